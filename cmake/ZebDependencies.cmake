@@ -1,0 +1,51 @@
+# Third-party headers and sources, each from a Debian package or from the npm lock file in deps/ (scripts/setup.sh
+# installs both). Nothing of it is in the tree.
+set(ZEB_DEPS_DIR ${CMAKE_SOURCE_DIR}/build/deps CACHE PATH "Where scripts/setup.sh unpacked the npm packages")
+set(ZEB_SQLITE_DIR ${ZEB_DEPS_DIR}/node_modules/better-sqlite3/deps/sqlite3)
+if(NOT EXISTS ${ZEB_SQLITE_DIR}/sqlite3.c)
+  message(FATAL_ERROR "SQLite is not there: run scripts/setup.sh first (looked in ${ZEB_SQLITE_DIR})")
+endif()
+
+# Header-only libraries serve both targets, so they are linked into an include folder of their own: /usr/include
+# must never stand on the cross compiler's path.
+set(ZEB_HEADER_ONLY ${CMAKE_BINARY_DIR}/header-only)
+file(MAKE_DIRECTORY ${ZEB_HEADER_ONLY})
+foreach(package CLI nlohmann)
+  if(NOT EXISTS /usr/include/${package})
+    message(FATAL_ERROR "/usr/include/${package} is missing: run scripts/setup.sh first")
+  endif()
+  file(CREATE_LINK /usr/include/${package} ${ZEB_HEADER_ONLY}/${package} SYMBOLIC)
+endforeach()
+add_library(zeb_header_only INTERFACE)
+target_include_directories(zeb_header_only SYSTEM INTERFACE ${ZEB_HEADER_ONLY})
+
+# MAPI's declarations. The Windows compiler brings them; Linux reads the same files over Windows' base types from
+# Wine's SDK headers.
+add_library(zeb_mapi_headers INTERFACE)
+if(NOT WIN32)
+  set(ZEB_MAPI_HEADERS ${CMAKE_BINARY_DIR}/mapi-headers)
+  file(MAKE_DIRECTORY ${ZEB_MAPI_HEADERS})
+  foreach(header mapi mapicode mapidefs mapiguid mapinls mapioid mapispi mapitags mapiutil mapix mapiform mapiwin
+                 wabapi wabdefs wabcode wabtags xcmc)
+    if(NOT EXISTS /usr/share/mingw-w64/include/${header}.h)
+      message(FATAL_ERROR "${header}.h of mingw-w64 is missing: run scripts/setup.sh first")
+    endif()
+    file(CREATE_LINK /usr/share/mingw-w64/include/${header}.h ${ZEB_MAPI_HEADERS}/${header}.h SYMBOLIC)
+  endforeach()
+  set(ZEB_WINE_HEADERS /usr/include/wine/wine/windows)
+  if(NOT EXISTS ${ZEB_WINE_HEADERS}/windef.h)
+    message(FATAL_ERROR "Wine's SDK headers are missing: run scripts/setup.sh first")
+  endif()
+  target_include_directories(zeb_mapi_headers SYSTEM INTERFACE ${ZEB_MAPI_HEADERS} ${ZEB_WINE_HEADERS})
+endif()
+
+# SQLite, for zebstore and for what measures against it.
+add_library(zeb_sqlite STATIC EXCLUDE_FROM_ALL ${ZEB_SQLITE_DIR}/sqlite3.c)
+target_include_directories(zeb_sqlite SYSTEM PUBLIC ${ZEB_SQLITE_DIR})
+target_compile_definitions(zeb_sqlite PRIVATE
+  SQLITE_DQS=0 SQLITE_THREADSAFE=2 SQLITE_DEFAULT_MEMSTATUS=0 SQLITE_DEFAULT_WAL_SYNCHRONOUS=1
+  SQLITE_LIKE_DOESNT_MATCH_BLOBS SQLITE_OMIT_DEPRECATED SQLITE_OMIT_LOAD_EXTENSION SQLITE_OMIT_SHARED_CACHE
+  SQLITE_MAX_EXPR_DEPTH=0)
+target_compile_options(zeb_sqlite PRIVATE -w -O2)
+
+find_package(Threads REQUIRED)

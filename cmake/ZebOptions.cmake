@@ -1,0 +1,52 @@
+# What every target is compiled with.
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+
+find_program(CCACHE ccache)
+if(CCACHE)
+  set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE})
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+endif()
+
+set(CMAKE_C_FLAGS_RELEASE "-O2")
+set(CMAKE_CXX_FLAGS_RELEASE "-O2")
+set(CMAKE_C_FLAGS_DEBUG "-O1 -g1")
+set(CMAKE_CXX_FLAGS_DEBUG "-O1 -g1")
+
+# Paths in throw and catch lines read the same in every build: "zebapi/MEM.cpp". A compiler cache with a base
+# folder hands the compiler paths relative to the build folder; those are mapped too.
+file(RELATIVE_PATH zeb_up ${CMAKE_BINARY_DIR} ${CMAKE_SOURCE_DIR})
+string(REGEX REPLACE "/*$" "/" zeb_up "${zeb_up}")
+add_compile_options(-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/= -fmacro-prefix-map=${zeb_up}=)
+
+if(ZEB_SANITIZE)
+  add_compile_options(-fsanitize=${ZEB_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${ZEB_SANITIZE})
+endif()
+if(ZEB_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
+# Our own sources link this; third-party sources do not.
+add_library(zeb_options INTERFACE)
+target_include_directories(zeb_options INTERFACE ${CMAKE_SOURCE_DIR})
+target_compile_options(zeb_options INTERFACE -Wall -Wextra -Werror)
+if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+  # Several classes hide a base's overload on purpose (each says so); GCC's -Wall does not ask about it.
+  target_compile_options(zeb_options INTERFACE -Wno-overloaded-virtual)
+endif()
+
+if(WIN32)
+  # One file a product: the compiler's runtime is linked in.
+  add_link_options(-static -static-libgcc -static-libstdc++)
+  add_compile_definitions(_WIN32_WINNT=0x0601 NOMINMAX WIN32_LEAN_AND_MEAN)
+endif()

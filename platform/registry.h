@@ -1,0 +1,74 @@
+// The registry: Windows' own, or on Linux a text file in the format that Windows' registry editor exports.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace zeb::platform
+{
+
+enum class RegistryRoot
+{
+    ClassesRoot,
+    CurrentUser,
+    LocalMachine,
+};
+
+/// A registry that can not be read or written: on Linux a file with a syntax error (the message names file and
+/// line) or one that can not be opened or replaced.
+class RegistryError : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// One open registry key. Names of keys and values compare without case; paths are separated by backslashes.
+///
+/// On Linux the file named by ZEBAPI_REGISTRY (default $XDG_CONFIG_HOME/zebapi/registry.reg, or
+/// ~/.config/zebapi/registry.reg) is read at every Open, and every write replaces the file whole (written beside
+/// it and renamed), under a lock, so that two processes do not lose each other's keys. A missing file is an empty
+/// registry.
+class RegistryKey
+{
+public:
+    /// Opens a key for reading; nothing when it is absent.
+    /// @throws RegistryError
+    static std::optional<RegistryKey> Open(RegistryRoot root, const std::string& path);
+
+    /// Opens a key for reading and writing, and creates it and the keys above it when absent.
+    /// @throws RegistryError
+    static RegistryKey Create(RegistryRoot root, const std::string& path);
+
+    /// Deletes a key with all its values and sub-keys; an absent key is no error.
+    /// @throws RegistryError
+    static void DeleteTree(RegistryRoot root, const std::string& path);
+
+    RegistryKey(RegistryKey&&) noexcept;
+    RegistryKey& operator=(RegistryKey&&) noexcept;
+    ~RegistryKey();
+
+    /// A REG_SZ or REG_EXPAND_SZ value (unexpanded) as ANSI text (UTF-8 on Linux); "" names the default value.
+    std::optional<std::string> StringValue(const std::string& name) const;
+    std::optional<std::vector<unsigned char>> BinaryValue(const std::string& name) const;
+
+    /// The name of the sub-key at `index` in the registry's order; nothing past the last.
+    std::optional<std::string> SubKeyName(unsigned long index) const;
+
+    /// Writes REG_SZ. @throws RegistryError
+    void SetStringValue(const std::string& name, const std::string& value);
+    /// Writes REG_BINARY. @throws RegistryError
+    void SetBinaryValue(const std::string& name, const std::vector<unsigned char>& value);
+    /// An absent value is no error. @throws RegistryError
+    void DeleteValue(const std::string& name);
+
+    struct Impl;
+
+private:
+    explicit RegistryKey(std::unique_ptr<Impl> impl);
+    std::unique_ptr<Impl> m_impl;
+};
+
+} // namespace zeb::platform

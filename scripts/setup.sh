@@ -1,0 +1,52 @@
+#!/usr/bin/env bash
+# Installs what the build needs: Debian packages (as root) and the npm packages of deps/package-lock.json.
+# Does nothing when everything is there. Usage: setup.sh [build|run|test|bench]; the default installs for all.
+set -euo pipefail
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+what=${1:-all}
+
+packages=(g++ cmake ninja-build ccache pkg-config git ca-certificates npm
+    g++-mingw-w64-x86-64-posix wine wine64 libwine-dev
+    nlohmann-json3-dev libcli11-dev libpff-dev libgmime-3.0-dev python3)
+case $what in
+build | run) ;;
+test) packages+=(libgtest-dev libgmock-dev googletest clang clang-format clang-tidy libclang-rt-14-dev pff-tools binutils) ;;
+bench) packages+=(libgtest-dev libgmock-dev googletest libbenchmark-dev) ;;
+all) packages+=(libgtest-dev libgmock-dev googletest clang clang-format clang-tidy libclang-rt-14-dev pff-tools binutils
+    libbenchmark-dev) ;;
+*)
+    echo "setup.sh: unknown purpose '$what' (build, run, test or bench)" >&2
+    exit 2
+    ;;
+esac
+
+missing=()
+for package in "${packages[@]}"; do
+    # Node may have come from elsewhere; its npm serves as well.
+    if [ "$package" = npm ] && command -v npm >/dev/null; then continue; fi
+    [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
+done
+if [ ${#missing[@]} -gt 0 ]; then
+    if [ "$(id -u)" -ne 0 ]; then
+        echo "setup.sh: these Debian packages are missing and only root can install them: ${missing[*]}" >&2
+        exit 1
+    fi
+    echo "Installing ${#missing[@]} Debian packages: ${missing[*]}"
+    export DEBIAN_FRONTEND=noninteractive
+    log=$root/build/setup.log
+    mkdir -p "$root/build"
+    if ! { apt-get update && apt-get install -y --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
+        tail -n 20 "$log" >&2
+        echo "setup.sh: installing Debian packages failed; the whole log is $log" >&2
+        exit 1
+    fi
+fi
+
+deps=$root/build/deps
+if ! cmp -s "$root/deps/package-lock.json" "$deps/.installed"; then
+    echo "Fetching the npm packages of deps/package-lock.json"
+    mkdir -p "$deps"
+    cp "$root/deps/package.json" "$root/deps/package-lock.json" "$root/deps/.npmrc" "$deps/"
+    (cd "$deps" && npm ci --ignore-scripts --no-audit --no-fund --loglevel=error)
+    cp "$root/deps/package-lock.json" "$deps/.installed"
+fi
