@@ -24,9 +24,8 @@ set(CMAKE_CXX_FLAGS_DEBUG "-O1 -g1")
 
 # Paths in throw and catch lines read the same in every build: "zebapi/MEM.cpp". A compiler cache with a base
 # folder hands the compiler paths relative to the build folder; those are mapped too.
-file(RELATIVE_PATH zeb_up ${CMAKE_BINARY_DIR} ${CMAKE_SOURCE_DIR})
-string(REGEX REPLACE "/*$" "/" zeb_up "${zeb_up}")
-add_compile_options(-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/= -fmacro-prefix-map=${zeb_up}=)
+cmake_path(RELATIVE_PATH CMAKE_SOURCE_DIR BASE_DIRECTORY ${CMAKE_BINARY_DIR} OUTPUT_VARIABLE zeb_up)
+add_compile_options(-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/= -fmacro-prefix-map=${zeb_up}/=)
 
 if(ZEB_SANITIZE)
   add_compile_options(-fsanitize=${ZEB_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
