@@ -1,5 +1,6 @@
 # zeb_add_test(NAME SOURCES files... LIBS targets...): a GoogleTest program in bin/, run by CTest (under Wine when
-# the build is for Windows).
+# the build is for Windows). A program whose name ends in _concurrent_test is also run with the thread sanitizer.
+add_custom_target(concurrent_tests)
 if(ZEB_TESTS)
   if(WIN32)
     set(gtest_force_shared_crt ON CACHE BOOL "" FORCE)
@@ -23,4 +24,7 @@ function(zeb_add_test name)
   endif()
   add_test(NAME ${name} COMMAND ${name})
   set_tests_properties(${name} PROPERTIES TIMEOUT 600)
+  if(name MATCHES "_concurrent_test$")
+    add_dependencies(concurrent_tests ${name})
+  endif()
 endfunction()

@@ -1,0 +1,35 @@
+#!/usr/bin/env bash
+# clang-tidy over the product's sources with the compile commands of a Linux build: check-tidy.sh BUILD_DIR [FILE...].
+# A file whose text, headers and settings have not changed since it last passed is not read again.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+build=${1:?usage: check-tidy.sh BUILD_DIR [FILE...]}
+shift
+[ -f "$build/compile_commands.json" ] || {
+    echo "check-tidy.sh: $build has no compile_commands.json; configure it first" >&2
+    exit 2
+}
+passed=build/tidy-passed
+mkdir -p "$passed"
+settings=$(cat .clang-tidy <(clang-tidy --version) | sha256sum)
+headers=$(git ls-files -z --cached --others --exclude-standard '*.h' '*.inc' | sort -z | xargs -0 cat | sha256sum)
+if [ $# -gt 0 ]; then files=("$@"); else
+    mapfile -t files < <(git ls-files --cached --others --exclude-standard '*.cpp' |
+        grep -E '^(platform|framework|qorlog|qorth|zebapi|zebstore|tools)/' | grep -v '/windows/')
+fi
+one() {
+    local file=$1 key
+    key=$(printf '%s%s' "$settings" "$headers" | cat - "$file" | sha256sum | cut -d' ' -f1)
+    [ -f "$passed/$key" ] && return 0
+    if clang-tidy -p "$build" --quiet "$file" 2>"$passed/$key.err"; then
+        rm -f "$passed/$key.err"
+        touch "$passed/$key"
+        return 0
+    fi
+    grep -v 'warnings generated\|Suppressed\|Use -header-filter' "$passed/$key.err" || true
+    rm -f "$passed/$key.err"
+    return 1
+}
+export -f one
+export settings headers passed build
+printf '%s\0' "${files[@]}" | xargs -0 -n 1 -P "$(nproc)" bash -c 'one "$0"'

@@ -1,0 +1,112 @@
+#!/usr/bin/env python3
+"""Runs the test programs that CTest knows in one build folder, and counts single tests.
+
+run-tests.py BUILD_DIR [--only REGEX] [--tally FILE] [--jobs N] [--list]
+
+GoogleTest programs are counted by their own report, Python's unittest programs by their summary, anything else as
+one test. Prints one line a program, the whole output of one that failed, and appends "NAME PASSED FAILED" lines to
+the tally file. Exit code 1 when a test failed or a program crashed, 2 when there was nothing to run.
+"""
+import argparse
+import concurrent.futures
+import json
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import time
+
+
+def programs(build, only):
+    listing = subprocess.run(["ctest", "--show-only=json-v1"], cwd=build, check=True, capture_output=True, text=True)
+    for test in json.loads(listing.stdout)["tests"]:
+        if only and not re.search(only, test["name"]):
+            continue
+        if "command" not in test:
+            sys.exit(f"run-tests.py: {test['name']} is not built in {build}")
+        properties = {entry["name"]: entry["value"] for entry in test.get("properties", [])}
+        yield test["name"], test["command"], properties
+
+
+def count(report, output, code):
+    """Passed and failed tests of one program that ended with `code`."""
+    if report.exists():
+        try:
+            data = json.loads(report.read_text(encoding="utf-8", errors="replace"))
+            failed = data["failures"] + data["errors"]
+            return data["tests"] - failed - data.get("disabled", 0), failed
+        except (ValueError, KeyError):
+            return 0, 1
+    summary = re.search(r"^Ran (\d+) tests? in", output, re.M)
+    if summary:
+        total = int(summary.group(1))
+        bad = sum(int(n) for n in re.findall(r"(?:failures|errors|skipped)=(\d+)", output))
+        return total - bad, bad
+    return (1, 0) if code == 0 else (0, 1)
+
+
+def run(build, logs, name, command, properties):
+    report = logs / f"{name}.json"
+    log = logs / f"{name}.log"
+    report.unlink(missing_ok=True)
+    environment = dict(os.environ)
+    for entry in properties.get("ENVIRONMENT", []):
+        key, _, value = entry.partition("=")
+        environment[key] = value
+    # Under Wine a Linux path is found on drive Z.
+    windows = any(part.endswith(".exe") for part in command)
+    environment["GTEST_OUTPUT"] = f"json:{'Z:' if windows else ''}{report}"
+    begin = time.monotonic()
+    try:
+        done = subprocess.run(command, cwd=properties.get("WORKING_DIRECTORY", build), env=environment,
+                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                              timeout=properties.get("TIMEOUT", 600))
+        code, output = done.returncode, done.stdout.decode("utf-8", "replace")
+    except subprocess.TimeoutExpired as late:
+        code, output = -1, (late.stdout or b"").decode("utf-8", "replace") + "\nran out of time\n"
+    passed, failed = count(report, output, code)
+    if code != 0 and failed == 0:
+        failed = 1
+    if code == 0 and passed == 0 and failed == 0:
+        failed, output = 1, output + "\nran no test\n"
+    log.write_text(output, encoding="utf-8")
+    return name, passed, failed, code, output, time.monotonic() - begin
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("build", type=pathlib.Path)
+    parser.add_argument("--only", help="only programs whose name matches")
+    parser.add_argument("--tally", type=pathlib.Path)
+    parser.add_argument("--jobs", type=int, default=os.cpu_count())
+    parser.add_argument("--list", action="store_true")
+    arguments = parser.parse_args()
+    build = arguments.build.resolve()
+    found = list(programs(build, arguments.only))
+    if arguments.list:
+        print("\n".join(name for name, _, _ in found))
+        return 0
+    if not found:
+        print(f"run-tests.py: no test program in {build} matches", file=sys.stderr)
+        return 2
+    logs = build / "test-logs"
+    logs.mkdir(exist_ok=True)
+    bad = False
+    with concurrent.futures.ThreadPoolExecutor(arguments.jobs) as pool:
+        jobs = [pool.submit(run, build, logs, *program) for program in found]
+        for job in concurrent.futures.as_completed(jobs):
+            name, passed, failed, code, output, seconds = job.result()
+            print(f"  {build.name:16} {name:28} {passed:5} passed {failed:3} failed {seconds:7.1f} s", flush=True)
+            if failed:
+                bad = True
+                print(output[-12000:])
+                print(f"  {name} ended with code {code}; the whole output is {logs / (name + '.log')}", flush=True)
+            if arguments.tally:
+                with arguments.tally.open("a") as tally:
+                    tally.write(f"{build.name}/{name} {passed} {failed}\n")
+    return 1 if bad else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

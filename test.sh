@@ -1,0 +1,98 @@
+#!/usr/bin/env bash
+# Runs every test there is, on both targets, and ends with one line "N passed, N failed".
+#
+#   ./test.sh           everything: checks of the sources, Linux with address and undefined-behaviour sanitizers,
+#                       Linux with the thread sanitizer, Windows under Wine, bounded fuzzing, clang-tidy, the
+#                       benchmarks in their short form
+#   ./test.sh --quick   the developer's loop: source checks and the Linux suite with sanitizers
+#
+# Installs what is missing (as root). Logs stand in build/<preset>/test-logs.
+set -uo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")"
+
+quick=no
+case ${1:-} in
+"") ;;
+--quick) quick=yes ;;
+*)
+    echo "usage: ./test.sh [--quick]" >&2
+    exit 2
+    ;;
+esac
+
+started=$SECONDS
+tally=build/tally.txt
+mkdir -p build
+: >"$tally"
+say() { printf '\n== %s (%d s)\n' "$1" $((SECONDS - started)); }
+
+# A check counts as one test.
+check() { # NAME COMMAND...
+    local name=$1 log=build/check-$1.log
+    shift
+    if "$@" >"$log" 2>&1; then
+        echo "  $name: passed"
+        echo "check/$name 1 0" >>"$tally"
+    else
+        echo "  $name: FAILED"
+        tail -n 60 "$log"
+        echo "check/$name 0 1" >>"$tally"
+    fi
+}
+
+# A build that fails is a failed test, and nothing of that build is run.
+build() { # PRESET TARGET...
+    local preset=$1 log=build/build-$1.log
+    shift
+    if cmake --preset "$preset" >"$log" 2>&1 && ninja -C "build/$preset" "$@" >>"$log" 2>&1; then
+        return 0
+    fi
+    echo "  build of $preset: FAILED"
+    grep -E 'error|FAILED|CMake Error' -A 5 "$log" | head -n 80
+    echo "build/$preset 0 1" >>"$tally"
+    return 1
+}
+
+tests() { scripts/run-tests.py --tally "$tally" "$@"; }
+
+say "installing what is missing"
+scripts/setup.sh test || exit 1
+export ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:detect_stack_use_after_return=1
+export UBSAN_OPTIONS=print_stacktrace=1
+export LSAN_OPTIONS=suppressions=$PWD/tests/support/lsan.supp:print_suppressions=0
+export TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1
+
+say "sources"
+check layering python3 scripts/check-layering.py
+check layering-self-test python3 scripts/check-layering.py --self-test
+check format scripts/check-format.sh
+
+say "Linux, address and undefined-behaviour sanitizers"
+build linux-asan all && tests build/linux-asan
+
+if [ $quick = no ]; then
+    say "Linux, thread sanitizer"
+    build linux-tsan concurrent_tests && tests build/linux-tsan --only '_concurrent_test$'
+
+    say "Windows under Wine"
+    build windows-release all && tests build/windows-release
+    WINEPREFIX=$PWD/build/wine WINEDEBUG=-all wineserver --kill >/dev/null 2>&1
+
+    say "fuzzing"
+    build linux-fuzz fuzzers && check fuzz scripts/run-fuzzers.sh build/linux-fuzz
+
+    say "clang-tidy"
+    check tidy scripts/check-tidy.sh build/linux-asan
+
+    say "benchmarks, short form"
+    check bench ./bench.sh --short
+fi
+
+passed=$(awk '{ n += $2 } END { print n + 0 }' "$tally")
+failed=$(awk '{ n += $3 } END { print n + 0 }' "$tally")
+say "done"
+if [ "$failed" -ne 0 ]; then
+    awk '$3 > 0 { print "  failed: " $1 " (" $3 ")" }' "$tally"
+fi
+echo "$passed passed, $failed failed"
+[ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]
