@@ -1,0 +1,26 @@
+// The terminal, and what a program prints.
+#pragma once
+
+namespace zeb::platform
+{
+
+enum class OutputStream
+{
+    Output, ///< standard output
+    Error,  ///< standard error
+};
+
+/// Makes both streams carry UTF-8 bytes as they are printed: no translation of line ends, and a console that
+/// reads them as UTF-8. Call it once, before anything is printed.
+void PrepareConsole();
+
+bool IsTerminal(OutputStream stream);
+
+/// The columns of the terminal behind `stream`; 0 when it is none or does not tell.
+int TerminalColumns(OutputStream stream);
+
+/// True when whoever reads standard output can be taken to show UTF-8: a console on Windows, a UTF-8 locale
+/// on Linux.
+bool OutputShowsUtf8();
+
+} // namespace zeb::platform
