@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 #include <strings.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
