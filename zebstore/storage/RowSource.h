@@ -1,0 +1,98 @@
+// Where the rows of a table come from.
+#pragma once
+
+#include "zebstore/storage/PropertySet.h"
+#include "zebstore/storage/StoreFile.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace zebstore
+{
+
+class Restriction;
+class SortOrder;
+
+/// Names a row of its source for as long as the row exists.
+using RowKey = std::int64_t;
+
+/// The rows of one table. Threads: the table that owns the source calls it from one thread at a time; a
+/// source over a store takes the store's lock.
+class RowSource
+{
+public:
+    using Visitor = std::function<void(size_t index, const ValueSource& values)>;
+
+    virtual ~RowSource() = default;
+
+    /// Rows without any restriction; does not scan.
+    virtual ULONG Count() = 0;
+    /// Rises whenever rows, their order or their values may have changed.
+    virtual std::uint64_t Generation() = 0;
+    /// The keys of the rows that `restriction` (null: all) lets through, in this order (null: the natural
+    /// one).
+    virtual std::vector<RowKey> Keys(const Restriction* restriction, const SortOrder* order) = 0;
+    /// The next `count` keys in natural order after `after` (nothing: from the first); does not scan.
+    virtual std::vector<RowKey> KeysAfter(std::optional<RowKey> after, size_t count) = 0;
+    /// Visits the rows of these keys in this order; a row that is gone is visited with an empty source.
+    virtual void Read(const RowKey* keys, size_t count, const Visitor& visit) = 0;
+    /// The columns of a table whose columns were not set.
+    virtual std::vector<ULONG> DefaultColumns() = 0;
+    /// All columns that some row may have, for TBL_ALL_COLUMNS.
+    virtual std::vector<ULONG> AllColumns() = 0;
+};
+
+/// Rows held in memory: store table, profile table, receive-folder table, recipients, attachments.
+/// The tables that share it see a new content at their next call. Threads: any.
+class MemoryRows : public RowSource
+{
+public:
+    /// `defaultColumns` empty: every property of every row.
+    explicit MemoryRows(std::vector<PropertySet> rows, std::vector<ULONG> defaultColumns = {});
+    /// Rows whose key (by position: `keys[i]`) was there before are the same row for bookmarks and position.
+    void Replace(std::vector<PropertySet> rows, std::vector<RowKey> keys = {});
+
+    ULONG Count() override;
+    std::uint64_t Generation() override;
+    std::vector<RowKey> Keys(const Restriction* restriction, const SortOrder* order) override;
+    std::vector<RowKey> KeysAfter(std::optional<RowKey> after, size_t count) override;
+    void Read(const RowKey* keys, size_t count, const Visitor& visit) override;
+    std::vector<ULONG> DefaultColumns() override;
+    std::vector<ULONG> AllColumns() override;
+
+private:
+    mutable std::mutex m_lock;
+    std::vector<PropertySet> m_rows;
+    std::vector<RowKey> m_keys;
+    std::vector<ULONG> m_defaultColumns;
+    std::uint64_t m_generation = 1;
+};
+
+/// What a message or a folder has beyond its stored properties: entry identifiers, record keys, object type
+/// ... It goes before a stored property of the same identifier. Threads: any.
+class ComputedProperties
+{
+public:
+    virtual ~ComputedProperties() = default;
+    /// Adds the property with the identifier of `tag` to `out`. @return false when it is not computed
+    virtual bool OfMessage(ULONG tag, MessageId message, PropertySet& out) const = 0;
+    virtual bool OfFolder(ULONG tag, const FolderInfo& folder, PropertySet& out) const = 0;
+    /// The tags of all that is computed.
+    virtual std::vector<ULONG> MessageTags() const = 0;
+    virtual std::vector<ULONG> FolderTags() const = 0;
+};
+
+/// The messages of one folder. @throws Error MAPI_E_NOT_FOUND
+std::shared_ptr<RowSource> MakeContentsRows(std::shared_ptr<StoreFile> store, FolderId folder,
+                                            bool associated,
+                                            std::shared_ptr<const ComputedProperties> computed);
+/// The folders below one folder; with `wholeTree` (CONVENIENT_DEPTH) those further down too, PR_DEPTH from 1.
+/// Gives PR_DEPTH, PR_CONTENT_COUNT, PR_CONTENT_UNREAD, PR_ASSOC_CONTENT_COUNT, PR_SUBFOLDERS,
+/// PR_FOLDER_TYPE.
+std::shared_ptr<RowSource> MakeHierarchyRows(std::shared_ptr<StoreFile> store, FolderId folder,
+                                             bool wholeTree,
+                                             std::shared_ptr<const ComputedProperties> computed);
+
+} // namespace zebstore

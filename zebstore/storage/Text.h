@@ -1,0 +1,55 @@
+// Text as the store keeps it, and how it is compared.
+//
+// Stored text is UTF-8 in which a lone surrogate of the 16-bit form is kept as its three bytes, so every
+// 16-bit text comes back as it was written. Comparison folds case by Unicode's simple folding, the same on
+// both targets.
+#pragma once
+
+#include "platform/mapi.h"
+#include "platform/text.h"
+
+#include <string>
+#include <string_view>
+
+namespace zebstore
+{
+
+/// 16-bit text as stored text, without loss.
+std::string StoredFromWide(const WCHAR* text, size_t length);
+/// Stored text as 16-bit text; bytes that are not stored text become U+FFFD.
+zeb::platform::WideString WideFromStored(std::string_view text);
+/// Characters that WideFromStored gives at most.
+inline size_t WideBound(size_t storedBytes)
+{
+    return storedBytes;
+}
+/// Decodes into `to`, which has room for WideBound(text.size()); returns the characters written.
+size_t DecodeStored(std::string_view text, WCHAR* to);
+
+bool IsAscii(std::string_view text);
+/// True for well-formed UTF-8 (lone surrogates are not).
+bool IsUtf8(std::string_view text);
+
+/// Narrow text of this system (ANSI code page, UTF-8 on Linux) as stored text.
+std::string StoredFromNarrow(std::string_view narrow);
+/// Stored text as this system's narrow text; what it can not say is replaced.
+std::string NarrowFromStored(std::string_view stored);
+
+/// How two texts are held against each other.
+enum class TextFold
+{
+    Exact,
+    IgnoreCase,         ///< letters differ in case only: equal
+    IgnoreMarks,        ///< accents are left out
+    IgnoreCaseAndMarks, ///< both
+};
+
+/// Text in the form in which byte-wise comparison is the comparison asked for.
+std::string Folded(std::string_view stored, TextFold fold);
+
+/// Tables order text by this key: the first SortKeyCharacters characters, case folded, compared byte by byte
+/// (that is by code point).
+std::string SortKey(std::string_view stored);
+constexpr size_t SortKeyCharacters = 255;
+
+} // namespace zebstore
