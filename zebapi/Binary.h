@@ -1,0 +1,122 @@
+// Binaries: entry identifiers, search keys, record keys and every other counted byte string.
+#pragma once
+
+#include "framework/CString.h"
+#include "platform/export.h"
+#include "platform/mapi.h"
+
+/// Owns one SBinary: a count and its bytes, in MAPI memory.
+///
+/// The header is a top-level MAPI buffer and the bytes are chained to it, so that freeing the header frees
+/// both. A header of 0 bytes has a null byte pointer. An object without a header is not valid; it compares
+/// unequal to everything, and reading it throws. Text form: upper-case hexadecimal digits, two a byte,
+/// without separators. Threads: none of its own; use one object from one thread.
+///
+/// The class overloads `&`: containers and other code that needs its own address use std::addressof.
+class ZEBAPI_EXPORT CZebBinary
+{
+protected:
+    /// @throws CZebException* MAPI_E_INVALID_OBJECT without a header.
+    virtual void CheckValid() const;
+
+public:
+    virtual ~CZebBinary();
+    /// Frees the header and its bytes.
+    virtual void Empty();
+    /// True for 0 bytes. @throws CZebException* MAPI_E_INVALID_OBJECT without a header.
+    virtual bool IsEmpty() const;
+    /// True when there is a header, even one of 0 bytes.
+    virtual bool IsValid() const;
+    /// Holds a copy of `cb` bytes; `bytes` may be the object's own and may be null for 0 bytes.
+    /// When the allocation fails the object is left empty.
+    /// @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY, MAPI_E_NOT_INITIALIZED
+    virtual void SetBinary(ULONG cb, void* bytes);
+    /// SetBinary for an entry identifier.
+    virtual void SetEntryId(ULONG cb, ENTRYID* id);
+    /// Holds the bytes that hexadecimal text says; "" gives 0 bytes. Throws as SetBinary does.
+    virtual void String(const char* hex);
+    /// The bytes as hexadecimal text. @throws CZebException* MAPI_E_INVALID_OBJECT
+    virtual CStringA String() const;
+    /// Holds a copy of the source's bytes; throws as SetBinary does.
+    virtual CZebBinary& operator=(const SBinary& source);
+    /// Holds a copy of the source's bytes; a source without a header empties this object.
+    virtual CZebBinary& operator=(const CZebBinary& source);
+    /// Empties the object and gives the address of its header pointer, for a MAPI call to fill. The object
+    /// then owns the header; its bytes must be chained to it.
+    virtual SBinary** operator&();
+    /// The number of bytes. @throws CZebException* MAPI_E_INVALID_OBJECT
+    virtual operator ULONG() const;
+    /// The bytes, borrowed; null for 0 bytes. @throws CZebException* MAPI_E_INVALID_OBJECT
+    virtual operator unsigned char*() const;
+    /// The bytes as an entry identifier, borrowed. @throws CZebException* MAPI_E_INVALID_OBJECT
+    virtual operator ENTRYID*() const;
+    /// The header, borrowed. @throws CZebException* MAPI_E_INVALID_OBJECT
+    virtual operator const SBinary&() const;
+    /// String().
+    virtual operator CStringA();
+    /// This object; `&` gives the header's address instead.
+    virtual operator CZebBinary*();
+    /// Equal counts and equal bytes; false when either side has no header.
+    virtual bool operator==(const CZebBinary& other) const;
+    virtual bool operator!=(const CZebBinary& other) const;
+
+    CZebBinary();
+    CZebBinary(const CZebBinary& source);
+    CZebBinary(const SBinary& source);
+    CZebBinary(ULONG cb, void* bytes);
+    CZebBinary(ULONG cb, ENTRYID* id);
+    CZebBinary(CStringA& hex);
+    /// From hexadecimal text; a null pointer gives an object without a header.
+    CZebBinary(const char* hex);
+
+    /// Copies the bytes of `source` into a block of their own, chained to `parent` (top-level when it is
+    /// null), and stores count and block in `target`. A block is made even for 0 bytes. `target` is not read
+    /// and stays as it was when the allocation fails.
+    /// @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY, MAPI_E_NOT_INITIALIZED
+    static void CopyTo(SBinary& target, const SBinary& source, void* parent);
+    /// The diagnostic dump of the entry identifier that hexadecimal text says; empty text gives an empty
+    /// result.
+    static CStringA DumpEntryID(CStringA& hex);
+
+protected:
+    SBinary* m_binary = nullptr; ///< owned
+};
+
+/// Receives an entry identifier from a MAPI call that returns it through two out-parameters.
+///
+/// Pass the object twice, as ULONG* and as ENTRYID**; read it afterwards through CZebBinary's operations
+/// only, since either conversion drops the identifier held before. The bytes are a top-level MAPI buffer of
+/// their own, as MAPI returned them, and are freed by themselves; a copy makes such a buffer too.
+class ZEBAPI_EXPORT CZebEntryIDRequest : public CZebBinary
+{
+public:
+    ~CZebEntryIDRequest() override;
+    void Empty() override;
+    /// @throws CZebException* E_FAIL always: only MAPI fills the buffer.
+    void SetBinary(ULONG cb, void* bytes) override;
+    using CZebBinary::String;
+    /// @throws CZebException* E_FAIL always: only MAPI fills the buffer.
+    void String(const char* hex) override;
+    CZebBinary& operator=(const SBinary& source) override;
+    using CZebBinary::operator=;
+    CZebEntryIDRequest& operator=(const CZebEntryIDRequest& source);
+
+protected:
+    /// Drops the identifier held and makes sure that there is a header.
+    virtual void PreAllocate();
+    /// Frees the identifier and keeps the header, with a count of 0.
+    virtual void ClearEntryID();
+
+public:
+    /// The address for the identifier; drops the one held. @throws CZebException* as Zeb_MemAllocate does.
+    virtual operator ENTRYID**();
+    /// The address for the count; drops the identifier held. @throws CZebException* as Zeb_MemAllocate does.
+    virtual operator ULONG*();
+
+    CZebEntryIDRequest();
+    CZebEntryIDRequest(const CZebEntryIDRequest& source);
+};
+
+/// The diagnostic dump of the entry identifier that hexadecimal text says; a null pointer or empty text gives
+/// an empty result. Lines end with "\r\n".
+ZEBAPI_EXPORT CStringA Zeb_DumpEntryID(const char* hex);

@@ -1,0 +1,67 @@
+// Tables: contents and hierarchies of folders, message stores, profiles.
+#pragma once
+
+#include "framework/ComPtr.h"
+#include "platform/export.h"
+#include "platform/mapi.h"
+
+#include <type_traits>
+
+/// A handle on one MAPI table.
+///
+/// It holds a counted reference to the table; copies share it. Every operation is one synchronous call of an
+/// IMAPITable method; a failing result is thrown as CZebException* with the provider's own error text where
+/// it has one, and warnings pass. Using an empty handle raises _com_error with E_POINTER. Threads: none of
+/// its own; use one handle from one thread.
+class ZEBAPI_EXPORT CZebTable
+{
+public:
+    virtual ~CZebTable();
+    /// Drops the table and takes the other's. Never throws: an empty source leaves an empty handle and a line
+    /// in the log. Assigning a handle to itself empties it.
+    virtual CZebTable& operator=(const CZebTable& other);
+    /// Asks for fnevTableModified; `connection` receives what Unadvise takes. (IMAPITable::Advise)
+    virtual void Advise(IMAPIAdviseSink* sink, ULONG* connection);
+    virtual void Unadvise(ULONG connection);
+    virtual bool IsValid() const;
+    /// Sets exactly `count` columns, whose tags follow. (IMAPITable::SetColumns)
+    virtual void SetColumns(ULONG count, ...);
+    virtual void SetColumns(SPropTagArray* columns);
+    virtual void SortTable(SSortOrderSet* order);
+    /// Reads rows from the current position into `*rows`, which the caller frees (CZebRowSet's `&` does).
+    ///
+    /// With a count, reads that many; restriction and order are ignored. With 0, first applies the
+    /// restriction and the order where given, which stay applied, and then reads as many rows as the table
+    /// counts.
+    /// @throws CZebException* also MAPI_E_TABLE_TOO_BIG when the table counts more rows than a LONG holds.
+    virtual void QueryRows(SRowSet** rows, LONG count, SRestriction* restriction, SSortOrderSet* order);
+    /// Reads all rows, restricted and sorted where asked. (HrQueryAllRows)
+    virtual void QueryAllRows(SRowSet** rows, SRestriction* restriction, SSortOrderSet* order);
+    virtual ULONG CreateBookmark();
+    virtual void FreeBookmark(ULONG bookmark);
+    virtual ULONG GetRowCount();
+    /// The current row.
+    virtual ULONG QueryPosition();
+    /// `origin`: a bookmark or BOOKMARK_BEGINNING, BOOKMARK_CURRENT, BOOKMARK_END; `rowsSought` may be null.
+    virtual void SeekRow(ULONG origin, LONG rowCount, LONG* rowsSought);
+    /// Whether a row matches; the table then stands at it. `flags`: DIR_BACKWARD or 0.
+    virtual bool FindRow(SRestriction* restriction, ULONG origin, ULONG flags);
+    virtual void Restrict(SRestriction* restriction, ULONG flags);
+    /// Drops the table. Never throws.
+    virtual void Free();
+
+    /// Takes a reference of its own; the caller keeps his.
+    CZebTable(IMAPITable* table = nullptr);
+    CZebTable(const CZebTable& other);
+
+    /// SetColumns(count, ...) for a count written as a plain number: `SetColumns(0)` would be ambiguous
+    /// otherwise.
+    template <class Count, class... Tags, class = std::enable_if_t<std::is_same_v<Count, int>>>
+    void SetColumns(Count count, Tags... tags)
+    {
+        SetColumns(static_cast<ULONG>(count), static_cast<ULONG>(tags)...);
+    }
+
+protected:
+    CComPtr<IMAPITable> m_table;
+};
