@@ -1,14 +1,19 @@
 // Windows' base types and MAPI's declarations, the same on both targets.
 //
-// Windows brings both. Linux reads the same MAPI headers over the base types of Wine's SDK headers; nothing of Wine
-// runs. LONG, ULONG and HRESULT have 32 bits and WCHAR has 16 on either target, and MAPI's functions and interface
-// methods have the Windows x64 calling convention on either target, so a double or a provider is written once.
+// Windows brings both. Linux reads the same MAPI headers over the base types of Wine's SDK headers; nothing
+// of Wine runs. LONG, ULONG and HRESULT have 32 bits and WCHAR has 16 on either target, and MAPI's functions
+// and interface methods have the Windows x64 calling convention on either target, so a double or a provider
+// is written once.
 #pragma once
 
-// MAPI's methods are implemented by classes that may throw (test doubles do), so the headers must not mark them
-// as never throwing.
+// MAPI's methods are implemented by classes that may throw (test doubles do), so the headers must not mark
+// them as never throwing.
 #ifndef COM_STDMETHOD_CAN_THROW
 #define COM_STDMETHOD_CAN_THROW
+#endif
+
+#ifndef NOMINMAX
+#define NOMINMAX
 #endif
 
 #ifdef _WIN32
@@ -51,6 +56,7 @@
 
 // Windows' headers claim these names for their macros; the library's classes use some of them as members.
 #undef GetMessage
+#undef small
 
 /// ZEBW("text"): a literal of 16-bit characters (WCHAR) on either target.
 #ifdef _WIN32
@@ -60,6 +66,8 @@
 #endif
 
 static_assert(sizeof(WCHAR) == 2, "WCHAR has 16 bits");
-static_assert(sizeof(LONG) == 4 && sizeof(ULONG) == 4 && sizeof(DWORD) == 4, "LONG, ULONG, DWORD have 32 bits");
-static_assert(sizeof(SPropValue) == 24 && sizeof(SRestriction) == 32 && sizeof(SRow) == 16, "MAPI's x64 layouts");
+static_assert(sizeof(LONG) == 4 && sizeof(ULONG) == 4 && sizeof(DWORD) == 4,
+              "LONG, ULONG, DWORD have 32 bits");
+static_assert(sizeof(SPropValue) == 24 && sizeof(SRestriction) == 32 && sizeof(SRow) == 16,
+              "MAPI's x64 layouts");
 static_assert(sizeof(WAB_PARAM) == 48, "the WAB's x64 layout");

@@ -1,0 +1,50 @@
+// The application object of a program or library.
+#pragma once
+
+#include "framework/Object.h"
+#include "platform/mapi.h"
+
+/// Base of the one application object of a binary.
+class CWinApp : public CObject
+{
+public:
+    static CRuntimeClass* GetThisClass()
+    {
+        static CRuntimeClass record = {"CWinApp", static_cast<int>(sizeof(CWinApp)), &CObject::GetThisClass};
+        return &record;
+    }
+    CRuntimeClass* GetRuntimeClass() const override { return GetThisClass(); }
+
+    /// Called once when the binary is loaded. @return whether the start succeeded.
+    virtual BOOL InitInstance() { return TRUE; }
+    /// Called once when the binary is unloaded. @return the exit code.
+    virtual int ExitInstance() { return 0; }
+};
+
+/// The static instance of an application class: loading the binary constructs it and runs InitInstance,
+/// unloading runs ExitInstance and destroys it.
+template <class App>
+class CWinAppInstance
+{
+public:
+    CWinAppInstance()
+        : m_started(m_app.InitInstance() != FALSE)
+    {
+    }
+    ~CWinAppInstance()
+    {
+        if (m_started)
+        {
+            m_app.ExitInstance();
+        }
+    }
+    CWinAppInstance(const CWinAppInstance&) = delete;
+    CWinAppInstance& operator=(const CWinAppInstance&) = delete;
+
+    App& Get() { return m_app; }
+    bool Started() const { return m_started; }
+
+private:
+    App m_app;
+    bool m_started;
+};

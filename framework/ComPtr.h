@@ -1,0 +1,145 @@
+// A counted pointer to a COM interface.
+#pragma once
+
+#include "framework/ComError.h"
+
+#include <type_traits>
+#include <utility>
+
+/// Holds one counted reference on `T`, or nothing.
+///
+/// Using an empty one (->, *, Checked, QueryInterface) raises _com_error with E_POINTER. There is no implicit
+/// conversion to T*, so that a null never slips into a call: pass Checked(), or Get() where null is allowed.
+template <class T>
+class CComPtr
+{
+public:
+    CComPtr() = default;
+    CComPtr(std::nullptr_t) {}
+    /// Adds a reference; the caller keeps its own.
+    CComPtr(T* pointer)
+        : m_pointer(pointer)
+    {
+        if (m_pointer != nullptr)
+        {
+            m_pointer->AddRef();
+        }
+    }
+    CComPtr(const CComPtr& other)
+        : CComPtr(other.m_pointer)
+    {
+    }
+    CComPtr(CComPtr&& other) noexcept
+        : m_pointer(std::exchange(other.m_pointer, nullptr))
+    {
+    }
+    template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
+    CComPtr(const CComPtr<U>& other)
+        : CComPtr(static_cast<T*>(other.Get()))
+    {
+    }
+    ~CComPtr() { Release(); }
+
+    CComPtr& operator=(const CComPtr& other)
+    {
+        CComPtr copy(other);
+        Swap(copy);
+        return *this;
+    }
+    CComPtr& operator=(CComPtr&& other) noexcept
+    {
+        CComPtr moved(std::move(other));
+        Swap(moved);
+        return *this;
+    }
+    /// Adds a reference; the caller keeps its own.
+    CComPtr& operator=(T* pointer)
+    {
+        CComPtr copy(pointer);
+        Swap(copy);
+        return *this;
+    }
+    CComPtr& operator=(std::nullptr_t)
+    {
+        Release();
+        return *this;
+    }
+
+    /// Takes over the caller's reference; what was held is released.
+    void Attach(T* pointer)
+    {
+        CComPtr old;
+        old.m_pointer = std::exchange(m_pointer, pointer);
+    }
+    /// A pointer that takes over the caller's reference.
+    static CComPtr Take(T* pointer)
+    {
+        CComPtr taken;
+        taken.m_pointer = pointer;
+        return taken;
+    }
+    /// Hands the reference to the caller.
+    T* Detach() { return std::exchange(m_pointer, nullptr); }
+    /// Empties, then the address of the pointer: a call deposits a reference there, which is owned from then
+    /// on.
+    T** Put()
+    {
+        Release();
+        return &m_pointer;
+    }
+    /// Put() as the untyped or base out-parameter that the call declares.
+    template <class U>
+    U** PutAs()
+    {
+        return reinterpret_cast<U**>(Put());
+    }
+
+    void Release()
+    {
+        // Emptied first: releasing may run code that looks at this object.
+        if (T* pointer = std::exchange(m_pointer, nullptr))
+        {
+            pointer->Release();
+        }
+    }
+
+    /// The held pointer, perhaps null; borrowed.
+    T* Get() const { return m_pointer; }
+    /// The held pointer; borrowed. @throws _com_error E_POINTER when empty
+    T* Checked() const
+    {
+        if (m_pointer == nullptr)
+        {
+            RaiseComError(E_POINTER);
+        }
+        return m_pointer;
+    }
+    /// @throws _com_error E_POINTER when empty
+    T* operator->() const { return Checked(); }
+    /// @throws _com_error E_POINTER when empty
+    T& operator*() const { return *Checked(); }
+
+    explicit operator bool() const { return m_pointer != nullptr; }
+    bool operator!() const { return m_pointer == nullptr; }
+    friend bool operator==(const CComPtr& a, const CComPtr& b) { return a.m_pointer == b.m_pointer; }
+    friend bool operator!=(const CComPtr& a, const CComPtr& b) { return a.m_pointer != b.m_pointer; }
+
+    /// IUnknown::QueryInterface; the reference in `*result` is the caller's.
+    /// @throws _com_error E_POINTER when empty
+    template <class U>
+    HRESULT QueryInterface(const IID& iid, U** result) const
+    {
+        return Checked()->QueryInterface(iid, reinterpret_cast<void**>(result));
+    }
+    /// As above, into a counted pointer.
+    template <class U>
+    HRESULT QueryInterface(const IID& iid, CComPtr<U>& result) const
+    {
+        return QueryInterface(iid, result.Put());
+    }
+
+    void Swap(CComPtr& other) noexcept { std::swap(m_pointer, other.m_pointer); }
+
+private:
+    T* m_pointer = nullptr;
+};

@@ -1,0 +1,57 @@
+#include "qorth/DllLoader.h"
+
+#include "platform/module.h"
+
+#include <utility>
+
+CDllLoader::CDllLoader() = default;
+
+CDllLoader::CDllLoader(const char* path, long mode)
+{
+    // Not virtual here on purpose: an override's object is not there yet.
+    CDllLoader::Load(path, mode);
+}
+
+CDllLoader::~CDllLoader()
+{
+    Unload();
+}
+
+bool CDllLoader::Load(const char* path, long mode)
+{
+    std::string reason;
+    void* loaded = zeb::platform::LoadModule(path == nullptr ? "" : path, mode, &reason);
+    m_reason = loaded == nullptr ? reason.c_str() : "";
+    if (loaded == nullptr)
+    {
+        return false;
+    }
+    if (void* old = std::exchange(m_module, loaded))
+    {
+        zeb::platform::UnloadModule(old);
+    }
+    return true;
+}
+
+bool CDllLoader::IsEmpty() const
+{
+    return m_module == nullptr;
+}
+
+void* CDllLoader::GetProc(const char* name) const
+{
+    return m_module == nullptr ? nullptr : zeb::platform::FindExport(m_module, name);
+}
+
+void CDllLoader::Unload()
+{
+    if (void* old = std::exchange(m_module, nullptr))
+    {
+        zeb::platform::UnloadModule(old);
+    }
+}
+
+CStringA CDllLoader::Reason() const
+{
+    return m_reason;
+}

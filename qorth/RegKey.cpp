@@ -1,0 +1,63 @@
+#include "qorth/RegKey.h"
+
+using zeb::platform::RegistryKey;
+using zeb::platform::RegistryRoot;
+
+namespace
+{
+
+std::optional<RegistryKey> Open(HKEY root, const char* path)
+{
+    const std::string name = path == nullptr ? "" : path;
+    if (root == HKEY_LOCAL_MACHINE)
+    {
+        return RegistryKey::Open(RegistryRoot::LocalMachine, name);
+    }
+    if (root == HKEY_CURRENT_USER)
+    {
+        return RegistryKey::Open(RegistryRoot::CurrentUser, name);
+    }
+    if (root == HKEY_CLASSES_ROOT)
+    {
+        return RegistryKey::Open(RegistryRoot::ClassesRoot, name);
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+CQorRegKey::CQorRegKey(HKEY root, const char* path, int, int)
+    : m_key(Open(root, path))
+{
+}
+
+bool CQorRegKey::IsOpen() const
+{
+    return m_key.has_value();
+}
+
+CStringA CQorRegKey::StringValue(const char* name) const
+{
+    CStringA value;
+    GetString(value, name);
+    return value;
+}
+
+CStringA CQorRegKey::GetString() const
+{
+    return StringValue("");
+}
+
+bool CQorRegKey::GetString(CStringA& value, const char* name, int) const
+{
+    const auto found = m_key ? m_key->StringValue(name == nullptr ? "" : name) : std::nullopt;
+    value = found ? found->c_str() : "";
+    return found.has_value();
+}
+
+bool CQorRegKey::EnumKey(ULONG index, CStringA& name) const
+{
+    const auto found = m_key ? m_key->SubKeyName(index) : std::nullopt;
+    name = found ? found->c_str() : "";
+    return found.has_value();
+}

@@ -1,0 +1,60 @@
+#include "qorth/TimeProfile.h"
+
+#include <mutex>
+
+namespace
+{
+
+struct Report
+{
+    std::mutex lock;
+    CTimeProfile::Reporter reporter;
+};
+
+/// Never destroyed: static objects may be measured while they go.
+Report& TheReport()
+{
+    static Report* report = new Report;
+    return *report;
+}
+
+} // namespace
+
+CTimeProfile::CTimeProfile(const char* name)
+    : m_name(name == nullptr ? "" : name)
+    , m_start(std::chrono::steady_clock::now())
+{
+}
+
+CTimeProfile::~CTimeProfile()
+{
+    const double seconds = Elapsed();
+    try
+    {
+        Reporter reporter;
+        {
+            const std::lock_guard<std::mutex> guard(TheReport().lock);
+            reporter = TheReport().reporter;
+        }
+        if (reporter)
+        {
+            reporter(m_name.c_str(), seconds);
+        }
+    }
+    catch (...)
+    {
+        // A measurement that can not be reported is no failure of what was measured.
+        return;
+    }
+}
+
+double CTimeProfile::Elapsed() const
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - m_start).count();
+}
+
+void CTimeProfile::SetReporter(Reporter reporter)
+{
+    const std::lock_guard<std::mutex> guard(TheReport().lock);
+    TheReport().reporter = std::move(reporter);
+}
