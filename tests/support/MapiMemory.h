@@ -1,0 +1,227 @@
+// A MAPI allocator that counts: bound for the length of a test, it fails the test when a block is left or
+// freed wrongly.
+#pragma once
+
+#include "platform/mapi.h"
+#include "zebapi/MEM.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <mutex>
+#include <set>
+#include <string>
+
+namespace zeb::test
+{
+
+/// Binds itself by Zeb_MemInitialize; the destructor unbinds and expects every root block to have been freed.
+///
+/// Blocks come filled with 0xCD; freeing a root frees what was allocated under it. Freeing a child, a foreign
+/// pointer or a block twice fails the test. There may be one object at a time. Threads: may be called from
+/// any.
+class MapiMemory
+{
+public:
+    MapiMemory()
+    {
+        Current() = this;
+        Bind();
+    }
+    ~MapiMemory()
+    {
+        Zeb_MemUninitialize();
+        EXPECT_EQ(m_roots.size() - m_kept.size(), 0u) << "root blocks of MAPI memory were not freed";
+        for (auto& root : m_roots)
+        {
+            FreeAll(root.first, root.second);
+        }
+        Current() = nullptr;
+    }
+    MapiMemory(const MapiMemory&) = delete;
+    MapiMemory& operator=(const MapiMemory&) = delete;
+
+    /// Binds this allocator again, after a test has bound something else.
+    void Bind() { Zeb_MemInitialize(&AllocateBuffer, &AllocateMore, &FreeBuffer); }
+
+    /// Root blocks that are not freed yet, without those kept on purpose.
+    size_t LiveRoots() const
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        return m_roots.size() - m_kept.size();
+    }
+    /// Calls of AllocateBuffer and AllocateMore so far.
+    size_t Allocations() const
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        return m_allocations;
+    }
+    /// Calls of FreeBuffer so far.
+    size_t Frees() const
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        return m_frees;
+    }
+    bool IsRoot(const void* block) const
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        return m_roots.count(const_cast<void*>(block)) != 0;
+    }
+    /// The size asked for a live block, root or child; 0 for none of ours.
+    ULONG SizeOf(const void* block) const
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        const auto found = m_sizes.find(const_cast<void*>(block));
+        return found != m_sizes.end() ? found->second : 0;
+    }
+    /// The n-th allocation from now (1 is the next) returns `result` and gives nothing; later ones succeed
+    /// again.
+    void FailAllocation(size_t n, SCODE result = MAPI_E_NOT_ENOUGH_MEMORY)
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_failAt = m_allocations + n;
+        m_failure = result;
+    }
+    /// The n-th allocation from now succeeds with a null pointer.
+    void GiveNull(size_t n) { FailAllocation(n, S_OK); }
+
+    /// Memory as a provider hands it out.
+    void* Allocate(ULONG size)
+    {
+        void* block = nullptr;
+        EXPECT_EQ(AllocateBuffer(size, &block), S_OK);
+        return block;
+    }
+    void* AllocateUnder(void* parent, ULONG size)
+    {
+        void* block = nullptr;
+        EXPECT_EQ(AllocateMore(size, parent, &block), S_OK);
+        return block;
+    }
+    /// A copy of `text` under `parent`; null for null.
+    char* Text(void* parent, const char* text)
+    {
+        if (text == nullptr)
+        {
+            return nullptr;
+        }
+        const size_t size = std::strlen(text) + 1;
+        return static_cast<char*>(std::memcpy(AllocateUnder(parent, static_cast<ULONG>(size)), text, size));
+    }
+
+    /// The extended error of a MAPI object. Exceptions keep it for good, so it does not count as left behind;
+    /// nothing else is exempt.
+    MAPIERROR* NewMapiError(ULONG version, const char* error, const char* component, ULONG lowLevelError,
+                            ULONG context)
+    {
+        auto* mapiError = static_cast<MAPIERROR*>(Allocate(sizeof(MAPIERROR)));
+        mapiError->ulVersion = version;
+        mapiError->lpszError = Text(mapiError, error);
+        mapiError->lpszComponent = Text(mapiError, component);
+        mapiError->ulLowLevelError = lowLevelError;
+        mapiError->ulContext = context;
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_kept.insert(mapiError);
+        return mapiError;
+    }
+
+    static SCODE WINAPI AllocateBuffer(ULONG size, void** block)
+    {
+        MapiMemory& memory = *Current();
+        std::lock_guard<std::mutex> lock(memory.m_mutex);
+        const SCODE result = memory.Make(size, block);
+        if (*block != nullptr)
+        {
+            memory.m_roots[*block];
+        }
+        return result;
+    }
+
+    static SCODE WINAPI AllocateMore(ULONG size, void* parent, void** block)
+    {
+        MapiMemory& memory = *Current();
+        std::lock_guard<std::mutex> lock(memory.m_mutex);
+        const auto root = memory.m_roots.find(parent);
+        if (root == memory.m_roots.end())
+        {
+            ADD_FAILURE() << "the parent of a block is not a live root block";
+            *block = nullptr;
+            return MAPI_E_INVALID_PARAMETER;
+        }
+        const SCODE result = memory.Make(size, block);
+        if (*block != nullptr)
+        {
+            root->second.insert(*block);
+        }
+        return result;
+    }
+
+    static ULONG WINAPI FreeBuffer(void* block)
+    {
+        MapiMemory& memory = *Current();
+        std::lock_guard<std::mutex> lock(memory.m_mutex);
+        ++memory.m_frees;
+        if (block == nullptr)
+        {
+            return 0;
+        }
+        const auto root = memory.m_roots.find(block);
+        if (root == memory.m_roots.end())
+        {
+            ADD_FAILURE() << "freed what is not a live root block";
+            return static_cast<ULONG>(MAPI_E_INVALID_PARAMETER);
+        }
+        memory.FreeAll(root->first, root->second);
+        memory.m_kept.erase(block);
+        memory.m_roots.erase(root);
+        return 0;
+    }
+
+private:
+    static MapiMemory*& Current()
+    {
+        static MapiMemory* current = nullptr;
+        return current;
+    }
+
+    SCODE Make(ULONG size, void** block)
+    {
+        *block = nullptr;
+        if (++m_allocations == m_failAt)
+        {
+            return m_failure;
+        }
+        *block = std::malloc(size != 0 ? size : 1);
+        if (*block == nullptr)
+        {
+            return MAPI_E_NOT_ENOUGH_MEMORY;
+        }
+        std::memset(*block, 0xCD, size);
+        m_sizes[*block] = size;
+        return S_OK;
+    }
+
+    void FreeAll(void* root, const std::set<void*>& children)
+    {
+        for (void* child : children)
+        {
+            m_sizes.erase(child);
+            std::free(child);
+        }
+        m_sizes.erase(root);
+        std::free(root);
+    }
+
+    mutable std::mutex m_mutex;
+    std::map<void*, std::set<void*>> m_roots;
+    std::map<void*, ULONG> m_sizes;
+    std::set<void*> m_kept;
+    size_t m_allocations = 0;
+    size_t m_frees = 0;
+    size_t m_failAt = 0;
+    SCODE m_failure = S_OK;
+};
+
+} // namespace zeb::test

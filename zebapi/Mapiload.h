@@ -1,0 +1,118 @@
+// The library object: finding, loading and starting a provider, and logging on.
+#pragma once
+
+#include "framework/CString.h"
+#include "framework/Sync.h"
+#include "platform/export.h"
+#include "platform/mapi.h"
+#include "qorth/DllLoader.h"
+#include "zebapi/AddressBook.h"
+#include "zebapi/EntryPoints.h"
+#include "zebapi/Profiles.h"
+#include "zebapi/SESSION.h"
+
+#include <atomic>
+
+/// How a provider library spells its exports.
+enum EnumOfficeBitness : LONG
+{
+    OfficeBitnessNone = 0, ///< not a MAPI provider
+    OfficeBitness32 = 1,   ///< decorated: name, "@" and the size of the arguments
+    OfficeBitness64 = 2,   ///< undecorated
+};
+
+/// The library: finds, loads and starts a MAPI provider or the Windows Address Book, and opens sessions.
+/// There is one, made when the library is loaded: Zeb_GetMAPI().
+///
+/// Threads: every operation that changes or uses the loaded provider takes the object lock; the start of MAPI
+/// takes the global MAPI critical section before it. Both are recursive. The flags may be read from any
+/// thread.
+///
+/// The start may be called again while MAPI is ready: the provider is looked for and started anew, and one
+/// stop undoes all of them. When such a second start finds no provider, the bitness is 0 from then on and the
+/// next stop leaves the entry points set although the library behind them is unloaded: call nothing of MAPI
+/// after that but a start.
+class ZEBAPI_EXPORT CZebAPI
+{
+    friend class CZebProfAdmin;
+
+    virtual void Unload();
+    virtual void InitializeWAB();
+    virtual void UninitializeWAB();
+    virtual void InitializeMAPI();
+    virtual void UninitializeMAPI(CZebSession* session);
+    virtual CZebProfAdmin GetProfAdmin();
+
+public:
+    CZebAPI();
+    /// Drops the allocator and the address book, then unloads the provider.
+    virtual ~CZebAPI();
+    CZebAPI(const CZebAPI&) = delete;
+    CZebAPI& operator=(const CZebAPI&) = delete;
+
+    /// Whether the Windows Address Book, not MAPI, is loaded.
+    virtual bool IsWAB();
+
+    /// Finds, loads and starts a provider: the Windows Address Book (`wab`) or MAPI.
+    ///
+    /// MAPI: Zeb_GetMapiDllPath, then MAPIInitialize for notifications on threads of MAPI's own. WAB: the
+    /// library named by the registry, then WABOpen. After a failure WasFailed() is true and another MAPI
+    /// start is refused.
+    /// @throws CZebException* MAPI_E_CALL_FAILED when there is no provider, it can not be loaded or an
+    /// earlier failure stands; MAPI_E_VERSION when an entry point is missing; what MAPIInitialize or WABOpen
+    /// returned
+    virtual void Initialize(bool wab);
+
+    /// Logs `session` (may be null) off, stops the provider, whichever it is, and unloads it. Drop everything
+    /// that came from it before.
+    virtual void Uninitialize(CZebSession* session);
+
+    /// Logs on (MAPILogonEx) to a profile, or with a null name to the default profile, sharing an existing
+    /// session.
+    /// @param parent window for the provider's dialogs; may be null
+    /// @param profileName at most 1024 bytes of it are used
+    /// @throws CZebException* E_POINTER before Initialize, or what MAPILogonEx returned; either sets
+    /// WasFailed()
+    virtual CZebSession OpenSession(HWND parent, const char* profileName);
+
+    /// The default profile's name from the registry, without MAPI; empty when there is none.
+    virtual CStringA GetDefaultProfileName();
+
+    virtual bool WasInitialized();
+
+    /// Whether a start or a logon has failed; only SetWasFailed(false) takes it back.
+    virtual bool WasFailed();
+    virtual void SetWasFailed(bool failed);
+
+    /// The Windows Address Book opened by Initialize(true), or with `newInstance` another one, from a WABOpen
+    /// of its own.
+    /// @throws CZebException* MAPI_E_VERSION when no library with WABOpen is loaded, or what WABOpen returned
+    virtual CZebAddressBook GetWABAddressBook(bool newInstance);
+
+    /// The critical section that the start of MAPI takes; for hosts that serialise MAPI calls with it.
+    virtual CCriticalSection* GetGlobalMAPICriticalSection();
+
+private:
+    void OpenWAB(CZebAddressBook& addressBook, CComPtr<IWABObject>& wabObject);
+    void ResolveEntryPoints(const CStringA& path);
+    void BindAllocator();
+
+    CDllLoader m_loader;
+    std::atomic<bool> m_wasFailed{false};
+    std::atomic<bool> m_initialized{false};
+    std::atomic<bool> m_wab{false};
+    EnumOfficeBitness m_bitness = OfficeBitnessNone;
+    CCriticalSection m_globalMAPI;
+    CCriticalSection m_lock;
+    CZebAddressBook m_wabAddressBook;
+};
+
+static_assert(sizeof(std::atomic<bool>) == sizeof(bool), "the flags are a byte each");
+
+/// The library's one instance.
+ZEBAPI_EXPORT CZebAPI& Zeb_GetMAPI();
+
+/// Looks for a MAPI provider: Outlook's, the common one, the system's.
+/// @param bitness how the provider spells its exports; OfficeBitnessNone when there is none
+/// @return the full path or bare file name of the provider to use; empty when there is none
+ZEBAPI_EXPORT CStringA Zeb_GetMapiDllPath(EnumOfficeBitness& bitness);

@@ -1,0 +1,76 @@
+// MAPI profiles: their names and which one is the default, from the registry or through MAPI.
+#pragma once
+
+#include "framework/CString.h"
+#include "framework/ComPtr.h"
+#include "platform/export.h"
+#include "platform/mapi.h"
+#include "qorth/RegKey.h"
+#include "zebapi/Table.h"
+
+/// Reads the profiles' names straight from the registry; works without MAPI.
+///
+/// Outlook 15 keeps its profiles in a place of its own; everything else uses Windows' messaging subsystem.
+/// Which one is installed is what "Outlook.Application\CurVer" says. Threads: none of its own; use one object
+/// from one thread.
+class ZEBAPI_EXPORT CZebProfileNames
+{
+public:
+    CZebProfileNames();
+    virtual ~CZebProfileNames();
+    CZebProfileNames(const CZebProfileNames&) = delete;
+    CZebProfileNames& operator=(const CZebProfileNames&) = delete;
+
+    /// Back to the first name.
+    void Reset();
+
+    /// The next name, in the registry's order.
+    /// @return 1; or 0 when there are no more, and `name` is as it was
+    int GetNextName(CString& name);
+
+    /// The default profile's name; empty when none is set.
+    CStringA GetDefaultProfile();
+
+private:
+    ULONG m_index = 0;
+    CQorRegKey m_profiles;
+};
+
+/// Wraps MAPI's profile administration (IProfAdmin); holds one counted reference or nothing. Copies share the
+/// object.
+///
+/// Using an empty one raises _com_error with E_POINTER.
+class ZEBAPI_EXPORT CZebProfAdmin
+{
+protected:
+    /// Drops the reference; logs and swallows what is thrown.
+    virtual void Free();
+
+public:
+    /// @param profAdmin may be null; the caller keeps its own reference
+    explicit CZebProfAdmin(IProfAdmin* profAdmin = nullptr);
+    CZebProfAdmin(const CZebProfAdmin& other);
+    virtual ~CZebProfAdmin();
+
+    /// Profile administration of the provider that Zeb_GetMAPI() has started (MAPIAdminProfiles).
+    /// @throws CZebException* what MAPIAdminProfiles returned; MAPI_E_CALL_FAILED when no provider is loaded
+    static CZebProfAdmin Open();
+
+    /// Takes a reference to the other's object. When there is none, this is empty, the failure is logged and
+    /// not thrown.
+    virtual CZebProfAdmin& operator=(const CZebProfAdmin& other);
+    virtual bool IsValid() const;
+    /// Drops the reference.
+    virtual void Close();
+
+    /// The table of profiles (IProfAdmin::GetProfileTable).
+    /// @throws CZebException* with the object's extended error; _com_error E_POINTER when empty
+    virtual CZebTable GetProfileTable();
+
+    /// The display name of the first profile that is marked default in the table.
+    /// @throws CZebException* MAPI_E_NOT_FOUND when none is marked, or as GetProfileTable
+    virtual CStringA GetDefaultProfileName();
+
+private:
+    CComPtr<IProfAdmin> m_profAdmin;
+};

@@ -1,0 +1,21 @@
+// MAPI's result codes by name, as the descriptions of exceptions print them.
+#pragma once
+
+#include "platform/mapi.h"
+
+#include <cstddef>
+
+namespace zeb
+{
+
+struct ErrorName
+{
+    ULONG code;
+    char name[48]; ///< padded with zeros
+};
+
+/// Searched front to back: the first row of a code gives its name.
+extern const ErrorName ErrorNames[];
+extern const size_t ErrorNameCount;
+
+} // namespace zeb
