@@ -44,8 +44,8 @@ public:
 
     /// Copies at most `maxChars` bytes of the description into `buffer`; a terminator follows only where the
     /// description is shorter than that. Sets `*helpContext`, when given, to 0.
-    /// @return true
-    bool GetErrorMessage(char* buffer, unsigned int maxChars, unsigned int* helpContext) override;
+    /// @return TRUE
+    BOOL GetErrorMessage(char* buffer, unsigned int maxChars, unsigned int* helpContext) override;
 
     /// The MAPI result code.
     virtual HRESULT GetResult();
