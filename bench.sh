@@ -1,0 +1,24 @@
+#!/usr/bin/env bash
+# Measures the library and the provider against hand-written baselines, each pair in one run, natively on Linux, and
+# prints "RATIO name value goal" a measurement; the same, with every figure, as JSON in build/bench/results.json.
+#
+#   ./bench.sh [NAME...]     all, or those named
+#   ./bench.sh --short       small stores and few pairs: shows that it works, says nothing about speed
+#
+# Installs what is missing (as root). The large stores are made once and kept in build/bench/.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")"
+
+scripts/setup.sh bench >&2
+{
+    cmake --preset linux-release >build/configure-bench.log 2>&1 || {
+        tail -n 20 build/configure-bench.log >&2
+        exit 1
+    }
+    ninja -C build/linux-release zebbench zebstore >build/build-bench.log 2>&1 || {
+        grep -E 'error|FAILED' -A 5 build/build-bench.log | head -n 40 >&2
+        exit 1
+    }
+}
+mkdir -p build/bench
+exec build/linux-release/bin/zebbench --folder build/bench "$@"

@@ -1,0 +1,27 @@
+// The measurements. Each gets what it needs ready when its function is called, and keeps it until it is dropped.
+#pragma once
+
+#include "bench/Harness.h"
+
+#include <memory>
+
+namespace bench
+{
+
+struct Options
+{
+    /// Where stores, registry and results stand.
+    std::string folder;
+    /// Few messages and few pairs.
+    bool small = false;
+};
+
+Measurement InboxRead(const Options& options);
+Measurement ValueRead(const Options& options);
+Measurement StoreWrite(const Options& options);
+Measurement StoreOpen(const Options& options);
+Measurement StoreWindow(const Options& options);
+Measurement StoreSort(const Options& options);
+Measurement StoreMemory(const Options& options);
+
+} // namespace bench

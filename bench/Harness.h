@@ -1,0 +1,48 @@
+// Ratios against a baseline, measured in interleaved pairs.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace bench
+{
+
+/// One measurement: what the library or the provider takes, over what the same result takes by hand.
+struct Measurement
+{
+    std::string name;
+    double goal;
+    /// Runs once, and returns the seconds (or bytes) of the part that counts.
+    std::function<double()> ours;
+    /// The baseline; when empty, what `ours` returns is the value itself.
+    std::function<double()> baseline;
+    /// How many pairs are run; one more is run first and thrown away.
+    int pairs;
+};
+
+struct Outcome
+{
+    std::string name;
+    double value;
+    double goal;
+    std::vector<double> ours;
+    std::vector<double> baseline;
+};
+
+/// Runs the pairs ours, baseline, ours, baseline, ... and takes the median of the ratios of each pair.
+Outcome Run(const Measurement& measurement);
+
+/// Prints "RATIO name value goal".
+void Print(const Outcome& outcome);
+
+/// Writes all outcomes, with every single figure. @throws std::runtime_error naming the file
+void WriteJson(const std::string& path, const std::vector<Outcome>& outcomes);
+
+/// Seconds that `body` took.
+double Seconds(const std::function<void()>& body);
+
+/// Keeps the compiler from dropping a computation whose result nobody uses.
+void Keep(unsigned long long value);
+
+} // namespace bench
