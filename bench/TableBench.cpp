@@ -1,0 +1,145 @@
+// store-open, store-window, store-sort, store-memory: contents tables of a large folder.
+#include "bench/Benches.h"
+#include "bench/Stores.h"
+
+#include <sqlite3.h>
+
+#include <malloc.h>
+#include <random>
+#include <stdexcept>
+
+namespace bench
+{
+
+namespace
+{
+
+constexpr LONG kWindow = 50;
+
+std::shared_ptr<StoreOf> Large(const Options& options)
+{
+    return std::make_shared<StoreOf>(options.folder, options.small ? 5000 : 1000000);
+}
+
+std::shared_ptr<StoreOf> Small(const Options& options)
+{
+    return std::make_shared<StoreOf>(options.folder, 1000);
+}
+
+void SetListColumns(CZebTable& table)
+{
+    table.SetColumns(4, PR_ENTRYID, PR_SUBJECT_W, PR_SENDER_NAME_W, PR_MESSAGE_DELIVERY_TIME);
+}
+
+void ReadWindow(CZebTable& table, ULONG expected)
+{
+    CZebRowSet rows;
+    table.QueryRows(&rows, kWindow, nullptr, nullptr);
+    if (rows.Count() != expected)
+    {
+        throw std::runtime_error("A window did not hold the rows it should.");
+    }
+    Keep(rows[0][PR_SUBJECT_W].GetTag());
+}
+
+/// Open, count, first 50 rows.
+double OpenOnce(StoreOf& store)
+{
+    return Seconds([&] {
+        CZebTable table = store.Inbox().GetContentsTable(MAPI_UNICODE);
+        SetListColumns(table);
+        if (table.GetRowCount() != store.Count())
+        {
+            throw std::runtime_error("The table did not count every row.");
+        }
+        ReadWindow(table, kWindow);
+    });
+}
+
+/// An open table that has been sought in, and the positions that are read next.
+struct Sought
+{
+    explicit Sought(std::shared_ptr<StoreOf> of)
+        : store(std::move(of))
+        , table(store->Inbox().GetContentsTable(MAPI_UNICODE))
+        , positions(0, store->Count() - kWindow)
+    {
+        SetListColumns(table);
+        table.SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(store->Count() / 2), nullptr);
+        ReadWindow(table, kWindow);
+    }
+    double Windows(int count)
+    {
+        return Seconds([&] {
+            for (int i = 0; i < count; ++i)
+            {
+                table.SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(positions(random)), nullptr);
+                ReadWindow(table, kWindow);
+            }
+        });
+    }
+    std::shared_ptr<StoreOf> store;
+    CZebTable table;
+    std::mt19937 random{20260101};
+    std::uniform_int_distribution<ULONG> positions;
+};
+
+const ULONG kSortTags[] = {PR_SUBJECT_W, PR_MESSAGE_DELIVERY_TIME};
+
+double SortByTable(StoreOf& store)
+{
+    return Seconds([&] {
+        for (const ULONG tag : kSortTags)
+        {
+            CZebTable table = store.Inbox().GetContentsTable(MAPI_UNICODE);
+            SetListColumns(table);
+            CZebSortOrder order(tag, TABLE_SORT_ASCEND);
+            table.SortTable(order);
+            ReadWindow(table, kWindow);
+        }
+    });
+}
+
+size_t HeapInUse()
+{
+    const struct mallinfo2 info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
+} // namespace
+
+Measurement StoreOpen(const Options& options)
+{
+    auto large = Large(options);
+    auto small = Small(options);
+    return {"store-open", 5, [large] { return OpenOnce(*large); }, [small] { return OpenOnce(*small); },
+            options.small ? 5 : 51};
+}
+
+Measurement StoreWindow(const Options& options)
+{
+    auto large = std::make_shared<Sought>(Large(options));
+    auto small = std::make_shared<Sought>(Small(options));
+    const int windows = options.small ? 20 : 1000;
+    return {"store-window", 1.5, [=] { return large->Windows(windows); },
+            [=] { return small->Windows(windows); }, options.small ? 3 : 11};
+}
+
+Measurement StoreMemory(const Options& options)
+{
+    auto large = Large(options);
+    const auto bytesPerRow = [large] {
+        const size_t before = HeapInUse();
+        CZebTable table = large->Inbox().GetContentsTable(MAPI_UNICODE);
+        SetListColumns(table);
+        CZebSortOrder order(PR_SUBJECT_W, TABLE_SORT_ASCEND);
+        table.SortTable(order);
+        table.SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(large->Count() / 2), nullptr);
+        ReadWindow(table, kWindow);
+        const size_t after = HeapInUse();
+        return static_cast<double>(after > before ? after - before : 0) / large->Count();
+    };
+    return {"store-memory", 16, bytesPerRow, nullptr, 3};
+}
+
+} // namespace bench

@@ -1,0 +1,79 @@
+// zebbench [--folder DIR] [--short] [NAME...]: measures and prints "RATIO name value goal".
+#include "bench/Benches.h"
+#include "bench/Stores.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace
+{
+
+struct Entry
+{
+    const char* name;
+    bench::Measurement (*make)(const bench::Options&);
+};
+
+const Entry kEntries[] = {
+    {"inbox-read", bench::InboxRead},     {"value-read", bench::ValueRead}, {"store-write", bench::StoreWrite},
+    {"store-open", bench::StoreOpen},     {"store-window", bench::StoreWindow},
+    {"store-sort", bench::StoreSort},     {"store-memory", bench::StoreMemory},
+};
+
+int Measure(const bench::Options& options, const std::vector<std::string>& names)
+{
+    bench::UseOwnRegistry(options.folder);
+    Zeb_GetMAPI().Initialize(false);
+    std::vector<bench::Outcome> outcomes;
+    for (const Entry& entry : kEntries)
+    {
+        if (!names.empty() && std::find(names.begin(), names.end(), entry.name) == names.end())
+        {
+            continue;
+        }
+        outcomes.push_back(bench::Run(entry.make(options)));
+        bench::Print(outcomes.back());
+    }
+    Zeb_GetMAPI().Uninitialize(nullptr);
+    bench::WriteJson(options.folder + "/results.json", outcomes);
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    CLI::App app("Measures the library and the provider against hand-written baselines.");
+    bench::Options options;
+    options.folder = "build/bench";
+    std::vector<std::string> known;
+    for (const Entry& entry : kEntries)
+    {
+        known.push_back(entry.name);
+    }
+    std::vector<std::string> names;
+    app.add_option("--folder", options.folder, "Where stores and results stand");
+    app.add_flag("--short", options.small, "Small stores, few pairs: shows that it works");
+    app.add_option("names", names, "Which measurements; all when none is named")->check(CLI::IsMember(known));
+    CLI11_PARSE(app, argc, argv);
+    if (options.small)
+    {
+        options.folder += "/short";
+    }
+    try
+    {
+        return Measure(options, names);
+    }
+    catch (CException* failure)
+    {
+        std::fprintf(stderr, "zebbench: %s\n", static_cast<const char*>(Zeb_GetExceptionDescription(failure)));
+        failure->Delete();
+    }
+    catch (const std::exception& failure)
+    {
+        std::fprintf(stderr, "zebbench: %s\n", failure.what());
+    }
+    return 1;
+}
