@@ -18,9 +18,9 @@ enum ModuleMode : long
 };
 
 /// Loads a library.
-/// A bare name is looked for beside this binary, then in the system folder; never in the current folder or on a
-/// search path. A path with a folder names exactly that file. An empty path loads nothing.
-/// On Linux a path may be written with backslashes: where the literal file is absent they are taken as slashes.
+/// A bare name is looked for beside this binary, then in the system folder; never in the current folder or on
+/// a search path. A path with a folder names exactly that file. An empty path loads nothing. On Linux a path
+/// may be written with backslashes: where the literal file is absent they are taken as slashes.
 /// @return null when nothing was loaded; `reason`, when given, then says why in the system's words.
 ModuleHandle LoadModule(const std::string& path, long mode, std::string* reason = nullptr);
 
@@ -29,7 +29,8 @@ void* FindExport(ModuleHandle module, const char* name);
 
 void UnloadModule(ModuleHandle module);
 
-/// The file that LoadModule(path) would load: `path` itself, or where a bare name was found; empty when nowhere.
+/// The file that LoadModule(path) would load: `path` itself, or where a bare name was found; empty when
+/// nowhere.
 std::string ResolveModulePath(const std::string& path);
 
 /// The folder of the binary (library or program) that holds this code, with a trailing separator.

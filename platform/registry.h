@@ -17,8 +17,8 @@ enum class RegistryRoot
     LocalMachine,
 };
 
-/// A registry that can not be read or written: on Linux a file with a syntax error (the message names file and
-/// line) or one that can not be opened or replaced.
+/// A registry that can not be read or written: on Linux a file with a syntax error (the message names file
+/// and line) or one that can not be opened or replaced.
 class RegistryError : public std::runtime_error
 {
 public:
@@ -28,9 +28,9 @@ public:
 /// One open registry key. Names of keys and values compare without case; paths are separated by backslashes.
 ///
 /// On Linux the file named by ZEBAPI_REGISTRY (default $XDG_CONFIG_HOME/zebapi/registry.reg, or
-/// ~/.config/zebapi/registry.reg) is read at every Open, and every write replaces the file whole (written beside
-/// it and renamed), under a lock, so that two processes do not lose each other's keys. A missing file is an empty
-/// registry.
+/// ~/.config/zebapi/registry.reg) is read at every Open, and every write replaces the file whole (written
+/// beside it and renamed), under a lock, so that two processes do not lose each other's keys. A missing file
+/// is an empty registry.
 class RegistryKey
 {
 public:
@@ -50,7 +50,8 @@ public:
     RegistryKey& operator=(RegistryKey&&) noexcept;
     ~RegistryKey();
 
-    /// A REG_SZ or REG_EXPAND_SZ value (unexpanded) as ANSI text (UTF-8 on Linux); "" names the default value.
+    /// A REG_SZ or REG_EXPAND_SZ value (unexpanded) as ANSI text (UTF-8 on Linux); "" names the default
+    /// value.
     std::optional<std::string> StringValue(const std::string& name) const;
     std::optional<std::vector<unsigned char>> BinaryValue(const std::string& name) const;
 

@@ -10,12 +10,18 @@ namespace zeb::platform
 
 using WideString = std::basic_string<WCHAR>;
 
-/// Never fails: what the other form can not say is replaced, and nothing behind it is lost.
+/// What the other form can not say is replaced (by U+FFFD, or '?' where that does not fit), and nothing
+/// behind it is lost. `length` is in characters; characters of value 0 are converted like others.
+/// @throws std::length_error on Windows beyond 2^31 - 1 characters
 std::string NarrowFromWide(const WCHAR* text, size_t length);
 WideString WideFromNarrow(const char* text, size_t length);
 
 std::string Utf8FromWide(const WCHAR* text, size_t length);
 WideString WideFromUtf8(const char* text, size_t length);
+
+/// The upper case of one 16-bit unit, in no particular language; what has none, and a surrogate, is returned
+/// as it is.
+WCHAR UpperWide(WCHAR unit);
 
 /// The length of a terminated 16-bit text in characters.
 size_t WideLength(const WCHAR* text);

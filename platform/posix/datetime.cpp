@@ -1,0 +1,67 @@
+#include "platform/datetime.h"
+
+#include <clocale>
+#include <cstdint>
+#include <ctime>
+
+#include <locale.h>
+
+namespace zeb::platform
+{
+namespace
+{
+
+constexpr int64_t TicksPerSecond = 10'000'000;    // of 100 ns
+constexpr int64_t EpochDistance = 11'644'473'600; // seconds from 1601 to 1970
+constexpr int FirstFileTimeYear = 1601;
+constexpr int LastOleYear = 9999;
+
+int64_t TicksOf(const FILETIME& time)
+{
+    return static_cast<int64_t>(uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime);
+}
+
+/// Never freed: used until the process ends.
+locale_t CLocale()
+{
+    static locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
+    return locale;
+}
+
+} // namespace
+
+std::optional<std::string> LocalDateText(const FILETIME& time)
+{
+    const int64_t ticks = TicksOf(time);
+    if (ticks < 0)
+    {
+        return std::nullopt;
+    }
+    const std::time_t seconds = ticks / TicksPerSecond - EpochDistance;
+    std::tm local = {};
+    if (localtime_r(&seconds, &local) == nullptr)
+    {
+        return std::nullopt;
+    }
+    const int year = local.tm_year + 1900;
+    if (year < FirstFileTimeYear || year > LastOleYear)
+    {
+        return std::nullopt;
+    }
+    char text[64] = {};
+    const size_t length = strftime_l(text, sizeof text, "%x %X", &local, CLocale());
+    return std::string(text, length);
+}
+
+FILETIME CurrentFileTime()
+{
+    timespec now = {};
+    clock_gettime(CLOCK_REALTIME, &now);
+    const int64_t ticks = (int64_t{now.tv_sec} + EpochDistance) * TicksPerSecond + now.tv_nsec / 100;
+    FILETIME time = {};
+    time.dwLowDateTime = static_cast<DWORD>(ticks);
+    time.dwHighDateTime = static_cast<DWORD>(ticks >> 32);
+    return time;
+}
+
+} // namespace zeb::platform

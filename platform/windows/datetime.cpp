@@ -1,0 +1,59 @@
+#include "platform/datetime.h"
+
+#include "platform/text.h"
+
+namespace zeb::platform
+{
+namespace
+{
+
+bool SameSecond(const SYSTEMTIME& a, const SYSTEMTIME& b)
+{
+    return a.wYear == b.wYear && a.wMonth == b.wMonth && a.wDay == b.wDay && a.wHour == b.wHour &&
+           a.wMinute == b.wMinute && a.wSecond == b.wSecond;
+}
+
+/// The OLE date of a local time; nothing when an OLE date can not say it to the second.
+std::optional<DATE> OleDate(SYSTEMTIME local)
+{
+    // Dropped first: half a second would round up.
+    local.wMilliseconds = 0;
+    DATE date = 0;
+    SYSTEMTIME back = {};
+    if (!SystemTimeToVariantTime(&local, &date) || !VariantTimeToSystemTime(date, &back) ||
+        !SameSecond(local, back))
+    {
+        return std::nullopt;
+    }
+    return date;
+}
+
+} // namespace
+
+std::optional<std::string> LocalDateText(const FILETIME& time)
+{
+    FILETIME localFileTime = {};
+    SYSTEMTIME local = {};
+    if (!FileTimeToLocalFileTime(&time, &localFileTime) || !FileTimeToSystemTime(&localFileTime, &local))
+    {
+        return std::nullopt;
+    }
+    const std::optional<DATE> date = OleDate(local);
+    BSTR text = nullptr;
+    if (!date || FAILED(VarBstrFromDate(*date, LOCALE_USER_DEFAULT, 0, &text)))
+    {
+        return std::nullopt;
+    }
+    std::string narrow = NarrowFromWide(text, SysStringLen(text));
+    SysFreeString(text);
+    return narrow;
+}
+
+FILETIME CurrentFileTime()
+{
+    FILETIME time = {};
+    GetSystemTimeAsFileTime(&time);
+    return time;
+}
+
+} // namespace zeb::platform

@@ -1,0 +1,54 @@
+#include "platform/text.h"
+
+#include <climits>
+#include <stdexcept>
+
+namespace zeb::platform
+{
+namespace
+{
+
+int CheckedLength(size_t length)
+{
+    if (length > INT_MAX)
+    {
+        throw std::length_error("a text of more than 2^31 - 1 characters can not be converted");
+    }
+    return static_cast<int>(length);
+}
+
+} // namespace
+
+std::string NarrowFromWide(const WCHAR* text, size_t length)
+{
+    const int count = CheckedLength(length);
+    const int size =
+        count == 0 ? 0 : WideCharToMultiByte(CP_ACP, 0, text, count, nullptr, 0, nullptr, nullptr);
+    std::string out(static_cast<size_t>(size), '\0');
+    if (size > 0)
+    {
+        WideCharToMultiByte(CP_ACP, 0, text, count, out.data(), size, nullptr, nullptr);
+    }
+    return out;
+}
+
+WideString WideFromNarrow(const char* text, size_t length)
+{
+    const int count = CheckedLength(length);
+    const int size = count == 0 ? 0 : MultiByteToWideChar(CP_ACP, 0, text, count, nullptr, 0);
+    WideString out(static_cast<size_t>(size), L'\0');
+    if (size > 0)
+    {
+        MultiByteToWideChar(CP_ACP, 0, text, count, out.data(), size);
+    }
+    return out;
+}
+
+WCHAR UpperWide(WCHAR unit)
+{
+    WCHAR upper = unit;
+    LCMapStringW(LOCALE_INVARIANT, LCMAP_UPPERCASE, &unit, 1, &upper, 1);
+    return upper;
+}
+
+} // namespace zeb::platform
