@@ -93,9 +93,10 @@ public:
     virtual CCriticalSection* GetGlobalMAPICriticalSection();
 
 private:
-    void OpenWAB(CZebAddressBook& addressBook, CComPtr<IWABObject>& wabObject);
     void ResolveEntryPoints(const CStringA& path);
     void BindAllocator();
+    [[noreturn]] void RefuseLibrary(const char* missing, const char* path);
+    CComPtr<IWABObject> OpenWAB(CZebAddressBook& addressBook);
 
     CDllLoader m_loader;
     std::atomic<bool> m_wasFailed{false};

@@ -20,7 +20,7 @@ enum class ProviderStep
     System,          ///< MAPI32.DLL of the system
 };
 
-/// A name for people: "Outlook", "common MAPI", "common MAPI, NT folder", "system".
+/// A name for people: "Outlook", "common MAPI", "common MAPI, sub-folder", "system".
 const char* ProviderStepName(ProviderStep step);
 
 /// What CheckMAPIDll found out about one library.

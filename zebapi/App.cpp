@@ -1,0 +1,16 @@
+#include "zebapi/App.h"
+
+#include "qorlog/QorLog.h"
+
+namespace
+{
+
+CWinAppInstance<CZebAPIApp> application;
+
+} // namespace
+
+BOOL CZebAPIApp::InitInstance()
+{
+    LLog(1, "ZebAPI", "CZebAPIApp::InitInstance started");
+    return CWinApp::InitInstance();
+}

@@ -1,0 +1,126 @@
+#include "zebapi/Profiles.h"
+
+#include "zebapi/Exception.h"
+#include "zebapi/Mapiload.h"
+#include "zebapi/RowSet.h"
+
+namespace
+{
+
+constexpr char Outlook15Key[] = "Software\\Microsoft\\Office\\15.0\\Outlook";
+constexpr char Outlook15ProfilesKey[] = "Software\\Microsoft\\Office\\15.0\\Outlook\\Profiles";
+constexpr char SubsystemProfilesKey[] =
+    "Software\\Microsoft\\Windows NT\\CurrentVersion\\Windows Messaging Subsystem\\Profiles";
+
+bool IsOutlook15()
+{
+    return CQorRegKey(HKEY_CLASSES_ROOT, "Outlook.Application\\CurVer", 0, 1).GetString().Find("15") >= 0;
+}
+
+} // namespace
+
+CZebProfileNames::CZebProfileNames()
+    : m_profiles(HKEY_CURRENT_USER, IsOutlook15() ? Outlook15ProfilesKey : SubsystemProfilesKey, 0, 1)
+{
+    Reset();
+}
+
+CZebProfileNames::~CZebProfileNames() = default;
+
+void CZebProfileNames::Reset()
+{
+    m_index = 0;
+}
+
+int CZebProfileNames::GetNextName(CString& name)
+{
+    CString next;
+    if (!m_profiles.EnumKey(m_index, next))
+    {
+        return 0;
+    }
+    name = next;
+    ++m_index;
+    return 1;
+}
+
+CStringA CZebProfileNames::GetDefaultProfile()
+{
+    const CQorRegKey key(HKEY_CURRENT_USER, IsOutlook15() ? Outlook15Key : SubsystemProfilesKey, 0, 1);
+    CStringA name;
+    key.GetString(name, "DefaultProfile", 1);
+    return name;
+}
+
+CZebProfAdmin::CZebProfAdmin(IProfAdmin* profAdmin)
+    : m_profAdmin(profAdmin)
+{
+}
+
+CZebProfAdmin::CZebProfAdmin(const CZebProfAdmin& other) = default;
+
+CZebProfAdmin::~CZebProfAdmin()
+{
+    Free();
+}
+
+CZebProfAdmin CZebProfAdmin::Open()
+{
+    return Zeb_GetMAPI().GetProfAdmin();
+}
+
+CZebProfAdmin& CZebProfAdmin::operator=(const CZebProfAdmin& other)
+{
+    zeb::Guarded(__FILE__, __LINE__,
+                 [this, &other]
+                 {
+                     CComPtr<IProfAdmin> profAdmin;
+                     if (other.m_profAdmin)
+                     {
+                         other.m_profAdmin.QueryInterface(IID_IProfAdmin, profAdmin);
+                     }
+                     m_profAdmin = profAdmin;
+                     if (!IsValid())
+                     {
+                         CZebException::Throw(MAPI_E_INTERFACE_NOT_SUPPORTED, __FILE__, __LINE__);
+                     }
+                 });
+    return *this;
+}
+
+bool CZebProfAdmin::IsValid() const
+{
+    return static_cast<bool>(m_profAdmin);
+}
+
+void CZebProfAdmin::Close()
+{
+    Free();
+}
+
+void CZebProfAdmin::Free()
+{
+    zeb::Guarded(__FILE__, __LINE__, [this] { m_profAdmin.Release(); });
+}
+
+CZebTable CZebProfAdmin::GetProfileTable()
+{
+    CComPtr<IMAPITable> table;
+    ThrowIfFailed(m_profAdmin->GetProfileTable(0, table.Put()), m_profAdmin, __FILE__, __LINE__);
+    return CZebTable(table.Get());
+}
+
+CStringA CZebProfAdmin::GetDefaultProfileName()
+{
+    CZebRowSet rows;
+    GetProfileTable().QueryRows(&rows, 0, nullptr, nullptr);
+    for (ULONG i = 0; i < rows.Count(); ++i)
+    {
+        const CZebRow row = rows[i];
+        if (row.hasRealValue(PR_DEFAULT_PROFILE) && static_cast<bool>(row[PR_DEFAULT_PROFILE]))
+        {
+            return row[PR_DISPLAY_NAME_A];
+        }
+    }
+    CZebException::Throw(MAPI_E_NOT_FOUND, __FILE__, __LINE__);
+}

@@ -1,0 +1,34 @@
+// Everything of the library: what a host includes.
+#pragma once
+
+#include "zebapi/AddressBook.h"
+#include "zebapi/AdviseSink.h"
+#include "zebapi/BinArray.h"
+#include "zebapi/Binary.h"
+#include "zebapi/CachedTable.h"
+#include "zebapi/Container.h"
+#include "zebapi/Exception.h"
+#include "zebapi/Folder.h"
+#include "zebapi/IProp.h"
+#include "zebapi/MEM.h"
+#include "zebapi/Mapiload.h"
+#include "zebapi/Message.h"
+#include "zebapi/MsgStore.h"
+#include "zebapi/NAMEID.h"
+#include "zebapi/OnePROPVAL.h"
+#include "zebapi/PROPVALArray.h"
+#include "zebapi/Profiles.h"
+#include "zebapi/Restrict.h"
+#include "zebapi/Row.h"
+#include "zebapi/RowSet.h"
+#include "zebapi/SESSION.h"
+#include "zebapi/SortOrder.h"
+#include "zebapi/TAGS.h"
+#include "zebapi/Table.h"
+
+/// Whether a default profile is set (CZebAPI::GetDefaultProfileName). Never throws: a failure is logged and
+/// false.
+ZEBAPI_EXPORT bool Zeb_HasDefaultProfile();
+
+/// What Zeb_HasDefaultProfile answered at the first call in this process, also after profiles have changed.
+ZEBAPI_EXPORT bool Zeb_HasDefaultStaticProfile();
