@@ -25,7 +25,7 @@ add_library(zeb_mapi_headers INTERFACE)
 if(NOT WIN32)
   set(ZEB_MAPI_HEADERS ${CMAKE_BINARY_DIR}/mapi-headers)
   file(MAKE_DIRECTORY ${ZEB_MAPI_HEADERS})
-  foreach(header mapi mapicode mapidefs mapiguid mapinls mapioid mapispi mapitags mapiutil mapix mapiform mapiwin
+  foreach(header mapi mapicode mapidefs imessage mapiguid mapinls mapioid mapispi mapitags mapiutil mapix mapiform mapiwin
                  wabapi wabdefs wabcode wabtags xcmc)
     if(NOT EXISTS /usr/share/mingw-w64/include/${header}.h)
       message(FATAL_ERROR "${header}.h of mingw-w64 is missing: run scripts/setup.sh first")

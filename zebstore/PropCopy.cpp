@@ -1,0 +1,246 @@
+#include "zebstore/PropCopy.h"
+
+#include "platform/text.h"
+#include "zebstore/Error.h"
+
+#include <cstring>
+
+namespace zebstore
+{
+namespace
+{
+
+/// Allocates on one parent and remembers the first failure; after it every copy is null.
+class Copier
+{
+public:
+    Copier(ALLOCATEMORE* allocateMore, void* parent)
+        : m_allocateMore(allocateMore)
+        , m_parent(parent)
+    {
+    }
+
+    template <typename T>
+    T* Copy(const T* source, size_t count)
+    {
+        if (FAILED(m_result) || (!source && count == 0))
+            return nullptr;
+        if (!source)
+        {
+            m_result = MAPI_E_INVALID_PARAMETER;
+            return nullptr;
+        }
+        const size_t bytes = count * sizeof(T);
+        void* block = nullptr;
+        if (bytes > 0x7FFFFFFF)
+            m_result = MAPI_E_NOT_ENOUGH_MEMORY;
+        else
+            m_result = m_allocateMore(static_cast<ULONG>(bytes), m_parent, &block);
+        if (FAILED(m_result) || !block)
+        {
+            m_result = FAILED(m_result) ? m_result : MAPI_E_NOT_ENOUGH_MEMORY;
+            return nullptr;
+        }
+        std::memcpy(block, source, bytes);
+        return static_cast<T*>(block);
+    }
+
+    LPSTR Copy(const char* text) { return text ? Copy(text, std::strlen(text) + 1) : nullptr; }
+    LPWSTR Copy(const WCHAR* text)
+    {
+        return text ? Copy(text, zeb::platform::WideLength(text) + 1) : nullptr;
+    }
+
+    SBinary Copy(const SBinary& binary)
+    {
+        SBinary copy = binary;
+        copy.lpb = Copy(binary.lpb, binary.cb);
+        return copy;
+    }
+
+    template <typename Text>
+    Text* CopyTexts(Text* texts, ULONG count)
+    {
+        Text* copy = Copy(texts, count);
+        for (ULONG i = 0; copy && i < count; ++i)
+            copy[i] = Copy(texts[i]);
+        return copy;
+    }
+
+    SBinary* CopyBinaries(const SBinary* binaries, ULONG count)
+    {
+        SBinary* copy = Copy(binaries, count);
+        for (ULONG i = 0; copy && i < count; ++i)
+            copy[i] = Copy(binaries[i]);
+        return copy;
+    }
+
+    SCODE Result() const { return m_result; }
+    void Fail(SCODE code) { m_result = code; }
+
+private:
+    ALLOCATEMORE* m_allocateMore;
+    void* m_parent;
+    SCODE m_result = S_OK;
+};
+
+bool IsPlain(ULONG type)
+{
+    switch (type)
+    {
+    case PT_UNSPECIFIED:
+    case PT_NULL:
+    case PT_I2:
+    case PT_LONG:
+    case PT_R4:
+    case PT_DOUBLE:
+    case PT_CURRENCY:
+    case PT_APPTIME:
+    case PT_ERROR:
+    case PT_BOOLEAN:
+    case PT_OBJECT:
+    case PT_I8:
+    case PT_SYSTIME:
+        return true;
+    default:
+        return false;
+    }
+}
+
+// The counted arrays share one layout: the count, then the pointer.
+void CopyMultiple(_PV& value, ULONG type, Copier& copier)
+{
+    switch (type)
+    {
+    case PT_MV_I2:
+        value.MVi.lpi = copier.Copy(value.MVi.lpi, value.MVi.cValues);
+        break;
+    case PT_MV_LONG:
+        value.MVl.lpl = copier.Copy(value.MVl.lpl, value.MVl.cValues);
+        break;
+    case PT_MV_R4:
+        value.MVflt.lpflt = copier.Copy(value.MVflt.lpflt, value.MVflt.cValues);
+        break;
+    case PT_MV_DOUBLE:
+    case PT_MV_APPTIME:
+        value.MVdbl.lpdbl = copier.Copy(value.MVdbl.lpdbl, value.MVdbl.cValues);
+        break;
+    case PT_MV_CURRENCY:
+        value.MVcur.lpcur = copier.Copy(value.MVcur.lpcur, value.MVcur.cValues);
+        break;
+    case PT_MV_SYSTIME:
+        value.MVft.lpft = copier.Copy(value.MVft.lpft, value.MVft.cValues);
+        break;
+    case PT_MV_I8:
+        value.MVli.lpli = copier.Copy(value.MVli.lpli, value.MVli.cValues);
+        break;
+    case PT_MV_CLSID:
+        value.MVguid.lpguid = copier.Copy(value.MVguid.lpguid, value.MVguid.cValues);
+        break;
+    case PT_MV_STRING8:
+        value.MVszA.lppszA = copier.CopyTexts(value.MVszA.lppszA, value.MVszA.cValues);
+        break;
+    case PT_MV_UNICODE:
+        value.MVszW.lppszW = copier.CopyTexts(value.MVszW.lppszW, value.MVszW.cValues);
+        break;
+    case PT_MV_BINARY:
+        value.MVbin.lpbin = copier.CopyBinaries(value.MVbin.lpbin, value.MVbin.cValues);
+        break;
+    default:
+        copier.Fail(MAPI_E_INVALID_TYPE);
+    }
+}
+
+size_t SizeOfMultiple(const _PV& value, ULONG type)
+{
+    size_t size = 0;
+    switch (type)
+    {
+    case PT_MV_I2:
+        return size_t{value.MVi.cValues} * 2;
+    case PT_MV_LONG:
+    case PT_MV_R4:
+        return size_t{value.MVl.cValues} * 4;
+    case PT_MV_CLSID:
+        return size_t{value.MVguid.cValues} * sizeof(GUID);
+    case PT_MV_STRING8:
+        for (ULONG i = 0; i < value.MVszA.cValues; ++i)
+            size += std::strlen(value.MVszA.lppszA[i]) + 1;
+        return size;
+    case PT_MV_UNICODE:
+        for (ULONG i = 0; i < value.MVszW.cValues; ++i)
+            size += (zeb::platform::WideLength(value.MVszW.lppszW[i]) + 1) * sizeof(WCHAR);
+        return size;
+    case PT_MV_BINARY:
+        for (ULONG i = 0; i < value.MVbin.cValues; ++i)
+            size += value.MVbin.lpbin[i].cb;
+        return size;
+    default:
+        return size_t{value.MVdbl.cValues} * 8;
+    }
+}
+
+} // namespace
+
+SCODE CopyValue(SPropValue& dest, const SPropValue& source, ALLOCATEMORE* allocateMore, void* parent)
+{
+    SPropValue copy = source;
+    const ULONG type = PROP_TYPE(source.ulPropTag) & ~ULONG(MV_INSTANCE);
+    if (!IsPlain(type))
+    {
+        if (!allocateMore)
+            return MAPI_E_INVALID_PARAMETER;
+        Copier copier(allocateMore, parent);
+        // An instance of a multi-valued column carries one value of the single type.
+        const bool instance = (PROP_TYPE(source.ulPropTag) & MV_INSTANCE) != 0;
+        switch (instance ? type & ~ULONG(MV_FLAG) : type)
+        {
+        case PT_STRING8:
+            copy.Value.lpszA = copier.Copy(source.Value.lpszA);
+            break;
+        case PT_UNICODE:
+            copy.Value.lpszW = copier.Copy(source.Value.lpszW);
+            break;
+        case PT_BINARY:
+            copy.Value.bin = copier.Copy(source.Value.bin);
+            break;
+        case PT_CLSID:
+            copy.Value.lpguid = copier.Copy(source.Value.lpguid, 1);
+            break;
+        default:
+            if (!instance)
+                CopyMultiple(copy.Value, type, copier);
+            else if (!IsPlain(type & ~ULONG(MV_FLAG)))
+                copier.Fail(MAPI_E_INVALID_TYPE);
+        }
+        if (FAILED(copier.Result()))
+            return copier.Result();
+    }
+    dest = copy;
+    return S_OK;
+}
+
+void CopyValue(SPropValue& dest, const SPropValue& source, void* parent)
+{
+    Check(CopyValue(dest, source, MAPIAllocateMore, parent), "a value can not be copied");
+}
+
+size_t SizeOfValue(const SPropValue& value)
+{
+    const ULONG type = PROP_TYPE(value.ulPropTag);
+    switch (type)
+    {
+    case PT_STRING8:
+        return std::strlen(value.Value.lpszA) + 1;
+    case PT_UNICODE:
+        return (zeb::platform::WideLength(value.Value.lpszW) + 1) * sizeof(WCHAR);
+    case PT_BINARY:
+        return value.Value.bin.cb;
+    case PT_CLSID:
+        return sizeof(GUID);
+    default:
+        return type & MV_FLAG ? SizeOfMultiple(value.Value, type) : 0;
+    }
+}
+
+} // namespace zebstore
