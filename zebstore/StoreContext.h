@@ -1,0 +1,57 @@
+// One opened store as its objects share it.
+#pragma once
+
+#include "zebstore/EntryId.h"
+#include "zebstore/storage/RowSource.h"
+
+namespace zebstore
+{
+
+/// The store file, its identifiers and its computed properties. Each object of the store holds one, so the
+/// file stays open as long as any of them lives. Threads: any.
+class StoreContext : public std::enable_shared_from_this<StoreContext>
+{
+public:
+    explicit StoreContext(std::shared_ptr<StoreFile> file);
+
+    StoreFile& File() const { return *m_file; }
+    const std::shared_ptr<StoreFile>& SharedFile() const { return m_file; }
+    const MAPIUID& Uid() const { return m_uid; }
+    /// The store's own identifier.
+    const std::vector<BYTE>& EntryId() const { return m_entryId; }
+
+    FolderEntryId IdOfFolder(FolderId folder) const { return MakeFolderEntryId(m_uid, folder); }
+    MessageEntryId IdOfMessage(MessageId message) const { return MakeMessageEntryId(m_uid, message); }
+    /// An empty identifier is the root folder. @throws Error MAPI_E_INVALID_ENTRYID
+    ItemId Parse(const void* bytes, size_t size) const;
+    /// @throws Error MAPI_E_INVALID_ENTRYID when it names something else
+    FolderId ParseFolder(const void* bytes, size_t size) const;
+    MessageId ParseMessage(const SBinary& id) const;
+    /// Each identifier of a list; messages only.
+    std::vector<MessageId> ParseMessages(const ENTRYLIST* list) const;
+
+    const std::shared_ptr<const ComputedProperties>& Computed() const { return m_computed; }
+
+private:
+    std::shared_ptr<StoreFile> m_file;
+    MAPIUID m_uid{};
+    std::vector<BYTE> m_entryId;
+    std::shared_ptr<const ComputedProperties> m_computed;
+};
+
+/// What the store can do, as PR_STORE_SUPPORT_MASK says it.
+constexpr LONG StoreSupportMask = STORE_ENTRYID_UNIQUE | STORE_MODIFY_OK | STORE_CREATE_OK | STORE_ATTACH_OK |
+                                  STORE_OLE_OK | STORE_MV_PROPS_OK | STORE_RESTRICTION_OK | STORE_SORT_OK |
+                                  0x00040000 /* STORE_UNICODE_OK */;
+
+using StorePtr = std::shared_ptr<StoreContext>;
+
+/// True when `tags` has one with the identifier of `tag`.
+bool HasId(const std::vector<ULONG>& tags, ULONG tag);
+
+/// A text argument of a MAPI method: 16-bit when `flags` has MAPI_UNICODE, else narrow. Null gives an empty
+/// text.
+/// @return stored text (UTF-8)
+std::string TextArgument(const void* text, ULONG flags);
+
+} // namespace zebstore
