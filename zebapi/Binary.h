@@ -29,7 +29,8 @@ public:
     virtual bool IsValid() const;
     /// Holds a copy of `cb` bytes; `bytes` may be the object's own and may be null for 0 bytes.
     /// When the allocation fails the object is left empty.
-    /// @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY, MAPI_E_NOT_INITIALIZED
+    /// @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY, MAPI_E_NOT_INITIALIZED; MAPI_E_INVALID_PARAMETER for
+    /// a null `bytes` with a count, and the object is then as it was
     virtual void SetBinary(ULONG cb, void* bytes);
     /// SetBinary for an entry identifier.
     virtual void SetEntryId(ULONG cb, ENTRYID* id);

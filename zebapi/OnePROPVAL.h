@@ -189,6 +189,9 @@ public:
         return static_cast<T>(UseDefault(static_cast<zeb::IntegerAs<T>>(defaultValue)));
     }
 
+private:
+    bool HoldsError() const;
+
 protected:
     void* m_parent;      ///< the MAPI buffer that allocations are chained to; not owned
     SPropValue* m_value; ///< not owned by the view

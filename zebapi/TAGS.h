@@ -5,6 +5,7 @@
 #include "platform/mapi.h"
 
 #include <cstdarg>
+#include <cstdint>
 
 class CZebIProp;
 
@@ -58,6 +59,9 @@ public:
     void AddList(ULONG tag, va_list args);
 
 private:
+    /// Allocates for `more` tags than there are.
+    void Grow(std::uint64_t more);
+
     SPropTagArray* m_tags = nullptr; ///< owned
 };
 

@@ -1,0 +1,76 @@
+// Internal: reading a byte buffer from front to back, never beyond its end.
+#pragma once
+
+#include "framework/CString.h"
+#include "platform/mapi.h"
+
+#include <cstdint>
+#include <memory>
+
+namespace zeb
+{
+
+/// A small owned array; all zero at first.
+template <class T>
+class CSafeArray
+{
+public:
+    explicit CSafeArray(size_t count)
+        : m_items(new T[count]())
+    {
+    }
+    T* Get() const { return m_items.get(); }
+    T& operator[](size_t index) const { return m_items[index]; }
+
+private:
+    std::unique_ptr<T[]> m_items;
+};
+
+/// Reads integers (little-endian), bytes and text from a borrowed buffer, at any alignment.
+///
+/// No read goes past the end and none throws for want of bytes: one that does not fit gives zero or empty
+/// text and leaves the position, and with it its bytes, to the next read. Threads: none of its own.
+class CBinaryParser
+{
+public:
+    virtual ~CBinaryParser();
+    /// Bytes between the position and the end; 0 when the position was moved past it.
+    virtual std::uint64_t Remaining() const;
+    /// Moves the position on by `n` bytes, past the end if need be.
+    virtual void Advance(std::uint64_t n);
+    /// The position, counted from the start.
+    virtual std::uint64_t Offset() const;
+    /// The position in the buffer; its end when the position was moved past it.
+    virtual const BYTE* Current() const;
+    virtual std::uint8_t Read8();
+    virtual std::uint16_t Read16();
+    virtual std::uint32_t Read32();
+    virtual void Read64(std::uint64_t& value);
+    /// Copies `n` bytes to `destination`; does nothing when it is null or they do not fit.
+    virtual void ReadBytes(std::uint64_t n, void* destination);
+    /// Text up to and with its terminator; empty, and nothing consumed, when there is none in what is left.
+    virtual CStringA ReadStringA();
+    /// `n` characters, all of them consumed; the text ends at the first terminator among them.
+    virtual CStringA ReadStringA(std::uint64_t n);
+    virtual CStringW ReadStringW();
+    virtual CStringW ReadStringW(std::uint64_t n);
+
+    /// A null `start` counts as an empty buffer.
+    CBinaryParser(std::uint64_t size, const void* start);
+
+private:
+    void Fetch(std::uint64_t n, void* destination);
+    template <class T>
+    T Fetch();
+    template <class Char>
+    std::uint64_t TerminatedLength() const;
+    template <class Text>
+    Text FetchText(std::uint64_t n);
+
+    std::uint64_t m_size;
+    const BYTE* m_start;
+    const BYTE* m_end;
+    std::uint64_t m_offset = 0; ///< may lie past the end; never wraps round
+};
+
+} // namespace zeb

@@ -1,0 +1,77 @@
+#include "zebapi/Row.h"
+
+#include "zebapi/Exception.h"
+#include "zebapi/RealValue.h"
+
+CZebRow::CZebRow(SRow* row, void* base)
+    : m_base(base)
+    , m_row(row)
+{
+}
+
+CZebRow::CZebRow(const CZebRow& other) = default;
+
+CZebRow::~CZebRow() = default;
+
+CZebRow& CZebRow::operator=(const CZebRow& other) = default;
+
+void CZebRow::CheckValid() const
+{
+    if (m_row == nullptr)
+    {
+        CZebException::Throw(MAPI_E_BAD_VALUE, __FILE__, __LINE__);
+    }
+}
+
+int CZebRow::FindTag(ULONG propTag) const
+{
+    CheckValid();
+    return zeb::FindPropID(m_row->lpProps, m_row->cValues, propTag);
+}
+
+ULONG CZebRow::Count() const
+{
+    CheckValid();
+    return m_row->cValues;
+}
+
+ULONG CZebRow::TagAt(int index) const
+{
+    return m_row->lpProps[index].ulPropTag;
+}
+
+bool CZebRow::IsRealValueAt(int index) const
+{
+    return zeb::HasRealValue(m_row->lpProps[index]);
+}
+
+CZebOnePropVal CZebRow::GetAt(int index) const
+{
+    CheckValid();
+    if (index < 0 || static_cast<ULONG>(index) >= m_row->cValues)
+    {
+        CZebException::Throw(MAPI_E_UNEXPECTED_ID, __FILE__, __LINE__);
+    }
+    return CZebOnePropVal(m_row->lpProps + index, m_base);
+}
+
+CZebOnePropVal CZebRow::operator[](ULONG propTag) const
+{
+    const int index = FindTag(propTag);
+    if (index < 0)
+    {
+        CZebException::Throw(MAPI_E_UNEXPECTED_ID, __FILE__, __LINE__);
+    }
+    return CZebOnePropVal(m_row->lpProps + index, m_base);
+}
+
+bool CZebRow::IsExists(ULONG propTag) const
+{
+    return FindTag(propTag) >= 0;
+}
+
+bool CZebRow::hasRealValue(ULONG propTag) const
+{
+    const int index = FindTag(propTag);
+    return index >= 0 && IsRealValueAt(index);
+}

@@ -1,0 +1,171 @@
+#include "zebapi/Table.h"
+
+#include "zebapi/EntryPoints.h"
+#include "zebapi/Exception.h"
+#include "zebapi/TAGS.h"
+
+#include <cstdarg>
+#include <cstdint>
+
+CZebTable::CZebTable(IMAPITable* table)
+    : m_table(table)
+{
+}
+
+CZebTable::CZebTable(const CZebTable& other)
+{
+    *this = other;
+}
+
+CZebTable::~CZebTable()
+{
+    CZebTable::Free();
+}
+
+CZebTable& CZebTable::operator=(const CZebTable& other)
+{
+    zeb::Guarded(__FILE__, __LINE__,
+                 [&]
+                 {
+                     Free();
+                     m_table = other.m_table;
+                     if (!IsValid())
+                     {
+                         CZebException::Throw(E_NOINTERFACE, __FILE__, __LINE__);
+                     }
+                 });
+    return *this;
+}
+
+void CZebTable::Advise(IMAPIAdviseSink* sink, ULONG* connection)
+{
+    ThrowIfFailed(m_table->Advise(fnevTableModified, sink, connection), m_table, __FILE__, __LINE__);
+}
+
+void CZebTable::Unadvise(ULONG connection)
+{
+    ThrowIfFailed(m_table->Unadvise(connection), m_table, __FILE__, __LINE__);
+}
+
+bool CZebTable::IsValid() const
+{
+    return m_table.Get() != nullptr;
+}
+
+void CZebTable::SetColumns(ULONG count, ...)
+{
+    CZebPropTagArray columns;
+    va_list tags;
+    va_start(tags, count);
+    try
+    {
+        columns.Gather(count, tags);
+    }
+    catch (...)
+    {
+        va_end(tags);
+        throw;
+    }
+    va_end(tags);
+    SetColumns(static_cast<SPropTagArray*>(columns));
+}
+
+void CZebTable::SetColumns(SPropTagArray* columns)
+{
+    ThrowIfFailed(m_table->SetColumns(columns, 0), m_table, __FILE__, __LINE__);
+}
+
+void CZebTable::SortTable(SSortOrderSet* order)
+{
+    ThrowIfFailed(m_table->SortTable(order, 0), m_table, __FILE__, __LINE__);
+}
+
+void CZebTable::QueryRows(SRowSet** rows, LONG count, SRestriction* restriction, SSortOrderSet* order)
+{
+    if (count == 0)
+    {
+        if (restriction != nullptr)
+        {
+            Restrict(restriction, 0);
+        }
+        if (order != nullptr)
+        {
+            SortTable(order);
+        }
+        const ULONG all = GetRowCount();
+        if (all > INT32_MAX)
+        {
+            // It would read as a count of rows backwards.
+            CZebException::Throw(MAPI_E_TABLE_TOO_BIG, __FILE__, __LINE__);
+        }
+        count = static_cast<LONG>(all);
+    }
+    ThrowIfFailed(m_table->QueryRows(count, 0, rows), m_table, __FILE__, __LINE__);
+}
+
+void CZebTable::QueryAllRows(SRowSet** rows, SRestriction* restriction, SSortOrderSet* order)
+{
+    ThrowIfFailed(zeb::HrQueryAllRows(m_table.Checked(), nullptr, restriction, order, 0, rows), m_table,
+                  __FILE__, __LINE__);
+}
+
+ULONG CZebTable::CreateBookmark()
+{
+    BOOKMARK bookmark = 0;
+    ThrowIfFailed(m_table->CreateBookmark(&bookmark), m_table, __FILE__, __LINE__);
+    return static_cast<ULONG>(bookmark);
+}
+
+void CZebTable::FreeBookmark(ULONG bookmark)
+{
+    ThrowIfFailed(m_table->FreeBookmark(bookmark), m_table, __FILE__, __LINE__);
+}
+
+ULONG CZebTable::GetRowCount()
+{
+    ULONG count = 0;
+    ThrowIfFailed(m_table->GetRowCount(0, &count), m_table, __FILE__, __LINE__);
+    return count;
+}
+
+ULONG CZebTable::QueryPosition()
+{
+    ULONG row = 0;
+    ULONG numerator = 0;
+    ULONG denominator = 0;
+    ThrowIfFailed(m_table->QueryPosition(&row, &numerator, &denominator), m_table, __FILE__, __LINE__);
+    return row;
+}
+
+void CZebTable::SeekRow(ULONG origin, LONG rowCount, LONG* rowsSought)
+{
+    ThrowIfFailed(m_table->SeekRow(origin, rowCount, rowsSought), m_table, __FILE__, __LINE__);
+}
+
+bool CZebTable::FindRow(SRestriction* restriction, ULONG origin, ULONG flags)
+{
+    try
+    {
+        ThrowIfFailed(m_table->FindRow(restriction, origin, flags), m_table, __FILE__, __LINE__);
+        return true;
+    }
+    catch (CZebException* e)
+    {
+        if (e->GetResult() != MAPI_E_NOT_FOUND)
+        {
+            throw;
+        }
+        e->Delete();
+        return false;
+    }
+}
+
+void CZebTable::Restrict(SRestriction* restriction, ULONG flags)
+{
+    ThrowIfFailed(m_table->Restrict(restriction, flags), m_table, __FILE__, __LINE__);
+}
+
+void CZebTable::Free()
+{
+    zeb::Guarded(__FILE__, __LINE__, [&] { m_table.Release(); });
+}
