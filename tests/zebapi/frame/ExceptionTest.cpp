@@ -1,0 +1,389 @@
+#include "zebapi/Exception.h"
+
+#include "tests/support/LogCapture.h"
+#include "tests/support/MapiMemory.h"
+#include "tests/zebapi/frame/ErrorObject.h"
+#include "tests/zebapi/frame/FailingNew.h"
+#include "zebapi/tables/ErrorNames.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <set>
+
+namespace zeb::test
+{
+
+namespace
+{
+
+using ::testing::ElementsAre;
+
+struct Deleter
+{
+    void operator()(CException* exception) const { exception->Delete(); }
+};
+using Caught = std::unique_ptr<CZebException, Deleter>;
+
+/// What `body` throws; null and a failed test when it throws nothing.
+template <class Body>
+Caught Catch(Body&& body)
+{
+    try
+    {
+        body();
+    }
+    catch (CZebException* exception)
+    {
+        return Caught(exception);
+    }
+    ADD_FAILURE() << "nothing was thrown";
+    return nullptr;
+}
+
+std::string Description(CException* exception)
+{
+    return std::string(Zeb_GetExceptionDescription(exception));
+}
+
+constexpr LONG NotFound = static_cast<LONG>(0x8004010F);
+constexpr LONG Unknown = static_cast<LONG>(0x80001234);
+
+} // namespace
+
+TEST(ThrowIfFailed, ReturnsSuccessAndWarningsUnchanged)
+{
+    LogCapture log;
+    EXPECT_EQ(ThrowIfFailed(0, "x", 1), 0);
+    EXPECT_EQ(ThrowIfFailed(1, "x", 1), 1);
+    EXPECT_EQ(ThrowIfFailed(MAPI_W_ERRORS_RETURNED, "x", 1), MAPI_W_ERRORS_RETURNED);
+    EXPECT_TRUE(log.Lines().empty());
+}
+
+TEST(ThrowIfFailed, ThrowsTheResultByNameAndLogsOneLine)
+{
+    LogCapture log;
+    Caught caught = Catch([] { ThrowIfFailed(NotFound, "x", 12); });
+    EXPECT_EQ(caught->GetResult(), NotFound);
+    EXPECT_EQ(Description(caught.get()), "MAPI_E_NOT_FOUND");
+    EXPECT_THAT(log.Lines(),
+                ElementsAre(Line(1, "THROW Exception 0x8004010f (MAPI_E_NOT_FOUND), File x, line 12")));
+}
+
+TEST(ThrowIfFailed, IsCaughtAsEachOfItsBases)
+{
+    EXPECT_NO_THROW(
+        try { ThrowIfFailed(NotFound, nullptr, 0); } catch (CException* e) { e->Delete(); });
+    EXPECT_NO_THROW(
+        try { ThrowIfFailed(NotFound, nullptr, 0); } catch (CObject* e) { delete e; });
+}
+
+TEST(ThrowIfFailed, GivesAnUnknownCodeInUpperCaseHexadecimal)
+{
+    LogCapture log;
+    Caught caught = Catch([] { ThrowIfFailed(Unknown, "file", 3); });
+    EXPECT_EQ(Description(caught.get()), "0x80001234");
+    EXPECT_THAT(log.Lines(),
+                ElementsAre(Line(1, "THROW Exception 0x80001234 (0x80001234), File file, line 3")));
+
+    Caught letters = Catch([] { ThrowIfFailed(static_cast<LONG>(0xDEADBEEF), "file", 4); });
+    EXPECT_EQ(Description(letters.get()), "0xDEADBEEF");
+    EXPECT_EQ(log.Texts().back(), "THROW Exception 0xdeadbeef (0xDEADBEEF), File file, line 4");
+}
+
+TEST(ThrowIfFailed, WithoutAFileLogsNothing)
+{
+    LogCapture log;
+    Catch([] { ThrowIfFailed(NotFound, nullptr, 12); });
+    EXPECT_TRUE(log.Lines().empty());
+}
+
+TEST(ThrowIfFailed, RethrowingAddsNoLine)
+{
+    LogCapture log;
+    Catch(
+        []
+        {
+            try
+            {
+                ThrowIfFailed(NotFound, "x", 1);
+            }
+            catch (...)
+            {
+                throw;
+            }
+        });
+    EXPECT_EQ(log.Lines().size(), 1u);
+}
+
+TEST(ThrowIfFailed, AsksTheObjectForItsExtendedErrorOfThisResultInEightBitTexts)
+{
+    MapiMemory memory;
+    LogCapture log;
+    ErrorObject object;
+    object.error = memory.NewMapiError(1, "disk 100% full", "zeb", 7, 9);
+    Caught caught = Catch([&] { ThrowIfFailed(NotFound, &object, "x", 5); });
+    EXPECT_EQ(object.calls, 1);
+    EXPECT_EQ(object.askedFor, NotFound);
+    EXPECT_EQ(object.askedFlags, 0u);
+    EXPECT_EQ(Description(caught.get()),
+              "Ver:1, Error:disk 100% full, Component:zeb, LowLewelError:7, Context:9 \n");
+    EXPECT_THAT(log.Lines(),
+                ElementsAre(Line(1, "THROW Exception 0x8004010f (Ver:1, Error:disk 100% full, "
+                                    "Component:zeb, LowLewelError:7, Context:9 \n), File x, line 5")));
+    EXPECT_TRUE(memory.IsRoot(object.error)) << "the extended error is not freed";
+}
+
+TEST(ThrowIfFailed, DoesNotAskTheObjectAfterSuccess)
+{
+    ErrorObject object;
+    EXPECT_EQ(ThrowIfFailed(S_FALSE, &object, "x", 1), S_FALSE);
+    EXPECT_EQ(object.calls, 0);
+}
+
+TEST(ThrowIfFailed, PrintsMissingTextsOfTheExtendedErrorAsNull)
+{
+    MapiMemory memory;
+    ErrorObject object;
+    object.error = memory.NewMapiError(0, nullptr, nullptr, 0xFFFFFFFF, 0);
+    Caught caught = Catch([&] { ThrowIfFailed(NotFound, &object, nullptr, 0); });
+    EXPECT_EQ(Description(caught.get()),
+              "Ver:0, Error:(null), Component:(null), LowLewelError:-1, Context:0 \n");
+}
+
+TEST(ThrowIfFailed, TheReturnedErrorAloneDecidesNotTheObjectsResult)
+{
+    MapiMemory memory;
+    ErrorObject failing;
+    failing.answer = MAPI_E_NO_SUPPORT;
+    failing.error = memory.NewMapiError(1, "kept", "zeb", 0, 0);
+    Caught extended = Catch([&] { ThrowIfFailed(NotFound, &failing, nullptr, 0); });
+    EXPECT_EQ(Description(extended.get()), "Ver:1, Error:kept, Component:zeb, LowLewelError:0, Context:0 \n");
+
+    ErrorObject silent;
+    Caught plain = Catch([&] { ThrowIfFailed(NotFound, &silent, nullptr, 0); });
+    EXPECT_EQ(silent.calls, 1);
+    EXPECT_EQ(Description(plain.get()), "MAPI_E_NOT_FOUND");
+}
+
+TEST(ThrowIfFailed, WithANullObjectNamesTheResult)
+{
+    Caught raw = Catch([] { ThrowIfFailed(NotFound, static_cast<IMAPISession*>(nullptr), nullptr, 0); });
+    EXPECT_EQ(Description(raw.get()), "MAPI_E_NOT_FOUND");
+    Caught counted = Catch([] { ThrowIfFailed(NotFound, CComPtr<IMAPITable>(), nullptr, 0); });
+    EXPECT_EQ(Description(counted.get()), "MAPI_E_NOT_FOUND");
+}
+
+TEST(ThrowIfFailed, OutOfMemoryForTheExceptionThrowsOneThatWasKept)
+{
+    LogCapture log;
+    for (int after = 0; after < 8; ++after)
+    {
+        Caught caught = Catch(
+            [after]
+            {
+                FailingNew failing(after);
+                ThrowIfFailed(NotFound, nullptr, 0);
+            });
+        ASSERT_NE(caught, nullptr);
+        if (caught->GetResult() == NotFound)
+        {
+            ASSERT_GT(after, 0) << "with no memory at all the exception was made anew";
+            return;
+        }
+        EXPECT_EQ(caught->GetResult(), MAPI_E_NOT_ENOUGH_MEMORY);
+        EXPECT_EQ(Description(caught.get()), "MAPI_E_NOT_ENOUGH_MEMORY");
+    }
+    FAIL() << "never had enough memory";
+}
+
+TEST(ThrowIfFailed, TheKeptExceptionSurvivesItsDeletion)
+{
+    for (int round = 0; round < 2; ++round)
+    {
+        ErrorObject object;
+        Caught caught = Catch(
+            [&object]
+            {
+                FailingNew failing;
+                ThrowIfFailed(NotFound, &object, nullptr, 0);
+            });
+        ASSERT_NE(caught, nullptr);
+        EXPECT_EQ(Description(caught.get()), "MAPI_E_NOT_ENOUGH_MEMORY");
+    }
+}
+
+TEST(Exception, ItsClassRecordNamesItAndItsBase)
+{
+    Caught exception(new CZebException(NotFound, nullptr, 0));
+    EXPECT_STREQ(exception->GetRuntimeClass()->m_lpszClassName, "CZebException");
+    EXPECT_TRUE(exception->IsKindOf(RUNTIME_CLASS(CZebException)));
+    EXPECT_TRUE(exception->IsKindOf(RUNTIME_CLASS(CException)));
+    EXPECT_TRUE(exception->IsKindOf(RUNTIME_CLASS(CObject)));
+    EXPECT_TRUE(CZebException::GetThisClass()->m_pfnGetBaseClass()->IsSameClass(RUNTIME_CLASS(CException)));
+}
+
+TEST(Exception, MessageIsCutWithoutATerminatorWhereTheBufferIsTooShort)
+{
+    Caught exception(new CZebException(NotFound, nullptr, 0));
+    char buffer[8];
+    std::memset(buffer, '#', sizeof buffer);
+    EXPECT_TRUE(exception->GetErrorMessage(buffer, 6, nullptr));
+    EXPECT_EQ(std::string(buffer, sizeof buffer), "MAPI_E##");
+}
+
+TEST(Exception, MessageThatFillsTheBufferExactlyHasNoTerminator)
+{
+    Caught exception(new CZebException(NotFound, nullptr, 0));
+    const std::string text = "MAPI_E_NOT_FOUND";
+    std::string buffer(text.size() + 2, '#');
+    exception->GetErrorMessage(buffer.data(), static_cast<unsigned int>(text.size()), nullptr);
+    EXPECT_EQ(buffer, text + "##");
+    exception->GetErrorMessage(buffer.data(), static_cast<unsigned int>(text.size() + 1), nullptr);
+    EXPECT_EQ(buffer, text + '\0' + '#');
+}
+
+TEST(Exception, MessageClearsTheHelpContextAndWritesNothingForNoRoom)
+{
+    Caught exception(new CZebException(NotFound, nullptr, 0));
+    unsigned int helpContext = 77;
+    char buffer[1] = {'#'};
+    EXPECT_TRUE(exception->GetErrorMessage(buffer, 0, &helpContext));
+    EXPECT_EQ(helpContext, 0u);
+    EXPECT_EQ(buffer[0], '#');
+}
+
+TEST(Exception, DescriptionOfALongErrorIsCutAt1024BytesAndTerminated)
+{
+    MapiMemory memory;
+    ErrorObject object;
+    object.error = memory.NewMapiError(1, std::string(3000, 'e').c_str(), "zeb", 0, 0);
+    Caught caught = Catch([&] { ThrowIfFailed(NotFound, &object, nullptr, 0); });
+    const std::string head = "Ver:1, Error:";
+    EXPECT_EQ(Description(caught.get()), head + std::string(1024 - head.size(), 'e'));
+}
+
+TEST(Exception, DescriptionWorksForAnyFrameworkException)
+{
+    class Other : public CException
+    {
+    public:
+        BOOL GetErrorMessage(char* buffer, unsigned int maxChars, unsigned int* helpContext) override
+        {
+            EXPECT_EQ(maxChars, 1024u);
+            EXPECT_EQ(helpContext, nullptr);
+            EXPECT_EQ(std::string(buffer, maxChars), std::string(1024, '\0'));
+            std::memcpy(buffer, "other", 5);
+            return TRUE;
+        }
+    };
+    Other other;
+    EXPECT_EQ(Description(&other), "other");
+}
+
+TEST(ErrorNames, EveryRowGivesItsNameOnce)
+{
+    ASSERT_EQ(ErrorNameCount, 67u);
+    std::set<std::string> names;
+    for (size_t i = 0; i < ErrorNameCount; ++i)
+    {
+        const ErrorName& row = ErrorNames[i];
+        Caught exception(new CZebException(static_cast<LONG>(row.code), nullptr, 0));
+        EXPECT_EQ(Description(exception.get()), row.name);
+        EXPECT_TRUE(names.insert(row.name).second) << row.name;
+        EXPECT_EQ(std::string(row.name, 7), row.name[5] == 'W' ? "MAPI_W_" : "MAPI_E_");
+        EXPECT_EQ(static_cast<LONG>(row.code) < 0, row.name[5] == 'E') << row.name;
+    }
+}
+
+TEST(ErrorNames, HaveThePublishedValues)
+{
+    const auto codeOf = [](const std::string& name)
+    {
+        for (size_t i = 0; i < ErrorNameCount; ++i)
+        {
+            if (name == ErrorNames[i].name)
+            {
+                return ErrorNames[i].code;
+            }
+        }
+        return ULONG(0);
+    };
+    EXPECT_EQ(codeOf("MAPI_E_CALL_FAILED"), 0x80004005u);
+    EXPECT_EQ(codeOf("MAPI_E_NOT_ENOUGH_MEMORY"), 0x8007000Eu);
+    EXPECT_EQ(codeOf("MAPI_E_INVALID_PARAMETER"), 0x80070057u);
+    EXPECT_EQ(codeOf("MAPI_E_INTERFACE_NOT_SUPPORTED"), 0x80004002u);
+    EXPECT_EQ(codeOf("MAPI_E_NO_ACCESS"), 0x80070005u);
+    EXPECT_EQ(codeOf("MAPI_E_NO_SUPPORT"), 0x80040102u);
+    EXPECT_EQ(codeOf("MAPI_E_VERSION"), 0x80040110u);
+    EXPECT_EQ(codeOf("MAPI_W_NO_SERVICE"), 0x00040203u);
+    EXPECT_EQ(codeOf("MAPI_E_INVALID_TYPE"), 0x80040302u);
+    EXPECT_EQ(codeOf("MAPI_W_ERRORS_RETURNED"), 0x00040380u);
+    EXPECT_EQ(codeOf("MAPI_E_NOT_INITIALIZED"), 0x80040605u);
+    EXPECT_EQ(codeOf("MAPI_W_PARTIAL_COMPLETION"), 0x00040680u);
+    EXPECT_EQ(codeOf("MAPI_E_AMBIGUOUS_RECIP"), 0x80040700u);
+    EXPECT_STREQ(ErrorNames[0].name, "MAPI_E_CALL_FAILED");
+    EXPECT_STREQ(ErrorNames[66].name, "MAPI_E_AMBIGUOUS_RECIP");
+    static_assert(sizeof(ErrorName) == 52, "a code and 48 characters");
+}
+
+TEST(Guarded, SaysWhetherTheBodyEnded)
+{
+    LogCapture log;
+    bool ran = false;
+    EXPECT_TRUE(Guarded("site", 1, [&ran] { ran = true; }));
+    EXPECT_TRUE(ran);
+    EXPECT_TRUE(log.Lines().empty());
+}
+
+TEST(Guarded, LogsAndDeletesAFrameworkException)
+{
+    LogCapture log;
+    EXPECT_FALSE(Guarded("site", 21, [] { ThrowIfFailed(NotFound, "x", 12); }));
+    EXPECT_THAT(
+        log.Lines(),
+        ElementsAre(Line(1, "THROW Exception 0x8004010f (MAPI_E_NOT_FOUND), File x, line 12"),
+                    Line(1, "EXCEPTION: Description: \"MAPI_E_NOT_FOUND\", File: \"site\", Line: 21")));
+
+    struct Counted : CException
+    {
+        explicit Counted(int& deleted)
+            : m_deleted(deleted)
+        {
+        }
+        ~Counted() override { ++m_deleted; }
+        int& m_deleted;
+    };
+    int deleted = 0;
+    EXPECT_FALSE(Guarded("site", 22, [&deleted] { throw static_cast<CException*>(new Counted(deleted)); }));
+    EXPECT_EQ(deleted, 1);
+    EXPECT_EQ(log.Texts().back(), "EXCEPTION: Description: \"\", File: \"site\", Line: 22");
+}
+
+TEST(Guarded, LogsAComErrorWithItsResult)
+{
+    LogCapture log;
+    EXPECT_FALSE(Guarded("site", 3, [] { RaiseComError(E_POINTER); }));
+    EXPECT_THAT(log.Lines(),
+                ElementsAre(Line(1, "EXCEPTION: _com_error: 0x80004003, File: \"site\", Line: 3")));
+}
+
+TEST(Guarded, LogsAnythingElseAsUnknown)
+{
+    LogCapture log;
+    EXPECT_FALSE(Guarded("a%sb", 4, [] { throw 42; }));
+    EXPECT_FALSE(Guarded("site", 5, [] { throw std::runtime_error("text"); }));
+    EXPECT_THAT(log.Lines(),
+                ElementsAre(Line(1, "EXCEPTION: Description: <Unknown>, File: \"a%sb\", Line: 4"),
+                            Line(1, "EXCEPTION: Description: <Unknown>, File: \"site\", Line: 5")));
+}
+
+TEST(Guarded, NothingLeavesItWhenThereIsNoMemoryForTheLine)
+{
+    auto exception = std::make_unique<CZebException>(NotFound, nullptr, 0);
+    FailingNew failing;
+    EXPECT_FALSE(Guarded("site", 6, [&exception] { throw static_cast<CException*>(exception.release()); }));
+}
+
+} // namespace zeb::test

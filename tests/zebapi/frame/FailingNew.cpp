@@ -1,0 +1,53 @@
+#include "tests/zebapi/frame/FailingNew.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace
+{
+
+thread_local int newsLeft = -1; ///< -1: none fails
+
+} // namespace
+
+namespace zeb::test
+{
+
+FailingNew::FailingNew(int after)
+{
+    newsLeft = after;
+}
+
+FailingNew::~FailingNew()
+{
+    newsLeft = -1;
+}
+
+} // namespace zeb::test
+
+void* operator new(size_t size)
+{
+    if (newsLeft == 0)
+    {
+        throw std::bad_alloc();
+    }
+    if (newsLeft > 0)
+    {
+        --newsLeft;
+    }
+    if (void* block = std::malloc(size != 0 ? size : 1))
+    {
+        return block;
+    }
+    throw std::bad_alloc();
+}
+
+void operator delete(void* block) noexcept
+{
+    std::free(block);
+}
+
+void operator delete(void* block, size_t) noexcept
+{
+    std::free(block);
+}
