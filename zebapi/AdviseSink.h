@@ -65,6 +65,7 @@ public:
 
 private:
     class Deliveries;
+    void Deliver(TABLE_NOTIFICATION* notification);
 
     std::atomic<ULONG> m_references{1};
     CAdviseSinkDelegate* m_delegate; // guarded by m_deliveries

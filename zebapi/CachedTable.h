@@ -71,7 +71,6 @@ public:
 
 private:
     void ReadWindow(ULONG start);
-    CZebRow CachedRow(ULONG offset);
 
     std::atomic<ULONG> m_firstRow;
     ULONG m_batch;

@@ -1,0 +1,221 @@
+#include "zebapi/CachedTable.h"
+
+#include "platform/messages.h"
+#include "zebapi/Exception.h"
+
+#include <climits>
+
+namespace
+{
+
+constexpr ULONG NoRow = 0xFFFFFFFF;
+constexpr ULONG BatchSize = 25;
+
+// The table whose notification this thread is handling. Its rows stay then: the reading thread may look at them.
+thread_local const CZebCachedTable* t_notified = nullptr;
+
+class NotificationScope
+{
+public:
+    explicit NotificationScope(const CZebCachedTable* table)
+        : m_outer(t_notified)
+    {
+        t_notified = table;
+    }
+    ~NotificationScope() { t_notified = m_outer; }
+    NotificationScope(const NotificationScope&) = delete;
+    NotificationScope& operator=(const NotificationScope&) = delete;
+
+private:
+    const CZebCachedTable* m_outer;
+};
+
+bool ChangesRows(ULONG event)
+{
+    return (event >= TABLE_CHANGED && event <= TABLE_ROW_MODIFIED) || event == TABLE_RELOAD;
+}
+
+} // namespace
+
+CZebCachedTable::CZebCachedTable(IMAPITable* table)
+    : CZebTable(table)
+    , m_firstRow(NoRow)
+    , m_batch(BatchSize)
+{
+    CZebCachedTable::Bind();
+}
+
+CZebCachedTable::CZebCachedTable(const CZebTable& table)
+    : CZebTable(table)
+    , m_firstRow(NoRow)
+    , m_batch(BatchSize)
+{
+}
+
+CZebCachedTable::CZebCachedTable(const CZebCachedTable& other)
+    : CZebTable(other)
+    , CAdviseSinkDelegate(other)
+    , m_firstRow(other.m_firstRow.load())
+    , m_batch(other.m_batch)
+    , m_cache(other.m_cache)
+    , m_binder(other.m_binder)
+    , m_window(other.m_window.load())
+{
+}
+
+CZebCachedTable& CZebCachedTable::operator=(const CZebCachedTable& other)
+{
+    CZebTable::operator=(other);
+    m_firstRow = other.m_firstRow.load();
+    m_batch = other.m_batch;
+    m_cache = other.m_cache;
+    m_binder = other.m_binder;
+    m_window = other.m_window.load();
+    return *this;
+}
+
+CZebCachedTable::~CZebCachedTable()
+{
+    CZebCachedTable::Free();
+}
+
+CZebTable& CZebCachedTable::operator=(const CZebTable& table)
+{
+    Unbind();
+    EmptyCache();
+    CZebTable::operator=(table);
+    Bind();
+    return *this;
+}
+
+void CZebCachedTable::SortTable(SSortOrderSet* order)
+{
+    EmptyCache();
+    CZebTable::SortTable(order);
+}
+
+void CZebCachedTable::SeekRow(ULONG origin, LONG rowCount, LONG* rowsSought)
+{
+    EmptyCache();
+    CZebTable::SeekRow(origin, rowCount, rowsSought);
+}
+
+bool CZebCachedTable::FindRow(SRestriction* restriction, ULONG origin, ULONG flags)
+{
+    EmptyCache();
+    return CZebTable::FindRow(restriction, origin, flags);
+}
+
+void CZebCachedTable::Restrict(SRestriction* restriction, ULONG flags)
+{
+    EmptyCache();
+    CZebTable::Restrict(restriction, flags);
+}
+
+void CZebCachedTable::Free()
+{
+    Unbind();
+    EmptyCache();
+    zeb::Guarded(__FILE__, __LINE__, [&] { m_table.Release(); });
+}
+
+void CZebCachedTable::Bind()
+{
+    Unbind();
+    if (IsValid())
+    {
+        zeb::Guarded(__FILE__, __LINE__, [&] { m_binder = new CAdviseSinkBinder(this, this); });
+    }
+}
+
+void CZebCachedTable::Unbind()
+{
+    delete m_binder;
+    m_binder = nullptr;
+}
+
+void CZebCachedTable::EmptyCache()
+{
+    {
+        const CSingleLock lock(&m_lock, true);
+        m_firstRow = NoRow;
+        if (t_notified == this)
+        {
+            ++m_generation;
+            return;
+        }
+    }
+    zeb::Guarded(__FILE__, __LINE__, [&] { m_cache.Empty(); });
+}
+
+void CZebCachedTable::SetOwnerWindow(HWND window)
+{
+    m_window = window;
+}
+
+CZebRow CZebCachedTable::operator[](ULONG index)
+{
+    // Seeking counts in LONG.
+    if (index >= GetRowCount() || index > INT_MAX)
+    {
+        CZebException::Throw(E_INVALIDARG, __FILE__, __LINE__);
+    }
+    const ULONG first = m_firstRow;
+    if (first != NoRow && index >= first && index - first < m_cache.Count())
+    {
+        return m_cache[index - first];
+    }
+    const ULONG start = index > m_batch ? index - m_batch : 0;
+    ReadWindow(start);
+    try
+    {
+        if (index - start < m_cache.Count())
+        {
+            return m_cache[index - start];
+        }
+    }
+    catch (...)
+    {
+        EmptyCache();
+        throw;
+    }
+    CZebException::Throw(MAPI_E_NOT_FOUND, __FILE__, __LINE__);
+}
+
+void CZebCachedTable::ReadWindow(ULONG start)
+{
+    ULONG generation = 0;
+    {
+        const CSingleLock lock(&m_lock, true);
+        generation = m_generation;
+    }
+    try
+    {
+        SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(start), nullptr);
+        QueryRows(&m_cache, static_cast<LONG>(m_batch * 2), nullptr, nullptr);
+    }
+    catch (...)
+    {
+        EmptyCache();
+        throw;
+    }
+    // Rows read while a notification came may be of either state: they are given out once and not kept.
+    const CSingleLock lock(&m_lock, true);
+    m_firstRow = generation == m_generation ? start : NoRow;
+}
+
+void CZebCachedTable::OnTable_Modified(TABLE_NOTIFICATION* notification)
+{
+    if (!ChangesRows(notification->ulTableEvent))
+    {
+        return;
+    }
+    {
+        const NotificationScope scope(this);
+        EmptyCache();
+    }
+    if (const HWND window = m_window)
+    {
+        zeb::platform::PostWindowMessage(window, WM_CACHED_TABLE_CHANGED, 0, 0);
+    }
+}

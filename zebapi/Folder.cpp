@@ -1,0 +1,296 @@
+#include "zebapi/Folder.h"
+
+#include "zebapi/BinArray.h"
+#include "zebapi/Exception.h"
+#include "zebapi/OpenEntry.h"
+#include "zebapi/PROPVALArray.h"
+#include "zebapi/Restrict.h"
+#include "zebapi/RowSet.h"
+#include "zebapi/SESSION.h"
+#include "zebapi/TAGS.h"
+
+#include <cstdarg>
+#include <cstring>
+#include <iterator>
+
+namespace
+{
+
+// The system's code for an element that was not found: positive, and so never thrown by a check.
+constexpr LONG ElementNotFound = 1168;
+constexpr ULONG SaveFlags = KEEP_OPEN_READWRITE | FORCE_SAVE;
+constexpr ULONG PR_HIDDEN_FOLDER = PROP_TAG(PT_BOOLEAN, 0x10F4);
+const char InfoSubject[] = "QorInfo";
+const char InfoClass[] = "IPM.Note.QorInfo";
+
+/// The entry identifier of the first row whose text property equals `text`; the table keeps columns and restriction.
+/// @throws CZebException* 1168 when there is none
+template <class Char>
+CZebBinary FindByString(CZebTable table, ULONG tag, const Char* text)
+{
+    table.SetColumns(2, PR_ENTRYID, tag);
+    CZebRestrictionAllocator filter;
+    filter.Allocate();
+    filter.CreateProp(tag, RELOP_EQ) = text;
+    table.Restrict(filter, 0);
+    CZebRowSet rows;
+    table.QueryRows(&rows, 1, nullptr, nullptr);
+    if (!rows.IsValid())
+    {
+        CZebException::Throw(ElementNotFound, __FILE__, __LINE__);
+    }
+    return CZebBinary(rows[0][PR_ENTRYID].operator const SBinary&());
+}
+
+/// IMAPIFolder::CopyMessages. Some compilers' headers declare its window with 32 bits, while providers read 64; the
+/// upper half of such an argument would be whatever the stack held.
+HRESULT CopyMessagesOf(IMAPIFolder* folder, SBinaryArray* list, const IID* destInterface, IMAPIFolder* dest,
+                       ULONG_PTR window, IMAPIProgress* progress, ULONG flags)
+{
+    using Method = HRESULT(STDMETHODCALLTYPE*)(IMAPIFolder*, LPENTRYLIST, LPCIID, LPVOID, ULONG_PTR,
+                                               LPMAPIPROGRESS, ULONG);
+    // IUnknown has 3 slots, IMAPIProp 11, IMAPIContainer 5, and CreateMessage comes first.
+    constexpr size_t Slot = 3 + 11 + 5 + 1;
+    const unsigned char* slots = nullptr;
+    std::memcpy(&slots, static_cast<void*>(folder), sizeof(slots));
+    Method method = nullptr;
+    std::memcpy(&method, slots + Slot * sizeof(Method), sizeof(method));
+    return method(folder, list, destInterface, dest, window, progress, flags);
+}
+
+SPropValue Text(ULONG tag, const char* text)
+{
+    SPropValue value = {};
+    value.ulPropTag = tag;
+    value.Value.lpszA = const_cast<char*>(text);
+    return value;
+}
+
+} // namespace
+
+CZebFolder::CZebFolder(IMAPIProp* prop)
+    : CZebContainer(prop)
+{
+}
+
+CZebFolder::CZebFolder(const CZebFolder& other)
+    : CZebContainer(nullptr)
+{
+    CZebFolder::operator=(other);
+}
+
+const GUID* CZebFolder::GetInterfaceCIID()
+{
+    return &IID_IMAPIFolder;
+}
+
+ULONG CZebFolder::GetMAPIType()
+{
+    return MAPI_FOLDER;
+}
+
+CComPtr<IMAPIFolder> CZebFolder::GetFolder()
+{
+    return QueryFor<IMAPIFolder>(IID_IMAPIFolder);
+}
+
+CZebFolder& CZebFolder::operator=(const CZebFolder& other)
+{
+    CZebContainer::operator=(other);
+    return *this;
+}
+
+CZebFolder CZebFolder::CreateFolder(const char* name, bool hidden, bool save, ULONG flags,
+                                    const char* comment, ULONG folderType)
+{
+    CZebFolder result;
+    if (flags == OPEN_IF_EXISTS &&
+        zeb::Guarded(__FILE__, __LINE__, [&] { result = OpenFolderByNameA(name); }))
+    {
+        return result;
+    }
+    CComPtr<IMAPIFolder> folder = GetFolder();
+    CComPtr<IMAPIFolder> created;
+    ThrowIfFailed(folder->CreateFolder(folderType, const_cast<char*>(name), const_cast<char*>(comment),
+                                       &IID_IMAPIFolder, flags, created.Put()),
+                  folder, __FILE__, __LINE__);
+    zeb::RequireObject(static_cast<bool>(created), __FILE__, __LINE__);
+    result = CZebFolder(created.Get());
+    if (hidden)
+    {
+        CZebPropValArray values(1);
+        values[PR_HIDDEN_FOLDER] = true;
+        result.SetProps(values, false, nullptr);
+    }
+    if (save)
+    {
+        result.SaveChanges(SaveFlags);
+    }
+    return result;
+}
+
+CZebBinary CZebFolder::GetFolderEntryIdByNameA(const char* name)
+{
+    return FindByString(GetHierarchyTable(MAPI_DEFERRED_ERRORS), PR_DISPLAY_NAME_A, name);
+}
+
+CZebBinary CZebFolder::GetFolderEntryIdByNameW(const WCHAR* name)
+{
+    return FindByString(GetHierarchyTable(MAPI_DEFERRED_ERRORS), PR_DISPLAY_NAME_W, name);
+}
+
+CZebBinary CZebFolder::GetFolderEntryIdByName(const char* name)
+{
+    return GetFolderEntryIdByNameA(name);
+}
+
+CZebFolder CZebFolder::OpenFolderByNameA(const char* name)
+{
+    CZebFolder folder;
+    OpenEntry(GetFolderEntryIdByNameA(name), folder, MAPI_BEST_ACCESS);
+    return folder;
+}
+
+CZebFolder CZebFolder::OpenFolderByNameW(const WCHAR* name)
+{
+    CZebFolder folder;
+    OpenEntry(GetFolderEntryIdByNameW(name), folder, MAPI_BEST_ACCESS);
+    return folder;
+}
+
+CZebFolder CZebFolder::OpenFolderByName(const char* name)
+{
+    return OpenFolderByNameA(name);
+}
+
+void CZebFolder::DeleteFolder(const SBinary& entryID, HWND parent, ULONG flags, IMAPIProgress* progress)
+{
+    CComPtr<IMAPIFolder> folder = GetFolder();
+    ThrowIfFailed(
+        folder->DeleteFolder(entryID.cb, zeb::EntryID(entryID), zeb::UIParam(parent), progress, flags),
+        folder, __FILE__, __LINE__);
+}
+
+void CZebFolder::DeleteMessages(SBinaryArray* list, HWND parent, ULONG flags, IMAPIProgress* progress)
+{
+    CComPtr<IMAPIFolder> folder = GetFolder();
+    ThrowIfFailed(folder->DeleteMessages(list, zeb::UIParam(parent), progress, flags), folder, __FILE__,
+                  __LINE__);
+}
+
+void CZebFolder::DeleteMessage(const SBinary& entryID)
+{
+    CZebBinArray list(entryID);
+    DeleteMessages(list, nullptr, 0, nullptr);
+}
+
+void CZebFolder::CopyMessages(SBinaryArray* list, CZebFolder& dest, ULONG flags, HWND parent,
+                              IMAPIProgress* progress)
+{
+    CComPtr<IMAPIFolder> folder = GetFolder();
+    CComPtr<IMAPIFolder> target = dest.GetFolder();
+    ThrowIfFailed(CopyMessagesOf(folder.Checked(), list, dest.GetInterfaceCIID(), target.Checked(),
+                                 zeb::UIParam(parent), progress, flags),
+                  folder, __FILE__, __LINE__);
+}
+
+void CZebFolder::CopyMessage(const SBinary& entryID, CZebFolder& dest, ULONG flags)
+{
+    CZebBinArray list(entryID);
+    CopyMessages(list, dest, flags, nullptr, nullptr);
+}
+
+void CZebFolder::MoveMessages(SBinaryArray* list, CZebFolder& dest, ULONG flags, HWND parent,
+                              IMAPIProgress* progress)
+{
+    CopyMessages(list, dest, flags | MESSAGE_MOVE, parent, progress);
+}
+
+void CZebFolder::MoveMessage(const SBinary& entryID, CZebFolder& dest, ULONG flags)
+{
+    CopyMessage(entryID, dest, flags | MESSAGE_MOVE);
+}
+
+void CZebFolder::EmptyFolder(HWND parent, ULONG flags, IMAPIProgress* progress)
+{
+    CComPtr<IMAPIFolder> folder = GetFolder();
+    ThrowIfFailed(folder->EmptyFolder(zeb::UIParam(parent), progress, flags), folder, __FILE__, __LINE__);
+}
+
+CZebMessage CZebFolder::CreateMessage(CZebPropValArray& props, bool save, ULONG flags)
+{
+    CZebMessage message = CreateMessage(flags);
+    message.SetProps(props, save, nullptr);
+    if (save)
+    {
+        SaveChanges(SaveFlags);
+    }
+    return message;
+}
+
+CZebMessage CZebFolder::CreateMessage(ULONG flags)
+{
+    CComPtr<IMAPIFolder> folder = GetFolder();
+    CComPtr<IMessage> message;
+    ThrowIfFailed(folder->CreateMessage(nullptr, flags, message.Put()), folder, __FILE__, __LINE__);
+    zeb::RequireObject(static_cast<bool>(message), __FILE__, __LINE__);
+    return CZebMessage(message.Get());
+}
+
+CZebMessage CZebFolder::CreateQorInfoMessage(bool openExisting, bool save)
+{
+    CZebMessage message;
+    if (openExisting && zeb::Guarded(__FILE__, __LINE__, [&] { message = OpenQorInfoMessage(); }))
+    {
+        return message;
+    }
+    message = CreateMessage(0);
+    SPropValue values[] = {Text(PR_SUBJECT_A, InfoSubject), Text(PR_DISPLAY_NAME_A, InfoSubject),
+                           Text(PR_MESSAGE_CLASS_A, InfoClass)};
+    message.SetProps(static_cast<ULONG>(std::size(values)), values, nullptr);
+    if (save)
+    {
+        message.SaveChanges(SaveFlags);
+    }
+    return message;
+}
+
+CZebMessage CZebFolder::OpenQorInfoMessage()
+{
+    const CZebBinary entryID =
+        FindByString(GetContentsTable(MAPI_DEFERRED_ERRORS), PR_SUBJECT_A, InfoSubject);
+    CZebMessage message;
+    OpenEntry(entryID, message, MAPI_BEST_ACCESS);
+    return message;
+}
+
+void CZebFolder::GetPropsOfChild(CZebSession& session, const SBinary& childID, CZebPropValArray& result,
+                                 ULONG n, ...)
+{
+    CZebPropTagArray tags;
+    va_list args;
+    va_start(args, n);
+    try
+    {
+        tags.Gather(n, args);
+    }
+    catch (...)
+    {
+        va_end(args);
+        throw;
+    }
+    va_end(args);
+    GetPropsOfChild(session, childID, static_cast<SPropTagArray*>(tags), result);
+}
+
+void CZebFolder::GetPropsOfChild(CZebSession& session, const SBinary& childID, SPropTagArray* tags,
+                                 CZebPropValArray& result)
+{
+    CZebPropObj child;
+    OpenEntry(childID, child, MAPI_BEST_ACCESS);
+    child.GetProps(tags, result.CountPtr(), &result, 0);
+    if (!child.IsChildOf(session, GetEntryID(), true))
+    {
+        CZebException::Throw(MAPI_E_NOT_FOUND, __FILE__, __LINE__);
+    }
+}

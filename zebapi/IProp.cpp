@@ -1,0 +1,518 @@
+#include "zebapi/IProp.h"
+
+#include "qorlog/QorLog.h"
+#include "zebapi/Exception.h"
+#include "zebapi/Message.h"
+#include "zebapi/OnePROPVAL.h"
+#include "zebapi/OpenEntry.h"
+#include "zebapi/PROPVALArray.h"
+#include "zebapi/SESSION.h"
+#include "zebapi/TAGS.h"
+
+#include <climits>
+#include <cstdarg>
+#include <new>
+#include <set>
+#include <string>
+
+namespace
+{
+
+constexpr ULONG FirstNamedTag = 0x80000000;
+constexpr ULONG SaveFlags = KEEP_OPEN_READWRITE | FORCE_SAVE;
+// What Simple MAPI answers for "not supported"; a positive code, so that no check takes it for a failure.
+constexpr HRESULT SimpleNotSupported = 26;
+
+bool RefusesNames(HRESULT result)
+{
+    return result == MAPI_E_NO_SUPPORT || result == E_ACCESSDENIED || result == SimpleNotSupported;
+}
+
+std::string BytesOf(const SBinary& binary)
+{
+    return std::string(reinterpret_cast<const char*>(binary.lpb), binary.cb);
+}
+
+/// Maps every name of the list to the tag that the object gave for it.
+void FillMap(CZebNameIdMap& map, const CZebNameIdHelper& names, ULONG count, const SPropTagArray& tags)
+{
+    for (ULONG i = 0; i < count && i < tags.cValues; ++i)
+    {
+        if (PROP_TYPE(tags.aulPropTag[i]) != PT_ERROR)
+        {
+            map.SetTag(names.GetTag(i, PT_NULL), tags.aulPropTag[i]);
+        }
+    }
+}
+
+template <class String>
+String ReadWhole(const CComPtr<IStream>& stream)
+{
+    using Char = typename String::XCHAR;
+    STATSTG stat = {};
+    ThrowIfFailed(stream->Stat(&stat, STATFLAG_NONAME), __FILE__, __LINE__);
+    if (stat.cbSize.QuadPart > INT_MAX - sizeof(Char))
+    {
+        CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY, __FILE__, __LINE__);
+    }
+    const ULONG size = stat.cbSize.LowPart;
+    const int length = static_cast<int>(size / sizeof(Char));
+    String text;
+    Char* buffer = nullptr;
+    try
+    {
+        buffer = text.GetBuffer(length + 1);
+    }
+    catch (const std::bad_alloc&)
+    {
+        CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY, __FILE__, __LINE__);
+    }
+    ThrowIfFailed(stream->Read(buffer, size, nullptr), __FILE__, __LINE__);
+    buffer[length] = 0;
+    text.ReleaseBuffer();
+    return text;
+}
+
+/// The constant's name and a tab; a constant without a name as a number.
+CStringA NameOrNumber(const char* table, ULONG value)
+{
+    CStringA text;
+    if (const char* name = Zeb_NameFromValue(table, value))
+    {
+        text.Format("%s\t", name);
+    }
+    else
+    {
+        text.Format("%#04X\t", static_cast<unsigned int>(value));
+    }
+    return text;
+}
+
+CStringA DumpLine(const CZebOnePropVal& value)
+{
+    constexpr int MaxValueLength = 256;
+    CStringA line = NameOrNumber("PropIDs", value.GetPropID());
+    line += NameOrNumber("PropType", value.GetType());
+    line += value.StringConversionPossible() ? value.String(false).Left(MaxValueLength)
+                                             : CStringA("<No string conversion>");
+    return line;
+}
+
+} // namespace
+
+CZebIProp::CZebIProp(IMAPIProp* prop)
+    : m_object(prop)
+{
+}
+
+CZebIProp::CZebIProp(const CZebIProp& other)
+{
+    CZebIProp::operator=(other);
+}
+
+CZebIProp::~CZebIProp()
+{
+    CZebIProp::Free();
+}
+
+IMAPIProp* CZebIProp::Prop() const
+{
+    return static_cast<IMAPIProp*>(m_object.Checked());
+}
+
+CComPtr<IMAPIProp> CZebIProp::GetInterface() const
+{
+    return CComPtr<IMAPIProp>(static_cast<IMAPIProp*>(m_object.Get()));
+}
+
+void CZebIProp::CheckIDsMap()
+{
+    if (m_tags.GetCount() > 0)
+    {
+        return;
+    }
+    try
+    {
+        IMAPIProp* const prop = Prop();
+        CZebNameIdHelper names;
+        const ULONG count = names;
+        CZebPropTagArray tags;
+        const HRESULT result = prop->GetIDsFromNames(count, names, MAPI_CREATE, &tags);
+        if (result == SimpleNotSupported)
+        {
+            CZebException::Throw(result, __FILE__, __LINE__);
+        }
+        ThrowIfFailed(result, prop, __FILE__, __LINE__);
+        FillMap(m_tags, names, count, *static_cast<SPropTagArray*>(tags));
+    }
+    catch (CZebException* exception)
+    {
+        if (!RefusesNames(exception->GetResult()))
+        {
+            throw;
+        }
+        exception->Delete();
+        m_tags.SetTag(0, 0);
+    }
+}
+
+void CZebIProp::SetWAB(CZebIProp& other)
+{
+    SetWAB(other.IsWAB());
+}
+
+void CZebIProp::SetWAB(bool isWAB)
+{
+    m_bWAB = isWAB;
+}
+
+const GUID* CZebIProp::GetInterfaceCIID()
+{
+    return &IID_IMAPIProp;
+}
+
+ULONG CZebIProp::GetMAPIType()
+{
+    return 0;
+}
+
+bool CZebIProp::IsMAPITypeAcceptable(unsigned int type)
+{
+    const ULONG own = GetMAPIType();
+    return own == 0 || own == type;
+}
+
+ULONG CZebIProp::GetObjectType() const
+{
+    CZebPropVal value;
+    ThrowIfFailed(_HrGetOneProp_(Prop(), PR_OBJECT_TYPE, &value), Prop(), __FILE__, __LINE__);
+    return value.operator ULONG();
+}
+
+bool CZebIProp::IsWAB()
+{
+    return m_bWAB;
+}
+
+CZebIProp& CZebIProp::operator=(const CZebIProp& other)
+{
+    // Taken before freeing, which may be the freeing of other.
+    CComPtr<IUnknown> object(other.m_object);
+    const bool isWAB = other.m_bWAB;
+    zeb::Guarded(__FILE__, __LINE__,
+                 [&]
+                 {
+                     Free();
+                     m_object = object;
+                     if (!IsValid())
+                     {
+                         CZebException::Throw(E_NOINTERFACE, __FILE__, __LINE__);
+                     }
+                 });
+    m_bWAB = isWAB;
+    return *this;
+}
+
+IUnknown** CZebIProp::operator&()
+{
+    Free();
+    return m_object.Put();
+}
+
+CZebIProp::operator CZebIProp*()
+{
+    return this;
+}
+
+CZebIProp::operator const CZebIProp*() const
+{
+    return this;
+}
+
+void CZebIProp::Free()
+{
+    zeb::Guarded(__FILE__, __LINE__, [&] { m_object.Release(); });
+    m_bWAB = false;
+    m_tags.EmptyIdMap();
+}
+
+bool CZebIProp::IsValid() const
+{
+    return static_cast<bool>(m_object);
+}
+
+CZebNameIdMap& CZebIProp::GetTagsMap()
+{
+    CheckIDsMap();
+    return m_tags;
+}
+
+ULONG CZebIProp::GetRealTag(ULONG tag, bool flag)
+{
+    return tag < FirstNamedTag ? tag : GetTagsMap().GetTag(tag, flag);
+}
+
+ULONG CZebIProp::GetNameFromTag(ULONG tag, bool flag)
+{
+    return tag < FirstNamedTag ? tag : GetTagsMap().GetName(tag, flag);
+}
+
+CZebBinary CZebIProp::GetEntryID()
+{
+    return GetBin(PR_ENTRYID);
+}
+
+CZebBinary CZebIProp::GetParentID()
+{
+    return GetBin(PR_PARENT_ENTRYID);
+}
+
+CStringA CZebIProp::GetDisplayNameA()
+{
+    return GetStringPropA(GetDisplayNameTag(false));
+}
+
+CStringW CZebIProp::GetDisplayNameW()
+{
+    return GetStringPropW(GetDisplayNameTag(true));
+}
+
+CStringA CZebIProp::GetDisplayName()
+{
+    return GetStringProp(GetDisplayNameTag(false));
+}
+
+void CZebIProp::SetDisplayNameA(const char* name)
+{
+    CZebPropValArray values(1);
+    values[GetDisplayNameTag(false)] = name;
+    SetProps(values, true, nullptr);
+}
+
+void CZebIProp::SetDisplayNameW(const WCHAR* name)
+{
+    CZebPropValArray values(1);
+    values[GetDisplayNameTag(true)] = name;
+    SetProps(values, true, nullptr);
+}
+
+void CZebIProp::SetDisplayName(const char* name)
+{
+    SetDisplayNameA(name);
+}
+
+ULONG CZebIProp::GetDisplayNameTag(bool unicode) const
+{
+    return unicode ? PR_DISPLAY_NAME_W : PR_DISPLAY_NAME_A;
+}
+
+CStringA CZebIProp::GetStringPropA(ULONG tag)
+{
+    CZebPropVal value;
+    ThrowIfFailed(_HrGetOneProp_(Prop(), tag, &value), Prop(), __FILE__, __LINE__);
+    return value.UseDefault(CStringA());
+}
+
+CStringW CZebIProp::GetStringPropW(ULONG tag)
+{
+    CZebPropVal value;
+    ThrowIfFailed(_HrGetOneProp_(Prop(), tag, &value), Prop(), __FILE__, __LINE__);
+    return value.UseDefault(CStringW());
+}
+
+CStringA CZebIProp::GetStringProp(ULONG tag)
+{
+    return GetStringPropA(tag);
+}
+
+CComPtr<IStream> CZebIProp::OpenProperty(ULONG tag, ULONG flags)
+{
+    const ULONG options = (flags & MAPI_MODIFY) != 0 ? STGM_READWRITE : STGM_READ;
+    IUnknown* object = nullptr;
+    ThrowIfFailed(Prop()->OpenProperty(tag, &IID_IStream, options, flags, &object), Prop(), __FILE__,
+                  __LINE__);
+    zeb::RequireObject(object != nullptr, __FILE__, __LINE__);
+    return CComPtr<IStream>::Take(static_cast<IStream*>(object));
+}
+
+CStringA CZebIProp::GetLongStringA(ULONG tag)
+{
+    return ReadWhole<CStringA>(OpenProperty(tag, 0));
+}
+
+CStringW CZebIProp::GetLongStringW(ULONG tag)
+{
+    return ReadWhole<CStringW>(OpenProperty(tag, 0));
+}
+
+CStringA CZebIProp::GetLongString(ULONG tag)
+{
+    return GetLongStringA(tag);
+}
+
+void CZebIProp::GetPropList(SPropTagArray** out, ULONG flags)
+{
+    ThrowIfFailed(Prop()->GetPropList(flags, out), Prop(), __FILE__, __LINE__);
+}
+
+void CZebIProp::GetAllProps(ULONG* count, SPropValue** values, ULONG flags)
+{
+    CZebPropTagArray list;
+    try
+    {
+        GetPropList(&list, flags);
+    }
+    catch (CZebException* exception)
+    {
+        if (exception->GetResult() != MAPI_E_UNKNOWN_CPID)
+        {
+            throw;
+        }
+        exception->Delete();
+        list.Empty();
+    }
+    SPropTagArray* const tags = list.IsValid() ? static_cast<SPropTagArray*>(list) : nullptr;
+    GetProps(tags, count, values, 0);
+}
+
+void CZebIProp::GetProps(CZebPropValArray& result, ULONG n, ...)
+{
+    Prop(); // an empty wrapper leaves the result as it is
+    CZebPropTagArray tags;
+    va_list args;
+    va_start(args, n);
+    try
+    {
+        tags.Gather(n, args);
+    }
+    catch (...)
+    {
+        va_end(args);
+        throw;
+    }
+    va_end(args);
+    GetProps(static_cast<SPropTagArray*>(tags), result.CountPtr(), &result, 0);
+}
+
+void CZebIProp::GetProps(SPropTagArray* tags, ULONG* count, SPropValue** values, ULONG flags)
+{
+    ThrowIfFailed(Prop()->GetProps(tags, flags, count, values), Prop(), __FILE__, __LINE__);
+}
+
+void CZebIProp::SetProps(CZebPropValArray& values, bool save, SPropProblemArray** problems)
+{
+    values.TruncateToExisting();
+    if (values.Count() == 0)
+    {
+        return;
+    }
+    SetProps(values.GetCount(), values, problems);
+    if (save)
+    {
+        SaveChanges(SaveFlags);
+    }
+}
+
+void CZebIProp::SetProps(ULONG n, SPropValue* values, SPropProblemArray** problems)
+{
+    ThrowIfFailed(Prop()->SetProps(n, values, problems), Prop(), __FILE__, __LINE__);
+}
+
+void CZebIProp::DeleteProps(SPropTagArray* tags, SPropProblemArray** problems)
+{
+    ThrowIfFailed(Prop()->DeleteProps(tags, problems), Prop(), __FILE__, __LINE__);
+}
+
+void CZebIProp::SaveChanges(ULONG flags)
+{
+    ThrowIfFailed(Prop()->SaveChanges(flags), Prop(), __FILE__, __LINE__);
+}
+
+bool CZebIProp::MayHaveParent()
+{
+    const ULONG type = GetObjectType();
+    if (type == 0)
+    {
+        return true;
+    }
+    if (type < MAPI_FOLDER)
+    {
+        return false;
+    }
+    if (type != MAPI_FOLDER)
+    {
+        return true;
+    }
+    CZebPropVal folderType;
+    ThrowIfFailed(_HrGetOneProp_(Prop(), PR_FOLDER_TYPE, &folderType), Prop(), __FILE__, __LINE__);
+    return folderType.operator ULONG() != FOLDER_ROOT;
+}
+
+bool CZebIProp::IsChildOf(CZebSession& session, const SBinary& parentID, bool directOnly)
+{
+    if (parentID.cb == 0)
+    {
+        return false;
+    }
+    // A store whose folders are each other's parents must not keep the walk going.
+    std::set<std::string> seen;
+    CZebPropObj above;
+    CZebIProp* current = this;
+    while (current->MayHaveParent())
+    {
+        const CZebBinary parent = current->GetParentID();
+        if (!parent.IsValid())
+        {
+            return false;
+        }
+        if (session.CompareEntryIDs(parent, parentID))
+        {
+            return true;
+        }
+        if (directOnly || !seen.insert(BytesOf(parent)).second)
+        {
+            return false;
+        }
+        session.OpenEntry(parent, above, MAPI_BEST_ACCESS);
+        current = std::addressof(above);
+    }
+    return false;
+}
+
+void CZebIProp::DumpAllProps()
+{
+    static const char Separator[] = "------------------";
+    zeb::Guarded(__FILE__, __LINE__,
+                 [&]
+                 {
+                     CZebPropValArray values;
+                     GetAllProps(values.CountPtr(), &values, MAPI_UNICODE);
+                     LLog(3, "ZebAPI", Separator);
+                     for (ULONG i = 0; values.IsValid() && i < values.Count(); ++i)
+                     {
+                         LLog(3, "ZebAPI", static_cast<const char*>(DumpLine(values.GetAt(i))));
+                     }
+                     LLog(3, "ZebAPI", Separator);
+                 });
+}
+
+CZebBinary CZebIProp::GetBin(ULONG tag)
+{
+    return GetBinary(tag);
+}
+
+CZebBinary CZebIProp::GetBinary(ULONG tag) const
+{
+    CZebPropVal value;
+    ThrowIfFailed(_HrGetOneProp_(Prop(), tag, &value), Prop(), __FILE__, __LINE__);
+    return CZebBinary(value.operator const SBinary&());
+}
+
+HRESULT CZebIProp::_HrGetOneProp_(IMAPIProp* prop, ULONG tag, SPropValue** value) const
+{
+    CZebPropTagArray tags;
+    tags.AddOne(tag);
+    ULONG count = 0;
+    const ULONG flags = PROP_TYPE(tag) == PT_UNICODE ? MAPI_UNICODE : 0;
+    return prop->GetProps(tags, flags, &count, value);
+}
