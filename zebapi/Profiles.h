@@ -56,6 +56,10 @@ public:
     /// @throws CZebException* what MAPIAdminProfiles returned; MAPI_E_CALL_FAILED when no provider is loaded
     static CZebProfAdmin Open();
 
+    /// The wrapped object, counted; empty when there is none. For the operations that are not wrapped: profiles are
+    /// created, configured and deleted through IProfAdmin itself.
+    CComPtr<IProfAdmin> GetInterface() const { return m_profAdmin; }
+
     /// Takes a reference to the other's object. When there is none, this is empty, the failure is logged and
     /// not thrown.
     virtual CZebProfAdmin& operator=(const CZebProfAdmin& other);
