@@ -1,10 +1,11 @@
 #include "zebapi/tables/NameTables.h"
 
-#include <xcmc.h>
-
 #include <array>
 
+// Simple MAPI's session handle, which its header wants declared.
+typedef ULONG_PTR LHANDLE, *LPLHANDLE;
 #include <mapi.h>
+#include <xcmc.h>
 
 namespace zeb
 {
