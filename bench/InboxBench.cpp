@@ -75,9 +75,9 @@ unsigned long long ReadByHand(IMAPIContainer& inbox, ULONG& rowsRead)
 {
     IMAPITable* table = nullptr;
     Check(inbox.GetContentsTable(MAPI_UNICODE, &table));
-    SizedSPropTagArray(kColumns, columns) = {kColumns,
-                                             {PR_SUBJECT_W, PR_SENDER_NAME_W, PR_MESSAGE_CLASS_W,
-                                              PR_MESSAGE_DELIVERY_TIME, PR_IMPORTANCE}};
+    SizedSPropTagArray(kColumns, columns) = {
+        kColumns,
+        {PR_SUBJECT_W, PR_SENDER_NAME_W, PR_MESSAGE_CLASS_W, PR_MESSAGE_DELIVERY_TIME, PR_IMPORTANCE}};
     Check(table->SetColumns(reinterpret_cast<SPropTagArray*>(&columns), 0));
     unsigned long long sum = 0;
     for (;;)
@@ -113,7 +113,8 @@ unsigned long long ReadByHand(IMAPIContainer& inbox, ULONG& rowsRead)
 Measurement InboxRead(const Options& options)
 {
     auto store = std::make_shared<StoreOf>(options.folder, options.small ? 2000 : 100000);
-    const auto timed = [store](auto&& read) {
+    const auto timed = [store](auto&& read)
+    {
         ULONG rows = 0;
         unsigned long long sum = 0;
         const double seconds = Seconds([&] { sum = read(rows); });
@@ -125,13 +126,16 @@ Measurement InboxRead(const Options& options)
         return seconds;
     };
     const auto ours = [=] { return timed([&](ULONG& rows) { return ReadByLibrary(store->Inbox(), rows); }); };
-    const auto baseline = [=] {
-        return timed([&](ULONG& rows) {
-            CComPtr<IMAPIContainer> container;
-            CComPtr<IMAPIProp> inbox = store->Inbox().GetInterface();
-            Check(inbox->QueryInterface(IID_IMAPIContainer, reinterpret_cast<void**>(&container)));
-            return ReadByHand(*container, rows);
-        });
+    const auto baseline = [=]
+    {
+        return timed(
+            [&](ULONG& rows)
+            {
+                CComPtr<IMAPIContainer> container;
+                CComPtr<IMAPIProp> inbox = store->Inbox().GetInterface();
+                Check(inbox->QueryInterface(IID_IMAPIContainer, container.PutAs<void>()));
+                return ReadByHand(*container, rows);
+            });
     };
     return {"inbox-read", 1.03, ours, baseline, options.small ? 3 : 15};
 }

@@ -16,9 +16,14 @@ namespace bench
 namespace
 {
 
-const char* const kSenders[] = {"Ada Brandt", "Boris Cole", "Chen Wei", "Dana Ford", "Emil Gray", "Fatima Haddad"};
-const char* const kWords[] = {"budget", "meeting", "contract", "draft", "schedule", "review", "invoice", "travel",
-                              "report", "question", "answer",   "agenda", "summary",  "launch", "update",  "minutes"};
+/// PR_INTERNET_MESSAGE_ID as 16-bit text; the compiler's MAPI headers do not name it.
+constexpr ULONG kInternetMessageId = PROP_TAG(PT_UNICODE, 0x1035);
+
+const char* const kSenders[] = {"Ada Brandt", "Boris Cole", "Chen Wei",
+                                "Dana Ford",  "Emil Gray",  "Fatima Haddad"};
+const char* const kWords[] = {"budget",  "meeting", "contract", "draft",    "schedule", "review",
+                              "invoice", "travel",  "report",   "question", "answer",   "agenda",
+                              "summary", "launch",  "update",   "minutes"};
 
 /// A reproducible scramble of `number` (a 32-bit finaliser), so that neither subjects nor dates come in order.
 ULONG Scramble(ULONG number)
@@ -48,30 +53,24 @@ void Check(HRESULT result, const char* what)
 
 } // namespace
 
-const ULONG kMessageTags[12] = {PR_SUBJECT_W,
-                                PR_MESSAGE_CLASS_W,
-                                PR_SENDER_NAME_W,
-                                PR_SENDER_EMAIL_ADDRESS_W,
-                                PR_DISPLAY_TO_W,
-                                PR_MESSAGE_DELIVERY_TIME,
-                                PR_CLIENT_SUBMIT_TIME,
-                                PR_IMPORTANCE,
-                                PR_MESSAGE_FLAGS,
-                                PR_INTERNET_MESSAGE_ID_W,
-                                PR_SEARCH_KEY,
-                                PR_BODY_W};
+const ULONG kMessageTags[12] = {
+    PR_SUBJECT_W,     PR_MESSAGE_CLASS_W,       PR_SENDER_NAME_W,      PR_SENDER_EMAIL_ADDRESS_W,
+    PR_DISPLAY_TO_W,  PR_MESSAGE_DELIVERY_TIME, PR_CLIENT_SUBMIT_TIME, PR_IMPORTANCE,
+    PR_MESSAGE_FLAGS, kInternetMessageId, PR_SEARCH_KEY,         PR_BODY_W};
 
 void FillMessage(CZebPropValArray& values, ULONG number)
 {
     const ULONG mixed = Scramble(number);
     const char* sender = kSenders[mixed % 6];
     CStringA subject, address, identifier, body;
-    subject.Format("%s %s of week %u (%08x)", kWords[mixed % 16], kWords[(mixed >> 4) % 16], mixed % 53, number);
+    subject.Format("%s %s of week %u (%08x)", kWords[mixed % 16], kWords[(mixed >> 4) % 16], mixed % 53,
+                   number);
     address.Format("%.4s%u@example.org", sender, mixed % 97);
     identifier.Format("<%08x.%08x@example.org>", number, mixed);
     body.Format("The %s is attached. Please read it before the %s on day %u.", kWords[(mixed >> 8) % 16],
                 kWords[(mixed >> 12) % 16], mixed % 28);
-    const auto wide = [](const CStringA& text) {
+    const auto wide = [](const CStringA& text)
+    {
         std::basic_string<WCHAR> result;
         for (int i = 0; i < text.GetLength(); ++i)
         {
@@ -91,7 +90,7 @@ void FillMessage(CZebPropValArray& values, ULONG number)
     values[PR_CLIENT_SUBMIT_TIME] = date;
     values[PR_IMPORTANCE] = static_cast<LONG>(mixed % 3);
     values[PR_MESSAGE_FLAGS] = static_cast<LONG>(mixed & MSGFLAG_READ);
-    values[PR_INTERNET_MESSAGE_ID_W] = wide(identifier);
+    values[kInternetMessageId] = wide(identifier);
     values[PR_SEARCH_KEY] = searchKey;
     values[PR_BODY_W] = wide(body);
 }
@@ -114,12 +113,12 @@ void MakeProfile(const std::string& name, const std::string& path)
     admin->DeleteProfile(profile, 0);
     Check(admin->CreateProfile(profile, nullptr, 0, 0), "IProfAdmin::CreateProfile");
     CComPtr<IMsgServiceAdmin> services;
-    Check(admin->AdminServices(profile, nullptr, 0, 0, &services), "IProfAdmin::AdminServices");
+    Check(admin->AdminServices(profile, nullptr, 0, 0, services.Put()), "IProfAdmin::AdminServices");
     LPTSTR service = reinterpret_cast<LPTSTR>(const_cast<char*>(ZEBSTORE_SERVICE_NAME));
     Check(services->CreateMsgService(service, service, 0, 0), "IMsgServiceAdmin::CreateMsgService");
     CComPtr<IMAPITable> list;
-    Check(services->GetMsgServiceTable(0, &list), "IMsgServiceAdmin::GetMsgServiceTable");
-    CZebTable table(list);
+    Check(services->GetMsgServiceTable(0, list.Put()), "IMsgServiceAdmin::GetMsgServiceTable");
+    CZebTable table(list.Get());
     table.SetColumns(1, PR_SERVICE_UID);
     CZebRowSet rows;
     table.QueryRows(&rows, 1, nullptr, nullptr);

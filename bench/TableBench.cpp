@@ -1,8 +1,7 @@
 // store-open, store-window, store-sort, store-memory: contents tables of a large folder.
 #include "bench/Benches.h"
+#include "bench/Sql.h"
 #include "bench/Stores.h"
-
-#include <sqlite3.h>
 
 #include <malloc.h>
 #include <random>
@@ -45,15 +44,17 @@ void ReadWindow(CZebTable& table, ULONG expected)
 /// Open, count, first 50 rows.
 double OpenOnce(StoreOf& store)
 {
-    return Seconds([&] {
-        CZebTable table = store.Inbox().GetContentsTable(MAPI_UNICODE);
-        SetListColumns(table);
-        if (table.GetRowCount() != store.Count())
+    return Seconds(
+        [&]
         {
-            throw std::runtime_error("The table did not count every row.");
-        }
-        ReadWindow(table, kWindow);
-    });
+            CZebTable table = store.Inbox().GetContentsTable(MAPI_UNICODE);
+            SetListColumns(table);
+            if (table.GetRowCount() != store.Count())
+            {
+                throw std::runtime_error("The table did not count every row.");
+            }
+            ReadWindow(table, kWindow);
+        });
 }
 
 /// An open table that has been sought in, and the positions that are read next.
@@ -70,13 +71,15 @@ struct Sought
     }
     double Windows(int count)
     {
-        return Seconds([&] {
-            for (int i = 0; i < count; ++i)
+        return Seconds(
+            [&]
             {
-                table.SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(positions(random)), nullptr);
-                ReadWindow(table, kWindow);
-            }
-        });
+                for (int i = 0; i < count; ++i)
+                {
+                    table.SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(positions(random)), nullptr);
+                    ReadWindow(table, kWindow);
+                }
+            });
     }
     std::shared_ptr<StoreOf> store;
     CZebTable table;
@@ -88,16 +91,43 @@ const ULONG kSortTags[] = {PR_SUBJECT_W, PR_MESSAGE_DELIVERY_TIME};
 
 double SortByTable(StoreOf& store)
 {
-    return Seconds([&] {
-        for (const ULONG tag : kSortTags)
+    return Seconds(
+        [&]
         {
-            CZebTable table = store.Inbox().GetContentsTable(MAPI_UNICODE);
-            SetListColumns(table);
-            CZebSortOrder order(tag, TABLE_SORT_ASCEND);
-            table.SortTable(order);
-            ReadWindow(table, kWindow);
-        }
-    });
+            for (const ULONG tag : kSortTags)
+            {
+                CZebTable table = store.Inbox().GetContentsTable(MAPI_UNICODE);
+                SetListColumns(table);
+                CZebSortOrder order(tag, TABLE_SORT_ASCEND);
+                table.SortTable(order);
+                ReadWindow(table, kWindow);
+            }
+        });
+}
+
+/// The same two lists of keys by SQLite, and the same first rows.
+double SortBySql(sqlite3* database, const std::vector<const char*>& queries, ULONG expected)
+{
+    return Seconds(
+        [&]
+        {
+            for (const char* sql : queries)
+            {
+                SqlStatement select = SqlPrepare(database, sql);
+                std::vector<long long> keys;
+                int code = SQLITE_ROW;
+                while ((code = sqlite3_step(select.get())) == SQLITE_ROW)
+                {
+                    keys.push_back(sqlite3_column_int64(select.get(), 0));
+                }
+                SqlCheck(database, code);
+                if (keys.size() != expected)
+                {
+                    throw std::runtime_error("store-sort did not see every row.");
+                }
+                Keep(static_cast<unsigned long long>(keys.front()));
+            }
+        });
 }
 
 size_t HeapInUse()
@@ -125,10 +155,21 @@ Measurement StoreWindow(const Options& options)
             [=] { return small->Windows(windows); }, options.small ? 3 : 11};
 }
 
+Measurement StoreSort(const Options& options)
+{
+    auto store = Large(options);
+    auto database = std::make_shared<SqlDatabase>(SqlOpen(store->Path()));
+    const std::vector<const char*> queries = {"SELECT id FROM message ORDER BY subject, id",
+                                              "SELECT id FROM message ORDER BY delivered, id"};
+    return {"store-sort", 1.2, [store] { return SortByTable(*store); },
+            [=] { return SortBySql(database->get(), queries, store->Count()); }, options.small ? 3 : 7};
+}
+
 Measurement StoreMemory(const Options& options)
 {
     auto large = Large(options);
-    const auto bytesPerRow = [large] {
+    const auto bytesPerRow = [large]
+    {
         const size_t before = HeapInUse();
         CZebTable table = large->Inbox().GetContentsTable(MAPI_UNICODE);
         SetListColumns(table);

@@ -17,9 +17,10 @@ struct Entry
 };
 
 const Entry kEntries[] = {
-    {"inbox-read", bench::InboxRead},     {"value-read", bench::ValueRead}, {"store-write", bench::StoreWrite},
-    {"store-open", bench::StoreOpen},     {"store-window", bench::StoreWindow},
-    {"store-sort", bench::StoreSort},     {"store-memory", bench::StoreMemory},
+    {"inbox-read", bench::InboxRead},     {"value-read", bench::ValueRead},
+    {"store-write", bench::StoreWrite},   {"store-open", bench::StoreOpen},
+    {"store-window", bench::StoreWindow}, {"store-sort", bench::StoreSort},
+    {"store-memory", bench::StoreMemory},
 };
 
 int Measure(const bench::Options& options, const std::vector<std::string>& names)
@@ -68,7 +69,8 @@ int main(int argc, char** argv)
     }
     catch (CException* failure)
     {
-        std::fprintf(stderr, "zebbench: %s\n", static_cast<const char*>(Zeb_GetExceptionDescription(failure)));
+        std::fprintf(stderr, "zebbench: %s\n",
+                     static_cast<const char*>(Zeb_GetExceptionDescription(failure)));
         failure->Delete();
     }
     catch (const std::exception& failure)

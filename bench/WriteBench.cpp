@@ -1,0 +1,149 @@
+// store-write: messages saved one by one through MAPI, against the same rows by prepared statements.
+#include "bench/Benches.h"
+#include "bench/Sql.h"
+#include "bench/Stores.h"
+
+#include <filesystem>
+#include <vector>
+
+namespace bench
+{
+
+namespace
+{
+
+/// One row as SQLite gave it; the values are SQLite's own copies.
+class StoredRow
+{
+public:
+    explicit StoredRow(sqlite3_stmt* statement)
+    {
+        for (int i = 0; i < sqlite3_column_count(statement); ++i)
+        {
+            m_values.push_back(sqlite3_value_dup(sqlite3_column_value(statement, i)));
+        }
+    }
+    StoredRow(StoredRow&&) = default;
+    StoredRow(const StoredRow&) = delete;
+    ~StoredRow()
+    {
+        for (sqlite3_value* value : m_values)
+        {
+            sqlite3_value_free(value);
+        }
+    }
+    void Bind(sqlite3_stmt* statement) const
+    {
+        for (size_t i = 0; i < m_values.size(); ++i)
+        {
+            sqlite3_bind_value(statement, static_cast<int>(i) + 1, m_values[i]);
+        }
+    }
+
+private:
+    std::vector<sqlite3_value*> m_values;
+};
+
+struct WriteState
+{
+    std::string folder;
+    ULONG count;
+    std::vector<StoredRow> rows;
+
+    std::string OursPath() const { return folder + "/write-ours.zeb"; }
+    std::string BaselinePath() const { return folder + "/write-baseline.zeb"; }
+};
+
+/// A new store; its path. The session is closed again, so the file is whole.
+void MakeEmptyStore(const std::string& path)
+{
+    DeleteStore(path);
+    MakeProfile("write", path);
+    CZebSession session = Zeb_GetMAPI().OpenSession(nullptr, "write");
+    session.OpenDefaultMsgStore(nullptr, MDB_WRITE | MAPI_BEST_ACCESS).Free();
+    session.Logoff(0, 0, 0);
+}
+
+double WriteByMapi(WriteState& state)
+{
+    MakeEmptyStore(state.OursPath());
+    CZebSession session = Zeb_GetMAPI().OpenSession(nullptr, "write");
+    CZebMsgStore store = session.OpenDefaultMsgStore(nullptr, MDB_WRITE | MAPI_BEST_ACCESS);
+    CZebFolder inbox = store.OpenInboxFolder(MAPI_BEST_ACCESS);
+    // The values are made beforehand, as the baseline's rows are.
+    std::vector<std::unique_ptr<CZebPropValArray>> messages;
+    for (ULONG number = 0; number < state.count; ++number)
+    {
+        messages.push_back(std::make_unique<CZebPropValArray>(12));
+        FillMessage(*messages.back(), number);
+    }
+    const double seconds = Seconds(
+        [&]
+        {
+            for (const auto& values : messages)
+            {
+                inbox.CreateMessage(0).SetProps(*values, true, nullptr);
+            }
+        });
+    inbox.Free();
+    store.Free();
+    session.Logoff(0, 0, 0);
+    return seconds;
+}
+
+/// What the provider wrote, to be written again by hand.
+void ReadRows(WriteState& state)
+{
+    SqlDatabase database = SqlOpen(state.OursPath());
+    SqlStatement select = SqlPrepare(database.get(), "SELECT * FROM message ORDER BY id");
+    while (sqlite3_step(select.get()) == SQLITE_ROW)
+    {
+        state.rows.emplace_back(select.get());
+    }
+    if (state.rows.size() != state.count)
+    {
+        throw std::runtime_error("store-write did not find every message it wrote.");
+    }
+}
+
+double WriteByHand(WriteState& state)
+{
+    if (state.rows.empty())
+    {
+        ReadRows(state);
+    }
+    MakeEmptyStore(state.BaselinePath());
+    SqlDatabase database = SqlOpen(state.BaselinePath());
+    SqlStatement begin = SqlPrepare(database.get(), "BEGIN IMMEDIATE");
+    SqlStatement insert = SqlPrepare(database.get(), "INSERT INTO message VALUES(?,?,?,?,?,?,?,?,?,?,?,?)");
+    SqlStatement update =
+        SqlPrepare(database.get(), "UPDATE contents SET rows=rows+1, unread=unread+1, next=next+1, "
+                                   "change=change+1 WHERE container=(?1>>32)");
+    SqlStatement commit = SqlPrepare(database.get(), "COMMIT");
+    return Seconds(
+        [&]
+        {
+            for (const StoredRow& row : state.rows)
+            {
+                SqlRun(database.get(), begin.get());
+                row.Bind(insert.get());
+                SqlRun(database.get(), insert.get());
+                row.Bind(update.get());
+                SqlRun(database.get(), update.get());
+                SqlRun(database.get(), commit.get());
+            }
+        });
+}
+
+} // namespace
+
+Measurement StoreWrite(const Options& options)
+{
+    auto state = std::make_shared<WriteState>();
+    state->folder = options.folder;
+    state->count = options.small ? 500 : 100000;
+    return {"store-write", 1.5, [state] { return WriteByMapi(*state); },
+            [state] { return WriteByHand(*state); }, options.small ? 1 : 5};
+}
+
+} // namespace bench
