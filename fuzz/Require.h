@@ -1,0 +1,14 @@
+// What a fuzzer holds to be true of every input.
+#pragma once
+
+#include <cstdio>
+#include <cstdlib>
+
+inline void Require(bool holds, const char* what)
+{
+    if (!holds)
+    {
+        std::fprintf(stderr, "does not hold: %s\n", what);
+        std::abort();
+    }
+}
