@@ -76,8 +76,8 @@ private:
 /// @throws SyntaxError
 Key Parse(std::string_view bytes);
 
-/// The bytes of a file that says the same: plain ASCII where that suffices, else UTF-16LE with its mark,
-/// which is what the registry editor reads without loss. Lines end with CR LF.
+/// The bytes of a file that says the same. Lines end with CR LF. Plain ASCII where that suffices; with other
+/// characters, or with text written as bytes, UTF-16LE with its mark, which is what importers read without loss.
 std::string Write(const Key& tree);
 
 } // namespace zeb::platform::regfile

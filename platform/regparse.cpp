@@ -317,7 +317,7 @@ private:
         {
             return "dword:" + DwordDigits(rest, name);
         }
-        if (kind.substr(0, 3) == "hex")
+        if (kind == "hex" || kind.substr(0, 4) == "hex(")
         {
             return AsVersion5(std::string(kind), HexList(rest, name));
         }

@@ -77,6 +77,24 @@ void WriteKey(std::string& out, const Key& key, const std::string& path)
     }
 }
 
+bool IsAscii(const std::string& text)
+{
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+/// Whether an 8-bit file says all below a key: in one, importers differ on what the bytes of text kinds are.
+bool IsPlain(const Key& key)
+{
+    const auto plainValue = [](const Value& value)
+    {
+        return IsAscii(value.name) && IsAscii(value.text) && IsAscii(value.written) &&
+               value.written.find("hex(") != 0;
+    };
+    const auto plainKey = [](const auto& child) { return IsPlain(*child); };
+    return IsAscii(key.name) && std::all_of(key.values.begin(), key.values.end(), plainValue) &&
+           std::all_of(key.keys.begin(), key.keys.end(), plainKey);
+}
+
 std::string AsUtf16(const std::string& text)
 {
     std::string bytes = "\xFF\xFE";
@@ -126,9 +144,7 @@ std::string Write(const Key& tree)
     {
         WriteKey(out, *root, root->name);
     }
-    const bool ascii =
-        std::all_of(out.begin(), out.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-    return ascii ? out : AsUtf16(out);
+    return IsPlain(tree) ? out : AsUtf16(out);
 }
 
 } // namespace zeb::platform::regfile

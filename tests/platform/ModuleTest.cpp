@@ -1,0 +1,148 @@
+#include "platform/module.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+using namespace zeb::platform;
+namespace fs = std::filesystem;
+
+namespace
+{
+
+constexpr long Classification = ModuleQuiet | ModuleOwnFolderDeps;
+
+std::string ModulesFolder()
+{
+    return (fs::path(OwnFolder()) / ZEB_MODULES_FROM_BIN).lexically_normal().string();
+}
+
+int Answer(ModuleHandle module, const char* name)
+{
+    const auto function = reinterpret_cast<int (*)()>(FindExport(module, name));
+    return function == nullptr ? -1 : function();
+}
+
+/// A folder of its own, current during the test.
+class CurrentFolder
+{
+public:
+    CurrentFolder()
+        : m_before(fs::current_path())
+        , m_folder(fs::path(OwnFolder()) / "module_test_folder")
+    {
+        fs::create_directories(m_folder);
+        fs::current_path(m_folder);
+    }
+    ~CurrentFolder()
+    {
+        fs::current_path(m_before);
+        std::error_code ignored;
+        fs::remove_all(m_folder, ignored);
+    }
+    CurrentFolder(const CurrentFolder&) = delete;
+    CurrentFolder& operator=(const CurrentFolder&) = delete;
+
+private:
+    fs::path m_before;
+    fs::path m_folder;
+};
+
+TEST(Module, AnEmptyPathLoadsNothing)
+{
+    std::string reason;
+    EXPECT_EQ(LoadModule("", ModuleQuiet, &reason), nullptr);
+    EXPECT_FALSE(reason.empty());
+    EXPECT_EQ(ResolveModulePath(""), "");
+}
+
+TEST(Module, AFullPathLoadsThatFile)
+{
+    std::string reason;
+    const ModuleHandle module = LoadModule(ModulesFolder() + "/probe_inner.dll", Classification, &reason);
+    ASSERT_NE(module, nullptr) << reason;
+    EXPECT_EQ(reason, "");
+    EXPECT_EQ(Answer(module, "ProbeAnswer"), 42);
+    EXPECT_EQ(FindExport(module, "NoSuchExport"), nullptr);
+    UnloadModule(module);
+}
+
+TEST(Module, BackslashesAreTakenForSlashes)
+{
+    std::string path = ModulesFolder() + "\\probe_inner.dll";
+    const ModuleHandle module = LoadModule(path, Classification);
+    ASSERT_NE(module, nullptr);
+    UnloadModule(module);
+}
+
+TEST(Module, DependenciesComeFromTheLibrarysOwnFolder)
+{
+    std::string reason;
+    const ModuleHandle module = LoadModule(ModulesFolder() + "/probe_outer.dll", Classification, &reason);
+    ASSERT_NE(module, nullptr) << reason;
+    EXPECT_EQ(Answer(module, "OuterAnswer"), 43);
+    UnloadModule(module);
+}
+
+TEST(Module, ABareNameIsFoundBesideTheBinary)
+{
+    for (const long mode : {0L, 4L, 20L, 22L})
+    {
+        std::string reason;
+        const ModuleHandle module = LoadModule("probe_beside.dll", mode, &reason);
+        ASSERT_NE(module, nullptr) << mode << ": " << reason;
+        UnloadModule(module);
+    }
+    EXPECT_EQ(ResolveModulePath("probe_beside.dll"), OwnFolder() + "probe_beside.dll");
+}
+
+TEST(Module, ABareNameIsNotLookedForInTheCurrentFolder)
+{
+    const CurrentFolder here;
+    fs::copy_file(ModulesFolder() + "/probe_inner.dll", "probe_current.dll");
+    for (const long mode : {0L, 4L, 20L, 22L})
+    {
+        std::string reason;
+        EXPECT_EQ(LoadModule("probe_current.dll", mode, &reason), nullptr);
+        EXPECT_NE(reason.find("probe_current.dll"), std::string::npos) << reason;
+    }
+    EXPECT_EQ(ResolveModulePath("probe_current.dll"), "");
+    const ModuleHandle module = LoadModule("./probe_current.dll", ModuleQuiet);
+    EXPECT_NE(module, nullptr) << "a path with a folder names that file";
+    if (module != nullptr)
+    {
+        UnloadModule(module);
+    }
+}
+
+TEST(Module, AFolderBesideTheBinaryIsNoLibrary)
+{
+    fs::create_directories(fs::path(OwnFolder()) / "probe_folder.dll");
+    EXPECT_EQ(ResolveModulePath("probe_folder.dll"), "");
+    EXPECT_EQ(LoadModule("probe_folder.dll", ModuleQuiet), nullptr);
+    fs::remove(fs::path(OwnFolder()) / "probe_folder.dll");
+}
+
+TEST(Module, WhatIsNoLibraryGivesTheSystemsReason)
+{
+    const CurrentFolder here;
+    std::ofstream("broken.dll") << "this is no library";
+    std::string reason;
+    EXPECT_EQ(LoadModule(fs::absolute("broken.dll").string(), Classification, &reason), nullptr);
+    EXPECT_NE(reason.find("broken.dll"), std::string::npos) << reason;
+    EXPECT_EQ(reason.find('\n'), std::string::npos) << reason;
+    EXPECT_EQ(LoadModule(fs::absolute("absent.dll").string(), Classification, &reason), nullptr);
+    EXPECT_NE(reason.find("absent.dll"), std::string::npos) << reason;
+}
+
+TEST(Module, TheOwnFolderEndsWithASeparatorAndTheSystemsDoesNot)
+{
+    EXPECT_TRUE(fs::exists(OwnFolder() + "probe_beside.dll")) << OwnFolder();
+    ASSERT_FALSE(SystemFolder().empty());
+    EXPECT_TRUE(fs::is_directory(SystemFolder()));
+    EXPECT_EQ(std::string("\\/").find(SystemFolder().back()), std::string::npos);
+}
+
+} // namespace

@@ -1,0 +1,152 @@
+#include "platform/registry.h"
+
+#include "tests/support/RegistryScope.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+using zeb::platform::RegistryError;
+using zeb::platform::RegistryKey;
+using zeb::platform::RegistryRoot;
+
+namespace
+{
+
+class Registry : public ::testing::Test
+{
+protected:
+    RegistryScope m_scope;
+};
+
+TEST_F(Registry, AKeyThatIsAbsentDoesNotOpen)
+{
+    EXPECT_FALSE(RegistryKey::Open(RegistryRoot::LocalMachine, "Software\\Nobody").has_value());
+}
+
+TEST_F(Registry, CreatingAKeyCreatesTheKeysAboveIt)
+{
+    RegistryKey::Create(RegistryRoot::LocalMachine, "Software\\A\\B");
+    EXPECT_TRUE(RegistryKey::Open(RegistryRoot::LocalMachine, "Software\\A\\B").has_value());
+    EXPECT_TRUE(RegistryKey::Open(RegistryRoot::LocalMachine, "Software\\A").has_value());
+    EXPECT_TRUE(RegistryKey::Open(RegistryRoot::LocalMachine, "Software").has_value());
+}
+
+TEST_F(Registry, TheThreeRootsAreApart)
+{
+    RegistryKey::Create(RegistryRoot::ClassesRoot, "Outlook.Application").SetStringValue("", "classes");
+    RegistryKey::Create(RegistryRoot::CurrentUser, "Outlook.Application").SetStringValue("", "user");
+    EXPECT_EQ(RegistryKey::Open(RegistryRoot::ClassesRoot, "Outlook.Application")->StringValue(""),
+              "classes");
+    EXPECT_EQ(RegistryKey::Open(RegistryRoot::CurrentUser, "Outlook.Application")->StringValue(""), "user");
+    EXPECT_FALSE(RegistryKey::Open(RegistryRoot::LocalMachine, "Outlook.Application").has_value());
+}
+
+TEST_F(Registry, NamesCompareWithoutCase)
+{
+    RegistryKey::Create(RegistryRoot::CurrentUser, "Software\\Mail").SetStringValue("DllPathEx", "a");
+    auto key = RegistryKey::Create(RegistryRoot::CurrentUser, "SOFTWARE\\MAIL");
+    EXPECT_EQ(key.StringValue("DLLPATHEX"), "a");
+    key.SetStringValue("dllpathex", "b");
+    EXPECT_EQ(RegistryKey::Open(RegistryRoot::CurrentUser, "software\\mail")->StringValue("DllPathEx"), "b");
+    EXPECT_EQ(RegistryKey::Open(RegistryRoot::CurrentUser, "")->SubKeyName(0), "Software");
+    EXPECT_EQ(RegistryKey::Open(RegistryRoot::CurrentUser, "")->SubKeyName(1), std::nullopt);
+}
+
+TEST_F(Registry, ATrailingBackslashNamesTheSameKey)
+{
+    RegistryKey::Create(RegistryRoot::CurrentUser, "Software\\Mail\\");
+    EXPECT_TRUE(RegistryKey::Open(RegistryRoot::CurrentUser, "Software\\Mail").has_value());
+    EXPECT_TRUE(RegistryKey::Open(RegistryRoot::CurrentUser, "Software\\Mail\\").has_value());
+}
+
+TEST_F(Registry, TextKeepsQuotesBackslashesAndLineEnds)
+{
+    const std::string text = "C:\\mail\\\"x\"; [a]=b\r\n%s 100%";
+    RegistryKey::Create(RegistryRoot::CurrentUser, "K").SetStringValue("a=\"\\b", text);
+    EXPECT_EQ(RegistryKey::Open(RegistryRoot::CurrentUser, "K")->StringValue("a=\"\\b"), text);
+}
+
+TEST_F(Registry, EmptyTextIsAValue)
+{
+    auto key = RegistryKey::Create(RegistryRoot::CurrentUser, "K");
+    EXPECT_EQ(key.StringValue("x"), std::nullopt);
+    key.SetStringValue("x", "");
+    EXPECT_EQ(key.StringValue("x"), "");
+}
+
+TEST_F(Registry, BytesComeBackAsTheyWere)
+{
+    std::vector<unsigned char> bytes(300);
+    for (size_t i = 0; i < bytes.size(); ++i)
+    {
+        bytes[i] = static_cast<unsigned char>(i);
+    }
+    auto key = RegistryKey::Create(RegistryRoot::CurrentUser, "K");
+    key.SetBinaryValue("bytes", bytes);
+    key.SetBinaryValue("none", {});
+    const auto again = RegistryKey::Open(RegistryRoot::CurrentUser, "K");
+    EXPECT_EQ(again->BinaryValue("bytes"), bytes);
+    EXPECT_EQ(again->BinaryValue("none"), std::vector<unsigned char>());
+}
+
+TEST_F(Registry, AValueOfAnotherKindIsAbsent)
+{
+    auto key = RegistryKey::Create(RegistryRoot::CurrentUser, "K");
+    key.SetStringValue("text", "1");
+    key.SetBinaryValue("bytes", {1});
+    EXPECT_EQ(key.BinaryValue("text"), std::nullopt);
+    EXPECT_EQ(key.StringValue("bytes"), std::nullopt);
+}
+
+TEST_F(Registry, ALongTextComesBackWhole)
+{
+    const std::string text(5000, 'x');
+    RegistryKey::Create(RegistryRoot::CurrentUser, "K").SetStringValue("long", text);
+    EXPECT_EQ(RegistryKey::Open(RegistryRoot::CurrentUser, "K")->StringValue("long"), text);
+}
+
+TEST_F(Registry, SubKeysEndWithNothing)
+{
+    RegistryKey::Create(RegistryRoot::CurrentUser, "Profiles\\Anna");
+    RegistryKey::Create(RegistryRoot::CurrentUser, "Profiles\\Bert");
+    const auto key = RegistryKey::Open(RegistryRoot::CurrentUser, "Profiles");
+    EXPECT_EQ(key->SubKeyName(0), "Anna");
+    EXPECT_EQ(key->SubKeyName(1), "Bert");
+    EXPECT_EQ(key->SubKeyName(2), std::nullopt);
+}
+
+TEST_F(Registry, DeletingATreeTakesAllBelowIt)
+{
+    RegistryKey::Create(RegistryRoot::CurrentUser, "Profiles\\Anna\\Store").SetStringValue("a", "b");
+    RegistryKey::Create(RegistryRoot::CurrentUser, "Profiles\\Bert");
+    RegistryKey::DeleteTree(RegistryRoot::CurrentUser, "profiles\\ANNA");
+    EXPECT_FALSE(RegistryKey::Open(RegistryRoot::CurrentUser, "Profiles\\Anna").has_value());
+    EXPECT_TRUE(RegistryKey::Open(RegistryRoot::CurrentUser, "Profiles\\Bert").has_value());
+}
+
+TEST_F(Registry, DeletingWhatIsAbsentIsNoError)
+{
+    EXPECT_NO_THROW(RegistryKey::DeleteTree(RegistryRoot::CurrentUser, "Nobody\\Here"));
+    auto key = RegistryKey::Create(RegistryRoot::CurrentUser, "K");
+    EXPECT_NO_THROW(key.DeleteValue("nothing"));
+}
+
+TEST_F(Registry, ADeletedValueIsAbsent)
+{
+    auto key = RegistryKey::Create(RegistryRoot::CurrentUser, "K");
+    key.SetStringValue("a", "1");
+    key.SetStringValue("b", "2");
+    key.DeleteValue("A");
+    EXPECT_EQ(RegistryKey::Open(RegistryRoot::CurrentUser, "K")->StringValue("a"), std::nullopt);
+    EXPECT_EQ(RegistryKey::Open(RegistryRoot::CurrentUser, "K")->StringValue("b"), "2");
+}
+
+TEST_F(Registry, ARootCanNotBeDeleted)
+{
+    EXPECT_THROW(RegistryKey::DeleteTree(RegistryRoot::CurrentUser, ""), RegistryError);
+    EXPECT_THROW(RegistryKey::DeleteTree(RegistryRoot::CurrentUser, "\\"), RegistryError);
+}
+
+} // namespace

@@ -1,0 +1,21 @@
+// An empty registry for the length of a test.
+#pragma once
+
+#include <memory>
+
+/// While it lives, this process sees an empty HKEY_CLASSES_ROOT, HKEY_CURRENT_USER and HKEY_LOCAL_MACHINE: on Windows
+/// redirected below a key of its own, on Linux a file of its own (ZEBAPI_REGISTRY, which child processes see too).
+/// One at a time. Link zeb_test_registry.
+class RegistryScope
+{
+public:
+    RegistryScope();
+    ~RegistryScope();
+    RegistryScope(const RegistryScope&) = delete;
+    RegistryScope& operator=(const RegistryScope&) = delete;
+
+    struct Impl;
+
+private:
+    std::unique_ptr<Impl> m_impl;
+};
