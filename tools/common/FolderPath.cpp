@@ -1,0 +1,145 @@
+#include "tools/common/FolderPath.h"
+
+#include "tools/common/Failure.h"
+#include "tools/common/Output.h"
+#include "tools/common/PropertyWriter.h"
+
+#include <utility>
+
+namespace zeb::tools
+{
+namespace
+{
+
+/// The system's code for an element that was not found, which a look-up by name throws.
+constexpr long NameNotFound = 1168;
+
+std::string Escaped(const std::string& name)
+{
+    std::string text;
+    for (const char c : name)
+    {
+        if (c == '/' || c == '\\')
+            text += '\\';
+        text += c;
+    }
+    return text;
+}
+
+/// Looks a subfolder up by its name. @return false when there is none.
+bool Find(CZebFolder& parent, const std::string& name, CZebFolder& folder)
+{
+    try
+    {
+        folder = parent.OpenFolderByNameW(WideFromUtf8(name));
+        return true;
+    }
+    catch (CZebException* exception)
+    {
+        if (exception->GetResult() != NameNotFound)
+            throw;
+        exception->Delete();
+        return false;
+    }
+}
+
+} // namespace
+
+FolderPath FolderPath::Parse(const std::string& text)
+{
+    FolderPath path;
+    path.fromRoot = !text.empty() && text.front() == '/';
+    std::string name;
+    for (size_t i = path.fromRoot ? 1 : 0; i < text.size(); ++i)
+    {
+        if (text[i] == '/')
+        {
+            path.names.push_back(std::exchange(name, {}));
+            continue;
+        }
+        if (text[i] == '\\' && i + 1 < text.size())
+            ++i;
+        name += text[i];
+    }
+    if (!name.empty() || !path.names.empty())
+        path.names.push_back(name);
+    for (const std::string& part : path.names)
+        if (part.empty())
+            throw ToolError("the folder path \"" + text + "\" has an empty name in it");
+    return path;
+}
+
+std::string FolderPath::Text() const
+{
+    std::string text;
+    for (const std::string& name : names)
+        text += (text.empty() && !fromRoot ? "" : "/") + Escaped(name);
+    return text.empty() && fromRoot ? "/" : text;
+}
+
+FolderPath FolderPath::Below(const std::string& name) const
+{
+    FolderPath path = *this;
+    path.names.push_back(name);
+    return path;
+}
+
+FolderTree::FolderTree(CZebMsgStore& store)
+    : m_store(store)
+{
+}
+
+CZebFolder FolderTree::Top(bool fromRoot)
+{
+    return fromRoot ? m_store.OpenRootFolder(MAPI_BEST_ACCESS)
+                    : m_store.OpenSpecialFolder(PR_IPM_SUBTREE_ENTRYID, MAPI_BEST_ACCESS);
+}
+
+bool FolderTree::OpenOrCreate(CZebFolder& parent, const std::string& name, CZebFolder& folder)
+{
+    if (Find(parent, name, folder))
+        return false;
+    const CComPtr<IMAPIFolder> owner = InterfaceOf(parent);
+    CComPtr<IMAPIFolder> created;
+    CStringW wide = WideFromUtf8(name);
+    ThrowIfFailed(owner->CreateFolder(FOLDER_GENERIC, reinterpret_cast<LPTSTR>(wide.GetBuffer()), nullptr,
+                                      nullptr, MAPI_UNICODE, created.Put()),
+                  owner, __FILE__, __LINE__);
+    folder = CZebFolder(created.Get());
+    return true;
+}
+
+CZebFolder& FolderTree::Open(const FolderPath& path)
+{
+    const std::string key = path.Text();
+    const auto known = m_open.find(key);
+    if (known != m_open.end())
+        return known->second;
+    CZebFolder folder(nullptr);
+    if (path.names.empty())
+    {
+        folder = Top(path.fromRoot);
+    }
+    else
+    {
+        FolderPath above = path;
+        above.names.pop_back();
+        if (OpenOrCreate(Open(above), path.names.back(), folder))
+            m_created.push_back(path);
+    }
+    return m_open.emplace(key, folder).first->second;
+}
+
+void FolderTree::UndoCreated()
+{
+    for (; !m_created.empty(); m_created.pop_back())
+    {
+        FolderPath above = m_created.back();
+        above.names.pop_back();
+        const CZebBinary entryId = Open(m_created.back()).GetEntryID();
+        m_open.erase(m_created.back().Text());
+        Open(above).DeleteFolder(entryId, nullptr, DEL_FOLDERS, nullptr);
+    }
+}
+
+} // namespace zeb::tools

@@ -1,0 +1,50 @@
+// Folders by path.
+#pragma once
+
+#include "zebapi/ZebAPI.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace zeb::tools
+{
+
+/// The names of a folder path: "Inbox/Sub" below the folder that users see as the top of their mail,
+/// "/Finder" below the store's root. A slash or backslash inside a name is written with a backslash before
+/// it. Empty: the top itself.
+struct FolderPath
+{
+    bool fromRoot = false;
+    std::vector<std::string> names; ///< UTF-8
+
+    /// @throws ToolError for an empty name
+    static FolderPath Parse(const std::string& text);
+    std::string Text() const;
+    FolderPath Below(const std::string& name) const;
+};
+
+/// Opens folders of one store by path, creates what is missing, and keeps them open.
+class FolderTree
+{
+public:
+    explicit FolderTree(CZebMsgStore& store);
+
+    /// @throws CZebException*
+    CZebFolder& Open(const FolderPath& path);
+
+    /// Deletes the folders that Open created since the last Keep, deepest first.
+    void UndoCreated();
+    void Keep() { m_created.clear(); }
+
+private:
+    CZebFolder Top(bool fromRoot);
+    /// @return true when the folder had to be made
+    bool OpenOrCreate(CZebFolder& parent, const std::string& name, CZebFolder& folder);
+
+    CZebMsgStore& m_store;
+    std::map<std::string, CZebFolder> m_open;
+    std::vector<FolderPath> m_created;
+};
+
+} // namespace zeb::tools

@@ -1,0 +1,70 @@
+#include "tools/common/HostSession.h"
+
+#include "tools/common/Failure.h"
+#include "tools/common/Output.h"
+
+namespace zeb::tools
+{
+namespace
+{
+
+std::string NamedProfile(const std::string& profile)
+{
+    return profile.empty() ? "the default profile" : "profile '" + Utf8FromNarrow(profile) + "'";
+}
+
+} // namespace
+
+HostMapi::HostMapi()
+{
+    try
+    {
+        Zeb_GetMAPI().Initialize(false);
+    }
+    catch (...)
+    {
+        FailWhile("no usable MAPI provider ('zeb doctor' says why)");
+    }
+}
+
+HostMapi::~HostMapi()
+{
+    Zeb_GetMAPI().Uninitialize(nullptr);
+}
+
+HostSession::HostSession(const std::string& profile)
+    : m_session(nullptr)
+{
+    if (profile.empty() && Zeb_GetMAPI().GetDefaultProfileName().IsEmpty())
+        throw ToolError("there is no default profile; 'zeb profile list' shows the profiles there are");
+    try
+    {
+        m_session = Zeb_GetMAPI().OpenSession(nullptr, profile.empty() ? nullptr : profile.c_str());
+    }
+    catch (...)
+    {
+        FailWhile("logging on to " + NamedProfile(profile));
+    }
+}
+
+HostSession::~HostSession()
+{
+    m_session.Logoff(0, 0, 0);
+}
+
+CZebMsgStore HostSession::OpenStore()
+{
+    return m_session.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS | MDB_NO_DIALOG);
+}
+
+std::string TextOf(CZebIProp& object, ULONG wideTag)
+{
+    return Utf8(object.GetStringPropW(wideTag));
+}
+
+std::string TextOf(const CZebRow& row, ULONG wideTag)
+{
+    return row.hasRealValue(wideTag) ? Utf8(static_cast<CStringW>(row[wideTag])) : std::string();
+}
+
+} // namespace zeb::tools

@@ -1,0 +1,237 @@
+#include "tools/common/PropertyWriter.h"
+
+#include "tools/common/Failure.h"
+
+#include <cstring>
+
+namespace zeb::tools
+{
+namespace
+{
+
+/// Above this a value goes through a stream: a provider may refuse more in one call.
+constexpr size_t LargestInOneCall = 32 * 1024;
+constexpr size_t StreamPiece = 256 * 1024;
+
+bool GoesByStream(const Property& property)
+{
+    if (property.source)
+        return true;
+    const ULONG type = property.Type();
+    return (type == PT_STRING8 || type == PT_UNICODE || type == PT_BINARY) && property.values.size() == 1 &&
+           property.values.front().size() > LargestInOneCall;
+}
+
+void WriteAll(IStream* stream, const char* bytes, size_t size)
+{
+    while (size > 0)
+    {
+        ULONG written = 0;
+        const ULONG piece = static_cast<ULONG>(size < StreamPiece ? size : StreamPiece);
+        ThrowIfFailed(stream->Write(bytes, piece, &written), __FILE__, __LINE__);
+        ThrowIfFailed(written == 0 ? STG_E_MEDIUMFULL : S_OK, __FILE__, __LINE__);
+        bytes += written;
+        size -= written;
+    }
+}
+
+void WriteByStream(CZebIProp& object, const Property& property)
+{
+    const auto stream = object.OpenProperty(property.tag, MAPI_CREATE | MAPI_MODIFY);
+    if (property.source)
+    {
+        std::vector<char> piece(StreamPiece);
+        while (const size_t size = property.source->Read(piece.data(), piece.size()))
+            WriteAll(stream.Get(), piece.data(), size);
+    }
+    else
+    {
+        WriteAll(stream.Get(), property.values.front().data(), property.values.front().size());
+    }
+    ThrowIfFailed(stream->Commit(STGC_DEFAULT), __FILE__, __LINE__);
+}
+
+std::vector<Refusal> RefusalsOf(CZebPropProblemArray& problems,
+                                const std::vector<const Property*>& properties)
+{
+    std::vector<Refusal> refusals;
+    for (int i = 0; i < problems.GetCount(); ++i)
+    {
+        const SPropProblem& problem = problems[i];
+        const bool known = problem.ulIndex < properties.size();
+        refusals.push_back({known ? PropertyText(*properties[problem.ulIndex]) : "a property",
+                            static_cast<long>(problem.scode)});
+    }
+    return refusals;
+}
+
+void Append(std::vector<Refusal>& to, std::vector<Refusal> more)
+{
+    to.insert(to.end(), more.begin(), more.end());
+}
+
+void FreeAddressList(ADRLIST* list)
+{
+    for (ULONG i = 0; i < list->cEntries; ++i)
+        if (list->aEntries[i].rgPropVals)
+            Zeb_MemFree(list->aEntries[i].rgPropVals);
+    Zeb_MemFree(list);
+}
+
+void WriteRecipients(IMessage* message, std::vector<Properties>& recipients, NameResolver& names)
+{
+    if (recipients.empty())
+        return;
+    const auto size = static_cast<unsigned long>(CbNewADRLIST(recipients.size()));
+    std::unique_ptr<ADRLIST, void (*)(ADRLIST*)> list(static_cast<ADRLIST*>(Zeb_MemAllocate(size, nullptr)),
+                                                      FreeAddressList);
+    for (Properties& recipient : recipients)
+    {
+        names.Resolve(message, recipient);
+        std::vector<const Property*> all;
+        for (const Property& property : recipient)
+            all.push_back(&property);
+        PropertyArray array;
+        array.Assign(all);
+        ADRENTRY& entry = list->aEntries[list->cEntries];
+        entry.cValues = array.Count();
+        entry.rgPropVals = array.Detach();
+        ++list->cEntries;
+    }
+    ThrowIfFailed(message->ModifyRecipients(MODRECIP_ADD, list.get()), message, __FILE__, __LINE__);
+}
+
+std::vector<Refusal> WriteEmbedded(IAttach* attachment, MessageContent& content, NameResolver& names)
+{
+    CComPtr<IMessage> message;
+    ThrowIfFailed(attachment->OpenProperty(PR_ATTACH_DATA_OBJ, &IID_IMessage, 0, MAPI_CREATE | MAPI_MODIFY,
+                                           message.PutAs<IUnknown>()),
+                  attachment, __FILE__, __LINE__);
+    std::vector<Refusal> refusals = WriteMessage(message.Get(), content, names);
+    Save(message.Get());
+    return refusals;
+}
+
+std::vector<Refusal> WriteAttachment(IMessage* message, AttachmentContent& content, NameResolver& names)
+{
+    CComPtr<IAttach> attachment;
+    ULONG number = 0;
+    ThrowIfFailed(message->CreateAttach(nullptr, 0, &number, attachment.Put()), message, __FILE__, __LINE__);
+    std::vector<Refusal> refusals = WriteProperties(attachment.Get(), content.properties, names);
+    if (content.message)
+        Append(refusals, WriteEmbedded(attachment.Get(), *content.message, names));
+    Save(attachment.Get());
+    return refusals;
+}
+
+} // namespace
+
+std::string NameResolver::KeyOf(const PropertyName& name)
+{
+    std::string key(reinterpret_cast<const char*>(&name.set), sizeof name.set);
+    if (name.isText)
+        key.append("t").append(reinterpret_cast<const char*>(name.text.data()),
+                               name.text.size() * sizeof(WCHAR));
+    else
+        key.append("n").append(reinterpret_cast<const char*>(&name.id), sizeof name.id);
+    return key;
+}
+
+void NameResolver::Resolve(IMAPIProp* object, Properties& properties)
+{
+    std::map<std::string, const PropertyName*> missing;
+    for (const Property& property : properties)
+        if (property.name && m_identifiers.count(KeyOf(*property.name)) == 0)
+            missing.emplace(KeyOf(*property.name), &*property.name);
+    if (!missing.empty())
+        Ask(object, missing);
+    for (Property& property : properties)
+        if (property.name)
+            property.tag = PROP_TAG(property.Type(), m_identifiers.at(KeyOf(*property.name)));
+}
+
+void NameResolver::Ask(IMAPIProp* object, const std::map<std::string, const PropertyName*>& missing)
+{
+    std::vector<MAPINAMEID> names;
+    for (const auto& entry : missing)
+    {
+        MAPINAMEID name{};
+        name.lpguid = const_cast<GUID*>(&entry.second->set);
+        name.ulKind = entry.second->isText ? MNID_STRING : MNID_ID;
+        if (entry.second->isText)
+            name.Kind.lpwstrName = const_cast<WCHAR*>(entry.second->text.c_str());
+        else
+            name.Kind.lID = entry.second->id;
+        names.push_back(name);
+    }
+    std::vector<MAPINAMEID*> pointers;
+    for (MAPINAMEID& name : names)
+        pointers.push_back(&name);
+    CZebPropTagArray tags;
+    ThrowIfFailed(
+        object->GetIDsFromNames(static_cast<ULONG>(pointers.size()), pointers.data(), MAPI_CREATE, &tags),
+        object, __FILE__, __LINE__);
+    int index = 0;
+    for (const auto& entry : missing)
+    {
+        if (PROP_TYPE(tags[index]) == PT_ERROR)
+            throw ToolError("the store gives no identifier for a named property of " +
+                            GuidText(entry.second->set));
+        m_identifiers[entry.first] = PROP_ID(tags[index++]);
+    }
+}
+
+std::vector<Refusal> WriteProperties(IMAPIProp* object, Properties& properties, NameResolver& names)
+{
+    names.Resolve(object, properties);
+    std::vector<const Property*> small;
+    for (const Property& property : properties)
+        if (!GoesByStream(property))
+            small.push_back(&property);
+    std::vector<Refusal> refusals;
+    if (!small.empty())
+    {
+        PropertyArray array;
+        array.Assign(small);
+        CZebPropProblemArray problems;
+        ThrowIfFailed(object->SetProps(array.Count(), array.Values(), &problems), object, __FILE__, __LINE__);
+        refusals = RefusalsOf(problems, small);
+    }
+    CZebPropObj wrapper(object);
+    for (const Property& property : properties)
+        if (GoesByStream(property))
+            WriteByStream(wrapper, property);
+    return refusals;
+}
+
+std::vector<Refusal> WriteMessage(IMessage* message, MessageContent& content, NameResolver& names)
+{
+    std::vector<Refusal> refusals = WriteProperties(message, content.properties, names);
+    WriteRecipients(message, content.recipients, names);
+    for (AttachmentContent& attachment : content.attachments)
+        Append(refusals, WriteAttachment(message, attachment, names));
+    return refusals;
+}
+
+CComPtr<IMAPIFolder> InterfaceOf(const CZebFolder& folder)
+{
+    CComPtr<IMAPIFolder> result;
+    ThrowIfFailed(folder.GetInterface().QueryInterface(IID_IMAPIFolder, result), __FILE__, __LINE__);
+    return result;
+}
+
+CComPtr<IMessage> CreateMessage(const CZebFolder& folder, bool associated)
+{
+    const CComPtr<IMAPIFolder> owner = InterfaceOf(folder);
+    CComPtr<IMessage> message;
+    ThrowIfFailed(owner->CreateMessage(nullptr, associated ? MAPI_ASSOCIATED : 0, message.Put()), owner,
+                  __FILE__, __LINE__);
+    return message;
+}
+
+void Save(IMAPIProp* object)
+{
+    ThrowIfFailed(object->SaveChanges(KEEP_OPEN_READWRITE), object, __FILE__, __LINE__);
+}
+
+} // namespace zeb::tools

@@ -1,0 +1,122 @@
+#include "tools/zeb-import/Importer.h"
+
+#include "tools/common/Failure.h"
+#include "tools/common/Output.h"
+
+#include <algorithm>
+
+namespace zeb::tools
+{
+namespace
+{
+
+bool SamePath(const FolderPath& a, const FolderPath& b)
+{
+    return a.fromRoot == b.fromRoot && a.names == b.names;
+}
+
+/// Properties that say what the source's own store thought of the object, not what the object is: the new
+/// store answers for them itself and says so.
+bool IsAnsweredByStore(const Refusal& refusal)
+{
+    return refusal.code == MAPI_E_COMPUTED || refusal.code == MAPI_E_NO_ACCESS;
+}
+
+} // namespace
+
+Importer::Importer(HostSession& session, std::vector<FolderPath> inbox, uint64_t messages)
+    : m_store(session.OpenStore())
+    , m_tree(m_store)
+    , m_inbox(std::move(inbox))
+    , m_progress("messages", messages)
+{
+    CZebFolder folder = m_store.OpenInboxFolder(MAPI_BEST_ACCESS);
+    m_inboxTarget.names.push_back(TextOf(folder, PR_DISPLAY_NAME_W));
+}
+
+FolderPath Importer::TargetOf(const FolderPath& source) const
+{
+    // The nearest folder above (or the folder itself) that becomes the inbox decides.
+    for (FolderPath above = source;; above.names.pop_back())
+    {
+        const bool isInbox = std::any_of(m_inbox.begin(), m_inbox.end(),
+                                         [&](const FolderPath& path) { return SamePath(path, above); });
+        if (isInbox)
+        {
+            FolderPath target = m_inboxTarget;
+            target.names.insert(target.names.end(),
+                                source.names.begin() + static_cast<long>(above.names.size()),
+                                source.names.end());
+            return target;
+        }
+        if (above.names.empty())
+            return source;
+    }
+}
+
+void Importer::AddFolder(const FolderPath& source, Properties properties)
+{
+    try
+    {
+        const FolderPath target = TargetOf(source);
+        CZebFolder& folder = m_tree.Open(target);
+        // The folder has its name already, and the inbox keeps its own.
+        properties.erase(std::remove_if(properties.begin(), properties.end(),
+                                        [](const Property& property) {
+                                            return !property.name &&
+                                                   PROP_ID(property.tag) == PROP_ID(PR_DISPLAY_NAME);
+                                        }),
+                         properties.end());
+        if (!properties.empty() && !SamePath(target, m_inboxTarget))
+        {
+            const CComPtr<IMAPIFolder> raw = InterfaceOf(folder);
+            ReportRefusals(source.Text(), WriteProperties(raw.Get(), properties, m_names));
+            Save(raw.Get());
+        }
+        ++m_folders;
+    }
+    catch (...)
+    {
+        Skip(source.Text(), CurrentFailure());
+    }
+    m_tree.Keep();
+}
+
+void Importer::AddMessage(const FolderPath& source, bool associated, const std::string& item,
+                          const std::function<MessageContent()>& read)
+{
+    try
+    {
+        MessageContent content = read();
+        const CComPtr<IMessage> message = CreateMessage(m_tree.Open(TargetOf(source)), associated);
+        ReportRefusals(item, WriteMessage(message.Get(), content, m_names));
+        Save(message.Get());
+        ++m_messages;
+    }
+    catch (...)
+    {
+        Skip(item, CurrentFailure());
+    }
+    m_tree.Keep();
+    m_progress.Step(m_messages + m_skipped);
+}
+
+void Importer::ReportRefusals(const std::string& item, const std::vector<Refusal>& refusals)
+{
+    for (const Refusal& refusal : refusals)
+    {
+        if (IsAnsweredByStore(refusal))
+            continue;
+        const char* name = Zeb_NameFromValue("MAPIErrors", static_cast<ULONG>(refusal.code), nullptr);
+        Skip(item, "the store refuses " + refusal.property + (name ? " (" + std::string(name) + ")" : ""));
+    }
+}
+
+void Importer::Skip(const std::string& item, const std::string& reason)
+{
+    ++m_skipped;
+    m_progress.Clear();
+    Complain("zeb-import", OneLine(item) + ": skipped: " + reason);
+}
+
+} // namespace zeb::tools

@@ -1,0 +1,134 @@
+#include "tools/zeb-import/PstMessage.h"
+
+#include "tools/common/Failure.h"
+namespace zeb::tools
+{
+namespace
+{
+
+/// Attachments above this are read piece by piece.
+constexpr size64_t LargestInMemory = 1024 * 1024;
+constexpr int DeepestMessage = 32;
+
+/// An attachment's bytes; keeps the attachment and its message open.
+class AttachmentBytes : public ByteSource
+{
+public:
+    AttachmentBytes(std::shared_ptr<libpff_item_t> message, pff::Item attachment)
+        : m_message(std::move(message))
+        , m_attachment(std::move(attachment))
+    {
+    }
+
+    size_t Read(char* buffer, size_t size) override
+    {
+        libpff_error_t* error = nullptr;
+        const ssize_t read = libpff_attachment_data_read_buffer(
+            m_attachment.get(), reinterpret_cast<uint8_t*>(buffer), size, &error);
+        pff::Check(read < 0 ? -1 : 0, error, "an attachment can not be read");
+        return static_cast<size_t>(read);
+    }
+
+private:
+    std::shared_ptr<libpff_item_t> m_message;
+    pff::Item m_attachment;
+};
+
+Property* Find(Properties& properties, ULONG id)
+{
+    for (Property& property : properties)
+        if (!property.name && PROP_ID(property.tag) == id)
+            return &property;
+    return nullptr;
+}
+
+/// The file keeps the length of the subject's prefix ("RE: ") in two characters before the text; they are no
+/// part of the property.
+void StripSubjectMark(Properties& properties)
+{
+    Property* subject = Find(properties, PROP_ID(PR_SUBJECT));
+    if (!subject || subject->values.size() != 1)
+        return;
+    std::string& text = subject->values.front();
+    const size_t width = subject->Type() == PT_UNICODE ? 2 : 1;
+    if (text.size() >= 2 * width && text[0] == 1 && (width == 1 || text[1] == 0))
+        text.erase(0, 2 * width);
+}
+
+MessageContent ReadMessage(const std::shared_ptr<libpff_item_t>& item, int depth);
+
+AttachmentContent ReadAttachment(const std::shared_ptr<libpff_item_t>& message, int index, int depth)
+{
+    pff::Item attachment =
+        pff::Take("an attachment can not be read", [&](libpff_item_t** item, libpff_error_t** error)
+                  { return libpff_message_get_attachment(message.get(), index, item, error); });
+    AttachmentContent content;
+    content.properties = pff::ReadRecordSet(attachment.get(), 0);
+    const int type = pff::Number("an attachment has no type", [&](int* number, libpff_error_t** error)
+                                 { return libpff_attachment_get_type(attachment.get(), number, error); });
+    if (type == LIBPFF_ATTACHMENT_TYPE_ITEM)
+    {
+        pff::Item embedded =
+            pff::Take("an embedded message can not be read", [&](libpff_item_t** item, libpff_error_t** error)
+                      { return libpff_attachment_get_item(attachment.get(), item, error); });
+        // The embedded item lives no longer than its attachment, and that no longer than the message.
+        struct Owner
+        {
+            std::shared_ptr<libpff_item_t> message;
+            pff::Item attachment, embedded;
+        };
+        const auto owner =
+            std::make_shared<Owner>(Owner{message, std::move(attachment), std::move(embedded)});
+        content.message = std::make_shared<MessageContent>(
+            ReadMessage(std::shared_ptr<libpff_item_t>(owner, owner->embedded.get()), depth + 1));
+        return content;
+    }
+    size64_t size = 0;
+    libpff_error_t* error = nullptr;
+    const int known = libpff_attachment_get_data_size(attachment.get(), &size, &error);
+    pff::Check(known, error, "an attachment can not be read");
+    if (known == 1 && size > LargestInMemory)
+        if (Property* data = Find(content.properties, PROP_ID(PR_ATTACH_DATA_BIN)))
+        {
+            data->values.clear();
+            data->source = std::make_shared<AttachmentBytes>(message, std::move(attachment));
+        }
+    return content;
+}
+
+std::vector<Properties> ReadRecipients(libpff_item_t* message)
+{
+    std::vector<Properties> recipients;
+    const pff::Item list =
+        pff::Take("the recipients can not be read", [&](libpff_item_t** item, libpff_error_t** error)
+                  { return libpff_message_get_recipients(message, item, error); });
+    for (int i = 0, count = list ? pff::RecordSets(list.get()) : 0; i < count; ++i)
+        recipients.push_back(pff::ReadRecordSet(list.get(), i));
+    return recipients;
+}
+
+MessageContent ReadMessage(const std::shared_ptr<libpff_item_t>& item, int depth)
+{
+    if (depth > DeepestMessage)
+        throw ToolError("messages are embedded in each other more than " + std::to_string(DeepestMessage) +
+                        " deep");
+    MessageContent content;
+    content.properties = pff::ReadRecordSet(item.get(), 0);
+    StripSubjectMark(content.properties);
+    content.recipients = ReadRecipients(item.get());
+    const int attachments =
+        pff::Number("the attachments can not be read", [&](int* number, libpff_error_t** error)
+                    { return libpff_message_get_number_of_attachments(item.get(), number, error); });
+    for (int i = 0; i < attachments; ++i)
+        content.attachments.push_back(ReadAttachment(item, i, depth));
+    return content;
+}
+
+} // namespace
+
+MessageContent ReadPstMessage(std::shared_ptr<libpff_item_t> item)
+{
+    return ReadMessage(item, 0);
+}
+
+} // namespace zeb::tools

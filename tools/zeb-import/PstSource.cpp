@@ -1,0 +1,230 @@
+#include "tools/zeb-import/PstSource.h"
+
+#include "tools/common/Failure.h"
+#include "tools/common/Output.h"
+#include "tools/zeb-import/PstMessage.h"
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+namespace zeb::tools
+{
+namespace
+{
+
+/// The last four bytes of a folder's entry identifier in a PST file are its node.
+constexpr size_t EntryIdSize = 24, NodeInEntryId = 20;
+
+/// The size that the file's header tells; 0 when there is no such header.
+uint64_t SizeInHeader(const std::string& file)
+{
+    unsigned char header[0xC0] = {};
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream.read(reinterpret_cast<char*>(header), sizeof header) || std::memcmp(header, "!BDN", 4) != 0)
+        return 0;
+    // The field moved when the format went from 32 to 64 bits.
+    const unsigned version = header[10] | header[11] << 8;
+    const size_t field = version >= 23 ? 0xB8 : 0xA8;
+    uint64_t size = 0;
+    for (size_t i = version >= 23 ? 8 : 4; i-- > 0;)
+        size = size << 8 | header[field + i];
+    return size;
+}
+
+std::string NameOf(libpff_item_t* folder)
+{
+    size_t size = 0;
+    libpff_error_t* error = nullptr;
+    const int known = libpff_folder_get_utf8_name_size(folder, &size, &error);
+    pff::Check(known, error, "a folder's name can not be read");
+    if (known == 0 || size == 0)
+        return {};
+    std::string name(size, '\0');
+    pff::Check(libpff_folder_get_utf8_name(folder, reinterpret_cast<uint8_t*>(name.data()), size, &error),
+               error, "a folder's name can not be read");
+    return name.substr(0, name.find('\0'));
+}
+
+uint32_t IdentifierOf(libpff_item_t* item)
+{
+    uint32_t identifier = 0;
+    libpff_item_get_identifier(item, &identifier, nullptr);
+    return identifier;
+}
+
+int SubFolders(libpff_item_t* folder)
+{
+    return pff::Number("the subfolders can not be read", [&](int* number, libpff_error_t** error)
+                       { return libpff_folder_get_number_of_sub_folders(folder, number, error); });
+}
+
+pff::Item SubFolder(libpff_item_t* folder, int index)
+{
+    return pff::Take("a folder can not be read", [&](libpff_item_t** item, libpff_error_t** error)
+                     { return libpff_folder_get_sub_folder(folder, index, item, error); });
+}
+
+int Messages(libpff_item_t* folder, bool associated)
+{
+    return pff::Number(
+        "the messages can not be counted",
+        [&](int* number, libpff_error_t** error)
+        {
+            return associated ? libpff_folder_get_number_of_sub_associated_contents(folder, number, error)
+                              : libpff_folder_get_number_of_sub_messages(folder, number, error);
+        });
+}
+
+} // namespace
+
+PstSource::PstSource(const std::string& file)
+    : m_name(Utf8FromNarrow(file))
+{
+    std::error_code failure;
+    const auto size = std::filesystem::file_size(file, failure);
+    if (failure)
+        throw ToolError("'" + m_name + "' can not be read: " + failure.message());
+    const uint64_t told = SizeInHeader(file);
+    if (told == 0)
+        throw ToolError("'" + m_name + "' is no PST or OST file");
+    if (told > size)
+        throw ToolError("'" + m_name + "' is cut short: it should have " + Grouped(told) + " bytes and has " +
+                        Grouped(size));
+    libpff_error_t* error = nullptr;
+    pff::Check(libpff_file_initialize(&m_file, &error), error, "libpff does not start");
+    try
+    {
+        pff::Check(libpff_file_open(m_file, file.c_str(), LIBPFF_OPEN_READ, &error), error,
+                   "'" + m_name + "' can not be opened as a PST or OST file");
+        Open();
+    }
+    catch (...)
+    {
+        m_root.reset();
+        libpff_file_free(&m_file, nullptr);
+        throw;
+    }
+}
+
+PstSource::~PstSource()
+{
+    m_root.reset();
+    libpff_file_close(m_file, nullptr);
+    libpff_file_free(&m_file, nullptr);
+}
+
+void PstSource::Open()
+{
+    m_root =
+        pff::Take("'" + m_name + "' has no root folder", [&](libpff_item_t** item, libpff_error_t** error)
+                  { return libpff_file_get_root_folder(m_file, item, error); });
+    if (!m_root)
+        throw ToolError("'" + m_name + "' has no root folder");
+    m_top = IdentifierOfTop();
+    FolderPath root;
+    root.fromRoot = true;
+    Walk(m_root.get(), root);
+}
+
+uint32_t PstSource::IdentifierOfTop() const
+{
+    const pff::Item store =
+        pff::Take("'" + m_name + "' has no message store", [&](libpff_item_t** item, libpff_error_t** error)
+                  { return libpff_file_get_message_store(m_file, item, error); });
+    if (!store)
+        return 0;
+    for (const Property& property : pff::ReadRecordSet(store.get(), 0))
+        if (property.tag == PR_IPM_SUBTREE_ENTRYID && property.values.front().size() == EntryIdSize)
+        {
+            uint32_t node = 0;
+            std::memcpy(&node, property.values.front().data() + NodeInEntryId, sizeof node);
+            return node;
+        }
+    return 0;
+}
+
+FolderPath PstSource::PathOf(libpff_item_t* folder, const FolderPath& above, int index) const
+{
+    if (m_top != 0 && IdentifierOf(folder) == m_top)
+        return {};
+    const std::string name = NameOf(folder);
+    return above.Below(name.empty() ? "folder " + std::to_string(index + 1) : name);
+}
+
+void PstSource::Walk(libpff_item_t* folder, const FolderPath& path)
+{
+    // A folder that can not be read is reported by the import itself.
+    try
+    {
+        m_count += static_cast<uint64_t>(Messages(folder, false) + Messages(folder, true));
+        for (int i = 0, count = SubFolders(folder); i < count; ++i)
+        {
+            const pff::Item sub = SubFolder(folder, i);
+            const FolderPath below = PathOf(sub.get(), path, i);
+            m_folders.push_back(below);
+            Walk(sub.get(), below);
+        }
+    }
+    catch (const ToolError&)
+    {
+        return;
+    }
+}
+
+std::vector<FolderPath> PstSource::Folders()
+{
+    return m_folders;
+}
+
+void PstSource::Run(Importer& importer)
+{
+    FolderPath root;
+    root.fromRoot = true;
+    ImportFolder(importer, m_root.get(), root);
+}
+
+void PstSource::ImportMessages(Importer& importer, libpff_item_t* folder, const FolderPath& path,
+                               bool associated)
+{
+    for (int i = 0, count = Messages(folder, associated); i < count; ++i)
+    {
+        const std::string item =
+            path.Text() + ", " + (associated ? "associated " : "") + "message " + std::to_string(i + 1);
+        importer.AddMessage(
+            path, associated, item,
+            [&]
+            {
+                pff::Item raw =
+                    pff::Take("it can not be read",
+                              [&](libpff_item_t** out, libpff_error_t** error)
+                              {
+                                  return associated
+                                             ? libpff_folder_get_sub_associated_content(folder, i, out, error)
+                                             : libpff_folder_get_sub_message(folder, i, out, error);
+                              });
+                return ReadPstMessage(std::shared_ptr<libpff_item_t>(std::move(raw)));
+            });
+    }
+}
+
+void PstSource::ImportFolder(Importer& importer, libpff_item_t* folder, const FolderPath& path)
+{
+    try
+    {
+        importer.AddFolder(path, path.names.empty() ? Properties() : pff::ReadRecordSet(folder, 0));
+        ImportMessages(importer, folder, path, false);
+        ImportMessages(importer, folder, path, true);
+        for (int i = 0, count = SubFolders(folder); i < count; ++i)
+        {
+            const pff::Item sub = SubFolder(folder, i);
+            ImportFolder(importer, sub.get(), PathOf(sub.get(), path, i));
+        }
+    }
+    catch (const ToolError& error)
+    {
+        importer.Skip(path.Text(), error.what());
+    }
+}
+
+} // namespace zeb::tools

@@ -1,0 +1,121 @@
+#include "platform/console.h"
+#include "tools/common/Failure.h"
+#include "tools/common/Output.h"
+#include "tools/zeb-import/Importer.h"
+#include "tools/zeb-import/MimeSource.h"
+#include "tools/zeb-import/PstSource.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <memory>
+
+namespace
+{
+
+using namespace zeb::tools;
+
+struct Options
+{
+    std::string profile;
+    std::string input;
+    std::vector<std::string> inbox;
+};
+
+/// The folders named on the command line; every one must be in the source.
+std::vector<FolderPath> InboxFolders(const Options& options, MailSource& source)
+{
+    const std::vector<FolderPath> known = source.Folders();
+    std::vector<FolderPath> chosen;
+    for (const std::string& text : options.inbox)
+    {
+        const FolderPath path = FolderPath::Parse(text);
+        const bool found =
+            std::any_of(known.begin(), known.end(),
+                        [&](const FolderPath& folder)
+                        { return folder.fromRoot == path.fromRoot && folder.names == path.names; });
+        if (!found)
+        {
+            std::string list;
+            for (const FolderPath& folder : known)
+                list += "\n  " + OneLine(folder.Text());
+            throw ToolError("'" + options.input + "' has no folder '" + text + "'; it has:" + list);
+        }
+        chosen.push_back(path);
+    }
+    return chosen;
+}
+
+std::string Counted(uint64_t number, const char* one, const char* many)
+{
+    return Grouped(number) + " " + (number == 1 ? one : many);
+}
+
+int Import(const Options& options, MailSource& source)
+{
+    const std::vector<FolderPath> inbox = InboxFolders(options, source);
+    HostSession session(options.profile);
+    uint64_t skipped = 0;
+    std::string summary;
+    {
+        Importer importer(session, inbox, source.MessageCount());
+        source.Run(importer);
+        skipped = importer.Skipped();
+        summary = Counted(importer.Messages(), "message", "messages") + " in " +
+                  Counted(importer.Folders(), "folder", "folders");
+    }
+    Print(summary + (skipped ? ", " + Counted(skipped, "item", "items") + " skipped\n" : "\n"));
+    return skipped ? ExitSkipped : ExitDone;
+}
+
+template <typename Source>
+void AddKind(CLI::App& app, const std::shared_ptr<Options>& options, std::function<int()>& action,
+             const char* name, const char* what, const char* argument)
+{
+    CLI::App* command = app.add_subcommand(name, what);
+    command->add_option("input", options->input, "What to read")->required()->type_name(argument);
+    command
+        ->add_option("--inbox", options->inbox,
+                     "A source folder that becomes the inbox, by its path (\"Top/Sub\"); several go into one")
+        ->type_name("PATH")
+        ->expected(1)
+        ->take_all();
+    command
+        ->add_option("--profile", options->profile,
+                     "The profile to log on to; without it the default profile")
+        ->type_name("NAME");
+    command->callback(
+        [options, &action]
+        {
+            action = [options]
+            {
+                Source source(options->input);
+                return Import(*options, source);
+            };
+        });
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    zeb::platform::PrepareConsole();
+    CLI::App app("Brings mail into the default store of a profile.", "zeb-import");
+    app.require_subcommand(1);
+    app.footer("Exit codes: 0 done, 1 failed, 2 wrong usage, 3 done but for the items that were reported and "
+               "skipped.");
+    const auto options = std::make_shared<Options>();
+    std::function<int()> action;
+    AddKind<PstSource>(app, options, action, "pst", "Imports a PST or OST file with every property", "FILE");
+    AddKind<MboxSource>(app, options, action, "mbox", "Imports an mbox file", "FILE");
+    AddKind<EmlSource>(app, options, action, "eml", "Imports a folder of .eml files", "DIR");
+    try
+    {
+        app.parse(argc, argv);
+    }
+    catch (const CLI::ParseError& error)
+    {
+        return app.exit(error) == 0 ? ExitDone : ExitUsage;
+    }
+    return RunTool("zeb-import", action);
+}

@@ -1,0 +1,139 @@
+// zeb doctor: why MAPI works here, or does not.
+#include "tools/common/Failure.h"
+#include "tools/common/Output.h"
+#include "tools/zeb/Command.h"
+#include "tools/zeb/Provider.h"
+
+#include <nlohmann/json.hpp>
+
+#include <memory>
+#include <vector>
+
+namespace zeb::tools
+{
+namespace
+{
+
+struct ProfileNames
+{
+    std::vector<std::string> all;
+    std::string chosen; ///< the default one; empty when there is none
+};
+
+ProfileNames ReadProfiles()
+{
+    ProfileNames names;
+    CZebProfileNames reader;
+    CString name;
+    while (reader.GetNextName(name))
+        names.all.push_back(Utf8FromNarrow(static_cast<const char*>(name)));
+    names.chosen = Utf8FromNarrow(static_cast<const char*>(reader.GetDefaultProfile()));
+    return names;
+}
+
+void PrintField(const char* name, const std::string& value)
+{
+    Print("   " + Fitted(name, 9) + OneLine(value) + "\n");
+}
+
+void PrintCandidate(size_t number, const ProviderCandidate& candidate)
+{
+    Print(std::to_string(number) + ". " + ProviderStepName(candidate.step) + "\n");
+    PrintField("from", Utf8FromNarrow(candidate.origin));
+    if (!candidate.path.empty())
+        PrintField("path", Utf8FromNarrow(candidate.path));
+    if (!candidate.found.resolved.empty() && candidate.found.resolved != candidate.path)
+        PrintField("file", Utf8FromNarrow(candidate.found.resolved));
+    PrintField("verdict", VerdictOn(candidate));
+    Print("\n");
+}
+
+void PrintProfiles(const ProfileNames& profiles)
+{
+    Print("profiles\n");
+    for (const std::string& name : profiles.all)
+        Print((name == profiles.chosen ? "   * " : "     ") + OneLine(name) + "\n");
+    if (profiles.all.empty())
+        Print("     none; 'zeb profile create NAME --default' makes one\n");
+    else if (profiles.chosen.empty())
+        Print("     none of them is the default; 'zeb profile default NAME' makes it so\n");
+    Print("\n");
+}
+
+nlohmann::ordered_json JsonOf(const ProviderCandidate& candidate)
+{
+    nlohmann::ordered_json object;
+    object["step"] = ProviderStepName(candidate.step);
+    object["origin"] = Utf8FromNarrow(candidate.origin);
+    object["path"] = Utf8FromNarrow(candidate.path);
+    object["file"] = Utf8FromNarrow(candidate.found.resolved);
+    object["usable"] = candidate.found.bitness != OfficeBitnessNone;
+    object["class"] = static_cast<int>(candidate.found.bitness);
+    object["loaded"] = candidate.found.loaded;
+    object["loadError"] = Utf8FromNarrow(candidate.found.loadError);
+    const auto nameOrNull = [](const char* name)
+    { return name ? nlohmann::ordered_json(name) : nlohmann::ordered_json(nullptr); };
+    object["missingDecorated"] = nameOrNull(candidate.found.missingDecorated);
+    object["missingUndecorated"] = nameOrNull(candidate.found.missingUndecorated);
+    object["verdict"] = VerdictOn(candidate);
+    return object;
+}
+
+nlohmann::ordered_json TextOrNull(const std::string& text)
+{
+    return text.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(text);
+}
+
+void PrintJson(const ProviderReport& report, const ProfileNames& profiles)
+{
+    nlohmann::ordered_json object;
+    object["provider"] = TextOrNull(Utf8FromNarrow(report.path));
+    object["class"] = static_cast<int>(report.bitness);
+    object["candidates"] = nlohmann::ordered_json::array();
+    for (const ProviderCandidate& candidate : report.candidates)
+        object["candidates"].push_back(JsonOf(candidate));
+    object["profiles"] = profiles.all;
+    object["defaultProfile"] = TextOrNull(profiles.chosen);
+    Print(object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+}
+
+int Run(bool json)
+{
+    const ProviderReport report = SearchProvider();
+    const ProfileNames profiles = ReadProfiles();
+    if (json)
+    {
+        PrintJson(report, profiles);
+    }
+    else
+    {
+        for (size_t i = 0; i < report.candidates.size(); ++i)
+            PrintCandidate(i + 1, report.candidates[i]);
+        PrintProfiles(profiles);
+    }
+    if (report.path.empty())
+    {
+        FlushOutput();
+        Complain("zeb", "no usable MAPI provider was found; 'zeb provider install' registers the one that "
+                        "comes with zeb");
+        return ExitFailed;
+    }
+    if (!json)
+        Print("usable: " + Utf8FromNarrow(report.path) + "\n");
+    return ExitDone;
+}
+
+} // namespace
+
+void AddDoctor(CLI::App& app, Action& action)
+{
+    auto json = std::make_shared<bool>(false);
+    CLI::App* command = app.add_subcommand(
+        "doctor",
+        "Looks for a MAPI provider as the library does and says what it found where; exit code 1 when none "
+        "is usable");
+    command->add_flag("--json", *json, "Print JSON");
+    command->callback([json, &action] { action = [json] { return Run(*json); }; });
+}
+
+} // namespace zeb::tools

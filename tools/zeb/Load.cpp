@@ -1,0 +1,133 @@
+// zeb load
+#include "tools/common/Failure.h"
+#include "tools/common/HostSession.h"
+#include "tools/common/Output.h"
+#include "tools/common/Progress.h"
+#include "tools/zeb/Command.h"
+#include "tools/zeb/LoadFormat.h"
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+
+namespace zeb::tools
+{
+namespace
+{
+
+struct Options
+{
+    std::string profile;
+    std::string file;
+};
+
+/// A .jsonl file, read line by line.
+class LineReader
+{
+public:
+    explicit LineReader(const std::string& file)
+        : m_stream(file, std::ios::binary)
+    {
+        std::error_code ignored;
+        if (std::filesystem::is_directory(file, ignored) || !m_stream)
+            throw ToolError("'" + Utf8FromNarrow(file) + "' can not be read");
+        const auto size = std::filesystem::file_size(file, ignored);
+        m_size = ignored ? 0 : size;
+    }
+
+    /// The next line that is not blank. @return false at the end.
+    bool Next(std::string& line)
+    {
+        while (std::getline(m_stream, line))
+        {
+            m_read += line.size() + 1;
+            if (++m_number == 1 && line.compare(0, 3, "\xEF\xBB\xBF") == 0)
+                line.erase(0, 3);
+            if (line.find_first_not_of(" \t\r") != std::string::npos)
+                return true;
+        }
+        if (m_stream.bad())
+            throw ToolError("reading failed");
+        return false;
+    }
+
+    uint64_t Size() const { return m_size; }
+    uint64_t Read() const { return m_read; }
+    uint64_t Number() const { return m_number; }
+
+private:
+    std::ifstream m_stream;
+    uint64_t m_size = 0, m_read = 0, m_number = 0;
+};
+
+void RefuseProblems(const std::vector<Refusal>& refusals)
+{
+    if (refusals.empty())
+        return;
+    const Refusal& first = refusals.front();
+    const char* name = Zeb_NameFromValue("MAPIErrors", static_cast<ULONG>(first.code), nullptr);
+    throw ToolError("the store refuses " + first.property + (name ? " (" + std::string(name) + ")" : ""));
+}
+
+/// Writes the line's message. Either all of it is in the store afterwards, or, with an exception, nothing.
+void WriteLine(LoadLine& line, FolderTree& folders, NameResolver& names)
+{
+    try
+    {
+        CZebFolder& folder = folders.Open(line.folder);
+        const CComPtr<IMessage> message = CreateMessage(folder, line.associated);
+        RefuseProblems(WriteMessage(message.Get(), line.message, names));
+        Save(message.Get());
+        folders.Keep();
+    }
+    catch (...)
+    {
+        const std::string failure = CurrentFailure();
+        folders.UndoCreated();
+        throw ToolError(failure);
+    }
+}
+
+int Run(const Options& options)
+{
+    LineReader reader(options.file);
+    HostSession session(options.profile);
+    CZebMsgStore store = session.OpenStore();
+    FolderTree folders(store);
+    NameResolver names;
+    unsigned long long count = 0;
+    {
+        Progress progress("messages", reader.Size());
+        std::string text;
+        try
+        {
+            while (reader.Next(text))
+            {
+                LoadLine line = ParseLoadLine(text);
+                WriteLine(line, folders, names);
+                ++count;
+                progress.Step(reader.Read());
+            }
+        }
+        catch (...)
+        {
+            progress.Clear();
+            FailWhile(Utf8FromNarrow(options.file) + ":" + std::to_string(reader.Number()));
+        }
+    }
+    Print(Grouped(count) + (count == 1 ? " message loaded\n" : " messages loaded\n"));
+    return ExitDone;
+}
+
+} // namespace
+
+void AddLoad(CLI::App& app, Action& action)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand("load", "Loads messages from a .jsonl file, one message a line");
+    AddProfileOption(*command, options->profile);
+    command->add_option("file", options->file, "The file")->required()->type_name("FILE.jsonl");
+    command->callback([options, &action] { action = [options] { return Run(*options); }; });
+}
+
+} // namespace zeb::tools

@@ -1,0 +1,142 @@
+#include "tools/zeb/LoadFormat.h"
+
+#include "tools/common/Failure.h"
+#include "tools/zeb/LoadValues.h"
+
+#include <set>
+
+namespace zeb::tools
+{
+namespace
+{
+
+using Json = nlohmann::json;
+
+/// Attachments may hold messages with attachments; deeper than this is a mistake or an attack on the stack.
+constexpr int DeepestMessage = 32;
+
+void RequireObject(const Json& value, const char* what)
+{
+    if (!value.is_object())
+        throw ToolError(std::string(what) + " must be an object");
+}
+
+void RefuseOtherKeys(const Json& object, const std::set<std::string>& known, const char* where)
+{
+    for (const auto& entry : object.items())
+        if (known.count(entry.key()) == 0)
+            throw ToolError("unknown key \"" + entry.key() + "\" in " + where);
+}
+
+Properties ParseProperties(const Json& object, const char* where)
+{
+    RequireObject(object, where);
+    Properties properties;
+    for (const auto& entry : object.items())
+    {
+        Property property = PropertyNamed(entry.key());
+        try
+        {
+            SetValues(property, entry.value());
+        }
+        catch (const ToolError& error)
+        {
+            throw ToolError(entry.key() + " " + error.what());
+        }
+        properties.push_back(std::move(property));
+    }
+    return properties;
+}
+
+const Json& ArrayOf(const Json& object, const char* key)
+{
+    static const Json none = Json::array();
+    const auto found = object.find(key);
+    if (found == object.end())
+        return none;
+    if (!found->is_array())
+        throw ToolError(std::string("\"") + key + "\" must be an array");
+    return *found;
+}
+
+Properties PropertiesOf(const Json& object, const char* where)
+{
+    const auto found = object.find("properties");
+    if (found == object.end())
+        throw ToolError(std::string(where) + " has no \"properties\"");
+    return ParseProperties(*found, "\"properties\"");
+}
+
+MessageContent ParseMessage(const Json& object, const char* where, int depth);
+
+AttachmentContent ParseAttachment(const Json& object, int depth)
+{
+    RequireObject(object, "an attachment");
+    RefuseOtherKeys(object, {"properties", "message"}, "an attachment");
+    AttachmentContent attachment;
+    attachment.properties = PropertiesOf(object, "an attachment");
+    const auto message = object.find("message");
+    if (message != object.end())
+    {
+        RequireObject(*message, "\"message\"");
+        RefuseOtherKeys(*message, {"properties", "recipients", "attachments"}, "an embedded message");
+        attachment.message =
+            std::make_shared<MessageContent>(ParseMessage(*message, "an embedded message", depth + 1));
+    }
+    return attachment;
+}
+
+MessageContent ParseMessage(const Json& object, const char* where, int depth)
+{
+    if (depth > DeepestMessage)
+        throw ToolError("messages are embedded in each other more than " + std::to_string(DeepestMessage) +
+                        " deep");
+    MessageContent message;
+    message.properties = PropertiesOf(object, where);
+    for (const Json& recipient : ArrayOf(object, "recipients"))
+    {
+        RequireObject(recipient, "a recipient");
+        RefuseOtherKeys(recipient, {"properties"}, "a recipient");
+        message.recipients.push_back(PropertiesOf(recipient, "a recipient"));
+    }
+    for (const Json& attachment : ArrayOf(object, "attachments"))
+        message.attachments.push_back(ParseAttachment(attachment, depth));
+    return message;
+}
+
+Json ParseJson(const std::string& line)
+{
+    try
+    {
+        return Json::parse(line);
+    }
+    catch (const Json::parse_error& error)
+    {
+        throw ToolError("no JSON: unexpected text at column " + std::to_string(error.byte));
+    }
+}
+
+} // namespace
+
+LoadLine ParseLoadLine(const std::string& text)
+{
+    const Json object = ParseJson(text);
+    RequireObject(object, "a line");
+    RefuseOtherKeys(object, {"folder", "associated", "properties", "recipients", "attachments"}, "a line");
+    LoadLine line;
+    const auto folder = object.find("folder");
+    if (folder == object.end() || !folder->is_string())
+        throw ToolError("\"folder\" must be text");
+    line.folder = FolderPath::Parse(folder->get<std::string>());
+    const auto associated = object.find("associated");
+    if (associated != object.end())
+    {
+        if (!associated->is_boolean())
+            throw ToolError("\"associated\" must be true or false");
+        line.associated = associated->get<bool>();
+    }
+    line.message = ParseMessage(object, "the line", 0);
+    return line;
+}
+
+} // namespace zeb::tools

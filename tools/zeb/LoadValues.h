@@ -1,0 +1,22 @@
+// JSON values as property values.
+#pragma once
+
+#include "tools/common/Property.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+namespace zeb::tools
+{
+
+/// A property by its name in a .jsonl file: "PR_SUBJECT", "PR_SUBJECT_A", "0x3FDE0003",
+/// "{GUID}:PT_LONG:id:0x8503" or "{GUID}:PT_UNICODE:name:Keywords".
+/// @throws ToolError
+Property PropertyNamed(const std::string& name);
+
+/// The values of a property out of JSON, by its type.
+/// @throws ToolError for a value of the wrong type or out of range
+void SetValues(Property& property, const nlohmann::json& value);
+
+} // namespace zeb::tools
