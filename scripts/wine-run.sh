@@ -3,8 +3,9 @@
 # ZEB_WINEPREFIX names another prefix. Never touches ~/.wine.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+# A library called mapi32.dll is the file that was named, as on Windows, not Wine's own.
 export WINEPREFIX=${ZEB_WINEPREFIX:-$root/build/wine}
-export WINEDEBUG=${WINEDEBUG:--all} WINEARCH=win64 WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
+export WINEDEBUG=${WINEDEBUG:--all} WINEARCH=win64 WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d;*mapi32,*mapistub=n,b"
 mkdir -p "$(dirname "$WINEPREFIX")"
 if [ ! -f "$WINEPREFIX/.ready" ]; then
     exec 9>"$WINEPREFIX.lock"

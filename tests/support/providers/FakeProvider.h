@@ -1,0 +1,59 @@
+// The small provider library of the tests, and how a test in the same process tells it what to do.
+#pragma once
+
+#include "platform/mapi.h"
+
+namespace zeb::test
+{
+
+/// The environment variable with the address of the FakeProviderControl, as a decimal number; none when unset.
+constexpr char FakeProviderVariable[] = "ZEB_FAKE_PROVIDER";
+
+/// What the library answers, and what it saw. Every call looks for it anew, so it outlives loads and unloads.
+struct FakeProviderControl
+{
+    // Answers.
+    HRESULT initialize = S_OK;
+    HRESULT logon = S_OK;
+    IMAPISession* session = nullptr; ///< handed out with a reference of its own
+    HRESULT admin = S_OK;
+    IProfAdmin* profAdmin = nullptr; ///< handed out with a reference of its own
+    HRESULT wabOpen = S_OK;
+    IAddrBook* addressBook = nullptr; ///< handed out with a reference of its own
+    IWABObject* wabObject = nullptr;  ///< handed out with a reference of its own
+    /// Of FGetComponentPath's calls in their order: null is FALSE, a text is TRUE with that path.
+    const char* componentPaths[3] = {};
+    /// When the library is unloaded for the first time, `replaceFile` is renamed to `replacedTo` and
+    /// `replacement` to `replaceFile`.
+    const char* replaceFile = nullptr;
+    const char* replacedTo = nullptr;
+    const char* replacement = nullptr;
+
+    // Seen.
+    int loads = 0;
+    int unloads = 0;
+    int initializeCalls = 0;
+    ULONG initVersion = 0xFFFFFFFF;
+    ULONG initFlags = 0;
+    int uninitializeCalls = 0;
+    int logonCalls = 0;
+    ULONG_PTR logonParent = 0;
+    bool logonNamed = false;
+    char logonName[2048] = {}; ///< up to its terminator
+    bool logonPassword = false;
+    ULONG logonFlags = 0;
+    int adminCalls = 0;
+    ULONG adminFlags = 0xFFFFFFFF;
+    int componentCalls = 0;
+    char componentIds[3][64] = {};
+    char componentQualifiers[3][128] = {}; ///< with their terminators; "(null)" for a null one
+    DWORD componentSizes[3] = {};
+    BOOL componentInstalls[3] = {};
+    int wabOpenCalls = 0;
+    WAB_PARAM wabParam = {};
+    DWORD wabReserved = 0xFFFFFFFF;
+    int liveRoots = 0;    ///< blocks of MAPIAllocateBuffer that are not freed
+    char called[64] = {}; ///< the last utility entry point, as its export is spelled ("HrGetOneProp@12")
+};
+
+} // namespace zeb::test
