@@ -1,0 +1,165 @@
+#include "tests/zebapi/values/PropVal.h"
+
+#include <memory>
+
+namespace zeb::test
+{
+
+namespace
+{
+
+using PropValMulti = PropValTest;
+
+template <class T>
+CArray<T> ArrayOf(std::initializer_list<T> items)
+{
+    CArray<T> array;
+    for (const T& item : items)
+    {
+        array.Add(item);
+    }
+    return array;
+}
+
+} // namespace
+
+TEST_F(PropValMulti, NumbersRoundTripInOrder)
+{
+    SPropValue longs = Tagged(PT_MV_LONG);
+    View(longs) = ArrayOf<LONG>({3, -1, 2});
+    EXPECT_EQ(longs.Value.MVl.cValues, 3u);
+    EXPECT_EQ(memory.SizeOf(longs.Value.MVl.lpl), 12u);
+    EXPECT_FALSE(memory.IsRoot(longs.Value.MVl.lpl));
+    CArray<LONG> readLongs = ArrayOf<LONG>({99});
+    View(longs).GetMV(readLongs);
+    ASSERT_EQ(readLongs.GetSize(), 3) << "what was there is gone";
+    EXPECT_EQ(readLongs[0], 3);
+    EXPECT_EQ(readLongs[1], -1);
+    EXPECT_EQ(readLongs[2], 2);
+
+    SPropValue shorts = Tagged(PT_MV_I2);
+    View(shorts) = ArrayOf<SHORT>({-7, 8});
+    EXPECT_EQ(memory.SizeOf(shorts.Value.MVi.lpi), 4u);
+    CArray<SHORT> readShorts;
+    View(shorts).GetMV(readShorts);
+    ASSERT_EQ(readShorts.GetSize(), 2);
+    EXPECT_EQ(readShorts[0], -7);
+    EXPECT_EQ(readShorts[1], 8);
+}
+
+TEST_F(PropValMulti, TextsHaveABlockEach)
+{
+    SPropValue value = Tagged(PT_MV_STRING8);
+    View(value) = ArrayOf<CStringA>({"one", "", "three"});
+    ASSERT_EQ(value.Value.MVszA.cValues, 3u);
+    EXPECT_EQ(memory.SizeOf(value.Value.MVszA.lppszA), 3 * sizeof(char*));
+    EXPECT_EQ(memory.SizeOf(value.Value.MVszA.lppszA[0]), 4u);
+    EXPECT_EQ(memory.SizeOf(value.Value.MVszA.lppszA[1]), 1u);
+    EXPECT_STREQ(value.Value.MVszA.lppszA[2], "three");
+    CArray<CStringA> read;
+    View(value).GetMV(read);
+    ASSERT_EQ(read.GetSize(), 3);
+    EXPECT_EQ(read[0], "one");
+    EXPECT_EQ(read[1], "");
+    EXPECT_EQ(read[2], "three");
+}
+
+TEST_F(PropValMulti, WideTextsHaveABlockEach)
+{
+    SPropValue value = Tagged(PT_MV_UNICODE);
+    View(value) = ArrayOf<CStringW>({ZEBW("one"), ZEBW("")});
+    ASSERT_EQ(value.Value.MVszW.cValues, 2u);
+    EXPECT_EQ(memory.SizeOf(value.Value.MVszW.lppszW[0]), 8u);
+    EXPECT_EQ(memory.SizeOf(value.Value.MVszW.lppszW[1]), 2u);
+    CArray<CStringW> read;
+    View(value).GetMV(read);
+    ASSERT_EQ(read.GetSize(), 2);
+    EXPECT_EQ(read[0], ZEBW("one"));
+    EXPECT_EQ(read[1], ZEBW(""));
+}
+
+TEST_F(PropValMulti, BinariesPointIntoTheirObjectsAndReadAsCopies)
+{
+    CArray<CZebBinary> binaries;
+    binaries.Add(CZebBinary("01"));
+    binaries.Add(CZebBinary("0203"));
+    SPropValue value = Tagged(PT_MV_BINARY);
+    View(value) = binaries;
+    ASSERT_EQ(value.Value.MVbin.cValues, 2u);
+    EXPECT_EQ(memory.SizeOf(value.Value.MVbin.lpbin), 32u);
+    EXPECT_EQ(value.Value.MVbin.lpbin[1].lpb, static_cast<unsigned char*>(binaries[1]));
+    CArray<CZebBinary> read;
+    View(value).GetMV(read);
+    ASSERT_EQ(read.GetSize(), 2);
+    EXPECT_EQ(read[0].String(), "01");
+    EXPECT_EQ(read[1].String(), "0203");
+    EXPECT_NE(static_cast<unsigned char*>(read[1]), static_cast<unsigned char*>(binaries[1]));
+}
+
+TEST_F(PropValMulti, EmptyArraysHaveNoElements)
+{
+    SPropValue value = Tagged(PT_MV_LONG);
+    View(value) = CArray<LONG>();
+    EXPECT_EQ(value.Value.MVl.cValues, 0u);
+    CArray<LONG> read = ArrayOf<LONG>({1});
+    View(value).GetMV(read);
+    EXPECT_EQ(read.GetSize(), 0);
+}
+
+TEST_F(PropValMulti, NullTextsReadAsEmpty)
+{
+    char* texts[] = {nullptr};
+    SPropValue value = Tagged(PT_MV_STRING8);
+    value.Value.MVszA = {1, texts};
+    CArray<CStringA> read;
+    View(value).GetMV(read);
+    ASSERT_EQ(read.GetSize(), 1);
+    EXPECT_TRUE(read[0].IsEmpty());
+}
+
+TEST_F(PropValMulti, ChecksTypeThenParent)
+{
+    SPropValue other = Tagged(PT_LONG);
+    const CArray<LONG> longs;
+    const CArray<SHORT> shorts;
+    const CArray<CStringA> texts;
+    const CArray<CStringW> wides;
+    const CArray<CZebBinary> binaries;
+    const auto expect = [](HRESULT result, auto&& body) { EXPECT_EQ(ThrownBy(body), result); };
+    const auto refuses = [&](const auto& array, ULONG type)
+    {
+        SPropValue value = Tagged(type);
+        expect(MAPI_E_BAD_VALUE, [&] { CZebOnePropVal(nullptr, nullptr) = array; });
+        expect(MAPI_E_INVALID_TYPE, [&] { CZebOnePropVal(&other, nullptr) = array; });
+        expect(MAPI_E_INVALID_OBJECT, [&] { CZebOnePropVal(&value, nullptr) = array; });
+        auto into = array;
+        expect(MAPI_E_INVALID_TYPE, [&] { View(other).GetMV(into); });
+        expect(MAPI_E_BAD_VALUE, [&] { CZebOnePropVal(nullptr, nullptr).GetMV(into); });
+    };
+    refuses(longs, PT_MV_LONG);
+    refuses(shorts, PT_MV_I2);
+    refuses(texts, PT_MV_STRING8);
+    refuses(wides, PT_MV_UNICODE);
+    refuses(binaries, PT_MV_BINARY);
+}
+
+TEST_F(PropValMulti, FailedAllocationLeavesTheValueAlone)
+{
+    SPropValue value = Tagged(PT_MV_STRING8);
+    View(value) = ArrayOf<CStringA>({"old"});
+    char** const old = value.Value.MVszA.lppszA;
+    for (size_t failing = 1; failing <= 3; ++failing)
+    {
+        memory.FailAllocation(failing);
+        EXPECT_EQ(ThrownBy([&] { View(value) = ArrayOf<CStringA>({"a", "b"}); }), MAPI_E_NOT_ENOUGH_MEMORY);
+        EXPECT_EQ(value.Value.MVszA.cValues, 1u);
+        EXPECT_EQ(value.Value.MVszA.lppszA, old);
+    }
+    CArray<CZebBinary> binaries;
+    binaries.Add(CZebBinary());
+    SPropValue binary = Tagged(PT_MV_BINARY);
+    EXPECT_EQ(ThrownBy([&] { View(binary) = binaries; }), MAPI_E_INVALID_OBJECT);
+    EXPECT_EQ(binary.Value.MVbin.cValues, 0u);
+}
+
+} // namespace zeb::test
