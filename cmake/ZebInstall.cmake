@@ -1,0 +1,27 @@
+# cmake --install: what a host needs (library, headers, package configuration), the provider, and the command line.
+include(GNUInstallDirs)
+
+set(zeb_sdk ${CMAKE_INSTALL_INCLUDEDIR}/zebapi)
+install(TARGETS zebapi zebstore RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS zeb RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+if(TARGET zeb-import)
+  install(TARGETS zeb-import RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+
+# Hosts include "zebapi/ZebAPI.h"; what the library's headers include stands beside them in rooms of its own.
+file(GLOB zeb_headers ${CMAKE_SOURCE_DIR}/zebapi/*.h)
+install(FILES ${zeb_headers} DESTINATION ${zeb_sdk})
+foreach(room platform framework qorth)
+  file(GLOB zeb_headers ${CMAKE_SOURCE_DIR}/${room}/*.h)
+  install(FILES ${zeb_headers} DESTINATION ${zeb_sdk}/rooms/${room})
+endforeach()
+install(FILES ${CMAKE_SOURCE_DIR}/zebstore/zebstore.h DESTINATION ${zeb_sdk}/rooms/zebstore)
+
+include(CMakePackageConfigHelpers)
+configure_package_config_file(${CMAKE_SOURCE_DIR}/cmake/ZebAPIConfig.cmake.in ${CMAKE_BINARY_DIR}/ZebAPIConfig.cmake
+  INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ZebAPI
+  PATH_VARS CMAKE_INSTALL_INCLUDEDIR CMAKE_INSTALL_BINDIR CMAKE_INSTALL_LIBDIR)
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/ZebAPIConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${CMAKE_BINARY_DIR}/ZebAPIConfig.cmake ${CMAKE_BINARY_DIR}/ZebAPIConfigVersion.cmake
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ZebAPI)

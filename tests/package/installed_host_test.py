@@ -1,0 +1,81 @@
+#!/usr/bin/env python3
+"""Installs a build into an empty folder and builds and runs a host against it, as a user would.
+
+installed_host_test.py BUILD_DIR SOURCE_DIR CMAKE [--toolchain FILE] [--flags FLAGS] [--runner PROGRAM]
+                       [--mapi-headers DIR...]
+"""
+import argparse
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+ARGUMENTS = None
+
+
+class InstalledHost(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = pathlib.Path(tempfile.mkdtemp(prefix="installed-", dir=ARGUMENTS.build))
+        cls.prefix = cls.folder / "prefix"
+        cls.run_checked([ARGUMENTS.cmake, "--install", ARGUMENTS.build, "--prefix", cls.prefix])
+
+    @classmethod
+    def tearDownClass(cls):
+        shutil.rmtree(cls.folder)
+
+    @staticmethod
+    def run_checked(command):
+        done = subprocess.run([str(part) for part in command], stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                              text=True, errors="replace")
+        if done.returncode != 0:
+            raise AssertionError(f"{command} ended with {done.returncode}:\n{done.stdout}")
+        return done.stdout
+
+    def build_host(self):
+        build = self.folder / "host"
+        command = [ARGUMENTS.cmake, "-G", "Ninja", "-S", pathlib.Path(__file__).parent / "host", "-B", build,
+                   f"-DCMAKE_PREFIX_PATH={self.prefix}", f"-DCMAKE_FIND_ROOT_PATH={self.prefix}",
+                   f"-DHOST_SOURCE={ARGUMENTS.source}/examples/inbox.cpp",
+                   f"-DCMAKE_CXX_FLAGS={ARGUMENTS.flags}",
+                   "-DZEBAPI_MAPI_HEADERS=" + ";".join(ARGUMENTS.mapi_headers)]
+        if ARGUMENTS.toolchain:
+            command.append(f"-DCMAKE_TOOLCHAIN_FILE={ARGUMENTS.toolchain}")
+        self.run_checked(command)
+        self.run_checked([ARGUMENTS.cmake, "--build", build])
+        return build
+
+    def test_a_host_builds_against_the_installed_library_and_runs(self):
+        build = self.build_host()
+        environment = dict(os.environ, ZEBAPI_REGISTRY=str(self.folder / "empty.reg"))
+        if ARGUMENTS.toolchain:
+            program = self.prefix / "bin" / "host.exe"
+            shutil.copy(build / "host.exe", program)
+        else:
+            program = build / "host"
+        done = subprocess.run([*ARGUMENTS.runner, str(program)], env=environment, stdin=subprocess.DEVNULL,
+                              capture_output=True, text=True, errors="replace", timeout=120)
+        # Nothing is registered in an empty registry, so the library says so instead of printing mail.
+        self.assertEqual(done.returncode, 1, done.stdout + done.stderr)
+        self.assertIn("MAPI_E_", done.stderr)
+
+    def test_every_header_that_a_host_includes_is_installed(self):
+        names = {path.name for path in (self.prefix / "include" / "zebapi").glob("*.h")}
+        self.assertTrue({"ZebAPI.h", "IProp.h", "Container.h", "Table.h"} <= names, names)
+
+
+if __name__ == "__main__":
+    parser = argparse.ArgumentParser()
+    parser.add_argument("build", type=pathlib.Path)
+    parser.add_argument("source", type=pathlib.Path)
+    parser.add_argument("cmake")
+    parser.add_argument("--toolchain")
+    parser.add_argument("--flags", default="")
+    parser.add_argument("--runner", action="append", default=[])
+    parser.add_argument("--mapi-headers", action="append", default=[])
+    ARGUMENTS = parser.parse_args()
+    ARGUMENTS.build = ARGUMENTS.build.resolve()
+    sys.exit(not unittest.main(argv=sys.argv[:1], exit=False, verbosity=1).result.wasSuccessful())
