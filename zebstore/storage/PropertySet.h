@@ -4,6 +4,7 @@
 #include "platform/mapi.h"
 #include "zebstore/storage/LargeValue.h"
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,6 +30,10 @@ public:
     virtual ~ValueSource() = default;
     /// The value of the property with the identifier of `tag`; the type of `tag` does not matter here.
     virtual EncodedValue Find(ULONG tag) const = 0;
+    /// Tries the rows of a sub-table (PR_MESSAGE_RECIPIENTS, PR_MESSAGE_ATTACHMENTS) until `test` holds for
+    /// one.
+    /// @return whether one was found; false where there is no such table.
+    virtual bool AnyOf(ULONG tag, const std::function<bool(const ValueSource&)>& test) const;
 };
 
 /// The properties of one object, at most one for each identifier, in the order of their identifiers.

@@ -193,7 +193,7 @@ public:
 
     // Named properties: stable numbers 0x8000 to 0xFFFE for this file.
     /// @param create gives a new name a number. @return property identifiers, 0 for an unknown name
-    /// @throws Error MAPI_E_NAMED_PROP_QUOTA_EXCEEDED
+    /// @throws Error 0x80040900 (MAPI_E_NAMED_PROP_QUOTA_EXCEEDED) when all are given
     std::vector<ULONG> IdsFromNames(const MAPINAMEID* const* names, size_t count, bool create);
     struct PropertyName
     {
@@ -232,6 +232,8 @@ public:
 
 private:
     StoreFile();
+    void ReadUid();
+
     std::string m_path;
     bool m_readOnly = false;
     GUID m_uid{};

@@ -1,0 +1,205 @@
+// StoreFile::CheckWhole: the file's own rules, held against its rows.
+#include "zebstore/storage/PropertyBlob.h"
+#include "zebstore/storage/Schema.h"
+#include "zebstore/storage/StoreParts.h"
+
+#include <map>
+#include <unordered_set>
+
+namespace zebstore
+{
+
+namespace
+{
+
+using Problems = std::vector<std::string>;
+
+std::string Named(const char* what, std::int64_t id)
+{
+    return std::string(what) + " " + std::to_string(id);
+}
+
+void CheckDatabase(Database& database, Problems& problems)
+{
+    Query integrity(database, "PRAGMA integrity_check");
+    while (integrity.Step())
+        if (integrity.Bytes(0) != "ok")
+            problems.emplace_back(integrity.Bytes(0));
+    Query keys(database, "PRAGMA foreign_key_check");
+    while (keys.Step())
+        problems.push_back("a row of '" + std::string(keys.Bytes(0)) + "' points to one of '" +
+                           std::string(keys.Bytes(2)) + "' that is not there");
+}
+
+// The values that rows refer to; a value belongs to one row.
+class References
+{
+public:
+    References(StoreFile& store, Problems& problems)
+        : m_store(store)
+        , m_problems(problems)
+    {
+    }
+
+    void Take(const std::string& owner, std::string_view blob)
+    {
+        if (!PropertyBlob::IsSound(blob))
+        {
+            m_problems.push_back(owner + ": its properties can not be read");
+            return;
+        }
+        for (const LargeReference& reference : PropertyBlob(blob, m_store).LargeReferences())
+        {
+            TakeValue(owner, reference.id, reference.size);
+            if (reference.form == LargeReference::OwnBytes)
+                TakeValue(owner, reference.ownId, reference.ownSize);
+        }
+    }
+
+    void CheckOrphans()
+    {
+        Query query(m_store.Connection(), "SELECT id FROM large");
+        while (query.Step())
+            if (m_taken.count(query.Number(0)) == 0)
+                m_problems.push_back(Named("large value", query.Number(0)) + " belongs to nothing");
+        Query chunks(m_store.Connection(),
+                     "SELECT count(*) FROM chunk WHERE (id >> 24) NOT IN (SELECT id FROM large)");
+        if (chunks.Step() && chunks.Number(0) != 0)
+            m_problems.push_back(std::to_string(chunks.Number(0)) + " pieces belong to no large value");
+    }
+
+private:
+    void TakeValue(const std::string& owner, std::int64_t id, std::uint64_t size)
+    {
+        if (!m_taken.insert(id).second)
+            m_problems.push_back(owner + ": its " + Named("large value", id) + " belongs to another one too");
+        Query query(m_store.Connection(), "SELECT sum(length(bytes)) FROM chunk WHERE id BETWEEN ? AND ?");
+        query.Bind(1, id << 24).Bind(2, ((id + 1) << 24) - 1);
+        if (!query.Step() || static_cast<std::uint64_t>(query.Number(0)) != size)
+            m_problems.push_back(owner + ": its " + Named("large value", id) + " is not complete");
+    }
+
+    StoreFile& m_store;
+    Problems& m_problems;
+    std::unordered_set<std::int64_t> m_taken;
+};
+
+void CheckCounters(Database& database, Problems& problems)
+{
+    std::map<std::int64_t, std::pair<std::int64_t, std::int64_t>> counted;
+    Query rows(database,
+               "SELECT id >> 32, count(*), sum((flags & 1) = 0), max(id) FROM message GROUP BY id >> 32");
+    std::map<std::int64_t, std::int64_t> last;
+    while (rows.Step())
+    {
+        const std::int64_t container = rows.Number(0);
+        const bool counts = container != 0 && (container & 1) == 0;
+        counted[container] = {rows.Number(1), counts ? rows.Number(2) : 0};
+        last[container] = rows.Number(3) & 0xFFFFFFFF;
+    }
+    Query query(database, "SELECT container, rows, unread, next FROM contents");
+    while (query.Step())
+    {
+        const std::int64_t container = query.Number(0);
+        const std::pair<std::int64_t, std::int64_t> found = counted[container];
+        const std::string folder = Named("folder", container >> 1);
+        if (query.Number(1) != found.first)
+            problems.push_back(folder + ": it counts " + std::to_string(query.Number(1)) +
+                               " messages and has " + std::to_string(found.first));
+        if (query.Number(2) != found.second)
+            problems.push_back(folder + ": it counts " + std::to_string(query.Number(2)) +
+                               " unread messages and has " + std::to_string(found.second));
+        if (query.Number(3) <= last[container])
+            problems.push_back(folder + ": its next number is taken");
+        counted.erase(container);
+    }
+    for (const auto& lost : counted)
+        problems.push_back(std::to_string(lost.second.first) + " messages belong to no folder (" +
+                           std::to_string(lost.first >> 1) + ")");
+}
+
+void CheckFolders(Database& database, References& references, Problems& problems)
+{
+    Query query(database, "SELECT f.id, f.props, (SELECT count(*) FROM contents c WHERE c.container IN "
+                          "(f.id*2, f.id*2+1)) FROM folder f");
+    while (query.Step())
+    {
+        references.Take(Named("folder", query.Number(0)), query.Bytes(1));
+        if (query.Number(2) != 2)
+            problems.push_back(Named("folder", query.Number(0)) + ": its counters are missing");
+    }
+    Query reached(database,
+                  "WITH RECURSIVE tree(id) AS (SELECT 1 UNION SELECT f.id FROM folder f JOIN tree t "
+                  "ON f.parent=t.id) SELECT id FROM folder WHERE id NOT IN tree");
+    while (reached.Step())
+        problems.push_back(Named("folder", reached.Number(0)) + " is not reached from the root");
+}
+
+void CheckMessages(Database& database, References& references, Problems& problems)
+{
+    Query query(database, "SELECT id, parts, props FROM message");
+    while (query.Step())
+        references.Take(Named("message", query.Number(0)), query.Bytes(2));
+    Query parts(
+        database,
+        "SELECT id FROM message m WHERE ((parts & 2) != 0) != EXISTS(SELECT 1 FROM recipient r WHERE "
+        "r.message=m.id) OR ((parts & 4) != 0) != EXISTS(SELECT 1 FROM attachment a WHERE a.message=m.id)");
+    while (parts.Step())
+        problems.push_back(Named("message", parts.Number(0)) +
+                           ": it does not know its recipients or attachments");
+}
+
+void CheckParts(Database& database, References& references, Problems& problems)
+{
+    Query recipients(database, "SELECT message, props FROM recipient");
+    while (recipients.Step())
+        references.Take(Named("a recipient of message", recipients.Number(0)), recipients.Bytes(1));
+    Query attachments(database, "SELECT message, number, embedded, props FROM attachment");
+    std::unordered_set<std::int64_t> embedded;
+    while (attachments.Step())
+    {
+        const std::string owner =
+            Named("attachment", attachments.Number(1)) + Named(" of message", attachments.Number(0));
+        references.Take(owner, attachments.Bytes(3));
+        if (!attachments.IsNull(2) && !embedded.insert(attachments.Number(2)).second)
+            problems.push_back(owner + ": its message belongs to another attachment too");
+    }
+    Query lost(database, "SELECT id FROM message WHERE id <= 4294967295 AND id NOT IN "
+                         "(SELECT embedded FROM attachment WHERE embedded IS NOT NULL)");
+    while (lost.Step())
+        problems.push_back(Named("message", lost.Number(0)) + " belongs to no attachment");
+    Query missing(database, "SELECT message FROM attachment WHERE embedded IS NOT NULL AND embedded NOT IN "
+                            "(SELECT id FROM message WHERE id <= 4294967295)");
+    while (missing.Step())
+        problems.push_back(Named("message", missing.Number(0)) + ": a message inside it is missing");
+}
+
+} // namespace
+
+std::vector<std::string> StoreFile::CheckWhole()
+{
+    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    Problems problems;
+    try
+    {
+        const ReadScope moment(*m_database);
+        CheckDatabase(*m_database, problems);
+        References references(*this, problems);
+        {
+            Query query(*m_database, "SELECT props FROM store WHERE id=1");
+            references.Take("the store", query.Step() ? query.Bytes(0) : std::string_view());
+        }
+        CheckCounters(*m_database, problems);
+        CheckFolders(*m_database, references, problems);
+        CheckMessages(*m_database, references, problems);
+        CheckParts(*m_database, references, problems);
+        references.CheckOrphans();
+    }
+    catch (const Error& error)
+    {
+        problems.emplace_back(error.what());
+    }
+    return problems;
+}
+
+} // namespace zebstore

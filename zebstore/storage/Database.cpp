@@ -1,0 +1,287 @@
+#include "zebstore/storage/Database.h"
+
+#include <sqlite3.h>
+
+namespace zebstore
+{
+
+namespace
+{
+
+constexpr int BusyMilliseconds = 10000;
+
+HRESULT ResultOf(int code)
+{
+    switch (code & 0xFF)
+    {
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+        return MAPI_E_BUSY;
+    case SQLITE_NOMEM:
+    case SQLITE_TOOBIG:
+        return MAPI_E_NOT_ENOUGH_MEMORY;
+    case SQLITE_READONLY:
+    case SQLITE_PERM:
+    case SQLITE_AUTH:
+    case SQLITE_CANTOPEN:
+        return MAPI_E_NO_ACCESS;
+    case SQLITE_FULL:
+        return MAPI_E_NOT_ENOUGH_DISK;
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+        return MAPI_E_CORRUPT_STORE;
+    case SQLITE_IOERR:
+        return MAPI_E_DISK_ERROR;
+    default:
+        return MAPI_E_CALL_FAILED;
+    }
+}
+
+std::string SentenceOf(const std::string& path, int code, const std::string& detail)
+{
+    const std::string file = "The store file '" + path + "' ";
+    switch (code & 0xFF)
+    {
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+        return file + "is being written by another program.";
+    case SQLITE_READONLY:
+        return file + "can not be written: it is read-only.";
+    case SQLITE_PERM:
+    case SQLITE_AUTH:
+    case SQLITE_CANTOPEN:
+        return file + "can not be opened.";
+    case SQLITE_FULL:
+        return file + "can not grow: the disk is full.";
+    case SQLITE_CORRUPT:
+        return file + "is damaged or cut short.";
+    case SQLITE_NOTADB:
+        return file + "is not a database.";
+    default:
+        return file + "can not be used: " + detail + ".";
+    }
+}
+
+} // namespace
+
+Database::Database(const std::string& path, Mode mode)
+    : m_path(path)
+{
+    const int flags = mode == Mode::ReadOnly    ? SQLITE_OPEN_READONLY
+                      : mode == Mode::ReadWrite ? SQLITE_OPEN_READWRITE
+                                                : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+    const int code = sqlite3_open_v2(path.c_str(), &m_handle, flags, nullptr);
+    if (code == SQLITE_OK)
+    {
+        sqlite3_extended_result_codes(m_handle, 1);
+        sqlite3_busy_timeout(m_handle, BusyMilliseconds);
+        return;
+    }
+    const Error error(ResultOf(code), SentenceOf(path, code, sqlite3_errstr(code)));
+    sqlite3_close(m_handle);
+    throw error;
+}
+
+Database::~Database()
+{
+    for (auto& each : m_statements)
+        sqlite3_finalize(each.second.statement);
+    sqlite3_close(m_handle);
+}
+
+void Database::Fail(int code) const
+{
+    throw Error(ResultOf(code), SentenceOf(m_path, code, sqlite3_errmsg(m_handle)));
+}
+
+void Database::Execute(const char* sql)
+{
+    const int code = sqlite3_exec(m_handle, sql, nullptr, nullptr, nullptr);
+    if (code != SQLITE_OK)
+        Fail(code);
+}
+
+sqlite3_stmt* Database::Prepare(std::string_view sql, bool forLong)
+{
+    sqlite3_stmt* statement = nullptr;
+    const int code = sqlite3_prepare_v3(m_handle, sql.data(), static_cast<int>(sql.size()),
+                                        forLong ? SQLITE_PREPARE_PERSISTENT : 0, &statement, nullptr);
+    if (code != SQLITE_OK)
+        Fail(code);
+    return statement;
+}
+
+Database::Prepared& Database::Cached(const char* sql)
+{
+    Prepared& prepared = m_statements[sql];
+    if (!prepared.statement)
+        prepared.statement = Prepare(sql, true);
+    return prepared;
+}
+
+Query::Query(Database& database, const char* sql)
+    : m_database(database)
+{
+    Database::Prepared& prepared = database.Cached(sql);
+    if (prepared.busy)
+    {
+        m_statement = database.Prepare(sql, false);
+        return;
+    }
+    prepared.busy = true;
+    m_cached = &prepared;
+    m_statement = prepared.statement;
+}
+
+Query::Query(Database& database, const std::string& sql)
+    : m_database(database)
+    , m_statement(database.Prepare(sql, false))
+{
+}
+
+Query::~Query()
+{
+    if (!m_cached)
+    {
+        sqlite3_finalize(m_statement);
+        return;
+    }
+    sqlite3_reset(m_statement);
+    sqlite3_clear_bindings(m_statement);
+    m_cached->busy = false;
+}
+
+void Query::Check(int code) const
+{
+    if (code != SQLITE_OK)
+        m_database.Fail(code);
+}
+
+Query& Query::Bind(int index, std::int64_t number)
+{
+    Check(sqlite3_bind_int64(m_statement, index, number));
+    return *this;
+}
+
+Query& Query::BindText(int index, std::string_view text)
+{
+    Check(sqlite3_bind_text64(m_statement, index, text.data() ? text.data() : "", text.size(), SQLITE_STATIC,
+                              SQLITE_UTF8));
+    return *this;
+}
+
+Query& Query::BindBlob(int index, std::string_view bytes)
+{
+    Check(sqlite3_bind_blob64(m_statement, index, bytes.data() ? bytes.data() : "", bytes.size(),
+                              SQLITE_STATIC));
+    return *this;
+}
+
+Query& Query::BindNull(int index)
+{
+    Check(sqlite3_bind_null(m_statement, index));
+    return *this;
+}
+
+bool Query::Step()
+{
+    const int code = sqlite3_step(m_statement);
+    if (code == SQLITE_ROW)
+        return true;
+    if (code != SQLITE_DONE)
+        m_database.Fail(code);
+    return false;
+}
+
+void Query::Run()
+{
+    while (Step())
+    {
+    }
+}
+
+void Query::Reset()
+{
+    sqlite3_reset(m_statement);
+}
+
+std::int64_t Query::Number(int column) const
+{
+    return sqlite3_column_int64(m_statement, column);
+}
+
+std::string_view Query::Bytes(int column) const
+{
+    const void* bytes = sqlite3_column_blob(m_statement, column);
+    const int size = sqlite3_column_bytes(m_statement, column);
+    if (!bytes && size == 0 && sqlite3_errcode(m_database.m_handle) == SQLITE_NOMEM)
+        m_database.Fail(SQLITE_NOMEM);
+    return {static_cast<const char*>(bytes), static_cast<size_t>(size)};
+}
+
+bool Query::IsNull(int column) const
+{
+    return sqlite3_column_type(m_statement, column) == SQLITE_NULL;
+}
+
+Transaction::Transaction(Database& database)
+    : m_database(database)
+{
+    if (database.m_depth == 0)
+    {
+        Query(database, "BEGIN IMMEDIATE").Run();
+        database.m_doomed = false;
+    }
+    ++database.m_depth;
+}
+
+Transaction::~Transaction()
+{
+    if (m_open)
+        Undo();
+}
+
+void Transaction::Undo() noexcept
+{
+    m_open = false;
+    m_database.m_doomed = true;
+    if (--m_database.m_depth > 0)
+        return;
+    // Some failures have ended the transaction already.
+    if (!sqlite3_get_autocommit(m_database.m_handle))
+        sqlite3_exec(m_database.m_handle, "ROLLBACK", nullptr, nullptr, nullptr);
+}
+
+void Transaction::Commit()
+{
+    if (m_database.m_depth > 1)
+    {
+        --m_database.m_depth;
+        m_open = false;
+        return;
+    }
+    if (m_database.m_doomed)
+        throw Error(MAPI_E_CALL_FAILED,
+                    "A part of the change to the store file '" + m_database.m_path + "' failed.");
+    Query(m_database, "COMMIT").Run();
+    m_open = false;
+    --m_database.m_depth;
+}
+
+ReadScope::ReadScope(Database& database)
+    : m_database(database)
+{
+    if (sqlite3_get_autocommit(database.Handle()))
+    {
+        Query(database, "BEGIN").Run();
+        m_began = true;
+    }
+}
+
+ReadScope::~ReadScope()
+{
+    if (m_began && !sqlite3_get_autocommit(m_database.Handle()))
+        sqlite3_exec(m_database.Handle(), "COMMIT", nullptr, nullptr, nullptr);
+}
+
+} // namespace zebstore

@@ -1,0 +1,134 @@
+// One SQLite connection: statements, transactions, errors.
+#pragma once
+
+#include "zebstore/Error.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace zebstore
+{
+
+/// Owns the connection and its prepared statements.
+/// Threads: one at a time; the store file's lock sees to it.
+class Database
+{
+public:
+    enum class Mode
+    {
+        ReadOnly,
+        ReadWrite,
+        Create,
+    };
+
+    /// @param path UTF-8
+    /// @throws Error as Fail says
+    Database(const std::string& path, Mode mode);
+    ~Database();
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+
+    /// Runs one or more statements without results.
+    void Execute(const char* sql);
+    const std::string& Path() const { return m_path; }
+    sqlite3* Handle() const { return m_handle; }
+
+    /// Throws the Error that says what SQLite's code means for this file.
+    [[noreturn]] void Fail(int code) const;
+
+private:
+    friend class Query;
+    friend class Transaction;
+
+    struct Prepared
+    {
+        sqlite3_stmt* statement = nullptr;
+        bool busy = false;
+    };
+    Prepared& Cached(const char* sql);
+    sqlite3_stmt* Prepare(std::string_view sql, bool forLong);
+
+    std::string m_path;
+    sqlite3* m_handle = nullptr;
+    std::unordered_map<const void*, Prepared> m_statements;
+    int m_depth = 0; // of transactions
+    bool m_doomed = false;
+};
+
+/// One run of a statement. Text and blobs are bound without a copy: they must live until the query ends.
+class Query
+{
+public:
+    /// @param sql a literal: the statement is prepared once for each literal and kept.
+    Query(Database& database, const char* sql);
+    /// A statement of its own.
+    Query(Database& database, const std::string& sql);
+    ~Query();
+    Query(const Query&) = delete;
+    Query& operator=(const Query&) = delete;
+
+    /// Parameters count from 1.
+    Query& Bind(int index, std::int64_t number);
+    Query& BindText(int index, std::string_view text);
+    Query& BindBlob(int index, std::string_view bytes);
+    Query& BindNull(int index);
+
+    /// @return true while there is a row.
+    bool Step();
+    /// Steps to the end.
+    void Run();
+    /// For the next run with other parameters.
+    void Reset();
+
+    /// Columns count from 0; views live until the next Step.
+    std::int64_t Number(int column) const;
+    std::string_view Bytes(int column) const;
+    bool IsNull(int column) const;
+
+private:
+    void Check(int code) const;
+    Database& m_database;
+    Database::Prepared* m_cached = nullptr;
+    sqlite3_stmt* m_statement = nullptr;
+};
+
+/// A write transaction; inside another one it is a part of that. Without Commit it is undone.
+class Transaction
+{
+public:
+    explicit Transaction(Database& database);
+    ~Transaction();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+    /// @throws Error also when a part of the transaction failed before; it is then undone.
+    void Commit();
+
+private:
+    void Undo() noexcept;
+    Database& m_database;
+    bool m_open = true;
+};
+
+/// Rows read inside it are of one moment. Inside a transaction it adds nothing.
+class ReadScope
+{
+public:
+    explicit ReadScope(Database& database);
+    ~ReadScope();
+    ReadScope(const ReadScope&) = delete;
+    ReadScope& operator=(const ReadScope&) = delete;
+
+private:
+    Database& m_database;
+    bool m_began = false;
+};
+
+} // namespace zebstore

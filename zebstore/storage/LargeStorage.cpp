@@ -1,0 +1,399 @@
+#include "zebstore/storage/LargeStorage.h"
+
+#include "zebstore/storage/Encoding.h"
+
+#include <algorithm>
+#include <atomic>
+
+namespace zebstore
+{
+
+namespace
+{
+
+constexpr size_t ChunkSize = 65536;
+constexpr int ChunkBits = 24;
+constexpr std::uint64_t MostBytes = std::uint64_t(ChunkSize) << ChunkBits;
+
+std::int64_t ChunkId(std::int64_t value, std::uint64_t chunk)
+{
+    return (value << ChunkBits) | static_cast<std::int64_t>(chunk);
+}
+
+// A value in memory.
+class BytesValue : public LargeValue
+{
+public:
+    explicit BytesValue(std::string_view bytes)
+        : m_bytes(bytes)
+    {
+    }
+    std::uint64_t Size() const override { return m_bytes.size(); }
+    size_t Read(std::uint64_t offset, void* to, size_t count) const override
+    {
+        if (offset >= m_bytes.size())
+            return 0;
+        return m_bytes.copy(static_cast<char*>(to), count, static_cast<size_t>(offset));
+    }
+
+private:
+    std::string_view m_bytes;
+};
+
+std::int64_t WriteChunks(Database& database, const LargeValue& value, std::uint64_t& size)
+{
+    size = value.Size();
+    if (size > MostBytes)
+        throw Error(MAPI_E_TOO_BIG, "A value is too large for the store file '" + database.Path() + "'.");
+    Query add(database, "INSERT INTO large(size) VALUES(?) RETURNING id");
+    add.Bind(1, static_cast<std::int64_t>(size)).Step();
+    const std::int64_t id = add.Number(0);
+    Query write(database, "INSERT INTO chunk(id, bytes) VALUES(?, ?)");
+    std::string piece(static_cast<size_t>(std::min<std::uint64_t>(size, ChunkSize)), '\0');
+    for (std::uint64_t offset = 0; offset < size; offset += ChunkSize)
+    {
+        const size_t count = value.Read(offset, &piece[0], piece.size());
+        if (count != std::min<std::uint64_t>(size - offset, ChunkSize))
+            throw Error(MAPI_E_CORRUPT_DATA, "A large value ended before its size.");
+        write.Bind(1, ChunkId(id, offset / ChunkSize)).BindBlob(2, {piece.data(), count}).Run();
+        write.Reset();
+    }
+    return id;
+}
+
+// Reads a value piece by piece while `test` holds for each.
+template <typename Test>
+bool EveryPiece(const LargeValue& value, Test&& test)
+{
+    std::string piece(ChunkSize, '\0');
+    for (std::uint64_t offset = 0;; offset += ChunkSize)
+    {
+        const size_t count = value.Read(offset, &piece[0], piece.size());
+        if (!test(std::string_view(piece.data(), count)))
+            return false;
+        if (count < ChunkSize)
+            return true;
+    }
+}
+
+LargeReference WriteNarrow(Database& database, const LargeValue& value)
+{
+    LargeReference reference;
+    if (EveryPiece(value, IsAscii))
+    {
+        reference.id = WriteChunks(database, value, reference.size);
+        return reference;
+    }
+    std::string written(static_cast<size_t>(value.Size()), '\0');
+    written.resize(value.Read(0, &written[0], written.size()));
+    const std::string stored = StoredFromNarrow(written);
+    reference.id = WriteChunks(database, BytesValue(stored), reference.size);
+    reference.form = LargeReference::Utf8;
+    if (stored == written)
+        return reference;
+    reference.form = LargeReference::OwnBytes;
+    reference.ownId = WriteChunks(database, BytesValue(written), reference.ownSize);
+    return reference;
+}
+
+// Small content lives in m_small; once it has outgrown that, in rows of temp.staged.
+class TemporaryValue : public StagedValue
+{
+public:
+    explicit TemporaryValue(std::shared_ptr<StoreFile> store)
+        : m_store(std::move(store))
+    {
+        static std::atomic<std::int64_t> next{1};
+        m_id = next++;
+    }
+
+    ~TemporaryValue() override
+    {
+        if (!m_spilled)
+            return;
+        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        try
+        {
+            DropChunksFrom(0);
+        }
+        catch (const std::exception&)
+        {
+            // The rows die with the connection.
+        }
+    }
+
+    std::uint64_t Size() const override
+    {
+        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        return m_size;
+    }
+
+    size_t Read(std::uint64_t offset, void* to, size_t count) const override
+    {
+        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        if (offset >= m_size)
+            return 0;
+        count = static_cast<size_t>(std::min<std::uint64_t>(count, m_size - offset));
+        if (!m_spilled)
+            return m_small.copy(static_cast<char*>(to), count, static_cast<size_t>(offset));
+        for (size_t done = 0; done < count;)
+        {
+            const size_t within = (offset + done) % ChunkSize;
+            const size_t part = std::min(count - done, ChunkSize - within);
+            std::string chunk = Chunk((offset + done) / ChunkSize);
+            chunk.resize(ChunkSize);
+            chunk.copy(static_cast<char*>(to) + done, part, within);
+            done += part;
+        }
+        return count;
+    }
+
+    void Write(std::uint64_t offset, const void* from, size_t count) override
+    {
+        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        if (offset > MostBytes || count > MostBytes - offset)
+            throw Error(MAPI_E_TOO_BIG, "A stream can not grow that far.");
+        const std::uint64_t end = std::max<std::uint64_t>(m_size, offset + count);
+        if (!m_spilled && end > ChunkSize)
+            Spill();
+        if (!m_spilled)
+        {
+            m_small.resize(static_cast<size_t>(end));
+            m_small.replace(static_cast<size_t>(offset), count, static_cast<const char*>(from), count);
+        }
+        else
+            WriteToChunks(offset, static_cast<const char*>(from), count);
+        m_size = end;
+    }
+
+    void SetSize(std::uint64_t size) override
+    {
+        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        if (size > MostBytes)
+            throw Error(MAPI_E_TOO_BIG, "A stream can not grow that far.");
+        if (!m_spilled && size > ChunkSize)
+            Spill();
+        if (!m_spilled)
+            m_small.resize(static_cast<size_t>(size));
+        else if (size < m_size)
+        {
+            const std::uint64_t last = size / ChunkSize;
+            std::string chunk = Chunk(last);
+            DropChunksFrom(last);
+            if (size % ChunkSize)
+                PutChunk(last, chunk.substr(0, size % ChunkSize));
+        }
+        m_size = size;
+    }
+
+private:
+    Database& Connection() const { return m_store->Connection(); }
+
+    std::string Chunk(std::uint64_t number) const
+    {
+        Query query(Connection(), "SELECT bytes FROM temp.staged WHERE id=?");
+        query.Bind(1, ChunkId(m_id, number));
+        return query.Step() ? std::string(query.Bytes(0)) : std::string();
+    }
+
+    void PutChunk(std::uint64_t number, std::string_view bytes)
+    {
+        Query query(Connection(), "INSERT OR REPLACE INTO temp.staged(id, bytes) VALUES(?, ?)");
+        query.Bind(1, ChunkId(m_id, number)).BindBlob(2, bytes).Run();
+    }
+
+    void DropChunksFrom(std::uint64_t number)
+    {
+        Query query(Connection(), "DELETE FROM temp.staged WHERE id BETWEEN ? AND ?");
+        query.Bind(1, ChunkId(m_id, number)).Bind(2, ChunkId(m_id + 1, 0) - 1).Run();
+    }
+
+    void WriteToChunks(std::uint64_t offset, const char* from, size_t count)
+    {
+        for (size_t done = 0; done < count;)
+        {
+            const std::uint64_t number = (offset + done) / ChunkSize;
+            const size_t within = (offset + done) % ChunkSize;
+            const size_t part = std::min(count - done, ChunkSize - within);
+            if (part == ChunkSize)
+                PutChunk(number, {from + done, part});
+            else
+            {
+                std::string chunk = Chunk(number);
+                if (chunk.size() < within + part)
+                    chunk.resize(within + part);
+                chunk.replace(within, part, from + done, part);
+                PutChunk(number, chunk);
+            }
+            done += part;
+        }
+    }
+
+    void Spill()
+    {
+        WriteToChunks(0, m_small.data(), m_small.size());
+        m_spilled = true;
+        std::string().swap(m_small);
+    }
+
+    std::shared_ptr<StoreFile> m_store;
+    std::int64_t m_id = 0;
+    std::uint64_t m_size = 0;
+    bool m_spilled = false;
+    std::string m_small;
+};
+
+} // namespace
+
+std::string LargeReference::Encoded() const
+{
+    std::string bytes(1, static_cast<char>(form));
+    AppendNumber(bytes, id);
+    AppendNumber(bytes, size);
+    if (form == OwnBytes)
+    {
+        AppendNumber(bytes, ownId);
+        AppendNumber(bytes, ownSize);
+    }
+    return bytes;
+}
+
+LargeReference LargeReference::Decode(std::string_view bytes)
+{
+    LargeReference reference;
+    reference.form = static_cast<Form>(ReadNumber<unsigned char>(bytes));
+    reference.id = ReadNumber<std::int64_t>(bytes, 1);
+    reference.size = ReadNumber<std::uint64_t>(bytes, 9);
+    if (reference.form == OwnBytes)
+    {
+        reference.ownId = ReadNumber<std::int64_t>(bytes, 17);
+        reference.ownSize = ReadNumber<std::uint64_t>(bytes, 25);
+    }
+    return reference;
+}
+
+std::vector<std::int64_t> LargeReference::Ids() const
+{
+    if (form == OwnBytes)
+        return {id, ownId};
+    return {id};
+}
+
+StoredLargeValue::StoredLargeValue(std::shared_ptr<StoreFile> store, const LargeReference& reference)
+    : m_store(std::move(store))
+    , m_reference(reference)
+{
+}
+
+bool StoredLargeValue::IsPlainHere() const
+{
+    return m_reference.form == LargeReference::Plain ||
+           (m_reference.form == LargeReference::Utf8 && NarrowFromStored("\xC3\xA9") == "\xC3\xA9");
+}
+
+size_t StoredLargeValue::ReadChunks(std::int64_t id, std::uint64_t size, std::uint64_t offset, void* to,
+                                    size_t count) const
+{
+    if (offset >= size)
+        return 0;
+    count = static_cast<size_t>(std::min<std::uint64_t>(count, size - offset));
+    Query query(m_store->Connection(), "SELECT bytes FROM chunk WHERE id=?");
+    for (size_t done = 0; done < count;)
+    {
+        const size_t within = (offset + done) % ChunkSize;
+        query.Bind(1, ChunkId(id, (offset + done) / ChunkSize));
+        if (!query.Step())
+            throw Error(MAPI_E_OBJECT_DELETED,
+                        "A large value of the store file '" + m_store->Path() + "' has been replaced.");
+        const std::string_view chunk = query.Bytes(0);
+        const size_t part = std::min(count - done, ChunkSize - within);
+        if (chunk.size() < within + part)
+            throw Error(MAPI_E_CORRUPT_DATA,
+                        "A large value of the store file '" + m_store->Path() + "' is cut short.");
+        chunk.copy(static_cast<char*>(to) + done, part, within);
+        done += part;
+        query.Reset();
+    }
+    return count;
+}
+
+std::string StoredLargeValue::ReadAll(std::int64_t id, std::uint64_t size) const
+{
+    std::string bytes(static_cast<size_t>(size), '\0');
+    ReadChunks(id, size, 0, &bytes[0], bytes.size());
+    return bytes;
+}
+
+void StoredLargeValue::Convert() const
+{
+    if (m_converted)
+        return;
+    const std::string stored = ReadAll(m_reference.id, m_reference.size);
+    std::string own;
+    if (m_reference.form == LargeReference::OwnBytes)
+        own = ReadAll(m_reference.ownId, m_reference.ownSize);
+    m_text = !own.empty() && StoredFromNarrow(own) == stored ? own : NarrowFromStored(stored);
+    m_converted = true;
+}
+
+std::uint64_t StoredLargeValue::Size() const
+{
+    if (IsPlainHere())
+        return m_reference.size;
+    const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+    Convert();
+    return m_text.size();
+}
+
+size_t StoredLargeValue::Read(std::uint64_t offset, void* to, size_t count) const
+{
+    const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+    if (IsPlainHere())
+        return ReadChunks(m_reference.id, m_reference.size, offset, to, count);
+    Convert();
+    return BytesValue(m_text).Read(offset, to, count);
+}
+
+void PrepareStaging(Database& database)
+{
+    database.Execute("CREATE TEMP TABLE staged(id INTEGER PRIMARY KEY, bytes BLOB NOT NULL)");
+}
+
+std::shared_ptr<StagedValue> MakeStagedValue(std::shared_ptr<StoreFile> store)
+{
+    return std::make_shared<TemporaryValue>(std::move(store));
+}
+
+LargeReference WriteLarge(Database& database, ULONG type, const LargeValue& value)
+{
+    if (type == PT_STRING8)
+        return WriteNarrow(database, value);
+    LargeReference reference;
+    reference.id = WriteChunks(database, value, reference.size);
+    return reference;
+}
+
+LargeReference WriteLarge(Database& database, ULONG type, std::string_view encoded)
+{
+    if (type == PT_STRING8)
+    {
+        const std::string narrow = NarrowOf(encoded);
+        return WriteNarrow(database, BytesValue(narrow));
+    }
+    if (type != PT_UNICODE)
+        return WriteLarge(database, type, BytesValue(encoded));
+    const zeb::platform::WideString wide = WideFromStored(encoded);
+    const BytesValue bytes({reinterpret_cast<const char*>(wide.data()), wide.size() * sizeof(WCHAR)});
+    return WriteLarge(database, type, bytes);
+}
+
+void DeleteLarge(Database& database, std::int64_t id)
+{
+    Query(database, "DELETE FROM chunk WHERE id BETWEEN ? AND ?")
+        .Bind(1, ChunkId(id, 0))
+        .Bind(2, ChunkId(id + 1, 0) - 1)
+        .Run();
+    Query(database, "DELETE FROM large WHERE id=?").Bind(1, id).Run();
+}
+
+} // namespace zebstore

@@ -1,0 +1,75 @@
+// Large values in the store file, and those that are being written.
+#pragma once
+
+#include "zebstore/storage/Database.h"
+#include "zebstore/storage/LargeValue.h"
+#include "zebstore/storage/StoreFile.h"
+
+#include <string>
+#include <vector>
+
+namespace zebstore
+{
+
+/// Bytes that a value has at most beside its siblings; longer ones go to chunks of their own.
+constexpr size_t InlineLimit = 4096;
+
+/// Where a large value stands in the file, as it is kept in property blobs (17 or 33 bytes).
+struct LargeReference
+{
+    enum Form : unsigned char
+    {
+        Plain = 0,   ///< the chunks are what a stream shows, on either system
+        Utf8 = 1,    ///< narrow text whose bytes are UTF-8
+        OwnBytes = 2 ///< narrow text: the UTF-8 text, and beside it the bytes as they were written
+    };
+    Form form = Plain;
+    std::int64_t id = 0;
+    std::uint64_t size = 0;
+    std::int64_t ownId = 0; ///< with OwnBytes
+    std::uint64_t ownSize = 0;
+
+    std::string Encoded() const;
+    static LargeReference Decode(std::string_view bytes);
+    /// The numbers of its values: one, or two with OwnBytes.
+    std::vector<std::int64_t> Ids() const;
+};
+
+/// A large value of a store; keeps the store open.
+class StoredLargeValue : public LargeValue
+{
+public:
+    StoredLargeValue(std::shared_ptr<StoreFile> store, const LargeReference& reference);
+
+    /// @throws Error MAPI_E_OBJECT_DELETED when the value has been replaced since.
+    std::uint64_t Size() const override;
+    size_t Read(std::uint64_t offset, void* to, size_t count) const override;
+
+    const LargeReference& Reference() const { return m_reference; }
+    const StoreFile* Store() const { return m_store.get(); }
+
+private:
+    bool IsPlainHere() const;
+    void Convert() const;
+    size_t ReadChunks(std::int64_t id, std::uint64_t size, std::uint64_t offset, void* to,
+                      size_t count) const;
+    std::string ReadAll(std::int64_t id, std::uint64_t size) const;
+
+    std::shared_ptr<StoreFile> m_store;
+    LargeReference m_reference;
+    mutable bool m_converted = false; // under the store's lock
+    mutable std::string m_text;
+};
+
+/// Makes the temporary table of values that are being written; once for each connection.
+void PrepareStaging(Database& database);
+std::shared_ptr<StagedValue> MakeStagedValue(std::shared_ptr<StoreFile> store);
+
+/// Copies a value into the file, in the caller's transaction, a piece at a time.
+/// @param type PT_STRING8, PT_UNICODE or PT_BINARY
+LargeReference WriteLarge(Database& database, ULONG type, const LargeValue& value);
+/// The same from encoded bytes.
+LargeReference WriteLarge(Database& database, ULONG type, std::string_view encoded);
+void DeleteLarge(Database& database, std::int64_t id);
+
+} // namespace zebstore

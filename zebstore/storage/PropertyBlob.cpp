@@ -1,0 +1,191 @@
+#include "zebstore/storage/PropertyBlob.h"
+
+#include "zebstore/storage/Encoding.h"
+
+#include <algorithm>
+
+namespace zebstore
+{
+
+namespace
+{
+
+constexpr char BlobVersion = 1;
+constexpr size_t HeaderSize = 4;
+constexpr size_t EntrySize = 8;
+constexpr ULONG LargeFlag = 0x8000;
+
+size_t CountOf(std::string_view bytes)
+{
+    if (bytes.size() < HeaderSize || bytes[0] != BlobVersion)
+        return 0;
+    const size_t count = ReadNumber<std::uint16_t>(bytes, 2);
+    return HeaderSize + count * EntrySize <= bytes.size() ? count : 0;
+}
+
+bool CanBeLarge(ULONG type)
+{
+    return IsText(type) || type == PT_BINARY;
+}
+
+// Where a value of this store stands, when it may stay there.
+const LargeReference* KeptReference(const StoreFile& store, const PropertySet::Item& item,
+                                    std::vector<LargeReference>& kept)
+{
+    const auto* stored = dynamic_cast<const StoredLargeValue*>(item.large.get());
+    if (!stored || stored->Store() != &store)
+        return nullptr;
+    const auto found =
+        std::find_if(kept.begin(), kept.end(),
+                     [&](const LargeReference& each) { return each.id == stored->Reference().id; });
+    if (found == kept.end())
+        return nullptr;
+    kept.erase(found);
+    return &stored->Reference();
+}
+
+std::string LargeBytes(StoreFile& store, const PropertySet::Item& item, std::vector<LargeReference>& kept)
+{
+    if (!item.large)
+        return WriteLarge(store.Connection(), PROP_TYPE(item.tag), item.bytes).Encoded();
+    if (const LargeReference* reference = KeptReference(store, item, kept))
+        return reference->Encoded();
+    return WriteLarge(store.Connection(), PROP_TYPE(item.tag), *item.large).Encoded();
+}
+
+bool IsLarge(const PropertySet::Item& item)
+{
+    if (item.large)
+        return item.large->Size() > InlineLimit;
+    return item.bytes.size() > InlineLimit && CanBeLarge(PROP_TYPE(item.tag));
+}
+
+} // namespace
+
+PropertyBlob::PropertyBlob(std::string_view bytes, StoreFile& store)
+    : m_bytes(bytes)
+    , m_store(&store)
+    , m_count(CountOf(bytes))
+{
+}
+
+ULONG PropertyBlob::RawTag(size_t index) const
+{
+    const size_t at = HeaderSize + index * EntrySize;
+    return PROP_TAG(ReadNumber<std::uint16_t>(m_bytes, at + 2), ReadNumber<std::uint16_t>(m_bytes, at));
+}
+
+std::string_view PropertyBlob::RawBytes(size_t index) const
+{
+    const size_t at = HeaderSize + index * EntrySize;
+    const size_t begin = index == 0 ? 0 : ReadNumber<std::uint32_t>(m_bytes, at - EntrySize + 4);
+    const size_t end = ReadNumber<std::uint32_t>(m_bytes, at + 4);
+    const size_t values = HeaderSize + m_count * EntrySize;
+    if (begin > end || end > m_bytes.size() - values)
+        return {};
+    return m_bytes.substr(values + begin, end - begin);
+}
+
+EncodedValue PropertyBlob::Make(size_t index) const
+{
+    const ULONG tag = RawTag(index);
+    if (!(tag & LargeFlag))
+        return {tag, RawBytes(index), nullptr};
+    m_large.push_back(std::make_shared<StoredLargeValue>(m_store->shared_from_this(),
+                                                         LargeReference::Decode(RawBytes(index))));
+    return {tag & ~LargeFlag, {}, m_large.back().get()};
+}
+
+EncodedValue PropertyBlob::Find(ULONG tag) const
+{
+    const ULONG id = PROP_ID(tag);
+    size_t low = 0;
+    size_t high = m_count;
+    while (low < high)
+    {
+        const size_t middle = (low + high) / 2;
+        const ULONG at = ReadNumber<std::uint16_t>(m_bytes, HeaderSize + middle * EntrySize);
+        if (at == id)
+            return Make(middle);
+        if (at < id)
+            low = middle + 1;
+        else
+            high = middle;
+    }
+    return {};
+}
+
+EncodedValue PropertyBlob::At(size_t index) const
+{
+    return Make(index);
+}
+
+PropertySet PropertyBlob::Decode() const
+{
+    PropertySet properties;
+    for (size_t i = 0; i < m_count; ++i)
+    {
+        const EncodedValue value = Make(i);
+        properties.SetEncoded(value.tag, value.bytes, value.large ? m_large.back() : nullptr);
+    }
+    return properties;
+}
+
+std::vector<LargeReference> PropertyBlob::LargeReferences() const
+{
+    std::vector<LargeReference> references;
+    for (size_t i = 0; i < m_count; ++i)
+        if (RawTag(i) & LargeFlag)
+            references.push_back(LargeReference::Decode(RawBytes(i)));
+    return references;
+}
+
+bool PropertyBlob::IsSound(std::string_view bytes)
+{
+    if (bytes.size() < HeaderSize || bytes[0] != BlobVersion)
+        return false;
+    const size_t count = ReadNumber<std::uint16_t>(bytes, 2);
+    size_t before = 0;
+    ULONG idBefore = 0;
+    for (size_t i = 0; i < count; ++i)
+    {
+        const size_t at = HeaderSize + i * EntrySize;
+        const size_t end = ReadNumber<std::uint32_t>(bytes, at + 4);
+        const ULONG id = ReadNumber<std::uint16_t>(bytes, at);
+        if (bytes.size() < at + EntrySize || end < before || (i > 0 && id <= idBefore))
+            return false;
+        before = end;
+        idBefore = id;
+    }
+    return bytes.size() == HeaderSize + count * EntrySize + before;
+}
+
+std::string WriteBlob(StoreFile& store, const PropertySet& properties, std::vector<LargeReference>& kept,
+                      bool& hasLarge)
+{
+    std::string index(1, BlobVersion);
+    index += '\0';
+    AppendNumber(index, static_cast<std::uint16_t>(properties.Count()));
+    std::string values;
+    for (const PropertySet::Item& item : properties.Items())
+    {
+        const bool large = IsLarge(item);
+        if (large)
+        {
+            values += LargeBytes(store, item, kept);
+            hasLarge = true;
+        }
+        else if (item.large)
+            values += EncodedFromLarge(PROP_TYPE(item.tag), *item.large);
+        else
+            values += item.bytes;
+        if (values.size() > 0x7FFFFFFF)
+            throw Error(MAPI_E_TOO_BIG, "The properties of an object are too large together.");
+        AppendNumber(index, static_cast<std::uint16_t>(PROP_ID(item.tag)));
+        AppendNumber(index, static_cast<std::uint16_t>(PROP_TYPE(item.tag) | (large ? LargeFlag : 0)));
+        AppendNumber(index, static_cast<std::uint32_t>(values.size()));
+    }
+    return index + values;
+}
+
+} // namespace zebstore

@@ -1,0 +1,54 @@
+// The properties of one object as one blob of the file.
+//
+//   1 byte version, 1 byte 0, 16-bit count
+//   for each property, in the order of identifiers: 16-bit identifier, 16-bit type (0x8000 set: a large
+//   value), 32-bit end of its bytes, counted from the end of this index the bytes of each property: encoded
+//   values (Encoding.h), or references to large ones (LargeStorage.h)
+#pragma once
+
+#include "zebstore/storage/LargeStorage.h"
+#include "zebstore/storage/PropertySet.h"
+
+#include <memory>
+#include <vector>
+
+namespace zebstore
+{
+
+/// Reads single properties out of a blob without decoding the rest. The bytes must live as long as this.
+class PropertyBlob : public ValueSource
+{
+public:
+    /// @param store where large values are read from. A damaged index reads as no properties.
+    PropertyBlob(std::string_view bytes, StoreFile& store);
+
+    EncodedValue Find(ULONG tag) const override;
+    size_t Count() const { return m_count; }
+    /// The property at a place of the index.
+    EncodedValue At(size_t index) const;
+    PropertySet Decode() const;
+    /// References to large values.
+    std::vector<LargeReference> LargeReferences() const;
+    /// True when the index fits the bytes.
+    static bool IsSound(std::string_view bytes);
+
+private:
+    ULONG RawTag(size_t index) const;
+    std::string_view RawBytes(size_t index) const;
+    EncodedValue Make(size_t index) const;
+
+    std::string_view m_bytes;
+    StoreFile* m_store;
+    size_t m_count = 0;
+    mutable std::vector<std::shared_ptr<StoredLargeValue>> m_large;
+};
+
+/// Writes a set as a blob, its large values into chunks, in the caller's transaction.
+/// @param kept references of the object's blob so far: large values among them stay where they are, and are
+/// taken
+///   off the list; what is left on it is no longer used.
+/// @param hasLarge set to true when the blob holds a reference.
+std::string WriteBlob(StoreFile& store, const PropertySet& properties, std::vector<LargeReference>& kept,
+                      bool& hasLarge);
+
+} // namespace zebstore

@@ -1,0 +1,31 @@
+// The tables of a store file.
+#pragma once
+
+#include "zebstore/storage/Database.h"
+
+namespace zebstore
+{
+
+/// "ZEBS", in the file's header.
+constexpr std::int32_t ApplicationId = 0x5A454253;
+constexpr std::int32_t SchemaVersion = 1;
+
+/// Bits of message.parts: what a message has beside its row, so that deleting one without them touches
+/// nothing else.
+enum MessageParts : std::int64_t
+{
+    HasLargeValues = 1,
+    HasRecipients = 2,
+    HasAttachments = 4,
+    /// A sort key of the row stands for a longer text: what SQL says of it is checked again.
+    HasCutKeys = 8,
+};
+
+/// Makes the tables of a new file, in the caller's transaction.
+void CreateSchema(Database& database);
+
+/// Sees that the file is a store of this version with the tables that belong there.
+/// @throws Error MAPI_E_CORRUPT_STORE, MAPI_E_VERSION
+void CheckSchema(Database& database);
+
+} // namespace zebstore

@@ -1,0 +1,217 @@
+#include "zebstore/storage/SqlFilter.h"
+
+#include "zebstore/storage/Encoding.h"
+
+#include <algorithm>
+
+namespace zebstore
+{
+
+namespace
+{
+
+struct HotColumn
+{
+    ULONG tag;
+    const char* name;
+    bool always; // never NULL
+};
+
+constexpr HotColumn HotColumns[] = {
+    {PR_SUBJECT_W, "subject", false},
+    {PR_MESSAGE_DELIVERY_TIME, "delivered", false},
+    {PR_CLIENT_SUBMIT_TIME, "submitted", false},
+    {PR_LAST_MODIFICATION_TIME, "modified", false},
+    {PR_MESSAGE_SIZE, "size", true},
+    {PR_MESSAGE_FLAGS, "flags", true},
+    {PR_MESSAGE_CLASS_W, "class", false},
+    {PR_SENDER_NAME_W, "sender", false},
+};
+
+const HotColumn* FindColumn(ULONG tag, const std::vector<ULONG>& computed)
+{
+    for (const HotColumn& column : HotColumns)
+        if (PROP_ID(column.tag) == PROP_ID(tag))
+            return std::find(computed.begin(), computed.end(), PROP_ID(tag)) == computed.end() ? &column
+                                                                                               : nullptr;
+    return nullptr;
+}
+
+const char* const Operators[] = {"<", "<=", ">", ">=", "=", "!="};
+
+SqlFilter Condition(const HotColumn& column, const std::string& test)
+{
+    SqlFilter filter;
+    filter.sql =
+        column.always ? "(" + test + ")" : std::string("(") + column.name + " IS NOT NULL AND " + test + ")";
+    return filter;
+}
+
+std::optional<SqlFilter> PropertyFilter(const RestrictionNode& node, const HotColumn& column)
+{
+    if (!TypesMatch(PROP_TYPE(column.tag), node.valueType))
+        return std::nullopt;
+    SqlFilter filter = Condition(column, std::string(column.name) + Operators[node.relation] + "?");
+    if (IsText(node.valueType))
+        filter.parameters.emplace_back(node.foldedValue);
+    else if (node.valueType == PT_LONG)
+        filter.parameters.emplace_back(std::int64_t(ReadNumber<std::int32_t>(node.value)));
+    else
+        filter.parameters.emplace_back(ReadNumber<std::int64_t>(node.value));
+    return filter;
+}
+
+std::optional<SqlFilter> ContentFilter(const RestrictionNode& node, const HotColumn& column)
+{
+    // Accents stand in the sort keys, so a search without them must look at the text itself.
+    if (!IsText(PROP_TYPE(column.tag)) || !IsText(node.valueType) ||
+        (node.fuzzy & (FL_IGNORENONSPACE | FL_LOOSE)))
+        return std::nullopt;
+    const std::string folded = Folded(StoredTextOf(node.valueType, node.value), TextFold::IgnoreCase);
+    const std::string name = column.name;
+    SqlFilter filter;
+    switch (node.fuzzy & 0xFFFF)
+    {
+    case FL_SUBSTRING:
+        filter = Condition(column, "instr(" + name + ",?)>0");
+        break;
+    case FL_PREFIX:
+        filter = Condition(column, "instr(" + name + ",?)=1");
+        break;
+    default:
+        filter = Condition(column, name + "=?");
+        break;
+    }
+    filter.parameters.emplace_back(folded);
+    filter.exact = (node.fuzzy & FL_IGNORECASE) != 0;
+    return filter;
+}
+
+std::optional<SqlFilter> BitFilter(const RestrictionNode& node, const HotColumn& column)
+{
+    if (PROP_TYPE(column.tag) != PT_LONG)
+        return std::nullopt;
+    SqlFilter filter = Condition(column, std::string("(") + column.name + " & ?)" +
+                                             (node.relation == BMR_NEZ ? "!=0" : "=0"));
+    filter.parameters.emplace_back(std::int64_t(static_cast<std::int32_t>(node.number)));
+    return filter;
+}
+
+std::optional<SqlFilter> ExistFilter(const RestrictionNode& node, const HotColumn& column)
+{
+    // Under PT_UNSPECIFIED a value of another type exists too, and the column does not know it.
+    if (!TypesMatch(PROP_TYPE(column.tag), PROP_TYPE(node.tag)))
+        return std::nullopt;
+    return Condition(column, "1");
+}
+
+void Join(SqlFilter& to, const SqlFilter& more, const char* with)
+{
+    to.sql += to.sql.empty() ? "(" : with;
+    to.sql += more.sql;
+    to.parameters.insert(to.parameters.end(), more.parameters.begin(), more.parameters.end());
+    to.exact = to.exact && more.exact;
+}
+
+std::optional<SqlFilter> AndFilter(const RestrictionNode& node, const std::vector<ULONG>& computed)
+{
+    SqlFilter joined;
+    for (const RestrictionNode& child : node.children)
+    {
+        if (const std::optional<SqlFilter> filter = MakeFilter(child, computed))
+            Join(joined, *filter, " AND ");
+        else
+            joined.exact = false;
+    }
+    if (joined.sql.empty())
+        return std::nullopt;
+    joined.sql += ")";
+    return joined;
+}
+
+std::optional<SqlFilter> OrFilter(const RestrictionNode& node, const std::vector<ULONG>& computed)
+{
+    SqlFilter joined;
+    for (const RestrictionNode& child : node.children)
+    {
+        const std::optional<SqlFilter> filter = MakeFilter(child, computed);
+        if (!filter)
+            return std::nullopt;
+        Join(joined, *filter, " OR ");
+    }
+    if (joined.sql.empty())
+        return std::nullopt;
+    joined.sql += ")";
+    return joined;
+}
+
+std::optional<SqlFilter> NotFilter(const RestrictionNode& node, const std::vector<ULONG>& computed)
+{
+    std::optional<SqlFilter> filter = MakeFilter(node.children[0], computed);
+    // The opposite of "more than fits" is less than fits.
+    if (!filter || !filter->exact)
+        return std::nullopt;
+    filter->sql = "(NOT " + filter->sql + ")";
+    return filter;
+}
+
+} // namespace
+
+int SqlFilter::Bind(Query& query, int first) const
+{
+    for (const auto& parameter : parameters)
+    {
+        if (const auto* number = std::get_if<std::int64_t>(&parameter))
+            query.Bind(first++, *number);
+        else
+            query.BindText(first++, std::get<std::string>(parameter));
+    }
+    return first;
+}
+
+std::optional<SqlFilter> MakeFilter(const RestrictionNode& node, const std::vector<ULONG>& computed)
+{
+    switch (node.kind)
+    {
+    case RES_AND:
+    case RES_COMMENT:
+        return AndFilter(node, computed);
+    case RES_OR:
+        return OrFilter(node, computed);
+    case RES_NOT:
+        return NotFilter(node, computed);
+    default:
+        break;
+    }
+    const HotColumn* column = FindColumn(node.tag, computed);
+    if (!column)
+        return std::nullopt;
+    switch (node.kind)
+    {
+    case RES_PROPERTY:
+        return PropertyFilter(node, *column);
+    case RES_CONTENT:
+        return ContentFilter(node, *column);
+    case RES_BITMASK:
+        return BitFilter(node, *column);
+    case RES_EXIST:
+        return ExistFilter(node, *column);
+    default:
+        return std::nullopt;
+    }
+}
+
+std::optional<std::string> MakeOrder(const SortOrder& order, const std::vector<ULONG>& computed)
+{
+    std::string sql;
+    for (const SortOrder::Key& key : order.Keys())
+    {
+        const HotColumn* column = FindColumn(key.tag, computed);
+        if (!column || !TypesMatch(PROP_TYPE(column->tag), PROP_TYPE(key.tag)))
+            return std::nullopt;
+        sql += std::string(sql.empty() ? "" : ", ") + column->name + (key.descending ? " DESC" : "");
+    }
+    return sql;
+}
+
+} // namespace zebstore

@@ -1,0 +1,37 @@
+// What SQL can say of restrictions and sort orders over the table of messages.
+#pragma once
+
+#include "zebstore/storage/Database.h"
+#include "zebstore/storage/Restriction.h"
+#include "zebstore/storage/SortOrder.h"
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace zebstore
+{
+
+/// A condition over message's columns that is 0 or 1, never NULL, with its parameters in the order of their
+/// marks.
+struct SqlFilter
+{
+    std::string sql;
+    std::vector<std::variant<std::int64_t, std::string>> parameters;
+    /// The condition lets exactly the rows through that the restriction does, where no sort key was cut
+    /// (HasCutKeys); else it lets more through.
+    bool exact = true;
+
+    /// Binds the parameters from `first` on; the filter must outlive the query. @return the next index
+    int Bind(Query& query, int first) const;
+};
+
+/// Nothing when SQL can not narrow the rows at all.
+/// @param computed identifiers that are computed and so not for SQL to judge
+std::optional<SqlFilter> MakeFilter(const RestrictionNode& node, const std::vector<ULONG>& computed);
+
+/// "column [DESC], ..." when every key is a column; nothing else.
+std::optional<std::string> MakeOrder(const SortOrder& order, const std::vector<ULONG>& computed);
+
+} // namespace zebstore

@@ -1,0 +1,263 @@
+#include "zebstore/storage/StoreFile.h"
+
+#include "zebstore/storage/Encoding.h"
+#include "zebstore/storage/PropertyBlob.h"
+#include "zebstore/storage/Schema.h"
+#include "zebstore/storage/StoreParts.h"
+
+#include <filesystem>
+#include <random>
+
+namespace zebstore
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+struct StandardName
+{
+    StandardFolder folder;
+    StandardFolder parent;
+    ULONG type;
+    const char* name;
+};
+
+constexpr StandardName StandardNames[] = {
+    {StandardFolder::Root, StandardFolder::Root, FOLDER_ROOT, ""},
+    {StandardFolder::IpmSubtree, StandardFolder::Root, FOLDER_GENERIC, "Top of Personal Folders"},
+    {StandardFolder::Inbox, StandardFolder::IpmSubtree, FOLDER_GENERIC, "Inbox"},
+    {StandardFolder::Outbox, StandardFolder::IpmSubtree, FOLDER_GENERIC, "Outbox"},
+    {StandardFolder::DeletedItems, StandardFolder::IpmSubtree, FOLDER_GENERIC, "Deleted Items"},
+    {StandardFolder::SentItems, StandardFolder::IpmSubtree, FOLDER_GENERIC, "Sent Items"},
+    {StandardFolder::Contacts, StandardFolder::IpmSubtree, FOLDER_GENERIC, "Contacts"},
+    {StandardFolder::Finder, StandardFolder::Root, FOLDER_GENERIC, "Search Root"},
+    {StandardFolder::Views, StandardFolder::Root, FOLDER_GENERIC, "Personal Views"},
+    {StandardFolder::CommonViews, StandardFolder::Root, FOLDER_GENERIC, "Common Views"},
+};
+
+GUID NewGuid()
+{
+    std::random_device random;
+    GUID guid{};
+    unsigned char bytes[sizeof(GUID)];
+    for (unsigned char& byte : bytes)
+        byte = static_cast<unsigned char>(random());
+    // The marks of a random identifier.
+    bytes[7] = static_cast<unsigned char>((bytes[7] & 0x0F) | 0x40);
+    bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);
+    std::memcpy(static_cast<void*>(&guid), bytes, sizeof(guid));
+    return guid;
+}
+
+// A file without a single write permission counts as read-only for everybody, root included.
+bool MayNotBeWritten(const std::string& path)
+{
+    std::error_code failure;
+    const fs::perms permissions = fs::status(fs::u8path(path), failure).permissions();
+    const fs::perms write = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
+    return !failure && (permissions & write) == fs::perms::none;
+}
+
+void Configure(Database& database, const StoreFile::OpenOptions& options)
+{
+    database.Execute("PRAGMA foreign_keys=ON");
+    database.Execute(options.fullDurability ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL");
+    database.Execute("PRAGMA cache_size=-16384");
+    PrepareStaging(database);
+}
+
+void FillNewStore(StoreFile& store, const std::string& displayName)
+{
+    Database& database = store.Connection();
+    const GUID uid = NewGuid();
+    PropertySet properties;
+    properties.SetText(PR_DISPLAY_NAME_W, displayName);
+    std::vector<LargeReference> none;
+    bool large = false;
+    const std::string blob = WriteBlob(store, properties, none, large);
+    Query(database, "INSERT INTO store(id, uid, props) VALUES(1, ?, ?)")
+        .BindBlob(1, {reinterpret_cast<const char*>(&uid), sizeof(uid)})
+        .BindBlob(2, blob)
+        .Run();
+    InsertContents(database, 0, 0);
+    for (const StandardName& each : StandardNames)
+    {
+        PropertySet folder;
+        folder.SetText(PR_DISPLAY_NAME_W, each.name);
+        const FolderId parent = each.folder == StandardFolder::Root ? 0 : IdOf(each.parent);
+        InsertFolder(store, IdOf(each.folder), parent, folder, each.type);
+    }
+    store.SetReceiveFolder("", IdOf(StandardFolder::Inbox));
+}
+
+void RemoveFiles(const std::string& path)
+{
+    std::error_code ignored;
+    for (const char* suffix : {"", "-wal", "-shm", "-journal"})
+        fs::remove(fs::u8path(path + suffix), ignored);
+}
+
+} // namespace
+
+StoreFile::StoreFile() = default;
+StoreFile::~StoreFile() = default;
+
+bool StoreFile::Exists(const std::string& path)
+{
+    std::error_code failure;
+    return fs::exists(fs::u8path(path), failure);
+}
+
+std::shared_ptr<StoreFile> StoreFile::Create(const std::string& path, const std::string& displayName,
+                                             const OpenOptions& options)
+{
+    if (Exists(path))
+        throw Error(MAPI_E_COLLISION, "The store file '" + path + "' exists already.");
+    const std::shared_ptr<StoreFile> store(new StoreFile);
+    store->m_path = path;
+    try
+    {
+        store->m_database = std::make_unique<Database>(path, Database::Mode::Create);
+        Database& database = *store->m_database;
+        database.Execute("PRAGMA journal_mode=WAL");
+        Configure(database, options);
+        Transaction transaction(database);
+        CreateSchema(database);
+        FillNewStore(*store, displayName);
+        transaction.Commit();
+    }
+    catch (...)
+    {
+        const bool made = store->m_database != nullptr;
+        store->m_database.reset();
+        if (made)
+            RemoveFiles(path);
+        throw;
+    }
+    store->ReadUid();
+    return store;
+}
+
+std::shared_ptr<StoreFile> StoreFile::Open(const std::string& path, const OpenOptions& options)
+{
+    if (!Exists(path))
+        throw Error(MAPI_E_NOT_FOUND, "The store file '" + path + "' does not exist.");
+    if (!fs::is_regular_file(fs::u8path(path)))
+        throw Error(MAPI_E_CORRUPT_STORE, "The store file '" + path + "' is not a file.");
+    if (!options.readOnly && MayNotBeWritten(path))
+        throw Error(MAPI_E_NO_ACCESS, "The store file '" + path + "' is read-only.");
+    const std::shared_ptr<StoreFile> store(new StoreFile);
+    store->m_path = path;
+    store->m_readOnly = options.readOnly;
+    store->m_database = std::make_unique<Database>(path, options.readOnly ? Database::Mode::ReadOnly
+                                                                          : Database::Mode::ReadWrite);
+    CheckSchema(*store->m_database);
+    Configure(*store->m_database, options);
+    store->ReadUid();
+    return store;
+}
+
+void StoreFile::ReadUid()
+{
+    Query query(*m_database, "SELECT uid FROM store WHERE id=1");
+    if (!query.Step() || query.Bytes(0).size() != sizeof(GUID))
+        throw Error(MAPI_E_CORRUPT_STORE, "The store file '" + m_path + "' is damaged: it has no identity.");
+    m_uid = ReadNumber<GUID>(query.Bytes(0));
+}
+
+PropertySet StoreFile::Properties()
+{
+    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    Query query(*m_database, "SELECT props FROM store WHERE id=1");
+    query.Step();
+    return PropertyBlob(query.Bytes(0), *this).Decode();
+}
+
+void StoreFile::SaveProperties(const PropertySet& properties)
+{
+    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    Transaction transaction(*m_database);
+    std::vector<LargeReference> kept;
+    {
+        Query query(*m_database, "SELECT props FROM store WHERE id=1");
+        query.Step();
+        kept = PropertyBlob(query.Bytes(0), *this).LargeReferences();
+    }
+    bool large = false;
+    const std::string blob = WriteBlob(*this, properties, kept, large);
+    Query(*m_database, "UPDATE store SET props=? WHERE id=1").BindBlob(1, blob).Run();
+    DeleteReferences(*m_database, kept);
+    transaction.Commit();
+}
+
+StoreFile::ReceiveFolder StoreFile::ReceiveFolderOf(const std::string& messageClass)
+{
+    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    Query query(*m_database, "SELECT class, folder FROM receive WHERE class=?");
+    for (std::string name = messageClass;;)
+    {
+        query.BindText(1, name);
+        if (query.Step())
+            return {std::string(query.Bytes(0)), query.Number(1)};
+        query.Reset();
+        if (name.empty())
+            throw Error(MAPI_E_NOT_FOUND, "The store file '" + m_path + "' has no receive folder.");
+        const size_t dot = name.rfind('.');
+        name.resize(dot == std::string::npos ? 0 : dot);
+    }
+}
+
+void StoreFile::SetReceiveFolder(const std::string& messageClass, FolderId folder)
+{
+    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    Require(IsAscii(messageClass), "A message class is ASCII.");
+    Require(folder != 0 || !messageClass.empty(), "The default receive folder can not be removed.");
+    Transaction transaction(*m_database);
+    Query(*m_database, "DELETE FROM receive WHERE class=?").BindText(1, messageClass).Run();
+    if (folder != 0)
+    {
+        RequireFolder(*this, folder);
+        Query(*m_database, "INSERT INTO receive(class, folder) VALUES(?, ?)")
+            .BindText(1, messageClass)
+            .Bind(2, folder)
+            .Run();
+    }
+    transaction.Commit();
+}
+
+std::vector<StoreFile::ReceiveFolder> StoreFile::ReceiveFolders()
+{
+    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    std::vector<ReceiveFolder> folders;
+    Query query(*m_database, "SELECT class, folder FROM receive ORDER BY class");
+    while (query.Step())
+        folders.push_back({std::string(query.Bytes(0)), query.Number(1)});
+    return folders;
+}
+
+std::shared_ptr<StagedValue> StoreFile::Stage()
+{
+    return MakeStagedValue(shared_from_this());
+}
+
+std::shared_ptr<StagedValue> StoreFile::Stage(const LargeValue& value)
+{
+    std::shared_ptr<StagedValue> staged = Stage();
+    std::string piece(65536, '\0');
+    for (std::uint64_t offset = 0; const size_t count = value.Read(offset, &piece[0], piece.size());
+         offset += count)
+        staged->Write(offset, piece.data(), count);
+    return staged;
+}
+
+std::uint64_t StoreFile::Generation(FolderId folder, bool associated)
+{
+    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    Query query(*m_database, "SELECT change FROM contents WHERE container=?");
+    query.Bind(1, ContainerOf(folder, associated));
+    return query.Step() ? static_cast<std::uint64_t>(query.Number(0)) + 1 : 0;
+}
+
+} // namespace zebstore

@@ -1,0 +1,435 @@
+// The messages of StoreFile.
+#include "zebstore/storage/StoreFile.h"
+
+#include "zebstore/storage/Encoding.h"
+#include "zebstore/storage/PropertyBlob.h"
+#include "zebstore/storage/Schema.h"
+#include "zebstore/storage/StoreParts.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace zebstore
+{
+
+namespace
+{
+
+constexpr int MostNested = 64;
+
+// What a message's row holds beside the blob.
+struct Row
+{
+    LONG flags = 0;
+    std::uint64_t size = 0;
+    std::int64_t parts = 0;
+    std::string blob;
+    std::string messageClass;
+    std::string subject;
+    std::string sender;
+    const PropertySet* properties = nullptr;
+};
+
+std::uint64_t BytesOf(const PropertySet& properties)
+{
+    std::uint64_t bytes = 0;
+    for (const PropertySet::Item& item : properties.Items())
+        bytes += item.large ? item.large->Size() : item.bytes.size();
+    return bytes;
+}
+
+LONG AsLong(std::uint64_t size)
+{
+    return static_cast<LONG>(std::min<std::uint64_t>(size, std::numeric_limits<LONG>::max()));
+}
+
+// The sort key of a text property; `parts` learns when it stands for a longer text.
+std::string HotText(const PropertySet& properties, ULONG tag, std::int64_t& parts)
+{
+    const EncodedValue value = properties.Find(tag);
+    if (!IsText(value.Type()))
+        return {};
+    const std::string whole = value.large ? EncodedFromLarge(value.Type(), *value.large) : std::string();
+    const std::string_view text =
+        StoredTextOf(value.Type(), value.large ? std::string_view(whole) : value.bytes);
+    std::string key = SortKey(text);
+    if (text.size() > SortKeyCharacters && Folded(text, TextFold::IgnoreCase).size() > key.size())
+        parts |= HasCutKeys;
+    return key;
+}
+
+// Settles the properties that the store sets itself, and the row's copies. `properties` is completed.
+Row MakeRow(StoreFile& store, PropertySet& properties, const PartsSummary& summary,
+            std::vector<LargeReference>& kept)
+{
+    Row row;
+    row.flags = properties.Long(PR_MESSAGE_FLAGS) & ~MSGFLAG_HASATTACH;
+    if (summary.attachments)
+        row.flags |= MSGFLAG_HASATTACH;
+    properties.SetLong(PR_MESSAGE_FLAGS, row.flags);
+    properties.SetBool(PR_HASATTACH, summary.attachments);
+    properties.SetLong(PR_MESSAGE_SIZE, 0);
+    row.size = BytesOf(properties) + summary.bytes;
+    properties.SetLong(PR_MESSAGE_SIZE, AsLong(row.size));
+    if (summary.recipients)
+        row.parts |= HasRecipients;
+    if (summary.attachments)
+        row.parts |= HasAttachments;
+    bool large = false;
+    row.blob = WriteBlob(store, properties, kept, large);
+    if (large)
+        row.parts |= HasLargeValues;
+    row.messageClass = HotText(properties, PR_MESSAGE_CLASS_W, row.parts);
+    row.subject = HotText(properties, PR_SUBJECT_W, row.parts);
+    row.sender = HotText(properties, PR_SENDER_NAME_W, row.parts);
+    row.properties = &properties;
+    return row;
+}
+
+void BindTime(Query& query, int index, const PropertySet& properties, ULONG tag)
+{
+    const EncodedValue value = properties.Find(tag);
+    if (value.Type() == PT_SYSTIME)
+        query.Bind(index, ReadNumber<std::int64_t>(value.bytes));
+    else
+        query.BindNull(index);
+}
+
+void BindKey(Query& query, int index, const PropertySet& properties, ULONG tag, const std::string& key)
+{
+    if (IsText(properties.Find(tag).Type()))
+        query.BindText(index, key);
+    else
+        query.BindNull(index);
+}
+
+void BindRow(Query& query, MessageId message, std::int64_t change, const Row& row)
+{
+    query.Bind(1, message).Bind(2, change).Bind(3, row.flags).Bind(4, AsLong(row.size)).Bind(5, row.parts);
+    BindTime(query, 6, *row.properties, PR_MESSAGE_DELIVERY_TIME);
+    BindTime(query, 7, *row.properties, PR_CLIENT_SUBMIT_TIME);
+    BindTime(query, 8, *row.properties, PR_LAST_MODIFICATION_TIME);
+    BindKey(query, 9, *row.properties, PR_MESSAGE_CLASS_W, row.messageClass);
+    BindKey(query, 10, *row.properties, PR_SUBJECT_W, row.subject);
+    BindKey(query, 11, *row.properties, PR_SENDER_NAME_W, row.sender);
+    query.BindBlob(12, row.blob);
+}
+
+void UpdateRow(Database& database, MessageId message, std::int64_t change, const Row& row)
+{
+    Query query(database,
+                "UPDATE message SET change=?2, flags=?3, size=?4, parts=?5, delivered=?6, submitted=?7, "
+                "modified=?8, class=?9, subject=?10, sender=?11, props=?12 WHERE id=?1");
+    BindRow(query, message, change, row);
+    query.Run();
+}
+
+std::int64_t UnreadOf(std::int64_t container, LONG flags)
+{
+    const bool counts = container != 0 && (container & 1) == 0;
+    return counts && !(flags & MSGFLAG_READ) ? 1 : 0;
+}
+
+[[noreturn]] void ThrowGone(const StoreFile& store, HRESULT code)
+{
+    throw Error(code, "The message is not in the store file '" + store.Path() + "' any more.");
+}
+
+void WriteParts(StoreFile& store, MessageId message, const MessageContent& content, int depth)
+{
+    if (content.recipients)
+        WriteRecipients(store, message, *content.recipients);
+    if (!content.attachments.empty())
+        WriteAttachments(store, message, content.attachments, depth);
+}
+
+bool HasParts(const MessageContent& content)
+{
+    return (content.recipients && !content.recipients->empty()) || !content.attachments.empty();
+}
+
+// What a stored row says of itself before it is changed or deleted.
+struct OldRow
+{
+    std::int64_t change = 0;
+    LONG flags = 0;
+    std::int64_t parts = 0;
+    std::vector<LargeReference> large;
+};
+
+bool ReadOldRow(StoreFile& store, MessageId message, OldRow& old)
+{
+    Query query(store.Connection(), "SELECT change, flags, parts, props FROM message WHERE id=?");
+    query.Bind(1, message);
+    if (!query.Step())
+        return false;
+    old.change = query.Number(0);
+    old.flags = static_cast<LONG>(query.Number(1));
+    old.parts = query.Number(2);
+    if (old.parts & HasLargeValues)
+        old.large = PropertyBlob(query.Bytes(3), store).LargeReferences();
+    return true;
+}
+
+} // namespace
+
+std::int64_t TouchContents(Database& database, std::int64_t container, std::int64_t rows, std::int64_t unread)
+{
+    Query query(database,
+                "UPDATE contents SET rows=rows+?2, unread=unread+?3, change=change+1 WHERE container=?1 "
+                "RETURNING change");
+    query.Bind(1, container).Bind(2, rows).Bind(3, unread);
+    if (!query.Step())
+        throw Error(MAPI_E_NOT_FOUND,
+                    "The folder is not in the store file '" + database.Path() + "' any more.");
+    const std::int64_t change = query.Number(0);
+    query.Run();
+    return change;
+}
+
+std::int64_t AddToContents(Database& database, std::int64_t container, std::int64_t unread,
+                           MessageId& message)
+{
+    Query query(database, "UPDATE contents SET rows=rows+1, unread=unread+?2, next=next+1, change=change+1 "
+                          "WHERE container=?1 RETURNING next, change");
+    query.Bind(1, container).Bind(2, unread);
+    if (!query.Step())
+        throw Error(MAPI_E_NOT_FOUND,
+                    "The folder is not in the store file '" + database.Path() + "' any more.");
+    const std::int64_t number = query.Number(0) - 1;
+    const std::int64_t change = query.Number(1);
+    query.Run();
+    message = FirstOf(container) | number;
+    if (message > LastOf(container))
+        throw Error(MAPI_E_TOO_BIG, "The folder has no number left for a message.");
+    return change;
+}
+
+MessageId InsertMessage(StoreFile& store, std::int64_t container, const MessageContent& content, int depth)
+{
+    if (depth > MostNested)
+        throw Error(MAPI_E_TOO_COMPLEX, "Messages can be nested " + std::to_string(MostNested) + " deep.");
+    Database& database = store.Connection();
+    PropertySet properties = content.properties;
+    std::vector<LargeReference> none;
+    Row row = MakeRow(store, properties, {}, none);
+    MessageId message = 0;
+    const std::int64_t change = AddToContents(database, container, UnreadOf(container, row.flags), message);
+    {
+        Query query(database,
+                    "INSERT INTO message(id, change, flags, size, parts, delivered, submitted, modified, "
+                    "class, subject, sender, props) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+        BindRow(query, message, change, row);
+        query.Run();
+    }
+    if (HasParts(content))
+    {
+        WriteParts(store, message, content, depth);
+        std::vector<LargeReference> kept = PropertyBlob(row.blob, store).LargeReferences();
+        properties = PropertyBlob(row.blob, store).Decode();
+        UpdateRow(database, message, change,
+                  MakeRow(store, properties, SummarizeParts(store, message), kept));
+    }
+    return message;
+}
+
+MessageId StoreFile::CreateMessage(FolderId folder, bool associated, const MessageContent& content)
+{
+    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    Transaction transaction(*m_database);
+    const MessageId message = InsertMessage(*this, ContainerOf(folder, associated), content, 0);
+    transaction.Commit();
+    return message;
+}
+
+std::int64_t StoreFile::SaveMessage(MessageId message, const MessageContent& content, std::int64_t change)
+{
+    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    Transaction transaction(*m_database);
+    OldRow old;
+    if (!ReadOldRow(*this, message, old))
+        ThrowGone(*this, MAPI_E_OBJECT_DELETED);
+    if (change != 0 && change != old.change)
+        throw Error(MAPI_E_OBJECT_CHANGED,
+                    "The message has been saved by somebody else since it was opened.");
+    WriteParts(*this, message, content, 0);
+    PartsSummary summary;
+    if ((old.parts & (HasRecipients | HasAttachments)) || HasParts(content))
+        summary = SummarizeParts(*this, message);
+    PropertySet properties = content.properties;
+    const Row row = MakeRow(*this, properties, summary, old.large);
+    const std::int64_t container = ContainerOf(message);
+    const std::int64_t next = TouchContents(*m_database, container, 0,
+                                            UnreadOf(container, row.flags) - UnreadOf(container, old.flags));
+    UpdateRow(*m_database, message, next, row);
+    DeleteReferences(*m_database, old.large);
+    transaction.Commit();
+    return next;
+}
+
+StoredMessage StoreFile::LoadMessage(MessageId message)
+{
+    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    Query query(*m_database, "SELECT change, props FROM message WHERE id=?");
+    query.Bind(1, message);
+    if (!query.Step())
+        ThrowGone(*this, MAPI_E_NOT_FOUND);
+    return {message, query.Number(0), PropertyBlob(query.Bytes(1), *this).Decode()};
+}
+
+bool StoreFile::MessageExists(MessageId message)
+{
+    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    Query query(*m_database, "SELECT 1 FROM message WHERE id=?");
+    return query.Bind(1, message).Step();
+}
+
+MessageContent StoreFile::LoadWhole(MessageId message)
+{
+    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    const ReadScope moment(*m_database);
+    MessageContent content;
+    content.properties = LoadMessage(message).properties;
+    content.recipients = Recipients(message);
+    for (const ULONG number : AttachmentNumbers(message))
+    {
+        AttachmentEdit edit;
+        edit.number = number;
+        edit.properties = Attachment(message, number);
+        if (const std::optional<MessageId> embedded = EmbeddedMessage(message, number))
+            edit.embedded = std::make_shared<MessageContent>(LoadWhole(*embedded));
+        content.attachments.push_back(std::move(edit));
+    }
+    return content;
+}
+
+void DeleteMessageRow(StoreFile& store, MessageId message)
+{
+    OldRow old;
+    if (!ReadOldRow(store, message, old))
+        return;
+    if (old.parts & HasAttachments || old.parts & HasRecipients)
+        ReleaseParts(store, message);
+    DeleteReferences(store.Connection(), old.large);
+    Query(store.Connection(), "DELETE FROM message WHERE id=?").Bind(1, message).Run();
+    const std::int64_t container = ContainerOf(message);
+    TouchContents(store.Connection(), container, -1, -UnreadOf(container, old.flags));
+}
+
+void ClearContents(StoreFile& store, std::int64_t container)
+{
+    Database& database = store.Connection();
+    std::vector<MessageId> withParts;
+    {
+        Query query(database, "SELECT id FROM message WHERE id BETWEEN ? AND ? AND parts & 7");
+        query.Bind(1, FirstOf(container)).Bind(2, LastOf(container));
+        while (query.Step())
+            withParts.push_back(query.Number(0));
+    }
+    for (const MessageId message : withParts)
+        DeleteMessageRow(store, message);
+    Query(database, "DELETE FROM message WHERE id BETWEEN ? AND ?")
+        .Bind(1, FirstOf(container))
+        .Bind(2, LastOf(container))
+        .Run();
+    Query(database, "UPDATE contents SET rows=0, unread=0, change=change+1 WHERE container=?")
+        .Bind(1, container)
+        .Run();
+}
+
+size_t StoreFile::DeleteMessages(const std::vector<MessageId>& messages)
+{
+    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    Transaction transaction(*m_database);
+    size_t deleted = 0;
+    for (const MessageId message : messages)
+    {
+        if (!MessageExists(message))
+            continue;
+        DeleteMessageRow(*this, message);
+        ++deleted;
+    }
+    transaction.Commit();
+    return deleted;
+}
+
+std::vector<MessageId> StoreFile::MoveMessages(const std::vector<MessageId>& messages, FolderId folder)
+{
+    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    Transaction transaction(*m_database);
+    RequireFolder(*this, folder);
+    std::vector<MessageId> moved;
+    for (const MessageId message : messages)
+    {
+        OldRow old;
+        if (!ReadOldRow(*this, message, old))
+        {
+            moved.push_back(0);
+            continue;
+        }
+        const std::int64_t from = ContainerOf(message);
+        const std::int64_t to = ContainerOf(folder, IsAssociated(message));
+        MessageId placed = message;
+        if (from != to)
+        {
+            const std::int64_t unread = UnreadOf(from, old.flags);
+            const std::int64_t change = AddToContents(*m_database, to, unread, placed);
+            Query(*m_database, "UPDATE message SET id=?, change=? WHERE id=?")
+                .Bind(1, placed)
+                .Bind(2, change)
+                .Bind(3, message)
+                .Run();
+            TouchContents(*m_database, from, -1, -unread);
+        }
+        moved.push_back(placed);
+    }
+    transaction.Commit();
+    return moved;
+}
+
+std::vector<MessageId> StoreFile::CopyMessages(const std::vector<MessageId>& messages, FolderId folder)
+{
+    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    Transaction transaction(*m_database);
+    RequireFolder(*this, folder);
+    std::vector<MessageId> copies;
+    for (const MessageId message : messages)
+        copies.push_back(
+            MessageExists(message) ? CreateMessage(folder, IsAssociated(message), LoadWhole(message)) : 0);
+    transaction.Commit();
+    return copies;
+}
+
+void StoreFile::ChangeMessageFlags(const std::vector<MessageId>& messages, ULONG set, ULONG clear)
+{
+    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    Transaction transaction(*m_database);
+    for (const MessageId message : messages)
+    {
+        if (!MessageExists(message))
+            continue;
+        MessageContent content;
+        content.properties = LoadMessage(message).properties;
+        const LONG before = content.properties.Long(PR_MESSAGE_FLAGS);
+        const LONG after = static_cast<LONG>((static_cast<ULONG>(before) | set) & ~clear);
+        if (after == before)
+            continue;
+        content.properties.SetLong(PR_MESSAGE_FLAGS, after);
+        SaveMessage(message, content, 0);
+    }
+    transaction.Commit();
+}
+
+std::vector<MessageId> StoreFile::MessagesOf(FolderId folder, bool associated)
+{
+    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    std::vector<MessageId> messages;
+    const std::int64_t container = ContainerOf(folder, associated);
+    Query query(*m_database, "SELECT id FROM message WHERE id BETWEEN ? AND ? ORDER BY id");
+    query.Bind(1, FirstOf(container)).Bind(2, LastOf(container));
+    while (query.Step())
+        messages.push_back(query.Number(0));
+    return messages;
+}
+
+} // namespace zebstore
