@@ -1,0 +1,168 @@
+#include "framework/Exception.h"
+
+#include "framework/Containers.h"
+
+#include "tests/framework/probe/ProbeException.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <sstream>
+
+namespace
+{
+
+/// The place of a virtual function: a pointer to a member is 1 plus its byte offset in the table.
+template <class Member>
+unsigned long long SlotOf(Member member)
+{
+    std::uintptr_t first = 0;
+    std::memcpy(&first, &member, sizeof first);
+    return (first - 1) / sizeof(void*);
+}
+
+class LocalException : public CException
+{
+    DECLARE_DYNAMIC(LocalException)
+
+public:
+    explicit LocalException(bool onHeap = true)
+        : CException(onHeap)
+    {
+    }
+};
+IMPLEMENT_DYNAMIC(LocalException, CException)
+
+class DerivedProbe : public ProbeException
+{
+    DECLARE_DYNAMIC(DerivedProbe)
+
+public:
+    DerivedProbe()
+        : ProbeException(7)
+    {
+    }
+};
+IMPLEMENT_DYNAMIC(DerivedProbe, ProbeException)
+
+/// The table's entries are one more than the stated slots behind the destructor, which takes two.
+TEST(Exception, SlotsAreThoseOfTheObjectThenOfTheException)
+{
+    EXPECT_EQ(SlotOf(&CObject::GetRuntimeClass), 0u);
+    EXPECT_EQ(SlotOf(&CObject::Serialize), 3u);
+    EXPECT_EQ(SlotOf(&CObject::AssertValid), 4u);
+    EXPECT_EQ(SlotOf(&CObject::Dump), 5u);
+    EXPECT_EQ(SlotOf(&CException::GetRuntimeClass), 0u);
+    EXPECT_EQ(SlotOf(&CException::GetErrorMessage), 6u);
+    EXPECT_EQ(SlotOf(&CException::ReportError), 7u);
+    EXPECT_EQ(SlotOf(&ProbeException::GetErrorMessage), 6u);
+    EXPECT_EQ(SlotOf(&ProbeException::GetNumber), 9u) << "behind the base's two other slots";
+}
+
+TEST(Exception, IsCaughtByPointerToAnyOfItsClassesAcrossBinaries)
+{
+    const int before = ProbeException::Alive();
+    try
+    {
+        ThrowProbe(1);
+    }
+    catch (ProbeException* error)
+    {
+        EXPECT_EQ(error->GetNumber(), 1);
+        error->Delete();
+    }
+    try
+    {
+        ThrowProbe(2);
+    }
+    catch (CException* error)
+    {
+        char text[32] = {};
+        EXPECT_EQ(error->GetErrorMessage(text, sizeof text, nullptr), TRUE);
+        EXPECT_STREQ(text, "probe 2");
+        error->Delete();
+    }
+    try
+    {
+        ThrowProbe(3);
+    }
+    catch (CObject* object)
+    {
+        EXPECT_TRUE(object->IsKindOf(RUNTIME_CLASS(CException)));
+        EXPECT_EQ(ProbeException::Alive(), before + 1);
+        delete object;
+    }
+    EXPECT_EQ(ProbeException::Alive(), before);
+}
+
+TEST(Exception, DeleteDeletesIt)
+{
+    const int before = ProbeException::Alive();
+    auto* error = new ProbeException(1);
+    EXPECT_EQ(ProbeException::Alive(), before + 1);
+    error->Delete();
+    EXPECT_EQ(ProbeException::Alive(), before);
+}
+
+TEST(Exception, DeleteLeavesOneThatIsNotOnTheHeap)
+{
+    LocalException kept(false);
+    kept.Delete();
+    EXPECT_STREQ(kept.GetRuntimeClass()->m_lpszClassName, "LocalException");
+}
+
+TEST(Exception, TheBaseHasNoDescription)
+{
+    LocalException error(false);
+    char text[4] = "abc";
+    unsigned int help = 5;
+    EXPECT_EQ(error.GetErrorMessage(text, sizeof text, &help), FALSE);
+    EXPECT_STREQ(text, "");
+    EXPECT_EQ(help, 0u);
+    EXPECT_EQ(error.GetErrorMessage(nullptr, 0, nullptr), FALSE);
+}
+
+TEST(Exception, ReportErrorWritesTheDescriptionOrTheClass)
+{
+    ::testing::internal::CaptureStderr();
+    LocalException error(false);
+    EXPECT_EQ(error.ReportError(), 1);
+    auto* probe = new ProbeException(4);
+    probe->ReportError();
+    probe->Delete();
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "LocalException\nprobe 4\n");
+}
+
+TEST(RuntimeClass, RecordsNameClassAndBaseAcrossBinaries)
+{
+    const CRuntimeClass* record = RUNTIME_CLASS(ProbeException);
+    EXPECT_STREQ(record->m_lpszClassName, "ProbeException");
+    EXPECT_EQ(record->m_nObjectSize, int(sizeof(ProbeException)));
+    EXPECT_STREQ(record->m_pfnGetBaseClass()->m_lpszClassName, "CException");
+    EXPECT_TRUE(record->IsDerivedFrom(RUNTIME_CLASS(ProbeException)));
+    EXPECT_TRUE(record->IsDerivedFrom(RUNTIME_CLASS(CException)));
+    EXPECT_TRUE(record->IsDerivedFrom(RUNTIME_CLASS(CObject)));
+    EXPECT_FALSE(record->IsDerivedFrom(RUNTIME_CLASS(LocalException)));
+    EXPECT_FALSE(RUNTIME_CLASS(CException)->IsDerivedFrom(record));
+    EXPECT_FALSE(record->IsDerivedFrom(nullptr));
+}
+
+TEST(RuntimeClass, ObjectsAreOfTheirClassAndItsBases)
+{
+    DerivedProbe object;
+    EXPECT_TRUE(object.IsKindOf(RUNTIME_CLASS(DerivedProbe)));
+    EXPECT_TRUE(object.IsKindOf(RUNTIME_CLASS(ProbeException)));
+    EXPECT_TRUE(object.IsKindOf(RUNTIME_CLASS(CException)));
+    EXPECT_FALSE(object.IsKindOf(RUNTIME_CLASS(LocalException)));
+    EXPECT_FALSE(object.IsKindOf(RUNTIME_CLASS(CPtrArray)));
+}
+
+TEST(Object, DumpWritesTheClassName)
+{
+    std::ostringstream text;
+    CPtrArray().Dump(text);
+    EXPECT_EQ(text.str(), "CPtrArray");
+}
+
+} // namespace

@@ -1,0 +1,214 @@
+#include "qorlog/QorLog.h"
+
+#include "tests/support/Environment.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+struct Line
+{
+    int level;
+    std::string component;
+    std::string text;
+};
+
+class QorLog : public ::testing::Test
+{
+protected:
+    QorLog()
+    {
+        qorlog::SetSink(
+            [this](int level, const char* component, const char* text) {
+                m_lines.push_back({level, component, text});
+            });
+    }
+    ~QorLog() override
+    {
+        zeb::test::SetEnvironment("ZEBAPI_LOG", std::nullopt);
+        zeb::test::SetEnvironment("ZEBAPI_LOG_LEVEL", std::nullopt);
+        qorlog::SetSink({});
+        std::filesystem::remove("qorlog_test.log");
+    }
+
+    /// What the default sink writes to a file while `action` runs.
+    static std::vector<std::string> FileLines(void (*action)(), const char* level = "")
+    {
+        zeb::test::SetEnvironment("ZEBAPI_LOG", "qorlog_test.log");
+        zeb::test::SetEnvironment("ZEBAPI_LOG_LEVEL", level);
+        qorlog::SetSink({});
+        action();
+        zeb::test::SetEnvironment("ZEBAPI_LOG", std::nullopt);
+        qorlog::SetSink({});
+        std::ifstream file("qorlog_test.log");
+        std::vector<std::string> lines;
+        for (std::string line; std::getline(file, line);)
+        {
+            lines.push_back(line);
+        }
+        return lines;
+    }
+
+    std::vector<Line> m_lines;
+};
+
+TEST_F(QorLog, ASinkReceivesLevelComponentAndText)
+{
+    LLog(1, "ZebAPI", "THROW Exception 0x%08x (%s), line %d", 0x8004010F, "MAPI_E_NOT_FOUND", 12);
+    Log("ZebAPI", "Checking '%s'", "MAPI32.DLL");
+    ASSERT_EQ(m_lines.size(), 2u);
+    EXPECT_EQ(m_lines[0].level, 1);
+    EXPECT_EQ(m_lines[0].component, "ZebAPI");
+    EXPECT_EQ(m_lines[0].text, "THROW Exception 0x8004010f (MAPI_E_NOT_FOUND), line 12");
+    EXPECT_EQ(m_lines[1].level, qorlog::NoLevel);
+    EXPECT_EQ(m_lines[1].text, "Checking 'MAPI32.DLL'");
+}
+
+TEST_F(QorLog, TextWithoutArgumentsIsNoFormat)
+{
+    LLog(3, "ZebAPI", "100%s %n %d");
+    Log("ZebAPI", "%%");
+    ASSERT_EQ(m_lines.size(), 2u);
+    EXPECT_EQ(m_lines[0].text, "100%s %n %d");
+    EXPECT_EQ(m_lines[1].text, "%%");
+}
+
+TEST_F(QorLog, PercentSignsInArgumentsAreText)
+{
+    LLog(3, "ZebAPI", "%s", "%s%n");
+    EXPECT_EQ(m_lines.at(0).text, "%s%n");
+}
+
+TEST_F(QorLog, NullTextsAreEmpty)
+{
+    LLog(1, nullptr, nullptr);
+    EXPECT_EQ(m_lines.at(0).component, "");
+    EXPECT_EQ(m_lines.at(0).text, "");
+}
+
+TEST_F(QorLog, LongLinesAreWhole)
+{
+    const std::string word(100'000, 'x');
+    LLog(1, "ZebAPI", "<%s>", word.c_str());
+    EXPECT_EQ(m_lines.at(0).text, "<" + word + ">");
+}
+
+TEST_F(QorLog, ASinkReceivesEveryLevel)
+{
+    LLog(99, "ZebAPI", "x");
+    EXPECT_EQ(m_lines.size(), 1u);
+    EXPECT_TRUE(qorlog::IsEnabled(99));
+}
+
+TEST_F(QorLog, ASinkMayLogAndMayReplaceItself)
+{
+    int calls = 0;
+    qorlog::SetSink(
+        [&](int, const char*, const char* text)
+        {
+            if (++calls == 1)
+            {
+                LLog(1, "inner", "%s", text);
+                qorlog::SetSink({});
+            }
+        });
+    LLog(1, "outer", "x");
+    LLog(1, "outer", "y");
+    EXPECT_EQ(calls, 2);
+}
+
+TEST_F(QorLog, ASinkThatThrowsLeavesTheLogUsable)
+{
+    qorlog::SetSink([](int, const char*, const char*) { throw std::runtime_error("x"); });
+    EXPECT_THROW(LLog(1, "a", "b"), std::runtime_error);
+    std::thread([] { EXPECT_THROW(LLog(1, "a", "b"), std::runtime_error); }).join();
+}
+
+TEST_F(QorLog, CallsOfASinkDoNotOverlap)
+{
+    const auto write = []
+    {
+        for (int i = 0; i < 1000; ++i)
+        {
+            LLog(3, "ZebAPI", "line %d", i);
+        }
+    };
+    std::thread other(write);
+    write();
+    other.join();
+    EXPECT_EQ(m_lines.size(), 2000u);
+}
+
+TEST_F(QorLog, ByDefaultLinesGoNowhere)
+{
+    zeb::test::SetEnvironment("ZEBAPI_LOG", std::nullopt);
+    qorlog::SetSink({});
+    EXPECT_FALSE(qorlog::IsEnabled(0));
+    EXPECT_FALSE(qorlog::IsEnabled(qorlog::NoLevel));
+    LLog(1, "ZebAPI", "nobody reads this");
+    EXPECT_TRUE(m_lines.empty());
+}
+
+TEST_F(QorLog, TheEnvironmentNamesAFileThatLinesAreAppendedTo)
+{
+    const auto write = []
+    {
+        LLog(1, "ZebAPI", "an error");
+        Log("ZebAPI", "a line of no level");
+    };
+    FileLines(write);
+    const std::vector<std::string> lines = FileLines(write);
+    ASSERT_EQ(lines.size(), 4u);
+    EXPECT_EQ(lines[0].substr(24), " 1 ZebAPI: an error") << lines[0];
+    EXPECT_EQ(lines[3].substr(24), " - ZebAPI: a line of no level");
+    EXPECT_EQ(lines[0][10], 'T');
+    EXPECT_EQ(lines[0][23], 'Z');
+}
+
+TEST_F(QorLog, TheHighestLevelWrittenIsThreeOrTheEnvironments)
+{
+    const auto write = []
+    {
+        for (int level = 0; level <= 5; ++level)
+        {
+            LLog(level, "ZebAPI", "level %d", level);
+        }
+        Log("ZebAPI", "none");
+    };
+    EXPECT_EQ(FileLines(write).size(), 5u);
+    std::filesystem::remove("qorlog_test.log");
+    EXPECT_EQ(FileLines(write, "1").size(), 3u);
+}
+
+TEST_F(QorLog, StandardErrorIsNamedByAWord)
+{
+    ::testing::internal::CaptureStderr();
+    zeb::test::SetEnvironment("ZEBAPI_LOG", "stderr");
+    qorlog::SetSink({});
+    LLog(1, "ZebAPI", "here");
+    const std::string text = ::testing::internal::GetCapturedStderr();
+    EXPECT_NE(text.find(" 1 ZebAPI: here\n"), std::string::npos) << text;
+}
+
+TEST_F(QorLog, AFileThatCanNotBeOpenedIsSaidOnceAndLinesGoNowhere)
+{
+    ::testing::internal::CaptureStderr();
+    zeb::test::SetEnvironment("ZEBAPI_LOG", "no/such/folder/x.log");
+    qorlog::SetSink({});
+    LLog(1, "ZebAPI", "a");
+    LLog(1, "ZebAPI", "b");
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "ZEBAPI_LOG: can not open 'no/such/folder/x.log': No such file or directory\n");
+    EXPECT_FALSE(qorlog::IsEnabled(1));
+}
+
+} // namespace

@@ -1,0 +1,118 @@
+#include "qorth/Hex.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+/// What String2Bin writes into a buffer of `cb` bytes, with a guard behind it.
+std::vector<unsigned char> Bytes(const char* hex, ULONG cb)
+{
+    std::vector<unsigned char> bytes(cb + 4, 0xEE);
+    const ULONG count = String2Bin(hex, bytes.data(), cb);
+    for (size_t i = count; i < bytes.size(); ++i)
+    {
+        EXPECT_EQ(bytes[i], 0xEE) << "written behind what was counted, at " << i;
+    }
+    bytes.resize(count);
+    return bytes;
+}
+
+using List = std::vector<unsigned char>;
+
+TEST(Hex, BytesAreTwoUpperCaseDigitsEach)
+{
+    const unsigned char bytes[] = {0x00, 0x09, 0x0A, 0xF0, 0xFF, 0x7F};
+    CStringA text("old");
+    Bin2String(text, bytes, sizeof bytes, 0);
+    EXPECT_EQ(text, "00090AF0FF7F");
+}
+
+TEST(Hex, NoBytesAreEmptyText)
+{
+    CStringA text("old");
+    Bin2String(text, "", 0, 0);
+    EXPECT_EQ(text, "");
+    text = "old";
+    Bin2String(text, nullptr, 5, 0);
+    EXPECT_EQ(text, "");
+}
+
+TEST(Hex, EveryByteRoundTrips)
+{
+    List bytes(256);
+    for (size_t i = 0; i < bytes.size(); ++i)
+    {
+        bytes[i] = static_cast<unsigned char>(i);
+    }
+    CStringA text;
+    Bin2String(text, bytes.data(), 256, 0);
+    EXPECT_EQ(text.GetLength(), 512);
+    EXPECT_EQ(String2BinBuffLen(text), 256u);
+    EXPECT_EQ(Bytes(text, 256), bytes);
+    text.MakeLower();
+    EXPECT_EQ(Bytes(text, 256), bytes) << "lower case is read as well";
+}
+
+TEST(Hex, TheTextMayBeMadeOfItsOwnBytes)
+{
+    CStringA text("AB");
+    Bin2String(text, static_cast<const char*>(text), 2, 0);
+    EXPECT_EQ(text, "4142");
+}
+
+TEST(Hex, OddTextCountsAndWritesCompletePairsOnly)
+{
+    EXPECT_EQ(String2BinBuffLen("A"), 0u);
+    EXPECT_EQ(String2BinBuffLen("ABC"), 1u);
+    EXPECT_EQ(Bytes("ABC", 4), List{0xAB});
+    EXPECT_EQ(Bytes("A", 4), List{});
+}
+
+TEST(Hex, PairsEndAtTheFirstForeignCharacter)
+{
+    EXPECT_EQ(String2BinBuffLen("12G4"), 1u);
+    EXPECT_EQ(Bytes("12G4", 4), List{0x12});
+    EXPECT_EQ(String2BinBuffLen("123G"), 1u);
+    EXPECT_EQ(Bytes("123G", 4), List{0x12});
+    EXPECT_EQ(String2BinBuffLen("12 34"), 1u);
+    EXPECT_EQ(String2BinBuffLen(" 12"), 0u);
+    EXPECT_EQ(String2BinBuffLen("\xC4\xD6"), 0u);
+    for (const char foreign : {'/', ':', '@', 'G', '`', 'g'})
+    {
+        const std::string text = std::string("1") + foreign;
+        EXPECT_EQ(String2BinBuffLen(text.c_str()), 0u) << foreign;
+    }
+}
+
+TEST(Hex, NothingIsWrittenBehindTheBuffer)
+{
+    EXPECT_EQ(Bytes("112233", 2), (List{0x11, 0x22}));
+    EXPECT_EQ(Bytes("112233", 0), List{});
+    EXPECT_EQ(Bytes("11", 8), List{0x11});
+}
+
+TEST(Hex, NullAndEmptyTextHoldNoBytes)
+{
+    EXPECT_EQ(String2BinBuffLen(nullptr), 0u);
+    EXPECT_EQ(String2BinBuffLen(""), 0u);
+    EXPECT_EQ(Bytes(nullptr, 4), List{});
+    EXPECT_EQ(Bytes("", 4), List{});
+}
+
+TEST(Hex, TheCountIsWhatIsWritten)
+{
+    for (const char* text : {"", "0", "00", "0g", "g0", "00g0", "0011", "001", "ff FF",
+                             "\xFF"
+                             "0",
+                             "0123456789abcdefABCDEF"})
+    {
+        EXPECT_EQ(Bytes(text, 64).size(), String2BinBuffLen(text)) << text;
+    }
+}
+
+} // namespace
