@@ -1,0 +1,154 @@
+#include "zebapi/RowSet.h"
+
+#include "tests/support/MapiMemory.h"
+#include "tests/support/Thrown.h"
+#include "tests/support/doubles/MapiUtilities.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace zeb::test
+{
+
+namespace
+{
+
+class RowSet : public ::testing::Test
+{
+protected:
+    /// What a provider stores: rows with one number each, counted from `first`.
+    SRowSet* NewRows(ULONG count, LONG first = 0)
+    {
+        auto* rows = static_cast<SRowSet*>(memory.Allocate(static_cast<ULONG>(CbNewSRowSet(count))));
+        rows->cRows = count;
+        for (ULONG i = 0; i < count; ++i)
+        {
+            auto* value = static_cast<SPropValue*>(memory.Allocate(sizeof(SPropValue)));
+            value->ulPropTag = PR_MESSAGE_SIZE;
+            value->Value.l = first + static_cast<LONG>(i);
+            rows->aRow[i] = {0, 1, value};
+        }
+        return rows;
+    }
+
+    MapiMemory memory;
+    MapiUtilities utilities;
+};
+
+} // namespace
+
+TEST_F(RowSet, NewSetWasNeverFilled)
+{
+    CZebRowSet rows;
+    EXPECT_FALSE(rows.IsValid());
+    EXPECT_EQ(ThrownBy([&] { rows.Count(); }), MAPI_E_BAD_VALUE);
+    EXPECT_EQ(ThrownBy([&] { rows[0]; }), MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(ThrownBy([&] { rows.DetachToNew(); }), MAPI_E_NO_SUPPORT);
+}
+
+TEST_F(RowSet, FillerThatLeavesNothingIsTold)
+{
+    CZebRowSet rows;
+    EXPECT_EQ(*&rows, nullptr);
+    EXPECT_FALSE(rows.IsValid());
+    EXPECT_EQ(ThrownBy([&] { rows.Count(); }), MAPI_E_BAD_VALUE);
+    EXPECT_EQ(ThrownBy([&] { rows[0]; }), MAPI_E_BAD_VALUE);
+    EXPECT_EQ(ThrownBy([&] { rows.DetachToNew(); }), MAPI_E_BAD_VALUE);
+}
+
+TEST_F(RowSet, SetOfNoRowsIsCountedButNotValid)
+{
+    CZebRowSet rows;
+    *&rows = NewRows(0);
+    EXPECT_FALSE(rows.IsValid());
+    EXPECT_EQ(rows.Count(), 0u);
+    EXPECT_EQ(ThrownBy([&] { rows[0]; }), E_INVALIDARG);
+}
+
+TEST_F(RowSet, GivesItsRowsAndFreesThem)
+{
+    {
+        CZebRowSet rows;
+        *&rows = NewRows(2, 40);
+        EXPECT_TRUE(rows.IsValid());
+        EXPECT_EQ(rows.Count(), 2u);
+        EXPECT_EQ(static_cast<LONG>(rows[1][PR_MESSAGE_SIZE]), 41);
+        EXPECT_EQ(ThrownBy([&] { rows[2]; }), E_INVALIDARG);
+    }
+    EXPECT_EQ(utilities.freedRowSets, 1);
+    EXPECT_EQ(memory.LiveRoots(), 0u);
+}
+
+TEST_F(RowSet, ValuesOfItsRowsAllocateUnderTheSet)
+{
+    CZebRowSet rows;
+    *&rows = NewRows(1);
+    CZebOnePropVal value = rows[0][PR_MESSAGE_SIZE];
+    const_cast<SPropValue&>(static_cast<const SPropValue&>(value)).ulPropTag = PR_SUBJECT_A;
+    value = "text";
+    EXPECT_EQ(value.String(false), "text");
+}
+
+TEST_F(RowSet, EmptyCountsAsNeverFilledAgain)
+{
+    CZebRowSet rows;
+    *&rows = NewRows(1);
+    rows.Empty();
+    EXPECT_EQ(utilities.freedRowSets, 1);
+    EXPECT_EQ(ThrownBy([&] { rows[0]; }), MAPI_E_NO_SUPPORT);
+    rows.Empty();
+    EXPECT_EQ(utilities.freedRowSets, 1);
+}
+
+TEST_F(RowSet, RefillingFreesTheFormerRows)
+{
+    CZebRowSet rows;
+    *&rows = NewRows(3);
+    *&rows = NewRows(1);
+    EXPECT_EQ(utilities.freedRowSets, 1);
+    EXPECT_EQ(rows.Count(), 1u);
+}
+
+TEST_F(RowSet, DetachingMovesRowsAndState)
+{
+    CZebRowSet rows;
+    *&rows = NewRows(2, 7);
+    std::unique_ptr<CZebRowSet> detached(rows.DetachToNew());
+    EXPECT_EQ(ThrownBy([&] { rows[0]; }), MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(ThrownBy([&] { rows.Count(); }), MAPI_E_BAD_VALUE);
+    EXPECT_EQ(detached->Count(), 2u);
+    EXPECT_EQ(static_cast<LONG>((*detached)[0][PR_MESSAGE_SIZE]), 7);
+    EXPECT_EQ(ThrownBy([&] { (*detached)[2]; }), E_INVALIDARG);
+    EXPECT_EQ(utilities.freedRowSets, 0);
+}
+
+TEST_F(RowSet, ArrayOwnsItsSets)
+{
+    {
+        CZebRowSetArray sets;
+        for (LONG i = 0; i < 3; ++i)
+        {
+            auto set = std::make_unique<CZebRowSet>();
+            *&*set = NewRows(1, i);
+            sets.Add(set.release());
+        }
+        sets.Add(nullptr);
+        sets.RemoveAt(1);
+        EXPECT_EQ(utilities.freedRowSets, 1);
+        ASSERT_EQ(sets.GetSize(), 3);
+        EXPECT_EQ(static_cast<LONG>((*static_cast<CZebRowSet*>(sets[1]))[0][PR_MESSAGE_SIZE]), 2);
+        sets.RemoveAt(2);
+        EXPECT_EQ(sets.GetSize(), 2);
+        sets.RemoveAll();
+        EXPECT_EQ(utilities.freedRowSets, 3);
+        EXPECT_EQ(sets.GetSize(), 0);
+        auto last = std::make_unique<CZebRowSet>();
+        *&*last = NewRows(1);
+        sets.Add(last.release());
+    }
+    EXPECT_EQ(utilities.freedRowSets, 4);
+    EXPECT_EQ(memory.LiveRoots(), 0u);
+}
+
+} // namespace zeb::test
