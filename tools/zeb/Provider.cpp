@@ -57,19 +57,18 @@ std::string VerdictOn(const ProviderClass& found)
     if (!found.loaded)
         return "unusable, it does not load" +
                (found.loadError.empty() ? "" : ": " + Utf8FromNarrow(found.loadError));
-    std::string text = "unusable, it does not export ";
-    if (found.missingUndecorated)
-        text += found.missingUndecorated;
-    if (found.missingDecorated)
-        text += std::string(found.missingUndecorated ? " (nor, as a decorated provider, " : "") +
-                found.missingDecorated + (found.missingUndecorated ? ")" : "");
+    const std::string plain = found.missingUndecorated ? found.missingUndecorated : "";
+    const std::string decorated = found.missingDecorated ? found.missingDecorated : "";
+    std::string text = "unusable, it does not export " + (plain.empty() ? decorated : plain);
+    if (!plain.empty() && !decorated.empty() && plain != decorated)
+        text += " (nor, with decorated names, " + decorated + ")";
     return text;
 }
 
 std::string VerdictOn(const ProviderCandidate& candidate)
 {
     if (!candidate.examined)
-        return "nothing to look at";
+        return "names no file to try";
     return VerdictOn(candidate.found);
 }
 
