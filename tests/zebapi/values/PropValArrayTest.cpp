@@ -1,0 +1,310 @@
+#include "zebapi/PROPVALArray.h"
+
+#include "tests/support/MapiMemory.h"
+#include "tests/support/Thrown.h"
+#include "tests/support/doubles/MapiUtilities.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace zeb::test
+{
+
+namespace
+{
+
+/// The array with its protected operations open.
+class OpenArray : public CZebPropValArray
+{
+public:
+    using CZebPropValArray::Allocate;
+    using CZebPropValArray::CZebPropValArray;
+    using CZebPropValArray::FindTag;
+};
+
+class OpenProblems : public CZebPropProblemArray
+{
+public:
+    using CZebPropProblemArray::Allocate;
+};
+
+class PropValArray : public ::testing::Test
+{
+protected:
+    /// What GetProps does: `count` numbers under identifiers from 0x6000 on.
+    void Receive(CZebPropValArray& array, ULONG count)
+    {
+        SPropValue** values = &array;
+        *values = static_cast<SPropValue*>(memory.Allocate(count * static_cast<ULONG>(sizeof(SPropValue))));
+        for (ULONG i = 0; i < count; ++i)
+        {
+            (*values)[i] = {};
+            (*values)[i].ulPropTag = PROP_TAG(PT_LONG, 0x6000 + i);
+        }
+        *array.CountPtr() = count;
+    }
+
+    MapiMemory memory;
+    MapiUtilities utilities;
+};
+
+class PropProblemArray : public PropValArray
+{
+protected:
+    void Fill(CZebPropProblemArray& problems, ULONG count)
+    {
+        SPropProblemArray** slot = &problems;
+        *slot = static_cast<SPropProblemArray*>(memory.Allocate(4 + 12 * count));
+        (*slot)->cProblem = count;
+        for (ULONG i = 0; i < count; ++i)
+        {
+            (*slot)->aProblem[i] = {i, PR_SUBJECT_A, MAPI_E_NO_ACCESS};
+        }
+    }
+};
+
+} // namespace
+
+TEST_F(PropValArray, EmptyArrayHasNoEntries)
+{
+    CZebPropValArray array;
+    EXPECT_EQ(array.GetCount(), 0u);
+    EXPECT_EQ(array.Count(), 0u);
+    EXPECT_FALSE(array.IsValid());
+    EXPECT_FALSE(array.IsExists(PR_SUBJECT_A));
+    EXPECT_FALSE(array.hasRealValue(PR_SUBJECT_A));
+    EXPECT_EQ(ThrownBy([&] { (void)static_cast<SPropValue*>(array); }), E_INVALIDARG);
+    EXPECT_EQ(ThrownBy([&] { array.GetAt(0); }), MAPI_E_UNEXPECTED_ID);
+    array.TruncateToExisting();
+    EXPECT_EQ(array.GetCount(), 0u);
+}
+
+TEST_F(PropValArray, NewTagsTakeFreeSlotsInOrderAndThenGrowByOne)
+{
+    CZebPropValArray array(3);
+    EXPECT_EQ(array.GetCount(), 3u);
+    SPropValue* values = array;
+    array[PR_MESSAGE_SIZE] = LONG(1);
+    EXPECT_EQ(values[0].ulPropTag, ULONG{PR_MESSAGE_SIZE});
+    array[PR_SUBJECT_A] = "subject";
+    EXPECT_EQ(values[1].ulPropTag, ULONG{PR_SUBJECT_A});
+    array[PR_PRIORITY] = LONG(3);
+    EXPECT_EQ(static_cast<SPropValue*>(array), values);
+    array[PR_IMPORTANCE] = LONG(4);
+    EXPECT_EQ(array.GetCount(), 4u);
+    values = array;
+    EXPECT_EQ(memory.SizeOf(values), 96u) << "by exactly one";
+    EXPECT_EQ(static_cast<LONG>(array[PR_MESSAGE_SIZE]), 1);
+    EXPECT_EQ(array[PR_SUBJECT_A].String(false), "subject");
+    EXPECT_EQ(static_cast<LONG>(array[PR_IMPORTANCE]), 4);
+    EXPECT_EQ(memory.LiveRoots(), 1u);
+}
+
+TEST_F(PropValArray, FindsByIdentifierAndKeepsTheStoredTag)
+{
+    CZebPropValArray array(1);
+    array[PR_SUBJECT_A] = "narrow";
+    EXPECT_EQ(array[PR_SUBJECT_W].GetTag(), ULONG{PR_SUBJECT_A});
+    EXPECT_EQ(array.GetCount(), 1u);
+    EXPECT_EQ(ThrownBy([&] { array[PR_SUBJECT_W] = ZEBW("wide"); }), MAPI_E_INVALID_TYPE);
+    EXPECT_TRUE(array.IsExists(PR_SUBJECT_W));
+}
+
+TEST_F(PropValArray, ReceivedArrayTakesNoNewTags)
+{
+    CZebPropValArray array(2);
+    array[PR_SUBJECT_A] = "dropped";
+    Receive(array, 2);
+    EXPECT_EQ(memory.LiveRoots(), 1u);
+    EXPECT_TRUE(array.IsValid());
+    EXPECT_EQ(static_cast<LONG>(array[PROP_TAG(PT_LONG, 0x6001)]), 0);
+    EXPECT_EQ(ThrownBy([&] { array[PR_SUBJECT_A]; }), MAPI_E_UNEXPECTED_ID);
+    array.Empty();
+    array[PR_MESSAGE_SIZE] = LONG(5);
+    EXPECT_EQ(array.GetCount(), 1u) << "an emptied array grows again";
+}
+
+TEST_F(PropValArray, CountWithoutABufferIsNoEntries)
+{
+    CZebPropValArray array;
+    EXPECT_EQ(*&array, nullptr);
+    *array.CountPtr() = 3;
+    EXPECT_FALSE(array.IsValid());
+    EXPECT_FALSE(array.IsExists(PR_SUBJECT_A));
+    EXPECT_FALSE(array.hasRealValue(PR_SUBJECT_A));
+    EXPECT_EQ(ThrownBy([&] { array.GetAt(0); }), MAPI_E_UNEXPECTED_ID);
+    EXPECT_EQ(ThrownBy([&] { array[PR_SUBJECT_A]; }), MAPI_E_UNEXPECTED_ID);
+    array.TruncateToExisting();
+}
+
+TEST_F(PropValArray, IndexesAreChecked)
+{
+    CZebPropValArray array(2);
+    array[PR_MESSAGE_SIZE] = LONG(8);
+    EXPECT_EQ(static_cast<LONG>(array.GetAt(0)), 8);
+    EXPECT_EQ(array.GetAt(1).GetTag(), 0u);
+    EXPECT_EQ(ThrownBy([&] { array.GetAt(2); }), MAPI_E_UNEXPECTED_ID);
+}
+
+TEST_F(PropValArray, TruncatesBeforeTheFirstFreeSlot)
+{
+    CZebPropValArray array(5);
+    array[PR_MESSAGE_SIZE] = LONG(1);
+    array[PR_PRIORITY] = LONG(2);
+    array.TruncateToExisting();
+    EXPECT_EQ(array.GetCount(), 2u);
+    array.TruncateToExisting();
+    EXPECT_EQ(array.GetCount(), 2u);
+    CZebPropValArray untouched(3);
+    untouched.TruncateToExisting();
+    EXPECT_EQ(untouched.GetCount(), 0u);
+    EXPECT_FALSE(untouched.IsValid());
+}
+
+TEST_F(PropValArray, RealValuesAreThoseThatSaySomething)
+{
+    CZebPropValArray array(6);
+    array[PR_SUBJECT_A] = "";
+    array[PR_BODY_A] = "x";
+    array[PR_MESSAGE_SIZE] = LONG(0);
+    array[PROP_TAG(PT_ERROR, 0x6000)];
+    array[PROP_TAG(PT_NULL, 0x6001)];
+    array[PROP_TAG(PT_UNICODE, 0x6002)] = ZEBW("");
+    EXPECT_FALSE(array.hasRealValue(PR_SUBJECT_A));
+    EXPECT_TRUE(array.hasRealValue(PR_BODY_W)) << "by identifier";
+    EXPECT_TRUE(array.hasRealValue(PR_MESSAGE_SIZE));
+    EXPECT_FALSE(array.hasRealValue(PROP_TAG(PT_LONG, 0x6000)));
+    EXPECT_FALSE(array.hasRealValue(PROP_TAG(PT_LONG, 0x6001)));
+    EXPECT_FALSE(array.hasRealValue(PROP_TAG(PT_UNICODE, 0x6002)));
+    EXPECT_FALSE(array.hasRealValue(PR_ENTRYID));
+}
+
+TEST_F(PropValArray, ShrinkingNeitherFreesNorMoves)
+{
+    OpenArray array(4);
+    array[PR_SUBJECT_A] = "s";
+    SPropValue* values = array;
+    const size_t allocations = memory.Allocations();
+    array.Allocate(1);
+    EXPECT_EQ(array.GetCount(), 1u);
+    EXPECT_EQ(static_cast<SPropValue*>(array), values);
+    array.Allocate(0);
+    EXPECT_EQ(static_cast<SPropValue*>(array), values);
+    EXPECT_EQ(memory.Allocations(), allocations);
+    EXPECT_EQ(memory.Frees(), 0u);
+}
+
+TEST_F(PropValArray, GrowingCopiesDeeplyAndLeavesFreeSlotsOut)
+{
+    OpenArray array(3);
+    array[PR_SUBJECT_A] = "subject";
+    SPropValue* values = array;
+    values[2].ulPropTag = PR_MESSAGE_SIZE;
+    values[2].Value.l = 9;
+    array.Allocate(5);
+    EXPECT_EQ(utilities.copies, 2) << "the free slot between them is not copied";
+    values = array;
+    EXPECT_STREQ(values[0].Value.lpszA, "subject");
+    EXPECT_FALSE(memory.IsRoot(values[0].Value.lpszA));
+    EXPECT_EQ(values[1].ulPropTag, 0u);
+    EXPECT_EQ(values[2].Value.l, 9);
+    EXPECT_EQ(values[4].ulPropTag, 0u);
+    EXPECT_EQ(memory.LiveRoots(), 1u);
+}
+
+TEST_F(PropValArray, FailedGrowthLeavesTheArrayAsItWas)
+{
+    CZebPropValArray array(1);
+    array[PR_SUBJECT_A] = "subject";
+    SPropValue* values = array;
+    for (size_t failing = 1; failing <= 2; ++failing)
+    {
+        memory.FailAllocation(failing);
+        EXPECT_EQ(ThrownBy([&] { array[PR_MESSAGE_SIZE]; }), MAPI_E_NOT_ENOUGH_MEMORY);
+        EXPECT_EQ(static_cast<SPropValue*>(array), values);
+        EXPECT_EQ(array.GetCount(), 1u);
+        EXPECT_EQ(array[PR_SUBJECT_A].String(false), "subject");
+    }
+    EXPECT_EQ(memory.LiveRoots(), 1u);
+}
+
+TEST_F(PropValArray, MoreEntriesThanMemoryCanHoldAreRefused)
+{
+    EXPECT_EQ(ThrownBy([] { CZebPropValArray array(0x10000000); }), MAPI_E_NOT_ENOUGH_MEMORY);
+    memory.FailAllocation(1);
+    EXPECT_EQ(ThrownBy([] { CZebPropValArray array(2); }), MAPI_E_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(memory.LiveRoots(), 0u);
+}
+
+TEST_F(PropValArray, EntriesAreCopiedBySet)
+{
+    CZebPropValArray from(1);
+    from[PR_SUBJECT_A] = "subject";
+    CZebPropValArray to(1);
+    to[PR_SUBJECT_A].Set(from[PR_SUBJECT_A]);
+    from.Empty();
+    EXPECT_EQ(to[PR_SUBJECT_A].String(false), "subject");
+}
+
+TEST_F(PropProblemArray, EmptyObjectHasNone)
+{
+    CZebPropProblemArray problems;
+    EXPECT_EQ(problems.GetCount(), 0);
+    EXPECT_FALSE(problems.IsValid());
+    EXPECT_EQ(static_cast<SPropProblemArray*>(problems), nullptr);
+}
+
+TEST_F(PropProblemArray, OwnsWhatIsStored)
+{
+    CZebPropProblemArray problems;
+    Fill(problems, 2);
+    EXPECT_TRUE(problems.IsValid());
+    EXPECT_EQ(problems.GetCount(), 2);
+    EXPECT_EQ(problems[1].ulIndex, 1u);
+    problems[1].scode = MAPI_E_BUSY;
+    EXPECT_EQ(static_cast<SPropProblemArray*>(problems)->aProblem[1].scode, MAPI_E_BUSY);
+    Fill(problems, 1);
+    EXPECT_EQ(problems.GetCount(), 1);
+    EXPECT_EQ(memory.LiveRoots(), 1u);
+}
+
+TEST_F(PropProblemArray, CopiesAndSelfAssignmentEmpties)
+{
+    CZebPropProblemArray problems;
+    Fill(problems, 2);
+    CZebPropProblemArray copy(problems);
+    CZebPropProblemArray assigned;
+    Fill(assigned, 5);
+    assigned = problems;
+    EXPECT_EQ(copy.GetCount(), 2);
+    EXPECT_EQ(assigned[1].scode, MAPI_E_NO_ACCESS);
+    EXPECT_EQ(memory.SizeOf(static_cast<SPropProblemArray*>(assigned)), 28u);
+    const CZebPropProblemArray& same = problems;
+    problems = same;
+    EXPECT_FALSE(problems.IsValid());
+    assigned = problems;
+    EXPECT_FALSE(assigned.IsValid());
+}
+
+TEST_F(PropProblemArray, ReallocatingKeepsTheCountNeverAboveTheSize)
+{
+    OpenProblems problems;
+    Fill(problems, 3);
+    problems.Allocate(5);
+    EXPECT_EQ(problems.GetCount(), 3);
+    EXPECT_EQ(memory.SizeOf(static_cast<SPropProblemArray*>(problems)), 64u);
+    EXPECT_EQ(problems[2].ulIndex, 2u);
+    problems.Allocate(2);
+    EXPECT_EQ(problems.GetCount(), 2);
+    EXPECT_EQ(memory.SizeOf(static_cast<SPropProblemArray*>(problems)), 28u);
+    EXPECT_EQ(ThrownBy([&] { problems.Allocate(-1); }), MAPI_E_NOT_ENOUGH_MEMORY);
+    memory.FailAllocation(1);
+    EXPECT_EQ(ThrownBy([&] { problems.Allocate(9); }), MAPI_E_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(problems.GetCount(), 2);
+    OpenProblems fresh;
+    fresh.Allocate(1);
+    EXPECT_EQ(fresh.GetCount(), 0);
+}
+
+} // namespace zeb::test
