@@ -1,0 +1,220 @@
+// Doubles of containers, folders, distribution lists and messages.
+#pragma once
+
+#include "tests/support/doubles/RecordingProp.h"
+
+namespace zeb::test
+{
+
+/// IMAPIContainer, for any interface derived from it.
+template <class Interface>
+class RecordingContainerOf : public RecordingPropOf<Interface>
+{
+public:
+    using RecordingPropOf<Interface>::RecordingPropOf;
+
+    HRESULT STDMETHODCALLTYPE GetContentsTable(ULONG flags, LPMAPITABLE* table) override
+    {
+        *table = nullptr;
+        const HRESULT result = this->Called("GetContentsTable", Number(flags));
+        return FAILED(result) ? result : this->HandOut(m_contents, table);
+    }
+    HRESULT STDMETHODCALLTYPE GetHierarchyTable(ULONG flags, LPMAPITABLE* table) override
+    {
+        *table = nullptr;
+        const HRESULT result = this->Called("GetHierarchyTable", Number(flags));
+        return FAILED(result) ? result : this->HandOut(m_hierarchy, table);
+    }
+    HRESULT STDMETHODCALLTYPE OpenEntry(ULONG count, LPENTRYID entryID, LPCIID iid, ULONG flags, ULONG* type,
+                                        LPUNKNOWN* object) override
+    {
+        const HRESULT result =
+            this->Called("OpenEntry", OpenArguments(count, entryID, iid, flags, type, object));
+        return FAILED(result) ? result : m_openable.Open(count, entryID, type, object);
+    }
+    HRESULT STDMETHODCALLTYPE SetSearchCriteria(LPSRestriction, LPENTRYLIST, ULONG) override
+    {
+        return this->Unexpected("SetSearchCriteria");
+    }
+    HRESULT STDMETHODCALLTYPE GetSearchCriteria(ULONG, LPSRestriction*, LPENTRYLIST*, ULONG*) override
+    {
+        return this->Unexpected("GetSearchCriteria");
+    }
+
+    Openable m_openable;
+    IMAPITable* m_contents = nullptr;
+    IMAPITable* m_hierarchy = nullptr;
+};
+
+class RecordingContainer : public RecordingContainerOf<IMAPIContainer>
+{
+public:
+    explicit RecordingContainer(Journal& journal, std::string name = "container")
+        : RecordingContainerOf<IMAPIContainer>(journal, std::move(name),
+                                               {&IID_IUnknown, &IID_IMAPIProp, &IID_IMAPIContainer})
+    {
+    }
+};
+
+class RecordingDistList : public RecordingContainerOf<IDistList>
+{
+public:
+    explicit RecordingDistList(Journal& journal, std::string name = "list")
+        : RecordingContainerOf<IDistList>(
+              journal, std::move(name), {&IID_IUnknown, &IID_IMAPIProp, &IID_IMAPIContainer, &IID_IDistList})
+    {
+    }
+    HRESULT STDMETHODCALLTYPE CreateEntry(ULONG, LPENTRYID, ULONG, LPMAPIPROP*) override
+    {
+        return Unexpected("CreateEntry");
+    }
+    HRESULT STDMETHODCALLTYPE CopyEntries(LPENTRYLIST, ULONG, LPMAPIPROGRESS, ULONG) override
+    {
+        return Unexpected("CopyEntries");
+    }
+    HRESULT STDMETHODCALLTYPE DeleteEntries(LPENTRYLIST, ULONG) override
+    {
+        return Unexpected("DeleteEntries");
+    }
+    HRESULT STDMETHODCALLTYPE ResolveNames(LPSPropTagArray, ULONG, LPADRLIST, LPFlagList) override
+    {
+        return Unexpected("ResolveNames");
+    }
+};
+
+class RecordingMessage : public RecordingPropOf<IMessage>
+{
+public:
+    explicit RecordingMessage(Journal& journal, std::string name = "message")
+        : RecordingPropOf<IMessage>(journal, std::move(name), {&IID_IUnknown, &IID_IMAPIProp, &IID_IMessage})
+    {
+    }
+    HRESULT STDMETHODCALLTYPE GetAttachmentTable(ULONG, LPMAPITABLE*) override
+    {
+        return Unexpected("GetAttachmentTable");
+    }
+    HRESULT STDMETHODCALLTYPE OpenAttach(ULONG, LPCIID, ULONG, LPATTACH*) override
+    {
+        return Unexpected("OpenAttach");
+    }
+    HRESULT STDMETHODCALLTYPE CreateAttach(LPCIID, ULONG, ULONG*, LPATTACH*) override
+    {
+        return Unexpected("CreateAttach");
+    }
+    HRESULT STDMETHODCALLTYPE DeleteAttach(ULONG, ULONG, LPMAPIPROGRESS, ULONG) override
+    {
+        return Unexpected("DeleteAttach");
+    }
+    HRESULT STDMETHODCALLTYPE GetRecipientTable(ULONG, LPMAPITABLE*) override
+    {
+        return Unexpected("GetRecipientTable");
+    }
+    HRESULT STDMETHODCALLTYPE ModifyRecipients(ULONG, LPADRLIST) override
+    {
+        return Unexpected("ModifyRecipients");
+    }
+    HRESULT STDMETHODCALLTYPE SubmitMessage(ULONG) override { return Unexpected("SubmitMessage"); }
+    HRESULT STDMETHODCALLTYPE SetReadFlag(ULONG) override { return Unexpected("SetReadFlag"); }
+};
+
+class RecordingFolder : public RecordingContainerOf<IMAPIFolder>
+{
+public:
+    explicit RecordingFolder(Journal& journal, std::string name = "folder")
+        : RecordingContainerOf<IMAPIFolder>(
+              journal, std::move(name),
+              {&IID_IUnknown, &IID_IMAPIProp, &IID_IMAPIContainer, &IID_IMAPIFolder})
+    {
+    }
+    HRESULT STDMETHODCALLTYPE CreateMessage(LPCIID iid, ULONG flags, LPMESSAGE* message) override
+    {
+        *message = nullptr;
+        const HRESULT result = Called("CreateMessage", Name(iid) + "," + Number(flags));
+        return FAILED(result) ? result : HandOut<IMessage>(m_message, message);
+    }
+    HRESULT STDMETHODCALLTYPE CopyMessages(LPENTRYLIST list, LPCIID iid, LPVOID dest, ULONG window,
+                                           LPMAPIPROGRESS progress, ULONG flags) override
+    {
+        const auto* folder = static_cast<RecordingFolder*>(static_cast<IMAPIFolder*>(dest));
+        Keep(list);
+        return Called("CopyMessages", List(list) + "," + Name(iid) + "," + folder->m_name + "," +
+                                          Number(window) + ",progress " + Null(progress) + "," +
+                                          Number(flags));
+    }
+    HRESULT STDMETHODCALLTYPE DeleteMessages(LPENTRYLIST list, ULONG window, LPMAPIPROGRESS progress,
+                                             ULONG flags) override
+    {
+        Keep(list);
+        return Called("DeleteMessages", List(list) + "," + Number(window) + ",progress " + Null(progress) +
+                                            "," + Number(flags));
+    }
+    HRESULT STDMETHODCALLTYPE CreateFolder(ULONG type, LPTSTR name, LPTSTR comment, LPCIID iid, ULONG flags,
+                                           LPMAPIFOLDER* folder) override
+    {
+        *folder = nullptr;
+        const HRESULT result = Called("CreateFolder", Number(type) + "," + Text(name) + "," + Text(comment) +
+                                                          "," + Name(iid) + "," + Number(flags));
+        return FAILED(result) ? result : HandOut<IMAPIFolder>(m_created, folder);
+    }
+    HRESULT STDMETHODCALLTYPE CopyFolder(ULONG, LPENTRYID, LPCIID, LPVOID, LPTSTR, ULONG, LPMAPIPROGRESS,
+                                         ULONG) override
+    {
+        return Unexpected("CopyFolder");
+    }
+    HRESULT STDMETHODCALLTYPE DeleteFolder(ULONG count, LPENTRYID entryID, ULONG window,
+                                           LPMAPIPROGRESS progress, ULONG flags) override
+    {
+        return Called("DeleteFolder", Hex(entryID, count) + "," + Number(window) + ",progress " +
+                                          Null(progress) + "," + Number(flags));
+    }
+    HRESULT STDMETHODCALLTYPE SetReadFlags(LPENTRYLIST, ULONG, LPMAPIPROGRESS, ULONG) override
+    {
+        return Unexpected("SetReadFlags");
+    }
+    HRESULT STDMETHODCALLTYPE GetMessageStatus(ULONG, LPENTRYID, ULONG, ULONG*) override
+    {
+        return Unexpected("GetMessageStatus");
+    }
+    HRESULT STDMETHODCALLTYPE SetMessageStatus(ULONG, LPENTRYID, ULONG, ULONG, ULONG*) override
+    {
+        return Unexpected("SetMessageStatus");
+    }
+    HRESULT STDMETHODCALLTYPE SaveContentsSort(LPSSortOrderSet, ULONG) override
+    {
+        return Unexpected("SaveContentsSort");
+    }
+    HRESULT STDMETHODCALLTYPE EmptyFolder(ULONG window, LPMAPIPROGRESS progress, ULONG flags) override
+    {
+        return Called("EmptyFolder", Number(window) + ",progress " + Null(progress) + "," + Number(flags));
+    }
+
+    /// An array of one identifier leaves its block of entries allocated, as it is meant to; a test that passes one
+    /// keeps the blocks and frees them at its end.
+    void KeepLists() { m_keepsLists = true; }
+    void FreeLists()
+    {
+        for (SBinary* block : m_blocks)
+        {
+            Zeb_MemFree(block);
+        }
+        m_blocks.clear();
+    }
+
+    /// Handed out by CreateMessage and CreateFolder.
+    IMessage* m_message = nullptr;
+    IMAPIFolder* m_created = nullptr;
+
+private:
+    void Keep(LPENTRYLIST list)
+    {
+        if (m_keepsLists)
+        {
+            m_blocks.push_back(list->lpbin);
+        }
+    }
+
+    bool m_keepsLists = false;
+    std::vector<SBinary*> m_blocks;
+};
+
+} // namespace zeb::test

@@ -1,0 +1,494 @@
+#include "zebapi/Folder.h"
+#include "ObjectsTest.h"
+#include "tests/support/doubles/RecordingContainers.h"
+#include "tests/support/doubles/RecordingStore.h"
+#include "zebapi/PROPVALArray.h"
+#include "zebapi/SESSION.h"
+#include "zebapi/TAGS.h"
+
+using namespace zeb::test;
+
+namespace
+{
+
+class Folder : public ObjectsTest
+{
+protected:
+    Folder()
+    {
+        m_double.m_hierarchy = &m_subfolders;
+        m_double.m_contents = &m_messages;
+        m_double.m_created = &m_new;
+        m_double.m_message = &m_message;
+        m_double.m_openable.Add("one", &m_existing, MAPI_FOLDER);
+        m_double.m_openable.Add("info", &m_info, MAPI_MESSAGE);
+    }
+    /// One subfolder of that name.
+    void HasSubfolder(const std::string& name)
+    {
+        m_subfolders.m_rows = {{{PR_ENTRYID, 0, "two"}, {PR_DISPLAY_NAME_A, 0, "elsewhere"}},
+                               {{PR_ENTRYID, 0, "one"}, {PR_DISPLAY_NAME_A, 0, name}},
+                               {{PR_ENTRYID, 0, "three"}, {PR_DISPLAY_NAME_A, 0, name}}};
+    }
+
+    RowTable m_subfolders{m_journal, "subfolders"};
+    RowTable m_messages{m_journal, "messages"};
+    RecordingFolder m_existing{m_journal, "existing"};
+    RecordingFolder m_new{m_journal, "new"};
+    RecordingMessage m_message{m_journal};
+    RecordingMessage m_info{m_journal, "info"};
+    RecordingFolder m_double{m_journal};
+    CZebFolder m_folder{&m_double};
+    const HWND m_window = reinterpret_cast<HWND>(static_cast<ULONG_PTR>(0x55));
+};
+
+const Lines FindExisting = {
+    "folder: GetHierarchyTable(0x8)", "subfolders: SetColumns([0xFFF0102,0x3001001E],0x0)",
+    "subfolders: Restrict(0x4,0x4,0x3001001E,0x3001001E='sub',0x0)", "subfolders: QueryRows(1,0x0)"};
+
+Lines operator+(Lines first, const Lines& second)
+{
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
+} // namespace
+
+TEST_F(Folder, AcceptsFoldersOnly)
+{
+    EXPECT_TRUE(*m_folder.GetInterfaceCIID() == IID_IMAPIFolder);
+    EXPECT_EQ(m_folder.GetMAPIType(), static_cast<ULONG>(MAPI_FOLDER));
+    EXPECT_TRUE(m_folder.IsMAPITypeAcceptable(MAPI_FOLDER));
+    EXPECT_FALSE(m_folder.IsMAPITypeAcceptable(MAPI_MESSAGE));
+}
+
+TEST_F(Folder, AnObjectThatIsNoFolderRaisesNoInterface)
+{
+    m_double.RefuseInterfaces();
+    EXPECT_EQ(Raised([&] { m_folder.CreateMessage(0); }), E_NOINTERFACE);
+    EXPECT_EQ(Raised([&] { CZebFolder().EmptyFolder(nullptr, 0, nullptr); }), E_POINTER);
+}
+
+TEST_F(Folder, CopiesShareTheFolder)
+{
+    CZebFolder copy(m_folder);
+    CZebFolder assigned;
+    assigned = m_folder;
+    EXPECT_EQ(m_double.References(), 3u);
+}
+
+TEST_F(Folder, CreatesAFolderPlainly)
+{
+    const CZebFolder created = m_folder.CreateFolder("sub", false, false, 0, "about", FOLDER_GENERIC);
+    EXPECT_TRUE(created.IsValid());
+    EXPECT_EQ(m_new.References(), 1u);
+    EXPECT_EQ(Calls(), (Lines{"folder: CreateFolder(0x1,'sub','about',IMAPIFolder,0x0)"}));
+}
+
+TEST_F(Folder, HidesAndSavesTheNewFolderWhenAsked)
+{
+    m_folder.CreateFolder("sub", true, true, 0, nullptr, FOLDER_SEARCH);
+    EXPECT_EQ(Calls(), (Lines{"folder: CreateFolder(0x2,'sub',null,IMAPIFolder,0x0)",
+                              "new: SetProps(0x10F4000B=true,problems null)", "new: SaveChanges(0x6)"}));
+    m_folder.CreateFolder("sub", true, false, 0, nullptr, FOLDER_GENERIC);
+    EXPECT_EQ(Calls().size(), 2u);
+}
+
+TEST_F(Folder, OpensAnExistingFolderAndLeavesItAsItIs)
+{
+    HasSubfolder("sub");
+    CZebFolder opened = m_folder.CreateFolder("sub", true, true, OPEN_IF_EXISTS, "about", FOLDER_GENERIC);
+    EXPECT_EQ(m_existing.References(), 1u);
+    EXPECT_EQ(Calls(), FindExisting + Lines{"folder: OpenEntry(6F6E65,IMAPIFolder,0x10)"});
+    EXPECT_EQ(m_log.Lines().size(), 0u);
+}
+
+TEST_F(Folder, CreatesWhatCouldNotBeOpenedAndLogsWhy)
+{
+    const CZebFolder created = m_folder.CreateFolder("sub", false, false, OPEN_IF_EXISTS, "", FOLDER_GENERIC);
+    EXPECT_EQ(m_new.References(), 1u);
+    EXPECT_EQ(Calls(), FindExisting + Lines{"folder: CreateFolder(0x1,'sub','',IMAPIFolder,0x1)"});
+    EXPECT_EQ(Caught(), 1u);
+    EXPECT_EQ(m_log.CountBeginning("EXCEPTION: Description: \"0x00000490\""), 1u);
+}
+
+TEST_F(Folder, DoesNotLookFirstWithAnyFurtherFlag)
+{
+    HasSubfolder("sub");
+    m_folder.CreateFolder("sub", false, false, OPEN_IF_EXISTS | MAPI_DEFERRED_ERRORS, "", FOLDER_GENERIC);
+    EXPECT_EQ(Calls(), (Lines{"folder: CreateFolder(0x1,'sub','',IMAPIFolder,0x9)"}));
+}
+
+TEST_F(Folder, AFailedCreationThrowsWithTheFoldersExtendedError)
+{
+    m_double.Fail("CreateFolder", MAPI_E_COLLISION);
+    EXPECT_EQ(Thrown([&] { m_folder.CreateFolder("sub", true, true, 0, nullptr, 1); }), MAPI_E_COLLISION);
+    m_double.m_error = "there is one";
+    EXPECT_EQ(Described([&] { m_folder.CreateFolder("sub", true, true, 0, nullptr, 1); }),
+              "Ver:1, Error:there is one, Component:folder, LowLewelError:2, Context:3 \n");
+}
+
+TEST_F(Folder, SuccessWithoutAnObjectIsAFailure)
+{
+    m_double.m_created = nullptr;
+    m_double.m_message = nullptr;
+    EXPECT_EQ(Thrown([&] { m_folder.CreateFolder("sub", false, false, 0, nullptr, 1); }), MAPI_E_CALL_FAILED);
+    EXPECT_EQ(Thrown([&] { m_folder.CreateMessage(0); }), MAPI_E_CALL_FAILED);
+}
+
+TEST_F(Folder, FindsSubfoldersByNameInBothWidths)
+{
+    HasSubfolder("sub");
+    EXPECT_STREQ(m_folder.GetFolderEntryIdByNameA("sub").String(), "6F6E65");
+    EXPECT_EQ(Calls(), FindExisting);
+    HasSubfolder("sub");
+    EXPECT_STREQ(m_folder.GetFolderEntryIdByNameW(ZEBW("sub")).String(), "6F6E65");
+    EXPECT_EQ(Calls(),
+              (Lines{"folder: GetHierarchyTable(0x8)", "subfolders: SetColumns([0xFFF0102,0x3001001F],0x0)",
+                     "subfolders: Restrict(0x4,0x4,0x3001001F,0x3001001F=sub,0x0)",
+                     "subfolders: QueryRows(1,0x0)"}));
+    HasSubfolder("sub");
+    EXPECT_STREQ(m_folder.GetFolderEntryIdByName("sub").String(), "6F6E65");
+    EXPECT_EQ(Calls(), FindExisting);
+}
+
+TEST_F(Folder, OpensSubfoldersByNameInBothWidths)
+{
+    for (int form = 0; form < 3; ++form)
+    {
+        HasSubfolder("sub");
+        const CZebFolder opened = form == 0   ? m_folder.OpenFolderByNameA("sub")
+                                  : form == 1 ? m_folder.OpenFolderByNameW(ZEBW("sub"))
+                                              : m_folder.OpenFolderByName("sub");
+        EXPECT_EQ(m_existing.References(), 1u);
+        EXPECT_EQ(Calls().back(), "folder: OpenEntry(6F6E65,IMAPIFolder,0x10)");
+    }
+}
+
+TEST_F(Folder, AMissingNameThrowsTheSystemsCode)
+{
+    EXPECT_EQ(Thrown([&] { m_folder.OpenFolderByNameA("sub"); }), 1168);
+    EXPECT_EQ(Thrown([&] { m_folder.OpenFolderByNameW(ZEBW("sub")); }), 1168);
+    EXPECT_EQ(Thrown([&] { m_folder.OpenQorInfoMessage(); }), 1168);
+    m_subfolders.m_givesNothing = true;
+    EXPECT_EQ(Thrown([&] { m_folder.GetFolderEntryIdByName("sub"); }), 1168);
+    EXPECT_EQ(Thrown([&] { m_folder.GetFolderEntryIdByName(nullptr); }), MAPI_E_INVALID_PARAMETER);
+}
+
+TEST_F(Folder, DeletesAndEmptiesWithTheArgumentsInTheirPlaces)
+{
+    auto* progress = reinterpret_cast<IMAPIProgress*>(&m_double);
+    m_folder.DeleteFolder(ID("ab"), m_window, 5, progress);
+    m_folder.EmptyFolder(m_window, 6, progress);
+    SBinary ids[] = {ID("a"), ID("b")};
+    SBinaryArray list = {2, ids};
+    m_folder.DeleteMessages(&list, m_window, 7, progress);
+    EXPECT_EQ(Calls(), (Lines{"folder: DeleteFolder(6162,0x55,progress given,0x5)",
+                              "folder: EmptyFolder(0x55,progress given,0x6)",
+                              "folder: DeleteMessages([61,62],0x55,progress given,0x7)"}));
+    m_double.Fail("DeleteFolder", MAPI_E_HAS_FOLDERS);
+    EXPECT_EQ(Thrown([&] { m_folder.DeleteFolder(ID("ab"), nullptr, 0, nullptr); }), MAPI_E_HAS_FOLDERS);
+}
+
+TEST_F(Folder, CopiesAndMovesLists)
+{
+    CZebFolder dest(&m_existing);
+    SBinary ids[] = {ID("a"), ID("b")};
+    SBinaryArray list = {2, ids};
+    auto* progress = reinterpret_cast<IMAPIProgress*>(&m_double);
+    m_folder.CopyMessages(&list, dest, 8, m_window, progress);
+    m_folder.MoveMessages(&list, dest, 8, nullptr, nullptr);
+    EXPECT_EQ(Calls(), (Lines{"folder: CopyMessages([61,62],IMAPIFolder,existing,0x55,progress given,0x8)",
+                              "folder: CopyMessages([61,62],IMAPIFolder,existing,0x0,progress null,0x9)"}));
+    CZebFolder empty;
+    EXPECT_EQ(Raised([&] { m_folder.CopyMessages(&list, empty, 0, nullptr, nullptr); }), E_POINTER);
+    EXPECT_TRUE(Calls().empty());
+    m_double.Fail("CopyMessages", MAPI_E_DECLINE_COPY);
+    EXPECT_EQ(Thrown([&] { m_folder.CopyMessages(&list, dest, 0, nullptr, nullptr); }), MAPI_E_DECLINE_COPY);
+}
+
+TEST_F(Folder, OneMessageIsAListOfOne)
+{
+    CZebFolder dest(&m_existing);
+    m_double.KeepLists();
+    m_folder.DeleteMessage(ID("a"));
+    m_folder.CopyMessage(ID("b"), dest, 4);
+    m_folder.MoveMessage(ID("c"), dest, 0);
+    EXPECT_EQ(Calls(), (Lines{"folder: DeleteMessages([61],0x0,progress null,0x0)",
+                              "folder: CopyMessages([62],IMAPIFolder,existing,0x0,progress null,0x4)",
+                              "folder: CopyMessages([63],IMAPIFolder,existing,0x0,progress null,0x1)"}));
+    m_double.FreeLists();
+}
+
+namespace
+{
+
+/// A folder whose CopyMessages takes the window with 64 bits, as a provider built with other headers has it: the class's
+/// table of methods with that one exchanged.
+class WideFolder
+{
+public:
+    explicit WideFolder(RecordingFolder& folder)
+        : m_folder(folder)
+    {
+        void** own = nullptr;
+        std::memcpy(&own, static_cast<void*>(&m_folder), sizeof(own));
+        m_table = own;
+        std::memcpy(m_copy, own - HeadSlots, sizeof(m_copy));
+        m_copy[HeadSlots + CopySlot] = reinterpret_cast<void*>(&Copy);
+        SetTable(m_copy + HeadSlots);
+    }
+    ~WideFolder() { SetTable(m_table); }
+    WideFolder(const WideFolder&) = delete;
+    WideFolder& operator=(const WideFolder&) = delete;
+
+    static ULONG_PTR s_window;
+    static ULONG s_flags;
+
+private:
+    static HRESULT STDMETHODCALLTYPE Copy(void*, LPENTRYLIST, LPCIID, LPVOID, ULONG_PTR window,
+                                          LPMAPIPROGRESS, ULONG flags)
+    {
+        s_window = window;
+        s_flags = flags;
+        return S_OK;
+    }
+    void SetTable(void** table) { std::memcpy(static_cast<void*>(&m_folder), &table, sizeof(table)); }
+
+    // Before the methods stand the offset of the object and its type record.
+    static constexpr size_t HeadSlots = 2;
+    static constexpr size_t CopySlot = 20;
+    static constexpr size_t MethodSlots = 30;
+
+    RecordingFolder& m_folder;
+    void** m_table = nullptr;
+    void* m_copy[HeadSlots + MethodSlots] = {};
+};
+
+ULONG_PTR WideFolder::s_window = 0;
+ULONG WideFolder::s_flags = 0;
+
+} // namespace
+
+TEST_F(Folder, TheWindowOfACopyHasSixtyFourBits)
+{
+    SBinaryArray list = {0, nullptr};
+    const WideFolder wide(m_double);
+    m_folder.CopyMessages(&list, m_folder, 3,
+                          reinterpret_cast<HWND>(static_cast<ULONG_PTR>(0xFFFFFFFF80000001ull)), nullptr);
+    EXPECT_EQ(WideFolder::s_window, 0x80000001u);
+    EXPECT_EQ(WideFolder::s_flags, 3u);
+}
+
+TEST_F(Folder, CreatesAMessage)
+{
+    const CZebMessage message = m_folder.CreateMessage(0x40);
+    EXPECT_EQ(m_message.References(), 1u);
+    EXPECT_EQ(Calls(), (Lines{"folder: CreateMessage(null,0x40)"}));
+}
+
+TEST_F(Folder, CreatesAMessageWithPropertiesAndSavesBothWhenAsked)
+{
+    CZebPropValArray values(2);
+    values[PR_SUBJECT_A] = "s";
+    m_folder.CreateMessage(values, true, 0);
+    EXPECT_EQ(Calls(),
+              (Lines{"folder: CreateMessage(null,0x0)", "message: SetProps(0x37001E='s',problems null)",
+                     "message: SaveChanges(0x6)", "folder: SaveChanges(0x6)"}));
+    m_folder.CreateMessage(values, false, 0);
+    EXPECT_EQ(Calls(),
+              (Lines{"folder: CreateMessage(null,0x0)", "message: SetProps(0x37001E='s',problems null)"}));
+}
+
+TEST_F(Folder, WithoutPropertiesTheFolderIsSavedButNotTheMessage)
+{
+    CZebPropValArray values(2);
+    m_folder.CreateMessage(values, true, 0);
+    EXPECT_EQ(Calls(), (Lines{"folder: CreateMessage(null,0x0)", "folder: SaveChanges(0x6)"}));
+}
+
+namespace
+{
+
+const Lines CreateInfo = {
+    "folder: CreateMessage(null,0x0)",
+    "message: SetProps(0x37001E='QorInfo',0x3001001E='QorInfo',0x1A001E='IPM.Note.QorInfo',"
+    "problems null)"};
+const Lines FindInfo = {"folder: GetContentsTable(0x8)", "messages: SetColumns([0xFFF0102,0x37001E],0x0)",
+                        "messages: Restrict(0x4,0x4,0x37001E,0x37001E='QorInfo',0x0)",
+                        "messages: QueryRows(1,0x0)"};
+
+} // namespace
+
+TEST_F(Folder, CreatesTheInformationMessage)
+{
+    m_folder.CreateQorInfoMessage(false, true);
+    EXPECT_EQ(Calls(), CreateInfo + Lines{"message: SaveChanges(0x6)"});
+    m_folder.CreateQorInfoMessage(false, false);
+    EXPECT_EQ(Calls(), CreateInfo);
+}
+
+TEST_F(Folder, OpensTheInformationMessageThatIsThere)
+{
+    m_messages.m_rows = {{{PR_ENTRYID, 0, "x"}, {PR_SUBJECT_A, 0, "other"}},
+                         {{PR_ENTRYID, 0, "info"}, {PR_SUBJECT_A, 0, "QorInfo"}}};
+    const CZebMessage opened = m_folder.OpenQorInfoMessage();
+    EXPECT_EQ(m_info.References(), 1u);
+    EXPECT_EQ(Calls(), FindInfo + Lines{"folder: OpenEntry(696E666F,IMessage,0x10)"});
+    const CZebMessage again = m_folder.CreateQorInfoMessage(true, true);
+    EXPECT_EQ(m_info.References(), 2u);
+    EXPECT_EQ(Calls(), FindInfo + Lines{"folder: OpenEntry(696E666F,IMessage,0x10)"});
+}
+
+TEST_F(Folder, CreatesASecondInformationMessageWhenNotToldToOpen)
+{
+    m_messages.m_rows = {{{PR_ENTRYID, 0, "info"}, {PR_SUBJECT_A, 0, "QorInfo"}}};
+    m_folder.CreateQorInfoMessage(false, false);
+    EXPECT_EQ(Calls(), CreateInfo);
+}
+
+TEST_F(Folder, CreatesTheInformationMessageThatCouldNotBeOpenedAndLogsWhy)
+{
+    m_folder.CreateQorInfoMessage(true, true);
+    EXPECT_EQ(Calls(), FindInfo + CreateInfo + Lines{"message: SaveChanges(0x6)"});
+    EXPECT_EQ(Caught(), 1u);
+}
+
+namespace
+{
+
+/// A folder with the identifier "here", and children of several parents that a session can open.
+class Ancestry : public ObjectsTest
+{
+protected:
+    Ancestry()
+    {
+        m_here.m_bag.Set(PR_ENTRYID, "here");
+        m_here.m_openable.Add("child", &m_child, MAPI_MESSAGE);
+        m_child.m_bag.Set(PR_OBJECT_TYPE, MAPI_MESSAGE);
+        m_child.m_bag.Set(PR_SUBJECT_A, "s");
+    }
+    /// A folder that the session opens.
+    void IsFolder(RecordingFolder& folder, const char* id, const char* parent,
+                  LONG folderType = FOLDER_GENERIC)
+    {
+        folder.m_bag.Set(PR_OBJECT_TYPE, MAPI_FOLDER);
+        folder.m_bag.Set(PR_FOLDER_TYPE, folderType);
+        folder.m_bag.Set(PR_PARENT_ENTRYID, parent);
+        m_sessionDouble.m_openable.Add(id, &folder, MAPI_FOLDER);
+    }
+
+    RecordingMessage m_child{m_journal, "child"};
+    RecordingFolder m_middle{m_journal, "middle"};
+    RecordingFolder m_top{m_journal, "top"};
+    RecordingFolder m_here{m_journal, "here"};
+    RecordingSession m_sessionDouble{m_journal};
+    CZebSession m_session{&m_sessionDouble};
+    CZebFolder m_folder{&m_here};
+    CZebMessage m_message{&m_child};
+};
+
+} // namespace
+
+TEST_F(Ancestry, PropertiesOfADirectChildAreRead)
+{
+    m_child.m_bag.Set(PR_PARENT_ENTRYID, "here");
+    CZebPropValArray result;
+    m_folder.GetPropsOfChild(m_session, ID("child"), result, 1, PR_SUBJECT_A);
+    EXPECT_TRUE(result.hasRealValue(PR_SUBJECT_A));
+    EXPECT_EQ(Calls(),
+              (Lines{"here: OpenEntry(6368696C64,IMAPIProp,0x10)", "child: GetProps([0x37001E],0x0)",
+                     "here: GetProps([0xFFF0102],0x0)", "child: GetProps([0xFFE0003],0x0)",
+                     "child: GetProps([0xE090102],0x0)", "session: CompareEntryIDs(68657265,68657265,0x0)"}));
+}
+
+TEST_F(Ancestry, AGrandchildAndAStrangerAreNotFoundButReadAllTheSame)
+{
+    m_child.m_bag.Set(PR_PARENT_ENTRYID, "middle");
+    IsFolder(m_middle, "middle", "here");
+    CZebPropValArray result;
+    EXPECT_EQ(Thrown([&] { m_folder.GetPropsOfChild(m_session, ID("child"), result, 1, PR_SUBJECT_A); }),
+              MAPI_E_NOT_FOUND);
+    EXPECT_TRUE(result.hasRealValue(PR_SUBJECT_A));
+    for (const std::string& call : Calls())
+    {
+        EXPECT_EQ(call.find("session: OpenEntry"), std::string::npos) << "only the direct parent counts";
+    }
+    CZebPropTagArray tags;
+    tags.AddOne(PR_SUBJECT_A);
+    EXPECT_EQ(Thrown([&] { m_folder.GetPropsOfChild(m_session, ID("child"), tags, result); }),
+              MAPI_E_NOT_FOUND);
+    EXPECT_EQ(Thrown([&] { m_folder.GetPropsOfChild(m_session, ID("none"), tags, result); }),
+              MAPI_E_NOT_FOUND);
+}
+
+TEST_F(Ancestry, WalksUpToTheContainer)
+{
+    m_child.m_bag.Set(PR_PARENT_ENTRYID, "middle");
+    IsFolder(m_middle, "middle", "top");
+    IsFolder(m_top, "top", "here");
+    EXPECT_TRUE(m_message.IsChildOf(m_session, ID("here"), false));
+    EXPECT_EQ(
+        Calls(),
+        (Lines{"child: GetProps([0xFFE0003],0x0)", "child: GetProps([0xE090102],0x0)",
+               "session: CompareEntryIDs(6D6964646C65,68657265,0x0)",
+               "session: OpenEntry(6D6964646C65,IMAPIProp,0x10)", "middle: GetProps([0xFFE0003],0x0)",
+               "middle: GetProps([0x36010003],0x0)", "middle: GetProps([0xE090102],0x0)",
+               "session: CompareEntryIDs(746F70,68657265,0x0)", "session: OpenEntry(746F70,IMAPIProp,0x10)",
+               "top: GetProps([0xFFE0003],0x0)", "top: GetProps([0x36010003],0x0)",
+               "top: GetProps([0xE090102],0x0)", "session: CompareEntryIDs(68657265,68657265,0x0)"}));
+    EXPECT_FALSE(m_message.IsChildOf(m_session, ID("here"), true));
+    EXPECT_TRUE(m_message.IsChildOf(m_session, ID("middle"), true));
+}
+
+TEST_F(Ancestry, NothingLiesBelowAnEmptyIdentifier)
+{
+    EXPECT_FALSE(m_message.IsChildOf(m_session, SBinary{0, nullptr}, false));
+    EXPECT_TRUE(Calls().empty());
+}
+
+TEST_F(Ancestry, TheWalkStopsAtARoot)
+{
+    m_child.m_bag.Set(PR_PARENT_ENTRYID, "top");
+    IsFolder(m_top, "top", "here", FOLDER_ROOT);
+    EXPECT_FALSE(m_message.IsChildOf(m_session, ID("here"), false));
+    CZebFolder root(&m_top);
+    EXPECT_FALSE(root.IsChildOf(m_session, ID("here"), true));
+    EXPECT_EQ(Calls().back(), "top: GetProps([0x36010003],0x0)") << "a root is not asked for its parent";
+}
+
+TEST_F(Ancestry, StoresAndAddressBooksLieInNothing)
+{
+    for (LONG type : {MAPI_STORE, MAPI_ADDRBOOK})
+    {
+        RecordingProp object(m_journal);
+        object.m_bag.Set(PR_OBJECT_TYPE, type);
+        object.m_bag.Set(PR_PARENT_ENTRYID, "here");
+        CZebIProp prop(&object);
+        EXPECT_FALSE(prop.IsChildOf(m_session, ID("here"), false)) << type;
+    }
+    RecordingProp untyped(m_journal);
+    untyped.m_bag.Set(PR_OBJECT_TYPE, 0);
+    untyped.m_bag.Set(PR_PARENT_ENTRYID, "here");
+    CZebIProp prop(&untyped);
+    EXPECT_TRUE(prop.IsChildOf(m_session, ID("here"), false));
+}
+
+TEST_F(Ancestry, AnObjectWithoutAParentThrows)
+{
+    EXPECT_EQ(Thrown([&] { m_message.IsChildOf(m_session, ID("here"), false); }), MAPI_E_INVALID_TYPE);
+}
+
+TEST_F(Ancestry, ACircleOfParentsEnds)
+{
+    m_child.m_bag.Set(PR_PARENT_ENTRYID, "middle");
+    IsFolder(m_middle, "middle", "top");
+    IsFolder(m_top, "top", "middle");
+    EXPECT_FALSE(m_message.IsChildOf(m_session, ID("here"), false));
+}
+
+TEST_F(Ancestry, AParentThatCanNotBeOpenedThrows)
+{
+    m_child.m_bag.Set(PR_PARENT_ENTRYID, "gone");
+    EXPECT_EQ(Thrown([&] { m_message.IsChildOf(m_session, ID("here"), false); }), MAPI_E_NOT_FOUND);
+}

@@ -1,0 +1,501 @@
+#include "zebapi/IProp.h"
+#include "ObjectsTest.h"
+#include "zebapi/Message.h"
+#include "zebapi/PROPVALArray.h"
+#include "zebapi/TAGS.h"
+
+using namespace zeb::test;
+
+namespace
+{
+
+class IProp : public ObjectsTest
+{
+protected:
+    RecordingProp m_object{m_journal};
+    CZebIProp m_prop{&m_object};
+};
+
+/// Opens what is protected.
+class OpenProp : public CZebIProp
+{
+public:
+    using CZebIProp::CZebIProp;
+    using CZebIProp::SetWAB;
+};
+
+constexpr ULONG Named = 0x8001001E;
+
+std::string Str(const CStringA& text)
+{
+    return static_cast<const char*>(text);
+}
+
+std::u16string Str(const CStringW& text)
+{
+    return std::u16string(text.GetString(), text.GetString() + text.GetLength());
+}
+
+} // namespace
+
+TEST_F(IProp, HoldsOneReferenceAndReleasesIt)
+{
+    EXPECT_EQ(m_object.References(), 1u);
+    EXPECT_TRUE(m_prop.IsValid());
+    m_prop.Free();
+    EXPECT_EQ(m_object.References(), 0u);
+    EXPECT_FALSE(m_prop.IsValid());
+    m_prop.Free();
+    EXPECT_FALSE(CZebIProp().IsValid());
+}
+
+TEST_F(IProp, TheSlotHandedOutIsEmptyAndOwnsWhatACallPutsThere)
+{
+    CZebIProp* const same = m_prop;
+    EXPECT_EQ(same, std::addressof(m_prop));
+    IUnknown** slot = &m_prop;
+    EXPECT_EQ(*slot, nullptr);
+    EXPECT_EQ(m_object.References(), 0u);
+    m_object.AddRef();
+    *slot = &m_object;
+    EXPECT_TRUE(m_prop.IsValid());
+    m_prop.Free();
+    EXPECT_EQ(m_object.References(), 0u);
+}
+
+TEST_F(IProp, CopiesShareTheObjectAndTakeTheMarking)
+{
+    OpenProp source(&m_object);
+    source.SetWAB(true);
+    CZebIProp copy(source);
+    EXPECT_EQ(m_object.References(), 3u);
+    EXPECT_TRUE(copy.IsWAB());
+    copy = m_prop;
+    EXPECT_FALSE(copy.IsWAB());
+    EXPECT_EQ(m_object.References(), 3u);
+    EXPECT_EQ(Caught(), 0u);
+    copy.SetWAB(source);
+    EXPECT_TRUE(copy.IsWAB());
+    copy.Free();
+    EXPECT_FALSE(copy.IsWAB());
+}
+
+TEST_F(IProp, AssigningAnEmptyOneEmptiesLogsOnceAndTakesTheMarking)
+{
+    OpenProp empty;
+    empty.SetWAB(true);
+    m_prop = empty;
+    EXPECT_FALSE(m_prop.IsValid());
+    EXPECT_TRUE(m_prop.IsWAB());
+    EXPECT_EQ(m_object.References(), 0u);
+    EXPECT_EQ(Caught(), 1u);
+    EXPECT_EQ(m_log.CountBeginning("EXCEPTION: Description: \"MAPI_E_INTERFACE_NOT_SUPPORTED\", File: \""),
+              1u);
+    EXPECT_EQ(ThrowLines(), 1u);
+    EXPECT_EQ(m_log.Lines().back().level, 1);
+}
+
+TEST_F(IProp, AssigningAnObjectToItselfIsSafe)
+{
+    const CZebIProp& same = m_prop;
+    m_prop = same;
+    EXPECT_EQ(m_object.References(), m_prop.IsValid() ? 1u : 0u);
+}
+
+TEST_F(IProp, EveryUseOfAnEmptyOneRaisesAComError)
+{
+    CZebIProp empty;
+    CZebPropValArray values(1);
+    values[PR_DISPLAY_NAME_A] = "x";
+    EXPECT_EQ(Raised([&] { empty.GetObjectType(); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.GetEntryID(); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.GetStringPropA(PR_SUBJECT_A); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.GetStringPropW(PR_SUBJECT_W); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.GetTagsMap(); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.GetRealTag(Named, true); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.OpenProperty(PR_BODY_A, 0); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.GetLongStringA(PR_BODY_A); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.SetProps(values, false, nullptr); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.DeleteProps(nullptr, nullptr); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.SaveChanges(0); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.GetAllProps(values.CountPtr(), nullptr, 0); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.GetInterface()->SaveChanges(0); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.GetProps(values, 1, PR_SUBJECT_A); }), E_POINTER);
+    EXPECT_TRUE(values.IsExists(PR_DISPLAY_NAME_A)) << "the result is left as it was";
+    EXPECT_TRUE(Calls().empty());
+}
+
+TEST_F(IProp, TheBaseHasNoTypeOfItsOwnAndAcceptsAny)
+{
+    EXPECT_TRUE(*m_prop.GetInterfaceCIID() == IID_IMAPIProp);
+    EXPECT_EQ(m_prop.GetMAPIType(), 0u);
+    EXPECT_TRUE(m_prop.IsMAPITypeAcceptable(0));
+    EXPECT_TRUE(m_prop.IsMAPITypeAcceptable(77));
+}
+
+TEST_F(IProp, ReadsOnePropertyWithTheFlagOfItsWidth)
+{
+    m_object.m_bag.Set(PR_OBJECT_TYPE, MAPI_FOLDER);
+    m_object.m_bag.Set(PR_ENTRYID, "ab");
+    m_object.m_bag.Set(PR_PARENT_ENTRYID, "cd");
+    m_object.m_bag.Set(PR_DISPLAY_NAME_A, "name");
+    EXPECT_EQ(m_prop.GetObjectType(), static_cast<ULONG>(MAPI_FOLDER));
+    EXPECT_EQ(Str(m_prop.GetEntryID().String()), "6162");
+    EXPECT_EQ(Str(m_prop.GetParentID().String()), "6364");
+    EXPECT_EQ(Str(m_prop.GetDisplayNameA()), "name");
+    EXPECT_EQ(Str(m_prop.GetDisplayNameW()), u"name");
+    EXPECT_EQ(Str(m_prop.GetDisplayName()), "name");
+    EXPECT_EQ(Calls(),
+              (Lines{"prop: GetProps([0xFFE0003],0x0)", "prop: GetProps([0xFFF0102],0x0)",
+                     "prop: GetProps([0xE090102],0x0)", "prop: GetProps([0x3001001E],0x0)",
+                     "prop: GetProps([0x3001001F],0x80000000)", "prop: GetProps([0x3001001E],0x0)"}));
+}
+
+TEST_F(IProp, AMissingTextIsEmptyAndAMissingBinaryOrNumberAFailure)
+{
+    EXPECT_EQ(Str(m_prop.GetStringPropA(PR_SUBJECT_A)), "");
+    EXPECT_EQ(Str(m_prop.GetStringPropW(PR_SUBJECT_W)), u"");
+    EXPECT_EQ(Thrown([&] { m_prop.GetBin(PR_ENTRYID); }), MAPI_E_INVALID_TYPE);
+    EXPECT_EQ(Thrown([&] { m_prop.GetBinary(PR_ENTRYID); }), MAPI_E_INVALID_TYPE);
+    EXPECT_EQ(Thrown([&] { m_prop.GetObjectType(); }), MAPI_E_INVALID_TYPE);
+}
+
+TEST_F(IProp, AFailingReadThrowsWithTheObjectsExtendedError)
+{
+    m_object.Fail("GetProps", MAPI_E_NETWORK_ERROR);
+    EXPECT_EQ(Thrown([&] { m_prop.GetStringPropA(PR_SUBJECT_A); }), MAPI_E_NETWORK_ERROR);
+    m_object.m_error = "no wire";
+    Calls();
+    EXPECT_EQ(Described([&] { m_prop.GetBin(PR_ENTRYID); }),
+              "Ver:1, Error:no wire, Component:prop, LowLewelError:2, Context:3 \n");
+    EXPECT_EQ(Calls(), (Lines{"prop: GetProps([0xFFF0102],0x0)", "prop: GetLastError(0x80040115,0x0)"}));
+}
+
+TEST_F(IProp, SuccessWithoutAValueIsAFailure)
+{
+    m_object.m_givesNothing = true;
+    EXPECT_EQ(Thrown([&] { m_prop.GetBin(PR_ENTRYID); }), MAPI_E_BAD_VALUE);
+    EXPECT_EQ(Thrown([&] { m_prop.GetObjectType(); }), MAPI_E_BAD_VALUE);
+    EXPECT_EQ(Thrown([&] { m_prop.GetStringPropA(PR_SUBJECT_A); }), MAPI_E_BAD_VALUE);
+}
+
+TEST_F(IProp, SettingTheDisplayNameWritesItAndSaves)
+{
+    m_prop.SetDisplayNameA("one");
+    m_prop.SetDisplayNameW(ZEBW("two"));
+    m_prop.SetDisplayName("three");
+    EXPECT_EQ(Calls(), (Lines{"prop: SetProps(0x3001001E='one',problems null)", "prop: SaveChanges(0x6)",
+                              "prop: SetProps(0x3001001F=two,problems null)", "prop: SaveChanges(0x6)",
+                              "prop: SetProps(0x3001001E='three',problems null)", "prop: SaveChanges(0x6)"}));
+}
+
+TEST_F(IProp, SetPropsCutsAtTheFirstFreeEntryAndSavesWhenAsked)
+{
+    CZebPropValArray values(3);
+    values[PR_SUBJECT_A] = "s";
+    SPropProblemArray* problems = nullptr;
+    m_prop.SetProps(values, false, &problems);
+    EXPECT_EQ(Calls(), (Lines{"prop: SetProps(0x37001E='s',problems given)"}));
+    EXPECT_EQ(values.Count(), 1u);
+    m_prop.SetProps(values, true, nullptr);
+    EXPECT_EQ(Calls(), (Lines{"prop: SetProps(0x37001E='s',problems null)", "prop: SaveChanges(0x6)"}));
+}
+
+TEST_F(IProp, SetPropsOfNothingNeitherWritesNorSaves)
+{
+    CZebPropValArray values(3);
+    m_prop.SetProps(values, true, nullptr);
+    EXPECT_TRUE(Calls().empty());
+}
+
+TEST_F(IProp, AFailedWriteIsNotSaved)
+{
+    CZebPropValArray values(1);
+    values[PR_SUBJECT_A] = "s";
+    m_object.Fail("SetProps", MAPI_E_NO_ACCESS);
+    EXPECT_EQ(Thrown([&] { m_prop.SetProps(values, true, nullptr); }), MAPI_E_NO_ACCESS);
+    EXPECT_EQ(Calls(), (Lines{"prop: SetProps(0x37001E='s',problems null)"}));
+}
+
+TEST_F(IProp, PassesArgumentsOnUnchanged)
+{
+    SPropTagArray* list = nullptr;
+    m_prop.GetPropList(&list, 0x80000000);
+    Zeb_MemFree(list);
+    ULONG count = 0;
+    SPropValue* values = nullptr;
+    SizedSPropTagArray(2, tags) = {2, {PR_SUBJECT_A, PR_BODY_W}};
+    m_prop.GetProps(reinterpret_cast<SPropTagArray*>(&tags), &count, &values, 0x80000000);
+    EXPECT_EQ(count, 2u);
+    Zeb_MemFree(values);
+    SPropProblemArray* problems = nullptr;
+    m_prop.DeleteProps(reinterpret_cast<SPropTagArray*>(&tags), &problems);
+    m_prop.SaveChanges(9);
+    EXPECT_EQ(Calls(),
+              (Lines{"prop: GetPropList(0x80000000)", "prop: GetProps([0x37001E,0x1000001F],0x80000000)",
+                     "prop: DeleteProps([0x37001E,0x1000001F],problems given)", "prop: SaveChanges(0x9)"}));
+}
+
+TEST_F(IProp, WarningsPass)
+{
+    m_object.Fail("SaveChanges", MAPI_W_ERRORS_RETURNED);
+    EXPECT_EQ(Thrown([&] { m_prop.SaveChanges(0); }), 0);
+}
+
+TEST_F(IProp, GetPropsTakesExactlyTheTagsGiven)
+{
+    m_object.m_bag.Set(PR_SUBJECT_A, "s");
+    CZebPropValArray result;
+    m_prop.GetProps(result, 2, PR_SUBJECT_A, PR_BODY_A);
+    EXPECT_EQ(Calls(), (Lines{"prop: GetProps([0x37001E,0x1000001E],0x0)"}));
+    EXPECT_EQ(result.Count(), 2u);
+    EXPECT_TRUE(result.hasRealValue(PR_SUBJECT_A));
+    EXPECT_FALSE(result.hasRealValue(PR_BODY_A));
+    EXPECT_EQ(Thrown([&] { result[PR_ENTRYID]; }), MAPI_E_UNEXPECTED_ID) << "a received array does not grow";
+}
+
+TEST_F(IProp, AllPropsAreReadByTheListWithFlagsZero)
+{
+    m_object.m_bag.Set(PR_SUBJECT_W, "s");
+    CZebPropValArray values;
+    m_prop.GetAllProps(values.CountPtr(), &values, MAPI_UNICODE);
+    EXPECT_EQ(Calls(), (Lines{"prop: GetPropList(0x80000000)", "prop: GetProps([0x37001F],0x0)"}));
+    EXPECT_EQ(values.Count(), 1u);
+}
+
+TEST_F(IProp, AllPropsAreAskedForWithoutAListWhereTheCodePageIsUnknown)
+{
+    m_object.m_bag.Set(PR_SUBJECT_W, "s");
+    m_object.Fail("GetPropList", MAPI_E_UNKNOWN_CPID);
+    CZebPropValArray values;
+    m_prop.GetAllProps(values.CountPtr(), &values, MAPI_UNICODE);
+    EXPECT_EQ(Calls(), (Lines{"prop: GetPropList(0x80000000)", "prop: GetProps(all,0x0)"}));
+    EXPECT_EQ(values.Count(), 1u);
+}
+
+TEST_F(IProp, AnotherFailureOfTheListPropagates)
+{
+    m_object.Fail("GetPropList", MAPI_E_CALL_FAILED);
+    CZebPropValArray values;
+    EXPECT_EQ(Thrown([&] { m_prop.GetAllProps(values.CountPtr(), &values, 0); }), MAPI_E_CALL_FAILED);
+    EXPECT_EQ(Calls(), (Lines{"prop: GetPropList(0x0)"}));
+}
+
+TEST_F(IProp, APropertyIsOpenedAsAStreamForReadingOrWriting)
+{
+    RecordingStream stream(m_journal, "");
+    m_object.m_property = &stream;
+    EXPECT_EQ(m_prop.OpenProperty(PR_BODY_A, 0).Get(), &stream);
+    m_prop.OpenProperty(PR_BODY_A, MAPI_MODIFY | MAPI_CREATE);
+    m_prop.OpenProperty(PR_BODY_A, MAPI_CREATE);
+    EXPECT_EQ(Calls(), (Lines{"prop: OpenProperty(0x1000001E,IStream,0x0,0x0)",
+                              "prop: OpenProperty(0x1000001E,IStream,0x2,0x3)",
+                              "prop: OpenProperty(0x1000001E,IStream,0x0,0x2)"}));
+    EXPECT_EQ(stream.References(), 0u);
+}
+
+TEST_F(IProp, SuccessWithoutAStreamIsAFailure)
+{
+    EXPECT_EQ(Thrown([&] { m_prop.OpenProperty(PR_BODY_A, 0); }), MAPI_E_CALL_FAILED);
+}
+
+TEST_F(IProp, ALongNarrowTextIsReadWhole)
+{
+    for (size_t size : {0u, 1u, 7u, 65535u, 10000000u})
+    {
+        const std::string text(size, 'x');
+        RecordingStream stream(m_journal, text);
+        m_object.m_property = &stream;
+        EXPECT_EQ(Str(m_prop.GetLongStringA(PR_BODY_A)), text) << size;
+        EXPECT_EQ(Calls(), (Lines{"prop: OpenProperty(0x1000001E,IStream,0x0,0x0)", "stream: Stat(0x1)",
+                                  "stream: Read(" + Number(size) + ",null)"}));
+    }
+}
+
+TEST_F(IProp, ALongWideTextOfSevenBytesHasThreeCharacters)
+{
+    RecordingStream stream(m_journal, std::string("a\0b\0c\0d", 7));
+    m_object.m_property = &stream;
+    EXPECT_EQ(Str(m_prop.GetLongStringW(PR_BODY_W)), u"abc");
+    EXPECT_EQ(Calls(), (Lines{"prop: OpenProperty(0x1000001F,IStream,0x0,0x0)", "stream: Stat(0x1)",
+                              "stream: Read(0x7,null)"}));
+}
+
+TEST_F(IProp, ALongTextEndsAtItsFirstZeroAndWhereTheStreamEnds)
+{
+    RecordingStream zero(m_journal, std::string("ab\0cd", 5));
+    m_object.m_property = &zero;
+    EXPECT_EQ(Str(m_prop.GetLongString(PR_BODY_A)), "ab");
+    RecordingStream shorter(m_journal, "abc");
+    shorter.ClaimSize(100);
+    m_object.m_property = &shorter;
+    EXPECT_EQ(Str(m_prop.GetLongStringA(PR_BODY_A)), "abc");
+    RecordingStream shorterWide(m_journal, std::string("a\0b\0", 4));
+    shorterWide.ClaimSize(100);
+    m_object.m_property = &shorterWide;
+    EXPECT_EQ(Str(m_prop.GetLongStringW(PR_BODY_W)), u"ab");
+}
+
+TEST_F(IProp, ATextThatNoStringHoldsIsRefusedUnread)
+{
+    for (unsigned long long size : {0x7FFFFFFFull, 0xFFFFFFFFull, 0x100000000ull, 0x100000005ull, ~0ull})
+    {
+        RecordingStream stream(m_journal, "abc");
+        stream.ClaimSize(size);
+        m_object.m_property = &stream;
+        EXPECT_EQ(Thrown([&] { m_prop.GetLongStringA(PR_BODY_A); }), MAPI_E_NOT_ENOUGH_MEMORY) << size;
+        EXPECT_EQ(Thrown([&] { m_prop.GetLongStringW(PR_BODY_W); }), MAPI_E_NOT_ENOUGH_MEMORY) << size;
+    }
+    for (const std::string& call : Calls())
+    {
+        EXPECT_EQ(call.find("Read"), std::string::npos) << call;
+    }
+}
+
+TEST_F(IProp, AFailingStreamThrowsItsOwnResult)
+{
+    RecordingStream stream(m_journal, "abc");
+    stream.Fail("Read", STG_E_READFAULT);
+    m_object.m_property = &stream;
+    EXPECT_EQ(Thrown([&] { m_prop.GetLongStringA(PR_BODY_A); }), STG_E_READFAULT);
+    RecordingStream silent(m_journal, "abc");
+    silent.Fail("Stat", STG_E_ACCESSDENIED);
+    m_object.m_property = &silent;
+    EXPECT_EQ(Thrown([&] { m_prop.GetLongStringW(PR_BODY_W); }), STG_E_ACCESSDENIED);
+}
+
+TEST_F(IProp, OrdinaryTagsNeedNoMap)
+{
+    EXPECT_EQ(m_prop.GetRealTag(0x0037001E, true), 0x0037001Eu);
+    EXPECT_EQ(m_prop.GetNameFromTag(0x0037001E, true), 0x0037001Eu);
+    EXPECT_TRUE(Calls().empty());
+}
+
+TEST_F(IProp, NamedTagsFillTheMapOnce)
+{
+    for (ULONG i = 0; i < 81; ++i)
+    {
+        m_object.m_namedTags.push_back(PROP_TAG(PT_UNSPECIFIED, 0x9000 + i));
+    }
+    // The third and fourth names are both 0x8062; the later one counts.
+    EXPECT_EQ(m_prop.GetRealTag(0x8062001F, true), 0x9003001Fu);
+    EXPECT_EQ(m_prop.GetRealTag(0x8957001F, true), 0x9050001Fu);
+    EXPECT_EQ(m_prop.GetRealTag(0x8999001F, false), 0u);
+    EXPECT_EQ(Thrown([&] { m_prop.GetRealTag(0x8999001F, true); }), MAPI_E_BAD_VALUE);
+    EXPECT_EQ(m_prop.GetNameFromTag(0x9003001F, false), 0u);
+    EXPECT_EQ(Calls(), (Lines{"prop: GetIDsFromNames(0x51,0x2)"}));
+    EXPECT_EQ(m_object.m_idsAsked.front(), 0x8005);
+    EXPECT_EQ(m_object.m_idsAsked.back(), 0x8957);
+    m_prop.Free();
+    EXPECT_EQ(CZebIProp(m_prop).IsValid(), false);
+}
+
+TEST_F(IProp, FreeingEmptiesTheMap)
+{
+    m_object.m_namedTags.assign(81, 0x90000000);
+    m_prop.GetTagsMap();
+    IUnknown** slot = &m_prop;
+    m_object.AddRef();
+    *slot = &m_object;
+    EXPECT_GT(m_prop.GetTagsMap().GetCount(), 1);
+    EXPECT_EQ(Calls().size(), 2u);
+}
+
+TEST_F(IProp, NamesTheStoreDoesNotGiveAreLeftOut)
+{
+    // Two tags for 81 names, one of them an error.
+    m_object.m_namedTags = {PROP_TAG(PT_ERROR, 0), PROP_TAG(PT_UNSPECIFIED, 0x9001)};
+    EXPECT_EQ(m_prop.GetTagsMap().GetCount(), 1);
+    EXPECT_EQ(m_prop.GetRealTag(0x8005001E, true), 0x9001001Eu);
+    EXPECT_EQ(m_prop.GetRealTag(0x8062001E, false), 0u);
+}
+
+TEST_F(IProp, AStoreThatRefusesNamesIsAskedOnce)
+{
+    for (HRESULT refusal : {MAPI_E_NO_SUPPORT, E_ACCESSDENIED, static_cast<HRESULT>(26)})
+    {
+        RecordingProp object(m_journal);
+        object.Fail("GetIDsFromNames", refusal);
+        CZebIProp prop(&object);
+        EXPECT_EQ(prop.GetTagsMap().GetCount(), 1) << refusal;
+        EXPECT_EQ(prop.GetTagsMap().GetTag(Named, false), 0u);
+        EXPECT_EQ(prop.GetRealTag(Named, false), 0u);
+        EXPECT_EQ(Calls(), (Lines{"prop: GetIDsFromNames(0x51,0x2)"})) << refusal;
+    }
+}
+
+TEST_F(IProp, OtherFailuresOfTheNamesPropagateAndAreAskedAgain)
+{
+    m_object.Fail("GetIDsFromNames", MAPI_E_NETWORK_ERROR);
+    EXPECT_EQ(Thrown([&] { m_prop.GetTagsMap(); }), MAPI_E_NETWORK_ERROR);
+    EXPECT_EQ(Thrown([&] { m_prop.GetRealTag(Named, false); }), MAPI_E_NETWORK_ERROR);
+    EXPECT_EQ(Calls().size(), 2u);
+}
+
+TEST_F(IProp, SuccessWithoutTagsIsAFailure)
+{
+    EXPECT_EQ(Thrown([&] { m_prop.GetTagsMap(); }), E_INVALIDARG);
+}
+
+TEST_F(IProp, TheInterfaceGivenOutIsAReferenceOfItsOwn)
+{
+    const CComPtr<IMAPIProp> given = m_prop.GetInterface();
+    EXPECT_EQ(given.Get(), &m_object);
+    EXPECT_EQ(m_object.References(), 2u);
+}
+
+TEST_F(IProp, ThePlacesOfTheFieldsAreTheDocumentedOnes)
+{
+    OpenProp prop(&m_object);
+    prop.SetWAB(true);
+    const auto* bytes = reinterpret_cast<const unsigned char*>(std::addressof(prop));
+    EXPECT_EQ(bytes[sizeof(void*)], 1);
+    void* held = nullptr;
+    std::memcpy(&held, bytes + 2 * sizeof(void*), sizeof(held));
+    EXPECT_EQ(held, static_cast<IUnknown*>(&m_object));
+}
+
+TEST_F(IProp, TheDumpOfNothingIsTwoLines)
+{
+    m_prop.DumpAllProps();
+    EXPECT_EQ(m_log.Lines(),
+              (std::vector<LogLine>{Line(3, "------------------"), Line(3, "------------------")}));
+}
+
+TEST_F(IProp, TheDumpNamesTagsAndTypesAndCutsValues)
+{
+    const std::string percent = "100%s %n\r\nnext";
+    m_object.m_bag.Set(PR_SUBJECT_W, percent);
+    m_object.m_bag.Set(PR_BODY_A, std::string(300, 'b'));
+    m_object.m_bag.Set(PR_OBJECT_TYPE, 5);
+    m_object.m_bag.Set(PROP_TAG(PT_LONG, 0x8001), -1);
+    m_object.m_bag.Set(PROP_TAG(0x7F, 0x67F0), 0);
+    m_object.m_bag.Set(PROP_TAG(PT_OBJECT, 0x3701), 0);
+    m_object.m_bag.Set(PROP_TAG(PT_LONG, 0x05), 7);
+    m_prop.DumpAllProps();
+    const Lines expected = {"------------------",
+                            "PR_SUBJECT\tPT_UNICODE\t" + percent,
+                            "PR_BODY\tPT_STRING8\t" + std::string(256, 'b'),
+                            "PR_OBJECT_TYPE\tPT_LONG\t5",
+                            "0X8001\tPT_LONG\t-1",
+                            "0X67F0\t0X7F\t<No string conversion>",
+                            "PR_ATTACH_DATA_BIN\tPT_OBJECT\t<No string conversion>",
+                            "PR_AUTO_FORWARDED\tPT_LONG\t7",
+                            "------------------"};
+    EXPECT_EQ(m_log.Texts(), expected);
+    for (const LogLine& line : m_log.Lines())
+    {
+        EXPECT_EQ(line.level, 3);
+    }
+    EXPECT_EQ(Calls().front(), "prop: GetPropList(0x80000000)");
+}
+
+TEST_F(IProp, ADumpThatFailsIsLoggedAndGoesNoFurther)
+{
+    m_object.Fail("GetProps", MAPI_E_NO_ACCESS);
+    m_prop.DumpAllProps();
+    EXPECT_EQ(Caught(), 1u);
+    EXPECT_EQ(m_log.CountBeginning("---"), 0u);
+    CZebIProp().DumpAllProps();
+    EXPECT_EQ(m_log.CountBeginning("EXCEPTION: _com_error: 0x80004003, File: \""), 1u);
+}

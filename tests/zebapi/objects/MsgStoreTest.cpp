@@ -1,0 +1,176 @@
+#include "zebapi/MsgStore.h"
+#include "ObjectsTest.h"
+#include "tests/support/doubles/RecordingContainers.h"
+#include "tests/support/doubles/RecordingStore.h"
+#include "zebapi/SESSION.h"
+
+using namespace zeb::test;
+
+namespace
+{
+
+class OpenStore : public CZebMsgStore
+{
+public:
+    using CZebMsgStore::CZebMsgStore;
+    using CZebMsgStore::SetWAB;
+    void MarkWAB() { SetWAB(true); }
+};
+
+class MsgStore : public ObjectsTest
+{
+protected:
+    MsgStore()
+    {
+        m_double.m_receiveFolder = "in";
+        m_double.m_bag.Set(PR_IPM_WASTEBASKET_ENTRYID, "bin");
+        m_inbox.m_bag.Set(0x36D10102, "con");
+        m_message.m_bag.Set(PR_PARENT_ENTRYID, "in");
+        m_double.m_openable.Add("", &m_root, MAPI_FOLDER);
+        m_double.m_openable.Add("in", &m_inbox, MAPI_FOLDER);
+        m_double.m_openable.Add("bin", &m_bin, MAPI_FOLDER);
+        m_double.m_openable.Add("con", &m_contacts, MAPI_FOLDER);
+        m_double.m_openable.Add("m", &m_message, MAPI_MESSAGE);
+    }
+
+    RecordingFolder m_root{m_journal, "root"};
+    RecordingFolder m_inbox{m_journal, "inbox"};
+    RecordingFolder m_bin{m_journal, "bin"};
+    RecordingFolder m_contacts{m_journal, "contacts"};
+    RecordingMessage m_message{m_journal};
+    RecordingStore m_double{m_journal};
+    OpenStore m_store{&m_double};
+};
+
+} // namespace
+
+TEST_F(MsgStore, IsOneOfItsType)
+{
+    EXPECT_TRUE(*m_store.GetInterfaceCIID() == IID_IMsgStore);
+    EXPECT_EQ(m_store.GetMAPIType(), static_cast<ULONG>(MAPI_STORE));
+    CZebMsgStore copy(m_store);
+    CZebMsgStore assigned;
+    assigned = m_store;
+    EXPECT_EQ(m_double.References(), 3u);
+}
+
+TEST_F(MsgStore, TheRootIsOpenedByAnIdentifierWithoutBytes)
+{
+    const CZebFolder root = m_store.OpenRootFolder(0x10);
+    EXPECT_EQ(m_root.References(), 1u);
+    EXPECT_EQ(Calls(), (Lines{"store: OpenEntry(-,IMAPIFolder,0x10)"}));
+}
+
+TEST_F(MsgStore, TheInboxIsTheReceiveFolder)
+{
+    const CZebFolder inbox = m_store.OpenInboxFolder(3);
+    EXPECT_EQ(m_inbox.References(), 1u);
+    EXPECT_EQ(Calls(),
+              (Lines{"store: GetReceiveFolder(null,0x0,null)", "store: OpenEntry(696E,IMAPIFolder,0x3)"}));
+    m_double.Fail("GetReceiveFolder", MAPI_E_NO_SUPPORT);
+    m_double.m_error = "none here";
+    EXPECT_EQ(Described([&] { m_store.OpenInboxFolder(0); }),
+              "Ver:1, Error:none here, Component:store, LowLewelError:2, Context:3 \n");
+}
+
+TEST_F(MsgStore, TheContactsFolderIsNamedByTheInbox)
+{
+    const CZebFolder contacts = m_store.OpenContactsFolder(3);
+    EXPECT_EQ(m_contacts.References(), 1u);
+    EXPECT_EQ(Calls(),
+              (Lines{"store: GetReceiveFolder(null,0x0,null)", "store: OpenEntry(696E,IMAPIFolder,0x10)",
+                     "inbox: GetProps([0x36D10102],0x0)", "store: OpenEntry(636F6E,IMAPIFolder,0x3)"}));
+}
+
+TEST_F(MsgStore, SpecialFoldersAreNamedByTheStore)
+{
+    const CZebFolder bin = m_store.OpenSpecialFolder(PR_IPM_WASTEBASKET_ENTRYID, 3);
+    EXPECT_EQ(m_bin.References(), 1u);
+    EXPECT_EQ(Calls(),
+              (Lines{"store: GetProps([0x35E30102],0x0)", "store: OpenEntry(62696E,IMAPIFolder,0x3)"}));
+    EXPECT_EQ(Thrown([&] { m_store.GetSpecialFolderEntryID(PR_IPM_OUTBOX_ENTRYID); }), MAPI_E_INVALID_TYPE);
+}
+
+TEST_F(MsgStore, OpenedObjectsTakeTheMarkingAndMustBeOfTheTargetsType)
+{
+    m_store.MarkWAB();
+    CZebMessage message;
+    m_store.OpenEntry(ID("m"), message, 0);
+    EXPECT_TRUE(message.IsWAB());
+    CZebFolder folder;
+    EXPECT_EQ(Thrown([&] { m_store.OpenEntry(ID("m"), folder, 0); }), MAPI_E_INVALID_TYPE);
+    EXPECT_FALSE(folder.IsValid());
+}
+
+TEST_F(MsgStore, AnObjectThatIsNoStoreRaisesNoInterfaceAndAnEmptyOneEPointer)
+{
+    CZebMessage target(&m_message);
+    CZebMsgStore empty;
+    EXPECT_EQ(Raised([&] { empty.OpenEntry(ID("m"), target, 0); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.OpenInboxFolder(0); }), E_POINTER);
+    m_double.RefuseInterfaces();
+    EXPECT_EQ(Raised([&] { m_store.OpenEntry(ID("m"), target, 0); }), E_NOINTERFACE);
+    EXPECT_EQ(Raised([&] { m_store.OpenInboxFolder(0); }), E_NOINTERFACE);
+    EXPECT_TRUE(target.IsValid());
+}
+
+TEST_F(MsgStore, HardDeletionAsksTheFolderOfTheFirstMessage)
+{
+    SBinary ids[] = {ID("m"), ID("elsewhere")};
+    SBinaryArray list = {2, ids};
+    m_store.DeleteMessages(&list, true);
+    EXPECT_EQ(Calls(), (Lines{"store: OpenEntry(6D,IMessage,0x10)", "message: GetProps([0xE090102],0x0)",
+                              "store: OpenEntry(696E,IMAPIFolder,0x10)",
+                              "inbox: DeleteMessages([6D,656C73657768657265],0x0,progress null,0x0)"}));
+}
+
+TEST_F(MsgStore, SoftDeletionMovesToTheDeletedItems)
+{
+    m_inbox.KeepLists();
+    m_store.DeleteMessage(ID("m"), false);
+    EXPECT_EQ(Calls(), (Lines{"store: OpenEntry(6D,IMessage,0x10)", "message: GetProps([0xE090102],0x0)",
+                              "store: OpenEntry(696E,IMAPIFolder,0x10)", "store: GetProps([0x35E30102],0x0)",
+                              "store: OpenEntry(62696E,IMAPIFolder,0x10)",
+                              "inbox: CopyMessages([6D],IMAPIFolder,bin,0x0,progress null,0x1)"}));
+    m_inbox.FreeLists();
+}
+
+TEST_F(MsgStore, SoftDeletionOfADeletedMessageMovesItOntoItsOwnFolder)
+{
+    RecordingMessage deleted(m_journal, "deleted");
+    deleted.m_bag.Set(PR_PARENT_ENTRYID, "bin");
+    m_double.m_openable.Add("d", &deleted, MAPI_MESSAGE);
+    m_bin.Fail("CopyMessages", MAPI_E_FOLDER_CYCLE);
+    SBinary id = ID("d");
+    SBinaryArray list = {1, &id};
+    EXPECT_EQ(Thrown([&] { m_store.DeleteMessages(&list, false); }), MAPI_E_FOLDER_CYCLE);
+    EXPECT_EQ(Calls().back(), "bin: CopyMessages([64],IMAPIFolder,bin,0x0,progress null,0x1)");
+}
+
+TEST_F(MsgStore, DeletingNoMessagesIsRefused)
+{
+    SBinaryArray list = {0, nullptr};
+    EXPECT_EQ(Thrown([&] { m_store.DeleteMessages(&list, true); }), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(Thrown([&] { m_store.DeleteMessages(nullptr, false); }), MAPI_E_INVALID_PARAMETER);
+    EXPECT_TRUE(Calls().empty());
+}
+
+TEST_F(MsgStore, TellsWhatLiesUnderTheDeletedItems)
+{
+    RecordingSession sessionDouble(m_journal);
+    CZebSession session(&sessionDouble);
+    m_message.m_bag.Set(PR_OBJECT_TYPE, MAPI_MESSAGE);
+    RecordingMessage deleted(m_journal, "deleted");
+    deleted.m_bag.Set(PR_OBJECT_TYPE, MAPI_MESSAGE);
+    deleted.m_bag.Set(PR_PARENT_ENTRYID, "bin");
+    m_inbox.m_bag.Set(PR_OBJECT_TYPE, MAPI_FOLDER);
+    m_inbox.m_bag.Set(PR_FOLDER_TYPE, FOLDER_ROOT);
+    sessionDouble.m_openable.Add("in", &m_inbox, MAPI_FOLDER);
+    CZebMessage kept(&m_message);
+    CZebMessage gone(&deleted);
+    EXPECT_FALSE(m_store.IsUnderDeleted(session, kept));
+    EXPECT_TRUE(m_store.IsUnderDeleted(session, gone));
+    RecordingStore bare(m_journal, "bare");
+    CZebMsgStore bareStore(&bare);
+    EXPECT_EQ(Thrown([&] { bareStore.IsUnderDeleted(session, gone); }), MAPI_E_INVALID_TYPE);
+}

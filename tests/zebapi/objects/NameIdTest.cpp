@@ -1,0 +1,153 @@
+#include "zebapi/NAMEID.h"
+#include "ObjectsTest.h"
+
+#include <set>
+
+using namespace zeb::test;
+
+namespace
+{
+
+class NameIdMap : public ObjectsTest
+{
+};
+
+class NameIdHelper : public ObjectsTest
+{
+};
+
+} // namespace
+
+TEST_F(NameIdMap, TagsBelowTheNamedOnesAreReturnedUnchangedEvenWhenTheMapIsEmpty)
+{
+    const CZebNameIdMap map;
+    EXPECT_EQ(map.GetTag(0x0037001E, true), 0x0037001Eu);
+    EXPECT_EQ(map.GetName(0x0037001E, true), 0x0037001Eu);
+    EXPECT_EQ(map.GetTag(0x7FFF001E, true), 0x7FFF001Eu);
+}
+
+TEST_F(NameIdMap, AKnownTagTakesTheStoresIdAndTheCallersType)
+{
+    CZebNameIdMap map;
+    map.SetTag(0x80830001, 0x85120102);
+    EXPECT_EQ(map.GetTag(0x8083001F, false), 0x8512001Fu);
+    EXPECT_EQ(map.GetTag(0x80831102, true), 0x85121102u);
+}
+
+TEST_F(NameIdMap, AnUnknownTagIsZeroOrAnExceptionWithoutAnObject)
+{
+    CZebNameIdMap map;
+    map.SetTag(0x80830001, 0x85120102);
+    EXPECT_EQ(map.GetTag(0x8999001E, false), 0u);
+    EXPECT_EQ(Thrown([&] { map.GetTag(0x8999001E, true); }), MAPI_E_BAD_VALUE);
+}
+
+TEST_F(NameIdMap, NamesAreLookedUpByTheWholeTagAndSoNeverFound)
+{
+    CZebNameIdMap map;
+    map.SetTag(0x80830001, 0x85120102);
+    EXPECT_EQ(map.GetName(0x8512001F, false), 0u);
+    EXPECT_EQ(Thrown([&] { map.GetName(0x8512001F, true); }), MAPI_E_BAD_VALUE);
+}
+
+TEST_F(NameIdMap, ASecondTagForAnIdOverwritesTheFirst)
+{
+    CZebNameIdMap map;
+    map.SetTag(0x80830001, 0x85120102);
+    map.SetTag(0x8083001F, 0x8700001F);
+    EXPECT_EQ(map.GetCount(), 1);
+    EXPECT_EQ(map.GetTag(0x8083001F, true), 0x8700001Fu);
+}
+
+TEST_F(NameIdMap, TheFallbackEntryCountsAsOne)
+{
+    CZebNameIdMap map;
+    EXPECT_EQ(map.GetCount(), 0);
+    map.SetTag(0, 0);
+    EXPECT_EQ(map.GetCount(), 1);
+    map.EmptyIdMap();
+    EXPECT_EQ(map.GetCount(), 0);
+}
+
+TEST_F(NameIdMap, AssignmentTakesBothDirectionsIntoTheForwardOne)
+{
+    CZebNameIdMap source;
+    source.SetTag(0x80830001, 0x85120102);
+    source.SetTag(0x80840001, 0x80830102);
+    CZebNameIdMap target;
+    target.SetTag(0x90000001, 0x90010001);
+    target = source;
+    // Forward keys 8083, 8084; reverse keys 8512, 8083, which overwrites.
+    EXPECT_EQ(target.GetCount(), 3);
+    EXPECT_EQ(target.GetTag(0x8512001F, true), 0x8083001Fu);
+    EXPECT_EQ(target.GetTag(0x8083001F, true), 0x8084001Fu);
+    EXPECT_EQ(target.GetTag(0x8084001F, true), 0x8083001Fu);
+    EXPECT_EQ(target.GetTag(0x9000001F, false), 0u);
+    // A copy of the copy: its reverse direction was empty.
+    const CZebNameIdMap again(target);
+    EXPECT_EQ(again.GetCount(), 3);
+}
+
+TEST_F(NameIdMap, AssigningAMapToItselfEmptiesIt)
+{
+    CZebNameIdMap map;
+    map.SetTag(0x80830001, 0x85120102);
+    const CZebNameIdMap& same = map;
+    map = same;
+    EXPECT_EQ(map.GetCount(), 0);
+}
+
+TEST_F(NameIdHelper, ListsEightyOneNamesOfTwoSets)
+{
+    CZebNameIdHelper helper;
+    ASSERT_EQ(static_cast<ULONG>(helper), 81u);
+    MAPINAMEID** names = helper;
+    const GUID address = {0x00062004, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+    const GUID own = {0x6B29A9C9, 0x8B5B, 0x4C6F, {0xB4, 0x93, 0x2E, 0x8C, 0x84, 0xA2, 0xF3, 0xF2}};
+    for (ULONG i = 0; i < 81; ++i)
+    {
+        EXPECT_TRUE(*names[i]->lpguid == (i < 72 ? address : own)) << i;
+        EXPECT_EQ(names[i]->ulKind, static_cast<ULONG>(MNID_ID)) << i;
+        EXPECT_EQ(static_cast<ULONG>(names[i]->Kind.lID), helper.GetID(i)) << i;
+    }
+    EXPECT_TRUE(m_memory.IsRoot(names));
+    EXPECT_EQ(m_memory.SizeOf(names), 81 * sizeof(MAPINAMEID*));
+    EXPECT_EQ(m_memory.LiveRoots(), 1u);
+}
+
+TEST_F(NameIdHelper, TheRowsStandInTheirOrder)
+{
+    const CZebNameIdHelper helper;
+    const ULONG expected[] = {
+        0x8005, 0x8005, 0x8062, 0x8062, 0x80D8, 0x80D8, 0x8083, 0x8083, 0x8093, 0x8093, 0x80A3, 0x80A3,
+        0x8082, 0x8082, 0x8092, 0x8092, 0x80A2, 0x80A2, 0x801B, 0x801B, 0x8046, 0x8046, 0x8049, 0x8049,
+        0x804A, 0x804A, 0x8048, 0x8048, 0x8047, 0x8047, 0x8045, 0x8045, 0x801A, 0x801A, 0x801C, 0x801C,
+        0x8007, 0x8080, 0x8080, 0x8090, 0x8090, 0x80A0, 0x80A0, 0x8022, 0x8534, 0x8534, 0x8535, 0x8535,
+        0x802B, 0x802B, 0x8084, 0x8082, 0x8094, 0x8092, 0x80A4, 0x80A2, 0x8084, 0x8082, 0x8094, 0x8092,
+        0x80A4, 0x80A2, 0x8006, 0x8029, 0x8028, 0x8027, 0x8026, 0x3A27, 0x3A26, 0x3A2A, 0x3A28, 0x3A29,
+        0x8901, 0x8902, 0x8903, 0x8904, 0x8905, 0x8906, 0x8907, 0x8956, 0x8957};
+    ASSERT_EQ(std::size(expected), 81u);
+    for (ULONG i = 0; i < 81; ++i)
+    {
+        EXPECT_EQ(helper.GetID(i), expected[i]) << i;
+        EXPECT_EQ(helper.GetTag(i, 1), (expected[i] << 16) | 1) << i;
+    }
+}
+
+TEST_F(NameIdHelper, AnIndexPastTheListIsRefused)
+{
+    const CZebNameIdHelper helper;
+    EXPECT_EQ(Thrown([&] { helper.GetID(81); }), E_INVALIDARG);
+    EXPECT_EQ(Thrown([&] { helper.GetTag(0xFFFFFFFF, 1); }), E_INVALIDARG);
+    EXPECT_EQ(helper.GetID(80), 0x8957u);
+}
+
+TEST_F(NameIdHelper, AnAllocationThatFailsMidwayLeavesNothingBehind)
+{
+    for (size_t n : {1u, 2u, 40u, 82u})
+    {
+        m_memory.FailAllocation(n);
+        EXPECT_EQ(Thrown([] { CZebNameIdHelper helper; }), MAPI_E_NOT_ENOUGH_MEMORY) << n;
+        EXPECT_EQ(m_memory.LiveRoots(), 0u) << n;
+    }
+}

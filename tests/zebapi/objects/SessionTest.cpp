@@ -1,0 +1,195 @@
+#include "zebapi/SESSION.h"
+#include "ObjectsTest.h"
+#include "tests/support/doubles/RecordingContainers.h"
+#include "tests/support/doubles/RecordingStore.h"
+#include "zebapi/RowSet.h"
+
+using namespace zeb::test;
+
+namespace
+{
+
+class Session : public ObjectsTest
+{
+protected:
+    RecordingSession m_double{m_journal};
+    CZebSession m_session{&m_double};
+    const HWND m_window = reinterpret_cast<HWND>(static_cast<ULONG_PTR>(0xFFFFFFFF12345678ull));
+};
+
+} // namespace
+
+TEST_F(Session, CopiesShareTheSession)
+{
+    m_double.NoteQueries();
+    const CZebSession copy(m_session);
+    EXPECT_TRUE(copy.IsValid());
+    EXPECT_EQ(m_double.References(), 2u);
+    EXPECT_EQ(Calls(), (Lines{"session: QueryInterface(IMAPISession)"}));
+    EXPECT_EQ(copy.GetInterface().Get(), &m_double);
+}
+
+TEST_F(Session, AssigningAnEmptyOneEmptiesAndLogsOnce)
+{
+    const CZebSession empty;
+    m_session = empty;
+    EXPECT_FALSE(m_session.IsValid());
+    EXPECT_EQ(Caught(), 1u);
+    EXPECT_EQ(m_log.CountBeginning("EXCEPTION: Description: \"MAPI_E_INTERFACE_NOT_SUPPORTED\""), 1u);
+    EXPECT_EQ(m_double.References(), 0u);
+}
+
+TEST_F(Session, AssigningItselfKeepsTheSession)
+{
+    const CZebSession& same = m_session;
+    m_session = same;
+    EXPECT_TRUE(m_session.IsValid());
+    EXPECT_EQ(m_double.References(), 1u);
+}
+
+TEST_F(Session, UsingAnEmptyOneRaisesAComErrorAndLeavesTheTargetAlone)
+{
+    CZebSession empty;
+    RecordingProp object(m_journal);
+    CZebPropObj target(&object);
+    EXPECT_EQ(Raised([&] { empty.GetMsgStoresTable(); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.OpenEntry(ID("a"), target, 0); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.OpenMsgStore(ID("a"), nullptr, 0); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.OpenAddressBook(nullptr, 0); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.OpenDefaultMsgStore(nullptr, 0); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.CompareEntryIDs(ID("a"), ID("b")); }), E_POINTER);
+    EXPECT_TRUE(target.IsValid());
+}
+
+TEST_F(Session, LogoffPassesItsArgumentsAndDropsTheSession)
+{
+    m_session.Logoff(1, 2, 3);
+    EXPECT_EQ(Calls(), (Lines{"session: Logoff(0x1,0x2,0x3)"}));
+    EXPECT_FALSE(m_session.IsValid());
+    EXPECT_EQ(m_double.References(), 0u);
+}
+
+TEST_F(Session, AFailingLogoffIsLoggedAndDropsTheSessionAllTheSame)
+{
+    m_double.Fail("Logoff", MAPI_E_NETWORK_ERROR);
+    m_double.m_error = "gone";
+    m_session.Logoff(0, 0, 0);
+    EXPECT_EQ(m_log.CountBeginning("EXCEPTION: Description: \"Ver:1, Error:gone, Component:session"), 1u);
+    EXPECT_FALSE(m_session.IsValid());
+}
+
+TEST_F(Session, LogoffOfAnEmptySessionLogsOneLine)
+{
+    CZebSession empty;
+    empty.Logoff(0, 0, 0);
+    EXPECT_FALSE(empty.IsValid());
+    EXPECT_EQ(m_log.Lines().size(), 1u);
+    EXPECT_EQ(m_log.CountBeginning("EXCEPTION: _com_error: 0x80004003, File: \""), 1u);
+}
+
+TEST_F(Session, OpensAStoreAndTheAddressBookWithTheWindowAsUIParameter)
+{
+    RecordingStore store(m_journal);
+    RecordingAddrBook book(m_journal);
+    m_double.m_store = &store;
+    m_double.m_addressBook = &book;
+    {
+        const CZebMsgStore opened = m_session.OpenMsgStore(ID("s"), m_window, 0x10);
+        EXPECT_TRUE(opened.IsValid());
+        EXPECT_EQ(store.References(), 1u);
+        const CZebAddressBook openedBook = m_session.OpenAddressBook(nullptr, 1);
+        EXPECT_EQ(book.References(), 1u);
+        EXPECT_EQ(m_double.References(), 2u) << "the address book keeps the session";
+    }
+    EXPECT_EQ(m_double.References(), 1u);
+    EXPECT_EQ(Calls(), (Lines{"session: OpenMsgStore(0x12345678,73,IMsgStore,0x10)",
+                              "session: OpenAddressBook(0x0,null,0x1)"}));
+}
+
+TEST_F(Session, SuccessWithoutAnObjectIsAFailure)
+{
+    EXPECT_EQ(Thrown([&] { m_session.OpenMsgStore(ID("s"), nullptr, 0); }), MAPI_E_CALL_FAILED);
+    EXPECT_EQ(Thrown([&] { m_session.OpenAddressBook(nullptr, 0); }), MAPI_E_CALL_FAILED);
+    EXPECT_EQ(Thrown([&] { m_session.GetMsgStoresTable(); }), MAPI_E_CALL_FAILED);
+    CZebContainer anything;
+    m_double.m_openable.Add("a", nullptr, MAPI_FOLDER);
+    EXPECT_EQ(Thrown([&] { m_session.OpenEntry(ID("a"), anything, 0); }), MAPI_E_CALL_FAILED);
+}
+
+TEST_F(Session, OpensAnEntryAsTheTargetsInterface)
+{
+    RecordingFolder folder(m_journal);
+    m_double.m_openable.Add("f", &folder, MAPI_FOLDER);
+    CZebFolder target;
+    m_session.OpenEntry(ID("f"), target, 0x10);
+    EXPECT_EQ(Calls(), (Lines{"session: OpenEntry(66,IMAPIFolder,0x10)"}));
+    EXPECT_EQ(folder.References(), 1u);
+}
+
+TEST_F(Session, RefusesAFolderAsAMessageAndLeavesTheTargetEmpty)
+{
+    RecordingFolder folder(m_journal);
+    m_double.m_openable.Add("f", &folder, MAPI_FOLDER);
+    CZebMessage target;
+    EXPECT_EQ(Thrown([&] { m_session.OpenEntry(ID("f"), target, 0); }), MAPI_E_INVALID_TYPE);
+    EXPECT_FALSE(target.IsValid());
+    EXPECT_EQ(folder.References(), 0u);
+}
+
+TEST_F(Session, AFailureCarriesTheSessionsExtendedError)
+{
+    m_double.m_error = "denied";
+    CZebMessage target;
+    EXPECT_EQ(Described([&] { m_session.OpenEntry(ID("x"), target, 0); }),
+              "Ver:1, Error:denied, Component:session, LowLewelError:2, Context:3 \n");
+    EXPECT_EQ(Calls().back(), "session: GetLastError(0x8004010F,0x0)");
+}
+
+TEST_F(Session, ComparesIdentifiers)
+{
+    EXPECT_TRUE(m_session.CompareEntryIDs(ID("ab"), ID("ab")));
+    EXPECT_FALSE(m_session.CompareEntryIDs(ID("ab"), ID("cd")));
+    EXPECT_EQ(Calls(),
+              (Lines{"session: CompareEntryIDs(6162,6162,0x0)", "session: CompareEntryIDs(6162,6364,0x0)"}));
+    m_double.Fail("CompareEntryIDs", MAPI_E_INVALID_ENTRYID);
+    EXPECT_EQ(Thrown([&] { m_session.CompareEntryIDs(ID("ab"), ID("cd")); }), MAPI_E_INVALID_ENTRYID);
+}
+
+TEST_F(Session, TheDefaultStoreIsTheFirstOneMarked)
+{
+    RowTable table(m_journal);
+    table.m_rows = {{{PR_ENTRYID, 0, "a"}},
+                    {{PR_ENTRYID, 0, "b"}, {PR_DEFAULT_STORE, 0, ""}},
+                    {{PR_ENTRYID, 0, "c"}, {PROP_TAG(PT_ERROR, PROP_ID(PR_DEFAULT_STORE)), 0, ""}},
+                    {{PR_ENTRYID, 0, "d"}, {PR_DEFAULT_STORE, 1, ""}},
+                    {{PR_ENTRYID, 0, "e"}, {PR_DEFAULT_STORE, 1, ""}}};
+    RecordingStore store(m_journal);
+    m_double.m_stores = &table;
+    m_double.m_store = &store;
+    EXPECT_TRUE(m_session.OpenDefaultMsgStore(m_window, 0x10).IsValid());
+    EXPECT_EQ(Calls(), (Lines{"session: GetMsgStoresTable(0x0)", "table: QueryRows(2147483647,0x0)",
+                              "session: OpenMsgStore(0x12345678,64,IMsgStore,0x10)"}));
+}
+
+TEST_F(Session, AProfileWithoutADefaultStoreHasNone)
+{
+    RowTable table(m_journal);
+    m_double.m_stores = &table;
+    EXPECT_EQ(Thrown([&] { m_session.OpenDefaultMsgStore(nullptr, 0); }), MAPI_E_NOT_FOUND);
+    table.m_rows = {{{PR_ENTRYID, 0, "a"}}, {{PR_ENTRYID, 0, "b"}, {PR_DEFAULT_STORE, 0, ""}}};
+    EXPECT_EQ(Thrown([&] { m_session.OpenDefaultMsgStore(nullptr, 0); }), MAPI_E_NOT_FOUND);
+    table.m_givesNothing = true;
+    EXPECT_EQ(Thrown([&] { m_session.OpenDefaultMsgStore(nullptr, 0); }), MAPI_E_NOT_FOUND);
+}
+
+TEST(MessageClass, IsASubclassWhenItBeginsWithTheBase)
+{
+    EXPECT_TRUE(Zeb_IsClassSubclassOf("IPM.Note", "IPM.Note"));
+    EXPECT_TRUE(Zeb_IsClassSubclassOf("ipm.note.Private", "IPM.Note"));
+    EXPECT_TRUE(Zeb_IsClassSubclassOf("IPM.NoteX", "IPM.Note"));
+    EXPECT_TRUE(Zeb_IsClassSubclassOf("IPM.Note", ""));
+    EXPECT_FALSE(Zeb_IsClassSubclassOf("IPM.Not", "IPM.Note"));
+    EXPECT_FALSE(Zeb_IsClassSubclassOf("IPM.Contact", "IPM.Note"));
+    EXPECT_FALSE(Zeb_IsClassSubclassOf("", "IPM"));
+    EXPECT_FALSE(Zeb_IsClassSubclassOf("IPM.Note", nullptr));
+}
