@@ -267,11 +267,16 @@ ProviderFile::ProviderFile(std::vector<unsigned char> image)
 
 ProviderFile ProviderFile::Template()
 {
-    const std::string path = platform::OwnFolder() + ZEB_FAKE_PROVIDER_FILE;
-    std::ifstream file(path, std::ios::binary);
+    // Test programs stand beside it or one folder deeper.
+    const std::string name = ZEB_FAKE_PROVIDER_FILE;
+    std::ifstream file(platform::OwnFolder() + name, std::ios::binary);
     if (!file)
     {
-        throw std::runtime_error("can not read " + path);
+        file.open(platform::OwnFolder() + "../" + name, std::ios::binary);
+    }
+    if (!file)
+    {
+        throw std::runtime_error("can not read " + name);
     }
     return ProviderFile(Image(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()));
 }

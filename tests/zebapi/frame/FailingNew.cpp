@@ -7,15 +7,17 @@ namespace
 {
 
 thread_local int newsLeft = -1; ///< -1: none fails
+thread_local bool failOnce = false;
 
 } // namespace
 
 namespace zeb::test
 {
 
-FailingNew::FailingNew(int after)
+FailingNew::FailingNew(int after, bool once)
 {
     newsLeft = after;
+    failOnce = once;
 }
 
 FailingNew::~FailingNew()
@@ -29,6 +31,7 @@ void* operator new(size_t size)
 {
     if (newsLeft == 0)
     {
+        newsLeft = failOnce ? -1 : 0;
         throw std::bad_alloc();
     }
     if (newsLeft > 0)

@@ -2,6 +2,7 @@
 
 #include "tests/support/LogCapture.h"
 #include "tests/support/MapiMemory.h"
+#include "tests/support/Thrown.h"
 #include "tests/zebapi/frame/EntryPointScope.h"
 #include "tests/zebapi/frame/WabObject.h"
 #include "zebapi/Exception.h"
@@ -16,24 +17,6 @@ namespace zeb::test
 
 namespace
 {
-
-/// The result of what `body` throws as CZebException*; 0 and a failed test when it throws nothing.
-template <class Body>
-HRESULT ResultOf(Body&& body)
-{
-    try
-    {
-        body();
-    }
-    catch (CZebException* exception)
-    {
-        const HRESULT result = exception->GetResult();
-        exception->Delete();
-        return result;
-    }
-    ADD_FAILURE() << "nothing was thrown";
-    return 0;
-}
 
 bool IsZero(const void* block, size_t size)
 {
@@ -102,7 +85,7 @@ TEST(Mem, AFailingAllocationIsThrownWithItsOwnResult)
     MapiMemory memory;
     LogCapture log;
     memory.FailAllocation(1, MAPI_E_NOT_ENOUGH_RESOURCES);
-    EXPECT_EQ(ResultOf([] { Zeb_MemAllocate(8, nullptr); }), MAPI_E_NOT_ENOUGH_RESOURCES);
+    EXPECT_EQ(ThrownBy([] { Zeb_MemAllocate(8, nullptr); }), MAPI_E_NOT_ENOUGH_RESOURCES);
     ASSERT_EQ(log.Lines().size(), 1u);
     EXPECT_THAT(log.Texts()[0], ::testing::HasSubstr("File zebapi/MEM.cpp, line"));
 }
@@ -111,7 +94,7 @@ TEST(Mem, ANullBlockIsOutOfMemory)
 {
     MapiMemory memory;
     memory.GiveNull(1);
-    EXPECT_EQ(ResultOf([] { Zeb_MemAllocate(8, nullptr); }), MAPI_E_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(ThrownBy([] { Zeb_MemAllocate(8, nullptr); }), MAPI_E_NOT_ENOUGH_MEMORY);
 }
 
 TEST(Mem, ReallocatingToLessCopiesWhatFits)
@@ -152,7 +135,7 @@ TEST(Mem, AFailedReallocationKeepsTheOldBlock)
     MapiMemory memory;
     void* old = Zeb_MemAllocate(8, nullptr);
     memory.FailAllocation(1);
-    EXPECT_EQ(ResultOf([old] { Zeb_MemReallocate(old, 16, 8); }), MAPI_E_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(ThrownBy([old] { Zeb_MemReallocate(old, 16, 8); }), MAPI_E_NOT_ENOUGH_MEMORY);
     EXPECT_TRUE(memory.IsRoot(old));
     Zeb_MemFree(old);
 }
@@ -171,10 +154,10 @@ TEST(Mem, ExFreeFreesAndClearsThePointer)
 TEST(Mem, UnboundThrowsNotInitializedAndFreesNothing)
 {
     Zeb_MemUninitialize();
-    EXPECT_EQ(ResultOf([] { Zeb_MemAllocate(8, nullptr); }), MAPI_E_NOT_INITIALIZED);
+    EXPECT_EQ(ThrownBy([] { Zeb_MemAllocate(8, nullptr); }), MAPI_E_NOT_INITIALIZED);
     int parent = 0;
-    EXPECT_EQ(ResultOf([&parent] { Zeb_MemAllocate(8, &parent); }), MAPI_E_NOT_INITIALIZED);
-    EXPECT_EQ(ResultOf([&parent] { Zeb_MemReallocate(&parent, 8, 4); }), MAPI_E_NOT_INITIALIZED);
+    EXPECT_EQ(ThrownBy([&parent] { Zeb_MemAllocate(8, &parent); }), MAPI_E_NOT_INITIALIZED);
+    EXPECT_EQ(ThrownBy([&parent] { Zeb_MemReallocate(&parent, 8, 4); }), MAPI_E_NOT_INITIALIZED);
     Zeb_MemFree(&parent);
     void* pointer = &parent;
     Zeb_MemExFree(pointer);
@@ -231,7 +214,7 @@ TEST(Mem, BindingAWabObjectAsksItAndKeepsAReference)
     EXPECT_EQ(wab.references, 2);
     Zeb_MemInitialize(nullptr);
     EXPECT_EQ(wab.references, 1);
-    EXPECT_EQ(ResultOf([] { Zeb_MemAllocate(8, nullptr); }), MAPI_E_NOT_INITIALIZED);
+    EXPECT_EQ(ThrownBy([] { Zeb_MemAllocate(8, nullptr); }), MAPI_E_NOT_INITIALIZED);
 }
 
 TEST(Mem, TheAnswerToTheQuestionIsTheAllocator)
@@ -269,7 +252,7 @@ TEST(Mem, AWabObjectWithoutTheInterfaceLeavesNoneBound)
     Zeb_MemInitialize(&refusing);
     EXPECT_EQ(first.references, 1);
     EXPECT_EQ(refusing.references, 1);
-    EXPECT_EQ(ResultOf([] { Zeb_MemAllocate(8, nullptr); }), MAPI_E_NOT_INITIALIZED);
+    EXPECT_EQ(ThrownBy([] { Zeb_MemAllocate(8, nullptr); }), MAPI_E_NOT_INITIALIZED);
 }
 
 TEST(Mem, AWabObjectThatFailsOtherwiseRaisesAndLeavesNoneBound)
@@ -278,17 +261,9 @@ TEST(Mem, AWabObjectThatFailsOtherwiseRaisesAndLeavesNoneBound)
     WabObject failing;
     failing.answer = E_OUTOFMEMORY;
     Zeb_MemInitialize(&first);
-    try
-    {
-        Zeb_MemInitialize(&failing);
-        FAIL() << "nothing was raised";
-    }
-    catch (const _com_error& error)
-    {
-        EXPECT_EQ(error.Error(), E_OUTOFMEMORY);
-    }
+    EXPECT_EQ(ComErrorThrownBy([&failing] { Zeb_MemInitialize(&failing); }), E_OUTOFMEMORY);
     EXPECT_EQ(first.references, 1) << "the old object is dropped before the new one is asked";
-    EXPECT_EQ(ResultOf([] { Zeb_MemAllocate(8, nullptr); }), MAPI_E_NOT_INITIALIZED);
+    EXPECT_EQ(ThrownBy([] { Zeb_MemAllocate(8, nullptr); }), MAPI_E_NOT_INITIALIZED);
 }
 
 TEST(Mem, PropCopyMoreGoesToMapiWithTheBoundAllocator)
@@ -305,7 +280,7 @@ TEST(Mem, PropCopyMoreGoesToMapiWithTheBoundAllocator)
     EXPECT_EQ(propCopyAllocate, &MapiMemory::AllocateMore);
     EXPECT_EQ(propCopyParent, &parent);
     propCopyResult = MAPI_E_NOT_ENOUGH_MEMORY;
-    EXPECT_EQ(ResultOf([&] { Zeb_PropCopyMore(&dest, &src, &parent); }), MAPI_E_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(ThrownBy([&] { Zeb_PropCopyMore(&dest, &src, &parent); }), MAPI_E_NOT_ENOUGH_MEMORY);
 }
 
 TEST(Mem, PropCopyMoreWithOnlyAWabBoundHandsOverNoAllocator)
@@ -316,7 +291,7 @@ TEST(Mem, PropCopyMoreWithOnlyAWabBoundHandsOverNoAllocator)
     SPropValue value = {};
     propCopyAllocate = &MapiMemory::AllocateMore;
     propCopyResult = MAPI_E_INVALID_PARAMETER;
-    EXPECT_EQ(ResultOf([&] { Zeb_PropCopyMore(&value, &value, nullptr); }), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(ThrownBy([&] { Zeb_PropCopyMore(&value, &value, nullptr); }), MAPI_E_INVALID_PARAMETER);
     EXPECT_EQ(propCopyAllocate, nullptr);
     Zeb_MemUninitialize();
 }
@@ -324,7 +299,7 @@ TEST(Mem, PropCopyMoreWithOnlyAWabBoundHandsOverNoAllocator)
 TEST(Mem, WithoutAProviderPropCopyMoreFailsAndFreeProwsDoesNothing)
 {
     SPropValue value = {};
-    EXPECT_EQ(ResultOf([&] { Zeb_PropCopyMore(&value, &value, nullptr); }), MAPI_E_CALL_FAILED);
+    EXPECT_EQ(ThrownBy([&] { Zeb_PropCopyMore(&value, &value, nullptr); }), MAPI_E_CALL_FAILED);
     SRowSet rows = {};
     Zeb_FreeProws(&rows);
 }
