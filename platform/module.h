@@ -9,7 +9,8 @@ namespace zeb::platform
 /// A loaded library; null when there is none.
 using ModuleHandle = void*;
 
-/// How LoadModule loads; the bits of CDllLoader's modes.
+/// How LoadModule loads; the bits of CDllLoader's modes. On Linux they change nothing: there are no boxes, and a
+/// library finds its dependencies by the run path that it was linked with.
 enum ModuleMode : long
 {
     ModuleKeep = 2,           ///< for the process's calls

@@ -30,11 +30,12 @@ public:
 /// On Linux the file named by ZEBAPI_REGISTRY (default $XDG_CONFIG_HOME/zebapi/registry.reg, or
 /// ~/.config/zebapi/registry.reg) is read at every Open, and every write replaces the file whole (written
 /// beside it and renamed), under a lock, so that two processes do not lose each other's keys. A missing file
-/// is an empty registry.
+/// is an empty registry. Comments in it are lost at the first write that changes something.
 class RegistryKey
 {
 public:
-    /// Opens a key for reading; nothing when it is absent.
+    /// Opens a key for reading; nothing when it is absent or closed to this user. On Linux the key shows what the
+    /// file held when it was opened, and what was written through this object.
     /// @throws RegistryError
     static std::optional<RegistryKey> Open(RegistryRoot root, const std::string& path);
 
