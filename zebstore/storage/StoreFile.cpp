@@ -6,6 +6,7 @@
 #include "zebstore/storage/StoreParts.h"
 
 #include <filesystem>
+#include <fstream>
 #include <random>
 
 namespace zebstore
@@ -58,6 +59,31 @@ bool MayNotBeWritten(const std::string& path)
     const fs::perms permissions = fs::status(fs::u8path(path), failure).permissions();
     const fs::perms write = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
     return !failure && (permissions & write) == fs::perms::none;
+}
+
+// SQLite takes a last page that is cut short for one that ends in zeros. Without a log beside it the file must have
+// all the pages that its header counts; with one, SQLite itself finds what is missing.
+void RequireWholePages(const std::string& path)
+{
+    std::error_code failure;
+    const std::uintmax_t log = fs::file_size(fs::u8path(path + "-wal"), failure);
+    if (!failure && log > 0)
+        return;
+    unsigned char header[100] = {};
+    std::ifstream file(fs::u8path(path), std::ios::binary);
+    if (!file.read(reinterpret_cast<char*>(header), sizeof(header)))
+        return; // too short for a database: SQLite says so
+    const auto bigEndian = [&](size_t at, size_t size)
+    {
+        std::uint64_t number = 0;
+        for (size_t i = 0; i < size; ++i)
+            number = (number << 8) | header[at + i];
+        return number;
+    };
+    const std::uint64_t pageSize = bigEndian(16, 2) == 1 ? 65536 : bigEndian(16, 2);
+    const std::uintmax_t size = fs::file_size(fs::u8path(path), failure);
+    if (!failure && size < pageSize * bigEndian(28, 4))
+        throw Error(MAPI_E_CORRUPT_STORE, "The store file '" + path + "' is cut short.");
 }
 
 void Configure(Database& database, const StoreFile::OpenOptions& options)
@@ -154,6 +180,7 @@ std::shared_ptr<StoreFile> StoreFile::Open(const std::string& path, const OpenOp
     store->m_database = std::make_unique<Database>(path, options.readOnly ? Database::Mode::ReadOnly
                                                                           : Database::Mode::ReadWrite);
     CheckSchema(*store->m_database);
+    RequireWholePages(path);
     Configure(*store->m_database, options);
     store->ReadUid();
     return store;

@@ -1,0 +1,221 @@
+#include "tests/zebstore/storage/Storage.h"
+
+#include "zebstore/storage/Database.h"
+#include "zebstore/storage/ValueBuilder.h"
+
+#include <random>
+
+namespace zebstore::test
+{
+namespace
+{
+
+class LargeValueTest : public StorageTest
+{
+protected:
+    static std::string Bytes(size_t size)
+    {
+        std::string bytes(size, '\0');
+        std::mt19937 random(static_cast<unsigned>(size));
+        for (char& byte : bytes)
+            byte = static_cast<char>(random());
+        return bytes;
+    }
+    static std::string ReadAll(const LargeValue& value)
+    {
+        std::string bytes(static_cast<size_t>(value.Size()), '\0');
+        EXPECT_EQ(value.Read(0, &bytes[0], bytes.size()), bytes.size());
+        return bytes;
+    }
+    std::int64_t Chunks()
+    {
+        Query query(Store().Connection(), "SELECT count(*) FROM chunk");
+        query.Step();
+        return query.Number(0);
+    }
+    MessageId Save(ULONG tag, const LargeValuePtr& value)
+    {
+        MessageContent content = Mail("large");
+        content.properties.SetLarge(tag, value);
+        return Store().CreateMessage(Inbox, false, content);
+    }
+};
+
+TEST_F(LargeValueTest, WhatWasStagedIsReadBackFromTheFileAtEverySize)
+{
+    for (const size_t size : {size_t(0), size_t(1), size_t(4096), size_t(4097), size_t(65535), size_t(65536),
+                              size_t(65537), size_t(1000000)})
+    {
+        const std::string bytes = Bytes(size);
+        const auto staged = Store().Stage();
+        staged->Write(0, bytes.data(), bytes.size());
+        const MessageId message = Save(PR_RTF_COMPRESSED, staged);
+        EXPECT_EQ(Store().LoadMessage(message).properties.Binary(PR_RTF_COMPRESSED), bytes) << size;
+    }
+}
+
+TEST_F(LargeValueTest, StagedBytesBehaveLikeAStream)
+{
+    std::string expected;
+    const auto staged = Store().Stage();
+    std::mt19937 random(7);
+    for (int i = 0; i < 60; ++i)
+    {
+        const size_t offset = random() % 300000;
+        const std::string piece = Bytes(random() % 100000);
+        if (expected.size() < offset + piece.size())
+            expected.resize(offset + piece.size());
+        expected.replace(offset, piece.size(), piece);
+        staged->Write(offset, piece.data(), piece.size());
+        if (i % 10 == 9)
+        {
+            const size_t cut = random() % 400000;
+            expected.resize(cut);
+            staged->SetSize(cut);
+        }
+        ASSERT_EQ(staged->Size(), expected.size());
+        ASSERT_EQ(ReadAll(*staged), expected);
+    }
+    char byte = 0;
+    EXPECT_EQ(staged->Read(expected.size(), &byte, 1), 0u);
+}
+
+TEST_F(LargeValueTest, NothingReachesTheFileBeforeTheSave)
+{
+    const auto staged = Store().Stage();
+    const std::string bytes = Bytes(500000);
+    staged->Write(0, bytes.data(), bytes.size());
+    EXPECT_EQ(Chunks(), 0);
+    Save(PR_RTF_COMPRESSED, staged);
+    EXPECT_EQ(Chunks(), 8);
+}
+
+TEST_F(LargeValueTest, TextIsWhatAStreamOfItsTypeShows)
+{
+    MessageContent content = Mail("text");
+    const std::string ascii(20000, 'a');
+    content.properties.SetEncoded(PR_BODY_A, std::string(1, '\0') + ascii);
+    content.properties.SetText(PR_TRANSPORT_MESSAGE_HEADERS_W, std::string(9000, 'h'));
+    const MessageId message = Store().CreateMessage(Inbox, false, content);
+    const PropertySet back = Store().LoadMessage(message).properties;
+    ASSERT_TRUE(back.Large(PR_BODY_A));
+    EXPECT_EQ(ReadAll(*back.Large(PR_BODY_A)), ascii);
+    EXPECT_EQ(back.Find(PR_BODY_A).tag, ULONG(PR_BODY_A));
+    EXPECT_EQ(back.Large(PR_TRANSPORT_MESSAGE_HEADERS_W)->Size(), 18000u);
+    EXPECT_EQ(back.Text(PR_TRANSPORT_MESSAGE_HEADERS_W), std::string(9000, 'h'));
+}
+
+TEST_F(LargeValueTest, NarrowTextBeyondAsciiIsTheSameTextOnBothSystemsAndTheSameBytesHere)
+{
+    std::string narrow;
+    const WCHAR letter[] = {0xE4};
+    for (int i = 0; i < 5000; ++i)
+        narrow += zeb::platform::NarrowFromWide(letter, 1) + "x";
+    const auto staged = Store().Stage();
+    staged->Write(0, narrow.data(), narrow.size());
+    const MessageId message = Save(PR_BODY_A, staged);
+    const PropertySet back = Store().LoadMessage(message).properties;
+    EXPECT_EQ(ReadAll(*back.Large(PR_BODY_A)), narrow);
+    std::string text;
+    for (int i = 0; i < 5000; ++i)
+        text += "\xC3\xA4x";
+    EXPECT_EQ(back.Text(PR_BODY_A), text);
+}
+
+TEST_F(LargeValueTest, BytesThatAreNoTextComeBackAsTheyWereWritten)
+{
+    const std::string odd = std::string(6000, 'a') + "\xFF\xC3";
+    const auto staged = Store().Stage();
+    staged->Write(0, odd.data(), odd.size());
+    const MessageId message = Save(PR_BODY_A, staged);
+    EXPECT_EQ(ReadAll(*Store().LoadMessage(message).properties.Large(PR_BODY_A)), odd);
+}
+
+TEST_F(LargeValueTest, SavingAgainKeepsUnchangedValuesWhereTheyAre)
+{
+    const auto staged = Store().Stage();
+    const std::string bytes = Bytes(300000);
+    staged->Write(0, bytes.data(), bytes.size());
+    const MessageId message = Save(PR_RTF_COMPRESSED, staged);
+    Query last(Store().Connection(), "SELECT max(id) FROM large");
+    last.Step();
+    const std::int64_t before = last.Number(0);
+    StoredMessage stored = Store().LoadMessage(message);
+    MessageContent content;
+    content.properties = stored.properties;
+    content.properties.SetText(PR_SUBJECT_W, "changed");
+    Store().SaveMessage(message, content, stored.change);
+    last.Reset();
+    last.Step();
+    EXPECT_EQ(last.Number(0), before);
+    EXPECT_EQ(ReadAll(*Store().LoadMessage(message).properties.Large(PR_RTF_COMPRESSED)), bytes);
+}
+
+TEST_F(LargeValueTest, ReplacingRemovingAndDeletingFreeThePieces)
+{
+    const auto staged = Store().Stage();
+    const std::string bytes = Bytes(300000);
+    staged->Write(0, bytes.data(), bytes.size());
+    const MessageId first = Save(PR_RTF_COMPRESSED, staged);
+    const MessageId second = Save(PR_RTF_COMPRESSED, staged);
+    EXPECT_EQ(Chunks(), 10);
+    MessageContent content = Mail("without");
+    const LargeValuePtr old = Store().LoadMessage(first).properties.Large(PR_RTF_COMPRESSED);
+    Store().SaveMessage(first, content, 0);
+    EXPECT_EQ(Chunks(), 5);
+    char byte = 0;
+    EXPECT_EQ(CodeOf([&] { old->Read(0, &byte, 1); }), MAPI_E_OBJECT_DELETED);
+    Store().DeleteMessages({second});
+    EXPECT_EQ(Chunks(), 0);
+}
+
+TEST_F(LargeValueTest, AValueOfAnotherStoreIsCopied)
+{
+    const auto staged = Store().Stage();
+    const std::string bytes = Bytes(200000);
+    staged->Write(0, bytes.data(), bytes.size());
+    const MessageId message = Save(PR_RTF_COMPRESSED, staged);
+    const auto other = StoreFile::Create(Path("other.zeb"), "Other", {});
+    const MessageId copy = other->CreateMessage(Inbox, false, Store().LoadWhole(message));
+    Store().DeleteMessages({message});
+    EXPECT_EQ(other->LoadMessage(copy).properties.Binary(PR_RTF_COMPRESSED), bytes);
+    EXPECT_TRUE(other->CheckWhole().empty());
+}
+
+TEST_F(LargeValueTest, ATableCellOfALargeValueSaysSo)
+{
+    const MessageId message = Save(PR_BODY_W, Store().Stage(*[&]
+                                                            {
+                                                                const auto staged = Store().Stage();
+                                                                const std::string bytes = Bytes(10000);
+                                                                staged->Write(0, bytes.data(), bytes.size());
+                                                                return staged;
+                                                            }()));
+    const PropertySet back = Store().LoadMessage(message).properties;
+    const ULONG tag = PR_BODY_W;
+    const Buffer<SPropValue> cell(BuildValues(&tag, 1, back, {}));
+    EXPECT_EQ(cell->ulPropTag, PROP_TAG(PT_ERROR, PROP_ID(PR_BODY_W)));
+    EXPECT_EQ(cell->Value.err, MAPI_E_NOT_ENOUGH_MEMORY);
+    const Buffer<char> root(Allocate(1));
+    SPropValue whole{};
+    EXPECT_TRUE(BuildValue(PR_BODY_W, back, {}, whole, root.Get()));
+    EXPECT_EQ(zeb::platform::WideLength(whole.Value.lpszW) > 0, true);
+}
+
+TEST_F(LargeValueTest, AHundredMegabytesPassThroughInPieces)
+{
+    const auto staged = Store().Stage();
+    const std::string piece = Bytes(1 << 20);
+    for (std::uint64_t i = 0; i < 100; ++i)
+        staged->Write(i << 20, piece.data(), piece.size());
+    const MessageId message = Save(PR_ATTACH_DATA_BIN, staged);
+    const LargeValuePtr back = Store().LoadMessage(message).properties.Large(PR_ATTACH_DATA_BIN);
+    ASSERT_EQ(back->Size(), 100ull << 20);
+    std::string read(1 << 20, '\0');
+    EXPECT_EQ(back->Read(99ull << 20, &read[0], read.size()), read.size());
+    EXPECT_EQ(read, piece);
+    EXPECT_EQ(Store().LoadMessage(message).properties.Long(PR_MESSAGE_SIZE) >> 20, 100);
+}
+
+} // namespace
+} // namespace zebstore::test

@@ -1,0 +1,151 @@
+// What SQL and the rows themselves say of the same restriction and the same order must be the same.
+#include "tests/zebstore/storage/Restrictions.h"
+
+#include "zebstore/storage/RowSelect.h"
+#include "zebstore/storage/RowSource.h"
+
+#include <random>
+
+namespace zebstore::test
+{
+namespace
+{
+
+const char* const Words[] = {"alpha", "Alpha",        "ALPHABET",     "beta",
+                             "",      "\xC3\x84pfel", "\xC3\xA4pfel", "zeta zeta"};
+
+class SqlFilterTest : public StorageTest
+{
+protected:
+    void SetUp() override
+    {
+        StorageTest::SetUp();
+        std::mt19937 random(11);
+        for (int i = 0; i < 300; ++i)
+            Store().CreateMessage(Inbox, false, RandomMail(random));
+        m_rows = MakeContentsRows(m_store, Inbox, false, nullptr);
+    }
+
+    static MessageContent RandomMail(std::mt19937& random)
+    {
+        MessageContent content;
+        PropertySet& row = content.properties;
+        row.SetLong(PR_MESSAGE_FLAGS, static_cast<LONG>(random() % 4));
+        if (random() % 8)
+            row.SetText(PR_SUBJECT_W, Words[random() % 8]);
+        else if (random() % 2)
+            row.SetText(PR_SUBJECT_W, std::string(260, 'A') + Words[random() % 8]);
+        else
+            row.SetLong(PROP_TAG(PT_LONG, PROP_ID(PR_SUBJECT_W)), 3);
+        if (random() % 2)
+            row.SetEncoded(PR_SENDER_NAME_A, std::string(1, '\0') + Words[random() % 5]);
+        if (random() % 3)
+            row.Set(TimeValue(PR_MESSAGE_DELIVERY_TIME, static_cast<std::int64_t>(random() % 5) << 40));
+        if (random() % 2)
+            row.SetLong(PR_IMPORTANCE, static_cast<LONG>(random() % 3));
+        return content;
+    }
+
+    SRestriction* RandomLeaf(std::mt19937& random)
+    {
+        m_texts.push_back(random() % 6 ? std::string(Words[random() % 8])
+                                       : std::string(260, 'a') + Words[random() % 8]);
+        const ULONG text = random() % 2 ? ULONG(PR_SUBJECT_A) : ULONG(PR_SENDER_NAME_A);
+        m_narrow.push_back(zeb::platform::NarrowFromWide(
+            zeb::platform::WideFromUtf8(m_texts.back().data(), m_texts.back().size()).c_str(),
+            zeb::platform::WideFromUtf8(m_texts.back().data(), m_texts.back().size()).size()));
+        const SPropValue value = NarrowValue(text, m_narrow.back().c_str());
+        constexpr ULONG folds[] = {0, FL_IGNORECASE, FL_IGNORENONSPACE, FL_LOOSE};
+        switch (random() % 8)
+        {
+        case 0:
+            return m_make.Property(random() % 6, value);
+        case 1:
+            return m_make.Property(random() % 6,
+                                   LongValue(PR_MESSAGE_FLAGS, static_cast<LONG>(random() % 4)));
+        case 2:
+            return m_make.Property(random() % 6, TimeValue(PR_MESSAGE_DELIVERY_TIME,
+                                                           static_cast<std::int64_t>(random() % 5) << 40));
+        case 3:
+            return m_make.BitMask(PR_MESSAGE_FLAGS, 1 + random() % 3, random() % 2);
+        case 4:
+            return m_make.Exist(random() % 2 ? ULONG(PR_MESSAGE_DELIVERY_TIME) : text);
+        case 5:
+            return m_make.Exist(PROP_TAG(PT_UNSPECIFIED, PROP_ID(PR_SUBJECT_A)));
+        case 6:
+            return m_make.Property(random() % 6, LongValue(PR_IMPORTANCE, static_cast<LONG>(random() % 3)));
+        default:
+            return m_make.Content(random() % 3 | folds[random() % 4], value);
+        }
+    }
+
+    SRestriction* RandomTree(std::mt19937& random, int levels)
+    {
+        if (levels == 0 || random() % 3 == 0)
+            return RandomLeaf(random);
+        switch (random() % 3)
+        {
+        case 0:
+            return m_make.And({RandomTree(random, levels - 1), RandomTree(random, levels - 1)});
+        case 1:
+            return m_make.Or({RandomTree(random, levels - 1), RandomTree(random, levels - 1)});
+        default:
+            return m_make.Not(RandomTree(random, levels - 1));
+        }
+    }
+
+    SortOrder RandomOrder(std::mt19937& random)
+    {
+        constexpr ULONG tags[] = {
+            PR_SUBJECT_W,    PR_SUBJECT_A,     PR_SENDER_NAME_W, PR_MESSAGE_DELIVERY_TIME,
+            PR_MESSAGE_SIZE, PR_MESSAGE_FLAGS, PR_IMPORTANCE};
+        SizedSSortOrderSet(3, set) = {};
+        set.cSorts = 1 + random() % 3;
+        for (ULONG i = 0; i < set.cSorts; ++i)
+            set.aSort[i] = {tags[random() % 7], ULONG(random() % 2)};
+        return SortOrder(*reinterpret_cast<SSortOrderSet*>(&set));
+    }
+
+    // Asks each message itself.
+    std::vector<RowKey> Naive(const Restriction* restriction, const SortOrder* order)
+    {
+        RowSelection selection(restriction, order);
+        for (const MessageId message : Store().MessagesOf(Inbox, false))
+            selection.Add(message, Store().LoadMessage(message).properties);
+        return selection.Take();
+    }
+
+    std::shared_ptr<RowSource> m_rows;
+    RestrictionMaker m_make;
+    std::deque<std::string> m_texts;
+    std::deque<std::string> m_narrow;
+};
+
+TEST_F(SqlFilterTest, RestrictionsSayTheSameEitherWay)
+{
+    std::mt19937 random(5);
+    size_t some = 0;
+    for (int i = 0; i < 400; ++i)
+    {
+        const Restriction restriction(*RandomTree(random, 3));
+        const std::vector<RowKey> expected = Naive(&restriction, nullptr);
+        ASSERT_EQ(m_rows->Keys(&restriction, nullptr), expected) << i;
+        some += !expected.empty() && expected.size() < 300;
+    }
+    EXPECT_GT(some, 200u) << "the restrictions must tell rows apart";
+}
+
+TEST_F(SqlFilterTest, OrdersAreTheSameEitherWay)
+{
+    std::mt19937 random(6);
+    for (int i = 0; i < 100; ++i)
+    {
+        const SortOrder order = RandomOrder(random);
+        ASSERT_EQ(m_rows->Keys(nullptr, &order), Naive(nullptr, &order)) << i;
+        const Restriction restriction(*RandomTree(random, 2));
+        ASSERT_EQ(m_rows->Keys(&restriction, &order), Naive(&restriction, &order)) << i;
+    }
+}
+
+} // namespace
+} // namespace zebstore::test

@@ -1,0 +1,124 @@
+// What the storage tests share: a store in a folder of its own, and values written briefly.
+#pragma once
+
+#include "tests/support/TempFolder.h"
+#include "zebstore/Memory.h"
+#include "zebstore/storage/StoreFile.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+namespace zebstore::test
+{
+
+inline SPropValue Value(ULONG tag)
+{
+    SPropValue value;
+    std::memset(static_cast<void*>(&value), 0, sizeof(value));
+    value.ulPropTag = tag;
+    return value;
+}
+inline SPropValue LongValue(ULONG tag, LONG number)
+{
+    SPropValue value = Value(tag);
+    value.Value.l = number;
+    return value;
+}
+inline SPropValue TimeValue(ULONG tag, std::int64_t time)
+{
+    SPropValue value = Value(tag);
+    std::memcpy(static_cast<void*>(&value.Value.ft), &time, sizeof(time));
+    return value;
+}
+inline SPropValue NarrowValue(ULONG tag, const char* text)
+{
+    SPropValue value = Value(CHANGE_PROP_TYPE(tag, PT_STRING8));
+    value.Value.lpszA = const_cast<char*>(text);
+    return value;
+}
+inline SPropValue WideValue(ULONG tag, const WCHAR* text)
+{
+    SPropValue value = Value(CHANGE_PROP_TYPE(tag, PT_UNICODE));
+    value.Value.lpszW = const_cast<WCHAR*>(text);
+    return value;
+}
+inline SPropValue BinaryValue(ULONG tag, const std::string& bytes)
+{
+    SPropValue value = Value(tag);
+    value.Value.bin.cb = static_cast<ULONG>(bytes.size());
+    value.Value.bin.lpb = reinterpret_cast<BYTE*>(const_cast<char*>(bytes.data()));
+    return value;
+}
+
+inline MessageContent Mail(const std::string& subject, LONG flags = 0)
+{
+    MessageContent content;
+    content.properties.SetText(PR_SUBJECT_W, subject);
+    content.properties.SetText(PR_MESSAGE_CLASS_W, "IPM.Note");
+    content.properties.SetLong(PR_MESSAGE_FLAGS, flags);
+    return content;
+}
+
+inline PropertySet Named(const std::string& name)
+{
+    PropertySet properties;
+    properties.SetText(PR_DISPLAY_NAME_W, name);
+    return properties;
+}
+
+/// The code of the Error that `body` throws, S_OK when it throws none.
+template <typename Body>
+HRESULT CodeOf(Body&& body, std::string* text = nullptr)
+{
+    try
+    {
+        body();
+    }
+    catch (const Error& error)
+    {
+        if (text)
+            *text = error.what();
+        return error.Code();
+    }
+    return S_OK;
+}
+
+/// A store in a folder of its own; at the end the file must be sound and all MAPI memory freed.
+class StorageTest : public ::testing::Test
+{
+protected:
+    static constexpr FolderId Inbox = IdOf(StandardFolder::Inbox);
+
+    void SetUp() override
+    {
+        m_buffers = g_liveBuffers;
+        m_store = StoreFile::Create(Path("test.zeb"), "Test", {});
+    }
+    void TearDown() override
+    {
+        if (m_store)
+        {
+            for (const std::string& problem : m_store->CheckWhole())
+            {
+                ADD_FAILURE() << problem;
+            }
+        }
+        m_store.reset();
+        EXPECT_EQ(g_liveBuffers.load(), m_buffers) << "MAPI memory was not freed";
+    }
+
+    std::string Path(const std::string& name) const { return m_folder.File(name); }
+    void Reopen()
+    {
+        m_store.reset();
+        m_store = StoreFile::Open(Path("test.zeb"), {});
+    }
+    StoreFile& Store() { return *m_store; }
+
+    zeb::test::TempFolder m_folder;
+    std::shared_ptr<StoreFile> m_store;
+    long m_buffers = 0;
+};
+
+} // namespace zebstore::test

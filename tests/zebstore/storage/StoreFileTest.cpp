@@ -1,0 +1,243 @@
+#include "tests/zebstore/storage/Storage.h"
+
+#include "zebstore/storage/Database.h"
+#include "zebstore/storage/Schema.h"
+
+#include <filesystem>
+#include <fstream>
+
+namespace zebstore::test
+{
+namespace
+{
+
+namespace fs = std::filesystem;
+
+class StoreFileTest : public StorageTest
+{
+protected:
+    HRESULT OpenCode(const std::string& path, std::string* text = nullptr)
+    {
+        std::string own;
+        std::string& sentence = text ? *text : own;
+        const HRESULT code = CodeOf([&] { StoreFile::Open(path, {}); }, &sentence);
+        EXPECT_NE(sentence.find("'" + path + "'"), std::string::npos) << sentence;
+        EXPECT_EQ(sentence.back(), '.');
+        return code;
+    }
+    void Write(const std::string& path, const std::string& bytes)
+    {
+        std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    }
+    std::string Read(const std::string& path)
+    {
+        std::ifstream file(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    }
+    void Spoil(const char* sql) { m_store->Connection().Execute(sql); }
+};
+
+TEST_F(StoreFileTest, ANewStoreHasTheStandardFolders)
+{
+    EXPECT_EQ(Store().Folder(IdOf(StandardFolder::Root)).parent, 0);
+    EXPECT_EQ(Store().Folder(IdOf(StandardFolder::Root)).type, ULONG(FOLDER_ROOT));
+    for (const StandardFolder below :
+         {StandardFolder::Inbox, StandardFolder::Outbox, StandardFolder::DeletedItems,
+          StandardFolder::SentItems, StandardFolder::Contacts})
+        EXPECT_EQ(Store().Folder(IdOf(below)).parent, IdOf(StandardFolder::IpmSubtree));
+    for (const StandardFolder below :
+         {StandardFolder::Finder, StandardFolder::Views, StandardFolder::CommonViews})
+        EXPECT_EQ(Store().Folder(IdOf(below)).parent, IdOf(StandardFolder::Root));
+    EXPECT_EQ(Store().FolderProperties(Inbox).Text(PR_DISPLAY_NAME_W), "Inbox");
+    EXPECT_EQ(Store().Properties().Text(PR_DISPLAY_NAME_W), "Test");
+}
+
+TEST_F(StoreFileTest, ItsIdentityIsKeptAndItsOwn)
+{
+    const GUID uid = Store().Uid();
+    Reopen();
+    EXPECT_TRUE(IsEqualGUID(uid, Store().Uid()));
+    const auto other = StoreFile::Create(Path("other.zeb"), "Other", {});
+    EXPECT_FALSE(IsEqualGUID(uid, other->Uid()));
+}
+
+TEST_F(StoreFileTest, APathInUtf8NamesTheFile)
+{
+    const std::string path = m_folder.Path() + "/Gr\xC3\xB6\xC3\x9F"
+                                               "e \xE6\x97\xA5.zeb";
+    StoreFile::Create(path, "Name", {});
+    EXPECT_TRUE(fs::exists(fs::u8path(path)));
+    EXPECT_EQ(StoreFile::Open(path, {})->Properties().Text(PR_DISPLAY_NAME_W), "Name");
+    EXPECT_TRUE(StoreFile::Exists(path));
+}
+
+TEST_F(StoreFileTest, AMissingFileIsNotFoundAndIsNotMade)
+{
+    EXPECT_EQ(OpenCode(Path("missing.zeb")), MAPI_E_NOT_FOUND);
+    EXPECT_FALSE(fs::exists(Path("missing.zeb")));
+}
+
+TEST_F(StoreFileTest, AFileThatIsNoDatabaseIsRefused)
+{
+    Write(Path("text.zeb"), std::string(5000, 'x'));
+    EXPECT_EQ(OpenCode(Path("text.zeb")), MAPI_E_CORRUPT_STORE);
+    EXPECT_EQ(Read(Path("text.zeb")), std::string(5000, 'x'));
+}
+
+TEST_F(StoreFileTest, AnEmptyFileIsRefused)
+{
+    Write(Path("empty.zeb"), "");
+    EXPECT_EQ(OpenCode(Path("empty.zeb")), MAPI_E_CORRUPT_STORE);
+}
+
+TEST_F(StoreFileTest, AFolderIsRefused)
+{
+    EXPECT_EQ(OpenCode(m_folder.Path()), MAPI_E_CORRUPT_STORE);
+}
+
+TEST_F(StoreFileTest, ATruncatedFileIsRefused)
+{
+    for (int i = 0; i < 200; ++i)
+        Store().CreateMessage(Inbox, false, Mail(std::string(300, 'a')));
+    m_store.reset();
+    const std::string whole = Read(Path("test.zeb"));
+    for (const size_t left :
+         {size_t(10), size_t(100), size_t(2000), size_t(4096), whole.size() / 2, whole.size() - 1})
+    {
+        Write(Path("cut.zeb"), whole.substr(0, left));
+        EXPECT_EQ(OpenCode(Path("cut.zeb")), MAPI_E_CORRUPT_STORE) << left;
+    }
+}
+
+TEST_F(StoreFileTest, AnotherProgramsDatabaseIsRefused)
+{
+    {
+        Database other(Path("other.db"), Database::Mode::Create);
+        other.Execute("CREATE TABLE message(id INTEGER PRIMARY KEY)");
+    }
+    EXPECT_EQ(OpenCode(Path("other.db")), MAPI_E_CORRUPT_STORE);
+}
+
+TEST_F(StoreFileTest, ANewerSchemaIsAVersionError)
+{
+    Spoil("PRAGMA user_version=2");
+    m_store.reset();
+    std::string text;
+    EXPECT_EQ(OpenCode(Path("test.zeb"), &text), MAPI_E_VERSION);
+    EXPECT_NE(text.find("version 2"), std::string::npos);
+}
+
+TEST_F(StoreFileTest, AMissingTableIsRefused)
+{
+    Spoil("DROP TABLE chunk");
+    m_store.reset();
+    std::string text;
+    EXPECT_EQ(OpenCode(Path("test.zeb"), &text), MAPI_E_CORRUPT_STORE);
+    EXPECT_NE(text.find("'chunk'"), std::string::npos);
+}
+
+TEST_F(StoreFileTest, AReadOnlyFileIsRefusedUnlessOpenedForReading)
+{
+    m_store.reset();
+    fs::permissions(Path("test.zeb"),
+                    fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
+                    fs::perm_options::remove);
+    EXPECT_EQ(OpenCode(Path("test.zeb")), MAPI_E_NO_ACCESS);
+    fs::permissions(Path("test.zeb"), fs::perms::owner_write, fs::perm_options::add);
+}
+
+TEST_F(StoreFileTest, AStoreOpenedForReadingRefusesWritesAndKeepsItsContent)
+{
+    Store().CreateMessage(Inbox, false, Mail("kept"));
+    m_store.reset();
+    StoreFile::OpenOptions options;
+    options.readOnly = true;
+    m_store = StoreFile::Open(Path("test.zeb"), options);
+    EXPECT_TRUE(Store().IsReadOnly());
+    EXPECT_EQ(CodeOf([&] { Store().CreateMessage(Inbox, false, Mail("no")); }), MAPI_E_NO_ACCESS);
+    EXPECT_EQ(Store().Folder(Inbox).messages, 1u);
+}
+
+TEST_F(StoreFileTest, CreatingOverAFileIsRefusedAndLeavesItAlone)
+{
+    Write(Path("mine.txt"), "mine");
+    EXPECT_EQ(CodeOf([&] { StoreFile::Create(Path("mine.txt"), "x", {}); }), MAPI_E_COLLISION);
+    EXPECT_EQ(Read(Path("mine.txt")), "mine");
+}
+
+TEST_F(StoreFileTest, CreatingWhereNothingCanBeMadeLeavesNothing)
+{
+    EXPECT_EQ(CodeOf([&] { StoreFile::Create(m_folder.Path() + "/no/such/folder.zeb", "x", {}); }),
+              MAPI_E_NO_ACCESS);
+}
+
+TEST_F(StoreFileTest, TwoConnectionsSeeEachOthersCommits)
+{
+    const auto other = StoreFile::Open(Path("test.zeb"), {});
+    const MessageId message = Store().CreateMessage(Inbox, false, Mail("mine"));
+    EXPECT_EQ(other->LoadMessage(message).properties.Text(PR_SUBJECT_W), "mine");
+    const std::uint64_t before = Store().Generation(Inbox, false);
+    other->CreateMessage(Inbox, false, Mail("theirs"));
+    EXPECT_GT(Store().Generation(Inbox, false), before);
+    EXPECT_EQ(Store().Folder(Inbox).messages, 2u);
+}
+
+TEST_F(StoreFileTest, ReceiveFoldersGoByTheLongestClass)
+{
+    const FolderId reports = Store().CreateFolder(IdOf(StandardFolder::IpmSubtree), Named("Reports"));
+    Store().SetReceiveFolder("IPM.Report", reports);
+    EXPECT_EQ(Store().ReceiveFolderOf("").folder, Inbox);
+    EXPECT_EQ(Store().ReceiveFolderOf("IPM.Note").folder, Inbox);
+    EXPECT_EQ(Store().ReceiveFolderOf("ipm.report.READ").folder, reports);
+    EXPECT_EQ(Store().ReceiveFolderOf("IPM.Report.Read").messageClass, "IPM.Report");
+    EXPECT_EQ(Store().ReceiveFolderOf("IPM.Reporter").folder, Inbox);
+    EXPECT_EQ(Store().ReceiveFolders().size(), 2u);
+    Store().SetReceiveFolder("IPM.Report", 0);
+    EXPECT_EQ(Store().ReceiveFolderOf("IPM.Report").folder, Inbox);
+    EXPECT_EQ(CodeOf([&] { Store().SetReceiveFolder("", 0); }), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(CodeOf([&] { Store().SetReceiveFolder("IPM.X", 999); }), MAPI_E_NOT_FOUND);
+}
+
+TEST_F(StoreFileTest, TheWholeCheckFindsWhatIsWrong)
+{
+    MessageContent content = Mail("checked");
+    content.properties.SetEncoded(PR_BODY_W, std::string(9000, 'b'));
+    const MessageId message = Store().CreateMessage(Inbox, false, content);
+    EXPECT_TRUE(Store().CheckWhole().empty());
+    const std::string id = std::to_string(message);
+    const std::pair<std::string, const char*> damages[] = {
+        {"UPDATE contents SET rows=7 WHERE container=6", "counts 7 messages and has 1"},
+        {"UPDATE contents SET unread=5 WHERE container=6", "unread"},
+        {"UPDATE contents SET next=1 WHERE container=6", "next number"},
+        {"UPDATE message SET props=x'0100FF00' WHERE id=" + id, "properties can not be read"},
+        {"DELETE FROM chunk", "not complete"},
+        {"INSERT INTO large(size) VALUES(3)", "belongs to nothing"},
+        {"INSERT INTO chunk(id, bytes) VALUES(99999999999, x'00')", "belong to no large value"},
+        {"UPDATE message SET parts=parts|2", "does not know its recipients"},
+        {"UPDATE message SET id=" + std::to_string(MessageId(4000) << 33), "belong to no folder"},
+        {"PRAGMA foreign_keys=OFF; DELETE FROM contents WHERE container=6", "belong to no folder"},
+    };
+    for (const auto& damage : damages)
+    {
+        m_store->Connection().Execute("BEGIN");
+        Spoil(damage.first.c_str());
+        std::string all;
+        for (const std::string& problem : Store().CheckWhole())
+            all += problem + "\n";
+        EXPECT_NE(all.find(damage.second), std::string::npos) << damage.first << ":\n" << all;
+        m_store->Connection().Execute("ROLLBACK");
+    }
+}
+
+TEST_F(StoreFileTest, FullDurabilityIsASettingOfTheConnection)
+{
+    StoreFile::OpenOptions options;
+    options.fullDurability = true;
+    const auto full = StoreFile::Open(Path("test.zeb"), options);
+    Query synchronous(full->Connection(), "PRAGMA synchronous");
+    ASSERT_TRUE(synchronous.Step());
+    EXPECT_EQ(synchronous.Number(0), 2);
+}
+
+} // namespace
+} // namespace zebstore::test
