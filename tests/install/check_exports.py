@@ -1,0 +1,146 @@
+#!/usr/bin/env python3
+"""Checks what a built library shows to the outside: its exported names and the libraries it needs.
+
+check_exports.py LIBRARY     (libzebapi.so or zebapi.dll)
+
+Every export belongs to one of the library's classes or is one of its free functions; every class and every free
+function is there; what is loaded with it belongs to the system or to the compiler's runtime.
+"""
+import re
+import subprocess
+import sys
+import unittest
+
+CLASSES = """
+    CAdviseSink CAdviseSinkBinder CAdviseSinkDelegate
+    CZebABContainer CZebABItem CZebAPI CZebAddressBook CZebBinArray CZebBinary CZebCachedTable CZebContainer
+    CZebDistList CZebEntryIDRequest CZebException CZebFolder CZebIProp CZebMailUser CZebMessage CZebMsgStore
+    CZebNameIdHelper CZebNameIdMap CZebOnePropVal CZebProfAdmin CZebProfileNames CZebPropObj CZebPropProblemArray
+    CZebPropTagArray CZebPropVal CZebPropValArray CZebRestriction CZebRestrictionAllocator CZebRow CZebRowSet
+    CZebRowSetArray CZebSession CZebSortOrder CZebTable
+""".split()
+
+# Each with the number of its overloads.
+FUNCTIONS = {
+    "Zeb_GetMAPI": 1,
+    "Zeb_GetMapiDllPath": 1,
+    "Zeb_HasDefaultProfile": 1,
+    "Zeb_HasDefaultStaticProfile": 1,
+    "Zeb_GetExceptionDescription": 1,
+    "Zeb_MemInitialize": 2,
+    "Zeb_MemUninitialize": 1,
+    "Zeb_MemAllocate": 1,
+    "Zeb_MemReallocate": 1,
+    "Zeb_MemFree": 1,
+    "Zeb_MemExFree": 1,
+    "Zeb_PropCopyMore": 1,
+    "Zeb_FreeProws": 1,
+    "Zeb_DumpEntryID": 1,
+    "Zeb_IsClassSubclassOf": 1,
+    "Zeb_NameFromValue": 1,
+    "Zeb_ValueFromName": 1,
+    "Zeb_NameAt": 1,
+    "Zeb_ValueAt": 1,
+    "Zeb_TableCount": 1,
+}
+
+# Of the system, or the compiler's runtime (and that of its sanitizers, in a build with them).
+NEEDED = {
+    "elf": r"lib(c|m|dl|pthread|stdc\+\+|gcc_s|asan|ubsan|tsan)\.so\.\d+|ld-linux-x86-64\.so\.2",
+    "pe": r"(?i)(kernel32|advapi32|user32|ole32|oleaut32|msvcrt)\.dll",
+}
+
+MEMBER = re.compile(r"(?:non-virtual thunk to )?(\w+)::.*")
+RECORD = re.compile(r"(?:typeinfo|typeinfo name|vtable|VTT) for (\w+)\*?")
+FUNCTION = re.compile(r"(Zeb_\w+)\(.*\)")
+
+
+def run(*command, text=None):
+    return subprocess.run(command, input=text, check=True, capture_output=True, text=True).stdout
+
+
+def is_windows(library):
+    with open(library, "rb") as file:
+        return file.read(2) == b"MZ"
+
+
+def exports(library):
+    """The exported names, demangled, each once (a destructor or constructor has several bodies of one name)."""
+    if not is_windows(library):
+        listing = run("nm", "-D", "--defined-only", library)
+        mangled = [line.split()[-1].split("@")[0] for line in listing.splitlines()]
+    else:
+        listing = run("x86_64-w64-mingw32-objdump", "-p", library)
+        table = listing.split("[Ordinal/Name Pointer] Table")[1]
+        mangled = re.findall(r"^\s*\[\s*\d+\]\s+(?:\+base\[\s*\d+\]\s+\w+\s+)?(\S+)$", table, re.M)
+    return run("c++filt", text="\n".join(sorted(set(mangled)))).splitlines()
+
+
+def needed(library):
+    if is_windows(library):
+        return re.findall(r"DLL Name: (\S+)", run("x86_64-w64-mingw32-objdump", "-p", library))
+    return re.findall(r"\(NEEDED\).*\[(.+)\]", run("readelf", "-d", library))
+
+
+def owner(name):
+    """The class or free function that an export belongs to; None for neither."""
+    for pattern, known in ((FUNCTION, FUNCTIONS), (RECORD, CLASSES), (MEMBER, CLASSES)):
+        match = pattern.fullmatch(name)
+        if match and match.group(1) in known:
+            return match.group(1)
+    return None
+
+
+class Exports(unittest.TestCase):
+    library = None
+
+    @classmethod
+    def setUpClass(cls):
+        cls.names = exports(cls.library)
+
+    def test_every_export_is_of_a_public_class_or_function(self):
+        self.assertEqual([name for name in self.names if owner(name) is None], [])
+
+    def test_every_class_is_there(self):
+        for name in CLASSES:
+            self.assertIn(f"vtable for {name}", self.names)
+            self.assertIn(f"typeinfo for {name}", self.names)
+
+    def test_every_function_is_there(self):
+        found = {}
+        for name in self.names:
+            match = FUNCTION.fullmatch(name)
+            if match:
+                found[match.group(1)] = found.get(match.group(1), 0) + 1
+        self.assertEqual(found, FUNCTIONS)
+
+    def test_only_the_system_and_the_compilers_runtime_are_needed(self):
+        allowed = NEEDED["pe" if is_windows(self.library) else "elf"]
+        libraries = needed(self.library)
+        self.assertTrue(libraries)
+        self.assertEqual([name for name in libraries if not re.fullmatch(allowed, name)], [])
+
+
+class Owner(unittest.TestCase):
+    """What counts as internal."""
+
+    def test_internals_have_no_owner(self):
+        for name in ("zeb::SearchProvider(zeb::ProviderEnvironment const&)", "std::vector<int>::push_back(int)",
+                     "CDllLoader::Unload()", "CStringT<char>::IsEmpty() const", "qorlog::Write(int, char const*)",
+                     "CZebAPIApp::InitInstance()", "vtable for CZebAPIApp", "typeinfo for CException",
+                     "Zeb_Unknown()", "LLog(int, char const*, char const*)", "sqlite3_open", "CZebTableHelper::Do()"):
+            self.assertIsNone(owner(name), name)
+
+    def test_members_and_records_have_one(self):
+        for name, expected in (("CZebTable::Free()", "CZebTable"), ("vtable for CZebTable", "CZebTable"),
+                               ("typeinfo for CZebException*", "CZebException"),
+                               ("non-virtual thunk to CZebCachedTable::~CZebCachedTable()", "CZebCachedTable"),
+                               ("Zeb_MemFree(void*)", "Zeb_MemFree")):
+            self.assertEqual(owner(name), expected)
+
+
+if __name__ == "__main__":
+    if len(sys.argv) != 2:
+        sys.exit(__doc__)
+    Exports.library = sys.argv[1]
+    unittest.main(argv=sys.argv[:1])

@@ -1,0 +1,57 @@
+// A double of MAPI's profile administration.
+#pragma once
+
+#include "tests/support/doubles/RowTable.h"
+
+namespace zeb::test
+{
+
+/// Hands out a profile table; everything else is unexpected.
+class RecordingProfAdmin : public Counted<IProfAdmin>
+{
+public:
+    explicit RecordingProfAdmin(Journal& journal, std::string name = "admin")
+        : Counted<IProfAdmin>(journal, std::move(name), {&IID_IUnknown, &IID_IProfAdmin})
+    {
+    }
+    HRESULT STDMETHODCALLTYPE GetLastError(HRESULT result, ULONG flags, LPMAPIERROR* error) override
+    {
+        return LastError(result, flags, error);
+    }
+    HRESULT STDMETHODCALLTYPE GetProfileTable(ULONG flags, LPMAPITABLE* table) override
+    {
+        *table = nullptr;
+        const HRESULT result = Called("GetProfileTable", Number(flags));
+        return FAILED(result) ? result : HandOut<IMAPITable>(m_table, table);
+    }
+    HRESULT STDMETHODCALLTYPE CreateProfile(LPTSTR, LPTSTR, ULONG_PTR, ULONG) override
+    {
+        return Unexpected("CreateProfile");
+    }
+    HRESULT STDMETHODCALLTYPE DeleteProfile(LPTSTR, ULONG) override { return Unexpected("DeleteProfile"); }
+    HRESULT STDMETHODCALLTYPE ChangeProfilePassword(LPTSTR, LPTSTR, LPTSTR, ULONG) override
+    {
+        return Unexpected("ChangeProfilePassword");
+    }
+    HRESULT STDMETHODCALLTYPE CopyProfile(LPTSTR, LPTSTR, LPTSTR, ULONG_PTR, ULONG) override
+    {
+        return Unexpected("CopyProfile");
+    }
+    HRESULT STDMETHODCALLTYPE RenameProfile(LPTSTR, LPTSTR, LPTSTR, ULONG_PTR, ULONG) override
+    {
+        return Unexpected("RenameProfile");
+    }
+    HRESULT STDMETHODCALLTYPE SetDefaultProfile(LPTSTR, ULONG) override
+    {
+        return Unexpected("SetDefaultProfile");
+    }
+    HRESULT STDMETHODCALLTYPE AdminServices(LPTSTR, LPTSTR, ULONG_PTR, ULONG, LPSERVICEADMIN*) override
+    {
+        return Unexpected("AdminServices");
+    }
+
+    /// What GetProfileTable gives.
+    RowTable* m_table = nullptr;
+};
+
+} // namespace zeb::test

@@ -1,0 +1,118 @@
+// Logging on, and profile administration of the started provider.
+#include "tests/zebapi/frame/LibraryFixture.h"
+
+#include "tests/support/doubles/RecordingStore.h"
+
+namespace zeb::test
+{
+
+namespace
+{
+
+using ::testing::ElementsAre;
+
+class Logon : public LibraryFixture
+{
+protected:
+    Journal journal;
+    RecordingSession session{journal};
+};
+
+} // namespace
+
+TEST_F(Logon, NeedsAStartedProvider)
+{
+    EXPECT_EQ(ThrownBy([this] { library.OpenSession(nullptr, nullptr); }), E_POINTER);
+    EXPECT_TRUE(library.WasFailed());
+}
+
+TEST_F(Logon, WithoutANameSharesTheDefaultProfilesSession)
+{
+    provider.session = &session;
+    Start(ProviderFile::Undecorated());
+    int window = 0;
+    CZebSession opened = library.OpenSession(reinterpret_cast<HWND>(&window), nullptr);
+    EXPECT_TRUE(opened.IsValid());
+    EXPECT_EQ(provider.logonCalls, 1);
+    EXPECT_EQ(provider.logonParent, reinterpret_cast<ULONG_PTR>(&window));
+    EXPECT_FALSE(provider.logonNamed);
+    EXPECT_FALSE(provider.logonPassword);
+    EXPECT_EQ(provider.logonFlags, 0x8069u);
+    EXPECT_EQ(session.References(), 1u) << "the wrapper's own";
+    EXPECT_FALSE(library.WasFailed());
+}
+
+TEST_F(Logon, WithANameOpensANewSessionOfThatProfile)
+{
+    provider.session = &session;
+    Start(ProviderFile::Undecorated());
+    CZebSession opened = library.OpenSession(nullptr, "Outlook");
+    EXPECT_TRUE(provider.logonNamed);
+    EXPECT_STREQ(provider.logonName, "Outlook");
+    EXPECT_FALSE(provider.logonPassword);
+    EXPECT_EQ(provider.logonParent, 0u);
+    EXPECT_EQ(provider.logonFlags, 0x8023u);
+}
+
+TEST_F(Logon, AnEmptyNameIsAName)
+{
+    provider.session = &session;
+    Start(ProviderFile::Undecorated());
+    library.OpenSession(nullptr, "");
+    EXPECT_TRUE(provider.logonNamed);
+    EXPECT_STREQ(provider.logonName, "");
+    EXPECT_EQ(provider.logonFlags, 0x8023u);
+}
+
+TEST_F(Logon, ALongNameIsCutAt1024Bytes)
+{
+    provider.session = &session;
+    Start(ProviderFile::Undecorated());
+    library.OpenSession(nullptr, std::string(1023, 'a').c_str());
+    EXPECT_EQ(provider.logonName, std::string(1023, 'a'));
+    library.OpenSession(nullptr, std::string(1024, 'b').c_str());
+    EXPECT_EQ(provider.logonName, std::string(1024, 'b'));
+    library.OpenSession(nullptr, std::string(1500, 'c').c_str());
+    EXPECT_EQ(provider.logonName, std::string(1024, 'c'));
+}
+
+TEST_F(Logon, AFailureIsThrownAndBlocksTheNextStart)
+{
+    provider.logon = MAPI_E_USER_CANCEL;
+    Start(ProviderFile::Undecorated());
+    EXPECT_EQ(ThrownBy([this] { library.OpenSession(nullptr, "x"); }), MAPI_E_USER_CANCEL);
+    EXPECT_TRUE(library.WasFailed());
+    EXPECT_TRUE(library.WasInitialized());
+    library.Uninitialize(nullptr);
+    EXPECT_EQ(ThrownBy([this] { library.Initialize(false); }), MAPI_E_CALL_FAILED);
+    library.SetWasFailed(false);
+    library.Initialize(false);
+    EXPECT_TRUE(library.WasInitialized());
+}
+
+TEST_F(Logon, StoppingLogsTheSessionOffFirst)
+{
+    provider.session = &session;
+    Start(ProviderFile::Undecorated());
+    CZebSession opened = library.OpenSession(nullptr, nullptr);
+    library.Uninitialize(&opened);
+    EXPECT_THAT(journal.Take(), ElementsAre("session: Logoff(0x0,0x0,0x0)"));
+    EXPECT_FALSE(opened.IsValid());
+    EXPECT_EQ(session.References(), 0u);
+    EXPECT_EQ(provider.uninitializeCalls, 1);
+    ExpectNothingLoaded();
+}
+
+TEST_F(Logon, AFailingLogoffDoesNotStopTheStop)
+{
+    provider.session = &session;
+    session.Fail("Logoff", MAPI_E_NETWORK_ERROR);
+    Start(ProviderFile::Undecorated());
+    CZebSession opened = library.OpenSession(nullptr, nullptr);
+    library.Uninitialize(&opened);
+    EXPECT_EQ(log.CountBeginning("EXCEPTION: Description: \"MAPI_E_NETWORK_ERROR\""), 1u);
+    EXPECT_EQ(provider.uninitializeCalls, 1);
+    ExpectNothingLoaded();
+}
+
+} // namespace zeb::test

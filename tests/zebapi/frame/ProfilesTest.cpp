@@ -1,0 +1,324 @@
+// Profiles by the registry and through MAPI.
+#include "zebapi/Profiles.h"
+
+#include "tests/support/MapiMemory.h"
+#include "tests/support/doubles/RecordingProfAdmin.h"
+#include "tests/zebapi/frame/FailingNew.h"
+#include "tests/zebapi/frame/LibraryFixture.h"
+#include "zebapi/App.h"
+#include "zebapi/ZebAPI.h"
+
+namespace zeb::test
+{
+
+namespace
+{
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+
+using platform::RegistryKey;
+using platform::RegistryRoot;
+
+constexpr char Outlook15[] = "Software\\Microsoft\\Office\\15.0\\Outlook";
+constexpr char Outlook15Profiles[] = "Software\\Microsoft\\Office\\15.0\\Outlook\\Profiles";
+constexpr char Subsystem[] =
+    "Software\\Microsoft\\Windows NT\\CurrentVersion\\Windows Messaging Subsystem\\Profiles";
+
+class ProfileNames : public LibraryFixture
+{
+protected:
+    void SetOutlookVersion(const std::string& version)
+    {
+        SetRegistry(RegistryRoot::ClassesRoot, "Outlook.Application\\CurVer", "", version);
+    }
+    static void AddProfiles(const std::string& key, const std::vector<std::string>& names)
+    {
+        for (const std::string& name : names)
+        {
+            RegistryKey::Create(RegistryRoot::CurrentUser, key + "\\" + name);
+        }
+    }
+    void SetDefault(const std::string& key, const std::string& name)
+    {
+        SetRegistry(RegistryRoot::CurrentUser, key, "DefaultProfile", name);
+    }
+    static std::vector<std::string> All(CZebProfileNames& profiles)
+    {
+        std::vector<std::string> names;
+        CString name;
+        while (profiles.GetNextName(name) != 0)
+        {
+            names.emplace_back(name);
+        }
+        return names;
+    }
+    static std::vector<std::string> All()
+    {
+        CZebProfileNames profiles;
+        return All(profiles);
+    }
+};
+
+class OutlookVersion : public ProfileNames, public ::testing::WithParamInterface<std::pair<const char*, bool>>
+{
+};
+
+class ProfAdmin : public LibraryFixture
+{
+protected:
+    Journal journal;
+    RowTable table{journal};
+    RecordingProfAdmin admin{journal};
+    MapiMemory memory;
+    TableEntryPoints entryPoints;
+
+    ProfAdmin() { admin.m_table = &table; }
+
+    static RowData Row(const std::string& name, bool isDefault)
+    {
+        return {{PR_DISPLAY_NAME_A, 0, name}, {PR_DEFAULT_PROFILE, isDefault ? 1 : 0, ""}};
+    }
+};
+
+} // namespace
+
+TEST_F(ProfileNames, WithoutARegistryThereAreNone)
+{
+    EXPECT_THAT(All(), IsEmpty());
+    EXPECT_EQ(std::string(CZebProfileNames().GetDefaultProfile()), "");
+}
+
+TEST_F(ProfileNames, AreTheSubsystemsWithoutOutlook15)
+{
+    AddProfiles(Subsystem, {"Alpha", "Beta"});
+    AddProfiles(Outlook15Profiles, {"Gamma"});
+    SetDefault(Subsystem, "Beta");
+    SetDefault(Outlook15, "Gamma");
+    EXPECT_THAT(All(), ElementsAre("Alpha", "Beta"));
+    EXPECT_EQ(std::string(CZebProfileNames().GetDefaultProfile()), "Beta");
+}
+
+TEST_F(ProfileNames, AreOutlooksOwnWithOutlook15)
+{
+    SetOutlookVersion("Outlook.Application.15");
+    AddProfiles(Subsystem, {"Alpha", "Beta"});
+    AddProfiles(Outlook15Profiles, {"Gamma"});
+    SetDefault(Subsystem, "Beta");
+    SetDefault(Outlook15, "Gamma");
+    SetDefault(Outlook15Profiles, "not here");
+    EXPECT_THAT(All(), ElementsAre("Gamma"));
+    EXPECT_EQ(std::string(CZebProfileNames().GetDefaultProfile()), "Gamma");
+}
+
+TEST_P(OutlookVersion, Is15WhereTheTextHoldsTheDigits)
+{
+    const auto [version, is15] = GetParam();
+    SetOutlookVersion(version);
+    AddProfiles(Subsystem, {"subsystem"});
+    AddProfiles(Outlook15Profiles, {"outlook"});
+    SetDefault(Subsystem, "subsystem");
+    SetDefault(Outlook15, "outlook");
+    EXPECT_THAT(All(), ElementsAre(is15 ? "outlook" : "subsystem"));
+    EXPECT_EQ(std::string(CZebProfileNames().GetDefaultProfile()), is15 ? "outlook" : "subsystem");
+}
+
+INSTANTIATE_TEST_SUITE_P(Text, OutlookVersion,
+                         ::testing::Values(std::pair{"Outlook.Application.15", true},
+                                           std::pair{"Outlook.Application.16", false},
+                                           std::pair{"Outlook.Application.14", false},
+                                           std::pair{"Outlook.Application.150", true}, std::pair{"15", true},
+                                           std::pair{"1.5", false}, std::pair{"", false}));
+
+TEST_F(ProfileNames, TheEndStaysTheEndUntilReset)
+{
+    AddProfiles(Subsystem, {"Alpha", "Beta"});
+    CZebProfileNames profiles;
+    EXPECT_THAT(All(profiles), ElementsAre("Alpha", "Beta"));
+    CString name = "kept";
+    EXPECT_EQ(profiles.GetNextName(name), 0);
+    EXPECT_EQ(profiles.GetNextName(name), 0);
+    EXPECT_EQ(std::string(name), "kept");
+    profiles.Reset();
+    EXPECT_EQ(profiles.GetNextName(name), 1);
+    EXPECT_EQ(std::string(name), "Alpha");
+}
+
+TEST_F(ProfileNames, TheVersionOfTheDefaultIsDecidedAfresh)
+{
+    SetDefault(Subsystem, "subsystem");
+    SetDefault(Outlook15, "outlook");
+    CZebProfileNames profiles;
+    EXPECT_EQ(std::string(profiles.GetDefaultProfile()), "subsystem");
+    SetOutlookVersion("Outlook.Application.15");
+    EXPECT_EQ(std::string(profiles.GetDefaultProfile()), "outlook");
+}
+
+TEST_F(ProfileNames, TheLibraryAsksThemForTheDefault)
+{
+    EXPECT_EQ(std::string(library.GetDefaultProfileName()), "");
+    SetDefault(Subsystem, "Beta");
+    EXPECT_EQ(std::string(library.GetDefaultProfileName()), "Beta");
+}
+
+TEST_F(ProfileNames, HasDefaultProfileSaysWhetherTheNameIsEmpty)
+{
+    EXPECT_FALSE(Zeb_HasDefaultProfile());
+    SetDefault(Subsystem, "Beta");
+    EXPECT_TRUE(Zeb_HasDefaultProfile());
+    SetDefault(Subsystem, "");
+    EXPECT_FALSE(Zeb_HasDefaultProfile());
+    EXPECT_TRUE(log.Lines().empty());
+}
+
+TEST_F(ProfileNames, HasDefaultProfileLogsWhatIsThrownAndSaysNo)
+{
+    SetDefault(Subsystem, "Beta");
+    bool has = true;
+    {
+        FailingNew failing(0, true);
+        has = Zeb_HasDefaultProfile();
+    }
+    EXPECT_FALSE(has);
+    EXPECT_THAT(log.Lines(), ElementsAre(::testing::Field(
+                                 &LogLine::text, StartsWith("EXCEPTION: Description: <Unknown>, File: "
+                                                            "\"zebapi/ZebAPI.cpp\", Line: "))));
+    EXPECT_EQ(log.Lines()[0].level, 1);
+}
+
+TEST_F(ProfileNames, HasDefaultStaticProfileKeepsItsFirstAnswer)
+{
+    SetDefault(Subsystem, "Beta");
+    EXPECT_TRUE(Zeb_HasDefaultStaticProfile());
+    RegistryKey::DeleteTree(RegistryRoot::CurrentUser, Subsystem);
+    EXPECT_FALSE(Zeb_HasDefaultProfile());
+    EXPECT_TRUE(Zeb_HasDefaultStaticProfile());
+}
+
+TEST_F(ProfAdmin, IsHandedOutByTheStartedProvider)
+{
+    provider.profAdmin = &admin;
+    Start(ProviderFile::Undecorated());
+    CZebProfAdmin opened = CZebProfAdmin::Open();
+    EXPECT_TRUE(opened.IsValid());
+    EXPECT_EQ(provider.adminCalls, 1);
+    EXPECT_EQ(provider.adminFlags, 0u);
+    EXPECT_EQ(admin.References(), 1u) << "the wrapper's own";
+    provider.admin = MAPI_E_NO_ACCESS;
+    EXPECT_EQ(ThrownBy([] { CZebProfAdmin::Open(); }), MAPI_E_NO_ACCESS);
+    EXPECT_FALSE(library.WasFailed());
+}
+
+TEST_F(ProfAdmin, WithoutAProviderCanNotBeOpened)
+{
+    EXPECT_EQ(ThrownBy([] { CZebProfAdmin::Open(); }), MAPI_E_CALL_FAILED);
+}
+
+TEST_F(ProfAdmin, HoldsAReferenceAndClosesIt)
+{
+    CZebProfAdmin profAdmin(&admin);
+    EXPECT_EQ(admin.References(), 1u);
+    {
+        CZebProfAdmin copy(profAdmin);
+        EXPECT_EQ(admin.References(), 2u);
+        EXPECT_TRUE(copy.IsValid());
+    }
+    EXPECT_EQ(admin.References(), 1u);
+    profAdmin.Close();
+    EXPECT_FALSE(profAdmin.IsValid());
+    EXPECT_EQ(admin.References(), 0u);
+    profAdmin.Close();
+    EXPECT_TRUE(log.Lines().empty());
+}
+
+TEST_F(ProfAdmin, AssigningSharesTheObject)
+{
+    CZebProfAdmin source(&admin);
+    CZebProfAdmin target;
+    CZebProfAdmin& result = target = source;
+    EXPECT_EQ(&result, &target);
+    EXPECT_TRUE(target.IsValid());
+    EXPECT_EQ(admin.References(), 2u);
+    target = *&target;
+    EXPECT_TRUE(target.IsValid());
+    EXPECT_EQ(admin.References(), 2u);
+    EXPECT_TRUE(log.Lines().empty());
+}
+
+TEST_F(ProfAdmin, AssigningAnEmptyOneEmptiesAndWritesTwoLines)
+{
+    CZebProfAdmin target(&admin);
+    target = CZebProfAdmin();
+    EXPECT_FALSE(target.IsValid());
+    EXPECT_EQ(admin.References(), 0u);
+    EXPECT_THAT(log.Texts(),
+                ElementsAre(StartsWith("THROW Exception 0x80004002 (MAPI_E_INTERFACE_NOT_SUPPORTED), File "
+                                       "zebapi/Profiles.cpp, line "),
+                            StartsWith("EXCEPTION: Description: \"MAPI_E_INTERFACE_NOT_SUPPORTED\", File: "
+                                       "\"zebapi/Profiles.cpp\", Line: ")));
+}
+
+TEST_F(ProfAdmin, AnEmptyOneRaises)
+{
+    CZebProfAdmin empty;
+    EXPECT_EQ(ComErrorThrownBy([&empty] { empty.GetProfileTable(); }), E_POINTER);
+    EXPECT_EQ(ComErrorThrownBy([&empty] { empty.GetDefaultProfileName(); }), E_POINTER);
+}
+
+TEST_F(ProfAdmin, GivesTheProfileTable)
+{
+    CZebProfAdmin profAdmin(&admin);
+    {
+        CZebTable profiles = profAdmin.GetProfileTable();
+        EXPECT_TRUE(profiles.IsValid());
+        EXPECT_EQ(table.References(), 1u) << "the wrapper's own";
+    }
+    EXPECT_THAT(journal.Take(), ElementsAre("admin: GetProfileTable(0x0)"));
+}
+
+TEST_F(ProfAdmin, AFailureCarriesTheObjectsError)
+{
+    CZebProfAdmin profAdmin(&admin);
+    admin.m_error = "profiles are locked";
+    admin.Fail("GetProfileTable", MAPI_E_BUSY);
+    EXPECT_EQ(ThrownBy([&profAdmin] { profAdmin.GetProfileTable(); }), MAPI_E_BUSY);
+    EXPECT_EQ(
+        log.CountBeginning("THROW Exception 0x8004010b (Ver:1, Error:profiles are locked, Component:admin, "
+                           "LowLewelError:2, Context:3 \n)"),
+        1u);
+}
+
+TEST_F(ProfAdmin, TheFirstRowMarkedDefaultNamesTheProfile)
+{
+    table.m_rows = {Row("Alpha", false), Row("Beta", true), Row("Gamma", true)};
+    EXPECT_EQ(std::string(CZebProfAdmin(&admin).GetDefaultProfileName()), "Beta");
+}
+
+TEST_F(ProfAdmin, RowsWithoutTheMarkArePassedOver)
+{
+    table.m_rows = {{{PR_DISPLAY_NAME_A, 0, "Alpha"}},
+                    {{PR_DISPLAY_NAME_A, 0, "Beta"},
+                     {PROP_TAG(PT_ERROR, PROP_ID(PR_DEFAULT_PROFILE)), MAPI_E_NOT_FOUND, ""}},
+                    Row("Gamma", true)};
+    EXPECT_EQ(std::string(CZebProfAdmin(&admin).GetDefaultProfileName()), "Gamma");
+}
+
+TEST_F(ProfAdmin, WithoutADefaultIsNotFoundWhereTheRegistryAnswersEmpty)
+{
+    table.m_rows = {Row("Alpha", false)};
+    EXPECT_EQ(ThrownBy([this] { CZebProfAdmin(&admin).GetDefaultProfileName(); }), MAPI_E_NOT_FOUND);
+    table.m_rows = {};
+    EXPECT_EQ(ThrownBy([this] { CZebProfAdmin(&admin).GetDefaultProfileName(); }), MAPI_E_NOT_FOUND);
+    EXPECT_EQ(std::string(CZebProfileNames().GetDefaultProfile()), "");
+}
+
+TEST(App, LogsItsStart)
+{
+    LogCapture log;
+    CZebAPIApp app;
+    EXPECT_EQ(app.InitInstance(), TRUE);
+    EXPECT_THAT(log.Lines(), ElementsAre(Line(1, "CZebAPIApp::InitInstance started")));
+}
+
+} // namespace zeb::test
