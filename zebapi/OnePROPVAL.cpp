@@ -42,16 +42,6 @@ CStringA BinaryText(const SBinary& binary)
 
 } // namespace
 
-CZebOnePropVal::CZebOnePropVal(SPropValue* value, void* allocationParent)
-    : m_parent(allocationParent)
-    , m_value(value)
-{
-}
-
-CZebOnePropVal::CZebOnePropVal(const CZebOnePropVal& other) = default;
-
-CZebOnePropVal::~CZebOnePropVal() = default;
-
 void CZebOnePropVal::CheckValid() const
 {
     if (m_value == nullptr)

@@ -48,7 +48,7 @@ protected:
     virtual void CheckType(ULONG type) const;
 
 public:
-    virtual ~CZebOnePropVal();
+    virtual ~CZebOnePropVal() = default;
     /// Whether String(false) has a text for this type; false without a value.
     virtual bool StringConversionPossible() const;
     /// The value as text: numbers in decimal, "true" and "false", narrow text, dates as local date and time,
@@ -166,9 +166,13 @@ public:
 
     /// Looks at `value` (null: no value); allocations are chained to `allocationParent` (null: none
     /// possible).
-    CZebOnePropVal(SPropValue* value, void* allocationParent);
+    CZebOnePropVal(SPropValue* value, void* allocationParent)
+        : m_parent(allocationParent)
+        , m_value(value)
+    {
+    }
     /// Looks at what `other` looks at.
-    CZebOnePropVal(const CZebOnePropVal& other);
+    CZebOnePropVal(const CZebOnePropVal& other) = default;
 
     /// PT_BINARY; the bytes are copied.
     CZebOnePropVal& operator=(const CZebBinary& value) { return *this = static_cast<const SBinary&>(value); }

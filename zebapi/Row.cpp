@@ -3,16 +3,6 @@
 #include "zebapi/Exception.h"
 #include "zebapi/RealValue.h"
 
-CZebRow::CZebRow(SRow* row, void* base)
-    : m_base(base)
-    , m_row(row)
-{
-}
-
-CZebRow::CZebRow(const CZebRow& other) = default;
-
-CZebRow::~CZebRow() = default;
-
 CZebRow& CZebRow::operator=(const CZebRow& other) = default;
 
 void CZebRow::CheckValid() const

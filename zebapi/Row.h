@@ -16,7 +16,7 @@ protected:
     virtual int FindTag(ULONG propTag) const;
 
 public:
-    virtual ~CZebRow();
+    virtual ~CZebRow() = default;
     /// Looks at what `other` looks at.
     virtual CZebRow& operator=(const CZebRow& other);
     /// The number of values. @throws CZebException* MAPI_E_BAD_VALUE
@@ -38,8 +38,12 @@ public:
 
     /// A view of `row`, which lives in the MAPI buffer `base`: the allocation parent of the values handed
     /// out.
-    CZebRow(SRow* row, void* base);
-    CZebRow(const CZebRow& other);
+    CZebRow(SRow* row, void* base)
+        : m_base(base)
+        , m_row(row)
+    {
+    }
+    CZebRow(const CZebRow& other) = default;
 
 private:
     void* m_base;

@@ -1,5 +1,7 @@
 #include "zebapi/TAGS.h"
 
+#include "zebapi/IProp.h"
+
 #include "tests/support/MapiMemory.h"
 #include "tests/support/Thrown.h"
 
@@ -58,6 +60,17 @@ protected:
 };
 
 using Tags = std::vector<ULONG>;
+
+/// An object whose real tags are one identifier up.
+class Renumbering : public CZebIProp
+{
+public:
+    ULONG GetRealTag(ULONG tag, bool flag) override
+    {
+        EXPECT_TRUE(flag);
+        return tag + 0x10000;
+    }
+};
 
 } // namespace
 
@@ -181,6 +194,18 @@ TEST_F(TagArray, FailedGrowthLeavesTheArrayAsItWas)
     EXPECT_EQ(TagsOf(tags), (Tags{1}));
     memory.FailAllocation(1);
     EXPECT_EQ(ThrownBy([&] { CZebPropTagArray copy(tags); }), MAPI_E_NOT_ENOUGH_MEMORY);
+}
+
+TEST_F(TagArray, AppliesToAnObjectsRealTagsInPlace)
+{
+    Renumbering object;
+    CZebPropTagArray tags;
+    EXPECT_EQ(ThrownBy([&] { tags.ApplyTo(object); }), E_INVALIDARG);
+    tags.Add(0x8001001E, 0x80020003, 0);
+    SPropTagArray* before = tags;
+    tags.ApplyTo(object);
+    EXPECT_EQ(TagsOf(tags), (Tags{0x8002001E, 0x80030003}));
+    EXPECT_EQ(static_cast<SPropTagArray*>(tags), before);
 }
 
 } // namespace zeb::test
