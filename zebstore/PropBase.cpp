@@ -82,7 +82,7 @@ std::vector<ULONG> PropBase::AllTags(bool unicode)
     std::vector<ULONG> tags;
     PropertySet computed;
     for (ULONG tag : ComputedTags())
-        if (Compute(tag, computed))
+        if (Lists(tag) && Compute(tag, computed))
             tags.push_back(WithTextForm(computed.Find(tag).tag, unicode));
     for (const PropertySet::Item& item : Stored().Items())
         if (!computed.Has(item.tag))
@@ -150,6 +150,7 @@ void PropBase::SetPropsOf(ULONG count, const SPropValue* values, SPropProblemArr
                     if (HasId(computed, value.ulPropTag))
                         throw Error(MAPI_E_COMPUTED);
                     properties.Set(value);
+                    Written(value.ulPropTag);
                 }
                 catch (const Error& error)
                 {
@@ -179,6 +180,8 @@ void PropBase::DeletePropsOf(const SPropTagArray* tags, SPropProblemArray** prob
                     found.Add(i, tag, MAPI_E_COMPUTED);
                 else if (!properties.Remove(tag))
                     found.Add(i, tag, MAPI_E_NOT_FOUND);
+                else
+                    Written(tag);
             }
         });
     if (problems)
@@ -229,6 +232,7 @@ void PropBase::PutStreamValue(ULONG tag, const std::shared_ptr<StagedValue>& val
                 properties.SetLarge(tag, value);
             else
                 SetFromBytes(properties, tag, *value);
+            Written(tag);
         });
 }
 

@@ -73,8 +73,12 @@ protected:
     virtual bool Compute(ULONG tag, PropertySet& out) = 0;
     /// The tags of all that is computed; these can not be written.
     virtual const std::vector<ULONG>& ComputedTags() = 0;
+    /// False for a computed property that only those get who ask for it by its tag.
+    virtual bool Lists(ULONG) { return true; }
     /// Changes the stored properties through `change`; an object without a transaction saves them at once.
     virtual void Edit(const std::function<void(PropertySet&)>& change) = 0;
+    /// Told of each property that a caller has set or deleted.
+    virtual void Written(ULONG) {}
     /// Opens what is no stream: tables of a container, recipients, an embedded message.
     /// @return an interface for the caller. @throws Error MAPI_E_INTERFACE_NOT_SUPPORTED
     virtual IUnknown* OpenObject(ULONG tag, const IID& iid, ULONG options, ULONG flags);

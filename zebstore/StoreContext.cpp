@@ -40,7 +40,7 @@ public:
         {
         case PROP_ID(PR_ENTRYID):
         case PROP_ID(PR_RECORD_KEY):
-            SetId(out, tag, MakeMessageEntryId(m_uid, message));
+            SetId(out, CHANGE_PROP_TYPE(tag, PT_BINARY), MakeMessageEntryId(m_uid, message));
             return true;
         case PROP_ID(PR_PARENT_ENTRYID):
             SetId(out, PR_PARENT_ENTRYID, MakeFolderEntryId(m_uid, FolderOf(message)));
@@ -62,7 +62,7 @@ public:
         {
         case PROP_ID(PR_ENTRYID):
         case PROP_ID(PR_RECORD_KEY):
-            SetId(out, tag, MakeFolderEntryId(m_uid, folder.id));
+            SetId(out, CHANGE_PROP_TYPE(tag, PT_BINARY), MakeFolderEntryId(m_uid, folder.id));
             return true;
         case PROP_ID(PR_PARENT_ENTRYID):
             SetId(out, PR_PARENT_ENTRYID,
@@ -134,7 +134,7 @@ private:
             return true;
         case PROP_ID(PR_STORE_RECORD_KEY):
         case PROP_ID(PR_MAPPING_SIGNATURE):
-            out.SetBinary(tag, m_uid.ab, sizeof(m_uid.ab));
+            out.SetBinary(CHANGE_PROP_TYPE(tag, PT_BINARY), m_uid.ab, sizeof(m_uid.ab));
             return true;
         case PROP_ID(PrInstanceKey):
             out.SetBinary(PrInstanceKey, &key, sizeof(key));

@@ -44,6 +44,10 @@ constexpr LONG StoreSupportMask = STORE_ENTRYID_UNIQUE | STORE_MODIFY_OK | STORE
                                   STORE_OLE_OK | STORE_MV_PROPS_OK | STORE_RESTRICTION_OK | STORE_SORT_OK |
                                   0x00040000 /* STORE_UNICODE_OK */;
 
+/// The provider's own UID (PR_MDB_PROVIDER).
+constexpr MAPIUID ProviderUid = {
+    {0x5A, 0x45, 0x42, 0x53, 0x74, 0x6F, 0x72, 0x65, 0x8D, 0x2C, 0x41, 0x77, 0xB0, 0x93, 0x1E, 0x64}};
+
 using StorePtr = std::shared_ptr<StoreContext>;
 
 /// True when `tags` has one with the identifier of `tag`.

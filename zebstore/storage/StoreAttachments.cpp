@@ -42,9 +42,11 @@ MessageId EmbeddedAfter(StoreFile& store, const AttachmentEdit& edit, const OldA
 {
     if (!edit.embedded && !edit.dropEmbedded)
         return old.embedded;
+    // The old one goes last: the new one may hold large values that are still the old one's.
+    const MessageId made = edit.embedded ? InsertMessage(store, 0, *edit.embedded, depth + 1) : 0;
     if (old.embedded != 0)
         DeleteMessageRow(store, old.embedded);
-    return edit.embedded ? InsertMessage(store, 0, *edit.embedded, depth + 1) : 0;
+    return made;
 }
 
 void RemoveAttachment(StoreFile& store, MessageId message, ULONG number, const OldAttachment& old)
