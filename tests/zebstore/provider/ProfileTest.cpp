@@ -1,0 +1,139 @@
+#include "tests/zebstore/provider/ProviderFixture.h"
+
+#include "platform/registry.h"
+#include "zebstore/storage/StoreFile.h"
+
+#include <fstream>
+
+namespace zebstore
+{
+namespace
+{
+
+using zeb::platform::RegistryKey;
+using zeb::platform::RegistryRoot;
+
+constexpr char ClassicProfiles[] =
+    "Software\\Microsoft\\Windows NT\\CurrentVersion\\Windows Messaging Subsystem\\Profiles";
+
+class Profiles : public Provider
+{
+protected:
+    static Texts Names()
+    {
+        IMAPITable* table = nullptr;
+        EXPECT_EQ(Admin()->GetProfileTable(0, &table), S_OK);
+        const Rows rows(table, {PR_DISPLAY_NAME_A, PR_DEFAULT_PROFILE});
+        Texts names;
+        for (ULONG i = 0; i < rows.Count(); ++i)
+            names.push_back(rows.TextCell(i, 0) + (rows.Cell(i, 1).Value.b ? "*" : ""));
+        return names;
+    }
+};
+
+TEST_F(Profiles, StandWhereMapiKeepsThem)
+{
+    EXPECT_TRUE(RegistryKey::Open(RegistryRoot::CurrentUser, std::string(ClassicProfiles) + "\\Main"));
+    const auto key = RegistryKey::Open(RegistryRoot::CurrentUser, ClassicProfiles);
+    ASSERT_TRUE(key);
+    EXPECT_EQ(key->StringValue("DefaultProfile"), "Main");
+}
+
+TEST_F(Profiles, OfOutlook15StandInItsOwnPlace)
+{
+    RegistryKey::Create(RegistryRoot::ClassesRoot, "Outlook.Application\\CurVer")
+        .SetStringValue("", "Outlook.Application.15");
+    EXPECT_EQ(Names(), Texts());
+    ASSERT_EQ(Admin()->CreateProfile(Text("Other"), nullptr, 0, 0), S_OK);
+    EXPECT_TRUE(RegistryKey::Open(RegistryRoot::CurrentUser,
+                                  "Software\\Microsoft\\Office\\15.0\\Outlook\\Profiles\\Other"));
+    const auto key =
+        RegistryKey::Open(RegistryRoot::CurrentUser, "Software\\Microsoft\\Office\\15.0\\Outlook");
+    ASSERT_TRUE(key);
+    EXPECT_EQ(key->StringValue("DefaultProfile"), "Other");
+}
+
+TEST_F(Profiles, AreCreatedListedMadeDefaultAndDeleted)
+{
+    EXPECT_EQ(Names(), Texts({"Main*"}));
+    EXPECT_EQ(Admin()->CreateProfile(Text("Second"), nullptr, 0, 0), S_OK);
+    EXPECT_EQ(Names(), Texts({"Main*", "Second"}));
+    EXPECT_EQ(Admin()->CreateProfile(Text("second"), nullptr, 0, 0), MAPI_E_NO_ACCESS);
+    EXPECT_EQ(Admin()->SetDefaultProfile(Text("Second"), 0), S_OK);
+    EXPECT_EQ(Names(), Texts({"Main", "Second*"}));
+    EXPECT_EQ(Admin()->DeleteProfile(Text("Second"), 0), S_OK);
+    EXPECT_EQ(Names(), Texts({"Main"}));
+    EXPECT_EQ(Admin()->DeleteProfile(Text("Second"), 0), MAPI_E_NOT_FOUND);
+    EXPECT_EQ(Admin()->SetDefaultProfile(Text("Second"), 0), MAPI_E_NOT_FOUND);
+    for (const char* bad : {"", "a\\b", " x"})
+        EXPECT_EQ(Admin()->CreateProfile(Text(bad), nullptr, 0, 0), MAPI_E_INVALID_PARAMETER) << bad;
+}
+
+TEST_F(Profiles, ThatAreRenamedKeepTheirStoreAndTheirPlaceAsDefault)
+{
+    EXPECT_EQ(Admin()->RenameProfile(Text("Main"), nullptr, Text("Work"), 0, 0), S_OK);
+    EXPECT_EQ(Names(), Texts({"Work*"}));
+    IMAPISession* session = nullptr;
+    ASSERT_EQ(MAPILogonEx(0, Text("Work"), nullptr, 0, &session), S_OK);
+    m_session = Ref<IMAPISession>::Adopt(session);
+    EXPECT_FALSE(StoreId().empty());
+}
+
+TEST_F(Profiles, HaveOneStore)
+{
+    const Ref<IMsgServiceAdmin> services = Services("Main");
+    EXPECT_EQ(services->CreateMsgService(Text("zebstore"), Text("x"), 0, 0), MAPI_E_NO_ACCESS);
+    EXPECT_EQ(services->CreateMsgService(Text("other"), Text("x"), 0, 0), MAPI_E_NOT_FOUND);
+    EXPECT_EQ(Admin()->AdminServices(Text("None"), nullptr, 0, 0, nullptr), MAPI_E_INVALID_PARAMETER);
+    IMsgServiceAdmin* none = nullptr;
+    EXPECT_EQ(Admin()->AdminServices(Text("None"), nullptr, 0, 0, &none), MAPI_E_NOT_FOUND);
+}
+
+TEST_F(Profiles, ShowTheirStoreInTheServiceTable)
+{
+    IMAPITable* table = nullptr;
+    ASSERT_EQ(Services("Main")->GetMsgServiceTable(0, &table), S_OK);
+    const Rows rows(table,
+                    {PR_SERVICE_NAME_A, PR_DISPLAY_NAME_A, PR_ZEBSTORE_PATH_A, PR_ZEBSTORE_DURABILITY_A});
+    ASSERT_EQ(rows.Count(), 1u);
+    EXPECT_EQ(rows.TextCell(0, 0), "zebstore");
+    EXPECT_EQ(rows.TextCell(0, 1), "Mail of Main");
+    EXPECT_EQ(rows.TextCell(0, 2), m_path);
+    EXPECT_EQ(rows.TextCell(0, 3), "normal");
+}
+
+TEST_F(Profiles, AreNotConfiguredWithAMissingFileThatIsNotToBeCreated)
+{
+    const std::string path = m_folder.File("none.zeb");
+    EXPECT_EQ(MakeProfile("Second", path, false), MAPI_E_NOT_FOUND);
+    EXPECT_NE(LastErrorText(MAPI_E_NOT_FOUND).find(path), std::string::npos);
+    EXPECT_FALSE(StoreFile::Exists(path));
+}
+
+TEST_F(Profiles, AreNotConfiguredWithAFileThatIsNoStore)
+{
+    const std::string path = m_folder.File("text.zeb");
+    std::ofstream(path) << "this is no database";
+    EXPECT_TRUE(FAILED(MakeProfile("Second", path)));
+}
+
+TEST_F(Profiles, AreNotConfiguredWithWrongSettings)
+{
+    const Ref<IMsgServiceAdmin> services = Services("Main");
+    IMAPITable* table = nullptr;
+    ASSERT_EQ(services->GetMsgServiceTable(0, &table), S_OK);
+    const Rows rows(table, {PR_SERVICE_UID});
+    MAPIUID uid;
+    std::copy_n(rows.BytesCell(0, 0).data(), sizeof(uid.ab), uid.ab);
+    SPropValue durability = NarrowValue(PR_ZEBSTORE_DURABILITY_A, "sometimes");
+    EXPECT_EQ(services->ConfigureMsgService(&uid, 0, 0, 1, &durability), MAPI_E_INVALID_PARAMETER);
+    durability = NarrowValue(PR_ZEBSTORE_DURABILITY_A, "full");
+    EXPECT_EQ(services->ConfigureMsgService(&uid, 0, 0, 1, &durability), S_OK);
+    SPropValue other = LongValue(PROP_TAG(PT_LONG, 0x6700), 1);
+    EXPECT_EQ(services->ConfigureMsgService(&uid, 0, 0, 1, &other), MAPI_E_INVALID_PARAMETER);
+    uid.ab[0] ^= 1;
+    EXPECT_EQ(services->ConfigureMsgService(&uid, 0, 0, 0, nullptr), MAPI_E_NOT_FOUND);
+}
+
+} // namespace
+} // namespace zebstore

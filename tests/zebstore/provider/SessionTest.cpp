@@ -1,0 +1,166 @@
+#include "tests/zebstore/provider/ProviderFixture.h"
+
+#include <filesystem>
+#include <fstream>
+
+namespace zebstore
+{
+namespace
+{
+
+class Sessions : public Provider
+{
+protected:
+    HRESULT LogonCode(const char* profile, ULONG flags)
+    {
+        IMAPISession* session = nullptr;
+        const HRESULT code = MAPILogonEx(0, Text(profile), nullptr, flags, &session);
+        EXPECT_EQ(session != nullptr, SUCCEEDED(code));
+        if (session)
+            session->Release();
+        return code;
+    }
+
+    std::string SessionErrorText(HRESULT code)
+    {
+        MAPIERROR* error = nullptr;
+        EXPECT_EQ(Session().GetLastError(code, 0, &error), S_OK);
+        const Buffer<MAPIERROR> owner(error);
+        return error ? reinterpret_cast<const char*>(error->lpszError) : "";
+    }
+};
+
+TEST_F(Sessions, OpenByNameAndByDefault)
+{
+    EXPECT_EQ(LogonCode("Main", 0x8023), S_OK);
+    EXPECT_EQ(LogonCode("main", 0x8023), S_OK);
+    EXPECT_EQ(LogonCode(nullptr, 0x8069), S_OK);
+    EXPECT_EQ(LogonCode(nullptr, 0), S_OK);
+    EXPECT_EQ(MAPILogonEx(0, reinterpret_cast<LPTSTR>(const_cast<WCHAR*>(ZEBW("Nobody"))), nullptr,
+                          MAPI_UNICODE, nullptr),
+              MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(LogonCode("Nobody", 0x8023), MAPI_E_LOGON_FAILED);
+    EXPECT_EQ(LogonCode("Main\\x", 0x8023), MAPI_E_LOGON_FAILED);
+}
+
+TEST_F(Sessions, NeedADefaultWhenNoNameIsGiven)
+{
+    EXPECT_EQ(Admin()->DeleteProfile(Text("Main"), 0), S_OK);
+    EXPECT_EQ(LogonCode(nullptr, 0x8069), MAPI_E_LOGON_FAILED);
+}
+
+TEST_F(Sessions, NeedAStartedProvider)
+{
+    MAPIUninitialize();
+    EXPECT_EQ(LogonCode("Main", 0), MAPI_E_NOT_INITIALIZED);
+    IProfAdmin* admin = nullptr;
+    EXPECT_EQ(MAPIAdminProfiles(0, &admin), MAPI_E_NOT_INITIALIZED);
+    MAPIINIT_0 wrong = {7, 0};
+    EXPECT_EQ(MAPIInitialize(&wrong), MAPI_E_VERSION);
+    MAPIINIT_0 right = {0, MAPI_MULTITHREAD_NOTIFICATIONS};
+    EXPECT_EQ(MAPIInitialize(&right), S_OK);
+}
+
+TEST_F(Sessions, ListTheStoreAsTheDefaultOne)
+{
+    IMAPITable* table = nullptr;
+    ASSERT_EQ(Session().GetMsgStoresTable(0, &table), S_OK);
+    const Rows rows(table, {PR_DEFAULT_STORE, PR_DISPLAY_NAME_A, PR_PROVIDER_DISPLAY_A, PR_RESOURCE_TYPE,
+                            PR_RECORD_KEY, PR_MDB_PROVIDER});
+    ASSERT_EQ(rows.Count(), 1u);
+    EXPECT_TRUE(rows.Cell(0, 0).Value.b);
+    EXPECT_EQ(rows.TextCell(0, 1), "Mail of Main");
+    EXPECT_EQ(rows.TextCell(0, 2), "zebstore");
+    EXPECT_EQ(rows.Cell(0, 3).Value.l, LONG(MAPI_STORE_PROVIDER));
+    EXPECT_EQ(rows.BytesCell(0, 4).size(), 16u);
+    EXPECT_EQ(rows.BytesCell(0, 5).size(), 16u);
+}
+
+TEST_F(Sessions, DefaultColumnsOfTheStoreTableNameTheDefaultStoreAndItsIdentifier)
+{
+    IMAPITable* table = nullptr;
+    ASSERT_EQ(Session().GetMsgStoresTable(0, &table), S_OK);
+    const Rows rows(table);
+    ASSERT_EQ(rows.Count(), 1u);
+    EXPECT_EQ(rows.Cell(0, 0).ulPropTag, PR_DEFAULT_STORE);
+    EXPECT_EQ(rows.Cell(0, 1).ulPropTag, PR_ENTRYID);
+}
+
+TEST_F(Sessions, SayWhichFileIsMissing)
+{
+    Session();
+    std::filesystem::remove(m_path);
+    IMAPITable* table = nullptr;
+    const HRESULT code = Session().GetMsgStoresTable(0, &table);
+    EXPECT_EQ(code, MAPI_E_NOT_FOUND);
+    EXPECT_NE(SessionErrorText(code).find("main.zeb"), std::string::npos) << SessionErrorText(code);
+}
+
+TEST_F(Sessions, SayWhichFileIsNoStore)
+{
+    std::filesystem::remove(m_path);
+    std::ofstream(m_path) << std::string(5000, 'x');
+    IMAPITable* table = nullptr;
+    const HRESULT code = Session().GetMsgStoresTable(0, &table);
+    EXPECT_EQ(code, MAPI_E_CORRUPT_STORE);
+    EXPECT_NE(SessionErrorText(code).find("main.zeb"), std::string::npos) << SessionErrorText(code);
+}
+
+TEST_F(Sessions, OpenAnyIdentifierAndSayWhatItIs)
+{
+    const auto typeOf = [&](const Bytes& id)
+    {
+        ULONG type = 0;
+        IUnknown* object = nullptr;
+        EXPECT_EQ(Session().OpenEntry(static_cast<ULONG>(id.size()), Id(id), &IID_IMAPIProp, MAPI_BEST_ACCESS,
+                                      &type, &object),
+                  S_OK);
+        if (object)
+            object->Release();
+        return type;
+    };
+    EXPECT_EQ(typeOf(StoreId()), MAPI_STORE);
+    EXPECT_EQ(typeOf(InboxId()), MAPI_FOLDER);
+    EXPECT_EQ(typeOf(SaveMessage(*Inbox())), MAPI_MESSAGE);
+}
+
+TEST_F(Sessions, CompareIdentifiers)
+{
+    const auto same = [&](const Bytes& a, const Bytes& b)
+    {
+        ULONG result = 2;
+        EXPECT_EQ(Session().CompareEntryIDs(static_cast<ULONG>(a.size()), Id(a), static_cast<ULONG>(b.size()),
+                                            Id(b), 0, &result),
+                  S_OK);
+        return result;
+    };
+    const Bytes inbox = InboxId();
+    const Bytes message = SaveMessage(*Inbox());
+    EXPECT_EQ(same(inbox, inbox), 1u);
+    EXPECT_EQ(same(inbox, message), 0u);
+    EXPECT_EQ(same(StoreId(), StoreId()), 1u);
+    EXPECT_EQ(same(StoreId(), inbox), 0u);
+}
+
+TEST_F(Sessions, AreOverAfterLogoffButTheirObjectsLiveOn)
+{
+    const Ref<IMAPIFolder> inbox = Inbox();
+    EXPECT_EQ(Session().Logoff(0, 0, 0), S_OK);
+    IMAPITable* table = nullptr;
+    EXPECT_EQ(Session().GetMsgStoresTable(0, &table), MAPI_E_END_OF_SESSION);
+    EXPECT_EQ(GetLong(inbox.Get(), PR_CONTENT_COUNT), 0);
+}
+
+TEST_F(Sessions, RefuseWhatTheProviderDoesNotHave)
+{
+    IAddrBook* book = nullptr;
+    EXPECT_EQ(Session().OpenAddressBook(0, nullptr, 0, &book), MAPI_E_NO_SUPPORT);
+    ULONG connection = 0;
+    EXPECT_EQ(Session().Advise(0, nullptr, 0, nullptr, &connection), MAPI_E_NO_SUPPORT);
+    ULONG size = 0;
+    ENTRYID* id = nullptr;
+    EXPECT_EQ(Session().QueryIdentity(&size, &id), MAPI_E_NOT_FOUND);
+}
+
+} // namespace
+} // namespace zebstore
