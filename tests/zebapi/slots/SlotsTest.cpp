@@ -1,0 +1,54 @@
+#include "tests/zebapi/slots/Slots.h"
+
+using namespace zeb::test;
+
+namespace
+{
+
+/// The entry of a slot: those behind the destructor are one further on.
+size_t EntryOf(const SlotTable& table, size_t slot)
+{
+    return slot + (slot > table.destructor ? 1 : 0);
+}
+
+} // namespace
+
+TEST(Slots, EveryClassHasItsTable)
+{
+    EXPECT_EQ(SlotTables().size(), 36u);
+}
+
+TEST(Slots, EveryOperationStandsInItsSlot)
+{
+    for (const auto& [name, table] : SlotTables())
+    {
+        for (const SlotRow& row : table.rows)
+        {
+            EXPECT_EQ(row.entry, EntryOf(table, row.number)) << name << " " << row.name;
+        }
+    }
+}
+
+TEST(Slots, EverySlotThatAClassAddsIsPinned)
+{
+    for (const auto& [name, table] : SlotTables())
+    {
+        std::set<size_t> pinned = {table.destructor};
+        for (const SlotRow& row : table.rows)
+        {
+            EXPECT_TRUE(pinned.insert(row.number).second) << name << " has two of slot " << row.number;
+        }
+        for (size_t slot = table.first; slot < table.count; ++slot)
+        {
+            EXPECT_EQ(pinned.count(slot), 1u) << name << " lacks slot " << slot;
+        }
+    }
+}
+
+TEST(Slots, NoClassHasFurtherOnes)
+{
+    for (const auto& [name, table] : SlotTables())
+    {
+        EXPECT_EQ(table.behind, EntryOf(table, table.count)) << name;
+    }
+}
