@@ -6,6 +6,7 @@
 #include "zebapi/OnePROPVAL.h"
 #include "zebapi/OpenEntry.h"
 #include "zebapi/PROPVALArray.h"
+#include "zebapi/PropDump.h"
 #include "zebapi/SESSION.h"
 #include "zebapi/TAGS.h"
 
@@ -71,31 +72,6 @@ String ReadWhole(const CComPtr<IStream>& stream)
     buffer[length] = 0;
     text.ReleaseBuffer();
     return text;
-}
-
-/// The constant's name and a tab; a constant without a name as a number.
-CStringA NameOrNumber(const char* table, ULONG value)
-{
-    CStringA text;
-    if (const char* name = Zeb_NameFromValue(table, value))
-    {
-        text.Format("%s\t", name);
-    }
-    else
-    {
-        text.Format("%#04X\t", static_cast<unsigned int>(value));
-    }
-    return text;
-}
-
-CStringA DumpLine(const CZebOnePropVal& value)
-{
-    constexpr int MaxValueLength = 256;
-    CStringA line = NameOrNumber("PropIDs", value.GetPropID());
-    line += NameOrNumber("PropType", value.GetType());
-    line += value.StringConversionPossible() ? value.String(false).Left(MaxValueLength)
-                                             : CStringA("<No string conversion>");
-    return line;
 }
 
 } // namespace
@@ -490,7 +466,7 @@ void CZebIProp::DumpAllProps()
                      LLog(3, "ZebAPI", Separator);
                      for (ULONG i = 0; values.IsValid() && i < values.Count(); ++i)
                      {
-                         LLog(3, "ZebAPI", static_cast<const char*>(DumpLine(values.GetAt(i))));
+                         LLog(3, "ZebAPI", static_cast<const char*>(zeb::DumpLine(values.GetAt(i))));
                      }
                      LLog(3, "ZebAPI", Separator);
                  });
