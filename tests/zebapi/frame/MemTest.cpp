@@ -3,8 +3,8 @@
 #include "tests/support/LogCapture.h"
 #include "tests/support/MapiMemory.h"
 #include "tests/support/Thrown.h"
+#include "tests/support/providers/WabObject.h"
 #include "tests/zebapi/frame/EntryPointScope.h"
-#include "tests/zebapi/frame/WabObject.h"
 #include "zebapi/Exception.h"
 
 #include <gmock/gmock.h>

@@ -2,8 +2,8 @@
 #include "tests/zebapi/frame/LibraryFixture.h"
 
 #include "tests/support/doubles/RecordingStore.h"
+#include "tests/support/providers/WabObject.h"
 #include "tests/zebapi/frame/EntryPointScope.h"
-#include "tests/zebapi/frame/WabObject.h"
 #include "zebapi/MEM.h"
 
 namespace zeb::test

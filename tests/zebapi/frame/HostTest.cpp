@@ -1,0 +1,96 @@
+// The shared library in a host of its own: the system's step of the search, the start line, the end of the process.
+#include "platform/module.h"
+#include "tests/support/Environment.h"
+#include "tests/support/TempFolder.h"
+#include "tests/support/providers/ProviderFile.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace zeb::test
+{
+
+namespace
+{
+
+using ::testing::HasSubstr;
+
+std::string Contents(const std::string& path)
+{
+    std::ifstream file(path);
+    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+/// A copy of the probe and the library in a folder of the test's own.
+class Host : public ::testing::Test
+{
+protected:
+    Host()
+    {
+        for (const char* file : {ZEB_PROBE_FILE, ZEB_LIBRARY_FILE})
+        {
+            std::filesystem::copy_file(platform::OwnFolder() + file, folder.File(file));
+        }
+    }
+
+    /// Runs the probe from another folder. @return what it wrote
+    std::string Run(const std::string& arguments)
+    {
+        const std::string output = folder.File("output.txt");
+        const std::string command = folder.File(ZEB_PROBE_FILE) + " " + output + " " + arguments;
+        EXPECT_EQ(std::system(command.c_str()), 0) << command;
+        return Contents(output);
+    }
+    std::string Log() { return Contents(log); }
+
+    TempFolder folder;
+    std::string log = folder.File("log.txt");
+    EnvironmentScope logFile{"ZEBAPI_LOG", log};
+    EnvironmentScope registry{"ZEBAPI_REGISTRY", folder.File("registry.reg")};
+};
+
+} // namespace
+
+TEST_F(Host, ThePlaceBesideTheLibraryIsTheFirstForABareName)
+{
+    ProviderFile::Both().Save(folder.File("MAPI32.DLL"));
+    EXPECT_EQ(Run("stop"), "found 'MAPI32.DLL', class 1\nstarted\nallocated\nstopped\n");
+    EXPECT_THAT(Log(), HasSubstr("System MAPI is correct: MAPI32.DLL"));
+}
+
+TEST_F(Host, WhatIsNoLibraryBesideItIsNoProvider)
+{
+    std::ofstream(folder.File("MAPI32.DLL")) << "not a library at all\n";
+    EXPECT_EQ(Run("stop"), "found '', class 0\nfailed with MAPI_E_CALL_FAILED\nstopped\n");
+    EXPECT_THAT(Log(), HasSubstr("Unable to load 'MAPI32.DLL'"));
+}
+
+TEST_F(Host, LoadingTheLibraryWritesItsStartLineFirst)
+{
+    std::ofstream(folder.File("MAPI32.DLL")) << "not a library at all\n";
+    Run("stop");
+    const std::string first = Log().substr(0, Log().find('\n'));
+    EXPECT_THAT(first, HasSubstr("ZebAPI"));
+    EXPECT_THAT(first, HasSubstr("CZebAPIApp::InitInstance started"));
+}
+
+TEST_F(Host, AProcessMayEndWithMapiStarted)
+{
+    ProviderFile::Undecorated().Save(folder.File("MAPI32.DLL"));
+    EXPECT_EQ(Run("leave"), "found 'MAPI32.DLL', class 2\nstarted\nallocated\n");
+}
+
+TEST_F(Host, AProcessMayEndWithTheAddressBookOpen)
+{
+    const std::string wab = folder.File("wab32.dll");
+    ProviderFile::Undecorated().Save(wab);
+    EXPECT_EQ(Run("wab-stop " + wab), "started\nallocated\nstopped\n");
+    EXPECT_EQ(Run("wab-leave " + wab), "started\nallocated\n");
+}
+
+} // namespace zeb::test
