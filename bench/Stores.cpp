@@ -56,7 +56,7 @@ void Check(HRESULT result, const char* what)
 const ULONG kMessageTags[12] = {
     PR_SUBJECT_W,     PR_MESSAGE_CLASS_W,       PR_SENDER_NAME_W,      PR_SENDER_EMAIL_ADDRESS_W,
     PR_DISPLAY_TO_W,  PR_MESSAGE_DELIVERY_TIME, PR_CLIENT_SUBMIT_TIME, PR_IMPORTANCE,
-    PR_MESSAGE_FLAGS, kInternetMessageId, PR_SEARCH_KEY,         PR_BODY_W};
+    PR_MESSAGE_FLAGS, kInternetMessageId,       PR_SEARCH_KEY,         PR_BODY_W};
 
 void FillMessage(CZebPropValArray& values, ULONG number)
 {
