@@ -319,7 +319,7 @@ TEST_F(CachedTable, MayGoWhileNotificationsArrive)
     IMAPIAdviseSink* sink = nullptr;
     for (int i = 0; i < 500; ++i)
     {
-        auto table = std::make_unique<OpenTable>(&m_double);
+        auto table = std::make_unique<CZebCachedTable>(&m_double);
         sink = m_double.Sink();
         sink->AddRef();
         std::atomic<bool> started{false};
