@@ -99,11 +99,10 @@ protected:
         constexpr ULONG tags[] = {
             PR_SUBJECT_W,    PR_SUBJECT_A,     PR_SENDER_NAME_W, PR_MESSAGE_DELIVERY_TIME,
             PR_MESSAGE_SIZE, PR_MESSAGE_FLAGS, PR_IMPORTANCE};
-        SizedSSortOrderSet(3, set) = {};
-        set.cSorts = 1 + random() % 3;
-        for (ULONG i = 0; i < set.cSorts; ++i)
-            set.aSort[i] = {tags[random() % 7], ULONG(random() % 2)};
-        return SortOrder(*reinterpret_cast<SSortOrderSet*>(&set));
+        std::vector<SSortOrder> keys(1 + random() % 3);
+        for (SSortOrder& key : keys)
+            key = {tags[random() % 7], ULONG(random() % 2)};
+        return SortOrder(*SortSet(keys));
     }
 
     // Asks each message itself.

@@ -7,7 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
+#include <vector>
 
 namespace zebstore::test
 {
@@ -65,6 +67,24 @@ inline PropertySet Named(const std::string& name)
     PropertySet properties;
     properties.SetText(PR_DISPLAY_NAME_W, name);
     return properties;
+}
+
+/// Sort keys and columns as MAPI takes them.
+inline Buffer<SSortOrderSet> SortSet(const std::vector<SSortOrder>& keys, ULONG categories = 0)
+{
+    Buffer<SSortOrderSet> set(Allocate(CbNewSSortOrderSet(keys.size())));
+    set->cSorts = static_cast<ULONG>(keys.size());
+    set->cCategories = categories;
+    set->cExpanded = 0;
+    std::copy(keys.begin(), keys.end(), set->aSort);
+    return set;
+}
+inline Buffer<SPropTagArray> TagArray(const std::vector<ULONG>& tags)
+{
+    Buffer<SPropTagArray> array(Allocate(CbNewSPropTagArray(tags.size())));
+    array->cValues = static_cast<ULONG>(tags.size());
+    std::copy(tags.begin(), tags.end(), array->aulPropTag);
+    return array;
 }
 
 /// The code of the Error that `body` throws, S_OK when it throws none.

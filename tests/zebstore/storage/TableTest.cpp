@@ -52,15 +52,11 @@ protected:
     }
     static void Columns(IMAPITable& table, std::vector<ULONG> tags)
     {
-        SizedSPropTagArray(8, array) = {};
-        array.cValues = static_cast<ULONG>(tags.size());
-        std::copy(tags.begin(), tags.end(), array.aulPropTag);
-        ASSERT_EQ(table.SetColumns(reinterpret_cast<SPropTagArray*>(&array), 0), S_OK);
+        ASSERT_EQ(table.SetColumns(TagArray(tags).Get(), 0), S_OK);
     }
     static void Sort(IMAPITable& table, ULONG tag, ULONG order)
     {
-        SizedSSortOrderSet(1, set) = {1, 0, 0, {{tag, order}}};
-        ASSERT_EQ(table.SortTable(reinterpret_cast<SSortOrderSet*>(&set), 0), S_OK);
+        ASSERT_EQ(table.SortTable(SortSet({{tag, order}}).Get(), 0), S_OK);
     }
     // The values of PR_IMPORTANCE, by which the rows are told apart.
     static std::vector<LONG> Rows(IMAPITable& table, LONG count, ULONG flags = 0)
@@ -174,17 +170,17 @@ TEST_F(TableTest, SortingGoesByEveryKeyInItsDirection)
     const auto table = Contents();
     Sort(*table, PR_SUBJECT_A, TABLE_SORT_DESCEND);
     EXPECT_EQ(Rows(*table, 9), (Numbers{5, 4, 3, 2, 1, 0}));
-    SizedSSortOrderSet(2, set) = {
-        2, 0, 0, {{PR_MESSAGE_FLAGS, TABLE_SORT_DESCEND}, {PR_IMPORTANCE, TABLE_SORT_ASCEND}}};
-    ASSERT_EQ(table->SortTable(reinterpret_cast<SSortOrderSet*>(&set), 0), S_OK);
+    ASSERT_EQ(
+        table->SortTable(
+            SortSet({{PR_MESSAGE_FLAGS, TABLE_SORT_DESCEND}, {PR_IMPORTANCE, TABLE_SORT_ASCEND}}).Get(), 0),
+        S_OK);
     EXPECT_EQ(Rows(*table, 9), (Numbers{1, 3, 5, 0, 2, 4}));
     SSortOrderSet* order = nullptr;
     ASSERT_EQ(table->QuerySortOrder(&order), S_OK);
     EXPECT_EQ(order->cSorts, 2u);
     EXPECT_EQ(order->aSort[1].ulPropTag, ULONG(PR_IMPORTANCE));
     Free(order);
-    SizedSSortOrderSet(1, none) = {};
-    ASSERT_EQ(table->SortTable(reinterpret_cast<SSortOrderSet*>(&none), 0), S_OK);
+    ASSERT_EQ(table->SortTable(SortSet({}).Get(), 0), S_OK);
     EXPECT_EQ(Rows(*table, 2), (Numbers{0, 1}));
 }
 
@@ -193,8 +189,7 @@ TEST_F(TableTest, CategoriesAreTooComplexAndLeaveTheOrder)
     Fill(3);
     const auto table = Contents();
     Sort(*table, PR_IMPORTANCE, TABLE_SORT_DESCEND);
-    SizedSSortOrderSet(1, set) = {1, 1, 0, {{PR_SUBJECT_A, TABLE_SORT_ASCEND}}};
-    EXPECT_EQ(table->SortTable(reinterpret_cast<SSortOrderSet*>(&set), 0), MAPI_E_TOO_COMPLEX);
+    EXPECT_EQ(table->SortTable(SortSet({{PR_SUBJECT_A, TABLE_SORT_ASCEND}}, 1).Get(), 0), MAPI_E_TOO_COMPLEX);
     EXPECT_EQ(Rows(*table, 1), Numbers{2});
     EXPECT_EQ(table->ExpandRow(0, nullptr, 0, 0, nullptr, nullptr), MAPI_E_NO_SUPPORT);
     EXPECT_EQ(table->CollapseRow(0, nullptr, 0, nullptr), MAPI_E_NO_SUPPORT);
@@ -303,8 +298,7 @@ TEST_F(TableTest, ColumnsAreWhatWasSetOrTheDefaultInTheTablesForm)
     EXPECT_EQ(tags->cValues, 1u);
     EXPECT_TRUE(has(PR_SUBJECT_A));
     Free(tags);
-    SizedSPropTagArray(1, none) = {};
-    EXPECT_EQ(wide->SetColumns(reinterpret_cast<SPropTagArray*>(&none), 0), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(wide->SetColumns(TagArray({}).Get(), 0), MAPI_E_INVALID_PARAMETER);
     EXPECT_EQ(wide->SetColumns(nullptr, 0), MAPI_E_INVALID_PARAMETER);
 }
 
