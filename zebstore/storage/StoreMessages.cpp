@@ -171,38 +171,50 @@ bool ReadOldRow(StoreFile& store, MessageId message, OldRow& old)
     return true;
 }
 
-} // namespace
-
-std::int64_t TouchContents(Database& database, std::int64_t container, std::int64_t rows, std::int64_t unread)
+// The counters of a place of messages.
+struct Place
 {
-    Query query(database,
-                "UPDATE contents SET rows=rows+?2, unread=unread+?3, change=change+1 WHERE container=?1 "
-                "RETURNING change");
-    query.Bind(1, container).Bind(2, rows).Bind(3, unread);
+    std::int64_t next = 0;
+    std::int64_t change = 0;
+};
+
+Place ReadPlace(Database& database, std::int64_t container)
+{
+    Query query(database, "SELECT next, change FROM contents WHERE container=?");
+    query.Bind(1, container);
     if (!query.Step())
         throw Error(MAPI_E_NOT_FOUND,
                     "The folder is not in the store file '" + database.Path() + "' any more.");
-    const std::int64_t change = query.Number(0);
-    query.Run();
-    return change;
+    return {query.Number(0), query.Number(1)};
+}
+
+} // namespace
+
+// A SELECT before the UPDATE: RETURNING would build a table of its own for each run.
+std::int64_t TouchContents(Database& database, std::int64_t container, std::int64_t rows, std::int64_t unread)
+{
+    const Place place = ReadPlace(database, container);
+    Query(database, "UPDATE contents SET rows=rows+?2, unread=unread+?3, change=change+1 WHERE container=?1")
+        .Bind(1, container)
+        .Bind(2, rows)
+        .Bind(3, unread)
+        .Run();
+    return place.change + 1;
 }
 
 std::int64_t AddToContents(Database& database, std::int64_t container, std::int64_t unread,
                            MessageId& message)
 {
-    Query query(database, "UPDATE contents SET rows=rows+1, unread=unread+?2, next=next+1, change=change+1 "
-                          "WHERE container=?1 RETURNING next, change");
-    query.Bind(1, container).Bind(2, unread);
-    if (!query.Step())
-        throw Error(MAPI_E_NOT_FOUND,
-                    "The folder is not in the store file '" + database.Path() + "' any more.");
-    const std::int64_t number = query.Number(0) - 1;
-    const std::int64_t change = query.Number(1);
-    query.Run();
-    message = FirstOf(container) | number;
-    if (message > LastOf(container))
+    const Place place = ReadPlace(database, container);
+    message = FirstOf(container) | place.next;
+    if (message > LastOf(container) || place.next > 0xFFFFFFFF)
         throw Error(MAPI_E_TOO_BIG, "The folder has no number left for a message.");
-    return change;
+    Query(database, "UPDATE contents SET rows=rows+1, unread=unread+?2, next=next+1, change=change+1 "
+                    "WHERE container=?1")
+        .Bind(1, container)
+        .Bind(2, unread)
+        .Run();
+    return place.change + 1;
 }
 
 MessageId InsertMessage(StoreFile& store, std::int64_t container, const MessageContent& content, int depth)
