@@ -35,9 +35,13 @@ FolderPath Named(const std::string& name)
     return path;
 }
 
-MessageContent Parse(GMimeParser* parser)
+GRef<GMimeMessage> Parse(GMimeParser* parser)
 {
-    const GRef<GMimeMessage> message(g_mime_parser_construct_message(parser, nullptr));
+    return GRef<GMimeMessage>(g_mime_parser_construct_message(parser, nullptr));
+}
+
+MessageContent ContentOf(const GRef<GMimeMessage>& message)
+{
     if (!message)
         throw ToolError("it is no mail message");
     return ContentOfMime(message.get());
@@ -61,7 +65,7 @@ MessageContent ParseEml(const std::string& file)
         throw ToolError("it is no mail message");
     const GRef<GMimeStream> stream = OpenFile(file);
     const GRef<GMimeParser> parser(g_mime_parser_new_with_stream(stream.get()));
-    return Parse(parser.get());
+    return ContentOf(Parse(parser.get()));
 }
 
 } // namespace
@@ -89,11 +93,12 @@ void MboxSource::Run(Importer& importer)
     for (uint64_t number = 1; !g_mime_parser_eos(parser.get()); ++number)
     {
         const gint64 before = g_mime_parser_tell(parser.get());
-        importer.AddMessage(m_folder, false, m_file + ", message " + std::to_string(number),
-                            [&] { return Parse(parser.get()); });
-        // A parser that does not move would never end.
-        if (g_mime_parser_tell(parser.get()) == before)
+        const GRef<GMimeMessage> message = Parse(parser.get());
+        // Blank lines behind the last message are no message; and a parser that does not move would never end.
+        if (!message && (g_mime_parser_eos(parser.get()) || g_mime_parser_tell(parser.get()) == before))
             break;
+        importer.AddMessage(m_folder, false, m_file + ", message " + std::to_string(number),
+                            [&] { return ContentOf(message); });
     }
 }
 

@@ -65,8 +65,30 @@ pff::Item SubFolder(libpff_item_t* folder, int index)
                      { return libpff_folder_get_sub_folder(folder, index, item, error); });
 }
 
+/// The subfolder of that name; empty when there is none.
+pff::Item ChildNamed(libpff_item_t* folder, const std::string& name)
+{
+    for (int i = 0, count = SubFolders(folder); i < count; ++i)
+    {
+        pff::Item child = SubFolder(folder, i);
+        if (NameOf(child.get()) == name)
+            return child;
+    }
+    return {};
+}
+
+/// A search folder lists messages of other folders.
+bool IsSearch(libpff_item_t* folder)
+{
+    constexpr uint32_t nodeTypeMask = 0x1F, nodeTypeSearchFolder = 0x03;
+    return (IdentifierOf(folder) & nodeTypeMask) == nodeTypeSearchFolder;
+}
+
+/// The messages that the folder itself holds.
 int Messages(libpff_item_t* folder, bool associated)
 {
+    if (IsSearch(folder))
+        return 0;
     return pff::Number(
         "the messages can not be counted",
         [&](int* number, libpff_error_t** error)
@@ -132,16 +154,18 @@ uint32_t PstSource::IdentifierOfTop() const
     const pff::Item store =
         pff::Take("'" + m_name + "' has no message store", [&](libpff_item_t** item, libpff_error_t** error)
                   { return libpff_file_get_message_store(m_file, item, error); });
-    if (!store)
-        return 0;
-    for (const Property& property : pff::ReadRecordSet(store.get(), 0))
-        if (property.tag == PR_IPM_SUBTREE_ENTRYID && property.values.front().size() == EntryIdSize)
-        {
-            uint32_t node = 0;
-            std::memcpy(&node, property.values.front().data() + NodeInEntryId, sizeof node);
-            return node;
-        }
-    return 0;
+    if (store)
+        for (const Property& property : pff::ReadRecordSet(store.get(), 0))
+            if (property.tag == PR_IPM_SUBTREE_ENTRYID && property.values.front().size() == EntryIdSize)
+            {
+                uint32_t node = 0;
+                std::memcpy(&node, property.values.front().data() + NodeInEntryId, sizeof node);
+                return node;
+            }
+    // An OST file has the server's identifier there; its own tree has fixed names.
+    const pff::Item mailbox = ChildNamed(m_root.get(), "Root - Mailbox");
+    const pff::Item top = mailbox ? ChildNamed(mailbox.get(), "IPM_SUBTREE") : pff::Item();
+    return top ? IdentifierOf(top.get()) : 0;
 }
 
 FolderPath PstSource::PathOf(libpff_item_t* folder, const FolderPath& above, int index) const

@@ -1,0 +1,130 @@
+// Profiles and store files that can not be used: one clear sentence that names the thing, nothing changed.
+#include "tests/integration/Host.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace zeb::test
+{
+namespace
+{
+
+std::string Contents(const std::string& file)
+{
+    std::ifstream stream(file, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(stream), {});
+}
+
+void Write(const std::string& file, const std::string& bytes)
+{
+    std::ofstream(file, std::ios::binary) << bytes;
+}
+
+class BadStore : public Host
+{
+protected:
+    BadStore()
+        : m_file(File("bad.zeb"))
+    {
+        Start();
+        CreateProfile("mine", m_file);
+        CZebSession session = LogOn();
+        {
+            CZebMsgStore store = session.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS);
+            CZebPropValArray properties(2);
+            properties[PR_SUBJECT_A] = "there";
+            properties[PR_BODY_A] = std::string(300'000, 'x').c_str();
+            store.OpenInboxFolder(MAPI_BEST_ACCESS).CreateMessage(properties, true, 0);
+        }
+        Zeb_GetMAPI().Uninitialize(&session);
+        Start();
+    }
+
+    /// Logging on and opening the store, wherever it fails.
+    Failure OpenStore()
+    {
+        const Failure thrown = FailureOf(
+            [&]
+            {
+                CZebSession session = LogOn();
+                try
+                {
+                    session.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS).OpenInboxFolder(MAPI_BEST_ACCESS);
+                }
+                catch (...)
+                {
+                    session.Logoff(0, 0, 0);
+                    throw;
+                }
+                session.Logoff(0, 0, 0);
+            });
+        return thrown;
+    }
+
+    void ExpectSentenceNamesTheFile(const Failure& thrown)
+    {
+        EXPECT_LT(thrown.result, 0);
+        EXPECT_NE(thrown.text.find("bad.zeb"), std::string::npos) << thrown.text;
+        EXPECT_EQ(thrown.text.find("bad.zeb"), thrown.text.rfind("bad.zeb")) << "named once: " << thrown.text;
+    }
+
+    const std::string m_file;
+};
+
+TEST_F(BadStore, AProfileThatDoesNotExistIsRefused)
+{
+    const Failure thrown = FailureOf([&] { LogOn("nobody"); });
+    EXPECT_TRUE(thrown.result == MAPI_E_NOT_FOUND || thrown.result == MAPI_E_LOGON_FAILED)
+        << std::hex << thrown.result;
+    EXPECT_TRUE(Zeb_GetMAPI().WasFailed());
+}
+
+TEST_F(BadStore, AMissingFileIsNamedAndNotMade)
+{
+    std::filesystem::remove(m_file);
+    std::filesystem::remove(m_file + "-wal");
+    std::filesystem::remove(m_file + "-shm");
+    ExpectSentenceNamesTheFile(OpenStore());
+    EXPECT_FALSE(std::filesystem::exists(m_file));
+}
+
+TEST_F(BadStore, AFileThatIsNoDatabaseIsNamedAndLeftAlone)
+{
+    const std::string text(5000, 't');
+    Write(m_file, text);
+    ExpectSentenceNamesTheFile(OpenStore());
+    EXPECT_EQ(Contents(m_file), text);
+}
+
+TEST_F(BadStore, AnEmptyFileIsNamedAndLeftAlone)
+{
+    Write(m_file, "");
+    ExpectSentenceNamesTheFile(OpenStore());
+    EXPECT_EQ(std::filesystem::file_size(m_file), 0u);
+}
+
+TEST_F(BadStore, ATruncatedFileIsNamed)
+{
+    const auto size = std::filesystem::file_size(m_file);
+    ASSERT_GT(size, 100'000u);
+    const std::string half = Contents(m_file).substr(0, size / 2);
+    Write(m_file, half);
+    ExpectSentenceNamesTheFile(OpenStore());
+    EXPECT_EQ(Contents(m_file), half);
+}
+
+TEST_F(BadStore, AFileOfANewerSchemaIsNamedAndLeftAlone)
+{
+    // SQLite keeps the user version in four bytes, high byte first, at offset 60 of the header.
+    std::string bytes = Contents(m_file);
+    bytes[60] = 0x7F;
+    Write(m_file, bytes);
+    const Failure thrown = OpenStore();
+    ExpectSentenceNamesTheFile(thrown);
+    EXPECT_NE(thrown.text.find("schema version"), std::string::npos) << thrown.text;
+    EXPECT_EQ(Contents(m_file), bytes);
+}
+
+} // namespace
+} // namespace zeb::test

@@ -1,0 +1,126 @@
+// What crosses the boundary of the library, and what is left when it is stopped.
+#include "tests/integration/Host.h"
+
+#include <fstream>
+
+namespace zeb::test
+{
+namespace
+{
+
+using Boundary = Host;
+
+TEST_F(Boundary, AnExceptionOfTheLibraryIsCaughtByEachOfItsTypes)
+{
+    Start();
+    bool caught = false;
+    try
+    {
+        LogOn("no such profile");
+    }
+    catch (CException* exception)
+    {
+        caught = true;
+        EXPECT_NE(dynamic_cast<CZebException*>(exception), nullptr);
+        EXPECT_TRUE(exception->IsKindOf(RUNTIME_CLASS(CException)));
+        EXPECT_FALSE(Zeb_GetExceptionDescription(exception).IsEmpty());
+        exception->Delete();
+    }
+    EXPECT_TRUE(caught);
+    caught = false;
+    try
+    {
+        LogOn("no such profile");
+    }
+    catch (CObject* object)
+    {
+        caught = true;
+        static_cast<CException*>(object)->Delete();
+    }
+    EXPECT_TRUE(caught);
+}
+
+TEST_F(Boundary, UsingAnEmptyWrapperRaisesAComError)
+{
+    CZebTable table;
+    EXPECT_THROW(table.GetRowCount(), _com_error);
+    CZebFolder folder;
+    EXPECT_THROW(folder.GetContentsTable(0), _com_error);
+    CZebSession session(nullptr);
+    EXPECT_THROW(session.GetMsgStoresTable(), _com_error);
+}
+
+TEST_F(Boundary, OpeningAFolderAsAMessageIsRefusedAndLeavesTheMessageEmpty)
+{
+    Start();
+    CreateProfile("mine", File("mine.zeb"));
+    CZebSession session = LogOn();
+    {
+        CZebMsgStore store = session.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS);
+        const CZebBinary folder = store.OpenInboxFolder(MAPI_BEST_ACCESS).GetEntryID();
+        CZebMessage message;
+        const HRESULT byStore = FailureOf([&] { store.OpenEntry(folder, message, MAPI_BEST_ACCESS); }).result;
+        EXPECT_TRUE(byStore == MAPI_E_INVALID_TYPE || byStore == MAPI_E_INTERFACE_NOT_SUPPORTED)
+            << std::hex << byStore;
+        EXPECT_FALSE(message.IsValid());
+        // Asked for no interface of its own, the object is opened and its type refuses it.
+        CZebMailUser user;
+        EXPECT_EQ(FailureOf([&] { session.OpenEntry(folder, user, MAPI_BEST_ACCESS); }).result,
+                  MAPI_E_INVALID_TYPE);
+        EXPECT_FALSE(user.IsValid());
+    }
+    session.Logoff(0, 0, 0);
+}
+
+TEST_F(Boundary, AFailedCallOfTheProviderCarriesItsSentence)
+{
+    Start();
+    CreateProfile("mine", File("mine.zeb"));
+    CZebSession session = LogOn();
+    {
+        CZebMsgStore store = session.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS);
+        CZebFolder inbox = store.OpenInboxFolder(MAPI_BEST_ACCESS);
+        CZebMessage nothing;
+        const Failure thrown =
+            FailureOf([&] { inbox.OpenEntry(CZebBinary("00112233"), nothing, MAPI_BEST_ACCESS); });
+        EXPECT_LT(thrown.result, 0);
+        EXPECT_FALSE(thrown.text.empty());
+    }
+    session.Logoff(0, 0, 0);
+}
+
+TEST_F(Boundary, NothingOfTheProviderIsAliveAfterTheStop)
+{
+    const std::string trace = File("trace.txt");
+    {
+        const EnvironmentScope traced("ZEBSTORE_TRACE", trace);
+        Start();
+        CreateProfile("mine", File("mine.zeb"));
+        CZebSession session = LogOn();
+        {
+            CZebMsgStore store = session.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS);
+            CZebFolder inbox = store.OpenInboxFolder(MAPI_BEST_ACCESS);
+            CZebPropValArray properties(1);
+            properties[PR_SUBJECT_A] = "a";
+            inbox.CreateMessage(properties, true, 0);
+            CZebTable table = inbox.GetContentsTable(0);
+            CZebRowSet rows;
+            table.QueryRows(&rows, 0, nullptr, nullptr);
+            CZebRestrictionAllocator restriction;
+            restriction.Allocate();
+            restriction.CreateContent(PR_SUBJECT_A, "a", FL_SUBSTRING);
+            table.Restrict(restriction, 0);
+            FailureOf([&] { inbox.OpenFolderByName("Nowhere"); });
+        }
+        Zeb_GetMAPI().Uninitialize(&session);
+    }
+    std::ifstream file(trace);
+    std::string line, last;
+    while (std::getline(file, line))
+        if (!line.empty())
+            last = line;
+    EXPECT_EQ(last.substr(0, last.find('\r')), "live objects 0, live buffers 0");
+}
+
+} // namespace
+} // namespace zeb::test

@@ -1,0 +1,101 @@
+#include "tests/integration/Host.h"
+
+#include "platform/module.h"
+#include "platform/registry.h"
+#include "zebstore/zebstore.h"
+
+namespace zeb::test
+{
+namespace
+{
+
+LPTSTR Text(const std::string& text)
+{
+    return reinterpret_cast<LPTSTR>(const_cast<char*>(text.c_str()));
+}
+
+} // namespace
+
+Host::Host()
+{
+    platform::RegistryKey::Create(platform::RegistryRoot::LocalMachine,
+                                  "SOFTWARE\\Clients\\Mail\\Microsoft Outlook")
+        .SetStringValue("DLLPathEx", platform::OwnFolder() + ZEB_STORE_LIBRARY);
+}
+
+Host::~Host()
+{
+    Stop();
+    Zeb_GetMAPI().SetWasFailed(false);
+}
+
+void Host::Start()
+{
+    Zeb_GetMAPI().Initialize(false);
+}
+
+void Host::Stop()
+{
+    if (Zeb_GetMAPI().WasInitialized())
+        Zeb_GetMAPI().Uninitialize(nullptr);
+}
+
+void Host::CreateProfile(const std::string& name, const std::string& file, bool makeDefault)
+{
+    CZebProfAdmin administration = CZebProfAdmin::Open();
+    const CComPtr<IProfAdmin> profiles = administration.GetInterface();
+    ThrowIfFailed(profiles->CreateProfile(Text(name), nullptr, 0, 0), profiles, __FILE__, __LINE__);
+    CComPtr<IMsgServiceAdmin> services;
+    ThrowIfFailed(profiles->AdminServices(Text(name), nullptr, 0, 0, services.Put()), profiles, __FILE__,
+                  __LINE__);
+    ThrowIfFailed(services->CreateMsgService(Text(ZEBSTORE_SERVICE_NAME), Text(ZEBSTORE_SERVICE_NAME), 0, 0),
+                  services, __FILE__, __LINE__);
+    CComPtr<IMAPITable> raw;
+    ThrowIfFailed(services->GetMsgServiceTable(0, raw.Put()), services, __FILE__, __LINE__);
+    CZebTable table(raw.Get());
+    CZebRowSet rows;
+    table.QueryAllRows(&rows, nullptr, nullptr);
+    const CZebOnePropVal uid = rows[0][PR_SERVICE_UID];
+    SPropValue path{};
+    path.ulPropTag = PR_ZEBSTORE_PATH_A;
+    path.Value.lpszA = const_cast<char*>(file.c_str());
+    ThrowIfFailed(
+        services->ConfigureMsgService(
+            reinterpret_cast<LPMAPIUID>(static_cast<const SPropValue&>(uid).Value.bin.lpb), 0, 0, 1, &path),
+        services, __FILE__, __LINE__);
+    if (makeDefault)
+        ThrowIfFailed(profiles->SetDefaultProfile(Text(name), 0), profiles, __FILE__, __LINE__);
+}
+
+CZebSession Host::LogOn(const char* profile)
+{
+    return Zeb_GetMAPI().OpenSession(nullptr, profile);
+}
+
+StoreHost::StoreHost()
+{
+    Start();
+    CreateProfile("test", File("test.zeb"));
+    m_session = std::make_unique<CZebSession>(LogOn());
+    m_store = std::make_unique<CZebMsgStore>(m_session->OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS));
+}
+
+StoreHost::~StoreHost()
+{
+    m_store.reset();
+    if (m_session)
+        m_session->Logoff(0, 0, 0);
+    m_session.reset();
+}
+
+void StoreHost::AddMessage(const char* subject, long importance, int bodySize)
+{
+    CZebPropValArray properties(4);
+    properties[PR_SUBJECT_A] = subject;
+    properties[PR_IMPORTANCE] = static_cast<LONG>(importance);
+    if (bodySize > 0)
+        properties[PR_BODY_A] = std::string(static_cast<size_t>(bodySize), 'b').c_str();
+    Inbox().CreateMessage(properties, true, 0);
+}
+
+} // namespace zeb::test

@@ -1,0 +1,77 @@
+// A host in a world of its own: an empty registry, a folder for files, the embedded provider registered.
+#pragma once
+
+#include "tests/support/Environment.h"
+#include "tests/support/RegistryScope.h"
+#include "tests/support/TempFolder.h"
+#include "zebapi/ZebAPI.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+namespace zeb::test
+{
+
+/// MAPI is not started. Nothing of it outlives a test.
+class Host : public testing::Test
+{
+protected:
+    Host();
+    ~Host() override;
+
+    /// Starts MAPI. @throws CZebException*
+    void Start();
+    /// Logs off what is logged on and stops MAPI.
+    void Stop();
+    /// Creates a profile whose store is `file`. Needs Start().
+    void CreateProfile(const std::string& name, const std::string& file, bool makeDefault = true);
+    CZebSession LogOn(const char* profile = nullptr);
+    std::string File(const std::string& name) const { return m_folder.File(name); }
+
+private:
+    RegistryScope m_registry;
+    TempFolder m_folder;
+};
+
+/// A host that is logged on to a store of its own.
+class StoreHost : public Host
+{
+protected:
+    StoreHost();
+    ~StoreHost() override;
+
+    CZebFolder Inbox() { return m_store->OpenInboxFolder(MAPI_BEST_ACCESS); }
+    CZebTable Contents() { return Inbox().GetContentsTable(MAPI_UNICODE); }
+    /// Adds a message to the inbox: subject, importance, size of the body in characters.
+    void AddMessage(const char* subject, long importance, int bodySize = 0);
+
+    std::unique_ptr<CZebSession> m_session;
+    std::unique_ptr<CZebMsgStore> m_store;
+};
+
+/// What a CZebException* thrown by `body` says. Fails the test and returns empty when none is thrown.
+struct Failure
+{
+    HRESULT result = S_OK;
+    std::string text;
+};
+template <typename Body>
+Failure FailureOf(Body&& body)
+{
+    try
+    {
+        body();
+    }
+    catch (CZebException* exception)
+    {
+        Failure thrown{exception->GetResult(), Zeb_GetExceptionDescription(exception).GetString()};
+        exception->Delete();
+        return thrown;
+    }
+    ADD_FAILURE() << "nothing was thrown";
+    return {};
+}
+
+} // namespace zeb::test

@@ -1,0 +1,63 @@
+"""Profiles, stores and registries that can not be used: one clear sentence each."""
+import world
+from world import World, message
+
+
+class BadStore(World):
+    def setUp(self):
+        super().setUp()
+        self.store = self.create_profile("test", "the-store.zeb")
+        self.load(*[message(f"subject {i}", PR_BODY="x" * 3000) for i in range(100)])
+
+    def remove_side_files(self):
+        for suffix in ("-wal", "-shm"):
+            self.store.with_name(self.store.name + suffix).unlink(missing_ok=True)
+
+    def test_a_profile_that_does_not_exist(self):
+        self.refused("inbox", "--profile", "nobody", saying="'nobody'")
+
+    def test_a_missing_store_file(self):
+        self.store.unlink()
+        self.remove_side_files()
+        self.refused("inbox", saying="the-store.zeb")
+        self.assertFalse(self.store.exists(), "it is not made anew")
+
+    def test_a_file_that_is_no_database(self):
+        self.remove_side_files()
+        self.store.write_text("not a database, just text " * 400)
+        before = self.store.read_bytes()
+        self.refused("inbox", saying="the-store.zeb")
+        self.assertEqual(self.store.read_bytes(), before)
+
+    def test_a_truncated_file(self):
+        self.remove_side_files()
+        half = self.store.read_bytes()[:self.store.stat().st_size // 2]
+        self.store.write_bytes(half)
+        self.refused("inbox", saying="the-store.zeb")
+        self.assertEqual(self.store.read_bytes(), half)
+
+    def test_a_newer_schema(self):
+        self.remove_side_files()
+        data = bytearray(self.store.read_bytes())
+        data[60] = 0x7F  # the high byte of SQLite's user version
+        self.store.write_bytes(data)
+        self.refused("inbox", saying=["the-store.zeb", "schema version 2130706433"])
+        self.assertEqual(self.store.read_bytes(), bytes(data))
+
+
+class BadRegistry(World):
+    def test_a_syntax_error_is_named_with_file_and_line(self):
+        if world.WINDOWS:
+            # Windows keeps its registry itself; there is no file to be wrong.
+            self.zeb("doctor")
+            return
+        registry = self.folder / "registry.reg"
+        lines = len(registry.read_text().splitlines())
+        with registry.open("a") as file:
+            file.write("[HKEY_CURRENT_USER\\Software\\Test]\nthis is no value\n")
+        broken = registry.read_text()
+        for command in (["doctor"], ["inbox"], ["provider", "install"], ["profile", "list"],
+                        ["profile", "create", "a", "--store", self.path("a.zeb")]):
+            with self.subTest(command=command):
+                self.refused(*command, saying=["registry.reg", f"{lines + 2}"])
+        self.assertEqual(registry.read_text(), broken)

@@ -1,0 +1,276 @@
+"""Every command of zeb, its exit code and what it prints."""
+import json
+
+import world
+from world import World, message
+
+
+class Usage(World):
+    registered = False
+
+    def test_wrong_usage_ends_with_2(self):
+        for arguments in ([], ["nonsense"], ["inbox", "--nonsense"], ["inbox", "--sort", "colour"],
+                          ["inbox", "--limit", "0"], ["inbox", "--limit", "many"], ["load"], ["profile"],
+                          ["profile", "create"], ["profile", "create", "a", "--durability", "some"], ["store"]):
+            with self.subTest(arguments=arguments):
+                self.assertTrue(self.zeb(*arguments, code=2).err)
+
+    def test_help_ends_with_0(self):
+        self.assertIn("doctor", self.zeb("--help").out)
+        self.assertIn("--sort", self.zeb("inbox", "--help").out)
+
+
+class Doctor(World):
+    registered = False
+
+    def test_finds_the_registered_provider_and_the_profiles(self):
+        self.zeb("provider", "install")
+        self.create_profile("mine")
+        shown = self.zeb("doctor").out
+        self.assertIn("usable: ", shown.strip().split("\n")[-1])
+        self.assertIn("* mine", shown)
+        found = json.loads(self.zeb("doctor", "--json").out)
+        self.assertEqual(found["defaultProfile"], "mine")
+        self.assertEqual(found["profiles"], ["mine"])
+        self.assertEqual(found["class"], 2)
+        self.assertIn("zebstore", found["provider"])
+        self.assertTrue(found["candidates"][0]["usable"])
+        self.assertIn("DLLPathEx", found["candidates"][0]["origin"])
+
+
+class DoctorWithoutProvider(World):
+    """Where there is none at all; Wine has one of its own."""
+
+    registered = False
+
+    def setUp(self):
+        super().setUp()
+        self.registry = self.folder / "registry.reg"
+
+    def register(self, path):
+        self.registry.write_text("Windows Registry Editor Version 5.00\n\n"
+                                 "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Clients\\Mail\\Microsoft Outlook]\n"
+                                 f"\"DLLPathEx\"=\"{path}\"\n", encoding="utf-8")
+
+    def doctor_says(self):
+        """The verdict on the registered file and the exit code."""
+        if world.WINDOWS:
+            return None
+        done = self.one_sentence(self.zeb("doctor", code=1), "no usable MAPI provider was found")
+        found = json.loads(self.zeb("doctor", "--json", code=1).out)
+        self.assertIsNone(found["provider"])
+        self.assertIn(found["candidates"][0]["verdict"], done.out)
+        return found["candidates"][0]
+
+    def test_says_that_nothing_is_registered(self):
+        if world.WINDOWS:
+            # Wine's own mapi32.dll is a provider with decorated names.
+            self.zeb("provider", "install")
+            self.assertEqual(json.loads(self.zeb("doctor", "--json").out)["class"], 2)
+            return
+        self.assertFalse(self.doctor_says()["usable"])
+        self.assertIn("profiles\n     none", self.zeb("doctor", code=1).out)
+        self.refused("inbox", saying="no usable MAPI provider")
+
+    def test_says_that_the_file_does_not_load(self):
+        if world.WINDOWS:
+            self.refused("provider", "install", "--dll", self.path("absent.dll"), saying="absent.dll")
+            return
+        self.register("/nowhere/provider.so")
+        verdict = self.doctor_says()
+        self.assertFalse(verdict["loaded"])
+        self.assertIn("does not load", verdict["verdict"])
+        self.assertEqual(verdict["path"], "/nowhere/provider.so")
+
+    def test_names_the_export_that_is_missing(self):
+        library = world.BUILD / "bin" / ("zebapi.dll" if world.WINDOWS else "libzebapi.so")
+        if world.WINDOWS:
+            done = self.zeb("provider", "install", "--dll", "Z:" + str(library).replace("/", "\\"), code=1)
+            self.one_sentence(done, ["is no MAPI provider", "MAPIInitialize"])
+            return
+        self.register(library)
+        verdict = self.doctor_says()
+        self.assertTrue(verdict["loaded"])
+        self.assertEqual(verdict["missingUndecorated"], "MAPIInitialize")
+        self.assertIn("does not export MAPIInitialize", verdict["verdict"])
+
+
+class Provider(World):
+    registered = False
+
+    def test_install_says_what_it_wrote_where(self):
+        shown = self.zeb("provider", "install").out
+        self.assertIn("HKEY_LOCAL_MACHINE\\SOFTWARE\\Clients\\Mail\\Microsoft Outlook", shown)
+        self.assertIn("DLLPathEx = ", shown)
+        self.assertIn("zebstore", shown)
+
+    def test_install_refuses_a_file_that_is_missing_or_no_provider(self):
+        self.zeb("provider", "install")
+        before = self.zeb("doctor", "--json").out
+        self.refused("provider", "install", "--dll", self.path("none.dll"), saying=["there is no file", "none.dll"])
+        (self.folder / "text.dll").write_text("not a library")
+        self.refused("provider", "install", "--dll", self.path("text.dll"), saying=["text.dll", "no MAPI provider"])
+        self.assertEqual(self.zeb("doctor", "--json").out, before)
+
+
+class Profile(World):
+    def test_create_list_choose_and_delete(self):
+        self.assertEqual(json.loads(self.zeb("profile", "list", "--json").out), [])
+        self.refused("profile", "default", saying="no default profile")
+        self.zeb("profile", "create", "one", "--store", self.path("one.zeb"))
+        self.zeb("profile", "create", "two", "--store", self.path("two.zeb"), "--durability", "full", "--default")
+        self.assertTrue((self.folder / "one.zeb").exists())
+        self.assertEqual(self.zeb("profile", "default").out, "two\n")
+        self.assertEqual(sorted(self.zeb("profile", "list").out.splitlines()), ["  one", "* two"])
+        self.zeb("profile", "default", "one")
+        listed = {entry["name"]: entry["default"] for entry in json.loads(self.zeb("profile", "list", "--json").out)}
+        self.assertEqual(listed, {"one": True, "two": False})
+        self.zeb("profile", "delete", "two")
+        self.assertEqual(self.zeb("profile", "list").out, "* one\n")
+        self.assertTrue((self.folder / "two.zeb").exists(), "deleting a profile leaves its store")
+
+    def test_names_that_are_taken_or_unknown_are_refused(self):
+        self.create_profile("one")
+        self.refused("profile", "create", "one", "--store", self.path("x.zeb"), saying="'one'")
+        self.refused("profile", "delete", "other", saying="'other'")
+        self.refused("profile", "default", "other", saying="'other'")
+        self.assertFalse((self.folder / "x.zeb").exists())
+
+    def test_a_store_that_can_not_be_made_leaves_no_profile(self):
+        (self.folder / "file").write_text("in the way")
+        self.refused("profile", "create", "one", "--store", self.path("file/one.zeb"), saying="one.zeb")
+        self.assertEqual(self.zeb("profile", "list").out, "")
+
+
+class Store(World):
+    def test_stores_lists_the_store_of_the_profile(self):
+        self.create_profile()
+        self.assertTrue(self.zeb("stores").out.startswith("* "))
+        stores = json.loads(self.zeb("stores", "--json").out)
+        self.assertEqual(len(stores), 1)
+        self.assertTrue(stores[0]["default"])
+        self.assertTrue(stores[0]["name"])
+
+    def test_check_of_a_sound_store(self):
+        self.create_profile()
+        self.load(message("a"))
+        self.assertIn("is sound", self.zeb("store", "check").out)
+
+    def test_check_of_a_damaged_store_says_so(self):
+        store = self.create_profile()
+        self.load(*[message(f"subject {i}", PR_BODY="x" * 3000) for i in range(200)])
+        data = bytearray(store.read_bytes())
+        # Whole pages in the middle of the tables, far from the header and the schema.
+        middle = len(data) // 2 // 4096 * 4096
+        data[middle:middle + 3 * 4096] = b"\x5a" * (3 * 4096)
+        store.write_bytes(data)
+        done = self.zeb("store", "check", code=1)
+        self.assertIn("damaged", done.err)
+
+
+class Folders(World):
+    def test_shows_a_tree_with_counts(self):
+        self.create_profile()
+        self.load(message("a", folder="Inbox/Sub/Deeper"), message("b"), message("c"))
+        shown = self.zeb("folders").out
+        lines = shown.splitlines()
+        self.assertRegex(lines[-1], r"^\d+ folders$")
+        inbox = next(line for line in lines if "Inbox" in line)
+        self.assertIn("2", inbox)
+        deeper = next(line for line in lines if "Deeper" in line)
+        self.assertGreater(deeper.index("Deeper"), inbox.index("Inbox"))
+        self.assertEqual("\u2500" in shown, not world.WINDOWS, "boxes only where the reader shows them")
+        self.environment["LC_ALL"] = "C"
+        self.assertTrue(self.zeb("folders").out.isascii())
+
+    def test_json_is_the_same_tree(self):
+        self.create_profile()
+        self.load(message("a", folder="Inbox/Sub"))
+        inbox = next(folder for folder in self.folders() if folder["name"] == "Inbox")
+        self.assertEqual([(sub["name"], sub["messages"]) for sub in inbox["folders"]], [("Sub", 1)])
+
+    def test_all_begins_at_the_root(self):
+        self.create_profile()
+        self.assertGreater(len(str(self.folders("--all"))), len(str(self.folders())))
+
+
+class Inbox(World):
+    def setUp(self):
+        super().setUp()
+        self.create_profile()
+
+    def load_three(self):
+        self.load(message("banana", "2026-01-03T00:00:00Z", PR_SENDER_NAME="Ada", PR_BODY="x" * 5000),
+                  message("Apple", "2026-01-01T00:00:00Z", PR_SENDER_NAME="Grace"),
+                  message("cherry", "2026-01-02T00:00:00Z", PR_SENDER_NAME="Edsger", PR_BODY="x" * 100000))
+
+    def test_an_empty_inbox(self):
+        self.assertEqual(self.zeb("inbox").out, "0 messages\n")
+        self.assertEqual(self.inbox(), {"total": 0, "messages": []})
+
+    def test_lists_aligned_columns_and_ends_with_the_count(self):
+        self.load_three()
+        lines = self.zeb("inbox").out.splitlines()
+        self.assertEqual(lines[-1], "3 messages")
+        self.assertEqual(len(lines), 5)
+        at = lines[0].index("subject")
+        self.assertEqual([line[at:] for line in lines[1:4]], ["banana", "cherry", "Apple"])
+        self.assertTrue(lines[1].startswith("2026-01-03 00:00:00  Ada "))
+
+    def test_sorts(self):
+        self.load_three()
+        self.assertEqual(self.subjects(), ["banana", "cherry", "Apple"])
+        self.assertEqual(self.subjects("--sort", "date"), ["banana", "cherry", "Apple"])
+        self.assertEqual(self.subjects("--sort", "subject"), ["Apple", "banana", "cherry"])
+        self.assertEqual(self.subjects("--sort", "size"), ["cherry", "banana", "Apple"])
+
+    def test_limit(self):
+        self.load_three()
+        self.assertEqual(self.subjects("--limit", "2"), ["banana", "cherry"])
+        self.assertEqual(self.zeb("inbox", "--limit", "2").out.splitlines()[-1], "2 of 3 messages")
+        self.assertEqual(self.zeb("inbox", "--limit", "9").out.splitlines()[-1], "3 messages")
+
+    def test_text_of_any_language_is_utf8(self):
+        self.load(message("Gr\u00fc\u00dfe \u4f60\u597d \U0001F600", PR_SENDER_NAME="\u0410\u043d\u043d\u0430"))
+        found = self.inbox()["messages"][0]
+        self.assertEqual(found["subject"], "Gr\u00fc\u00dfe \u4f60\u597d \U0001F600")
+        self.assertEqual(found["sender"], "\u0410\u043d\u043d\u0430")
+        self.assertIn("\u4f60\u597d \U0001F600", self.zeb("inbox").out)
+
+    def test_control_characters_do_not_reach_the_terminal(self):
+        self.load(message("a\u001b[2Jb\u0007c\nd\u009be"))
+        shown = self.zeb("inbox").out
+        self.assertEqual(len(shown.splitlines()), 3)
+        self.assertTrue(all(character == "\n" or character >= " " for character in shown))
+        self.assertNotIn("\u009b", shown)
+
+    def test_a_long_sender_is_cut_and_the_columns_stay(self):
+        self.load(message("after", PR_SENDER_NAME="\u4f60" * 60))
+        lines = self.zeb("inbox").out.splitlines()
+        self.assertIn("\u2026", lines[1])
+        self.assertTrue(lines[1].endswith("  after"))
+
+    def test_the_profile_can_be_named(self):
+        self.zeb("profile", "create", "other", "--store", self.path("other.zeb"))
+        self.load_three()
+        self.assertEqual(self.inbox("--profile", "other")["total"], 0)
+        self.assertEqual(self.inbox("--profile", "test")["total"], 3)
+        self.refused("inbox", "--profile", "nobody", saying="'nobody'")
+
+    def test_more_messages_than_one_call_reads(self):
+        self.load(*[message(f"subject {i:04}") for i in range(1203)])
+        self.assertEqual(self.subjects("--sort", "subject"), [f"subject {i:04}" for i in range(1203)])
+
+
+class Example(World):
+    def test_prints_the_subjects_of_the_default_inbox(self):
+        self.create_profile()
+        self.load(message("one"), message("two"))
+        done = self.run_tool("example_inbox")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertEqual(sorted(done.stdout.decode().split()), ["one", "two"])
+
+    def test_says_why_it_can_not(self):
+        done = self.run_tool("example_inbox")
+        self.assertEqual(done.returncode, 1)
+        self.assertTrue(done.stderr.strip())

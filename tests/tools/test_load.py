@@ -1,0 +1,154 @@
+"""zeb load: the format, and lines that are wrong."""
+import datetime
+import random
+
+from world import World, message
+
+
+class Load(World):
+    def setUp(self):
+        super().setUp()
+        self.create_profile()
+
+    def test_says_how_many_were_loaded(self):
+        self.assertEqual(self.load(message("a"), "", message("b")).out, "2 messages loaded\n")
+        self.assertEqual(self.load(message("c")).out, "1 message loaded\n")
+
+    def test_a_byte_order_mark_and_windows_line_ends_are_read(self):
+        self.load("\ufeff" + '{"folder": "Inbox", "properties": {"PR_SUBJECT": "a"}}\r')
+        self.assertEqual(self.subjects(), ["a"])
+
+    def test_creates_folders_and_takes_slashes_in_names(self):
+        self.load(message("a", folder="Projects/One\\/Two"), message("b", folder="Projects/One\\/Two"),
+                  message("c", folder="/Beside"))
+        projects = next(folder for folder in self.folders() if folder["name"] == "Projects")
+        self.assertEqual([(sub["name"], sub["messages"]) for sub in projects["folders"]], [("One/Two", 2)])
+        self.assertIn("Beside", [folder["name"] for folder in self.folders("--all")])
+
+    def test_properties_of_every_type_are_taken(self):
+        self.load({"folder": "Inbox", "properties": {
+            "PR_SUBJECT": "all", "PR_COMMENT_A": "narrow", "PR_COMMENT_W": "wide", "0x68000002": -3, "0x68010003": 4294967295,
+            "0x68020004": 1.5, "0x68030005": "0x7FF8000000000000", "0x68040006": 12345, "0x68050007": 40000.25,
+            "0x6806000A": "0x8004010F", "0x6807000B": True, "0x68080014": -9223372036854775808, "0x6809001E": "text",
+            "0x680A001F": {"hex": "00D84100"}, "0x680B0040": "1601-01-01T00:00:00Z", "0x680C0048":
+            "{00062008-0000-0000-C000-000000000046}", "0x680D0102": "00ff", "0x680E1002": [1, -1], "0x680F1003": [],
+            "0x6810101E": ["a", ""], "0x6811101F": ["\u00e4"], "0x68121102": ["", "00"], "0x68131040":
+            ["2026-01-01T00:00:00.5Z"], "0x68141014": [1], "0x68151048": ["{00062008-0000-0000-C000-000000000046}"],
+            "{00062008-0000-0000-C000-000000000046}:PT_BOOLEAN:id:0x8503": False,
+            "{00020329-0000-0000-C000-000000000046}:PT_MV_UNICODE:name:Key:words": ["x"]}})
+        self.assertEqual(self.subjects(), ["all"])
+
+    def test_dates_come_back_as_they_were(self):
+        generator = random.Random(4)
+        dates = ["1601-01-01T00:00:00Z", "1601-01-01T00:00:00.0000001Z", "9999-12-31T23:59:59.9999999Z",
+                 "2000-02-29T12:00:00Z", "1900-02-28T23:59:59Z", "2100-03-01T00:00:00.5Z", "0xFFFFFFFF00000001",
+                 "2400-02-29T00:00:00Z", "1999-12-31T23:59:59.123Z"]
+        first = datetime.datetime(1601, 1, 1)
+        for _ in range(300):
+            moment = first + datetime.timedelta(seconds=generator.randrange(265_000_000_000))
+            dates.append(moment.strftime("%Y-%m-%dT%H:%M:%SZ").rjust(20, "0"))
+        self.load(*[message(f"{i:04}", date) for i, date in enumerate(dates)])
+        found = [entry["date"] for entry in self.inbox("--sort", "subject")["messages"]]
+        self.assertEqual(found, dates)
+
+    def test_dates_sort_as_dates(self):
+        generator = random.Random(5)
+        first = datetime.datetime(1970, 1, 1)
+        moments = [first + datetime.timedelta(seconds=generator.randrange(2_000_000_000)) for _ in range(100)]
+        self.load(*[message(moment.isoformat(), moment.isoformat() + "Z") for moment in moments])
+        self.assertEqual(self.subjects(), [moment.isoformat() for moment in sorted(moments, reverse=True)])
+
+    def test_recipients_attachments_and_embedded_messages_are_taken(self):
+        line = message("with parts")
+        line["recipients"] = [{"properties": {"PR_DISPLAY_NAME": "Ada", "PR_RECIPIENT_TYPE": 1,
+                                              "PR_EMAIL_ADDRESS": "ada@example.org", "PR_ADDRTYPE": "SMTP"}}]
+        line["attachments"] = [
+            {"properties": {"PR_ATTACH_METHOD": 1, "PR_ATTACH_LONG_FILENAME": "a.bin", "PR_ATTACH_DATA_BIN": "00" * 70000}},
+            {"properties": {"PR_ATTACH_METHOD": 5}, "message": {"properties": {"PR_SUBJECT": "inside"},
+             "attachments": [{"properties": {"PR_ATTACH_METHOD": 1, "PR_ATTACH_DATA_BIN": "ff"}}]}}]
+        self.load(line)
+        found = self.inbox()["messages"][0]
+        self.assertEqual(found["subject"], "with parts")
+        self.assertGreater(found["size"], 70000)
+        self.assertIn("is sound", self.zeb("store", "check").out)
+
+    def test_large_text_and_bytes_go_through(self):
+        self.load(message("large", PR_BODY="\u00e4" * 300_000, PR_RTF_COMPRESSED="ab" * 200_000))
+        self.assertGreater(self.inbox()["messages"][0]["size"], 500_000)
+
+    def test_associated_messages_are_no_part_of_the_listing(self):
+        self.load({**message("hidden"), "associated": True}, message("shown"))
+        self.assertEqual(self.subjects(), ["shown"])
+
+    def test_a_missing_file_is_named(self):
+        self.refused("load", self.path("absent.jsonl"), saying="absent.jsonl")
+
+
+class BadLines(World):
+    def setUp(self):
+        super().setUp()
+        self.create_profile()
+
+    def stops(self, line, saying):
+        """A good line, the bad one, another good one: only the first gets in."""
+        before = self.folders()
+        done = self.load(message("before", folder="Probe"), line, message("behind", folder="Probe"), code=1,
+                         name="bad.jsonl")
+        self.assertEqual(done.out, "")
+        self.one_sentence(done, ["bad.jsonl:2: ", *([saying] if isinstance(saying, str) else saying)])
+        after = [folder for folder in self.folders() if folder["name"] == "Probe"]
+        self.assertEqual([folder["messages"] for folder in after], [1])
+        self.zeb("store", "check")
+        names = [folder["name"] for folder in self.folders()]
+        self.assertEqual(sorted(names), sorted({folder["name"] for folder in before} | {"Probe"}))
+
+    def with_property(self, name, value):
+        return {"folder": "New folder", "properties": {"PR_SUBJECT": "bad", name: value}}
+
+    def test_not_json(self):
+        self.stops('{"folder": "New folder", ', "JSON")
+
+    def test_json_that_is_no_object(self):
+        self.stops("[1, 2]", "object")
+
+    def test_an_unknown_property(self):
+        self.stops(self.with_property("PR_NO_SUCH_THING", 1), "PR_NO_SUCH_THING")
+
+    def test_a_value_of_the_wrong_type(self):
+        self.stops(self.with_property("PR_IMPORTANCE", "high"), ["PR_IMPORTANCE", "integer"])
+
+    def test_a_number_out_of_range(self):
+        self.stops(self.with_property("PR_IMPORTANCE", 2 ** 32), "PR_IMPORTANCE")
+
+    def test_a_date_that_does_not_exist(self):
+        self.stops(self.with_property("PR_START_DATE", "2026-02-29T00:00:00Z"), "PR_START_DATE")
+
+    def test_odd_hexadecimal_text(self):
+        self.stops(self.with_property("PR_SENDER_SEARCH_KEY", "abc"), "PR_SENDER_SEARCH_KEY")
+
+    def test_a_single_value_where_many_belong(self):
+        self.stops(self.with_property("0x68001003", 1), "array")
+
+    def test_a_type_without_values(self):
+        self.stops(self.with_property("0x6800000D", 1), "0x000D")
+
+    def test_an_identifier_that_belongs_to_a_name(self):
+        self.stops(self.with_property("0x8001001F", "x"), "0x8001001F")
+
+    def test_a_named_property_that_is_none(self):
+        self.stops(self.with_property("{nonsense}:PT_LONG:id:0x8503", 1), "named property")
+
+    def test_no_folder(self):
+        self.stops({"properties": {"PR_SUBJECT": "a"}}, "folder")
+
+    def test_an_empty_name_in_the_path(self):
+        self.stops(message("a", folder="Inbox//Sub"), "empty name")
+
+    def test_an_unknown_key(self):
+        self.stops({**message("a"), "colour": "red"}, "colour")
+
+    def test_a_wrong_value_deep_inside(self):
+        line = message("a", folder="New folder")
+        line["attachments"] = [{"properties": {"PR_ATTACH_METHOD": 5},
+                                "message": {"properties": {"PR_SUBJECT": 1}}}]
+        self.stops(line, "PR_SUBJECT")

@@ -1,0 +1,108 @@
+"""The world of one test: a folder, a registry and, on Windows, a Wine prefix, none of them anybody else's."""
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+SAMPLES = ROOT / "build/deps/node_modules/pst-extractor/example/testdata"
+BUILD = None
+WINDOWS = False
+PREFIX = ROOT / "build/wine-tools"
+
+
+def setup(build, windows):
+    global BUILD, WINDOWS
+    BUILD, WINDOWS = build, windows
+
+
+def teardown():
+    if WINDOWS:
+        subprocess.run(["wineserver", "--kill"], env=dict(os.environ, WINEPREFIX=str(PREFIX), WINEDEBUG="-all"),
+                       check=False)
+
+
+class World(unittest.TestCase):
+    """A test with an empty folder, no profile, and the provider registered (unless `registered` is false)."""
+
+    registered = True
+
+    def setUp(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="zeb-tools-"))
+        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+        self.environment = dict(os.environ, ZEBAPI_REGISTRY=str(self.folder / "registry.reg"),
+                                XDG_CONFIG_HOME=str(self.folder), XDG_DATA_HOME=str(self.folder),
+                                ZEB_WINEPREFIX=str(PREFIX), LC_ALL="C.UTF-8")
+        for name in ("ZEBAPI_LOG", "ZEBSTORE_TRACE", "ZEBSTORE_FAULT"):
+            self.environment.pop(name, None)
+        if WINDOWS:
+            for profile in json.loads(self.zeb("profile", "list", "--json").stdout) if self.registered_already() else []:
+                self.zeb("profile", "delete", profile["name"])
+        if self.registered:
+            self.zeb("provider", "install")
+
+    def registered_already(self):
+        return self.run_tool("zeb", "profile", "list", "--json").returncode == 0
+
+    def path(self, name):
+        """A file of the test's folder as the tool under test writes it."""
+        file = str(self.folder / name)
+        return "Z:" + file.replace("/", "\\") if WINDOWS else file
+
+    def run_tool(self, tool, *arguments, **more):
+        command = [str(BUILD / "bin" / tool), *arguments]
+        if WINDOWS:
+            command = [str(ROOT / "scripts/wine-run.sh"), str(BUILD / "bin" / (tool + ".exe")), *arguments]
+        more.setdefault("env", self.environment)
+        return subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, timeout=300, **more)
+
+    def check(self, done, code):
+        done.out = done.stdout.decode("utf-8")
+        done.err = done.stderr.decode("utf-8")
+        self.assertEqual(done.returncode, code, f"{done.args}\n{done.out}{done.err}")
+        self.assertNotIn("\r", done.out + done.err)
+        return done
+
+    def zeb(self, *arguments, code=0):
+        """Runs zeb and expects its exit code."""
+        return self.check(self.run_tool("zeb", *arguments), code)
+
+    def importer(self, *arguments, code=0):
+        return self.check(self.run_tool("zeb-import", *arguments), code)
+
+    def refused(self, *arguments, saying, code=1):
+        """Runs zeb, expects failure with one sentence on standard error, in which `saying` occurs."""
+        return self.one_sentence(self.zeb(*arguments, code=code), saying)
+
+    def one_sentence(self, done, saying):
+        lines = done.err.strip().split("\n")
+        self.assertEqual(len(lines), 1, done.err)
+        for text in [saying] if isinstance(saying, str) else saying:
+            self.assertIn(text, lines[0])
+        return done
+
+    def create_profile(self, name="test", store="test.zeb"):
+        self.zeb("profile", "create", name, "--store", self.path(store), "--default")
+        return self.folder / store
+
+    def load(self, *lines, code=0, name="mail.jsonl"):
+        """Writes the lines (objects, or text as it stands) into a file and loads it."""
+        text = [line if isinstance(line, str) else json.dumps(line) for line in lines]
+        (self.folder / name).write_text("\n".join(text) + "\n", encoding="utf-8")
+        return self.zeb("load", self.path(name), code=code)
+
+    def inbox(self, *arguments):
+        return json.loads(self.zeb("inbox", "--json", *arguments).out)
+
+    def subjects(self, *arguments):
+        return [message["subject"] for message in self.inbox(*arguments)["messages"]]
+
+    def folders(self, *arguments):
+        return json.loads(self.zeb("folders", "--json", *arguments).out)["folders"]
+
+
+def message(subject, date="2026-01-02T03:04:05Z", folder="Inbox", **properties):
+    return {"folder": folder, "properties": {"PR_SUBJECT": subject, "PR_CLIENT_SUBMIT_TIME": date, **properties}}
