@@ -96,7 +96,12 @@ MapiFolder GetOfficeMAPIDir(const ProviderEnvironment& environment)
     {
         return {"", "FGetComponentPath of " + stub + " knows no MAPI component"};
     }
-    return {QorCheckLastSlash(QorGetFilePath(file.c_str())).GetString(), "FGetComponentPath of " + stub};
+    const CStringA folder = QorCheckLastSlash(QorGetFilePath(file.c_str()));
+    if (folder.IsEmpty())
+    {
+        return {"", "FGetComponentPath of " + stub + " gives no folder but '" + file + "'"};
+    }
+    return {folder.GetString(), "FGetComponentPath of " + stub};
 }
 
 MapiFolder GetCommonMAPIDir(const ProviderEnvironment& environment)

@@ -289,6 +289,23 @@ TEST_F(ProviderSearch, AnEmptyPathCountsAsARefusal)
                            "mapistub.dll knows no MAPI component, and there is no"));
 }
 
+TEST_F(ProviderSearch, AComponentWithoutAFolderNamesNone)
+{
+    InstallStub();
+    provider.componentPaths[0] = "mapi.dll";
+    RegisterCommonFiles(folder.Path() + "\\");
+    Library("System/Mapi/1033/MAPI32.DLL", ProviderFile::Undecorated());
+    EXPECT_EQ(Search().path, folder.Path() + "\\System\\Mapi\\1033\\MAPI32.DLL");
+    EXPECT_EQ(provider.componentCalls, 1);
+
+    provider.componentCalls = 0;
+    platform::RegistryKey::DeleteTree(RegistryRoot::LocalMachine, CurrentVersionKey);
+    EXPECT_THAT(
+        Search().candidates[1].origin,
+        StartsWith("FGetComponentPath of " + System() +
+                   "mapistub.dll gives no folder but 'mapi.dll', and there is no HKEY_LOCAL_MACHINE"));
+}
+
 TEST_F(ProviderSearch, APathThatFillsTheBufferIsReadNoFurther)
 {
     InstallStub();
