@@ -32,6 +32,9 @@ enum EnumOfficeBitness : LONG
 /// stop undoes all of them. When such a second start finds no provider, the bitness is 0 from then on and the
 /// next stop leaves the entry points set although the library behind them is unloaded: call nothing of MAPI
 /// after that but a start.
+///
+/// Call Uninitialize before the other kind is started, and before the Windows Address Book is started again from
+/// another library: a start releases the library that was loaded before, but not what that library has handed out.
 class ZEBAPI_EXPORT CZebAPI
 {
     friend class CZebProfAdmin;
