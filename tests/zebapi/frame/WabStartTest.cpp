@@ -88,6 +88,20 @@ TEST_F(WabStart, StoppingReleasesEverything)
     ExpectNothingLoaded();
 }
 
+TEST_F(WabStart, AnInstanceThatEndsStartedReleasesEverything)
+{
+    RegisterWab(Library("wab32.dll", ProviderFile::Undecorated()));
+    {
+        CZebAPI instance;
+        instance.Initialize(true);
+        EXPECT_EQ(wab.references, 2);
+        EXPECT_EQ(book.References(), 1u);
+    }
+    EXPECT_EQ(wab.references, 1);
+    EXPECT_EQ(book.References(), 0u);
+    ExpectNothingLoaded();
+}
+
 TEST_F(WabStart, HandsOutTheAddressBookThatItOpened)
 {
     StartWab();
