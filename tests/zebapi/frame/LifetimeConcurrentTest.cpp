@@ -1,13 +1,39 @@
 // Starting, stopping and asking from several threads at once.
 #include "tests/zebapi/frame/LibraryFixture.h"
 
+#include "tests/support/doubles/RecordingStore.h"
+
 #include <atomic>
+#include <functional>
+#include <future>
 #include <thread>
 
 namespace zeb::test
 {
 
+namespace
+{
+
 using Lifetime = LibraryFixture;
+
+/// Stays in Logoff until it is told to go on.
+class SlowSession : public RecordingSession
+{
+public:
+    using RecordingSession::RecordingSession;
+
+    HRESULT STDMETHODCALLTYPE Logoff(ULONG_PTR window, ULONG flags, ULONG reserved) override
+    {
+        m_inLogoff.set_value();
+        m_goOn.get_future().wait();
+        return RecordingSession::Logoff(window, flags, reserved);
+    }
+
+    std::promise<void> m_inLogoff;
+    std::promise<void> m_goOn;
+};
+
+} // namespace
 
 TEST_F(Lifetime, FlagsMayBeReadWhileMapiIsStartedAgain)
 {
@@ -78,6 +104,46 @@ TEST_F(Lifetime, StartsAndStopsOfSeveralThreadsFollowOneAnother)
     EXPECT_EQ(provider.initializeCalls, 30);
     EXPECT_GE(provider.uninitializeCalls, 1);
     EXPECT_EQ(log.CountBeginning("THROW"), 0u);
+    ExpectNothingLoaded();
+}
+
+TEST_F(Lifetime, WhatUsesTheProviderWaitsForAStopThatIsUnderWay)
+{
+    Journal journal;
+    SlowSession session(journal);
+    provider.session = &session;
+    Start(ProviderFile::Undecorated());
+    CZebSession opened = library.OpenSession(nullptr, nullptr);
+    std::thread stop([&] { library.Uninitialize(&opened); });
+    session.m_inLogoff.get_future().wait();
+
+    const std::pair<const char*, std::function<HRESULT()>> users[] = {
+        {"OpenSession", [this] { return ThrownBy([this] { library.OpenSession(nullptr, nullptr); }); }},
+        {"GetProfAdmin", [] { return ThrownBy([] { CZebProfAdmin::Open(); }); }},
+        {"GetWABAddressBook", [this] { return ThrownBy([this] { library.GetWABAddressBook(true); }); }},
+        {"Initialize(true)", [this] { return ThrownBy([this] { library.Initialize(true); }); }},
+        {"Uninitialize", [this] { return ThrownBy([this] { library.Uninitialize(nullptr); }); }},
+    };
+    std::vector<std::future<HRESULT>> results;
+    for (const auto& user : users)
+    {
+        results.push_back(std::async(std::launch::async, user.second));
+    }
+    for (size_t i = 0; i < results.size(); ++i)
+    {
+        EXPECT_EQ(results[i].wait_for(std::chrono::milliseconds(100)), std::future_status::timeout)
+            << users[i].first;
+    }
+    EXPECT_TRUE(library.WasInitialized()) << "the flags need no lock";
+
+    session.m_goOn.set_value();
+    stop.join();
+    EXPECT_EQ(results[0].get(), E_POINTER);
+    EXPECT_EQ(results[1].get(), MAPI_E_CALL_FAILED);
+    EXPECT_EQ(results[2].get(), MAPI_E_VERSION);
+    EXPECT_EQ(results[3].get(), MAPI_E_CALL_FAILED);
+    EXPECT_EQ(results[4].get(), S_OK);
+    EXPECT_EQ(provider.uninitializeCalls, 1);
     ExpectNothingLoaded();
 }
 
