@@ -70,6 +70,18 @@ TEST_F(Host, WhatIsNoLibraryBesideItIsNoProvider)
     EXPECT_THAT(Log(), HasSubstr("Unable to load 'MAPI32.DLL'"));
 }
 
+TEST_F(Host, ABareNameIsNotLookedForOnTheSearchPath)
+{
+    const std::string elsewhere = folder.File("elsewhere/zebwab32.dll");
+    ProviderFile::Undecorated().Save(elsewhere);
+    const std::string onPath = std::filesystem::path(elsewhere).parent_path().string();
+    const EnvironmentScope path("PATH", onPath);
+    const EnvironmentScope libraries("LD_LIBRARY_PATH", onPath);
+    EXPECT_EQ(Run("wab-stop zebwab32.dll"), "failed with MAPI_E_CALL_FAILED\nstopped\n");
+    std::filesystem::copy_file(elsewhere, folder.File("zebwab32.dll"));
+    EXPECT_EQ(Run("wab-stop zebwab32.dll"), "started\nallocated\nstopped\n");
+}
+
 TEST_F(Host, LoadingTheLibraryWritesItsStartLineFirst)
 {
     std::ofstream(folder.File("MAPI32.DLL")) << "not a library at all\n";
