@@ -39,6 +39,14 @@ SCODE WINAPI RecordPropCopyMore(SPropValue* dest, SPropValue* src, ALLOCATEMORE*
     return propCopyResult;
 }
 
+int refusedFrees = 0;
+
+ULONG WINAPI RefuseFree(void*)
+{
+    ++refusedFrees;
+    return static_cast<ULONG>(MAPI_E_INVALID_PARAMETER);
+}
+
 SRowSet* freedRows = nullptr;
 
 void WINAPI RecordFreeProws(SRowSet* rows)
@@ -90,11 +98,37 @@ TEST(Mem, AFailingAllocationIsThrownWithItsOwnResult)
     EXPECT_THAT(log.Texts()[0], ::testing::HasSubstr("File zebapi/MEM.cpp, line"));
 }
 
+TEST(Mem, AFailingAllocationUnderAParentIsThrownLikewise)
+{
+    MapiMemory memory;
+    void* root = Zeb_MemAllocate(8, nullptr);
+    memory.FailAllocation(1, MAPI_E_NOT_ENOUGH_RESOURCES);
+    EXPECT_EQ(ThrownBy([root] { Zeb_MemAllocate(8, root); }), MAPI_E_NOT_ENOUGH_RESOURCES);
+    Zeb_MemFree(root);
+}
+
 TEST(Mem, ANullBlockIsOutOfMemory)
 {
     MapiMemory memory;
     memory.GiveNull(1);
     EXPECT_EQ(ThrownBy([] { Zeb_MemAllocate(8, nullptr); }), MAPI_E_NOT_ENOUGH_MEMORY);
+    void* root = Zeb_MemAllocate(8, nullptr);
+    memory.GiveNull(1);
+    EXPECT_EQ(ThrownBy([root] { Zeb_MemAllocate(8, root); }), MAPI_E_NOT_ENOUGH_MEMORY);
+    Zeb_MemFree(root);
+}
+
+TEST(Mem, TheResultOfAFreeIsIgnored)
+{
+    Zeb_MemInitialize(nullptr, nullptr, &RefuseFree);
+    int block = 0;
+    refusedFrees = 0;
+    EXPECT_EQ(ThrownBy([&block] { Zeb_MemFree(&block); }), S_OK);
+    void* pointer = &block;
+    Zeb_MemExFree(pointer);
+    EXPECT_EQ(pointer, nullptr);
+    EXPECT_EQ(refusedFrees, 2);
+    Zeb_MemUninitialize();
 }
 
 TEST(Mem, ReallocatingToLessCopiesWhatFits)

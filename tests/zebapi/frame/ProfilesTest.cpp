@@ -293,6 +293,9 @@ TEST_F(ProfAdmin, TheFirstRowMarkedDefaultNamesTheProfile)
 {
     table.m_rows = {Row("Alpha", false), Row("Beta", true), Row("Gamma", true)};
     EXPECT_EQ(std::string(CZebProfAdmin(&admin).GetDefaultProfileName()), "Beta");
+    EXPECT_THAT(journal.Take(), ElementsAre("admin: GetProfileTable(0x0)", "table: GetRowCount(0x0)",
+                                            "table: QueryRows(3,0x0)"))
+        << "every row as it comes, no columns set";
 }
 
 TEST_F(ProfAdmin, RowsWithoutTheMarkArePassedOver)
