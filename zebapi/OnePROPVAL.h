@@ -126,7 +126,8 @@ public:
     /// PT_I2.
     virtual operator SHORT() const;
 
-    /// Replaces the array's contents by copies of the elements of PT_MV_BINARY.
+    /// Replaces the array's contents by copies of the elements of PT_MV_BINARY, which may lie in the array's own
+    /// binaries. A read that fails leaves the array as it was.
     virtual void GetMV(CArray<CZebBinary>& values) const;
     /// PT_MV_UNICODE.
     virtual void GetMV(CArray<CStringW>& values) const;

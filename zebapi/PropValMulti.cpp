@@ -4,6 +4,7 @@
 #include "zebapi/PropValWrite.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace
 {
@@ -34,12 +35,14 @@ T* CopyNumbers(const CArray<T>& numbers, void* parent)
 template <class T, class Element>
 void CopyOut(CArray<T>& values, const Element* elements, ULONG count)
 {
-    values.RemoveAll();
-    values.Reserve(static_cast<INT_PTR>(count));
+    // Into an array aside: the elements may lie in what the array holds.
+    CArray<T> copies;
+    copies.Reserve(static_cast<INT_PTR>(count));
     for (ULONG i = 0; i < count; ++i)
     {
-        values.Add(T(elements[i]));
+        copies.Add(T(elements[i]));
     }
+    values = std::move(copies);
 }
 
 } // namespace

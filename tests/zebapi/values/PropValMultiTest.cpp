@@ -117,6 +117,37 @@ TEST_F(PropValMulti, NullTextsReadAsEmpty)
     EXPECT_TRUE(read[0].IsEmpty());
 }
 
+TEST_F(PropValMulti, BinariesAreReadBackIntoTheArrayThatHoldsTheirBytes)
+{
+    CArray<CZebBinary> binaries;
+    binaries.Add(CZebBinary("01"));
+    binaries.Add(CZebBinary("0203"));
+    SPropValue value = Tagged(PT_MV_BINARY);
+    View(value) = binaries;
+    View(value).GetMV(binaries);
+    ASSERT_EQ(binaries.GetSize(), 2);
+    EXPECT_EQ(binaries[0].String(), "01");
+    EXPECT_EQ(binaries[1].String(), "0203");
+}
+
+TEST_F(PropValMulti, ReadThatFailsMidwayLeavesTheArrayAsItWas)
+{
+    BYTE byte = 1;
+    SBinary entries[] = {{1, &byte}, {1, &byte}};
+    SPropValue value = Tagged(PT_MV_BINARY);
+    value.Value.MVbin = {2, entries};
+    CArray<CZebBinary> read;
+    read.Add(CZebBinary("FF"));
+    // Every element takes a header and bytes, twice.
+    for (size_t failing = 1; failing <= 4; ++failing)
+    {
+        memory.FailAllocation(failing);
+        EXPECT_EQ(ThrownBy([&] { View(value).GetMV(read); }), MAPI_E_NOT_ENOUGH_MEMORY) << failing;
+        ASSERT_EQ(read.GetSize(), 1) << failing;
+        EXPECT_EQ(read[0].String(), "FF") << failing;
+    }
+}
+
 TEST_F(PropValMulti, ChecksTypeThenParent)
 {
     SPropValue other = Tagged(PT_LONG);
