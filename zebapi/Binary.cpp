@@ -3,6 +3,7 @@
 #include "qorth/Hex.h"
 #include "zebapi/Blocks.h"
 #include "zebapi/EntryIDInfo.h"
+#include "zebapi/HexText.h"
 
 #include <cstring>
 
@@ -147,9 +148,7 @@ void CZebBinary::String(const char* hex)
 CStringA CZebBinary::String() const
 {
     CheckValid();
-    CStringA text;
-    Bin2String(text, m_binary->lpb, m_binary->cb, 0);
-    return text;
+    return zeb::HexText(m_binary->lpb, m_binary->cb);
 }
 
 CZebBinary& CZebBinary::operator=(const SBinary& source)

@@ -36,7 +36,8 @@ public:
     virtual void SetEntryId(ULONG cb, ENTRYID* id);
     /// Holds the bytes that hexadecimal text says; "" gives 0 bytes. Throws as SetBinary does.
     virtual void String(const char* hex);
-    /// The bytes as hexadecimal text. @throws CZebException* MAPI_E_INVALID_OBJECT
+    /// The bytes as hexadecimal text. @throws CZebException* MAPI_E_INVALID_OBJECT, MAPI_E_NOT_ENOUGH_MEMORY for
+    /// more bytes than a text can show.
     virtual CStringA String() const;
     /// Holds a copy of the source's bytes; throws as SetBinary does.
     virtual CZebBinary& operator=(const SBinary& source);

@@ -2,8 +2,8 @@
 
 #include "platform/datetime.h"
 #include "platform/text.h"
-#include "qorth/Hex.h"
 #include "qorth/Text.h"
+#include "zebapi/HexText.h"
 #include "zebapi/PropValWrite.h"
 
 #include <charconv>
@@ -31,13 +31,6 @@ CStringA DateText(const FILETIME& time)
 {
     const std::optional<std::string> text = zeb::platform::LocalDateText(time);
     return text ? CStringA(*text) : CStringA("Invalid DateTime");
-}
-
-CStringA BinaryText(const SBinary& binary)
-{
-    CStringA text;
-    Bin2String(text, binary.lpb, binary.cb, 0);
-    return text;
 }
 
 } // namespace
@@ -101,7 +94,7 @@ CStringA CZebOnePropVal::String(bool errorAsText) const
     case PT_SYSTIME:
         return DateText(m_value->Value.ft);
     case PT_BINARY:
-        return BinaryText(m_value->Value.bin);
+        return zeb::HexText(m_value->Value.bin.lpb, m_value->Value.bin.cb);
     case PT_ERROR:
         if (errorAsText)
         {

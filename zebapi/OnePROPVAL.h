@@ -54,7 +54,8 @@ public:
     /// The value as text: numbers in decimal, "true" and "false", narrow text, dates as local date and time,
     /// binaries as hexadecimal text; PT_ERROR as "<error>" when `errorAsText` asks for it. A date that no
     /// calendar knows reads "Invalid DateTime".
-    /// @throws CZebException* MAPI_E_BAD_VALUE, MAPI_E_NO_SUPPORT for any other type.
+    /// @throws CZebException* MAPI_E_BAD_VALUE, MAPI_E_NO_SUPPORT for any other type, MAPI_E_NOT_ENOUGH_MEMORY
+    /// for a binary that no text can show.
     virtual CStringA String(bool errorAsText) const;
     /// String() in 16-bit characters; PT_UNICODE text as it is.
     virtual CStringW StringW(bool errorAsText) const;

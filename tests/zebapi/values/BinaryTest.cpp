@@ -232,6 +232,13 @@ TEST_F(Binary, NullBytesWithACountAreRefusedAndChangeNothing)
     EXPECT_EQ(binary.String(), "0102");
 }
 
+TEST_F(Binary, BytesThatNoTextCanShowAreRefused)
+{
+    CZebBinary binary("01");
+    const_cast<SBinary&>(static_cast<const SBinary&>(binary)).cb = 0x40000000;
+    EXPECT_EQ(ThrownBy([&] { binary.String(); }), MAPI_E_NOT_ENOUGH_MEMORY);
+}
+
 TEST_F(Binary, CopyToChainsTheBytesToTheParent)
 {
     std::vector<BYTE> bytes = {9, 8, 7};

@@ -1,0 +1,25 @@
+// Internal: bytes as the hexadecimal text that the library shows.
+#pragma once
+
+#include "qorth/Hex.h"
+#include "zebapi/Exception.h"
+
+#include <climits>
+
+namespace zeb
+{
+
+/// Two upper-case digits a byte; empty for null bytes.
+/// @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY for more bytes than a text can show
+inline CStringA HexText(const void* bytes, ULONG count)
+{
+    if (count > INT_MAX / 2)
+    {
+        CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY, __FILE__, __LINE__);
+    }
+    CStringA text;
+    Bin2String(text, bytes, count, 0);
+    return text;
+}
+
+} // namespace zeb
