@@ -136,10 +136,13 @@ void CZebPropTagArray::ApplyTo(CZebIProp& object)
     {
         CZebException::Throw(E_INVALIDARG, __FILE__, __LINE__);
     }
-    for (ULONG i = 0; i < m_tags->cValues; ++i)
+    // Into a copy first: an object that refuses a tag must not leave half of them its own.
+    CZebPropTagArray applied(*this);
+    for (ULONG i = 0; i < applied.m_tags->cValues; ++i)
     {
-        m_tags->aulPropTag[i] = object.GetRealTag(m_tags->aulPropTag[i], true);
+        applied.m_tags->aulPropTag[i] = object.GetRealTag(applied.m_tags->aulPropTag[i], true);
     }
+    std::memcpy(m_tags, applied.m_tags, TagsSize(applied.m_tags->cValues));
 }
 
 void CZebPropTagArray::Gather(ULONG count, va_list& args)

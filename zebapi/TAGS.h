@@ -44,8 +44,8 @@ public:
     /// Empties the object and gives the address of its pointer, for a MAPI call to fill.
     virtual SPropTagArray** operator&();
     /// Replaces every tag by the object's real one, so that tags of named properties become those of its
-    /// store.
-    /// @throws CZebException* E_INVALIDARG without a buffer; what CZebIProp::GetRealTag throws.
+    /// store. When it throws, the tags are as they were.
+    /// @throws CZebException* E_INVALIDARG without a buffer; what CZebIProp::GetRealTag throws; as Allocate does.
     virtual void ApplyTo(CZebIProp& object);
 
     CZebPropTagArray();

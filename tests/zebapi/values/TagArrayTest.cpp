@@ -65,9 +65,15 @@ using Tags = std::vector<ULONG>;
 class Renumbering : public CZebIProp
 {
 public:
+    ULONG unknown = 0;
+
     ULONG GetRealTag(ULONG tag, bool flag) override
     {
         EXPECT_TRUE(flag);
+        if (tag == unknown)
+        {
+            CZebException::Throw(MAPI_E_NOT_FOUND, __FILE__, __LINE__);
+        }
         return tag + 0x10000;
     }
 };
@@ -206,6 +212,16 @@ TEST_F(TagArray, AppliesToAnObjectsRealTagsInPlace)
     tags.ApplyTo(object);
     EXPECT_EQ(TagsOf(tags), (Tags{0x8002001E, 0x80030003}));
     EXPECT_EQ(static_cast<SPropTagArray*>(tags), before);
+}
+
+TEST_F(TagArray, KeepsAllItsTagsWhenOneCanNotBeApplied)
+{
+    Renumbering object;
+    object.unknown = 0x80020003;
+    CZebPropTagArray tags;
+    tags.Add(0x8001001E, 0x80020003, 0x80030003, 0);
+    EXPECT_EQ(ThrownBy([&] { tags.ApplyTo(object); }), MAPI_E_NOT_FOUND);
+    EXPECT_EQ(TagsOf(tags), (Tags{0x8001001E, 0x80020003, 0x80030003}));
 }
 
 } // namespace zeb::test
