@@ -54,6 +54,8 @@ bool CZebTable::IsValid() const
 
 void CZebTable::SetColumns(ULONG count, ...)
 {
+    // Using an empty handle is told as such, whether or not there is memory for the columns.
+    m_table.Checked();
     CZebPropTagArray columns;
     va_list tags;
     va_start(tags, count);

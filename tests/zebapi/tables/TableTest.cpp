@@ -80,6 +80,14 @@ TEST_F(Table, EmptyHandleRaisesAComErrorOnEveryOperation)
     table.Free();
 }
 
+TEST_F(Table, EmptyHandleRaisesItsComErrorWithoutMemoryToo)
+{
+    CZebTable table;
+    Zeb_MemUninitialize();
+    EXPECT_EQ(ComErrorThrownBy([&] { table.SetColumns(1, PR_ENTRYID); }), E_POINTER);
+    memory.Bind();
+}
+
 TEST_F(Table, HoldsAReferenceOfItsOwnAndCopiesShareTheTable)
 {
     {
