@@ -145,7 +145,7 @@ bool CZebPropValArray::IsExists(ULONG tag) const
 bool CZebPropValArray::hasRealValue(ULONG tag) const
 {
     const int i = FindTag(tag);
-    return i >= 0 && zeb::HasRealValue(m_values[i]);
+    return i >= 0 && zeb::HasRealValue(m_values[i].ulPropTag, m_values[i]);
 }
 
 CZebPropProblemArray::CZebPropProblemArray() = default;

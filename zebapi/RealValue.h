@@ -6,10 +6,11 @@
 namespace zeb
 {
 
-/// Whether a property has a value: not PT_UNSPECIFIED, PT_NULL, PT_ERROR, and not null or empty text.
-inline bool HasRealValue(const SPropValue& value)
+/// Whether a property of this tag has a value: not PT_UNSPECIFIED, PT_NULL, PT_ERROR, and not null or empty
+/// text.
+inline bool HasRealValue(ULONG tag, const SPropValue& value)
 {
-    switch (PROP_TYPE(value.ulPropTag))
+    switch (PROP_TYPE(tag))
     {
     case PT_UNSPECIFIED:
     case PT_NULL:

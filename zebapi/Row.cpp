@@ -32,7 +32,7 @@ ULONG CZebRow::TagAt(int index) const
 
 bool CZebRow::IsRealValueAt(int index) const
 {
-    return zeb::HasRealValue(m_row->lpProps[index]);
+    return zeb::HasRealValue(TagAt(index), m_row->lpProps[index]);
 }
 
 CZebOnePropVal CZebRow::GetAt(int index) const

@@ -88,6 +88,24 @@ TEST_F(Row, RealValuesAreThoseThatSaySomething)
     }
 }
 
+TEST_F(Row, OverriddenOperationsApplyToTheOthers)
+{
+    class Overriding : public CZebRow
+    {
+    public:
+        using CZebRow::CZebRow;
+        ULONG TagAt(int) const override { return PROP_TAG(PT_ERROR, 0x37); }
+
+    protected:
+        int FindTag(ULONG) const override { return 3; }
+    };
+    const Overriding row3(&row, values);
+    EXPECT_FALSE(row3.IsRealValueAt(0)) << "the type is that which TagAt tells";
+    EXPECT_FALSE(row3.hasRealValue(PR_SUBJECT_A));
+    EXPECT_TRUE(row3.IsExists(PR_ENTRYID));
+    EXPECT_EQ(row3[PR_ENTRYID].GetTag(), ULONG{PR_MESSAGE_SIZE});
+}
+
 TEST_F(Row, GivesValuesByIndex)
 {
     EXPECT_EQ(view.Count(), 11u);
