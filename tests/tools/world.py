@@ -57,7 +57,13 @@ class World(unittest.TestCase):
         if WINDOWS:
             command = [str(ROOT / "scripts/wine-run.sh"), str(BUILD / "bin" / (tool + ".exe")), *arguments]
         more.setdefault("env", self.environment)
-        return subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, timeout=300, **more)
+        # Files, not pipes: Wine's own processes inherit them and would keep a pipe open long after the tool's end.
+        with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
+            done = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=out, stderr=err, timeout=300, **more)
+            for stream in (out, err):
+                stream.seek(0)
+            done.stdout, done.stderr = out.read(), err.read()
+        return done
 
     def check(self, done, code):
         done.out = done.stdout.decode("utf-8")
