@@ -19,7 +19,7 @@ namespace zeb::test
 
 /// Binds itself by Zeb_MemInitialize; the destructor unbinds and expects every root block to have been freed.
 ///
-/// Blocks come filled with 0xCD; freeing a root frees what was allocated under it. Freeing a child, a foreign
+/// Blocks come filled with 0xCD and go filled with 0xDD; freeing a root frees what was allocated under it. Freeing a child, a foreign
 /// pointer or a block twice fails the test. There may be one object at a time. Threads: may be called from
 /// any.
 class MapiMemory
@@ -207,11 +207,18 @@ private:
     {
         for (void* child : children)
         {
-            m_sizes.erase(child);
-            std::free(child);
+            FreeOne(child);
         }
-        m_sizes.erase(root);
-        std::free(root);
+        FreeOne(root);
+    }
+
+    /// Spoiled first, so that reading what was freed shows where nothing watches memory.
+    void FreeOne(void* block)
+    {
+        const auto size = m_sizes.find(block);
+        std::memset(block, 0xDD, size->second);
+        m_sizes.erase(size);
+        std::free(block);
     }
 
     mutable std::mutex m_mutex;

@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <utility>
+#include <vector>
 
 namespace zeb::test
 {
@@ -82,12 +84,36 @@ TEST_F(RowSet, GivesItsRowsAndFreesThem)
 
 TEST_F(RowSet, ValuesOfItsRowsAllocateUnderTheSet)
 {
+    SPropValue subject = {};
+    subject.ulPropTag = PR_SUBJECT_A;
     CZebRowSet rows;
-    *&rows = NewRows(1);
-    CZebOnePropVal value = rows[0][PR_MESSAGE_SIZE];
-    const_cast<SPropValue&>(static_cast<const SPropValue&>(value)).ulPropTag = PR_SUBJECT_A;
-    value = "text";
-    EXPECT_EQ(value.String(false), "text");
+    SRowSet** slot = &rows;
+    *slot = NewRows(1);
+    // Not of MAPI's memory: nothing can be allocated under the row's own values.
+    SPropValue* const values = std::exchange((*slot)->aRow[0].lpProps, &subject);
+    rows[0][PR_SUBJECT_A] = "text";
+    EXPECT_STREQ(subject.Value.lpszA, "text");
+    EXPECT_FALSE(memory.IsRoot(subject.Value.lpszA));
+    (*slot)->aRow[0].lpProps = values;
+}
+
+TEST_F(RowSet, CopyingCopiesThePointerAndTheState)
+{
+    CZebRowSet rows;
+    SRowSet** slot = &rows;
+    CZebRowSet handedOut(rows);
+    EXPECT_EQ(ThrownBy([&] { handedOut[0]; }), MAPI_E_BAD_VALUE);
+    *slot = NewRows(2, 5);
+    CZebRowSet copy(rows);
+    CZebRowSet assigned;
+    assigned = rows;
+    EXPECT_EQ(static_cast<LONG>(copy[1][PR_MESSAGE_SIZE]), 6);
+    EXPECT_EQ(static_cast<LONG>(assigned[1][PR_MESSAGE_SIZE]), 6);
+    EXPECT_EQ(ThrownBy([&] { assigned[2]; }), E_INVALIDARG);
+    EXPECT_EQ(memory.LiveRoots(), 3u) << "nothing is duplicated";
+    // Three objects would free the one set: only one of them keeps it.
+    *slot = nullptr;
+    assigned = rows;
 }
 
 TEST_F(RowSet, EmptyCountsAsNeverFilledAgain)
@@ -121,6 +147,32 @@ TEST_F(RowSet, DetachingMovesRowsAndState)
     EXPECT_EQ(static_cast<LONG>((*detached)[0][PR_MESSAGE_SIZE]), 7);
     EXPECT_EQ(ThrownBy([&] { (*detached)[2]; }), E_INVALIDARG);
     EXPECT_EQ(utilities.freedRowSets, 0);
+}
+
+TEST_F(RowSet, ArrayDeletesItsSetsInOrder)
+{
+    class Noting : public CZebRowSet
+    {
+    public:
+        Noting(std::vector<int>& order, int number)
+            : m_order(order)
+            , m_number(number)
+        {
+        }
+        ~Noting() override { m_order.push_back(m_number); }
+
+    private:
+        std::vector<int>& m_order;
+        int m_number;
+    };
+    std::vector<int> order;
+    CZebRowSetArray sets;
+    for (int i = 0; i < 3; ++i)
+    {
+        sets.Add(static_cast<CZebRowSet*>(std::make_unique<Noting>(order, i).release()));
+    }
+    sets.RemoveAll();
+    EXPECT_EQ(order, (std::vector<int>{0, 1, 2}));
 }
 
 TEST_F(RowSet, ArrayOwnsItsSets)

@@ -223,6 +223,32 @@ TEST(Names, ErrorDisplayedHasItsHeaderValue)
     EXPECT_EQ(Zeb_ValueAt("CMCErrors", 37), 37u);
 }
 
+TEST(Names, EveryTableHasItsNamesInTheirOrder)
+{
+    // The 32-bit FNV-1a sums of the names, each with a line feed behind it.
+    const std::map<std::string, ULONG> sums = {
+        {"MAPIErrors", 0x5886A84B},   {"CMCErrors", 0xD948782F},   {"PropTags", 0xB7DB35C3},
+        {"PropType", 0x84D93395},     {"FolderType", 0x9354ED37},  {"TableStatus", 0xE005D65E},
+        {"TableType", 0xF71D88CE},    {"SortOrder", 0xA6BDCA32},   {"RestrictionType", 0x5A5661C2},
+        {"RelOp", 0xEDA03862},        {"Bmr", 0x57A06719},         {"FuzzyLevel", 0x060DD973},
+        {"MAPIObjTypes", 0x40640B79}, {"NotifEvents", 0x7E641264}, {"TableEvents", 0x06DA6D0F},
+        {"MsgFlags", 0xD2AA3DBE},     {"RecipType", 0xC3470A71},   {"EIDFlags", 0xDC184E8E},
+        {"ResourceType", 0x831CF6F6}, {"Priority", 0x12200DF2},    {"AttachMethod", 0xC4F67EF0},
+    };
+    for (const auto& [table, expected] : sums)
+    {
+        ULONG sum = 0x811C9DC5;
+        for (ULONG i = 0; i < Zeb_TableCount(table.c_str()); ++i)
+        {
+            for (const char c : NameAt(table.c_str(), i) + '\n')
+            {
+                sum = (sum ^ static_cast<unsigned char>(c)) * 0x01000193;
+            }
+        }
+        EXPECT_EQ(sum, expected) << table;
+    }
+}
+
 TEST(Names, RowsStandInTheirOrder)
 {
     EXPECT_EQ(NameAt("MAPIErrors", 0), "SUCCESS_SUCCESS");

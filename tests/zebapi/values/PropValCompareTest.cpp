@@ -64,6 +64,7 @@ TEST_F(PropValCompare, NumbersCompareAsNumbers)
     EXPECT_TRUE(Same(PT_DOUBLE, Put(&Value::dbl, 0.0), Put(&Value::dbl, -0.0)));
     EXPECT_FALSE(Same(PT_DOUBLE, Put(&Value::dbl, std::nan("")), Put(&Value::dbl, std::nan(""))));
     EXPECT_TRUE(Same(PT_APPTIME, Put(&Value::at, 36526.5), Put(&Value::at, 36526.5)));
+    EXPECT_TRUE(Same(PT_APPTIME, Put(&Value::at, 0.0), Put(&Value::at, -0.0)));
     EXPECT_FALSE(Same(PT_APPTIME, Put(&Value::at, 36526.5), Put(&Value::at, 36526.25)));
 }
 

@@ -34,6 +34,43 @@ protected:
     }
 };
 
+/// A view that answers for the operations that others forward to.
+class ForwardingView : public CZebOnePropVal
+{
+public:
+    using CZebOnePropVal::CZebOnePropVal;
+    using CZebOnePropVal::operator=;
+
+    std::vector<std::string> assigned;
+    SPropValue replacement = NumberOf(77);
+
+    CZebOnePropVal& operator=(const char*) override { return Note("narrow text"); }
+    CZebOnePropVal& operator=(const WCHAR*) override { return Note("wide text"); }
+    CZebOnePropVal& operator=(const SPropValue& value) override
+    {
+        return Note("value of " + std::to_string(value.Value.l));
+    }
+    operator const SPropValue&() const override { return replacement; }
+    operator LONG() const override { return 42; }
+    CStringA String(bool errorAsText) const override { return errorAsText ? "as text 1" : "as text 0"; }
+    ULONG GetTag() const override { return PROP_TAG(PT_BINARY, 0x1234); }
+    bool operator==(const CZebOnePropVal& other) const override { return std::addressof(other) == this; }
+
+private:
+    static SPropValue NumberOf(LONG number)
+    {
+        SPropValue value = {};
+        value.ulPropTag = PR_MESSAGE_SIZE;
+        value.Value.l = number;
+        return value;
+    }
+    CZebOnePropVal& Note(const std::string& what)
+    {
+        assigned.push_back(what);
+        return *this;
+    }
+};
+
 const WCHAR* const wideText = ZEBW("wide \u00e9");
 
 } // namespace
@@ -330,6 +367,40 @@ TEST_F(PropVal, DefaultIsUsedForErrorsOnly)
     EXPECT_EQ(View(text).UseDefault(CStringW(wideText)), ZEBW("text"));
     const WCHAR* wide = View(error).UseDefault(wideText);
     EXPECT_EQ(wide, wideText);
+}
+
+TEST_F(PropVal, DefaultGivesWayToAValueOfItsType)
+{
+    SPropValue wide = Tagged(PT_I8);
+    wide.Value.li.QuadPart = 1LL << 40;
+    EXPECT_EQ(View(wide).UseDefault(LONGLONG(7)), 1LL << 40);
+    SPropValue truth = Tagged(PT_BOOLEAN);
+    EXPECT_FALSE(View(truth).UseDefault(true));
+    SPropValue text = Tagged(PT_UNICODE);
+    View(text) = ZEBW("text");
+    EXPECT_EQ(View(text).UseDefault(wideText), text.Value.lpszW);
+    EXPECT_EQ(View(text).UseDefault(CStringW(wideText)), ZEBW("text"));
+    EXPECT_EQ(View(text).UseDefault(CStringA("none")), "text");
+    EXPECT_EQ(ThrownBy([&] { View(text).UseDefault("none"); }), MAPI_E_INVALID_TYPE);
+    EXPECT_EQ(ThrownBy([&] { View(wide).UseDefault(CStringA("none")); }), MAPI_E_INVALID_TYPE);
+    EXPECT_EQ(ThrownBy([&] { View(wide).UseDefault(true); }), MAPI_E_INVALID_TYPE);
+}
+
+TEST_F(PropVal, OverriddenOperationsApplyToThoseThatForwardToThem)
+{
+    SPropValue value = Tagged(PT_LONG);
+    SPropValue other = Tagged(PT_LONG);
+    ForwardingView view(&value, parent);
+    view = CStringA("narrow");
+    view = CStringW(ZEBW("wide"));
+    view.Set(ForwardingView(&other, nullptr));
+    EXPECT_EQ(view.assigned, (std::vector<std::string>{"narrow text", "wide text", "value of 77"}));
+    EXPECT_EQ(view.StringW(true), ZEBW("as text 1"));
+    EXPECT_EQ(view.GetType(), ULONG{PT_BINARY});
+    EXPECT_EQ(view.GetPropID(), 0x1234u);
+    EXPECT_FALSE(view != view);
+    EXPECT_TRUE(view != View(other));
+    EXPECT_EQ(view.UseDefault(LONG(1)), 42);
 }
 
 TEST_F(PropVal, OverriddenChecksApplyToEveryTypedOperation)
