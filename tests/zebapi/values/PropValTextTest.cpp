@@ -117,6 +117,7 @@ TEST_F(PropValText, WhatCanNotBeSaidIsReplacedAndNothingBehindItIsLost)
     EXPECT_EQ(text.Left(1), "a");
     EXPECT_EQ(text.Right(1), "b");
     EXPECT_GT(text.GetLength(), 2);
+    EXPECT_EQ(View(value).StringW(false), lone) << "the text itself, by no other form";
 }
 
 TEST_F(PropValText, NullTextReadsAsEmptyAndPointersHandOutTheNull)

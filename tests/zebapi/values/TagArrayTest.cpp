@@ -132,6 +132,9 @@ TEST_F(TagArray, GathersExactlyAsManyAsCounted)
     EXPECT_EQ(none.GetCount(), 0);
     EXPECT_EQ(ThrownBy([&] { GatherInto(none, 0x80000000); }), MAPI_E_NOT_ENOUGH_MEMORY);
     EXPECT_EQ(ThrownBy([&] { GatherInto(none, 0x7FFFFFFF); }), MAPI_E_NOT_ENOUGH_MEMORY);
+    // With the tags there are, a count of 0 in 32 bits.
+    EXPECT_EQ(ThrownBy([&] { GatherInto(tags, 0xFFFFFFFD); }), MAPI_E_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(tags.GetCount(), 3);
 }
 
 TEST_F(TagArray, AddsOneAtATimeInAnExactBuffer)
