@@ -358,6 +358,8 @@ TEST(Guarded, LogsAComErrorWithItsResult)
     EXPECT_FALSE(Guarded("site", 3, [] { RaiseComError(E_POINTER); }));
     EXPECT_THAT(log.Lines(),
                 ElementsAre(Line(1, "EXCEPTION: _com_error: 0x80004003, File: \"site\", Line: 3")));
+    EXPECT_FALSE(Guarded("site", 4, [] { RaiseComError(static_cast<HRESULT>(0xDEADBEEF)); }));
+    EXPECT_EQ(log.Texts().back(), "EXCEPTION: _com_error: 0xDEADBEEF, File: \"site\", Line: 4");
 }
 
 TEST(Guarded, LogsAnythingElseAsUnknown)

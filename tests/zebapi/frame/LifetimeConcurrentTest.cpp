@@ -114,6 +114,7 @@ TEST_F(Lifetime, WhatUsesTheProviderWaitsForAStopThatIsUnderWay)
     provider.session = &session;
     Start(ProviderFile::Undecorated());
     CZebSession opened = library.OpenSession(nullptr, nullptr);
+    platform::RegistryKey::DeleteTree(platform::RegistryRoot::LocalMachine, OutlookClientKey);
     std::thread stop([&] { library.Uninitialize(&opened); });
     session.m_inLogoff.get_future().wait();
 
@@ -122,6 +123,7 @@ TEST_F(Lifetime, WhatUsesTheProviderWaitsForAStopThatIsUnderWay)
         {"GetProfAdmin", [] { return ThrownBy([] { CZebProfAdmin::Open(); }); }},
         {"GetWABAddressBook", [this] { return ThrownBy([this] { library.GetWABAddressBook(true); }); }},
         {"Initialize(true)", [this] { return ThrownBy([this] { library.Initialize(true); }); }},
+        {"Initialize(false)", [this] { return ThrownBy([this] { library.Initialize(false); }); }},
         {"Uninitialize", [this] { return ThrownBy([this] { library.Uninitialize(nullptr); }); }},
     };
     std::vector<std::future<HRESULT>> results;
@@ -142,7 +144,8 @@ TEST_F(Lifetime, WhatUsesTheProviderWaitsForAStopThatIsUnderWay)
     EXPECT_EQ(results[1].get(), MAPI_E_CALL_FAILED);
     EXPECT_EQ(results[2].get(), MAPI_E_VERSION);
     EXPECT_EQ(results[3].get(), MAPI_E_CALL_FAILED);
-    EXPECT_EQ(results[4].get(), S_OK);
+    EXPECT_EQ(results[4].get(), MAPI_E_CALL_FAILED);
+    EXPECT_EQ(results[5].get(), S_OK);
     EXPECT_EQ(provider.uninitializeCalls, 1);
     ExpectNothingLoaded();
 }
