@@ -10,7 +10,14 @@ if(TARGET zeb-import)
 endif()
 
 # Hosts include "zebapi/ZebAPI.h"; what the library's headers include stands beside them in rooms of its own.
-file(GLOB zeb_headers ${CMAKE_SOURCE_DIR}/zebapi/*.h)
+# Public is what the umbrella header includes; the rest of zebapi/ is internal.
+file(STRINGS ${CMAKE_SOURCE_DIR}/zebapi/ZebAPI.h zeb_includes REGEX "^#include \"zebapi/")
+set(zeb_headers zebapi/ZebAPI.h)
+foreach(line ${zeb_includes})
+  string(REGEX REPLACE "^#include \"([^\"]+)\".*" "\\1" header "${line}")
+  list(APPEND zeb_headers ${header})
+endforeach()
+list(TRANSFORM zeb_headers PREPEND ${CMAKE_SOURCE_DIR}/)
 install(FILES ${zeb_headers} DESTINATION ${zeb_sdk})
 foreach(room platform framework qorth)
   file(GLOB zeb_headers ${CMAKE_SOURCE_DIR}/${room}/*.h)

@@ -3,6 +3,7 @@
 #include "qorlog/QorLog.h"
 #include "qorth/RegKey.h"
 #include "qorth/System.h"
+#include "zebapi/EntryPoints.h"
 #include "zebapi/Exception.h"
 #include "zebapi/MEM.h"
 

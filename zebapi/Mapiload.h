@@ -7,7 +7,6 @@
 #include "platform/mapi.h"
 #include "qorth/DllLoader.h"
 #include "zebapi/AddressBook.h"
-#include "zebapi/EntryPoints.h"
 #include "zebapi/Profiles.h"
 #include "zebapi/SESSION.h"
 
