@@ -171,7 +171,7 @@ bool ReadEntry(libpff_record_entry_t* entry, Property& property)
 
 } // namespace
 
-int Check(int result, libpff_error_t* error, const std::string& what)
+int Check(int result, libpff_error_t*& error, const std::string& what)
 {
     if (result != -1)
         return result;

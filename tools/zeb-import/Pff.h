@@ -12,7 +12,7 @@ namespace zeb::tools::pff
 {
 
 /// Throws ToolError with `what` and libpff's own words when `result` is -1; else returns it.
-int Check(int result, libpff_error_t* error, const std::string& what);
+int Check(int result, libpff_error_t*& error, const std::string& what);
 
 struct FreeItem
 {
