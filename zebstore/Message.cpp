@@ -297,8 +297,7 @@ HRESULT Message::SetReadFlag(ULONG flags)
                    Load();
                    if (m_id)
                    {
-                       if (File().IsReadOnly())
-                           throw Error(MAPI_E_NO_ACCESS, "the store was opened for reading");
+                       File().RequireWritable();
                        File().ChangeMessageFlags({m_id}, set, MSGFLAG_READ & ~set);
                        m_change = File().LoadMessage(m_id).change;
                    }

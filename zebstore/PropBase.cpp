@@ -68,8 +68,10 @@ SPropProblemArray* Problems::Detach() const
 
 void PropBase::RequireWrite() const
 {
-    if (m_access == Access::Read)
-        throw Error(MAPI_E_NO_ACCESS, "the object was opened for reading");
+    if (m_access == Access::Write)
+        return;
+    File().RequireWritable();
+    throw Error(MAPI_E_NO_ACCESS, "the object was opened for reading");
 }
 
 IUnknown* PropBase::OpenObject(ULONG, const IID&, ULONG, ULONG)

@@ -126,5 +126,25 @@ TEST_F(BadStore, AFileOfANewerSchemaIsNamedAndLeftAlone)
     EXPECT_EQ(Contents(m_file), bytes);
 }
 
+TEST_F(BadStore, AReadOnlyFileIsReadAndAChangeIsRefusedNamingIt)
+{
+    namespace fs = std::filesystem;
+    fs::permissions(m_file, fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
+                    fs::perm_options::remove);
+    const std::string before = Contents(m_file);
+    CZebSession session = LogOn();
+    {
+        CZebFolder inbox =
+            session.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS).OpenInboxFolder(MAPI_BEST_ACCESS);
+        EXPECT_EQ(inbox.GetContentsTable(0).GetRowCount(), 1u);
+        const Failure thrown = FailureOf([&] { inbox.CreateMessage(0); });
+        ExpectSentenceNamesTheFile(thrown);
+        EXPECT_EQ(thrown.result, MAPI_E_NO_ACCESS);
+    }
+    session.Logoff(0, 0, 0);
+    fs::permissions(m_file, fs::perms::owner_write, fs::perm_options::add);
+    EXPECT_EQ(Contents(m_file), before);
+}
+
 } // namespace
 } // namespace zeb::test

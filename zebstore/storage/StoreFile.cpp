@@ -132,6 +132,12 @@ void RemoveFiles(const std::string& path)
 StoreFile::StoreFile() = default;
 StoreFile::~StoreFile() = default;
 
+void StoreFile::RequireWritable() const
+{
+    if (m_readOnly)
+        throw Error(MAPI_E_NO_ACCESS, "The store file '" + m_path + "' can only be read.");
+}
+
 bool StoreFile::Exists(const std::string& path)
 {
     std::error_code failure;

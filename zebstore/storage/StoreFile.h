@@ -125,6 +125,8 @@ public:
 
     const std::string& Path() const { return m_path; }
     bool IsReadOnly() const { return m_readOnly; }
+    /// @throws Error MAPI_E_NO_ACCESS, naming the file, when it can only be read
+    void RequireWritable() const;
     /// Made with the file; the same for all who open it.
     const GUID& Uid() const { return m_uid; }
 
