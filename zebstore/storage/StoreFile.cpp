@@ -281,9 +281,14 @@ std::shared_ptr<StagedValue> StoreFile::Stage(const LargeValue& value)
 {
     std::shared_ptr<StagedValue> staged = Stage();
     std::string piece(65536, '\0');
-    for (std::uint64_t offset = 0; const size_t count = value.Read(offset, &piece[0], piece.size());
-         offset += count)
+    std::uint64_t offset = 0;
+    size_t count = value.Read(offset, &piece[0], piece.size());
+    while (count != 0)
+    {
         staged->Write(offset, piece.data(), count);
+        offset += count;
+        count = value.Read(offset, &piece[0], piece.size());
+    }
     return staged;
 }
 
