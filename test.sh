@@ -66,6 +66,7 @@ say "sources"
 check layering python3 scripts/check-layering.py
 check layering-self-test python3 scripts/check-layering.py --self-test
 check format scripts/check-format.sh
+check readme python3 scripts/check-readme.py
 
 say "Linux, address and undefined-behaviour sanitizers"
 build linux-asan all && tests build/linux-asan

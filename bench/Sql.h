@@ -33,9 +33,10 @@ inline SqlDatabase SqlOpen(const std::string& path)
     SqlDatabase database(raw);
     SqlCheck(raw, code);
     // As the provider opens its files.
-    SqlCheck(raw,
-             sqlite3_exec(raw, "PRAGMA foreign_keys=ON; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-16384",
-                          nullptr, nullptr, nullptr));
+    SqlCheck(raw, sqlite3_exec(raw,
+                               "PRAGMA foreign_keys=ON; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-16384; "
+                               "PRAGMA wal_autocheckpoint=4000",
+                               nullptr, nullptr, nullptr));
     return database;
 }
 
