@@ -195,7 +195,8 @@ void Put(const Cell& cell, SPropValue& to, Arena& arena)
         break;
     }
     default:
-        std::memcpy(static_cast<void*>(&to.Value), bytes.data(), std::min(bytes.size(), FixedSize(type)));
+        if (!bytes.empty())
+            std::memcpy(static_cast<void*>(&to.Value), bytes.data(), std::min(bytes.size(), FixedSize(type)));
         break;
     }
 }

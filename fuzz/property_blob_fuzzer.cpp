@@ -1,0 +1,84 @@
+// Stored property sets and the provider's entry identifiers: any bytes are read without a crash, and every value that
+// can be given in one form can be freed again.
+#include "fuzz/Require.h"
+#include "zebstore/EntryId.h"
+#include "zebstore/Memory.h"
+#include "zebstore/storage/PropertyBlob.h"
+#include "zebstore/storage/StoreFile.h"
+#include "zebstore/storage/ValueBuilder.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+
+namespace
+{
+
+using namespace zebstore;
+
+/// A store of this process's own, for the values that a blob says are large.
+StoreFile& Store()
+{
+    static const std::shared_ptr<StoreFile> store = []
+    {
+        std::string folder = (std::filesystem::temp_directory_path() / "blob-fuzzer-XXXXXX").string();
+        ::Require(mkdtemp(&folder[0]) != nullptr, "a temporary folder can be made");
+        static const std::string kept = folder;
+        std::atexit([] { std::filesystem::remove_all(kept); });
+        return StoreFile::Create(folder + "/store.zeb", "fuzz", {});
+    }();
+    return *store;
+}
+
+void Build(const PropertyBlob& blob, ULONG type)
+{
+    std::vector<ULONG> tags;
+    for (size_t i = 0; i < blob.Count(); ++i)
+    {
+        tags.push_back(type == PT_UNSPECIFIED ? blob.At(i).tag : CHANGE_PROP_TYPE(blob.At(i).tag, type));
+    }
+    if (tags.empty())
+    {
+        return;
+    }
+    size_t errors = 0;
+    SPropValue* values = BuildValues(tags.data(), tags.size(), blob, {true, false}, &errors);
+    ::Require(errors <= tags.size(), "no more errors than values");
+    Free(values);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size)
+{
+    const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+    try
+    {
+        const PropertyBlob blob(bytes, Store());
+        const bool sound = PropertyBlob::IsSound(bytes);
+        ::Require(!sound || size >= 4, "a sound blob has its index");
+        Build(blob, PT_UNSPECIFIED);
+        Build(blob, PT_UNICODE);
+        Build(blob, PT_MV_STRING8);
+        blob.Decode();
+    }
+    catch (const Error&)
+    {
+        // A damaged value is refused.
+    }
+    const MAPIUID uid = {};
+    try
+    {
+        ParseItemId(uid, data, size);
+        if (LooksLikeStoreEntryId(data, size))
+        {
+            ParseStoreEntryId(data, size);
+        }
+    }
+    catch (const Error&)
+    {
+        // A foreign or cut identifier is refused.
+    }
+    return 0;
+}
