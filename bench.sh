@@ -4,21 +4,28 @@
 #
 #   ./bench.sh [NAME...]     all, or those named
 #   ./bench.sh --short       small stores and few pairs: shows that it works, says nothing about speed
+#   ./bench.sh --preset NAME ...   another build than linux-release, for --short with sanitizers
 #
 # Installs what is missing (as root). The large stores are made once and kept in build/bench/.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
+preset=linux-release
+if [ "${1:-}" = --preset ]; then
+    preset=${2:?usage: ./bench.sh [--preset NAME] [--short] [NAME...]}
+    shift 2
+fi
 scripts/setup.sh bench >&2
+export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
 {
-    cmake --preset linux-release >build/configure-bench.log 2>&1 || {
+    cmake --preset "$preset" >build/configure-bench.log 2>&1 || {
         tail -n 20 build/configure-bench.log >&2
         exit 1
     }
-    ninja -C build/linux-release zebbench zebstore >build/build-bench.log 2>&1 || {
+    ninja -C "build/$preset" zebbench zebstore >build/build-bench.log 2>&1 || {
         grep -E 'error|FAILED' -A 5 build/build-bench.log | head -n 40 >&2
         exit 1
     }
 }
 mkdir -p build/bench
-exec build/linux-release/bin/zebbench --folder build/bench "$@"
+exec "build/$preset/bin/zebbench" --folder build/bench "$@"

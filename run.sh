@@ -14,6 +14,9 @@ mailbox=$root/build/deps/node_modules/pst-extractor/example/testdata/enron.pst
 # Two folders of the mailbox together make an inbox worth showing.
 inbox=("lokay-m/MLOKAY (Non-Privileged)/Personal" "lokay-m/MLOKAY (Non-Privileged)/TW-Commercial Group")
 
+# Nothing outside the checkout is written, a compiler's or a font's cache neither.
+export CCACHE_DIR=$root/build/ccache XDG_CACHE_HOME=$root/build/cache
+
 if [ $# -gt 0 ]; then
     echo "usage: ./run.sh" >&2
     exit 2

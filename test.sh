@@ -57,6 +57,8 @@ tests() { scripts/run-tests.py --tally "$tally" "$@"; }
 
 say "installing what is missing"
 scripts/setup.sh test || exit 1
+# The compiler cache, where there is one, serves every clone.
+export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
 export ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:detect_stack_use_after_return=1
 export UBSAN_OPTIONS=print_stacktrace=1
 export LSAN_OPTIONS=suppressions=$PWD/tests/support/lsan.supp:print_suppressions=0
@@ -86,7 +88,7 @@ if [ $quick = no ]; then
     check tidy scripts/check-tidy.sh build/linux-asan
 
     say "benchmarks, short form"
-    check bench ./bench.sh --short
+    check bench ./bench.sh --preset linux-asan --short
 fi
 
 passed=$(awk '{ n += $2 } END { print n + 0 }' "$tally")

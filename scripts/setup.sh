@@ -47,6 +47,6 @@ if ! cmp -s "$root/deps/package-lock.json" "$deps/.installed"; then
     echo "Fetching the npm packages of deps/package-lock.json"
     mkdir -p "$deps"
     cp "$root/deps/package.json" "$root/deps/package-lock.json" "$root/deps/.npmrc" "$deps/"
-    (cd "$deps" && npm ci --ignore-scripts --no-audit --no-fund --loglevel=error)
+    (cd "$deps" && npm ci --ignore-scripts --no-audit --no-fund --loglevel=error --cache "$deps/.npm-cache")
     cp "$root/deps/package-lock.json" "$deps/.installed"
 fi
