@@ -4,11 +4,14 @@
 #include "framework/ComError.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/MapiMemory.h"
+#include "tests/support/Thrown.h"
 #include "tests/support/doubles/Journal.h"
 #include "tests/support/doubles/RowTable.h"
 #include "zebapi/Exception.h"
 
 #include <gtest/gtest.h>
+
+#include <utility>
 
 namespace zeb::test
 {
@@ -17,17 +20,7 @@ namespace zeb::test
 template <class Body>
 HRESULT Thrown(Body&& body)
 {
-    try
-    {
-        body();
-    }
-    catch (CZebException* exception)
-    {
-        const HRESULT result = exception->GetResult();
-        exception->Delete();
-        return result;
-    }
-    return 0;
+    return ThrownBy(std::forward<Body>(body));
 }
 
 /// Its description; empty when none is thrown.
@@ -51,15 +44,7 @@ std::string Described(Body&& body)
 template <class Body>
 HRESULT Raised(Body&& body)
 {
-    try
-    {
-        body();
-    }
-    catch (const _com_error& error)
-    {
-        return error.Error();
-    }
-    return 0;
+    return ComErrorThrownBy(std::forward<Body>(body));
 }
 
 class ObjectsTest : public ::testing::Test
