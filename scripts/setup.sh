@@ -7,12 +7,12 @@ what=${1:-all}
 
 packages=(g++ cmake ninja-build ccache pkg-config git ca-certificates npm
     g++-mingw-w64-x86-64-posix wine wine64 libwine-dev
-    nlohmann-json3-dev libcli11-dev libpff-dev libgmime-3.0-dev python3)
+    nlohmann-json3-dev libcli11-dev libpff-dev libgmime-3.0-dev python3 libgtest-dev libgmock-dev googletest)
 case $what in
 build | run) ;;
-test) packages+=(libgtest-dev libgmock-dev googletest clang clang-format clang-tidy libclang-rt-14-dev pff-tools binutils) ;;
-bench) packages+=(libgtest-dev libgmock-dev googletest libbenchmark-dev) ;;
-all) packages+=(libgtest-dev libgmock-dev googletest clang clang-format clang-tidy libclang-rt-14-dev pff-tools binutils
+test) packages+=(clang clang-format clang-tidy libclang-rt-14-dev pff-tools binutils) ;;
+bench) packages+=(libbenchmark-dev) ;;
+all) packages+=(clang clang-format clang-tidy libclang-rt-14-dev pff-tools binutils
     libbenchmark-dev) ;;
 *)
     echo "setup.sh: unknown purpose '$what' (build, run, test or bench)" >&2
