@@ -60,14 +60,15 @@ void Importer::AddFolder(const FolderPath& source, Properties properties)
     {
         const FolderPath target = TargetOf(source);
         CZebFolder& folder = m_tree.Open(target);
-        // The folder has its name already, and the inbox keeps its own.
+        // The folder has its name already: that of the file, or the store's own for its inbox and its top.
         properties.erase(std::remove_if(properties.begin(), properties.end(),
                                         [](const Property& property) {
                                             return !property.name &&
                                                    PROP_ID(property.tag) == PROP_ID(PR_DISPLAY_NAME);
                                         }),
                          properties.end());
-        if (!properties.empty() && !SamePath(target, m_inboxTarget))
+        // Where several folders become one, it is like the first of them.
+        if (!properties.empty() && m_described.insert(target.Text()).second)
         {
             const CComPtr<IMAPIFolder> raw = InterfaceOf(folder);
             ReportRefusals(source.Text(), WriteProperties(raw.Get(), properties, m_names));

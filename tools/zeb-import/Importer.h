@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -61,6 +62,7 @@ private:
     FolderPath m_inboxTarget;
     std::vector<FolderPath> m_inbox;
     NameResolver m_names;
+    std::set<std::string> m_described; ///< the folders that have been given properties
     Progress m_progress;
     uint64_t m_messages = 0, m_folders = 0, m_skipped = 0;
 };

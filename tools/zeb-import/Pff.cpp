@@ -19,10 +19,6 @@ struct FreeEntry
 {
     void operator()(libpff_record_entry_t* entry) const { libpff_record_entry_free(&entry, nullptr); }
 };
-struct FreeMultiValue
-{
-    void operator()(libpff_multi_value_t* value) const { libpff_multi_value_free(&value, nullptr); }
-};
 using Entry = std::unique_ptr<libpff_record_entry_t, FreeEntry>;
 
 constexpr const char* Reading = "a property can not be read";
@@ -87,22 +83,50 @@ std::string SingleValue(ULONG type, std::string data)
     return data;
 }
 
+uint32_t NumberAt(const std::string& data, size_t offset)
+{
+    uint32_t number = 0;
+    for (size_t i = 4; i-- > 0;)
+        number = number << 8 | static_cast<unsigned char>(data[offset + i]);
+    return number;
+}
+
+/// Where the elements of a multi-valued property begin, and behind them the end of the last: numbers stand
+/// side by side; before texts and binaries stand their count and the offset of each.
+std::vector<size_t> Bounds(const std::string& data, size_t elementSize)
+{
+    constexpr size_t word = 4;
+    std::vector<size_t> bounds;
+    bool sound = true;
+    if (elementSize != 0)
+    {
+        sound = data.size() % elementSize == 0;
+        for (size_t at = 0; at <= data.size(); at += elementSize)
+            bounds.push_back(at);
+    }
+    else
+    {
+        const size_t count = data.size() < word ? 0 : NumberAt(data, 0);
+        sound = (data.empty() || data.size() >= word) && count <= data.size() / word - (data.empty() ? 0 : 1);
+        for (size_t i = 0; sound && i < count; ++i)
+            bounds.push_back(NumberAt(data, word * (i + 1)));
+        bounds.push_back(data.size());
+    }
+    for (size_t i = 1; i < bounds.size(); ++i)
+        sound = sound && bounds[i - 1] <= bounds[i];
+    if (!sound)
+        throw ToolError("a multi-valued property is damaged");
+    return bounds;
+}
+
 std::vector<std::string> ManyValues(libpff_record_entry_t* entry, ULONG type)
 {
-    libpff_multi_value_t* raw = nullptr;
-    Do([&](libpff_error_t** error) { return libpff_record_entry_get_multi_value(entry, &raw, error); });
-    const std::unique_ptr<libpff_multi_value_t, FreeMultiValue> many(raw);
-    int count = 0;
-    Do([&](libpff_error_t** error) { return libpff_multi_value_get_number_of_values(raw, &count, error); });
+    const std::string data = DataOf(entry);
+    const std::vector<size_t> bounds = Bounds(data, ElementSize(type));
     std::vector<std::string> values;
-    for (int i = 0; i < count; ++i)
+    for (size_t i = 1; i < bounds.size(); ++i)
     {
-        uint32_t valueType = 0;
-        uint8_t* data = nullptr;
-        size_t size = 0;
-        Do([&](libpff_error_t** error)
-           { return libpff_multi_value_get_value(raw, i, &valueType, &data, &size, error); });
-        std::string bytes(reinterpret_cast<const char*>(data), data ? size : 0);
+        std::string bytes = data.substr(bounds[i - 1], bounds[i] - bounds[i - 1]);
         if (type == PT_STRING8)
             bytes.resize(std::min(bytes.find('\0'), bytes.size()));
         values.push_back(SingleValue(type, std::move(bytes)));

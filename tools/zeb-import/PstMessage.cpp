@@ -55,6 +55,28 @@ void StripSubjectMark(Properties& properties)
         text.erase(0, 2 * width);
 }
 
+/// Leaves the bytes of a large attachment to be read when they are written. Those of an OLE object, which
+/// the file keeps beside its properties, become the property by which MAPI hands them out.
+void ReadAttachmentData(const std::shared_ptr<libpff_item_t>& message, pff::Item attachment,
+                        Properties& properties)
+{
+    size64_t size = 0;
+    libpff_error_t* error = nullptr;
+    const int known = libpff_attachment_get_data_size(attachment.get(), &size, &error);
+    pff::Check(known, error, "an attachment can not be read");
+    Property* data = Find(properties, PROP_ID(PR_ATTACH_DATA_BIN));
+    if (known != 1 || (data ? size <= LargestInMemory : size == 0))
+        return;
+    if (!data)
+    {
+        properties.emplace_back();
+        data = &properties.back();
+        data->tag = PR_ATTACH_DATA_OBJ;
+    }
+    data->values.clear();
+    data->source = std::make_shared<AttachmentBytes>(message, std::move(attachment));
+}
+
 MessageContent ReadMessage(const std::shared_ptr<libpff_item_t>& item, int depth);
 
 AttachmentContent ReadAttachment(const std::shared_ptr<libpff_item_t>& message, int index, int depth)
@@ -83,16 +105,7 @@ AttachmentContent ReadAttachment(const std::shared_ptr<libpff_item_t>& message, 
             ReadMessage(std::shared_ptr<libpff_item_t>(owner, owner->embedded.get()), depth + 1));
         return content;
     }
-    size64_t size = 0;
-    libpff_error_t* error = nullptr;
-    const int known = libpff_attachment_get_data_size(attachment.get(), &size, &error);
-    pff::Check(known, error, "an attachment can not be read");
-    if (known == 1 && size > LargestInMemory)
-        if (Property* data = Find(content.properties, PROP_ID(PR_ATTACH_DATA_BIN)))
-        {
-            data->values.clear();
-            data->source = std::make_shared<AttachmentBytes>(message, std::move(attachment));
-        }
+    ReadAttachmentData(message, std::move(attachment), content.properties);
     return content;
 }
 

@@ -236,7 +236,9 @@ void PstSource::ImportFolder(Importer& importer, libpff_item_t* folder, const Fo
 {
     try
     {
-        importer.AddFolder(path, path.names.empty() ? Properties() : pff::ReadRecordSet(folder, 0));
+        // The root of the file is not a folder of the store's, but for its place.
+        const bool isRoot = path.fromRoot && path.names.empty();
+        importer.AddFolder(path, isRoot ? Properties() : pff::ReadRecordSet(folder, 0));
         ImportMessages(importer, folder, path, false);
         ImportMessages(importer, folder, path, true);
         for (int i = 0, count = SubFolders(folder); i < count; ++i)
