@@ -3,6 +3,7 @@
 
 #include "zebstore/Guard.h"
 #include "zebstore/Memory.h"
+#include "zebstore/Notifier.h"
 
 #include <imessage.h>
 #include <mapiform.h>
@@ -50,9 +51,14 @@ HRESULT WINAPI MAPIInitialize(LPVOID init)
 void WINAPI MAPIUninitialize()
 {
     Guarded("MAPIUninitialize", [] {});
-    const std::lock_guard<std::mutex> hold(g_lifeLock);
-    if (g_users > 0 && --g_users == 0)
-        TraceLiveCounts();
+    {
+        const std::lock_guard<std::mutex> hold(g_lifeLock);
+        if (g_users == 0 || --g_users > 0)
+            return;
+    }
+    // Not under the lock: an advise sink that is being called may ask whether MAPI is started.
+    Notifier::The().Stop();
+    TraceLiveCounts();
 }
 
 HRESULT WINAPI MAPILogonEx(ULONG_PTR, LPTSTR profile, LPTSTR, ULONG flags, LPMAPISESSION* session)

@@ -137,8 +137,11 @@ private:
             out.SetBinary(CHANGE_PROP_TYPE(tag, PT_BINARY), m_uid.ab, sizeof(m_uid.ab));
             return true;
         case PROP_ID(PrInstanceKey):
-            out.SetBinary(PrInstanceKey, &key, sizeof(key));
+        {
+            const std::string bytes = InstanceKeyOf(key);
+            out.SetBinary(PrInstanceKey, bytes.data(), bytes.size());
             return true;
+        }
         case PROP_ID(PR_ACCESS_LEVEL):
             out.SetLong(PR_ACCESS_LEVEL, m_readOnly ? 0 : 1);
             return true;

@@ -1,11 +1,6 @@
 #include "zebstore/Table.h"
 
-#include "zebstore/Memory.h"
-#include "zebstore/storage/TableView.h"
-#include "zebstore/storage/ValueBuilder.h"
-
-#include <cstring>
-#include <mutex>
+#include "zebstore/TableState.h"
 
 namespace zebstore
 {
@@ -13,47 +8,12 @@ namespace zebstore
 namespace
 {
 
-bool IsTextType(ULONG type)
-{
-    return type == PT_STRING8 || type == PT_UNICODE;
-}
-
-// Owns a row set while it is filled.
-class RowSetBuffer
-{
-public:
-    explicit RowSetBuffer(size_t rows)
-        : m_set(Allocate(CbNewSRowSet(rows)))
-    {
-        std::memset(static_cast<void*>(m_set.Get()), 0, CbNewSRowSet(rows));
-    }
-    ~RowSetBuffer()
-    {
-        if (m_set.Get())
-            for (ULONG i = 0; i < m_set->cRows; ++i)
-                Free(m_set->aRow[i].lpProps);
-    }
-    RowSetBuffer(const RowSetBuffer&) = delete;
-    RowSetBuffer& operator=(const RowSetBuffer&) = delete;
-
-    void Add(SPropValue* values, size_t count)
-    {
-        SRow& row = m_set->aRow[m_set->cRows++];
-        row.cValues = static_cast<ULONG>(count);
-        row.lpProps = values;
-    }
-    SRowSet* Detach() { return m_set.Detach(); }
-
-private:
-    Buffer<SRowSet> m_set;
-};
-
 class Table : public Object<IMAPITable>
 {
 public:
     Table(std::shared_ptr<RowSource> rows, const TableOptions& options)
-        : m_options(options)
-        , m_view(std::move(rows))
+        : m_state(std::make_shared<TableState>(std::move(rows), options))
+        , m_view(m_state->View())
     {
     }
 
@@ -62,20 +22,24 @@ public:
         return Guarded("IMAPITable::GetLastError", [&] { return LastErrorAsMapi(code, flags, error); });
     }
 
-    HRESULT STDMETHODCALLTYPE Advise(ULONG, LPMAPIADVISESINK, ULONG* connection) override
+    HRESULT STDMETHODCALLTYPE Advise(ULONG events, LPMAPIADVISESINK sink, ULONG* connection) override
     {
         return Guarded("IMAPITable::Advise",
-                       [&]() -> HRESULT
+                       [&]
                        {
-                           Require(connection != nullptr);
+                           Require(connection != nullptr, "no place for the connection");
                            *connection = 0;
-                           return MAPI_E_NO_SUPPORT;
+                           Require(sink != nullptr, "no advise sink");
+                           if (!(events & fnevTableModified))
+                               throw Error(MAPI_E_NO_SUPPORT,
+                                           "a table tells of changes of the table and of nothing else");
+                           *connection = m_state->Advise(sink);
                        });
     }
 
-    HRESULT STDMETHODCALLTYPE Unadvise(ULONG) override
+    HRESULT STDMETHODCALLTYPE Unadvise(ULONG connection) override
     {
-        return Guarded("IMAPITable::Unadvise", []() -> HRESULT { return MAPI_E_NO_SUPPORT; });
+        return Guarded("IMAPITable::Unadvise", [&] { m_state->Unadvise(connection); });
     }
 
     HRESULT STDMETHODCALLTYPE GetStatus(ULONG* status, ULONG* type) override
@@ -85,7 +49,7 @@ public:
                        {
                            Require(status && type);
                            *status = TBLSTAT_COMPLETE;
-                           *type = m_options.type;
+                           *type = m_state->Options().type;
                        });
     }
 
@@ -96,7 +60,7 @@ public:
                     {
                         RequireFlags(flags, TBL_BATCH | TBL_ASYNC);
                         Require(tags && tags->cValues > 0, "A table needs at least one column.");
-                        m_columns.assign(tags->aulPropTag, tags->aulPropTag + tags->cValues);
+                        m_state->SetColumns({tags->aulPropTag, tags->aulPropTag + tags->cValues});
                     });
     }
 
@@ -109,7 +73,7 @@ public:
                         Require(tags != nullptr);
                         *tags = nullptr;
                         const std::vector<ULONG> columns =
-                            flags & TBL_ALL_COLUMNS ? InOwnForm(m_view.Rows().AllColumns()) : Columns();
+                            flags & TBL_ALL_COLUMNS ? m_state->AllColumns() : m_state->Columns();
                         const size_t size = CbNewSPropTagArray(columns.size());
                         Buffer<SPropTagArray> array(Allocate(size));
                         array->cValues = static_cast<ULONG>(columns.size());
@@ -177,7 +141,8 @@ public:
                     [&]
                     {
                         RequireFlags(flags, TBL_BATCH | TBL_ASYNC);
-                        m_view.Restrict(restriction ? std::make_unique<Restriction>(*restriction) : nullptr);
+                        auto taken = restriction ? std::make_unique<Restriction>(*restriction) : nullptr;
+                        m_state->Rearrange([&] { m_view.Restrict(std::move(taken)); });
                     });
     }
 
@@ -205,7 +170,7 @@ public:
                         Require(order != nullptr, "A sort needs its keys.");
                         auto taken = std::make_unique<SortOrder>(*order);
                         std::vector<SSortOrder> asGiven(order->aSort, order->aSort + order->cSorts);
-                        m_view.Sort(std::move(taken));
+                        m_state->Rearrange([&] { m_view.Sort(std::move(taken)); });
                         m_sorts.swap(asGiven);
                     });
     }
@@ -234,7 +199,7 @@ public:
                         RequireFlags(flags, TBL_NOADVANCE);
                         Require(rows != nullptr);
                         *rows = nullptr;
-                        *rows = ReadRows(count, (flags & TBL_NOADVANCE) == 0);
+                        *rows = m_state->ReadRows(count, (flags & TBL_NOADVANCE) == 0);
                     });
     }
 
@@ -283,62 +248,15 @@ private:
         return Guarded(method,
                        [&]() -> decltype(body())
                        {
-                           const std::lock_guard<std::mutex> hold(m_lock);
+                           const std::lock_guard<std::mutex> hold(m_state->Lock());
                            return body();
                        });
     }
 
-    // Text columns in the form in which the table was asked for.
-    std::vector<ULONG> InOwnForm(std::vector<ULONG> columns) const
-    {
-        const ULONG form = m_options.unicode ? PT_UNICODE : PT_STRING8;
-        for (ULONG& tag : columns)
-        {
-            const ULONG many = PROP_TYPE(tag) & MV_FLAG;
-            if (IsTextType(PROP_TYPE(tag) & ~many))
-                tag = CHANGE_PROP_TYPE(tag, form | many);
-        }
-        return columns;
-    }
+    ~Table() override { m_state->Close(); }
 
-    std::vector<ULONG> Columns()
-    {
-        return m_columns.empty() ? InOwnForm(m_view.Rows().DefaultColumns()) : m_columns;
-    }
-
-    SRowSet* ReadRows(LONG count, bool advance)
-    {
-        const std::vector<ULONG> columns = Columns();
-        const TableView::Cursor before = m_view.GetCursor();
-        const std::vector<RowKey> keys = m_view.Take(count, advance);
-        try
-        {
-            return BuildRows(keys, columns);
-        }
-        catch (...)
-        {
-            // The cursor moves only when the rows are there to be handed out.
-            m_view.SetCursor(before);
-            throw;
-        }
-    }
-
-    SRowSet* BuildRows(const std::vector<RowKey>& keys, const std::vector<ULONG>& columns)
-    {
-        RowSetBuffer rows(keys.size());
-        BuildOptions options;
-        options.unicode = m_options.unicode;
-        m_view.Rows().Read(
-            keys.data(), keys.size(),
-            [&](size_t, const ValueSource& values)
-            { rows.Add(BuildValues(columns.data(), columns.size(), values, options), columns.size()); });
-        return rows.Detach();
-    }
-
-    std::mutex m_lock;
-    TableOptions m_options;
-    TableView m_view;
-    std::vector<ULONG> m_columns; // empty: the default ones
+    const std::shared_ptr<TableState> m_state;
+    TableView& m_view; // the state's
     std::vector<SSortOrder> m_sorts;
 };
 

@@ -1,5 +1,6 @@
 // The messages of a folder as rows.
 #include "zebstore/storage/PropertyBlob.h"
+#include "zebstore/storage/RecentChanges.h"
 #include "zebstore/storage/RowSelect.h"
 #include "zebstore/storage/RowSource.h"
 #include "zebstore/storage/Schema.h"
@@ -7,6 +8,7 @@
 #include "zebstore/storage/StoreParts.h"
 
 #include <deque>
+#include <unordered_set>
 
 namespace zebstore
 {
@@ -101,6 +103,34 @@ public:
 
     std::uint64_t Generation() override { return m_store->Generation(m_folder, m_associated); }
 
+    std::shared_ptr<void> Moment() override { return std::make_shared<StoreMoment>(*m_store); }
+
+    TouchedRows TouchedSince(std::uint64_t generation) override
+    {
+        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        Query query(m_store->Connection(), "SELECT change, recent FROM contents WHERE container=?");
+        query.Bind(1, ContainerOf(m_folder, m_associated));
+        TouchedRows touched;
+        if (!query.Step())
+            touched.kind = TouchedRows::Kind::Replaced;
+        else
+            List(touched, query, generation);
+        return touched;
+    }
+
+    bool KeysRise() const override { return true; }
+
+    bool Exists(RowKey key) override { return m_store->MessageExists(key); }
+
+    std::optional<RowKey> KeyBefore(RowKey key) override
+    {
+        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        Query query(m_store->Connection(),
+                    "SELECT id FROM message WHERE id < ? AND id >= ? ORDER BY id DESC LIMIT 1");
+        query.Bind(1, key).Bind(2, m_first);
+        return query.Step() ? std::optional<RowKey>(query.Number(0)) : std::nullopt;
+    }
+
     std::vector<RowKey> Keys(const Restriction* restriction, const SortOrder* order) override
     {
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
@@ -190,6 +220,28 @@ public:
     }
 
 private:
+    // StoreFile::Generation is one more than the place's change number.
+    void List(TouchedRows& touched, const Query& query, std::uint64_t generation) const
+    {
+        const auto now = static_cast<std::uint64_t>(query.Number(0)) + 1;
+        if (generation == 0 || generation > now || now - generation > MostRecent)
+            return;
+        const std::vector<RecentChange> changes = LastRecent(query.Bytes(1), now - generation);
+        for (const RecentChange& change : changes)
+            if (change.IsEverything())
+            {
+                touched.kind = TouchedRows::Kind::Replaced;
+                return;
+            }
+        if (changes.size() < now - generation)
+            return;
+        touched.kind = TouchedRows::Kind::Listed;
+        std::unordered_set<RowKey> listed;
+        for (const RecentChange& change : changes)
+            if (const RowKey key = m_first | change.number; listed.insert(key).second)
+                touched.rows.push_back({key, change.event != RowEvent::Added});
+    }
+
     MessageValues ValuesOf(RowKey key, const Query& query, int blobColumn) const
     {
         return MessageValues(*m_store, m_computed.get(), m_computedIds, key, query, blobColumn);

@@ -5,6 +5,8 @@
 namespace zebstore
 {
 
+std::atomic<void (*)()> g_afterCommit{nullptr};
+
 namespace
 {
 
@@ -266,6 +268,8 @@ void Transaction::Commit()
     Query(m_database, "COMMIT").Run();
     m_open = false;
     --m_database.m_depth;
+    if (auto* const afterCommit = g_afterCommit.load(std::memory_order_acquire))
+        afterCommit();
 }
 
 ReadScope::ReadScope(Database& database)

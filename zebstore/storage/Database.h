@@ -3,6 +3,7 @@
 
 #include "zebstore/Error.h"
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -15,6 +16,9 @@ struct sqlite3_stmt;
 
 namespace zebstore
 {
+
+/// Called after each commit of this process, on its thread and under the store's lock; null: nobody. It must not throw.
+extern std::atomic<void (*)()> g_afterCommit;
 
 /// Owns the connection and its prepared statements.
 /// Threads: one at a time; the store file's lock sees to it.

@@ -4,6 +4,8 @@
 #include "zebstore/storage/StoreParts.h"
 
 #include <deque>
+#include <map>
+#include <tuple>
 
 namespace zebstore
 {
@@ -73,7 +75,54 @@ public:
         return static_cast<ULONG>(m_store->FoldersUnder(m_folder, true).size());
     }
 
-    std::uint64_t Generation() override { return m_store->Generation(0, false); }
+    // The tree's change number; followed, the counters of folders count too. Between two changes of the tree the sum
+    // of all change numbers only rises.
+    std::uint64_t Generation() override
+    {
+        const std::uint64_t tree = m_store->Generation(0, false);
+        if (!m_followed)
+            return tree;
+        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        Query query(m_store->Connection(), "SELECT sum(change) FROM contents");
+        query.Step();
+        return (tree << 32) + (static_cast<std::uint64_t>(query.Number(0)) & 0xFFFFFFFF);
+    }
+
+    std::shared_ptr<void> Moment() override { return std::make_shared<StoreMoment>(*m_store); }
+
+    void Follow() override
+    {
+        m_followed = true;
+        m_seen = See();
+        m_seenTree = m_store->Generation(0, false);
+        m_seenGeneration = Generation();
+    }
+
+    TouchedRows TouchedSince(std::uint64_t generation) override
+    {
+        TouchedRows touched;
+        if (!m_followed)
+            return touched;
+        const bool known = generation == m_seenGeneration;
+        const std::map<FolderId, Seen> before = m_seen;
+        const std::uint64_t tree = m_store->Generation(0, false);
+        if (tree == m_seenTree)
+            SeeCounters();
+        else
+            m_seen = See();
+        m_seenTree = tree;
+        m_seenGeneration = Generation();
+        if (!known)
+            return touched;
+        touched.kind = TouchedRows::Kind::Listed;
+        for (const auto& [folder, seen] : before)
+            if (const auto now = m_seen.find(folder); now == m_seen.end() || !(now->second == seen))
+                touched.rows.push_back({folder, true});
+        for (const auto& each : m_seen)
+            if (before.count(each.first) == 0)
+                touched.rows.push_back({each.first, false});
+        return touched;
+    }
 
     std::vector<RowKey> Keys(const Restriction* restriction, const SortOrder* order) override
     {
@@ -138,6 +187,57 @@ public:
     }
 
 private:
+    // All that a folder's row shows.
+    struct Seen
+    {
+        FolderInfo info;
+        std::string properties;
+
+        bool operator==(const Seen& other) const
+        {
+            const auto shown = [](const FolderInfo& each)
+            {
+                return std::make_tuple(each.parent, each.type, each.messages, each.unread, each.associated,
+                                       each.subfolders != 0, each.depth);
+            };
+            return shown(info) == shown(other.info) && properties == other.properties;
+        }
+    };
+
+    std::map<FolderId, Seen> See() const
+    {
+        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        std::map<FolderId, Seen> seen;
+        Query query(m_store->Connection(), "SELECT props FROM folder WHERE id=?");
+        for (const FolderInfo& info : m_store->FoldersUnder(m_folder, m_wholeTree))
+        {
+            query.Bind(1, info.id).Step();
+            seen[info.id] = {info, std::string(query.Bytes(0))};
+            query.Reset();
+        }
+        return seen;
+    }
+
+    void SeeCounters()
+    {
+        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        Query query(m_store->Connection(), "SELECT container, rows, unread FROM contents");
+        while (query.Step())
+        {
+            const auto seen = m_seen.find(query.Number(0) >> 1);
+            if (seen == m_seen.end())
+                continue;
+            FolderInfo& info = seen->second.info;
+            if (query.Number(0) & 1)
+                info.associated = static_cast<ULONG>(query.Number(1));
+            else
+            {
+                info.messages = static_cast<ULONG>(query.Number(1));
+                info.unread = static_cast<ULONG>(query.Number(2));
+            }
+        }
+    }
+
     ULONG DepthOf(const FolderInfo& info) const
     {
         ULONG depth = 1;
@@ -150,6 +250,10 @@ private:
     FolderId m_folder;
     bool m_wholeTree;
     std::shared_ptr<const ComputedProperties> m_computed;
+    bool m_followed = false;
+    std::map<FolderId, Seen> m_seen; // as it was at m_seenGeneration
+    std::uint64_t m_seenTree = 0;
+    std::uint64_t m_seenGeneration = 0;
 };
 
 } // namespace

@@ -18,6 +18,32 @@ class SortOrder;
 /// Names a row of its source for as long as the row exists.
 using RowKey = std::int64_t;
 
+/// A row that something happened to.
+struct TouchedRow
+{
+    RowKey key = 0;
+    bool wasThere = false; ///< before it happened
+};
+
+/// What happened to the rows of a source.
+struct TouchedRows
+{
+    enum class Kind
+    {
+        Listed,   ///< `rows` are all that was touched, each once, in the order in which it began
+        Unknown,  ///< too much or too long ago to be listed
+        Replaced, ///< the content has gone as a whole
+    };
+    Kind kind = Kind::Unknown;
+    std::vector<TouchedRow> rows;
+};
+
+/// The bytes of a row's PR_INSTANCE_KEY.
+inline std::string InstanceKeyOf(RowKey key)
+{
+    return {reinterpret_cast<const char*>(&key), sizeof(key)};
+}
+
 /// The rows of one table. Threads: the table that owns the source calls it from one thread at a time; a
 /// source over a store takes the store's lock.
 class RowSource
@@ -29,8 +55,20 @@ public:
 
     /// Rows without any restriction; does not scan.
     virtual ULONG Count() = 0;
-    /// Rises whenever rows, their order or their values may have changed.
+    /// Becomes another number whenever rows, their order or their values may have changed.
     virtual std::uint64_t Generation() = 0;
+    /// Until the result is dropped, all that is asked of the source is of one moment.
+    virtual std::shared_ptr<void> Moment() { return nullptr; }
+    /// From now on Generation and TouchedSince also know of changes that are dear to find.
+    virtual void Follow() {}
+    /// What happened since the source had this generation.
+    virtual TouchedRows TouchedSince(std::uint64_t) { return {}; }
+    /// True when the natural order of the rows is that of their keys, Exists and KeyBefore answer, and TouchedSince
+    /// lists rows.
+    virtual bool KeysRise() const { return false; }
+    virtual bool Exists(RowKey) { return false; }
+    /// The row before this one in natural order, whether or not this one is there.
+    virtual std::optional<RowKey> KeyBefore(RowKey) { return std::nullopt; }
     /// The keys of the rows that `restriction` (null: all) lets through, in this order (null: the natural
     /// one).
     virtual std::vector<RowKey> Keys(const Restriction* restriction, const SortOrder* order) = 0;

@@ -17,7 +17,8 @@ struct TableSql
 // contents has a row for each place of messages: container = 2 * folder + 1 for associated ones. `next` is
 // the number that the next message gets, so numbers are never given twice; `change` rises with every
 // transaction that touches a row of the place. Container 0 holds the messages inside attachments, and its
-// `change` stands for the folder tree.
+// `change` stands for the folder tree. `recent` lists the rows that the last changes were about (see
+// StoreContents.cpp), so that an open table learns what happened without a search.
 //
 // A message's id is its container, shifted left by 32 bits, plus its number: the messages of a folder lie
 // side by side, in the order in which they came, and a save appends to one page. The columns before `props`
@@ -34,7 +35,7 @@ constexpr TableSql Tables[] = {
      "type INTEGER NOT NULL, key TEXT NOT NULL, props BLOB NOT NULL, UNIQUE(parent, key))"},
     {"contents", "CREATE TABLE contents(container INTEGER PRIMARY KEY, folder INTEGER REFERENCES folder(id) "
                  "ON DELETE CASCADE, rows INTEGER NOT NULL, unread INTEGER NOT NULL, next INTEGER NOT NULL, "
-                 "change INTEGER NOT NULL)"},
+                 "change INTEGER NOT NULL, recent BLOB)"},
     {"message",
      "CREATE TABLE message(id INTEGER PRIMARY KEY, change INTEGER NOT NULL, flags INTEGER NOT NULL, "
      "size INTEGER NOT NULL, parts INTEGER NOT NULL, delivered INTEGER, submitted INTEGER, "
@@ -62,6 +63,13 @@ std::int64_t ReadPragma(Database& database, const char* sql)
     return query.Step() ? query.Number(0) : 0;
 }
 
+constexpr std::int32_t OldSchemaVersion = 1;
+
+void WriteVersion(Database& database)
+{
+    database.Execute(("PRAGMA user_version=" + std::to_string(SchemaVersion)).c_str());
+}
+
 } // namespace
 
 void CreateSchema(Database& database)
@@ -69,7 +77,25 @@ void CreateSchema(Database& database)
     for (const TableSql& table : Tables)
         database.Execute(table.sql);
     database.Execute(("PRAGMA application_id=" + std::to_string(ApplicationId)).c_str());
-    database.Execute(("PRAGMA user_version=" + std::to_string(SchemaVersion)).c_str());
+    WriteVersion(database);
+}
+
+void UpgradeSchema(Database& database)
+{
+    const auto isOld = [&]
+    {
+        return ReadPragma(database, "PRAGMA application_id") == ApplicationId &&
+               ReadPragma(database, "PRAGMA user_version") == OldSchemaVersion;
+    };
+    if (!isOld())
+        return;
+    Transaction transaction(database);
+    if (!isOld()) // another process was quicker
+        return;
+    database.Execute("ALTER TABLE contents ADD COLUMN recent BLOB");
+    WriteVersion(database);
+    CheckSchema(database);
+    transaction.Commit();
 }
 
 void CheckSchema(Database& database)
@@ -82,6 +108,9 @@ void CheckSchema(Database& database)
         throw Error(MAPI_E_VERSION, file + "has the schema version " + std::to_string(version) +
                                         "; this program knows versions up to " +
                                         std::to_string(SchemaVersion) + ".");
+    if (version == OldSchemaVersion)
+        throw Error(MAPI_E_VERSION,
+                    file + "has the old schema version 1; it must be opened for writing once.");
     if (version != SchemaVersion)
         throw Error(MAPI_E_CORRUPT_STORE,
                     file + "has the impossible schema version " + std::to_string(version) + ".");

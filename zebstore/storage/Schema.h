@@ -8,7 +8,7 @@ namespace zebstore
 
 /// "ZEBS", in the file's header.
 constexpr std::int32_t ApplicationId = 0x5A454253;
-constexpr std::int32_t SchemaVersion = 1;
+constexpr std::int32_t SchemaVersion = 2;
 
 /// Bits of message.parts: what a message has beside its row, so that deleting one without them touches
 /// nothing else.
@@ -23,6 +23,10 @@ enum MessageParts : std::int64_t
 
 /// Makes the tables of a new file, in the caller's transaction.
 void CreateSchema(Database& database);
+
+/// Brings a file of version 1, which did not list recent changes, to this version; leaves any other as it is.
+/// @throws Error MAPI_E_CORRUPT_STORE; the file is then as it was
+void UpgradeSchema(Database& database);
 
 /// Sees that the file is a store of this version with the tables that belong there.
 /// @throws Error MAPI_E_CORRUPT_STORE, MAPI_E_VERSION

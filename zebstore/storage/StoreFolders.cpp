@@ -98,24 +98,6 @@ void ClearBoth(StoreFile& store, FolderId folder)
 
 } // namespace
 
-void InsertContents(Database& database, std::int64_t container, FolderId folder)
-{
-    Query query(
-        database,
-        "INSERT INTO contents(container, folder, rows, unread, next, change) VALUES(?, ?, 0, 0, 1, 1)");
-    query.Bind(1, container);
-    if (folder == 0)
-        query.BindNull(2);
-    else
-        query.Bind(2, folder);
-    query.Run();
-}
-
-void TouchTree(Database& database)
-{
-    TouchContents(database, 0, 0, 0);
-}
-
 void RequireFolder(StoreFile& store, FolderId folder)
 {
     if (!store.FolderExists(folder))

@@ -171,51 +171,7 @@ bool ReadOldRow(StoreFile& store, MessageId message, OldRow& old)
     return true;
 }
 
-// The counters of a place of messages.
-struct Place
-{
-    std::int64_t next = 0;
-    std::int64_t change = 0;
-};
-
-Place ReadPlace(Database& database, std::int64_t container)
-{
-    Query query(database, "SELECT next, change FROM contents WHERE container=?");
-    query.Bind(1, container);
-    if (!query.Step())
-        throw Error(MAPI_E_NOT_FOUND,
-                    "The folder is not in the store file '" + database.Path() + "' any more.");
-    return {query.Number(0), query.Number(1)};
-}
-
 } // namespace
-
-// A SELECT before the UPDATE: RETURNING would build a table of its own for each run.
-std::int64_t TouchContents(Database& database, std::int64_t container, std::int64_t rows, std::int64_t unread)
-{
-    const Place place = ReadPlace(database, container);
-    Query(database, "UPDATE contents SET rows=rows+?2, unread=unread+?3, change=change+1 WHERE container=?1")
-        .Bind(1, container)
-        .Bind(2, rows)
-        .Bind(3, unread)
-        .Run();
-    return place.change + 1;
-}
-
-std::int64_t AddToContents(Database& database, std::int64_t container, std::int64_t unread,
-                           MessageId& message)
-{
-    const Place place = ReadPlace(database, container);
-    message = FirstOf(container) | place.next;
-    if (message > LastOf(container) || place.next > 0xFFFFFFFF)
-        throw Error(MAPI_E_TOO_BIG, "The folder has no number left for a message.");
-    Query(database, "UPDATE contents SET rows=rows+1, unread=unread+?2, next=next+1, change=change+1 "
-                    "WHERE container=?1")
-        .Bind(1, container)
-        .Bind(2, unread)
-        .Run();
-    return place.change + 1;
-}
 
 MessageId InsertMessage(StoreFile& store, std::int64_t container, const MessageContent& content, int depth)
 {
@@ -271,7 +227,7 @@ std::int64_t StoreFile::SaveMessage(MessageId message, const MessageContent& con
     PropertySet properties = content.properties;
     const Row row = MakeRow(*this, properties, summary, old.large);
     const std::int64_t container = ContainerOf(message);
-    const std::int64_t next = TouchContents(*m_database, container, 0,
+    const std::int64_t next = TouchContents(*m_database, message, RowEvent::Modified,
                                             UnreadOf(container, row.flags) - UnreadOf(container, old.flags));
     UpdateRow(*m_database, message, next, row);
     DeleteReferences(*m_database, old.large);
@@ -325,7 +281,7 @@ void DeleteMessageRow(StoreFile& store, MessageId message)
     DeleteReferences(store.Connection(), old.large);
     Query(store.Connection(), "DELETE FROM message WHERE id=?").Bind(1, message).Run();
     const std::int64_t container = ContainerOf(message);
-    TouchContents(store.Connection(), container, -1, -UnreadOf(container, old.flags));
+    TouchContents(store.Connection(), message, RowEvent::Deleted, -UnreadOf(container, old.flags));
 }
 
 void ClearContents(StoreFile& store, std::int64_t container)
@@ -344,9 +300,7 @@ void ClearContents(StoreFile& store, std::int64_t container)
         .Bind(1, FirstOf(container))
         .Bind(2, LastOf(container))
         .Run();
-    Query(database, "UPDATE contents SET rows=0, unread=0, change=change+1 WHERE container=?")
-        .Bind(1, container)
-        .Run();
+    TouchWholeContents(database, container);
 }
 
 size_t StoreFile::DeleteMessages(const std::vector<MessageId>& messages)
@@ -391,7 +345,7 @@ std::vector<MessageId> StoreFile::MoveMessages(const std::vector<MessageId>& mes
                 .Bind(2, change)
                 .Bind(3, message)
                 .Run();
-            TouchContents(*m_database, from, -1, -unread);
+            TouchContents(*m_database, message, RowEvent::Deleted, -unread);
         }
         moved.push_back(placed);
     }

@@ -8,6 +8,21 @@
 namespace zebstore
 {
 
+/// While it lives the store is not written through this connection, and what is read is of one moment.
+class StoreMoment
+{
+public:
+    explicit StoreMoment(StoreFile& store)
+        : m_hold(store.Lock())
+        , m_read(store.Connection())
+    {
+    }
+
+private:
+    std::lock_guard<std::recursive_mutex> m_hold;
+    ReadScope m_read;
+};
+
 constexpr std::int64_t ContainerOf(FolderId folder, bool associated)
 {
     return folder * 2 + (associated ? 1 : 0);
@@ -25,14 +40,25 @@ constexpr MessageId LastOf(std::int64_t container)
     return FirstOf(container) | 0xFFFFFFFF;
 }
 
+/// What happened to one row of a place of messages.
+enum class RowEvent
+{
+    Added,
+    Deleted,
+    Modified,
+};
+
 /// The row of a place of messages. Folder 0: the messages inside attachments.
 void InsertContents(Database& database, std::int64_t container, FolderId folder);
-/// Adds to a place's counters and moves its change number. @return the change number
-std::int64_t TouchContents(Database& database, std::int64_t container, std::int64_t rows,
-                           std::int64_t unread);
-/// The same for one more message, with the number it gets in `message`.
+/// Notes that a message was changed or deleted: moves the counters and the change number of its place.
+/// @param unread by how many the unread messages become more
+/// @return the place's new change number
+std::int64_t TouchContents(Database& database, MessageId message, RowEvent event, std::int64_t unread);
+/// The same for a new message, with the number that it gets in `message`.
 std::int64_t AddToContents(Database& database, std::int64_t container, std::int64_t unread,
                            MessageId& message);
+/// Notes that a place has lost all its messages at once.
+void TouchWholeContents(Database& database, std::int64_t container);
 /// The folder tree has changed.
 void TouchTree(Database& database);
 

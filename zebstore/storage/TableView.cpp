@@ -35,6 +35,7 @@ void TableView::Restrict(std::unique_ptr<Restriction> restriction)
 {
     m_restriction = std::move(restriction);
     Reset();
+    StartFollowing();
 }
 
 void TableView::Sort(std::unique_ptr<SortOrder> order)
@@ -43,12 +44,14 @@ void TableView::Sort(std::unique_ptr<SortOrder> order)
         order.reset();
     m_order = std::move(order);
     Reset();
+    StartFollowing();
 }
 
 void TableView::Load()
 {
     if (m_loaded)
         return;
+    const std::shared_ptr<void> moment = m_rows->Moment();
     m_generation = m_rows->Generation();
     m_keys = m_rows->Keys(m_restriction.get(), m_order.get());
     m_keys.shrink_to_fit();
@@ -60,73 +63,6 @@ void TableView::Load()
             m_position = static_cast<size_t>(found - m_keys.begin()) + 1;
     }
     m_position = std::min(m_position, m_keys.size());
-}
-
-void TableView::Relocate(Mark& mark, const std::vector<RowKey>& before, std::vector<RowKey>& sorted) const
-{
-    const auto indexOf = [&](RowKey key)
-    { return static_cast<size_t>(std::find(m_keys.begin(), m_keys.end(), key) - m_keys.begin()); };
-    if (!mark.atEnd)
-    {
-        mark.index = indexOf(mark.key);
-        if (mark.index < m_keys.size())
-            return;
-        mark.rowGone = true;
-    }
-    if (sorted.empty())
-    {
-        sorted = m_keys;
-        std::sort(sorted.begin(), sorted.end());
-    }
-    const auto isLeft = [&](RowKey key) { return std::binary_search(sorted.begin(), sorted.end(), key); };
-    const auto place = mark.atEnd ? before.end() : std::find(before.begin(), before.end(), mark.key);
-    const auto next = std::find_if(place, before.end(), isLeft);
-    if (next != before.end())
-        mark.index = indexOf(*next);
-    else
-    {
-        // Behind the last row before it that is left.
-        const auto last = std::find_if(std::make_reverse_iterator(place), before.rend(), isLeft);
-        mark.index = last == before.rend() ? 0 : indexOf(*last) + 1;
-    }
-    mark.atEnd = mark.index >= m_keys.size();
-    mark.key = mark.atEnd ? 0 : m_keys[mark.index];
-}
-
-void TableView::Sync()
-{
-    const std::uint64_t generation = m_rows->Generation();
-    if (generation == m_generation)
-        return;
-    if (!m_loaded)
-    {
-        m_generation = generation;
-        // What was stepped over may be gone, so the number of the cursor's row must be counted again.
-        if (IsNatural() && m_position > 0)
-            Load();
-        return;
-    }
-    Mark cursor = MarkAt(m_position);
-    const std::vector<RowKey> before = std::move(m_keys);
-    m_loaded = false;
-    m_before.reset();
-    try
-    {
-        Load();
-    }
-    catch (...)
-    {
-        m_keys = before;
-        m_loaded = true;
-        m_generation = 0;
-        throw;
-    }
-    std::vector<RowKey> sorted;
-    Relocate(cursor, before, sorted);
-    m_position = cursor.index;
-    for (auto& each : m_bookmarks)
-        if (each.second.valid)
-            Relocate(each.second, before, sorted);
 }
 
 ULONG TableView::Count()

@@ -13,11 +13,28 @@
 namespace zebstore
 {
 
+/// Hears what a view takes over from its source. Whoever has a copy of the view's rows and follows what it hears, in
+/// this order, has a copy of them again.
+class ViewListener
+{
+public:
+    virtual ~ViewListener() = default;
+    /// @param prior the row that now stands before it; nothing when it is the first
+    virtual void RowAdded(RowKey key, std::optional<RowKey> prior, const ValueSource& values) = 0;
+    /// Its values or its place changed.
+    virtual void RowModified(RowKey key, std::optional<RowKey> prior, const ValueSource& values) = 0;
+    virtual void RowDeleted(RowKey key) = 0;
+    /// Any row may have changed: they must be read anew.
+    /// @param replaced the content went as a whole; else there was too much to tell one by one
+    virtual void AllChanged(bool replaced) = 0;
+};
+
 /// A view is an ordered array of row keys, 8 bytes a row. In natural order without restriction the array is made only
 /// when a place far from the beginning is asked for: opening, counting and reading the first rows need none.
 ///
 /// Each call first takes over what has changed in the source since the last one: the cursor and the bookmarks stay at
-/// their rows; where a row is gone they stand before the next one that is left.
+/// their rows; where a row is gone they stand before the next one that is left. Where the source lists what happened,
+/// only the rows listed are looked at.
 /// Threads: one at a time.
 class TableView
 {
@@ -62,6 +79,12 @@ public:
     BOOKMARK CreateBookmark();
     void FreeBookmark(BOOKMARK bookmark);
 
+    /// From now on `listener` (not owned; null: nobody) hears what changes, first of all at the next call; a view whose
+    /// order or restriction is set again is made again at once.
+    void SetListener(ViewListener* listener);
+    /// Takes over what has changed in the source, as every other call does too.
+    void Sync();
+
     /// Bytes that the array of keys takes.
     size_t MemoryUsed() const { return m_keys.capacity() * sizeof(RowKey); }
 
@@ -76,10 +99,38 @@ private:
         bool valid = true;
     };
 
+    // A mark while rows are taken out and put in.
+    struct Follower
+    {
+        Mark* mark;
+        bool lifted; // its row was taken out and comes back
+    };
+    // A touched row: whether it belongs into the view now, by what it sorts, and where it stood (NoIndex: nowhere).
+    struct Touch
+    {
+        RowKey key = 0;
+        bool is = false;
+        std::string order;
+        size_t index = 0;
+    };
+
     bool IsNatural() const { return !m_restriction && !m_order; }
     void Reset();
-    void Sync();
     void Load();
+    void StartFollowing();
+    void TakeOver();
+    void Rebuild();
+    void Apply(const std::vector<TouchedRow>& rows);
+    void StepOver(const std::vector<TouchedRow>& rows);
+    std::vector<Touch> Look(const std::vector<TouchedRow>& rows);
+    void FindIndexes(const std::vector<TouchedRow>& rows, std::vector<Touch>& touches) const;
+    bool StaysInPlace(const Touch& touch) const;
+    void TakeOut(const std::vector<Touch>& touches, std::vector<Follower>& followers);
+    void PutIn(const Touch& touch, std::vector<Follower>& followers);
+    size_t PlaceOf(const Touch& touch);
+    void Settle(Mark& mark) const;
+    void Tell(RowKey key, std::optional<RowKey> prior, bool added);
+    void TellDifference(const std::vector<RowKey>& before, const std::vector<TouchedRow>& rows);
     Mark MarkAt(size_t index);
     void PlaceCursor(size_t index);
     size_t IndexOf(BOOKMARK bookmark, bool& rowGone);
@@ -92,6 +143,7 @@ private:
     std::uint64_t m_generation = 0;
     bool m_loaded = false;
     std::vector<RowKey> m_keys;
+    ViewListener* m_listener = nullptr;
     size_t m_position = 0;
     // Not loaded: the key of the row before the cursor.
     std::optional<RowKey> m_before;

@@ -471,11 +471,12 @@ TEST_F(TableTest, RowsInMemoryAreReplacedUnderOpenTables)
     EXPECT_EQ(CodeOf([&] { rows->Replace({row(1)}, {1, 2}); }), MAPI_E_INVALID_PARAMETER);
 }
 
-TEST_F(TableTest, WhatIsNotThereYetSaysSo)
+TEST_F(TableTest, ATableSaysWhatItIsAndWhatItDoesNotTake)
 {
     const auto table = Contents();
     ULONG connection = 1;
-    EXPECT_EQ(table->Advise(fnevTableModified, nullptr, &connection), MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(table->Advise(fnevTableModified, nullptr, &connection), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(connection, 0u);
     ULONG status = 1;
     ULONG type = 1;
     EXPECT_EQ(table->GetStatus(&status, &type), S_OK);

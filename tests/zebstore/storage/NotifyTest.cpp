@@ -1,0 +1,425 @@
+#include "tests/zebstore/storage/Restrictions.h"
+#include "tests/zebstore/storage/TableCopy.h"
+
+#include "zebstore/Notifier.h"
+#include "zebstore/Table.h"
+
+#include <random>
+
+namespace zebstore::test
+{
+namespace
+{
+
+// What the provider computes, in small.
+class Computed : public ComputedProperties
+{
+public:
+    bool OfMessage(ULONG tag, MessageId message, PropertySet& out) const override
+    {
+        if (PROP_ID(tag) != PROP_ID(PR_INSTANCE_KEY))
+            return false;
+        out.SetBinary(PR_INSTANCE_KEY, &message, sizeof(message));
+        return true;
+    }
+    bool OfFolder(ULONG tag, const FolderInfo& folder, PropertySet& out) const override
+    {
+        return OfMessage(tag, folder.id, out);
+    }
+    std::vector<ULONG> MessageTags() const override { return {PR_INSTANCE_KEY}; }
+    std::vector<ULONG> FolderTags() const override { return {PR_INSTANCE_KEY}; }
+};
+
+class NotifyTest : public StorageTest
+{
+protected:
+    static constexpr FolderId Archive = IdOf(StandardFolder::SentItems);
+
+    void TearDown() override
+    {
+        Notifier::The().Stop();
+        StorageTest::TearDown();
+    }
+
+    static MessageContent Numbered(LONG number)
+    {
+        MessageContent content = Mail("subject " + std::to_string(number % 7));
+        content.properties.SetLong(PR_IMPORTANCE, number);
+        return content;
+    }
+    MessageId Add(LONG number, FolderId folder = Inbox)
+    {
+        return Store().CreateMessage(folder, false, Numbered(number));
+    }
+    void Change(MessageId message, LONG number)
+    {
+        MessageContent content = Numbered(number);
+        Store().SaveMessage(message, content, 0);
+    }
+
+    Ref<IMAPITable> Contents(FolderId folder = Inbox)
+    {
+        const auto table =
+            CreateTable(MakeContentsRows(m_store, folder, false, std::make_shared<Computed>()), {});
+        EXPECT_EQ(table->SetColumns(TagArray({PR_SUBJECT_A, PR_IMPORTANCE, PR_INSTANCE_KEY}).Get(), 0), S_OK);
+        return table;
+    }
+    Ref<IMAPITable> Hierarchy(FolderId folder, bool wholeTree)
+    {
+        const auto table =
+            CreateTable(MakeHierarchyRows(m_store, folder, wholeTree, std::make_shared<Computed>()), {});
+        EXPECT_EQ(table->SetColumns(TagArray({PR_DISPLAY_NAME_A, PR_DEPTH, PR_CONTENT_COUNT,
+                                              PR_CONTENT_UNREAD, PR_SUBFOLDERS, PR_INSTANCE_KEY})
+                                        .Get(),
+                                    0),
+                  S_OK);
+        return table;
+    }
+    static Ref<IMAPITable> Sorted(Ref<IMAPITable> table, ULONG tag, ULONG order = TABLE_SORT_ASCEND)
+    {
+        EXPECT_EQ(table->SortTable(SortSet({{tag, order}}).Get(), 0), S_OK);
+        return table;
+    }
+    Ref<IMAPITable> Restricted(Ref<IMAPITable> table, LONG below)
+    {
+        EXPECT_EQ(table->Restrict(m_make.Property(RELOP_LT, LongValue(PR_IMPORTANCE, below)), 0), S_OK);
+        return table;
+    }
+
+    // The copy that the sink made becomes what a fresh read gives, by row events alone.
+    static void ExpectFollowed(Followed& followed)
+    {
+        const CopiedRows fresh = ReadCopy(followed.Table());
+        EXPECT_TRUE(followed.Sink().Becomes(fresh)) << testing::PrintToString(followed.Sink().Rows()) << "\n"
+                                                    << testing::PrintToString(fresh);
+        EXPECT_EQ(followed.Sink().Whole(), 0);
+    }
+
+    RestrictionMaker m_make;
+};
+
+using Events = std::vector<ULONG>;
+
+TEST_F(NotifyTest, RowsAddedChangedAndDeletedAreToldOneByOne)
+{
+    const MessageId first = Add(1);
+    Followed followed(Contents());
+    const MessageId second = Add(2);
+    ASSERT_TRUE(followed.Sink().Hears(1));
+    Change(first, 9);
+    ASSERT_TRUE(followed.Sink().Hears(2));
+    Store().DeleteMessages({first});
+    ASSERT_TRUE(followed.Sink().Hears(3));
+    EXPECT_EQ(followed.Sink().Events(), (Events{TABLE_ROW_ADDED, TABLE_ROW_MODIFIED, TABLE_ROW_DELETED}));
+    ExpectFollowed(followed);
+    EXPECT_EQ(followed.Sink().Rows().size(), 1u);
+    Store().DeleteMessages({second});
+    EXPECT_TRUE(followed.Sink().Becomes({}));
+}
+
+TEST_F(NotifyTest, ASortedTableTellsWhereARowCameToStand)
+{
+    Add(10);
+    const MessageId middle = Add(20);
+    Add(30);
+    Followed followed(Sorted(Contents(), PR_IMPORTANCE, TABLE_SORT_DESCEND));
+    Add(25);
+    ASSERT_TRUE(followed.Sink().Hears(1));
+    ExpectFollowed(followed);
+    Change(middle, 99);
+    ASSERT_TRUE(followed.Sink().Hears(2));
+    ExpectFollowed(followed);
+    Change(middle, 1);
+    ASSERT_TRUE(followed.Sink().Hears(3));
+    ExpectFollowed(followed);
+    EXPECT_EQ(followed.Sink().Events(), (Events{TABLE_ROW_ADDED, TABLE_ROW_MODIFIED, TABLE_ROW_MODIFIED}));
+}
+
+TEST_F(NotifyTest, ARowThatComesToFitTheRestrictionIsAddedAndOneThatNoLongerDoesIsDeleted)
+{
+    const MessageId message = Add(50);
+    Followed followed(Restricted(Contents(), 10));
+    Change(message, 5);
+    ASSERT_TRUE(followed.Sink().Hears(1));
+    Change(message, 6);
+    ASSERT_TRUE(followed.Sink().Hears(2));
+    Change(message, 60);
+    ASSERT_TRUE(followed.Sink().Hears(3));
+    Change(message, 70); // of no concern
+    Add(7);
+    ASSERT_TRUE(followed.Sink().Hears(4));
+    EXPECT_EQ(followed.Sink().Events(),
+              (Events{TABLE_ROW_ADDED, TABLE_ROW_MODIFIED, TABLE_ROW_DELETED, TABLE_ROW_ADDED}));
+    ExpectFollowed(followed);
+}
+
+TEST_F(NotifyTest, AMoveIsDeletedInOneFolderAndAddedInTheOther)
+{
+    const MessageId message = Add(1);
+    Followed from(Contents());
+    Followed to(Contents(Archive));
+    Store().MoveMessages({message}, Archive);
+    ASSERT_TRUE(from.Sink().Hears(1));
+    ASSERT_TRUE(to.Sink().Hears(1));
+    EXPECT_EQ(from.Sink().Events(), Events{TABLE_ROW_DELETED});
+    EXPECT_EQ(to.Sink().Events(), Events{TABLE_ROW_ADDED});
+    ExpectFollowed(from);
+    ExpectFollowed(to);
+}
+
+TEST_F(NotifyTest, FoldersCreatedRenamedMovedAndDeletedAreTold)
+{
+    const FolderId top = IdOf(StandardFolder::IpmSubtree);
+    Followed children(Hierarchy(top, false));
+    Followed tree(Hierarchy(IdOf(StandardFolder::Root), true));
+    const auto expect = [&](const char* what, const Events& ofChildren)
+    {
+        SCOPED_TRACE(what);
+        ASSERT_TRUE(children.Sink().Hears(ofChildren.size()));
+        ExpectFollowed(children);
+        ExpectFollowed(tree);
+        EXPECT_EQ(children.Sink().Events(), ofChildren);
+        children.Sink().Start(children.Sink().Rows());
+    };
+    const FolderId box = Store().CreateFolder(top, Named("Box"));
+    expect("created", {TABLE_ROW_ADDED});
+    const FolderId inner = Store().CreateFolder(box, Named("Inner"));
+    expect("a subfolder made", {TABLE_ROW_MODIFIED});
+    Store().SaveFolderProperties(box, Named("Zebra"));
+    expect("renamed", {TABLE_ROW_MODIFIED});
+    Store().CreateMessage(box, false, Mail("unread"));
+    expect("a message more", {TABLE_ROW_MODIFIED});
+    Store().MoveFolder(inner, top, "");
+    expect("moved up", {TABLE_ROW_ADDED, TABLE_ROW_MODIFIED}); // in the order of their names
+    Store().DeleteFolder(box, true, true);
+    expect("deleted", {TABLE_ROW_DELETED});
+}
+
+TEST_F(NotifyTest, TooManyChangesAtOnceAreOneThatSaysAllHasChanged)
+{
+    Followed followed(Contents());
+    {
+        const std::lock_guard<std::recursive_mutex> hold(Store().Lock());
+        for (int i = 0; i < 200; ++i)
+            Add(i);
+    }
+    ASSERT_TRUE(followed.Sink().HearsWhole());
+    EXPECT_EQ(followed.Sink().Events(), Events{TABLE_CHANGED});
+    followed.Sink().Start(ReadCopy(followed.Table()));
+    Add(1000);
+    ASSERT_TRUE(followed.Sink().Hears(1));
+    ExpectFollowed(followed);
+}
+
+TEST_F(NotifyTest, AnEmptiedFolderIsToBeReloaded)
+{
+    Add(1);
+    Add(2);
+    Followed followed(Sorted(Contents(), PR_SUBJECT_A));
+    Store().EmptyFolder(Inbox, false);
+    ASSERT_TRUE(followed.Sink().HearsWhole());
+    EXPECT_EQ(followed.Sink().Events(), Events{TABLE_RELOAD});
+    EXPECT_TRUE(ReadCopy(followed.Table()).empty());
+}
+
+TEST_F(NotifyTest, CommitsThroughAnotherConnectionAreToldToo)
+{
+    const auto other = StoreFile::Open(Path("test.zeb"), {});
+    Followed followed(Sorted(Contents(), PR_SUBJECT_A));
+    const MessageId message = other->CreateMessage(Inbox, false, Numbered(3));
+    ASSERT_TRUE(followed.Sink().Hears(1));
+    other->DeleteMessages({message});
+    ASSERT_TRUE(followed.Sink().Hears(2));
+    EXPECT_EQ(followed.Sink().Events(), (Events{TABLE_ROW_ADDED, TABLE_ROW_DELETED}));
+}
+
+// Any changes, in any order, alone and many in one transaction, under tables of every kind: who follows has the rows.
+TEST_F(NotifyTest, AfterItsEventsACopyIsWhatAFreshReadGives)
+{
+    std::vector<Followed> tables;
+    std::vector<MessageId> messages;
+    for (LONG i = 0; i < 20; ++i)
+        messages.push_back(Add(i * 5));
+    tables.emplace_back(Contents());
+    tables.emplace_back(Sorted(Contents(), PR_SUBJECT_A));
+    tables.emplace_back(Sorted(Contents(), PR_IMPORTANCE, TABLE_SORT_DESCEND));
+    tables.emplace_back(Restricted(Contents(), 50));
+    tables.emplace_back(Restricted(Sorted(Contents(), PR_SUBJECT_A, TABLE_SORT_DESCEND), 50));
+    tables.emplace_back(Contents(Archive));
+    tables.emplace_back(Hierarchy(IdOf(StandardFolder::Root), true));
+    tables.emplace_back(Sorted(Hierarchy(IdOf(StandardFolder::Root), true), PR_CONTENT_COUNT));
+    std::mt19937 random(20261121);
+    const auto below = [&](size_t count) { return static_cast<size_t>(random() % count); };
+    std::vector<FolderId> folders = {IdOf(StandardFolder::IpmSubtree)};
+    const auto changeOnce = [&]
+    {
+        const size_t at = below(messages.size());
+        switch (below(7))
+        {
+        case 0:
+        case 1:
+            messages.push_back(Add(static_cast<LONG>(below(100))));
+            break;
+        case 2:
+        case 3:
+            Change(messages[at], static_cast<LONG>(below(100)));
+            break;
+        case 4:
+            if (messages.size() < 5)
+                return;
+            Store().DeleteMessages({messages[at]});
+            messages.erase(messages.begin() + static_cast<std::ptrdiff_t>(at));
+            break;
+        case 5:
+            messages[at] =
+                Store().MoveMessages({messages[at]}, FolderOf(messages[at]) == Inbox ? Archive : Inbox)[0];
+            break;
+        default:
+            if (folders.size() < 12)
+                folders.push_back(Store().CreateFolder(folders[below(folders.size())],
+                                                       Named("f" + std::to_string(random()))));
+            else
+                Store().SaveFolderProperties(folders[1 + below(folders.size() - 1)],
+                                             Named("r" + std::to_string(random())));
+        }
+    };
+    for (int round = 0; round < 60; ++round)
+    {
+        {
+            const std::lock_guard<std::recursive_mutex> hold(Store().Lock());
+            for (size_t i = below(8) + 1; i-- > 0;)
+                changeOnce();
+        }
+        for (size_t i = 0; i < tables.size(); ++i)
+        {
+            SCOPED_TRACE("table " + std::to_string(i) + ", round " + std::to_string(round));
+            ExpectFollowed(tables[i]);
+            ASSERT_FALSE(HasFailure());
+        }
+    }
+}
+
+TEST_F(NotifyTest, AfterUnadviseNothingIsToldAndTheSinkIsReleased)
+{
+    const Ref<IMAPITable> table = Contents();
+    const Ref<CopyingSink> sink = Ref<CopyingSink>::Adopt(new CopyingSink);
+    ULONG connection = 0;
+    ASSERT_EQ(table->Advise(fnevTableModified, sink.Get(), &connection), S_OK);
+    Add(1);
+    ASSERT_TRUE(sink->Hears(1));
+    EXPECT_EQ(table->Unadvise(connection), S_OK);
+    sink->AddRef();
+    EXPECT_EQ(sink->Release(), 1u) << "the provider's reference is gone";
+    EXPECT_EQ(table->Unadvise(connection), MAPI_E_INVALID_PARAMETER);
+    Followed witness(Contents());
+    Add(2);
+    ASSERT_TRUE(witness.Sink().Hears(1));
+    EXPECT_EQ(sink->Events().size(), 1u);
+}
+
+TEST_F(NotifyTest, ASinkMayReadAndUnadviseInItsOwnCall)
+{
+    Followed followed(Contents());
+    CopiedRows seen;
+    followed.Sink().Then(
+        [&]
+        {
+            seen = ReadCopy(followed.Table());
+            EXPECT_EQ(followed.Table().Unadvise(followed.Number()), S_OK);
+            Add(2); // from inside a sink: no lock is held
+        });
+    Followed witness(Contents());
+    Add(1);
+    ASSERT_TRUE(witness.Sink().Hears(2));
+    EXPECT_EQ(seen.size(), 1u);
+    EXPECT_EQ(followed.Sink().Events().size(), 1u);
+    followed.Forget();
+}
+
+TEST_F(NotifyTest, UnadviseWaitsForACallInProgress)
+{
+    Followed followed(Contents());
+    std::atomic<bool> inside{false};
+    std::atomic<bool> over{false};
+    followed.Sink().Then(
+        [&]
+        {
+            inside = true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            over = true;
+        });
+    Add(1);
+    while (!inside)
+        std::this_thread::yield();
+    EXPECT_EQ(followed.Table().Unadvise(followed.Number()), S_OK);
+    EXPECT_TRUE(over);
+    followed.Forget();
+}
+
+TEST_F(NotifyTest, ReleasingTheTableEndsItsConnections)
+{
+    const Ref<CopyingSink> sink = Ref<CopyingSink>::Adopt(new CopyingSink);
+    {
+        const Ref<IMAPITable> table = Contents();
+        ULONG connection = 0;
+        ASSERT_EQ(table->Advise(fnevTableModified, sink.Get(), &connection), S_OK);
+    }
+    sink->AddRef();
+    EXPECT_EQ(sink->Release(), 1u);
+    EXPECT_EQ(m_store.use_count(), 1) << "the table's hold on the store is gone too";
+}
+
+TEST_F(NotifyTest, TheCursorStaysAtItsRowWhileRowsComeAndGo)
+{
+    std::vector<MessageId> messages;
+    for (LONG i = 0; i < 6; ++i)
+        messages.push_back(Add(i * 10));
+    const auto table = Sorted(Contents(), PR_IMPORTANCE);
+    ASSERT_EQ(table->SeekRow(BOOKMARK_BEGINNING, 3, nullptr), S_OK);
+    BOOKMARK bookmark = 0;
+    ASSERT_EQ(table->CreateBookmark(&bookmark), S_OK);
+    const auto next = [&](BOOKMARK origin)
+    {
+        SRowSet* set = nullptr;
+        const HRESULT found = table->SeekRow(origin, 0, nullptr);
+        EXPECT_EQ(table->QueryRows(1, TBL_NOADVANCE, &set), S_OK);
+        const LONG number = set->cRows ? set->aRow[0].lpProps[1].Value.l : -1;
+        if (set->cRows)
+            Free(set->aRow[0].lpProps);
+        Free(set);
+        return std::make_pair(number, found);
+    };
+    const auto at = [](LONG number, HRESULT result = S_OK) { return std::make_pair(number, result); };
+    Add(5);
+    Add(25);
+    EXPECT_EQ(next(BOOKMARK_CURRENT), at(30));
+    Store().DeleteMessages({messages[0], messages[5]});
+    EXPECT_EQ(next(bookmark), at(30));
+    Change(messages[3], 1);
+    EXPECT_EQ(next(BOOKMARK_CURRENT), at(1)) << "the row has moved, and the cursor with it";
+    EXPECT_EQ(next(bookmark), at(1));
+    Store().DeleteMessages({messages[3]});
+    EXPECT_EQ(next(BOOKMARK_CURRENT), at(5));
+    EXPECT_EQ(next(bookmark), at(5, MAPI_W_POSITION_CHANGED));
+    ASSERT_EQ(table->SeekRow(BOOKMARK_END, 0, nullptr), S_OK);
+    Add(99);
+    EXPECT_EQ(next(BOOKMARK_CURRENT), at(99)) << "what comes at the end comes after the cursor";
+}
+
+TEST_F(NotifyTest, TheCursorOfAPlainTableStaysAtItsRow)
+{
+    std::vector<MessageId> messages;
+    for (LONG i = 0; i < 6; ++i)
+        messages.push_back(Add(i));
+    const auto table = Contents();
+    ASSERT_EQ(table->SeekRow(BOOKMARK_BEGINNING, 3, nullptr), S_OK);
+    Store().DeleteMessages({messages[0], messages[4]});
+    ULONG row = 0;
+    ULONG unused = 0;
+    EXPECT_EQ(table->QueryPosition(&row, &unused, &unused), S_OK);
+    EXPECT_EQ(row, 2u);
+    EXPECT_EQ(ReadCopy(*table).size(), 4u);
+}
+
+} // namespace
+} // namespace zebstore::test

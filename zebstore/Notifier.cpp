@@ -1,0 +1,168 @@
+#include "zebstore/Notifier.h"
+
+#include "zebstore/storage/Database.h"
+
+#include <algorithm>
+#include <chrono>
+#include <new>
+
+namespace zebstore
+{
+
+namespace
+{
+
+using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+// So soon another process's commit is seen.
+constexpr auto Poll = 20ms;
+// While one commit follows the other, the thread rests as long as it works, so that it takes no more than half of the
+// store's time and tells of several at once.
+constexpr Clock::duration LongestRest = 100ms;
+
+} // namespace
+
+void Connection::Deliver(ULONG count, NOTIFICATION* notifications)
+{
+    Ref<IMAPIAdviseSink> sink;
+    {
+        const std::lock_guard<std::mutex> hold(m_lock);
+        if (!m_sink)
+            return;
+        sink = m_sink;
+        m_deliverer = std::this_thread::get_id();
+    }
+    sink->OnNotify(count, notifications);
+    // Before the call counts as over: whoever waits in Cut may unload the sink's code next.
+    sink = {};
+    const std::lock_guard<std::mutex> hold(m_lock);
+    m_deliverer = {};
+    m_idle.notify_all();
+}
+
+void Connection::Cut()
+{
+    Ref<IMAPIAdviseSink> sink;
+    std::unique_lock<std::mutex> hold(m_lock);
+    std::swap(sink, m_sink);
+    if (m_deliverer != std::this_thread::get_id())
+        m_idle.wait(hold, [&] { return m_deliverer == std::thread::id(); });
+    // The sink's last reference may go with this, and it may call back: not under the lock.
+    hold.unlock();
+}
+
+Notifier& Notifier::The()
+{
+    // Neither destroyed nor on the heap: it holds nothing once it was stopped, so unloading the library loses nothing.
+    alignas(Notifier) static unsigned char place[sizeof(Notifier)];
+    static Notifier* const notifier = new (place) Notifier;
+    return *notifier;
+}
+
+void Notifier::Add(const std::shared_ptr<Notified>& member)
+{
+    const std::lock_guard<std::mutex> hold(m_lock);
+    if (std::find(m_members.begin(), m_members.end(), member) != m_members.end())
+        return;
+    m_members.push_back(member);
+    try
+    {
+        if (!m_thread.joinable())
+        {
+            m_stopping = std::make_shared<bool>(false);
+            m_thread = std::thread([this, stopping = m_stopping] { Run(*stopping); });
+        }
+    }
+    catch (...)
+    {
+        m_members.pop_back();
+        throw;
+    }
+    g_afterCommit = [] { The().Wake(); };
+    m_changed.notify_all();
+}
+
+void Notifier::Remove(const Notified* member)
+{
+    std::shared_ptr<Notified> last;
+    std::unique_lock<std::mutex> hold(m_lock);
+    const auto found = std::find_if(m_members.begin(), m_members.end(),
+                                    [&](const auto& each) { return each.get() == member; });
+    if (found == m_members.end())
+        return;
+    last = std::move(*found);
+    m_members.erase(found);
+    if (m_members.empty())
+        g_afterCommit = nullptr;
+    if (m_runner != std::this_thread::get_id())
+        m_idle.wait(hold, [&] { return m_current != member; });
+    hold.unlock();
+}
+
+void Notifier::Wake() noexcept
+{
+    const std::lock_guard<std::mutex> hold(m_lock);
+    if (m_woken)
+        return;
+    m_woken = true;
+    m_changed.notify_all();
+}
+
+void Notifier::Stop()
+{
+    std::thread thread;
+    std::vector<std::shared_ptr<Notified>> members;
+    {
+        const std::lock_guard<std::mutex> hold(m_lock);
+        g_afterCommit = nullptr;
+        members.swap(m_members);
+        if (!m_thread.joinable() || m_runner == std::this_thread::get_id())
+            return;
+        *m_stopping = true;
+        m_stopping.reset();
+        thread.swap(m_thread);
+        m_changed.notify_all();
+    }
+    thread.join();
+}
+
+void Notifier::Run(const bool& stopping)
+{
+    std::unique_lock<std::mutex> hold(m_lock);
+    m_runner = std::this_thread::get_id();
+    while (!stopping)
+    {
+        if (m_members.empty())
+        {
+            m_changed.wait(hold, [&] { return stopping || !m_members.empty(); });
+            continue;
+        }
+        m_changed.wait_for(hold, Poll, [&] { return stopping || m_woken; });
+        m_woken = false;
+        const Clock::time_point begin = Clock::now();
+        LookAtAll(hold, stopping);
+        const Clock::duration rest = std::min(Clock::now() - begin, LongestRest);
+        m_changed.wait_for(hold, rest, [&] { return stopping; });
+    }
+}
+
+void Notifier::LookAtAll(std::unique_lock<std::mutex>& hold, const bool& stopping)
+{
+    const std::vector<std::weak_ptr<Notified>> members(m_members.begin(), m_members.end());
+    for (const std::weak_ptr<Notified>& each : members)
+    {
+        std::shared_ptr<Notified> member = each.lock();
+        if (stopping || !member || std::find(m_members.begin(), m_members.end(), member) == m_members.end())
+            continue;
+        m_current = member.get();
+        hold.unlock();
+        member->LookAndDeliver();
+        member.reset();
+        hold.lock();
+        m_current = nullptr;
+        m_idle.notify_all();
+    }
+}
+
+} // namespace zebstore

@@ -1,0 +1,80 @@
+// The thread on which advise sinks are called.
+#pragma once
+
+#include "zebstore/Object.h"
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace zebstore
+{
+
+/// One registration of an advise sink; holds a reference on the sink until it is cut.
+/// Threads: any. No lock is held while the sink is called.
+class Connection
+{
+public:
+    explicit Connection(IMAPIAdviseSink* sink)
+        : m_sink(Ref<IMAPIAdviseSink>::Share(sink))
+    {
+    }
+
+    /// Hands the notifications to the sink, unless the connection is cut.
+    void Deliver(ULONG count, NOTIFICATION* notifications);
+    /// After it the sink is not called any more: a call in progress is waited for, unless it is this thread's own.
+    void Cut();
+
+private:
+    std::mutex m_lock;
+    std::condition_variable m_idle;
+    Ref<IMAPIAdviseSink> m_sink;
+    std::thread::id m_deliverer; // of the call in progress
+};
+
+/// Looks for changes, and has sinks to tell of them.
+class Notified
+{
+public:
+    virtual ~Notified() = default;
+    /// Called on the notifier's thread after each commit of this process, and every few milliseconds for the sake of
+    /// other processes.
+    virtual void LookAndDeliver() noexcept = 0;
+};
+
+/// Owns the provider's one notification thread, which runs from the first Add to Stop and sleeps while there is
+/// nobody to notify. Threads: any.
+class Notifier
+{
+public:
+    /// The one there is. It is never destroyed: a host that does not uninitialize may leave the thread behind.
+    static Notifier& The();
+
+    void Add(const std::shared_ptr<Notified>& member);
+    /// After it `member` is not looked at any more, nor kept alive; a look in progress is waited for, unless it is this
+    /// thread's own.
+    void Remove(const Notified* member);
+    /// Something was committed.
+    void Wake() noexcept;
+    /// Forgets all members and ends the thread; called from a sink, on the thread itself, it leaves it asleep.
+    void Stop();
+
+private:
+    Notifier() = default;
+    void Run(const bool& stopping);
+    void LookAtAll(std::unique_lock<std::mutex>& hold, const bool& stopping);
+
+    std::mutex m_lock;
+    std::condition_variable m_changed;
+    std::condition_variable m_idle;
+    std::vector<std::shared_ptr<Notified>> m_members;
+    const Notified* m_current = nullptr;
+    bool m_woken = false;
+    std::thread m_thread;
+    std::thread::id m_runner;
+    std::shared_ptr<bool> m_stopping; // of the thread
+};
+
+} // namespace zebstore
