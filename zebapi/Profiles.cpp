@@ -2,6 +2,7 @@
 
 #include "zebapi/Exception.h"
 #include "zebapi/Mapiload.h"
+#include "zebapi/OpenEntry.h"
 #include "zebapi/RowSet.h"
 
 namespace
@@ -20,7 +21,7 @@ bool IsOutlook15()
 } // namespace
 
 CZebProfileNames::CZebProfileNames()
-    : m_profiles(HKEY_CURRENT_USER, IsOutlook15() ? Outlook15ProfilesKey : SubsystemProfilesKey, 0, 1)
+    : m_profiles(HKEY_CURRENT_USER, GetProfilesKey(), 0, 1)
 {
     Reset();
 }
@@ -50,6 +51,11 @@ CStringA CZebProfileNames::GetDefaultProfile()
     CStringA name;
     key.GetString(name, "DefaultProfile", 1);
     return name;
+}
+
+CStringA CZebProfileNames::GetProfilesKey()
+{
+    return IsOutlook15() ? Outlook15ProfilesKey : SubsystemProfilesKey;
 }
 
 CZebProfAdmin::CZebProfAdmin(IProfAdmin* profAdmin)
@@ -107,6 +113,7 @@ CZebTable CZebProfAdmin::GetProfileTable()
 {
     CComPtr<IMAPITable> table;
     ThrowIfFailed(m_profAdmin->GetProfileTable(0, table.Put()), m_profAdmin, __FILE__, __LINE__);
+    zeb::RequireObject(static_cast<bool>(table), __FILE__, __LINE__);
     return CZebTable(table.Get());
 }
 
@@ -114,7 +121,8 @@ CStringA CZebProfAdmin::GetDefaultProfileName()
 {
     CZebRowSet rows;
     GetProfileTable().QueryRows(&rows, 0, nullptr, nullptr);
-    for (ULONG i = 0; i < rows.Count(); ++i)
+    const ULONG count = rows.IsValid() ? rows.Count() : 0;
+    for (ULONG i = 0; i < count; ++i)
     {
         const CZebRow row = rows[i];
         if (row.hasRealValue(PR_DEFAULT_PROFILE) && static_cast<bool>(row[PR_DEFAULT_PROFILE]))

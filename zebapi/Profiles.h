@@ -31,6 +31,9 @@ public:
     /// The default profile's name; empty when none is set.
     CStringA GetDefaultProfile();
 
+    /// The key below HKEY_CURRENT_USER whose sub-keys are the profiles, as a new object would choose it.
+    static CStringA GetProfilesKey();
+
 private:
     ULONG m_index = 0;
     CQorRegKey m_profiles;
@@ -68,7 +71,8 @@ public:
     virtual void Close();
 
     /// The table of profiles (IProfAdmin::GetProfileTable).
-    /// @throws CZebException* with the object's extended error; _com_error E_POINTER when empty
+    /// @throws CZebException* with the object's extended error, MAPI_E_CALL_FAILED when there is no table;
+    /// _com_error E_POINTER when empty
     virtual CZebTable GetProfileTable();
 
     /// The display name of the first profile that is marked default in the table.

@@ -37,6 +37,8 @@ public:
     HRESULT STDMETHODCALLTYPE GetReceiveFolder(LPTSTR messageClass, ULONG flags, ULONG* count,
                                                LPENTRYID* entryID, LPTSTR* explicitClass) override
     {
+        EXPECT_EQ(*count, 0u);
+        EXPECT_EQ(*entryID, nullptr);
         const HRESULT result =
             Called("GetReceiveFolder", Text(messageClass) + "," + Number(flags) + "," + Null(explicitClass));
         return FAILED(result) ? result : GiveEntryID(m_receiveFolder, count, entryID);

@@ -129,7 +129,55 @@ INSTANTIATE_TEST_SUITE_P(Text, OutlookVersion,
                                            std::pair{"Outlook.Application.16", false},
                                            std::pair{"Outlook.Application.14", false},
                                            std::pair{"Outlook.Application.150", true}, std::pair{"15", true},
-                                           std::pair{"1.5", false}, std::pair{"", false}));
+                                           std::pair{"15.Outlook", true}, std::pair{"Outlook.15.Application", true},
+                                           std::pair{"Outlook.Application.51", false}, std::pair{"1.5", false},
+                                           std::pair{"1 5", false}, std::pair{"1", false}, std::pair{"", false}));
+
+TEST_F(ProfileNames, TheKeyOfTheVersionIsDecidedAtConstruction)
+{
+    AddProfiles(Subsystem, {"Alpha", "Beta"});
+    AddProfiles(Outlook15Profiles, {"Gamma"});
+    CZebProfileNames profiles;
+    EXPECT_EQ(std::string(CZebProfileNames::GetProfilesKey()), Subsystem);
+    SetOutlookVersion("Outlook.Application.15");
+    EXPECT_EQ(std::string(CZebProfileNames::GetProfilesKey()), Outlook15Profiles);
+    EXPECT_THAT(All(profiles), ElementsAre("Alpha", "Beta"));
+    EXPECT_THAT(All(), ElementsAre("Gamma"));
+}
+
+TEST_F(ProfileNames, AVersionThatIsNoTextCountsAsNone)
+{
+    RegistryKey::Create(RegistryRoot::ClassesRoot, "Outlook.Application\\CurVer")
+        .SetBinaryValue("", {'1', '5', 0});
+    AddProfiles(Subsystem, {"subsystem"});
+    AddProfiles(Outlook15Profiles, {"outlook"});
+    EXPECT_THAT(All(), ElementsAre("subsystem"));
+    SetRegistry(RegistryRoot::ClassesRoot, "Outlook.Application", "", "Outlook.Application.15");
+    SetRegistry(RegistryRoot::CurrentUser, "Outlook.Application\\CurVer", "", "Outlook.Application.15");
+    EXPECT_THAT(All(), ElementsAre("subsystem")) << "only CurVer of the classes' root counts";
+}
+
+TEST_F(ProfileNames, ADefaultThatIsNoTextCountsAsNone)
+{
+    RegistryKey::Create(RegistryRoot::CurrentUser, Subsystem).SetBinaryValue("DefaultProfile", {'x', 0});
+    EXPECT_EQ(std::string(CZebProfileNames().GetDefaultProfile()), "");
+    SetRegistry(RegistryRoot::CurrentUser, Subsystem, "", "the key's own value");
+    EXPECT_EQ(std::string(CZebProfileNames().GetDefaultProfile()), "");
+}
+
+TEST_F(ProfileNames, AreTheSubKeysOnlyAndInTheRegistrysOrder)
+{
+    AddProfiles(Subsystem, {"Beta", "Alpha\\inner", "Gamma"});
+    SetDefault(Subsystem, "Alpha");
+    std::vector<std::string> order;
+    const auto key = RegistryKey::Open(RegistryRoot::CurrentUser, Subsystem);
+    for (unsigned long i = 0; const auto name = key->SubKeyName(i); ++i)
+    {
+        order.push_back(*name);
+    }
+    EXPECT_EQ(order.size(), 3u);
+    EXPECT_EQ(All(), order);
+}
 
 TEST_F(ProfileNames, TheEndStaysTheEndUntilReset)
 {
@@ -259,6 +307,36 @@ TEST_F(ProfAdmin, AssigningAnEmptyOneEmptiesAndWritesTwoLines)
                                        "\"zebapi/Profiles.cpp\", Line: ")));
 }
 
+TEST_F(ProfAdmin, AssigningAsksTheOtherForTheInterface)
+{
+    CZebProfAdmin source(&admin);
+    admin.NoteQueries();
+    CZebProfAdmin target;
+    target = source;
+    EXPECT_THAT(journal.Take(), ElementsAre("admin: QueryInterface(other interface)"));
+    admin.RefuseInterfaces();
+    target = source;
+    EXPECT_FALSE(target.IsValid());
+    EXPECT_EQ(admin.References(), 1u);
+    EXPECT_EQ(log.CountBeginning("EXCEPTION: Description: \"MAPI_E_INTERFACE_NOT_SUPPORTED\""), 1u);
+}
+
+TEST_F(ProfAdmin, TheTableIsReadThroughTheObjectsOwnOperation)
+{
+    class Own : public CZebProfAdmin
+    {
+    public:
+        using CZebProfAdmin::CZebProfAdmin;
+        CZebTable GetProfileTable() override { return CZebTable(m_own); }
+        IMAPITable* m_own = nullptr;
+    };
+    table.m_rows = {Row("Own", true)};
+    Own own;
+    own.m_own = &table;
+    CZebProfAdmin& base = own;
+    EXPECT_EQ(std::string(base.GetDefaultProfileName()), "Own");
+}
+
 TEST_F(ProfAdmin, AnEmptyOneRaises)
 {
     CZebProfAdmin empty;
@@ -305,6 +383,32 @@ TEST_F(ProfAdmin, RowsWithoutTheMarkArePassedOver)
                      {PROP_TAG(PT_ERROR, PROP_ID(PR_DEFAULT_PROFILE)), MAPI_E_NOT_FOUND, ""}},
                     Row("Gamma", true)};
     EXPECT_EQ(std::string(CZebProfAdmin(&admin).GetDefaultProfileName()), "Gamma");
+}
+
+TEST_F(ProfAdmin, SuccessWithoutATableIsAFailure)
+{
+    admin.m_table = nullptr;
+    EXPECT_EQ(ThrownBy([this] { CZebProfAdmin(&admin).GetProfileTable(); }), MAPI_E_CALL_FAILED);
+    EXPECT_EQ(ThrownBy([this] { CZebProfAdmin(&admin).GetDefaultProfileName(); }), MAPI_E_CALL_FAILED);
+}
+
+TEST_F(ProfAdmin, RowsThatVanishWhileTheyAreReadAreNoDefault)
+{
+    table.m_rows = {Row("Alpha", false), Row("Beta", true)};
+    table.m_whileReading = [this] { table.m_rows.resize(1); };
+    EXPECT_EQ(ThrownBy([this] { CZebProfAdmin(&admin).GetDefaultProfileName(); }), MAPI_E_NOT_FOUND);
+    table.m_whileReading = nullptr;
+    table.m_rows = {Row("Beta", true)};
+    table.m_givesNothing = true;
+    EXPECT_EQ(ThrownBy([this] { CZebProfAdmin(&admin).GetDefaultProfileName(); }), MAPI_E_NOT_FOUND)
+        << "success without rows";
+}
+
+TEST_F(ProfAdmin, ATableThatCanNotBeReadThrows)
+{
+    table.m_rows = {Row("Beta", true)};
+    table.Fail("QueryRows", MAPI_E_BUSY);
+    EXPECT_EQ(ThrownBy([this] { CZebProfAdmin(&admin).GetDefaultProfileName(); }), MAPI_E_BUSY);
 }
 
 TEST_F(ProfAdmin, WithoutADefaultIsNotFoundWhereTheRegistryAnswersEmpty)

@@ -147,6 +147,147 @@ TEST_F(MsgStore, SoftDeletionOfADeletedMessageMovesItOntoItsOwnFolder)
     EXPECT_EQ(Calls().back(), "bin: CopyMessages([64],IMAPIFolder,bin,0x0,progress null,0x1)");
 }
 
+TEST_F(MsgStore, SoftDeletionMovesAllOfTheListOutOfTheFolderOfTheFirst)
+{
+    SBinary ids[] = {ID("m"), ID("elsewhere")};
+    SBinaryArray list = {2, ids};
+    m_store.DeleteMessages(&list, false);
+    EXPECT_EQ(Calls().back(),
+              "inbox: CopyMessages([6D,656C73657768657265],IMAPIFolder,bin,0x0,progress null,0x1)");
+}
+
+TEST_F(MsgStore, WithoutDeletedItemsSoftDeletionThrowsAndMovesNothing)
+{
+    RecordingStore bare(m_journal, "bare");
+    bare.m_openable.Add("in", &m_inbox, MAPI_FOLDER);
+    bare.m_openable.Add("m", &m_message, MAPI_MESSAGE);
+    CZebMsgStore store(&bare);
+    SBinary id = ID("m");
+    SBinaryArray list = {1, &id};
+    EXPECT_EQ(Thrown([&] { store.DeleteMessages(&list, false); }), MAPI_E_INVALID_TYPE);
+    EXPECT_EQ(Calls().back(), "bare: GetProps([0x35E30102],0x0)");
+    store.DeleteMessages(&list, true);
+    EXPECT_EQ(Calls().back(), "inbox: DeleteMessages([6D],0x0,progress null,0x0)");
+}
+
+TEST_F(MsgStore, AMessageWithoutAParentIsNotDeleted)
+{
+    RecordingMessage orphan(m_journal, "orphan");
+    m_double.m_openable.Add("o", &orphan, MAPI_MESSAGE);
+    SBinary id = ID("o");
+    SBinaryArray list = {1, &id};
+    EXPECT_EQ(Thrown([&] { m_store.DeleteMessages(&list, true); }), MAPI_E_INVALID_TYPE);
+    id = ID("gone");
+    EXPECT_EQ(Thrown([&] { m_store.DeleteMessages(&list, true); }), MAPI_E_NOT_FOUND);
+    m_double.m_openable.Add("f", &m_inbox, MAPI_FOLDER);
+    id = ID("f");
+    EXPECT_EQ(Thrown([&] { m_store.DeleteMessages(&list, true); }), MAPI_E_INVALID_TYPE) << "no message";
+}
+
+TEST_F(MsgStore, AFailedOpenCarriesTheStoresErrorAndLeavesTheTargetEmpty)
+{
+    m_double.m_error = "closed for today";
+    CZebMessage target(&m_message);
+    EXPECT_EQ(Described([&] { m_store.OpenEntry(ID("none"), target, 0); }),
+              "Ver:1, Error:closed for today, Component:store, LowLewelError:2, Context:3 \n");
+    EXPECT_FALSE(target.IsValid());
+    m_double.m_openable.Add("hollow", nullptr, MAPI_MESSAGE);
+    EXPECT_EQ(Thrown([&] { m_store.OpenEntry(ID("hollow"), target, 0); }), MAPI_E_CALL_FAILED);
+}
+
+TEST_F(MsgStore, TheContactsFolderIsOpenedWithTheFlagsGivenAndNeedsItsNameInTheInbox)
+{
+    RecordingFolder plain(m_journal, "plain");
+    m_double.m_openable.Add("plain", &plain, MAPI_FOLDER);
+    m_double.m_receiveFolder = "plain";
+    EXPECT_EQ(Thrown([&] { m_store.OpenContactsFolder(0); }), MAPI_E_INVALID_TYPE);
+    EXPECT_EQ(Calls().back(), "plain: GetProps([0x36D10102],0x0)");
+}
+
+TEST_F(MsgStore, EveryUseOfAnEmptyOneRaisesEPointer)
+{
+    RecordingSession sessionDouble(m_journal);
+    CZebSession session(&sessionDouble);
+    CZebMessage item(&m_message);
+    CZebMsgStore empty;
+    SBinary id = ID("m");
+    SBinaryArray list = {1, &id};
+    EXPECT_EQ(Raised([&] { empty.OpenRootFolder(0); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.OpenSpecialFolder(PR_IPM_OUTBOX_ENTRYID, 0); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.GetSpecialFolderEntryID(PR_IPM_OUTBOX_ENTRYID); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.OpenContactsFolder(0); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.DeleteMessages(&list, true); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.IsUnderDeleted(session, item); }), E_POINTER);
+    EXPECT_TRUE(Calls().empty());
+}
+
+namespace
+{
+
+/// Says which of its own operations are called by the others.
+class OwnStore : public CZebMsgStore
+{
+public:
+    using CZebMsgStore::CZebMsgStore;
+    CComPtr<IMsgStore> GetStore() override
+    {
+        m_calls.push_back("GetStore");
+        return CZebMsgStore::GetStore();
+    }
+    CZebBinary GetSpecialFolderEntryID(ULONG tag) override
+    {
+        m_calls.push_back("GetSpecialFolderEntryID " + Number(tag));
+        return CZebBinary("62696E");
+    }
+    CZebFolder OpenInboxFolder(ULONG flags) override
+    {
+        m_calls.push_back("OpenInboxFolder " + Number(flags));
+        return CZebMsgStore::OpenInboxFolder(flags);
+    }
+    void OpenEntry(const SBinary& id, CZebIProp& target, ULONG flags) override
+    {
+        m_calls.push_back("OpenEntry " + Number(flags));
+        CZebMsgStore::OpenEntry(id, target, flags);
+    }
+    void DeleteMessages(SBinaryArray* list, bool hardDelete) override
+    {
+        Zeb_MemFree(list->lpbin);
+        m_calls.push_back(hardDelete ? "DeleteMessages hard" : "DeleteMessages soft");
+    }
+    Lines OwnCalls() { return std::move(m_calls); }
+
+private:
+    Lines m_calls;
+};
+
+} // namespace
+
+TEST_F(MsgStore, OperationsGoThroughEachOtherSoThatADerivedClassMayChangeThem)
+{
+    OwnStore own(&m_double);
+    CZebMsgStore& store = own;
+    store.OpenRootFolder(1);
+    EXPECT_EQ(own.OwnCalls(), (Lines{"OpenEntry 0x1", "GetStore"}));
+    store.OpenSpecialFolder(PR_IPM_OUTBOX_ENTRYID, 2);
+    EXPECT_EQ(own.OwnCalls(), (Lines{"GetSpecialFolderEntryID 0x35E20102", "OpenEntry 0x2", "GetStore"}));
+    store.OpenContactsFolder(2);
+    EXPECT_EQ(own.OwnCalls(), (Lines{"OpenInboxFolder 0x10", "GetStore", "OpenEntry 0x10", "GetStore",
+                                     "OpenEntry 0x2", "GetStore"}));
+    store.DeleteMessage(ID("m"), true);
+    store.DeleteMessage(ID("m"), false);
+    EXPECT_EQ(own.OwnCalls(), (Lines{"DeleteMessages hard", "DeleteMessages soft"}));
+    RecordingSession sessionDouble(m_journal);
+    CZebSession session(&sessionDouble);
+    CZebMessage item(&m_message);
+    m_message.m_bag.Set(PR_PARENT_ENTRYID, "in");
+    m_inbox.m_bag.Set(PR_OBJECT_TYPE, MAPI_FOLDER);
+    m_inbox.m_bag.Set(PR_FOLDER_TYPE, FOLDER_ROOT);
+    m_message.m_bag.Set(PR_OBJECT_TYPE, MAPI_MESSAGE);
+    sessionDouble.m_openable.Add("in", &m_inbox, MAPI_FOLDER);
+    store.IsUnderDeleted(session, item);
+    EXPECT_EQ(own.OwnCalls(), (Lines{"GetSpecialFolderEntryID 0x35E30102"}));
+}
+
 TEST_F(MsgStore, DeletingNoMessagesIsRefused)
 {
     SBinaryArray list = {0, nullptr};

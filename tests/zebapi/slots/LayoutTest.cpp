@@ -1,6 +1,12 @@
 // What objects hold, which hosts and other compilers count on: a table of operations and the fields behind it.
+#include "platform/registry.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/RegistryScope.h"
 #include "zebapi/BinArray.h"
+#include "zebapi/Folder.h"
+#include "zebapi/MsgStore.h"
 #include "zebapi/OnePROPVAL.h"
+#include "zebapi/Profiles.h"
 #include "zebapi/RowSet.h"
 #include "zebapi/TAGS.h"
 #include "zebapi/Table.h"
@@ -37,6 +43,43 @@ TEST(Layout, ObjectsHoldTheirFieldsOnly)
     EXPECT_EQ(sizeof(CZebTable), 16u);
     EXPECT_EQ(sizeof(CZebRowSet), 24u);
     EXPECT_EQ(sizeof(CZebRow), 24u);
+}
+
+TEST(Layout, ContainersAddTheirProviderAndWhetherItWasAskedFor)
+{
+    EXPECT_EQ(sizeof(CZebContainer), sizeof(CZebIProp) + sizeof(CZebBinary) + 8);
+    EXPECT_EQ(sizeof(CZebFolder), sizeof(CZebContainer));
+    EXPECT_EQ(sizeof(CZebMsgStore), sizeof(CZebIProp));
+    const LogCapture log;
+    CZebContainer container;
+    const char* const fields = reinterpret_cast<const char*>(std::addressof(container)) + sizeof(CZebIProp);
+    EXPECT_EQ(fields[sizeof(CZebBinary)], 0);
+    container.IsExchange();
+    EXPECT_EQ(fields[sizeof(CZebBinary)], 1);
+}
+
+TEST(Layout, ProfileNamesCountInTheirFirstField)
+{
+    const RegistryScope registry;
+    platform::RegistryKey::Create(
+        platform::RegistryRoot::CurrentUser,
+        "Software\\Microsoft\\Windows NT\\CurrentVersion\\Windows Messaging Subsystem\\Profiles\\one");
+    CZebProfileNames names;
+    const auto index = [&]
+    {
+        ULONG value = 0;
+        std::memcpy(&value, reinterpret_cast<const char*>(&names) + 8, sizeof(value));
+        return value;
+    };
+    EXPECT_EQ(index(), 0u);
+    CString name;
+    EXPECT_EQ(names.GetNextName(name), 1);
+    EXPECT_EQ(index(), 1u);
+    EXPECT_EQ(names.GetNextName(name), 0);
+    EXPECT_EQ(index(), 1u);
+    names.Reset();
+    EXPECT_EQ(index(), 0u);
+    EXPECT_EQ(sizeof(CZebProfAdmin), 16u);
 }
 
 TEST(Layout, ParentsStandBeforeWhatIsLookedAt)
