@@ -38,6 +38,68 @@ class Doctor(World):
         self.assertIn("DLLPathEx", found["candidates"][0]["origin"])
 
 
+class DoctorOnProfiles(World):
+    """Where profiles are looked for, and where others keep theirs."""
+
+    SUBSYSTEM = "HKEY_CURRENT_USER\\Software\\Microsoft\\Windows NT\\CurrentVersion\\Windows Messaging Subsystem\\Profiles"
+    OFFICE = "HKEY_CURRENT_USER\\Software\\Microsoft\\Office"
+
+    def add_version(self, version, *profiles):
+        for path in ["Outlook\\Profiles", *("Outlook\\Profiles\\" + profile for profile in profiles)]:
+            self.registry_add(f"{self.OFFICE}\\{version}\\{path}", undo=f"{self.OFFICE}\\{version}")
+
+    def set_current(self, version):
+        self.registry_add("HKEY_CLASSES_ROOT\\Outlook.Application\\CurVer", "", f"Outlook.Application.{version}",
+                          undo="HKEY_CLASSES_ROOT\\Outlook.Application")
+
+    def doctor(self):
+        return json.loads(self.zeb("doctor", "--json").out)
+
+    def test_names_the_place(self):
+        self.create_profile("mine")
+        found = self.doctor()
+        self.assertEqual(found["profilesKey"], self.SUBSYSTEM)
+        self.assertEqual(found["profilesElsewhere"], [])
+        shown = self.zeb("doctor").out
+        self.assertIn(f"from     {self.SUBSYSTEM}\n", shown)
+        self.assertNotIn("does not look", shown)
+
+    def test_says_where_an_outlook_keeps_profiles_that_are_not_looked_for(self):
+        self.create_profile("mine")
+        self.set_current(16)
+        self.add_version("16.0", "Home", "Work")
+        found = self.doctor()
+        self.assertEqual(found["profiles"], ["mine"])
+        self.assertEqual(found["profilesKey"], self.SUBSYSTEM)
+        self.assertEqual(found["profilesElsewhere"],
+                         [{"keeper": "Outlook 16.0", "key": f"{self.OFFICE}\\16.0\\Outlook\\Profiles",
+                           "profiles": ["Home", "Work"]}])
+        self.assertIn(f"Outlook 16.0 keeps 2 profiles in {self.OFFICE}\\16.0\\Outlook\\Profiles, where the library does "
+                      "not look: Home, Work\n", self.zeb("doctor").out)
+
+    def test_says_that_the_older_place_is_not_looked_at_where_outlook_15_is(self):
+        self.create_profile("mine")
+        self.set_current(15)
+        self.add_version("15.0", "Real")
+        found = self.doctor()
+        self.assertEqual(found["profiles"], ["Real"])
+        self.assertEqual(found["profilesKey"], f"{self.OFFICE}\\15.0\\Outlook\\Profiles")
+        self.assertEqual(found["profilesElsewhere"], [{"keeper": "Windows' messaging subsystem", "key": self.SUBSYSTEM,
+                                                       "profiles": ["mine"]}])
+        self.assertIn(f"Windows' messaging subsystem keeps 1 profile in {self.SUBSYSTEM}, where the library does not "
+                      "look: mine\n", self.zeb("doctor").out)
+
+    def test_names_every_version_that_has_profiles_and_no_other(self):
+        self.set_current(14)
+        self.add_version("14.0")
+        self.add_version("15.0", "Left")
+        self.add_version("16.0", "Here")
+        self.registry_add(f"{self.OFFICE}\\Common\\Identity", undo=f"{self.OFFICE}\\Common")
+        self.assertEqual([place["keeper"] for place in self.doctor()["profilesElsewhere"]],
+                         ["Outlook 15.0", "Outlook 16.0"])
+        self.assertIn("none; 'zeb profile create", self.zeb("doctor").out)
+
+
 class DoctorWithoutProvider(World):
     """Where there is none at all; Wine has one of its own."""
 

@@ -47,6 +47,24 @@ class World(unittest.TestCase):
     def registered_already(self):
         return self.run_tool("zeb", "profile", "list", "--json").returncode == 0
 
+    def registry_add(self, key, value=None, data=None, undo=None):
+        """Creates a key (its root's name in full) and, when `value` is given, sets a text in it ("" is its default).
+
+        Where the registry outlives the test, the key `undo` (`key` itself when not given) is deleted after it."""
+        if WINDOWS:
+            text = [] if value is None else [*(["/v", value] if value else ["/ve"]), "/t", "REG_SZ", "/d", data]
+            self.addCleanup(self.reg, "delete", undo or key, "/f")
+            self.reg("add", key, *text, "/f")
+            return
+        file = self.folder / "registry.reg"
+        before = file.read_text(encoding="utf-8") if file.exists() else "Windows Registry Editor Version 5.00\n"
+        name = "" if value is None else (f'"{value}"' if value else "@") + f'="{data}"\n'
+        file.write_text(f"{before}\n[{key}]\n{name}", encoding="utf-8")
+
+    def reg(self, *arguments):
+        subprocess.run([str(ROOT / "scripts/wine-run.sh"), "reg", *arguments], env=self.environment, check=True,
+                       stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=300)
+
     def path(self, name):
         """A file of the test's folder as the tool under test writes it."""
         file = str(self.folder / name)

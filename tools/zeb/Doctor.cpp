@@ -2,6 +2,7 @@
 #include "tools/common/Failure.h"
 #include "tools/common/Output.h"
 #include "tools/zeb/Command.h"
+#include "tools/zeb/ProfilePlaces.h"
 #include "tools/zeb/Provider.h"
 
 #include <nlohmann/json.hpp>
@@ -18,6 +19,8 @@ struct ProfileNames
 {
     std::vector<std::string> all;
     std::string chosen; ///< the default one; empty when there is none
+    std::string key;    ///< where they stand, below HKEY_CURRENT_USER
+    std::vector<ProfilePlace> elsewhere;
 };
 
 ProfileNames ReadProfiles()
@@ -28,6 +31,8 @@ ProfileNames ReadProfiles()
     while (reader.GetNextName(name))
         names.all.push_back(Utf8FromNarrow(static_cast<const char*>(name)));
     names.chosen = Utf8FromNarrow(static_cast<const char*>(reader.GetDefaultProfile()));
+    names.key = ProfilesKey();
+    names.elsewhere = ProfilePlacesNotLookedAt();
     return names;
 }
 
@@ -57,6 +62,17 @@ void PrintProfiles(const ProfileNames& profiles)
         Print("     none; 'zeb profile create NAME --default' makes one\n");
     else if (profiles.chosen.empty())
         Print("     none of them is the default; 'zeb profile default NAME' makes it so\n");
+    PrintField("from", "HKEY_CURRENT_USER\\" + profiles.key);
+    for (const ProfilePlace& place : profiles.elsewhere)
+    {
+        std::string names;
+        for (const std::string& name : place.profiles)
+            names += (names.empty() ? "" : ", ") + name;
+        PrintField("not seen", place.keeper + " keeps " + std::to_string(place.profiles.size()) +
+                                   (place.profiles.size() == 1 ? " profile" : " profiles") +
+                                   " in HKEY_CURRENT_USER\\" + place.key +
+                                   ", where the library does not look: " + names);
+    }
     Print("\n");
 }
 
@@ -94,6 +110,12 @@ void PrintJson(const ProviderReport& report, const ProfileNames& profiles)
         object["candidates"].push_back(JsonOf(candidate));
     object["profiles"] = profiles.all;
     object["defaultProfile"] = TextOrNull(profiles.chosen);
+    object["profilesKey"] = "HKEY_CURRENT_USER\\" + profiles.key;
+    object["profilesElsewhere"] = nlohmann::ordered_json::array();
+    for (const ProfilePlace& place : profiles.elsewhere)
+        object["profilesElsewhere"].push_back({{"keeper", place.keeper},
+                                               {"key", "HKEY_CURRENT_USER\\" + place.key},
+                                               {"profiles", place.profiles}});
     Print(object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
 }
 

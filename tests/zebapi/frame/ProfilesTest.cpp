@@ -124,14 +124,14 @@ TEST_P(OutlookVersion, Is15WhereTheTextHoldsTheDigits)
     EXPECT_EQ(std::string(CZebProfileNames().GetDefaultProfile()), is15 ? "outlook" : "subsystem");
 }
 
-INSTANTIATE_TEST_SUITE_P(Text, OutlookVersion,
-                         ::testing::Values(std::pair{"Outlook.Application.15", true},
-                                           std::pair{"Outlook.Application.16", false},
-                                           std::pair{"Outlook.Application.14", false},
-                                           std::pair{"Outlook.Application.150", true}, std::pair{"15", true},
-                                           std::pair{"15.Outlook", true}, std::pair{"Outlook.15.Application", true},
-                                           std::pair{"Outlook.Application.51", false}, std::pair{"1.5", false},
-                                           std::pair{"1 5", false}, std::pair{"1", false}, std::pair{"", false}));
+INSTANTIATE_TEST_SUITE_P(
+    Text, OutlookVersion,
+    ::testing::Values(std::pair{"Outlook.Application.15", true}, std::pair{"Outlook.Application.16", false},
+                      std::pair{"Outlook.Application.14", false}, std::pair{"Outlook.Application.150", true},
+                      std::pair{"15", true}, std::pair{"15.Outlook", true},
+                      std::pair{"Outlook.15.Application", true}, std::pair{"Outlook.Application.51", false},
+                      std::pair{"1.5", false}, std::pair{"1 5", false}, std::pair{"1", false},
+                      std::pair{"", false}));
 
 TEST_F(ProfileNames, TheKeyOfTheVersionIsDecidedAtConstruction)
 {

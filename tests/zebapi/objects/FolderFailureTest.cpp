@@ -202,8 +202,8 @@ TEST_F(FailingFolder, AMessageWhosePropertiesAreRefusedIsNotSavedAndNorIsTheFold
     values[PR_SUBJECT_A] = "s";
     m_message.Fail("SetProps", MAPI_E_NO_ACCESS);
     EXPECT_EQ(Thrown([&] { m_folder.CreateMessage(values, true, 0); }), MAPI_E_NO_ACCESS);
-    EXPECT_EQ(Calls(), (Lines{"folder: CreateMessage(null,0x0)",
-                              "message: SetProps(0x37001E='s',problems null)"}));
+    EXPECT_EQ(Calls(),
+              (Lines{"folder: CreateMessage(null,0x0)", "message: SetProps(0x37001E='s',problems null)"}));
     m_double.Fail("SaveChanges", MAPI_E_DISK_ERROR);
     CZebPropValArray nothing(1);
     EXPECT_EQ(Thrown([&] { m_folder.CreateMessage(nothing, true, 0); }), MAPI_E_DISK_ERROR);
@@ -238,8 +238,7 @@ TEST_F(FailingFolder, AChildWhosePropertiesAreRefusedThrowsAndNothingIsAskedAfte
     CZebPropValArray result;
     EXPECT_EQ(Thrown([&] { m_folder.GetPropsOfChild(session, ID("child"), nullptr, result); }),
               MAPI_E_NO_ACCESS);
-    EXPECT_EQ(Calls(),
-              (Lines{"folder: OpenEntry(6368696C64,IMAPIProp,0x10)", "child: GetProps(all,0x0)"}));
+    EXPECT_EQ(Calls(), (Lines{"folder: OpenEntry(6368696C64,IMAPIProp,0x10)", "child: GetProps(all,0x0)"}));
     EXPECT_FALSE(result.IsValid());
 }
 
@@ -256,6 +255,27 @@ TEST_F(FailingFolder, AssignedToItselfItIsStillTheSame)
     EXPECT_TRUE(Calls().empty()) << "it was asked already";
 }
 
+TEST_F(FailingFolder, IsQueriedForItsInterfaceAlsoInTheWAB)
+{
+    class Marked : public CZebFolder
+    {
+    public:
+        using CZebFolder::CZebFolder;
+        using CZebFolder::SetWAB;
+        void Mark() { SetWAB(true); }
+    };
+    Marked folder(&m_double);
+    folder.Mark();
+    m_double.NoteQueries();
+    folder.EmptyFolder(nullptr, 0, nullptr);
+    EXPECT_EQ(Calls(),
+              (Lines{"folder: QueryInterface(IMAPIFolder)", "folder: EmptyFolder(0x0,progress null,0x0)"}));
+    folder.GetContentsTable(0);
+    EXPECT_EQ(Calls(), (Lines{"folder: GetContentsTable(0x0)"}));
+    m_double.RefuseInterfaces();
+    EXPECT_EQ(Raised([&] { folder.EmptyFolder(nullptr, 0, nullptr); }), E_NOINTERFACE);
+}
+
 namespace
 {
 
@@ -265,7 +285,10 @@ class OwnFolder : public CZebFolder
 public:
     using CZebFolder::CZebFolder;
 
-    CComPtr<IMAPIContainer> GetContainer() override { return Noted("GetContainer", CZebFolder::GetContainer()); }
+    CComPtr<IMAPIContainer> GetContainer() override
+    {
+        return Noted("GetContainer", CZebFolder::GetContainer());
+    }
     CComPtr<IMAPIFolder> GetFolder() override { return Noted("GetFolder", CZebFolder::GetFolder()); }
     void OpenEntry(const SBinary& id, CZebIProp& target, ULONG flags) override
     {

@@ -197,9 +197,11 @@ TEST_F(Folder, CopiesAndMovesLists)
     SBinaryArray list = {2, ids};
     auto* progress = reinterpret_cast<IMAPIProgress*>(&m_double);
     m_folder.CopyMessages(&list, dest, 8, m_window, progress);
-    m_folder.MoveMessages(&list, dest, 8, nullptr, nullptr);
+    m_folder.MoveMessages(&list, dest, 8, m_window, progress);
+    m_folder.MoveMessages(&list, dest, 0, nullptr, nullptr);
     EXPECT_EQ(Calls(), (Lines{"folder: CopyMessages([61,62],IMAPIFolder,existing,0x55,progress given,0x8)",
-                              "folder: CopyMessages([61,62],IMAPIFolder,existing,0x0,progress null,0x9)"}));
+                              "folder: CopyMessages([61,62],IMAPIFolder,existing,0x55,progress given,0x9)",
+                              "folder: CopyMessages([61,62],IMAPIFolder,existing,0x0,progress null,0x1)"}));
     CZebFolder empty;
     EXPECT_EQ(Raised([&] { m_folder.CopyMessages(&list, empty, 0, nullptr, nullptr); }), E_POINTER);
     EXPECT_TRUE(Calls().empty());

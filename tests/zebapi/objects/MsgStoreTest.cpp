@@ -311,6 +311,16 @@ TEST_F(MsgStore, TellsWhatLiesUnderTheDeletedItems)
     CZebMessage gone(&deleted);
     EXPECT_FALSE(m_store.IsUnderDeleted(session, kept));
     EXPECT_TRUE(m_store.IsUnderDeleted(session, gone));
+    RecordingFolder inside(m_journal, "inside");
+    inside.m_bag.Set(PR_OBJECT_TYPE, MAPI_FOLDER);
+    inside.m_bag.Set(PR_FOLDER_TYPE, FOLDER_GENERIC);
+    inside.m_bag.Set(PR_PARENT_ENTRYID, "bin");
+    sessionDouble.m_openable.Add("inside", &inside, MAPI_FOLDER);
+    RecordingMessage deeper(m_journal, "deeper");
+    deeper.m_bag.Set(PR_OBJECT_TYPE, MAPI_MESSAGE);
+    deeper.m_bag.Set(PR_PARENT_ENTRYID, "inside");
+    CZebMessage buried(&deeper);
+    EXPECT_TRUE(m_store.IsUnderDeleted(session, buried)) << "at any depth";
     RecordingStore bare(m_journal, "bare");
     CZebMsgStore bareStore(&bare);
     EXPECT_EQ(Thrown([&] { bareStore.IsUnderDeleted(session, gone); }), MAPI_E_INVALID_TYPE);
