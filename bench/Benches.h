@@ -23,5 +23,9 @@ Measurement StoreOpen(const Options& options);
 Measurement StoreWindow(const Options& options);
 Measurement StoreSort(const Options& options);
 Measurement StoreMemory(const Options& options);
+Measurement ValueText(const Options& options);
+Measurement ArrayBuild(const Options& options);
+Measurement NameLookup(const Options& options);
+Measurement EidDump(const Options& options);
 
 } // namespace bench

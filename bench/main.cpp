@@ -20,7 +20,9 @@ const Entry kEntries[] = {
     {"inbox-read", bench::InboxRead},     {"value-read", bench::ValueRead},
     {"store-write", bench::StoreWrite},   {"store-open", bench::StoreOpen},
     {"store-window", bench::StoreWindow}, {"store-sort", bench::StoreSort},
-    {"store-memory", bench::StoreMemory},
+    {"store-memory", bench::StoreMemory}, {"value-text", bench::ValueText},
+    {"array-build", bench::ArrayBuild},   {"name-lookup", bench::NameLookup},
+    {"eid-dump", bench::EidDump},
 };
 
 int Measure(const bench::Options& options, const std::vector<std::string>& names)

@@ -1,5 +1,6 @@
 #include "tests/zebapi/slots/Slots.h"
 #include "zebapi/BinArray.h"
+#include "zebapi/BinaryParser.h"
 #include "zebapi/OnePROPVAL.h"
 #include "zebapi/PROPVALArray.h"
 #include "zebapi/TAGS.h"
@@ -158,5 +159,20 @@ SLOT(CZebBinArray, 5, SetAt, void(ULONG index, const char* hex))
 SLOT(CZebBinArray, 6, SetAt, void(ULONG index, const SBinary& value))
 SLOT(CZebBinArray, 7, GetAt, CZebBinary(ULONG index))
 SLOT(CZebBinArray, 8, operator SBinaryArray*, SBinaryArray*() const)
+
+SLOTS(CBinaryParser, 0, 14, 0)
+SLOT(CBinaryParser, 1, Remaining, std::uint64_t() const)
+SLOT(CBinaryParser, 2, Advance, void(std::uint64_t n))
+SLOT(CBinaryParser, 3, Offset, std::uint64_t() const)
+SLOT(CBinaryParser, 4, Current, const BYTE*() const)
+SLOT(CBinaryParser, 5, Read8, std::uint8_t())
+SLOT(CBinaryParser, 6, Read16, std::uint16_t())
+SLOT(CBinaryParser, 7, Read32, std::uint32_t())
+SLOT(CBinaryParser, 8, Read64, void(std::uint64_t& value))
+SLOT(CBinaryParser, 9, ReadBytes, void(std::uint64_t n, void* destination))
+SLOT(CBinaryParser, 10, ReadStringA, CStringA())
+SLOT(CBinaryParser, 11, ReadStringA, CStringA(std::uint64_t n))
+SLOT(CBinaryParser, 12, ReadStringW, CStringW())
+SLOT(CBinaryParser, 13, ReadStringW, CStringW(std::uint64_t n))
 
 } // namespace zeb::test

@@ -1,0 +1,190 @@
+// Pins the order of the fields that objects hold, the private ones too: hosts built with other compilers count on it.
+//
+// The offset is read out of a pointer to the member, which both compilers lay out as just that.
+#include "tests/zebapi/slots/Slots.h"
+#include "zebapi/BinArray.h"
+#include "zebapi/BinaryParser.h"
+#include "zebapi/CachedTable.h"
+#include "zebapi/EntryIDInfo.h"
+#include "zebapi/Folder.h"
+#include "zebapi/MsgStore.h"
+#include "zebapi/PROPVALArray.h"
+#include "zebapi/Profiles.h"
+#include "zebapi/Restrict.h"
+#include "zebapi/SESSION.h"
+#include "zebapi/SortOrder.h"
+#include "zebapi/TAGS.h"
+#include "zebapi/ZebAPI.h"
+
+namespace zeb::test
+{
+
+namespace
+{
+
+struct FieldTable
+{
+    size_t first; ///< where the fields begin: behind the table of operations, or behind what the base holds
+    std::map<size_t, std::pair<std::string, size_t>> fields; ///< name and offset, by number
+};
+
+std::map<std::string, FieldTable>& FieldTables()
+{
+    static std::map<std::string, FieldTable> tables;
+    return tables;
+}
+
+// An explicit instantiation may name members that are not accessible otherwise.
+template <class Tag, auto Member>
+struct RegisteredField
+{
+    static bool Register()
+    {
+        const auto member = Member;
+        static_assert(sizeof(member) == sizeof(std::ptrdiff_t), "an offset");
+        std::ptrdiff_t offset = 0;
+        std::memcpy(&offset, &member, sizeof offset);
+        FieldTable& table = FieldTables()[Tag::Class()];
+        table.first = Tag::First;
+        table.fields[Tag::Number] = {Tag::Name(), static_cast<size_t>(offset)};
+        return true;
+    }
+    static inline const bool s_done = Register();
+};
+
+constexpr size_t behindOperations = sizeof(void*);
+
+} // namespace
+
+/// A field: its class, where that begins its fields, the field's number among them, its name.
+#define FIELD(CLASS, FIRST, NUMBER, MEMBER)                                                                  \
+    namespace                                                                                                \
+    {                                                                                                        \
+    struct ZEB_JOIN(Field, __LINE__)                                                                         \
+    {                                                                                                        \
+        static const char* Class() { return #CLASS; }                                                        \
+        static const char* Name() { return #MEMBER; }                                                        \
+        static constexpr size_t First = FIRST;                                                               \
+        static constexpr size_t Number = NUMBER;                                                             \
+    };                                                                                                       \
+    }                                                                                                        \
+    template struct RegisteredField<ZEB_JOIN(Field, __LINE__), &CLASS::MEMBER>;
+
+FIELD(CZebAPI, behindOperations, 0, m_loader)
+FIELD(CZebAPI, behindOperations, 1, m_wasFailed)
+FIELD(CZebAPI, behindOperations, 2, m_initialized)
+FIELD(CZebAPI, behindOperations, 3, m_wab)
+FIELD(CZebAPI, behindOperations, 4, m_bitness)
+FIELD(CZebAPI, behindOperations, 5, m_globalMAPI)
+FIELD(CZebAPI, behindOperations, 6, m_lock)
+FIELD(CZebAPI, behindOperations, 7, m_wabAddressBook)
+
+FIELD(CZebException, sizeof(CException), 0, m_description)
+FIELD(CZebException, sizeof(CException), 1, m_result)
+
+FIELD(CZebOnePropVal, behindOperations, 0, m_parent)
+FIELD(CZebOnePropVal, behindOperations, 1, m_value)
+
+FIELD(CZebPropValArray, behindOperations, 0, m_count)
+FIELD(CZebPropValArray, behindOperations, 1, m_values)
+FIELD(CZebPropValArray, behindOperations, 2, m_growable)
+
+FIELD(CZebPropProblemArray, behindOperations, 0, m_problems)
+FIELD(CZebPropTagArray, behindOperations, 0, m_tags)
+FIELD(CZebBinary, behindOperations, 0, m_binary)
+FIELD(CZebBinArray, behindOperations, 0, m_array)
+FIELD(CZebSession, behindOperations, 0, m_session)
+
+FIELD(CZebProfileNames, behindOperations, 0, m_index)
+FIELD(CZebProfileNames, behindOperations, 1, m_profiles)
+FIELD(CZebProfAdmin, behindOperations, 0, m_profAdmin)
+
+FIELD(CZebIProp, behindOperations, 0, m_bWAB)
+FIELD(CZebIProp, behindOperations, 1, m_object)
+FIELD(CZebIProp, behindOperations, 2, m_tags)
+
+FIELD(CZebNameIdMap, behindOperations, 0, m_forward)
+FIELD(CZebNameIdMap, behindOperations, 1, m_reverse)
+FIELD(CZebNameIdHelper, behindOperations, 0, m_names)
+FIELD(CZebNameIdHelper, behindOperations, 1, m_count)
+
+FIELD(CZebContainer, sizeof(CZebIProp), 0, m_providerID)
+FIELD(CZebContainer, sizeof(CZebIProp), 1, m_providerChecked)
+
+FIELD(CZebAddressBook, sizeof(CZebIProp), 0, m_wabObject)
+FIELD(CZebAddressBook, sizeof(CZebIProp), 1, m_session)
+
+FIELD(CZebTable, behindOperations, 0, m_table)
+
+FIELD(CZebRowSet, behindOperations, 0, m_rows)
+FIELD(CZebRowSet, behindOperations, 1, m_neverHandedOut)
+FIELD(CZebRow, behindOperations, 0, m_base)
+FIELD(CZebRow, behindOperations, 1, m_row)
+
+FIELD(CZebRestriction, behindOperations, 0, m_base)
+FIELD(CZebRestriction, behindOperations, 1, m_node)
+FIELD(CZebSortOrder, behindOperations, 0, m_sortSet)
+
+FIELD(CAdviseSink, behindOperations, 0, m_references)
+FIELD(CAdviseSink, behindOperations, 1, m_delegate)
+FIELD(CAdviseSinkBinder, behindOperations, 0, m_delegate)
+FIELD(CAdviseSinkBinder, behindOperations, 1, m_sink)
+FIELD(CAdviseSinkBinder, behindOperations, 2, m_table)
+FIELD(CAdviseSinkBinder, behindOperations, 3, m_connection)
+
+FIELD(CZebCachedTable, sizeof(CZebTable) + sizeof(CAdviseSinkDelegate), 0, m_firstRow)
+FIELD(CZebCachedTable, sizeof(CZebTable) + sizeof(CAdviseSinkDelegate), 1, m_batch)
+FIELD(CZebCachedTable, sizeof(CZebTable) + sizeof(CAdviseSinkDelegate), 2, m_cache)
+FIELD(CZebCachedTable, sizeof(CZebTable) + sizeof(CAdviseSinkDelegate), 3, m_binder)
+FIELD(CZebCachedTable, sizeof(CZebTable) + sizeof(CAdviseSinkDelegate), 4, m_window)
+
+FIELD(CBinaryParser, behindOperations, 0, m_size)
+FIELD(CBinaryParser, behindOperations, 1, m_start)
+FIELD(CBinaryParser, behindOperations, 2, m_end)
+FIELD(CBinaryParser, behindOperations, 3, m_offset)
+
+FIELD(CEntryIDInfo, 0, 0, m_type)
+FIELD(CEntryIDInfo, 0, 1, m_flags)
+FIELD(CEntryIDInfo, 0, 2, m_providerUID)
+FIELD(CEntryIDInfo, 0, 3, m_binary)
+FIELD(CEntryIDInfo, 0, 4, m_data)
+FIELD(CEntryIDInfo, 0, 5, m_unread)
+
+TEST(Fields, StandInTheirOrder)
+{
+    EXPECT_EQ(FieldTables().size(), 26u);
+    for (const auto& [name, table] : FieldTables())
+    {
+        ASSERT_EQ(table.fields.rbegin()->first + 1, table.fields.size()) << name << " lacks one";
+        EXPECT_EQ(table.fields.at(0).second, table.first) << name << " " << table.fields.at(0).first;
+        for (size_t i = 1; i < table.fields.size(); ++i)
+        {
+            EXPECT_GT(table.fields.at(i).second, table.fields.at(i - 1).second)
+                << name << " " << table.fields.at(i).first;
+        }
+    }
+}
+
+TEST(Fields, TheThreeFlagsOfTheLibraryObjectAreOneByteEach)
+{
+    const auto& fields = FieldTables().at("CZebAPI").fields;
+    EXPECT_EQ(fields.at(2).second, fields.at(1).second + 1);
+    EXPECT_EQ(fields.at(3).second, fields.at(2).second + 1);
+}
+
+TEST(Fields, DerivedClassesThatNeedNoneAddNone)
+{
+    EXPECT_EQ(sizeof(CZebPropVal), sizeof(CZebOnePropVal));
+    EXPECT_EQ(sizeof(CZebEntryIDRequest), sizeof(CZebBinary));
+    EXPECT_EQ(sizeof(CZebRestrictionAllocator), sizeof(CZebRestriction));
+    EXPECT_EQ(sizeof(CZebMsgStore), sizeof(CZebIProp));
+    EXPECT_EQ(sizeof(CZebMessage), sizeof(CZebIProp));
+    EXPECT_EQ(sizeof(CZebMailUser), sizeof(CZebIProp));
+    EXPECT_EQ(sizeof(CZebPropObj), sizeof(CZebIProp));
+    EXPECT_EQ(sizeof(CZebABItem), sizeof(CZebIProp));
+    EXPECT_EQ(sizeof(CZebFolder), sizeof(CZebContainer));
+    EXPECT_EQ(sizeof(CZebDistList), sizeof(CZebContainer));
+    EXPECT_EQ(sizeof(CZebABContainer), sizeof(CZebContainer));
+}
+
+} // namespace zeb::test
