@@ -176,14 +176,7 @@ void BuildByLibrary(CZebMessage& message)
     message.SetProps(values, false, nullptr);
 }
 
-/// A text or bytes in a block of their own, chained to `parent`: what code by hand does that hands the array on.
-void* CopyMore(const void* bytes, ULONG count, void* parent)
-{
-    void* copy = Zeb_MemAllocate(count, parent);
-    std::memcpy(copy, bytes, count);
-    return copy;
-}
-
+/// Nothing is copied: the provider copies what it is given.
 void BuildByHand(IMAPIProp& message)
 {
     auto* values = static_cast<SPropValue*>(Zeb_MemAllocate(kArraySize * sizeof(SPropValue), nullptr));
@@ -195,11 +188,9 @@ void BuildByHand(IMAPIProp& message)
     {
         values[i].Value.l = static_cast<LONG>(i);
         values[i + 1].Value.b = 1;
-        values[i + 2].Value.lpszA = static_cast<char*>(CopyMore(kArrayText, sizeof kArrayText, values));
+        values[i + 2].Value.lpszA = const_cast<char*>(kArrayText);
         values[i + 3].Value.ft = {1000, 29000000};
-        values[i + 4].Value.bin = {
-            sizeof g_arrayBytes,
-            static_cast<BYTE*>(CopyMore(g_arrayBytes, sizeof g_arrayBytes, values))};
+        values[i + 4].Value.bin = {sizeof g_arrayBytes, g_arrayBytes};
     }
     const HRESULT result = message.SetProps(kArraySize, values, nullptr);
     Zeb_MemFree(values);
@@ -321,8 +312,8 @@ std::vector<DumpCase> MakeDumpCases()
     DumpedID contact;
     contact.name = "00000000" + std::string(kDatabaseUID) + "0300" + kDatabaseUID + "0000000001000000" +
                    kDatabaseUID + "0000000002000000";
-    contact.hex = "00000000" + std::string(kContactUID) + "03000000" + "04000000" + "01000000" +
-                  "46000000" + contact.name;
+    contact.hex = "00000000" + std::string(kContactUID) + "03000000" + "04000000" + "01000000" + "46000000" +
+                  contact.name;
     return {{oneOff, OneOffByHand}, {store, StoreByHand}, {contact, ContactByHand}};
 }
 

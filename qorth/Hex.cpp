@@ -28,25 +28,63 @@ constexpr std::array<unsigned char, 256> MakeDigitValues()
     return values;
 }
 
-/// The two digits of every byte, one behind the other.
-constexpr std::array<char, 512> MakeBytePairs()
-{
-    constexpr char digits[] = "0123456789ABCDEF";
-    std::array<char, 512> pairs{};
-    for (unsigned byte = 0; byte < 256; ++byte)
-    {
-        pairs[2 * byte] = digits[byte >> 4];
-        pairs[2 * byte + 1] = digits[byte & 15];
-    }
-    return pairs;
-}
-
 constexpr auto DigitValues = MakeDigitValues();
-constexpr auto BytePairs = MakeBytePairs();
 
 unsigned char DigitValue(char digit)
 {
     return DigitValues[static_cast<unsigned char>(digit)];
+}
+
+// Long texts are taken in blocks, by arithmetic without branches: compilers make vector operations of it.
+constexpr size_t BlockBytes = 16;
+constexpr size_t BlockDigits = 2 * BlockBytes;
+
+bool AreDigits(const char* block)
+{
+    unsigned char foreign = 0;
+    for (size_t i = 0; i < BlockDigits; ++i)
+    {
+        const auto character = static_cast<unsigned char>(block[i]);
+        const auto number = static_cast<unsigned char>(character - '0');
+        const auto letter = static_cast<unsigned char>((character | 0x20) - 'a');
+        foreign |= static_cast<unsigned char>((number > 9) & (letter > 5));
+    }
+    return foreign == 0;
+}
+
+/// What a block of digits says. The low half of a digit is its value; that of a letter lacks nine.
+void ReadBlock(const char* block, unsigned char* bytes)
+{
+    unsigned char values[BlockDigits];
+    for (size_t i = 0; i < BlockDigits; ++i)
+    {
+        const auto character = static_cast<unsigned char>(block[i]);
+        values[i] = static_cast<unsigned char>((character & 15) + 9 * (character >> 6));
+    }
+    for (size_t i = 0; i < BlockBytes; ++i)
+    {
+        bytes[i] = static_cast<unsigned char>(values[2 * i] << 4 | values[2 * i + 1]);
+    }
+}
+
+constexpr unsigned char Digit(unsigned char value)
+{
+    return static_cast<unsigned char>(value + '0' + (value > 9) * ('A' - '0' - 10));
+}
+
+void WriteBlock(char* block, const unsigned char* bytes)
+{
+    unsigned char digits[BlockDigits];
+    for (size_t i = 0; i < BlockBytes; ++i)
+    {
+        digits[2 * i] = static_cast<unsigned char>(bytes[i] >> 4);
+        digits[2 * i + 1] = static_cast<unsigned char>(bytes[i] & 15);
+    }
+    for (unsigned char& digit : digits)
+    {
+        digit = Digit(digit);
+    }
+    std::memcpy(block, digits, BlockDigits);
 }
 
 } // namespace
@@ -57,7 +95,12 @@ ULONG String2BinBuffLen(const char* hex)
     {
         return 0;
     }
+    const size_t length = std::strlen(hex);
     size_t digits = 0;
+    while (length - digits >= BlockDigits && AreDigits(hex + digits))
+    {
+        digits += BlockDigits;
+    }
     while (DigitValue(hex[digits]) != NoDigit)
     {
         ++digits;
@@ -67,9 +110,20 @@ ULONG String2BinBuffLen(const char* hex)
 
 ULONG String2Bin(const char* hex, void* bytes, ULONG cb)
 {
+    if (hex == nullptr)
+    {
+        return 0;
+    }
     auto* out = static_cast<unsigned char*>(bytes);
     ULONG count = 0;
-    for (; hex != nullptr && count < cb; ++count, hex += 2)
+    const char* const end = hex + std::strlen(hex);
+    while (cb - count >= BlockBytes && static_cast<size_t>(end - hex) >= BlockDigits && AreDigits(hex))
+    {
+        ReadBlock(hex, out + count);
+        count += BlockBytes;
+        hex += BlockDigits;
+    }
+    for (; count < cb; ++count, hex += 2)
     {
         // The text's terminator is no digit either, so nothing behind it is read.
         const unsigned char high = DigitValue(hex[0]);
@@ -92,14 +146,23 @@ void Bin2String(CStringA& text, const void* bytes, ULONG cb, int)
     CStringA result;
     if (bytes != nullptr && cb > 0)
     {
-        const auto* in = static_cast<const unsigned char*>(bytes);
-        char* out = result.GetBuffer(static_cast<int>(cb * 2));
-        for (ULONG i = 0; i < cb; ++i)
-        {
-            std::memcpy(out + size_t{2} * i, &BytePairs[size_t{2} * in[i]], 2);
-        }
+        Bin2Digits(result.GetBuffer(static_cast<int>(cb * 2)), bytes, cb);
         result.ReleaseBuffer(static_cast<int>(cb * 2));
     }
     // Assigned last: `bytes` may be the text's own.
     text = std::move(result);
+}
+
+void Bin2Digits(char* digits, const void* bytes, ULONG cb)
+{
+    const auto* in = static_cast<const unsigned char*>(bytes);
+    for (; cb >= BlockBytes; cb -= BlockBytes, in += BlockBytes, digits += BlockDigits)
+    {
+        WriteBlock(digits, in);
+    }
+    for (ULONG i = 0; i < cb; ++i)
+    {
+        *digits++ = static_cast<char>(Digit(static_cast<unsigned char>(in[i] >> 4)));
+        *digits++ = static_cast<char>(Digit(static_cast<unsigned char>(in[i] & 15)));
+    }
 }

@@ -14,3 +14,6 @@ ULONG String2Bin(const char* hex, void* bytes, ULONG cb);
 /// The text of `cb` bytes, into `text`. `flags` is reserved, 0. A null `bytes` gives an empty text.
 /// @throws std::length_error when the text would not fit a string.
 void Bin2String(CStringA& text, const void* bytes, ULONG cb, int flags = 0);
+
+/// The same text written to `digits`, two characters a byte, without a terminator.
+void Bin2Digits(char* digits, const void* bytes, ULONG cb);

@@ -239,18 +239,12 @@ void CZebBinary::CopyTo(SBinary& target, const SBinary& source, void* parent)
 
 CStringA CZebBinary::DumpEntryID(CStringA& hex)
 {
-    if (hex.IsEmpty())
-    {
-        return CStringA();
-    }
-    const CZebBinary identifier(hex);
-    return zeb::CEntryIDInfo(identifier).Dump("");
+    return Zeb_DumpEntryID(hex.GetString());
 }
 
 CStringA Zeb_DumpEntryID(const char* hex)
 {
-    CStringA text(hex);
-    return CZebBinary::DumpEntryID(text);
+    return hex == nullptr || *hex == 0 ? CStringA() : zeb::CEntryIDInfo(hex).Dump("");
 }
 
 CZebEntryIDRequest::CZebEntryIDRequest() = default;

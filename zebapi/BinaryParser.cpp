@@ -86,6 +86,19 @@ void CBinaryParser::ReadBytes(std::uint64_t n, void* destination)
 }
 
 /// With the terminator; 0 when there is none in what is left.
+template <>
+std::uint64_t CBinaryParser::TerminatedLength<char>() const
+{
+    const std::uint64_t bound = Remaining();
+    if (bound == 0 || bound >= longestText)
+    {
+        return 0;
+    }
+    const BYTE* place = Current();
+    const void* end = std::memchr(place, 0, static_cast<size_t>(bound));
+    return end == nullptr ? 0 : static_cast<std::uint64_t>(static_cast<const BYTE*>(end) - place) + 1;
+}
+
 template <class Char>
 std::uint64_t CBinaryParser::TerminatedLength() const
 {
@@ -115,8 +128,9 @@ Text CBinaryParser::FetchText(std::uint64_t n)
     {
         return Text();
     }
-    const CSafeArray<Char> text(static_cast<size_t>(n) + 1);
+    CSafeArray<Char> text(static_cast<size_t>(n) + 1);
     Fetch(n * sizeof(Char), text.Get());
+    text[static_cast<size_t>(n)] = 0;
     return Text(text.Get());
 }
 

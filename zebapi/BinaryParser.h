@@ -10,20 +10,23 @@
 namespace zeb
 {
 
-/// A small owned array; all zero at first.
+/// An owned array for short use; a small one needs no memory of its own. Its items are not set at first.
 template <class T>
 class CSafeArray
 {
 public:
     explicit CSafeArray(size_t count)
-        : m_items(new T[count]())
+        : m_heap(count > smallCount ? new T[count] : nullptr)
     {
     }
-    T* Get() const { return m_items.get(); }
-    T& operator[](size_t index) const { return m_items[index]; }
+    T* Get() { return m_heap != nullptr ? m_heap.get() : m_small; }
+    T& operator[](size_t index) { return Get()[index]; }
 
 private:
-    std::unique_ptr<T[]> m_items;
+    static constexpr size_t smallCount = 64;
+
+    std::unique_ptr<T[]> m_heap;
+    T m_small[smallCount];
 };
 
 /// Reads integers (little-endian), bytes and text from a borrowed buffer, at any alignment.

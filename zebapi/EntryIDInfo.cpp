@@ -2,6 +2,7 @@
 
 #include "zebapi/Exception.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace zeb
@@ -45,22 +46,30 @@ constexpr std::uint64_t messageRest = 34;
 
 constexpr BYTE topBit = 0x80;
 
-const char* YesNo(bool yes)
-{
-    return yes ? "Yes" : "No";
-}
+constexpr char invalidBinary[] = "<InvalidBinary>";
+
+// What a dump has room for at once: identifiers of this many bytes, and its lines without what they show.
+constexpr size_t usualCount = 1024;
+constexpr size_t usualLines = 768;
 
 } // namespace
 
-CEntryIDInfo::CEntryIDInfo(const CZebBinary& identifier, bool nested)
+CEntryIDInfo::CEntryIDInfo(const CZebBinary& identifier)
     : m_binary(identifier)
 {
-    if (m_binary.IsValid())
-    {
-        const SBinary& bytes = m_binary;
-        CBinaryParser parser(bytes.cb, bytes.lpb);
-        Parse(parser, nested);
-    }
+    Parse(false);
+}
+
+CEntryIDInfo::CEntryIDInfo(const char* hex)
+    : m_binary(hex)
+{
+    Parse(false);
+}
+
+CEntryIDInfo::CEntryIDInfo(ULONG count, const BYTE* nested)
+    : m_binary(count, const_cast<void*>(static_cast<const void*>(nested)))
+{
+    Parse(true);
 }
 
 CEntryIDInfo::CEntryIDInfo(const CEntryIDInfo& other)
@@ -75,8 +84,14 @@ CEntryIDInfo::CEntryIDInfo(const CEntryIDInfo& other)
 
 CEntryIDInfo::~CEntryIDInfo() = default;
 
-void CEntryIDInfo::Parse(CBinaryParser& parser, bool nested)
+void CEntryIDInfo::Parse(bool nested)
 {
+    if (!m_binary.IsValid())
+    {
+        return;
+    }
+    const SBinary& bytes = m_binary;
+    CBinaryParser parser(bytes.cb, bytes.lpb);
     for (BYTE& flag : m_flags)
     {
         flag = parser.Read8();
@@ -131,28 +146,36 @@ const char* CEntryIDInfo::TypeName() const
 
 CStringA CEntryIDInfo::String() const
 {
-    return m_binary.IsValid() ? m_binary.String() : CStringA("<InvalidBinary>");
+    return m_binary.IsValid() ? m_binary.String() : CStringA(invalidBinary);
 }
 
 CStringA CEntryIDInfo::Dump(const char* prefix) const
 {
-    std::string text;
+    // The identifier is shown up to twice, the second time by what it wraps.
+    const size_t count = m_binary.IsValid() ? static_cast<ULONG>(m_binary) : 0;
+    CDumpText text(4 * std::min(count, usualCount) + usualLines);
     Dump(text, prefix);
-    return CStringA(std::move(text));
+    return text.Take();
 }
 
-void CEntryIDInfo::Dump(std::string& out, const std::string& prefix) const
+void CEntryIDInfo::Dump(CDumpText& out, const std::string& prefix) const
 {
-    out.append(prefix).append("CEntryIDInfo\r\n");
-    out.append(prefix).append("  EntryID: ").append(String().GetString()).append("\r\n");
-    out.append(prefix).append("  Type: ").append(TypeName()).append("\r\n");
-    out.append(prefix).append("  ShortTerm: ").append(YesNo((m_flags[0] & topBit) != 0)).append("\r\n");
-    out.append(prefix).append("  Compound: ").append(YesNo((m_flags[1] & topBit) != 0)).append("\r\n");
-    out.append(prefix).append("  ProviderUID: ");
-    AppendHex(out, m_providerUID, sizeof m_providerUID);
-    out.append("\r\n");
+    out.Line(prefix, "CEntryIDInfo");
+    if (m_binary.IsValid())
+    {
+        const SBinary& bytes = m_binary;
+        out.LineOfHex(prefix, "  EntryID: ", bytes.lpb, bytes.cb);
+    }
+    else
+    {
+        out.Line(prefix, "  EntryID: ", invalidBinary);
+    }
+    out.Line(prefix, "  Type: ", TypeName());
+    out.Line(prefix, "  ShortTerm: ", YesNo((m_flags[0] & topBit) != 0));
+    out.Line(prefix, "  Compound: ", YesNo((m_flags[1] & topBit) != 0));
+    out.LineOfHex(prefix, "  ProviderUID: ", m_providerUID, sizeof m_providerUID);
     // The object follows on the same line, behind a prefix of its own.
-    out.append(prefix).append("  Object:");
+    out.Begin(prefix, "  Object:");
     DumpOrNull(m_data.get(), out, prefix + "  ");
 }
 

@@ -31,8 +31,11 @@ enum eidt : LONG
 class CEntryIDInfo
 {
 public:
-    /// `nested`: the identifier stands inside another one, which makes it a message's.
-    explicit CEntryIDInfo(const CZebBinary& identifier, bool nested = false);
+    explicit CEntryIDInfo(const CZebBinary& identifier);
+    /// From hexadecimal text.
+    explicit CEntryIDInfo(const char* hex);
+    /// The identifier of `count` bytes that stands inside another one, which makes it a message's.
+    CEntryIDInfo(ULONG count, const BYTE* nested);
     CEntryIDInfo(const CEntryIDInfo& other);
     CEntryIDInfo& operator=(const CEntryIDInfo&) = delete;
     ~CEntryIDInfo();
@@ -45,7 +48,7 @@ public:
     CStringA String() const;
     /// Lines that end with "\r\n", each behind `prefix`.
     CStringA Dump(const char* prefix) const;
-    void Dump(std::string& out, const std::string& prefix) const;
+    void Dump(CDumpText& out, const std::string& prefix) const;
 
     /// The contact part; null for other identifiers.
     const CEntryIDContactAddressBookObject* Contact() const;
@@ -56,7 +59,7 @@ public:
     CStringA WrappedString() const;
 
 private:
-    void Parse(CBinaryParser& parser, bool nested);
+    void Parse(bool nested);
     void Classify(const CBinaryParser& parser);
     const CEntryIDInfo& Wrapped() const;
 

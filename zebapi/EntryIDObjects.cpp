@@ -1,10 +1,7 @@
 #include "zebapi/EntryIDObjects.h"
 
-#include "qorth/Hex.h"
 #include "qorth/Text.h"
 #include "zebapi/EntryIDInfo.h"
-
-#include <cstdio>
 
 namespace zeb
 {
@@ -19,19 +16,7 @@ constexpr std::uint16_t messageType = 3;
 // Behind the four numbers of a contact identifier that stands for a folder.
 constexpr std::uint64_t contactFolderGap = 8;
 
-const char* YesNo(bool yes)
-{
-    return yes ? "Yes" : "No";
-}
-
-void AppendNumber(std::string& out, std::uint32_t number)
-{
-    char text[sizeof "0x12345678"];
-    std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned>(number));
-    out.append(text);
-}
-
-const char* ContactTypeName(std::uint32_t type)
+std::string_view ContactTypeName(std::uint32_t type)
 {
     switch (type)
     {
@@ -46,7 +31,7 @@ const char* ContactTypeName(std::uint32_t type)
     }
 }
 
-CStringA Narrow(const CStringA& text)
+const CStringA& Narrow(const CStringA& text)
 {
     return text;
 }
@@ -56,14 +41,14 @@ CStringA Narrow(const CStringW& text)
     return QorConvertStringByANSITable(text.GetString(), text.GetLength());
 }
 
-} // namespace
-
-void AppendHex(std::string& out, const void* bytes, ULONG count)
+template <size_t Size, class Text>
+void TextLine(CDumpText& out, const std::string& prefix, const char (&label)[Size], const Text& text)
 {
-    CStringA text;
-    Bin2String(text, bytes, count, 0);
-    out.append(text.GetString(), static_cast<size_t>(text.GetLength()));
+    const CStringA& narrow = Narrow(text);
+    out.Line(prefix, label, {narrow.GetString(), static_cast<size_t>(narrow.GetLength())});
 }
+
+} // namespace
 
 void CEntryIDLocation::Parse(CBinaryParser& parser)
 {
@@ -82,12 +67,11 @@ std::unique_ptr<CEntryIDDataObject> CEntryIDFolderObject::Clone() const
     return std::make_unique<CEntryIDFolderObject>(*this);
 }
 
-void CEntryIDFolderObject::Dump(std::string& out, const std::string& prefix) const
+void CEntryIDFolderObject::Dump(CDumpText& out, const std::string& prefix) const
 {
-    out.append(prefix).append("CEntryIDFolderObject\r\n");
-    out.append(prefix).append("  DatabaseGUID: ");
-    AppendHex(out, m_folder.databaseGuid, sizeof m_folder.databaseGuid);
-    out.append("\r\n").append(prefix).append("  TODO: dump more there...\r\n");
+    out.Line(prefix, "CEntryIDFolderObject");
+    out.LineOfHex(prefix, "  DatabaseGUID: ", m_folder.databaseGuid, sizeof m_folder.databaseGuid);
+    out.Line(prefix, "  TODO: dump more there...");
 }
 
 void CEntryIDMessageObject::Parse(CBinaryParser& parser)
@@ -101,14 +85,12 @@ std::unique_ptr<CEntryIDDataObject> CEntryIDMessageObject::Clone() const
     return std::make_unique<CEntryIDMessageObject>(*this);
 }
 
-void CEntryIDMessageObject::Dump(std::string& out, const std::string& prefix) const
+void CEntryIDMessageObject::Dump(CDumpText& out, const std::string& prefix) const
 {
-    out.append(prefix).append("CEntryIDMessageObject\r\n");
-    out.append(prefix).append("  FolderDatabaseGUID: ");
-    AppendHex(out, m_folder.databaseGuid, sizeof m_folder.databaseGuid);
-    out.append("\r\n").append(prefix).append("  MessageDatabaseGUID: ");
-    AppendHex(out, m_message.databaseGuid, sizeof m_message.databaseGuid);
-    out.append("\r\n").append(prefix).append("  TODO: dump more there...\r\n");
+    out.Line(prefix, "CEntryIDMessageObject");
+    out.LineOfHex(prefix, "  FolderDatabaseGUID: ", m_folder.databaseGuid, sizeof m_folder.databaseGuid);
+    out.LineOfHex(prefix, "  MessageDatabaseGUID: ", m_message.databaseGuid, sizeof m_message.databaseGuid);
+    out.Line(prefix, "  TODO: dump more there...");
 }
 
 CEntryIDData::CEntryIDData(const CEntryIDData& other)
@@ -140,12 +122,11 @@ std::unique_ptr<CEntryIDProviderData> CEntryIDData::Clone() const
     return std::make_unique<CEntryIDData>(*this);
 }
 
-void CEntryIDData::Dump(std::string& out, const std::string& prefix) const
+void CEntryIDData::Dump(CDumpText& out, const std::string& prefix) const
 {
-    out.append(prefix).append("CEntryIDData\r\n");
-    out.append(prefix).append("  Type: ");
-    AppendNumber(out, m_objectType);
-    out.append("\r\n").append(prefix).append("  Object:\r\n");
+    out.Line(prefix, "CEntryIDData");
+    out.LineOfNumber(prefix, "  Type: ", m_objectType);
+    out.Line(prefix, "  Object:");
     DumpOrNull(m_object.get(), out, prefix + "  ");
 }
 
@@ -173,15 +154,14 @@ std::unique_ptr<CEntryIDProviderData> CEntryIDMessageDatabaseObject::Clone() con
     return std::make_unique<CEntryIDMessageDatabaseObject>(*this);
 }
 
-void CEntryIDMessageDatabaseObject::Dump(std::string& out, const std::string& prefix) const
+void CEntryIDMessageDatabaseObject::Dump(CDumpText& out, const std::string& prefix) const
 {
-    out.append(prefix).append("CEntryIDMessageDatabaseObject\r\n");
-    out.append(prefix).append("  DLLFileName: ").append(m_dllFileName.GetString()).append("\r\n");
-    out.append(prefix).append("  bIsExchange: ").append(YesNo(m_isExchange)).append("\r\n");
-    out.append(prefix).append("  WrappedProviderUID = ");
-    AppendHex(out, m_wrappedProviderUID, sizeof m_wrappedProviderUID);
-    out.append("\r\n").append(prefix).append("  ServerShortname = ").append(m_serverShortname.GetString());
-    out.append("\r\n").append(prefix).append("  MailboxDN = ").append(m_mailboxDN.GetString()).append("\r\n");
+    out.Line(prefix, "CEntryIDMessageDatabaseObject");
+    TextLine(out, prefix, "  DLLFileName: ", m_dllFileName);
+    out.Line(prefix, "  bIsExchange: ", YesNo(m_isExchange));
+    out.LineOfHex(prefix, "  WrappedProviderUID = ", m_wrappedProviderUID, sizeof m_wrappedProviderUID);
+    TextLine(out, prefix, "  ServerShortname = ", m_serverShortname);
+    TextLine(out, prefix, "  MailboxDN = ", m_mailboxDN);
 }
 
 template <>
@@ -201,12 +181,12 @@ void CEntryIDOneOffInfo<CStringW>::Parse(CBinaryParser& parser)
 }
 
 template <class Text>
-void CEntryIDOneOffInfo<Text>::Dump(std::string& out, const std::string& prefix) const
+void CEntryIDOneOffInfo<Text>::Dump(CDumpText& out, const std::string& prefix) const
 {
-    out.append(prefix).append("CEntryIDOneOffInfo\r\n");
-    out.append(prefix).append("DisplayName: ").append(Narrow(m_displayName).GetString()).append("\r\n");
-    out.append(prefix).append("AddressType: ").append(Narrow(m_addressType).GetString()).append("\r\n");
-    out.append(prefix).append("EmailAddress=").append(Narrow(m_emailAddress).GetString()).append("\r\n");
+    out.Line(prefix, "CEntryIDOneOffInfo");
+    TextLine(out, prefix, "DisplayName: ", m_displayName);
+    TextLine(out, prefix, "AddressType: ", m_addressType);
+    TextLine(out, prefix, "EmailAddress=", m_emailAddress);
 }
 
 void CEntryIDOneOffRecipientObject::Parse(CBinaryParser& parser)
@@ -227,10 +207,10 @@ std::unique_ptr<CEntryIDProviderData> CEntryIDOneOffRecipientObject::Clone() con
     return std::make_unique<CEntryIDOneOffRecipientObject>(*this);
 }
 
-void CEntryIDOneOffRecipientObject::Dump(std::string& out, const std::string& prefix) const
+void CEntryIDOneOffRecipientObject::Dump(CDumpText& out, const std::string& prefix) const
 {
-    out.append(prefix).append("CEntryIDOneOffRecipientObject\r\n");
-    out.append(prefix).append("  Unicode: ").append(YesNo(IsUnicode())).append("\r\n");
+    out.Line(prefix, "CEntryIDOneOffRecipientObject");
+    out.Line(prefix, "  Unicode: ", YesNo(IsUnicode()));
     if (IsUnicode())
     {
         m_wide.Dump(out, prefix + "  ");
@@ -248,9 +228,10 @@ std::unique_ptr<CEntryIDProviderData> CEntryIDAddressBookObject::Clone() const
     return std::make_unique<CEntryIDAddressBookObject>(*this);
 }
 
-void CEntryIDAddressBookObject::Dump(std::string& out, const std::string& prefix) const
+void CEntryIDAddressBookObject::Dump(CDumpText& out, const std::string& prefix) const
 {
-    out.append(prefix).append("CEntryIDAddressBookObject\r\n").append(prefix).append("  TODO...\r\n");
+    out.Line(prefix, "CEntryIDAddressBookObject");
+    out.Line(prefix, "  TODO...");
 }
 
 CEntryIDContactAddressBookObject::CEntryIDContactAddressBookObject() = default;
@@ -281,9 +262,7 @@ void CEntryIDContactAddressBookObject::Parse(CBinaryParser& parser)
     const std::uint64_t rest = parser.Remaining();
     if (rest != 0)
     {
-        const CZebBinary wrapped(static_cast<ULONG>(rest),
-                                 const_cast<void*>(static_cast<const void*>(parser.Current())));
-        m_wrapped = std::make_unique<CEntryIDInfo>(wrapped, true);
+        m_wrapped = std::make_unique<CEntryIDInfo>(static_cast<ULONG>(rest), parser.Current());
         parser.Advance(rest - m_wrapped->Unread());
     }
 }
@@ -293,18 +272,18 @@ std::unique_ptr<CEntryIDProviderData> CEntryIDContactAddressBookObject::Clone() 
     return std::make_unique<CEntryIDContactAddressBookObject>(*this);
 }
 
-void CEntryIDContactAddressBookObject::Dump(std::string& out, const std::string& prefix) const
+void CEntryIDContactAddressBookObject::Dump(CDumpText& out, const std::string& prefix) const
 {
-    out.append(prefix).append("CEntryIDContactAddressBookObject\r\n");
-    out.append(prefix).append("  Version: ");
-    AppendNumber(out, m_version);
-    out.append("\r\n").append(prefix).append("  Type: ").append(ContactTypeName(m_type)).append(" (");
-    AppendNumber(out, m_type);
-    out.append(")\r\n").append(prefix).append("  Index: ");
-    AppendNumber(out, m_index);
-    out.append("\r\n").append(prefix).append("  EntryIDCount: ");
-    AppendNumber(out, m_entryIDCount);
-    out.append("\r\n").append(prefix).append("  Object:\r\n");
+    out.Line(prefix, "CEntryIDContactAddressBookObject");
+    out.LineOfNumber(prefix, "  Version: ", m_version);
+    out.Begin(prefix, "  Type: ");
+    out.Append(ContactTypeName(m_type));
+    out.Append(" (");
+    out.AppendNumber(m_type);
+    out.Append(")\r\n");
+    out.LineOfNumber(prefix, "  Index: ", m_index);
+    out.LineOfNumber(prefix, "  EntryIDCount: ", m_entryIDCount);
+    out.Line(prefix, "  Object:");
     DumpOrNull(m_wrapped.get(), out, prefix + "  ");
 }
 

@@ -3,6 +3,7 @@
 
 #include "zebapi/Binary.h"
 #include "zebapi/BinaryParser.h"
+#include "zebapi/DumpText.h"
 
 #include <memory>
 #include <string>
@@ -26,7 +27,7 @@ public:
     virtual ~CEntryIDProviderData() = default;
     virtual void Parse(CBinaryParser& parser) = 0;
     virtual std::unique_ptr<CEntryIDProviderData> Clone() const = 0;
-    virtual void Dump(std::string& out, const std::string& prefix) const = 0;
+    virtual void Dump(CDumpText& out, const std::string& prefix) const = 0;
 
 protected:
     CEntryIDProviderData() = default;
@@ -41,7 +42,7 @@ public:
     virtual ~CEntryIDDataObject() = default;
     virtual void Parse(CBinaryParser& parser) = 0;
     virtual std::unique_ptr<CEntryIDDataObject> Clone() const = 0;
-    virtual void Dump(std::string& out, const std::string& prefix) const = 0;
+    virtual void Dump(CDumpText& out, const std::string& prefix) const = 0;
 
 protected:
     CEntryIDDataObject() = default;
@@ -64,7 +65,7 @@ class CEntryIDFolderObject : public CEntryIDDataObject
 public:
     void Parse(CBinaryParser& parser) override;
     std::unique_ptr<CEntryIDDataObject> Clone() const override;
-    void Dump(std::string& out, const std::string& prefix) const override;
+    void Dump(CDumpText& out, const std::string& prefix) const override;
 
 private:
     CEntryIDLocation m_folder;
@@ -75,7 +76,7 @@ class CEntryIDMessageObject : public CEntryIDDataObject
 public:
     void Parse(CBinaryParser& parser) override;
     std::unique_ptr<CEntryIDDataObject> Clone() const override;
-    void Dump(std::string& out, const std::string& prefix) const override;
+    void Dump(CDumpText& out, const std::string& prefix) const override;
 
 private:
     CEntryIDLocation m_folder;
@@ -93,7 +94,7 @@ public:
 
     void Parse(CBinaryParser& parser) override;
     std::unique_ptr<CEntryIDProviderData> Clone() const override;
-    void Dump(std::string& out, const std::string& prefix) const override;
+    void Dump(CDumpText& out, const std::string& prefix) const override;
 
 private:
     std::uint16_t m_objectType = 0;
@@ -106,7 +107,7 @@ class CEntryIDMessageDatabaseObject : public CEntryIDProviderData
 public:
     void Parse(CBinaryParser& parser) override;
     std::unique_ptr<CEntryIDProviderData> Clone() const override;
-    void Dump(std::string& out, const std::string& prefix) const override;
+    void Dump(CDumpText& out, const std::string& prefix) const override;
 
 private:
     std::uint8_t m_version = 0;
@@ -127,7 +128,7 @@ class CEntryIDOneOffInfo
 public:
     void Parse(CBinaryParser& parser);
     /// Wide texts are narrowed.
-    void Dump(std::string& out, const std::string& prefix) const;
+    void Dump(CDumpText& out, const std::string& prefix) const;
 
 private:
     Text m_displayName;
@@ -141,7 +142,7 @@ class CEntryIDOneOffRecipientObject : public CEntryIDProviderData
 public:
     void Parse(CBinaryParser& parser) override;
     std::unique_ptr<CEntryIDProviderData> Clone() const override;
-    void Dump(std::string& out, const std::string& prefix) const override;
+    void Dump(CDumpText& out, const std::string& prefix) const override;
 
 private:
     bool IsUnicode() const { return (m_flags & MAPI_UNICODE) != 0; }
@@ -157,7 +158,7 @@ class CEntryIDAddressBookObject : public CEntryIDProviderData
 public:
     void Parse(CBinaryParser& parser) override;
     std::unique_ptr<CEntryIDProviderData> Clone() const override;
-    void Dump(std::string& out, const std::string& prefix) const override;
+    void Dump(CDumpText& out, const std::string& prefix) const override;
 };
 
 /// An entry of the contact address book: it wraps the identifier of a contacts folder or of a message in one.
@@ -171,7 +172,7 @@ public:
 
     void Parse(CBinaryParser& parser) override;
     std::unique_ptr<CEntryIDProviderData> Clone() const override;
-    void Dump(std::string& out, const std::string& prefix) const override;
+    void Dump(CDumpText& out, const std::string& prefix) const override;
 
     /// CONTAB_FOLDER, CONTAB_USER, CONTAB_DISTLIST or anything else.
     ULONG Type() const { return m_type; }
@@ -186,11 +187,15 @@ private:
     std::unique_ptr<CEntryIDInfo> m_wrapped;
 };
 
-/// `count` bytes as hexadecimal text.
-void AppendHex(std::string& out, const void* bytes, ULONG count);
+/// How a dump says whether.
+constexpr std::string_view YesNo(bool yes)
+{
+    return yes ? "Yes" : "No";
+}
+
 /// The dump of `object`, or of its absence.
 template <class Object>
-void DumpOrNull(const Object* object, std::string& out, const std::string& prefix)
+void DumpOrNull(const Object* object, CDumpText& out, const std::string& prefix)
 {
     if (object != nullptr)
     {
@@ -198,7 +203,7 @@ void DumpOrNull(const Object* object, std::string& out, const std::string& prefi
     }
     else
     {
-        out.append(prefix).append("<NULL>");
+        out.Begin(prefix, "<NULL>");
     }
 }
 

@@ -1,6 +1,7 @@
 // The look-ups in the tables of named constants.
 #include "zebapi/TAGS.h"
 
+#include "zebapi/HexText.h"
 #include "zebapi/tables/NameTables.h"
 
 #include <cstdio>
@@ -9,30 +10,33 @@
 namespace
 {
 
-/// Plain ASCII: the letters of the tables' names equal their other case, whatever the locale.
-bool SameTableName(const char* ours, const char* asked)
+/// Plain ASCII, whatever the locale: `key` is of lower-case letters and ends where no character looks like it.
+bool SameTableName(const char* key, const char* asked)
 {
-    for (; *ours != 0; ++ours, ++asked)
+    size_t i = 0;
+    while (zeb::LowerLetter(asked[i]) == key[i])
     {
-        // Only a letter becomes that letter by this.
-        if ((*asked | 0x20) != (*ours | 0x20))
-        {
-            return false;
-        }
+        ++i;
     }
-    return *asked == 0;
+    return key[i] == 0 && asked[i] == 0;
 }
 
 const zeb::IndexedNameTable* FindTable(const char* name)
 {
-    if (name != nullptr)
+    if (name == nullptr)
     {
-        for (const zeb::IndexedNameTable& indexed : zeb::nameTables)
+        return nullptr;
+    }
+    const unsigned letter = static_cast<unsigned char>(zeb::LowerLetter(*name)) - unsigned{'a'};
+    if (letter >= zeb::firstTableOfLetter.size())
+    {
+        return nullptr;
+    }
+    for (size_t i = zeb::firstTableOfLetter[letter]; i < zeb::nameTableCount; ++i)
+    {
+        if (SameTableName(zeb::nameTables[i].key, name))
         {
-            if (SameTableName(indexed.table.name, name))
-            {
-                return &indexed;
-            }
+            return &zeb::nameTables[i];
         }
     }
     return nullptr;
@@ -54,18 +58,6 @@ const ZebNamedValue* FindRow(const zeb::IndexedNameTable& indexed, const std::ui
     return nullptr;
 }
 
-/// "0x%08X"
-void WriteHex(char* buffer, ULONG value)
-{
-    *buffer++ = '0';
-    *buffer++ = 'x';
-    for (int shift = 28; shift >= 0; shift -= 4)
-    {
-        *buffer++ = "0123456789ABCDEF"[(value >> shift) & 0xF];
-    }
-    *buffer = 0;
-}
-
 } // namespace
 
 const char* Zeb_NameFromValue(const char* table, ULONG value, char* buffer)
@@ -81,7 +73,7 @@ const char* Zeb_NameFromValue(const char* table, ULONG value, char* buffer)
     }
     if (buffer != nullptr)
     {
-        WriteHex(buffer, value);
+        *zeb::WriteNumber(buffer, value) = 0;
     }
     return nullptr;
 }

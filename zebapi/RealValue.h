@@ -29,9 +29,17 @@ inline bool HasRealValue(ULONG tag, const SPropValue& value)
 /// none.
 inline int FindPropID(const SPropValue* values, ULONG count, ULONG tag)
 {
-    for (ULONG i = 0; i < count; ++i)
+    const ULONG id = PROP_ID(tag);
+    const auto has = [=](ULONG i) { return PROP_ID(values[i].ulPropTag) == id; };
+    ULONG i = 0;
+    // Four at a time: arrays are built by one such search, or two, for each of their values.
+    while (count - i >= 4 && !has(i) && !has(i + 1) && !has(i + 2) && !has(i + 3))
     {
-        if (((values[i].ulPropTag ^ tag) >> 16) == 0)
+        i += 4;
+    }
+    for (; i < count; ++i)
+    {
+        if (has(i))
         {
             return static_cast<int>(i);
         }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -102,6 +103,72 @@ TEST(Hex, NullAndEmptyTextHoldNoBytes)
     EXPECT_EQ(String2BinBuffLen(""), 0u);
     EXPECT_EQ(Bytes(nullptr, 4), List{});
     EXPECT_EQ(Bytes("", 4), List{});
+}
+
+/// One byte after the other, as plainly as it can be said.
+List Plainly(const std::string& text)
+{
+    List bytes;
+    for (size_t i = 0; i + 1 < text.size(); i += 2)
+    {
+        if (!std::isxdigit(static_cast<unsigned char>(text[i])) ||
+            !std::isxdigit(static_cast<unsigned char>(text[i + 1])))
+        {
+            break;
+        }
+        bytes.push_back(static_cast<unsigned char>(std::stoi(text.substr(i, 2), nullptr, 16)));
+    }
+    return bytes;
+}
+
+/// Digits of both cases in an order without a period of two.
+std::string Digits(size_t length)
+{
+    std::string text;
+    for (size_t i = 0; i < length; ++i)
+    {
+        text += "0123456789abcdefABCDEF"[i * 7 % 22];
+    }
+    return text;
+}
+
+TEST(Hex, TextOfEveryLengthRoundTrips)
+{
+    for (size_t length = 0; length <= 200; ++length)
+    {
+        const std::string text = Digits(length);
+        const List bytes = Bytes(text.c_str(), 200);
+        EXPECT_EQ(bytes, Plainly(text)) << length;
+        EXPECT_EQ(String2BinBuffLen(text.c_str()), length / 2);
+        CStringA back;
+        Bin2String(back, bytes.data(), static_cast<ULONG>(bytes.size()), 0);
+        CStringA upper(text.c_str(), static_cast<int>(length / 2 * 2));
+        EXPECT_EQ(back, upper.MakeUpper()) << length;
+    }
+}
+
+TEST(Hex, AForeignCharacterAnywhereEndsTheText)
+{
+    for (size_t at = 0; at < 100; ++at)
+    {
+        for (const char foreign : {'/', ':', '@', 'G', '`', 'g', ' ', '\x7F', '\x80', '\xB1', '\xFF'})
+        {
+            std::string text = Digits(100);
+            text[at] = foreign;
+            EXPECT_EQ(String2BinBuffLen(text.c_str()), at / 2) << at;
+            EXPECT_EQ(Bytes(text.c_str(), 60), Plainly(text)) << at << " " << foreign;
+        }
+    }
+}
+
+TEST(Hex, NothingIsWrittenBehindABufferOfAnySize)
+{
+    const std::string text = Digits(120);
+    const List all = Plainly(text);
+    for (ULONG size = 0; size <= 60; ++size)
+    {
+        EXPECT_EQ(Bytes(text.c_str(), size), List(all.begin(), all.begin() + size)) << size;
+    }
 }
 
 TEST(Hex, TheCountIsWhatIsWritten)

@@ -1,7 +1,5 @@
 #include "zebapi/tables/NameTables.h"
 
-#include <array>
-
 // Simple MAPI's session handle, which its header wants declared.
 typedef ULONG_PTR LHANDLE, *LPLHANDLE;
 #include <mapi.h>
@@ -236,11 +234,11 @@ constexpr ZebNamedValue attachMethods[] = {
 };
 // clang-format on
 
-/// A power of two that leaves at least half of the slots free.
+/// A power of two that leaves at least three quarters of the slots free: most look-ups then end at the first.
 constexpr size_t SlotCount(size_t rows)
 {
     size_t slots = 4;
-    while (slots < 2 * rows)
+    while (slots < 4 * rows)
     {
         slots *= 2;
     }
@@ -300,12 +298,16 @@ template <const auto& Rows, size_t Count>
 constexpr IndexedNameTable Table(const char* name)
 {
     static_assert(sizeof(Rows) / sizeof(ZebNamedValue) == Count, "rows of the table");
-    return {{name, Count, Rows}, slotsOf<Rows> - 1, byValue<Rows>.data(), byName<Rows>.data()};
+    IndexedNameTable indexed = {
+        {name, Count, Rows}, slotsOf<Rows> - 1, byValue<Rows>.data(), byName<Rows>.data(), {}};
+    for (size_t i = 0; name[i] != 0; ++i)
+    {
+        indexed.key[i] = LowerLetter(name[i]);
+    }
+    return indexed;
 }
 
-} // namespace
-
-const IndexedNameTable nameTables[nameTableCount] = {
+constexpr std::array<IndexedNameTable, nameTableCount> tables = {{
     Table<mapiErrors, 98>("MAPIErrors"),
     Table<cmcErrors, 39>("CMCErrors"),
     Table<propTags, 338>("PropTags"),
@@ -328,6 +330,25 @@ const IndexedNameTable nameTables[nameTableCount] = {
     Table<resourceTypes, 8>("ResourceType"),
     Table<priorities, 3>("Priority"),
     Table<attachMethods, 7>("AttachMethod"),
-};
+}};
+
+constexpr std::array<std::uint8_t, 26> FirstTables()
+{
+    std::array<std::uint8_t, 26> first = {};
+    for (std::uint8_t& table : first)
+    {
+        table = nameTableCount;
+    }
+    for (size_t i = nameTableCount; i-- > 0;)
+    {
+        first[static_cast<size_t>(tables[i].key[0] - 'a')] = static_cast<std::uint8_t>(i);
+    }
+    return first;
+}
+
+} // namespace
+
+const std::array<IndexedNameTable, nameTableCount> nameTables = tables;
+const std::array<std::uint8_t, 26> firstTableOfLetter = FirstTables();
 
 } // namespace zeb

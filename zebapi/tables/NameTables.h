@@ -3,6 +3,7 @@
 
 #include "zebapi/TAGS.h"
 
+#include <array>
 #include <cstdint>
 
 namespace zeb
@@ -17,15 +18,26 @@ struct IndexedNameTable
     ULONG slotMask; ///< the number of slots, a power of two, less one
     const std::uint16_t* rowsByValue;
     const std::uint16_t* rowsByName;
+    char key[16]; ///< the table's name in lower case
 };
 
 /// The 22 tables, in their order.
 constexpr ULONG nameTableCount = 22;
-extern const IndexedNameTable nameTables[nameTableCount];
+extern const std::array<IndexedNameTable, nameTableCount> nameTables;
 
+/// For every letter, the first table whose name begins with it; nameTableCount when none does.
+extern const std::array<std::uint8_t, 26> firstTableOfLetter;
+
+/// Makes an upper-case letter lower case; nothing else becomes a letter by this.
+constexpr char LowerLetter(char character)
+{
+    return static_cast<char>(character | 0x20);
+}
+
+/// The upper bits of the product, which depend on every bit of the value.
 constexpr ULONG HashOfValue(ULONG value)
 {
-    return (value * 0x9E3779B1u) >> 16;
+    return (value * 0x9E3779B1u) >> 20;
 }
 
 constexpr ULONG HashOfName(const char* name)

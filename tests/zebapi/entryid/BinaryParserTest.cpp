@@ -143,6 +143,35 @@ TEST(BinaryParser, WideTextMayStandAtAnOddAddressAndBeCutMidCharacter)
     EXPECT_EQ(parser.Offset(), 6u);
 }
 
+TEST(BinaryParser, TextInMoreThanAnIntegerCanCountIsNotMeasured)
+{
+    // What is said to follow is never looked at.
+    const Bytes bytes = {'a', 'b', 0, 0, 0, 0};
+    CBinaryParser most(0x7FFFFFFF, bytes.Start());
+    EXPECT_EQ(most.ReadStringA(), "ab");
+    CBinaryParser tooMany(0x80000000, bytes.Start());
+    EXPECT_EQ(tooMany.ReadStringA(), "");
+    EXPECT_EQ(tooMany.Offset(), 0u);
+    CBinaryParser mostWide(0xFFFFFFFF, bytes.Start());
+    EXPECT_EQ(mostWide.ReadStringW().GetLength(), 1);
+    CBinaryParser tooManyWide(0x100000000, bytes.Start());
+    EXPECT_EQ(tooManyWide.ReadStringW().GetLength(), 0);
+    EXPECT_EQ(tooManyWide.Offset(), 0u);
+}
+
+TEST(BinaryParser, LongTextIsReadWhole)
+{
+    for (const size_t length : {62, 63, 64, 65, 1000})
+    {
+        const std::string text(length, 'x');
+        CBinaryParser parser(length + 1, text.c_str());
+        EXPECT_EQ(parser.ReadStringA(), text.c_str());
+        const std::basic_string<WCHAR> wide(length, 'y');
+        CBinaryParser wideParser((length + 1) * 2, wide.c_str());
+        EXPECT_EQ(wideParser.ReadStringW(), wide.c_str());
+    }
+}
+
 TEST(BinaryParser, CountedTextEndsAtTheFirstTerminatorAndConsumesAll)
 {
     const Bytes bytes = {'a', 'b', 0, 'c', 'd'};

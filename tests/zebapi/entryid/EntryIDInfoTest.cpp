@@ -243,6 +243,80 @@ TEST_F(EntryIDInfo, ContactFolderHasEightBytesMoreInFront)
     EXPECT_NE(Dump(hex).find("CEntryIDFolderObject"), std::string::npos);
 }
 
+TEST_F(EntryIDInfo, ContactFolderCutInItsGapWrapsNothing)
+{
+    const std::string numbers = "00000000" + contactUID + "03000000" + "03000000" + "00000000" + "2E000000";
+    for (int rest = 0; rest <= 8; ++rest)
+    {
+        const CEntryIDInfo info = Info(numbers + Filled("EE", rest));
+        EXPECT_EQ(info.Contact()->Type(), CONTAB_FOLDER);
+        EXPECT_EQ(info.Contact()->Wrapped(), nullptr) << rest;
+        EXPECT_EQ(info.Unread(), 0u) << rest;
+    }
+    EXPECT_NE(Info(numbers + Filled("EE", 9)).Contact()->Wrapped(), nullptr);
+}
+
+TEST_F(EntryIDInfo, WrappedIdentifierIsAMessagesWhateverItsProvider)
+{
+    const std::string wrapped = "80000000" + oneOffUID + "0200" + Filled("A1", 24);
+    const CEntryIDInfo info =
+        Info("00000000" + contactUID + "03000000" + "05000000" + "01000000" + "2E000000" + wrapped);
+    const std::string dump(info.WrappedDump());
+    EXPECT_EQ(dump.find(Head(wrapped, "eidtMessage", oneOffUID, "Yes") + "  CEntryIDData\r\n"), 0u) << dump;
+    EXPECT_NE(dump.find("CEntryIDFolderObject"), std::string::npos);
+}
+
+TEST_F(EntryIDInfo, HeaderIsReadByteForByteAsFarAsItGoes)
+{
+    EXPECT_EQ(Dump("80"), Head("80", "eidtShortTerm", zeroUID, "Yes") + "  <NULL>");
+    EXPECT_EQ(Dump("0080"), Head("0080", "eidtUnknown", zeroUID, "No", "Yes") + "  <NULL>");
+    // A provider UID that is cut is none, and its bytes are left.
+    const std::string cut = "8000000081" + Filled("2B", 14);
+    EXPECT_EQ(Dump(cut), Head(cut, "eidtShortTerm", zeroUID, "Yes") + "  <NULL>");
+    EXPECT_EQ(Info(cut).Unread(), 15u);
+    EXPECT_EQ(Info("8000000081" + Filled("2B", 15)).Unread(), 0u);
+}
+
+TEST_F(EntryIDInfo, FieldsThatDoNotFitAreZeroAndTheNextOnesTakeTheirBytes)
+{
+    // Ten bytes for a GUID: they go to the counter and the padding behind it.
+    const std::string hex = "00000000" + contactUID + "01000000" + "04000000" + "00000000" + "20000000" +
+                            "00000000" + unknownUID + "0200" + Filled("A1", 10);
+    const std::string dump = Dump(hex);
+    EXPECT_NE(dump.find("DatabaseGUID: " + zeroUID), std::string::npos) << dump;
+    EXPECT_EQ(Info(hex).Unread(), 2u);
+}
+
+TEST_F(EntryIDInfo, HexadecimalTextIsReadAsFarAsItIs)
+{
+    const std::string good = "00000000" + unknownUID + "0200" + Filled("A1", 16);
+    EXPECT_EQ(Dump(good + "F"), Dump(good)) << "an odd digit is none";
+    EXPECT_EQ(Dump(good + "-" + good), Dump(good));
+    EXPECT_EQ(Dump("no identifier"), Head("", "eidtUnknown", zeroUID) + "  <NULL>");
+    EXPECT_EQ(Dump("F"), Dump("no identifier"));
+    const std::string megabyte = Filled("5A", 1 << 19);
+    EXPECT_EQ(Dump(megabyte), Head(megabyte, "eidtUnknown", Filled("5A", 16)) + "  <NULL>");
+}
+
+TEST_F(EntryIDInfo, TextsOfAMegabyteAreShownWhole)
+{
+    const std::string name(1 << 20, '%');
+    const std::string hex =
+        "00000000" + oneOffUID + "00000000" + Text(name) + Text("SMTP") + Text("a@example.org");
+    EXPECT_NE(Dump(hex).find("DisplayName: " + name + "\r\n    AddressType: SMTP\r\n"), std::string::npos);
+}
+
+TEST_F(EntryIDInfo, TextThatAStringCanNotHoldIsRefused)
+{
+    CDumpText text(0);
+    text.Append("kept");
+    const BYTE byte = 0;
+    EXPECT_EQ(ThrownBy([&] { text.AppendHex(&byte, 0x40000000); }), MAPI_E_NOT_ENOUGH_MEMORY);
+    text.AppendNumber(0xAB);
+    EXPECT_EQ(text.Take(), "kept0x000000AB");
+    EXPECT_EQ(text.Take(), "");
+}
+
 TEST_F(EntryIDInfo, OtherContactTypesAreNamed)
 {
     const auto typeLine = [](const char* type)

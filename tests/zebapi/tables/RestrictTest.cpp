@@ -246,6 +246,27 @@ TEST_F(Restriction, ViewsCopyWhatTheyLookAt)
     EXPECT_EQ(static_cast<SRestriction*>(child), Root());
 }
 
+TEST_F(Restriction, EveryKindNestsTenThousandDeepAndGoesWithItsOwner)
+{
+    CZebRestriction node(owner);
+    for (int depth = 0; depth < 10000; ++depth)
+    {
+        if (depth % 3 == 0)
+        {
+            node = node.CreateNot();
+            continue;
+        }
+        depth % 3 == 1 ? node.CreateAnd(2) : node.CreateOr(2);
+        node[0].CreateProp(PR_MESSAGE_SIZE, RELOP_GE) = static_cast<LONG>(depth);
+        CZebRestriction copy(node[1]);
+        node = copy;
+    }
+    node.CreateContentA(PR_SUBJECT_A, "bottom", FL_FULLSTRING);
+    EXPECT_STREQ(static_cast<SRestriction*>(node)->res.resContent.lpProp->Value.lpszA, "bottom");
+    owner.Free();
+    EXPECT_EQ(memory.LiveRoots(), 0u);
+}
+
 TEST_F(Restriction, NestsAsDeepAsAHostLikes)
 {
     CZebRestriction node(owner);

@@ -1,3 +1,4 @@
+#include "framework/CString.h"
 #include "zebapi/TAGS.h"
 
 #include "tests/zebapi/values/HeaderConstants.h"
@@ -69,26 +70,64 @@ TEST(Names, TableNamesCompareWithoutCase)
     EXPECT_EQ(Zeb_TableCount("PROPTAGS"), 338u);
     // Same but for bit 5, and no letter.
     EXPECT_EQ(Zeb_TableCount("\x02mr"), 0u);
+    EXPECT_EQ(Zeb_TableCount("B\rr"), 0u);
+    for (const TableSize& table : tables)
+    {
+        CStringA name(table.name);
+        EXPECT_EQ(Zeb_TableCount(name.MakeUpper()), table.count) << table.name;
+        EXPECT_EQ(Zeb_TableCount(name.MakeLower()), table.count) << table.name;
+        EXPECT_EQ(Zeb_TableCount(name.Left(name.GetLength() - 1)), 0u) << table.name;
+        EXPECT_EQ(Zeb_TableCount(name + " "), 0u) << table.name;
+    }
 }
 
-TEST(Names, EveryValueIsTheHeadersOwn)
+TEST(Names, NoCharacterButALetterBeginsATable)
 {
-    for (const char* table :
-         {"MAPIErrors", "CMCErrors", "PropTags", "FolderType", "TableStatus", "TableType", "SortOrder",
-          "RestrictionType", "FuzzyLevel", "MAPIObjTypes", "NotifEvents", "TableEvents", "MsgFlags",
-          "RecipType", "EIDFlags", "ResourceType", "Priority", "AttachMethod"})
+    for (int character = 1; character < 256; ++character)
     {
-        for (ULONG i = 0; i < Zeb_TableCount(table); ++i)
+        const char name[] = {static_cast<char>(character), 0};
+        EXPECT_EQ(Zeb_TableCount(name), 0u) << character;
+        EXPECT_EQ(Zeb_TableCount(CStringA(name) + "mr"), character == 'B' || character == 'b' ? 2u : 0u);
+    }
+}
+
+/// The macro whose value a row has.
+std::string MacroOf(const std::string& table, const std::string& name)
+{
+    static const std::map<std::string, std::string> symbols = {
+        {"<", "RELOP_LT"},
+        {"<=", "RELOP_LE"},
+        {">", "RELOP_GT"},
+        {">=", "RELOP_GE"},
+        {"==", "RELOP_EQ"},
+        {"!=", "RELOP_NE"},
+        {"LIKE", "RELOP_RE"},
+        {"==0", "BMR_EQZ"},
+        {"!=0", "BMR_NEZ"},
+        {"PR_REMOTE_PROGRESS'", "PR_REMOTE_PROGRESS"},
+        // Of two widths like the text properties, but without macros of their own for them.
+        {"PT_MV_TSTRING", "PT_MV_STRING8"}};
+    const auto symbol = symbols.find(name);
+    const bool plain = symbol == symbols.end() || table == "PropTags";
+    return plain ? name : symbol->second;
+}
+
+TEST(Names, EveryValueOfEveryTableIsTheHeadersOwn)
+{
+    size_t compared = 0;
+    for (const TableSize& table : tables)
+    {
+        for (ULONG i = 0; i < table.count; ++i)
         {
-            const std::string name = NameAt(table, i);
-            EXPECT_EQ(Zeb_ValueAt(table, i), HeaderValue(name)) << name;
+            const std::string name = NameAt(table.name, i);
+            const ULONG value = HeaderValue(MacroOf(table.name, name));
+            EXPECT_EQ(Zeb_ValueAt(table.name, i),
+                      table.name == std::string("PropIDs") ? PROP_ID(value) : value)
+                << table.name << " " << name;
+            ++compared;
         }
     }
-    for (ULONG i = 0; i + 1 < Zeb_TableCount("PropType"); ++i)
-    {
-        const std::string name = NameAt("PropType", i);
-        EXPECT_EQ(Zeb_ValueAt("PropType", i), HeaderValue(name)) << name;
-    }
+    EXPECT_EQ(compared, 953u);
 }
 
 TEST(Names, TextTagsAreTheNarrowOnes)

@@ -111,6 +111,30 @@ TEST_F(PropValArray, FindsByIdentifierAndKeepsTheStoredTag)
     EXPECT_TRUE(array.IsExists(PR_SUBJECT_W));
 }
 
+TEST_F(PropValArray, FindsTheFirstEntryOfAnIdentifierAtEveryPlace)
+{
+    for (ULONG count = 1; count <= 10; ++count)
+    {
+        OpenArray array;
+        Receive(array, count);
+        EXPECT_EQ(array.FindTag(PROP_TAG(PT_LONG, 0x6000 + count)), -1);
+        EXPECT_EQ(array.FindTag(0), -1);
+        for (ULONG i = 0; i < count; ++i)
+        {
+            EXPECT_EQ(array.FindTag(PROP_TAG(PT_STRING8, 0x6000 + i)), static_cast<int>(i)) << count;
+        }
+        SPropValue* values = array;
+        for (ULONG i = 0; i < count; ++i)
+        {
+            values[i].ulPropTag = PROP_TAG(PT_LONG + i, 0x6000 + i / 3);
+        }
+        for (ULONG i = 0; i < count; i += 3)
+        {
+            EXPECT_EQ(array.FindTag(PROP_TAG(PT_NULL, 0x6000 + i / 3)), static_cast<int>(i)) << count;
+        }
+    }
+}
+
 TEST_F(PropValArray, ReceivedArrayTakesNoNewTags)
 {
     CZebPropValArray array(2);

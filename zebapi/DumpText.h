@@ -1,0 +1,94 @@
+// Internal: the text of a diagnostic dump while it grows.
+#pragma once
+
+#include "framework/CString.h"
+#include "platform/mapi.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+namespace zeb
+{
+
+/// Text that grows at its end, in one block of memory. Texts are data: nothing in them is interpreted.
+///
+/// What would not fit a string is refused: every operation that appends throws MAPI_E_NOT_ENOUGH_MEMORY
+/// (CZebException*) instead. Threads: none of its own.
+class CDumpText
+{
+public:
+    /// Makes room for `expected` characters at once.
+    explicit CDumpText(size_t expected);
+
+    void Append(std::string_view text);
+    /// Bytes as upper-case hexadecimal text.
+    void AppendHex(const void* bytes, ULONG count);
+    /// "0x%08X"
+    void AppendNumber(ULONG number);
+    /// The beginning of a line: the prefix and a label, which is a literal.
+    template <size_t Size>
+    void Begin(std::string_view prefix, const char (&label)[Size])
+    {
+        PutLabel(Put(Room(prefix.size() + Size - 1), prefix), label);
+    }
+    /// A line: the prefix, a label, a text and "\r\n".
+    template <size_t Size>
+    void Line(std::string_view prefix, const char (&label)[Size], std::string_view text = {})
+    {
+        char* place = Room(prefix.size() + Size - 1 + text.size() + lineEndSize);
+        PutLineEnd(Put(PutLabel(Put(place, prefix), label), text));
+    }
+    template <size_t Size>
+    void LineOfHex(std::string_view prefix, const char (&label)[Size], const void* bytes, ULONG count)
+    {
+        Begin(prefix, label);
+        AppendHex(bytes, count);
+        PutLineEnd(Room(lineEndSize));
+    }
+    template <size_t Size>
+    void LineOfNumber(std::string_view prefix, const char (&label)[Size], ULONG number)
+    {
+        Begin(prefix, label);
+        AppendNumber(number);
+        PutLineEnd(Room(lineEndSize));
+    }
+
+    /// Hands the text over; nothing is left.
+    CStringA Take();
+
+private:
+    static constexpr size_t lineEndSize = 2;
+
+    static char* Put(char* place, std::string_view text)
+    {
+        return std::copy(text.begin(), text.end(), place);
+    }
+    template <size_t Size>
+    static char* PutLabel(char* place, const char (&label)[Size])
+    {
+        return std::copy(label, label + Size - 1, place);
+    }
+    static void PutLineEnd(char* place)
+    {
+        place[0] = '\r';
+        place[1] = '\n';
+    }
+    /// The place of `count` further characters, which the caller writes.
+    char* Room(size_t count)
+    {
+        if (count > m_text.size() - m_length)
+        {
+            Grow(count);
+        }
+        char* place = m_text.data() + m_length;
+        m_length += count;
+        return place;
+    }
+    void Grow(size_t count);
+
+    std::string m_text; ///< longer than what is written
+    size_t m_length = 0;
+};
+
+} // namespace zeb
