@@ -74,7 +74,7 @@ class DoctorOnProfiles(World):
         self.assertEqual(found["profilesElsewhere"],
                          [{"keeper": "Outlook 16.0", "key": f"{self.OFFICE}\\16.0\\Outlook\\Profiles",
                            "profiles": ["Home", "Work"]}])
-        self.assertIn(f"Outlook 16.0 keeps 2 profiles in {self.OFFICE}\\16.0\\Outlook\\Profiles, where the library does "
+        self.assertIn(f"Outlook 16.0 keeps its profiles in {self.OFFICE}\\16.0\\Outlook\\Profiles, where the library does "
                       "not look: Home, Work\n", self.zeb("doctor").out)
 
     def test_says_that_the_older_place_is_not_looked_at_where_outlook_15_is(self):
@@ -86,8 +86,26 @@ class DoctorOnProfiles(World):
         self.assertEqual(found["profilesKey"], f"{self.OFFICE}\\15.0\\Outlook\\Profiles")
         self.assertEqual(found["profilesElsewhere"], [{"keeper": "Windows' messaging subsystem", "key": self.SUBSYSTEM,
                                                        "profiles": ["mine"]}])
-        self.assertIn(f"Windows' messaging subsystem keeps 1 profile in {self.SUBSYSTEM}, where the library does not "
+        self.assertIn(f"Windows' messaging subsystem keeps its profiles in {self.SUBSYSTEM}, where the library does not "
                       "look: mine\n", self.zeb("doctor").out)
+
+    def test_names_the_key_of_the_installed_outlook_though_it_is_empty(self):
+        self.set_current(16)
+        self.assertEqual(self.doctor()["profilesElsewhere"],
+                         [{"keeper": "Outlook 16.0", "key": f"{self.OFFICE}\\16.0\\Outlook\\Profiles", "profiles": []}])
+        self.assertIn("where the library does not look; there are none yet\n", self.zeb("doctor").out)
+
+    def test_names_no_place_for_an_outlook_whose_profiles_are_looked_for(self):
+        for version in ("14", "15", "", "9" * 30):
+            with self.subTest(version=version):
+                self.set_current(version)
+                self.assertEqual(self.doctor()["profilesElsewhere"], [])
+
+    def test_says_where_a_version_that_only_looks_like_15_keeps_its_profiles(self):
+        self.set_current(150)
+        found = self.doctor()
+        self.assertEqual(found["profilesKey"], f"{self.OFFICE}\\15.0\\Outlook\\Profiles")
+        self.assertEqual([place["keeper"] for place in found["profilesElsewhere"]], ["Outlook 150.0"])
 
     def test_names_every_version_that_has_profiles_and_no_other(self):
         self.set_current(14)

@@ -67,11 +67,10 @@ void PrintProfiles(const ProfileNames& profiles)
     {
         std::string names;
         for (const std::string& name : place.profiles)
-            names += (names.empty() ? "" : ", ") + name;
-        PrintField("not seen", place.keeper + " keeps " + std::to_string(place.profiles.size()) +
-                                   (place.profiles.size() == 1 ? " profile" : " profiles") +
-                                   " in HKEY_CURRENT_USER\\" + place.key +
-                                   ", where the library does not look: " + names);
+            names += (names.empty() ? ": " : ", ") + name;
+        PrintField("not seen", place.keeper + " keeps its profiles in HKEY_CURRENT_USER\\" + place.key +
+                                   ", where the library does not look" +
+                                   (names.empty() ? "; there are none yet" : names));
     }
     Print("\n");
 }

@@ -15,6 +15,7 @@ using platform::RegistryRoot;
 constexpr char OfficeKey[] = "Software\\Microsoft\\Office";
 constexpr char SubsystemKey[] =
     "Software\\Microsoft\\Windows NT\\CurrentVersion\\Windows Messaging Subsystem\\Profiles";
+constexpr int LastWithoutKey = 14;
 
 /// In the ANSI code page, as the registry is read.
 std::vector<std::string> SubKeysOf(const std::string& path)
@@ -31,6 +32,43 @@ std::vector<std::string> SubKeysOf(const std::string& path)
     return names;
 }
 
+/// The number of the Outlook that is installed, as its keys bear it ("16.0"); empty for none, and for those that share
+/// the subsystem's profiles.
+std::string InstalledVersion()
+{
+    const auto key = RegistryKey::Open(RegistryRoot::ClassesRoot, "Outlook.Application\\CurVer");
+    const std::string name = key ? key->StringValue("").value_or("") : "";
+    const std::string number = name.substr(name.find_last_not_of("0123456789") + 1);
+    constexpr size_t Longest = 4;
+    if (number.empty() || number.size() > Longest || std::stoi(number) <= LastWithoutKey)
+        return "";
+    return number + ".0";
+}
+
+class Places
+{
+public:
+    void Add(const std::string& keeper, const std::string& path, bool alsoEmpty)
+    {
+        if (m_looked.CompareNoCase(path.c_str()) == 0)
+            return;
+        ProfilePlace place{Utf8FromNarrow(keeper), Utf8FromNarrow(path), {}};
+        for (const std::string& name : SubKeysOf(path))
+            place.profiles.push_back(Utf8FromNarrow(name));
+        if (alsoEmpty || !place.profiles.empty())
+            m_places.push_back(std::move(place));
+    }
+    void AddOutlook(const std::string& version, bool alsoEmpty)
+    {
+        Add("Outlook " + version, std::string(OfficeKey) + "\\" + version + "\\Outlook\\Profiles", alsoEmpty);
+    }
+    std::vector<ProfilePlace> Take() { return std::move(m_places); }
+
+private:
+    const CStringA m_looked = CZebProfileNames::GetProfilesKey();
+    std::vector<ProfilePlace> m_places;
+};
+
 } // namespace
 
 std::string ProfilesKey()
@@ -40,22 +78,18 @@ std::string ProfilesKey()
 
 std::vector<ProfilePlace> ProfilePlacesNotLookedAt()
 {
-    const CStringA looked = CZebProfileNames::GetProfilesKey();
-    std::vector<ProfilePlace> places;
-    const auto add = [&](const std::string& keeper, const std::string& path)
-    {
-        if (looked.CompareNoCase(path.c_str()) == 0)
-            return;
-        ProfilePlace place{Utf8FromNarrow(keeper), Utf8FromNarrow(path), {}};
-        for (const std::string& name : SubKeysOf(path))
-            place.profiles.push_back(Utf8FromNarrow(name));
-        if (!place.profiles.empty())
-            places.push_back(std::move(place));
-    };
-    add("Windows' messaging subsystem", SubsystemKey);
+    Places places;
+    places.Add("Windows' messaging subsystem", SubsystemKey, false);
+    const std::string installed = InstalledVersion();
+    bool seen = installed.empty();
     for (const std::string& version : SubKeysOf(OfficeKey))
-        add("Outlook " + version, std::string(OfficeKey) + "\\" + version + "\\Outlook\\Profiles");
-    return places;
+    {
+        places.AddOutlook(version, version == installed);
+        seen = seen || version == installed;
+    }
+    if (!seen)
+        places.AddOutlook(installed, true);
+    return places.Take();
 }
 
 } // namespace zeb::tools

@@ -241,6 +241,23 @@ TEST_F(Table, ReadOfAllStartsAtThePosition)
     EXPECT_EQ(rows[1][PR_SUBJECT_A].String(false), "c");
 }
 
+TEST_F(Table, RowsThatVanishBetweenCountingAndReadingAreNotThere)
+{
+    CZebTable table(&double_);
+    double_.rowCount = 3;
+    double_.subjects = {"a"};
+    CZebRowSet rows;
+    table.QueryRows(&rows, 0, nullptr, nullptr);
+    EXPECT_THAT(double_.calls, ElementsAre("GetRowCount(flags 0)", "QueryRows(rows 3, flags 0)"));
+    ASSERT_EQ(rows.Count(), 1u);
+    EXPECT_EQ(rows[0][PR_SUBJECT_A].String(false), "a");
+    EXPECT_EQ(ThrownBy([&] { rows[1]; }), E_INVALIDARG);
+    double_.subjects = {};
+    table.QueryRows(&rows, 0, nullptr, nullptr);
+    EXPECT_EQ(rows.Count(), 0u);
+    EXPECT_FALSE(rows.IsValid());
+}
+
 TEST_F(Table, ReadOfAllGoesThroughTheVirtualOperations)
 {
     class Overriding : public CZebTable
