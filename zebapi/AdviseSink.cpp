@@ -2,11 +2,9 @@
 
 #include "zebapi/Exception.h"
 
-#include <algorithm>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
-#include <vector>
 
 CAdviseSinkDelegate::CAdviseSinkDelegate() = default;
 CAdviseSinkDelegate::CAdviseSinkDelegate(const CAdviseSinkDelegate& other) = default;
@@ -63,60 +61,117 @@ void CAdviseSinkDelegate::OnTableModified_Row_Deleted(TABLE_NOTIFICATION*) {}
 
 void CAdviseSinkDelegate::OnTableModified_Row_Modified(TABLE_NOTIFICATION*) {}
 
-/// The threads that are inside a sink's delegate. The lock is held for bookkeeping only, never while a delegate runs: a
-/// provider may deliver with a lock of its own held, and a delegate may call the provider.
-class CAdviseSink::Deliveries
+namespace
+{
+
+/// A call of a delegate that is under way; it stands on the stack of the thread that delivers.
+struct Delivery
+{
+    const CAdviseSink* sink;
+    const CAdviseSinkDelegate* delegate;
+    std::thread::id thread;
+    unsigned long long number;
+    Delivery* next;
+};
+
+/// Every delivery of the process. The lock is held for bookkeeping only, never while a delegate runs: a provider may
+/// deliver with a lock of its own held, and a delegate may call the provider.
+class DeliveryList
 {
 public:
-    /// The delegate to call, counted in; null when there is none.
-    CAdviseSinkDelegate* Enter(CAdviseSinkDelegate* const& delegate)
+    /// Counts the calling thread in and gives the delegate to call, unless there is none.
+    CAdviseSinkDelegate* Enter(Delivery& delivery, const CAdviseSink* sink,
+                               CAdviseSinkDelegate* const& delegate)
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         if (delegate != nullptr)
         {
-            m_inside.push_back(std::this_thread::get_id());
+            delivery = {sink, delegate, std::this_thread::get_id(), ++m_entered, m_first};
+            m_first = &delivery;
         }
         return delegate;
     }
-    void Leave()
+    void Leave(const Delivery& delivery)
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        m_inside.erase(std::find(m_inside.begin(), m_inside.end(), std::this_thread::get_id()));
+        Delivery** at = &m_first;
+        while (*at != &delivery)
+        {
+            at = &(*at)->next;
+        }
+        *at = delivery.next;
         m_left.notify_all();
     }
-    void Cut(CAdviseSinkDelegate*& delegate)
+    CAdviseSinkDelegate* Read(CAdviseSinkDelegate* const& delegate)
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return delegate;
+    }
+    void Write(CAdviseSinkDelegate*& delegate, CAdviseSinkDelegate* value)
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        delegate = value;
+    }
+    /// Waits until no other thread is in a delivery of `sink`, which is to have lost its delegate.
+    void AwaitSink(const CAdviseSink* sink)
     {
         std::unique_lock<std::mutex> lock(m_mutex);
-        delegate = nullptr;
-        const std::thread::id own = std::this_thread::get_id();
-        m_left.wait(lock, [&] { return std::count(m_inside.begin(), m_inside.end(), own) == Inside(); });
+        m_left.wait(lock, [&] { return !Any([&](const Delivery& d) { return d.sink == sink && !Own(d); }); });
+    }
+    /// Waits until no other thread is in a delivery to `delegate` that it had entered by now; not at all inside one.
+    void AwaitDelegate(const CAdviseSinkDelegate* delegate)
+    {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        if (Any([&](const Delivery& d) { return d.delegate == delegate && Own(d); }))
+        {
+            return;
+        }
+        const unsigned long long last = m_entered;
+        m_left.wait(
+            lock, [&]
+            { return !Any([&](const Delivery& d) { return d.delegate == delegate && d.number <= last; }); });
     }
 
 private:
-    std::ptrdiff_t Inside() const { return static_cast<std::ptrdiff_t>(m_inside.size()); }
+    static bool Own(const Delivery& delivery) { return delivery.thread == std::this_thread::get_id(); }
+    template <class Test>
+    bool Any(const Test& test) const
+    {
+        for (const Delivery* delivery = m_first; delivery != nullptr; delivery = delivery->next)
+        {
+            if (test(*delivery))
+            {
+                return true;
+            }
+        }
+        return false;
+    }
 
     std::mutex m_mutex;
     std::condition_variable m_left;
-    std::vector<std::thread::id> m_inside;
+    Delivery* m_first = nullptr;
+    unsigned long long m_entered = 0;
 };
+
+DeliveryList g_deliveries;
+
+} // namespace
 
 CAdviseSink::CAdviseSink(CAdviseSinkDelegate* delegate)
     : m_delegate(delegate)
-    , m_deliveries(std::make_unique<Deliveries>())
 {
 }
 
 CAdviseSink::CAdviseSink(const CAdviseSink& other)
     : m_references(other.m_references.load())
-    , m_delegate(other.m_delegate)
-    , m_deliveries(std::make_unique<Deliveries>())
+    , m_delegate(g_deliveries.Read(other.m_delegate))
 {
 }
 
 CAdviseSink& CAdviseSink::operator=(const CAdviseSink& other)
 {
     m_references = other.m_references.load();
-    m_delegate = other.m_delegate;
+    g_deliveries.Write(m_delegate, g_deliveries.Read(other.m_delegate));
     return *this;
 }
 
@@ -170,18 +225,23 @@ ULONG STDMETHODCALLTYPE CAdviseSink::OnNotify(ULONG count, LPNOTIFICATION notifi
 
 void CAdviseSink::Deliver(TABLE_NOTIFICATION* notification)
 {
-    CAdviseSinkDelegate* delegate = nullptr;
-    zeb::Guarded(__FILE__, __LINE__, [&] { delegate = m_deliveries->Enter(m_delegate); });
-    if (delegate != nullptr)
+    Delivery delivery;
+    if (CAdviseSinkDelegate* delegate = g_deliveries.Enter(delivery, this, m_delegate))
     {
         zeb::Guarded(__FILE__, __LINE__, [&] { delegate->OnTable_Modified(notification); });
-        m_deliveries->Leave();
+        g_deliveries.Leave(delivery);
     }
 }
 
 void CAdviseSink::Cut()
 {
-    m_deliveries->Cut(m_delegate);
+    g_deliveries.Write(m_delegate, nullptr);
+    g_deliveries.AwaitSink(this);
+}
+
+void CAdviseSink::AwaitDeliveries(const CAdviseSinkDelegate* delegate)
+{
+    g_deliveries.AwaitDelegate(delegate);
 }
 
 CAdviseSinkBinder::CAdviseSinkBinder(CAdviseSinkDelegate* delegate, CZebTable* table)
@@ -222,7 +282,7 @@ void CAdviseSinkBinder::Unadvise()
 {
     if (m_sink != nullptr)
     {
-        zeb::Guarded(__FILE__, __LINE__, [&] { m_sink->Cut(); });
+        m_sink->Cut();
     }
     if (m_connection != 0)
     {
@@ -235,4 +295,6 @@ void CAdviseSinkBinder::Unadvise()
         zeb::Guarded(__FILE__, __LINE__, [&] { m_sink->Release(); });
         m_sink = nullptr;
     }
+    // The delegate may have unadvised inside a notification that another thread has not come out of yet.
+    CAdviseSink::AwaitDeliveries(m_delegate);
 }

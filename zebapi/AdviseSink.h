@@ -6,7 +6,6 @@
 #include "zebapi/Table.h"
 
 #include <atomic>
-#include <memory>
 
 /// Receiver of a table's notifications: derive and override what is of interest.
 ///
@@ -62,14 +61,15 @@ public:
     /// Takes the delegate away and waits until no other thread is inside it: afterwards it is called no more.
     /// A call from inside a delivery does not wait for that one.
     void Cut();
+    /// Waits until no other thread is inside a notification that `delegate` was called with before this. From inside a
+    /// notification of that delegate, returns at once.
+    static void AwaitDeliveries(const CAdviseSinkDelegate* delegate);
 
 private:
-    class Deliveries;
     void Deliver(TABLE_NOTIFICATION* notification);
 
     std::atomic<ULONG> m_references{1};
-    CAdviseSinkDelegate* m_delegate; // guarded by m_deliveries
-    std::unique_ptr<Deliveries> m_deliveries;
+    CAdviseSinkDelegate* m_delegate; // guarded by the lock of the deliveries under way
 };
 
 /// Ties a delegate to a table: creates the sink, registers it for fnevTableModified, and unregisters it.

@@ -58,7 +58,7 @@ CZebCachedTable::CZebCachedTable(const CZebCachedTable& other)
     , m_firstRow(other.m_firstRow.load())
     , m_batch(other.m_batch)
     , m_cache(other.m_cache)
-    , m_binder(other.m_binder)
+    , m_binder(other.m_binder.load())
     , m_window(other.m_window.load())
 {
 }
@@ -69,7 +69,7 @@ CZebCachedTable& CZebCachedTable::operator=(const CZebCachedTable& other)
     m_firstRow = other.m_firstRow.load();
     m_batch = other.m_batch;
     m_cache = other.m_cache;
-    m_binder = other.m_binder;
+    m_binder = other.m_binder.load();
     m_window = other.m_window.load();
     return *this;
 }
@@ -130,8 +130,9 @@ void CZebCachedTable::Bind()
 
 void CZebCachedTable::Unbind()
 {
-    delete m_binder;
-    m_binder = nullptr;
+    delete m_binder.exchange(nullptr);
+    // A handler on another thread may have taken the binder, and be at work with it.
+    CAdviseSink::AwaitDeliveries(this);
 }
 
 void CZebCachedTable::EmptyCache()
@@ -155,8 +156,9 @@ void CZebCachedTable::SetOwnerWindow(HWND window)
 
 CZebRow CZebCachedTable::operator[](ULONG index)
 {
+    const ULONG start = index > m_batch ? index - m_batch : 0;
     // Seeking counts in LONG.
-    if (index >= GetRowCount() || index > INT_MAX)
+    if (index >= GetRowCount() || start > INT_MAX)
     {
         CZebException::Throw(E_INVALIDARG, __FILE__, __LINE__);
     }
@@ -165,7 +167,6 @@ CZebRow CZebCachedTable::operator[](ULONG index)
     {
         return m_cache[index - first];
     }
-    const ULONG start = index > m_batch ? index - m_batch : 0;
     ReadWindow(start);
     try
     {

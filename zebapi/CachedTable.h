@@ -24,7 +24,12 @@ const UINT WM_CACHED_TABLE_CHANGED = WM_USER + 151;
 ///
 /// Threads: read from one thread. Notifications may arrive on another, also during a read; they drop the
 /// window and post a message to the owner window, and the rows themselves are freed by the next operation of
-/// the reading thread. No lock is held across a call of the provider.
+/// the reading thread. No lock is held across a call of the provider. A handler may unbind inside its own
+/// notification.
+///
+/// Deriving: override OnTable_Modified; the delegate's other operations are never called. Notifications may arrive
+/// while a base class is being built or has begun to go: make the object empty, assign the table to it, and call
+/// Free in the destructor of the derived class.
 class ZEBAPI_EXPORT CZebCachedTable : public CZebTable, public CAdviseSinkDelegate
 {
 public:
@@ -56,7 +61,8 @@ public:
     /// row vanished
     ///         meanwhile
     virtual CZebRow operator[](ULONG index);
-    /// Drops the window and posts the message; see CAdviseSinkDelegate.
+    /// For a change, an error, a reload or a changed row: drops the window and then posts the message. Nothing for
+    /// other events. Its rows are not used.
     void OnTable_Modified(TABLE_NOTIFICATION* notification) override;
 
     /// Adds a reference on table, which may be null, and registers for its notifications.
@@ -75,7 +81,8 @@ private:
     std::atomic<ULONG> m_firstRow;
     ULONG m_batch;
     CZebRowSet m_cache;
-    CAdviseSinkBinder* m_binder = nullptr;
+    // Taken by whoever unbinds first: the reading thread or, inside a notification, the delivering one.
+    std::atomic<CAdviseSinkBinder*> m_binder{nullptr};
     std::atomic<HWND> m_window{nullptr};
     // Counts notifications; guarded with m_firstRow by m_lock.
     ULONG m_generation = 0;

@@ -81,6 +81,10 @@ public:
     bool m_givesNothing = false;
     /// The connection number that Advise gives.
     ULONG m_connection = 77;
+    bool m_fillsConnectionOnFailure = false;
+    /// Run inside the method of that name, before anything is given.
+    std::function<void()> m_whileCounting;
+    std::function<void()> m_whileSeeking;
 
     /// Sends one event to the sink, as a provider does.
     void Notify(ULONG tableEvent)
@@ -102,6 +106,9 @@ public:
         if (SUCCEEDED(result))
         {
             HandOut(sink, &m_sink);
+        }
+        if (SUCCEEDED(result) || m_fillsConnectionOnFailure)
+        {
             *connection = m_connection;
         }
         return result;
@@ -123,6 +130,10 @@ public:
     HRESULT STDMETHODCALLTYPE GetRowCount(ULONG flags, ULONG* count) override
     {
         const HRESULT result = Called("GetRowCount", Number(flags));
+        if (m_whileCounting)
+        {
+            m_whileCounting();
+        }
         *count = m_claimedCount != 0 ? m_claimedCount : static_cast<ULONG>(m_rows.size());
         return result;
     }
@@ -131,6 +142,10 @@ public:
         const HRESULT result =
             Called("SeekRow", Number(origin) + "," + std::to_string(count) + ",sought " + Null(sought));
         m_position = static_cast<size_t>(count);
+        if (m_whileSeeking)
+        {
+            m_whileSeeking();
+        }
         return result;
     }
     HRESULT STDMETHODCALLTYPE FindRow(LPSRestriction restriction, BOOKMARK origin, ULONG flags) override
@@ -140,11 +155,19 @@ public:
     /// Writes a property restriction down with its value; keeps the rows that match it when the column is text.
     HRESULT STDMETHODCALLTYPE Restrict(LPSRestriction restriction, ULONG flags) override
     {
+        if (restriction == nullptr)
+        {
+            return Called("Restrict", "null," + Number(flags));
+        }
         const SPropertyRestriction& wanted = restriction->res.resProperty;
         m_position = 0;
         const HRESULT result = Called("Restrict", Number(restriction->rt) + "," + Number(wanted.relop) + "," +
                                                       Number(wanted.ulPropTag) + "," + Value(*wanted.lpProp) +
                                                       "," + Number(flags));
+        if (FAILED(result))
+        {
+            return result;
+        }
         m_rows.erase(std::remove_if(m_rows.begin(), m_rows.end(),
                                     [&](const RowData& row) { return !Matches(row, *wanted.lpProp); }),
                      m_rows.end());

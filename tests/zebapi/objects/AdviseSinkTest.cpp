@@ -1,5 +1,6 @@
 #include "zebapi/AdviseSink.h"
 #include "ObjectsTest.h"
+#include "tests/zebapi/frame/FailingNew.h"
 
 #include <atomic>
 #include <functional>
@@ -206,6 +207,123 @@ TEST_F(AdviseSink, AFailingUnregistrationIsLoggedAndNoDelegateIsCalledAfterIt)
     EXPECT_EQ(kept->OnNotify(1, &notification), 0u);
     EXPECT_TRUE(Calls().empty());
     EXPECT_EQ(kept->Release(), 0u);
+}
+
+TEST_F(AdviseSink, FailuresAreLoggedWithTheirSource)
+{
+    m_double.Fail("Unadvise", MAPI_E_NETWORK_ERROR);
+    {
+        CAdviseSinkBinder binder(&m_listener, &m_table);
+    }
+    const std::vector<std::string> texts = m_log.Texts();
+    ASSERT_EQ(texts.size(), 2u);
+    EXPECT_NE(texts[0].find("File zebapi/Table.cpp"), std::string::npos) << texts[0];
+    EXPECT_NE(texts[1].find("File: \"zebapi/AdviseSink.cpp\""), std::string::npos) << texts[1];
+    m_log.Clear();
+    auto* sink = new CAdviseSink(&m_listener);
+    m_listener.m_inside = [] { throw 1; };
+    NOTIFICATION notification = Event(TABLE_CHANGED);
+    sink->OnNotify(1, &notification);
+    sink->Release();
+    EXPECT_NE(m_log.Texts().at(0).find("File: \"zebapi/AdviseSink.cpp\""), std::string::npos);
+}
+
+TEST_F(AdviseSink, ASinkThatCannotBeAllocatedIsLoggedAndEndsIdle)
+{
+    CAdviseSinkBinder binder(&m_listener, nullptr);
+    {
+        const FailingNew failing(0, true);
+        binder.Advise(m_table);
+    }
+    EXPECT_EQ(Caught(), 1u);
+    EXPECT_TRUE(Calls().empty());
+    EXPECT_EQ(m_double.References(), 1u) << "the table is let go";
+    binder.Advise(m_table);
+    EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)"}));
+}
+
+TEST_F(AdviseSink, AdvisingAnotherTablePassesThroughIdle)
+{
+    RowTable other(m_journal, "other");
+    CZebTable otherTable(&other);
+    CAdviseSinkBinder binder(&m_listener, &m_table);
+    binder.Advise(otherTable);
+    EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)", "table: Unadvise(0x4D)", "other: Advise(0x100)"}));
+    EXPECT_EQ(m_double.References(), 1u);
+    EXPECT_EQ(other.References(), 2u);
+    m_double.Fail("Advise", MAPI_E_NO_SUPPORT);
+    binder.Advise(m_table);
+    EXPECT_EQ(Calls(), (Lines{"other: Unadvise(0x4D)", "table: Advise(0x100)"}));
+    EXPECT_EQ(m_double.References() + other.References(), 2u) << "a failed registration ends idle";
+    binder.Unadvise();
+    EXPECT_TRUE(Calls().empty());
+}
+
+TEST_F(AdviseSink, ARefusalThatFillsTheConnectionIsNotUnregistered)
+{
+    m_double.Fail("Advise", MAPI_E_NO_SUPPORT);
+    m_double.m_fillsConnectionOnFailure = true;
+    CAdviseSinkBinder binder(&m_listener, &m_table);
+    EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)"}));
+}
+
+TEST_F(AdviseSink, TheBinderUnadvisesThroughItsSlot)
+{
+    class Counting : public CAdviseSinkBinder
+    {
+    public:
+        using CAdviseSinkBinder::CAdviseSinkBinder;
+        void Unadvise() override
+        {
+            ++m_unadvised;
+            CAdviseSinkBinder::Unadvise();
+        }
+        int m_unadvised = 0;
+    };
+    Counting binder(&m_listener, nullptr);
+    binder.Advise(m_table);
+    EXPECT_EQ(binder.m_unadvised, 1);
+    CZebTable empty;
+    binder.Advise(empty);
+    EXPECT_EQ(binder.m_unadvised, 3) << "once first, once after the failure";
+}
+
+TEST_F(AdviseSink, MapisOwnReferenceKeepsTheSinkAlive)
+{
+    CAdviseSinkBinder binder(&m_listener, &m_table);
+    IMAPIAdviseSink* const sink = m_double.Sink();
+    EXPECT_EQ(sink->AddRef(), 3u) << "the binder's, the provider's and this one";
+    binder.Unadvise();
+    EXPECT_EQ(sink->Release(), 0u);
+}
+
+TEST_F(AdviseSink, CopyingABinderSharesSinkAndConnectionUncounted)
+{
+    CAdviseSinkBinder binder(&m_listener, &m_table);
+    IMAPIAdviseSink* const sink = m_double.Sink();
+    sink->AddRef();
+    CAdviseSinkBinder copy(binder);
+    CAdviseSinkBinder assigned(nullptr, nullptr);
+    assigned = binder;
+    EXPECT_EQ(sink->AddRef(), 4u) << "copies do not count";
+    EXPECT_EQ(m_double.References(), 4u) << "but each holds the table";
+    sink->AddRef();
+    Calls();
+    copy.Unadvise();
+    assigned.Unadvise();
+    binder.Unadvise();
+    EXPECT_EQ(Calls(), (Lines{"table: Unadvise(0x4D)", "table: Unadvise(0x4D)", "table: Unadvise(0x4D)"}));
+    EXPECT_EQ(sink->Release(), 0u);
+}
+
+TEST_F(AdviseSink, CopyingADelegateCopiesNothing)
+{
+    CAdviseSinkDelegate plain;
+    CAdviseSinkDelegate copy(plain);
+    copy = plain;
+    NOTIFICATION notification = Event(TABLE_CHANGED);
+    copy.OnTable_Modified(&notification.info.tab);
+    EXPECT_EQ(sizeof(CAdviseSinkDelegate), sizeof(void*));
 }
 
 TEST_F(AdviseSink, ADelegateMayUnadviseInsideItsOwnNotification)

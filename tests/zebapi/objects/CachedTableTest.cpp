@@ -97,6 +97,10 @@ TEST_F(CachedTable, AnIndexPastTheCountIsRefusedAndTheWindowStays)
     Calls();
     EXPECT_EQ(Thrown([&] { table[0xFFFFFFFE]; }), E_INVALIDARG) << "no seek reaches that far";
     EXPECT_EQ(Calls(), (Lines{"table: GetRowCount(0x0)"}));
+    EXPECT_EQ(Thrown([&] { table[0x80000019]; }), E_INVALIDARG);
+    Calls();
+    EXPECT_EQ(Thrown([&] { table[0x80000018]; }), MAPI_E_NOT_FOUND) << "the last that a seek reaches";
+    EXPECT_EQ(Calls(), Miss("2147483647"));
 }
 
 TEST_F(CachedTable, ARowThatVanishedIsNotFoundAndTheWindowStays)
@@ -116,6 +120,89 @@ TEST_F(CachedTable, ASetThatIsNotThereEmptiesTheWindow)
     EXPECT_EQ(Thrown([&] { table[3]; }), MAPI_E_BAD_VALUE);
     m_double.m_givesNothing = false;
     EXPECT_FALSE(Hits(table, 3));
+}
+
+TEST_F(CachedTable, ANullSetLeavesNoRowsOfTheOldWindow)
+{
+    HasRows(100);
+    OpenTable table(&m_double);
+    At(table, 0);
+    m_double.m_givesNothing = true;
+    EXPECT_EQ(Thrown([&] { table[60]; }), MAPI_E_BAD_VALUE);
+    m_double.m_givesNothing = false;
+    EXPECT_EQ(m_memory.LiveRoots(), 0u);
+    EXPECT_FALSE(Hits(table, 0));
+    EXPECT_FALSE(Hits(table, 60));
+}
+
+TEST_F(CachedTable, FailuresBearTheirSource)
+{
+    HasRows(10);
+    OpenTable table(&m_double);
+    EXPECT_EQ(Thrown([&] { table[10]; }), E_INVALIDARG);
+    m_double.m_claimedCount = 20;
+    EXPECT_EQ(Thrown([&] { table[15]; }), MAPI_E_NOT_FOUND);
+    const std::vector<std::string> texts = m_log.Texts();
+    ASSERT_EQ(texts.size(), 2u);
+    for (const std::string& text : texts)
+    {
+        EXPECT_NE(text.find("File zebapi/CachedTable.cpp"), std::string::npos) << text;
+    }
+}
+
+TEST_F(CachedTable, AFailureOfTheCountOrTheSeekIsThrownOn)
+{
+    HasRows(100);
+    for (const char* method : {"GetRowCount", "SeekRow"})
+    {
+        RowTable failing(m_journal, "failing");
+        failing.m_rows = m_double.m_rows;
+        OpenTable table(&failing);
+        At(table, 0);
+        failing.Fail(method, MAPI_E_NETWORK_ERROR);
+        EXPECT_EQ(Thrown([&] { table[60]; }), MAPI_E_NETWORK_ERROR) << method;
+        const size_t kept = method[0] == 'G' ? 101 : 0;
+        EXPECT_EQ(m_memory.LiveRoots(), kept != 0 ? 51u : 0u) << method << ": the window after it";
+    }
+    Calls();
+}
+
+TEST_F(CachedTable, ReadsThroughTheSlots)
+{
+    class Watched : public OpenTable
+    {
+    public:
+        using OpenTable::OpenTable;
+        ULONG GetRowCount() override
+        {
+            m_slots += "count ";
+            return OpenTable::GetRowCount();
+        }
+        void SeekRow(ULONG origin, LONG rowCount, LONG* rowsSought) override
+        {
+            m_slots += "seek ";
+            OpenTable::SeekRow(origin, rowCount, rowsSought);
+        }
+        void QueryRows(SRowSet** rows, LONG count, SRestriction* restriction, SSortOrderSet* order) override
+        {
+            m_slots += "query ";
+            OpenTable::QueryRows(rows, count, restriction, order);
+        }
+        void EmptyCache() override
+        {
+            m_slots += "empty ";
+            OpenTable::EmptyCache();
+        }
+        std::string m_slots;
+    };
+    HasRows(10);
+    Watched table(&m_double);
+    At(table, 3);
+    EXPECT_EQ(table.m_slots, "count seek empty query ");
+    table.m_slots.clear();
+    m_double.Notify(TABLE_CHANGED);
+    table.SortTable(nullptr);
+    EXPECT_EQ(table.m_slots, "empty empty ");
 }
 
 TEST_F(CachedTable, AFailedReadEmptiesTheWindowAndThrowsOn)
@@ -160,8 +247,32 @@ TEST_F(CachedTable, CursorSortRestrictionAndSearchDropTheWindow)
         EXPECT_FALSE(Hits(table, 1));
     }
     m_double.Fail("SortTable", MAPI_E_TOO_COMPLEX);
+    m_double.Fail("FindRow", MAPI_E_NOT_FOUND);
+    m_double.Fail("Restrict", MAPI_E_TOO_COMPLEX);
     EXPECT_EQ(Thrown([&] { table.SortTable(nullptr); }), MAPI_E_TOO_COMPLEX);
     EXPECT_FALSE(Hits(table, 1)) << "also when the operation failed";
+    EXPECT_FALSE(table.FindRow(nullptr, BOOKMARK_BEGINNING, 0));
+    EXPECT_FALSE(Hits(table, 1));
+    EXPECT_EQ(Thrown([&] { table.Restrict(&restriction, 0); }), MAPI_E_TOO_COMPLEX);
+    EXPECT_FALSE(Hits(table, 1));
+}
+
+TEST_F(CachedTable, OperationsThatDropTheWindowPassTheirArgumentsOn)
+{
+    OpenTable table(&m_double);
+    Calls();
+    LONG sought = 0;
+    table.SeekRow(BOOKMARK_END, -3, &sought);
+    EXPECT_TRUE(table.FindRow(nullptr, BOOKMARK_CURRENT, DIR_BACKWARD));
+    EXPECT_EQ(Calls(), (Lines{"table: SeekRow(0x2,-3,sought given)", "table: FindRow(null,0x1,0x1)"}));
+    SSortOrderSet order = {};
+    table.SortTable(&order);
+    table.Restrict(nullptr, TBL_BATCH);
+    CZebTable plain(&m_double);
+    const Lines cached = Calls();
+    plain.SortTable(&order);
+    plain.Restrict(nullptr, TBL_BATCH);
+    EXPECT_EQ(Calls(), cached);
 }
 
 TEST_F(CachedTable, ColumnsAndPlainReadsLeaveTheWindow)
@@ -174,6 +285,79 @@ TEST_F(CachedTable, ColumnsAndPlainReadsLeaveTheWindow)
     CZebRowSet rows;
     table.QueryRows(&rows, 1, nullptr, nullptr);
     EXPECT_TRUE(Hits(table, 1));
+    table.QueryAllRows(&rows, nullptr, nullptr);
+    EXPECT_TRUE(Hits(table, 1));
+}
+
+TEST_F(CachedTable, AClassDerivedFromItHearsOfTheEventOnly)
+{
+    class Derived : public CZebCachedTable
+    {
+    public:
+        using CZebCachedTable::CZebCachedTable;
+        void OnTableModified_ReloadCommon() override { ++m_others; }
+        void OnTableModified_Changed() override { ++m_others; }
+        void OnTableModified_Error() override { ++m_others; }
+        void OnTableModified_Reload() override { ++m_others; }
+        void OnTableModified_Row_Added(TABLE_NOTIFICATION*) override { ++m_others; }
+        void OnTableModified_Row_Deleted(TABLE_NOTIFICATION*) override { ++m_others; }
+        void OnTableModified_Row_Modified(TABLE_NOTIFICATION*) override { ++m_others; }
+        int m_others = 0;
+    };
+    Derived table(&m_double);
+    for (ULONG tableEvent = 0; tableEvent <= 10; ++tableEvent)
+    {
+        m_double.Notify(tableEvent);
+    }
+    EXPECT_EQ(table.m_others, 0);
+}
+
+TEST_F(CachedTable, ACopySharesTableAndWindow)
+{
+    const HWND window = zeb::platform::CreateMessageWindow();
+    const CZebTable plain(&m_double);
+    CZebCachedTable table(plain);
+    table.SetOwnerWindow(window);
+    CZebCachedTable copy(table);
+    CZebCachedTable assigned;
+    assigned = static_cast<const CZebCachedTable&>(table);
+    EXPECT_EQ(m_double.References(), 4u);
+    EXPECT_TRUE(Calls().empty()) << "copying registers nothing";
+    for (CZebCachedTable* of : {&copy, &assigned})
+    {
+        TABLE_NOTIFICATION notification = {};
+        notification.ulTableEvent = TABLE_CHANGED;
+        of->OnTable_Modified(&notification);
+        WindowMessage message = {};
+        EXPECT_TRUE(zeb::platform::WaitWindowMessage(window, 0, message));
+        HasRows(60);
+        EXPECT_EQ(At(*of, 50), 50);
+        EXPECT_EQ(Calls(), Miss("25"));
+    }
+    zeb::platform::DestroyMessageWindow(window);
+}
+
+TEST_F(CachedTable, AssigningMovesTheRegistrationAndKeepsTheOwnerWindow)
+{
+    RowTable other(m_journal, "other");
+    const CZebTable plain(&other);
+    const HWND window = zeb::platform::CreateMessageWindow();
+    HasRows(10);
+    {
+        OpenTable table(&m_double);
+        table.SetOwnerWindow(window);
+        At(table, 3);
+        Calls();
+        table = plain;
+        EXPECT_EQ(Calls(), (Lines{"table: Unadvise(0x4D)", "other: Advise(0x100)"}));
+        EXPECT_EQ(m_memory.LiveRoots(), 0u) << "the rows of the old table are gone";
+        EXPECT_EQ(m_double.References(), 0u);
+        other.Notify(TABLE_RELOAD);
+        WindowMessage message = {};
+        EXPECT_TRUE(zeb::platform::WaitWindowMessage(window, 0, message));
+    }
+    EXPECT_EQ(Calls(), (Lines{"other: Unadvise(0x4D)"})) << "destroying it unregisters";
+    zeb::platform::DestroyMessageWindow(window);
 }
 
 TEST_F(CachedTable, EveryChangeDropsTheWindowAndPostsOneMessage)
@@ -234,6 +418,16 @@ TEST_F(CachedTable, AWindowReadDuringANotificationIsGivenOutOnceAndNotKept)
     m_double.m_whileReading = nullptr;
     EXPECT_FALSE(Hits(table, 3));
     EXPECT_TRUE(Hits(table, 3));
+    m_double.m_whileCounting = [&] { m_double.Notify(TABLE_ROW_ADDED); };
+    EXPECT_FALSE(Hits(table, 3)) << "what came before the read is in it";
+    m_double.m_whileCounting = nullptr;
+    EXPECT_TRUE(Hits(table, 3));
+    m_double.m_whileSeeking = [&] { m_double.Notify(TABLE_ROW_ADDED); };
+    table.EmptyCache();
+    EXPECT_FALSE(Hits(table, 3));
+    m_double.m_whileSeeking = nullptr;
+    EXPECT_FALSE(Hits(table, 3)) << "the seek may have been counted in old rows";
+    EXPECT_TRUE(Hits(table, 3));
 }
 
 TEST_F(CachedTable, IsBoundFromAnInterfaceAndByAssignmentAndUnboundByFree)
@@ -286,6 +480,9 @@ TEST_F(CachedTable, AProviderThatRefusesNotificationsLeavesTheTableWorking)
     OpenTable table(&m_double);
     EXPECT_EQ(Caught(), 1u);
     EXPECT_EQ(At(table, 5), 5);
+    EXPECT_TRUE(Hits(table, 6));
+    table.Free();
+    EXPECT_TRUE(Calls().empty()) << "nothing to unregister";
 }
 
 TEST_F(CachedTable, ScrollsWhileNotificationsArriveOnAnotherThread)
@@ -310,41 +507,5 @@ TEST_F(CachedTable, ScrollsWhileNotificationsArriveOnAnotherThread)
     }
     stop = true;
     provider.join();
-    Calls();
-}
-
-TEST_F(CachedTable, MayGoWhileNotificationsArrive)
-{
-    HasRows(10);
-    IMAPIAdviseSink* sink = nullptr;
-    for (int i = 0; i < 500; ++i)
-    {
-        auto table = std::make_unique<CZebCachedTable>(&m_double);
-        sink = m_double.Sink();
-        sink->AddRef();
-        std::atomic<bool> started{false};
-        std::atomic<bool> stop{false};
-        std::thread provider(
-            [&]
-            {
-                NOTIFICATION notification = {};
-                notification.ulEventType = fnevTableModified;
-                notification.info.tab.ulTableEvent = TABLE_CHANGED;
-                while (!stop)
-                {
-                    sink->OnNotify(1, &notification);
-                    started = true;
-                }
-            });
-        while (!started)
-        {
-            std::this_thread::yield();
-        }
-        At(*table, 3);
-        table.reset();
-        stop = true;
-        provider.join();
-        sink->Release();
-    }
     Calls();
 }

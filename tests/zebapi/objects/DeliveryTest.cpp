@@ -1,0 +1,361 @@
+// Cached tables and binders that come and go, read and let go while a provider's own thread notifies.
+#include "ObjectsTest.h"
+#include "platform/messages.h"
+#include "tests/support/doubles/DeliveringTable.h"
+#include "zebapi/CachedTable.h"
+
+#include <condition_variable>
+#include <memory>
+
+using namespace zeb::test;
+
+namespace
+{
+
+constexpr int Rounds = 10000;
+
+LONG IndexOf(const CZebRow& row)
+{
+    return row[DeliveringTable::Index].operator LONG();
+}
+
+class Delivery : public ObjectsTest
+{
+};
+
+/// A cached table with something of its own to do in each notification.
+class Handling : public CZebCachedTable
+{
+public:
+    explicit Handling(std::function<void(Handling&)> handle)
+        : m_handle(std::move(handle))
+    {
+    }
+    ~Handling() override { Free(); }
+    using CZebCachedTable::Unbind;
+    using CZebCachedTable::operator=;
+
+    void OnTable_Modified(TABLE_NOTIFICATION* notification) override
+    {
+        CZebCachedTable::OnTable_Modified(notification);
+        ++m_calls;
+        m_handle(*this);
+    }
+    std::atomic<int> m_calls{0};
+
+private:
+    std::function<void(Handling&)> m_handle;
+};
+
+/// Two threads that meet.
+class Meeting
+{
+public:
+    void Open()
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_open = true;
+        m_changed.notify_all();
+    }
+    /// @return false when it was not opened in time
+    bool Await(int milliseconds = 10000)
+    {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        return m_changed.wait_for(lock, std::chrono::milliseconds(milliseconds), [this] { return m_open; });
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_open = false;
+};
+
+void Notify(IMAPIAdviseSink* sink)
+{
+    NOTIFICATION notification = {};
+    notification.ulEventType = fnevTableModified;
+    notification.info.tab.ulTableEvent = TABLE_CHANGED;
+    sink->OnNotify(1, &notification);
+}
+
+} // namespace
+
+TEST_F(Delivery, TenThousandBoundTablesGoWhileNotificationsArrive)
+{
+    DeliveringTable provider(60);
+    for (int i = 0; i < Rounds; ++i)
+    {
+        CZebCachedTable table(&provider);
+        if (i % 10 == 0)
+        {
+            ASSERT_EQ(IndexOf(table[3]), 3);
+            provider.AwaitDelivery();
+        }
+    }
+    EXPECT_GT(provider.Delivered(), 2000u);
+    EXPECT_EQ(m_log.Lines().size(), 0u);
+}
+
+TEST_F(Delivery, TenThousandBoundTablesGoWhileAProviderDeliversWithItsLockHeld)
+{
+    DeliveringTable provider(60, DeliveringTable::Lock::Held);
+    provider.m_notifiesReaders = true;
+    for (int i = 0; i < Rounds; ++i)
+    {
+        CZebCachedTable table(&provider);
+        if (i % 10 == 0)
+        {
+            ASSERT_EQ(IndexOf(table[3]), 3);
+        }
+    }
+    EXPECT_GE(provider.Delivered(), 1000u);
+    EXPECT_EQ(m_log.Lines().size(), 0u);
+}
+
+TEST_F(Delivery, TenThousandTablesGoWhileTheirHandlersThrow)
+{
+    DeliveringTable provider(60);
+    const CZebTable source(&provider);
+    size_t calls = 0;
+    size_t caught = 0;
+    for (int i = 0; i < Rounds; ++i)
+    {
+        Handling table([](Handling&) { CZebException::Throw(MAPI_E_BUSY, nullptr, 0); });
+        table = source;
+        if (i % 10 == 0)
+        {
+            ASSERT_EQ(IndexOf(table[3]), 3);
+            provider.AwaitDelivery();
+        }
+        table.Free();
+        calls += static_cast<size_t>(table.m_calls);
+        caught += Caught();
+        m_log.Clear();
+    }
+    EXPECT_GE(calls, 1000u);
+    EXPECT_EQ(caught, calls) << "every throw is caught and logged";
+}
+
+TEST_F(Delivery, TenThousandTablesGoWhileTheirHandlersUnbindThemselves)
+{
+    DeliveringTable provider(60);
+    const CZebTable source(&provider);
+    int calls = 0;
+    for (int i = 0; i < Rounds; ++i)
+    {
+        Handling table([](Handling& handling) { handling.Unbind(); });
+        table = source;
+        if (i % 10 == 0)
+        {
+            ASSERT_EQ(IndexOf(table[3]), 3);
+            while (table.m_calls == 0)
+            {
+                std::this_thread::yield();
+            }
+        }
+        // In the other rounds the table and its handler may unbind at once.
+        table.Free();
+        calls += table.m_calls;
+    }
+    EXPECT_GE(calls, Rounds / 10);
+    EXPECT_EQ(m_log.Lines().size(), 0u);
+}
+
+TEST_F(Delivery, RowsReadWhileNotificationsArriveAreWholeAndNeverStale)
+{
+    for (const auto lock : {DeliveringTable::Lock::Dropped, DeliveringTable::Lock::Held})
+    {
+        DeliveringTable provider(200, lock);
+        CZebCachedTable table(&provider);
+        for (ULONG i = 0; i < 4000; ++i)
+        {
+            provider.m_notifiesReaders = i % 3 == 0;
+            const ULONG index = i * 7 % 200;
+            const CZebRow row = table[index];
+            ASSERT_EQ(IndexOf(row), static_cast<LONG>(index));
+        }
+        provider.m_notifiesReaders = false;
+        // A window read before a notification is never read from after it.
+        for (int i = 0; i < 200; ++i)
+        {
+            table[3];
+            const ULONG before = provider.Newest();
+            provider.AwaitDelivery();
+            ASSERT_GE(table[3][DeliveringTable::Generation].operator LONG(), static_cast<LONG>(before)) << i;
+        }
+    }
+}
+
+TEST_F(Delivery, TheOwnerWindowReceivesItsMessageOnItsOwnThread)
+{
+    RowTable provider(m_journal);
+    provider.m_rows.resize(10);
+    CZebCachedTable table(&provider);
+    Meeting made;
+    Meeting posted;
+    HWND window = nullptr;
+    std::thread owner(
+        [&]
+        {
+            window = zeb::platform::CreateMessageWindow();
+            made.Open();
+            zeb::platform::WindowMessage message = {};
+            EXPECT_TRUE(zeb::platform::WaitWindowMessage(window, 10000, message));
+            EXPECT_EQ(message.message, 1175u);
+            EXPECT_EQ(message.wParam, 0u);
+            EXPECT_EQ(message.lParam, 0);
+            EXPECT_TRUE(posted.Await()) << "the notification ends whether or not the window looks";
+            EXPECT_FALSE(zeb::platform::WaitWindowMessage(window, 0, message))
+                << "one message a notification";
+            zeb::platform::DestroyMessageWindow(window);
+        });
+    ASSERT_TRUE(made.Await());
+    ASSERT_NE(window, nullptr);
+    table.SetOwnerWindow(window);
+    std::thread(
+        [&]
+        {
+            provider.Notify(TABLE_ROW_ADDED);
+            posted.Open();
+        })
+        .join();
+    owner.join();
+    Calls();
+}
+
+TEST_F(Delivery, ANotificationNeverWaitsForAWindowThatDoesNotLook)
+{
+    RowTable provider(m_journal);
+    CZebCachedTable table(&provider);
+    const HWND window = zeb::platform::CreateMessageWindow();
+    table.SetOwnerWindow(window);
+    std::thread([&] { provider.Notify(TABLE_CHANGED); }).join();
+    zeb::platform::WindowMessage message = {};
+    EXPECT_TRUE(zeb::platform::WaitWindowMessage(window, 0, message));
+    zeb::platform::DestroyMessageWindow(window);
+    provider.Notify(TABLE_CHANGED);
+    EXPECT_EQ(m_log.Lines().size(), 0u) << "a window that is gone is no fault";
+    Calls();
+}
+
+TEST_F(Delivery, FreeingATableWaitsForAHandlerThatUnboundItself)
+{
+    RowTable provider(m_journal);
+    const CZebTable source(&provider);
+    Meeting unbound;
+    std::atomic<bool> done{false};
+    Handling table(
+        [&](Handling& handling)
+        {
+            handling.Unbind();
+            unbound.Open();
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            done = true;
+        });
+    table = source;
+    IMAPIAdviseSink* const sink = provider.Sink();
+    sink->AddRef();
+    std::thread notifying([&] { Notify(sink); });
+    EXPECT_TRUE(unbound.Await());
+    table.Free();
+    EXPECT_TRUE(done);
+    notifying.join();
+    EXPECT_EQ(sink->Release(), 0u);
+    Calls();
+}
+
+TEST_F(Delivery, TwoHandlersOfOneTableMayUnbindAtOnce)
+{
+    RowTable provider(m_journal);
+    const CZebTable source(&provider);
+    std::atomic<int> inside{0};
+    Handling table(
+        [&](Handling& handling)
+        {
+            for (++inside; inside < 2;)
+            {
+                std::this_thread::yield();
+            }
+            handling.Unbind();
+        });
+    table = source;
+    IMAPIAdviseSink* const sink = provider.Sink();
+    sink->AddRef();
+    std::thread first([&] { Notify(sink); });
+    std::thread second([&] { Notify(sink); });
+    first.join();
+    second.join();
+    EXPECT_EQ(table.m_calls, 2);
+    EXPECT_EQ(sink->Release(), 0u);
+    Calls();
+}
+
+namespace
+{
+
+/// Runs what it is given inside each notification.
+class Handler : public CAdviseSinkDelegate
+{
+public:
+    explicit Handler(std::function<void()> handle)
+        : m_handle(std::move(handle))
+    {
+    }
+    void OnTable_Modified(TABLE_NOTIFICATION*) override { m_handle(); }
+
+private:
+    std::function<void()> m_handle;
+};
+
+} // namespace
+
+TEST_F(Delivery, UnadvisingAgainWaitsForAHandlerThatUnadvisedItself)
+{
+    RowTable provider(m_journal);
+    CZebTable table(&provider);
+    Meeting unadvised;
+    std::atomic<bool> done{false};
+    std::unique_ptr<CAdviseSinkBinder> binder;
+    Handler handler(
+        [&]
+        {
+            binder->Unadvise();
+            unadvised.Open();
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            done = true;
+        });
+    binder = std::make_unique<CAdviseSinkBinder>(&handler, &table);
+    IMAPIAdviseSink* const sink = provider.Sink();
+    sink->AddRef();
+    std::thread notifying([&] { Notify(sink); });
+    EXPECT_TRUE(unadvised.Await());
+    binder.reset();
+    EXPECT_TRUE(done);
+    notifying.join();
+    EXPECT_EQ(sink->Release(), 0u);
+    Calls();
+}
+
+TEST_F(Delivery, DeliveriesOfSeveralSinksGoOnSideBySide)
+{
+    Meeting first;
+    Meeting second;
+    std::atomic<bool> met{false};
+    Handler waiting(
+        [&]
+        {
+            first.Open();
+            met = second.Await();
+        });
+    Handler other([&] { second.Open(); });
+    auto* waitingSink = new CAdviseSink(&waiting);
+    auto* otherSink = new CAdviseSink(&other);
+    std::thread notifying([&] { Notify(waitingSink); });
+    EXPECT_TRUE(first.Await());
+    Notify(otherSink);
+    otherSink->Cut();
+    notifying.join();
+    EXPECT_TRUE(met) << "nothing is held while a delegate runs";
+    waitingSink->Release();
+    otherSink->Release();
+}
