@@ -163,7 +163,7 @@ CZebRow CZebCachedTable::operator[](ULONG index)
         CZebException::Throw(E_INVALIDARG, __FILE__, __LINE__);
     }
     const ULONG first = m_firstRow;
-    if (first != NoRow && index >= first && index - first < m_cache.Count())
+    if (first != NoRow && index - first < m_cache.Count())
     {
         return m_cache[index - first];
     }

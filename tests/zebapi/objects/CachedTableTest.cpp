@@ -3,6 +3,8 @@
 #include "platform/messages.h"
 
 #include <atomic>
+#include <cstring>
+#include <new>
 #include <thread>
 
 using namespace zeb::test;
@@ -205,6 +207,31 @@ TEST_F(CachedTable, ReadsThroughTheSlots)
     EXPECT_EQ(table.m_slots, "empty empty ");
 }
 
+TEST_F(CachedTable, ASeekThatFailsBeforeDroppingTheWindowDropsItAllTheSame)
+{
+    class Refusing : public OpenTable
+    {
+    public:
+        using OpenTable::OpenTable;
+        void SeekRow(ULONG origin, LONG rowCount, LONG* rowsSought) override
+        {
+            if (m_refuses)
+            {
+                throw 7;
+            }
+            OpenTable::SeekRow(origin, rowCount, rowsSought);
+        }
+        bool m_refuses = false;
+    };
+    HasRows(100);
+    Refusing table(&m_double);
+    At(table, 3);
+    table.m_refuses = true;
+    EXPECT_THROW(table[60], int) << "the same exception";
+    table.m_refuses = false;
+    EXPECT_FALSE(Hits(table, 3));
+}
+
 TEST_F(CachedTable, AFailedReadEmptiesTheWindowAndThrowsOn)
 {
     HasRows(100);
@@ -337,6 +364,27 @@ TEST_F(CachedTable, ACopySharesTableAndWindow)
     zeb::platform::DestroyMessageWindow(window);
 }
 
+// Both would free the same rows and the same registration, so the copies are never destroyed here.
+TEST_F(CachedTable, ACopyTakesRowsAndRegistrationAsTheyAre)
+{
+    HasRows(60);
+    CZebCachedTable table(&m_double);
+    At(table, 50);
+    Calls();
+    alignas(CZebCachedTable) unsigned char places[2][sizeof(CZebCachedTable)];
+    auto* copy = new (places[0]) CZebCachedTable(table);
+    auto* assigned = new (places[1]) CZebCachedTable;
+    *assigned = static_cast<const CZebCachedTable&>(table);
+    EXPECT_TRUE(Calls().empty());
+    for (CZebCachedTable* of : {copy, assigned})
+    {
+        EXPECT_TRUE(Hits(*of, 25));
+        // The binder stands behind the bases, two numbers and the rows.
+        EXPECT_EQ(std::memcmp(reinterpret_cast<char*>(of) + 56, reinterpret_cast<char*>(&table) + 56, 8), 0);
+        m_double.Release();
+    }
+}
+
 TEST_F(CachedTable, AssigningMovesTheRegistrationAndKeepsTheOwnerWindow)
 {
     RowTable other(m_journal, "other");
@@ -441,6 +489,7 @@ TEST_F(CachedTable, IsBoundFromAnInterfaceAndByAssignmentAndUnboundByFree)
     EXPECT_EQ(Calls(), (Lines{"table: Unadvise(0x4D)"}));
     EXPECT_FALSE(table.IsValid());
     EXPECT_EQ(m_double.References(), 0u);
+    EXPECT_EQ(m_memory.LiveRoots(), 0u);
     const CZebTable plain(&m_double);
     table = plain;
     EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)"}));

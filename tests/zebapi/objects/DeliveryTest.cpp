@@ -347,15 +347,83 @@ TEST_F(Delivery, DeliveriesOfSeveralSinksGoOnSideBySide)
             first.Open();
             met = second.Await();
         });
-    Handler other([&] { second.Open(); });
+    int notified = 0;
+    Handler other([&] { ++notified; });
     auto* waitingSink = new CAdviseSink(&waiting);
     auto* otherSink = new CAdviseSink(&other);
     std::thread notifying([&] { Notify(waitingSink); });
     EXPECT_TRUE(first.Await());
     Notify(otherSink);
     otherSink->Cut();
+    CAdviseSink::AwaitDeliveries(&other);
+    second.Open();
     notifying.join();
-    EXPECT_TRUE(met) << "nothing is held while a delegate runs";
+    EXPECT_EQ(notified, 1);
+    EXPECT_TRUE(met) << "nothing is held while a delegate runs, and one sink does not wait for another's";
     waitingSink->Release();
     otherSink->Release();
+}
+
+TEST_F(Delivery, CuttingASinkOffWaitsForItsDelivery)
+{
+    Meeting entered;
+    std::atomic<bool> done{false};
+    Handler handler(
+        [&]
+        {
+            entered.Open();
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            done = true;
+        });
+    auto* sink = new CAdviseSink(&handler);
+    std::thread notifying([&] { Notify(sink); });
+    EXPECT_TRUE(entered.Await());
+    sink->Cut();
+    EXPECT_TRUE(done);
+    notifying.join();
+    EXPECT_EQ(sink->Release(), 0u);
+}
+
+// A delegate of several tables can be notified without pause.
+TEST_F(Delivery, AwaitingDeliveriesDoesNotWaitForThoseThatBeginMeanwhile)
+{
+    bool returned = false;
+    // Where the machine is too busy to begin waiting in time, another try tells.
+    for (int attempt = 0; attempt < 5 && !returned; ++attempt)
+    {
+        std::atomic<int> entered{0};
+        Meeting firstMayGo;
+        Meeting secondMayGo;
+        std::atomic<bool> secondInTime{false};
+        Handler handler(
+            [&]
+            {
+                if (++entered == 1)
+                {
+                    firstMayGo.Await();
+                    return;
+                }
+                firstMayGo.Open();
+                secondInTime = secondMayGo.Await(2000);
+            });
+        auto* sink = new CAdviseSink(&handler);
+        std::thread first([&] { Notify(sink); });
+        while (entered == 0)
+        {
+            std::this_thread::yield();
+        }
+        std::thread second(
+            [&]
+            {
+                std::this_thread::sleep_for(std::chrono::milliseconds(30));
+                Notify(sink);
+            });
+        CAdviseSink::AwaitDeliveries(&handler);
+        secondMayGo.Open();
+        first.join();
+        second.join();
+        returned = secondInTime;
+        EXPECT_EQ(sink->Release(), 0u);
+    }
+    EXPECT_TRUE(returned);
 }
