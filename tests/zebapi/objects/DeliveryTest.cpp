@@ -92,7 +92,7 @@ TEST_F(Delivery, TenThousandBoundTablesGoWhileNotificationsArrive)
             provider.AwaitDelivery();
         }
     }
-    EXPECT_GT(provider.Delivered(), 2000u);
+    EXPECT_GE(provider.Delivered(), 2000u);
     EXPECT_EQ(m_log.Lines().size(), 0u);
 }
 
