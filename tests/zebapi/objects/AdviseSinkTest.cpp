@@ -168,6 +168,15 @@ TEST_F(AdviseSink, TheBinderAdvisesAndUnadvises)
     EXPECT_EQ(m_log.Lines().size(), 0u);
 }
 
+TEST_F(AdviseSink, UnadvisingTwiceUnregistersOnce)
+{
+    CAdviseSinkBinder binder(&m_listener, &m_table);
+    binder.Unadvise();
+    binder.Unadvise();
+    EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)", "table: Unadvise(0x4D)"}));
+    EXPECT_EQ(m_log.Lines().size(), 0u);
+}
+
 TEST_F(AdviseSink, ABinderWithoutATableIsIdle)
 {
     CAdviseSinkBinder binder(&m_listener, nullptr);

@@ -501,6 +501,8 @@ TEST_F(CachedTable, IsBoundFromAnInterfaceAndByAssignmentAndUnboundByFree)
     EXPECT_TRUE(Calls().empty()) << "made from a table, it is not registered";
     unbound.Bind();
     EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)"}));
+    unbound.Bind();
+    EXPECT_EQ(Calls(), (Lines{"table: Unadvise(0x4D)", "table: Advise(0x100)"})) << "never twice at once";
 }
 
 TEST_F(CachedTable, AnEmptyOneIsNotBoundAndReadingItRaisesAComError)
