@@ -225,12 +225,22 @@ CZebNameIdMap& CZebIProp::GetTagsMap()
 
 ULONG CZebIProp::GetRealTag(ULONG tag, bool flag)
 {
-    return tag < FirstNamedTag ? tag : GetTagsMap().GetTag(tag, flag);
+    if (tag < FirstNamedTag)
+    {
+        return tag;
+    }
+    CheckIDsMap();
+    return m_tags.GetTag(tag, flag);
 }
 
 ULONG CZebIProp::GetNameFromTag(ULONG tag, bool flag)
 {
-    return tag < FirstNamedTag ? tag : GetTagsMap().GetName(tag, flag);
+    if (tag < FirstNamedTag)
+    {
+        return tag;
+    }
+    CheckIDsMap();
+    return m_tags.GetName(tag, flag);
 }
 
 CZebBinary CZebIProp::GetEntryID()

@@ -144,6 +144,16 @@ LPSRowSet QueryAll(LPMAPITABLE table, LONG most)
     }
 }
 
+/// Hands on what the table itself says of its failure; `otherwise` when it says nothing.
+void CheckTable(HRESULT result, const char* otherwise)
+{
+    if (FAILED(result))
+    {
+        const std::string text = zebstore::LastErrorText(result);
+        throw Error(result, text.empty() ? otherwise : text);
+    }
+}
+
 } // namespace
 
 HRESULT WINAPI HrQueryAllRows(LPMAPITABLE table, LPSPropTagArray columns, LPSRestriction restriction,
@@ -155,12 +165,13 @@ HRESULT WINAPI HrQueryAllRows(LPMAPITABLE table, LPSPropTagArray columns, LPSRes
                        Require(table && rows, "no table or no place for the rows");
                        *rows = nullptr;
                        if (columns)
-                           Check(table->SetColumns(columns, TBL_BATCH), "the columns were refused");
+                           CheckTable(table->SetColumns(columns, TBL_BATCH), "the columns were refused");
                        if (restriction)
-                           Check(table->Restrict(restriction, TBL_BATCH), "the restriction was refused");
+                           CheckTable(table->Restrict(restriction, TBL_BATCH), "the restriction was refused");
                        if (order)
-                           Check(table->SortTable(order, TBL_BATCH), "the sort order was refused");
-                       Check(table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr), "the table can not be rewound");
+                           CheckTable(table->SortTable(order, TBL_BATCH), "the sort order was refused");
+                       CheckTable(table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr),
+                                  "the table can not be rewound");
                        *rows = QueryAll(table, most);
                    });
 }

@@ -32,6 +32,8 @@ private:
 };
 
 constexpr size_t InlineLimit = 32 * 1024;
+// What GetProps gives; longer values are read through streams.
+constexpr size_t LongestGiven = 64 * 1024;
 
 bool IsText(ULONG type)
 {
@@ -110,6 +112,7 @@ HRESULT PropBase::GetPropsOf(const SPropTagArray* tags, ULONG flags, ULONG* coun
         Compute(asked[i], computed);
     BuildOptions options;
     options.unicode = unicode;
+    options.wholeUpTo = LongestGiven;
     size_t errors = 0;
     *values = BuildValues(asked, askedCount, BothSources(computed, Stored()), options, &errors);
     *count = static_cast<ULONG>(askedCount);

@@ -142,6 +142,9 @@ void SetFromBytes(PropertySet& properties, ULONG tag, const LargeValue& value)
         property.Value.lpszA = reinterpret_cast<char*>(bytes.data());
         break;
     case PT_UNICODE:
+        // Half a character at the end is none, and the zero stands where one begins.
+        std::fill(bytes.begin() + static_cast<std::ptrdiff_t>(size - size % sizeof(WCHAR)), bytes.end(),
+                  BYTE(0));
         property.Value.lpszW = reinterpret_cast<WCHAR*>(bytes.data());
         break;
     default:

@@ -76,16 +76,27 @@ StoreHost::StoreHost()
 {
     Start();
     CreateProfile("test", File("test.zeb"));
-    m_session = std::make_unique<CZebSession>(LogOn());
-    m_store = std::make_unique<CZebMsgStore>(m_session->OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS));
+    LogOnAgain();
 }
 
 StoreHost::~StoreHost()
+{
+    LogOff();
+}
+
+void StoreHost::LogOff()
 {
     m_store.reset();
     if (m_session)
         m_session->Logoff(0, 0, 0);
     m_session.reset();
+}
+
+void StoreHost::LogOnAgain()
+{
+    LogOff();
+    m_session = std::make_unique<CZebSession>(LogOn());
+    m_store = std::make_unique<CZebMsgStore>(m_session->OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS));
 }
 
 void StoreHost::AddMessage(const char* subject, long importance, int bodySize)

@@ -42,6 +42,17 @@ protected:
     StoreHost();
     ~StoreHost() override;
 
+    void LogOff();
+    /// Logs off and on again, and opens the store anew.
+    void LogOnAgain();
+    /// Opens an object of the store with the best access.
+    template <class Wrapper>
+    Wrapper Opened(const SBinary& id)
+    {
+        Wrapper opened;
+        m_store->OpenEntry(id, opened, MAPI_BEST_ACCESS);
+        return opened;
+    }
     CZebFolder Inbox() { return m_store->OpenInboxFolder(MAPI_BEST_ACCESS); }
     CZebTable Contents() { return Inbox().GetContentsTable(MAPI_UNICODE); }
     /// Adds a message to the inbox: subject, importance, size of the body in characters.

@@ -190,10 +190,7 @@ TEST_F(PropertyRoundTrip, NamedPropertiesKeepTheirTagAcrossSessions)
     const CZebBinary id = message.GetEntryID();
     message.Free();
 
-    m_store.reset();
-    m_session->Logoff(0, 0, 0);
-    m_session = std::make_unique<CZebSession>(LogOn());
-    m_store = std::make_unique<CZebMsgStore>(m_session->OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS));
+    LogOnAgain();
     const CZebPropTagArray found = tagsIn(*m_store, 0);
     EXPECT_EQ(PROP_ID(found[0]), PROP_ID(made[0]));
     EXPECT_EQ(PROP_ID(found[1]), PROP_ID(made[1]));

@@ -15,6 +15,7 @@ namespace
 {
 
 constexpr int MostLevels = 500;
+constexpr size_t LongestName = 32767; // in characters of 16 bits
 constexpr FolderId MostFolders = FolderId(1) << 30;
 
 #define ZEB_FOLDER_COLUMNS                                                                                   \
@@ -55,6 +56,9 @@ std::string KeyOf(std::string_view name)
 void RequireNameIsFree(StoreFile& store, FolderId parent, std::string_view name, FolderId self)
 {
     Require(!name.empty(), "A folder needs a name.");
+    if (name.size() > LongestName && WideFromStored(name).size() > LongestName)
+        throw Error(MAPI_E_STRING_TOO_LONG,
+                    "A folder's name has at most " + std::to_string(LongestName) + " characters.");
     const FolderId found = store.FindFolder(parent, name);
     if (found != 0 && found != self)
         throw Error(MAPI_E_COLLISION, "The folder '" + std::string(name) + "' exists already.");

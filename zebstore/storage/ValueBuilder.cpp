@@ -24,7 +24,8 @@ struct Cell
 {
     ULONG tag = 0;
     EncodedValue value;
-    std::string own; // narrow text that had to be converted, or a large value read whole
+    std::string whole; // a large value that was read
+    std::string own;   // narrow text that had to be converted
     SCODE error = S_OK;
 };
 
@@ -65,6 +66,13 @@ size_t TextRoom(ULONG type, ULONG storedType, std::string_view bytes, std::strin
         return (WideBound(stored.size()) + 1) * sizeof(WCHAR);
     own = storedType == PT_STRING8 ? NarrowOf(bytes) : NarrowFromStored(stored);
     return own.size() + 1;
+}
+
+void ReadWhole(Cell& cell)
+{
+    cell.whole = EncodedFromLarge(cell.value.Type(), *cell.value.large);
+    cell.value.bytes = cell.whole;
+    cell.value.large = nullptr;
 }
 
 class Arena
@@ -230,7 +238,12 @@ SPropValue* BuildValues(const ULONG* tags, size_t count, const ValueSource& valu
         Cell& cell = cells[i];
         cell.error = Look(tags[i], values, options, cell);
         if (cell.error == S_OK && cell.value.large)
-            cell.error = MAPI_E_NOT_ENOUGH_MEMORY;
+        {
+            if (cell.value.large->Size() > options.wholeUpTo)
+                cell.error = MAPI_E_NOT_ENOUGH_MEMORY;
+            else
+                ReadWhole(cell);
+        }
         if (cell.error == S_OK && PROP_TYPE(cell.tag) != PT_NULL)
             room += Room(cell);
         failed += cell.error != S_OK;
@@ -250,13 +263,8 @@ bool BuildValue(ULONG tag, const ValueSource& values, const BuildOptions& option
 {
     Cell cell;
     cell.error = Look(tag, values, options, cell);
-    std::string whole;
     if (cell.error == S_OK && cell.value.large)
-    {
-        whole = EncodedFromLarge(cell.value.Type(), *cell.value.large);
-        cell.value.bytes = whole;
-        cell.value.large = nullptr;
-    }
+        ReadWhole(cell);
     const size_t room = cell.error == S_OK && PROP_TYPE(cell.tag) != PT_NULL ? Room(cell) : 0;
     Arena arena(room ? static_cast<char*>(Allocate(room, parent)) : nullptr);
     Fill(cell, value, arena);

@@ -13,13 +13,15 @@ struct BuildOptions
     bool unicode = false;
     /// Text asked for as PT_UNSPECIFIED keeps its stored type; goes before `unicode`.
     bool keepTextType = false;
+    /// Large values of at most so many bytes are read whole.
+    std::uint64_t wholeUpTo = 0;
 };
 
 /// Builds `count` values for `tags` (a tag of type PT_UNSPECIFIED takes the stored type), in this order, as
 /// one block of MAPI memory that the caller frees. A tag that was found has the asked type in the answer; one
 /// that was not is PT_ERROR with MAPI_E_NOT_FOUND; one whose stored type can not be given as the asked type
-/// is PT_ERROR with MAPI_E_NOT_FOUND as well; a large value is PT_ERROR with MAPI_E_NOT_ENOUGH_MEMORY.
-/// PT_NULL asks for PT_NULL. A multi-valued text converts between its two forms like a single one.
+/// is PT_ERROR with MAPI_E_NOT_FOUND as well; a large value above `wholeUpTo` is PT_ERROR with
+/// MAPI_E_NOT_ENOUGH_MEMORY. PT_NULL asks for PT_NULL. A multi-valued text converts between its two forms like a single one.
 /// @param errors set to the number of PT_ERROR answers; may be null.
 /// @throws Error MAPI_E_NOT_ENOUGH_MEMORY
 SPropValue* BuildValues(const ULONG* tags, size_t count, const ValueSource& values,

@@ -195,6 +195,7 @@ public:
     {
         const HRESULT result = this->Called("GetProps", Tags(tags) + "," + Number(flags));
         *values = nullptr;
+        *count = m_givesNothing ? 1 : 0;
         return FAILED(result) || m_givesNothing ? result : m_bag.Give(tags, count, values);
     }
     HRESULT STDMETHODCALLTYPE GetPropList(ULONG flags, LPSPropTagArray* tags) override
@@ -262,7 +263,7 @@ public:
     }
 
     Bag m_bag;
-    /// GetProps succeeds with null values.
+    /// GetProps succeeds with null values, and says that there is one.
     bool m_givesNothing = false;
     /// Handed out by OpenProperty.
     IUnknown* m_property = nullptr;

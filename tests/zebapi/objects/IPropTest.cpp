@@ -2,7 +2,10 @@
 #include "ObjectsTest.h"
 #include "zebapi/Message.h"
 #include "zebapi/PROPVALArray.h"
+#include "zebapi/SESSION.h"
 #include "zebapi/TAGS.h"
+
+#include <functional>
 
 using namespace zeb::test;
 
@@ -98,8 +101,34 @@ TEST_F(IProp, AssigningAnEmptyOneEmptiesLogsOnceAndTakesTheMarking)
 TEST_F(IProp, AssigningAnObjectToItselfIsSafe)
 {
     const CZebIProp& same = m_prop;
+    OpenProp marked;
+    marked.SetWAB(true);
+    m_prop.SetWAB(marked);
     m_prop = same;
-    EXPECT_EQ(m_object.References(), m_prop.IsValid() ? 1u : 0u);
+    EXPECT_TRUE(m_prop.IsValid());
+    EXPECT_TRUE(m_prop.IsWAB());
+    EXPECT_EQ(m_object.References(), 1u);
+    EXPECT_TRUE(m_log.Lines().empty());
+}
+
+TEST_F(IProp, ACopyOfAnEmptyOneIsEmptyWithALineInTheLog)
+{
+    OpenProp empty;
+    empty.SetWAB(true);
+    CZebIProp copy(static_cast<const CZebIProp&>(empty));
+    EXPECT_FALSE(copy.IsValid());
+    EXPECT_TRUE(copy.IsWAB());
+    EXPECT_EQ(Caught(), 1u);
+}
+
+TEST_F(IProp, CopiesResolveNamesThemselves)
+{
+    m_object.m_namedTags.assign(81, 0x90000000);
+    m_prop.GetTagsMap();
+    CZebIProp copy(m_prop);
+    Calls();
+    copy.GetTagsMap();
+    EXPECT_EQ(Calls(), (Lines{"prop: GetIDsFromNames(0x51,0x2)"}));
 }
 
 TEST_F(IProp, EveryUseOfAnEmptyOneRaisesAComError)
@@ -109,12 +138,30 @@ TEST_F(IProp, EveryUseOfAnEmptyOneRaisesAComError)
     values[PR_DISPLAY_NAME_A] = "x";
     EXPECT_EQ(Raised([&] { empty.GetObjectType(); }), E_POINTER);
     EXPECT_EQ(Raised([&] { empty.GetEntryID(); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.GetParentID(); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.GetBin(PR_ENTRYID); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.GetBinary(PR_ENTRYID); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.GetDisplayNameA(); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.GetDisplayNameW(); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.GetDisplayName(); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.SetDisplayNameA("x"); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.SetDisplayNameW(ZEBW("x")); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.SetDisplayName("x"); }), E_POINTER);
     EXPECT_EQ(Raised([&] { empty.GetStringPropA(PR_SUBJECT_A); }), E_POINTER);
     EXPECT_EQ(Raised([&] { empty.GetStringPropW(PR_SUBJECT_W); }), E_POINTER);
     EXPECT_EQ(Raised([&] { empty.GetTagsMap(); }), E_POINTER);
     EXPECT_EQ(Raised([&] { empty.GetRealTag(Named, true); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.GetNameFromTag(Named, false); }), E_POINTER);
     EXPECT_EQ(Raised([&] { empty.OpenProperty(PR_BODY_A, 0); }), E_POINTER);
     EXPECT_EQ(Raised([&] { empty.GetLongStringA(PR_BODY_A); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.GetLongStringW(PR_BODY_W); }), E_POINTER);
+    SPropTagArray* tags = nullptr;
+    SPropValue* raw = nullptr;
+    CZebSession session;
+    EXPECT_EQ(Raised([&] { empty.GetPropList(&tags, 0); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.GetProps(nullptr, values.CountPtr(), &raw, 0); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.SetProps(1, values, nullptr); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { empty.IsChildOf(session, ID("a"), false); }), E_POINTER);
     EXPECT_EQ(Raised([&] { empty.SetProps(values, false, nullptr); }), E_POINTER);
     EXPECT_EQ(Raised([&] { empty.DeleteProps(nullptr, nullptr); }), E_POINTER);
     EXPECT_EQ(Raised([&] { empty.SaveChanges(0); }), E_POINTER);
@@ -169,6 +216,42 @@ TEST_F(IProp, AFailingReadThrowsWithTheObjectsExtendedError)
     EXPECT_EQ(Described([&] { m_prop.GetBin(PR_ENTRYID); }),
               "Ver:1, Error:no wire, Component:prop, LowLewelError:2, Context:3 \n");
     EXPECT_EQ(Calls(), (Lines{"prop: GetProps([0xFFF0102],0x0)", "prop: GetLastError(0x80040115,0x0)"}));
+}
+
+TEST_F(IProp, EveryFailingCallThrowsItsResultWithTheObjectsExtendedErrorAndThisFile)
+{
+    CZebPropValArray values(1);
+    values[PR_SUBJECT_A] = "s";
+    CZebPropTagArray tags;
+    tags.AddOne(PR_SUBJECT_A);
+    CZebPropTagArray list;
+    CZebPropValArray read;
+    const std::pair<const char*, std::function<void(CZebIProp&)>> calls[] = {
+        {"GetPropList", [&](CZebIProp& prop) { prop.GetPropList(&list, 0); }},
+        {"GetProps", [&](CZebIProp& prop) { prop.GetProps(tags, read.CountPtr(), &read, 0); }},
+        {"GetProps", [&](CZebIProp& prop) { prop.GetObjectType(); }},
+        {"GetProps", [&](CZebIProp& prop) { prop.GetStringPropA(PR_SUBJECT_A); }},
+        {"GetProps", [&](CZebIProp& prop) { prop.GetStringPropW(PR_SUBJECT_W); }},
+        {"SetProps", [&](CZebIProp& prop) { prop.SetProps(values, false, nullptr); }},
+        {"DeleteProps", [&](CZebIProp& prop) { prop.DeleteProps(tags, nullptr); }},
+        {"SaveChanges", [&](CZebIProp& prop) { prop.SaveChanges(0); }},
+        {"OpenProperty", [&](CZebIProp& prop) { prop.OpenProperty(PR_BODY_A, 0); }},
+        {"GetIDsFromNames", [&](CZebIProp& prop) { prop.GetTagsMap(); }},
+    };
+    for (const auto& [method, call] : calls)
+    {
+        RecordingProp object(m_journal);
+        object.Fail(method, MAPI_E_DISK_ERROR);
+        object.m_error = "broken";
+        CZebIProp prop(&object);
+        m_log.Clear();
+        EXPECT_EQ(Described([&] { call(prop); }),
+                  "Ver:1, Error:broken, Component:prop, LowLewelError:2, Context:3 \n")
+            << method;
+        EXPECT_EQ(Calls().back(), "prop: GetLastError(0x80040116,0x0)") << method;
+        ASSERT_EQ(m_log.Lines().size(), 1u) << method;
+        EXPECT_NE(m_log.Lines()[0].text.find("IProp.cpp, line "), std::string::npos) << m_log.Lines()[0];
+    }
 }
 
 TEST_F(IProp, SuccessWithoutAValueIsAFailure)
@@ -254,6 +337,13 @@ TEST_F(IProp, GetPropsTakesExactlyTheTagsGiven)
     EXPECT_EQ(Thrown([&] { result[PR_ENTRYID]; }), MAPI_E_UNEXPECTED_ID) << "a received array does not grow";
 }
 
+TEST_F(IProp, GetPropsOfNoTagsHandsOnAnEmptyList)
+{
+    CZebPropValArray result;
+    m_prop.GetProps(result, 0);
+    EXPECT_EQ(Calls(), (Lines{"prop: GetProps([],0x0)"}));
+}
+
 TEST_F(IProp, AllPropsAreReadByTheListWithFlagsZero)
 {
     m_object.m_bag.Set(PR_SUBJECT_W, "s");
@@ -336,6 +426,7 @@ TEST_F(IProp, AStoreThatRefusesNamesIsAskedOnce)
         CZebIProp prop(&object);
         EXPECT_EQ(prop.GetTagsMap().GetCount(), 1) << refusal;
         EXPECT_EQ(prop.GetTagsMap().GetTag(Named, false), 0u);
+        EXPECT_TRUE(m_log.CountBeginning("EXCEPTION") == 0u) << "swallowed, not caught and logged";
         EXPECT_EQ(prop.GetRealTag(Named, false), 0u);
         EXPECT_EQ(Calls(), (Lines{"prop: GetIDsFromNames(0x51,0x2)"})) << refusal;
     }
@@ -347,6 +438,16 @@ TEST_F(IProp, OtherFailuresOfTheNamesPropagateAndAreAskedAgain)
     EXPECT_EQ(Thrown([&] { m_prop.GetTagsMap(); }), MAPI_E_NETWORK_ERROR);
     EXPECT_EQ(Thrown([&] { m_prop.GetRealTag(Named, false); }), MAPI_E_NETWORK_ERROR);
     EXPECT_EQ(Calls().size(), 2u);
+}
+
+TEST_F(IProp, NamesThatCanNotBeListedForWantOfMemoryLeaveTheMapEmpty)
+{
+    m_object.m_namedTags.assign(81, 0x90000000);
+    m_memory.FailAllocation(40);
+    EXPECT_EQ(Thrown([&] { m_prop.GetTagsMap(); }), MAPI_E_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(m_memory.LiveRoots(), 0u);
+    EXPECT_TRUE(Calls().empty());
+    EXPECT_GT(m_prop.GetTagsMap().GetCount(), 1);
 }
 
 TEST_F(IProp, SuccessWithoutTagsIsAFailure)

@@ -96,12 +96,29 @@ TEST_F(IPropText, ATextThatNoStringHoldsIsRefusedUnread)
     }
 }
 
+TEST_F(IPropText, ALongWideTextIsReadWhole)
+{
+    for (size_t size : {0u, 1u, 7u, 65535u, 10000000u})
+    {
+        const std::string bytes(size, 'x');
+        RecordingStream stream(m_journal, bytes);
+        m_object.m_property = &stream;
+        const std::u16string text = Str(m_prop.GetLongStringW(PR_BODY_W));
+        EXPECT_EQ(text, std::u16string(size / 2, u'\x7878')) << size;
+        EXPECT_EQ(Calls(), (Lines{"prop: OpenProperty(0x1000001F,IStream,0x0,0x0)", "stream: Stat(0x1)",
+                                  "stream: Read(" + Number(size) + ",null)"}));
+        EXPECT_EQ(stream.References(), 0u);
+    }
+}
+
 TEST_F(IPropText, AFailingStreamThrowsItsOwnResult)
 {
+    m_object.m_error = "not the stream's";
     RecordingStream stream(m_journal, "abc");
     stream.Fail("Read", STG_E_READFAULT);
     m_object.m_property = &stream;
     EXPECT_EQ(Thrown([&] { m_prop.GetLongStringA(PR_BODY_A); }), STG_E_READFAULT);
+    EXPECT_EQ(Described([&] { m_prop.GetLongStringW(PR_BODY_W); }), "0x8003001E");
     RecordingStream silent(m_journal, "abc");
     silent.Fail("Stat", STG_E_ACCESSDENIED);
     m_object.m_property = &silent;
@@ -141,6 +158,34 @@ TEST_F(IPropText, TheDumpNamesTagsAndTypesAndCutsValues)
         EXPECT_EQ(line.level, 3);
     }
     EXPECT_EQ(Calls().front(), "prop: GetPropList(0x80000000)");
+}
+
+TEST_F(IPropText, TheDumpWritesLongAndHostileValuesAsTheyAre)
+{
+    m_object.m_bag.Set(PR_SUBJECT_A, std::string("%s%n%1$s%"));
+    m_object.m_bag.Set(PR_BODY_W, std::string(300, 'w'));
+    m_object.m_bag.Set(PR_ENTRYID, std::string(300, '\xAB'));
+    m_object.m_bag.Set(PR_DISPLAY_NAME_A, std::string(255, 'n') + "\n\r");
+    m_object.m_bag.Set(PR_COMMENT_A, std::string());
+    m_prop.DumpAllProps();
+    std::string hex;
+    for (int i = 0; i < 128; ++i)
+    {
+        hex += "AB";
+    }
+    EXPECT_EQ(m_log.Texts(),
+              (Lines{"------------------", "PR_SUBJECT\tPT_STRING8\t%s%n%1$s%",
+                     "PR_BODY\tPT_UNICODE\t" + std::string(256, 'w'), "PR_ENTRYID\tPT_BINARY\t" + hex,
+                     "PR_DISPLAY_NAME\tPT_STRING8\t" + std::string(255, 'n') + "\n",
+                     "PR_COMMENT\tPT_STRING8\t", "------------------"}));
+}
+
+TEST_F(IPropText, TheDumpOfValuesThatAreNotThereIsTwoLines)
+{
+    m_object.m_bag.Set(PR_SUBJECT_A, "s");
+    m_object.m_givesNothing = true;
+    m_prop.DumpAllProps();
+    EXPECT_EQ(m_log.Texts(), (Lines{"------------------", "------------------"}));
 }
 
 TEST_F(IPropText, ADumpThatFailsIsLoggedAndGoesNoFurther)

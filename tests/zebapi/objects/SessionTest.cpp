@@ -4,6 +4,8 @@
 #include "tests/support/doubles/RecordingStore.h"
 #include "zebapi/RowSet.h"
 
+#include <functional>
+
 using namespace zeb::test;
 
 namespace
@@ -37,6 +39,22 @@ TEST_F(Session, AssigningAnEmptyOneEmptiesAndLogsOnce)
     EXPECT_EQ(Caught(), 1u);
     EXPECT_EQ(m_log.CountBeginning("EXCEPTION: Description: \"MAPI_E_INTERFACE_NOT_SUPPORTED\""), 1u);
     EXPECT_EQ(m_double.References(), 0u);
+}
+
+TEST_F(Session, AssigningWhatIsNoSessionEmptiesAndLogsOnce)
+{
+    RecordingSession stranger(m_journal, "stranger");
+    const CZebSession source(&stranger);
+    stranger.RefuseInterfaces();
+    m_session = source;
+    EXPECT_FALSE(m_session.IsValid());
+    EXPECT_TRUE(source.IsValid());
+    EXPECT_EQ(Caught(), 1u);
+    EXPECT_EQ(ThrowLines(), 1u);
+    EXPECT_NE(m_log.Lines()[0].text.find("0x80004002"), std::string::npos);
+    EXPECT_NE(m_log.Lines()[0].text.find("SESSION.cpp, line "), std::string::npos);
+    const CZebSession copy(source);
+    EXPECT_FALSE(copy.IsValid());
 }
 
 TEST_F(Session, AssigningItselfKeepsTheSession)
@@ -143,6 +161,64 @@ TEST_F(Session, AFailureCarriesTheSessionsExtendedError)
     EXPECT_EQ(Described([&] { m_session.OpenEntry(ID("x"), target, 0); }),
               "Ver:1, Error:denied, Component:session, LowLewelError:2, Context:3 \n");
     EXPECT_EQ(Calls().back(), "session: GetLastError(0x8004010F,0x0)");
+}
+
+TEST_F(Session, EveryFailingCallThrowsItsResultWithTheSessionsExtendedError)
+{
+    RowTable stores(m_journal);
+    stores.m_rows = {{{PR_ENTRYID, 0, "d"}, {PR_DEFAULT_STORE, 1, ""}}};
+    m_double.m_stores = &stores;
+    m_double.m_error = "denied";
+    CZebPropObj target;
+    const std::pair<const char*, std::function<void()>> calls[] = {
+        {"GetMsgStoresTable", [&] { m_session.GetMsgStoresTable(); }},
+        {"OpenMsgStore", [&] { m_session.OpenMsgStore(ID("a"), nullptr, 0); }},
+        {"OpenMsgStore", [&] { m_session.OpenDefaultMsgStore(nullptr, 0); }},
+        {"OpenAddressBook", [&] { m_session.OpenAddressBook(nullptr, 0); }},
+        {"CompareEntryIDs", [&] { m_session.CompareEntryIDs(ID("a"), ID("b")); }},
+        {"OpenEntry", [&] { m_session.OpenEntry(ID("a"), target, 0); }},
+    };
+    for (const auto& [method, call] : calls)
+    {
+        RecordingSession failing(m_journal);
+        failing.m_error = "denied";
+        failing.m_stores = &stores;
+        failing.Fail(method, MAPI_E_NO_ACCESS);
+        m_session = CZebSession(&failing);
+        EXPECT_EQ(Described(call), "Ver:1, Error:denied, Component:session, LowLewelError:2, Context:3 \n")
+            << method;
+        EXPECT_EQ(Calls().back(), "session: GetLastError(0x80070005,0x0)") << method;
+        m_session.Logoff(0, 0, 0);
+    }
+}
+
+TEST_F(Session, AFailedOpenLeavesTheTargetEmpty)
+{
+    RecordingProp before(m_journal);
+    CZebPropObj target(&before);
+    EXPECT_EQ(Thrown([&] { m_session.OpenEntry(ID("x"), target, 0); }), MAPI_E_NOT_FOUND);
+    EXPECT_FALSE(target.IsValid());
+    EXPECT_EQ(before.References(), 0u);
+}
+
+TEST_F(Session, ADefaultStoreWithoutAnIdentifierIsNotOpened)
+{
+    const auto openWith = [&](const RowData& row)
+    {
+        RowTable table(m_journal);
+        table.m_rows = {row};
+        m_double.m_stores = &table;
+        return Thrown([&] { m_session.OpenDefaultMsgStore(nullptr, 0); });
+    };
+    EXPECT_EQ(openWith({{PR_DEFAULT_STORE, 1, ""}}), MAPI_E_UNEXPECTED_ID);
+    EXPECT_EQ(openWith({{PR_DEFAULT_STORE, 1, ""}, {PROP_TAG(PT_ERROR, PROP_ID(PR_ENTRYID)), 0, ""}}),
+              MAPI_E_INVALID_TYPE);
+    EXPECT_EQ(openWith({{PROP_TAG(PT_LONG, PROP_ID(PR_DEFAULT_STORE)), 1, ""}, {PR_ENTRYID, 0, "a"}}),
+              MAPI_E_NOT_FOUND);
+    for (const std::string& call : Calls())
+    {
+        EXPECT_EQ(call.find("OpenMsgStore"), std::string::npos) << call;
+    }
 }
 
 TEST_F(Session, ComparesIdentifiers)

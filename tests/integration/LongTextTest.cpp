@@ -1,0 +1,139 @@
+// Texts and binaries of every length through streams.
+#include "tests/integration/Host.h"
+
+namespace zeb::test
+{
+namespace
+{
+
+using Wide = std::basic_string<WCHAR>;
+
+class LongText : public StoreHost
+{
+protected:
+    static void Write(CZebIProp& object, ULONG tag, const void* bytes, size_t size)
+    {
+        const CComPtr<IStream> stream = object.OpenProperty(tag, MAPI_CREATE | MAPI_MODIFY);
+        ULONG written = 0;
+        ThrowIfFailed(stream->Write(bytes, static_cast<ULONG>(size), &written), __FILE__, __LINE__);
+        EXPECT_EQ(written, size);
+        ThrowIfFailed(stream->Commit(STGC_DEFAULT), __FILE__, __LINE__);
+    }
+    CZebMessage Saved(ULONG tag, const void* bytes, size_t size)
+    {
+        CZebMessage message = Inbox().CreateMessage(0);
+        Write(message, tag, bytes, size);
+        message.SaveChanges(KEEP_OPEN_READWRITE);
+        return Opened<CZebMessage>(message.GetEntryID());
+    }
+    static std::string Text(size_t size)
+    {
+        std::string text(size, ' ');
+        for (size_t i = 0; i < size; ++i)
+            text[i] = static_cast<char>('a' + i % 23);
+        return text;
+    }
+    /// The bytes of a stream, read in pieces.
+    static std::string Bytes(const CComPtr<IStream>& stream)
+    {
+        std::string all;
+        char piece[4096];
+        for (ULONG got = 1; got != 0;)
+        {
+            ThrowIfFailed(stream->Read(piece, sizeof piece, &got), __FILE__, __LINE__);
+            all.append(piece, got);
+        }
+        return all;
+    }
+};
+
+TEST_F(LongText, NarrowTextOfEveryLengthComesBack)
+{
+    for (const size_t size : {0u, 1u, 7u, 65'535u, 10'000'000u})
+    {
+        const std::string text = Text(size);
+        CZebMessage message = Saved(PR_BODY_A, text.data(), text.size());
+        EXPECT_TRUE(message.GetLongStringA(PR_BODY_A).GetString() == text) << size;
+        EXPECT_TRUE(message.GetLongString(PR_BODY_A).GetString() == text) << size;
+        EXPECT_TRUE(message.GetLongStringW(PR_BODY_W).GetString() == Wide(text.begin(), text.end())) << size;
+    }
+}
+
+TEST_F(LongText, WideTextOfEveryLengthComesBack)
+{
+    for (const size_t length : {0u, 1u, 7u, 32'768u, 5'000'000u})
+    {
+        Wide text(length, WCHAR(0));
+        for (size_t i = 0; i < length; ++i)
+            text[i] = static_cast<WCHAR>(0x4E00 + i % 0x1000);
+        CZebMessage message = Saved(PR_BODY_W, text.data(), text.size() * sizeof(WCHAR));
+        EXPECT_TRUE(message.GetLongStringW(PR_BODY_W).GetString() == text) << length;
+    }
+}
+
+TEST_F(LongText, HalfACharacterAtTheEndOfWideTextIsNoCharacter)
+{
+    for (const size_t length : {3u, 32'767u})
+    {
+        const Wide text(length + 1, WCHAR('w'));
+        CZebMessage message = Saved(PR_BODY_W, text.data(), 2 * length + 1);
+        EXPECT_TRUE(message.GetLongStringW(PR_BODY_W).GetString() == text.substr(1)) << length;
+    }
+}
+
+TEST_F(LongText, TextWrittenByAnArrayComesBackThroughAStreamAndBackAgain)
+{
+    const std::string text = Text(300'000);
+    CZebPropValArray values(1);
+    values[PR_BODY_A] = text.c_str();
+    CZebMessage message = Inbox().CreateMessage(values, true, 0);
+    EXPECT_TRUE(Opened<CZebMessage>(message.GetEntryID()).GetLongString(PR_BODY_A).GetString() == text);
+    Write(message, PR_BODY_A, "short", 5);
+    message.SaveChanges(KEEP_OPEN_READWRITE);
+    EXPECT_STREQ(Opened<CZebMessage>(message.GetEntryID()).GetStringProp(PR_BODY_A), "short");
+}
+
+TEST_F(LongText, APropertyThatIsMissingOrNoTextIsNotRead)
+{
+    CZebPropValArray values(1);
+    values[PR_IMPORTANCE] = static_cast<LONG>(1);
+    CZebMessage message = Inbox().CreateMessage(values, true, 0);
+    EXPECT_EQ(FailureOf([&] { message.GetLongString(PR_BODY_A); }).result, MAPI_E_NOT_FOUND);
+    const Failure thrown = FailureOf([&] { message.GetLongString(PR_IMPORTANCE); });
+    EXPECT_EQ(thrown.result, MAPI_E_INTERFACE_NOT_SUPPORTED);
+    EXPECT_NE(thrown.text.find("texts"), std::string::npos) << thrown.text;
+}
+
+TEST_F(LongText, AStreamOpenedForReadingRefusesWrites)
+{
+    CZebMessage message = Saved(PR_BODY_A, "text", 4);
+    const CComPtr<IStream> stream = message.OpenProperty(PR_BODY_A, 0);
+    EXPECT_EQ(stream->Write("more", 4, nullptr), STG_E_ACCESSDENIED);
+    EXPECT_EQ(Bytes(stream), "text");
+}
+
+TEST_F(LongText, BinariesOfEveryLengthComeBack)
+{
+    for (const size_t size : {0u, 1u, 65'535u, 1'000'000u})
+    {
+        std::string bytes = Text(size);
+        if (size > 1)
+            bytes[size / 2] = '\0';
+        CZebMessage message = Saved(PR_RTF_COMPRESSED, bytes.data(), bytes.size());
+        EXPECT_TRUE(Bytes(message.OpenProperty(PR_RTF_COMPRESSED, 0)) == bytes) << size;
+    }
+}
+
+TEST_F(LongText, WhatWasWrittenAndNotSavedIsNotThere)
+{
+    CZebMessage message = Saved(PR_BODY_A, "kept", 4);
+    const std::string text = Text(100'000);
+    Write(message, PR_BODY_A, text.data(), text.size());
+    EXPECT_TRUE(message.GetLongString(PR_BODY_A).GetString() == text);
+    const CZebBinary id = message.GetEntryID();
+    message.Free();
+    EXPECT_STREQ(Opened<CZebMessage>(id).GetLongString(PR_BODY_A), "kept");
+}
+
+} // namespace
+} // namespace zeb::test
