@@ -410,11 +410,28 @@ TEST_F(IProp, FreeingEmptiesTheMap)
 
 TEST_F(IProp, NamesTheStoreDoesNotGiveAreLeftOut)
 {
-    // Two tags for 81 names, one of them an error.
-    m_object.m_namedTags = {PROP_TAG(PT_ERROR, 0), PROP_TAG(PT_UNSPECIFIED, 0x9001)};
+    // Three tags for 81 names, the last of them, that of 0x8062, an error.
+    m_object.m_namedTags = {0x90000000, 0x90010000, PROP_TAG(PT_ERROR, 0)};
     EXPECT_EQ(m_prop.GetTagsMap().GetCount(), 1);
     EXPECT_EQ(m_prop.GetRealTag(0x8005001E, true), 0x9001001Eu);
     EXPECT_EQ(m_prop.GetRealTag(0x8062001E, false), 0u);
+    EXPECT_EQ(m_prop.GetRealTag(0x80D8001E, false), 0u);
+}
+
+TEST_F(IProp, OneNameIsEnough)
+{
+    m_object.m_namedTags = {0x90000000};
+    EXPECT_EQ(m_prop.GetRealTag(0x8005001E, true), 0x9000001Eu);
+}
+
+TEST_F(IProp, TheFirstNamedTagIsLookedUp)
+{
+    m_object.m_namedTags = {0x90000000};
+    EXPECT_EQ(m_prop.GetRealTag(0x7FFF001F, false), 0x7FFF001Fu);
+    EXPECT_TRUE(Calls().empty());
+    EXPECT_EQ(m_prop.GetRealTag(0x8000001F, false), 0u);
+    EXPECT_EQ(m_prop.GetNameFromTag(0x8000001F, false), 0u);
+    EXPECT_EQ(Calls().size(), 1u);
 }
 
 TEST_F(IProp, AStoreThatRefusesNamesIsAskedOnce)
@@ -426,6 +443,9 @@ TEST_F(IProp, AStoreThatRefusesNamesIsAskedOnce)
         CZebIProp prop(&object);
         EXPECT_EQ(prop.GetTagsMap().GetCount(), 1) << refusal;
         EXPECT_EQ(prop.GetTagsMap().GetTag(Named, false), 0u);
+        CZebNameIdMap bothWays;
+        bothWays = prop.GetTagsMap();
+        EXPECT_EQ(bothWays.GetCount(), 1) << "0 to 0, and so the same the other way";
         EXPECT_TRUE(m_log.CountBeginning("EXCEPTION") == 0u) << "swallowed, not caught and logged";
         EXPECT_EQ(prop.GetRealTag(Named, false), 0u);
         EXPECT_EQ(Calls(), (Lines{"prop: GetIDsFromNames(0x51,0x2)"})) << refusal;
