@@ -16,7 +16,7 @@ protected:
     {
         SCOPED_TRACE("name: " + std::string(name.GetString()).substr(0, 60));
         CZebFolder made = m_home.CreateFolder(name, false, true, 0, nullptr, FOLDER_GENERIC);
-        // Longer text than 32 KiB is not handed out as a property, only as a stream.
+        // However long a name is, a stream gives it whole.
         const CStringW wide = made.GetLongStringW(PR_DISPLAY_NAME_W);
         EXPECT_EQ(std::string(made.GetLongStringA(PR_DISPLAY_NAME_A)), std::string(name));
         EXPECT_EQ(wide.GetLength(), name.GetLength());
