@@ -93,6 +93,37 @@ TEST_F(LongText, TextWrittenByAnArrayComesBackThroughAStreamAndBackAgain)
     EXPECT_STREQ(Opened<CZebMessage>(message.GetEntryID()).GetStringProp(PR_BODY_A), "short");
 }
 
+TEST_F(LongText, UpTo64KilobytesAreGivenAsAValueAndMoreThroughAStreamOnly)
+{
+    for (const size_t size : {4'096u, 4'098u, 65'536u, 65'538u})
+    {
+        const bool given = size <= 65'536;
+        const std::string text = Text(size);
+        const Wide wide(size / 2, WCHAR(0x4F60));
+        CZebPropValArray values(3);
+        values[PR_BODY_A] = text.c_str();
+        values[PR_COMMENT_W] = wide.c_str();
+        values[PR_RTF_COMPRESSED] =
+            SBinary{static_cast<ULONG>(size), reinterpret_cast<BYTE*>(const_cast<char*>(text.data()))};
+        CZebMessage message = Opened<CZebMessage>(Inbox().CreateMessage(values, true, 0).GetEntryID());
+        CZebPropValArray read;
+        message.GetProps(read, 3, PR_BODY_A, PR_COMMENT_W, PR_RTF_COMPRESSED);
+        for (const ULONG tag : {PR_BODY_A, PR_COMMENT_W, PR_RTF_COMPRESSED})
+            EXPECT_EQ(read.hasRealValue(tag), given) << size;
+        EXPECT_TRUE(message.GetStringPropA(PR_BODY_A).GetString() == (given ? text : "")) << size;
+        EXPECT_TRUE(message.GetStringPropW(PR_COMMENT_W).GetString() == (given ? wide : Wide())) << size;
+        EXPECT_TRUE(message.GetLongStringW(PR_COMMENT_W).GetString() == wide) << size;
+        if (!given)
+        {
+            EXPECT_EQ(static_cast<const SPropValue&>(read.GetAt(0)).Value.err, MAPI_E_NOT_ENOUGH_MEMORY);
+            EXPECT_EQ(FailureOf([&] { message.GetBin(PR_RTF_COMPRESSED); }).result, MAPI_E_INVALID_TYPE);
+            continue;
+        }
+        EXPECT_EQ(static_cast<const SBinary&>(read.GetAt(2)).cb, size);
+        EXPECT_TRUE(Bytes(message.OpenProperty(PR_RTF_COMPRESSED, 0)) == text);
+    }
+}
+
 TEST_F(LongText, APropertyThatIsMissingOrNoTextIsNotRead)
 {
     CZebPropValArray values(1);
