@@ -148,6 +148,31 @@ TEST_F(BadIdentifier, OfADeletedObjectIsNotFound)
     EXPECT_EQ(Contents().GetRowCount(), 0u);
 }
 
+TEST_F(BadIdentifier, OpensNoStoreAndIsTheSameAsNoOther)
+{
+    for (const Bytes* id : {&m_message, &m_folder})
+        EXPECT_EQ(FailureOf([&] { m_session->OpenMsgStore(Binary(*id), nullptr, 0); }).result,
+                  MAPI_E_INVALID_ENTRYID);
+    for (const Bytes* id : {&m_message, &m_folder, &m_storeId})
+        for (size_t length = 0; length < id->size(); ++length)
+        {
+            const Bytes cut(id->begin(), id->begin() + static_cast<std::ptrdiff_t>(length));
+            EXPECT_EQ(FailureOf([&] { m_session->OpenMsgStore(Binary(cut), nullptr, 0); }).result,
+                      MAPI_E_INVALID_ENTRYID)
+                << length;
+            for (const auto& [a, b] : {std::pair(&cut, id), std::pair(id, &cut)})
+                try
+                {
+                    EXPECT_FALSE(m_session->CompareEntryIDs(Binary(*a), Binary(*b))) << length;
+                }
+                catch (CZebException* exception)
+                {
+                    EXPECT_EQ(exception->GetResult(), MAPI_E_INVALID_ENTRYID) << length;
+                    exception->Delete();
+                }
+        }
+}
+
 TEST_F(BadIdentifier, WithoutBytesOpensTheRootOfAStoreAndNothingOfASession)
 {
     const SBinary nothing{0, nullptr};

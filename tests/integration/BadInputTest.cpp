@@ -77,6 +77,29 @@ TEST_F(BadRestriction, NestedTenThousandDeepIsRefusedByEveryCallThatTakesOne)
     ExpectTooComplex(FailureOf([&] { stores.Restrict(pairs, 0); }));
 }
 
+TEST_F(BadRestriction, OfAnyKindThatNestsIsRefusedTenThousandDeep)
+{
+    for (const ULONG kind : {RES_COMMENT, RES_SUBRESTRICTION, RES_NOT})
+    {
+        std::vector<SRestriction> nodes(Deep + 1);
+        for (int i = 0; i < Deep; ++i)
+        {
+            nodes[i].rt = kind;
+            if (kind == RES_NOT)
+                nodes[i].res.resNot.lpRes = &nodes[i + 1];
+            else if (kind == RES_COMMENT)
+                nodes[i].res.resComment.lpRes = &nodes[i + 1];
+            else
+                nodes[i].res.resSub = {PR_MESSAGE_RECIPIENTS, &nodes[i + 1]};
+        }
+        nodes[Deep].rt = RES_EXIST;
+        nodes[Deep].res.resExist.ulPropTag = PR_SUBJECT_A;
+        CZebTable table = Contents();
+        EXPECT_EQ(FailureOf([&] { table.Restrict(nodes.data(), 0); }).result, MAPI_E_TOO_COMPLEX) << kind;
+        EXPECT_EQ(table.GetRowCount(), 2u) << kind;
+    }
+}
+
 TEST_F(BadRestriction, NestedAsDeepAsAHostMeansItHolds)
 {
     CZebRestrictionAllocator restriction;
