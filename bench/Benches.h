@@ -27,5 +27,6 @@ Measurement ValueText(const Options& options);
 Measurement ArrayBuild(const Options& options);
 Measurement NameLookup(const Options& options);
 Measurement EidDump(const Options& options);
+Measurement StoreNotify(const Options& options);
 
 } // namespace bench

@@ -22,7 +22,7 @@ const Entry kEntries[] = {
     {"store-window", bench::StoreWindow}, {"store-sort", bench::StoreSort},
     {"store-memory", bench::StoreMemory}, {"value-text", bench::ValueText},
     {"array-build", bench::ArrayBuild},   {"name-lookup", bench::NameLookup},
-    {"eid-dump", bench::EidDump},
+    {"eid-dump", bench::EidDump},         {"store-notify", bench::StoreNotify},
 };
 
 int Measure(const bench::Options& options, const std::vector<std::string>& names)

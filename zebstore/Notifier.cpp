@@ -33,7 +33,14 @@ void Connection::Deliver(ULONG count, NOTIFICATION* notifications)
         sink = m_sink;
         m_deliverer = std::this_thread::get_id();
     }
-    sink->OnNotify(count, notifications);
+    try
+    {
+        sink->OnNotify(count, notifications);
+    }
+    catch (...)
+    {
+        // A sink has nobody to throw to.
+    }
     // Before the call counts as over: whoever waits in Cut may unload the sink's code next.
     sink = {};
     const std::lock_guard<std::mutex> hold(m_lock);
@@ -50,6 +57,12 @@ void Connection::Cut()
         m_idle.wait(hold, [&] { return m_deliverer == std::thread::id(); });
     // The sink's last reference may go with this, and it may call back: not under the lock.
     hold.unlock();
+}
+
+ULONG NextConnectionNumber()
+{
+    static std::atomic<ULONG> last{0};
+    return ++last;
 }
 
 Notifier& Notifier::The()

@@ -34,6 +34,9 @@ private:
     std::thread::id m_deliverer; // of the call in progress
 };
 
+/// A number for a new connection. None is given twice in a process, so one of another object is known for wrong.
+ULONG NextConnectionNumber();
+
 /// Looks for changes, and has sinks to tell of them.
 class Notified
 {

@@ -2,6 +2,7 @@
 #include "zebstore/Exports.h"
 #include "zebstore/Objects.h"
 #include "zebstore/ServiceAdmin.h"
+#include "zebstore/StoreSinks.h"
 
 #include <cstring>
 #include <mutex>
@@ -116,11 +117,27 @@ public:
                        });
     }
 
-    HRESULT STDMETHODCALLTYPE Advise(ULONG, LPENTRYID, ULONG, LPMAPIADVISESINK, ULONG*) override
+    HRESULT STDMETHODCALLTYPE Advise(ULONG size, LPENTRYID id, ULONG events, LPMAPIADVISESINK sink,
+                                     ULONG* connection) override
     {
-        return Refuse("IMAPISession::Advise");
+        return Guarded("IMAPISession::Advise",
+                       [&]
+                       {
+                           RequireObjectEvents(events, sink, connection);
+                           if (!size || !id)
+                               throw Error(MAPI_E_NO_SUPPORT, "the session itself has nothing to tell");
+                           std::optional<ItemId> item;
+                           if (LooksLikeStoreEntryId(id, size))
+                               RequireOurs(size, id);
+                           else
+                               item = Opened()->Parse(id, size);
+                           *connection = Sinks()->Advise(item, events, sink);
+                       });
     }
-    HRESULT STDMETHODCALLTYPE Unadvise(ULONG) override { return Refuse("IMAPISession::Unadvise"); }
+    HRESULT STDMETHODCALLTYPE Unadvise(ULONG connection) override
+    {
+        return Guarded("IMAPISession::Unadvise", [&] { Sinks()->Unadvise(connection); });
+    }
     HRESULT STDMETHODCALLTYPE MessageOptions(ULONG_PTR, ULONG, LPTSTR, LPMESSAGE) override
     {
         return Refuse("IMAPISession::MessageOptions");
@@ -158,6 +175,7 @@ public:
         return Guarded("IMAPISession::Logoff",
                        [&]
                        {
+                           CloseSinks();
                            const std::lock_guard<std::mutex> hold(m_lock);
                            m_loggedOn = false;
                            m_store.reset();
@@ -193,6 +211,30 @@ public:
     }
 
 private:
+    ~Session() override { CloseSinks(); }
+
+    /// Those of the session, made when they are first asked for.
+    std::shared_ptr<StoreSinks> Sinks()
+    {
+        const StorePtr store = Opened();
+        const std::lock_guard<std::mutex> hold(m_lock);
+        if (!m_sinks)
+            m_sinks = std::make_shared<StoreSinks>(store);
+        return m_sinks;
+    }
+
+    void CloseSinks() noexcept
+    {
+        std::shared_ptr<StoreSinks> sinks;
+        {
+            const std::lock_guard<std::mutex> hold(m_lock);
+            sinks.swap(m_sinks);
+        }
+        // Not under the lock: a call in progress, which is waited for, may use the session.
+        if (sinks)
+            sinks->Close();
+    }
+
     static HRESULT Refuse(const char* method)
     {
         return Guarded(method,
@@ -284,6 +326,7 @@ private:
     std::mutex m_lock;
     bool m_loggedOn = true;
     StorePtr m_store;
+    std::shared_ptr<StoreSinks> m_sinks;
 };
 
 } // namespace

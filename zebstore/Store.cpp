@@ -1,5 +1,6 @@
 // IMsgStore.
 #include "zebstore/Objects.h"
+#include "zebstore/StoreSinks.h"
 #include "zebstore/Table.h"
 #include "zebstore/storage/Text.h"
 
@@ -33,14 +34,27 @@ class StoreObject final : public PropObject<IMsgStore>
 public:
     StoreObject(const StorePtr& store, Access access)
         : PropObject(store, access)
+        , m_sinks(std::make_shared<StoreSinks>(store))
     {
     }
 
-    HRESULT STDMETHODCALLTYPE Advise(ULONG, LPENTRYID, ULONG, LPMAPIADVISESINK, ULONG*) override
+    HRESULT STDMETHODCALLTYPE Advise(ULONG size, LPENTRYID id, ULONG events, LPMAPIADVISESINK sink,
+                                     ULONG* connection) override
     {
-        return Refuse("IMsgStore::Advise");
+        return Guarded("IMsgStore::Advise",
+                       [&]
+                       {
+                           RequireObjectEvents(events, sink, connection);
+                           std::optional<ItemId> item;
+                           if (size && !LooksLikeStoreEntryId(id, size))
+                               item = Store()->Parse(id, size);
+                           *connection = m_sinks->Advise(item, events, sink);
+                       });
     }
-    HRESULT STDMETHODCALLTYPE Unadvise(ULONG) override { return Refuse("IMsgStore::Unadvise"); }
+    HRESULT STDMETHODCALLTYPE Unadvise(ULONG connection) override
+    {
+        return Guarded("IMsgStore::Unadvise", [&] { m_sinks->Unadvise(connection); });
+    }
 
     HRESULT STDMETHODCALLTYPE CompareEntryIDs(ULONG sizeA, LPENTRYID a, ULONG sizeB, LPENTRYID b, ULONG flags,
                                               ULONG* same) override
@@ -159,9 +173,11 @@ public:
     }
 
 private:
+    ~StoreObject() override { m_sinks->Close(); }
+
     static HRESULT Refuse(const char* method)
     {
-        return Guarded(method, [] { throw Error(MAPI_E_NO_SUPPORT, "the store does not send or notify"); });
+        return Guarded(method, [] { throw Error(MAPI_E_NO_SUPPORT, "the store does not send"); });
     }
 
     bool Answers(REFIID iid) const override { return IsOneOf(iid, {&IID_IMAPIProp, &IID_IMsgStore}); }
@@ -274,6 +290,7 @@ private:
     }
 
     PropertySet m_properties;
+    const std::shared_ptr<StoreSinks> m_sinks;
 };
 
 } // namespace

@@ -3,7 +3,6 @@
 #include "zebstore/storage/ValueBuilder.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstring>
 
 namespace zebstore
@@ -18,13 +17,6 @@ constexpr size_t MostWaiting = 256;
 bool IsTextType(ULONG type)
 {
     return type == PT_STRING8 || type == PT_UNICODE;
-}
-
-// A number is never given twice in a process, so one of another table is known for wrong.
-ULONG NextConnection()
-{
-    static std::atomic<ULONG> last{0};
-    return ++last;
 }
 
 // Owns a row set while it is filled.
@@ -122,7 +114,7 @@ SPropValue* TableState::BuildRow(const std::vector<ULONG>& columns, const ValueS
 
 ULONG TableState::Advise(IMAPIAdviseSink* sink)
 {
-    const ULONG number = NextConnection();
+    const ULONG number = NextConnectionNumber();
     {
         const std::lock_guard<std::mutex> hold(m_lock);
         m_view.SetListener(this);

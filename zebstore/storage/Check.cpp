@@ -1,5 +1,6 @@
 // StoreFile::CheckWhole: the file's own rules, held against its rows.
 #include "zebstore/storage/PropertyBlob.h"
+#include "zebstore/storage/RecentChanges.h"
 #include "zebstore/storage/Schema.h"
 #include "zebstore/storage/StoreParts.h"
 
@@ -97,7 +98,7 @@ void CheckCounters(Database& database, Problems& problems)
         counted[container] = {rows.Number(1), counts ? rows.Number(2) : 0};
         last[container] = rows.Number(3) & 0xFFFFFFFF;
     }
-    Query query(database, "SELECT container, rows, unread, next FROM contents");
+    Query query(database, "SELECT container, rows, unread, next, recent FROM contents");
     while (query.Step())
     {
         const std::int64_t container = query.Number(0);
@@ -111,6 +112,8 @@ void CheckCounters(Database& database, Problems& problems)
                                " unread messages and has " + std::to_string(found.second));
         if (query.Number(3) <= last[container])
             problems.push_back(folder + ": its next number is taken");
+        if (!IsRecentSound(query.Bytes(4)))
+            problems.push_back(folder + ": its list of recent changes can not be read");
         counted.erase(container);
     }
     for (const auto& lost : counted)

@@ -75,17 +75,10 @@ public:
         return static_cast<ULONG>(m_store->FoldersUnder(m_folder, true).size());
     }
 
-    // The tree's change number; followed, the counters of folders count too. Between two changes of the tree the sum
-    // of all change numbers only rises.
+    // The counters of folders move with every message; only who follows needs to know.
     std::uint64_t Generation() override
     {
-        const std::uint64_t tree = m_store->Generation(0, false);
-        if (!m_followed)
-            return tree;
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-        Query query(m_store->Connection(), "SELECT sum(change) FROM contents");
-        query.Step();
-        return (tree << 32) + (static_cast<std::uint64_t>(query.Number(0)) & 0xFFFFFFFF);
+        return m_followed ? m_store->ChangeStamp() : m_store->Generation(0, false);
     }
 
     std::shared_ptr<void> Moment() override { return std::make_shared<StoreMoment>(*m_store); }

@@ -34,4 +34,12 @@ std::vector<RecentChange> LastRecent(std::string_view recent, size_t count)
     return changes;
 }
 
+bool IsRecentSound(std::string_view recent)
+{
+    const std::vector<RecentChange> changes = LastRecent(recent, MostRecent);
+    return changes.size() * EntrySize == recent.size() &&
+           std::all_of(changes.begin(), changes.end(),
+                       [](const RecentChange& change) { return change.event <= RowEvent::Modified; });
+}
+
 } // namespace zebstore

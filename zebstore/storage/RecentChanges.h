@@ -31,4 +31,7 @@ void AddRecent(std::string& recent, const RecentChange& change);
 /// The last `count` entries, oldest first; fewer when there are fewer.
 std::vector<RecentChange> LastRecent(std::string_view recent, size_t count);
 
+/// True when it is made of whole entries, not too many, each with an event that there is.
+bool IsRecentSound(std::string_view recent);
+
 } // namespace zebstore

@@ -302,4 +302,14 @@ std::uint64_t StoreFile::Generation(FolderId folder, bool associated)
     return query.Step() ? static_cast<std::uint64_t>(query.Number(0)) + 1 : 0;
 }
 
+// Between two changes of the tree the sum of all change numbers only rises; a deleted folder changes the tree.
+std::uint64_t StoreFile::ChangeStamp()
+{
+    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    const ReadScope moment(*m_database);
+    Query query(*m_database, "SELECT sum(change) FROM contents");
+    query.Step();
+    return (Generation(0, false) << 32) + (static_cast<std::uint64_t>(query.Number(0)) & 0xFFFFFFFF);
+}
+
 } // namespace zebstore

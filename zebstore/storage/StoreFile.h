@@ -229,6 +229,9 @@ public:
     /// or with folder 0 the folder tree.
     std::uint64_t Generation(FolderId folder, bool associated);
 
+    /// Becomes another number with each change of the folder tree or of any folder's messages.
+    std::uint64_t ChangeStamp();
+
     /// The connection, for the storage's own parts; only under Lock().
     Database& Connection() { return *m_database; }
 

@@ -1,8 +1,6 @@
-#include "tests/zebstore/storage/Restrictions.h"
-#include "tests/zebstore/storage/TableCopy.h"
+#include "tests/zebstore/storage/NotifyTables.h"
 
-#include "zebstore/Notifier.h"
-#include "zebstore/Table.h"
+#include "zebstore/storage/Database.h"
 
 #include <random>
 
@@ -11,93 +9,7 @@ namespace zebstore::test
 namespace
 {
 
-// What the provider computes, in small.
-class Computed : public ComputedProperties
-{
-public:
-    bool OfMessage(ULONG tag, MessageId message, PropertySet& out) const override
-    {
-        if (PROP_ID(tag) != PROP_ID(PR_INSTANCE_KEY))
-            return false;
-        out.SetBinary(PR_INSTANCE_KEY, &message, sizeof(message));
-        return true;
-    }
-    bool OfFolder(ULONG tag, const FolderInfo& folder, PropertySet& out) const override
-    {
-        return OfMessage(tag, folder.id, out);
-    }
-    std::vector<ULONG> MessageTags() const override { return {PR_INSTANCE_KEY}; }
-    std::vector<ULONG> FolderTags() const override { return {PR_INSTANCE_KEY}; }
-};
-
-class NotifyTest : public StorageTest
-{
-protected:
-    static constexpr FolderId Archive = IdOf(StandardFolder::SentItems);
-
-    void TearDown() override
-    {
-        Notifier::The().Stop();
-        StorageTest::TearDown();
-    }
-
-    static MessageContent Numbered(LONG number)
-    {
-        MessageContent content = Mail("subject " + std::to_string(number % 7));
-        content.properties.SetLong(PR_IMPORTANCE, number);
-        return content;
-    }
-    MessageId Add(LONG number, FolderId folder = Inbox)
-    {
-        return Store().CreateMessage(folder, false, Numbered(number));
-    }
-    void Change(MessageId message, LONG number)
-    {
-        MessageContent content = Numbered(number);
-        Store().SaveMessage(message, content, 0);
-    }
-
-    Ref<IMAPITable> Contents(FolderId folder = Inbox)
-    {
-        const auto table =
-            CreateTable(MakeContentsRows(m_store, folder, false, std::make_shared<Computed>()), {});
-        EXPECT_EQ(table->SetColumns(TagArray({PR_SUBJECT_A, PR_IMPORTANCE, PR_INSTANCE_KEY}).Get(), 0), S_OK);
-        return table;
-    }
-    Ref<IMAPITable> Hierarchy(FolderId folder, bool wholeTree)
-    {
-        const auto table =
-            CreateTable(MakeHierarchyRows(m_store, folder, wholeTree, std::make_shared<Computed>()), {});
-        EXPECT_EQ(table->SetColumns(TagArray({PR_DISPLAY_NAME_A, PR_DEPTH, PR_CONTENT_COUNT,
-                                              PR_CONTENT_UNREAD, PR_SUBFOLDERS, PR_INSTANCE_KEY})
-                                        .Get(),
-                                    0),
-                  S_OK);
-        return table;
-    }
-    static Ref<IMAPITable> Sorted(Ref<IMAPITable> table, ULONG tag, ULONG order = TABLE_SORT_ASCEND)
-    {
-        EXPECT_EQ(table->SortTable(SortSet({{tag, order}}).Get(), 0), S_OK);
-        return table;
-    }
-    Ref<IMAPITable> Restricted(Ref<IMAPITable> table, LONG below)
-    {
-        EXPECT_EQ(table->Restrict(m_make.Property(RELOP_LT, LongValue(PR_IMPORTANCE, below)), 0), S_OK);
-        return table;
-    }
-
-    // The copy that the sink made becomes what a fresh read gives, by row events alone.
-    static void ExpectFollowed(Followed& followed)
-    {
-        const CopiedRows fresh = ReadCopy(followed.Table());
-        EXPECT_TRUE(followed.Sink().Becomes(fresh)) << testing::PrintToString(followed.Sink().Rows()) << "\n"
-                                                    << testing::PrintToString(fresh);
-        EXPECT_EQ(followed.Sink().Whole(), 0);
-    }
-
-    RestrictionMaker m_make;
-};
-
+using NotifyTest = NotifyTables;
 using Events = std::vector<ULONG>;
 
 TEST_F(NotifyTest, RowsAddedChangedAndDeletedAreToldOneByOne)
@@ -197,16 +109,88 @@ TEST_F(NotifyTest, FoldersCreatedRenamedMovedAndDeletedAreTold)
 
 TEST_F(NotifyTest, TooManyChangesAtOnceAreOneThatSaysAllHasChanged)
 {
-    Followed followed(Contents());
+    const auto addAtOnce = [&](int count)
     {
         const std::lock_guard<std::recursive_mutex> hold(Store().Lock());
-        for (int i = 0; i < 200; ++i)
+        for (int i = 0; i < count; ++i)
             Add(i);
-    }
+    };
+    Followed followed(Contents());
+    addAtOnce(128);
+    ASSERT_TRUE(followed.Sink().Hears(128));
+    ExpectFollowed(followed);
+    followed.Sink().Start({});
+    addAtOnce(129);
     ASSERT_TRUE(followed.Sink().HearsWhole());
     EXPECT_EQ(followed.Sink().Events(), Events{TABLE_CHANGED});
     followed.Sink().Start(ReadCopy(followed.Table()));
     Add(1000);
+    ASSERT_TRUE(followed.Sink().Hears(1));
+    ExpectFollowed(followed);
+}
+
+TEST_F(NotifyTest, ATableThatIsSortedOrRestrictedAnewTellsOfItsNewOrder)
+{
+    for (LONG i = 0; i < 10; ++i)
+        Add(i * 10);
+    Followed followed(Contents());
+    const auto expectTold = [&](LONG number)
+    {
+        followed.Sink().Start(ReadCopy(followed.Table()));
+        Add(number);
+        ASSERT_TRUE(followed.Sink().Hears(1));
+        ExpectFollowed(followed);
+    };
+    expectTold(15);
+    Sorted(followed.TablePointer(), PR_IMPORTANCE, TABLE_SORT_DESCEND);
+    expectTold(25);
+    Restricted(followed.TablePointer(), 50);
+    expectTold(35);
+    ASSERT_EQ(followed.Table().SortTable(SortSet({}).Get(), 0), S_OK);
+    ASSERT_EQ(followed.Table().Restrict(nullptr, 0), S_OK);
+    expectTold(45);
+}
+
+TEST_F(NotifyTest, ColumnsThatAreSetLaterComeWithTheNextRow)
+{
+    Followed followed(Contents());
+    Add(7);
+    ASSERT_TRUE(followed.Sink().Hears(1));
+    EXPECT_EQ(followed.Sink().Rows().at(0).cells.size(), 3u);
+    ASSERT_EQ(followed.Table().SetColumns(TagArray({PR_IMPORTANCE, PR_INSTANCE_KEY}).Get(), 0), S_OK);
+    Add(8);
+    ASSERT_TRUE(followed.Sink().Hears(2));
+    EXPECT_EQ(followed.Sink().Rows().at(1).cells.size(), 2u);
+}
+
+TEST_F(NotifyTest, RowsInMemoryThatAreReplacedAreToBeReadAnew)
+{
+    PropertySet row;
+    row.SetLong(PR_IMPORTANCE, 1);
+    const auto rows = std::make_shared<MemoryRows>(std::vector<PropertySet>{row});
+    const Ref<IMAPITable> table = CreateTable(rows, {});
+    const Ref<CopyingSink> sink = Ref<CopyingSink>::Adopt(new CopyingSink);
+    ULONG connection = 0;
+    ASSERT_EQ(table->Advise(fnevTableModified, sink.Get(), &connection), S_OK);
+    rows->Replace({row, row});
+    ASSERT_TRUE(sink->HearsWhole());
+    EXPECT_EQ(sink->Events(), Events{TABLE_CHANGED});
+}
+
+TEST_F(NotifyTest, ARowThatCanNotBeBuiltIsAnErrorAndThenAllIsToBeReadAnew)
+{
+    Followed followed(Sorted(Contents(), PR_IMPORTANCE));
+    Switches switches;
+    switches.failingAllocation = 1;
+    ApplySwitches(switches);
+    Add(1);
+    EXPECT_TRUE(followed.Sink().Hears(2));
+    EXPECT_TRUE(FaultHappened());
+    ApplySwitches({});
+    EXPECT_EQ(followed.Sink().Events(), (Events{TABLE_ERROR, TABLE_CHANGED}));
+    EXPECT_EQ(ReadCopy(followed.Table()).size(), 1u);
+    followed.Sink().Start(ReadCopy(followed.Table()));
+    Add(2);
     ASSERT_TRUE(followed.Sink().Hears(1));
     ExpectFollowed(followed);
 }
@@ -297,6 +281,35 @@ TEST_F(NotifyTest, AfterItsEventsACopyIsWhatAFreshReadGives)
             ASSERT_FALSE(HasFailure());
         }
     }
+}
+
+TEST_F(NotifyTest, AListOfChangesThatCanNotBeReadIsFoundByTheCheck)
+{
+    Add(1);
+    EXPECT_TRUE(Store().CheckWhole().empty());
+    const auto spoil = [&](const char* recent)
+    {
+        Store().Connection().Execute(
+            (std::string("UPDATE contents SET recent=") + recent + " WHERE container=6").c_str());
+        const std::vector<std::string> problems = Store().CheckWhole();
+        return problems.empty() ? std::string() : problems[0];
+    };
+    const std::string found = "folder 3: its list of recent changes can not be read";
+    EXPECT_EQ(spoil("x'0102'"), found);
+    EXPECT_EQ(spoil("x'0700000000000000'"), found) << "an event that there is not";
+    EXPECT_EQ(spoil("zeroblob(1032)"), found) << "too many";
+    EXPECT_EQ(spoil("zeroblob(1024)"), "");
+}
+
+TEST_F(NotifyTest, ASinkThatThrowsIsToldOn)
+{
+    Followed followed(Contents());
+    followed.Sink().Then([] { throw std::runtime_error("from a sink"); });
+    Add(1);
+    ASSERT_TRUE(followed.Sink().Hears(1));
+    Add(2);
+    ASSERT_TRUE(followed.Sink().Hears(2));
+    followed.Sink().Then({});
 }
 
 TEST_F(NotifyTest, AfterUnadviseNothingIsToldAndTheSinkIsReleased)

@@ -127,6 +127,25 @@ TEST_F(StoreFileTest, ANewerSchemaIsAVersionError)
     EXPECT_NE(text.find("version 3"), std::string::npos);
 }
 
+TEST_F(StoreFileTest, AFileOfTheFirstVersionIsBroughtUpWhenItIsOpenedForWriting)
+{
+    const MessageId message = Store().CreateMessage(Inbox, false, Mail("old"));
+    Spoil("ALTER TABLE contents DROP COLUMN recent; PRAGMA user_version=1");
+    m_store.reset();
+    StoreFile::OpenOptions readOnly;
+    readOnly.readOnly = true;
+    std::string text;
+    EXPECT_EQ(CodeOf([&] { StoreFile::Open(Path("test.zeb"), readOnly); }, &text), MAPI_E_VERSION);
+    EXPECT_NE(text.find("opened for writing once"), std::string::npos) << text;
+    m_store = StoreFile::Open(Path("test.zeb"), {});
+    EXPECT_EQ(Store().LoadMessage(message).properties.Text(PR_SUBJECT_W), "old");
+    Store().CreateMessage(Inbox, false, Mail("new"));
+    EXPECT_EQ(Store().Folder(Inbox).messages, 2u);
+    m_store.reset();
+    m_store = StoreFile::Open(Path("test.zeb"), readOnly);
+    EXPECT_EQ(Store().Folder(Inbox).messages, 2u);
+}
+
 TEST_F(StoreFileTest, AMissingTableIsRefused)
 {
     Spoil("DROP TABLE chunk");

@@ -102,9 +102,9 @@ public:
             }
             then = m_then;
         }
+        m_heard.notify_all();
         if (then)
             then();
-        m_heard.notify_all();
         return 0;
     }
 
@@ -126,6 +126,11 @@ public:
     bool Becomes(const CopiedRows& expected)
     {
         return Waits([&] { return m_rows == expected; });
+    }
+    /// The same, or is told that all may have changed.
+    bool BecomesOrIsLost(const CopiedRows& expected)
+    {
+        return Waits([&] { return m_rows == expected || m_whole > 0; });
     }
     /// Waits for `count` events in all.
     bool Hears(size_t count)
@@ -181,6 +186,8 @@ private:
     void Follow(const TABLE_NOTIFICATION& table)
     {
         m_events.push_back(table.ulTableEvent);
+        if (m_whole > 0)
+            return; // the copy must be read anew before it can follow again
         switch (table.ulTableEvent)
         {
         case TABLE_ROW_ADDED:
@@ -260,6 +267,7 @@ public:
     }
 
     IMAPITable& Table() { return *m_table; }
+    const Ref<IMAPITable>& TablePointer() const { return m_table; }
     CopyingSink& Sink() { return *m_sink; }
     ULONG Number() const { return m_connection; }
     void Forget() { m_connection = 0; }
