@@ -154,6 +154,21 @@ TEST_F(Session, RefusesAFolderAsAMessageAndLeavesTheTargetEmpty)
     EXPECT_EQ(folder.References(), 0u);
 }
 
+TEST_F(Session, APlainObjectTakesStoresToDistributionListsAndNothingElse)
+{
+    for (ULONG type = 0; type <= 12; ++type)
+    {
+        RecordingProp object(m_journal);
+        m_double.m_openable.Add("o", &object, type);
+        CZebPropObj target;
+        const HRESULT thrown = Thrown([&] { m_session.OpenEntry(ID("o"), target, MAPI_BEST_ACCESS); });
+        EXPECT_EQ(thrown, type >= MAPI_STORE && type <= MAPI_DISTLIST ? S_OK : MAPI_E_INVALID_TYPE) << type;
+        EXPECT_EQ(target.IsValid(), thrown == S_OK) << type;
+        EXPECT_EQ(object.References(), thrown == S_OK ? 1u : 0u) << type;
+        EXPECT_EQ(Calls(), (Lines{"session: OpenEntry(6F,IMAPIProp,0x10)"}));
+    }
+}
+
 TEST_F(Session, AFailureCarriesTheSessionsExtendedError)
 {
     m_double.m_error = "denied";
