@@ -73,6 +73,7 @@ TEST(BinaryParser, PositionMovesPastTheEndAndNeverWraps)
     EXPECT_EQ(parser.Current(), bytes.Start() + 3);
     parser.Advance(10);
     EXPECT_EQ(parser.Offset(), 13u);
+    EXPECT_EQ(parser.Current(), bytes.Start() + 4) << "the end";
     EXPECT_EQ(parser.Remaining(), 0u);
     parser.Advance(UINT64_MAX);
     EXPECT_EQ(parser.Offset(), UINT64_MAX);

@@ -315,6 +315,9 @@ TEST_F(EntryIDInfo, TextThatAStringCanNotHoldIsRefused)
     text.AppendNumber(0xAB);
     EXPECT_EQ(text.Take(), "kept0x000000AB");
     EXPECT_EQ(text.Take(), "");
+    CDumpText roomy(1000);
+    roomy.Append("no more than this");
+    EXPECT_EQ(roomy.Take().GetLength(), 17);
 }
 
 TEST_F(EntryIDInfo, OtherContactTypesAreNamed)
@@ -372,8 +375,8 @@ TEST_F(EntryIDInfo, CopiesAreDeep)
     const std::string wrapped = "00000000" + unknownUID + "0300" + Filled("B2", 48);
     const std::string hexes[] = {
         "00000000" + contactUID + "03000000" + "04000000" + "01000000" + "46000000" + wrapped,
-        "00000000" + unknownUID + "0200" + Filled("A1", 16),
-        "00000000" + oneOffUID + "00000080" + WideText(u"a") + WideText(u"b") + WideText(u"c"),
+        "80800000" + unknownUID + "0200" + Filled("A1", 16),
+        "80000000" + oneOffUID + "00000080" + WideText(u"a") + WideText(u"b") + WideText(u"c") + "FF",
         "00000000" + wrapUID + "0000" + Text("emsmdb.dll"),
         "00000000" + exchangeUID,
         "00000000" + unknownUID,
@@ -382,8 +385,12 @@ TEST_F(EntryIDInfo, CopiesAreDeep)
     {
         auto original = std::make_unique<CEntryIDInfo>(CZebBinary(hex.c_str()));
         const std::string dump(original->Dump(""));
+        const eidt type = original->Type();
+        const std::uint64_t unread = original->Unread();
         const CEntryIDInfo copy(*original);
         original.reset();
+        EXPECT_EQ(copy.Type(), type);
+        EXPECT_EQ(copy.Unread(), unread);
         EXPECT_EQ(std::string(copy.Dump("")), dump);
     }
 }

@@ -8,6 +8,7 @@
 
 #include <string>
 #include <type_traits>
+#include <utility>
 
 namespace zeb::test
 {
@@ -222,6 +223,77 @@ TEST_F(Restriction, AllocatingAgainFreesTheFirstTree)
     EXPECT_EQ(ThrownBy([&] { owner.Allocate(); }), MAPI_E_NOT_ENOUGH_MEMORY);
     EXPECT_TRUE(owner.IsEmpty());
     EXPECT_EQ(memory.LiveRoots(), 0u);
+}
+
+TEST_F(Restriction, CallsItsOwnOperationsThroughTheirSlots)
+{
+    class Overriding : public CZebRestrictionAllocator
+    {
+    public:
+        void CheckValid() const override
+        {
+            calls += "CheckValid ";
+            CZebRestrictionAllocator::CheckValid();
+        }
+        void CreateContentA(ULONG propTag, const char* text, ULONG fuzzyLevel) override
+        {
+            calls += "CreateContentA ";
+            CZebRestrictionAllocator::CreateContentA(propTag, text, fuzzyLevel);
+        }
+        CZebRestriction operator[](ULONG index) override
+        {
+            calls += "[] ";
+            return CZebRestrictionAllocator::operator[](index);
+        }
+        using CZebRestrictionAllocator::operator[];
+        void Free() override
+        {
+            calls += "Free ";
+            CZebRestrictionAllocator::Free();
+            EXPECT_EQ(m_base, nullptr);
+            EXPECT_EQ(m_node, nullptr);
+        }
+        std::string Calls() { return std::exchange(calls, std::string()); }
+
+        mutable std::string calls;
+    };
+    Overriding tree;
+    tree.Allocate();
+    EXPECT_EQ(tree.Calls(), "Free ");
+    tree.CreateContent(PR_SUBJECT_A, "x", FL_SUBSTRING);
+    EXPECT_EQ(tree.Calls(), "CreateContentA CheckValid ");
+    tree.CreateAnd(1);
+    tree.CreateOr(1);
+    EXPECT_EQ(tree.Calls(), "CheckValid CheckValid ");
+    tree[0];
+    EXPECT_EQ(tree.Calls(), "CheckValid [] CheckValid ");
+    (void)static_cast<SRestriction*>(tree);
+    tree.CreateNot();
+    tree.CreateProp(PR_SUBJECT_A, RELOP_EQ);
+    tree.CreateExist(PR_SUBJECT_A);
+    tree.CreateCompareProps(PR_SUBJECT_A, PR_BODY_A, RELOP_EQ);
+    tree.CreateContentW(PR_SUBJECT_W, ZEBW("x"), FL_SUBSTRING);
+    tree.CreateBitMask(PR_MESSAGE_FLAGS, 1, BMR_EQZ);
+    EXPECT_EQ(tree.Calls(), "CheckValid CheckValid CheckValid CheckValid CheckValid CheckValid CheckValid ");
+    tree.Free();
+    EXPECT_EQ(tree.Calls(), "Free ");
+}
+
+TEST_F(Restriction, ViewWithoutATreeBuildsNothing)
+{
+    class Loose : public CZebRestriction
+    {
+    public:
+        explicit Loose(SRestriction* node)
+            : CZebRestriction(node, nullptr)
+        {
+        }
+    };
+    Loose view(Root());
+    EXPECT_FALSE(view.IsEmpty());
+    EXPECT_EQ(ThrownBy([&] { view.CreateExist(PR_SUBJECT_A); }), MAPI_E_INVALID_OBJECT);
+    EXPECT_EQ(ThrownBy([&] { (void)static_cast<SRestriction*>(view); }), MAPI_E_INVALID_OBJECT);
+    EXPECT_EQ(Root()->rt, ULONG{RES_AND});
 }
 
 TEST_F(Restriction, OwnerTakesNoAssignment)

@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <utility>
+
 namespace zeb::test
 {
 
@@ -105,6 +108,52 @@ TEST_F(SortOrder, AddressEmptiesAndTakesWhatIsStored)
     EXPECT_EQ(order.GetCount(), 0);
     order.Add(PR_SUBJECT_A, TABLE_SORT_COMBINE);
     EXPECT_EQ(SetOf(order)->aSort[0].ulOrder, 0u);
+}
+
+TEST_F(SortOrder, CallsItsOwnOperationsThroughTheirSlots)
+{
+    class Overriding : public CZebSortOrder
+    {
+    public:
+        Overriding()
+            : CZebSortOrder(0, 0)
+        {
+        }
+        void Allocate(int count) override
+        {
+            calls += "Allocate ";
+            CZebSortOrder::Allocate(count);
+        }
+        void Empty() override
+        {
+            calls += "Empty ";
+            CZebSortOrder::Empty();
+        }
+        int GetCount() const override
+        {
+            calls += "GetCount ";
+            return CZebSortOrder::GetCount();
+        }
+        bool IsValid() const override
+        {
+            calls += "IsValid ";
+            return CZebSortOrder::IsValid();
+        }
+        using CZebSortOrder::operator=;
+        std::string Calls() { return std::exchange(calls, std::string()); }
+
+        mutable std::string calls;
+    };
+    Overriding order;
+    order.Add(PR_SUBJECT_A, TABLE_SORT_ASCEND);
+    EXPECT_EQ(order.Calls(), "GetCount Allocate ");
+    (void)static_cast<SSortOrderSet*>(order);
+    EXPECT_EQ(order.Calls(), "IsValid ");
+    const CZebSortOrder none(0, 0);
+    order = none;
+    EXPECT_EQ(order.Calls(), "Empty ");
+    EXPECT_EQ(*&order, nullptr);
+    EXPECT_EQ(order.Calls(), "Empty ");
 }
 
 TEST_F(SortOrder, FailedGrowthLeavesTheSetAsItWas)

@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <string>
+#include <utility>
 
 namespace zeb::test
 {
@@ -210,6 +212,8 @@ TEST_F(PropValArray, ShrinkingNeitherFreesNorMoves)
     array[PR_SUBJECT_A] = "s";
     SPropValue* values = array;
     const size_t allocations = memory.Allocations();
+    array.Allocate(4);
+    EXPECT_EQ(static_cast<SPropValue*>(array), values) << "the same size is no growth";
     array.Allocate(1);
     EXPECT_EQ(array.GetCount(), 1u);
     EXPECT_EQ(static_cast<SPropValue*>(array), values);
@@ -269,6 +273,44 @@ TEST_F(PropValArray, EntriesAreCopiedBySet)
     to[PR_SUBJECT_A].Set(from[PR_SUBJECT_A]);
     from.Empty();
     EXPECT_EQ(to[PR_SUBJECT_A].String(false), "subject");
+}
+
+TEST_F(PropValArray, CallsItsOwnOperationsThroughTheirSlots)
+{
+    class Overriding : public CZebPropValArray
+    {
+    public:
+        using CZebPropValArray::CZebPropValArray;
+        void Allocate(ULONG n) override
+        {
+            calls += "Allocate ";
+            CZebPropValArray::Allocate(n);
+        }
+        int FindTag(ULONG tag) const override
+        {
+            calls += "FindTag ";
+            return CZebPropValArray::FindTag(tag);
+        }
+        void Empty() override
+        {
+            calls += "Empty ";
+            CZebPropValArray::Empty();
+        }
+        std::string Calls() { return std::exchange(calls, std::string()); }
+
+        mutable std::string calls;
+    };
+    Overriding array;
+    array[PR_MESSAGE_SIZE] = LONG(1);
+    EXPECT_EQ(array.Calls(), "FindTag FindTag Allocate ");
+    array.IsExists(PR_MESSAGE_SIZE);
+    EXPECT_EQ(array.Calls(), "FindTag ");
+    array.hasRealValue(PR_MESSAGE_SIZE);
+    EXPECT_EQ(array.Calls(), "FindTag ");
+    array.TruncateToExisting();
+    EXPECT_EQ(array.Calls(), "FindTag ");
+    EXPECT_EQ(*&array, nullptr);
+    EXPECT_EQ(array.Calls(), "Empty ");
 }
 
 TEST_F(PropProblemArray, EmptyObjectHasNone)

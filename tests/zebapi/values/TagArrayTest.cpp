@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace zeb::test
@@ -148,6 +150,54 @@ TEST_F(TagArray, AddsOneAtATimeInAnExactBuffer)
     }
     EXPECT_EQ(tags.GetCount(), 5);
     EXPECT_EQ(tags[0], 100u);
+}
+
+TEST_F(TagArray, CallsItsOwnOperationsThroughTheirSlots)
+{
+    class Overriding : public CZebPropTagArray
+    {
+    public:
+        void Allocate(int n) override
+        {
+            calls += "Allocate ";
+            CZebPropTagArray::Allocate(n);
+        }
+        void Empty() override
+        {
+            calls += "Empty ";
+            CZebPropTagArray::Empty();
+        }
+        bool IsValid() const override
+        {
+            calls += "IsValid ";
+            return CZebPropTagArray::IsValid();
+        }
+        void Add(ULONG tag, va_list& args) override
+        {
+            calls += "Add ";
+            CZebPropTagArray::Add(tag, args);
+        }
+        using CZebPropTagArray::Add;
+        using CZebPropTagArray::operator=;
+        std::string Calls() { return std::exchange(calls, std::string()); }
+
+        mutable std::string calls;
+    };
+    Overriding tags;
+    tags.AddOne(PR_SUBJECT_A);
+    EXPECT_EQ(tags.Calls(), "Allocate ");
+    tags.CZebPropTagArray::Add(PR_BODY_A, PR_ENTRYID, 0);
+    EXPECT_EQ(tags.Calls(), "Add Allocate ");
+    (void)static_cast<SPropTagArray*>(tags);
+    EXPECT_EQ(tags.Calls(), "IsValid ");
+    Renumbering object;
+    tags.ApplyTo(object);
+    EXPECT_EQ(tags.Calls(), "IsValid ");
+    const CZebPropTagArray none;
+    tags = none;
+    EXPECT_EQ(tags.Calls(), "Empty ");
+    EXPECT_EQ(*&tags, nullptr);
+    EXPECT_EQ(tags.Calls(), "Empty ");
 }
 
 TEST_F(TagArray, ReallocatingKeepsTheCount)
