@@ -31,7 +31,7 @@ public:
     virtual CZebFolder CreateFolder(const char* name, bool hidden, bool save, ULONG flags,
                                     const char* comment, ULONG folderType);
     /// The entry identifier of the first direct subfolder with this display name.
-    /// @throws CZebException* 1168 when there is none
+    /// @throws CZebException* 1168 when there is none, MAPI_E_INVALID_PARAMETER for a null name
     virtual CZebBinary GetFolderEntryIdByNameA(const char* name);
     /// The same by a wide name.
     virtual CZebBinary GetFolderEntryIdByNameW(const WCHAR* name);

@@ -43,6 +43,8 @@ public:
     /// Deletes messages, which must all lie in the folder of the first one: for good, or by moving them to
     /// the deleted items.
     /// @param entryIds  at least one identifier
+    /// @throws CZebException* MAPI_E_INVALID_PARAMETER for none; what opening the first message, its folder or
+    ///         the deleted items throws, and nothing is deleted then
     virtual void DeleteMessages(SBinaryArray* entryIds, bool hardDelete);
     /// Deletes one message.
     virtual void DeleteMessage(const SBinary& entryId, bool hardDelete);

@@ -64,6 +64,19 @@ class DoctorOnProfiles(World):
         self.assertIn(f"from     {self.SUBSYSTEM}\n", shown)
         self.assertNotIn("does not look", shown)
 
+    def test_says_that_the_default_profile_is_not_there(self):
+        self.registry_add(self.SUBSYSTEM, "DefaultProfile", "ghost")
+        self.assertIn("the default one, 'ghost', is not there", self.zeb("doctor").out)
+        self.zeb("profile", "create", "mine", "--store", self.path("test.zeb"))
+        self.registry_add(self.SUBSYSTEM, "DefaultProfile", "ghost")
+        shown = self.zeb("doctor").out
+        self.assertIn("     mine\n     the default one, 'ghost', is not there", shown)
+        self.assertEqual(self.doctor()["defaultProfile"], "ghost")
+        self.registry_add(self.SUBSYSTEM, "DefaultProfile", "MINE")
+        shown = self.zeb("doctor").out
+        self.assertIn("   * mine\n", shown)
+        self.assertNotIn("is not there", shown)
+
     def test_says_where_an_outlook_keeps_profiles_that_are_not_looked_for(self):
         self.create_profile("mine")
         self.set_current(16)

@@ -53,15 +53,29 @@ void PrintCandidate(size_t number, const ProviderCandidate& candidate)
     Print("\n");
 }
 
+/// Names compare as the keys that they are.
+bool SameName(const std::string& one, const std::string& other)
+{
+    return WideFromUtf8(one).CompareNoCase(WideFromUtf8(other)) == 0;
+}
+
 void PrintProfiles(const ProfileNames& profiles)
 {
     Print("profiles\n");
+    bool chosenIsThere = false;
     for (const std::string& name : profiles.all)
-        Print((name == profiles.chosen ? "   * " : "     ") + OneLine(name) + "\n");
+    {
+        const bool chosen = SameName(name, profiles.chosen);
+        chosenIsThere = chosenIsThere || chosen;
+        Print((chosen ? "   * " : "     ") + OneLine(name) + "\n");
+    }
     if (profiles.all.empty())
         Print("     none; 'zeb profile create NAME --default' makes one\n");
     else if (profiles.chosen.empty())
         Print("     none of them is the default; 'zeb profile default NAME' makes it so\n");
+    if (!profiles.chosen.empty() && !chosenIsThere)
+        Print("     the default one, '" + OneLine(profiles.chosen) +
+              "', is not there; 'zeb profile default NAME' chooses another\n");
     PrintField("from", "HKEY_CURRENT_USER\\" + profiles.key);
     for (const ProfilePlace& place : profiles.elsewhere)
     {
