@@ -107,6 +107,8 @@ class DoctorOnProfiles(World):
         self.assertEqual(self.doctor()["profilesElsewhere"],
                          [{"keeper": "Outlook 16.0", "key": f"{self.OFFICE}\\16.0\\Outlook\\Profiles", "profiles": []}])
         self.assertIn("where the library does not look; there are none yet\n", self.zeb("doctor").out)
+        self.add_version("14.0", "Old")
+        self.assertEqual([place["profiles"] for place in self.doctor()["profilesElsewhere"]], [["Old"], []])
 
     def test_names_no_place_for_an_outlook_whose_profiles_are_looked_for(self):
         for version in ("14", "15", "", "9" * 30):
@@ -128,7 +130,9 @@ class DoctorOnProfiles(World):
         self.registry_add(f"{self.OFFICE}\\Common\\Identity", undo=f"{self.OFFICE}\\Common")
         self.assertEqual([place["keeper"] for place in self.doctor()["profilesElsewhere"]],
                          ["Outlook 15.0", "Outlook 16.0"])
-        self.assertIn("none; 'zeb profile create", self.zeb("doctor").out)
+        shown = self.zeb("doctor").out
+        self.assertIn("none; 'zeb profile create", shown)
+        self.assertNotIn("is not there", shown)
 
 
 class DoctorWithoutProvider(World):
