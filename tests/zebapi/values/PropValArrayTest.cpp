@@ -1,5 +1,7 @@
 #include "zebapi/PROPVALArray.h"
 
+#include "zebapi/BinArray.h"
+
 #include "tests/support/MapiMemory.h"
 #include "tests/support/Thrown.h"
 #include "tests/support/doubles/MapiUtilities.h"
@@ -8,6 +10,7 @@
 
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <utility>
 
 namespace zeb::test
@@ -311,6 +314,15 @@ TEST_F(PropValArray, CallsItsOwnOperationsThroughTheirSlots)
     EXPECT_EQ(array.Calls(), "FindTag ");
     EXPECT_EQ(*&array, nullptr);
     EXPECT_EQ(array.Calls(), "Empty ");
+}
+
+TEST_F(PropValArray, TakesNoCopy)
+{
+    static_assert(!std::is_copy_constructible_v<CZebPropValArray>);
+    static_assert(!std::is_copy_assignable_v<CZebPropValArray>);
+    static_assert(!std::is_copy_constructible_v<CZebBinArray>);
+    static_assert(!std::is_copy_assignable_v<CZebBinArray>);
+    static_assert(std::is_copy_constructible_v<CZebPropProblemArray>);
 }
 
 TEST_F(PropProblemArray, EmptyObjectHasNone)
