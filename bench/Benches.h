@@ -28,5 +28,8 @@ Measurement ArrayBuild(const Options& options);
 Measurement NameLookup(const Options& options);
 Measurement EidDump(const Options& options);
 Measurement StoreNotify(const Options& options);
+Measurement CachedScroll(const Options& options);
+Measurement CachedHit(const Options& options);
+Measurement CachedRandom(const Options& options);
 
 } // namespace bench

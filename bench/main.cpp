@@ -23,6 +23,10 @@ const Entry kEntries[] = {
     {"store-memory", bench::StoreMemory}, {"value-text", bench::ValueText},
     {"array-build", bench::ArrayBuild},   {"name-lookup", bench::NameLookup},
     {"eid-dump", bench::EidDump},         {"store-notify", bench::StoreNotify},
+    {"eid-dump", bench::EidDump},
+    {"cached-scroll", bench::CachedScroll},
+    {"cached-hit", bench::CachedHit},
+    {"cached-random", bench::CachedRandom},
 };
 
 int Measure(const bench::Options& options, const std::vector<std::string>& names)

@@ -156,16 +156,26 @@ void CZebCachedTable::SetOwnerWindow(HWND window)
 
 CZebRow CZebCachedTable::operator[](ULONG index)
 {
-    const ULONG start = index > m_batch ? index - m_batch : 0;
-    // Seeking counts in LONG.
-    if (index >= GetRowCount() || start > INT_MAX)
+    if (index >= GetRowCount())
     {
         CZebException::Throw(E_INVALIDARG, __FILE__, __LINE__);
     }
     const ULONG first = m_firstRow;
-    if (first != NoRow && index - first < m_cache.Count())
+    SRowSet* const rows = m_cache.Get();
+    if (first != NoRow && rows != nullptr && index - first < rows->cRows)
     {
-        return m_cache[index - first];
+        return CZebRow(&rows->aRow[index - first], rows);
+    }
+    return ReadRow(index);
+}
+
+CZebRow CZebCachedTable::ReadRow(ULONG index)
+{
+    const ULONG start = index > m_batch ? index - m_batch : 0;
+    // Seeking counts in LONG.
+    if (start > INT_MAX)
+    {
+        CZebException::Throw(E_INVALIDARG, __FILE__, __LINE__);
     }
     ReadWindow(start);
     try

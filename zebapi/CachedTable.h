@@ -76,6 +76,8 @@ public:
     CZebCachedTable& operator=(const CZebCachedTable& other);
 
 private:
+    /// Row index, which is not in the window.
+    CZebRow ReadRow(ULONG index);
     void ReadWindow(ULONG start);
 
     std::atomic<ULONG> m_firstRow;

@@ -25,11 +25,6 @@ ULONG CZebRow::Count() const
     return m_row->cValues;
 }
 
-ULONG CZebRow::TagAt(int index) const
-{
-    return m_row->lpProps[index].ulPropTag;
-}
-
 bool CZebRow::IsRealValueAt(int index) const
 {
     return zeb::HasRealValue(TagAt(index), m_row->lpProps[index]);

@@ -22,7 +22,7 @@ public:
     /// The number of values. @throws CZebException* MAPI_E_BAD_VALUE
     virtual ULONG Count() const;
     /// The tag of value `index`, with no check of any kind.
-    virtual ULONG TagAt(int index) const;
+    virtual ULONG TagAt(int index) const { return m_row->lpProps[index].ulPropTag; }
     /// hasRealValue for value `index`, with no check of any kind.
     virtual bool IsRealValueAt(int index) const;
     /// @throws CZebException* MAPI_E_BAD_VALUE, MAPI_E_UNEXPECTED_ID for an index outside the row.

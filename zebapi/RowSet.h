@@ -34,6 +34,9 @@ public:
     /// E_INVALIDARG for an index at or past the count.
     virtual CZebRow operator[](ULONG index) const;
 
+    /// The set itself, which stays the object's; null without one.
+    SRowSet* Get() const { return m_rows; }
+
     CZebRowSet();
     /// Copying and assigning copy the pointer, not the rows: both objects then free the same set, and
     /// assigning loses the set held before. Pass row sets by reference, or move one with DetachToNew.
