@@ -73,7 +73,7 @@ check readme python3 scripts/check-readme.py
 
 say "Linux, address and undefined-behaviour sanitizers"
 only=.
-[ $quick = yes ] && only='^(?!tools_test|import_test)'
+[ $quick = yes ] && only='^(?!tools_test|import_test|soak_)'
 build linux-asan all && tests build/linux-asan --only "$only"
 
 if [ $quick = no ]; then

@@ -206,8 +206,7 @@ struct Hits
         unsigned long long counts = 0;
         unsigned long long sum = 0;
         const double counting = Each(rounds, counts, [&](ULONG) { return table.GetRowCount(); });
-        const double reading =
-            Each(rounds, sum, [&](ULONG index) { return table[index].TagAt(kSubject); });
+        const double reading = Each(rounds, sum, [&](ULONG index) { return table[index].TagAt(kSubject); });
         Tables::Expect(sum, rounds * std::size(order));
         return reading - counting;
     }

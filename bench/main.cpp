@@ -17,15 +17,13 @@ struct Entry
 };
 
 const Entry kEntries[] = {
-    {"inbox-read", bench::InboxRead},     {"value-read", bench::ValueRead},
-    {"store-write", bench::StoreWrite},   {"store-open", bench::StoreOpen},
-    {"store-window", bench::StoreWindow}, {"store-sort", bench::StoreSort},
-    {"store-memory", bench::StoreMemory}, {"value-text", bench::ValueText},
-    {"array-build", bench::ArrayBuild},   {"name-lookup", bench::NameLookup},
-    {"eid-dump", bench::EidDump},         {"store-notify", bench::StoreNotify},
-    {"eid-dump", bench::EidDump},
-    {"cached-scroll", bench::CachedScroll},
-    {"cached-hit", bench::CachedHit},
+    {"inbox-read", bench::InboxRead},       {"value-read", bench::ValueRead},
+    {"store-write", bench::StoreWrite},     {"store-open", bench::StoreOpen},
+    {"store-window", bench::StoreWindow},   {"store-sort", bench::StoreSort},
+    {"store-memory", bench::StoreMemory},   {"value-text", bench::ValueText},
+    {"array-build", bench::ArrayBuild},     {"name-lookup", bench::NameLookup},
+    {"eid-dump", bench::EidDump},           {"store-notify", bench::StoreNotify},
+    {"cached-scroll", bench::CachedScroll}, {"cached-hit", bench::CachedHit},
     {"cached-random", bench::CachedRandom},
 };
 

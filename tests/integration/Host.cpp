@@ -16,11 +16,16 @@ LPTSTR Text(const std::string& text)
 
 } // namespace
 
-Host::Host()
+void RegisterStore()
 {
     platform::RegistryKey::Create(platform::RegistryRoot::LocalMachine,
                                   "SOFTWARE\\Clients\\Mail\\Microsoft Outlook")
         .SetStringValue("DLLPathEx", platform::OwnFolder() + ZEB_STORE_LIBRARY);
+}
+
+Host::Host()
+{
+    RegisterStore();
 }
 
 Host::~Host()
@@ -41,6 +46,11 @@ void Host::Stop()
 }
 
 void Host::CreateProfile(const std::string& name, const std::string& file, bool makeDefault)
+{
+    CreateStoreProfile(name, file, makeDefault);
+}
+
+void CreateStoreProfile(const std::string& name, const std::string& file, bool makeDefault)
 {
     CZebProfAdmin administration = CZebProfAdmin::Open();
     const CComPtr<IProfAdmin> profiles = administration.GetInterface();

@@ -14,6 +14,11 @@
 namespace zeb::test
 {
 
+/// Names the embedded provider beside this program as the machine's.
+void RegisterStore();
+/// Creates a profile whose store is `file`. Needs MAPI started.
+void CreateStoreProfile(const std::string& name, const std::string& file, bool makeDefault);
+
 /// MAPI is not started. Nothing of it outlives a test.
 class Host : public testing::Test
 {
