@@ -27,6 +27,7 @@ Measurement ValueText(const Options& options);
 Measurement ArrayBuild(const Options& options);
 Measurement NameLookup(const Options& options);
 Measurement EidDump(const Options& options);
+Measurement AddressBookOpen(const Options& options);
 Measurement StoreNotify(const Options& options);
 Measurement CachedScroll(const Options& options);
 Measurement CachedHit(const Options& options);

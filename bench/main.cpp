@@ -24,7 +24,7 @@ const Entry kEntries[] = {
     {"array-build", bench::ArrayBuild},     {"name-lookup", bench::NameLookup},
     {"eid-dump", bench::EidDump},           {"store-notify", bench::StoreNotify},
     {"cached-scroll", bench::CachedScroll}, {"cached-hit", bench::CachedHit},
-    {"cached-random", bench::CachedRandom},
+    {"cached-random", bench::CachedRandom}, {"ab-open", bench::AddressBookOpen},
 };
 
 int Measure(const bench::Options& options, const std::vector<std::string>& names)

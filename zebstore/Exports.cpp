@@ -111,8 +111,3 @@ HRESULT WINAPI RTFSync(LPMESSAGE, ULONG, BOOL*)
 {
     return Guarded("RTFSync", [] { throw Error(MAPI_E_NO_SUPPORT, "bodies are not synchronized"); });
 }
-
-HRESULT STDMETHODCALLTYPE WABOpen(LPADRBOOK*, LPWABOBJECT*, LPWAB_PARAM, DWORD)
-{
-    return Guarded("WABOpen", [] { throw Error(MAPI_E_NO_SUPPORT, "there is no address book"); });
-}

@@ -1,10 +1,14 @@
 // The store's COM objects, as they are made.
 #pragma once
 
+#include "zebstore/Profiles.h"
 #include "zebstore/PropBase.h"
 
 namespace zebstore
 {
+
+/// Opens the file of a profile's store, for writing where that is allowed.
+std::shared_ptr<StoreFile> OpenServiceFile(const Service& service);
 
 /// IMsgStore over an opened store.
 Ref<IMsgStore> NewStore(const StorePtr& store, Access access);

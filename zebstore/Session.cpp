@@ -1,4 +1,5 @@
 // IMAPISession, and logging on.
+#include "zebstore/AddressBook.h"
 #include "zebstore/Exports.h"
 #include "zebstore/Objects.h"
 #include "zebstore/ServiceAdmin.h"
@@ -63,9 +64,17 @@ public:
                        });
     }
 
-    HRESULT STDMETHODCALLTYPE OpenAddressBook(ULONG_PTR, LPCIID, ULONG, LPADRBOOK*) override
+    HRESULT STDMETHODCALLTYPE OpenAddressBook(ULONG_PTR, LPCIID iid, ULONG flags, LPADRBOOK* book) override
     {
-        return Refuse("IMAPISession::OpenAddressBook");
+        return Guarded("IMAPISession::OpenAddressBook",
+                       [&]
+                       {
+                           Require(book != nullptr, "no place for the address book");
+                           *book = nullptr;
+                           RequireFlags(flags, AB_NO_DIALOG);
+                           *book = static_cast<IAddrBook*>(
+                               Answer(NewAddressBook(Opened(), MostAccess()).Get(), iid));
+                       });
     }
     HRESULT STDMETHODCALLTYPE OpenProfileSection(LPMAPIUID, LPCIID, ULONG, LPPROFSECT*) override
     {
@@ -101,7 +110,10 @@ public:
                                    *objectType = MAPI_STORE;
                                return;
                            }
-                           *object = OpenItem(Opened(), size, id, iid, flags, MostAccess(), objectType);
+                           *object =
+                               IsAddressId(id, size)
+                                   ? OpenAddress(Opened(), size, id, iid, flags, MostAccess(), objectType)
+                                   : OpenItem(Opened(), size, id, iid, flags, MostAccess(), objectType);
                        });
     }
 
@@ -261,25 +273,8 @@ private:
         const std::vector<Service> services = profiles::Services(m_profile);
         if (services.empty() || services.front().path.empty())
             throw Error(MAPI_E_NOT_FOUND, "the profile '" + m_profile + "' has no store");
-        m_store = std::make_shared<StoreContext>(OpenFile(services.front()));
+        m_store = std::make_shared<StoreContext>(OpenServiceFile(services.front()));
         return m_store;
-    }
-
-    static std::shared_ptr<StoreFile> OpenFile(const Service& service)
-    {
-        StoreFile::OpenOptions options;
-        options.fullDurability = service.fullDurability;
-        try
-        {
-            return StoreFile::Open(service.path, options);
-        }
-        catch (const Error& error)
-        {
-            if (error.Code() != MAPI_E_NO_ACCESS)
-                throw;
-        }
-        options.readOnly = true;
-        return StoreFile::Open(service.path, options);
     }
 
     Access MostAccess() { return Opened()->File().IsReadOnly() ? Access::Read : Access::Write; }
@@ -330,6 +325,23 @@ private:
 };
 
 } // namespace
+
+std::shared_ptr<StoreFile> OpenServiceFile(const Service& service)
+{
+    StoreFile::OpenOptions options;
+    options.fullDurability = service.fullDurability;
+    try
+    {
+        return StoreFile::Open(service.path, options);
+    }
+    catch (const Error& error)
+    {
+        if (error.Code() != MAPI_E_NO_ACCESS)
+            throw;
+    }
+    options.readOnly = true;
+    return StoreFile::Open(service.path, options);
+}
 
 IMAPISession* Logon(const char* profile, ULONG flags)
 {

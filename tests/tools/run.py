@@ -11,7 +11,7 @@ if __name__ == "__main__":
     if len(sys.argv) < 3 or sys.argv[2] not in ("linux", "windows"):
         sys.exit(__doc__)
     world.setup(pathlib.Path(sys.argv[1]).resolve(), sys.argv[2] == "windows")
-    names = ["test_commands", "test_load", "test_bad_stores"]
+    names = ["test_commands", "test_load", "test_bad_stores", "test_address_book"]
     if not world.WINDOWS:
         names += ["test_import", "test_terminal"]
     loader = unittest.defaultTestLoader

@@ -19,6 +19,7 @@ void AddStore(CLI::App& app, Action& action);
 void AddFolders(CLI::App& app, Action& action);
 void AddInbox(CLI::App& app, Action& action);
 void AddLoad(CLI::App& app, Action& action);
+void AddAddressBook(CLI::App& app, Action& action);
 
 /// Adds "--profile NAME".
 inline void AddProfileOption(CLI::App& command, std::string& profile)

@@ -4,11 +4,13 @@
 #include "tools/common/Output.h"
 #include "tools/common/Progress.h"
 #include "tools/zeb/Command.h"
+#include "tools/zeb/LoadAddress.h"
 #include "tools/zeb/LoadFormat.h"
 
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <optional>
 
 namespace zeb::tools
 {
@@ -88,24 +90,49 @@ void WriteLine(LoadLine& line, FolderTree& folders, NameResolver& names)
     }
 }
 
+struct Counts
+{
+    unsigned long long messages = 0, addresses = 0;
+};
+
+void PrintCounts(const Counts& counts)
+{
+    if (counts.messages > 0 || counts.addresses == 0)
+        Print(Grouped(counts.messages) + (counts.messages == 1 ? " message loaded\n" : " messages loaded\n"));
+    if (counts.addresses > 0)
+        Print(Grouped(counts.addresses) +
+              (counts.addresses == 1 ? " address book entry loaded\n" : " address book entries loaded\n"));
+}
+
 int Run(const Options& options)
 {
     LineReader reader(options.file);
     HostSession session(options.profile);
     CZebMsgStore store = session.OpenStore();
     FolderTree folders(store);
+    std::optional<AddressWriter> addresses;
     NameResolver names;
-    unsigned long long count = 0;
+    Counts counts;
     {
-        Progress progress("messages", reader.Size());
+        Progress progress("lines", reader.Size());
         std::string text;
         try
         {
             while (reader.Next(text))
             {
                 LoadLine line = ParseLoadLine(text);
-                WriteLine(line, folders, names);
-                ++count;
+                if (line.address)
+                {
+                    if (!addresses)
+                        addresses.emplace(session.Session());
+                    RefuseProblems(addresses->Write(*line.address, names));
+                    ++counts.addresses;
+                }
+                else
+                {
+                    WriteLine(line, folders, names);
+                    ++counts.messages;
+                }
                 progress.Step(reader.Read());
             }
         }
@@ -115,7 +142,7 @@ int Run(const Options& options)
             FailWhile(Utf8FromNarrow(options.file) + ":" + std::to_string(reader.Number()));
         }
     }
-    Print(Grouped(count) + (count == 1 ? " message loaded\n" : " messages loaded\n"));
+    PrintCounts(counts);
     return ExitDone;
 }
 
@@ -124,7 +151,8 @@ int Run(const Options& options)
 void AddLoad(CLI::App& app, Action& action)
 {
     auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand("load", "Loads messages from a .jsonl file, one message a line");
+    CLI::App* command =
+        app.add_subcommand("load", "Loads messages and address book entries from a .jsonl file, one a line");
     AddProfileOption(*command, options->profile);
     command->add_option("file", options->file, "The file")->required()->type_name("FILE.jsonl");
     command->callback([options, &action] { action = [options] { return Run(*options); }; });

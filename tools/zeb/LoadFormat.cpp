@@ -118,10 +118,42 @@ Json ParseJson(const std::string& line)
 
 } // namespace
 
+namespace
+{
+
+AddressLine ParseAddress(const Json& object)
+{
+    RefuseOtherKeys(object, {"addressBook", "properties", "members"}, "an address book line");
+    AddressLine line;
+    const Json& kind = object.at("addressBook");
+    if (kind != "user" && kind != "list")
+        throw ToolError("\"addressBook\" must be \"user\" or \"list\"");
+    line.isList = kind == "list";
+    line.properties = PropertiesOf(object, "the line");
+    const Json& members = ArrayOf(object, "members");
+    if (!members.empty() && !line.isList)
+        throw ToolError("a user has no \"members\"");
+    for (const Json& each : members)
+    {
+        if (!each.is_string())
+            throw ToolError("a member must be text");
+        line.members.push_back(each.get<std::string>());
+    }
+    return line;
+}
+
+} // namespace
+
 LoadLine ParseLoadLine(const std::string& text)
 {
     const Json object = ParseJson(text);
     RequireObject(object, "a line");
+    if (object.contains("addressBook"))
+    {
+        LoadLine entry;
+        entry.address = ParseAddress(object);
+        return entry;
+    }
     RefuseOtherKeys(object, {"folder", "associated", "properties", "recipients", "attachments"}, "a line");
     LoadLine line;
     const auto folder = object.find("folder");

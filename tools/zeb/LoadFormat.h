@@ -1,9 +1,11 @@
-// One line of a .jsonl file as a message; docs/load-format.md is its description.
+// One line of a .jsonl file: a message, or an entry of the address book; docs/load-format.md is its description.
 #pragma once
 
 #include "tools/common/FolderPath.h"
 #include "tools/common/PropertyWriter.h"
+#include "tools/zeb/LoadAddress.h"
 
+#include <optional>
 #include <string>
 
 namespace zeb::tools
@@ -11,6 +13,7 @@ namespace zeb::tools
 
 struct LoadLine
 {
+    std::optional<AddressLine> address; ///< when set, the line is an entry of the address book, no message
     FolderPath folder;
     bool associated = false;
     MessageContent message;

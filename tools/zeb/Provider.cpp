@@ -18,6 +18,7 @@ namespace
 
 constexpr const char* OutlookKey = "SOFTWARE\\Clients\\Mail\\Microsoft Outlook";
 constexpr const char* ProviderValue = "DLLPathEx";
+constexpr const char* WabKey = "SOFTWARE\\Microsoft\\WAB\\DLLPath";
 
 /// The provider that comes with zeb, under the name it has on this target.
 std::string OwnProvider()
@@ -28,8 +29,15 @@ std::string OwnProvider()
     return std::filesystem::exists(dll) ? dll.string() : sharedObject.string();
 }
 
-int Install(const std::string& given)
+struct Options
 {
+    std::string file;
+    bool wab = false;
+};
+
+int Install(const Options& options)
+{
+    const std::string& given = options.file;
     std::error_code ignored;
     const std::filesystem::path file =
         given.empty() ? OwnProvider() : std::filesystem::absolute(given, ignored).string();
@@ -43,6 +51,12 @@ int Install(const std::string& given)
         .SetStringValue(ProviderValue, path);
     Print("HKEY_LOCAL_MACHINE\\" + std::string(OutlookKey) + "\n  " + ProviderValue + " = " +
           Utf8FromNarrow(path) + "\n");
+    if (options.wab)
+    {
+        platform::RegistryKey::Create(platform::RegistryRoot::LocalMachine, WabKey).SetStringValue("", path);
+        Print("HKEY_LOCAL_MACHINE\\" + std::string(WabKey) + "\n  (default) = " + Utf8FromNarrow(path) +
+              "\n");
+    }
     return ExitDone;
 }
 
@@ -74,15 +88,18 @@ std::string VerdictOn(const ProviderCandidate& candidate)
 
 void AddProvider(CLI::App& app, Action& action)
 {
-    auto file = std::make_shared<std::string>();
+    auto options = std::make_shared<Options>();
     CLI::App* provider = app.add_subcommand("provider", "Registers MAPI providers");
     provider->require_subcommand(1);
     CLI::App* install = provider->add_subcommand(
         "install",
         "Registers a provider where the library looks first, the mail client's entry in the registry");
-    install->add_option("--dll", *file, "The provider's file; without it the zebstore that stands beside zeb")
+    install
+        ->add_option("--dll", options->file,
+                     "The provider's file; without it the zebstore that stands beside zeb")
         ->type_name("PATH");
-    install->callback([file, &action] { action = [file] { return Install(*file); }; });
+    install->add_flag("--wab", options->wab, "Register it as the Windows Address Book too");
+    install->callback([options, &action] { action = [options] { return Install(*options); }; });
 }
 
 } // namespace zeb::tools

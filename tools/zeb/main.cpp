@@ -17,6 +17,7 @@ int main(int argc, char** argv)
     AddFolders(app, action);
     AddInbox(app, action);
     AddLoad(app, action);
+    AddAddressBook(app, action);
     try
     {
         app.parse(argc, argv);

@@ -177,6 +177,23 @@ void CheckParts(Database& database, References& references, Problems& problems)
         problems.push_back(Named("message", missing.Number(0)) + ": a message inside it is missing");
 }
 
+void CheckAddresses(Database& database, References& references, Problems& problems)
+{
+    Query query(database, "SELECT id, props FROM address");
+    std::int64_t rows = 0;
+    for (; query.Step(); ++rows)
+        references.Take(Named("address book entry", query.Number(0)), query.Bytes(1));
+    Query directory(database, "SELECT rows FROM directory");
+    if (!directory.Step() || directory.Number(0) != rows)
+        problems.push_back("the address book does not count its " + std::to_string(rows) + " entries");
+    Query members(database, "SELECT m.list, m.number FROM member m JOIN address a ON a.id=m.list "
+                            "WHERE (m.address IS NULL) = (m.entry IS NULL) OR a.type != ?");
+    members.Bind(1, MAPI_DISTLIST);
+    while (members.Step())
+        problems.push_back(Named("member", members.Number(1)) + Named(" of list", members.Number(0)) +
+                           " is no member of a list");
+}
+
 } // namespace
 
 std::vector<std::string> StoreFile::CheckWhole()
@@ -196,6 +213,8 @@ std::vector<std::string> StoreFile::CheckWhole()
         CheckFolders(*m_database, references, problems);
         CheckMessages(*m_database, references, problems);
         CheckParts(*m_database, references, problems);
+        if (CheckSchema(*m_database) >= AddressBookVersion)
+            CheckAddresses(*m_database, references, problems);
         references.CheckOrphans();
     }
     catch (const Error& error)

@@ -3,6 +3,7 @@
 #include "zebstore/Error.h"
 #include "zebstore/storage/Compare.h"
 #include "zebstore/storage/Encoding.h"
+#include "zebstore/storage/NameSearch.h"
 
 #include <algorithm>
 
@@ -38,6 +39,19 @@ void TakeValue(const SPropValue* value, RestrictionNode& node)
     Require(value != nullptr, "A restriction has no value to compare with.");
     node.valueType = PROP_TYPE(value->ulPropTag);
     node.value = Encode(*value);
+}
+
+// PR_ANR is no property: a restriction by it searches for a name.
+bool IsNameSearch(ULONG tag)
+{
+    return PROP_ID(tag) == PROP_ID(PR_ANR);
+}
+
+void TakeName(RestrictionNode& node)
+{
+    if (!IsText(node.valueType) || (node.kind == RES_PROPERTY && node.relation != RELOP_EQ))
+        TooComplex("A restriction searches for a name otherwise than by an equal text.");
+    node.foldedValue = Folded(StoredTextOf(node.valueType, node.value), TextFold::IgnoreCaseAndMarks);
 }
 
 void TakeContent(const SContentRestriction& source, RestrictionNode& node)
@@ -145,6 +159,8 @@ RestrictionNode Take(const SRestriction* source, int level)
         TakeRest(*source, node, level);
         break;
     }
+    if ((node.kind == RES_CONTENT || node.kind == RES_PROPERTY) && IsNameSearch(node.tag))
+        TakeName(node);
     return node;
 }
 
@@ -301,6 +317,11 @@ bool NodeMatches(const RestrictionNode& node, const ValueSource& values)
     case RES_SUBRESTRICTION:
         return values.AnyOf(node.tag,
                             [&](const ValueSource& row) { return NodeMatches(node.children[0], row); });
+    case RES_CONTENT:
+    case RES_PROPERTY:
+        if (IsNameSearch(node.tag))
+            return MatchesName(node.foldedValue, values);
+        return ValueMatches(node, values.Find(node.tag));
     default:
         return ValueMatches(node, values.Find(node.tag));
     }

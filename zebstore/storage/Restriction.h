@@ -31,7 +31,8 @@ struct RestrictionNode
 /// relation, not even RELOP_NE. Of a multi-valued property one value that fits is enough when the restriction
 /// has a single one. RES_SIZE counts the bytes that the value takes in an SPropValue's own memory: text with
 /// its terminator (in the form that the tag names), binaries, arrays without their pointers, other types
-/// their size. RES_SUBRESTRICTION holds when one recipient or one attachment fits. Threads: it does not
+/// their size. RES_SUBRESTRICTION holds when one recipient or one attachment fits. A text that PR_ANR is to equal
+/// (RES_PROPERTY, RES_CONTENT) is a name that is searched for (NameSearch.h). Threads: it does not
 /// change once it is made.
 class Restriction
 {

@@ -10,6 +10,7 @@ struct TableSql
 {
     const char* name;
     const char* sql;
+    std::int64_t since; // the schema version that brought it
 };
 
 // folder.key is the sort key of the folder's name; siblings never share one.
@@ -27,34 +28,64 @@ struct TableSql
 //
 // A large value is cut into pieces; chunk.id is the value's id, shifted left by 24 bits, plus the piece's
 // number.
+//
+// address holds the entries of the address book; its key is the sort key of the entry's name, by which they are
+// listed. A member of a list is either an entry of this file or the identifier of a foreign one. The one row of
+// directory counts the entries, and its `change` rises with every transaction that touches the address book.
 constexpr TableSql Tables[] = {
     {"store",
-     "CREATE TABLE store(id INTEGER PRIMARY KEY CHECK(id=1), uid BLOB NOT NULL, props BLOB NOT NULL)"},
+     "CREATE TABLE store(id INTEGER PRIMARY KEY CHECK(id=1), uid BLOB NOT NULL, props BLOB NOT NULL)", 1},
     {"folder",
      "CREATE TABLE folder(id INTEGER PRIMARY KEY AUTOINCREMENT, parent INTEGER REFERENCES folder(id), "
-     "type INTEGER NOT NULL, key TEXT NOT NULL, props BLOB NOT NULL, UNIQUE(parent, key))"},
-    {"contents", "CREATE TABLE contents(container INTEGER PRIMARY KEY, folder INTEGER REFERENCES folder(id) "
-                 "ON DELETE CASCADE, rows INTEGER NOT NULL, unread INTEGER NOT NULL, next INTEGER NOT NULL, "
-                 "change INTEGER NOT NULL, recent BLOB)"},
+     "type INTEGER NOT NULL, key TEXT NOT NULL, props BLOB NOT NULL, UNIQUE(parent, key))",
+     1},
+    {"contents",
+     "CREATE TABLE contents(container INTEGER PRIMARY KEY, folder INTEGER REFERENCES folder(id) "
+     "ON DELETE CASCADE, rows INTEGER NOT NULL, unread INTEGER NOT NULL, next INTEGER NOT NULL, "
+     "change INTEGER NOT NULL, recent BLOB)",
+     1},
     {"message",
      "CREATE TABLE message(id INTEGER PRIMARY KEY, change INTEGER NOT NULL, flags INTEGER NOT NULL, "
      "size INTEGER NOT NULL, parts INTEGER NOT NULL, delivered INTEGER, submitted INTEGER, "
-     "modified INTEGER, class TEXT, subject TEXT, sender TEXT, props BLOB NOT NULL)"},
+     "modified INTEGER, class TEXT, subject TEXT, sender TEXT, props BLOB NOT NULL)",
+     1},
     {"recipient",
      "CREATE TABLE recipient(message INTEGER NOT NULL REFERENCES message(id) "
      "ON UPDATE CASCADE ON DELETE CASCADE, "
-     "number INTEGER NOT NULL, props BLOB NOT NULL, PRIMARY KEY(message, number)) WITHOUT ROWID"},
-    {"attachment", "CREATE TABLE attachment(message INTEGER NOT NULL REFERENCES message(id) "
-                   "ON UPDATE CASCADE ON DELETE CASCADE, "
-                   "number INTEGER NOT NULL, embedded INTEGER, props BLOB NOT NULL, "
-                   "PRIMARY KEY(message, number)) WITHOUT ROWID"},
-    {"large", "CREATE TABLE large(id INTEGER PRIMARY KEY AUTOINCREMENT, size INTEGER NOT NULL)"},
-    {"chunk", "CREATE TABLE chunk(id INTEGER PRIMARY KEY, bytes BLOB NOT NULL)"},
+     "number INTEGER NOT NULL, props BLOB NOT NULL, PRIMARY KEY(message, number)) WITHOUT ROWID",
+     1},
+    {"attachment",
+     "CREATE TABLE attachment(message INTEGER NOT NULL REFERENCES message(id) "
+     "ON UPDATE CASCADE ON DELETE CASCADE, "
+     "number INTEGER NOT NULL, embedded INTEGER, props BLOB NOT NULL, "
+     "PRIMARY KEY(message, number)) WITHOUT ROWID",
+     1},
+    {"large", "CREATE TABLE large(id INTEGER PRIMARY KEY AUTOINCREMENT, size INTEGER NOT NULL)", 1},
+    {"chunk", "CREATE TABLE chunk(id INTEGER PRIMARY KEY, bytes BLOB NOT NULL)", 1},
     {"named",
      "CREATE TABLE named(id INTEGER PRIMARY KEY CHECK(id BETWEEN 32768 AND 65534), guid BLOB NOT NULL, "
-     "kind INTEGER NOT NULL, number INTEGER NOT NULL, name TEXT NOT NULL, UNIQUE(guid, kind, number, name))"},
-    {"receive", "CREATE TABLE receive(class TEXT PRIMARY KEY COLLATE NOCASE, folder INTEGER NOT NULL "
-                "REFERENCES folder(id) ON DELETE CASCADE) WITHOUT ROWID"},
+     "kind INTEGER NOT NULL, number INTEGER NOT NULL, name TEXT NOT NULL, UNIQUE(guid, kind, number, name))",
+     1},
+    {"receive",
+     "CREATE TABLE receive(class TEXT PRIMARY KEY COLLATE NOCASE, folder INTEGER NOT NULL "
+     "REFERENCES folder(id) ON DELETE CASCADE) WITHOUT ROWID",
+     1},
+    {"address",
+     "CREATE TABLE address(id INTEGER PRIMARY KEY AUTOINCREMENT, type INTEGER NOT NULL, change INTEGER NOT "
+     "NULL, "
+     "key TEXT NOT NULL, props BLOB NOT NULL)",
+     3},
+    {"address_by_name", "CREATE INDEX address_by_name ON address(key, id)", 3},
+    {"member",
+     "CREATE TABLE member(list INTEGER NOT NULL REFERENCES address(id) ON DELETE CASCADE, "
+     "number INTEGER NOT NULL, address INTEGER REFERENCES address(id) ON DELETE CASCADE, entry BLOB, "
+     "PRIMARY KEY(list, number)) WITHOUT ROWID",
+     3},
+    {"member_by_address", "CREATE INDEX member_by_address ON member(address)", 3},
+    {"directory",
+     "CREATE TABLE directory(id INTEGER PRIMARY KEY CHECK(id=1), rows INTEGER NOT NULL, "
+     "change INTEGER NOT NULL, props BLOB)",
+     3},
 };
 
 std::int64_t ReadPragma(Database& database, const char* sql)
@@ -63,42 +94,64 @@ std::int64_t ReadPragma(Database& database, const char* sql)
     return query.Step() ? query.Number(0) : 0;
 }
 
-constexpr std::int32_t OldSchemaVersion = 1;
+// Version 1 did not list recent changes; without the list no table can be read.
+constexpr std::int64_t FirstVersion = 1;
+// Version 2 had no address book.
+constexpr std::int64_t VersionWithoutAddresses = 2;
+
+// Makes the tables that versions after `version` brought.
+void AddTables(Database& database, std::int64_t version)
+{
+    for (const TableSql& table : Tables)
+        if (table.since > version)
+            database.Execute(table.sql);
+    if (version <= VersionWithoutAddresses)
+        database.Execute("INSERT INTO directory(id, rows, change) VALUES(1, 0, 0)");
+}
 
 void WriteVersion(Database& database)
 {
     database.Execute(("PRAGMA user_version=" + std::to_string(SchemaVersion)).c_str());
 }
 
+// The version of a store that needs an upgrade, 0 for any other file.
+std::int64_t OldVersion(Database& database)
+{
+    if (ReadPragma(database, "PRAGMA application_id") != ApplicationId)
+        return 0;
+    const std::int64_t version = ReadPragma(database, "PRAGMA user_version");
+    return version == FirstVersion || version == VersionWithoutAddresses ? version : 0;
+}
+
 } // namespace
 
 void CreateSchema(Database& database)
 {
-    for (const TableSql& table : Tables)
-        database.Execute(table.sql);
+    AddTables(database, 0);
     database.Execute(("PRAGMA application_id=" + std::to_string(ApplicationId)).c_str());
     WriteVersion(database);
 }
 
+bool NeedsUpgrade(Database& database)
+{
+    return OldVersion(database) != 0;
+}
+
 void UpgradeSchema(Database& database)
 {
-    const auto isOld = [&]
-    {
-        return ReadPragma(database, "PRAGMA application_id") == ApplicationId &&
-               ReadPragma(database, "PRAGMA user_version") == OldSchemaVersion;
-    };
-    if (!isOld())
-        return;
     Transaction transaction(database);
-    if (!isOld()) // another process was quicker
+    const std::int64_t version = OldVersion(database);
+    if (version == 0) // another process was quicker
         return;
-    database.Execute("ALTER TABLE contents ADD COLUMN recent BLOB");
+    if (version == FirstVersion)
+        database.Execute("ALTER TABLE contents ADD COLUMN recent BLOB");
+    AddTables(database, version);
     WriteVersion(database);
     CheckSchema(database);
     transaction.Commit();
 }
 
-void CheckSchema(Database& database)
+std::int64_t CheckSchema(Database& database)
 {
     const std::string file = "The store file '" + database.Path() + "' ";
     if (ReadPragma(database, "PRAGMA application_id") != ApplicationId)
@@ -108,21 +161,24 @@ void CheckSchema(Database& database)
         throw Error(MAPI_E_VERSION, file + "has the schema version " + std::to_string(version) +
                                         "; this program knows versions up to " +
                                         std::to_string(SchemaVersion) + ".");
-    if (version == OldSchemaVersion)
+    if (version == FirstVersion)
         throw Error(MAPI_E_VERSION,
                     file + "has the old schema version 1; it must be opened for writing once.");
-    if (version != SchemaVersion)
+    if (version < FirstVersion)
         throw Error(MAPI_E_CORRUPT_STORE,
                     file + "has the impossible schema version " + std::to_string(version) + ".");
-    Query query(database, "SELECT sql FROM sqlite_schema WHERE type='table' AND name=?");
+    Query query(database, "SELECT sql FROM sqlite_schema WHERE name=?");
     for (const TableSql& table : Tables)
     {
+        if (table.since > version)
+            continue;
         query.BindText(1, table.name);
         if (!query.Step() || query.Bytes(0) != table.sql)
             throw Error(MAPI_E_CORRUPT_STORE,
                         file + "is damaged: its table '" + table.name + "' is not as it must be.");
         query.Reset();
     }
+    return version;
 }
 
 } // namespace zebstore

@@ -8,7 +8,9 @@ namespace zebstore
 
 /// "ZEBS", in the file's header.
 constexpr std::int32_t ApplicationId = 0x5A454253;
-constexpr std::int32_t SchemaVersion = 2;
+constexpr std::int32_t SchemaVersion = 3;
+/// The version that brought the address book.
+constexpr std::int32_t AddressBookVersion = 3;
 
 /// Bits of message.parts: what a message has beside its row, so that deleting one without them touches
 /// nothing else.
@@ -24,12 +26,15 @@ enum MessageParts : std::int64_t
 /// Makes the tables of a new file, in the caller's transaction.
 void CreateSchema(Database& database);
 
-/// Brings a file of version 1, which did not list recent changes, to this version; leaves any other as it is.
+/// True for a store of an older version that UpgradeSchema brings to this one.
+bool NeedsUpgrade(Database& database);
+/// Brings a file of an older version to this one, in place; leaves any other as it is.
 /// @throws Error MAPI_E_CORRUPT_STORE; the file is then as it was
 void UpgradeSchema(Database& database);
 
-/// Sees that the file is a store of this version with the tables that belong there.
+/// Sees that the file is a store of this version, or of one that can still be read, with the tables that belong there.
+/// @return its version: below AddressBookVersion there is no address book
 /// @throws Error MAPI_E_CORRUPT_STORE, MAPI_E_VERSION
-void CheckSchema(Database& database);
+std::int64_t CheckSchema(Database& database);
 
 } // namespace zebstore

@@ -187,8 +187,11 @@ std::shared_ptr<StoreFile> StoreFile::Open(const std::string& path, const OpenOp
     store->m_readOnly = options.readOnly;
     store->m_database = std::make_unique<Database>(path, options.readOnly ? Database::Mode::ReadOnly
                                                                           : Database::Mode::ReadWrite);
-    if (!options.readOnly)
+    if (!options.readOnly && NeedsUpgrade(*store->m_database))
+    {
+        RequireWholePages(path);
         UpgradeSchema(*store->m_database);
+    }
     CheckSchema(*store->m_database);
     RequireWholePages(path);
     Configure(*store->m_database, options);

@@ -114,10 +114,11 @@ public:
     /// @throws Error MAPI_E_COLLISION when the file exists, MAPI_E_NO_ACCESS when it can not be made there
     static std::shared_ptr<StoreFile> Create(const std::string& path, const std::string& displayName,
                                              const OpenOptions& options);
-    /// Opens a file; header and schema are checked, its content is not.
+    /// Opens a file; header and schema are checked, its content is not. A file of an older version is brought to
+    /// this one; opened for reading one of version 2 stays as it is, without an address book.
     /// @throws Error MAPI_E_NOT_FOUND (no such file), MAPI_E_CORRUPT_STORE (not a database, not a store,
     /// truncated),
-    ///   MAPI_E_VERSION (made by a newer version), MAPI_E_NO_ACCESS (may not be read, or not be written)
+    ///   MAPI_E_VERSION (made by a newer version, or of version 1 and opened for reading), MAPI_E_NO_ACCESS (may not be read, or not be written)
     static std::shared_ptr<StoreFile> Open(const std::string& path, const OpenOptions& options);
     static bool Exists(const std::string& path);
 

@@ -1,5 +1,6 @@
 #include "zebapi/AddressBook.h"
 #include "ObjectsTest.h"
+#include "qorth/TimeProfile.h"
 #include "tests/support/doubles/RecordingContainers.h"
 #include "tests/support/doubles/RecordingStore.h"
 #include "zebapi/SESSION.h"
@@ -269,4 +270,90 @@ TEST_F(AddressBook, ItemsConvertIntoTheSpecificWrappersAndBack)
     CZebABItem copy(back);
     EXPECT_EQ(m_user.References(), 6u);
     EXPECT_FALSE(static_cast<CZebMailUser>(CZebABItem()).IsValid());
+}
+
+TEST_F(AddressBook, OpeningTheRootAndTheMainContainerIsMeasured)
+{
+    std::vector<std::string> measured;
+    CTimeProfile::SetReporter([&](const char* name, double) { measured.emplace_back(name); });
+    m_book.OpenRootContainer(0);
+    m_book.OpenMainContainer("646972");
+    m_double.Fail("GetDefaultDir", MAPI_E_NOT_FOUND);
+    Thrown([&] { m_book.OpenMainContainer(nullptr); });
+    CTimeProfile::SetReporter({});
+    EXPECT_EQ(measured, (std::vector<std::string>{"CZebAddressBook::OpenRootContainer",
+                                                  "CZebAddressBook::OpenMainContainer",
+                                                  "CZebAddressBook::OpenMainContainer"}));
+}
+
+TEST_F(AddressBook, OutsideTheWABTheRootIsNotMarked)
+{
+    EXPECT_FALSE(m_book.OpenRootContainer(0).IsWAB());
+    EXPECT_FALSE(m_book.OpenContainer(ID("dir"), 0).IsWAB());
+}
+
+TEST_F(AddressBook, InTheWABContainersAreMarkedButAContactsFolderOfTheSessionIsNot)
+{
+    m_book.SetSession(&m_session);
+    m_book.MarkWAB();
+    EXPECT_TRUE(m_book.OpenContainer(ID("dir"), 0).IsWAB());
+    EXPECT_EQ(Calls(), (Lines{"book: OpenEntry(646972,IMAPIContainer,0x0)"}));
+    const std::string id = ContactID(3, "folder");
+    EXPECT_FALSE(m_book.OpenContainer(IDOf(id), 0).IsWAB());
+    EXPECT_EQ(Calls(), (Lines{"session: OpenEntry(666F6C646572,IMAPIContainer,0x0)"}));
+}
+
+TEST_F(AddressBook, ADerivedAddressBooksOperationsAreUsedByTheOthers)
+{
+    class Derived : public OpenBook
+    {
+    public:
+        using OpenBook::OpenBook;
+        CZebBinary GetDefaultDirEntryID() override
+        {
+            calls.emplace_back("GetDefaultDirEntryID");
+            return OpenBook::GetDefaultDirEntryID();
+        }
+        CZebContainer OpenContainer(const SBinary& entryID, ULONG flags) override
+        {
+            calls.emplace_back("OpenContainer");
+            return OpenBook::OpenContainer(entryID, flags);
+        }
+        void OpenEntry(const SBinary& entryID, CZebIProp& target, ULONG flags) override
+        {
+            calls.emplace_back("OpenEntry");
+            OpenBook::OpenEntry(entryID, target, flags);
+        }
+        CComPtr<IAddrBook> GetAddrBook() override
+        {
+            calls.emplace_back("GetAddrBook");
+            return OpenBook::GetAddrBook();
+        }
+        Lines calls;
+    } book(&m_double);
+    book.OpenMainContainer("");
+    EXPECT_EQ(book.calls,
+              (Lines{"GetDefaultDirEntryID", "GetAddrBook", "OpenContainer", "OpenEntry", "GetAddrBook"}));
+    book.calls.clear();
+    book.OpenRootContainer(0);
+    EXPECT_EQ(book.calls, (Lines{"GetAddrBook"}));
+}
+
+TEST_F(AddressBook, AContactsFolderThatWrapsACutIdentifierIsTheSessionsToJudge)
+{
+    m_book.SetSession(&m_session);
+    m_session.Fail("OpenEntry", MAPI_E_INVALID_ENTRYID);
+    const std::string id = ContactID(3, "fol");
+    EXPECT_EQ(Thrown([&] { m_book.OpenContainer(IDOf(id), 0); }), MAPI_E_INVALID_ENTRYID);
+    EXPECT_EQ(Calls(), (Lines{"session: OpenEntry(666F6C,IMAPIContainer,0x0)"}));
+}
+
+TEST_F(AddressBook, FreeingClearsTheMarkingWithTheRest)
+{
+    m_book.SetSession(&m_session);
+    m_book.MarkWAB();
+    m_book.Free();
+    EXPECT_FALSE(m_book.IsValid());
+    EXPECT_FALSE(m_book.IsWAB());
+    EXPECT_EQ(Caught(), 0u);
 }

@@ -153,8 +153,6 @@ TEST_F(Sessions, AreOverAfterLogoffButTheirObjectsLiveOn)
 
 TEST_F(Sessions, RefuseWhatTheProviderDoesNotHave)
 {
-    IAddrBook* book = nullptr;
-    EXPECT_EQ(Session().OpenAddressBook(0, nullptr, 0, &book), MAPI_E_NO_SUPPORT);
     ULONG connection = 0;
     EXPECT_EQ(Session().Advise(0, nullptr, 0, nullptr, &connection), MAPI_E_NO_SUPPORT);
     ULONG size = 0;

@@ -150,7 +150,6 @@ TEST(ProviderUtilities, NotificationsAreCopiedIntoOneBlock)
 TEST(ProviderUtilities, WhatIsNotDoneSaysSo)
 {
     EXPECT_EQ(RTFSync(nullptr, 0, nullptr), MAPI_E_NO_SUPPORT);
-    EXPECT_EQ(WABOpen(nullptr, nullptr, nullptr, 0), MAPI_E_NO_SUPPORT);
     EXPECT_EQ(CreateTable(nullptr, nullptr, nullptr, nullptr, nullptr, 0, 0, nullptr, nullptr),
               MAPI_E_NO_SUPPORT);
 }

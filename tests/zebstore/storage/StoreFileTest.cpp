@@ -120,11 +120,11 @@ TEST_F(StoreFileTest, AnotherProgramsDatabaseIsRefused)
 
 TEST_F(StoreFileTest, ANewerSchemaIsAVersionError)
 {
-    Spoil("PRAGMA user_version=3");
+    Spoil("PRAGMA user_version=4");
     m_store.reset();
     std::string text;
     EXPECT_EQ(OpenCode(Path("test.zeb"), &text), MAPI_E_VERSION);
-    EXPECT_NE(text.find("version 3"), std::string::npos);
+    EXPECT_NE(text.find("version 4"), std::string::npos);
 }
 
 TEST_F(StoreFileTest, AFileOfTheFirstVersionIsBroughtUpWhenItIsOpenedForWriting)
