@@ -258,7 +258,12 @@ TEST_F(Notifications, ATableThatOutlivesTheThreadIsReleasedInPeace)
     const Ref<CopyingSink> before = Ref<CopyingSink>::Adopt(new CopyingSink);
     ULONG connection = 0;
     ASSERT_EQ(table->Advise(fnevTableModified, before.Get(), &connection), S_OK);
+    const Ref<IMAPIFolder> inbox = Inbox();
     MAPIUninitialize();
+    SaveMessage(*inbox);
+    // Several times as long as another process's commit takes to be told.
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_TRUE(before->Events().empty()) << "told after the end";
     EXPECT_EQ(MAPIInitialize(nullptr), S_OK);
     test::Followed followed(table);
     SaveMessage(*Inbox());

@@ -2,6 +2,7 @@
 
 #include "zebstore/storage/Database.h"
 
+#include <future>
 #include <random>
 
 namespace zebstore::test
@@ -347,6 +348,69 @@ TEST_F(NotifyTest, ASinkMayReadAndUnadviseInItsOwnCall)
     EXPECT_EQ(seen.size(), 1u);
     EXPECT_EQ(followed.Sink().Events().size(), 1u);
     followed.Forget();
+}
+
+// Holds the notification thread inside a sink from the first event until it is opened.
+class Gate
+{
+public:
+    explicit Gate(CopyingSink& sink)
+        : m_open(m_opener.get_future().share())
+    {
+        sink.Then(
+            [this]
+            {
+                m_inside = true;
+                m_open.wait();
+            });
+    }
+    void WaitUntilInside() const
+    {
+        while (!m_inside)
+            std::this_thread::yield();
+    }
+    void Open() { m_opener.set_value(); }
+
+private:
+    std::promise<void> m_opener;
+    std::shared_future<void> m_open;
+    std::atomic<bool> m_inside{false};
+};
+
+TEST_F(NotifyTest, ASlowSinkIsToldThatAllHasChangedWhenTooMuchWaits)
+{
+    Followed followed(Contents());
+    Gate gate(followed.Sink());
+    Add(0);
+    gate.WaitUntilInside();
+    for (LONG i = 0; i < 300; ++i)
+    {
+        Add(i);
+        if (i % 100 == 99)
+            ReadCopy(followed.Table()); // takes over what has changed
+    }
+    gate.Open();
+    EXPECT_TRUE(followed.Sink().HearsWhole());
+    EXPECT_EQ(followed.Sink().Events(), (Events{TABLE_ROW_ADDED, TABLE_CHANGED}));
+    followed.Sink().Then({});
+}
+
+TEST_F(NotifyTest, WhatWaitsWhenTheTableIsSortedIsNotToldOfTheOldOrder)
+{
+    Followed followed(Contents());
+    Gate gate(followed.Sink());
+    Add(0);
+    gate.WaitUntilInside();
+    Add(50);
+    EXPECT_EQ(ReadCopy(followed.Table()).size(), 2u);
+    Sorted(followed.TablePointer(), PR_IMPORTANCE, TABLE_SORT_DESCEND);
+    followed.Sink().Start(ReadCopy(followed.Table()));
+    gate.Open();
+    Add(60);
+    EXPECT_TRUE(followed.Sink().Hears(1));
+    ExpectFollowed(followed);
+    EXPECT_EQ(followed.Sink().Events(), Events{TABLE_ROW_ADDED});
+    followed.Sink().Then({});
 }
 
 TEST_F(NotifyTest, UnadviseWaitsForACallInProgress)
