@@ -17,9 +17,9 @@ using namespace std::chrono_literals;
 
 // So soon another process's commit is seen.
 constexpr auto Poll = 20ms;
-// While one commit follows the other, the thread rests as long as it works, so that it takes no more than half of the
+// While one commit follows the other, the thread rests as long as it worked, so that it takes no more than half of the
 // store's time and tells of several at once.
-constexpr Clock::duration LongestRest = 100ms;
+constexpr Clock::duration LongestRest = 20ms;
 
 } // namespace
 
@@ -154,14 +154,16 @@ void Notifier::Run(const bool& stopping)
         m_changed.wait_for(hold, Poll, [&] { return stopping || m_woken; });
         m_woken = false;
         const Clock::time_point begin = Clock::now();
-        LookAtAll(hold, stopping);
+        if (!LookAtAll(hold, stopping))
+            continue;
         const Clock::duration rest = std::min(Clock::now() - begin, LongestRest);
         m_changed.wait_for(hold, rest, [&] { return stopping; });
     }
 }
 
-void Notifier::LookAtAll(std::unique_lock<std::mutex>& hold, const bool& stopping)
+bool Notifier::LookAtAll(std::unique_lock<std::mutex>& hold, const bool& stopping)
 {
+    bool told = false;
     const std::vector<std::weak_ptr<Notified>> members(m_members.begin(), m_members.end());
     for (const std::weak_ptr<Notified>& each : members)
     {
@@ -170,12 +172,13 @@ void Notifier::LookAtAll(std::unique_lock<std::mutex>& hold, const bool& stoppin
             continue;
         m_current = member.get();
         hold.unlock();
-        member->LookAndDeliver();
+        told = member->LookAndDeliver() || told;
         member.reset();
         hold.lock();
         m_current = nullptr;
         m_idle.notify_all();
     }
+    return told;
 }
 
 } // namespace zebstore

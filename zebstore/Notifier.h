@@ -43,8 +43,8 @@ class Notified
 public:
     virtual ~Notified() = default;
     /// Called on the notifier's thread after each commit of this process, and every few milliseconds for the sake of
-    /// other processes.
-    virtual void LookAndDeliver() noexcept = 0;
+    /// other processes. @return true when there was something to tell
+    virtual bool LookAndDeliver() noexcept = 0;
 };
 
 /// Owns the provider's one notification thread, which runs from the first Add to Stop and sleeps while there is
@@ -67,7 +67,7 @@ public:
 private:
     Notifier() = default;
     void Run(const bool& stopping);
-    void LookAtAll(std::unique_lock<std::mutex>& hold, const bool& stopping);
+    bool LookAtAll(std::unique_lock<std::mutex>& hold, const bool& stopping);
 
     std::mutex m_lock;
     std::condition_variable m_changed;

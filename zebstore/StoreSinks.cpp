@@ -144,7 +144,7 @@ void StoreSinks::Close() noexcept
     Notifier::The().Remove(this);
 }
 
-void StoreSinks::LookAndDeliver() noexcept
+bool StoreSinks::LookAndDeliver() noexcept
 {
     try
     {
@@ -155,7 +155,7 @@ void StoreSinks::LookAndDeliver() noexcept
             if (m_changes)
                 events = m_changes->Next();
             if (events.empty())
-                return;
+                return false;
             for (const auto& each : m_advised)
                 advised.push_back(each.second);
         }
@@ -166,6 +166,7 @@ void StoreSinks::LookAndDeliver() noexcept
     {
         // What could not be read is looked at again.
     }
+    return true;
 }
 
 void StoreSinks::Deliver(const Advised& advised, const std::vector<StoreEvent>& events) const

@@ -32,7 +32,7 @@ public:
     /// Ends all connections.
     void Close() noexcept;
 
-    void LookAndDeliver() noexcept override;
+    bool LookAndDeliver() noexcept override;
 
 private:
     struct Advised

@@ -262,21 +262,23 @@ void TableState::Look(std::vector<Event>& events, Connections& connections)
     m_lost = false;
 }
 
-void TableState::LookAndDeliver() noexcept
+bool TableState::LookAndDeliver() noexcept
 {
     try
     {
         std::vector<Event> events;
         Connections connections;
         Look(events, connections);
-        if (!events.empty())
-            Deliver(events, connections);
+        if (events.empty())
+            return false;
+        Deliver(events, connections);
     }
     catch (...)
     {
         const std::lock_guard<std::mutex> hold(m_lock);
         m_lost = true;
     }
+    return true;
 }
 
 void TableState::Deliver(std::vector<Event>& events, const Connections& connections)

@@ -48,7 +48,7 @@ public:
     /// Ends all connections; the table's interface is gone.
     void Close() noexcept;
 
-    void LookAndDeliver() noexcept override;
+    bool LookAndDeliver() noexcept override;
 
 private:
     struct Event

@@ -355,26 +355,30 @@ class Gate
 {
 public:
     explicit Gate(CopyingSink& sink)
-        : m_open(m_opener.get_future().share())
     {
+        // The sink may still be on its way through when the gate is gone.
         sink.Then(
-            [this]
+            [state = m_state]
             {
-                m_inside = true;
-                m_open.wait();
+                state->inside = true;
+                state->open.wait();
             });
     }
     void WaitUntilInside() const
     {
-        while (!m_inside)
+        while (!m_state->inside)
             std::this_thread::yield();
     }
-    void Open() { m_opener.set_value(); }
+    void Open() { m_state->opener.set_value(); }
 
 private:
-    std::promise<void> m_opener;
-    std::shared_future<void> m_open;
-    std::atomic<bool> m_inside{false};
+    struct State
+    {
+        std::promise<void> opener;
+        std::shared_future<void> open = opener.get_future().share();
+        std::atomic<bool> inside{false};
+    };
+    const std::shared_ptr<State> m_state = std::make_shared<State>();
 };
 
 TEST_F(NotifyTest, ASlowSinkIsToldThatAllHasChangedWhenTooMuchWaits)
@@ -416,6 +420,7 @@ TEST_F(NotifyTest, WhatWaitsWhenTheTableIsSortedIsNotToldOfTheOldOrder)
 TEST_F(NotifyTest, UnadviseWaitsForACallInProgress)
 {
     Followed followed(Contents());
+    const Followed stays(followed.TablePointer());
     std::atomic<bool> inside{false};
     std::atomic<bool> over{false};
     followed.Sink().Then(
