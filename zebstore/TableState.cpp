@@ -118,7 +118,8 @@ ULONG TableState::Advise(IMAPIAdviseSink* sink)
     {
         const std::lock_guard<std::mutex> hold(m_lock);
         m_view.SetListener(this);
-        m_connections.emplace(number, std::make_shared<Connection>(sink));
+        m_view.Sync();
+        m_connections.emplace(number, Advised{std::make_shared<Connection>(sink), m_events.size()});
     }
     try
     {
@@ -141,7 +142,7 @@ void TableState::Unadvise(ULONG number)
         const auto found = m_connections.find(number);
         if (found == m_connections.end())
             throw Error(MAPI_E_INVALID_PARAMETER, "the table has no connection of this number");
-        connection = std::move(found->second);
+        connection = std::move(found->second.connection);
         m_connections.erase(found);
         last = m_connections.empty();
         if (last)
@@ -163,7 +164,7 @@ void TableState::Unadvise(ULONG number)
 
 void TableState::Close() noexcept
 {
-    std::map<ULONG, std::shared_ptr<Connection>> connections;
+    std::map<ULONG, Advised> connections;
     {
         const std::lock_guard<std::mutex> hold(m_lock);
         connections.swap(m_connections);
@@ -171,7 +172,7 @@ void TableState::Close() noexcept
         m_events.clear();
     }
     for (const auto& each : connections)
-        each.second->Cut();
+        each.second.connection->Cut();
     if (!connections.empty())
         Notifier::The().Remove(this);
 }
@@ -218,10 +219,17 @@ void TableState::QueueRow(ULONG what, RowKey key, std::optional<RowKey> prior, c
     m_events.push_back(std::move(event));
 }
 
+void TableState::ForgetEvents()
+{
+    m_events.clear();
+    for (auto& each : m_connections)
+        each.second.passedOver = 0;
+}
+
 // What waits before it is told by it too.
 void TableState::QueueWhole(ULONG what, HRESULT result)
 {
-    m_events.clear();
+    ForgetEvents();
     Event event;
     event.what = what;
     event.result = result;
@@ -256,8 +264,11 @@ void TableState::Look(std::vector<Event>& events, Connections& connections)
     if (m_events.empty())
         return;
     m_lost = true;
-    for (const auto& each : m_connections)
+    for (auto& each : m_connections)
+    {
         connections.push_back(each.second);
+        each.second.passedOver = 0;
+    }
     events.swap(m_events);
     m_lost = false;
 }
@@ -284,12 +295,15 @@ bool TableState::LookAndDeliver() noexcept
 void TableState::Deliver(std::vector<Event>& events, const Connections& connections)
 {
     std::vector<NOTIFICATION> notifications(events.size());
-    for (const std::shared_ptr<Connection>& connection : connections)
+    for (const Advised& advised : connections)
     {
         // Anew for each sink: what one does to them is not the next one's.
         for (size_t i = 0; i < events.size(); ++i)
             Fill(notifications[i], events[i]);
-        connection->Deliver(static_cast<ULONG>(notifications.size()), notifications.data());
+        const size_t first = advised.passedOver;
+        if (first < events.size())
+            advised.connection->Deliver(static_cast<ULONG>(events.size() - first),
+                                        notifications.data() + first);
     }
 }
 

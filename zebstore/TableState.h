@@ -37,7 +37,7 @@ public:
     template <typename Change>
     void Rearrange(Change&& change)
     {
-        m_events.clear();
+        ForgetEvents();
         change();
     }
 
@@ -62,7 +62,12 @@ private:
         Buffer<SPropValue> row;
         ULONG columns = 0;
     };
-    using Connections = std::vector<std::shared_ptr<Connection>>;
+    struct Advised
+    {
+        std::shared_ptr<Connection> connection;
+        size_t passedOver = 0; // so many of the waiting events are older than the connection
+    };
+    using Connections = std::vector<Advised>;
 
     void RowAdded(RowKey key, std::optional<RowKey> prior, const ValueSource& values) override;
     void RowModified(RowKey key, std::optional<RowKey> prior, const ValueSource& values) override;
@@ -72,6 +77,7 @@ private:
     std::vector<ULONG> InOwnForm(std::vector<ULONG> columns) const;
     SRowSet* BuildRows(const std::vector<RowKey>& keys, const std::vector<ULONG>& columns);
     SPropValue* BuildRow(const std::vector<ULONG>& columns, const ValueSource& values) const;
+    void ForgetEvents();
     void QueueRow(ULONG what, RowKey key, std::optional<RowKey> prior, const ValueSource* values);
     void QueueWhole(ULONG what, HRESULT result = S_OK);
     void Look(std::vector<Event>& events, Connections& connections);
@@ -83,7 +89,7 @@ private:
     const TableOptions m_options;
     TableView m_view;
     std::vector<ULONG> m_columns; // empty: the default ones
-    std::map<ULONG, std::shared_ptr<Connection>> m_connections;
+    std::map<ULONG, Advised> m_connections;
     std::vector<Event> m_events;
     bool m_failed = false; // the last look; sinks know
     bool m_lost = false;   // events, for want of memory

@@ -417,6 +417,25 @@ TEST_F(NotifyTest, WhatWaitsWhenTheTableIsSortedIsNotToldOfTheOldOrder)
     followed.Sink().Then({});
 }
 
+TEST_F(NotifyTest, ASinkHearsOnlyOfWhatComesAfterItsAdvise)
+{
+    Followed followed(Contents());
+    Gate gate(followed.Sink());
+    Add(0);
+    gate.WaitUntilInside();
+    Add(1);
+    Followed later(followed.TablePointer());
+    EXPECT_EQ(later.Sink().Rows().size(), 2u);
+    gate.Open();
+    Add(2);
+    EXPECT_TRUE(later.Sink().Hears(1));
+    ExpectFollowed(later);
+    ExpectFollowed(followed);
+    EXPECT_EQ(later.Sink().Events(), Events{TABLE_ROW_ADDED});
+    EXPECT_EQ(followed.Sink().Events(), (Events{TABLE_ROW_ADDED, TABLE_ROW_ADDED, TABLE_ROW_ADDED}));
+    followed.Sink().Then({});
+}
+
 TEST_F(NotifyTest, UnadviseWaitsForACallInProgress)
 {
     Followed followed(Contents());
