@@ -243,7 +243,7 @@ TEST_F(AddressBook, EntriesStayWhenTheSessionIsOpenedAnew)
     m_store.reset();
     m_session->Logoff(0, 0, 0);
     *m_session = LogOn();
-    m_store = std::make_unique<CZebMsgStore>(m_session->OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS));
+    m_store = std::make_unique<CZebMsgStore>(OpenDefaultStore(*m_session));
     CZebMailUser user;
     m_session->OpenEntry(ada, user, MAPI_BEST_ACCESS);
     EXPECT_STREQ(user.GetDisplayName(), "Ada");

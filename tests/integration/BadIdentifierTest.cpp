@@ -110,7 +110,7 @@ TEST_F(BadIdentifier, OfAnotherStoreIsRefused)
     CreateProfile("other", File("other.zeb"), false);
     CZebSession session = LogOn("other");
     {
-        CZebMsgStore store = session.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS);
+        CZebMsgStore store = OpenDefaultStore(session);
         CZebFolder inbox = store.OpenInboxFolder(MAPI_BEST_ACCESS);
         CZebPropValArray properties(1);
         properties[PR_SUBJECT_A] = "there";

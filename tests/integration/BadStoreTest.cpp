@@ -31,7 +31,7 @@ protected:
         CreateProfile("mine", m_file);
         CZebSession session = LogOn();
         {
-            CZebMsgStore store = session.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS);
+            CZebMsgStore store = OpenDefaultStore(session);
             CZebPropValArray properties(2);
             properties[PR_SUBJECT_A] = "there";
             properties[PR_BODY_A] = std::string(300'000, 'x').c_str();
@@ -50,7 +50,7 @@ protected:
                 CZebSession session = LogOn();
                 try
                 {
-                    session.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS).OpenInboxFolder(MAPI_BEST_ACCESS);
+                    OpenDefaultStore(session).OpenInboxFolder(MAPI_BEST_ACCESS);
                 }
                 catch (...)
                 {
@@ -134,8 +134,7 @@ TEST_F(BadStore, AReadOnlyFileIsReadAndAChangeIsRefusedNamingIt)
     const std::string before = Contents(m_file);
     CZebSession session = LogOn();
     {
-        CZebFolder inbox =
-            session.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS).OpenInboxFolder(MAPI_BEST_ACCESS);
+        CZebFolder inbox = OpenDefaultStore(session).OpenInboxFolder(MAPI_BEST_ACCESS);
         EXPECT_EQ(inbox.GetContentsTable(0).GetRowCount(), 1u);
         const Failure thrown = FailureOf([&] { inbox.CreateMessage(0); });
         ExpectSentenceNamesTheFile(thrown);

@@ -16,7 +16,7 @@ inline Names Column(CZebTable table, ULONG tag)
 {
     table.SetColumns(1, tag);
     CZebRowSet rows;
-    table.QueryAllRows(&rows, nullptr, nullptr);
+    table.QueryRows(&rows, 0, nullptr, nullptr);
     Names names;
     for (ULONG i = 0; i < rows.Count(); ++i)
         names.push_back(rows[i][tag].String(true).GetString());

@@ -1,7 +1,6 @@
 #include "tests/integration/Host.h"
 
-#include "platform/module.h"
-#include "platform/registry.h"
+#include "tests/integration/Route.h"
 #include "zebstore/zebstore.h"
 
 namespace zeb::test
@@ -18,9 +17,7 @@ LPTSTR Text(const std::string& text)
 
 void RegisterStore()
 {
-    platform::RegistryKey::Create(platform::RegistryRoot::LocalMachine,
-                                  "SOFTWARE\\Clients\\Mail\\Microsoft Outlook")
-        .SetStringValue("DLLPathEx", platform::OwnFolder() + ZEB_STORE_LIBRARY);
+    RegisterProvider();
 }
 
 Host::Host()
@@ -64,7 +61,7 @@ void CreateStoreProfile(const std::string& name, const std::string& file, bool m
     ThrowIfFailed(services->GetMsgServiceTable(0, raw.Put()), services, __FILE__, __LINE__);
     CZebTable table(raw.Get());
     CZebRowSet rows;
-    table.QueryAllRows(&rows, nullptr, nullptr);
+    table.QueryRows(&rows, 1, nullptr, nullptr);
     const CZebOnePropVal uid = rows[0][PR_SERVICE_UID];
     SPropValue path{};
     path.ulPropTag = PR_ZEBSTORE_PATH_A;
@@ -106,7 +103,7 @@ void StoreHost::LogOnAgain()
 {
     LogOff();
     m_session = std::make_unique<CZebSession>(LogOn());
-    m_store = std::make_unique<CZebMsgStore>(m_session->OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS));
+    m_store = std::make_unique<CZebMsgStore>(OpenDefaultStore(*m_session));
 }
 
 void StoreHost::AddMessage(const char* subject, long importance, int bodySize)

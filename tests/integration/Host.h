@@ -1,6 +1,7 @@
 // A host in a world of its own: an empty registry, a folder for files, the embedded provider registered.
 #pragma once
 
+#include "tests/integration/Route.h"
 #include "tests/support/Environment.h"
 #include "tests/support/RegistryScope.h"
 #include "tests/support/TempFolder.h"

@@ -32,7 +32,7 @@ TEST_F(MainJob, ReadsTheSubjectsOfTheInboxOfTheDefaultProfile)
 
     CZebSession session = LogOn();
     {
-        CZebMsgStore store = session.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS);
+        CZebMsgStore store = OpenDefaultStore(session);
         for (const char* subject : {"two", "one"})
         {
             CZebPropValArray properties(1);
@@ -46,6 +46,18 @@ TEST_F(MainJob, ReadsTheSubjectsOfTheInboxOfTheDefaultProfile)
     EXPECT_FALSE(Zeb_GetMAPI().WasInitialized());
 }
 
+TEST_F(MainJob, OpensTheDefaultStoreOfTheProfile)
+{
+    Start();
+    CreateProfile("mine", File("mine.zeb"));
+    CZebSession session = LogOn();
+    {
+        CZebMsgStore store = session.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS);
+        EXPECT_EQ(store.GetObjectType(), ULONG(MAPI_STORE));
+    }
+    Zeb_GetMAPI().Uninitialize(&session);
+}
+
 TEST_F(MainJob, MessagesAreThereAfterMapiWasStoppedAndStartedAgain)
 {
     Start();
@@ -53,7 +65,7 @@ TEST_F(MainJob, MessagesAreThereAfterMapiWasStoppedAndStartedAgain)
     {
         CZebSession session = LogOn("mine");
         {
-            CZebMsgStore store = session.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS);
+            CZebMsgStore store = OpenDefaultStore(session);
             CZebPropValArray properties(1);
             properties[PR_SUBJECT_A] = "kept";
             store.OpenInboxFolder(MAPI_BEST_ACCESS).CreateMessage(properties, true, 0);
@@ -63,7 +75,7 @@ TEST_F(MainJob, MessagesAreThereAfterMapiWasStoppedAndStartedAgain)
     Start();
     CZebSession session = LogOn("mine");
     {
-        CZebMsgStore store = session.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS);
+        CZebMsgStore store = OpenDefaultStore(session);
         EXPECT_EQ(SubjectsOfInbox(store), (std::vector<std::string>{"kept"}));
     }
     session.Logoff(0, 0, 0);
@@ -75,7 +87,7 @@ TEST_F(MainJob, AnInboxWithNothingInItHasNoRows)
     CreateProfile("mine", File("mine.zeb"));
     CZebSession session = LogOn();
     {
-        CZebMsgStore store = session.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS);
+        CZebMsgStore store = OpenDefaultStore(session);
         EXPECT_TRUE(SubjectsOfInbox(store).empty());
     }
     session.Logoff(0, 0, 0);
@@ -87,7 +99,7 @@ TEST_F(MainJob, FoldersAreFoundByNameBelowTheTopOfTheMail)
     CreateProfile("mine", File("mine.zeb"));
     CZebSession session = LogOn();
     {
-        CZebMsgStore store = session.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS);
+        CZebMsgStore store = OpenDefaultStore(session);
         CZebFolder top = store.OpenSpecialFolder(PR_IPM_SUBTREE_ENTRYID, MAPI_BEST_ACCESS);
         top.CreateFolder("Projects", false, true, 0, "", FOLDER_GENERIC);
         EXPECT_STREQ(top.OpenFolderByName("Projects").GetDisplayName().GetString(), "Projects");
@@ -107,7 +119,7 @@ TEST_F(MainJob, ADeletedMessageIsMovedOrGone)
     CreateProfile("mine", File("mine.zeb"));
     CZebSession session = LogOn();
     {
-        CZebMsgStore store = session.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS);
+        CZebMsgStore store = OpenDefaultStore(session);
         CZebFolder inbox = store.OpenInboxFolder(MAPI_BEST_ACCESS);
         CZebPropValArray properties(1);
         properties[PR_SUBJECT_A] = "away";

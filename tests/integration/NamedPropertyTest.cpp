@@ -126,7 +126,7 @@ TEST_F(NamedProperty, HaveNumbersOfTheirOwnInEachStore)
     CreateProfile("other", File("other.zeb"), false);
     CZebSession session = LogOn("other");
     {
-        CZebMsgStore store = session.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS);
+        CZebMsgStore store = OpenDefaultStore(session);
         GUID set = IID_IMessage;
         std::basic_string<WCHAR> text = ZEBW("Keywords");
         MAPINAMEID name{};

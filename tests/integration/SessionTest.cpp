@@ -16,7 +16,7 @@ protected:
     {
         CZebTable table = session.GetMsgStoresTable();
         CZebRowSet rows;
-        table.QueryAllRows(&rows, nullptr, nullptr);
+        table.QueryRows(&rows, 0, nullptr, nullptr);
         EXPECT_EQ(rows.Count(), 1u);
         return CZebBinary(static_cast<const SBinary&>(rows[0][PR_ENTRYID]));
     }
@@ -26,7 +26,7 @@ TEST_F(Sessions, ListTheStoreOfTheProfileAsTheDefaultOne)
 {
     CZebTable table = m_session->GetMsgStoresTable();
     CZebRowSet rows;
-    table.QueryAllRows(&rows, nullptr, nullptr);
+    table.QueryRows(&rows, 0, nullptr, nullptr);
     ASSERT_EQ(rows.Count(), 1u);
     EXPECT_TRUE(static_cast<bool>(rows[0][PR_DEFAULT_STORE]));
     EXPECT_TRUE(m_session->CompareEntryIDs(rows[0][PR_ENTRYID], m_store->GetEntryID()));
@@ -50,7 +50,7 @@ TEST_F(Sessions, OpenProfilesByNameSideBySide)
     CreateProfile("second", File("second.zeb"), false);
     CZebSession second = LogOn("second");
     {
-        CZebMsgStore store = second.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS);
+        CZebMsgStore store = OpenDefaultStore(second);
         EXPECT_FALSE(m_session->CompareEntryIDs(store.GetEntryID(), m_store->GetEntryID()));
         store.OpenInboxFolder(MAPI_BEST_ACCESS).CreateFolder("second's", false, true, 0, "", FOLDER_GENERIC);
         EXPECT_EQ(FailureOf([&] { Inbox().OpenFolderByName("second's"); }).result, 1168);

@@ -110,7 +110,7 @@ TEST_F(Store, TheDefaultOneIsTheOneThatIsMarked)
     CZebTable table = m_session->GetMsgStoresTable();
     table.SetColumns(4, PR_ENTRYID, PR_DEFAULT_STORE, PR_DISPLAY_NAME_A, PR_OBJECT_TYPE);
     CZebRowSet rows;
-    table.QueryAllRows(&rows, nullptr, nullptr);
+    table.QueryRows(&rows, 0, nullptr, nullptr);
     ASSERT_EQ(rows.Count(), 1u);
     EXPECT_TRUE(static_cast<bool>(rows[0][PR_DEFAULT_STORE]));
     EXPECT_EQ(static_cast<LONG>(rows[0][PR_OBJECT_TYPE]), MAPI_STORE);
@@ -207,7 +207,7 @@ TEST_F(Store, TablesHaveNarrowTextUnlessWideIsAskedFor)
         for (CZebTable table : {inbox.GetContentsTable(flags), inbox.GetHierarchyTable(flags)})
         {
             CZebRowSet rows;
-            table.QueryAllRows(&rows, nullptr, nullptr);
+            table.QueryRows(&rows, 0, nullptr, nullptr);
             ASSERT_EQ(rows.Count(), 1u);
             size_t texts = 0;
             for (ULONG i = 0; i < rows[0].Count(); ++i)
@@ -229,7 +229,7 @@ TEST_F(Store, DepthIsToldInAHierarchyOfTheWholeTree)
     CZebTable table = inbox.GetHierarchyTable(CONVENIENT_DEPTH);
     table.SetColumns(1, PR_DEPTH);
     CZebRowSet rows;
-    table.QueryAllRows(&rows, nullptr, nullptr);
+    table.QueryRows(&rows, 0, nullptr, nullptr);
     ASSERT_EQ(rows.Count(), 2u);
     EXPECT_EQ(static_cast<LONG>(rows[0][PR_DEPTH]), 1);
     EXPECT_EQ(static_cast<LONG>(rows[1][PR_DEPTH]), 2);

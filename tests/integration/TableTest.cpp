@@ -111,6 +111,14 @@ TEST_F(ContentsTable, ReadingAllRowsBeginsAtTheCurrentOne)
     EXPECT_EQ(Next(0), (List{"delta", "echo"}));
 }
 
+TEST_F(ContentsTable, ReadsAllRowsWhereverItStands)
+{
+    m_table.SeekRow(BOOKMARK_BEGINNING, 3, nullptr);
+    CZebRowSet rows;
+    m_table.QueryAllRows(&rows, nullptr, nullptr);
+    EXPECT_EQ(rows.Count(), 5u);
+}
+
 TEST_F(ContentsTable, FindsTheNextRowThatMatches)
 {
     CZebRestrictionAllocator restriction;
@@ -165,7 +173,7 @@ TEST_F(ContentsTable, TheHierarchyOfAllDepthsTellsTheDepth)
     CZebTable deep = top.GetHierarchyTable(CONVENIENT_DEPTH);
     deep.SetColumns(2, PR_DISPLAY_NAME_A, PR_DEPTH);
     CZebRowSet rows;
-    deep.QueryAllRows(&rows, nullptr, nullptr);
+    deep.QueryRows(&rows, 0, nullptr, nullptr);
     LONG deepest = 0;
     for (ULONG i = 0; i < rows.Count(); ++i)
         if (rows[i][PR_DISPLAY_NAME_A].String(false) == CStringA("c"))
