@@ -199,10 +199,9 @@ void TableState::AllChanged(bool replaced)
 
 void TableState::QueueRow(ULONG what, RowKey key, std::optional<RowKey> prior, const ValueSource* values)
 {
-    if (m_events.size() >= MostWaiting)
+    // Anew where that waits already: a connection that came since then was to pass it over.
+    if (m_events.size() >= MostWaiting || (m_events.size() == 1 && m_events.front().what == TABLE_CHANGED))
         return QueueWhole(TABLE_CHANGED);
-    if (m_events.size() == 1 && m_events.front().what == TABLE_CHANGED)
-        return; // they will read all anew
     Event event;
     event.what = what;
     event.hasIndex = true;

@@ -399,6 +399,26 @@ TEST_F(NotifyTest, ASlowSinkIsToldThatAllHasChangedWhenTooMuchWaits)
     followed.Sink().Then({});
 }
 
+TEST_F(NotifyTest, ASinkThatComesWhileAllHasChangedWaitsIsToldOfWhatComesLater)
+{
+    Followed followed(Contents());
+    Gate gate(followed.Sink());
+    Add(0);
+    gate.WaitUntilInside();
+    for (LONG i = 0; i < 300; ++i)
+        Add(i);
+    ReadCopy(followed.Table()); // takes over what has changed
+    const Ref<CopyingSink> late = Ref<CopyingSink>::Adopt(new CopyingSink);
+    ULONG connection = 0;
+    ASSERT_EQ(followed.Table().Advise(fnevTableModified, late.Get(), &connection), S_OK);
+    Add(300);
+    ReadCopy(followed.Table());
+    gate.Open();
+    EXPECT_TRUE(late->HearsWhole());
+    EXPECT_EQ(followed.Table().Unadvise(connection), S_OK);
+    followed.Sink().Then({});
+}
+
 TEST_F(NotifyTest, WhatWaitsWhenTheTableIsSortedIsNotToldOfTheOldOrder)
 {
     Followed followed(Contents());
