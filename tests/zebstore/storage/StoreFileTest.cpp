@@ -130,7 +130,9 @@ TEST_F(StoreFileTest, ANewerSchemaIsAVersionError)
 TEST_F(StoreFileTest, AFileOfTheFirstVersionIsBroughtUpWhenItIsOpenedForWriting)
 {
     const MessageId message = Store().CreateMessage(Inbox, false, Mail("old"));
-    Spoil("ALTER TABLE contents DROP COLUMN recent; PRAGMA user_version=1");
+    Spoil("ALTER TABLE contents DROP COLUMN recent; DROP TABLE member; DROP TABLE address; DROP TABLE "
+          "directory; "
+          "PRAGMA user_version=1");
     m_store.reset();
     StoreFile::OpenOptions readOnly;
     readOnly.readOnly = true;
