@@ -16,6 +16,9 @@ void PrepareConsole();
 
 bool IsTerminal(OutputStream stream);
 
+/// Whether somebody at a terminal can answer a question: standard input is one.
+bool InputIsTerminal();
+
 /// The columns of the terminal behind `stream`; 0 when it is none or does not tell.
 int TerminalColumns(OutputStream stream);
 

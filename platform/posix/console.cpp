@@ -26,6 +26,11 @@ bool IsTerminal(OutputStream stream)
     return isatty(Descriptor(stream)) != 0;
 }
 
+bool InputIsTerminal()
+{
+    return isatty(STDIN_FILENO) != 0;
+}
+
 int TerminalColumns(OutputStream stream)
 {
     winsize size{};

@@ -32,6 +32,12 @@ bool IsTerminal(OutputStream stream)
     return GetConsoleMode(Handle(stream), &mode) != 0;
 }
 
+bool InputIsTerminal()
+{
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), &mode) != 0;
+}
+
 int TerminalColumns(OutputStream stream)
 {
     CONSOLE_SCREEN_BUFFER_INFO info{};

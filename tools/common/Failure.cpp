@@ -115,6 +115,12 @@ int RunTool(const char* tool, const std::function<int()>& body)
         FlushOutput();
         return code;
     }
+    catch (const UsageError& error)
+    {
+        std::fflush(stdout);
+        Complain(tool, OneLine(error.what()));
+        return ExitUsage;
+    }
     catch (...)
     {
         const std::string text = CurrentFailure();

@@ -23,6 +23,13 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// A failure of the command line itself; the tool ends with ExitUsage.
+class UsageError : public ToolError
+{
+public:
+    using ToolError::ToolError;
+};
+
 /// What the exception in flight says, in one line of UTF-8: the provider's own sentence where there is one,
 /// else the name of the result code. Deletes a framework exception. Call it inside a catch block.
 std::string CurrentFailure();
@@ -34,7 +41,7 @@ long CurrentResult();
 [[noreturn]] void FailWhile(const std::string& doing);
 
 /// Runs a tool's body: returns its exit code, or prints "tool: failure" on standard error and returns
-/// ExitFailed.
+/// ExitUsage for a UsageError, else ExitFailed.
 int RunTool(const char* tool, const std::function<int()>& body);
 
 /// Prints "tool: text" on standard error.

@@ -84,6 +84,36 @@ FolderPath FolderPath::Below(const std::string& name) const
     return path;
 }
 
+FolderPath FolderPath::Above() const
+{
+    FolderPath path = *this;
+    if (!path.names.empty())
+        path.names.pop_back();
+    return path;
+}
+
+std::string Named(const FolderPath& path)
+{
+    if (path.names.empty())
+        return path.fromRoot ? "the root folder" : "the top folder";
+    return "folder '" + Shortened(OneLine(path.Text()), 120) + "'";
+}
+
+CZebFolder CreateSubfolder(CZebFolder& parent, const std::string& name)
+{
+    const std::string narrow = NarrowFromUtf8(name);
+    if (Utf8FromNarrow(narrow) == name)
+        return parent.CreateFolder(narrow.c_str(), false, false, 0, nullptr, FOLDER_GENERIC);
+    // The wrapper takes narrow text only, which can not say every name.
+    const CComPtr<IMAPIFolder> owner = InterfaceOf(parent);
+    CComPtr<IMAPIFolder> created;
+    CStringW wide = WideFromUtf8(name);
+    ThrowIfFailed(owner->CreateFolder(FOLDER_GENERIC, reinterpret_cast<LPTSTR>(wide.GetBuffer()), nullptr,
+                                      nullptr, MAPI_UNICODE, created.Put()),
+                  owner, __FILE__, __LINE__);
+    return CZebFolder(created.Get());
+}
+
 FolderTree::FolderTree(CZebMsgStore& store)
     : m_store(store)
 {
@@ -99,13 +129,7 @@ bool FolderTree::OpenOrCreate(CZebFolder& parent, const std::string& name, CZebF
 {
     if (Find(parent, name, folder))
         return false;
-    const CComPtr<IMAPIFolder> owner = InterfaceOf(parent);
-    CComPtr<IMAPIFolder> created;
-    CStringW wide = WideFromUtf8(name);
-    ThrowIfFailed(owner->CreateFolder(FOLDER_GENERIC, reinterpret_cast<LPTSTR>(wide.GetBuffer()), nullptr,
-                                      nullptr, MAPI_UNICODE, created.Put()),
-                  owner, __FILE__, __LINE__);
-    folder = CZebFolder(created.Get());
+    folder = CreateSubfolder(parent, name);
     return true;
 }
 
@@ -122,11 +146,23 @@ CZebFolder& FolderTree::Open(const FolderPath& path)
     }
     else
     {
-        FolderPath above = path;
-        above.names.pop_back();
-        if (OpenOrCreate(Open(above), path.names.back(), folder))
+        if (OpenOrCreate(Open(path.Above()), path.names.back(), folder))
             m_created.push_back(path);
     }
+    return m_open.emplace(key, folder).first->second;
+}
+
+CZebFolder& FolderTree::Existing(const FolderPath& path)
+{
+    const std::string key = path.Text();
+    const auto known = m_open.find(key);
+    if (known != m_open.end())
+        return known->second;
+    CZebFolder folder(nullptr);
+    if (path.names.empty())
+        folder = Top(path.fromRoot);
+    else if (!Find(Existing(path.Above()), path.names.back(), folder))
+        throw ToolError("there is no " + Named(path));
     return m_open.emplace(key, folder).first->second;
 }
 
@@ -134,8 +170,7 @@ void FolderTree::UndoCreated()
 {
     for (; !m_created.empty(); m_created.pop_back())
     {
-        FolderPath above = m_created.back();
-        above.names.pop_back();
+        const FolderPath above = m_created.back().Above();
         const CZebBinary entryId = Open(m_created.back()).GetEntryID();
         m_open.erase(m_created.back().Text());
         Open(above).DeleteFolder(entryId, nullptr, DEL_FOLDERS, nullptr);

@@ -22,7 +22,15 @@ struct FolderPath
     static FolderPath Parse(const std::string& text);
     std::string Text() const;
     FolderPath Below(const std::string& name) const;
+    /// The path of the folder above; of a top, itself.
+    FolderPath Above() const;
 };
+
+/// A path as a sentence names it: "folder 'Inbox/Sub'".
+std::string Named(const FolderPath& path);
+
+/// Creates a folder in `parent`; `name` is UTF-8. @throws CZebException* MAPI_E_COLLISION when there is one
+CZebFolder CreateSubfolder(CZebFolder& parent, const std::string& name);
 
 /// Opens folders of one store by path, creates what is missing, and keeps them open.
 class FolderTree
@@ -32,6 +40,9 @@ public:
 
     /// @throws CZebException*
     CZebFolder& Open(const FolderPath& path);
+
+    /// Opens a folder that must be there. @throws ToolError naming the path; CZebException*
+    CZebFolder& Existing(const FolderPath& path);
 
     /// Deletes the folders that Open created since the last Keep, deepest first.
     void UndoCreated();

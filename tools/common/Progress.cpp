@@ -8,10 +8,10 @@
 namespace zeb::tools
 {
 
-Progress::Progress(std::string what, uint64_t whole)
+Progress::Progress(std::string what, uint64_t whole, bool quiet)
     : m_what(std::move(what))
     , m_whole(whole)
-    , m_shown(platform::IsTerminal(platform::OutputStream::Error))
+    , m_shown(!quiet && platform::IsTerminal(platform::OutputStream::Error))
     , m_begin(Clock::now())
     , m_next(m_begin + std::chrono::milliseconds(200))
 {

@@ -15,7 +15,8 @@ class Progress
 public:
     /// @param what the items in the plural, "messages".
     /// @param whole the amount that makes up the whole step, in any unit; 0 when it is not known.
-    Progress(std::string what, uint64_t whole);
+    /// @param quiet print nothing in any case
+    Progress(std::string what, uint64_t whole, bool quiet = false);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;

@@ -3,6 +3,7 @@
 
 #include "zebapi/ZebAPI.h"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -26,6 +27,8 @@ class ByteSource
 {
 public:
     virtual ~ByteSource() = default;
+    /// The bytes that there are in all.
+    virtual uint64_t Size() = 0;
     /// Reads at most `size` bytes into `buffer`. @return the bytes read, 0 at the end.
     virtual size_t Read(char* buffer, size_t size) = 0;
 };
@@ -39,6 +42,7 @@ struct Property
     std::optional<PropertyName> name;
     std::vector<std::string> values;
     std::shared_ptr<ByteSource> source; ///< when set: the value of a string or binary instead of `values`
+    bool removed = false;               ///< on its way into a store: the object is not to have the property
 
     ULONG Type() const { return PROP_TYPE(tag); }
 };

@@ -1,6 +1,7 @@
 #include "tools/common/PropertyWriter.h"
 
 #include "tools/common/Failure.h"
+#include "tools/common/PropertyValues.h"
 
 #include <cstring>
 
@@ -15,9 +16,9 @@ constexpr size_t StreamPiece = 256 * 1024;
 
 bool GoesByStream(const Property& property)
 {
-    if (property.source)
-        return true;
     const ULONG type = property.Type();
+    if (property.source || type == PT_OBJECT)
+        return true;
     return (type == PT_STRING8 || type == PT_UNICODE || type == PT_BINARY) && property.values.size() == 1 &&
            property.values.front().size() > LargestInOneCall;
 }
@@ -49,6 +50,38 @@ void WriteByStream(CZebIProp& object, const Property& property)
         WriteAll(stream.Get(), property.values.front().data(), property.values.front().size());
     }
     ThrowIfFailed(stream->Commit(STGC_DEFAULT), __FILE__, __LINE__);
+}
+
+/// A value of nothing, for a property that is set only to be deleted.
+Property Blank(const Property& property)
+{
+    Property blank;
+    blank.tag = property.tag;
+    if ((property.Type() & MV_FLAG) == 0)
+        blank.values.emplace_back(ElementSize(property.Type()), '\0');
+    return blank;
+}
+
+/// A store completes what a new object never had; what was set and deleted again it leaves alone.
+void RemoveProperties(IMAPIProp* object, const Properties& properties)
+{
+    std::vector<Property> blanks;
+    std::vector<ULONG> tags;
+    for (const Property& property : properties)
+        if (property.removed)
+        {
+            blanks.push_back(Blank(property));
+            tags.push_back(property.tag);
+        }
+    if (tags.empty())
+        return;
+    std::vector<const Property*> pointers;
+    for (const Property& blank : blanks)
+        pointers.push_back(&blank);
+    PropertyArray array;
+    array.Assign(pointers);
+    ThrowIfFailed(object->SetProps(array.Count(), array.Values(), nullptr), object, __FILE__, __LINE__);
+    ThrowIfFailed(object->DeleteProps(TagList(tags).Get(), nullptr), object, __FILE__, __LINE__);
 }
 
 std::vector<Refusal> RefusalsOf(CZebPropProblemArray& problems,
@@ -184,9 +217,10 @@ void NameResolver::Ask(IMAPIProp* object, const std::map<std::string, const Prop
 std::vector<Refusal> WriteProperties(IMAPIProp* object, Properties& properties, NameResolver& names)
 {
     names.Resolve(object, properties);
+    RemoveProperties(object, properties);
     std::vector<const Property*> small;
     for (const Property& property : properties)
-        if (!GoesByStream(property))
+        if (!property.removed && !GoesByStream(property))
             small.push_back(&property);
     std::vector<Refusal> refusals;
     if (!small.empty())
@@ -199,7 +233,7 @@ std::vector<Refusal> WriteProperties(IMAPIProp* object, Properties& properties, 
     }
     CZebPropObj wrapper(object);
     for (const Property& property : properties)
-        if (GoesByStream(property))
+        if (!property.removed && GoesByStream(property))
             WriteByStream(wrapper, property);
     return refusals;
 }

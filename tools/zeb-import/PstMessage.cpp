@@ -14,11 +14,14 @@ constexpr int DeepestMessage = 32;
 class AttachmentBytes : public ByteSource
 {
 public:
-    AttachmentBytes(std::shared_ptr<libpff_item_t> message, pff::Item attachment)
+    AttachmentBytes(std::shared_ptr<libpff_item_t> message, pff::Item attachment, uint64_t size)
         : m_message(std::move(message))
         , m_attachment(std::move(attachment))
+        , m_size(size)
     {
     }
+
+    uint64_t Size() override { return m_size; }
 
     size_t Read(char* buffer, size_t size) override
     {
@@ -32,6 +35,7 @@ public:
 private:
     std::shared_ptr<libpff_item_t> m_message;
     pff::Item m_attachment;
+    const uint64_t m_size;
 };
 
 Property* Find(Properties& properties, ULONG id)
@@ -74,7 +78,7 @@ void ReadAttachmentData(const std::shared_ptr<libpff_item_t>& message, pff::Item
         data->tag = PR_ATTACH_DATA_OBJ;
     }
     data->values.clear();
-    data->source = std::make_shared<AttachmentBytes>(message, std::move(attachment));
+    data->source = std::make_shared<AttachmentBytes>(message, std::move(attachment), size);
 }
 
 MessageContent ReadMessage(const std::shared_ptr<libpff_item_t>& item, int depth);

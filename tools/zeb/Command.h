@@ -20,12 +20,32 @@ void AddFolders(CLI::App& app, Action& action);
 void AddInbox(CLI::App& app, Action& action);
 void AddLoad(CLI::App& app, Action& action);
 void AddAddressBook(CLI::App& app, Action& action);
+void AddSave(CLI::App& app, Action& action);
+void AddShow(CLI::App& app, Action& action);
+void AddFind(CLI::App& app, Action& action);
+void AddNames(CLI::App& app, Action& action);
+void AddFolderCommands(CLI::App& app, Action& action);
+void AddMessageCommands(CLI::App& app, Action& action);
 
 /// Adds "--profile NAME".
 inline void AddProfileOption(CLI::App& command, std::string& profile)
 {
     command.add_option("--profile", profile, "The profile to log on to; without it the default profile")
         ->type_name("NAME");
+}
+
+/// Adds the required folder that a command works on.
+inline void AddFolderArgument(CLI::App& command, std::string& folder)
+{
+    command.add_option("folder", folder, "A folder, by path (\"Inbox/Sub\", \"/\" is the root) or entry identifier")
+        ->required()
+        ->type_name("FOLDER");
+}
+
+/// Adds the option that answers the question of a command that destroys something.
+inline void AddYesOption(CLI::App& command, bool& yes)
+{
+    command.add_flag("--yes", yes, "Do not ask; needed where there is no terminal to ask on");
 }
 
 } // namespace zeb::tools

@@ -3,8 +3,7 @@
 #include "tools/common/HostSession.h"
 #include "tools/common/Output.h"
 #include "tools/zeb/Command.h"
-
-#include <nlohmann/json.hpp>
+#include "tools/zeb/MessageRows.h"
 
 #include <algorithm>
 #include <memory>
@@ -16,7 +15,6 @@ namespace
 
 /// Rows read in one call: few calls, and no whole inbox in memory.
 constexpr ULONG RowsInOneCall = 500;
-constexpr size_t DateWidth = 19, SenderWidth = 28, SizeWidth = 10;
 
 struct Options
 {
@@ -25,42 +23,6 @@ struct Options
     ULONG limit = 0;
     bool json = false;
 };
-
-/// Newest first, largest first, subjects from A to Z; equals by date, then by subject, so that the order is
-/// settled.
-void AddSortKeys(const std::string& by, CZebSortOrder& order)
-{
-    if (by == "subject")
-        order.Add(PR_SUBJECT_W, TABLE_SORT_ASCEND);
-    if (by == "size")
-        order.Add(PR_MESSAGE_SIZE, TABLE_SORT_DESCEND);
-    order.Add(PR_CLIENT_SUBMIT_TIME, TABLE_SORT_DESCEND);
-    if (by != "subject")
-        order.Add(PR_SUBJECT_W, TABLE_SORT_ASCEND);
-}
-
-struct Line
-{
-    FILETIME date{};
-    bool hasDate = false;
-    std::string sender, subject, entryId;
-    LONG size = 0;
-};
-
-Line LineOf(const CZebRow& row)
-{
-    Line line;
-    line.hasDate = row.hasRealValue(PR_CLIENT_SUBMIT_TIME);
-    if (line.hasDate)
-        line.date = static_cast<const FILETIME&>(row[PR_CLIENT_SUBMIT_TIME]);
-    line.sender = TextOf(row, PR_SENDER_NAME_W);
-    line.subject = TextOf(row, PR_SUBJECT_W);
-    if (row.hasRealValue(PR_MESSAGE_SIZE))
-        line.size = static_cast<LONG>(row[PR_MESSAGE_SIZE]);
-    if (row.hasRealValue(PR_ENTRYID))
-        line.entryId = static_cast<const char*>(row[PR_ENTRYID].String(false));
-    return line;
-}
 
 /// Prints the listing row by row, as people or machines read it.
 class Listing
@@ -77,17 +39,17 @@ public:
         if (m_json)
             Print("{\n  \"total\": " + std::to_string(total) + ",\n  \"messages\": [");
         else if (total > 0)
-            Print(Row("date (UTC)", "sender", "size", "subject"));
+            Print(MessageHeading(false, m_columns));
     }
 
-    void Add(const Line& line)
+    void Add(const MessageRow& row)
     {
         if (m_json)
-            Print((m_shown ? ",\n    " : "\n    ") + Json(line));
+            Print((m_shown ? ",\n    " : "\n    ") +
+                  MessageForMachines(row).dump(-1, ' ', false,
+                                               nlohmann::ordered_json::error_handler_t::replace));
         else
-            Print(Row(line.hasDate ? TimeForPeople(line.date) : "", OneLine(line.sender),
-                      Grouped(static_cast<unsigned long long>(std::max<LONG>(line.size, 0))),
-                      OneLine(line.subject)));
+            Print(MessageLineForPeople(row, false, m_columns));
         ++m_shown;
     }
 
@@ -102,26 +64,6 @@ public:
     }
 
 private:
-    std::string Row(const std::string& date, const std::string& sender, const std::string& size,
-                    const std::string& subject) const
-    {
-        const std::string number(size.size() < SizeWidth ? SizeWidth - size.size() : 0, ' ');
-        const std::string row = Fitted(date, DateWidth) + "  " + Fitted(sender, SenderWidth) + "  " + number +
-                                size + "  " + subject;
-        return Shortened(row, m_columns) + "\n";
-    }
-
-    static std::string Json(const Line& line)
-    {
-        nlohmann::ordered_json object;
-        object["date"] = line.hasDate ? nlohmann::ordered_json(TimeForMachines(line.date)) : nullptr;
-        object["sender"] = line.sender;
-        object["size"] = line.size;
-        object["subject"] = line.subject;
-        object["entryId"] = line.entryId;
-        return object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
-    }
-
     const bool m_json;
     const size_t m_columns;
     ULONG m_shown = 0;
@@ -129,7 +71,7 @@ private:
 
 void ListTable(CZebTable& table, const Options& options)
 {
-    table.SetColumns(5, PR_CLIENT_SUBMIT_TIME, PR_SENDER_NAME_W, PR_MESSAGE_SIZE, PR_SUBJECT_W, PR_ENTRYID);
+    SetMessageColumns(table);
     CZebSortOrder order(0, 0);
     AddSortKeys(options.sort, order);
     table.SortTable(order);
@@ -145,7 +87,7 @@ void ListTable(CZebTable& table, const Options& options)
         if (!rows.IsValid())
             break;
         for (ULONG i = 0; i < rows.Count(); ++i)
-            listing.Add(LineOf(rows[i]));
+            listing.Add(ReadMessageRow(rows[i]));
         left -= std::min(left, rows.Count());
     }
     listing.End(total);

@@ -3,6 +3,7 @@
 #include "tools/common/HostSession.h"
 #include "tools/common/Output.h"
 #include "tools/common/Progress.h"
+#include "tools/common/PropertyChange.h"
 #include "tools/zeb/Command.h"
 #include "tools/zeb/LoadAddress.h"
 #include "tools/zeb/LoadFormat.h"
@@ -62,21 +63,18 @@ private:
     uint64_t m_size = 0, m_read = 0, m_number = 0;
 };
 
-void RefuseProblems(const std::vector<Refusal>& refusals)
-{
-    if (refusals.empty())
-        return;
-    const Refusal& first = refusals.front();
-    const char* name = Zeb_NameFromValue("MAPIErrors", static_cast<ULONG>(first.code), nullptr);
-    throw ToolError("the store refuses " + first.property + (name ? " (" + std::string(name) + ")" : ""));
-}
-
-/// Writes the line's message. Either all of it is in the store afterwards, or, with an exception, nothing.
+/// Writes the line's message, or changes its folder. Either all of it is in the store afterwards, or, with an exception, nothing.
 void WriteLine(LoadLine& line, FolderTree& folders, NameResolver& names)
 {
     try
     {
         CZebFolder& folder = folders.Open(line.folder);
+        if (line.isFolder)
+        {
+            ChangeProperties(folder, line.message.properties, names);
+            folders.Keep();
+            return;
+        }
         const CComPtr<IMessage> message = CreateMessage(folder, line.associated);
         RefuseProblems(WriteMessage(message.Get(), line.message, names));
         Save(message.Get());
@@ -131,7 +129,7 @@ int Run(const Options& options)
                 else
                 {
                     WriteLine(line, folders, names);
-                    ++counts.messages;
+                    counts.messages += line.isFolder ? 0 : 1;
                 }
                 progress.Step(reader.Read());
             }

@@ -28,7 +28,8 @@ void RefuseOtherKeys(const Json& object, const std::set<std::string>& known, con
             throw ToolError("unknown key \"" + entry.key() + "\" in " + where);
 }
 
-Properties ParseProperties(const Json& object, const char* where)
+/// @param mayBeNull whether null stands for "has no such property"
+Properties ParseProperties(const Json& object, const char* where, bool mayBeNull)
 {
     RequireObject(object, where);
     Properties properties;
@@ -37,7 +38,9 @@ Properties ParseProperties(const Json& object, const char* where)
         Property property = PropertyNamed(entry.key());
         try
         {
-            SetValues(property, entry.value());
+            property.removed = mayBeNull && entry.value().is_null() && property.tag != PR_ATTACH_DATA_OBJ;
+            if (!property.removed)
+                SetValues(property, entry.value());
         }
         catch (const ToolError& error)
         {
@@ -59,12 +62,12 @@ const Json& ArrayOf(const Json& object, const char* key)
     return *found;
 }
 
-Properties PropertiesOf(const Json& object, const char* where)
+Properties PropertiesOf(const Json& object, const char* where, bool mayBeNull = true)
 {
     const auto found = object.find("properties");
     if (found == object.end())
         throw ToolError(std::string(where) + " has no \"properties\"");
-    return ParseProperties(*found, "\"properties\"");
+    return ParseProperties(*found, "\"properties\"", mayBeNull);
 }
 
 MessageContent ParseMessage(const Json& object, const char* where, int depth);
@@ -97,7 +100,7 @@ MessageContent ParseMessage(const Json& object, const char* where, int depth)
     {
         RequireObject(recipient, "a recipient");
         RefuseOtherKeys(recipient, {"properties"}, "a recipient");
-        message.recipients.push_back(PropertiesOf(recipient, "a recipient"));
+        message.recipients.push_back(PropertiesOf(recipient, "a recipient", false));
     }
     for (const Json& attachment : ArrayOf(object, "attachments"))
         message.attachments.push_back(ParseAttachment(attachment, depth));
@@ -154,12 +157,23 @@ LoadLine ParseLoadLine(const std::string& text)
         entry.address = ParseAddress(object);
         return entry;
     }
-    RefuseOtherKeys(object, {"folder", "associated", "properties", "recipients", "attachments"}, "a line");
     LoadLine line;
+    const auto ofFolder = object.find("folderProperties");
+    line.isFolder = ofFolder != object.end();
+    RefuseOtherKeys(object,
+                    line.isFolder ? std::set<std::string>{"folder", "folderProperties"}
+                                  : std::set<std::string>{"folder", "associated", "properties", "recipients",
+                                                          "attachments"},
+                    line.isFolder ? "a line of a folder" : "a line");
     const auto folder = object.find("folder");
     if (folder == object.end() || !folder->is_string())
         throw ToolError("\"folder\" must be text");
     line.folder = FolderPath::Parse(folder->get<std::string>());
+    if (line.isFolder)
+    {
+        line.message.properties = ParseProperties(*ofFolder, "\"folderProperties\"", true);
+        return line;
+    }
     const auto associated = object.find("associated");
     if (associated != object.end())
     {

@@ -15,6 +15,7 @@ struct LoadLine
 {
     std::optional<AddressLine> address; ///< when set, the line is an entry of the address book, no message
     FolderPath folder;
+    bool isFolder = false; ///< the line is about the folder itself, whose properties are the message's
     bool associated = false;
     MessageContent message;
 };

@@ -107,6 +107,11 @@ std::string TimeBytes(const Json& value)
     return Bytes(time.dwLowDateTime) + Bytes(time.dwHighDateTime);
 }
 
+unsigned Digit(char digit)
+{
+    return static_cast<unsigned>(digit <= '9' ? digit - '0' : (digit | 0x20) - 'a' + 10);
+}
+
 std::string BinaryBytes(const Json& value)
 {
     if (!value.is_string())
@@ -117,7 +122,7 @@ std::string BinaryBytes(const Json& value)
     std::string bytes;
     bytes.reserve(text.size() / 2);
     for (size_t i = 0; i < text.size(); i += 2)
-        bytes += static_cast<char>(std::stoi(text.substr(i, 2), nullptr, 16));
+        bytes += static_cast<char>(Digit(text[i]) << 4 | Digit(text[i + 1]));
     return bytes;
 }
 
@@ -256,21 +261,19 @@ bool TagNamed(const std::string& name, ULONG& tag)
 
 Property PropertyNamed(const std::string& name)
 {
-    if (!name.empty() && name.front() == '{')
-    {
-        Property property = NamedProperty(name);
-        ElementSize(property.Type() & ~static_cast<ULONG>(MV_FLAG));
-        return property;
-    }
     Property property;
-    if (name.size() == 10 && name.compare(0, 2, "0x") == 0 && IsHex(name, 2))
+    if (!name.empty() && name.front() == '{')
+        property = NamedProperty(name);
+    else if (name.size() == 10 && name.compare(0, 2, "0x") == 0 && IsHex(name, 2))
         property.tag = static_cast<ULONG>(std::stoul(name.substr(2), nullptr, 16));
     else if (!TagNamed(name, property.tag))
         throw ToolError("unknown property \"" + name + "\"");
-    if (PROP_ID(property.tag) == 0 || PROP_ID(property.tag) >= 0x8000)
+    if (!property.name && (PROP_ID(property.tag) == 0 || PROP_ID(property.tag) >= 0x8000))
         throw ToolError("\"" + name +
                         "\" is no property that a file can carry: identifiers from 0x8000 belong to names");
-    ElementSize(property.Type() & ~static_cast<ULONG>(MV_FLAG));
+    // An attachment's object stands in a file as the bytes that it shows.
+    if (property.tag != PR_ATTACH_DATA_OBJ)
+        ElementSize(property.Type() & ~static_cast<ULONG>(MV_FLAG));
     return property;
 }
 

@@ -16,8 +16,14 @@ int main(int argc, char** argv)
     AddStore(app, action);
     AddFolders(app, action);
     AddInbox(app, action);
+    AddFind(app, action);
+    AddShow(app, action);
+    AddMessageCommands(app, action);
+    AddFolderCommands(app, action);
     AddLoad(app, action);
     AddAddressBook(app, action);
+    AddSave(app, action);
+    AddNames(app, action);
     try
     {
         app.parse(argc, argv);

@@ -1,0 +1,184 @@
+// Recipients, attachments and embedded messages of PropertyReader.
+#include "tools/common/Failure.h"
+#include "tools/common/PropertyReader.h"
+#include "tools/common/PropertyValues.h"
+
+namespace zeb::tools
+{
+namespace
+{
+
+/// As deep as a file can carry them.
+constexpr int DeepestMessage = 32;
+
+CComPtr<IMessage> MessageOf(const CZebIProp& object)
+{
+    CComPtr<IMessage> message;
+    ThrowIfFailed(object.GetInterface().QueryInterface(IID_IMessage, message), __FILE__, __LINE__);
+    return message;
+}
+
+/// Every column that a table can show, text in 16 bits.
+std::vector<ULONG> AllColumns(IMAPITable* table)
+{
+    Given<SPropTagArray> all;
+    ThrowIfFailed(table->QueryColumns(TBL_ALL_COLUMNS, all.Put()), table, __FILE__, __LINE__);
+    std::vector<ULONG> tags;
+    for (ULONG i = 0; i < all.Get()->cValues; ++i)
+    {
+        const ULONG tag = all.Get()->aulPropTag[i];
+        if (IsText(PROP_TYPE(tag)))
+            tags.push_back(PROP_TAG(PT_UNICODE | (PROP_TYPE(tag) & MV_FLAG), PROP_ID(tag)));
+        else if (PROP_TYPE(tag) != PT_OBJECT)
+            tags.push_back(tag);
+    }
+    return tags;
+}
+
+std::vector<ULONG> NarrowedText(std::vector<ULONG> tags)
+{
+    for (ULONG& tag : tags)
+        if (IsText(PROP_TYPE(tag)))
+            tag = Narrowed(tag);
+    return tags;
+}
+
+void QueryColumns(CZebTable& table, const std::vector<ULONG>& columns, CZebRowSet& rows)
+{
+    table.SetColumns(TagList(columns).Get());
+    table.SeekRow(BOOKMARK_BEGINNING, 0, nullptr);
+    table.QueryAllRows(&rows, nullptr, nullptr);
+}
+
+std::vector<ULONG> AttachmentNumbers(IMessage* message)
+{
+    CComPtr<IMAPITable> raw;
+    ThrowIfFailed(message->GetAttachmentTable(0, raw.Put()), message, __FILE__, __LINE__);
+    CZebTable table(raw.Get());
+    table.SetColumns(1, PR_ATTACH_NUM);
+    CZebRowSet rows;
+    table.QueryAllRows(&rows, nullptr, nullptr);
+    std::vector<ULONG> numbers;
+    for (ULONG i = 0; i < rows.Count(); ++i)
+        if (rows[i].hasRealValue(PR_ATTACH_NUM))
+            numbers.push_back(rows[i][PR_ATTACH_NUM]);
+    return numbers;
+}
+
+bool HasObject(CZebIProp& object, ULONG tag)
+{
+    CZebPropTagArray tags;
+    object.GetPropList(&tags, 0);
+    for (int i = 0; i < tags.GetCount(); ++i)
+        if (PROP_ID(tags[i]) == PROP_ID(tag) && PROP_TYPE(tags[i]) == PT_OBJECT)
+            return true;
+    return false;
+}
+
+} // namespace
+
+MessageContent PropertyReader::ReadMessage(CZebIProp& message)
+{
+    return ReadMessage(message, 0);
+}
+
+MessageContent PropertyReader::ReadMessage(CZebIProp& message, int depth)
+{
+    if (depth > DeepestMessage)
+        throw ToolError("messages are embedded in each other more than " + std::to_string(DeepestMessage) +
+                        " deep");
+    MessageContent content;
+    content.properties = ReadObject(message);
+    const CComPtr<IMessage> raw = MessageOf(message);
+    content.recipients = ReadRecipients(raw.Get());
+    for (const ULONG number : AttachmentNumbers(raw.Get()))
+        content.attachments.push_back(ReadAttachment(raw.Get(), number, depth));
+    return content;
+}
+
+std::vector<Properties> PropertyReader::ReadRecipients(IMessage* message)
+{
+    CComPtr<IMAPITable> raw;
+    ThrowIfFailed(message->GetRecipientTable(MAPI_UNICODE, raw.Put()), message, __FILE__, __LINE__);
+    CZebTable table(raw.Get());
+    std::vector<Properties> recipients;
+    if (table.GetRowCount() == 0)
+        return recipients;
+    const std::vector<ULONG> columns = AllColumns(raw.Get());
+    m_names.Learn(message, columns);
+    CZebRowSet rows;
+    QueryColumns(table, columns, rows);
+    bool lost = false;
+    for (ULONG i = 0; i < rows.Count(); ++i)
+        recipients.push_back(ReadRecipient(rows[i], columns, lost));
+    if (!lost)
+        return recipients;
+    CZebRowSet narrow;
+    QueryColumns(table, NarrowedText(columns), narrow);
+    for (ULONG i = 0; i < narrow.Count() && i < recipients.size(); ++i)
+        for (Property& property : recipients[i])
+            if (IsText(property.Type()) && narrow[i].hasRealValue(property.tag))
+                SettleWidth(property, ValueBytes(narrow[i][property.tag]));
+    return recipients;
+}
+
+Properties PropertyReader::ReadRecipient(const CZebRow& row, const std::vector<ULONG>& columns, bool& lost)
+{
+    Properties recipient;
+    for (ULONG i = 0; i < row.Count(); ++i)
+    {
+        const SPropValue& value = row.GetAt(static_cast<int>(i));
+        Property property;
+        property.tag = columns[i];
+        if (PROP_TYPE(value.ulPropTag) == PT_ERROR)
+        {
+            if (value.Value.err != MAPI_E_NOT_FOUND)
+                m_unread.push_back({columns[i], "it is too large for a row of recipients"});
+            continue;
+        }
+        property.values = ValueBytes(value);
+        lost = lost || (IsText(property.Type()) && HasReplacement(property.values));
+        Name(property);
+        recipient.push_back(std::move(property));
+    }
+    return recipient;
+}
+
+AttachmentContent PropertyReader::ReadAttachment(IMessage* message, ULONG number, int depth)
+{
+    CComPtr<IAttach> attachment;
+    ThrowIfFailed(message->OpenAttach(number, nullptr, MAPI_BEST_ACCESS, attachment.Put()), message, __FILE__,
+                  __LINE__);
+    CZebPropObj object(attachment.Get());
+    AttachmentContent content;
+    content.properties = ReadObject(object);
+    if (!HasObject(object, PR_ATTACH_DATA_OBJ) || ReadEmbedded(attachment.Get(), content, depth))
+        return content;
+    // Any other object, as the bytes that it shows.
+    try
+    {
+        Property data;
+        data.tag = PR_ATTACH_DATA_OBJ;
+        ReadLarge(object, data);
+        content.properties.push_back(std::move(data));
+    }
+    catch (...)
+    {
+        m_unread.push_back({PR_ATTACH_DATA_OBJ, CurrentFailure()});
+    }
+    return content;
+}
+
+bool PropertyReader::ReadEmbedded(IAttach* attachment, AttachmentContent& content, int depth)
+{
+    CComPtr<IMessage> embedded;
+    const HRESULT result =
+        attachment->OpenProperty(PR_ATTACH_DATA_OBJ, &IID_IMessage, 0, 0, embedded.PutAs<IUnknown>());
+    if (FAILED(result))
+        return false;
+    CZebMessage message(embedded.Get());
+    content.message = std::make_shared<MessageContent>(ReadMessage(message, depth + 1));
+    return true;
+}
+
+} // namespace zeb::tools

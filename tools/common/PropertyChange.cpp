@@ -1,0 +1,70 @@
+#include "tools/common/PropertyChange.h"
+
+#include "tools/common/Failure.h"
+#include "tools/common/PropertyReader.h"
+
+#include <algorithm>
+
+namespace zeb::tools
+{
+namespace
+{
+
+/// What `object` has under the identifiers of `changes`; what it does not have is marked as removed.
+Properties Before(CZebIProp& object, const Properties& changes)
+{
+    PropertyReader reader(ReadWhat::Values);
+    const Properties all = reader.ReadObject(object);
+    Properties before;
+    for (const Property& change : changes)
+    {
+        const auto found = std::find_if(all.begin(), all.end(), [&](const Property& each)
+                                        { return PROP_ID(each.tag) == PROP_ID(change.tag); });
+        if (found != all.end())
+        {
+            before.push_back(*found);
+            continue;
+        }
+        Property missing;
+        missing.tag = change.tag;
+        missing.removed = true;
+        before.push_back(missing);
+    }
+    return before;
+}
+
+} // namespace
+
+void RefuseProblems(const std::vector<Refusal>& refusals)
+{
+    if (refusals.empty())
+        return;
+    const Refusal& first = refusals.front();
+    const char* name = Zeb_NameFromValue("MAPIErrors", static_cast<ULONG>(first.code), nullptr);
+    throw ToolError("the store refuses " + first.property + (name ? " (" + std::string(name) + ")" : ""));
+}
+
+void ChangeProperties(CZebIProp& object, Properties& properties, NameResolver& names)
+{
+    if (properties.empty())
+        return;
+    const CComPtr<IMAPIProp> raw = object.GetInterface();
+    names.Resolve(raw.Get(), properties);
+    // A message keeps its changes to itself until it is saved.
+    const bool writesAtOnce = object.GetObjectType() != MAPI_MESSAGE;
+    Properties before = writesAtOnce ? Before(object, properties) : Properties();
+    try
+    {
+        RefuseProblems(WriteProperties(raw.Get(), properties, names));
+        object.SaveChanges(KEEP_OPEN_READWRITE | FORCE_SAVE);
+    }
+    catch (...)
+    {
+        const std::string failure = CurrentFailure();
+        if (writesAtOnce)
+            WriteProperties(raw.Get(), before, names);
+        throw ToolError(failure);
+    }
+}
+
+} // namespace zeb::tools

@@ -1,0 +1,96 @@
+#include "tools/zeb/Criteria.h"
+
+#include "tools/common/Output.h"
+#include "tools/zeb/Arguments.h"
+
+namespace zeb::tools
+{
+namespace
+{
+
+CStringW WideArgument(const std::string& text)
+{
+    return WideFromUtf8(Utf8FromNarrow(text));
+}
+
+void Contains(CZebRestriction& node, ULONG tag, const CStringW& text)
+{
+    node.CreateContentW(tag, text, FL_SUBSTRING | FL_IGNORECASE);
+}
+
+} // namespace
+
+Criteria::Criteria(const CriteriaText& text)
+    : m_any(text.any)
+{
+    if (!text.subject.empty())
+        m_conditions.push_back([subject = WideArgument(text.subject)](CZebRestriction& node)
+                               { Contains(node, PR_SUBJECT_W, subject); });
+    if (!text.from.empty())
+        m_conditions.push_back(
+            [from = WideArgument(text.from)](CZebRestriction& node)
+            {
+                node.CreateOr(2);
+                CZebRestriction name = node[0], address = node[1];
+                Contains(name, PR_SENDER_NAME_W, from);
+                Contains(address, PR_SENDER_EMAIL_ADDRESS_W, from);
+            });
+    AddTimes(text);
+    AddSizes(text);
+    if (!text.messageClass.empty())
+        m_conditions.push_back(
+            [messageClass = WideArgument(text.messageClass)](CZebRestriction& node)
+            { node.CreateContentW(PR_MESSAGE_CLASS_W, messageClass, FL_PREFIX | FL_IGNORECASE); });
+    if (text.unread)
+        m_conditions.push_back([](CZebRestriction& node)
+                               { node.CreateBitMask(PR_MESSAGE_FLAGS, MSGFLAG_READ, BMR_EQZ); });
+    if (text.attachments)
+        m_conditions.push_back([](CZebRestriction& node)
+                               { node.CreateProp(PR_HASATTACH, RELOP_EQ) = true; });
+}
+
+void Criteria::AddTimes(const CriteriaText& text)
+{
+    if (!text.since.empty())
+        m_conditions.push_back([since = ParseMoment("--since", text.since)](CZebRestriction& node)
+                               { node.CreateProp(PR_CLIENT_SUBMIT_TIME, RELOP_GE) = since.time; });
+    if (text.until.empty())
+        return;
+    const Moment until = ParseMoment("--until", text.until);
+    m_conditions.push_back(
+        [until](CZebRestriction& node)
+        {
+            if (until.isDay)
+                node.CreateProp(PR_CLIENT_SUBMIT_TIME, RELOP_LT) = NextDay(until.time);
+            else
+                node.CreateProp(PR_CLIENT_SUBMIT_TIME, RELOP_LE) = until.time;
+        });
+}
+
+void Criteria::AddSizes(const CriteriaText& text)
+{
+    if (!text.size.empty())
+        m_conditions.push_back([size = ParseSize("--size", text.size)](CZebRestriction& node)
+                               { node.CreateProp(PR_MESSAGE_SIZE, RELOP_GE) = size; });
+    if (!text.maxSize.empty())
+        m_conditions.push_back([size = ParseSize("--max-size", text.maxSize)](CZebRestriction& node)
+                               { node.CreateProp(PR_MESSAGE_SIZE, RELOP_LE) = size; });
+}
+
+void Criteria::Build(CZebRestriction& node) const
+{
+    if (m_conditions.size() == 1)
+        return m_conditions.front()(node);
+    const ULONG count = static_cast<ULONG>(m_conditions.size());
+    if (m_any)
+        node.CreateOr(count);
+    else
+        node.CreateAnd(count);
+    for (ULONG i = 0; i < count; ++i)
+    {
+        CZebRestriction child = node[i];
+        m_conditions[i](child);
+    }
+}
+
+} // namespace zeb::tools

@@ -1,0 +1,239 @@
+// zeb find
+#include "platform/console.h"
+#include "tools/common/Failure.h"
+#include "tools/common/Output.h"
+#include "tools/zeb/Command.h"
+#include "tools/zeb/Criteria.h"
+#include "tools/zeb/MessageRows.h"
+#include "tools/zeb/Objects.h"
+
+#include <algorithm>
+#include <memory>
+#include <unordered_map>
+
+namespace zeb::tools
+{
+namespace
+{
+
+/// Rows read in one call: few calls, and no whole folder in memory.
+constexpr ULONG RowsInOneCall = 500, NumbersInOneCall = 5000;
+
+struct Options
+{
+    std::string profile;
+    std::string folder;
+    CriteriaText criteria;
+    std::string sort = "date";
+    ULONG limit = 0;
+    bool associated = false;
+    bool recursive = false;
+    bool json = false;
+};
+
+/// The bytes of an entry identifier, as a key.
+std::string KeyOf(const SBinary& entryId)
+{
+    return std::string(reinterpret_cast<const char*>(entryId.lpb), entryId.cb);
+}
+
+/// Searches folders and prints what is found.
+class Search
+{
+public:
+    Search(const Options& options, const Criteria& criteria)
+        : m_options(options)
+        , m_criteria(criteria)
+        , m_columns(static_cast<size_t>(platform::TerminalColumns(platform::OutputStream::Output)))
+    {
+        if (m_options.json)
+            Print("{\n  \"messages\": [");
+    }
+
+    void In(CZebFolder& folder, const FolderPath& path)
+    {
+        CZebTable table = Contents(folder);
+        m_searched += table.GetRowCount();
+        SetMessageColumns(table);
+        CZebRestrictionAllocator restriction;
+        if (!m_criteria.IsEmpty())
+        {
+            restriction.Allocate();
+            m_criteria.Build(restriction);
+            table.Restrict(restriction, 0);
+        }
+        CZebSortOrder order(0, 0);
+        AddSortKeys(m_options.sort, order);
+        table.SortTable(order);
+        const ULONG found = table.GetRowCount();
+        m_found += found;
+        const ULONG room = m_options.limit == 0 ? found : m_options.limit - m_shown;
+        std::vector<MessageRow> rows = Read(table, std::min(found, room));
+        SetNumbers(folder, rows);
+        Show(rows, path);
+        if (m_options.recursive)
+            Below(folder, path);
+    }
+
+    void End() const
+    {
+        const std::string counts =
+            (m_shown == m_found ? "" : Grouped(m_shown) + " of ") + Grouped(m_found) +
+            (m_found == 1 ? " message" : " messages");
+        if (m_options.json)
+            Print(std::string(m_shown ? "\n  ]" : "]") + ",\n  \"found\": " + std::to_string(m_found) +
+                  ",\n  \"searched\": " + std::to_string(m_searched) + "\n}\n");
+        else if (m_criteria.IsEmpty())
+            Print(counts + "\n");
+        else
+            Print(counts + " found among " + Grouped(m_searched) + "\n");
+    }
+
+private:
+    CZebTable Contents(CZebFolder& folder) const
+    {
+        return folder.GetContentsTable(MAPI_UNICODE | (m_options.associated ? MAPI_ASSOCIATED : 0));
+    }
+
+    static std::vector<MessageRow> Read(CZebTable& table, ULONG count)
+    {
+        std::vector<MessageRow> rows;
+        while (rows.size() < count)
+        {
+            CZebRowSet set;
+            const ULONG left = count - static_cast<ULONG>(rows.size());
+            table.QueryRows(&set, static_cast<LONG>(std::min(left, RowsInOneCall)), nullptr, nullptr);
+            if (!set.IsValid())
+                break;
+            for (ULONG i = 0; i < set.Count(); ++i)
+                rows.push_back(ReadMessageRow(set[i]));
+        }
+        return rows;
+    }
+
+    /// Gives each message its place in the folder, in one pass over it that ends with the last one found.
+    void SetNumbers(CZebFolder& folder, std::vector<MessageRow>& rows) const
+    {
+        std::unordered_map<std::string, MessageRow*> missing;
+        for (MessageRow& row : rows)
+            missing.emplace(KeyOf(row.entryId), &row);
+        CZebTable table = Contents(folder);
+        table.SetColumns(1, PR_ENTRYID);
+        for (ULONG number = 1; !missing.empty();)
+        {
+            CZebRowSet set;
+            table.QueryRows(&set, NumbersInOneCall, nullptr, nullptr);
+            if (!set.IsValid())
+                return;
+            for (ULONG i = 0; i < set.Count(); ++i, ++number)
+            {
+                const auto found = missing.find(KeyOf(set[i][PR_ENTRYID]));
+                if (found == missing.end())
+                    continue;
+                found->second->number = number;
+                missing.erase(found);
+            }
+        }
+    }
+
+    void Show(const std::vector<MessageRow>& rows, const FolderPath& path)
+    {
+        if (rows.empty())
+            return;
+        if (!m_options.json && m_options.recursive)
+            Print((m_shown ? "\n" : "") + OneLine(path.Text()) + "\n");
+        if (!m_options.json && (m_options.recursive || m_shown == 0))
+            Print(MessageHeading(true, m_columns));
+        for (const MessageRow& row : rows)
+        {
+            if (m_options.json)
+                ShowJson(row, path);
+            else
+                Print(MessageLineForPeople(row, true, m_columns));
+            ++m_shown;
+        }
+    }
+
+    void ShowJson(const MessageRow& row, const FolderPath& path) const
+    {
+        nlohmann::ordered_json object;
+        object["folder"] = path.Text();
+        object.update(MessageForMachines(row));
+        Print((m_shown ? ",\n    " : "\n    ") +
+              object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+    }
+
+    void Below(CZebFolder& folder, const FolderPath& path)
+    {
+        CZebTable table = folder.GetHierarchyTable(MAPI_UNICODE);
+        table.SetColumns(2, PR_DISPLAY_NAME_W, PR_ENTRYID);
+        CZebSortOrder order(PR_DISPLAY_NAME_W, TABLE_SORT_ASCEND);
+        CZebRowSet rows;
+        table.QueryAllRows(&rows, nullptr, order);
+        for (ULONG i = 0; i < rows.Count(); ++i)
+        {
+            CZebFolder child(nullptr);
+            folder.OpenEntry(static_cast<const SBinary&>(rows[i][PR_ENTRYID]), child, MAPI_BEST_ACCESS);
+            In(child, path.Below(TextOf(rows[i], PR_DISPLAY_NAME_W)));
+        }
+    }
+
+    const Options& m_options;
+    const Criteria& m_criteria;
+    const size_t m_columns;
+    ULONG m_shown = 0, m_found = 0, m_searched = 0;
+};
+
+int Run(const Options& options)
+{
+    const Criteria criteria(options.criteria);
+    Mailbox mailbox(options.profile);
+    CZebFolder folder = mailbox.OpenFolder(options.folder);
+    const FolderPath path = mailbox.PathOf(folder);
+    Search search(options, criteria);
+    search.In(folder, path);
+    search.End();
+    return ExitDone;
+}
+
+void AddCriteria(CLI::App& command, CriteriaText& criteria)
+{
+    const auto add = [&](const char* name, std::string& value, const char* type, const char* help)
+    { command.add_option(name, value, help)->type_name(type)->group("Conditions"); };
+    add("--subject", criteria.subject, "TEXT", "The subject contains the text, in any letter case");
+    add("--from", criteria.from, "TEXT", "The sender's name or address contains the text");
+    add("--since", criteria.since, "DATE", "Sent then or later: 2026-01-02, 2026-01-02T03:04:05Z (UTC)");
+    add("--until", criteria.until, "DATE", "Sent then or earlier; a day counts whole");
+    add("--size", criteria.size, "BYTES", "At least so large: 1500, 10k, 2M");
+    add("--max-size", criteria.maxSize, "BYTES", "At most so large");
+    add("--class", criteria.messageClass, "CLASS", "The message class begins so: IPM.Note");
+    command.add_flag("--unread", criteria.unread, "Not read")->group("Conditions");
+    command.add_flag("--attachments", criteria.attachments, "Has attachments")->group("Conditions");
+    command.add_flag("--or", criteria.any, "One of the conditions is enough; without it all must hold")
+        ->group("Conditions");
+}
+
+} // namespace
+
+void AddFind(CLI::App& app, Action& action)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand("find", "Lists the messages of a folder, all or those that are looked for");
+    AddProfileOption(*command, options->profile);
+    AddFolderArgument(*command, options->folder);
+    AddCriteria(*command, options->criteria);
+    command->add_flag("-r,--recursive", options->recursive, "Look into the folders below, too");
+    command->add_flag("--associated", options->associated, "Look among the hidden (associated) messages");
+    command->add_option("--limit", options->limit, "List only the first N")
+        ->type_name("N")
+        ->check(CLI::Range(1u, 0x7FFFFFFFu));
+    command->add_option("--sort", options->sort, "By date (newest first), subject or size (largest first)")
+        ->check(CLI::IsMember({"date", "subject", "size"}))
+        ->capture_default_str();
+    command->add_flag("--json", options->json, "Print JSON");
+    command->footer("The # is the message's number in its folder, by which the other commands know it; 1 is the "
+                    "one that came first.");
+    command->callback([options, &action] { action = [options] { return Run(*options); }; });
+}
+
+} // namespace zeb::tools

@@ -1,0 +1,228 @@
+// zeb mkdir, rmdir, empty, info
+#include "tools/common/Failure.h"
+#include "tools/common/Output.h"
+#include "tools/zeb/Arguments.h"
+#include "tools/zeb/Command.h"
+#include "tools/zeb/Objects.h"
+
+#include <nlohmann/json.hpp>
+
+#include <memory>
+
+namespace zeb::tools
+{
+namespace
+{
+
+/// The system's code for an element that was not found, which a look-up by name throws.
+constexpr long NotThere = 1168;
+
+struct Options
+{
+    std::string profile;
+    std::string folder;
+    bool parents = false;
+    bool recursive = false;
+    bool associated = false;
+    bool create = false;
+    bool yes = false;
+    bool json = false;
+};
+
+struct Contents
+{
+    ULONG messages = 0, associated = 0, folders = 0;
+};
+
+Contents ContentsOf(CZebFolder& folder)
+{
+    CZebPropValArray values;
+    folder.GetProps(values, 2, PR_CONTENT_COUNT, PR_ASSOC_CONTENT_COUNT);
+    Contents contents;
+    if (values.hasRealValue(PR_CONTENT_COUNT))
+        contents.messages = values[PR_CONTENT_COUNT];
+    if (values.hasRealValue(PR_ASSOC_CONTENT_COUNT))
+        contents.associated = values[PR_ASSOC_CONTENT_COUNT];
+    contents.folders = folder.GetHierarchyTable(CONVENIENT_DEPTH).GetRowCount();
+    return contents;
+}
+
+std::string Counted(ULONG count, const std::string& one)
+{
+    return Grouped(count) + " " + one + (count == 1 ? "" : "s");
+}
+
+std::string Described(const Contents& contents)
+{
+    return Counted(contents.messages + contents.associated, "message") + " and " +
+           Counted(contents.folders, "folder");
+}
+
+int MakeFolder(const Options& options)
+{
+    const FolderPath path = FolderPath::Parse(Utf8FromNarrow(options.folder));
+    if (path.names.empty())
+        throw ToolError(Named(path) + " is there already");
+    Mailbox mailbox(options.profile);
+    FolderTree& folders = mailbox.Folders();
+    try
+    {
+        if (options.parents)
+        {
+            folders.Open(path);
+            folders.Keep();
+        }
+        else
+        {
+            CreateSubfolder(folders.Existing(path.Above()), path.names.back());
+        }
+    }
+    catch (CZebException* exception)
+    {
+        if (exception->GetResult() == MAPI_E_COLLISION)
+        {
+            exception->Delete();
+            throw ToolError(Named(path) + " is there already");
+        }
+        const std::string failure = "making " + Named(path) + ": " + CurrentFailure();
+        folders.UndoCreated();
+        throw ToolError(failure);
+    }
+    Print(Named(path) + " is there\n");
+    return ExitDone;
+}
+
+int RemoveFolder(const Options& options)
+{
+    Mailbox mailbox(options.profile);
+    CZebFolder folder = mailbox.OpenFolder(options.folder);
+    const FolderPath path = mailbox.PathOf(folder);
+    const Contents contents = ContentsOf(folder);
+    const bool isEmpty = contents.messages + contents.associated + contents.folders == 0;
+    if (!isEmpty && !options.recursive)
+        throw ToolError(Named(path) + " holds " + Described(contents) +
+                        ": --recursive deletes them with it");
+    Confirm("delete " + Named(path) + (isEmpty ? "" : " with " + Described(contents)) + " for good",
+            options.yes);
+    try
+    {
+        CZebFolder parent(nullptr);
+        mailbox.Store().OpenEntry(folder.GetParentID(), parent, MAPI_BEST_ACCESS);
+        parent.DeleteFolder(folder.GetEntryID(), nullptr, options.recursive ? DEL_MESSAGES | DEL_FOLDERS : 0,
+                            nullptr);
+    }
+    catch (...)
+    {
+        FailWhile("deleting " + Named(path));
+    }
+    Print(Named(path) + " is deleted\n");
+    return ExitDone;
+}
+
+int Empty(const Options& options)
+{
+    Mailbox mailbox(options.profile);
+    CZebFolder folder = mailbox.OpenFolder(options.folder);
+    const FolderPath path = mailbox.PathOf(folder);
+    Contents contents = ContentsOf(folder);
+    if (!options.associated)
+        contents.associated = 0;
+    Confirm("delete " + Described(contents) + " in " + Named(path) + " for good", options.yes);
+    try
+    {
+        folder.EmptyFolder(nullptr, options.associated ? DEL_ASSOCIATED : 0, nullptr);
+    }
+    catch (...)
+    {
+        FailWhile("emptying " + Named(path));
+    }
+    Print(Named(path) + " is empty: " + Described(contents) + " deleted\n");
+    return ExitDone;
+}
+
+/// The information message; made when there is none and that is asked for.
+CZebMessage InformationMessage(CZebFolder& folder, const FolderPath& path, bool create)
+{
+    try
+    {
+        return create ? folder.CreateQorInfoMessage(true, true) : folder.OpenQorInfoMessage();
+    }
+    catch (CZebException* exception)
+    {
+        if (exception->GetResult() != NotThere)
+            throw;
+        exception->Delete();
+    }
+    throw ToolError(Named(path) + " has no information message; --create makes one");
+}
+
+int Information(const Options& options)
+{
+    Mailbox mailbox(options.profile);
+    CZebFolder folder = mailbox.OpenFolder(options.folder);
+    const FolderPath path = mailbox.PathOf(folder);
+    CZebMessage message = InformationMessage(folder, path, options.create);
+    nlohmann::ordered_json object;
+    object["folder"] = path.Text();
+    object["subject"] = TextOf(message, PR_SUBJECT_W);
+    object["name"] = TextOf(message, PR_DISPLAY_NAME_W);
+    object["class"] = TextOf(message, PR_MESSAGE_CLASS_W);
+    CZebPropValArray values;
+    message.GetProps(values, 1, PR_CREATION_TIME);
+    const bool hasTime = values.hasRealValue(PR_CREATION_TIME);
+    const FILETIME time = hasTime ? static_cast<const FILETIME&>(values[PR_CREATION_TIME]) : FILETIME{};
+    object["created"] = hasTime ? nlohmann::ordered_json(TimeForMachines(time)) : nullptr;
+    object["entryId"] = static_cast<const char*>(message.GetEntryID().String());
+    if (options.json)
+    {
+        Print(object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+        return ExitDone;
+    }
+    Print("information message of " + Named(path) + "\n");
+    Print("  subject  " + OneLine(object["subject"]) + "\n");
+    Print("  name     " + OneLine(object["name"]) + "\n");
+    Print("  class    " + OneLine(object["class"]) + "\n");
+    Print("  created  " + (hasTime ? TimeForPeople(time) + " UTC" : std::string()) + "\n");
+    Print("  entry    " + object["entryId"].get<std::string>() + "\n");
+    return ExitDone;
+}
+
+CLI::App* AddCommand(CLI::App& app, Action& action, Options& options, const char* name, const char* help,
+                     const std::function<int()>& body)
+{
+    CLI::App* command = app.add_subcommand(name, help);
+    AddProfileOption(*command, options.profile);
+    AddFolderArgument(*command, options.folder);
+    command->callback([body, &action] { action = body; });
+    return command;
+}
+
+} // namespace
+
+void AddFolderCommands(CLI::App& app, Action& action)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App* make = AddCommand(app, action, *options, "mkdir", "Makes a folder",
+                                [options] { return MakeFolder(*options); });
+    make->add_flag("-p,--parents", options->parents,
+                   "Make the folders above it too; a folder that is there is no failure");
+
+    CLI::App* remove = AddCommand(app, action, *options, "rmdir", "Deletes a folder for good",
+                                  [options] { return RemoveFolder(*options); });
+    remove->add_flag("-r,--recursive", options->recursive, "With the messages and folders in it");
+    AddYesOption(*remove, options->yes);
+
+    CLI::App* empty =
+        AddCommand(app, action, *options, "empty", "Deletes what is in a folder, subfolders included, for good",
+                   [options] { return Empty(*options); });
+    empty->add_flag("--associated", options->associated, "The hidden (associated) messages too");
+    AddYesOption(*empty, options->yes);
+
+    CLI::App* information =
+        AddCommand(app, action, *options, "info", "Shows the library's information message of a folder",
+                   [options] { return Information(*options); });
+    information->add_flag("--create", options->create, "Make one when there is none");
+    information->add_flag("--json", options->json, "Print JSON");
+}
+
+} // namespace zeb::tools

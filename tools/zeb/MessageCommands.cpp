@@ -1,0 +1,323 @@
+// zeb mv, cp, rm, new, set
+#include "tools/common/Failure.h"
+#include "tools/common/Output.h"
+#include "tools/common/PropertyChange.h"
+#include "tools/zeb/Arguments.h"
+#include "tools/zeb/Command.h"
+#include "tools/zeb/Objects.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace zeb::tools
+{
+namespace
+{
+
+struct Options
+{
+    std::string profile;
+    std::vector<std::string> arguments;
+    std::vector<std::string> removals;
+    bool move = false;
+    bool hard = false;
+    bool yes = false;
+    bool associated = false;
+    bool read = false;
+    bool unread = false;
+};
+
+std::string Named(const std::vector<FoundMessage>& messages)
+{
+    return messages.size() == 1 ? messages.front().name : Grouped(messages.size()) + " messages";
+}
+
+/// The entry identifiers as one list.
+void FillList(CZebBinArray& list, const std::vector<FoundMessage>& messages)
+{
+    for (size_t i = 0; i < messages.size(); ++i)
+        list.SetAt(static_cast<ULONG>(i), messages[i].entryId);
+}
+
+int TransferMessages(Mailbox& mailbox, const Options& options)
+{
+    const std::vector<std::string> sources(options.arguments.begin(), options.arguments.end() - 1);
+    FoundMessages found = mailbox.FindMessages(sources);
+    CZebFolder target = mailbox.OpenFolder(options.arguments.back());
+    const FolderPath path = mailbox.PathOf(target);
+    if (options.move && mailbox.Session().CompareEntryIDs(found.folder.GetEntryID(), target.GetEntryID()))
+        throw ToolError(Named(found.messages) + " can not be moved: it is in " + Named(path) + " already");
+    CZebBinArray list(static_cast<ULONG>(found.messages.size()));
+    FillList(list, found.messages);
+    try
+    {
+        if (options.move)
+            found.folder.MoveMessages(list, target, 0, nullptr, nullptr);
+        else
+            found.folder.CopyMessages(list, target, 0, nullptr, nullptr);
+    }
+    catch (...)
+    {
+        FailWhile((options.move ? "moving " : "copying ") + Named(found.messages));
+    }
+    Print(Named(found.messages) + (options.move ? " moved to " : " copied to ") + Named(path) + "\n");
+    return ExitDone;
+}
+
+/// Where a folder goes: into a folder that is there, or, under a new name, beside others.
+struct FolderTarget
+{
+    CZebFolder parent{nullptr};
+    FolderPath path;
+    std::string newName;
+};
+
+FolderTarget FindTarget(Mailbox& mailbox, const std::string& text, const std::string& name)
+{
+    FolderTarget target;
+    try
+    {
+        target.parent = mailbox.OpenFolder(text);
+        target.path = mailbox.PathOf(target.parent).Below(name);
+        return target;
+    }
+    catch (const UsageError&)
+    {
+        throw;
+    }
+    catch (const ToolError&)
+    {
+        if (LooksLikeEntryId(text))
+            throw;
+    }
+    target.path = FolderPath::Parse(Utf8FromNarrow(text));
+    target.newName = target.path.names.back();
+    target.parent = mailbox.Folders().Existing(target.path.Above());
+    return target;
+}
+
+int TransferFolder(Mailbox& mailbox, const Options& options)
+{
+    CZebFolder folder = mailbox.OpenFolder(options.arguments.front());
+    const FolderPath path = mailbox.PathOf(folder);
+    if (path.names.empty())
+        throw ToolError(Named(path) + " can not be " + (options.move ? "moved" : "copied"));
+    const FolderTarget target = FindTarget(mailbox, options.arguments.back(), path.names.back());
+    try
+    {
+        CZebFolder parent(nullptr);
+        mailbox.Store().OpenEntry(folder.GetParentID(), parent, MAPI_BEST_ACCESS);
+        const CComPtr<IMAPIFolder> from = InterfaceOf(parent), to = InterfaceOf(target.parent);
+        const CZebBinary entryId = folder.GetEntryID();
+        CStringW name = WideFromUtf8(target.newName);
+        ThrowIfFailed(from->CopyFolder(entryId, entryId, nullptr, to.Get(),
+                                       target.newName.empty() ? nullptr
+                                                              : reinterpret_cast<LPTSTR>(name.GetBuffer()),
+                                       0, nullptr,
+                                       MAPI_UNICODE | (options.move ? FOLDER_MOVE : COPY_SUBFOLDERS)),
+                      from, __FILE__, __LINE__);
+    }
+    catch (...)
+    {
+        FailWhile((options.move ? "moving " : "copying ") + Named(path));
+    }
+    Print(Named(path) + " is now " + (options.move ? "" : "also ") + Named(target.path) + "\n");
+    return ExitDone;
+}
+
+int Transfer(const Options& options)
+{
+    Mailbox mailbox(options.profile);
+    const bool isMessage = options.arguments.size() > 2 || (LooksLikeEntryId(options.arguments.front()) &&
+                                                            mailbox.OpenAny(options.arguments.front())
+                                                                    .GetObjectType() == MAPI_MESSAGE);
+    return isMessage ? TransferMessages(mailbox, options) : TransferFolder(mailbox, options);
+}
+
+int Delete(const Options& options)
+{
+    Mailbox mailbox(options.profile);
+    FoundMessages found = mailbox.FindMessages(options.arguments);
+    CZebMessage first(nullptr);
+    found.folder.OpenEntry(found.messages.front().entryId, first, MAPI_BEST_ACCESS);
+    if (!options.hard && mailbox.Store().IsUnderDeleted(mailbox.Session(), first))
+        throw ToolError(Named(found.messages) +
+                        " can not be deleted that way: it is in the deleted items already; --hard deletes it "
+                        "for good");
+    if (options.hard)
+        Confirm("delete " + Named(found.messages) + " for good", options.yes);
+    CZebBinArray list(static_cast<ULONG>(found.messages.size()));
+    FillList(list, found.messages);
+    try
+    {
+        mailbox.Store().DeleteMessages(list, options.hard);
+    }
+    catch (...)
+    {
+        FailWhile("deleting " + Named(found.messages));
+    }
+    Print(Named(found.messages) + (options.hard ? " deleted for good\n" : " moved to the deleted items\n"));
+    return ExitDone;
+}
+
+Properties Assignments(const Options& options, size_t from)
+{
+    Properties properties;
+    for (size_t i = from; i < options.arguments.size(); ++i)
+        properties.push_back(ParseAssignment(options.arguments[i]));
+    for (const std::string& name : options.removals)
+        properties.push_back(ParseRemoval(name));
+    return properties;
+}
+
+int New(const Options& options)
+{
+    Properties properties = Assignments(options, 1);
+    Mailbox mailbox(options.profile);
+    CZebFolder folder = mailbox.OpenFolder(options.arguments.front());
+    const FolderPath path = mailbox.PathOf(folder);
+    NameResolver names;
+    CZebMessage message(nullptr);
+    try
+    {
+        message = folder.CreateMessage(options.associated ? MAPI_ASSOCIATED : 0);
+        RefuseProblems(WriteProperties(message.GetInterface().Get(), properties, names));
+        message.SaveChanges(KEEP_OPEN_READWRITE | FORCE_SAVE);
+    }
+    catch (...)
+    {
+        FailWhile("making a message in " + Named(path));
+    }
+    Print("new message in " + Named(path) + "\n  " +
+          std::string(static_cast<const char*>(message.GetEntryID().String())) + "\n");
+    return ExitDone;
+}
+
+/// What `set` works on, and how a sentence names it.
+struct Target
+{
+    CZebPropObj object{nullptr};
+    std::string name;
+};
+
+Target FindTarget(Mailbox& mailbox, const std::vector<std::string>& names)
+{
+    Target target;
+    if (names.size() == 1 && LooksLikeEntryId(names.front()))
+    {
+        target.object = mailbox.OpenAny(names.front());
+        target.name = NamedEntryId(names.front());
+        return target;
+    }
+    CZebFolder folder = mailbox.OpenFolder(names.front());
+    const FolderPath path = mailbox.PathOf(folder);
+    target.name = Named(path);
+    target.object = CZebPropObj(folder.GetInterface().Get());
+    if (names.size() == 1)
+        return target;
+    const FoundMessage message = mailbox.FindMessage(folder, path, names[1]);
+    target.name = message.name;
+    folder.OpenEntry(message.entryId, target.object, MAPI_BEST_ACCESS);
+    return target;
+}
+
+void SetReadFlag(CZebPropObj& object, bool read)
+{
+    CComPtr<IMessage> message;
+    if (FAILED(object.GetInterface().QueryInterface(IID_IMessage, message)))
+        throw ToolError("only a message can be read or unread");
+    ThrowIfFailed(message->SetReadFlag(SUPPRESS_RECEIPT | (read ? 0 : CLEAR_READ_FLAG)), message, __FILE__,
+                  __LINE__);
+}
+
+int Set(const Options& options)
+{
+    const auto first = std::find_if(options.arguments.begin() + 1, options.arguments.end(), IsAssignment);
+    const std::vector<std::string> names(options.arguments.begin(), first);
+    if (names.size() > 2)
+        throw UsageError("'" + Shortened(OneLine(Utf8FromNarrow(names[2])), 60) + "' is not NAME=VALUE");
+    Properties properties = Assignments(options, names.size());
+    if (properties.empty() && !options.read && !options.unread)
+        throw UsageError("nothing is to be set: give NAME=VALUE, --delete NAME, --read or --unread");
+    Mailbox mailbox(options.profile);
+    Target target = FindTarget(mailbox, names);
+    NameResolver resolver;
+    try
+    {
+        ChangeProperties(target.object, properties, resolver);
+        if (options.read || options.unread)
+            SetReadFlag(target.object, options.read);
+    }
+    catch (...)
+    {
+        FailWhile("changing " + target.name);
+    }
+    Print(target.name + " is changed\n");
+    return ExitDone;
+}
+
+constexpr const char* HowToName =
+    "A message is named by its folder and its number there (the # of 'zeb find') or its subject, or by its "
+    "entry identifier alone.";
+
+void AddTransfer(CLI::App& app, Action& action, const char* name, const char* help, bool move)
+{
+    auto options = std::make_shared<Options>();
+    options->move = move;
+    CLI::App* command = app.add_subcommand(name, help);
+    AddProfileOption(*command, options->profile);
+    command
+        ->add_option("objects", options->arguments,
+                     "A folder and the folder to go to; or a folder, its messages, and the folder to go to. A "
+                     "folder may go to a new name")
+        ->required()
+        ->expected(2, 10000)
+        ->type_name("FOLDER [MESSAGE...] TARGET");
+    command->footer(HowToName);
+    command->callback([options, &action] { action = [options] { return Transfer(*options); }; });
+}
+
+void AddAssignments(CLI::App& command, Options& options, const char* type, const char* help)
+{
+    AddProfileOption(command, options.profile);
+    command.add_option("arguments", options.arguments, help)->required()->expected(1, 10000)->type_name(type);
+    command.footer("Properties are named and written as in the files of 'zeb load': PR_SUBJECT=Hello, "
+                   "PR_IMPORTANCE=2, PR_START_DATE=2026-01-02T03:04:05Z, 0x68001003=[1,2], "
+                   "{GUID}:PT_LONG:id:0x8503=7.");
+}
+
+} // namespace
+
+void AddMessageCommands(CLI::App& app, Action& action)
+{
+    AddTransfer(app, action, "mv", "Moves messages, or a folder with all that is in it", true);
+    AddTransfer(app, action, "cp", "Copies messages, or a folder with all that is in it", false);
+
+    auto removal = std::make_shared<Options>();
+    CLI::App* remove = app.add_subcommand("rm", "Moves messages to the deleted items, or deletes them for good");
+    AddProfileOption(*remove, removal->profile);
+    remove->add_option("messages", removal->arguments, "A folder and its messages")
+        ->required()
+        ->expected(1, 10000)
+        ->type_name("FOLDER MESSAGE...");
+    remove->add_flag("--hard", removal->hard, "Delete for good");
+    AddYesOption(*remove, removal->yes);
+    remove->footer(HowToName);
+    remove->callback([removal, &action] { action = [removal] { return Delete(*removal); }; });
+
+    auto made = std::make_shared<Options>();
+    CLI::App* create = app.add_subcommand("new", "Makes a message");
+    AddAssignments(*create, *made, "FOLDER [NAME=VALUE...]", "The folder, and the message's properties");
+    create->add_flag("--associated", made->associated, "Among the folder's hidden (associated) messages");
+    create->callback([made, &action] { action = [made] { return New(*made); }; });
+
+    auto changed = std::make_shared<Options>();
+    CLI::App* set = app.add_subcommand("set", "Changes properties of a message or folder, all or none");
+    AddAssignments(*set, *changed, "FOLDER [MESSAGE] [NAME=VALUE...]", "What to change, and how");
+    set->add_option("--delete", changed->removals, "Delete a property")->type_name("NAME")->allow_extra_args(false);
+    CLI::Option* read = set->add_flag("--read", changed->read, "Mark a message as read");
+    set->add_flag("--unread", changed->unread, "Mark a message as unread")->excludes(read);
+    set->callback([changed, &action] { action = [changed] { return Set(*changed); }; });
+}
+
+} // namespace zeb::tools

@@ -1,0 +1,192 @@
+// zeb name, value, eid
+#include "tools/common/Failure.h"
+#include "tools/common/HostSession.h"
+#include "tools/common/Output.h"
+#include "tools/zeb/Command.h"
+#include "tools/zeb/Objects.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cstdio>
+#include <iostream>
+#include <iterator>
+#include <memory>
+
+namespace zeb::tools
+{
+namespace
+{
+
+constexpr const char* Tables[] = {
+    "MAPIErrors", "CMCErrors",  "PropTags",     "PropIDs",    "PropType", "FolderType",
+    "TableStatus", "TableType", "SortOrder",    "RestrictionType", "RelOp", "Bmr",
+    "FuzzyLevel", "MAPIObjTypes", "NotifEvents", "TableEvents", "MsgFlags", "RecipType",
+    "EIDFlags",   "ResourceType", "Priority",    "AttachMethod"};
+
+struct Options
+{
+    std::string table;
+    std::string value;
+    std::string name;
+    std::string hex;
+    bool json = false;
+};
+
+std::string Hex(ULONG value)
+{
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned>(value));
+    return text;
+}
+
+void RequireTable(const std::string& table)
+{
+    if (Zeb_TableCount(table.c_str()) > 0)
+        return;
+    std::string known;
+    for (const char* each : Tables)
+        known += (known.empty() ? "" : ", ") + std::string(each);
+    throw UsageError("there is no table '" + Shortened(OneLine(Utf8FromNarrow(table)), 40) +
+                     "'; the tables are " + known);
+}
+
+/// A number of 32 bits, signed or not, decimal or "0x".
+ULONG ParseValue(const std::string& text)
+{
+    const bool isHex = text.compare(0, 2, "0x") == 0 || text.compare(0, 2, "0X") == 0;
+    const bool isNegative = !isHex && text.compare(0, 1, "-") == 0;
+    const std::string digits = text.substr(isHex ? 2 : isNegative ? 1 : 0);
+    const char* allowed = isHex ? "0123456789abcdefABCDEF" : "0123456789";
+    if (!digits.empty() && digits.size() <= 10 && digits.find_first_not_of(allowed) == std::string::npos)
+    {
+        const unsigned long long number = std::stoull(digits, nullptr, isHex ? 16 : 10);
+        if (number <= (isNegative ? 0x80000000ull : 0xFFFFFFFFull))
+            return static_cast<ULONG>(isNegative ? 0 - number : number);
+    }
+    throw UsageError("'" + Shortened(OneLine(Utf8FromNarrow(text)), 40) +
+                     "' is no number of 32 bits, such as 26, -5 or 0x0037001E");
+}
+
+int ListTables(const Options& options)
+{
+    nlohmann::ordered_json list = nlohmann::ordered_json::array();
+    for (const char* table : Tables)
+        if (options.json)
+            list.push_back({{"table", table}, {"rows", Zeb_TableCount(table)}});
+        else
+            Print(Fitted(table, 16) + "  " + std::to_string(Zeb_TableCount(table)) + "\n");
+    if (options.json)
+        Print(list.dump(2) + "\n");
+    return ExitDone;
+}
+
+int ListTable(const Options& options)
+{
+    nlohmann::ordered_json list = nlohmann::ordered_json::array();
+    char name[64];
+    for (ULONG i = 0; i < Zeb_TableCount(options.table.c_str()); ++i)
+    {
+        const ULONG value = Zeb_ValueAt(options.table.c_str(), i);
+        Zeb_NameAt(options.table.c_str(), i, name);
+        if (options.json)
+            list.push_back({{"name", name}, {"value", value}});
+        else
+            Print(Hex(value) + "  " + name + "\n");
+    }
+    if (options.json)
+        Print(list.dump(2) + "\n");
+    return ExitDone;
+}
+
+int ShowName(const Options& options)
+{
+    if (options.table.empty())
+        return ListTables(options);
+    RequireTable(options.table);
+    if (options.value.empty())
+        return ListTable(options);
+    const ULONG value = ParseValue(options.value);
+    const char* name = Zeb_NameFromValue(options.table.c_str(), value, nullptr);
+    if (!name)
+        throw ToolError("table '" + options.table + "' has no name for " + Hex(value));
+    if (options.json)
+        Print(nlohmann::ordered_json{{"name", name}, {"value", value}}.dump(2) + "\n");
+    else
+        Print(std::string(name) + "\n");
+    return ExitDone;
+}
+
+int ShowValue(const Options& options)
+{
+    RequireTable(options.table);
+    ULONG value = 0;
+    if (!Zeb_ValueFromName(options.table.c_str(), options.name.c_str(), &value))
+        throw ToolError("table '" + options.table + "' has no '" +
+                        Shortened(OneLine(Utf8FromNarrow(options.name)), 60) + "'");
+    if (options.json)
+        Print(nlohmann::ordered_json{{"name", options.name}, {"value", value}}.dump(2) + "\n");
+    else
+        Print(Hex(value) + "\n");
+    return ExitDone;
+}
+
+/// The argument, or, for "-", what stands on standard input.
+std::string HexArgument(const std::string& argument)
+{
+    if (argument != "-")
+        return argument;
+    std::string text{std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>()};
+    const auto isSpace = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
+    while (!text.empty() && isSpace(text.back()))
+        text.pop_back();
+    text.erase(0, std::min(text.find_first_not_of(" \t\r\n"), text.size()));
+    return text;
+}
+
+int ShowEntryId(const Options& options)
+{
+    const std::string hex = HexArgument(options.hex);
+    // The library keeps what it takes apart in the provider's memory; no profile is needed.
+    HostMapi mapi;
+    EntryIdFromText(hex);
+    const std::string dump = Utf8FromNarrow(static_cast<const char*>(Zeb_DumpEntryID(hex.c_str())));
+    for (size_t at = 0; at < dump.size();)
+    {
+        const size_t end = std::min(dump.find("\r\n", at), dump.size());
+        Print(OneLine(dump.substr(at, end - at)) + "\n");
+        at = end + 2;
+    }
+    return ExitDone;
+}
+
+} // namespace
+
+void AddNames(CLI::App& app, Action& action)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App* name = app.add_subcommand("name", "Tells the name of one of MAPI's constants");
+    name->add_option("table", options->table, "The table, such as PropTags; without it the tables are listed")
+        ->type_name("TABLE");
+    name->add_option("value", options->value,
+                     "The value, decimal or 0x hexadecimal; without it the whole table is listed")
+        ->type_name("VALUE");
+    name->add_flag("--json", options->json, "Print JSON");
+    name->callback([options, &action] { action = [options] { return ShowName(*options); }; });
+
+    CLI::App* value = app.add_subcommand("value", "Tells the value of one of MAPI's constants");
+    value->add_option("table", options->table, "The table; 'zeb name' lists them")->required()->type_name("TABLE");
+    value->add_option("name", options->name, "The constant's name, in its letter case")
+        ->required()
+        ->type_name("NAME");
+    value->add_flag("--json", options->json, "Print JSON");
+    value->callback([options, &action] { action = [options] { return ShowValue(*options); }; });
+
+    CLI::App* eid = app.add_subcommand("eid", "Takes an entry identifier apart");
+    eid->add_option("hex", options->hex, "The identifier in hexadecimal text; - reads it from standard input")
+        ->required()
+        ->type_name("HEX");
+    eid->callback([options, &action] { action = [options] { return ShowEntryId(*options); }; });
+}
+
+} // namespace zeb::tools

@@ -1,0 +1,211 @@
+#include "tools/zeb/Objects.h"
+
+#include "tools/common/Failure.h"
+#include "tools/common/Output.h"
+
+#include <algorithm>
+
+namespace zeb::tools
+{
+namespace
+{
+
+/// Flags and the provider's identifier, which every entry identifier begins with.
+constexpr size_t ShortestEntryId = 20;
+constexpr size_t DeepestFolder = 1000;
+
+bool IsHex(const std::string& text)
+{
+    return text.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
+}
+
+bool IsNumber(const std::string& text)
+{
+    return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
+/// A text as a sentence quotes it.
+std::string Quoted(const std::string& text)
+{
+    return "'" + Shortened(OneLine(Utf8FromNarrow(text)), 60) + "'";
+}
+
+CZebBinary EntryIdAt(const CZebRowSet& rows, ULONG index)
+{
+    return CZebBinary(static_cast<const SBinary&>(rows[index][PR_ENTRYID]));
+}
+
+} // namespace
+
+bool LooksLikeEntryId(const std::string& text)
+{
+    return text.size() >= 2 * ShortestEntryId && IsHex(text);
+}
+
+std::string NamedEntryId(const std::string& hex)
+{
+    constexpr size_t shown = 48;
+    if (hex.size() <= shown)
+        return "the entry identifier " + hex;
+    return "the entry identifier " + hex.substr(0, shown - 12) + "..." + hex.substr(hex.size() - 9);
+}
+
+CZebBinary EntryIdFromText(const std::string& text)
+{
+    if (text.empty())
+        throw UsageError("the entry identifier is empty");
+    if (!IsHex(text))
+        throw UsageError("an entry identifier is hexadecimal text, not " + Quoted(text));
+    if (text.size() % 2 != 0)
+        throw UsageError("the entry identifier has " + Grouped(text.size()) +
+                         " digits: every byte takes two, so one is missing");
+    return CZebBinary(text.c_str());
+}
+
+Mailbox::Mailbox(const std::string& profile)
+    : m_session(profile)
+    , m_store(m_session.OpenStore())
+    , m_folders(m_store)
+{
+    try
+    {
+        m_top = m_store.GetSpecialFolderEntryID(PR_IPM_SUBTREE_ENTRYID);
+    }
+    catch (CZebException* exception)
+    {
+        exception->Delete();
+    }
+}
+
+CZebFolder Mailbox::OpenFolder(const std::string& text)
+{
+    if (!LooksLikeEntryId(text))
+        return m_folders.Existing(FolderPath::Parse(Utf8FromNarrow(text)));
+    CZebFolder folder(nullptr);
+    const CZebBinary entryId = EntryIdFromText(text);
+    try
+    {
+        m_store.OpenEntry(entryId, folder, MAPI_BEST_ACCESS);
+    }
+    catch (...)
+    {
+        FailWhile(NamedEntryId(text) + " as a folder");
+    }
+    return folder;
+}
+
+bool Mailbox::IsTop(CZebFolder& folder)
+{
+    return m_top.IsValid() && Session().CompareEntryIDs(folder.GetEntryID(), m_top);
+}
+
+FolderPath Mailbox::PathOf(CZebFolder& folder)
+{
+    FolderPath path;
+    CZebFolder at = folder;
+    for (size_t depth = 0; depth < DeepestFolder; ++depth)
+    {
+        if (IsTop(at))
+            break;
+        const CZebBinary parent = at.GetParentID();
+        path.fromRoot = Session().CompareEntryIDs(at.GetEntryID(), parent);
+        if (path.fromRoot)
+            break;
+        path.names.insert(path.names.begin(), TextOf(at, PR_DISPLAY_NAME_W));
+        m_store.OpenEntry(parent, at, MAPI_BEST_ACCESS);
+    }
+    return path;
+}
+
+CZebPropObj Mailbox::OpenAny(const std::string& hex)
+{
+    const CZebBinary entryId = EntryIdFromText(hex);
+    CZebPropObj object(nullptr);
+    try
+    {
+        Session().OpenEntry(entryId, object, MAPI_BEST_ACCESS);
+    }
+    catch (...)
+    {
+        FailWhile(NamedEntryId(hex));
+    }
+    return object;
+}
+
+FoundMessage Mailbox::FindMessage(CZebFolder& folder, const FolderPath& path, const std::string& text,
+                                  bool associated)
+{
+    CZebTable table = folder.GetContentsTable(MAPI_UNICODE | (associated ? MAPI_ASSOCIATED : 0));
+    table.SetColumns(2, PR_ENTRYID, PR_SUBJECT_W);
+    CZebRowSet rows;
+    if (IsNumber(text))
+    {
+        const ULONG count = table.GetRowCount();
+        const ULONG number = text.size() < 10 ? static_cast<ULONG>(std::stoul(text)) : 0;
+        if (number == 0 || number > count)
+            throw ToolError("there is no message " + text + " in " + Named(path) + ": it has " +
+                            Grouped(count) + (count == 1 ? " message" : " messages"));
+        table.SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(number - 1), nullptr);
+        table.QueryRows(&rows, 1, nullptr, nullptr);
+        if (!rows.IsValid())
+            throw ToolError("message " + text + " of " + Named(path) + " is not there any more");
+        return {EntryIdAt(rows, 0), "message " + text + " (" +
+                                        Quoted(NarrowFromUtf8(TextOf(rows[0], PR_SUBJECT_W))) + ") of " +
+                                        Named(path)};
+    }
+    CZebRestrictionAllocator bySubject;
+    bySubject.Allocate();
+    bySubject.CreateProp(PR_SUBJECT_W, RELOP_EQ) = WideFromUtf8(Utf8FromNarrow(text));
+    table.Restrict(bySubject, 0);
+    const ULONG matches = table.GetRowCount();
+    if (matches > 1)
+        throw ToolError(Grouped(matches) + " messages of " + Named(path) + " have the subject " +
+                        Quoted(text) + ": say which by its number, which 'zeb find' shows");
+    table.QueryRows(&rows, 1, nullptr, nullptr);
+    if (!rows.IsValid())
+        throw ToolError("there is no message with the subject " + Quoted(text) + " in " + Named(path));
+    return {EntryIdAt(rows, 0), "message " + Quoted(text) + " of " + Named(path)};
+}
+
+FoundMessages Mailbox::MessagesById(const std::vector<std::string>& identifiers)
+{
+    FoundMessages found;
+    CZebBinary parent;
+    for (const std::string& hex : identifiers)
+    {
+        CZebPropObj object = OpenAny(hex);
+        if (object.GetObjectType() != MAPI_MESSAGE)
+            throw ToolError(NamedEntryId(hex) + " names no message");
+        const CZebBinary above = object.GetParentID();
+        if (parent.IsValid() && !Session().CompareEntryIDs(parent, above))
+            throw ToolError(NamedEntryId(hex) + " names a message of another folder than the one before it");
+        parent = above;
+        found.messages.push_back({EntryIdFromText(hex), "message " + Quoted(NarrowFromUtf8(TextOf(
+                                                                         object, PR_SUBJECT_W)))});
+    }
+    m_store.OpenEntry(parent, found.folder, MAPI_BEST_ACCESS);
+    found.path = PathOf(found.folder);
+    return found;
+}
+
+FoundMessages Mailbox::FindMessages(const std::vector<std::string>& arguments)
+{
+    const bool allIds = std::all_of(arguments.begin(), arguments.end(), LooksLikeEntryId);
+    if (allIds)
+    {
+        CZebPropObj first = OpenAny(arguments.front());
+        if (first.GetObjectType() == MAPI_MESSAGE)
+            return MessagesById(arguments);
+    }
+    if (arguments.size() < 2)
+        throw UsageError("no message is named: give its number or subject behind the folder, or its entry "
+                         "identifier");
+    FoundMessages found;
+    found.folder = OpenFolder(arguments.front());
+    found.path = PathOf(found.folder);
+    for (size_t i = 1; i < arguments.size(); ++i)
+        found.messages.push_back(FindMessage(found.folder, found.path, arguments[i]));
+    return found;
+}
+
+} // namespace zeb::tools

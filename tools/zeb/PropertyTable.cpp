@@ -1,0 +1,248 @@
+#include "tools/zeb/PropertyTable.h"
+
+#include "platform/text.h"
+#include "tools/common/Failure.h"
+#include "tools/common/Output.h"
+#include "tools/common/PropertyValues.h"
+#include "tools/zeb/SaveFormat.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <map>
+
+namespace zeb::tools
+{
+namespace
+{
+
+/// The line without a terminal; long enough for most, short enough to read.
+constexpr size_t ColumnsWithoutTerminal = 120;
+constexpr size_t NarrowestValue = 24, WidestName = 40, TypeWidth = 13;
+/// Bytes of a long value that are looked at when it is shown short.
+constexpr size_t BeginningOfValue = 1024;
+
+/// A number that is one of MAPI's constants: the property, and the table of its names.
+struct KnownNumber
+{
+    ULONG tag;
+    const char* table;
+    bool isBits;
+};
+
+constexpr KnownNumber KnownNumbers[] = {{PR_MESSAGE_FLAGS, "MsgFlags", true},
+                                        {PR_OBJECT_TYPE, "MAPIObjTypes", false},
+                                        {PR_RECIPIENT_TYPE, "RecipType", false},
+                                        {PR_PRIORITY, "Priority", false},
+                                        {PR_ATTACH_METHOD, "AttachMethod", false},
+                                        {PR_FOLDER_TYPE, "FolderType", false},
+                                        {PR_RESOURCE_TYPE, "ResourceType", false}};
+
+template <typename Number>
+Number NumberOf(const std::string& bytes)
+{
+    Number number{};
+    std::memcpy(&number, bytes.data(), std::min(bytes.size(), sizeof number));
+    return number;
+}
+
+std::string NamesOfBits(const char* table, ULONG value)
+{
+    std::string names;
+    for (ULONG bit = 1; bit != 0; bit <<= 1)
+        if (const char* name = value & bit ? Zeb_NameFromValue(table, bit, nullptr) : nullptr)
+            names += (names.empty() ? "" : " | ") + std::string(name);
+    return names;
+}
+
+/// A number with the name it has, if any: "5 (MAPI_MESSAGE)".
+std::string NumberText(const Property& property, LONG value)
+{
+    std::string text = std::to_string(value);
+    for (const KnownNumber& known : KnownNumbers)
+    {
+        if (property.name || PROP_ID(known.tag) != PROP_ID(property.tag))
+            continue;
+        const char* name = Zeb_NameFromValue(known.table, static_cast<ULONG>(value), nullptr);
+        const std::string names =
+            known.isBits ? NamesOfBits(known.table, static_cast<ULONG>(value)) : name ? name : "";
+        if (!names.empty())
+            text += " (" + names + ")";
+    }
+    return text;
+}
+
+std::string TextOfBytes(const std::string& bytes, bool isWide)
+{
+    if (!isWide)
+        return Utf8FromNarrow(bytes);
+    platform::WideString wide(bytes.size() / sizeof(WCHAR), WCHAR(0));
+    std::memcpy(wide.data(), bytes.data(), wide.size() * sizeof(WCHAR));
+    return platform::Utf8FromWide(wide.data(), wide.size());
+}
+
+std::string HexOf(const std::string& bytes)
+{
+    std::string text;
+    char digits[4];
+    for (const char byte : bytes)
+    {
+        std::snprintf(digits, sizeof digits, "%02X", static_cast<unsigned>(static_cast<unsigned char>(byte)));
+        text += digits;
+    }
+    return text;
+}
+
+std::string ErrorText(ULONG code)
+{
+    const char* name = Zeb_NameFromValue("MAPIErrors", code, nullptr);
+    char number[16];
+    std::snprintf(number, sizeof number, "0x%08X", static_cast<unsigned>(code));
+    return name ? name : number;
+}
+
+/// One element as people read it.
+std::string ElementText(const Property& property, const std::string& bytes)
+{
+    const ULONG type = property.Type() & ~static_cast<ULONG>(MV_FLAG);
+    switch (type)
+    {
+    case PT_LONG:
+        return NumberText(property, NumberOf<LONG>(bytes));
+    case PT_ERROR:
+        return ErrorText(NumberOf<ULONG>(bytes));
+    case PT_STRING8:
+    case PT_UNICODE:
+        return OneLine(TextOfBytes(bytes, type == PT_UNICODE));
+    case PT_SYSTIME:
+        return TimeForPeople(NumberOf<FILETIME>(bytes));
+    case PT_BINARY:
+        return HexOf(bytes);
+    default:
+        break;
+    }
+    Property single;
+    single.tag = PROP_TAG(type, PROP_ID(property.tag));
+    single.values.push_back(bytes);
+    const nlohmann::json value = ValueInFile(single);
+    return value.is_string() ? value.get<std::string>() : value.dump();
+}
+
+std::string SizeText(const Property& property, uint64_t bytes)
+{
+    if (property.Type() == PT_UNICODE)
+        return "(" + Grouped(bytes / sizeof(WCHAR)) + " characters) ";
+    return "(" + Grouped(bytes) + (bytes == 1 ? " byte) " : " bytes) ");
+}
+
+/// Some first bytes of a source, or, with `full`, all.
+std::string Beginning(ByteSource& source, bool full)
+{
+    std::string bytes(full ? static_cast<size_t>(source.Size()) : BeginningOfValue, '\0');
+    size_t done = 0;
+    while (const size_t got = done < bytes.size() ? source.Read(bytes.data() + done, bytes.size() - done) : 0)
+        done += got;
+    bytes.resize(done);
+    return bytes;
+}
+
+std::string ValueText(const Property& property, bool full)
+{
+    if (property.source)
+        return SizeText(property, property.source->Size()) +
+               ElementText(property, Beginning(*property.source, full));
+    if ((property.Type() & MV_FLAG) == 0)
+    {
+        const std::string& bytes = property.values.front();
+        const bool cut = !full && bytes.size() > BeginningOfValue;
+        const std::string size = property.Type() == PT_BINARY || cut ? SizeText(property, bytes.size()) : "";
+        return size + ElementText(property, cut ? bytes.substr(0, BeginningOfValue) : bytes);
+    }
+    std::string text = "(" + Grouped(property.values.size()) + ") ";
+    for (size_t i = 0; i < property.values.size() && (full || text.size() < BeginningOfValue); ++i)
+        text += (i == 0 ? "" : ", ") + ElementText(property, property.values[i]);
+    return text;
+}
+
+std::string TypeText(const Property& property)
+{
+    const char* name = Zeb_NameFromValue("PropType", property.Type(), nullptr);
+    char number[16];
+    std::snprintf(number, sizeof number, "0x%04X", static_cast<unsigned>(property.Type()));
+    return name ? name : number;
+}
+
+/// The name in the first column; of a named property that within its set.
+std::string ShortName(const Property& property)
+{
+    if (!property.name)
+        return PropertyText(property);
+    if (property.name->isText)
+        return OneLine(Utf8(CStringW(property.name->text.c_str())));
+    char number[16];
+    std::snprintf(number, sizeof number, "0x%04X", static_cast<unsigned>(property.name->id));
+    return number;
+}
+
+using Rows = std::vector<std::pair<std::string, const Property*>>;
+
+void PrintRows(Rows& rows, const std::string& indent, size_t nameWidth, const TableStyle& style)
+{
+    std::stable_sort(rows.begin(), rows.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    const size_t columns = style.columns == 0 ? ColumnsWithoutTerminal : style.columns;
+    const size_t used = indent.size() + nameWidth + 2 + TypeWidth + 2;
+    const size_t room = columns > used + NarrowestValue ? columns - used : NarrowestValue;
+    for (const auto& row : rows)
+    {
+        const std::string value = ValueText(*row.second, style.full);
+        const std::string line = indent + Fitted(row.first, nameWidth) + "  " +
+                                 Fitted(TypeText(*row.second), TypeWidth) + "  " +
+                                 (style.full ? value : Shortened(value, room));
+        Print(line.substr(0, line.find_last_not_of(' ') + 1) + "\n");
+    }
+}
+
+} // namespace
+
+void PrintProperties(const Properties& properties, const std::string& indent, const TableStyle& style)
+{
+    Rows plain;
+    std::map<std::string, Rows> sets;
+    size_t nameWidth = 0;
+    for (const Property& property : properties)
+    {
+        Rows& rows = property.name ? sets[GuidText(property.name->set)] : plain;
+        rows.emplace_back(ShortName(property), &property);
+        nameWidth = std::max(nameWidth, std::min(DisplayWidth(rows.back().first), WidestName));
+    }
+    PrintRows(plain, indent, nameWidth, style);
+    for (auto& set : sets)
+    {
+        Print(indent + "named in " + set.first + "\n");
+        PrintRows(set.second, indent, nameWidth, style);
+    }
+}
+
+nlohmann::ordered_json PropertiesForMachines(const Properties& properties)
+{
+    std::map<std::string, nlohmann::ordered_json> byName;
+    for (const Property& property : properties)
+    {
+        nlohmann::ordered_json object;
+        const std::string name = NameInFile(property);
+        char tag[16];
+        std::snprintf(tag, sizeof tag, "0x%08X", static_cast<unsigned>(property.tag));
+        object["name"] = name.empty() ? tag : name;
+        object["tag"] = tag;
+        object["type"] = TypeText(property);
+        object["value"] = ValueInFile(property);
+        byName.emplace(object["name"], object);
+    }
+    nlohmann::ordered_json list = nlohmann::ordered_json::array();
+    for (const auto& entry : byName)
+        list.push_back(entry.second);
+    return list;
+}
+
+} // namespace zeb::tools

@@ -1,0 +1,214 @@
+// zeb save
+#include "platform/console.h"
+#include "platform/interrupt.h"
+#include "tools/common/Failure.h"
+#include "tools/common/Output.h"
+#include "tools/common/Progress.h"
+#include "tools/common/PropertyReader.h"
+#include "tools/zeb/Command.h"
+#include "tools/zeb/Objects.h"
+#include "tools/zeb/OutputFile.h"
+#include "tools/zeb/SaveFormat.h"
+
+#include <memory>
+
+namespace zeb::tools
+{
+namespace
+{
+
+constexpr LONG RowsInOneCall = 500;
+
+struct Options
+{
+    std::string profile;
+    std::string folder;
+    std::string file;
+    bool onlyThis = false;
+};
+
+/// Saves a folder, its messages, and what stands below it.
+class Saver
+{
+public:
+    Saver(Mailbox& mailbox, OutputFile& out, bool subfolders, uint64_t messages, bool quiet)
+        : m_mailbox(mailbox)
+        , m_out(out)
+        , m_subfolders(subfolders)
+        , m_progress("messages", messages, quiet)
+        , m_reader(ReadWhat::Values)
+    {
+    }
+
+    void SaveFolder(CZebFolder& folder, const FolderPath& path)
+    {
+        Properties properties = m_reader.ReadObject(folder);
+        Report(Named(path), properties);
+        m_out.Write(FolderLine(path, properties));
+        ++m_folders;
+        // A search folder shows messages of other folders.
+        if (!IsSearchFolder(folder))
+        {
+            SaveMessages(folder, path, true);
+            SaveMessages(folder, path, false);
+        }
+        if (m_subfolders)
+            SaveSubfolders(folder, path);
+    }
+
+    uint64_t Messages() const { return m_messages; }
+    uint64_t Folders() const { return m_folders; }
+    uint64_t Skipped() const { return m_skipped; }
+
+private:
+    static bool IsSearchFolder(CZebFolder& folder)
+    {
+        CZebPropValArray values;
+        folder.GetProps(values, 1, PR_FOLDER_TYPE);
+        return values.hasRealValue(PR_FOLDER_TYPE) &&
+               static_cast<LONG>(values[PR_FOLDER_TYPE]) == FOLDER_SEARCH;
+    }
+
+    void SaveSubfolders(CZebFolder& folder, const FolderPath& path)
+    {
+        CZebTable table = folder.GetHierarchyTable(MAPI_UNICODE);
+        table.SetColumns(2, PR_DISPLAY_NAME_W, PR_ENTRYID);
+        CZebSortOrder order(PR_DISPLAY_NAME_W, TABLE_SORT_ASCEND);
+        CZebRowSet rows;
+        table.QueryAllRows(&rows, nullptr, order);
+        for (ULONG i = 0; i < rows.Count(); ++i)
+        {
+            CZebFolder child(nullptr);
+            folder.OpenEntry(static_cast<const SBinary&>(rows[i][PR_ENTRYID]), child, MAPI_BEST_ACCESS);
+            const bool isTop = m_mailbox.IsTop(child);
+            SaveFolder(child, isTop ? FolderPath() : path.Below(TextOf(rows[i], PR_DISPLAY_NAME_W)));
+        }
+    }
+
+    void SaveMessages(CZebFolder& folder, const FolderPath& path, bool associated)
+    {
+        CZebTable table = folder.GetContentsTable(MAPI_UNICODE | (associated ? MAPI_ASSOCIATED : 0));
+        table.SetColumns(1, PR_ENTRYID);
+        while (true)
+        {
+            CZebRowSet rows;
+            table.QueryRows(&rows, RowsInOneCall, nullptr, nullptr);
+            if (!rows.IsValid())
+                return;
+            for (ULONG i = 0; i < rows.Count(); ++i)
+                SaveMessage(folder, path, associated, rows[i][PR_ENTRYID]);
+        }
+    }
+
+    void SaveMessage(CZebFolder& folder, const FolderPath& path, bool associated, const SBinary& entryId)
+    {
+        if (platform::Interrupted())
+            throw ToolError("interrupted");
+        CZebMessage message(nullptr);
+        try
+        {
+            folder.OpenEntry(entryId, message, MAPI_BEST_ACCESS);
+        }
+        catch (CZebException* exception)
+        {
+            // Deleted since the table was read: it is no part of the folder any more.
+            if (exception->GetResult() != MAPI_E_NOT_FOUND && exception->GetResult() != MAPI_E_OBJECT_DELETED)
+                throw;
+            exception->Delete();
+            return;
+        }
+        MessageContent content = m_reader.ReadMessage(message);
+        Report("a message of " + Named(path), content.properties);
+        m_out.Write(MessageLine(path, associated, content));
+        m_progress.Step(++m_messages);
+    }
+
+    void Report(const std::string& where, const Properties& properties)
+    {
+        std::vector<Unread> unread = m_reader.TakeUnread();
+        for (const Property& property : properties)
+            if (NameInFile(property).empty())
+                unread.push_back({property.tag, "it has an identifier of named properties and no name"});
+        for (const Unread& each : unread)
+        {
+            char tag[16];
+            std::snprintf(tag, sizeof tag, "0x%08X", static_cast<unsigned>(each.tag));
+            m_progress.Clear();
+            Complain("zeb", where + ": property " + tag + " is left out: " + each.reason);
+            ++m_skipped;
+        }
+    }
+
+    Mailbox& m_mailbox;
+    OutputFile& m_out;
+    const bool m_subfolders;
+    Progress m_progress;
+    PropertyReader m_reader;
+    uint64_t m_messages = 0, m_folders = 0, m_skipped = 0;
+};
+
+/// The messages in a folder and, with `subfolders`, below it.
+uint64_t CountMessages(CZebFolder& folder, bool subfolders)
+{
+    CZebPropValArray values;
+    folder.GetProps(values, 2, PR_CONTENT_COUNT, PR_ASSOC_CONTENT_COUNT);
+    uint64_t count = 0;
+    for (const ULONG tag : {PR_CONTENT_COUNT, PR_ASSOC_CONTENT_COUNT})
+        if (values.hasRealValue(tag))
+            count += static_cast<ULONG>(values[tag]);
+    if (!subfolders)
+        return count;
+    CZebTable table = folder.GetHierarchyTable(CONVENIENT_DEPTH);
+    table.SetColumns(2, PR_CONTENT_COUNT, PR_ASSOC_CONTENT_COUNT);
+    CZebRowSet rows;
+    table.QueryAllRows(&rows, nullptr, nullptr);
+    for (ULONG i = 0; i < rows.Count(); ++i)
+        for (const ULONG tag : {PR_CONTENT_COUNT, PR_ASSOC_CONTENT_COUNT})
+            if (rows[i].hasRealValue(tag))
+                count += static_cast<ULONG>(rows[i][tag]);
+    return count;
+}
+
+int Run(const Options& options)
+{
+    platform::CatchInterrupt();
+    Mailbox mailbox(options.profile);
+    CZebFolder folder = mailbox.OpenFolder(options.folder);
+    const FolderPath path = mailbox.PathOf(folder);
+    OutputFile out(options.file);
+    // Where the lines themselves go to the terminal, no progress belongs between them.
+    const bool quiet = options.file.empty() && platform::IsTerminal(platform::OutputStream::Output);
+    uint64_t messages = 0, folders = 0, skipped = 0;
+    {
+        Saver saver(mailbox, out, !options.onlyThis, CountMessages(folder, !options.onlyThis), quiet);
+        saver.SaveFolder(folder, path);
+        messages = saver.Messages();
+        folders = saver.Folders();
+        skipped = saver.Skipped();
+    }
+    out.Finish();
+    if (!options.file.empty())
+        Print(Grouped(messages) + (messages == 1 ? " message in " : " messages in ") + Grouped(folders) +
+              (folders == 1 ? " folder saved\n" : " folders saved\n"));
+    return skipped == 0 ? ExitDone : ExitSkipped;
+}
+
+} // namespace
+
+void AddSave(CLI::App& app, Action& action)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand(
+        "save", "Saves a folder with its messages and subfolders as lines that 'zeb load' reads");
+    AddProfileOption(*command, options->profile);
+    AddFolderArgument(*command, options->folder);
+    command
+        ->add_option("-o,--output", options->file,
+                     "The file to write; without it standard output. The file appears when all is written")
+        ->type_name("FILE.jsonl");
+    command->add_flag("--this-only", options->onlyThis, "Leave the subfolders out");
+    command->footer("Exit code 3: saved but for properties that no file can carry, which are named.");
+    command->callback([options, &action] { action = [options] { return Run(*options); }; });
+}
+
+} // namespace zeb::tools

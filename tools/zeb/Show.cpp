@@ -1,0 +1,174 @@
+// zeb show
+#include "platform/console.h"
+#include "tools/common/Failure.h"
+#include "tools/common/Output.h"
+#include "tools/common/PropertyReader.h"
+#include "tools/zeb/Command.h"
+#include "tools/zeb/Objects.h"
+#include "tools/zeb/PropertyTable.h"
+
+#include <memory>
+
+namespace zeb::tools
+{
+namespace
+{
+
+using Json = nlohmann::ordered_json;
+
+struct Options
+{
+    std::string profile;
+    std::string object;
+    std::string message;
+    bool associated = false;
+    bool full = false;
+    bool json = false;
+};
+
+/// The object to show and how a heading calls it.
+struct Target
+{
+    CZebPropObj object{nullptr};
+    std::string name;
+};
+
+Target FindTarget(Mailbox& mailbox, const Options& options)
+{
+    Target target;
+    if (options.object.empty())
+    {
+        target.object = CZebPropObj(mailbox.Store().GetInterface().Get());
+        target.name = "store '" + OneLine(TextOf(mailbox.Store(), PR_DISPLAY_NAME_W)) + "'";
+        return target;
+    }
+    if (LooksLikeEntryId(options.object) && options.message.empty())
+    {
+        target.object = mailbox.OpenAny(options.object);
+        const ULONG type = target.object.GetObjectType();
+        const char* name = Zeb_NameFromValue("MAPIObjTypes", type, nullptr);
+        target.name = name ? name : "object";
+        return target;
+    }
+    CZebFolder folder = mailbox.OpenFolder(options.object);
+    const FolderPath path = mailbox.PathOf(folder);
+    target.name = Named(path);
+    target.object = CZebPropObj(folder.GetInterface().Get());
+    if (options.message.empty())
+        return target;
+    const FoundMessage message = mailbox.FindMessage(folder, path, options.message, options.associated);
+    target.name = message.name;
+    folder.OpenEntry(message.entryId, target.object, MAPI_BEST_ACCESS);
+    return target;
+}
+
+size_t PrintContent(const MessageContent& content, const std::string& title, const TableStyle& style)
+{
+    PrintProperties(content.properties, "  ", style);
+    size_t count = content.properties.size();
+    for (size_t i = 0; i < content.recipients.size(); ++i)
+    {
+        Print(title + "recipient " + std::to_string(i + 1) + "\n");
+        PrintProperties(content.recipients[i], "  ", style);
+        count += content.recipients[i].size();
+    }
+    for (size_t i = 0; i < content.attachments.size(); ++i)
+    {
+        const AttachmentContent& attachment = content.attachments[i];
+        const std::string name = title + "attachment " + std::to_string(i + 1);
+        Print(name + "\n");
+        PrintProperties(attachment.properties, "  ", style);
+        count += attachment.properties.size();
+        if (!attachment.message)
+            continue;
+        Print(name + ", message\n");
+        count += PrintContent(*attachment.message, name + ", ", style);
+    }
+    return count;
+}
+
+Json ContentForMachines(const MessageContent& content)
+{
+    Json object;
+    object["properties"] = PropertiesForMachines(content.properties);
+    object["recipients"] = Json::array();
+    for (const Properties& recipient : content.recipients)
+        object["recipients"].push_back({{"properties", PropertiesForMachines(recipient)}});
+    object["attachments"] = Json::array();
+    for (const AttachmentContent& attachment : content.attachments)
+    {
+        Json each;
+        each["properties"] = PropertiesForMachines(attachment.properties);
+        if (attachment.message)
+            each["message"] = ContentForMachines(*attachment.message);
+        object["attachments"].push_back(each);
+    }
+    return object;
+}
+
+void ReportUnread(PropertyReader& reader)
+{
+    for (const Unread& unread : reader.TakeUnread())
+    {
+        Property property;
+        property.tag = unread.tag;
+        Complain("zeb", PropertyText(property) + " can not be read: " + unread.reason);
+    }
+}
+
+int Run(const Options& options)
+{
+    Mailbox mailbox(options.profile);
+    Target target = FindTarget(mailbox, options);
+    const bool isMessage = target.object.GetObjectType() == MAPI_MESSAGE;
+    PropertyReader reader(ReadWhat::Beginnings);
+    MessageContent content;
+    if (isMessage)
+        content = reader.ReadMessage(target.object);
+    else
+        content.properties = reader.ReadObject(target.object);
+    ReportUnread(reader);
+    if (options.json)
+    {
+        Json object;
+        object["object"] = target.name;
+        if (isMessage)
+            object.update(ContentForMachines(content));
+        else
+            object["properties"] = PropertiesForMachines(content.properties);
+        Print(object.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+        return ExitDone;
+    }
+    TableStyle style;
+    style.columns = static_cast<size_t>(platform::TerminalColumns(platform::OutputStream::Output));
+    style.full = options.full;
+    Print(target.name + "\n");
+    const size_t count = PrintContent(content, "", style);
+    Print(Grouped(count) + (count == 1 ? " property\n" : " properties\n"));
+    return ExitDone;
+}
+
+} // namespace
+
+void AddShow(CLI::App& app, Action& action)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand(
+        "show", "Shows all properties of a folder or message, with recipients and attachments, or of the store");
+    AddProfileOption(*command, options->profile);
+    command
+        ->add_option("object", options->object,
+                     "A folder by path, or anything by entry identifier; without it the store")
+        ->type_name("OBJECT");
+    command
+        ->add_option("message", options->message,
+                     "A message of that folder, by its number (the # of 'zeb find') or its subject")
+        ->type_name("MESSAGE");
+    command->add_flag("--associated", options->associated,
+                      "The message is one of the folder's hidden (associated) ones");
+    command->add_flag("--full", options->full, "Show long values whole");
+    command->add_flag("--json", options->json, "Print JSON, with every value whole");
+    command->callback([options, &action] { action = [options] { return Run(*options); }; });
+}
+
+} // namespace zeb::tools
