@@ -10,6 +10,8 @@ import termios
 import world
 from world import World, message
 
+LINUX_ONLY = True  # a terminal of Wine's is none of Python's
+
 
 class Terminal(World):
     def setUp(self):
@@ -35,6 +37,50 @@ class Terminal(World):
         os.close(leader)
         self.assertEqual(process.wait(), 0, written)
         return written.decode("utf-8")
+
+    def answer(self, reply, *arguments, code):
+        """Runs zeb with a terminal as input, output and error, gives the reply to its question; returns what stood there."""
+        leader, follower = pty.openpty()
+        process = subprocess.Popen([str(world.BUILD / "bin/zeb"), *arguments], env=self.environment, stdin=follower,
+                                   stdout=follower, stderr=follower)
+        os.close(follower)
+        shown = b""
+        while not shown.endswith(b"[y/N] "):
+            shown += os.read(leader, 4096)
+        os.write(leader, reply)
+        try:
+            while piece := os.read(leader, 4096):
+                shown += piece
+        except OSError:
+            pass
+        os.close(leader)
+        self.assertEqual(process.wait(), code, shown)
+        return shown.decode("utf-8")
+
+    def test_what_destroys_asks_and_does_what_is_answered(self):
+        self.load(message("a"), message("b"))
+        for reply in (b"n\n", b"\n", b"\x04"):
+            shown = self.answer(reply, "rm", "Inbox", "a", "--hard", code=1)
+            self.assertTrue(shown.startswith("Really delete message 'a' of folder 'Inbox' for good? [y/N] "), shown)
+            self.assertIn("zeb: nothing is done", shown)
+        self.assertEqual(len(self.subjects()), 2)
+        self.assertIn("deleted for good", self.answer(b"y\n", "rm", "Inbox", "a", "--hard", code=0))
+        self.assertEqual(self.subjects(), ["b"])
+        self.answer(b"y\n", "empty", "Inbox", code=0)
+        self.assertEqual(self.subjects(), [])
+
+    def test_saving_shows_progress_but_not_between_lines(self):
+        self.zeb("load", self.write_many(3000))
+        shown = self.on_terminal("save", "Inbox", "-o", self.path("out.jsonl"))
+        self.assertRegex(shown, r"\r[\d,]+ messages, [\d,]+/s, \d+ %, \d+:\d\d left")
+        self.assertTrue(shown.endswith("3,000 messages in 1 folder saved\r\n"), shown[-100:])
+        self.assertNotIn("\x1b", self.on_terminal("save", "Inbox"))
+
+    def test_properties_fit_the_terminal(self):
+        self.load(message("a" * 300))
+        lines = self.on_terminal("show", "Inbox", "1", columns=70).splitlines()
+        self.assertTrue(all(len(line) <= 70 for line in lines[1:]), max(lines[1:], key=len))
+        self.assertIn("a" * 300, self.on_terminal("show", "Inbox", "1", "--full", columns=70))
 
     def write_many(self, count):
         file = self.folder / "many.jsonl"

@@ -77,9 +77,10 @@ class World(unittest.TestCase):
         if WINDOWS:
             command = [str(ROOT / "scripts/wine-run.sh"), str(BUILD / "bin" / (tool + ".exe")), *arguments]
         more.setdefault("env", self.environment)
+        more.setdefault("stdin", subprocess.DEVNULL)
         # Files, not pipes: Wine's own processes inherit them and would keep a pipe open long after the tool's end.
         with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
-            done = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=out, stderr=err, timeout=300, **more)
+            done = subprocess.run(command, stdout=out, stderr=err, timeout=300, **more)
             for stream in (out, err):
                 stream.seek(0)
             done.stdout, done.stderr = out.read(), err.read()
@@ -92,16 +93,23 @@ class World(unittest.TestCase):
         self.assertNotIn("\r", done.out + done.err)
         return done
 
-    def zeb(self, *arguments, code=0):
-        """Runs zeb and expects its exit code."""
-        return self.check(self.run_tool("zeb", *arguments), code)
+    def zeb(self, *arguments, code=0, given=None):
+        """Runs zeb and expects its exit code; `given` is what it reads from standard input."""
+        if given is None:
+            return self.check(self.run_tool("zeb", *arguments), code)
+        with tempfile.TemporaryFile() as stream:
+            stream.write(given.encode())
+            stream.seek(0)
+            return self.check(self.run_tool("zeb", *arguments, stdin=stream), code)
 
     def importer(self, *arguments, code=0):
         return self.check(self.run_tool("zeb-import", *arguments), code)
 
-    def refused(self, *arguments, saying, code=1):
+    def refused(self, *arguments, saying, code=1, given=None):
         """Runs zeb, expects failure with one sentence on standard error, in which `saying` occurs."""
-        return self.one_sentence(self.zeb(*arguments, code=code), saying)
+        done = self.one_sentence(self.zeb(*arguments, code=code, given=given), saying)
+        self.assertEqual(done.out, "")
+        return done
 
     def one_sentence(self, done, saying):
         lines = done.err.strip().split("\n")
@@ -119,6 +127,15 @@ class World(unittest.TestCase):
         text = [line if isinstance(line, str) else json.dumps(line) for line in lines]
         (self.folder / name).write_text("\n".join(text) + "\n", encoding="utf-8")
         return self.zeb("load", self.path(name), code=code)
+
+    def found(self, *arguments):
+        """What zeb find lists, as a list of objects."""
+        return json.loads(self.zeb("find", *arguments, "--json").out)["messages"]
+
+    def shown(self, *arguments):
+        """The properties that zeb show lists: name to value."""
+        properties = json.loads(self.zeb("show", *arguments, "--json").out)["properties"]
+        return {each["name"]: each["value"] for each in properties}
 
     def inbox(self, *arguments):
         return json.loads(self.zeb("inbox", "--json", *arguments).out)

@@ -18,8 +18,9 @@ Properties Before(CZebIProp& object, const Properties& changes)
     Properties before;
     for (const Property& change : changes)
     {
-        const auto found = std::find_if(all.begin(), all.end(), [&](const Property& each)
-                                        { return PROP_ID(each.tag) == PROP_ID(change.tag); });
+        const auto found =
+            std::find_if(all.begin(), all.end(),
+                         [&](const Property& each) { return PROP_ID(each.tag) == PROP_ID(change.tag); });
         if (found != all.end())
         {
             before.push_back(*found);

@@ -101,11 +101,12 @@ std::string ReadAll(ByteSource& source)
 
 bool IsStoresOwn(ObjectKind kind, ULONG tag)
 {
-    static const std::set<ULONG> place = {
-        PROP_ID(PR_RECORD_KEY),         PROP_ID(PR_OBJECT_TYPE),     PROP_ID(PR_ACCESS_LEVEL),
-        PROP_ID(PR_STORE_ENTRYID),      PROP_ID(PR_INSTANCE_KEY),    PROP_ID(PR_STORE_RECORD_KEY),
-        PROP_ID(PR_STORE_SUPPORT_MASK), PROP_ID(PR_MAPPING_SIGNATURE)};
-    static const std::set<ULONG> entry = {PROP_ID(PR_ENTRYID), PROP_ID(PR_PARENT_ENTRYID), PROP_ID(PR_ACCESS)};
+    static const std::set<ULONG> place = {PROP_ID(PR_RECORD_KEY),         PROP_ID(PR_OBJECT_TYPE),
+                                          PROP_ID(PR_ACCESS_LEVEL),       PROP_ID(PR_STORE_ENTRYID),
+                                          PROP_ID(PR_INSTANCE_KEY),       PROP_ID(PR_STORE_RECORD_KEY),
+                                          PROP_ID(PR_STORE_SUPPORT_MASK), PROP_ID(PR_MAPPING_SIGNATURE)};
+    static const std::set<ULONG> entry = {PROP_ID(PR_ENTRYID), PROP_ID(PR_PARENT_ENTRYID),
+                                          PROP_ID(PR_ACCESS)};
     static const std::set<ULONG> message = {PROP_ID(PR_MESSAGE_SIZE), PROP_ID(PR_HASATTACH)};
     static const std::set<ULONG> folder = {PROP_ID(PR_CONTENT_COUNT), PROP_ID(PR_CONTENT_UNREAD),
                                            PROP_ID(PR_SUBFOLDERS), PROP_ID(PR_FOLDER_TYPE),
@@ -199,7 +200,8 @@ Properties PropertyReader::ReadObject(CZebIProp& object)
     object.GetPropList(&tags, MAPI_UNICODE);
     std::vector<ULONG> list;
     for (int i = 0; i < tags.GetCount(); ++i)
-        if (PROP_TYPE(tags[i]) != PT_OBJECT && PROP_TYPE(tags[i]) != PT_ERROR && PROP_TYPE(tags[i]) != PT_NULL)
+        if (PROP_TYPE(tags[i]) != PT_OBJECT && PROP_TYPE(tags[i]) != PT_ERROR &&
+            PROP_TYPE(tags[i]) != PT_NULL)
             list.push_back(tags[i]);
     Properties properties;
     if (list.empty())

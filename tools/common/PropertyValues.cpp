@@ -98,7 +98,8 @@ std::vector<std::string> ValueBytes(const SPropValue& value)
 
 bool HasReplacement(const std::vector<std::string>& values)
 {
-    return std::any_of(values.begin(), values.end(), [](const std::string& bytes)
+    return std::any_of(values.begin(), values.end(),
+                       [](const std::string& bytes)
                        { return WideOf(bytes).find(WCHAR(0xFFFD)) != platform::WideString::npos; });
 }
 

@@ -23,6 +23,7 @@ void AddAddressBook(CLI::App& app, Action& action);
 void AddSave(CLI::App& app, Action& action);
 void AddShow(CLI::App& app, Action& action);
 void AddFind(CLI::App& app, Action& action);
+void AddWatch(CLI::App& app, Action& action);
 void AddNames(CLI::App& app, Action& action);
 void AddFolderCommands(CLI::App& app, Action& action);
 void AddMessageCommands(CLI::App& app, Action& action);
@@ -37,7 +38,9 @@ inline void AddProfileOption(CLI::App& command, std::string& profile)
 /// Adds the required folder that a command works on.
 inline void AddFolderArgument(CLI::App& command, std::string& folder)
 {
-    command.add_option("folder", folder, "A folder, by path (\"Inbox/Sub\", \"/\" is the root) or entry identifier")
+    command
+        .add_option("folder", folder,
+                    "A folder, by path (\"Inbox/Sub\", \"/\" is the root) or entry identifier")
         ->required()
         ->type_name("FOLDER");
 }

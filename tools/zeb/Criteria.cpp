@@ -45,8 +45,7 @@ Criteria::Criteria(const CriteriaText& text)
         m_conditions.push_back([](CZebRestriction& node)
                                { node.CreateBitMask(PR_MESSAGE_FLAGS, MSGFLAG_READ, BMR_EQZ); });
     if (text.attachments)
-        m_conditions.push_back([](CZebRestriction& node)
-                               { node.CreateProp(PR_HASATTACH, RELOP_EQ) = true; });
+        m_conditions.push_back([](CZebRestriction& node) { node.CreateProp(PR_HASATTACH, RELOP_EQ) = true; });
 }
 
 void Criteria::AddTimes(const CriteriaText& text)

@@ -77,9 +77,8 @@ public:
 
     void End() const
     {
-        const std::string counts =
-            (m_shown == m_found ? "" : Grouped(m_shown) + " of ") + Grouped(m_found) +
-            (m_found == 1 ? " message" : " messages");
+        const std::string counts = (m_shown == m_found ? "" : Grouped(m_shown) + " of ") + Grouped(m_found) +
+                                   (m_found == 1 ? " message" : " messages");
         if (m_options.json)
             Print(std::string(m_shown ? "\n  ]" : "]") + ",\n  \"found\": " + std::to_string(m_found) +
                   ",\n  \"searched\": " + std::to_string(m_searched) + "\n}\n");
@@ -218,7 +217,8 @@ void AddCriteria(CLI::App& command, CriteriaText& criteria)
 void AddFind(CLI::App& app, Action& action)
 {
     auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand("find", "Lists the messages of a folder, all or those that are looked for");
+    CLI::App* command =
+        app.add_subcommand("find", "Lists the messages of a folder, all or those that are looked for");
     AddProfileOption(*command, options->profile);
     AddFolderArgument(*command, options->folder);
     AddCriteria(*command, options->criteria);
@@ -231,8 +231,9 @@ void AddFind(CLI::App& app, Action& action)
         ->check(CLI::IsMember({"date", "subject", "size"}))
         ->capture_default_str();
     command->add_flag("--json", options->json, "Print JSON");
-    command->footer("The # is the message's number in its folder, by which the other commands know it; 1 is the "
-                    "one that came first.");
+    command->footer(
+        "The # is the message's number in its folder, by which the other commands know it; 1 is the "
+        "one that came first.");
     command->callback([options, &action] { action = [options] { return Run(*options); }; });
 }
 

@@ -100,8 +100,7 @@ int RemoveFolder(const Options& options)
     const Contents contents = ContentsOf(folder);
     const bool isEmpty = contents.messages + contents.associated + contents.folders == 0;
     if (!isEmpty && !options.recursive)
-        throw ToolError(Named(path) + " holds " + Described(contents) +
-                        ": --recursive deletes them with it");
+        throw ToolError(Named(path) + " holds " + Described(contents) + ": --recursive deletes them with it");
     Confirm("delete " + Named(path) + (isEmpty ? "" : " with " + Described(contents)) + " for good",
             options.yes);
     try
@@ -212,9 +211,9 @@ void AddFolderCommands(CLI::App& app, Action& action)
     remove->add_flag("-r,--recursive", options->recursive, "With the messages and folders in it");
     AddYesOption(*remove, options->yes);
 
-    CLI::App* empty =
-        AddCommand(app, action, *options, "empty", "Deletes what is in a folder, subfolders included, for good",
-                   [options] { return Empty(*options); });
+    CLI::App* empty = AddCommand(app, action, *options, "empty",
+                                 "Deletes what is in a folder, subfolders included, for good",
+                                 [options] { return Empty(*options); });
     empty->add_flag("--associated", options->associated, "The hidden (associated) messages too");
     AddYesOption(*empty, options->yes);
 

@@ -110,12 +110,11 @@ int TransferFolder(Mailbox& mailbox, const Options& options)
         const CComPtr<IMAPIFolder> from = InterfaceOf(parent), to = InterfaceOf(target.parent);
         const CZebBinary entryId = folder.GetEntryID();
         CStringW name = WideFromUtf8(target.newName);
-        ThrowIfFailed(from->CopyFolder(entryId, entryId, nullptr, to.Get(),
-                                       target.newName.empty() ? nullptr
-                                                              : reinterpret_cast<LPTSTR>(name.GetBuffer()),
-                                       0, nullptr,
-                                       MAPI_UNICODE | (options.move ? FOLDER_MOVE : COPY_SUBFOLDERS)),
-                      from, __FILE__, __LINE__);
+        ThrowIfFailed(
+            from->CopyFolder(entryId, entryId, nullptr, to.Get(),
+                             target.newName.empty() ? nullptr : reinterpret_cast<LPTSTR>(name.GetBuffer()), 0,
+                             nullptr, MAPI_UNICODE | (options.move ? FOLDER_MOVE : COPY_SUBFOLDERS)),
+            from, __FILE__, __LINE__);
     }
     catch (...)
     {
@@ -128,9 +127,9 @@ int TransferFolder(Mailbox& mailbox, const Options& options)
 int Transfer(const Options& options)
 {
     Mailbox mailbox(options.profile);
-    const bool isMessage = options.arguments.size() > 2 || (LooksLikeEntryId(options.arguments.front()) &&
-                                                            mailbox.OpenAny(options.arguments.front())
-                                                                    .GetObjectType() == MAPI_MESSAGE);
+    const bool isMessage = options.arguments.size() > 2 ||
+                           (LooksLikeEntryId(options.arguments.front()) &&
+                            mailbox.OpenAny(options.arguments.front()).GetObjectType() == MAPI_MESSAGE);
     return isMessage ? TransferMessages(mailbox, options) : TransferFolder(mailbox, options);
 }
 
@@ -267,9 +266,10 @@ void AddTransfer(CLI::App& app, Action& action, const char* name, const char* he
     CLI::App* command = app.add_subcommand(name, help);
     AddProfileOption(*command, options->profile);
     command
-        ->add_option("objects", options->arguments,
-                     "A folder and the folder to go to; or a folder, its messages, and the folder to go to. A "
-                     "folder may go to a new name")
+        ->add_option(
+            "objects", options->arguments,
+            "A folder and the folder to go to; or a folder, its messages, and the folder to go to. A "
+            "folder may go to a new name")
         ->required()
         ->expected(2, 10000)
         ->type_name("FOLDER [MESSAGE...] TARGET");
@@ -294,7 +294,8 @@ void AddMessageCommands(CLI::App& app, Action& action)
     AddTransfer(app, action, "cp", "Copies messages, or a folder with all that is in it", false);
 
     auto removal = std::make_shared<Options>();
-    CLI::App* remove = app.add_subcommand("rm", "Moves messages to the deleted items, or deletes them for good");
+    CLI::App* remove =
+        app.add_subcommand("rm", "Moves messages to the deleted items, or deletes them for good");
     AddProfileOption(*remove, removal->profile);
     remove->add_option("messages", removal->arguments, "A folder and its messages")
         ->required()
@@ -314,7 +315,9 @@ void AddMessageCommands(CLI::App& app, Action& action)
     auto changed = std::make_shared<Options>();
     CLI::App* set = app.add_subcommand("set", "Changes properties of a message or folder, all or none");
     AddAssignments(*set, *changed, "FOLDER [MESSAGE] [NAME=VALUE...]", "What to change, and how");
-    set->add_option("--delete", changed->removals, "Delete a property")->type_name("NAME")->allow_extra_args(false);
+    set->add_option("--delete", changed->removals, "Delete a property")
+        ->type_name("NAME")
+        ->allow_extra_args(false);
     CLI::Option* read = set->add_flag("--read", changed->read, "Mark a message as read");
     set->add_flag("--unread", changed->unread, "Mark a message as unread")->excludes(read);
     set->callback([changed, &action] { action = [changed] { return Set(*changed); }; });

@@ -46,8 +46,8 @@ MessageRow ReadMessageRow(const CZebRow& row)
         line.size = static_cast<LONG>(row[PR_MESSAGE_SIZE]);
     if (row.hasRealValue(PR_ENTRYID))
         line.entryId = static_cast<const SBinary&>(row[PR_ENTRYID]);
-    line.unread = row.hasRealValue(PR_MESSAGE_FLAGS) &&
-                  (static_cast<LONG>(row[PR_MESSAGE_FLAGS]) & MSGFLAG_READ) == 0;
+    line.unread =
+        row.hasRealValue(PR_MESSAGE_FLAGS) && (static_cast<LONG>(row[PR_MESSAGE_FLAGS]) & MSGFLAG_READ) == 0;
     return line;
 }
 

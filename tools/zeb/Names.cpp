@@ -19,10 +19,10 @@ namespace
 {
 
 constexpr const char* Tables[] = {
-    "MAPIErrors", "CMCErrors",  "PropTags",     "PropIDs",    "PropType", "FolderType",
-    "TableStatus", "TableType", "SortOrder",    "RestrictionType", "RelOp", "Bmr",
-    "FuzzyLevel", "MAPIObjTypes", "NotifEvents", "TableEvents", "MsgFlags", "RecipType",
-    "EIDFlags",   "ResourceType", "Priority",    "AttachMethod"};
+    "MAPIErrors",  "CMCErrors",    "PropTags",    "PropIDs",         "PropType", "FolderType",
+    "TableStatus", "TableType",    "SortOrder",   "RestrictionType", "RelOp",    "Bmr",
+    "FuzzyLevel",  "MAPIObjTypes", "NotifEvents", "TableEvents",     "MsgFlags", "RecipType",
+    "EIDFlags",    "ResourceType", "Priority",    "AttachMethod"};
 
 struct Options
 {
@@ -175,7 +175,9 @@ void AddNames(CLI::App& app, Action& action)
     name->callback([options, &action] { action = [options] { return ShowName(*options); }; });
 
     CLI::App* value = app.add_subcommand("value", "Tells the value of one of MAPI's constants");
-    value->add_option("table", options->table, "The table; 'zeb name' lists them")->required()->type_name("TABLE");
+    value->add_option("table", options->table, "The table; 'zeb name' lists them")
+        ->required()
+        ->type_name("TABLE");
     value->add_option("name", options->name, "The constant's name, in its letter case")
         ->required()
         ->type_name("NAME");

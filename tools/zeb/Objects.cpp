@@ -180,8 +180,8 @@ FoundMessages Mailbox::MessagesById(const std::vector<std::string>& identifiers)
         if (parent.IsValid() && !Session().CompareEntryIDs(parent, above))
             throw ToolError(NamedEntryId(hex) + " names a message of another folder than the one before it");
         parent = above;
-        found.messages.push_back({EntryIdFromText(hex), "message " + Quoted(NarrowFromUtf8(TextOf(
-                                                                         object, PR_SUBJECT_W)))});
+        found.messages.push_back(
+            {EntryIdFromText(hex), "message " + Quoted(NarrowFromUtf8(TextOf(object, PR_SUBJECT_W)))});
     }
     m_store.OpenEntry(parent, found.folder, MAPI_BEST_ACCESS);
     found.path = PathOf(found.folder);

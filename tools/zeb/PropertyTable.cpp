@@ -30,13 +30,11 @@ struct KnownNumber
     bool isBits;
 };
 
-constexpr KnownNumber KnownNumbers[] = {{PR_MESSAGE_FLAGS, "MsgFlags", true},
-                                        {PR_OBJECT_TYPE, "MAPIObjTypes", false},
-                                        {PR_RECIPIENT_TYPE, "RecipType", false},
-                                        {PR_PRIORITY, "Priority", false},
-                                        {PR_ATTACH_METHOD, "AttachMethod", false},
-                                        {PR_FOLDER_TYPE, "FolderType", false},
-                                        {PR_RESOURCE_TYPE, "ResourceType", false}};
+constexpr KnownNumber KnownNumbers[] = {
+    {PR_MESSAGE_FLAGS, "MsgFlags", true},      {PR_OBJECT_TYPE, "MAPIObjTypes", false},
+    {PR_RECIPIENT_TYPE, "RecipType", false},   {PR_PRIORITY, "Priority", false},
+    {PR_ATTACH_METHOD, "AttachMethod", false}, {PR_FOLDER_TYPE, "FolderType", false},
+    {PR_RESOURCE_TYPE, "ResourceType", false}};
 
 template <typename Number>
 Number NumberOf(const std::string& bytes)
@@ -64,8 +62,9 @@ std::string NumberText(const Property& property, LONG value)
         if (property.name || PROP_ID(known.tag) != PROP_ID(property.tag))
             continue;
         const char* name = Zeb_NameFromValue(known.table, static_cast<ULONG>(value), nullptr);
-        const std::string names =
-            known.isBits ? NamesOfBits(known.table, static_cast<ULONG>(value)) : name ? name : "";
+        const std::string names = known.isBits ? NamesOfBits(known.table, static_cast<ULONG>(value))
+                                  : name       ? name
+                                               : "";
         if (!names.empty())
             text += " (" + names + ")";
     }

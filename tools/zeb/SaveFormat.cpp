@@ -193,8 +193,8 @@ void AppendProperties(std::string& out, ObjectKind kind, const Properties& prope
 
 bool Has(const Properties& properties, ULONG tag)
 {
-    return std::any_of(properties.begin(), properties.end(), [&](const Property& each)
-                       { return !each.name && PROP_ID(each.tag) == PROP_ID(tag); });
+    return std::any_of(properties.begin(), properties.end(),
+                       [&](const Property& each) { return !each.name && PROP_ID(each.tag) == PROP_ID(tag); });
 }
 
 /// What a store adds to a message when it is saved, and this message does not have.

@@ -154,7 +154,8 @@ void AddShow(CLI::App& app, Action& action)
 {
     auto options = std::make_shared<Options>();
     CLI::App* command = app.add_subcommand(
-        "show", "Shows all properties of a folder or message, with recipients and attachments, or of the store");
+        "show",
+        "Shows all properties of a folder or message, with recipients and attachments, or of the store");
     AddProfileOption(*command, options->profile);
     command
         ->add_option("object", options->object,

@@ -17,6 +17,7 @@ int main(int argc, char** argv)
     AddFolders(app, action);
     AddInbox(app, action);
     AddFind(app, action);
+    AddWatch(app, action);
     AddShow(app, action);
     AddMessageCommands(app, action);
     AddFolderCommands(app, action);

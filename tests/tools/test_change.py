@@ -1,0 +1,183 @@
+"""The commands that change a store: mkdir, rmdir, empty, info, new, set, mv, cp, rm."""
+import json
+
+import world
+from world import World, message
+
+LONG = 30_000 if world.WINDOWS else 32_767  # a command line of Windows holds no more
+
+
+class Changes(World):
+    def setUp(self):
+        super().setUp()
+        self.create_profile()
+
+    def counts(self, *arguments):
+        """Path of every folder, and how many messages are in it."""
+        found = {}
+
+        def walk(folders, above):
+            for folder in folders:
+                found[above + folder["name"]] = folder["messages"]
+                walk(folder["folders"], above + folder["name"] + "/")
+
+        walk(self.folders(*arguments), "")
+        return found
+
+    def ids(self, folder):
+        return [each["entryId"] for each in self.found(folder, "--sort", "subject")]
+
+
+class Folders(Changes):
+    def test_folders_are_made_and_deleted(self):
+        self.assertEqual(self.zeb("mkdir", "Inbox/Sub").out, "folder 'Inbox/Sub' is there\n")
+        self.refused("mkdir", "Inbox/SUB", saying="folder 'Inbox/SUB' is there already")
+        self.refused("mkdir", "Away/Sub", saying="there is no folder 'Away'")
+        self.zeb("mkdir", "-p", "Away/Sub/Deep")
+        self.zeb("mkdir", "-p", "Away/Sub/Deep")
+        self.zeb("rmdir", "Away/Sub/Deep", "--yes")
+        self.refused("rmdir", "Away", "--yes", saying=["'Away'", "0 messages and 1 folder", "--recursive"])
+        self.assertEqual(self.zeb("rmdir", "Away", "--recursive", "--yes").out, "folder 'Away' is deleted\n")
+        self.assertEqual({path for path in self.counts() if path.startswith(("Inbox", "Away"))}, {"Inbox", "Inbox/Sub"})
+
+    def test_nothing_is_deleted_where_nobody_can_be_asked(self):
+        self.load(message("kept", folder="Sub"))
+        before = self.counts()
+        self.refused("rmdir", "Sub", "--recursive", code=2, saying=["'Sub'", "1 message", "--yes"])
+        self.refused("empty", "Sub", code=2, saying=["'Sub'", "1 message", "--yes"])
+        self.refused("rm", "Sub", "1", "--hard", code=2, saying=["'kept'", "--yes"])
+        self.assertEqual(self.counts(), before)
+
+    def test_names_with_every_separator_and_very_long_ones(self):
+        names = ["a/b", "a\\b", "\\", "/", "..", ".", " ", "a:b*c?d\"e<f>g|h", "x\u0001y\nz", "\u00e4\u4f60\U0001F600"]
+        for name in names[:4] + names[-3:] if world.WINDOWS else names:
+            path = "Inbox/" + name.replace("\\", "\\\\").replace("/", "\\/")
+            if world.WINDOWS and ("\n" in path or not path.isascii()):
+                continue
+            with self.subTest(name=name):
+                shown = self.zeb("mkdir", path).out
+                self.assertEqual(len(shown.splitlines()), 1)
+                self.assertIn("Inbox/" + name, self.counts())
+                self.assertEqual(self.zeb("find", path).out, "0 messages\n")
+                self.zeb("rmdir", path, "--yes")
+        self.assertEqual(self.zeb("mkdir", "n" * LONG).out.count("n"), 119)
+        self.assertIn("n" * LONG, self.counts())
+        self.one_sentence(self.zeb("mkdir", "n" * LONG, code=1), "is there already")
+        self.zeb("rmdir", "n" * LONG, "--yes")
+        self.refused("mkdir", "Inbox//Sub", saying="empty name")
+        self.refused("mkdir", "", saying="the top folder")
+        self.refused("mkdir", "/", saying="the root folder")
+
+    def test_the_stores_own_folders_stay(self):
+        self.refused("rmdir", "Inbox", "--recursive", "--yes", saying=["'Inbox'", "MAPI_E_NO_ACCESS"])
+        self.refused("mv", "Inbox", "Outbox", saying=["'Inbox'", "MAPI_E_NO_ACCESS"])
+        self.assertIn("Inbox", self.counts())
+
+    def test_a_folder_is_emptied(self):
+        self.load(message("a", folder="Sub"), message("b", folder="Sub/Deep"), {**message("c", folder="Sub"), "associated": True})
+        self.assertEqual(self.zeb("empty", "Sub", "--yes").out, "folder 'Sub' is empty: 1 message and 1 folder deleted\n")
+        self.assertEqual(len(self.found("Sub", "--associated")), 1)
+        self.zeb("empty", "Sub", "--associated", "--yes")
+        self.assertEqual(self.found("Sub", "--associated"), [])
+        self.assertEqual({path: count for path, count in self.counts().items() if path.startswith("Sub")}, {"Sub": 0})
+
+    def test_folders_move_copy_and_take_new_names(self):
+        self.load(message("a", folder="Old"), message("b", folder="Old/Deep"))
+        self.assertEqual(self.zeb("mv", "Old", "New").out, "folder 'Old' is now folder 'New'\n")
+        self.assertEqual(self.zeb("cp", "New", "Inbox").out, "folder 'New' is now also folder 'Inbox/New'\n")
+        self.zeb("mv", "Inbox/New/Deep", "Inbox/Deeper")
+        counts = {path: count for path, count in self.counts().items() if count or "New" in path}
+        self.assertEqual(counts, {"New": 1, "New/Deep": 1, "Inbox/New": 1, "Inbox/Deeper": 1})
+        self.refused("mv", "New", "New/Deep", saying=["'New'", "MAPI_E_FOLDER_CYCLE"])
+        self.refused("mv", "New", "Nowhere/Else", saying="'Nowhere'")
+        self.refused("mv", "Inbox/New", "/", "--profile", "nobody", saying="'nobody'")
+
+    def test_the_information_message_is_made_once(self):
+        self.refused("info", "Inbox", saying=["'Inbox'", "--create"])
+        made = json.loads(self.zeb("info", "Inbox", "--create", "--json").out)
+        self.assertEqual((made["subject"], made["name"], made["class"]), ("QorInfo", "QorInfo", "IPM.Note.QorInfo"))
+        self.assertEqual(json.loads(self.zeb("info", "Inbox", "--create", "--json").out), made)
+        self.assertIn("class    IPM.Note.QorInfo", self.zeb("info", "Inbox").out)
+        self.assertEqual(self.subjects(), ["QorInfo"])
+
+
+class Messages(Changes):
+    def setUp(self):
+        super().setUp()
+        self.load(message("one"), message("two"), message("three"), message("two", folder="Sub"))
+
+    def test_messages_move_copy_and_go(self):
+        self.assertEqual(self.zeb("mv", "Inbox", "one", "Sub").out, "message 'one' of folder 'Inbox' moved to folder 'Sub'\n")
+        self.assertEqual(self.zeb("cp", "Inbox", "1", "2", "Sub").out, "2 messages copied to folder 'Sub'\n")
+        self.assertEqual(sorted(each["subject"] for each in self.found("Sub")), ["one", "three", "two", "two"])
+        self.assertEqual(self.zeb("rm", "Inbox", "2").out, "message 2 ('three') of folder 'Inbox' moved to the deleted items\n")
+        self.refused("rm", "Deleted Items", "three", saying=["'three'", "--hard"])
+        self.zeb("rm", "Deleted Items", "three", "--hard", "--yes")
+        self.assertEqual(self.found("Deleted Items"), [])
+        identifiers = self.ids("Sub")
+        self.zeb("rm", *identifiers[:2], "--hard", "--yes")
+        self.assertEqual(self.ids("Sub"), identifiers[2:])
+
+    def test_what_is_ambiguous_or_not_there_is_refused(self):
+        self.refused("rm", "Inbox", "four", saying=["'four'", "'Inbox'"])
+        self.refused("rm", "Inbox", "4", saying=["no message 4", "3 messages"])
+        self.refused("rm", "Inbox", "0", saying="no message 0")
+        self.refused("rm", "Inbox", "99999999999999999999", saying="no message 99999999999999999999")
+        self.refused("rm", "Inbox", code=2, saying="no message is named")
+        self.zeb("cp", "Inbox", "2", "Inbox")
+        self.refused("mv", "Inbox", "two", "Sub", saying=["2 messages", "'two'", "number"])
+        self.refused("mv", "Inbox", "1", "Inbox", saying="already")
+        self.refused("mv", "Inbox", "1", "Nowhere", saying="'Nowhere'")
+
+    def test_identifiers_of_nothing_here_are_named(self):
+        self.zeb("profile", "create", "other", "--store", self.path("other.zeb"))
+        inside, other = self.ids("Inbox")[0], self.ids("Sub")[0]
+        self.refused("show", inside, "--profile", "other", saying=["entry identifier", inside[-9:], "MAPI_E_"])
+        self.refused("rm", inside, other, "--hard", "--yes", saying="another folder")
+        self.zeb("rm", inside, "--hard", "--yes")
+        self.refused("show", inside, saying=["entry identifier", inside[-9:], "MAPI_E_NOT_FOUND"])
+        self.refused("set", inside, "PR_SUBJECT=x", saying="MAPI_E_NOT_FOUND")
+        self.refused("mv", inside, "Sub", saying="MAPI_E_NOT_FOUND")
+        self.refused("show", "5A" * 70, saying=["entry identifier", "MAPI_E_"])
+        self.refused("show", other + "0", code=2, saying="digits")
+        self.refused("find", other, saying=["entry identifier", "as a folder"])
+
+    def test_messages_are_made_and_changed(self):
+        self.zeb("new", "Sub", "PR_SUBJECT=Hello=you", "PR_IMPORTANCE=2", "PR_START_DATE=2026-01-02", "0x68001003=[1,-2]",
+                 "PR_SENDER_SEARCH_KEY=00fF", "{00062008-0000-0000-C000-000000000046}:PT_BOOLEAN:id:0x8503=true")
+        shown = self.shown("Sub", "Hello=you")
+        self.assertEqual([shown[name] for name in ("PR_SUBJECT", "PR_IMPORTANCE", "PR_START_DATE", "0x68001003")],
+                         ["Hello=you", 2, "2026-01-02T00:00:00Z", [1, -2]])
+        self.assertEqual(shown["PR_SENDER_SEARCH_KEY"], "00FF")
+        self.assertIs(shown["{00062008-0000-0000-C000-000000000046}:PT_BOOLEAN:id:0x8503"], True)
+        self.zeb("set", "Sub", "2", "PR_SUBJECT=Goodbye", "--delete", "PR_IMPORTANCE", "--delete", "PR_START_DATE", "--unread")
+        shown = self.shown("Sub", "2")
+        self.assertEqual((shown["PR_SUBJECT"], shown["PR_NORMALIZED_SUBJECT"], shown["0x68001003"]),
+                         ("Goodbye", "Goodbye", [1, -2]))
+        self.assertFalse({"PR_IMPORTANCE", "PR_START_DATE"} & set(shown))
+        self.assertTrue(self.found("Sub", "--unread"))
+        self.zeb("set", "Sub", "PR_COMMENT=about", "PR_CONTAINER_CLASS=IPF.Note")
+        self.assertEqual(self.shown("Sub")["PR_COMMENT"], "about")
+
+    def test_a_change_that_is_refused_changes_nothing(self):
+        self.zeb("set", "Sub", "PR_COMMENT=before")
+        folder, mail = self.shown("Sub"), self.shown("Inbox", "1")
+        self.refused("set", "Sub", "PR_COMMENT=after", "PR_CONTAINER_CLASS=IPF.Note", "PR_CONTENT_COUNT=7",
+                     saying=["'Sub'", "PR_CONTENT_COUNT", "MAPI_E_COMPUTED"])
+        self.refused("set", "Inbox", "1", "PR_COMMENT=after", "PR_ENTRYID=00", saying=["'one'", "PR_ENTRYID"])
+        self.refused("new", "Inbox", "PR_SUBJECT=half", "PR_ENTRYID=00", saying=["'Inbox'", "PR_ENTRYID"])
+        self.assertEqual(self.shown("Sub"), folder)
+        self.assertEqual(self.shown("Inbox", "1"), mail)
+        self.assertNotIn("half", self.subjects())
+
+    def test_properties_and_values_that_are_none_are_named(self):
+        self.refused("set", "Inbox", "1", "colour=red", code=2, saying='"colour"')
+        self.refused("set", "Inbox", "1", "PR_IMPORTANCE=high", code=2, saying=["PR_IMPORTANCE", "integer", "high"])
+        self.refused("set", "Inbox", "1", "PR_START_DATE=soon", code=2, saying=["PR_START_DATE", "soon"])
+        self.refused("set", "Inbox", "1", "PR_SENDER_SEARCH_KEY=abc", code=2, saying=["PR_SENDER_SEARCH_KEY", "abc"])
+        self.refused("set", "Inbox", "1", "0x68001003=1", code=2, saying="array")
+        self.refused("set", "Inbox", "1", "--delete", "colour", code=2, saying='"colour"')
+        self.refused("set", "Inbox", "1", code=2, saying="nothing is to be set")
+        self.refused("set", "Inbox", "1", "2", "PR_SUBJECT=x", code=2, saying="'2' is not NAME=VALUE")
+        self.refused("new", "Inbox", "subject", code=2, saying='"subject"')
+        self.refused("set", "Inbox", "--read", saying="only a message")

@@ -1,0 +1,67 @@
+"""zeb show: every property of an object, for people and for machines."""
+import json
+
+from world import World, message
+
+SET = "{00020329-0000-0000-C000-000000000046}"
+
+
+class Show(World):
+    def setUp(self):
+        super().setUp()
+        self.create_profile()
+        self.load({
+            **message("Hello\u001b[2J", PR_IMPORTANCE=2, PR_MESSAGE_FLAGS=1, PR_BODY="line\n" * 20000,
+                      **{"0x680E1002": [1, -1], "0x680C0048": "{00062008-0000-0000-C000-000000000046}",
+                         f"{SET}:PT_MV_UNICODE:name:Keywords": ["a", "b"], f"{SET}:PT_LONG:id:0x8510": 7}),
+            "recipients": [{"properties": {"PR_DISPLAY_NAME": "Ada", "PR_RECIPIENT_TYPE": 1, "PR_ENTRYID": "00112233"}}],
+            "attachments": [
+                {"properties": {"PR_ATTACH_METHOD": 1, "PR_ATTACH_DATA_BIN": "ab" * 70000}},
+                {"properties": {"PR_ATTACH_METHOD": 5}, "message": {"properties": {"PR_SUBJECT": "inside"}}}]})
+
+    def test_everything_of_a_message_is_shown_in_columns(self):
+        lines = self.zeb("show", "Inbox", "1").out.splitlines()
+        self.assertEqual(lines[0], "message 1 ('Hello [2J') of folder 'Inbox'")
+        self.assertRegex(lines[-1], r"^\d+ properties$")
+        self.assertTrue(all(len(line) <= 120 and "\x1b" not in line for line in lines), max(lines, key=len))
+        rows = {line.split()[0]: line for line in lines if line.startswith("  ")}
+        at = rows["PR_SUBJECT"].index("PT_UNICODE")
+        self.assertTrue(all(row[at:at + 3] == "PT_" for row in rows.values()), lines)
+        self.assertTrue(rows["PR_MESSAGE_FLAGS"].endswith("(MSGFLAG_READ | MSGFLAG_HASATTACH)"), rows["PR_MESSAGE_FLAGS"])
+        self.assertTrue(rows["PR_RECIPIENT_TYPE"].endswith("1 (MAPI_TO)"))
+        self.assertIn("(100,000 characters) line line", rows["PR_BODY"])
+        self.assertTrue(rows["PR_BODY"].endswith("\u2026"))
+        self.assertIn("(70,000 bytes) ABAB", rows["PR_ATTACH_DATA_BIN"])
+        self.assertTrue(rows["Keywords"].endswith("(2) a, b"))
+        self.assertTrue(rows["0x8510"].endswith("PT_LONG        7"))
+        self.assertTrue(rows["PR_CLIENT_SUBMIT_TIME"].endswith("2026-01-02 03:04:05"))
+        for heading in ("named in " + SET, "recipient 1", "attachment 1", "attachment 2, message"):
+            self.assertIn(heading, "\n".join(lines))
+
+    def test_long_values_are_whole_when_asked(self):
+        self.assertIn("line " * 19999 + "line", self.zeb("show", "Inbox", "1", "--full").out)
+
+    def test_machines_read_names_types_and_values(self):
+        found = json.loads(self.zeb("show", "Inbox", "1", "--json").out)
+        values = {each["name"]: each for each in found["properties"]}
+        self.assertEqual(values["PR_BODY"]["value"], "line\n" * 20000)
+        self.assertEqual((values["PR_IMPORTANCE"]["type"], values["PR_IMPORTANCE"]["tag"]), ("PT_LONG", "0x00170003"))
+        self.assertEqual(values[f"{SET}:PT_MV_UNICODE:name:Keywords"]["value"], ["a", "b"])
+        recipient = {each["name"]: each["value"] for each in found["recipients"][0]["properties"]}
+        self.assertEqual((recipient["PR_DISPLAY_NAME"], recipient["PR_ENTRYID"]), ("Ada", "00112233"))
+        inside = found["attachments"][1]["message"]["properties"]
+        self.assertIn("inside", [each["value"] for each in inside])
+
+    def test_folders_stores_and_identifiers_are_shown(self):
+        identifier = self.found("Inbox")[0]["entryId"]
+        self.assertEqual(self.shown(identifier)["PR_ENTRYID"], identifier)
+        folder = self.shown("Inbox")
+        self.assertEqual((folder["PR_DISPLAY_NAME"], folder["PR_CONTENT_COUNT"]), ("Inbox", 1))
+        self.assertEqual(self.shown(folder["PR_ENTRYID"].lower()), folder)
+        self.assertEqual(self.shown()["PR_ENTRYID"], folder["PR_STORE_ENTRYID"])
+        self.assertTrue(self.zeb("show", folder["PR_STORE_ENTRYID"]).out.startswith("MAPI_STORE\n"))
+
+    def test_objects_that_are_not_there_are_named(self):
+        self.refused("show", "Inbox/Nowhere", saying="'Inbox/Nowhere'")
+        self.refused("show", "Inbox", "2", saying=["no message 2", "1 message"])
+        self.refused("show", "Inbox", "1", "--associated", saying="0 messages")

@@ -1,0 +1,253 @@
+// zeb watch
+#include "platform/datetime.h"
+#include "platform/interrupt.h"
+#include "tools/common/Failure.h"
+#include "tools/common/Output.h"
+#include "tools/zeb/Command.h"
+#include "tools/zeb/Objects.h"
+
+#include <nlohmann/json.hpp>
+
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <map>
+#include <memory>
+#include <mutex>
+
+namespace zeb::tools
+{
+namespace
+{
+
+/// Messages whose subjects are kept, so that one that is deleted can be named.
+constexpr ULONG MostRemembered = 100'000;
+/// How soon Ctrl-C is noticed.
+constexpr std::chrono::milliseconds Patience{200};
+
+struct Options
+{
+    std::string profile;
+    std::string folder;
+    ULONG count = 0;
+    bool json = false;
+};
+
+/// One change of the table.
+struct Change
+{
+    const char* event = "";
+    FILETIME time{};
+    std::string key; ///< the bytes of PR_INSTANCE_KEY
+    std::string subject, sender, entryId;
+};
+
+std::string KeyOf(const SPropValue& value)
+{
+    if (PROP_TYPE(value.ulPropTag) != PT_BINARY)
+        return {};
+    return std::string(reinterpret_cast<const char*>(value.Value.bin.lpb), value.Value.bin.cb);
+}
+
+/// Takes changes on the provider's thread and hands them out on the command's own.
+class Changes : public CAdviseSinkDelegate
+{
+public:
+    void OnTable_Modified(TABLE_NOTIFICATION* notification) override
+    {
+        Change change;
+        change.event = NameOf(notification->ulTableEvent);
+        change.time = platform::CurrentFileTime();
+        change.key = KeyOf(notification->propIndex);
+        const CZebRow row(&notification->row, nullptr);
+        if (notification->row.cValues > 0)
+        {
+            change.subject = TextOf(row, PR_SUBJECT_W);
+            change.sender = TextOf(row, PR_SENDER_NAME_W);
+            if (row.hasRealValue(PR_ENTRYID))
+                change.entryId = static_cast<const char*>(row[PR_ENTRYID].String(false));
+        }
+        const std::lock_guard<std::mutex> hold(m_lock);
+        m_waiting.push_back(std::move(change));
+        m_arrived.notify_one();
+    }
+
+    /// @return false when none came within a moment
+    bool Next(Change& change)
+    {
+        std::unique_lock<std::mutex> hold(m_lock);
+        if (!m_arrived.wait_for(hold, Patience, [&] { return !m_waiting.empty(); }))
+            return false;
+        change = std::move(m_waiting.front());
+        m_waiting.pop_front();
+        return true;
+    }
+
+private:
+    static const char* NameOf(ULONG event)
+    {
+        switch (event)
+        {
+        case TABLE_ROW_ADDED:
+            return "added";
+        case TABLE_ROW_DELETED:
+            return "deleted";
+        case TABLE_ROW_MODIFIED:
+            return "modified";
+        case TABLE_RELOAD:
+            return "reload";
+        case TABLE_ERROR:
+            return "error";
+        default:
+            return "changed";
+        }
+    }
+
+    std::mutex m_lock;
+    std::condition_variable m_arrived;
+    std::deque<Change> m_waiting;
+};
+
+/// The changes of a table go to a delegate for as long as the object lives. The library's binder would only
+/// log a refusal; here it is a failure.
+class Subscription
+{
+public:
+    Subscription(CZebTable& table, CAdviseSinkDelegate& delegate, const FolderPath& path)
+        : m_table(table)
+        , m_sink(new CAdviseSink(&delegate))
+    {
+        try
+        {
+            m_table.Advise(m_sink, &m_connection);
+        }
+        catch (...)
+        {
+            m_sink->Release();
+            FailWhile("watching " + Named(path));
+        }
+    }
+
+    ~Subscription()
+    {
+        m_sink->Cut();
+        try
+        {
+            m_table.Unadvise(m_connection);
+        }
+        catch (...)
+        {
+            // The table goes at once, and the connection with it.
+            CurrentFailure();
+        }
+        m_sink->Release();
+    }
+
+    Subscription(const Subscription&) = delete;
+    Subscription& operator=(const Subscription&) = delete;
+
+private:
+    CZebTable& m_table;
+    CAdviseSink* m_sink;
+    ULONG m_connection = 0;
+};
+
+/// The messages of the table by their keys.
+class Memory
+{
+public:
+    explicit Memory(CZebTable& table)
+    {
+        if (table.GetRowCount() > MostRemembered)
+            return;
+        CZebRowSet rows;
+        table.QueryAllRows(&rows, nullptr, nullptr);
+        for (ULONG i = 0; i < rows.Count(); ++i)
+            if (rows[i].hasRealValue(PR_INSTANCE_KEY))
+                m_subjects[KeyOf(rows[i][PR_INSTANCE_KEY])] = TextOf(rows[i], PR_SUBJECT_W);
+    }
+
+    /// Gives a deleted message the subject it had, and remembers those of others.
+    void Complete(Change& change)
+    {
+        if (change.key.empty())
+            return;
+        const auto known = m_subjects.find(change.key);
+        if (change.event != std::string("deleted"))
+        {
+            if (known != m_subjects.end() || m_subjects.size() < MostRemembered)
+                m_subjects[change.key] = change.subject;
+            return;
+        }
+        if (known == m_subjects.end())
+            return;
+        change.subject = known->second;
+        m_subjects.erase(known);
+    }
+
+private:
+    std::map<std::string, std::string> m_subjects;
+};
+
+std::string Line(const Change& change, bool json)
+{
+    if (!json)
+    {
+        std::string line = TimeForPeople(change.time) + "  " + Fitted(change.event, 8);
+        if (!change.subject.empty() || !change.key.empty())
+            line += "  '" + OneLine(change.subject) + "'";
+        if (!change.sender.empty())
+            line += " from " + OneLine(change.sender);
+        return line + "\n";
+    }
+    nlohmann::ordered_json object;
+    object["time"] = TimeForMachines(change.time);
+    object["event"] = change.event;
+    object["subject"] = change.subject;
+    object["sender"] = change.sender;
+    object["entryId"] = change.entryId;
+    return object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
+int Run(const Options& options)
+{
+    platform::CatchInterrupt();
+    Mailbox mailbox(options.profile);
+    CZebFolder folder = mailbox.OpenFolder(options.folder);
+    const FolderPath path = mailbox.PathOf(folder);
+    CZebTable table = folder.GetContentsTable(MAPI_UNICODE);
+    table.SetColumns(4, PR_INSTANCE_KEY, PR_SUBJECT_W, PR_SENDER_NAME_W, PR_ENTRYID);
+    Changes changes;
+    const Subscription subscription(table, changes, path);
+    Memory memory(table);
+    Complain("zeb", "watching " + Named(path) + "; Ctrl-C ends");
+    for (ULONG shown = 0; (options.count == 0 || shown < options.count) && !platform::Interrupted();)
+    {
+        Change change;
+        if (!changes.Next(change))
+            continue;
+        memory.Complete(change);
+        Print(Line(change, options.json));
+        FlushOutput();
+        ++shown;
+    }
+    return ExitDone;
+}
+
+} // namespace
+
+void AddWatch(CLI::App& app, Action& action)
+{
+    auto options = std::make_shared<Options>();
+    CLI::App* command =
+        app.add_subcommand("watch", "Prints each change of a folder's messages as it comes, until Ctrl-C");
+    AddProfileOption(*command, options->profile);
+    AddFolderArgument(*command, options->folder);
+    command->add_option("--count", options->count, "End after N changes")
+        ->type_name("N")
+        ->check(CLI::Range(1u, 0x7FFFFFFFu));
+    command->add_flag("--json", options->json, "Print JSON, an object a line");
+    command->callback([options, &action] { action = [options] { return Run(*options); }; });
+}
+
+} // namespace zeb::tools
