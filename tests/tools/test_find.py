@@ -63,6 +63,6 @@ class Find(World):
     def test_dates_sizes_and_folders_that_are_none_are_named(self):
         self.refused("find", "Inbox", "--since", "tomorrow", code=2, saying=["--since", "'tomorrow'"])
         self.refused("find", "Inbox", "--until", "2026-02-30", code=2, saying=["--until", "'2026-02-30'"])
-        self.refused("find", "Inbox", "--size", "-1", code=2, saying=["--size", "'-1'"])
+        self.refused("find", "Inbox", "--size=-1", code=2, saying=["--size", "'-1'"])
         self.refused("find", "Inbox", "--max-size", "9999999999999999999999k", code=2, saying="--max-size")
         self.refused("find", "Nowhere/Else", saying="'Nowhere'")

@@ -59,7 +59,14 @@ CZebMsgStore HostSession::OpenStore()
 
 std::string TextOf(CZebIProp& object, ULONG wideTag)
 {
-    return Utf8(object.GetStringPropW(wideTag));
+    CZebPropValArray values;
+    object.GetProps(values, 1, wideTag);
+    if (values.hasRealValue(wideTag))
+        return Utf8(static_cast<CStringW>(values[wideTag]));
+    const SPropValue* value = values;
+    const bool isLong =
+        PROP_TYPE(value->ulPropTag) == PT_ERROR && value->Value.err == MAPI_E_NOT_ENOUGH_MEMORY;
+    return isLong ? Utf8(object.GetLongStringW(wideTag)) : std::string();
 }
 
 std::string TextOf(const CZebRow& row, ULONG wideTag)

@@ -1,6 +1,6 @@
 // zeb find
 #include "platform/console.h"
-#include "tools/common/Failure.h"
+#include "tools/common/FolderName.h"
 #include "tools/common/Output.h"
 #include "tools/zeb/Command.h"
 #include "tools/zeb/Criteria.h"
@@ -113,6 +113,8 @@ private:
     /// Gives each message its place in the folder, in one pass over it that ends with the last one found.
     void SetNumbers(CZebFolder& folder, std::vector<MessageRow>& rows) const
     {
+        if (rows.empty())
+            return;
         std::unordered_map<std::string, MessageRow*> missing;
         for (MessageRow& row : rows)
             missing.emplace(KeyOf(row.entryId), &row);
@@ -173,7 +175,7 @@ private:
         {
             CZebFolder child(nullptr);
             folder.OpenEntry(static_cast<const SBinary&>(rows[i][PR_ENTRYID]), child, MAPI_BEST_ACCESS);
-            In(child, path.Below(TextOf(rows[i], PR_DISPLAY_NAME_W)));
+            In(child, path.Below(FolderName(folder, rows[i])));
         }
     }
 

@@ -1,5 +1,6 @@
 // zeb folders
 #include "platform/console.h"
+#include "tools/common/FolderName.h"
 #include "tools/common/HostSession.h"
 #include "tools/common/Output.h"
 #include "tools/zeb/Command.h"
@@ -59,7 +60,7 @@ std::vector<Node> ChildrenOf(CZebFolder& folder)
     {
         const CZebRow row = rows[i];
         Node node;
-        node.name = Utf8(static_cast<CStringW>(row[PR_DISPLAY_NAME_W]));
+        node.name = FolderName(folder, row);
         node.messages = NumberAt(row, PR_CONTENT_COUNT);
         node.unread = NumberAt(row, PR_CONTENT_UNREAD);
         node.hasChildren = row.hasRealValue(PR_SUBFOLDERS) && static_cast<bool>(row[PR_SUBFOLDERS]);

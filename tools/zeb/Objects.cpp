@@ -30,6 +30,11 @@ std::string Quoted(const std::string& text)
     return "'" + Shortened(OneLine(Utf8FromNarrow(text)), 60) + "'";
 }
 
+std::string MessageNamed(CZebPropObj& message)
+{
+    return "message " + Quoted(NarrowFromUtf8(TextOf(message, PR_SUBJECT_W)));
+}
+
 CZebBinary EntryIdAt(const CZebRowSet& rows, ULONG index)
 {
     return CZebBinary(static_cast<const SBinary&>(rows[index][PR_ENTRYID]));
@@ -135,6 +140,14 @@ CZebPropObj Mailbox::OpenAny(const std::string& hex)
 FoundMessage Mailbox::FindMessage(CZebFolder& folder, const FolderPath& path, const std::string& text,
                                   bool associated)
 {
+    if (LooksLikeEntryId(text))
+    {
+        CZebPropObj object = OpenAny(text);
+        if (object.GetObjectType() != MAPI_MESSAGE ||
+            !Session().CompareEntryIDs(object.GetParentID(), folder.GetEntryID()))
+            throw ToolError(NamedEntryId(text) + " names no message of " + Named(path));
+        return {EntryIdFromText(text), MessageNamed(object)};
+    }
     CZebTable table = folder.GetContentsTable(MAPI_UNICODE | (associated ? MAPI_ASSOCIATED : 0));
     table.SetColumns(2, PR_ENTRYID, PR_SUBJECT_W);
     CZebRowSet rows;
@@ -180,8 +193,7 @@ FoundMessages Mailbox::MessagesById(const std::vector<std::string>& identifiers)
         if (parent.IsValid() && !Session().CompareEntryIDs(parent, above))
             throw ToolError(NamedEntryId(hex) + " names a message of another folder than the one before it");
         parent = above;
-        found.messages.push_back(
-            {EntryIdFromText(hex), "message " + Quoted(NarrowFromUtf8(TextOf(object, PR_SUBJECT_W)))});
+        found.messages.push_back({EntryIdFromText(hex), MessageNamed(object)});
     }
     m_store.OpenEntry(parent, found.folder, MAPI_BEST_ACCESS);
     found.path = PathOf(found.folder);

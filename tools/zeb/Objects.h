@@ -54,7 +54,8 @@ public:
     bool IsTop(CZebFolder& folder);
     /// Any object by its entry identifier. @throws ToolError naming it
     CZebPropObj OpenAny(const std::string& hex);
-    /// A message of a folder, by its number in the folder (1 is the one that came first) or its subject.
+    /// A message of a folder, by its number in the folder (1 is the one that came first), its subject or its
+    /// entry identifier.
     /// @throws ToolError when there is none, or several of that subject
     FoundMessage FindMessage(CZebFolder& folder, const FolderPath& path, const std::string& text,
                              bool associated = false);

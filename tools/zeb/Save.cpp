@@ -2,6 +2,7 @@
 #include "platform/console.h"
 #include "platform/interrupt.h"
 #include "tools/common/Failure.h"
+#include "tools/common/FolderName.h"
 #include "tools/common/Output.h"
 #include "tools/common/Progress.h"
 #include "tools/common/PropertyReader.h"
@@ -81,7 +82,7 @@ private:
             CZebFolder child(nullptr);
             folder.OpenEntry(static_cast<const SBinary&>(rows[i][PR_ENTRYID]), child, MAPI_BEST_ACCESS);
             const bool isTop = m_mailbox.IsTop(child);
-            SaveFolder(child, isTop ? FolderPath() : path.Below(TextOf(rows[i], PR_DISPLAY_NAME_W)));
+            SaveFolder(child, isTop ? FolderPath() : path.Below(FolderName(folder, rows[i])));
         }
     }
 
@@ -118,17 +119,37 @@ private:
             return;
         }
         MessageContent content = m_reader.ReadMessage(message);
-        Report("a message of " + Named(path), content.properties);
+        Report("a message of " + Named(path), content);
         m_out.Write(MessageLine(path, associated, content));
         m_progress.Step(++m_messages);
     }
 
-    void Report(const std::string& where, const Properties& properties)
+    /// Notes the properties that no line can carry.
+    static void NoteNameless(const Properties& properties, std::vector<Unread>& unread)
     {
-        std::vector<Unread> unread = m_reader.TakeUnread();
         for (const Property& property : properties)
             if (NameInFile(property).empty())
                 unread.push_back({property.tag, "it has an identifier of named properties and no name"});
+    }
+
+    static void NoteNameless(const MessageContent& message, std::vector<Unread>& unread)
+    {
+        NoteNameless(message.properties, unread);
+        for (const Properties& recipient : message.recipients)
+            NoteNameless(recipient, unread);
+        for (const AttachmentContent& attachment : message.attachments)
+        {
+            NoteNameless(attachment.properties, unread);
+            if (attachment.message)
+                NoteNameless(*attachment.message, unread);
+        }
+    }
+
+    template <class Content>
+    void Report(const std::string& where, const Content& content)
+    {
+        std::vector<Unread> unread = m_reader.TakeUnread();
+        NoteNameless(content, unread);
         for (const Unread& each : unread)
         {
             char tag[16];

@@ -175,7 +175,11 @@ void AppendProperties(std::string& out, ObjectKind kind, const Properties& prope
         if (property.name || !IsStoresOwn(kind, property.tag))
             byName.emplace(NameInFile(property), &property);
     for (const ULONG tag : removed)
-        byName.emplace(HeaderName(tag), nullptr);
+    {
+        Property missing;
+        missing.tag = tag;
+        byName.emplace(NameInFile(missing), nullptr);
+    }
     byName.erase(std::string());
     out += '{';
     const char* separator = "";

@@ -1,0 +1,70 @@
+"""zeb watch: each change of a folder, also one that another process makes."""
+import json
+import signal
+import subprocess
+import time
+import unittest
+
+import world
+from world import World, message
+
+
+class Watch(World):
+    def setUp(self):
+        super().setUp()
+        self.create_profile()
+        self.load(message("first"), message("elsewhere", folder="Sub"))
+
+    def watch(self, *arguments):
+        """Starts zeb watch and waits until it watches."""
+        command = [str(world.BUILD / "bin/zeb"), "watch", *arguments]
+        if world.WINDOWS:
+            command = [str(world.ROOT / "scripts/wine-run.sh"), str(world.BUILD / "bin/zeb.exe"), "watch", *arguments]
+        self.out, self.err = (self.folder / "out").open("w+b"), (self.folder / "err").open("w+b")
+        self.addCleanup(self.out.close)
+        self.addCleanup(self.err.close)
+        process = subprocess.Popen(command, env=self.environment, stdin=subprocess.DEVNULL, stdout=self.out, stderr=self.err)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.kill)
+        self.wait_until(lambda: "watching folder 'Inbox'; Ctrl-C ends" in self.said(self.err))
+        return process
+
+    def wait_until(self, holds):
+        end = time.monotonic() + 60
+        while not holds():
+            self.assertLess(time.monotonic(), end, self.said(self.err) + self.said(self.out))
+            time.sleep(0.05)
+
+    @staticmethod
+    def said(stream):
+        stream.seek(0)
+        return stream.read().decode()
+
+    def test_additions_changes_and_deletions_are_told_as_they_come(self):
+        process = self.watch("Inbox", "--json", "--count", "3")
+        self.load(message("second", PR_SENDER_NAME="Ada"), message("not here", folder="Sub"))
+        self.wait_until(lambda: "second" in self.said(self.out))
+        self.zeb("set", "Inbox", "first", "PR_SUBJECT=changed")
+        self.zeb("rm", "Inbox", "changed", "--hard", "--yes")
+        self.assertEqual(process.wait(60), 0)
+        changes = [json.loads(line) for line in self.said(self.out).splitlines()]
+        self.assertEqual([(each["event"], each["subject"]) for each in changes],
+                         [("added", "second"), ("modified", "changed"), ("deleted", "changed")])
+        self.assertEqual(changes[0]["sender"], "Ada")
+        self.assertEqual(self.shown(changes[0]["entryId"])["PR_SUBJECT"], "second")
+
+    def test_changes_are_lines_that_can_not_move_the_cursor(self):
+        process = self.watch("Inbox", "--count", "1")
+        self.load(message("line\u001b break"))
+        self.assertEqual(process.wait(60), 0)
+        self.assertRegex(self.said(self.out), r"^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d  added     'line  break'\n$")
+
+    @unittest.skipIf(world.WINDOWS, "no signal reaches a program of Wine's as Ctrl-C")
+    def test_an_interrupt_ends_it_well(self):
+        process = self.watch("Inbox")
+        process.send_signal(signal.SIGINT)
+        self.assertEqual(process.wait(60), 0)
+        self.assertEqual(self.said(self.out), "")
+
+    def test_a_folder_that_is_not_there_is_named(self):
+        self.refused("watch", "Nowhere", saying="'Nowhere'")

@@ -1,0 +1,15 @@
+// Names of folders, of any length.
+#pragma once
+
+#include "zebapi/ZebAPI.h"
+
+#include <string>
+
+namespace zeb::tools
+{
+
+/// The name of a folder in a row of a hierarchy table with the columns PR_DISPLAY_NAME_W and PR_ENTRYID; a
+/// name too long for a row is read from the folder. UTF-8. @throws CZebException*
+std::string FolderName(CZebFolder& above, const CZebRow& row);
+
+} // namespace zeb::tools
