@@ -1,5 +1,6 @@
 // zeb find
 #include "platform/console.h"
+#include "tools/common/Failure.h"
 #include "tools/common/FolderName.h"
 #include "tools/common/Output.h"
 #include "tools/zeb/Command.h"
