@@ -32,5 +32,7 @@ Measurement StoreNotify(const Options& options);
 Measurement CachedScroll(const Options& options);
 Measurement CachedHit(const Options& options);
 Measurement CachedRandom(const Options& options);
+Measurement StoreRestrict(const Options& options);
+Measurement LoadGrowth(const Options& options);
 
 } // namespace bench

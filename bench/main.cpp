@@ -17,14 +17,24 @@ struct Entry
 };
 
 const Entry kEntries[] = {
-    {"inbox-read", bench::InboxRead},       {"value-read", bench::ValueRead},
-    {"store-write", bench::StoreWrite},     {"store-open", bench::StoreOpen},
-    {"store-window", bench::StoreWindow},   {"store-sort", bench::StoreSort},
-    {"store-memory", bench::StoreMemory},   {"value-text", bench::ValueText},
-    {"array-build", bench::ArrayBuild},     {"name-lookup", bench::NameLookup},
-    {"eid-dump", bench::EidDump},           {"store-notify", bench::StoreNotify},
-    {"cached-scroll", bench::CachedScroll}, {"cached-hit", bench::CachedHit},
-    {"cached-random", bench::CachedRandom}, {"ab-open", bench::AddressBookOpen},
+    {"inbox-read", bench::InboxRead},
+    {"value-read", bench::ValueRead},
+    {"store-write", bench::StoreWrite},
+    {"store-open", bench::StoreOpen},
+    {"store-window", bench::StoreWindow},
+    {"store-sort", bench::StoreSort},
+    {"store-memory", bench::StoreMemory},
+    {"value-text", bench::ValueText},
+    {"array-build", bench::ArrayBuild},
+    {"name-lookup", bench::NameLookup},
+    {"eid-dump", bench::EidDump},
+    {"store-notify", bench::StoreNotify},
+    {"cached-scroll", bench::CachedScroll},
+    {"cached-hit", bench::CachedHit},
+    {"cached-random", bench::CachedRandom},
+    {"ab-open", bench::AddressBookOpen},
+    {"store-restrict", bench::StoreRestrict},
+    {"load-growth", bench::LoadGrowth},
 };
 
 int Measure(const bench::Options& options, const std::vector<std::string>& names)
