@@ -93,13 +93,7 @@ public:
             m_computedIds = SortedIds(m_computed->MessageTags());
     }
 
-    ULONG Count() override
-    {
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-        Query query(m_store->Connection(), "SELECT rows FROM contents WHERE container=?");
-        query.Bind(1, ContainerOf(m_folder, m_associated));
-        return query.Step() ? static_cast<ULONG>(query.Number(0)) : 0;
-    }
+    ULONG Count() override { return m_store->Rows(m_folder, m_associated); }
 
     std::uint64_t Generation() override { return m_store->Generation(m_folder, m_associated); }
 

@@ -64,6 +64,24 @@ std::string SentenceOf(const std::string& path, int code, const std::string& det
     }
 }
 
+// The first region of the write-ahead log's index begins with a header that each commit writes anew. It stays mapped
+// until the connection is closed.
+constexpr int IndexRegionBytes = 32768;
+
+const volatile std::uint32_t* FindLogHeader(Database& database)
+{
+    Query mode(database, "PRAGMA journal_mode");
+    if (!mode.Step() || mode.Bytes(0) != "wal")
+        return nullptr;
+    sqlite3_file* file = nullptr;
+    if (sqlite3_file_control(database.Handle(), "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK ||
+        !file || !file->pMethods || file->pMethods->iVersion < 2 || !file->pMethods->xShmMap)
+        return nullptr;
+    void volatile* region = nullptr;
+    (void)file->pMethods->xShmMap(file, 0, IndexRegionBytes, 0, &region);
+    return static_cast<const volatile std::uint32_t*>(region);
+}
+
 } // namespace
 
 Database::Database(const std::string& path, Mode mode)
@@ -94,6 +112,30 @@ Database::~Database()
 void Database::Fail(int code) const
 {
     throw Error(ResultOf(code), SentenceOf(m_path, code, sqlite3_errmsg(m_handle)));
+}
+
+std::uint64_t Database::Commits()
+{
+    // What is read within a transaction is of its beginning, not of now.
+    if (!sqlite3_get_autocommit(m_handle) || sqlite3_txn_state(m_handle, nullptr) != SQLITE_TXN_NONE)
+        return 0;
+    if (!m_logSought)
+    {
+        m_logHeader = FindLogHeader(*this);
+        m_logSought = true;
+    }
+    if (!m_logHeader)
+        return 0;
+    std::array<std::uint32_t, 12> header{};
+    for (size_t i = 0; i < header.size(); ++i)
+        header[i] = m_logHeader[i];
+    std::atomic_thread_fence(std::memory_order_acquire);
+    if (header != m_lastHeader)
+    {
+        m_lastHeader = header;
+        ++m_commits;
+    }
+    return m_commits;
 }
 
 void Database::Execute(const char* sql)

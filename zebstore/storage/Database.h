@@ -3,6 +3,7 @@
 
 #include "zebstore/Error.h"
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -44,6 +45,10 @@ public:
     const std::string& Path() const { return m_path; }
     sqlite3* Handle() const { return m_handle; }
 
+    /// Becomes another number with each commit to the file, of any connection of any process; costs no statement.
+    /// 0 when that can not be told: in a transaction or a read of this connection, or without a write-ahead log.
+    std::uint64_t Commits();
+
     /// Throws the Error that says what SQLite's code means for this file.
     [[noreturn]] void Fail(int code) const;
 
@@ -64,6 +69,11 @@ private:
     std::unordered_map<const void*, Prepared> m_statements;
     int m_depth = 0; // of transactions
     bool m_doomed = false;
+    const volatile std::uint32_t* m_logHeader =
+        nullptr; // in memory that all connections share; lives as long as ours
+    bool m_logSought = false;
+    std::array<std::uint32_t, 12> m_lastHeader{};
+    std::uint64_t m_commits = 0;
 };
 
 /// One run of a statement. Text and blobs are bound without a copy: they must live until the query ends.

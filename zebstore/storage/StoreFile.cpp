@@ -299,10 +299,40 @@ std::shared_ptr<StagedValue> StoreFile::Stage(const LargeValue& value)
 
 std::uint64_t StoreFile::Generation(FolderId folder, bool associated)
 {
+    return PlaceOf(folder, associated).generation;
+}
+
+ULONG StoreFile::Rows(FolderId folder, bool associated)
+{
+    return PlaceOf(folder, associated).rows;
+}
+
+// Asked at each call of a table: the file is read only when something was committed since.
+StoreFile::Place StoreFile::PlaceOf(FolderId folder, bool associated)
+{
     const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    Query query(*m_database, "SELECT change FROM contents WHERE container=?");
-    query.Bind(1, ContainerOf(folder, associated));
-    return query.Step() ? static_cast<std::uint64_t>(query.Number(0)) + 1 : 0;
+    const std::int64_t container = ContainerOf(folder, associated);
+    const std::uint64_t commits = m_database->Commits();
+    if (commits == 0)
+        return ReadPlace(container);
+    if (commits != m_placesOf)
+    {
+        m_places.clear();
+        m_placesOf = commits;
+    }
+    const auto known = m_places.find(container);
+    if (known != m_places.end())
+        return known->second;
+    return m_places[container] = ReadPlace(container);
+}
+
+StoreFile::Place StoreFile::ReadPlace(std::int64_t container)
+{
+    Query query(*m_database, "SELECT change, rows FROM contents WHERE container=?");
+    query.Bind(1, container);
+    if (!query.Step())
+        return {};
+    return {static_cast<std::uint64_t>(query.Number(0)) + 1, static_cast<ULONG>(query.Number(1))};
 }
 
 // Between two changes of the tree the sum of all change numbers only rises; a deleted folder changes the tree.

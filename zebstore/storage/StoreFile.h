@@ -10,6 +10,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace zebstore
@@ -229,6 +230,8 @@ public:
     /// Rises whenever rows of this place may have changed, also by another process: the messages of a folder,
     /// or with folder 0 the folder tree.
     std::uint64_t Generation(FolderId folder, bool associated);
+    /// How many rows this place has.
+    ULONG Rows(FolderId folder, bool associated);
 
     /// Becomes another number with each change of the folder tree or of any folder's messages.
     std::uint64_t ChangeStamp();
@@ -237,14 +240,26 @@ public:
     Database& Connection() { return *m_database; }
 
 private:
+    /// What a place of rows says of itself.
+    struct Place
+    {
+        std::uint64_t generation = 0;
+        ULONG rows = 0;
+    };
+
     StoreFile();
     void ReadUid();
+    Place PlaceOf(FolderId folder, bool associated);
+    Place ReadPlace(std::int64_t container);
 
     std::string m_path;
     bool m_readOnly = false;
     GUID m_uid{};
     mutable std::recursive_mutex m_lock;
     std::unique_ptr<Database> m_database;
+    // What was read since the last commit, and the number of that.
+    std::unordered_map<std::int64_t, Place> m_places;
+    std::uint64_t m_placesOf = 0;
 };
 
 } // namespace zebstore

@@ -1,0 +1,125 @@
+// That a store knows of commits without reading its file.
+#include "tests/zebstore/storage/Storage.h"
+#include "zebstore/storage/RowSource.h"
+#include "zebstore/storage/StoreParts.h"
+
+#include <sqlite3.h>
+
+namespace zebstore::test
+{
+namespace
+{
+
+class Commits : public StorageTest
+{
+protected:
+    void SetUp() override
+    {
+        StorageTest::SetUp();
+        m_other = StoreFile::Open(Path("test.zeb"), {});
+        m_rows = MakeContentsRows(m_store, Inbox, false, nullptr);
+    }
+    void TearDown() override
+    {
+        m_rows.reset();
+        m_other.reset();
+        StorageTest::TearDown();
+    }
+    std::uint64_t Number() { return Store().Connection().Commits(); }
+    /// The statements that `body` runs on the store's connection.
+    template <typename Body>
+    int StatementsOf(Body&& body)
+    {
+        int count = 0;
+        sqlite3* const handle = Store().Connection().Handle();
+        sqlite3_trace_v2(
+            handle, SQLITE_TRACE_STMT,
+            [](unsigned, void* counted, void*, void*)
+            {
+                ++*static_cast<int*>(counted);
+                return 0;
+            },
+            &count);
+        body();
+        sqlite3_trace_v2(handle, 0, nullptr, nullptr);
+        return count;
+    }
+
+    std::shared_ptr<StoreFile> m_other; // a connection of its own, as of another process
+    std::shared_ptr<RowSource> m_rows;
+};
+
+TEST_F(Commits, CountWithEachOfAnyConnection)
+{
+    const std::uint64_t first = Number();
+    EXPECT_NE(first, 0u);
+    EXPECT_EQ(Number(), first);
+    Store().CreateMessage(Inbox, false, Mail("mine"));
+    const std::uint64_t second = Number();
+    EXPECT_NE(second, first);
+    m_other->CreateMessage(Inbox, false, Mail("another's"));
+    const std::uint64_t third = Number();
+    EXPECT_NE(third, second);
+    EXPECT_EQ(Number(), third);
+}
+
+TEST_F(Commits, AreNotToldWithinATransaction)
+{
+    const StoreMoment moment(Store());
+    EXPECT_EQ(Number(), 0u) << "even one that has not read yet";
+    Query query(Store().Connection(), "SELECT id FROM folder");
+    EXPECT_TRUE(query.Step());
+    EXPECT_EQ(Number(), 0u);
+}
+
+TEST_F(Commits, AreNotToldWhileAStatementReads)
+{
+    Query query(Store().Connection(), "SELECT id FROM folder");
+    EXPECT_TRUE(query.Step());
+    EXPECT_EQ(Number(), 0u);
+}
+
+TEST_F(Commits, CountAndGenerationCostNoStatementUntilTheNextOne)
+{
+    EXPECT_EQ(m_rows->Count(), 0u);
+    const std::uint64_t before = m_rows->Generation();
+    EXPECT_EQ(StatementsOf(
+                  [&]
+                  {
+                      for (int i = 0; i < 100; ++i)
+                      {
+                          EXPECT_EQ(m_rows->Count(), 0u);
+                          EXPECT_EQ(m_rows->Generation(), before);
+                      }
+                  }),
+              0);
+    for (ULONG added = 1; added <= 6; ++added)
+    {
+        StoreFile& writer = added % 2 != 0 ? *m_other : Store();
+        writer.CreateMessage(Inbox, false, Mail("new"));
+        EXPECT_EQ(StatementsOf([&] { EXPECT_EQ(m_rows->Count(), added); }), 1);
+        EXPECT_EQ(m_rows->Generation(), before + added);
+    }
+}
+
+TEST_F(Commits, OfTheTimeOfAMomentAreSeenAfterIt)
+{
+    m_rows->Count();
+    {
+        const auto moment = m_rows->Moment();
+        EXPECT_EQ(m_rows->Count(), 0u);
+        m_other->CreateMessage(Inbox, false, Mail("meanwhile"));
+        EXPECT_EQ(m_rows->Count(), 0u) << "a moment is one state";
+    }
+    EXPECT_EQ(m_rows->Count(), 1u);
+}
+
+TEST_F(Commits, OfOtherFoldersLeaveTheGeneration)
+{
+    const std::uint64_t before = m_rows->Generation();
+    m_other->CreateMessage(IdOf(StandardFolder::SentItems), false, Mail("elsewhere"));
+    EXPECT_EQ(m_rows->Generation(), before);
+}
+
+} // namespace
+} // namespace zebstore::test
