@@ -367,7 +367,15 @@ class Example(World):
         self.assertEqual(done.returncode, 0, done.stderr)
         self.assertEqual(sorted(done.stdout.decode().split()), ["one", "two"])
 
+    def test_reads_the_last_rows_by_index(self):
+        self.create_profile()
+        self.load(*[message(f"subject{i:02}") for i in range(12)])
+        done = self.run_tool("example_list")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertEqual(done.stdout.decode().split(), [f"subject{i:02}" for i in range(2, 12)])
+
     def test_says_why_it_can_not(self):
-        done = self.run_tool("example_inbox")
-        self.assertEqual(done.returncode, 1)
-        self.assertTrue(done.stderr.strip())
+        for name in "example_inbox", "example_list":
+            done = self.run_tool(name)
+            self.assertEqual(done.returncode, 1)
+            self.assertTrue(done.stderr.strip())
