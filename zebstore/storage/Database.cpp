@@ -126,10 +126,10 @@ std::uint64_t Database::Commits()
     }
     if (!m_logHeader)
         return 0;
+    // What follows a change is read by SQLite, with barriers of its own.
     std::array<std::uint32_t, 12> header{};
     for (size_t i = 0; i < header.size(); ++i)
         header[i] = m_logHeader[i];
-    std::atomic_thread_fence(std::memory_order_acquire);
     if (header != m_lastHeader)
     {
         m_lastHeader = header;
