@@ -58,13 +58,16 @@ def run(build, logs, name, command, properties):
     windows = any(part.endswith(".exe") for part in command)
     environment["GTEST_OUTPUT"] = f"json:{'Z:' if windows else ''}{report}"
     begin = time.monotonic()
-    try:
-        done = subprocess.run(command, cwd=properties.get("WORKING_DIRECTORY", build), env=environment,
-                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                              timeout=properties.get("TIMEOUT", 600))
-        code, output = done.returncode, done.stdout.decode("utf-8", "replace")
-    except subprocess.TimeoutExpired as late:
-        code, output = -1, (late.stdout or b"").decode("utf-8", "replace") + "\nran out of time\n"
+    # A file, not a pipe: Wine's own processes inherit it and would keep a pipe open long after the program's end.
+    late = ""
+    with log.open("wb") as out:
+        try:
+            code = subprocess.run(command, cwd=properties.get("WORKING_DIRECTORY", build), env=environment,
+                                  stdin=subprocess.DEVNULL, stdout=out, stderr=subprocess.STDOUT,
+                                  timeout=properties.get("TIMEOUT", 600)).returncode
+        except subprocess.TimeoutExpired:
+            code, late = -1, "\nran out of time\n"
+    output = log.read_bytes().decode("utf-8", "replace") + late
     passed, failed = count(report, output, code)
     if code != 0 and failed == 0:
         failed = 1
@@ -83,7 +86,8 @@ def main():
     parser.add_argument("--list", action="store_true")
     arguments = parser.parse_args()
     build = arguments.build.resolve()
-    found = list(programs(build, arguments.only))
+    # Those that may take longest first, so that none of them is left to run alone at the end.
+    found = sorted(programs(build, arguments.only), key=lambda each: -each[2].get("TIMEOUT", 0))
     if arguments.list:
         print("\n".join(name for name, _, _ in found))
         return 0
