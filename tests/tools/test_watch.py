@@ -1,15 +1,15 @@
 """zeb watch: each change of a folder, also one that another process makes."""
 import json
-import signal
 import subprocess
 import time
-import unittest
 
 import world
 from world import World, message
 
 
-class Watch(World):
+class Watching(World):
+    """A folder with a message that can be watched."""
+
     def setUp(self):
         super().setUp()
         self.create_profile()
@@ -40,6 +40,8 @@ class Watch(World):
         stream.seek(0)
         return stream.read().decode()
 
+
+class Watch(Watching):
     def test_additions_changes_and_deletions_are_told_as_they_come(self):
         process = self.watch("Inbox", "--json", "--count", "3")
         self.load(message("second", PR_SENDER_NAME="Ada"), message("not here", folder="Sub"))
@@ -58,13 +60,6 @@ class Watch(World):
         self.load(message("line\u001b break"))
         self.assertEqual(process.wait(60), 0)
         self.assertRegex(self.said(self.out), r"^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d  added     'line  break'\n$")
-
-    @unittest.skipIf(world.WINDOWS, "no signal reaches a program of Wine's as Ctrl-C")
-    def test_an_interrupt_ends_it_well(self):
-        process = self.watch("Inbox")
-        process.send_signal(signal.SIGINT)
-        self.assertEqual(process.wait(60), 0)
-        self.assertEqual(self.said(self.out), "")
 
     def test_a_folder_that_is_not_there_is_named(self):
         self.refused("watch", "Nowhere", saying="'Nowhere'")
