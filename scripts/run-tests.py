@@ -46,6 +46,18 @@ def count(report, output, code):
     return (1, 0) if code == 0 else (0, 1)
 
 
+def run_once(command, log, folder, environment, timeout):
+    # A file, not a pipe: Wine's own processes inherit it and would keep a pipe open long after the program's end.
+    late = ""
+    with log.open("wb") as out:
+        try:
+            code = subprocess.run(command, cwd=folder, env=environment, stdin=subprocess.DEVNULL, stdout=out,
+                                  stderr=subprocess.STDOUT, timeout=timeout).returncode
+        except subprocess.TimeoutExpired:
+            code, late = -1, "\nran out of time\n"
+    return code, log.read_bytes().decode("utf-8", "replace") + late
+
+
 def run(build, logs, name, command, properties):
     report = logs / f"{name}.json"
     log = logs / f"{name}.log"
@@ -58,16 +70,12 @@ def run(build, logs, name, command, properties):
     windows = any(part.endswith(".exe") for part in command)
     environment["GTEST_OUTPUT"] = f"json:{'Z:' if windows else ''}{report}"
     begin = time.monotonic()
-    # A file, not a pipe: Wine's own processes inherit it and would keep a pipe open long after the program's end.
-    late = ""
-    with log.open("wb") as out:
-        try:
-            code = subprocess.run(command, cwd=properties.get("WORKING_DIRECTORY", build), env=environment,
-                                  stdin=subprocess.DEVNULL, stdout=out, stderr=subprocess.STDOUT,
-                                  timeout=properties.get("TIMEOUT", 600)).returncode
-        except subprocess.TimeoutExpired:
-            code, late = -1, "\nran out of time\n"
-    output = log.read_bytes().decode("utf-8", "replace") + late
+    timeout = properties.get("TIMEOUT", 600)
+    code, output = run_once(command, log, properties.get("WORKING_DIRECTORY", build), environment, timeout)
+    if windows and code == 1 and not output:
+        # Of some thousand programs Wine fails to start one, without a word, and a test program never is without one.
+        print(f"  {name}: Wine did not start it; once more", flush=True)
+        code, output = run_once(command, log, properties.get("WORKING_DIRECTORY", build), environment, timeout)
     passed, failed = count(report, output, code)
     if code != 0 and failed == 0:
         failed = 1

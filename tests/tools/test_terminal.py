@@ -72,7 +72,7 @@ class Terminal(World):
     def test_saving_shows_progress_but_not_between_lines(self):
         self.zeb("load", self.write_many(3000))
         shown = self.on_terminal("save", "Inbox", "-o", self.path("out.jsonl"))
-        self.assertRegex(shown, r"\r[\d,]+ lines, [\d,]+/s, \d+ %, \d+:\d\d left")
+        self.assertRegex(shown, r"\r[\d,]+ messages, [\d,]+/s, \d+ %, \d+:\d\d left")
         self.assertTrue(shown.endswith("3,000 messages in 1 folder saved\r\n"), shown[-100:])
         self.assertNotIn("\x1b", self.on_terminal("save", "Inbox"))
 
