@@ -319,8 +319,14 @@ size_t StoredLargeValue::ReadChunks(std::int64_t id, std::uint64_t size, std::ui
 
 std::string StoredLargeValue::ReadAll(std::int64_t id, std::uint64_t size) const
 {
-    std::string bytes(static_cast<size_t>(size), '\0');
-    ReadChunks(id, size, 0, &bytes[0], bytes.size());
+    // Piece by piece: a damaged reference may tell any size, and what is not there ends it.
+    std::string bytes;
+    while (bytes.size() < size)
+    {
+        const size_t done = bytes.size();
+        bytes.resize(done + static_cast<size_t>(std::min<std::uint64_t>(size - done, ChunkSize)));
+        ReadChunks(id, size, done, &bytes[done], bytes.size() - done);
+    }
     return bytes;
 }
 

@@ -1,6 +1,7 @@
 #include "tests/zebstore/storage/Storage.h"
 
 #include "zebstore/storage/Database.h"
+#include "zebstore/storage/LargeStorage.h"
 #include "zebstore/storage/ValueBuilder.h"
 
 #include <random>
@@ -180,6 +181,16 @@ TEST_F(LargeValueTest, AValueOfAnotherStoreIsCopied)
     Store().DeleteMessages({message});
     EXPECT_EQ(other->LoadMessage(copy).properties.Binary(PR_RTF_COMPRESSED), bytes);
     EXPECT_TRUE(other->CheckWhole().empty());
+}
+
+TEST_F(LargeValueTest, ASizeThatADamagedReferenceTellsTakesNoMemory)
+{
+    LargeReference reference;
+    reference.form = LargeReference::OwnBytes;
+    reference.id = 999;
+    reference.size = reference.ownSize = std::uint64_t{9} << 56;
+    const StoredLargeValue value(m_store, reference);
+    EXPECT_EQ(CodeOf([&] { value.Size(); }), MAPI_E_OBJECT_DELETED);
 }
 
 TEST_F(LargeValueTest, ATableCellOfALargeValueSaysSo)
