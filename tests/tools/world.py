@@ -90,9 +90,9 @@ class World(unittest.TestCase):
         more.setdefault("env", self.environment)
         more.setdefault("stdin", subprocess.DEVNULL)
         done = self.run_once(command, **more)
-        if WINDOWS and done.returncode == 1 and not done.stdout and not done.stderr:
+        if WINDOWS and done.returncode != 0 and not done.stdout and not done.stderr:
             # Of some thousand programs Wine fails to start one, without a word, and the tools never fail without one.
-            print("(Wine did not start a program; once more)", file=sys.stderr)
+            print(f"(Wine did not start a program, {done.returncode}; once more)", file=sys.stderr)
             done = self.run_once(command, **more)
         return done
 
