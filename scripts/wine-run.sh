@@ -17,7 +17,6 @@ if [ ! -f "$WINEPREFIX/.ready" ]; then
     fi
     exec 9>&-
 fi
-# A server that outlives the program: by itself it may end with its last client, and a program that is started at that
-# very moment ends with it, silently.
+# A server that outlives the program: Debian's ends with its last client, and starting it anew costs most of a start.
 wineserver --persistent=60 </dev/null >/dev/null 2>&1 || true
 exec wine "$@"

@@ -14,4 +14,20 @@ std::string FolderName(CZebFolder& above, const CZebRow& row)
     return TextOf(folder, PR_DISPLAY_NAME_W);
 }
 
+void ForEachSubfolder(CZebFolder& folder,
+                      const std::function<void(CZebFolder& child, const std::string& name)>& take)
+{
+    CZebTable table = folder.GetHierarchyTable(MAPI_UNICODE);
+    table.SetColumns(2, PR_DISPLAY_NAME_W, PR_ENTRYID);
+    CZebSortOrder order(PR_DISPLAY_NAME_W, TABLE_SORT_ASCEND);
+    CZebRowSet rows;
+    table.QueryAllRows(&rows, nullptr, order);
+    for (ULONG i = 0; i < rows.Count(); ++i)
+    {
+        CZebFolder child(nullptr);
+        folder.OpenEntry(static_cast<const SBinary&>(rows[i][PR_ENTRYID]), child, MAPI_BEST_ACCESS);
+        take(child, FolderName(folder, rows[i]));
+    }
+}
+
 } // namespace zeb::tools

@@ -72,18 +72,8 @@ private:
 
     void SaveSubfolders(CZebFolder& folder, const FolderPath& path)
     {
-        CZebTable table = folder.GetHierarchyTable(MAPI_UNICODE);
-        table.SetColumns(2, PR_DISPLAY_NAME_W, PR_ENTRYID);
-        CZebSortOrder order(PR_DISPLAY_NAME_W, TABLE_SORT_ASCEND);
-        CZebRowSet rows;
-        table.QueryAllRows(&rows, nullptr, order);
-        for (ULONG i = 0; i < rows.Count(); ++i)
-        {
-            CZebFolder child(nullptr);
-            folder.OpenEntry(static_cast<const SBinary&>(rows[i][PR_ENTRYID]), child, MAPI_BEST_ACCESS);
-            const bool isTop = m_mailbox.IsTop(child);
-            SaveFolder(child, isTop ? FolderPath() : path.Below(FolderName(folder, rows[i])));
-        }
+        ForEachSubfolder(folder, [&](CZebFolder& child, const std::string& name)
+                         { SaveFolder(child, m_mailbox.IsTop(child) ? FolderPath() : path.Below(name)); });
     }
 
     void SaveMessages(CZebFolder& folder, const FolderPath& path, bool associated)
