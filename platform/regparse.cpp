@@ -321,7 +321,7 @@ private:
         {
             return AsVersion5(std::string(kind), HexList(rest, name));
         }
-        return data;
+        return std::string(Trim(data));
     }
 
     static std::string_view WithoutComment(std::string_view text)

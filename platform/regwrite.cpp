@@ -54,6 +54,12 @@ std::string Wrapped(const std::string& line)
     return wrapped;
 }
 
+/// Only a list of bytes may be broken: of a kind that is not understood nobody knows where a line may end.
+bool IsByteList(const std::string& written)
+{
+    return written.rfind("hex:", 0) == 0 || written.rfind("hex(", 0) == 0;
+}
+
 void WriteKey(std::string& out, const Key& key, const std::string& path)
 {
     // A key that has only sub-keys is there by theirs.
@@ -64,9 +70,15 @@ void WriteKey(std::string& out, const Key& key, const std::string& path)
         {
             const std::string name = (value.name.empty() ? "@" : Quoted(value.name)) + "=";
             out += name + (value.isText ? Quoted(value.text) : "");
-            // Only a list may be broken; the name in front of it must stay whole.
-            out += value.isText ? ""
-                                : Wrapped(std::string(name.size(), ' ') + value.written).substr(name.size());
+            if (IsByteList(value.written))
+            {
+                // The name in front of the list must stay whole.
+                out += Wrapped(std::string(name.size(), ' ') + value.written).substr(name.size());
+            }
+            else
+            {
+                out += value.written;
+            }
             out += LineEnd;
         }
         out += LineEnd;

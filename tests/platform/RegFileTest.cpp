@@ -169,6 +169,20 @@ TEST(RegFile, UnknownKindsAreWrittenBack)
     EXPECT_EQ(Write(Parse(text)), Utf16(text));
 }
 
+TEST(RegFile, UnknownKindsAreNeverBroken)
+{
+    // The blank behind the comma would be lost at the beginning of a line.
+    const std::string text =
+        Header + "[HKEY_CURRENT_USER\\K]\r\n\"v\"=hexx:" + std::string(80, '1') + ", 2\r\n\r\n";
+    EXPECT_EQ(Write(Parse(text)), text);
+}
+
+TEST(RegFile, BlanksBehindAnUnknownKindThatGoesOnAreNotKept)
+{
+    EXPECT_EQ(Write(Parse(Header + "[HKEY_CURRENT_USER\\K]\n\"v\"=x:1 \\\n  \n")),
+              Header + "[HKEY_CURRENT_USER\\K]\r\n\"v\"=x:1\r\n\r\n");
+}
+
 TEST(RegFile, DeletionsTakeEffectOnWhatStandsAbove)
 {
     Key tree = Parse(
