@@ -74,8 +74,14 @@ private:
     {
         if (!m_taken.insert(id).second)
             m_problems.push_back(owner + ": its " + Named("large value", id) + " belongs to another one too");
+        if (!CanBeLargeId(id))
+        {
+            m_problems.push_back(owner + ": a reference to a large value is damaged");
+            return;
+        }
+        const ChunkRange chunks = LargeChunks(id);
         Query query(m_store.Connection(), "SELECT sum(length(bytes)) FROM chunk WHERE id BETWEEN ? AND ?");
-        query.Bind(1, id << 24).Bind(2, ((id + 1) << 24) - 1);
+        query.Bind(1, chunks.first).Bind(2, chunks.last);
         if (!query.Step() || static_cast<std::uint64_t>(query.Number(0)) != size)
             m_problems.push_back(owner + ": its " + Named("large value", id) + " is not complete");
     }

@@ -15,8 +15,11 @@ constexpr size_t ChunkSize = 65536;
 constexpr int ChunkBits = 24;
 constexpr std::uint64_t MostBytes = std::uint64_t(ChunkSize) << ChunkBits;
 
+/// The key of a piece. A damaged reference names no value, or a piece that no value can have.
 std::int64_t ChunkId(std::int64_t value, std::uint64_t chunk)
 {
+    if (!CanBeLargeId(value) || chunk >= std::uint64_t(1) << ChunkBits)
+        throw Error(MAPI_E_CORRUPT_DATA, "The reference to a large value is damaged.");
     return (value << ChunkBits) | static_cast<std::int64_t>(chunk);
 }
 
@@ -205,7 +208,7 @@ private:
     void DropChunksFrom(std::uint64_t number)
     {
         Query query(Connection(), "DELETE FROM temp.staged WHERE id BETWEEN ? AND ?");
-        query.Bind(1, ChunkId(m_id, number)).Bind(2, ChunkId(m_id + 1, 0) - 1).Run();
+        query.Bind(1, ChunkId(m_id, number)).Bind(2, LargeChunks(m_id).last).Run();
     }
 
     void WriteToChunks(std::uint64_t offset, const char* from, size_t count)
@@ -393,11 +396,24 @@ LargeReference WriteLarge(Database& database, ULONG type, std::string_view encod
     return WriteLarge(database, type, bytes);
 }
 
+bool CanBeLargeId(std::int64_t id)
+{
+    return id > 0 && id < std::int64_t(1) << (62 - ChunkBits);
+}
+
+ChunkRange LargeChunks(std::int64_t id)
+{
+    return {ChunkId(id, 0), ChunkId(id, (std::uint64_t(1) << ChunkBits) - 1)};
+}
+
 void DeleteLarge(Database& database, std::int64_t id)
 {
+    if (!CanBeLargeId(id)) // a damaged reference must not keep its message from being deleted
+        return;
+    const ChunkRange chunks = LargeChunks(id);
     Query(database, "DELETE FROM chunk WHERE id BETWEEN ? AND ?")
-        .Bind(1, ChunkId(id, 0))
-        .Bind(2, ChunkId(id + 1, 0) - 1)
+        .Bind(1, chunks.first)
+        .Bind(2, chunks.last)
         .Run();
     Query(database, "DELETE FROM large WHERE id=?").Bind(1, id).Run();
 }

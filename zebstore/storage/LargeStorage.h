@@ -70,6 +70,17 @@ std::shared_ptr<StagedValue> MakeStagedValue(std::shared_ptr<StoreFile> store);
 LargeReference WriteLarge(Database& database, ULONG type, const LargeValue& value);
 /// The same from encoded bytes.
 LargeReference WriteLarge(Database& database, ULONG type, std::string_view encoded);
+/// Deletes a value's pieces; nothing where there is none, or where `id` can be none.
 void DeleteLarge(Database& database, std::int64_t id);
+/// Whether a number can be a value's: false only where a reference is damaged.
+bool CanBeLargeId(std::int64_t id);
+/// The keys that the pieces of a value have.
+struct ChunkRange
+{
+    std::int64_t first;
+    std::int64_t last;
+};
+/// @throws Error MAPI_E_CORRUPT_DATA when `id` can be no value's.
+ChunkRange LargeChunks(std::int64_t id);
 
 } // namespace zebstore

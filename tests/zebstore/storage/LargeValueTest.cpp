@@ -193,6 +193,34 @@ TEST_F(LargeValueTest, ASizeThatADamagedReferenceTellsTakesNoMemory)
     EXPECT_EQ(CodeOf([&] { value.Size(); }), MAPI_E_OBJECT_DELETED);
 }
 
+TEST_F(LargeValueTest, APieceThatNoValueHasIsOneOfADamagedReference)
+{
+    LargeReference reference;
+    reference.id = 1;
+    reference.size = std::uint64_t{9} << 56;
+    const StoredLargeValue value(m_store, reference);
+    char byte = 0;
+    EXPECT_EQ(CodeOf([&] { value.Read(std::uint64_t{1} << 40, &byte, 1); }), MAPI_E_CORRUPT_DATA);
+}
+
+TEST_F(LargeValueTest, AMessageWithADamagedReferenceSaysSoAndCanBeDeleted)
+{
+    const auto staged = Store().Stage();
+    const std::string bytes = Bytes(200000);
+    staged->Write(0, bytes.data(), bytes.size());
+    const MessageId message = Save(PR_BODY_W, staged);
+    const std::string damage =
+        "DELETE FROM chunk; DELETE FROM large; UPDATE message SET props=" + std::string(DamagedReference) +
+        " WHERE id=" + std::to_string(message);
+    Store().Connection().Execute(damage.c_str());
+    const LargeValuePtr damaged = Store().LoadMessage(message).properties.Large(PR_BODY_W);
+    ASSERT_NE(damaged, nullptr);
+    char byte = 0;
+    EXPECT_EQ(CodeOf([&] { damaged->Read(0, &byte, 1); }), MAPI_E_CORRUPT_DATA);
+    Store().DeleteMessages({message});
+    EXPECT_EQ(CodeOf([&] { Store().LoadMessage(message); }), MAPI_E_NOT_FOUND);
+}
+
 TEST_F(LargeValueTest, ATableCellOfALargeValueSaysSo)
 {
     const MessageId message = Save(PR_BODY_W, Store().Stage(*[&]

@@ -14,6 +14,10 @@
 namespace zebstore::test
 {
 
+/// The stored properties of a message whose PR_BODY_W refers to a large value that can not be: its number is -1.
+constexpr const char* DamagedReference = "x'0100010000101F8011000000"
+                                         "00FFFFFFFFFFFFFFFF0900000000000000'";
+
 inline SPropValue Value(ULONG tag)
 {
     SPropValue value;

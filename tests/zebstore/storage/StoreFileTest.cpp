@@ -231,6 +231,8 @@ TEST_F(StoreFileTest, TheWholeCheckFindsWhatIsWrong)
         {"UPDATE contents SET unread=5 WHERE container=6", "unread"},
         {"UPDATE contents SET next=1 WHERE container=6", "next number"},
         {"UPDATE message SET props=x'0100FF00' WHERE id=" + id, "properties can not be read"},
+        {"UPDATE message SET props=" + std::string(DamagedReference) + " WHERE id=" + id,
+         "a reference to a large value is damaged"},
         {"DELETE FROM chunk", "not complete"},
         {"INSERT INTO large(size) VALUES(3)", "belongs to nothing"},
         {"INSERT INTO chunk(id, bytes) VALUES(99999999999, x'00')", "belong to no large value"},
