@@ -2,7 +2,7 @@
 # Runs every test there is, on both targets, and ends with one line "N passed, N failed".
 #
 #   ./test.sh           everything: checks of the sources, Linux with address and undefined-behaviour sanitizers,
-#                       Linux with the thread sanitizer, Windows under Wine, bounded fuzzing, clang-tidy, the
+#                       Linux with the thread sanitizer, Windows under Wine, a fixed walk of the fuzzers, clang-tidy, the
 #                       benchmarks in their short form
 #   ./test.sh --quick   the developer's loop: source checks and the Linux suite with sanitizers, but for the tests that
 #                       drive the tools as processes (a minute of their own)
