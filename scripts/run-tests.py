@@ -72,10 +72,6 @@ def run(build, logs, name, command, properties):
     begin = time.monotonic()
     timeout = properties.get("TIMEOUT", 600)
     code, output = run_once(command, log, properties.get("WORKING_DIRECTORY", build), environment, timeout)
-    if windows and code != 0 and not output:
-        # Of some thousand programs Wine fails to start one, without a word, and a test program never is without one.
-        print(f"  {name}: Wine did not start it; once more", flush=True)
-        code, output = run_once(command, log, properties.get("WORKING_DIRECTORY", build), environment, timeout)
     passed, failed = count(report, output, code)
     if code != 0 and failed == 0:
         failed = 1

@@ -4,7 +4,6 @@ import os
 import pathlib
 import shutil
 import subprocess
-import sys
 import tempfile
 import unittest
 
@@ -73,27 +72,18 @@ class World(unittest.TestCase):
         file = str(self.folder / name)
         return "Z:" + file.replace("/", "\\") if WINDOWS else file
 
-    @staticmethod
-    def run_once(command, **more):
-        # Files, not pipes: Wine's own processes inherit them and would keep a pipe open long after the tool's end.
-        with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
-            done = subprocess.run(command, stdout=out, stderr=err, timeout=300, **more)
-            for stream in (out, err):
-                stream.seek(0)
-            done.stdout, done.stderr = out.read(), err.read()
-        return done
-
     def run_tool(self, tool, *arguments, **more):
         command = [str(BUILD / "bin" / tool), *arguments]
         if WINDOWS:
             command = [str(ROOT / "scripts/wine-run.sh"), str(BUILD / "bin" / (tool + ".exe")), *arguments]
         more.setdefault("env", self.environment)
         more.setdefault("stdin", subprocess.DEVNULL)
-        done = self.run_once(command, **more)
-        if WINDOWS and done.returncode != 0 and not done.stdout and not done.stderr:
-            # Of some thousand programs Wine fails to start one, without a word, and the tools never fail without one.
-            print(f"(Wine did not start a program, {done.returncode}; once more)", file=sys.stderr)
-            done = self.run_once(command, **more)
+        # Files, not pipes: Wine's own processes inherit them and would keep a pipe open long after the tool's end.
+        with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
+            done = subprocess.run(command, stdout=out, stderr=err, timeout=300, **more)
+            for stream in (out, err):
+                stream.seek(0)
+            done.stdout, done.stderr = out.read(), err.read()
         return done
 
     def check(self, done, code):
