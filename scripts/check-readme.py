@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Fails unless the host program shown in README.md is examples/inbox.cpp, letter for letter, and every file that the
-README and docs/ name in backticks or as a path is there."""
+"""Fails unless the host program shown in README.md is examples/inbox.cpp, letter for letter, every file that the
+README and docs/ name in backticks or as a path is there, and every command line of zeb is one that the tests run."""
 import pathlib
 import re
 import sys
@@ -14,10 +14,16 @@ example = (root / "examples" / "inbox.cpp").read_text(encoding="utf-8")
 if not shown or shown.group(1) != example:
     problems.append("README.md does not show examples/inbox.cpp as it is")
 
+# The pages whose "$ zeb" examples tests/tools/test_documents.py runs.
+followed = re.findall(r'self\.follow\("(.+)"\)', (root / "tests/tools/test_documents.py").read_text(encoding="utf-8"))
 for page in [root / "README.md", root / "CONTRIBUTING.md", *sorted((root / "docs").glob("*.md"))]:
-    for name in re.findall(r"(?<![\w/.])((?:docs|scripts|examples|cmake|deps)/[\w./-]*\w)", page.read_text(encoding="utf-8")):
-        if not (root / name).exists():
-            problems.append(f"{page.relative_to(root)} names {name}, which is not there")
+    name, text = page.relative_to(root).as_posix(), page.read_text(encoding="utf-8")
+    for file in re.findall(r"(?<![\w/.])((?:docs|scripts|examples|cmake|deps)/[\w./-]*\w)", text):
+        if not (root / file).exists():
+            problems.append(f"{name} names {file}, which is not there")
+    for line in re.findall(r"^    ((?:\$ )?zeb .*)", text, re.M):
+        if not line.startswith("$ ") or name not in followed:
+            problems.append(f"{name} shows '{line}', which no test runs")
 
 print("\n".join(problems) if problems else "README.md and docs/ agree with the tree")
 sys.exit(1 if problems else 0)

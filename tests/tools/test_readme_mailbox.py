@@ -1,0 +1,21 @@
+"""The inbox that README.md shows is the one that run.sh makes of the sample mailbox."""
+import re
+
+import world
+from world import World
+
+LINUX_ONLY = True  # zeb-import is a Linux program
+
+
+class ReadmeMailbox(World):
+    def test_the_lines_that_the_readme_shows_are_in_the_inbox(self):
+        script = (world.ROOT / "run.sh").read_text(encoding="utf-8")
+        folders = re.findall(r'"([^"]+)"', re.search(r"^inbox=\((.*)\)$", script, re.M)[1])
+        self.create_profile()
+        self.importer("pst", str(world.SAMPLES / "enron.pst"), *[part for name in folders for part in ("--inbox", name)])
+        real = self.zeb("inbox").out.splitlines()
+        readme = (world.ROOT / "README.md").read_text(encoding="utf-8")
+        block = re.search(r"It ends with\n\n((?:    .*\n)+)", readme)[1]
+        *shown, under_wine, native, last = [line[4:] for line in block.splitlines()]
+        self.assertEqual([line for line in real if line in shown], [line for line in shown if line != "..."])
+        self.assertEqual((under_wine, native, last), (f"zeb.exe: {real[-1]}", f"zeb: {real[-1]}", "identical"))
