@@ -72,7 +72,14 @@ int main(int argc, char** argv)
     app.add_option("--folder", options.folder, "Where stores and results stand");
     app.add_flag("--short", options.small, "Small stores, few pairs: shows that it works");
     app.add_option("names", names, "Which measurements; all when none is named")->check(CLI::IsMember(known));
-    CLI11_PARSE(app, argc, argv);
+    try
+    {
+        app.parse(argc, argv);
+    }
+    catch (const CLI::ParseError& e)
+    {
+        return app.exit(e) == 0 ? 0 : 2;
+    }
     if (options.small)
     {
         options.folder += "/short";
