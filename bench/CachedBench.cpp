@@ -72,58 +72,49 @@ struct Tables
 
     double ScrollCached()
     {
-        unsigned long long sum = 0;
-        const double seconds = Seconds(
-            [&]
-            {
-                for (ULONG i = 0; i < count; ++i)
-                {
-                    sum += cached[i].TagAt(kSubject);
-                }
-            });
-        Expect(sum, count);
-        return seconds;
+        return SecondsOfReading(count,
+                                [this](unsigned long long& sum)
+                                {
+                                    for (ULONG i = 0; i < count; ++i)
+                                    {
+                                        sum += cached[i].TagAt(kSubject);
+                                    }
+                                });
     }
     double ScrollByHand()
     {
-        unsigned long long sum = 0;
-        const double seconds = Seconds(
-            [&]
-            {
-                Check(hand->SeekRow(BOOKMARK_BEGINNING, 0, nullptr));
-                const auto addUp = [&](const SRowSet& rows)
-                {
-                    for (ULONG i = 0; i < rows.cRows; ++i)
-                    {
-                        sum += RowOf(rows, i).lpProps[kSubject].ulPropTag;
-                    }
-                };
-                while (QueryByHand(addUp) != 0)
-                {
-                }
-            });
-        Expect(sum, count);
-        return seconds;
+        return SecondsOfReading(count,
+                                [this](unsigned long long& sum)
+                                {
+                                    Check(hand->SeekRow(BOOKMARK_BEGINNING, 0, nullptr));
+                                    const auto addUp = [&](const SRowSet& rows)
+                                    {
+                                        for (ULONG i = 0; i < rows.cRows; ++i)
+                                        {
+                                            sum += RowOf(rows, i).lpProps[kSubject].ulPropTag;
+                                        }
+                                    };
+                                    while (QueryByHand(addUp) != 0)
+                                    {
+                                    }
+                                });
     }
     double RandomCached(const std::vector<ULONG>& indexes)
     {
-        unsigned long long sum = 0;
-        const double seconds = Seconds(
-            [&]
-            {
-                for (const ULONG index : indexes)
-                {
-                    sum += cached[index].TagAt(kSubject);
-                }
-            });
-        Expect(sum, indexes.size());
-        return seconds;
+        return SecondsOfReading(indexes.size(),
+                                [&](unsigned long long& sum)
+                                {
+                                    for (const ULONG index : indexes)
+                                    {
+                                        sum += cached[index].TagAt(kSubject);
+                                    }
+                                });
     }
     double RandomByHand(const std::vector<ULONG>& indexes)
     {
-        unsigned long long sum = 0;
-        const double seconds = Seconds(
-            [&]
+        return SecondsOfReading(
+            indexes.size(),
+            [&](unsigned long long& sum)
             {
                 for (const ULONG index : indexes)
                 {
@@ -133,7 +124,14 @@ struct Tables
                                 { sum += RowOf(rows, index - start).lpProps[kSubject].ulPropTag; });
                 }
             });
-        Expect(sum, indexes.size());
+    }
+    /// Seconds of `read`, which adds up the tags of the subjects of `rows` rows.
+    template <class Read>
+    static double SecondsOfReading(size_t rows, const Read& read)
+    {
+        unsigned long long sum = 0;
+        const double seconds = Seconds([&] { read(sum); });
+        Expect(sum, rows);
         return seconds;
     }
     static void Expect(unsigned long long sum, size_t rows)

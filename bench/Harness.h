@@ -45,4 +45,23 @@ double Seconds(const std::function<void()>& body);
 /// Keeps the compiler from dropping a computation whose result nobody uses.
 void Keep(unsigned long long value);
 
+/// Seconds of `rounds` times `read` with every item, whose results are added up and kept.
+template <class Items, class Read>
+double SecondsOfEach(int rounds, Items& items, const Read& read)
+{
+    return Seconds(
+        [&]
+        {
+            unsigned long long sum = 0;
+            for (int round = 0; round < rounds; ++round)
+            {
+                for (auto& item : items)
+                {
+                    sum += read(item);
+                }
+            }
+            Keep(sum);
+        });
+}
+
 } // namespace bench

@@ -338,22 +338,16 @@ Measurement ValueText(const Options& options)
     const int rounds = options.small ? 2 : 100;
     const auto timed = [values, rounds](auto&& lengthOf)
     {
-        return Seconds(
-            [&]
-            {
-                unsigned long long sum = 0;
-                for (int round = 0; round < rounds; ++round)
-                {
-                    for (TextValues& each : *values)
-                    {
-                        for (SPropValue& value : each.values)
-                        {
-                            sum += lengthOf(value);
-                        }
-                    }
-                }
-                Keep(sum);
-            });
+        return SecondsOfEach(rounds, *values,
+                             [&](TextValues& each)
+                             {
+                                 size_t length = 0;
+                                 for (SPropValue& value : each.values)
+                                 {
+                                     length += lengthOf(value);
+                                 }
+                                 return length;
+                             });
     };
     const auto ours = [timed]
     {
@@ -413,20 +407,12 @@ Measurement NameLookup(const Options& options)
     const int rounds = options.small ? 2 : 1000;
     const auto timed = [names, rounds](auto&& find)
     {
-        return Seconds(
-            [&]
-            {
-                unsigned long long sum = 0;
-                for (int round = 0; round < rounds; ++round)
-                {
-                    for (const ULONG value : names->asked)
-                    {
-                        const char* name = find(value);
-                        sum += name != nullptr ? static_cast<unsigned char>(name[3]) : 1u;
-                    }
-                }
-                Keep(sum);
-            });
+        return SecondsOfEach(rounds, names->asked,
+                             [&](ULONG value)
+                             {
+                                 const char* name = find(value);
+                                 return name != nullptr ? static_cast<unsigned char>(name[3]) : 1u;
+                             });
     };
     const auto ours = [timed]
     { return timed([](ULONG value) { return Zeb_NameFromValue("PropTags", value); }); };
@@ -443,29 +429,17 @@ Measurement EidDump(const Options& options)
         Require(Zeb_DumpEntryID(each.id.hex.c_str()) == each.byHand(each.id).c_str(), "eid-dump");
     }
     const int rounds = options.small ? 20 : 20000;
-    const auto timed = [cases, rounds](auto&& lengthOf)
+    const auto ours = [cases, rounds]
     {
-        return Seconds(
-            [&]
-            {
-                unsigned long long sum = 0;
-                for (int round = 0; round < rounds; ++round)
-                {
-                    for (const DumpCase& each : *cases)
-                    {
-                        sum += lengthOf(each);
-                    }
-                }
-                Keep(sum);
-            });
+        return SecondsOfEach(rounds, *cases,
+                             [](const DumpCase& each) {
+                                 return static_cast<size_t>(Zeb_DumpEntryID(each.id.hex.c_str()).GetLength());
+                             });
     };
-    const auto ours = [timed]
-    {
-        return timed([](const DumpCase& each)
-                     { return static_cast<size_t>(Zeb_DumpEntryID(each.id.hex.c_str()).GetLength()); });
+    const auto baseline = [cases, rounds] {
+        return SecondsOfEach(rounds, *cases,
+                             [](const DumpCase& each) { return each.byHand(each.id).size(); });
     };
-    const auto baseline = [timed]
-    { return timed([](const DumpCase& each) { return each.byHand(each.id).size(); }); };
     return {"eid-dump", 1.5, ours, baseline, options.small ? 3 : 11};
 }
 

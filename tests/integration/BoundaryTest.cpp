@@ -1,5 +1,5 @@
 // What crosses the boundary of the library, and what is left when it is stopped.
-#include "tests/integration/Host.h"
+#include "tests/integration/Content.h"
 
 #include <fstream>
 
@@ -52,41 +52,36 @@ TEST_F(Boundary, UsingAnEmptyWrapperRaisesAComError)
 
 TEST_F(Boundary, OpeningAFolderAsAMessageIsRefusedAndLeavesTheMessageEmpty)
 {
-    Start();
-    CreateProfile("mine", File("mine.zeb"));
-    CZebSession session = LogOn();
-    {
-        CZebMsgStore store = OpenDefaultStore(session);
-        const CZebBinary folder = store.OpenInboxFolder(MAPI_BEST_ACCESS).GetEntryID();
-        CZebMessage message;
-        const HRESULT byStore = FailureOf([&] { store.OpenEntry(folder, message, MAPI_BEST_ACCESS); }).result;
-        EXPECT_TRUE(byStore == MAPI_E_INVALID_TYPE || byStore == MAPI_E_INTERFACE_NOT_SUPPORTED)
-            << std::hex << byStore;
-        EXPECT_FALSE(message.IsValid());
-        // Asked for no interface of its own, the object is opened and its type refuses it.
-        CZebMailUser user;
-        EXPECT_EQ(FailureOf([&] { session.OpenEntry(folder, user, MAPI_BEST_ACCESS); }).result,
-                  MAPI_E_INVALID_TYPE);
-        EXPECT_FALSE(user.IsValid());
-    }
-    session.Logoff(0, 0, 0);
+    WithStore(
+        [&](CZebSession& session, CZebMsgStore& store)
+        {
+            const CZebBinary folder = store.OpenInboxFolder(MAPI_BEST_ACCESS).GetEntryID();
+            CZebMessage message;
+            const HRESULT byStore =
+                FailureOf([&] { store.OpenEntry(folder, message, MAPI_BEST_ACCESS); }).result;
+            EXPECT_TRUE(byStore == MAPI_E_INVALID_TYPE || byStore == MAPI_E_INTERFACE_NOT_SUPPORTED)
+                << std::hex << byStore;
+            EXPECT_FALSE(message.IsValid());
+            // Asked for no interface of its own, the object is opened and its type refuses it.
+            CZebMailUser user;
+            EXPECT_EQ(FailureOf([&] { session.OpenEntry(folder, user, MAPI_BEST_ACCESS); }).result,
+                      MAPI_E_INVALID_TYPE);
+            EXPECT_FALSE(user.IsValid());
+        });
 }
 
 TEST_F(Boundary, AFailedCallOfTheProviderCarriesItsSentence)
 {
-    Start();
-    CreateProfile("mine", File("mine.zeb"));
-    CZebSession session = LogOn();
-    {
-        CZebMsgStore store = OpenDefaultStore(session);
-        CZebFolder inbox = store.OpenInboxFolder(MAPI_BEST_ACCESS);
-        CZebMessage nothing;
-        const Failure thrown =
-            FailureOf([&] { inbox.OpenEntry(CZebBinary("00112233"), nothing, MAPI_BEST_ACCESS); });
-        EXPECT_LT(thrown.result, 0);
-        EXPECT_FALSE(thrown.text.empty());
-    }
-    session.Logoff(0, 0, 0);
+    WithStore(
+        [&](CZebSession&, CZebMsgStore& store)
+        {
+            CZebFolder inbox = store.OpenInboxFolder(MAPI_BEST_ACCESS);
+            CZebMessage nothing;
+            const Failure thrown =
+                FailureOf([&] { inbox.OpenEntry(CZebBinary("00112233"), nothing, MAPI_BEST_ACCESS); });
+            EXPECT_LT(thrown.result, 0);
+            EXPECT_FALSE(thrown.text.empty());
+        });
 }
 
 /// The last line of a file that has something in it.
@@ -117,9 +112,7 @@ TEST_F(Boundary, NothingOfTheProviderIsAliveAfterTheStop)
         {
             CZebMsgStore store = OpenDefaultStore(session);
             CZebFolder inbox = store.OpenInboxFolder(MAPI_BEST_ACCESS);
-            CZebPropValArray properties(1);
-            properties[PR_SUBJECT_A] = "a";
-            inbox.CreateMessage(properties, true, 0);
+            SaveMessage(inbox, "a");
             CZebTable table = inbox.GetContentsTable(0);
             CZebRowSet rows;
             table.QueryRows(&rows, 0, nullptr, nullptr);

@@ -34,6 +34,19 @@ protected:
     /// Creates a profile whose store is `file`. Needs Start().
     void CreateProfile(const std::string& name, const std::string& file, bool makeDefault = true);
     CZebSession LogOn(const char* profile = nullptr);
+    /// Starts MAPI, logs on to a new default profile, hands out its session and store, and logs off.
+    template <class Use>
+    void WithStore(Use use)
+    {
+        Start();
+        CreateProfile("mine", File("mine.zeb"));
+        CZebSession session = LogOn();
+        {
+            CZebMsgStore store = OpenDefaultStore(session);
+            use(session, store);
+        }
+        session.Logoff(0, 0, 0);
+    }
     std::string File(const std::string& name) const { return m_folder.File(name); }
 
 private:

@@ -1,5 +1,5 @@
 // The whole main job: from nothing to the subjects of the inbox.
-#include "tests/integration/Host.h"
+#include "tests/integration/Content.h"
 
 #include <vector>
 
@@ -33,12 +33,9 @@ TEST_F(MainJob, ReadsTheSubjectsOfTheInboxOfTheDefaultProfile)
     CZebSession session = LogOn();
     {
         CZebMsgStore store = OpenDefaultStore(session);
+        CZebFolder inbox = store.OpenInboxFolder(MAPI_BEST_ACCESS);
         for (const char* subject : {"two", "one"})
-        {
-            CZebPropValArray properties(1);
-            properties[PR_SUBJECT_A] = subject;
-            store.OpenInboxFolder(MAPI_BEST_ACCESS).CreateMessage(properties, true, 0);
-        }
+            SaveMessage(inbox, subject);
         EXPECT_EQ(SubjectsOfInbox(store), (std::vector<std::string>{"one", "two"}));
     }
     Zeb_GetMAPI().Uninitialize(&session);
@@ -66,9 +63,8 @@ TEST_F(MainJob, MessagesAreThereAfterMapiWasStoppedAndStartedAgain)
         CZebSession session = LogOn("mine");
         {
             CZebMsgStore store = OpenDefaultStore(session);
-            CZebPropValArray properties(1);
-            properties[PR_SUBJECT_A] = "kept";
-            store.OpenInboxFolder(MAPI_BEST_ACCESS).CreateMessage(properties, true, 0);
+            CZebFolder inbox = store.OpenInboxFolder(MAPI_BEST_ACCESS);
+            SaveMessage(inbox, "kept");
         }
         Zeb_GetMAPI().Uninitialize(&session);
     }
@@ -83,56 +79,41 @@ TEST_F(MainJob, MessagesAreThereAfterMapiWasStoppedAndStartedAgain)
 
 TEST_F(MainJob, AnInboxWithNothingInItHasNoRows)
 {
-    Start();
-    CreateProfile("mine", File("mine.zeb"));
-    CZebSession session = LogOn();
-    {
-        CZebMsgStore store = OpenDefaultStore(session);
-        EXPECT_TRUE(SubjectsOfInbox(store).empty());
-    }
-    session.Logoff(0, 0, 0);
+    WithStore([&](CZebSession&, CZebMsgStore& store) { EXPECT_TRUE(SubjectsOfInbox(store).empty()); });
 }
 
 TEST_F(MainJob, FoldersAreFoundByNameBelowTheTopOfTheMail)
 {
-    Start();
-    CreateProfile("mine", File("mine.zeb"));
-    CZebSession session = LogOn();
-    {
-        CZebMsgStore store = OpenDefaultStore(session);
-        CZebFolder top = store.OpenSpecialFolder(PR_IPM_SUBTREE_ENTRYID, MAPI_BEST_ACCESS);
-        top.CreateFolder("Projects", false, true, 0, "", FOLDER_GENERIC);
-        EXPECT_STREQ(top.OpenFolderByName("Projects").GetDisplayName().GetString(), "Projects");
-        EXPECT_EQ(FailureOf([&] { top.OpenFolderByName("Nowhere"); }).result, 1168);
-        EXPECT_TRUE(store.OpenRootFolder(MAPI_BEST_ACCESS).IsValid());
-        EXPECT_TRUE(store.OpenContactsFolder(MAPI_BEST_ACCESS).IsValid());
-        for (const ULONG tag : {PR_IPM_OUTBOX_ENTRYID, PR_IPM_WASTEBASKET_ENTRYID, PR_IPM_SENTMAIL_ENTRYID,
-                                PR_FINDER_ENTRYID, PR_VIEWS_ENTRYID})
-            EXPECT_TRUE(store.OpenSpecialFolder(tag, MAPI_BEST_ACCESS).IsValid()) << std::hex << tag;
-    }
-    session.Logoff(0, 0, 0);
+    WithStore(
+        [&](CZebSession&, CZebMsgStore& store)
+        {
+            CZebFolder top = store.OpenSpecialFolder(PR_IPM_SUBTREE_ENTRYID, MAPI_BEST_ACCESS);
+            top.CreateFolder("Projects", false, true, 0, "", FOLDER_GENERIC);
+            EXPECT_STREQ(top.OpenFolderByName("Projects").GetDisplayName().GetString(), "Projects");
+            EXPECT_EQ(FailureOf([&] { top.OpenFolderByName("Nowhere"); }).result, 1168);
+            EXPECT_TRUE(store.OpenRootFolder(MAPI_BEST_ACCESS).IsValid());
+            EXPECT_TRUE(store.OpenContactsFolder(MAPI_BEST_ACCESS).IsValid());
+            for (const ULONG tag : {PR_IPM_OUTBOX_ENTRYID, PR_IPM_WASTEBASKET_ENTRYID,
+                                    PR_IPM_SENTMAIL_ENTRYID, PR_FINDER_ENTRYID, PR_VIEWS_ENTRYID})
+                EXPECT_TRUE(store.OpenSpecialFolder(tag, MAPI_BEST_ACCESS).IsValid()) << std::hex << tag;
+        });
 }
 
 TEST_F(MainJob, ADeletedMessageIsMovedOrGone)
 {
-    Start();
-    CreateProfile("mine", File("mine.zeb"));
-    CZebSession session = LogOn();
-    {
-        CZebMsgStore store = OpenDefaultStore(session);
-        CZebFolder inbox = store.OpenInboxFolder(MAPI_BEST_ACCESS);
-        CZebPropValArray properties(1);
-        properties[PR_SUBJECT_A] = "away";
-        const CZebBinary first = inbox.CreateMessage(properties, true, 0).GetEntryID();
-        const CZebBinary second = inbox.CreateMessage(properties, true, 0).GetEntryID();
-        CZebFolder deleted = store.OpenSpecialFolder(PR_IPM_WASTEBASKET_ENTRYID, MAPI_BEST_ACCESS);
-        store.DeleteMessage(first, false);
-        EXPECT_EQ(deleted.GetContentsTable(0).GetRowCount(), 1u);
-        store.DeleteMessage(second, true);
-        EXPECT_EQ(deleted.GetContentsTable(0).GetRowCount(), 1u);
-        EXPECT_EQ(inbox.GetContentsTable(0).GetRowCount(), 0u);
-    }
-    session.Logoff(0, 0, 0);
+    WithStore(
+        [&](CZebSession&, CZebMsgStore& store)
+        {
+            CZebFolder inbox = store.OpenInboxFolder(MAPI_BEST_ACCESS);
+            const CZebBinary first = SaveMessage(inbox, "away").GetEntryID();
+            const CZebBinary second = SaveMessage(inbox, "away").GetEntryID();
+            CZebFolder deleted = store.OpenSpecialFolder(PR_IPM_WASTEBASKET_ENTRYID, MAPI_BEST_ACCESS);
+            store.DeleteMessage(first, false);
+            EXPECT_EQ(deleted.GetContentsTable(0).GetRowCount(), 1u);
+            store.DeleteMessage(second, true);
+            EXPECT_EQ(deleted.GetContentsTable(0).GetRowCount(), 1u);
+            EXPECT_EQ(inbox.GetContentsTable(0).GetRowCount(), 0u);
+        });
 }
 
 } // namespace

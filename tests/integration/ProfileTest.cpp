@@ -1,7 +1,7 @@
 // Profiles as the embedded provider keeps them, read from the registry and through MAPI.
 #include "tests/integration/Content.h"
+#include "tests/support/ProfileKeys.h"
 
-#include "platform/registry.h"
 #include "platform/text.h"
 
 #include <utility>
@@ -14,19 +14,9 @@ namespace
 using platform::RegistryKey;
 using platform::RegistryRoot;
 
-constexpr char Outlook15[] = "Software\\Microsoft\\Office\\15.0\\Outlook";
-constexpr char Outlook15Profiles[] = "Software\\Microsoft\\Office\\15.0\\Outlook\\Profiles";
-constexpr char Subsystem[] =
-    "Software\\Microsoft\\Windows NT\\CurrentVersion\\Windows Messaging Subsystem\\Profiles";
-
 class Profiles : public Host
 {
 protected:
-    static void SetOutlookVersion(const char* version)
-    {
-        RegistryKey::Create(RegistryRoot::ClassesRoot, "Outlook.Application\\CurVer")
-            .SetStringValue("", version);
-    }
     static Names InRegistry()
     {
         CZebProfileNames reader;

@@ -125,15 +125,7 @@ CZebFolder FolderTree::Top(bool fromRoot)
                     : m_store.OpenSpecialFolder(PR_IPM_SUBTREE_ENTRYID, MAPI_BEST_ACCESS);
 }
 
-bool FolderTree::OpenOrCreate(CZebFolder& parent, const std::string& name, CZebFolder& folder)
-{
-    if (Find(parent, name, folder))
-        return false;
-    folder = CreateSubfolder(parent, name);
-    return true;
-}
-
-CZebFolder& FolderTree::Open(const FolderPath& path)
+CZebFolder& FolderTree::Open(const FolderPath& path, bool create)
 {
     const std::string key = path.Text();
     const auto known = m_open.find(key);
@@ -144,25 +136,13 @@ CZebFolder& FolderTree::Open(const FolderPath& path)
     {
         folder = Top(path.fromRoot);
     }
-    else
+    else if (CZebFolder& above = Open(path.Above(), create); !Find(above, path.names.back(), folder))
     {
-        if (OpenOrCreate(Open(path.Above()), path.names.back(), folder))
-            m_created.push_back(path);
+        if (!create)
+            throw ToolError("there is no " + Named(path));
+        folder = CreateSubfolder(above, path.names.back());
+        m_created.push_back(path);
     }
-    return m_open.emplace(key, folder).first->second;
-}
-
-CZebFolder& FolderTree::Existing(const FolderPath& path)
-{
-    const std::string key = path.Text();
-    const auto known = m_open.find(key);
-    if (known != m_open.end())
-        return known->second;
-    CZebFolder folder(nullptr);
-    if (path.names.empty())
-        folder = Top(path.fromRoot);
-    else if (!Find(Existing(path.Above()), path.names.back(), folder))
-        throw ToolError("there is no " + Named(path));
     return m_open.emplace(key, folder).first->second;
 }
 

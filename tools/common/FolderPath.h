@@ -39,10 +39,10 @@ public:
     explicit FolderTree(CZebMsgStore& store);
 
     /// @throws CZebException*
-    CZebFolder& Open(const FolderPath& path);
+    CZebFolder& Open(const FolderPath& path) { return Open(path, true); }
 
     /// Opens a folder that must be there. @throws ToolError naming the path; CZebException*
-    CZebFolder& Existing(const FolderPath& path);
+    CZebFolder& Existing(const FolderPath& path) { return Open(path, false); }
 
     /// Deletes the folders that Open created since the last Keep, deepest first.
     void UndoCreated();
@@ -50,8 +50,7 @@ public:
 
 private:
     CZebFolder Top(bool fromRoot);
-    /// @return true when the folder had to be made
-    bool OpenOrCreate(CZebFolder& parent, const std::string& name, CZebFolder& folder);
+    CZebFolder& Open(const FolderPath& path, bool create);
 
     CZebMsgStore& m_store;
     std::map<std::string, CZebFolder> m_open;

@@ -294,9 +294,7 @@ void AddAddressBook(CLI::App& app, Action& action)
                                 &List, options, action);
     list->add_option("container", options->subject, "Its name, or its entry identifier in hexadecimal digits")
         ->type_name("CONTAINER");
-    list->add_option("--limit", options->limit, "List only the first N entries")
-        ->type_name("N")
-        ->check(CLI::Range(1u, 0x7FFFFFFFu));
+    AddCountOption(*list, "--limit", options->limit, "List only the first N entries");
 
     CLI::App* show =
         AddCommand(*group, "show", "Shows an entry with its properties, and of a list the members", &Show,

@@ -1,6 +1,8 @@
 // The commands of zeb. Each group stands in a file of its own and adds itself to the command line.
 #pragma once
 
+#include "zebapi/ZebAPI.h"
+
 #include <CLI/CLI.hpp>
 
 #include <functional>
@@ -43,6 +45,20 @@ inline void AddFolderArgument(CLI::App& command, std::string& folder)
                     "A folder, by path (\"Inbox/Sub\", \"/\" is the root) or entry identifier")
         ->required()
         ->type_name("FOLDER");
+}
+
+/// Adds an option that takes a count, "--limit N"; 0 stays where it is not given.
+inline void AddCountOption(CLI::App& command, const char* name, ULONG& count, const char* help)
+{
+    command.add_option(name, count, help)->type_name("N")->check(CLI::Range(1u, 0x7FFFFFFFu));
+}
+
+/// Adds "--sort", the order of a listing of messages.
+inline void AddSortOption(CLI::App& command, std::string& sort)
+{
+    command.add_option("--sort", sort, "By date (newest first), subject or size (largest first)")
+        ->check(CLI::IsMember({"date", "subject", "size"}))
+        ->capture_default_str();
 }
 
 /// Adds the option that answers the question of a command that destroys something.

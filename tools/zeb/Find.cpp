@@ -218,12 +218,8 @@ void AddFind(CLI::App& app, Action& action)
     AddCriteria(*command, options->criteria);
     command->add_flag("-r,--recursive", options->recursive, "Look into the folders below, too");
     command->add_flag("--associated", options->associated, "Look among the hidden (associated) messages");
-    command->add_option("--limit", options->limit, "List only the first N")
-        ->type_name("N")
-        ->check(CLI::Range(1u, 0x7FFFFFFFu));
-    command->add_option("--sort", options->sort, "By date (newest first), subject or size (largest first)")
-        ->check(CLI::IsMember({"date", "subject", "size"}))
-        ->capture_default_str();
+    AddCountOption(*command, "--limit", options->limit, "List only the first N");
+    AddSortOption(*command, options->sort);
     command->add_flag("--json", options->json, "Print JSON");
     command->footer(
         "The # is the message's number in its folder, by which the other commands know it; 1 is the "

@@ -110,12 +110,8 @@ void AddInbox(CLI::App& app, Action& action)
     auto options = std::make_shared<Options>();
     CLI::App* command = app.add_subcommand("inbox", "Lists the messages of the inbox");
     AddProfileOption(*command, options->profile);
-    command->add_option("--limit", options->limit, "List only the first N")
-        ->type_name("N")
-        ->check(CLI::Range(1u, 0x7FFFFFFFu));
-    command->add_option("--sort", options->sort, "By date (newest first), subject or size (largest first)")
-        ->check(CLI::IsMember({"date", "subject", "size"}))
-        ->capture_default_str();
+    AddCountOption(*command, "--limit", options->limit, "List only the first N");
+    AddSortOption(*command, options->sort);
     command->add_flag("--json", options->json, "Print JSON");
     command->callback([options, &action] { action = [options] { return Run(*options); }; });
 }

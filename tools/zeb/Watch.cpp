@@ -243,9 +243,7 @@ void AddWatch(CLI::App& app, Action& action)
         app.add_subcommand("watch", "Prints each change of a folder's messages as it comes, until Ctrl-C");
     AddProfileOption(*command, options->profile);
     AddFolderArgument(*command, options->folder);
-    command->add_option("--count", options->count, "End after N changes")
-        ->type_name("N")
-        ->check(CLI::Range(1u, 0x7FFFFFFFu));
+    AddCountOption(*command, "--count", options->count, "End after N changes");
     command->add_flag("--json", options->json, "Print JSON, an object a line");
     command->callback([options, &action] { action = [options] { return Run(*options); }; });
 }

@@ -2,6 +2,7 @@
 #include "zebapi/Profiles.h"
 
 #include "tests/support/MapiMemory.h"
+#include "tests/support/ProfileKeys.h"
 #include "tests/support/doubles/RecordingProfAdmin.h"
 #include "tests/zebapi/frame/FailingNew.h"
 #include "tests/zebapi/frame/LibraryFixture.h"
@@ -21,18 +22,9 @@ using ::testing::StartsWith;
 using platform::RegistryKey;
 using platform::RegistryRoot;
 
-constexpr char Outlook15[] = "Software\\Microsoft\\Office\\15.0\\Outlook";
-constexpr char Outlook15Profiles[] = "Software\\Microsoft\\Office\\15.0\\Outlook\\Profiles";
-constexpr char Subsystem[] =
-    "Software\\Microsoft\\Windows NT\\CurrentVersion\\Windows Messaging Subsystem\\Profiles";
-
 class ProfileNames : public LibraryFixture
 {
 protected:
-    void SetOutlookVersion(const std::string& version)
-    {
-        SetRegistry(RegistryRoot::ClassesRoot, "Outlook.Application\\CurVer", "", version);
-    }
     static void AddProfiles(const std::string& key, const std::vector<std::string>& names)
     {
         for (const std::string& name : names)

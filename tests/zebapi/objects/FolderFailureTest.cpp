@@ -1,8 +1,6 @@
 // Folders whose calls fail or give nothing, and folders of a derived class.
-#include "ObjectsTest.h"
-#include "tests/support/doubles/RecordingContainers.h"
+#include "FolderFixture.h"
 #include "tests/support/doubles/RecordingStore.h"
-#include "zebapi/Folder.h"
 #include "zebapi/PROPVALArray.h"
 #include "zebapi/SESSION.h"
 #include "zebapi/TAGS.h"
@@ -14,16 +12,11 @@ using namespace zeb::test;
 namespace
 {
 
-class FailingFolder : public ObjectsTest
+class FailingFolder : public FolderFixture
 {
 protected:
     FailingFolder()
     {
-        m_double.m_hierarchy = &m_subfolders;
-        m_double.m_contents = &m_messages;
-        m_double.m_created = &m_new;
-        m_double.m_message = &m_message;
-        m_double.m_openable.Add("one", &m_existing, MAPI_FOLDER);
         m_double.m_openable.Add("hollow", nullptr, MAPI_FOLDER);
         m_subfolders.m_rows = {{{PR_ENTRYID, 0, "one"}, {PR_DISPLAY_NAME_A, 0, "sub"}}};
     }
@@ -32,14 +25,6 @@ protected:
     {
         return std::string("Ver:1, Error:why not, Component:") + object + ", LowLewelError:2, Context:3 \n";
     }
-
-    RowTable m_subfolders{m_journal, "subfolders"};
-    RowTable m_messages{m_journal, "messages"};
-    RecordingFolder m_existing{m_journal, "existing"};
-    RecordingFolder m_new{m_journal, "new"};
-    RecordingMessage m_message{m_journal};
-    RecordingFolder m_double{m_journal};
-    CZebFolder m_folder{&m_double};
 };
 
 } // namespace

@@ -1,6 +1,5 @@
-#include "zebapi/Folder.h"
-#include "ObjectsTest.h"
-#include "tests/support/doubles/RecordingContainers.h"
+// Folders: what is made, opened, copied and deleted through them.
+#include "FolderFixture.h"
 #include "zebapi/PROPVALArray.h"
 
 using namespace zeb::test;
@@ -8,18 +7,10 @@ using namespace zeb::test;
 namespace
 {
 
-class Folder : public ObjectsTest
+class Folder : public FolderFixture
 {
 protected:
-    Folder()
-    {
-        m_double.m_hierarchy = &m_subfolders;
-        m_double.m_contents = &m_messages;
-        m_double.m_created = &m_new;
-        m_double.m_message = &m_message;
-        m_double.m_openable.Add("one", &m_existing, MAPI_FOLDER);
-        m_double.m_openable.Add("info", &m_info, MAPI_MESSAGE);
-    }
+    Folder() { m_double.m_openable.Add("info", &m_info, MAPI_MESSAGE); }
     /// One subfolder of that name.
     void HasSubfolder(const std::string& name)
     {
@@ -28,14 +19,7 @@ protected:
                                {{PR_ENTRYID, 0, "three"}, {PR_DISPLAY_NAME_A, 0, name}}};
     }
 
-    RowTable m_subfolders{m_journal, "subfolders"};
-    RowTable m_messages{m_journal, "messages"};
-    RecordingFolder m_existing{m_journal, "existing"};
-    RecordingFolder m_new{m_journal, "new"};
-    RecordingMessage m_message{m_journal};
     RecordingMessage m_info{m_journal, "info"};
-    RecordingFolder m_double{m_journal};
-    CZebFolder m_folder{&m_double};
     const HWND m_window = reinterpret_cast<HWND>(static_cast<ULONG_PTR>(0x55));
 };
 

@@ -1,6 +1,7 @@
 // Tables to be followed by notifications, over one store.
 #pragma once
 
+#include "tests/zebstore/storage/ComputedNumber.h"
 #include "tests/zebstore/storage/Restrictions.h"
 #include "tests/zebstore/storage/TableCopy.h"
 
@@ -11,25 +12,6 @@
 
 namespace zebstore::test
 {
-
-// What the provider computes, in small.
-class KeysComputed : public ComputedProperties
-{
-public:
-    bool OfMessage(ULONG tag, MessageId message, PropertySet& out) const override
-    {
-        if (PROP_ID(tag) != PROP_ID(PR_INSTANCE_KEY))
-            return false;
-        out.SetBinary(PR_INSTANCE_KEY, &message, sizeof(message));
-        return true;
-    }
-    bool OfFolder(ULONG tag, const FolderInfo& folder, PropertySet& out) const override
-    {
-        return OfMessage(tag, folder.id, out);
-    }
-    std::vector<ULONG> MessageTags() const override { return {PR_INSTANCE_KEY}; }
-    std::vector<ULONG> FolderTags() const override { return {PR_INSTANCE_KEY}; }
-};
 
 class NotifyTables : public StorageTest
 {
@@ -61,14 +43,14 @@ protected:
     Ref<IMAPITable> Contents(FolderId folder = Inbox)
     {
         const auto table =
-            CreateTable(MakeContentsRows(m_store, folder, false, std::make_shared<KeysComputed>()), {});
+            CreateTable(MakeContentsRows(m_store, folder, false, Computed(PR_INSTANCE_KEY)), {});
         EXPECT_EQ(table->SetColumns(TagArray({PR_SUBJECT_A, PR_IMPORTANCE, PR_INSTANCE_KEY}).Get(), 0), S_OK);
         return table;
     }
     Ref<IMAPITable> Hierarchy(FolderId folder, bool wholeTree)
     {
         const auto table =
-            CreateTable(MakeHierarchyRows(m_store, folder, wholeTree, std::make_shared<KeysComputed>()), {});
+            CreateTable(MakeHierarchyRows(m_store, folder, wholeTree, Computed(PR_INSTANCE_KEY)), {});
         EXPECT_EQ(table->SetColumns(TagArray({PR_DISPLAY_NAME_A, PR_DEPTH, PR_CONTENT_COUNT,
                                               PR_CONTENT_UNREAD, PR_SUBFOLDERS, PR_INSTANCE_KEY})
                                         .Get(),

@@ -1,3 +1,4 @@
+#include "tests/zebstore/storage/ComputedNumber.h"
 #include "tests/zebstore/storage/Restrictions.h"
 
 #include "zebstore/Table.h"
@@ -8,25 +9,6 @@ namespace zebstore::test
 {
 namespace
 {
-
-// What the provider computes, in small: an entry identifier of the row's number.
-class Computed : public ComputedProperties
-{
-public:
-    bool OfMessage(ULONG tag, MessageId message, PropertySet& out) const override
-    {
-        if (PROP_ID(tag) != PROP_ID(PR_ENTRYID))
-            return false;
-        out.SetBinary(PR_ENTRYID, &message, sizeof(message));
-        return true;
-    }
-    bool OfFolder(ULONG tag, const FolderInfo& folder, PropertySet& out) const override
-    {
-        return OfMessage(tag, folder.id, out);
-    }
-    std::vector<ULONG> MessageTags() const override { return {PR_ENTRYID}; }
-    std::vector<ULONG> FolderTags() const override { return {PR_ENTRYID}; }
-};
 
 class TableTest : public StorageTest
 {
@@ -47,8 +29,7 @@ protected:
     {
         TableOptions options;
         options.unicode = unicode;
-        return CreateTable(MakeContentsRows(m_store, Inbox, associated, std::make_shared<Computed>()),
-                           options);
+        return CreateTable(MakeContentsRows(m_store, Inbox, associated, Computed(PR_ENTRYID)), options);
     }
     static void Columns(IMAPITable& table, std::vector<ULONG> tags)
     {
@@ -403,7 +384,7 @@ TEST_F(TableTest, TheHierarchyShowsDepthAndCounts)
     const FolderId b = Store().CreateFolder(a, Named("b"));
     Store().CreateMessage(b, false, Mail("m"));
     const auto rows = [&](bool deep)
-    { return CreateTable(MakeHierarchyRows(m_store, Inbox, deep, std::make_shared<Computed>()), {}); };
+    { return CreateTable(MakeHierarchyRows(m_store, Inbox, deep, Computed(PR_ENTRYID)), {}); };
     EXPECT_EQ(Count(*rows(false)), 1u);
     const auto table = rows(true);
     EXPECT_EQ(Count(*table), 2u);

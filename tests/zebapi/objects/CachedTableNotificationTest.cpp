@@ -1,0 +1,208 @@
+// What the cached table does about notifications, and when it is registered for them.
+#include "CachedTables.h"
+#include "platform/messages.h"
+
+#include <atomic>
+#include <thread>
+
+using namespace zeb::test;
+using zeb::platform::WindowMessage;
+
+TEST_F(CachedTable, AClassDerivedFromItHearsOfTheEventOnly)
+{
+    class Derived : public CZebCachedTable
+    {
+    public:
+        using CZebCachedTable::CZebCachedTable;
+        void OnTableModified_ReloadCommon() override { ++m_others; }
+        void OnTableModified_Changed() override { ++m_others; }
+        void OnTableModified_Error() override { ++m_others; }
+        void OnTableModified_Reload() override { ++m_others; }
+        void OnTableModified_Row_Added(TABLE_NOTIFICATION*) override { ++m_others; }
+        void OnTableModified_Row_Deleted(TABLE_NOTIFICATION*) override { ++m_others; }
+        void OnTableModified_Row_Modified(TABLE_NOTIFICATION*) override { ++m_others; }
+        int m_others = 0;
+    };
+    Derived table(&m_double);
+    for (ULONG tableEvent = 0; tableEvent <= 10; ++tableEvent)
+    {
+        m_double.Notify(tableEvent);
+    }
+    EXPECT_EQ(table.m_others, 0);
+}
+
+TEST_F(CachedTable, AssigningMovesTheRegistrationAndKeepsTheOwnerWindow)
+{
+    RowTable other(m_journal, "other");
+    const CZebTable plain(&other);
+    const HWND window = zeb::platform::CreateMessageWindow();
+    HasRows(10);
+    {
+        OpenTable table(&m_double);
+        table.SetOwnerWindow(window);
+        At(table, 3);
+        Calls();
+        table = plain;
+        EXPECT_EQ(Calls(), (Lines{"table: Unadvise(0x4D)", "other: Advise(0x100)"}));
+        EXPECT_EQ(m_memory.LiveRoots(), 0u) << "the rows of the old table are gone";
+        EXPECT_EQ(m_double.References(), 0u);
+        other.Notify(TABLE_RELOAD);
+        WindowMessage message = {};
+        EXPECT_TRUE(zeb::platform::WaitWindowMessage(window, 0, message));
+    }
+    EXPECT_EQ(Calls(), (Lines{"other: Unadvise(0x4D)"})) << "destroying it unregisters";
+    zeb::platform::DestroyMessageWindow(window);
+}
+
+TEST_F(CachedTable, EveryChangeDropsTheWindowAndPostsOneMessage)
+{
+    const HWND window = zeb::platform::CreateMessageWindow();
+    ASSERT_NE(window, nullptr);
+    HasRows(10);
+    OpenTable table(&m_double);
+    table.SetOwnerWindow(window);
+    for (ULONG tableEvent = 0; tableEvent <= 12; ++tableEvent)
+    {
+        const bool changes = (tableEvent >= 1 && tableEvent <= 5) || tableEvent == TABLE_RELOAD;
+        At(table, 0);
+        m_double.Notify(tableEvent);
+        EXPECT_EQ(Hits(table, 1), !changes) << tableEvent;
+        WindowMessage message = {};
+        EXPECT_EQ(zeb::platform::WaitWindowMessage(window, 0, message), changes) << tableEvent;
+        if (changes)
+        {
+            EXPECT_EQ(message.message, 1175u);
+            EXPECT_EQ(message.wParam, 0u);
+            EXPECT_EQ(message.lParam, 0);
+        }
+        EXPECT_FALSE(zeb::platform::WaitWindowMessage(window, 0, message));
+    }
+    table.SetOwnerWindow(nullptr);
+    m_double.Notify(TABLE_CHANGED);
+    WindowMessage message = {};
+    EXPECT_FALSE(zeb::platform::WaitWindowMessage(window, 0, message));
+    zeb::platform::DestroyMessageWindow(window);
+}
+
+TEST_F(CachedTable, ARowStaysReadableWhenANotificationDropsTheWindow)
+{
+    HasRows(10);
+    OpenTable table(&m_double);
+    const CZebRow row = table[3];
+    const size_t blocks = m_memory.LiveRoots();
+    m_double.Notify(TABLE_ROW_ADDED);
+    EXPECT_EQ(row[Column].operator LONG(), 3);
+    EXPECT_EQ(m_memory.LiveRoots(), blocks);
+    EXPECT_FALSE(Hits(table, 3));
+    EXPECT_EQ(m_memory.LiveRoots(), blocks) << "the next read freed the old rows";
+}
+
+TEST_F(CachedTable, AWindowReadDuringANotificationIsGivenOutOnceAndNotKept)
+{
+    HasRows(10);
+    OpenTable table(&m_double);
+    m_double.m_whileReading = [&] { m_double.Notify(TABLE_ROW_ADDED); };
+    EXPECT_EQ(At(table, 3), 3);
+    m_double.m_whileReading = [&]
+    {
+        std::thread provider([&] { m_double.Notify(TABLE_ROW_ADDED); });
+        provider.join();
+    };
+    EXPECT_FALSE(Hits(table, 3));
+    m_double.m_whileReading = nullptr;
+    EXPECT_FALSE(Hits(table, 3));
+    EXPECT_TRUE(Hits(table, 3));
+    m_double.m_whileCounting = [&] { m_double.Notify(TABLE_ROW_ADDED); };
+    EXPECT_FALSE(Hits(table, 3)) << "what came before the read is in it";
+    m_double.m_whileCounting = nullptr;
+    EXPECT_TRUE(Hits(table, 3));
+    m_double.m_whileSeeking = [&] { m_double.Notify(TABLE_ROW_ADDED); };
+    table.EmptyCache();
+    EXPECT_FALSE(Hits(table, 3));
+    m_double.m_whileSeeking = nullptr;
+    EXPECT_FALSE(Hits(table, 3)) << "the seek may have been counted in old rows";
+    EXPECT_TRUE(Hits(table, 3));
+}
+
+TEST_F(CachedTable, IsBoundFromAnInterfaceAndByAssignmentAndUnboundByFree)
+{
+    HasRows(10);
+    OpenTable table(&m_double);
+    EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)"}));
+    At(table, 0);
+    Calls();
+    table.Free();
+    EXPECT_EQ(Calls(), (Lines{"table: Unadvise(0x4D)"}));
+    EXPECT_FALSE(table.IsValid());
+    EXPECT_EQ(m_double.References(), 0u);
+    EXPECT_EQ(m_memory.LiveRoots(), 0u);
+    const CZebTable plain(&m_double);
+    table = plain;
+    EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)"}));
+    EXPECT_FALSE(Hits(table, 0));
+    table.Unbind();
+    Calls();
+    OpenTable unbound(plain);
+    EXPECT_TRUE(unbound.IsValid());
+    EXPECT_TRUE(Calls().empty()) << "made from a table, it is not registered";
+    unbound.Bind();
+    EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)"}));
+    unbound.Bind();
+    EXPECT_EQ(Calls(), (Lines{"table: Unadvise(0x4D)", "table: Advise(0x100)"})) << "never twice at once";
+}
+
+TEST_F(CachedTable, AnEmptyOneIsNotBoundAndReadingItRaisesAComError)
+{
+    OpenTable table;
+    EXPECT_EQ(m_log.Lines().size(), 0u);
+    EXPECT_EQ(Raised([&] { table[0]; }), E_POINTER);
+    EXPECT_TRUE(Calls().empty());
+}
+
+TEST_F(CachedTable, AssigningAnEmptyTableEmptiesAndLogs)
+{
+    HasRows(10);
+    OpenTable table(&m_double);
+    const CZebTable empty;
+    table = empty;
+    EXPECT_FALSE(table.IsValid());
+    EXPECT_EQ(Caught(), 1u);
+    EXPECT_EQ(m_double.References(), 0u);
+}
+
+TEST_F(CachedTable, AProviderThatRefusesNotificationsLeavesTheTableWorking)
+{
+    HasRows(10);
+    m_double.Fail("Advise", MAPI_E_NO_SUPPORT);
+    OpenTable table(&m_double);
+    EXPECT_EQ(Caught(), 1u);
+    EXPECT_EQ(At(table, 5), 5);
+    EXPECT_TRUE(Hits(table, 6));
+    table.Free();
+    EXPECT_TRUE(Calls().empty()) << "nothing to unregister";
+}
+
+TEST_F(CachedTable, ScrollsWhileNotificationsArriveOnAnotherThread)
+{
+    HasRows(200);
+    OpenTable table(&m_double);
+    std::atomic<bool> stop{false};
+    std::thread provider(
+        [&]
+        {
+            while (!stop)
+            {
+                m_double.Notify(TABLE_ROW_MODIFIED);
+                std::this_thread::yield();
+            }
+        });
+    for (ULONG i = 0; i < 2000; ++i)
+    {
+        const ULONG index = (i * 7) % 200;
+        const CZebRow row = table[index];
+        ASSERT_EQ(row[Column].operator LONG(), static_cast<LONG>(index));
+    }
+    stop = true;
+    provider.join();
+    Calls();
+}
