@@ -7,6 +7,7 @@ installed_host_test.py BUILD_DIR SOURCE_DIR CMAKE [--toolchain FILE] [--flags FL
 import argparse
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -50,12 +51,13 @@ class InstalledHost(unittest.TestCase):
 
     def test_a_host_builds_against_the_installed_library_and_runs(self):
         build = self.build_host()
+        self.starts(build / ("host.exe" if ARGUMENTS.toolchain else "host"))
+
+    def starts(self, program):
+        """Runs a host, on Windows beside the installed DLL, and expects that the library answers it."""
         environment = dict(os.environ, ZEBAPI_REGISTRY=str(self.folder / "empty.reg"))
         if ARGUMENTS.toolchain:
-            program = self.prefix / "bin" / "host.exe"
-            shutil.copy(build / "host.exe", program)
-        else:
-            program = build / "host"
+            program = shutil.copy(program, self.prefix / "bin" / "host.exe")
         # Files, not pipes: Wine's own processes inherit them and would keep a pipe open long after the host's end.
         with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
             code = subprocess.run([*ARGUMENTS.runner, str(program)], env=environment, stdin=subprocess.DEVNULL,
@@ -66,6 +68,15 @@ class InstalledHost(unittest.TestCase):
         # Nothing is registered in an empty registry, so the library says so instead of printing mail.
         self.assertEqual(code, 1, printed + complained)
         self.assertIn("MAPI_E_", complained)
+
+    def the_command_of_the_readme_builds_a_host_that_starts(self):
+        readme = (ARGUMENTS.source / "README.md").read_text(encoding="utf-8")
+        command = re.search(r"^    (x86_64-w64-mingw32-g\+\+\S* (?:.*\\\n)*.*)$", readme, re.M)[1]
+        folder = self.folder / "plain"
+        folder.mkdir()
+        shutil.copy(ARGUMENTS.source / "examples" / "inbox.cpp", folder / "host.cpp")
+        self.run_checked(["sh", "-ec", f"cd '{folder}'; " + command.replace("DIR/", f"{self.prefix}/")])
+        self.starts(folder / "host.exe")
 
     def test_every_header_that_a_host_includes_is_installed(self):
         names = {path.name for path in (self.prefix / "include" / "zebapi").glob("*.h")}
@@ -83,4 +94,7 @@ if __name__ == "__main__":
     parser.add_argument("--mapi-headers", action="append", default=[])
     ARGUMENTS = parser.parse_args()
     ARGUMENTS.build = ARGUMENTS.build.resolve()
+    if ARGUMENTS.toolchain:
+        # The README's command is that of a Windows compiler.
+        InstalledHost.test_the_readmes_command = InstalledHost.the_command_of_the_readme_builds_a_host_that_starts
     sys.exit(not unittest.main(argv=sys.argv[:1], exit=False, verbosity=1).result.wasSuccessful())
