@@ -1,5 +1,4 @@
-"""Profiles, stores and registries that can not be used: one clear sentence each."""
-import world
+"""Profiles and stores that can not be used: one clear sentence each."""
 from world import World, message
 
 
@@ -14,7 +13,17 @@ class BadStore(World):
             self.store.with_name(self.store.name + suffix).unlink(missing_ok=True)
 
     def test_a_profile_that_does_not_exist(self):
-        self.refused("inbox", "--profile", "nobody", saying="'nobody'")
+        self.refused("inbox", "--profile", "nobody", saying="there is no profile 'nobody'")
+
+    def test_a_file_too_short_for_a_store(self):
+        self.remove_side_files()
+        for size in (0, 1, 99):
+            with self.subTest(size=size):
+                short = self.store.read_bytes()[:size] if size else b""
+                self.store.write_bytes(short)
+                self.refused("inbox", saying=["the-store.zeb", f"it has only {size} bytes"])
+                self.assertEqual(self.store.read_bytes(), short)
+                self.store.write_bytes(b"SQLite format 3\0" + bytes(200))
 
     def test_a_missing_store_file(self):
         self.store.unlink()
@@ -43,21 +52,3 @@ class BadStore(World):
         self.store.write_bytes(data)
         self.refused("inbox", saying=["the-store.zeb", f"schema version {int.from_bytes(data[60:64], 'big')};"])
         self.assertEqual(self.store.read_bytes(), bytes(data))
-
-
-class BadRegistry(World):
-    def test_a_syntax_error_is_named_with_file_and_line(self):
-        if world.WINDOWS:
-            # Windows keeps its registry itself; there is no file to be wrong.
-            self.zeb("doctor")
-            return
-        registry = self.folder / "registry.reg"
-        lines = len(registry.read_text().splitlines())
-        with registry.open("a") as file:
-            file.write("[HKEY_CURRENT_USER\\Software\\Test]\nthis is no value\n")
-        broken = registry.read_text()
-        for command in (["doctor"], ["inbox"], ["provider", "install"], ["profile", "list"],
-                        ["profile", "create", "a", "--store", self.path("a.zeb")]):
-            with self.subTest(command=command):
-                self.refused(*command, saying=["registry.reg", f"{lines + 2}"])
-        self.assertEqual(registry.read_text(), broken)

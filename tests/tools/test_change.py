@@ -68,10 +68,25 @@ class Folders(Changes):
         self.refused("mkdir", "", saying="the top folder")
         self.refused("mkdir", "/", saying="the root folder")
 
+    def test_a_path_from_the_root_is_no_option(self):
+        self.assertEqual(self.zeb("mkdir", "/Mine").out, "folder '/Mine' is there\n")
+        self.assertEqual(self.zeb("find", "/Mine").out, "0 messages\n")
+        self.assertTrue(self.zeb("show", "/Mine").out.startswith("folder '/Mine'\n"))
+        self.assertEqual(self.zeb("rmdir", "/Mine", "--yes").out, "folder '/Mine' is deleted\n")
+
+    def test_a_backslash_separates_nothing(self):
+        before = self.counts()
+        for path in ("Inbox\\Sub", "Inbox\\", "a\\\\\\b"):
+            with self.subTest(path=path):
+                self.refused("mkdir", path, saying=[f'"{path}" has a lone backslash', "'/' separates folders"])
+        self.assertEqual(self.counts(), before)
+
     def test_the_stores_own_folders_stay(self):
         self.refused("rmdir", "Inbox", "--recursive", "--yes", saying=["'Inbox'", "MAPI_E_NO_ACCESS"])
         self.refused("mv", "Inbox", "Outbox", saying=["'Inbox'", "MAPI_E_NO_ACCESS"])
         self.assertIn("Inbox", self.counts())
+        self.refused("rmdir", "/", "--recursive", "--yes", saying="the root folder can not be deleted")
+        self.refused("rmdir", "", "--recursive", "--yes", saying="the top folder can not be deleted")
 
     def test_a_folder_is_emptied(self):
         self.load(message("a", folder="Sub"), message("b", folder="Sub/Deep"), {**message("c", folder="Sub"), "associated": True})

@@ -17,7 +17,13 @@ class Usage(World):
 
     def test_help_ends_with_0(self):
         self.assertIn("doctor", self.zeb("--help").out)
-        self.assertIn("--sort", self.zeb("inbox", "--help").out)
+        inbox = self.zeb("inbox", "--help").out
+        self.assertIn("  --limit N                   List only the first N\n", inbox)
+        self.assertIn("  --sort date|subject|size (date)\n", inbox)
+        move = self.zeb("mv", "--help").out
+        self.assertIn("Usage: zeb mv [OPTIONS] FOLDER [MESSAGE...] TARGET\n", move)
+        self.assertIn("\n  FOLDER [MESSAGE...] TARGET  A folder and", move.replace("TARGET\n" + " " * 30, "TARGET  "))
+        self.assertIn("Usage: zeb show [OPTIONS] [OBJECT] [MESSAGE]\n", self.zeb("show", "--help").out)
 
 
 class Doctor(World):
@@ -219,7 +225,7 @@ class Profile(World):
         self.assertTrue((self.folder / "one.zeb").exists())
         self.assertEqual(self.zeb("profile", "default").out, "two\n")
         self.assertEqual(sorted(self.zeb("profile", "list").out.splitlines()), ["  one", "* two"])
-        self.zeb("profile", "default", "one")
+        self.assertEqual(self.zeb("profile", "default", "one").out, "profile 'one' is the default\n")
         listed = {entry["name"]: entry["default"] for entry in json.loads(self.zeb("profile", "list", "--json").out)}
         self.assertEqual(listed, {"one": True, "two": False})
         self.zeb("profile", "delete", "two")

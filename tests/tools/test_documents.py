@@ -198,7 +198,7 @@ class LoadFormat(World):
     def test_the_lines_that_it_shows_load_and_come_back(self):
         lines = [json.loads(line) for block in re.findall(r"```json\n(.*?)```", self.page, re.S)
                  for line in block.splitlines()]
-        self.assertEqual(self.load(*lines).out, "1 message loaded\n3 address book entries loaded\n")
+        self.assertEqual(self.load(*lines).out, "1 message loaded\n1 folder loaded\n3 address book entries loaded\n")
         saved = self.saved()
         for line in lines:
             for key in {"properties", "folderProperties"} & line.keys() if "folder" in line else ():

@@ -81,7 +81,14 @@ class Load(World):
         self.assertEqual(self.subjects(), ["shown"])
 
     def test_a_missing_file_is_named(self):
-        self.refused("load", self.path("absent.jsonl"), saying="absent.jsonl")
+        self.refused("load", self.path("absent.jsonl"), saying="absent.jsonl' is not there")
+        self.refused("load", self.path("."), saying="is a folder")
+
+    def test_lines_of_folders_are_counted_beside_the_messages(self):
+        folder = {"folder": "Sub", "folderProperties": {"PR_COMMENT": "of the folder"}}
+        self.assertEqual(self.load(folder).out, "1 folder loaded\n")
+        self.assertEqual(self.load(message("a"), folder, folder).out, "1 message loaded\n2 folders loaded\n")
+        self.assertEqual(self.load("").out, "0 messages loaded\n")
 
 
 class BadLines(World):
@@ -139,7 +146,7 @@ class BadLines(World):
         self.stops(self.with_property("{nonsense}:PT_LONG:id:0x8503", 1), "named property")
 
     def test_no_folder(self):
-        self.stops({"properties": {"PR_SUBJECT": "a"}}, "folder")
+        self.stops({"properties": {"PR_SUBJECT": "a"}}, '"folder" is missing')
 
     def test_an_empty_name_in_the_path(self):
         self.stops(message("a", folder="Inbox//Sub"), "empty name")

@@ -26,6 +26,15 @@ std::string Escaped(const std::string& name)
     return text;
 }
 
+/// Who separates folders by '\' must not get one folder named by all of the path.
+void RefuseLoneBackslash(const std::string& text, size_t behind)
+{
+    if (behind >= text.size() || (text[behind] != '/' && text[behind] != '\\'))
+        throw ToolError(
+            "the folder path \"" + text +
+            "\" has a lone backslash: '/' separates folders, and a backslash of a name is written '\\\\'");
+}
+
 /// Looks a subfolder up by its name. @return false when there is none.
 bool Find(CZebFolder& parent, const std::string& name, CZebFolder& folder)
 {
@@ -57,8 +66,11 @@ FolderPath FolderPath::Parse(const std::string& text)
             path.names.push_back(std::exchange(name, {}));
             continue;
         }
-        if (text[i] == '\\' && i + 1 < text.size())
+        if (text[i] == '\\')
+        {
             ++i;
+            RefuseLoneBackslash(text, i);
+        }
         name += text[i];
     }
     if (!name.empty() || !path.names.empty())

@@ -8,6 +8,27 @@ namespace zeb::tools
 namespace
 {
 
+/// False when MAPI's administration, asked for its profiles, has none of that name.
+bool MayExist(const std::string& profile)
+{
+    try
+    {
+        CZebProfAdmin profiles = CZebProfAdmin::Open();
+        CZebTable table = profiles.GetProfileTable();
+        CZebRowSet rows;
+        table.QueryAllRows(&rows, nullptr, nullptr);
+        for (ULONG i = 0; i < rows.Count(); ++i)
+            if (static_cast<CStringA>(rows[i][PR_DISPLAY_NAME_A]).CompareNoCase(profile.c_str()) == 0)
+                return true;
+        return false;
+    }
+    catch (CException* exception)
+    {
+        exception->Delete();
+        return true;
+    }
+}
+
 std::string NamedProfile(const std::string& profile)
 {
     return profile.empty() ? "the default profile" : "profile '" + Utf8FromNarrow(profile) + "'";
@@ -43,7 +64,11 @@ HostSession::HostSession(const std::string& profile)
     }
     catch (...)
     {
-        FailWhile("logging on to " + NamedProfile(profile));
+        const std::string failure = CurrentFailure();
+        if (!profile.empty() && !MayExist(profile))
+            throw ToolError("there is no " + NamedProfile(profile) +
+                            "; 'zeb profile list' shows the profiles there are");
+        throw ToolError("logging on to " + NamedProfile(profile) + ": " + failure);
     }
 }
 

@@ -1,5 +1,6 @@
 #include "platform/console.h"
 #include "tools/common/Failure.h"
+#include "tools/common/Help.h"
 #include "tools/common/Output.h"
 #include "tools/zeb-import/Importer.h"
 #include "tools/zeb-import/MimeSource.h"
@@ -102,6 +103,7 @@ int main(int argc, char** argv)
     zeb::platform::PrepareConsole();
     CLI::App app("Brings mail into the default store of a profile.", "zeb-import");
     app.require_subcommand(1);
+    app.formatter(std::make_shared<zeb::tools::HelpFormatter>());
     app.footer("Exit codes: 0 done, 1 failed, 2 wrong usage, 3 done but for the items that were reported and "
                "skipped.");
     const auto options = std::make_shared<Options>();

@@ -97,6 +97,8 @@ int RemoveFolder(const Options& options)
     Mailbox mailbox(options.profile);
     CZebFolder folder = mailbox.OpenFolder(options.folder);
     const FolderPath path = mailbox.PathOf(folder);
+    if (path.names.empty())
+        throw ToolError(Named(path) + " can not be deleted");
     const Contents contents = ContentsOf(folder);
     const bool isEmpty = contents.messages + contents.associated + contents.folders == 0;
     if (!isEmpty && !options.recursive)

@@ -32,8 +32,13 @@ public:
         : m_stream(file, std::ios::binary)
     {
         std::error_code ignored;
-        if (std::filesystem::is_directory(file, ignored) || !m_stream)
-            throw ToolError("'" + Utf8FromNarrow(file) + "' can not be read");
+        const std::string named = "'" + Utf8FromNarrow(file) + "' ";
+        if (!std::filesystem::exists(file, ignored))
+            throw ToolError(named + "is not there");
+        if (std::filesystem::is_directory(file, ignored))
+            throw ToolError(named + "is a folder");
+        if (!m_stream)
+            throw ToolError(named + "can not be read");
         const auto size = std::filesystem::file_size(file, ignored);
         m_size = ignored ? 0 : size;
     }
@@ -90,16 +95,22 @@ void WriteLine(LoadLine& line, FolderTree& folders, NameResolver& names)
 
 struct Counts
 {
-    unsigned long long messages = 0, addresses = 0;
+    unsigned long long messages = 0, folders = 0, addresses = 0;
 };
+
+void PrintCount(unsigned long long count, const char* one, const char* more)
+{
+    if (count > 0)
+        Print(Grouped(count) + " " + (count == 1 ? one : more) + " loaded\n");
+}
 
 void PrintCounts(const Counts& counts)
 {
-    if (counts.messages > 0 || counts.addresses == 0)
-        Print(Grouped(counts.messages) + (counts.messages == 1 ? " message loaded\n" : " messages loaded\n"));
-    if (counts.addresses > 0)
-        Print(Grouped(counts.addresses) +
-              (counts.addresses == 1 ? " address book entry loaded\n" : " address book entries loaded\n"));
+    if (counts.messages + counts.folders + counts.addresses == 0)
+        Print("0 messages loaded\n");
+    PrintCount(counts.messages, "message", "messages");
+    PrintCount(counts.folders, "folder", "folders");
+    PrintCount(counts.addresses, "address book entry", "address book entries");
 }
 
 int Run(const Options& options)
@@ -129,7 +140,7 @@ int Run(const Options& options)
                 else
                 {
                     WriteLine(line, folders, names);
-                    counts.messages += line.isFolder ? 0 : 1;
+                    ++(line.isFolder ? counts.folders : counts.messages);
                 }
                 progress.Step(reader.Read());
             }

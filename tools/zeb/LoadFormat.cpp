@@ -166,7 +166,9 @@ LoadLine ParseLoadLine(const std::string& text)
                                                           "attachments"},
                     line.isFolder ? "a line of a folder" : "a line");
     const auto folder = object.find("folder");
-    if (folder == object.end() || !folder->is_string())
+    if (folder == object.end())
+        throw ToolError("\"folder\" is missing");
+    if (!folder->is_string())
         throw ToolError("\"folder\" must be text");
     line.folder = FolderPath::Parse(folder->get<std::string>());
     if (line.isFolder)

@@ -178,6 +178,7 @@ int Default(const Options& options)
     Administration administration;
     IProfAdmin* profiles = administration.Interface();
     Do("choosing", options.name, profiles, profiles->SetDefaultProfile(Text(options.name), 0));
+    Print("profile '" + Utf8FromNarrow(options.name) + "' is the default\n");
     return ExitDone;
 }
 

@@ -1,5 +1,6 @@
 #include "platform/console.h"
 #include "tools/common/Failure.h"
+#include "tools/common/Help.h"
 #include "tools/zeb/Command.h"
 
 int main(int argc, char** argv)
@@ -9,6 +10,8 @@ int main(int argc, char** argv)
 
     CLI::App app("Looks after MAPI providers, profiles and stores, and shows what is in them.", "zeb");
     app.require_subcommand(1);
+    app.formatter(std::make_shared<HelpFormatter>());
+    app.allow_windows_style_options(false); // "/Inbox" is a folder on either system
     Action action;
     AddDoctor(app, action);
     AddProvider(app, action);

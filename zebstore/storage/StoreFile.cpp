@@ -61,6 +61,18 @@ bool MayNotBeWritten(const std::string& path)
     return !failure && (permissions & write) == fs::perms::none;
 }
 
+constexpr size_t HeaderSize = 100; // of a database
+
+// SQLite takes a file without a whole header for a database without tables.
+void RequireHeader(const std::string& path)
+{
+    std::error_code failure;
+    const std::uintmax_t size = fs::file_size(fs::u8path(path), failure);
+    if (!failure && size < HeaderSize)
+        throw Error(MAPI_E_CORRUPT_STORE, "The store file '" + path + "' is no store: it has only " +
+                                              std::to_string(size) + " bytes.");
+}
+
 // SQLite takes a last page that is cut short for one that ends in zeros. Without a log beside it the file must have
 // all the pages that its header counts; with one, SQLite itself finds what is missing.
 void RequireWholePages(const std::string& path)
@@ -69,7 +81,7 @@ void RequireWholePages(const std::string& path)
     const std::uintmax_t log = fs::file_size(fs::u8path(path + "-wal"), failure);
     if (!failure && log > 0)
         return;
-    unsigned char header[100] = {};
+    unsigned char header[HeaderSize] = {};
     std::ifstream file(fs::u8path(path), std::ios::binary);
     if (!file.read(reinterpret_cast<char*>(header), sizeof(header)))
         return; // too short for a database: SQLite says so
@@ -182,6 +194,7 @@ std::shared_ptr<StoreFile> StoreFile::Open(const std::string& path, const OpenOp
         throw Error(MAPI_E_CORRUPT_STORE, "The store file '" + path + "' is not a file.");
     if (!options.readOnly && MayNotBeWritten(path))
         throw Error(MAPI_E_NO_ACCESS, "The store file '" + path + "' is read-only.");
+    RequireHeader(path);
     const std::shared_ptr<StoreFile> store(new StoreFile);
     store->m_path = path;
     store->m_readOnly = options.readOnly;
