@@ -52,6 +52,40 @@ class AddressBook(World):
         self.assertEqual(shown[3], "2 of 3 entries")
         self.assertEqual([each["kind"] for each in self.entries("Global Address List")], ["user", "user", "list"])
 
+    def test_lines_are_in_columns_and_objects_say_the_same(self):
+        self.load(user("Ada Brandt", "ada@example.org"), user("Boris", "/o=Org/cn=boris", PR_ADDRTYPE="EX"),
+                  user("Nameless", ""), group("Team", "Ada Brandt", "Boris"))
+        shown = self.zeb("ab", "list", "Global Address List").out
+        lines = shown.splitlines()
+        kind, address = lines[0].index("kind"), lines[0].index("address")
+        self.assertEqual([(line[:kind].rstrip(), line[kind:address].rstrip(), line[address:]) for line in lines[:-1]],
+                         [("name", "kind", "address"), ("Ada Brandt", "user", "ada@example.org"),
+                          ("Boris", "user", "EX:/o=Org/cn=boris"), ("Nameless", "user", ""), ("Team", "list", "")])
+        self.assertEqual([line for line in lines if line != line.rstrip()], [])
+        self.assertEqual(lines[-1], "4 entries")
+        found = json.loads(self.zeb("ab", "list", "global address list", "--json", "--limit", "2").out)
+        self.assertEqual((found["container"], found["total"], len(found["entries"])), ("Global Address List", 4, 2))
+        self.assertEqual([(each["name"], each["addressType"], each["address"]) for each in found["entries"]],
+                         [("Ada Brandt", "SMTP", "ada@example.org"), ("Boris", "EX", "/o=Org/cn=boris")])
+        self.assertEqual(self.zeb("ab", "list").out, "* Global Address List  4 entries\n  Contacts  0 entries\n")
+        shown = self.zeb("ab", "show", "Team").out.splitlines()
+        self.assertEqual(shown[-3:], ["2 members", "  " + lines[1], "  " + lines[2]])
+        values = self.zeb("ab", "show", "boris").out.splitlines()[2:]
+        at = next(line for line in values if line.startswith("  PR_ADDRTYPE ")).index("EX")
+        self.assertTrue(all(line[at - 1] == " " != line[at] for line in values), values)
+
+    def test_a_whole_name_goes_before_the_beginning_of_another_and_a_member_counts_once(self):
+        self.load(user("Team", "team@example.org"), user("Teamwork", "work@example.org"),
+                  group("One", "team@example.org", "work@example.org"), group("Two", "work@example.org", "One"))
+        self.assertEqual(self.shown("team")["name"], "Team")
+        self.assertEqual([each["name"] for each in self.shown("Two", "--expand")["members"]], ["Teamwork", "Team"])
+        self.assertEqual(self.zeb("ab", "show", "Two").out.splitlines()[-3], "2 members")
+
+    def test_more_entries_than_one_call_reads_are_listed(self):
+        self.load(*[user(f"User {i:03}", f"{i}@example.org") for i in range(450)])
+        self.assertEqual(self.names(), [f"User {i:03}" for i in range(450)])
+        self.assertEqual(self.zeb("ab", "list", "Global Address List").out.splitlines()[-1], "450 entries")
+
     def test_messages_and_entries_stand_in_one_file(self):
         done = self.load(message("hello"), user("Ada", "ada@example.org"))
         self.assertEqual(done.out, "1 message loaded\n1 address book entry loaded\n")
@@ -88,6 +122,8 @@ class AddressBook(World):
         self.assertEqual(self.zeb("ab", "compare", ada, ada.lower()).out, "same\n")
         self.assertEqual(self.zeb("ab", "compare", ada, boris).out, "different\n")
         self.assertEqual(json.loads(self.zeb("ab", "compare", ada, boris, "--json").out), {"same": False})
+        self.assertEqual(json.loads(self.zeb("ab", "compare", ada, ada, "--json").out), {"same": True})
+        self.refused("ab", "compare", ada, boris + "0", saying="two a byte")
         self.refused("ab", "compare", ada, "xyz", saying="'xyz'")
 
     def test_contacts_are_the_messages_of_the_contacts_folder(self):

@@ -116,6 +116,40 @@ class Folders(Changes):
         self.assertEqual(self.subjects(), ["QorInfo"])
 
 
+class FolderDetails(Changes):
+    def test_what_goes_with_a_folder_is_counted_hidden_messages_and_deep_folders_too(self):
+        hidden = {**message("hidden", folder="Sub"), "associated": True}
+        self.load(hidden, hidden | {"folder": "Sub/One/Two"}, message("shown", folder="Other"), hidden | {"folder": "Other"})
+        self.refused("rmdir", "Sub", "--yes", saying="folder 'Sub' holds 1 message and 2 folders: --recursive deletes")
+        self.refused("rmdir", "Sub/One/Two", "--yes", saying="holds 1 message and 0 folders")
+        self.refused("rmdir", "Other", "--recursive", code=2, saying="delete folder 'Other' with 2 messages and 0 folders for")
+        self.refused("empty", "Other", code=2, saying="delete 1 message and 0 folders in folder 'Other' for good")
+        self.assertEqual(self.zeb("empty", "Other", "--yes").out, "folder 'Other' is empty: 1 message and 0 folders deleted\n")
+        self.assertEqual(self.zeb("empty", "Other", "--associated", "--yes").out,
+                         "folder 'Other' is empty: 1 message and 0 folders deleted\n")
+
+    def test_folders_above_one_that_can_not_be_made_go_again(self):
+        number = self.call_number("IMAPIFolder::CreateFolder", "mkdir", "-p", "One/Two")
+        self.zeb("rmdir", "One", "--recursive", "--yes")
+        self.fail_at(number, "mkdir", "-p", "One/Two", saying=["making folder 'One/Two'", "MAPI_E_NETWORK_ERROR"])
+        self.assertNotIn("One", self.counts())
+
+    def test_a_look_up_that_fails_is_no_folder_that_is_not_there(self):
+        number = self.call_number("IMAPIContainer::GetHierarchyTable", "find", "Inbox", which=0)
+        self.fail_at(number, "find", "Inbox", saying="MAPI_E_NETWORK_ERROR")
+
+    def test_the_information_message_is_shown(self):
+        number = self.call_number("IMAPIContainer::GetContentsTable", "info", "Inbox", which=0, code=1)
+        self.fail_at(number, "info", "Inbox", saying="MAPI_E_NETWORK_ERROR")
+        made = json.loads(self.zeb("info", "Inbox", "--create", "--json").out)
+        self.assertEqual(made["entryId"], self.ids("Inbox")[0])
+        self.assertEqual(made["created"], self.shown(made["entryId"])["PR_CREATION_TIME"])
+        created = made["created"][:19].replace("T", " ")
+        self.assertEqual(self.zeb("info", "Inbox").out,
+                         "information message of folder 'Inbox'\n  subject  QorInfo\n  name     QorInfo\n"
+                         f"  class    IPM.Note.QorInfo\n  created  {created} UTC\n  entry    {made['entryId']}\n")
+
+
 class Messages(Changes):
     def setUp(self):
         super().setUp()
@@ -156,6 +190,38 @@ class Messages(Changes):
         self.refused("show", "5A" * 70, saying=["entry identifier", "MAPI_E_"])
         self.refused("show", other + "0", code=2, saying="digits")
         self.refused("find", other, saying=["entry identifier", "as a folder"])
+
+    def test_hexadecimal_names_are_names_and_identifiers_belong_to_their_folder(self):
+        self.load(message("beef", folder="abcd"), message("cafe", folder="abcd"))
+        self.assertEqual(self.shown("abcd", "beef")["PR_SUBJECT"], "beef")
+        self.refused("show", "Inbox", self.ids("abcd")[0], saying=["names no message of folder 'Inbox'"])
+        self.assertEqual(self.shown("abcd", self.ids("abcd")[1])["PR_SUBJECT"], "cafe")
+        self.refused("rm", "Inbox", str(2 ** 32 + 1), saying="no message 4294967297")
+        self.refused("mv", "/", "Inbox", saying="the root folder can not be moved")
+        self.refused("cp", "", "Inbox", saying="the top folder can not be copied")
+        self.refused("mv", "abcd", "5A" * 30, saying=["entry identifier", "as a folder"])
+
+    def test_what_was_done_is_said(self):
+        done = self.zeb("new", "Sub", "PR_SUBJECT=made", "--associated").out
+        self.assertEqual(done, f"new message in folder 'Sub'\n  {self.found('Sub', '--associated')[0]['entryId']}\n")
+        identifier = self.ids("Inbox")[0]
+        shortened = f"the entry identifier {identifier[:36]}...{identifier[-9:]}"
+        self.assertEqual(self.zeb("set", identifier, "PR_COMMENT=x").out, f"{shortened} is changed\n")
+        self.assertEqual(self.zeb("set", "Sub", "two", "PR_COMMENT=x").out, "message 'two' of folder 'Sub' is changed\n")
+        self.assertEqual(self.zeb("rm", "Inbox", "one", "--hard", "--yes").out,
+                         "message 'one' of folder 'Inbox' deleted for good\n")
+        self.assertEqual(self.zeb("rm", "Inbox", "1", "2", "--hard", "--yes").out, "2 messages deleted for good\n")
+
+    def test_a_very_long_subject_names_its_message_by_its_beginning(self):
+        self.load(message("s" * 100_000, folder="Long"))
+        self.assertEqual(self.zeb("rm", self.ids("Long")[0], "--hard", "--yes").out,
+                         f"message '{'s' * 59}\u2026' deleted for good\n")
+
+    def test_messages_are_marked_as_read_and_unread_but_not_both(self):
+        for flags, unread in ((["--read"], []), (["--unread"], ["two"]), (["--read", "PR_COMMENT=x"], [])):
+            self.zeb("set", "Sub", "two", *flags)
+            self.assertEqual([each["subject"] for each in self.found("Sub", "--unread")], unread)
+        self.zeb("set", "Sub", "two", "--read", "--unread", code=2)
 
     def test_messages_are_made_and_changed(self):
         self.zeb("new", "Sub", "PR_SUBJECT=Hello=you", "PR_IMPORTANCE=2", "PR_START_DATE=2026-01-02", "0x68001003=[1,-2]",

@@ -232,6 +232,25 @@ class Profile(World):
         self.assertEqual(self.zeb("profile", "list").out, "* one\n")
         self.assertTrue((self.folder / "two.zeb").exists(), "deleting a profile leaves its store")
 
+    def test_each_step_says_what_it_did(self):
+        self.assertEqual(self.zeb("profile", "create", "one", "--store", self.path("one.zeb"), "--default").out,
+                         "profile 'one' is there and is the default\n")
+        self.assertEqual(self.zeb("profile", "create", "two", "--store", self.path("two.zeb"), "--durability", "full").out,
+                         "profile 'two' is there\n")
+        if not world.WINDOWS:
+            self.assertIn('"Durability"="full"', (self.folder / "registry.reg").read_text())
+        self.assertEqual(self.zeb("profile", "delete", "two").out, "profile 'two' is deleted; its store file stays\n")
+
+    def test_a_relative_path_is_that_of_the_moment(self):
+        self.check(self.run_tool("zeb", "profile", "create", "one", "--store", "here.zeb", cwd=self.folder), 0)
+        self.assertTrue((self.folder / "here.zeb").exists())
+        self.assertEqual(self.inbox("--profile", "one")["total"], 0)
+        library = "zebstore.dll" if world.WINDOWS else "libzebstore.so"
+        self.check(self.run_tool("zeb", "provider", "install", "--dll", library, cwd=world.BUILD / "bin"), 0)
+        self.assertEqual(self.inbox("--profile", "one")["total"], 0)
+        path = json.loads(self.zeb("doctor", "--json").out)["provider"].replace("\\", "/")
+        self.assertTrue(path.endswith(f"{world.BUILD}/bin/{library}"), path)
+
     def test_names_that_are_taken_or_unknown_are_refused(self):
         self.create_profile("one")
         self.refused("profile", "create", "one", "--store", self.path("x.zeb"), saying="'one'")
@@ -252,7 +271,9 @@ class Store(World):
         stores = json.loads(self.zeb("stores", "--json").out)
         self.assertEqual(len(stores), 1)
         self.assertTrue(stores[0]["default"])
-        self.assertTrue(stores[0]["name"])
+        self.assertEqual((stores[0]["name"], stores[0]["provider"]), ("zebstore", "zebstore"))
+        self.assertEqual(stores[0]["entryId"], self.shown()["PR_ENTRYID"])
+        self.assertEqual(self.zeb("stores").out, "* zebstore  zebstore\n")
 
     def test_check_of_a_sound_store(self):
         self.create_profile()

@@ -30,6 +30,7 @@ class Find(World):
         self.assertEqual(self.numbers("--size", "20k"), [2])
         self.assertEqual(self.numbers("--max-size", "20k"), [1, 3, 4])
         self.assertEqual(self.numbers("--class", "ipm.task"), [3])
+        self.assertEqual(self.numbers("--class", "task"), [])
         self.assertEqual(self.numbers("--unread"), [1])
         self.assertEqual(self.numbers("--attachments"), [4])
 

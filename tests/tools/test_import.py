@@ -1,5 +1,8 @@
 """zeb-import on real and on damaged mail."""
 import email.message
+import email.mime.multipart
+import email.mime.text
+import json
 import mailbox
 import re
 import subprocess
@@ -89,6 +92,14 @@ class Pst(Import):
         folders = self.all_folders()
         self.assertEqual(folders["Calendar/United States holidays"], 160)
 
+    def test_an_inbox_out_of_several_folders_is_like_the_first_in_the_file(self):
+        for folders in (("Calendar", "Contacts"), ("Contacts", "Calendar")):
+            self.create_profile(folders[0], f"{folders[0]}.zeb")
+            self.importer("pst", str(SAMPLES / "pstextractortest@outlook.com.ost"),
+                          *[part for folder in folders for part in ("--inbox", folder)])
+            # Its own inbox comes before either in the file.
+            self.assertEqual(self.shown("Inbox")["PR_CONTAINER_CLASS"], "IPF.Note")
+
     def test_an_unknown_inbox_folder_is_refused_with_those_there_are(self):
         done = self.importer("pst", str(PST), "--inbox", "Nowhere", code=1)
         self.assertIn("no folder 'Nowhere'", done.err)
@@ -151,6 +162,133 @@ class Mime(Import):
         self.assertEqual(found["first"]["date"], "2026-01-02T02:04:05Z")
         self.assertGreater(found["Gr\u00fc\u00dfe"]["size"], 100000)
 
+    def saved(self, folder):
+        """The messages of a folder by their subjects, as zeb save has them."""
+        lines = [json.loads(line) for line in self.zeb("save", folder).out.splitlines()]
+        return {line["properties"]["PR_SUBJECT"]: line for line in lines if "properties" in line}
+
+    def test_every_part_of_a_mail_becomes_what_mapi_calls_it(self):
+        made = mail("whole", Sender="Secretary <sec@example.org>", Bcc="hidden@example.org", In_Reply_To="<zero@example.org>",
+                    References="<a@example.org> <b@example.org>",
+                    Received="from x by y; Sat, 03 Jan 2026 00:00:00 +0000")
+        made.add_alternative("<p>\u00e4</p>", subtype="html")
+        made.add_attachment(b"\x00\x01", maintype="application", subtype="pdf", filename="a.pdf", cid="<part@example.org>")
+        made.add_attachment("attached text", filename="b.txt")
+        made.add_attachment(mail("inside"))
+        top = self.folder / "mail"
+        top.mkdir()
+        (top / "1.eml").write_bytes(bytes(made))
+        bare = email.message.EmailMessage()
+        bare["From"] = "bare@example.org"
+        bare["Date"] = "Fri, 02 Jan 2026 03:04:05 +0100"
+        bare.set_content("Hello")
+        (top / "2.eml").write_bytes(bytes(bare))
+        self.assertEqual(self.importer("eml", str(top)).out, "2 messages in 1 folder\n")
+        found = self.saved("mail")
+        whole = found["whole"]["properties"]
+        expected = {"PR_SENDER_NAME": "Secretary", "PR_SENDER_EMAIL_ADDRESS": "sec@example.org",
+                    "PR_SENT_REPRESENTING_NAME": "Ada Lovelace", "PR_SENT_REPRESENTING_EMAIL_ADDRESS": "ada@example.org",
+                    "PR_CLIENT_SUBMIT_TIME": "2026-01-02T02:04:05Z", "PR_MESSAGE_DELIVERY_TIME": "2026-01-03T00:00:00Z",
+                    "PR_MESSAGE_CLASS": "IPM.Note", "PR_BODY": "Hello\n", "0x3FDE0003": 65001,
+                    "0x10130102": "<p>\u00e4</p>\n".encode().hex().upper(), "0x1035001F": "<one@example.org>",
+                    "0x1042001F": "<zero@example.org>", "0x1039001F": "<a@example.org> <b@example.org>"}
+        self.assertEqual({name: whole.get(name) for name in expected}, expected)
+        self.assertEqual(whole["PR_MESSAGE_FLAGS"] & 1, 1, "read")
+        self.assertIn("Subject: whole", whole.get("0x007D001F", whole.get("PR_TRANSPORT_MESSAGE_HEADERS", "")))
+        people = [{name: each["properties"].get(name) for name in
+                   ("PR_RECIPIENT_TYPE", "PR_DISPLAY_NAME", "PR_EMAIL_ADDRESS", "PR_ADDRTYPE")} for each in
+                  found["whole"]["recipients"]]
+        self.assertEqual([tuple(each.values()) for each in people],
+                         [(1, "Grace Hopper", "grace@example.org", "SMTP"), (1, "edsger@example.org", "edsger@example.org", "SMTP"),
+                          (2, "barbara@example.org", "barbara@example.org", "SMTP"),
+                          (3, "hidden@example.org", "hidden@example.org", "SMTP")])
+        pdf, text, inside = found["whole"]["attachments"]
+        expected = {"PR_ATTACH_METHOD": 1, "PR_ATTACH_LONG_FILENAME": "a.pdf", "PR_DISPLAY_NAME": "a.pdf",
+                    "0x370E001F": "application/pdf", "0x3712001F": "part@example.org", "PR_ATTACH_DATA_BIN": "0001"}
+        self.assertEqual({name: pdf["properties"].get(name) for name in expected}, expected)
+        self.assertEqual((text["properties"]["PR_ATTACH_LONG_FILENAME"], bytes.fromhex(text["properties"]["PR_ATTACH_DATA_BIN"])),
+                         ("b.txt", b"attached text\n"))
+        self.assertEqual((inside["properties"]["PR_ATTACH_METHOD"], inside["message"]["properties"]["PR_SUBJECT"]), (5, "inside"))
+        plain = found[""]["properties"]
+        self.assertEqual((plain["PR_SENDER_NAME"], plain["PR_SENDER_EMAIL_ADDRESS"], plain["PR_SENT_REPRESENTING_NAME"]),
+                         ("bare@example.org",) * 3)
+        self.assertEqual(plain["PR_MESSAGE_DELIVERY_TIME"], "2026-01-02T02:04:05Z", "as when it was sent")
+
+    def test_files_come_in_the_order_of_their_names_and_nothing_else_comes(self):
+        top = self.folder / "mail"
+        for name in ("c", "b", "a"):
+            (top / name).mkdir(parents=True)
+            (top / name / "1.eml").write_bytes(bytes(mail(name)))
+            (top / f"{name}.eml").write_bytes(bytes(mail(f"top {name}")))
+        (top / "notes.txt").write_bytes(bytes(mail("no mail")))
+        (top / "z").symlink_to(top / "a")
+        (top / "x\u001b.eml").write_bytes(b"no mail")
+        done = self.importer("eml", f"{top}/", code=3)
+        self.assertEqual(done.out, "6 messages in 4 folders, 1 item skipped\n")
+        self.assertIn("/x .eml: skipped: it is no mail message\n", done.err)
+        found = [json.loads(line) for line in self.zeb("save", "mail").out.splitlines()]
+        self.assertEqual([line["properties"]["PR_SUBJECT"] for line in found if "properties" in line],
+                         ["top a", "top b", "top c", "a", "b", "c"])
+        self.refused("find", "/mail", saying="there is no folder '/mail'")
+        self.assertIn("no folder '/mail'", self.importer("eml", str(top), "--inbox", "/mail", code=1).err)
+
+    def test_folders_that_become_the_inbox_go_in_by_the_order_of_their_names(self):
+        for name in ("c", "b", "a"):
+            (self.folder / "mail" / name).mkdir(parents=True)
+            (self.folder / "mail" / name / "1.eml").write_bytes(bytes(mail(name)))
+        self.importer("eml", str(self.folder / "mail"), "--inbox", "mail/c", "--inbox", "mail/a", "--inbox", "mail/b")
+        self.assertEqual([(each["number"], each["subject"]) for each in self.found("Inbox", "--sort", "subject")],
+                         [(1, "a"), (2, "b"), (3, "c")])
+
+    def test_text_that_is_attached_or_comes_second_is_an_attachment(self):
+        top = self.folder / "mail"
+        top.mkdir()
+        page = email.message.EmailMessage()
+        page["Subject"] = "page"
+        page.set_content("<p>page</p>", subtype="html")
+        page.add_attachment("not the body", filename="b.txt")
+        (top / "1.eml").write_bytes(bytes(page))
+        two = email.mime.multipart.MIMEMultipart()
+        two["Subject"] = "two"
+        two.attach(email.mime.text.MIMEText("one"))
+        two.attach(email.mime.text.MIMEText("other"))
+        (top / "2.eml").write_bytes(bytes(two))
+        self.importer("eml", str(top))
+        found = self.saved("mail")
+        self.assertNotIn("PR_BODY", found["page"]["properties"])
+        self.assertEqual(found["two"]["properties"]["PR_BODY"], "one")
+        for subject, data in (("page", b"not the body\n"), ("two", b"other")):
+            self.assertEqual([bytes.fromhex(each["properties"]["PR_ATTACH_DATA_BIN"]) for each in found[subject]["attachments"]],
+                             [data])
+
+    def test_a_mail_of_an_mbox_file_that_is_skipped_is_named_by_its_number(self):
+        box = mailbox.mbox(self.folder / "some.mbox")
+        whole = mail("inmost")
+        for _ in range(33):
+            outer = mail("outer")
+            outer.add_attachment(whole)
+            whole = outer
+        for one in (mail("first"), whole, mail("third")):
+            box.add(one)
+        box.flush()
+        done = self.importer("mbox", str(self.folder / "some.mbox"), code=3)
+        self.assertEqual(done.out, "2 messages in 1 folder, 1 item skipped\n")
+        self.one_sentence(done, "some.mbox, message 2: skipped: ")
+
+    def test_mails_are_embedded_32_deep_and_no_deeper(self):
+        top = self.folder / "mail"
+        top.mkdir()
+        for depth in (32, 33):
+            whole = mail("inmost")
+            for _ in range(depth):
+                outer = mail(f"outer {depth}")
+                outer.add_attachment(whole)
+                whole = outer
+            (top / f"{depth}.eml").write_bytes(bytes(whole))
+        done = self.importer("eml", str(top), code=3)
+        self.assertEqual(done.out, "1 message in 1 folder, 1 item skipped\n")
+        self.one_sentence(done, ["33.eml: skipped: ", "more than 32 deep"])
+
     def test_an_mbox_file_is_a_folder_of_its_own(self):
         box = mailbox.mbox(self.folder / "old.mbox")
         box.add(mail("a"))
@@ -181,9 +319,10 @@ class Mime(Import):
         (top / "1.eml").write_bytes(bytes(mail("good")))
         (top / "2.eml").write_bytes(b"\x00\x01\x02 this is no mail")
         (top / "3.eml").write_bytes(b"")
+        (top / "4.eml").write_bytes(b"a b: c\n\nx")
         done = self.importer("eml", str(top), "--inbox", "mail", code=3)
-        self.assertEqual(done.out, "1 message in 1 folder, 2 items skipped\n")
-        self.assertRegex(done.err, r"2\.eml: skipped: .*\n.*3\.eml: skipped: ")
+        self.assertEqual(done.out, "1 message in 1 folder, 3 items skipped\n")
+        self.assertRegex(done.err, r"2\.eml: skipped: .*\n.*3\.eml: skipped: .*\n.*4\.eml: skipped: ")
         self.assertEqual(self.subjects(), ["good"])
 
     def test_a_missing_folder_is_named(self):

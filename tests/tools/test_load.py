@@ -25,6 +25,36 @@ class Load(World):
         self.assertEqual([(sub["name"], sub["messages"]) for sub in projects["folders"]], [("One/Two", 2)])
         self.assertIn("Beside", [folder["name"] for folder in self.folders("--all")])
 
+    def test_folders_are_named_in_any_language(self):
+        self.load(message("a", folder="Gr\u00fc\u00dfe \u0416/\u4f60\u597d \U0001F600"))
+        folder = next(folder for folder in self.folders() if folder["name"] == "Gr\u00fc\u00dfe \u0416")
+        self.assertEqual([(sub["name"], sub["messages"]) for sub in folder["folders"]], [("\u4f60\u597d \U0001F600", 1)])
+
+    def test_blank_lines_of_windows_are_blank(self):
+        self.assertEqual(self.load("\r", message("a"), " \t\r").out, "1 message loaded\n")
+        self.assertEqual(self.load("\ufeff", message("a")).out, "1 message loaded\n", "a mark is not text")
+
+    def test_messages_are_embedded_32_deep_and_no_deeper(self):
+        def nested(depth):
+            inner = {"properties": {"PR_SUBJECT": str(depth)}}
+            if depth < self.depth:
+                inner["attachments"] = [{"properties": {"PR_ATTACH_METHOD": 5}, "message": nested(depth + 1)}]
+            return inner
+
+        self.depth = 32
+        self.load({"folder": "Inbox", **nested(0)})
+        self.depth = 33
+        self.one_sentence(self.load({"folder": "Inbox", **nested(0)}, code=1), ["mail.jsonl:1: ", "more than 32 deep"])
+        self.assertEqual(self.subjects(), ["0"])
+
+    def test_hexadecimal_digits_are_of_either_letter_case(self):
+        self.load(message("a", **{"0x68000102": "aAfF09", "0x68010003": "0x0000aBcD", "0x680A001E": "x",
+                                  "{00062008-0000-0000-c000-00000000004a}:PT_TSTRING:id:0xABcd": "y"}))
+        shown = self.shown("Inbox", "a")
+        self.assertEqual([shown[name] for name in ("0x68000102", "0x68010003", "0x680A001F",
+                                                   "{00062008-0000-0000-C000-00000000004A}:PT_UNICODE:id:0xABCD")],
+                         ["AAFF09", 0xABCD, "x", "y"])
+
     def test_properties_of_every_type_are_taken(self):
         self.load({"folder": "Inbox", "properties": {
             "PR_SUBJECT": "all", "PR_COMMENT_A": "narrow", "PR_COMMENT_W": "wide", "0x68000002": -3, "0x68010003": 4294967295,
@@ -159,3 +189,37 @@ class BadLines(World):
         line["attachments"] = [{"properties": {"PR_ATTACH_METHOD": 5},
                                 "message": {"properties": {"PR_SUBJECT": 1}}}]
         self.stops(line, "PR_SUBJECT")
+
+    def test_the_column_of_what_is_no_json(self):
+        self.stops('{"folder": x}', "no JSON: unexpected text at column 12")
+
+    def test_parts_of_the_wrong_kind(self):
+        good = {"properties": {}}
+        for more, saying in (({"recipients": {}}, '"recipients" must be an array'), ({"recipients": ["Ada"]}, "a recipient"),
+                             ({"recipients": [{**good, "colour": 1}]}, ['"colour"', "a recipient"]),
+                             ({"recipients": [{}]}, ["a recipient", '"properties"']), ({"attachments": [1]}, "an attachment"),
+                             ({"attachments": [{**good, "colour": 1}]}, ['"colour"', "an attachment"]),
+                             ({"attachments": [{**good, "message": []}]}, '"message" must be an object'),
+                             ({"attachments": [{**good, "message": {**good, "folder": "x"}}]}, ['"folder"', "embedded"]),
+                             ({"associated": 1}, '"associated" must be true or false'), ({"properties": []}, '"properties"')):
+            with self.subTest(more=more):
+                self.forget_probe()
+                self.stops({**message("bad", folder="New folder"), **more}, saying)
+
+    def forget_probe(self):
+        if any(folder["name"] == "Probe" for folder in self.folders()):
+            self.zeb("rmdir", "Probe", "--recursive", "--yes")
+
+    def test_values_and_names_that_are_nearly_right(self):
+        guid = "{00062008-0000-0000-C000-000000000046}"
+        for name, value, saying in (("0x68000002", 65536, "16 bits"), ("0x68000002", -32769, "16 bits"),
+                                    ("0x68000014", 2 ** 63, "64 bits"), ("0x68000004", 1e39, "32 bits"),
+                                    ("0x6800001F", {"hex": "00"}, "two bytes a character"),
+                                    ("0x6800001F", {"hex": "0041", "more": 1}, "text"), ("0x6800001F", "a\u0000b", "zero"),
+                                    ("PR_IMPORTANCE_A", 1, "PR_IMPORTANCE_A"), ("0x0000001F", "x", "0x0000001F"),
+                                    (f"{guid}:PT_LONG:name:", 1, "name"), (f"{guid}:PT_LONG:id:0x123456789", 1, "identifier"),
+                                    (f"{guid}:PT_NONE:id:0x1", 1, '"PT_NONE"'), ("PR_ENTRYID", "00", "refuses PR_ENTRYID"),
+                                    ("0x6800001F", ["x" * 100], "x" * 55 + "...")):
+            with self.subTest(name=name, value=value):
+                self.forget_probe()
+                self.stops(self.with_property(name, value), saying)

@@ -25,6 +25,16 @@ class Names(World):
                                 {"name": "PRIO_NONURGENT", "value": 0xFFFFFFFF}])
         self.assertEqual(self.zeb("name", "Priority").out.splitlines()[0], "0x00000001  PRIO_URGENT")
 
+    def test_numbers_are_written_in_every_way(self):
+        self.assertEqual(self.zeb("name", "PropTags", "0X0037001e").out, "PR_SUBJECT\n")
+        self.assertEqual(self.zeb("name", "PropTags", str(0x0037001E)).out, "PR_SUBJECT\n")
+        self.assertEqual(self.zeb("name", "Priority", "4294967295").out, "PRIO_NONURGENT\n")
+        self.refused("name", "Priority", "--", "-2147483648", saying="0x80000000")
+        self.assertEqual(json.loads(self.zeb("name", "Priority", "1", "--json").out), {"name": "PRIO_URGENT", "value": 1})
+        self.assertEqual(json.loads(self.zeb("value", "Priority", "PRIO_URGENT", "--json").out),
+                         {"name": "PRIO_URGENT", "value": 1})
+        self.assertEqual(self.zeb("name").out.splitlines()[:2], ["MAPIErrors        98", "CMCErrors         39"])
+
     def test_an_unknown_table_is_refused_with_those_there_are(self):
         self.refused("name", "Colours", "1", code=2, saying=["'Colours'", "MAPIErrors", "AttachMethod"])
         self.refused("value", "Colours", "RED", code=2, saying=["'Colours'", "MAPIErrors", "AttachMethod"])
@@ -46,7 +56,7 @@ class EntryIdentifiers(World):
         self.assertEqual(shown[0], "CEntryIDInfo")
         self.assertIn("  Type: eidtOneOff", shown)
         self.assertIn("ada@example.org", "\n".join(shown))
-        self.assertEqual(self.zeb("eid", "-", given=ONE_OFF.lower() + "\r\n").out.splitlines()[2:], shown[2:])
+        self.assertEqual(self.zeb("eid", "-", given="\n " + ONE_OFF.lower() + "\r\n").out.splitlines()[2:], shown[2:])
 
     def test_odd_empty_and_foreign_text_is_refused(self):
         self.refused("eid", "", code=2, saying="empty")

@@ -1,7 +1,6 @@
 """zeb save: what it writes is what zeb load reads, without loss."""
 import json
 import os
-import re
 
 import world
 from world import World, message
@@ -126,7 +125,7 @@ class Contents(Save):
         self.refused("save", "Nowhere", "-o", self.path("new.jsonl"), saying="'Nowhere'")
         self.refused("save", "Inbox", "-o", self.path("absent/new.jsonl"), saying=["new.jsonl", "can not be written"])
         (self.folder / "directory").mkdir()
-        self.refused("save", "Inbox", "-o", self.path("directory"), saying=["directory"])
+        self.refused("save", "Inbox", "-o", self.path("directory"), saying="directory' is a directory")
         self.environment["ZEBSTORE_FAULT"] = "call:40:0x80004005"
         self.zeb("save", "/", "-o", self.path("kept.jsonl"), code=1)
         del self.environment["ZEBSTORE_FAULT"]
@@ -137,14 +136,29 @@ class Contents(Save):
 
     def test_a_message_that_vanishes_while_saving_is_left_out(self):
         self.load(message("a"), message("b"), message("c"))
-        self.environment["ZEBSTORE_TRACE"] = self.path("trace")
-        self.zeb("save", "Inbox")
-        del self.environment["ZEBSTORE_TRACE"]
-        opened = re.findall(r"^(\d+) IMAPIContainer::OpenEntry", (self.folder / "trace").read_text(), re.M)
-        self.environment["ZEBSTORE_FAULT"] = f"call:{opened[-2]}:0x8004010F"
+        number = self.call_number("IMAPIContainer::OpenEntry", "save", "Inbox", which=-2)
+        self.fail_at(number, "save", "Inbox", "-o", self.path("x.jsonl"), saying="MAPI_E_NETWORK_ERROR")
+        self.environment["ZEBSTORE_FAULT"] = f"call:{number}:0x8004010F"
         done = self.zeb("save", "Inbox")
         self.assertEqual(done.err, "")
         self.assertEqual([json.loads(line)["properties"]["PR_SUBJECT"] for line in done.out.splitlines()[1:]], ["a", "c"])
+
+    def test_what_can_not_be_read_is_named_and_ends_with_3(self):
+        self.load(message("a", PR_BODY="x" * 600_000, PR_RTF_COMPRESSED="ab" * 300_000))
+        number = self.call_number("IMAPIProp::OpenProperty", "save", "Inbox", which=0)
+        self.environment["ZEBSTORE_FAULT"] = f"call:{number}:0x80040115"
+        done = self.zeb("save", "Inbox", "-o", self.path("out.jsonl"), code=3)
+        self.one_sentence(done, ["a message of folder 'Inbox': property 0x", " is left out: ", "MAPI_E_NETWORK_ERROR"])
+        self.assertEqual(done.out, "1 message in 1 folder saved\n")
+        self.assertEqual(json.loads((self.folder / "out.jsonl").read_text().splitlines()[1])["properties"]["PR_SUBJECT"], "a")
+
+    def test_folders_count_as_no_messages_and_many_messages_are_all_saved(self):
+        self.assertEqual(self.load({"folder": "Sub", "folderProperties": {}}).out, "0 messages loaded\n")
+        self.load(*[message(f"{i:04}", folder="Sub") for i in range(1101)], message("below", folder="Sub/Deep"))
+        self.assertEqual(self.zeb("save", "Sub", "-o", self.path("out.jsonl")).out, "1,102 messages in 2 folders saved\n")
+        lines = [json.loads(line) for line in (self.folder / "out.jsonl").read_text().splitlines()]
+        self.assertEqual([line["properties"]["PR_SUBJECT"] for line in lines if "properties" in line],
+                         [f"{i:04}" for i in range(1101)] + ["below"])
 
     def test_a_folder_line_is_written_whole_or_not_at_all(self):
         self.load({"folder": "Sub", "folderProperties": {"PR_COMMENT": "before"}})

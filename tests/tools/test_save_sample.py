@@ -2,6 +2,7 @@
 import fcntl
 import json
 import os
+import resource
 import signal
 import subprocess
 
@@ -41,3 +42,14 @@ class Sample(test_save.Save):
         said = process.communicate()[1].decode()
         self.assertEqual((process.returncode, said), (1, "zeb: interrupted\n"))
         self.assertEqual([name for name in os.listdir(self.folder) if "jsonl" in name], before)
+
+    def test_a_file_that_can_not_be_finished_is_not_there(self):
+        self.load(*[world.message(f"{i:04}") for i in range(200)])
+        size = len(self.saved("whole.jsonl", "Inbox"))
+        self.assertGreater(size, 40_000, "room for what the store itself writes")
+        # One byte too few: the end fails, which is written when the file is closed.
+        for limit in (size - 1, 40_000):
+            done = self.run_tool("zeb", "save", "Inbox", "-o", self.path("out.jsonl"), restore_signals=False,
+                                 preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit)))
+            self.one_sentence(self.check(done, 1), ["out.jsonl", "can not be written"])
+            self.assertEqual([name for name in os.listdir(self.folder) if "out.jsonl" in name], [])

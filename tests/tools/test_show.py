@@ -39,6 +39,46 @@ class Show(World):
         for heading in ("named in " + SET, "recipient 1", "attachment 1", "attachment 2, message"):
             self.assertIn(heading, "\n".join(lines))
 
+    def test_values_of_every_kind_are_shown(self):
+        name = "n" * 60
+        self.load(message("kinds", folder="Kinds", **{
+            "0x68000102": "00", "0x68010102": "", "0x6802001F": "", "0x68030003": -7, "0x68040002": 5,
+            "0x6805000B": True, "0x68060040": "9999-12-31T23:59:59Z", "0x68070005": 0.5, f"{SET}:PT_LONG:name:{name}": 1,
+            "0x68081003": list(range(2000))}))
+        lines = self.zeb("show", "Kinds", "1").out.splitlines()
+        self.assertEqual(lines, [line.rstrip() for line in lines])
+        rows = {line.split()[0]: line.split(maxsplit=2)[1:] for line in lines[1:] if not line.startswith("  named")}
+        self.assertEqual([rows[f"0x680{i}{kind}"] for i, kind in enumerate(
+            ("0102", "0102", "001F", "0003", "0002", "000B", "0040", "0005"))],
+            [["PT_BINARY", "(1 byte) 00"], ["PT_BINARY", "(0 bytes)"], ["PT_UNICODE"], ["PT_LONG", "-7"],
+             ["PT_I2", "5"], ["PT_BOOLEAN", "true"], ["PT_SYSTIME", "9999-12-31 23:59:59"], ["PT_DOUBLE", "0.5"]])
+        self.assertRegex(rows["0x68081003"][1], r"^\(2,000\) 0, 1, 2, .*\u2026$")
+        self.assertIn(["PT_LONG", "1"], [rows["n" * 39 + "\u2026"]])
+        section = [line.split()[0] for line in lines[1:lines.index("  named in " + SET)]]
+        self.assertEqual(section, sorted(section))
+        self.assertEqual(lines[-1], f"{len(lines) - 3} properties")
+
+    def test_all_that_is_shown_is_counted(self):
+        lines = self.zeb("show", "Inbox", "1").out.splitlines()
+        rows = [line for line in lines[1:-1] if line.startswith("  ") and not line.startswith("  named in ")]
+        self.assertEqual(lines[-1], f"{len(rows)} properties")
+
+    def test_headings_name_the_object(self):
+        self.assertEqual(self.zeb("show").out.splitlines()[0], "store 'zebstore'")
+        self.assertEqual(json.loads(self.zeb("show", "--json").out)["object"], "store 'zebstore'")
+        self.assertEqual(json.loads(self.zeb("show", "Inbox", "--json").out)["object"], "folder 'Inbox'")
+        self.assertEqual(self.zeb("show", "Inbox").out.splitlines()[0], "folder 'Inbox'")
+
+    def test_what_can_not_be_read_is_named_and_the_rest_is_shown(self):
+        number = self.call_number("IMAPIProp::OpenProperty", "show", "Inbox", "1", which=0)
+        self.environment["ZEBSTORE_FAULT"] = f"call:{number}:0x80040115"
+        done = self.one_sentence(self.zeb("show", "Inbox", "1"), [" can not be read: ", "MAPI_E_NETWORK_ERROR"])
+        self.assertIn("PR_SUBJECT ", done.out)
+
+    def test_hidden_messages_are_shown_when_asked(self):
+        self.load({**message("hidden"), "associated": True})
+        self.assertEqual(self.shown("Inbox", "1", "--associated")["PR_SUBJECT"], "hidden")
+
     def test_long_values_are_whole_when_asked(self):
         self.assertIn("line " * 19999 + "line", self.zeb("show", "Inbox", "1", "--full").out)
 

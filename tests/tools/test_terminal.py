@@ -3,9 +3,11 @@ import fcntl
 import json
 import os
 import pty
+import re
 import struct
 import subprocess
 import termios
+import time
 
 import world
 from world import World, message
@@ -69,6 +71,24 @@ class Terminal(World):
         self.answer(b"y\n", "empty", "Inbox", code=0)
         self.assertEqual(self.subjects(), [])
 
+    def test_a_capital_answer_is_one_and_a_question_needs_both_ways(self):
+        self.load(message("a"))
+        leader, follower = pty.openpty()
+        done = self.run_tool("zeb", "rm", "Inbox", "a", "--hard", stdin=follower)
+        os.close(follower)
+        os.close(leader)
+        self.one_sentence(self.check(done, 2), "there is no terminal to ask on")
+        self.answer(b"Y\n", "rm", "Inbox", "a", "--hard", code=0)
+        self.assertEqual(self.subjects(), [])
+
+    def test_what_can_not_be_written_is_a_failure(self):
+        self.load(message("a"))
+        for command in (["inbox"], ["inbox", "--json"], ["find", "Inbox"], ["save", "Inbox"], ["doctor"], ["name", "PropTags"]):
+            with self.subTest(command=command), open("/dev/full", "wb") as full:
+                done = subprocess.run([str(world.BUILD / "bin/zeb"), *command], env=self.environment, stdout=full,
+                                      stderr=subprocess.PIPE, check=False)
+                self.assertEqual((done.returncode, done.stderr), (1, b"zeb: standard output can not be written\n"))
+
     def test_saving_shows_progress_but_not_between_lines(self):
         self.zeb("load", self.write_many(3000))
         shown = self.on_terminal("save", "Inbox", "-o", self.path("out.jsonl"))
@@ -82,6 +102,11 @@ class Terminal(World):
         self.assertTrue(all(len(line) <= 70 for line in lines[1:]), max(lines[1:], key=len))
         self.assertIn("a" * 300, self.on_terminal("show", "Inbox", "1", "--full", columns=70))
 
+    def test_the_address_book_fits_the_terminal(self):
+        self.load({"addressBook": "user", "properties": {"PR_DISPLAY_NAME": "Ada", "PR_EMAIL_ADDRESS": "a" * 90 + "@b.c"}})
+        lines = self.on_terminal("ab", "list", "Global Address List", columns=50).splitlines()
+        self.assertEqual([len(line) for line in lines if line.startswith("Ada")], [50])
+
     def write_many(self, count):
         file = self.folder / "many.jsonl"
         with file.open("w") as stream:
@@ -90,8 +115,17 @@ class Terminal(World):
         return str(file)
 
     def test_loading_shows_rate_and_time_left_and_clears_the_line(self):
-        shown = self.on_terminal("load", self.write_many(6000))
-        self.assertRegex(shown, r"\r[\d,]+ lines, [\d,]+/s, \d+ %, \d+:\d\d left")
+        file = self.write_many(6000)
+        begin = time.monotonic()
+        shown = self.on_terminal("load", file)
+        seconds = time.monotonic() - begin
+        steps = re.findall(r"\r[\d,]+ lines, [\d,]+/s, (\d+) %, (\d+):\d\d left", shown)
+        self.assertTrue(steps, shown[-200:])
+        self.assertLessEqual(len(steps), seconds * 10 + 1)
+        percents = [int(percent) for percent, _ in steps]
+        self.assertEqual(percents, sorted(percents))
+        self.assertLessEqual(percents[-1], 100)
+        self.assertTrue(all(int(minutes) < 60 for _, minutes in steps), steps)
         self.assertTrue(shown.endswith("\r\x1b[K6,000 messages loaded\r\n"), shown[-100:])
 
     def test_loading_into_a_pipe_shows_no_progress(self):

@@ -46,7 +46,9 @@ class Watch(Watching):
         process = self.watch("Inbox", "--json", "--count", "3")
         self.load(message("second", PR_SENDER_NAME="Ada"), message("not here", folder="Sub"))
         self.wait_until(lambda: "second" in self.said(self.out))
+        # A message that is changed and gone before the watcher looks is told of once.
         self.zeb("set", "Inbox", "first", "PR_SUBJECT=changed")
+        self.wait_until(lambda: "changed" in self.said(self.out))
         self.zeb("rm", "Inbox", "changed", "--hard", "--yes")
         self.assertEqual(process.wait(60), 0)
         changes = [json.loads(line) for line in self.said(self.out).splitlines()]
@@ -60,6 +62,43 @@ class Watch(Watching):
         self.load(message("line\u001b break"))
         self.assertEqual(process.wait(60), 0)
         self.assertRegex(self.said(self.out), r"^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d  added     'line  break'\n$")
+
+    def test_every_line_has_its_columns(self):
+        self.zeb("set", "Inbox", "first", "PR_SENDER_NAME=Grace\u001b Hopper")
+        process = self.watch("Inbox", "--count", "4")
+        self.load(message("second", PR_SENDER_NAME="Ada"))
+        self.wait_until(lambda: "second" in self.said(self.out))
+        self.zeb("set", "Inbox", "first", "PR_COMMENT=x")
+        self.wait_until(lambda: "modified" in self.said(self.out))
+        self.zeb("rm", "Inbox", "first", "--hard", "--yes")
+        self.wait_until(lambda: "deleted" in self.said(self.out))
+        self.zeb("empty", "Inbox", "--yes")
+        self.assertEqual(process.wait(60), 0)
+        lines = self.said(self.out).splitlines()
+        for line in lines:
+            self.assertRegex(line, r"^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d  ")
+        self.assertEqual([line[21:] for line in lines],
+                         ["added     'second' from Ada", "modified  'first' from Grace  Hopper", "deleted   'first'", "reload  "])
+
+    def test_very_many_changes_at_once_are_one(self):
+        self.load(*[message(f"{i}") for i in range(200)])
+        process = self.watch("Inbox", "--count", "1", "--json")
+        self.zeb("mv", "Inbox", *[str(i) for i in range(2, 202)], "Sub")
+        self.assertEqual(process.wait(60), 0)
+        self.assertEqual(json.loads(self.said(self.out))["event"], "changed")
+
+    def test_an_object_has_the_time_and_the_identifier(self):
+        process = self.watch("Inbox", "--json", "--count", "2")
+        self.load(message("second"))
+        self.wait_until(lambda: "second" in self.said(self.out))
+        self.zeb("rm", "Inbox", "first", "--hard", "--yes")
+        self.assertEqual(process.wait(60), 0)
+        added, deleted = [json.loads(line) for line in self.said(self.out).splitlines()]
+        self.assertEqual(list(added), ["time", "event", "subject", "sender", "entryId"])
+        self.assertRegex(added["time"], r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d(\.\d{1,7})?Z$")
+        self.assertLessEqual(added["time"][:19], deleted["time"][:19])
+        self.assertEqual(added["entryId"], self.found("Inbox", "--subject", "second")[0]["entryId"])
+        self.assertEqual((deleted["event"], deleted["subject"]), ("deleted", "first"))
 
     def test_a_folder_that_is_not_there_is_named(self):
         self.refused("watch", "Nowhere", saying="'Nowhere'")

@@ -2,6 +2,7 @@
 import json
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import tempfile
@@ -117,6 +118,22 @@ class World(unittest.TestCase):
         for text in [saying] if isinstance(saying, str) else saying:
             self.assertIn(text, lines[0])
         return done
+
+    def call_number(self, call, *arguments, which=-1, code=0):
+        """Runs zeb and returns the number that one of its calls of the provider has; the last one of that name."""
+        self.environment["ZEBSTORE_TRACE"] = self.path("trace")
+        self.zeb(*arguments, code=code)
+        del self.environment["ZEBSTORE_TRACE"]
+        calls = re.findall(rf"^(\d+) {call}\b", (self.folder / "trace").read_text(), re.M)
+        self.assertTrue(calls, f"{call} is not among the calls")
+        (self.folder / "trace").unlink()
+        return int(calls[which])
+
+    def fail_at(self, number, *arguments, saying, result=0x80040115):
+        """Runs zeb with a provider whose call of that number fails, and expects one sentence about it."""
+        self.environment["ZEBSTORE_FAULT"] = f"call:{number}:0x{result:08X}"
+        self.refused(*arguments, saying=saying)
+        del self.environment["ZEBSTORE_FAULT"]
 
     def create_profile(self, name="test", store="test.zeb"):
         self.zeb("profile", "create", name, "--store", self.path(store), "--default")

@@ -1,0 +1,105 @@
+"""The lines and objects in which zeb inbox, find and folders list what there is."""
+import json
+
+import world
+from world import World, message
+
+
+def dated(subject, day, **properties):
+    return message(subject, f"2026-01-{day:02}T00:00:00Z", **properties)
+
+
+class Lines(World):
+    def setUp(self):
+        super().setUp()
+        self.create_profile()
+
+    def line(self, each, sender, number=None):
+        """The line of a message that is listed as an object."""
+        date = (each["date"] or "").replace("T", " ").rstrip("Z")
+        begin = "" if number is None else f"{number:>7}  "
+        return f"{begin}{date:<19}  {sender}  {each['size']:>10,}  {each['subject']}"
+
+    def test_columns_are_padded_cut_and_aligned(self):
+        wide, combining = "\u4f60" * 60, "e\u0301" * 20
+        self.load(dated("cut", 9, PR_SENDER_NAME=wide, PR_BODY="x" * 800_000), dated("del\u007fete", 8, PR_SENDER_NAME=combining),
+                  {"folder": "Inbox", "properties": {"PR_SUBJECT": "bare"}},
+                  dated("28", 7, PR_SENDER_NAME="s" * 28), dated("29", 6, PR_SENDER_NAME="s" * 29))
+        senders = ["\u4f60" * 13 + "\u2026 ", combining + " " * 8, "s" * 28, "s" * 27 + "\u2026", " " * 28]
+        listed = self.inbox()["messages"]
+        self.assertEqual([each["subject"] for each in listed], ["cut", "del\u007fete", "28", "29", "bare"])
+        self.assertGreater(listed[0]["size"], 1_000_000)
+        lines = self.zeb("inbox").out.splitlines()
+        self.assertEqual(lines[0], f"{'date (UTC)':<19}  {'sender':<28}  {'size':>10}  subject")
+        shown = [self.line(each, sender).replace("\u007f", " ") for each, sender in zip(listed, senders)]
+        self.assertEqual(lines[1:], [*shown, "5 messages"])
+        numbers = [1, 2, 4, 5, 3]
+        shown = [self.line(each, sender, number).replace("\u007f", " ")
+                 for each, sender, number in zip(listed, senders, numbers)]
+        self.assertEqual(self.zeb("find", "Inbox").out.splitlines()[1:], [*shown, "5 messages"])
+
+    def test_an_object_says_what_a_line_says_and_more(self):
+        self.load({"folder": "Inbox", "properties": {"PR_SUBJECT": "a", "PR_MESSAGE_FLAGS": 0}},
+                  dated("b", 1, PR_MESSAGE_FLAGS=1, PR_SENDER_NAME="Ada"))
+        listed = self.inbox()["messages"]
+        self.assertEqual([list(each) for each in listed], [["date", "sender", "size", "subject", "unread", "entryId"]] * 2)
+        self.assertEqual([(each["date"], each["sender"], each["subject"], each["unread"]) for each in listed],
+                         [("2026-01-01T00:00:00Z", "Ada", "b", False), (None, "", "a", True)])
+        for each in listed:
+            self.assertEqual(self.shown(each["entryId"])["PR_SUBJECT"], each["subject"])
+            self.assertEqual(self.shown(each["entryId"])["PR_MESSAGE_SIZE"], each["size"])
+        self.assertEqual([list(each) for each in self.found("Inbox")], [["folder", "number", *listed[0]]] * 2)
+
+    def test_equals_are_sorted_by_date_and_then_by_subject(self):
+        self.load(dated("same", 1), dated("same", 3), dated("same", 2), dated("dame", 2), dated("tame", 2))
+        date = lambda each: (each["subject"], each["date"][8:10])
+        self.assertEqual({each["size"] for each in self.inbox()["messages"]}, {self.inbox()["messages"][0]["size"]})
+        for command in (self.inbox, lambda *more: {"messages": self.found("Inbox", *more)}):
+            by_date = [("same", "03"), ("dame", "02"), ("same", "02"), ("tame", "02"), ("same", "01")]
+            self.assertEqual([date(each) for each in command()["messages"]], by_date)
+            self.assertEqual([date(each) for each in command("--sort", "size")["messages"]], by_date)
+            self.assertEqual([date(each) for each in command("--sort", "subject")["messages"]],
+                             [("dame", "02"), ("same", "03"), ("same", "02"), ("same", "01"), ("tame", "02")])
+
+    def test_one_is_no_plural(self):
+        self.load(dated("a", 1), dated("b", 2, folder="Sub"), dated("c", 3, folder="Sub"))
+        self.assertEqual(self.zeb("inbox").out.splitlines()[-1], "1 message")
+        self.assertEqual(self.zeb("find", "Inbox").out.splitlines()[-1], "1 message")
+        self.assertEqual(self.zeb("find", "Sub", "--subject", "b").out.splitlines()[-1], "1 message found among 2")
+        self.assertEqual(self.zeb("find", "Sub", "--subject", "d").out, "0 messages found among 2\n")
+
+    def test_the_limit_holds_over_all_folders_and_each_has_its_heading(self):
+        self.load(*[dated(each, 1, folder=folder) for folder in ("Top", "Top/One", "Top/Two") for each in "ab"])
+        self.assertEqual([(each["folder"], each["subject"]) for each in self.found("Top", "-r", "--limit", "3")],
+                         [("Top", "a"), ("Top", "b"), ("Top/One", "a")])
+        lines = self.zeb("find", "Top", "-r", "--limit", "3").out.splitlines()
+        heading = lines[1]
+        self.assertTrue(heading.startswith("      #  date (UTC) "), heading)
+        self.assertEqual(lines, ["Top", heading, lines[2], lines[3], "", "Top/One", heading, lines[7], "3 of 6 messages"])
+
+    def test_more_messages_than_one_call_reads_are_found_with_their_numbers(self):
+        count = 1_203 if world.WINDOWS else 5_203
+        self.load(*[message(f"subject {i:04}") for i in range(count)])
+        found = self.found("Inbox", "--sort", "subject")
+        self.assertEqual([(each["number"], each["subject"]) for each in found],
+                         [(i + 1, f"subject {i:04}") for i in range(count)])
+        self.assertEqual(self.zeb("find", "Inbox").out.splitlines()[-1], f"{count:,} messages")
+
+
+class Folders(World):
+    def test_the_tree_is_drawn_in_the_order_of_names_with_counts(self):
+        self.create_profile()
+        self.load(dated("a", 1, folder="Inbox/Sub/Deep", PR_MESSAGE_FLAGS=0), dated("b", 1, folder="Inbox/Sub/Deep"),
+                  dated("c", 1, folder="Inbox/Other"), dated("d", 1, folder="Zoo/Last"))
+        self.environment["LC_ALL"] = "C"
+        shown = self.zeb("folders").out
+        self.assertEqual(shown.splitlines(), [
+            "zebstore", "|- Contacts  0", "|- Deleted Items  0", "|- Inbox  0", "|  |- Other  1", "|  `- Sub  0",
+            "|     `- Deep  2 (1 unread)", "|- Outbox  0", "|- Sent Items  0", "`- Zoo  0", "   `- Last  1", "10 folders"])
+        found = json.loads(self.zeb("folders", "--json").out)
+        self.assertEqual(found["store"], "zebstore")
+        inbox = found["folders"][2]
+        self.assertEqual([each["name"] for each in inbox["folders"]], ["Other", "Sub"])
+        deep = inbox["folders"][1]["folders"][0]
+        self.assertEqual((deep["name"], deep["messages"], deep["unread"], deep["folders"]), ("Deep", 2, 1, []))
+        self.assertEqual(self.shown(deep["entryId"])["PR_DISPLAY_NAME"], "Deep")
