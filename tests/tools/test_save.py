@@ -152,8 +152,8 @@ class Contents(Save):
         self.assertEqual(done.out, "1 message in 1 folder saved\n")
         self.assertEqual(json.loads((self.folder / "out.jsonl").read_text().splitlines()[1])["properties"]["PR_SUBJECT"], "a")
 
-    def test_folders_count_as_no_messages_and_many_messages_are_all_saved(self):
-        self.assertEqual(self.load({"folder": "Sub", "folderProperties": {}}).out, "0 messages loaded\n")
+    def test_folders_are_counted_apart_and_many_messages_are_all_saved(self):
+        self.assertEqual(self.load({"folder": "Sub", "folderProperties": {}}).out, "1 folder loaded\n")
         self.load(*[message(f"{i:04}", folder="Sub") for i in range(1101)], message("below", folder="Sub/Deep"))
         self.assertEqual(self.zeb("save", "Sub", "-o", self.path("out.jsonl")).out, "1,102 messages in 2 folders saved\n")
         lines = [json.loads(line) for line in (self.folder / "out.jsonl").read_text().splitlines()]
