@@ -1,6 +1,7 @@
 // The thread on which advise sinks are called.
 #pragma once
 
+#include "zebstore/Error.h"
 #include "zebstore/Object.h"
 
 #include <condition_variable>
@@ -79,5 +80,33 @@ private:
     std::thread::id m_runner;
     std::shared_ptr<bool> m_stopping; // of the thread
 };
+
+/// Has the notifier look at `member` for the sake of its connection `number`, which ends when that fails.
+template <typename Member>
+void LookFor(const std::shared_ptr<Member>& member, ULONG number)
+{
+    try
+    {
+        Notifier::The().Add(member);
+    }
+    catch (...)
+    {
+        member->Unadvise(number);
+        throw;
+    }
+}
+
+/// Takes the connection of this number out of a map of what is known of each connection.
+/// @throws Error MAPI_E_INVALID_PARAMETER with this text when there is none
+template <typename Map>
+std::shared_ptr<Connection> TakeConnection(Map& connections, ULONG number, const char* none)
+{
+    const auto found = connections.find(number);
+    if (found == connections.end())
+        throw Error(MAPI_E_INVALID_PARAMETER, none);
+    std::shared_ptr<Connection> connection = std::move(found->second.connection);
+    connections.erase(found);
+    return connection;
+}
 
 } // namespace zebstore

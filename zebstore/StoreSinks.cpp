@@ -103,15 +103,7 @@ ULONG StoreSinks::Advise(const std::optional<ItemId>& item, ULONG events, IMAPIA
             m_changes = std::make_unique<StoreChanges>(m_store->SharedFile());
         m_advised[number] = {item, events, std::make_shared<Connection>(sink)};
     }
-    try
-    {
-        Notifier::The().Add(shared_from_this());
-    }
-    catch (...)
-    {
-        Unadvise(number);
-        throw;
-    }
+    LookFor(shared_from_this(), number);
     return number;
 }
 
@@ -120,11 +112,7 @@ void StoreSinks::Unadvise(ULONG number)
     std::shared_ptr<Connection> connection;
     {
         const std::lock_guard<std::mutex> hold(m_lock);
-        const auto found = m_advised.find(number);
-        if (found == m_advised.end())
-            throw Error(MAPI_E_INVALID_PARAMETER, "there is no connection of this number");
-        connection = std::move(found->second.connection);
-        m_advised.erase(found);
+        connection = TakeConnection(m_advised, number, "there is no connection of this number");
         if (m_advised.empty())
             m_changes.reset();
     }

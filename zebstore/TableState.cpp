@@ -121,15 +121,7 @@ ULONG TableState::Advise(IMAPIAdviseSink* sink)
         m_view.Sync();
         m_connections.emplace(number, Advised{std::make_shared<Connection>(sink), m_events.size()});
     }
-    try
-    {
-        Notifier::The().Add(shared_from_this());
-    }
-    catch (...)
-    {
-        Unadvise(number);
-        throw;
-    }
+    LookFor(shared_from_this(), number);
     return number;
 }
 
@@ -139,11 +131,7 @@ void TableState::Unadvise(ULONG number)
     bool last = false;
     {
         const std::lock_guard<std::mutex> hold(m_lock);
-        const auto found = m_connections.find(number);
-        if (found == m_connections.end())
-            throw Error(MAPI_E_INVALID_PARAMETER, "the table has no connection of this number");
-        connection = std::move(found->second.connection);
-        m_connections.erase(found);
+        connection = TakeConnection(m_connections, number, "the table has no connection of this number");
         last = m_connections.empty();
         if (last)
         {
