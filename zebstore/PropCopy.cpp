@@ -58,21 +58,20 @@ public:
         return copy;
     }
 
-    template <typename Text>
-    Text* CopyTexts(Text* texts, ULONG count)
+    /// Makes an array of plain elements its copy.
+    template <typename T>
+    void Own(T*& array, ULONG count)
     {
-        Text* copy = Copy(texts, count);
-        for (ULONG i = 0; copy && i < count; ++i)
-            copy[i] = Copy(texts[i]);
-        return copy;
+        array = Copy(array, count);
     }
 
-    SBinary* CopyBinaries(const SBinary* binaries, ULONG count)
+    /// The same with what each element points to.
+    template <typename T>
+    void OwnEach(T*& array, ULONG count)
     {
-        SBinary* copy = Copy(binaries, count);
-        for (ULONG i = 0; copy && i < count; ++i)
-            copy[i] = Copy(binaries[i]);
-        return copy;
+        Own(array, count);
+        for (ULONG i = 0; array && i < count; ++i)
+            array[i] = Copy(array[i]);
     }
 
     SCODE Result() const { return m_result; }
@@ -107,45 +106,33 @@ bool IsPlain(ULONG type)
     }
 }
 
-// The counted arrays share one layout: the count, then the pointer.
 void CopyMultiple(_PV& value, ULONG type, Copier& copier)
 {
     switch (type)
     {
     case PT_MV_I2:
-        value.MVi.lpi = copier.Copy(value.MVi.lpi, value.MVi.cValues);
-        break;
+        return copier.Own(value.MVi.lpi, value.MVi.cValues);
     case PT_MV_LONG:
-        value.MVl.lpl = copier.Copy(value.MVl.lpl, value.MVl.cValues);
-        break;
+        return copier.Own(value.MVl.lpl, value.MVl.cValues);
     case PT_MV_R4:
-        value.MVflt.lpflt = copier.Copy(value.MVflt.lpflt, value.MVflt.cValues);
-        break;
+        return copier.Own(value.MVflt.lpflt, value.MVflt.cValues);
     case PT_MV_DOUBLE:
     case PT_MV_APPTIME:
-        value.MVdbl.lpdbl = copier.Copy(value.MVdbl.lpdbl, value.MVdbl.cValues);
-        break;
+        return copier.Own(value.MVdbl.lpdbl, value.MVdbl.cValues);
     case PT_MV_CURRENCY:
-        value.MVcur.lpcur = copier.Copy(value.MVcur.lpcur, value.MVcur.cValues);
-        break;
+        return copier.Own(value.MVcur.lpcur, value.MVcur.cValues);
     case PT_MV_SYSTIME:
-        value.MVft.lpft = copier.Copy(value.MVft.lpft, value.MVft.cValues);
-        break;
+        return copier.Own(value.MVft.lpft, value.MVft.cValues);
     case PT_MV_I8:
-        value.MVli.lpli = copier.Copy(value.MVli.lpli, value.MVli.cValues);
-        break;
+        return copier.Own(value.MVli.lpli, value.MVli.cValues);
     case PT_MV_CLSID:
-        value.MVguid.lpguid = copier.Copy(value.MVguid.lpguid, value.MVguid.cValues);
-        break;
+        return copier.Own(value.MVguid.lpguid, value.MVguid.cValues);
     case PT_MV_STRING8:
-        value.MVszA.lppszA = copier.CopyTexts(value.MVszA.lppszA, value.MVszA.cValues);
-        break;
+        return copier.OwnEach(value.MVszA.lppszA, value.MVszA.cValues);
     case PT_MV_UNICODE:
-        value.MVszW.lppszW = copier.CopyTexts(value.MVszW.lppszW, value.MVszW.cValues);
-        break;
+        return copier.OwnEach(value.MVszW.lppszW, value.MVszW.cValues);
     case PT_MV_BINARY:
-        value.MVbin.lpbin = copier.CopyBinaries(value.MVbin.lpbin, value.MVbin.cValues);
-        break;
+        return copier.OwnEach(value.MVbin.lpbin, value.MVbin.cValues);
     default:
         copier.Fail(MAPI_E_INVALID_TYPE);
     }

@@ -98,6 +98,21 @@ Service AddService(const std::string& profile, const std::string& displayName)
     return service;
 }
 
+PropertySet ServiceRow(const Service& service)
+{
+    PropertySet row;
+    row.SetBinary(PR_SERVICE_UID, service.uid.ab, sizeof(service.uid.ab));
+    row.SetBinary(PR_INSTANCE_KEY, service.uid.ab, sizeof(service.uid.ab));
+    row.SetText(PR_SERVICE_NAME_W, ZEBSTORE_SERVICE_NAME);
+    row.SetText(PR_SERVICE_DLL_NAME_W, ZEBSTORE_DLL_NAME);
+    row.SetText(PR_DISPLAY_NAME_W, service.displayName);
+    row.SetLong(PR_RESOURCE_FLAGS, SERVICE_DEFAULT_STORE | SERVICE_SINGLE_COPY);
+    if (!service.path.empty())
+        row.SetText(PR_ZEBSTORE_PATH_W, service.path);
+    row.SetText(PR_ZEBSTORE_DURABILITY_W, service.fullDurability ? "full" : "normal");
+    return row;
+}
+
 class ServiceAdmin final : public Object<IMsgServiceAdmin>
 {
 public:
@@ -121,19 +136,7 @@ public:
                            RequireFlags(flags, MAPI_UNICODE);
                            std::vector<PropertySet> rows;
                            for (const Service& each : profiles::Services(m_profile))
-                           {
-                               PropertySet row;
-                               row.SetBinary(PR_SERVICE_UID, each.uid.ab, sizeof(each.uid.ab));
-                               row.SetBinary(PR_INSTANCE_KEY, each.uid.ab, sizeof(each.uid.ab));
-                               row.SetText(PR_SERVICE_NAME_W, ZEBSTORE_SERVICE_NAME);
-                               row.SetText(PR_SERVICE_DLL_NAME_W, ZEBSTORE_DLL_NAME);
-                               row.SetText(PR_DISPLAY_NAME_W, each.displayName);
-                               row.SetLong(PR_RESOURCE_FLAGS, SERVICE_DEFAULT_STORE | SERVICE_SINGLE_COPY);
-                               if (!each.path.empty())
-                                   row.SetText(PR_ZEBSTORE_PATH_W, each.path);
-                               row.SetText(PR_ZEBSTORE_DURABILITY_W, each.fullDurability ? "full" : "normal");
-                               rows.push_back(std::move(row));
-                           }
+                               rows.push_back(ServiceRow(each));
                            *table = NewMemoryTable(std::move(rows),
                                                    {PR_SERVICE_UID, PR_SERVICE_NAME_A, PR_DISPLAY_NAME_A,
                                                     PR_INSTANCE_KEY, PR_RESOURCE_FLAGS, PR_ZEBSTORE_PATH_A,
