@@ -1,12 +1,10 @@
 // The contacts as rows of a table.
 #include "zebstore/AddressValues.h"
 #include "zebstore/Contacts.h"
-#include "zebstore/storage/Database.h"
 #include "zebstore/storage/PropertyBlob.h"
+#include "zebstore/storage/RowParts.h"
 #include "zebstore/storage/RowSelect.h"
 #include "zebstore/storage/StoreParts.h"
-
-#include <deque>
 
 namespace zebstore
 {
@@ -31,10 +29,10 @@ public:
 
     EncodedValue Find(ULONG tag) const override
     {
-        m_made.emplace_back();
-        if (ComputeContact(m_store, m_tags, m_contact, m_message, tag, m_made.back()))
-            return m_made.back().Find(tag);
-        m_made.pop_back();
+        const auto compute = [&](PropertySet& made)
+        { return ComputeContact(m_store, m_tags, m_contact, m_message, tag, made); };
+        if (const auto value = m_made.Find(tag, compute))
+            return *value;
         return HasId(ComputedContactTags(), tag) ? EncodedValue() : m_message.Find(tag);
     }
 
@@ -43,7 +41,7 @@ private:
     const ContactTags& m_tags;
     const AddressName& m_contact;
     const ValueSource& m_message;
-    mutable std::deque<PropertySet> m_made; // a deque: what was handed out stays in place
+    mutable ComputedValues m_made;
 };
 
 class ContactRows final : public RowSource

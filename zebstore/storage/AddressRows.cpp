@@ -1,10 +1,8 @@
 // The entries of the address book as rows.
 #include "zebstore/storage/AddressStorage.h"
-#include "zebstore/storage/Database.h"
 #include "zebstore/storage/PropertyBlob.h"
+#include "zebstore/storage/RowParts.h"
 #include "zebstore/storage/RowSelect.h"
-
-#include <deque>
 
 namespace zebstore
 {
@@ -29,10 +27,10 @@ public:
 
     EncodedValue Find(ULONG tag) const override
     {
-        m_made.emplace_back();
-        if (m_computed.OfEntry(tag, m_address, m_type, m_made.back()))
-            return m_made.back().Find(tag);
-        m_made.pop_back();
+        const auto compute = [&](PropertySet& made)
+        { return m_computed.OfEntry(tag, m_address, m_type, made); };
+        if (const auto value = m_made.Find(tag, compute))
+            return *value;
         return m_blob.Find(tag);
     }
 
@@ -41,7 +39,7 @@ private:
     AddressId m_address;
     ULONG m_type;
     PropertyBlob m_blob;
-    mutable std::deque<PropertySet> m_made; // a deque: what was handed out stays in place
+    mutable ComputedValues m_made;
 };
 
 class AddressRows : public RowSource
@@ -66,7 +64,7 @@ public:
         // The natural order is that of the names, so the commonest sort order asks for nothing.
         const bool natural = !order || order->IsEmpty() || IsByName(*order);
         if (natural && !restriction)
-            return AllKeys();
+            return Query(m_store->Connection(), "SELECT id FROM address ORDER BY key, id").Numbers(Count());
         RowSelection selection(restriction, natural ? nullptr : order);
         Query query(m_store->Connection(), "SELECT id, type, props FROM address ORDER BY key, id");
         while (query.Step())
@@ -78,9 +76,8 @@ public:
     {
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
         const ReadScope moment(m_store->Connection());
-        std::vector<RowKey> keys;
         if (Count() == 0)
-            return keys;
+            return {};
         Query query(
             m_store->Connection(),
             after ? "SELECT id FROM address WHERE (key, id) > (SELECT key, id FROM address WHERE id=?2) "
@@ -89,27 +86,18 @@ public:
         query.Bind(1, static_cast<std::int64_t>(count));
         if (after)
             query.Bind(2, *after);
-        while (query.Step())
-            keys.push_back(query.Number(0));
-        return keys;
+        return query.Numbers();
     }
 
     void Read(const RowKey* keys, size_t count, const Visitor& visit) override
     {
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
         const ReadScope moment(m_store->Connection());
-        const PropertySet none;
         if (count == 0)
             return;
         Query query(m_store->Connection(), "SELECT id, type, props FROM address WHERE id=?");
-        for (size_t i = 0; i < count; ++i)
-        {
-            if (query.Bind(1, keys[i]).Step())
-                visit(i, AddressValues(*m_store, *m_computed, query));
-            else
-                visit(i, none);
-            query.Reset();
-        }
+        ReadByKey(query, keys, count, visit,
+                  [&](RowKey) { return AddressValues(*m_store, *m_computed, query); });
     }
 
     std::vector<ULONG> DefaultColumns() override
@@ -123,15 +111,13 @@ public:
 
     std::vector<ULONG> AllColumns() override
     {
-        std::vector<ULONG> columns = DefaultColumns();
+        ColumnList columns(DefaultColumns());
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
         const std::vector<RowKey> keys = KeysAfter(std::nullopt, 100); // the first rows stand for all
         for (const RowKey key : keys)
             for (const ULONG tag : m_addresses.Load(key).properties.Tags())
-                if (std::none_of(columns.begin(), columns.end(),
-                                 [&](ULONG each) { return PROP_ID(each) == PROP_ID(tag); }))
-                    columns.push_back(tag);
-        return columns;
+                columns.Add(tag);
+        return columns.Take();
     }
 
 private:
@@ -141,16 +127,6 @@ private:
         const ULONG type = PROP_TYPE(first.tag);
         return order.Keys().size() == 1 && PROP_ID(first.tag) == PROP_ID(PR_DISPLAY_NAME) &&
                !first.descending && (type == PT_UNICODE || type == PT_STRING8 || type == PT_UNSPECIFIED);
-    }
-
-    std::vector<RowKey> AllKeys()
-    {
-        std::vector<RowKey> keys;
-        keys.reserve(Count());
-        Query query(m_store->Connection(), "SELECT id FROM address ORDER BY key, id");
-        while (query.Step())
-            keys.push_back(query.Number(0));
-        return keys;
     }
 
     AddressStorage m_addresses;

@@ -125,15 +125,11 @@ StoredAddress AddressStorage::Load(AddressId address) const
 std::vector<AddressId> AddressStorage::Named(std::string_view displayName) const
 {
     const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-    std::vector<AddressId> found;
     if (!IsThere())
-        return found;
+        return {};
     const std::string key = SortKey(displayName);
     Query query(m_store->Connection(), "SELECT id FROM address WHERE key=? ORDER BY id");
-    query.BindText(1, key);
-    while (query.Step())
-        found.push_back(query.Number(0));
-    return found;
+    return query.BindText(1, key).Numbers();
 }
 
 AddressId AddressStorage::Create(ULONG type, const PropertySet& properties, AddressId list) const

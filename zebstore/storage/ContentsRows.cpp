@@ -1,13 +1,12 @@
 // The messages of a folder as rows.
 #include "zebstore/storage/PropertyBlob.h"
 #include "zebstore/storage/RecentChanges.h"
+#include "zebstore/storage/RowParts.h"
 #include "zebstore/storage/RowSelect.h"
-#include "zebstore/storage/RowSource.h"
 #include "zebstore/storage/Schema.h"
 #include "zebstore/storage/SqlFilter.h"
 #include "zebstore/storage/StoreParts.h"
 
-#include <deque>
 #include <unordered_set>
 
 namespace zebstore
@@ -15,15 +14,6 @@ namespace zebstore
 
 namespace
 {
-
-std::vector<ULONG> SortedIds(const std::vector<ULONG>& tags)
-{
-    std::vector<ULONG> ids;
-    for (const ULONG tag : tags)
-        ids.push_back(PROP_ID(tag));
-    std::sort(ids.begin(), ids.end());
-    return ids;
-}
 
 // One message while it is looked at; the blob is fetched when the first stored property is asked for.
 class MessageValues : public ValueSource
@@ -44,9 +34,10 @@ public:
     {
         if (std::binary_search(m_computedIds.begin(), m_computedIds.end(), PROP_ID(tag)))
         {
-            m_made.emplace_back();
-            if (m_computed->OfMessage(tag, m_message, m_made.back()))
-                return m_made.back().Find(tag);
+            const auto compute = [&](PropertySet& made)
+            { return m_computed->OfMessage(tag, m_message, made); };
+            if (const auto value = m_made.Find(tag, compute))
+                return *value;
         }
         if (!m_blob)
             m_blob.emplace(m_query.Bytes(m_blobColumn), m_store);
@@ -74,7 +65,7 @@ private:
     const Query& m_query;
     int m_blobColumn;
     mutable std::optional<PropertyBlob> m_blob;
-    mutable std::deque<PropertySet> m_made; // a deque: what was handed out stays in place
+    mutable ComputedValues m_made;
 };
 
 class ContentsRows : public RowSource
@@ -151,29 +142,18 @@ public:
     std::vector<RowKey> KeysAfter(std::optional<RowKey> after, size_t count) override
     {
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-        std::vector<RowKey> keys;
         Query query(m_store->Connection(),
                     "SELECT id FROM message WHERE id > ? AND id <= ? ORDER BY id LIMIT ?");
         query.Bind(1, after ? *after : m_first).Bind(2, m_last).Bind(3, static_cast<std::int64_t>(count));
-        while (query.Step())
-            keys.push_back(query.Number(0));
-        return keys;
+        return query.Numbers();
     }
 
     void Read(const RowKey* keys, size_t count, const Visitor& visit) override
     {
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
         const ReadScope moment(m_store->Connection());
-        const PropertySet none;
         Query query(m_store->Connection(), "SELECT props FROM message WHERE id=?");
-        for (size_t i = 0; i < count; ++i)
-        {
-            if (query.Bind(1, keys[i]).Step())
-                visit(i, ValuesOf(keys[i], query, 0));
-            else
-                visit(i, none);
-            query.Reset();
-        }
+        ReadByKey(query, keys, count, visit, [&](RowKey key) { return ValuesOf(key, query, 0); });
     }
 
     std::vector<ULONG> DefaultColumns() override
@@ -189,8 +169,7 @@ public:
 
     std::vector<ULONG> AllColumns() override
     {
-        std::vector<ULONG> columns = DefaultColumns();
-        std::vector<ULONG> ids = SortedIds(columns);
+        ColumnList columns(DefaultColumns());
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
         // The first rows stand for all: a scan of a large folder for rare columns would be no open in
         // constant time.
@@ -201,16 +180,9 @@ public:
         {
             const PropertyBlob blob(query.Bytes(0), *m_store);
             for (size_t i = 0; i < blob.Count(); ++i)
-            {
-                const ULONG tag = blob.At(i).tag;
-                const auto place = std::lower_bound(ids.begin(), ids.end(), PROP_ID(tag));
-                if (place != ids.end() && *place == PROP_ID(tag))
-                    continue;
-                ids.insert(place, PROP_ID(tag));
-                columns.push_back(tag);
-            }
+                columns.Add(blob.At(i).tag);
         }
-        return columns;
+        return columns.Take();
     }
 
 private:

@@ -244,6 +244,15 @@ void Query::Run()
     }
 }
 
+std::vector<std::int64_t> Query::Numbers(size_t expected)
+{
+    std::vector<std::int64_t> numbers;
+    numbers.reserve(expected);
+    while (Step())
+        numbers.push_back(Number(0));
+    return numbers;
+}
+
 void Query::Reset()
 {
     sqlite3_reset(m_statement);

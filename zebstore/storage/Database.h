@@ -98,6 +98,8 @@ public:
     bool Step();
     /// Steps to the end.
     void Run();
+    /// Steps to the end. @return the first column of all rows
+    std::vector<std::int64_t> Numbers(size_t expected = 0);
     /// For the next run with other parameters.
     void Reset();
 

@@ -1,9 +1,8 @@
 // The folders below a folder as rows.
+#include "zebstore/storage/RowParts.h"
 #include "zebstore/storage/RowSelect.h"
-#include "zebstore/storage/RowSource.h"
 #include "zebstore/storage/StoreParts.h"
 
-#include <deque>
 #include <map>
 #include <tuple>
 
@@ -36,12 +35,10 @@ public:
     {
         if (const EncodedValue count = m_counts.Find(tag))
             return count;
-        if (m_computed)
-        {
-            m_made.emplace_back();
-            if (m_computed->OfFolder(tag, m_info, m_made.back()))
-                return m_made.back().Find(tag);
-        }
+        const auto compute = [&](PropertySet& made)
+        { return m_computed && m_computed->OfFolder(tag, m_info, made); };
+        if (const auto value = m_made.Find(tag, compute))
+            return *value;
         if (!m_stored)
             m_stored = m_store.FolderProperties(m_info.id);
         return m_stored->Find(tag);
@@ -53,7 +50,7 @@ private:
     FolderInfo m_info;
     PropertySet m_counts;
     mutable std::optional<PropertySet> m_stored;
-    mutable std::deque<PropertySet> m_made;
+    mutable ComputedValues m_made;
 };
 
 class HierarchyRows : public RowSource
@@ -169,14 +166,12 @@ public:
 
     std::vector<ULONG> AllColumns() override
     {
-        std::vector<ULONG> columns = DefaultColumns();
+        ColumnList columns(DefaultColumns());
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
         for (const FolderInfo& info : m_store->FoldersUnder(m_folder, m_wholeTree))
             for (const ULONG tag : m_store->FolderProperties(info.id).Tags())
-                if (std::none_of(columns.begin(), columns.end(),
-                                 [&](ULONG each) { return PROP_ID(each) == PROP_ID(tag); }))
-                    columns.push_back(tag);
-        return columns;
+                columns.Add(tag);
+        return columns.Take();
     }
 
 private:

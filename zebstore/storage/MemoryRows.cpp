@@ -1,5 +1,5 @@
+#include "zebstore/storage/RowParts.h"
 #include "zebstore/storage/RowSelect.h"
-#include "zebstore/storage/RowSource.h"
 
 #include <map>
 #include <numeric>
@@ -106,12 +106,10 @@ std::vector<ULONG> MemoryRows::DefaultColumns()
 std::vector<ULONG> MemoryRows::AllColumns()
 {
     const std::lock_guard<std::mutex> hold(m_lock);
-    std::vector<ULONG> columns = m_defaultColumns;
+    ColumnList columns(m_defaultColumns);
     for (const ULONG tag : TagsOfAll(m_rows))
-        if (std::none_of(columns.begin(), columns.end(),
-                         [&](ULONG each) { return PROP_ID(each) == PROP_ID(tag); }))
-            columns.push_back(tag);
-    return columns;
+        columns.Add(tag);
+    return columns.Take();
 }
 
 } // namespace zebstore

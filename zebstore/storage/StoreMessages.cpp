@@ -287,13 +287,11 @@ void DeleteMessageRow(StoreFile& store, MessageId message)
 void ClearContents(StoreFile& store, std::int64_t container)
 {
     Database& database = store.Connection();
-    std::vector<MessageId> withParts;
-    {
-        Query query(database, "SELECT id FROM message WHERE id BETWEEN ? AND ? AND parts & 7");
-        query.Bind(1, FirstOf(container)).Bind(2, LastOf(container));
-        while (query.Step())
-            withParts.push_back(query.Number(0));
-    }
+    const std::vector<MessageId> withParts =
+        Query(database, "SELECT id FROM message WHERE id BETWEEN ? AND ? AND parts & 7")
+            .Bind(1, FirstOf(container))
+            .Bind(2, LastOf(container))
+            .Numbers();
     for (const MessageId message : withParts)
         DeleteMessageRow(store, message);
     Query(database, "DELETE FROM message WHERE id BETWEEN ? AND ?")
@@ -389,13 +387,9 @@ void StoreFile::ChangeMessageFlags(const std::vector<MessageId>& messages, ULONG
 std::vector<MessageId> StoreFile::MessagesOf(FolderId folder, bool associated)
 {
     const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    std::vector<MessageId> messages;
     const std::int64_t container = ContainerOf(folder, associated);
     Query query(*m_database, "SELECT id FROM message WHERE id BETWEEN ? AND ? ORDER BY id");
-    query.Bind(1, FirstOf(container)).Bind(2, LastOf(container));
-    while (query.Step())
-        messages.push_back(query.Number(0));
-    return messages;
+    return query.Bind(1, FirstOf(container)).Bind(2, LastOf(container)).Numbers();
 }
 
 } // namespace zebstore
