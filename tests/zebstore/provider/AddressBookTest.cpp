@@ -1,6 +1,8 @@
 #include "platform/text.h"
 #include "tests/zebstore/provider/AddressBookFixture.h"
 
+#include <algorithm>
+
 namespace zebstore
 {
 namespace
@@ -113,11 +115,26 @@ TEST_F(AddressBooks, SortByAnythingAndBackwards)
     EXPECT_EQ(sorted(PR_EMAIL_ADDRESS_A, TABLE_SORT_ASCEND), (Texts{"B", "C", "A"}));
 }
 
+TEST_F(AddressBooks, SortEqualNamesByWhatIsAskedForNext)
+{
+    AddUser("A", "1@x.org");
+    AddUser("A", "2@x.org");
+    IMAPITable* table = nullptr;
+    ASSERT_EQ(Directory()->GetContentsTable(0, &table), S_OK);
+    SizedSSortOrderSet(2, order) = {
+        2, 0, 0, {{PR_DISPLAY_NAME_A, TABLE_SORT_ASCEND}, {PR_EMAIL_ADDRESS_A, TABLE_SORT_DESCEND}}};
+    EXPECT_EQ(table->SortTable(reinterpret_cast<LPSSortOrderSet>(&order), 0), S_OK);
+    const Rows rows(table, {PR_EMAIL_ADDRESS_A});
+    EXPECT_EQ(rows.TextCell(0, 0), "2@x.org");
+    EXPECT_EQ(rows.TextCell(1, 0), "1@x.org");
+}
+
 TEST_F(AddressBooks, AnswerToTheBeginningsOfNames)
 {
     AddUser("Ada Brandt", "adab@example.org");
     AddUser("Adam Cole", "cole@example.org");
-    AddUser("Zo\xC3\xAB Hart", "z@example.org");
+    const std::string zoe = zeb::platform::NarrowFromWide(ZEBW("Zo\u00eb Hart"), 8);
+    AddUser(zoe.c_str(), "z@example.org");
     const auto found = [&](const char* name, ULONG tag = PR_ANR_A)
     {
         IMAPITable* table = nullptr;
@@ -138,6 +155,30 @@ TEST_F(AddressBooks, AnswerToTheBeginningsOfNames)
     EXPECT_EQ(found("=ada"), Texts());
     EXPECT_EQ(found("=ada brandt"), (Texts{"Ada Brandt"}));
     EXPECT_EQ(found("cole@example.org", PR_EMAIL_ADDRESS_A), (Texts{"Adam Cole"}));
+    EXPECT_EQ(found("zoe"), (Texts{zoe}));
+    AddUser(zeb::platform::NarrowFromWide(ZEBW("\u00feora (x)"), 8).c_str());
+    EXPECT_EQ(found("ora"), Texts());
+    EXPECT_EQ(found("(x"), Texts());
+    AddUser("(x) Boris");
+    EXPECT_EQ(found("(x"), (Texts{"(x) Boris"}));
+    const auto named = OpenInBook<IMailUser>(AddUser("Chief"));
+    Set(named.Get(), NarrowValue(PR_GIVEN_NAME_A, "Augusta"));
+    Set(named.Get(), NarrowValue(PR_SURNAME_A, "Dorn"));
+    Set(named.Get(), NarrowValue(PR_ACCOUNT_A, "gadorn"));
+    ASSERT_EQ(named->SaveChanges(0), S_OK);
+    EXPECT_EQ(found("dorn, augusta"), (Texts{"Chief"}));
+    EXPECT_EQ(found("gado"), (Texts{"Chief"}));
+}
+
+TEST_F(AddressBooks, ShowListsAsListsInTheirTable)
+{
+    AddList("Team");
+    IMAPITable* table = nullptr;
+    ASSERT_EQ(Directory()->GetContentsTable(0, &table), S_OK);
+    const Rows rows(table, {PR_OBJECT_TYPE, PR_DISPLAY_TYPE});
+    ASSERT_EQ(rows.Count(), 1u);
+    EXPECT_EQ(rows.Cell(0, 0).Value.l, LONG(MAPI_DISTLIST));
+    EXPECT_EQ(rows.Cell(0, 1).Value.l, LONG(DT_DISTLIST));
 }
 
 TEST_F(AddressBooks, RefuseANameSearchByAnotherRelation)
@@ -236,6 +277,51 @@ TEST_F(AddressBooks, CopyAndDeleteEntries)
     EXPECT_NE(BookErrorText(MAPI_E_NOT_FOUND).find("main.zeb"), std::string::npos);
 }
 
+TEST_F(AddressBooks, ACopyIsADuplicateOnlyOfItsKindAndOnlyWhenAsked)
+{
+    AddList("Eve");
+    const Bytes oneOff = OneOff("Eve", "SMTP", "eve@example.org");
+    EntryList entries(oneOff);
+    EXPECT_EQ(Directory()->CopyEntries(&entries, 0, nullptr, CREATE_CHECK_DUP_LOOSE), S_OK);
+    EXPECT_EQ(Directory()->CopyEntries(&entries, 0, nullptr, AB_NO_DIALOG), S_OK);
+    EXPECT_EQ(NamesIn(*Directory()), (Texts{"Eve", "Eve", "Eve"}));
+}
+
+TEST_F(AddressBooks, ACopyHasNothingOfTheIdentifierOfWhatItWasMadeOf)
+{
+    const Bytes oneOff = OneOff("Eve", "SMTP", "eve@example.org");
+    IMAPIProp* entry = nullptr;
+    ASSERT_EQ(Directory()->CreateEntry(static_cast<ULONG>(oneOff.size()), Id(oneOff), 0, &entry), S_OK);
+    const Ref<IMAPIProp> copy = Ref<IMAPIProp>::Adopt(entry);
+    EXPECT_EQ(GetText(copy.Get(), PR_EMAIL_ADDRESS_A), "eve@example.org");
+    EXPECT_TRUE(GetBytes(copy.Get(), PR_ENTRYID).empty());
+    EXPECT_TRUE(GetBytes(copy.Get(), PR_RECORD_KEY).empty());
+}
+
+TEST_F(AddressBooks, AnEntryThatReplacedAnotherGoesOnAsThatOne)
+{
+    const Bytes id = AddUser("Ada", "ada@example.org");
+    const Ref<IMAPIProp> user =
+        New(*Directory(), PR_DEF_CREATE_MAILUSER, CREATE_CHECK_DUP_LOOSE | CREATE_REPLACE);
+    Set(user.Get(), NarrowValue(PR_DISPLAY_NAME_A, "Ada"));
+    EXPECT_EQ(user->SaveChanges(KEEP_OPEN_READWRITE), S_OK);
+    EXPECT_EQ(GetBytes(user.Get(), PR_ENTRYID), id);
+    Set(user.Get(), NarrowValue(PR_DISPLAY_NAME_A, "Ada Brandt"));
+    EXPECT_EQ(user->SaveChanges(KEEP_OPEN_READWRITE), S_OK);
+    EXPECT_EQ(NamesIn(*Directory()), (Texts{"Ada Brandt"}));
+}
+
+TEST_F(AddressBooks, AnEntryWithoutAnAddressHasNoneComputed)
+{
+    const auto user = OpenInBook<IMailUser>(AddUser("Ada"));
+    for (const ULONG tag : {ULONG(PR_SEARCH_KEY), ULONG(PR_ADDRTYPE_A), SmtpAddress})
+    {
+        HRESULT code = S_OK;
+        Get(user.Get(), tag, &code);
+        EXPECT_EQ(code, MAPI_E_NOT_FOUND) << std::hex << tag;
+    }
+}
+
 TEST_F(AddressBooks, TheSessionOpensTheirEntriesToo)
 {
     const Bytes user = AddUser("Ada");
@@ -276,6 +362,15 @@ TEST_F(AddressBooks, TheDefaultDirectoryIsTheGlobalAddressListUntilAnotherIsChos
     EXPECT_EQ(given(&IAddrBook::GetDefaultDir), contacts);
 }
 
+const SPropValue* FoundIn(const SRow& row, ULONG tag)
+{
+    const SPropValue* const end = row.lpProps + row.cValues;
+    const SPropValue* const found =
+        std::find_if(row.lpProps, row.lpProps + row.cValues,
+                     [&](const SPropValue& each) { return each.ulPropTag == tag; });
+    return found == end ? nullptr : found;
+}
+
 TEST_F(AddressBooks, TheSearchPathIsKept)
 {
     const auto path = [&]
@@ -284,9 +379,8 @@ TEST_F(AddressBooks, TheSearchPathIsKept)
         EXPECT_EQ(Book().GetSearchPath(0, &rows), S_OK);
         Texts names;
         for (ULONG i = 0; rows && i < rows->cRows; ++i)
-            for (ULONG j = 0; j < rows->aRow[i].cValues; ++j)
-                if (rows->aRow[i].lpProps[j].ulPropTag == PR_DISPLAY_NAME_A)
-                    names.emplace_back(rows->aRow[i].lpProps[j].Value.lpszA);
+            if (const SPropValue* name = FoundIn(rows->aRow[i], PR_DISPLAY_NAME_A))
+                names.emplace_back(name->Value.lpszA);
         FreeProws(rows);
         return names;
     };
@@ -299,6 +393,45 @@ TEST_F(AddressBooks, TheSearchPathIsKept)
     id.Value.bin.cb = 3;
     EXPECT_EQ(Book().SetSearchPath(0, reinterpret_cast<LPSRowSet>(&set)), MAPI_E_INVALID_ENTRYID);
     EXPECT_EQ(path(), (Texts{"Global Address List"}));
+    id = LongValue(PR_DEPTH, 1);
+    EXPECT_EQ(Book().SetSearchPath(0, reinterpret_cast<LPSRowSet>(&set)), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(path(), (Texts{"Global Address List"}));
+    SRowSet* wide = nullptr;
+    ASSERT_EQ(Book().GetSearchPath(MAPI_UNICODE, &wide), S_OK);
+    const SPropValue* name = FoundIn(wide->aRow[0], PR_DISPLAY_NAME_W);
+    ASSERT_NE(name, nullptr);
+    EXPECT_EQ(zeb::platform::WideString(name->Value.lpszW), ZEBW("Global Address List"));
+    FreeProws(wide);
+}
+
+TEST_F(AddressBooks, ATemplateIsNoEntryThatOpens)
+{
+    for (const ULONG tag : {PR_DEF_CREATE_MAILUSER, PR_DEF_CREATE_DL})
+        OpenInBook<IMAPIProp>(GetBytes(Directory().Get(), tag), 0, nullptr, MAPI_E_INVALID_ENTRYID);
+}
+
+TEST_F(AddressBooks, AContainerKeepsNoPropertiesOfOthers)
+{
+    const auto directory = Directory();
+    EXPECT_EQ(Set(directory.Get(), NarrowValue(PR_COMMENT_A, "x")), MAPI_E_NO_SUPPORT);
+    HRESULT code = S_OK;
+    Get(directory.Get(), PR_COMMENT_A, &code);
+    EXPECT_EQ(code, MAPI_E_NOT_FOUND);
+}
+
+TEST_F(AddressBooks, TheRootStandsAboveItsContainersWhichOpenAsATableToo)
+{
+    const auto root = Root();
+    EXPECT_EQ(GetLong(root.Get(), PR_DEPTH), 0);
+    EXPECT_EQ(GetLong(Directory().Get(), PR_DEPTH), 1);
+    EXPECT_EQ(GetLong(Directory().Get(), PR_ACCESS_LEVEL), 1);
+    EXPECT_EQ(GetLong(Contacts().Get(), PR_ACCESS_LEVEL), 0);
+    IUnknown* table = nullptr;
+    ASSERT_EQ(root->OpenProperty(PR_CONTAINER_HIERARCHY, &IID_IMAPITable, 0, 0, &table), S_OK);
+    EXPECT_EQ(NamesOf(static_cast<IMAPITable*>(table)), (Texts{"Global Address List", "Contacts"}));
+    AddUser("Ada");
+    ASSERT_EQ(Directory()->OpenProperty(PR_CONTAINER_CONTENTS, &IID_IMAPITable, 0, 0, &table), S_OK);
+    EXPECT_EQ(NamesOf(static_cast<IMAPITable*>(table)), (Texts{"Ada"}));
 }
 
 TEST_F(AddressBooks, WhatNeedsAWindowIsNotSupported)
@@ -346,6 +479,12 @@ TEST_F(AddressBooks, OneOffIdentifiersOpenToUsers)
     EXPECT_EQ(zeb::platform::WideString(name->Value.lpszW), ZEBW("Zo\u00eb"));
 }
 
+TEST_F(AddressBooks, AOneOffWithoutANameIsCalledByItsAddress)
+{
+    const auto user = OpenInBook<IMailUser>(OneOff(nullptr, "SMTP", "eve@example.org"));
+    EXPECT_EQ(GetText(user.Get(), PR_DISPLAY_NAME_A), "eve@example.org");
+}
+
 TEST_F(AddressBooks, EveryCutIdentifierIsRefusedWithASentence)
 {
     const Bytes contact = AddContact("Ada", {"ada@example.org"});
@@ -364,6 +503,66 @@ TEST_F(AddressBooks, EveryCutIdentifierIsRefusedWithASentence)
     damaged.back() ^= 1;
     OpenInBook<IMAPIProp>(damaged, 0, nullptr, MAPI_E_INVALID_ENTRYID);
     OpenInBook<IMAPIProp>(contact, 0, nullptr, MAPI_E_INVALID_ENTRYID);
+}
+
+TEST_F(AddressBooks, AnIdentifierWithAnyOtherByteOrOneMoreOpensNothing)
+{
+    AddContact("Ada", {"ada@example.org"});
+    IMAPITable* table = nullptr;
+    ASSERT_EQ(Contacts()->GetContentsTable(0, &table), S_OK);
+    const Bytes contact = Rows(table, {PR_ENTRYID}).BytesCell(0, 0);
+    const auto opens = [&](const Bytes& id)
+    {
+        IUnknown* object = nullptr;
+        const HRESULT code =
+            Book().OpenEntry(static_cast<ULONG>(id.size()), Id(id), nullptr, 0, nullptr, &object);
+        const Ref<IUnknown> owner = Ref<IUnknown>::Adopt(object);
+        EXPECT_TRUE(SUCCEEDED(code) || code == MAPI_E_INVALID_ENTRYID || code == MAPI_E_NOT_FOUND) << code;
+        return SUCCEEDED(code);
+    };
+    for (const Bytes& whole : {DirectoryId(), AddUser("U"), AddList("L"), contact})
+        for (size_t at = 0; at < whole.size(); ++at)
+        {
+            Bytes damaged = whole;
+            damaged[at] ^= 0x40;
+            EXPECT_FALSE(opens(damaged)) << whole.size() << " bytes, at " << at;
+        }
+    const Bytes root = GetBytes(Root().Get(), PR_ENTRYID);
+    for (Bytes longer : {root, DirectoryId(), ContactsId(), AddUser("V"), contact})
+    {
+        ASSERT_TRUE(opens(longer));
+        longer.push_back(0);
+        EXPECT_FALSE(opens(longer)) << longer.size() << " bytes";
+    }
+}
+
+TEST_F(AddressBooks, AnIdentifierHasItsVersionAndItsKindBehindTheProvider)
+{
+    AddContact("Ada", {"ada@example.org"});
+    IMAPITable* table = nullptr;
+    ASSERT_EQ(Contacts()->GetContentsTable(0, &table), S_OK);
+    const Bytes contact = Rows(table, {PR_ENTRYID}).BytesCell(0, 0);
+    const std::pair<Bytes, Bytes> expected[] = {{AddUser("U"), {1, 0, 0, 0, 0, 0, 0, 0}},
+                                                {AddList("L"), {1, 0, 0, 0, 1, 0, 0, 0}},
+                                                {DirectoryId(), {1, 0, 0, 0, 0, 1, 0, 0}},
+                                                {ContactsId(), {3, 0, 0, 0, 3, 0, 0, 0}},
+                                                {contact, {3, 0, 0, 0, 4, 0, 0, 0}}};
+    for (const auto& [id, numbers] : expected)
+    {
+        ASSERT_GE(id.size(), 28u);
+        EXPECT_EQ(Bytes(id.begin() + 20, id.begin() + 28), numbers);
+    }
+}
+
+TEST_F(AddressBooks, AnIdentifierThatTakesAUserForAListIsRefused)
+{
+    constexpr size_t kindAt = 24;
+    for (Bytes id : {AddUser("U"), AddList("L")})
+    {
+        id[kindAt] ^= 1;
+        OpenInBook<IMAPIProp>(id, 0, nullptr, MAPI_E_INVALID_ENTRYID);
+        EXPECT_NE(BookErrorText(MAPI_E_INVALID_ENTRYID).find("list"), std::string::npos);
+    }
 }
 
 TEST_F(AddressBooks, AContactsIdentifierWhoseFolderIsCutSaysSo)

@@ -59,6 +59,36 @@ TEST_F(DistLists, AnOpenTableFollowsTheMembers)
     EXPECT_EQ(count, 0u);
 }
 
+TEST_F(DistLists, AnOpenTableFollowsTheContactsAmongTheMembersToo)
+{
+    const Bytes message = AddContact("Ada", {"ada@example.org"});
+    IMAPITable* table = nullptr;
+    ASSERT_EQ(Contacts()->GetContentsTable(0, &table), S_OK);
+    const Bytes list = AddList("Team", {Rows(table, {PR_ENTRYID}).BytesCell(0, 0)});
+    IUnknown* opened = nullptr;
+    ASSERT_EQ(
+        OpenInBook<IDistList>(list)->OpenProperty(PR_CONTAINER_CONTENTS, &IID_IMAPITable, 0, 0, &opened),
+        S_OK);
+    const Ref<IMAPITable> members = Ref<IMAPITable>::Adopt(static_cast<IMAPITable*>(opened));
+    const auto names = [&]
+    {
+        members->AddRef();
+        EXPECT_EQ(members->SeekRow(BOOKMARK_BEGINNING, 0, nullptr), S_OK);
+        return NamesOf(members.Get());
+    };
+    EXPECT_EQ(names(), (Texts{"Ada"}));
+    const Ref<IMessage> contact = OpenMessage(message);
+    Set(contact.Get(), NarrowValue(PR_DISPLAY_NAME_A, "Ada Brandt"));
+    EXPECT_EQ(contact->SaveChanges(0), S_OK);
+    EXPECT_EQ(names(), (Texts{"Ada Brandt"}));
+}
+
+TEST_F(DistLists, AListThatIsNotSavedHasNoMembers)
+{
+    const Ref<IMAPIProp> fresh = New(*Directory(), PR_DEF_CREATE_DL);
+    EXPECT_EQ(NamesIn(*static_cast<IDistList*>(fresh.Get())), Texts());
+}
+
 TEST_F(DistLists, MembersAreTakenOffAndStayEntries)
 {
     const Bytes ada = AddUser("Ada");
@@ -153,6 +183,42 @@ TEST_F(NameResolving, GivesTheOneEntryThatAnswersAndKeepsWhatWasThere)
     EXPECT_EQ(recipients.Value(1, PR_ENTRYID), nullptr);
 }
 
+TEST_F(NameResolving, GivesTheColumnsThatAreAskedForAndTheIdentifier)
+{
+    const Bytes ada = AddUser("Ada Brandt", "ada@example.org");
+    Recipients recipients({"bran"});
+    SizedSPropTagArray(1, tags) = {1, {PR_EMAIL_ADDRESS_W}};
+    EXPECT_EQ(Directory()->ResolveNames(reinterpret_cast<LPSPropTagArray>(&tags), MAPI_UNICODE,
+                                        recipients.List(), recipients.Found()),
+              S_OK);
+    EXPECT_EQ(recipients.Flag(0), MAPI_RESOLVED);
+    const SPropValue* id = recipients.Value(0, PR_ENTRYID);
+    ASSERT_NE(id, nullptr);
+    EXPECT_EQ(Bytes(id->Value.bin.lpb, id->Value.bin.lpb + id->Value.bin.cb), ada);
+    EXPECT_NE(recipients.Value(0, PR_EMAIL_ADDRESS_W), nullptr);
+    EXPECT_EQ(recipients.Value(0, PR_SEARCH_KEY), nullptr);
+}
+
+TEST_F(NameResolving, LeavesWhatIsMarkedAsResolvedAndTakesWhatHasAnEmptyIdentifier)
+{
+    AddUser("Ada Brandt", "ada@example.org");
+    Recipients recipients({"ada", "ada", "ada"});
+    recipients.Found()->ulFlag[0] = MAPI_RESOLVED;
+    recipients.List()->aEntries[1].rgPropVals[0] = BinaryValue(PR_ENTRYID, {});
+    recipients.List()->aEntries[2].rgPropVals[0] =
+        LongValue(CHANGE_PROP_TYPE(PR_COMMENT, PT_ERROR), MAPI_E_NOT_FOUND);
+    EXPECT_EQ(Directory()->ResolveNames(nullptr, 0, recipients.List(), recipients.Found()), S_OK);
+    EXPECT_EQ(recipients.Value(0, PR_ENTRYID), nullptr);
+    for (const ULONG taken : {1, 2})
+    {
+        EXPECT_EQ(recipients.Flag(taken), MAPI_RESOLVED);
+        EXPECT_EQ(recipients.TextOf(taken, PR_EMAIL_ADDRESS_A), "ada@example.org");
+    }
+    recipients.Found()->cFlags = 2;
+    EXPECT_EQ(Directory()->ResolveNames(nullptr, 0, recipients.List(), recipients.Found()),
+              MAPI_E_INVALID_PARAMETER);
+}
+
 TEST_F(NameResolving, TheWholeNameGoesBeforeItsLongerOnes)
 {
     AddUser("Ada", "ada@example.org");
@@ -175,6 +241,40 @@ TEST_F(NameResolving, TheAddressBookLooksIntoItsSearchPathAndTakesAddressesAsThe
     EXPECT_EQ(recipients.TextOf(3, PR_EMAIL_ADDRESS_A), "+49 30 1");
     for (ULONG i = 0; i < 4; ++i)
         EXPECT_NE(recipients.Value(i, PR_ENTRYID), nullptr) << i;
+}
+
+TEST_F(NameResolving, TheFirstContainerThatKnowsTheNameAloneDecides)
+{
+    AddContact("Boris Cole", {"cole@example.org"});
+    AddContact("Boris Dale", {"dale@example.org"});
+    Recipients several({"boris"});
+    EXPECT_EQ(Book().ResolveName(0, 0, nullptr, several.List()), MAPI_E_AMBIGUOUS_RECIP);
+    AddUser("Boris Egan", "egan@example.org");
+    Recipients one({"boris"});
+    EXPECT_EQ(Book().ResolveName(0, 0, nullptr, one.List()), S_OK);
+    EXPECT_EQ(one.TextOf(0, PR_EMAIL_ADDRESS_A), "egan@example.org");
+}
+
+TEST_F(NameResolving, WhatOnlyLooksLikeAnAddressIsANameThatNobodyHas)
+{
+    for (const char* name : {":+49 30 1", "FAX:", "see this:+49 30 1", "eve@example.org:x y",
+                             "Eve eve@example.org", "eve@example.org,ada@example.org"})
+    {
+        Recipients recipients({name});
+        EXPECT_EQ(Book().ResolveName(0, 0, nullptr, recipients.List()), MAPI_E_NOT_FOUND) << name;
+        EXPECT_EQ(recipients.Value(0, PR_ENTRYID), nullptr) << name;
+    }
+}
+
+TEST_F(NameResolving, WhoHasAnIdentifierIsNotLookedForAgain)
+{
+    const Bytes ada = AddUser("Ada Brandt", "ada@example.org");
+    Recipients recipients({"ada"});
+    EXPECT_EQ(Book().ResolveName(0, 0, nullptr, recipients.List()), S_OK);
+    EntryList away(ada);
+    EXPECT_EQ(Directory()->DeleteEntries(&away, 0), S_OK);
+    EXPECT_EQ(Book().ResolveName(0, 0, nullptr, recipients.List()), S_OK);
+    EXPECT_EQ(recipients.TextOf(0, PR_EMAIL_ADDRESS_A), "ada@example.org");
 }
 
 TEST_F(NameResolving, SaysWhichNameIsUnknownOrAmbiguousAndResolvesTheOthers)
@@ -205,6 +305,21 @@ TEST_F(NameResolving, PreparedRecipientsBeginWithWhatWasAskedFor)
     EXPECT_STREQ(entry.rgPropVals[1].Value.lpszA, "ada@example.org");
     EXPECT_EQ(PROP_TYPE(entry.rgPropVals[2].ulPropTag), PT_ERROR);
     EXPECT_NE(recipients.Value(0, PR_ENTRYID), nullptr);
+}
+
+TEST_F(NameResolving, PreparedRecipientsKeepWhatTheyHaveAndHaveItOnce)
+{
+    const Bytes ada = AddUser("Ada Brandt", "ada@example.org");
+    Recipients recipients({"ada"});
+    EXPECT_EQ(Book().ResolveName(0, 0, nullptr, recipients.List()), S_OK);
+    const ULONG before = recipients.List()->aEntries[0].cValues;
+    const auto user = OpenInBook<IMailUser>(ada);
+    EXPECT_EQ(Set(user.Get(), NarrowValue(PR_EMAIL_ADDRESS_A, "new@example.org")), S_OK);
+    EXPECT_EQ(user->SaveChanges(0), S_OK);
+    SizedSPropTagArray(2, tags) = {2, {PR_EMAIL_ADDRESS_A, PR_RECIPIENT_TYPE}};
+    EXPECT_EQ(Book().PrepareRecips(0, reinterpret_cast<LPSPropTagArray>(&tags), recipients.List()), S_OK);
+    EXPECT_EQ(recipients.TextOf(0, PR_EMAIL_ADDRESS_A), "ada@example.org");
+    EXPECT_EQ(recipients.List()->aEntries[0].cValues, before);
 }
 
 class ContactBooks : public AddressBookProvider
@@ -239,6 +354,20 @@ TEST_F(ContactBooks, AreTheMessagesOfTheContactsFolder)
     EXPECT_EQ(rows.Cell(0, 4).Value.l, LONG(MAPI_MAILUSER));
     EXPECT_EQ(rows.TextCell(1, 0), "No address");
     EXPECT_EQ(rows.TextCell(1, 1), "<none>");
+}
+
+TEST_F(ContactBooks, ATableThatIsOpenBeforeTheFirstContactShowsItsAddress)
+{
+    IMAPITable* table = nullptr;
+    ASSERT_EQ(Contacts()->GetContentsTable(0, &table), S_OK);
+    ULONG count = 7;
+    EXPECT_EQ(table->GetRowCount(0, &count), S_OK);
+    EXPECT_EQ(count, 0u);
+    AddContact("Ada Brandt", {"ada@example.org"});
+    AddContact("Not one", {"none@example.org"}, "IPM.Contacts");
+    const Rows rows(table, {PR_EMAIL_ADDRESS_A});
+    ASSERT_EQ(rows.Count(), 1u);
+    EXPECT_EQ(rows.TextCell(0, 0), "ada@example.org");
 }
 
 TEST_F(ContactBooks, EachAddressOfAContactIsAnEntry)
@@ -354,8 +483,14 @@ TEST_F(ContactBooks, AListAmongTheContactsHasItsMembers)
     ULONG type = 0;
     const auto list = OpenInBook<IDistList>(EntryIds()[0], 0, &type);
     EXPECT_EQ(type, MAPI_DISTLIST);
+    EXPECT_EQ(GetLong(list.Get(), PR_DISPLAY_TYPE), DT_PRIVATE_DISTLIST);
     EXPECT_EQ(GetText(list.Get(), PR_DISPLAY_NAME_A), "Friends");
     EXPECT_EQ(NamesIn(*list), (Texts{"Ada", "Eve", "<none>"}));
+    IMAPITable* table = nullptr;
+    ASSERT_EQ(list->GetContentsTable(0, &table), S_OK);
+    const Rows rows(table, {PR_INSTANCE_KEY});
+    EXPECT_EQ(rows.BytesCell(1, 0), eve);
+    EXPECT_EQ(rows.BytesCell(2, 0), stranger);
 }
 
 } // namespace

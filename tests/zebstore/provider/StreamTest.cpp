@@ -1,4 +1,5 @@
 #include "tests/zebstore/provider/ProviderFixture.h"
+#include "zebstore/PropStream.h"
 
 #include <cstring>
 #include <fstream>
@@ -124,6 +125,110 @@ TEST_F(Streams, ReadSeekCutAndGrow)
     EXPECT_EQ(stream->Revert(), MAPI_E_NO_SUPPORT);
 }
 
+TEST_F(Streams, SeekFromWhereTheyAreAndBeyondTheEnd)
+{
+    const Ref<IMessage> message = NewMessage(*Inbox());
+    EXPECT_EQ(Set(message.Get(), NarrowValue(PR_BODY_A, "0123456789")), S_OK);
+    const Ref<IStream> stream = OpenStream(*message, PR_BODY_A, 0);
+    char byte = 0;
+    ULONG read = 0;
+    ULARGE_INTEGER position;
+    EXPECT_EQ(stream->Read(&byte, 1, nullptr), S_OK);
+    EXPECT_EQ(stream->Seek(At(3), STREAM_SEEK_CUR, &position), S_OK);
+    EXPECT_EQ(position.QuadPart, 4u);
+    EXPECT_EQ(stream->Read(&byte, 1, nullptr), S_OK);
+    EXPECT_EQ(byte, '4');
+    EXPECT_EQ(stream->Seek(At(-6), STREAM_SEEK_CUR, nullptr), STG_E_INVALIDFUNCTION);
+    EXPECT_EQ(stream->Seek(At(-2), STREAM_SEEK_CUR, &position), S_OK);
+    EXPECT_EQ(position.QuadPart, 3u);
+    EXPECT_EQ(stream->Seek(At(100), STREAM_SEEK_SET, nullptr), S_OK);
+    EXPECT_EQ(stream->Read(&byte, 1, &read), S_FALSE);
+    EXPECT_EQ(read, 0u);
+    for (const DWORD origin : {STREAM_SEEK_SET, STREAM_SEEK_CUR, STREAM_SEEK_END})
+        EXPECT_EQ(stream->Seek(At((LONGLONG(1) << 62) + 1), origin, nullptr), STG_E_INVALIDFUNCTION);
+    EXPECT_EQ(stream->Seek(At(0), STREAM_SEEK_CUR, &position), S_OK);
+    EXPECT_EQ(position.QuadPart, 100u);
+}
+
+TEST_F(Streams, ThatAreMadeAndNotWrittenMakeAnEmptyValue)
+{
+    const Ref<IMessage> message = NewMessage(*Inbox());
+    const ULONG tag = PROP_TAG(PT_BINARY, 0x6604);
+    OpenStream(*message, tag, MAPI_CREATE | MAPI_MODIFY);
+    HRESULT code = S_OK;
+    const auto value = Get(message.Get(), tag, &code);
+    ASSERT_EQ(code, S_OK);
+    EXPECT_EQ(value->Value.bin.cb, 0u);
+}
+
+TEST_F(Streams, AreOfTheStoredTypeWhereNoneIsNamed)
+{
+    const Ref<IMessage> message = NewMessage(*Inbox());
+    EXPECT_EQ(Set(message.Get(), NarrowValue(PR_BODY_A, "Hello")), S_OK);
+    EXPECT_EQ(ReadAll(*message, PROP_TAG(PT_UNSPECIFIED, PROP_ID(PR_BODY))), "Hello");
+}
+
+TEST_F(Streams, OnAnAttachedObjectShowTheBytesOfTheAttachment)
+{
+    const Ref<IMessage> message = NewMessage(*Inbox());
+    ULONG number = 0;
+    IAttach* made = nullptr;
+    ASSERT_EQ(message->CreateAttach(nullptr, 0, &number, &made), S_OK);
+    const Ref<IAttach> attachment = Ref<IAttach>::Adopt(made);
+    EXPECT_EQ(Set(attachment.Get(), LongValue(PR_ATTACH_METHOD, ATTACH_OLE)), S_OK);
+    Write(*OpenStream(*attachment, PR_ATTACH_DATA_OBJ, MAPI_CREATE | MAPI_MODIFY), "object");
+    EXPECT_EQ(ReadAll(*attachment, PR_ATTACH_DATA_OBJ), "object");
+    EXPECT_EQ(ReadAll(*attachment, PR_ATTACH_DATA_BIN), "object");
+}
+
+TEST_F(Streams, SayWhetherTheyCanBeWritten)
+{
+    const Ref<IMessage> message = NewMessage(*Inbox());
+    EXPECT_EQ(Set(message.Get(), NarrowValue(PR_BODY_A, "Hello")), S_OK);
+    STATSTG stat;
+    EXPECT_EQ(OpenStream(*message, PR_BODY_A, 0)->Stat(&stat, STATFLAG_NONAME), S_OK);
+    EXPECT_EQ(stat.grfMode, DWORD(STGM_READ));
+    EXPECT_EQ(stat.type, DWORD(STGTY_STREAM));
+    EXPECT_EQ(OpenStream(*message, PR_BODY_A, MAPI_MODIFY)->Stat(&stat, STATFLAG_NONAME), S_OK);
+    EXPECT_EQ(stat.grfMode, DWORD(STGM_READWRITE));
+}
+
+TEST_F(Streams, GrowToTwoGigabytesAndNoFurther)
+{
+    const Ref<IMessage> message = NewMessage(*Inbox());
+    const Ref<IStream> stream = OpenStream(*message, PROP_TAG(PT_BINARY, 0x6605), MAPI_CREATE | MAPI_MODIFY);
+    EXPECT_EQ(stream->SetSize(SizeOf(0x80000000)), STG_E_MEDIUMFULL);
+    EXPECT_EQ(stream->Seek(At(0x7FFFFFFF), STREAM_SEEK_SET, nullptr), S_OK);
+    ULONG written = 1;
+    EXPECT_EQ(stream->Write("x", 1, &written), STG_E_MEDIUMFULL);
+    EXPECT_EQ(written, 0u);
+    STATSTG stat;
+    EXPECT_EQ(stream->Stat(&stat, STATFLAG_NONAME), S_OK);
+    EXPECT_EQ(stat.cbSize.QuadPart, 0u);
+}
+
+TEST(StreamValues, ThatEndBeforeTheirSizeAreNotTaken)
+{
+    class Short : public LargeValue
+    {
+    public:
+        std::uint64_t Size() const override { return 10; }
+        size_t Read(std::uint64_t, void*, size_t) const override { return 0; }
+    };
+    PropertySet properties;
+    HRESULT code = S_OK;
+    try
+    {
+        SetFromBytes(properties, PR_BODY_A, Short());
+    }
+    catch (const Error& error)
+    {
+        code = error.Code();
+    }
+    EXPECT_EQ(code, MAPI_E_CORRUPT_DATA);
+    EXPECT_TRUE(properties.IsEmpty());
+}
+
 TEST_F(Streams, ChangeAnExistingValueInPlace)
 {
     const Ref<IMessage> message = NewMessage(*Inbox());
@@ -159,6 +264,27 @@ TEST_F(Streams, CopyToEachOther)
     EXPECT_EQ(clone->Read(rest, 16, &got), S_FALSE);
     clone->Release();
     EXPECT_STREQ(rest, " world");
+    EXPECT_EQ(source->CopyTo(nullptr, SizeOf(5), nullptr, nullptr), STG_E_INVALIDPOINTER);
+}
+
+TEST_F(Streams, CopyMoreThanOnePieceToEachOther)
+{
+    const Ref<IMessage> message = NewMessage(*Inbox());
+    const ULONG from = PROP_TAG(PT_BINARY, 0x6606);
+    const ULONG to = PROP_TAG(PT_BINARY, 0x6607);
+    std::string bytes(200000, '\0');
+    for (size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = static_cast<char>(i % 251);
+    Write(*OpenStream(*message, from, MAPI_CREATE | MAPI_MODIFY), bytes);
+    const Ref<IStream> source = OpenStream(*message, from, 0);
+    ULARGE_INTEGER read;
+    ULARGE_INTEGER written;
+    EXPECT_EQ(source->CopyTo(OpenStream(*message, to, MAPI_CREATE | MAPI_MODIFY).Get(), SizeOf(300000), &read,
+                             &written),
+              S_OK);
+    EXPECT_EQ(read.QuadPart, bytes.size());
+    EXPECT_EQ(written.QuadPart, bytes.size());
+    EXPECT_EQ(ReadAll(*message, to), bytes);
 }
 
 TEST_F(Streams, OpenedForReadingRefuseWrites)
@@ -212,6 +338,9 @@ TEST_F(Streams, OnFilesReadAndWriteTheFile)
     std::string content;
     std::getline(file, content);
     EXPECT_EQ(content, "0123");
+    EXPECT_EQ(OpenStreamOnFile(MAPIAllocateBuffer, MAPIFreeBuffer, STGM_CREATE | STGM_READWRITE,
+                               Text((path + "/below").c_str()), nullptr, &opened),
+              MAPI_E_NO_ACCESS);
 }
 
 TEST_F(Streams, OnFilesOfAUniqueNameGoAwayWhenAsked)

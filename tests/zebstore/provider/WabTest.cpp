@@ -1,6 +1,7 @@
 #include "tests/zebstore/provider/AddressBookFixture.h"
 
 #include <cstring>
+#include <filesystem>
 
 namespace zebstore
 {
@@ -59,6 +60,31 @@ TEST_F(WabMode, OpensTheFileThatIsNamed)
     m_book = m_wabBook;
     EXPECT_EQ(NamesIn(*Directory()), (Texts{"Ada"}));
     EXPECT_EQ(Open(m_folder.File("none.zeb").c_str()), MAPI_E_NOT_FOUND);
+}
+
+TEST_F(WabMode, AFileThatCanOnlyBeReadIsAnAddressBookThatCanOnlyBeRead)
+{
+    namespace fs = std::filesystem;
+    const Bytes ada = AddUser("Ada");
+    m_book = {};
+    m_session = {};
+    const auto writing = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
+    fs::permissions(m_path, writing, fs::perm_options::remove);
+    ASSERT_EQ(Open(m_path.c_str()), S_OK);
+    m_book = m_wabBook;
+    IMAPITable* table = nullptr;
+    ASSERT_EQ(Root()->GetHierarchyTable(0, &table), S_OK);
+    {
+        const Rows rows(table, {PR_CONTAINER_FLAGS, PR_ACCESS_LEVEL});
+        ASSERT_EQ(rows.Count(), 2u);
+        EXPECT_EQ(rows.Cell(0, 0).Value.l, LONG(AB_RECIPIENTS | AB_UNMODIFIABLE));
+        EXPECT_EQ(rows.Cell(0, 1).Value.l, 0);
+    }
+    const auto user = OpenInBook<IMailUser>(ada);
+    EXPECT_EQ(GetText(user.Get(), PR_DISPLAY_NAME_A), "Ada");
+    EXPECT_EQ(Set(user.Get(), NarrowValue(PR_DISPLAY_NAME_A, "B")), MAPI_E_NO_ACCESS);
+    OpenInBook<IMailUser>(ada, MAPI_MODIFY, nullptr, MAPI_E_NO_ACCESS);
+    fs::permissions(m_path, fs::perms::owner_write, fs::perm_options::add);
 }
 
 TEST_F(WabMode, ItsObjectGivesMemoryInChains)

@@ -71,6 +71,10 @@ TEST_F(AddressStorageTest, LargeValuesComeAndGoWithTheirEntry)
     Book().Save(ada, Book().Load(ada).properties, 0);
     EXPECT_EQ(Book().Load(ada).properties.Text(PR_COMMENT_W).size(), 9000u);
     EXPECT_TRUE(Store().CheckWhole().empty());
+    properties.SetEncoded(PR_COMMENT_W, std::string(8000, 'd'));
+    Book().Save(ada, properties, 0);
+    EXPECT_EQ(Book().Load(ada).properties.Text(PR_COMMENT_W), std::string(8000, 'd'));
+    EXPECT_TRUE(Store().CheckWhole().empty());
     Book().Delete({ada});
     Query query(Store().Connection(), "SELECT count(*) FROM large");
     ASSERT_TRUE(query.Step());
@@ -91,6 +95,21 @@ TEST_F(AddressStorageTest, AMemberThatIsDeletedLeavesItsLists)
     EXPECT_EQ(Book().Members(list)[0].entry, "foreign");
     EXPECT_EQ(Book().RemoveMembers(list, {{0, "foreign"}, {0, "other"}}), 1u);
     EXPECT_TRUE(Book().Members(list).empty());
+}
+
+TEST_F(AddressStorageTest, OnlyTheMembersThatAreNamedAreTakenOff)
+{
+    const AddressId ada = Book().Create(MAPI_MAILUSER, Named("Ada"));
+    const AddressId boris = Book().Create(MAPI_MAILUSER, Named("Boris"));
+    const AddressId list = Book().Create(MAPI_DISTLIST, Named("Team"));
+    Book().AddMembers(list, {{ada, ""}, {boris, ""}, {0, "one"}, {0, "two"}});
+    const std::uint64_t before = Book().Generation();
+    EXPECT_EQ(Book().RemoveMembers(list, {{ada, ""}, {0, "two"}}), 2u);
+    EXPECT_GT(Book().Generation(), before);
+    const std::vector<ListMember> left = Book().Members(list);
+    ASSERT_EQ(left.size(), 2u);
+    EXPECT_EQ(left[0].address, boris);
+    EXPECT_EQ(left[1].entry, "one");
 }
 
 TEST_F(AddressStorageTest, AnotherConnectionSeesWhatWasCommitted)

@@ -2,8 +2,11 @@
 
 #include "zebstore/storage/Database.h"
 #include "zebstore/storage/LargeStorage.h"
+#include "zebstore/storage/Text.h"
 #include "zebstore/storage/ValueBuilder.h"
 
+#include <algorithm>
+#include <cstring>
 #include <random>
 
 namespace zebstore::test
@@ -79,6 +82,10 @@ TEST_F(LargeValueTest, StagedBytesBehaveLikeAStream)
     }
     char byte = 0;
     EXPECT_EQ(staged->Read(expected.size(), &byte, 1), 0u);
+    EXPECT_EQ(staged->Read(expected.size() + 100000, &byte, 1), 0u);
+    const auto small = Store().Stage();
+    small->Write(0, "x", 1);
+    EXPECT_EQ(small->Read(2, &byte, 1), 0u);
 }
 
 TEST_F(LargeValueTest, NothingReachesTheFileBeforeTheSave)
@@ -130,6 +137,111 @@ TEST_F(LargeValueTest, BytesThatAreNoTextComeBackAsTheyWereWritten)
     staged->Write(0, odd.data(), odd.size());
     const MessageId message = Save(PR_BODY_A, staged);
     EXPECT_EQ(ReadAll(*Store().LoadMessage(message).properties.Large(PR_BODY_A)), odd);
+    Store().DeleteMessages({message});
+    EXPECT_EQ(Chunks(), 0);
+}
+
+TEST_F(LargeValueTest, BytesThatAreNoTextAreSeenBeyondTheFirstPiece)
+{
+    const std::string odd = std::string(70000, 'a') + "\xFF\xC3";
+    const auto staged = Store().Stage();
+    staged->Write(0, odd.data(), odd.size());
+    const LargeReference reference = WriteLarge(Store().Connection(), PT_STRING8, *staged);
+    EXPECT_EQ(reference.form, LargeReference::OwnBytes);
+    EXPECT_EQ(reference.ownSize, odd.size());
+    for (const std::int64_t id : reference.Ids())
+        DeleteLarge(Store().Connection(), id);
+    EXPECT_EQ(Chunks(), 0);
+}
+
+// The store may have been written on a system that reads narrow text otherwise.
+TEST_F(LargeValueTest, BytesThatMeanAnotherTextHereAreMadeOfTheText)
+{
+    const auto write = [&](const std::string& bytes, std::int64_t& id, std::uint64_t& size)
+    {
+        const auto staged = Store().Stage();
+        staged->Write(0, bytes.data(), bytes.size());
+        const LargeReference written = WriteLarge(Store().Connection(), PT_BINARY, *staged);
+        id = written.id;
+        size = written.size;
+    };
+    LargeReference reference;
+    reference.form = LargeReference::OwnBytes;
+    write("a \xC3\xA4 of the text", reference.id, reference.size);
+    write("a \x84 of another code page", reference.ownId, reference.ownSize);
+    const StoredLargeValue value(m_store, reference);
+    EXPECT_EQ(ReadAll(value), NarrowFromStored("a \xC3\xA4 of the text"));
+    for (const std::int64_t id : reference.Ids())
+        DeleteLarge(Store().Connection(), id);
+}
+
+TEST_F(LargeValueTest, AValueThatEndsBeforeItsSizeIsNotStored)
+{
+    class Short : public LargeValue
+    {
+    public:
+        std::uint64_t Size() const override { return 100000; }
+        size_t Read(std::uint64_t offset, void* to, size_t count) const override
+        {
+            const size_t left = offset < 70000 ? static_cast<size_t>(70000 - offset) : 0;
+            std::memset(to, 'x', std::min(count, left));
+            return std::min(count, left);
+        }
+    };
+    EXPECT_EQ(CodeOf([&] { Save(PR_RTF_COMPRESSED, std::make_shared<Short>()); }), MAPI_E_CORRUPT_DATA);
+    EXPECT_EQ(Chunks(), 0);
+    EXPECT_EQ(Store().Folder(Inbox).messages, 0u);
+}
+
+TEST_F(LargeValueTest, APieceThatWasCutShortIsDamage)
+{
+    const auto staged = Store().Stage();
+    const std::string bytes = Bytes(100000);
+    staged->Write(0, bytes.data(), bytes.size());
+    const MessageId message = Save(PR_RTF_COMPRESSED, staged);
+    const LargeValuePtr value = Store().LoadMessage(message).properties.Large(PR_RTF_COMPRESSED);
+    Store().Connection().Execute("UPDATE chunk SET bytes=substr(bytes, 1, 1000)");
+    std::string piece(1000, '\0');
+    EXPECT_EQ(value->Read(0, &piece[0], 1000), 1000u);
+    EXPECT_EQ(piece, bytes.substr(0, 1000));
+    std::string text;
+    EXPECT_EQ(CodeOf([&] { value->Read(1, &piece[0], 1000); }, &text), MAPI_E_CORRUPT_DATA);
+    EXPECT_NE(text.find("test.zeb"), std::string::npos);
+    Store().DeleteMessages({message});
+}
+
+TEST_F(LargeValueTest, NoStagedValueGrowsBeyondWhatTheFileHolds)
+{
+    const std::uint64_t most = std::uint64_t{1} << 40;
+    const auto staged = Store().Stage();
+    EXPECT_EQ(CodeOf([&] { staged->Write(most, "x", 1); }), MAPI_E_TOO_BIG);
+    EXPECT_EQ(CodeOf([&] { staged->Write(most + 1, "x", 0); }), MAPI_E_TOO_BIG);
+    EXPECT_EQ(CodeOf([&] { staged->SetSize(most + 1); }), MAPI_E_TOO_BIG);
+    EXPECT_EQ(staged->Size(), 0u);
+    staged->Write(most - 1, "x", 1);
+    EXPECT_EQ(staged->Size(), most);
+    char byte = 0;
+    EXPECT_EQ(staged->Read(most - 1, &byte, 1), 1u);
+    EXPECT_EQ(byte, 'x');
+}
+
+TEST_F(LargeValueTest, AStagedValueThatIsGivenUpTakesItsOwnPiecesAlong)
+{
+    const auto left = [&]
+    {
+        Query query(Store().Connection(), "SELECT count(*) FROM temp.staged");
+        query.Step();
+        return query.Number(0);
+    };
+    auto first = Store().Stage();
+    const auto second = Store().Stage();
+    const std::string bytes = Bytes(200000);
+    first->Write(0, bytes.data(), bytes.size());
+    second->Write(0, bytes.data(), bytes.size());
+    EXPECT_EQ(left(), 8);
+    first.reset();
+    EXPECT_EQ(left(), 4);
+    EXPECT_EQ(ReadAll(*second), bytes);
 }
 
 TEST_F(LargeValueTest, SavingAgainKeepsUnchangedValuesWhereTheyAre)
