@@ -12,12 +12,13 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 SAMPLES = ROOT / "build/deps/node_modules/pst-extractor/example/testdata"
 BUILD = None
 WINDOWS = False
-PREFIX = ROOT / "build/wine-tools"
+PREFIX = None
 
 
-def setup(build, windows):
-    global BUILD, WINDOWS
+def setup(build, windows, part):
+    global BUILD, WINDOWS, PREFIX
     BUILD, WINDOWS = build, windows
+    PREFIX = ROOT / f"build/wine-tools-{part}"
 
 
 def teardown():
