@@ -16,7 +16,16 @@ void CZebRow::CheckValid() const
 int CZebRow::FindTag(ULONG propTag) const
 {
     CheckValid();
-    return zeb::FindPropID(m_row->lpProps, m_row->cValues, propTag);
+    // Rows are short: for a few columns a plain loop is quicker than the search of arrays.
+    const ULONG id = PROP_ID(propTag);
+    for (ULONG i = 0; i < m_row->cValues; ++i)
+    {
+        if (PROP_ID(m_row->lpProps[i].ulPropTag) == id)
+        {
+            return static_cast<int>(i);
+        }
+    }
+    return -1;
 }
 
 ULONG CZebRow::Count() const
