@@ -11,9 +11,6 @@ namespace zeb::tools
 namespace
 {
 
-/// The system's code for an element that was not found, which a look-up by name throws.
-constexpr long NameNotFound = 1168;
-
 std::string Escaped(const std::string& name)
 {
     std::string text;

@@ -10,6 +10,9 @@
 namespace zeb::tools
 {
 
+/// The system's code for an element that was not found, which the library's look-ups by name throw.
+constexpr long NameNotFound = 1168;
+
 /// The names of a folder path: "Inbox/Sub" below the folder that users see as the top of their mail,
 /// "/Finder" below the store's root. A slash or backslash inside a name is written with a backslash before
 /// it. Empty: the top itself.

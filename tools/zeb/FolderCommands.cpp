@@ -14,9 +14,6 @@ namespace zeb::tools
 namespace
 {
 
-/// The system's code for an element that was not found, which a look-up by name throws.
-constexpr long NotThere = 1168;
-
 struct Options
 {
     std::string profile;
@@ -150,7 +147,7 @@ CZebMessage InformationMessage(CZebFolder& folder, const FolderPath& path, bool 
     }
     catch (CZebException* exception)
     {
-        if (exception->GetResult() != NotThere)
+        if (exception->GetResult() != NameNotFound)
             throw;
         exception->Delete();
     }
