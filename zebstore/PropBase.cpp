@@ -31,7 +31,8 @@ private:
     const PropertySet& m_stored;
 };
 
-constexpr size_t InlineLimit = 32 * 1024;
+// A value that was streamed is held in memory with its siblings up to this size.
+constexpr size_t LongestInMemory = 32 * 1024;
 // What GetProps gives; longer values are read through streams.
 constexpr size_t LongestGiven = 64 * 1024;
 
@@ -233,7 +234,7 @@ void PropBase::PutStreamValue(ULONG tag, const std::shared_ptr<StagedValue>& val
     Edit(
         [&](PropertySet& properties)
         {
-            if (value->Size() > InlineLimit)
+            if (value->Size() > LongestInMemory)
                 properties.SetLarge(tag, value);
             else
                 SetFromBytes(properties, tag, *value);

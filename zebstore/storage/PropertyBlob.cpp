@@ -3,6 +3,7 @@
 #include "zebstore/storage/Encoding.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace zebstore
 {
@@ -53,11 +54,29 @@ std::string LargeBytes(StoreFile& store, const PropertySet::Item& item, std::vec
     return WriteLarge(store.Connection(), PROP_TYPE(item.tag), *item.large).Encoded();
 }
 
-bool IsLarge(const PropertySet::Item& item)
+// What a stream shows of 16-bit text may be twice its encoding; of other types it is never more.
+std::uint64_t LongestInline(ULONG type)
 {
+    return type == PT_UNICODE ? 2 * InlineLimit : InlineLimit;
+}
+
+// The encoded bytes of a value that stays next to its siblings, nothing for one that goes to chunks. The encoding alone
+// decides, whether the value was given as bytes or as a large value.
+// @param room holds the bytes of a value that was given as a large one
+std::optional<std::string_view> InlineBytes(const PropertySet::Item& item, std::string& room)
+{
+    const ULONG type = PROP_TYPE(item.tag);
+    std::string_view bytes = item.bytes;
     if (item.large)
-        return item.large->Size() > InlineLimit;
-    return item.bytes.size() > InlineLimit && CanBeLarge(PROP_TYPE(item.tag));
+    {
+        if (item.large->Size() > LongestInline(type))
+            return std::nullopt;
+        room = EncodedFromLarge(type, *item.large);
+        bytes = room;
+    }
+    if (bytes.size() > InlineLimit && CanBeLarge(type))
+        return std::nullopt;
+    return bytes;
 }
 
 } // namespace
@@ -160,6 +179,24 @@ bool PropertyBlob::IsSound(std::string_view bytes)
     return bytes.size() == HeaderSize + count * EntrySize + before;
 }
 
+std::uint64_t StoredSize(const PropertySet::Item& item)
+{
+    std::string room;
+    if (const std::optional<std::string_view> bytes = InlineBytes(item, room))
+        return bytes->size();
+    if (item.large)
+        return item.large->Size();
+    switch (PROP_TYPE(item.tag))
+    {
+    case PT_UNICODE:
+        return WideFromStored(item.bytes).size() * sizeof(WCHAR);
+    case PT_STRING8:
+        return NarrowOf(item.bytes).size();
+    default:
+        return item.bytes.size();
+    }
+}
+
 std::string WriteBlob(StoreFile& store, const PropertySet& properties, std::vector<LargeReference>& kept,
                       bool& hasLarge)
 {
@@ -167,22 +204,21 @@ std::string WriteBlob(StoreFile& store, const PropertySet& properties, std::vect
     index += '\0';
     AppendNumber(index, static_cast<std::uint16_t>(properties.Count()));
     std::string values;
+    std::string room;
     for (const PropertySet::Item& item : properties.Items())
     {
-        const bool large = IsLarge(item);
-        if (large)
+        const std::optional<std::string_view> bytes = InlineBytes(item, room);
+        if (bytes)
+            values += *bytes;
+        else
         {
             values += LargeBytes(store, item, kept);
             hasLarge = true;
         }
-        else if (item.large)
-            values += EncodedFromLarge(PROP_TYPE(item.tag), *item.large);
-        else
-            values += item.bytes;
         if (values.size() > 0x7FFFFFFF)
             throw Error(MAPI_E_TOO_BIG, "The properties of an object are too large together.");
         AppendNumber(index, static_cast<std::uint16_t>(PROP_ID(item.tag)));
-        AppendNumber(index, static_cast<std::uint16_t>(PROP_TYPE(item.tag) | (large ? LargeFlag : 0)));
+        AppendNumber(index, static_cast<std::uint16_t>(PROP_TYPE(item.tag) | (bytes ? 0 : LargeFlag)));
         AppendNumber(index, static_cast<std::uint32_t>(values.size()));
     }
     return index + values;

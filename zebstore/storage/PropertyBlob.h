@@ -43,6 +43,10 @@ private:
     mutable std::vector<std::shared_ptr<StoredLargeValue>> m_large;
 };
 
+/// The bytes that WriteBlob stores for a value: of its encoding, or, when the value goes to chunks, of what a stream
+/// shows of it. Does not depend on the form in which the value was given.
+std::uint64_t StoredSize(const PropertySet::Item& item);
+
 /// Writes a set as a blob, its large values into chunks, in the caller's transaction.
 /// @param kept references of the object's blob so far: large values among them stay where they are, and are
 /// taken

@@ -34,7 +34,7 @@ std::uint64_t BytesOf(const PropertySet& properties)
 {
     std::uint64_t bytes = 0;
     for (const PropertySet::Item& item : properties.Items())
-        bytes += item.large ? item.large->Size() : item.bytes.size();
+        bytes += StoredSize(item);
     return bytes;
 }
 
@@ -179,25 +179,24 @@ MessageId InsertMessage(StoreFile& store, std::int64_t container, const MessageC
         throw Error(MAPI_E_TOO_COMPLEX, "Messages can be nested " + std::to_string(MostNested) + " deep.");
     Database& database = store.Connection();
     PropertySet properties = content.properties;
-    std::vector<LargeReference> none;
-    Row row = MakeRow(store, properties, {}, none);
     MessageId message = 0;
-    const std::int64_t change = AddToContents(database, container, UnreadOf(container, row.flags), message);
-    {
-        Query query(database,
-                    "INSERT INTO message(id, change, flags, size, parts, delivered, submitted, modified, "
-                    "class, subject, sender, props) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
-        BindRow(query, message, change, row);
-        query.Run();
-    }
+    const std::int64_t unread = UnreadOf(container, properties.Long(PR_MESSAGE_FLAGS));
+    const std::int64_t change = AddToContents(database, container, unread, message);
+    PartsSummary summary;
     if (HasParts(content))
     {
+        // The row tells of its parts, so it is written once, after them; until the commit they may lack it.
+        database.Execute("PRAGMA defer_foreign_keys=ON");
         WriteParts(store, message, content, depth);
-        std::vector<LargeReference> kept = PropertyBlob(row.blob, store).LargeReferences();
-        properties = PropertyBlob(row.blob, store).Decode();
-        UpdateRow(database, message, change,
-                  MakeRow(store, properties, SummarizeParts(store, message), kept));
+        summary = SummarizeParts(store, message);
     }
+    std::vector<LargeReference> none;
+    const Row row = MakeRow(store, properties, summary, none);
+    Query query(database,
+                "INSERT INTO message(id, change, flags, size, parts, delivered, submitted, modified, "
+                "class, subject, sender, props) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+    BindRow(query, message, change, row);
+    query.Run();
     return message;
 }
 
