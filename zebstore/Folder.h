@@ -17,6 +17,8 @@ public:
     }
 
     FolderId Id() const { return m_folder; }
+    /// @throws Error MAPI_E_NO_ACCESS when the folder was opened for reading
+    void RequireChanges() const { RequireWrite(); }
 
     // IMAPIContainer
     HRESULT STDMETHODCALLTYPE GetContentsTable(ULONG flags, LPMAPITABLE* table) override;
@@ -56,7 +58,10 @@ private:
     void Edit(const std::function<void(PropertySet&)>& change) override;
     void Save(ULONG) override {}
     IUnknown* OpenObject(ULONG tag, const IID& iid, ULONG options, ULONG flags) override;
-    std::vector<ULONG> ObjectTags() override { return {PR_CONTAINER_CONTENTS, PR_CONTAINER_HIERARCHY}; }
+    std::vector<ULONG> ObjectTags() override
+    {
+        return {PR_CONTAINER_CONTENTS, PR_CONTAINER_HIERARCHY, PR_FOLDER_ASSOCIATED_CONTENTS};
+    }
 
     IMAPITable* Contents(ULONG flags);
     IMAPITable* Hierarchy(ULONG flags);
@@ -80,6 +85,25 @@ struct FolderCopy
     bool subfolders;
 };
 void CopyFolderTree(const FolderCopy& copy);
+
+/// The content of one folder that another one is to have too.
+struct FolderContents
+{
+    StorePtr source;
+    FolderId folder = 0;
+    StorePtr target;
+    FolderId into = 0;
+    bool messages = false;
+    bool associated = false;
+    bool subfolders = false;
+    bool move = false;
+};
+/// @throws Error MAPI_E_FOLDER_CYCLE, MAPI_E_COLLISION (a subfolder's name is taken), MAPI_E_NO_ACCESS (a standard folder
+/// would be moved) when they cannot be copied whole
+void RequireContentsFit(const FolderContents& contents);
+/// Copies or moves them in steps; when it fails, what was copied stays and nothing is lost.
+/// @param progress hears of the steps; may be null
+void CopyFolderContents(const FolderContents& contents, IMAPIProgress* progress);
 
 /// Copies or moves messages to a folder of another store. @return how many were not there
 size_t CopyMessagesBetween(StoreFile& source, const std::vector<MessageId>& messages, StoreFile& target,

@@ -262,8 +262,9 @@ void CopyFolderTree(const FolderCopy& copy)
         from.MoveFolder(copy.folder, copy.targetParent, name);
         return;
     }
-    if (&from == &to && copy.subfolders && from.IsWithin(copy.targetParent, copy.folder))
-        throw Error(MAPI_E_FOLDER_CYCLE, "a folder can not be copied into itself");
+    if (copy.source->IsSameStore(*copy.target) && copy.subfolders &&
+        to.IsWithin(copy.targetParent, copy.folder))
+        throw Error(MAPI_E_FOLDER_CYCLE, "a folder cannot be copied into itself");
     properties.SetText(PR_DISPLAY_NAME_W, name);
     const FolderId made = to.CreateFolder(copy.targetParent, properties);
     for (bool associated : {false, true})

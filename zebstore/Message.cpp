@@ -142,6 +142,26 @@ bool Message::Compute(ULONG tag, PropertySet& out)
     }
 }
 
+Message::Draft Message::GetDraft()
+{
+    const std::lock_guard<std::recursive_mutex> hold(Lock());
+    Load();
+    return {m_dirty, m_properties, m_written, m_recipients, m_recipientsChanged, m_edits};
+}
+
+void Message::SetDraft(Draft draft)
+{
+    const std::lock_guard<std::recursive_mutex> hold(Lock());
+    m_dirty = draft.dirty;
+    m_properties = std::move(draft.properties);
+    m_written = std::move(draft.written);
+    m_recipients = std::move(draft.recipients);
+    m_recipientsChanged = draft.recipientsChanged;
+    m_edits = std::move(draft.edits);
+    ShowRecipients();
+    ShowAttachments();
+}
+
 void Message::Edit(const std::function<void(PropertySet&)>& change)
 {
     Load();
@@ -273,6 +293,7 @@ void Message::Commit(bool force)
     }
     // What the store keeps is read again when it is asked for; the large values in it are then the stored ones.
     m_edits.clear();
+    m_numbersKnown = false;
     m_recipients.reset();
     m_properties.Clear();
     m_loaded = false;

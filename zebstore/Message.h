@@ -11,6 +11,9 @@ namespace zebstore
 
 class Attachment;
 
+/// Only this provider's messages answer to it, so a message that a host hands back is known for our own.
+constexpr IID OwnMessageId = {0x2E94C1F6, 0x8D03, 0x4B7A, {0xA5, 0x1C, 0x70, 0x3B, 0xD2, 0x48, 0x96, 0xEF}};
+
 /// A message: stored, new, or embedded in an attachment. What is changed stays in the object until SaveChanges,
 /// which stores all of it or nothing. Threads: any.
 class Message final : public PropObject<IMessage>
@@ -42,8 +45,24 @@ public:
     /// Takes an attachment that was saved.
     void PutAttachment(AttachmentEdit edit);
 
+    /// What a caller has changed and not saved.
+    struct Draft
+    {
+        bool dirty = false;
+        PropertySet properties;
+        std::set<ULONG> written; ///< identifiers that a caller wrote since the last save
+        std::optional<std::vector<PropertySet>> recipients;
+        bool recipientsChanged = false;
+        std::map<ULONG, AttachmentEdit> edits;
+    };
+    Draft GetDraft();
+    void SetDraft(Draft draft);
+
 private:
-    bool Answers(REFIID iid) const override { return IsOneOf(iid, {&IID_IMAPIProp, &IID_IMessage}); }
+    bool Answers(REFIID iid) const override
+    {
+        return IsOneOf(iid, {&IID_IMAPIProp, &IID_IMessage, &OwnMessageId});
+    }
     const PropertySet& Stored() override;
     bool Compute(ULONG tag, PropertySet& out) override;
     const std::vector<ULONG>& ComputedTags() override;
@@ -66,6 +85,7 @@ private:
     void MergeRecipient(ULONG flags, const ADRENTRY& entry);
     void ShowRecipients();
     std::set<ULONG> Numbers();
+    bool IsStored(ULONG number);
     std::vector<PropertySet> AttachmentRows(std::vector<RowKey>& keys);
     void ShowAttachments();
     IMAPITable* RecipientTable(ULONG flags);
@@ -85,6 +105,7 @@ private:
     std::optional<std::vector<PropertySet>> m_recipients;
     bool m_recipientsChanged = false;
     std::map<ULONG, AttachmentEdit> m_edits;
+    bool m_numbersKnown = false; ///< m_nextNumber is above every attachment's
     ULONG m_nextNumber = 0;
 
     std::shared_ptr<MemoryRows> m_recipientRows;

@@ -147,6 +147,13 @@ std::set<ULONG> Message::Numbers()
     return numbers;
 }
 
+/// False for one that came since the message was saved.
+bool Message::IsStored(ULONG number)
+{
+    const std::vector<ULONG> numbers = File().AttachmentNumbers(m_id);
+    return std::binary_search(numbers.begin(), numbers.end(), number);
+}
+
 AttachmentEdit Message::AttachmentNow(ULONG number)
 {
     const std::lock_guard<std::recursive_mutex> hold(Lock());
@@ -168,7 +175,7 @@ AttachmentEdit Message::AttachmentNow(ULONG number)
 MessageId Message::StoredEmbedded(ULONG number)
 {
     const std::lock_guard<std::recursive_mutex> hold(Lock());
-    if (!m_id)
+    if (!m_id || (m_edits.count(number) && !IsStored(number)))
         return 0;
     return File().EmbeddedMessage(m_id, number).value_or(0);
 }
@@ -202,6 +209,9 @@ std::vector<PropertySet> Message::AttachmentRows(std::vector<RowKey>& keys)
 
 void Message::ShowAttachments()
 {
+    // Rows that no open table shows need not be kept.
+    if (m_attachmentRows.use_count() == 1)
+        m_attachmentRows.reset();
     if (!m_attachmentRows)
         return;
     std::vector<RowKey> keys;
@@ -214,8 +224,9 @@ IMAPITable* Message::AttachmentTable(ULONG flags)
     RequireFlags(flags, MAPI_UNICODE | MAPI_DEFERRED_ERRORS);
     if (!m_attachmentRows)
         m_attachmentRows = std::make_shared<MemoryRows>(std::vector<PropertySet>());
+    const std::shared_ptr<MemoryRows> rows = m_attachmentRows;
     ShowAttachments();
-    return TableOver(m_attachmentRows, flags);
+    return TableOver(rows, flags);
 }
 
 HRESULT Message::GetAttachmentTable(ULONG flags, LPMAPITABLE* table)
@@ -254,9 +265,10 @@ HRESULT Message::CreateAttach(LPCIID iid, ULONG flags, ULONG* number, LPATTACH* 
                    *attach = nullptr;
                    RequireFlags(flags, MAPI_DEFERRED_ERRORS);
                    RequireWrite();
-                   const std::set<ULONG> taken = Numbers();
-                   if (!taken.empty())
-                       m_nextNumber = std::max(m_nextNumber, *taken.rbegin() + 1);
+                   if (!m_numbersKnown)
+                       for (const ULONG taken : Numbers())
+                           m_nextNumber = std::max(m_nextNumber, taken + 1);
+                   m_numbersKnown = true;
                    const Ref<Attachment> made =
                        Ref<Attachment>::Adopt(new Attachment(*this, m_nextNumber, Access::Write, true));
                    Answer(made.Get(), iid);

@@ -106,7 +106,9 @@ struct CopyRequest
     IMAPIProp* target;
     const SPropTagArray* include; ///< null: all
     const SPropTagArray* exclude; ///< may be null
-    ULONG flags;                  ///< MAPI_NOREPLACE
+    ULONG flags;                  ///< MAPI_NOREPLACE, MAPI_MOVE
+    bool parts;                   ///< false: nothing but values, its interface is excluded
+    IMAPIProgress* progress;      ///< may be null
 };
 /// @return the problems, null when there were none; owned by the caller.
 SPropProblemArray* CopyProperties(const CopyRequest& request);
@@ -179,28 +181,35 @@ public:
     }
 
     HRESULT STDMETHODCALLTYPE CopyTo(ULONG excludedCount, LPCIID excluded, LPSPropTagArray excludedTags,
-                                     ULONG, LPMAPIPROGRESS, LPCIID iid, LPVOID target, ULONG flags,
+                                     ULONG, LPMAPIPROGRESS progress, LPCIID iid, LPVOID target, ULONG flags,
                                      LPSPropProblemArray* problems) override
     {
         return Run("IMAPIProp::CopyTo",
                    [&]
                    {
+                       Require(excluded || !excludedCount, "no list of the interfaces to leave out");
+                       bool parts = true;
                        for (ULONG i = 0; i < excludedCount; ++i)
-                           if (excluded && IsEqualGUID(excluded[i], IID_IMAPIProp))
+                       {
+                           if (IsEqualGUID(excluded[i], IID_IMAPIProp))
                                throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "nothing is left to copy");
-                       CopyTheseTo(nullptr, excludedTags, iid, target, flags, problems);
+                           parts = parts && !this->Answers(excluded[i]);
+                       }
+                       CopyTheseTo({this, nullptr, nullptr, excludedTags, flags, parts, progress}, iid,
+                                   target, problems);
                    });
     }
 
-    HRESULT STDMETHODCALLTYPE CopyProps(LPSPropTagArray tags, ULONG, LPMAPIPROGRESS, LPCIID iid,
+    HRESULT STDMETHODCALLTYPE CopyProps(LPSPropTagArray tags, ULONG, LPMAPIPROGRESS progress, LPCIID iid,
                                         LPVOID target, ULONG flags, LPSPropProblemArray* problems) override
     {
-        return Run("IMAPIProp::CopyProps",
-                   [&]
-                   {
-                       Require(tags != nullptr, "no properties to copy");
-                       CopyTheseTo(tags, nullptr, iid, target, flags, problems);
-                   });
+        return Run(
+            "IMAPIProp::CopyProps",
+            [&]
+            {
+                Require(tags != nullptr, "no properties to copy");
+                CopyTheseTo({this, nullptr, tags, nullptr, flags, true, progress}, iid, target, problems);
+            });
     }
 
     HRESULT STDMETHODCALLTYPE GetNamesFromIDs(LPSPropTagArray* tags, LPGUID set, ULONG flags, ULONG* count,
@@ -233,18 +242,21 @@ protected:
     virtual void Save(ULONG flags) = 0;
 
 private:
-    void CopyTheseTo(const SPropTagArray* include, const SPropTagArray* exclude, LPCIID iid, LPVOID target,
-                     ULONG flags, LPSPropProblemArray* problems)
+    /// @param request without its target
+    void CopyTheseTo(CopyRequest request, LPCIID iid, LPVOID target, LPSPropProblemArray* problems)
     {
         Require(iid && target, "no object to copy to");
-        RequireFlags(flags, MAPI_NOREPLACE | MAPI_DIALOG | MAPI_DECLINE_OK);
+        RequireFlags(request.flags, MAPI_MOVE | MAPI_NOREPLACE | MAPI_DIALOG | MAPI_DECLINE_OK);
+        if (request.flags & MAPI_MOVE)
+            RequireWrite();
         if (problems)
             *problems = nullptr;
         void* asked = nullptr;
         Check(static_cast<IUnknown*>(target)->QueryInterface(IID_IMAPIProp, &asked),
               "the target has no properties");
         const Ref<IMAPIProp> dest = Ref<IMAPIProp>::Adopt(static_cast<IMAPIProp*>(asked));
-        SPropProblemArray* found = CopyProperties({this, dest.Get(), include, exclude, flags});
+        request.target = dest.Get();
+        SPropProblemArray* found = CopyProperties(request);
         if (problems)
             *problems = found;
         else

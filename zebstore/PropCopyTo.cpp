@@ -1,8 +1,9 @@
 // IMAPIProp::CopyTo and CopyProps, through the interfaces of both objects, so the target may be another
 // provider's.
-#include "zebstore/PropBase.h"
+#include "zebstore/PartsCopy.h"
 
 #include <algorithm>
+#include <cstring>
 #include <set>
 
 namespace zebstore
@@ -19,24 +20,6 @@ constexpr ULONG NeverCopied[] = {
     PR_CONTENT_COUNT, PR_CONTENT_UNREAD,   PR_SUBFOLDERS,        PR_FOLDER_TYPE,        PR_STORE_SUPPORT_MASK,
     PR_ATTACH_NUM,    PR_MESSAGE_SIZE,     PR_HASATTACH,         PR_ASSOC_CONTENT_COUNT};
 
-bool Names(const SPropTagArray* tags, ULONG tag)
-{
-    if (tags)
-        for (ULONG i = 0; i < tags->cValues; ++i)
-            if (PROP_ID(tags->aulPropTag[i]) == PROP_ID(tag))
-                return true;
-    return false;
-}
-
-template <typename Interface>
-Ref<Interface> Ask(IUnknown* object, const IID& iid)
-{
-    void* asked = nullptr;
-    if (!object || FAILED(object->QueryInterface(iid, &asked)))
-        return {};
-    return Ref<Interface>::Adopt(static_cast<Interface*>(asked));
-}
-
 class Copier
 {
 public:
@@ -49,24 +32,65 @@ public:
 
     SPropProblemArray* Run()
     {
+        RequireDifferent();
+        MessageKeeper keeper(m_target);
+        PartsCopy parts(m_request);
         Plan();
+        parts.Run();
         CopyValues();
-        CopyMessageParts();
-        CopyEmbedded();
-        return m_problems.Detach();
+        if (m_request.flags & MAPI_MOVE)
+        {
+            parts.TakeFromSource();
+            DeleteMoved();
+        }
+        SPropProblemArray* problems = m_problems.Detach();
+        keeper.Done();
+        return problems;
     }
 
 private:
-    bool Copies(ULONG tag) const
+    /// An object is known by its identity, one that was opened twice by its entry identifier.
+    void RequireDifferent() const
     {
-        return (!m_request.include || Names(m_request.include, tag)) && !Names(m_request.exclude, tag);
+        bool same =
+            Ask<IUnknown>(m_source, IID_IUnknown).Get() == Ask<IUnknown>(m_target, IID_IUnknown).Get();
+        if (!same)
+        {
+            const Buffer<SPropValue> from = OneProp(m_source, PR_ENTRYID);
+            const Buffer<SPropValue> to = OneProp(m_target, PR_ENTRYID);
+            same = from.Get() && to.Get() && from->Value.bin.cb == to->Value.bin.cb &&
+                   std::memcmp(from->Value.bin.lpb, to->Value.bin.lpb, from->Value.bin.cb) == 0;
+        }
+        if (same)
+            throw Error(MAPI_E_NO_ACCESS, "an object cannot be copied to itself");
+    }
+
+    static Buffer<SPropValue> OneProp(IMAPIProp* object, ULONG tag)
+    {
+        LPSPropValue value = nullptr;
+        const HRESULT result = HrGetOneProp(object, tag, &value);
+        if (result != MAPI_E_NOT_FOUND)
+            Check(result, "the entry identifier cannot be read");
+        return Buffer<SPropValue>(value);
+    }
+
+    /// By the place of the tag among those that the caller gave, if it gave any.
+    void AddProblem(size_t index, SCODE code)
+    {
+        const ULONG tag = m_tags[index];
+        ULONG place = static_cast<ULONG>(index);
+        if (m_request.include)
+            for (place = 0; PROP_ID(m_request.include->aulPropTag[place]) != PROP_ID(tag);)
+                ++place;
+        m_problems.Add(place, tag, code);
+        m_failed.insert(index);
     }
 
     /// Chooses the tags and finds their counterparts in the target.
     void Plan()
     {
         LPSPropTagArray listed = nullptr;
-        Check(m_source->GetPropList(MAPI_UNICODE, &listed), "the properties can not be listed");
+        Check(m_source->GetPropList(MAPI_UNICODE, &listed), "the properties cannot be listed");
         const Buffer<SPropTagArray> owner(listed);
         std::set<ULONG> there;
         if (m_request.flags & MAPI_NOREPLACE)
@@ -76,7 +100,7 @@ private:
             const ULONG tag = listed->aulPropTag[i];
             const bool never = std::any_of(std::begin(NeverCopied), std::end(NeverCopied),
                                            [&](ULONG each) { return PROP_ID(each) == PROP_ID(tag); });
-            if (!never && Copies(tag) && PROP_TYPE(tag) != PT_OBJECT && !there.count(PROP_ID(tag)))
+            if (!never && Covers(m_request, tag) && PROP_TYPE(tag) != PT_OBJECT && !there.count(PROP_ID(tag)))
                 m_tags.push_back(tag);
         }
         MapNames();
@@ -85,7 +109,7 @@ private:
     std::set<ULONG> IdsOfTarget() const
     {
         LPSPropTagArray listed = nullptr;
-        Check(m_target->GetPropList(MAPI_UNICODE, &listed), "the target's properties can not be listed");
+        Check(m_target->GetPropList(MAPI_UNICODE, &listed), "the target's properties cannot be listed");
         const Buffer<SPropTagArray> owner(listed);
         std::set<ULONG> ids;
         for (ULONG i = 0; i < listed->cValues; ++i)
@@ -111,17 +135,25 @@ private:
         ULONG count = 0;
         LPMAPINAMEID* names = nullptr;
         LPSPropTagArray list = asked.Get();
-        Check(m_source->GetNamesFromIDs(&list, nullptr, 0, &count, &names), "the names can not be read");
+        Check(m_source->GetNamesFromIDs(&list, nullptr, 0, &count, &names), "the names cannot be read");
         const Buffer<MAPINAMEID*> nameOwner(names);
         for (size_t i = 0; i < named.size(); ++i)
-        {
-            LPSPropTagArray mapped = nullptr;
-            if (i < count && names[i] &&
-                SUCCEEDED(m_target->GetIDsFromNames(1, &names[i], MAPI_CREATE, &mapped)))
-                m_targetTags[named[i]] =
-                    PROP_TAG(PROP_TYPE(m_tags[named[i]]), PROP_ID(mapped->aulPropTag[0]));
-            Free(mapped);
-        }
+            MapName(named[i], i < count ? names[i] : nullptr);
+    }
+
+    void MapName(size_t index, MAPINAMEID* name)
+    {
+        HRESULT result = MAPI_E_NOT_FOUND;
+        LPSPropTagArray mapped = nullptr;
+        if (name)
+            result = m_target->GetIDsFromNames(1, &name, MAPI_CREATE, &mapped);
+        const Buffer<SPropTagArray> owner(mapped);
+        if (SUCCEEDED(result) && PROP_TYPE(mapped->aulPropTag[0]) == PT_ERROR)
+            result = MAPI_E_NOT_FOUND;
+        if (FAILED(result))
+            AddProblem(index, result);
+        else
+            m_targetTags[index] = PROP_TAG(PROP_TYPE(m_tags[index]), PROP_ID(mapped->aulPropTag[0]));
     }
 
     void CopyValues()
@@ -135,22 +167,67 @@ private:
         ULONG count = 0;
         LPSPropValue values = nullptr;
         Check(m_source->GetProps(asked.Get(), MAPI_UNICODE, &count, &values),
-              "the properties can not be read");
+              "the properties cannot be read");
         const Buffer<SPropValue> owner(values);
         for (ULONG i = 0; i < count; ++i)
         {
-            if (PROP_TYPE(values[i].ulPropTag) == PT_ERROR && values[i].Value.err == MAPI_E_NOT_ENOUGH_MEMORY)
+            SPropValue& value = values[i];
+            if (m_failed.count(i))
+                value.ulPropTag = PR_NULL;
+            else if (PROP_TYPE(value.ulPropTag) != PT_ERROR)
+                value.ulPropTag = PROP_TAG(PROP_TYPE(value.ulPropTag), PROP_ID(m_targetTags[i]));
+            else if (value.Value.err == MAPI_E_NOT_ENOUGH_MEMORY)
                 CopyStream(i);
             else
-                values[i].ulPropTag = PROP_TAG(PROP_TYPE(values[i].ulPropTag), PROP_ID(m_targetTags[i]));
+                AddProblem(i, value.Value.err);
         }
+        SetValues(count, values);
+    }
+
+    void SetValues(ULONG count, SPropValue* values)
+    {
         LPSPropProblemArray problems = nullptr;
-        Check(m_target->SetProps(count, values, &problems), "the target refused the properties");
-        const Buffer<SPropProblemArray> problemOwner(problems);
+        HRESULT result = m_target->SetProps(count, values, &problems);
+        // The name of a folder may be taken next to the target; the rest can be copied all the same.
+        const auto name = std::find_if(values, values + count,
+                                       [](const SPropValue& each)
+                                       { return PROP_ID(each.ulPropTag) == PROP_ID(PR_DISPLAY_NAME_W); });
+        if (result == MAPI_E_COLLISION && name != values + count)
+        {
+            name->ulPropTag = PR_NULL;
+            AddProblem(static_cast<size_t>(name - values), result);
+            result = m_target->SetProps(count, values, &problems);
+        }
+        const Buffer<SPropProblemArray> owner(problems);
+        Check(result, "the target refused the properties");
         for (ULONG i = 0; problems && i < problems->cProblem; ++i)
-            if (problems->aProblem[i].scode != MAPI_E_COMPUTED)
-                m_problems.Add(problems->aProblem[i].ulIndex, problems->aProblem[i].ulPropTag,
-                               problems->aProblem[i].scode);
+        {
+            const SPropProblem& problem = problems->aProblem[i];
+            if (problem.scode != MAPI_E_COMPUTED)
+                AddProblem(problem.ulIndex, problem.scode);
+            m_failed.insert(problem.ulIndex);
+        }
+    }
+
+    /// What MAPI_MOVE takes from the source: all that the target took. What the source cannot lose stays.
+    void DeleteMoved()
+    {
+        std::vector<ULONG> tags = {0};
+        for (size_t i = 0; i < m_tags.size(); ++i)
+            if (!m_failed.count(i) && !IsNameOfFolder(m_tags[i]))
+                tags.push_back(m_tags[i]);
+        tags[0] = static_cast<ULONG>(tags.size() - 1);
+        LPSPropProblemArray problems = nullptr;
+        if (tags[0])
+            Check(m_source->DeleteProps(reinterpret_cast<LPSPropTagArray>(tags.data()), &problems),
+                  "the source keeps its properties");
+        Free(problems);
+    }
+
+    bool IsNameOfFolder(ULONG tag) const
+    {
+        return PROP_ID(tag) == PROP_ID(PR_DISPLAY_NAME_W) &&
+               Ask<IMAPIContainer>(m_source, IID_IMAPIContainer);
     }
 
     void CopyStream(size_t index)
@@ -172,95 +249,15 @@ private:
         if (SUCCEEDED(result))
             result = static_cast<IStream*>(to)->Commit(0);
         if (FAILED(result))
-            m_problems.Add(static_cast<ULONG>(index), m_tags[index], result);
+            AddProblem(index, result);
     }
 
-    void CopyMessageParts()
-    {
-        const Ref<IMessage> source = Ask<IMessage>(m_source, IID_IMessage);
-        const Ref<IMessage> target = Ask<IMessage>(m_target, IID_IMessage);
-        if (!source || !target)
-            return;
-        if (Copies(PR_MESSAGE_RECIPIENTS))
-            CopyRecipients(*source, *target);
-        if (Copies(PR_MESSAGE_ATTACHMENTS))
-            CopyAttachments(*source, *target);
-    }
-
-    static LPSRowSet RowsOf(IMAPITable* opened)
-    {
-        const Ref<IMAPITable> table = Ref<IMAPITable>::Adopt(opened);
-        LPSRowSet rows = nullptr;
-        Check(HrQueryAllRows(opened, nullptr, nullptr, nullptr, 0, &rows), "the table can not be read");
-        return rows;
-    }
-
-    static void CopyRecipients(IMessage& source, IMessage& target)
-    {
-        IMAPITable* table = nullptr;
-        Check(source.GetRecipientTable(MAPI_UNICODE, &table), "the recipients can not be read");
-        // A row set and a list of recipients have the same layout.
-        LPSRowSet rows = RowsOf(table);
-        const HRESULT result =
-            rows->cRows ? target.ModifyRecipients(MODRECIP_ADD, reinterpret_cast<LPADRLIST>(rows)) : S_OK;
-        FreeProws(rows);
-        Check(result, "the target refused the recipients");
-    }
-
-    static void CopyAttachments(IMessage& source, IMessage& target)
-    {
-        IMAPITable* table = nullptr;
-        Check(source.GetAttachmentTable(MAPI_UNICODE, &table), "the attachments can not be listed");
-        SizedSPropTagArray(1, columns) = {1, {PR_ATTACH_NUM}};
-        HRESULT result = table->SetColumns(reinterpret_cast<LPSPropTagArray>(&columns), 0);
-        LPSRowSet rows = RowsOf(table);
-        for (ULONG i = 0; SUCCEEDED(result) && i < rows->cRows; ++i)
-            result = CopyAttachment(source, target, static_cast<ULONG>(rows->aRow[i].lpProps[0].Value.l));
-        FreeProws(rows);
-        Check(result, "an attachment can not be copied");
-    }
-
-    static HRESULT CopyAttachment(IMessage& source, IMessage& target, ULONG number)
-    {
-        IAttach* from = nullptr;
-        IAttach* to = nullptr;
-        ULONG newNumber = 0;
-        HRESULT result = source.OpenAttach(number, nullptr, 0, &from);
-        const Ref<IAttach> fromOwner = Ref<IAttach>::Adopt(from);
-        if (SUCCEEDED(result))
-            result = target.CreateAttach(nullptr, 0, &newNumber, &to);
-        const Ref<IAttach> toOwner = Ref<IAttach>::Adopt(to);
-        if (SUCCEEDED(result))
-            result = from->CopyTo(0, nullptr, nullptr, 0, nullptr, &IID_IAttachment, to, 0, nullptr);
-        return SUCCEEDED(result) ? to->SaveChanges(KEEP_OPEN_READWRITE) : result;
-    }
-
-    /// The embedded message of an attachment.
-    void CopyEmbedded()
-    {
-        if (!Ask<IAttach>(m_source, IID_IAttachment) || !Ask<IAttach>(m_target, IID_IAttachment) ||
-            !Copies(PR_ATTACH_DATA_OBJ))
-            return;
-        IUnknown* from = nullptr;
-        IUnknown* to = nullptr;
-        if (FAILED(m_source->OpenProperty(PR_ATTACH_DATA_OBJ, &IID_IMessage, 0, 0, &from)))
-            return;
-        const Ref<IUnknown> fromOwner = Ref<IUnknown>::Adopt(from);
-        Check(m_target->OpenProperty(PR_ATTACH_DATA_OBJ, &IID_IMessage, 0, MAPI_CREATE | MAPI_MODIFY, &to),
-              "the embedded message can not be made");
-        const Ref<IUnknown> toOwner = Ref<IUnknown>::Adopt(to);
-        Check(static_cast<IMessage*>(from)->CopyTo(0, nullptr, nullptr, 0, nullptr, &IID_IMessage, to, 0,
-                                                   nullptr),
-              "the embedded message can not be copied");
-        Check(static_cast<IMessage*>(to)->SaveChanges(KEEP_OPEN_READWRITE),
-              "the embedded message can not be saved");
-    }
-
-    const CopyRequest m_request;
+    const CopyRequest& m_request;
     IMAPIProp* const m_source;
     IMAPIProp* const m_target;
     std::vector<ULONG> m_tags;
     std::vector<ULONG> m_targetTags;
+    std::set<size_t> m_failed; ///< places in m_tags that were not copied
     Problems m_problems;
 };
 

@@ -168,6 +168,11 @@ StoreContext::StoreContext(std::shared_ptr<StoreFile> file)
     m_computed = std::make_shared<StoreComputed>(m_uid, m_entryId, m_file->IsReadOnly());
 }
 
+bool StoreContext::IsSameStore(const StoreContext& other) const
+{
+    return std::memcmp(m_uid.ab, other.m_uid.ab, sizeof(m_uid.ab)) == 0;
+}
+
 ItemId StoreContext::Parse(const void* bytes, size_t size) const
 {
     if (size == 0)

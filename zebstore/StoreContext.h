@@ -17,6 +17,8 @@ public:
     StoreFile& File() const { return *m_file; }
     const std::shared_ptr<StoreFile>& SharedFile() const { return m_file; }
     const MAPIUID& Uid() const { return m_uid; }
+    /// True for another session's opening of the same file too.
+    bool IsSameStore(const StoreContext& other) const;
     /// The store's own identifier.
     const std::vector<BYTE>& EntryId() const { return m_entryId; }
 
