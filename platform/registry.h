@@ -17,15 +17,16 @@ enum class RegistryRoot
     LocalMachine,
 };
 
-/// A registry that can not be read or written: on Linux a file with a syntax error (the message names file
-/// and line) or one that can not be opened or replaced.
+/// A registry that cannot be read or written: on Linux a file with a syntax error (the message names file
+/// and line) or one that cannot be opened or replaced. The message is UTF-8.
 class RegistryError : public std::runtime_error
 {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// One open registry key. Names of keys and values compare without case; paths are separated by backslashes.
+/// One open registry key. Names of keys and values compare without case; paths are separated by backslashes. All
+/// text, names as well as values, is UTF-8 on both targets.
 ///
 /// On Linux the file named by ZEBAPI_REGISTRY (default $XDG_CONFIG_HOME/zebapi/registry.reg, or
 /// ~/.config/zebapi/registry.reg) is read at every Open, and every write replaces the file whole (written
@@ -51,8 +52,7 @@ public:
     RegistryKey& operator=(RegistryKey&&) noexcept;
     ~RegistryKey();
 
-    /// A REG_SZ or REG_EXPAND_SZ value (unexpanded) as ANSI text (UTF-8 on Linux); "" names the default
-    /// value.
+    /// A REG_SZ or REG_EXPAND_SZ value (unexpanded); "" names the default value.
     std::optional<std::string> StringValue(const std::string& name) const;
     std::optional<std::vector<unsigned char>> BinaryValue(const std::string& name) const;
 
@@ -65,6 +65,9 @@ public:
     void SetBinaryValue(const std::string& name, const std::vector<unsigned char>& value);
     /// An absent value is no error. @throws RegistryError
     void DeleteValue(const std::string& name);
+    /// Gives the value `to` the type and content of the value `from`, whatever its type is.
+    /// @throws RegistryError also when `from` is absent
+    void CopyValue(const std::string& from, const std::string& to);
 
     struct Impl;
 

@@ -1,5 +1,7 @@
 #include "qorlog/QorLog.h"
 
+#include "platform/environment.h"
+
 #include <cerrno>
 #include <chrono>
 #include <cstdarg>
@@ -50,22 +52,23 @@ public:
 private:
     void Open()
     {
-        const char* level = std::getenv("ZEBAPI_LOG_LEVEL");
-        m_maxLevel = level != nullptr && *level != '\0' ? std::atoi(level) : DefaultLevel;
-        const char* target = std::getenv("ZEBAPI_LOG");
-        if (target == nullptr || *target == '\0')
+        using zeb::platform::EnvironmentVariable;
+        const std::string level = EnvironmentVariable("ZEBAPI_LOG_LEVEL").value_or("");
+        m_maxLevel = level.empty() ? DefaultLevel : std::atoi(level.c_str());
+        const std::string target = EnvironmentVariable("ZEBAPI_LOG").value_or("");
+        if (target.empty())
         {
             return;
         }
-        if (std::strcmp(target, "stderr") == 0)
+        if (target == "stderr")
         {
             m_file = stderr;
             return;
         }
-        m_file = std::fopen(target, "ab");
+        m_file = zeb::platform::OpenFile(target, "ab");
         if (m_file == nullptr)
         {
-            std::fprintf(stderr, "ZEBAPI_LOG: can not open '%s': %s\n", target, std::strerror(errno));
+            std::fprintf(stderr, "ZEBAPI_LOG: can not open '%s': %s\n", target.c_str(), std::strerror(errno));
         }
     }
 

@@ -1,14 +1,18 @@
 #include "qorth/RegKey.h"
 
+#include "platform/narrow.h"
+
+using zeb::platform::NarrowFromUtf8;
 using zeb::platform::RegistryKey;
 using zeb::platform::RegistryRoot;
+using zeb::platform::Utf8FromNarrow;
 
 namespace
 {
 
 std::optional<RegistryKey> Open(HKEY root, const char* path)
 {
-    const std::string name = path == nullptr ? "" : path;
+    const std::string name = path == nullptr ? std::string() : Utf8FromNarrow(path);
     if (root == HKEY_LOCAL_MACHINE)
     {
         return RegistryKey::Open(RegistryRoot::LocalMachine, name);
@@ -50,14 +54,15 @@ CStringA CQorRegKey::GetString() const
 
 bool CQorRegKey::GetString(CStringA& value, const char* name, int) const
 {
-    const auto found = m_key ? m_key->StringValue(name == nullptr ? "" : name) : std::nullopt;
-    value = found ? found->c_str() : "";
+    const auto found =
+        m_key ? m_key->StringValue(name == nullptr ? std::string() : Utf8FromNarrow(name)) : std::nullopt;
+    value = found ? NarrowFromUtf8(*found).c_str() : "";
     return found.has_value();
 }
 
 bool CQorRegKey::EnumKey(ULONG index, CStringA& name) const
 {
     const auto found = m_key ? m_key->SubKeyName(index) : std::nullopt;
-    name = found ? found->c_str() : "";
+    name = found ? NarrowFromUtf8(*found).c_str() : "";
     return found.has_value();
 }

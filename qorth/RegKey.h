@@ -7,7 +7,8 @@
 
 #include <optional>
 
-/// One registry key, open for reading, or none. Names compare without case.
+/// One registry key, open for reading, or none. Names compare without case. Text is narrow: in the ANSI code page on
+/// Windows, UTF-8 on Linux.
 ///
 /// On Linux the registry is a text file (platform/registry.h).
 class CQorRegKey

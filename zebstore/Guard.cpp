@@ -1,5 +1,6 @@
 #include "zebstore/Guard.h"
 
+#include "platform/environment.h"
 #include "platform/text.h"
 #include "zebstore/Memory.h"
 
@@ -223,7 +224,7 @@ void ApplySwitches(const Switches& switches)
     watch.switches = switches;
     if (!switches.traceFile.empty())
     {
-        watch.trace = std::fopen(switches.traceFile.c_str(), "a");
+        watch.trace = zeb::platform::OpenFile(switches.traceFile, "a");
         if (!watch.trace)
             std::fprintf(stderr, "zebstore: the trace file %s can not be written\n",
                          switches.traceFile.c_str());
@@ -234,11 +235,11 @@ void ApplySwitches(const Switches& switches)
 void ApplySwitchesOfEnvironment()
 {
     Switches switches;
-    if (const char* trace = std::getenv("ZEBSTORE_TRACE"))
-        switches.traceFile = trace;
-    const char* fault = std::getenv("ZEBSTORE_FAULT");
-    if (fault && *fault && !ParseFault(fault, switches))
-        std::fprintf(stderr, "zebstore: ZEBSTORE_FAULT '%s' is neither call:N:CODE nor alloc:N\n", fault);
+    switches.traceFile = zeb::platform::EnvironmentVariable("ZEBSTORE_TRACE").value_or("");
+    const std::string fault = zeb::platform::EnvironmentVariable("ZEBSTORE_FAULT").value_or("");
+    if (!fault.empty() && !ParseFault(fault, switches))
+        std::fprintf(stderr, "zebstore: ZEBSTORE_FAULT '%s' is neither call:N:CODE nor alloc:N\n",
+                     fault.c_str());
     ApplySwitches(switches);
 }
 

@@ -1,11 +1,10 @@
 #include "zebstore/Profiles.h"
 
+#include "platform/environment.h"
 #include "platform/registry.h"
-#include "platform/text.h"
 #include "zebstore/Error.h"
 #include "zebstore/storage/Text.h"
 
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <random>
@@ -45,7 +44,7 @@ std::string DefaultPath()
 
 std::string KeyOf(const std::string& profile)
 {
-    return ProfilesPath() + "\\" + NarrowFromStored(profile);
+    return ProfilesPath() + "\\" + profile;
 }
 
 void RequireExists(const std::string& profile)
@@ -75,8 +74,8 @@ std::optional<Service> ReadService(const std::string& profile, const std::string
     const auto key = RegistryKey::Open(RegistryRoot::CurrentUser, KeyOf(profile) + "\\" + uidText);
     if (!key || key->StringValue(ServiceValue) != std::string(ServiceName))
         return std::nullopt;
-    service.displayName = StoredFromNarrow(key->StringValue("DisplayName").value_or(""));
-    service.path = StoredFromNarrow(key->StringValue("Path").value_or(""));
+    service.displayName = key->StringValue("DisplayName").value_or("");
+    service.path = key->StringValue("Path").value_or("");
     service.fullDurability = key->StringValue("Durability").value_or("") == "full";
     return service;
 }
@@ -101,7 +100,7 @@ std::vector<std::string> Names()
         const auto name = key->SubKeyName(i);
         if (!name)
             break;
-        names.push_back(StoredFromNarrow(*name));
+        names.push_back(*name);
     }
     return names;
 }
@@ -117,7 +116,7 @@ std::optional<std::string> Default()
     const auto key = RegistryKey::Open(RegistryRoot::CurrentUser, DefaultPath());
     if (!key)
         return std::nullopt;
-    const std::string name = StoredFromNarrow(key->StringValue(DefaultValue).value_or(""));
+    const std::string name = key->StringValue(DefaultValue).value_or("");
     return Exists(name) ? std::optional<std::string>(name) : std::nullopt;
 }
 
@@ -157,8 +156,7 @@ void SetDefault(const std::string& name)
         return;
     }
     RequireExists(name);
-    RegistryKey::Create(RegistryRoot::CurrentUser, DefaultPath())
-        .SetStringValue(DefaultValue, NarrowFromStored(name));
+    RegistryKey::Create(RegistryRoot::CurrentUser, DefaultPath()).SetStringValue(DefaultValue, name);
 }
 
 std::vector<Service> Services(const std::string& profile)
@@ -191,10 +189,10 @@ void SaveService(const std::string& profile, const Service& service)
     RegistryKey key =
         RegistryKey::Create(RegistryRoot::CurrentUser, KeyOf(profile) + "\\" + TextOf(service.uid));
     key.SetStringValue(ServiceValue, ServiceName);
-    key.SetStringValue("DisplayName", NarrowFromStored(service.displayName));
+    key.SetStringValue("DisplayName", service.displayName);
     key.SetStringValue("Durability", service.fullDurability ? "full" : "normal");
     if (!service.path.empty())
-        key.SetStringValue("Path", NarrowFromStored(service.path));
+        key.SetStringValue("Path", service.path);
 }
 
 void DeleteService(const std::string& profile, const MAPIUID& uid)
@@ -223,12 +221,13 @@ MAPIUID NewUid()
 std::string DefaultStorePath(const std::string& profile)
 {
     std::string folder;
-    if (const char* local = std::getenv("LOCALAPPDATA"))
-        folder = StoredFromNarrow(local);
-    else if (const char* data = std::getenv("XDG_DATA_HOME"))
-        folder = data;
-    else if (const char* home = std::getenv("HOME"))
-        folder = std::string(home) + "/.local/share";
+    using zeb::platform::EnvironmentVariable;
+    if (const auto local = EnvironmentVariable("LOCALAPPDATA"))
+        folder = *local;
+    else if (const auto data = EnvironmentVariable("XDG_DATA_HOME"))
+        folder = *data;
+    else if (const auto home = EnvironmentVariable("HOME"))
+        folder = *home + "/.local/share";
     if (folder.empty())
         throw Error(MAPI_E_NOT_FOUND, "the environment names no folder for the store; give its path");
     std::string name = profile;

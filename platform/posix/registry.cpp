@@ -325,4 +325,21 @@ void RegistryKey::DeleteValue(const std::string& name)
     m_impl->Update([&](regfile::Key& key) { key.DeleteValue(name); });
 }
 
+void RegistryKey::CopyValue(const std::string& from, const std::string& to)
+{
+    CheckName(to, "value");
+    m_impl->Update(
+        [&](regfile::Key& key)
+        {
+            const regfile::Value* found = key.FindValue(from);
+            if (found == nullptr)
+            {
+                throw RegistryError("there is no registry value '" + from + "' to copy");
+            }
+            regfile::Value copy = *found;
+            copy.name = to;
+            key.SetValue(std::move(copy));
+        });
+}
+
 } // namespace zeb::platform

@@ -1,7 +1,11 @@
 // Windows' own registry.
 #include "platform/registry.h"
 
+#include "platform/narrow.h"
+#include "platform/text.h"
 #include "platform/windows/error.h"
+
+#include <cstring>
 
 namespace zeb::platform
 {
@@ -25,9 +29,14 @@ void ThrowIfFailed(LSTATUS status, const char* action, const std::string& name)
 {
     if (status != ERROR_SUCCESS)
     {
-        throw RegistryError(std::string("can not ") + action + " '" + name +
-                            "': " + SystemMessage(static_cast<DWORD>(status)));
+        throw RegistryError(std::string("cannot ") + action + " '" + name +
+                            "': " + Utf8FromNarrow(SystemMessage(static_cast<DWORD>(status))));
     }
+}
+
+WideString Wide(const std::string& text)
+{
+    return WideFromUtf8(text.data(), text.size());
 }
 
 } // namespace
@@ -45,12 +54,14 @@ struct RegistryKey::Impl
     /// The bytes of a value and their type; nothing when it is absent or can not be read.
     std::optional<std::pair<DWORD, std::vector<unsigned char>>> Query(const std::string& name) const
     {
-        std::vector<unsigned char> bytes(256);
+        const WideString wideName = Wide(name);
+        std::vector<unsigned char> bytes(512);
         for (;;)
         {
             DWORD type = 0;
             DWORD size = static_cast<DWORD>(bytes.size());
-            const LSTATUS status = RegQueryValueExA(key, name.c_str(), nullptr, &type, bytes.data(), &size);
+            const LSTATUS status =
+                RegQueryValueExW(key, wideName.c_str(), nullptr, &type, bytes.data(), &size);
             if (status == ERROR_SUCCESS)
             {
                 bytes.resize(size);
@@ -62,6 +73,12 @@ struct RegistryKey::Impl
             }
             bytes.resize(size > bytes.size() ? size : bytes.size() * 2);
         }
+    }
+
+    void Set(const std::string& name, DWORD type, const BYTE* bytes, size_t size) const
+    {
+        ThrowIfFailed(RegSetValueExW(key, Wide(name).c_str(), 0, type, bytes, static_cast<DWORD>(size)),
+                      "write the registry value", name);
     }
 
     HKEY key;
@@ -78,7 +95,7 @@ RegistryKey::~RegistryKey() = default;
 std::optional<RegistryKey> RegistryKey::Open(RegistryRoot root, const std::string& path)
 {
     HKEY key = nullptr;
-    const LSTATUS status = RegOpenKeyExA(RootKey(root), path.c_str(), 0, KEY_READ, &key);
+    const LSTATUS status = RegOpenKeyExW(RootKey(root), Wide(path).c_str(), 0, KEY_READ, &key);
     if (status == ERROR_FILE_NOT_FOUND || status == ERROR_PATH_NOT_FOUND || status == ERROR_ACCESS_DENIED)
     {
         return std::nullopt;
@@ -90,8 +107,8 @@ std::optional<RegistryKey> RegistryKey::Open(RegistryRoot root, const std::strin
 RegistryKey RegistryKey::Create(RegistryRoot root, const std::string& path)
 {
     HKEY key = nullptr;
-    ThrowIfFailed(RegCreateKeyExA(RootKey(root), path.c_str(), 0, nullptr, 0, KEY_READ | KEY_WRITE, nullptr,
-                                  &key, nullptr),
+    ThrowIfFailed(RegCreateKeyExW(RootKey(root), Wide(path).c_str(), 0, nullptr, 0, KEY_READ | KEY_WRITE,
+                                  nullptr, &key, nullptr),
                   "create the registry key", path);
     return RegistryKey(std::make_unique<Impl>(key));
 }
@@ -102,7 +119,7 @@ void RegistryKey::DeleteTree(RegistryRoot root, const std::string& path)
     {
         throw RegistryError("a registry root can not be deleted");
     }
-    const LSTATUS status = RegDeleteTreeA(RootKey(root), path.c_str());
+    const LSTATUS status = RegDeleteTreeW(RootKey(root), Wide(path).c_str());
     if (status != ERROR_FILE_NOT_FOUND && status != ERROR_PATH_NOT_FOUND)
     {
         ThrowIfFailed(status, "delete the registry key", path);
@@ -116,9 +133,10 @@ std::optional<std::string> RegistryKey::StringValue(const std::string& name) con
     {
         return std::nullopt;
     }
-    std::string text(value->second.begin(), value->second.end());
-    text.erase(text.find_last_not_of('\0') + 1);
-    return text;
+    WideString text(value->second.size() / sizeof(WCHAR), L'\0');
+    std::memcpy(text.data(), value->second.data(), text.size() * sizeof(WCHAR));
+    text.erase(text.find_last_not_of(L'\0') + 1);
+    return Utf8FromWide(text.data(), text.size());
 }
 
 std::optional<std::vector<unsigned char>> RegistryKey::BinaryValue(const std::string& name) const
@@ -133,39 +151,45 @@ std::optional<std::vector<unsigned char>> RegistryKey::BinaryValue(const std::st
 
 std::optional<std::string> RegistryKey::SubKeyName(unsigned long index) const
 {
-    // A key's name has at most 255 characters, of up to two bytes each.
-    char name[2 * 256] = {};
-    DWORD length = sizeof name;
-    if (RegEnumKeyExA(m_impl->key, static_cast<DWORD>(index), name, &length, nullptr, nullptr, nullptr,
+    // A key's name has at most 255 characters.
+    WCHAR name[256] = {};
+    DWORD length = 256;
+    if (RegEnumKeyExW(m_impl->key, static_cast<DWORD>(index), name, &length, nullptr, nullptr, nullptr,
                       nullptr) != ERROR_SUCCESS)
     {
         return std::nullopt;
     }
-    return std::string(name, length);
+    return Utf8FromWide(name, length);
 }
 
 void RegistryKey::SetStringValue(const std::string& name, const std::string& value)
 {
-    ThrowIfFailed(RegSetValueExA(m_impl->key, name.c_str(), 0, REG_SZ,
-                                 reinterpret_cast<const BYTE*>(value.c_str()),
-                                 static_cast<DWORD>(value.size() + 1)),
-                  "write the registry value", name);
+    const WideString text = Wide(value);
+    m_impl->Set(name, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()), (text.size() + 1) * sizeof(WCHAR));
 }
 
 void RegistryKey::SetBinaryValue(const std::string& name, const std::vector<unsigned char>& value)
 {
-    ThrowIfFailed(RegSetValueExA(m_impl->key, name.c_str(), 0, REG_BINARY, value.data(),
-                                 static_cast<DWORD>(value.size())),
-                  "write the registry value", name);
+    m_impl->Set(name, REG_BINARY, value.data(), value.size());
 }
 
 void RegistryKey::DeleteValue(const std::string& name)
 {
-    const LSTATUS status = RegDeleteValueA(m_impl->key, name.c_str());
+    const LSTATUS status = RegDeleteValueW(m_impl->key, Wide(name).c_str());
     if (status != ERROR_FILE_NOT_FOUND)
     {
         ThrowIfFailed(status, "delete the registry value", name);
     }
+}
+
+void RegistryKey::CopyValue(const std::string& from, const std::string& to)
+{
+    const auto value = m_impl->Query(from);
+    if (!value)
+    {
+        throw RegistryError("there is no registry value '" + from + "' to copy");
+    }
+    m_impl->Set(to, value->first, value->second.data(), value->second.size());
 }
 
 } // namespace zeb::platform

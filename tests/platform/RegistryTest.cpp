@@ -54,6 +54,36 @@ TEST_F(Registry, NamesCompareWithoutCase)
     EXPECT_EQ(RegistryKey::Open(RegistryRoot::CurrentUser, "")->SubKeyName(1), std::nullopt);
 }
 
+TEST_F(Registry, TextOutsideEveryCodePageIsKept)
+{
+    const std::string text = "\xC3\xA9 \xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E \xF0\x9F\x98\x80";
+    RegistryKey::Create(RegistryRoot::CurrentUser, "Software\\" + text).SetStringValue(text, text);
+    const auto key = RegistryKey::Open(RegistryRoot::CurrentUser, "Software\\" + text);
+    ASSERT_TRUE(key.has_value());
+    EXPECT_EQ(key->StringValue(text), text);
+    EXPECT_EQ(RegistryKey::Open(RegistryRoot::CurrentUser, "Software")->SubKeyName(0), text);
+    RegistryKey::Create(RegistryRoot::CurrentUser, "Software\\" + text).DeleteValue(text);
+    EXPECT_EQ(RegistryKey::Open(RegistryRoot::CurrentUser, "Software\\" + text)->StringValue(text),
+              std::nullopt);
+    RegistryKey::DeleteTree(RegistryRoot::CurrentUser, "Software\\" + text);
+    EXPECT_EQ(RegistryKey::Open(RegistryRoot::CurrentUser, "Software")->SubKeyName(0), std::nullopt);
+}
+
+TEST_F(Registry, ACopiedValueHasTheTypeAndTheContent)
+{
+    auto key = RegistryKey::Create(RegistryRoot::CurrentUser, "Software");
+    key.SetStringValue("text", "a");
+    key.SetBinaryValue("bytes", {1, 2, 3});
+    key.CopyValue("text", "text copy");
+    key.CopyValue("bytes", "text");
+    EXPECT_EQ(key.StringValue("text copy"), "a");
+    EXPECT_EQ(key.StringValue("text"), std::nullopt);
+    EXPECT_EQ(key.BinaryValue("text"), (std::vector<unsigned char>{1, 2, 3}));
+    EXPECT_EQ(key.BinaryValue("bytes"), key.BinaryValue("text"));
+    EXPECT_THROW(key.CopyValue("absent", "text"), RegistryError);
+    EXPECT_EQ(key.BinaryValue("text"), key.BinaryValue("bytes"));
+}
+
 TEST_F(Registry, ATrailingBackslashNamesTheSameKey)
 {
     RegistryKey::Create(RegistryRoot::CurrentUser, "Software\\Mail\\");

@@ -17,7 +17,6 @@ constexpr char SubsystemKey[] =
     "Software\\Microsoft\\Windows NT\\CurrentVersion\\Windows Messaging Subsystem\\Profiles";
 constexpr int LastWithoutKey = 14;
 
-/// In the ANSI code page, as the registry is read.
 std::vector<std::string> SubKeysOf(const std::string& path)
 {
     std::vector<std::string> names;
@@ -52,9 +51,9 @@ public:
     {
         if (m_looked.CompareNoCase(path.c_str()) == 0)
             return;
-        ProfilePlace place{Utf8FromNarrow(keeper), Utf8FromNarrow(path), {}};
+        ProfilePlace place{keeper, path, {}};
         for (const std::string& name : SubKeysOf(path))
-            place.profiles.push_back(Utf8FromNarrow(name));
+            place.profiles.push_back(name);
         if (alsoEmpty || !place.profiles.empty())
             m_places.push_back(std::move(place));
     }

@@ -1,0 +1,17 @@
+// The environment of the process, and files, in UTF-8 on both targets.
+#pragma once
+
+#include <cstdio>
+#include <optional>
+#include <string>
+
+namespace zeb::platform
+{
+
+/// A variable of the environment; nothing when it is not set.
+std::optional<std::string> EnvironmentVariable(const char* name);
+
+/// Opens a file as std::fopen does. @return null on failure, which errno explains
+std::FILE* OpenFile(const std::string& path, const char* mode);
+
+} // namespace zeb::platform
