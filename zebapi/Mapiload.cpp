@@ -266,6 +266,23 @@ CZebAddressBook CZebAPI::GetWABAddressBook(bool newInstance)
 
 CZebSession CZebAPI::OpenSession(HWND parent, const char* profileName)
 {
+    if (profileName == nullptr)
+    {
+        return Logon(parent, nullptr, 0);
+    }
+    // A name that fills the buffer has no terminator of its own: one byte more is always zero.
+    char name[ProfileNameSize + 1] = {};
+    std::strncpy(name, profileName, ProfileNameSize);
+    return Logon(parent, name, 0);
+}
+
+CZebSession CZebAPI::OpenSessionW(HWND parent, const WCHAR* profileName)
+{
+    return Logon(parent, profileName, profileName == nullptr ? 0 : MAPI_UNICODE);
+}
+
+CZebSession CZebAPI::Logon(HWND parent, const void* profileName, ULONG flags)
+{
     CSingleLock objectLock(&m_lock, true);
     try
     {
@@ -273,17 +290,12 @@ CZebSession CZebAPI::OpenSession(HWND parent, const char* profileName)
         {
             CZebException::Throw(E_POINTER, __FILE__, __LINE__);
         }
-        // A name that fills the buffer has no terminator of its own: one byte more is always zero.
-        char name[ProfileNameSize + 1] = {};
-        ULONG flags = LogonFlags | MAPI_USE_DEFAULT | MAPI_ALLOW_OTHERS;
-        if (profileName != nullptr)
-        {
-            std::strncpy(name, profileName, ProfileNameSize);
-            flags = LogonFlags | MAPI_NEW_SESSION;
-        }
+        flags |= LogonFlags;
+        flags |= profileName != nullptr ? MAPI_NEW_SESSION : MAPI_USE_DEFAULT | MAPI_ALLOW_OTHERS;
         CComPtr<IMAPISession> session;
+        // MAPI declares the name without const and as either kind of character.
         ThrowIfFailed(zeb::MAPILogonEx(reinterpret_cast<ULONG_PTR>(parent),
-                                       profileName != nullptr ? name : nullptr, nullptr, flags,
+                                       static_cast<LPTSTR>(const_cast<void*>(profileName)), nullptr, flags,
                                        session.Put()),
                       __FILE__, __LINE__);
         return CZebSession(session.Get());

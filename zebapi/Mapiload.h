@@ -77,6 +77,12 @@ public:
     /// WasFailed()
     virtual CZebSession OpenSession(HWND parent, const char* profileName);
 
+    /// As OpenSession with a name, which may have characters that the ANSI code page lacks (MAPILogonEx with
+    /// MAPI_UNICODE). Not every provider takes such names.
+    /// @param profileName terminated; null is the default profile
+    /// @throws CZebException* as OpenSession, and MAPI_E_BAD_CHARWIDTH from a provider that takes narrow names only
+    CZebSession OpenSessionW(HWND parent, const WCHAR* profileName);
+
     /// The default profile's name from the registry, without MAPI; empty when there is none.
     virtual CStringA GetDefaultProfileName();
 
@@ -95,6 +101,7 @@ public:
     virtual CCriticalSection* GetGlobalMAPICriticalSection();
 
 private:
+    CZebSession Logon(HWND parent, const void* profileName, ULONG flags);
     void ResolveEntryPoints(const CStringA& path);
     void BindAllocator();
     [[noreturn]] void RefuseLibrary(const char* missing, const char* path);

@@ -54,6 +54,31 @@ TEST_F(Logon, WithANameOpensANewSessionOfThatProfile)
     EXPECT_EQ(provider.logonFlags, 0x8023u);
 }
 
+TEST_F(Logon, AWideNameGoesToTheProviderAsItIs)
+{
+    provider.session = &session;
+    Start(ProviderFile::Undecorated());
+    CZebSession opened = library.OpenSessionW(nullptr, ZEBW("\u65E5\u672C\u8A9E"));
+    EXPECT_TRUE(opened.IsValid());
+    EXPECT_STREQ(provider.logonName, "\xE5\x65\x2C\x67\x9E\x8A") << "the bytes of UTF-16";
+    EXPECT_EQ(provider.logonFlags, 0x8023u | MAPI_UNICODE);
+}
+
+TEST_F(Logon, WithoutAWideNameSharesTheDefaultProfilesSession)
+{
+    provider.session = &session;
+    Start(ProviderFile::Undecorated());
+    library.OpenSessionW(nullptr, nullptr);
+    EXPECT_FALSE(provider.logonNamed);
+    EXPECT_EQ(provider.logonFlags, 0x8069u);
+}
+
+TEST_F(Logon, AWideNameNeedsAStartedProvider)
+{
+    EXPECT_EQ(ThrownBy([this] { library.OpenSessionW(nullptr, ZEBW("x")); }), E_POINTER);
+    EXPECT_TRUE(library.WasFailed());
+}
+
 TEST_F(Logon, AnEmptyNameIsAName)
 {
     provider.session = &session;
