@@ -19,24 +19,28 @@ endforeach()
 add_library(zeb_header_only INTERFACE)
 target_include_directories(zeb_header_only SYSTEM INTERFACE ${ZEB_HEADER_ONLY})
 
-# MAPI's declarations. The Windows compiler brings them; Linux reads the same files over Windows' base types from
-# Wine's SDK headers.
+# MAPI's declarations: MinGW's, with the four headers that are wrong for 64 bits corrected. Linux reads the same headers
+# over Windows' base types from Wine's SDK headers.
+include(ZebMapiHeaders)
+set(ZEB_MINGW_HEADERS /usr/share/mingw-w64/include)
+set(ZEB_MAPI_HEADERS ${CMAKE_BINARY_DIR}/mapi-headers)
+file(MAKE_DIRECTORY ${ZEB_MAPI_HEADERS})
+zeb_mapi_copy(${ZEB_MINGW_HEADERS} ${ZEB_MAPI_HEADERS})
 add_library(zeb_mapi_headers INTERFACE)
+target_include_directories(zeb_mapi_headers SYSTEM INTERFACE ${ZEB_MAPI_HEADERS})
 if(NOT WIN32)
-  set(ZEB_MAPI_HEADERS ${CMAKE_BINARY_DIR}/mapi-headers)
-  file(MAKE_DIRECTORY ${ZEB_MAPI_HEADERS})
-  foreach(header mapi mapicode mapidefs imessage mapiguid mapinls mapioid mapispi mapitags mapiutil mapix mapiform mapiwin
-                 wabapi wabdefs wabcode wabtags xcmc)
-    if(NOT EXISTS /usr/share/mingw-w64/include/${header}.h)
+  foreach(header mapi mapicode imessage mapiguid mapinls mapioid mapitags mapiform mapiwin wabapi wabdefs wabcode wabtags
+                 xcmc)
+    if(NOT EXISTS ${ZEB_MINGW_HEADERS}/${header}.h)
       message(FATAL_ERROR "${header}.h of mingw-w64 is missing: run scripts/setup.sh first")
     endif()
-    file(CREATE_LINK /usr/share/mingw-w64/include/${header}.h ${ZEB_MAPI_HEADERS}/${header}.h SYMBOLIC)
+    file(CREATE_LINK ${ZEB_MINGW_HEADERS}/${header}.h ${ZEB_MAPI_HEADERS}/${header}.h SYMBOLIC)
   endforeach()
   set(ZEB_WINE_HEADERS /usr/include/wine/wine/windows)
   if(NOT EXISTS ${ZEB_WINE_HEADERS}/windef.h)
     message(FATAL_ERROR "Wine's SDK headers are missing: run scripts/setup.sh first")
   endif()
-  target_include_directories(zeb_mapi_headers SYSTEM INTERFACE ${ZEB_MAPI_HEADERS} ${ZEB_WINE_HEADERS})
+  target_include_directories(zeb_mapi_headers SYSTEM INTERFACE ${ZEB_WINE_HEADERS})
 endif()
 
 # SQLite, for zebstore and for what measures against it.

@@ -24,6 +24,13 @@ foreach(room platform framework qorth)
   install(FILES ${zeb_headers} DESTINATION ${zeb_sdk}/rooms/${room})
 endforeach()
 install(FILES ${CMAKE_SOURCE_DIR}/zebstore/zebstore.h DESTINATION ${zeb_sdk}/rooms/zebstore)
+# A host that calls a MAPI interface itself must see the declarations that the library was built with; another
+# compiler's SDK brings its own.
+if(MINGW)
+  foreach(header ${zeb_mapi_corrected})
+    install(FILES ${ZEB_MAPI_HEADERS}/${header}.h DESTINATION ${zeb_sdk}/rooms)
+  endforeach()
+endif()
 
 include(CMakePackageConfigHelpers)
 configure_package_config_file(${CMAKE_SOURCE_DIR}/cmake/ZebAPIConfig.cmake.in ${CMAKE_BINARY_DIR}/ZebAPIConfig.cmake

@@ -42,22 +42,6 @@ CZebBinary FindByString(CZebTable table, ULONG tag, const Char* text)
     return CZebBinary(rows[0][PR_ENTRYID].operator const SBinary&());
 }
 
-/// IMAPIFolder::CopyMessages. Some compilers' headers declare its window with 32 bits, while providers read 64; the
-/// upper half of such an argument would be whatever the stack held.
-HRESULT CopyMessagesOf(IMAPIFolder* folder, SBinaryArray* list, const IID* destInterface, IMAPIFolder* dest,
-                       ULONG_PTR window, IMAPIProgress* progress, ULONG flags)
-{
-    using Method = HRESULT(STDMETHODCALLTYPE*)(IMAPIFolder*, LPENTRYLIST, LPCIID, LPVOID, ULONG_PTR,
-                                               LPMAPIPROGRESS, ULONG);
-    // IUnknown has 3 slots, IMAPIProp 11, IMAPIContainer 5, and CreateMessage comes first.
-    constexpr size_t Slot = 3 + 11 + 5 + 1;
-    const unsigned char* slots = nullptr;
-    std::memcpy(&slots, static_cast<void*>(folder), sizeof(slots));
-    Method method = nullptr;
-    std::memcpy(&method, slots + Slot * sizeof(Method), sizeof(method));
-    return method(folder, list, destInterface, dest, window, progress, flags);
-}
-
 SPropValue Text(ULONG tag, const char* text)
 {
     SPropValue value = {};
@@ -189,8 +173,8 @@ void CZebFolder::CopyMessages(SBinaryArray* list, CZebFolder& dest, ULONG flags,
 {
     CComPtr<IMAPIFolder> folder = GetFolder();
     CComPtr<IMAPIFolder> target = dest.GetFolder();
-    ThrowIfFailed(CopyMessagesOf(folder.Checked(), list, dest.GetInterfaceCIID(), target.Checked(),
-                                 zeb::UIParam(parent), progress, flags),
+    ThrowIfFailed(folder->CopyMessages(list, dest.GetInterfaceCIID(), target.Checked(), zeb::UIParam(parent),
+                                       progress, flags),
                   folder, __FILE__, __LINE__);
 }
 

@@ -13,11 +13,10 @@ inline LPENTRYID EntryID(const SBinary& entryID)
     return reinterpret_cast<LPENTRYID>(entryID.lpb);
 }
 
-/// A window, as MAPI's calls take their UI parameter. Only 32 bits of a window handle count; the others are zero, since
-/// some compilers' headers declare the parameter with 32 bits and providers read 64.
+/// A window, as MAPI's calls take their UI parameter: the whole handle.
 inline ULONG_PTR UIParam(HWND window)
 {
-    return static_cast<ULONG>(reinterpret_cast<ULONG_PTR>(window));
+    return reinterpret_cast<ULONG_PTR>(window);
 }
 
 /// Refuses a call that reported success and gave no object.

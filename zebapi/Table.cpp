@@ -3,9 +3,31 @@
 #include "zebapi/EntryPoints.h"
 #include "zebapi/Exception.h"
 #include "zebapi/TAGS.h"
+#include "zebapi/TableNumbers.h"
 
 #include <cstdarg>
 #include <cstdint>
+#include <new>
+
+namespace
+{
+
+/// The 32-bit number that the host gets for one of the table's. Without memory for it `giveBack` returns the number.
+template <class GiveBack>
+ULONG GivenOut(IMAPITable* table, zeb::TableNumber kind, ULONG_PTR number, GiveBack giveBack)
+{
+    try
+    {
+        return zeb::ShortNumber(table, kind, number);
+    }
+    catch (const std::bad_alloc&)
+    {
+        giveBack();
+        CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY, __FILE__, __LINE__);
+    }
+}
+
+} // namespace
 
 CZebTable::CZebTable(IMAPITable* table)
     : m_table(table)
@@ -39,12 +61,18 @@ CZebTable& CZebTable::operator=(const CZebTable& other)
 
 void CZebTable::Advise(IMAPIAdviseSink* sink, ULONG* connection)
 {
-    ThrowIfFailed(m_table->Advise(fnevTableModified, sink, connection), m_table, __FILE__, __LINE__);
+    // Zeroed: the Windows Address Book writes only the lower half.
+    ULONG_PTR number = 0;
+    ThrowIfFailed(m_table->Advise(fnevTableModified, sink, &number), m_table, __FILE__, __LINE__);
+    *connection =
+        GivenOut(m_table.Get(), zeb::TableNumber::Connection, number, [&] { m_table->Unadvise(number); });
 }
 
 void CZebTable::Unadvise(ULONG connection)
 {
-    ThrowIfFailed(m_table->Unadvise(connection), m_table, __FILE__, __LINE__);
+    const ULONG_PTR number = zeb::WholeNumber(m_table.Get(), zeb::TableNumber::Connection, connection);
+    ThrowIfFailed(m_table->Unadvise(number), m_table, __FILE__, __LINE__);
+    zeb::ForgetNumber(m_table.Get(), zeb::TableNumber::Connection, connection);
 }
 
 bool CZebTable::IsValid() const
@@ -113,14 +141,18 @@ void CZebTable::QueryAllRows(SRowSet** rows, SRestriction* restriction, SSortOrd
 
 ULONG CZebTable::CreateBookmark()
 {
+    // Zeroed: the Windows Address Book writes only the lower half.
     BOOKMARK bookmark = 0;
     ThrowIfFailed(m_table->CreateBookmark(&bookmark), m_table, __FILE__, __LINE__);
-    return static_cast<ULONG>(bookmark);
+    return GivenOut(m_table.Get(), zeb::TableNumber::Bookmark, bookmark,
+                    [&] { m_table->FreeBookmark(bookmark); });
 }
 
 void CZebTable::FreeBookmark(ULONG bookmark)
 {
-    ThrowIfFailed(m_table->FreeBookmark(bookmark), m_table, __FILE__, __LINE__);
+    const BOOKMARK number = zeb::WholeNumber(m_table.Get(), zeb::TableNumber::Bookmark, bookmark);
+    ThrowIfFailed(m_table->FreeBookmark(number), m_table, __FILE__, __LINE__);
+    zeb::ForgetNumber(m_table.Get(), zeb::TableNumber::Bookmark, bookmark);
 }
 
 ULONG CZebTable::GetRowCount()
@@ -141,14 +173,16 @@ ULONG CZebTable::QueryPosition()
 
 void CZebTable::SeekRow(ULONG origin, LONG rowCount, LONG* rowsSought)
 {
-    ThrowIfFailed(m_table->SeekRow(origin, rowCount, rowsSought), m_table, __FILE__, __LINE__);
+    const BOOKMARK bookmark = zeb::WholeNumber(m_table.Get(), zeb::TableNumber::Bookmark, origin);
+    ThrowIfFailed(m_table->SeekRow(bookmark, rowCount, rowsSought), m_table, __FILE__, __LINE__);
 }
 
 bool CZebTable::FindRow(SRestriction* restriction, ULONG origin, ULONG flags)
 {
     try
     {
-        ThrowIfFailed(m_table->FindRow(restriction, origin, flags), m_table, __FILE__, __LINE__);
+        const BOOKMARK bookmark = zeb::WholeNumber(m_table.Get(), zeb::TableNumber::Bookmark, origin);
+        ThrowIfFailed(m_table->FindRow(restriction, bookmark, flags), m_table, __FILE__, __LINE__);
         return true;
     }
     catch (CZebException* e)

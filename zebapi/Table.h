@@ -20,8 +20,12 @@ public:
     /// Drops the table and takes the other's. Never throws: an empty source leaves an empty handle and a line
     /// in the log. Assigning a handle to itself empties it.
     virtual CZebTable& operator=(const CZebTable& other);
-    /// Asks for fnevTableModified; `connection` receives what Unadvise takes. (IMAPITable::Advise)
+    /// Asks for fnevTableModified; `connection` receives what Unadvise takes, and keeps its value when the call fails.
+    /// MAPI's number is pointer-sized: one above 32 bits is replaced by a number that the handles of this table translate
+    /// back. (IMAPITable::Advise)
+    /// @throws CZebException* also MAPI_E_NOT_ENOUGH_MEMORY
     virtual void Advise(IMAPIAdviseSink* sink, ULONG* connection);
+    /// Ends the connection. (IMAPITable::Unadvise)
     virtual void Unadvise(ULONG connection);
     virtual bool IsValid() const;
     /// Sets exactly `count` columns, whose tags follow. (IMAPITable::SetColumns)
@@ -37,7 +41,10 @@ public:
     virtual void QueryRows(SRowSet** rows, LONG count, SRestriction* restriction, SSortOrderSet* order);
     /// Reads all rows, restricted and sorted where asked. (HrQueryAllRows)
     virtual void QueryAllRows(SRowSet** rows, SRestriction* restriction, SSortOrderSet* order);
+    /// Marks the current row. A number above 32 bits is replaced as that of a connection is. (IMAPITable::CreateBookmark)
+    /// @throws CZebException* also MAPI_E_NOT_ENOUGH_MEMORY
     virtual ULONG CreateBookmark();
+    /// (IMAPITable::FreeBookmark)
     virtual void FreeBookmark(ULONG bookmark);
     virtual ULONG GetRowCount();
     /// The current row.

@@ -64,11 +64,11 @@ public:
                        });
     }
 
-    HRESULT STDMETHODCALLTYPE Advise(ULONG, LPENTRYID, ULONG, LPMAPIADVISESINK, ULONG*) override
+    HRESULT STDMETHODCALLTYPE Advise(ULONG, LPENTRYID, ULONG, LPMAPIADVISESINK, ULONG_PTR*) override
     {
         return Refuse("IAddrBook::Advise", "the address book does not notify");
     }
-    HRESULT STDMETHODCALLTYPE Unadvise(ULONG) override
+    HRESULT STDMETHODCALLTYPE Unadvise(ULONG_PTR) override
     {
         return Refuse("IAddrBook::Unadvise", "the address book does not notify");
     }
@@ -113,7 +113,7 @@ public:
     {
         return RefuseWindow("IAddrBook::Address");
     }
-    HRESULT STDMETHODCALLTYPE Details(ULONG*, LPFNDISMISS, LPVOID, ULONG, LPENTRYID, LPFNBUTTON, LPVOID,
+    HRESULT STDMETHODCALLTYPE Details(ULONG_PTR*, LPFNDISMISS, LPVOID, ULONG, LPENTRYID, LPFNBUTTON, LPVOID,
                                       LPTSTR, ULONG) override
     {
         return RefuseWindow("IAddrBook::Details");

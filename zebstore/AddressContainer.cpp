@@ -136,7 +136,8 @@ public:
                        });
     }
 
-    HRESULT STDMETHODCALLTYPE CopyEntries(LPENTRYLIST entries, ULONG, LPMAPIPROGRESS, ULONG flags) override
+    HRESULT STDMETHODCALLTYPE CopyEntries(LPENTRYLIST entries, ULONG_PTR, LPMAPIPROGRESS,
+                                          ULONG flags) override
     {
         return Guarded("IABContainer::CopyEntries",
                        [&]

@@ -102,7 +102,7 @@ public:
     /// list and of this one.
     HRESULT STDMETHODCALLTYPE CreateEntry(ULONG size, LPENTRYID id, ULONG flags, LPMAPIPROP* entry) override;
     /// Adds entries to the list.
-    HRESULT STDMETHODCALLTYPE CopyEntries(LPENTRYLIST entries, ULONG window, LPMAPIPROGRESS progress,
+    HRESULT STDMETHODCALLTYPE CopyEntries(LPENTRYLIST entries, ULONG_PTR window, LPMAPIPROGRESS progress,
                                           ULONG flags) override;
     /// Takes entries off the list; the entries themselves stay.
     HRESULT STDMETHODCALLTYPE DeleteEntries(LPENTRYLIST entries, ULONG flags) override;

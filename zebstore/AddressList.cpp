@@ -224,7 +224,7 @@ HRESULT DistList::CreateEntry(ULONG size, LPENTRYID id, ULONG flags, LPMAPIPROP*
                });
 }
 
-HRESULT DistList::CopyEntries(LPENTRYLIST entries, ULONG, LPMAPIPROGRESS, ULONG flags)
+HRESULT DistList::CopyEntries(LPENTRYLIST entries, ULONG_PTR, LPMAPIPROGRESS, ULONG flags)
 {
     return Run(
         "IDistList::CopyEntries",

@@ -32,23 +32,23 @@ public:
 
     // IMAPIFolder
     HRESULT STDMETHODCALLTYPE CreateMessage(LPCIID iid, ULONG flags, LPMESSAGE* message) override;
-    HRESULT STDMETHODCALLTYPE CopyMessages(LPENTRYLIST list, LPCIID iid, LPVOID target, ULONG window,
+    HRESULT STDMETHODCALLTYPE CopyMessages(LPENTRYLIST list, LPCIID iid, LPVOID target, ULONG_PTR window,
                                            LPMAPIPROGRESS progress, ULONG flags) override;
-    HRESULT STDMETHODCALLTYPE DeleteMessages(LPENTRYLIST list, ULONG window, LPMAPIPROGRESS progress,
+    HRESULT STDMETHODCALLTYPE DeleteMessages(LPENTRYLIST list, ULONG_PTR window, LPMAPIPROGRESS progress,
                                              ULONG flags) override;
     HRESULT STDMETHODCALLTYPE CreateFolder(ULONG type, LPTSTR name, LPTSTR comment, LPCIID iid, ULONG flags,
                                            LPMAPIFOLDER* folder) override;
     HRESULT STDMETHODCALLTYPE CopyFolder(ULONG size, LPENTRYID id, LPCIID iid, LPVOID target, LPTSTR name,
-                                         ULONG window, LPMAPIPROGRESS progress, ULONG flags) override;
-    HRESULT STDMETHODCALLTYPE DeleteFolder(ULONG size, LPENTRYID id, ULONG window, LPMAPIPROGRESS progress,
-                                           ULONG flags) override;
-    HRESULT STDMETHODCALLTYPE SetReadFlags(LPENTRYLIST list, ULONG window, LPMAPIPROGRESS progress,
+                                         ULONG_PTR window, LPMAPIPROGRESS progress, ULONG flags) override;
+    HRESULT STDMETHODCALLTYPE DeleteFolder(ULONG size, LPENTRYID id, ULONG_PTR window,
+                                           LPMAPIPROGRESS progress, ULONG flags) override;
+    HRESULT STDMETHODCALLTYPE SetReadFlags(LPENTRYLIST list, ULONG_PTR window, LPMAPIPROGRESS progress,
                                            ULONG flags) override;
     HRESULT STDMETHODCALLTYPE GetMessageStatus(ULONG size, LPENTRYID id, ULONG flags, ULONG* status) override;
     HRESULT STDMETHODCALLTYPE SetMessageStatus(ULONG size, LPENTRYID id, ULONG status, ULONG mask,
                                                ULONG* old) override;
     HRESULT STDMETHODCALLTYPE SaveContentsSort(LPSSortOrderSet order, ULONG flags) override;
-    HRESULT STDMETHODCALLTYPE EmptyFolder(ULONG window, LPMAPIPROGRESS progress, ULONG flags) override;
+    HRESULT STDMETHODCALLTYPE EmptyFolder(ULONG_PTR window, LPMAPIPROGRESS progress, ULONG flags) override;
 
 private:
     bool Answers(REFIID iid) const override;

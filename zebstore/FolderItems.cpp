@@ -72,7 +72,7 @@ size_t CopyMessagesBetween(StoreFile& source, const std::vector<MessageId>& mess
     return missing;
 }
 
-HRESULT Folder::CopyMessages(LPENTRYLIST list, LPCIID, LPVOID target, ULONG, LPMAPIPROGRESS, ULONG flags)
+HRESULT Folder::CopyMessages(LPENTRYLIST list, LPCIID, LPVOID target, ULONG_PTR, LPMAPIPROGRESS, ULONG flags)
 {
     return Guarded("IMAPIFolder::CopyMessages",
                    [&]() -> HRESULT
@@ -97,7 +97,7 @@ HRESULT Folder::CopyMessages(LPENTRYLIST list, LPCIID, LPVOID target, ULONG, LPM
                    });
 }
 
-HRESULT Folder::DeleteMessages(LPENTRYLIST list, ULONG, LPMAPIPROGRESS, ULONG flags)
+HRESULT Folder::DeleteMessages(LPENTRYLIST list, ULONG_PTR, LPMAPIPROGRESS, ULONG flags)
 {
     return Guarded("IMAPIFolder::DeleteMessages",
                    [&]() -> HRESULT
@@ -144,7 +144,7 @@ HRESULT Folder::CreateFolder(ULONG type, LPTSTR name, LPTSTR comment, LPCIID iid
                    });
 }
 
-HRESULT Folder::CopyFolder(ULONG size, LPENTRYID id, LPCIID, LPVOID target, LPTSTR name, ULONG,
+HRESULT Folder::CopyFolder(ULONG size, LPENTRYID id, LPCIID, LPVOID target, LPTSTR name, ULONG_PTR,
                            LPMAPIPROGRESS, ULONG flags)
 {
     return Guarded(
@@ -168,7 +168,7 @@ HRESULT Folder::CopyFolder(ULONG size, LPENTRYID id, LPCIID, LPVOID target, LPTS
         });
 }
 
-HRESULT Folder::DeleteFolder(ULONG size, LPENTRYID id, ULONG, LPMAPIPROGRESS, ULONG flags)
+HRESULT Folder::DeleteFolder(ULONG size, LPENTRYID id, ULONG_PTR, LPMAPIPROGRESS, ULONG flags)
 {
     return Guarded("IMAPIFolder::DeleteFolder",
                    [&]
@@ -183,7 +183,7 @@ HRESULT Folder::DeleteFolder(ULONG size, LPENTRYID id, ULONG, LPMAPIPROGRESS, UL
                    });
 }
 
-HRESULT Folder::EmptyFolder(ULONG, LPMAPIPROGRESS, ULONG flags)
+HRESULT Folder::EmptyFolder(ULONG_PTR, LPMAPIPROGRESS, ULONG flags)
 {
     return Guarded("IMAPIFolder::EmptyFolder",
                    [&]
@@ -194,7 +194,7 @@ HRESULT Folder::EmptyFolder(ULONG, LPMAPIPROGRESS, ULONG flags)
                    });
 }
 
-HRESULT Folder::SetReadFlags(LPENTRYLIST list, ULONG, LPMAPIPROGRESS, ULONG flags)
+HRESULT Folder::SetReadFlags(LPENTRYLIST list, ULONG_PTR, LPMAPIPROGRESS, ULONG flags)
 {
     return Guarded("IMAPIFolder::SetReadFlags",
                    [&]() -> HRESULT

@@ -30,7 +30,7 @@ public:
     HRESULT STDMETHODCALLTYPE GetAttachmentTable(ULONG flags, LPMAPITABLE* table) override;
     HRESULT STDMETHODCALLTYPE OpenAttach(ULONG number, LPCIID iid, ULONG flags, LPATTACH* attach) override;
     HRESULT STDMETHODCALLTYPE CreateAttach(LPCIID iid, ULONG flags, ULONG* number, LPATTACH* attach) override;
-    HRESULT STDMETHODCALLTYPE DeleteAttach(ULONG number, ULONG window, LPMAPIPROGRESS progress,
+    HRESULT STDMETHODCALLTYPE DeleteAttach(ULONG number, ULONG_PTR window, LPMAPIPROGRESS progress,
                                            ULONG flags) override;
     HRESULT STDMETHODCALLTYPE GetRecipientTable(ULONG flags, LPMAPITABLE* table) override;
     HRESULT STDMETHODCALLTYPE ModifyRecipients(ULONG flags, LPADRLIST list) override;

@@ -277,7 +277,7 @@ HRESULT Message::CreateAttach(LPCIID iid, ULONG flags, ULONG* number, LPATTACH* 
                });
 }
 
-HRESULT Message::DeleteAttach(ULONG number, ULONG, LPMAPIPROGRESS, ULONG flags)
+HRESULT Message::DeleteAttach(ULONG number, ULONG_PTR, LPMAPIPROGRESS, ULONG flags)
 {
     return Run("IMessage::DeleteAttach",
                [&]

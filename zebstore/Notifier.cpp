@@ -59,9 +59,9 @@ void Connection::Cut()
     hold.unlock();
 }
 
-ULONG NextConnectionNumber()
+ULONG_PTR NextConnectionNumber()
 {
-    static std::atomic<ULONG> last{0};
+    static std::atomic<ULONG_PTR> last{0};
     return ++last;
 }
 

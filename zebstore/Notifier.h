@@ -36,7 +36,7 @@ private:
 };
 
 /// A number for a new connection. None is given twice in a process, so one of another object is known for wrong.
-ULONG NextConnectionNumber();
+ULONG_PTR NextConnectionNumber();
 
 /// Looks for changes, and has sinks to tell of them.
 class Notified
@@ -83,7 +83,7 @@ private:
 
 /// Has the notifier look at `member` for the sake of its connection `number`, which ends when that fails.
 template <typename Member>
-void LookFor(const std::shared_ptr<Member>& member, ULONG number)
+void LookFor(const std::shared_ptr<Member>& member, ULONG_PTR number)
 {
     try
     {
@@ -99,7 +99,7 @@ void LookFor(const std::shared_ptr<Member>& member, ULONG number)
 /// Takes the connection of this number out of a map of what is known of each connection.
 /// @throws Error MAPI_E_INVALID_PARAMETER with this text when there is none
 template <typename Map>
-std::shared_ptr<Connection> TakeConnection(Map& connections, ULONG number, const char* none)
+std::shared_ptr<Connection> TakeConnection(Map& connections, ULONG_PTR number, const char* none)
 {
     const auto found = connections.find(number);
     if (found == connections.end())

@@ -181,8 +181,8 @@ public:
     }
 
     HRESULT STDMETHODCALLTYPE CopyTo(ULONG excludedCount, LPCIID excluded, LPSPropTagArray excludedTags,
-                                     ULONG, LPMAPIPROGRESS progress, LPCIID iid, LPVOID target, ULONG flags,
-                                     LPSPropProblemArray* problems) override
+                                     ULONG_PTR, LPMAPIPROGRESS progress, LPCIID iid, LPVOID target,
+                                     ULONG flags, LPSPropProblemArray* problems) override
     {
         return Run("IMAPIProp::CopyTo",
                    [&]
@@ -200,7 +200,7 @@ public:
                    });
     }
 
-    HRESULT STDMETHODCALLTYPE CopyProps(LPSPropTagArray tags, ULONG, LPMAPIPROGRESS progress, LPCIID iid,
+    HRESULT STDMETHODCALLTYPE CopyProps(LPSPropTagArray tags, ULONG_PTR, LPMAPIPROGRESS progress, LPCIID iid,
                                         LPVOID target, ULONG flags, LPSPropProblemArray* problems) override
     {
         return Run(

@@ -130,7 +130,7 @@ public:
     }
 
     HRESULT STDMETHODCALLTYPE Advise(ULONG size, LPENTRYID id, ULONG events, LPMAPIADVISESINK sink,
-                                     ULONG* connection) override
+                                     ULONG_PTR* connection) override
     {
         return Guarded("IMAPISession::Advise",
                        [&]
@@ -146,7 +146,7 @@ public:
                            *connection = Sinks()->Advise(item, events, sink);
                        });
     }
-    HRESULT STDMETHODCALLTYPE Unadvise(ULONG connection) override
+    HRESULT STDMETHODCALLTYPE Unadvise(ULONG_PTR connection) override
     {
         return Guarded("IMAPISession::Unadvise", [&] { Sinks()->Unadvise(connection); });
     }
@@ -212,12 +212,12 @@ public:
                        });
     }
 
-    HRESULT STDMETHODCALLTYPE ShowForm(ULONG_PTR, LPMDB, LPMAPIFOLDER, LPCIID, ULONG, LPMESSAGE, ULONG, ULONG,
-                                       ULONG, ULONG, LPSTR) override
+    HRESULT STDMETHODCALLTYPE ShowForm(ULONG_PTR, LPMDB, LPMAPIFOLDER, LPCIID, ULONG_PTR, LPMESSAGE, ULONG,
+                                       ULONG, ULONG, ULONG, LPSTR) override
     {
         return Refuse("IMAPISession::ShowForm");
     }
-    HRESULT STDMETHODCALLTYPE PrepareForm(LPCIID, LPMESSAGE, ULONG*) override
+    HRESULT STDMETHODCALLTYPE PrepareForm(LPCIID, LPMESSAGE, ULONG_PTR*) override
     {
         return Refuse("IMAPISession::PrepareForm");
     }

@@ -39,7 +39,7 @@ public:
     }
 
     HRESULT STDMETHODCALLTYPE Advise(ULONG size, LPENTRYID id, ULONG events, LPMAPIADVISESINK sink,
-                                     ULONG* connection) override
+                                     ULONG_PTR* connection) override
     {
         return Guarded("IMsgStore::Advise",
                        [&]
@@ -51,7 +51,7 @@ public:
                            *connection = m_sinks->Advise(item, events, sink);
                        });
     }
-    HRESULT STDMETHODCALLTYPE Unadvise(ULONG connection) override
+    HRESULT STDMETHODCALLTYPE Unadvise(ULONG_PTR connection) override
     {
         return Guarded("IMsgStore::Unadvise", [&] { m_sinks->Unadvise(connection); });
     }

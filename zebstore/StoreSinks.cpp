@@ -72,7 +72,7 @@ void Fill(NOTIFICATION& notification, const StoreEvent& event, Ids& ids)
 
 } // namespace
 
-void RequireObjectEvents(ULONG events, const IMAPIAdviseSink* sink, ULONG* connection)
+void RequireObjectEvents(ULONG events, const IMAPIAdviseSink* sink, ULONG_PTR* connection)
 {
     Require(connection != nullptr, "no place for the connection");
     *connection = 0;
@@ -94,9 +94,9 @@ bool StoreSinks::Advised::Hears(const StoreEvent& event) const
            (event.isFolder && event.id == item->key);
 }
 
-ULONG StoreSinks::Advise(const std::optional<ItemId>& item, ULONG events, IMAPIAdviseSink* sink)
+ULONG_PTR StoreSinks::Advise(const std::optional<ItemId>& item, ULONG events, IMAPIAdviseSink* sink)
 {
-    const ULONG number = NextConnectionNumber();
+    const ULONG_PTR number = NextConnectionNumber();
     {
         const std::lock_guard<std::mutex> hold(m_lock);
         if (!m_changes)
@@ -107,7 +107,7 @@ ULONG StoreSinks::Advise(const std::optional<ItemId>& item, ULONG events, IMAPIA
     return number;
 }
 
-void StoreSinks::Unadvise(ULONG number)
+void StoreSinks::Unadvise(ULONG_PTR number)
 {
     std::shared_ptr<Connection> connection;
     {
@@ -121,7 +121,7 @@ void StoreSinks::Unadvise(ULONG number)
 
 void StoreSinks::Close() noexcept
 {
-    std::map<ULONG, Advised> advised;
+    std::map<ULONG_PTR, Advised> advised;
     {
         const std::lock_guard<std::mutex> hold(m_lock);
         advised.swap(m_advised);

@@ -26,9 +26,9 @@ public:
 
     /// @param item what the sink is to hear of: a message, or a folder and what lies in it; nothing: all of the store
     /// @return the connection's number
-    ULONG Advise(const std::optional<ItemId>& item, ULONG events, IMAPIAdviseSink* sink);
+    ULONG_PTR Advise(const std::optional<ItemId>& item, ULONG events, IMAPIAdviseSink* sink);
     /// @throws Error MAPI_E_INVALID_PARAMETER for a number that no connection has
-    void Unadvise(ULONG number);
+    void Unadvise(ULONG_PTR number);
     /// Ends all connections.
     void Close() noexcept;
 
@@ -48,11 +48,11 @@ private:
 
     const StorePtr m_store;
     std::mutex m_lock;
-    std::map<ULONG, Advised> m_advised;
+    std::map<ULONG_PTR, Advised> m_advised;
     std::unique_ptr<StoreChanges> m_changes; // while somebody is advised
 };
 
 /// What the arguments of an Advise must hold. @throws Error MAPI_E_NO_SUPPORT, MAPI_E_INVALID_PARAMETER
-void RequireObjectEvents(ULONG events, const IMAPIAdviseSink* sink, ULONG* connection);
+void RequireObjectEvents(ULONG events, const IMAPIAdviseSink* sink, ULONG_PTR* connection);
 
 } // namespace zebstore

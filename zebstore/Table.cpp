@@ -22,7 +22,7 @@ public:
         return Guarded("IMAPITable::GetLastError", [&] { return LastErrorAsMapi(code, flags, error); });
     }
 
-    HRESULT STDMETHODCALLTYPE Advise(ULONG events, LPMAPIADVISESINK sink, ULONG* connection) override
+    HRESULT STDMETHODCALLTYPE Advise(ULONG events, LPMAPIADVISESINK sink, ULONG_PTR* connection) override
     {
         return Guarded("IMAPITable::Advise",
                        [&]
@@ -37,7 +37,7 @@ public:
                        });
     }
 
-    HRESULT STDMETHODCALLTYPE Unadvise(ULONG connection) override
+    HRESULT STDMETHODCALLTYPE Unadvise(ULONG_PTR connection) override
     {
         return Guarded("IMAPITable::Unadvise", [&] { m_state->Unadvise(connection); });
     }

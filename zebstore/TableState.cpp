@@ -112,9 +112,9 @@ SPropValue* TableState::BuildRow(const std::vector<ULONG>& columns, const ValueS
     return BuildValues(columns.data(), columns.size(), values, options);
 }
 
-ULONG TableState::Advise(IMAPIAdviseSink* sink)
+ULONG_PTR TableState::Advise(IMAPIAdviseSink* sink)
 {
-    const ULONG number = NextConnectionNumber();
+    const ULONG_PTR number = NextConnectionNumber();
     {
         const std::lock_guard<std::mutex> hold(m_lock);
         m_view.SetListener(this);
@@ -125,7 +125,7 @@ ULONG TableState::Advise(IMAPIAdviseSink* sink)
     return number;
 }
 
-void TableState::Unadvise(ULONG number)
+void TableState::Unadvise(ULONG_PTR number)
 {
     std::shared_ptr<Connection> connection;
     bool last = false;
@@ -152,7 +152,7 @@ void TableState::Unadvise(ULONG number)
 
 void TableState::Close() noexcept
 {
-    std::map<ULONG, Advised> connections;
+    std::map<ULONG_PTR, Advised> connections;
     {
         const std::lock_guard<std::mutex> hold(m_lock);
         connections.swap(m_connections);

@@ -42,9 +42,9 @@ public:
     }
 
     /// From now on `sink` hears of every change. @return the connection's number
-    ULONG Advise(IMAPIAdviseSink* sink);
+    ULONG_PTR Advise(IMAPIAdviseSink* sink);
     /// @throws Error MAPI_E_INVALID_PARAMETER for a number that no connection has
-    void Unadvise(ULONG number);
+    void Unadvise(ULONG_PTR number);
     /// Ends all connections; the table's interface is gone.
     void Close() noexcept;
 
@@ -89,7 +89,7 @@ private:
     const TableOptions m_options;
     TableView m_view;
     std::vector<ULONG> m_columns; // empty: the default ones
-    std::map<ULONG, Advised> m_connections;
+    std::map<ULONG_PTR, Advised> m_connections;
     std::vector<Event> m_events;
     bool m_failed = false; // the last look; sinks know
     bool m_lost = false;   // events, for want of memory

@@ -70,7 +70,7 @@ public:
         *error = nullptr;
         return S_OK;
     }
-    HRESULT STDMETHODCALLTYPE Advise(ULONG, LPMAPIADVISESINK sink, ULONG* connection) override
+    HRESULT STDMETHODCALLTYPE Advise(ULONG, LPMAPIADVISESINK sink, ULONG_PTR* connection) override
     {
         const std::lock_guard<std::recursive_mutex> lock(m_mutex);
         sink->AddRef();
@@ -78,7 +78,7 @@ public:
         m_sinks[*connection] = sink;
         return S_OK;
     }
-    HRESULT STDMETHODCALLTYPE Unadvise(ULONG connection) override
+    HRESULT STDMETHODCALLTYPE Unadvise(ULONG_PTR connection) override
     {
         const std::lock_guard<std::recursive_mutex> lock(m_mutex);
         const auto found = m_sinks.find(connection);
@@ -191,10 +191,10 @@ private:
     }
 
     std::recursive_mutex m_mutex;
-    std::map<ULONG, IMAPIAdviseSink*> m_sinks;
+    std::map<ULONG_PTR, IMAPIAdviseSink*> m_sinks;
     const ULONG m_count;
     const bool m_heldInDelivery;
-    ULONG m_connections = 0;
+    ULONG_PTR m_connections = 0xABABABAB00000000; // all 64 bits count
     ULONG m_position = 0;
     std::atomic<ULONG> m_generation{0};
     std::atomic<ULONG> m_references{0};

@@ -68,7 +68,7 @@ public:
     {
         return Unexpected("CreateEntry");
     }
-    HRESULT STDMETHODCALLTYPE CopyEntries(LPENTRYLIST, ULONG, LPMAPIPROGRESS, ULONG) override
+    HRESULT STDMETHODCALLTYPE CopyEntries(LPENTRYLIST, ULONG_PTR, LPMAPIPROGRESS, ULONG) override
     {
         return Unexpected("CopyEntries");
     }
@@ -101,7 +101,7 @@ public:
     {
         return Unexpected("CreateAttach");
     }
-    HRESULT STDMETHODCALLTYPE DeleteAttach(ULONG, ULONG, LPMAPIPROGRESS, ULONG) override
+    HRESULT STDMETHODCALLTYPE DeleteAttach(ULONG, ULONG_PTR, LPMAPIPROGRESS, ULONG) override
     {
         return Unexpected("DeleteAttach");
     }
@@ -132,7 +132,7 @@ public:
         const HRESULT result = Called("CreateMessage", Name(iid) + "," + Number(flags));
         return FAILED(result) ? result : HandOut<IMessage>(m_message, message);
     }
-    HRESULT STDMETHODCALLTYPE CopyMessages(LPENTRYLIST list, LPCIID iid, LPVOID dest, ULONG window,
+    HRESULT STDMETHODCALLTYPE CopyMessages(LPENTRYLIST list, LPCIID iid, LPVOID dest, ULONG_PTR window,
                                            LPMAPIPROGRESS progress, ULONG flags) override
     {
         const auto* folder = static_cast<RecordingFolder*>(static_cast<IMAPIFolder*>(dest));
@@ -141,7 +141,7 @@ public:
                                           Number(window) + ",progress " + Null(progress) + "," +
                                           Number(flags));
     }
-    HRESULT STDMETHODCALLTYPE DeleteMessages(LPENTRYLIST list, ULONG window, LPMAPIPROGRESS progress,
+    HRESULT STDMETHODCALLTYPE DeleteMessages(LPENTRYLIST list, ULONG_PTR window, LPMAPIPROGRESS progress,
                                              ULONG flags) override
     {
         Keep(list);
@@ -156,18 +156,18 @@ public:
                                                           "," + Name(iid) + "," + Number(flags));
         return FAILED(result) ? result : HandOut<IMAPIFolder>(m_created, folder);
     }
-    HRESULT STDMETHODCALLTYPE CopyFolder(ULONG, LPENTRYID, LPCIID, LPVOID, LPTSTR, ULONG, LPMAPIPROGRESS,
+    HRESULT STDMETHODCALLTYPE CopyFolder(ULONG, LPENTRYID, LPCIID, LPVOID, LPTSTR, ULONG_PTR, LPMAPIPROGRESS,
                                          ULONG) override
     {
         return Unexpected("CopyFolder");
     }
-    HRESULT STDMETHODCALLTYPE DeleteFolder(ULONG count, LPENTRYID entryID, ULONG window,
+    HRESULT STDMETHODCALLTYPE DeleteFolder(ULONG count, LPENTRYID entryID, ULONG_PTR window,
                                            LPMAPIPROGRESS progress, ULONG flags) override
     {
         return Called("DeleteFolder", Hex(entryID, count) + "," + Number(window) + ",progress " +
                                           Null(progress) + "," + Number(flags));
     }
-    HRESULT STDMETHODCALLTYPE SetReadFlags(LPENTRYLIST, ULONG, LPMAPIPROGRESS, ULONG) override
+    HRESULT STDMETHODCALLTYPE SetReadFlags(LPENTRYLIST, ULONG_PTR, LPMAPIPROGRESS, ULONG) override
     {
         return Unexpected("SetReadFlags");
     }
@@ -183,7 +183,7 @@ public:
     {
         return Unexpected("SaveContentsSort");
     }
-    HRESULT STDMETHODCALLTYPE EmptyFolder(ULONG window, LPMAPIPROGRESS progress, ULONG flags) override
+    HRESULT STDMETHODCALLTYPE EmptyFolder(ULONG_PTR window, LPMAPIPROGRESS progress, ULONG flags) override
     {
         return Called("EmptyFolder", Number(window) + ",progress " + Null(progress) + "," + Number(flags));
     }

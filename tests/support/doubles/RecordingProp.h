@@ -226,12 +226,12 @@ public:
     {
         return this->Called("DeleteProps", Tags(tags) + ",problems " + Null(problems));
     }
-    HRESULT STDMETHODCALLTYPE CopyTo(ULONG, LPCIID, LPSPropTagArray, ULONG, LPMAPIPROGRESS, LPCIID, LPVOID,
-                                     ULONG, LPSPropProblemArray*) override
+    HRESULT STDMETHODCALLTYPE CopyTo(ULONG, LPCIID, LPSPropTagArray, ULONG_PTR, LPMAPIPROGRESS, LPCIID,
+                                     LPVOID, ULONG, LPSPropProblemArray*) override
     {
         return this->Unexpected("CopyTo");
     }
-    HRESULT STDMETHODCALLTYPE CopyProps(LPSPropTagArray, ULONG, LPMAPIPROGRESS, LPCIID, LPVOID, ULONG,
+    HRESULT STDMETHODCALLTYPE CopyProps(LPSPropTagArray, ULONG_PTR, LPMAPIPROGRESS, LPCIID, LPVOID, ULONG,
                                         LPSPropProblemArray*) override
     {
         return this->Unexpected("CopyProps");

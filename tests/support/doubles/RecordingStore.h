@@ -43,11 +43,11 @@ public:
             Called("GetReceiveFolder", Text(messageClass) + "," + Number(flags) + "," + Null(explicitClass));
         return FAILED(result) ? result : GiveEntryID(m_receiveFolder, count, entryID);
     }
-    HRESULT STDMETHODCALLTYPE Advise(ULONG, LPENTRYID, ULONG, LPMAPIADVISESINK, ULONG*) override
+    HRESULT STDMETHODCALLTYPE Advise(ULONG, LPENTRYID, ULONG, LPMAPIADVISESINK, ULONG_PTR*) override
     {
         return Unexpected("Advise");
     }
-    HRESULT STDMETHODCALLTYPE Unadvise(ULONG) override { return Unexpected("Unadvise"); }
+    HRESULT STDMETHODCALLTYPE Unadvise(ULONG_PTR) override { return Unexpected("Unadvise"); }
     HRESULT STDMETHODCALLTYPE CompareEntryIDs(ULONG, LPENTRYID, ULONG, LPENTRYID, ULONG, ULONG*) override
     {
         return Unexpected("CompareEntryIDs");
@@ -140,11 +140,11 @@ public:
     {
         return Unexpected("GetStatusTable");
     }
-    HRESULT STDMETHODCALLTYPE Advise(ULONG, LPENTRYID, ULONG, LPMAPIADVISESINK, ULONG*) override
+    HRESULT STDMETHODCALLTYPE Advise(ULONG, LPENTRYID, ULONG, LPMAPIADVISESINK, ULONG_PTR*) override
     {
         return Unexpected("Advise");
     }
-    HRESULT STDMETHODCALLTYPE Unadvise(ULONG) override { return Unexpected("Unadvise"); }
+    HRESULT STDMETHODCALLTYPE Unadvise(ULONG_PTR) override { return Unexpected("Unadvise"); }
     HRESULT STDMETHODCALLTYPE MessageOptions(ULONG_PTR, ULONG, LPTSTR, LPMESSAGE) override
     {
         return Unexpected("MessageOptions");
@@ -169,12 +169,12 @@ public:
     {
         return Unexpected("AdminServices");
     }
-    HRESULT STDMETHODCALLTYPE ShowForm(ULONG_PTR, LPMDB, LPMAPIFOLDER, LPCIID, ULONG, LPMESSAGE, ULONG, ULONG,
-                                       ULONG, ULONG, LPSTR) override
+    HRESULT STDMETHODCALLTYPE ShowForm(ULONG_PTR, LPMDB, LPMAPIFOLDER, LPCIID, ULONG_PTR, LPMESSAGE, ULONG,
+                                       ULONG, ULONG, ULONG, LPSTR) override
     {
         return Unexpected("ShowForm");
     }
-    HRESULT STDMETHODCALLTYPE PrepareForm(LPCIID, LPMESSAGE, ULONG*) override
+    HRESULT STDMETHODCALLTYPE PrepareForm(LPCIID, LPMESSAGE, ULONG_PTR*) override
     {
         return Unexpected("PrepareForm");
     }
@@ -209,11 +209,11 @@ public:
     {
         return Unexpected("CompareEntryIDs");
     }
-    HRESULT STDMETHODCALLTYPE Advise(ULONG, LPENTRYID, ULONG, LPMAPIADVISESINK, ULONG*) override
+    HRESULT STDMETHODCALLTYPE Advise(ULONG, LPENTRYID, ULONG, LPMAPIADVISESINK, ULONG_PTR*) override
     {
         return Unexpected("Advise");
     }
-    HRESULT STDMETHODCALLTYPE Unadvise(ULONG) override { return Unexpected("Unadvise"); }
+    HRESULT STDMETHODCALLTYPE Unadvise(ULONG_PTR) override { return Unexpected("Unadvise"); }
     HRESULT STDMETHODCALLTYPE CreateOneOff(LPTSTR, LPTSTR, LPTSTR, ULONG, ULONG*, LPENTRYID*) override
     {
         return Unexpected("CreateOneOff");
@@ -231,7 +231,7 @@ public:
     {
         return Unexpected("Address");
     }
-    HRESULT STDMETHODCALLTYPE Details(ULONG*, LPFNDISMISS, LPVOID, ULONG, LPENTRYID, LPFNBUTTON, LPVOID,
+    HRESULT STDMETHODCALLTYPE Details(ULONG_PTR*, LPFNDISMISS, LPVOID, ULONG, LPENTRYID, LPFNBUTTON, LPVOID,
                                       LPTSTR, ULONG) override
     {
         return Unexpected("Details");

@@ -31,11 +31,11 @@ public:
     std::map<std::string, std::function<void()>> actions;
 
     ULONG references = 1;
-    ULONG rowCount = 0;    ///< what GetRowCount tells
-    ULONG position = 0;    ///< what QueryPosition tells, and the first row that QueryRows reads
-    LONG sought = 0;       ///< what SeekRow tells
-    ULONG connection = 0;  ///< what Advise tells
-    BOOKMARK bookmark = 0; ///< what CreateBookmark tells
+    ULONG rowCount = 0;       ///< what GetRowCount tells
+    ULONG position = 0;       ///< what QueryPosition tells, and the first row that QueryRows reads
+    LONG sought = 0;          ///< what SeekRow tells
+    ULONG_PTR connection = 0; ///< what Advise tells
+    BOOKMARK bookmark = 0;    ///< what CreateBookmark tells
     /// The rows: one text each, which QueryRows gives as PR_SUBJECT_A from `position` on.
     std::vector<std::string> subjects;
     /// QueryRows succeeds without a row set.
@@ -65,13 +65,16 @@ public:
         *error = lastError;
         return S_OK;
     }
-    HRESULT WINAPI Advise(ULONG mask, LPMAPIADVISESINK adviseSink, ULONG* connectionOut) override
+    HRESULT WINAPI Advise(ULONG mask, LPMAPIADVISESINK adviseSink, ULONG_PTR* connectionOut) override
     {
         sink = adviseSink;
         *connectionOut = connection;
         return Record("Advise", Number("mask", mask));
     }
-    HRESULT WINAPI Unadvise(ULONG ended) override { return Record("Unadvise", Number("connection", ended)); }
+    HRESULT WINAPI Unadvise(ULONG_PTR ended) override
+    {
+        return Record("Unadvise", Number("connection", ended));
+    }
     HRESULT WINAPI GetStatus(ULONG*, ULONG*) override { return Record("GetStatus", ""); }
     HRESULT WINAPI SetColumns(LPSPropTagArray columns, ULONG flags) override
     {

@@ -79,8 +79,8 @@ public:
     std::function<void()> m_whileReading;
     /// QueryRows succeeds with a null set.
     bool m_givesNothing = false;
-    /// The connection number that Advise gives.
-    ULONG m_connection = 77;
+    /// The connection number that Advise gives: all 64 bits of it count.
+    ULONG_PTR m_connection = 0xABABABAB0000004D;
     bool m_fillsConnectionOnFailure = false;
     /// Run inside the method of that name, before anything is given.
     std::function<void()> m_whileCounting;
@@ -100,7 +100,7 @@ public:
     {
         return LastError(result, flags, error);
     }
-    HRESULT STDMETHODCALLTYPE Advise(ULONG events, LPMAPIADVISESINK sink, ULONG* connection) override
+    HRESULT STDMETHODCALLTYPE Advise(ULONG events, LPMAPIADVISESINK sink, ULONG_PTR* connection) override
     {
         const HRESULT result = Called("Advise", Number(events));
         if (SUCCEEDED(result))
@@ -113,7 +113,7 @@ public:
         }
         return result;
     }
-    HRESULT STDMETHODCALLTYPE Unadvise(ULONG connection) override
+    HRESULT STDMETHODCALLTYPE Unadvise(ULONG_PTR connection) override
     {
         const HRESULT result = Called("Unadvise", Number(connection));
         if (m_sink != nullptr)

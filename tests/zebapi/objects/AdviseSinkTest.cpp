@@ -161,9 +161,9 @@ TEST_F(AdviseSink, TheBinderAdvisesAndUnadvises)
         m_double.Notify(TABLE_ROW_ADDED);
         EXPECT_EQ(Calls(), (Lines{"modified 0x3", "added"}));
         binder.Advise(m_table);
-        EXPECT_EQ(Calls(), (Lines{"table: Unadvise(0x4D)", "table: Advise(0x100)"}));
+        EXPECT_EQ(Calls(), (Lines{"table: Unadvise(0xABABABAB0000004D)", "table: Advise(0x100)"}));
     }
-    EXPECT_EQ(Calls(), (Lines{"table: Unadvise(0x4D)"}));
+    EXPECT_EQ(Calls(), (Lines{"table: Unadvise(0xABABABAB0000004D)"}));
     EXPECT_EQ(m_double.References(), 1u);
     EXPECT_EQ(m_log.Lines().size(), 0u);
 }
@@ -173,7 +173,7 @@ TEST_F(AdviseSink, UnadvisingTwiceUnregistersOnce)
     CAdviseSinkBinder binder(&m_listener, &m_table);
     binder.Unadvise();
     binder.Unadvise();
-    EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)", "table: Unadvise(0x4D)"}));
+    EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)", "table: Unadvise(0xABABABAB0000004D)"}));
     EXPECT_EQ(m_log.Lines().size(), 0u);
 }
 
@@ -257,12 +257,13 @@ TEST_F(AdviseSink, AdvisingAnotherTablePassesThroughIdle)
     CZebTable otherTable(&other);
     CAdviseSinkBinder binder(&m_listener, &m_table);
     binder.Advise(otherTable);
-    EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)", "table: Unadvise(0x4D)", "other: Advise(0x100)"}));
+    EXPECT_EQ(Calls(),
+              (Lines{"table: Advise(0x100)", "table: Unadvise(0xABABABAB0000004D)", "other: Advise(0x100)"}));
     EXPECT_EQ(m_double.References(), 1u);
     EXPECT_EQ(other.References(), 2u);
     m_double.Fail("Advise", MAPI_E_NO_SUPPORT);
     binder.Advise(m_table);
-    EXPECT_EQ(Calls(), (Lines{"other: Unadvise(0x4D)", "table: Advise(0x100)"}));
+    EXPECT_EQ(Calls(), (Lines{"other: Unadvise(0xABABABAB0000004D)", "table: Advise(0x100)"}));
     EXPECT_EQ(m_double.References() + other.References(), 2u) << "a failed registration ends idle";
     binder.Unadvise();
     EXPECT_TRUE(Calls().empty());
@@ -308,6 +309,7 @@ TEST_F(AdviseSink, MapisOwnReferenceKeepsTheSinkAlive)
 
 TEST_F(AdviseSink, CopyingABinderSharesSinkAndConnectionUncounted)
 {
+    m_double.m_connection = 0x4D;
     CAdviseSinkBinder binder(&m_listener, &m_table);
     IMAPIAdviseSink* const sink = m_double.Sink();
     sink->AddRef();
@@ -341,7 +343,8 @@ TEST_F(AdviseSink, ADelegateMayUnadviseInsideItsOwnNotification)
     m_listener.m_inside = [&] { binder.Unadvise(); };
     NOTIFICATION batch[] = {Event(TABLE_SORT_DONE), Event(TABLE_SORT_DONE)};
     m_double.Sink()->OnNotify(2, batch);
-    EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)", "modified 0x6", "table: Unadvise(0x4D)"}));
+    EXPECT_EQ(Calls(),
+              (Lines{"table: Advise(0x100)", "modified 0x6", "table: Unadvise(0xABABABAB0000004D)"}));
 }
 
 TEST_F(AdviseSink, UnadvisingWaitsForADeliveryOnAnotherThread)

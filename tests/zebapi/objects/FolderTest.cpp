@@ -203,64 +203,22 @@ TEST_F(Folder, OneMessageIsAListOfOne)
     m_double.FreeLists();
 }
 
-namespace
+TEST_F(Folder, PassesWindowsWithAllTheirBits)
 {
-
-/// A folder whose CopyMessages takes the window with 64 bits, as a provider built with other headers has it: the class's
-/// table of methods with that one exchanged.
-class WideFolder
-{
-public:
-    explicit WideFolder(RecordingFolder& folder)
-        : m_folder(folder)
-    {
-        void** own = nullptr;
-        std::memcpy(&own, static_cast<void*>(&m_folder), sizeof(own));
-        m_table = own;
-        std::memcpy(m_copy, own - HeadSlots, sizeof(m_copy));
-        m_copy[HeadSlots + CopySlot] = reinterpret_cast<void*>(&Copy);
-        SetTable(m_copy + HeadSlots);
-    }
-    ~WideFolder() { SetTable(m_table); }
-    WideFolder(const WideFolder&) = delete;
-    WideFolder& operator=(const WideFolder&) = delete;
-
-    static ULONG_PTR s_window;
-    static ULONG s_flags;
-
-private:
-    static HRESULT STDMETHODCALLTYPE Copy(void*, LPENTRYLIST, LPCIID, LPVOID, ULONG_PTR window,
-                                          LPMAPIPROGRESS, ULONG flags)
-    {
-        s_window = window;
-        s_flags = flags;
-        return S_OK;
-    }
-    void SetTable(void** table) { std::memcpy(static_cast<void*>(&m_folder), &table, sizeof(table)); }
-
-    // Before the methods stand the offset of the object and its type record.
-    static constexpr size_t HeadSlots = 2;
-    static constexpr size_t CopySlot = 20;
-    static constexpr size_t MethodSlots = 30;
-
-    RecordingFolder& m_folder;
-    void** m_table = nullptr;
-    void* m_copy[HeadSlots + MethodSlots] = {};
-};
-
-ULONG_PTR WideFolder::s_window = 0;
-ULONG WideFolder::s_flags = 0;
-
-} // namespace
-
-TEST_F(Folder, TheWindowOfACopyHasSixtyFourBits)
-{
+    const auto window = reinterpret_cast<HWND>(static_cast<ULONG_PTR>(0x7777777780000001));
     SBinaryArray list = {0, nullptr};
-    const WideFolder wide(m_double);
-    m_folder.CopyMessages(&list, m_folder, 3,
-                          reinterpret_cast<HWND>(static_cast<ULONG_PTR>(0xFFFFFFFF80000001ull)), nullptr);
-    EXPECT_EQ(WideFolder::s_window, 0x80000001u);
-    EXPECT_EQ(WideFolder::s_flags, 3u);
+    CZebFolder dest(&m_existing);
+    m_folder.CopyMessages(&list, dest, 2, window, nullptr);
+    m_folder.MoveMessages(&list, dest, 2, window, nullptr);
+    m_folder.DeleteMessages(&list, window, 0, nullptr);
+    m_folder.DeleteFolder(ID("ab"), window, 0, nullptr);
+    m_folder.EmptyFolder(window, 0, nullptr);
+    const std::string bits = "0x7777777780000001,progress null,";
+    EXPECT_EQ(Calls(),
+              (Lines{"folder: CopyMessages([],IMAPIFolder,existing," + bits + "0x2)",
+                     "folder: CopyMessages([],IMAPIFolder,existing," + bits + "0x3)",
+                     "folder: DeleteMessages([]," + bits + "0x0)",
+                     "folder: DeleteFolder(6162," + bits + "0x0)", "folder: EmptyFolder(" + bits + "0x0)"}));
 }
 
 TEST_F(Folder, CreatesAMessage)

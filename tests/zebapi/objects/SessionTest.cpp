@@ -120,7 +120,7 @@ TEST_F(Session, OpensAStoreAndTheAddressBookWithTheWindowAsUIParameter)
         EXPECT_EQ(m_double.References(), 2u) << "the address book keeps the session";
     }
     EXPECT_EQ(m_double.References(), 1u);
-    EXPECT_EQ(Calls(), (Lines{"session: OpenMsgStore(0x12345678,73,IMsgStore,0x10)",
+    EXPECT_EQ(Calls(), (Lines{"session: OpenMsgStore(0xFFFFFFFF12345678,73,IMsgStore,0x10)",
                               "session: OpenAddressBook(0x0,null,0x1)"}));
 }
 

@@ -124,7 +124,7 @@ TEST_F(Notifications, TheStoreTellsOfMessagesAndFolders)
 {
     const Ref<IMsgStore> store = OpenStore();
     const Ref<IMAPIFolder> inbox = Inbox();
-    ULONG connection = 0;
+    ULONG_PTR connection = 0;
     ASSERT_EQ(store->Advise(0, nullptr, StoreEvents, m_sink.Get(), &connection), S_OK);
     const Bytes message = SaveMessage(*inbox);
     const Told created = m_sink->Next();
@@ -161,7 +161,7 @@ TEST_F(Notifications, ASinkOfOneFolderHearsOfThatFolderOnly)
     const Ref<IMAPIFolder> inbox = Inbox();
     const Ref<IMAPIFolder> box = NewFolder(*inbox, "Box");
     const Bytes boxId = IdOf(*box);
-    ULONG connection = 0;
+    ULONG_PTR connection = 0;
     ASSERT_EQ(Session().Advise(static_cast<ULONG>(boxId.size()), Id(boxId), fnevObjectCreated, m_sink.Get(),
                                &connection),
               S_OK);
@@ -185,7 +185,7 @@ TEST_F(Notifications, ASinkOfOneFolderHearsOfThatFolderOnly)
 TEST_F(Notifications, WhatCanNotBeToldIsRefused)
 {
     const Ref<IMAPITable> table = Contents(*Inbox());
-    ULONG connection = 1;
+    ULONG_PTR connection = 0xABABABABABABABAB;
     EXPECT_EQ(table->Advise(fnevObjectCreated, m_sink.Get(), &connection), MAPI_E_NO_SUPPORT);
     EXPECT_EQ(connection, 0u);
     EXPECT_EQ(table->Advise(fnevTableModified, m_sink.Get(), nullptr), MAPI_E_INVALID_PARAMETER);
@@ -205,7 +205,7 @@ TEST_F(Notifications, TablesThatDoNotChangeTakeSinksToo)
     IMAPITable* table = nullptr;
     ASSERT_EQ(Session().GetMsgStoresTable(0, &table), S_OK);
     const Ref<IMAPITable> owner = Ref<IMAPITable>::Adopt(table);
-    ULONG connection = 0;
+    ULONG_PTR connection = 0;
     ASSERT_EQ(table->Advise(fnevTableModified, m_sink.Get(), &connection), S_OK);
     SaveMessage(*Inbox());
     EXPECT_EQ(table->Unadvise(connection), S_OK);
@@ -219,7 +219,7 @@ TEST_F(Notifications, TheFaultSwitchRefusesAdviseAndNothingIsLeftBehind)
     switches.failingCall = 1;
     switches.failingCode = MAPI_E_NO_SUPPORT;
     ApplySwitches(switches);
-    ULONG connection = 7;
+    ULONG_PTR connection = 7;
     EXPECT_EQ(table->Advise(fnevTableModified, m_sink.Get(), &connection), MAPI_E_NO_SUPPORT);
     EXPECT_TRUE(FaultHappened());
     ApplySwitches({});
@@ -256,7 +256,7 @@ TEST_F(Notifications, ATableThatOutlivesTheThreadIsReleasedInPeace)
 {
     const Ref<IMAPITable> table = Contents(*Inbox());
     const Ref<CopyingSink> before = Ref<CopyingSink>::Adopt(new CopyingSink);
-    ULONG connection = 0;
+    ULONG_PTR connection = 0;
     ASSERT_EQ(table->Advise(fnevTableModified, before.Get(), &connection), S_OK);
     const Ref<IMAPIFolder> inbox = Inbox();
     MAPIUninitialize();

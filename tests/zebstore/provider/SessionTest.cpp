@@ -153,7 +153,7 @@ TEST_F(Sessions, AreOverAfterLogoffButTheirObjectsLiveOn)
 
 TEST_F(Sessions, RefuseWhatTheProviderDoesNotHave)
 {
-    ULONG connection = 0;
+    ULONG_PTR connection = 0;
     EXPECT_EQ(Session().Advise(0, nullptr, 0, nullptr, &connection), MAPI_E_NO_SUPPORT);
     ULONG size = 0;
     ENTRYID* id = nullptr;

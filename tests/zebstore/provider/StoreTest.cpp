@@ -119,7 +119,7 @@ TEST_F(Stores, OpenedForReadingRefuseChangesBelow)
 TEST_F(Stores, RefuseWhatTheyDoNotDo)
 {
     const Ref<IMsgStore> store = OpenStore();
-    ULONG connection = 0;
+    ULONG_PTR connection = 0;
     EXPECT_EQ(store->Advise(0, nullptr, fnevNewMail, nullptr, &connection), MAPI_E_NO_SUPPORT);
     EXPECT_EQ(store->AbortSubmit(0, nullptr, 0), MAPI_E_NO_SUPPORT);
     EXPECT_EQ(store->NotifyNewMail(nullptr), MAPI_E_NO_SUPPORT);

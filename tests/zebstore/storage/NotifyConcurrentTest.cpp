@@ -94,7 +94,7 @@ TEST_F(NotifyConcurrentTest, SinksComeAndGoWhileTheyAreTold)
         {
             const Ref<IMAPITable> table = ownTable ? Contents() : shared;
             const Ref<CountingSink> sink = Ref<CountingSink>::Adopt(new CountingSink(calls));
-            ULONG connection = 0;
+            ULONG_PTR connection = 0;
             EXPECT_EQ(table->Advise(fnevTableModified, sink.Get(), &connection), S_OK);
             Store().CreateMessage(Inbox, false, Numbered(i));
             if (!ownTable)

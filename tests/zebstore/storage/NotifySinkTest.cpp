@@ -70,8 +70,10 @@ TEST_F(NotifySinkTest, AfterUnadviseNothingIsToldAndTheSinkIsReleased)
 {
     const Ref<IMAPITable> table = Contents();
     const Ref<CopyingSink> sink = Ref<CopyingSink>::Adopt(new CopyingSink);
-    ULONG connection = 0;
+    ULONG_PTR connection = 0xABABABABABABABAB;
     ASSERT_EQ(table->Advise(fnevTableModified, sink.Get(), &connection), S_OK);
+    EXPECT_LE(connection, UINT32_MAX) << "all 64 bits are written";
+    EXPECT_EQ(table->Unadvise(connection | 0x100000000), MAPI_E_INVALID_PARAMETER) << "and all are read";
     Add(1);
     ASSERT_TRUE(sink->Hears(1));
     EXPECT_EQ(table->Unadvise(connection), S_OK);
@@ -127,7 +129,7 @@ TEST_F(NotifySinkTest, ASinkThatComesWhileAllHasChangedWaitsIsToldOfWhatComesLat
         Add(i);
     ReadCopy(followed.Table()); // takes over what has changed
     const Ref<CopyingSink> late = Ref<CopyingSink>::Adopt(new CopyingSink);
-    ULONG connection = 0;
+    ULONG_PTR connection = 0;
     ASSERT_EQ(followed.Table().Advise(fnevTableModified, late.Get(), &connection), S_OK);
     Add(300);
     ReadCopy(followed.Table());
@@ -196,7 +198,7 @@ TEST_F(NotifySinkTest, ReleasingTheTableEndsItsConnections)
     const Ref<CopyingSink> sink = Ref<CopyingSink>::Adopt(new CopyingSink);
     {
         const Ref<IMAPITable> table = Contents();
-        ULONG connection = 0;
+        ULONG_PTR connection = 0;
         ASSERT_EQ(table->Advise(fnevTableModified, sink.Get(), &connection), S_OK);
     }
     sink->AddRef();

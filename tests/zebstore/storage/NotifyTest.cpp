@@ -171,7 +171,7 @@ TEST_F(NotifyTest, RowsInMemoryThatAreReplacedAreToBeReadAnew)
     const auto rows = std::make_shared<MemoryRows>(std::vector<PropertySet>{row});
     const Ref<IMAPITable> table = CreateTable(rows, {});
     const Ref<CopyingSink> sink = Ref<CopyingSink>::Adopt(new CopyingSink);
-    ULONG connection = 0;
+    ULONG_PTR connection = 0;
     ASSERT_EQ(table->Advise(fnevTableModified, sink.Get(), &connection), S_OK);
     rows->Replace({row, row});
     ASSERT_TRUE(sink->HearsWhole());

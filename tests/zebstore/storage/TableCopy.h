@@ -269,13 +269,13 @@ public:
     IMAPITable& Table() { return *m_table; }
     const Ref<IMAPITable>& TablePointer() const { return m_table; }
     CopyingSink& Sink() { return *m_sink; }
-    ULONG Number() const { return m_connection; }
+    ULONG_PTR Number() const { return m_connection; }
     void Forget() { m_connection = 0; }
 
 private:
     Ref<IMAPITable> m_table;
     Ref<CopyingSink> m_sink;
-    ULONG m_connection = 0;
+    ULONG_PTR m_connection = 0;
 };
 
 } // namespace zebstore::test

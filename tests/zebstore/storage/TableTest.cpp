@@ -317,8 +317,11 @@ TEST_F(TableTest, ABookmarkStaysAtItsRow)
     Fill(6);
     const auto table = Contents();
     table->SeekRow(BOOKMARK_BEGINNING, 3, nullptr);
-    BOOKMARK bookmark = 0;
+    BOOKMARK bookmark = 0xABABABABABABABAB;
     ASSERT_EQ(table->CreateBookmark(&bookmark), S_OK);
+    EXPECT_LE(bookmark, UINT32_MAX) << "all 64 bits are written";
+    EXPECT_EQ(table->SeekRow(bookmark | 0x100000000, 0, nullptr), MAPI_E_INVALID_BOOKMARK)
+        << "and all are read";
     Store().DeleteMessages({m_messages[1]});
     LONG sought = 0;
     EXPECT_EQ(table->SeekRow(bookmark, 0, &sought), S_OK);
@@ -455,7 +458,7 @@ TEST_F(TableTest, RowsInMemoryAreReplacedUnderOpenTables)
 TEST_F(TableTest, ATableSaysWhatItIsAndWhatItDoesNotTake)
 {
     const auto table = Contents();
-    ULONG connection = 1;
+    ULONG_PTR connection = 1;
     EXPECT_EQ(table->Advise(fnevTableModified, nullptr, &connection), MAPI_E_INVALID_PARAMETER);
     EXPECT_EQ(connection, 0u);
     ULONG status = 1;
