@@ -259,7 +259,7 @@ TEST_F(Session, TheDefaultStoreIsTheFirstOneMarked)
     m_double.m_store = &store;
     EXPECT_TRUE(m_session.OpenDefaultMsgStore(m_window, 0x10).IsValid());
     EXPECT_EQ(Calls(), (Lines{"session: GetMsgStoresTable(0x0)", "table: QueryRows(2147483647,0x0)",
-                              "session: OpenMsgStore(0x12345678,64,IMsgStore,0x10)"}));
+                              "session: OpenMsgStore(0xFFFFFFFF12345678,64,IMsgStore,0x10)"}));
 }
 
 TEST_F(Session, AProfileWithoutADefaultStoreHasNone)
