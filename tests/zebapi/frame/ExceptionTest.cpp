@@ -1,9 +1,9 @@
 #include "zebapi/Exception.h"
 
+#include "tests/support/FailingNew.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/MapiMemory.h"
 #include "tests/zebapi/frame/ErrorObject.h"
-#include "tests/zebapi/frame/FailingNew.h"
 #include "zebapi/tables/ErrorNames.h"
 
 #include <gmock/gmock.h>

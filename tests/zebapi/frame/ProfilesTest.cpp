@@ -1,10 +1,10 @@
 // Profiles by the registry and through MAPI.
 #include "zebapi/Profiles.h"
 
+#include "tests/support/FailingNew.h"
 #include "tests/support/MapiMemory.h"
 #include "tests/support/ProfileKeys.h"
 #include "tests/support/doubles/RecordingProfAdmin.h"
-#include "tests/zebapi/frame/FailingNew.h"
 #include "tests/zebapi/frame/LibraryFixture.h"
 #include "zebapi/App.h"
 #include "zebapi/ZebAPI.h"

@@ -1,6 +1,6 @@
 #include "zebapi/AdviseSink.h"
 #include "ObjectsTest.h"
-#include "tests/zebapi/frame/FailingNew.h"
+#include "tests/support/FailingNew.h"
 
 #include <atomic>
 #include <functional>

@@ -1,4 +1,4 @@
-#include "tests/zebapi/frame/FailingNew.h"
+#include "tests/support/FailingNew.h"
 
 #include <cstdlib>
 #include <new>
