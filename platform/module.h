@@ -10,7 +10,8 @@ namespace zeb::platform
 using ModuleHandle = void*;
 
 /// How LoadModule loads; the bits of CDllLoader's modes. On Linux they change nothing: there are no boxes, and a
-/// library finds its dependencies by the run path that it was linked with.
+/// library finds its dependencies by the run path that it was linked with. On Windows, whatever the mode, they come from
+/// the library's own folder, the application's or the system's, never from the current folder or the search path.
 enum ModuleMode : long
 {
     ModuleKeep = 2,           ///< for the process's calls
@@ -25,7 +26,11 @@ enum ModuleMode : long
 /// @return null when nothing was loaded; `reason`, when given, then says why in the system's words.
 ModuleHandle LoadModule(const std::string& path, long mode, std::string* reason = nullptr);
 
-/// The address of an export, or null.
+/// Whether a path is a bare file name, or names one file whatever the current folder is. What is neither may be loaded
+/// when the user names it, not when it was found in the registry.
+bool IsBareOrAbsolutePath(const std::string& path);
+
+/// The address of an export of the library itself, not of one that it depends on; or null.
 void* FindExport(ModuleHandle module, const char* name);
 
 void UnloadModule(ModuleHandle module);

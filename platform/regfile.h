@@ -27,6 +27,8 @@ struct Value
 
     /// REG_SZ or REG_EXPAND_SZ as UTF-8, terminators left out; nothing for other kinds.
     std::optional<std::string> AsText() const;
+    /// Whether it is REG_EXPAND_SZ.
+    bool IsExpandable() const;
     /// REG_BINARY; nothing for other kinds.
     std::optional<std::vector<unsigned char>> AsBinary() const;
 };

@@ -52,7 +52,8 @@ public:
     RegistryKey& operator=(RegistryKey&&) noexcept;
     ~RegistryKey();
 
-    /// A REG_SZ or REG_EXPAND_SZ value (unexpanded); "" names the default value.
+    /// A REG_SZ value, or a REG_EXPAND_SZ value with its %VARIABLE%s replaced by this process's (one that is not set
+    /// stays as it is written); "" names the default value.
     std::optional<std::string> StringValue(const std::string& name) const;
     std::optional<std::vector<unsigned char>> BinaryValue(const std::string& name) const;
 

@@ -114,6 +114,11 @@ std::optional<std::string> Value::AsText() const
     return std::nullopt;
 }
 
+bool Value::IsExpandable() const
+{
+    return !isText && BytesOf(written, "hex(2):").has_value();
+}
+
 std::optional<std::vector<unsigned char>> Value::AsBinary() const
 {
     return isText ? std::nullopt : BytesOf(written, "hex:");

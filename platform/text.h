@@ -19,6 +19,10 @@ WideString WideFromNarrow(const char* text, size_t length);
 std::string Utf8FromWide(const WCHAR* text, size_t length);
 WideString WideFromUtf8(const char* text, size_t length);
 
+/// How many bytes of a narrow text fit into `limit` without half a character at the end.
+size_t NarrowPrefix(const char* text, size_t length, size_t limit);
+size_t Utf8Prefix(const char* text, size_t length, size_t limit);
+
 /// The upper case of one 16-bit unit, in no particular language; what has none, and a surrogate, is returned
 /// as it is.
 WCHAR UpperWide(WCHAR unit);

@@ -98,6 +98,23 @@ char32_t ReadUtf8(const char* text, size_t length, size_t& at)
 
 } // namespace
 
+size_t Utf8Prefix(const char* text, size_t length, size_t limit)
+{
+    constexpr size_t LongestCharacter = 4;
+    if (length <= limit)
+    {
+        return length;
+    }
+    const auto isInside = [text](size_t at) { return (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80; };
+    size_t end = limit;
+    while (end > 0 && limit - end < LongestCharacter && isInside(end))
+    {
+        --end;
+    }
+    // What has no beginning is no UTF-8: any cut is as good.
+    return isInside(end) ? limit : end;
+}
+
 std::string Utf8FromWide(const WCHAR* text, size_t length)
 {
     std::string out;

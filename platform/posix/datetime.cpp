@@ -1,10 +1,7 @@
 #include "platform/datetime.h"
 
-#include <clocale>
 #include <cstdint>
 #include <ctime>
-
-#include <locale.h>
 
 namespace zeb::platform
 {
@@ -19,13 +16,6 @@ constexpr int LastOleYear = 9999;
 int64_t TicksOf(const FILETIME& time)
 {
     return static_cast<int64_t>(uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime);
-}
-
-/// Never freed: used until the process ends.
-locale_t CLocale()
-{
-    static locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
-    return locale;
 }
 
 } // namespace
@@ -49,7 +39,8 @@ std::optional<std::string> LocalDateText(const FILETIME& time)
         return std::nullopt;
     }
     char text[64] = {};
-    const size_t length = strftime_l(text, sizeof text, "%x %X", &local, CLocale());
+    // "%x %X" of the C locale, spelled out: the process's locale may be another.
+    const size_t length = strftime(text, sizeof text, "%m/%d/%y %H:%M:%S", &local);
     return std::string(text, length);
 }
 

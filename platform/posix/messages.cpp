@@ -1,6 +1,8 @@
 #include "platform/messages.h"
 
 #include <cstdint>
+#include <initializer_list>
+
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>
@@ -11,14 +13,25 @@ namespace zeb::platform
 namespace
 {
 
-// A queue is a pipe, so that every binary of the process reaches it; the handle holds both its ends.
+// A queue is a pipe, so that every binary of the process reaches it. The handle holds both its ends and, above them, the
+// pipe's inode number: the ends' numbers are given out again after the window is destroyed, to anything.
 constexpr unsigned int EndBits = 16;
 constexpr int EndLimit = 1 << EndBits;
+constexpr unsigned int InodeShift = 2 * EndBits;
 constexpr int QueueBytes = 1 << 20;
 
-HWND Handle(int readEnd, int writeEnd)
+/// The number of a pipe, as far as a handle has room for it; 0 for what is no pipe.
+std::uint32_t PipeNumber(int end)
 {
-    return reinterpret_cast<HWND>((static_cast<std::uintptr_t>(readEnd) << EndBits) |
+    struct stat status = {};
+    return fstat(end, &status) == 0 && S_ISFIFO(status.st_mode) ? static_cast<std::uint32_t>(status.st_ino)
+                                                                : 0;
+}
+
+HWND Handle(int readEnd, int writeEnd, std::uint32_t number)
+{
+    return reinterpret_cast<HWND>((static_cast<std::uintptr_t>(number) << InodeShift) |
+                                  (static_cast<std::uintptr_t>(readEnd) << EndBits) |
                                   static_cast<std::uintptr_t>(writeEnd));
 }
 
@@ -32,23 +45,36 @@ int WriteEnd(HWND window)
     return static_cast<int>(reinterpret_cast<std::uintptr_t>(window) & (EndLimit - 1));
 }
 
-bool IsPipe(int end)
+/// Whether an end is one of the window's own pipe.
+bool IsOwn(HWND window, int end)
 {
-    struct stat status;
-    return fstat(end, &status) == 0 && S_ISFIFO(status.st_mode);
+    const std::uint32_t number = PipeNumber(end);
+    return number != 0 &&
+           number == static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(window) >> InodeShift);
+}
+
+void Close(int end)
+{
+    if (end >= 0)
+    {
+        close(end);
+    }
 }
 
 } // namespace
 
 bool PostWindowMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
-    const int end = WriteEnd(window);
-    if (window == nullptr || !IsPipe(end))
-    {
-        return false;
-    }
+    // Ends of this call's own: those of the window may be closed, and their numbers be another's, between look and write.
+    // Without a reader the write would end the process by a signal.
+    const int reader = fcntl(ReadEnd(window), F_DUPFD_CLOEXEC, 0);
+    const int writer = fcntl(WriteEnd(window), F_DUPFD_CLOEXEC, 0);
     const WindowMessage posted = {message, wParam, lParam};
-    return write(end, &posted, sizeof(posted)) == static_cast<ssize_t>(sizeof(posted));
+    const bool taken = IsOwn(window, reader) && IsOwn(window, writer) &&
+                       write(writer, &posted, sizeof(posted)) == static_cast<ssize_t>(sizeof(posted));
+    Close(reader);
+    Close(writer);
+    return taken;
 }
 
 HWND CreateMessageWindow()
@@ -58,7 +84,8 @@ HWND CreateMessageWindow()
     {
         return nullptr;
     }
-    if (ends[0] >= EndLimit || ends[1] >= EndLimit)
+    const std::uint32_t number = PipeNumber(ends[0]);
+    if (ends[0] >= EndLimit || ends[1] >= EndLimit || number == 0)
     {
         close(ends[0]);
         close(ends[1]);
@@ -66,22 +93,24 @@ HWND CreateMessageWindow()
     }
     // Where the larger queue is refused, the usual one does.
     (void)fcntl(ends[1], F_SETPIPE_SZ, QueueBytes);
-    return Handle(ends[0], ends[1]);
+    return Handle(ends[0], ends[1], number);
 }
 
 void DestroyMessageWindow(HWND window)
 {
-    if (window != nullptr)
+    for (const int end : {WriteEnd(window), ReadEnd(window)})
     {
-        close(WriteEnd(window));
-        close(ReadEnd(window));
+        if (IsOwn(window, end))
+        {
+            close(end);
+        }
     }
 }
 
 bool WaitWindowMessage(HWND window, unsigned int milliseconds, WindowMessage& message)
 {
     pollfd waited = {ReadEnd(window), POLLIN, 0};
-    if (window == nullptr || poll(&waited, 1, static_cast<int>(milliseconds)) <= 0)
+    if (!IsOwn(window, waited.fd) || poll(&waited, 1, static_cast<int>(milliseconds)) <= 0)
     {
         return false;
     }

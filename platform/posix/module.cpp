@@ -61,6 +61,12 @@ bool IsBareName(const std::string& path)
     return path.find_first_of("/\\") == std::string::npos;
 }
 
+/// A path as Windows writes it names no file here.
+bool HasDrive(const std::string& path)
+{
+    return path.size() > 1 && path[1] == ':';
+}
+
 void SetReason(std::string* reason, const std::string& text)
 {
     if (reason != nullptr)
@@ -82,6 +88,12 @@ std::string SystemFolder()
     static const std::string folder =
         FolderOf(FileHolding(reinterpret_cast<const void*>(&gnu_get_libc_version)));
     return folder;
+}
+
+bool IsBareOrAbsolutePath(const std::string& path)
+{
+    return !path.empty() && (IsBareName(path) || path.front() == '/' || path.front() == '\\') &&
+           !HasDrive(path);
 }
 
 std::string ResolveModulePath(const std::string& path)
@@ -131,7 +143,15 @@ ModuleHandle LoadModule(const std::string& path, long, std::string* reason)
 
 void* FindExport(ModuleHandle module, const char* name)
 {
-    return dlsym(module, name);
+    void* address = dlsym(module, name);
+    // dlsym goes on to the library's dependencies; what they export is not the library's own.
+    link_map* own = nullptr;
+    link_map* holder = nullptr;
+    Dl_info info = {};
+    const bool isOwn = address != nullptr && dlinfo(module, RTLD_DI_LINKMAP, &own) == 0 &&
+                       dladdr1(address, &info, reinterpret_cast<void**>(&holder), RTLD_DL_LINKMAP) != 0 &&
+                       holder == own;
+    return isOwn ? address : nullptr;
 }
 
 void UnloadModule(ModuleHandle module)

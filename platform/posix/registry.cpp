@@ -231,6 +231,27 @@ void CheckName(const std::string& name, const char* what)
     }
 }
 
+/// The text with its %VARIABLE%s replaced; one that is not set stays as it is written.
+std::string Expanded(const std::string& text)
+{
+    std::string out;
+    size_t from = 0;
+    for (;;)
+    {
+        const size_t begin = text.find('%', from);
+        const size_t end = begin == std::string::npos ? begin : text.find('%', begin + 1);
+        if (end == std::string::npos)
+        {
+            return out + text.substr(from);
+        }
+        const char* value = std::getenv(text.substr(begin + 1, end - begin - 1).c_str());
+        out += text.substr(from, begin - from);
+        // What closes a name that is not set may open the next one.
+        out += value != nullptr ? value : text.substr(begin, end - begin);
+        from = value != nullptr ? end + 1 : end;
+    }
+}
+
 } // namespace
 
 struct RegistryKey::Impl
@@ -293,7 +314,8 @@ void RegistryKey::DeleteTree(RegistryRoot root, const std::string& path)
 std::optional<std::string> RegistryKey::StringValue(const std::string& name) const
 {
     const regfile::Value* value = m_impl->key->FindValue(name);
-    return value == nullptr ? std::nullopt : value->AsText();
+    std::optional<std::string> text = value == nullptr ? std::nullopt : value->AsText();
+    return text && value->IsExpandable() ? Expanded(*text) : text;
 }
 
 std::optional<std::vector<unsigned char>> RegistryKey::BinaryValue(const std::string& name) const

@@ -11,8 +11,8 @@ namespace zeb::platform
 namespace
 {
 
-/// The classes of characters beyond ASCII, whatever the process' own locale is. Freed when the library that this is part
-/// of is unloaded; what ends later than that makes it anew.
+/// The classes of characters beyond ASCII, whatever the process' own locale is; null when the system does not have them.
+/// Freed when the library that this is part of is unloaded; what ends later than that makes it again.
 locale_t Characters()
 {
     static locale_t locale = nullptr;
@@ -21,7 +21,10 @@ locale_t Characters()
         Owner() { locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr); }
         ~Owner()
         {
-            freelocale(locale);
+            if (locale != nullptr)
+            {
+                freelocale(locale);
+            }
             locale = nullptr;
         }
     };
@@ -45,10 +48,20 @@ WideString WideFromNarrow(const char* text, size_t length)
     return WideFromUtf8(text, length);
 }
 
+size_t NarrowPrefix(const char* text, size_t length, size_t limit)
+{
+    return Utf8Prefix(text, length, limit);
+}
+
 WCHAR UpperWide(WCHAR unit)
 {
+    if (unit < 0x80)
+    {
+        return unit >= u'a' && unit <= u'z' ? static_cast<WCHAR>(unit - u'a' + u'A') : unit;
+    }
+    const locale_t characters = Characters();
     const bool surrogate = unit >= 0xD800 && unit < 0xE000;
-    const wint_t upper = surrogate ? unit : towupper_l(unit, Characters());
+    const wint_t upper = surrogate || characters == nullptr ? unit : towupper_l(unit, characters);
     return upper < 0x10000 ? static_cast<WCHAR>(upper) : unit;
 }
 

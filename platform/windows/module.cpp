@@ -99,6 +99,15 @@ std::string SystemFolder()
     return PathFrom([](char* to, DWORD size) { return GetSystemDirectoryA(to, size); });
 }
 
+bool IsBareOrAbsolutePath(const std::string& path)
+{
+    const auto isSeparator = [&path](size_t at)
+    { return path.size() > at && (path[at] == '\\' || path[at] == '/'); };
+    const bool hasDrive = path.size() > 2 && path[1] == ':' && isSeparator(2);
+    const bool hasServer = isSeparator(0) && isSeparator(1);
+    return !path.empty() && (IsBareName(path) || hasDrive || hasServer);
+}
+
 std::string ResolveModulePath(const std::string& path)
 {
     if (path.empty() || !IsBareName(path))
@@ -131,7 +140,8 @@ ModuleHandle LoadModule(const std::string& path, long mode, std::string* reason)
         return nullptr;
     }
     const QuietErrors quiet((mode & ModuleQuiet) != 0);
-    const DWORD flags = (mode & ModuleOwnFolderDeps) != 0 ? LOAD_WITH_ALTERED_SEARCH_PATH : 0;
+    constexpr DWORD flags =
+        LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_APPLICATION_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32;
     // A full path with backslashes, whatever was given: the loader searches its path for anything less.
     const HMODULE module = LoadLibraryExA(FullPath(file).c_str(), nullptr, flags);
     SetReason(reason, module == nullptr ? file + ": " + SystemMessage(GetLastError(), file) : "");

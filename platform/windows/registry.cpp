@@ -39,15 +39,39 @@ WideString Wide(const std::string& text)
     return WideFromUtf8(text.data(), text.size());
 }
 
+/// The text with its %VARIABLE%s replaced; one that is not set stays as it is written.
+WideString Expanded(const WideString& text)
+{
+    WideString buffer(text.size() + MAX_PATH, L'\0');
+    for (;;)
+    {
+        const DWORD size =
+            ExpandEnvironmentStringsW(text.c_str(), buffer.data(), static_cast<DWORD>(buffer.size()));
+        if (size == 0)
+        {
+            return text;
+        }
+        const bool fits = size <= buffer.size();
+        buffer.resize(fits ? size - 1 : size);
+        if (fits)
+        {
+            return buffer;
+        }
+    }
+}
+
 } // namespace
 
 struct RegistryKey::Impl
 {
-    explicit Impl(HKEY opened)
-        : key(opened)
+    Impl() = default;
+    ~Impl()
     {
+        if (key != nullptr)
+        {
+            RegCloseKey(key);
+        }
     }
-    ~Impl() { RegCloseKey(key); }
     Impl(const Impl&) = delete;
     Impl& operator=(const Impl&) = delete;
 
@@ -81,7 +105,7 @@ struct RegistryKey::Impl
                       "write the registry value", name);
     }
 
-    HKEY key;
+    HKEY key = nullptr;
 };
 
 RegistryKey::RegistryKey(std::unique_ptr<Impl> impl)
@@ -94,23 +118,23 @@ RegistryKey::~RegistryKey() = default;
 
 std::optional<RegistryKey> RegistryKey::Open(RegistryRoot root, const std::string& path)
 {
-    HKEY key = nullptr;
-    const LSTATUS status = RegOpenKeyExW(RootKey(root), Wide(path).c_str(), 0, KEY_READ, &key);
+    auto impl = std::make_unique<Impl>();
+    const LSTATUS status = RegOpenKeyExW(RootKey(root), Wide(path).c_str(), 0, KEY_READ, &impl->key);
     if (status == ERROR_FILE_NOT_FOUND || status == ERROR_PATH_NOT_FOUND || status == ERROR_ACCESS_DENIED)
     {
         return std::nullopt;
     }
     ThrowIfFailed(status, "open the registry key", path);
-    return RegistryKey(std::make_unique<Impl>(key));
+    return RegistryKey(std::move(impl));
 }
 
 RegistryKey RegistryKey::Create(RegistryRoot root, const std::string& path)
 {
-    HKEY key = nullptr;
+    auto impl = std::make_unique<Impl>();
     ThrowIfFailed(RegCreateKeyExW(RootKey(root), Wide(path).c_str(), 0, nullptr, 0, KEY_READ | KEY_WRITE,
-                                  nullptr, &key, nullptr),
+                                  nullptr, &impl->key, nullptr),
                   "create the registry key", path);
-    return RegistryKey(std::make_unique<Impl>(key));
+    return RegistryKey(std::move(impl));
 }
 
 void RegistryKey::DeleteTree(RegistryRoot root, const std::string& path)
@@ -136,6 +160,7 @@ std::optional<std::string> RegistryKey::StringValue(const std::string& name) con
     WideString text(value->second.size() / sizeof(WCHAR), L'\0');
     std::memcpy(text.data(), value->second.data(), text.size() * sizeof(WCHAR));
     text.erase(text.find_last_not_of(L'\0') + 1);
+    text = value->first == REG_EXPAND_SZ ? Expanded(text) : text;
     return Utf8FromWide(text.data(), text.size());
 }
 

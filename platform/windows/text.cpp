@@ -1,4 +1,4 @@
-#include "platform/text.h"
+#include "platform/windows/text.h"
 
 #include <climits>
 #include <stdexcept>
@@ -42,6 +42,30 @@ WideString WideFromNarrow(const char* text, size_t length)
         MultiByteToWideChar(CP_ACP, 0, text, count, out.data(), size);
     }
     return out;
+}
+
+size_t PrefixInCodePage(UINT codePage, const char* text, size_t length, size_t limit)
+{
+    if (codePage == CP_UTF8)
+    {
+        return Utf8Prefix(text, length, limit);
+    }
+    size_t end = 0;
+    while (end < length)
+    {
+        const size_t next = end + (IsDBCSLeadByteEx(codePage, static_cast<BYTE>(text[end])) ? 2 : 1);
+        if (next > limit)
+        {
+            break;
+        }
+        end = next;
+    }
+    return end < length ? end : length;
+}
+
+size_t NarrowPrefix(const char* text, size_t length, size_t limit)
+{
+    return PrefixInCodePage(GetACP(), text, length, limit);
 }
 
 WCHAR UpperWide(WCHAR unit)

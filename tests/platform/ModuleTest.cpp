@@ -1,7 +1,10 @@
 #include "platform/module.h"
 
+#include "tests/support/Environment.h"
+
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -13,6 +16,7 @@ namespace
 {
 
 constexpr long Classification = ModuleQuiet | ModuleOwnFolderDeps;
+const char* const PathSeparator = fs::path::preferred_separator == '/' ? ":" : ";";
 
 std::string ModulesFolder()
 {
@@ -84,6 +88,62 @@ TEST(Module, DependenciesComeFromTheLibrarysOwnFolder)
     ASSERT_NE(module, nullptr) << reason;
     EXPECT_EQ(Answer(module, "OuterAnswer"), 43);
     UnloadModule(module);
+}
+
+TEST(Module, ExportsOfADependencyAreNotTheLibrarysOwn)
+{
+    const ModuleHandle module = LoadModule(ModulesFolder() + "/probe_outer.dll", Classification);
+    ASSERT_NE(module, nullptr);
+    EXPECT_NE(FindExport(module, "OuterAnswer"), nullptr);
+    EXPECT_EQ(FindExport(module, "ProbeAnswer"), nullptr);
+    UnloadModule(module);
+}
+
+TEST(Module, ADependencyIsNotLookedForInTheCurrentFolderOrOnThePath)
+{
+    const CurrentFolder here;
+    const fs::path alone = fs::current_path() / "alone";
+    const fs::path onPath = fs::current_path() / "path";
+    for (const fs::path& folder : {alone, onPath})
+    {
+        fs::create_directories(folder);
+    }
+    fs::copy_file(ModulesFolder() + "/probe_outer.dll", alone / "probe_outer.dll");
+    fs::copy_file(ModulesFolder() + "/probe_inner.dll", "probe_inner.dll");
+    fs::copy_file(ModulesFolder() + "/probe_inner.dll", onPath / "probe_inner.dll");
+    const char* oldPath = std::getenv("PATH");
+    const zeb::test::EnvironmentScope path("PATH",
+                                           onPath.string() + PathSeparator + (oldPath ? oldPath : ""));
+    for (const long mode : {0L, 4L, 20L, 22L})
+    {
+        const ModuleHandle module = LoadModule((alone / "probe_outer.dll").string(), mode);
+        EXPECT_EQ(module, nullptr) << mode;
+        if (module != nullptr)
+        {
+            UnloadModule(module);
+        }
+    }
+    fs::copy_file(ModulesFolder() + "/probe_inner.dll", alone / "probe_inner.dll");
+    const ModuleHandle whole = LoadModule((alone / "probe_outer.dll").string(), Classification);
+    EXPECT_NE(whole, nullptr);
+    if (whole != nullptr)
+    {
+        UnloadModule(whole);
+    }
+}
+
+TEST(Module, APathIsBareOrAbsoluteOrNeither)
+{
+    for (const char* bare : {"MAPI32.DLL", "mapi32", "a b.dll"})
+    {
+        EXPECT_TRUE(IsBareOrAbsolutePath(bare)) << bare;
+    }
+    EXPECT_TRUE(IsBareOrAbsolutePath(ModulesFolder() + "/probe_inner.dll"));
+    for (const char* neither : {"", "sub\\mapi32.dll", "sub/mapi32.dll", ".\\mapi32.dll", "..\\mapi32.dll",
+                                "%NoSuchVariable%\\mapi32.dll", "mapi32.dll\\", "C:mapi32.dll"})
+    {
+        EXPECT_FALSE(IsBareOrAbsolutePath(neither)) << neither;
+    }
 }
 
 TEST(Module, ABareNameIsFoundBesideTheBinary)

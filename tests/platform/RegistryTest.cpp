@@ -1,9 +1,14 @@
 #include "platform/registry.h"
 
+#include "tests/support/Environment.h"
+#include "tests/support/FailingNew.h"
+#include "tests/support/OpenHandles.h"
 #include "tests/support/RegistryScope.h"
 
 #include <gtest/gtest.h>
 
+#include <new>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -128,6 +133,63 @@ TEST_F(Registry, AValueOfAnotherKindIsAbsent)
     key.SetBinaryValue("bytes", {1});
     EXPECT_EQ(key.BinaryValue("text"), std::nullopt);
     EXPECT_EQ(key.StringValue("bytes"), std::nullopt);
+}
+
+TEST_F(Registry, AnExpandableTextComesWithItsVariablesExpanded)
+{
+    const zeb::test::EnvironmentScope folder("ZEB_TEST_FOLDER", "C:\\Common Files");
+    const zeb::test::EnvironmentScope none("ZEB_TEST_NONE", std::nullopt);
+    const auto expanded = [](const std::string& text)
+    {
+        RegistryScope::SetExpandable(RegistryRoot::LocalMachine, "Software\\WAB", "path", text);
+        return RegistryKey::Open(RegistryRoot::LocalMachine, "Software\\WAB")->StringValue("path");
+    };
+    EXPECT_EQ(expanded("%ZEB_TEST_FOLDER%\\System\\wab32.dll"), "C:\\Common Files\\System\\wab32.dll");
+    EXPECT_EQ(expanded("a%ZEB_TEST_FOLDER%%ZEB_TEST_FOLDER%b"), "aC:\\Common FilesC:\\Common Filesb");
+    EXPECT_EQ(expanded("%ZEB_TEST_NONE%\\wab32.dll"), "%ZEB_TEST_NONE%\\wab32.dll");
+    EXPECT_EQ(expanded("100% sure"), "100% sure");
+    EXPECT_EQ(expanded(""), "");
+    const std::string text(3000, 'x');
+    EXPECT_EQ(expanded(text + "%ZEB_TEST_FOLDER%"), text + "C:\\Common Files");
+}
+
+TEST_F(Registry, APlainTextIsNotExpanded)
+{
+    const zeb::test::EnvironmentScope folder("ZEB_TEST_FOLDER", "x");
+    RegistryKey::Create(RegistryRoot::CurrentUser, "K").SetStringValue("path", "%ZEB_TEST_FOLDER%");
+    EXPECT_EQ(RegistryKey::Open(RegistryRoot::CurrentUser, "K")->StringValue("path"), "%ZEB_TEST_FOLDER%");
+}
+
+TEST_F(Registry, AKeyIsClosedWhenMemoryRunsOutOnTheWay)
+{
+    RegistryKey::Create(RegistryRoot::CurrentUser, "Software\\Key");
+    const size_t before = zeb::test::OpenHandles();
+    int failures = 0;
+    for (const bool create : {false, true})
+    {
+        for (int after = 0; after < 1000; ++after)
+        {
+            const zeb::test::FailingNew failing(after, true);
+            try
+            {
+                if (create)
+                {
+                    RegistryKey::Create(RegistryRoot::CurrentUser, "Software\\Key");
+                }
+                else
+                {
+                    RegistryKey::Open(RegistryRoot::CurrentUser, "Software\\Key");
+                }
+                break;
+            }
+            catch (const std::bad_alloc&)
+            {
+                ++failures;
+            }
+        }
+    }
+    EXPECT_GE(failures, 2);
+    EXPECT_EQ(zeb::test::OpenHandles(), before);
 }
 
 TEST_F(Registry, ALongTextComesBackWhole)

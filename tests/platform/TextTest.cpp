@@ -83,4 +83,17 @@ TEST(Text, UpperCaseIsUnitByUnit)
     EXPECT_EQ(UpperWide(0xD83D), 0xD83D);
 }
 
+TEST(Text, APrefixOfUtf8EndsWithAWholeCharacter)
+{
+    const std::string text = "a\xC3\xBC\xE2\x82\xAC\xF0\x9F\x98\x80z"; // 1, 2, 3, 4 and 1 bytes
+    const size_t expected[] = {0, 1, 1, 3, 3, 3, 6, 6, 6, 6, 10, 11, 11};
+    for (size_t limit = 0; limit < std::size(expected); ++limit)
+    {
+        EXPECT_EQ(Utf8Prefix(text.data(), text.size(), limit), expected[limit]) << limit;
+    }
+    const std::string noBeginning(10, '\x80');
+    EXPECT_EQ(Utf8Prefix(noBeginning.data(), noBeginning.size(), 7), 7u) << "no UTF-8 is cut as it comes";
+    EXPECT_EQ(Utf8Prefix(noBeginning.data(), noBeginning.size(), 2), 2u);
+}
+
 } // namespace

@@ -1,7 +1,10 @@
 // An empty registry for the length of a test.
 #pragma once
 
+#include "platform/registry.h"
+
 #include <memory>
+#include <string>
 
 /// While it lives, this process sees an empty HKEY_CLASSES_ROOT, HKEY_CURRENT_USER and HKEY_LOCAL_MACHINE: on Windows
 /// redirected below a key of its own, on Linux a file of its own (ZEBAPI_REGISTRY, which child processes see too).
@@ -13,6 +16,10 @@ public:
     ~RegistryScope();
     RegistryScope(const RegistryScope&) = delete;
     RegistryScope& operator=(const RegistryScope&) = delete;
+
+    /// Writes a REG_EXPAND_SZ value and creates its key. @param text plain ASCII
+    static void SetExpandable(zeb::platform::RegistryRoot root, const std::string& path,
+                              const std::string& name, const std::string& text);
 
     struct Impl;
 

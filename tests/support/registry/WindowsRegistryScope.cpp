@@ -51,3 +51,19 @@ RegistryScope::~RegistryScope()
     }
     RegDeleteTreeA(HKEY_CURRENT_USER, m_impl->path.c_str());
 }
+
+void RegistryScope::SetExpandable(zeb::platform::RegistryRoot root, const std::string& path,
+                                  const std::string& name, const std::string& text)
+{
+    // Redirected like every key below the root.
+    const HKEY predefined = root == zeb::platform::RegistryRoot::ClassesRoot   ? HKEY_CLASSES_ROOT
+                            : root == zeb::platform::RegistryRoot::CurrentUser ? HKEY_CURRENT_USER
+                                                                               : HKEY_LOCAL_MACHINE;
+    HKEY key = nullptr;
+    Check(RegCreateKeyA(predefined, path.c_str(), &key), "RegCreateKeyA");
+    const LSTATUS status =
+        RegSetValueExA(key, name.c_str(), 0, REG_EXPAND_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
+                       static_cast<DWORD>(text.size() + 1));
+    RegCloseKey(key);
+    Check(status, "RegSetValueExA");
+}
