@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <mutex>
 #include <string>
 
@@ -17,6 +16,7 @@ namespace qorlog
 namespace
 {
 
+constexpr int FailureLevel = 1;
 constexpr int DefaultLevel = 3;
 
 /// The sink that the environment asks for.
@@ -28,11 +28,19 @@ public:
     DefaultSink(const DefaultSink&) = delete;
     DefaultSink& operator=(const DefaultSink&) = delete;
 
-    bool IsEnabled(int level) const { return m_file != nullptr && level <= m_maxLevel; }
+    bool IsEnabled(int level) const
+    {
+        // A line without a level is no failure.
+        return m_file != nullptr && (level == NoLevel ? FailureLevel + 1 : level) <= m_maxLevel;
+    }
+
+    bool ShowsMoreThanFailures() const { return m_maxLevel > FailureLevel; }
 
     void Write(int level, const char* component, const char* text)
     {
-        std::string line = TimeStamp();
+        std::string line = UtcText(std::chrono::duration_cast<std::chrono::milliseconds>(
+                                       std::chrono::system_clock::now().time_since_epoch())
+                                       .count());
         line += level == NoLevel ? " - " : " " + std::to_string(level) + " ";
         line += component;
         line += ": ";
@@ -81,20 +89,6 @@ private:
         m_file = nullptr;
     }
 
-    static std::string TimeStamp()
-    {
-        const auto now = std::chrono::system_clock::now();
-        const auto millis =
-            std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()).count() % 1000;
-        const std::time_t seconds = std::chrono::system_clock::to_time_t(now);
-        char date[32] = {};
-        // gmtime's one buffer is safe here: the log's lock is held.
-        std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", std::gmtime(&seconds));
-        char text[40] = {};
-        std::snprintf(text, sizeof text, "%s.%03dZ", date, static_cast<int>(millis));
-        return text;
-    }
-
     std::FILE* m_file = nullptr;
     int m_maxLevel = DefaultLevel;
 };
@@ -115,6 +109,27 @@ State& TheState()
 
 } // namespace
 
+std::string UtcText(long long milliseconds)
+{
+    // Not gmtime: its result is one for the whole process, or thread, and may be in the host's use. The calendar repeats
+    // every 400 years; its years are taken from March on, so that a leap day is the last of its year.
+    constexpr long long DaysOf400Years = 146'097;
+    constexpr long long DaysBefore1970 = 719'468; // from 0000-03-01
+    const long long seconds = milliseconds / 1000;
+    const long long days = seconds / 86'400 + DaysBefore1970;
+    const long long day = days % DaysOf400Years;
+    const long long year = (day - day / 1460 + day / 36'524 - day / 146'096) / 365;
+    const long long dayOfYear = day - (365 * year + year / 4 - year / 100);
+    const long long monthFromMarch = (5 * dayOfYear + 2) / 153;
+    const long long month = monthFromMarch < 10 ? monthFromMarch + 3 : monthFromMarch - 9;
+    char text[64] = {};
+    std::snprintf(text, sizeof text, "%04lld-%02lld-%02lldT%02lld:%02lld:%02lld.%03lldZ",
+                  days / DaysOf400Years * 400 + year + (month <= 2 ? 1 : 0), month,
+                  dayOfYear - (153 * monthFromMarch + 2) / 5 + 1, seconds / 3600 % 24, seconds / 60 % 60,
+                  seconds % 60, milliseconds % 1000);
+    return text;
+}
+
 void SetSink(Sink sink)
 {
     State& state = TheState();
@@ -133,7 +148,10 @@ bool IsEnabled(int level)
     return state.sink ? true : state.fallback.IsEnabled(level);
 }
 
-void Write(int level, const char* component, const char* text)
+namespace
+{
+
+void Deliver(int level, const char* component, const char* text, bool isNote)
 {
     component = component == nullptr ? "" : component;
     text = text == nullptr ? "" : text;
@@ -145,11 +163,42 @@ void Write(int level, const char* component, const char* text)
         const Sink sink = state.sink;
         sink(level, component, text);
     }
-    else if (state.fallback.IsEnabled(level))
+    else if (state.fallback.IsEnabled(level) && (!isNote || state.fallback.ShowsMoreThanFailures()))
     {
         state.fallback.Write(level, component, text);
     }
 }
+
+} // namespace
+
+void Write(int level, const char* component, const char* text)
+{
+    Deliver(level, component, text, false);
+}
+
+void WriteNote(int level, const char* component, const char* text)
+{
+    Deliver(level, component, text, true);
+}
+
+namespace
+{
+
+std::string Printed(const char* format, va_list args)
+{
+    va_list again;
+    va_copy(again, args);
+    const int length = std::vsnprintf(nullptr, 0, format, args);
+    std::string text(length < 0 ? 0 : static_cast<size_t>(length), '\0');
+    if (length > 0)
+    {
+        std::vsnprintf(text.data(), text.size() + 1, format, again);
+    }
+    va_end(again);
+    return text;
+}
+
+} // namespace
 
 void WriteFormat(int level, const char* component, const char* format, ...)
 {
@@ -159,17 +208,24 @@ void WriteFormat(int level, const char* component, const char* format, ...)
     }
     va_list args;
     va_start(args, format);
-    va_list again;
-    va_copy(again, args);
-    const int length = std::vsnprintf(nullptr, 0, format, args);
+    const std::string text = Printed(format, args);
     va_end(args);
-    std::string text(length < 0 ? 0 : static_cast<size_t>(length), '\0');
-    if (length > 0)
-    {
-        std::vsnprintf(text.data(), text.size() + 1, format, again);
-    }
-    va_end(again);
     Write(level, component, text.c_str());
+}
+
+void WriteDetail(const char* component, const char* format, ...)
+{
+    State& state = TheState();
+    const std::lock_guard<std::recursive_mutex> guard(state.lock);
+    if (state.sink || !state.fallback.IsEnabled(FailureLevel))
+    {
+        return;
+    }
+    va_list args;
+    va_start(args, format);
+    const std::string text = Printed(format, args);
+    va_end(args);
+    state.fallback.Write(FailureLevel, component, text.c_str());
 }
 
 } // namespace qorlog

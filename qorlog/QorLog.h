@@ -2,10 +2,11 @@
 //
 // The default sink is chosen by the environment when the first line is written: ZEBAPI_LOG names a file to
 // append to, or "stderr"; unset or empty, lines go nowhere. ZEBAPI_LOG_LEVEL (default 3) is the highest level
-// written; lines without a level are always written. Safe from every thread.
+// written: 1 failures only, 2 also what Log and LNote write, 3 also progress. Safe from every thread.
 #pragma once
 
 #include <functional>
+#include <string>
 #include <type_traits>
 
 namespace qorlog
@@ -27,6 +28,16 @@ bool IsEnabled(int level);
 
 /// Writes `text` as it stands: a '%' in it is no format.
 void Write(int level, const char* component, const char* text);
+
+/// As Write, for a line that reports no failure whatever its level: the default sink leaves it out where only failures
+/// are written.
+void WriteNote(int level, const char* component, const char* text);
+
+/// Explains the failure line before it, printf-style. Only the default sink writes it: another sink gets the stated lines.
+void WriteDetail(const char* component, const char* format, ...);
+
+/// A time in UTC, in milliseconds since 1970, as "2026-01-03T11:58:40.000Z".
+std::string UtcText(long long milliseconds);
 
 /// Writes printf-style text. Call it through LLog and Log, which see to the text without arguments.
 void WriteFormat(int level, const char* component, const char* format, ...);
@@ -65,4 +76,19 @@ void Log(const char* component, const char* format, First first, Rest... rest)
     static_assert(qorlog::IsPrintable<First> && (qorlog::IsPrintable<Rest> && ...),
                   "pass the character pointer");
     qorlog::WriteFormat(qorlog::NoLevel, component, format, first, rest...);
+}
+
+/// Writes a line with a level that reports no failure; `text` is written as it stands.
+inline void LNote(int level, const char* component, const char* text)
+{
+    qorlog::WriteNote(level, component, text);
+}
+
+/// Explains the failure line before it, in the default sink only. The arguments are numbers and pointers.
+template <class First, class... Rest>
+void LDetail(const char* component, const char* format, First first, Rest... rest)
+{
+    static_assert(qorlog::IsPrintable<First> && (qorlog::IsPrintable<Rest> && ...),
+                  "pass the character pointer");
+    qorlog::WriteDetail(component, format, first, rest...);
 }

@@ -11,6 +11,6 @@ CWinAppInstance<CZebAPIApp> application;
 
 BOOL CZebAPIApp::InitInstance()
 {
-    LLog(1, "ZebAPI", "CZebAPIApp::InitInstance started");
+    LNote(1, "ZebAPI", "CZebAPIApp::InitInstance started");
     return CWinApp::InitInstance();
 }

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <optional>
@@ -186,7 +189,66 @@ TEST_F(QorLog, TheHighestLevelWrittenIsThreeOrTheEnvironments)
     };
     EXPECT_EQ(FileLines(write).size(), 5u);
     std::filesystem::remove("qorlog_test.log");
-    EXPECT_EQ(FileLines(write, "1").size(), 3u);
+    EXPECT_EQ(FileLines(write, "2").size(), 4u);
+    std::filesystem::remove("qorlog_test.log");
+    EXPECT_EQ(FileLines(write, "1").size(), 2u) << "a line without a level is no failure";
+}
+
+TEST_F(QorLog, ANoteHasItsLevelForASinkAndIsNoFailureInTheFile)
+{
+    LNote(1, "ZebAPI", "started, 100%s");
+    ASSERT_EQ(m_lines.size(), 1u);
+    EXPECT_EQ(m_lines[0].level, 1);
+    EXPECT_EQ(m_lines[0].text, "started, 100%s");
+    const auto write = []
+    {
+        LNote(1, "ZebAPI", "started");
+        LLog(1, "ZebAPI", "failed");
+    };
+    std::vector<std::string> lines = FileLines(write, "1");
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_EQ(lines[0].substr(24), " 1 ZebAPI: failed");
+    std::filesystem::remove("qorlog_test.log");
+    lines = FileLines(write, "2");
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0].substr(24), " 1 ZebAPI: started");
+}
+
+TEST_F(QorLog, TheHostsOwnTimeIsNotOverwritten)
+{
+    const std::time_t epoch = 0;
+    const std::tm* own = std::gmtime(&epoch);
+    ASSERT_EQ(own->tm_year, 70);
+    EXPECT_EQ(FileLines([] { LLog(1, "ZebAPI", "x"); }).size(), 1u);
+    EXPECT_EQ(own->tm_year, 70);
+    EXPECT_EQ(own->tm_sec, 0);
+}
+
+TEST_F(QorLog, TheTimeOfALineIsNowInUtc)
+{
+    const auto now = [] { return std::chrono::system_clock::to_time_t(std::chrono::system_clock::now()); };
+    const std::time_t before = now();
+    const std::vector<std::string> lines = FileLines([] { LLog(1, "ZebAPI", "x"); });
+    const std::time_t after = now();
+    ASSERT_EQ(lines.size(), 1u);
+    std::vector<std::string> possible;
+    for (std::time_t second = before; second <= after; ++second)
+    {
+        char text[32] = {};
+        std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", std::gmtime(&second));
+        possible.emplace_back(text);
+    }
+    EXPECT_NE(std::find(possible.begin(), possible.end(), lines[0].substr(0, 19)), possible.end())
+        << lines[0];
+}
+
+TEST(UtcText, IsTheCalendarsFromTheFirstSecondToLeapDays)
+{
+    EXPECT_EQ(qorlog::UtcText(0), "1970-01-01T00:00:00.000Z");
+    EXPECT_EQ(qorlog::UtcText(951'782'399'999), "2000-02-28T23:59:59.999Z");
+    EXPECT_EQ(qorlog::UtcText(951'782'400'007), "2000-02-29T00:00:00.007Z");
+    EXPECT_EQ(qorlog::UtcText(4'107'542'400'000), "2100-03-01T00:00:00.000Z");
+    EXPECT_EQ(qorlog::UtcText(1'767'225'599'120), "2025-12-31T23:59:59.120Z");
 }
 
 TEST_F(QorLog, StandardErrorIsNamedByAWord)
