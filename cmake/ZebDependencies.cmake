@@ -8,24 +8,33 @@ endif()
 
 # Header-only libraries serve both targets, so they are linked into an include folder of their own: /usr/include
 # must never stand on the cross compiler's path.
+set(ZEB_HEADER_ONLY_ROOT /usr/include CACHE PATH "The folder of CLI/ and nlohmann/")
 set(ZEB_HEADER_ONLY ${CMAKE_BINARY_DIR}/header-only)
 file(MAKE_DIRECTORY ${ZEB_HEADER_ONLY})
 foreach(package CLI nlohmann)
-  if(NOT EXISTS /usr/include/${package})
-    message(FATAL_ERROR "/usr/include/${package} is missing: run scripts/setup.sh first")
+  if(NOT EXISTS ${ZEB_HEADER_ONLY_ROOT}/${package})
+    message(FATAL_ERROR "${ZEB_HEADER_ONLY_ROOT}/${package} is missing: run scripts/setup.sh first")
   endif()
-  file(CREATE_LINK /usr/include/${package} ${ZEB_HEADER_ONLY}/${package} SYMBOLIC)
+  file(CREATE_LINK ${ZEB_HEADER_ONLY_ROOT}/${package} ${ZEB_HEADER_ONLY}/${package} SYMBOLIC COPY_ON_ERROR)
 endforeach()
 add_library(zeb_header_only INTERFACE)
 target_include_directories(zeb_header_only SYSTEM INTERFACE ${ZEB_HEADER_ONLY})
 
 # MAPI's declarations: MinGW's, with the four headers that are wrong for 64 bits corrected. Linux reads the same headers
-# over Windows' base types from Wine's SDK headers.
+# over Windows' base types from Wine's SDK headers. MSVC reads the published headers as they are.
 include(ZebMapiHeaders)
+set(ZEB_MAPI_SDK "" CACHE PATH "MSVC: the folder of the published MAPI headers")
 set(ZEB_MINGW_HEADERS /usr/share/mingw-w64/include)
 set(ZEB_MAPI_HEADERS ${CMAKE_BINARY_DIR}/mapi-headers)
-file(MAKE_DIRECTORY ${ZEB_MAPI_HEADERS})
-zeb_mapi_copy(${ZEB_MINGW_HEADERS} ${ZEB_MAPI_HEADERS})
+if(MSVC)
+  if(NOT EXISTS ${ZEB_MAPI_SDK}/MAPIX.h)
+    message(FATAL_ERROR "ZEB_MAPI_SDK does not name the folder of the published MAPI headers: '${ZEB_MAPI_SDK}'")
+  endif()
+  set(ZEB_MAPI_HEADERS ${ZEB_MAPI_SDK})
+else()
+  file(MAKE_DIRECTORY ${ZEB_MAPI_HEADERS})
+  zeb_mapi_copy(${ZEB_MINGW_HEADERS} ${ZEB_MAPI_HEADERS})
+endif()
 add_library(zeb_mapi_headers INTERFACE)
 target_include_directories(zeb_mapi_headers SYSTEM INTERFACE ${ZEB_MAPI_HEADERS})
 if(NOT WIN32)
@@ -50,6 +59,6 @@ target_compile_definitions(zeb_sqlite PRIVATE
   SQLITE_DQS=0 SQLITE_THREADSAFE=2 SQLITE_DEFAULT_MEMSTATUS=0 SQLITE_DEFAULT_WAL_SYNCHRONOUS=1
   SQLITE_LIKE_DOESNT_MATCH_BLOBS SQLITE_OMIT_DEPRECATED SQLITE_OMIT_LOAD_EXTENSION SQLITE_OMIT_SHARED_CACHE
   SQLITE_MAX_EXPR_DEPTH=0)
-target_compile_options(zeb_sqlite PRIVATE -w -O2)
+target_compile_options(zeb_sqlite PRIVATE ${zeb_no_warnings} ${zeb_optimised})
 
 find_package(Threads REQUIRED)

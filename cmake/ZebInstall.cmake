@@ -33,6 +33,7 @@ if(MINGW)
 endif()
 
 include(CMakePackageConfigHelpers)
+set(zeb_import_library ${CMAKE_IMPORT_LIBRARY_PREFIX}zebapi${CMAKE_IMPORT_LIBRARY_SUFFIX})
 configure_package_config_file(${CMAKE_SOURCE_DIR}/cmake/ZebAPIConfig.cmake.in ${CMAKE_BINARY_DIR}/ZebAPIConfig.cmake
   INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ZebAPI
   PATH_VARS CMAKE_INSTALL_INCLUDEDIR CMAKE_INSTALL_BINDIR CMAKE_INSTALL_LIBDIR)

@@ -19,7 +19,7 @@ function(zeb_add_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   # What is tested is optimised; the tests themselves need not be, and compile in half the time.
-  target_compile_options(${name} PRIVATE -O0)
+  target_compile_options(${name} PRIVATE ${zeb_unoptimised})
   target_link_libraries(${name} PRIVATE zeb_options ${ARG_LIBS} GTest::gmock GTest::gtest GTest::gtest_main)
   if(WIN32)
     target_link_libraries(${name} PRIVATE ole32 oleaut32 uuid)

@@ -94,7 +94,7 @@ if __name__ == "__main__":
     parser.add_argument("--mapi-headers", action="append", default=[])
     ARGUMENTS = parser.parse_args()
     ARGUMENTS.build = ARGUMENTS.build.resolve()
-    if ARGUMENTS.toolchain:
-        # The README's command is that of a Windows compiler.
+    if "mingw" in pathlib.Path(ARGUMENTS.toolchain or "").name:
+        # The README's command is that of MinGW-w64's compiler.
         InstalledHost.test_the_readmes_command = InstalledHost.the_command_of_the_readme_builds_a_host_that_starts
     sys.exit(not unittest.main(argv=sys.argv[:1], exit=False, verbosity=1).result.wasSuccessful())

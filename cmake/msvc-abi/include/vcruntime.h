@@ -1,0 +1,3 @@
+// Basic types of the runtime; libc++ asks for them by this name.
+#pragma once
+#include <corecrt.h>

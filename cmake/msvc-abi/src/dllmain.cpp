@@ -1,0 +1,7 @@
+// For a DLL that has no DllMain of its own.
+#include <windows.h>
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD, LPVOID)
+{
+    return TRUE;
+}
