@@ -1,6 +1,7 @@
 // The address book, its containers and its entries.
 #pragma once
 
+#include "platform/overloads.h"
 #include "zebapi/Container.h"
 #include "zebapi/Message.h"
 
@@ -29,14 +30,15 @@ public:
     ULONG GetMAPIType() override;
     /// MAPI_MESSAGE, MAPI_MAILUSER and MAPI_DISTLIST are accepted.
     bool IsMAPITypeAcceptable(unsigned int type) override;
-    /// Shares the object of other. Never throws.
-    virtual CZebABItem& operator=(const CZebABItem& other);
-    /// Shares the object of other. Never throws.
-    virtual CZebABItem& operator=(const CZebDistList& other);
-    /// Shares the object of other. Never throws.
-    virtual CZebABItem& operator=(const CZebMailUser& other);
-    /// Shares the object of other. Never throws.
-    virtual CZebABItem& operator=(const CZebMessage& other);
+    ZEB_OVERLOADS(
+        /// Shares the object of other. Never throws.
+        virtual CZebABItem& operator=(const CZebABItem& other),
+        /// Shares the object of other. Never throws.
+        virtual CZebABItem& operator=(const CZebDistList& other),
+        /// Shares the object of other. Never throws.
+        virtual CZebABItem& operator=(const CZebMailUser& other),
+        /// Shares the object of other. Never throws.
+        virtual CZebABItem& operator=(const CZebMessage& other));
     virtual operator CZebDistList() const;
     virtual operator CZebMailUser() const;
     virtual operator CZebMessage() const;

@@ -1,6 +1,7 @@
 // Arrays of binaries, for calls that take several entry identifiers.
 #pragma once
 
+#include "platform/overloads.h"
 #include "zebapi/Binary.h"
 
 /// Owns one SBinaryArray (an ENTRYLIST): the entry identifiers of messages to copy, move or delete, for
@@ -23,12 +24,13 @@ public:
     virtual void Allocate(ULONG n);
     virtual void Empty();
     virtual bool IsValid() const;
-    /// Stores the bytes that hexadecimal text says; the entry's former bytes stay chained until the array is
-    /// emptied.
-    /// @throws CZebException* as CheckValid, and MAPI_E_INVALID_OBJECT for a null text.
-    virtual void SetAt(ULONG index, const char* hex);
-    /// Stores a copy of the bytes.
-    virtual void SetAt(ULONG index, const SBinary& value);
+    ZEB_OVERLOADS(
+        /// Stores the bytes that hexadecimal text says; the entry's former bytes stay chained until the array
+        /// is emptied.
+        /// @throws CZebException* as CheckValid, and MAPI_E_INVALID_OBJECT for a null text.
+        virtual void SetAt(ULONG index, const char* hex),
+        /// Stores a copy of the bytes.
+        virtual void SetAt(ULONG index, const SBinary& value));
     /// A deep copy of an entry.
     virtual CZebBinary GetAt(ULONG index);
     /// The array, borrowed. @throws CZebException* as CheckValid(0).

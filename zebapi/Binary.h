@@ -4,6 +4,7 @@
 #include "framework/CString.h"
 #include "platform/export.h"
 #include "platform/mapi.h"
+#include "platform/overloads.h"
 
 /// Owns one SBinary: a count and its bytes, in MAPI memory.
 ///
@@ -34,15 +35,17 @@ public:
     virtual void SetBinary(ULONG cb, void* bytes);
     /// SetBinary for an entry identifier.
     virtual void SetEntryId(ULONG cb, ENTRYID* id);
-    /// Holds the bytes that hexadecimal text says; "" gives 0 bytes. Throws as SetBinary does.
-    virtual void String(const char* hex);
-    /// The bytes as hexadecimal text. @throws CZebException* MAPI_E_INVALID_OBJECT, MAPI_E_NOT_ENOUGH_MEMORY for
-    /// more bytes than a text can show.
-    virtual CStringA String() const;
-    /// Holds a copy of the source's bytes; throws as SetBinary does.
-    virtual CZebBinary& operator=(const SBinary& source);
-    /// Holds a copy of the source's bytes; a source without a header empties this object.
-    virtual CZebBinary& operator=(const CZebBinary& source);
+    ZEB_OVERLOADS(
+        /// Holds the bytes that hexadecimal text says; "" gives 0 bytes. Throws as SetBinary does.
+        virtual void String(const char* hex),
+        /// The bytes as hexadecimal text. @throws CZebException* MAPI_E_INVALID_OBJECT,
+        /// MAPI_E_NOT_ENOUGH_MEMORY for more bytes than a text can show.
+        virtual CStringA String() const);
+    ZEB_OVERLOADS(
+        /// Holds a copy of the source's bytes; throws as SetBinary does.
+        virtual CZebBinary& operator=(const SBinary& source),
+        /// Holds a copy of the source's bytes; a source without a header empties this object.
+        virtual CZebBinary& operator=(const CZebBinary& source));
     /// Empties the object and gives the address of its header pointer, for a MAPI call to fill. The object
     /// then owns the header; its bytes must be chained to it.
     virtual SBinary** operator&();

@@ -3,6 +3,7 @@
 
 #include "framework/CString.h"
 #include "platform/mapi.h"
+#include "platform/overloads.h"
 
 #include <cstdint>
 #include <memory>
@@ -51,12 +52,15 @@ public:
     virtual void Read64(std::uint64_t& value);
     /// Copies `n` bytes to `destination`; does nothing when it is null or they do not fit.
     virtual void ReadBytes(std::uint64_t n, void* destination);
-    /// Text up to and with its terminator; empty, and nothing consumed, when there is none in what is left.
-    virtual CStringA ReadStringA();
-    /// `n` characters, all of them consumed; the text ends at the first terminator among them.
-    virtual CStringA ReadStringA(std::uint64_t n);
-    virtual CStringW ReadStringW();
-    virtual CStringW ReadStringW(std::uint64_t n);
+    ZEB_OVERLOADS(
+        /// Text up to and with its terminator; empty, and nothing consumed, when there is none in what is
+        /// left.
+        virtual CStringA ReadStringA(),
+        /// `n` characters, all of them consumed; the text ends at the first terminator among them.
+        virtual CStringA ReadStringA(std::uint64_t n));
+    ZEB_OVERLOADS(
+        virtual CStringW ReadStringW(),
+        virtual CStringW ReadStringW(std::uint64_t n));
 
     /// A null `start` counts as an empty buffer.
     CBinaryParser(std::uint64_t size, const void* start);

@@ -1,6 +1,7 @@
 // Folders of a message store.
 #pragma once
 
+#include "platform/overloads.h"
 #include "zebapi/Container.h"
 #include "zebapi/Message.h"
 
@@ -62,11 +63,12 @@ public:
     virtual void MoveMessage(const SBinary& entryID, CZebFolder& dest, ULONG flags);
     /// IMAPIFolder::EmptyFolder.
     virtual void EmptyFolder(HWND parent, ULONG flags, IMAPIProgress* progress);
-    /// Creates a message with these properties, cut at the first free entry.
-    /// @param save  saves the message when anything was written, and this folder in any case
-    virtual CZebMessage CreateMessage(CZebPropValArray& props, bool save, ULONG flags);
-    /// IMAPIFolder::CreateMessage.
-    virtual CZebMessage CreateMessage(ULONG flags);
+    ZEB_OVERLOADS(
+        /// Creates a message with these properties, cut at the first free entry.
+        /// @param save  saves the message when anything was written, and this folder in any case
+        virtual CZebMessage CreateMessage(CZebPropValArray& props, bool save, ULONG flags),
+        /// IMAPIFolder::CreateMessage.
+        virtual CZebMessage CreateMessage(ULONG flags));
     /// Creates the library's information message in this folder.
     /// @param openExisting  return the one that is there, if any; that it could not be opened is logged
     /// @param save          saves the new message
@@ -74,14 +76,15 @@ public:
     /// Opens the library's information message of this folder, with the best access.
     /// @throws CZebException* 1168 when there is none
     virtual CZebMessage OpenQorInfoMessage();
-    /// Reads exactly n properties of a direct child, given as n tags (ULONG each). See the other form.
-    virtual void GetPropsOfChild(CZebSession& session, const SBinary& childID, CZebPropValArray& result,
-                                 ULONG n, ...);
-    /// Reads properties of a direct child of this folder.
-    /// @throws CZebException* MAPI_E_NOT_FOUND when the object lies elsewhere; result holds its properties
-    /// all the same
-    virtual void GetPropsOfChild(CZebSession& session, const SBinary& childID, SPropTagArray* tags,
-                                 CZebPropValArray& result);
+    ZEB_OVERLOADS(
+        /// Reads exactly n properties of a direct child, given as n tags (ULONG each). See the other form.
+        virtual void GetPropsOfChild(CZebSession& session, const SBinary& childID, CZebPropValArray& result,
+                                     ULONG n, ...),
+        /// Reads properties of a direct child of this folder.
+        /// @throws CZebException* MAPI_E_NOT_FOUND when the object lies elsewhere; result holds its
+        /// properties all the same
+        virtual void GetPropsOfChild(CZebSession& session, const SBinary& childID, SPropTagArray* tags,
+                                     CZebPropValArray& result));
 
     /// Adds a reference on prop, which may be null.
     explicit CZebFolder(IMAPIProp* prop = nullptr);

@@ -5,6 +5,7 @@
 #include "framework/ComPtr.h"
 #include "platform/export.h"
 #include "platform/mapi.h"
+#include "platform/overloads.h"
 #include "zebapi/Binary.h"
 #include "zebapi/NAMEID.h"
 
@@ -33,13 +34,14 @@ protected:
     /// is not asked again.
     virtual void CheckIDsMap();
 
-public:
-    /// Takes the WAB marking of other.
-    virtual void SetWAB(CZebIProp& other);
+    ZEB_OVERLOADS(
+    public:
+        /// Takes the WAB marking of other.
+        virtual void SetWAB(CZebIProp& other),
 
-protected:
-    /// Marks the object as one of the Windows Address Book, or not.
-    virtual void SetWAB(bool isWAB);
+    protected:
+        /// Marks the object as one of the Windows Address Book, or not.
+        virtual void SetWAB(bool isWAB));
 
 public:
     /// Releases the object.
@@ -119,17 +121,19 @@ public:
     /// Every property of the object. flags reach GetPropList only; where the object does not know that code
     /// page (MAPI_E_UNKNOWN_CPID), MAPI is asked for all properties without a list.
     virtual void GetAllProps(ULONG* count, SPropValue** values, ULONG flags);
-    /// Reads exactly n properties, given as n tags (ULONG each), into result.
-    virtual void GetProps(CZebPropValArray& result, ULONG n, ...);
-    /// IMAPIProp::GetProps; null tags ask for all.
-    virtual void GetProps(SPropTagArray* tags, ULONG* count, SPropValue** values, ULONG flags);
-    /// Writes what the array holds, after cutting it at its first free entry; an array that is then empty
-    /// writes and saves nothing.
-    /// @param save      save the object afterwards, with KEEP_OPEN_READWRITE | FORCE_SAVE
-    /// @param problems  may be null
-    virtual void SetProps(CZebPropValArray& values, bool save, SPropProblemArray** problems);
-    /// IMAPIProp::SetProps.
-    virtual void SetProps(ULONG n, SPropValue* values, SPropProblemArray** problems);
+    ZEB_OVERLOADS(
+        /// Reads exactly n properties, given as n tags (ULONG each), into result.
+        virtual void GetProps(CZebPropValArray& result, ULONG n, ...),
+        /// IMAPIProp::GetProps; null tags ask for all.
+        virtual void GetProps(SPropTagArray* tags, ULONG* count, SPropValue** values, ULONG flags));
+    ZEB_OVERLOADS(
+        /// Writes what the array holds, after cutting it at its first free entry; an array that is then empty
+        /// writes and saves nothing.
+        /// @param save      save the object afterwards, with KEEP_OPEN_READWRITE | FORCE_SAVE
+        /// @param problems  may be null
+        virtual void SetProps(CZebPropValArray& values, bool save, SPropProblemArray** problems),
+        /// IMAPIProp::SetProps.
+        virtual void SetProps(ULONG n, SPropValue* values, SPropProblemArray** problems));
     /// IMAPIProp::DeleteProps.
     virtual void DeleteProps(SPropTagArray* tags, SPropProblemArray** problems);
     /// IMAPIProp::SaveChanges.

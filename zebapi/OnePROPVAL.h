@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/Containers.h"
+#include "platform/overloads.h"
 #include "zebapi/Binary.h"
 
 #include <cstdint>
@@ -63,44 +64,45 @@ public:
     /// @throws CZebException* MAPI_E_BAD_VALUE for either side; the result of PropCopyMore.
     virtual void Set(const CZebOnePropVal& other);
 
-    /// PT_MV_BINARY. The entries point into the buffers of the array's binaries, which must outlive the
-    /// value's use.
-    virtual CZebOnePropVal& operator=(const CArray<CZebBinary>& values);
-    /// PT_MV_UNICODE.
-    virtual CZebOnePropVal& operator=(const CArray<CStringW>& values);
-    /// PT_MV_STRING8.
-    virtual CZebOnePropVal& operator=(const CArray<CStringA>& values);
-    /// PT_MV_I2.
-    virtual CZebOnePropVal& operator=(const CArray<SHORT>& values);
-    /// PT_MV_LONG.
-    virtual CZebOnePropVal& operator=(const CArray<LONG>& values);
-    /// PT_I2.
-    virtual CZebOnePropVal& operator=(SHORT value);
-    /// PT_LONG.
-    virtual CZebOnePropVal& operator=(ULONG value);
-    /// PT_LONG.
-    virtual CZebOnePropVal& operator=(LONG value);
-    /// PT_I8.
-    virtual CZebOnePropVal& operator=(LONGLONG value);
-    /// PT_BOOLEAN, stored as 1 or 0.
-    virtual CZebOnePropVal& operator=(bool value);
-    /// PT_SYSTIME.
-    virtual CZebOnePropVal& operator=(const FILETIME& value);
-    /// PT_UNICODE, up to the first terminator.
-    virtual CZebOnePropVal& operator=(const CStringW& text);
-    /// PT_STRING8, up to the first terminator.
-    virtual CZebOnePropVal& operator=(const CStringA& text);
-    /// PT_UNICODE. @throws CZebException* MAPI_E_INVALID_PARAMETER for a null text.
-    virtual CZebOnePropVal& operator=(const WCHAR* text);
-    /// PT_STRING8. @throws CZebException* MAPI_E_INVALID_PARAMETER for a null text.
-    virtual CZebOnePropVal& operator=(const char* text);
-    /// PT_BINARY; the bytes are copied.
-    virtual CZebOnePropVal& operator=(const SBinary& value);
-    /// A deep copy of any value, tag included (PropCopyMore, chained to the allocation parent; without one
-    /// only values that need no allocation can be copied).
-    virtual CZebOnePropVal& operator=(const SPropValue& value);
-    /// Looks at what `other` looks at; nothing is copied. To copy the value, use Set.
-    virtual CZebOnePropVal& operator=(const CZebOnePropVal& other);
+    ZEB_OVERLOADS(
+        /// PT_MV_BINARY. The entries point into the buffers of the array's binaries, which must outlive the
+        /// value's use.
+        virtual CZebOnePropVal& operator=(const CArray<CZebBinary>& values),
+        /// PT_MV_UNICODE.
+        virtual CZebOnePropVal& operator=(const CArray<CStringW>& values),
+        /// PT_MV_STRING8.
+        virtual CZebOnePropVal& operator=(const CArray<CStringA>& values),
+        /// PT_MV_I2.
+        virtual CZebOnePropVal& operator=(const CArray<SHORT>& values),
+        /// PT_MV_LONG.
+        virtual CZebOnePropVal& operator=(const CArray<LONG>& values),
+        /// PT_I2.
+        virtual CZebOnePropVal& operator=(SHORT value),
+        /// PT_LONG.
+        virtual CZebOnePropVal& operator=(ULONG value),
+        /// PT_LONG.
+        virtual CZebOnePropVal& operator=(LONG value),
+        /// PT_I8.
+        virtual CZebOnePropVal& operator=(LONGLONG value),
+        /// PT_BOOLEAN, stored as 1 or 0.
+        virtual CZebOnePropVal& operator=(bool value),
+        /// PT_SYSTIME.
+        virtual CZebOnePropVal& operator=(const FILETIME& value),
+        /// PT_UNICODE, up to the first terminator.
+        virtual CZebOnePropVal& operator=(const CStringW& text),
+        /// PT_STRING8, up to the first terminator.
+        virtual CZebOnePropVal& operator=(const CStringA& text),
+        /// PT_UNICODE. @throws CZebException* MAPI_E_INVALID_PARAMETER for a null text.
+        virtual CZebOnePropVal& operator=(const WCHAR* text),
+        /// PT_STRING8. @throws CZebException* MAPI_E_INVALID_PARAMETER for a null text.
+        virtual CZebOnePropVal& operator=(const char* text),
+        /// PT_BINARY; the bytes are copied.
+        virtual CZebOnePropVal& operator=(const SBinary& value),
+        /// A deep copy of any value, tag included (PropCopyMore, chained to the allocation parent; without
+        /// one only values that need no allocation can be copied).
+        virtual CZebOnePropVal& operator=(const SPropValue& value),
+        /// Looks at what `other` looks at; nothing is copied. To copy the value, use Set.
+        virtual CZebOnePropVal& operator=(const CZebOnePropVal& other));
 
     /// PT_BOOLEAN.
     virtual operator bool() const;
@@ -127,29 +129,31 @@ public:
     /// PT_I2.
     virtual operator SHORT() const;
 
-    /// Replaces the array's contents by copies of the elements of PT_MV_BINARY, which may lie in the array's own
-    /// binaries. A read that fails leaves the array as it was.
-    virtual void GetMV(CArray<CZebBinary>& values) const;
-    /// PT_MV_UNICODE.
-    virtual void GetMV(CArray<CStringW>& values) const;
-    /// PT_MV_STRING8.
-    virtual void GetMV(CArray<CStringA>& values) const;
-    /// PT_MV_I2.
-    virtual void GetMV(CArray<SHORT>& values) const;
-    /// PT_MV_LONG.
-    virtual void GetMV(CArray<LONG>& values) const;
+    ZEB_OVERLOADS(
+        /// Replaces the array's contents by copies of the elements of PT_MV_BINARY, which may lie in the
+        /// array's own binaries. A read that fails leaves the array as it was.
+        virtual void GetMV(CArray<CZebBinary>& values) const,
+        /// PT_MV_UNICODE.
+        virtual void GetMV(CArray<CStringW>& values) const,
+        /// PT_MV_STRING8.
+        virtual void GetMV(CArray<CStringA>& values) const,
+        /// PT_MV_I2.
+        virtual void GetMV(CArray<SHORT>& values) const,
+        /// PT_MV_LONG.
+        virtual void GetMV(CArray<LONG>& values) const);
 
-    /// UseDefault: the default for PT_ERROR (a property that could not be had), else the typed read of the
-    /// default's type. @throws CZebException* MAPI_E_BAD_VALUE without a value, MAPI_E_INVALID_TYPE for
-    /// another type.
-    virtual CStringW UseDefault(const CStringW& defaultValue) const;
-    virtual CStringA UseDefault(const CStringA& defaultValue) const;
-    virtual ULONG UseDefault(ULONG defaultValue) const;
-    virtual LONG UseDefault(LONG defaultValue) const;
-    virtual LONGLONG UseDefault(LONGLONG defaultValue) const;
-    virtual const WCHAR* UseDefault(const WCHAR* defaultValue) const;
-    virtual const char* UseDefault(const char* defaultValue) const;
-    virtual bool UseDefault(bool defaultValue) const;
+    ZEB_OVERLOADS(
+        /// UseDefault: the default for PT_ERROR (a property that could not be had), else the typed read of
+        /// the default's type. @throws CZebException* MAPI_E_BAD_VALUE without a value, MAPI_E_INVALID_TYPE
+        /// for another type.
+        virtual CStringW UseDefault(const CStringW& defaultValue) const,
+        virtual CStringA UseDefault(const CStringA& defaultValue) const,
+        virtual ULONG UseDefault(ULONG defaultValue) const,
+        virtual LONG UseDefault(LONG defaultValue) const,
+        virtual LONGLONG UseDefault(LONGLONG defaultValue) const,
+        virtual const WCHAR* UseDefault(const WCHAR* defaultValue) const,
+        virtual const char* UseDefault(const char* defaultValue) const,
+        virtual bool UseDefault(bool defaultValue) const);
 
     /// The same SPropValue, or equal types and equal values; property identifiers do not count. Numbers
     /// compare as numbers, text and binaries by their bytes, arrays element by element. PT_ERROR, PT_OBJECT,

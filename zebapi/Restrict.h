@@ -1,6 +1,7 @@
 // Restrictions: the filters of table queries.
 #pragma once
 
+#include "platform/overloads.h"
 #include "zebapi/OnePROPVAL.h"
 
 /// A view of one node of a restriction tree: turns the node into one kind of restriction and hands out views
@@ -45,11 +46,12 @@ public:
     virtual void CreateContent(ULONG propTag, const char* text, ULONG fuzzyLevel);
     /// RES_BITMASK.
     virtual void CreateBitMask(ULONG propTag, ULONG mask, ULONG relBMR);
-    /// A child of an AND or OR.
-    /// @throws CZebException* MAPI_E_INVALID_OBJECT for a node of another kind, E_INVALIDARG for an index
-    /// outside.
-    virtual CZebRestriction operator[](int index);
-    virtual CZebRestriction operator[](ULONG index);
+    ZEB_OVERLOADS(
+        /// A child of an AND or OR.
+        /// @throws CZebException* MAPI_E_INVALID_OBJECT for a node of another kind, E_INVALIDARG for an index
+        /// outside.
+        virtual CZebRestriction operator[](int index),
+        virtual CZebRestriction operator[](ULONG index));
     /// Looks at what `other` looks at.
     virtual CZebRestriction& operator=(const CZebRestriction& other);
     /// The node, borrowed.

@@ -3,6 +3,7 @@
 
 #include "platform/export.h"
 #include "platform/mapi.h"
+#include "platform/overloads.h"
 
 #include <cstdarg>
 #include <cstdint>
@@ -27,14 +28,15 @@ public:
     virtual bool IsValid() const;
     /// Appends one tag. @throws CZebException* as Allocate does.
     virtual void AddOne(ULONG tag);
-    /// Appends `tag`, whatever it is, and then the tags of an argument list up to the first 0, growing once.
-    /// The list is left behind that 0.
-    ///
-    /// Inside a function that received its va_list as a parameter, this overload may lose to the variadic
-    /// one, which would read the list itself as a tag: call AddList there.
-    virtual void Add(ULONG tag, va_list& args);
-    /// Appends `tag`, whatever it is, and then the further tags up to the first 0, which must be there.
-    virtual void Add(ULONG tag, ...);
+    ZEB_OVERLOADS(
+        /// Appends `tag`, whatever it is, and then the tags of an argument list up to the first 0, growing
+        /// once. The list is left behind that 0.
+        ///
+        /// Inside a function that received its va_list as a parameter, this overload may lose to the variadic
+        /// one, which would read the list itself as a tag: call AddList there.
+        virtual void Add(ULONG tag, va_list& args),
+        /// Appends `tag`, whatever it is, and then the further tags up to the first 0, which must be there.
+        virtual void Add(ULONG tag, ...));
     /// Holds a copy; a source without a buffer, and assigning the object to itself, empties it.
     virtual CZebPropTagArray& operator=(const CZebPropTagArray& source);
     /// Tag `i`, without a bounds check.

@@ -4,6 +4,7 @@
 #include "framework/ComPtr.h"
 #include "platform/export.h"
 #include "platform/mapi.h"
+#include "platform/overloads.h"
 
 #include <type_traits>
 
@@ -28,9 +29,10 @@ public:
     /// Ends the connection. (IMAPITable::Unadvise)
     virtual void Unadvise(ULONG connection);
     virtual bool IsValid() const;
-    /// Sets exactly `count` columns, whose tags follow. (IMAPITable::SetColumns)
-    virtual void SetColumns(ULONG count, ...);
-    virtual void SetColumns(SPropTagArray* columns);
+    ZEB_OVERLOADS(
+        /// Sets exactly `count` columns, whose tags follow. (IMAPITable::SetColumns)
+        virtual void SetColumns(ULONG count, ...),
+        virtual void SetColumns(SPropTagArray* columns));
     virtual void SortTable(SSortOrderSet* order);
     /// Reads rows from the current position into `*rows`, which the caller frees (CZebRowSet's `&` does).
     ///

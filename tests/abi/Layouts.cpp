@@ -3,9 +3,9 @@
 
 #include "platform/mapi.h"
 
+#include "tests/support/Slot.h"
+
 #include <cstddef>
-#include <cstdint>
-#include <cstring>
 
 namespace abidump
 {
@@ -18,19 +18,9 @@ void Fact(std::string& out, const char* kind, const std::string& name, unsigned 
     out += " " + name + " " + std::to_string(value) + "\n";
 }
 
-/// The place of a virtual function. A pointer to a member is, on both compilers used, 1 plus its byte offset in the
-/// table.
-template <class Member>
-unsigned long long SlotOf(Member member)
-{
-    std::uintptr_t first = 0;
-    std::memcpy(&first, &member, sizeof first);
-    return (first - 1) / sizeof(void*);
-}
-
 #define SIZE_OF(type) Fact(out, "size", #type, sizeof(type))
 #define OFFSET_OF(type, member) Fact(out, "offset", #type "." #member, offsetof(type, member))
-#define SLOT_OF(type, member) Fact(out, "slot", #type "." #member, SlotOf(&type::member))
+#define SLOT_OF(type, member) Fact(out, "slot", #type "." #member, zeb::test::SlotOf(&type::member))
 
 void Values(std::string& out)
 {

@@ -3,24 +3,17 @@
 #include "framework/Containers.h"
 
 #include "tests/framework/probe/ProbeException.h"
+#include "tests/support/Slot.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <cstring>
 #include <sstream>
+
+using zeb::test::EntryOfSlot;
+using zeb::test::SlotOf;
 
 namespace
 {
-
-/// The place of a virtual function: a pointer to a member is 1 plus its byte offset in the table.
-template <class Member>
-unsigned long long SlotOf(Member member)
-{
-    std::uintptr_t first = 0;
-    std::memcpy(&first, &member, sizeof first);
-    return (first - 1) / sizeof(void*);
-}
 
 class LocalException : public CException
 {
@@ -46,18 +39,19 @@ public:
 };
 IMPLEMENT_DYNAMIC(DerivedProbe, ProbeException)
 
-/// The table's entries are one more than the stated slots behind the destructor, which takes two.
 TEST(Exception, SlotsAreThoseOfTheObjectThenOfTheException)
 {
+    constexpr size_t destructor = 1;
     EXPECT_EQ(SlotOf(&CObject::GetRuntimeClass), 0u);
-    EXPECT_EQ(SlotOf(&CObject::Serialize), 3u);
-    EXPECT_EQ(SlotOf(&CObject::AssertValid), 4u);
-    EXPECT_EQ(SlotOf(&CObject::Dump), 5u);
+    EXPECT_EQ(SlotOf(&CObject::Serialize), EntryOfSlot(2, destructor));
+    EXPECT_EQ(SlotOf(&CObject::AssertValid), EntryOfSlot(3, destructor));
+    EXPECT_EQ(SlotOf(&CObject::Dump), EntryOfSlot(4, destructor));
     EXPECT_EQ(SlotOf(&CException::GetRuntimeClass), 0u);
-    EXPECT_EQ(SlotOf(&CException::GetErrorMessage), 6u);
-    EXPECT_EQ(SlotOf(&CException::ReportError), 7u);
-    EXPECT_EQ(SlotOf(&ProbeException::GetErrorMessage), 6u);
-    EXPECT_EQ(SlotOf(&ProbeException::GetNumber), 9u) << "behind the base's two other slots";
+    EXPECT_EQ(SlotOf(&CException::GetErrorMessage), EntryOfSlot(5, destructor));
+    EXPECT_EQ(SlotOf(&CException::ReportError), EntryOfSlot(6, destructor));
+    EXPECT_EQ(SlotOf(&ProbeException::GetErrorMessage), EntryOfSlot(5, destructor));
+    EXPECT_EQ(SlotOf(&ProbeException::GetNumber), EntryOfSlot(8, destructor))
+        << "behind the base's two other slots";
 }
 
 TEST(Exception, IsCaughtByPointerToAnyOfItsClassesAcrossBinaries)

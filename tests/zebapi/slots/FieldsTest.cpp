@@ -1,6 +1,6 @@
 // Pins the order of the fields that objects hold, the private ones too: hosts built with other compilers count on it.
 //
-// The offset is read out of a pointer to the member, which both compilers lay out as just that.
+// The offset is read out of a pointer to the member: all of it in the Itanium C++ ABI, its first 32 bits in either.
 #include "tests/zebapi/slots/Slots.h"
 #include "zebapi/BinArray.h"
 #include "zebapi/BinaryParser.h"
@@ -34,6 +34,8 @@ std::map<std::string, FieldTable>& FieldTables()
     return tables;
 }
 
+} // namespace
+
 // An explicit instantiation may name members that are not accessible otherwise.
 template <class Tag, auto Member>
 struct RegisteredField
@@ -41,9 +43,9 @@ struct RegisteredField
     static bool Register()
     {
         const auto member = Member;
-        static_assert(sizeof(member) == sizeof(std::ptrdiff_t), "an offset");
-        std::ptrdiff_t offset = 0;
-        std::memcpy(&offset, &member, sizeof offset);
+        std::int32_t offset = 0;
+        static_assert(sizeof(member) >= sizeof(offset), "an offset");
+        std::memcpy(&offset, &member, sizeof(offset));
         FieldTable& table = FieldTables()[Tag::Class()];
         table.first = Tag::First;
         table.fields[Tag::Number] = {Tag::Name(), static_cast<size_t>(offset)};
@@ -53,8 +55,6 @@ struct RegisteredField
 };
 
 constexpr size_t behindOperations = sizeof(void*);
-
-} // namespace
 
 /// A field: its class, where that begins its fields, the field's number among them, its name.
 #define FIELD(CLASS, FIRST, NUMBER, MEMBER)                                                                  \

@@ -1,14 +1,12 @@
 // Pins the slots of virtual operations. A class's slots are numbered in the order of its table of operations, the
 // destructor as one; derived classes go on where their base ends.
-//
-// The slot is read out of a pointer to the member: both compilers lay such a pointer of a virtual member out as one more
-// than its entry's offset in the table of methods, where the destructor takes two entries.
 #pragma once
+
+#include "tests/support/Slot.h"
 
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <cstring>
 #include <map>
 #include <set>
 #include <string>
@@ -16,23 +14,6 @@
 
 namespace zeb::test
 {
-
-/// The entry of the virtual member that the pointer at `pointerToMember` names.
-inline size_t EntryIn(const void* pointerToMember)
-{
-    std::ptrdiff_t entry = 0;
-    std::memcpy(&entry, pointerToMember, sizeof(entry));
-    EXPECT_EQ(entry % static_cast<std::ptrdiff_t>(sizeof(void*)), 1) << "not a virtual member";
-    return static_cast<size_t>(entry) / sizeof(void*);
-}
-
-/// The entry of a virtual member.
-template <class Pointer>
-size_t SlotOf(Pointer member)
-{
-    static_assert(sizeof(member) == 2 * sizeof(std::ptrdiff_t), "an offset and an adjustment");
-    return EntryIn(&member);
-}
 
 /// A virtual member behind all those of a class.
 template <class Base>
@@ -65,6 +46,9 @@ inline std::map<std::string, SlotTable>& SlotTables()
     return tables;
 }
 
+/// The number of an operation that has no slot of its own.
+inline constexpr size_t NoSlot = static_cast<size_t>(-1);
+
 template <class Class, class Function>
 using MemberOf = Function Class::*;
 
@@ -74,7 +58,10 @@ struct Registered
 {
     static bool Register()
     {
-        SlotTables()[Tag::Class()].rows.push_back({Tag::Number, Tag::Name(), SlotOf(Member)});
+        if (Tag::Number != NoSlot)
+        {
+            SlotTables()[Tag::Class()].rows.push_back({Tag::Number, Tag::Name(), SlotOf(Member)});
+        }
         return true;
     }
     static inline const bool s_done = Register();

@@ -2,17 +2,6 @@
 
 using namespace zeb::test;
 
-namespace
-{
-
-/// The entry of a slot: those behind the destructor are one further on.
-size_t EntryOf(const SlotTable& table, size_t slot)
-{
-    return slot + (slot > table.destructor ? 1 : 0);
-}
-
-} // namespace
-
 TEST(Slots, EveryClassHasItsTable)
 {
     EXPECT_EQ(SlotTables().size(), 37u);
@@ -24,7 +13,7 @@ TEST(Slots, EveryOperationStandsInItsSlot)
     {
         for (const SlotRow& row : table.rows)
         {
-            EXPECT_EQ(row.entry, EntryOf(table, row.number)) << name << " " << row.name;
+            EXPECT_EQ(row.entry, EntryOfSlot(row.number, table.destructor)) << name << " " << row.name;
         }
     }
 }
@@ -49,6 +38,6 @@ TEST(Slots, NoClassHasFurtherOnes)
 {
     for (const auto& [name, table] : SlotTables())
     {
-        EXPECT_EQ(table.behind, EntryOf(table, table.count)) << name;
+        EXPECT_EQ(table.behind, EntryOfSlot(table.count, table.destructor)) << name;
     }
 }

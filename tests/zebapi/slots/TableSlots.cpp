@@ -28,7 +28,7 @@ SLOT(CZebTable, 15, FindRow, bool(SRestriction* restriction, ULONG origin, ULONG
 SLOT(CZebTable, 16, Restrict, void(SRestriction* restriction, ULONG flags))
 SLOT(CZebTable, 17, Free, void())
 
-SLOTS(CZebCachedTable, 18, 24, 0)
+SLOTS(CZebCachedTable, 18, MsvcAbi ? 23 : 24, 0)
 SLOT(CZebCachedTable, 1, operator=, CZebTable&(const CZebTable& table))
 SLOT(CZebCachedTable, 7, SortTable, void(SSortOrderSet* order))
 SLOT(CZebCachedTable, 14, SeekRow, void(ULONG origin, LONG rowCount, LONG* rowsSought))
@@ -40,7 +40,8 @@ SLOT(CZebCachedTable, 19, Unbind, void())
 SLOT(CZebCachedTable, 20, EmptyCache, void())
 SLOT(CZebCachedTable, 21, SetOwnerWindow, void(HWND window))
 SLOT(CZebCachedTable, 22, operator[], CZebRow(ULONG index))
-SLOT(CZebCachedTable, 23, OnTable_Modified, void(TABLE_NOTIFICATION* notification))
+// An operation of the second base; a call of it goes by that base's table in the MSVC ABI.
+SLOT(CZebCachedTable, MsvcAbi ? NoSlot : 23, OnTable_Modified, void(TABLE_NOTIFICATION* notification))
 
 SLOTS(CZebRowSet, 0, 8, 1)
 SLOT(CZebRowSet, 0, CheckValid, void() const)
@@ -121,8 +122,8 @@ TEST(Slots, TheSinkFollowsItsInterface)
     EXPECT_EQ(SlotOf(&CAdviseSink::AddRef), 1u);
     EXPECT_EQ(SlotOf(&CAdviseSink::Release), 2u);
     EXPECT_EQ(SlotOf(&CAdviseSink::OnNotify), 3u);
-    // The destructor's two entries come next, and nothing behind them.
-    EXPECT_EQ(SlotOf(&Behind<CAdviseSink>::Last), 6u);
+    // The destructor comes next, and nothing after it.
+    EXPECT_EQ(SlotOf(&Behind<CAdviseSink>::Last), EntryOfSlot(5, 4));
 }
 
 } // namespace zeb::test

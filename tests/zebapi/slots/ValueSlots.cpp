@@ -108,7 +108,7 @@ namespace
 [[maybe_unused]] const bool addOfListRegistered = []
 {
     void (CZebPropTagArray::*member)(ULONG, va_list&) = &CZebPropTagArray::Add;
-    SlotTables()["CZebPropTagArray"].rows.push_back({6, "Add of a list", EntryIn(&member)});
+    SlotTables()["CZebPropTagArray"].rows.push_back({6, "Add of a list", SlotOf(member)});
     return true;
 }();
 } // namespace
