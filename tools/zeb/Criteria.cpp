@@ -18,6 +18,22 @@ void Contains(CZebRestriction& node, ULONG tag, const CStringW& text)
     node.CreateContentW(tag, text, FL_SUBSTRING | FL_IGNORECASE);
 }
 
+/// The same as a listing shows: the author, or for a message that names none the one who sent it.
+void IsFrom(CZebRestriction& node, const CStringW& from)
+{
+    node.CreateOr(3);
+    CZebRestriction name = node[0], address = node[1], noAuthor = node[2];
+    Contains(name, PR_SENT_REPRESENTING_NAME_W, from);
+    Contains(address, PR_SENT_REPRESENTING_EMAIL_ADDRESS_W, from);
+    noAuthor.CreateAnd(2);
+    CZebRestriction unnamed = noAuthor[0], sent = noAuthor[1];
+    unnamed.CreateNot().CreateProp(PR_SENT_REPRESENTING_NAME_W, RELOP_GT) = CStringW();
+    sent.CreateOr(2);
+    CZebRestriction senderName = sent[0], senderAddress = sent[1];
+    Contains(senderName, PR_SENDER_NAME_W, from);
+    Contains(senderAddress, PR_SENDER_EMAIL_ADDRESS_W, from);
+}
+
 } // namespace
 
 Criteria::Criteria(const CriteriaText& text)
@@ -27,14 +43,8 @@ Criteria::Criteria(const CriteriaText& text)
         m_conditions.push_back([subject = WideArgument(text.subject)](CZebRestriction& node)
                                { Contains(node, PR_SUBJECT_W, subject); });
     if (!text.from.empty())
-        m_conditions.push_back(
-            [from = WideArgument(text.from)](CZebRestriction& node)
-            {
-                node.CreateOr(2);
-                CZebRestriction name = node[0], address = node[1];
-                Contains(name, PR_SENDER_NAME_W, from);
-                Contains(address, PR_SENDER_EMAIL_ADDRESS_W, from);
-            });
+        m_conditions.push_back([from = WideArgument(text.from)](CZebRestriction& node)
+                               { IsFrom(node, from); });
     AddTimes(text);
     AddSizes(text);
     if (!text.messageClass.empty())

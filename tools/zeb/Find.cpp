@@ -194,7 +194,7 @@ void AddCriteria(CLI::App& command, CriteriaText& criteria)
     const auto add = [&](const char* name, std::string& value, const char* type, const char* help)
     { command.add_option(name, value, help)->type_name(type)->group("Conditions"); };
     add("--subject", criteria.subject, "TEXT", "The subject contains the text, in any letter case");
-    add("--from", criteria.from, "TEXT", "The sender's name or address contains the text");
+    add("--from", criteria.from, "TEXT", "The name or address of whom it is from contains the text");
     add("--since", criteria.since, "DATE", "Sent then or later: 2026-01-02, 2026-01-02T03:04:05Z (UTC)");
     add("--until", criteria.until, "DATE", "Sent then or earlier; a day counts whole");
     add("--size", criteria.size, "BYTES", "At least so large: 1500, 10k, 2M");

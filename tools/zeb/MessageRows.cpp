@@ -28,10 +28,16 @@ std::string Columns(const std::string& number, const std::string& date, const st
 
 } // namespace
 
+std::string AuthorOf(const CZebRow& row)
+{
+    const std::string author = TextOf(row, PR_SENT_REPRESENTING_NAME_W);
+    return author.empty() ? TextOf(row, PR_SENDER_NAME_W) : author;
+}
+
 void SetMessageColumns(CZebTable& table)
 {
-    table.SetColumns(6, PR_CLIENT_SUBMIT_TIME, PR_SENDER_NAME_W, PR_MESSAGE_SIZE, PR_SUBJECT_W, PR_ENTRYID,
-                     PR_MESSAGE_FLAGS);
+    table.SetColumns(7, PR_CLIENT_SUBMIT_TIME, PR_SENT_REPRESENTING_NAME_W, PR_SENDER_NAME_W, PR_MESSAGE_SIZE,
+                     PR_SUBJECT_W, PR_ENTRYID, PR_MESSAGE_FLAGS);
 }
 
 MessageRow ReadMessageRow(const CZebRow& row)
@@ -40,7 +46,7 @@ MessageRow ReadMessageRow(const CZebRow& row)
     line.hasDate = row.hasRealValue(PR_CLIENT_SUBMIT_TIME);
     if (line.hasDate)
         line.date = static_cast<const FILETIME&>(row[PR_CLIENT_SUBMIT_TIME]);
-    line.sender = TextOf(row, PR_SENDER_NAME_W);
+    line.sender = AuthorOf(row);
     line.subject = TextOf(row, PR_SUBJECT_W);
     if (row.hasRealValue(PR_MESSAGE_SIZE))
         line.size = static_cast<LONG>(row[PR_MESSAGE_SIZE]);

@@ -15,12 +15,16 @@ struct MessageRow
 {
     FILETIME date{};
     bool hasDate = false;
-    std::string sender, subject;
+    std::string sender, subject; ///< whom it is from, as AuthorOf says; what it is about
     CZebBinary entryId;
     LONG size = 0;
     bool unread = false;
     ULONG number = 0; ///< the place among the folder's messages from 1; 0 where none is shown
 };
+
+/// Whom the message in the row is from: the author, PR_SENT_REPRESENTING_NAME, or when there is none the one who
+/// sent it, PR_SENDER_NAME.
+std::string AuthorOf(const CZebRow& row);
 
 /// The columns that ReadMessageRow reads.
 void SetMessageColumns(CZebTable& table);

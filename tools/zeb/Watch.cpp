@@ -4,6 +4,7 @@
 #include "tools/common/Failure.h"
 #include "tools/common/Output.h"
 #include "tools/zeb/Command.h"
+#include "tools/zeb/MessageRows.h"
 #include "tools/zeb/Objects.h"
 
 #include <nlohmann/json.hpp>
@@ -63,7 +64,7 @@ public:
         if (notification->row.cValues > 0)
         {
             change.subject = TextOf(row, PR_SUBJECT_W);
-            change.sender = TextOf(row, PR_SENDER_NAME_W);
+            change.sender = AuthorOf(row);
             if (row.hasRealValue(PR_ENTRYID))
                 change.entryId = static_cast<const char*>(row[PR_ENTRYID].String(false));
         }
@@ -216,7 +217,8 @@ int Run(const Options& options)
     CZebFolder folder = mailbox.OpenFolder(options.folder);
     const FolderPath path = mailbox.PathOf(folder);
     CZebTable table = folder.GetContentsTable(MAPI_UNICODE);
-    table.SetColumns(4, PR_INSTANCE_KEY, PR_SUBJECT_W, PR_SENDER_NAME_W, PR_ENTRYID);
+    table.SetColumns(5, PR_INSTANCE_KEY, PR_SUBJECT_W, PR_SENT_REPRESENTING_NAME_W, PR_SENDER_NAME_W,
+                     PR_ENTRYID);
     Changes changes;
     const Subscription subscription(table, changes, path);
     Memory memory(table);
