@@ -189,7 +189,7 @@ class Mime(Import):
         expected = {"PR_SENDER_NAME": "Secretary", "PR_SENDER_EMAIL_ADDRESS": "sec@example.org",
                     "PR_SENT_REPRESENTING_NAME": "Ada Lovelace", "PR_SENT_REPRESENTING_EMAIL_ADDRESS": "ada@example.org",
                     "PR_CLIENT_SUBMIT_TIME": "2026-01-02T02:04:05Z", "PR_MESSAGE_DELIVERY_TIME": "2026-01-03T00:00:00Z",
-                    "PR_MESSAGE_CLASS": "IPM.Note", "PR_BODY": "Hello\n", "0x3FDE0003": 65001,
+                    "PR_MESSAGE_CLASS": "IPM.Note", "PR_BODY": "Hello\r\n", "0x3FDE0003": 65001,
                     "0x10130102": "<p>\u00e4</p>\n".encode().hex().upper(), "0x1035001F": "<one@example.org>",
                     "0x1042001F": "<zero@example.org>", "0x1039001F": "<a@example.org> <b@example.org>"}
         self.assertEqual({name: whole.get(name) for name in expected}, expected)
@@ -224,7 +224,7 @@ class Mime(Import):
         (top / "z").symlink_to(top / "a")
         (top / "x\u001b.eml").write_bytes(b"no mail")
         done = self.importer("eml", f"{top}/", code=3)
-        self.assertEqual(done.out, "6 messages in 4 folders, 1 item skipped\n")
+        self.assertEqual(done.out, "6 messages in 4 folders, 1 item skipped, 2 files passed over\n")
         self.assertIn("/x .eml: skipped: it is no mail message\n", done.err)
         found = [json.loads(line) for line in self.zeb("save", "mail").out.splitlines()]
         self.assertEqual([line["properties"]["PR_SUBJECT"] for line in found if "properties" in line],
@@ -255,7 +255,7 @@ class Mime(Import):
         (top / "2.eml").write_bytes(bytes(two))
         self.importer("eml", str(top))
         found = self.saved("mail")
-        self.assertNotIn("PR_BODY", found["page"]["properties"])
+        self.assertEqual(found["page"]["properties"]["PR_BODY"], "page\r\n")
         self.assertEqual(found["two"]["properties"]["PR_BODY"], "one")
         for subject, data in (("page", b"not the body\n"), ("two", b"other")):
             self.assertEqual([bytes.fromhex(each["properties"]["PR_ATTACH_DATA_BIN"]) for each in found[subject]["attachments"]],
@@ -273,7 +273,9 @@ class Mime(Import):
         box.flush()
         done = self.importer("mbox", str(self.folder / "some.mbox"), code=3)
         self.assertEqual(done.out, "2 messages in 1 folder, 1 item skipped\n")
-        self.one_sentence(done, "some.mbox, message 2: skipped: ")
+        offset = (self.folder / "some.mbox").read_bytes().index(b"Subject: outer")
+        told = re.search(r"some\.mbox, message 2 at offset (\d+): skipped: ", self.one_sentence(done, "some.mbox").err)
+        self.assertTrue(told and 0 < offset - int(told[1]) < 100, done.err)
 
     def test_mails_are_embedded_32_deep_and_no_deeper(self):
         top = self.folder / "mail"
@@ -309,7 +311,8 @@ class Mime(Import):
         (top / "sub" / "b.eml").write_bytes(bytes(mail("below")))
         (top / "notes.txt").write_text("no mail")
         done = self.importer("eml", str(top), "--inbox", "mail")
-        self.assertEqual(done.out, "2 messages in 2 folders\n")
+        self.assertEqual(done.out, "2 messages in 2 folders, 1 file passed over\n")
+        self.one_sentence(done, "/notes.txt: passed over: ")
         self.assertEqual(self.subjects(), ["in the top"])
         self.assertEqual(self.all_folders()["Inbox/sub"], 1)
 

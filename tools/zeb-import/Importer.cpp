@@ -1,5 +1,6 @@
 #include "tools/zeb-import/Importer.h"
 
+#include "platform/interrupt.h"
 #include "tools/common/Failure.h"
 #include "tools/common/Output.h"
 
@@ -9,6 +10,12 @@ namespace zeb::tools
 {
 namespace
 {
+
+void HeedInterrupt()
+{
+    if (platform::Interrupted())
+        throw Interruption();
+}
 
 bool SamePath(const FolderPath& a, const FolderPath& b)
 {
@@ -56,6 +63,7 @@ FolderPath Importer::TargetOf(const FolderPath& source) const
 
 void Importer::AddFolder(const FolderPath& source, Properties properties)
 {
+    HeedInterrupt();
     try
     {
         const FolderPath target = TargetOf(source);
@@ -84,15 +92,18 @@ void Importer::AddFolder(const FolderPath& source, Properties properties)
 }
 
 void Importer::AddMessage(const FolderPath& source, bool associated, const std::string& item,
-                          const std::function<MessageContent()>& read)
+                          const std::function<MessageContent(Notes& notes)>& read)
 {
+    HeedInterrupt();
     try
     {
-        MessageContent content = read();
+        Notes notes;
+        MessageContent content = read(notes);
         const CComPtr<IMessage> message = CreateMessage(m_tree.Open(TargetOf(source)), associated);
         ReportRefusals(item, WriteMessage(message.Get(), content, m_names));
         Save(message.Get());
         ++m_messages;
+        ReportNotes(item, notes);
     }
     catch (...)
     {
@@ -113,11 +124,33 @@ void Importer::ReportRefusals(const std::string& item, const std::vector<Refusal
     }
 }
 
+void Importer::ReportNotes(const std::string& item, const Notes& notes)
+{
+    if (notes.Texts().empty())
+        return;
+    ++m_repaired;
+    std::string all;
+    for (const std::string& text : notes.Texts())
+        all += (all.empty() ? "" : "; ") + text;
+    Report(item, "repaired: " + all);
+}
+
 void Importer::Skip(const std::string& item, const std::string& reason)
 {
     ++m_skipped;
+    Report(item, "skipped: " + reason);
+}
+
+void Importer::PassOver(const std::string& item, const std::string& reason)
+{
+    ++m_passedOver;
+    Report(item, "passed over: " + reason);
+}
+
+void Importer::Report(const std::string& item, const std::string& what)
+{
     m_progress.Clear();
-    Complain("zeb-import", OneLine(item) + ": skipped: " + reason);
+    Complain("zeb-import", OneLine(item) + ": " + OneLine(what));
 }
 
 } // namespace zeb::tools

@@ -5,6 +5,7 @@
 #include "tools/common/HostSession.h"
 #include "tools/common/Progress.h"
 #include "tools/common/PropertyWriter.h"
+#include "tools/zeb-import/Notes.h"
 
 #include <functional>
 #include <memory>
@@ -16,6 +17,11 @@ namespace zeb::tools
 {
 
 class Importer;
+
+/// Thrown by the importer between two messages after Ctrl-C.
+struct Interruption
+{
+};
 
 /// Where the messages come from; reads one file or folder tree and hands everything to an Importer.
 class MailSource
@@ -39,22 +45,32 @@ public:
 
     /// Makes the folder when it is not there, and gives it the properties that the source has for it.
     /// Failures are reported and counted, not thrown.
+    /// @throws Interruption
     void AddFolder(const FolderPath& source, Properties properties);
 
     /// Reads and adds one message. What `read` or the store throws is reported and counted with `item`, and
-    /// nothing of the message is in the store then.
+    /// nothing of the message is in the store then. What `read` notes is reported, too, and the message counted
+    /// as repaired.
+    /// @throws Interruption
     void AddMessage(const FolderPath& source, bool associated, const std::string& item,
-                    const std::function<MessageContent()>& read);
+                    const std::function<MessageContent(Notes& notes)>& read);
 
     /// Reports an item that could not be read.
     void Skip(const std::string& item, const std::string& reason);
 
+    /// Reports a file that is not taken for mail.
+    void PassOver(const std::string& item, const std::string& reason);
+
     uint64_t Messages() const { return m_messages; }
     uint64_t Folders() const { return m_folders; }
     uint64_t Skipped() const { return m_skipped; }
+    uint64_t Repaired() const { return m_repaired; }
+    uint64_t PassedOver() const { return m_passedOver; }
 
 private:
     FolderPath TargetOf(const FolderPath& source) const;
+    void Report(const std::string& item, const std::string& what);
+    void ReportNotes(const std::string& item, const Notes& notes);
     void ReportRefusals(const std::string& item, const std::vector<Refusal>& refusals);
 
     CZebMsgStore m_store;
@@ -64,7 +80,7 @@ private:
     NameResolver m_names;
     std::set<std::string> m_described; ///< the folders that have been given properties
     Progress m_progress;
-    uint64_t m_messages = 0, m_folders = 0, m_skipped = 0;
+    uint64_t m_messages = 0, m_folders = 0, m_skipped = 0, m_repaired = 0, m_passedOver = 0;
 };
 
 } // namespace zeb::tools

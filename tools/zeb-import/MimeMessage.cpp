@@ -1,294 +1,192 @@
 #include "tools/zeb-import/MimeMessage.h"
 
-#include "platform/text.h"
 #include "tools/common/Failure.h"
-
-#include <cstdint>
-#include <cstring>
+#include "tools/zeb-import/Charset.h"
+#include "tools/zeb-import/HtmlText.h"
+#include "tools/zeb-import/MailProperties.h"
+#include "tools/zeb-import/MessageText.h"
+#include "tools/zeb-import/MimeEnvelope.h"
+#include "tools/zeb-import/MimeParts.h"
 
 namespace zeb::tools
 {
 namespace
 {
 
-// Tags of mail that MAPI's headers do not name.
-constexpr ULONG TagTransportHeaders = PROP_TAG(PT_UNICODE, 0x007D);
-constexpr ULONG TagInternetMessageId = PROP_TAG(PT_UNICODE, 0x1035);
-constexpr ULONG TagInReplyTo = PROP_TAG(PT_UNICODE, 0x1042);
-constexpr ULONG TagReferences = PROP_TAG(PT_UNICODE, 0x1039);
-constexpr ULONG TagHtml = PROP_TAG(PT_BINARY, 0x1013);
-constexpr ULONG TagCodePage = PROP_TAG(PT_LONG, 0x3FDE);
-constexpr ULONG TagAttachMimeType = PROP_TAG(PT_UNICODE, 0x370E);
-constexpr ULONG TagAttachContentId = PROP_TAG(PT_UNICODE, 0x3712);
-constexpr ULONG TagSmtpAddress = PROP_TAG(PT_UNICODE, 0x39FE);
 constexpr LONG Utf8CodePage = 65001;
-/// File time of the Unix epoch and its units a second.
-constexpr int64_t EpochAsFileTime = 116'444'736'000'000'000, UnitsPerSecond = 10'000'000;
 constexpr int DeepestMessage = 32;
 
-void AddBytes(Properties& properties, ULONG tag, std::string bytes)
-{
-    Property property;
-    property.tag = tag;
-    property.values.push_back(std::move(bytes));
-    properties.push_back(std::move(property));
-}
-
-void AddText(Properties& properties, ULONG tag, const char* text)
-{
-    if (!text)
-        return;
-    const platform::WideString wide = platform::WideFromUtf8(text, std::strlen(text));
-    AddBytes(properties, tag,
-             std::string(reinterpret_cast<const char*>(wide.data()), wide.size() * sizeof(WCHAR)));
-}
-
-void AddLong(Properties& properties, ULONG tag, LONG number)
-{
-    AddBytes(properties, tag, std::string(reinterpret_cast<const char*>(&number), sizeof number));
-}
-
-void AddTime(Properties& properties, ULONG tag, GDateTime* time)
-{
-    const int64_t ticks = g_date_time_to_unix(time) * UnitsPerSecond + EpochAsFileTime;
-    if (ticks > 0)
-        AddBytes(properties, tag, std::string(reinterpret_cast<const char*>(&ticks), sizeof ticks));
-}
-
-/// The first mailbox of an address list, or null; groups are looked into.
-InternetAddressMailbox* FirstMailbox(InternetAddressList* list)
-{
-    for (int i = 0, count = list ? internet_address_list_length(list) : 0; i < count; ++i)
-    {
-        InternetAddress* address = internet_address_list_get_address(list, i);
-        if (INTERNET_ADDRESS_IS_MAILBOX(address))
-            return INTERNET_ADDRESS_MAILBOX(address);
-        if (InternetAddressMailbox* inGroup =
-                FirstMailbox(internet_address_group_get_members(INTERNET_ADDRESS_GROUP(address))))
-            return inGroup;
-    }
-    return nullptr;
-}
-
-const char* NameOrAddress(InternetAddressMailbox* mailbox)
-{
-    const char* name = internet_address_get_name(INTERNET_ADDRESS(mailbox));
-    return name && *name ? name : internet_address_mailbox_get_addr(mailbox);
-}
-
-void AddSender(Properties& properties, GMimeMessage* message)
-{
-    InternetAddressMailbox* author = FirstMailbox(g_mime_message_get_from(message));
-    InternetAddressMailbox* sender = FirstMailbox(g_mime_message_get_sender(message));
-    if (!sender)
-        sender = author;
-    if (sender)
-    {
-        AddText(properties, PR_SENDER_NAME_W, NameOrAddress(sender));
-        AddText(properties, PR_SENDER_ADDRTYPE_W, "SMTP");
-        AddText(properties, PR_SENDER_EMAIL_ADDRESS_W, internet_address_mailbox_get_addr(sender));
-    }
-    if (author)
-    {
-        AddText(properties, PR_SENT_REPRESENTING_NAME_W, NameOrAddress(author));
-        AddText(properties, PR_SENT_REPRESENTING_ADDRTYPE_W, "SMTP");
-        AddText(properties, PR_SENT_REPRESENTING_EMAIL_ADDRESS_W, internet_address_mailbox_get_addr(author));
-    }
-}
-
-void AddRecipients(std::vector<Properties>& recipients, InternetAddressList* list, LONG type)
-{
-    for (int i = 0, count = list ? internet_address_list_length(list) : 0; i < count; ++i)
-    {
-        InternetAddress* address = internet_address_list_get_address(list, i);
-        if (INTERNET_ADDRESS_IS_GROUP(address))
-        {
-            AddRecipients(recipients, internet_address_group_get_members(INTERNET_ADDRESS_GROUP(address)),
-                          type);
-            continue;
-        }
-        InternetAddressMailbox* mailbox = INTERNET_ADDRESS_MAILBOX(address);
-        Properties recipient;
-        AddLong(recipient, PR_RECIPIENT_TYPE, type);
-        AddText(recipient, PR_DISPLAY_NAME_W, NameOrAddress(mailbox));
-        AddText(recipient, PR_ADDRTYPE_W, "SMTP");
-        AddText(recipient, PR_EMAIL_ADDRESS_W, internet_address_mailbox_get_addr(mailbox));
-        AddText(recipient, TagSmtpAddress, internet_address_mailbox_get_addr(mailbox));
-        recipients.push_back(std::move(recipient));
-    }
-}
-
-/// A header's value unfolded and decoded, or null; the pointer lives as long as the message.
-const char* Header(GMimeMessage* message, const char* name)
-{
-    return g_mime_object_get_header(GMIME_OBJECT(message), name);
-}
-
-/// When the mail arrived: the date of the topmost Received header (behind its last semicolon), else when it was sent.
-GDateTime* ArrivalOf(GMimeMessage* message)
-{
-    const char* received = Header(message, "Received");
-    const char* date = received ? std::strrchr(received, ';') : nullptr;
-    return date ? g_mime_utils_header_decode_date(date + 1) : nullptr;
-}
-
-void AddDates(Properties& properties, GMimeMessage* message)
-{
-    GDateTime* sent = g_mime_message_get_date(message);
-    GDateTime* arrived = ArrivalOf(message);
-    if (sent)
-        AddTime(properties, PR_CLIENT_SUBMIT_TIME, sent);
-    if (arrived || sent)
-        AddTime(properties, PR_MESSAGE_DELIVERY_TIME, arrived ? arrived : sent);
-    if (arrived)
-        g_date_time_unref(arrived);
-}
-
-void AddEnvelope(Properties& properties, GMimeMessage* message)
-{
-    AddText(properties, PR_MESSAGE_CLASS_W, "IPM.Note");
-    const char* subject = g_mime_message_get_subject(message);
-    AddText(properties, PR_SUBJECT_W, subject ? subject : "");
-    AddSender(properties, message);
-    AddDates(properties, message);
-    if (const char* id = g_mime_message_get_message_id(message))
-        AddText(properties, TagInternetMessageId, ("<" + std::string(id) + ">").c_str());
-    AddText(properties, TagInReplyTo, Header(message, "In-Reply-To"));
-    AddText(properties, TagReferences, Header(message, "References"));
-    if (char* headers = g_mime_object_get_headers(GMIME_OBJECT(message), nullptr))
-    {
-        // Headers of old mail are in no known character set; what is no UTF-8 is replaced.
-        char* valid = g_utf8_make_valid(headers, -1);
-        AddText(properties, TagTransportHeaders, valid);
-        g_free(valid);
-        g_free(headers);
-    }
-    AddLong(properties, PR_MESSAGE_FLAGS, MSGFLAG_READ);
-}
-
-std::string DecodedBytes(GMimePart* part)
-{
-    GMimeDataWrapper* content = g_mime_part_get_content(part);
-    if (!content)
-        return {};
-    const GRef<GMimeStream> stream(g_mime_stream_mem_new());
-    if (g_mime_data_wrapper_write_to_stream(content, stream.get()) < 0)
-        throw ToolError("a part can not be decoded");
-    const GByteArray* bytes = g_mime_stream_mem_get_byte_array(GMIME_STREAM_MEM(stream.get()));
-    return std::string(reinterpret_cast<const char*>(bytes->data), bytes->len);
-}
+MessageContent ContentOfBytes(std::string bytes, const std::optional<MailState>& state, int depth,
+                              Notes& notes);
+MessageContent ContentOf(GMimeMessage* message, const std::string& headers,
+                         const std::optional<MailState>& state, int depth, Notes& notes);
 
 /// Collects the parts of one message.
 class PartReader
 {
 public:
-    PartReader(MessageContent& content, int depth)
+    PartReader(MessageContent& content, int depth, Notes& notes)
         : m_content(content)
         , m_depth(depth)
+        , m_notes(notes)
     {
     }
 
-    void Read(GMimeObject* part)
+    void Read(GMimeObject* root)
     {
-        if (GMIME_IS_MULTIPART(part))
-            for (int i = 0, count = g_mime_multipart_get_count(GMIME_MULTIPART(part)); i < count; ++i)
-                Read(g_mime_multipart_get_part(GMIME_MULTIPART(part), i));
-        else if (GMIME_IS_MESSAGE_PART(part))
-            AddEmbedded(GMIME_MESSAGE_PART(part));
-        else if (GMIME_IS_PART(part))
-            ReadLeaf(GMIME_PART(part));
+        m_text = TextPartsOf(root);
+        ReadPart(root);
+        if (m_text.plain)
+            AddBody(TextOf(m_text.plain, m_notes));
+        if (m_text.html)
+            AddHtml(TextOf(m_text.html, m_notes));
     }
 
 private:
+    void ReadPart(GMimeObject* part)
+    {
+        if (GMIME_IS_MULTIPART(part))
+            ReadMultipart(GMIME_MULTIPART(part));
+        else if (GMIME_IS_MESSAGE_PART(part))
+            AddMessage(GMIME_MESSAGE_PART(part));
+        else if (GMIME_IS_PART(part) && part != GMIME_OBJECT(m_text.plain) &&
+                 part != GMIME_OBJECT(m_text.html))
+            ReadLeaf(GMIME_PART(part));
+    }
+
+    void ReadMultipart(GMimeMultipart* part)
+    {
+        const int count = g_mime_multipart_get_count(part);
+        for (int i = 0; i < count; ++i)
+            ReadPart(g_mime_multipart_get_part(part, i));
+        if (count == 0)
+            AddStray(g_mime_multipart_get_prologue(part), "a multipart has no parts: its text is kept");
+        AddStray(g_mime_multipart_get_epilogue(part), "text after the last part is kept as an attachment");
+    }
+
+    /// Text that is in no part, as the body of a message that has no other or else as an attachment.
+    void AddStray(const char* text, const std::string& note)
+    {
+        if (!text || Trimmed(text).empty())
+            return;
+        m_notes.Add(note);
+        if (!m_text.plain && !m_text.html && !m_hasBody)
+            return AddBody(DecodeText(text, "").utf8);
+        AttachmentContent& attachment = NewAttachment(ATTACH_BY_VALUE);
+        AddText(attachment.properties, TagAttachMimeType, "text/plain");
+        AddBytes(attachment.properties, PR_ATTACH_DATA_BIN, text);
+    }
+
+    void AddBody(const std::string& text)
+    {
+        AddText(m_content.properties, PR_BODY_W, WithCrLf(text));
+        m_hasBody = true;
+    }
+
+    /// HTML goes in as UTF-8 with its code page; a message without plain text gets that of its HTML.
+    void AddHtml(const std::string& html)
+    {
+        if (!m_hasBody)
+            AddBody(TextOfHtml(html));
+        AddBytes(m_content.properties, TagHtml, html);
+        AddLong(m_content.properties, TagCodePage, Utf8CodePage);
+    }
+
+    AttachmentContent& NewAttachment(LONG method)
+    {
+        AttachmentContent& attachment = m_content.attachments.emplace_back();
+        AddLong(attachment.properties, PR_ATTACH_METHOD, method);
+        AddLong(attachment.properties, PR_RENDERING_POSITION, -1);
+        return attachment;
+    }
+
+    static void AddNames(Properties& properties, GMimeObject* part, const std::string& shown)
+    {
+        const std::string name = FileNameOf(part);
+        if (!name.empty())
+        {
+            AddText(properties, PR_ATTACH_LONG_FILENAME_W, name);
+            AddText(properties, PR_ATTACH_FILENAME_W, name);
+        }
+        if (!name.empty() || !shown.empty())
+            AddText(properties, PR_DISPLAY_NAME_W, shown.empty() ? name : shown);
+        if (const char* id = g_mime_object_get_content_id(part))
+            AddText(properties, TagAttachContentId, id);
+    }
+
     void ReadLeaf(GMimePart* part)
     {
-        GMimeContentType* type = g_mime_object_get_content_type(GMIME_OBJECT(part));
-        const bool attached = g_mime_part_is_attachment(part) != 0;
-        if (!attached && !m_hasText && g_mime_content_type_is_type(type, "text", "plain"))
-        {
-            m_hasText = true;
-            AddBody(part, PR_BODY_W);
-        }
-        else if (!attached && !m_hasHtml && g_mime_content_type_is_type(type, "text", "html"))
-        {
-            m_hasHtml = true;
-            AddBody(part, TagHtml);
-        }
-        else
-        {
-            AddAttachment(part, type);
-        }
+        std::string bytes = DecodedBytes(part, m_notes);
+        const GText type(
+            g_mime_content_type_get_mime_type(g_mime_object_get_content_type(GMIME_OBJECT(part))));
+        const std::string typeName = LowerCase(type ? type.get() : "");
+        // With a transfer encoding, which such a part should not have, it is not parsed.
+        const bool isMessage = typeName == "message/rfc822" || typeName == "message/global";
+        if (isMessage && IsHeaderLine(bytes.substr(0, bytes.find('\n'))))
+            return Embed(GMIME_OBJECT(part), ContentOfBytes(bytes, std::nullopt, m_depth + 1, m_notes));
+        AttachmentContent& attachment = NewAttachment(ATTACH_BY_VALUE);
+        AddNames(attachment.properties, GMIME_OBJECT(part), std::string());
+        if (type)
+            AddText(attachment.properties, TagAttachMimeType, type.get());
+        AddBytes(attachment.properties, PR_ATTACH_DATA_BIN, std::move(bytes));
     }
 
-    /// Text in UTF-8: for HTML as bytes with their code page, for plain text as wide text.
-    void AddBody(GMimePart* part, ULONG tag)
+    void AddMessage(GMimeMessagePart* part)
     {
-        char* text = GMIME_IS_TEXT_PART(part) ? g_mime_text_part_get_text(GMIME_TEXT_PART(part)) : nullptr;
-        const std::string body = text ? text : DecodedBytes(part);
-        g_free(text);
-        if (PROP_TYPE(tag) == PT_UNICODE)
-            AddText(m_content.properties, tag, body.c_str());
-        else
-        {
-            AddBytes(m_content.properties, tag, body);
-            AddLong(m_content.properties, TagCodePage, Utf8CodePage);
-        }
+        if (GMimeMessage* message = g_mime_message_part_get_message(part))
+            return Embed(GMIME_OBJECT(part), ContentOf(message, "", std::nullopt, m_depth + 1, m_notes));
+        m_notes.Add("an attached message is empty");
+        AttachmentContent& attachment = NewAttachment(ATTACH_BY_VALUE);
+        AddNames(attachment.properties, GMIME_OBJECT(part), std::string());
+        AddText(attachment.properties, TagAttachMimeType, "message/rfc822");
+        AddBytes(attachment.properties, PR_ATTACH_DATA_BIN, std::string());
     }
 
-    void AddAttachment(GMimePart* part, GMimeContentType* type)
+    void Embed(GMimeObject* part, MessageContent content)
     {
-        AttachmentContent attachment;
-        AddLong(attachment.properties, PR_ATTACH_METHOD, ATTACH_BY_VALUE);
-        AddLong(attachment.properties, PR_RENDERING_POSITION, -1);
-        if (const char* name = g_mime_part_get_filename(part))
-        {
-            AddText(attachment.properties, PR_ATTACH_LONG_FILENAME_W, name);
-            AddText(attachment.properties, PR_ATTACH_FILENAME_W, name);
-            AddText(attachment.properties, PR_DISPLAY_NAME_W, name);
-        }
-        if (char* mime = g_mime_content_type_get_mime_type(type))
-        {
-            AddText(attachment.properties, TagAttachMimeType, mime);
-            g_free(mime);
-        }
-        AddText(attachment.properties, TagAttachContentId, g_mime_part_get_content_id(part));
-        AddBytes(attachment.properties, PR_ATTACH_DATA_BIN, DecodedBytes(part));
-        m_content.attachments.push_back(std::move(attachment));
+        AttachmentContent& attachment = NewAttachment(ATTACH_EMBEDDED_MSG);
+        AddNames(attachment.properties, part, SubjectOf(content));
+        attachment.message = std::make_shared<MessageContent>(std::move(content));
     }
 
-    void AddEmbedded(GMimeMessagePart* part);
+    static std::string SubjectOf(const MessageContent& content)
+    {
+        for (const Property& property : content.properties)
+            if (property.tag == PR_SUBJECT_W)
+                return Utf8Of(property);
+        return {};
+    }
 
     MessageContent& m_content;
     const int m_depth;
-    bool m_hasText = false, m_hasHtml = false;
+    Notes& m_notes;
+    TextParts m_text;
+    bool m_hasBody = false;
 };
 
-MessageContent Content(GMimeMessage* message, int depth)
+MessageContent ContentOf(GMimeMessage* message, const std::string& headers,
+                         const std::optional<MailState>& state, int depth, Notes& notes)
 {
     if (depth > DeepestMessage)
         throw ToolError("messages are embedded in each other more than " + std::to_string(DeepestMessage) +
                         " deep");
     MessageContent content;
-    AddEnvelope(content.properties, message);
-    AddRecipients(content.recipients, g_mime_message_get_to(message), MAPI_TO);
-    AddRecipients(content.recipients, g_mime_message_get_cc(message), MAPI_CC);
-    AddRecipients(content.recipients, g_mime_message_get_bcc(message), MAPI_BCC);
+    AddEnvelope(content, message, headers, state, notes);
     if (GMimeObject* root = g_mime_message_get_mime_part(message))
-        PartReader(content, depth).Read(root);
+        PartReader(content, depth, notes).Read(root);
     return content;
 }
 
-void PartReader::AddEmbedded(GMimeMessagePart* part)
+MessageContent ContentOfBytes(std::string bytes, const std::optional<MailState>& state, int depth,
+                              Notes& notes)
 {
-    GMimeMessage* message = g_mime_message_part_get_message(part);
+    const MessageText mail = MendMessage(std::move(bytes), notes);
+    const GRef<GMimeStream> stream(g_mime_stream_mem_new_with_buffer(mail.text.data(), mail.text.size()));
+    const GRef<GMimeParser> parser(g_mime_parser_new_with_stream(stream.get()));
+    const GRef<GMimeMessage> message(g_mime_parser_construct_message(parser.get(), nullptr));
     if (!message)
-        return;
-    AttachmentContent attachment;
-    AddLong(attachment.properties, PR_ATTACH_METHOD, ATTACH_EMBEDDED_MSG);
-    AddLong(attachment.properties, PR_RENDERING_POSITION, -1);
-    AddText(attachment.properties, PR_DISPLAY_NAME_W, g_mime_message_get_subject(message));
-    attachment.message = std::make_shared<MessageContent>(Content(message, m_depth + 1));
-    m_content.attachments.push_back(std::move(attachment));
+        throw ToolError("it is no mail message");
+    return ContentOf(message.get(), mail.headers, state, depth, notes);
 }
 
 } // namespace
@@ -299,9 +197,10 @@ void StartMime()
     static_cast<void>(started);
 }
 
-MessageContent ContentOfMime(GMimeMessage* message)
+MessageContent ContentOfMail(std::string bytes, const std::optional<MailState>& state, Notes& notes)
 {
-    return Content(message, 0);
+    StartMime();
+    return ContentOfBytes(std::move(bytes), state, 0, notes);
 }
 
 } // namespace zeb::tools

@@ -2,27 +2,16 @@
 #pragma once
 
 #include "tools/common/PropertyWriter.h"
-
-#include <gmime/gmime.h>
-
-#include <memory>
+#include "tools/zeb-import/MailState.h"
+#include "tools/zeb-import/Mime.h"
 
 namespace zeb::tools
 {
 
-struct Unref
-{
-    void operator()(void* object) const { g_object_unref(object); }
-};
-/// A counted GMime object.
-template <typename T>
-using GRef = std::unique_ptr<T, Unref>;
-
-/// Starts GMime; once a process.
-void StartMime();
-
-/// Turns a parsed message into properties: class, subject, sender, recipients, dates, identifiers, transport headers,
-/// plain and HTML text, attachments.
-MessageContent ContentOfMime(GMimeMessage* message);
+/// Turns the bytes of a mail into properties: class, subject, author, recipients, dates, identifiers, headers,
+/// plain and HTML text, attachments. Nothing is dropped without a note.
+/// @param state what is known of it besides its headers
+/// @throws ToolError when it is no mail, or when more than 32 messages are embedded in each other
+MessageContent ContentOfMail(std::string bytes, const std::optional<MailState>& state, Notes& notes);
 
 } // namespace zeb::tools

@@ -1,140 +1,186 @@
 #include "tools/zeb-import/MimeSource.h"
 
 #include "tools/common/Failure.h"
+#include "tools/zeb-import/Charset.h"
 #include "tools/zeb-import/MimeMessage.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
 #include <fstream>
+#include <iterator>
 
 namespace zeb::tools
 {
 namespace
 {
 
-GRef<GMimeStream> OpenFile(const std::string& file)
-{
-    StartMime();
-    GError* error = nullptr;
-    GRef<GMimeStream> stream(g_mime_stream_file_open(file.c_str(), "r", &error));
-    if (!stream)
-    {
-        const std::string reason = error ? error->message : "it can not be opened";
-        g_clear_error(&error);
-        throw ToolError("'" + file + "' can not be read: " + reason);
-    }
-    return stream;
-}
+namespace fs = std::filesystem;
 
-FolderPath Named(const std::string& name)
+FolderPath TopNamed(const std::string& name)
 {
     FolderPath path;
     path.names.push_back(name);
     return path;
 }
 
-GRef<GMimeMessage> Parse(GMimeParser* parser)
-{
-    return GRef<GMimeMessage>(g_mime_parser_construct_message(parser, nullptr));
-}
-
-MessageContent ContentOf(const GRef<GMimeMessage>& message)
-{
-    if (!message)
-        throw ToolError("it is no mail message");
-    return ContentOfMime(message.get());
-}
-
-bool HasHeaders(const std::string& file)
+std::string BytesOf(const fs::path& file)
 {
     std::ifstream stream(file, std::ios::binary);
-    std::string line;
-    if (!std::getline(stream, line))
-        return false;
-    const size_t colon = line.find(':');
-    const std::string name = line.substr(0, colon);
-    return colon != std::string::npos && colon > 0 &&
-           std::all_of(name.begin(), name.end(), [](unsigned char c) { return c > ' ' && c < 0x7F; });
+    if (!stream)
+        throw ToolError("it cannot be opened");
+    std::string bytes((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+    if (stream.bad())
+        throw ToolError("it cannot be read");
+    return bytes;
 }
 
-MessageContent ParseEml(const std::string& file)
+bool IsFolder(const fs::path& path)
 {
-    if (!HasHeaders(file))
-        throw ToolError("it is no mail message");
-    const GRef<GMimeStream> stream = OpenFile(file);
-    const GRef<GMimeParser> parser(g_mime_parser_new_with_stream(stream.get()));
-    return ContentOf(Parse(parser.get()));
+    std::error_code ignored;
+    return fs::is_directory(path, ignored);
+}
+
+/// A Maildir keeps its messages in "cur" and "new", and in "tmp" what is not yet delivered.
+bool IsMaildir(const fs::path& directory)
+{
+    return IsFolder(directory / "cur") && IsFolder(directory / "new");
+}
+
+bool IsPartOfMaildir(const fs::path& directory)
+{
+    const std::string name = directory.filename().u8string();
+    return (name == "cur" || name == "new" || name == "tmp") && IsMaildir(directory.parent_path());
+}
+
+/// The path of a folder below: ".Sent.2020" of a Maildir is the folder "2020" in "Sent".
+FolderPath PathBelow(const FolderPath& above, const fs::path& folder, bool inMaildir)
+{
+    const std::string name = folder.filename().u8string();
+    if (!inMaildir || name.size() < 2 || name[0] != '.' || name.find("..") != std::string::npos ||
+        name.back() == '.')
+        return above.Below(name);
+    FolderPath path = above;
+    for (size_t at = 1; at <= name.size();)
+    {
+        const size_t end = std::min(name.find('.', at), name.size());
+        path = path.Below(name.substr(at, end - at));
+        at = end + 1;
+    }
+    return path;
+}
+
+/// The folder itself: "mail/." and "mail/" are the folder "mail".
+fs::path Whole(const fs::path& path)
+{
+    const fs::path whole = fs::absolute(path).lexically_normal();
+    return whole.has_filename() ? whole : whole.parent_path();
 }
 
 } // namespace
 
 MboxSource::MboxSource(const std::string& file)
     : m_file(file)
-    , m_folder(Named(std::filesystem::path(file).stem().string()))
+    , m_folder(TopNamed(fs::u8path(file).stem().u8string()))
+    , m_reader(file)
 {
-    std::error_code ignored;
-    if (!std::filesystem::is_regular_file(file, ignored))
-        throw ToolError("'" + file + "' is no file");
-    std::ifstream stream(file, std::ios::binary);
-    char begin[5] = {};
-    stream.read(begin, sizeof begin);
-    if (!stream || std::memcmp(begin, "From ", sizeof begin) != 0)
-        throw ToolError("'" + file + "' is no mbox file: it does not begin with \"From \"");
 }
 
 void MboxSource::Run(Importer& importer)
 {
     importer.AddFolder(m_folder, {});
-    const GRef<GMimeStream> stream = OpenFile(m_file);
-    const GRef<GMimeParser> parser(g_mime_parser_new_with_stream(stream.get()));
-    g_mime_parser_set_format(parser.get(), GMIME_FORMAT_MBOX);
-    for (uint64_t number = 1; !g_mime_parser_eos(parser.get()); ++number)
-    {
-        const gint64 before = g_mime_parser_tell(parser.get());
-        const GRef<GMimeMessage> message = Parse(parser.get());
-        // Blank lines behind the last message are no message; and a parser that does not move would never end.
-        if (!message && (g_mime_parser_eos(parser.get()) || g_mime_parser_tell(parser.get()) == before))
-            break;
-        importer.AddMessage(m_folder, false, m_file + ", message " + std::to_string(number),
-                            [&] { return ContentOf(message); });
-    }
+    for (MboxMessage message; m_reader.Next(message);)
+        importer.AddMessage(m_folder, false,
+                            m_file + ", message " + std::to_string(message.number) + " at offset " +
+                                std::to_string(message.offset),
+                            [&](Notes& notes)
+                            { return ContentOfMail(std::move(message.bytes), std::nullopt, notes); });
 }
 
-EmlSource::EmlSource(const std::string& folder)
+EmlSource::EmlSource(const std::string& input)
 {
+    const fs::path path = fs::u8path(input);
     std::error_code ignored;
-    if (!std::filesystem::is_directory(folder, ignored))
-        throw ToolError("'" + folder + "' is no folder");
-    // "mail/." and "mail/" are the folder "mail".
-    const std::filesystem::path whole = std::filesystem::absolute(folder).lexically_normal();
-    Walk(folder, Named((whole.has_filename() ? whole : whole.parent_path()).filename().string()));
+    if (fs::is_regular_file(path, ignored))
+    {
+        const fs::path whole = fs::absolute(path).lexically_normal();
+        const fs::path above = whole.parent_path();
+        const fs::path named = above.has_filename() ? above.filename() : whole.stem();
+        m_folders.push_back({TopNamed(named.u8string()), {}});
+        TakeFile(path, m_folders.front());
+        return;
+    }
+    if (!IsFolder(path))
+        throw ToolError("'" + input + "' is no folder and no file");
+    Walk(path, TopNamed(Whole(path).filename().u8string()), true);
 }
 
-void EmlSource::Walk(const std::string& directory, const FolderPath& path)
+void EmlSource::PassOver(const fs::path& path, const std::string& reason)
 {
+    m_passedOver.emplace_back(path.u8string(), reason);
+}
+
+EmlSource::Listing EmlSource::List(const fs::path& directory, bool isTop)
+{
+    Listing listing;
     std::error_code failure;
-    std::vector<std::filesystem::path> folders, files;
-    for (std::filesystem::directory_iterator entry(directory, failure), end; !failure && entry != end;
+    for (fs::directory_iterator entry(directory, failure), end; !failure && entry != end;
          entry.increment(failure))
     {
-        if (entry->is_directory(failure) && !entry->is_symlink(failure))
-            folders.push_back(entry->path());
-        else if (entry->path().extension() == ".eml")
-            files.push_back(entry->path());
+        std::error_code ignored;
+        if (entry->is_directory(ignored) && entry->is_symlink(ignored))
+            PassOver(entry->path(), "it is a link to a folder");
+        else if (entry->is_directory(ignored))
+            listing.folders.push_back(entry->path());
+        else if (entry->is_regular_file(ignored) || entry->is_symlink(ignored))
+            listing.files.push_back(entry->path());
+        else
+            PassOver(entry->path(), "it is no file");
     }
+    if (failure && isTop)
+        throw ToolError("'" + directory.u8string() + "' cannot be read: " + failure.message());
     if (failure)
-        throw ToolError("'" + directory + "' can not be read: " + failure.message());
-    std::sort(folders.begin(), folders.end());
-    std::sort(files.begin(), files.end());
+        m_unreadable.emplace_back(directory.u8string(), failure.message());
+    std::sort(listing.folders.begin(), listing.folders.end());
+    std::sort(listing.files.begin(), listing.files.end());
+    return listing;
+}
+
+void EmlSource::TakeFile(const fs::path& file, Folder& folder)
+{
+    const std::string place =
+        Whole(file.parent_path().empty() ? "." : file.parent_path()).filename().u8string();
+    File taken{file, std::nullopt};
+    if (place == "cur" || place == "new")
+        taken.state = StateInFileName(file.filename().u8string(), place == "new");
+    folder.files.push_back(std::move(taken));
+    ++m_count;
+}
+
+void EmlSource::TakeMaildir(const fs::path& directory, Folder& folder)
+{
+    for (const char* part : {"cur", "new"})
+        for (const fs::path& file : List(directory / part, false).files)
+            TakeFile(file, folder);
+    if (IsFolder(directory / "tmp"))
+        for (const fs::path& file : List(directory / "tmp", false).files)
+            PassOver(file, "it is not yet delivered");
+}
+
+void EmlSource::Walk(const fs::path& directory, const FolderPath& path, bool isTop)
+{
+    const Listing listing = List(directory, isTop);
+    const bool isMaildir = IsMaildir(directory), isPart = IsPartOfMaildir(Whole(directory));
     Folder folder{path, {}};
-    for (const auto& file : files)
-        folder.files.push_back(file.string());
-    m_count += files.size();
+    for (const fs::path& file : listing.files)
+        if (isPart || LowerCase(file.extension().u8string()) == ".eml")
+            TakeFile(file, folder);
+        else
+            PassOver(file, "it is no .eml file");
+    if (isMaildir)
+        TakeMaildir(directory, folder);
     m_folders.push_back(std::move(folder));
-    for (const auto& below : folders)
-        Walk(below.string(), path.Below(below.filename().string()));
+    for (const fs::path& below : listing.folders)
+        if (!IsPartOfMaildir(below))
+            Walk(below, PathBelow(path, below, isMaildir), false);
 }
 
 std::vector<FolderPath> EmlSource::Folders()
@@ -150,9 +196,15 @@ void EmlSource::Run(Importer& importer)
     for (const Folder& folder : m_folders)
     {
         importer.AddFolder(folder.path, {});
-        for (const std::string& file : folder.files)
-            importer.AddMessage(folder.path, false, file, [&] { return ParseEml(file); });
+        for (const File& file : folder.files)
+            importer.AddMessage(folder.path, false, file.path.u8string(),
+                                [&](Notes& notes)
+                                { return ContentOfMail(BytesOf(file.path), file.state, notes); });
     }
+    for (const auto& [path, reason] : m_unreadable)
+        importer.Skip(path, reason);
+    for (const auto& [path, reason] : m_passedOver)
+        importer.PassOver(path, reason);
 }
 
 } // namespace zeb::tools

@@ -1,7 +1,11 @@
-// Mail in mbox files and folders of .eml files.
+// Mail in mbox files, .eml files, folders of them and Maildirs.
 #pragma once
 
 #include "tools/zeb-import/Importer.h"
+#include "tools/zeb-import/MailState.h"
+#include "tools/zeb-import/MboxReader.h"
+
+#include <filesystem>
 
 namespace zeb::tools
 {
@@ -10,7 +14,7 @@ namespace zeb::tools
 class MboxSource : public MailSource
 {
 public:
-    /// @throws ToolError naming the file when it can not be read or is none
+    /// @throws ToolError naming the file when it cannot be read or is none
     explicit MboxSource(const std::string& file);
 
     std::vector<FolderPath> Folders() override { return {m_folder}; }
@@ -20,28 +24,45 @@ public:
 private:
     const std::string m_file;
     FolderPath m_folder;
+    MboxReader m_reader;
 };
 
-/// A folder of .eml files with its subfolders. The top one is named after the folder, the others lie below it.
+/// A folder of .eml files with its subfolders, Maildirs among them, or one file. The top one is named after
+/// the folder, the others are below it; one file goes where the whole of its folder would put it.
 class EmlSource : public MailSource
 {
 public:
-    /// @throws ToolError naming the folder when it can not be read
-    explicit EmlSource(const std::string& folder);
+    /// @throws ToolError naming the folder when it cannot be read
+    explicit EmlSource(const std::string& input);
 
     std::vector<FolderPath> Folders() override;
     uint64_t MessageCount() override { return m_count; }
     void Run(Importer& importer) override;
 
 private:
+    struct File
+    {
+        std::filesystem::path path;
+        std::optional<MailState> state; ///< what the place and the name of the file tell
+    };
     struct Folder
     {
         FolderPath path;
-        std::vector<std::string> files;
+        std::vector<File> files;
     };
-    void Walk(const std::string& directory, const FolderPath& path);
+    struct Listing
+    {
+        std::vector<std::filesystem::path> folders, files;
+    };
+
+    Listing List(const std::filesystem::path& directory, bool isTop);
+    void Walk(const std::filesystem::path& directory, const FolderPath& path, bool isTop);
+    void TakeMaildir(const std::filesystem::path& directory, Folder& folder);
+    void TakeFile(const std::filesystem::path& file, Folder& folder);
+    void PassOver(const std::filesystem::path& path, const std::string& reason);
 
     std::vector<Folder> m_folders;
+    std::vector<std::pair<std::string, std::string>> m_passedOver, m_unreadable; ///< path and reason
     uint64_t m_count = 0;
 };
 

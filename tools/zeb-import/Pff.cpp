@@ -21,7 +21,7 @@ struct FreeEntry
 };
 using Entry = std::unique_ptr<libpff_record_entry_t, FreeEntry>;
 
-constexpr const char* Reading = "a property can not be read";
+constexpr const char* Reading = "a property cannot be read";
 
 /// Calls libpff and throws when it fails.
 template <typename Call>
@@ -91,7 +91,7 @@ uint32_t NumberAt(const std::string& data, size_t offset)
     return number;
 }
 
-/// Where the elements of a multi-valued property begin, and behind them the end of the last: numbers stand
+/// Where the elements of a multi-valued property begin, and after them the end of the last: numbers are
 /// side by side; before texts and binaries stand their count and the offset of each.
 std::vector<size_t> Bounds(const std::string& data, size_t elementSize)
 {
@@ -172,7 +172,7 @@ bool ReadEntry(libpff_record_entry_t* entry, Property& property)
         Do([&](libpff_error_t** error) { return libpff_record_entry_get_value_type(entry, &type, error); }) ==
             0)
         return false;
-    // An object is read by its own means; nothing stands for it here.
+    // An object is read by its own means; it has no property here.
     if (type == PT_OBJECT || type == PT_NULL || type == PT_UNSPECIFIED)
         return false;
     libpff_name_to_id_map_entry_t* map = nullptr;

@@ -45,7 +45,7 @@ int Number(const std::string& what, Call&& call)
 }
 
 /// The properties of one record set of an item, every one with its tag, type, value and name.
-/// @throws ToolError for a value that can not be read
+/// @throws ToolError for a value that cannot be read
 Properties ReadRecordSet(libpff_item_t* item, int index);
 
 /// The number of record sets: one for messages and folders, one a recipient for recipients.

@@ -28,7 +28,7 @@ public:
         libpff_error_t* error = nullptr;
         const ssize_t read = libpff_attachment_data_read_buffer(
             m_attachment.get(), reinterpret_cast<uint8_t*>(buffer), size, &error);
-        pff::Check(read < 0 ? -1 : 0, error, "an attachment can not be read");
+        pff::Check(read < 0 ? -1 : 0, error, "an attachment cannot be read");
         return static_cast<size_t>(read);
     }
 
@@ -60,14 +60,14 @@ void StripSubjectMark(Properties& properties)
 }
 
 /// Leaves the bytes of a large attachment to be read when they are written. Those of an OLE object, which
-/// the file keeps beside its properties, become the property by which MAPI hands them out.
+/// the file keeps next to its properties, become the property by which MAPI hands them out.
 void ReadAttachmentData(const std::shared_ptr<libpff_item_t>& message, pff::Item attachment,
                         Properties& properties)
 {
     size64_t size = 0;
     libpff_error_t* error = nullptr;
     const int known = libpff_attachment_get_data_size(attachment.get(), &size, &error);
-    pff::Check(known, error, "an attachment can not be read");
+    pff::Check(known, error, "an attachment cannot be read");
     Property* data = Find(properties, PROP_ID(PR_ATTACH_DATA_BIN));
     if (known != 1 || (data ? size <= LargestInMemory : size == 0))
         return;
@@ -86,7 +86,7 @@ MessageContent ReadMessage(const std::shared_ptr<libpff_item_t>& item, int depth
 AttachmentContent ReadAttachment(const std::shared_ptr<libpff_item_t>& message, int index, int depth)
 {
     pff::Item attachment =
-        pff::Take("an attachment can not be read", [&](libpff_item_t** item, libpff_error_t** error)
+        pff::Take("an attachment cannot be read", [&](libpff_item_t** item, libpff_error_t** error)
                   { return libpff_message_get_attachment(message.get(), index, item, error); });
     AttachmentContent content;
     content.properties = pff::ReadRecordSet(attachment.get(), 0);
@@ -95,7 +95,7 @@ AttachmentContent ReadAttachment(const std::shared_ptr<libpff_item_t>& message, 
     if (type == LIBPFF_ATTACHMENT_TYPE_ITEM)
     {
         pff::Item embedded =
-            pff::Take("an embedded message can not be read", [&](libpff_item_t** item, libpff_error_t** error)
+            pff::Take("an embedded message cannot be read", [&](libpff_item_t** item, libpff_error_t** error)
                       { return libpff_attachment_get_item(attachment.get(), item, error); });
         // The embedded item lives no longer than its attachment, and that no longer than the message.
         struct Owner
@@ -117,7 +117,7 @@ std::vector<Properties> ReadRecipients(libpff_item_t* message)
 {
     std::vector<Properties> recipients;
     const pff::Item list =
-        pff::Take("the recipients can not be read", [&](libpff_item_t** item, libpff_error_t** error)
+        pff::Take("the recipients cannot be read", [&](libpff_item_t** item, libpff_error_t** error)
                   { return libpff_message_get_recipients(message, item, error); });
     for (int i = 0, count = list ? pff::RecordSets(list.get()) : 0; i < count; ++i)
         recipients.push_back(pff::ReadRecordSet(list.get(), i));
@@ -134,7 +134,7 @@ MessageContent ReadMessage(const std::shared_ptr<libpff_item_t>& item, int depth
     StripSubjectMark(content.properties);
     content.recipients = ReadRecipients(item.get());
     const int attachments =
-        pff::Number("the attachments can not be read", [&](int* number, libpff_error_t** error)
+        pff::Number("the attachments cannot be read", [&](int* number, libpff_error_t** error)
                     { return libpff_message_get_number_of_attachments(item.get(), number, error); });
     for (int i = 0; i < attachments; ++i)
         content.attachments.push_back(ReadAttachment(item, i, depth));

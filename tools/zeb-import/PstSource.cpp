@@ -37,12 +37,12 @@ std::string NameOf(libpff_item_t* folder)
     size_t size = 0;
     libpff_error_t* error = nullptr;
     const int known = libpff_folder_get_utf8_name_size(folder, &size, &error);
-    pff::Check(known, error, "a folder's name can not be read");
+    pff::Check(known, error, "a folder's name cannot be read");
     if (known == 0 || size == 0)
         return {};
     std::string name(size, '\0');
     pff::Check(libpff_folder_get_utf8_name(folder, reinterpret_cast<uint8_t*>(name.data()), size, &error),
-               error, "a folder's name can not be read");
+               error, "a folder's name cannot be read");
     return name.substr(0, name.find('\0'));
 }
 
@@ -55,13 +55,13 @@ uint32_t IdentifierOf(libpff_item_t* item)
 
 int SubFolders(libpff_item_t* folder)
 {
-    return pff::Number("the subfolders can not be read", [&](int* number, libpff_error_t** error)
+    return pff::Number("the subfolders cannot be read", [&](int* number, libpff_error_t** error)
                        { return libpff_folder_get_number_of_sub_folders(folder, number, error); });
 }
 
 pff::Item SubFolder(libpff_item_t* folder, int index)
 {
-    return pff::Take("a folder can not be read", [&](libpff_item_t** item, libpff_error_t** error)
+    return pff::Take("a folder cannot be read", [&](libpff_item_t** item, libpff_error_t** error)
                      { return libpff_folder_get_sub_folder(folder, index, item, error); });
 }
 
@@ -90,7 +90,7 @@ int Messages(libpff_item_t* folder, bool associated)
     if (IsSearch(folder))
         return 0;
     return pff::Number(
-        "the messages can not be counted",
+        "the messages cannot be counted",
         [&](int* number, libpff_error_t** error)
         {
             return associated ? libpff_folder_get_number_of_sub_associated_contents(folder, number, error)
@@ -106,7 +106,7 @@ PstSource::PstSource(const std::string& file)
     std::error_code failure;
     const auto size = std::filesystem::file_size(file, failure);
     if (failure)
-        throw ToolError("'" + m_name + "' can not be read: " + failure.message());
+        throw ToolError("'" + m_name + "' cannot be read: " + failure.message());
     const uint64_t told = SizeInHeader(file);
     if (told == 0)
         throw ToolError("'" + m_name + "' is no PST or OST file");
@@ -118,7 +118,7 @@ PstSource::PstSource(const std::string& file)
     try
     {
         pff::Check(libpff_file_open(m_file, file.c_str(), LIBPFF_OPEN_READ, &error), error,
-                   "'" + m_name + "' can not be opened as a PST or OST file");
+                   "'" + m_name + "' cannot be opened as a PST or OST file");
         Open();
     }
     catch (...)
@@ -178,7 +178,7 @@ FolderPath PstSource::PathOf(libpff_item_t* folder, const FolderPath& above, int
 
 void PstSource::Walk(libpff_item_t* folder, const FolderPath& path)
 {
-    // A folder that can not be read is reported by the import itself.
+    // A folder that cannot be read is reported by the import itself.
     try
     {
         m_count += static_cast<uint64_t>(Messages(folder, false) + Messages(folder, true));
@@ -217,10 +217,10 @@ void PstSource::ImportMessages(Importer& importer, libpff_item_t* folder, const 
             path.Text() + ", " + (associated ? "associated " : "") + "message " + std::to_string(i + 1);
         importer.AddMessage(
             path, associated, item,
-            [&]
+            [&](Notes&)
             {
                 pff::Item raw =
-                    pff::Take("it can not be read",
+                    pff::Take("it cannot be read",
                               [&](libpff_item_t** out, libpff_error_t** error)
                               {
                                   return associated

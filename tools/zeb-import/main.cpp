@@ -1,4 +1,5 @@
 #include "platform/console.h"
+#include "platform/interrupt.h"
 #include "tools/common/Failure.h"
 #include "tools/common/Help.h"
 #include "tools/common/Output.h"
@@ -52,21 +53,52 @@ std::string Counted(uint64_t number, const char* one, const char* many)
     return Grouped(number) + " " + (number == 1 ? one : many);
 }
 
+/// What went in: "3 messages in 1 folder, 1 item skipped".
+std::string Summary(const Importer& importer)
+{
+    std::string text = Counted(importer.Messages(), "message", "messages") + " in " +
+                       Counted(importer.Folders(), "folder", "folders");
+    if (importer.Skipped())
+        text += ", " + Counted(importer.Skipped(), "item", "items") + " skipped";
+    if (importer.Repaired())
+        text += ", " + Counted(importer.Repaired(), "item", "items") + " repaired";
+    if (importer.PassedOver())
+        text += ", " + Counted(importer.PassedOver(), "file", "files") + " passed over";
+    return text;
+}
+
+/// Whatever ends an import early, what is in the store by then is told.
+void Run(MailSource& source, Importer& importer)
+{
+    try
+    {
+        source.Run(importer);
+    }
+    catch (const Interruption&)
+    {
+        throw ToolError("interrupted; in the store now: " + Summary(importer));
+    }
+    catch (...)
+    {
+        throw ToolError(CurrentFailure() + "; in the store now: " + Summary(importer));
+    }
+}
+
 int Import(const Options& options, MailSource& source)
 {
     const std::vector<FolderPath> inbox = InboxFolders(options, source);
     HostSession session(options.profile);
-    uint64_t skipped = 0;
+    zeb::platform::CatchInterrupt();
+    uint64_t incomplete = 0;
     std::string summary;
     {
         Importer importer(session, inbox, source.MessageCount());
-        source.Run(importer);
-        skipped = importer.Skipped();
-        summary = Counted(importer.Messages(), "message", "messages") + " in " +
-                  Counted(importer.Folders(), "folder", "folders");
+        Run(source, importer);
+        incomplete = importer.Skipped() + importer.Repaired();
+        summary = Summary(importer);
     }
-    Print(summary + (skipped ? ", " + Counted(skipped, "item", "items") + " skipped\n" : "\n"));
-    return skipped ? ExitSkipped : ExitDone;
+    Print(summary + "\n");
+    return incomplete ? ExitSkipped : ExitDone;
 }
 
 template <typename Source>
@@ -104,13 +136,14 @@ int main(int argc, char** argv)
     CLI::App app("Brings mail into the default store of a profile.", "zeb-import");
     app.require_subcommand(1);
     app.formatter(std::make_shared<zeb::tools::HelpFormatter>());
-    app.footer("Exit codes: 0 done, 1 failed, 2 wrong usage, 3 done but for the items that were reported and "
-               "skipped.");
+    app.footer("Exit codes: 0 done, 1 failed, 2 wrong usage, 3 done but for the items that were reported as "
+               "skipped or repaired.");
     const auto options = std::make_shared<Options>();
     std::function<int()> action;
     AddKind<PstSource>(app, options, action, "pst", "Imports a PST or OST file with every property", "FILE");
     AddKind<MboxSource>(app, options, action, "mbox", "Imports an mbox file", "FILE");
-    AddKind<EmlSource>(app, options, action, "eml", "Imports a folder of .eml files", "DIR");
+    AddKind<EmlSource>(app, options, action, "eml", "Imports a folder of .eml files, a Maildir, or one file",
+                       "PATH");
     try
     {
         app.parse(argc, argv);

@@ -1,0 +1,43 @@
+#include "tools/zeb-import/MailProperties.h"
+
+#include "platform/text.h"
+
+#include <cstring>
+
+namespace zeb::tools
+{
+
+void AddBytes(Properties& properties, ULONG tag, std::string bytes)
+{
+    Property property;
+    property.tag = tag;
+    property.values.push_back(std::move(bytes));
+    properties.push_back(std::move(property));
+}
+
+void AddText(Properties& properties, ULONG tag, const std::string& text)
+{
+    const platform::WideString wide = platform::WideFromUtf8(text.data(), text.size());
+    AddBytes(properties, tag,
+             std::string(reinterpret_cast<const char*>(wide.data()), wide.size() * sizeof(WCHAR)));
+}
+
+std::string Utf8Of(const Property& property)
+{
+    const std::string& bytes = property.values.front();
+    platform::WideString wide(bytes.size() / sizeof(WCHAR), 0);
+    std::memcpy(wide.data(), bytes.data(), wide.size() * sizeof(WCHAR));
+    return platform::Utf8FromWide(wide.data(), wide.size());
+}
+
+void AddLong(Properties& properties, ULONG tag, LONG number)
+{
+    AddBytes(properties, tag, std::string(reinterpret_cast<const char*>(&number), sizeof number));
+}
+
+void AddTime(Properties& properties, ULONG tag, int64_t ticks)
+{
+    AddBytes(properties, tag, std::string(reinterpret_cast<const char*>(&ticks), sizeof ticks));
+}
+
+} // namespace zeb::tools

@@ -1,0 +1,25 @@
+// What a mail program noted of a message: whether it was read, answered, flagged.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace zeb::tools
+{
+
+struct MailState
+{
+    bool read = true;
+    bool answered = false;
+    bool flagged = false;
+    bool draft = false;
+};
+
+/// The state in the headers "Status" and "X-Status" of mbox files; nothing without either.
+std::optional<MailState> StateInHeaders(const std::string& status, const std::string& otherStatus);
+
+/// The state in the name of a file of a Maildir, "...:2,FRS"; what lies in "new" is unread.
+/// @param isNew whether the file is in "new"
+MailState StateInFileName(const std::string& name, bool isNew);
+
+} // namespace zeb::tools

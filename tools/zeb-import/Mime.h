@@ -1,0 +1,31 @@
+// GMime's objects.
+#pragma once
+
+#include "tools/zeb-import/Notes.h"
+
+#include <gmime/gmime.h>
+
+#include <memory>
+
+namespace zeb::tools
+{
+
+struct Unref
+{
+    void operator()(void* object) const { g_object_unref(object); }
+};
+/// A counted GMime object.
+template <typename T>
+using GRef = std::unique_ptr<T, Unref>;
+
+struct GFree
+{
+    void operator()(void* memory) const { g_free(memory); }
+};
+/// A text that GLib allocated.
+using GText = std::unique_ptr<char, GFree>;
+
+/// Starts GMime; once a process.
+void StartMime();
+
+} // namespace zeb::tools

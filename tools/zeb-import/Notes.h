@@ -1,0 +1,26 @@
+// What is said of a message that was not as it should be.
+#pragma once
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace zeb::tools
+{
+
+/// What was repaired or guessed while a message was read, each kind once.
+class Notes
+{
+public:
+    void Add(const std::string& text)
+    {
+        if (std::find(m_texts.begin(), m_texts.end(), text) == m_texts.end())
+            m_texts.push_back(text);
+    }
+    const std::vector<std::string>& Texts() const { return m_texts; }
+
+private:
+    std::vector<std::string> m_texts;
+};
+
+} // namespace zeb::tools
