@@ -310,9 +310,9 @@ def walk(comparison, store, folder, path, source_top):
     return count
 
 
-def run(command, **more):
+def run(command, codes=(0,), **more):
     done = subprocess.run([str(part) for part in command], capture_output=True, text=True, errors="replace", check=False, **more)
-    if done.returncode != 0:
+    if done.returncode not in codes:
         raise Unreadable(f"{pathlib.Path(command[0]).name} ended with {done.returncode}: {(done.stderr or done.stdout)[-500:]}")
     return done.stdout
 
