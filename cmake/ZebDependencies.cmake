@@ -8,10 +8,10 @@ endif()
 
 # Header-only libraries serve both targets, so they are linked into an include folder of their own: /usr/include
 # must never stand on the cross compiler's path.
-set(ZEB_HEADER_ONLY_ROOT /usr/include CACHE PATH "The folder of CLI/ and nlohmann/")
+set(ZEB_HEADER_ONLY_ROOT /usr/include CACHE PATH "The folder of CLI/, nlohmann/ and xxhash.h")
 set(ZEB_HEADER_ONLY ${CMAKE_BINARY_DIR}/header-only)
 file(MAKE_DIRECTORY ${ZEB_HEADER_ONLY})
-foreach(package CLI nlohmann)
+foreach(package CLI nlohmann xxhash.h)
   if(NOT EXISTS ${ZEB_HEADER_ONLY_ROOT}/${package})
     message(FATAL_ERROR "${ZEB_HEADER_ONLY_ROOT}/${package} is missing: run scripts/setup.sh first")
   endif()
@@ -60,5 +60,15 @@ target_compile_definitions(zeb_sqlite PRIVATE
   SQLITE_LIKE_DOESNT_MATCH_BLOBS SQLITE_OMIT_DEPRECATED SQLITE_OMIT_LOAD_EXTENSION SQLITE_OMIT_SHARED_CACHE
   SQLITE_MAX_EXPR_DEPTH=0)
 target_compile_options(zeb_sqlite PRIVATE ${zeb_no_warnings} ${zeb_optimised})
+
+# Case folding and base letters of Unicode, for zebstore.
+set(ZEB_UTF8PROC_DIR ${ZEB_DEPS_DIR}/utf8proc)
+if(NOT EXISTS ${ZEB_UTF8PROC_DIR}/utf8proc.c)
+  message(FATAL_ERROR "utf8proc is missing: run scripts/setup.sh first (looked in ${ZEB_UTF8PROC_DIR})")
+endif()
+add_library(zeb_utf8proc STATIC EXCLUDE_FROM_ALL ${ZEB_UTF8PROC_DIR}/utf8proc.c)
+target_include_directories(zeb_utf8proc SYSTEM PUBLIC ${ZEB_UTF8PROC_DIR})
+target_compile_definitions(zeb_utf8proc PUBLIC UTF8PROC_STATIC)
+target_compile_options(zeb_utf8proc PRIVATE ${zeb_no_warnings} ${zeb_optimised})
 
 find_package(Threads REQUIRED)

@@ -29,6 +29,8 @@ EXCEPTIONS = {"tools/zeb/": {"zebapi/ProviderSearch.h", "zebstore/zebstore.h"}}
 
 # Headers of other makers, and who may use them.
 THIRD_PARTY = {
+    "utf8proc.h": {"zebstore", "tests"},
+    "xxhash.h": {"zebstore"},
     "sqlite3.h": {"zebstore", "bench", "tests", "fuzz"},
     "CLI/": {"tools", "bench", "tests"},
     "nlohmann/": {"tools", "bench", "tests", "fuzz"},

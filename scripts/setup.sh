@@ -7,7 +7,7 @@ what=${1:-all}
 
 packages=(g++ cmake ninja-build ccache pkg-config git ca-certificates npm
     g++-mingw-w64-x86-64-posix wine wine64 libwine-dev clang-14 lld-14 llvm-14 xz-utils
-    nlohmann-json3-dev libcli11-dev libpff-dev libgmime-3.0-dev libxml2-dev python3 libgtest-dev libgmock-dev googletest)
+    nlohmann-json3-dev libcli11-dev libxxhash-dev libpff-dev libgmime-3.0-dev libxml2-dev python3 libgtest-dev libgmock-dev googletest)
 case $what in
 build | run) ;;
 test) packages+=(clang clang-format clang-tidy libclang-rt-14-dev pff-tools binutils) ;;
@@ -50,3 +50,4 @@ if ! cmp -s "$root/deps/package-lock.json" "$deps/.installed"; then
     (cd "$deps" && npm ci --ignore-scripts --no-audit --no-fund --loglevel=error --cache "$deps/.npm-cache")
     cp "$root/deps/package-lock.json" "$deps/.installed"
 fi
+"$root/scripts/debian-source.sh" utf8proc '*/utf8proc.c' '*/utf8proc.h' '*/utf8proc_data.c' '*/LICENSE.md'
