@@ -1,8 +1,9 @@
 #include "zebstore/storage/Text.h"
 
-#include "zebstore/storage/TextTables.h"
+#include <utf8proc.h>
 
 #include <algorithm>
+#include <array>
 
 namespace zebstore
 {
@@ -105,35 +106,68 @@ bool IsSurrogate(std::uint32_t code)
     return code >= 0xD800 && code <= 0xDFFF;
 }
 
+// One code point decomposes, or folds, to less than these.
+constexpr size_t MostDecomposed = 16;
+
+// @return the code points, 0 for a code point that Unicode does not decompose or fold
+utf8proc_ssize_t Decompose(std::uint32_t code, utf8proc_option_t how,
+                           std::array<utf8proc_int32_t, MostDecomposed>& to)
+{
+    if (IsSurrogate(code))
+        return 0;
+    int boundary = 0;
+    const utf8proc_ssize_t count =
+        utf8proc_decompose_char(static_cast<utf8proc_int32_t>(code), to.data(),
+                                static_cast<utf8proc_ssize_t>(to.size()), how, &boundary);
+    return count < 0 || count > static_cast<utf8proc_ssize_t>(to.size()) ? 0 : count;
+}
+
+// What Unicode's simple case folding gives: one code point for one.
 std::uint32_t FoldCase(std::uint32_t code)
 {
-    const CaseRun* end = g_caseRuns + g_caseRunCount;
-    const CaseRun* run = std::upper_bound(
-        g_caseRuns, end, code, [](std::uint32_t value, const CaseRun& each) { return value < each.first; });
-    if (run == g_caseRuns)
-        return code;
-    --run;
-    if (code > run->last || (code - run->first) % static_cast<std::uint32_t>(run->step) != 0)
-        return code;
-    return static_cast<std::uint32_t>(static_cast<std::int32_t>(code) + run->delta);
+    constexpr std::uint32_t CapitalIWithDot = 0x130; // folds to a sequence or, in Turkish only, to a letter
+    std::array<utf8proc_int32_t, MostDecomposed> folded{};
+    const utf8proc_ssize_t count = Decompose(code, UTF8PROC_CASEFOLD, folded);
+    if (count == 1)
+        return static_cast<std::uint32_t>(folded[0]);
+    // Where the full folding is a sequence, the simple one is the small letter.
+    return count <= 0 || code == CapitalIWithDot
+               ? code
+               : static_cast<std::uint32_t>(utf8proc_tolower(static_cast<utf8proc_int32_t>(code)));
 }
 
-bool IsCombiningMark(std::uint32_t code)
+bool IsNonSpacing(std::uint32_t code)
 {
-    return (code >= 0x300 && code <= 0x36F) || (code >= 0x1AB0 && code <= 0x1AFF) ||
-           (code >= 0x1DC0 && code <= 0x1DFF) || (code >= 0x20D0 && code <= 0x20FF) ||
-           (code >= 0xFE20 && code <= 0xFE2F);
+    const utf8proc_category_t category = utf8proc_category(static_cast<utf8proc_int32_t>(code));
+    return category == UTF8PROC_CATEGORY_MN || category == UTF8PROC_CATEGORY_ME;
 }
 
+// Strokes and bars are no combining marks in Unicode, and whoever searches without accents leaves them out too.
+struct Stroked
+{
+    std::uint32_t letter;
+    char base;
+};
+constexpr Stroked StrokedLetters[] = {{0xD8, 'O'},  {0xF8, 'o'},  {0x110, 'D'}, {0x111, 'd'}, {0x126, 'H'},
+                                      {0x127, 'h'}, {0x141, 'L'}, {0x142, 'l'}, {0x166, 'T'}, {0x167, 't'}};
+
+// The letter that the canonical decomposition has besides marks; the code point itself where there is not just one.
 std::uint32_t WithoutMarks(std::uint32_t code)
 {
-    const MarkRun* end = g_markRuns + g_markRunCount;
-    const MarkRun* run = std::upper_bound(
-        g_markRuns, end, code, [](std::uint32_t value, const MarkRun& each) { return value < each.first; });
-    if (run == g_markRuns)
-        return code;
-    --run;
-    return code <= run->last ? run->base : code;
+    for (const Stroked& each : StrokedLetters)
+        if (each.letter == code)
+            return static_cast<std::uint32_t>(each.base);
+    std::array<utf8proc_int32_t, MostDecomposed> parts{};
+    const utf8proc_ssize_t count = Decompose(code, UTF8PROC_DECOMPOSE, parts);
+    std::uint32_t base = code;
+    int letters = 0;
+    for (utf8proc_ssize_t i = 0; i < count; ++i)
+        if (const auto part = static_cast<std::uint32_t>(parts[static_cast<size_t>(i)]); !IsNonSpacing(part))
+        {
+            base = part;
+            ++letters;
+        }
+    return letters == 1 ? base : code;
 }
 
 char FoldAscii(char c)
@@ -158,7 +192,7 @@ std::string Fold(std::string_view text, bool foldCase, bool dropMarks, size_t ch
         std::uint32_t code = NextCodePoint(text, at, valid);
         if (dropMarks)
         {
-            if (IsCombiningMark(code))
+            if (IsNonSpacing(code))
                 continue;
             code = WithoutMarks(code);
         }
@@ -274,6 +308,11 @@ std::string Folded(std::string_view stored, TextFold fold)
     if (fold == TextFold::Exact)
         return std::string(stored);
     return Fold(stored, fold != TextFold::IgnoreMarks, fold != TextFold::IgnoreCase, stored.size());
+}
+
+const char* UnicodeVersion()
+{
+    return utf8proc_unicode_version();
 }
 
 std::string SortKey(std::string_view stored)

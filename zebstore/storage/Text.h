@@ -1,8 +1,9 @@
 // Text as the store keeps it, and how it is compared.
 //
 // Stored text is UTF-8 in which a lone surrogate of the 16-bit form is kept as its three bytes, so every
-// 16-bit text comes back as it was written. Comparison folds case by Unicode's simple folding, the same on
-// both targets.
+// 16-bit text comes back as it was written. Comparison folds case by Unicode's simple folding and leaves accents
+// out by its canonical decompositions, the same on both targets. The data is utf8proc's; sort keys in files depend
+// on the folding, so another version of it must fold the same or rebuild them.
 #pragma once
 
 #include "platform/mapi.h"
@@ -40,7 +41,7 @@ enum class TextFold
 {
     Exact,
     IgnoreCase,         ///< letters differ in case only: equal
-    IgnoreMarks,        ///< accents are left out
+    IgnoreMarks,        ///< accents (nonspacing marks) are left out, and the strokes of letters like "ø"
     IgnoreCaseAndMarks, ///< both
 };
 
@@ -50,6 +51,8 @@ std::string Folded(std::string_view stored, TextFold fold);
 /// Tables order text by this key: the first SortKeyCharacters characters, case folded, compared byte by byte
 /// (that is by code point).
 std::string SortKey(std::string_view stored);
+/// The version of Unicode whose foldings and decompositions are used, "15.0.0".
+const char* UnicodeVersion();
 constexpr size_t SortKeyCharacters = 255;
 
 } // namespace zebstore

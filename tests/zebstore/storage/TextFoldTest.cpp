@@ -7,6 +7,16 @@ namespace zebstore::test
 namespace
 {
 
+std::string Utf8(std::uint32_t code)
+{
+    WCHAR units[2] = {static_cast<WCHAR>(code), 0};
+    if (code < 0x10000)
+        return StoredFromWide(units, 1);
+    units[0] = static_cast<WCHAR>(0xD800 + ((code - 0x10000) >> 10));
+    units[1] = static_cast<WCHAR>(0xDC00 + ((code - 0x10000) & 0x3FF));
+    return StoredFromWide(units, 2);
+}
+
 TEST(TextFold, CaseIsFoldedBeyondAscii)
 {
     EXPECT_EQ(Folded("Stra\xC3\x9F"
@@ -26,6 +36,50 @@ TEST(TextFold, AccentsAreLeftOutWhenAsked)
     EXPECT_EQ(Folded("\xC3\x89t\xC3\xA9", TextFold::IgnoreMarks), "Ete");
     EXPECT_EQ(Folded("E\xCC\x81t\xC3\xA9", TextFold::IgnoreCaseAndMarks), "ete");
     EXPECT_EQ(Folded("\xC3\x98rsted", TextFold::IgnoreCaseAndMarks), "orsted");
+}
+
+// Sort keys in files are made by this folding: another result needs another schema version.
+TEST(TextFold, TheFoldingOfAllOfUnicodeIsThatOfTheSortKeysInFiles)
+{
+    std::uint64_t hash = 14695981039346656037u; // FNV-1a over all folded code points
+    std::uint64_t folding = 0;
+    for (std::uint32_t code = 0; code < 0x110000; ++code)
+    {
+        if (code >= 0xD800 && code <= 0xDFFF)
+            continue;
+        const std::string text = Utf8(code);
+        const std::string folded = Folded(text, TextFold::IgnoreCase);
+        folding += folded != text;
+        for (const char byte : folded)
+            hash = (hash ^ static_cast<unsigned char>(byte)) * 1099511628211u;
+    }
+    EXPECT_STREQ(UnicodeVersion(), "15.0.0");
+    EXPECT_EQ(folding, 1454u);
+    EXPECT_EQ(hash, 4538059348495901805u);
+}
+
+TEST(TextFold, LettersThatFoldToSequencesHaveASimpleFolding)
+{
+    EXPECT_EQ(Folded(Utf8(0x1E9E), TextFold::IgnoreCase), Utf8(0xDF));
+    EXPECT_EQ(Folded(Utf8(0x1F88), TextFold::IgnoreCase), Utf8(0x1F80));
+    EXPECT_EQ(Folded(Utf8(0x130), TextFold::IgnoreCase), Utf8(0x130));
+    EXPECT_EQ(Folded(Utf8(0x13A0), TextFold::IgnoreCase), Utf8(0x13A0)); // Cherokee folds to capitals
+    EXPECT_EQ(Folded(Utf8(0xAB70), TextFold::IgnoreCase), Utf8(0x13A0));
+    EXPECT_EQ(Folded(Utf8(0x17F), TextFold::IgnoreCase), "s");
+}
+
+TEST(TextFold, BaseLettersAreThoseOfTheCanonicalDecompositions)
+{
+    EXPECT_EQ(Folded(Utf8(0x1EA4), TextFold::IgnoreMarks), "A");                      // two marks
+    EXPECT_EQ(Folded(Utf8(0x622), TextFold::IgnoreMarks), Utf8(0x627));               // Arabic
+    EXPECT_EQ(Folded(Utf8(0x5D0) + Utf8(0x5B8), TextFold::IgnoreMarks), Utf8(0x5D0)); // Hebrew with a point
+    EXPECT_EQ(Folded(Utf8(0x439), TextFold::IgnoreMarks), Utf8(0x438));               // Cyrillic
+    EXPECT_EQ(Folded(Utf8(0xAC00), TextFold::IgnoreMarks),
+              Utf8(0xAC00));                                     // a Hangul syllable is more than one letter
+    EXPECT_EQ(Folded(Utf8(0x1112B), TextFold::IgnoreMarks), ""); // a mark beyond 16 bits
+    EXPECT_EQ(Folded(Utf8(0xDF), TextFold::IgnoreMarks), Utf8(0xDF));
+    EXPECT_EQ(Folded(Utf8(0x141) + Utf8(0x111) + Utf8(0x167), TextFold::IgnoreCaseAndMarks), "ldt");
+    EXPECT_EQ(Folded("\xED\xA0\x80", TextFold::IgnoreCaseAndMarks), "\xED\xA0\x80"); // a lone surrogate
 }
 
 TEST(TextFold, ASortKeyStandsForTheFirstCharacters)
