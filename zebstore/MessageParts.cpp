@@ -251,8 +251,7 @@ HRESULT Message::OpenAttach(ULONG number, LPCIID iid, ULONG flags, LPATTACH* att
                    const Access access = AccessFor(flags, AccessGiven());
                    const Ref<Attachment> opened =
                        Ref<Attachment>::Adopt(new Attachment(*this, number, access, false));
-                   Answer(opened.Get(), iid);
-                   *attach = opened.Get();
+                   *attach = static_cast<IAttach*>(Answer(opened.Get(), iid));
                });
 }
 
@@ -271,8 +270,7 @@ HRESULT Message::CreateAttach(LPCIID iid, ULONG flags, ULONG* number, LPATTACH* 
                    m_numbersKnown = true;
                    const Ref<Attachment> made =
                        Ref<Attachment>::Adopt(new Attachment(*this, m_nextNumber, Access::Write, true));
-                   Answer(made.Get(), iid);
-                   *attach = made.Get();
+                   *attach = static_cast<IAttach*>(Answer(made.Get(), iid));
                    *number = m_nextNumber++;
                });
 }

@@ -64,24 +64,6 @@ std::string SentenceOf(const std::string& path, int code, const std::string& det
     }
 }
 
-// The first region of the write-ahead log's index begins with a header that each commit writes anew. It stays mapped
-// until the connection is closed.
-constexpr int IndexRegionBytes = 32768;
-
-const volatile std::uint32_t* FindLogHeader(Database& database)
-{
-    Query mode(database, "PRAGMA journal_mode");
-    if (!mode.Step() || mode.Bytes(0) != "wal")
-        return nullptr;
-    sqlite3_file* file = nullptr;
-    if (sqlite3_file_control(database.Handle(), "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK ||
-        !file || !file->pMethods || file->pMethods->iVersion < 2 || !file->pMethods->xShmMap)
-        return nullptr;
-    void volatile* region = nullptr;
-    (void)file->pMethods->xShmMap(file, 0, IndexRegionBytes, 0, &region);
-    return static_cast<const volatile std::uint32_t*>(region);
-}
-
 } // namespace
 
 Database::Database(const std::string& path, Mode mode)
@@ -119,20 +101,15 @@ std::uint64_t Database::Commits()
     // What is read within a transaction is of its beginning, not of now.
     if (!sqlite3_get_autocommit(m_handle) || sqlite3_txn_state(m_handle, nullptr) != SQLITE_TXN_NONE)
         return 0;
-    if (!m_logSought)
+    // The data version is that of the last look at the file; the statement makes SQLite look.
+    Query(*this, "PRAGMA data_version").Run();
+    std::uint32_t version = 0;
+    const int code = sqlite3_file_control(m_handle, "main", SQLITE_FCNTL_DATA_VERSION, &version);
+    if (code != SQLITE_OK)
+        Fail(code);
+    if (m_commits == 0 || version != m_dataVersion)
     {
-        m_logHeader = FindLogHeader(*this);
-        m_logSought = true;
-    }
-    if (!m_logHeader)
-        return 0;
-    // What follows a change is read by SQLite, with barriers of its own.
-    std::array<std::uint32_t, 12> header{};
-    for (size_t i = 0; i < header.size(); ++i)
-        header[i] = m_logHeader[i];
-    if (header != m_lastHeader)
-    {
-        m_lastHeader = header;
+        m_dataVersion = version;
         ++m_commits;
     }
     return m_commits;
@@ -155,21 +132,21 @@ sqlite3_stmt* Database::Prepare(std::string_view sql, bool forLong)
     return statement;
 }
 
-Database::Prepared& Database::Cached(const char* sql)
+Database::Prepared& Database::Cached(const char* literal)
 {
-    Prepared& prepared = m_statements[sql];
+    Prepared& prepared = m_statements[literal];
     if (!prepared.statement)
-        prepared.statement = Prepare(sql, true);
+        prepared.statement = Prepare(literal, true);
     return prepared;
 }
 
-Query::Query(Database& database, const char* sql)
+Query::Query(Database& database, const char* literal, Kept)
     : m_database(database)
 {
-    Database::Prepared& prepared = database.Cached(sql);
+    Database::Prepared& prepared = database.Cached(literal);
     if (prepared.busy)
     {
-        m_statement = database.Prepare(sql, false);
+        m_statement = database.Prepare(literal, false);
         return;
     }
     prepared.busy = true;

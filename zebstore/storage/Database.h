@@ -3,7 +3,6 @@
 
 #include "zebstore/Error.h"
 
-#include <array>
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -45,8 +44,8 @@ public:
     const std::string& Path() const { return m_path; }
     sqlite3* Handle() const { return m_handle; }
 
-    /// Becomes another number with each commit to the file, of any connection of any process; costs no statement.
-    /// 0 when that can not be told: in a transaction or a read of this connection, or without a write-ahead log.
+    /// Becomes another number with each commit to the file, of any connection of any process; reads no table.
+    /// 0 when that cannot be told: in a transaction or a read of this connection.
     std::uint64_t Commits();
 
     /// Throws the Error that says what SQLite's code means for this file.
@@ -61,18 +60,15 @@ private:
         sqlite3_stmt* statement = nullptr;
         bool busy = false;
     };
-    Prepared& Cached(const char* sql);
+    Prepared& Cached(const char* literal);
     sqlite3_stmt* Prepare(std::string_view sql, bool forLong);
 
     std::string m_path;
     sqlite3* m_handle = nullptr;
-    std::unordered_map<const void*, Prepared> m_statements;
-    int m_depth = 0; // of transactions
+    std::unordered_map<const void*, Prepared> m_statements; // by the address of the literal
+    int m_depth = 0;                                        // of transactions
     bool m_doomed = false;
-    const volatile std::uint32_t* m_logHeader =
-        nullptr; // in memory that all connections share; lives as long as ours
-    bool m_logSought = false;
-    std::array<std::uint32_t, 12> m_lastHeader{};
+    std::uint32_t m_dataVersion = 0; // as of the last call of Commits
     std::uint64_t m_commits = 0;
 };
 
@@ -81,7 +77,11 @@ class Query
 {
 public:
     /// @param sql a literal: the statement is prepared once for each literal and kept.
-    Query(Database& database, const char* sql);
+    template <size_t N>
+    Query(Database& database, const char (&sql)[N])
+        : Query(database, &sql[0], Kept{})
+    {
+    }
     /// A statement of its own.
     Query(Database& database, const std::string& sql);
     ~Query();
@@ -109,6 +109,11 @@ public:
     bool IsNull(int column) const;
 
 private:
+    struct Kept
+    {
+    };
+    Query(Database& database, const char* literal, Kept);
+
     void Check(int code) const;
     Database& m_database;
     Database::Prepared* m_cached = nullptr;
