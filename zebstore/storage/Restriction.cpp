@@ -87,6 +87,39 @@ void TakeChildren(const SRestriction* children, ULONG count, RestrictionNode& no
         node.children.push_back(Take(children + i, level + 1));
 }
 
+bool AsksForEqualText(const RestrictionNode& node)
+{
+    if (!IsText(node.valueType) || IsNameSearch(node.tag))
+        return false;
+    if (node.kind == RES_PROPERTY)
+        return node.relation == RELOP_EQ;
+    return node.kind == RES_CONTENT && (node.fuzzy & 0xFFFF) == FL_FULLSTRING &&
+           FoldOf(node.fuzzy) == TextFold::IgnoreCase;
+}
+
+// So a row costs one look-up for each property, however many texts are asked for.
+void GatherEqualTexts(RestrictionNode& node)
+{
+    constexpr size_t Many = 16;
+    if (node.children.size() < Many)
+        return;
+    for (size_t i = 0; i < node.children.size(); ++i)
+    {
+        const RestrictionNode& child = node.children[i];
+        if (!AsksForEqualText(child))
+        {
+            node.unequal.push_back(i);
+            continue;
+        }
+        auto texts =
+            std::find_if(node.equal.begin(), node.equal.end(),
+                         [&](const EqualTexts& each) { return PROP_ID(each.tag) == PROP_ID(child.tag); });
+        if (texts == node.equal.end())
+            texts = node.equal.insert(texts, EqualTexts{child.tag, {}});
+        texts->folded.insert(child.foldedValue);
+    }
+}
+
 void TakeSub(const SSubRestriction& source, RestrictionNode& node, int level)
 {
     node.tag = source.ulSubObject;
@@ -145,6 +178,7 @@ RestrictionNode Take(const SRestriction* source, int level)
         break;
     case RES_OR:
         TakeChildren(source->res.resOr.lpRes, source->res.resOr.cRes, node, level);
+        GatherEqualTexts(node);
         break;
     case RES_NOT:
         TakeChildren(source->res.resNot.lpRes, 1, node, level);
@@ -300,6 +334,36 @@ bool ValueMatches(const RestrictionNode& node, const EncodedValue& value)
     }
 }
 
+bool IsOneOf(const EqualTexts& texts, ULONG type, std::string_view bytes)
+{
+    if (type & MV_FLAG)
+    {
+        for (ULONG i = 0; i < ElementCount(type, bytes); ++i)
+            if (IsOneOf(texts, type & ~static_cast<ULONG>(MV_FLAG), Element(type, bytes, i)))
+                return true;
+        return false;
+    }
+    return IsText(type) && texts.folded.count(Folded(StoredTextOf(type, bytes), TextFold::IgnoreCase)) != 0;
+}
+
+bool NodeMatches(const RestrictionNode& node, const ValueSource& values);
+
+bool AnyMatches(const RestrictionNode& node, const ValueSource& values)
+{
+    if (node.equal.empty())
+        return std::any_of(node.children.begin(), node.children.end(),
+                           [&](const RestrictionNode& child) { return NodeMatches(child, values); });
+    for (const EqualTexts& texts : node.equal)
+    {
+        const EncodedValue value = values.Find(texts.tag);
+        std::string room;
+        if (value && IsOneOf(texts, value.Type(), BytesOf(value, room)))
+            return true;
+    }
+    return std::any_of(node.unequal.begin(), node.unequal.end(),
+                       [&](size_t child) { return NodeMatches(node.children[child], values); });
+}
+
 bool NodeMatches(const RestrictionNode& node, const ValueSource& values)
 {
     const auto matches = [&](const RestrictionNode& child) { return NodeMatches(child, values); };
@@ -309,7 +373,7 @@ bool NodeMatches(const RestrictionNode& node, const ValueSource& values)
     case RES_COMMENT:
         return std::all_of(node.children.begin(), node.children.end(), matches);
     case RES_OR:
-        return std::any_of(node.children.begin(), node.children.end(), matches);
+        return AnyMatches(node, values);
     case RES_NOT:
         return !NodeMatches(node.children[0], values);
     case RES_COMPAREPROPS:

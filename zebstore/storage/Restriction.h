@@ -4,10 +4,18 @@
 #include "zebstore/storage/PropertySet.h"
 
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace zebstore
 {
+
+/// Texts that a property is compared with for equality, without case.
+struct EqualTexts
+{
+    ULONG tag = 0;
+    std::unordered_set<std::string> folded;
+};
 
 /// One node, with all that the kind needs; what it does not need is empty.
 struct RestrictionNode
@@ -22,6 +30,10 @@ struct RestrictionNode
     std::string value;       ///< encoded
     std::string foldedValue; ///< text in the fold of `fuzzy` (RES_CONTENT), or case folded (RES_PROPERTY)
     std::vector<RestrictionNode> children;
+    /// RES_OR with many children: those that ask whether a text is equal, to be looked up rather than compared one by one;
+    /// `unequal` are the places of the other children.
+    std::vector<EqualTexts> equal;
+    std::vector<size_t> unequal;
 };
 
 /// A restriction as tables use it.

@@ -111,14 +111,17 @@ void Join(SqlFilter& to, const SqlFilter& more, const char* with)
     to.sql += more.sql;
     to.parameters.insert(to.parameters.end(), more.parameters.begin(), more.parameters.end());
     to.exact = to.exact && more.exact;
+    to.terms += more.terms;
 }
 
 std::optional<SqlFilter> AndFilter(const RestrictionNode& node, const std::vector<ULONG>& computed)
 {
     SqlFilter joined;
+    joined.terms = 0;
     for (const RestrictionNode& child : node.children)
     {
-        if (const std::optional<SqlFilter> filter = MakeFilter(child, computed))
+        const std::optional<SqlFilter> filter = MakeFilter(child, computed);
+        if (filter && joined.terms + filter->terms <= MostSqlTerms)
             Join(joined, *filter, " AND ");
         else
             joined.exact = false;
@@ -131,11 +134,14 @@ std::optional<SqlFilter> AndFilter(const RestrictionNode& node, const std::vecto
 
 std::optional<SqlFilter> OrFilter(const RestrictionNode& node, const std::vector<ULONG>& computed)
 {
+    if (node.children.size() > MostSqlTerms)
+        return std::nullopt;
     SqlFilter joined;
+    joined.terms = 0;
     for (const RestrictionNode& child : node.children)
     {
         const std::optional<SqlFilter> filter = MakeFilter(child, computed);
-        if (!filter)
+        if (!filter || joined.terms + filter->terms > MostSqlTerms)
             return std::nullopt;
         Join(joined, *filter, " OR ");
     }

@@ -22,12 +22,17 @@ struct SqlFilter
     /// The condition lets exactly the rows through that the restriction does, where no sort key was cut
     /// (HasCutKeys); else it lets more through.
     bool exact = true;
+    /// Comparisons in the condition.
+    size_t terms = 1;
 
     /// Binds the parameters from `first` on; the filter must outlive the query. @return the next index
     int Bind(Query& query, int first) const;
 };
 
-/// Nothing when SQL can not narrow the rows at all.
+/// Comparisons that are handed to SQL at most; what is wider is judged row by row by the restriction itself.
+constexpr size_t MostSqlTerms = 500;
+
+/// Nothing when SQL can not narrow the rows at all, or the restriction is too wide for it.
 /// @param computed identifiers that are computed and so not for SQL to judge
 std::optional<SqlFilter> MakeFilter(const RestrictionNode& node, const std::vector<ULONG>& computed);
 

@@ -59,6 +59,8 @@ public:
         node->res.resCompareProps.ulPropTag2 = right;
         return node;
     }
+    SRestriction* Or(const std::vector<SRestriction*>& children) { return Many(RES_OR, children); }
+    SRestriction* And(const std::vector<SRestriction*>& children) { return Many(RES_AND, children); }
     SRestriction* And(std::initializer_list<SRestriction*> children) { return Many(RES_AND, children); }
     SRestriction* Or(std::initializer_list<SRestriction*> children) { return Many(RES_OR, children); }
     SRestriction* Not(SRestriction* child)
@@ -94,7 +96,8 @@ private:
         m_values.push_back(value);
         return &m_values.back();
     }
-    SRestriction* Many(ULONG kind, std::initializer_list<SRestriction*> children)
+    template <typename Children>
+    SRestriction* Many(ULONG kind, const Children& children)
     {
         m_arrays.emplace_back();
         for (const SRestriction* child : children)

@@ -3,6 +3,7 @@
 
 #include "zebstore/storage/RowSelect.h"
 #include "zebstore/storage/RowSource.h"
+#include "zebstore/storage/SqlFilter.h"
 
 #include <random>
 
@@ -132,6 +133,81 @@ TEST_F(SqlFilterTest, RestrictionsSayTheSameEitherWay)
         some += !expected.empty() && expected.size() < 300;
     }
     EXPECT_GT(some, 200u) << "the restrictions must tell rows apart";
+}
+
+TEST_F(SqlFilterTest, ManyAlternativesSayWhatEachOfThemSays)
+{
+    std::mt19937 random(7);
+    for (int i = 0; i < 20; ++i)
+    {
+        std::vector<SRestriction*> leaves;
+        for (size_t left = 16 + random() % 60; left > 0; --left)
+            leaves.push_back(RandomLeaf(random));
+        std::vector<RowKey> expected;
+        for (const MessageId message : Store().MessagesOf(Inbox, false))
+        {
+            const PropertySet properties = Store().LoadMessage(message).properties;
+            if (std::any_of(leaves.begin(), leaves.end(),
+                            [&](const SRestriction* leaf) { return Restriction(*leaf).Matches(properties); }))
+                expected.push_back(message);
+        }
+        const Restriction restriction(*m_make.Or(leaves));
+        ASSERT_EQ(m_rows->Keys(&restriction, nullptr), expected) << i;
+        ASSERT_EQ(Naive(&restriction, nullptr), expected) << i;
+    }
+}
+
+// More comparisons than an SQL statement can have parameters.
+TEST_F(SqlFilterTest, AWideRestrictionThatIsAcceptedIsAnswered)
+{
+    constexpr size_t Wide = 40000;
+    SPropValue wanted = NarrowValue(PR_SUBJECT_A, "alpha");
+    const Restriction single(*m_make.Property(RELOP_EQ, wanted));
+    const std::vector<RowKey> expected = m_rows->Keys(&single, nullptr);
+    ASSERT_FALSE(expected.empty());
+    for (const bool equal : {true, false})
+    {
+        std::vector<SRestriction*> any;
+        std::vector<SRestriction*> all;
+        for (size_t i = 0; i < Wide; ++i)
+        {
+            m_narrow.push_back("no such subject " + std::to_string(i));
+            const SPropValue other = NarrowValue(PR_SUBJECT_A, m_narrow.back().c_str());
+            any.push_back(equal ? m_make.Property(RELOP_EQ, other) : m_make.Content(FL_SUBSTRING, other));
+            all.push_back(m_make.Property(RELOP_NE, other));
+        }
+        any.push_back(m_make.Property(RELOP_EQ, wanted));
+        all.push_back(m_make.Property(RELOP_EQ, wanted));
+        const Restriction wideOr(*m_make.Or(any));
+        const Restriction wideAnd(*m_make.And(all));
+        EXPECT_EQ(m_rows->Keys(&wideOr, nullptr), expected);
+        EXPECT_EQ(m_rows->Keys(&wideAnd, nullptr), expected);
+        EXPECT_FALSE(MakeFilter(wideOr.Root(), {}));
+        const std::optional<SqlFilter> filter = MakeFilter(wideAnd.Root(), {});
+        ASSERT_TRUE(filter);
+        EXPECT_LE(filter->parameters.size(), MostSqlTerms);
+        EXPECT_FALSE(filter->exact);
+    }
+}
+
+TEST_F(SqlFilterTest, ARestrictionThatIsWideByItsDepthIsAnsweredToo)
+{
+    std::vector<SRestriction*> outer;
+    SPropValue wanted = NarrowValue(PR_SUBJECT_A, "alpha");
+    for (int i = 0; i < 120; ++i)
+    {
+        std::vector<SRestriction*> inner;
+        for (int k = 0; k < 400; ++k)
+        {
+            m_narrow.push_back("no such " + std::to_string(i) + " " + std::to_string(k));
+            inner.push_back(m_make.Content(FL_PREFIX, NarrowValue(PR_SUBJECT_A, m_narrow.back().c_str())));
+        }
+        outer.push_back(m_make.Or(inner));
+    }
+    outer.push_back(m_make.Property(RELOP_EQ, wanted));
+    const Restriction single(*m_make.Property(RELOP_EQ, wanted));
+    const Restriction deep(*m_make.Or(outer));
+    EXPECT_EQ(m_rows->Keys(&deep, nullptr), m_rows->Keys(&single, nullptr));
 }
 
 TEST_F(SqlFilterTest, OrdersAreTheSameEitherWay)
