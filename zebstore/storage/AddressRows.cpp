@@ -21,7 +21,7 @@ public:
         : m_computed(computed)
         , m_address(query.Number(0))
         , m_type(static_cast<ULONG>(query.Number(TypeColumn)))
-        , m_blob(query.Bytes(BlobColumn), store)
+        , m_blob(query.Bytes(BlobColumn), store, {"address book entry", m_address})
     {
     }
 

@@ -29,7 +29,7 @@ std::optional<std::vector<LargeReference>> LargeOf(StoreFile& store, AddressId a
     Query query(store.Connection(), "SELECT props FROM address WHERE id=?");
     if (!query.Bind(1, address).Step())
         return std::nullopt;
-    return PropertyBlob(query.Bytes(0), store).LargeReferences();
+    return ReferencesIn(query.Bytes(0));
 }
 
 void BindMember(Query& query, int index, const ListMember& member)
@@ -82,7 +82,9 @@ PropertySet AddressStorage::Properties() const
     if (!IsThere())
         return {};
     Query query(m_store->Connection(), "SELECT props FROM directory");
-    return query.Step() ? PropertyBlob(query.Bytes(0), *m_store).Decode() : PropertySet();
+    return query.Step() && !query.IsNull(0)
+               ? PropertyBlob(query.Bytes(0), *m_store, {"the address book"}).Decode()
+               : PropertySet();
 }
 
 void AddressStorage::SaveProperties(const PropertySet& properties) const
@@ -94,7 +96,7 @@ void AddressStorage::SaveProperties(const PropertySet& properties) const
     {
         Query query(m_store->Connection(), "SELECT props FROM directory");
         if (query.Step())
-            kept = PropertyBlob(query.Bytes(0), *m_store).LargeReferences();
+            kept = ReferencesIn(query.Bytes(0));
     }
     bool large = false;
     const std::string blob = WriteBlob(*m_store, properties, kept, large);
@@ -119,7 +121,7 @@ StoredAddress AddressStorage::Load(AddressId address) const
     if (!query.Bind(1, address).Step())
         ThrowGone(*m_store, MAPI_E_NOT_FOUND);
     return {address, static_cast<ULONG>(query.Number(0)), query.Number(1),
-            PropertyBlob(query.Bytes(2), *m_store).Decode()};
+            PropertyBlob(query.Bytes(2), *m_store, {"address book entry", address}).Decode()};
 }
 
 std::vector<AddressId> AddressStorage::Named(std::string_view displayName) const

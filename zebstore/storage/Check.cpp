@@ -1,4 +1,5 @@
 // StoreFile::CheckWhole: the file's own rules, held against its rows.
+#include "zebstore/storage/MessageRow.h"
 #include "zebstore/storage/PropertyBlob.h"
 #include "zebstore/storage/RecentChanges.h"
 #include "zebstore/storage/Schema.h"
@@ -49,7 +50,12 @@ public:
             m_problems.push_back(owner + ": its properties can not be read");
             return;
         }
-        for (const LargeReference& reference : PropertyBlob(blob, m_store).LargeReferences())
+        if (!PropertyBlob::IsAsWritten(blob))
+        {
+            m_problems.push_back(owner + ": its properties do not match their checksum");
+            return;
+        }
+        for (const LargeReference& reference : ReferencesIn(blob))
         {
             TakeValue(owner, reference.id, reference.size);
             if (reference.form == LargeReference::OwnBytes)
@@ -79,12 +85,28 @@ private:
             m_problems.push_back(owner + ": a reference to a large value is damaged");
             return;
         }
+        std::uint64_t bytes = 0;
+        bool asWritten = true;
         const ChunkRange chunks = LargeChunks(id);
-        Query query(m_store.Connection(), "SELECT sum(length(bytes)) FROM chunk WHERE id BETWEEN ? AND ?");
+        Query query =
+            HasSums()
+                ? Query(m_store.Connection(), "SELECT id, bytes, sum FROM chunk WHERE id BETWEEN ? AND ?")
+                : Query(m_store.Connection(), "SELECT id, bytes FROM chunk WHERE id BETWEEN ? AND ?");
         query.Bind(1, chunks.first).Bind(2, chunks.last);
-        if (!query.Step() || static_cast<std::uint64_t>(query.Number(0)) != size)
+        while (query.Step())
+        {
+            bytes += query.Bytes(1).size();
+            asWritten = asWritten &&
+                        (!HasSums() || PieceChecksum(query.Number(0), query.Bytes(1)) == query.Number(2));
+        }
+        if (bytes != size)
             m_problems.push_back(owner + ": its " + Named("large value", id) + " is not complete");
+        if (!asWritten)
+            m_problems.push_back(owner + ": its " + Named("large value", id) +
+                                 " does not match its checksum");
     }
+
+    bool HasSums() const { return m_store.Version() >= ChecksumVersion; }
 
     StoreFile& m_store;
     Problems& m_problems;
@@ -144,11 +166,18 @@ void CheckFolders(Database& database, References& references, Problems& problems
         problems.push_back(Named("folder", reached.Number(0)) + " is not reached from the root");
 }
 
-void CheckMessages(Database& database, References& references, Problems& problems)
+void CheckMessages(StoreFile& store, References& references, Problems& problems)
 {
-    Query query(database, "SELECT id, parts, props FROM message");
+    Database& database = store.Connection();
+    Query query(database, "SELECT id, props, " ZEB_MESSAGE_COPIES " FROM message");
     while (query.Step())
-        references.Take(Named("message", query.Number(0)), query.Bytes(2));
+    {
+        const std::string message = Named("message", query.Number(0));
+        references.Take(message, query.Bytes(1));
+        if (PropertyBlob::IsSound(query.Bytes(1)) && PropertyBlob::IsAsWritten(query.Bytes(1)) &&
+            !(CopiesOf(PropertyBlob(query.Bytes(1), store).Decode()) == ReadCopies(query, 2)))
+            problems.push_back(message + ": what tables sort and restrict by does not match its properties");
+    }
     Query parts(
         database,
         "SELECT id FROM message m WHERE ((parts & 2) != 0) != EXISTS(SELECT 1 FROM recipient r WHERE "
@@ -189,9 +218,11 @@ void CheckAddresses(Database& database, References& references, Problems& proble
     std::int64_t rows = 0;
     for (; query.Step(); ++rows)
         references.Take(Named("address book entry", query.Number(0)), query.Bytes(1));
-    Query directory(database, "SELECT rows FROM directory");
+    Query directory(database, "SELECT rows, props FROM directory");
     if (!directory.Step() || directory.Number(0) != rows)
         problems.push_back("the address book does not count its " + std::to_string(rows) + " entries");
+    else if (!directory.IsNull(1))
+        references.Take("the address book", directory.Bytes(1));
     Query members(database, "SELECT m.list, m.number FROM member m JOIN address a ON a.id=m.list "
                             "WHERE (m.address IS NULL) = (m.entry IS NULL) OR a.type != ?");
     members.Bind(1, MAPI_DISTLIST);
@@ -217,7 +248,7 @@ std::vector<std::string> StoreFile::CheckWhole()
         }
         CheckCounters(*m_database, problems);
         CheckFolders(*m_database, references, problems);
-        CheckMessages(*m_database, references, problems);
+        CheckMessages(*this, references, problems);
         CheckParts(*m_database, references, problems);
         if (CheckSchema(*m_database) >= AddressBookVersion)
             CheckAddresses(*m_database, references, problems);

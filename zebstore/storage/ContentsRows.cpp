@@ -40,7 +40,7 @@ public:
                 return *value;
         }
         if (!m_blob)
-            m_blob.emplace(m_query.Bytes(m_blobColumn), m_store);
+            m_blob.emplace(m_query.Bytes(m_blobColumn), m_store, BlobOwner{"message", m_message});
         return m_blob->Find(tag);
     }
 
@@ -85,6 +85,13 @@ public:
     }
 
     ULONG Count() override { return m_store->Rows(m_folder, m_associated); }
+
+    void RequireAllRows(size_t seen) override
+    {
+        // A change in between explains another number; the store looks at both at one moment.
+        if (seen != Count())
+            m_store->RequireAllRows(m_folder, m_associated);
+    }
 
     std::uint64_t Generation() override { return m_store->Generation(m_folder, m_associated); }
 
@@ -178,7 +185,7 @@ public:
         query.Bind(1, m_first).Bind(2, m_last);
         while (query.Step())
         {
-            const PropertyBlob blob(query.Bytes(0), *m_store);
+            const PropertyBlob blob(query.Bytes(0), *m_store, {"a message of folder", m_folder});
             for (size_t i = 0; i < blob.Count(); ++i)
                 columns.Add(blob.At(i).tag);
         }

@@ -1,6 +1,8 @@
 #include "zebstore/storage/LargeStorage.h"
 
+#include "zebstore/storage/Checksum.h"
 #include "zebstore/storage/Encoding.h"
+#include "zebstore/storage/Schema.h"
 
 #include <algorithm>
 #include <atomic>
@@ -51,14 +53,16 @@ std::int64_t WriteChunks(Database& database, const LargeValue& value, std::uint6
     Query add(database, "INSERT INTO large(size) VALUES(?) RETURNING id");
     add.Bind(1, static_cast<std::int64_t>(size)).Step();
     const std::int64_t id = add.Number(0);
-    Query write(database, "INSERT INTO chunk(id, bytes) VALUES(?, ?)");
+    Query write(database, "INSERT INTO chunk(id, bytes, sum) VALUES(?, ?, ?)");
     std::string piece(static_cast<size_t>(std::min<std::uint64_t>(size, ChunkSize)), '\0');
     for (std::uint64_t offset = 0; offset < size; offset += ChunkSize)
     {
         const size_t count = value.Read(offset, &piece[0], piece.size());
         if (count != std::min<std::uint64_t>(size - offset, ChunkSize))
             throw Error(MAPI_E_CORRUPT_DATA, "A large value ended before its size.");
-        write.Bind(1, ChunkId(id, offset / ChunkSize)).BindBlob(2, {piece.data(), count}).Run();
+        const std::int64_t key = ChunkId(id, offset / ChunkSize);
+        const std::string_view bytes(piece.data(), count);
+        write.Bind(1, key).BindBlob(2, bytes).Bind(3, PieceChecksum(key, bytes)).Run();
         write.Reset();
     }
     return id;
@@ -248,6 +252,11 @@ private:
 
 } // namespace
 
+std::int64_t PieceChecksum(std::int64_t key, std::string_view bytes)
+{
+    return static_cast<std::int64_t>(Checksum(bytes, static_cast<std::uint64_t>(key)));
+}
+
 std::string LargeReference::Encoded() const
 {
     std::string bytes(1, static_cast<char>(form));
@@ -300,15 +309,23 @@ size_t StoredLargeValue::ReadChunks(std::int64_t id, std::uint64_t size, std::ui
     if (offset >= size)
         return 0;
     count = static_cast<size_t>(std::min<std::uint64_t>(count, size - offset));
-    Query query(m_store->Connection(), "SELECT bytes FROM chunk WHERE id=?");
+    const bool hasSums = m_store->Version() >= ChecksumVersion;
+    Query query = hasSums ? Query(m_store->Connection(), "SELECT bytes, sum FROM chunk WHERE id=?")
+                          : Query(m_store->Connection(), "SELECT bytes FROM chunk WHERE id=?");
     for (size_t done = 0; done < count;)
     {
         const size_t within = (offset + done) % ChunkSize;
-        query.Bind(1, ChunkId(id, (offset + done) / ChunkSize));
+        const std::int64_t key = ChunkId(id, (offset + done) / ChunkSize);
+        query.Bind(1, key);
         if (!query.Step())
             throw Error(MAPI_E_OBJECT_DELETED,
                         "A large value of the store file '" + m_store->Path() + "' has been replaced.");
         const std::string_view chunk = query.Bytes(0);
+        // Whoever reads a piece in small steps pays for its checksum once.
+        if (hasSums && m_verified != key && PieceChecksum(key, chunk) != query.Number(1))
+            throw Error(MAPI_E_CORRUPT_DATA,
+                        "A large value of the store file '" + m_store->Path() + "' is damaged.");
+        m_verified = key;
         const size_t part = std::min(count - done, ChunkSize - within);
         if (chunk.size() < within + part)
             throw Error(MAPI_E_CORRUPT_DATA,

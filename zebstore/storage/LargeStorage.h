@@ -57,7 +57,9 @@ private:
 
     std::shared_ptr<StoreFile> m_store;
     LargeReference m_reference;
-    mutable bool m_converted = false; // under the store's lock
+    // Under the store's lock.
+    mutable std::int64_t m_verified = 0; // the key of the piece that was read last
+    mutable bool m_converted = false;
     mutable std::string m_text;
 };
 
@@ -74,6 +76,8 @@ LargeReference WriteLarge(Database& database, ULONG type, std::string_view encod
 void DeleteLarge(Database& database, std::int64_t id);
 /// Whether a number can be a value's: false only where a reference is damaged.
 bool CanBeLargeId(std::int64_t id);
+/// The checksum of a piece, as the table chunk keeps it.
+std::int64_t PieceChecksum(std::int64_t key, std::string_view bytes);
 /// The keys that the pieces of a value have.
 struct ChunkRange
 {

@@ -1,5 +1,6 @@
 #include "zebstore/storage/PropertyBlob.h"
 
+#include "zebstore/storage/Checksum.h"
 #include "zebstore/storage/Encoding.h"
 
 #include <algorithm>
@@ -11,17 +12,44 @@ namespace zebstore
 namespace
 {
 
-constexpr char BlobVersion = 1;
+constexpr char VersionWithoutChecksum = 1;
+constexpr char BlobVersion = 2;
+constexpr size_t ChecksumSize = 8;
 constexpr size_t HeaderSize = 4;
 constexpr size_t EntrySize = 8;
 constexpr ULONG LargeFlag = 0x8000;
 
-size_t CountOf(std::string_view bytes)
+// The blob without its checksum; empty when it is too short or of no known version.
+std::string_view WithoutChecksum(std::string_view bytes)
 {
-    if (bytes.size() < HeaderSize || bytes[0] != BlobVersion)
-        return 0;
-    const size_t count = ReadNumber<std::uint16_t>(bytes, 2);
-    return HeaderSize + count * EntrySize <= bytes.size() ? count : 0;
+    if (bytes.size() >= HeaderSize && bytes[0] == VersionWithoutChecksum)
+        return bytes;
+    if (bytes.size() >= HeaderSize + ChecksumSize && bytes[0] == BlobVersion)
+        return bytes.substr(0, bytes.size() - ChecksumSize);
+    return {};
+}
+
+size_t CountOf(std::string_view body)
+{
+    return ReadNumber<std::uint16_t>(body, 2);
+}
+
+// True when the last property of the index ends where the bytes do.
+bool EndsWithItsValues(std::string_view body)
+{
+    if (body.empty())
+        return false;
+    const size_t index = HeaderSize + CountOf(body) * EntrySize;
+    if (index > body.size())
+        return false;
+    const size_t values = CountOf(body) == 0 ? 0 : ReadNumber<std::uint32_t>(body, index - 4);
+    return body.size() - index == values;
+}
+
+void AppendChecksum(std::string& body)
+{
+    body[0] = BlobVersion;
+    AppendNumber(body, Checksum(body));
 }
 
 bool CanBeLarge(ULONG type)
@@ -81,11 +109,15 @@ std::optional<std::string_view> InlineBytes(const PropertySet::Item& item, std::
 
 } // namespace
 
-PropertyBlob::PropertyBlob(std::string_view bytes, StoreFile& store)
-    : m_bytes(bytes)
+PropertyBlob::PropertyBlob(std::string_view bytes, StoreFile& store, const BlobOwner& owner)
+    : m_bytes(WithoutChecksum(bytes))
     , m_store(&store)
-    , m_count(CountOf(bytes))
 {
+    if (!EndsWithItsValues(m_bytes) || !IsAsWritten(bytes))
+        throw Error(MAPI_E_CORRUPT_DATA, std::string("The properties of ") + owner.what +
+                                             (owner.id == 0 ? "" : " " + std::to_string(owner.id)) +
+                                             " in the store file '" + store.Path() + "' are damaged.");
+    m_count = CountOf(m_bytes);
 }
 
 ULONG PropertyBlob::RawTag(size_t index) const
@@ -150,33 +182,56 @@ PropertySet PropertyBlob::Decode() const
     return properties;
 }
 
-std::vector<LargeReference> PropertyBlob::LargeReferences() const
-{
-    std::vector<LargeReference> references;
-    for (size_t i = 0; i < m_count; ++i)
-        if (RawTag(i) & LargeFlag)
-            references.push_back(LargeReference::Decode(RawBytes(i)));
-    return references;
-}
-
 bool PropertyBlob::IsSound(std::string_view bytes)
 {
-    if (bytes.size() < HeaderSize || bytes[0] != BlobVersion)
+    const std::string_view body = WithoutChecksum(bytes);
+    if (!EndsWithItsValues(body))
         return false;
-    const size_t count = ReadNumber<std::uint16_t>(bytes, 2);
     size_t before = 0;
     ULONG idBefore = 0;
-    for (size_t i = 0; i < count; ++i)
+    for (size_t i = 0; i < CountOf(body); ++i)
     {
         const size_t at = HeaderSize + i * EntrySize;
-        const size_t end = ReadNumber<std::uint32_t>(bytes, at + 4);
-        const ULONG id = ReadNumber<std::uint16_t>(bytes, at);
-        if (bytes.size() < at + EntrySize || end < before || (i > 0 && id <= idBefore))
+        const size_t end = ReadNumber<std::uint32_t>(body, at + 4);
+        const ULONG id = ReadNumber<std::uint16_t>(body, at);
+        if (end < before || (i > 0 && id <= idBefore))
             return false;
         before = end;
         idBefore = id;
     }
-    return bytes.size() == HeaderSize + count * EntrySize + before;
+    return true;
+}
+
+bool PropertyBlob::IsAsWritten(std::string_view bytes)
+{
+    const std::string_view body = WithoutChecksum(bytes);
+    return body.size() == bytes.size() || Checksum(body) == ReadNumber<std::uint64_t>(bytes, body.size());
+}
+
+std::string PropertyBlob::Sealed(std::string_view bytes)
+{
+    if (!IsSound(bytes))
+        return std::string(bytes);
+    std::string sealed(WithoutChecksum(bytes));
+    AppendChecksum(sealed);
+    return sealed;
+}
+
+std::vector<LargeReference> ReferencesIn(std::string_view blob)
+{
+    std::vector<LargeReference> references;
+    if (!PropertyBlob::IsSound(blob) || !PropertyBlob::IsAsWritten(blob))
+        return references;
+    const size_t values = HeaderSize + CountOf(blob) * EntrySize;
+    size_t begin = 0;
+    for (size_t at = HeaderSize; at < values; at += EntrySize)
+    {
+        const size_t end = ReadNumber<std::uint32_t>(blob, at + 4);
+        if (ReadNumber<std::uint16_t>(blob, at + 2) & LargeFlag)
+            references.push_back(LargeReference::Decode(blob.substr(values + begin, end - begin)));
+        begin = end;
+    }
+    return references;
 }
 
 std::uint64_t StoredSize(const PropertySet::Item& item)
@@ -221,7 +276,9 @@ std::string WriteBlob(StoreFile& store, const PropertySet& properties, std::vect
         AppendNumber(index, static_cast<std::uint16_t>(PROP_TYPE(item.tag) | (bytes ? 0 : LargeFlag)));
         AppendNumber(index, static_cast<std::uint32_t>(values.size()));
     }
-    return index + values;
+    index += values;
+    AppendChecksum(index);
+    return index;
 }
 
 } // namespace zebstore

@@ -55,6 +55,10 @@ public:
 
     /// Rows without any restriction; does not scan.
     virtual ULONG Count() = 0;
+    /// Called when `seen` rows were read and the source should have no more: the rows of a damaged file must not be taken
+    /// for none.
+    /// @throws Error MAPI_E_CORRUPT_STORE when rows are lost
+    virtual void RequireAllRows(size_t /*seen*/) {}
     /// Becomes another number whenever rows, their order or their values may have changed.
     virtual std::uint64_t Generation() = 0;
     /// Until the result is dropped, all that is asked of the source is of one moment.

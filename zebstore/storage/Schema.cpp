@@ -1,5 +1,12 @@
 #include "zebstore/storage/Schema.h"
 
+#include "zebstore/storage/LargeStorage.h"
+#include "zebstore/storage/PropertyBlob.h"
+
+#include <sqlite3.h>
+
+#include <new>
+
 namespace zebstore
 {
 
@@ -10,7 +17,8 @@ struct TableSql
 {
     const char* name;
     const char* sql;
-    std::int64_t since; // the schema version that brought it
+    std::int64_t since;          // the schema version that brought it
+    const char* older = nullptr; // its statement in files before ChecksumVersion, where that differs
 };
 
 // folder.key is the sort key of the folder's name; siblings never share one.
@@ -27,7 +35,7 @@ struct TableSql
 // attachment.props ... are property blobs (see PropertyBlob.h).
 //
 // A large value is cut into pieces; chunk.id is the value's id, shifted left by 24 bits, plus the piece's
-// number.
+// number, and chunk.sum the checksum of the piece.
 //
 // address holds the entries of the address book; its key is the sort key of the entry's name, by which they are
 // listed. A member of a list is either an entry of this file or the identifier of a foreign one. The one row of
@@ -61,7 +69,8 @@ constexpr TableSql Tables[] = {
      "PRIMARY KEY(message, number)) WITHOUT ROWID",
      1},
     {"large", "CREATE TABLE large(id INTEGER PRIMARY KEY AUTOINCREMENT, size INTEGER NOT NULL)", 1},
-    {"chunk", "CREATE TABLE chunk(id INTEGER PRIMARY KEY, bytes BLOB NOT NULL)", 1},
+    {"chunk", "CREATE TABLE chunk(id INTEGER PRIMARY KEY, bytes BLOB NOT NULL, sum INTEGER)", 1,
+     "CREATE TABLE chunk(id INTEGER PRIMARY KEY, bytes BLOB NOT NULL)"},
     {"named",
      "CREATE TABLE named(id INTEGER PRIMARY KEY CHECK(id BETWEEN 32768 AND 65534), guid BLOB NOT NULL, "
      "kind INTEGER NOT NULL, number INTEGER NOT NULL, name TEXT NOT NULL, UNIQUE(guid, kind, number, name))",
@@ -88,7 +97,8 @@ constexpr TableSql Tables[] = {
      3},
 };
 
-std::int64_t ReadPragma(Database& database, const char* sql)
+template <size_t N>
+std::int64_t ReadPragma(Database& database, const char (&sql)[N])
 {
     Query query(database, sql);
     return query.Step() ? query.Number(0) : 0;
@@ -120,7 +130,54 @@ std::int64_t OldVersion(Database& database)
     if (ReadPragma(database, "PRAGMA application_id") != ApplicationId)
         return 0;
     const std::int64_t version = ReadPragma(database, "PRAGMA user_version");
-    return version == FirstVersion || version == VersionWithoutAddresses ? version : 0;
+    return version >= FirstVersion && version < SchemaVersion ? version : 0;
+}
+
+std::string_view BytesOf(sqlite3_value* value)
+{
+    const void* bytes = sqlite3_value_blob(value);
+    return {static_cast<const char*>(bytes), static_cast<size_t>(sqlite3_value_bytes(value))};
+}
+
+// Two functions for SQL: sealed(blob) and piece_sum(id, bytes).
+void Seal(sqlite3_context* context, int, sqlite3_value** values)
+{
+    try
+    {
+        const std::string sealed = PropertyBlob::Sealed(BytesOf(values[0]));
+        sqlite3_result_blob64(context, sealed.data(), sealed.size(), SQLITE_TRANSIENT);
+    }
+    catch (const std::bad_alloc&)
+    {
+        sqlite3_result_error_nomem(context);
+    }
+}
+
+void SumPiece(sqlite3_context* context, int, sqlite3_value** values)
+{
+    sqlite3_result_int64(context, PieceChecksum(sqlite3_value_int64(values[0]), BytesOf(values[1])));
+}
+
+// What is damaged already cannot be told from what is not, except where an index does not fit its bytes: that is left
+// as it is.
+void AddChecksums(Database& database)
+{
+    constexpr int flags = SQLITE_UTF8 | SQLITE_DETERMINISTIC;
+    const auto define = [&](const char* name, int arguments, auto* function)
+    {
+        const int code = sqlite3_create_function_v2(database.Handle(), name, arguments, flags, nullptr,
+                                                    function, nullptr, nullptr, nullptr);
+        if (code != SQLITE_OK)
+            database.Fail(code);
+    };
+    define("sealed", 1, Seal);
+    define("piece_sum", 2, SumPiece);
+    database.Execute("ALTER TABLE chunk ADD COLUMN sum INTEGER");
+    database.Execute("UPDATE chunk SET sum=piece_sum(id, bytes)");
+    for (const char* table :
+         {"store", "folder", "message", "recipient", "attachment", "address", "directory"})
+        database.Execute(
+            ("UPDATE " + std::string(table) + " SET props=sealed(props) WHERE props IS NOT NULL").c_str());
 }
 
 } // namespace
@@ -146,6 +203,7 @@ void UpgradeSchema(Database& database)
     if (version == FirstVersion)
         database.Execute("ALTER TABLE contents ADD COLUMN recent BLOB");
     AddTables(database, version);
+    AddChecksums(database);
     WriteVersion(database);
     CheckSchema(database);
     transaction.Commit();
@@ -173,7 +231,8 @@ std::int64_t CheckSchema(Database& database)
         if (table.since > version)
             continue;
         query.BindText(1, table.name);
-        if (!query.Step() || query.Bytes(0) != table.sql)
+        const bool isOlder = table.older && version < ChecksumVersion;
+        if (!query.Step() || query.Bytes(0) != (isOlder ? table.older : table.sql))
             throw Error(MAPI_E_CORRUPT_STORE,
                         file + "is damaged: its table '" + table.name + "' is not as it must be.");
         query.Reset();

@@ -8,9 +8,11 @@ namespace zebstore
 
 /// "ZEBS", in the file's header.
 constexpr std::int32_t ApplicationId = 0x5A454253;
-constexpr std::int32_t SchemaVersion = 3;
+constexpr std::int32_t SchemaVersion = 4;
 /// The version that brought the address book.
 constexpr std::int32_t AddressBookVersion = 3;
+/// The version that brought checksums of property blobs and of the pieces of large values.
+constexpr std::int32_t ChecksumVersion = 4;
 
 /// Bits of message.parts: what a message has beside its row, so that deleting one without them touches
 /// nothing else.
@@ -28,7 +30,8 @@ void CreateSchema(Database& database);
 
 /// True for a store of an older version that UpgradeSchema brings to this one.
 bool NeedsUpgrade(Database& database);
-/// Brings a file of an older version to this one, in place; leaves any other as it is.
+/// Brings a file of an older version to this one, in place; leaves any other as it is. Gives every row and piece its
+/// checksum, and so reads and writes the whole file.
 /// @throws Error MAPI_E_CORRUPT_STORE; the file is then as it was
 void UpgradeSchema(Database& database);
 

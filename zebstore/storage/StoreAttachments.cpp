@@ -1,5 +1,6 @@
 // Recipients and attachments of StoreFile's messages.
 #include "zebstore/storage/PropertyBlob.h"
+#include "zebstore/storage/Schema.h"
 #include "zebstore/storage/StoreParts.h"
 
 namespace zebstore
@@ -8,10 +9,11 @@ namespace zebstore
 namespace
 {
 
-std::uint64_t LargeBytes(const PropertyBlob& blob)
+// What a stored part adds to the size of its message.
+std::uint64_t BytesOf(std::string_view blob)
 {
-    std::uint64_t bytes = 0;
-    for (const LargeReference& reference : blob.LargeReferences())
+    std::uint64_t bytes = blob.size();
+    for (const LargeReference& reference : ReferencesIn(blob))
         bytes += reference.size;
     return bytes;
 }
@@ -33,7 +35,7 @@ OldAttachment ReadOldAttachment(StoreFile& store, MessageId message, ULONG numbe
     {
         old.exists = true;
         old.embedded = query.Number(0);
-        old.large = PropertyBlob(query.Bytes(1), store).LargeReferences();
+        old.large = ReferencesIn(query.Bytes(1));
     }
     return old;
 }
@@ -86,6 +88,26 @@ void WriteAttachment(StoreFile& store, MessageId message, const AttachmentEdit& 
     throw Error(MAPI_E_NOT_FOUND, "The attachment is not in the store file '" + store.Path() + "' any more.");
 }
 
+std::vector<ULONG> NumbersOf(StoreFile& store, MessageId message)
+{
+    std::vector<ULONG> numbers;
+    Query query(store.Connection(), "SELECT number FROM attachment WHERE message=? ORDER BY number");
+    query.Bind(1, message);
+    while (query.Step())
+        numbers.push_back(static_cast<ULONG>(query.Number(0)));
+    return numbers;
+}
+
+// A message whose row tells of parts of this kind has some; where none are found they are lost.
+void RequireNone(StoreFile& store, MessageId message, MessageParts kind)
+{
+    Query query(store.Connection(), "SELECT 1 FROM message WHERE id=? AND (parts & ?) != 0");
+    if (query.Bind(1, message).Bind(2, kind).Step())
+        throw Error(MAPI_E_CORRUPT_STORE, "The store file '" + store.Path() + "' is damaged: " +
+                                              (kind == HasRecipients ? "the recipients" : "the attachments") +
+                                              " of message " + std::to_string(message) + " are missing.");
+}
+
 } // namespace
 
 void DeleteReferences(Database& database, const std::vector<LargeReference>& references)
@@ -103,7 +125,7 @@ void WriteRecipients(StoreFile& store, MessageId message, const std::vector<Prop
         Query query(database, "SELECT props FROM recipient WHERE message=?");
         query.Bind(1, message);
         while (query.Step())
-            for (const LargeReference& reference : PropertyBlob(query.Bytes(0), store).LargeReferences())
+            for (const LargeReference& reference : ReferencesIn(query.Bytes(0)))
                 kept.push_back(reference);
     }
     Query(database, "DELETE FROM recipient WHERE message=?").Bind(1, message).Run();
@@ -135,7 +157,7 @@ PartsSummary SummarizeParts(StoreFile& store, MessageId message)
         while (query.Step())
         {
             summary.recipients = true;
-            summary.bytes += query.Bytes(0).size() + LargeBytes(PropertyBlob(query.Bytes(0), store));
+            summary.bytes += BytesOf(query.Bytes(0));
         }
     }
     Query query(store.Connection(),
@@ -145,8 +167,7 @@ PartsSummary SummarizeParts(StoreFile& store, MessageId message)
     while (query.Step())
     {
         summary.attachments = true;
-        summary.bytes += query.Bytes(0).size() + LargeBytes(PropertyBlob(query.Bytes(0), store)) +
-                         static_cast<std::uint64_t>(query.Number(1));
+        summary.bytes += BytesOf(query.Bytes(0)) + static_cast<std::uint64_t>(query.Number(1));
     }
     return summary;
 }
@@ -154,7 +175,7 @@ PartsSummary SummarizeParts(StoreFile& store, MessageId message)
 void ReleaseParts(StoreFile& store, MessageId message)
 {
     WriteRecipients(store, message, {});
-    for (const ULONG number : store.AttachmentNumbers(message))
+    for (const ULONG number : NumbersOf(store, message))
         RemoveAttachment(store, message, number, ReadOldAttachment(store, message, number));
 }
 
@@ -165,18 +186,19 @@ std::vector<PropertySet> StoreFile::Recipients(MessageId message)
     Query query(*m_database, "SELECT props FROM recipient WHERE message=? ORDER BY number");
     query.Bind(1, message);
     while (query.Step())
-        recipients.push_back(PropertyBlob(query.Bytes(0), *this).Decode());
+        recipients.push_back(
+            PropertyBlob(query.Bytes(0), *this, {"a recipient of message", message}).Decode());
+    if (recipients.empty())
+        RequireNone(*this, message, HasRecipients);
     return recipients;
 }
 
 std::vector<ULONG> StoreFile::AttachmentNumbers(MessageId message)
 {
     const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    std::vector<ULONG> numbers;
-    Query query(*m_database, "SELECT number FROM attachment WHERE message=? ORDER BY number");
-    query.Bind(1, message);
-    while (query.Step())
-        numbers.push_back(static_cast<ULONG>(query.Number(0)));
+    std::vector<ULONG> numbers = NumbersOf(*this, message);
+    if (numbers.empty())
+        RequireNone(*this, message, HasAttachments);
     return numbers;
 }
 
@@ -187,7 +209,7 @@ PropertySet StoreFile::Attachment(MessageId message, ULONG number)
     query.Bind(1, message).Bind(2, number);
     if (!query.Step())
         ThrowNoAttachment(*this);
-    return PropertyBlob(query.Bytes(0), *this).Decode();
+    return PropertyBlob(query.Bytes(0), *this, {"an attachment of message", message}).Decode();
 }
 
 std::optional<MessageId> StoreFile::EmbeddedMessage(MessageId message, ULONG number)

@@ -101,6 +101,7 @@ void RequireWholePages(const std::string& path)
 void Configure(Database& database, const StoreFile::OpenOptions& options)
 {
     database.Execute("PRAGMA foreign_keys=ON");
+    database.Execute("PRAGMA cell_size_check=ON"); // a damaged page is seen when it is read
     database.Execute(options.fullDurability ? "PRAGMA synchronous=FULL" : "PRAGMA synchronous=NORMAL");
     database.Execute("PRAGMA cache_size=-16384");
     // A save writes two pages to the log; at 16 MB they are carried over, many saves to a page together.
@@ -171,6 +172,7 @@ std::shared_ptr<StoreFile> StoreFile::Create(const std::string& path, const std:
         Configure(database, options);
         Transaction transaction(database);
         CreateSchema(database);
+        store->m_version = SchemaVersion;
         FillNewStore(*store, displayName);
         transaction.Commit();
     }
@@ -205,7 +207,7 @@ std::shared_ptr<StoreFile> StoreFile::Open(const std::string& path, const OpenOp
         RequireWholePages(path);
         UpgradeSchema(*store->m_database);
     }
-    CheckSchema(*store->m_database);
+    store->m_version = CheckSchema(*store->m_database);
     RequireWholePages(path);
     Configure(*store->m_database, options);
     store->ReadUid();
@@ -225,7 +227,7 @@ PropertySet StoreFile::Properties()
     const std::lock_guard<std::recursive_mutex> hold(m_lock);
     Query query(*m_database, "SELECT props FROM store WHERE id=1");
     query.Step();
-    return PropertyBlob(query.Bytes(0), *this).Decode();
+    return PropertyBlob(query.Bytes(0), *this, {"the store"}).Decode();
 }
 
 void StoreFile::SaveProperties(const PropertySet& properties)
@@ -236,7 +238,7 @@ void StoreFile::SaveProperties(const PropertySet& properties)
     {
         Query query(*m_database, "SELECT props FROM store WHERE id=1");
         query.Step();
-        kept = PropertyBlob(query.Bytes(0), *this).LargeReferences();
+        kept = ReferencesIn(query.Bytes(0));
     }
     bool large = false;
     const std::string blob = WriteBlob(*this, properties, kept, large);
@@ -346,6 +348,21 @@ StoreFile::Place StoreFile::ReadPlace(std::int64_t container)
     if (!query.Step())
         return {};
     return {static_cast<std::uint64_t>(query.Number(0)) + 1, static_cast<ULONG>(query.Number(1))};
+}
+
+void StoreFile::RequireAllRows(FolderId folder, bool associated)
+{
+    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    const ReadScope moment(*m_database);
+    const std::int64_t container = ContainerOf(folder, associated);
+    const ULONG counted = ReadPlace(container).rows;
+    Query query(*m_database, "SELECT count(*) FROM message WHERE id BETWEEN ? AND ?");
+    query.Bind(1, FirstOf(container)).Bind(2, LastOf(container)).Step();
+    if (query.Number(0) != counted)
+        throw Error(MAPI_E_CORRUPT_STORE, "The store file '" + m_path + "' is damaged: of the " +
+                                              std::to_string(counted) + " messages of folder " +
+                                              std::to_string(folder) + " " + std::to_string(query.Number(0)) +
+                                              " can be read.");
 }
 
 // Between two changes of the tree the sum of all change numbers only rises; a deleted folder changes the tree.

@@ -116,7 +116,7 @@ public:
     static std::shared_ptr<StoreFile> Create(const std::string& path, const std::string& displayName,
                                              const OpenOptions& options);
     /// Opens a file; header and schema are checked, its content is not. A file of an older version is brought to
-    /// this one; opened for reading one of version 2 stays as it is, without an address book.
+    /// this one; opened for reading one of version 2 or 3 stays as it is, without an address book or checksums.
     /// @throws Error MAPI_E_NOT_FOUND (no such file), MAPI_E_CORRUPT_STORE (not a database, not a store,
     /// truncated),
     ///   MAPI_E_VERSION (made by a newer version, or of version 1 and opened for reading), MAPI_E_NO_ACCESS (may not be read, or not be written)
@@ -127,6 +127,8 @@ public:
 
     const std::string& Path() const { return m_path; }
     bool IsReadOnly() const { return m_readOnly; }
+    /// The schema version of the file: an older one where it is opened for reading only.
+    std::int64_t Version() const { return m_version; }
     /// @throws Error MAPI_E_NO_ACCESS, naming the file, when it can only be read
     void RequireWritable() const;
     /// Made with the file; the same for all who open it.
@@ -227,6 +229,10 @@ public:
     /// A new value with the content of another (of any store).
     std::shared_ptr<StagedValue> Stage(const LargeValue& value);
 
+    /// Compares a place's count of its rows with the rows that can be read.
+    /// @throws Error MAPI_E_CORRUPT_STORE when they differ: rows are lost, or rows of another place seen
+    void RequireAllRows(FolderId folder, bool associated);
+
     /// Rises whenever rows of this place may have changed, also by another process: the messages of a folder,
     /// or with folder 0 the folder tree.
     std::uint64_t Generation(FolderId folder, bool associated);
@@ -254,6 +260,7 @@ private:
 
     std::string m_path;
     bool m_readOnly = false;
+    std::int64_t m_version = 0;
     GUID m_uid{};
     mutable std::recursive_mutex m_lock;
     std::unique_ptr<Database> m_database;

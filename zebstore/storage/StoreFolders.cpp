@@ -88,7 +88,7 @@ void DeleteEmptyFolder(StoreFile& store, FolderId folder)
         Query query(store.Connection(), "SELECT props FROM folder WHERE id=?");
         query.Bind(1, folder);
         if (query.Step())
-            references = PropertyBlob(query.Bytes(0), store).LargeReferences();
+            references = ReferencesIn(query.Bytes(0));
     }
     DeleteReferences(store.Connection(), references);
     Query(store.Connection(), "DELETE FROM folder WHERE id=?").Bind(1, folder).Run();
@@ -161,7 +161,7 @@ PropertySet StoreFile::FolderProperties(FolderId folder)
     query.Bind(1, folder);
     if (!query.Step())
         throw Error(MAPI_E_NOT_FOUND, "The folder is not in the store file '" + m_path + "' any more.");
-    return PropertyBlob(query.Bytes(0), *this).Decode();
+    return PropertyBlob(query.Bytes(0), *this, {"folder", folder}).Decode();
 }
 
 std::vector<FolderInfo> StoreFile::FoldersUnder(FolderId folder, bool wholeTree)
@@ -228,7 +228,7 @@ void StoreFile::SaveFolderProperties(FolderId folder, const PropertySet& propert
     {
         Query query(*m_database, "SELECT props FROM folder WHERE id=?");
         query.Bind(1, folder).Step();
-        kept = PropertyBlob(query.Bytes(0), *this).LargeReferences();
+        kept = ReferencesIn(query.Bytes(0));
     }
     bool large = false;
     const std::string blob = WriteBlob(*this, properties, kept, large);

@@ -1,7 +1,7 @@
 // The messages of StoreFile.
 #include "zebstore/storage/StoreFile.h"
 
-#include "zebstore/storage/Encoding.h"
+#include "zebstore/storage/MessageRow.h"
 #include "zebstore/storage/PropertyBlob.h"
 #include "zebstore/storage/Schema.h"
 #include "zebstore/storage/StoreParts.h"
@@ -17,17 +17,12 @@ namespace
 
 constexpr int MostNested = 64;
 
-// What a message's row holds beside the blob.
+// A message's row as it is written.
 struct Row
 {
-    LONG flags = 0;
-    std::uint64_t size = 0;
+    MessageCopies copies;
     std::int64_t parts = 0;
     std::string blob;
-    std::string messageClass;
-    std::string subject;
-    std::string sender;
-    const PropertySet* properties = nullptr;
 };
 
 std::uint64_t BytesOf(const PropertySet& properties)
@@ -43,34 +38,18 @@ LONG AsLong(std::uint64_t size)
     return static_cast<LONG>(std::min<std::uint64_t>(size, std::numeric_limits<LONG>::max()));
 }
 
-// The sort key of a text property; `parts` learns when it stands for a longer text.
-std::string HotText(const PropertySet& properties, ULONG tag, std::int64_t& parts)
-{
-    const EncodedValue value = properties.Find(tag);
-    if (!IsText(value.Type()))
-        return {};
-    const std::string whole = value.large ? EncodedFromLarge(value.Type(), *value.large) : std::string();
-    const std::string_view text =
-        StoredTextOf(value.Type(), value.large ? std::string_view(whole) : value.bytes);
-    std::string key = SortKey(text);
-    if (text.size() > SortKeyCharacters && Folded(text, TextFold::IgnoreCase).size() > key.size())
-        parts |= HasCutKeys;
-    return key;
-}
-
 // Settles the properties that the store sets itself, and the row's copies. `properties` is completed.
 Row MakeRow(StoreFile& store, PropertySet& properties, const PartsSummary& summary,
             std::vector<LargeReference>& kept)
 {
-    Row row;
-    row.flags = properties.Long(PR_MESSAGE_FLAGS) & ~MSGFLAG_HASATTACH;
+    LONG flags = properties.Long(PR_MESSAGE_FLAGS) & ~MSGFLAG_HASATTACH;
     if (summary.attachments)
-        row.flags |= MSGFLAG_HASATTACH;
-    properties.SetLong(PR_MESSAGE_FLAGS, row.flags);
+        flags |= MSGFLAG_HASATTACH;
+    properties.SetLong(PR_MESSAGE_FLAGS, flags);
     properties.SetBool(PR_HASATTACH, summary.attachments);
     properties.SetLong(PR_MESSAGE_SIZE, 0);
-    row.size = BytesOf(properties) + summary.bytes;
-    properties.SetLong(PR_MESSAGE_SIZE, AsLong(row.size));
+    properties.SetLong(PR_MESSAGE_SIZE, AsLong(BytesOf(properties) + summary.bytes));
+    Row row;
     if (summary.recipients)
         row.parts |= HasRecipients;
     if (summary.attachments)
@@ -79,49 +58,24 @@ Row MakeRow(StoreFile& store, PropertySet& properties, const PartsSummary& summa
     row.blob = WriteBlob(store, properties, kept, large);
     if (large)
         row.parts |= HasLargeValues;
-    row.messageClass = HotText(properties, PR_MESSAGE_CLASS_W, row.parts);
-    row.subject = HotText(properties, PR_SUBJECT_W, row.parts);
-    row.sender = HotText(properties, PR_SENDER_NAME_W, row.parts);
-    row.properties = &properties;
+    row.copies = CopiesOf(properties);
     return row;
 }
 
-void BindTime(Query& query, int index, const PropertySet& properties, ULONG tag)
+// Parameters: the identifier, the change number, the properties, the copies.
+void RunWithRow(Query& query, MessageId message, std::int64_t change, const Row& row)
 {
-    const EncodedValue value = properties.Find(tag);
-    if (value.Type() == PT_SYSTIME)
-        query.Bind(index, ReadNumber<std::int64_t>(value.bytes));
-    else
-        query.BindNull(index);
-}
-
-void BindKey(Query& query, int index, const PropertySet& properties, ULONG tag, const std::string& key)
-{
-    if (IsText(properties.Find(tag).Type()))
-        query.BindText(index, key);
-    else
-        query.BindNull(index);
-}
-
-void BindRow(Query& query, MessageId message, std::int64_t change, const Row& row)
-{
-    query.Bind(1, message).Bind(2, change).Bind(3, row.flags).Bind(4, AsLong(row.size)).Bind(5, row.parts);
-    BindTime(query, 6, *row.properties, PR_MESSAGE_DELIVERY_TIME);
-    BindTime(query, 7, *row.properties, PR_CLIENT_SUBMIT_TIME);
-    BindTime(query, 8, *row.properties, PR_LAST_MODIFICATION_TIME);
-    BindKey(query, 9, *row.properties, PR_MESSAGE_CLASS_W, row.messageClass);
-    BindKey(query, 10, *row.properties, PR_SUBJECT_W, row.subject);
-    BindKey(query, 11, *row.properties, PR_SENDER_NAME_W, row.sender);
-    query.BindBlob(12, row.blob);
+    query.Bind(1, message).Bind(2, change).BindBlob(3, row.blob);
+    BindCopies(query, 4, row.copies, row.parts);
+    query.Run();
 }
 
 void UpdateRow(Database& database, MessageId message, std::int64_t change, const Row& row)
 {
-    Query query(database,
-                "UPDATE message SET change=?2, flags=?3, size=?4, parts=?5, delivered=?6, submitted=?7, "
-                "modified=?8, class=?9, subject=?10, sender=?11, props=?12 WHERE id=?1");
-    BindRow(query, message, change, row);
-    query.Run();
+    Query query(database, "UPDATE message SET change=?2, props=?3, (" ZEB_MESSAGE_COPIES
+                          ")=(?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, "
+                          "?12) WHERE id=?1");
+    RunWithRow(query, message, change, row);
 }
 
 std::int64_t UnreadOf(std::int64_t container, LONG flags)
@@ -167,7 +121,7 @@ bool ReadOldRow(StoreFile& store, MessageId message, OldRow& old)
     old.flags = static_cast<LONG>(query.Number(1));
     old.parts = query.Number(2);
     if (old.parts & HasLargeValues)
-        old.large = PropertyBlob(query.Bytes(3), store).LargeReferences();
+        old.large = ReferencesIn(query.Bytes(3));
     return true;
 }
 
@@ -192,11 +146,9 @@ MessageId InsertMessage(StoreFile& store, std::int64_t container, const MessageC
     }
     std::vector<LargeReference> none;
     const Row row = MakeRow(store, properties, summary, none);
-    Query query(database,
-                "INSERT INTO message(id, change, flags, size, parts, delivered, submitted, modified, "
-                "class, subject, sender, props) VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
-    BindRow(query, message, change, row);
-    query.Run();
+    Query query(database, "INSERT INTO message(id, change, props, " ZEB_MESSAGE_COPIES
+                          ") VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+    RunWithRow(query, message, change, row);
     return message;
 }
 
@@ -226,8 +178,9 @@ std::int64_t StoreFile::SaveMessage(MessageId message, const MessageContent& con
     PropertySet properties = content.properties;
     const Row row = MakeRow(*this, properties, summary, old.large);
     const std::int64_t container = ContainerOf(message);
-    const std::int64_t next = TouchContents(*m_database, message, RowEvent::Modified,
-                                            UnreadOf(container, row.flags) - UnreadOf(container, old.flags));
+    const std::int64_t next =
+        TouchContents(*m_database, message, RowEvent::Modified,
+                      UnreadOf(container, row.copies.flags) - UnreadOf(container, old.flags));
     UpdateRow(*m_database, message, next, row);
     DeleteReferences(*m_database, old.large);
     transaction.Commit();
@@ -241,7 +194,7 @@ StoredMessage StoreFile::LoadMessage(MessageId message)
     query.Bind(1, message);
     if (!query.Step())
         ThrowGone(*this, MAPI_E_NOT_FOUND);
-    return {message, query.Number(0), PropertyBlob(query.Bytes(1), *this).Decode()};
+    return {message, query.Number(0), PropertyBlob(query.Bytes(1), *this, {"message", message}).Decode()};
 }
 
 bool StoreFile::MessageExists(MessageId message)
@@ -388,7 +341,10 @@ std::vector<MessageId> StoreFile::MessagesOf(FolderId folder, bool associated)
     const std::lock_guard<std::recursive_mutex> hold(m_lock);
     const std::int64_t container = ContainerOf(folder, associated);
     Query query(*m_database, "SELECT id FROM message WHERE id BETWEEN ? AND ? ORDER BY id");
-    return query.Bind(1, FirstOf(container)).Bind(2, LastOf(container)).Numbers();
+    std::vector<MessageId> messages = query.Bind(1, FirstOf(container)).Bind(2, LastOf(container)).Numbers();
+    if (messages.size() != Rows(folder, associated))
+        RequireAllRows(folder, associated);
+    return messages;
 }
 
 } // namespace zebstore

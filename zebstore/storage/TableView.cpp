@@ -54,6 +54,8 @@ void TableView::Load()
     const std::shared_ptr<void> moment = m_rows->Moment();
     m_generation = m_rows->Generation();
     m_keys = m_rows->Keys(m_restriction.get(), m_order.get());
+    if (!m_restriction || m_keys.empty())
+        m_rows->RequireAllRows(m_keys.size());
     m_keys.shrink_to_fit();
     m_loaded = true;
     if (m_before)
@@ -147,6 +149,8 @@ std::vector<RowKey> TableView::Take(LONG count, bool advance)
     {
         const size_t wanted = static_cast<size_t>(count);
         std::vector<RowKey> keys = m_rows->KeysAfter(m_before, wanted);
+        if (keys.size() < wanted)
+            m_rows->RequireAllRows(m_position + keys.size());
         if (advance && !keys.empty())
         {
             m_before = keys.back();

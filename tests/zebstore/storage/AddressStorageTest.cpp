@@ -19,16 +19,14 @@ protected:
     /// Makes the open file one of version 1, which did not list recent changes either, and closes it.
     void MakeVeryOld()
     {
-        m_store->Connection().Execute("ALTER TABLE contents DROP COLUMN recent");
-        MakeOld();
-        Database(Path("test.zeb"), Database::Mode::ReadWrite).Execute("PRAGMA user_version=1");
+        MakeOlder(*m_store, 1);
+        m_store.reset();
     }
 
     /// Makes the open file one of version 2, which had no address book, and closes it.
     void MakeOld()
     {
-        m_store->Connection().Execute("DROP TABLE member; DROP TABLE address; DROP TABLE directory; "
-                                      "PRAGMA user_version=2");
+        MakeOlder(*m_store, 2);
         m_store.reset();
     }
 

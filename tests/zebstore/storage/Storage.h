@@ -3,6 +3,7 @@
 
 #include "tests/support/TempFolder.h"
 #include "zebstore/Memory.h"
+#include "zebstore/storage/Database.h"
 #include "zebstore/storage/StoreFile.h"
 
 #include <gtest/gtest.h>
@@ -106,6 +107,25 @@ HRESULT CodeOf(Body&& body, std::string* text = nullptr)
         return error.Code();
     }
     return S_OK;
+}
+
+/// Makes an open file one of an older schema version: 3 without checksums, 2 also without an address book, 1 also
+/// without lists of recent changes.
+inline void MakeOlder(StoreFile& store, int version)
+{
+    Database& database = store.Connection();
+    database.Execute("ALTER TABLE chunk DROP COLUMN sum");
+    for (const char* table :
+         {"store", "folder", "message", "recipient", "attachment", "address", "directory"})
+        database.Execute(("UPDATE " + std::string(table) +
+                          " SET props=CAST(x'01' || substr(props, 2, length(props) - 9) AS BLOB) "
+                          "WHERE props IS NOT NULL")
+                             .c_str());
+    if (version < 3)
+        database.Execute("DROP TABLE member; DROP TABLE address; DROP TABLE directory");
+    if (version < 2)
+        database.Execute("ALTER TABLE contents DROP COLUMN recent");
+    database.Execute(("PRAGMA user_version=" + std::to_string(version)).c_str());
 }
 
 /// A store in a folder of its own; at the end the file must be sound and all MAPI memory freed.

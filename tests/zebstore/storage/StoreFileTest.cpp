@@ -120,19 +120,17 @@ TEST_F(StoreFileTest, AnotherProgramsDatabaseIsRefused)
 
 TEST_F(StoreFileTest, ANewerSchemaIsAVersionError)
 {
-    Spoil("PRAGMA user_version=4");
+    Spoil("PRAGMA user_version=5");
     m_store.reset();
     std::string text;
     EXPECT_EQ(OpenCode(Path("test.zeb"), &text), MAPI_E_VERSION);
-    EXPECT_NE(text.find("version 4"), std::string::npos);
+    EXPECT_NE(text.find("version 5"), std::string::npos);
 }
 
 TEST_F(StoreFileTest, AFileOfTheFirstVersionIsBroughtUpWhenItIsOpenedForWriting)
 {
     const MessageId message = Store().CreateMessage(Inbox, false, Mail("old"));
-    Spoil("ALTER TABLE contents DROP COLUMN recent; DROP TABLE member; DROP TABLE address; DROP TABLE "
-          "directory; "
-          "PRAGMA user_version=1");
+    MakeOlder(Store(), 1);
     m_store.reset();
     StoreFile::OpenOptions readOnly;
     readOnly.readOnly = true;
