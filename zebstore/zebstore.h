@@ -22,3 +22,30 @@
 /// A computed property of a store: checks the whole file; "ok", or the problems, a line each.
 #define PR_ZEBSTORE_CHECK_A PROP_TAG(PT_STRING8, 0x67F3)
 #define PR_ZEBSTORE_CHECK_W PROP_TAG(PT_UNICODE, 0x67F3)
+
+/// Exports for the care of a store's file; they need neither MAPIInitialize nor a session.
+extern "C"
+{
+    /// Told of the work as it goes on, on the calling thread. With `finding` (UTF-8): one line about what was wrong and what
+    /// was done about it. Without: `done` of `whole` steps, 0 of 0 where that is not known. It must not throw.
+    typedef void(STDAPICALLTYPE ZEBSTORE_REPORT)(void* context, const char* finding, ULONGLONG done,
+                                                 ULONGLONG whole);
+
+    /// Repairs a store's file: makes counters, columns and indexes again, removes what belongs to nothing, takes values off
+    /// that cannot be read. Whole or not at all.
+    /// @param path the file, UTF-8
+    /// @param copy null: the file itself is repaired; else a file that is made: the repaired copy, UTF-8
+    /// @param failure gets the sentence of a failure, UTF-8, cut to `failureSize` bytes with the zero; may be null
+    /// @return MAPI_E_NOT_FOUND, MAPI_E_COLLISION (`copy` exists), MAPI_E_CORRUPT_STORE (beyond repair), MAPI_E_BUSY ...
+    typedef HRESULT(STDAPICALLTYPE ZEBSTORE_REPAIR)(const char* path, const char* copy,
+                                                    ZEBSTORE_REPORT* report, void* context, char* failure,
+                                                    ULONG failureSize);
+    HRESULT STDAPICALLTYPE ZebStoreRepair(const char* path, const char* copy, ZEBSTORE_REPORT* report,
+                                          void* context, char* failure, ULONG failureSize);
+
+    /// Writes a store's file without the room that deleted content left; parameters as above.
+    typedef HRESULT(STDAPICALLTYPE ZEBSTORE_COMPACT)(const char* path, ZEBSTORE_REPORT* report, void* context,
+                                                     char* failure, ULONG failureSize);
+    HRESULT STDAPICALLTYPE ZebStoreCompact(const char* path, ZEBSTORE_REPORT* report, void* context,
+                                           char* failure, ULONG failureSize);
+}

@@ -1,13 +1,17 @@
-// zeb stores, zeb store check
+// zeb stores, zeb store check, repair and compact
+#include "platform/module.h"
 #include "tools/common/Failure.h"
 #include "tools/common/HostSession.h"
 #include "tools/common/Output.h"
+#include "tools/common/Progress.h"
 #include "tools/zeb/Command.h"
 #include "zebstore/zebstore.h"
 
 #include <nlohmann/json.hpp>
 
+#include <filesystem>
 #include <memory>
+#include <vector>
 
 namespace zeb::tools
 {
@@ -17,6 +21,9 @@ namespace
 struct Options
 {
     std::string profile;
+    std::string file;   ///< of the store to look after, UTF-8; empty: the profile's
+    std::string output; ///< of the repaired copy, UTF-8; empty: next to the store's file
+    bool inPlace = false;
     bool json = false;
 };
 
@@ -68,6 +75,155 @@ int CheckStore(const Options& options)
     return ExitFailed;
 }
 
+/// The file of a profile's store, asked of the profile: a damaged store need not open for that.
+std::string FileOf(const std::string& profile)
+{
+    std::string name = profile;
+    if (name.empty())
+    {
+        CZebProfileNames names;
+        name = static_cast<const char*>(names.GetDefaultProfile());
+    }
+    const HostMapi mapi;
+    CZebProfAdmin administration = CZebProfAdmin::Open();
+    IProfAdmin* const profiles = administration.GetInterface().Checked();
+    CComPtr<IMsgServiceAdmin> services;
+    try
+    {
+        ThrowIfFailed(
+            profiles->AdminServices(reinterpret_cast<LPTSTR>(&name[0]), nullptr, 0, 0, services.Put()),
+            profiles, __FILE__, __LINE__);
+    }
+    catch (...)
+    {
+        FailWhile("cannot read profile '" + Utf8FromNarrow(name) + "'");
+    }
+    CComPtr<IMAPITable> raw;
+    ThrowIfFailed(services->GetMsgServiceTable(0, raw.Put()), services, __FILE__, __LINE__);
+    CZebTable table(raw.Get());
+    CZebRowSet rows;
+    table.QueryAllRows(&rows, nullptr, nullptr);
+    for (ULONG i = 0; i < rows.Count(); ++i)
+        if (rows[i].hasRealValue(PR_ZEBSTORE_PATH_W))
+            return TextOf(rows[i], PR_ZEBSTORE_PATH_W);
+    throw ToolError("profile '" + Utf8FromNarrow(name) + "' has no store of zebstore's");
+}
+
+/// An export of the embedded provider for the care of a store's file.
+/// @throws ToolError when the provider of this machine has no such export
+template <typename Function>
+Function* CareExport(const char* name)
+{
+    EnumOfficeBitness bitness;
+    const std::string path = static_cast<const char*>(Zeb_GetMapiDllPath(bitness));
+    std::string reason;
+    // Kept for the process: the host's own start loads and releases it too.
+    const platform::ModuleHandle module = platform::LoadModule(
+        path, platform::ModuleKeep | platform::ModuleQuiet | platform::ModuleOwnFolderDeps, &reason);
+    void* const found = module ? platform::FindExport(module, name) : nullptr;
+    if (!found)
+        throw ToolError("the provider '" + Utf8FromNarrow(path) + "' cannot look after store files: " +
+                        (module ? "it is not zebstore" : Utf8FromNarrow(reason)));
+    return reinterpret_cast<Function*>(found);
+}
+
+/// What is told while the provider works on a file.
+class Care
+{
+public:
+    explicit Care(const char* unit)
+        : m_progress(unit, WholeShown)
+    {
+    }
+
+    static void STDAPICALLTYPE Take(void* context, const char* finding, ULONGLONG done, ULONGLONG whole)
+    {
+        Care& care = *static_cast<Care*>(context);
+        if (finding)
+        {
+            care.m_progress.Clear();
+            care.m_findings.push_back(finding);
+        }
+        else
+            care.m_progress.Step(whole == 0 ? 0 : done * WholeShown / whole);
+    }
+
+    void Clear() { m_progress.Clear(); }
+    const std::vector<std::string>& Findings() const { return m_findings; }
+
+private:
+    static constexpr uint64_t WholeShown = 1000;
+
+    Progress m_progress;
+    std::vector<std::string> m_findings;
+};
+
+void RequireDone(HRESULT result, const char* doing, const std::string& file, const char* failure)
+{
+    if (FAILED(result))
+        throw ToolError(std::string(doing) + " '" + file + "': " + failure);
+}
+
+std::string CopyNameOf(const std::string& file)
+{
+    std::filesystem::path path = std::filesystem::u8path(file);
+    const std::filesystem::path extension = path.extension();
+    path.replace_extension();
+    path += ".repaired";
+    path += extension;
+    return path.u8string();
+}
+
+int RepairStore(const Options& options)
+{
+    const std::string file = options.file.empty() ? FileOf(options.profile) : options.file;
+    const std::string copy = options.output.empty() ? CopyNameOf(file) : options.output;
+    Care care("rows");
+    char failure[1024] = "";
+    const HRESULT result = CareExport<ZEBSTORE_REPAIR>("ZebStoreRepair")(
+        file.c_str(), options.inPlace ? nullptr : copy.c_str(), Care::Take, &care, failure, sizeof(failure));
+    care.Clear();
+    for (const std::string& finding : care.Findings())
+        Print(OneLine(finding) + "\n");
+    RequireDone(result, "cannot repair store file", file, failure);
+    const std::string count =
+        Grouped(care.Findings().size()) + (care.Findings().size() == 1 ? " repair" : " repairs");
+    Print(options.inPlace
+              ? "store file '" + OneLine(file) + "': " + count + "\n"
+              : "store file '" + OneLine(file) + "': " + count + ", in the copy '" + OneLine(copy) + "'\n");
+    return ExitDone;
+}
+
+unsigned long long SizeOf(const std::string& file)
+{
+    std::error_code failure;
+    const auto size = std::filesystem::file_size(std::filesystem::u8path(file), failure);
+    return failure ? 0 : size;
+}
+
+int CompactStore(const Options& options)
+{
+    const std::string file = options.file.empty() ? FileOf(options.profile) : options.file;
+    const unsigned long long before = SizeOf(file) + SizeOf(file + "-wal");
+    Care care("steps");
+    char failure[1024] = "";
+    const HRESULT result = CareExport<ZEBSTORE_COMPACT>("ZebStoreCompact")(file.c_str(), Care::Take, &care,
+                                                                           failure, sizeof(failure));
+    care.Clear();
+    RequireDone(result, "cannot compact store file", file, failure);
+    Print("store file '" + OneLine(file) + "': " + Grouped(before) + " bytes before, " +
+          Grouped(SizeOf(file) + SizeOf(file + "-wal")) + " now\n");
+    return ExitDone;
+}
+
+void AddFileArgument(CLI::App& command, const std::shared_ptr<Options>& options)
+{
+    AddProfileOption(command, options->profile);
+    command.add_option("file", options->file, "The store's file; without it that of the profile's store")
+        ->type_name("FILE")
+        ->excludes("--profile");
+}
+
 } // namespace
 
 void AddStore(CLI::App& app, Action& action)
@@ -79,11 +235,30 @@ void AddStore(CLI::App& app, Action& action)
     list->add_flag("--json", options->json, "Print JSON");
     list->callback([options, &action] { action = [options] { return ListStores(*options); }; });
 
-    CLI::App* store = app.add_subcommand("store", "Looks after the default store");
+    CLI::App* store = app.add_subcommand("store", "Looks after a store");
     store->require_subcommand(1);
     CLI::App* check = store->add_subcommand("check", "Checks the whole file of the default store");
     AddProfileOption(*check, options->profile);
     check->callback([options, &action] { action = [options] { return CheckStore(*options); }; });
+
+    CLI::App* repair = store->add_subcommand(
+        "repair",
+        "Repairs a store's file, in a copy unless --in-place: counters and columns are made again, what "
+        "belongs to nothing is removed; a line for each repair");
+    AddFileArgument(*repair, options);
+    CLI::Option* inPlace =
+        repair->add_flag("--in-place", options->inPlace, "Repair the file itself instead of a copy");
+    repair
+        ->add_option("--output", options->output, "The copy; without it next to the file: NAME.repaired.zeb")
+        ->type_name("FILE")
+        ->excludes(inPlace);
+    repair->callback([options, &action] { action = [options] { return RepairStore(*options); }; });
+
+    CLI::App* compact = store->add_subcommand(
+        "compact",
+        "Gives back the room that deleted content left in a store's file; no other program may use it");
+    AddFileArgument(*compact, options);
+    compact->callback([options, &action] { action = [options] { return CompactStore(*options); }; });
 }
 
 } // namespace zeb::tools

@@ -1,0 +1,273 @@
+// That a repair mends what the check of the whole file finds, says so in a line each, and touches nothing else.
+#include "tests/zebstore/storage/Storage.h"
+
+#include "zebstore/storage/AddressStorage.h"
+#include "zebstore/storage/Repair.h"
+#include "zebstore/zebstore.h"
+
+#include <filesystem>
+
+namespace zebstore::test
+{
+namespace
+{
+
+struct Told
+{
+    std::string findings;
+    std::uint64_t last = 0;
+    std::uint64_t whole = 0;
+    int steps = 0;
+};
+
+class RepairTest : public StorageTest
+{
+protected:
+    void SetUp() override
+    {
+        StorageTest::SetUp();
+        const AddressStorage book(m_store);
+        const AddressId list = book.Create(MAPI_DISTLIST, Named("Team"));
+        book.AddMembers(list, {{0, "foreign"}});
+        m_first = Store().CreateMessage(Inbox, false, Whole("First"));
+        m_second = Store().CreateMessage(Inbox, false, Whole("Second"));
+    }
+
+    static MessageContent Whole(const std::string& subject)
+    {
+        MessageContent content = Mail(subject);
+        content.properties.SetText(PR_BODY_W, std::string(50000, 'b'));
+        content.recipients = std::vector<PropertySet>{Named("Ada"), Named("Boris")};
+        AttachmentEdit edit;
+        edit.properties.SetBinary(PR_ATTACH_DATA_BIN, "attached", 8);
+        edit.embedded = std::make_shared<MessageContent>(Mail("inner"));
+        content.attachments.push_back(edit);
+        return content;
+    }
+
+    static WorkReport ReportTo(Told& told)
+    {
+        return {[&](const std::string& finding) { told.findings += finding + "\n"; },
+                [&](std::uint64_t done, std::uint64_t whole)
+                {
+                    EXPECT_GE(done, told.whole == whole ? told.last : 0);
+                    EXPECT_LE(done, whole);
+                    told.last = done;
+                    told.whole = whole;
+                    ++told.steps;
+                }};
+    }
+    Told Repair()
+    {
+        Told told;
+        RepairStore(Store(), ReportTo(told));
+        return told;
+    }
+    void Spoil(const std::string& sql)
+    {
+        Store().Connection().Execute("PRAGMA foreign_keys=OFF");
+        Store().Connection().Execute(sql.c_str());
+        Store().Connection().Execute("PRAGMA foreign_keys=ON");
+    }
+    std::string Body(MessageId message) { return Store().LoadMessage(message).properties.Text(PR_BODY_W); }
+
+    MessageId m_first = 0;
+    MessageId m_second = 0;
+};
+
+TEST_F(RepairTest, ASoundStoreIsLeftAsItIs)
+{
+    const std::uint64_t before = Store().Connection().Commits();
+    const Told told = Repair();
+    EXPECT_EQ(told.findings, "");
+    EXPECT_GT(told.steps, 0);
+    EXPECT_EQ(told.last, told.whole);
+    EXPECT_NE(before, 0u);
+    EXPECT_EQ(Body(m_first), std::string(50000, 'b'));
+}
+
+TEST_F(RepairTest, EachDamageIsMendedAndToldInALine)
+{
+    const std::string first = std::to_string(m_first);
+    const std::pair<std::string, std::string> damages[] = {
+        {"UPDATE contents SET rows=7 WHERE container=6",
+         "folder 3: its counters do not match its messages: rebuilt (2"},
+        {"UPDATE contents SET unread=5 WHERE container=6", "folder 3: its counters"},
+        {"UPDATE contents SET next=1 WHERE container=6", "folder 3: its counters"},
+        {"UPDATE contents SET recent=x'01' WHERE container=6", "folder 3: its counters"},
+        {"DELETE FROM contents WHERE container=7", "folder 3: its counters are missing: made"},
+        {"INSERT INTO large(size) VALUES(3)", "belongs to nothing: removed"},
+        {"INSERT INTO chunk(id, bytes, sum) VALUES(99999999999, x'00', 0)",
+         "1 pieces belong to no large value"},
+        {"DELETE FROM chunk WHERE id=(SELECT max(id) FROM chunk)",
+         "message " + std::to_string(m_second) + ": the value of its property 0x1000001F is not complete"},
+        {"UPDATE chunk SET sum=sum+1 WHERE id=(SELECT min(id) FROM chunk)",
+         "large value 1: a piece of it does not match its checksum: kept as it reads"},
+        {"UPDATE message SET subject='x' WHERE id=" + first, "message " + first + ": its row does not match"},
+        {"UPDATE message SET parts=0 WHERE id=" + first, "message " + first + ": its row does not match"},
+        {"UPDATE message SET props=x'0100FF00' WHERE id=" + first,
+         "message " + first + ": its properties cannot be read"},
+        {"UPDATE message SET props=(SELECT props FROM message WHERE id=" + std::to_string(m_second) +
+             ") WHERE id=" + first,
+         "belongs to another object too: copied"},
+        {"UPDATE message SET props=" + std::string(DamagedReference) + " WHERE id=" + first,
+         "message " + first +
+             ": the value of its property 0x1000001F is not complete: the property is removed"},
+        {"UPDATE recipient SET props=x'00' WHERE message=" + first + " AND number=1",
+         "a recipient of message " + first + ": its properties cannot be read"},
+        {"UPDATE attachment SET props=x'00' WHERE message=" + first,
+         "an attachment of message " + first + ": its properties cannot be read"},
+        {"UPDATE folder SET props=x'00' WHERE id=3", "folder 3: its properties cannot be read"},
+        {"UPDATE store SET props=x'00'", "the store: its properties cannot be read"},
+        {"UPDATE address SET props=x'00'", "address book entry 1: its properties cannot be read"},
+        {"DELETE FROM message WHERE id=" + first, "2 recipients of messages that are missing: removed"},
+        {"DELETE FROM attachment WHERE message=" + first, "belongs to no attachment: removed"},
+        {"DELETE FROM message WHERE id=1", "1 attachments whose message is missing: kept without it"},
+        {"UPDATE attachment SET embedded=1", "1 attachments whose message belongs to another one too"},
+        {"UPDATE message SET id=" + std::to_string(MessageId(4000) << 33) + " WHERE id=" + first,
+         "1 messages belong to no folder (4000): moved to folder"},
+        {"UPDATE folder SET parent=4000 WHERE id=7",
+         "folder 7 is not reached from the root: moved to 'Contacts'"},
+        {"UPDATE directory SET rows=7", "the address book does not count its 1 entries: corrected"},
+        {"DELETE FROM directory", "the address book does not count its 1 entries: corrected"},
+        {"UPDATE member SET entry=NULL", "1 members of what is no list or missing: removed"},
+        {"INSERT INTO receive(class, folder) VALUES('IPM.X', 4000)",
+         "1 receive folders that are missing: removed"},
+    };
+    for (const auto& damage : damages)
+    {
+        const std::string path = Path("test.zeb");
+        m_store.reset();
+        std::filesystem::copy_file(path, Path("whole.zeb"),
+                                   std::filesystem::copy_options::overwrite_existing);
+        m_store = StoreFile::Open(path, {});
+        Spoil(damage.first);
+        EXPECT_FALSE(Store().CheckWhole().empty()) << damage.first;
+        const std::string findings = Repair().findings;
+        EXPECT_NE(findings.find(damage.second), std::string::npos) << damage.first << "\n" << findings;
+        EXPECT_EQ(Store().CheckWhole(), std::vector<std::string>()) << damage.first;
+        EXPECT_EQ(Repair().findings, "") << damage.first;
+        m_store.reset();
+        std::filesystem::remove(path);
+        std::filesystem::rename(Path("whole.zeb"), path);
+        m_store = StoreFile::Open(path, {});
+        EXPECT_EQ(Body(m_first), std::string(50000, 'b'));
+    }
+}
+
+TEST_F(RepairTest, WhatIsNotDamagedIsKept)
+{
+    Spoil("UPDATE message SET props=x'0100FF00' WHERE id=" + std::to_string(m_first));
+    Repair();
+    EXPECT_EQ(Store().LoadMessage(m_first).properties.Text(PR_SUBJECT_W), "first") << "from the sort key";
+    EXPECT_EQ(Store().Recipients(m_first).size(), 2u);
+    EXPECT_EQ(Store().AttachmentNumbers(m_first).size(), 1u);
+    EXPECT_EQ(Store().LoadMessage(m_second).properties.Text(PR_SUBJECT_W), "Second");
+    EXPECT_EQ(Body(m_second), std::string(50000, 'b'));
+    EXPECT_EQ(Store().Folder(Inbox).messages, 2u);
+}
+
+TEST_F(RepairTest, ALostMessageIsFoundAgainInAFolderOfItsOwn)
+{
+    // With foreign keys: recipients and attachments go along.
+    const std::string lost = std::to_string(MessageId(4000) << 33);
+    Store().Connection().Execute(
+        ("UPDATE message SET id=" + lost + " WHERE id=" + std::to_string(m_first)).c_str());
+    Repair();
+    const FolderId folder = Store().FindFolder(IdOf(StandardFolder::IpmSubtree), "Recovered");
+    ASSERT_NE(folder, 0);
+    const std::vector<MessageId> found = Store().MessagesOf(folder, false);
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_EQ(Body(found[0]), std::string(50000, 'b'));
+    EXPECT_EQ(Store().Recipients(found[0]).size(), 2u);
+    EXPECT_EQ(Store().Folder(Inbox).messages, 1u);
+}
+
+TEST_F(RepairTest, AValueWithTwoOwnersBecomesTwo)
+{
+    Spoil("UPDATE message SET props=(SELECT props FROM message WHERE id=" + std::to_string(m_second) +
+          ") WHERE id=" + std::to_string(m_first));
+    Repair();
+    Store().DeleteMessages({m_second});
+    EXPECT_EQ(Body(m_first), std::string(50000, 'b'));
+}
+
+TEST_F(RepairTest, OrphansThatAnEarlierProgramLeftAreRemoved)
+{
+    Spoil("INSERT INTO large(id, size) VALUES(500, 3); INSERT INTO chunk(id, bytes, sum) VALUES(500 << 24, "
+          "x'010203', 0)");
+    const std::vector<std::string> problems = Store().CheckWhole();
+    ASSERT_EQ(problems.size(), 1u);
+    EXPECT_EQ(problems[0], "large value 500 belongs to nothing");
+    EXPECT_NE(Repair().findings.find("large value 500 belongs to nothing: removed"), std::string::npos);
+}
+
+struct Export
+{
+    static void STDAPICALLTYPE Take(void* context, const char* finding, ULONGLONG done, ULONGLONG whole)
+    {
+        Told& told = *static_cast<Told*>(context);
+        if (finding)
+            told.findings += std::string(finding) + "\n";
+        told.last = done;
+        told.whole = whole;
+        ++told.steps;
+    }
+};
+
+TEST_F(RepairTest, ACopyIsRepairedAndTheFileStaysAsItIs)
+{
+    Spoil("UPDATE contents SET rows=7 WHERE container=6");
+    Told told;
+    char failure[200] = "x";
+    const std::string copy = Path("copy.zeb");
+    // While the store is open: what was committed is in the copy.
+    EXPECT_EQ(
+        ZebStoreRepair(Path("test.zeb").c_str(), copy.c_str(), Export::Take, &told, failure, sizeof(failure)),
+        S_OK);
+    EXPECT_STREQ(failure, "");
+    EXPECT_NE(told.findings.find("folder 3: its counters"), std::string::npos) << told.findings;
+    EXPECT_EQ(StoreFile::Open(copy, {})->Folder(Inbox).messages, 2u);
+    EXPECT_FALSE(Store().CheckWhole().empty());
+    EXPECT_EQ(
+        ZebStoreRepair(Path("test.zeb").c_str(), copy.c_str(), nullptr, nullptr, failure, sizeof(failure)),
+        MAPI_E_COLLISION);
+    EXPECT_NE(std::string(failure).find("copy.zeb"), std::string::npos);
+    EXPECT_EQ(ZebStoreRepair(Path("test.zeb").c_str(), nullptr, Export::Take, &told, nullptr, 0), S_OK);
+    EXPECT_TRUE(Store().CheckWhole().empty());
+}
+
+TEST_F(RepairTest, AFailedRepairLeavesNoCopyAndSaysWhy)
+{
+    char failure[40] = "";
+    EXPECT_EQ(ZebStoreRepair(Path("missing.zeb").c_str(), Path("copy.zeb").c_str(), nullptr, nullptr, failure,
+                             sizeof(failure)),
+              MAPI_E_NOT_FOUND);
+    EXPECT_EQ(std::string(failure).substr(0, 15), "The store file ");
+    EXPECT_LT(std::string(failure).size(), sizeof(failure));
+    Spoil("DROP TABLE chunk");
+    EXPECT_EQ(
+        ZebStoreRepair(Path("test.zeb").c_str(), Path("copy.zeb").c_str(), nullptr, nullptr, nullptr, 0),
+        MAPI_E_CORRUPT_STORE);
+    EXPECT_FALSE(std::filesystem::exists(Path("copy.zeb")));
+    EXPECT_EQ(ZebStoreRepair(nullptr, nullptr, nullptr, nullptr, nullptr, 0), MAPI_E_INVALID_PARAMETER);
+    m_store.reset();
+}
+
+TEST_F(RepairTest, ACompactFileHasNoRoomLeftOfWhatWasDeleted)
+{
+    for (int i = 0; i < 20; ++i)
+        Store().DeleteMessages({Store().CreateMessage(Inbox, false, Whole("gone"))});
+    m_store.reset();
+    const auto before = std::filesystem::file_size(Path("test.zeb"));
+    Told told;
+    EXPECT_EQ(ZebStoreCompact(Path("test.zeb").c_str(), Export::Take, &told, nullptr, 0), S_OK);
+    EXPECT_LT(std::filesystem::file_size(Path("test.zeb")), before);
+    EXPECT_FALSE(std::filesystem::exists(Path("test.zeb-wal")));
+    m_store = StoreFile::Open(Path("test.zeb"), {});
+    EXPECT_EQ(Body(m_first), std::string(50000, 'b'));
+    EXPECT_EQ(ZebStoreCompact(Path("missing.zeb").c_str(), nullptr, nullptr, nullptr, 0), MAPI_E_NOT_FOUND);
+}
+
+} // namespace
+} // namespace zebstore::test

@@ -1,0 +1,386 @@
+#include "zebstore/storage/Repair.h"
+
+#include "zebstore/storage/MessageRow.h"
+#include "zebstore/storage/PropertyBlob.h"
+#include "zebstore/storage/RecentChanges.h"
+#include "zebstore/storage/RepairParts.h"
+#include "zebstore/storage/Schema.h"
+
+#include <sqlite3.h>
+
+#include <filesystem>
+
+namespace zebstore
+{
+
+namespace
+{
+
+constexpr int PagesAtOnce = 1000;
+
+std::int64_t NumberOf(Query&& query)
+{
+    return query.Step() ? query.Number(0) : 0;
+}
+
+std::string FirstDamage(Database& database)
+{
+    Query query(database, "PRAGMA integrity_check(1)");
+    return query.Step() && query.Bytes(0) != "ok" ? std::string(query.Bytes(0)) : std::string();
+}
+
+// Repairs the rows of one store, within one transaction.
+class RowRepair
+{
+public:
+    RowRepair(StoreFile& store, const WorkReport& report)
+        : m_store(store)
+        , m_database(store.Connection())
+        , m_report(report)
+    {
+    }
+
+    void MendIndexes()
+    {
+        const std::string damage = FirstDamage(m_database);
+        if (damage.empty())
+            return;
+        m_database.Execute("REINDEX");
+        if (!FirstDamage(m_database).empty())
+            throw Error(MAPI_E_CORRUPT_STORE, "The store file '" + m_store.Path() +
+                                                  "' has damaged pages that cannot be repaired: " + damage +
+                                                  ".");
+        m_report.found("an index does not fit its table (" + damage + "): rebuilt");
+    }
+
+    void RemoveOwnerless()
+    {
+        Remove("recipients of messages that are missing",
+               "DELETE FROM recipient WHERE message NOT IN (SELECT id FROM message)");
+        Remove("attachments of messages that are missing",
+               "DELETE FROM attachment WHERE message NOT IN (SELECT id FROM message)");
+        Remove("receive folders that are missing",
+               "DELETE FROM receive WHERE folder NOT IN (SELECT id FROM folder)");
+        Remove("members of what is no list or missing",
+               "DELETE FROM member WHERE list NOT IN (SELECT id FROM address WHERE type=8) OR "
+               "(address IS NULL) = (entry IS NULL) OR address NOT IN (SELECT id FROM address)");
+        Change("attachments whose message is missing: kept without it",
+               "UPDATE attachment SET embedded=NULL WHERE embedded IS NOT NULL AND embedded NOT IN "
+               "(SELECT id FROM message WHERE id <= 4294967295)");
+        Change("attachments whose message belongs to another one too: kept without it",
+               "UPDATE attachment SET embedded=NULL WHERE EXISTS(SELECT 1 FROM attachment o WHERE "
+               "o.embedded=attachment.embedded AND (o.message, o.number) < (attachment.message, "
+               "attachment.number))");
+    }
+
+    // A message inside an attachment that is gone; messages inside it become ownerless in their turn.
+    void RemoveLostEmbedded()
+    {
+        for (;;)
+        {
+            const std::vector<std::int64_t> lost =
+                Query(m_database, "SELECT id FROM message WHERE id <= 4294967295 AND id NOT IN "
+                                  "(SELECT embedded FROM attachment WHERE embedded IS NOT NULL)")
+                    .Numbers();
+            if (lost.empty())
+                return;
+            for (const std::int64_t message : lost)
+            {
+                m_report.found("message " + std::to_string(message) + " belongs to no attachment: removed");
+                Query(m_database, "DELETE FROM message WHERE id=?").Bind(1, message).Run();
+            }
+        }
+    }
+
+    void MendFolders()
+    {
+        const std::vector<std::int64_t> lost =
+            Query(m_database,
+                  "WITH RECURSIVE tree(id) AS (SELECT 1 UNION SELECT f.id FROM folder f JOIN tree t "
+                  "ON f.parent=t.id) SELECT id FROM folder WHERE id NOT IN tree AND (parent IS NULL OR "
+                  "parent NOT IN (SELECT id FROM folder) OR id > 10)")
+                .Numbers();
+        Change("places of messages whose folder is missing: removed",
+               "DELETE FROM contents WHERE folder IS NOT NULL AND folder NOT IN (SELECT id FROM folder)");
+        MakeMissingPlaces();
+        for (const std::int64_t folder : lost)
+            if (!IsReached(folder))
+                MoveToSubtree(folder);
+    }
+
+    void MoveLostMessages()
+    {
+        const std::vector<std::int64_t> places =
+            Query(m_database, "SELECT DISTINCT id >> 32 FROM message WHERE (id >> 32) NOT IN "
+                              "(SELECT container FROM contents)")
+                .Numbers();
+        for (const std::int64_t place : places)
+        {
+            const FolderId folder = RecoveredFolder();
+            const std::int64_t target = ContainerOf(folder, (place & 1) != 0);
+            const std::vector<std::int64_t> messages =
+                Query(m_database, "SELECT id FROM message WHERE id BETWEEN ? AND ?")
+                    .Bind(1, FirstOf(place))
+                    .Bind(2, LastOf(place))
+                    .Numbers();
+            for (const std::int64_t message : messages)
+            {
+                MessageId placed = 0;
+                const std::int64_t change = AddToContents(m_database, target, 0, placed);
+                Query(m_database, "UPDATE message SET id=?, change=? WHERE id=?")
+                    .Bind(1, placed)
+                    .Bind(2, change)
+                    .Bind(3, message)
+                    .Run();
+            }
+            m_report.found(std::to_string(messages.size()) + " messages belong to no folder (" +
+                           std::to_string(place >> 1) + "): moved to folder " + std::to_string(folder));
+        }
+    }
+
+    // A message is saved as it is: that settles its columns, its size and what it tells of its parts.
+    void MendMessages()
+    {
+        std::vector<std::int64_t> changed;
+        {
+            Query query(m_database,
+                        "SELECT m.id, m.props, m.parts & 7, EXISTS(SELECT 1 FROM recipient r WHERE "
+                        "r.message=m.id), EXISTS(SELECT 1 FROM attachment a WHERE "
+                        "a.message=m.id), " ZEB_MESSAGE_COPIES " FROM message m");
+            while (query.Step())
+            {
+                const PropertyBlob blob(query.Bytes(1), m_store);
+                std::int64_t parts = 0;
+                if (!ReferencesIn(query.Bytes(1)).empty())
+                    parts |= HasLargeValues;
+                if (query.Number(3) != 0)
+                    parts |= HasRecipients;
+                if (query.Number(4) != 0)
+                    parts |= HasAttachments;
+                if (parts != query.Number(2) || !(CopiesOf(blob.Decode()) == ReadCopies(query, 5)))
+                    changed.push_back(query.Number(0));
+            }
+        }
+        for (const std::int64_t message : changed)
+        {
+            m_report.found("message " + std::to_string(message) +
+                           ": its row does not match its properties, recipients and attachments: rebuilt");
+            Query(m_database, "UPDATE message SET parts=7 WHERE id=?").Bind(1, message).Run();
+            m_store.SaveMessage(message, {m_store.LoadMessage(message).properties, {}, {}}, 0);
+        }
+    }
+
+    void MendCounters()
+    {
+        struct Place
+        {
+            std::int64_t container, rows, unread, next;
+            bool recentIsSound;
+        };
+        std::vector<Place> wrong;
+        {
+            Query query(
+                m_database,
+                "SELECT c.container, count(m.id), CASE WHEN c.container=0 OR c.container & 1 THEN 0 ELSE "
+                "coalesce(sum((m.flags & 1) = 0), 0) END, coalesce(max(m.id) & 4294967295, 0) + 1, "
+                "c.rows, c.unread, c.next, c.recent FROM contents c LEFT JOIN message m ON "
+                "m.id BETWEEN c.container << 32 AND (c.container << 32) + 4294967295 GROUP BY c.container");
+            // An empty place has one joined row without a message; a read flag of NULL counts nothing.
+            while (query.Step())
+            {
+                const Place place{query.Number(0), query.Number(1),
+                                  query.Number(1) == 0 ? 0 : query.Number(2),
+                                  std::max(query.Number(3), query.Number(6)), IsRecentSound(query.Bytes(7))};
+                if (place.rows != query.Number(4) || place.unread != query.Number(5) ||
+                    place.next != query.Number(6) || !place.recentIsSound)
+                    wrong.push_back(place);
+            }
+        }
+        for (const Place& place : wrong)
+        {
+            m_report.found("folder " + std::to_string(place.container >> 1) +
+                           ": its counters do not match its messages: rebuilt (" +
+                           std::to_string(place.rows) + " messages, " + std::to_string(place.unread) +
+                           " unread)");
+            std::string recent;
+            AddRecent(recent, RecentChange::Everything());
+            Query(m_database,
+                  "UPDATE contents SET rows=?, unread=?, next=?, change=change+1, recent=? WHERE container=?")
+                .Bind(1, place.rows)
+                .Bind(2, place.unread)
+                .Bind(3, place.next)
+                .BindBlob(4, recent)
+                .Bind(5, place.container)
+                .Run();
+        }
+        const std::int64_t entries = NumberOf(Query(m_database, "SELECT count(*) FROM address"));
+        if (NumberOf(Query(m_database, "SELECT count(*) FROM directory")) == 0)
+            m_database.Execute("INSERT INTO directory(id, rows, change) VALUES(1, -1, 0)");
+        if (NumberOf(Query(m_database, "SELECT rows FROM directory")) != entries)
+        {
+            m_report.found("the address book does not count its " + std::to_string(entries) +
+                           " entries: corrected");
+            Query(m_database, "UPDATE directory SET rows=?, change=change+1").Bind(1, entries).Run();
+        }
+    }
+
+private:
+    std::int64_t Run(const char* sql)
+    {
+        m_database.Execute(sql);
+        return sqlite3_changes64(m_database.Handle());
+    }
+
+    void Change(const char* what, const char* sql)
+    {
+        if (const std::int64_t changed = Run(sql); changed != 0)
+            m_report.found(std::to_string(changed) + " " + what);
+    }
+
+    void Remove(const char* what, const char* sql) { Change((std::string(what) + ": removed").c_str(), sql); }
+
+    void MakeMissingPlaces()
+    {
+        if (NumberOf(Query(m_database, "SELECT count(*) FROM contents WHERE container=0")) == 0)
+        {
+            m_report.found("the place of messages inside attachments is missing: made");
+            InsertContents(m_database, 0, 0);
+        }
+        for (const std::int64_t folder : Query(m_database, "SELECT id FROM folder").Numbers())
+            for (const bool associated : {false, true})
+            {
+                const std::int64_t container = ContainerOf(folder, associated);
+                Query query(m_database, "SELECT 1 FROM contents WHERE container=?");
+                if (query.Bind(1, container).Step())
+                    continue;
+                m_report.found("folder " + std::to_string(folder) + ": its counters are missing: made");
+                InsertContents(m_database, container, folder);
+            }
+    }
+
+    bool IsReached(FolderId folder)
+    {
+        Query query(m_database,
+                    "WITH RECURSIVE tree(id) AS (SELECT 1 UNION SELECT f.id FROM folder f JOIN tree t "
+                    "ON f.parent=t.id) SELECT 1 FROM tree WHERE id=?");
+        return query.Bind(1, folder).Step();
+    }
+
+    // The name that a folder can have in the top of the subtree.
+    std::string FreeName(const std::string& name, FolderId folder)
+    {
+        const FolderId top = IdOf(StandardFolder::IpmSubtree);
+        const bool isFree = !name.empty() && m_store.FindFolder(top, name) == 0;
+        return isFree ? name : name + (name.empty() ? "" : " ") + "(" + std::to_string(folder) + ")";
+    }
+
+    void MoveToSubtree(FolderId folder)
+    {
+        PropertySet properties = m_store.FolderProperties(folder);
+        const std::string name = FreeName(properties.Text(PR_DISPLAY_NAME_W), folder);
+        properties.SetText(PR_DISPLAY_NAME_W, name);
+        const std::string passing = "\x01" + std::to_string(folder); // no folder's key begins so
+        Query(m_database, "UPDATE folder SET parent=?, key=? WHERE id=?")
+            .Bind(1, IdOf(StandardFolder::IpmSubtree))
+            .BindText(2, passing)
+            .Bind(3, folder)
+            .Run();
+        m_store.SaveFolderProperties(folder, properties);
+        m_report.found("folder " + std::to_string(folder) + " is not reached from the root: moved to '" +
+                       name + "' under the top of the subtree");
+    }
+
+    FolderId RecoveredFolder()
+    {
+        const FolderId top = IdOf(StandardFolder::IpmSubtree);
+        if (const FolderId found = m_store.FindFolder(top, "Recovered"))
+            return found;
+        PropertySet properties;
+        properties.SetText(PR_DISPLAY_NAME_W, "Recovered");
+        return m_store.CreateFolder(top, properties);
+    }
+
+    StoreFile& m_store;
+    Database& m_database;
+    const WorkReport& m_report;
+};
+
+} // namespace
+
+void CopyStore(const std::string& from, const std::string& to, const WorkReport& report)
+{
+    std::error_code failure;
+    if (std::filesystem::exists(std::filesystem::u8path(to), failure))
+        throw Error(MAPI_E_COLLISION, "The file '" + to + "' exists already.");
+    Database source(from, Database::Mode::ReadOnly);
+    Database target(to, Database::Mode::Create);
+    sqlite3_backup* const backup = sqlite3_backup_init(target.Handle(), "main", source.Handle(), "main");
+    if (!backup)
+        target.Fail(sqlite3_errcode(target.Handle()));
+    int code = SQLITE_OK;
+    while (code == SQLITE_OK)
+    {
+        code = sqlite3_backup_step(backup, PagesAtOnce);
+        const int whole = sqlite3_backup_pagecount(backup);
+        report.progress(static_cast<std::uint64_t>(whole - sqlite3_backup_remaining(backup)),
+                        static_cast<std::uint64_t>(whole));
+    }
+    sqlite3_backup_finish(backup);
+    if (code != SQLITE_DONE)
+        source.Fail(code);
+}
+
+void RepairStore(StoreFile& store, const WorkReport& report)
+{
+    const std::lock_guard<std::recursive_mutex> hold(store.Lock());
+    store.RequireWritable();
+    Transaction transaction(store.Connection());
+    // Rows are without their owners until all are in place.
+    store.Connection().Execute("PRAGMA defer_foreign_keys=ON");
+    RowRepair rows(store, report);
+    rows.MendIndexes();
+    rows.RemoveOwnerless();
+    ValueRepair values(store, report);
+    values.MendContent();
+    rows.RemoveLostEmbedded();
+    rows.MendFolders();
+    rows.MoveLostMessages();
+    values.MendReferences();
+    values.RemoveOrphans();
+    rows.MendMessages();
+    rows.MendCounters();
+    const std::vector<std::string> left = store.CheckWhole();
+    if (!left.empty())
+        throw Error(MAPI_E_CORRUPT_STORE,
+                    "The store file '" + store.Path() + "' cannot be repaired: " + left[0] + ".");
+    transaction.Commit();
+}
+
+void CompactStore(StoreFile& store, const WorkReport& report)
+{
+    const std::lock_guard<std::recursive_mutex> hold(store.Lock());
+    store.RequireWritable();
+    Database& database = store.Connection();
+    constexpr int InstructionsBetween = 100000;
+    sqlite3_progress_handler(
+        database.Handle(), InstructionsBetween,
+        [](void* told)
+        {
+            static_cast<const WorkReport*>(told)->progress(0, 0);
+            return 0;
+        },
+        const_cast<WorkReport*>(&report));
+    try
+    {
+        database.Execute("VACUUM");
+        database.Execute("PRAGMA wal_checkpoint(TRUNCATE)");
+    }
+    catch (...)
+    {
+        sqlite3_progress_handler(database.Handle(), 0, nullptr, nullptr);
+        throw;
+    }
+    sqlite3_progress_handler(database.Handle(), 0, nullptr, nullptr);
+}
+
+} // namespace zebstore
