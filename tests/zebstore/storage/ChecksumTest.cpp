@@ -279,7 +279,8 @@ TEST_F(ChecksumTest, AFlippedByteOfTheFileIsSeenWhereItIsRead)
     MessageContent content = Mail("subject");
     content.properties.SetText(PR_BODY_W, body);
     AttachmentEdit edit;
-    const std::string attached = "<begin>" + std::string(70000, 'x') + "<end>";
+    const std::string attached =
+        "<begin>" + std::string(30000, 'x') + "<middle>" + std::string(40000, 'x') + "<end>";
     edit.properties.SetBinary(PR_ATTACH_DATA_BIN, attached.data(), attached.size());
     content.attachments.push_back(edit);
     const MessageId message = Store().CreateMessage(Inbox, false, content);
@@ -290,7 +291,7 @@ TEST_F(ChecksumTest, AFlippedByteOfTheFileIsSeenWhereItIsRead)
         whole.assign(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
     }
     const std::pair<std::string, size_t> places[] = {
-        {body, 0}, {body, 20}, {"<begin>", 0}, {"<begin>", 1000}, {"<end>", 0}};
+        {body, 0}, {body, 20}, {"<begin>", 0}, {"<middle>", 3}, {"<end>", 0}};
     for (const auto& place : places)
     {
         // Everywhere: pages keep bytes of what they held before.
