@@ -16,7 +16,7 @@ class CQorRegKey
 public:
     /// Opens the key at `path` below `root`: HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER or HKEY_CLASSES_ROOT;
     /// below another root nothing opens. The two numbers ask for read access, the only one there is.
-    /// @throws zeb::platform::RegistryError when the registry can not be read (a syntax error in its file)
+    /// @throws zeb::platform::RegistryError when the registry cannot be read (a syntax error in its file)
     CQorRegKey(HKEY root, const char* path, int reserved = 0, int readOnly = 1);
 
     /// Whether the key is there.

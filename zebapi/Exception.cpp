@@ -1,5 +1,6 @@
 #include "zebapi/Exception.h"
 
+#include "platform/text.h"
 #include "qorlog/QorLog.h"
 #include "zebapi/tables/ErrorNames.h"
 
@@ -87,7 +88,8 @@ BOOL CZebException::GetErrorMessage(char* buffer, unsigned int maxChars, unsigne
     }
     if (buffer != nullptr)
     {
-        const size_t length = std::min<size_t>(m_description.GetLength(), maxChars);
+        const size_t length = zeb::platform::NarrowPrefix(
+            m_description, static_cast<size_t>(m_description.GetLength()), maxChars);
         std::memcpy(buffer, static_cast<const char*>(m_description), length);
         if (length < maxChars)
         {
@@ -102,18 +104,57 @@ HRESULT CZebException::GetResult()
     return m_result;
 }
 
-void CZebException::Throw(LONG result, const char* file, int line)
+CStringA CZebException::GetContext() const
 {
-    CZebException* exception = nullptr;
+    return m_context;
+}
+
+void CZebException::SetOperation(const char* operation) noexcept
+{
     try
     {
-        exception = new CZebException(result, file, line);
+        // A lambda has no name of its own.
+        m_context = operation != nullptr && std::strcmp(operation, "operator()") != 0 ? operation : "";
     }
     catch (const std::bad_alloc&)
     {
-        ThrowOutOfMemory(file, line);
+        m_context.Empty();
     }
-    throw exception;
+}
+
+void CZebException::AddContext(const char* thing)
+{
+    if (!IsAutoDelete())
+    {
+        return; // kept for all threads
+    }
+    try
+    {
+        m_context += m_context.IsEmpty() ? "" : " ";
+        m_context += thing;
+        LDetail("ZebAPI", "CONTEXT %s", static_cast<const char*>(m_context));
+    }
+    catch (const std::bad_alloc&)
+    {
+        // What was thrown is worth more than where.
+    }
+}
+
+void CZebException::Throw(LONG result, const char* file, int line, const char* operation)
+{
+    Throw(result, static_cast<IMAPIProp*>(nullptr), file, line, operation);
+}
+
+void CZebException::ThrowWithError(LONG result, const char* error, const char* file, int line,
+                                   const char* operation)
+{
+    /// Gives the text as the extended error of an object would be given.
+    struct Source
+    {
+        MAPIERROR error;
+        void GetLastError(HRESULT, ULONG, LPMAPIERROR* out) { *out = &error; }
+    } source = {{0, const_cast<char*>(error), const_cast<char*>("ZebAPI"), 0, 0}};
+    Throw(result, &source, file, line, operation);
 }
 
 void CZebException::ThrowOutOfMemory(const char* file, int line)
@@ -138,6 +179,25 @@ CStringA Zeb_GetExceptionDescription(CException* e)
     char buffer[1024 + 1] = {};
     e->GetErrorMessage(buffer, sizeof buffer - 1, nullptr);
     return CStringA(buffer);
+}
+
+CStringA Zeb_GetResultDescription(HRESULT result)
+{
+    return ErrorNameOf(result);
+}
+
+CStringA Zeb_DescribeException(CException* e)
+{
+    CStringA text = Zeb_GetExceptionDescription(e);
+    int length = text.GetLength();
+    while (length > 0 && (text[length - 1] == ' ' || text[length - 1] == '\n'))
+    {
+        --length;
+    }
+    text = text.Left(length);
+    const auto* own = dynamic_cast<CZebException*>(e);
+    const CStringA context = own != nullptr ? own->GetContext() : CStringA();
+    return context.IsEmpty() ? text : context + ": " + text;
 }
 
 namespace zeb

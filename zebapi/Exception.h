@@ -4,9 +4,11 @@
 #include "framework/CString.h"
 #include "framework/ComPtr.h"
 #include "framework/Exception.h"
+#include "platform/caller.h"
 #include "platform/export.h"
 #include "platform/mapi.h"
 
+#include <exception>
 #include <new>
 #include <utility>
 
@@ -42,21 +44,31 @@ public:
 
     ~CZebException() override;
 
-    /// Copies at most `maxChars` bytes of the description into `buffer`; a terminator follows only where the
-    /// description is shorter than that. Sets `*helpContext`, when given, to 0.
+    /// Copies at most `maxChars` bytes of the description into `buffer`, whole characters only; a terminator follows
+    /// only where what was copied is shorter than that. Sets `*helpContext`, when given, to 0.
     /// @return TRUE
     BOOL GetErrorMessage(char* buffer, unsigned int maxChars, unsigned int* helpContext) override;
 
     /// The MAPI result code.
     virtual HRESULT GetResult();
 
+    /// What failed, besides the code: the operation and, where one is known, the thing ("CreateFolder 'Projects'",
+    /// "operator[] row 7 of 3"). Empty for an exception that was made, not thrown by Throw.
+    CStringA GetContext() const;
+
+    /// Adds a thing to the context. The default log sink shows the context in a line after that of the throw.
+    void AddContext(const char* thing);
+
     /// Throws a new exception, or, when memory for it is out, one kept for the case:
     /// MAPI_E_NOT_ENOUGH_MEMORY.
-    [[noreturn]] static void Throw(LONG result, const char* file, int line);
+    /// @param operation what GetContext() begins with: the calling function unless another is given
+    [[noreturn]] static void Throw(LONG result, const char* file, int line,
+                                   const char* operation = ZEB_CALLER);
 
     /// As above, with the extended error of the object that failed.
     template <class Object>
-    [[noreturn]] static void Throw(LONG result, Object* object, const char* file, int line)
+    [[noreturn]] static void Throw(LONG result, Object* object, const char* file, int line,
+                                   const char* operation = ZEB_CALLER)
     {
         CZebException* exception = nullptr;
         try
@@ -67,8 +79,13 @@ public:
         {
             ThrowOutOfMemory(file, line);
         }
+        exception->SetOperation(operation);
         throw exception;
     }
+
+    /// As above, with a text of the library's own as the extended error.
+    [[noreturn]] static void ThrowWithError(LONG result, const char* error, const char* file, int line,
+                                            const char* operation = ZEB_CALLER);
 
 protected:
     /// What the constructors have in common: keeps the result, makes the description, writes the log line.
@@ -80,6 +97,8 @@ private:
     {
     };
     explicit CZebException(Reserve);
+    /// Begins the context; without memory for it there is none.
+    void SetOperation(const char* operation) noexcept;
     [[noreturn]] static void ThrowOutOfMemory(const char* file, int line);
 
     /// Made when the library is loaded, so that it is there when memory is not. Threads share it unchanged.
@@ -87,38 +106,93 @@ private:
 
     CStringA m_description;
     HRESULT m_result;
+    CStringA m_context;
 };
 
 /// The text that `e->GetErrorMessage` gives, up to 1024 bytes of it. Works for any CException.
 ZEBAPI_EXPORT CStringA Zeb_GetExceptionDescription(CException* e);
 
+/// The description of a result code: its MAPI name, or "0x%08X" for a code that has none.
+ZEBAPI_EXPORT CStringA Zeb_GetResultDescription(HRESULT result);
+
+/// Inside a catch block: one line that describes the exception in flight, whatever the library has thrown: a CException
+/// (which is deleted), _com_error of an empty wrapper, std::bad_alloc. "operation: description" where the operation is
+/// known.
+///
+/// A host ends with it:
+///
+///     catch (...)
+///     {
+///         std::fprintf(stderr, "%s\n", Zeb_DescribeCurrentException().GetString());
+///     }
+inline CStringA Zeb_DescribeCurrentException();
+
+/// As Zeb_DescribeCurrentException, for an exception that was caught; it is not deleted.
+ZEBAPI_EXPORT CStringA Zeb_DescribeException(CException* e);
+
+inline CStringA Zeb_DescribeCurrentException()
+{
+    try
+    {
+        throw;
+    }
+    catch (CException* e)
+    {
+        struct Deleter
+        {
+            CException* exception;
+            ~Deleter() { exception->Delete(); }
+        } deleter{e};
+        return Zeb_DescribeException(e);
+    }
+    catch (const _com_error& e)
+    {
+        return Zeb_GetResultDescription(e.Error());
+    }
+    catch (const std::bad_alloc&)
+    {
+        return Zeb_GetResultDescription(MAPI_E_NOT_ENOUGH_MEMORY);
+    }
+    catch (const std::exception& e)
+    {
+        return CStringA(e.what());
+    }
+    catch (...)
+    {
+        return CStringA("unknown exception");
+    }
+}
+
 /// Throws a failing result (severity bit set) as a CZebException*; success and warnings are returned
 /// unchanged.
-inline HRESULT ThrowIfFailed(HRESULT result, const char* file, int line)
+/// @param operation what the exception's context begins with: the calling function unless another is given
+inline HRESULT ThrowIfFailed(HRESULT result, const char* file, int line, const char* operation = ZEB_CALLER)
 {
     if (result < 0)
     {
-        CZebException::Throw(result, file, line);
+        CZebException::Throw(result, file, line, operation);
     }
     return result;
 }
 
 /// As above, for a call on a MAPI object: the description is the object's extended error where it gives one.
 template <class Object>
-HRESULT ThrowIfFailed(HRESULT result, Object* object, const char* file, int line)
+HRESULT ThrowIfFailed(HRESULT result, Object* object, const char* file, int line,
+                      const char* operation = ZEB_CALLER)
 {
     if (result < 0)
     {
-        CZebException::Throw(result, object, file, line);
+        CZebException::Throw(result, object, file, line, operation);
     }
     return result;
 }
 
 /// As above, for a call through a counted pointer; an empty one gives no extended error.
 template <class Object>
-HRESULT ThrowIfFailed(HRESULT result, const CComPtr<Object>& object, const char* file, int line)
+HRESULT ThrowIfFailed(HRESULT result, const CComPtr<Object>& object, const char* file, int line,
+                      const char* operation = ZEB_CALLER)
 {
-    return ThrowIfFailed(result, object.Get(), file, line);
+    return ThrowIfFailed(result, object.Get(), file, line, operation);
 }
 
 namespace zeb
@@ -127,6 +201,30 @@ namespace zeb
 /// Inside a catch block: writes the line of the exception in flight (level 1) with the catch site's file and
 /// line, and deletes a CException. Nothing leaves it.
 void LogCaught(const char* file, int line) noexcept;
+
+/// Runs `body`; a CZebException that leaves it is told the thing that it was about.
+/// @param thing gives its text; called only then
+/// @return what `body` returns
+template <class Thing, class Body>
+auto About(Thing&& thing, Body&& body) -> decltype(body())
+{
+    try
+    {
+        return std::forward<Body>(body)();
+    }
+    catch (CZebException* exception)
+    {
+        try
+        {
+            exception->AddContext(std::forward<Thing>(thing)());
+        }
+        catch (const std::bad_alloc&)
+        {
+            // What was thrown is worth more than what it was about.
+        }
+        throw;
+    }
+}
 
 /// Runs `body` and lets no exception out: what it throws is logged by LogCaught.
 /// @return whether `body` ended without an exception

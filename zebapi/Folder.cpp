@@ -7,6 +7,7 @@
 #include "zebapi/Restrict.h"
 #include "zebapi/RowSet.h"
 #include "zebapi/SESSION.h"
+#include "zebapi/Subject.h"
 #include "zebapi/TAGS.h"
 
 #include <cstdarg>
@@ -95,9 +96,14 @@ CZebFolder CZebFolder::CreateFolder(const char* name, bool hidden, bool save, UL
     }
     CComPtr<IMAPIFolder> folder = GetFolder();
     CComPtr<IMAPIFolder> created;
-    ThrowIfFailed(folder->CreateFolder(folderType, const_cast<char*>(name), const_cast<char*>(comment),
-                                       &IID_IMAPIFolder, flags, created.Put()),
-                  folder, __FILE__, __LINE__);
+    zeb::AboutName(name,
+                   [&]
+                   {
+                       ThrowIfFailed(folder->CreateFolder(folderType, const_cast<char*>(name),
+                                                          const_cast<char*>(comment), &IID_IMAPIFolder, flags,
+                                                          created.Put()),
+                                     folder, __FILE__, __LINE__, "CreateFolder");
+                   });
     zeb::RequireObject(static_cast<bool>(created), __FILE__, __LINE__);
     result = CZebFolder(created.Get());
     if (hidden)

@@ -8,6 +8,7 @@
 #include "zebapi/PROPVALArray.h"
 #include "zebapi/PropDump.h"
 #include "zebapi/SESSION.h"
+#include "zebapi/Subject.h"
 #include "zebapi/TAGS.h"
 
 #include <climits>
@@ -256,14 +257,18 @@ CZebBinary CZebIProp::GetParentID()
 CStringA CZebIProp::GetStringPropA(ULONG tag)
 {
     CZebPropVal value;
-    ThrowIfFailed(_HrGetOneProp_(Prop(), tag, &value), Prop(), __FILE__, __LINE__);
+    zeb::AboutTag(
+        tag, [&, operation = __func__]
+        { ThrowIfFailed(_HrGetOneProp_(Prop(), tag, &value), Prop(), __FILE__, __LINE__, operation); });
     return value.UseDefault(CStringA());
 }
 
 CStringW CZebIProp::GetStringPropW(ULONG tag)
 {
     CZebPropVal value;
-    ThrowIfFailed(_HrGetOneProp_(Prop(), tag, &value), Prop(), __FILE__, __LINE__);
+    zeb::AboutTag(
+        tag, [&, operation = __func__]
+        { ThrowIfFailed(_HrGetOneProp_(Prop(), tag, &value), Prop(), __FILE__, __LINE__, operation); });
     return value.UseDefault(CStringW());
 }
 
@@ -451,7 +456,9 @@ CZebBinary CZebIProp::GetBin(ULONG tag)
 CZebBinary CZebIProp::GetBinary(ULONG tag) const
 {
     CZebPropVal value;
-    ThrowIfFailed(_HrGetOneProp_(Prop(), tag, &value), Prop(), __FILE__, __LINE__);
+    zeb::AboutTag(
+        tag, [&, operation = __func__]
+        { ThrowIfFailed(_HrGetOneProp_(Prop(), tag, &value), Prop(), __FILE__, __LINE__, operation); });
     return CZebBinary(value.operator const SBinary&());
 }
 

@@ -13,7 +13,7 @@ namespace
 // IWABObject has no identifier of its own that anybody publishes; the object itself is what is wanted.
 const IID& IID_ZebIWABObject = IID_IUnknown;
 
-// Lives in plain memory and is dropped by CZebAPI's destructor, while the provider is still loaded.
+// Lives in plain memory: it is dropped or abandoned with the provider, not in an order of destructors.
 struct AllocatorBinding
 {
     LPALLOCATEBUFFER allocateBuffer;
@@ -96,6 +96,11 @@ void Zeb_MemUninitialize()
 {
     Zeb_MemInitialize(nullptr, nullptr, nullptr);
     binding.DropWabObject();
+}
+
+void zeb::AbandonMem()
+{
+    binding = {};
 }
 
 void* Zeb_MemAllocate(ULONG size, void* parent)

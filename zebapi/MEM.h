@@ -22,6 +22,14 @@ ZEBAPI_EXPORT void Zeb_MemInitialize(void* wabObject);
 /// Unbinds both allocators and releases the WAB object.
 ZEBAPI_EXPORT void Zeb_MemUninitialize();
 
+namespace zeb
+{
+
+/// Forgets both allocators without releasing the WAB object: the provider may have ended.
+void AbandonMem();
+
+} // namespace zeb
+
 /// A block of `size` bytes, all zero: a new root block, or with a `parent` one that is freed with it.
 /// @return never null; free a root block with Zeb_MemFree
 /// @throws CZebException* MAPI_E_NOT_INITIALIZED when no provider is loaded, MAPI_E_NOT_ENOUGH_MEMORY, or

@@ -1,13 +1,19 @@
 #include "zebapi/Mapiload.h"
 
+#include "platform/module.h"
+#include "platform/text.h"
 #include "qorlog/QorLog.h"
-#include "qorth/RegKey.h"
 #include "qorth/System.h"
 #include "zebapi/EntryPoints.h"
 #include "zebapi/Exception.h"
 #include "zebapi/MEM.h"
+#include "zebapi/OpenEntry.h"
+#include "zebapi/Registry.h"
+#include "zebapi/Subject.h"
 
+#include <array>
 #include <cstring>
+#include <new>
 
 namespace
 {
@@ -27,26 +33,81 @@ const zeb::EntryPointRow* LoadTable(EnumOfficeBitness bitness)
     return bitness == OfficeBitness32 ? zeb::DecoratedEntryPoints : zeb::UndecoratedEntryPoints;
 }
 
-CZebAPI library;
+/// The object whose provider the allocator and the entry points are of; null when there is none.
+std::atomic<const CZebAPI*> boundBy{nullptr};
+
+void ForgetEntryPoints()
+{
+    for (const zeb::EntryPointRow& row : zeb::UndecoratedEntryPoints)
+    {
+        zeb::SetEntryPoint(row.slot, nullptr);
+    }
+}
+
+} // namespace
+
+namespace zeb
+{
+
+/// The library's one object, in memory of its own: it is not destroyed when a provider is still loaded. The process is
+/// ending then, and the provider's own objects are gone already, or this library is unloaded, and what the provider
+/// waits for would wait for the loader's lock.
+class LibraryObject
+{
+public:
+    LibraryObject() { new (m_memory) CZebAPI; }
+    ~LibraryObject()
+    {
+        // What a host frees later, in destructors of its own static objects, must not reach the provider.
+        ForgetEntryPoints();
+        if (Get().m_loader.IsEmpty())
+        {
+            Zeb_MemUninitialize();
+            Get().~CZebAPI();
+        }
+        else
+        {
+            AbandonMem();
+        }
+    }
+    LibraryObject(const LibraryObject&) = delete;
+    LibraryObject& operator=(const LibraryObject&) = delete;
+
+    CZebAPI& Get() { return *std::launder(reinterpret_cast<CZebAPI*>(m_memory)); }
+
+private:
+    alignas(CZebAPI) unsigned char m_memory[sizeof(CZebAPI)];
+};
+
+} // namespace zeb
+
+namespace
+{
+
+zeb::LibraryObject library;
 
 } // namespace
 
 CZebAPI& Zeb_GetMAPI()
 {
-    return library;
+    return library.Get();
 }
 
 CZebAPI::CZebAPI() = default;
 
 CZebAPI::~CZebAPI()
 {
-    // What a host frees later, in destructors of its own static objects, must not reach the unloaded
-    // provider.
-    Zeb_MemUninitialize();
-    for (const zeb::EntryPointRow& row : zeb::UndecoratedEntryPoints)
+    if (boundBy == this)
     {
-        zeb::SetEntryPoint(row.slot, nullptr);
+        Zeb_MemUninitialize();
+        ForgetEntryPoints();
+        boundBy = nullptr;
     }
+}
+
+bool CZebAPI::MayUnbind() const
+{
+    return boundBy == this || boundBy == nullptr;
 }
 
 bool CZebAPI::IsWAB()
@@ -140,14 +201,19 @@ void CZebAPI::InitializeMAPI()
 void CZebAPI::ResolveEntryPoints(const CStringA& path)
 {
     const zeb::EntryPointRow* table = LoadTable(m_bitness);
-    for (const zeb::EntryPointRow* row = table; row != table + zeb::EntryPointCount; ++row)
+    std::array<void*, zeb::EntryPointCount> addresses = {};
+    for (size_t i = 0; i < addresses.size(); ++i)
     {
-        void* address = m_loader.GetProc(row->name);
-        zeb::SetEntryPoint(row->slot, address);
-        if (address == nullptr)
+        addresses[i] = m_loader.GetProc(table[i].name);
+        if (addresses[i] == nullptr)
         {
-            RefuseLibrary(row->name, path);
+            RefuseLibrary(table[i].name, path);
         }
+    }
+    boundBy = this;
+    for (size_t i = 0; i < addresses.size(); ++i)
+    {
+        zeb::SetEntryPoint(table[i].slot, addresses[i]);
     }
 }
 
@@ -192,14 +258,14 @@ void CZebAPI::UninitializeMAPI(CZebSession* session)
 void CZebAPI::Unload()
 {
     CSingleLock objectLock(&m_lock, true);
-    Zeb_MemUninitialize();
-    if (m_bitness == OfficeBitness32 || m_bitness == OfficeBitness64)
+    if (MayUnbind())
     {
-        const zeb::EntryPointRow* table = LoadTable(m_bitness);
-        for (const zeb::EntryPointRow* row = table; row != table + zeb::EntryPointCount; ++row)
+        Zeb_MemUninitialize();
+        if (m_bitness == OfficeBitness32 || m_bitness == OfficeBitness64)
         {
-            zeb::SetEntryPoint(row->slot, nullptr);
+            ForgetEntryPoints();
         }
+        boundBy = nullptr;
     }
     m_loader.Unload();
     m_initialized = false;
@@ -209,8 +275,9 @@ void CZebAPI::InitializeWAB()
 {
     CSingleLock objectLock(&m_lock, true);
     const CStringA path =
-        CQorRegKey(HKEY_LOCAL_MACHINE, "Software\\Microsoft\\WAB\\DLLPath", 0, 1).GetString();
-    if (path.IsEmpty() || !m_loader.Load(path, ModeProvider))
+        zeb::OpenRegistry(HKEY_LOCAL_MACHINE, "Software\\Microsoft\\WAB\\DLLPath", __FILE__, __LINE__)
+            .GetString();
+    if (!zeb::platform::IsBareOrAbsolutePath(path.GetString()) || !m_loader.Load(path, ModeProvider))
     {
         CZebException::Throw(MAPI_E_CALL_FAILED, __FILE__, __LINE__);
     }
@@ -218,13 +285,18 @@ void CZebAPI::InitializeWAB()
     {
         RefuseLibrary("WABOpen", path);
     }
-    CComPtr<IWABObject> wabObject = OpenWAB(m_wabAddressBook);
+    CComPtr<IAddrBook> addressBook;
+    CComPtr<IWABObject> wabObject = OpenWAB(addressBook);
+    boundBy = this;
     Zeb_MemInitialize(wabObject.Get());
+    // Nothing can fail any more: an address book that is kept is one that UninitializeWAB releases.
+    *reinterpret_cast<LPADRBOOK*>(&m_wabAddressBook) = addressBook.Detach();
+    m_wabAddressBook.SetWAB(true);
     m_wab = true;
     m_initialized = true;
 }
 
-CComPtr<IWABObject> CZebAPI::OpenWAB(CZebAddressBook& addressBook)
+CComPtr<IWABObject> CZebAPI::OpenWAB(CComPtr<IAddrBook>& addressBook)
 {
     WABOPEN* wabOpen = nullptr;
     if (!m_loader.GetProc("WABOpen", wabOpen))
@@ -235,16 +307,18 @@ CComPtr<IWABObject> CZebAPI::OpenWAB(CZebAddressBook& addressBook)
     param.cbSize = sizeof param;
     param.ulFlags = WAB_ENABLE_PROFILES;
     CComPtr<IWABObject> wabObject;
-    ThrowIfFailed(wabOpen(reinterpret_cast<LPADRBOOK*>(&addressBook), wabObject.Put(), &param, 0), __FILE__,
-                  __LINE__);
-    addressBook.SetWAB(true);
+    ThrowIfFailed(wabOpen(addressBook.Put(), wabObject.Put(), &param, 0), __FILE__, __LINE__);
+    zeb::RequireObject(addressBook && wabObject, __FILE__, __LINE__);
     return wabObject;
 }
 
 void CZebAPI::UninitializeWAB()
 {
     CSingleLock objectLock(&m_lock, true);
-    Zeb_MemInitialize(nullptr);
+    if (MayUnbind())
+    {
+        Zeb_MemInitialize(nullptr);
+    }
     m_wabAddressBook.Free();
     Unload();
     m_wab = false;
@@ -258,8 +332,10 @@ CZebAddressBook CZebAPI::GetWABAddressBook(bool newInstance)
     {
         return m_wabAddressBook;
     }
-    CZebAddressBook addressBook;
-    CComPtr<IWABObject> wabObject = OpenWAB(addressBook);
+    CComPtr<IAddrBook> opened;
+    CComPtr<IWABObject> wabObject = OpenWAB(opened);
+    CZebAddressBook addressBook(opened.Get());
+    addressBook.SetWAB(true);
     addressBook.SetWABObject(wabObject.Get());
     return addressBook;
 }
@@ -272,8 +348,10 @@ CZebSession CZebAPI::OpenSession(HWND parent, const char* profileName)
     }
     // A name that fills the buffer has no terminator of its own: one byte more is always zero.
     char name[ProfileNameSize + 1] = {};
-    std::strncpy(name, profileName, ProfileNameSize);
-    return Logon(parent, name, 0);
+    // Whole characters only.
+    std::memcpy(name, profileName,
+                zeb::platform::NarrowPrefix(profileName, std::strlen(profileName), ProfileNameSize));
+    return zeb::AboutName(name, [&] { return Logon(parent, name, 0); });
 }
 
 CZebSession CZebAPI::OpenSessionW(HWND parent, const WCHAR* profileName)
@@ -288,7 +366,7 @@ CZebSession CZebAPI::Logon(HWND parent, const void* profileName, ULONG flags)
     {
         if (!m_initialized)
         {
-            CZebException::Throw(E_POINTER, __FILE__, __LINE__);
+            CZebException::Throw(E_POINTER, __FILE__, __LINE__, "OpenSession");
         }
         flags |= LogonFlags;
         flags |= profileName != nullptr ? MAPI_NEW_SESSION : MAPI_USE_DEFAULT | MAPI_ALLOW_OTHERS;
@@ -297,7 +375,8 @@ CZebSession CZebAPI::Logon(HWND parent, const void* profileName, ULONG flags)
         ThrowIfFailed(zeb::MAPILogonEx(reinterpret_cast<ULONG_PTR>(parent),
                                        static_cast<LPTSTR>(const_cast<void*>(profileName)), nullptr, flags,
                                        session.Put()),
-                      __FILE__, __LINE__);
+                      __FILE__, __LINE__, "OpenSession");
+        zeb::RequireObject(static_cast<bool>(session), __FILE__, __LINE__, "OpenSession");
         return CZebSession(session.Get());
     }
     catch (...)
@@ -317,5 +396,6 @@ CZebProfAdmin CZebAPI::GetProfAdmin()
     CSingleLock objectLock(&m_lock, true);
     CComPtr<IProfAdmin> profAdmin;
     ThrowIfFailed(zeb::MAPIAdminProfiles(0, profAdmin.Put()), __FILE__, __LINE__);
+    zeb::RequireObject(static_cast<bool>(profAdmin), __FILE__, __LINE__);
     return CZebProfAdmin(profAdmin.Get());
 }

@@ -12,6 +12,11 @@
 
 #include <atomic>
 
+namespace zeb
+{
+class LibraryObject;
+}
+
 /// How a provider library spells its exports.
 enum EnumOfficeBitness : LONG
 {
@@ -32,11 +37,19 @@ enum EnumOfficeBitness : LONG
 /// next stop leaves the entry points set although the library behind them is unloaded: call nothing of MAPI
 /// after that but a start.
 ///
+/// Call Uninitialize before the process ends or the library is unloaded. When a provider is loaded then, nothing of it is
+/// called or released any more (it may have ended before, and may not be waited for): it stays loaded with what it holds
+/// open.
+///
+/// An object other than the library's own acts on the allocator and the entry points only while they are those that it
+/// has set itself.
+///
 /// Call Uninitialize before the other kind is started, and before the Windows Address Book is started again from
 /// another library: a start releases the library that was loaded before, but not what that library has handed out.
 class ZEBAPI_EXPORT CZebAPI
 {
     friend class CZebProfAdmin;
+    friend class zeb::LibraryObject;
 
     virtual void Unload();
     virtual void InitializeWAB();
@@ -47,7 +60,8 @@ class ZEBAPI_EXPORT CZebAPI
 
 public:
     CZebAPI();
-    /// Drops the allocator and the address book, then unloads the provider.
+    /// Releases the address book and unloads the provider; drops the allocator and the entry points that this object has
+    /// set.
     virtual ~CZebAPI();
     CZebAPI(const CZebAPI&) = delete;
     CZebAPI& operator=(const CZebAPI&) = delete;
@@ -60,9 +74,9 @@ public:
     /// MAPI: Zeb_GetMapiDllPath, then MAPIInitialize for notifications on threads of MAPI's own. WAB: the
     /// library named by the registry, then WABOpen. After a failure WasFailed() is true and another MAPI
     /// start is refused.
-    /// @throws CZebException* MAPI_E_CALL_FAILED when there is no provider, it can not be loaded or an
-    /// earlier failure stands; MAPI_E_VERSION when an entry point is missing; what MAPIInitialize or WABOpen
-    /// returned
+    /// @throws CZebException* MAPI_E_CALL_FAILED when there is no provider, it cannot be loaded, the registry cannot be
+    /// read or an earlier failure stands; MAPI_E_VERSION when an entry point is missing; what MAPIInitialize or WABOpen
+    /// returned. _com_error when the WAB object refuses to be its own allocator. std::bad_alloc
     virtual void Initialize(bool wab);
 
     /// Logs `session` (may be null) off, stops the provider, whichever it is, and unloads it. Drop everything
@@ -73,8 +87,8 @@ public:
     /// session.
     /// @param parent window for the provider's dialogs; may be null
     /// @param profileName at most 1024 bytes of it are used
-    /// @throws CZebException* E_POINTER before Initialize, or what MAPILogonEx returned; either sets
-    /// WasFailed()
+    /// @throws CZebException* E_POINTER before Initialize, what MAPILogonEx returned, or MAPI_E_CALL_FAILED when it gave
+    /// no session; each sets WasFailed()
     virtual CZebSession OpenSession(HWND parent, const char* profileName);
 
     /// As OpenSession with a name, which may have characters that the ANSI code page lacks (MAPILogonEx with
@@ -84,6 +98,7 @@ public:
     CZebSession OpenSessionW(HWND parent, const WCHAR* profileName);
 
     /// The default profile's name from the registry, without MAPI; empty when there is none.
+    /// @throws CZebException* MAPI_E_CALL_FAILED when the registry cannot be read
     virtual CStringA GetDefaultProfileName();
 
     virtual bool WasInitialized();
@@ -102,10 +117,12 @@ public:
 
 private:
     CZebSession Logon(HWND parent, const void* profileName, ULONG flags);
+    /// Whether the allocator and the entry points are not another object's.
+    bool MayUnbind() const;
     void ResolveEntryPoints(const CStringA& path);
     void BindAllocator();
     [[noreturn]] void RefuseLibrary(const char* missing, const char* path);
-    CComPtr<IWABObject> OpenWAB(CZebAddressBook& addressBook);
+    CComPtr<IWABObject> OpenWAB(CComPtr<IAddrBook>& addressBook);
 
     CDllLoader m_loader;
     std::atomic<bool> m_wasFailed{false};
@@ -125,4 +142,5 @@ ZEBAPI_EXPORT CZebAPI& Zeb_GetMAPI();
 /// Looks for a MAPI provider: Outlook's, the common one, the system's.
 /// @param bitness how the provider spells its exports; OfficeBitnessNone when there is none
 /// @return the full path or bare file name of the provider to use; empty when there is none
+/// @throws CZebException* MAPI_E_CALL_FAILED when the registry cannot be read
 ZEBAPI_EXPORT CStringA Zeb_GetMapiDllPath(EnumOfficeBitness& bitness);

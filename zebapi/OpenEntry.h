@@ -21,11 +21,11 @@ inline ULONG_PTR UIParam(HWND window)
 
 /// Refuses a call that reported success and gave no object.
 /// @throws CZebException* MAPI_E_CALL_FAILED when `given` is false
-inline void RequireObject(bool given, const char* file, int line)
+inline void RequireObject(bool given, const char* file, int line, const char* operation = ZEB_CALLER)
 {
     if (!given)
     {
-        CZebException::Throw(MAPI_E_CALL_FAILED, file, line);
+        CZebException::Throw(MAPI_E_CALL_FAILED, file, line, operation);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "zebapi/Blocks.h"
 #include "zebapi/RealValue.h"
+#include "zebapi/Subject.h"
 
 #include <algorithm>
 #include <cstring>
@@ -106,7 +107,7 @@ CZebOnePropVal CZebPropValArray::operator[](ULONG tag)
     {
         if (!m_growable)
         {
-            CZebException::Throw(MAPI_E_UNEXPECTED_ID, __FILE__, __LINE__);
+            zeb::ThrowTag(MAPI_E_UNEXPECTED_ID, tag, __FILE__, __LINE__);
         }
         i = FindTag(0);
         if (i < 0)
@@ -123,7 +124,7 @@ CZebOnePropVal CZebPropValArray::GetAt(ULONG index)
 {
     if (m_values == nullptr || index >= m_count)
     {
-        CZebException::Throw(MAPI_E_UNEXPECTED_ID, __FILE__, __LINE__);
+        zeb::ThrowIndex(MAPI_E_UNEXPECTED_ID, "value", static_cast<LONG>(index), m_count, __FILE__, __LINE__);
     }
     return CZebOnePropVal(m_values + index, m_values);
 }

@@ -3,6 +3,7 @@
 #include "zebapi/Exception.h"
 #include "zebapi/Mapiload.h"
 #include "zebapi/OpenEntry.h"
+#include "zebapi/Registry.h"
 #include "zebapi/RowSet.h"
 
 namespace
@@ -15,13 +16,26 @@ constexpr char SubsystemProfilesKey[] =
 
 bool IsOutlook15()
 {
-    return CQorRegKey(HKEY_CLASSES_ROOT, "Outlook.Application\\CurVer", 0, 1).GetString().Find("15") >= 0;
+    return zeb::OpenRegistry(HKEY_CLASSES_ROOT, "Outlook.Application\\CurVer", __FILE__, __LINE__)
+               .GetString()
+               .Find("15") >= 0;
+}
+
+/// A mark of another type is no mark.
+bool IsDefaultProfile(const CZebRow& row)
+{
+    if (!row.IsExists(PR_DEFAULT_PROFILE))
+    {
+        return false;
+    }
+    const CZebOnePropVal value = row[PR_DEFAULT_PROFILE];
+    return value.GetType() == PT_BOOLEAN && value.operator bool();
 }
 
 } // namespace
 
 CZebProfileNames::CZebProfileNames()
-    : m_profiles(HKEY_CURRENT_USER, GetProfilesKey(), 0, 1)
+    : m_profiles(zeb::OpenRegistry(HKEY_CURRENT_USER, GetProfilesKey(), __FILE__, __LINE__))
 {
     Reset();
 }
@@ -47,7 +61,8 @@ int CZebProfileNames::GetNextName(CString& name)
 
 CStringA CZebProfileNames::GetDefaultProfile()
 {
-    const CQorRegKey key(HKEY_CURRENT_USER, IsOutlook15() ? Outlook15Key : SubsystemProfilesKey, 0, 1);
+    const CQorRegKey key = zeb::OpenRegistry(
+        HKEY_CURRENT_USER, IsOutlook15() ? Outlook15Key : SubsystemProfilesKey, __FILE__, __LINE__);
     CStringA name;
     key.GetString(name, "DefaultProfile", 1);
     return name;
@@ -125,7 +140,7 @@ CStringA CZebProfAdmin::GetDefaultProfileName()
     for (ULONG i = 0; i < count; ++i)
     {
         const CZebRow row = rows[i];
-        if (row.hasRealValue(PR_DEFAULT_PROFILE) && static_cast<bool>(row[PR_DEFAULT_PROFILE]))
+        if (IsDefaultProfile(row))
         {
             return row[PR_DISPLAY_NAME_A];
         }

@@ -11,7 +11,8 @@
 /// Reads the profiles' names straight from the registry; works without MAPI.
 ///
 /// Outlook 15 keeps its profiles in a place of its own; everything else uses Windows' messaging subsystem.
-/// Which one is installed is what "Outlook.Application\CurVer" says. Threads: none of its own; use one object
+/// Which one is installed is what "Outlook.Application\CurVer" says. The constructor and what is marked so throw
+/// CZebException* MAPI_E_CALL_FAILED when the registry cannot be read at all; what is absent is empty. Threads: none of its own; use one object
 /// from one thread.
 class ZEBAPI_EXPORT CZebProfileNames
 {
@@ -29,9 +30,11 @@ public:
     int GetNextName(CString& name);
 
     /// The default profile's name; empty when none is set.
+    /// @throws CZebException* MAPI_E_CALL_FAILED
     CStringA GetDefaultProfile();
 
     /// The key below HKEY_CURRENT_USER whose sub-keys are the profiles, as a new object would choose it.
+    /// @throws CZebException* MAPI_E_CALL_FAILED
     static CStringA GetProfilesKey();
 
 private:

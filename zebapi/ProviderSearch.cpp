@@ -3,8 +3,8 @@
 #include "platform/module.h"
 #include "qorlog/QorLog.h"
 #include "qorth/DllLoader.h"
-#include "qorth/RegKey.h"
 #include "qorth/System.h"
+#include "zebapi/Registry.h"
 #include "zebapi/tables/EntryPoints.h"
 
 #include <utility>
@@ -111,7 +111,8 @@ MapiFolder GetCommonMAPIDir(const ProviderEnvironment& environment)
     {
         return office;
     }
-    const CStringA common = CQorRegKey(HKEY_LOCAL_MACHINE, CommonKey, 0, 1).StringValue(CommonValue);
+    const CStringA common =
+        OpenRegistry(HKEY_LOCAL_MACHINE, CommonKey, __FILE__, __LINE__).StringValue(CommonValue);
     if (common.IsEmpty())
     {
         return {"", office.origin + ", and there is no " + RegistryValue(CommonKey, CommonValue)};
@@ -141,7 +142,7 @@ private:
     bool TryOutlook()
     {
         LLog(3, "ZebAPI", "Checking Outlook MAPI...");
-        const CQorRegKey key(HKEY_LOCAL_MACHINE, OutlookKey, 0, 1);
+        const CQorRegKey key = OpenRegistry(HKEY_LOCAL_MACHINE, OutlookKey, __FILE__, __LINE__);
         if (!key.IsOpen())
         {
             Absent(ProviderStep::Outlook, std::string("there is no HKEY_LOCAL_MACHINE\\") + OutlookKey);
@@ -257,14 +258,18 @@ ProviderClass CheckMAPIDll(const std::string& path, const ProviderEnvironment& e
     ProviderClass found;
     const std::string located = environment.locate(path);
     Log("ZebAPI", "Checking '%s'", path.c_str());
-    const CDllLoader library(located.c_str(), ModeClassify);
-    found.resolved = platform::ResolveModulePath(located);
-    if (library.IsEmpty())
+    // Elsewhere the path would name another file in each current folder, which anyone may have put there.
+    const bool isFixed = located.empty() || platform::IsBareOrAbsolutePath(located);
+    CDllLoader library;
+    if (!isFixed || !library.Load(located.c_str(), ModeClassify))
     {
         Log("ZebAPI", "Unable to load '%s'", path.c_str());
-        found.loadError = library.Reason();
+        found.resolved = isFixed ? platform::ResolveModulePath(located) : std::string();
+        found.loadError = isFixed ? std::string(library.Reason())
+                                  : path + ": is neither a bare file name nor an absolute path";
         return found;
     }
+    found.resolved = platform::ResolveModulePath(located);
     found.loaded = true;
     found.missingDecorated = FirstMissing(library, DecoratedTestList);
     if (found.missingDecorated == nullptr)

@@ -1,7 +1,7 @@
 #include "zebapi/Row.h"
 
-#include "zebapi/Exception.h"
 #include "zebapi/RealValue.h"
+#include "zebapi/Subject.h"
 
 CZebRow& CZebRow::operator=(const CZebRow& other) = default;
 
@@ -44,7 +44,7 @@ CZebOnePropVal CZebRow::GetAt(int index) const
     CheckValid();
     if (index < 0 || static_cast<ULONG>(index) >= m_row->cValues)
     {
-        CZebException::Throw(MAPI_E_UNEXPECTED_ID, __FILE__, __LINE__);
+        zeb::ThrowIndex(MAPI_E_UNEXPECTED_ID, "value", index, m_row->cValues, __FILE__, __LINE__);
     }
     return CZebOnePropVal(m_row->lpProps + index, m_base);
 }
@@ -54,7 +54,7 @@ CZebOnePropVal CZebRow::operator[](ULONG propTag) const
     const int index = FindTag(propTag);
     if (index < 0)
     {
-        CZebException::Throw(MAPI_E_UNEXPECTED_ID, __FILE__, __LINE__);
+        zeb::ThrowTag(MAPI_E_UNEXPECTED_ID, propTag, __FILE__, __LINE__);
     }
     return CZebOnePropVal(m_row->lpProps + index, m_base);
 }

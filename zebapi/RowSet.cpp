@@ -2,6 +2,7 @@
 
 #include "zebapi/Exception.h"
 #include "zebapi/MEM.h"
+#include "zebapi/Subject.h"
 
 #include <memory>
 #include <utility>
@@ -72,7 +73,8 @@ CZebRow CZebRowSet::operator[](ULONG index) const
     }
     if (index >= m_rows->cRows)
     {
-        CZebException::Throw(m_neverHandedOut ? MAPI_E_NO_SUPPORT : E_INVALIDARG, __FILE__, __LINE__);
+        zeb::ThrowIndex(m_neverHandedOut ? MAPI_E_NO_SUPPORT : E_INVALIDARG, "row", static_cast<LONG>(index),
+                        m_rows->cRows, __FILE__, __LINE__);
     }
     return CZebRow(&m_rows->aRow[index], m_rows);
 }

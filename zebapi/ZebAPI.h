@@ -26,6 +26,9 @@
 #include "zebapi/TAGS.h"
 #include "zebapi/Table.h"
 
+/// A text as UTF-8, whatever the ANSI code page is. What is no character of UTF-16 becomes U+FFFD.
+ZEBAPI_EXPORT CStringA Zeb_Utf8(const CStringW& text);
+
 /// Whether a default profile is set (CZebAPI::GetDefaultProfileName). Never throws: a failure is logged and
 /// false.
 ZEBAPI_EXPORT bool Zeb_HasDefaultProfile();

@@ -24,6 +24,20 @@ FakeProviderControl* Control()
                : nullptr;
 }
 
+void Trace(const char* line)
+{
+    const char* name = std::getenv(zeb::test::FakeProviderTraceVariable);
+    if (name == nullptr || *name == '\0')
+    {
+        return;
+    }
+    if (std::FILE* file = std::fopen(name, "a"))
+    {
+        std::fprintf(file, "%s\n", line);
+        std::fclose(file);
+    }
+}
+
 /// Counts loads and unloads.
 struct Lifetime
 {
@@ -36,6 +50,7 @@ struct Lifetime
     }
     ~Lifetime()
     {
+        Trace("ended");
         FakeProviderControl* control = Control();
         if (control != nullptr && ++control->unloads == 1 && control->replaceFile != nullptr)
         {
@@ -77,20 +92,20 @@ HRESULT HandOut(HRESULT result, Interface* object, Interface** target)
     return result;
 }
 
-/// What WABOpen gives when no test controls it: lives until its last reference goes.
+/// What WABOpen gives when no test controls it: lives as long as the library, and traces its releases.
 class OwnWabObject : public zeb::test::WabObject
 {
 public:
     ULONG STDMETHODCALLTYPE Release() override
     {
-        const ULONG left = WabObject::Release();
-        if (left == 0)
-        {
-            delete this;
-        }
-        return left;
+        Trace("released");
+        return WabObject::Release();
     }
 };
+
+/// The address book is only counted and released: a stand-in with the slots of IUnknown serves.
+OwnWabObject* ownWabObject = nullptr;
+OwnWabObject* ownAddressBook = nullptr;
 
 /// In front of each block; a root's list holds the blocks allocated under it.
 struct alignas(16) Block
@@ -144,6 +159,10 @@ extern "C"
             return MAPI_E_LOGON_FAILED;
         }
         ++control->logonCalls;
+        if (control->throwsOnLogon)
+        {
+            throw 42;
+        }
         control->logonParent = parent;
         control->logonNamed = name != nullptr;
         std::snprintf(control->logonName, sizeof control->logonName, "%s", name != nullptr ? name : "");
@@ -240,14 +259,19 @@ extern "C"
         FakeProviderControl* control = Control();
         if (control == nullptr)
         {
-            *wabObject = new OwnWabObject;
+            ownWabObject = new OwnWabObject;
+            ownAddressBook = new OwnWabObject;
+            *wabObject = ownWabObject;
+            *addressBook = reinterpret_cast<LPADRBOOK>(static_cast<IUnknown*>(ownAddressBook));
             return S_OK;
         }
         ++control->wabOpenCalls;
         control->wabParam = *param;
         control->wabReserved = reserved;
-        HandOut(control->wabOpen, control->addressBook, addressBook);
-        return HandOut(control->wabOpen, control->wabObject, wabObject);
+        const HRESULT given = control->handsOutOnFailure ? S_OK : control->wabOpen;
+        HandOut(given, control->addressBook, addressBook);
+        HandOut(given, control->wabObject, wabObject);
+        return control->wabOpen;
     }
 
 // The utilities: each says which spelling was called.

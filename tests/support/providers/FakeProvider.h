@@ -9,18 +9,24 @@ namespace zeb::test
 /// The environment variable with the address of the FakeProviderControl, as a decimal number; none when unset.
 constexpr char FakeProviderVariable[] = "ZEB_FAKE_PROVIDER";
 
+/// The environment variable with the name of a file that the library writes its end to ("ended") and, when no control is
+/// set, each release of what WABOpen gave ("released"); none when unset.
+constexpr char FakeProviderTraceVariable[] = "ZEB_FAKE_PROVIDER_TRACE";
+
 /// What the library answers, and what it saw. Every call looks for it anew, so it outlives loads and unloads.
 struct FakeProviderControl
 {
     // Answers.
     HRESULT initialize = S_OK;
     HRESULT logon = S_OK;
+    bool throwsOnLogon = false;
     IMAPISession* session = nullptr; ///< handed out with a reference of its own
     HRESULT admin = S_OK;
     IProfAdmin* profAdmin = nullptr; ///< handed out with a reference of its own
     HRESULT wabOpen = S_OK;
     IAddrBook* addressBook = nullptr; ///< handed out with a reference of its own
     IWABObject* wabObject = nullptr;  ///< handed out with a reference of its own
+    bool handsOutOnFailure = false;   ///< WABOpen fills its out pointers although it fails
     /// Of FGetComponentPath's calls in their order: null is FALSE, a text is TRUE with that path.
     const char* componentPaths[3] = {};
     /// When the library is unloaded for the first time, `replaceFile` is renamed to `replacedTo` and

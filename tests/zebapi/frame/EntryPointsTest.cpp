@@ -215,6 +215,33 @@ TEST_P(EntryPoints, WithoutAProviderReportAFailedCall)
 
 INSTANTIATE_TEST_SUITE_P(Name, EntryPoints, ::testing::ValuesIn(wrappers), NameOf);
 
+TEST(EntryPointTable, NamesEachSlotInTheirOrder)
+{
+    const struct
+    {
+        EntryPoint slot;
+        const char* undecorated;
+        const char* decorated;
+    } rows[] = {{EntryPoint::MAPIInitialize, "MAPIInitialize", "MAPIInitialize"},
+                {EntryPoint::MAPIUninitialize, "MAPIUninitialize", "MAPIUninitialize"},
+                {EntryPoint::MAPILogonEx, "MAPILogonEx", "MAPILogonEx"},
+                {EntryPoint::MAPIAdminProfiles, "MAPIAdminProfiles", "MAPIAdminProfiles"},
+                {EntryPoint::HrGetOneProp, "HrGetOneProp", "HrGetOneProp@12"},
+                {EntryPoint::HrSetOneProp, "HrSetOneProp", "HrSetOneProp@8"},
+                {EntryPoint::HrValidateIPMSubtree, "HrValidateIPMSubtree", "HrValidateIPMSubtree@20"},
+                {EntryPoint::FreeProws, "FreeProws", "FreeProws@4"},
+                {EntryPoint::HrQueryAllRows, "HrQueryAllRows", "HrQueryAllRows@24"},
+                {EntryPoint::PropCopyMore, "PropCopyMore", "PropCopyMore@16"}};
+    ASSERT_EQ(std::size(rows), EntryPointCount);
+    for (size_t i = 0; i < EntryPointCount; ++i)
+    {
+        EXPECT_EQ(UndecoratedEntryPoints[i].slot, rows[i].slot) << i;
+        EXPECT_STREQ(UndecoratedEntryPoints[i].name, rows[i].undecorated);
+        EXPECT_EQ(DecoratedEntryPoints[i].slot, rows[i].slot) << i;
+        EXPECT_STREQ(DecoratedEntryPoints[i].name, rows[i].decorated);
+    }
+}
+
 TEST(EntryPointTable, HasARowForEach)
 {
     EXPECT_EQ(std::size(wrappers), EntryPointCount);

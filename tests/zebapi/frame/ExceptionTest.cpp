@@ -1,16 +1,24 @@
 #include "zebapi/Exception.h"
 
+#include "platform/text.h"
+#include "tests/support/Environment.h"
 #include "tests/support/FailingNew.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/MapiMemory.h"
+#include "tests/support/TempFolder.h"
 #include "tests/zebapi/frame/ErrorObject.h"
 #include "zebapi/tables/ErrorNames.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <memory>
+#include <new>
 #include <set>
+#include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace zeb::test
 {
@@ -49,6 +57,21 @@ std::string Description(CException* exception)
 
 constexpr LONG NotFound = static_cast<LONG>(0x8004010F);
 constexpr LONG Unknown = static_cast<LONG>(0x80001234);
+
+void FailsByItself()
+{
+    ThrowIfFailed(NotFound, nullptr, 0);
+}
+
+void FailsOnAnObject()
+{
+    ThrowIfFailed(NotFound, static_cast<IMAPISession*>(nullptr), nullptr, 0);
+}
+
+void ThrowsByItself()
+{
+    CZebException::Throw(NotFound, "x", 1);
+}
 
 } // namespace
 
@@ -231,6 +254,154 @@ TEST(Exception, MessageIsCutWithoutATerminatorWhereTheBufferIsTooShort)
     std::memset(buffer, '#', sizeof buffer);
     EXPECT_TRUE(exception->GetErrorMessage(buffer, 6, nullptr));
     EXPECT_EQ(std::string(buffer, sizeof buffer), "MAPI_E##");
+}
+
+TEST(Exception, MessageIsCutBetweenCharacters)
+{
+    const WCHAR euro[] = {0x20AC};
+    const std::string character = platform::NarrowFromWide(euro, 1);
+    MapiMemory memory;
+    ErrorObject object;
+    object.error = memory.NewMapiError(1, (character + character).c_str(), "zeb", 0, 0);
+    Caught caught = Catch([&] { ThrowIfFailed(NotFound, &object, nullptr, 0); });
+    const std::string head = "Ver:1, Error:";
+    for (size_t room = 0; room <= 2 * character.size(); ++room)
+    {
+        std::string buffer(head.size() + 2 * character.size() + 1, '#');
+        caught->GetErrorMessage(buffer.data(), static_cast<unsigned int>(head.size() + room), nullptr);
+        std::string expected = head;
+        for (size_t whole = 0; whole < room / character.size(); ++whole)
+        {
+            expected += character;
+        }
+        // What half a character would have taken is free for the terminator.
+        expected += room % character.size() != 0 ? std::string(1, 0) : std::string();
+        EXPECT_EQ(buffer.substr(0, expected.size()), expected) << room;
+        EXPECT_EQ(buffer[expected.size()], '#') << room;
+    }
+}
+
+TEST(Exception, ALongDescriptionEndsWithAWholeCharacter)
+{
+    const WCHAR euro[] = {0x20AC};
+    const std::string character = platform::NarrowFromWide(euro, 1);
+    std::string text;
+    while (text.size() < 2000)
+    {
+        text += character;
+    }
+    MapiMemory memory;
+    ErrorObject object;
+    object.error = memory.NewMapiError(1, text.c_str(), "zeb", 0, 0);
+    Caught caught = Catch([&] { ThrowIfFailed(NotFound, &object, nullptr, 0); });
+    const std::string head = "Ver:1, Error:";
+    const size_t whole = (1024 - head.size()) / character.size() * character.size();
+    EXPECT_EQ(Description(caught.get()), head + text.substr(0, whole));
+}
+
+TEST(Context, IsTheFunctionThatThrew)
+{
+    LogCapture log;
+    const auto& thrower = [](const char* operation)
+    { return Catch([operation] { ThrowIfFailed(NotFound, "x", 1, operation); }); };
+    EXPECT_EQ(thrower("CreateFolder")->GetContext(), "CreateFolder");
+    EXPECT_EQ(thrower(nullptr)->GetContext(), "");
+    EXPECT_EQ(Catch(&FailsByItself)->GetContext(), "FailsByItself");
+    EXPECT_EQ(Catch(&FailsOnAnObject)->GetContext(), "FailsOnAnObject");
+    EXPECT_EQ(Catch(&ThrowsByItself)->GetContext(), "ThrowsByItself");
+    EXPECT_EQ(Caught(new CZebException(NotFound, nullptr, 0))->GetContext(), "");
+    EXPECT_EQ(log.CountBeginning("THROW"), 2u);
+    EXPECT_EQ(log.Lines().size(), 2u) << "the stated lines and no others";
+}
+
+TEST(Context, TakesTheThingsOnTheWayUpAndLeavesTheDescription)
+{
+    LogCapture log;
+    Caught caught = Catch(
+        [] { About([] { return "'Projects'"; }, [] { ThrowIfFailed(NotFound, "x", 1, "CreateFolder"); }); });
+    EXPECT_EQ(caught->GetContext(), "CreateFolder 'Projects'");
+    EXPECT_EQ(caught->GetResult(), NotFound);
+    EXPECT_EQ(Description(caught.get()), "MAPI_E_NOT_FOUND");
+    EXPECT_EQ(log.Lines().size(), 1u);
+    EXPECT_EQ(About([]() -> const char* { throw 42; }, [] { return 7; }), 7) << "asked only for a failure";
+}
+
+TEST(Context, TheDefaultSinkShowsItAfterTheThrow)
+{
+    const TempFolder folder;
+    const std::string file = folder.File("log.txt");
+    {
+        const EnvironmentScope target("ZEBAPI_LOG", file);
+        const EnvironmentScope level("ZEBAPI_LOG_LEVEL", "1");
+        qorlog::SetSink(nullptr);
+        Catch([] { About([] { return "100%s"; }, [] { ThrowIfFailed(NotFound, "x", 1, "CreateFolder"); }); });
+    }
+    qorlog::SetSink(nullptr);
+    std::ifstream input(file);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(input, line);)
+    {
+        lines.push_back(line.substr(line.find(' ')));
+    }
+    EXPECT_THAT(lines, ElementsAre(" 1 ZebAPI: THROW Exception 0x8004010f (MAPI_E_NOT_FOUND), File x, line 1",
+                                   " 1 ZebAPI: CONTEXT CreateFolder 100%s"));
+}
+
+TEST(Context, TheExceptionForLackOfMemoryHasNone)
+{
+    Caught caught = Catch(
+        []
+        {
+            const FailingNew failing;
+            About([] { return "a thing"; }, [] { ThrowIfFailed(NotFound, nullptr, 0); });
+        });
+    EXPECT_EQ(caught->GetResult(), MAPI_E_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(caught->GetContext(), "");
+}
+
+TEST(Describe, SaysInOneLineWhateverWasThrown)
+{
+    const auto described = [](auto&& body) -> std::string
+    {
+        try
+        {
+            body();
+        }
+        catch (...)
+        {
+            return std::string(Zeb_DescribeCurrentException());
+        }
+        return "nothing was thrown";
+    };
+    EXPECT_EQ(described(&FailsByItself), "FailsByItself: MAPI_E_NOT_FOUND");
+    EXPECT_EQ(described(
+                  [] {
+                      About([] { return "'Projects'"; },
+                            [] { ThrowIfFailed(Unknown, nullptr, 0, "CreateFolder"); });
+                  }),
+              "CreateFolder 'Projects': 0x80001234");
+    MapiMemory memory;
+    ErrorObject object;
+    object.error = memory.NewMapiError(1, "locked", "zeb", 0, 0);
+    EXPECT_EQ(described([&] { ThrowIfFailed(NotFound, &object, nullptr, 0, "Open"); }),
+              "Open: Ver:1, Error:locked, Component:zeb, LowLewelError:0, Context:0");
+    EXPECT_EQ(described([] { RaiseComError(E_POINTER); }), "0x80004003");
+    EXPECT_EQ(described([] { RaiseComError(E_NOINTERFACE); }), "MAPI_E_INTERFACE_NOT_SUPPORTED");
+    EXPECT_EQ(described([] { throw std::bad_alloc(); }), "MAPI_E_NOT_ENOUGH_MEMORY");
+    EXPECT_EQ(described([] { throw std::runtime_error("a host's own"); }), "a host's own");
+    EXPECT_EQ(described([] { throw 42; }), "unknown exception");
+    int deleted = 0;
+    struct Counted : CException
+    {
+        explicit Counted(int& count)
+            : m_deleted(count)
+        {
+        }
+        ~Counted() override { ++m_deleted; }
+        int& m_deleted;
+    };
+    EXPECT_EQ(described([&deleted] { throw static_cast<CException*>(new Counted(deleted)); }), "");
+    EXPECT_EQ(deleted, 1);
 }
 
 TEST(Exception, MessageThatFillsTheBufferExactlyHasNoTerminator)

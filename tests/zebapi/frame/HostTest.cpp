@@ -2,6 +2,7 @@
 #include "platform/module.h"
 #include "tests/support/Environment.h"
 #include "tests/support/TempFolder.h"
+#include "tests/support/providers/FakeProvider.h"
 #include "tests/support/providers/ProviderFile.h"
 
 #include <gmock/gmock.h>
@@ -50,6 +51,8 @@ protected:
 
     TempFolder folder;
     std::string log = folder.File("log.txt");
+    std::string trace = folder.File("trace.txt");
+    EnvironmentScope traceFile{FakeProviderTraceVariable, trace};
     EnvironmentScope logFile{"ZEBAPI_LOG", log};
     EnvironmentScope registry{"ZEBAPI_REGISTRY", folder.File("registry.reg")};
 };
@@ -103,6 +106,32 @@ TEST_F(Host, AProcessMayEndWithTheAddressBookOpen)
     ProviderFile::Undecorated().Save(wab);
     EXPECT_EQ(Run("wab-stop " + wab), "started\nallocated\nstopped\n");
     EXPECT_EQ(Run("wab-leave " + wab), "started\nallocated\n");
+}
+
+TEST_F(Host, AProcessThatEndsWithTheAddressBookOpenReleasesNothingOfTheProvider)
+{
+    const std::string wab = folder.File("wab32.dll");
+    ProviderFile::Undecorated().Save(wab);
+    Run("wab-leave " + wab);
+    EXPECT_EQ(Contents(trace), "ended\n") << "what the provider gave may be gone before the library ends";
+    std::filesystem::remove(trace);
+    Run("wab-stop " + wab);
+    EXPECT_EQ(Contents(trace), "released\nreleased\nreleased\nended\n");
+}
+
+TEST_F(Host, UnloadingTheLibraryWithTheAddressBookOpenReleasesNothingAndKeepsTheProvider)
+{
+    const std::string wab = folder.File("wab32.dll");
+    ProviderFile::Undecorated().Save(wab);
+    std::filesystem::copy_file(platform::OwnFolder() + ZEB_UNLOAD_PROBE_FILE,
+                               folder.File(ZEB_UNLOAD_PROBE_FILE));
+    const std::string output = folder.File("output.txt");
+    const std::string command = folder.File(ZEB_UNLOAD_PROBE_FILE) + " " + output + " " +
+                                folder.File(ZEB_LIBRARY_FILE) + " " + wab + " " + trace;
+    EXPECT_EQ(std::system(command.c_str()), 0) << command;
+    EXPECT_EQ(Contents(output), "started\nunloaded\n")
+        << "the provider has not ended when the library is unloaded";
+    EXPECT_EQ(Contents(trace), "ended\n");
 }
 
 } // namespace zeb::test

@@ -1,6 +1,7 @@
 // Logging on, and profile administration of the started provider.
 #include "tests/zebapi/frame/LibraryFixture.h"
 
+#include "platform/text.h"
 #include "tests/support/doubles/RecordingStore.h"
 
 namespace zeb::test
@@ -14,6 +15,13 @@ using ::testing::ElementsAre;
 class Logon : public LibraryFixture
 {
 protected:
+    /// A letter beyond ASCII; it has two bytes where narrow text is UTF-8.
+    static std::string NarrowLetter()
+    {
+        const WCHAR letter[] = {0xFC};
+        return platform::NarrowFromWide(letter, 1);
+    }
+
     Journal journal;
     RecordingSession session{journal};
 };
@@ -113,6 +121,43 @@ TEST_F(Logon, AFailureIsThrownAndBlocksTheNextStart)
     library.SetWasFailed(false);
     library.Initialize(false);
     EXPECT_TRUE(library.WasInitialized());
+}
+
+TEST_F(Logon, SuccessWithoutASessionIsAFailure)
+{
+    Start(ProviderFile::Undecorated());
+    EXPECT_EQ(ThrownBy([this] { library.OpenSession(nullptr, "x"); }), MAPI_E_CALL_FAILED);
+    EXPECT_EQ(provider.logonCalls, 1);
+    EXPECT_TRUE(library.WasFailed());
+}
+
+TEST_F(Logon, AnyExceptionOfALogonBlocksTheNextStart)
+{
+    provider.session = &session;
+    Start(ProviderFile::Undecorated());
+    session.RefuseInterfaces();
+    bool passed = false;
+    try
+    {
+        // Its own exception: thrown out of the provider.
+        provider.throwsOnLogon = true;
+        library.OpenSession(nullptr, nullptr);
+    }
+    catch (int)
+    {
+        passed = true;
+    }
+    EXPECT_TRUE(passed);
+    EXPECT_TRUE(library.WasFailed());
+}
+
+TEST_F(Logon, ALongNameIsCutBetweenCharacters)
+{
+    const std::string letter = NarrowLetter();
+    provider.session = &session;
+    Start(ProviderFile::Undecorated());
+    library.OpenSession(nullptr, (std::string(1023, 'a') + letter + "b").c_str());
+    EXPECT_EQ(provider.logonName, std::string(1023, 'a') + (letter.size() == 1 ? letter : ""));
 }
 
 TEST_F(Logon, StoppingLogsTheSessionOffFirst)

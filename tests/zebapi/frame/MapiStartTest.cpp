@@ -2,10 +2,13 @@
 #include "tests/zebapi/frame/LibraryFixture.h"
 
 #include "qorth/DllLoader.h"
+#include "tests/support/FailingNew.h"
 #include "zebapi/MEM.h"
 
 #include <cstdio>
+#include <functional>
 #include <future>
+#include <new>
 
 namespace zeb::test
 {
@@ -226,6 +229,97 @@ TEST_F(MapiStart, AnInstanceThatEndsStartedLeavesNothingBehind)
         EXPECT_EQ(Reached(provider, row.slot), row.slot < EntryPoint::HrGetOneProp ? "not a utility" : "");
     }
     ExpectNothingLoaded();
+}
+
+TEST_F(MapiStart, AnObjectThatStartedNothingEndsNothing)
+{
+    Start(ProviderFile::Decorated());
+    const auto expectStarted = [this](const char* when)
+    {
+        EXPECT_TRUE(library.WasInitialized()) << when;
+        provider.called[0] = 0;
+        EXPECT_EQ(Reached(provider, EntryPoint::HrGetOneProp), "HrGetOneProp@12") << when;
+        EXPECT_EQ(ThrownBy([] { Zeb_MemFree(Zeb_MemAllocate(1, nullptr)); }), S_OK) << when;
+    };
+    {
+        CZebAPI stray;
+    }
+    expectStarted("unused");
+    {
+        CZebAPI stray;
+        stray.Uninitialize(nullptr);
+    }
+    expectStarted("stopped");
+    {
+        CZebAPI stray;
+        RegisterOutlook(Library("other.dll", ProviderFile::Undecorated().Remove("PropCopyMore")));
+        EXPECT_EQ(ThrownBy([&stray] { stray.Initialize(false); }), MAPI_E_VERSION);
+        expectStarted("failed");
+        stray.Uninitialize(nullptr);
+    }
+    expectStarted("failed and stopped");
+    {
+        CZebAPI stray;
+        platform::RegistryKey::DeleteTree(platform::RegistryRoot::LocalMachine, OutlookClientKey);
+        EXPECT_EQ(ThrownBy([&stray] { stray.Initialize(false); }), MAPI_E_CALL_FAILED);
+        EXPECT_EQ(ThrownBy([&stray] { stray.Initialize(true); }), MAPI_E_CALL_FAILED);
+    }
+    expectStarted("failed without a provider");
+    EXPECT_EQ(provider.uninitializeCalls, 0);
+}
+
+TEST_F(MapiStart, AnyExceptionIsAFailedStart)
+{
+    Start(ProviderFile::Undecorated());
+    library.Uninitialize(nullptr);
+    log.Clear();
+    for (int after = 0; after < 10000; ++after)
+    {
+        library.SetWasFailed(false);
+        bool failed = false;
+        try
+        {
+            const FailingNew failing(after, true);
+            library.Initialize(false);
+        }
+        catch (const std::bad_alloc&)
+        {
+            failed = true;
+        }
+        catch (CZebException* exception)
+        {
+            exception->Delete();
+            failed = true;
+        }
+        EXPECT_EQ(library.WasFailed(), failed) << after;
+        EXPECT_EQ(library.WasInitialized(), !failed) << after;
+        library.Uninitialize(nullptr);
+        EXPECT_EQ(provider.loads, provider.unloads) << after;
+        if (!failed)
+        {
+            EXPECT_GT(after, 3);
+            return;
+        }
+    }
+    FAIL() << "never had enough memory";
+}
+
+TEST_F(MapiStart, NothingButTheStartOfMapiTakesTheGlobalSection)
+{
+    Start(ProviderFile::Undecorated());
+    const auto finishes = [](std::function<void()> body)
+    {
+        std::future<void> done = std::async(std::launch::async, std::move(body));
+        return done.wait_for(std::chrono::seconds(20)) == std::future_status::ready;
+    };
+    CSingleLock lock(library.GetGlobalMAPICriticalSection(), true);
+    EXPECT_TRUE(finishes([this] { ThrownBy([this] { library.OpenSession(nullptr, nullptr); }); }));
+    EXPECT_TRUE(finishes([] { ThrownBy([] { CZebProfAdmin::Open(); }); }));
+    EXPECT_TRUE(finishes([this] { library.GetWABAddressBook(false); }));
+    EXPECT_TRUE(finishes([this] { ThrownBy([this] { library.Initialize(true); }); }));
+    EXPECT_TRUE(finishes([this] { library.GetDefaultProfileName(); }));
+    EXPECT_TRUE(finishes([this] { library.Uninitialize(nullptr); }));
+    EXPECT_FALSE(library.WasInitialized());
 }
 
 TEST_F(MapiStart, ALibraryThatNoLongerLoadsFails)

@@ -57,6 +57,53 @@ class OutlookVersion : public ProfileNames, public ::testing::WithParamInterface
 {
 };
 
+enum class Answer
+{
+    MapiFailure,
+    ComError,
+    Other,
+    Name,
+} answer;
+
+/// Answers as the test wants. It gives its operations to the library's object, so it has no fields of its own.
+class RaisingLibrary : public CZebAPI
+{
+public:
+    CStringA GetDefaultProfileName() override
+    {
+        switch (answer)
+        {
+        case Answer::MapiFailure:
+            CZebException::Throw(MAPI_E_NOT_FOUND, nullptr, 0);
+        case Answer::ComError:
+            RaiseComError(E_POINTER);
+        case Answer::Other:
+            throw 42;
+        default:
+            return "own";
+        }
+    }
+};
+
+/// Gives an object another's virtual operations for its lifetime: the table's address is the object's first field.
+class OperationsScope
+{
+public:
+    OperationsScope(CZebAPI& object, const CZebAPI& donor)
+        : m_object(&object)
+    {
+        std::memcpy(m_table, m_object, sizeof m_table);
+        std::memcpy(m_object, static_cast<const void*>(&donor), sizeof m_table);
+    }
+    ~OperationsScope() { std::memcpy(m_object, m_table, sizeof m_table); }
+    OperationsScope(const OperationsScope&) = delete;
+    OperationsScope& operator=(const OperationsScope&) = delete;
+
+private:
+    void* m_object;
+    unsigned char m_table[sizeof(void*)];
+};
+
 class ProfAdmin : public LibraryFixture
 {
 protected:
@@ -227,6 +274,29 @@ TEST_F(ProfileNames, HasDefaultProfileLogsWhatIsThrownAndSaysNo)
     EXPECT_EQ(log.Lines()[0].level, 1);
 }
 
+TEST_F(ProfileNames, HasDefaultProfileAsksTheVirtualOperationAndLogsEachKindOfException)
+{
+    const RaisingLibrary donor;
+    const OperationsScope operations(library, donor);
+    const std::pair<Answer, std::string> kinds[] = {
+        {Answer::MapiFailure,
+         "EXCEPTION: Description: \"MAPI_E_NOT_FOUND\", File: \"zebapi/ZebAPI.cpp\", Line: "},
+        {Answer::ComError, "EXCEPTION: _com_error: 0x80004003, File: \"zebapi/ZebAPI.cpp\", Line: "},
+        {Answer::Other, "EXCEPTION: Description: <Unknown>, File: \"zebapi/ZebAPI.cpp\", Line: "}};
+    for (const auto& [kind, line] : kinds)
+    {
+        log.Clear();
+        answer = kind;
+        EXPECT_FALSE(Zeb_HasDefaultProfile());
+        EXPECT_THAT(log.Lines(), ElementsAre(::testing::Field(&LogLine::text, StartsWith(line))));
+        EXPECT_EQ(log.Lines()[0].level, 1);
+    }
+    log.Clear();
+    answer = Answer::Name;
+    EXPECT_TRUE(Zeb_HasDefaultProfile());
+    EXPECT_TRUE(log.Lines().empty());
+}
+
 TEST_F(ProfileNames, HasDefaultStaticProfileKeepsItsFirstAnswer)
 {
     SetDefault(Subsystem, "Beta");
@@ -375,6 +445,23 @@ TEST_F(ProfAdmin, RowsWithoutTheMarkArePassedOver)
                      {PROP_TAG(PT_ERROR, PROP_ID(PR_DEFAULT_PROFILE)), MAPI_E_NOT_FOUND, ""}},
                     Row("Gamma", true)};
     EXPECT_EQ(std::string(CZebProfAdmin(&admin).GetDefaultProfileName()), "Gamma");
+}
+
+TEST_F(ProfAdmin, AMarkOfAnotherTypeIsNoMark)
+{
+    table.m_rows = {
+        {{PR_DISPLAY_NAME_A, 0, "Alpha"}, {PROP_TAG(PT_LONG, PROP_ID(PR_DEFAULT_PROFILE)), 1, ""}},
+        {{PR_DISPLAY_NAME_A, 0, "Beta"}, {PROP_TAG(PT_STRING8, PROP_ID(PR_DEFAULT_PROFILE)), 0, "yes"}},
+        Row("Gamma", true)};
+    EXPECT_EQ(std::string(CZebProfAdmin(&admin).GetDefaultProfileName()), "Gamma");
+}
+
+TEST_F(ProfAdmin, SuccessWithoutAnObjectIsAFailure)
+{
+    Start(ProviderFile::Undecorated());
+    EXPECT_EQ(ThrownBy([] { CZebProfAdmin::Open(); }), MAPI_E_CALL_FAILED);
+    EXPECT_EQ(provider.adminCalls, 1);
+    EXPECT_FALSE(library.WasFailed());
 }
 
 TEST_F(ProfAdmin, SuccessWithoutATableIsAFailure)

@@ -1,4 +1,5 @@
 // Where a provider is looked for, and in which order.
+#include "tests/support/CurrentFolder.h"
 #include "tests/zebapi/frame/ProviderFixture.h"
 
 namespace zeb::test
@@ -106,6 +107,39 @@ TEST_F(ProviderSearch, AnOutlookLibraryThatDoesNotLoadIsPassedOver)
     EXPECT_THAT(std::vector<LogLine>(lines.begin(), lines.begin() + 4),
                 ElementsAre(Progress("Checking Outlook MAPI..."), Plain("Checking '" + path + "'"),
                             Plain("Unable to load '" + path + "'"), Progress("Checking common MAPI: ")));
+}
+
+TEST_F(ProviderSearch, AnOutlookLibraryOfTheCurrentFolderIsPassedOver)
+{
+    Library("sub/outlook.dll", ProviderFile::Undecorated());
+    const CurrentFolder here(folder.Path());
+    RegisterOutlook("sub\\outlook.dll");
+    const ProviderReport report = Search();
+    EXPECT_EQ(report.path, "");
+    EXPECT_FALSE(report.candidates[0].found.loaded);
+    EXPECT_EQ(report.candidates[0].found.loadError,
+              "sub\\outlook.dll: is neither a bare file name nor an absolute path");
+    EXPECT_EQ(report.candidates[0].found.resolved, "");
+    EXPECT_EQ(provider.loads, 0);
+    EXPECT_EQ(log.CountBeginning("Unable to load 'sub\\outlook.dll'"), 1u);
+}
+
+TEST_F(ProviderSearch, ACommonFolderBelowTheCurrentFolderIsPassedOver)
+{
+    Library("System/Mapi/1033/MAPI32.DLL", ProviderFile::Undecorated());
+    const CurrentFolder here(folder.Path());
+    RegisterCommonFiles(".\\");
+    EXPECT_EQ(Search().path, "");
+    EXPECT_EQ(provider.loads, 0);
+}
+
+TEST_F(ProviderSearch, VariablesInOutlooksPathAreExpanded)
+{
+    const std::string path = Library("outlook.dll", ProviderFile::Undecorated());
+    const EnvironmentScope variable("ZEB_TEST_FILE", path);
+    RegistryScope::SetExpandable(RegistryRoot::LocalMachine, OutlookClientKey, "DLLPathEx",
+                                 "%ZEB_TEST_FILE%");
+    EXPECT_EQ(Search().path, path);
 }
 
 TEST_F(ProviderSearch, AnOutlookLibraryThatIsNoProviderIsPassedOver)

@@ -1,6 +1,8 @@
 // Starting and stopping the Windows Address Book.
 #include "tests/zebapi/frame/LibraryFixture.h"
 
+#include "tests/support/CurrentFolder.h"
+#include "tests/support/FailingNew.h"
 #include "tests/support/doubles/RecordingStore.h"
 #include "tests/support/providers/WabObject.h"
 #include "tests/zebapi/frame/EntryPointScope.h"
@@ -193,6 +195,113 @@ TEST_F(WabStart, AFailingWabOpenLeavesTheLibraryUntilTheNextStop)
     library.Uninitialize(nullptr);
     EXPECT_EQ(provider.uninitializeCalls, 0);
     ExpectNothingLoaded();
+}
+
+TEST_F(WabStart, WhatAFailingWabOpenGaveIsReleased)
+{
+    provider.wabOpen = MAPI_E_NOT_FOUND;
+    provider.handsOutOnFailure = true;
+    RegisterWab(Library("wab32.dll", ProviderFile::Undecorated()));
+    EXPECT_EQ(ThrownBy([this] { library.Initialize(true); }), MAPI_E_NOT_FOUND);
+    EXPECT_EQ(book.References(), 0u);
+    EXPECT_EQ(wab.references, 1);
+    EXPECT_FALSE(library.GetWABAddressBook(false).IsValid());
+}
+
+TEST_F(WabStart, AnAllocatorThatRefusesLeavesNoAddressBook)
+{
+    wab.answer = E_FAIL;
+    RegisterWab(Library("wab32.dll", ProviderFile::Undecorated()));
+    EXPECT_EQ(ComErrorThrownBy([this] { library.Initialize(true); }), E_FAIL);
+    EXPECT_TRUE(library.WasFailed());
+    EXPECT_FALSE(library.WasInitialized());
+    EXPECT_EQ(book.References(), 0u);
+    EXPECT_EQ(wab.references, 1);
+    EXPECT_FALSE(library.GetWABAddressBook(false).IsValid());
+    library.Uninitialize(nullptr);
+    ExpectNothingLoaded();
+    wab.answer = S_OK;
+    library.Initialize(true);
+    EXPECT_EQ(book.References(), 1u);
+}
+
+TEST_F(WabStart, SuccessWithoutAnObjectIsAFailure)
+{
+    RegisterWab(Library("wab32.dll", ProviderFile::Undecorated()));
+    provider.addressBook = nullptr;
+    EXPECT_EQ(ThrownBy([this] { library.Initialize(true); }), MAPI_E_CALL_FAILED);
+    EXPECT_FALSE(library.WasInitialized());
+    provider.addressBook = &book;
+    provider.wabObject = nullptr;
+    EXPECT_EQ(ThrownBy([this] { library.Initialize(true); }), MAPI_E_CALL_FAILED);
+    EXPECT_EQ(book.References(), 0u);
+    provider.wabObject = &wab;
+    library.Initialize(true);
+    provider.addressBook = nullptr;
+    EXPECT_EQ(ThrownBy([this] { library.GetWABAddressBook(true); }), MAPI_E_CALL_FAILED);
+    EXPECT_EQ(wab.references, 2) << "the binding's";
+}
+
+TEST_F(WabStart, VariablesInTheRegisteredPathAreExpanded)
+{
+    Library("wab32.dll", ProviderFile::Undecorated());
+    const EnvironmentScope variable("ZEB_TEST_FOLDER", folder.Path());
+    RegistryScope::SetExpandable(platform::RegistryRoot::LocalMachine, "Software\\Microsoft\\WAB\\DLLPath",
+                                 "", "%ZEB_TEST_FOLDER%\\wab32.dll");
+    library.Initialize(true);
+    EXPECT_TRUE(library.IsWAB());
+}
+
+TEST_F(WabStart, ALibraryOfTheCurrentFolderIsNotLoaded)
+{
+    Library("sub/wab32.dll", ProviderFile::Undecorated());
+    const CurrentFolder here(folder.Path());
+    for (const char* path : {"sub\\wab32.dll", "sub/wab32.dll", ".\\sub\\wab32.dll"})
+    {
+        RegisterWab(path);
+        EXPECT_EQ(ThrownBy([this] { library.Initialize(true); }), MAPI_E_CALL_FAILED) << path;
+        EXPECT_EQ(provider.loads, 0) << path;
+    }
+    // What stays unexpanded is a folder's name.
+    RegistryScope::SetExpandable(platform::RegistryRoot::LocalMachine, "Software\\Microsoft\\WAB\\DLLPath",
+                                 "", "%ZEB_TEST_NONE%\\wab32.dll");
+    Library("%ZEB_TEST_NONE%/wab32.dll", ProviderFile::Undecorated());
+    EXPECT_EQ(ThrownBy([this] { library.Initialize(true); }), MAPI_E_CALL_FAILED);
+    EXPECT_EQ(provider.loads, 0);
+}
+
+TEST_F(WabStart, AnyExceptionIsAFailedStart)
+{
+    StartWab();
+    library.Uninitialize(nullptr);
+    for (int after = 0; after < 10000; ++after)
+    {
+        library.SetWasFailed(false);
+        bool failed = false;
+        try
+        {
+            const FailingNew failing(after, true);
+            library.Initialize(true);
+        }
+        catch (const std::bad_alloc&)
+        {
+            failed = true;
+        }
+        catch (CZebException* exception)
+        {
+            exception->Delete();
+            failed = true;
+        }
+        EXPECT_EQ(library.WasFailed(), failed) << after;
+        library.Uninitialize(nullptr);
+        EXPECT_EQ(book.References(), 0u) << after;
+        if (!failed)
+        {
+            EXPECT_GT(after, 3);
+            return;
+        }
+    }
+    FAIL() << "never had enough memory";
 }
 
 TEST_F(WabStart, MayBeTriedAfterAFailedMapiStart)
