@@ -1,4 +1,4 @@
-// Prints the last ten subjects of the default profile's inbox, read by row index.
+// Prints the last ten subjects of the default profile's inbox, in UTF-8, read by row index.
 #include "zebapi/ZebAPI.h"
 
 #include <cstdio>
@@ -12,19 +12,18 @@ try
         CZebMsgStore store = session.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS);
         CZebTable contents = store.OpenInboxFolder(MAPI_BEST_ACCESS).GetContentsTable(0);
         // Before the first read: rows that are cached keep the columns they were read with.
-        contents.SetColumns(2, PR_ENTRYID, PR_SUBJECT);
+        contents.SetColumns(2, PR_ENTRYID, PR_SUBJECT_W);
         // Assigned, the list hears of changes; made from the table, `CZebCachedTable list(contents)`, it would not.
         CZebCachedTable list;
         list = contents;
         const ULONG count = list.GetRowCount();
         for (ULONG i = count > 10 ? count - 10 : 0; i < count; ++i)
-            std::printf("%s\n", list[i][PR_SUBJECT].String(true).GetString());
+            std::printf("%s\n", Zeb_Utf8(list[i][PR_SUBJECT_W].StringW(true)).GetString());
     }
     Zeb_GetMAPI().Uninitialize(&session);
 }
-catch (CException* e)
+catch (...)
 {
-    std::fprintf(stderr, "%s\n", Zeb_GetExceptionDescription(e).GetString());
-    e->Delete();
+    std::fprintf(stderr, "%s\n", Zeb_DescribeCurrentException().GetString());
     return 1;
 }

@@ -54,10 +54,6 @@
 #include <wabapi.h>
 #include <wabdefs.h>
 
-// Windows' headers claim these names for their macros; the library's classes use some of them as members.
-#undef GetMessage
-#undef small
-
 /// ZEBW("text"): a literal of 16-bit characters (WCHAR) on either target.
 #ifdef _WIN32
 #define ZEBW(text) L##text

@@ -52,9 +52,26 @@ class InstalledHost(unittest.TestCase):
     def test_a_host_builds_against_the_installed_library_and_runs(self):
         build = self.build_host()
         self.starts(build / ("host.exe" if ARGUMENTS.toolchain else "host"))
+        printed = self.starts(build / ("interfaces.exe" if ARGUMENTS.toolchain else "interfaces"), says="0x80004003")
+        self.assertEqual(printed.split(), ["0x80004003", "00020306", "0002030C", "00020308", "00020309", "0002031C"])
 
-    def starts(self, program):
-        """Runs a host, on Windows beside the installed DLL, and expects that the library answers it."""
+    def test_the_package_says_when_it_is_for_another_platform(self):
+        project = self.folder / "foreign"
+        project.mkdir()
+        (project / "CMakeLists.txt").write_text("cmake_minimum_required(VERSION 3.25)\nproject(Foreign LANGUAGES NONE)\n"
+                                                "find_package(ZebAPI 0.1 REQUIRED)\n")
+        other = "Linux" if ARGUMENTS.toolchain else "Windows"
+        done = subprocess.run([ARGUMENTS.cmake, "-S", project, "-B", project / "build", f"-DCMAKE_SYSTEM_NAME={other}",
+                               f"-DZebAPI_DIR={next(self.prefix.glob('lib/**/ZebAPIConfig.cmake')).parent}"],
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+        self.assertNotEqual(done.returncode, 0, done.stdout)
+        own = "Windows" if ARGUMENTS.toolchain else "Linux"
+        self.assertIn(f"This package of ZebAPI is for {own}, and the project is built for {other}.",
+                      " ".join(done.stdout.split()))
+
+    def starts(self, program, says="MAPI_E_"):
+        """Runs a host, on Windows beside the installed DLL, and expects that the library answers it.
+        Returns what it printed."""
         environment = dict(os.environ, ZEBAPI_REGISTRY=str(self.folder / "empty.reg"))
         if ARGUMENTS.toolchain:
             program = shutil.copy(program, self.prefix / "bin" / "host.exe")
@@ -67,16 +84,19 @@ class InstalledHost(unittest.TestCase):
             printed, complained = (stream.read().decode("utf-8", "replace") for stream in (out, err))
         # Nothing is registered in an empty registry, so the library says so instead of printing mail.
         self.assertEqual(code, 1, printed + complained)
-        self.assertIn("MAPI_E_", complained)
+        self.assertIn(says, complained)
+        return printed
 
     def the_command_of_the_readme_builds_a_host_that_starts(self):
         readme = (ARGUMENTS.source / "README.md").read_text(encoding="utf-8")
         command = re.search(r"^    (x86_64-w64-mingw32-g\+\+\S* (?:.*\\\n)*.*)$", readme, re.M)[1]
         folder = self.folder / "plain"
         folder.mkdir()
-        shutil.copy(ARGUMENTS.source / "examples" / "inbox.cpp", folder / "host.cpp")
-        self.run_checked(["sh", "-ec", f"cd '{folder}'; " + command.replace("DIR/", f"{self.prefix}/")])
-        self.starts(folder / "host.exe")
+        for source, says in ((ARGUMENTS.source / "examples" / "inbox.cpp", "MAPI_E_"),
+                             (pathlib.Path(__file__).parent / "host" / "interfaces.cpp", "0x80004003")):
+            shutil.copy(source, folder / "host.cpp")
+            self.run_checked(["sh", "-ec", f"cd '{folder}'; " + command.replace("DIR/", f"{self.prefix}/")])
+            self.starts(folder / "host.exe", says)
 
     def test_every_header_that_a_host_includes_is_installed(self):
         names = {path.name for path in (self.prefix / "include" / "zebapi").glob("*.h")}

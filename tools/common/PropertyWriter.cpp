@@ -218,18 +218,18 @@ std::vector<Refusal> WriteProperties(IMAPIProp* object, Properties& properties, 
 {
     names.Resolve(object, properties);
     RemoveProperties(object, properties);
-    std::vector<const Property*> small;
+    std::vector<const Property*> inRow;
     for (const Property& property : properties)
         if (!property.removed && !GoesByStream(property))
-            small.push_back(&property);
+            inRow.push_back(&property);
     std::vector<Refusal> refusals;
-    if (!small.empty())
+    if (!inRow.empty())
     {
         PropertyArray array;
-        array.Assign(small);
+        array.Assign(inRow);
         CZebPropProblemArray problems;
         ThrowIfFailed(object->SetProps(array.Count(), array.Values(), &problems), object, __FILE__, __LINE__);
-        refusals = RefusalsOf(problems, small);
+        refusals = RefusalsOf(problems, inRow);
     }
     CZebPropObj wrapper(object);
     for (const Property& property : properties)

@@ -60,8 +60,8 @@ TEST_F(RestrictionTest, AMissingPropertyOrAnotherTypeFulfilsNoRelation)
     for (ULONG relop = RELOP_LT; relop <= RELOP_NE; ++relop)
     {
         EXPECT_FALSE(Matches(m_make.Property(relop, LongValue(PR_IMPORTANCE, 1))));
-        SPropValue small = Value(PROP_TAG(PT_I2, PROP_ID(PR_PRIORITY)));
-        EXPECT_FALSE(Matches(m_make.Property(relop, small)));
+        SPropValue shortValue = Value(PROP_TAG(PT_I2, PROP_ID(PR_PRIORITY)));
+        EXPECT_FALSE(Matches(m_make.Property(relop, shortValue)));
     }
     EXPECT_TRUE(Matches(m_make.Not(m_make.Property(RELOP_EQ, LongValue(PR_IMPORTANCE, 1)))));
 }
