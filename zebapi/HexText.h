@@ -13,6 +13,10 @@ namespace zeb
 /// @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY for more bytes than a text can show
 inline CStringA HexText(const void* bytes, ULONG count)
 {
+    if (bytes == nullptr)
+    {
+        return CStringA();
+    }
     if (count > INT_MAX / 2)
     {
         CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY, __FILE__, __LINE__);

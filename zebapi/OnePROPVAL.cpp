@@ -5,6 +5,7 @@
 #include "qorth/Text.h"
 #include "zebapi/HexText.h"
 #include "zebapi/PropValWrite.h"
+#include "zebapi/Received.h"
 
 #include <charconv>
 #include <cstring>
@@ -31,6 +32,18 @@ CStringA DateText(const FILETIME& time)
 {
     const std::optional<std::string> text = zeb::platform::LocalDateText(time);
     return text ? CStringA(*text) : CStringA("Invalid DateTime");
+}
+
+/// A deep copy of `source`, whose allocations are chained to `parent`; `target` is written last.
+/// @throws CZebException* the result of PropCopyMore
+void CopyValue(SPropValue& target, const SPropValue& source, void* parent)
+{
+    SPropValue copy = source;
+    if (!zeb::PointsNowhere(source))
+    {
+        Zeb_PropCopyMore(&copy, const_cast<SPropValue*>(&source), parent);
+    }
+    target = copy;
 }
 
 } // namespace
@@ -202,10 +215,7 @@ CZebOnePropVal& CZebOnePropVal::operator=(const SBinary& value)
 CZebOnePropVal& CZebOnePropVal::operator=(const SPropValue& value)
 {
     CheckValid();
-    // Into a value aside: a copy that fails midway must not leave half of it here.
-    SPropValue copy = {};
-    Zeb_PropCopyMore(&copy, const_cast<SPropValue*>(&value), m_parent);
-    *m_value = copy;
+    CopyValue(*m_value, value, m_parent);
     return *this;
 }
 
@@ -391,5 +401,19 @@ SPropValue** CZebPropVal::operator&()
 
 CZebOnePropVal& CZebPropVal::operator=(const CZebOnePropVal& other)
 {
-    return CZebOnePropVal::operator=(other);
+    const SPropValue* source = ValueOf(other);
+    if (source == m_value)
+    {
+        return *this;
+    }
+    zeb::Block<SPropValue> copy;
+    if (source != nullptr)
+    {
+        copy.reset(zeb::Allocate<SPropValue>(sizeof(SPropValue), nullptr));
+        CopyValue(*copy, *source, copy.get());
+    }
+    // After copying: the source may lie in what is held.
+    Empty();
+    m_value = copy.release();
+    return *this;
 }

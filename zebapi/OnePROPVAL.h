@@ -38,7 +38,8 @@ using IfOtherInteger = std::enable_if_t<std::is_integral_v<T> && !std::is_same_v
 /// the value as it was.
 ///
 /// Narrow text is in the ANSI code page (UTF-8 on Linux). Null text in a received value reads as empty text,
-/// but for the conversions to pointers, which hand out the null. Threads: none of its own.
+/// but for the conversions to pointers, which hand out the null. An array or binary that has a count and a null pointer
+/// reads and compares as empty. Threads: none of its own.
 class ZEBAPI_EXPORT CZebOnePropVal
 {
 protected:
@@ -101,7 +102,8 @@ public:
         /// A deep copy of any value, tag included (PropCopyMore, chained to the allocation parent; without
         /// one only values that need no allocation can be copied).
         virtual CZebOnePropVal& operator=(const SPropValue& value),
-        /// Looks at what `other` looks at; nothing is copied. To copy the value, use Set.
+        /// Looks at what `other` looks at; nothing is copied. To copy the value, use Set. Only an owner, assigned
+        /// to through its base, takes a deep copy, and is as it was when that fails.
         virtual CZebOnePropVal& operator=(const CZebOnePropVal& other));
 
     /// PT_BOOLEAN.
@@ -203,6 +205,9 @@ private:
     bool HoldsError() const;
 
 protected:
+    /// What a view looks at; null for no value.
+    static const SPropValue* ValueOf(const CZebOnePropVal& view) { return view.m_value; }
+
     void* m_parent;      ///< the MAPI buffer that allocations are chained to; not owned
     SPropValue* m_value; ///< not owned by the view
 };
@@ -226,6 +231,7 @@ public:
     CZebPropVal& operator=(const CZebPropVal&) = delete;
 
 private:
-    // An owner that looks at another's value would free it.
+    // Reached through the base only. An owner that looked at another's value would free it, so it takes a deep copy;
+    // one of a view without a value leaves it empty.
     CZebOnePropVal& operator=(const CZebOnePropVal& other) override;
 };

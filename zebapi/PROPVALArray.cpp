@@ -5,6 +5,7 @@
 #include "zebapi/Subject.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 
 namespace
@@ -112,6 +113,11 @@ CZebOnePropVal CZebPropValArray::operator[](ULONG tag)
         i = FindTag(0);
         if (i < 0)
         {
+            // The count may be one that a caller wrote.
+            if (m_count >= INT_MAX)
+            {
+                CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY, __FILE__, __LINE__);
+            }
             i = static_cast<int>(m_count);
             Allocate(m_count + 1);
         }

@@ -2,9 +2,11 @@
 #include "zebapi/OnePROPVAL.h"
 
 #include "zebapi/Exception.h"
+#include "zebapi/Received.h"
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <string>
 
 namespace
@@ -19,21 +21,23 @@ bool SameText(const Char* a, const Char* b)
     return View(a == nullptr ? empty : a) == View(b == nullptr ? empty : b);
 }
 
-template <class Element>
-bool SameElements(const Element* a, ULONG countA, const Element* b, ULONG countB)
+template <class Element, class Same = std::equal_to<Element>>
+bool SameElements(const Element* a, ULONG countA, const Element* b, ULONG countB, Same same = Same())
 {
-    return countA == countB && std::equal(a, a + countA, b);
+    const ULONG count = zeb::CountOf(a, countA);
+    return count == zeb::CountOf(b, countB) && std::equal(a, a + count, b, same);
 }
 
 template <class Char>
 bool SameTexts(Char* const* a, ULONG countA, Char* const* b, ULONG countB)
 {
-    return countA == countB &&
-           std::equal(a, a + countA, b, [](const Char* x, const Char* y) { return SameText(x, y); });
+    return SameElements(a, countA, b, countB, [](const Char* x, const Char* y) { return SameText(x, y); });
 }
 
-bool SameBytes(const SBinary& a, const SBinary& b)
+bool SameBytes(const SBinary& left, const SBinary& right)
 {
+    const SBinary a = zeb::Received(left);
+    const SBinary b = zeb::Received(right);
     return a.cb == b.cb && (a.cb == 0 || std::memcmp(a.lpb, b.lpb, a.cb) == 0);
 }
 

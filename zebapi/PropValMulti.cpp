@@ -2,6 +2,7 @@
 #include "zebapi/OnePROPVAL.h"
 
 #include "zebapi/PropValWrite.h"
+#include "zebapi/Received.h"
 
 #include <algorithm>
 #include <utility>
@@ -32,15 +33,27 @@ T* CopyNumbers(const CArray<T>& numbers, void* parent)
     return copies;
 }
 
-template <class T, class Element>
-void CopyOut(CArray<T>& values, const Element* elements, ULONG count)
+template <class Element>
+const Element& AsReceived(const Element& element)
 {
+    return element;
+}
+
+SBinary AsReceived(const SBinary& element)
+{
+    return zeb::Received(element);
+}
+
+template <class T, class Element>
+void CopyOut(CArray<T>& values, const Element* elements, ULONG claimed)
+{
+    const ULONG count = zeb::CountOf(elements, claimed);
     // Into an array aside: the elements may lie in what the array holds.
     CArray<T> copies;
     copies.Reserve(static_cast<INT_PTR>(count));
     for (ULONG i = 0; i < count; ++i)
     {
-        copies.Add(T(elements[i]));
+        copies.Add(T(AsReceived(elements[i])));
     }
     values = std::move(copies);
 }

@@ -1,6 +1,7 @@
 #include "zebapi/Restrict.h"
 
 #include "zebapi/Blocks.h"
+#include "zebapi/Received.h"
 
 namespace
 {
@@ -153,11 +154,12 @@ CZebRestriction CZebRestriction::operator[](ULONG index)
         CZebException::Throw(MAPI_E_INVALID_OBJECT, __FILE__, __LINE__);
     }
     // AND and OR have one layout: a count and the children.
-    if (index >= m_node->res.resAnd.cRes)
+    const SAndRestriction& children = m_node->res.resAnd;
+    if (index >= zeb::CountOf(children.lpRes, children.cRes))
     {
         CZebException::Throw(E_INVALIDARG, __FILE__, __LINE__);
     }
-    return CZebRestriction(m_node->res.resAnd.lpRes + index, m_base);
+    return CZebRestriction(children.lpRes + index, m_base);
 }
 
 CZebRestriction::operator SRestriction*()

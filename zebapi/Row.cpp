@@ -1,6 +1,7 @@
 #include "zebapi/Row.h"
 
 #include "zebapi/RealValue.h"
+#include "zebapi/Received.h"
 #include "zebapi/Subject.h"
 
 CZebRow& CZebRow::operator=(const CZebRow& other) = default;
@@ -18,7 +19,8 @@ int CZebRow::FindTag(ULONG propTag) const
     CheckValid();
     // Rows are short: for a few columns a plain loop is quicker than the search of arrays.
     const ULONG id = PROP_ID(propTag);
-    for (ULONG i = 0; i < m_row->cValues; ++i)
+    const ULONG count = zeb::CountOf(m_row->lpProps, m_row->cValues);
+    for (ULONG i = 0; i < count; ++i)
     {
         if (PROP_ID(m_row->lpProps[i].ulPropTag) == id)
         {
@@ -42,7 +44,7 @@ bool CZebRow::IsRealValueAt(int index) const
 CZebOnePropVal CZebRow::GetAt(int index) const
 {
     CheckValid();
-    if (index < 0 || static_cast<ULONG>(index) >= m_row->cValues)
+    if (index < 0 || static_cast<ULONG>(index) >= zeb::CountOf(m_row->lpProps, m_row->cValues))
     {
         zeb::ThrowIndex(MAPI_E_UNEXPECTED_ID, "value", index, m_row->cValues, __FILE__, __LINE__);
     }

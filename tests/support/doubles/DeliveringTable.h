@@ -53,6 +53,14 @@ public:
             std::this_thread::yield();
         }
     }
+    /// Also notifies inside Advise, on the thread that advises, before the connection is given.
+    std::atomic<bool> m_notifiesAdvisers{false};
+    /// The sinks that are registered.
+    size_t Sinks()
+    {
+        const std::lock_guard<std::recursive_mutex> lock(m_mutex);
+        return m_sinks.size();
+    }
     /// Also notifies inside QueryRows, on the thread that reads.
     std::atomic<bool> m_notifiesReaders{false};
     /// The newest change.
@@ -72,10 +80,18 @@ public:
     }
     HRESULT STDMETHODCALLTYPE Advise(ULONG, LPMAPIADVISESINK sink, ULONG_PTR* connection) override
     {
-        const std::lock_guard<std::recursive_mutex> lock(m_mutex);
-        sink->AddRef();
-        *connection = ++m_connections;
-        m_sinks[*connection] = sink;
+        ULONG given = 0;
+        {
+            const std::lock_guard<std::recursive_mutex> lock(m_mutex);
+            sink->AddRef();
+            given = ++m_connections;
+            m_sinks[given] = sink;
+        }
+        if (m_notifiesAdvisers)
+        {
+            NotifyAll();
+        }
+        *connection = given;
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE Unadvise(ULONG_PTR connection) override

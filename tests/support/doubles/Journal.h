@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/mapi.h"
+#include "tests/support/doubles/Refusals.h"
 
 #include <gtest/gtest.h>
 
@@ -107,6 +108,10 @@ inline std::string Value(const SPropValue& value)
     case PT_STRING8:
         return text + Text(value.Value.lpszA);
     case PT_UNICODE:
+        if (value.Value.lpszW == nullptr)
+        {
+            return text + "null";
+        }
         for (const WCHAR* c = value.Value.lpszW; *c != 0; ++c)
         {
             text += static_cast<char>(*c);
@@ -201,8 +206,8 @@ public:
 
 protected:
     void Note(const std::string& call) { m_journal.Write(m_name + ": " + call); }
-    /// Writes the call down; the result that the test wants, or S_OK.
-    HRESULT Called(const std::string& method, const std::string& arguments)
+    /// Writes the call down; the result that the test wants, or `otherwise`.
+    HRESULT Called(const std::string& method, const std::string& arguments, HRESULT otherwise = S_OK)
     {
         Note(method + "(" + arguments + ")");
         for (const auto& failure : m_failures)
@@ -212,7 +217,7 @@ protected:
                 return failure.result;
             }
         }
-        return S_OK;
+        return otherwise;
     }
     HRESULT Unexpected(const char* method)
     {

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <string>
 
 namespace zeb::test
 {
@@ -49,29 +50,63 @@ private:
     {
         const SCODE result =
             parent != nullptr ? allocate(static_cast<ULONG>(size), parent, copy) : MAPI_E_INVALID_PARAMETER;
-        if (result == S_OK)
+        if (result == S_OK && size != 0)
         {
             std::memcpy(*copy, source, size);
         }
         return result;
     }
 
-    /// Numbers, text, binaries and identifiers of classes; other types are refused.
+    /// An array of `count` elements of fixed size.
+    template <class Element>
+    static SCODE CopyArray(Element*& target, const Element* source, ULONG count, LPALLOCATEMORE allocate,
+                           void* parent)
+    {
+        void* block = nullptr;
+        const SCODE result = CopyBytes(source, count * sizeof(Element), allocate, parent, &block);
+        target = static_cast<Element*>(block);
+        return result;
+    }
+    template <class Char>
+    static SCODE CopyText(Char*& target, const Char* source, LPALLOCATEMORE allocate, void* parent)
+    {
+        return CopyArray(target, source, static_cast<ULONG>(std::char_traits<Char>::length(source) + 1),
+                         allocate, parent);
+    }
+    template <class Char>
+    static SCODE CopyTexts(Char**& target, Char* const* source, ULONG count, LPALLOCATEMORE allocate,
+                           void* parent)
+    {
+        SCODE result = CopyArray(target, const_cast<Char**>(source), count, allocate, parent);
+        for (ULONG i = 0; result == S_OK && i < count; ++i)
+        {
+            result = CopyText<Char>(target[i], source[i], allocate, parent);
+        }
+        return result;
+    }
+    static SCODE CopyBinaries(SBinary*& target, const SBinary* source, ULONG count, LPALLOCATEMORE allocate,
+                              void* parent)
+    {
+        SCODE result = CopyArray(target, source, count, allocate, parent);
+        for (ULONG i = 0; result == S_OK && i < count; ++i)
+        {
+            result = CopyArray(target[i].lpb, source[i].lpb, source[i].cb, allocate, parent);
+        }
+        return result;
+    }
+
+    /// Everything that MAPI copies: all types but objects. Like MAPI's own it reads through null text.
     static SCODE WINAPI PropCopyMore(LPSPropValue dest, LPSPropValue src, ALLOCATEMORE* allocate,
                                      void* parent)
     {
         ++Current()->copies;
         Current()->lastParent = parent;
-        const auto copyTo = [&](auto*& target, const void* source, size_t size)
-        {
-            void* block = nullptr;
-            const SCODE result = CopyBytes(source, size, allocate, parent, &block);
-            target = static_cast<std::remove_reference_t<decltype(target)>>(block);
-            return result;
-        };
+        auto& to = dest->Value;
+        const auto& from = src->Value;
         *dest = *src;
         switch (PROP_TYPE(src->ulPropTag))
         {
+        case PT_NULL:
         case PT_I2:
         case PT_LONG:
         case PT_R4:
@@ -84,14 +119,23 @@ private:
         case PT_SYSTIME:
             return S_OK;
         case PT_STRING8:
-            return copyTo(dest->Value.lpszA, src->Value.lpszA, std::strlen(src->Value.lpszA) + 1);
+            return CopyText(to.lpszA, from.lpszA, allocate, parent);
         case PT_UNICODE:
-            return copyTo(dest->Value.lpszW, src->Value.lpszW,
-                          (std::char_traits<WCHAR>::length(src->Value.lpszW) + 1) * sizeof(WCHAR));
+            return CopyText(to.lpszW, from.lpszW, allocate, parent);
         case PT_CLSID:
-            return copyTo(dest->Value.lpguid, src->Value.lpguid, sizeof(GUID));
+            return CopyArray(to.lpguid, from.lpguid, 1, allocate, parent);
         case PT_BINARY:
-            return copyTo(dest->Value.bin.lpb, src->Value.bin.lpb, src->Value.bin.cb);
+            return CopyArray(to.bin.lpb, from.bin.lpb, from.bin.cb, allocate, parent);
+        case PT_MV_I2:
+            return CopyArray(to.MVi.lpi, from.MVi.lpi, from.MVi.cValues, allocate, parent);
+        case PT_MV_LONG:
+            return CopyArray(to.MVl.lpl, from.MVl.lpl, from.MVl.cValues, allocate, parent);
+        case PT_MV_STRING8:
+            return CopyTexts(to.MVszA.lppszA, from.MVszA.lppszA, from.MVszA.cValues, allocate, parent);
+        case PT_MV_UNICODE:
+            return CopyTexts(to.MVszW.lppszW, from.MVszW.lppszW, from.MVszW.cValues, allocate, parent);
+        case PT_MV_BINARY:
+            return CopyBinaries(to.MVbin.lpbin, from.MVbin.lpbin, from.MVbin.cValues, allocate, parent);
         default:
             return MAPI_E_NO_SUPPORT;
         }

@@ -13,23 +13,30 @@ class RecordingContainerOf : public RecordingPropOf<Interface>
 public:
     using RecordingPropOf<Interface>::RecordingPropOf;
 
+    static constexpr ULONG SoftDeleted = 2;
+
     HRESULT STDMETHODCALLTYPE GetContentsTable(ULONG flags, LPMAPITABLE* table) override
     {
         *table = nullptr;
-        const HRESULT result = this->Called("GetContentsTable", Number(flags));
+        const HRESULT result = this->Called(
+            "GetContentsTable", Number(flags),
+            RefuseFlags(flags, MAPI_ASSOCIATED | MAPI_DEFERRED_ERRORS | MAPI_UNICODE | SoftDeleted));
         return FAILED(result) ? result : this->HandOut(m_contents, table);
     }
     HRESULT STDMETHODCALLTYPE GetHierarchyTable(ULONG flags, LPMAPITABLE* table) override
     {
         *table = nullptr;
-        const HRESULT result = this->Called("GetHierarchyTable", Number(flags));
+        const HRESULT result = this->Called(
+            "GetHierarchyTable", Number(flags),
+            RefuseFlags(flags, CONVENIENT_DEPTH | MAPI_DEFERRED_ERRORS | MAPI_UNICODE | SoftDeleted));
         return FAILED(result) ? result : this->HandOut(m_hierarchy, table);
     }
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG count, LPENTRYID entryID, LPCIID iid, ULONG flags, ULONG* type,
                                         LPUNKNOWN* object) override
     {
         const HRESULT result =
-            this->Called("OpenEntry", OpenArguments(count, entryID, iid, flags, type, object));
+            this->Called("OpenEntry", OpenArguments(count, entryID, iid, flags, type, object),
+                         RefuseOpen(count, entryID, flags));
         return FAILED(result) ? result : m_openable.Open(count, entryID, type, object);
     }
     HRESULT STDMETHODCALLTYPE SetSearchCriteria(LPSRestriction, LPENTRYLIST, ULONG) override
@@ -126,10 +133,13 @@ public:
               {&IID_IUnknown, &IID_IMAPIProp, &IID_IMAPIContainer, &IID_IMAPIFolder})
     {
     }
+    static constexpr ULONG HardDelete = 0x10;
+
     HRESULT STDMETHODCALLTYPE CreateMessage(LPCIID iid, ULONG flags, LPMESSAGE* message) override
     {
         *message = nullptr;
-        const HRESULT result = Called("CreateMessage", Name(iid) + "," + Number(flags));
+        const HRESULT result = Called("CreateMessage", Name(iid) + "," + Number(flags),
+                                      RefuseFlags(flags, MAPI_ASSOCIATED | MAPI_DEFERRED_ERRORS));
         return FAILED(result) ? result : HandOut<IMessage>(m_message, message);
     }
     HRESULT STDMETHODCALLTYPE CopyMessages(LPENTRYLIST list, LPCIID iid, LPVOID dest, ULONG_PTR window,
@@ -137,23 +147,30 @@ public:
     {
         const auto* folder = static_cast<RecordingFolder*>(static_cast<IMAPIFolder*>(dest));
         Keep(list);
-        return Called("CopyMessages", List(list) + "," + Name(iid) + "," + folder->m_name + "," +
-                                          Number(window) + ",progress " + Null(progress) + "," +
-                                          Number(flags));
+        return Called("CopyMessages",
+                      List(list) + "," + Name(iid) + "," + (folder != nullptr ? folder->m_name : "null") +
+                          "," + Number(window) + ",progress " + Null(progress) + "," + Number(flags),
+                      FirstOf({RefuseFlags(flags, MESSAGE_MOVE | MESSAGE_DIALOG | MAPI_DECLINE_OK),
+                               RequireList(list), Require(dest != nullptr)}));
     }
     HRESULT STDMETHODCALLTYPE DeleteMessages(LPENTRYLIST list, ULONG_PTR window, LPMAPIPROGRESS progress,
                                              ULONG flags) override
     {
         Keep(list);
-        return Called("DeleteMessages", List(list) + "," + Number(window) + ",progress " + Null(progress) +
-                                            "," + Number(flags));
+        return Called("DeleteMessages",
+                      List(list) + "," + Number(window) + ",progress " + Null(progress) + "," + Number(flags),
+                      FirstOf({RefuseFlags(flags, MESSAGE_DIALOG | HardDelete), RequireList(list)}));
     }
     HRESULT STDMETHODCALLTYPE CreateFolder(ULONG type, LPTSTR name, LPTSTR comment, LPCIID iid, ULONG flags,
                                            LPMAPIFOLDER* folder) override
     {
         *folder = nullptr;
-        const HRESULT result = Called("CreateFolder", Number(type) + "," + Text(name) + "," + Text(comment) +
-                                                          "," + Name(iid) + "," + Number(flags));
+        const HRESULT result = Called(
+            "CreateFolder",
+            Number(type) + "," + Text(name) + "," + Text(comment) + "," + Name(iid) + "," + Number(flags),
+            FirstOf({RefuseFlags(flags, OPEN_IF_EXISTS | MAPI_UNICODE | MAPI_DEFERRED_ERRORS),
+                     Require(type == FOLDER_GENERIC || type == FOLDER_SEARCH),
+                     Require(name != nullptr && *name != 0)}));
         return FAILED(result) ? result : HandOut<IMAPIFolder>(m_created, folder);
     }
     HRESULT STDMETHODCALLTYPE CopyFolder(ULONG, LPENTRYID, LPCIID, LPVOID, LPTSTR, ULONG_PTR, LPMAPIPROGRESS,
@@ -164,8 +181,11 @@ public:
     HRESULT STDMETHODCALLTYPE DeleteFolder(ULONG count, LPENTRYID entryID, ULONG_PTR window,
                                            LPMAPIPROGRESS progress, ULONG flags) override
     {
-        return Called("DeleteFolder", Hex(entryID, count) + "," + Number(window) + ",progress " +
-                                          Null(progress) + "," + Number(flags));
+        return Called("DeleteFolder",
+                      Hex(entryID, count) + "," + Number(window) + ",progress " + Null(progress) + "," +
+                          Number(flags),
+                      FirstOf({RefuseFlags(flags, DEL_MESSAGES | DEL_FOLDERS | FOLDER_DIALOG | HardDelete),
+                               Require(count != 0 && entryID != nullptr)}));
     }
     HRESULT STDMETHODCALLTYPE SetReadFlags(LPENTRYLIST, ULONG_PTR, LPMAPIPROGRESS, ULONG) override
     {
@@ -185,7 +205,8 @@ public:
     }
     HRESULT STDMETHODCALLTYPE EmptyFolder(ULONG_PTR window, LPMAPIPROGRESS progress, ULONG flags) override
     {
-        return Called("EmptyFolder", Number(window) + ",progress " + Null(progress) + "," + Number(flags));
+        return Called("EmptyFolder", Number(window) + ",progress " + Null(progress) + "," + Number(flags),
+                      RefuseFlags(flags, FOLDER_DIALOG | DEL_ASSOCIATED | HardDelete));
     }
 
     /// An array of one identifier leaves its block of entries allocated, as it is meant to; a test that passes one

@@ -21,7 +21,7 @@ public:
     HRESULT STDMETHODCALLTYPE GetProfileTable(ULONG flags, LPMAPITABLE* table) override
     {
         *table = nullptr;
-        const HRESULT result = Called("GetProfileTable", Number(flags));
+        const HRESULT result = Called("GetProfileTable", Number(flags), RefuseFlags(flags, 0));
         return FAILED(result) ? result : HandOut<IMAPITable>(m_table, table);
     }
     HRESULT STDMETHODCALLTYPE CreateProfile(LPTSTR, LPTSTR, ULONG_PTR, ULONG) override

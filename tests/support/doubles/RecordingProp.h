@@ -5,6 +5,7 @@
 #include "zebapi/MEM.h"
 
 #include <cstring>
+#include <functional>
 #include <list>
 #include <map>
 
@@ -188,19 +189,46 @@ public:
     }
     HRESULT STDMETHODCALLTYPE SaveChanges(ULONG flags) override
     {
-        return this->Called("SaveChanges", Number(flags));
+        return this->Called(
+            "SaveChanges", Number(flags),
+            RefuseFlags(flags, KEEP_OPEN_READONLY | KEEP_OPEN_READWRITE | FORCE_SAVE | MAPI_DEFERRED_ERRORS));
     }
     HRESULT STDMETHODCALLTYPE GetProps(LPSPropTagArray tags, ULONG flags, ULONG* count,
                                        LPSPropValue* values) override
     {
-        const HRESULT result = this->Called("GetProps", Tags(tags) + "," + Number(flags));
+        const HRESULT result = this->Called(
+            "GetProps", Tags(tags) + "," + Number(flags),
+            FirstOf({RefuseFlags(flags, MAPI_UNICODE), Require(count != nullptr && values != nullptr),
+                     tags != nullptr ? RequireTags(tags) : S_OK}));
+        if (count == nullptr || values == nullptr)
+        {
+            return result;
+        }
         *values = nullptr;
         *count = m_givesNothing ? 1 : 0;
-        return FAILED(result) || m_givesNothing ? result : m_bag.Give(tags, count, values);
+        if (FAILED(result) || m_givesNothing)
+        {
+            return result;
+        }
+        const HRESULT given = m_bag.Give(tags, count, values);
+        for (ULONG i = 0; m_dropsBytes && i < *count; ++i)
+        {
+            if (PROP_TYPE((*values)[i].ulPropTag) == PT_BINARY)
+            {
+                (*values)[i].Value.bin.lpb = nullptr;
+            }
+        }
+        return given;
     }
     HRESULT STDMETHODCALLTYPE GetPropList(ULONG flags, LPSPropTagArray* tags) override
     {
-        const HRESULT result = this->Called("GetPropList", Number(flags));
+        const HRESULT result =
+            this->Called("GetPropList", Number(flags),
+                         FirstOf({RefuseFlags(flags, MAPI_UNICODE), Require(tags != nullptr)}));
+        if (tags == nullptr)
+        {
+            return result;
+        }
         *tags = nullptr;
         return FAILED(result) ? result : m_bag.List(tags);
     }
@@ -208,23 +236,27 @@ public:
                                            LPUNKNOWN* object) override
     {
         *object = nullptr;
-        const HRESULT result = this->Called("OpenProperty", Number(tag) + "," + Name(iid) + "," +
-                                                                Number(options) + "," + Number(flags));
+        const HRESULT result = this->Called(
+            "OpenProperty", Number(tag) + "," + Name(iid) + "," + Number(options) + "," + Number(flags),
+            FirstOf({RefuseFlags(flags, MAPI_CREATE | MAPI_MODIFY | MAPI_DEFERRED_ERRORS),
+                     Require(iid != nullptr)}));
         return FAILED(result) ? result : this->HandOut(m_property, object);
     }
     HRESULT STDMETHODCALLTYPE SetProps(ULONG count, LPSPropValue values,
                                        LPSPropProblemArray* problems) override
     {
         std::string text;
-        for (ULONG i = 0; i < count; ++i)
+        HRESULT refusal = Require(count != 0 && values != nullptr);
+        for (ULONG i = 0; values != nullptr && i < count; ++i)
         {
             text += Value(values[i]) + ",";
+            refusal = FirstOf({refusal, RequireWritable(values[i])});
         }
-        return this->Called("SetProps", text + "problems " + Null(problems));
+        return this->Called("SetProps", text + "problems " + Null(problems), refusal);
     }
     HRESULT STDMETHODCALLTYPE DeleteProps(LPSPropTagArray tags, LPSPropProblemArray* problems) override
     {
-        return this->Called("DeleteProps", Tags(tags) + ",problems " + Null(problems));
+        return this->Called("DeleteProps", Tags(tags) + ",problems " + Null(problems), RequireTags(tags));
     }
     HRESULT STDMETHODCALLTYPE CopyTo(ULONG, LPCIID, LPSPropTagArray, ULONG_PTR, LPMAPIPROGRESS, LPCIID,
                                      LPVOID, ULONG, LPSPropProblemArray*) override
@@ -245,7 +277,9 @@ public:
                                               LPSPropTagArray* tags) override
     {
         *tags = nullptr;
-        const HRESULT result = this->Called("GetIDsFromNames", Number(count) + "," + Number(flags));
+        const HRESULT result = this->Called(
+            "GetIDsFromNames", Number(count) + "," + Number(flags),
+            FirstOf({RefuseFlags(flags, MAPI_CREATE), Require((count == 0) == (names == nullptr))}));
         if (FAILED(result) || m_namedTags.empty())
         {
             return result;
@@ -259,17 +293,25 @@ public:
         *tags = static_cast<SPropTagArray*>(Zeb_MemAllocate(CbNewSPropTagArray(given), nullptr));
         (*tags)->cValues = given;
         std::copy(m_namedTags.begin(), m_namedTags.end(), (*tags)->aulPropTag);
+        if (m_named)
+        {
+            m_named();
+        }
         return result;
     }
 
     Bag m_bag;
     /// GetProps succeeds with null values, and says that there is one.
     bool m_givesNothing = false;
+    /// GetProps gives binaries with their counts and without their bytes.
+    bool m_dropsBytes = false;
     /// Handed out by OpenProperty.
     IUnknown* m_property = nullptr;
     /// The answer of GetIDsFromNames; empty: success with a null pointer.
     std::vector<ULONG> m_namedTags;
     std::vector<LONG> m_idsAsked;
+    /// Runs at the end of GetIDsFromNames, when the tags are given.
+    std::function<void()> m_named;
 
 private:
     std::vector<MAPINAMEID*> m_namesAsked;

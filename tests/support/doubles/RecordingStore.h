@@ -31,7 +31,8 @@ public:
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG count, LPENTRYID entryID, LPCIID iid, ULONG flags, ULONG* type,
                                         LPUNKNOWN* object) override
     {
-        const HRESULT result = Called("OpenEntry", OpenArguments(count, entryID, iid, flags, type, object));
+        const HRESULT result = Called("OpenEntry", OpenArguments(count, entryID, iid, flags, type, object),
+                                      RefuseOpen(count, entryID, flags));
         return FAILED(result) ? result : m_openable.Open(count, entryID, type, object);
     }
     HRESULT STDMETHODCALLTYPE GetReceiveFolder(LPTSTR messageClass, ULONG flags, ULONG* count,
@@ -40,7 +41,8 @@ public:
         EXPECT_EQ(*count, 0u);
         EXPECT_EQ(*entryID, nullptr);
         const HRESULT result =
-            Called("GetReceiveFolder", Text(messageClass) + "," + Number(flags) + "," + Null(explicitClass));
+            Called("GetReceiveFolder", Text(messageClass) + "," + Number(flags) + "," + Null(explicitClass),
+                   RefuseFlags(flags, MAPI_UNICODE));
         return FAILED(result) ? result : GiveEntryID(m_receiveFolder, count, entryID);
     }
     HRESULT STDMETHODCALLTYPE Advise(ULONG, LPENTRYID, ULONG, LPMAPIADVISESINK, ULONG_PTR*) override
@@ -95,15 +97,20 @@ public:
     HRESULT STDMETHODCALLTYPE GetMsgStoresTable(ULONG flags, LPMAPITABLE* table) override
     {
         *table = nullptr;
-        const HRESULT result = Called("GetMsgStoresTable", Number(flags));
+        const HRESULT result = Called("GetMsgStoresTable", Number(flags), RefuseFlags(flags, MAPI_UNICODE));
         return FAILED(result) ? result : HandOut(m_stores, table);
     }
     HRESULT STDMETHODCALLTYPE OpenMsgStore(ULONG_PTR window, ULONG count, LPENTRYID entryID, LPCIID iid,
                                            ULONG flags, LPMDB* store) override
     {
         *store = nullptr;
-        const HRESULT result = Called("OpenMsgStore", Number(window) + "," + Hex(entryID, count) + "," +
-                                                          Name(iid) + "," + Number(flags));
+        constexpr ULONG Online = 0x100;
+        const HRESULT result =
+            Called("OpenMsgStore",
+                   Number(window) + "," + Hex(entryID, count) + "," + Name(iid) + "," + Number(flags),
+                   FirstOf({RefuseFlags(flags, MDB_NO_DIALOG | MDB_WRITE | MDB_TEMPORARY | MDB_NO_MAIL |
+                                                   Online | MAPI_BEST_ACCESS | MAPI_DEFERRED_ERRORS),
+                            Require(count != 0 && entryID != nullptr, MAPI_E_INVALID_ENTRYID)}));
         return FAILED(result) ? result : HandOut(m_store, store);
     }
     HRESULT STDMETHODCALLTYPE OpenAddressBook(ULONG_PTR window, LPCIID iid, ULONG flags,
@@ -111,26 +118,35 @@ public:
     {
         *book = nullptr;
         const HRESULT result =
-            Called("OpenAddressBook", Number(window) + "," + Name(iid) + "," + Number(flags));
+            Called("OpenAddressBook", Number(window) + "," + Name(iid) + "," + Number(flags),
+                   RefuseFlags(flags, AB_NO_DIALOG));
         return FAILED(result) ? result : HandOut(m_addressBook, book);
     }
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG count, LPENTRYID entryID, LPCIID iid, ULONG flags, ULONG* type,
                                         LPUNKNOWN* object) override
     {
-        const HRESULT result = Called("OpenEntry", OpenArguments(count, entryID, iid, flags, type, object));
+        const HRESULT result = Called("OpenEntry", OpenArguments(count, entryID, iid, flags, type, object),
+                                      RefuseOpen(count, entryID, flags));
         return FAILED(result) ? result : m_openable.Open(count, entryID, type, object);
     }
     HRESULT STDMETHODCALLTYPE CompareEntryIDs(ULONG count1, LPENTRYID id1, ULONG count2, LPENTRYID id2,
                                               ULONG flags, ULONG* equal) override
     {
         const HRESULT result =
-            Called("CompareEntryIDs", Hex(id1, count1) + "," + Hex(id2, count2) + "," + Number(flags));
+            Called("CompareEntryIDs", Hex(id1, count1) + "," + Hex(id2, count2) + "," + Number(flags),
+                   FirstOf({RefuseFlags(flags, 0), RequireBytes(count1, id1), RequireBytes(count2, id2)}));
+        if (FAILED(result))
+        {
+            return result;
+        }
         *equal = SameBytes(count1, id1, count2, id2);
         return result;
     }
     HRESULT STDMETHODCALLTYPE Logoff(ULONG_PTR window, ULONG flags, ULONG reserved) override
     {
-        return Called("Logoff", Number(window) + "," + Number(flags) + "," + Number(reserved));
+        return Called(
+            "Logoff", Number(window) + "," + Number(flags) + "," + Number(reserved),
+            FirstOf({RefuseFlags(flags, MAPI_LOGOFF_SHARED | MAPI_LOGOFF_UI), Require(reserved == 0)}));
     }
     HRESULT STDMETHODCALLTYPE OpenProfileSection(LPMAPIUID, LPCIID, ULONG, LPPROFSECT*) override
     {
@@ -197,7 +213,8 @@ public:
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG count, LPENTRYID entryID, LPCIID iid, ULONG flags, ULONG* type,
                                         LPUNKNOWN* object) override
     {
-        const HRESULT result = Called("OpenEntry", OpenArguments(count, entryID, iid, flags, type, object));
+        const HRESULT result = Called("OpenEntry", OpenArguments(count, entryID, iid, flags, type, object),
+                                      RefuseOpen(count, entryID, flags));
         return FAILED(result) ? result : m_openable.Open(count, entryID, type, object);
     }
     HRESULT STDMETHODCALLTYPE GetDefaultDir(ULONG* count, LPENTRYID* entryID) override

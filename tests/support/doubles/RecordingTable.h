@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tests/support/MapiMemory.h"
+#include "tests/support/doubles/Refusals.h"
 
 #include <gtest/gtest.h>
 
@@ -69,7 +70,7 @@ public:
     {
         sink = adviseSink;
         *connectionOut = connection;
-        return Record("Advise", Number("mask", mask));
+        return Record("Advise", Number("mask", mask), Require(mask != 0 && adviseSink != nullptr));
     }
     HRESULT WINAPI Unadvise(ULONG_PTR ended) override
     {
@@ -87,7 +88,8 @@ public:
                 text += " " + Hex(columns->aulPropTag[i]);
             }
         }
-        return Record("SetColumns", text + ", " + Number("flags", flags));
+        return Record("SetColumns", text + ", " + Number("flags", flags),
+                      FirstOf({RefuseFlags(flags, TBL_ASYNC | TBL_BATCH), RequireTags(columns)}));
     }
     HRESULT WINAPI QueryColumns(ULONG flags, LPSPropTagArray*) override
     {
@@ -120,11 +122,13 @@ public:
     HRESULT WINAPI FindRow(LPSRestriction restriction, BOOKMARK origin, ULONG flags) override
     {
         return Record("FindRow",
-                      Pointer(restriction) + ", " + Number("origin", origin) + ", " + Number("flags", flags));
+                      Pointer(restriction) + ", " + Number("origin", origin) + ", " + Number("flags", flags),
+                      FirstOf({RefuseFlags(flags, DIR_BACKWARD), Require(restriction != nullptr)}));
     }
     HRESULT WINAPI Restrict(LPSRestriction restriction, ULONG flags) override
     {
-        return Record("Restrict", Pointer(restriction) + ", " + Number("flags", flags));
+        return Record("Restrict", Pointer(restriction) + ", " + Number("flags", flags),
+                      RefuseFlags(flags, TBL_ASYNC | TBL_BATCH));
     }
     HRESULT WINAPI CreateBookmark(BOOKMARK* made) override
     {
@@ -138,13 +142,15 @@ public:
     }
     HRESULT WINAPI SortTable(LPSSortOrderSet order, ULONG flags) override
     {
-        return Record("SortTable", Pointer(order) + ", " + Number("flags", flags));
+        return Record("SortTable", Pointer(order) + ", " + Number("flags", flags),
+                      FirstOf({RefuseFlags(flags, TBL_ASYNC | TBL_BATCH), Require(order != nullptr)}));
     }
     HRESULT WINAPI QuerySortOrder(LPSSortOrderSet*) override { return Record("QuerySortOrder", ""); }
     HRESULT WINAPI QueryRows(LONG count, ULONG flags, LPSRowSet* rows) override
     {
         const HRESULT result =
-            Record("QueryRows", "rows " + std::to_string(count) + ", " + Number("flags", flags));
+            Record("QueryRows", "rows " + std::to_string(count) + ", " + Number("flags", flags),
+                   FirstOf({RefuseFlags(flags, TBL_NOADVANCE), Require(rows != nullptr)}));
         if (SUCCEEDED(result))
         {
             *rows = givesNullRows ? nullptr : Rows(count);
@@ -179,8 +185,8 @@ public:
     }
 
 protected:
-    /// Writes the call down, runs its action and gives its result.
-    HRESULT Record(const std::string& method, const std::string& arguments)
+    /// Writes the call down, runs its action and gives its result: the one that the test wants, or `otherwise`.
+    HRESULT Record(const std::string& method, const std::string& arguments, HRESULT otherwise = S_OK)
     {
         calls.push_back(method + "(" + arguments + ")");
         const auto action = actions.find(method);
@@ -189,7 +195,7 @@ protected:
             action->second();
         }
         const auto result = results.find(method);
-        return result == results.end() ? S_OK : result->second;
+        return result == results.end() ? otherwise : result->second;
     }
 
     /// At most `count` rows from the position on, which moves.

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <utility>
 
 namespace zeb::test
 {
@@ -82,6 +83,8 @@ public:
     /// The connection number that Advise gives: all 64 bits of it count.
     ULONG_PTR m_connection = 0xABABABAB0000004D;
     bool m_fillsConnectionOnFailure = false;
+    /// Runs inside Advise, when the sink is known and the connection not yet given.
+    std::function<void()> m_whileAdvising;
     /// Run inside the method of that name, before anything is given.
     std::function<void()> m_whileCounting;
     std::function<void()> m_whileSeeking;
@@ -102,10 +105,19 @@ public:
     }
     HRESULT STDMETHODCALLTYPE Advise(ULONG events, LPMAPIADVISESINK sink, ULONG_PTR* connection) override
     {
-        const HRESULT result = Called("Advise", Number(events));
-        if (SUCCEEDED(result))
+        const HRESULT result = Called("Advise", Number(events),
+                                      Require(events != 0 && sink != nullptr && connection != nullptr));
+        if (sink != nullptr && (SUCCEEDED(result) || m_whileAdvising))
         {
             HandOut(sink, &m_sink);
+        }
+        if (m_whileAdvising)
+        {
+            m_whileAdvising();
+        }
+        if (FAILED(result) && m_sink != nullptr)
+        {
+            std::exchange(m_sink, nullptr)->Release();
         }
         if (SUCCEEDED(result) || m_fillsConnectionOnFailure)
         {
@@ -115,8 +127,8 @@ public:
     }
     HRESULT STDMETHODCALLTYPE Unadvise(ULONG_PTR connection) override
     {
-        const HRESULT result = Called("Unadvise", Number(connection));
-        if (m_sink != nullptr)
+        const HRESULT result = Called("Unadvise", Number(connection), Require(connection == m_connection));
+        if (m_sink != nullptr && connection == m_connection)
         {
             m_sink->Release();
             m_sink = nullptr;
@@ -125,11 +137,12 @@ public:
     }
     HRESULT STDMETHODCALLTYPE SetColumns(LPSPropTagArray columns, ULONG flags) override
     {
-        return Called("SetColumns", Tags(columns) + "," + Number(flags));
+        return Called("SetColumns", Tags(columns) + "," + Number(flags),
+                      FirstOf({RefuseFlags(flags, TBL_ASYNC | TBL_BATCH), RequireTags(columns)}));
     }
     HRESULT STDMETHODCALLTYPE GetRowCount(ULONG flags, ULONG* count) override
     {
-        const HRESULT result = Called("GetRowCount", Number(flags));
+        const HRESULT result = Called("GetRowCount", Number(flags), RefuseFlags(flags, 0));
         if (m_whileCounting)
         {
             m_whileCounting();
@@ -150,20 +163,23 @@ public:
     }
     HRESULT STDMETHODCALLTYPE FindRow(LPSRestriction restriction, BOOKMARK origin, ULONG flags) override
     {
-        return Called("FindRow", Null(restriction) + "," + Number(origin) + "," + Number(flags));
+        return Called("FindRow", Null(restriction) + "," + Number(origin) + "," + Number(flags),
+                      FirstOf({RefuseFlags(flags, DIR_BACKWARD), Require(restriction != nullptr)}));
     }
     /// Writes a property restriction down with its value; keeps the rows that match it when the column is text.
     HRESULT STDMETHODCALLTYPE Restrict(LPSRestriction restriction, ULONG flags) override
     {
         if (restriction == nullptr)
         {
-            return Called("Restrict", "null," + Number(flags));
+            return Called("Restrict", "null," + Number(flags), RefuseFlags(flags, TBL_ASYNC | TBL_BATCH));
         }
         const SPropertyRestriction& wanted = restriction->res.resProperty;
         m_position = 0;
-        const HRESULT result = Called("Restrict", Number(restriction->rt) + "," + Number(wanted.relop) + "," +
-                                                      Number(wanted.ulPropTag) + "," + Value(*wanted.lpProp) +
-                                                      "," + Number(flags));
+        const HRESULT result =
+            Called("Restrict",
+                   Number(restriction->rt) + "," + Number(wanted.relop) + "," + Number(wanted.ulPropTag) +
+                       "," + Value(*wanted.lpProp) + "," + Number(flags),
+                   FirstOf({RefuseFlags(flags, TBL_ASYNC | TBL_BATCH), RequireWritable(*wanted.lpProp)}));
         if (FAILED(result))
         {
             return result;
@@ -175,12 +191,14 @@ public:
     }
     HRESULT STDMETHODCALLTYPE SortTable(LPSSortOrderSet order, ULONG flags) override
     {
-        return Called("SortTable", Null(order) + "," + Number(flags));
+        return Called("SortTable", Null(order) + "," + Number(flags),
+                      FirstOf({RefuseFlags(flags, TBL_ASYNC | TBL_BATCH), Require(order != nullptr)}));
     }
     HRESULT STDMETHODCALLTYPE QueryRows(LONG count, ULONG flags, LPSRowSet* rows) override
     {
         *rows = nullptr;
-        const HRESULT result = Called("QueryRows", std::to_string(count) + "," + Number(flags));
+        const HRESULT result = Called("QueryRows", std::to_string(count) + "," + Number(flags),
+                                      RefuseFlags(flags, TBL_NOADVANCE));
         if (m_whileReading)
         {
             m_whileReading();

@@ -357,4 +357,14 @@ TEST_F(Restriction, NestsAsDeepAsAHostLikes)
     EXPECT_EQ(walked->rt, ULONG{RES_EXIST});
 }
 
+TEST_F(Restriction, ANodeThatCountsChildrenItHasNotHandsOutNone)
+{
+    CZebRestrictionAllocator tree;
+    tree.Allocate();
+    SRestriction* node = tree;
+    node->rt = RES_OR;
+    node->res.resOr.cRes = 3;
+    EXPECT_EQ(ThrownBy([&] { tree[ULONG{1}]; }), E_INVALIDARG);
+}
+
 } // namespace zeb::test

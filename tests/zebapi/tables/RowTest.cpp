@@ -141,4 +141,15 @@ TEST_F(Row, CopiesLookAtTheSameRow)
     EXPECT_EQ(assigned.Count(), 11u);
 }
 
+TEST(RowOfNoValues, HasNoColumnsWhateverItsCountSays)
+{
+    SRow claims = {0, 3, nullptr};
+    const CZebRow row(&claims, &claims);
+    EXPECT_EQ(row.Count(), 3u);
+    EXPECT_FALSE(row.IsExists(PR_SUBJECT_A));
+    EXPECT_FALSE(row.hasRealValue(PR_SUBJECT_A));
+    EXPECT_EQ(ThrownBy([&] { row[PR_SUBJECT_A]; }), MAPI_E_UNEXPECTED_ID);
+    EXPECT_EQ(ThrownBy([&] { row.GetAt(0); }), MAPI_E_UNEXPECTED_ID);
+}
+
 } // namespace zeb::test

@@ -29,6 +29,15 @@ protected:
         return value;
     }
 
+    /// Puts a value of its own into `owner`, as MAPI calls do.
+    SPropValue& Fill(CZebPropVal& owner, const SPropValue& value)
+    {
+        SPropValue** slot = &owner;
+        *slot = static_cast<SPropValue*>(memory.Allocate(sizeof(SPropValue)));
+        **slot = value;
+        return **slot;
+    }
+
     /// A view whose allocations hang on the test's parent.
     CZebOnePropVal View(SPropValue& value) { return CZebOnePropVal(&value, parent); }
 

@@ -385,4 +385,88 @@ TEST_F(PropProblemArray, ReallocatingKeepsTheCountNeverAboveTheSize)
     EXPECT_EQ(fresh.GetCount(), 0);
 }
 
+TEST_F(PropValArray, GrowthCopiesEveryKindOfEntryIntoTheNewBuffer)
+{
+    constexpr ULONG Wide = PROP_TAG(PT_UNICODE, 0x6100);
+    constexpr ULONG Binary = PROP_TAG(PT_BINARY, 0x6101);
+    constexpr ULONG Texts = PROP_TAG(PT_MV_STRING8, 0x6102);
+    constexpr ULONG Numbers = PROP_TAG(PT_MV_LONG, 0x6103);
+    constexpr ULONG Null = PROP_TAG(PT_NULL, 0x6104);
+    constexpr ULONG Unassigned[] = {PROP_TAG(PT_STRING8, 0x6105), PROP_TAG(PT_UNICODE, 0x6106),
+                                    PROP_TAG(PT_BINARY, 0x6107), PROP_TAG(PT_MV_UNICODE, 0x6108)};
+    CZebPropValArray array(9);
+    BYTE bytes[] = {1, 2, 3};
+    CArray<CStringA> texts;
+    texts.Add("one");
+    texts.Add("");
+    CArray<LONG> numbers;
+    numbers.Add(7);
+    array[Wide] = ZEBW("wide");
+    array[Binary] = SBinary{3, bytes};
+    array[Texts] = texts;
+    array[Numbers] = numbers;
+    array[Null];
+    for (const ULONG tag : Unassigned)
+    {
+        array[tag];
+    }
+    const SPropValue* before = array;
+    array[PR_MESSAGE_SIZE] = LONG(1);
+    ASSERT_NE(static_cast<SPropValue*>(array), before) << "it has grown, and the old buffer is spoiled";
+    EXPECT_EQ(static_cast<CStringW>(array[Wide]), ZEBW("wide"));
+    EXPECT_EQ(array[Binary].String(false), "010203");
+    CArray<CStringA> textsRead;
+    array[Texts].GetMV(textsRead);
+    ASSERT_EQ(textsRead.GetSize(), 2);
+    EXPECT_EQ(textsRead[0], "one");
+    EXPECT_EQ(textsRead[1], "");
+    CArray<LONG> numbersRead;
+    array[Numbers].GetMV(numbersRead);
+    ASSERT_EQ(numbersRead.GetSize(), 1);
+    EXPECT_EQ(numbersRead[0], 7);
+    EXPECT_EQ(array[Null].GetTag(), Null);
+    for (const ULONG tag : Unassigned)
+    {
+        EXPECT_EQ(array[tag].GetTag(), tag);
+        EXPECT_EQ(static_cast<const SPropValue&>(array[tag]).Value.MVl.lpl, nullptr);
+    }
+    EXPECT_EQ(memory.LiveRoots(), 1u);
+}
+
+TEST_F(PropValArray, ACountThatNoArrayHasIsRefusedBeforeItGrows)
+{
+    CZebPropValArray array;
+    for (const ULONG claimed : {0x7FFFFFFFu, 0xFFFFFFFFu})
+    {
+        *array.CountPtr() = claimed;
+        EXPECT_EQ(ThrownBy([&] { array[PR_SUBJECT_A]; }), MAPI_E_NOT_ENOUGH_MEMORY) << claimed;
+        EXPECT_EQ(array.GetCount(), claimed);
+    }
+    EXPECT_EQ(memory.Allocations(), 0u);
+}
+
+TEST_F(PropProblemArray, AShrinkingAllocateKeepsWhatFits)
+{
+    OpenProblems problems;
+    Fill(problems, 3);
+    problems.Allocate(2);
+    EXPECT_EQ(problems.GetCount(), 2);
+    EXPECT_EQ(memory.SizeOf(static_cast<SPropProblemArray*>(problems)), 4u + 12 * 2);
+    EXPECT_EQ(problems[1].ulIndex, 1u);
+    problems.Allocate(0);
+    EXPECT_EQ(problems.GetCount(), 0);
+    EXPECT_TRUE(problems.IsValid());
+    EXPECT_EQ(memory.LiveRoots(), 1u);
+}
+
+TEST_F(PropProblemArray, ACopyHasExactlyTheBytesOfItsProblems)
+{
+    CZebPropProblemArray problems;
+    Fill(problems, 3);
+    CZebPropProblemArray copy(problems);
+    EXPECT_EQ(memory.SizeOf(static_cast<SPropProblemArray*>(copy)), 4u + 12 * 3);
+    EXPECT_NE(static_cast<SPropProblemArray*>(copy), static_cast<SPropProblemArray*>(problems));
+    EXPECT_EQ(copy[2].ulIndex, 2u);
+}
+
 } // namespace zeb::test

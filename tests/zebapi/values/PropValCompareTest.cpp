@@ -199,4 +199,53 @@ TEST_F(PropValCompare, NeedsAValueOnBothSides)
     EXPECT_EQ(ThrownBy([&] { (void)(none == View(value)); }), MAPI_E_BAD_VALUE);
 }
 
+TEST_F(PropValCompare, CountsWithoutElementsCompareAsEmpty)
+{
+    for (const ULONG type : {PT_MV_I2, PT_MV_LONG, PT_MV_STRING8, PT_MV_UNICODE})
+    {
+        SPropValue claims = Tagged(type);
+        claims.Value.MVl.cValues = 3;
+        SPropValue other = claims;
+        SPropValue empty = Tagged(type);
+        EXPECT_TRUE(View(claims) == View(other)) << type;
+        EXPECT_TRUE(View(claims) == View(empty)) << type;
+        EXPECT_TRUE(View(empty) == View(claims)) << type;
+        const char* texts[3] = {};
+        other.Value.MVszA.lppszA = const_cast<char**>(texts);
+        EXPECT_FALSE(View(claims) == View(other)) << type;
+        EXPECT_FALSE(View(other) == View(claims)) << type;
+    }
+    SPropValue claims = Tagged(PT_BINARY);
+    claims.Value.bin = {3, nullptr};
+    SPropValue bytes = Tagged(PT_BINARY);
+    bytes.Value.bin = {3, reinterpret_cast<BYTE*>(const_cast<char*>("abc"))};
+    SPropValue empty = Tagged(PT_BINARY);
+    EXPECT_FALSE(View(claims) == View(bytes));
+    EXPECT_FALSE(View(bytes) == View(claims));
+    EXPECT_TRUE(View(claims) == View(empty));
+    EXPECT_EQ(View(claims).String(false), "");
+}
+
+TEST_F(PropValCompare, ArraysOfDifferentCountsAreUnequalWhereTheOneBeginsTheOther)
+{
+    char first[] = "a";
+    char second[] = "b";
+    char* narrow[] = {first, second};
+    WCHAR wideFirst[] = {'a', 0};
+    WCHAR wideSecond[] = {'b', 0};
+    WCHAR* wide[] = {wideFirst, wideSecond};
+    for (const ULONG type : {PT_MV_STRING8, PT_MV_UNICODE})
+    {
+        SPropValue one = Tagged(type);
+        one.Value.MVszA.lppszA = type == PT_MV_STRING8 ? narrow : reinterpret_cast<char**>(wide);
+        one.Value.MVszA.cValues = 1;
+        SPropValue two = one;
+        two.Value.MVszA.cValues = 2;
+        EXPECT_FALSE(View(one) == View(two)) << type;
+        EXPECT_FALSE(View(two) == View(one)) << type;
+        SPropValue same = two;
+        EXPECT_TRUE(View(two) == View(same)) << type;
+    }
+}
+
 } // namespace zeb::test

@@ -193,4 +193,51 @@ TEST_F(PropValMulti, FailedAllocationLeavesTheValueAlone)
     EXPECT_EQ(binary.Value.MVbin.cValues, 0u);
 }
 
+namespace
+{
+
+template <class T>
+void ExpectNone(CZebOnePropVal view)
+{
+    CArray<T> values;
+    values.SetSize(2);
+    view.GetMV(values);
+    EXPECT_EQ(values.GetSize(), 0);
+}
+
+} // namespace
+
+TEST_F(PropValMulti, CountsWithoutElementsReadAsEmpty)
+{
+    const auto claims = [](ULONG type)
+    {
+        SPropValue value = Tagged(type);
+        value.Value.MVl.cValues = 3;
+        return value;
+    };
+    SPropValue binaries = claims(PT_MV_BINARY);
+    ExpectNone<CZebBinary>(View(binaries));
+    SPropValue wide = claims(PT_MV_UNICODE);
+    ExpectNone<CStringW>(View(wide));
+    SPropValue narrow = claims(PT_MV_STRING8);
+    ExpectNone<CStringA>(View(narrow));
+    SPropValue shorts = claims(PT_MV_I2);
+    ExpectNone<SHORT>(View(shorts));
+    SPropValue longs = claims(PT_MV_LONG);
+    ExpectNone<LONG>(View(longs));
+}
+
+TEST_F(PropValMulti, ABinaryWithoutItsBytesReadsAsOneOfNoBytes)
+{
+    SBinary entries[] = {{3, nullptr}, {1, reinterpret_cast<BYTE*>(const_cast<char*>("a"))}};
+    SPropValue value = Tagged(PT_MV_BINARY);
+    value.Value.MVbin.cValues = 2;
+    value.Value.MVbin.lpbin = entries;
+    CArray<CZebBinary> values;
+    View(value).GetMV(values);
+    ASSERT_EQ(values.GetSize(), 2);
+    EXPECT_TRUE(values[0].IsEmpty());
+    EXPECT_EQ(values[1].String(), "61");
+}
+
 } // namespace zeb::test

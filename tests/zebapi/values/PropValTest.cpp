@@ -1,5 +1,6 @@
 #include "tests/zebapi/values/PropVal.h"
 
+#include <cstring>
 #include <string>
 #include <type_traits>
 
@@ -455,6 +456,114 @@ TEST_F(PropVal, OwnerIsNeitherCopiedNorRebound)
     static_assert(!std::is_assignable_v<CZebPropVal&, const CZebOnePropVal&>);
     static_assert(std::is_assignable_v<CZebPropVal&, const SPropValue&>);
     SUCCEED();
+}
+
+TEST_F(PropVal, AnOwnerThatIsAssignedToThroughItsBaseTakesACopyOfItsOwn)
+{
+    SPropValue text = Tagged(PT_STRING8);
+    View(text) = "text";
+    CZebPropVal owner;
+    Fill(owner, Tagged(PT_LONG));
+    CZebOnePropVal& base = owner;
+    base = View(text);
+    EXPECT_STREQ(static_cast<const char*>(owner), "text");
+    EXPECT_NE(static_cast<const char*>(owner), text.Value.lpszA);
+    EXPECT_EQ(memory.LiveRoots(), 2u) << "the test's parent and the copy; the old value is freed";
+    base = owner;
+    EXPECT_STREQ(static_cast<const char*>(owner), "text") << "of itself it keeps the value";
+    base = CZebOnePropVal(nullptr, nullptr);
+    EXPECT_TRUE(owner.IsEmpty());
+    EXPECT_EQ(memory.LiveRoots(), 1u);
+    base = View(text);
+    EXPECT_STREQ(static_cast<const char*>(owner), "text");
+}
+
+TEST_F(PropVal, OwnersOfOneAnotherThroughTheirBaseFreeTheirOwnValues)
+{
+    CZebPropVal first;
+    Fill(first, Tagged(PT_LONG)).Value.l = 1;
+    {
+        CZebPropVal second;
+        Fill(second, Tagged(PT_LONG)).Value.l = 2;
+        static_cast<CZebOnePropVal&>(first) = second;
+    }
+    EXPECT_EQ(static_cast<LONG>(first), 2);
+}
+
+TEST_F(PropVal, AnOwnerTakesACopyOfWhatLiesInItsOwnBuffer)
+{
+    CZebPropVal owner;
+    SPropValue& held = Fill(owner, Tagged(PT_LONG));
+    auto* inside = static_cast<SPropValue*>(memory.AllocateUnder(&held, sizeof(SPropValue)));
+    *inside = Tagged(PT_UNICODE);
+    CZebOnePropVal(inside, &held) = ZEBW("inside");
+    static_cast<CZebOnePropVal&>(owner) = CZebOnePropVal(inside, nullptr);
+    EXPECT_EQ(static_cast<CStringW>(owner), ZEBW("inside"));
+    EXPECT_EQ(memory.LiveRoots(), 2u);
+}
+
+TEST_F(PropVal, AnOwnerKeepsItsValueWhenTheCopyFails)
+{
+    SPropValue text = Tagged(PT_STRING8);
+    View(text) = "text";
+    CZebPropVal owner;
+    Fill(owner, Tagged(PT_LONG)).Value.l = 7;
+    CZebOnePropVal& base = owner;
+    for (const size_t failing : {1, 2})
+    {
+        memory.FailAllocation(failing);
+        EXPECT_EQ(ThrownBy([&] { base = View(text); }), MAPI_E_NOT_ENOUGH_MEMORY) << failing;
+        EXPECT_EQ(static_cast<LONG>(owner), 7);
+        EXPECT_EQ(memory.LiveRoots(), 2u);
+    }
+    SPropValue object = Tagged(PT_OBJECT);
+    EXPECT_EQ(ThrownBy([&] { base = View(object); }), MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(static_cast<LONG>(owner), 7);
+}
+
+TEST_F(PropVal, AnOwnerIsFilledWholeByAnSPropValue)
+{
+    CZebPropVal owner;
+    SPropValue number = Tagged(PT_I8);
+    number.Value.li.QuadPart = 1LL << 40;
+    EXPECT_EQ(ThrownBy([&] { owner = number; }), MAPI_E_BAD_VALUE) << "there is no value to fill";
+    SPropValue& held = Fill(owner, Tagged(PT_LONG));
+    owner = number;
+    EXPECT_EQ(held.ulPropTag, number.ulPropTag);
+    EXPECT_EQ(static_cast<LONGLONG>(owner), 1LL << 40);
+    EXPECT_EQ(utilities.lastParent, nullptr);
+    SPropValue text = Tagged(PT_STRING8);
+    View(text) = "text";
+    EXPECT_EQ(ThrownBy([&] { owner = text; }), MAPI_E_INVALID_PARAMETER) << "nothing can be allocated for it";
+    EXPECT_EQ(static_cast<LONGLONG>(owner), 1LL << 40);
+}
+
+TEST_F(PropVal, NullWideTextReadsAsEmptyAndIsNotAssigned)
+{
+    SPropValue value = Tagged(PT_UNICODE);
+    EXPECT_EQ(View(value).String(false), "");
+    EXPECT_EQ(View(value).StringW(false), ZEBW(""));
+    EXPECT_EQ(static_cast<CStringA>(View(value)), "");
+    EXPECT_EQ(static_cast<CStringW>(View(value)), ZEBW(""));
+    EXPECT_EQ(View(value).UseDefault(CStringW(wideText)), ZEBW(""));
+    const WCHAR* none = View(value);
+    EXPECT_EQ(none, nullptr);
+    View(value) = ZEBW("text");
+    EXPECT_EQ(ThrownBy([&] { View(value) = static_cast<const WCHAR*>(nullptr); }), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(static_cast<CStringW>(View(value)), ZEBW("text"));
+}
+
+TEST_F(PropVal, AValueThatPointsNowhereIsCopiedAsItIs)
+{
+    for (const ULONG type : {PT_STRING8, PT_UNICODE, PT_CLSID, PT_BINARY, PT_MV_I2, PT_MV_LONG, PT_MV_STRING8,
+                             PT_MV_UNICODE, PT_MV_BINARY})
+    {
+        SPropValue source = Tagged(type);
+        SPropValue target = Tagged(PT_LONG);
+        View(target) = source;
+        EXPECT_EQ(std::memcmp(&target, &source, sizeof source), 0) << type;
+    }
+    EXPECT_EQ(utilities.copies, 0) << "MAPI reads through the null text of a value";
 }
 
 } // namespace zeb::test
