@@ -1,10 +1,10 @@
 #include "zebapi/AdviseSink.h"
 
+#include "zebapi/Deliveries.h"
 #include "zebapi/Exception.h"
 
-#include <condition_variable>
 #include <mutex>
-#include <thread>
+#include <utility>
 
 CAdviseSinkDelegate::CAdviseSinkDelegate() = default;
 CAdviseSinkDelegate::CAdviseSinkDelegate(const CAdviseSinkDelegate& other) = default;
@@ -64,96 +64,47 @@ void CAdviseSinkDelegate::OnTableModified_Row_Modified(TABLE_NOTIFICATION*) {}
 namespace
 {
 
-/// A call of a delegate that is under way; it stands on the stack of the thread that delivers.
-struct Delivery
+/// A registration under way, from before the provider knows the sink until its connection is stored. It lies on the
+/// stack of CAdviseSinkBinder::Advise.
+struct Attempt
 {
     const CAdviseSink* sink;
-    const CAdviseSinkDelegate* delegate;
-    std::thread::id thread;
-    unsigned long long number;
-    Delivery* next;
+    /// The sink was unadvised meanwhile, and the binder may be gone.
+    bool abandoned;
+    Attempt* next;
 };
 
-/// Every delivery of the process. The lock is held for bookkeeping only, never while a delegate runs: a provider may
-/// deliver with a lock of its own held, and a delegate may call the provider.
-class DeliveryList
+// A notification may come, and unadvise, before the provider has answered the registration: a binder's sink and
+// connection change together, and only under this lock. It is never held across a call.
+std::mutex g_registering;
+Attempt* g_attempts = nullptr;
+
+/// REQUIRES: the lock.
+void Begin(Attempt& attempt)
 {
-public:
-    /// Counts the calling thread in and gives the delegate to call, unless there is none.
-    CAdviseSinkDelegate* Enter(Delivery& delivery, const CAdviseSink* sink,
-                               CAdviseSinkDelegate* const& delegate)
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        if (delegate != nullptr)
-        {
-            delivery = {sink, delegate, std::this_thread::get_id(), ++m_entered, m_first};
-            m_first = &delivery;
-        }
-        return delegate;
-    }
-    void Leave(const Delivery& delivery)
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        Delivery** at = &m_first;
-        while (*at != &delivery)
-        {
-            at = &(*at)->next;
-        }
-        *at = delivery.next;
-        m_left.notify_all();
-    }
-    CAdviseSinkDelegate* Read(CAdviseSinkDelegate* const& delegate)
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        return delegate;
-    }
-    void Write(CAdviseSinkDelegate*& delegate, CAdviseSinkDelegate* value)
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        delegate = value;
-    }
-    /// Waits until no other thread is in a delivery of `sink`, which is to have lost its delegate.
-    void AwaitSink(const CAdviseSink* sink)
-    {
-        std::unique_lock<std::mutex> lock(m_mutex);
-        m_left.wait(lock, [&] { return !Any([&](const Delivery& d) { return d.sink == sink && !Own(d); }); });
-    }
-    /// Waits until no other thread is in a delivery to `delegate` that it had entered by now; not at all inside one.
-    void AwaitDelegate(const CAdviseSinkDelegate* delegate)
-    {
-        std::unique_lock<std::mutex> lock(m_mutex);
-        if (Any([&](const Delivery& d) { return d.delegate == delegate && Own(d); }))
-        {
-            return;
-        }
-        const unsigned long long last = m_entered;
-        m_left.wait(
-            lock, [&]
-            { return !Any([&](const Delivery& d) { return d.delegate == delegate && d.number <= last; }); });
-    }
+    attempt.next = g_attempts;
+    g_attempts = &attempt;
+}
 
-private:
-    static bool Own(const Delivery& delivery) { return delivery.thread == std::this_thread::get_id(); }
-    template <class Test>
-    bool Any(const Test& test) const
+/// REQUIRES: the lock.
+void End(const Attempt& attempt)
+{
+    Attempt** at = &g_attempts;
+    while (*at != &attempt)
     {
-        for (const Delivery* delivery = m_first; delivery != nullptr; delivery = delivery->next)
-        {
-            if (test(*delivery))
-            {
-                return true;
-            }
-        }
-        return false;
+        at = &(*at)->next;
     }
+    *at = attempt.next;
+}
 
-    std::mutex m_mutex;
-    std::condition_variable m_left;
-    Delivery* m_first = nullptr;
-    unsigned long long m_entered = 0;
-};
-
-DeliveryList g_deliveries;
+/// REQUIRES: the lock.
+void Abandon(const CAdviseSink* sink)
+{
+    for (Attempt* attempt = g_attempts; attempt != nullptr; attempt = attempt->next)
+    {
+        attempt->abandoned = attempt->abandoned || attempt->sink == sink;
+    }
+}
 
 } // namespace
 
@@ -164,14 +115,14 @@ CAdviseSink::CAdviseSink(CAdviseSinkDelegate* delegate)
 
 CAdviseSink::CAdviseSink(const CAdviseSink& other)
     : m_references(other.m_references.load())
-    , m_delegate(g_deliveries.Read(other.m_delegate))
+    , m_delegate(zeb::Deliveries().Read(other.m_delegate))
 {
 }
 
 CAdviseSink& CAdviseSink::operator=(const CAdviseSink& other)
 {
     m_references = other.m_references.load();
-    g_deliveries.Write(m_delegate, g_deliveries.Read(other.m_delegate));
+    zeb::Deliveries().Write(m_delegate, zeb::Deliveries().Read(other.m_delegate));
     return *this;
 }
 
@@ -225,23 +176,23 @@ ULONG STDMETHODCALLTYPE CAdviseSink::OnNotify(ULONG count, LPNOTIFICATION notifi
 
 void CAdviseSink::Deliver(TABLE_NOTIFICATION* notification)
 {
-    Delivery delivery;
-    if (CAdviseSinkDelegate* delegate = g_deliveries.Enter(delivery, this, m_delegate))
+    zeb::Delivery delivery;
+    if (CAdviseSinkDelegate* delegate = zeb::Deliveries().Enter(delivery, this, m_delegate))
     {
         zeb::Guarded(__FILE__, __LINE__, [&] { delegate->OnTable_Modified(notification); });
-        g_deliveries.Leave(delivery);
+        zeb::Deliveries().Leave(delivery);
     }
 }
 
 void CAdviseSink::Cut()
 {
-    g_deliveries.Write(m_delegate, nullptr);
-    g_deliveries.AwaitSink(this);
+    zeb::Deliveries().Write(m_delegate, nullptr);
+    zeb::Deliveries().AwaitSink(this);
 }
 
 void CAdviseSink::AwaitDeliveries(const CAdviseSinkDelegate* delegate)
 {
-    g_deliveries.AwaitDelegate(delegate);
+    zeb::Deliveries().AwaitDelegate(delegate);
 }
 
 CAdviseSinkBinder::CAdviseSinkBinder(CAdviseSinkDelegate* delegate, CZebTable* table)
@@ -259,42 +210,86 @@ CAdviseSinkBinder& CAdviseSinkBinder::operator=(const CAdviseSinkBinder& other) 
 CAdviseSinkBinder::~CAdviseSinkBinder()
 {
     CAdviseSinkBinder::Unadvise();
+    // The delegate may have unadvised inside a notification that another thread has not come out of yet.
+    CAdviseSink::AwaitDeliveries(m_delegate);
 }
 
 void CAdviseSinkBinder::Advise(CZebTable& table)
 {
     Unadvise();
     zeb::Guarded(__FILE__, __LINE__, [&] { m_table = table; });
-    const bool advised = zeb::Guarded(__FILE__, __LINE__,
-                                      [&]
-                                      {
-                                          m_sink = new CAdviseSink(m_delegate);
-                                          m_table.Advise(m_sink, &m_connection);
-                                      });
-    if (!advised)
+    CAdviseSink* sink = nullptr;
+    if (!zeb::Guarded(__FILE__, __LINE__, [&] { sink = new CAdviseSink(m_delegate); }))
     {
-        m_connection = 0;
+        m_table.Free();
+        Unadvise();
+        return;
+    }
+    if (!Register(sink))
+    {
         Unadvise();
     }
+    sink->Release();
+}
+
+bool CAdviseSinkBinder::Register(CAdviseSink* sink)
+{
+    // The table's own reference: a notification that comes early may end this binder, and with it m_table.
+    CZebTable table;
+    if (m_table.IsValid())
+    {
+        table = m_table;
+    }
+    Attempt attempt = {sink, false, nullptr};
+    {
+        const std::lock_guard<std::mutex> lock(g_registering);
+        Begin(attempt);
+        sink->AddRef();
+        m_sink = sink;
+    }
+    ULONG connection = 0;
+    const bool advised = zeb::Guarded(__FILE__, __LINE__, [&] { table.Advise(sink, &connection); });
+    if (!advised)
+    {
+        // No handler is at work with the binder after this.
+        sink->Cut();
+    }
+    bool abandoned = false;
+    {
+        const std::lock_guard<std::mutex> lock(g_registering);
+        End(attempt);
+        abandoned = attempt.abandoned;
+        if (advised && !abandoned)
+        {
+            m_connection = connection;
+        }
+    }
+    if (advised && abandoned)
+    {
+        zeb::Guarded(__FILE__, __LINE__, [&] { table.Unadvise(connection); });
+    }
+    return advised || abandoned;
 }
 
 void CAdviseSinkBinder::Unadvise()
 {
-    if (m_sink != nullptr)
+    CAdviseSink* sink = nullptr;
+    ULONG connection = 0;
     {
-        m_sink->Cut();
+        const std::lock_guard<std::mutex> lock(g_registering);
+        sink = std::exchange(m_sink, nullptr);
+        connection = std::exchange(m_connection, 0);
+        Abandon(sink);
     }
-    if (m_connection != 0)
+    if (sink == nullptr)
     {
-        zeb::Guarded(__FILE__, __LINE__, [&] { m_table.Unadvise(m_connection); });
-        m_connection = 0;
+        return;
+    }
+    sink->Cut();
+    if (connection != 0)
+    {
+        zeb::Guarded(__FILE__, __LINE__, [&] { m_table.Unadvise(connection); });
     }
     m_table.Free();
-    if (m_sink != nullptr)
-    {
-        zeb::Guarded(__FILE__, __LINE__, [&] { m_sink->Release(); });
-        m_sink = nullptr;
-    }
-    // The delegate may have unadvised inside a notification that another thread has not come out of yet.
-    CAdviseSink::AwaitDeliveries(m_delegate);
+    zeb::Guarded(__FILE__, __LINE__, [&] { sink->Release(); });
 }

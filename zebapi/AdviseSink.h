@@ -76,17 +76,18 @@ private:
 ///
 /// Nothing here throws; failures are logged, and a failed registration ends without one. The delegate is not
 /// owned and must outlive the binder. Do not copy a binder that is advised: the copy shares sink and
-/// connection uncounted. Threads: advise and unadvise from one thread, which may be the one that delivers a
-/// notification.
+/// connection uncounted. Threads: advise and unadvise from one thread, or inside a notification on the thread that
+/// delivers it. A notification may come before Advise has returned, and may unadvise or destroy the binder then.
 class ZEBAPI_EXPORT CAdviseSinkBinder
 {
 public:
-    /// Unadvises.
+    /// Unadvises, and waits until no other thread is inside a notification of the delegate, of whatever table; not at all
+    /// inside such a notification.
     virtual ~CAdviseSinkBinder();
     /// Registers a new sink on table, by CZebTable::Advise; what was registered before is unregistered first.
     virtual void Advise(CZebTable& table);
-    /// Cuts the delegate off, unregisters the sink and releases it. When it returns, no delegate call is in
-    /// progress (but one that this was called from) and none will follow.
+    /// Cuts the delegate off, unregisters the sink and releases it. When it returns, no notification of this registration
+    /// is in progress (but one that this was called from) and none will follow.
     virtual void Unadvise();
 
     /// @param table  advised at once when not null
@@ -95,6 +96,9 @@ public:
     CAdviseSinkBinder& operator=(const CAdviseSinkBinder& other);
 
 private:
+    /// Registers the sink on the table held. @return false when it is not registered and still the binder's
+    bool Register(CAdviseSink* sink);
+
     CAdviseSinkDelegate* m_delegate;
     CAdviseSink* m_sink = nullptr;
     CZebTable m_table;

@@ -1,6 +1,7 @@
 #include "zebapi/CachedTable.h"
 
 #include "platform/messages.h"
+#include "zebapi/Deliveries.h"
 #include "zebapi/Exception.h"
 
 #include <climits>
@@ -10,25 +11,6 @@ namespace
 
 constexpr ULONG NoRow = 0xFFFFFFFF;
 constexpr ULONG BatchSize = 25;
-
-// The table whose notification this thread is handling. Its rows stay then: the reading thread may look at them.
-thread_local const CZebCachedTable* t_notified = nullptr;
-
-class NotificationScope
-{
-public:
-    explicit NotificationScope(const CZebCachedTable* table)
-        : m_outer(t_notified)
-    {
-        t_notified = table;
-    }
-    ~NotificationScope() { t_notified = m_outer; }
-    NotificationScope(const NotificationScope&) = delete;
-    NotificationScope& operator=(const NotificationScope&) = delete;
-
-private:
-    const CZebCachedTable* m_outer;
-};
 
 bool ChangesRows(ULONG event)
 {
@@ -124,7 +106,13 @@ void CZebCachedTable::Bind()
     Unbind();
     if (IsValid())
     {
-        zeb::Guarded(__FILE__, __LINE__, [&] { m_binder = new CAdviseSinkBinder(this, this); });
+        CAdviseSinkBinder* binder = nullptr;
+        if (zeb::Guarded(__FILE__, __LINE__, [&] { binder = new CAdviseSinkBinder(this, nullptr); }))
+        {
+            // Before it advises: a notification that comes early may unbind, which destroys the binder.
+            m_binder = binder;
+            binder->Advise(*this);
+        }
     }
 }
 
@@ -137,14 +125,16 @@ void CZebCachedTable::Unbind()
 
 void CZebCachedTable::EmptyCache()
 {
+    // In a notification the rows stay, since the reading thread may look at them; its next operation frees them.
+    const bool notified = zeb::Deliveries().IsInside(this);
     {
         const CSingleLock lock(&m_lock, true);
         m_firstRow = NoRow;
-        if (t_notified == this)
-        {
-            ++m_generation;
-            return;
-        }
+        m_generation += notified ? 1 : 0;
+    }
+    if (notified)
+    {
+        return;
     }
     zeb::Guarded(__FILE__, __LINE__, [&] { m_cache.Empty(); });
 }
@@ -222,7 +212,7 @@ void CZebCachedTable::OnTable_Modified(TABLE_NOTIFICATION* notification)
         return;
     }
     {
-        const NotificationScope scope(this);
+        const zeb::DeliveryScope scope(this);
         EmptyCache();
     }
     if (const HWND window = m_window)

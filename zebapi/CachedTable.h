@@ -27,6 +27,9 @@ const UINT WM_CACHED_TABLE_CHANGED = WM_USER + 151;
 /// the reading thread. No lock is held across a call of the provider. A handler may unbind inside its own
 /// notification.
 ///
+/// Inside a notification nothing frees the rows of the window, whatever operation the handler calls. Free and assignment
+/// let go of the table itself: call them there only where no other thread is inside an operation of this object.
+///
 /// Deriving: override OnTable_Modified; the delegate's other operations are never called. Notifications may arrive
 /// while a base class is being built or has begun to go: make the object empty, assign the table to it, and call
 /// Free in the destructor of the derived class.

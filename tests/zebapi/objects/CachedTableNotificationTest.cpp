@@ -3,7 +3,10 @@
 #include "platform/messages.h"
 
 #include <atomic>
+#include <functional>
+#include <iterator>
 #include <thread>
+#include <utility>
 
 using namespace zeb::test;
 using zeb::platform::WindowMessage;
@@ -206,4 +209,91 @@ TEST_F(CachedTable, ScrollsWhileNotificationsArriveOnAnotherThread)
     stop = true;
     provider.join();
     Calls();
+}
+
+namespace
+{
+
+/// A cached table that does something of its own in a notification, instead of what the base does.
+class OwnHandler : public OpenTable
+{
+public:
+    explicit OwnHandler(std::function<void(OwnHandler&)> handle)
+        : m_handle(std::move(handle))
+    {
+    }
+    ~OwnHandler() override { CZebCachedTable::Free(); }
+    using OpenTable::operator=;
+    void OnTable_Modified(TABLE_NOTIFICATION*) override { m_handle(*this); }
+
+private:
+    std::function<void(OwnHandler&)> m_handle;
+};
+
+} // namespace
+
+TEST_F(CachedTable, RowsStayReadableWhateverAHandlerCalls)
+{
+    HasRows(100);
+    const CZebTable source(&m_double);
+    SSortOrderSet order = {};
+    SRestriction restriction = {};
+    restriction.rt = RES_EXIST;
+    const std::function<void(OwnHandler&)> handlers[] = {
+        [](OwnHandler& table) { table.EmptyCache(); },
+        [&](OwnHandler& table) { table.SortTable(&order); },
+        [](OwnHandler& table) { table.SeekRow(BOOKMARK_BEGINNING, 0, nullptr); },
+        [&](OwnHandler& table) { table.FindRow(&restriction, BOOKMARK_BEGINNING, 0); },
+        [](OwnHandler& table) { table.Restrict(nullptr, 0); },
+        [](OwnHandler& table) { table.Unbind(); },
+        [](OwnHandler& table) { table.Free(); },
+    };
+    for (size_t i = 0; i < std::size(handlers); ++i)
+    {
+        OwnHandler table(handlers[i]);
+        table = source;
+        const CZebRow row = table[30];
+        const size_t blocks = m_memory.LiveRoots();
+        std::thread([&] { m_double.Notify(TABLE_CHANGED); }).join();
+        EXPECT_EQ(m_memory.LiveRoots(), blocks) << i;
+        EXPECT_EQ(row[Column].operator LONG(), 30) << i;
+        if (table.IsValid())
+        {
+            const bool unboundOnly = i == 5;
+            EXPECT_EQ(Hits(table, 31), unboundOnly) << i;
+        }
+        table.Free();
+        EXPECT_EQ(m_memory.LiveRoots(), 0u) << i;
+    }
+    Calls();
+}
+
+TEST_F(CachedTable, AWindowReadWhileAHandlerDropsItIsNotKept)
+{
+    HasRows(100);
+    const CZebTable source(&m_double);
+    OwnHandler table([](OwnHandler& notified) { notified.EmptyCache(); });
+    table = source;
+    m_double.m_whileReading = [&] { std::thread([&] { m_double.Notify(TABLE_CHANGED); }).join(); };
+    EXPECT_EQ(At(table, 30), 30);
+    m_double.m_whileReading = nullptr;
+    EXPECT_FALSE(Hits(table, 31));
+    EXPECT_TRUE(Hits(table, 32));
+    Calls();
+}
+
+TEST_F(CachedTable, AHandlerThatIsCalledWithoutASinkDropsTheWindow)
+{
+    HasRows(100);
+    OpenTable table(&m_double);
+    TABLE_NOTIFICATION notification = {};
+    notification.ulTableEvent = TABLE_CHANGED;
+    const CZebRow row = table[30];
+    table.OnTable_Modified(&notification);
+    EXPECT_EQ(row[Column].operator LONG(), 30);
+    EXPECT_FALSE(Hits(table, 31));
+    m_double.m_whileReading = [&] { table.OnTable_Modified(&notification); };
+    EXPECT_EQ(At(table, 90), 90);
+    m_double.m_whileReading = nullptr;
+    EXPECT_FALSE(Hits(table, 91));
 }

@@ -155,7 +155,8 @@ TEST_F(CachedTable, ReadsThroughTheSlots)
     EXPECT_EQ(table.m_slots, "count seek empty query ");
     table.m_slots.clear();
     m_double.Notify(TABLE_CHANGED);
-    table.SortTable(nullptr);
+    SSortOrderSet order = {};
+    table.SortTable(&order);
     EXPECT_EQ(table.m_slots, "empty empty ");
 }
 
@@ -209,9 +210,10 @@ TEST_F(CachedTable, CursorSortRestrictionAndSearchDropTheWindow)
     SRestriction restriction = {};
     restriction.rt = RES_PROPERTY;
     restriction.res.resProperty.lpProp = &value;
+    SSortOrderSet order = {};
     const std::function<void()> operations[] = {
-        [&] { table.SortTable(nullptr); }, [&] { table.SeekRow(BOOKMARK_BEGINNING, 0, nullptr); },
-        [&] { EXPECT_TRUE(table.FindRow(nullptr, BOOKMARK_BEGINNING, 0)); },
+        [&] { table.SortTable(&order); }, [&] { table.SeekRow(BOOKMARK_BEGINNING, 0, nullptr); },
+        [&] { EXPECT_TRUE(table.FindRow(&restriction, BOOKMARK_BEGINNING, 0)); },
         [&]
         {
             table.Restrict(&restriction, 0);
@@ -228,9 +230,9 @@ TEST_F(CachedTable, CursorSortRestrictionAndSearchDropTheWindow)
     m_double.Fail("SortTable", MAPI_E_TOO_COMPLEX);
     m_double.Fail("FindRow", MAPI_E_NOT_FOUND);
     m_double.Fail("Restrict", MAPI_E_TOO_COMPLEX);
-    EXPECT_EQ(Thrown([&] { table.SortTable(nullptr); }), MAPI_E_TOO_COMPLEX);
+    EXPECT_EQ(Thrown([&] { table.SortTable(&order); }), MAPI_E_TOO_COMPLEX);
     EXPECT_FALSE(Hits(table, 1)) << "also when the operation failed";
-    EXPECT_FALSE(table.FindRow(nullptr, BOOKMARK_BEGINNING, 0));
+    EXPECT_FALSE(table.FindRow(&restriction, BOOKMARK_BEGINNING, 0));
     EXPECT_FALSE(Hits(table, 1));
     EXPECT_EQ(Thrown([&] { table.Restrict(&restriction, 0); }), MAPI_E_TOO_COMPLEX);
     EXPECT_FALSE(Hits(table, 1));
@@ -242,8 +244,9 @@ TEST_F(CachedTable, OperationsThatDropTheWindowPassTheirArgumentsOn)
     Calls();
     LONG sought = 0;
     table.SeekRow(BOOKMARK_END, -3, &sought);
-    EXPECT_TRUE(table.FindRow(nullptr, BOOKMARK_CURRENT, DIR_BACKWARD));
-    EXPECT_EQ(Calls(), (Lines{"table: SeekRow(0x2,-3,sought given)", "table: FindRow(null,0x1,0x1)"}));
+    SRestriction restriction = {};
+    EXPECT_TRUE(table.FindRow(&restriction, BOOKMARK_CURRENT, DIR_BACKWARD));
+    EXPECT_EQ(Calls(), (Lines{"table: SeekRow(0x2,-3,sought given)", "table: FindRow(given,0x1,0x1)"}));
     SSortOrderSet order = {};
     table.SortTable(&order);
     table.Restrict(nullptr, TBL_BATCH);

@@ -1,0 +1,71 @@
+// Internal: the calls of delegates that are under way, of every sink of the process.
+#pragma once
+
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+class CAdviseSink;
+class CAdviseSinkDelegate;
+
+namespace zeb
+{
+
+/// A call of a delegate that is under way; it lies on the stack of the thread that delivers.
+struct Delivery
+{
+    const CAdviseSink* sink; ///< null for a handler that was called without a sink
+    const CAdviseSinkDelegate* delegate;
+    std::thread::id thread;
+    unsigned long long number;
+    Delivery* next;
+};
+
+/// Threads: any. The lock is held for bookkeeping only, never while a delegate runs: a provider may deliver with a lock
+/// of its own held, and a delegate may call the provider.
+class DeliveryList
+{
+public:
+    /// Counts the calling thread in and gives the delegate to call, unless there is none.
+    CAdviseSinkDelegate* Enter(Delivery& delivery, const CAdviseSink* sink,
+                               CAdviseSinkDelegate* const& delegate);
+    void Leave(const Delivery& delivery);
+    /// Whether the calling thread is inside a delivery to `delegate`.
+    bool IsInside(const CAdviseSinkDelegate* delegate) const;
+    CAdviseSinkDelegate* Read(CAdviseSinkDelegate* const& delegate) const;
+    void Write(CAdviseSinkDelegate*& delegate, CAdviseSinkDelegate* value);
+    /// Waits until no other thread is in a delivery of `sink`, which is to have lost its delegate.
+    void AwaitSink(const CAdviseSink* sink);
+    /// Waits until no other thread is in a delivery to `delegate` that it had entered by now; not at all inside one.
+    void AwaitDelegate(const CAdviseSinkDelegate* delegate);
+
+private:
+    template <class Test>
+    bool Any(const Test& test) const;
+
+    mutable std::mutex m_mutex;
+    std::condition_variable m_left;
+    Delivery* m_first = nullptr;
+    unsigned long long m_entered = 0;
+};
+
+/// The list of this process.
+DeliveryList& Deliveries();
+
+/// Counts as a delivery to `delegate` on this thread for its lifetime.
+class DeliveryScope
+{
+public:
+    explicit DeliveryScope(CAdviseSinkDelegate* delegate)
+    {
+        Deliveries().Enter(m_delivery, nullptr, delegate);
+    }
+    ~DeliveryScope() { Deliveries().Leave(m_delivery); }
+    DeliveryScope(const DeliveryScope&) = delete;
+    DeliveryScope& operator=(const DeliveryScope&) = delete;
+
+private:
+    Delivery m_delivery = {};
+};
+
+} // namespace zeb
