@@ -2,6 +2,8 @@
 
 #include "platform/text.h"
 
+#include <memory>
+
 namespace zeb::platform
 {
 namespace
@@ -39,14 +41,13 @@ std::optional<std::string> LocalDateText(const FILETIME& time)
         return std::nullopt;
     }
     const std::optional<DATE> date = OleDate(local);
-    BSTR text = nullptr;
-    if (!date || FAILED(VarBstrFromDate(*date, LOCALE_USER_DEFAULT, 0, &text)))
+    BSTR made = nullptr;
+    if (!date || FAILED(VarBstrFromDate(*date, LOCALE_USER_DEFAULT, 0, &made)))
     {
         return std::nullopt;
     }
-    std::string narrow = NarrowFromWide(text, SysStringLen(text));
-    SysFreeString(text);
-    return narrow;
+    const std::unique_ptr<OLECHAR, decltype(&SysFreeString)> text(made, &SysFreeString);
+    return NarrowFromWide(text.get(), SysStringLen(text.get()));
 }
 
 FILETIME CurrentFileTime()
