@@ -148,12 +148,8 @@ ULONG CZebAddressBook::GetMAPIType()
 
 void CZebAddressBook::Free()
 {
-    zeb::Guarded(__FILE__, __LINE__,
-                 [&]
-                 {
-                     m_wabObject.Release();
-                     m_session.Release();
-                 });
+    zeb::Guarded(__FILE__, __LINE__, [&] { m_wabObject.Release(); });
+    zeb::Guarded(__FILE__, __LINE__, [&] { m_session.Release(); });
     CZebIProp::Free();
 }
 
@@ -216,8 +212,9 @@ void CZebAddressBook::OpenEntry(const SBinary& entryID, CZebIProp& target, ULONG
         return;
     }
     CComPtr<IAddrBook> book = GetAddrBook();
+    const bool isWAB = IsWAB();
     zeb::OpenEntry(book.Checked(), entryID, target, flags, __FILE__, __LINE__);
-    target.SetWAB(*this);
+    PassWAB(isWAB, target);
 }
 
 CZebBinary CZebAddressBook::GetDefaultDirEntryID()
@@ -248,6 +245,12 @@ bool CZebAddressBook::CompareEntryIDs(const char* entryIDHex1, const char* entry
     {
         return first.CompareNoCase(second) == 0;
     }
-    CZebSession session(m_session.Get());
-    return session.CompareEntryIDs(CZebBinary(first.GetString()), CZebBinary(second.GetString()));
+    const CZebBinary firstID(first.GetString());
+    const CZebBinary secondID(second.GetString());
+    const SBinary& a = firstID;
+    const SBinary& b = secondID;
+    ULONG equal = 0;
+    ThrowIfFailed(m_session->CompareEntryIDs(a.cb, zeb::EntryID(a), b.cb, zeb::EntryID(b), 0, &equal),
+                  m_session, __FILE__, __LINE__);
+    return equal != 0;
 }

@@ -41,6 +41,15 @@ Header HeaderOf(const char* hex)
     return header;
 }
 
+/// @throws CZebException* MAPI_E_INVALID_PARAMETER for a count without bytes
+void CheckBytes(ULONG cb, const void* bytes, int line)
+{
+    if (cb != 0 && bytes == nullptr)
+    {
+        CZebException::Throw(MAPI_E_INVALID_PARAMETER, __FILE__, line);
+    }
+}
+
 /// Puts the header that `make` gives in place of the one held. The new one is made first, since the source
 /// may be in the old one; a failure leaves the object empty.
 template <class Make>
@@ -128,10 +137,7 @@ bool CZebBinary::IsValid() const
 
 void CZebBinary::SetBinary(ULONG cb, void* bytes)
 {
-    if (cb != 0 && bytes == nullptr)
-    {
-        CZebException::Throw(MAPI_E_INVALID_PARAMETER, __FILE__, __LINE__);
-    }
+    CheckBytes(cb, bytes, __LINE__);
     Replace(*this, m_binary, [&] { return HeaderOf(cb, bytes); });
 }
 
@@ -224,10 +230,7 @@ bool CZebBinary::operator!=(const CZebBinary& other) const
 void CZebBinary::CopyTo(SBinary& target, const SBinary& source, void* parent)
 {
     const ULONG cb = source.cb;
-    if (cb != 0 && source.lpb == nullptr)
-    {
-        CZebException::Throw(MAPI_E_INVALID_PARAMETER, __FILE__, __LINE__);
-    }
+    CheckBytes(cb, source.lpb, __LINE__);
     BYTE* bytes = zeb::Allocate<BYTE>(cb, parent);
     if (cb != 0)
     {
@@ -278,6 +281,7 @@ void CZebEntryIDRequest::String(const char*)
 
 CZebBinary& CZebEntryIDRequest::operator=(const SBinary& source)
 {
+    CheckBytes(source.cb, source.lpb, __LINE__);
     Replace(*this, m_binary,
             [&]
             {

@@ -79,8 +79,7 @@ public:
     /// and stays as it was when the allocation fails.
     /// @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY, MAPI_E_NOT_INITIALIZED
     static void CopyTo(SBinary& target, const SBinary& source, void* parent);
-    /// The diagnostic dump of the entry identifier that hexadecimal text says; empty text gives an empty
-    /// result.
+    /// Zeb_DumpEntryID of the text.
     static CStringA DumpEntryID(CStringA& hex);
 
 protected:
@@ -124,4 +123,5 @@ public:
 
 /// The diagnostic dump of the entry identifier that hexadecimal text says; a null pointer or empty text gives
 /// an empty result. Lines end with "\r\n".
+/// @throws CZebException* MAPI_E_NOT_INITIALIZED without a bound allocator, MAPI_E_NOT_ENOUGH_MEMORY
 ZEBAPI_EXPORT CStringA Zeb_DumpEntryID(const char* hex);

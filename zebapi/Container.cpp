@@ -61,8 +61,9 @@ CZebContainer& CZebContainer::operator=(const CZebContainer& other)
 void CZebContainer::OpenEntry(const SBinary& entryID, CZebIProp& target, ULONG flags)
 {
     CComPtr<IMAPIContainer> container = GetContainer();
+    const bool isWAB = IsWAB();
     zeb::OpenEntry(container.Checked(), entryID, target, flags, __FILE__, __LINE__);
-    target.SetWAB(*this);
+    PassWAB(isWAB, target);
 }
 
 CZebTable CZebContainer::GetContentsTable(ULONG flags)

@@ -4,6 +4,7 @@
 #include "zebapi/Exception.h"
 #include "zebapi/OpenEntry.h"
 #include "zebapi/PROPVALArray.h"
+#include "zebapi/Received.h"
 #include "zebapi/Restrict.h"
 #include "zebapi/RowSet.h"
 #include "zebapi/SESSION.h"
@@ -40,7 +41,7 @@ CZebBinary FindByString(CZebTable table, ULONG tag, const Char* text)
     {
         CZebException::Throw(ElementNotFound, __FILE__, __LINE__);
     }
-    return CZebBinary(rows[0][PR_ENTRYID].operator const SBinary&());
+    return CZebBinary(zeb::Received(rows[0][PR_ENTRYID]));
 }
 
 SPropValue Text(ULONG tag, const char* text)

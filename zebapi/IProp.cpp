@@ -7,12 +7,14 @@
 #include "zebapi/OpenEntry.h"
 #include "zebapi/PROPVALArray.h"
 #include "zebapi/PropDump.h"
+#include "zebapi/Received.h"
 #include "zebapi/SESSION.h"
 #include "zebapi/Subject.h"
 #include "zebapi/TAGS.h"
 
 #include <climits>
 #include <cstdarg>
+#include <memory>
 #include <new>
 #include <set>
 #include <string>
@@ -38,12 +40,21 @@ std::string BytesOf(const SBinary& binary)
 /// Maps every name of the list to the tag that the object gave for it.
 void FillMap(CZebNameIdMap& map, const CZebNameIdHelper& names, ULONG count, const SPropTagArray& tags)
 {
-    for (ULONG i = 0; i < count && i < tags.cValues; ++i)
+    try
     {
-        if (PROP_TYPE(tags.aulPropTag[i]) != PT_ERROR)
+        for (ULONG i = 0; i < count && i < tags.cValues; ++i)
         {
-            map.SetTag(names.GetTag(i, PT_NULL), tags.aulPropTag[i]);
+            if (PROP_TYPE(tags.aulPropTag[i]) != PT_ERROR)
+            {
+                map.SetTag(names.GetTag(i, PT_NULL), tags.aulPropTag[i]);
+            }
         }
+    }
+    catch (...)
+    {
+        // A map of some names counts as filled, and the others would never be asked for.
+        map.EmptyIdMap();
+        throw;
     }
 }
 
@@ -141,6 +152,18 @@ void CZebIProp::SetWAB(CZebIProp& other)
 void CZebIProp::SetWAB(bool isWAB)
 {
     m_bWAB = isWAB;
+}
+
+void CZebIProp::PassWAB(bool wasWAB, CZebIProp& target)
+{
+    if (std::addressof(target) == this)
+    {
+        SetWAB(wasWAB);
+    }
+    else
+    {
+        target.SetWAB(*this);
+    }
 }
 
 const GUID* CZebIProp::GetInterfaceCIID()
@@ -348,7 +371,15 @@ void CZebIProp::GetProps(CZebPropValArray& result, ULONG n, ...)
 
 void CZebIProp::GetProps(SPropTagArray* tags, ULONG* count, SPropValue** values, ULONG flags)
 {
-    ThrowIfFailed(Prop()->GetProps(tags, flags, count, values), Prop(), __FILE__, __LINE__);
+    IMAPIProp* const prop = Prop();
+    if (tags != nullptr && tags->cValues == 0)
+    {
+        // MAPI refuses an empty list.
+        *count = 0;
+        *values = nullptr;
+        return;
+    }
+    ThrowIfFailed(prop->GetProps(tags, flags, count, values), prop, __FILE__, __LINE__);
 }
 
 void CZebIProp::SetProps(CZebPropValArray& values, bool save, SPropProblemArray** problems)
@@ -459,7 +490,7 @@ CZebBinary CZebIProp::GetBinary(ULONG tag) const
     zeb::AboutTag(
         tag, [&, operation = __func__]
         { ThrowIfFailed(_HrGetOneProp_(Prop(), tag, &value), Prop(), __FILE__, __LINE__, operation); });
-    return CZebBinary(value.operator const SBinary&());
+    return CZebBinary(zeb::Received(value));
 }
 
 HRESULT CZebIProp::_HrGetOneProp_(IMAPIProp* prop, ULONG tag, SPropValue** value) const

@@ -124,7 +124,8 @@ public:
     ZEB_OVERLOADS(
         /// Reads exactly n properties, given as n tags (ULONG each), into result.
         virtual void GetProps(CZebPropValArray& result, ULONG n, ...),
-        /// IMAPIProp::GetProps; null tags ask for all.
+        /// IMAPIProp::GetProps; null tags ask for all. A list of no tags gives no values, without a call: MAPI refuses
+        /// it.
         virtual void GetProps(SPropTagArray* tags, ULONG* count, SPropValue** values, ULONG flags));
     ZEB_OVERLOADS(
         /// Writes what the array holds, after cutting it at its first free entry; an array that is then empty
@@ -165,6 +166,8 @@ protected:
     /// The wrapped interface, still owned by this object; raises _com_error with E_POINTER when the wrapper
     /// is empty.
     IMAPIProp* Prop() const;
+    /// Gives `target`, which was opened from this object and may be this object, the marking that this one had before.
+    void PassWAB(bool wasWAB, CZebIProp& target);
     /// The object queried for another of its interfaces.
     /// @throws _com_error E_POINTER when the wrapper is empty, E_NOINTERFACE when the object refuses
     template <class Interface>

@@ -84,8 +84,9 @@ CZebFolder CZebMsgStore::OpenContactsFolder(ULONG flags)
 void CZebMsgStore::OpenEntry(const SBinary& entryId, CZebIProp& target, ULONG flags)
 {
     CComPtr<IMsgStore> store = GetStore();
+    const bool isWAB = IsWAB();
     zeb::OpenEntry(store.Checked(), entryId, target, flags, __FILE__, __LINE__);
-    target.SetWAB(*this);
+    PassWAB(isWAB, target);
 }
 
 void CZebMsgStore::DeleteMessages(SBinaryArray* entryIds, bool hardDelete)

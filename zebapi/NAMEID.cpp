@@ -33,8 +33,27 @@ int CZebNameIdMap::GetCount() const
 
 void CZebNameIdMap::SetTag(ULONG symbolicTag, ULONG realTag)
 {
-    m_forward.SetAt(PROP_ID(symbolicTag), PROP_ID(realTag));
-    m_reverse.SetAt(PROP_ID(realTag), PROP_ID(symbolicTag));
+    const DWORD symbolicID = PROP_ID(symbolicTag);
+    const DWORD realID = PROP_ID(realTag);
+    DWORD former = 0;
+    const bool known = m_forward.Lookup(symbolicID, former);
+    m_forward.SetAt(symbolicID, realID);
+    try
+    {
+        m_reverse.SetAt(realID, symbolicID);
+    }
+    catch (...)
+    {
+        if (known)
+        {
+            m_forward.SetAt(symbolicID, former);
+        }
+        else
+        {
+            m_forward.RemoveKey(symbolicID);
+        }
+        throw;
+    }
 }
 
 ULONG CZebNameIdMap::GetTag(ULONG tag, bool mustExist) const
@@ -68,17 +87,25 @@ ULONG CZebNameIdMap::Find(const IdMap& map, DWORD key, ULONG tag, bool mustExist
 CZebNameIdMap& CZebNameIdMap::operator=(const CZebNameIdMap& other)
 {
     EmptyIdMap();
-    for (const IdMap* map : {&other.m_forward, &other.m_reverse})
+    try
     {
-        // From a copy: of a map assigned to itself, the first round would grow what it walks through.
-        const IdMap entries(*map);
-        for (POSITION position = entries.GetStartPosition(); position != nullptr;)
+        for (const IdMap* map : {&other.m_forward, &other.m_reverse})
         {
-            DWORD key = 0;
-            DWORD value = 0;
-            entries.GetNextAssoc(position, key, value);
-            m_forward.SetAt(key, value);
+            // From a copy: of a map assigned to itself, the first round would grow what it walks through.
+            const IdMap entries(*map);
+            for (POSITION position = entries.GetStartPosition(); position != nullptr;)
+            {
+                DWORD key = 0;
+                DWORD value = 0;
+                entries.GetNextAssoc(position, key, value);
+                m_forward.SetAt(key, value);
+            }
         }
+    }
+    catch (...)
+    {
+        EmptyIdMap();
+        throw;
     }
     return *this;
 }

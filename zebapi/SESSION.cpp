@@ -2,6 +2,7 @@
 
 #include "zebapi/Exception.h"
 #include "zebapi/OpenEntry.h"
+#include "zebapi/Received.h"
 #include "zebapi/RowSet.h"
 
 #include <cstring>
@@ -26,10 +27,7 @@ CZebSession::CZebSession(IMAPISession* session)
 {
 }
 
-CZebSession::CZebSession(const CZebSession& other)
-{
-    CZebSession::operator=(other);
-}
+CZebSession::CZebSession(const CZebSession& other) = default;
 
 CZebSession::~CZebSession()
 {
@@ -123,7 +121,7 @@ CZebMsgStore CZebSession::OpenDefaultMsgStore(HWND parent, ULONG flags)
         const CZebRow row = rows[i];
         if (IsDefaultStore(row))
         {
-            return OpenMsgStore(row[PR_ENTRYID].operator const SBinary&(), parent, flags);
+            return OpenMsgStore(zeb::Received(row[PR_ENTRYID]), parent, flags);
         }
     }
     CZebException::Throw(MAPI_E_NOT_FOUND, __FILE__, __LINE__);

@@ -50,6 +50,7 @@ public:
 
     /// Adds a reference on session, which may be null.
     explicit CZebSession(IMAPISession* session = nullptr);
+    /// Shares the session of other, or is empty like it.
     CZebSession(const CZebSession& other);
     /// A reference of the caller's own on the session; empty when this object is.
     CComPtr<IMAPISession> GetInterface() const;

@@ -2,6 +2,7 @@
 
 #include "zebapi/Blocks.h"
 
+#include <climits>
 #include <cstddef>
 #include <cstring>
 
@@ -58,7 +59,12 @@ bool CZebSortOrder::IsValid() const
 
 void CZebSortOrder::Add(ULONG propTag, ULONG order)
 {
-    Allocate(GetCount() + 1);
+    const std::int64_t count = std::int64_t{GetCount()} + 1;
+    if (count > INT_MAX)
+    {
+        CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY, __FILE__, __LINE__);
+    }
+    Allocate(static_cast<int>(count));
     if (m_sortSet->cSorts == 0)
     {
         order &= ~ULONG{TABLE_SORT_COMBINE};

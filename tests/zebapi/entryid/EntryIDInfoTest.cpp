@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <memory>
 #include <string>
 
 namespace zeb::test
@@ -185,6 +187,31 @@ TEST_F(EntryIDInfo, WideOneOffIsNarrowed)
                   "    DisplayName: " +
                   platform::NarrowFromWide(name.data(), name.size()) +
                   "\r\n    AddressType: SMTP\r\n    EmailAddress=j@example.org\r\n");
+}
+
+TEST_F(EntryIDInfo, TheTopBitOfItsFlagsAloneMakesAOneOffWide)
+{
+    const std::string texts = Text("n") + Text("t") + Text("e");
+    const auto shown = [&](const std::string& flags) { return Dump("00000000" + oneOffUID + flags + texts); };
+    EXPECT_NE(shown("FFFFFF7F").find("Unicode: No\r\n"), std::string::npos) << "0x7FFFFFFF";
+    EXPECT_NE(shown("FFFFFF7F").find("DisplayName: n\r\n"), std::string::npos);
+    EXPECT_NE(shown("00000080").find("Unicode: Yes\r\n"), std::string::npos) << "0x80000000";
+}
+
+TEST_F(EntryIDInfo, TypeEightHasANameAndWhatLiesOutsideIsUnknown)
+{
+    CEntryIDInfo info("00");
+    // No identifier is of these types; the type is the first field.
+    const auto named = [&](LONG type)
+    {
+        std::memcpy(static_cast<void*>(std::addressof(info)), &type, sizeof type);
+        return std::string(info.TypeName());
+    };
+    EXPECT_EQ(named(8), "eidtNewsGroupFolder");
+    EXPECT_EQ(named(7), "eidtContact");
+    EXPECT_EQ(named(9), "eidtUnknown");
+    EXPECT_EQ(named(-1), "eidtUnknown");
+    EXPECT_EQ(named(0x7FFFFFFF), "eidtUnknown");
 }
 
 TEST_F(EntryIDInfo, AddressBookEntryIsNotTakenApart)

@@ -182,8 +182,8 @@ TEST_F(AddressBook, AContactsFolderIsOpenedThroughTheSession)
 {
     m_book.SetSession(&m_session);
     const std::string id = ContactID(3, "folder");
-    CZebContainer container = m_book.OpenContainer(IDOf(id), 7);
-    EXPECT_EQ(Calls(), (Lines{"session: OpenEntry(666F6C646572,IMAPIContainer,0x7)"}));
+    CZebContainer container = m_book.OpenContainer(IDOf(id), 0x11);
+    EXPECT_EQ(Calls(), (Lines{"session: OpenEntry(666F6C646572,IMAPIContainer,0x11)"}));
     EXPECT_EQ(m_contacts.References(), 1u);
 }
 
@@ -356,4 +356,24 @@ TEST_F(AddressBook, FreeingClearsTheMarkingWithTheRest)
     EXPECT_FALSE(m_book.IsValid());
     EXPECT_FALSE(m_book.IsWAB());
     EXPECT_EQ(Caught(), 0u);
+}
+
+TEST_F(AddressBook, OneOfTheWABOpenedIntoItselfKeepsItsMarking)
+{
+    m_double.m_openable.Add("self", &m_double, MAPI_ADDRBOOK);
+    m_book.MarkWAB();
+    m_book.OpenEntry(ID("self"), m_book, MAPI_BEST_ACCESS);
+    EXPECT_TRUE(m_book.IsValid());
+    EXPECT_TRUE(m_book.IsWAB());
+}
+
+TEST_F(AddressBook, AFailedComparisonNamesTheAddressBookAndCarriesTheSessionsError)
+{
+    m_book.SetSession(&m_session);
+    m_session.m_error = "no comparison";
+    m_session.Fail("CompareEntryIDs", MAPI_E_UNKNOWN_ENTRYID);
+    EXPECT_NE(Described([&] { m_book.CompareEntryIDs("00", "01"); }).find("no comparison"),
+              std::string::npos);
+    EXPECT_NE(m_log.Texts().at(0).find("File zebapi/AddressBook.cpp"), std::string::npos)
+        << m_log.Texts().at(0);
 }

@@ -49,12 +49,12 @@ TEST_F(Container, IsQueriedForItsInterfaceUnlessItBelongsToTheWAB)
     RowTable table(m_journal);
     m_double.m_contents = &table;
     m_double.NoteQueries();
-    EXPECT_TRUE(m_container.GetContentsTable(7).IsValid());
+    EXPECT_TRUE(m_container.GetContentsTable(0x48).IsValid());
     EXPECT_EQ(Calls(),
-              (Lines{"container: QueryInterface(IMAPIContainer)", "container: GetContentsTable(0x7)"}));
+              (Lines{"container: QueryInterface(IMAPIContainer)", "container: GetContentsTable(0x48)"}));
     m_container.MarkWAB();
-    m_container.GetContentsTable(7);
-    EXPECT_EQ(Calls(), (Lines{"container: GetContentsTable(0x7)"}));
+    m_container.GetContentsTable(0x48);
+    EXPECT_EQ(Calls(), (Lines{"container: GetContentsTable(0x48)"}));
 }
 
 TEST_F(Container, AnObjectThatIsNoContainerRaisesNoInterface)
@@ -302,4 +302,13 @@ TEST_F(Wrappers, AssigningADistributionListKeepsWhatWasFoundOutBefore)
     CZebDistList copy(asked);
     EXPECT_TRUE(copy.IsExchange());
     EXPECT_EQ(Calls(), (Lines{"exchange: GetProps([0x36150102],0x0)"}));
+}
+
+TEST_F(Container, OneOfTheWABOpenedIntoItselfKeepsItsMarking)
+{
+    m_double.m_openable.Add("self", &m_double, MAPI_ABCONT);
+    m_container.MarkWAB();
+    m_container.OpenEntry(ID("self"), m_container, MAPI_BEST_ACCESS);
+    EXPECT_TRUE(m_container.IsValid());
+    EXPECT_TRUE(m_container.IsWAB());
 }

@@ -160,13 +160,13 @@ TEST_F(Folder, DeletesAndEmptiesWithTheArgumentsInTheirPlaces)
 {
     auto* progress = reinterpret_cast<IMAPIProgress*>(&m_double);
     m_folder.DeleteFolder(ID("ab"), m_window, 5, progress);
-    m_folder.EmptyFolder(m_window, 6, progress);
+    m_folder.EmptyFolder(m_window, 10, progress);
     SBinary ids[] = {ID("a"), ID("b")};
     SBinaryArray list = {2, ids};
-    m_folder.DeleteMessages(&list, m_window, 7, progress);
+    m_folder.DeleteMessages(&list, m_window, 0x12, progress);
     EXPECT_EQ(Calls(), (Lines{"folder: DeleteFolder(6162,0x55,progress given,0x5)",
-                              "folder: EmptyFolder(0x55,progress given,0x6)",
-                              "folder: DeleteMessages([61,62],0x55,progress given,0x7)"}));
+                              "folder: EmptyFolder(0x55,progress given,0xA)",
+                              "folder: DeleteMessages([61,62],0x55,progress given,0x12)"}));
     m_double.Fail("DeleteFolder", MAPI_E_HAS_FOLDERS);
     EXPECT_EQ(Thrown([&] { m_folder.DeleteFolder(ID("ab"), nullptr, 0, nullptr); }), MAPI_E_HAS_FOLDERS);
 }
@@ -177,11 +177,11 @@ TEST_F(Folder, CopiesAndMovesLists)
     SBinary ids[] = {ID("a"), ID("b")};
     SBinaryArray list = {2, ids};
     auto* progress = reinterpret_cast<IMAPIProgress*>(&m_double);
-    m_folder.CopyMessages(&list, dest, 8, m_window, progress);
-    m_folder.MoveMessages(&list, dest, 8, m_window, progress);
+    m_folder.CopyMessages(&list, dest, 6, m_window, progress);
+    m_folder.MoveMessages(&list, dest, 6, m_window, progress);
     m_folder.MoveMessages(&list, dest, 0, nullptr, nullptr);
-    EXPECT_EQ(Calls(), (Lines{"folder: CopyMessages([61,62],IMAPIFolder,existing,0x55,progress given,0x8)",
-                              "folder: CopyMessages([61,62],IMAPIFolder,existing,0x55,progress given,0x9)",
+    EXPECT_EQ(Calls(), (Lines{"folder: CopyMessages([61,62],IMAPIFolder,existing,0x55,progress given,0x6)",
+                              "folder: CopyMessages([61,62],IMAPIFolder,existing,0x55,progress given,0x7)",
                               "folder: CopyMessages([61,62],IMAPIFolder,existing,0x0,progress null,0x1)"}));
     CZebFolder empty;
     EXPECT_EQ(Raised([&] { m_folder.CopyMessages(&list, empty, 0, nullptr, nullptr); }), E_POINTER);

@@ -1,11 +1,14 @@
 #include "zebapi/IProp.h"
 #include "ObjectsTest.h"
+#include "tests/support/FailingNew.h"
 #include "zebapi/Message.h"
 #include "zebapi/PROPVALArray.h"
 #include "zebapi/SESSION.h"
 #include "zebapi/TAGS.h"
 
 #include <functional>
+#include <memory>
+#include <new>
 
 using namespace zeb::test;
 
@@ -337,11 +340,23 @@ TEST_F(IProp, GetPropsTakesExactlyTheTagsGiven)
     EXPECT_EQ(Thrown([&] { result[PR_ENTRYID]; }), MAPI_E_UNEXPECTED_ID) << "a received array does not grow";
 }
 
-TEST_F(IProp, GetPropsOfNoTagsHandsOnAnEmptyList)
+TEST_F(IProp, GetPropsOfNoTagsGivesNoneWithoutACall)
 {
-    CZebPropValArray result;
+    CZebPropValArray result(3);
     m_prop.GetProps(result, 0);
-    EXPECT_EQ(Calls(), (Lines{"prop: GetProps([],0x0)"}));
+    EXPECT_EQ(result.Count(), 0u);
+    EXPECT_FALSE(result.IsValid());
+    EXPECT_EQ(Thrown([&] { result[PR_SUBJECT_A]; }), MAPI_E_UNEXPECTED_ID) << "it was received";
+    ULONG count = 7;
+    SPropValue* values = nullptr;
+    CZebPropTagArray none;
+    SPropTagArray** slot = &none;
+    *slot = static_cast<SPropTagArray*>(Zeb_MemAllocate(CbNewSPropTagArray(0), nullptr));
+    m_prop.GetProps(*slot, &count, &values, 0);
+    EXPECT_EQ(count, 0u);
+    EXPECT_EQ(values, nullptr);
+    EXPECT_TRUE(Calls().empty()) << "MAPI refuses an empty list";
+    EXPECT_EQ(Raised([&] { CZebIProp().GetProps(*slot, &count, &values, 0); }), E_POINTER);
 }
 
 TEST_F(IProp, AllPropsAreReadByTheListWithFlagsZero)
@@ -491,4 +506,51 @@ TEST_F(IProp, ThePlacesOfTheFieldsAreTheDocumentedOnes)
     void* held = nullptr;
     std::memcpy(&held, bytes + 2 * sizeof(void*), sizeof(held));
     EXPECT_EQ(held, static_cast<IUnknown*>(&m_object));
+}
+
+TEST_F(IProp, NamesThatCanNotAllBeMappedAreAskedForAgain)
+{
+    for (ULONG i = 0; i < 81; ++i)
+    {
+        m_object.m_namedTags.push_back(PROP_TAG(PT_UNSPECIFIED, 0x9000 + i));
+    }
+    const int all = CZebIProp(m_prop).GetTagsMap().GetCount();
+    bool failed = true;
+    for (int after = 0; failed && after < 1000; ++after)
+    {
+        CZebIProp object(&m_object);
+        std::unique_ptr<FailingNew> failing;
+        m_object.m_named = [&] { failing = std::make_unique<FailingNew>(after, true); };
+        failed = false;
+        try
+        {
+            object.GetTagsMap();
+        }
+        catch (const std::bad_alloc&)
+        {
+            failed = true;
+        }
+        failing.reset();
+        m_object.m_named = nullptr;
+        Calls();
+        EXPECT_EQ(object.GetTagsMap().GetCount(), all) << after;
+        EXPECT_EQ(!Calls().empty(), failed) << after << ": a part is never taken for the whole";
+    }
+    EXPECT_FALSE(failed);
+}
+
+TEST_F(IProp, AnObjectWithoutPropertiesHasNoneToRead)
+{
+    CZebPropValArray values;
+    m_prop.GetAllProps(values.CountPtr(), &values, 0);
+    EXPECT_EQ(values.Count(), 0u);
+    EXPECT_FALSE(values.IsValid());
+    EXPECT_EQ(Calls(), (Lines{"prop: GetPropList(0x0)"}));
+}
+
+TEST_F(IProp, ABinaryWithoutItsBytesReadsAsOneOfNoBytes)
+{
+    m_object.m_dropsBytes = true;
+    m_object.m_bag.Set(PR_ENTRYID, "abc");
+    EXPECT_TRUE(m_prop.GetEntryID().IsEmpty());
 }

@@ -190,6 +190,7 @@ TEST_F(IPropText, TheDumpOfValuesThatAreNotThereIsTwoLines)
 
 TEST_F(IPropText, ADumpThatFailsIsLoggedAndGoesNoFurther)
 {
+    m_object.m_bag.Set(PR_SUBJECT_A, "s");
     m_object.Fail("GetProps", MAPI_E_NO_ACCESS);
     m_prop.DumpAllProps();
     EXPECT_EQ(Caught(), 1u);

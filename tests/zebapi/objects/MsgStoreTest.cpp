@@ -325,3 +325,12 @@ TEST_F(MsgStore, TellsWhatLiesUnderTheDeletedItems)
     CZebMsgStore bareStore(&bare);
     EXPECT_EQ(Thrown([&] { bareStore.IsUnderDeleted(session, gone); }), MAPI_E_INVALID_TYPE);
 }
+
+TEST_F(MsgStore, OneOfTheWABOpenedIntoItselfKeepsItsMarking)
+{
+    m_double.m_openable.Add("self", &m_double, MAPI_STORE);
+    m_store.MarkWAB();
+    m_store.OpenEntry(ID("self"), m_store, MAPI_BEST_ACCESS);
+    EXPECT_TRUE(m_store.IsValid());
+    EXPECT_TRUE(m_store.IsWAB());
+}

@@ -1,6 +1,8 @@
 #include "zebapi/NAMEID.h"
 #include "ObjectsTest.h"
+#include "tests/support/FailingNew.h"
 
+#include <new>
 #include <set>
 
 using namespace zeb::test;
@@ -150,4 +152,34 @@ TEST_F(NameIdHelper, AnAllocationThatFailsMidwayLeavesNothingBehind)
         EXPECT_EQ(Thrown([] { CZebNameIdHelper helper; }), MAPI_E_NOT_ENOUGH_MEMORY) << n;
         EXPECT_EQ(m_memory.LiveRoots(), 0u) << n;
     }
+}
+
+TEST_F(NameIdMap, ATagThatCanNotBeMappedLeavesNoHalfOfItself)
+{
+    CZebNameIdMap map;
+    map.SetTag(0x80830001, 0x85120102);
+    for (int after = 0; after < 20; ++after)
+    {
+        CZebNameIdMap changed;
+        changed.SetTag(0x80830001, 0x85120102);
+        bool failed = false;
+        {
+            const FailingNew failing(after);
+            try
+            {
+                changed.SetTag(0x80840001, 0x86000102);
+            }
+            catch (const std::bad_alloc&)
+            {
+                failed = true;
+            }
+        }
+        EXPECT_EQ(changed.GetCount(), failed ? 1 : 2) << after;
+        if (!failed)
+        {
+            EXPECT_GT(after, 1) << "both directions allocate";
+            return;
+        }
+    }
+    ADD_FAILURE() << "never mapped";
 }

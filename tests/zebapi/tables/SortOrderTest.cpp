@@ -168,4 +168,47 @@ TEST_F(SortOrder, FailedGrowthLeavesTheSetAsItWas)
     EXPECT_EQ(ThrownBy([&] { CZebSortOrder copy(order); }), MAPI_E_NOT_ENOUGH_MEMORY);
 }
 
+TEST_F(SortOrder, AReceivedSetThatClaimsTooManyKeysDoesNotGrow)
+{
+    for (const ULONG claimed : {0x1FFFFFFEu, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu})
+    {
+        CZebSortOrder order(0, 0);
+        SSortOrderSet** slot = &order;
+        *slot = static_cast<SSortOrderSet*>(memory.Allocate(20));
+        **slot = {};
+        (*slot)->cSorts = claimed;
+        const size_t before = memory.Allocations();
+        EXPECT_EQ(ThrownBy([&] { order.Add(PR_SUBJECT_A, TABLE_SORT_ASCEND); }), MAPI_E_NOT_ENOUGH_MEMORY)
+            << claimed;
+        EXPECT_EQ(memory.Allocations(), before);
+        EXPECT_EQ(SetOf(order)->cSorts, claimed);
+    }
+}
+
+namespace
+{
+
+class OpenOrder : public CZebSortOrder
+{
+public:
+    OpenOrder()
+        : CZebSortOrder(0, 0)
+    {
+    }
+    using CZebSortOrder::Allocate;
+};
+
+} // namespace
+
+TEST_F(SortOrder, ASizeOfMoreThanThirtyTwoBitsIsRefused)
+{
+    OpenOrder order;
+    for (const int count : {0x1FFFFFFF, 0x7FFFFFFF, -1})
+    {
+        EXPECT_EQ(ThrownBy([&] { order.Allocate(count); }), MAPI_E_NOT_ENOUGH_MEMORY) << count;
+    }
+    EXPECT_EQ(memory.Allocations(), 0u);
+    EXPECT_FALSE(order.IsValid());
+}
+
 } // namespace zeb::test

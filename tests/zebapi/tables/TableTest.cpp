@@ -175,10 +175,10 @@ TEST_F(Table, SetsExactlyTheColumnsCounted)
                                            "SetColumns(columns 0x0FFF0102 0x00000000 0x0037001E, flags 0)"));
 }
 
-TEST_F(Table, NoColumnsAreAnEmptyArray)
+TEST_F(Table, NoColumnsAreAnEmptyArrayWhichMapiRefuses)
 {
     CZebTable table(&double_);
-    table.SetColumns(0);
+    EXPECT_EQ(ThrownBy([&] { table.SetColumns(0); }), MAPI_E_INVALID_PARAMETER);
     EXPECT_THAT(double_.calls, ElementsAre("SetColumns(columns, flags 0)"));
 }
 
@@ -188,7 +188,8 @@ TEST_F(Table, PassesColumnArraysAsTheyAre)
     CZebPropTagArray columns;
     columns.Add(PR_SUBJECT_A, PR_ENTRYID, 0);
     table.SetColumns(columns);
-    table.SetColumns(static_cast<SPropTagArray*>(nullptr));
+    EXPECT_EQ(ThrownBy([&] { table.SetColumns(static_cast<SPropTagArray*>(nullptr)); }),
+              MAPI_E_INVALID_PARAMETER);
     EXPECT_THAT(double_.calls, ElementsAre("SetColumns(columns 0x0037001E 0x0FFF0102, flags 0)",
                                            "SetColumns(no columns, flags 0)"));
 }

@@ -3,6 +3,7 @@
 #include "tests/support/MapiMemory.h"
 #include "tests/support/Thrown.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -371,6 +372,68 @@ TEST_F(Binary, DumpOfNullOrEmptyTextIsEmpty)
     EXPECT_EQ(Zeb_DumpEntryID(nullptr), "");
     EXPECT_EQ(Zeb_DumpEntryID(""), "");
     EXPECT_EQ(CZebBinary::DumpEntryID(empty), "");
+}
+
+TEST_F(EntryIDRequest, NullBytesWithACountAreRefusedAndChangeNothing)
+{
+    BYTE bytes[] = {1, 2, 3};
+    CZebEntryIDRequest request;
+    CZebBinary& base = request;
+    base = SBinary{3, bytes};
+    EXPECT_EQ(ThrownBy([&] { request = SBinary{3, nullptr}; }), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(request.CZebBinary::String(), "010203");
+    EXPECT_EQ(ThrownBy([&] { base = SBinary{3, nullptr}; }), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(request.CZebBinary::String(), "010203");
+}
+
+TEST_F(Binary, CopyToOfNoBytesWantsNoPointer)
+{
+    SBinary target = {9, nullptr};
+    auto* parent = static_cast<BYTE*>(memory.Allocate(8));
+    CZebBinary::CopyTo(target, SBinary{0, nullptr}, parent);
+    EXPECT_EQ(target.cb, 0u);
+    EXPECT_NE(target.lpb, nullptr);
+    EXPECT_EQ(ThrownBy(
+                  [&] {
+                      CZebBinary::CopyTo(target, SBinary{1, nullptr}, parent);
+                  }),
+              MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(target.cb, 0u) << "a failed check leaves the target alone";
+    Zeb_MemFree(parent);
+}
+
+TEST_F(EntryIDRequest, AnIdentifierOfNoBytesIsHeldAsOne)
+{
+    CZebEntryIDRequest request;
+    const auto give = [](ULONG* count, ENTRYID** entryID)
+    {
+        *count = 0;
+        *entryID = nullptr;
+    };
+    give(request, request);
+    EXPECT_TRUE(request.IsValid());
+    EXPECT_TRUE(request.IsEmpty());
+    const CZebBinary copy(request);
+    EXPECT_TRUE(copy.IsEmpty());
+    const CZebEntryIDRequest other(request);
+    EXPECT_TRUE(other.IsEmpty());
+}
+
+TEST_F(Binary, ADumpThatCanNotBeMadeThrows)
+{
+    CStringA hex("00000000");
+    for (const auto& dump : {std::function<void()>([&] { CZebBinary::DumpEntryID(hex); }),
+                             std::function<void()>([] { Zeb_DumpEntryID("00000000"); })})
+    {
+        memory.FailAllocation(1);
+        EXPECT_EQ(ThrownBy(dump), MAPI_E_NOT_ENOUGH_MEMORY);
+        memory.FailAllocation(2);
+        EXPECT_EQ(ThrownBy(dump), MAPI_E_NOT_ENOUGH_MEMORY);
+        Zeb_MemUninitialize();
+        EXPECT_EQ(ThrownBy(dump), MAPI_E_NOT_INITIALIZED);
+        memory.Bind();
+        EXPECT_EQ(memory.LiveRoots(), 0u);
+    }
 }
 
 } // namespace zeb::test
