@@ -80,7 +80,7 @@ public:
     }
     HRESULT STDMETHODCALLTYPE Advise(ULONG, LPMAPIADVISESINK sink, ULONG_PTR* connection) override
     {
-        ULONG given = 0;
+        ULONG_PTR given = 0;
         {
             const std::lock_guard<std::recursive_mutex> lock(m_mutex);
             sink->AddRef();

@@ -1,5 +1,5 @@
 // Cached tables and binders that come and go, read and let go while a provider's own thread notifies.
-#include "ObjectsTest.h"
+#include "Delivery.h"
 #include "platform/messages.h"
 #include "tests/support/doubles/DeliveringTable.h"
 #include "zebapi/CachedTable.h"
@@ -18,34 +18,6 @@ LONG IndexOf(const CZebRow& row)
 {
     return row[DeliveringTable::Index].operator LONG();
 }
-
-class Delivery : public ObjectsTest
-{
-};
-
-/// A cached table with something of its own to do in each notification.
-class Handling : public CZebCachedTable
-{
-public:
-    explicit Handling(std::function<void(Handling&)> handle)
-        : m_handle(std::move(handle))
-    {
-    }
-    ~Handling() override { Free(); }
-    using CZebCachedTable::Unbind;
-    using CZebCachedTable::operator=;
-
-    void OnTable_Modified(TABLE_NOTIFICATION* notification) override
-    {
-        CZebCachedTable::OnTable_Modified(notification);
-        ++m_calls;
-        m_handle(*this);
-    }
-    std::atomic<int> m_calls{0};
-
-private:
-    std::function<void(Handling&)> m_handle;
-};
 
 /// Two threads that meet.
 class Meeting
@@ -69,14 +41,6 @@ private:
     std::condition_variable m_changed;
     bool m_open = false;
 };
-
-void Notify(IMAPIAdviseSink* sink)
-{
-    NOTIFICATION notification = {};
-    notification.ulEventType = fnevTableModified;
-    notification.info.tab.ulTableEvent = TABLE_CHANGED;
-    sink->OnNotify(1, &notification);
-}
 
 } // namespace
 
@@ -299,25 +263,6 @@ TEST_F(Delivery, TwoHandlersOfOneTableMayUnbindAtOnce)
     Calls();
 }
 
-namespace
-{
-
-/// Runs what it is given inside each notification.
-class Handler : public CAdviseSinkDelegate
-{
-public:
-    explicit Handler(std::function<void()> handle)
-        : m_handle(std::move(handle))
-    {
-    }
-    void OnTable_Modified(TABLE_NOTIFICATION*) override { m_handle(); }
-
-private:
-    std::function<void()> m_handle;
-};
-
-} // namespace
-
 TEST_F(Delivery, UnadvisingAgainWaitsForAHandlerThatUnadvisedItself)
 {
     RowTable provider(m_journal);
@@ -487,124 +432,3 @@ TEST_F(Delivery, DestroyingABinderWaitsForEveryDeliveryOfItsDelegate)
     notifying.join();
     Calls();
 }
-
-namespace
-{
-
-/// Sends an event from inside Advise: on its own thread, or on another one that it waits for.
-enum class Early
-{
-    SameThread,
-    OtherThread
-};
-
-void NotifyEarly(RowTable& provider, Early early)
-{
-    provider.m_whileAdvising = [&provider, early]
-    {
-        provider.m_whileAdvising = nullptr;
-        IMAPIAdviseSink* const sink = provider.Sink();
-        sink->AddRef();
-        if (early == Early::SameThread)
-        {
-            Notify(sink);
-        }
-        else
-        {
-            std::thread([sink] { Notify(sink); }).join();
-        }
-        sink->Release();
-    };
-}
-
-class EarlyDelivery : public Delivery, public ::testing::WithParamInterface<Early>
-{
-protected:
-    RowTable m_provider{m_journal};
-    CZebTable m_table{&m_provider};
-};
-
-} // namespace
-
-TEST_P(EarlyDelivery, ADelegateThatUnadvisesBeforeAdviseReturnsIsUnregistered)
-{
-    CAdviseSinkBinder* unadvised = nullptr;
-    int calls = 0;
-    Handler handler(
-        [&]
-        {
-            ++calls;
-            unadvised->Unadvise();
-        });
-    CAdviseSinkBinder binder(&handler, nullptr);
-    unadvised = &binder;
-    NotifyEarly(m_provider, GetParam());
-    binder.Advise(m_table);
-    EXPECT_EQ(calls, 1);
-    EXPECT_EQ(m_provider.Sink(), nullptr);
-    EXPECT_EQ(m_provider.References(), 1u) << "the binder has let the table go";
-    EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)", "table: Unadvise(0x4D)"}));
-    binder.Unadvise();
-    EXPECT_TRUE(Calls().empty());
-    binder.Advise(m_table);
-    EXPECT_NE(m_provider.Sink(), nullptr) << "it can advise again";
-    EXPECT_EQ(m_log.Lines().size(), 0u);
-    Calls();
-}
-
-TEST_P(EarlyDelivery, ADelegateMayDestroyTheBinderBeforeAdviseReturns)
-{
-    for (const bool refused : {false, true})
-    {
-        std::unique_ptr<CAdviseSinkBinder> binder;
-        Handler handler([&] { binder.reset(); });
-        binder = std::make_unique<CAdviseSinkBinder>(&handler, nullptr);
-        if (refused)
-        {
-            m_provider.Fail("Advise", MAPI_E_NO_SUPPORT);
-        }
-        NotifyEarly(m_provider, GetParam());
-        binder->Advise(m_table);
-        EXPECT_EQ(binder, nullptr);
-        EXPECT_EQ(m_provider.Sink(), nullptr);
-        EXPECT_EQ(m_provider.References(), 1u);
-        EXPECT_EQ(Caught(), refused ? 1u : 0u);
-        const Lines once = {"table: Advise(0x100)"};
-        const Lines both = {"table: Advise(0x100)", "table: Unadvise(0x4D)"};
-        EXPECT_EQ(Calls(), refused ? once : both);
-    }
-}
-
-TEST_P(EarlyDelivery, ADelegateMayAdviseOnAnotherTableBeforeAdviseReturns)
-{
-    RowTable other(m_journal, "other");
-    other.m_connection = 5;
-    CZebTable otherTable(&other);
-    CAdviseSinkBinder* advised = nullptr;
-    Handler handler([&] { advised->Advise(otherTable); });
-    {
-        CAdviseSinkBinder binder(&handler, nullptr);
-        advised = &binder;
-        NotifyEarly(m_provider, GetParam());
-        binder.Advise(m_table);
-        EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)", "other: Advise(0x100)", "table: Unadvise(0x4D)"}));
-    }
-    EXPECT_EQ(Calls(), (Lines{"other: Unadvise(0x5)"})) << "each connection is ended on its own table";
-    EXPECT_EQ(m_log.Lines().size(), 0u);
-}
-
-TEST_P(EarlyDelivery, ACachedTableMayUnbindBeforeItIsBound)
-{
-    Handling table([](Handling& handling) { handling.Unbind(); });
-    NotifyEarly(m_provider, GetParam());
-    table = m_table;
-    EXPECT_EQ(table.m_calls, 1);
-    EXPECT_TRUE(table.IsValid());
-    EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)", "table: Unadvise(0x4D)"}));
-    EXPECT_EQ(m_provider.Sink(), nullptr);
-    table.Free();
-    EXPECT_TRUE(Calls().empty());
-    EXPECT_EQ(m_log.Lines().size(), 0u);
-}
-
-INSTANTIATE_TEST_SUITE_P(Threads, EarlyDelivery, ::testing::Values(Early::SameThread, Early::OtherThread));

@@ -1,0 +1,129 @@
+// Notifications that come before the registration is answered.
+#include "Delivery.h"
+
+#include <memory>
+#include <thread>
+
+using namespace zeb::test;
+
+namespace
+{
+
+/// Sends an event from inside Advise: on its own thread, or on another one that it waits for.
+enum class Early
+{
+    SameThread,
+    OtherThread
+};
+
+void NotifyEarly(RowTable& provider, Early early)
+{
+    provider.m_whileAdvising = [&provider, early]
+    {
+        provider.m_whileAdvising = nullptr;
+        IMAPIAdviseSink* const sink = provider.Sink();
+        sink->AddRef();
+        if (early == Early::SameThread)
+        {
+            Notify(sink);
+        }
+        else
+        {
+            std::thread([sink] { Notify(sink); }).join();
+        }
+        sink->Release();
+    };
+}
+
+class EarlyDelivery : public Delivery, public ::testing::WithParamInterface<Early>
+{
+protected:
+    RowTable m_provider{m_journal};
+    CZebTable m_table{&m_provider};
+};
+
+} // namespace
+
+TEST_P(EarlyDelivery, ADelegateThatUnadvisesBeforeAdviseReturnsIsUnregistered)
+{
+    CAdviseSinkBinder* unadvised = nullptr;
+    int calls = 0;
+    Handler handler(
+        [&]
+        {
+            ++calls;
+            unadvised->Unadvise();
+        });
+    CAdviseSinkBinder binder(&handler, nullptr);
+    unadvised = &binder;
+    NotifyEarly(m_provider, GetParam());
+    binder.Advise(m_table);
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(m_provider.Sink(), nullptr);
+    EXPECT_EQ(m_provider.References(), 1u) << "the binder has let the table go";
+    EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)", "table: Unadvise(0xABABABAB0000004D)"}));
+    binder.Unadvise();
+    EXPECT_TRUE(Calls().empty());
+    binder.Advise(m_table);
+    EXPECT_NE(m_provider.Sink(), nullptr) << "it can advise again";
+    EXPECT_EQ(m_log.Lines().size(), 0u);
+    Calls();
+}
+
+TEST_P(EarlyDelivery, ADelegateMayDestroyTheBinderBeforeAdviseReturns)
+{
+    for (const bool refused : {false, true})
+    {
+        std::unique_ptr<CAdviseSinkBinder> binder;
+        Handler handler([&] { binder.reset(); });
+        binder = std::make_unique<CAdviseSinkBinder>(&handler, nullptr);
+        if (refused)
+        {
+            m_provider.Fail("Advise", MAPI_E_NO_SUPPORT);
+        }
+        NotifyEarly(m_provider, GetParam());
+        binder->Advise(m_table);
+        EXPECT_EQ(binder, nullptr);
+        EXPECT_EQ(m_provider.Sink(), nullptr);
+        EXPECT_EQ(m_provider.References(), 1u);
+        EXPECT_EQ(Caught(), refused ? 1u : 0u);
+        const Lines once = {"table: Advise(0x100)"};
+        const Lines both = {"table: Advise(0x100)", "table: Unadvise(0xABABABAB0000004D)"};
+        EXPECT_EQ(Calls(), refused ? once : both);
+    }
+}
+
+TEST_P(EarlyDelivery, ADelegateMayAdviseOnAnotherTableBeforeAdviseReturns)
+{
+    RowTable other(m_journal, "other");
+    other.m_connection = 5;
+    CZebTable otherTable(&other);
+    CAdviseSinkBinder* advised = nullptr;
+    Handler handler([&] { advised->Advise(otherTable); });
+    {
+        CAdviseSinkBinder binder(&handler, nullptr);
+        advised = &binder;
+        NotifyEarly(m_provider, GetParam());
+        binder.Advise(m_table);
+        EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)", "other: Advise(0x100)",
+                                  "table: Unadvise(0xABABABAB0000004D)"}));
+    }
+    EXPECT_EQ(Calls(), (Lines{"other: Unadvise(0x5)"})) << "each connection is ended on its own table";
+    EXPECT_EQ(m_log.Lines().size(), 0u);
+}
+
+TEST_P(EarlyDelivery, ACachedTableMayUnbindBeforeItIsBound)
+{
+    Handling table([](Handling& handling) { handling.Unbind(); });
+    NotifyEarly(m_provider, GetParam());
+    table = m_table;
+    EXPECT_EQ(table.m_calls, 1);
+    EXPECT_TRUE(table.IsValid());
+    EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)", "table: Unadvise(0xABABABAB0000004D)"}));
+    EXPECT_EQ(m_provider.Sink(), nullptr);
+    table.Free();
+    EXPECT_TRUE(Calls().empty());
+    EXPECT_EQ(m_log.Lines().size(), 0u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Threads, EarlyDelivery, ::testing::Values(Early::SameThread, Early::OtherThread));
