@@ -10,8 +10,8 @@ enum class OutputStream
     Error,  ///< standard error
 };
 
-/// Makes both streams carry UTF-8 bytes as they are printed: no translation of line ends, and a console that
-/// reads them as UTF-8. Call it once, before anything is printed.
+/// Makes the three standard streams carry UTF-8 bytes as they are: no translation of line ends, and a console that
+/// shows and gives UTF-8 until the program ends. Call it once, before anything is printed or read.
 void PrepareConsole();
 
 bool IsTerminal(OutputStream stream);

@@ -2,7 +2,10 @@
 
 #include <atomic>
 #include <csignal>
+#include <cstring>
 #include <initializer_list>
+
+#include <unistd.h>
 
 namespace zeb::platform
 {
@@ -17,14 +20,39 @@ void Note(int)
     interrupted = true;
 }
 
+std::atomic<const char*> lastWords{nullptr};
+static_assert(std::atomic<const char*>::is_always_lock_free, "a signal handler reads it");
+
+/// Calls only what a signal handler may.
+void End(int)
+{
+    const char* text = lastWords;
+    if (write(STDERR_FILENO, text, std::strlen(text)) < 0)
+    {
+        // The process ends without its last words.
+    }
+    _exit(1);
+}
+
+void Handle(void (*handler)(int))
+{
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    for (const int signal : {SIGINT, SIGTERM})
+        sigaction(signal, &action, nullptr);
+}
+
 } // namespace
+
+void EndOnInterrupt(const char* text)
+{
+    lastWords = text;
+    Handle(End);
+}
 
 void CatchInterrupt()
 {
-    struct sigaction action = {};
-    action.sa_handler = Note;
-    for (const int signal : {SIGINT, SIGTERM})
-        sigaction(signal, &action, nullptr);
+    Handle(Note);
 }
 
 bool Interrupted()

@@ -3,6 +3,7 @@
 #include "platform/mapi.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
 #include <io.h>
 
@@ -16,14 +17,32 @@ HANDLE Handle(OutputStream stream)
     return GetStdHandle(stream == OutputStream::Output ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
 }
 
+/// The console's code pages when the program started; 0 where there is no console.
+UINT outputBefore = 0, inputBefore = 0;
+
+void RestoreConsole()
+{
+    if (outputBefore != 0)
+        SetConsoleOutputCP(outputBefore);
+    if (inputBefore != 0)
+        SetConsoleCP(inputBefore);
+}
+
 } // namespace
 
 void PrepareConsole()
 {
     _setmode(_fileno(stdout), _O_BINARY);
     _setmode(_fileno(stderr), _O_BINARY);
-    if (IsTerminal(OutputStream::Output) || IsTerminal(OutputStream::Error))
-        SetConsoleOutputCP(CP_UTF8);
+    _setmode(_fileno(stdin), _O_BINARY);
+    // The code pages belong to the console and outlive the program: whoever runs next finds them as they were.
+    outputBefore = GetConsoleOutputCP();
+    inputBefore = GetConsoleCP();
+    if (outputBefore == 0 && inputBefore == 0)
+        return;
+    SetConsoleOutputCP(CP_UTF8);
+    SetConsoleCP(CP_UTF8);
+    std::atexit(RestoreConsole);
 }
 
 bool IsTerminal(OutputStream stream)

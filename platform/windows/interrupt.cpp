@@ -3,6 +3,7 @@
 #include "platform/mapi.h"
 
 #include <atomic>
+#include <cstring>
 
 namespace zeb::platform
 {
@@ -10,20 +11,45 @@ namespace
 {
 
 std::atomic<bool> interrupted{false};
+std::atomic<const char*> lastWords{nullptr};
 
-// Runs on a thread of the system's own.
+bool IsInterrupt(DWORD event)
+{
+    return event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT;
+}
+
+// The handlers run on a thread of the system's own.
 BOOL WINAPI Note(DWORD event)
 {
-    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
+    if (!IsInterrupt(event))
         return FALSE;
     interrupted = true;
     return TRUE;
 }
 
+BOOL WINAPI End(DWORD event)
+{
+    if (!IsInterrupt(event))
+        return FALSE;
+    const char* text = lastWords;
+    DWORD written = 0;
+    WriteFile(GetStdHandle(STD_ERROR_HANDLE), text, static_cast<DWORD>(std::strlen(text)), &written, nullptr);
+    // Not ExitProcess: the libraries' ends would run while the command's own thread is in them.
+    TerminateProcess(GetCurrentProcess(), 1);
+    return TRUE;
+}
+
 } // namespace
+
+void EndOnInterrupt(const char* text)
+{
+    lastWords = text;
+    SetConsoleCtrlHandler(End, TRUE);
+}
 
 void CatchInterrupt()
 {
+    // The handler that was added last is asked first.
     SetConsoleCtrlHandler(Note, TRUE);
 }
 
