@@ -123,8 +123,10 @@ class AddressBook(World):
         self.assertEqual(self.zeb("ab", "compare", ada, boris).out, "different\n")
         self.assertEqual(json.loads(self.zeb("ab", "compare", ada, boris, "--json").out), {"same": False})
         self.assertEqual(json.loads(self.zeb("ab", "compare", ada, ada, "--json").out), {"same": True})
-        self.refused("ab", "compare", ada, boris + "0", saying="two a byte")
-        self.refused("ab", "compare", ada, "xyz", saying="'xyz'")
+        self.refused("ab", "compare", ada, boris + "0", code=2, saying="every byte takes two")
+        self.refused("ab", "compare", ada, "xyz", code=2, saying="hexadecimal text, not 'xyz'")
+        self.refused("ab", "compare", "00", "00", code=2, saying="the entry identifier '00' is too short")
+        self.refused("ab", "compare", ada, "", code=2, saying="the entry identifier is empty")
 
     def test_contacts_are_the_messages_of_the_contacts_folder(self):
         address = "{00062004-0000-0000-C000-000000000046}:PT_UNICODE:id:0x8083"

@@ -1,4 +1,6 @@
 """What stands on a command line: dates, sizes, and properties with their values."""
+import datetime
+
 from world import World, message
 
 NAMED = "{00062008-0000-0000-C000-000000000046}:PT_LONG:id:0x8503"
@@ -35,6 +37,88 @@ class Dates(World):
                      "0x000000000000000g"):
             with self.subTest(text=text):
                 self.refused("find", "Inbox", "--since", text, code=2, saying=["--since", f"'{text}'"])
+
+
+class Zones(World):
+    """Dates are shown and read in the user's zone."""
+
+    def setUp(self):
+        super().setUp()
+        self.create_profile()
+
+    def at(self, zone, *arguments):
+        self.environment["TZ"] = zone
+        return self.zeb(*arguments).out
+
+    def since(self, zone, *arguments):
+        self.environment["TZ"] = zone
+        return [each["subject"] for each in self.found("Inbox", "--sort", "subject", *arguments)]
+
+    def test_lists_and_properties_show_local_time_and_say_so(self):
+        self.load(message("winter", "2026-01-02T03:04:05Z"), message("summer", "2026-07-02T03:04:05Z"))
+        for zone, winter, summer, offsets in (
+                ("JST-9", "2026-01-02 12:04:05", "2026-07-02 12:04:05", ("+09:00", "+09:00")),
+                ("EST5EDT,M3.2.0,M11.1.0", "2026-01-01 22:04:05", "2026-07-01 23:04:05", ("-05:00", "-04:00")),
+                ("IST-5:30", "2026-01-02 08:34:05", "2026-07-02 08:34:05", ("+05:30", "+05:30")),
+                ("UTC", "2026-01-02 03:04:05", "2026-07-02 03:04:05", ("+00:00", "+00:00"))):
+            with self.subTest(zone=zone):
+                lines = self.at(zone, "inbox").splitlines()
+                self.assertEqual([line[:19].rstrip() for line in lines[:3]], ["date (local)", summer, winter])
+                lines = self.at(zone, "find", "Inbox").splitlines()
+                self.assertEqual([line[9:28].rstrip() for line in lines[:3]], ["date (local)", summer, winter])
+                for subject, shown, offset in (("winter", winter, offsets[0]), ("summer", summer, offsets[1])):
+                    self.assertRegex(self.at(zone, "show", "Inbox", subject), rf"PR_CLIENT_SUBMIT_TIME .* {shown} \{offset}\n")
+
+    def test_dates_are_shown_in_utc_when_asked(self):
+        self.load(message("a", "2026-01-02T03:04:05Z"))
+        zone = "JST-9"
+        self.assertEqual(self.at(zone, "inbox", "--utc").splitlines()[0][:19].rstrip(), "date (UTC)")
+        self.assertIn("2026-01-02 03:04:05", self.at(zone, "inbox", "--utc"))
+        self.assertIn("2026-01-02 03:04:05", self.at(zone, "find", "Inbox", "--utc"))
+        self.assertIn("2026-01-02 03:04:05 UTC\n", self.at(zone, "show", "Inbox", "a", "--utc"))
+        self.assertRegex(self.at(zone, "info", "Inbox", "--create"), r"created  \S+ \S+ \+09:00\n")
+        self.assertRegex(self.at(zone, "info", "Inbox", "--utc"), r"created  \S+ \S+ UTC\n")
+        self.assertEqual(self.inbox()["messages"][0]["date"], "2026-01-02T03:04:05Z")
+
+    def test_dates_without_a_zone_are_local(self):
+        self.load(message("a", "2026-01-01T14:59:59Z"), message("b", "2026-01-01T15:00:00Z"), message("c", "2026-01-02T15:00:00Z"))
+        zone = "JST-9"
+        for moment, wanted in (("2026-01-02", "bc"), ("2026-01-02 00:00", "bc"), ("2026-01-02T00:00:01", "c"),
+                               ("2026-01-01T15:00Z", "bc"), ("2026-01-01T15:00:00Z", "bc"), ("2026-01-01T16:00+01:00", "bc"),
+                               ("2026-01-01T10:00:00-05", "bc"), ("2026-01-01T20:30:00.5+0530", "c")):
+            with self.subTest(since=moment):
+                self.assertEqual("".join(self.since(zone, "--since", moment)), wanted)
+        self.assertEqual(self.since(zone, "--until", "2026-01-01"), ["a"])
+        self.assertEqual(self.since(zone, "--until", "2026-01-02"), ["a", "b"])
+        self.assertEqual(self.since(zone, "--until", "2026-01-01", "--utc"), ["a", "b"])
+        self.assertEqual(self.since(zone, "--since", "2026-01-02 00:00", "--utc"), ["c"])
+        self.zeb("set", "Inbox", "a", "PR_START_DATE=2026-01-02")
+        self.assertEqual(self.shown("Inbox", "a")["PR_START_DATE"], "2026-01-01T15:00:00Z")
+        for text in ("2026-01-02T00:00+24:00", "2026-01-02T00:00+1", "2026-01-02T00:00+01:60", "2026-01-02+01:00", "7x", "d",
+                     "2026-01-02T00:00Z+01:00", "123456d", "1601-01-01T00:00:00+01:00"):
+            with self.subTest(text=text):
+                self.refused("find", "Inbox", "--since", text, code=2, saying=["--since", f"'{text}'"])
+
+    def test_days_and_hours_before_now_are_counted(self):
+        now = datetime.datetime.now(datetime.timezone.utc).replace(tzinfo=None)
+        ages = {"a": 1 / 24, "b": 30 / 24, "c": 6.9, "d": 7.1, "e": 15}
+        self.load(*[message(name, (now - datetime.timedelta(days=age)).strftime("%Y-%m-%dT%H:%M:%SZ"))
+                    for name, age in ages.items()])
+        for moment, wanted in (("2h", "a"), ("7d", "abc"), ("1w", "abc"), ("2w", "abcd"), ("0d", "")):
+            with self.subTest(since=moment):
+                self.assertEqual("".join(self.since("UTC", "--since", moment)), wanted)
+        self.assertEqual(self.since("UTC", "--until", "7d"), ["d", "e"])
+
+    def test_today_and_yesterday_are_days_of_the_zone(self):
+        now = datetime.datetime.now(datetime.timezone.utc)
+        local = now.astimezone(datetime.timezone(datetime.timedelta(hours=9)))
+        midnight = local.replace(hour=0, minute=0, second=0, microsecond=0).astimezone(datetime.timezone.utc)
+        at = lambda **after: (midnight + datetime.timedelta(**after)).strftime("%Y-%m-%dT%H:%M:%SZ")
+        self.load(message("a", at(days=-1, seconds=-1)), message("b", at(days=-1)), message("c", at(seconds=-1)),
+                  message("d", at()))
+        self.assertEqual(self.since("JST-9", "--since", "yesterday"), ["b", "c", "d"])
+        self.assertEqual(self.since("JST-9", "--since", "yesterday", "--until", "yesterday"), ["b", "c"])
+        self.assertEqual(self.since("JST-9", "--since", "today"), ["d"])
 
 
 class Sizes(World):

@@ -1,5 +1,8 @@
 """Every command of zeb, its exit code and what it prints."""
 import json
+import re
+import shutil
+import subprocess
 
 import world
 from world import World, message
@@ -11,9 +14,30 @@ class Usage(World):
     def test_wrong_usage_ends_with_2(self):
         for arguments in ([], ["nonsense"], ["inbox", "--nonsense"], ["inbox", "--sort", "colour"],
                           ["inbox", "--limit", "0"], ["inbox", "--limit", "many"], ["load"], ["profile"],
-                          ["profile", "create"], ["profile", "create", "a", "--durability", "some"], ["store"]):
+                          ["profile", "create"], ["profile", "create", "a", "--durability", "some"], ["store"], ["mv", "a"]):
             with self.subTest(arguments=arguments):
-                self.assertTrue(self.zeb(*arguments, code=2).err)
+                self.one_sentence(self.zeb(*arguments, code=2), ["zeb: ", "--help'"])
+
+    def test_what_is_wrong_is_named_as_it_was_typed(self):
+        for arguments, said in ((["frobnicate"], "'zeb' has no command 'frobnicate'"), ([], "'zeb' needs a command"),
+                                (["profile", "frob"], "'zeb profile' has no command 'frob'"),
+                                (["profile"], "'zeb profile' needs a command"),
+                                (["inbox", "--colour"], "'zeb inbox' has no option '--colour'"),
+                                (["inbox", "there"], "'zeb inbox' takes no further argument, such as 'there'"),
+                                (["load"], "'zeb load' needs FILE.jsonl"), (["mkdir"], "'zeb mkdir' needs FOLDER"),
+                                (["profile", "create"], "'zeb profile create' needs NAME"),
+                                (["new"], "'zeb new' needs FOLDER [NAME=VALUE...]"),
+                                (["mv", "a"], "'zeb mv' needs FOLDER [MESSAGE...] TARGET"),
+                                (["ab", "compare", "00"], "'zeb ab compare' needs B"),
+                                (["inbox", "--limit"], "--limit needs a value"),
+                                (["inbox", "--sort", "colour"], "--sort: colour not in {date,subject,size}"),
+                                (["\u65e5\u672c\u8a9e"], "'zeb' has no command '\u65e5\u672c\u8a9e'")):
+            with self.subTest(arguments=arguments):
+                self.refused(*arguments, code=2, saying=f"zeb: {said}; see 'zeb")
+
+    def test_the_version_is_told(self):
+        version = re.search(r"project\(\w+ VERSION (\S+)", (world.ROOT / "CMakeLists.txt").read_text())[1]
+        self.assertEqual(self.zeb("--version").out, f"zeb {version}\n")
 
     def test_help_ends_with_0(self):
         self.assertIn("doctor", self.zeb("--help").out)
@@ -207,6 +231,89 @@ class Provider(World):
         self.assertIn("DLLPathEx = ", shown)
         self.assertIn("zebstore", shown)
 
+    KEY = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Clients\\Mail\\Microsoft Outlook"
+    WAB = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\WAB\\DLLPath"
+    OTHER = "/elsewhere/other.dll"
+
+    def status(self):
+        """Key to what is registered and what was replaced."""
+        return {each["key"]: (each["registered"], each["replaced"])
+                for each in json.loads(self.zeb("provider", "status", "--json").out)}
+
+    def own(self):
+        """What install registers, where nothing was before."""
+        self.run_tool("zeb", "provider", "remove")
+        self.zeb("provider", "install")
+        return self.status()[self.KEY][0]
+
+    def test_another_provider_is_replaced_only_when_asked_and_comes_back(self):
+        own = self.own()
+        for options, keys in (([], [self.KEY]), (["--wab"], [self.KEY, self.WAB])):
+            self.registry_add(self.KEY, "DLLPathEx", self.OTHER)
+            self.registry_add(self.WAB, "", self.OTHER)
+            with self.subTest(options=options):
+                self.refused("provider", "install", *options, saying=["another provider", self.OTHER, "--replace"])
+                self.assertEqual(self.status(), {self.KEY: (self.OTHER, None), self.WAB: (self.OTHER, None)})
+                done = self.zeb("provider", "install", "--replace", *options).out
+                self.assertEqual(done.count(f"  replaced {self.OTHER}; 'zeb provider remove' puts it back\n"), len(keys))
+                self.assertEqual([self.status()[key] for key in keys], [(own, self.OTHER)] * len(keys))
+                self.zeb("provider", "install", *options)
+                self.assertEqual([self.status()[key] for key in keys], [(own, self.OTHER)] * len(keys))
+                self.assertIn(f"DLLPathEx = {self.OTHER}\n", self.zeb("provider", "remove").out)
+                self.assertEqual(self.status(), {self.KEY: (self.OTHER, None), self.WAB: (self.OTHER, None)})
+                self.refused("provider", "remove", saying="no provider is registered that")
+
+    def test_what_replaced_nothing_leaves_nothing(self):
+        own = self.own()
+        self.assertEqual(self.status(), {self.KEY: (own, None), self.WAB: (None, None)})
+        self.assertIn("DLLPathEx is not set\n", self.zeb("provider", "remove").out)
+        self.assertEqual(self.status(), {self.KEY: (None, None), self.WAB: (None, None)})
+        shown = self.zeb("provider", "status").out
+        self.assertEqual(shown, f"{self.KEY}\n  DLLPathEx is not set\n{self.WAB}\n  (default) is not set\n")
+
+    def test_what_another_registered_afterwards_is_not_removed(self):
+        self.own()
+        self.registry_add(self.KEY, "DLLPathEx", self.OTHER)
+        self.refused("provider", "remove", saying="no provider is registered that")
+        self.assertEqual(self.status()[self.KEY][0], self.OTHER)
+
+    def test_the_kind_of_a_replaced_value_is_kept(self):
+        if world.WINDOWS:
+            return self.reg_expand_test()
+        own = self.own()
+        registry = self.folder / "registry.reg"
+        written = "hex(2):25,00,41,00,25,00,00,00"
+        registry.write_text(re.sub('"DLLPathEx"=.*', f'"DLLPathEx"={written}', self.registry_text()))
+        self.zeb("provider", "install", "--replace")
+        self.assertEqual(self.status()[self.KEY][0], own)
+        self.zeb("provider", "remove")
+        self.assertIn(f'"DLLPathEx"={written}', self.registry_text())
+        return None
+
+    def reg_expand_test(self):
+        self.own()
+        self.assertEqual(self.reg("add", self.KEY, "/v", "DLLPathEx", "/t", "REG_EXPAND_SZ", "/d", "%A%", "/f"), 0)
+        self.addCleanup(self.reg, "delete", self.KEY, "/f")
+        self.zeb("provider", "install", "--replace")
+        self.zeb("provider", "remove")
+        shown = subprocess.run([str(world.ROOT / "scripts/wine-run.sh"), "reg", "query", self.KEY, "/v", "DLLPathEx"],
+                               env=self.environment, check=True, stdout=subprocess.PIPE, timeout=300).stdout.decode()
+        self.assertRegex(shown, r"DLLPathEx\s+REG_EXPAND_SZ\s+%A%")
+
+    def test_a_provider_that_is_missing_has_the_name_of_this_system(self):
+        tool = "zeb.exe" if world.WINDOWS else "zeb"
+        library = ["zebapi.dll"] if world.WINDOWS else ["libzebapi.so"]
+        for name in [tool, *library]:
+            shutil.copy(world.BUILD / "bin" / name, self.folder / name)
+        command = [str(world.ROOT / "scripts/wine-run.sh")] if world.WINDOWS else []
+        more = {} if world.WINDOWS else {"LD_LIBRARY_PATH": str(self.folder)}
+        done = subprocess.run([*command, str(self.folder / tool), "provider", "install"], stderr=subprocess.PIPE, check=False,
+                              env=self.environment | more, timeout=300)
+        self.assertEqual(done.returncode, 1)
+        wanted, other = ("zebstore.dll", ".so") if world.WINDOWS else ("libzebstore.so", ".dll")
+        self.assertIn(wanted, done.stderr.decode())
+        self.assertNotIn(other + "'", done.stderr.decode())
+
     def test_install_refuses_a_file_that_is_missing_or_no_provider(self):
         self.zeb("provider", "install")
         before = self.zeb("doctor", "--json").out
@@ -234,11 +341,11 @@ class Profile(World):
 
     def test_each_step_says_what_it_did(self):
         self.assertEqual(self.zeb("profile", "create", "one", "--store", self.path("one.zeb"), "--default").out,
-                         "profile 'one' is there and is the default\n")
+                         "profile 'one' is there and is the default\n  store  " + self.path("one.zeb") + "\n")
         self.assertEqual(self.zeb("profile", "create", "two", "--store", self.path("two.zeb"), "--durability", "full").out,
-                         "profile 'two' is there\n")
+                         "profile 'two' is there\n  store  " + self.path("two.zeb") + "\n")
         if not world.WINDOWS:
-            self.assertIn('"Durability"="full"', (self.folder / "registry.reg").read_text())
+            self.assertIn('"Durability"="full"', self.registry_text())
         self.assertEqual(self.zeb("profile", "delete", "two").out, "profile 'two' is deleted; its store file stays\n")
 
     def test_a_relative_path_is_that_of_the_moment(self):
@@ -258,6 +365,26 @@ class Profile(World):
         self.refused("profile", "default", "other", saying="'other'")
         self.assertFalse((self.folder / "x.zeb").exists())
 
+    def test_no_folder_is_made_for_a_store(self):
+        self.refused("profile", "create", "one", "--store", self.path("absent/deep/one.zeb"),
+                     saying=["there is no folder '" + self.path("absent/deep") + "'", "'one.zeb'"])
+        self.assertFalse((self.folder / "absent").exists())
+        self.assertEqual(self.zeb("profile", "list").out, "")
+
+    def test_a_profile_without_a_store_is_named(self):
+        self.registry_add("HKEY_CURRENT_USER\\Software\\Microsoft\\Windows NT\\CurrentVersion\\Windows Messaging Subsystem"
+                          "\\Profiles\\bare")
+        for command in (["inbox"], ["folders"], ["store", "check"], ["find", "Inbox"]):
+            with self.subTest(command=command):
+                self.refused(*command, "--profile", "bare", saying="opening the default store of profile 'bare': MAPI_E_NOT_FOUND")
+
+    def test_codes_that_are_not_mapis_are_put_into_words(self):
+        self.create_profile()
+        number = self.call_number("IMAPITable::QueryRows", "inbox")
+        for result, said in ((0x80030070, "the medium is full (0x80030070)"),
+                             (0x80041234, "a failure without a name (0x80041234)")):
+            self.fail_at(number, "inbox", saying=said, result=result)
+
     def test_a_store_that_can_not_be_made_leaves_no_profile(self):
         (self.folder / "file").write_text("in the way")
         self.refused("profile", "create", "one", "--store", self.path("file/one.zeb"), saying="one.zeb")
@@ -273,7 +400,8 @@ class Store(World):
         self.assertTrue(stores[0]["default"])
         self.assertEqual((stores[0]["name"], stores[0]["provider"]), ("zebstore", "zebstore"))
         self.assertEqual(stores[0]["entryId"], self.shown()["PR_ENTRYID"])
-        self.assertEqual(self.zeb("stores").out, "* zebstore  zebstore\n")
+        self.assertEqual(self.zeb("stores").out, "* zebstore  zebstore  " + self.path("test.zeb") + "\n")
+        self.assertEqual(stores[0]["file"], self.path("test.zeb"))
 
     def test_check_of_a_sound_store(self):
         self.create_profile()

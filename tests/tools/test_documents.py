@@ -14,6 +14,7 @@ from world import World
 PAGE_STORE = "5E679F7A9408E74B9D80592745FD5AD5"  # the store's identifier, a part of those of all that is in it
 PAGE_DAY = "2026-02-01"  # the day on which the reader follows the page; the dates of the mail are others
 PAGE_PROVIDER = r"C:\zebapi\bin\zebstore.dll"
+PAGE_FOLDER = "C:\\Users\\ada\\"
 ASCII_TREE = {"├─ ": "|- ", "└─ ": "`- ", "│  ": "|  "}  # where the output is no console
 
 STAMP = re.compile(r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d")
@@ -25,12 +26,12 @@ HEX = re.compile(r"[0-9A-F]{32,}")
 class Fold:
     """Writes names in the place of what differs from run to run."""
 
-    def __init__(self, store, provider, is_now):
-        self.store, self.provider, self.is_now = store, provider, is_now
+    def __init__(self, store, provider, folder, is_now):
+        self.store, self.provider, self.folder, self.is_now = store, provider, folder, is_now
         self.identifiers = []
 
     def __call__(self, text):
-        text = text.replace(self.provider, "<provider>")
+        text = text.replace(self.provider, "<provider>").replace(self.folder, "<folder>/")
         for stroke, ascii_stroke in ASCII_TREE.items() if world.WINDOWS else ():
             text = text.replace(stroke, ascii_stroke)
         text = STAMP.sub(lambda stamp: "<now>" if self.is_now(stamp[0]) else stamp[0], text)
@@ -83,8 +84,9 @@ class Documents(World):
         self.watched = None
         provider = str(world.BUILD / "bin" / ("zebstore.dll" if world.WINDOWS else "libzebstore.so"))
         began = datetime.datetime.now(datetime.timezone.utc).replace(tzinfo=None) - datetime.timedelta(seconds=5)
-        self.page = Fold(PAGE_STORE, PAGE_PROVIDER, lambda stamp: stamp.startswith(PAGE_DAY))
+        self.page = Fold(PAGE_STORE, PAGE_PROVIDER, PAGE_FOLDER, lambda stamp: stamp.startswith(PAGE_DAY))
         self.real = Fold(None, "Z:" + provider.replace("/", "\\") if world.WINDOWS else provider,
+                         self.path("x")[:-1],
                          lambda stamp: began <= datetime.datetime.fromisoformat(stamp) <= began + datetime.timedelta(hours=1))
 
     def follow(self, name):

@@ -1,14 +1,68 @@
-"""zeb watch ends on Ctrl-C as one that was asked to."""
+"""Ctrl-C ends each command with a word."""
+import json
+import os
 import signal
+import subprocess
+import time
 
 import test_watch
+import world
+from world import message
 
 LINUX_ONLY = True  # no signal reaches a program of Wine's as Ctrl-C
 
 
 class Interrupt(test_watch.Watching):
+    def interrupted(self, *arguments, when, code=1):
+        """Starts zeb, sends it Ctrl-C when the condition holds, and returns what it said on standard error."""
+        process = subprocess.Popen([str(world.BUILD / "bin/zeb"), *arguments], env=self.environment, stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+        self.addCleanup(process.stderr.close)
+        end = time.monotonic() + 60
+        while not when(process):
+            self.assertLess(time.monotonic(), end)
+            self.assertIsNone(process.poll(), "it ended before")
+            time.sleep(0.002)
+        process.send_signal(signal.SIGINT)
+        said = process.stderr.read().decode()
+        self.assertEqual(process.wait(60), code, said)
+        return said
+
     def test_an_interrupt_ends_the_watch_well(self):
         process = self.watch("Inbox")
         process.send_signal(signal.SIGINT)
         self.assertEqual(process.wait(60), 0)
         self.assertEqual(self.said(self.out), "")
+
+    def test_loading_says_what_is_loaded_and_goes_on_from_there(self):
+        count = 20_000
+        file = self.folder / "many.jsonl"
+        with file.open("w") as stream:
+            for i in range(count):
+                stream.write(json.dumps(message(f"{i:05}", folder="Many")) + "\n")
+        size = (self.folder / "test.zeb").stat().st_size
+        wal = self.folder / "test.zeb-wal"
+        said = self.interrupted("load", str(file), when=lambda _: wal.exists() and wal.stat().st_size > size)
+        self.assertRegex(said, r"^zeb: .*many.jsonl:\d+: interrupted; the [\d,]+ lines before it are loaded, --from-line \d+ goes on\n$")
+        line = int(said.split("--from-line ")[1].split()[0])
+        self.assertEqual(len(self.found("Many")), line - 1)
+        self.zeb("load", str(file), "--from-line", str(line))
+        self.assertEqual([each["subject"] for each in self.found("Many", "--sort", "subject")], [f"{i:05}" for i in range(count)])
+
+    def test_a_command_that_is_in_a_long_call_ends_too(self):
+        self.load(*[message(f"{i}", PR_BODY="x" * 20_000) for i in range(2_000)])
+        for command in (["store", "check"], ["find", "Inbox", "--subject", "nowhere"]):
+            with self.subTest(command=command):
+                said = self.interrupted(*command, when=lambda process: "test.zeb" in open_files(process))
+                self.assertEqual(said, "zeb: interrupted\n")
+
+
+def open_files(process):
+    """The names of the files that a process has open."""
+    names = []
+    for link in (world.pathlib.Path("/proc") / str(process.pid) / "fd").iterdir():
+        try:
+            names.append(os.path.basename(os.readlink(link)))
+        except OSError:
+            pass
+    return names

@@ -30,7 +30,7 @@ class Lines(World):
         self.assertEqual([each["subject"] for each in listed], ["cut", "del\u007fete", "28", "29", "bare"])
         self.assertGreater(listed[0]["size"], 1_000_000)
         lines = self.zeb("inbox").out.splitlines()
-        self.assertEqual(lines[0], f"{'date (UTC)':<19}  {'sender':<28}  {'size':>10}  subject")
+        self.assertEqual(lines[0], f"{'date (local)':<19}  {'sender':<28}  {'size':>10}  subject")
         shown = [self.line(each, sender).replace("\u007f", " ") for each, sender in zip(listed, senders)]
         self.assertEqual(lines[1:], [*shown, "5 messages"])
         numbers = [1, 2, 4, 5, 3]
@@ -61,6 +61,19 @@ class Lines(World):
             self.assertEqual([date(each) for each in command("--sort", "subject")["messages"]],
                              [("dame", "02"), ("same", "03"), ("same", "02"), ("same", "01"), ("tame", "02")])
 
+    def test_a_message_without_a_submit_time_has_the_date_of_its_delivery(self):
+        bare = {"folder": "Inbox", "properties": {"PR_SUBJECT": "b", "PR_MESSAGE_DELIVERY_TIME": "2026-01-05T06:07:08Z"}}
+        self.load(dated("a", 9, PR_MESSAGE_DELIVERY_TIME="2026-01-20T00:00:00Z"), bare,
+                  {"folder": "Inbox", "properties": {"PR_SUBJECT": "c"}})
+        self.assertEqual([(each["subject"], each["date"]) for each in self.inbox()["messages"]],
+                         [("a", "2026-01-09T00:00:00Z"), ("b", "2026-01-05T06:07:08Z"), ("c", None)])
+        self.assertIn("2026-01-05 06:07:08", self.zeb("inbox").out)
+        since = lambda *conditions: [each["subject"] for each in self.found("Inbox", *conditions)]
+        self.assertEqual(since("--since", "2026-01-05T06:07:08Z"), ["a", "b"])
+        self.assertEqual(since("--since", "2026-01-05T06:07:09Z"), ["a"])
+        self.assertEqual(since("--until", "2026-01-05"), ["b"])
+        self.assertEqual(since("--since", "2026-01-10T00:00:00Z"), [])
+
     def test_one_is_no_plural(self):
         self.load(dated("a", 1), dated("b", 2, folder="Sub"), dated("c", 3, folder="Sub"))
         self.assertEqual(self.zeb("inbox").out.splitlines()[-1], "1 message")
@@ -74,7 +87,7 @@ class Lines(World):
                          [("Top", "a"), ("Top", "b"), ("Top/One", "a")])
         lines = self.zeb("find", "Top", "-r", "--limit", "3").out.splitlines()
         heading = lines[1]
-        self.assertTrue(heading.startswith("      #  date (UTC) "), heading)
+        self.assertTrue(heading.startswith("      #  date (local) "), heading)
         self.assertEqual(lines, ["Top", heading, lines[2], lines[3], "", "Top/One", heading, lines[7], "3 of 6 messages"])
 
     def test_more_messages_than_one_call_reads_are_found_with_their_numbers(self):

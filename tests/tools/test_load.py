@@ -1,5 +1,6 @@
 """zeb load: the format, and lines that are wrong."""
 import datetime
+import json
 import random
 
 from world import World, message
@@ -119,6 +120,8 @@ class Load(World):
         self.assertEqual(self.load(folder).out, "1 folder loaded\n")
         self.assertEqual(self.load(message("a"), folder, folder).out, "1 message loaded\n2 folders loaded\n")
         self.assertEqual(self.load("").out, "0 messages loaded\n")
+        (self.folder / "empty.jsonl").write_bytes(b"")
+        self.assertEqual(self.zeb("load", self.path("empty.jsonl")).out, "0 messages loaded\n")
 
 
 class BadLines(World):
@@ -132,7 +135,8 @@ class BadLines(World):
         done = self.load(message("before", folder="Probe"), line, message("behind", folder="Probe"), code=1,
                          name="bad.jsonl")
         self.assertEqual(done.out, "")
-        self.one_sentence(done, ["bad.jsonl:2: ", *([saying] if isinstance(saying, str) else saying)])
+        self.one_sentence(done, ["bad.jsonl:2: ", "; the line before it is loaded, --from-line 2 goes on",
+                                 *([saying] if isinstance(saying, str) else saying)])
         after = [folder for folder in self.folders() if folder["name"] == "Probe"]
         self.assertEqual([folder["messages"] for folder in after], [1])
         self.zeb("store", "check")
@@ -141,6 +145,28 @@ class BadLines(World):
 
     def with_property(self, name, value):
         return {"folder": "New folder", "properties": {"PR_SUBJECT": "bad", name: value}}
+
+    def test_bytes_that_are_no_utf_8(self):
+        good = json.dumps(message("before"))
+        for bad, column in ((b"\xff", 1), (b'{"folder": "Gr\xfc\xdfe"}', 15), (b'{"a": "\xe6\x97"}', 8)):
+            with self.subTest(bad=bad):
+                (self.folder / "bytes.jsonl").write_bytes(good.encode() + b"\n" + bad + b"\n")
+                self.refused("load", self.path("bytes.jsonl"),
+                             saying=f"bytes.jsonl:2: no UTF-8: an invalid byte at column {column}; the line before it is")
+
+    def test_loading_goes_on_where_it_stopped(self):
+        lines = [message("a"), message("b"), "", "wrong", message("c"), "wrong too", message("d")]
+        self.one_sentence(self.load(*lines, code=1),
+                          "mail.jsonl:4: no JSON: unexpected text at column 1; the 3 lines before it are loaded, --from-line 4")
+        self.assertEqual(sorted(self.subjects()), ["a", "b"])
+        file = self.path("mail.jsonl")
+        done = self.zeb("load", file, "--from-line", "4", code=1)
+        self.assertEqual(done.err, f"zeb: {file}:4: no JSON: unexpected text at column 1\n")
+        self.refused("load", file, "--from-line", "5", saying=":6: no JSON: unexpected text at column 1; line 5 is loaded, --from")
+        self.assertEqual(self.zeb("load", file, "--from-line", "7").out, "1 message loaded\n")
+        self.assertEqual(sorted(self.subjects()), ["a", "b", "c", "d"])
+        self.refused("load", file, "--from-line", "8", saying=":8: the file has no such line")
+        self.refused("load", file, "--from-line", "0", code=2, saying="--from-line")
 
     def test_not_json(self):
         self.stops('{"folder": "New folder", ', "JSON")

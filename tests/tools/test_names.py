@@ -35,6 +35,18 @@ class Names(World):
                          {"name": "PRIO_URGENT", "value": 1})
         self.assertEqual(self.zeb("name").out.splitlines()[:2], ["MAPIErrors        98", "CMCErrors         39"])
 
+    def test_a_value_alone_is_looked_for_in_all_tables(self):
+        self.assertEqual(self.zeb("name", "0x80040115").out, f"{'MAPIErrors':<16}  MAPI_E_NETWORK_ERROR\n")
+        self.assertEqual(self.zeb("name", "0x0037001F").out.splitlines(),
+                         [f"{table:<16}  {name}" for table, name in
+                          (("PropTags", "PR_SUBJECT_W"), ("PropIDs", "PR_SUBJECT"), ("PropType", "PT_UNICODE"))])
+        found = json.loads(self.zeb("name", "1", "--json").out)
+        self.assertIn({"table": "Priority", "name": "PRIO_URGENT"}, found)
+        self.assertIn({"table": "RecipType", "name": "MAPI_TO"}, found)
+        self.assertIn("PR_INTERNET_CPID", self.zeb("name", "0x3FDE0003").out)
+        self.refused("name", "0x80041234", saying="no table has a name for 0x80041234")
+        self.refused("name", "12345678901", code=2, saying="32 bits")
+
     def test_an_unknown_table_is_refused_with_those_there_are(self):
         self.refused("name", "Colours", "1", code=2, saying=["'Colours'", "MAPIErrors", "AttachMethod"])
         self.refused("value", "Colours", "RED", code=2, saying=["'Colours'", "MAPIErrors", "AttachMethod"])

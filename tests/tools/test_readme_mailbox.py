@@ -13,7 +13,7 @@ class ReadmeMailbox(World):
         folders = re.findall(r'"([^"]+)"', re.search(r"^inbox=\((.*)\)$", script, re.M)[1])
         self.create_profile()
         self.importer("pst", str(world.SAMPLES / "enron.pst"), *[part for name in folders for part in ("--inbox", name)])
-        real = self.zeb("inbox").out.splitlines()
+        real = self.zeb("inbox", "--utc").out.splitlines()
         readme = (world.ROOT / "README.md").read_text(encoding="utf-8")
         block = re.search(r"It ends with\n\n((?:    .*\n)+)", readme)[1]
         *shown, under_wine, native, last = [line[4:] for line in block.splitlines()]

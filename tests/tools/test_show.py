@@ -35,7 +35,7 @@ class Show(World):
         self.assertIn("(70,000 bytes) ABAB", rows["PR_ATTACH_DATA_BIN"])
         self.assertTrue(rows["Keywords"].endswith("(2) a, b"))
         self.assertRegex(rows["0x8510"], r"PT_LONG +7$")
-        self.assertTrue(rows["PR_CLIENT_SUBMIT_TIME"].endswith("2026-01-02 03:04:05"))
+        self.assertTrue(rows["PR_CLIENT_SUBMIT_TIME"].endswith("2026-01-02 03:04:05 +00:00"))
         for heading in ("named in " + SET, "recipient 1", "attachment 1", "attachment 2, message"):
             self.assertIn(heading, "\n".join(lines))
 
@@ -51,7 +51,7 @@ class Show(World):
         self.assertEqual([rows[f"0x680{i}{kind}"] for i, kind in enumerate(
             ("0102", "0102", "001F", "0003", "0002", "000B", "0040", "0005"))],
             [["PT_BINARY", "(1 byte) 00"], ["PT_BINARY", "(0 bytes)"], ["PT_UNICODE"], ["PT_LONG", "-7"],
-             ["PT_I2", "5"], ["PT_BOOLEAN", "true"], ["PT_SYSTIME", "9999-12-31 23:59:59"], ["PT_DOUBLE", "0.5"]])
+             ["PT_I2", "5"], ["PT_BOOLEAN", "true"], ["PT_SYSTIME", "9999-12-31 23:59:59 +00:00"], ["PT_DOUBLE", "0.5"]])
         self.assertRegex(rows["0x68081003"][1], r"^\(2,000\) 0, 1, 2, .*\u2026$")
         self.assertIn(["PT_LONG", "1"], [rows["n" * 39 + "\u2026"]])
         section = [line.split()[0] for line in lines[1:lines.index("  named in " + SET)]]
@@ -72,7 +72,7 @@ class Show(World):
     def test_what_can_not_be_read_is_named_and_the_rest_is_shown(self):
         number = self.call_number("IMAPIProp::OpenProperty", "show", "Inbox", "1", which=0)
         self.environment["ZEBSTORE_FAULT"] = f"call:{number}:0x80040115"
-        done = self.one_sentence(self.zeb("show", "Inbox", "1"), [" can not be read: ", "MAPI_E_NETWORK_ERROR"])
+        done = self.one_sentence(self.zeb("show", "Inbox", "1"), [" cannot be read: ", "MAPI_E_NETWORK_ERROR"])
         self.assertIn("PR_SUBJECT ", done.out)
 
     def test_hidden_messages_are_shown_when_asked(self):
@@ -80,7 +80,35 @@ class Show(World):
         self.assertEqual(self.shown("Inbox", "1", "--associated")["PR_SUBJECT"], "hidden")
 
     def test_long_values_are_whole_when_asked(self):
-        self.assertIn("line " * 19999 + "line", self.zeb("show", "Inbox", "1", "--full").out)
+        lines = self.zeb("show", "Inbox", "1", "--full").out.splitlines()
+        first = next(i for i, line in enumerate(lines) if line.startswith("  PR_BODY "))
+        at = lines[first].index("(100,000 characters) line")
+        self.assertTrue(lines[first].endswith("(100,000 characters) line"), lines[first])
+        self.assertEqual(lines[first + 1:first + 20_000], [" " * at + "line"] * 19_999)
+        self.assertTrue(lines[first + 20_001].startswith("  PR_"), lines[first + 20_001])
+
+    def test_line_breaks_of_windows_are_line_breaks_and_the_rest_is_harmless(self):
+        self.load(message("breaks", folder="Breaks", PR_BODY="a\r\nb\rc\n\n\u001bd"))
+        lines = self.zeb("show", "Breaks", "1", "--full").out.splitlines()
+        first = next(i for i, line in enumerate(lines) if line.startswith("  PR_BODY "))
+        at = lines[first].index(" a") + 1
+        self.assertEqual([line[at:] for line in lines[first:first + 4]], ["a", "b c", "", " d"])
+        self.assertTrue(lines[first + 2] == "" and lines[first + 3].startswith(" " * at))
+        self.assertIn("a  b c   d", self.zeb("show", "Breaks", "1").out)
+
+    def test_properties_of_later_headers_have_names(self):
+        tags = {"0x003D001F": "PR_SUBJECT_PREFIX", "0x007D001F": "PR_TRANSPORT_MESSAGE_HEADERS", "0x10130102": "PR_HTML",
+                "0x1035001F": "PR_INTERNET_MESSAGE_ID", "0x3FDE0003": "PR_INTERNET_CPID"}
+        values = {"0x3FDE0003": 65001, "0x10130102": "00"}
+        self.load(message("named", folder="Named", **{tag: values.get(tag, "text") for tag in tags})
+                  | {"attachments": [{"properties": {"0x370E001F": "text/plain", "PR_ATTACH_METHOD": 1}}],
+                     "recipients": [{"properties": {"0x39FE001F": "a@b.c", "PR_DISPLAY_NAME": "A"}}]})
+        shown = self.zeb("show", "Named", "1").out
+        for name in (*tags.values(), "PR_ATTACH_MIME_TAG", "PR_SMTP_ADDRESS"):
+            self.assertRegex(shown, rf"(?m)^  {name} ")
+        self.assertNotRegex(shown, r"(?m)^  0x")
+        self.zeb("set", "Named", "1", "PR_INTERNET_CPID=28591", "PR_INTERNET_MESSAGE_ID=<a@b>")
+        self.assertRegex(self.zeb("show", "Named", "1").out, r"(?m)^  PR_INTERNET_CPID .* 28591$")
 
     def test_machines_read_names_types_and_values(self):
         found = json.loads(self.zeb("show", "Inbox", "1", "--json").out)

@@ -137,3 +137,24 @@ class Terminal(World):
         for line in self.on_terminal("inbox", columns=60).splitlines():
             self.assertLessEqual(len(line), 60)
         self.assertIn("a very long subject " * 9, self.zeb("inbox").out)
+
+    def test_the_subject_is_seen_on_a_narrow_terminal(self):
+        self.load(message("a very long subject " * 10, PR_SENDER_NAME="Ada Lovelace, Countess of"))
+        for command in (["inbox"], ["find", "Inbox"]):
+            for columns in (40, 50, 60, 70, 80, 90, 120):
+                with self.subTest(command=command, columns=columns):
+                    lines = self.on_terminal(*command, columns=columns).splitlines()
+                    self.assertTrue(all(len(line) <= columns for line in lines), lines)
+                    self.assertIn("a very long subj", lines[1])
+                    self.assertIn("2026-01-02", lines[1])
+                    self.assertEqual(lines[0].index("subject"), lines[1].index("a very"))
+                    if columns >= 60:
+                        self.assertIn("Ada Lovelace", lines[1])
+                    if columns >= 90:
+                        self.assertIn("2026-01-02 03:04:05", lines[1])
+
+    def test_long_names_of_properties_fit_the_terminal(self):
+        self.load(message("a", **{"{00020329-0000-0000-C000-000000000046}:PT_UNICODE:name:" + "n" * 60: "v" * 60}))
+        lines = self.on_terminal("show", "Inbox", "1", columns=60).splitlines()
+        self.assertTrue(all(len(line) <= 60 for line in lines[1:]), max(lines[1:], key=len))
+        self.assertRegex("\n".join(lines), r"n+\u2026  PT_UNICODE     v{5,}\u2026")

@@ -88,6 +88,7 @@ class Watch(Watching):
         self.assertEqual(json.loads(self.said(self.out))["event"], "changed")
 
     def test_an_object_has_the_time_and_the_identifier(self):
+        first = self.found("Inbox", "--subject", "first")[0]["entryId"]
         process = self.watch("Inbox", "--json", "--count", "2")
         self.load(message("second"))
         self.wait_until(lambda: "second" in self.said(self.out))
@@ -99,6 +100,16 @@ class Watch(Watching):
         self.assertLessEqual(added["time"][:19], deleted["time"][:19])
         self.assertEqual(added["entryId"], self.found("Inbox", "--subject", "second")[0]["entryId"])
         self.assertEqual((deleted["event"], deleted["subject"]), ("deleted", "first"))
+        self.assertEqual(deleted["entryId"], first)
+
+    def test_one_that_came_while_it_was_watched_is_known_when_it_goes(self):
+        process = self.watch("Inbox", "--json", "--count", "2")
+        self.load(message("second"))
+        self.wait_until(lambda: "second" in self.said(self.out))
+        self.zeb("rm", "Inbox", "second", "--hard", "--yes")
+        self.assertEqual(process.wait(60), 0)
+        added, deleted = [json.loads(line) for line in self.said(self.out).splitlines()]
+        self.assertEqual((deleted["event"], deleted["subject"], deleted["entryId"]), ("deleted", "second", added["entryId"]))
 
     def test_a_folder_that_is_not_there_is_named(self):
         self.refused("watch", "Nowhere", saying="'Nowhere'")

@@ -13,6 +13,8 @@ SAMPLES = ROOT / "build/deps/node_modules/pst-extractor/example/testdata"
 BUILD = None
 WINDOWS = False
 PREFIX = None
+# Every path of a test has characters outside the code pages, of one and of two units of UTF-16.
+FOLDER = "zeb-tools \u65e5\u672c\u8a9e \U0001F600 "
 
 
 def setup(build, windows, part):
@@ -33,12 +35,12 @@ class World(unittest.TestCase):
     registered = True
 
     def setUp(self):
-        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="zeb-tools-"))
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix=FOLDER))
         self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
         self.environment = dict(os.environ, ZEBAPI_REGISTRY=str(self.folder / "registry.reg"),
                                 XDG_CONFIG_HOME=str(self.folder), XDG_DATA_HOME=str(self.folder),
-                                ZEB_WINEPREFIX=str(PREFIX), LC_ALL="C.UTF-8")
-        for name in ("ZEBAPI_LOG", "ZEBSTORE_TRACE", "ZEBSTORE_FAULT"):
+                                ZEB_WINEPREFIX=str(PREFIX), LC_ALL="C.UTF-8", TZ="UTC")
+        for name in ("ZEBAPI_LOG", "ZEBAPI_LOG_LEVEL", "ZEBSTORE_TRACE", "ZEBSTORE_FAULT"):
             self.environment.pop(name, None)
         if WINDOWS:
             for profile in json.loads(self.zeb("profile", "list", "--json").stdout) if self.registered_already() else []:
@@ -59,9 +61,15 @@ class World(unittest.TestCase):
             self.assertEqual(self.reg("add", key, *text, "/f"), 0)
             return
         file = self.folder / "registry.reg"
-        before = file.read_text(encoding="utf-8") if file.exists() else "Windows Registry Editor Version 5.00\n"
+        before = self.registry_text() if file.exists() else "Windows Registry Editor Version 5.00\n"
         name = "" if value is None else (f'"{value}"' if value else "@") + f'="{data}"\n'
         file.write_text(f"{before}\n[{key}]\n{name}", encoding="utf-8")
+
+    def registry_text(self):
+        """The registry file of Linux, which is UTF-16 where it has more than ASCII."""
+        data = (self.folder / "registry.reg").read_bytes()
+        text = data.decode("utf-16" if data.startswith(b"\xff\xfe") else "utf-8")
+        return text.replace("\r\n", "\n")
 
     def reg(self, *arguments):
         """Runs Windows' registry command. Returns its exit code."""

@@ -1,5 +1,6 @@
 #include "tools/common/Failure.h"
 
+#include "tools/common/FolderPath.h"
 #include "tools/common/Output.h"
 
 #include <cstdio>
@@ -8,6 +9,25 @@ namespace zeb::tools
 {
 namespace
 {
+
+/// Codes of Windows that reach a host without being MAPI's.
+struct OtherCode
+{
+    HRESULT code;
+    const char* text;
+};
+
+constexpr OtherCode OtherCodes[] = {
+    {NameNotFound, "there is no such element"},
+    {E_NOTIMPL, "the provider does not do this"},
+    {E_POINTER, "MAPI is not started"},
+    {E_ABORT, "the operation was aborted"},
+    {E_UNEXPECTED, "the provider failed unexpectedly"},
+    {STG_E_MEDIUMFULL, "the medium is full"},
+    {STG_E_ACCESSDENIED, "access is denied"},
+    {STG_E_WRITEFAULT, "writing failed"},
+    {STG_E_READFAULT, "reading failed"},
+};
 
 std::string CodeText(HRESULT result)
 {
@@ -19,8 +39,12 @@ std::string CodeText(HRESULT result)
 /// The name of a result code and the code, "MAPI_E_NOT_FOUND 0x8004010F".
 std::string NamedCode(HRESULT result)
 {
-    const char* name = Zeb_NameFromValue("MAPIErrors", static_cast<ULONG>(result), nullptr);
-    return (name ? name + std::string(" ") : std::string()) + CodeText(result);
+    if (const char* name = Zeb_NameFromValue("MAPIErrors", static_cast<ULONG>(result), nullptr))
+        return name + std::string(" ") + CodeText(result);
+    for (const OtherCode& each : OtherCodes)
+        if (each.code == result)
+            return each.text + (" (" + CodeText(result) + ")");
+    return "a failure without a name (" + CodeText(result) + ")";
 }
 
 /// The provider's sentence out of an exception's description ("Ver:0, Error:..., Component:..., ..."); empty

@@ -130,8 +130,15 @@ FolderTree::FolderTree(CZebMsgStore& store)
 
 CZebFolder FolderTree::Top(bool fromRoot)
 {
-    return fromRoot ? m_store.OpenRootFolder(MAPI_BEST_ACCESS)
-                    : m_store.OpenSpecialFolder(PR_IPM_SUBTREE_ENTRYID, MAPI_BEST_ACCESS);
+    try
+    {
+        return fromRoot ? m_store.OpenRootFolder(MAPI_BEST_ACCESS)
+                        : m_store.OpenSpecialFolder(PR_IPM_SUBTREE_ENTRYID, MAPI_BEST_ACCESS);
+    }
+    catch (...)
+    {
+        FailWhile(fromRoot ? "opening the store's root folder" : "opening the store's top folder");
+    }
 }
 
 CZebFolder& FolderTree::Open(const FolderPath& path, bool create)

@@ -2,6 +2,9 @@
 
 #include "tools/common/Failure.h"
 #include "tools/common/Output.h"
+#include "tools/common/Profiles.h"
+
+#include <algorithm>
 
 namespace zeb::tools
 {
@@ -13,14 +16,12 @@ bool MayExist(const std::string& profile)
 {
     try
     {
-        CZebProfAdmin profiles = CZebProfAdmin::Open();
-        CZebTable table = profiles.GetProfileTable();
-        CZebRowSet rows;
-        table.QueryAllRows(&rows, nullptr, nullptr);
-        for (ULONG i = 0; i < rows.Count(); ++i)
-            if (static_cast<CStringA>(rows[i][PR_DISPLAY_NAME_A]).CompareNoCase(profile.c_str()) == 0)
-                return true;
-        return false;
+        CZebProfAdmin administration = CZebProfAdmin::Open();
+        const CStringW wanted = WideFromUtf8(profile);
+        const std::vector<ProfileEntry> profiles = ListProfiles(administration);
+        return std::any_of(profiles.begin(), profiles.end(),
+                           [&](const ProfileEntry& each)
+                           { return WideFromUtf8(each.name).CompareNoCase(wanted) == 0; });
     }
     catch (CException* exception)
     {
@@ -31,7 +32,7 @@ bool MayExist(const std::string& profile)
 
 std::string NamedProfile(const std::string& profile)
 {
-    return profile.empty() ? "the default profile" : "profile '" + Utf8FromNarrow(profile) + "'";
+    return profile.empty() ? "the default profile" : "profile '" + ValidUtf8(profile) + "'";
 }
 
 } // namespace
@@ -54,13 +55,18 @@ HostMapi::~HostMapi()
 }
 
 HostSession::HostSession(const std::string& profile)
-    : m_session(nullptr)
+    : m_profile(profile)
+    , m_session(nullptr)
 {
     if (profile.empty() && Zeb_GetMAPI().GetDefaultProfileName().IsEmpty())
         throw ToolError("there is no default profile; 'zeb profile list' shows the profiles there are");
     try
     {
-        m_session = Zeb_GetMAPI().OpenSession(nullptr, profile.empty() ? nullptr : profile.c_str());
+        const ProfileName name(profile);
+        if (name.IsWide())
+            m_session = Zeb_GetMAPI().OpenSessionW(nullptr, name.Wide());
+        else
+            m_session = Zeb_GetMAPI().OpenSession(nullptr, profile.empty() ? nullptr : name.Narrow());
     }
     catch (...)
     {
@@ -79,7 +85,14 @@ HostSession::~HostSession()
 
 CZebMsgStore HostSession::OpenStore()
 {
-    return m_session.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS | MDB_NO_DIALOG);
+    try
+    {
+        return m_session.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS | MDB_NO_DIALOG);
+    }
+    catch (...)
+    {
+        FailWhile("opening the default store of " + NamedProfile(m_profile));
+    }
 }
 
 std::string TextOf(CZebIProp& object, ULONG wideTag)

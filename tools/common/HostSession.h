@@ -22,7 +22,7 @@ public:
 class HostSession
 {
 public:
-    /// @param profile narrow text; empty: the default profile.
+    /// @param profile UTF-8; empty: the default profile.
     /// @throws ToolError naming the profile
     explicit HostSession(const std::string& profile);
     ~HostSession();
@@ -35,6 +35,7 @@ public:
     CZebMsgStore OpenStore();
 
 private:
+    const std::string m_profile;
     HostMapi m_mapi;
     CZebSession m_session;
 };

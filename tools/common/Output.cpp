@@ -165,6 +165,12 @@ std::string Utf8FromNarrow(const std::string& text)
     return platform::Utf8FromWide(wide.data(), wide.size());
 }
 
+std::string ValidUtf8(const std::string& text)
+{
+    const platform::WideString wide = platform::WideFromUtf8(text.data(), text.size());
+    return platform::Utf8FromWide(wide.data(), wide.size());
+}
+
 CStringW WideFromUtf8(const std::string& text)
 {
     return CStringW(platform::WideFromUtf8(text.data(), text.size()).c_str());
@@ -218,11 +224,6 @@ std::string Fitted(const std::string& text, size_t width)
     const size_t used = DisplayWidth(fitted);
     fitted.append(used < width ? width - used : 0, ' ');
     return fitted;
-}
-
-std::string TimeForPeople(const FILETIME& time)
-{
-    return Ticks(time) < EndOfYears ? DateAndTime(Ticks(time), ' ') : TimeForMachines(time);
 }
 
 std::string TimeForMachines(const FILETIME& time)

@@ -15,6 +15,9 @@ std::string Utf8(const CStringW& text);
 /// Narrow text (the ANSI code page on Windows) as UTF-8.
 std::string Utf8FromNarrow(const std::string& text);
 
+/// Text that was given as UTF-8, with U+FFFD for what is none.
+std::string ValidUtf8(const std::string& text);
+
 /// UTF-8 as the library's wide text.
 CStringW WideFromUtf8(const std::string& text);
 
@@ -33,9 +36,6 @@ std::string Fitted(const std::string& text, size_t width);
 
 /// The text cut to `width` columns with an ellipsis; unchanged when it fits or `width` is 0.
 std::string Shortened(const std::string& text, size_t width);
-
-/// A file time as ISO 8601 in UTC: "2026-01-02 03:04:05" for people.
-std::string TimeForPeople(const FILETIME& time);
 
 /// A file time as ISO 8601 in UTC with as many digits of the second as it needs (100 ns units):
 /// "2026-01-02T03:04:05Z", "2026-01-02T03:04:05.0000001Z". Times that are no date from year 1601 to 9999 come

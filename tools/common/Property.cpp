@@ -2,6 +2,7 @@
 
 #include "tools/common/Failure.h"
 #include "tools/common/Output.h"
+#include "tools/common/PropertyNames.h"
 
 #include <cstdio>
 #include <cstring>
@@ -178,7 +179,7 @@ std::string PropertyText(const Property& property)
             property.name->isText ? Utf8(CStringW(property.name->text.c_str())) : std::string(number);
         return "named property " + GuidText(property.name->set) + " " + name;
     }
-    if (const char* name = Zeb_NameFromValue("PropIDs", PROP_ID(property.tag), nullptr))
+    if (const char* name = NameOfProperty(PROP_ID(property.tag)))
         return name;
     std::snprintf(number, sizeof number, "0x%08X", static_cast<unsigned>(property.tag));
     return number;

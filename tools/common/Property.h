@@ -53,7 +53,7 @@ using Properties = std::vector<Property>;
 /// @throws ToolError when no property can have the type
 size_t ElementSize(ULONG type);
 
-/// "PR_SUBJECT", or "0x3FDE0003" when the identifier has no name, or the name of a named property.
+/// "PR_SUBJECT", or "0x68010003" when the identifier has no name, or the name of a named property.
 std::string PropertyText(const Property& property);
 
 /// A GUID as "{00062008-0000-0000-C000-000000000046}".

@@ -101,7 +101,7 @@ int Messages(libpff_item_t* folder, bool associated)
 } // namespace
 
 PstSource::PstSource(const std::string& file)
-    : m_name(Utf8FromNarrow(file))
+    : m_name(ValidUtf8(file))
 {
     std::error_code failure;
     const auto size = std::filesystem::file_size(file, failure);

@@ -1,3 +1,4 @@
+#include "platform/arguments.h"
 #include "platform/console.h"
 #include "platform/interrupt.h"
 #include "tools/common/Failure.h"
@@ -146,7 +147,9 @@ int main(int argc, char** argv)
                        "PATH");
     try
     {
-        app.parse(argc, argv);
+        std::vector<std::string> arguments = zeb::platform::Arguments(argc, argv);
+        std::reverse(arguments.begin(), arguments.end()); // as CLI11 takes them
+        app.parse(std::move(arguments));
     }
     catch (const CLI::ParseError& error)
     {

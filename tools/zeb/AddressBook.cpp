@@ -2,8 +2,10 @@
 #include "platform/console.h"
 #include "tools/common/Failure.h"
 #include "tools/common/Output.h"
+#include "tools/common/Property.h"
 #include "tools/zeb/AddressBookHost.h"
 #include "tools/zeb/Command.h"
+#include "tools/zeb/Objects.h"
 
 #include <nlohmann/json.hpp>
 
@@ -149,14 +151,9 @@ int ListEntries(AddressBookHost& host, const Options& options)
 
 std::string PropertyName(ULONG tag)
 {
-    // The library's table of names is that of MAPI's older headers.
-    if (PROP_ID(tag) == 0x39FE)
-        return "PR_SMTP_ADDRESS";
-    if (const char* name = Zeb_NameFromValue("PropIDs", PROP_ID(tag)))
-        return name;
-    char text[16];
-    std::snprintf(text, sizeof(text), "0x%08X", static_cast<unsigned>(tag));
-    return text;
+    Property property;
+    property.tag = tag;
+    return PropertyText(property);
 }
 
 /// The members of a list. @param seen identifiers of the lists that were walked through; null: direct members only
@@ -243,11 +240,19 @@ int Show(AddressBookHost& host, const Options& options)
     return ExitDone;
 }
 
+void RequireEntryId(const std::string& text)
+{
+    if (IsEntryId(text))
+        return;
+    EntryIdFromText(text);
+    throw UsageError("the entry identifier '" + text +
+                     "' is too short: the shortest has 20 bytes, 40 digits");
+}
+
 int Compare(AddressBookHost& host, const Options& options)
 {
     for (const std::string& each : {options.subject, options.other})
-        if (!IsEntryId(each))
-            throw ToolError("'" + each + "' is no entry identifier: hexadecimal digits, two a byte");
+        RequireEntryId(each);
     const bool same = host.Book().CompareEntryIDs(options.subject.c_str(), options.other.c_str());
     if (options.json)
         Print(Dumped(Json{{"same", same}}, 2) + "\n");

@@ -5,6 +5,7 @@
 #include "tools/common/Output.h"
 #include "tools/common/PropertyValues.h"
 #include "tools/zeb/LoadValues.h"
+#include "tools/zeb/Moments.h"
 
 #include <algorithm>
 #include <cctype>
@@ -45,21 +46,6 @@ Json ValueOf(ULONG type, const std::string& text)
     return parsed.is_discarded() ? Json(text) : parsed;
 }
 
-/// Digits as a number, with "." and such for separators given by `pattern`: "dddd-dd-ddTdd:dd:ddZ".
-bool Matches(const std::string& text, const char* pattern)
-{
-    size_t i = 0;
-    for (; pattern[i] != '\0'; ++i)
-    {
-        if (i >= text.size())
-            return false;
-        const bool isDigit = std::isdigit(static_cast<unsigned char>(text[i])) != 0;
-        if (pattern[i] == 'd' ? !isDigit : text[i] != pattern[i])
-            return false;
-    }
-    return i == text.size();
-}
-
 } // namespace
 
 bool IsAssignment(const std::string& argument)
@@ -77,7 +63,7 @@ bool IsAssignment(const std::string& argument)
 
 Property ParseAssignment(const std::string& argument)
 {
-    const std::string text = Utf8FromNarrow(argument);
+    const std::string text = ValidUtf8(argument);
     const size_t equals = text.find('=');
     try
     {
@@ -87,7 +73,7 @@ Property ParseAssignment(const std::string& argument)
         Property property = PropertyNamed(name);
         std::string value = text.substr(equals + 1);
         if (property.Type() == PT_SYSTIME && value.compare(0, 2, "0x") != 0)
-            value = TimeForMachines(ParseMoment(name, value).time);
+            value = TimeForMachines(ParseMoment(name, value, Zone::Local).time);
         try
         {
             SetValues(property, ValueOf(property.Type(), value));
@@ -108,7 +94,7 @@ Property ParseRemoval(const std::string& name)
 {
     try
     {
-        Property property = PropertyNamed(Utf8FromNarrow(name));
+        Property property = PropertyNamed(ValidUtf8(name));
         property.removed = true;
         return property;
     }
@@ -116,36 +102,6 @@ Property ParseRemoval(const std::string& name)
     {
         throw UsageError(error.what());
     }
-}
-
-Moment ParseMoment(const std::string& what, const std::string& text)
-{
-    Moment moment;
-    std::string whole = text;
-    moment.isDay = Matches(text, "dddd-dd-dd");
-    if (moment.isDay)
-        whole += "T00:00:00Z";
-    else if (Matches(text, "dddd-dd-dd dd:dd") || Matches(text, "dddd-dd-ddTdd:dd"))
-        whole += ":00Z";
-    else if (Matches(text, "dddd-dd-dd dd:dd:dd") || Matches(text, "dddd-dd-ddTdd:dd:dd"))
-        whole += "Z";
-    if (whole.size() > 10 && whole[10] == ' ')
-        whole[10] = 'T';
-    if (!ParseTime(whole, moment.time))
-        throw UsageError(what + " needs a date such as 2026-01-02 or 2026-01-02T03:04:05Z, not '" +
-                         Shortened(OneLine(text), 40) + "'");
-    return moment;
-}
-
-FILETIME NextDay(const FILETIME& day)
-{
-    constexpr uint64_t ticksADay = 864'000'000'000;
-    const uint64_t ticks =
-        ((static_cast<uint64_t>(day.dwHighDateTime) << 32) | day.dwLowDateTime) + ticksADay;
-    FILETIME next;
-    next.dwLowDateTime = static_cast<DWORD>(ticks);
-    next.dwHighDateTime = static_cast<DWORD>(ticks >> 32);
-    return next;
 }
 
 LONG ParseSize(const std::string& what, const std::string& text)
@@ -162,7 +118,7 @@ LONG ParseSize(const std::string& what, const std::string& text)
     }
     if (!known || digits == 0 || digits > 10 || std::stoull(text.substr(0, digits)) * factor > largest)
         throw UsageError(what + " needs a number of bytes such as 1500, 10k or 2M, not '" +
-                         Shortened(OneLine(Utf8FromNarrow(text)), 40) + "'");
+                         Shortened(OneLine(ValidUtf8(text)), 40) + "'");
     return static_cast<LONG>(std::stoull(text.substr(0, digits)) * factor);
 }
 

@@ -1,4 +1,4 @@
-// What stands on a command line: values of properties, dates, sizes, and the answer to a question.
+// What is written on a command line: values of properties, sizes, and the answer to a question.
 #pragma once
 
 #include "tools/common/Property.h"
@@ -13,24 +13,12 @@ namespace zeb::tools
 bool IsAssignment(const std::string& argument);
 
 /// A property from NAME=VALUE, named as in a .jsonl file. Text is taken as it stands, other values as the
-/// file has them, arrays included; numbers may be "0x10".
+/// file has them, arrays included; numbers may be "0x10", dates are those of ParseMoment.
 /// @throws UsageError
 Property ParseAssignment(const std::string& argument);
 
 /// A property by name that is to be deleted. @throws UsageError
 Property ParseRemoval(const std::string& name);
-
-/// A point in time from "2026-01-02", "2026-01-02 03:04", "2026-01-02T03:04:05Z"; UTC.
-struct Moment
-{
-    FILETIME time{};
-    bool isDay = false; ///< no time of day was given
-};
-/// @param what the option, for the sentence @throws UsageError
-Moment ParseMoment(const std::string& what, const std::string& text);
-
-/// The moment when the day after begins.
-FILETIME NextDay(const FILETIME& day);
 
 /// A number of bytes: "1500", "10k", "2M", in units of 1024. @throws UsageError
 LONG ParseSize(const std::string& what, const std::string& text);

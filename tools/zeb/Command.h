@@ -61,6 +61,12 @@ inline void AddSortOption(CLI::App& command, std::string& sort)
         ->capture_default_str();
 }
 
+/// Adds "--utc" to a command that shows or takes dates.
+inline void AddUtcOption(CLI::App& command, bool& utc)
+{
+    command.add_flag("--utc", utc, "Dates in UTC; without it in local time");
+}
+
 /// Adds the option that answers the question of a command that destroys something.
 inline void AddYesOption(CLI::App& command, bool& yes)
 {

@@ -2,16 +2,12 @@
 
 #include "tools/common/Output.h"
 #include "tools/zeb/Arguments.h"
+#include "tools/zeb/Moments.h"
 
 namespace zeb::tools
 {
 namespace
 {
-
-CStringW WideArgument(const std::string& text)
-{
-    return WideFromUtf8(Utf8FromNarrow(text));
-}
 
 void Contains(CZebRestriction& node, ULONG tag, const CStringW& text)
 {
@@ -34,22 +30,34 @@ void IsFrom(CZebRestriction& node, const CStringW& from)
     Contains(senderAddress, PR_SENDER_EMAIL_ADDRESS_W, from);
 }
 
+/// The date that listings show: when the message was sent or, where that is not known, delivered.
+void CompareDate(CZebRestriction& node, ULONG relop, const FILETIME& time)
+{
+    node.CreateOr(2);
+    CZebRestriction sent = node[0], delivered = node[1];
+    sent.CreateProp(PR_CLIENT_SUBMIT_TIME, relop) = time;
+    delivered.CreateAnd(2);
+    CZebRestriction notSent = delivered[0], then = delivered[1];
+    notSent.CreateNot().CreateExist(PR_CLIENT_SUBMIT_TIME);
+    then.CreateProp(PR_MESSAGE_DELIVERY_TIME, relop) = time;
+}
+
 } // namespace
 
 Criteria::Criteria(const CriteriaText& text)
     : m_any(text.any)
 {
     if (!text.subject.empty())
-        m_conditions.push_back([subject = WideArgument(text.subject)](CZebRestriction& node)
+        m_conditions.push_back([subject = WideFromUtf8(text.subject)](CZebRestriction& node)
                                { Contains(node, PR_SUBJECT_W, subject); });
     if (!text.from.empty())
-        m_conditions.push_back([from = WideArgument(text.from)](CZebRestriction& node)
+        m_conditions.push_back([from = WideFromUtf8(text.from)](CZebRestriction& node)
                                { IsFrom(node, from); });
     AddTimes(text);
     AddSizes(text);
     if (!text.messageClass.empty())
         m_conditions.push_back(
-            [messageClass = WideArgument(text.messageClass)](CZebRestriction& node)
+            [messageClass = WideFromUtf8(text.messageClass)](CZebRestriction& node)
             { node.CreateContentW(PR_MESSAGE_CLASS_W, messageClass, FL_PREFIX | FL_IGNORECASE); });
     if (text.unread)
         m_conditions.push_back([](CZebRestriction& node)
@@ -60,20 +68,13 @@ Criteria::Criteria(const CriteriaText& text)
 
 void Criteria::AddTimes(const CriteriaText& text)
 {
+    const Zone zone = text.utc ? Zone::Utc : Zone::Local;
     if (!text.since.empty())
-        m_conditions.push_back([since = ParseMoment("--since", text.since)](CZebRestriction& node)
-                               { node.CreateProp(PR_CLIENT_SUBMIT_TIME, RELOP_GE) = since.time; });
-    if (text.until.empty())
-        return;
-    const Moment until = ParseMoment("--until", text.until);
-    m_conditions.push_back(
-        [until](CZebRestriction& node)
-        {
-            if (until.isDay)
-                node.CreateProp(PR_CLIENT_SUBMIT_TIME, RELOP_LT) = NextDay(until.time);
-            else
-                node.CreateProp(PR_CLIENT_SUBMIT_TIME, RELOP_LE) = until.time;
-        });
+        m_conditions.push_back([since = ParseMoment("--since", text.since, zone)](CZebRestriction& node)
+                               { CompareDate(node, RELOP_GE, since.time); });
+    if (!text.until.empty())
+        m_conditions.push_back([until = ParseMoment("--until", text.until, zone)](CZebRestriction& node)
+                               { CompareDate(node, until.isDay ? RELOP_LT : RELOP_LE, until.end); });
 }
 
 void Criteria::AddSizes(const CriteriaText& text)

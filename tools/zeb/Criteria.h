@@ -17,6 +17,7 @@ struct CriteriaText
     bool unread = false;
     bool attachments = false;
     bool any = false; ///< one condition is enough
+    bool utc = false; ///< dates without a zone are UTC, not local
 };
 
 class Criteria

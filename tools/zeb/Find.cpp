@@ -45,7 +45,8 @@ public:
     Search(const Options& options, const Criteria& criteria)
         : m_options(options)
         , m_criteria(criteria)
-        , m_columns(static_cast<size_t>(platform::TerminalColumns(platform::OutputStream::Output)))
+        , m_columns(true, static_cast<size_t>(platform::TerminalColumns(platform::OutputStream::Output)),
+                    options.criteria.utc ? Zone::Utc : Zone::Local)
     {
         if (m_options.json)
             Print("{\n  \"messages\": [");
@@ -145,13 +146,13 @@ private:
         if (!m_options.json && m_options.recursive)
             Print((m_shown ? "\n" : "") + OneLine(path.Text()) + "\n");
         if (!m_options.json && (m_options.recursive || m_shown == 0))
-            Print(MessageHeading(true, m_columns));
+            Print(m_columns.Heading());
         for (const MessageRow& row : rows)
         {
             if (m_options.json)
                 ShowJson(row, path);
             else
-                Print(MessageLineForPeople(row, true, m_columns));
+                Print(m_columns.Line(row));
             ++m_shown;
         }
     }
@@ -173,7 +174,7 @@ private:
 
     const Options& m_options;
     const Criteria& m_criteria;
-    const size_t m_columns;
+    const MessageColumns m_columns;
     ULONG m_shown = 0, m_found = 0, m_searched = 0;
 };
 
@@ -195,7 +196,8 @@ void AddCriteria(CLI::App& command, CriteriaText& criteria)
     { command.add_option(name, value, help)->type_name(type)->group("Conditions"); };
     add("--subject", criteria.subject, "TEXT", "The subject contains the text, in any letter case");
     add("--from", criteria.from, "TEXT", "The name or address of whom it is from contains the text");
-    add("--since", criteria.since, "DATE", "Sent then or later: 2026-01-02, 2026-01-02T03:04:05Z (UTC)");
+    add("--since", criteria.since, "DATE",
+        "Sent then or later: 2026-01-02, 2026-01-02T03:04:05+01:00, yesterday, 7d");
     add("--until", criteria.until, "DATE", "Sent then or earlier; a day counts whole");
     add("--size", criteria.size, "BYTES", "At least so large: 1500, 10k, 2M");
     add("--max-size", criteria.maxSize, "BYTES", "At most so large");
@@ -220,6 +222,7 @@ void AddFind(CLI::App& app, Action& action)
     command->add_flag("--associated", options->associated, "Look among the hidden (associated) messages");
     AddCountOption(*command, "--limit", options->limit, "List only the first N");
     AddSortOption(*command, options->sort);
+    AddUtcOption(*command, options->criteria.utc);
     command->add_flag("--json", options->json, "Print JSON");
     command->footer(
         "The # is the message's number in its folder, by which the other commands know it; 1 is the "

@@ -1,6 +1,7 @@
 // zeb mkdir, rmdir, empty, info
 #include "tools/common/Failure.h"
 #include "tools/common/Output.h"
+#include "tools/common/Times.h"
 #include "tools/zeb/Arguments.h"
 #include "tools/zeb/Command.h"
 #include "tools/zeb/Objects.h"
@@ -23,6 +24,7 @@ struct Options
     bool associated = false;
     bool create = false;
     bool yes = false;
+    bool utc = false;
     bool json = false;
 };
 
@@ -57,7 +59,7 @@ std::string Described(const Contents& contents)
 
 int MakeFolder(const Options& options)
 {
-    const FolderPath path = FolderPath::Parse(Utf8FromNarrow(options.folder));
+    const FolderPath path = FolderPath::Parse(ValidUtf8(options.folder));
     if (path.names.empty())
         throw ToolError(Named(path) + " is there already");
     Mailbox mailbox(options.profile);
@@ -180,7 +182,8 @@ int Information(const Options& options)
     Print("  subject  " + OneLine(object["subject"]) + "\n");
     Print("  name     " + OneLine(object["name"]) + "\n");
     Print("  class    " + OneLine(object["class"]) + "\n");
-    Print("  created  " + (hasTime ? TimeForPeople(time) + " UTC" : std::string()) + "\n");
+    Print("  created  " +
+          (hasTime ? TimeWithZone(time, options.utc ? Zone::Utc : Zone::Local) : std::string()) + "\n");
     Print("  entry    " + object["entryId"].get<std::string>() + "\n");
     return ExitDone;
 }
@@ -220,6 +223,7 @@ void AddFolderCommands(CLI::App& app, Action& action)
         AddCommand(app, action, *options, "info", "Shows the library's information message of a folder",
                    [options] { return Information(*options); });
     information->add_flag("--create", options->create, "Make one when there is none");
+    AddUtcOption(*information, options->utc);
     information->add_flag("--json", options->json, "Print JSON");
 }
 

@@ -1,5 +1,6 @@
 // zeb inbox
 #include "platform/console.h"
+#include "tools/common/Failure.h"
 #include "tools/common/HostSession.h"
 #include "tools/common/Output.h"
 #include "tools/zeb/Command.h"
@@ -21,6 +22,7 @@ struct Options
     std::string profile;
     std::string sort = "date";
     ULONG limit = 0;
+    bool utc = false;
     bool json = false;
 };
 
@@ -28,9 +30,10 @@ struct Options
 class Listing
 {
 public:
-    explicit Listing(bool json)
+    Listing(bool json, Zone zone)
         : m_json(json)
-        , m_columns(static_cast<size_t>(platform::TerminalColumns(platform::OutputStream::Output)))
+        , m_columns(false, static_cast<size_t>(platform::TerminalColumns(platform::OutputStream::Output)),
+                    zone)
     {
     }
 
@@ -39,7 +42,7 @@ public:
         if (m_json)
             Print("{\n  \"total\": " + std::to_string(total) + ",\n  \"messages\": [");
         else if (total > 0)
-            Print(MessageHeading(false, m_columns));
+            Print(m_columns.Heading());
     }
 
     void Add(const MessageRow& row)
@@ -49,7 +52,7 @@ public:
                   MessageForMachines(row).dump(-1, ' ', false,
                                                nlohmann::ordered_json::error_handler_t::replace));
         else
-            Print(MessageLineForPeople(row, false, m_columns));
+            Print(m_columns.Line(row));
         ++m_shown;
     }
 
@@ -65,7 +68,7 @@ public:
 
 private:
     const bool m_json;
-    const size_t m_columns;
+    const MessageColumns m_columns;
     ULONG m_shown = 0;
 };
 
@@ -77,7 +80,7 @@ void ListTable(CZebTable& table, const Options& options)
     table.SortTable(order);
 
     const ULONG total = table.GetRowCount();
-    Listing listing(options.json);
+    Listing listing(options.json, options.utc ? Zone::Utc : Zone::Local);
     listing.Begin(total);
     ULONG left = options.limit == 0 ? total : std::min(options.limit, total);
     while (left > 0)
@@ -93,12 +96,23 @@ void ListTable(CZebTable& table, const Options& options)
     listing.End(total);
 }
 
+CZebFolder OpenInbox(CZebMsgStore& store)
+{
+    try
+    {
+        return store.OpenInboxFolder(MAPI_BEST_ACCESS);
+    }
+    catch (...)
+    {
+        FailWhile("opening the inbox");
+    }
+}
+
 int Run(const Options& options)
 {
     HostSession session(options.profile);
     CZebMsgStore store = session.OpenStore();
-    CZebFolder inbox = store.OpenInboxFolder(MAPI_BEST_ACCESS);
-    CZebTable table = inbox.GetContentsTable(MAPI_UNICODE);
+    CZebTable table = OpenInbox(store).GetContentsTable(MAPI_UNICODE);
     ListTable(table, options);
     return 0;
 }
@@ -112,6 +126,7 @@ void AddInbox(CLI::App& app, Action& action)
     AddProfileOption(*command, options->profile);
     AddCountOption(*command, "--limit", options->limit, "List only the first N");
     AddSortOption(*command, options->sort);
+    AddUtcOption(*command, options->utc);
     command->add_flag("--json", options->json, "Print JSON");
     command->callback([options, &action] { action = [options] { return Run(*options); }; });
 }

@@ -1,4 +1,5 @@
 // zeb load
+#include "platform/interrupt.h"
 #include "tools/common/Failure.h"
 #include "tools/common/HostSession.h"
 #include "tools/common/Output.h"
@@ -8,6 +9,7 @@
 #include "tools/zeb/LoadAddress.h"
 #include "tools/zeb/LoadFormat.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -22,6 +24,7 @@ struct Options
 {
     std::string profile;
     std::string file;
+    uint64_t fromLine = 1;
 };
 
 /// A .jsonl file, read line by line.
@@ -29,21 +32,23 @@ class LineReader
 {
 public:
     explicit LineReader(const std::string& file)
-        : m_stream(file, std::ios::binary)
+        : m_stream(std::filesystem::u8path(file), std::ios::binary)
     {
+        const std::filesystem::path path = std::filesystem::u8path(file);
         std::error_code ignored;
-        const std::string named = "'" + Utf8FromNarrow(file) + "' ";
-        if (!std::filesystem::exists(file, ignored))
+        const std::string named = "'" + ValidUtf8(file) + "' ";
+        if (!std::filesystem::exists(path, ignored))
             throw ToolError(named + "is not there");
-        if (std::filesystem::is_directory(file, ignored))
+        if (std::filesystem::is_directory(path, ignored))
             throw ToolError(named + "is a folder");
         if (!m_stream)
             throw ToolError(named + "can not be read");
-        const auto size = std::filesystem::file_size(file, ignored);
+        const auto size = std::filesystem::file_size(path, ignored);
         m_size = ignored ? 0 : size;
     }
 
-    /// The next line that is not blank. @return false at the end.
+    /// The next line that is not blank. @return false at the end. @throws ToolError; Number is then the line that cannot
+    /// be read
     bool Next(std::string& line)
     {
         while (std::getline(m_stream, line))
@@ -55,7 +60,10 @@ public:
                 return true;
         }
         if (m_stream.bad())
+        {
+            ++m_number;
             throw ToolError("reading failed");
+        }
         return false;
     }
 
@@ -113,43 +121,96 @@ void PrintCounts(const Counts& counts)
     PrintCount(counts.addresses, "address book entry", "address book entries");
 }
 
+/// Loads lines into the store of one session.
+class Loader
+{
+public:
+    explicit Loader(HostSession& session)
+        : m_session(session)
+        , m_store(session.OpenStore())
+        , m_folders(m_store)
+    {
+    }
+
+    void Load(const std::string& text)
+    {
+        LoadLine line = ParseLoadLine(text);
+        if (!line.address)
+        {
+            WriteLine(line, m_folders, m_names);
+            ++(line.isFolder ? m_counts.folders : m_counts.messages);
+            return;
+        }
+        if (!m_addresses)
+            m_addresses.emplace(m_session.Session());
+        RefuseProblems(m_addresses->Write(*line.address, m_names));
+        ++m_counts.addresses;
+    }
+
+    const Counts& Loaded() const { return m_counts; }
+
+private:
+    HostSession& m_session;
+    CZebMsgStore m_store;
+    FolderTree m_folders;
+    std::optional<AddressWriter> m_addresses;
+    NameResolver m_names;
+    Counts m_counts;
+};
+
+/// What is in the store when loading stops before line `number`, and how it goes on; empty when nothing is.
+std::string WhatIsLoaded(const Options& options, uint64_t number)
+{
+    if (number <= options.fromLine)
+        return {};
+    const uint64_t count = number - options.fromLine;
+    const std::string be = count == 1 ? " is" : " are";
+    std::string lines;
+    if (options.fromLine > 1)
+        lines = count == 1 ? "line " + Grouped(number - 1)
+                           : "lines " + Grouped(options.fromLine) + " to " + Grouped(number - 1);
+    else
+        lines = count == 1 ? "the line before it" : "the " + Grouped(count) + " lines before it";
+    return "; " + lines + be + " loaded, --from-line " + std::to_string(number) + " goes on";
+}
+
+void LoadLines(LineReader& reader, Loader& loader, const Options& options, Progress& progress)
+{
+    std::string text;
+    while (reader.Next(text))
+    {
+        if (reader.Number() < options.fromLine)
+            continue;
+        if (platform::Interrupted())
+            throw ToolError("interrupted");
+        loader.Load(text);
+        progress.Step(reader.Read());
+    }
+    if (options.fromLine > 1 && reader.Number() < options.fromLine)
+        throw ToolError("the file has no such line");
+}
+
 int Run(const Options& options)
 {
     LineReader reader(options.file);
+    platform::CatchInterrupt();
     HostSession session(options.profile);
-    CZebMsgStore store = session.OpenStore();
-    FolderTree folders(store);
-    std::optional<AddressWriter> addresses;
-    NameResolver names;
     Counts counts;
     {
+        Loader loader(session);
         Progress progress("lines", reader.Size());
-        std::string text;
         try
         {
-            while (reader.Next(text))
-            {
-                LoadLine line = ParseLoadLine(text);
-                if (line.address)
-                {
-                    if (!addresses)
-                        addresses.emplace(session.Session());
-                    RefuseProblems(addresses->Write(*line.address, names));
-                    ++counts.addresses;
-                }
-                else
-                {
-                    WriteLine(line, folders, names);
-                    ++(line.isFolder ? counts.folders : counts.messages);
-                }
-                progress.Step(reader.Read());
-            }
+            LoadLines(reader, loader, options, progress);
         }
         catch (...)
         {
             progress.Clear();
-            FailWhile(Utf8FromNarrow(options.file) + ":" + std::to_string(reader.Number()));
+            const uint64_t number = std::max(reader.Number(), options.fromLine);
+            throw ToolError(ValidUtf8(options.file) + ":" + std::to_string(number) + ": " + CurrentFailure() +
+                            WhatIsLoaded(options, number));
         }
+        counts = loader.Loaded();
     }
     PrintCounts(counts);
     return ExitDone;
@@ -164,6 +225,9 @@ void AddLoad(CLI::App& app, Action& action)
         app.add_subcommand("load", "Loads messages and address book entries from a .jsonl file, one a line");
     AddProfileOption(*command, options->profile);
     command->add_option("file", options->file, "The file")->required()->type_name("FILE.jsonl");
+    command->add_option("--from-line", options->fromLine, "Begin at line N, to go on where a load stopped")
+        ->type_name("N")
+        ->check(CLI::Range(uint64_t{1}, uint64_t{1'000'000'000'000}));
     command->callback([options, &action] { action = [options] { return Run(*options); }; });
 }
 

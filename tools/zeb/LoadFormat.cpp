@@ -1,8 +1,10 @@
 #include "tools/zeb/LoadFormat.h"
 
 #include "tools/common/Failure.h"
+#include "tools/common/Output.h"
 #include "tools/zeb/LoadValues.h"
 
+#include <algorithm>
 #include <set>
 
 namespace zeb::tools
@@ -109,6 +111,12 @@ MessageContent ParseMessage(const Json& object, const char* where, int depth)
 
 Json ParseJson(const std::string& line)
 {
+    const std::string valid = ValidUtf8(line);
+    if (valid != line)
+        throw ToolError(
+            "no UTF-8: an invalid byte at column " +
+            std::to_string(std::mismatch(line.begin(), line.end(), valid.begin(), valid.end()).first -
+                           line.begin() + 1));
     try
     {
         return Json::parse(line);

@@ -3,6 +3,7 @@
 #include "platform/text.h"
 #include "tools/common/Failure.h"
 #include "tools/common/Output.h"
+#include "tools/common/PropertyNames.h"
 
 #include <cmath>
 #include <cstdint>
@@ -240,7 +241,7 @@ ULONG Widened(ULONG tag)
 /// A name of MAPI's headers; "_A" and "_W" at its end choose the width of text.
 bool TagNamed(const std::string& name, ULONG& tag)
 {
-    if (Zeb_ValueFromName("PropTags", name.c_str(), &tag))
+    if (TagOfProperty(name, tag))
     {
         // The table says PT_STRING8; text in a file is Unicode unless asked otherwise.
         tag = Widened(tag);
@@ -248,7 +249,7 @@ bool TagNamed(const std::string& name, ULONG& tag)
     }
     const bool narrow = name.size() > 2 && name.compare(name.size() - 2, 2, "_A") == 0;
     const bool wide = name.size() > 2 && name.compare(name.size() - 2, 2, "_W") == 0;
-    if (!(narrow || wide) || !Zeb_ValueFromName("PropTags", name.substr(0, name.size() - 2).c_str(), &tag))
+    if (!(narrow || wide) || !TagOfProperty(name.substr(0, name.size() - 2), tag))
         return false;
     if (PROP_TYPE(tag) != PT_STRING8 && PROP_TYPE(tag) != PT_MV_STRING8)
         return false;

@@ -90,7 +90,7 @@ FolderTarget FindTarget(Mailbox& mailbox, const std::string& text, const std::st
         if (LooksLikeEntryId(text))
             throw;
     }
-    target.path = FolderPath::Parse(Utf8FromNarrow(text));
+    target.path = FolderPath::Parse(ValidUtf8(text));
     target.newName = target.path.names.back();
     target.parent = mailbox.Folders().Existing(target.path.Above());
     return target;
@@ -234,7 +234,7 @@ int Set(const Options& options)
     const auto first = std::find_if(options.arguments.begin() + 1, options.arguments.end(), IsAssignment);
     const std::vector<std::string> names(options.arguments.begin(), first);
     if (names.size() > 2)
-        throw UsageError("'" + Shortened(OneLine(Utf8FromNarrow(names[2])), 60) + "' is not NAME=VALUE");
+        throw UsageError("'" + Shortened(OneLine(ValidUtf8(names[2])), 60) + "' is not NAME=VALUE");
     Properties properties = Assignments(options, names.size());
     if (properties.empty() && !options.read && !options.unread)
         throw UsageError("nothing is to be set: give NAME=VALUE, --delete NAME, --read or --unread");
@@ -257,7 +257,7 @@ int Set(const Options& options)
 
 constexpr const char* HowToName =
     "A message is named by its folder and its number there (the # of 'zeb find') or its subject, or by its "
-    "entry identifier alone.";
+    "entry identifier alone; subject:123 is the subject 123.";
 
 void AddTransfer(CLI::App& app, Action& action, const char* name, const char* help, bool move)
 {

@@ -10,20 +10,15 @@ namespace zeb::tools
 namespace
 {
 
-constexpr size_t NumberWidth = 7, DateWidth = 19, SenderWidth = 28, SizeWidth = 10;
+constexpr size_t NumberWidth = 7, DateWidth = 19, DayWidth = 10, SenderWidth = 28, NarrowSender = 12,
+                 SizeWidth = 10;
+constexpr size_t Gap = 2;
+/// What is left for the subject before another column gives way.
+constexpr size_t SubjectWidth = 20;
 
 std::string RightAligned(const std::string& text, size_t width)
 {
     return std::string(text.size() < width ? width - text.size() : 0, ' ') + text;
-}
-
-std::string Columns(const std::string& number, const std::string& date, const std::string& sender,
-                    const std::string& size, const std::string& subject, size_t terminalColumns)
-{
-    const std::string line = (number.empty() ? "" : RightAligned(number, NumberWidth) + "  ") +
-                             Fitted(date, DateWidth) + "  " + Fitted(sender, SenderWidth) + "  " +
-                             RightAligned(size, SizeWidth) + "  " + subject;
-    return Shortened(line, terminalColumns) + "\n";
 }
 
 } // namespace
@@ -36,16 +31,19 @@ std::string AuthorOf(const CZebRow& row)
 
 void SetMessageColumns(CZebTable& table)
 {
-    table.SetColumns(7, PR_CLIENT_SUBMIT_TIME, PR_SENT_REPRESENTING_NAME_W, PR_SENDER_NAME_W, PR_MESSAGE_SIZE,
-                     PR_SUBJECT_W, PR_ENTRYID, PR_MESSAGE_FLAGS);
+    table.SetColumns(8, PR_CLIENT_SUBMIT_TIME, PR_SENT_REPRESENTING_NAME_W, PR_SENDER_NAME_W, PR_MESSAGE_SIZE,
+                     PR_SUBJECT_W, PR_ENTRYID, PR_MESSAGE_FLAGS, PR_MESSAGE_DELIVERY_TIME);
 }
 
 MessageRow ReadMessageRow(const CZebRow& row)
 {
     MessageRow line;
-    line.hasDate = row.hasRealValue(PR_CLIENT_SUBMIT_TIME);
-    if (line.hasDate)
-        line.date = static_cast<const FILETIME&>(row[PR_CLIENT_SUBMIT_TIME]);
+    for (const ULONG tag : {PR_CLIENT_SUBMIT_TIME, PR_MESSAGE_DELIVERY_TIME})
+        if (!line.hasDate && row.hasRealValue(tag))
+        {
+            line.date = static_cast<const FILETIME&>(row[tag]);
+            line.hasDate = true;
+        }
     line.sender = AuthorOf(row);
     line.subject = TextOf(row, PR_SUBJECT_W);
     if (row.hasRealValue(PR_MESSAGE_SIZE))
@@ -64,21 +62,59 @@ void AddSortKeys(const std::string& by, CZebSortOrder& order)
     if (by == "size")
         order.Add(PR_MESSAGE_SIZE, TABLE_SORT_DESCEND);
     order.Add(PR_CLIENT_SUBMIT_TIME, TABLE_SORT_DESCEND);
+    order.Add(PR_MESSAGE_DELIVERY_TIME, TABLE_SORT_DESCEND);
     if (by != "subject")
         order.Add(PR_SUBJECT_W, TABLE_SORT_ASCEND);
 }
 
-std::string MessageLineForPeople(const MessageRow& row, bool numbered, size_t terminalColumns)
+MessageColumns::MessageColumns(bool numbered, size_t terminal, Zone zone)
+    : m_numbered(numbered)
+    , m_terminal(terminal)
+    , m_zone(zone)
 {
-    return Columns(numbered ? std::to_string(row.number) : std::string(),
-                   row.hasDate ? TimeForPeople(row.date) : "", OneLine(row.sender),
-                   Grouped(static_cast<unsigned long long>(std::max<LONG>(row.size, 0))),
-                   OneLine(row.subject), terminalColumns);
+    if (!Fits(DateWidth, SizeWidth) && !Fits(DateWidth, 0) && !Fits(DayWidth, 0))
+        m_sender = 0;
 }
 
-std::string MessageHeading(bool numbered, size_t terminalColumns)
+/// Sets the widths, with a sender as wide as there is room for. @return whether that is wide enough
+bool MessageColumns::Fits(size_t date, size_t size)
 {
-    return Columns(numbered ? "#" : "", "date (UTC)", "sender", "size", "subject", terminalColumns);
+    m_date = date;
+    m_size = size;
+    m_sender = SenderWidth;
+    if (m_terminal == 0)
+        return true;
+    const size_t others =
+        (m_numbered ? NumberWidth + Gap : 0) + date + Gap + (size ? size + Gap : 0) + Gap + SubjectWidth;
+    m_sender = m_terminal > others ? std::min(m_terminal - others, SenderWidth) : 0;
+    return m_sender >= NarrowSender;
+}
+
+std::string MessageColumns::Joined(const std::string& number, const std::string& date,
+                                   const std::string& sender, const std::string& size,
+                                   const std::string& subject) const
+{
+    const std::string gap(Gap, ' ');
+    std::string line = m_numbered ? RightAligned(number, NumberWidth) + gap : "";
+    line += Fitted(date.substr(0, m_date), m_date) + gap;
+    if (m_sender > 0)
+        line += Fitted(sender, m_sender) + gap;
+    if (m_size > 0)
+        line += RightAligned(size, m_size) + gap;
+    return Shortened(line + subject, m_terminal) + "\n";
+}
+
+std::string MessageColumns::Heading() const
+{
+    const std::string zone = NameOfZone(m_zone);
+    return Joined("#", m_date == DayWidth ? "day" : "date (" + zone + ")", "sender", "size", "subject");
+}
+
+std::string MessageColumns::Line(const MessageRow& row) const
+{
+    return Joined(std::to_string(row.number), row.hasDate ? TimeForPeople(row.date, m_zone) : "",
+                  OneLine(row.sender), Grouped(static_cast<unsigned long long>(std::max<LONG>(row.size, 0))),
+                  OneLine(row.subject));
 }
 
 nlohmann::ordered_json MessageForMachines(const MessageRow& row)

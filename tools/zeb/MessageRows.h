@@ -1,7 +1,7 @@
 // Messages of a contents table as lines, for people and for machines.
 #pragma once
 
-#include "zebapi/ZebAPI.h"
+#include "tools/common/Times.h"
 
 #include <nlohmann/json.hpp>
 
@@ -34,10 +34,29 @@ MessageRow ReadMessageRow(const CZebRow& row);
 /// by subject, so that the order is settled.
 void AddSortKeys(const std::string& by, CZebSortOrder& order);
 
-/// One line of a listing in columns, cut to the terminal's width, with its line end.
-/// @param numbered whether the lines begin with the number
-std::string MessageLineForPeople(const MessageRow& row, bool numbered, size_t terminalColumns);
-std::string MessageHeading(bool numbered, size_t terminalColumns);
+/// The columns of a listing. On a narrow terminal the sender, then the size, the time of day and the sender altogether
+/// give way, so that the beginning of the subject is seen.
+class MessageColumns
+{
+public:
+    /// @param numbered whether the lines begin with the number
+    /// @param terminal the terminal's columns; 0 for no limit
+    MessageColumns(bool numbered, size_t terminal, Zone zone);
+
+    /// One line with its line end.
+    std::string Heading() const;
+    std::string Line(const MessageRow& row) const;
+
+private:
+    bool Fits(size_t date, size_t size);
+    std::string Joined(const std::string& number, const std::string& date, const std::string& sender,
+                       const std::string& size, const std::string& subject) const;
+
+    const bool m_numbered;
+    const size_t m_terminal;
+    const Zone m_zone;
+    size_t m_date = 0, m_sender = 0, m_size = 0; ///< widths; a column of 0 is left out
+};
 
 /// The same as an object.
 nlohmann::ordered_json MessageForMachines(const MessageRow& row);

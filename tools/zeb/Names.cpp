@@ -2,6 +2,7 @@
 #include "tools/common/Failure.h"
 #include "tools/common/HostSession.h"
 #include "tools/common/Output.h"
+#include "tools/common/PropertyNames.h"
 #include "tools/zeb/Command.h"
 #include "tools/zeb/Objects.h"
 
@@ -47,8 +48,8 @@ void RequireTable(const std::string& table)
     std::string known;
     for (const char* each : Tables)
         known += (known.empty() ? "" : ", ") + std::string(each);
-    throw UsageError("there is no table '" + Shortened(OneLine(Utf8FromNarrow(table)), 40) +
-                     "'; the tables are " + known);
+    throw UsageError("there is no table '" + Shortened(OneLine(ValidUtf8(table)), 40) + "'; the tables are " +
+                     known);
 }
 
 /// A number of 32 bits, signed or not, decimal or "0x".
@@ -64,7 +65,7 @@ ULONG ParseValue(const std::string& text)
         if (number <= (isNegative ? 0x80000000ull : 0xFFFFFFFFull))
             return static_cast<ULONG>(isNegative ? 0 - number : number);
     }
-    throw UsageError("'" + Shortened(OneLine(Utf8FromNarrow(text)), 40) +
+    throw UsageError("'" + Shortened(OneLine(ValidUtf8(text)), 40) +
                      "' is no number of 32 bits, such as 26, -5 or 0x0037001E");
 }
 
@@ -99,10 +100,62 @@ int ListTable(const Options& options)
     return ExitDone;
 }
 
+struct FoundName
+{
+    std::string table, name;
+};
+
+/// The names of a property tag of which the tables have another form: text has a narrow one there.
+void AddTagNames(ULONG value, std::vector<FoundName>& found)
+{
+    const char* type = Zeb_NameFromValue("PropType", PROP_TYPE(value), nullptr);
+    if (PROP_ID(value) == 0 || !type)
+        return;
+    const ULONG narrow = PROP_TAG(PROP_TYPE(value) == PT_UNICODE      ? PT_STRING8
+                                  : PROP_TYPE(value) == PT_MV_UNICODE ? PT_MV_STRING8
+                                                                      : PT_NULL,
+                                  PROP_ID(value));
+    if (const char* name = Zeb_NameFromValue("PropTags", narrow, nullptr))
+        found.push_back({"PropTags", name + std::string("_W")});
+    const char* inTable = Zeb_NameFromValue("PropIDs", PROP_ID(value), nullptr);
+    if (const char* name = NameOfProperty(PROP_ID(value)))
+        found.push_back({inTable ? "PropIDs" : "headers", name});
+    if (!found.empty())
+        found.push_back({"PropType", type});
+}
+
+/// The names that a number has in any of the tables.
+int ShowNames(const Options& options, ULONG value)
+{
+    std::vector<FoundName> found;
+    for (const char* table : Tables)
+        if (const char* name = Zeb_NameFromValue(table, value, nullptr))
+            found.push_back({table, name});
+    AddTagNames(value, found);
+    if (found.empty())
+        throw ToolError("no table has a name for " + Hex(value));
+    nlohmann::ordered_json list = nlohmann::ordered_json::array();
+    for (const FoundName& each : found)
+        if (options.json)
+            list.push_back({{"table", each.table}, {"name", each.name}});
+        else
+            Print(Fitted(each.table, 16) + "  " + each.name + "\n");
+    if (options.json)
+        Print(list.dump(2) + "\n");
+    return ExitDone;
+}
+
+bool LooksLikeNumber(const std::string& text)
+{
+    return text.find_first_of("0123456789") == (text.compare(0, 1, "-") == 0 ? 1u : 0u);
+}
+
 int ShowName(const Options& options)
 {
     if (options.table.empty())
         return ListTables(options);
+    if (options.value.empty() && LooksLikeNumber(options.table))
+        return ShowNames(options, ParseValue(options.table));
     RequireTable(options.table);
     if (options.value.empty())
         return ListTable(options);
@@ -123,7 +176,7 @@ int ShowValue(const Options& options)
     ULONG value = 0;
     if (!Zeb_ValueFromName(options.table.c_str(), options.name.c_str(), &value))
         throw ToolError("table '" + options.table + "' has no '" +
-                        Shortened(OneLine(Utf8FromNarrow(options.name)), 60) + "'");
+                        Shortened(OneLine(ValidUtf8(options.name)), 60) + "'");
     if (options.json)
         Print(nlohmann::ordered_json{{"name", options.name}, {"value", value}}.dump(2) + "\n");
     else
@@ -166,7 +219,9 @@ void AddNames(CLI::App& app, Action& action)
 {
     auto options = std::make_shared<Options>();
     CLI::App* name = app.add_subcommand("name", "Tells the name of one of MAPI's constants");
-    name->add_option("table", options->table, "The table, such as PropTags; without it the tables are listed")
+    name->add_option("table", options->table,
+                     "The table, such as PropTags; without it the tables are listed. Or a value, to look in "
+                     "all of them")
         ->type_name("TABLE");
     name->add_option("value", options->value,
                      "The value, decimal or 0x hexadecimal; without it the whole table is listed")

@@ -4,6 +4,7 @@
 #include "tools/common/Output.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace zeb::tools
 {
@@ -24,15 +25,23 @@ bool IsNumber(const std::string& text)
     return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
 }
 
+/// Marks a subject that would be taken for a number, an identifier or an assignment.
+constexpr const char* SubjectMark = "subject:";
+
+bool IsMarkedSubject(const std::string& text)
+{
+    return text.rfind(SubjectMark, 0) == 0;
+}
+
 /// A text as a sentence quotes it.
 std::string Quoted(const std::string& text)
 {
-    return "'" + Shortened(OneLine(Utf8FromNarrow(text)), 60) + "'";
+    return "'" + Shortened(OneLine(ValidUtf8(text)), 60) + "'";
 }
 
 std::string MessageNamed(CZebPropObj& message)
 {
-    return "message " + Quoted(NarrowFromUtf8(TextOf(message, PR_SUBJECT_W)));
+    return "message " + Quoted(TextOf(message, PR_SUBJECT_W));
 }
 
 CZebBinary EntryIdAt(const CZebRowSet& rows, ULONG index)
@@ -85,7 +94,7 @@ Mailbox::Mailbox(const std::string& profile)
 CZebFolder Mailbox::OpenFolder(const std::string& text)
 {
     if (!LooksLikeEntryId(text))
-        return m_folders.Existing(FolderPath::Parse(Utf8FromNarrow(text)));
+        return m_folders.Existing(FolderPath::Parse(ValidUtf8(text)));
     CZebFolder folder(nullptr);
     const CZebBinary entryId = EntryIdFromText(text);
     try
@@ -157,27 +166,28 @@ FoundMessage Mailbox::FindMessage(CZebFolder& folder, const FolderPath& path, co
         const ULONG number = text.size() < 10 ? static_cast<ULONG>(std::stoul(text)) : 0;
         if (number == 0 || number > count)
             throw ToolError("there is no message " + text + " in " + Named(path) + ": it has " +
-                            Grouped(count) + (count == 1 ? " message" : " messages"));
+                            Grouped(count) + (count == 1 ? " message" : " messages") +
+                            "; a subject of digits is written " + SubjectMark + text);
         table.SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(number - 1), nullptr);
         table.QueryRows(&rows, 1, nullptr, nullptr);
         if (!rows.IsValid())
             throw ToolError("message " + text + " of " + Named(path) + " is not there any more");
-        return {EntryIdAt(rows, 0), "message " + text + " (" +
-                                        Quoted(NarrowFromUtf8(TextOf(rows[0], PR_SUBJECT_W))) + ") of " +
-                                        Named(path)};
+        return {EntryIdAt(rows, 0),
+                "message " + text + " (" + Quoted(TextOf(rows[0], PR_SUBJECT_W)) + ") of " + Named(path)};
     }
+    const std::string subject = IsMarkedSubject(text) ? text.substr(std::strlen(SubjectMark)) : text;
     CZebRestrictionAllocator bySubject;
     bySubject.Allocate();
-    bySubject.CreateProp(PR_SUBJECT_W, RELOP_EQ) = WideFromUtf8(Utf8FromNarrow(text));
+    bySubject.CreateProp(PR_SUBJECT_W, RELOP_EQ) = WideFromUtf8(subject);
     table.Restrict(bySubject, 0);
     const ULONG matches = table.GetRowCount();
     if (matches > 1)
         throw ToolError(Grouped(matches) + " messages of " + Named(path) + " have the subject " +
-                        Quoted(text) + ": say which by its number, which 'zeb find' shows");
+                        Quoted(subject) + ": say which by its number, which 'zeb find' shows");
     table.QueryRows(&rows, 1, nullptr, nullptr);
     if (!rows.IsValid())
-        throw ToolError("there is no message with the subject " + Quoted(text) + " in " + Named(path));
-    return {EntryIdAt(rows, 0), "message " + Quoted(text) + " of " + Named(path)};
+        throw ToolError("there is no message with the subject " + Quoted(subject) + " in " + Named(path));
+    return {EntryIdAt(rows, 0), "message " + Quoted(subject) + " of " + Named(path)};
 }
 
 FoundMessages Mailbox::MessagesById(const std::vector<std::string>& identifiers)

@@ -55,7 +55,7 @@ public:
     /// Any object by its entry identifier. @throws ToolError naming it
     CZebPropObj OpenAny(const std::string& hex);
     /// A message of a folder, by its number in the folder (1 is the one that came first), its subject or its
-    /// entry identifier.
+    /// entry identifier. "subject:" before a subject makes it one whatever it looks like.
     /// @throws ToolError when there is none, or several of that subject
     FoundMessage FindMessage(CZebFolder& folder, const FolderPath& path, const std::string& text,
                              bool associated = false);

@@ -15,10 +15,10 @@ OutputFile::OutputFile(std::string file)
     if (m_file.empty())
         return;
     std::error_code ignored;
-    if (std::filesystem::is_directory(m_file, ignored))
-        throw ToolError("'" + Utf8FromNarrow(m_file) + "' is a directory");
+    if (std::filesystem::is_directory(std::filesystem::u8path(m_file), ignored))
+        throw ToolError("'" + ValidUtf8(m_file) + "' is a directory");
     m_beside = m_file + "." + std::to_string(std::random_device{}()) + ".part";
-    m_stream.open(m_beside, std::ios::binary | std::ios::trunc);
+    m_stream.open(std::filesystem::u8path(m_beside), std::ios::binary | std::ios::trunc);
     if (!m_stream)
     {
         m_beside.clear();
@@ -32,12 +32,12 @@ OutputFile::~OutputFile()
         return;
     m_stream.close();
     std::error_code ignored;
-    std::filesystem::remove(m_beside, ignored);
+    std::filesystem::remove(std::filesystem::u8path(m_beside), ignored);
 }
 
 void OutputFile::Fail() const
 {
-    throw ToolError("'" + Utf8FromNarrow(m_file) + "' can not be written");
+    throw ToolError("'" + ValidUtf8(m_file) + "' can not be written");
 }
 
 void OutputFile::Write(const std::string& text)
@@ -55,7 +55,7 @@ void OutputFile::Finish()
     m_stream.close();
     std::error_code failure;
     if (m_stream)
-        std::filesystem::rename(m_beside, m_file, failure);
+        std::filesystem::rename(std::filesystem::u8path(m_beside), std::filesystem::u8path(m_file), failure);
     if (!m_stream || failure)
         Fail();
     m_beside.clear();

@@ -1,7 +1,9 @@
 // zeb profile list|create|delete|default
+#include "platform/text.h"
 #include "tools/common/Failure.h"
 #include "tools/common/HostSession.h"
 #include "tools/common/Output.h"
+#include "tools/common/Profiles.h"
 #include "tools/common/Property.h"
 #include "tools/zeb/Command.h"
 #include "zebstore/zebstore.h"
@@ -43,12 +45,6 @@ private:
     CZebProfAdmin m_profiles;
 };
 
-/// MAPI declares its text arguments without const and as either kind of character.
-LPTSTR Text(const std::string& narrow)
-{
-    return reinterpret_cast<LPTSTR>(const_cast<char*>(narrow.c_str()));
-}
-
 /// Runs one call on the administration; a failure names what was being done.
 void Do(const std::string& what, const std::string& name, IProfAdmin* profiles, HRESULT result)
 {
@@ -58,101 +54,120 @@ void Do(const std::string& what, const std::string& name, IProfAdmin* profiles, 
     }
     catch (...)
     {
-        FailWhile(what + " profile '" + Utf8FromNarrow(name) + "'");
+        FailWhile(what + " profile '" + ValidUtf8(name) + "'");
     }
 }
 
 int List(const Options& options)
 {
     Administration administration;
-    CZebTable table = administration.Profiles().GetProfileTable();
-    CZebRowSet rows;
-    table.QueryAllRows(&rows, nullptr, nullptr);
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
-    for (ULONG i = 0; i < rows.Count(); ++i)
+    for (const ProfileEntry& each : ListProfiles(administration.Profiles()))
     {
-        const CZebRow row = rows[i];
-        const std::string name =
-            Utf8FromNarrow(static_cast<const char*>(static_cast<CStringA>(row[PR_DISPLAY_NAME_A])));
-        const bool isDefault =
-            row.hasRealValue(PR_DEFAULT_PROFILE) && static_cast<bool>(row[PR_DEFAULT_PROFILE]);
         if (options.json)
-            list.push_back({{"name", name}, {"default", isDefault}});
+            list.push_back({{"name", each.name}, {"default", each.isDefault}});
         else
-            Print((isDefault ? "* " : "  ") + OneLine(name) + "\n");
+            Print((each.isDefault ? "* " : "  ") + OneLine(each.name) + "\n");
     }
     if (options.json)
         Print(list.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
     return ExitDone;
 }
 
-/// The unique identifier of the profile's one service.
-CZebBinary ServiceOf(IMsgServiceAdmin* services)
+/// What the profile's one service is known by, and the file of its store.
+struct StoreService
+{
+    CZebBinary uid;
+    std::string file; ///< empty until the service is configured
+};
+
+StoreService ServiceOf(IMsgServiceAdmin* services)
 {
     CComPtr<IMAPITable> raw;
     ThrowIfFailed(services->GetMsgServiceTable(0, raw.Put()), services, __FILE__, __LINE__);
     CZebTable table(raw.Get());
+    table.SetColumns(2, PR_SERVICE_UID, PR_ZEBSTORE_PATH_W);
     CZebRowSet rows;
     table.QueryAllRows(&rows, nullptr, nullptr);
     for (ULONG i = 0; i < rows.Count(); ++i)
         if (rows[i].hasRealValue(PR_SERVICE_UID))
-            return CZebBinary(static_cast<const SBinary&>(rows[i][PR_SERVICE_UID]));
+            return {CZebBinary(static_cast<const SBinary&>(rows[i][PR_SERVICE_UID])),
+                    TextOf(rows[i], PR_ZEBSTORE_PATH_W)};
     throw ToolError("the new profile has no message service");
 }
 
-Property TextProperty(ULONG tag, const std::string& narrow)
+Property TextProperty(ULONG tag, const std::string& text)
 {
+    const platform::WideString wide = platform::WideFromUtf8(text.data(), text.size());
     Property property;
     property.tag = tag;
-    property.values.push_back(narrow);
+    property.values.emplace_back(reinterpret_cast<const char*>(wide.data()), wide.size() * sizeof(WCHAR));
     return property;
 }
 
-void AddStoreService(IProfAdmin* profiles, const Options& options)
+/// The path from the root on; UTF-8. @throws ToolError when its folder does not exist
+std::string WholePath(const std::string& file)
+{
+    namespace fs = std::filesystem;
+    const fs::path path = fs::absolute(fs::u8path(file)).lexically_normal();
+    std::error_code ignored;
+    if (!fs::is_directory(path.parent_path(), ignored))
+        throw ToolError("there is no folder '" + ValidUtf8(path.parent_path().u8string()) +
+                        "' for the store '" + ValidUtf8(path.filename().u8string()) + "'");
+    return path.u8string();
+}
+
+/// @return the file of the store
+std::string AddStoreService(IProfAdmin* profiles, const Options& options, const std::string& file)
 {
     CComPtr<IMsgServiceAdmin> services;
-    ThrowIfFailed(profiles->AdminServices(Text(options.name), nullptr, 0, 0, services.Put()), profiles,
+    const ProfileName name(options.name), service(ZEBSTORE_SERVICE_NAME);
+    ThrowIfFailed(profiles->AdminServices(name.Text(), nullptr, 0, name.Flags(), services.Put()), profiles,
                   __FILE__, __LINE__);
-    ThrowIfFailed(services->CreateMsgService(Text(ZEBSTORE_SERVICE_NAME), Text(ZEBSTORE_SERVICE_NAME), 0, 0),
-                  services, __FILE__, __LINE__);
-    const CZebBinary service = ServiceOf(services.Get());
+    ThrowIfFailed(services->CreateMsgService(service.Text(), service.Text(), 0, service.Flags()), services,
+                  __FILE__, __LINE__);
+    const CZebBinary uid = ServiceOf(services.Get()).uid;
 
     Properties settings;
-    if (!options.store.empty())
-        settings.push_back(TextProperty(
-            PR_ZEBSTORE_PATH_A, std::filesystem::absolute(options.store).lexically_normal().string()));
+    if (!file.empty())
+        settings.push_back(TextProperty(PR_ZEBSTORE_PATH_W, file));
     if (!options.durability.empty())
-        settings.push_back(TextProperty(PR_ZEBSTORE_DURABILITY_A, options.durability));
+        settings.push_back(TextProperty(PR_ZEBSTORE_DURABILITY_W, options.durability));
     std::vector<const Property*> pointers;
     for (const Property& setting : settings)
         pointers.push_back(&setting);
     PropertyArray array;
     array.Assign(pointers);
-    const SBinary& uid = service;
-    ThrowIfFailed(services->ConfigureMsgService(reinterpret_cast<LPMAPIUID>(uid.lpb), 0, 0, array.Count(),
+    const SBinary& bytes = uid;
+    ThrowIfFailed(services->ConfigureMsgService(reinterpret_cast<LPMAPIUID>(bytes.lpb), 0, 0, array.Count(),
                                                 array.Values()),
                   services, __FILE__, __LINE__);
+    return ServiceOf(services.Get()).file;
 }
 
 int Create(const Options& options)
 {
+    const std::string file = options.store.empty() ? std::string() : WholePath(options.store);
     Administration administration;
     IProfAdmin* profiles = administration.Interface();
-    Do("creating", options.name, profiles, profiles->CreateProfile(Text(options.name), nullptr, 0, 0));
+    const ProfileName name(options.name);
+    Do("creating", options.name, profiles, profiles->CreateProfile(name.Text(), nullptr, 0, name.Flags()));
+    std::string store;
     try
     {
-        AddStoreService(profiles, options);
+        store = AddStoreService(profiles, options, file);
     }
     catch (...)
     {
         // The half-made profile goes again; what made it fail is what counts.
-        profiles->DeleteProfile(Text(options.name), 0);
-        FailWhile("creating profile '" + Utf8FromNarrow(options.name) + "'");
+        profiles->DeleteProfile(name.Text(), name.Flags());
+        FailWhile("creating profile '" + ValidUtf8(options.name) + "'");
     }
     if (options.makeDefault)
-        Do("choosing", options.name, profiles, profiles->SetDefaultProfile(Text(options.name), 0));
-    Print("profile '" + Utf8FromNarrow(options.name) + "' is there" +
+        Do("choosing", options.name, profiles, profiles->SetDefaultProfile(name.Text(), name.Flags()));
+    Print("profile '" + ValidUtf8(options.name) + "' is there" +
           (options.makeDefault ? " and is the default\n" : "\n"));
+    Print("  store  " + OneLine(store) + "\n");
     return ExitDone;
 }
 
@@ -160,8 +175,9 @@ int Delete(const Options& options)
 {
     Administration administration;
     IProfAdmin* profiles = administration.Interface();
-    Do("deleting", options.name, profiles, profiles->DeleteProfile(Text(options.name), 0));
-    Print("profile '" + Utf8FromNarrow(options.name) + "' is deleted; its store file stays\n");
+    const ProfileName name(options.name);
+    Do("deleting", options.name, profiles, profiles->DeleteProfile(name.Text(), name.Flags()));
+    Print("profile '" + ValidUtf8(options.name) + "' is deleted; its store file stays\n");
     return ExitDone;
 }
 
@@ -169,16 +185,20 @@ int Default(const Options& options)
 {
     if (options.name.empty())
     {
-        const CStringA name = Zeb_GetMAPI().GetDefaultProfileName();
-        if (name.IsEmpty())
-            throw ToolError("there is no default profile");
-        Print(Utf8FromNarrow(static_cast<const char*>(name)) + "\n");
-        return ExitDone;
+        Administration administration;
+        for (const ProfileEntry& each : ListProfiles(administration.Profiles()))
+            if (each.isDefault)
+            {
+                Print(OneLine(each.name) + "\n");
+                return ExitDone;
+            }
+        throw ToolError("there is no default profile");
     }
     Administration administration;
     IProfAdmin* profiles = administration.Interface();
-    Do("choosing", options.name, profiles, profiles->SetDefaultProfile(Text(options.name), 0));
-    Print("profile '" + Utf8FromNarrow(options.name) + "' is the default\n");
+    const ProfileName name(options.name);
+    Do("choosing", options.name, profiles, profiles->SetDefaultProfile(name.Text(), name.Flags()));
+    Print("profile '" + ValidUtf8(options.name) + "' is the default\n");
     return ExitDone;
 }
 

@@ -18,7 +18,7 @@ namespace
 
 /// The line without a terminal; long enough for most, short enough to read.
 constexpr size_t ColumnsWithoutTerminal = 120;
-constexpr size_t NarrowestValue = 24, WidestName = 40, TypeWidth = 13;
+constexpr size_t NarrowestValue = 12, NarrowestName = 16, WidestName = 40, TypeWidth = 13;
 /// Bytes of a long value that are looked at when it is shown short.
 constexpr size_t BeginningOfValue = 1024;
 
@@ -100,8 +100,24 @@ std::string ErrorText(ULONG code)
     return name ? name : number;
 }
 
+/// A text as it is shown: in one line, or whole with its line breaks.
+std::string ShownText(const std::string& text, bool full)
+{
+    if (!full)
+        return OneLine(text);
+    std::string shown;
+    for (size_t at = 0; at <= text.size();)
+    {
+        const size_t end = std::min(text.find('\n', at), text.size());
+        const bool hasReturn = end > at && end < text.size() && text[end - 1] == '\r';
+        shown += (at == 0 ? "" : "\n") + OneLine(text.substr(at, end - at - (hasReturn ? 1 : 0)));
+        at = end + 1;
+    }
+    return shown;
+}
+
 /// One element as people read it.
-std::string ElementText(const Property& property, const std::string& bytes)
+std::string ElementText(const Property& property, const std::string& bytes, const TableStyle& style)
 {
     const ULONG type = property.Type() & ~static_cast<ULONG>(MV_FLAG);
     switch (type)
@@ -112,9 +128,9 @@ std::string ElementText(const Property& property, const std::string& bytes)
         return ErrorText(NumberOf<ULONG>(bytes));
     case PT_STRING8:
     case PT_UNICODE:
-        return OneLine(TextOfBytes(bytes, type == PT_UNICODE));
+        return ShownText(TextOfBytes(bytes, type == PT_UNICODE), style.full);
     case PT_SYSTIME:
-        return TimeForPeople(NumberOf<FILETIME>(bytes));
+        return TimeWithZone(NumberOf<FILETIME>(bytes), style.zone);
     case PT_BINARY:
         return HexOf(bytes);
     default:
@@ -145,21 +161,21 @@ std::string Beginning(ByteSource& source, bool full)
     return bytes;
 }
 
-std::string ValueText(const Property& property, bool full)
+std::string ValueText(const Property& property, const TableStyle& style)
 {
     if (property.source)
         return SizeText(property, property.source->Size()) +
-               ElementText(property, Beginning(*property.source, full));
+               ElementText(property, Beginning(*property.source, style.full), style);
     if ((property.Type() & MV_FLAG) == 0)
     {
         const std::string& bytes = property.values.front();
-        const bool cut = !full && bytes.size() > BeginningOfValue;
+        const bool cut = !style.full && bytes.size() > BeginningOfValue;
         const std::string size = property.Type() == PT_BINARY || cut ? SizeText(property, bytes.size()) : "";
-        return size + ElementText(property, cut ? bytes.substr(0, BeginningOfValue) : bytes);
+        return size + ElementText(property, cut ? bytes.substr(0, BeginningOfValue) : bytes, style);
     }
     std::string text = "(" + Grouped(property.values.size()) + ") ";
-    for (size_t i = 0; i < property.values.size() && (full || text.size() < BeginningOfValue); ++i)
-        text += (i == 0 ? "" : ", ") + ElementText(property, property.values[i]);
+    for (size_t i = 0; i < property.values.size() && (style.full || text.size() < BeginningOfValue); ++i)
+        text += (i == 0 ? "" : ", ") + ElementText(property, property.values[i], style);
     return text;
 }
 
@@ -194,11 +210,17 @@ void PrintRows(Rows& rows, const std::string& indent, size_t nameWidth, const Ta
     const size_t room = columns > used + NarrowestValue ? columns - used : NarrowestValue;
     for (const auto& row : rows)
     {
-        const std::string value = ValueText(*row.second, style.full);
-        const std::string line = indent + Fitted(row.first, nameWidth) + "  " +
-                                 Fitted(TypeText(*row.second), TypeWidth) + "  " +
-                                 (style.full ? value : Shortened(value, room));
-        Print(line.substr(0, line.find_last_not_of(' ') + 1) + "\n");
+        const std::string value = ValueText(*row.second, style);
+        const std::string lines = indent + Fitted(row.first, nameWidth) + "  " +
+                                  Fitted(TypeText(*row.second), TypeWidth) + "  " +
+                                  (style.full ? value : Shortened(value, room));
+        for (size_t at = 0; at <= lines.size();)
+        {
+            const size_t end = std::min(lines.find('\n', at), lines.size());
+            const std::string line = (at == 0 ? "" : std::string(used, ' ')) + lines.substr(at, end - at);
+            Print(line.substr(0, line.find_last_not_of(' ') + 1) + "\n");
+            at = end + 1;
+        }
     }
 }
 
@@ -208,12 +230,17 @@ void PrintProperties(const Properties& properties, const std::string& indent, co
 {
     Rows plain;
     std::map<std::string, Rows> sets;
+    const size_t others = indent.size() + 2 + TypeWidth + 2 + NarrowestValue;
+    const size_t widest = style.columns == 0 ? WidestName
+                          : style.columns < others + NarrowestName
+                              ? NarrowestName
+                              : std::min(style.columns - others, WidestName);
     size_t nameWidth = 0;
     for (const Property& property : properties)
     {
         Rows& rows = property.name ? sets[GuidText(property.name->set)] : plain;
         rows.emplace_back(ShortName(property), &property);
-        nameWidth = std::max(nameWidth, std::min(DisplayWidth(rows.back().first), WidestName));
+        nameWidth = std::max(nameWidth, std::min(DisplayWidth(rows.back().first), widest));
     }
     PrintRows(plain, indent, nameWidth, style);
     for (auto& set : sets)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tools/common/PropertyWriter.h"
+#include "tools/common/Times.h"
 
 #include <nlohmann/json.hpp>
 
@@ -14,7 +15,8 @@ namespace zeb::tools
 struct TableStyle
 {
     size_t columns = 0; ///< of the terminal; 0 for none
-    bool full = false;  ///< show every value whole
+    bool full = false;  ///< show every value whole, text with its line breaks
+    Zone zone = Zone::Local;
 };
 
 /// Prints properties in columns: name, type, value; named ones below, by their set.

@@ -1,12 +1,14 @@
-// zeb provider install
+// zeb provider install, remove, status
 #include "tools/zeb/Provider.h"
 
 #include "platform/module.h"
-#include "platform/registry.h"
+#include "platform/narrow.h"
 #include "tools/common/Failure.h"
 #include "tools/common/Output.h"
 #include "tools/zeb/Command.h"
-#include "zebstore/zebstore.h"
+#include "tools/zeb/Registration.h"
+
+#include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <memory>
@@ -16,47 +18,105 @@ namespace zeb::tools
 namespace
 {
 
-constexpr const char* OutlookKey = "SOFTWARE\\Clients\\Mail\\Microsoft Outlook";
-constexpr const char* ProviderValue = "DLLPathEx";
-constexpr const char* WabKey = "SOFTWARE\\Microsoft\\WAB\\DLLPath";
-
-/// The provider that comes with zeb, under the name it has on this target.
-std::string OwnProvider()
-{
-    const std::filesystem::path folder = platform::OwnFolder();
-    const std::filesystem::path dll = folder / ZEBSTORE_DLL_NAME;
-    const std::filesystem::path sharedObject = folder / ("lib" + dll.stem().string() + ".so");
-    return std::filesystem::exists(dll) ? dll.string() : sharedObject.string();
-}
-
 struct Options
 {
     std::string file;
     bool wab = false;
+    bool replace = false;
+    bool json = false;
 };
+
+/// The file to register, as a path that the library can read: it reads the registry in narrow text.
+std::string FileToInstall(const std::string& given)
+{
+    namespace fs = std::filesystem;
+    std::error_code ignored;
+    const fs::path file = given.empty() ? fs::u8path(Utf8FromNarrow(platform::OwnFolder())) / ZEB_STORE_FILE
+                                        : fs::absolute(fs::u8path(given), ignored);
+    const std::string path = file.u8string();
+    if (!fs::is_regular_file(file, ignored))
+        throw ToolError("there is no file '" + ValidUtf8(path) + "'");
+    const auto narrowable = platform::NarrowablePath(path);
+    if (!narrowable)
+        throw ToolError(
+            "'" + path +
+            "' cannot be registered: MAPI's clients read the path in the system's code page, which "
+            "does not have all of its characters");
+    return *narrowable;
+}
+
+void RefuseReplacing(const Registration& registration, const std::string& path, bool replace)
+{
+    const auto other = registration.Current();
+    if (!other || replace || registration.IsOwn(path))
+        return;
+    throw ToolError("another provider is registered: " + registration.Place() + " is '" + *other +
+                    "'; --replace registers this one and keeps that value for 'zeb provider remove'");
+}
+
+void PrintRegistration(const Registration& registration)
+{
+    Print("HKEY_LOCAL_MACHINE\\" + registration.Key() + "\n");
+    const auto current = registration.Current();
+    Print("  " + registration.ShownName() + (current ? " = " + ValidUtf8(*current) : " is not set") + "\n");
+    if (const auto replaced = registration.Replaced())
+        Print("  replaced " + ValidUtf8(*replaced) + "; 'zeb provider remove' puts it back\n");
+}
 
 int Install(const Options& options)
 {
-    const std::string& given = options.file;
-    std::error_code ignored;
-    const std::filesystem::path file =
-        given.empty() ? OwnProvider() : std::filesystem::absolute(given, ignored).string();
-    const std::string path = file.string();
-    if (!std::filesystem::is_regular_file(file, ignored))
-        throw ToolError("there is no file '" + Utf8FromNarrow(path) + "'");
-    const ProviderClass found = CheckMAPIDll(path, ProviderEnvironment::Machine());
+    const std::string path = FileToInstall(options.file);
+    const ProviderClass found = CheckMAPIDll(NarrowFromUtf8(path), ProviderEnvironment::Machine());
     if (found.bitness == OfficeBitnessNone)
-        throw ToolError("'" + Utf8FromNarrow(path) + "' is no MAPI provider: " + VerdictOn(found));
-    platform::RegistryKey::Create(platform::RegistryRoot::LocalMachine, OutlookKey)
-        .SetStringValue(ProviderValue, path);
-    Print("HKEY_LOCAL_MACHINE\\" + std::string(OutlookKey) + "\n  " + ProviderValue + " = " +
-          Utf8FromNarrow(path) + "\n");
+        throw ToolError("'" + ValidUtf8(path) + "' is no MAPI provider: " + VerdictOn(found));
+    std::vector<Registration> registrations = {Registration::OfMail()};
     if (options.wab)
+        registrations.push_back(Registration::OfAddressBook());
+    for (const Registration& each : registrations)
+        RefuseReplacing(each, path, options.replace);
+    for (Registration& each : registrations)
     {
-        platform::RegistryKey::Create(platform::RegistryRoot::LocalMachine, WabKey).SetStringValue("", path);
-        Print("HKEY_LOCAL_MACHINE\\" + std::string(WabKey) + "\n  (default) = " + Utf8FromNarrow(path) +
-              "\n");
+        each.Set(path);
+        PrintRegistration(each);
     }
+    return ExitDone;
+}
+
+int Remove()
+{
+    int removed = 0;
+    for (Registration registration : {Registration::OfMail(), Registration::OfAddressBook()})
+    {
+        if (!registration.IsSetHere())
+            continue;
+        registration.Remove();
+        PrintRegistration(registration);
+        ++removed;
+    }
+    if (removed == 0)
+        throw ToolError("no provider is registered that 'zeb provider install' has registered");
+    return ExitDone;
+}
+
+int Status(const Options& options)
+{
+    nlohmann::ordered_json list = nlohmann::ordered_json::array();
+    for (const Registration& registration : {Registration::OfMail(), Registration::OfAddressBook()})
+    {
+        if (!options.json)
+        {
+            PrintRegistration(registration);
+            continue;
+        }
+        const auto textOrNull = [](const std::optional<std::string>& text)
+        { return text ? nlohmann::ordered_json(*text) : nlohmann::ordered_json(nullptr); };
+        list.push_back({{"key", "HKEY_LOCAL_MACHINE\\" + registration.Key()},
+                        {"value", registration.Value()},
+                        {"registered", textOrNull(registration.Current())},
+                        {"replaced", textOrNull(registration.Replaced())}});
+    }
+    if (options.json)
+        Print(list.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
     return ExitDone;
 }
 
@@ -96,10 +156,20 @@ void AddProvider(CLI::App& app, Action& action)
         "Registers a provider where the library looks first, the mail client's entry in the registry");
     install
         ->add_option("--dll", options->file,
-                     "The provider's file; without it the zebstore that stands beside zeb")
+                     "The provider's file; without it the zebstore in zeb's own folder")
         ->type_name("PATH");
     install->add_flag("--wab", options->wab, "Register it as the Windows Address Book too");
+    install->add_flag("--replace", options->replace,
+                      "Take the place of another provider, whose entry is kept; without it that is refused");
     install->callback([options, &action] { action = [options] { return Install(*options); }; });
+
+    CLI::App* remove = provider->add_subcommand(
+        "remove", "Takes back what install registered, and puts back what it replaced");
+    remove->callback([&action] { action = [] { return Remove(); }; });
+
+    CLI::App* status = provider->add_subcommand("status", "Shows what is registered, and what was replaced");
+    status->add_flag("--json", options->json, "Print JSON");
+    status->callback([options, &action] { action = [options] { return Status(*options); }; });
 }
 
 } // namespace zeb::tools

@@ -23,6 +23,7 @@ struct Options
     std::string message;
     bool associated = false;
     bool full = false;
+    bool utc = false;
     bool json = false;
 };
 
@@ -112,7 +113,7 @@ void ReportUnread(PropertyReader& reader)
     {
         Property property;
         property.tag = unread.tag;
-        Complain("zeb", PropertyText(property) + " can not be read: " + unread.reason);
+        Complain("zeb", PropertyText(property) + " cannot be read: " + unread.reason);
     }
 }
 
@@ -142,6 +143,7 @@ int Run(const Options& options)
     TableStyle style;
     style.columns = static_cast<size_t>(platform::TerminalColumns(platform::OutputStream::Output));
     style.full = options.full;
+    style.zone = options.utc ? Zone::Utc : Zone::Local;
     Print(target.name + "\n");
     const size_t count = PrintContent(content, "", style);
     Print(Grouped(count) + (count == 1 ? " property\n" : " properties\n"));
@@ -167,7 +169,8 @@ void AddShow(CLI::App& app, Action& action)
         ->type_name("MESSAGE");
     command->add_flag("--associated", options->associated,
                       "The message is one of the folder's hidden (associated) ones");
-    command->add_flag("--full", options->full, "Show long values whole");
+    command->add_flag("--full", options->full, "Show long values whole, with their line breaks");
+    AddUtcOption(*command, options->utc);
     command->add_flag("--json", options->json, "Print JSON, with every value whole");
     command->callback([options, &action] { action = [options] { return Run(*options); }; });
 }

@@ -31,7 +31,8 @@ int ListStores(const Options& options)
 {
     HostSession session(options.profile);
     CZebTable table = session.Session().GetMsgStoresTable();
-    table.SetColumns(4, PR_DISPLAY_NAME_W, PR_DEFAULT_STORE, PR_PROVIDER_DISPLAY_W, PR_ENTRYID);
+    table.SetColumns(5, PR_DISPLAY_NAME_W, PR_DEFAULT_STORE, PR_PROVIDER_DISPLAY_W, PR_ENTRYID,
+                     PR_ZEBSTORE_PATH_W);
     CZebRowSet rows;
     table.QueryAllRows(&rows, nullptr, nullptr);
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
@@ -40,16 +41,20 @@ int ListStores(const Options& options)
         const CZebRow row = rows[i];
         const bool isDefault = row.hasRealValue(PR_DEFAULT_STORE) && static_cast<bool>(row[PR_DEFAULT_STORE]);
         const std::string name = TextOf(row, PR_DISPLAY_NAME_W);
+        // Of the stores of other providers no file is known.
+        const std::string file = TextOf(row, PR_ZEBSTORE_PATH_W);
         if (!options.json)
         {
             Print((isDefault ? "* " : "  ") + OneLine(name) + "  " +
-                  OneLine(TextOf(row, PR_PROVIDER_DISPLAY_W)) + "\n");
+                  OneLine(TextOf(row, PR_PROVIDER_DISPLAY_W)) + (file.empty() ? "" : "  " + OneLine(file)) +
+                  "\n");
             continue;
         }
         nlohmann::ordered_json object;
         object["name"] = name;
         object["default"] = isDefault;
         object["provider"] = TextOf(row, PR_PROVIDER_DISPLAY_W);
+        object["file"] = file.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(file);
         object["entryId"] = static_cast<const char*>(row[PR_ENTRYID].String(false));
         list.push_back(object);
     }

@@ -3,6 +3,7 @@
 #include "platform/interrupt.h"
 #include "tools/common/Failure.h"
 #include "tools/common/Output.h"
+#include "tools/common/Times.h"
 #include "tools/zeb/Command.h"
 #include "tools/zeb/MessageRows.h"
 #include "tools/zeb/Objects.h"
@@ -21,7 +22,7 @@ namespace zeb::tools
 namespace
 {
 
-/// Messages whose subjects are kept, so that one that is deleted can be named.
+/// Messages that are remembered, so that one that is deleted can be named.
 constexpr ULONG MostRemembered = 100'000;
 /// How soon Ctrl-C is noticed.
 constexpr std::chrono::milliseconds Patience{200};
@@ -31,6 +32,7 @@ struct Options
     std::string profile;
     std::string folder;
     ULONG count = 0;
+    bool utc = false;
     bool json = false;
 };
 
@@ -50,6 +52,11 @@ std::string KeyOf(const SPropValue& value)
     return std::string(reinterpret_cast<const char*>(value.Value.bin.lpb), value.Value.bin.cb);
 }
 
+std::string EntryIdOf(const CZebRow& row)
+{
+    return row.hasRealValue(PR_ENTRYID) ? static_cast<const char*>(row[PR_ENTRYID].String(false)) : "";
+}
+
 /// Takes changes on the provider's thread and hands them out on the command's own.
 class Changes : public CAdviseSinkDelegate
 {
@@ -65,8 +72,7 @@ public:
         {
             change.subject = TextOf(row, PR_SUBJECT_W);
             change.sender = AuthorOf(row);
-            if (row.hasRealValue(PR_ENTRYID))
-                change.entryId = static_cast<const char*>(row[PR_ENTRYID].String(false));
+            change.entryId = EntryIdOf(row);
         }
         const std::lock_guard<std::mutex> hold(m_lock);
         m_waiting.push_back(std::move(change));
@@ -153,7 +159,7 @@ private:
     ULONG m_connection = 0;
 };
 
-/// The messages of the table by their keys.
+/// The messages of the table by their keys; of one that is deleted the notification has nothing else.
 class Memory
 {
 public:
@@ -165,36 +171,44 @@ public:
         table.QueryAllRows(&rows, nullptr, nullptr);
         for (ULONG i = 0; i < rows.Count(); ++i)
             if (rows[i].hasRealValue(PR_INSTANCE_KEY))
-                m_subjects[KeyOf(rows[i][PR_INSTANCE_KEY])] = TextOf(rows[i], PR_SUBJECT_W);
+                m_known[KeyOf(rows[i][PR_INSTANCE_KEY])] = {TextOf(rows[i], PR_SUBJECT_W),
+                                                            EntryIdOf(rows[i])};
     }
 
-    /// Gives a deleted message the subject it had, and remembers those of others.
+    /// Gives a deleted message the subject and the identifier it had, and remembers those of others.
     void Complete(Change& change)
     {
         if (change.key.empty())
             return;
-        const auto known = m_subjects.find(change.key);
+        const auto known = m_known.find(change.key);
         if (change.event != std::string("deleted"))
         {
-            if (known != m_subjects.end() || m_subjects.size() < MostRemembered)
-                m_subjects[change.key] = change.subject;
+            if (known != m_known.end() || m_known.size() < MostRemembered)
+                m_known[change.key] = {change.subject, change.entryId};
             return;
         }
-        if (known == m_subjects.end())
+        if (known == m_known.end())
             return;
-        change.subject = known->second;
-        m_subjects.erase(known);
+        change.subject = known->second.subject;
+        change.entryId = known->second.entryId;
+        m_known.erase(known);
     }
 
 private:
-    std::map<std::string, std::string> m_subjects;
+    struct Message
+    {
+        std::string subject, entryId;
+    };
+
+    std::map<std::string, Message> m_known;
 };
 
-std::string Line(const Change& change, bool json)
+std::string Line(const Change& change, const Options& options)
 {
-    if (!json)
+    if (!options.json)
     {
-        std::string line = TimeForPeople(change.time) + "  " + Fitted(change.event, 8);
+        std::string line = TimeForPeople(change.time, options.utc ? Zone::Utc : Zone::Local) + "  " +
+                           Fitted(change.event, 8);
         if (!change.subject.empty() || !change.key.empty())
             line += "  '" + OneLine(change.subject) + "'";
         if (!change.sender.empty())
@@ -229,7 +243,7 @@ int Run(const Options& options)
         if (!changes.Next(change))
             continue;
         memory.Complete(change);
-        Print(Line(change, options.json));
+        Print(Line(change, options));
         FlushOutput();
         ++shown;
     }
@@ -246,6 +260,7 @@ void AddWatch(CLI::App& app, Action& action)
     AddProfileOption(*command, options->profile);
     AddFolderArgument(*command, options->folder);
     AddCountOption(*command, "--count", options->count, "End after N changes");
+    AddUtcOption(*command, options->utc);
     command->add_flag("--json", options->json, "Print JSON, an object a line");
     command->callback([options, &action] { action = [options] { return Run(*options); }; });
 }

@@ -1,17 +1,19 @@
+#include "platform/arguments.h"
 #include "platform/console.h"
+#include "platform/interrupt.h"
+#include "tools/common/CommandLine.h"
 #include "tools/common/Failure.h"
-#include "tools/common/Help.h"
 #include "tools/zeb/Command.h"
 
 int main(int argc, char** argv)
 {
     using namespace zeb::tools;
     zeb::platform::PrepareConsole();
+    // Commands that write item by item end by themselves instead and say how far they came.
+    zeb::platform::EndOnInterrupt("zeb: interrupted\n");
 
     CLI::App app("Looks after MAPI providers, profiles and stores, and shows what is in them.", "zeb");
-    app.require_subcommand(1);
-    app.formatter(std::make_shared<HelpFormatter>());
-    app.allow_windows_style_options(false); // "/Inbox" is a folder on either system
+    PrepareCommandLine(app);
     Action action;
     AddDoctor(app, action);
     AddProvider(app, action);
@@ -28,13 +30,7 @@ int main(int argc, char** argv)
     AddAddressBook(app, action);
     AddSave(app, action);
     AddNames(app, action);
-    try
-    {
-        app.parse(argc, argv);
-    }
-    catch (const CLI::ParseError& error)
-    {
-        return app.exit(error) == 0 ? ExitDone : ExitUsage;
-    }
+    if (const auto code = ReadCommandLine(app, zeb::platform::Arguments(argc, argv)))
+        return *code;
     return RunTool("zeb", action);
 }

@@ -1,0 +1,60 @@
+#include "tools/common/Profiles.h"
+
+#include "tools/common/HostSession.h"
+#include "tools/common/Output.h"
+
+#include <algorithm>
+
+namespace zeb::tools
+{
+namespace
+{
+
+std::vector<ProfileEntry> Read(CZebTable& table, ULONG nameTag)
+{
+    table.SetColumns(2, nameTag, PR_DEFAULT_PROFILE);
+    table.SeekRow(BOOKMARK_BEGINNING, 0, nullptr);
+    CZebRowSet rows;
+    table.QueryAllRows(&rows, nullptr, nullptr);
+    std::vector<ProfileEntry> entries;
+    for (ULONG i = 0; i < rows.Count(); ++i)
+    {
+        const CZebRow row = rows[i];
+        ProfileEntry entry;
+        if (nameTag == PR_DISPLAY_NAME_W)
+            entry.name = TextOf(row, nameTag);
+        else if (row.hasRealValue(nameTag))
+            entry.name = Utf8FromNarrow(static_cast<const char*>(static_cast<CStringA>(row[nameTag])));
+        entry.isDefault = row.hasRealValue(PR_DEFAULT_PROFILE) && static_cast<bool>(row[PR_DEFAULT_PROFILE]);
+        entries.push_back(std::move(entry));
+    }
+    return entries;
+}
+
+} // namespace
+
+ProfileName::ProfileName(const std::string& name)
+    : m_narrow(NarrowFromUtf8(name).c_str())
+    , m_wide(WideFromUtf8(name))
+    , m_isWide(Utf8FromNarrow(static_cast<const char*>(m_narrow)) != ValidUtf8(name))
+{
+}
+
+LPTSTR ProfileName::Text() const
+{
+    const void* text = m_isWide ? static_cast<const void*>(Wide()) : Narrow();
+    return static_cast<LPTSTR>(const_cast<void*>(text));
+}
+
+std::vector<ProfileEntry> ListProfiles(CZebProfAdmin& administration)
+{
+    CZebTable table = administration.GetProfileTable();
+    std::vector<ProfileEntry> entries = Read(table, PR_DISPLAY_NAME_W);
+    // Some providers have narrow names only.
+    if (std::any_of(entries.begin(), entries.end(),
+                    [](const ProfileEntry& each) { return each.name.empty(); }))
+        entries = Read(table, PR_DISPLAY_NAME_A);
+    return entries;
+}
+
+} // namespace zeb::tools
