@@ -1,8 +1,8 @@
 #include "platform/arguments.h"
 #include "platform/console.h"
 #include "platform/interrupt.h"
+#include "tools/common/CommandLine.h"
 #include "tools/common/Failure.h"
-#include "tools/common/Help.h"
 #include "tools/common/Output.h"
 #include "tools/zeb-import/Importer.h"
 #include "tools/zeb-import/MimeSource.h"
@@ -135,8 +135,7 @@ int main(int argc, char** argv)
 {
     zeb::platform::PrepareConsole();
     CLI::App app("Brings mail into the default store of a profile.", "zeb-import");
-    app.require_subcommand(1);
-    app.formatter(std::make_shared<zeb::tools::HelpFormatter>());
+    PrepareCommandLine(app);
     app.footer("Exit codes: 0 done, 1 failed, 2 wrong usage, 3 done but for the items that were reported as "
                "skipped or repaired.");
     const auto options = std::make_shared<Options>();
@@ -145,15 +144,7 @@ int main(int argc, char** argv)
     AddKind<MboxSource>(app, options, action, "mbox", "Imports an mbox file", "FILE");
     AddKind<EmlSource>(app, options, action, "eml", "Imports a folder of .eml files, a Maildir, or one file",
                        "PATH");
-    try
-    {
-        std::vector<std::string> arguments = zeb::platform::Arguments(argc, argv);
-        std::reverse(arguments.begin(), arguments.end()); // as CLI11 takes them
-        app.parse(std::move(arguments));
-    }
-    catch (const CLI::ParseError& error)
-    {
-        return app.exit(error) == 0 ? ExitDone : ExitUsage;
-    }
+    if (const auto code = ReadCommandLine(app, zeb::platform::Arguments(argc, argv)))
+        return *code;
     return RunTool("zeb-import", action);
 }
