@@ -3,6 +3,7 @@
 #include "tools/common/Failure.h"
 #include "tools/common/HostSession.h"
 #include "tools/common/Output.h"
+#include "tools/common/Profiles.h"
 #include "tools/common/Progress.h"
 #include "tools/zeb/Command.h"
 #include "zebstore/zebstore.h"
@@ -83,25 +84,24 @@ int CheckStore(const Options& options)
 /// The file of a profile's store, asked of the profile: a damaged store need not open for that.
 std::string FileOf(const std::string& profile)
 {
-    std::string name = profile;
-    if (name.empty())
-    {
-        CZebProfileNames names;
-        name = static_cast<const char*>(names.GetDefaultProfile());
-    }
     const HostMapi mapi;
     CZebProfAdmin administration = CZebProfAdmin::Open();
+    std::string name = profile;
+    if (name.empty())
+        for (const ProfileEntry& each : ListProfiles(administration))
+            if (each.isDefault)
+                name = each.name;
+    const ProfileName asked(name);
     IProfAdmin* const profiles = administration.GetInterface().Checked();
     CComPtr<IMsgServiceAdmin> services;
     try
     {
-        ThrowIfFailed(
-            profiles->AdminServices(reinterpret_cast<LPTSTR>(&name[0]), nullptr, 0, 0, services.Put()),
-            profiles, __FILE__, __LINE__);
+        ThrowIfFailed(profiles->AdminServices(asked.Text(), nullptr, 0, asked.Flags(), services.Put()),
+                      profiles, __FILE__, __LINE__);
     }
     catch (...)
     {
-        FailWhile("cannot read profile '" + Utf8FromNarrow(name) + "'");
+        FailWhile("cannot read profile '" + ValidUtf8(name) + "'");
     }
     CComPtr<IMAPITable> raw;
     ThrowIfFailed(services->GetMsgServiceTable(0, raw.Put()), services, __FILE__, __LINE__);
@@ -111,7 +111,7 @@ std::string FileOf(const std::string& profile)
     for (ULONG i = 0; i < rows.Count(); ++i)
         if (rows[i].hasRealValue(PR_ZEBSTORE_PATH_W))
             return TextOf(rows[i], PR_ZEBSTORE_PATH_W);
-    throw ToolError("profile '" + Utf8FromNarrow(name) + "' has no store of zebstore's");
+    throw ToolError("profile '" + ValidUtf8(name) + "' has no store of zebstore's");
 }
 
 /// An export of the embedded provider for the care of a store's file.
