@@ -1,5 +1,7 @@
 """zeb doctor tells people and machines the same."""
 import json
+import shutil
+import struct
 
 import world
 from world import World
@@ -71,3 +73,136 @@ class Account(World):
         shown = self.zeb("doctor").out
         self.assertIn("profiles\n     mine\n     none of them is the default; 'zeb profile default NAME' makes it so\n", shown)
         self.assertIsNone(json.loads(self.zeb("doctor", "--json").out)["defaultProfile"])
+
+
+CLIENTS = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Clients\\Mail"
+OUTLOOK_2016 = "{6DB1921F-8B40-4406-A18B-E906DBEEF0C9}"
+X86, X64 = 0x014C, 0x8664
+
+
+class Machine(World):
+    """A machine whose search ends at the system's stub: beside a copy of zeb."""
+
+    registered = False
+
+    def setUp(self):
+        super().setUp()
+        if world.WINDOWS:
+            self.reg("delete", MAIL, "/f")
+            self.reg("delete", CLIENTS, "/ve", "/f")
+            self.addCleanup(self.reg, "delete", CLIENTS, "/ve", "/f")
+        suffix = ".exe" if world.WINDOWS else ""
+        own = self.folder / "bin"
+        own.mkdir()
+        for name in (f"zeb{suffix}", "zebapi.dll" if world.WINDOWS else "libzebapi.so"):
+            shutil.copy(world.BUILD / "bin" / name, own / name)
+        shutil.copy(world.BUILD / "bin/mapi_stub.dll", own / "MAPI32.DLL")
+        self.program = str(own / f"zeb{suffix}")
+
+    def doctor(self, code):
+        """What the doctor of the copy says: the findings by topic, and its last sentence."""
+        command = ([str(world.ROOT / "scripts/wine-run.sh")] if world.WINDOWS else []) + [self.program, "doctor"]
+        shown = self.check(self.run_command(command), code)
+        found = json.loads(self.check(self.run_command([*command, "--json"]), code).out)
+        lines = [f"   {each['topic']:<14}{each['text']}\n" for each in found["setup"]]
+        self.assertIn("also on this machine\n" + "".join(lines) + "\n", shown.out)
+        self.assertEqual(found["candidates"][-1]["step"], "system")
+        self.assertEqual(found["stubWithoutClient"], code == 1)
+        self.error = shown.err
+        return {topic: [each["text"] for each in found["setup"] if each["topic"] == topic]
+                for topic in {each["topic"] for each in found["setup"]}}
+
+    def library(self, name, machine):
+        """A file that is a Windows library's head."""
+        file = self.folder / name
+        file.parent.mkdir(parents=True, exist_ok=True)
+        file.write_bytes(b"MZ" + bytes(58) + struct.pack("<I", 64) + b"PE\0\0" + struct.pack("<H", machine) + bytes(64))
+        return self.path(name)
+
+    def registry_text(self, text):
+        return text if world.WINDOWS else text.replace("\\", "\\\\")
+
+    def client(self, name, **values):
+        self.registry_add(CLIENTS, "", name, undo=f"{CLIENTS}\\{name}")
+        for value, text in values.items():
+            self.registry_add(f"{CLIENTS}\\{name}", value, self.registry_text(text))
+
+    def test_a_stub_without_a_client_is_not_usable(self):
+        findings = self.doctor(code=1)
+        self.assertEqual(findings["mail client"], [f"no default mail client is registered in {CLIENTS}"])
+        self.assertIn("is the system's stub, and no mail client with 64-bit MAPI is registered", self.error)
+
+    def test_a_client_whose_library_is_missing(self):
+        self.client("Post", DLLPathEx=self.path("none.dll"))
+        findings = self.doctor(code=1)
+        self.assertEqual(findings["mail client"][0], f"the default one is 'Post' ({CLIENTS})")
+        self.assertIn("'Post', value DLLPathEx, names '" + self.path("none.dll") + "', which does not exist: unusable",
+                      findings["mail client"][1])
+
+    def test_a_client_that_is_a_provider(self):
+        name = "zebstore.dll" if world.WINDOWS else "libzebstore.so"
+        file = str(world.BUILD / "bin" / name)
+        self.client("Post", DLLPath="Z:" + file.replace("/", "\\") if world.WINDOWS else file)
+        findings = self.doctor(code=0)
+        self.assertIn("'Post', value DLLPath, names '", findings["mail client"][1])
+        self.assertTrue(findings["mail client"][1].endswith(": usable, a provider with undecorated names"))
+
+    def test_where_the_component_of_a_newer_office_leads(self):
+        self.client("Microsoft Outlook", MSIComponentID=OUTLOOK_2016)
+        findings = self.doctor(code=1)
+        self.assertEqual(findings["component"], [
+            f"MSIComponentID of 'Microsoft Outlook' is {OUTLOOK_2016}, which leads to no file; the search asks for "
+            "{FF1D0740-D227-11D1-A4B0-006008AF820E}, the component of Outlook 2007 and before"])
+        self.environment["ZEB_TEST_COMPONENT"] = self.library("olmapi32.dll", X64)
+        self.assertIn("leads to '" + self.path("olmapi32.dll") + "' (x64); the search asks for",
+                      self.doctor(code=0)["component"][0])
+        self.environment["ZEB_TEST_COMPONENT"] = self.library("olmapi32.dll", X86)
+        self.assertIn("which is of a 32-bit Office; this program has 64 bits", self.doctor(code=1)["component"][0])
+
+    def test_click_to_run(self):
+        key = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Office\\ClickToRun\\Configuration"
+        self.registry_add(key, "InstallationPath", self.registry_text(self.path("office")))
+        self.registry_add(key, "VersionToReport", "16.0.17932.20700")
+        self.registry_add(key, "Platform", "x64")
+        self.library("office/root/VFS/ProgramFilesCommonX64/system/msmapi/1033/msmapi32.dll", X64)
+        file = self.path("office") + "\\root\\VFS\\ProgramFilesCommonX64\\system\\msmapi\\1033\\msmapi32.dll"
+        self.assertEqual(self.doctor(code=1)["Click-to-Run"], [
+            f"Office 16.0.17932.20700 (x64) is installed in '{self.path('office')}'; its MAPI is '{file}' (x64)"])
+
+    def test_a_click_to_run_office_of_32_bits(self):
+        key = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Office\\ClickToRun\\Configuration"
+        self.registry_add(key, "InstallationPath", self.registry_text(self.path("office")))
+        self.registry_add(key, "Platform", "x86")
+        self.library("office/root/VFS/ProgramFilesCommonX86/system/msmapi/1033/msmapi32.dll", X86)
+        self.assertTrue(self.doctor(code=1)["Click-to-Run"][0].endswith(
+            "which is of a 32-bit Office; this program has 64 bits"))
+
+    def test_a_32_bit_office_is_named_in_the_verdict(self):
+        self.registry_add(MAIL, "DLLPathEx", self.registry_text(self.library("olmapi32.dll", X86)))
+        command = ([str(world.ROOT / "scripts/wine-run.sh")] if world.WINDOWS else []) + [self.program, "doctor", "--json"]
+        found = json.loads(self.check(self.run_command(command), 1).out)
+        self.assertEqual(found["candidates"][0]["verdict"], "unusable, 32-bit Office; this program has 64 bits")
+
+    def test_the_address_books_library(self):
+        key = "HKEY_LOCAL_MACHINE\\Software\\Microsoft\\WAB\\DLLPath"
+        self.registry_add(key, "", self.registry_text(self.path("wab32.dll")))
+        self.assertEqual(self.doctor(code=1)["address book"],
+                         [f"{key} names '{self.path('wab32.dll')}', which does not exist"])
+        self.library("wab32.dll", X64)
+        self.assertEqual(self.doctor(code=1)["address book"], [f"{key} names '{self.path('wab32.dll')}' (x64)"])
+
+    def test_the_joined_path_of_the_common_folder(self):
+        key = "HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion"
+        if not world.WINDOWS:
+            self.registry_add(key, "CommonFilesDir", self.registry_text("C:\\Program Files\\Common Files"))
+        self.assertEqual(self.doctor(code=1)["common MAPI"], [
+            f"{key}, value CommonFilesDir is 'C:\\Program Files\\Common Files', without a backslash at its end: the search "
+            "makes 'C:\\Program Files\\Common FilesSystem\\Mapi\\1033\\' of it"])
+
+    def test_versions_of_files(self):
+        text = "\n".join(self.doctor(code=1)["file"])
+        self.assertIn("MAPI32.DLL' (x64)", text)
+        if world.WINDOWS:
+            # The stub of Wine has a version in its resources.
+            self.client("Post", DLLPath="C:\\windows\\system32\\kernel32.dll")
+            self.assertRegex(self.doctor(code=1)["mail client"][1], r"\(version \d+\.\d+\.\d+\.\d+, x64\)")

@@ -86,6 +86,9 @@ class World(unittest.TestCase):
         command = [str(BUILD / "bin" / tool), *arguments]
         if WINDOWS:
             command = [str(ROOT / "scripts/wine-run.sh"), str(BUILD / "bin" / (tool + ".exe")), *arguments]
+        return self.run_command(command, **more)
+
+    def run_command(self, command, **more):
         more.setdefault("env", self.environment)
         more.setdefault("stdin", subprocess.DEVNULL)
         # Files, not pipes: Wine's own processes inherit them and would keep a pipe open long after the tool's end.

@@ -2,6 +2,7 @@
 #include "tools/common/Failure.h"
 #include "tools/common/Output.h"
 #include "tools/zeb/Command.h"
+#include "tools/zeb/MailSetup.h"
 #include "tools/zeb/ProfilePlaces.h"
 #include "tools/zeb/Provider.h"
 
@@ -89,6 +90,16 @@ void PrintProfiles(const ProfileNames& profiles)
     Print("\n");
 }
 
+void PrintSetup(const MailSetup& setup)
+{
+    if (setup.findings.empty())
+        return;
+    Print("also on this machine\n");
+    for (const SetupFinding& finding : setup.findings)
+        Print("   " + Fitted(finding.topic, 14) + OneLine(finding.text) + "\n");
+    Print("\n");
+}
+
 nlohmann::ordered_json JsonOf(const ProviderCandidate& candidate)
 {
     nlohmann::ordered_json object;
@@ -113,7 +124,7 @@ nlohmann::ordered_json TextOrNull(const std::string& text)
     return text.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(text);
 }
 
-void PrintJson(const ProviderReport& report, const ProfileNames& profiles)
+void PrintJson(const ProviderReport& report, const ProfileNames& profiles, const MailSetup& setup)
 {
     nlohmann::ordered_json object;
     object["provider"] = TextOrNull(Utf8FromNarrow(report.path));
@@ -129,6 +140,10 @@ void PrintJson(const ProviderReport& report, const ProfileNames& profiles)
         object["profilesElsewhere"].push_back({{"keeper", place.keeper},
                                                {"key", "HKEY_CURRENT_USER\\" + place.key},
                                                {"profiles", place.profiles}});
+    object["setup"] = nlohmann::ordered_json::array();
+    for (const SetupFinding& finding : setup.findings)
+        object["setup"].push_back({{"topic", finding.topic}, {"text", finding.text}});
+    object["stubWithoutClient"] = setup.stubWithoutClient;
     Print(object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
 }
 
@@ -136,21 +151,34 @@ int Run(bool json)
 {
     const ProviderReport report = SearchProvider();
     const ProfileNames profiles = ReadProfiles();
+    const MailSetup setup = LookAtMailSetup(report);
     if (json)
     {
-        PrintJson(report, profiles);
+        PrintJson(report, profiles, setup);
     }
     else
     {
         for (size_t i = 0; i < report.candidates.size(); ++i)
             PrintCandidate(i + 1, report.candidates[i]);
         PrintProfiles(profiles);
+        PrintSetup(setup);
     }
     if (report.path.empty())
     {
         FlushOutput();
         Complain("zeb", "no usable MAPI provider was found; 'zeb provider install' registers the one that "
                         "comes with zeb");
+        return ExitFailed;
+    }
+    if (setup.stubWithoutClient)
+    {
+        FlushOutput();
+        Complain("zeb", "'" + Utf8FromNarrow(report.path) +
+                            "' is the system's stub, and no mail client with 64-bit MAPI is registered "
+                            "behind it, so that "
+                            "logging on fails; install 64-bit Outlook, or let 'zeb provider install' "
+                            "register the provider "
+                            "that comes with zeb");
         return ExitFailed;
     }
     if (!json)

@@ -1,6 +1,7 @@
 // zeb provider install, remove, status
 #include "tools/zeb/Provider.h"
 
+#include "platform/imagefile.h"
 #include "platform/module.h"
 #include "platform/narrow.h"
 #include "tools/common/Failure.h"
@@ -143,6 +144,11 @@ std::string VerdictOn(const ProviderCandidate& candidate)
 {
     if (!candidate.examined)
         return "names no file to try";
+    const unsigned bits = platform::ReadImageFile(Utf8FromNarrow(candidate.found.resolved)).bits;
+    constexpr unsigned OwnBits = 8 * sizeof(void*);
+    if (!candidate.found.loaded && bits != 0 && bits != OwnBits)
+        return "unusable, " + std::to_string(bits) + "-bit Office; this program has " +
+               std::to_string(OwnBits) + " bits";
     return VerdictOn(candidate.found);
 }
 
