@@ -416,9 +416,7 @@ private:
     const PropertySet m_none;
 };
 
-constexpr ULONG OpenFlags = MAPI_MODIFY | MAPI_BEST_ACCESS | MAPI_DEFERRED_ERRORS |
-                            ULONG(0x80) /* MAPI_GAL_ONLY */ | ULONG(0x200) /* MAPI_NO_CACHE */ |
-                            ULONG(0x4000) /* MAPI_CACHE_ONLY */;
+constexpr ULONG OpenFlags = OpenEntryFlags | ULONG(0x80) /* MAPI_GAL_ONLY */;
 
 Access AccessOf(AddressKind kind, ULONG flags, Access most)
 {

@@ -1,6 +1,7 @@
 // Start, stop, logon and profile administration; and what the provider does not do.
 #include "zebstore/Exports.h"
 
+#include "platform/thread.h"
 #include "zebstore/Guard.h"
 #include "zebstore/Memory.h"
 #include "zebstore/Notifier.h"
@@ -56,6 +57,8 @@ void WINAPI MAPIUninitialize()
         if (g_users == 0 || --g_users > 0)
             return;
     }
+    if (zeb::platform::IsProcessEnding())
+        return TraceLiveCounts();
     // Not under the lock: an advise sink that is being called may ask whether MAPI is started.
     Notifier::The().Stop();
     TraceLiveCounts();

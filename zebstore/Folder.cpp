@@ -1,5 +1,7 @@
 #include "zebstore/Folder.h"
 
+#include "zebstore/Defaults.h"
+#include "zebstore/OpenFlags.h"
 #include "zebstore/Table.h"
 
 namespace zebstore
@@ -10,6 +12,12 @@ namespace
 // Only this provider's folders answer to it, so a folder that a host hands back is known for our own.
 constexpr IID OwnFolderId = {0x7B1D8A52, 0x3C5E, 0x4F0B, {0x9A, 0x41, 0x66, 0xE2, 0x0D, 0x57, 0xB8, 0x13}};
 constexpr ULONG PrContactsFolder = PROP_TAG(PT_BINARY, 0x36D1);
+
+/// A table of what was deleted and could be got back: deletions are for good, so it has no rows.
+std::shared_ptr<RowSource> NothingOf(const ComputedProperties& computed)
+{
+    return std::make_shared<MemoryRows>(std::vector<PropertySet>(), computed.MessageTags());
+}
 
 } // namespace
 
@@ -45,7 +53,8 @@ const std::vector<ULONG>& Folder::ComputedTags()
         PR_ENTRYID,        PR_RECORD_KEY,          PR_PARENT_ENTRYID,    PR_OBJECT_TYPE,
         PR_ACCESS,         PR_STORE_ENTRYID,       PR_STORE_RECORD_KEY,  PR_INSTANCE_KEY,
         PR_ACCESS_LEVEL,   PR_STORE_SUPPORT_MASK,  PR_MAPPING_SIGNATURE, PR_CONTENT_COUNT,
-        PR_CONTENT_UNREAD, PR_ASSOC_CONTENT_COUNT, PR_SUBFOLDERS,        PR_FOLDER_TYPE};
+        PR_CONTENT_UNREAD, PR_ASSOC_CONTENT_COUNT, PR_SUBFOLDERS,        PR_FOLDER_TYPE,
+        PrSourceKey,       PrParentSourceKey};
     static const std::vector<ULONG> inbox = []
     {
         std::vector<ULONG> tags = folders;
@@ -65,6 +74,12 @@ bool Folder::Compute(ULONG tag, PropertySet& out)
     if (!HasId(ComputedTags(), tag))
         return false;
     return Store()->Computed()->OfFolder(tag, File().Folder(m_folder), out);
+}
+
+// Who synchronizes folders asks for them by name.
+bool Folder::Lists(ULONG tag)
+{
+    return PROP_ID(tag) != PROP_ID(PrSourceKey) && PROP_ID(tag) != PROP_ID(PrParentSourceKey);
 }
 
 void Folder::Edit(const std::function<void(PropertySet&)>& change)
@@ -89,9 +104,11 @@ IUnknown* Folder::OpenObject(ULONG tag, const IID& iid, ULONG options, ULONG fla
 
 IMAPITable* Folder::Contents(ULONG flags)
 {
-    RequireFlags(flags, MAPI_UNICODE | MAPI_ASSOCIATED | MAPI_DEFERRED_ERRORS);
+    RequireFlags(flags, MAPI_UNICODE | MAPI_ASSOCIATED | MAPI_DEFERRED_ERRORS | ShowSoftDeletes);
     TableOptions options;
     options.unicode = (flags & MAPI_UNICODE) != 0;
+    if (flags & ShowSoftDeletes)
+        return CreateTable(NothingOf(*Store()->Computed()), options).Detach();
     return CreateTable(MakeContentsRows(Store()->SharedFile(), m_folder, (flags & MAPI_ASSOCIATED) != 0,
                                         Store()->Computed()),
                        options)
@@ -100,9 +117,11 @@ IMAPITable* Folder::Contents(ULONG flags)
 
 IMAPITable* Folder::Hierarchy(ULONG flags)
 {
-    RequireFlags(flags, MAPI_UNICODE | CONVENIENT_DEPTH | MAPI_DEFERRED_ERRORS);
+    RequireFlags(flags, MAPI_UNICODE | CONVENIENT_DEPTH | MAPI_DEFERRED_ERRORS | ShowSoftDeletes);
     TableOptions options;
     options.unicode = (flags & MAPI_UNICODE) != 0;
+    if (flags & ShowSoftDeletes)
+        return CreateTable(NothingOf(*Store()->Computed()), options).Detach();
     return CreateTable(MakeHierarchyRows(Store()->SharedFile(), m_folder, (flags & CONVENIENT_DEPTH) != 0,
                                          Store()->Computed()),
                        options)

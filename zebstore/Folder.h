@@ -55,6 +55,7 @@ private:
     const PropertySet& Stored() override;
     bool Compute(ULONG tag, PropertySet& out) override;
     const std::vector<ULONG>& ComputedTags() override;
+    bool Lists(ULONG tag) override;
     void Edit(const std::function<void(PropertySet&)>& change) override;
     void Save(ULONG) override {}
     IUnknown* OpenObject(ULONG tag, const IID& iid, ULONG options, ULONG flags) override;

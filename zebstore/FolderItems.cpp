@@ -1,5 +1,6 @@
 // What a folder does with its messages and subfolders.
 #include "zebstore/Folder.h"
+#include "zebstore/OpenFlags.h"
 #include "zebstore/storage/Text.h"
 
 namespace zebstore
@@ -43,7 +44,7 @@ HRESULT Folder::CreateMessage(LPCIID iid, ULONG flags, LPMESSAGE* message)
                    {
                        Require(message != nullptr, "no place for the message");
                        *message = nullptr;
-                       RequireFlags(flags, MAPI_ASSOCIATED | MAPI_DEFERRED_ERRORS);
+                       RequireFlags(flags, MAPI_ASSOCIATED | MAPI_DEFERRED_ERRORS | ArrivalFlags);
                        RequireWrite();
                        if (iid && !IsEqualGUID(*iid, IID_IMessage) && !IsEqualGUID(*iid, IID_IMAPIProp))
                            throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED,
@@ -77,7 +78,7 @@ HRESULT Folder::CopyMessages(LPENTRYLIST list, LPCIID, LPVOID target, ULONG_PTR,
     return Guarded("IMAPIFolder::CopyMessages",
                    [&]() -> HRESULT
                    {
-                       RequireFlags(flags, MESSAGE_MOVE | MAPI_DIALOG | MAPI_DECLINE_OK);
+                       RequireFlags(flags, MESSAGE_MOVE | MESSAGE_DIALOG | MAPI_DIALOG | MAPI_DECLINE_OK);
                        Require(target != nullptr, "no folder to copy to");
                        const bool move = (flags & MESSAGE_MOVE) != 0;
                        if (move)
@@ -102,7 +103,7 @@ HRESULT Folder::DeleteMessages(LPENTRYLIST list, ULONG_PTR, LPMAPIPROGRESS, ULON
     return Guarded("IMAPIFolder::DeleteMessages",
                    [&]() -> HRESULT
                    {
-                       RequireFlags(flags, MAPI_DIALOG);
+                       RequireFlags(flags, MESSAGE_DIALOG | MAPI_DIALOG | DeleteHardDelete);
                        RequireWrite();
                        size_t strangers = 0;
                        const std::vector<MessageId> messages = MessagesHere(list, strangers);
@@ -147,25 +148,26 @@ HRESULT Folder::CreateFolder(ULONG type, LPTSTR name, LPTSTR comment, LPCIID iid
 HRESULT Folder::CopyFolder(ULONG size, LPENTRYID id, LPCIID, LPVOID target, LPTSTR name, ULONG_PTR,
                            LPMAPIPROGRESS, ULONG flags)
 {
-    return Guarded(
-        "IMAPIFolder::CopyFolder",
-        [&]
-        {
-            RequireFlags(flags, COPY_SUBFOLDERS | FOLDER_MOVE | MAPI_UNICODE | MAPI_DIALOG | MAPI_DECLINE_OK);
-            Require(target != nullptr && size > 0, "no folder to copy, or none to copy to");
-            Folder* to = OwnFolder(target);
-            RequireOwn(to);
-            to->RequireWrite();
-            const FolderId folder = Store()->ParseFolder(id, size);
-            if (File().Folder(folder).parent != m_folder)
-                throw Error(MAPI_E_NOT_FOUND, "the folder does not lie in this folder");
-            if (flags & FOLDER_MOVE)
-                RequireWrite();
-            FolderCopy copy{Store(), folder, to->Store(), to->Id(), TextArgument(name, flags), false, false};
-            copy.move = (flags & FOLDER_MOVE) != 0;
-            copy.subfolders = copy.move || (flags & COPY_SUBFOLDERS) != 0;
-            CopyFolderTree(copy);
-        });
+    return Guarded("IMAPIFolder::CopyFolder",
+                   [&]
+                   {
+                       RequireFlags(flags, COPY_SUBFOLDERS | FOLDER_MOVE | FOLDER_DIALOG | MAPI_UNICODE |
+                                               MAPI_DIALOG | MAPI_DECLINE_OK);
+                       Require(target != nullptr && size > 0, "no folder to copy, or none to copy to");
+                       Folder* to = OwnFolder(target);
+                       RequireOwn(to);
+                       to->RequireWrite();
+                       const FolderId folder = Store()->ParseFolder(id, size);
+                       if (File().Folder(folder).parent != m_folder)
+                           throw Error(MAPI_E_NOT_FOUND, "the folder does not lie in this folder");
+                       if (flags & FOLDER_MOVE)
+                           RequireWrite();
+                       FolderCopy copy{Store(), folder, to->Store(), to->Id(), TextArgument(name, flags),
+                                       false,   false};
+                       copy.move = (flags & FOLDER_MOVE) != 0;
+                       copy.subfolders = copy.move || (flags & COPY_SUBFOLDERS) != 0;
+                       CopyFolderTree(copy);
+                   });
 }
 
 HRESULT Folder::DeleteFolder(ULONG size, LPENTRYID id, ULONG_PTR, LPMAPIPROGRESS, ULONG flags)
@@ -173,7 +175,8 @@ HRESULT Folder::DeleteFolder(ULONG size, LPENTRYID id, ULONG_PTR, LPMAPIPROGRESS
     return Guarded("IMAPIFolder::DeleteFolder",
                    [&]
                    {
-                       RequireFlags(flags, DEL_MESSAGES | DEL_FOLDERS | MAPI_DIALOG);
+                       RequireFlags(flags, DEL_MESSAGES | DEL_FOLDERS | FOLDER_DIALOG | MAPI_DIALOG |
+                                               DeleteHardDelete);
                        RequireWrite();
                        Require(size > 0 && id, "no folder to delete");
                        const FolderId folder = Store()->ParseFolder(id, size);
@@ -188,7 +191,7 @@ HRESULT Folder::EmptyFolder(ULONG_PTR, LPMAPIPROGRESS, ULONG flags)
     return Guarded("IMAPIFolder::EmptyFolder",
                    [&]
                    {
-                       RequireFlags(flags, DEL_ASSOCIATED | MAPI_DIALOG);
+                       RequireFlags(flags, DEL_ASSOCIATED | FOLDER_DIALOG | MAPI_DIALOG | DeleteHardDelete);
                        RequireWrite();
                        File().EmptyFolder(m_folder, (flags & DEL_ASSOCIATED) != 0);
                    });
@@ -200,8 +203,8 @@ HRESULT Folder::SetReadFlags(LPENTRYLIST list, ULONG_PTR, LPMAPIPROGRESS, ULONG 
                    [&]() -> HRESULT
                    {
                        RequireFlags(flags, SUPPRESS_RECEIPT | CLEAR_READ_FLAG | GENERATE_RECEIPT_ONLY |
-                                               MAPI_DEFERRED_ERRORS | MAPI_DIALOG | ULONG(0x20) |
-                                               ULONG(0x40));
+                                               MAPI_DEFERRED_ERRORS | MAPI_DIALOG | MESSAGE_DIALOG |
+                                               ULONG(0x20) | ULONG(0x40));
                        RequireWrite();
                        size_t strangers = 0;
                        const std::vector<MessageId> messages =

@@ -2,6 +2,7 @@
 
 #include "platform/environment.h"
 #include "platform/text.h"
+#include "platform/thread.h"
 #include "zebstore/Memory.h"
 
 #include <algorithm>
@@ -18,6 +19,7 @@ namespace zebstore
 
 std::atomic<bool> g_callsWatched{false};
 std::atomic<long> g_liveObjects{0};
+std::atomic<long> g_badFrees{0};
 
 namespace
 {
@@ -31,29 +33,46 @@ struct LastError
     std::string text;
 };
 
-std::mutex g_errorLock;
-std::array<LastError, 64> g_errors;
-size_t g_nextError = 0;
+struct Errors
+{
+    std::mutex lock;
+    std::array<LastError, 64> ring;
+    size_t next = 0;
+};
+
+// Calls may come after the library's own objects went; they find no texts then.
+std::atomic<bool> g_errorsGone{false};
+
+struct ErrorsHolder
+{
+    Errors errors;
+    ~ErrorsHolder() { g_errorsGone = true; }
+};
+ErrorsHolder g_errors;
 
 LastError* FindErrorOfThisThread()
 {
     const std::thread::id self = std::this_thread::get_id();
-    const auto found = std::find_if(g_errors.begin(), g_errors.end(),
-                                    [&](const LastError& each) { return each.thread == self; });
-    return found == g_errors.end() ? nullptr : &*found;
+    std::array<LastError, 64>& ring = g_errors.errors.ring;
+    const auto found =
+        std::find_if(ring.begin(), ring.end(), [&](const LastError& each) { return each.thread == self; });
+    return found == ring.end() ? nullptr : &*found;
 }
 
 void RememberError(HRESULT code, const char* text) noexcept
 {
+    if (g_errorsGone)
+        return;
     try
     {
         std::string copy(text);
-        const std::lock_guard<std::mutex> hold(g_errorLock);
+        Errors& errors = g_errors.errors;
+        const std::lock_guard<std::mutex> hold(errors.lock);
         LastError* error = FindErrorOfThisThread();
         if (!error)
         {
-            error = &g_errors[g_nextError];
-            g_nextError = (g_nextError + 1) % g_errors.size();
+            error = &errors.ring[errors.next];
+            errors.next = (errors.next + 1) % errors.ring.size();
             error->thread = std::this_thread::get_id();
         }
         error->code = code;
@@ -77,8 +96,10 @@ struct Watch
 
 Watch& TheWatch()
 {
-    static Watch watch;
-    return watch;
+    // Never destroyed, as calls come until the process ends; it holds no memory of its own.
+    alignas(Watch) static unsigned char place[sizeof(Watch)];
+    static Watch* const watch = new (place) Watch;
+    return *watch;
 }
 
 } // namespace
@@ -114,7 +135,9 @@ HRESULT ResultOfCurrentException() noexcept
 
 void ForgetErrorText(HRESULT code) noexcept
 {
-    const std::lock_guard<std::mutex> hold(g_errorLock);
+    if (g_errorsGone)
+        return;
+    const std::lock_guard<std::mutex> hold(g_errors.errors.lock);
     LastError* error = FindErrorOfThisThread();
     if (error && error->code == code)
         error->code = S_OK;
@@ -156,7 +179,9 @@ void CallEnds(unsigned long number, const char* method, HRESULT result) noexcept
 
 std::string LastErrorText(HRESULT code)
 {
-    const std::lock_guard<std::mutex> hold(g_errorLock);
+    if (g_errorsGone)
+        return {};
+    const std::lock_guard<std::mutex> hold(g_errors.errors.lock);
     const LastError* error = FindErrorOfThisThread();
     return error && error->code == code ? error->text : std::string();
 }
@@ -222,6 +247,7 @@ void ApplySwitches(const Switches& switches)
     watch.allocations = 0;
     watch.happened = false;
     watch.switches = switches;
+    std::string().swap(watch.switches.traceFile);
     if (!switches.traceFile.empty())
     {
         watch.trace = zeb::platform::OpenFile(switches.traceFile, "a");
@@ -262,14 +288,38 @@ bool AllocationFails() noexcept
     return true;
 }
 
-void TraceLiveCounts() noexcept
+void CountBadFree(const char* by, const void* block) noexcept
+{
+    ++g_badFrees;
+    Watch& watch = TheWatch();
+    const std::lock_guard<std::mutex> hold(watch.lock);
+    if (!watch.trace)
+        return;
+    std::fprintf(watch.trace, "bad free: %s of %p, which is no live buffer\n", by, block);
+    std::fflush(watch.trace);
+}
+
+void TraceNote(const std::string& text) noexcept
 {
     Watch& watch = TheWatch();
     const std::lock_guard<std::mutex> hold(watch.lock);
     if (!watch.trace)
         return;
-    std::fprintf(watch.trace, "live objects %ld, live buffers %ld\n", g_liveObjects.load(),
-                 g_liveBuffers.load());
+    std::fprintf(watch.trace, "note: %s\n", text.c_str());
+    std::fflush(watch.trace);
+}
+
+void TraceLiveCounts() noexcept
+{
+    Watch& watch = TheWatch();
+    // A thread that went with the process may have held the lock.
+    std::unique_lock<std::mutex> hold(watch.lock, std::defer_lock);
+    if (zeb::platform::IsProcessEnding() ? !hold.try_lock() : (hold.lock(), false))
+        return;
+    if (!watch.trace)
+        return;
+    std::fprintf(watch.trace, "live objects %ld, live buffers %ld, bad frees %ld\n", g_liveObjects.load(),
+                 g_liveBuffers.load(), g_badFrees.load());
     std::fflush(watch.trace);
 }
 

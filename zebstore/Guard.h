@@ -91,7 +91,15 @@ bool AllocationFails() noexcept;
 /// Live COM objects of the provider; the counted base moves it.
 extern std::atomic<long> g_liveObjects;
 
-/// Ends the trace with the counts of live objects and live buffers.
+/// Blocks that were freed although they were not live.
+extern std::atomic<long> g_badFrees;
+/// Counts one and names it in the trace. @param by the function that was called, a literal
+void CountBadFree(const char* by, const void* block) noexcept;
+
+/// Writes a line of its own into the trace, when there is one.
+void TraceNote(const std::string& text) noexcept;
+
+/// Ends the trace with the counts of live objects, live buffers and bad frees.
 void TraceLiveCounts() noexcept;
 
 } // namespace zebstore

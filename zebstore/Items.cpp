@@ -1,5 +1,6 @@
 // Opening objects by identifier, and what the interfaces' answers share.
 #include "zebstore/Objects.h"
+#include "zebstore/OpenFlags.h"
 #include "zebstore/Table.h"
 
 #include <cstring>
@@ -24,7 +25,7 @@ IUnknown* Answer(IUnknown* object, const IID* iid)
 IUnknown* OpenItem(const StorePtr& store, ULONG size, const void* id, const IID* iid, ULONG flags,
                    Access most, ULONG* objectType)
 {
-    RequireFlags(flags, MAPI_MODIFY | MAPI_BEST_ACCESS | MAPI_DEFERRED_ERRORS);
+    RequireFlags(flags, OpenEntryFlags | ShowSoftDeletes);
     const ItemId item = store->Parse(id, size);
     const Access access = AccessFor(flags, most);
     IUnknown* answer = nullptr;

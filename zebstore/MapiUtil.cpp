@@ -1,5 +1,6 @@
 // The exported helpers of MAPI that work on any provider's objects.
 #include "zebstore/Guard.h"
+#include "zebstore/LiveBlocks.h"
 #include "zebstore/Memory.h"
 #include "zebstore/PropCopy.h"
 
@@ -71,9 +72,11 @@ void WINAPI FreeProws(LPSRowSet rows)
 {
     if (!rows)
         return;
+    if (!zebstore::g_roots.Has(rows))
+        return zebstore::CountBadFree("FreeProws", rows);
     for (ULONG i = 0; i < rows->cRows; ++i)
-        zebstore::Free(rows->aRow[i].lpProps);
-    zebstore::Free(rows);
+        zebstore::FreeOf(rows->aRow[i].lpProps, "FreeProws");
+    zebstore::FreeOf(rows, "FreeProws");
 }
 
 namespace

@@ -2,6 +2,7 @@
 
 #include "platform/text.h"
 #include "zebstore/Guard.h"
+#include "zebstore/LiveBlocks.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -44,6 +45,11 @@ SCODE NewRoot(ULONG size, void** block) noexcept
     Header* header = NewBlock(size);
     if (!header)
         return MAPI_E_NOT_ENOUGH_MEMORY;
+    if (!g_roots.Add(header + 1))
+    {
+        std::free(header);
+        return MAPI_E_NOT_ENOUGH_MEMORY;
+    }
     header->next = nullptr;
     header->mark = RootMark;
     g_liveBuffers.fetch_add(1, std::memory_order_relaxed);
@@ -66,11 +72,15 @@ SCODE NewMore(ULONG size, void* parent, void** block) noexcept
     return S_OK;
 }
 
-ULONG FreeChain(void* root) noexcept
+// Nothing is read of a block before it is known to be live.
+HRESULT FreeChain(void* root, const char* by) noexcept
 {
+    if (!g_roots.Remove(root))
+    {
+        CountBadFree(by, root);
+        return MAPI_E_INVALID_PARAMETER;
+    }
     Header* header = HeaderOf(root);
-    if (header->mark != RootMark)
-        return static_cast<ULONG>(MAPI_E_INVALID_PARAMETER);
     g_liveBuffers.fetch_sub(1, std::memory_order_relaxed);
     while (header)
     {
@@ -96,8 +106,12 @@ void* Allocate(size_t size, void* parent)
 
 void Free(void* root) noexcept
 {
-    if (root)
-        FreeChain(root);
+    FreeOf(root, "the provider itself");
+}
+
+HRESULT FreeOf(void* root, const char* by) noexcept
+{
+    return root ? FreeChain(root, by) : S_OK;
 }
 
 char* CopyNarrow(const char* text, void* parent)
@@ -121,7 +135,6 @@ void* CopyBytes(const void* bytes, size_t size, void* parent)
 
 } // namespace zebstore
 
-using zebstore::FreeChain;
 using zebstore::NewMore;
 using zebstore::NewRoot;
 
@@ -139,5 +152,5 @@ SCODE WINAPI MAPIAllocateMore(ULONG size, LPVOID parent, LPVOID* block)
 
 ULONG WINAPI MAPIFreeBuffer(LPVOID block)
 {
-    return block ? FreeChain(block) : static_cast<ULONG>(S_OK);
+    return static_cast<ULONG>(zebstore::FreeOf(block, "MAPIFreeBuffer"));
 }

@@ -19,6 +19,10 @@ void* Allocate(size_t size, void* parent = nullptr);
 
 /// Frees a root block and everything chained to it; null is ignored.
 void Free(void* root) noexcept;
+/// The same for a caller outside: what is no live root block is counted and named in the trace, and stays.
+/// @param by the function that was called, a literal
+/// @return MAPI_E_INVALID_PARAMETER for what is no live root block
+HRESULT FreeOf(void* root, const char* by) noexcept;
 
 /// Terminated copies in MAPI memory, owned by the chain of `parent` (a root of their own when null).
 char* CopyNarrow(const char* text, void* parent);

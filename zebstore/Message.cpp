@@ -1,6 +1,7 @@
 #include "zebstore/Message.h"
 
 #include "platform/datetime.h"
+#include "zebstore/Defaults.h"
 #include "zebstore/Table.h"
 
 #include <mutex>
@@ -48,6 +49,7 @@ Message::Message(const StorePtr& store, MessageId message, Access access)
     , m_folder(FolderOf(message))
     , m_associated(IsAssociated(message))
     , m_loaded(false)
+    , m_saved(true)
 {
     Load();
 }
@@ -71,6 +73,7 @@ Message::Message(const StorePtr& store, Attachment& holder, std::shared_ptr<cons
         StartNew(false);
         return;
     }
+    m_saved = true;
     m_properties = content->properties;
     m_recipients = content->recipients;
     for (const AttachmentEdit& each : content->attachments)
@@ -142,6 +145,18 @@ bool Message::Compute(ULONG tag, PropertySet& out)
     }
 }
 
+bool Message::Default(ULONG tag, PropertySet& out)
+{
+    const MessageOrigin origin{m_id, [this] { return m_change; }};
+    return Store()->Computed()->DefaultOfMessage(tag, origin, out);
+}
+
+bool Message::IsFixed(ULONG tag)
+{
+    // After the first save the flags change by SetReadFlag and by what happens to the message.
+    return (m_saved && PROP_ID(tag) == PROP_ID(PR_MESSAGE_FLAGS)) || PropBase::IsFixed(tag);
+}
+
 Message::Draft Message::GetDraft()
 {
     const std::lock_guard<std::recursive_mutex> hold(Lock());
@@ -205,8 +220,30 @@ void Message::Complete()
         const auto key = UniqueKey();
         m_properties.SetBinary(PR_SEARCH_KEY, key.data(), sizeof(key));
     }
+    const LONG kind = m_associated ? MSGFLAG_ASSOCIATED : 0;
+    m_properties.SetLong(PR_MESSAGE_FLAGS,
+                         (m_properties.Long(PR_MESSAGE_FLAGS) & ~LONG(MSGFLAG_ASSOCIATED)) | kind);
     CompleteSubject();
     CompleteNames();
+    CompleteChange();
+}
+
+// The key of a change that somebody wrote holds until the next one, and then is one of its predecessors. A message whose
+// keys nobody wrote stores none: they follow from the number of its last change.
+void Message::CompleteChange()
+{
+    if (!m_properties.Has(PrChangeKey) && !m_properties.Has(PrPredecessorChangeList))
+        return;
+    std::string key = m_properties.Binary(PrChangeKey);
+    std::string list = m_properties.Binary(PrPredecessorChangeList);
+    if (!WasWritten(PrChangeKey) && (m_saved || key.empty()))
+    {
+        list = WithChange(list, key);
+        key = NextChangeKey(Store()->Uid(), key);
+        m_properties.SetBinary(PrChangeKey, key.data(), key.size());
+    }
+    list = WithChange(list, key);
+    m_properties.SetBinary(PrPredecessorChangeList, list.data(), list.size());
 }
 
 void Message::CompleteSubject()
@@ -286,6 +323,7 @@ void Message::Commit(bool force)
         throw;
     }
     m_recipientsChanged = false;
+    m_saved = true;
     if (m_holder)
     {
         GiveBack(std::move(content));

@@ -66,6 +66,8 @@ private:
     const PropertySet& Stored() override;
     bool Compute(ULONG tag, PropertySet& out) override;
     const std::vector<ULONG>& ComputedTags() override;
+    bool Default(ULONG tag, PropertySet& out) override;
+    bool IsFixed(ULONG tag) override;
     void Edit(const std::function<void(PropertySet&)>& change) override;
     void Written(ULONG tag) override { m_written.insert(PROP_ID(tag)); }
     void Save(ULONG flags) override;
@@ -77,6 +79,7 @@ private:
     void Complete();
     void CompleteSubject();
     void CompleteNames();
+    void CompleteChange();
     void Commit(bool force);
     MessageContent TakeContent();
     void GiveBack(MessageContent&& content);
@@ -99,6 +102,7 @@ private:
 
     bool m_loaded = true;
     bool m_dirty = false;
+    bool m_saved = false; ///< at least once, now or before it was opened
     std::int64_t m_change = 0;
     PropertySet m_properties;
     std::set<ULONG> m_written; ///< identifiers that a caller wrote since the last save

@@ -81,11 +81,8 @@ void Notifier::Add(const std::shared_ptr<Notified>& member)
     m_members.push_back(member);
     try
     {
-        if (!m_thread.joinable())
-        {
-            m_stopping = std::make_shared<bool>(false);
-            m_thread = std::thread([this, stopping = m_stopping] { Run(*stopping); });
-        }
+        if (!m_thread.IsStarted())
+            StartThread();
     }
     catch (...)
     {
@@ -94,6 +91,26 @@ void Notifier::Add(const std::shared_ptr<Notified>& member)
     }
     g_afterCommit = [] { The().Wake(); };
     m_changed.notify_all();
+}
+
+void Notifier::StartThread()
+{
+    // Ends the thread of a host that did not, before the library's code goes.
+    static const struct AtEnd
+    {
+        ~AtEnd() { The().Stop(); }
+    } atEnd;
+    m_work = std::make_shared<Work>();
+    auto shared = std::make_unique<std::shared_ptr<Work>>(m_work);
+    if (!m_thread.Start(RunThread, shared.get()))
+        throw Error(MAPI_E_NOT_ENOUGH_RESOURCES, "the system gives no thread for notifications");
+    shared.release();
+}
+
+void Notifier::RunThread(void* work)
+{
+    const std::unique_ptr<std::shared_ptr<Work>> shared(static_cast<std::shared_ptr<Work>*>(work));
+    The().Run(**shared);
 }
 
 void Notifier::Remove(const Notified* member)
@@ -124,26 +141,40 @@ void Notifier::Wake() noexcept
 
 void Notifier::Stop()
 {
-    std::thread thread;
+    if (zeb::platform::IsProcessEnding())
+        return;
     std::vector<std::shared_ptr<Notified>> members;
-    {
-        const std::lock_guard<std::mutex> hold(m_lock);
-        g_afterCommit = nullptr;
-        members.swap(m_members);
-        if (!m_thread.joinable() || m_runner == std::this_thread::get_id())
-            return;
-        *m_stopping = true;
-        m_stopping.reset();
-        thread.swap(m_thread);
-        m_changed.notify_all();
-    }
-    thread.join();
+    std::unique_lock<std::mutex> hold(m_lock);
+    g_afterCommit = nullptr;
+    members.swap(m_members);
+    if (!m_thread.IsStarted() || m_runner == std::this_thread::get_id())
+        return;
+    const std::shared_ptr<Work> work = std::move(m_work);
+    work->stopping = true;
+    m_changed.notify_all();
+    zeb::platform::LibraryThread thread = std::move(m_thread);
+    // One that has not begun may be waiting for the loader; it will do nothing.
+    m_idle.wait(hold, [&] { return work->ended || !work->began; });
+    hold.unlock();
+    thread.End();
 }
 
-void Notifier::Run(const bool& stopping)
+void Notifier::Run(Work& work)
 {
     std::unique_lock<std::mutex> hold(m_lock);
-    m_runner = std::this_thread::get_id();
+    if (!work.stopping)
+    {
+        work.began = true;
+        m_runner = std::this_thread::get_id();
+        RunUntilStopped(hold, work.stopping);
+        m_runner = {};
+    }
+    work.ended = true;
+    m_idle.notify_all();
+}
+
+void Notifier::RunUntilStopped(std::unique_lock<std::mutex>& hold, const bool& stopping)
+{
     while (!stopping)
     {
         if (m_members.empty())

@@ -1,6 +1,7 @@
 // The thread on which advise sinks are called.
 #pragma once
 
+#include "platform/thread.h"
 #include "zebstore/Error.h"
 #include "zebstore/Object.h"
 
@@ -62,12 +63,25 @@ public:
     void Remove(const Notified* member);
     /// Something was committed.
     void Wake() noexcept;
-    /// Forgets all members and ends the thread; called from a sink, on the thread itself, it leaves it asleep.
+    /// Forgets all members and ends the thread's work, which it waits for; called from a sink, on the thread itself, it
+    /// leaves it asleep. May be called while the library is unloaded: the end of the thread itself is not waited for
+    /// where it would need the loader.
     void Stop();
 
 private:
+    /// Of one thread; it and the notifier share it.
+    struct Work
+    {
+        bool stopping = false;
+        bool began = false;
+        bool ended = false;
+    };
+
     Notifier() = default;
-    void Run(const bool& stopping);
+    static void RunThread(void* work);
+    void StartThread();
+    void Run(Work& work);
+    void RunUntilStopped(std::unique_lock<std::mutex>& hold, const bool& stopping);
     bool LookAtAll(std::unique_lock<std::mutex>& hold, const bool& stopping);
 
     std::mutex m_lock;
@@ -76,9 +90,9 @@ private:
     std::vector<std::shared_ptr<Notified>> m_members;
     const Notified* m_current = nullptr;
     bool m_woken = false;
-    std::thread m_thread;
+    zeb::platform::LibraryThread m_thread;
     std::thread::id m_runner;
-    std::shared_ptr<bool> m_stopping; // of the thread
+    std::shared_ptr<Work> m_work; // of the thread
 };
 
 /// Has the notifier look at `member` for the sake of its connection `number`, which ends when that fails.

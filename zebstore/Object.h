@@ -1,6 +1,7 @@
 // The counted base of the provider's COM objects.
 #pragma once
 
+#include "platform/thread.h"
 #include "zebstore/Guard.h"
 
 #include <atomic>
@@ -40,7 +41,8 @@ public:
     ULONG STDMETHODCALLTYPE Release() override
     {
         const ULONG left = --m_references;
-        if (left == 0)
+        // A process that ends has lost its other threads, which may have held locks that an end here would wait for.
+        if (left == 0 && !zeb::platform::IsProcessEnding())
             delete this;
         return left;
     }

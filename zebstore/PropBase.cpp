@@ -33,6 +33,7 @@ private:
 
 // A value that was streamed is held in memory with its siblings up to this size.
 constexpr size_t LongestInMemory = 32 * 1024;
+constexpr ULONG FirstNamedId = 0x8000;
 // What GetProps gives; longer values are read through streams.
 constexpr size_t LongestGiven = 64 * 1024;
 
@@ -111,13 +112,38 @@ HRESULT PropBase::GetPropsOf(const SPropTagArray* tags, ULONG flags, ULONG* coun
     PropertySet computed;
     for (size_t i = 0; i < askedCount; ++i)
         Compute(asked[i], computed);
+    const PropertySet& stored = Stored();
+    if (tags)
+        AddDefaults(asked, askedCount, stored, computed);
     BuildOptions options;
     options.unicode = unicode;
     options.wholeUpTo = LongestGiven;
     size_t errors = 0;
-    *values = BuildValues(asked, askedCount, BothSources(computed, Stored()), options, &errors);
+    *values = BuildValues(asked, askedCount, BothSources(computed, stored), options, &errors);
     *count = static_cast<ULONG>(askedCount);
     return errors ? MAPI_W_ERRORS_RETURNED : S_OK;
+}
+
+void PropBase::AddDefaults(const ULONG* asked, size_t count, const PropertySet& stored, PropertySet& computed)
+{
+    for (size_t i = 0; i < count; ++i)
+        if (!computed.Has(asked[i]) && !stored.Has(asked[i]))
+            Default(asked[i], computed);
+}
+
+bool PropBase::IsFixed(ULONG tag)
+{
+    return HasId(ComputedTags(), tag);
+}
+
+/// @throws Error MAPI_E_COMPUTED, MAPI_E_UNEXPECTED_ID for an identifier that no property has
+void PropBase::RequireWritable(ULONG tag)
+{
+    if (IsFixed(tag))
+        throw Error(MAPI_E_COMPUTED, "the property cannot be written");
+    const ULONG id = PROP_ID(tag);
+    if (id == PROP_ID_NULL || id == PROP_ID_INVALID || (id >= FirstNamedId && !File().NameFromId(id)))
+        throw Error(MAPI_E_UNEXPECTED_ID, "no property has this identifier");
 }
 
 void PropBase::GetPropListOf(ULONG flags, SPropTagArray** tags)
@@ -142,7 +168,6 @@ void PropBase::SetPropsOf(ULONG count, const SPropValue* values, SPropProblemArr
     Require(count > 0 && values, "no values to set");
     RequireWrite();
     Problems found;
-    const std::vector<ULONG>& computed = ComputedTags();
     Edit(
         [&](PropertySet& properties)
         {
@@ -153,8 +178,7 @@ void PropBase::SetPropsOf(ULONG count, const SPropValue* values, SPropProblemArr
                     continue;
                 try
                 {
-                    if (HasId(computed, value.ulPropTag))
-                        throw Error(MAPI_E_COMPUTED);
+                    RequireWritable(value.ulPropTag);
                     properties.Set(value);
                     Written(value.ulPropTag);
                 }
@@ -175,14 +199,13 @@ void PropBase::DeletePropsOf(const SPropTagArray* tags, SPropProblemArray** prob
     Require(tags && tags->cValues > 0, "no properties to delete");
     RequireWrite();
     Problems found;
-    const std::vector<ULONG>& computed = ComputedTags();
     Edit(
         [&](PropertySet& properties)
         {
             for (ULONG i = 0; i < tags->cValues; ++i)
             {
                 const ULONG tag = tags->aulPropTag[i];
-                if (HasId(computed, tag))
+                if (IsFixed(tag))
                     found.Add(i, tag, MAPI_E_COMPUTED);
                 else if (!properties.Remove(tag))
                     found.Add(i, tag, MAPI_E_NOT_FOUND);
@@ -223,6 +246,7 @@ void PropBase::OpenPropertyOf(ULONG tag, const IID* iid, ULONG options, ULONG fl
         *object = new Stream(OpenForReading(Stored(), tag, File()), false);
         return;
     }
+    RequireWritable(tag);
     auto bytes = std::make_shared<PropertyBytes>(*this, Stored(), tag, (flags & MAPI_CREATE) != 0);
     *object = new Stream(bytes, true);
     m_streams.push_back(bytes);

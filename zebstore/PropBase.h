@@ -3,6 +3,7 @@
 
 #include "zebstore/Memory.h"
 #include "zebstore/Object.h"
+#include "zebstore/OpenFlags.h"
 #include "zebstore/StoreContext.h"
 #include "zebstore/storage/ValueBuilder.h"
 
@@ -75,6 +76,11 @@ protected:
     virtual const std::vector<ULONG>& ComputedTags() = 0;
     /// False for a computed property that only those get who ask for it by its tag.
     virtual bool Lists(ULONG) { return true; }
+    /// Adds what a property has that is neither stored nor computed. It is not listed, and can be written.
+    /// @return false: nothing
+    virtual bool Default(ULONG, PropertySet&) { return false; }
+    /// True for a property that callers cannot write or delete (any more).
+    virtual bool IsFixed(ULONG tag);
     /// Changes the stored properties through `change`; an object without a transaction saves them at once.
     virtual void Edit(const std::function<void(PropertySet&)>& change) = 0;
     /// Told of each property that a caller has set or deleted.
@@ -91,6 +97,8 @@ protected:
 
 private:
     std::vector<ULONG> AllTags(bool unicode);
+    void AddDefaults(const ULONG* asked, size_t count, const PropertySet& stored, PropertySet& computed);
+    void RequireWritable(ULONG tag);
 
     const StorePtr m_store;
     Access m_access;
@@ -146,7 +154,7 @@ public:
                    [&]
                    {
                        RequireFlags(flags, KEEP_OPEN_READONLY | KEEP_OPEN_READWRITE | FORCE_SAVE |
-                                               MAPI_DEFERRED_ERRORS);
+                                               MAPI_DEFERRED_ERRORS | ArrivalFlags);
                        FlushStreams();
                        Save(flags);
                    });

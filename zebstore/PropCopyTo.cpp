@@ -1,5 +1,6 @@
 // IMAPIProp::CopyTo and CopyProps, through the interfaces of both objects, so the target may be another
 // provider's.
+#include "zebstore/Defaults.h"
 #include "zebstore/PartsCopy.h"
 
 #include <algorithm>
@@ -15,10 +16,12 @@ constexpr ULONG FirstNamedId = 0x8000;
 
 /// What belongs to the object's place and identity and is never copied.
 constexpr ULONG NeverCopied[] = {
-    PR_ENTRYID,       PR_RECORD_KEY,       PR_PARENT_ENTRYID,    PR_OBJECT_TYPE,        PR_STORE_ENTRYID,
-    PR_ACCESS,        PR_STORE_RECORD_KEY, PR_MAPPING_SIGNATURE, PR_INSTANCE_KEY,       PR_ACCESS_LEVEL,
-    PR_CONTENT_COUNT, PR_CONTENT_UNREAD,   PR_SUBFOLDERS,        PR_FOLDER_TYPE,        PR_STORE_SUPPORT_MASK,
-    PR_ATTACH_NUM,    PR_MESSAGE_SIZE,     PR_HASATTACH,         PR_ASSOC_CONTENT_COUNT};
+    PR_ENTRYID,        PR_RECORD_KEY,   PR_PARENT_ENTRYID,      PR_OBJECT_TYPE,
+    PR_STORE_ENTRYID,  PR_ACCESS,       PR_STORE_RECORD_KEY,    PR_MAPPING_SIGNATURE,
+    PR_INSTANCE_KEY,   PR_ACCESS_LEVEL, PR_CONTENT_COUNT,       PR_CONTENT_UNREAD,
+    PR_SUBFOLDERS,     PR_FOLDER_TYPE,  PR_STORE_SUPPORT_MASK,  PR_ATTACH_NUM,
+    PR_MESSAGE_SIZE,   PR_HASATTACH,    PR_ASSOC_CONTENT_COUNT, PrSourceKey,
+    PrParentSourceKey, PrChangeKey,     PrPredecessorChangeList};
 
 class Copier
 {

@@ -2,6 +2,7 @@
 #include "zebstore/AddressBook.h"
 #include "zebstore/Exports.h"
 #include "zebstore/Objects.h"
+#include "zebstore/OpenFlags.h"
 #include "zebstore/ServiceAdmin.h"
 #include "zebstore/StoreSinks.h"
 
@@ -58,8 +59,7 @@ public:
                            Require(store != nullptr, "no place for the store");
                            *store = nullptr;
                            RequireFlags(flags, MDB_NO_DIALOG | MDB_WRITE | MDB_TEMPORARY | MDB_NO_MAIL |
-                                                   MAPI_BEST_ACCESS | MAPI_DEFERRED_ERRORS | MAPI_MODIFY |
-                                                   ULONG(0x200) /* MDB_ONLINE */);
+                                                   OpenEntryFlags | MdbOnline);
                            *store = static_cast<IMsgStore*>(OpenStore(size, id, iid, flags));
                        });
     }

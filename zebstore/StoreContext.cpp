@@ -1,5 +1,6 @@
 #include "zebstore/StoreContext.h"
 
+#include "zebstore/Defaults.h"
 #include "zebstore/storage/Text.h"
 
 #include <algorithm>
@@ -74,6 +75,12 @@ public:
         case PROP_ID(PR_ACCESS):
             out.SetLong(PR_ACCESS, m_readOnly ? LONG(MAPI_ACCESS_READ) : FolderAccess);
             return true;
+        case PROP_ID(PrSourceKey):
+            SetId(out, PrSourceKey, SyncKey(m_uid, folder.id));
+            return true;
+        case PROP_ID(PrParentSourceKey):
+            SetId(out, PrParentSourceKey, folder.parent ? SyncKey(m_uid, folder.parent) : std::string());
+            return true;
         case PROP_ID(PrContactsFolder):
             if (folder.id != IdOf(StandardFolder::Inbox))
                 return false;
@@ -82,6 +89,12 @@ public:
         default:
             return OfFolderCounts(tag, folder, out) || OfAny(tag, folder.id, out);
         }
+    }
+
+    bool IsDefault(ULONG tag) const override { return IsMessageDefault(tag); }
+    bool DefaultOfMessage(ULONG tag, const MessageOrigin& origin, PropertySet& out) const override
+    {
+        return AddMessageDefault(m_uid, tag, origin, out);
     }
 
     std::vector<ULONG> MessageTags() const override

@@ -43,7 +43,7 @@ private:
 
 /// What the store can do, as PR_STORE_SUPPORT_MASK says it.
 constexpr LONG StoreSupportMask = STORE_ENTRYID_UNIQUE | STORE_MODIFY_OK | STORE_CREATE_OK | STORE_ATTACH_OK |
-                                  STORE_OLE_OK | STORE_MV_PROPS_OK | STORE_RESTRICTION_OK | STORE_SORT_OK |
+                                  STORE_NOTIFY_OK | STORE_MV_PROPS_OK | STORE_RESTRICTION_OK | STORE_SORT_OK |
                                   0x00040000 /* STORE_UNICODE_OK */;
 
 /// The provider's own UID (PR_MDB_PROVIDER).

@@ -170,6 +170,10 @@ public:
                         Require(order != nullptr, "A sort needs its keys.");
                         auto taken = std::make_unique<SortOrder>(*order);
                         std::vector<SSortOrder> asGiven(order->aSort, order->aSort + order->cSorts);
+                        std::vector<ULONG> tags;
+                        for (const SSortOrder& each : asGiven)
+                            tags.push_back(each.ulPropTag);
+                        m_state->SetSortTags(tags);
                         m_state->Rearrange([&] { m_view.Sort(std::move(taken)); });
                         m_sorts.swap(asGiven);
                     });

@@ -49,6 +49,24 @@ private:
     Buffer<SRowSet> m_set;
 };
 
+constexpr const char* ManyInstances =
+    "a table shows the single values of one multi-valued property at a time";
+
+/// The property whose instances are asked for, without a type; 0: none.
+ULONG InstanceTagOf(const std::vector<ULONG>& tags)
+{
+    ULONG found = 0;
+    for (const ULONG tag : tags)
+    {
+        if (!IsInstanceTag(tag))
+            continue;
+        if (found && PROP_ID(found) != PROP_ID(tag))
+            throw Error(MAPI_E_TOO_COMPLEX, ManyInstances);
+        found = PROP_TAG(PT_UNSPECIFIED, PROP_ID(tag));
+    }
+    return found;
+}
+
 void FillInstanceKey(SPropValue& value, bool has, std::string& key)
 {
     value.ulPropTag = PR_NULL;
@@ -72,6 +90,30 @@ std::vector<ULONG> TableState::InOwnForm(std::vector<ULONG> columns) const
             tag = CHANGE_PROP_TYPE(tag, form | many);
     }
     return columns;
+}
+
+void TableState::SetColumns(std::vector<ULONG> columns)
+{
+    ChooseInstances(InstanceTagOf(columns), m_sortInstance);
+    m_columns.swap(columns);
+}
+
+void TableState::SetSortTags(const std::vector<ULONG>& tags)
+{
+    ChooseInstances(m_columnInstance, InstanceTagOf(tags));
+}
+
+void TableState::ChooseInstances(ULONG column, ULONG sort)
+{
+    if (column && sort && column != sort)
+        throw Error(MAPI_E_TOO_COMPLEX, ManyInstances);
+    const ULONG chosen = column ? column : sort;
+    m_columnInstance = column;
+    m_sortInstance = sort;
+    if (chosen == m_instances->Chosen())
+        return;
+    m_instances->Choose(chosen);
+    Rearrange([&] { m_view.Renew(); });
 }
 
 std::vector<ULONG> TableState::Columns()

@@ -4,6 +4,7 @@
 #include "zebstore/Memory.h"
 #include "zebstore/Notifier.h"
 #include "zebstore/Table.h"
+#include "zebstore/storage/InstanceRows.h"
 #include "zebstore/storage/TableView.h"
 
 #include <map>
@@ -20,7 +21,8 @@ class TableState : public Notified, private ViewListener, public std::enable_sha
 public:
     TableState(std::shared_ptr<RowSource> rows, const TableOptions& options)
         : m_options(options)
-        , m_view(std::move(rows))
+        , m_instances(std::make_shared<InstanceRows>(std::move(rows)))
+        , m_view(m_instances)
     {
     }
 
@@ -28,11 +30,15 @@ public:
     const TableOptions& Options() const { return m_options; }
     TableView& View() { return m_view; }
 
-    void SetColumns(std::vector<ULONG> columns) { m_columns.swap(columns); }
+    /// @throws Error MAPI_E_TOO_COMPLEX for the instances of more than one property
+    void SetColumns(std::vector<ULONG> columns);
     std::vector<ULONG> Columns();
     std::vector<ULONG> AllColumns() { return InOwnForm(m_view.Rows().AllColumns()); }
     /// The next rows (before the cursor with a negative count), owned by the caller.
     SRowSet* ReadRows(LONG count, bool advance);
+    /// @param tags those of the keys, before the view is sorted by them
+    /// @throws Error MAPI_E_TOO_COMPLEX as SetColumns
+    void SetSortTags(const std::vector<ULONG>& tags);
     /// Sorts or restricts through `change`; what was not told yet of the old order will not be.
     template <typename Change>
     void Rearrange(Change&& change)
@@ -74,6 +80,7 @@ private:
     void RowDeleted(RowKey key) override;
     void AllChanged(bool replaced) override;
 
+    void ChooseInstances(ULONG column, ULONG sort);
     std::vector<ULONG> InOwnForm(std::vector<ULONG> columns) const;
     SRowSet* BuildRows(const std::vector<RowKey>& keys, const std::vector<ULONG>& columns);
     SPropValue* BuildRow(const std::vector<ULONG>& columns, const ValueSource& values) const;
@@ -87,7 +94,10 @@ private:
 
     std::mutex m_lock;
     const TableOptions m_options;
+    const std::shared_ptr<InstanceRows> m_instances;
     TableView m_view;
+    ULONG m_columnInstance = 0;   // the property whose instances the columns ask for, 0: none
+    ULONG m_sortInstance = 0;     // and the sort order
     std::vector<ULONG> m_columns; // empty: the default ones
     std::map<ULONG_PTR, Advised> m_connections;
     std::vector<Event> m_events;

@@ -56,7 +56,7 @@ public:
 
     HRESULT STDMETHODCALLTYPE FreeBuffer(LPVOID buffer) override
     {
-        return Guarded("IWABObject::FreeBuffer", [&] { Free(buffer); });
+        return Guarded("IWABObject::FreeBuffer", [&] { return FreeOf(buffer, "IWABObject::FreeBuffer"); });
     }
 
     HRESULT STDMETHODCALLTYPE Backup(LPSTR) override { return Refuse("IWABObject::Backup"); }

@@ -127,6 +127,7 @@ TEST_F(Boundary, NothingOfTheProviderIsAliveAfterTheStop)
     // A library that the process keeps loaded also counts what tests before this one left on purpose.
     EXPECT_EQ(LastLine(trace), before);
     EXPECT_EQ(before.rfind("live objects 0, ", 0), 0u) << before;
+    EXPECT_NE(before.find(", bad frees 0"), std::string::npos) << before;
 }
 
 } // namespace

@@ -3,6 +3,10 @@
 #include "tests/integration/Route.h"
 #include "zebstore/zebstore.h"
 
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+
 namespace zeb::test
 {
 namespace
@@ -13,7 +17,35 @@ LPTSTR Text(const std::string& text)
     return reinterpret_cast<LPTSTR>(const_cast<char*>(text.c_str()));
 }
 
+/// Every end that a trace tells of must be clean.
+void ExpectCleanTrace(const std::string& name)
+{
+    // What the tests of this process have left on purpose, which a library that stays loaded goes on counting.
+    static long kept = 0;
+    std::ifstream file(name);
+    bool started = false, ended = false;
+    for (std::string line; std::getline(file, line);)
+    {
+        long objects = 0, buffers = 0, frees = 0;
+        started = started || line.find(" MAPIInitialize 0x00000000") != std::string::npos;
+        kept += line.find("::GetLastError 0x00000000") != std::string::npos;
+        if (std::sscanf(line.c_str(), "live objects %ld, live buffers %ld, bad frees %ld", &objects, &buffers,
+                        &frees) != 3)
+        {
+            EXPECT_NE(line.rfind("bad free: ", 0), 0u) << line;
+            continue;
+        }
+        ended = true;
+        EXPECT_EQ(objects, 0) << line;
+        EXPECT_EQ(frees, 0) << line;
+        EXPECT_LE(buffers, kept) << line;
+    }
+    EXPECT_TRUE(ended || !started) << "the provider was started and not ended";
+}
+
 } // namespace
+
+bool g_hostsAreTraced = true;
 
 void RegisterStore()
 {
@@ -23,12 +55,18 @@ void RegisterStore()
 Host::Host()
 {
     RegisterStore();
+    if (!g_hostsAreTraced || std::getenv("ZEBSTORE_TRACE"))
+        return;
+    m_trace = File("provider-trace.txt");
+    m_traced.emplace("ZEBSTORE_TRACE", m_trace);
 }
 
 Host::~Host()
 {
     Stop();
     Zeb_GetMAPI().SetWasFailed(false);
+    if (!m_trace.empty())
+        ExpectCleanTrace(m_trace);
 }
 
 void Host::Start()

@@ -10,17 +10,22 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace zeb::test
 {
+
+/// False in programs whose threads a trace would order.
+extern bool g_hostsAreTraced;
 
 /// Names the embedded provider beside this program as the machine's.
 void RegisterStore();
 /// Creates a profile whose store is `file`. Needs MAPI started.
 void CreateStoreProfile(const std::string& name, const std::string& file, bool makeDefault);
 
-/// MAPI is not started. Nothing of it outlives a test.
+/// MAPI is not started. Nothing of it outlives a test: at the end the provider's trace must tell of no live objects, no bad
+/// frees, and no live buffers but the extended errors that exceptions keep.
 class Host : public testing::Test
 {
 protected:
@@ -52,6 +57,8 @@ protected:
 private:
     RegistryScope m_registry;
     TempFolder m_folder;
+    std::string m_trace; // empty when somebody else reads it
+    std::optional<EnvironmentScope> m_traced;
 };
 
 /// A host that is logged on to a store of its own.

@@ -19,6 +19,8 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 
+const bool g_untraced = g_hostsAreTraced = false;
+
 /// How a table is arranged.
 enum class Order
 {

@@ -41,7 +41,8 @@ public:
         }
         if (!m_blob)
             m_blob.emplace(m_query.Bytes(m_blobColumn), m_store, BlobOwner{"message", m_message});
-        return m_blob->Find(tag);
+        const EncodedValue stored = m_blob->Find(tag);
+        return stored || !m_computed || !m_computed->IsDefault(tag) ? stored : Default(tag);
     }
 
     bool AnyOf(ULONG tag, const std::function<bool(const ValueSource&)>& test) const override
@@ -58,6 +59,20 @@ public:
     }
 
 private:
+    EncodedValue Default(ULONG tag) const
+    {
+        const MessageOrigin origin{m_message, [this] { return ChangeOf(m_store, m_message); }};
+        const auto made = m_made.Find(tag, [&](PropertySet& out)
+                                      { return m_computed->DefaultOfMessage(tag, origin, out); });
+        return made.value_or(EncodedValue{});
+    }
+
+    static std::int64_t ChangeOf(StoreFile& store, MessageId message)
+    {
+        Query query(store.Connection(), "SELECT change FROM message WHERE id=?");
+        return query.Bind(1, message).Step() ? query.Number(0) : 0;
+    }
+
     StoreFile& m_store;
     const ComputedProperties* m_computed;
     const std::vector<ULONG>& m_computedIds;

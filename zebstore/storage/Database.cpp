@@ -64,15 +64,36 @@ std::string SentenceOf(const std::string& path, int code, const std::string& det
     }
 }
 
+/// The name by which SQLite opens a file that nobody writes; "file:///C:/x" for a path with a drive.
+std::string ImmutableUri(const std::string& path)
+{
+    std::string uri = "file:";
+    if (path.size() > 1 && path[1] == ':')
+        uri += "///";
+    for (const char each : path)
+        if (each == '\\')
+            uri += '/';
+        else if (each == '?' || each == '#' || each == '%')
+        {
+            constexpr char Digits[] = "0123456789ABCDEF";
+            uri += {'%', Digits[each >> 4], Digits[each & 15]};
+        }
+        else
+            uri += each;
+    return uri + "?immutable=1";
+}
+
 } // namespace
 
 Database::Database(const std::string& path, Mode mode)
     : m_path(path)
 {
-    const int flags = mode == Mode::ReadOnly    ? SQLITE_OPEN_READONLY
+    const int flags = mode == Mode::Immutable   ? SQLITE_OPEN_READONLY | SQLITE_OPEN_URI
+                      : mode == Mode::ReadOnly  ? SQLITE_OPEN_READONLY
                       : mode == Mode::ReadWrite ? SQLITE_OPEN_READWRITE
                                                 : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
-    const int code = sqlite3_open_v2(path.c_str(), &m_handle, flags, nullptr);
+    const std::string name = mode == Mode::Immutable ? ImmutableUri(path) : path;
+    const int code = sqlite3_open_v2(name.c_str(), &m_handle, flags, nullptr);
     if (code == SQLITE_OK)
     {
         sqlite3_extended_result_codes(m_handle, 1);

@@ -28,6 +28,8 @@ public:
     enum class Mode
     {
         ReadOnly,
+        /// As ReadOnly, without locks and with no other writer: for a file next to which nothing can be made.
+        Immutable,
         ReadWrite,
         Create,
     };

@@ -112,6 +112,14 @@ private:
     std::uint64_t m_generation = 1;
 };
 
+/// Which message a default is asked for.
+struct MessageOrigin
+{
+    MessageId id = 0; ///< 0: not stored, or in an attachment
+    /// StoredMessage::change; asked only where it matters
+    std::function<std::int64_t()> change;
+};
+
 /// What a message or a folder has beyond its stored properties: entry identifiers, record keys, object type
 /// ... It goes before a stored property of the same identifier. Threads: any.
 class ComputedProperties
@@ -121,6 +129,10 @@ public:
     /// Adds the property with the identifier of `tag` to `out`. @return false when it is not computed
     virtual bool OfMessage(ULONG tag, MessageId message, PropertySet& out) const = 0;
     virtual bool OfFolder(ULONG tag, const FolderInfo& folder, PropertySet& out) const = 0;
+    /// True for a property that a message has although nobody wrote it.
+    virtual bool IsDefault(ULONG) const { return false; }
+    /// Adds it to `out`. A stored one goes before it. @return false when it is none
+    virtual bool DefaultOfMessage(ULONG, const MessageOrigin&, PropertySet&) const { return false; }
     /// The tags of all that is computed.
     virtual std::vector<ULONG> MessageTags() const = 0;
     virtual std::vector<ULONG> FolderTags() const = 0;

@@ -3,9 +3,21 @@
 #include "zebstore/Error.h"
 #include "zebstore/storage/Compare.h"
 #include "zebstore/storage/Encoding.h"
+#include "zebstore/storage/InstanceRows.h"
 
 namespace zebstore
 {
+
+namespace
+{
+
+/// The type of what a key sorts by: of a multi-valued property's instances that of one value.
+ULONG SingleType(ULONG tag)
+{
+    return PROP_TYPE(tag) & ~(IsInstanceTag(tag) ? ULONG(MV_FLAG | MV_INSTANCE) : ULONG(0));
+}
+
+} // namespace
 
 SortOrder::SortOrder(const SSortOrderSet& source)
 {
@@ -16,7 +28,7 @@ SortOrder::SortOrder(const SSortOrderSet& source)
     for (ULONG i = 0; i < source.cSorts; ++i)
     {
         const SSortOrder& key = source.aSort[i];
-        const ULONG type = PROP_TYPE(key.ulPropTag);
+        const ULONG type = SingleType(key.ulPropTag);
         if ((type & MV_INSTANCE) || (type != PT_UNSPECIFIED && !IsStorable(type)))
             throw Error(MAPI_E_TOO_COMPLEX, "A sort order has a key of a type without an order.");
         if (key.ulOrder & ~static_cast<ULONG>(TABLE_SORT_DESCEND | TABLE_SORT_COMBINE))
@@ -32,7 +44,7 @@ std::string SortOrder::BytesOf(const ValueSource& values) const
     {
         EncodedValue value = values.Find(key.tag);
         // A column of another type shows no value, so it sorts as none.
-        if (PROP_TYPE(key.tag) != PT_UNSPECIFIED && !TypesMatch(value.Type(), PROP_TYPE(key.tag)))
+        if (SingleType(key.tag) != PT_UNSPECIFIED && !TypesMatch(value.Type(), SingleType(key.tag)))
             value = {};
         AppendSortBytes(bytes, value, key.descending);
     }

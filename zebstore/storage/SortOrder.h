@@ -20,8 +20,8 @@ public:
     };
     static constexpr ULONG MostKeys = 64;
 
-    /// @throws Error MAPI_E_TOO_COMPLEX for categories, instances of multi-valued properties, types without
-    /// an order,
+    /// Instances of a multi-valued property are ordered by their single values.
+    /// @throws Error MAPI_E_TOO_COMPLEX for categories, types without an order,
     ///   more keys than MostKeys
     explicit SortOrder(const SSortOrderSet& source);
 

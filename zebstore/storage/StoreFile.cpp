@@ -1,5 +1,7 @@
 #include "zebstore/storage/StoreFile.h"
 
+#include "zebstore/Guard.h"
+
 #include "zebstore/storage/Encoding.h"
 #include "zebstore/storage/PropertyBlob.h"
 #include "zebstore/storage/Schema.h"
@@ -140,6 +142,34 @@ void RemoveFiles(const std::string& path)
         fs::remove(fs::u8path(path + suffix), ignored);
 }
 
+bool HasLog(const std::string& path)
+{
+    std::error_code error;
+    const std::uintmax_t size = fs::file_size(fs::u8path(path + "-wal"), error);
+    return !error && size > 0;
+}
+
+/// A database in WAL mode needs files next to it even to be read. Where none can be made and there is no log to be read, the
+/// file is read alone.
+std::unique_ptr<Database> OpenToRead(const std::string& path)
+{
+    auto database = std::make_unique<Database>(path, Database::Mode::ReadOnly);
+    try
+    {
+        database->Execute("SELECT 1 FROM sqlite_master");
+        return database;
+    }
+    catch (const Error& error)
+    {
+        if (HasLog(path) || (error.Code() != MAPI_E_NO_ACCESS && error.Code() != MAPI_E_DISK_ERROR))
+            throw;
+    }
+    database = std::make_unique<Database>(path, Database::Mode::Immutable);
+    TraceNote("the store file '" + path +
+              "' is opened as one that nobody writes: neither it nor its folder can be written");
+    return database;
+}
+
 } // namespace
 
 StoreFile::StoreFile() = default;
@@ -200,8 +230,8 @@ std::shared_ptr<StoreFile> StoreFile::Open(const std::string& path, const OpenOp
     const std::shared_ptr<StoreFile> store(new StoreFile);
     store->m_path = path;
     store->m_readOnly = options.readOnly;
-    store->m_database = std::make_unique<Database>(path, options.readOnly ? Database::Mode::ReadOnly
-                                                                          : Database::Mode::ReadWrite);
+    store->m_database =
+        options.readOnly ? OpenToRead(path) : std::make_unique<Database>(path, Database::Mode::ReadWrite);
     if (!options.readOnly && NeedsUpgrade(*store->m_database))
     {
         RequireWholePages(path);

@@ -47,6 +47,12 @@ void TableView::Sort(std::unique_ptr<SortOrder> order)
     StartFollowing();
 }
 
+void TableView::Renew()
+{
+    Reset();
+    StartFollowing();
+}
+
 void TableView::Load()
 {
     if (m_loaded)

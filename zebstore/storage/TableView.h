@@ -58,6 +58,8 @@ public:
     /// Null takes the restriction away. The cursor goes to the beginning; bookmarks become invalid.
     void Restrict(std::unique_ptr<Restriction> restriction);
     void Sort(std::unique_ptr<SortOrder> order);
+    /// The source has other rows now, under other keys; as after Restrict.
+    void Renew();
     const SortOrder* Order() const { return m_order.get(); }
 
     /// The keys of the next `count` rows, with a negative count of those before the cursor (in table order).

@@ -2,6 +2,7 @@
 
 #include "zebstore/Memory.h"
 #include "zebstore/storage/Encoding.h"
+#include "zebstore/storage/InstanceRows.h"
 
 #include <algorithm>
 #include <vector>
@@ -23,6 +24,7 @@ size_t Aligned(size_t size)
 struct Cell
 {
     ULONG tag = 0;
+    ULONG given = 0; // the tag of the answer; that of a single value of a multi-valued property says so
     EncodedValue value;
     std::string whole; // a large value that was read
     std::string own;   // narrow text that had to be converted
@@ -41,19 +43,20 @@ ULONG AnswerType(ULONG asked, ULONG stored, const BuildOptions& options)
 
 SCODE Look(ULONG tag, const ValueSource& values, const BuildOptions& options, Cell& cell)
 {
-    // A column that asks for the instances of a multi-valued property is answered with all its values: there
-    // are no categories.
-    tag &= ~static_cast<ULONG>(MV_INSTANCE);
     cell.tag = tag;
+    cell.given = tag;
     if (PROP_TYPE(tag) == PT_NULL)
         return S_OK;
     cell.value = values.Find(tag);
     if (!cell.value)
         return MAPI_E_NOT_FOUND;
-    const ULONG type = AnswerType(PROP_TYPE(tag), cell.value.Type(), options);
+    const bool instance = IsInstanceTag(tag);
+    const ULONG asked = PROP_TYPE(tag) & ~(instance ? ULONG(MV_FLAG | MV_INSTANCE) : ULONG(0));
+    const ULONG type = AnswerType(asked, cell.value.Type(), options);
     if (!TypesMatch(cell.value.Type(), type))
         return MAPI_E_NOT_FOUND;
-    cell.tag = PROP_TAG(type, PROP_ID(cell.tag));
+    cell.tag = PROP_TAG(type, PROP_ID(tag));
+    cell.given = cell.tag | (instance ? ULONG(MV_FLAG | MV_INSTANCE) : ULONG(0));
     return S_OK;
 }
 
@@ -220,7 +223,7 @@ void Fill(const Cell& cell, SPropValue& to, Arena& arena)
     std::memset(static_cast<void*>(&to), 0, sizeof(to));
     if (cell.error != S_OK)
         return PutError(cell.tag, cell.error, to);
-    to.ulPropTag = cell.tag;
+    to.ulPropTag = cell.given;
     if (PROP_TYPE(cell.tag) != PT_NULL)
         Put(cell, to, arena);
 }

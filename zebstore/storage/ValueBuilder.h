@@ -22,6 +22,7 @@ struct BuildOptions
 /// that was not is PT_ERROR with MAPI_E_NOT_FOUND; one whose stored type can not be given as the asked type
 /// is PT_ERROR with MAPI_E_NOT_FOUND as well; a large value above `wholeUpTo` is PT_ERROR with
 /// MAPI_E_NOT_ENOUGH_MEMORY. PT_NULL asks for PT_NULL. A multi-valued text converts between its two forms like a single one.
+/// A tag with MV_INSTANCE is answered with one value, of the single type, under that tag.
 /// @param errors set to the number of PT_ERROR answers; may be null.
 /// @throws Error MAPI_E_NOT_ENOUGH_MEMORY
 SPropValue* BuildValues(const ULONG* tags, size_t count, const ValueSource& values,

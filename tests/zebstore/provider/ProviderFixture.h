@@ -134,7 +134,7 @@ private:
     LPSRowSet m_rows = nullptr;
 };
 
-/// A profile "Main" with a store file; each test ends without live objects or buffers.
+/// A profile "Main" with a store file; each test ends without live objects or buffers, and without bad frees.
 class Provider : public testing::Test
 {
 protected:
@@ -152,6 +152,7 @@ protected:
         ApplySwitches({});
         EXPECT_EQ(g_liveObjects.load(), 0);
         EXPECT_EQ(g_liveBuffers.load(), 0);
+        EXPECT_EQ(g_badFrees.load(), 0);
     }
 
     static Ref<IProfAdmin> Admin()

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tests/support/TempFolder.h"
+#include "zebstore/Guard.h"
 #include "zebstore/Memory.h"
 #include "zebstore/storage/Database.h"
 #include "zebstore/storage/StoreFile.h"
@@ -150,6 +151,7 @@ protected:
         }
         m_store.reset();
         EXPECT_EQ(g_liveBuffers.load(), m_buffers) << "MAPI memory was not freed";
+        EXPECT_EQ(g_badFrees.load(), 0) << "MAPI memory was freed that was not live";
     }
 
     std::string Path(const std::string& name) const { return m_folder.File(name); }

@@ -1,0 +1,284 @@
+// What clients pass, write and read routinely.
+#include "tests/support/Unprivileged.h"
+#include "tests/zebstore/provider/ProviderFixture.h"
+#include "zebstore/Defaults.h"
+#include "zebstore/Objects.h"
+#include "zebstore/OpenFlags.h"
+
+#include <filesystem>
+#include <fstream>
+
+namespace zebstore
+{
+namespace
+{
+
+class Clients : public Provider
+{
+protected:
+    HRESULT OpenStoreCode(ULONG flags)
+    {
+        const Bytes id = StoreId();
+        IMsgStore* store = nullptr;
+        const HRESULT result =
+            Session().OpenMsgStore(0, static_cast<ULONG>(id.size()), Id(id), nullptr, flags, &store);
+        const Ref<IMsgStore> owner = Ref<IMsgStore>::Adopt(store);
+        return result;
+    }
+
+    static std::string BinaryOf(IMAPIProp* object, ULONG tag)
+    {
+        const Bytes bytes = GetBytes(object, tag);
+        return {bytes.begin(), bytes.end()};
+    }
+
+    static ULONG CountOf(IMAPIFolder& folder, ULONG flags, bool hierarchy = false)
+    {
+        IMAPITable* table = nullptr;
+        EXPECT_EQ(hierarchy ? folder.GetHierarchyTable(flags, &table)
+                            : folder.GetContentsTable(flags, &table),
+                  S_OK);
+        return Rows(table, {PR_ENTRYID}).Count();
+    }
+};
+
+TEST_F(Clients, OpenStoresAndEntriesPastCopiesThatAreNotThere)
+{
+    for (const ULONG flag : {MdbOnline, MapiNoCache, MapiCacheOnly})
+        EXPECT_EQ(OpenStoreCode(flag | MAPI_BEST_ACCESS), S_OK) << std::hex << flag;
+    EXPECT_EQ(OpenStoreCode(0x400000), MAPI_E_UNKNOWN_FLAGS);
+    const Ref<IMAPIFolder> inbox = Inbox();
+    const Bytes id = SaveMessage(*inbox);
+    for (const ULONG flag : {MapiNoCache, MapiCacheOnly, ShowSoftDeletes})
+    {
+        const Ref<IMessage> message = OpenMessage(id, flag);
+        EXPECT_EQ(GetText(message.Get(), PR_SUBJECT_A), "Hello") << std::hex << flag;
+        IUnknown* object = nullptr;
+        ULONG type = 0;
+        EXPECT_EQ(inbox->OpenEntry(static_cast<ULONG>(id.size()), Id(id), nullptr, flag, &type, &object),
+                  S_OK);
+        Ref<IUnknown>::Adopt(object);
+    }
+}
+
+TEST_F(Clients, SaveWithWhatTheyKnowOfMailThatJustCame)
+{
+    const Ref<IMAPIFolder> inbox = Inbox();
+    IMessage* made = nullptr;
+    ASSERT_EQ(inbox->CreateMessage(nullptr, ItemProcForce, &made), S_OK);
+    const Ref<IMessage> message = Ref<IMessage>::Adopt(made);
+    for (const ULONG flag : {SpamFilterOnSave, ItemProcForce, NonEmsXpSave})
+        EXPECT_EQ(message->SaveChanges(KEEP_OPEN_READWRITE | flag), S_OK) << std::hex << flag;
+    EXPECT_EQ(message->SaveChanges(0x10), MAPI_E_UNKNOWN_FLAGS);
+}
+
+TEST_F(Clients, SeeNothingOfWhatWasDeleted)
+{
+    const Ref<IMAPIFolder> inbox = Inbox();
+    SaveMessage(*inbox);
+    NewFolder(*inbox, "Below");
+    EXPECT_EQ(CountOf(*inbox, MAPI_UNICODE), 1u);
+    EXPECT_EQ(CountOf(*inbox, MAPI_UNICODE | ShowSoftDeletes), 0u);
+    EXPECT_EQ(CountOf(*inbox, 0, true), 1u);
+    EXPECT_EQ(CountOf(*inbox, ShowSoftDeletes | CONVENIENT_DEPTH, true), 0u);
+}
+
+TEST_F(Clients, DeleteForGoodAndAllowDialogs)
+{
+    const Ref<IMAPIFolder> inbox = Inbox();
+    const Ref<IMAPIFolder> below = NewFolder(*inbox, "Below");
+    const Bytes message = SaveMessage(*inbox);
+    EntryList list(message);
+    EXPECT_EQ(inbox->CopyMessages(&list, nullptr, below.Get(), 0, nullptr, MESSAGE_DIALOG), S_OK);
+    EXPECT_EQ(inbox->SetReadFlags(&list, 0, nullptr, MESSAGE_DIALOG), S_OK);
+    EXPECT_EQ(inbox->DeleteMessages(&list, 0, nullptr, DeleteHardDelete | MESSAGE_DIALOG), S_OK);
+    EXPECT_EQ(below->EmptyFolder(0, nullptr, DeleteHardDelete | FOLDER_DIALOG), S_OK);
+    const Bytes id = GetBytes(below.Get(), PR_ENTRYID);
+    EXPECT_EQ(inbox->DeleteFolder(static_cast<ULONG>(id.size()), Id(id), 0, nullptr,
+                                  DeleteHardDelete | FOLDER_DIALOG | DEL_FOLDERS | DEL_MESSAGES),
+              S_OK);
+}
+
+TEST_F(Clients, AreToldWhatTheStoreCanDo)
+{
+    const LONG mask = GetLong(OpenStore().Get(), PR_STORE_SUPPORT_MASK);
+    EXPECT_TRUE(mask & STORE_NOTIFY_OK);
+    EXPECT_FALSE(mask & STORE_OLE_OK);
+}
+
+TEST_F(Clients, SetTheFlagsOfAMessageBeforeItsFirstSaveOnly)
+{
+    const Ref<IMAPIFolder> inbox = Inbox();
+    const Ref<IMessage> message = NewMessage(*inbox);
+    EXPECT_EQ(Set(message.Get(), LongValue(PR_MESSAGE_FLAGS, MSGFLAG_RESEND | MSGFLAG_ASSOCIATED)), S_OK);
+    EXPECT_EQ(message->SaveChanges(KEEP_OPEN_READWRITE), S_OK);
+    EXPECT_EQ(GetLong(message.Get(), PR_MESSAGE_FLAGS), LONG(MSGFLAG_RESEND));
+    EXPECT_EQ(Set(message.Get(), LongValue(PR_MESSAGE_FLAGS, 0)), MAPI_E_COMPUTED);
+    const Ref<IMessage> again = OpenMessage(GetBytes(message.Get(), PR_ENTRYID));
+    EXPECT_EQ(Set(again.Get(), LongValue(PR_MESSAGE_FLAGS, 0)), MAPI_E_COMPUTED);
+    const Ref<IMessage> hidden = NewMessage(*inbox, "hidden", MAPI_ASSOCIATED);
+    EXPECT_EQ(Set(hidden.Get(), LongValue(PR_MESSAGE_FLAGS, 0)), S_OK);
+    EXPECT_EQ(hidden->SaveChanges(KEEP_OPEN_READWRITE), S_OK);
+    EXPECT_EQ(GetLong(hidden.Get(), PR_MESSAGE_FLAGS), LONG(MSGFLAG_ASSOCIATED));
+}
+
+TEST_F(Clients, AreRefusedIdentifiersThatNoPropertyHas)
+{
+    const Ref<IMessage> message = NewMessage(*Inbox());
+    for (const ULONG id : {0u, 0xFFFFu, 0x8123u})
+    {
+        EXPECT_EQ(Set(message.Get(), LongValue(PROP_TAG(PT_LONG, id), 1)), MAPI_E_UNEXPECTED_ID)
+            << std::hex << id;
+        IUnknown* stream = nullptr;
+        EXPECT_EQ(message->OpenProperty(PROP_TAG(PT_BINARY, id), &IID_IStream, STGM_READWRITE,
+                                        MAPI_CREATE | MAPI_MODIFY, &stream),
+                  MAPI_E_UNEXPECTED_ID)
+            << std::hex << id;
+    }
+    MAPINAMEID name{};
+    GUID set = {1, 2, 3, {4}};
+    name.lpguid = &set;
+    name.ulKind = MNID_ID;
+    name.Kind.lID = 5;
+    MAPINAMEID* names = &name;
+    LPSPropTagArray tags = nullptr;
+    ASSERT_EQ(message->GetIDsFromNames(1, &names, MAPI_CREATE, &tags), S_OK);
+    const Buffer<SPropTagArray> owner(tags);
+    EXPECT_EQ(Set(message.Get(), LongValue(CHANGE_PROP_TYPE(tags->aulPropTag[0], PT_LONG), 1)), S_OK);
+    EXPECT_EQ(Set(message.Get(), LongValue(PROP_TAG(PT_LONG, 0x7FFF), 1)), S_OK);
+}
+
+TEST_F(Clients, ReadWhatEveryMessageHas)
+{
+    const Ref<IMAPIFolder> inbox = Inbox();
+    const Bytes id = SaveMessage(*inbox);
+    const Ref<IMessage> message = OpenMessage(id);
+    EXPECT_EQ(GetLong(message.Get(), PR_IMPORTANCE), LONG(IMPORTANCE_NORMAL));
+    for (const ULONG tag : {PR_SENSITIVITY, PR_PRIORITY, PR_MSG_STATUS})
+        EXPECT_EQ(GetLong(message.Get(), tag), 0) << std::hex << tag;
+    for (const ULONG tag : {PR_DISPLAY_TO_A, PR_DISPLAY_CC_A, PR_DISPLAY_BCC_A})
+        EXPECT_EQ(GetText(message.Get(), tag), "") << std::hex << tag;
+    IMAPITable* table = nullptr;
+    ASSERT_EQ(inbox->GetContentsTable(0, &table), S_OK);
+    SRestriction normal{};
+    SPropValue value = LongValue(PR_IMPORTANCE, IMPORTANCE_NORMAL);
+    normal.rt = RES_PROPERTY;
+    normal.res.resProperty = {RELOP_EQ, PR_IMPORTANCE, &value};
+    EXPECT_EQ(table->Restrict(&normal, 0), S_OK);
+    const Rows rows(table, {PR_IMPORTANCE, PR_DISPLAY_TO_A, PrSourceKey, PrChangeKey});
+    ASSERT_EQ(rows.Count(), 1u);
+    EXPECT_EQ(rows.Cell(0, 0).Value.l, LONG(IMPORTANCE_NORMAL));
+    EXPECT_EQ(rows.TextCell(0, 1), "");
+    EXPECT_EQ(rows.BytesCell(0, 2), GetBytes(message.Get(), PrSourceKey));
+    EXPECT_EQ(rows.BytesCell(0, 3), GetBytes(message.Get(), PrChangeKey));
+    EXPECT_EQ(Set(message.Get(), LongValue(PR_IMPORTANCE, 2)), S_OK);
+    EXPECT_EQ(GetLong(message.Get(), PR_IMPORTANCE), 2);
+    ULONG old = 1;
+    EXPECT_EQ(inbox->SetMessageStatus(static_cast<ULONG>(id.size()), Id(id), 4, 4, &old), S_OK);
+    EXPECT_EQ(GetLong(OpenMessage(id).Get(), PR_MSG_STATUS), 4);
+}
+
+TEST_F(Clients, KnowMessagesAndTheirChangesByKeys)
+{
+    const Ref<IMAPIFolder> inbox = Inbox();
+    const Ref<IMessage> message = OpenMessage(SaveMessage(*inbox));
+    const Ref<IMessage> other = OpenMessage(SaveMessage(*inbox));
+    EXPECT_EQ(GetBytes(message.Get(), PrSourceKey).size(), 24u);
+    EXPECT_NE(GetBytes(message.Get(), PrSourceKey), GetBytes(other.Get(), PrSourceKey));
+    EXPECT_EQ(GetBytes(message.Get(), PrParentSourceKey), GetBytes(inbox.Get(), PrSourceKey));
+    const Ref<IMAPIFolder> parent = OpenFolder(GetBytes(inbox.Get(), PR_PARENT_ENTRYID));
+    EXPECT_EQ(GetBytes(inbox.Get(), PrParentSourceKey), GetBytes(parent.Get(), PrSourceKey));
+    const std::string before = BinaryOf(message.Get(), PrChangeKey);
+    EXPECT_EQ(BinaryOf(message.Get(), PrPredecessorChangeList), std::string(1, 24) + before);
+    EXPECT_EQ(Set(message.Get(), NarrowValue(PR_SUBJECT_A, "changed")), S_OK);
+    EXPECT_EQ(message->SaveChanges(KEEP_OPEN_READWRITE), S_OK);
+    const std::string after = BinaryOf(message.Get(), PrChangeKey);
+    EXPECT_GT(after, before);
+    EXPECT_EQ(BinaryOf(message.Get(), PrPredecessorChangeList), std::string(1, 24) + after);
+    EXPECT_EQ(BinaryOf(NewMessage(*inbox).Get(), PrSourceKey), "");
+}
+
+TEST_F(Clients, SeeAnotherChangeKeyAfterEachSaveThatDoesNotWriteOne)
+{
+    const Ref<IMessage> message = NewMessage(*Inbox());
+    const Bytes imported = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 0, 0, 0, 7};
+    EXPECT_EQ(Set(message.Get(), BinaryValue(PrChangeKey, imported)), S_OK);
+    EXPECT_EQ(message->SaveChanges(KEEP_OPEN_READWRITE), S_OK);
+    EXPECT_EQ(GetBytes(message.Get(), PrChangeKey), imported);
+    const std::string importedEntry = std::string(1, 20) + std::string(imported.begin(), imported.end());
+    EXPECT_EQ(BinaryOf(message.Get(), PrPredecessorChangeList), importedEntry);
+    std::string last;
+    for (int i = 0; i < 2; ++i)
+    {
+        EXPECT_EQ(Set(message.Get(), NarrowValue(PR_SUBJECT_A, std::to_string(i).c_str())), S_OK);
+        EXPECT_EQ(message->SaveChanges(KEEP_OPEN_READWRITE), S_OK);
+        const std::string key = BinaryOf(message.Get(), PrChangeKey);
+        EXPECT_EQ(key.size(), 24u);
+        EXPECT_GT(key, last);
+        last = key;
+        const std::string list = BinaryOf(message.Get(), PrPredecessorChangeList);
+        EXPECT_EQ(list.size(), 21u + 25u);
+        EXPECT_NE(list.find(importedEntry), std::string::npos);
+        EXPECT_NE(list.find(std::string(1, 24) + key), std::string::npos);
+    }
+}
+
+TEST_F(Clients, GetAttachmentsByTheInterfaceTheyAskFor)
+{
+    const Ref<IMessage> message = NewMessage(*Inbox());
+    ULONG number = 0;
+    IAttach* attach = nullptr;
+    ASSERT_EQ(message->CreateAttach(&IID_IMAPIProp, 0, &number, &attach), S_OK);
+    const Ref<IAttach> owner = Ref<IAttach>::Adopt(attach);
+    EXPECT_EQ(attach->SaveChanges(0), S_OK);
+    IAttach* other = nullptr;
+    EXPECT_EQ(message->OpenAttach(number, &IID_IMessage, 0, &other), MAPI_E_INTERFACE_NOT_SUPPORTED);
+    EXPECT_EQ(other, nullptr);
+    ASSERT_EQ(message->OpenAttach(number, &IID_IAttachment, 0, &other), S_OK);
+    other->Release();
+}
+
+TEST_F(Clients, ReadAStoreThatNothingCanBeWrittenOfOrNextTo)
+{
+    namespace fs = std::filesystem;
+    SaveMessage(*Inbox(), "kept");
+    m_session = {};
+    const fs::path path = fs::u8path(m_path);
+    const fs::path folder = path.parent_path() / "sealed #1%";
+    fs::create_directory(folder);
+    const fs::path sealed = folder / "main.zeb";
+    fs::copy_file(path, sealed);
+    constexpr auto writing = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
+    constexpr auto reading = fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read |
+                             fs::perms::owner_exec | fs::perms::group_exec | fs::perms::others_exec;
+    fs::permissions(path.parent_path(), reading, fs::perm_options::add);
+    fs::permissions(sealed, writing, fs::perm_options::remove);
+    fs::permissions(folder, reading, fs::perm_options::replace);
+    Switches switches;
+    switches.traceFile = m_folder.File("trace.txt");
+    ApplySwitches(switches);
+    Service service;
+    service.path = sealed.u8string();
+    {
+        const zeb::test::UnprivilegedScope unprivileged;
+        const std::shared_ptr<StoreFile> file = OpenServiceFile(service);
+        EXPECT_TRUE(file->IsReadOnly());
+        const std::vector<MessageId> messages = file->MessagesOf(IdOf(StandardFolder::Inbox), false);
+        ASSERT_EQ(messages.size(), 1u);
+        EXPECT_EQ(file->LoadMessage(messages[0]).properties.Text(PR_SUBJECT_W), "kept");
+        if (unprivileged.IsInForce())
+        {
+            std::ifstream trace(switches.traceFile);
+            const std::string text((std::istreambuf_iterator<char>(trace)), {});
+            EXPECT_NE(text.find("sealed #1%/main.zeb' is opened as one that nobody writes"),
+                      std::string::npos)
+                << text;
+        }
+    }
+    ApplySwitches({});
+    fs::permissions(folder, fs::perms::owner_all, fs::perm_options::add);
+    fs::permissions(sealed, fs::perms::owner_write, fs::perm_options::add);
+}
+
+} // namespace
+} // namespace zebstore
