@@ -92,18 +92,24 @@ HRESULT HandOut(HRESULT result, Interface* object, Interface** target)
     return result;
 }
 
-/// What WABOpen gives when no test controls it: lives as long as the library, and traces its releases.
+/// What WABOpen gives when no test controls it: lives until its last reference goes, and traces its releases.
 class OwnWabObject : public zeb::test::WabObject
 {
 public:
     ULONG STDMETHODCALLTYPE Release() override
     {
         Trace("released");
-        return WabObject::Release();
+        const ULONG left = WabObject::Release();
+        if (left == 0)
+        {
+            delete this;
+        }
+        return left;
     }
 };
 
-/// The address book is only counted and released: a stand-in with the slots of IUnknown serves.
+// Where a host that lets go of nothing leaves them. The address book is only counted and released: a stand-in with the
+// slots of IUnknown serves.
 OwnWabObject* ownWabObject = nullptr;
 OwnWabObject* ownAddressBook = nullptr;
 

@@ -310,8 +310,8 @@ TEST(Context, IsTheFunctionThatThrew)
     EXPECT_EQ(Catch(&FailsOnAnObject)->GetContext(), "FailsOnAnObject");
     EXPECT_EQ(Catch(&ThrowsByItself)->GetContext(), "ThrowsByItself");
     EXPECT_EQ(Caught(new CZebException(NotFound, nullptr, 0))->GetContext(), "");
-    EXPECT_EQ(log.CountBeginning("THROW"), 2u);
-    EXPECT_EQ(log.Lines().size(), 2u) << "the stated lines and no others";
+    EXPECT_EQ(log.CountBeginning("THROW"), 3u);
+    EXPECT_EQ(log.Lines().size(), 3u) << "the stated lines and no others";
 }
 
 TEST(Context, TakesTheThingsOnTheWayUpAndLeavesTheDescription)
