@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Checks what a built library shows to the outside: its exported names and the libraries it needs.
 
-check_exports.py LIBRARY     (libzebapi.so or zebapi.dll)
+check_exports.py LIBRARY     (libzebapi.so, or zebapi.dll of either C++ ABI)
 
 Every export belongs to one of the library's classes or is one of its free functions; every class and every free
 function is there; what is loaded with it belongs to the system or to the compiler's runtime.
@@ -51,11 +51,17 @@ FUNCTIONS = {
 NEEDED = {
     "elf": r"lib(c|m|dl|pthread|stdc\+\+|gcc_s|asan|ubsan|tsan)\.so\.\d+|ld-linux-x86-64\.so\.2",
     "pe": r"(?i)(kernel32|advapi32|user32|ole32|oleaut32|msvcrt)\.dll",
+    "msvc": r"(?i)(kernel32|advapi32|user32|ole32|oleaut32|ucrtbase|vcruntime140|msvcp140)\.dll",
 }
 
 MEMBER = re.compile(r"(?:non-virtual thunk to )?(\w+)::.*")
 RECORD = re.compile(r"(?:typeinfo|typeinfo name|vtable|VTT) for (\w+)\*?")
 FUNCTION = re.compile(r"(Zeb_\w+)\(.*\)")
+# The same in the words of the MSVC ABI.
+MSVC_MEMBER = re.compile(r"(?:\[thunk\]: )?(?:public|protected|private): .*?__cdecl (\w+)::.*")
+MSVC_DATA = re.compile(r"(?:public|protected|private): static (?:(?!__cdecl).)* (\w+)::\w+")
+MSVC_RECORD = re.compile(r"const (\w+)::`vftable'.*")
+MSVC_FUNCTION = re.compile(r".* __cdecl (Zeb_\w+)\(.*\)")
 
 
 def run(*command, text=None):
@@ -73,10 +79,21 @@ def exports(library):
         listing = run("nm", "-D", "--defined-only", library)
         mangled = [line.split()[-1].split("@")[0] for line in listing.splitlines()]
     else:
-        listing = run("x86_64-w64-mingw32-objdump", "-p", library)
-        table = listing.split("[Ordinal/Name Pointer] Table")[1]
-        mangled = re.findall(r"^\s*\[\s*\d+\]\s+(?:\+base\[\s*\d+\]\s+\w+\s+)?(\S+)$", table, re.M)
-    return run("c++filt", text="\n".join(sorted(set(mangled)))).splitlines()
+        listing = run("llvm-readobj-14", "--coff-exports", library)
+        mangled = re.findall(r"^  Name: (\S+)$", listing, re.M)
+    names = sorted(set(mangled))
+    if abi(library) == "msvc":
+        # Each name, its meaning, and a blank line.
+        listing = run("llvm-undname-14", text="\n".join(names) + "\n")
+        return [line for line in listing.splitlines() if line and not line.startswith("?")]
+    return run("c++filt", text="\n".join(names)).splitlines()
+
+
+def abi(library):
+    """elf, pe (MinGW's) or msvc, by what the compiler's runtime is."""
+    if not is_windows(library):
+        return "elf"
+    return "msvc" if "vcruntime140.dll" in needed(library) else "pe"
 
 
 def needed(library):
@@ -87,7 +104,8 @@ def needed(library):
 
 def owner(name):
     """The class or free function that an export belongs to; None for neither."""
-    for pattern, known in ((FUNCTION, FUNCTIONS), (RECORD, CLASSES), (MEMBER, CLASSES)):
+    for pattern, known in ((FUNCTION, FUNCTIONS), (RECORD, CLASSES), (MEMBER, CLASSES),
+                           (MSVC_FUNCTION, FUNCTIONS), (MSVC_RECORD, CLASSES), (MSVC_MEMBER, CLASSES), (MSVC_DATA, CLASSES)):
         match = pattern.fullmatch(name)
         if match and match.group(1) in known:
             return match.group(1)
@@ -106,19 +124,23 @@ class Exports(unittest.TestCase):
 
     def test_every_class_is_there(self):
         for name in CLASSES:
+            if abi(self.library) == "msvc":
+                # The descriptions of types belong to each module there.
+                self.assertTrue(any(each.startswith(f"const {name}::`vftable'") for each in self.names), name)
+                continue
             self.assertIn(f"vtable for {name}", self.names)
             self.assertIn(f"typeinfo for {name}", self.names)
 
     def test_every_function_is_there(self):
         found = {}
         for name in self.names:
-            match = FUNCTION.fullmatch(name)
+            match = FUNCTION.fullmatch(name) or MSVC_FUNCTION.fullmatch(name)
             if match:
                 found[match.group(1)] = found.get(match.group(1), 0) + 1
         self.assertEqual(found, FUNCTIONS)
 
     def test_only_the_system_and_the_compilers_runtime_are_needed(self):
-        allowed = NEEDED["pe" if is_windows(self.library) else "elf"]
+        allowed = NEEDED[abi(self.library)]
         libraries = needed(self.library)
         self.assertTrue(libraries)
         self.assertEqual([name for name in libraries if not re.fullmatch(allowed, name)], [])
@@ -133,6 +155,19 @@ class Owner(unittest.TestCase):
                      "CZebAPIApp::InitInstance()", "vtable for CZebAPIApp", "typeinfo for CException",
                      "Zeb_Unknown()", "LLog(int, char const*, char const*)", "sqlite3_open", "CZebTableHelper::Do()"):
             self.assertIsNone(owner(name), name)
+
+    def test_so_in_the_words_of_the_msvc_abi(self):
+        for name, expected in (
+                ("public: virtual void __cdecl CZebTable::Free(void)", "CZebTable"),
+                ("public: virtual class CStringT<char> __cdecl CZebBinary::String(void) const", "CZebBinary"),
+                ("[thunk]: public: virtual void __cdecl CZebCachedTable::`adjustor{16}'(void)", "CZebCachedTable"),
+                ("private: static class CZebException CZebException::s_outOfMemory", "CZebException"),
+                ("const CZebTable::`vftable'", "CZebTable"),
+                ("void __cdecl Zeb_MemFree(void *)", "Zeb_MemFree"),
+                ("public: void __cdecl CDllLoader::Unload(void)", None),
+                ("int __cdecl zeb::SearchProvider(void)", None),
+                ("const CException::`vftable'", None)):
+            self.assertEqual(owner(name), expected, name)
 
     def test_members_and_records_have_one(self):
         for name, expected in (("CZebTable::Free()", "CZebTable"), ("vtable for CZebTable", "CZebTable"),

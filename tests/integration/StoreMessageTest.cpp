@@ -284,11 +284,13 @@ TEST_F(StoreMessages, PropertiesOfAGrandchildAndAStrangerAreReadAndRefused)
     tags.AddOne(PR_SUBJECT_A);
     for (const auto& [id, subject] : {std::pair{grandchild, "grandchild"}, std::pair{stranger, "stranger"}})
     {
-        EXPECT_EQ(FailureOf([&] { m_inbox.GetPropsOfChild(*m_session, id, values, 1, PR_SUBJECT_A); }).result,
-                  MAPI_E_NOT_FOUND);
+        EXPECT_EQ(
+            FailureOf([&, &id = id] { m_inbox.GetPropsOfChild(*m_session, id, values, 1, PR_SUBJECT_A); })
+                .result,
+            MAPI_E_NOT_FOUND);
         EXPECT_STREQ(values[PR_SUBJECT_A].String(true), subject);
         values.Empty();
-        EXPECT_EQ(FailureOf([&] { m_inbox.GetPropsOfChild(*m_session, id, tags, values); }).result,
+        EXPECT_EQ(FailureOf([&, &id = id] { m_inbox.GetPropsOfChild(*m_session, id, tags, values); }).result,
                   MAPI_E_NOT_FOUND);
         EXPECT_STREQ(values[PR_SUBJECT_A].String(true), subject);
     }

@@ -1,4 +1,5 @@
-// The lists that the compiler writes into sections: the linker sorts them by name, and these are their ends.
+// The lists that the compiler writes into sections: the linker sorts them by name, and these are their ends. Linked into
+// every module.
 #include "module.h"
 
 #pragma section(".CRT$XIA", long, read)
@@ -26,3 +27,23 @@ bool RunInitializers()
     _initterm(__xc_a, __xc_z);
     return true;
 }
+
+// POSIX's names of functions that ucrtbase.dll exports with an underscore.
+#pragma comment(linker, "/alternatename:access=_access")
+#pragma comment(linker, "/alternatename:chdir=_chdir")
+#pragma comment(linker, "/alternatename:close=_close")
+#pragma comment(linker, "/alternatename:creat=_creat")
+#pragma comment(linker, "/alternatename:dup=_dup")
+#pragma comment(linker, "/alternatename:dup2=_dup2")
+#pragma comment(linker, "/alternatename:fdopen=_fdopen")
+#pragma comment(linker, "/alternatename:fileno=_fileno")
+#pragma comment(linker, "/alternatename:getcwd=_getcwd")
+#pragma comment(linker, "/alternatename:isatty=_isatty")
+#pragma comment(linker, "/alternatename:mkdir=_mkdir")
+#pragma comment(linker, "/alternatename:open=_open")
+#pragma comment(linker, "/alternatename:putenv=_putenv")
+#pragma comment(linker, "/alternatename:read=_read")
+#pragma comment(linker, "/alternatename:rmdir=_rmdir")
+#pragma comment(linker, "/alternatename:strdup=_strdup")
+#pragma comment(linker, "/alternatename:unlink=_unlink")
+#pragma comment(linker, "/alternatename:write=_write")

@@ -3,8 +3,7 @@
 #include <stdio.h>
 #include <wchar.h>
 
-/// snprintf's result is the length that was wanted, and the text always ends; without it, as Windows' _snprintf.
-static const unsigned __int64 StandardSnprintf = 2;
+static const size_t NoLimit = static_cast<size_t>(-1);
 
 extern "C"
 {
@@ -38,7 +37,8 @@ extern "C"
 
     int __cdecl vsnprintf(char* text, size_t size, const char* format, va_list arguments)
     {
-        return __stdio_common_vsprintf(StandardSnprintf, text, size, format, nullptr, arguments);
+        return __stdio_common_vsprintf(_CRT_INTERNAL_PRINTF_STANDARD_SNPRINTF_BEHAVIOR, text, size, format,
+                                       nullptr, arguments);
     }
 
     int __cdecl snprintf(char* text, size_t size, const char* format, ...)
@@ -50,12 +50,20 @@ extern "C"
         return result;
     }
 
+    int __cdecl sprintf(char* text, const char* format, ...)
+    {
+        va_list arguments;
+        va_start(arguments, format);
+        const int result = vsnprintf(text, NoLimit, format, arguments);
+        va_end(arguments);
+        return result;
+    }
+
     int __cdecl sscanf(const char* text, const char* format, ...)
     {
         va_list arguments;
         va_start(arguments, format);
-        const int result =
-            __stdio_common_vsscanf(0, text, static_cast<size_t>(-1), format, nullptr, arguments);
+        const int result = __stdio_common_vsscanf(0, text, NoLimit, format, nullptr, arguments);
         va_end(arguments);
         return result;
     }

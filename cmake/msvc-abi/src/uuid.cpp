@@ -10,3 +10,6 @@
 #include <oleidl.h>
 #include <shobjidl.h>
 #include <unknwn.h>
+
+// The one that its header only declares.
+DEFINE_OLEGUID(IID_IUnknown, 0, 0, 0);

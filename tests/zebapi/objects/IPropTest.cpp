@@ -248,7 +248,7 @@ TEST_F(IProp, EveryFailingCallThrowsItsResultWithTheObjectsExtendedErrorAndThisF
         object.m_error = "broken";
         CZebIProp prop(&object);
         m_log.Clear();
-        EXPECT_EQ(Described([&] { call(prop); }),
+        EXPECT_EQ(Described([&call = call, &prop] { call(prop); }),
                   "Ver:1, Error:broken, Component:prop, LowLewelError:2, Context:3 \n")
             << method;
         EXPECT_EQ(Calls().back(), "prop: GetLastError(0x80040116,0x0)") << method;
