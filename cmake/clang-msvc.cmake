@@ -23,7 +23,8 @@ set(CMAKE_CXX_FLAGS_INIT
   "${zeb_flags} -fcxx-exceptions -nostdinc++ -isystem ${zeb_root}/build/deps/llvm-toolchain-14/libcxx/include ${zeb_dirs}")
 
 # libc++ and the start-up code are static in each module; vcruntime140, msvcp140 and ucrtbase are DLLs of the system.
-set(zeb_link "-fuse-ld=lld-link -nostdlib -Wl,/nodefaultlib -Wl,/libpath:${zeb_sysroot}/lib")
+# The compiler options come along at the link, where some mean nothing.
+set(zeb_link "-Wno-unused-command-line-argument -fuse-ld=lld-link -nostdlib -Wl,/nodefaultlib -Wl,/libpath:${zeb_sysroot}/lib")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "${zeb_link} ${zeb_sysroot}/lib/start_program.obj")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "${zeb_link} ${zeb_sysroot}/lib/start_dll.obj")
 set(CMAKE_MODULE_LINKER_FLAGS_INIT "${CMAKE_SHARED_LINKER_FLAGS_INIT}")
