@@ -206,7 +206,8 @@ TEST_F(Folder, OneMessageIsAListOfOne)
 TEST_F(Folder, PassesWindowsWithAllTheirBits)
 {
     const auto window = reinterpret_cast<HWND>(static_cast<ULONG_PTR>(0x7777777780000001));
-    SBinaryArray list = {0, nullptr};
+    SBinary entry = ID("ab");
+    SBinaryArray list = {1, &entry};
     CZebFolder dest(&m_existing);
     m_folder.CopyMessages(&list, dest, 2, window, nullptr);
     m_folder.MoveMessages(&list, dest, 2, window, nullptr);
@@ -215,9 +216,9 @@ TEST_F(Folder, PassesWindowsWithAllTheirBits)
     m_folder.EmptyFolder(window, 0, nullptr);
     const std::string bits = "0x7777777780000001,progress null,";
     EXPECT_EQ(Calls(),
-              (Lines{"folder: CopyMessages([],IMAPIFolder,existing," + bits + "0x2)",
-                     "folder: CopyMessages([],IMAPIFolder,existing," + bits + "0x3)",
-                     "folder: DeleteMessages([]," + bits + "0x0)",
+              (Lines{"folder: CopyMessages([6162],IMAPIFolder,existing," + bits + "0x2)",
+                     "folder: CopyMessages([6162],IMAPIFolder,existing," + bits + "0x3)",
+                     "folder: DeleteMessages([6162]," + bits + "0x0)",
                      "folder: DeleteFolder(6162," + bits + "0x0)", "folder: EmptyFolder(" + bits + "0x0)"}));
 }
 

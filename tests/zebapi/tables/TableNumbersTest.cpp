@@ -44,6 +44,8 @@ protected:
     MapiUtilities m_utilities;
     RecordingTable m_double;
     CZebTable m_table{&m_double};
+    /// Only handed on, never called.
+    IMAPIAdviseSink* const m_sink = reinterpret_cast<IMAPIAdviseSink*>(&m_double);
 };
 
 /// Fills the stack below the caller, so that a local that nobody cleared holds anything but zeros.
@@ -62,7 +64,7 @@ TEST_F(TableNumbers, NothingNextToTheConnectionIsWritten)
 {
     m_double.connection = Wide;
     ULONG connection[3] = {0xABABABAB, 0, 0xABABABAB};
-    m_table.Advise(nullptr, &connection[1]);
+    m_table.Advise(m_sink, &connection[1]);
     EXPECT_EQ(connection[0], 0xABABABABu);
     EXPECT_EQ(connection[2], 0xABABABABu);
 }
@@ -71,7 +73,7 @@ TEST_F(TableNumbers, AWideConnectionComesBackWhole)
 {
     m_double.connection = Wide;
     ULONG connection = 0;
-    m_table.Advise(nullptr, &connection);
+    m_table.Advise(m_sink, &connection);
     CZebTable copy(m_table);
     copy.Unadvise(connection);
     EXPECT_THAT(m_double.calls,
@@ -84,11 +86,11 @@ TEST_F(TableNumbers, WideConnectionsThatShareTheirLowerHalfStayApart)
     ULONG second = 0;
     ULONG narrow = 0;
     m_double.connection = 0x100000005;
-    m_table.Advise(nullptr, &first);
+    m_table.Advise(m_sink, &first);
     m_double.connection = 0x200000005;
-    m_table.Advise(nullptr, &second);
+    m_table.Advise(m_sink, &second);
     m_double.connection = 5;
-    m_table.Advise(nullptr, &narrow);
+    m_table.Advise(m_sink, &narrow);
     m_double.calls.clear();
     m_table.Unadvise(first);
     m_table.Unadvise(second);
@@ -101,10 +103,10 @@ TEST_F(TableNumbers, ANumberThatIsInUseIsNotGivenOutTwice)
 {
     ULONG wide = 0;
     m_double.connection = Wide;
-    m_table.Advise(nullptr, &wide);
+    m_table.Advise(m_sink, &wide);
     ULONG same = 0;
     m_double.connection = wide;
-    m_table.Advise(nullptr, &same);
+    m_table.Advise(m_sink, &same);
     EXPECT_NE(same, wide);
     m_double.calls.clear();
     m_table.Unadvise(same);
@@ -117,7 +119,7 @@ TEST_F(TableNumbers, AConnectionThatWasNotEndedKeepsItsNumber)
 {
     m_double.connection = Wide;
     ULONG connection = 0;
-    m_table.Advise(nullptr, &connection);
+    m_table.Advise(m_sink, &connection);
     m_double.calls.clear();
     m_double.results["Unadvise"] = MAPI_E_CALL_FAILED;
     EXPECT_EQ(ThrownBy([&] { m_table.Unadvise(connection); }), MAPI_E_CALL_FAILED);
@@ -132,7 +134,7 @@ TEST_F(TableNumbers, AFailedAdviseLeavesTheHostsNumber)
     m_double.connection = Wide;
     m_double.results["Advise"] = MAPI_E_NO_SUPPORT;
     ULONG connection = 9;
-    EXPECT_EQ(ThrownBy([&] { m_table.Advise(nullptr, &connection); }), MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(ThrownBy([&] { m_table.Advise(m_sink, &connection); }), MAPI_E_NO_SUPPORT);
     EXPECT_EQ(connection, 9u);
 }
 
@@ -156,7 +158,7 @@ TEST_F(TableNumbers, BookmarksAndConnectionsAreCountedApart)
 {
     m_double.connection = Wide;
     ULONG connection = 0;
-    m_table.Advise(nullptr, &connection);
+    m_table.Advise(m_sink, &connection);
     m_double.calls.clear();
     m_table.SeekRow(connection, 0, nullptr);
     EXPECT_THAT(m_double.calls, ElementsAre("SeekRow(origin " + std::to_string(connection) + ", rows 0)"));
@@ -169,7 +171,7 @@ TEST_F(TableNumbers, OtherTablesHaveNumbersOfTheirOwn)
     CZebTable other(&otherDouble);
     m_double.connection = Wide;
     ULONG connection = 0;
-    m_table.Advise(nullptr, &connection);
+    m_table.Advise(m_sink, &connection);
     other.Unadvise(connection);
     EXPECT_THAT(otherDouble.calls, ElementsAre("Unadvise(connection " + std::to_string(connection) + ")"));
     m_table.Unadvise(connection);
@@ -181,7 +183,7 @@ TEST_F(TableNumbers, TheAddressBookWritesHalfOfItsNumbers)
     CZebTable table(&narrow);
     PoisonStack();
     ULONG connection = 0;
-    table.Advise(nullptr, &connection);
+    table.Advise(m_sink, &connection);
     EXPECT_EQ(connection, 0x4Du);
     PoisonStack();
     EXPECT_EQ(table.CreateBookmark(), 7u);
