@@ -88,10 +88,10 @@ double OpenOnce(AddressBookOf& addresses)
 
 Measurement AddressBookOpen(const Options& options)
 {
-    auto large = std::make_shared<AddressBookOf>(options.folder, options.small ? 2000 : 100000);
-    auto small = std::make_shared<AddressBookOf>(options.folder, 100);
-    return {"ab-open", 5, [large] { return OpenOnce(*large); }, [small] { return OpenOnce(*small); },
-            options.small ? 5 : 51};
+    auto large = std::make_shared<AddressBookOf>(options.folder, options.brief ? 2000 : 100000);
+    auto few = std::make_shared<AddressBookOf>(options.folder, 100);
+    return {"ab-open", 5, [large] { return OpenOnce(*large); }, [few] { return OpenOnce(*few); },
+            options.brief ? 5 : 51};
 }
 
 } // namespace bench

@@ -13,7 +13,7 @@ struct Options
     /// Where stores, registry and results stand.
     std::string folder;
     /// Few messages and few pairs.
-    bool small = false;
+    bool brief = false;
 };
 
 Measurement InboxRead(const Options& options);

@@ -228,28 +228,28 @@ struct Hits
 Measurement CachedScroll(const Options& options)
 {
     auto tables =
-        std::make_shared<Tables>(std::make_shared<StoreOf>(options.folder, options.small ? 2000 : 100000));
+        std::make_shared<Tables>(std::make_shared<StoreOf>(options.folder, options.brief ? 2000 : 100000));
     return {"cached-scroll", 2.2, [=] { return tables->ScrollCached(); },
-            [=] { return tables->ScrollByHand(); }, options.small ? 3 : 11};
+            [=] { return tables->ScrollByHand(); }, options.brief ? 3 : 11};
 }
 
 Measurement CachedHit(const Options& options)
 {
     auto hits = std::make_shared<Hits>(std::make_shared<StoreOf>(options.folder, 1000));
-    const ULONG rounds = options.small ? 100 : 5000;
+    const ULONG rounds = options.brief ? 100 : 5000;
     return {"cached-hit", 5, [=] { return hits->Cached(rounds); }, [=] { return hits->ByHand(rounds); },
-            options.small ? 3 : 21};
+            options.brief ? 3 : 21};
 }
 
 Measurement CachedRandom(const Options& options)
 {
     auto tables =
-        std::make_shared<Tables>(std::make_shared<StoreOf>(options.folder, options.small ? 5000 : 1000000));
+        std::make_shared<Tables>(std::make_shared<StoreOf>(options.folder, options.brief ? 5000 : 1000000));
     // The same rows for both ways; no two are close enough to share a window.
     auto indexes = std::make_shared<std::vector<ULONG>>();
     std::mt19937 random(20260101);
     std::uniform_int_distribution<ULONG> any(kBefore, tables->count - kWindow);
-    for (int i = 0; i < (options.small ? 50 : 2000); ++i)
+    for (int i = 0; i < (options.brief ? 50 : 2000); ++i)
     {
         const ULONG index = any(random);
         const ULONG last = indexes->empty() ? 0 : indexes->back();
@@ -259,7 +259,7 @@ Measurement CachedRandom(const Options& options)
         }
     }
     return {"cached-random", 1.05, [=] { return tables->RandomCached(*indexes); },
-            [=] { return tables->RandomByHand(*indexes); }, options.small ? 3 : 21};
+            [=] { return tables->RandomByHand(*indexes); }, options.brief ? 3 : 21};
 }
 
 } // namespace bench

@@ -112,7 +112,7 @@ unsigned long long ReadByHand(IMAPIContainer& inbox, ULONG& rowsRead)
 
 Measurement InboxRead(const Options& options)
 {
-    auto store = std::make_shared<StoreOf>(options.folder, options.small ? 2000 : 100000);
+    auto store = std::make_shared<StoreOf>(options.folder, options.brief ? 2000 : 100000);
     const auto timed = [store](auto&& read)
     {
         ULONG rows = 0;
@@ -137,7 +137,7 @@ Measurement InboxRead(const Options& options)
                 return ReadByHand(*container, rows);
             });
     };
-    return {"inbox-read", 1.03, ours, baseline, options.small ? 3 : 15};
+    return {"inbox-read", 1.03, ours, baseline, options.brief ? 3 : 15};
 }
 
 } // namespace bench

@@ -335,7 +335,7 @@ Measurement ValueText(const Options& options)
             Require(CZebOnePropVal(&value, nullptr).String(false) == TextByHand(value).c_str(), "value-text");
         }
     }
-    const int rounds = options.small ? 2 : 100;
+    const int rounds = options.brief ? 2 : 100;
     const auto timed = [values, rounds](auto&& lengthOf)
     {
         return SecondsOfEach(rounds, *values,
@@ -357,7 +357,7 @@ Measurement ValueText(const Options& options)
     };
     const auto baseline = [timed]
     { return timed([](const SPropValue& value) { return TextByHand(value).size(); }); };
-    return {"value-text", 1.2, ours, baseline, options.small ? 3 : 11};
+    return {"value-text", 1.2, ours, baseline, options.brief ? 3 : 11};
 }
 
 /// A message that takes properties and is never saved, in a store that outlives it.
@@ -376,7 +376,7 @@ struct OpenMessage
 Measurement ArrayBuild(const Options& options)
 {
     auto open = std::make_shared<OpenMessage>(options);
-    const int rounds = options.small ? 20 : 5000;
+    const int rounds = options.brief ? 20 : 5000;
     const auto timed = [rounds](auto&& build)
     {
         return Seconds(
@@ -394,7 +394,7 @@ Measurement ArrayBuild(const Options& options)
         const CComPtr<IMAPIProp> object = open->message.GetInterface();
         return timed([&] { BuildByHand(*object.Get()); });
     };
-    return {"array-build", 2, ours, baseline, options.small ? 3 : 11};
+    return {"array-build", 2, ours, baseline, options.brief ? 3 : 11};
 }
 
 Measurement NameLookup(const Options& options)
@@ -404,7 +404,7 @@ Measurement NameLookup(const Options& options)
     {
         Require(Zeb_NameFromValue("PropTags", value) == Scan(names->rows, value), "name-lookup");
     }
-    const int rounds = options.small ? 2 : 1000;
+    const int rounds = options.brief ? 2 : 1000;
     const auto timed = [names, rounds](auto&& find)
     {
         return SecondsOfEach(rounds, names->asked,
@@ -418,7 +418,7 @@ Measurement NameLookup(const Options& options)
     { return timed([](ULONG value) { return Zeb_NameFromValue("PropTags", value); }); };
     const auto baseline = [timed, names]
     { return timed([&](ULONG value) { return Scan(names->rows, value); }); };
-    return {"name-lookup", 0.1, ours, baseline, options.small ? 3 : 11};
+    return {"name-lookup", 0.1, ours, baseline, options.brief ? 3 : 11};
 }
 
 Measurement EidDump(const Options& options)
@@ -428,7 +428,7 @@ Measurement EidDump(const Options& options)
     {
         Require(Zeb_DumpEntryID(each.id.hex.c_str()) == each.byHand(each.id).c_str(), "eid-dump");
     }
-    const int rounds = options.small ? 20 : 20000;
+    const int rounds = options.brief ? 20 : 20000;
     const auto ours = [cases, rounds]
     {
         return SecondsOfEach(rounds, *cases,
@@ -440,7 +440,7 @@ Measurement EidDump(const Options& options)
         return SecondsOfEach(rounds, *cases,
                              [](const DumpCase& each) { return each.byHand(each.id).size(); });
     };
-    return {"eid-dump", 1.5, ours, baseline, options.small ? 3 : 11};
+    return {"eid-dump", 1.5, ours, baseline, options.brief ? 3 : 11};
 }
 
 } // namespace bench

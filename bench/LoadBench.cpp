@@ -127,7 +127,7 @@ Measurement LoadGrowth(const Options& options)
 {
     auto state = std::make_shared<LoadState>();
     state->path = options.folder + "/load.zeb";
-    state->count = options.small ? 5000 : 1000000;
+    state->count = options.brief ? 5000 : 1000000;
     return {"load-growth", 1.2,
             [state]
             {
@@ -136,7 +136,7 @@ Measurement LoadGrowth(const Options& options)
                 state->isWarm = true;
                 return state->last;
             },
-            [state] { return state->first; }, options.small ? 1 : 3};
+            [state] { return state->first; }, options.brief ? 1 : 3};
 }
 
 } // namespace bench

@@ -118,10 +118,10 @@ double ReadAnew(StoreOf& store)
 
 Measurement StoreNotify(const Options& options)
 {
-    auto store = std::make_shared<StoreOf>(options.folder, options.small ? 5000 : 1000000);
+    auto store = std::make_shared<StoreOf>(options.folder, options.brief ? 5000 : 1000000);
     auto advised = std::make_shared<Advised>(store);
     return {"store-notify", 0.001, [advised] { return advised->AddOne(); },
-            [store] { return ReadAnew(*store); }, options.small ? 3 : 11};
+            [store] { return ReadAnew(*store); }, options.brief ? 3 : 11};
 }
 
 } // namespace bench

@@ -62,7 +62,7 @@ double Timed(const std::function<size_t()>& find, size_t* found)
 
 Measurement StoreRestrict(const Options& options)
 {
-    auto store = std::make_shared<StoreOf>(options.folder, options.small ? 5000 : 1000000);
+    auto store = std::make_shared<StoreOf>(options.folder, options.brief ? 5000 : 1000000);
     auto database = std::make_shared<SqlDatabase>(SqlOpen(store->Path()));
     auto found = std::make_shared<size_t>(0);
     return {"store-restrict", 1.2,
@@ -78,7 +78,7 @@ Measurement StoreRestrict(const Options& options)
                 }
                 return seconds;
             },
-            options.small ? 3 : 11};
+            options.brief ? 3 : 11};
 }
 
 } // namespace bench

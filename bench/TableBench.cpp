@@ -17,7 +17,7 @@ constexpr LONG kWindow = 50;
 
 std::shared_ptr<StoreOf> Large(const Options& options)
 {
-    return std::make_shared<StoreOf>(options.folder, options.small ? 5000 : 1000000);
+    return std::make_shared<StoreOf>(options.folder, options.brief ? 5000 : 1000000);
 }
 
 std::shared_ptr<StoreOf> Small(const Options& options)
@@ -141,18 +141,18 @@ size_t HeapInUse()
 Measurement StoreOpen(const Options& options)
 {
     auto large = Large(options);
-    auto small = Small(options);
-    return {"store-open", 5, [large] { return OpenOnce(*large); }, [small] { return OpenOnce(*small); },
-            options.small ? 5 : 51};
+    auto few = Small(options);
+    return {"store-open", 5, [large] { return OpenOnce(*large); }, [few] { return OpenOnce(*few); },
+            options.brief ? 5 : 51};
 }
 
 Measurement StoreWindow(const Options& options)
 {
     auto large = std::make_shared<Sought>(Large(options));
-    auto small = std::make_shared<Sought>(Small(options));
-    const int windows = options.small ? 20 : 1000;
+    auto few = std::make_shared<Sought>(Small(options));
+    const int windows = options.brief ? 20 : 1000;
     return {"store-window", 1.5, [=] { return large->Windows(windows); },
-            [=] { return small->Windows(windows); }, options.small ? 3 : 11};
+            [=] { return few->Windows(windows); }, options.brief ? 3 : 11};
 }
 
 Measurement StoreSort(const Options& options)
@@ -162,7 +162,7 @@ Measurement StoreSort(const Options& options)
     const std::vector<const char*> queries = {"SELECT id FROM message ORDER BY subject, id",
                                               "SELECT id FROM message ORDER BY delivered, id"};
     return {"store-sort", 1.2, [store] { return SortByTable(*store); },
-            [=] { return SortBySql(database->get(), queries, store->Count()); }, options.small ? 3 : 7};
+            [=] { return SortBySql(database->get(), queries, store->Count()); }, options.brief ? 3 : 7};
 }
 
 Measurement StoreMemory(const Options& options)

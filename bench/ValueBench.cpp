@@ -85,7 +85,7 @@ std::vector<SPropValue> MakeValues(size_t rows)
 
 Measurement ValueRead(const Options& options)
 {
-    const size_t rows = options.small ? 1000 : 1000000;
+    const size_t rows = options.brief ? 1000 : 1000000;
     auto values = std::make_shared<std::vector<SPropValue>>(MakeValues(rows));
     const auto ours = [values]
     {
@@ -127,7 +127,7 @@ Measurement ValueRead(const Options& options)
                 Keep(sum);
             });
     };
-    return {"value-read", 2, ours, baseline, options.small ? 3 : 11};
+    return {"value-read", 2, ours, baseline, options.brief ? 3 : 11};
 }
 
 } // namespace bench

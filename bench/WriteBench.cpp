@@ -141,9 +141,9 @@ Measurement StoreWrite(const Options& options)
 {
     auto state = std::make_shared<WriteState>();
     state->folder = options.folder;
-    state->count = options.small ? 500 : 100000;
+    state->count = options.brief ? 500 : 100000;
     return {"store-write", 1.5, [state] { return WriteByMapi(*state); },
-            [state] { return WriteByHand(*state); }, options.small ? 1 : 5};
+            [state] { return WriteByHand(*state); }, options.brief ? 1 : 5};
 }
 
 } // namespace bench

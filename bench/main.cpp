@@ -70,7 +70,7 @@ int main(int argc, char** argv)
     }
     std::vector<std::string> names;
     app.add_option("--folder", options.folder, "Where stores and results stand");
-    app.add_flag("--short", options.small, "Small stores, few pairs: shows that it works");
+    app.add_flag("--short", options.brief, "Small stores, few pairs: shows that it works");
     app.add_option("names", names, "Which measurements; all when none is named")->check(CLI::IsMember(known));
     try
     {
@@ -80,7 +80,7 @@ int main(int argc, char** argv)
     {
         return app.exit(e) == 0 ? 0 : 2;
     }
-    if (options.small)
+    if (options.brief)
     {
         options.folder += "/short";
     }

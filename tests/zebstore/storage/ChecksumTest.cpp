@@ -327,7 +327,7 @@ TEST_F(ChecksumTest, AFileOfAnyOlderVersionGetsItsChecksumsWhenItIsOpenedForWrit
     {
         const std::string path = Path("older" + std::to_string(version) + ".zeb");
         m_store = StoreFile::Create(path, "Older", {});
-        const MessageId small = Full(100);
+        const MessageId shorter = Full(100);
         const MessageId large = Full(100000);
         MakeOlder(Store(), version);
         m_store.reset();
@@ -343,8 +343,8 @@ TEST_F(ChecksumTest, AFileOfAnyOlderVersionGetsItsChecksumsWhenItIsOpenedForWrit
             "1)=x'01') + (SELECT count(*) FROM folder WHERE substr(props, 1, 1)=x'01')");
         ASSERT_TRUE(unsealed.Step());
         EXPECT_EQ(unsealed.Number(0), 0) << version;
-        Flip("message", "props", "id=" + std::to_string(small), 60);
-        EXPECT_EQ(CodeOf([&] { Store().LoadMessage(small); }), MAPI_E_CORRUPT_DATA);
+        Flip("message", "props", "id=" + std::to_string(shorter), 60);
+        EXPECT_EQ(CodeOf([&] { Store().LoadMessage(shorter); }), MAPI_E_CORRUPT_DATA);
     }
 }
 

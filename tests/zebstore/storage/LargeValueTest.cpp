@@ -83,9 +83,9 @@ TEST_F(LargeValueTest, StagedBytesBehaveLikeAStream)
     char byte = 0;
     EXPECT_EQ(staged->Read(expected.size(), &byte, 1), 0u);
     EXPECT_EQ(staged->Read(expected.size() + 100000, &byte, 1), 0u);
-    const auto staged = Store().Stage();
-    staged->Write(0, "x", 1);
-    EXPECT_EQ(staged->Read(2, &byte, 1), 0u);
+    const auto shorter = Store().Stage();
+    shorter->Write(0, "x", 1);
+    EXPECT_EQ(shorter->Read(2, &byte, 1), 0u);
 }
 
 TEST_F(LargeValueTest, NothingReachesTheFileBeforeTheSave)
