@@ -119,13 +119,13 @@ class Machine(World):
         file.write_bytes(b"MZ" + bytes(58) + struct.pack("<I", 64) + b"PE\0\0" + struct.pack("<H", machine) + bytes(64))
         return self.path(name)
 
-    def registry_text(self, text):
+    def escaped(self, text):
         return text if world.WINDOWS else text.replace("\\", "\\\\")
 
     def client(self, name, **values):
         self.registry_add(CLIENTS, "", name, undo=f"{CLIENTS}\\{name}")
         for value, text in values.items():
-            self.registry_add(f"{CLIENTS}\\{name}", value, self.registry_text(text))
+            self.registry_add(f"{CLIENTS}\\{name}", value, self.escaped(text))
 
     def test_a_stub_without_a_client_is_not_usable(self):
         findings = self.doctor(code=1)
@@ -161,7 +161,7 @@ class Machine(World):
 
     def test_click_to_run(self):
         key = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Office\\ClickToRun\\Configuration"
-        self.registry_add(key, "InstallationPath", self.registry_text(self.path("office")))
+        self.registry_add(key, "InstallationPath", self.escaped(self.path("office")))
         self.registry_add(key, "VersionToReport", "16.0.17932.20700")
         self.registry_add(key, "Platform", "x64")
         self.library("office/root/VFS/ProgramFilesCommonX64/system/msmapi/1033/msmapi32.dll", X64)
@@ -171,21 +171,21 @@ class Machine(World):
 
     def test_a_click_to_run_office_of_32_bits(self):
         key = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Office\\ClickToRun\\Configuration"
-        self.registry_add(key, "InstallationPath", self.registry_text(self.path("office")))
+        self.registry_add(key, "InstallationPath", self.escaped(self.path("office")))
         self.registry_add(key, "Platform", "x86")
         self.library("office/root/VFS/ProgramFilesCommonX86/system/msmapi/1033/msmapi32.dll", X86)
         self.assertTrue(self.doctor(code=1)["Click-to-Run"][0].endswith(
             "which is of a 32-bit Office; this program has 64 bits"))
 
     def test_a_32_bit_office_is_named_in_the_verdict(self):
-        self.registry_add(MAIL, "DLLPathEx", self.registry_text(self.library("olmapi32.dll", X86)))
+        self.registry_add(MAIL, "DLLPathEx", self.escaped(self.library("olmapi32.dll", X86)))
         command = ([str(world.ROOT / "scripts/wine-run.sh")] if world.WINDOWS else []) + [self.program, "doctor", "--json"]
         found = json.loads(self.check(self.run_command(command), 1).out)
         self.assertEqual(found["candidates"][0]["verdict"], "unusable, 32-bit Office; this program has 64 bits")
 
     def test_the_address_books_library(self):
         key = "HKEY_LOCAL_MACHINE\\Software\\Microsoft\\WAB\\DLLPath"
-        self.registry_add(key, "", self.registry_text(self.path("wab32.dll")))
+        self.registry_add(key, "", self.escaped(self.path("wab32.dll")))
         self.assertEqual(self.doctor(code=1)["address book"],
                          [f"{key} names '{self.path('wab32.dll')}', which does not exist"])
         self.library("wab32.dll", X64)
@@ -194,15 +194,17 @@ class Machine(World):
     def test_the_joined_path_of_the_common_folder(self):
         key = "HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion"
         if not world.WINDOWS:
-            self.registry_add(key, "CommonFilesDir", self.registry_text("C:\\Program Files\\Common Files"))
+            self.registry_add(key, "CommonFilesDir", self.escaped("C:\\Program Files\\Common Files"))
         self.assertEqual(self.doctor(code=1)["common MAPI"], [
             f"{key}, value CommonFilesDir is 'C:\\Program Files\\Common Files', without a backslash at its end: the search "
             "makes 'C:\\Program Files\\Common FilesSystem\\Mapi\\1033\\' of it"])
 
     def test_versions_of_files(self):
-        text = "\n".join(self.doctor(code=1)["file"])
-        self.assertIn("MAPI32.DLL' (x64)", text)
-        if world.WINDOWS:
-            # The stub of Wine has a version in its resources.
-            self.client("Post", DLLPath="C:\\windows\\system32\\kernel32.dll")
-            self.assertRegex(self.doctor(code=1)["mail client"][1], r"\(version \d+\.\d+\.\d+\.\d+, x64\)")
+        if not world.WINDOWS:
+            self.client("Microsoft Outlook", DLLPathEx=self.library("olmapi32.dll", X86))
+            self.assertEqual(self.doctor(code=1)["file"],
+                             [f"'{self.path('olmapi32.dll')}', which is of a 32-bit Office; this program has 64 bits"])
+            return
+        # A library of Wine's has a version in its resources.
+        self.client("Microsoft Outlook", DLLPathEx="C:\\windows\\system32\\kernel32.dll")
+        self.assertRegex(self.doctor(code=1)["file"][0], r"kernel32.dll' \(version \d+\.\d+\.\d+\.\d+, x64\)$")

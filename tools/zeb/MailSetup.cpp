@@ -93,12 +93,16 @@ public:
 private:
     void Add(const char* topic, std::string text) { m_setup.findings.push_back({topic, std::move(text)}); }
 
-    /// What the file of each candidate is.
+    /// What the file of each candidate is, where that tells more than its path.
     void Files()
     {
         for (const ProviderCandidate& candidate : m_report.candidates)
-            if (!candidate.found.resolved.empty())
-                Add("file", DescribedFile(Utf8FromNarrow(candidate.found.resolved)));
+        {
+            const std::string file = Utf8FromNarrow(candidate.found.resolved);
+            const platform::ImageFile image = platform::ReadImageFile(file);
+            if (!image.version.empty() || (image.bits != 0 && image.bits != OwnBits))
+                Add("file", DescribedFile(file));
+        }
     }
 
     /// The search joins CommonFilesDir as it is.
@@ -122,13 +126,16 @@ private:
             client = Value(RegistryRoot::LocalMachine, ClientsKey, "");
             place = MachineKey(ClientsKey);
         }
-        if (client.empty())
-            Add("mail client", "no default mail client is registered in " + place);
-        else
-            Add("mail client", "the default one is '" + client + "' (" + place + ")");
-        const bool behind = !client.empty() && HasMapi(client, stub);
-        m_setup.stubWithoutClient = stub && !behind;
-        if (!SameText(client, "Microsoft Outlook"))
+        // A provider that the search found elsewhere needs no mail client.
+        const bool asked = stub || m_report.path.empty();
+        if (asked)
+        {
+            Add("mail client", client.empty() ? "no default mail client is registered in " + place
+                                              : "the default one is '" + client + "' (" + place + ")");
+            const bool behind = !client.empty() && HasMapi(client, stub);
+            m_setup.stubWithoutClient = stub && !behind;
+        }
+        if (!asked || !SameText(client, "Microsoft Outlook"))
             Component("Microsoft Outlook", stub);
     }
 
