@@ -6,6 +6,7 @@
 #include "tools/common/Profiles.h"
 #include "tools/common/Progress.h"
 #include "tools/zeb/Command.h"
+#include "zebapi/ProviderSearch.h"
 #include "zebstore/zebstore.h"
 
 #include <nlohmann/json.hpp>
@@ -119,8 +120,7 @@ std::string FileOf(const std::string& profile)
 template <typename Function>
 Function* CareExport(const char* name)
 {
-    EnumOfficeBitness bitness;
-    const std::string path = static_cast<const char*>(Zeb_GetMapiDllPath(bitness));
+    const std::string path = SearchProvider().path;
     std::string reason;
     // Kept for the process: the host's own start loads and releases it too.
     const platform::ModuleHandle module = platform::LoadModule(
