@@ -1,9 +1,8 @@
 // What a host that includes the library keeps of Windows' own names.
+// Some platforms' headers have this one, in the same words.
+#define small char
+
 #include "zebapi/ZebAPI.h"
-
-#include <rpc.h>
-
-#include <rpcndr.h>
 
 #include <gtest/gtest.h>
 
