@@ -280,18 +280,20 @@ CZebBinary CZebIProp::GetParentID()
 CStringA CZebIProp::GetStringPropA(ULONG tag)
 {
     CZebPropVal value;
+    const char* const operation = __func__;
     zeb::AboutTag(
-        tag, [&, operation = __func__]
-        { ThrowIfFailed(_HrGetOneProp_(Prop(), tag, &value), Prop(), __FILE__, __LINE__, operation); });
+        tag,
+        [&] { ThrowIfFailed(_HrGetOneProp_(Prop(), tag, &value), Prop(), __FILE__, __LINE__, operation); });
     return value.UseDefault(CStringA());
 }
 
 CStringW CZebIProp::GetStringPropW(ULONG tag)
 {
     CZebPropVal value;
+    const char* const operation = __func__;
     zeb::AboutTag(
-        tag, [&, operation = __func__]
-        { ThrowIfFailed(_HrGetOneProp_(Prop(), tag, &value), Prop(), __FILE__, __LINE__, operation); });
+        tag,
+        [&] { ThrowIfFailed(_HrGetOneProp_(Prop(), tag, &value), Prop(), __FILE__, __LINE__, operation); });
     return value.UseDefault(CStringW());
 }
 
@@ -487,9 +489,10 @@ CZebBinary CZebIProp::GetBin(ULONG tag)
 CZebBinary CZebIProp::GetBinary(ULONG tag) const
 {
     CZebPropVal value;
+    const char* const operation = __func__;
     zeb::AboutTag(
-        tag, [&, operation = __func__]
-        { ThrowIfFailed(_HrGetOneProp_(Prop(), tag, &value), Prop(), __FILE__, __LINE__, operation); });
+        tag,
+        [&] { ThrowIfFailed(_HrGetOneProp_(Prop(), tag, &value), Prop(), __FILE__, __LINE__, operation); });
     return CZebBinary(zeb::Received(value));
 }
 
