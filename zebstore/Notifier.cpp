@@ -104,7 +104,7 @@ void Notifier::StartThread()
     auto shared = std::make_unique<std::shared_ptr<Work>>(m_work);
     if (!m_thread.Start(RunThread, shared.get()))
         throw Error(MAPI_E_NOT_ENOUGH_RESOURCES, "the system gives no thread for notifications");
-    shared.release();
+    static_cast<void>(shared.release()); // now the thread owns it
 }
 
 void Notifier::RunThread(void* work)
