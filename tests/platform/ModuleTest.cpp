@@ -104,8 +104,10 @@ TEST(Module, ADependencyIsNotLookedForInTheCurrentFolderOrOnThePath)
     const CurrentFolder here;
     const fs::path alone = fs::current_path() / "alone";
     const fs::path onPath = fs::current_path() / "path";
+    fs::remove("probe_inner.dll");
     for (const fs::path& folder : {alone, onPath})
     {
+        fs::remove_all(folder);
         fs::create_directories(folder);
     }
     fs::copy_file(ModulesFolder() + "/probe_outer.dll", alone / "probe_outer.dll");

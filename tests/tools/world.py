@@ -10,6 +10,7 @@ import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 SAMPLES = ROOT / "build/deps/node_modules/pst-extractor/example/testdata"
+MAIL = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Clients\\Mail\\Microsoft Outlook"
 BUILD = None
 WINDOWS = False
 PREFIX = None
@@ -43,10 +44,20 @@ class World(unittest.TestCase):
         for name in ("ZEBAPI_LOG", "ZEBAPI_LOG_LEVEL", "ZEBSTORE_TRACE", "ZEBSTORE_FAULT"):
             self.environment.pop(name, None)
         if WINDOWS:
-            for profile in json.loads(self.zeb("profile", "list", "--json").stdout) if self.registered_already() else []:
-                self.zeb("profile", "delete", profile["name"])
+            self.delete_profiles()
         if self.registered:
             self.zeb("provider", "install")
+
+    def delete_profiles(self):
+        """Deletes what earlier tests have left in the prefix; a provider whose file is gone would hide it."""
+        registered = self.registered_already()
+        if not registered:
+            self.reg("delete", MAIL, "/f")
+            self.zeb("provider", "install")
+        for profile in json.loads(self.zeb("profile", "list", "--json").stdout):
+            self.zeb("profile", "delete", profile["name"])
+        if not registered:
+            self.reg("delete", MAIL, "/f")
 
     def registered_already(self):
         return self.run_tool("zeb", "profile", "list", "--json").returncode == 0
