@@ -22,7 +22,7 @@ void ExpectCleanTrace(const std::string& name)
 {
     // What the tests of this process have left on purpose, which a library that stays loaded goes on counting.
     static long kept = 0;
-    std::ifstream file(name);
+    std::ifstream file(name, std::ios::binary); // a name may hold what ends a text file
     bool started = false, ended = false;
     for (std::string line; std::getline(file, line);)
     {

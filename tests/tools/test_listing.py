@@ -104,7 +104,8 @@ class Folders(World):
         self.create_profile()
         self.load(dated("a", 1, folder="Inbox/Sub/Deep", PR_MESSAGE_FLAGS=0), dated("b", 1, folder="Inbox/Sub/Deep"),
                   dated("c", 1, folder="Inbox/Other"), dated("d", 1, folder="Zoo/Last"))
-        self.environment["LC_ALL"] = "C"
+        if not world.WINDOWS:
+            self.environment["LC_ALL"] = "C"  # under Wine this would hide the store, whose path is not ASCII
         shown = self.zeb("folders").out
         self.assertEqual(shown.splitlines(), [
             "zebstore", "|- Contacts  0", "|- Deleted Items  0", "|- Inbox  0", "|  |- Other  1", "|  `- Sub  0",

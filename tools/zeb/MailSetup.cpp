@@ -108,9 +108,11 @@ private:
         }
     }
 
-    /// The search joins CommonFilesDir as it is.
+    /// The search joins CommonFilesDir as it is, when it comes so far.
     void Common()
     {
+        if (m_report.candidates.size() < 2)
+            return;
         const std::string folder = Value(RegistryRoot::LocalMachine, WindowsKey, "CommonFilesDir");
         if (!folder.empty() && folder.back() != '\\')
             Add("common MAPI", MachineKey(WindowsKey) + ", value CommonFilesDir is '" + folder +

@@ -6,10 +6,10 @@
 int main()
 {
     CZebMessage message;
-    CComPtr<IMessage> interface;
+    CComPtr<IMessage> message_interface;
     try
     {
-        message.GetInterface().QueryInterface(IID_IMessage, interface);
+        message.GetInterface().QueryInterface(IID_IMessage, message_interface);
     }
     catch (...)
     {
