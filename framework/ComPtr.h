@@ -6,9 +6,6 @@
 #include <type_traits>
 #include <utility>
 
-namespace zeb
-{
-
 /// Holds one counted reference on `T`, or nothing.
 ///
 /// Using an empty one (->, *, Checked, QueryInterface) raises _com_error with E_POINTER. There is no implicit
@@ -146,9 +143,3 @@ public:
 private:
     T* m_pointer = nullptr;
 };
-
-} // namespace zeb
-
-#ifndef ZEBAPI_NO_FRAMEWORK_NAMES
-using zeb::CComPtr;
-#endif

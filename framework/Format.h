@@ -1,7 +1,6 @@
 // printf-style text, the same on both targets.
 #pragma once
 
-#include "framework/TextBuffer.h"
 #include "platform/mapi.h"
 
 #include <algorithm>
@@ -9,76 +8,82 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
+#include <cwchar>
+#include <string>
+#include <vector>
 
-namespace zeb::framework
+namespace framework
 {
 
-/// Appends `format` with Windows' length modifiers I64 and I32 spelt as C spells them ("%I64d" as "%lld", "%I32u" as
+/// `format` with Windows' length modifiers I64 and I32 spelt as C spells them ("%I64d" as "%lld", "%I32u" as
 /// "%u").
-inline void AppendPortableFormat(TextBuffer<char>& result, const char* format)
+inline std::string PortableFormat(const char* format)
 {
+    std::string result;
     for (const char* at = format; *at != '\0'; ++at)
     {
-        result.Append(*at);
+        result += *at;
         if (*at != '%')
         {
             continue;
         }
         if (at[1] == '%')
         {
-            result.Append(*++at);
+            result += *++at;
             continue;
         }
-        while (at[1] != '\0' && std::strchr("+- #0123456789.*", at[1]) != nullptr)
+        while (at[1] != '\0' && std::char_traits<char>::find("+- #0123456789.*", 16, at[1]) != nullptr)
         {
-            result.Append(*++at);
+            result += *++at;
         }
         if (at[1] == 'I' && ((at[2] == '6' && at[3] == '4') || (at[2] == '3' && at[3] == '2')))
         {
-            result.Append("ll", at[2] == '6' ? 2 : 0);
+            result += at[2] == '6' ? "ll" : "";
             at += 3;
         }
     }
+    return result;
 }
 
-/// vsprintf into `text`, which is empty. A format or an argument that the C library refuses gives an empty text.
-inline void FormatText(TextBuffer<char>& text, const char* format, va_list args)
+/// vsprintf into a string. A format or an argument that the C library refuses gives an empty text.
+inline std::string FormatText(const char* format, va_list args)
 {
-    TextBuffer<char> portable;
-    if (std::strchr(format, 'I') != nullptr)
+    std::string portable;
+    if (std::char_traits<char>::find(format, std::char_traits<char>::length(format), 'I') != nullptr)
     {
-        AppendPortableFormat(portable, format);
-        format = portable.Data();
+        portable = PortableFormat(format);
+        format = portable.c_str();
     }
     char buffer[256];
     va_list again;
     va_copy(again, args);
     const int length = std::vsnprintf(buffer, sizeof buffer, format, args);
+    std::string text;
     if (length >= 0 && static_cast<size_t>(length) < sizeof buffer)
     {
-        text.Assign(buffer, static_cast<size_t>(length));
+        text.assign(buffer, static_cast<size_t>(length));
     }
     else if (length >= 0)
     {
-        text.Resize(static_cast<size_t>(length));
-        std::vsnprintf(text.Data(), text.Length() + 1, format, again);
+        text.resize(static_cast<size_t>(length));
+        std::vsnprintf(text.data(), text.size() + 1, format, again);
     }
     va_end(again);
+    return text;
 }
 
 /// One conversion of a 16-bit format: "%-8.3I64d" and its like.
 class WideConversion
 {
 public:
-    using Wide = TextBuffer<WCHAR>;
+    using Wide = std::basic_string<WCHAR>;
 
-    /// REQUIRES: `at` is the place after the '%'. Moves it past the conversion.
+    /// REQUIRES: `at` stands behind the '%'. Moves it behind the conversion.
     explicit WideConversion(const WCHAR*& at)
     {
-        for (; IsOneOf(*at, "+- #0"); ++at)
+        while (IsOneOf(*at, "+- #0"))
         {
-            AddFlag(static_cast<char>(*at));
+            m_flags += static_cast<char>(*at++);
         }
         m_width = Number(at);
         if (*at == '.')
@@ -104,10 +109,10 @@ public:
         switch (m_kind)
         {
         case '%':
-            out.Append(WCHAR('%'));
+            out += WCHAR('%');
             break;
         case 'c':
-            AppendCharacter(out, static_cast<WCHAR>(va_arg(*args, int)));
+            AppendPadded(out, Wide(1, static_cast<WCHAR>(va_arg(*args, int))));
             break;
         case 's':
         case 'S':
@@ -150,15 +155,6 @@ private:
             ++set;
         }
         return *set != '\0';
-    }
-
-    /// Keeps each flag once, so that there is room for all.
-    void AddFlag(char flag)
-    {
-        if (std::strchr(m_flags, flag) == nullptr)
-        {
-            m_flags[std::strlen(m_flags)] = flag;
-        }
     }
 
     static int Number(const WCHAR*& at)
@@ -211,8 +207,6 @@ private:
         }
     }
 
-    void AppendCharacter(Wide& out, WCHAR character) { AppendPadded(out, Wide(&character, 1)); }
-
     void AppendString(Wide& out, va_list* args)
     {
         const size_t limit = m_precision < 0 ? size_t(-1) : size_t(m_precision);
@@ -220,17 +214,17 @@ private:
         if ((m_kind == 'S' || m_narrow) && !m_wide)
         {
             const char* from = va_arg(*args, const char*);
-            for (from = from == nullptr ? "(null)" : from; *from != '\0' && text.Length() < limit; ++from)
+            for (from = from == nullptr ? "(null)" : from; *from != '\0' && text.size() < limit; ++from)
             {
-                text.Append(static_cast<WCHAR>(static_cast<unsigned char>(*from) < 128 ? *from : '?'));
+                text += static_cast<WCHAR>(static_cast<unsigned char>(*from) < 128 ? *from : '?');
             }
         }
         else
         {
             const WCHAR* from = va_arg(*args, const WCHAR*);
-            for (from = from == nullptr ? ZEBW("(null)") : from; *from != 0 && text.Length() < limit; ++from)
+            for (from = from == nullptr ? ZEBW("(null)") : from; *from != 0 && text.size() < limit; ++from)
             {
-                text.Append(*from);
+                text += *from;
             }
         }
         AppendPadded(out, text);
@@ -238,12 +232,12 @@ private:
 
     void AppendPadded(Wide& out, const Wide& text)
     {
-        const bool left = m_width < -1 || std::strchr(m_flags, '-') != nullptr;
+        const bool left = m_width < -1 || m_flags.find('-') != std::string::npos;
         const size_t width = m_width < -1 ? size_t(-m_width) : m_width < 0 ? 0 : size_t(m_width);
-        const size_t padding = text.Length() < width ? width - text.Length() : 0;
-        out.Append(left ? 0 : padding, WCHAR(' '));
-        out.Append(text.Data(), text.Length());
-        out.Append(left ? padding : 0, WCHAR(' '));
+        const size_t padding = text.size() < width ? width - text.size() : 0;
+        out.append(left ? 0 : padding, WCHAR(' '));
+        out += text;
+        out.append(left ? padding : 0, WCHAR(' '));
     }
 
     void AppendInteger(Wide& out, va_list* args)
@@ -267,31 +261,21 @@ private:
     template <class T>
     void AppendNarrow(Wide& out, const char* length, T value)
     {
-        char precision[16] = "";
-        if (m_precision >= 0)
-        {
-            std::snprintf(precision, sizeof precision, ".%d", m_precision);
-        }
-        char format[40];
-        std::snprintf(format, sizeof format, "%%%s%s%s%s%c", m_flags, m_width == none ? "" : "*", precision,
-                      length, m_kind);
+        const std::string format = "%" + m_flags + (m_width == none ? "" : "*") +
+                                   (m_precision < 0 ? "" : "." + std::to_string(m_precision)) + length +
+                                   m_kind;
         const auto print = [&](char* to, size_t size)
         {
-            return m_width == none ? std::snprintf(to, size, format, value)
-                                   : std::snprintf(to, size, format, m_width, value);
+            return m_width == none ? std::snprintf(to, size, format.c_str(), value)
+                                   : std::snprintf(to, size, format.c_str(), m_width, value);
         };
-        TextBuffer<char> text;
         const int size = print(nullptr, 0);
-        text.Resize(static_cast<size_t>(std::max(size, 0)));
-        print(text.Data(), text.Length() + 1);
-        out.Reserve(text.Length());
-        for (size_t i = 0; i < text.Length(); ++i)
-        {
-            out.Append(static_cast<WCHAR>(text.Data()[i]));
-        }
+        std::vector<char> text(static_cast<size_t>(size < 0 ? 0 : size) + 1);
+        print(text.data(), text.size());
+        out.append(text.begin(), text.end() - 1);
     }
 
-    char m_flags[8] = {}; ///< the five there are, terminated
+    std::string m_flags;
     int m_width = none;
     int m_precision = none;
     int m_bits = 32;
@@ -300,23 +284,25 @@ private:
     char m_kind = '\0';
 };
 
-/// Appends printf's 16-bit text to `text`: %s takes 16-bit text, %S and %hs narrow text of which only ASCII is kept ('?'
+/// printf into 16-bit text: %s takes 16-bit text, %S and %hs narrow text of which only ASCII is kept ('?'
 /// else).
-inline void FormatText(TextBuffer<WCHAR>& text, const WCHAR* format, va_list args)
+inline std::basic_string<WCHAR> FormatText(const WCHAR* format, va_list args)
 {
+    std::basic_string<WCHAR> text;
     va_list walk;
     va_copy(walk, args);
     for (const WCHAR* at = format; *at != 0;)
     {
         if (*at != '%')
         {
-            text.Append(*at++);
+            text += *at++;
             continue;
         }
         ++at;
         WideConversion(at).Append(text, &walk);
     }
     va_end(walk);
+    return text;
 }
 
-} // namespace zeb::framework
+} // namespace framework

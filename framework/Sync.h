@@ -1,74 +1,31 @@
 // Locks.
 #pragma once
 
-#include "platform/mapi.h"
-
-#ifndef _WIN32
-#include <pthread.h>
-#endif
-
-namespace zeb
-{
+#include <mutex>
 
 /// A recursive critical section: the thread that holds it may take it again, and releases it as often.
-///
-/// It is the system's own object, so that a host may lock what the library hands out.
 class CCriticalSection
 {
 public:
-#ifdef _WIN32
-    CCriticalSection()
-    {
-        InitializeCriticalSection(&m_section);
-    }
-    ~CCriticalSection()
-    {
-        DeleteCriticalSection(&m_section);
-    }
-#else
-    CCriticalSection()
-    {
-        pthread_mutexattr_t recursive;
-        pthread_mutexattr_init(&recursive);
-        pthread_mutexattr_settype(&recursive, PTHREAD_MUTEX_RECURSIVE);
-        pthread_mutex_init(&m_section, &recursive);
-        pthread_mutexattr_destroy(&recursive);
-    }
-    ~CCriticalSection()
-    {
-        pthread_mutex_destroy(&m_section);
-    }
-#endif
+    CCriticalSection() = default;
     CCriticalSection(const CCriticalSection&) = delete;
     CCriticalSection& operator=(const CCriticalSection&) = delete;
 
     /// Waits without time-out. @return true
     bool Lock()
     {
-#ifdef _WIN32
-        EnterCriticalSection(&m_section);
-#else
-        pthread_mutex_lock(&m_section);
-#endif
+        m_mutex.lock();
         return true;
     }
     /// @return true
     bool Unlock()
     {
-#ifdef _WIN32
-        LeaveCriticalSection(&m_section);
-#else
-        pthread_mutex_unlock(&m_section);
-#endif
+        m_mutex.unlock();
         return true;
     }
 
 private:
-#ifdef _WIN32
-    CRITICAL_SECTION m_section;
-#else
-    pthread_mutex_t m_section;
-#endif
+    std::recursive_mutex m_mutex;
 };
 
 /// Holds a critical section for a scope.
@@ -112,10 +69,3 @@ private:
     CCriticalSection* m_section;
     bool m_locked = false;
 };
-
-} // namespace zeb
-
-#ifndef ZEBAPI_NO_FRAMEWORK_NAMES
-using zeb::CCriticalSection;
-using zeb::CSingleLock;
-#endif

@@ -42,9 +42,9 @@ public:
     void Unload();
 
     /// Why the last Load failed, in the system's words; empty after one that worked.
-    zeb::CStringA Reason() const;
+    CStringA Reason() const;
 
 private:
     void* m_module = nullptr;
-    zeb::CStringA m_reason;
+    CStringA m_reason;
 };

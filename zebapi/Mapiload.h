@@ -1,7 +1,6 @@
 // The library object: finding, loading and starting a provider, and logging on.
 #pragma once
 
-#include "framework/Atomic.h"
 #include "framework/CString.h"
 #include "framework/Sync.h"
 #include "platform/export.h"
@@ -10,6 +9,8 @@
 #include "zebapi/AddressBook.h"
 #include "zebapi/Profiles.h"
 #include "zebapi/SESSION.h"
+
+#include <atomic>
 
 namespace zeb
 {
@@ -98,7 +99,7 @@ public:
 
     /// The default profile's name from the registry, without MAPI; empty when there is none.
     /// @throws CZebException* MAPI_E_CALL_FAILED when the registry cannot be read
-    virtual zeb::CStringA GetDefaultProfileName();
+    virtual CStringA GetDefaultProfileName();
 
     virtual bool WasInitialized();
 
@@ -112,26 +113,28 @@ public:
     virtual CZebAddressBook GetWABAddressBook(bool newInstance);
 
     /// The critical section that the start of MAPI takes; for hosts that serialise MAPI calls with it.
-    virtual zeb::CCriticalSection* GetGlobalMAPICriticalSection();
+    virtual CCriticalSection* GetGlobalMAPICriticalSection();
 
 private:
     CZebSession Logon(HWND parent, const void* profileName, ULONG flags);
     /// Whether the allocator and the entry points are not another object's.
     bool MayUnbind() const;
-    void ResolveEntryPoints(const zeb::CStringA& path);
+    void ResolveEntryPoints(const CStringA& path);
     void BindAllocator();
     [[noreturn]] void RefuseLibrary(const char* missing, const char* path);
-    zeb::CComPtr<IWABObject> OpenWAB(zeb::CComPtr<IAddrBook>& addressBook);
+    CComPtr<IWABObject> OpenWAB(CComPtr<IAddrBook>& addressBook);
 
     CDllLoader m_loader;
-    zeb::framework::Atomic<bool> m_wasFailed{false};
-    zeb::framework::Atomic<bool> m_initialized{false};
-    zeb::framework::Atomic<bool> m_wab{false};
+    std::atomic<bool> m_wasFailed{false};
+    std::atomic<bool> m_initialized{false};
+    std::atomic<bool> m_wab{false};
     EnumOfficeBitness m_bitness = OfficeBitnessNone;
-    zeb::CCriticalSection m_globalMAPI;
-    zeb::CCriticalSection m_lock;
+    CCriticalSection m_globalMAPI;
+    CCriticalSection m_lock;
     CZebAddressBook m_wabAddressBook;
 };
+
+static_assert(sizeof(std::atomic<bool>) == sizeof(bool), "the flags are a byte each");
 
 /// The library's one instance.
 ZEBAPI_EXPORT CZebAPI& Zeb_GetMAPI();
@@ -140,4 +143,4 @@ ZEBAPI_EXPORT CZebAPI& Zeb_GetMAPI();
 /// @param bitness how the provider spells its exports; OfficeBitnessNone when there is none
 /// @return the full path or bare file name of the provider to use; empty when there is none
 /// @throws CZebException* MAPI_E_CALL_FAILED when the registry cannot be read
-ZEBAPI_EXPORT zeb::CStringA Zeb_GetMapiDllPath(EnumOfficeBitness& bitness);
+ZEBAPI_EXPORT CStringA Zeb_GetMapiDllPath(EnumOfficeBitness& bitness);

@@ -72,5 +72,5 @@ public:
     }
 
 protected:
-    zeb::CComPtr<IMAPITable> m_table;
+    CComPtr<IMAPITable> m_table;
 };

@@ -1,5 +1,4 @@
 #include "qorth/RegKey.h"
-#include "platform/registry.h"
 
 #include "tests/support/RegistryScope.h"
 

@@ -8,7 +8,6 @@ namespace
 
 thread_local int newsLeft = -1; ///< -1: none fails
 thread_local bool failOnce = false;
-thread_local bool insideNew = false; ///< what `new` itself allocates by is not counted again
 
 } // namespace
 
@@ -26,40 +25,24 @@ FailingNew::~FailingNew()
     newsLeft = -1;
 }
 
-bool AllocationFails()
+} // namespace zeb::test
+
+void* operator new(size_t size)
 {
-    if (insideNew)
-    {
-        return false;
-    }
     if (newsLeft == 0)
     {
         newsLeft = failOnce ? -1 : 0;
-        return true;
+        throw std::bad_alloc();
     }
     if (newsLeft > 0)
     {
         --newsLeft;
     }
-    return false;
-}
-
-} // namespace zeb::test
-
-void* operator new(size_t size)
-{
-    if (zeb::test::AllocationFails())
+    if (void* block = std::malloc(size != 0 ? size : 1))
     {
-        throw std::bad_alloc();
+        return block;
     }
-    insideNew = true;
-    void* const block = std::malloc(size != 0 ? size : 1);
-    insideNew = false;
-    if (block == nullptr)
-    {
-        throw std::bad_alloc();
-    }
-    return block;
+    throw std::bad_alloc();
 }
 
 void operator delete(void* block) noexcept

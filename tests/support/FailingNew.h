@@ -1,12 +1,11 @@
-// Makes allocations fail on purpose.
+// Makes `new` fail on purpose.
 #pragma once
 
 namespace zeb::test
 {
 
-/// While it lives, every allocation of this thread after the next `after` ones throws std::bad_alloc; with `once` only the
-/// first of those. Allocations are `new` and, in a program that links zeb_fail_shared_memory, the memory that strings and
-/// containers share with the library.
+/// While it lives, every `new` of this thread after the next `after` ones throws std::bad_alloc; with `once` only the
+/// first of those.
 class FailingNew
 {
 public:
@@ -15,8 +14,5 @@ public:
     FailingNew(const FailingNew&) = delete;
     FailingNew& operator=(const FailingNew&) = delete;
 };
-
-/// Counts an allocation. @return whether it is to fail
-bool AllocationFails();
 
 } // namespace zeb::test
