@@ -93,10 +93,10 @@ if ! printf '%s\n' "$store" | cmp -s - "$demo/wine/.registered"; then
 fi
 
 step "the inbox, read by zeb.exe under Wine"
-under_wine inbox --utc >"$demo/inbox-wine.txt" || fail "zeb.exe can not read the inbox"
+under_wine inbox --utc >"$demo/inbox-wine.txt" || fail "zeb.exe cannot read the inbox"
 cat "$demo/inbox-wine.txt"
 step "the inbox, read by zeb"
-native inbox --utc >"$demo/inbox-native.txt" || fail "zeb can not read the inbox"
+native inbox --utc >"$demo/inbox-native.txt" || fail "zeb cannot read the inbox"
 cat "$demo/inbox-native.txt"
 
 count() { # FILE

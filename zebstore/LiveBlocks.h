@@ -7,7 +7,7 @@
 namespace zebstore
 {
 
-/// A set of addresses in several parts, each behind a lock of its own, since every allocation and every free goes through it.
+/// A set of addresses in several parts, each with a lock of its own, since every allocation and every free goes through it.
 /// Holds no memory while it is small, and is never destroyed: hosts free blocks until the library goes. Threads: any.
 class LiveBlocks
 {

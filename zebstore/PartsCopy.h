@@ -29,7 +29,7 @@ bool Covers(const CopyRequest& request, ULONG tag);
 class PartsCopy
 {
 public:
-    /// @throws Error when parts are asked for that can not be copied to this target: nothing has been changed then
+    /// @throws Error when parts are asked for that cannot be copied to this target: nothing has been changed then
     explicit PartsCopy(const CopyRequest& request);
 
     /// Copies them; of a folder and with MAPI_MOVE they are moved.

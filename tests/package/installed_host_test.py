@@ -70,7 +70,7 @@ class InstalledHost(unittest.TestCase):
                       " ".join(done.stdout.split()))
 
     def starts(self, program, says="MAPI_E_"):
-        """Runs a host, on Windows beside the installed DLL, and expects that the library answers it.
+        """Runs a host, on Windows next to the installed DLL, and expects that the library answers it.
         Returns what it printed."""
         environment = dict(os.environ, ZEBAPI_REGISTRY=str(self.folder / "empty.reg"))
         if ARGUMENTS.toolchain:

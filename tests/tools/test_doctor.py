@@ -83,7 +83,7 @@ X86, X64 = 0x014C, 0x8664
 
 
 class Machine(World):
-    """A machine whose search ends at the system's stub: beside a copy of zeb."""
+    """A machine whose search ends at the system's stub, next to a copy of zeb."""
 
     registered = False
 

@@ -175,7 +175,7 @@ int Run(bool json)
         FlushOutput();
         Complain("zeb", "'" + Utf8FromNarrow(report.path) +
                             "' is the system's stub, and no mail client with 64-bit MAPI is registered "
-                            "behind it, so that "
+                            "for it, so that "
                             "logging on fails; install 64-bit Outlook, or let 'zeb provider install' "
                             "register the provider "
                             "that comes with zeb");

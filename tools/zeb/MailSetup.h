@@ -20,11 +20,11 @@ struct SetupFinding
 struct MailSetup
 {
     std::vector<SetupFinding> findings;
-    /// The provider that the search chose is the system's stub, and no client with MAPI is behind it: logging on fails.
+    /// The provider that the search chose is the system's stub, and it has no client with MAPI: logging on fails.
     bool stubWithoutClient = false;
 };
 
-/// Looks at the registry and at the files that it names; loads only what may be a provider behind the system's stub, and
+/// Looks at the registry and at the files that it names; loads only what may be a provider for the system's stub, and
 /// the stub itself. @throws RegistryError
 MailSetup LookAtMailSetup(const ProviderReport& report);
 
