@@ -70,6 +70,8 @@ check layering python3 scripts/check-layering.py
 check layering-self-test python3 scripts/check-layering.py --self-test
 check format scripts/check-format.sh
 check readme python3 scripts/check-readme.py
+check boundary scripts/check-boundary
+check boundary-self-test scripts/check-boundary --self-test
 
 say "Linux, address and undefined-behaviour sanitizers"
 only=.
@@ -82,6 +84,7 @@ if [ $quick = no ]; then
 
     say "Windows under Wine"
     build windows-release all && tests build/windows-release
+    check boundary-windows scripts/check-boundary build/windows-release
     WINEPREFIX=$PWD/build/wine WINEDEBUG=-all wineserver --kill >/dev/null 2>&1
 
     say "fuzzing"

@@ -4,6 +4,9 @@
 #include "framework/Object.h"
 #include "platform/mapi.h"
 
+namespace zeb
+{
+
 /// Base of the one application object of a binary.
 class CWinApp : public CObject
 {
@@ -48,3 +51,10 @@ private:
     App m_app;
     bool m_started;
 };
+
+} // namespace zeb
+
+#ifndef ZEBAPI_NO_FRAMEWORK_NAMES
+using zeb::CWinApp;
+using zeb::CWinAppInstance;
+#endif

@@ -2,20 +2,28 @@
 #pragma once
 
 #include "framework/Format.h"
+#include "framework/TextBuffer.h"
 #include "platform/mapi.h"
 
 #include <algorithm>
 #include <cstdarg>
+#include <cstdint>
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
+
+namespace zeb
+{
 
 /// A string that converts to its terminated character pointer. A null pointer given as text means the empty
 /// text.
 ///
-/// Positions and lengths are in characters. Through an argument list (Format) pass the pointer, not the
-/// string: `static_cast<const char*>(text)`.
+/// Positions and lengths are in characters. Text may contain zeros. Through an argument list (Format) pass the pointer,
+/// not the string: `static_cast<const char*>(text)`. Layout and memory are the library's own and shared by host and
+/// library (framework::TextBuffer). More than 2^31 - 2 characters throw std::length_error, no memory std::bad_alloc.
 template <class CHAR_TYPE>
 class CStringT
 {
@@ -24,57 +32,55 @@ public:
 
     CStringT() = default;
     CStringT(const XCHAR* text)
-        : m_text(OrEmpty(text))
+        : m_text(OrEmpty(text), LengthOf(text))
     {
     }
     CStringT(const XCHAR* text, int length)
-        : m_text(OrEmpty(text), text == nullptr || length < 0 ? 0 : static_cast<size_t>(length))
+        : m_text(OrEmpty(text), text == nullptr ? 0 : Start(length))
     {
     }
-    CStringT(XCHAR character, int count)
-        : m_text(count < 0 ? 0 : static_cast<size_t>(count), character)
-    {
-    }
-    explicit CStringT(std::basic_string<XCHAR> text)
-        : m_text(std::move(text))
+    CStringT(XCHAR character, int count) { m_text.Append(Start(count), character); }
+    /// From a string of another library: what has data() and size(), std::string for one.
+    template <class Text,
+              class = std::enable_if_t<
+                  std::is_convertible_v<decltype(std::declval<const Text&>().data()), const XCHAR*> &&
+                  std::is_convertible_v<decltype(std::declval<const Text&>().size()), size_t>>>
+    explicit CStringT(const Text& text)
+        : m_text(text.data(), text.size())
     {
     }
 
     CStringT& operator=(const XCHAR* text)
     {
-        // Through a copy: `text` may point into this string.
-        m_text = std::basic_string<XCHAR>(OrEmpty(text));
+        m_text.Assign(OrEmpty(text), LengthOf(text));
         return *this;
     }
 
-    int GetLength() const { return static_cast<int>(m_text.size()); }
-    bool IsEmpty() const { return m_text.empty(); }
-    void Empty() { m_text.clear(); }
+    int GetLength() const { return static_cast<int>(m_text.Length()); }
+    bool IsEmpty() const { return m_text.Length() == 0; }
+    void Empty() { m_text.Resize(0); }
 
-    operator const XCHAR*() const { return m_text.c_str(); }
-    const XCHAR* GetString() const { return m_text.c_str(); }
-    XCHAR GetAt(int index) const { return m_text.at(static_cast<size_t>(index)); }
-    void SetAt(int index, XCHAR character) { m_text.at(static_cast<size_t>(index)) = character; }
+    operator const XCHAR*() const { return m_text.Data(); }
+    const XCHAR* GetString() const { return m_text.Data(); }
+    /// @throws std::out_of_range for a position at or past the length
+    XCHAR GetAt(int index) const { return m_text.Data()[Checked(index)]; }
+    /// @throws std::out_of_range for a position at or past the length
+    void SetAt(int index, XCHAR character) { m_text.Data()[Checked(index)] = character; }
     XCHAR operator[](int index) const { return GetAt(index); }
 
     /// A buffer of `length` characters and a terminator that may be written; until ReleaseBuffer nothing else
-    /// may be done with the string. What the string held stands at its start.
+    /// may be done with the string. It begins with what the string held.
     XCHAR* GetBuffer(int length)
     {
-        const size_t wanted = length < 0 ? 0 : static_cast<size_t>(length);
-        if (m_text.size() < wanted)
-        {
-            m_text.resize(wanted);
-        }
-        return m_text.data();
+        m_text.Resize(std::max(Start(length), m_text.Length()));
+        return m_text.Data();
     }
     XCHAR* GetBuffer() { return GetBuffer(0); }
     /// Ends GetBuffer: the text is the buffer's first `length` characters, or reaches to its terminator when
     /// -1.
     void ReleaseBuffer(int length = -1)
     {
-        m_text.resize(length < 0 ? std::char_traits<XCHAR>::length(m_text.c_str())
-                                 : static_cast<size_t>(length));
+        m_text.Resize(length < 0 ? LengthOf(m_text.Data()) : static_cast<size_t>(length));
     }
 
     /// Replaces the text: printf, with Windows' %I64 as well. The arguments may be of this string.
@@ -85,17 +91,24 @@ public:
         FormatV(format, args);
         va_end(args);
     }
-    void FormatV(const XCHAR* format, va_list args) { m_text = framework::FormatText(format, args); }
+    void FormatV(const XCHAR* format, va_list args)
+    {
+        framework::TextBuffer<XCHAR> text;
+        framework::FormatText(text, format, args);
+        m_text = std::move(text);
+    }
     void AppendFormat(const XCHAR* format, ...)
     {
+        framework::TextBuffer<XCHAR> text;
         va_list args;
         va_start(args, format);
-        m_text += framework::FormatText(format, args);
+        framework::FormatText(text, format, args);
         va_end(args);
+        m_text.Append(text.Data(), text.Length());
     }
 
     /// Negative, 0 or positive, by character code.
-    int Compare(const XCHAR* other) const { return m_text.compare(OrEmpty(other)); }
+    int Compare(const XCHAR* other) const { return Order(*this, other, LengthOf(other)); }
     /// As Compare, with the ASCII letters taken as equal to their other case.
     int CompareNoCase(const XCHAR* other) const
     {
@@ -104,25 +117,35 @@ public:
         return left.MakeLower().Compare(right.MakeLower());
     }
 
-    /// @return the position of the first occurrence at or behind `start`, or -1.
-    int Find(XCHAR character, int start = 0) const { return Position(m_text.find(character, Start(start))); }
+    /// @return the position of the first occurrence at or after `start`, or -1.
+    int Find(XCHAR character, int start = 0) const
+    {
+        return Position(
+            std::basic_string_view<XCHAR>(m_text.Data(), m_text.Length()).find(character, Start(start)));
+    }
     int Find(const XCHAR* text, int start = 0) const
     {
-        return Position(m_text.find(OrEmpty(text), Start(start)));
+        return Position(
+            std::basic_string_view<XCHAR>(m_text.Data(), m_text.Length()).find(OrEmpty(text), Start(start)));
     }
-    int ReverseFind(XCHAR character) const { return Position(m_text.rfind(character)); }
+    int ReverseFind(XCHAR character) const
+    {
+        return Position(std::basic_string_view<XCHAR>(m_text.Data(), m_text.Length()).rfind(character));
+    }
 
     /// Parts of the text; what lies outside it is left out.
     CStringT Mid(int first, int count) const
     {
-        const size_t from = std::min(Start(first), m_text.size());
-        return CStringT(m_text.substr(from, count < 0 ? 0 : static_cast<size_t>(count)));
+        const size_t from = std::min(Start(first), m_text.Length());
+        CStringT part;
+        part.m_text.Assign(m_text.Data() + from, std::min(Start(count), m_text.Length() - from));
+        return part;
     }
     CStringT Mid(int first) const { return Mid(first, GetLength()); }
     CStringT Left(int count) const { return Mid(0, count); }
     CStringT Right(int count) const
     {
-        return count >= GetLength() ? *this : Mid(GetLength() - Start0(count));
+        return count >= GetLength() ? *this : Mid(GetLength() - std::max(count, 0));
     }
 
     /// ASCII letters only.
@@ -133,11 +156,11 @@ public:
     int Replace(XCHAR from, XCHAR to)
     {
         int count = 0;
-        for (XCHAR& character : m_text)
+        for (size_t i = 0; i < m_text.Length(); ++i)
         {
-            if (character == from)
+            if (m_text.Data()[i] == from)
             {
-                character = to;
+                m_text.Data()[i] = to;
                 ++count;
             }
         }
@@ -146,39 +169,58 @@ public:
 
     CStringT& Append(const XCHAR* text, int length)
     {
-        m_text.append(text, length < 0 ? 0 : static_cast<size_t>(length));
+        m_text.Append(text, Start(length));
         return *this;
     }
     CStringT& operator+=(const CStringT& text)
     {
-        m_text += text.m_text;
+        m_text.Append(text.m_text.Data(), text.m_text.Length());
         return *this;
     }
     CStringT& operator+=(const XCHAR* text)
     {
-        m_text += OrEmpty(text);
+        m_text.Append(OrEmpty(text), LengthOf(text));
         return *this;
     }
     CStringT& operator+=(XCHAR character)
     {
-        m_text += character;
+        m_text.Append(character);
         return *this;
     }
 
-    friend CStringT operator+(const CStringT& a, const CStringT& b) { return CStringT(a.m_text + b.m_text); }
-    friend CStringT operator+(const CStringT& a, const XCHAR* b) { return CStringT(a.m_text + OrEmpty(b)); }
-    friend CStringT operator+(const XCHAR* a, const CStringT& b) { return CStringT(OrEmpty(a) + b.m_text); }
-    friend CStringT operator+(const CStringT& a, XCHAR b) { return CStringT(a.m_text + b); }
+    friend CStringT operator+(const CStringT& a, const CStringT& b)
+    {
+        return Join(a.GetString(), a.m_text.Length(), b.GetString(), b.m_text.Length());
+    }
+    friend CStringT operator+(const CStringT& a, const XCHAR* b)
+    {
+        return Join(a.GetString(), a.m_text.Length(), OrEmpty(b), LengthOf(b));
+    }
+    friend CStringT operator+(const XCHAR* a, const CStringT& b)
+    {
+        return Join(OrEmpty(a), LengthOf(a), b.GetString(), b.m_text.Length());
+    }
+    friend CStringT operator+(const CStringT& a, XCHAR b)
+    {
+        return Join(a.GetString(), a.m_text.Length(), &b, 1);
+    }
 
-    friend bool operator==(const CStringT& a, const CStringT& b) { return a.m_text == b.m_text; }
-    friend bool operator==(const CStringT& a, const XCHAR* b) { return a.m_text == OrEmpty(b); }
+    friend bool operator==(const CStringT& a, const CStringT& b)
+    {
+        return a.m_text.Length() == b.m_text.Length() &&
+               std::char_traits<XCHAR>::compare(a.GetString(), b.GetString(), a.m_text.Length()) == 0;
+    }
+    friend bool operator==(const CStringT& a, const XCHAR* b) { return a.Compare(b) == 0; }
     friend bool operator==(const XCHAR* a, const CStringT& b) { return b == a; }
     friend bool operator!=(const CStringT& a, const CStringT& b) { return !(a == b); }
     friend bool operator!=(const CStringT& a, const XCHAR* b) { return !(a == b); }
     friend bool operator!=(const XCHAR* a, const CStringT& b) { return !(b == a); }
-    friend bool operator<(const CStringT& a, const CStringT& b) { return a.m_text < b.m_text; }
-    friend bool operator<(const CStringT& a, const XCHAR* b) { return a.m_text < OrEmpty(b); }
-    friend bool operator<(const XCHAR* a, const CStringT& b) { return OrEmpty(a) < b.m_text; }
+    friend bool operator<(const CStringT& a, const CStringT& b)
+    {
+        return Order(a, b.GetString(), b.m_text.Length()) < 0;
+    }
+    friend bool operator<(const CStringT& a, const XCHAR* b) { return a.Compare(b) < 0; }
+    friend bool operator<(const XCHAR* a, const CStringT& b) { return b.Compare(a) > 0; }
 
 private:
     static const XCHAR* OrEmpty(const XCHAR* text)
@@ -186,17 +228,44 @@ private:
         static const XCHAR empty[1] = {0};
         return text == nullptr ? empty : text;
     }
-    static size_t Start(int position) { return position < 0 ? 0 : static_cast<size_t>(position); }
-    static int Start0(int count) { return count < 0 ? 0 : count; }
-    static int Position(size_t position)
+    static size_t LengthOf(const XCHAR* text)
     {
-        return position == std::basic_string<XCHAR>::npos ? -1 : static_cast<int>(position);
+        return text == nullptr ? 0 : std::char_traits<XCHAR>::length(text);
+    }
+    static size_t Start(int position) { return position < 0 ? 0 : static_cast<size_t>(position); }
+    static int Position(size_t position) { return position == size_t(-1) ? -1 : static_cast<int>(position); }
+
+    size_t Checked(int index) const
+    {
+        if (index < 0 || static_cast<size_t>(index) >= m_text.Length())
+        {
+            throw std::out_of_range("CStringT: position outside the text");
+        }
+        return static_cast<size_t>(index);
+    }
+
+    static int Order(const CStringT& left, const XCHAR* right, size_t rightLength)
+    {
+        const size_t leftLength = left.m_text.Length();
+        const int order = std::char_traits<XCHAR>::compare(left.GetString(), OrEmpty(right),
+                                                           std::min(leftLength, rightLength));
+        return order != 0 ? order : (leftLength > rightLength) - (leftLength < rightLength);
+    }
+
+    static CStringT Join(const XCHAR* left, size_t leftLength, const XCHAR* right, size_t rightLength)
+    {
+        CStringT joined;
+        joined.m_text.Reserve(leftLength + rightLength);
+        joined.m_text.Append(left, leftLength);
+        joined.m_text.Append(right, rightLength);
+        return joined;
     }
 
     CStringT& ShiftCase(char first, char last, char toFirst)
     {
-        for (XCHAR& character : m_text)
+        for (size_t i = 0; i < m_text.Length(); ++i)
         {
+            XCHAR& character = m_text.Data()[i];
             if (character >= XCHAR(first) && character <= XCHAR(last))
             {
                 character = static_cast<XCHAR>(character - first + toFirst);
@@ -205,19 +274,34 @@ private:
         return *this;
     }
 
-    std::basic_string<XCHAR> m_text;
+    framework::TextBuffer<XCHAR> m_text;
 };
 
 using CStringA = CStringT<char>;
 using CStringW = CStringT<WCHAR>;
 using CString = CStringA;
 
+} // namespace zeb
+
+/// The same in every binary (FNV-1a over the characters): host and library look into the same maps.
 template <class CHAR_TYPE>
-struct std::hash<CStringT<CHAR_TYPE>>
+struct std::hash<zeb::CStringT<CHAR_TYPE>>
 {
-    size_t operator()(const CStringT<CHAR_TYPE>& text) const noexcept
+    size_t operator()(const zeb::CStringT<CHAR_TYPE>& text) const noexcept
     {
-        using View = std::basic_string_view<CHAR_TYPE>;
-        return std::hash<View>()(View(text.GetString(), static_cast<size_t>(text.GetLength())));
+        std::uint64_t sum = 0xCBF29CE484222325u;
+        const CHAR_TYPE* const characters = text.GetString();
+        for (int i = 0; i < text.GetLength(); ++i)
+        {
+            sum = (sum ^ static_cast<std::make_unsigned_t<CHAR_TYPE>>(characters[i])) * 0x100000001B3u;
+        }
+        return static_cast<size_t>(sum ^ (sum >> 32));
     }
 };
+
+#ifndef ZEBAPI_NO_FRAMEWORK_NAMES
+using zeb::CString;
+using zeb::CStringA;
+using zeb::CStringT;
+using zeb::CStringW;
+#endif

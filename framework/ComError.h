@@ -28,8 +28,17 @@ private:
 
 #endif
 
+namespace zeb
+{
+
 /// @throws _com_error with `result`
 [[noreturn]] inline void RaiseComError(HRESULT result)
 {
     throw _com_error(result);
 }
+
+} // namespace zeb
+
+#ifndef ZEBAPI_NO_FRAMEWORK_NAMES
+using zeb::RaiseComError;
+#endif

@@ -6,6 +6,9 @@
 #include <type_traits>
 #include <utility>
 
+namespace zeb
+{
+
 /// Holds one counted reference on `T`, or nothing.
 ///
 /// Using an empty one (->, *, Checked, QueryInterface) raises _com_error with E_POINTER. There is no implicit
@@ -143,3 +146,9 @@ public:
 private:
     T* m_pointer = nullptr;
 };
+
+} // namespace zeb
+
+#ifndef ZEBAPI_NO_FRAMEWORK_NAMES
+using zeb::CComPtr;
+#endif

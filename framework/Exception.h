@@ -6,6 +6,9 @@
 
 #include <cstdio>
 
+namespace zeb
+{
+
 /// An exception made on the heap and thrown by pointer; whoever catches it calls Delete().
 ///
 /// Slots after CObject's five: GetErrorMessage, ReportError, Dispose.
@@ -71,3 +74,9 @@ protected:
 private:
     bool m_autoDelete;
 };
+
+} // namespace zeb
+
+#ifndef ZEBAPI_NO_FRAMEWORK_NAMES
+using zeb::CException;
+#endif

@@ -1,6 +1,7 @@
 // printf-style text, the same on both targets.
 #pragma once
 
+#include "framework/TextBuffer.h"
 #include "platform/mapi.h"
 
 #include <algorithm>
@@ -8,82 +9,76 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <cwchar>
-#include <string>
-#include <vector>
+#include <cstring>
 
-namespace framework
+namespace zeb::framework
 {
 
-/// `format` with Windows' length modifiers I64 and I32 spelt as C spells them ("%I64d" as "%lld", "%I32u" as
+/// Appends `format` with Windows' length modifiers I64 and I32 spelt as C spells them ("%I64d" as "%lld", "%I32u" as
 /// "%u").
-inline std::string PortableFormat(const char* format)
+inline void AppendPortableFormat(TextBuffer<char>& result, const char* format)
 {
-    std::string result;
     for (const char* at = format; *at != '\0'; ++at)
     {
-        result += *at;
+        result.Append(*at);
         if (*at != '%')
         {
             continue;
         }
         if (at[1] == '%')
         {
-            result += *++at;
+            result.Append(*++at);
             continue;
         }
-        while (at[1] != '\0' && std::char_traits<char>::find("+- #0123456789.*", 16, at[1]) != nullptr)
+        while (at[1] != '\0' && std::strchr("+- #0123456789.*", at[1]) != nullptr)
         {
-            result += *++at;
+            result.Append(*++at);
         }
         if (at[1] == 'I' && ((at[2] == '6' && at[3] == '4') || (at[2] == '3' && at[3] == '2')))
         {
-            result += at[2] == '6' ? "ll" : "";
+            result.Append("ll", at[2] == '6' ? 2 : 0);
             at += 3;
         }
     }
-    return result;
 }
 
-/// vsprintf into a string. A format or an argument that the C library refuses gives an empty text.
-inline std::string FormatText(const char* format, va_list args)
+/// vsprintf into `text`, which is empty. A format or an argument that the C library refuses gives an empty text.
+inline void FormatText(TextBuffer<char>& text, const char* format, va_list args)
 {
-    std::string portable;
-    if (std::char_traits<char>::find(format, std::char_traits<char>::length(format), 'I') != nullptr)
+    TextBuffer<char> portable;
+    if (std::strchr(format, 'I') != nullptr)
     {
-        portable = PortableFormat(format);
-        format = portable.c_str();
+        AppendPortableFormat(portable, format);
+        format = portable.Data();
     }
     char buffer[256];
     va_list again;
     va_copy(again, args);
     const int length = std::vsnprintf(buffer, sizeof buffer, format, args);
-    std::string text;
     if (length >= 0 && static_cast<size_t>(length) < sizeof buffer)
     {
-        text.assign(buffer, static_cast<size_t>(length));
+        text.Assign(buffer, static_cast<size_t>(length));
     }
     else if (length >= 0)
     {
-        text.resize(static_cast<size_t>(length));
-        std::vsnprintf(text.data(), text.size() + 1, format, again);
+        text.Resize(static_cast<size_t>(length));
+        std::vsnprintf(text.Data(), text.Length() + 1, format, again);
     }
     va_end(again);
-    return text;
 }
 
 /// One conversion of a 16-bit format: "%-8.3I64d" and its like.
 class WideConversion
 {
 public:
-    using Wide = std::basic_string<WCHAR>;
+    using Wide = TextBuffer<WCHAR>;
 
-    /// REQUIRES: `at` stands behind the '%'. Moves it behind the conversion.
+    /// REQUIRES: `at` is the place after the '%'. Moves it past the conversion.
     explicit WideConversion(const WCHAR*& at)
     {
-        while (IsOneOf(*at, "+- #0"))
+        for (; IsOneOf(*at, "+- #0"); ++at)
         {
-            m_flags += static_cast<char>(*at++);
+            AddFlag(static_cast<char>(*at));
         }
         m_width = Number(at);
         if (*at == '.')
@@ -109,10 +104,10 @@ public:
         switch (m_kind)
         {
         case '%':
-            out += WCHAR('%');
+            out.Append(WCHAR('%'));
             break;
         case 'c':
-            AppendPadded(out, Wide(1, static_cast<WCHAR>(va_arg(*args, int))));
+            AppendCharacter(out, static_cast<WCHAR>(va_arg(*args, int)));
             break;
         case 's':
         case 'S':
@@ -155,6 +150,15 @@ private:
             ++set;
         }
         return *set != '\0';
+    }
+
+    /// Keeps each flag once, so that there is room for all.
+    void AddFlag(char flag)
+    {
+        if (std::strchr(m_flags, flag) == nullptr)
+        {
+            m_flags[std::strlen(m_flags)] = flag;
+        }
     }
 
     static int Number(const WCHAR*& at)
@@ -207,6 +211,8 @@ private:
         }
     }
 
+    void AppendCharacter(Wide& out, WCHAR character) { AppendPadded(out, Wide(&character, 1)); }
+
     void AppendString(Wide& out, va_list* args)
     {
         const size_t limit = m_precision < 0 ? size_t(-1) : size_t(m_precision);
@@ -214,17 +220,17 @@ private:
         if ((m_kind == 'S' || m_narrow) && !m_wide)
         {
             const char* from = va_arg(*args, const char*);
-            for (from = from == nullptr ? "(null)" : from; *from != '\0' && text.size() < limit; ++from)
+            for (from = from == nullptr ? "(null)" : from; *from != '\0' && text.Length() < limit; ++from)
             {
-                text += static_cast<WCHAR>(static_cast<unsigned char>(*from) < 128 ? *from : '?');
+                text.Append(static_cast<WCHAR>(static_cast<unsigned char>(*from) < 128 ? *from : '?'));
             }
         }
         else
         {
             const WCHAR* from = va_arg(*args, const WCHAR*);
-            for (from = from == nullptr ? ZEBW("(null)") : from; *from != 0 && text.size() < limit; ++from)
+            for (from = from == nullptr ? ZEBW("(null)") : from; *from != 0 && text.Length() < limit; ++from)
             {
-                text += *from;
+                text.Append(*from);
             }
         }
         AppendPadded(out, text);
@@ -232,12 +238,12 @@ private:
 
     void AppendPadded(Wide& out, const Wide& text)
     {
-        const bool left = m_width < -1 || m_flags.find('-') != std::string::npos;
+        const bool left = m_width < -1 || std::strchr(m_flags, '-') != nullptr;
         const size_t width = m_width < -1 ? size_t(-m_width) : m_width < 0 ? 0 : size_t(m_width);
-        const size_t padding = text.size() < width ? width - text.size() : 0;
-        out.append(left ? 0 : padding, WCHAR(' '));
-        out += text;
-        out.append(left ? padding : 0, WCHAR(' '));
+        const size_t padding = text.Length() < width ? width - text.Length() : 0;
+        out.Append(left ? 0 : padding, WCHAR(' '));
+        out.Append(text.Data(), text.Length());
+        out.Append(left ? padding : 0, WCHAR(' '));
     }
 
     void AppendInteger(Wide& out, va_list* args)
@@ -261,21 +267,31 @@ private:
     template <class T>
     void AppendNarrow(Wide& out, const char* length, T value)
     {
-        const std::string format = "%" + m_flags + (m_width == none ? "" : "*") +
-                                   (m_precision < 0 ? "" : "." + std::to_string(m_precision)) + length +
-                                   m_kind;
+        char precision[16] = "";
+        if (m_precision >= 0)
+        {
+            std::snprintf(precision, sizeof precision, ".%d", m_precision);
+        }
+        char format[40];
+        std::snprintf(format, sizeof format, "%%%s%s%s%s%c", m_flags, m_width == none ? "" : "*", precision,
+                      length, m_kind);
         const auto print = [&](char* to, size_t size)
         {
-            return m_width == none ? std::snprintf(to, size, format.c_str(), value)
-                                   : std::snprintf(to, size, format.c_str(), m_width, value);
+            return m_width == none ? std::snprintf(to, size, format, value)
+                                   : std::snprintf(to, size, format, m_width, value);
         };
+        TextBuffer<char> text;
         const int size = print(nullptr, 0);
-        std::vector<char> text(static_cast<size_t>(size < 0 ? 0 : size) + 1);
-        print(text.data(), text.size());
-        out.append(text.begin(), text.end() - 1);
+        text.Resize(static_cast<size_t>(std::max(size, 0)));
+        print(text.Data(), text.Length() + 1);
+        out.Reserve(text.Length());
+        for (size_t i = 0; i < text.Length(); ++i)
+        {
+            out.Append(static_cast<WCHAR>(text.Data()[i]));
+        }
     }
 
-    std::string m_flags;
+    char m_flags[8] = {}; ///< the five there are, terminated
     int m_width = none;
     int m_precision = none;
     int m_bits = 32;
@@ -284,25 +300,23 @@ private:
     char m_kind = '\0';
 };
 
-/// printf into 16-bit text: %s takes 16-bit text, %S and %hs narrow text of which only ASCII is kept ('?'
+/// Appends printf's 16-bit text to `text`: %s takes 16-bit text, %S and %hs narrow text of which only ASCII is kept ('?'
 /// else).
-inline std::basic_string<WCHAR> FormatText(const WCHAR* format, va_list args)
+inline void FormatText(TextBuffer<WCHAR>& text, const WCHAR* format, va_list args)
 {
-    std::basic_string<WCHAR> text;
     va_list walk;
     va_copy(walk, args);
     for (const WCHAR* at = format; *at != 0;)
     {
         if (*at != '%')
         {
-            text += *at++;
+            text.Append(*at++);
             continue;
         }
         ++at;
         WideConversion(at).Append(text, &walk);
     }
     va_end(walk);
-    return text;
 }
 
-} // namespace framework
+} // namespace zeb::framework

@@ -2,7 +2,10 @@
 #pragma once
 
 #include <cstring>
-#include <ostream>
+#include <type_traits>
+
+namespace zeb
+{
 
 class CArchive; // nothing is serialised: the name only keeps Serialize's place
 
@@ -39,26 +42,53 @@ struct CRuntimeClass
 
 /// In a class's body: gives it a run-time class record. The members are of the class, so that an exported
 /// class exports them.
-#define DECLARE_DYNAMIC(class_name)                                                                          \
+#define ZEB_DECLARE_DYNAMIC(class_name)                                                                      \
 public:                                                                                                      \
-    static CRuntimeClass class##class_name;                                                                  \
-    static CRuntimeClass* GetThisClass();                                                                    \
-    CRuntimeClass* GetRuntimeClass() const override;
+    static ::zeb::CRuntimeClass class##class_name;                                                           \
+    static ::zeb::CRuntimeClass* GetThisClass();                                                             \
+    ::zeb::CRuntimeClass* GetRuntimeClass() const override;
 
-/// In one source file: defines what DECLARE_DYNAMIC declared.
-#define IMPLEMENT_DYNAMIC(class_name, base_class_name)                                                       \
-    CRuntimeClass class_name::class##class_name = {#class_name, static_cast<int>(sizeof(class_name)),        \
-                                                   &base_class_name::GetThisClass};                          \
-    CRuntimeClass* class_name::GetThisClass()                                                                \
+/// In one source file: defines what ZEB_DECLARE_DYNAMIC declared.
+#define ZEB_IMPLEMENT_DYNAMIC(class_name, base_class_name)                                                   \
+    ::zeb::CRuntimeClass class_name::class##class_name = {#class_name, static_cast<int>(sizeof(class_name)), \
+                                                          &base_class_name::GetThisClass};                   \
+    ::zeb::CRuntimeClass* class_name::GetThisClass()                                                         \
     {                                                                                                        \
         return &class_name::class##class_name;                                                               \
     }                                                                                                        \
-    CRuntimeClass* class_name::GetRuntimeClass() const                                                       \
+    ::zeb::CRuntimeClass* class_name::GetRuntimeClass() const                                                \
     {                                                                                                        \
         return &class_name::class##class_name;                                                               \
     }
 
-#define RUNTIME_CLASS(class_name) (class_name::GetThisClass())
+#define ZEB_RUNTIME_CLASS(class_name) (class_name::GetThisClass())
+
+/// Where Dump writes: any stream that takes text by <<, std::ostream for one. Borrows the stream.
+class CDumpContext
+{
+public:
+    template <class Stream, class = std::enable_if_t<!std::is_const_v<Stream>>>
+    CDumpContext(Stream& stream)
+        : m_stream(&stream)
+        , m_write([](void* to, const char* text) { *static_cast<Stream*>(to) << text; })
+    {
+    }
+    CDumpContext(const CDumpContext&) = default;
+    CDumpContext(CDumpContext& other)
+        : CDumpContext(static_cast<const CDumpContext&>(other))
+    {
+    }
+
+    const CDumpContext& operator<<(const char* text) const
+    {
+        m_write(m_stream, text);
+        return *this;
+    }
+
+private:
+    void* m_stream;
+    void (*m_write)(void* stream, const char* text);
+};
 
 /// The root of the dynamic classes. Not copyable.
 class CObject
@@ -78,7 +108,7 @@ public:
     /// Nothing to check in the root.
     virtual void AssertValid() const {}
     /// Writes the class's name; derived classes add what they hold.
-    virtual void Dump(std::ostream& out) const { out << GetRuntimeClass()->m_lpszClassName; }
+    virtual void Dump(const CDumpContext& out) const { out << GetRuntimeClass()->m_lpszClassName; }
 
     bool IsKindOf(const CRuntimeClass* wanted) const { return GetRuntimeClass()->IsDerivedFrom(wanted); }
 
@@ -88,3 +118,15 @@ public:
 protected:
     CObject() = default;
 };
+
+} // namespace zeb
+
+#ifndef ZEBAPI_NO_FRAMEWORK_NAMES
+using zeb::CArchive;
+using zeb::CDumpContext;
+using zeb::CObject;
+using zeb::CRuntimeClass;
+#define DECLARE_DYNAMIC(class_name) ZEB_DECLARE_DYNAMIC(class_name)
+#define IMPLEMENT_DYNAMIC(class_name, base_class_name) ZEB_IMPLEMENT_DYNAMIC(class_name, base_class_name)
+#define RUNTIME_CLASS(class_name) ZEB_RUNTIME_CLASS(class_name)
+#endif

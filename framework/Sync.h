@@ -1,31 +1,74 @@
 // Locks.
 #pragma once
 
-#include <mutex>
+#include "platform/mapi.h"
+
+#ifndef _WIN32
+#include <pthread.h>
+#endif
+
+namespace zeb
+{
 
 /// A recursive critical section: the thread that holds it may take it again, and releases it as often.
+///
+/// It is the system's own object, so that a host may lock what the library hands out.
 class CCriticalSection
 {
 public:
-    CCriticalSection() = default;
+#ifdef _WIN32
+    CCriticalSection()
+    {
+        InitializeCriticalSection(&m_section);
+    }
+    ~CCriticalSection()
+    {
+        DeleteCriticalSection(&m_section);
+    }
+#else
+    CCriticalSection()
+    {
+        pthread_mutexattr_t recursive;
+        pthread_mutexattr_init(&recursive);
+        pthread_mutexattr_settype(&recursive, PTHREAD_MUTEX_RECURSIVE);
+        pthread_mutex_init(&m_section, &recursive);
+        pthread_mutexattr_destroy(&recursive);
+    }
+    ~CCriticalSection()
+    {
+        pthread_mutex_destroy(&m_section);
+    }
+#endif
     CCriticalSection(const CCriticalSection&) = delete;
     CCriticalSection& operator=(const CCriticalSection&) = delete;
 
     /// Waits without time-out. @return true
     bool Lock()
     {
-        m_mutex.lock();
+#ifdef _WIN32
+        EnterCriticalSection(&m_section);
+#else
+        pthread_mutex_lock(&m_section);
+#endif
         return true;
     }
     /// @return true
     bool Unlock()
     {
-        m_mutex.unlock();
+#ifdef _WIN32
+        LeaveCriticalSection(&m_section);
+#else
+        pthread_mutex_unlock(&m_section);
+#endif
         return true;
     }
 
 private:
-    std::recursive_mutex m_mutex;
+#ifdef _WIN32
+    CRITICAL_SECTION m_section;
+#else
+    pthread_mutex_t m_section;
+#endif
 };
 
 /// Holds a critical section for a scope.
@@ -69,3 +112,10 @@ private:
     CCriticalSection* m_section;
     bool m_locked = false;
 };
+
+} // namespace zeb
+
+#ifndef ZEBAPI_NO_FRAMEWORK_NAMES
+using zeb::CCriticalSection;
+using zeb::CSingleLock;
+#endif

@@ -42,9 +42,9 @@ public:
     void Unload();
 
     /// Why the last Load failed, in the system's words; empty after one that worked.
-    CStringA Reason() const;
+    zeb::CStringA Reason() const;
 
 private:
     void* m_module = nullptr;
-    CStringA m_reason;
+    zeb::CStringA m_reason;
 };

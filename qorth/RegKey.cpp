@@ -1,6 +1,10 @@
 #include "qorth/RegKey.h"
 
 #include "platform/narrow.h"
+#include "platform/registry.h"
+
+#include <optional>
+#include <utility>
 
 using zeb::platform::NarrowFromUtf8;
 using zeb::platform::RegistryKey;
@@ -31,13 +35,33 @@ std::optional<RegistryKey> Open(HKEY root, const char* path)
 } // namespace
 
 CQorRegKey::CQorRegKey(HKEY root, const char* path, int, int)
-    : m_key(Open(root, path))
+    : m_key(nullptr)
 {
+    if (std::optional<RegistryKey> key = Open(root, path))
+    {
+        m_key = new RegistryKey(std::move(*key));
+    }
+}
+
+CQorRegKey::~CQorRegKey()
+{
+    delete m_key;
+}
+
+CQorRegKey::CQorRegKey(CQorRegKey&& other) noexcept
+    : m_key(std::exchange(other.m_key, nullptr))
+{
+}
+
+CQorRegKey& CQorRegKey::operator=(CQorRegKey&& other) noexcept
+{
+    std::swap(m_key, other.m_key);
+    return *this;
 }
 
 bool CQorRegKey::IsOpen() const
 {
-    return m_key.has_value();
+    return m_key != nullptr;
 }
 
 CStringA CQorRegKey::StringValue(const char* name) const
@@ -54,15 +78,16 @@ CStringA CQorRegKey::GetString() const
 
 bool CQorRegKey::GetString(CStringA& value, const char* name, int) const
 {
-    const auto found =
-        m_key ? m_key->StringValue(name == nullptr ? std::string() : Utf8FromNarrow(name)) : std::nullopt;
+    const auto found = m_key != nullptr
+                           ? m_key->StringValue(name == nullptr ? std::string() : Utf8FromNarrow(name))
+                           : std::nullopt;
     value = found ? NarrowFromUtf8(*found).c_str() : "";
     return found.has_value();
 }
 
 bool CQorRegKey::EnumKey(ULONG index, CStringA& name) const
 {
-    const auto found = m_key ? m_key->SubKeyName(index) : std::nullopt;
+    const auto found = m_key != nullptr ? m_key->SubKeyName(index) : std::nullopt;
     name = found ? NarrowFromUtf8(*found).c_str() : "";
     return found.has_value();
 }

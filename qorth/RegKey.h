@@ -3,9 +3,11 @@
 
 #include "framework/CString.h"
 #include "platform/mapi.h"
-#include "platform/registry.h"
 
-#include <optional>
+namespace zeb::platform
+{
+class RegistryKey;
+}
 
 /// One registry key, open for reading, or none. Names compare without case. Text is narrow: in the ANSI code page on
 /// Windows, UTF-8 on Linux.
@@ -18,20 +20,23 @@ public:
     /// below another root nothing opens. The two numbers ask for read access, the only one there is.
     /// @throws zeb::platform::RegistryError when the registry cannot be read (a syntax error in its file)
     CQorRegKey(HKEY root, const char* path, int reserved = 0, int readOnly = 1);
+    ~CQorRegKey();
+    CQorRegKey(CQorRegKey&& other) noexcept;
+    CQorRegKey& operator=(CQorRegKey&& other) noexcept;
 
     /// Whether the key is there.
     bool IsOpen() const;
 
     /// A text value, or an empty text when it is absent, no text, or nothing is open.
-    CStringA StringValue(const char* name) const;
+    zeb::CStringA StringValue(const char* name) const;
     /// The default value, as StringValue.
-    CStringA GetString() const;
+    zeb::CStringA GetString() const;
     /// As StringValue, into `value`. @return whether the value is there.
-    bool GetString(CStringA& value, const char* name, int reserved = 1) const;
+    bool GetString(zeb::CStringA& value, const char* name, int reserved = 1) const;
 
     /// The name of the sub-key at `index`, counted from 0. @return false past the last; `name` is empty then.
-    bool EnumKey(ULONG index, CStringA& name) const;
+    bool EnumKey(ULONG index, zeb::CStringA& name) const;
 
 private:
-    std::optional<zeb::platform::RegistryKey> m_key;
+    zeb::platform::RegistryKey* m_key; ///< owned; null when nothing is open
 };

@@ -67,7 +67,7 @@ public:
 protected:
     /// The object's IAddrBook.
     /// @throws _com_error E_POINTER when empty, E_NOINTERFACE when the object refuses
-    virtual CComPtr<IAddrBook> GetAddrBook();
+    virtual zeb::CComPtr<IAddrBook> GetAddrBook();
 
 public:
     /// Shares the object of other and both extra references. Never throws.
@@ -107,6 +107,6 @@ protected:
     void SetSession(IMAPISession* session);
 
 private:
-    CComPtr<IUnknown> m_wabObject;
-    CComPtr<IMAPISession> m_session;
+    zeb::CComPtr<IUnknown> m_wabObject;
+    zeb::CComPtr<IMAPISession> m_session;
 };

@@ -114,14 +114,14 @@ CAdviseSink::CAdviseSink(CAdviseSinkDelegate* delegate)
 }
 
 CAdviseSink::CAdviseSink(const CAdviseSink& other)
-    : m_references(other.m_references.load())
+    : m_references(other.m_references.Load())
     , m_delegate(zeb::Deliveries().Read(other.m_delegate))
 {
 }
 
 CAdviseSink& CAdviseSink::operator=(const CAdviseSink& other)
 {
-    m_references = other.m_references.load();
+    m_references = other.m_references.Load();
     zeb::Deliveries().Write(m_delegate, zeb::Deliveries().Read(other.m_delegate));
     return *this;
 }

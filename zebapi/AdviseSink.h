@@ -1,11 +1,10 @@
 // Notifications of tables.
 #pragma once
 
+#include "framework/Atomic.h"
 #include "platform/export.h"
 #include "platform/mapi.h"
 #include "zebapi/Table.h"
-
-#include <atomic>
 
 /// Receiver of a table's notifications: derive and override what is of interest.
 ///
@@ -68,7 +67,7 @@ public:
 private:
     void Deliver(TABLE_NOTIFICATION* notification);
 
-    std::atomic<ULONG> m_references{1};
+    zeb::framework::Atomic<ULONG> m_references{1};
     CAdviseSinkDelegate* m_delegate; // guarded by the lock of the deliveries under way
 };
 

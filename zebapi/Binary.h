@@ -40,7 +40,7 @@ public:
         virtual void String(const char* hex),
         /// The bytes as hexadecimal text. @throws CZebException* MAPI_E_INVALID_OBJECT,
         /// MAPI_E_NOT_ENOUGH_MEMORY for more bytes than a text can show.
-        virtual CStringA String() const);
+        virtual zeb::CStringA String() const);
     ZEB_OVERLOADS(
         /// Holds a copy of the source's bytes; throws as SetBinary does.
         virtual CZebBinary& operator=(const SBinary& source),
@@ -58,7 +58,7 @@ public:
     /// The header, borrowed. @throws CZebException* MAPI_E_INVALID_OBJECT
     virtual operator const SBinary&() const;
     /// String().
-    virtual operator CStringA();
+    virtual operator zeb::CStringA();
     /// This object; `&` gives the header's address instead.
     virtual operator CZebBinary*();
     /// Equal counts and equal bytes; false when either side has no header.
@@ -70,7 +70,7 @@ public:
     CZebBinary(const SBinary& source);
     CZebBinary(ULONG cb, void* bytes);
     CZebBinary(ULONG cb, ENTRYID* id);
-    CZebBinary(CStringA& hex);
+    CZebBinary(zeb::CStringA& hex);
     /// From hexadecimal text; a null pointer gives an object without a header.
     CZebBinary(const char* hex);
 
@@ -80,7 +80,7 @@ public:
     /// @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY, MAPI_E_NOT_INITIALIZED
     static void CopyTo(SBinary& target, const SBinary& source, void* parent);
     /// Zeb_DumpEntryID of the text.
-    static CStringA DumpEntryID(CStringA& hex);
+    static zeb::CStringA DumpEntryID(zeb::CStringA& hex);
 
 protected:
     SBinary* m_binary = nullptr; ///< owned
@@ -124,4 +124,4 @@ public:
 /// The diagnostic dump of the entry identifier that hexadecimal text says; a null pointer or empty text gives
 /// an empty result. Lines end with "\r\n".
 /// @throws CZebException* MAPI_E_NOT_INITIALIZED without a bound allocator, MAPI_E_NOT_ENOUGH_MEMORY
-ZEBAPI_EXPORT CStringA Zeb_DumpEntryID(const char* hex);
+ZEBAPI_EXPORT zeb::CStringA Zeb_DumpEntryID(const char* hex);

@@ -37,22 +37,22 @@ CZebCachedTable::CZebCachedTable(const CZebTable& table)
 CZebCachedTable::CZebCachedTable(const CZebCachedTable& other)
     : CZebTable(other)
     , CAdviseSinkDelegate(other)
-    , m_firstRow(other.m_firstRow.load())
+    , m_firstRow(other.m_firstRow.Load())
     , m_batch(other.m_batch)
     , m_cache(other.m_cache)
-    , m_binder(other.m_binder.load())
-    , m_window(other.m_window.load())
+    , m_binder(other.m_binder.Load())
+    , m_window(other.m_window.Load())
 {
 }
 
 CZebCachedTable& CZebCachedTable::operator=(const CZebCachedTable& other)
 {
     CZebTable::operator=(other);
-    m_firstRow = other.m_firstRow.load();
+    m_firstRow = other.m_firstRow.Load();
     m_batch = other.m_batch;
     m_cache = other.m_cache;
-    m_binder = other.m_binder.load();
-    m_window = other.m_window.load();
+    m_binder = other.m_binder.Load();
+    m_window = other.m_window.Load();
     return *this;
 }
 
@@ -118,7 +118,7 @@ void CZebCachedTable::Bind()
 
 void CZebCachedTable::Unbind()
 {
-    delete m_binder.exchange(nullptr);
+    delete m_binder.Exchange(nullptr);
     // A handler on another thread may have taken the binder, and be at work with it.
     CAdviseSink::AwaitDeliveries(this);
 }

@@ -1,6 +1,7 @@
 // A table read by row index.
 #pragma once
 
+#include "framework/Atomic.h"
 #include "framework/Sync.h"
 #include "platform/export.h"
 #include "platform/mapi.h"
@@ -8,8 +9,6 @@
 #include "zebapi/Row.h"
 #include "zebapi/RowSet.h"
 #include "zebapi/Table.h"
-
-#include <atomic>
 
 /// Posted to the owner window when a cached table changed; wParam and lParam are 0. Read the count and the
 /// rows anew.
@@ -83,13 +82,13 @@ private:
     CZebRow ReadRow(ULONG index);
     void ReadWindow(ULONG start);
 
-    std::atomic<ULONG> m_firstRow;
+    zeb::framework::Atomic<ULONG> m_firstRow;
     ULONG m_batch;
     CZebRowSet m_cache;
     // Taken by whoever unbinds first: the reading thread or, inside a notification, the delivering one.
-    std::atomic<CAdviseSinkBinder*> m_binder{nullptr};
-    std::atomic<HWND> m_window{nullptr};
+    zeb::framework::Atomic<CAdviseSinkBinder*> m_binder{nullptr};
+    zeb::framework::Atomic<HWND> m_window{nullptr};
     // Counts notifications; guarded with m_firstRow by m_lock.
     ULONG m_generation = 0;
-    CCriticalSection m_lock;
+    zeb::CCriticalSection m_lock;
 };

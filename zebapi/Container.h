@@ -18,7 +18,7 @@ public:
 protected:
     /// The object's IMAPIContainer. One of the Windows Address Book is taken as it is, without a query.
     /// @throws _com_error E_POINTER when empty, E_NOINTERFACE when the object refuses
-    virtual CComPtr<IMAPIContainer> GetContainer();
+    virtual zeb::CComPtr<IMAPIContainer> GetContainer();
 
 public:
     /// This object.
@@ -50,7 +50,7 @@ public:
     /// Whether id is the Exchange address book provider's identifier; false when it holds nothing.
     static bool IsExchangeProviderID(CZebBinary& id);
     /// Whether a container's name says that it is a mobile one: it contains "(mobile)" in any letter case.
-    static bool IsMobileContainer(const CStringA& name);
+    static bool IsMobileContainer(const zeb::CStringA& name);
 
 private:
     CZebBinary m_providerID;

@@ -7,18 +7,26 @@
 namespace zeb
 {
 
+namespace
+{
+
+constexpr size_t longest = INT_MAX - 1; ///< what a string holds
+
+} // namespace
+
 CDumpText::CDumpText(size_t expected)
 {
-    m_text.resize(expected);
+    m_text.GetBuffer(static_cast<int>(std::min(expected, longest)));
 }
 
 void CDumpText::Grow(size_t count)
 {
-    if (count > INT_MAX - m_length)
+    if (count > longest - m_length)
     {
         CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY, __FILE__, __LINE__);
     }
-    m_text.resize(std::max(m_length + count, 2 * m_text.size()));
+    const size_t doubled = std::min(2 * static_cast<size_t>(m_text.GetLength()), longest);
+    m_text.GetBuffer(static_cast<int>(std::max(m_length + count, doubled)));
 }
 
 void CDumpText::Append(std::string_view text)
@@ -38,8 +46,8 @@ void CDumpText::AppendNumber(ULONG number)
 
 CStringA CDumpText::Take()
 {
-    m_text.resize(std::exchange(m_length, 0));
-    return CStringA(std::move(m_text));
+    m_text.ReleaseBuffer(static_cast<int>(std::exchange(m_length, 0)));
+    return std::move(m_text);
 }
 
 } // namespace zeb

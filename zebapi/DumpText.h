@@ -5,7 +5,6 @@
 #include "platform/mapi.h"
 
 #include <algorithm>
-#include <string>
 #include <string_view>
 
 namespace zeb
@@ -77,17 +76,17 @@ private:
     /// The place of `count` further characters, which the caller writes.
     char* Room(size_t count)
     {
-        if (count > m_text.size() - m_length)
+        if (count > static_cast<size_t>(m_text.GetLength()) - m_length)
         {
             Grow(count);
         }
-        char* place = m_text.data() + m_length;
+        char* place = m_text.GetBuffer() + m_length;
         m_length += count;
         return place;
     }
     void Grow(size_t count);
 
-    std::string m_text; ///< longer than what is written
+    CStringA m_text; ///< longer than what is written
     size_t m_length = 0;
 };
 

@@ -17,9 +17,9 @@
 /// Made on the heap and thrown by pointer; whoever catches it (as CZebException*, CException* or CObject*)
 /// calls Delete(). Making one with a file name writes one line to the log, level 1: "THROW Exception 0x%08x
 /// (%s), File %s, line %d". Threads: objects are independent of each other.
-class ZEBAPI_EXPORT CZebException : public CException
+class ZEBAPI_EXPORT CZebException : public zeb::CException
 {
-    DECLARE_DYNAMIC(CZebException)
+    ZEB_DECLARE_DYNAMIC(CZebException)
 
 public:
     /// The description is the MAPI name of `result`, or "0x%08X" for a code that has none.
@@ -54,7 +54,7 @@ public:
 
     /// What failed, besides the code: the operation and, where one is known, the thing ("CreateFolder 'Projects'",
     /// "operator[] row 7 of 3"). Empty for an exception that was made, not thrown by Throw.
-    CStringA GetContext() const;
+    zeb::CStringA GetContext() const;
 
     /// Adds a thing to the context. The default log sink shows the context in a line after that of the throw.
     void AddContext(const char* thing);
@@ -104,16 +104,16 @@ private:
     /// Made when the library is loaded, so that it is there when memory is not. Threads share it unchanged.
     static CZebException s_outOfMemory;
 
-    CStringA m_description;
+    zeb::CStringA m_description;
     HRESULT m_result;
-    CStringA m_context;
+    zeb::CStringA m_context;
 };
 
 /// The text that `e->GetErrorMessage` gives, up to 1024 bytes of it. Works for any CException.
-ZEBAPI_EXPORT CStringA Zeb_GetExceptionDescription(CException* e);
+ZEBAPI_EXPORT zeb::CStringA Zeb_GetExceptionDescription(zeb::CException* e);
 
 /// The description of a result code: its MAPI name, or "0x%08X" for a code that has none.
-ZEBAPI_EXPORT CStringA Zeb_GetResultDescription(HRESULT result);
+ZEBAPI_EXPORT zeb::CStringA Zeb_GetResultDescription(HRESULT result);
 
 /// Inside a catch block: one line that describes the exception in flight, whatever the library has thrown: a CException
 /// (which is deleted), _com_error of an empty wrapper, std::bad_alloc. "operation: description" where the operation is
@@ -125,22 +125,22 @@ ZEBAPI_EXPORT CStringA Zeb_GetResultDescription(HRESULT result);
 ///     {
 ///         std::fprintf(stderr, "%s\n", Zeb_DescribeCurrentException().GetString());
 ///     }
-inline CStringA Zeb_DescribeCurrentException();
+inline zeb::CStringA Zeb_DescribeCurrentException();
 
 /// As Zeb_DescribeCurrentException, for an exception that was caught; it is not deleted.
-ZEBAPI_EXPORT CStringA Zeb_DescribeException(CException* e);
+ZEBAPI_EXPORT zeb::CStringA Zeb_DescribeException(zeb::CException* e);
 
-inline CStringA Zeb_DescribeCurrentException()
+inline zeb::CStringA Zeb_DescribeCurrentException()
 {
     try
     {
         throw;
     }
-    catch (CException* e)
+    catch (zeb::CException* e)
     {
         struct Deleter
         {
-            CException* exception;
+            zeb::CException* exception;
             ~Deleter() { exception->Delete(); }
         } deleter{e};
         return Zeb_DescribeException(e);
@@ -155,11 +155,11 @@ inline CStringA Zeb_DescribeCurrentException()
     }
     catch (const std::exception& e)
     {
-        return CStringA(e.what());
+        return zeb::CStringA(e.what());
     }
     catch (...)
     {
-        return CStringA("unknown exception");
+        return zeb::CStringA("unknown exception");
     }
 }
 
@@ -189,7 +189,7 @@ HRESULT ThrowIfFailed(HRESULT result, Object* object, const char* file, int line
 
 /// As above, for a call through a counted pointer; an empty one gives no extended error.
 template <class Object>
-HRESULT ThrowIfFailed(HRESULT result, const CComPtr<Object>& object, const char* file, int line,
+HRESULT ThrowIfFailed(HRESULT result, const zeb::CComPtr<Object>& object, const char* file, int line,
                       const char* operation = ZEB_CALLER)
 {
     return ThrowIfFailed(result, object.Get(), file, line, operation);

@@ -19,7 +19,7 @@ public:
 protected:
     /// The object's IMAPIFolder, always queried for.
     /// @throws _com_error E_POINTER when empty, E_NOINTERFACE when the object refuses
-    virtual CComPtr<IMAPIFolder> GetFolder();
+    virtual zeb::CComPtr<IMAPIFolder> GetFolder();
 
 public:
     /// Shares the object of other and takes its provider identifier. Never throws.

@@ -85,11 +85,11 @@ public:
     /// PR_PARENT_ENTRYID.
     virtual CZebBinary GetParentID();
     /// The display name in 8-bit text; empty when the object has none.
-    virtual CStringA GetDisplayNameA();
+    virtual zeb::CStringA GetDisplayNameA();
     /// The display name in 16-bit text; empty when the object has none.
-    virtual CStringW GetDisplayNameW();
+    virtual zeb::CStringW GetDisplayNameW();
     /// As GetDisplayNameA.
-    virtual CStringA GetDisplayName();
+    virtual zeb::CStringA GetDisplayName();
     /// Writes the display name and saves the object.
     virtual void SetDisplayNameA(const char* name);
     /// Writes the display name and saves the object.
@@ -100,22 +100,22 @@ public:
     virtual ULONG GetDisplayNameTag(bool unicode) const;
     /// A text property; empty when the object has none. Text of the other width is converted.
     /// @throws CZebException* MAPI_E_INVALID_TYPE when the value is no text
-    virtual CStringA GetStringPropA(ULONG tag);
+    virtual zeb::CStringA GetStringPropA(ULONG tag);
     /// A text property; empty when the object has none. Text of the other width is converted.
     /// @throws CZebException* MAPI_E_INVALID_TYPE when the value is no text
-    virtual CStringW GetStringPropW(ULONG tag);
+    virtual zeb::CStringW GetStringPropW(ULONG tag);
     /// As GetStringPropA.
-    virtual CStringA GetStringProp(ULONG tag);
+    virtual zeb::CStringA GetStringProp(ULONG tag);
     /// IMAPIProp::OpenProperty for IID_IStream: read and write when flags has MAPI_MODIFY, else read only.
-    virtual CComPtr<IStream> OpenProperty(ULONG tag, ULONG flags);
+    virtual zeb::CComPtr<IStream> OpenProperty(ULONG tag, ULONG flags);
     /// The whole of a text property too long for GetProps, read through its stream and not converted: the
     /// tag's type must be PT_STRING8. A text ends at its first zero.
     /// @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY when the text does not fit a string
-    virtual CStringA GetLongStringA(ULONG tag);
+    virtual zeb::CStringA GetLongStringA(ULONG tag);
     /// The same for a tag of type PT_UNICODE.
-    virtual CStringW GetLongStringW(ULONG tag);
+    virtual zeb::CStringW GetLongStringW(ULONG tag);
     /// As GetLongStringA.
-    virtual CStringA GetLongString(ULONG tag);
+    virtual zeb::CStringA GetLongString(ULONG tag);
     /// IMAPIProp::GetPropList.
     virtual void GetPropList(SPropTagArray** out, ULONG flags);
     /// Every property of the object. flags reach GetPropList only; where the object does not know that code
@@ -160,7 +160,7 @@ public:
     /// A reference of the caller's own on the wrapped interface, for what the wrappers do not offer
     /// (recipients, attachments): query it for the interface wanted. Empty when the wrapper is; using it
     /// raises _com_error with E_POINTER then.
-    CComPtr<IMAPIProp> GetInterface() const;
+    zeb::CComPtr<IMAPIProp> GetInterface() const;
 
 protected:
     /// The wrapped interface, still owned by this object; raises _com_error with E_POINTER when the wrapper
@@ -171,12 +171,12 @@ protected:
     /// The object queried for another of its interfaces.
     /// @throws _com_error E_POINTER when the wrapper is empty, E_NOINTERFACE when the object refuses
     template <class Interface>
-    CComPtr<Interface> QueryFor(const IID& iid) const
+    zeb::CComPtr<Interface> QueryFor(const IID& iid) const
     {
-        CComPtr<Interface> result;
+        zeb::CComPtr<Interface> result;
         if (FAILED(m_object.QueryInterface(iid, result)) || !result)
         {
-            RaiseComError(E_NOINTERFACE);
+            zeb::RaiseComError(E_NOINTERFACE);
         }
         return result;
     }
@@ -187,6 +187,6 @@ private:
 
     bool m_bWAB = false;
     // Kept as IUnknown, so that handing its address out as IUnknown** needs no cast.
-    CComPtr<IUnknown> m_object;
+    zeb::CComPtr<IUnknown> m_object;
     CZebNameIdMap m_tags;
 };

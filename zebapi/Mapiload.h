@@ -1,6 +1,7 @@
 // The library object: finding, loading and starting a provider, and logging on.
 #pragma once
 
+#include "framework/Atomic.h"
 #include "framework/CString.h"
 #include "framework/Sync.h"
 #include "platform/export.h"
@@ -9,8 +10,6 @@
 #include "zebapi/AddressBook.h"
 #include "zebapi/Profiles.h"
 #include "zebapi/SESSION.h"
-
-#include <atomic>
 
 namespace zeb
 {
@@ -99,7 +98,7 @@ public:
 
     /// The default profile's name from the registry, without MAPI; empty when there is none.
     /// @throws CZebException* MAPI_E_CALL_FAILED when the registry cannot be read
-    virtual CStringA GetDefaultProfileName();
+    virtual zeb::CStringA GetDefaultProfileName();
 
     virtual bool WasInitialized();
 
@@ -113,28 +112,26 @@ public:
     virtual CZebAddressBook GetWABAddressBook(bool newInstance);
 
     /// The critical section that the start of MAPI takes; for hosts that serialise MAPI calls with it.
-    virtual CCriticalSection* GetGlobalMAPICriticalSection();
+    virtual zeb::CCriticalSection* GetGlobalMAPICriticalSection();
 
 private:
     CZebSession Logon(HWND parent, const void* profileName, ULONG flags);
     /// Whether the allocator and the entry points are not another object's.
     bool MayUnbind() const;
-    void ResolveEntryPoints(const CStringA& path);
+    void ResolveEntryPoints(const zeb::CStringA& path);
     void BindAllocator();
     [[noreturn]] void RefuseLibrary(const char* missing, const char* path);
-    CComPtr<IWABObject> OpenWAB(CComPtr<IAddrBook>& addressBook);
+    zeb::CComPtr<IWABObject> OpenWAB(zeb::CComPtr<IAddrBook>& addressBook);
 
     CDllLoader m_loader;
-    std::atomic<bool> m_wasFailed{false};
-    std::atomic<bool> m_initialized{false};
-    std::atomic<bool> m_wab{false};
+    zeb::framework::Atomic<bool> m_wasFailed{false};
+    zeb::framework::Atomic<bool> m_initialized{false};
+    zeb::framework::Atomic<bool> m_wab{false};
     EnumOfficeBitness m_bitness = OfficeBitnessNone;
-    CCriticalSection m_globalMAPI;
-    CCriticalSection m_lock;
+    zeb::CCriticalSection m_globalMAPI;
+    zeb::CCriticalSection m_lock;
     CZebAddressBook m_wabAddressBook;
 };
-
-static_assert(sizeof(std::atomic<bool>) == sizeof(bool), "the flags are a byte each");
 
 /// The library's one instance.
 ZEBAPI_EXPORT CZebAPI& Zeb_GetMAPI();
@@ -143,4 +140,4 @@ ZEBAPI_EXPORT CZebAPI& Zeb_GetMAPI();
 /// @param bitness how the provider spells its exports; OfficeBitnessNone when there is none
 /// @return the full path or bare file name of the provider to use; empty when there is none
 /// @throws CZebException* MAPI_E_CALL_FAILED when the registry cannot be read
-ZEBAPI_EXPORT CStringA Zeb_GetMapiDllPath(EnumOfficeBitness& bitness);
+ZEBAPI_EXPORT zeb::CStringA Zeb_GetMapiDllPath(EnumOfficeBitness& bitness);

@@ -14,7 +14,7 @@ public:
 protected:
     /// The object's IMessage.
     /// @throws _com_error E_POINTER when empty, E_NOINTERFACE when the object refuses
-    virtual CComPtr<IMessage> GetMessageA();
+    virtual zeb::CComPtr<IMessage> GetMessageA();
 
 public:
     /// Shares the object of other. Never throws.
@@ -51,7 +51,7 @@ public:
 protected:
     /// The object's IDistList.
     /// @throws _com_error E_POINTER when empty, E_NOINTERFACE when the object refuses
-    virtual CComPtr<IDistList> GetDistList();
+    virtual zeb::CComPtr<IDistList> GetDistList();
 
 public:
     /// Shares the object of other. The answer that IsExchange gave before stays. Never throws.

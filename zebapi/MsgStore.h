@@ -17,7 +17,7 @@ public:
 protected:
     /// The object's IMsgStore.
     /// @throws _com_error E_POINTER when empty, E_NOINTERFACE when the object refuses
-    virtual CComPtr<IMsgStore> GetStore();
+    virtual zeb::CComPtr<IMsgStore> GetStore();
 
 public:
     /// Shares the object of other. Never throws.

@@ -37,7 +37,7 @@ public:
     virtual CZebNameIdMap& operator=(const CZebNameIdMap& other);
 
 private:
-    using IdMap = CMap<DWORD, DWORD, DWORD, DWORD>;
+    using IdMap = zeb::CMap<DWORD, DWORD, DWORD, DWORD>;
     static ULONG Find(const IdMap& map, DWORD key, ULONG tag, bool mustExist);
 
     IdMap m_forward;

@@ -58,9 +58,9 @@ public:
     /// calendar knows reads "Invalid DateTime".
     /// @throws CZebException* MAPI_E_BAD_VALUE, MAPI_E_NO_SUPPORT for any other type, MAPI_E_NOT_ENOUGH_MEMORY
     /// for a binary that no text can show.
-    virtual CStringA String(bool errorAsText) const;
+    virtual zeb::CStringA String(bool errorAsText) const;
     /// String() in 16-bit characters; PT_UNICODE text as it is.
-    virtual CStringW StringW(bool errorAsText) const;
+    virtual zeb::CStringW StringW(bool errorAsText) const;
     /// Assigns a deep copy of another value, tag included (PropCopyMore).
     /// @throws CZebException* MAPI_E_BAD_VALUE for either side; the result of PropCopyMore.
     virtual void Set(const CZebOnePropVal& other);
@@ -68,15 +68,15 @@ public:
     ZEB_OVERLOADS(
         /// PT_MV_BINARY. The entries point into the buffers of the array's binaries, which must outlive the
         /// value's use.
-        virtual CZebOnePropVal& operator=(const CArray<CZebBinary>& values),
+        virtual CZebOnePropVal& operator=(const zeb::CArray<CZebBinary>& values),
         /// PT_MV_UNICODE.
-        virtual CZebOnePropVal& operator=(const CArray<CStringW>& values),
+        virtual CZebOnePropVal& operator=(const zeb::CArray<zeb::CStringW>& values),
         /// PT_MV_STRING8.
-        virtual CZebOnePropVal& operator=(const CArray<CStringA>& values),
+        virtual CZebOnePropVal& operator=(const zeb::CArray<zeb::CStringA>& values),
         /// PT_MV_I2.
-        virtual CZebOnePropVal& operator=(const CArray<SHORT>& values),
+        virtual CZebOnePropVal& operator=(const zeb::CArray<SHORT>& values),
         /// PT_MV_LONG.
-        virtual CZebOnePropVal& operator=(const CArray<LONG>& values),
+        virtual CZebOnePropVal& operator=(const zeb::CArray<LONG>& values),
         /// PT_I2.
         virtual CZebOnePropVal& operator=(SHORT value),
         /// PT_LONG.
@@ -90,9 +90,9 @@ public:
         /// PT_SYSTIME.
         virtual CZebOnePropVal& operator=(const FILETIME& value),
         /// PT_UNICODE, up to the first terminator.
-        virtual CZebOnePropVal& operator=(const CStringW& text),
+        virtual CZebOnePropVal& operator=(const zeb::CStringW& text),
         /// PT_STRING8, up to the first terminator.
-        virtual CZebOnePropVal& operator=(const CStringA& text),
+        virtual CZebOnePropVal& operator=(const zeb::CStringA& text),
         /// PT_UNICODE. @throws CZebException* MAPI_E_INVALID_PARAMETER for a null text.
         virtual CZebOnePropVal& operator=(const WCHAR* text),
         /// PT_STRING8. @throws CZebException* MAPI_E_INVALID_PARAMETER for a null text.
@@ -113,9 +113,9 @@ public:
     /// PT_UNICODE, borrowed.
     virtual operator const WCHAR*() const;
     /// PT_STRING8, or PT_UNICODE narrowed. @throws CZebException* MAPI_E_INVALID_TYPE for other types.
-    virtual operator CStringA() const;
+    virtual operator zeb::CStringA() const;
     /// PT_UNICODE, or PT_STRING8 widened. @throws CZebException* MAPI_E_INVALID_TYPE for other types.
-    virtual operator CStringW() const;
+    virtual operator zeb::CStringW() const;
     /// PT_SYSTIME, borrowed; UTC.
     virtual operator const FILETIME&() const;
     /// PT_BINARY, borrowed.
@@ -134,22 +134,22 @@ public:
     ZEB_OVERLOADS(
         /// Replaces the array's contents by copies of the elements of PT_MV_BINARY, which may lie in the
         /// array's own binaries. A read that fails leaves the array as it was.
-        virtual void GetMV(CArray<CZebBinary>& values) const,
+        virtual void GetMV(zeb::CArray<CZebBinary>& values) const,
         /// PT_MV_UNICODE.
-        virtual void GetMV(CArray<CStringW>& values) const,
+        virtual void GetMV(zeb::CArray<zeb::CStringW>& values) const,
         /// PT_MV_STRING8.
-        virtual void GetMV(CArray<CStringA>& values) const,
+        virtual void GetMV(zeb::CArray<zeb::CStringA>& values) const,
         /// PT_MV_I2.
-        virtual void GetMV(CArray<SHORT>& values) const,
+        virtual void GetMV(zeb::CArray<SHORT>& values) const,
         /// PT_MV_LONG.
-        virtual void GetMV(CArray<LONG>& values) const);
+        virtual void GetMV(zeb::CArray<LONG>& values) const);
 
     ZEB_OVERLOADS(
         /// UseDefault: the default for PT_ERROR (a property that could not be had), else the typed read of
         /// the default's type. @throws CZebException* MAPI_E_BAD_VALUE without a value, MAPI_E_INVALID_TYPE
         /// for another type.
-        virtual CStringW UseDefault(const CStringW& defaultValue) const,
-        virtual CStringA UseDefault(const CStringA& defaultValue) const,
+        virtual zeb::CStringW UseDefault(const zeb::CStringW& defaultValue) const,
+        virtual zeb::CStringA UseDefault(const zeb::CStringA& defaultValue) const,
         virtual ULONG UseDefault(ULONG defaultValue) const,
         virtual LONG UseDefault(LONG defaultValue) const,
         virtual LONGLONG UseDefault(LONGLONG defaultValue) const,

@@ -27,15 +27,15 @@ public:
 
     /// The next name, in the registry's order.
     /// @return 1; or 0 when there are no more, and `name` is as it was
-    int GetNextName(CString& name);
+    int GetNextName(zeb::CString& name);
 
     /// The default profile's name; empty when none is set.
     /// @throws CZebException* MAPI_E_CALL_FAILED
-    CStringA GetDefaultProfile();
+    zeb::CStringA GetDefaultProfile();
 
     /// The key below HKEY_CURRENT_USER whose sub-keys are the profiles, as a new object would choose it.
     /// @throws CZebException* MAPI_E_CALL_FAILED
-    static CStringA GetProfilesKey();
+    static zeb::CStringA GetProfilesKey();
 
 private:
     ULONG m_index = 0;
@@ -64,7 +64,7 @@ public:
 
     /// The wrapped object, counted; empty when there is none. For the operations that are not wrapped: profiles are
     /// created, configured and deleted through IProfAdmin itself.
-    CComPtr<IProfAdmin> GetInterface() const { return m_profAdmin; }
+    zeb::CComPtr<IProfAdmin> GetInterface() const { return m_profAdmin; }
 
     /// Takes a reference to the other's object. When there is none, this is empty, the failure is logged and
     /// not thrown.
@@ -80,8 +80,8 @@ public:
 
     /// The display name of the first profile that is marked default in the table.
     /// @throws CZebException* MAPI_E_NOT_FOUND when none is marked, or as GetProfileTable
-    virtual CStringA GetDefaultProfileName();
+    virtual zeb::CStringA GetDefaultProfileName();
 
 private:
-    CComPtr<IProfAdmin> m_profAdmin;
+    zeb::CComPtr<IProfAdmin> m_profAdmin;
 };

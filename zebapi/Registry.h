@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/narrow.h"
+#include "platform/registry.h"
 #include "qorth/RegKey.h"
 #include "zebapi/Exception.h"
 

@@ -50,7 +50,7 @@ private:
 
 /// Owns row sets: an array of CZebRowSet* whose elements are deleted with it. Elements are added through the
 /// operations of CPtrArray.
-class ZEBAPI_EXPORT CZebRowSetArray : public CPtrArray
+class ZEBAPI_EXPORT CZebRowSetArray : public zeb::CPtrArray
 {
 public:
     ~CZebRowSetArray() override;

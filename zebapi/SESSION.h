@@ -53,12 +53,12 @@ public:
     /// Shares the session of other, or is empty like it.
     CZebSession(const CZebSession& other);
     /// A reference of the caller's own on the session; empty when this object is.
-    CComPtr<IMAPISession> GetInterface() const;
+    zeb::CComPtr<IMAPISession> GetInterface() const;
 
 private:
-    CComPtr<IMAPISession> m_session;
+    zeb::CComPtr<IMAPISession> m_session;
 };
 
 /// Whether messageClass begins with baseClass, in any letter case ("IPM.Note", "IPM.Note.Private" and
 /// "IPM.NoteX" all begin with "IPM.Note"); false for a null baseClass.
-ZEBAPI_EXPORT bool Zeb_IsClassSubclassOf(const CString& messageClass, const char* baseClass);
+ZEBAPI_EXPORT bool Zeb_IsClassSubclassOf(const zeb::CString& messageClass, const char* baseClass);

@@ -72,5 +72,5 @@ public:
     }
 
 protected:
-    CComPtr<IMAPITable> m_table;
+    zeb::CComPtr<IMAPITable> m_table;
 };

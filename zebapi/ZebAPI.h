@@ -27,7 +27,7 @@
 #include "zebapi/Table.h"
 
 /// A text as UTF-8, whatever the ANSI code page is. What is no character of UTF-16 becomes U+FFFD.
-ZEBAPI_EXPORT CStringA Zeb_Utf8(const CStringW& text);
+ZEBAPI_EXPORT zeb::CStringA Zeb_Utf8(const zeb::CStringW& text);
 
 /// Whether a default profile is set (CZebAPI::GetDefaultProfileName). Never throws: a failure is logged and
 /// false.

@@ -3,8 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <string>
+#include <string_view>
 #include <type_traits>
 #include <unordered_set>
+#include <utility>
 
 namespace
 {
@@ -149,6 +152,63 @@ TEST(CString, IsAKeyOfHashedSets)
     const std::unordered_set<CStringA> set = {"a", "b", "a"};
     EXPECT_EQ(set.size(), 2u);
     EXPECT_EQ(set.count("b"), 1u);
+}
+
+TEST(CString, TakesTheStringsOfOtherLibraries)
+{
+    EXPECT_EQ(CStringA(std::string("a\0b", 3)), CStringA("a\0b", 3));
+    EXPECT_EQ(CStringA(std::string_view("view")), "view");
+    EXPECT_EQ(CStringW(std::basic_string<WCHAR>(ZEBW("wide"))), ZEBW("wide"));
+    static_assert(!std::is_convertible_v<std::string, CStringA>, "only when asked for");
+    static_assert(!std::is_constructible_v<CStringA, std::basic_string<WCHAR>>, "not of another width");
+}
+
+/// Lengths about the border between text inside the object and text outside it.
+template <class Text>
+void GrowsCopiesAndMovesAtEveryLength()
+{
+    using Char = typename Text::XCHAR;
+    Text grown;
+    for (int length = 0; length < 70; ++length)
+    {
+        const Text filled(Char('x'), length);
+        ASSERT_EQ(filled, grown);
+        Text copy(grown);
+        const Text& itself = copy;
+        copy = itself;
+        Text moved(std::move(copy));
+        EXPECT_TRUE(copy.IsEmpty()) << length; // NOLINT: a string is empty after it was moved from
+        copy = moved;
+        Text other(Char('z'), 69 - length);
+        other = std::move(moved);
+        ASSERT_EQ(other, filled);
+        ASSERT_EQ(copy, filled);
+        ASSERT_EQ(other.GetString()[length], Char(0));
+        other += other;
+        ASSERT_EQ(other.GetLength(), 2 * length);
+        ASSERT_EQ(other, filled + filled);
+        other = other.GetString() + length;
+        ASSERT_EQ(other, filled);
+        grown += Char('x');
+    }
+}
+
+TEST(CString, IsTheSameInsideTheObjectAndOutsideIt)
+{
+    GrowsCopiesAndMovesAtEveryLength<CStringA>();
+    GrowsCopiesAndMovesAtEveryLength<CStringW>();
+}
+
+TEST(CString, ReleasesTheBufferAtAnyLength)
+{
+    CStringA text;
+    std::memset(text.GetBuffer(100), 'x', 100);
+    text.ReleaseBuffer(3);
+    EXPECT_EQ(text, "xxx");
+    EXPECT_STREQ(text, "xxx");
+    text.Empty();
+    EXPECT_STREQ(text, "");
+    EXPECT_EQ(text.GetBuffer(40)[39], 0) << "what is new is zero";
 }
 
 } // namespace

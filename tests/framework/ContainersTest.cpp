@@ -1,12 +1,18 @@
 #include "framework/Containers.h"
 #include "framework/CString.h"
+#include "tests/support/FailingNew.h"
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <map>
 #include <memory>
+#include <new>
 #include <set>
+#include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace
 {
@@ -212,6 +218,105 @@ TEST(CMap, TextIsAKey)
     int value = 0;
     EXPECT_TRUE(map.Lookup("a", value));
     EXPECT_EQ(value, 1);
+}
+
+TEST(CMap, CopiesAreIndependentAndMovingEmpties)
+{
+    IdMap map;
+    for (DWORD key = 0; key < 50; ++key)
+    {
+        map.SetAt(key, key + 1);
+    }
+    IdMap copy(map);
+    copy.SetAt(0, 7);
+    copy.RemoveKey(1);
+    DWORD value = 0;
+    EXPECT_TRUE(map.Lookup(0, value));
+    EXPECT_EQ(value, 1u);
+    EXPECT_EQ(map.GetCount(), 50);
+    EXPECT_EQ(copy.GetCount(), 49);
+    map = std::move(copy);
+    EXPECT_TRUE(copy.IsEmpty()); // NOLINT: a map is empty after it was moved from
+    EXPECT_TRUE(map.Lookup(0, value));
+    EXPECT_EQ(value, 7u);
+    EXPECT_FALSE(map.Lookup(1, value));
+}
+
+TEST(CMap, AnEntryThatMemoryIsOutForIsNotThere)
+{
+    for (int after = 0;; ++after)
+    {
+        CMap<CStringA, const char*, CStringA, const char*> map;
+        for (const char* key : {"a", "b", "c", "d", "e", "f", "g", "h"})
+        {
+            map.SetAt(key, key);
+        }
+        bool thrown = false;
+        try
+        {
+            // The ninth makes the table of buckets grow.
+            const zeb::test::FailingNew failing(after, true);
+            map.SetAt("a key that is longer than what fits inside",
+                      "and a value of which the same can be said");
+        }
+        catch (const std::bad_alloc&)
+        {
+            thrown = true;
+        }
+        ASSERT_EQ(map.GetCount(), thrown ? 8 : 9) << after;
+        CStringA value;
+        EXPECT_TRUE(map.Lookup("h", value));
+        EXPECT_EQ(value, "h");
+        EXPECT_EQ(map.Lookup("a key that is longer than what fits inside", value), !thrown);
+        if (!thrown)
+        {
+            EXPECT_EQ(after, 5) << "the key wanted, buckets, entry, key, value";
+            return;
+        }
+    }
+}
+
+TEST(CArray, WhatMemoryIsOutForChangesNothing)
+{
+    CArray<CStringA> array;
+    const CStringA text("a text that is longer than what fits inside");
+    for (int i = 0; i < 4; ++i)
+    {
+        array.Add(text);
+    }
+    for (int after = 0; after < 2; ++after)
+    {
+        const zeb::test::FailingNew failing(after, true);
+        EXPECT_THROW(array.Add(text), std::bad_alloc) << after;
+    }
+    {
+        const zeb::test::FailingNew failing(1, true);
+        EXPECT_THROW(array.Append(array), std::bad_alloc);
+    }
+    {
+        const zeb::test::FailingNew failing(0, true);
+        EXPECT_THROW(array.SetSize(5), std::bad_alloc);
+    }
+    ASSERT_EQ(array.GetSize(), 4);
+    for (const CStringA& element : array)
+    {
+        EXPECT_EQ(element, text);
+    }
+    EXPECT_THROW(array.Reserve(std::numeric_limits<INT_PTR>::max()), std::length_error);
+}
+
+TEST(CArray, InsertsAndRemovesInTheMiddle)
+{
+    CArray<int, int> array;
+    for (int i = 0; i < 6; ++i)
+    {
+        array.InsertAt(i / 2, i);
+    }
+    EXPECT_EQ(std::vector<int>(array.begin(), array.end()), (std::vector<int>{1, 3, 5, 4, 2, 0}));
+    array.RemoveAt(1, 3);
+    EXPECT_EQ(std::vector<int>(array.begin(), array.end()), (std::vector<int>{1, 2, 0}));
+    array.RemoveAt(3, 0);
+    EXPECT_EQ(array.GetSize(), 3);
 }
 
 } // namespace

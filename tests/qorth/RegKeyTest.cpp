@@ -1,4 +1,5 @@
 #include "qorth/RegKey.h"
+#include "platform/registry.h"
 
 #include "tests/support/RegistryScope.h"
 

@@ -8,6 +8,7 @@ namespace
 
 thread_local int newsLeft = -1; ///< -1: none fails
 thread_local bool failOnce = false;
+thread_local bool insideNew = false; ///< what `new` itself allocates by is not counted again
 
 } // namespace
 
@@ -25,24 +26,40 @@ FailingNew::~FailingNew()
     newsLeft = -1;
 }
 
-} // namespace zeb::test
-
-void* operator new(size_t size)
+bool AllocationFails()
 {
+    if (insideNew)
+    {
+        return false;
+    }
     if (newsLeft == 0)
     {
         newsLeft = failOnce ? -1 : 0;
-        throw std::bad_alloc();
+        return true;
     }
     if (newsLeft > 0)
     {
         --newsLeft;
     }
-    if (void* block = std::malloc(size != 0 ? size : 1))
+    return false;
+}
+
+} // namespace zeb::test
+
+void* operator new(size_t size)
+{
+    if (zeb::test::AllocationFails())
     {
-        return block;
+        throw std::bad_alloc();
     }
-    throw std::bad_alloc();
+    insideNew = true;
+    void* const block = std::malloc(size != 0 ? size : 1);
+    insideNew = false;
+    if (block == nullptr)
+    {
+        throw std::bad_alloc();
+    }
+    return block;
 }
 
 void operator delete(void* block) noexcept

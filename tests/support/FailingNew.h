@@ -1,11 +1,12 @@
-// Makes `new` fail on purpose.
+// Makes allocations fail on purpose.
 #pragma once
 
 namespace zeb::test
 {
 
-/// While it lives, every `new` of this thread after the next `after` ones throws std::bad_alloc; with `once` only the
-/// first of those.
+/// While it lives, every allocation of this thread after the next `after` ones throws std::bad_alloc; with `once` only the
+/// first of those. Allocations are `new` and, in a program that links zeb_fail_shared_memory, the memory that strings and
+/// containers share with the library.
 class FailingNew
 {
 public:
@@ -14,5 +15,8 @@ public:
     FailingNew(const FailingNew&) = delete;
     FailingNew& operator=(const FailingNew&) = delete;
 };
+
+/// Counts an allocation. @return whether it is to fail
+bool AllocationFails();
 
 } // namespace zeb::test

@@ -1,0 +1,47 @@
+// A value that several threads read and write, with a layout of its own.
+#pragma once
+
+#include <atomic>
+#include <new>
+
+namespace zeb::framework
+{
+
+/// What std::atomic is, as a plain value of `T` in the object that has it. All operations are sequentially consistent.
+/// `T` is an integer, a bool or a pointer.
+template <class T>
+class Atomic
+{
+    static_assert(sizeof(std::atomic<T>) == sizeof(T) && alignof(std::atomic<T>) == alignof(T) &&
+                      std::atomic<T>::is_always_lock_free,
+                  "an atomic takes the place of its value");
+
+public:
+    Atomic(T value = T()) noexcept { ::new (static_cast<void*>(m_place)) std::atomic<T>(value); }
+    Atomic(const Atomic&) = delete;
+    Atomic& operator=(const Atomic&) = delete;
+
+    T Load() const noexcept { return std::launder(reinterpret_cast<const std::atomic<T>*>(m_place))->load(); }
+    void Store(T value) noexcept { std::launder(reinterpret_cast<std::atomic<T>*>(m_place))->store(value); }
+    /// @return the value before
+    T Exchange(T value) noexcept
+    {
+        return std::launder(reinterpret_cast<std::atomic<T>*>(m_place))->exchange(value);
+    }
+    /// @return the value after
+    T operator++() noexcept { return ++*std::launder(reinterpret_cast<std::atomic<T>*>(m_place)); }
+    /// @return the value after
+    T operator--() noexcept { return --*std::launder(reinterpret_cast<std::atomic<T>*>(m_place)); }
+
+    operator T() const noexcept { return Load(); }
+    T operator=(T value) noexcept
+    {
+        Store(value);
+        return value;
+    }
+
+private:
+    alignas(T) unsigned char m_place[sizeof(T)];
+};
+
+} // namespace zeb::framework

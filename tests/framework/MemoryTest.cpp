@@ -1,0 +1,90 @@
+// What host and library share: layouts and memory.
+#include "framework/Memory.h"
+#include "framework/Atomic.h"
+#include "framework/framework.h"
+#include "tests/support/FailingNew.h"
+
+#include <gtest/gtest.h>
+
+#include <new>
+#include <sstream>
+#include <stdexcept>
+#include <thread>
+
+namespace
+{
+
+using zeb::framework::Atomic;
+
+static_assert(sizeof(CStringA) == 32 && sizeof(CStringW) == 32);
+static_assert(sizeof(CArray<char>) == 24 && sizeof(CArray<CStringA>) == 24);
+static_assert(sizeof(CMap<DWORD, DWORD, DWORD, DWORD>) == 24);
+static_assert(sizeof(CObject) == 8 && sizeof(CException) == 16 && sizeof(CPtrArray) == 32 &&
+              sizeof(CWinApp) == 8);
+static_assert(sizeof(CCriticalSection) == 40 && sizeof(CSingleLock) == 16);
+static_assert(sizeof(CComPtr<IUnknown>) == 8);
+static_assert(sizeof(Atomic<bool>) == 1 && sizeof(Atomic<ULONG>) == 4 && sizeof(Atomic<void*>) == 8);
+
+TEST(SharedMemory, IsBadAllocWhenItIsOut)
+{
+    CStringA text;
+    CArray<int> array;
+    CMap<DWORD, DWORD, DWORD, DWORD> map;
+    const zeb::test::FailingNew failing;
+    EXPECT_THROW(text = "a text that is longer than what fits inside", std::bad_alloc);
+    EXPECT_THROW(array.Add(1), std::bad_alloc);
+    EXPECT_THROW(map.SetAt(1, 1), std::bad_alloc);
+    EXPECT_THROW(zeb::framework::AllocateShared(1), std::bad_alloc);
+    EXPECT_TRUE(text.IsEmpty() && array.IsEmpty() && map.IsEmpty());
+}
+
+TEST(SharedMemory, ShortTextNeedsNone)
+{
+    const zeb::test::FailingNew failing;
+    const CStringA narrow("fifteen letters");
+    const CStringW wide(ZEBW("seven.."));
+    EXPECT_EQ(CStringA(narrow), "fifteen letters");
+    EXPECT_EQ(CStringW(wide), ZEBW("seven.."));
+}
+
+TEST(SharedMemory, FreesNull)
+{
+    zeb::framework::FreeShared(nullptr);
+    void* const block = zeb::framework::AllocateShared(0);
+    EXPECT_NE(block, nullptr);
+    zeb::framework::FreeShared(block);
+}
+
+TEST(Atomic, CountsAcrossThreads)
+{
+    Atomic<ULONG> count{0};
+    const auto work = [&count]
+    {
+        for (int i = 0; i < 10000; ++i)
+        {
+            ++count;
+        }
+    };
+    std::thread other(work);
+    work();
+    other.join();
+    EXPECT_EQ(count, 20000u);
+    EXPECT_EQ(--count, 19999u);
+    EXPECT_EQ(count.Exchange(5), 19999u);
+    EXPECT_EQ(count = 7, 7u);
+    EXPECT_EQ(count.Load(), 7u);
+}
+
+TEST(Object, DumpsItsClassNameIntoAnyStream)
+{
+    const CPtrArray array;
+    std::ostringstream stream;
+    array.Dump(stream);
+    EXPECT_EQ(stream.str(), "CPtrArray");
+    std::ostream& base = stream;
+    CDumpContext context(base);
+    array.Dump(context);
+    EXPECT_EQ(stream.str(), "CPtrArrayCPtrArray");
+}
+
+} // namespace
