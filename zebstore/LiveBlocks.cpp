@@ -38,6 +38,12 @@ private:
     std::atomic_flag& m_lock;
 };
 
+LiveBlocks::~LiveBlocks()
+{
+    for (Part& part : m_parts)
+        part.End();
+}
+
 LiveBlocks::Part& LiveBlocks::PartOf(const void* block)
 {
     return m_parts[HashOf(block) >> 58];
@@ -88,9 +94,19 @@ bool LiveBlocks::Part::Grow() noexcept
     return true;
 }
 
+void LiveBlocks::Part::End() noexcept
+{
+    const Hold hold(*this);
+    std::free(m_more);
+    m_more = nullptr;
+    m_ended = true;
+}
+
 bool LiveBlocks::Part::Add(void* block) noexcept
 {
     const Hold hold(*this);
+    if (m_ended)
+        return true;
     if ((m_count + 1) * 4 > m_size * 3 && !Grow())
         return false;
     Slots()[PlaceOf(block)] = block;
@@ -101,12 +117,14 @@ bool LiveBlocks::Part::Add(void* block) noexcept
 bool LiveBlocks::Part::Has(void* block) noexcept
 {
     const Hold hold(*this);
-    return Slots()[PlaceOf(block)] != nullptr;
+    return m_ended || Slots()[PlaceOf(block)] != nullptr;
 }
 
 bool LiveBlocks::Part::Remove(void* block) noexcept
 {
     const Hold hold(*this);
+    if (m_ended)
+        return true;
     const size_t place = PlaceOf(block);
     if (!Slots()[place])
         return false;

@@ -8,10 +8,12 @@ namespace zebstore
 {
 
 /// A set of addresses in several parts, each with a lock of its own, since every allocation and every free goes through it.
-/// Holds no memory while it is small, and is never destroyed: hosts free blocks until the library goes. Threads: any.
+/// Holds no memory while it is small. Its end frees the tables; afterwards it takes every block for a live one, since a host's
+/// own globals may free blocks later than that. Threads: any.
 class LiveBlocks
 {
 public:
+    ~LiveBlocks();
     /// @return false when there is no memory for it
     bool Add(void* block) noexcept;
     /// @return false when it was not in the set
@@ -28,6 +30,7 @@ private:
         bool Add(void* block) noexcept;
         bool Remove(void* block) noexcept;
         bool Has(void* block) noexcept;
+        void End() noexcept;
 
     private:
         class Hold;
@@ -38,6 +41,7 @@ private:
         void CloseGap(size_t gap);
 
         std::atomic_flag m_lock = ATOMIC_FLAG_INIT;
+        bool m_ended = false;
         size_t m_count = 0;
         size_t m_size = OwnSlots;
         void** m_more = nullptr; // m_size slots, when there are more than the own ones
