@@ -120,6 +120,11 @@ PropertyBlob::PropertyBlob(std::string_view bytes, StoreFile& store, const BlobO
     m_count = CountOf(m_bytes);
 }
 
+size_t PropertyBlob::SizeOf(std::string_view bytes)
+{
+    return WithoutChecksum(bytes).size();
+}
+
 ULONG PropertyBlob::RawTag(size_t index) const
 {
     const size_t at = HeaderSize + index * EntrySize;

@@ -38,6 +38,8 @@ public:
     /// The property at a place of the index.
     EncodedValue At(size_t index) const;
     PropertySet Decode() const;
+    /// The bytes without the checksum, which is the file's and not the object's: what a size tells of.
+    static size_t SizeOf(std::string_view bytes);
     /// True when the index fits the bytes; the checksum is not looked at.
     static bool IsSound(std::string_view bytes);
     /// True when the bytes match their checksum; always where a blob has none.

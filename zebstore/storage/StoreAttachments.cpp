@@ -12,7 +12,7 @@ namespace
 // What a stored part adds to the size of its message.
 std::uint64_t BytesOf(std::string_view blob)
 {
-    std::uint64_t bytes = blob.size();
+    std::uint64_t bytes = PropertyBlob::SizeOf(blob);
     for (const LargeReference& reference : ReferencesIn(blob))
         bytes += reference.size;
     return bytes;

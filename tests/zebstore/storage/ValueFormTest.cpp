@@ -88,6 +88,20 @@ TEST_F(ValueForm, ANewMessageKnowsItsPartsAndTheirSize)
     EXPECT_GT(stored.Long(PR_MESSAGE_SIZE), Store().LoadMessage(bare).properties.Long(PR_MESSAGE_SIZE));
 }
 
+TEST_F(ValueForm, TheSizeOfAMessageDoesNotCountChecksums)
+{
+    PropertySet type;
+    type.SetLong(PR_RECIPIENT_TYPE, MAPI_TO);
+    MessageContent content = WithBody("text");
+    const MessageId bare = Store().CreateMessage(Inbox, false, content);
+    content.recipients = std::vector<PropertySet>{type};
+    const MessageId message = Store().CreateMessage(Inbox, false, content);
+    // The header, one entry of the index and a number of 4 bytes.
+    EXPECT_EQ(Store().LoadMessage(message).properties.Long(PR_MESSAGE_SIZE) -
+                  Store().LoadMessage(bare).properties.Long(PR_MESSAGE_SIZE),
+              4 + 8 + 4);
+}
+
 TEST_F(ValueForm, TheFormDoesNotDependOnHowTheValueWasGiven)
 {
     const std::string text(3000, 'a'); // 3,000 bytes in the file, 6,000 in a stream
