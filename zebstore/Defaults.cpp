@@ -49,6 +49,13 @@ bool AddSyncKey(const MAPIUID& store, ULONG tag, const MessageOrigin& origin, Pr
     }
 }
 
+bool AddTime(ULONG tag, std::int64_t time, PropertySet& out)
+{
+    if (time != 0)
+        out.SetTime(tag, {static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)});
+    return time != 0;
+}
+
 } // namespace
 
 bool IsMessageDefault(ULONG tag)
@@ -92,6 +99,40 @@ bool AddMessageDefault(const MAPIUID& store, ULONG tag, const MessageOrigin& ori
     default:
         return IsMessageDefault(tag) && AddSyncKey(store, tag, origin, out);
     }
+}
+
+bool AddFolderDefault(const MAPIUID& store, ULONG tag, const FolderTimesReader& times, PropertySet& out)
+{
+    switch (PROP_ID(tag))
+    {
+    case PROP_ID(PR_CREATION_TIME):
+        return AddTime(PR_CREATION_TIME, times().created, out);
+    case PROP_ID(PR_LAST_MODIFICATION_TIME):
+        return AddTime(PR_LAST_MODIFICATION_TIME, times().modified, out);
+    case PROP_ID(PrChangeKey):
+        SetKey(out, PrChangeKey, SyncKey(store, times().modified));
+        return true;
+    case PROP_ID(PrPredecessorChangeList):
+        SetKey(out, PrPredecessorChangeList, WithChange({}, SyncKey(store, times().modified)));
+        return true;
+    default:
+        return false;
+    }
+}
+
+void CompleteChangeKeys(const MAPIUID& store, bool isNext, PropertySet& properties)
+{
+    if (!properties.Has(PrChangeKey) && !properties.Has(PrPredecessorChangeList))
+        return;
+    std::string key = properties.Binary(PrChangeKey);
+    std::string list = properties.Binary(PrPredecessorChangeList);
+    if (isNext || key.empty())
+    {
+        list = WithChange(list, key);
+        key = NextChangeKey(store, key);
+        SetKey(properties, PrChangeKey, key);
+    }
+    SetKey(properties, PrPredecessorChangeList, WithChange(list, key));
 }
 
 std::string SyncKey(const MAPIUID& store, std::int64_t number)

@@ -1,5 +1,6 @@
 #include "zebstore/Folder.h"
 
+#include "platform/datetime.h"
 #include "zebstore/Defaults.h"
 #include "zebstore/OpenFlags.h"
 #include "zebstore/Table.h"
@@ -82,11 +83,24 @@ bool Folder::Lists(ULONG tag)
     return PROP_ID(tag) != PROP_ID(PrSourceKey) && PROP_ID(tag) != PROP_ID(PrParentSourceKey);
 }
 
+bool Folder::Default(ULONG tag, PropertySet& out)
+{
+    const auto times = [this] { return File().TimesOfFolder(m_folder); };
+    return Store()->Computed()->DefaultOfFolder(tag, times, out);
+}
+
 void Folder::Edit(const std::function<void(PropertySet&)>& change)
 {
     const std::lock_guard<std::recursive_mutex> hold(File().Lock());
-    PropertySet properties = File().FolderProperties(m_folder);
+    const PropertySet before = File().FolderProperties(m_folder);
+    PropertySet properties = before;
     change(properties);
+    CompleteChangeKeys(Store()->Uid(), properties.Binary(PrChangeKey) == before.Binary(PrChangeKey),
+                       properties);
+    // A time that somebody wrote holds until the next change.
+    if (before.Has(PR_LAST_MODIFICATION_TIME) &&
+        properties.Find(PR_LAST_MODIFICATION_TIME).bytes == before.Find(PR_LAST_MODIFICATION_TIME).bytes)
+        properties.SetTime(PR_LAST_MODIFICATION_TIME, zeb::platform::CurrentFileTime());
     File().SaveFolderProperties(m_folder, properties);
 }
 

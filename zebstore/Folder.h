@@ -56,6 +56,7 @@ private:
     bool Compute(ULONG tag, PropertySet& out) override;
     const std::vector<ULONG>& ComputedTags() override;
     bool Lists(ULONG tag) override;
+    bool Default(ULONG tag, PropertySet& out) override;
     void Edit(const std::function<void(PropertySet&)>& change) override;
     void Save(ULONG) override {}
     IUnknown* OpenObject(ULONG tag, const IID& iid, ULONG options, ULONG flags) override;

@@ -225,25 +225,7 @@ void Message::Complete()
                          (m_properties.Long(PR_MESSAGE_FLAGS) & ~LONG(MSGFLAG_ASSOCIATED)) | kind);
     CompleteSubject();
     CompleteNames();
-    CompleteChange();
-}
-
-// The key of a change that somebody wrote holds until the next one, and then is one of its predecessors. A message whose
-// keys nobody wrote stores none: they follow from the number of its last change.
-void Message::CompleteChange()
-{
-    if (!m_properties.Has(PrChangeKey) && !m_properties.Has(PrPredecessorChangeList))
-        return;
-    std::string key = m_properties.Binary(PrChangeKey);
-    std::string list = m_properties.Binary(PrPredecessorChangeList);
-    if (!WasWritten(PrChangeKey) && (m_saved || key.empty()))
-    {
-        list = WithChange(list, key);
-        key = NextChangeKey(Store()->Uid(), key);
-        m_properties.SetBinary(PrChangeKey, key.data(), key.size());
-    }
-    list = WithChange(list, key);
-    m_properties.SetBinary(PrPredecessorChangeList, list.data(), list.size());
+    CompleteChangeKeys(Store()->Uid(), m_saved && !WasWritten(PrChangeKey), m_properties);
 }
 
 void Message::CompleteSubject()

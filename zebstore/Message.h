@@ -79,7 +79,6 @@ private:
     void Complete();
     void CompleteSubject();
     void CompleteNames();
-    void CompleteChange();
     void Commit(bool force);
     MessageContent TakeContent();
     void GiveBack(MessageContent&& content);

@@ -97,6 +97,11 @@ public:
         return AddMessageDefault(m_uid, tag, origin, out);
     }
 
+    bool DefaultOfFolder(ULONG tag, const FolderTimesReader& times, PropertySet& out) const override
+    {
+        return AddFolderDefault(m_uid, tag, times, out);
+    }
+
     std::vector<ULONG> MessageTags() const override
     {
         return {PR_ENTRYID,      PR_RECORD_KEY,         PR_PARENT_ENTRYID,   PR_OBJECT_TYPE,

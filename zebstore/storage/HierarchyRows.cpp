@@ -41,7 +41,12 @@ public:
             return *value;
         if (!m_stored)
             m_stored = m_store.FolderProperties(m_info.id);
-        return m_stored->Find(tag);
+        if (const EncodedValue stored = m_stored->Find(tag))
+            return stored;
+        const auto times = [this] { return m_store.TimesOfFolder(m_info.id); };
+        const auto complete = [&](PropertySet& made)
+        { return m_computed && m_computed->DefaultOfFolder(tag, times, made); };
+        return m_made.Find(tag, complete).value_or(EncodedValue());
     }
 
 private:
@@ -180,6 +185,7 @@ private:
     {
         FolderInfo info;
         std::string properties;
+        std::int64_t modified;
 
         bool operator==(const Seen& other) const
         {
@@ -188,7 +194,8 @@ private:
                 return std::make_tuple(each.parent, each.type, each.messages, each.unread, each.associated,
                                        each.subfolders != 0, each.depth);
             };
-            return shown(info) == shown(other.info) && properties == other.properties;
+            return shown(info) == shown(other.info) && properties == other.properties &&
+                   modified == other.modified;
         }
     };
 
@@ -200,7 +207,7 @@ private:
         for (const FolderInfo& info : m_store->FoldersUnder(m_folder, m_wholeTree))
         {
             query.Bind(1, info.id).Step();
-            seen[info.id] = {info, std::string(query.Bytes(0))};
+            seen[info.id] = {info, std::string(query.Bytes(0)), m_store->TimesOfFolder(info.id).modified};
             query.Reset();
         }
         return seen;

@@ -120,6 +120,9 @@ struct MessageOrigin
     std::function<std::int64_t()> change;
 };
 
+/// Reads the times of the folder that a default is asked for; called only where they matter.
+using FolderTimesReader = std::function<FolderTimes()>;
+
 /// What a message or a folder has beyond its stored properties: entry identifiers, record keys, object type
 /// ... It goes before a stored property of the same identifier. Threads: any.
 class ComputedProperties
@@ -133,6 +136,8 @@ public:
     virtual bool IsDefault(ULONG) const { return false; }
     /// Adds it to `out`. A stored one goes before it. @return false when it is none
     virtual bool DefaultOfMessage(ULONG, const MessageOrigin&, PropertySet&) const { return false; }
+    /// The same for a folder.
+    virtual bool DefaultOfFolder(ULONG, const FolderTimesReader&, PropertySet&) const { return false; }
     /// The tags of all that is computed.
     virtual std::vector<ULONG> MessageTags() const = 0;
     virtual std::vector<ULONG> FolderTags() const = 0;

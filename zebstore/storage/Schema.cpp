@@ -18,10 +18,11 @@ struct TableSql
     const char* name;
     const char* sql;
     std::int64_t since;          // the schema version that brought it
-    const char* older = nullptr; // its statement in files before ChecksumVersion, where that differs
+    const char* older = nullptr; // its statement in files before version 4, where that differs
 };
 
-// folder.key is the sort key of the folder's name; siblings never share one.
+// folder.key is the sort key of the folder's name; siblings never share one. Its times are those of FILETIME; null in a folder
+// of an older file, until it is saved.
 //
 // contents has a row for each place of messages: container = 2 * folder + 1 for associated ones. `next` is
 // the number that the next message gets, so numbers are never given twice; `change` rises with every
@@ -45,8 +46,11 @@ constexpr TableSql Tables[] = {
      "CREATE TABLE store(id INTEGER PRIMARY KEY CHECK(id=1), uid BLOB NOT NULL, props BLOB NOT NULL)", 1},
     {"folder",
      "CREATE TABLE folder(id INTEGER PRIMARY KEY AUTOINCREMENT, parent INTEGER REFERENCES folder(id), "
-     "type INTEGER NOT NULL, key TEXT NOT NULL, props BLOB NOT NULL, UNIQUE(parent, key))",
-     1},
+     "type INTEGER NOT NULL, key TEXT NOT NULL, props BLOB NOT NULL, created INTEGER, modified INTEGER, "
+     "UNIQUE(parent, key))",
+     1,
+     "CREATE TABLE folder(id INTEGER PRIMARY KEY AUTOINCREMENT, parent INTEGER REFERENCES folder(id), "
+     "type INTEGER NOT NULL, key TEXT NOT NULL, props BLOB NOT NULL, UNIQUE(parent, key))"},
     {"contents",
      "CREATE TABLE contents(container INTEGER PRIMARY KEY, folder INTEGER REFERENCES folder(id) "
      "ON DELETE CASCADE, rows INTEGER NOT NULL, unread INTEGER NOT NULL, next INTEGER NOT NULL, "
@@ -203,6 +207,8 @@ void UpgradeSchema(Database& database)
     if (version == FirstVersion)
         database.Execute("ALTER TABLE contents ADD COLUMN recent BLOB");
     AddTables(database, version);
+    database.Execute("ALTER TABLE folder ADD COLUMN created INTEGER");
+    database.Execute("ALTER TABLE folder ADD COLUMN modified INTEGER");
     AddChecksums(database);
     WriteVersion(database);
     CheckSchema(database);

@@ -13,6 +13,8 @@ constexpr std::int32_t SchemaVersion = 4;
 constexpr std::int32_t AddressBookVersion = 3;
 /// The version that brought checksums of property blobs and of the pieces of large values.
 constexpr std::int32_t ChecksumVersion = 4;
+/// The version that brought the times of folders.
+constexpr std::int32_t FolderTimesVersion = 4;
 
 /// Bits of message.parts: what a message has beside its row, so that deleting one without them touches
 /// nothing else.

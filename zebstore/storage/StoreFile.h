@@ -64,6 +64,13 @@ struct FolderInfo
     ULONG depth = 0;      ///< only from FoldersUnder: 1 for a direct subfolder
 };
 
+/// As FILETIMEs; 0 where the file does not know.
+struct FolderTimes
+{
+    std::int64_t created = 0;
+    std::int64_t modified = 0; ///< when its properties or its parent were last saved; rises with every save
+};
+
 struct MessageContent;
 
 /// What happens to one attachment when its message is saved.
@@ -148,6 +155,7 @@ public:
     FolderInfo Folder(FolderId folder);
     bool FolderExists(FolderId folder);
     PropertySet FolderProperties(FolderId folder);
+    FolderTimes TimesOfFolder(FolderId folder);
     /// Direct subfolders, or the whole tree below in depth-first order, siblings by name.
     std::vector<FolderInfo> FoldersUnder(FolderId folder, bool wholeTree);
     /// Compares without case. @return 0 when there is none.

@@ -1,6 +1,7 @@
 // The folder tree of StoreFile.
 #include "zebstore/storage/StoreFile.h"
 
+#include "platform/datetime.h"
 #include "zebstore/storage/PropertyBlob.h"
 #include "zebstore/storage/Schema.h"
 #include "zebstore/storage/StoreParts.h"
@@ -46,6 +47,12 @@ void RefuseStandard(const StoreFile& store, FolderId folder, const char* what)
     if (IsStandard(folder))
         throw Error(MAPI_E_NO_ACCESS, std::string("A standard folder of the store file '") + store.Path() +
                                           "' can not be " + what + ".");
+}
+
+std::int64_t Now()
+{
+    const FILETIME time = zeb::platform::CurrentFileTime();
+    return static_cast<std::int64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
 }
 
 std::string KeyOf(std::string_view name)
@@ -117,8 +124,8 @@ FolderId InsertFolder(StoreFile& store, FolderId id, FolderId parent, const Prop
     const std::string blob = WriteBlob(store, properties, none, large);
     const std::string key = KeyOf(properties.Text(PR_DISPLAY_NAME_W));
     {
-        Query query(database,
-                    "INSERT INTO folder(id, parent, type, key, props) VALUES(?, ?, ?, ?, ?) RETURNING id");
+        Query query(database, "INSERT INTO folder(id, parent, type, key, props, created, modified) "
+                              "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?6) RETURNING id");
         if (id == 0)
             query.BindNull(1);
         else
@@ -127,7 +134,7 @@ FolderId InsertFolder(StoreFile& store, FolderId id, FolderId parent, const Prop
             query.BindNull(2);
         else
             query.Bind(2, parent);
-        query.Bind(3, type).BindText(4, key).BindBlob(5, blob).Step();
+        query.Bind(3, type).BindText(4, key).BindBlob(5, blob).Bind(6, Now()).Step();
         id = query.Number(0);
     }
     if (id >= MostFolders)
@@ -162,6 +169,16 @@ PropertySet StoreFile::FolderProperties(FolderId folder)
     if (!query.Step())
         throw Error(MAPI_E_NOT_FOUND, "The folder is not in the store file '" + m_path + "' any more.");
     return PropertyBlob(query.Bytes(0), *this, {"folder", folder}).Decode();
+}
+
+FolderTimes StoreFile::TimesOfFolder(FolderId folder)
+{
+    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    if (m_version < FolderTimesVersion)
+        return {};
+    Query query(*m_database, "SELECT created, modified FROM folder WHERE id=?");
+    query.Bind(1, folder);
+    return query.Step() ? FolderTimes{query.Number(0), query.Number(1)} : FolderTimes{};
 }
 
 std::vector<FolderInfo> StoreFile::FoldersUnder(FolderId folder, bool wholeTree)
@@ -233,10 +250,12 @@ void StoreFile::SaveFolderProperties(FolderId folder, const PropertySet& propert
     bool large = false;
     const std::string blob = WriteBlob(*this, properties, kept, large);
     const std::string key = KeyOf(name);
-    Query(*m_database, "UPDATE folder SET key=?, props=? WHERE id=?")
+    Query(*m_database,
+          "UPDATE folder SET key=?, props=?, modified=max(?, coalesce(modified, 0)+1) WHERE id=?")
         .BindText(1, key)
         .BindBlob(2, blob)
-        .Bind(3, folder)
+        .Bind(3, Now())
+        .Bind(4, folder)
         .Run();
     DeleteReferences(*m_database, kept);
     TouchTree(*m_database);

@@ -1,4 +1,5 @@
 // What clients pass, write and read routinely.
+#include "platform/datetime.h"
 #include "tests/support/Unprivileged.h"
 #include "tests/zebstore/provider/ProviderFixture.h"
 #include "zebstore/Defaults.h"
@@ -30,6 +31,17 @@ protected:
     {
         const Bytes bytes = GetBytes(object, tag);
         return {bytes.begin(), bytes.end()};
+    }
+
+    static std::int64_t NumberOf(const FILETIME& time)
+    {
+        return static_cast<std::int64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
+    }
+    static std::int64_t Now() { return NumberOf(zeb::platform::CurrentFileTime()); }
+    static std::int64_t TimeOf(IMAPIProp* object, ULONG tag)
+    {
+        const Buffer<SPropValue> value = Get(object, tag);
+        return value.Get() ? NumberOf(value->Value.ft) : 0;
     }
 
     static ULONG CountOf(IMAPIFolder& folder, ULONG flags, bool hierarchy = false)
@@ -221,6 +233,61 @@ TEST_F(Clients, SeeAnotherChangeKeyAfterEachSaveThatDoesNotWriteOne)
         EXPECT_NE(list.find(importedEntry), std::string::npos);
         EXPECT_NE(list.find(std::string(1, 24) + key), std::string::npos);
     }
+}
+
+// They are not listed: what reads all properties of a folder and writes them to another one must not carry them over.
+TEST_F(Clients, KnowFoldersAndTheirChangesByTimesAndKeysThatAreNotListed)
+{
+    const Ref<IMAPIFolder> inbox = Inbox();
+    const std::int64_t start = Now();
+    const Ref<IMAPIFolder> folder = NewFolder(*inbox, "Projects");
+    const std::int64_t created = TimeOf(folder.Get(), PR_CREATION_TIME);
+    EXPECT_GE(created, start);
+    EXPECT_LE(created, Now());
+    const std::int64_t modified = TimeOf(folder.Get(), PR_LAST_MODIFICATION_TIME);
+    EXPECT_EQ(modified, created);
+    const std::string key = BinaryOf(folder.Get(), PrChangeKey);
+    EXPECT_EQ(BinaryOf(folder.Get(), PrPredecessorChangeList), std::string(1, 24) + key);
+    EXPECT_EQ(Set(folder.Get(), NarrowValue(PR_COMMENT_A, "new")), S_OK);
+    EXPECT_EQ(TimeOf(folder.Get(), PR_CREATION_TIME), created);
+    EXPECT_GT(TimeOf(folder.Get(), PR_LAST_MODIFICATION_TIME), modified);
+    EXPECT_GT(BinaryOf(folder.Get(), PrChangeKey), key);
+    SPropTagArray* tags = nullptr;
+    ASSERT_EQ(folder->GetPropList(0, &tags), S_OK);
+    const Buffer<SPropTagArray> owner(tags);
+    for (ULONG i = 0; i < tags->cValues; ++i)
+        for (const ULONG tag :
+             {PR_CREATION_TIME, PR_LAST_MODIFICATION_TIME, PrChangeKey, PrPredecessorChangeList})
+            EXPECT_NE(PROP_ID(tags->aulPropTag[i]), PROP_ID(tag));
+    IMAPITable* table = nullptr;
+    ASSERT_EQ(inbox->GetHierarchyTable(0, &table), S_OK);
+    const Rows rows(table, {PR_CREATION_TIME, PR_LAST_MODIFICATION_TIME, PrChangeKey});
+    ASSERT_EQ(rows.Count(), 1u);
+    EXPECT_EQ(NumberOf(rows.Cell(0, 0).Value.ft), created);
+    EXPECT_EQ(NumberOf(rows.Cell(0, 1).Value.ft), TimeOf(folder.Get(), PR_LAST_MODIFICATION_TIME));
+    EXPECT_EQ(rows.BytesCell(0, 2), GetBytes(folder.Get(), PrChangeKey));
+}
+
+TEST_F(Clients, WriteTimesAndKeysOfAFolderThatHoldUntilItsNextChange)
+{
+    const Ref<IMAPIFolder> folder = NewFolder(*Inbox(), "Projects");
+    const Bytes imported = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 0, 0, 0, 7};
+    const std::string importedEntry = std::string(1, 20) + std::string(imported.begin(), imported.end());
+    SPropValue time{};
+    time.Value.ft = {5, 0x01D00000};
+    time.ulPropTag = PR_CREATION_TIME;
+    EXPECT_EQ(Set(folder.Get(), time), S_OK);
+    time.ulPropTag = PR_LAST_MODIFICATION_TIME;
+    EXPECT_EQ(Set(folder.Get(), time), S_OK);
+    EXPECT_EQ(TimeOf(folder.Get(), PR_LAST_MODIFICATION_TIME), NumberOf(time.Value.ft));
+    EXPECT_EQ(Set(folder.Get(), BinaryValue(PrChangeKey, imported)), S_OK);
+    EXPECT_EQ(GetBytes(folder.Get(), PrChangeKey), imported);
+    EXPECT_EQ(BinaryOf(folder.Get(), PrPredecessorChangeList), importedEntry);
+    EXPECT_EQ(Set(folder.Get(), NarrowValue(PR_COMMENT_A, "new")), S_OK);
+    EXPECT_EQ(TimeOf(folder.Get(), PR_CREATION_TIME), NumberOf(time.Value.ft));
+    EXPECT_GT(TimeOf(folder.Get(), PR_LAST_MODIFICATION_TIME), NumberOf(time.Value.ft));
+    EXPECT_NE(GetBytes(folder.Get(), PrChangeKey), imported);
+    EXPECT_NE(BinaryOf(folder.Get(), PrPredecessorChangeList).find(importedEntry), std::string::npos);
 }
 
 TEST_F(Clients, GetAttachmentsByTheInterfaceTheyAskFor)

@@ -343,6 +343,10 @@ TEST_F(ChecksumTest, AFileOfAnyOlderVersionGetsItsChecksumsWhenItIsOpenedForWrit
             "1)=x'01') + (SELECT count(*) FROM folder WHERE substr(props, 1, 1)=x'01')");
         ASSERT_TRUE(unsealed.Step());
         EXPECT_EQ(unsealed.Number(0), 0) << version;
+        EXPECT_EQ(Store().TimesOfFolder(Inbox).created, 0) << version;
+        Store().SaveFolderProperties(Inbox, Store().FolderProperties(Inbox));
+        EXPECT_EQ(Store().TimesOfFolder(Inbox).created, 0) << "of a folder that was there before";
+        EXPECT_GT(Store().TimesOfFolder(Inbox).modified, 0) << version;
         Flip("message", "props", "id=" + std::to_string(shorter), 60);
         EXPECT_EQ(CodeOf([&] { Store().LoadMessage(shorter); }), MAPI_E_CORRUPT_DATA);
     }
@@ -359,6 +363,7 @@ TEST_F(ChecksumTest, AFileWithoutChecksumsIsReadAsItIs)
     EXPECT_EQ(Store().Version(), 3);
     EXPECT_EQ(Store().LoadMessage(message).properties.Text(PR_BODY_W), std::string(100000, 'b'));
     EXPECT_EQ(Store().Recipients(message).size(), 1u);
+    EXPECT_EQ(Store().TimesOfFolder(Inbox).modified, 0);
     EXPECT_EQ(Problems(), "");
 }
 

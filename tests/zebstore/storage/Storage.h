@@ -110,12 +110,13 @@ HRESULT CodeOf(Body&& body, std::string* text = nullptr)
     return S_OK;
 }
 
-/// Makes an open file one of an older schema version: 3 without checksums, 2 also without an address book, 1 also
+/// Makes an open file one of an older schema version: 3 without checksums and times of folders, 2 also without an address book, 1 also
 /// without lists of recent changes.
 inline void MakeOlder(StoreFile& store, int version)
 {
     Database& database = store.Connection();
     database.Execute("ALTER TABLE chunk DROP COLUMN sum");
+    database.Execute("ALTER TABLE folder DROP COLUMN created; ALTER TABLE folder DROP COLUMN modified");
     for (const char* table :
          {"store", "folder", "message", "recipient", "attachment", "address", "directory"})
         database.Execute(("UPDATE " + std::string(table) +
