@@ -14,6 +14,9 @@ MAIL = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Clients\\Mail\\Microsoft Outlook"
 BUILD = None
 WINDOWS = False
 PREFIX = None
+END = re.compile(r"^live objects (\d+), live buffers (\d+), bad frees (\d+)$", re.M)
+# An exception keeps the provider's text, a list of one identifier its block of entries.
+KEEPING = re.compile(r"::GetLastError 0x00000000$| IMAPIFolder::(?:Delete|Copy)Messages ", re.M)
 # Every path of a test has characters outside the code pages, of one and of two units of UTF-16. Short: pages show sizes.
 FOLDER = "zeb \u65e5\u672c\U0001F600-"
 
@@ -97,7 +100,26 @@ class World(unittest.TestCase):
         command = [str(BUILD / "bin" / tool), *arguments]
         if WINDOWS:
             command = [str(ROOT / "scripts/wine-run.sh"), str(BUILD / "bin" / (tool + ".exe")), *arguments]
-        return self.run_command(command, **more)
+        environment = more.get("env", self.environment)
+        if "ZEBSTORE_TRACE" in environment:
+            return self.run_command(command, **more)
+        with tempfile.TemporaryDirectory(prefix="zeb-trace-") as folder:
+            trace = pathlib.Path(folder) / "trace"
+            named = "Z:" + str(trace).replace("/", "\\") if WINDOWS else str(trace)
+            done = self.run_command(command, **{**more, "env": dict(environment, ZEBSTORE_TRACE=named)})
+            if trace.exists():
+                self.check_trace(trace.read_text(encoding="utf-8"), done)
+        return done
+
+    def check_trace(self, trace, done):
+        """A tool that started the provider ends with no object, no block and no second free, whatever its exit code."""
+        ends = [tuple(map(int, end)) for end in END.findall(trace)]
+        kept = len(KEEPING.findall(trace))
+        started = " MAPIInitialize 0x00000000" in trace
+        self.assertTrue(ends or not started, f"{done.args}: the provider was started and not ended")
+        for objects, buffers, frees in ends:
+            self.assertEqual((objects, frees), (0, 0), done.args)
+            self.assertLessEqual(buffers, kept, done.args)
 
     def run_command(self, command, **more):
         more.setdefault("env", self.environment)
