@@ -28,7 +28,7 @@ const char InfoClass[] = "IPM.Note.QorInfo";
 /// The entry identifier of the first row whose text property equals `text`; the table keeps columns and restriction.
 /// @throws CZebException* 1168 when there is none
 template <class Char>
-CZebBinary FindByString(CZebTable table, ULONG tag, const Char* text)
+CZebBinary FindByString(CZebTable table, ULONG tag, const Char* text, const char* operation = ZEB_CALLER)
 {
     table.SetColumns(2, PR_ENTRYID, tag);
     CZebRestrictionAllocator filter;
@@ -39,9 +39,16 @@ CZebBinary FindByString(CZebTable table, ULONG tag, const Char* text)
     table.QueryRows(&rows, 1, nullptr, nullptr);
     if (!rows.IsValid())
     {
-        CZebException::Throw(ElementNotFound, __FILE__, __LINE__);
+        zeb::ThrowAbout([text] { return zeb::NameText(text); }, ElementNotFound, __FILE__, __LINE__,
+                        operation);
     }
     return CZebBinary(zeb::Received(rows[0][PR_ENTRYID]));
+}
+
+/// What a call on a list of messages is about.
+auto CountOf(const SBinaryArray* list)
+{
+    return [list] { return zeb::CountText(list != nullptr ? list->cValues : 0, "message"); };
 }
 
 SPropValue Text(ULONG tag, const char* text)
@@ -157,7 +164,8 @@ CZebFolder CZebFolder::OpenFolderByName(const char* name)
 void CZebFolder::DeleteFolder(const SBinary& entryID, HWND parent, ULONG flags, IMAPIProgress* progress)
 {
     CComPtr<IMAPIFolder> folder = GetFolder();
-    ThrowIfFailed(
+    zeb::ThrowIfFailedAbout(
+        [&] { return zeb::EntryText(entryID); },
         folder->DeleteFolder(entryID.cb, zeb::EntryID(entryID), zeb::UIParam(parent), progress, flags),
         folder, __FILE__, __LINE__);
 }
@@ -165,8 +173,9 @@ void CZebFolder::DeleteFolder(const SBinary& entryID, HWND parent, ULONG flags, 
 void CZebFolder::DeleteMessages(SBinaryArray* list, HWND parent, ULONG flags, IMAPIProgress* progress)
 {
     CComPtr<IMAPIFolder> folder = GetFolder();
-    ThrowIfFailed(folder->DeleteMessages(list, zeb::UIParam(parent), progress, flags), folder, __FILE__,
-                  __LINE__);
+    zeb::ThrowIfFailedAbout(CountOf(list),
+                            folder->DeleteMessages(list, zeb::UIParam(parent), progress, flags), folder,
+                            __FILE__, __LINE__);
 }
 
 void CZebFolder::DeleteMessage(const SBinary& entryID)
@@ -180,9 +189,10 @@ void CZebFolder::CopyMessages(SBinaryArray* list, CZebFolder& dest, ULONG flags,
 {
     CComPtr<IMAPIFolder> folder = GetFolder();
     CComPtr<IMAPIFolder> target = dest.GetFolder();
-    ThrowIfFailed(folder->CopyMessages(list, dest.GetInterfaceCIID(), target.Checked(), zeb::UIParam(parent),
-                                       progress, flags),
-                  folder, __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout(CountOf(list),
+                            folder->CopyMessages(list, dest.GetInterfaceCIID(), target.Checked(),
+                                                 zeb::UIParam(parent), progress, flags),
+                            folder, __FILE__, __LINE__);
 }
 
 void CZebFolder::CopyMessage(const SBinary& entryID, CZebFolder& dest, ULONG flags)

@@ -3,6 +3,7 @@
 
 #include "zebapi/Exception.h"
 #include "zebapi/IProp.h"
+#include "zebapi/Subject.h"
 
 namespace zeb
 {
@@ -37,14 +38,16 @@ template <class Interface>
 void OpenEntry(Interface* source, const SBinary& entryID, CZebIProp& target, ULONG flags, const char* file,
                int line)
 {
+    const auto entry = [&] { return EntryText(entryID); };
     ULONG type = 0;
-    ThrowIfFailed(
+    ThrowIfFailedAbout(
+        entry,
         source->OpenEntry(entryID.cb, EntryID(entryID), target.GetInterfaceCIID(), flags, &type, &target),
         source, file, line);
     if (!target.IsMAPITypeAcceptable(type))
     {
         target.Free();
-        CZebException::Throw(MAPI_E_INVALID_TYPE, file, line);
+        ThrowAbout(entry, MAPI_E_INVALID_TYPE, file, line);
     }
     RequireObject(target.IsValid(), file, line);
 }

@@ -92,9 +92,10 @@ void CZebSession::OpenEntry(const SBinary& entryId, CZebIProp& target, ULONG fla
 CZebMsgStore CZebSession::OpenMsgStore(const SBinary& entryId, HWND parent, ULONG flags)
 {
     CComPtr<IMsgStore> store;
-    ThrowIfFailed(m_session->OpenMsgStore(zeb::UIParam(parent), entryId.cb, zeb::EntryID(entryId),
-                                          &IID_IMsgStore, flags, store.Put()),
-                  m_session, __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout([&] { return zeb::EntryText(entryId); },
+                            m_session->OpenMsgStore(zeb::UIParam(parent), entryId.cb, zeb::EntryID(entryId),
+                                                    &IID_IMsgStore, flags, store.Put()),
+                            m_session, __FILE__, __LINE__);
     zeb::RequireObject(static_cast<bool>(store), __FILE__, __LINE__);
     return CZebMsgStore(store.Get());
 }
@@ -130,8 +131,10 @@ CZebMsgStore CZebSession::OpenDefaultMsgStore(HWND parent, ULONG flags)
 bool CZebSession::CompareEntryIDs(const SBinary& a, const SBinary& b)
 {
     ULONG equal = 0;
-    ThrowIfFailed(m_session->CompareEntryIDs(a.cb, zeb::EntryID(a), b.cb, zeb::EntryID(b), 0, &equal),
-                  m_session, __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout(
+        [&] { return zeb::EntryText(a) + ", " + zeb::EntryText(b); },
+        m_session->CompareEntryIDs(a.cb, zeb::EntryID(a), b.cb, zeb::EntryID(b), 0, &equal), m_session,
+        __FILE__, __LINE__);
     return equal != 0;
 }
 

@@ -2,6 +2,7 @@
 
 #include "zebapi/EntryPoints.h"
 #include "zebapi/Exception.h"
+#include "zebapi/Subject.h"
 #include "zebapi/TAGS.h"
 #include "zebapi/TableNumbers.h"
 
@@ -71,7 +72,8 @@ void CZebTable::Advise(IMAPIAdviseSink* sink, ULONG* connection)
 void CZebTable::Unadvise(ULONG connection)
 {
     const ULONG_PTR number = zeb::WholeNumber(m_table.Get(), zeb::TableNumber::Connection, connection);
-    ThrowIfFailed(m_table->Unadvise(number), m_table, __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout([connection] { return zeb::NumberText("connection", connection); },
+                            m_table->Unadvise(number), m_table, __FILE__, __LINE__);
     zeb::ForgetNumber(m_table.Get(), zeb::TableNumber::Connection, connection);
 }
 
@@ -102,7 +104,8 @@ void CZebTable::SetColumns(ULONG count, ...)
 
 void CZebTable::SetColumns(SPropTagArray* columns)
 {
-    ThrowIfFailed(m_table->SetColumns(columns, 0), m_table, __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout([columns] { return zeb::TagsText(columns); }, m_table->SetColumns(columns, 0),
+                            m_table, __FILE__, __LINE__);
 }
 
 void CZebTable::SortTable(SSortOrderSet* order)
@@ -130,7 +133,8 @@ void CZebTable::QueryRows(SRowSet** rows, LONG count, SRestriction* restriction,
         }
         count = static_cast<LONG>(all);
     }
-    ThrowIfFailed(m_table->QueryRows(count, 0, rows), m_table, __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout([count] { return zeb::RowsText(count); }, m_table->QueryRows(count, 0, rows),
+                            m_table, __FILE__, __LINE__);
 }
 
 void CZebTable::QueryAllRows(SRowSet** rows, SRestriction* restriction, SSortOrderSet* order)
@@ -151,7 +155,8 @@ ULONG CZebTable::CreateBookmark()
 void CZebTable::FreeBookmark(ULONG bookmark)
 {
     const BOOKMARK number = zeb::WholeNumber(m_table.Get(), zeb::TableNumber::Bookmark, bookmark);
-    ThrowIfFailed(m_table->FreeBookmark(number), m_table, __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout([bookmark] { return zeb::NumberText("bookmark", bookmark); },
+                            m_table->FreeBookmark(number), m_table, __FILE__, __LINE__);
     zeb::ForgetNumber(m_table.Get(), zeb::TableNumber::Bookmark, bookmark);
 }
 
@@ -174,7 +179,9 @@ ULONG CZebTable::QueryPosition()
 void CZebTable::SeekRow(ULONG origin, LONG rowCount, LONG* rowsSought)
 {
     const BOOKMARK bookmark = zeb::WholeNumber(m_table.Get(), zeb::TableNumber::Bookmark, origin);
-    ThrowIfFailed(m_table->SeekRow(bookmark, rowCount, rowsSought), m_table, __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout(
+        [=] { return zeb::RowsText(rowCount) + " from " + zeb::NumberText("bookmark", origin); },
+        m_table->SeekRow(bookmark, rowCount, rowsSought), m_table, __FILE__, __LINE__);
 }
 
 bool CZebTable::FindRow(SRestriction* restriction, ULONG origin, ULONG flags)
@@ -182,7 +189,8 @@ bool CZebTable::FindRow(SRestriction* restriction, ULONG origin, ULONG flags)
     try
     {
         const BOOKMARK bookmark = zeb::WholeNumber(m_table.Get(), zeb::TableNumber::Bookmark, origin);
-        ThrowIfFailed(m_table->FindRow(restriction, bookmark, flags), m_table, __FILE__, __LINE__);
+        zeb::ThrowIfFailedAbout([origin] { return "from " + zeb::NumberText("bookmark", origin); },
+                                m_table->FindRow(restriction, bookmark, flags), m_table, __FILE__, __LINE__);
         return true;
     }
     catch (CZebException* e)

@@ -93,6 +93,7 @@ struct Failure
 {
     HRESULT result = S_OK;
     std::string text;
+    std::string context; ///< CZebException::GetContext
 };
 template <typename Body>
 Failure FailureOf(Body&& body)
@@ -103,7 +104,8 @@ Failure FailureOf(Body&& body)
     }
     catch (CZebException* exception)
     {
-        Failure thrown{exception->GetResult(), Zeb_GetExceptionDescription(exception).GetString()};
+        Failure thrown{exception->GetResult(), Zeb_GetExceptionDescription(exception).GetString(),
+                       exception->GetContext().GetString()};
         exception->Delete();
         return thrown;
     }
