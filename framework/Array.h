@@ -16,7 +16,7 @@ namespace zeb
 {
 
 /// A growing array of values, in one block of shared memory. Indexes outside it throw std::out_of_range; more elements than
-/// an address space holds, std::length_error; no memory, std::bad_alloc.
+/// an address space holds, std::length_error; no memory, std::bad_alloc (inside the library, CZebException* for both).
 ///
 /// The layout is part of the library's interface: pointer, count, capacity. Adding and growing leave the array as it was
 /// when they throw. Elements given to it may be its own.
@@ -194,7 +194,7 @@ private:
         static_assert(alignof(TYPE) <= alignof(std::max_align_t), "shared memory has the usual alignment");
         if (capacity > MaxCount())
         {
-            throw std::length_error("CArray: too many elements");
+            framework::ThrowTooLong("CArray: too many elements");
         }
         if (capacity > 0)
         {

@@ -23,7 +23,8 @@ namespace zeb
 ///
 /// Positions and lengths are in characters. Text may contain zeros. Through an argument list (Format) pass the pointer,
 /// not the string: `static_cast<const char*>(text)`. Layout and memory are the library's own and shared by host and
-/// library (framework::TextBuffer). More than 2^31 - 2 characters throw std::length_error, no memory std::bad_alloc.
+/// library (framework::TextBuffer). More than 2^31 - 2 characters throw std::length_error, no memory std::bad_alloc
+/// (inside the library, CZebException* for both).
 template <class CHAR_TYPE>
 class CStringT
 {

@@ -6,13 +6,57 @@
 #include <cstddef>
 #include <cstdlib>
 #include <new>
+#include <stdexcept>
+#include <utility>
 
 namespace zeb::framework
 {
 
+/// Throws this module's exception for want of memory. Each module (a program, a library) has its own, null at first.
+inline void (*g_throwOutOfMemory)() = nullptr;
+
+/// Says that memory is out: throws what this module throws for it, std::bad_alloc when nothing else was set.
+[[noreturn]] inline void ThrowOutOfMemory()
+{
+    if (g_throwOutOfMemory != nullptr)
+    {
+        g_throwOutOfMemory();
+    }
+    throw std::bad_alloc();
+}
+
+/// The same for more elements than a container can hold; std::length_error when nothing else was set.
+[[noreturn]] inline void ThrowTooLong(const char* what)
+{
+    if (g_throwOutOfMemory != nullptr)
+    {
+        g_throwOutOfMemory();
+    }
+    throw std::length_error(what);
+}
+
+/// Runs `body`; where the standard library finds no memory, ThrowOutOfMemory says so.
+/// @return what `body` returns
+template <class Body>
+auto WithMemory(Body&& body) -> decltype(body())
+{
+    try
+    {
+        return std::forward<Body>(body)();
+    }
+    catch (const std::bad_alloc&)
+    {
+        ThrowOutOfMemory();
+    }
+    catch (const std::length_error&)
+    {
+        ThrowOutOfMemory();
+    }
+}
+
 /// A block of the process: the process heap on Windows, which every C runtime of the process can free; malloc on Linux,
 /// where there is one C library.
-/// @return never null, aligned for any fundamental type. @throws std::bad_alloc
+/// @return never null, aligned for any fundamental type. @throws as ThrowOutOfMemory
 inline void* AllocateShared(std::size_t bytes)
 {
 #ifdef _WIN32
@@ -22,7 +66,7 @@ inline void* AllocateShared(std::size_t bytes)
 #endif
     if (block == nullptr)
     {
-        throw std::bad_alloc();
+        ThrowOutOfMemory();
     }
     return block;
 }

@@ -17,8 +17,8 @@ namespace zeb::framework
 /// longer text in shared memory.
 ///
 /// The layout is part of the library's interface: 32 bytes, whatever the compiler and its standard library. Text that is
-/// given to it may be part of its own. Lengths are in characters and below 2^31 - 1; beyond that std::length_error is
-/// thrown. An operation that throws leaves the text as it was.
+/// given to it may be part of its own. Lengths are in characters and below 2^31 - 1; beyond that ThrowTooLong is
+/// called. An operation that throws leaves the text as it was.
 template <class CHAR_TYPE>
 class TextBuffer
 {
@@ -131,7 +131,7 @@ private:
     {
         if (capacity > maxLength)
         {
-            throw std::length_error("text too long for a string");
+            ThrowTooLong("text too long for a string");
         }
         return static_cast<CHAR_TYPE*>(AllocateShared((capacity + 1) * sizeof(CHAR_TYPE)));
     }
@@ -141,7 +141,7 @@ private:
     {
         if (more > maxLength - m_length)
         {
-            throw std::length_error("text too long for a string");
+            ThrowTooLong("text too long for a string");
         }
         return std::max(m_length + more, std::min<std::size_t>(std::size_t{2} * m_capacity, maxLength));
     }

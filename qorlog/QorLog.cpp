@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
+#include <new>
+#include <optional>
 #include <string>
 
 namespace qorlog
@@ -157,15 +159,22 @@ void Deliver(int level, const char* component, const char* text, bool isNote)
     text = text == nullptr ? "" : text;
     State& state = TheState();
     const std::lock_guard<std::recursive_mutex> guard(state.lock);
-    if (state.sink)
+    try
     {
-        // A copy: the sink may set another one.
-        const Sink sink = state.sink;
-        sink(level, component, text);
+        if (state.sink)
+        {
+            // A copy: the sink may set another one.
+            const Sink sink = state.sink;
+            sink(level, component, text);
+        }
+        else if (state.fallback.IsEnabled(level) && (!isNote || state.fallback.ShowsMoreThanFailures()))
+        {
+            state.fallback.Write(level, component, text);
+        }
     }
-    else if (state.fallback.IsEnabled(level) && (!isNote || state.fallback.ShowsMoreThanFailures()))
+    catch (const std::bad_alloc&)
     {
-        state.fallback.Write(level, component, text);
+        // The line is lost.
     }
 }
 
@@ -184,15 +193,24 @@ void WriteNote(int level, const char* component, const char* text)
 namespace
 {
 
-std::string Printed(const char* format, va_list args)
+/// @return nothing when memory is out: a line that cannot be written is lost, what the caller does goes on
+std::optional<std::string> Printed(const char* format, va_list args)
 {
     va_list again;
     va_copy(again, args);
-    const int length = std::vsnprintf(nullptr, 0, format, args);
-    std::string text(length < 0 ? 0 : static_cast<size_t>(length), '\0');
-    if (length > 0)
+    std::optional<std::string> text;
+    try
     {
-        std::vsnprintf(text.data(), text.size() + 1, format, again);
+        const int length = std::vsnprintf(nullptr, 0, format, args);
+        text.emplace(length < 0 ? 0 : static_cast<size_t>(length), '\0');
+        if (length > 0)
+        {
+            std::vsnprintf(text->data(), text->size() + 1, format, again);
+        }
+    }
+    catch (const std::bad_alloc&)
+    {
+        text.reset();
     }
     va_end(again);
     return text;
@@ -208,9 +226,12 @@ void WriteFormat(int level, const char* component, const char* format, ...)
     }
     va_list args;
     va_start(args, format);
-    const std::string text = Printed(format, args);
+    const std::optional<std::string> text = Printed(format, args);
     va_end(args);
-    Write(level, component, text.c_str());
+    if (text)
+    {
+        Write(level, component, text->c_str());
+    }
 }
 
 void WriteDetail(const char* component, const char* format, ...)
@@ -223,9 +244,12 @@ void WriteDetail(const char* component, const char* format, ...)
     }
     va_list args;
     va_start(args, format);
-    const std::string text = Printed(format, args);
+    const std::optional<std::string> text = Printed(format, args);
     va_end(args);
-    state.fallback.Write(FailureLevel, component, text.c_str());
+    if (text)
+    {
+        state.fallback.Write(FailureLevel, component, text->c_str());
+    }
 }
 
 } // namespace qorlog

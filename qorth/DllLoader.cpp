@@ -1,5 +1,6 @@
 #include "qorth/DllLoader.h"
 
+#include "framework/Memory.h"
 #include "platform/module.h"
 
 #include <utility>
@@ -20,7 +21,8 @@ CDllLoader::~CDllLoader()
 bool CDllLoader::Load(const char* path, long mode)
 {
     std::string reason;
-    void* loaded = zeb::platform::LoadModule(path == nullptr ? "" : path, mode, &reason);
+    void* const loaded = zeb::framework::WithMemory(
+        [&] { return zeb::platform::LoadModule(path == nullptr ? "" : path, mode, &reason); });
     m_reason = loaded == nullptr ? reason.c_str() : "";
     if (loaded == nullptr)
     {

@@ -1,5 +1,6 @@
 #include "qorth/RegKey.h"
 
+#include "framework/Memory.h"
 #include "platform/narrow.h"
 #include "platform/registry.h"
 
@@ -37,10 +38,14 @@ std::optional<RegistryKey> Open(HKEY root, const char* path)
 CQorRegKey::CQorRegKey(HKEY root, const char* path, int, int)
     : m_key(nullptr)
 {
-    if (std::optional<RegistryKey> key = Open(root, path))
-    {
-        m_key = new RegistryKey(std::move(*key));
-    }
+    zeb::framework::WithMemory(
+        [&]
+        {
+            if (std::optional<RegistryKey> key = Open(root, path))
+            {
+                m_key = new RegistryKey(std::move(*key));
+            }
+        });
 }
 
 CQorRegKey::~CQorRegKey()
@@ -78,16 +83,24 @@ CStringA CQorRegKey::GetString() const
 
 bool CQorRegKey::GetString(CStringA& value, const char* name, int) const
 {
-    const auto found = m_key != nullptr
-                           ? m_key->StringValue(name == nullptr ? std::string() : Utf8FromNarrow(name))
-                           : std::nullopt;
-    value = found ? NarrowFromUtf8(*found).c_str() : "";
-    return found.has_value();
+    return zeb::framework::WithMemory(
+        [&]
+        {
+            const auto found =
+                m_key != nullptr ? m_key->StringValue(name == nullptr ? std::string() : Utf8FromNarrow(name))
+                                 : std::nullopt;
+            value = found ? NarrowFromUtf8(*found).c_str() : "";
+            return found.has_value();
+        });
 }
 
 bool CQorRegKey::EnumKey(ULONG index, CStringA& name) const
 {
-    const auto found = m_key != nullptr ? m_key->SubKeyName(index) : std::nullopt;
-    name = found ? NarrowFromUtf8(*found).c_str() : "";
-    return found.has_value();
+    return zeb::framework::WithMemory(
+        [&]
+        {
+            const auto found = m_key != nullptr ? m_key->SubKeyName(index) : std::nullopt;
+            name = found ? NarrowFromUtf8(*found).c_str() : "";
+            return found.has_value();
+        });
 }

@@ -11,7 +11,7 @@ CStringA QorConvertStringByANSITable(const WCHAR* text, int length)
         return CStringA();
     }
     const size_t count = length < 0 ? zeb::platform::WideLength(text) : static_cast<size_t>(length);
-    return CStringA(zeb::platform::NarrowFromWide(text, count));
+    return zeb::framework::WithMemory([&] { return CStringA(zeb::platform::NarrowFromWide(text, count)); });
 }
 
 CStringW QorConvertStringByANSITable(const char* text, int length)
@@ -21,5 +21,5 @@ CStringW QorConvertStringByANSITable(const char* text, int length)
         return CStringW();
     }
     const size_t count = length < 0 ? std::strlen(text) : static_cast<size_t>(length);
-    return CStringW(zeb::platform::WideFromNarrow(text, count));
+    return zeb::framework::WithMemory([&] { return CStringW(zeb::platform::WideFromNarrow(text, count)); });
 }

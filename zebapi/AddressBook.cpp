@@ -191,7 +191,8 @@ CZebABContainer CZebAddressBook::OpenRootContainer(ULONG flags)
 
 CZebContainer CZebAddressBook::OpenContainer(const SBinary& entryID, ULONG flags)
 {
-    const zeb::CEntryIDInfo info{CZebBinary(entryID)};
+    const zeb::CEntryIDInfo info =
+        zeb::framework::WithMemory([&] { return zeb::CEntryIDInfo(CZebBinary(entryID)); });
     CZebContainer container;
     if (IsContactsFolder(info))
     {
@@ -250,7 +251,9 @@ bool CZebAddressBook::CompareEntryIDs(const char* entryIDHex1, const char* entry
     const SBinary& a = firstID;
     const SBinary& b = secondID;
     ULONG equal = 0;
-    ThrowIfFailed(m_session->CompareEntryIDs(a.cb, zeb::EntryID(a), b.cb, zeb::EntryID(b), 0, &equal),
-                  m_session, __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout(
+        [&] { return zeb::EntryText(a) + ", " + zeb::EntryText(b); },
+        m_session->CompareEntryIDs(a.cb, zeb::EntryID(a), b.cb, zeb::EntryID(b), 0, &equal), m_session,
+        __FILE__, __LINE__);
     return equal != 0;
 }

@@ -247,7 +247,9 @@ CStringA CZebBinary::DumpEntryID(CStringA& hex)
 
 CStringA Zeb_DumpEntryID(const char* hex)
 {
-    return hex == nullptr || *hex == 0 ? CStringA() : zeb::CEntryIDInfo(hex).Dump("");
+    return hex == nullptr || *hex == 0
+               ? CStringA()
+               : zeb::framework::WithMemory([hex] { return zeb::CEntryIDInfo(hex).Dump(""); });
 }
 
 CZebEntryIDRequest::CZebEntryIDRequest() = default;

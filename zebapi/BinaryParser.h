@@ -17,7 +17,7 @@ class CSafeArray
 {
 public:
     explicit CSafeArray(size_t count)
-        : m_heap(count > smallCount ? new T[count] : nullptr)
+        : m_heap(count > smallCount ? framework::WithMemory([count] { return new T[count]; }) : nullptr)
     {
     }
     T* Get() { return m_heap != nullptr ? m_heap.get() : m_small; }

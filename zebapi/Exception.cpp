@@ -113,10 +113,17 @@ void CZebException::SetOperation(const char* operation) noexcept
 {
     try
     {
-        // A lambda has no name of its own.
-        m_context = operation != nullptr && std::strcmp(operation, "operator()") != 0 ? operation : "";
+        // A lambda has no name of its own, and the arguments of a template say nothing to a host.
+        const bool isNamed = operation != nullptr && std::strcmp(operation, "operator()") != 0;
+        const bool isOperator = isNamed && std::strncmp(operation, "operator", 8) == 0;
+        m_context = isNamed ? operation : "";
+        const int arguments = m_context.Find('<');
+        if (!isOperator && arguments > 0)
+        {
+            m_context = m_context.Left(arguments);
+        }
     }
-    catch (const std::bad_alloc&)
+    catch (...) // only memory can be out
     {
         m_context.Empty();
     }
@@ -134,9 +141,9 @@ void CZebException::AddContext(const char* thing)
         m_context += thing;
         LDetail("ZebAPI", "CONTEXT %s", static_cast<const char*>(m_context));
     }
-    catch (const std::bad_alloc&)
+    catch (...)
     {
-        // What was thrown is worth more than where.
+        // Memory is out. What was thrown is worth more than where.
     }
 }
 
@@ -165,13 +172,20 @@ void CZebException::ThrowOutOfMemory(const char* file, int line)
         {
             LogThrow(s_outOfMemory.m_result, s_outOfMemory.m_description, file, line);
         }
-        catch (const std::bad_alloc&)
+        catch (...)
         {
-            // The line is lost, the failure is not.
+            // Memory is out. The line is lost, the failure is not.
         }
     }
     throw &s_outOfMemory;
 }
+
+/// From here on the library's strings and containers say that memory is out by a CZebException.
+const bool CZebException::s_hasOwnOutOfMemory = []
+{
+    zeb::framework::g_throwOutOfMemory = [] { ThrowOutOfMemory(nullptr, 0); };
+    return true;
+}();
 
 CStringA Zeb_GetExceptionDescription(CException* e)
 {

@@ -79,6 +79,10 @@ public:
         {
             ThrowOutOfMemory(file, line);
         }
+        catch (CZebException*) // the one for want of memory, without a line of the log
+        {
+            ThrowOutOfMemory(file, line);
+        }
         exception->SetOperation(operation);
         throw exception;
     }
@@ -103,6 +107,7 @@ private:
 
     /// Made when the library is loaded, so that it is there when memory is not. Threads share it unchanged.
     static CZebException s_outOfMemory;
+    static const bool s_hasOwnOutOfMemory;
 
     zeb::CStringA m_description;
     HRESULT m_result;
@@ -218,9 +223,9 @@ auto About(Thing&& thing, Body&& body) -> decltype(body())
         {
             exception->AddContext(std::forward<Thing>(thing)());
         }
-        catch (const std::bad_alloc&)
+        catch (...)
         {
-            // What was thrown is worth more than what it was about.
+            // Memory is out. What was thrown is worth more than what it was about.
         }
         throw;
     }

@@ -76,7 +76,7 @@ String ReadWhole(const CComPtr<IStream>& stream)
     {
         buffer = text.GetBuffer(length + 1);
     }
-    catch (const std::bad_alloc&)
+    catch (CZebException*) // the one for want of memory, which nobody deletes
     {
         CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY, __FILE__, __LINE__);
     }
@@ -306,8 +306,9 @@ CComPtr<IStream> CZebIProp::OpenProperty(ULONG tag, ULONG flags)
 {
     const ULONG options = (flags & MAPI_MODIFY) != 0 ? STGM_READWRITE : STGM_READ;
     IUnknown* object = nullptr;
-    ThrowIfFailed(Prop()->OpenProperty(tag, &IID_IStream, options, flags, &object), Prop(), __FILE__,
-                  __LINE__);
+    zeb::ThrowIfFailedAbout([tag] { return zeb::TagText(tag); },
+                            Prop()->OpenProperty(tag, &IID_IStream, options, flags, &object), Prop(),
+                            __FILE__, __LINE__);
     zeb::RequireObject(object != nullptr, __FILE__, __LINE__);
     return CComPtr<IStream>::Take(static_cast<IStream*>(object));
 }
@@ -381,7 +382,8 @@ void CZebIProp::GetProps(SPropTagArray* tags, ULONG* count, SPropValue** values,
         *values = nullptr;
         return;
     }
-    ThrowIfFailed(prop->GetProps(tags, flags, count, values), prop, __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout([tags] { return zeb::TagsText(tags); },
+                            prop->GetProps(tags, flags, count, values), prop, __FILE__, __LINE__);
 }
 
 void CZebIProp::SetProps(CZebPropValArray& values, bool save, SPropProblemArray** problems)
@@ -400,12 +402,14 @@ void CZebIProp::SetProps(CZebPropValArray& values, bool save, SPropProblemArray*
 
 void CZebIProp::SetProps(ULONG n, SPropValue* values, SPropProblemArray** problems)
 {
-    ThrowIfFailed(Prop()->SetProps(n, values, problems), Prop(), __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout([=] { return zeb::ValuesText(n, values); }, Prop()->SetProps(n, values, problems),
+                            Prop(), __FILE__, __LINE__);
 }
 
 void CZebIProp::DeleteProps(SPropTagArray* tags, SPropProblemArray** problems)
 {
-    ThrowIfFailed(Prop()->DeleteProps(tags, problems), Prop(), __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout([tags] { return zeb::TagsText(tags); }, Prop()->DeleteProps(tags, problems),
+                            Prop(), __FILE__, __LINE__);
 }
 
 void CZebIProp::SaveChanges(ULONG flags)
@@ -454,7 +458,7 @@ bool CZebIProp::IsChildOf(CZebSession& session, const SBinary& parentID, bool di
         {
             return true;
         }
-        if (directOnly || !seen.insert(BytesOf(parent)).second)
+        if (directOnly || !zeb::framework::WithMemory([&] { return seen.insert(BytesOf(parent)).second; }))
         {
             return false;
         }

@@ -143,14 +143,7 @@ void CZebAPI::Initialize(bool wab)
     }
     try
     {
-        if (wab)
-        {
-            InitializeWAB();
-        }
-        else
-        {
-            InitializeMAPI();
-        }
+        zeb::framework::WithMemory([&] { wab ? InitializeWAB() : InitializeMAPI(); });
     }
     catch (...)
     {
@@ -183,7 +176,8 @@ void CZebAPI::InitializeMAPI()
     }
     if (!m_loader.Load(path, ModeProvider))
     {
-        CZebException::Throw(MAPI_E_CALL_FAILED, __FILE__, __LINE__);
+        zeb::ThrowAbout([&] { return zeb::NameText(path.GetString()); }, MAPI_E_CALL_FAILED, __FILE__,
+                        __LINE__);
     }
     ResolveEntryPoints(path);
     BindAllocator();
@@ -221,7 +215,8 @@ void CZebAPI::RefuseLibrary(const char* missing, const char* path)
 {
     LLog(1, "ZebAPI", "Failed to export %s from %s", missing, path);
     Unload();
-    CZebException::Throw(MAPI_E_VERSION, __FILE__, __LINE__);
+    zeb::ThrowAbout([&] { return CStringA(missing) + " of " + zeb::NameText(path); }, MAPI_E_VERSION,
+                    __FILE__, __LINE__);
 }
 
 void CZebAPI::BindAllocator()
@@ -279,7 +274,8 @@ void CZebAPI::InitializeWAB()
             .GetString();
     if (!zeb::platform::IsBareOrAbsolutePath(path.GetString()) || !m_loader.Load(path, ModeProvider))
     {
-        CZebException::Throw(MAPI_E_CALL_FAILED, __FILE__, __LINE__);
+        zeb::ThrowAbout([&] { return zeb::NameText(path.GetString()); }, MAPI_E_CALL_FAILED, __FILE__,
+                        __LINE__);
     }
     if (m_loader.GetProc("WABOpen") == nullptr)
     {

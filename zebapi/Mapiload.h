@@ -75,7 +75,7 @@ public:
     /// start is refused.
     /// @throws CZebException* MAPI_E_CALL_FAILED when there is no provider, it cannot be loaded, the registry cannot be
     /// read or an earlier failure stands; MAPI_E_VERSION when an entry point is missing; what MAPIInitialize or WABOpen
-    /// returned. _com_error when the WAB object refuses to be its own allocator. std::bad_alloc
+    /// returned. _com_error when the WAB object refuses to be its own allocator
     virtual void Initialize(bool wab);
 
     /// Logs `session` (may be null) off, stops the provider, whichever it is, and unloads it. Drop everything

@@ -21,7 +21,7 @@ public:
     /// The number of symbolic ids known.
     virtual int GetCount() const;
     /// Maps the id of symbolicTag to the id of realTag, both ways; an id already there is overwritten.
-    /// @throws std::bad_alloc, and nothing is mapped then
+    /// @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY, and nothing is mapped then
     virtual void SetTag(ULONG symbolicTag, ULONG realTag);
     /// The store's tag for a symbolic one: the store's id with the type of tag. A tag with an id below 0x8000
     /// is returned as it is; an unknown one gives 0.
@@ -33,7 +33,7 @@ public:
     virtual ULONG GetName(ULONG tag, bool mustExist) const;
     /// Takes the entries of both directions of other into the forward direction; the reverse one stays empty.
     /// Assigning a map to itself empties it.
-    /// @throws std::bad_alloc, and the map is empty then
+    /// @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY, and the map is empty then
     virtual CZebNameIdMap& operator=(const CZebNameIdMap& other);
 
 private:

@@ -296,7 +296,7 @@ ProviderReport SearchProvider(const ProviderEnvironment& environment)
 
 CStringA Zeb_GetMapiDllPath(EnumOfficeBitness& bitness)
 {
-    const zeb::ProviderReport report = zeb::SearchProvider();
+    const zeb::ProviderReport report = zeb::framework::WithMemory([] { return zeb::SearchProvider(); });
     bitness = report.bitness;
     return CStringA(report.path);
 }

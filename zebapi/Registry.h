@@ -20,8 +20,14 @@ inline CQorRegKey OpenRegistry(HKEY root, const char* path, const char* file, in
     }
     catch (const platform::RegistryError& error)
     {
-        CZebException::ThrowWithError(MAPI_E_CALL_FAILED, platform::NarrowFromUtf8(error.what()).c_str(),
-                                      file, line, operation);
+        framework::WithMemory(
+            [&]
+            {
+                CZebException::ThrowWithError(MAPI_E_CALL_FAILED,
+                                              platform::NarrowFromUtf8(error.what()).c_str(), file, line,
+                                              operation);
+            });
+        framework::ThrowOutOfMemory();
     }
 }
 

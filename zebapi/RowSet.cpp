@@ -59,7 +59,7 @@ CZebRowSet* CZebRowSet::DetachToNew()
     {
         CZebException::Throw(m_neverHandedOut ? MAPI_E_NO_SUPPORT : MAPI_E_BAD_VALUE, __FILE__, __LINE__);
     }
-    auto detached = std::make_unique<CZebRowSet>();
+    auto detached = zeb::framework::WithMemory([] { return std::make_unique<CZebRowSet>(); });
     detached->m_rows = std::exchange(m_rows, nullptr);
     detached->m_neverHandedOut = std::exchange(m_neverHandedOut, true);
     return detached.release();

@@ -4,8 +4,12 @@
 
 CStringA Zeb_Utf8(const CStringW& text)
 {
-    const std::string utf8 = zeb::platform::Utf8FromWide(text, static_cast<size_t>(text.GetLength()));
-    return CStringA(utf8.data(), static_cast<int>(utf8.size()));
+    return zeb::framework::WithMemory(
+        [&]
+        {
+            const std::string utf8 = zeb::platform::Utf8FromWide(text, static_cast<size_t>(text.GetLength()));
+            return CStringA(utf8.data(), static_cast<int>(utf8.size()));
+        });
 }
 
 bool Zeb_HasDefaultProfile()

@@ -6,9 +6,12 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
+#include <memory>
 #include <new>
 #include <sstream>
 #include <stdexcept>
+#include <string>
 #include <thread>
 
 namespace
@@ -36,6 +39,29 @@ TEST(SharedMemory, IsBadAllocWhenItIsOut)
     EXPECT_THROW(map.SetAt(1, 1), std::bad_alloc);
     EXPECT_THROW(zeb::framework::AllocateShared(1), std::bad_alloc);
     EXPECT_TRUE(text.IsEmpty() && array.IsEmpty() && map.IsEmpty());
+}
+
+TEST(SharedMemory, WhatAModuleThrowsWhenItIsOutIsItsOwnAffair)
+{
+    struct Out
+    {
+    };
+    CStringA text;
+    CArray<int> array;
+    CMap<DWORD, DWORD, DWORD, DWORD> map;
+    zeb::framework::g_throwOutOfMemory = [] { throw Out(); };
+    {
+        const zeb::test::FailingNew failing;
+        EXPECT_THROW(text = "a text that is longer than what fits inside", Out);
+        EXPECT_THROW(array.Add(1), Out);
+        EXPECT_THROW(map.SetAt(1, 1), Out);
+        EXPECT_THROW(zeb::framework::WithMemory([] { return std::make_unique<int>(7); }), Out);
+    }
+    EXPECT_THROW(CStringA("x", INT_MAX), Out) << "longer than a string can be";
+    EXPECT_THROW(zeb::framework::WithMemory([] { std::string().resize(std::string().max_size() + 1); }), Out);
+    EXPECT_EQ(*zeb::framework::WithMemory([] { return std::make_unique<int>(7); }), 7);
+    EXPECT_THROW(zeb::framework::WithMemory([] { throw 5; }), int);
+    zeb::framework::g_throwOutOfMemory = nullptr;
 }
 
 TEST(SharedMemory, ShortTextNeedsNone)

@@ -282,10 +282,6 @@ TEST_F(MapiStart, AnyExceptionIsAFailedStart)
             const FailingNew failing(after, true);
             library.Initialize(false);
         }
-        catch (const std::bad_alloc&)
-        {
-            failed = true;
-        }
         catch (CZebException* exception)
         {
             exception->Delete();

@@ -283,10 +283,6 @@ TEST_F(WabStart, AnyExceptionIsAFailedStart)
             const FailingNew failing(after, true);
             library.Initialize(true);
         }
-        catch (const std::bad_alloc&)
-        {
-            failed = true;
-        }
         catch (CZebException* exception)
         {
             exception->Delete();

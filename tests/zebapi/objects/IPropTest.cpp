@@ -526,8 +526,11 @@ TEST_F(IProp, NamesThatCanNotAllBeMappedAreAskedForAgain)
         {
             object.GetTagsMap();
         }
-        catch (const std::bad_alloc&)
+        catch (CZebException* exception)
         {
+            failing.reset();
+            EXPECT_EQ(exception->GetResult(), MAPI_E_NOT_ENOUGH_MEMORY) << after;
+            exception->Delete();
             failed = true;
         }
         failing.reset();

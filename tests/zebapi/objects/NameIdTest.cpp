@@ -169,8 +169,10 @@ TEST_F(NameIdMap, ATagThatCanNotBeMappedLeavesNoHalfOfItself)
             {
                 changed.SetTag(0x80840001, 0x86000102);
             }
-            catch (const std::bad_alloc&)
+            catch (CZebException* exception)
             {
+                EXPECT_EQ(exception->GetResult(), MAPI_E_NOT_ENOUGH_MEMORY);
+                exception->Delete();
                 failed = true;
             }
         }
