@@ -1,5 +1,7 @@
 #include "tests/support/FailingNew.h"
 
+#include "tests/support/ProviderScope.h"
+
 #include <cstdlib>
 #include <new>
 
@@ -8,6 +10,7 @@ namespace
 
 thread_local int newsLeft = -1; ///< -1: none fails
 thread_local bool failOnce = false;
+thread_local bool hasFailed = false;
 thread_local bool insideNew = false; ///< what `new` itself allocates by is not counted again
 
 } // namespace
@@ -19,6 +22,7 @@ FailingNew::FailingNew(int after, bool once)
 {
     newsLeft = after;
     failOnce = once;
+    hasFailed = false;
 }
 
 FailingNew::~FailingNew()
@@ -26,15 +30,21 @@ FailingNew::~FailingNew()
     newsLeft = -1;
 }
 
+bool FailingNew::HasFailed() const
+{
+    return hasFailed;
+}
+
 bool AllocationFails()
 {
-    if (insideNew)
+    if (insideNew || ProviderScope::IsInside())
     {
         return false;
     }
     if (newsLeft == 0)
     {
         newsLeft = failOnce ? -1 : 0;
+        hasFailed = true;
         return true;
     }
     if (newsLeft > 0)

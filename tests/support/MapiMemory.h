@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/mapi.h"
+#include "tests/support/ProviderScope.h"
 #include "zebapi/MEM.h"
 
 #include <gtest/gtest.h>
@@ -84,6 +85,29 @@ public:
         m_failAt = m_allocations + n;
         m_failure = result;
     }
+    /// As FailAllocation, of the library's own allocations: those that a double makes for its answers do not count.
+    void FailOwnAllocation(size_t n)
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_failAtOwn = m_ownAllocations + n;
+    }
+    /// Whether the allocation of FailOwnAllocation has come.
+    bool HasFailedOwn() const
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        return m_failAtOwn != 0 && m_ownAllocations >= m_failAtOwn;
+    }
+    /// Frees every root block that is left.
+    void FreeRest()
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        for (auto& root : m_roots)
+        {
+            FreeAll(root.first, root.second);
+        }
+        m_roots.clear();
+        m_kept.clear();
+    }
     /// The n-th allocation from now succeeds with a null pointer.
     void GiveNull(size_t n) { FailAllocation(n, S_OK); }
 
@@ -131,7 +155,9 @@ public:
     {
         MapiMemory& memory = *Current();
         std::lock_guard<std::mutex> lock(memory.m_mutex);
-        const SCODE result = memory.Make(size, block);
+        const bool fails = memory.OwnFails();
+        const ProviderScope inside;
+        const SCODE result = memory.Make(size, block, fails);
         if (*block != nullptr)
         {
             memory.m_roots[*block];
@@ -143,6 +169,8 @@ public:
     {
         MapiMemory& memory = *Current();
         std::lock_guard<std::mutex> lock(memory.m_mutex);
+        const bool fails = memory.OwnFails();
+        const ProviderScope inside;
         const auto root = memory.m_roots.find(parent);
         if (root == memory.m_roots.end())
         {
@@ -150,7 +178,7 @@ public:
             *block = nullptr;
             return MAPI_E_INVALID_PARAMETER;
         }
-        const SCODE result = memory.Make(size, block);
+        const SCODE result = memory.Make(size, block, fails);
         if (*block != nullptr)
         {
             root->second.insert(*block);
@@ -186,9 +214,16 @@ private:
         return current;
     }
 
-    SCODE Make(ULONG size, void** block)
+    /// Counts an allocation that no double makes. @return whether it is to fail
+    bool OwnFails() { return !ProviderScope::IsInside() && ++m_ownAllocations == m_failAtOwn; }
+
+    SCODE Make(ULONG size, void** block, bool fails)
     {
         *block = nullptr;
+        if (fails)
+        {
+            return MAPI_E_NOT_ENOUGH_MEMORY;
+        }
         if (++m_allocations == m_failAt)
         {
             return m_failure;
@@ -228,6 +263,8 @@ private:
     size_t m_allocations = 0;
     size_t m_frees = 0;
     size_t m_failAt = 0;
+    size_t m_ownAllocations = 0;
+    size_t m_failAtOwn = 0; ///< 0: none
     SCODE m_failure = S_OK;
 };
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/mapi.h"
+#include "tests/support/ProviderScope.h"
 #include "tests/support/doubles/Refusals.h"
 
 #include <gtest/gtest.h>
@@ -170,6 +171,7 @@ public:
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override
     {
+        const ProviderScope inside;
         *result = nullptr;
         if (m_queries)
         {
@@ -210,6 +212,10 @@ protected:
     HRESULT Called(const std::string& method, const std::string& arguments, HRESULT otherwise = S_OK)
     {
         Note(method + "(" + arguments + ")");
+        if (FailingCalls::NextFails())
+        {
+            return FailingCalls::Result;
+        }
         for (const auto& failure : m_failures)
         {
             if (failure.method == method)

@@ -17,6 +17,7 @@ public:
 
     HRESULT STDMETHODCALLTYPE GetContentsTable(ULONG flags, LPMAPITABLE* table) override
     {
+        const ProviderScope inside;
         *table = nullptr;
         const HRESULT result = this->Called(
             "GetContentsTable", Number(flags),
@@ -25,6 +26,7 @@ public:
     }
     HRESULT STDMETHODCALLTYPE GetHierarchyTable(ULONG flags, LPMAPITABLE* table) override
     {
+        const ProviderScope inside;
         *table = nullptr;
         const HRESULT result = this->Called(
             "GetHierarchyTable", Number(flags),
@@ -34,6 +36,7 @@ public:
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG count, LPENTRYID entryID, LPCIID iid, ULONG flags, ULONG* type,
                                         LPUNKNOWN* object) override
     {
+        const ProviderScope inside;
         const HRESULT result =
             this->Called("OpenEntry", OpenArguments(count, entryID, iid, flags, type, object),
                          RefuseOpen(count, entryID, flags));
@@ -137,6 +140,7 @@ public:
 
     HRESULT STDMETHODCALLTYPE CreateMessage(LPCIID iid, ULONG flags, LPMESSAGE* message) override
     {
+        const ProviderScope inside;
         *message = nullptr;
         const HRESULT result = Called("CreateMessage", Name(iid) + "," + Number(flags),
                                       RefuseFlags(flags, MAPI_ASSOCIATED | MAPI_DEFERRED_ERRORS));
@@ -145,6 +149,7 @@ public:
     HRESULT STDMETHODCALLTYPE CopyMessages(LPENTRYLIST list, LPCIID iid, LPVOID dest, ULONG_PTR window,
                                            LPMAPIPROGRESS progress, ULONG flags) override
     {
+        const ProviderScope inside;
         const auto* folder = static_cast<RecordingFolder*>(static_cast<IMAPIFolder*>(dest));
         Keep(list);
         return Called("CopyMessages",
@@ -156,6 +161,7 @@ public:
     HRESULT STDMETHODCALLTYPE DeleteMessages(LPENTRYLIST list, ULONG_PTR window, LPMAPIPROGRESS progress,
                                              ULONG flags) override
     {
+        const ProviderScope inside;
         Keep(list);
         return Called("DeleteMessages",
                       List(list) + "," + Number(window) + ",progress " + Null(progress) + "," + Number(flags),
@@ -164,6 +170,7 @@ public:
     HRESULT STDMETHODCALLTYPE CreateFolder(ULONG type, LPTSTR name, LPTSTR comment, LPCIID iid, ULONG flags,
                                            LPMAPIFOLDER* folder) override
     {
+        const ProviderScope inside;
         *folder = nullptr;
         const HRESULT result = Called(
             "CreateFolder",
@@ -181,6 +188,7 @@ public:
     HRESULT STDMETHODCALLTYPE DeleteFolder(ULONG count, LPENTRYID entryID, ULONG_PTR window,
                                            LPMAPIPROGRESS progress, ULONG flags) override
     {
+        const ProviderScope inside;
         return Called("DeleteFolder",
                       Hex(entryID, count) + "," + Number(window) + ",progress " + Null(progress) + "," +
                           Number(flags),
@@ -205,6 +213,7 @@ public:
     }
     HRESULT STDMETHODCALLTYPE EmptyFolder(ULONG_PTR window, LPMAPIPROGRESS progress, ULONG flags) override
     {
+        const ProviderScope inside;
         return Called("EmptyFolder", Number(window) + ",progress " + Null(progress) + "," + Number(flags),
                       RefuseFlags(flags, FOLDER_DIALOG | DEL_ASSOCIATED | HardDelete));
     }

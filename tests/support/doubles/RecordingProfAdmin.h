@@ -16,10 +16,12 @@ public:
     }
     HRESULT STDMETHODCALLTYPE GetLastError(HRESULT result, ULONG flags, LPMAPIERROR* error) override
     {
+        const ProviderScope inside;
         return LastError(result, flags, error);
     }
     HRESULT STDMETHODCALLTYPE GetProfileTable(ULONG flags, LPMAPITABLE* table) override
     {
+        const ProviderScope inside;
         *table = nullptr;
         const HRESULT result = Called("GetProfileTable", Number(flags), RefuseFlags(flags, 0));
         return FAILED(result) ? result : HandOut<IMAPITable>(m_table, table);

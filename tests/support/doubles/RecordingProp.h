@@ -136,6 +136,7 @@ public:
 
     HRESULT STDMETHODCALLTYPE Read(void* buffer, ULONG count, ULONG* read) override
     {
+        const ProviderScope inside;
         const HRESULT result = Called("Read", Number(count) + "," + Null(read));
         if (SUCCEEDED(result))
         {
@@ -145,6 +146,7 @@ public:
     }
     HRESULT STDMETHODCALLTYPE Stat(STATSTG* stat, DWORD flags) override
     {
+        const ProviderScope inside;
         const HRESULT result = Called("Stat", Number(flags));
         stat->cbSize.QuadPart = m_size;
         return result;
@@ -185,10 +187,12 @@ public:
 
     HRESULT STDMETHODCALLTYPE GetLastError(HRESULT result, ULONG flags, LPMAPIERROR* error) override
     {
+        const ProviderScope inside;
         return this->LastError(result, flags, error);
     }
     HRESULT STDMETHODCALLTYPE SaveChanges(ULONG flags) override
     {
+        const ProviderScope inside;
         return this->Called(
             "SaveChanges", Number(flags),
             RefuseFlags(flags, KEEP_OPEN_READONLY | KEEP_OPEN_READWRITE | FORCE_SAVE | MAPI_DEFERRED_ERRORS));
@@ -196,6 +200,7 @@ public:
     HRESULT STDMETHODCALLTYPE GetProps(LPSPropTagArray tags, ULONG flags, ULONG* count,
                                        LPSPropValue* values) override
     {
+        const ProviderScope inside;
         const HRESULT result = this->Called(
             "GetProps", Tags(tags) + "," + Number(flags),
             FirstOf({RefuseFlags(flags, MAPI_UNICODE), Require(count != nullptr && values != nullptr),
@@ -222,6 +227,7 @@ public:
     }
     HRESULT STDMETHODCALLTYPE GetPropList(ULONG flags, LPSPropTagArray* tags) override
     {
+        const ProviderScope inside;
         const HRESULT result =
             this->Called("GetPropList", Number(flags),
                          FirstOf({RefuseFlags(flags, MAPI_UNICODE), Require(tags != nullptr)}));
@@ -235,6 +241,7 @@ public:
     HRESULT STDMETHODCALLTYPE OpenProperty(ULONG tag, LPCIID iid, ULONG options, ULONG flags,
                                            LPUNKNOWN* object) override
     {
+        const ProviderScope inside;
         *object = nullptr;
         const HRESULT result = this->Called(
             "OpenProperty", Number(tag) + "," + Name(iid) + "," + Number(options) + "," + Number(flags),
@@ -245,6 +252,7 @@ public:
     HRESULT STDMETHODCALLTYPE SetProps(ULONG count, LPSPropValue values,
                                        LPSPropProblemArray* problems) override
     {
+        const ProviderScope inside;
         std::string text;
         HRESULT refusal = Require(count != 0 && values != nullptr);
         for (ULONG i = 0; values != nullptr && i < count; ++i)
@@ -256,6 +264,7 @@ public:
     }
     HRESULT STDMETHODCALLTYPE DeleteProps(LPSPropTagArray tags, LPSPropProblemArray* problems) override
     {
+        const ProviderScope inside;
         return this->Called("DeleteProps", Tags(tags) + ",problems " + Null(problems), RequireTags(tags));
     }
     HRESULT STDMETHODCALLTYPE CopyTo(ULONG, LPCIID, LPSPropTagArray, ULONG_PTR, LPMAPIPROGRESS, LPCIID,
@@ -276,6 +285,7 @@ public:
     HRESULT STDMETHODCALLTYPE GetIDsFromNames(ULONG count, LPMAPINAMEID* names, ULONG flags,
                                               LPSPropTagArray* tags) override
     {
+        const ProviderScope inside;
         *tags = nullptr;
         const HRESULT result = this->Called(
             "GetIDsFromNames", Number(count) + "," + Number(flags),

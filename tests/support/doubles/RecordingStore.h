@@ -31,6 +31,7 @@ public:
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG count, LPENTRYID entryID, LPCIID iid, ULONG flags, ULONG* type,
                                         LPUNKNOWN* object) override
     {
+        const ProviderScope inside;
         const HRESULT result = Called("OpenEntry", OpenArguments(count, entryID, iid, flags, type, object),
                                       RefuseOpen(count, entryID, flags));
         return FAILED(result) ? result : m_openable.Open(count, entryID, type, object);
@@ -38,6 +39,7 @@ public:
     HRESULT STDMETHODCALLTYPE GetReceiveFolder(LPTSTR messageClass, ULONG flags, ULONG* count,
                                                LPENTRYID* entryID, LPTSTR* explicitClass) override
     {
+        const ProviderScope inside;
         EXPECT_EQ(*count, 0u);
         EXPECT_EQ(*entryID, nullptr);
         const HRESULT result =
@@ -92,10 +94,12 @@ public:
     }
     HRESULT STDMETHODCALLTYPE GetLastError(HRESULT result, ULONG flags, LPMAPIERROR* error) override
     {
+        const ProviderScope inside;
         return LastError(result, flags, error);
     }
     HRESULT STDMETHODCALLTYPE GetMsgStoresTable(ULONG flags, LPMAPITABLE* table) override
     {
+        const ProviderScope inside;
         *table = nullptr;
         const HRESULT result = Called("GetMsgStoresTable", Number(flags), RefuseFlags(flags, MAPI_UNICODE));
         return FAILED(result) ? result : HandOut(m_stores, table);
@@ -103,6 +107,7 @@ public:
     HRESULT STDMETHODCALLTYPE OpenMsgStore(ULONG_PTR window, ULONG count, LPENTRYID entryID, LPCIID iid,
                                            ULONG flags, LPMDB* store) override
     {
+        const ProviderScope inside;
         *store = nullptr;
         constexpr ULONG Online = 0x100;
         const HRESULT result =
@@ -116,6 +121,7 @@ public:
     HRESULT STDMETHODCALLTYPE OpenAddressBook(ULONG_PTR window, LPCIID iid, ULONG flags,
                                               LPADRBOOK* book) override
     {
+        const ProviderScope inside;
         *book = nullptr;
         const HRESULT result =
             Called("OpenAddressBook", Number(window) + "," + Name(iid) + "," + Number(flags),
@@ -125,6 +131,7 @@ public:
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG count, LPENTRYID entryID, LPCIID iid, ULONG flags, ULONG* type,
                                         LPUNKNOWN* object) override
     {
+        const ProviderScope inside;
         const HRESULT result = Called("OpenEntry", OpenArguments(count, entryID, iid, flags, type, object),
                                       RefuseOpen(count, entryID, flags));
         return FAILED(result) ? result : m_openable.Open(count, entryID, type, object);
@@ -132,6 +139,7 @@ public:
     HRESULT STDMETHODCALLTYPE CompareEntryIDs(ULONG count1, LPENTRYID id1, ULONG count2, LPENTRYID id2,
                                               ULONG flags, ULONG* equal) override
     {
+        const ProviderScope inside;
         const HRESULT result =
             Called("CompareEntryIDs", Hex(id1, count1) + "," + Hex(id2, count2) + "," + Number(flags),
                    FirstOf({RefuseFlags(flags, 0), RequireBytes(count1, id1), RequireBytes(count2, id2)}));
@@ -144,6 +152,7 @@ public:
     }
     HRESULT STDMETHODCALLTYPE Logoff(ULONG_PTR window, ULONG flags, ULONG reserved) override
     {
+        const ProviderScope inside;
         return Called(
             "Logoff", Number(window) + "," + Number(flags) + "," + Number(reserved),
             FirstOf({RefuseFlags(flags, MAPI_LOGOFF_SHARED | MAPI_LOGOFF_UI), Require(reserved == 0)}));
@@ -213,12 +222,14 @@ public:
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG count, LPENTRYID entryID, LPCIID iid, ULONG flags, ULONG* type,
                                         LPUNKNOWN* object) override
     {
+        const ProviderScope inside;
         const HRESULT result = Called("OpenEntry", OpenArguments(count, entryID, iid, flags, type, object),
                                       RefuseOpen(count, entryID, flags));
         return FAILED(result) ? result : m_openable.Open(count, entryID, type, object);
     }
     HRESULT STDMETHODCALLTYPE GetDefaultDir(ULONG* count, LPENTRYID* entryID) override
     {
+        const ProviderScope inside;
         const HRESULT result = Called("GetDefaultDir", "");
         return FAILED(result) ? result : GiveEntryID(m_defaultDir, count, entryID);
     }

@@ -101,10 +101,12 @@ public:
 
     HRESULT STDMETHODCALLTYPE GetLastError(HRESULT result, ULONG flags, LPMAPIERROR* error) override
     {
+        const ProviderScope inside;
         return LastError(result, flags, error);
     }
     HRESULT STDMETHODCALLTYPE Advise(ULONG events, LPMAPIADVISESINK sink, ULONG_PTR* connection) override
     {
+        const ProviderScope inside;
         const HRESULT result = Called("Advise", Number(events),
                                       Require(events != 0 && sink != nullptr && connection != nullptr));
         if (sink != nullptr && (SUCCEEDED(result) || m_whileAdvising))
@@ -127,6 +129,7 @@ public:
     }
     HRESULT STDMETHODCALLTYPE Unadvise(ULONG_PTR connection) override
     {
+        const ProviderScope inside;
         const HRESULT result = Called("Unadvise", Number(connection), Require(connection == m_connection));
         if (m_sink != nullptr && connection == m_connection)
         {
@@ -137,11 +140,13 @@ public:
     }
     HRESULT STDMETHODCALLTYPE SetColumns(LPSPropTagArray columns, ULONG flags) override
     {
+        const ProviderScope inside;
         return Called("SetColumns", Tags(columns) + "," + Number(flags),
                       FirstOf({RefuseFlags(flags, TBL_ASYNC | TBL_BATCH), RequireTags(columns)}));
     }
     HRESULT STDMETHODCALLTYPE GetRowCount(ULONG flags, ULONG* count) override
     {
+        const ProviderScope inside;
         const HRESULT result = Called("GetRowCount", Number(flags), RefuseFlags(flags, 0));
         if (m_whileCounting)
         {
@@ -152,6 +157,7 @@ public:
     }
     HRESULT STDMETHODCALLTYPE SeekRow(BOOKMARK origin, LONG count, LONG* sought) override
     {
+        const ProviderScope inside;
         const HRESULT result =
             Called("SeekRow", Number(origin) + "," + std::to_string(count) + ",sought " + Null(sought));
         m_position = static_cast<size_t>(count);
@@ -163,12 +169,14 @@ public:
     }
     HRESULT STDMETHODCALLTYPE FindRow(LPSRestriction restriction, BOOKMARK origin, ULONG flags) override
     {
+        const ProviderScope inside;
         return Called("FindRow", Null(restriction) + "," + Number(origin) + "," + Number(flags),
                       FirstOf({RefuseFlags(flags, DIR_BACKWARD), Require(restriction != nullptr)}));
     }
     /// Writes a property restriction down with its value; keeps the rows that match it when the column is text.
     HRESULT STDMETHODCALLTYPE Restrict(LPSRestriction restriction, ULONG flags) override
     {
+        const ProviderScope inside;
         if (restriction == nullptr)
         {
             return Called("Restrict", "null," + Number(flags), RefuseFlags(flags, TBL_ASYNC | TBL_BATCH));
@@ -191,11 +199,13 @@ public:
     }
     HRESULT STDMETHODCALLTYPE SortTable(LPSSortOrderSet order, ULONG flags) override
     {
+        const ProviderScope inside;
         return Called("SortTable", Null(order) + "," + Number(flags),
                       FirstOf({RefuseFlags(flags, TBL_ASYNC | TBL_BATCH), Require(order != nullptr)}));
     }
     HRESULT STDMETHODCALLTYPE QueryRows(LONG count, ULONG flags, LPSRowSet* rows) override
     {
+        const ProviderScope inside;
         *rows = nullptr;
         const HRESULT result = Called("QueryRows", std::to_string(count) + "," + Number(flags),
                                       RefuseFlags(flags, TBL_NOADVANCE));
