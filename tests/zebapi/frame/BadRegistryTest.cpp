@@ -1,4 +1,5 @@
 // A registry that cannot be read: only where it is a file can it be made so.
+#include "tests/support/Unprivileged.h"
 #include "tests/zebapi/frame/LibraryFixture.h"
 
 #include "zebapi/ZebAPI.h"
@@ -79,6 +80,15 @@ TEST_F(BadRegistry, AFileThatCannotBeReadIsAFailure)
 {
     std::filesystem::create_directory(m_own);
     ExpectFailures("registry.reg");
+}
+
+TEST_F(BadRegistry, AFileThatIsClosedToThisUserIsAFailure)
+{
+    std::ofstream(m_own) << "REGEDIT4\n";
+    std::filesystem::permissions(m_own, std::filesystem::perms::none);
+    const UnprivilegedScope unprivileged;
+    ASSERT_TRUE(unprivileged.IsInForce());
+    ExpectFailures("Permission denied");
 }
 
 TEST_F(BadRegistry, NoPlaceForItIsAFailure)

@@ -61,6 +61,18 @@ TEST_F(Ancestry, PropertiesOfADirectChildAreRead)
                      "child: GetProps([0xE090102],0x0)", "session: CompareEntryIDs(68657265,68657265,0x0)"}));
 }
 
+TEST_F(Ancestry, WideTextOfAChildIsReadWithoutAFlagToo)
+{
+    m_child.m_bag.Set(PR_PARENT_ENTRYID, "here");
+    CZebPropValArray result;
+    m_folder.GetPropsOfChild(m_session, ID("child"), result, 1, PR_SUBJECT_W);
+    EXPECT_EQ(Calls()[1], "child: GetProps([0x37001F],0x0)");
+    CZebPropTagArray tags;
+    tags.AddOne(PR_BODY_W);
+    m_folder.GetPropsOfChild(m_session, ID("child"), tags, result);
+    EXPECT_EQ(Calls()[1], "child: GetProps([0x1000001F],0x0)");
+}
+
 TEST_F(Ancestry, AGrandchildAndAStrangerAreNotFoundButReadAllTheSame)
 {
     m_child.m_bag.Set(PR_PARENT_ENTRYID, "middle");

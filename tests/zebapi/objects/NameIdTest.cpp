@@ -1,6 +1,7 @@
 #include "zebapi/NAMEID.h"
 #include "ObjectsTest.h"
 #include "tests/support/FailingNew.h"
+#include "zebapi/tables/NamedProps.h"
 
 #include <new>
 #include <set>
@@ -133,6 +134,27 @@ TEST_F(NameIdHelper, TheRowsStandInTheirOrder)
     {
         EXPECT_EQ(helper.GetID(i), expected[i]) << i;
         EXPECT_EQ(helper.GetTag(i, 1), (expected[i] << 16) | 1) << i;
+    }
+}
+
+TEST_F(NameIdHelper, EachRowHasItsType)
+{
+    const ULONG expected[] = {
+        0x8005001E, 0x8005001F, 0x8062001E, 0x8062001F, 0x80D8001E, 0x80D8001F, 0x8083001E, 0x8083001F,
+        0x8093001E, 0x8093001F, 0x80A3001E, 0x80A3001F, 0x8082001E, 0x8082001F, 0x8092001E, 0x8092001F,
+        0x80A2001E, 0x80A2001F, 0x801B001E, 0x801B001F, 0x8046001E, 0x8046001F, 0x8049001E, 0x8049001F,
+        0x804A001E, 0x804A001F, 0x8048001E, 0x8048001F, 0x8047001E, 0x8047001F, 0x8045001E, 0x8045001F,
+        0x801A001E, 0x801A001F, 0x801C001E, 0x801C001F, 0x80071003, 0x8080001E, 0x8080001F, 0x8090001E,
+        0x8090001F, 0x80A0001E, 0x80A0001F, 0x80220003, 0x8534001E, 0x8534001F, 0x8535001E, 0x8535001F,
+        0x802B001E, 0x802B001F, 0x8084001F, 0x8082001F, 0x8094001F, 0x8092001F, 0x80A4001F, 0x80A2001F,
+        0x8084001E, 0x8082001E, 0x8094001E, 0x8092001E, 0x80A4001E, 0x80A2001E, 0x80060003, 0x80290003,
+        0x80281003, 0x80271003, 0x80261003, 0x3A27001E, 0x3A26001E, 0x3A2A001E, 0x3A28001E, 0x3A29001E,
+        0x89010014, 0x8902001E, 0x8903001E, 0x8904001E, 0x89050003, 0x8906101E, 0x89071102, 0x89560014,
+        0x89570102};
+    ASSERT_EQ(std::size(expected), size_t{zeb::NamedPropCount});
+    for (ULONG i = 0; i < zeb::NamedPropCount; ++i)
+    {
+        EXPECT_EQ(zeb::NamedProps[i].tag, expected[i]) << i;
     }
 }
 

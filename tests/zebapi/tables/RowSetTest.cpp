@@ -149,6 +149,26 @@ TEST_F(RowSet, DetachingMovesRowsAndState)
     EXPECT_EQ(utilities.freedRowSets, 0);
 }
 
+TEST_F(RowSet, OverriddenOperationsApplyToTheOthers)
+{
+    class Overriding : public CZebRowSet
+    {
+    public:
+        void CheckValid() const override { CZebException::Throw(MAPI_E_BUSY, nullptr, 0); }
+        void Empty() override
+        {
+            ++emptied;
+            CZebRowSet::Empty();
+        }
+        int emptied = 0;
+    };
+    Overriding own;
+    CZebRowSet& rows = own;
+    *&rows = NewRows(2);
+    EXPECT_EQ(own.emptied, 1) << "before the address is handed out";
+    EXPECT_EQ(ThrownBy([&] { rows.Count(); }), MAPI_E_BUSY);
+}
+
 TEST_F(RowSet, ArrayDeletesItsSetsInOrder)
 {
     class Noting : public CZebRowSet

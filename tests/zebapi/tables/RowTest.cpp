@@ -106,6 +106,25 @@ TEST_F(Row, OverriddenOperationsApplyToTheOthers)
     EXPECT_EQ(row3[PR_ENTRYID].GetTag(), ULONG{PR_MESSAGE_SIZE});
 }
 
+TEST_F(Row, AnOverriddenCheckAppliesToEveryRead)
+{
+    class Refusing : public CZebRow
+    {
+    public:
+        using CZebRow::CZebRow;
+
+    protected:
+        void CheckValid() const override { CZebException::Throw(MAPI_E_BUSY, nullptr, 0); }
+    };
+    const Refusing own(&row, values);
+    const CZebRow& refusing = own;
+    EXPECT_EQ(ThrownBy([&] { refusing.Count(); }), MAPI_E_BUSY);
+    EXPECT_EQ(ThrownBy([&] { refusing.GetAt(0); }), MAPI_E_BUSY);
+    EXPECT_EQ(ThrownBy([&] { refusing[PR_SUBJECT_A]; }), MAPI_E_BUSY);
+    EXPECT_EQ(ThrownBy([&] { refusing.IsExists(PR_SUBJECT_A); }), MAPI_E_BUSY);
+    EXPECT_EQ(ThrownBy([&] { refusing.hasRealValue(PR_SUBJECT_A); }), MAPI_E_BUSY);
+}
+
 TEST_F(Row, GivesValuesByIndex)
 {
     EXPECT_EQ(view.Count(), 11u);
