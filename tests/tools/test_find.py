@@ -34,6 +34,13 @@ class Find(World):
         self.assertEqual(self.numbers("--unread"), [1])
         self.assertEqual(self.numbers("--attachments"), [4])
 
+    def test_from_looks_for_the_author_before_the_one_who_sent(self):
+        self.load(message("Minutes", "2026-01-06T00:00:00Z", PR_SENDER_NAME="Secretary", PR_SENDER_EMAIL_ADDRESS="office@x",
+                          PR_SENT_REPRESENTING_NAME="Konrad Z\u00fcrn", PR_SENT_REPRESENTING_EMAIL_ADDRESS="kz@y"))
+        for text, found in (("konrad", ["Minutes"]), ("Z\u00dcRN", ["Minutes"]), ("KZ@Y", ["Minutes"]), ("secretary", []),
+                            ("office@x", []), ("grace", ["Lunch"])):
+            self.assertEqual([each["subject"] for each in self.found("Inbox", "--from", text)], found, text)
+
     def test_conditions_hold_together_or_each(self):
         self.assertEqual(self.numbers("--subject", "budget", "--from", "ada"), [1])
         self.assertEqual(self.numbers("--subject", "budget", "--from", "ada", "--or"), [1, 3, 2])

@@ -105,6 +105,35 @@ TEST_F(DistLists, MembersAreTakenOffAndStayEntries)
     EXPECT_EQ(NamesIn(*Directory()), (Texts{"Ada", "Team"}));
 }
 
+TEST_F(DistLists, ACopyHasTheMembersToo)
+{
+    const Bytes ada = AddUser("Ada");
+    const Bytes list = AddList("Team", {ada, OneOff("Eve", "SMTP", "eve@example.org")});
+    const Bytes copy = AddList("Copy");
+    const auto target = OpenInBook<IDistList>(copy, MAPI_BEST_ACCESS);
+    SizedSPropTagArray(1, names) = {1, {PR_DISPLAY_NAME}};
+    ASSERT_EQ(OpenInBook<IDistList>(list)->CopyTo(0, nullptr, reinterpret_cast<LPSPropTagArray>(&names), 0,
+                                                  nullptr, &IID_IDistList, target.Get(), 0, nullptr),
+              S_OK);
+    EXPECT_EQ(target->SaveChanges(0), S_OK);
+    EXPECT_EQ(Members(copy), (Texts{"Ada", "Eve"}));
+    EXPECT_EQ(Members(list), (Texts{"Ada", "Eve"})) << "a copy takes nothing away";
+    EXPECT_EQ(NamesIn(*Directory()), (Texts{"Ada", "Copy", "Team"}));
+}
+
+TEST_F(DistLists, ACopyLeavesTheMembersOutWhenTheyAreExcluded)
+{
+    const Bytes list = AddList("Team", {AddUser("Ada")});
+    const Bytes copy = AddList("Copy");
+    const auto target = OpenInBook<IDistList>(copy, MAPI_BEST_ACCESS);
+    SizedSPropTagArray(2, without) = {2, {PR_DISPLAY_NAME, PR_CONTAINER_CONTENTS}};
+    ASSERT_EQ(OpenInBook<IDistList>(list)->CopyTo(0, nullptr, reinterpret_cast<LPSPropTagArray>(&without), 0,
+                                                  nullptr, &IID_IDistList, target.Get(), 0, nullptr),
+              S_OK);
+    EXPECT_EQ(target->SaveChanges(0), S_OK);
+    EXPECT_EQ(Members(copy), Texts());
+}
+
 TEST_F(DistLists, CreatingAnEntryInAListAddsItWhenItIsSaved)
 {
     const Bytes ada = AddUser("Ada");
