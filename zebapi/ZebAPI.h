@@ -1,7 +1,7 @@
 // Everything of the library: what a host includes.
 //
-// What an operation throws is a CZebException*, the _com_error of an empty wrapper, or std::bad_alloc where there is no memory
-// for a string or a container that it makes or logs by. Nothing else leaves it, whatever fails on its way.
+// What an operation throws is a CZebException*, or the _com_error of an empty wrapper. Nothing else leaves it, whatever fails on
+// its way.
 #pragma once
 
 #include "zebapi/AddressBook.h"

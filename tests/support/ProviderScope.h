@@ -1,4 +1,4 @@
-// Which code runs: the library's or, below it, a double's in the place of a provider.
+// Which code runs: the library's, or that of a double in the place of a provider.
 #pragma once
 
 #include "platform/mapi.h"
@@ -6,7 +6,8 @@
 namespace zeb::test
 {
 
-/// While it lives, this thread is inside a provider: what is allocated there is the provider's, and does not fail.
+/// While it lives, this thread runs a provider's code, or a host's: what is allocated there does not fail with what the
+/// library allocates.
 class ProviderScope
 {
 public:

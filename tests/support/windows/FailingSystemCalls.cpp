@@ -2,7 +2,6 @@
 #include "platform/mapi.h"
 #include "tests/support/FailingSystem.h"
 
-#include <oleauto.h>
 #include <winternl.h>
 
 extern "C" NTSTATUS NTAPI LdrGetProcedureAddress(HMODULE library, PANSI_STRING name, ULONG ordinal,

@@ -33,16 +33,11 @@ void Type(World& w)
     Class(&w.message).GetMAPIType();
 }
 
-/// A failure that may be thrown, described and deleted.
 template <class Body>
 void WithException(Body&& body)
 {
-    struct Deleter
-    {
-        CZebException* exception;
-        ~Deleter() { exception->Delete(); }
-    } deleter{new CZebException(MAPI_E_NOT_FOUND, "file", 1)};
-    body(*deleter.exception);
+    CZebException exception(MAPI_E_NOT_FOUND, "file", 1);
+    body(exception);
 }
 
 } // namespace
@@ -56,7 +51,10 @@ const std::vector<Call<World>>& ObjectCalls()
         {"CZebIProp::CheckIDsMap",
          [](World& w)
          {
-             w.prop.Fail("GetIDsFromNames", MAPI_E_NO_SUPPORT);
+             {
+                 const ProviderScope provider;
+                 w.prop.Fail("GetIDsFromNames", MAPI_E_NO_SUPPORT);
+             }
              w.zprop.CheckIDsMap();
          }},
         {"CZebIProp::DeleteProps", [](World& w) { w.zprop.DeleteProps(w.tags, nullptr); }},

@@ -15,6 +15,12 @@ NOTIFICATION Changed()
     return notification;
 }
 
+CAdviseSink* NewSink(CAdviseSinkDelegate* delegate)
+{
+    const ProviderScope host; // the block is the host's
+    return new CAdviseSink(delegate);
+}
+
 /// Calls `body` with a sink that is released afterwards.
 template <class Body>
 void WithSink(CAdviseSinkDelegate* delegate, Body&& body)
@@ -23,7 +29,7 @@ void WithSink(CAdviseSinkDelegate* delegate, Body&& body)
     {
         CAdviseSink* sink;
         ~Releaser() { sink->Release(); }
-    } releaser{new CAdviseSink(delegate)};
+    } releaser{NewSink(delegate)};
     body(*releaser.sink);
 }
 

@@ -332,13 +332,16 @@ TEST_F(Walk, AnEmptySessionRaisesEPointer)
 {
     m_session = CZebSession(nullptr);
     EXPECT_EQ(Raised([&] { Ask(); }), E_POINTER);
+    EXPECT_EQ(Raised([&] { m_object.IsChildOf(m_session, ID("far"), true); }), E_POINTER)
+        << "comparing with the direct parent alone";
     Calls();
 }
 
 TEST_F(Walk, AFolderWithoutAFolderTypeThrows)
 {
     m_up.m_bag.Set(PR_OBJECT_TYPE, MAPI_FOLDER);
+    m_up.m_bag.Set(PR_PARENT_ENTRYID, "far");
     m_double.m_openable.Add("up", &m_up, MAPI_FOLDER);
-    EXPECT_EQ(Thrown([&] { Ask(); }), MAPI_E_INVALID_TYPE);
+    EXPECT_EQ(Thrown([&] { Ask(); }), MAPI_E_INVALID_TYPE) << "the type alone is missing";
     Calls();
 }
