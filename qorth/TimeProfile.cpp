@@ -38,7 +38,7 @@ CTimeProfile::~CTimeProfile()
         }
         if (reporter)
         {
-            reporter(m_name.c_str(), seconds);
+            reporter(m_name, seconds);
         }
     }
     catch (...)

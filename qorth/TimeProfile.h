@@ -3,7 +3,6 @@
 
 #include <chrono>
 #include <functional>
-#include <string>
 
 /// Measures from construction to destruction and hands name and seconds to the reporter, when there is one.
 class CTimeProfile
@@ -11,6 +10,7 @@ class CTimeProfile
 public:
     using Reporter = std::function<void(const char* name, double seconds)>;
 
+    /// @param name outlives the object; null counts as empty
     explicit CTimeProfile(const char* name);
     ~CTimeProfile();
     CTimeProfile(const CTimeProfile&) = delete;
@@ -24,6 +24,6 @@ public:
     static void SetReporter(Reporter reporter);
 
 private:
-    std::string m_name;
+    const char* m_name; // not a copy, for which there may be no memory
     std::chrono::steady_clock::time_point m_start;
 };
