@@ -32,7 +32,7 @@ const std::vector<Call<FrameWorld>>& FrameCalls()
          [](FrameWorld& w)
          {
              w.Start(false);
-             w.Library().OpenSessionW(nullptr, u"A profile");
+             w.Library().OpenSessionW(nullptr, ZEBW("A profile"));
          }},
         {"CZebAPI::SetWasFailed", [](FrameWorld& w) { w.Library().SetWasFailed(false); }},
         {"CZebAPI::Uninitialize",

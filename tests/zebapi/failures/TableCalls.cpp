@@ -224,7 +224,7 @@ const std::vector<Call<World>>& TableCalls()
         {"CZebRestriction::CreateContentA",
          [](World& w) { w.restriction.CreateContentA(PR_SUBJECT_A, "text", FL_SUBSTRING); }},
         {"CZebRestriction::CreateContentW",
-         [](World& w) { w.restriction.CreateContentW(PR_SUBJECT_W, u"text", FL_SUBSTRING); }},
+         [](World& w) { w.restriction.CreateContentW(PR_SUBJECT_W, ZEBW("text"), FL_SUBSTRING); }},
         {"CZebRestriction::CreateExist", [](World& w) { w.restriction.CreateExist(PR_SUBJECT_A); }},
         {"CZebRestriction::CreateNot", [](World& w) { w.restriction.CreateNot().CreateExist(PR_SUBJECT_A); }},
         {"CZebRestriction::CreateOr", [](World& w) { w.restriction.CreateOr(2); }},

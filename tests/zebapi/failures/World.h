@@ -228,7 +228,7 @@ public:
         value->ulPropTag = tag;
         if (PROP_TYPE(tag) == PT_STRING8 || PROP_TYPE(tag) == PT_UNICODE)
         {
-            value->Value.lpszW = const_cast<WCHAR*>(u"");
+            value->Value.lpszW = const_cast<WCHAR*>(ZEBW(""));
         }
         return value;
     }
@@ -403,7 +403,7 @@ private:
     /// The block of entries that an array of binaries leaves allocated, as it is meant to.
     SBinary* m_entries = nullptr;
     const char* m_texts[2] = {"one", "two"};
-    const WCHAR* m_wideTexts[2] = {u"one", u"two"};
+    const WCHAR* m_wideTexts[2] = {ZEBW("one"), ZEBW("two")};
     SBinary m_binaries[2] = {Id("one"), Id("two")};
     LONG m_numbers[2] = {1, 2};
 };
