@@ -32,7 +32,7 @@ PRIVATE_FORM = re.compile(r"CZebException::CZebException\(CZebException::Reserve
 # What is no operation: the records and objects of classes, and what the compiler makes.
 NO_OPERATION = re.compile(
     r"(typeinfo|vtable|VTT|non-virtual thunk|virtual thunk|guard variable|construction vtable)\b.*"
-    r"|CZebException::(classCZebException|s_outOfMemory)"
+    r"|CZebException::(classCZebException|s_\w+)"
     r"|\[thunk\]:.*|.*`(vftable|vector deleting dtor'|scalar deleting dtor|vbase dtor|default ctor closure).*"
     r"|(public|protected|private): static (?:(?!__cdecl).)* \w+::\w+")
 MSVC_PREFIX = re.compile(r"(public: |protected: |private: )?(static |virtual )*.*?__cdecl ")
