@@ -50,4 +50,33 @@ private:
     std::unordered_set<std::int64_t> m_taken;
 };
 
+/// The work on what is counted: the messages of each place and the entries of the address book. In the caller's transaction.
+class CounterRepair
+{
+public:
+    CounterRepair(StoreFile& store, const WorkReport& report);
+
+    /// Counts again; what does not match is corrected, and open tables are told to read everything again.
+    void Mend();
+
+private:
+    struct Place
+    {
+        std::int64_t container = 0;
+        std::int64_t rows = 0;
+        std::int64_t unread = 0;
+        std::int64_t next = 0; ///< the number that the next message gets
+    };
+
+    std::vector<Place> WrongPlaces();
+    void Correct(const Place& place);
+    void MendDirectory();
+
+    Database& m_database;
+    const WorkReport& m_report;
+};
+
+/// The first column of the first row, 0 without a row.
+std::int64_t NumberOf(Query&& query);
+
 } // namespace zebstore
