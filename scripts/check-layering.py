@@ -24,8 +24,8 @@ ROOMS = [*MAY_INCLUDE, "tests", "bench", "fuzz"]
 # Hosts include the library's public headers, which are those that the umbrella brings.
 HOSTS = {"tools", "examples"}
 UMBRELLA = "zebapi/ZebAPI.h"
-# The doctor looks inside the provider search and knows the embedded provider's public constants.
-EXCEPTIONS = {"tools/zeb/": {"zebapi/ProviderSearch.h", "zebstore/zebstore.h"}}
+# The doctor looks inside the provider search; the tools know the embedded provider's public constants.
+EXCEPTIONS = {"tools/zeb/": {"zebapi/ProviderSearch.h", "zebstore/zebstore.h"}, "tools/common/": {"zebstore/zebstore.h"}}
 
 # Headers of other makers, and who may use them.
 THIRD_PARTY = {

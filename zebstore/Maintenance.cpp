@@ -1,6 +1,7 @@
 // The exports for the care of a store's file.
 #include "zebstore/Guard.h"
 #include "zebstore/storage/Repair.h"
+#include "zebstore/storage/Schema.h"
 #include "zebstore/zebstore.h"
 
 #include <algorithm>
@@ -10,6 +11,9 @@ namespace zebstore
 {
 namespace
 {
+
+static_assert(ApplicationId == ZEBSTORE_APPLICATION_ID && SchemaVersion == ZEBSTORE_FILE_VERSION,
+              "hosts know a store's file by its header");
 
 WorkReport ReportTo(ZEBSTORE_REPORT* report, void* context)
 {

@@ -23,6 +23,12 @@
 #define PR_ZEBSTORE_CHECK_A PROP_TAG(PT_STRING8, 0x67F3)
 #define PR_ZEBSTORE_CHECK_W PROP_TAG(PT_UNICODE, 0x67F3)
 
+/// What the header of a store's file has as its application id (at byte 68, big-endian, as SQLite lays it out).
+#define ZEBSTORE_APPLICATION_ID 0x5A454253
+/// The version of a file as this provider writes it (at byte 60, big-endian). An older one is upgraded when it is opened for
+/// writing: all of it is read and written.
+#define ZEBSTORE_FILE_VERSION 4
+
 /// Exports for the care of a store's file; they need neither MAPIInitialize nor a session.
 extern "C"
 {

@@ -4,6 +4,7 @@ import json
 import os
 import pty
 import re
+import sqlite3
 import struct
 import subprocess
 import termios
@@ -131,6 +132,33 @@ class Terminal(World):
     def test_loading_into_a_pipe_shows_no_progress(self):
         done = self.zeb("load", self.write_many(6000))
         self.assertEqual((done.out, done.err), ("6,000 messages loaded\n", ""))
+
+    def make_older(self, store):
+        """Writes the store's file as the program before the one that added checksums did."""
+        database = sqlite3.connect(store)
+        database.execute("ALTER TABLE chunk DROP COLUMN sum")
+        for column in ("created", "modified"):
+            database.execute(f"ALTER TABLE folder DROP COLUMN {column}")
+        for table in ("store", "folder", "message", "recipient", "attachment", "address", "directory"):
+            database.execute(f"UPDATE {table} SET props=CAST(x'01' || substr(props, 2, length(props) - 9) AS BLOB) "
+                             "WHERE props IS NOT NULL")
+        database.execute("PRAGMA user_version=3")
+        database.commit()
+        database.execute("PRAGMA wal_checkpoint(TRUNCATE)")
+        database.close()
+
+    def test_an_upgrade_of_an_older_store_is_announced(self):
+        store = self.folder / "test.zeb"
+        self.load(message("kept"))
+        line = f"upgrading store '{store}'\r\n"
+        for command in (["inbox"], ["store", "repair", "--in-place"], ["store", "compact"]):
+            with self.subTest(command=command):
+                self.make_older(store)
+                self.assertEqual(self.on_terminal(*command, columns=100)[:len(line)], line)
+                self.assertNotIn("upgrading", self.on_terminal(*command, columns=100))
+        self.make_older(store)
+        self.assertEqual(self.zeb("inbox").err, "")
+        self.assertEqual(self.subjects(), ["kept"])
 
     def test_the_listing_fits_the_terminal(self):
         self.load(message("a very long subject " * 10))

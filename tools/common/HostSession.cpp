@@ -1,8 +1,10 @@
 #include "tools/common/HostSession.h"
 
+#include "platform/console.h"
 #include "tools/common/Failure.h"
 #include "tools/common/Output.h"
 #include "tools/common/Profiles.h"
+#include "tools/common/StoreUpgrade.h"
 
 #include <algorithm>
 
@@ -35,6 +37,23 @@ std::string NamedProfile(const std::string& profile)
     return profile.empty() ? "the default profile" : "profile '" + ValidUtf8(profile) + "'";
 }
 
+/// For people at a terminal: asks the profile for its store's file, since the session's table of stores opens it already.
+void AnnounceUpgradeOf(const std::string& profile)
+{
+    if (!platform::IsTerminal(platform::OutputStream::Error))
+        return;
+    try
+    {
+        CZebProfAdmin administration = CZebProfAdmin::Open();
+        AnnounceUpgrade(FileOfStore(administration, profile));
+    }
+    catch (...)
+    {
+        // Logging on says what is wrong with the profile.
+        CurrentFailure();
+    }
+}
+
 } // namespace
 
 HostMapi::HostMapi()
@@ -60,6 +79,7 @@ HostSession::HostSession(const std::string& profile)
 {
     if (profile.empty() && Zeb_GetMAPI().GetDefaultProfileName().IsEmpty())
         throw ToolError("there is no default profile; 'zeb profile list' shows the profiles there are");
+    AnnounceUpgradeOf(profile);
     try
     {
         const ProfileName name(profile);

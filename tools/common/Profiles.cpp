@@ -1,7 +1,9 @@
 #include "tools/common/Profiles.h"
 
+#include "tools/common/Failure.h"
 #include "tools/common/HostSession.h"
 #include "tools/common/Output.h"
+#include "zebstore/zebstore.h"
 
 #include <algorithm>
 
@@ -55,6 +57,44 @@ std::vector<ProfileEntry> ListProfiles(CZebProfAdmin& administration)
                     [](const ProfileEntry& each) { return each.name.empty(); }))
         entries = Read(table, PR_DISPLAY_NAME_A);
     return entries;
+}
+
+std::string NameOfProfile(CZebProfAdmin& administration, const std::string& profile)
+{
+    if (!profile.empty())
+        return profile;
+    for (const ProfileEntry& each : ListProfiles(administration))
+        if (each.isDefault)
+            return each.name;
+    return {};
+}
+
+std::string FileOfStore(CZebProfAdmin& administration, const std::string& profile)
+{
+    const std::string name = NameOfProfile(administration, profile);
+    const ProfileName asked(name);
+    IProfAdmin* const profiles = administration.GetInterface().Checked();
+    CComPtr<IMsgServiceAdmin> services;
+    try
+    {
+        ThrowIfFailed(profiles->AdminServices(asked.Text(), nullptr, 0, asked.Flags(), services.Put()),
+                      profiles, __FILE__, __LINE__);
+    }
+    catch (...)
+    {
+        FailWhile("cannot read profile '" + ValidUtf8(name) + "'");
+    }
+    CComPtr<IMAPITable> raw;
+    ThrowIfFailed(services->GetMsgServiceTable(0, raw.Put()), services, __FILE__, __LINE__);
+    CZebTable table(raw.Get());
+    // Its own columns have narrow text.
+    table.SetColumns(1, PR_ZEBSTORE_PATH_W);
+    CZebRowSet rows;
+    table.QueryAllRows(&rows, nullptr, nullptr);
+    for (ULONG i = 0; i < rows.Count(); ++i)
+        if (rows[i].hasRealValue(PR_ZEBSTORE_PATH_W))
+            return TextOf(rows[i], PR_ZEBSTORE_PATH_W);
+    return {};
 }
 
 } // namespace zeb::tools

@@ -40,4 +40,12 @@ struct ProfileEntry
 /// The profiles that the provider's administration lists. @throws CZebException*
 std::vector<ProfileEntry> ListProfiles(CZebProfAdmin& administration);
 
+/// The name itself, or that of the default profile where none is given; UTF-8, empty when there is none.
+std::string NameOfProfile(CZebProfAdmin& administration, const std::string& profile);
+
+/// The file of the profile's store, asked of the profile: the store need not open for that.
+/// @param profile UTF-8; empty: the default profile
+/// @return UTF-8; empty when it has no store of zebstore's. @throws ToolError when the profile cannot be read
+std::string FileOfStore(CZebProfAdmin& administration, const std::string& profile);
+
 } // namespace zeb::tools

@@ -5,6 +5,7 @@
 #include "tools/common/Output.h"
 #include "tools/common/Profiles.h"
 #include "tools/common/Progress.h"
+#include "tools/common/StoreUpgrade.h"
 #include "tools/zeb/Command.h"
 #include "zebapi/ProviderSearch.h"
 #include "zebstore/zebstore.h"
@@ -82,39 +83,16 @@ int CheckStore(const Options& options)
     return ExitFailed;
 }
 
-/// The file of a profile's store, asked of the profile: a damaged store need not open for that.
+/// The file of a profile's store. @throws ToolError when it has none of zebstore's
 std::string FileOf(const std::string& profile)
 {
     const HostMapi mapi;
     CZebProfAdmin administration = CZebProfAdmin::Open();
-    std::string name = profile;
-    if (name.empty())
-        for (const ProfileEntry& each : ListProfiles(administration))
-            if (each.isDefault)
-                name = each.name;
-    const ProfileName asked(name);
-    IProfAdmin* const profiles = administration.GetInterface().Checked();
-    CComPtr<IMsgServiceAdmin> services;
-    try
-    {
-        ThrowIfFailed(profiles->AdminServices(asked.Text(), nullptr, 0, asked.Flags(), services.Put()),
-                      profiles, __FILE__, __LINE__);
-    }
-    catch (...)
-    {
-        FailWhile("cannot read profile '" + ValidUtf8(name) + "'");
-    }
-    CComPtr<IMAPITable> raw;
-    ThrowIfFailed(services->GetMsgServiceTable(0, raw.Put()), services, __FILE__, __LINE__);
-    CZebTable table(raw.Get());
-    // Its own columns have narrow text.
-    table.SetColumns(1, PR_ZEBSTORE_PATH_W);
-    CZebRowSet rows;
-    table.QueryAllRows(&rows, nullptr, nullptr);
-    for (ULONG i = 0; i < rows.Count(); ++i)
-        if (rows[i].hasRealValue(PR_ZEBSTORE_PATH_W))
-            return TextOf(rows[i], PR_ZEBSTORE_PATH_W);
-    throw ToolError("profile '" + ValidUtf8(name) + "' has no store of zebstore's");
+    const std::string file = FileOfStore(administration, profile);
+    if (file.empty())
+        throw ToolError("profile '" + ValidUtf8(NameOfProfile(administration, profile)) +
+                        "' has no store of zebstore's");
+    return file;
 }
 
 /// An export of the embedded provider for the care of a store's file.
@@ -185,6 +163,7 @@ int RepairStore(const Options& options)
 {
     const std::string file = options.file.empty() ? FileOf(options.profile) : options.file;
     const std::string copy = options.output.empty() ? CopyNameOf(file) : options.output;
+    AnnounceUpgrade(file);
     Care care("rows");
     char failure[1024] = "";
     const HRESULT result = CareExport<ZEBSTORE_REPAIR>("ZebStoreRepair")(
@@ -212,6 +191,7 @@ int CompactStore(const Options& options)
 {
     const std::string file = options.file.empty() ? FileOf(options.profile) : options.file;
     const unsigned long long before = SizeOf(file) + SizeOf(file + "-wal");
+    AnnounceUpgrade(file);
     Care care("steps");
     char failure[1024] = "";
     const HRESULT result = CareExport<ZEBSTORE_COMPACT>("ZebStoreCompact")(file.c_str(), Care::Take, &care,

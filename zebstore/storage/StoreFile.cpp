@@ -235,6 +235,8 @@ std::shared_ptr<StoreFile> StoreFile::Open(const std::string& path, const OpenOp
     if (!options.readOnly && NeedsUpgrade(*store->m_database))
     {
         RequireWholePages(path);
+        TraceNote("the store file '" + path +
+                  "' is of an older version: it is upgraded, which reads and writes all of it");
         UpgradeSchema(*store->m_database);
     }
     store->m_version = CheckSchema(*store->m_database);

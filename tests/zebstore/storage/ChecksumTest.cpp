@@ -1,6 +1,7 @@
 // That damage to a store's file is seen by whoever reads what is damaged, and by the check of the whole file.
 #include "tests/zebstore/storage/Storage.h"
 
+#include "zebstore/Guard.h"
 #include "zebstore/storage/AddressStorage.h"
 #include "zebstore/storage/LargeStorage.h"
 #include "zebstore/storage/Restriction.h"
@@ -272,6 +273,30 @@ TEST_F(ChecksumTest, APageThatForgotItsRowsIsNoEmptyInbox)
     EXPECT_NE(Problems(), "");
 }
 
+// A page that points to a row which would end beyond it.
+TEST_F(ChecksumTest, ADamagedPageIsSeenWhenItIsRead)
+{
+    Full(10);
+    std::int64_t page = 0;
+    {
+        Query query(Store().Connection(), "SELECT rootpage FROM sqlite_schema WHERE name='message'");
+        ASSERT_TRUE(query.Step());
+        page = query.Number(0);
+    }
+    m_store.reset();
+    {
+        constexpr char nearTheEnd[] = {0x0F, static_cast<char>(0xFD)};
+        constexpr int leafHeader = 8;
+        std::fstream file(Path("test.zeb"), std::ios::binary | std::ios::in | std::ios::out);
+        file.seekp((page - 1) * 4096 + leafHeader);
+        file.write(nearTheEnd, 2);
+    }
+    m_store = StoreFile::Open(Path("test.zeb"), {});
+    std::string text;
+    EXPECT_EQ(CodeOf([&] { RowsOfInbox(50); }, &text), MAPI_E_CORRUPT_STORE);
+    EXPECT_NE(text.find("is damaged or cut short"), std::string::npos) << text;
+}
+
 // Each byte of a message's text and of its attachment, where it lies in the file.
 TEST_F(ChecksumTest, AFlippedByteOfTheFileIsSeenWhereItIsRead)
 {
@@ -350,6 +375,27 @@ TEST_F(ChecksumTest, AFileOfAnyOlderVersionGetsItsChecksumsWhenItIsOpenedForWrit
         Flip("message", "props", "id=" + std::to_string(shorter), 60);
         EXPECT_EQ(CodeOf([&] { Store().LoadMessage(shorter); }), MAPI_E_CORRUPT_DATA);
     }
+}
+
+TEST_F(ChecksumTest, AnUpgradeIsToldInTheTrace)
+{
+    Switches switches;
+    switches.traceFile = Path("trace.txt");
+    ApplySwitches(switches);
+    MakeOlder(Store(), 3);
+    m_store.reset();
+    for (int i = 0; i < 2; ++i)
+    {
+        m_store = StoreFile::Open(Path("test.zeb"), {});
+        m_store.reset();
+    }
+    ApplySwitches({});
+    std::ifstream file(std::filesystem::u8path(switches.traceFile));
+    const std::string text((std::istreambuf_iterator<char>(file)), {});
+    EXPECT_EQ(text, "note: the store file '" + Path("test.zeb") +
+                        "' is of an older version: it is upgraded, which reads and writes all of it\n")
+        << "told once: the second opening finds it upgraded";
+    m_store = StoreFile::Open(Path("test.zeb"), {});
 }
 
 TEST_F(ChecksumTest, AFileWithoutChecksumsIsReadAsItIs)

@@ -1,0 +1,56 @@
+#include "tools/common/StoreUpgrade.h"
+
+#include "platform/console.h"
+#include "tools/common/Output.h"
+#include "zebstore/zebstore.h"
+
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+namespace zeb::tools
+{
+namespace
+{
+
+constexpr char Magic[] = "SQLite format 3";
+constexpr size_t HeaderSize = 100;
+constexpr size_t VersionAt = 60;
+constexpr size_t ApplicationAt = 68;
+
+uint32_t BigEndian(const unsigned char* bytes)
+{
+    return static_cast<uint32_t>(bytes[0]) << 24 | static_cast<uint32_t>(bytes[1]) << 16 |
+           static_cast<uint32_t>(bytes[2]) << 8 | bytes[3];
+}
+
+bool IsOlderStore(const std::string& file)
+{
+    const std::filesystem::path path = std::filesystem::u8path(file);
+    std::filesystem::path log = path;
+    log += "-wal";
+    std::error_code failure;
+    // What a log beside the file says goes before the file's header.
+    if (std::filesystem::file_size(log, failure) > 0 && !failure)
+        return false;
+    unsigned char header[HeaderSize] = {};
+    std::ifstream stream(path, std::ios::binary);
+    if (!stream.read(reinterpret_cast<char*>(header), sizeof header) ||
+        std::memcmp(header, Magic, sizeof Magic) != 0)
+        return false;
+    return BigEndian(header + ApplicationAt) == ZEBSTORE_APPLICATION_ID &&
+           BigEndian(header + VersionAt) < ZEBSTORE_FILE_VERSION;
+}
+
+} // namespace
+
+void AnnounceUpgrade(const std::string& file)
+{
+    if (!platform::IsTerminal(platform::OutputStream::Error) || !IsOlderStore(file))
+        return;
+    std::fprintf(stderr, "upgrading store '%s'\n", OneLine(file).c_str());
+    std::fflush(stderr);
+}
+
+} // namespace zeb::tools
