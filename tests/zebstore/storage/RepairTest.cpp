@@ -3,6 +3,7 @@
 
 #include "zebstore/storage/AddressStorage.h"
 #include "zebstore/storage/Repair.h"
+#include "zebstore/storage/Text.h"
 #include "zebstore/zebstore.h"
 
 #include <filesystem>
@@ -96,6 +97,8 @@ TEST_F(RepairTest, EachDamageIsMendedAndToldInALine)
         {"UPDATE contents SET next=1 WHERE container=6", "folder 3: its counters"},
         {"UPDATE contents SET recent=x'01' WHERE container=6", "folder 3: its counters"},
         {"DELETE FROM contents WHERE container=7", "folder 3: its counters are missing: made"},
+        {"DELETE FROM contents WHERE container=0",
+         "the place of messages inside attachments is missing: made"},
         {"INSERT INTO large(size) VALUES(3)", "belongs to nothing: removed"},
         {"INSERT INTO chunk(id, bytes, sum) VALUES(99999999999, x'00', 0)",
          "1 pieces belong to no large value"},
@@ -183,6 +186,61 @@ TEST_F(RepairTest, ALostMessageIsFoundAgainInAFolderOfItsOwn)
     EXPECT_EQ(Store().Folder(Inbox).messages, 1u);
 }
 
+TEST_F(RepairTest, ALostFolderWhoseNameIsTakenGetsItsNumber)
+{
+    PropertySet properties;
+    properties.SetText(PR_DISPLAY_NAME_W, "Outbox");
+    const FolderId lost = Store().CreateFolder(Inbox, properties);
+    Spoil("UPDATE folder SET parent=4000 WHERE id=" + std::to_string(lost));
+    const std::string name = "Outbox (" + std::to_string(lost) + ")";
+    EXPECT_NE(Repair().findings.find("moved to '" + name + "'"), std::string::npos);
+    EXPECT_EQ(Store().FindFolder(IdOf(StandardFolder::IpmSubtree), name), lost);
+    EXPECT_EQ(Store().FindFolder(IdOf(StandardFolder::IpmSubtree), "Outbox"), IdOf(StandardFolder::Outbox));
+}
+
+TEST_F(RepairTest, AnIndexThatLacksRowsIsMadeAgain)
+{
+    // The schema forgets the index while a row is added.
+    Spoil("PRAGMA writable_schema=ON; CREATE TEMP TABLE kept AS SELECT * FROM sqlite_schema WHERE "
+          "name='address_by_name'; DELETE FROM sqlite_schema WHERE name='address_by_name'; PRAGMA "
+          "writable_schema=RESET");
+    AddressStorage(m_store).Create(MAPI_MAILUSER, Named("Ada"));
+    Spoil("PRAGMA writable_schema=ON; INSERT INTO sqlite_schema SELECT * FROM kept; PRAGMA "
+          "writable_schema=RESET; DROP TABLE kept");
+    EXPECT_FALSE(Store().CheckWhole().empty());
+    const std::string findings = Repair().findings;
+    EXPECT_EQ(findings.find("an index does not fit its table ("), 0u) << findings;
+    EXPECT_NE(findings.find("address_by_name"), std::string::npos) << findings;
+    EXPECT_EQ(Repair().findings, "");
+}
+
+TEST_F(RepairTest, WhatStaysWrongIsAFailureThatChangesNothing)
+{
+    Spoil("UPDATE folder SET parent=7 WHERE id=7; UPDATE contents SET rows=7 WHERE container=6");
+    const std::vector<std::string> before = Store().CheckWhole();
+    std::string text;
+    EXPECT_EQ(CodeOf([&] { Repair(); }, &text), MAPI_E_CORRUPT_STORE);
+    EXPECT_NE(text.find("cannot be repaired: folder 7 is not reached from the root"), std::string::npos)
+        << text;
+    EXPECT_EQ(Store().CheckWhole(), before);
+    Spoil("UPDATE folder SET parent=2 WHERE id=7");
+    Repair();
+}
+
+TEST_F(RepairTest, ACopyIsToldStepByStepAndReplacesNothing)
+{
+    Told told;
+    CopyStore(Path("test.zeb"), Path("copy.zeb"), ReportTo(told));
+    EXPECT_GT(told.steps, 0);
+    EXPECT_EQ(told.last, told.whole);
+    EXPECT_GT(told.whole, 0u);
+    std::string text;
+    EXPECT_EQ(CodeOf([&] { CopyStore(Path("test.zeb"), Path("copy.zeb"), ReportTo(told)); }, &text),
+              MAPI_E_COLLISION);
+    EXPECT_NE(text.find("copy.zeb"), std::string::npos) << text;
+    EXPECT_EQ(StoreFile::Open(Path("copy.zeb"), {})->CheckWhole(), std::vector<std::string>());
+}
+
 TEST_F(RepairTest, AValueWithTwoOwnersBecomesTwo)
 {
     Spoil("UPDATE message SET props=(SELECT props FROM message WHERE id=" + std::to_string(m_second) +
@@ -233,6 +291,7 @@ TEST_F(RepairTest, ACopyIsRepairedAndTheFileStaysAsItIs)
         ZebStoreRepair(Path("test.zeb").c_str(), copy.c_str(), nullptr, nullptr, failure, sizeof(failure)),
         MAPI_E_COLLISION);
     EXPECT_NE(std::string(failure).find("copy.zeb"), std::string::npos);
+    EXPECT_EQ(StoreFile::Open(copy, {})->Folder(Inbox).messages, 2u) << "the file that was there stays";
     EXPECT_EQ(ZebStoreRepair(Path("test.zeb").c_str(), nullptr, Export::Take, &told, nullptr, 0), S_OK);
     EXPECT_TRUE(Store().CheckWhole().empty());
 }
@@ -254,6 +313,20 @@ TEST_F(RepairTest, AFailedRepairLeavesNoCopyAndSaysWhy)
     m_store.reset();
 }
 
+TEST_F(RepairTest, TheSentenceOfAFailureIsCutBetweenCharacters)
+{
+    const std::string path = Path("\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E\xF0\x9F\x98\x80.zeb");
+    for (ULONG size = 1; size < 200; ++size)
+    {
+        std::string failure(size, 'x');
+        EXPECT_EQ(ZebStoreRepair(path.c_str(), nullptr, nullptr, nullptr, failure.data(), size),
+                  MAPI_E_NOT_FOUND);
+        const std::string text = failure.c_str();
+        EXPECT_TRUE(IsUtf8(text)) << size << ": " << text;
+        EXPECT_TRUE(text.size() + 4 >= size || text.back() == '.') << "no more than needed is cut off";
+    }
+}
+
 TEST_F(RepairTest, ACompactFileHasNoRoomLeftOfWhatWasDeleted)
 {
     for (int i = 0; i < 20; ++i)
@@ -267,6 +340,25 @@ TEST_F(RepairTest, ACompactFileHasNoRoomLeftOfWhatWasDeleted)
     m_store = StoreFile::Open(Path("test.zeb"), {});
     EXPECT_EQ(Body(m_first), std::string(50000, 'b'));
     EXPECT_EQ(ZebStoreCompact(Path("missing.zeb").c_str(), nullptr, nullptr, nullptr, 0), MAPI_E_NOT_FOUND);
+}
+
+// The log is emptied by the call itself: while somebody else has the store open, closing it does not.
+TEST_F(RepairTest, AFileIsCompactAtOnceAndTheWorkIsTold)
+{
+    Store().Connection().Execute("CREATE TABLE rows AS WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 "
+                                 "FROM n WHERE i < 100000) SELECT i FROM n");
+    std::vector<MessageId> gone;
+    for (int i = 0; i < 20; ++i)
+        gone.push_back(Store().CreateMessage(Inbox, false, Whole("gone")));
+    Store().DeleteMessages(gone);
+    Store().Connection().Execute("PRAGMA wal_checkpoint(TRUNCATE)");
+    const auto before = std::filesystem::file_size(Path("test.zeb"));
+    Told told;
+    EXPECT_EQ(ZebStoreCompact(Path("test.zeb").c_str(), Export::Take, &told, nullptr, 0), S_OK);
+    EXPECT_GT(told.steps, 0);
+    EXPECT_LT(std::filesystem::file_size(Path("test.zeb")), before);
+    EXPECT_EQ(std::filesystem::file_size(Path("test.zeb-wal")), 0u);
+    Store().Connection().Execute("DROP TABLE rows");
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "zebstore/storage/RowSource.h"
 #include "zebstore/storage/SqlFilter.h"
 
+#include <algorithm>
 #include <random>
 
 namespace zebstore::test
@@ -185,8 +186,64 @@ TEST_F(SqlFilterTest, AWideRestrictionThatIsAcceptedIsAnswered)
         EXPECT_FALSE(MakeFilter(wideOr.Root(), {}));
         const std::optional<SqlFilter> filter = MakeFilter(wideAnd.Root(), {});
         ASSERT_TRUE(filter);
-        EXPECT_LE(filter->parameters.size(), MostSqlTerms);
+        EXPECT_LE(filter->parameters.size(), 500u);
         EXPECT_FALSE(filter->exact);
+    }
+}
+
+// However wide it is: SQL gets few comparisons, and a row costs one look-up of each of its texts.
+TEST_F(SqlFilterTest, AWideRestrictionCostsARowOneLookUp)
+{
+    std::vector<SRestriction*> any;
+    const auto add = [&](size_t count)
+    {
+        while (any.size() < count)
+        {
+            m_narrow.push_back("no such subject " + std::to_string(any.size()));
+            any.push_back(m_make.Property(RELOP_EQ, NarrowValue(PR_SUBJECT_A, m_narrow.back().c_str())));
+        }
+    };
+    add(500);
+    EXPECT_TRUE(MakeFilter(Restriction(*m_make.Or(any)).Root(), {}));
+    add(501);
+    EXPECT_FALSE(MakeFilter(Restriction(*m_make.Or(any)).Root(), {}));
+    add(10000);
+    any.push_back(m_make.Content(FL_PREFIX, NarrowValue(PR_SUBJECT_A, "no such")));
+    any.push_back(m_make.Property(RELOP_EQ, NarrowValue(PR_SENDER_NAME_A, "no such sender")));
+    const Restriction wide(*m_make.Or(any));
+    EXPECT_FALSE(MakeFilter(wide.Root(), {}));
+    ASSERT_EQ(wide.Root().equal.size(), 2u);
+    EXPECT_EQ(wide.Root().equal[0].folded.size(), 10000u);
+    EXPECT_EQ(wide.Root().equal[1].folded.size(), 1u);
+    EXPECT_EQ(wide.Root().unequal, std::vector<size_t>({10000}));
+    EXPECT_TRUE(m_rows->Keys(&wide, nullptr).empty());
+}
+
+// Among many texts that are looked up, what asks for anything else than an equal text without case is still asked.
+TEST_F(SqlFilterTest, OnlyEqualTextsAreLookedUp)
+{
+    const SPropValue alpha = NarrowValue(PR_SUBJECT_A, "Alpha");
+    std::vector<SRestriction*> others;
+    for (const ULONG relation : {RELOP_LT, RELOP_LE, RELOP_GT, RELOP_GE, RELOP_NE})
+        others.push_back(m_make.Property(relation, alpha));
+    for (const ULONG fuzzy : {FL_FULLSTRING, FL_FULLSTRING | FL_IGNORENONSPACE, FL_FULLSTRING | FL_LOOSE,
+                              FL_PREFIX | FL_IGNORECASE, FL_SUBSTRING | FL_IGNORECASE})
+        others.push_back(m_make.Content(fuzzy, alpha));
+    std::vector<std::string> texts;
+    for (int i = 0; i < 20; ++i)
+        texts.push_back("no such subject " + std::to_string(i));
+    for (size_t i = 0; i < others.size(); ++i)
+    {
+        std::vector<SRestriction*> any;
+        for (const std::string& text : texts)
+            any.push_back(m_make.Property(RELOP_EQ, NarrowValue(PR_SUBJECT_A, text.c_str())));
+        any.push_back(others[i]);
+        const Restriction single(*others[i]);
+        const std::vector<RowKey> expected = Naive(&single, nullptr);
+        EXPECT_FALSE(expected.empty()) << i;
+        const Restriction many(*m_make.Or(any));
+        EXPECT_EQ(Naive(&many, nullptr), expected) << i;
+        EXPECT_EQ(m_rows->Keys(&many, nullptr), expected) << i;
     }
 }
 
