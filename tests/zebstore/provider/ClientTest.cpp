@@ -3,8 +3,11 @@
 #include "tests/support/Unprivileged.h"
 #include "tests/zebstore/provider/ProviderFixture.h"
 #include "zebstore/Defaults.h"
+#include "zebstore/Folder.h"
 #include "zebstore/Objects.h"
-#include "zebstore/OpenFlags.h"
+#include "zebstore/storage/StoreParts.h"
+
+#include <sqlite3.h>
 
 #include <filesystem>
 #include <fstream>
@@ -13,6 +16,16 @@ namespace zebstore
 {
 namespace
 {
+
+// As published, and not by the provider's own constants: a client passes numbers.
+constexpr ULONG MdbOnlineFlag = 0x100;
+constexpr ULONG NoCacheFlag = 0x200;
+constexpr ULONG CacheOnlyFlag = 0x4000;
+constexpr ULONG SoftDeletesFlag = 0x2;
+constexpr ULONG HardDeleteFlag = 0x10;
+constexpr ULONG SpamFilterFlag = 0x80;
+constexpr ULONG ItemProcFlag = 0x800;
+constexpr ULONG NonExchangeSaveFlag = 0x1000;
 
 class Clients : public Provider
 {
@@ -56,12 +69,12 @@ protected:
 
 TEST_F(Clients, OpenStoresAndEntriesPastCopiesThatAreNotThere)
 {
-    for (const ULONG flag : {MdbOnline, MapiNoCache, MapiCacheOnly})
+    for (const ULONG flag : {MdbOnlineFlag, NoCacheFlag, CacheOnlyFlag})
         EXPECT_EQ(OpenStoreCode(flag | MAPI_BEST_ACCESS), S_OK) << std::hex << flag;
     EXPECT_EQ(OpenStoreCode(0x400000), MAPI_E_UNKNOWN_FLAGS);
     const Ref<IMAPIFolder> inbox = Inbox();
     const Bytes id = SaveMessage(*inbox);
-    for (const ULONG flag : {MapiNoCache, MapiCacheOnly, ShowSoftDeletes})
+    for (const ULONG flag : {NoCacheFlag, CacheOnlyFlag, SoftDeletesFlag})
     {
         const Ref<IMessage> message = OpenMessage(id, flag);
         EXPECT_EQ(GetText(message.Get(), PR_SUBJECT_A), "Hello") << std::hex << flag;
@@ -77,9 +90,9 @@ TEST_F(Clients, SaveWithWhatTheyKnowOfMailThatJustCame)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     IMessage* made = nullptr;
-    ASSERT_EQ(inbox->CreateMessage(nullptr, ItemProcForce, &made), S_OK);
+    ASSERT_EQ(inbox->CreateMessage(nullptr, ItemProcFlag, &made), S_OK);
     const Ref<IMessage> message = Ref<IMessage>::Adopt(made);
-    for (const ULONG flag : {SpamFilterOnSave, ItemProcForce, NonEmsXpSave})
+    for (const ULONG flag : {SpamFilterFlag, ItemProcFlag, NonExchangeSaveFlag})
         EXPECT_EQ(message->SaveChanges(KEEP_OPEN_READWRITE | flag), S_OK) << std::hex << flag;
     EXPECT_EQ(message->SaveChanges(0x10), MAPI_E_UNKNOWN_FLAGS);
 }
@@ -90,9 +103,9 @@ TEST_F(Clients, SeeNothingOfWhatWasDeleted)
     SaveMessage(*inbox);
     NewFolder(*inbox, "Below");
     EXPECT_EQ(CountOf(*inbox, MAPI_UNICODE), 1u);
-    EXPECT_EQ(CountOf(*inbox, MAPI_UNICODE | ShowSoftDeletes), 0u);
+    EXPECT_EQ(CountOf(*inbox, MAPI_UNICODE | SoftDeletesFlag), 0u);
     EXPECT_EQ(CountOf(*inbox, 0, true), 1u);
-    EXPECT_EQ(CountOf(*inbox, ShowSoftDeletes | CONVENIENT_DEPTH, true), 0u);
+    EXPECT_EQ(CountOf(*inbox, SoftDeletesFlag | CONVENIENT_DEPTH, true), 0u);
 }
 
 TEST_F(Clients, DeleteForGoodAndAllowDialogs)
@@ -103,11 +116,11 @@ TEST_F(Clients, DeleteForGoodAndAllowDialogs)
     EntryList list(message);
     EXPECT_EQ(inbox->CopyMessages(&list, nullptr, below.Get(), 0, nullptr, MESSAGE_DIALOG), S_OK);
     EXPECT_EQ(inbox->SetReadFlags(&list, 0, nullptr, MESSAGE_DIALOG), S_OK);
-    EXPECT_EQ(inbox->DeleteMessages(&list, 0, nullptr, DeleteHardDelete | MESSAGE_DIALOG), S_OK);
-    EXPECT_EQ(below->EmptyFolder(0, nullptr, DeleteHardDelete | FOLDER_DIALOG), S_OK);
+    EXPECT_EQ(inbox->DeleteMessages(&list, 0, nullptr, HardDeleteFlag | MESSAGE_DIALOG), S_OK);
+    EXPECT_EQ(below->EmptyFolder(0, nullptr, HardDeleteFlag | FOLDER_DIALOG), S_OK);
     const Bytes id = GetBytes(below.Get(), PR_ENTRYID);
     EXPECT_EQ(inbox->DeleteFolder(static_cast<ULONG>(id.size()), Id(id), 0, nullptr,
-                                  DeleteHardDelete | FOLDER_DIALOG | DEL_FOLDERS | DEL_MESSAGES),
+                                  HardDeleteFlag | FOLDER_DIALOG | DEL_FOLDERS | DEL_MESSAGES),
               S_OK);
 }
 
@@ -188,6 +201,20 @@ TEST_F(Clients, ReadWhatEveryMessageHas)
     ULONG old = 1;
     EXPECT_EQ(inbox->SetMessageStatus(static_cast<ULONG>(id.size()), Id(id), 4, 4, &old), S_OK);
     EXPECT_EQ(GetLong(OpenMessage(id).Get(), PR_MSG_STATUS), 4);
+}
+
+TEST_F(Clients, ReadNoNamesOfRecipientsThatWereTakenOff)
+{
+    const Ref<IMessage> message = NewMessage(*Inbox());
+    SPropValue name = NarrowValue(PR_DISPLAY_NAME_A, "Ann");
+    SizedADRLIST(1, one) = {1, {{0, 1, &name}}};
+    EXPECT_EQ(message->ModifyRecipients(MODRECIP_ADD, reinterpret_cast<LPADRLIST>(&one)), S_OK);
+    EXPECT_EQ(message->SaveChanges(KEEP_OPEN_READWRITE), S_OK);
+    EXPECT_EQ(GetText(message.Get(), PR_DISPLAY_TO_A), "Ann");
+    ADRLIST none{};
+    EXPECT_EQ(message->ModifyRecipients(0, &none), S_OK);
+    EXPECT_EQ(message->SaveChanges(KEEP_OPEN_READWRITE), S_OK);
+    EXPECT_EQ(GetText(message.Get(), PR_DISPLAY_TO_A), "");
 }
 
 TEST_F(Clients, KnowMessagesAndTheirChangesByKeys)
@@ -299,10 +326,42 @@ TEST_F(Clients, GetAttachmentsByTheInterfaceTheyAskFor)
     const Ref<IAttach> owner = Ref<IAttach>::Adopt(attach);
     EXPECT_EQ(attach->SaveChanges(0), S_OK);
     IAttach* other = nullptr;
+    ULONG unused = 77;
+    EXPECT_EQ(message->CreateAttach(&IID_IMessage, 0, &unused, &other), MAPI_E_INTERFACE_NOT_SUPPORTED);
+    EXPECT_EQ(other, nullptr);
+    EXPECT_EQ(unused, 77u);
     EXPECT_EQ(message->OpenAttach(number, &IID_IMessage, 0, &other), MAPI_E_INTERFACE_NOT_SUPPORTED);
     EXPECT_EQ(other, nullptr);
     ASSERT_EQ(message->OpenAttach(number, &IID_IAttachment, 0, &other), S_OK);
     other->Release();
+}
+
+// What is in the file is asked for once: a message of very many attachments is made in time that grows with their number.
+TEST_F(Clients, AddAttachmentsWithoutALookAtThoseThatAreThere)
+{
+    const Ref<IMessage> message = OpenMessage(SaveMessage(*Inbox()));
+    int statements = 0;
+    sqlite3* const handle = OwnFolder(Inbox().Get())->Store()->File().Connection().Handle();
+    for (int i = 0; i < 3; ++i)
+    {
+        statements = 0;
+        sqlite3_trace_v2(
+            handle, SQLITE_TRACE_STMT,
+            [](unsigned, void* counted, void*, void*)
+            {
+                ++*static_cast<int*>(counted);
+                return 0;
+            },
+            &statements);
+        ULONG number = 0;
+        IAttach* attach = nullptr;
+        EXPECT_EQ(message->CreateAttach(nullptr, 0, &number, &attach), S_OK);
+        const Ref<IAttach> owner = Ref<IAttach>::Adopt(attach);
+        sqlite3_trace_v2(handle, 0, nullptr, nullptr);
+        EXPECT_EQ(number, static_cast<ULONG>(i));
+        EXPECT_EQ(statements > 0, i == 0) << i;
+        EXPECT_EQ(attach->SaveChanges(0), S_OK);
+    }
 }
 
 TEST_F(Clients, ReadAStoreThatNothingCanBeWrittenOfOrNextTo)

@@ -413,6 +413,26 @@ TEST_F(Copies, ToAFolderOfAnotherStoreAreWhole)
     EXPECT_EQ(Subfolders(*source), Texts());
 }
 
+TEST_F(Copies, ThatWouldMoveStandardFoldersChangeNothing)
+{
+    ASSERT_EQ(MakeProfile("Other", m_folder.File("other.zeb")), S_OK);
+    const Ref<IMAPIFolder> inbox = Inbox();
+    SaveMessage(*inbox, "stays");
+    const Ref<IMAPIFolder> top = OpenFolder(GetBytes(inbox.Get(), PR_PARENT_ENTRYID));
+    const Texts before = Subfolders(*top);
+    const Ref<IMAPISession> first = std::move(m_session);
+    IMAPISession* opened = nullptr;
+    ASSERT_EQ(MAPILogonEx(0, Text("Other"), nullptr, 0, &opened), S_OK);
+    m_session = Ref<IMAPISession>::Adopt(opened);
+    const Ref<IMAPIFolder> target = NewFolder(*Inbox(), "Target");
+    EXPECT_EQ(CopyTo(*top, *target, MAPI_MOVE), MAPI_E_NO_ACCESS);
+    EXPECT_EQ(Subfolders(*target), Texts());
+    EXPECT_EQ(Subfolders(*top), before);
+    EXPECT_EQ(Subjects(*inbox), Texts({"stays"}));
+    EXPECT_EQ(CopyTo(*top, *target), S_OK);
+    EXPECT_EQ(Subfolders(*target).size(), before.size());
+}
+
 TEST_F(Copies, NumberTheirProblemsByTheTagsThatWereGiven)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
