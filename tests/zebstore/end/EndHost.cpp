@@ -1,4 +1,5 @@
-// Loads the library that holds the provider's address book, and ends ("exit") or unloads it first ("unload").
+// Loads the library that holds the provider's address book, and ends ("exit"), unloads it first ("unload"), or lets it unload
+// the provider with everything open ("abandon").
 #include "platform/module.h"
 
 #include <chrono>
@@ -26,5 +27,11 @@ int main(int count, char** arguments)
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     if (std::strcmp(arguments[1], "unload") == 0)
         zeb::platform::UnloadModule(holder);
+    if (std::strcmp(arguments[1], "abandon") == 0)
+    {
+        reinterpret_cast<void (*)()>(zeb::platform::FindExport(holder, "AbandonWab"))();
+        // A thread that is left would run into what is not there any more.
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
     return 0;
 }

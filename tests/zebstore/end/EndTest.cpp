@@ -28,7 +28,7 @@ TEST_P(ProviderEnd, WithTheAddressBookOpenNeitherHangsNorCrashes)
         ASSERT_EQ(std::system(command.c_str()), 0) << command;
 }
 
-INSTANTIATE_TEST_SUITE_P(Ways, ProviderEnd, testing::Values("exit", "unload"),
+INSTANTIATE_TEST_SUITE_P(Ways, ProviderEnd, testing::Values("exit", "unload", "abandon"),
                          [](const auto& each) { return std::string(each.param); });
 
 } // namespace

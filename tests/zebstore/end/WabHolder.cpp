@@ -25,9 +25,12 @@ struct Held
     IAddrBook* book = nullptr;
     IWABObject* wab = nullptr;
     IMAPITable* table = nullptr;
+    bool abandoned = false; ///< the provider is gone, and what it gave with it
 
     ~Held()
     {
+        if (abandoned)
+            return;
         if (table)
             table->Release();
         if (book)
@@ -80,4 +83,11 @@ extern "C" ZEBAPI_EXPORT int HoldWab(const char* library, const char* file)
     ULONG_PTR connection = 0;
     const HRESULT result = g_held.table->Advise(fnevTableModified, &g_sink, &connection);
     return FAILED(result) ? 4 : 0;
+}
+
+/// Unloads the provider with everything open.
+extern "C" ZEBAPI_EXPORT void AbandonWab()
+{
+    g_held.abandoned = true;
+    zeb::platform::UnloadModule(g_held.provider);
 }
