@@ -310,6 +310,7 @@ TEST(Context, IsTheFunctionThatThrew)
     EXPECT_EQ(Catch(&FailsOnAnObject)->GetContext(), "FailsOnAnObject");
     EXPECT_EQ(Catch(&ThrowsByItself)->GetContext(), "ThrowsByItself");
     EXPECT_EQ(Caught(new CZebException(NotFound, nullptr, 0))->GetContext(), "");
+    EXPECT_EQ(Catch([] { CZebException::Throw(NotFound, nullptr, 0); })->GetContext(), "") << "a lambda";
     EXPECT_EQ(log.CountBeginning("THROW"), 3u);
     EXPECT_EQ(log.Lines().size(), 3u) << "the stated lines and no others";
 }

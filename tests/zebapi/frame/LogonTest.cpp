@@ -2,6 +2,7 @@
 #include "tests/zebapi/frame/LibraryFixture.h"
 
 #include "platform/text.h"
+#include "tests/support/Context.h"
 #include "tests/support/doubles/RecordingStore.h"
 
 namespace zeb::test
@@ -121,6 +122,14 @@ TEST_F(Logon, AFailureIsThrownAndBlocksTheNextStart)
     library.SetWasFailed(false);
     library.Initialize(false);
     EXPECT_TRUE(library.WasInitialized());
+}
+
+TEST_F(Logon, AFailureNamesTheProfile)
+{
+    provider.logon = MAPI_E_USER_CANCEL;
+    Start(ProviderFile::Undecorated());
+    EXPECT_EQ(ContextOf([this] { library.OpenSession(nullptr, "Outlook"); }), "OpenSession 'Outlook'");
+    EXPECT_EQ(ContextOf([this] { library.OpenSession(nullptr, nullptr); }), "OpenSession");
 }
 
 TEST_F(Logon, SuccessWithoutASessionIsAFailure)

@@ -1,6 +1,8 @@
 // Notifications that come before the registration is answered.
 #include "Delivery.h"
 
+#include <chrono>
+#include <future>
 #include <memory>
 #include <thread>
 
@@ -91,6 +93,42 @@ TEST_P(EarlyDelivery, ADelegateMayDestroyTheBinderBeforeAdviseReturns)
         const Lines both = {"table: Advise(0x100)", "table: Unadvise(0xABABABAB0000004D)"};
         EXPECT_EQ(Calls(), refused ? once : both);
     }
+}
+
+TEST_F(Delivery, AHandlerThatOutlastsARefusedRegistrationMayDestroyTheBinder)
+{
+    RowTable provider(m_journal);
+    CZebTable table(&provider);
+    std::unique_ptr<CAdviseSinkBinder> binder;
+    std::promise<void> entered;
+    Handler handler(
+        [&]
+        {
+            entered.set_value();
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            binder.reset();
+        });
+    binder = std::make_unique<CAdviseSinkBinder>(&handler, nullptr);
+    provider.Fail("Advise", MAPI_E_NO_SUPPORT);
+    std::thread notifying;
+    provider.m_whileAdvising = [&]
+    {
+        IMAPIAdviseSink* const sink = provider.Sink();
+        sink->AddRef();
+        notifying = std::thread(
+            [sink]
+            {
+                Notify(sink);
+                sink->Release();
+            });
+        entered.get_future().wait();
+    };
+    binder->Advise(table);
+    notifying.join();
+    EXPECT_EQ(binder, nullptr);
+    EXPECT_EQ(provider.References(), 1u);
+    EXPECT_EQ(Caught(), 1u);
+    Calls();
 }
 
 TEST_P(EarlyDelivery, ADelegateMayAdviseOnAnotherTableBeforeAdviseReturns)

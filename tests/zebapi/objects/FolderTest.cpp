@@ -1,5 +1,6 @@
 // Folders: what is made, opened, copied and deleted through them.
 #include "FolderFixture.h"
+#include "tests/support/Context.h"
 #include "zebapi/PROPVALArray.h"
 
 using namespace zeb::test;
@@ -98,6 +99,15 @@ TEST_F(Folder, DoesNotLookFirstWithAnyFurtherFlag)
     HasSubfolder("sub");
     m_folder.CreateFolder("sub", false, false, OPEN_IF_EXISTS | MAPI_DEFERRED_ERRORS, "", FOLDER_GENERIC);
     EXPECT_EQ(Calls(), (Lines{"folder: CreateFolder(0x1,'sub','',IMAPIFolder,0x9)"}));
+}
+
+TEST_F(Folder, AFailedCreationNamesTheFolder)
+{
+    m_double.Fail("CreateFolder", MAPI_E_COLLISION);
+    const auto context = [&](const char* name)
+    { return ContextOf([&] { m_folder.CreateFolder(name, false, false, 0, nullptr, 1); }); };
+    EXPECT_EQ(context("Projects"), "CreateFolder 'Projects'");
+    EXPECT_EQ(context(nullptr), "CreateFolder ''");
 }
 
 TEST_F(Folder, AFailedCreationThrowsWithTheFoldersExtendedError)

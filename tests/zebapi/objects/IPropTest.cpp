@@ -1,5 +1,6 @@
 #include "zebapi/IProp.h"
 #include "ObjectsTest.h"
+#include "tests/support/Context.h"
 #include "tests/support/FailingNew.h"
 #include "zebapi/Message.h"
 #include "zebapi/PROPVALArray.h"
@@ -219,6 +220,16 @@ TEST_F(IProp, AFailingReadThrowsWithTheObjectsExtendedError)
     EXPECT_EQ(Described([&] { m_prop.GetBin(PR_ENTRYID); }),
               "Ver:1, Error:no wire, Component:prop, LowLewelError:2, Context:3 \n");
     EXPECT_EQ(Calls(), (Lines{"prop: GetProps([0xFFF0102],0x0)", "prop: GetLastError(0x80040115,0x0)"}));
+}
+
+TEST_F(IProp, AFailingReadNamesTheProperty)
+{
+    m_object.Fail("GetProps", MAPI_E_NETWORK_ERROR);
+    EXPECT_EQ(ContextOf([&] { m_prop.GetStringPropA(PR_SUBJECT_A); }),
+              "GetStringPropA PR_SUBJECT 0x0037001E");
+    EXPECT_EQ(ContextOf([&] { m_prop.GetStringPropW(PR_SUBJECT_W); }),
+              "GetStringPropW PR_SUBJECT 0x0037001F");
+    EXPECT_EQ(ContextOf([&] { m_prop.GetBin(PR_ENTRYID); }), "GetBinary PR_ENTRYID 0x0FFF0102");
 }
 
 TEST_F(IProp, EveryFailingCallThrowsItsResultWithTheObjectsExtendedErrorAndThisFile)

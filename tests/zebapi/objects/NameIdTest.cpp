@@ -176,6 +176,32 @@ TEST_F(NameIdHelper, AnAllocationThatFailsMidwayLeavesNothingBehind)
     }
 }
 
+TEST_F(NameIdMap, ATagThatCanNotBeMappedToAnotherOneKeepsTheFormer)
+{
+    bool failed = true;
+    for (int after = 0; failed; ++after)
+    {
+        CZebNameIdMap map;
+        map.SetTag(0x80830001, 0x85120102);
+        failed = false;
+        {
+            const FailingNew failing(after);
+            try
+            {
+                map.SetTag(0x80830001, 0x86000102);
+            }
+            catch (CZebException* exception)
+            {
+                failed = true;
+                EXPECT_EQ(exception->GetResult(), MAPI_E_NOT_ENOUGH_MEMORY);
+                exception->Delete();
+            }
+        }
+        EXPECT_EQ(map.GetTag(0x80830102, true), failed ? 0x85120102 : 0x86000102) << after;
+        EXPECT_GT(after, failed ? -1 : 0) << "the new direction allocates";
+    }
+}
+
 TEST_F(NameIdMap, ATagThatCanNotBeMappedLeavesNoHalfOfItself)
 {
     CZebNameIdMap map;

@@ -1,5 +1,6 @@
 #include "zebapi/RowSet.h"
 
+#include "tests/support/Context.h"
 #include "tests/support/MapiMemory.h"
 #include "tests/support/Thrown.h"
 #include "tests/support/doubles/MapiUtilities.h"
@@ -80,6 +81,14 @@ TEST_F(RowSet, GivesItsRowsAndFreesThem)
     }
     EXPECT_EQ(utilities.freedRowSets, 1);
     EXPECT_EQ(memory.LiveRoots(), 0u);
+}
+
+TEST_F(RowSet, AFailureNamesTheIndexAndTheCount)
+{
+    CZebRowSet rows;
+    *&rows = NewRows(2);
+    EXPECT_EQ(ContextOf([&] { rows[2]; }), "operator[] row 2 of 2");
+    EXPECT_EQ(ContextOf([&] { rows[7]; }), "operator[] row 7 of 2");
 }
 
 TEST_F(RowSet, ValuesOfItsRowsAllocateUnderTheSet)

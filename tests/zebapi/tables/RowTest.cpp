@@ -1,5 +1,6 @@
 #include "zebapi/Row.h"
 
+#include "tests/support/Context.h"
 #include "tests/support/MapiMemory.h"
 #include "tests/support/Thrown.h"
 
@@ -46,6 +47,16 @@ protected:
 };
 
 } // namespace
+
+TEST_F(Row, AFailureNamesTheTagOrTheIndexAndTheCount)
+{
+    EXPECT_EQ(ContextOf([&] { view[PR_ENTRYID]; }), "operator[] PR_ENTRYID 0x0FFF0102");
+    EXPECT_EQ(ContextOf([&] { view[PR_SENDER_NAME_W]; }), "operator[] PR_SENDER_NAME 0x0C1A001F")
+        << "the table has text as PT_STRING8";
+    EXPECT_EQ(ContextOf([&] { view[PROP_TAG(PT_LONG, 0x7ABC)]; }), "operator[] 0x7ABC0003");
+    EXPECT_EQ(ContextOf([&] { view.GetAt(11); }), "GetAt value 11 of 11");
+    EXPECT_EQ(ContextOf([&] { view.GetAt(-1); }), "GetAt value -1 of 11");
+}
 
 TEST_F(Row, EmptyViewThrowsOnEveryRead)
 {

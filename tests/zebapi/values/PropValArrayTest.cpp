@@ -2,6 +2,7 @@
 
 #include "zebapi/BinArray.h"
 
+#include "tests/support/Context.h"
 #include "tests/support/MapiMemory.h"
 #include "tests/support/Thrown.h"
 #include "tests/support/doubles/MapiUtilities.h"
@@ -174,6 +175,14 @@ TEST_F(PropValArray, IndexesAreChecked)
     EXPECT_EQ(static_cast<LONG>(array.GetAt(0)), 8);
     EXPECT_EQ(array.GetAt(1).GetTag(), 0u);
     EXPECT_EQ(ThrownBy([&] { array.GetAt(2); }), MAPI_E_UNEXPECTED_ID);
+}
+
+TEST_F(PropValArray, AFailureNamesTheTagOrTheIndexAndTheCount)
+{
+    CZebPropValArray array(0);
+    Receive(array, 3);
+    EXPECT_EQ(ContextOf([&] { array[PR_SUBJECT_W]; }), "operator[] PR_SUBJECT 0x0037001F");
+    EXPECT_EQ(ContextOf([&] { array.GetAt(3); }), "GetAt value 3 of 3");
 }
 
 TEST_F(PropValArray, TruncatesBeforeTheFirstFreeSlot)
