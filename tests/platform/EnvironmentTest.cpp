@@ -20,6 +20,20 @@ TEST(Environment, AVariableIsReadAsItIsNow)
     EXPECT_EQ(EnvironmentVariable("ZEB_TEST_VARIABLE"), std::nullopt);
 }
 
+TEST(Environment, AValueOutsideEveryCodePageIsReadWhole)
+{
+    const std::string text = "C:\\\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E \xF0\x9F\x98\x80 \xD0\x96 \xC3\xA9";
+    const zeb::test::EnvironmentScope scope("ZEB_TEST_VARIABLE", text);
+    EXPECT_EQ(EnvironmentVariable("ZEB_TEST_VARIABLE"), text);
+    std::string whole;
+    for (int i = 0; i < 100; ++i)
+    {
+        whole += text;
+    }
+    zeb::test::SetEnvironment("ZEB_TEST_VARIABLE", whole);
+    EXPECT_EQ(EnvironmentVariable("ZEB_TEST_VARIABLE"), whole);
+}
+
 TEST(Environment, AFileIsOpenedByAnyName)
 {
     const std::filesystem::path path =
