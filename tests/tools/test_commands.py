@@ -277,6 +277,36 @@ class Provider(World):
         self.refused("provider", "remove", saying="no provider is registered that")
         self.assertEqual(self.status()[self.KEY][0], self.OTHER)
 
+    def test_an_entry_of_anothers_for_the_same_file_stays_anothers(self):
+        self.run_tool("zeb", "provider", "remove")
+        name, copy = ("zebstore.dll", "other.dll") if world.WINDOWS else ("libzebstore.so", "other.so")
+        shutil.copy(world.BUILD / "bin" / name, self.folder / copy)
+        # One of zeb's own first: it tells how the path is written.
+        self.zeb("provider", "install", "--dll", self.path(copy))
+        path = self.status()[self.KEY][0]
+        self.zeb("provider", "remove")
+        self.registry_add(self.KEY, "DLLPathEx", path)
+        self.zeb("provider", "install", "--dll", self.path(copy))
+        self.refused("provider", "remove", saying="no provider is registered that")
+        self.assertEqual(self.status()[self.KEY], (path, None))
+
+    def test_a_copy_of_the_provider_follows_another_without_a_question(self):
+        own = self.own()
+        name = "zebstore.dll" if world.WINDOWS else "libzebstore.so"
+        (self.folder / "copy").mkdir()
+        shutil.copy(world.BUILD / "bin" / name, self.folder / "copy" / name)
+        self.zeb("provider", "install", "--dll", self.path("copy/" + name))
+        registered, replaced = self.status()[self.KEY]
+        self.assertNotEqual(registered, own)
+        self.assertIsNone(replaced)
+
+    def test_a_refusal_of_one_place_leaves_both_as_they_are(self):
+        self.own()
+        self.zeb("provider", "remove")
+        self.registry_add(self.WAB, "", self.OTHER)
+        self.refused("provider", "install", "--wab", saying=["another provider", "WAB", self.OTHER])
+        self.assertEqual(self.status(), {self.KEY: (None, None), self.WAB: (self.OTHER, None)})
+
     def test_the_kind_of_a_replaced_value_is_kept(self):
         if world.WINDOWS:
             return self.reg_expand_test()
