@@ -111,6 +111,7 @@ struct OpenValue : CZebOnePropVal
     using CZebOnePropVal::CheckType;
     using CZebOnePropVal::CheckValid;
     using CZebOnePropVal::CZebOnePropVal;
+    using CZebOnePropVal::ValueOf;
 };
 struct OpenValues : CZebPropValArray
 {

@@ -28,7 +28,7 @@ PRIVATE = set("""
     CZebNameIdHelper::Fill CZebNameIdMap::Find
     CZebOnePropVal::HoldsError CZebPropTagArray::Grow
 """.split())
-PRIVATE_FORM = re.compile(r"CZebException::CZebException\(CZebException::Reserve\)")
+PRIVATE_FORM = re.compile(r"CZebException::CZebException\((struct )?CZebException::Reserve\)")
 # What is no operation: the records and objects of classes, and what the compiler makes.
 NO_OPERATION = re.compile(
     r"(typeinfo|vtable|VTT|non-virtual thunk|virtual thunk|guard variable|construction vtable)\b.*"
