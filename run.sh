@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Shows the subjects of a real mailbox twice: read by zeb.exe and zebapi.dll under Wine, and by zeb and libzebapi.so
-# natively, from one store file. The last three lines are the two counts and "identical".
+# Shows the subjects of a real mailbox three times, from one store file: read by zeb.exe and zebapi.dll under Wine, as
+# MinGW-w64 builds them and in the MSVC ABI, and by zeb and libzebapi.so natively. The last four lines are the three
+# counts and "identical".
 #
 # Installs what is missing (as root). Everything it makes stands in build/; the Wine prefix and the registry file are its
 # own, in build/demo/.
@@ -10,6 +11,7 @@ root=$PWD
 demo=$root/build/demo
 linux=$root/build/linux-release/bin
 windows=$root/build/windows-release/bin
+msvc=$root/build/windows-msvc/bin
 mailbox=$root/build/deps/node_modules/pst-extractor/example/testdata/enron.pst
 # Two folders of the mailbox together make an inbox worth showing.
 inbox=("lokay-m/MLOKAY (Non-Privileged)/Personal" "lokay-m/MLOKAY (Non-Privileged)/TW-Commercial Group")
@@ -46,17 +48,29 @@ build() { # PRESET TARGET...
         { tail -n 40 "$log" >&2; fail "building $preset failed; the whole log is $log"; }
 }
 
-export XDG_CONFIG_HOME=$demo/config ZEBAPI_REGISTRY=$demo/registry.reg ZEB_WINEPREFIX=$demo/wine
+export XDG_CONFIG_HOME=$demo/config ZEBAPI_REGISTRY=$demo/registry.reg
 unset ZEBAPI_LOG ZEBSTORE_TRACE ZEBSTORE_FAULT
 native() { "$linux/zeb" "$@"; }
-under_wine() { "$root/scripts/wine-run.sh" "$windows/zeb.exe" "$@" 2>"$demo/wine-errors.txt" || {
-    cat "$demo/wine-errors.txt" >&2
-    return 1
-}; }
+# Each Windows build has a Wine prefix of its own, so that it reads by its own provider.
+under_wine() { # BIN_DIR ARG...
+    local bin=$1
+    shift
+    ZEB_WINEPREFIX=$(prefix_of "$bin") "$root/scripts/wine-run.sh" "$bin/zeb.exe" "$@" 2>"$demo/wine-errors.txt" || {
+        cat "$demo/wine-errors.txt" >&2
+        return 1
+    }
+}
+prefix_of() { # BIN_DIR
+    if [ "$1" = "$msvc" ]; then echo "$demo/wine-msvc"; else echo "$demo/wine"; fi
+}
 stop_wine() {
-    if [ -d "$demo/wine" ]; then
-        WINEPREFIX=$demo/wine WINEDEBUG=-all wineserver --kill >/dev/null 2>&1 || true
-    fi
+    local bin prefix
+    for bin in "$windows" "$msvc"; do
+        prefix=$(prefix_of "$bin")
+        if [ -d "$prefix" ]; then
+            WINEPREFIX=$prefix WINEDEBUG=-all wineserver --kill >/dev/null 2>&1 || true
+        fi
+    done
 }
 trap stop_wine EXIT
 
@@ -65,6 +79,7 @@ step "installing what is missing"
 scripts/setup.sh run || fail "installing what the build needs failed"
 build linux-release zeb zeb-import zebapi zebstore
 build windows-release zeb zebapi zebstore
+build windows-msvc zeb zebapi zebstore
 
 # The store is made anew when its mailbox or what wrote it is newer.
 store=$demo/demo.zeb
@@ -83,18 +98,23 @@ if ! made_from | cmp -s - "$stamp" || [ ! -f "$store" ]; then
     made_from >"$stamp"
 fi
 
-if ! printf '%s\n' "$store" | cmp -s - "$demo/wine/.registered"; then
-    step "preparing Wine"
-    under_wine provider install >/dev/null || fail "registering the provider under Wine failed"
-    under_wine profile delete demo >/dev/null 2>&1 || true
-    under_wine profile create demo --store "Z:${store//\//\\}" --default >/dev/null ||
+for bin in "$windows" "$msvc"; do
+    registered=$(prefix_of "$bin")/.registered
+    if printf '%s\n' "$store" | cmp -s - "$registered"; then continue; fi
+    step "preparing Wine for $(basename "$(dirname "$bin")")"
+    under_wine "$bin" provider install >/dev/null || fail "registering the provider under Wine failed"
+    under_wine "$bin" profile delete demo >/dev/null 2>&1 || true
+    under_wine "$bin" profile create demo --store "Z:${store//\//\\}" --default >/dev/null ||
         fail "creating the profile under Wine failed"
-    printf '%s\n' "$store" >"$demo/wine/.registered"
-fi
+    printf '%s\n' "$store" >"$registered"
+done
 
 step "the inbox, read by zeb.exe under Wine"
-under_wine inbox --utc >"$demo/inbox-wine.txt" || fail "zeb.exe cannot read the inbox"
+under_wine "$windows" inbox --utc >"$demo/inbox-wine.txt" || fail "zeb.exe cannot read the inbox"
 cat "$demo/inbox-wine.txt"
+step "the inbox, read by zeb.exe in the MSVC ABI under Wine"
+under_wine "$msvc" inbox --utc >"$demo/inbox-msvc.txt" || fail "zeb.exe in the MSVC ABI cannot read the inbox"
+cat "$demo/inbox-msvc.txt"
 step "the inbox, read by zeb"
 native inbox --utc >"$demo/inbox-native.txt" || fail "zeb cannot read the inbox"
 cat "$demo/inbox-native.txt"
@@ -106,13 +126,17 @@ count() { # FILE
     printf '%s' "${BASH_REMATCH[1]//,/}"
 }
 in_wine=$(count "$demo/inbox-wine.txt")
+in_msvc=$(count "$demo/inbox-msvc.txt")
 in_linux=$(count "$demo/inbox-native.txt")
 echo
-if ! cmp -s "$demo/inbox-wine.txt" "$demo/inbox-native.txt"; then
-    diff "$demo/inbox-wine.txt" "$demo/inbox-native.txt" | head -n 20 >&2 || true
-    fail "the two lists differ"
-fi
+for other in wine msvc; do
+    if ! cmp -s "$demo/inbox-$other.txt" "$demo/inbox-native.txt"; then
+        diff "$demo/inbox-$other.txt" "$demo/inbox-native.txt" | head -n 20 >&2 || true
+        fail "the lists inbox-$other.txt and inbox-native.txt in $demo differ"
+    fi
+done
 [ "$in_linux" -ge 50 ] || fail "the inbox has only $in_linux messages"
 echo "zeb.exe: $in_wine messages"
+echo "zeb.exe (MSVC ABI): $in_msvc messages"
 echo "zeb: $in_linux messages"
 echo "identical"

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Runs every test there is, on both targets, and ends with one line "N passed, N failed".
+# Runs every test there is, on every target, and ends with one line "N passed, N failed".
 #
 #   ./test.sh           everything: checks of the sources, Linux with address and undefined-behaviour sanitizers,
-#                       Linux with the thread sanitizer, Windows under Wine, a fixed walk of the fuzzers, clang-tidy, the
-#                       benchmarks in their short form
+#                       Linux with the thread sanitizer, Windows in both C++ ABIs under Wine, a fixed walk of the
+#                       fuzzers, clang-tidy, the benchmarks in their short form
 #   ./test.sh --quick   the developer's loop: source checks and the Linux suite with sanitizers, but for the tests that
 #                       drive the tools as processes (a minute of their own)
 #
@@ -60,6 +60,8 @@ say "installing what is missing"
 scripts/setup.sh test || exit 1
 # The compiler cache, where there is one, serves every clone.
 export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
+# It keeps what was compiled with precompiled headers only when told so.
+export CCACHE_SLOPPINESS=pch_defines,time_macros
 export ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:detect_stack_use_after_return=1
 export UBSAN_OPTIONS=print_stacktrace=1
 export LSAN_OPTIONS=suppressions=$PWD/tests/support/lsan.supp:print_suppressions=0
@@ -82,9 +84,14 @@ if [ $quick = no ]; then
     say "Linux, thread sanitizer"
     build linux-tsan concurrent_tests && tests build/linux-tsan --only '_concurrent_test$'
 
-    say "Windows under Wine"
+    say "Windows, MinGW's ABI"
     build windows-release all && tests build/windows-release
     check boundary-windows scripts/check-boundary build/windows-release
+
+    say "Windows, MSVC ABI"
+    build windows-msvc all && tests build/windows-msvc
+    check boundary-msvc scripts/check-boundary build/windows-msvc
+    check mixed-pairs tests/integration/mixed_pairs.py scripts/wine-run.sh build/windows-msvc build/windows-release
     WINEPREFIX=$PWD/build/wine WINEDEBUG=-all wineserver --kill >/dev/null 2>&1
 
     say "fuzzing"
@@ -100,6 +107,8 @@ fi
 passed=$(awk '{ n += $2 } END { print n + 0 }' "$tally")
 failed=$(awk '{ n += $3 } END { print n + 0 }' "$tally")
 say "done"
+awk '{ split($1, part, "/"); passed[part[1]] += $2; failed[part[1]] += $3 }
+    END { for (target in passed) printf "  %-16s %5d passed %3d failed\n", target, passed[target], failed[target] }' "$tally" | sort
 if [ "$failed" -ne 0 ]; then
     awk '$3 > 0 { print "  failed: " $1 " (" $3 ")" }' "$tally"
 fi

@@ -16,6 +16,7 @@ class ReadmeMailbox(World):
         real = self.zeb("inbox", "--utc").out.splitlines()
         readme = (world.ROOT / "README.md").read_text(encoding="utf-8")
         block = re.search(r"It ends with\n\n((?:    .*\n)+)", readme)[1]
-        *shown, under_wine, native, last = [line[4:] for line in block.splitlines()]
+        *shown, under_wine, in_msvc_abi, native, last = [line[4:] for line in block.splitlines()]
         self.assertEqual([line for line in real if line in shown], [line for line in shown if line != "..."])
-        self.assertEqual((under_wine, native, last), (f"zeb.exe: {real[-1]}", f"zeb: {real[-1]}", "identical"))
+        self.assertEqual((under_wine, in_msvc_abi, native, last),
+                         (f"zeb.exe: {real[-1]}", f"zeb.exe (MSVC ABI): {real[-1]}", f"zeb: {real[-1]}", "identical"))
