@@ -18,7 +18,7 @@ public:
 
 private:
     bool m_inForce = false;
-    unsigned m_user = 0;
+    [[maybe_unused]] unsigned m_user = 0; ///< who it was before
 };
 
 } // namespace zeb::test

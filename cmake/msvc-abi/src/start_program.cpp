@@ -1,6 +1,7 @@
 // The entry point of a console program, and its atexit(): what is registered runs in exit().
 #include "module.h"
 
+#include <stdio.h>
 #include <stdlib.h>
 
 extern "C"
@@ -30,6 +31,8 @@ extern "C" int __cdecl mainCRTStartup()
     _set_app_type(1); // a console program
     _configure_narrow_argv(1);
     _initialize_narrow_environment();
+    // As on Windows; Wine's ucrtbase.dll buffers it when it is a file.
+    setvbuf(stderr, nullptr, _IONBF, 0);
     __try
     {
         exit(RunMain());
