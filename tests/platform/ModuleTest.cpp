@@ -163,7 +163,8 @@ TEST(Module, ABareNameIsFoundBesideTheBinary)
 TEST(Module, ABareNameIsNotLookedForInTheCurrentFolder)
 {
     const CurrentFolder here;
-    fs::copy_file(ModulesFolder() + "/probe_inner.dll", "probe_current.dll");
+    fs::copy_file(ModulesFolder() + "/probe_inner.dll", "probe_current.dll",
+                  fs::copy_options::overwrite_existing);
     for (const long mode : {0L, 4L, 20L, 22L})
     {
         std::string reason;
