@@ -65,7 +65,7 @@ const char* Zeb_NameFromValue(const char* table, ULONG value, char* buffer)
     if (const zeb::IndexedNameTable* indexed = FindTable(table))
     {
         const ZebNamedValue* row = FindRow(*indexed, indexed->rowsByValue, zeb::HashOfValue(value),
-                                           [&](const ZebNamedValue& row) { return row.value == value; });
+                                           [&](const ZebNamedValue& each) { return each.value == value; });
         if (row != nullptr)
         {
             return buffer != nullptr ? std::strcpy(buffer, row->name) : row->name;
@@ -110,7 +110,7 @@ int Zeb_ValueFromName(const char* table, const char* name, ULONG* value)
     }
     const ZebNamedValue* row =
         FindRow(*indexed, indexed->rowsByName, zeb::HashOfName(name),
-                [&](const ZebNamedValue& row) { return std::strcmp(row.name, name) == 0; });
+                [&](const ZebNamedValue& each) { return std::strcmp(each.name, name) == 0; });
     if (row == nullptr)
     {
         return 0;
