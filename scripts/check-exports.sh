@@ -4,7 +4,7 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 if [ $# -eq 0 ]; then
     shopt -s nullglob
-    set -- "$root"/build/*/bin/libzebapi.so "$root"/build/*/bin/zebapi.dll
+    set -- "$root"/build/*/bin/lib{zebapi,zebstore}.so "$root"/build/*/bin/{zebapi,zebstore}.dll
     if [ $# -eq 0 ]; then
         echo "check-exports.sh: no library is built yet" >&2
         exit 2

@@ -1,12 +1,16 @@
 #!/usr/bin/env python3
 """Checks what a built library shows to the outside: its exported names and the libraries it needs.
 
-check_exports.py LIBRARY     (libzebapi.so, or zebapi.dll of either C++ ABI)
+check_exports.py LIBRARY            (of zebapi or zebstore: a .so or a .dll)
+check_exports.py --update LIBRARY   writes the list of its exported names anew
 
-Every export belongs to one of the library's classes or is one of its free functions; every class and every free
-function is there; what is loaded with it belongs to the system or to the compiler's runtime.
+Its exported names are those of the list in exports/, one list for each library and C++ ABI. Of zebapi, every export
+belongs to one of the library's classes or is one of its free functions; every class and every free function is there.
+What is loaded with the library belongs to the system or to the compiler's runtime, and it says its version.
 """
+import pathlib
 import re
+import struct
 import subprocess
 import sys
 import unittest
@@ -54,6 +58,8 @@ NEEDED = {
     "msvc": r"(?i)(kernel32|advapi32|user32|ole32|oleaut32|ucrtbase|vcruntime140|msvcp140)\.dll",
 }
 
+LISTS = pathlib.Path(__file__).parent / "exports"
+
 MEMBER = re.compile(r"(?:non-virtual thunk to )?(\w+)::.*")
 RECORD = re.compile(r"(?:typeinfo|typeinfo name|vtable|VTT) for (\w+)\*?")
 FUNCTION = re.compile(r"(Zeb_\w+)\(.*\)")
@@ -73,14 +79,21 @@ def is_windows(library):
         return file.read(2) == b"MZ"
 
 
+def elf_exports(library):
+    """(kind, name) of each: W, V and u are copies of inline code, of which a build has more or fewer."""
+    for line in run("nm", "-D", "--defined-only", library).splitlines():
+        fields = line.split()
+        yield fields[-2], fields[-1].split("@")[0]
+
+
+def pe_exports(library):
+    listing = run("llvm-readobj-14", "--coff-exports", library)
+    return re.findall(r"^  Name: (\S+)$", listing, re.M)
+
+
 def exports(library):
     """The exported names, demangled, each once (a destructor or constructor has several bodies of one name)."""
-    if not is_windows(library):
-        listing = run("nm", "-D", "--defined-only", library)
-        mangled = [line.split()[-1].split("@")[0] for line in listing.splitlines()]
-    else:
-        listing = run("llvm-readobj-14", "--coff-exports", library)
-        mangled = re.findall(r"^  Name: (\S+)$", listing, re.M)
+    mangled = pe_exports(library) if is_windows(library) else [name for _, name in elf_exports(library)]
     names = sorted(set(mangled))
     if abi(library) == "msvc":
         # Each name, its meaning, and a blank line.
@@ -94,6 +107,22 @@ def abi(library):
     if not is_windows(library):
         return "elf"
     return "msvc" if "vcruntime140.dll" in needed(library) else "pe"
+
+
+def listed_exports(library):
+    """The mangled names that hosts may link to, whatever the build's optimisation."""
+    if is_windows(library):
+        return sorted(pe_exports(library))
+    return sorted(name for kind, name in elf_exports(library) if kind not in "WVu")
+
+
+def list_of(library):
+    """The checked-in list: one for each library and C++ ABI."""
+    stem = re.match(r"(?:lib)?([a-z]+)", pathlib.Path(library).name)[1]
+    form = abi(library)
+    if stem == "zebstore" and is_windows(library):
+        form = "windows"  # its exports are C functions, the same in every ABI
+    return LISTS / f"{stem}-{form}.txt"
 
 
 def needed(library):
@@ -110,6 +139,36 @@ def owner(name):
         if match and match.group(1) in known:
             return match.group(1)
     return None
+
+
+class ExportList(unittest.TestCase):
+    library = None
+
+    def test_the_exported_names_are_those_of_the_list(self):
+        found = listed_exports(self.library)
+        listed = list_of(self.library).read_text(encoding="ascii").split()
+        self.assertGreater(len(listed), 20)
+        self.assertEqual(sorted(set(listed) - set(found)), [], "gone: hosts that are built already do not start")
+        self.assertEqual(sorted(set(found) - set(listed)), [], "new: check_exports.py --update adds them")
+
+    def test_only_the_system_and_the_compilers_runtime_are_needed(self):
+        allowed = NEEDED[abi(self.library)]
+        libraries = needed(self.library)
+        self.assertTrue(libraries)
+        self.assertEqual([name for name in libraries if not re.fullmatch(allowed, name)], [])
+
+    def test_the_library_says_its_version(self):
+        project = (LISTS.parents[2] / "CMakeLists.txt").read_text(encoding="utf-8")
+        version = [int(part) for part in re.search(r"^project\(.*VERSION ([\d.]+)", project, re.M)[1].split(".")]
+        if is_windows(self.library):
+            data = pathlib.Path(self.library).read_bytes()
+            fixed = data.index(struct.pack("<II", 0xFEEF04BD, 0x10000))
+            high, low = struct.unpack_from("<II", data, fixed + 8)
+            self.assertEqual([high >> 16, high & 0xFFFF, low >> 16], version)
+        else:
+            # The provider is loaded by its path, which a registry names.
+            wanted = "libzebstore.so" if "zebstore" in self.library else f"libzebapi.so.{version[0]}"
+            self.assertIn(f"[{wanted}]", run("readelf", "-d", self.library))
 
 
 class Exports(unittest.TestCase):
@@ -138,12 +197,6 @@ class Exports(unittest.TestCase):
             if match:
                 found[match.group(1)] = found.get(match.group(1), 0) + 1
         self.assertEqual(found, FUNCTIONS)
-
-    def test_only_the_system_and_the_compilers_runtime_are_needed(self):
-        allowed = NEEDED[abi(self.library)]
-        libraries = needed(self.library)
-        self.assertTrue(libraries)
-        self.assertEqual([name for name in libraries if not re.fullmatch(allowed, name)], [])
 
 
 class Owner(unittest.TestCase):
@@ -177,8 +230,18 @@ class Owner(unittest.TestCase):
             self.assertEqual(owner(name), expected)
 
 
-if __name__ == "__main__":
-    if len(sys.argv) != 2:
+def main(arguments):
+    if len(arguments) == 2 and arguments[0] == "--update":
+        names = listed_exports(arguments[1])
+        list_of(arguments[1]).write_text("\n".join(names) + "\n", encoding="ascii")
+        return
+    if len(arguments) != 1:
         sys.exit(__doc__)
-    Exports.library = sys.argv[1]
-    unittest.main(argv=sys.argv[:1])
+    ExportList.library = Exports.library = arguments[0]
+    cases = [ExportList] if "zebstore" in pathlib.Path(arguments[0]).name else [ExportList, Exports, Owner]
+    suite = unittest.TestSuite(unittest.defaultTestLoader.loadTestsFromTestCase(case) for case in cases)
+    sys.exit(not unittest.TextTestRunner().run(suite).wasSuccessful())
+
+
+if __name__ == "__main__":
+    main(sys.argv[1:])
