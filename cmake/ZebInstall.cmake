@@ -42,6 +42,11 @@ if(MINGW)
 endif()
 
 include(CMakePackageConfigHelpers)
+if(MINGW)
+  set(zeb_abi MinGW-w64)
+else()
+  set(zeb_abi MSVC)
+endif()
 set(zeb_import_library ${CMAKE_IMPORT_LIBRARY_PREFIX}zebapi${CMAKE_IMPORT_LIBRARY_SUFFIX})
 configure_package_config_file(${CMAKE_SOURCE_DIR}/cmake/ZebAPIConfig.cmake.in ${CMAKE_BINARY_DIR}/ZebAPIConfig.cmake
   INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ZebAPI

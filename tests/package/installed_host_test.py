@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Installs a build into an empty folder and builds and runs a host against it, as a user would.
 
-installed_host_test.py BUILD_DIR SOURCE_DIR CMAKE [--toolchain FILE] [--flags FLAGS] [--runner PROGRAM]
-                       [--mapi-headers DIR...]
+installed_host_test.py BUILD_DIR SOURCE_DIR CMAKE [--toolchain FILE] [--other-toolchain FILE] [--flags FLAGS]
+                       [--runner PROGRAM] [--mapi-headers DIR...]
 """
 import argparse
 import os
@@ -41,8 +41,9 @@ class InstalledHost(unittest.TestCase):
         command = [ARGUMENTS.cmake, "-G", "Ninja", "-S", pathlib.Path(__file__).parent / "host", "-B", build,
                    f"-DCMAKE_PREFIX_PATH={self.prefix}", f"-DCMAKE_FIND_ROOT_PATH={self.prefix}",
                    f"-DHOST_SOURCE={ARGUMENTS.source}/examples/inbox.cpp",
-                   f"-DCMAKE_CXX_FLAGS={ARGUMENTS.flags}",
                    "-DZEBAPI_MAPI_HEADERS=" + ";".join(ARGUMENTS.mapi_headers)]
+        if ARGUMENTS.flags:
+            command.append(f"-DCMAKE_CXX_FLAGS={ARGUMENTS.flags}")
         if ARGUMENTS.toolchain:
             command.append(f"-DCMAKE_TOOLCHAIN_FILE={ARGUMENTS.toolchain}")
         self.run_checked(command)
@@ -98,6 +99,15 @@ class InstalledHost(unittest.TestCase):
             self.run_checked(["sh", "-ec", f"cd '{folder}'; " + command.replace("DIR/", f"{self.prefix}/")])
             self.starts(folder / "host.exe", says)
 
+    def the_package_says_when_it_is_of_the_other_abi(self):
+        done = subprocess.run([ARGUMENTS.cmake, "-S", pathlib.Path(__file__).parent / "host", "-B", self.folder / "other",
+                               f"-DHOST_SOURCE={ARGUMENTS.source}/examples/inbox.cpp", f"-DCMAKE_PREFIX_PATH={self.prefix}",
+                               f"-DCMAKE_TOOLCHAIN_FILE={ARGUMENTS.other_toolchain}"],
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+        self.assertNotEqual(done.returncode, 0, done.stdout)
+        self.assertIn("This package of ZebAPI is built in the MSVC ABI, and the project's compiler has the other one.",
+                      " ".join(done.stdout.split()))
+
     def test_every_header_that_a_host_includes_is_installed(self):
         names = {path.name for path in (self.prefix / "include" / "zebapi").glob("*.h")}
         self.assertTrue({"ZebAPI.h", "IProp.h", "Container.h", "Table.h"} <= names, names)
@@ -109,6 +119,7 @@ if __name__ == "__main__":
     parser.add_argument("source", type=pathlib.Path)
     parser.add_argument("cmake")
     parser.add_argument("--toolchain")
+    parser.add_argument("--other-toolchain", help="one of the other C++ ABI")
     parser.add_argument("--flags", default="")
     parser.add_argument("--runner", action="append", default=[])
     parser.add_argument("--mapi-headers", action="append", default=[])
@@ -117,4 +128,6 @@ if __name__ == "__main__":
     if "mingw" in pathlib.Path(ARGUMENTS.toolchain or "").name:
         # The README's command is that of MinGW-w64's compiler.
         InstalledHost.test_the_readmes_command = InstalledHost.the_command_of_the_readme_builds_a_host_that_starts
+    if ARGUMENTS.other_toolchain:
+        InstalledHost.test_the_package_says_when_it_is_of_the_other_abi = InstalledHost.the_package_says_when_it_is_of_the_other_abi
     sys.exit(not unittest.main(argv=sys.argv[:1], exit=False, verbosity=1).result.wasSuccessful())
