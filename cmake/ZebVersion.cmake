@@ -1,8 +1,21 @@
-# zeb_version(TARGET DESCRIPTION): a shared library says which version it is. On Windows by a version resource, on Linux
-# by its name: hosts that were built for another major version do not start with it.
+# The version of zebapi's binary interface. It rises when a change breaks hosts that are built already, and is then part of
+# the library's file name, so that they do not start with it: libzebapi.so.1, zebapi-1.dll. 0: nothing was released yet.
+set(ZEB_INTERFACE_VERSION 0)
+
+# zeb_interface_version(TARGET): puts the interface's version into the name of the library's file.
+function(zeb_interface_version target)
+  if(ZEB_INTERFACE_VERSION EQUAL 0)
+    return()
+  endif()
+  set_target_properties(${target} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${ZEB_INTERFACE_VERSION})
+  if(WIN32)
+    set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_NAME ${target}-${ZEB_INTERFACE_VERSION})
+  endif()
+endfunction()
+
+# zeb_version(TARGET DESCRIPTION): a DLL says which version it is, by a version resource.
 function(zeb_version target description)
   if(NOT WIN32)
-    set_target_properties(${target} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
     return()
   endif()
   string(REPLACE "." "," numbers ${PROJECT_VERSION}.0)

@@ -12,6 +12,13 @@ namespace
 
 constexpr int BusyMilliseconds = 10000;
 
+// A look at the file costs two locks of it, and a table asks for its count with each row. Another process cannot tell of its
+// commit in less time than a look lasts.
+constexpr std::chrono::microseconds LookLasts(10);
+
+// Commits of this process, to any file; counted after they can be seen.
+std::atomic<std::uint64_t> g_commitsHere{0};
+
 HRESULT ResultOf(int code)
 {
     switch (code & 0xFF)
@@ -122,6 +129,10 @@ std::uint64_t Database::Commits()
     // What is read within a transaction is of its beginning, not of now.
     if (!sqlite3_get_autocommit(m_handle) || sqlite3_txn_state(m_handle, nullptr) != SQLITE_TXN_NONE)
         return 0;
+    const std::uint64_t here = g_commitsHere.load(std::memory_order_acquire);
+    const auto now = std::chrono::steady_clock::now();
+    if (m_commits != 0 && here == m_commitsHere && now - m_looked < LookLasts)
+        return m_commits;
     // The data version is that of the last look at the file; the statement makes SQLite look.
     Query(*this, "PRAGMA data_version").Run();
     std::uint32_t version = 0;
@@ -133,12 +144,15 @@ std::uint64_t Database::Commits()
         m_dataVersion = version;
         ++m_commits;
     }
+    m_commitsHere = here;
+    m_looked = now;
     return m_commits;
 }
 
 void Database::Execute(const char* sql)
 {
     const int code = sqlite3_exec(m_handle, sql, nullptr, nullptr, nullptr);
+    g_commitsHere.fetch_add(1, std::memory_order_release);
     if (code != SQLITE_OK)
         Fail(code);
 }
@@ -315,6 +329,7 @@ void Transaction::Commit()
         throw Error(MAPI_E_CALL_FAILED,
                     "A part of the change to the store file '" + m_database.m_path + "' failed.");
     Query(m_database, "COMMIT").Run();
+    g_commitsHere.fetch_add(1, std::memory_order_release);
     m_open = false;
     --m_database.m_depth;
     if (auto* const afterCommit = g_afterCommit.load(std::memory_order_acquire))

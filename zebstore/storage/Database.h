@@ -4,6 +4,7 @@
 #include "zebstore/Error.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -46,7 +47,8 @@ public:
     const std::string& Path() const { return m_path; }
     sqlite3* Handle() const { return m_handle; }
 
-    /// Becomes another number with each commit to the file, of any connection of any process; reads no table.
+    /// Becomes another number with each commit to the file, of any connection of any process; reads no table. A commit of
+    /// this process is seen at once, one of another process after 10 microseconds at most.
     /// 0 when that cannot be told: in a transaction or a read of this connection.
     std::uint64_t Commits();
 
@@ -72,6 +74,8 @@ private:
     bool m_doomed = false;
     std::uint32_t m_dataVersion = 0; // as of the last call of Commits
     std::uint64_t m_commits = 0;
+    std::uint64_t m_commitsHere = 0; // the process's commits at the last look
+    std::chrono::steady_clock::time_point m_looked;
 };
 
 /// One run of a statement. Text and blobs are bound without a copy: they must live until the query ends.

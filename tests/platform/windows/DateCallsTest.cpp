@@ -38,11 +38,13 @@ INT WINAPI OwnVariantTimeToSystemTime(double date, LPSYSTEMTIME parts)
     return result;
 }
 
-HRESULT WINAPI OwnVarBstrFromDate(DATE date, LCID locale, ULONG flags, BSTR* text)
+/// A text too long for a string to keep inside itself.
+HRESULT WINAPI OwnVarBstrFromDate(DATE, LCID, ULONG, BSTR* text)
 {
-    static const auto real = Real<VarBstrFromDateFunction>("VarBstrFromDate");
+    static const auto make = Real<BSTR(WINAPI*)(const OLECHAR*)>("SysAllocString");
     ++textsMade;
-    return real(date, locale, flags, text);
+    *text = make(L"the twenty-first of November in the year two thousand and twenty-six");
+    return *text != nullptr ? S_OK : E_OUTOFMEMORY;
 }
 
 void WINAPI OwnSysFreeString(BSTR text)

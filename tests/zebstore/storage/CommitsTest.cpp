@@ -66,6 +66,17 @@ TEST_F(Commits, CountWithEachOfAnyConnection)
     EXPECT_EQ(Number(), third);
 }
 
+TEST_F(Commits, OfThisProcessAreSeenAtOnceHoweverOftenItLooks)
+{
+    for (ULONG added = 1; added <= 500; ++added)
+    {
+        for (int i = 0; i < 5; ++i)
+            EXPECT_EQ(m_rows->Count(), added - 1);
+        m_other->CreateMessage(Inbox, false, Mail("another's"));
+        ASSERT_EQ(m_rows->Count(), added);
+    }
+}
+
 TEST_F(Commits, AreNotToldWithinATransaction)
 {
     const StoreMoment moment(Store());
