@@ -40,6 +40,19 @@ function(zeb_test_target name)
   endif()
 endfunction()
 
+# zeb_debug_containers(TARGET): a host whose standard library checks its containers, which lays them out otherwise.
+function(zeb_debug_containers name)
+  if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+    target_compile_definitions(${name} PRIVATE _LIBCPP_DEBUG=1)
+  elseif(MSVC)
+    target_compile_definitions(${name} PRIVATE _ITERATOR_DEBUG_LEVEL=1)
+  else()
+    target_compile_definitions(${name} PRIVATE _GLIBCXX_DEBUG)
+  endif()
+  # The headers that other tests share are compiled without it.
+  set_target_properties(${name} PROPERTIES DISABLE_PRECOMPILE_HEADERS ON)
+endfunction()
+
 function(zeb_add_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})

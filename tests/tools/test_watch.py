@@ -1,4 +1,5 @@
 """zeb watch: each change of a folder, also one that another process makes."""
+import datetime
 import json
 import subprocess
 import time
@@ -62,6 +63,16 @@ class Watch(Watching):
         self.load(message("line\u001b break"))
         self.assertEqual(process.wait(60), 0)
         self.assertRegex(self.said(self.out), r"^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d  added     'line  break'\n$")
+
+    def test_the_time_is_in_utc_when_asked(self):
+        self.environment["TZ"] = "JST-9"
+        for more, hours in (("--utc", 0), (None, 9)):
+            process = self.watch("Inbox", "--count", "1", *([more] if more else []))
+            self.load(message("new"))
+            self.assertEqual(process.wait(60), 0)
+            told = datetime.datetime.strptime(self.said(self.out)[:19], "%Y-%m-%d %H:%M:%S")
+            now = datetime.datetime.now(datetime.timezone.utc).replace(tzinfo=None)
+            self.assertAlmostEqual((told - now).total_seconds() / 3600, hours, delta=0.1)
 
     def test_every_line_has_its_columns(self):
         self.zeb("set", "Inbox", "first", "PR_SENDER_NAME=Grace\u001b Hopper")

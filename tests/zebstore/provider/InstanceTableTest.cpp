@@ -165,5 +165,22 @@ TEST_F(InstanceTable, FollowsChangesAndKeepsItsPlace)
     EXPECT_EQ(Read(*table), Texts({"a:blue", "b:green", "c:x", "c:y"}));
 }
 
+TEST_F(InstanceTable, FollowsChangesInTheOrderOfItsValues)
+{
+    Add("a", {"red", "blue"});
+    Add("b", {"green"});
+    const Ref<IMAPITable> table = Table();
+    ASSERT_EQ(SetColumns(*table, {PR_SUBJECT_A, EachCategory}), S_OK);
+    ASSERT_EQ(Sort(*table, EachCategory), S_OK);
+    EXPECT_EQ(Read(*table), Texts({"a:blue", "b:green", "a:red"}));
+    Add("c", {"amber", "white"});
+    LONG moved = 0;
+    EXPECT_EQ(table->SeekRow(BOOKMARK_BEGINNING, 0, &moved), S_OK);
+    EXPECT_EQ(Read(*table), Texts({"c:amber", "a:blue", "b:green", "a:red", "c:white"}));
+    ULONG count = 0;
+    EXPECT_EQ(table->GetRowCount(0, &count), S_OK);
+    EXPECT_EQ(count, 5u);
+}
+
 } // namespace
 } // namespace zebstore
