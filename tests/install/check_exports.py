@@ -2,7 +2,7 @@
 """Checks what a built library shows to the outside: its exported names and the libraries it needs.
 
 check_exports.py LIBRARY            (of zebapi or zebstore: a .so or a .dll)
-check_exports.py --update LIBRARY   writes the list of its exported names anew
+check_exports.py --update LIBRARY   writes the list of its exported names
 
 Its exported names are those of the list in exports/, one list for each library and C++ ABI. Of zebapi, every export
 belongs to one of the library's classes or is one of its free functions; every class and every free function is there.
@@ -237,6 +237,7 @@ class Owner(unittest.TestCase):
 def main(arguments):
     if len(arguments) == 2 and arguments[0] == "--update":
         names = listed_exports(arguments[1])
+        LISTS.mkdir(exist_ok=True)
         list_of(arguments[1]).write_text("\n".join(names) + "\n", encoding="ascii")
         return
     if len(arguments) != 1:
