@@ -67,8 +67,10 @@ class Lines(World):
                   {"folder": "Inbox", "properties": {"PR_SUBJECT": "c"}})
         self.assertEqual([(each["subject"], each["date"]) for each in self.inbox()["messages"]],
                          [("a", "2026-01-09T00:00:00Z"), ("b", "2026-01-05T06:07:08Z"), ("c", None)])
-        self.load(dated("d", 3, folder="Sorted"), *[bare | {"folder": "Sorted"}], dated("e", 9, folder="Sorted"))
-        self.assertEqual([each["subject"] for each in self.found("Sorted")], ["e", "b", "d"])
+        # After those with a submit time, the latest first.
+        later = {"PR_SUBJECT": "later", "PR_MESSAGE_DELIVERY_TIME": "2026-01-07T00:00:00Z"}
+        self.load(bare | {"folder": "Sorted"}, dated("d", 3, folder="Sorted"), {"folder": "Sorted", "properties": later})
+        self.assertEqual([each["subject"] for each in self.found("Sorted")], ["d", "later", "b"])
         self.assertIn("2026-01-05 06:07:08", self.zeb("inbox").out)
         since = lambda *conditions: [each["subject"] for each in self.found("Inbox", *conditions)]
         self.assertEqual(since("--since", "2026-01-05T06:07:08Z"), ["a", "b"])
