@@ -268,9 +268,10 @@ TEST_F(ProfileNames, HasDefaultProfileLogsWhatIsThrownAndSaysNo)
         has = Zeb_HasDefaultProfile();
     }
     EXPECT_FALSE(has);
-    EXPECT_THAT(log.Lines(), ElementsAre(::testing::Field(
-                                 &LogLine::text, StartsWith("EXCEPTION: Description: <Unknown>, File: "
-                                                            "\"zebapi/ZebAPI.cpp\", Line: "))));
+    EXPECT_THAT(log.Lines(),
+                ElementsAre(::testing::Field(
+                    &LogLine::text, StartsWith("EXCEPTION: Description: \"MAPI_E_NOT_ENOUGH_MEMORY\", "
+                                               "File: \"zebapi/ZebAPI.cpp\", Line: "))));
     EXPECT_EQ(log.Lines()[0].level, 1);
 }
 
