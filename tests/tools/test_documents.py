@@ -14,6 +14,7 @@ from world import World
 PAGE_STORE = "5E679F7A9408E74B9D80592745FD5AD5"  # the store's identifier, a part of those of all that is in it
 PAGE_DAY = "2026-02-01"  # the day on which the reader follows the page; the dates of the mail are others
 PAGE_PROVIDER = r"C:\zebapi\bin\zebstore.dll"
+DLL_VERSION = f"also on this machine\n   file          '{PAGE_PROVIDER}' (version 0.1.0.0, x64)\n\n"
 PAGE_FOLDER = "C:\\Users\\ada\\"
 ASCII_TREE = {"├─ ": "|- ", "└─ ": "`- ", "│  ": "|  "}  # where the output is no console
 
@@ -123,7 +124,11 @@ class Documents(World):
     def compare(self, example, printed):
         if not self.real.store and (self.folder / "demo.zeb").exists():
             self.real.store = self.shown()["PR_RECORD_KEY"]
-        self.assertEqual(self.page(example.shown()), self.real(printed), example.place)
+        shown = example.shown()
+        if not world.WINDOWS:
+            # Only a DLL has a version, and only a version is told of a file that is in order.
+            shown = shown.replace(DLL_VERSION, "")
+        self.assertEqual(self.page(shown), self.real(printed), example.place)
 
     def start_watch(self, example):
         command = [str(world.BUILD / "bin/zeb"), *example.arguments]
