@@ -11,7 +11,7 @@ out=$root/build/msvc-sysroot
 llvm=$root/build/deps/llvm-toolchain-14
 mingw=/usr/share/mingw-w64/include
 wine=/usr/lib/x86_64-linux-gnu/wine/x86_64-windows
-modules=(kernel32 user32 gdi32 advapi32 comctl32 comdlg32 shell32 ole32 oleaut32 ucrtbase vcruntime140 msvcp140 version)
+modules=(kernel32 user32 gdi32 advapi32 comctl32 comdlg32 shell32 ole32 oleaut32 ucrtbase vcruntime140 msvcp140 version ntdll)
 
 fail() {
     echo "msvc-sysroot.sh: $1" >&2

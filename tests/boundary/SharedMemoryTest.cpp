@@ -10,6 +10,8 @@
 #include <cstring>
 #include <new>
 
+// A host whose compiler's runtime is in DLLs has the new of these DLLs, which its own would not replace.
+#ifndef ZEB_RUNTIME_IN_DLLS
 namespace
 {
 
@@ -51,6 +53,7 @@ void operator delete(void* block, size_t) noexcept
 {
     operator delete(block);
 }
+#endif
 
 namespace
 {

@@ -163,8 +163,9 @@ TEST(Module, ABareNameIsFoundBesideTheBinary)
 TEST(Module, ABareNameIsNotLookedForInTheCurrentFolder)
 {
     const CurrentFolder here;
-    fs::copy_file(ModulesFolder() + "/probe_inner.dll", "probe_current.dll",
-                  fs::copy_options::overwrite_existing);
+    // An earlier run may have left it, and not every standard library overwrites it.
+    fs::remove("probe_current.dll");
+    fs::copy_file(ModulesFolder() + "/probe_inner.dll", "probe_current.dll");
     for (const long mode : {0L, 4L, 20L, 22L})
     {
         std::string reason;
