@@ -88,8 +88,10 @@ llvm-lib-14 /nologo /out:lib/c++.lib obj/cxx_*.obj
 for module in "${modules[@]}"; do
     {
         printf 'LIBRARY %s.dll\nEXPORTS\n' "$module"
-        # ucrtbase.dll has most functions a second time under a private name.
-        llvm-readobj-14 --coff-exports "$wine/$module.dll" | sed -n 's/^  *Name: \(..*\)/  \1/p' | grep -v '^  _o_'
+        # ucrtbase.dll has most functions a second time under a private name, ntdll.dll has some of the C library's.
+        unwanted='^  _o_'
+        [ "$module" = ntdll ] && unwanted='^  [^NLRZ]'
+        llvm-readobj-14 --coff-exports "$wine/$module.dll" | sed -n 's/^  *Name: \(..*\)/  \1/p' | grep -v "$unwanted"
     } >"obj/$module.def"
     llvm-dlltool-14 -m i386:x86-64 -d "obj/$module.def" -l "lib/$module.lib"
 done
