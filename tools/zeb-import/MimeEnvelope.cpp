@@ -142,7 +142,7 @@ std::optional<int64_t> ArrivalOf(const Headers& headers)
 void AddDates(Properties& properties, const Headers& headers, Notes& notes)
 {
     const std::optional<std::string> date = headers.First("Date");
-    const std::optional<int64_t> sent = date ? MomentOf(*date) : std::nullopt;
+    const std::optional<int64_t> sent = MomentOf(date.value_or(""));
     const std::optional<int64_t> arrived = ArrivalOf(headers);
     if (date && !sent)
         notes.Add("'" + *date + "' is no date");
