@@ -103,7 +103,7 @@ public:
         }
         SetLength(length);
     }
-    /// Makes room for `more` characters behind the text.
+    /// Makes room for `more` characters after the text.
     void Reserve(std::size_t more)
     {
         if (more > m_capacity - m_length)
