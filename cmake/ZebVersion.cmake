@@ -23,14 +23,21 @@ function(zeb_version target description)
   set(script ${CMAKE_CURRENT_BINARY_DIR}/${target}-version.rc)
   configure_file(${CMAKE_SOURCE_DIR}/cmake/version.rc.in ${script} @ONLY)
   find_program(ZEB_RESOURCE_COMPILER NAMES ${CMAKE_RC_COMPILER} rc llvm-rc llvm-rc-14 REQUIRED)
+  # Named relative to their folder: the resource compiler of the MSVC ABI reads a path like /code/... as its option /c.
   if(MINGW)
-    set(resource ${CMAKE_CURRENT_BINARY_DIR}/${target}-version.o)
-    set(command ${ZEB_RESOURCE_COMPILER} --output-format=coff ${script} ${resource})
+    set(resource ${target}-version.o)
+    set(command ${ZEB_RESOURCE_COMPILER} --output-format=coff ${target}-version.rc ${resource})
   else()
-    set(resource ${CMAKE_CURRENT_BINARY_DIR}/${target}-version.res)
-    set(command ${ZEB_RESOURCE_COMPILER} /fo ${resource} ${script})
+    set(resource ${target}-version.res)
+    set(command ${ZEB_RESOURCE_COMPILER} /fo ${resource} ${target}-version.rc)
   endif()
-  add_custom_command(OUTPUT ${resource} COMMAND ${command} DEPENDS ${script} VERBATIM)
+  add_custom_command(
+    OUTPUT ${resource}
+    COMMAND ${command}
+    DEPENDS ${script}
+    WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}
+    VERBATIM)
+  set(resource ${CMAKE_CURRENT_BINARY_DIR}/${resource})
   set_source_files_properties(${resource} PROPERTIES EXTERNAL_OBJECT ON GENERATED ON)
   target_sources(${target} PRIVATE ${resource})
 endfunction()
