@@ -24,10 +24,16 @@ Function Real(const char* name)
 
 /// Changes the date that comes back from an OLE date; null leaves it.
 void (*spoil)(SYSTEMTIME&) = nullptr;
-/// A text too long for a string to keep inside itself.
 bool givesLongText = false;
 int textsMade = 0;
 int textsFreed = 0;
+
+/// As long as it lives, the text of a date is too long for a string to keep inside itself.
+struct LongTexts
+{
+    LongTexts() { givesLongText = true; }
+    ~LongTexts() { givesLongText = false; }
+};
 
 INT WINAPI OwnVariantTimeToSystemTime(double date, LPSYSTEMTIME parts)
 {
@@ -102,8 +108,8 @@ TEST(DateCalls, ADateThatComesBackAsAnotherHasNoText)
 
 TEST(DateCalls, TheTextIsFreedWhenMemoryRunsOut)
 {
+    const LongTexts longTexts;
     int failures = 0;
-    givesLongText = true;
     for (int after = 0; after < 1000; ++after)
     {
         textsMade = 0;
@@ -123,12 +129,10 @@ TEST(DateCalls, TheTextIsFreedWhenMemoryRunsOut)
         if (!failed)
         {
             EXPECT_GE(failures, 1) << "narrowing allocates";
-            givesLongText = false;
             return;
         }
         ++failures;
     }
-    givesLongText = false;
     FAIL() << "never had enough memory";
 }
 
