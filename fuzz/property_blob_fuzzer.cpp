@@ -1,8 +1,8 @@
 // Stored property sets and the provider's entry identifiers: any bytes are read without a crash, and every value that
 // can be given in one form can be freed again.
 #include "fuzz/Require.h"
-#include "zebstore/EntryId.h"
-#include "zebstore/Memory.h"
+#include "zebstore/base/EntryId.h"
+#include "zebstore/base/Memory.h"
 #include "zebstore/storage/PropertyBlob.h"
 #include "zebstore/storage/StoreFile.h"
 #include "zebstore/storage/ValueBuilder.h"

@@ -1,6 +1,6 @@
 // Registry text: whatever can be read is written so that it reads the same.
 #include "fuzz/Require.h"
-#include "platform/regfile.h"
+#include "platform/posix/regfile.h"
 
 #include <cstdint>
 

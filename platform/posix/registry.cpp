@@ -1,7 +1,7 @@
 // The registry as a text file.
 #include "platform/registry.h"
 
-#include "platform/regfile.h"
+#include "platform/posix/regfile.h"
 
 #include <cerrno>
 #include <cstdlib>

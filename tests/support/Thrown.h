@@ -1,7 +1,7 @@
 // What a piece of code throws.
 #pragma once
 
-#include "zebapi/Exception.h"
+#include "zebapi/frame/Exception.h"
 
 namespace zeb::test
 {

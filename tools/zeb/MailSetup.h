@@ -2,7 +2,7 @@
 // installations, the Windows Address Book.
 #pragma once
 
-#include "zebapi/ProviderSearch.h"
+#include "zebapi/search/ProviderSearch.h"
 
 #include <string>
 #include <vector>

@@ -1,8 +1,8 @@
 // What a library is worth as a MAPI provider, in words.
 #pragma once
 
-#include "zebapi/ProviderSearch.h"
 #include "zebapi/ZebAPI.h"
+#include "zebapi/search/ProviderSearch.h"
 
 #include <string>
 

@@ -7,7 +7,7 @@
 #include "tools/common/Progress.h"
 #include "tools/common/StoreUpgrade.h"
 #include "tools/zeb/Command.h"
-#include "zebapi/ProviderSearch.h"
+#include "zebapi/search/ProviderSearch.h"
 #include "zebstore/zebstore.h"
 
 #include <nlohmann/json.hpp>

@@ -1,7 +1,7 @@
 // One SQLite connection: statements, transactions, errors.
 #pragma once
 
-#include "zebstore/Error.h"
+#include "zebstore/base/Error.h"
 
 #include <atomic>
 #include <chrono>

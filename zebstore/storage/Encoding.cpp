@@ -1,6 +1,6 @@
 #include "zebstore/storage/Encoding.h"
 
-#include "zebstore/Error.h"
+#include "zebstore/base/Error.h"
 
 #include <algorithm>
 

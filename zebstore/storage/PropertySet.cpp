@@ -1,6 +1,6 @@
 #include "zebstore/storage/PropertySet.h"
 
-#include "zebstore/Error.h"
+#include "zebstore/base/Error.h"
 #include "zebstore/storage/Encoding.h"
 
 #include <algorithm>

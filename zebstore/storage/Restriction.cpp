@@ -1,6 +1,6 @@
 #include "zebstore/storage/Restriction.h"
 
-#include "zebstore/Error.h"
+#include "zebstore/base/Error.h"
 #include "zebstore/storage/Compare.h"
 #include "zebstore/storage/Encoding.h"
 #include "zebstore/storage/NameSearch.h"

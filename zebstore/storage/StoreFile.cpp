@@ -1,6 +1,6 @@
 #include "zebstore/storage/StoreFile.h"
 
-#include "zebstore/Guard.h"
+#include "zebstore/base/Guard.h"
 
 #include "zebstore/storage/Encoding.h"
 #include "zebstore/storage/PropertyBlob.h"

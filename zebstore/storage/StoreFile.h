@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/text.h"
-#include "zebstore/Error.h"
+#include "zebstore/base/Error.h"
 #include "zebstore/storage/PropertySet.h"
 
 #include <functional>

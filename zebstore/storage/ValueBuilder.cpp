@@ -1,6 +1,6 @@
 #include "zebstore/storage/ValueBuilder.h"
 
-#include "zebstore/Memory.h"
+#include "zebstore/base/Memory.h"
 #include "zebstore/storage/Encoding.h"
 #include "zebstore/storage/InstanceRows.h"
 

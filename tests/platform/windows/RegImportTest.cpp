@@ -1,4 +1,4 @@
-#include "platform/regfile.h"
+#include "platform/posix/regfile.h"
 
 #include "platform/mapi.h"
 #include "platform/text.h"

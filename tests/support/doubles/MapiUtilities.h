@@ -2,7 +2,7 @@
 #pragma once
 
 #include "tests/support/MapiMemory.h"
-#include "zebapi/EntryPoints.h"
+#include "zebapi/frame/internal/EntryPoints.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "tests/support/doubles/RecordingProp.h"
-#include "zebapi/EntryPoints.h"
+#include "zebapi/frame/internal/EntryPoints.h"
 
 #include <algorithm>
 #include <functional>

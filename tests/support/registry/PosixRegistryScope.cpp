@@ -1,6 +1,6 @@
 #include "tests/support/RegistryScope.h"
 
-#include "platform/regfile.h"
+#include "platform/posix/regfile.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "zebapi/BinaryParser.h"
+#include "zebapi/entryid/BinaryParser.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "zebapi/EntryIDInfo.h"
+#include "zebapi/entryid/EntryIDInfo.h"
 
 #include "platform/text.h"
 #include "tests/support/MapiMemory.h"

@@ -1,7 +1,7 @@
 // One entry point of MAPI set to a test's function.
 #pragma once
 
-#include "zebapi/EntryPoints.h"
+#include "zebapi/frame/internal/EntryPoints.h"
 
 namespace zeb::test
 {

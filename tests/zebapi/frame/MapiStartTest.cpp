@@ -3,7 +3,7 @@
 
 #include "qorth/DllLoader.h"
 #include "tests/support/FailingNew.h"
-#include "zebapi/MEM.h"
+#include "zebapi/frame/MEM.h"
 
 #include <cstdio>
 #include <functional>
@@ -201,7 +201,7 @@ TEST_F(MapiStart, WithoutAProviderFailsAndIsNotTriedAgain)
     log.Clear();
     EXPECT_EQ(ThrownBy([this] { library.Initialize(false); }), MAPI_E_CALL_FAILED);
     EXPECT_THAT(log.Texts(), ElementsAre(StartsWith("THROW Exception 0x80004005 (MAPI_E_CALL_FAILED), File "
-                                                    "zebapi/Mapiload.cpp, line ")))
+                                                    "zebapi/frame/Mapiload.cpp, line ")))
         << "nothing is looked for";
     library.SetWasFailed(false);
     library.Initialize(false);

@@ -1,11 +1,11 @@
-#include "zebapi/MEM.h"
+#include "zebapi/frame/MEM.h"
 
 #include "tests/support/LogCapture.h"
 #include "tests/support/MapiMemory.h"
 #include "tests/support/Thrown.h"
 #include "tests/support/providers/WabObject.h"
 #include "tests/zebapi/frame/EntryPointScope.h"
-#include "zebapi/Exception.h"
+#include "zebapi/frame/Exception.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -95,7 +95,7 @@ TEST(Mem, AFailingAllocationIsThrownWithItsOwnResult)
     memory.FailAllocation(1, MAPI_E_NOT_ENOUGH_RESOURCES);
     EXPECT_EQ(ThrownBy([] { Zeb_MemAllocate(8, nullptr); }), MAPI_E_NOT_ENOUGH_RESOURCES);
     ASSERT_EQ(log.Lines().size(), 1u);
-    EXPECT_THAT(log.Texts()[0], ::testing::HasSubstr("File zebapi/MEM.cpp, line"));
+    EXPECT_THAT(log.Texts()[0], ::testing::HasSubstr("File zebapi/frame/MEM.cpp, line"));
 }
 
 TEST(Mem, AFailingAllocationUnderAParentIsThrownLikewise)

@@ -1,13 +1,13 @@
 // Profiles by the registry and through MAPI.
-#include "zebapi/Profiles.h"
+#include "zebapi/frame/Profiles.h"
 
 #include "tests/support/FailingNew.h"
 #include "tests/support/MapiMemory.h"
 #include "tests/support/ProfileKeys.h"
 #include "tests/support/doubles/RecordingProfAdmin.h"
 #include "tests/zebapi/frame/LibraryFixture.h"
-#include "zebapi/App.h"
 #include "zebapi/ZebAPI.h"
+#include "zebapi/frame/internal/App.h"
 
 namespace zeb::test
 {
@@ -365,9 +365,9 @@ TEST_F(ProfAdmin, AssigningAnEmptyOneEmptiesAndWritesTwoLines)
     EXPECT_EQ(admin.References(), 0u);
     EXPECT_THAT(log.Texts(),
                 ElementsAre(StartsWith("THROW Exception 0x80004002 (MAPI_E_INTERFACE_NOT_SUPPORTED), File "
-                                       "zebapi/Profiles.cpp, line "),
+                                       "zebapi/frame/Profiles.cpp, line "),
                             StartsWith("EXCEPTION: Description: \"MAPI_E_INTERFACE_NOT_SUPPORTED\", File: "
-                                       "\"zebapi/Profiles.cpp\", Line: ")));
+                                       "\"zebapi/frame/Profiles.cpp\", Line: ")));
 }
 
 TEST_F(ProfAdmin, AssigningAsksTheOtherForTheInterface)

@@ -7,7 +7,7 @@
 #include "tests/support/TempFolder.h"
 #include "tests/support/providers/FakeProviderScope.h"
 #include "tests/support/providers/ProviderFile.h"
-#include "zebapi/ProviderSearch.h"
+#include "zebapi/search/ProviderSearch.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
-#include "zebapi/AddressBook.h"
+#include "zebapi/objects/AddressBook.h"
 #include "ObjectsTest.h"
 #include "qorth/TimeProfile.h"
 #include "tests/support/doubles/RecordingContainers.h"
 #include "tests/support/doubles/RecordingStore.h"
-#include "zebapi/SESSION.h"
+#include "zebapi/frame/SESSION.h"
 
 using namespace zeb::test;
 
@@ -374,6 +374,6 @@ TEST_F(AddressBook, AFailedComparisonNamesTheAddressBookAndCarriesTheSessionsErr
     m_session.Fail("CompareEntryIDs", MAPI_E_UNKNOWN_ENTRYID);
     EXPECT_NE(Described([&] { m_book.CompareEntryIDs("00", "01"); }).find("no comparison"),
               std::string::npos);
-    EXPECT_NE(m_log.Texts().at(0).find("File zebapi/AddressBook.cpp"), std::string::npos)
+    EXPECT_NE(m_log.Texts().at(0).find("File zebapi/objects/AddressBook.cpp"), std::string::npos)
         << m_log.Texts().at(0);
 }

@@ -1,4 +1,4 @@
-#include "zebapi/AdviseSink.h"
+#include "zebapi/tables/AdviseSink.h"
 #include "ObjectsTest.h"
 #include "tests/support/FailingNew.h"
 
@@ -226,15 +226,15 @@ TEST_F(AdviseSink, FailuresAreLoggedWithTheirSource)
     }
     const std::vector<std::string> texts = m_log.Texts();
     ASSERT_EQ(texts.size(), 2u);
-    EXPECT_NE(texts[0].find("File zebapi/Table.cpp"), std::string::npos) << texts[0];
-    EXPECT_NE(texts[1].find("File: \"zebapi/AdviseSink.cpp\""), std::string::npos) << texts[1];
+    EXPECT_NE(texts[0].find("File zebapi/tables/Table.cpp"), std::string::npos) << texts[0];
+    EXPECT_NE(texts[1].find("File: \"zebapi/tables/AdviseSink.cpp\""), std::string::npos) << texts[1];
     m_log.Clear();
     auto* sink = new CAdviseSink(&m_listener);
     m_listener.m_inside = [] { throw 1; };
     NOTIFICATION notification = Event(TABLE_CHANGED);
     sink->OnNotify(1, &notification);
     sink->Release();
-    EXPECT_NE(m_log.Texts().at(0).find("File: \"zebapi/AdviseSink.cpp\""), std::string::npos);
+    EXPECT_NE(m_log.Texts().at(0).find("File: \"zebapi/tables/AdviseSink.cpp\""), std::string::npos);
 }
 
 TEST_F(AdviseSink, ASinkThatCannotBeAllocatedIsLoggedAndEndsIdle)

@@ -1,8 +1,8 @@
 // What a cached table does when letting go of its rows or its table throws, which operations a derived class may
 // override, and which operation of a delegate each event reaches.
 #include "CachedTables.h"
-#include "zebapi/EntryPoints.h"
-#include "zebapi/Mapiload.h"
+#include "zebapi/frame/Mapiload.h"
+#include "zebapi/frame/internal/EntryPoints.h"
 
 #include <stdexcept>
 #include <string>
@@ -42,7 +42,7 @@ public:
 bool AllSwallowedHere(const LogCapture& log, size_t count)
 {
     const std::string beginning =
-        "EXCEPTION: Description: <Unknown>, File: \"zebapi/CachedTable.cpp\", Line: ";
+        "EXCEPTION: Description: <Unknown>, File: \"zebapi/tables/CachedTable.cpp\", Line: ";
     return log.Lines().size() == count && log.CountBeginning(beginning) == count;
 }
 

@@ -100,7 +100,7 @@ TEST_F(CachedTable, FailuresBearTheirSource)
     ASSERT_EQ(texts.size(), 2u);
     for (const std::string& text : texts)
     {
-        EXPECT_NE(text.find("File zebapi/CachedTable.cpp"), std::string::npos) << text;
+        EXPECT_NE(text.find("File zebapi/tables/CachedTable.cpp"), std::string::npos) << text;
     }
 }
 

@@ -1,8 +1,8 @@
-#include "zebapi/Container.h"
+#include "zebapi/objects/Container.h"
 #include "ObjectsTest.h"
 #include "tests/support/doubles/RecordingContainers.h"
-#include "zebapi/Folder.h"
-#include "zebapi/Message.h"
+#include "zebapi/objects/Folder.h"
+#include "zebapi/objects/Message.h"
 
 using namespace zeb::test;
 

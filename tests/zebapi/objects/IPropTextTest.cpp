@@ -1,5 +1,5 @@
 #include "ObjectsTest.h"
-#include "zebapi/IProp.h"
+#include "zebapi/objects/IProp.h"
 
 using namespace zeb::test;
 

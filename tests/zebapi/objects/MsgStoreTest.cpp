@@ -1,8 +1,8 @@
-#include "zebapi/MsgStore.h"
+#include "zebapi/objects/MsgStore.h"
 #include "ObjectsTest.h"
 #include "tests/support/doubles/RecordingContainers.h"
 #include "tests/support/doubles/RecordingStore.h"
-#include "zebapi/SESSION.h"
+#include "zebapi/frame/SESSION.h"
 
 using namespace zeb::test;
 

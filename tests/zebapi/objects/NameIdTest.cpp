@@ -1,7 +1,7 @@
-#include "zebapi/NAMEID.h"
+#include "zebapi/objects/NAMEID.h"
 #include "ObjectsTest.h"
 #include "tests/support/FailingNew.h"
-#include "zebapi/tables/NamedProps.h"
+#include "zebapi/constants/NamedProps.h"
 
 #include <new>
 #include <set>

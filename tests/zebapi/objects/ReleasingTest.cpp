@@ -4,10 +4,10 @@
 #include "tests/support/doubles/RecordingContainers.h"
 #include "tests/support/doubles/RecordingProfAdmin.h"
 #include "tests/support/doubles/RecordingStore.h"
-#include "zebapi/AddressBook.h"
-#include "zebapi/PROPVALArray.h"
-#include "zebapi/Profiles.h"
-#include "zebapi/SESSION.h"
+#include "zebapi/frame/Profiles.h"
+#include "zebapi/frame/SESSION.h"
+#include "zebapi/objects/AddressBook.h"
+#include "zebapi/values/PROPVALArray.h"
 
 #include <stdexcept>
 
@@ -233,7 +233,9 @@ TEST_F(Releasing, AnEmptyContainerIsNotExchangeAndLogsItsComErrorOnce)
     EXPECT_FALSE(container.IsExchange());
     EXPECT_FALSE(container.IsExchange());
     ASSERT_EQ(m_log.Texts().size(), 1u);
-    EXPECT_EQ(m_log.Texts()[0].find("EXCEPTION: _com_error: 0x80004003, File: \"zebapi/Container.cpp\""), 0u);
+    EXPECT_EQ(
+        m_log.Texts()[0].find("EXCEPTION: _com_error: 0x80004003, File: \"zebapi/objects/Container.cpp\""),
+        0u);
 }
 
 TEST_F(Releasing, ADestinationThatIsNoFolderRaisesNoInterface)

@@ -1,4 +1,4 @@
-#include "zebapi/Restrict.h"
+#include "zebapi/tables/Restrict.h"
 
 #include "tests/support/MapiMemory.h"
 #include "tests/support/Thrown.h"

@@ -1,11 +1,11 @@
-#include "zebapi/Table.h"
+#include "zebapi/tables/Table.h"
 
 #include "tests/support/LogCapture.h"
 #include "tests/support/Thrown.h"
 #include "tests/support/doubles/MapiUtilities.h"
 #include "tests/support/doubles/RecordingTable.h"
-#include "zebapi/RowSet.h"
-#include "zebapi/TAGS.h"
+#include "zebapi/tables/RowSet.h"
+#include "zebapi/values/TAGS.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -116,7 +116,7 @@ TEST_F(Table, AssigningAnEmptyHandleReleasesAndLogsOnce)
     EXPECT_THAT(log.Texts(),
                 ElementsAre(StartsWith("THROW Exception 0x80004002"),
                             StartsWith("EXCEPTION: Description: \"MAPI_E_INTERFACE_NOT_SUPPORTED\", "
-                                       "File: \"zebapi/Table.cpp\"")));
+                                       "File: \"zebapi/tables/Table.cpp\"")));
 }
 
 TEST_F(Table, AssigningToItselfEmptiesAndLogsOnce)
@@ -137,8 +137,8 @@ TEST_F(Table, FreeKeepsInWhatReleasingThrows)
     LogCapture log;
     table.Free();
     EXPECT_FALSE(table.IsValid());
-    EXPECT_THAT(log.Texts(),
-                ElementsAre(StartsWith("EXCEPTION: Description: <Unknown>, File: \"zebapi/Table.cpp\"")));
+    EXPECT_THAT(log.Texts(), ElementsAre(StartsWith(
+                                 "EXCEPTION: Description: <Unknown>, File: \"zebapi/tables/Table.cpp\"")));
 }
 
 TEST_F(Table, DestructorKeepsInWhatReleasingThrows)
@@ -386,7 +386,7 @@ TEST_F(Table, FailuresCarryTheProvidersTextAndWarningsPass)
     EXPECT_EQ(ThrownBy([&] { table.GetRowCount(); }), MAPI_E_BUSY);
     ASSERT_EQ(log.Texts().size(), 1u);
     EXPECT_THAT(log.Texts()[0], ::testing::HasSubstr("busy indeed"));
-    EXPECT_THAT(log.Texts()[0], ::testing::HasSubstr("File zebapi/Table.cpp"));
+    EXPECT_THAT(log.Texts()[0], ::testing::HasSubstr("File zebapi/tables/Table.cpp"));
 }
 
 TEST_F(Table, EveryFailingCallThrowsItsResult)

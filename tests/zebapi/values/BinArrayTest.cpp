@@ -1,4 +1,4 @@
-#include "zebapi/BinArray.h"
+#include "zebapi/values/BinArray.h"
 
 #include "tests/support/MapiMemory.h"
 #include "tests/support/Thrown.h"

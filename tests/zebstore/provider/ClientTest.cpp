@@ -2,9 +2,9 @@
 #include "platform/datetime.h"
 #include "tests/support/Unprivileged.h"
 #include "tests/zebstore/provider/ProviderFixture.h"
-#include "zebstore/Defaults.h"
-#include "zebstore/Folder.h"
-#include "zebstore/Objects.h"
+#include "zebstore/objects/Defaults.h"
+#include "zebstore/objects/Folder.h"
+#include "zebstore/objects/Objects.h"
 #include "zebstore/storage/StoreParts.h"
 
 #include <sqlite3.h>

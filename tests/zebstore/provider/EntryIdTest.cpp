@@ -1,6 +1,6 @@
 #include "tests/zebstore/provider/ProviderFixture.h"
 
-#include "zebstore/EntryId.h"
+#include "zebstore/base/EntryId.h"
 
 #include <cstring>
 

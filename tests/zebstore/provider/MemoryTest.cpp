@@ -1,7 +1,7 @@
-#include "zebstore/Memory.h"
+#include "zebstore/base/Memory.h"
 #include "tests/support/TempFolder.h"
-#include "zebstore/Guard.h"
-#include "zebstore/LiveBlocks.h"
+#include "zebstore/base/Guard.h"
+#include "zebstore/base/LiveBlocks.h"
 
 #include <gtest/gtest.h>
 

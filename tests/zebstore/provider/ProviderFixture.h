@@ -4,9 +4,9 @@
 #include "platform/mapi.h"
 #include "tests/support/RegistryScope.h"
 #include "tests/support/TempFolder.h"
-#include "zebstore/Guard.h"
-#include "zebstore/Memory.h"
-#include "zebstore/Object.h"
+#include "zebstore/base/Guard.h"
+#include "zebstore/base/Memory.h"
+#include "zebstore/base/Object.h"
 #include "zebstore/zebstore.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 #include "tests/zebstore/provider/ProviderFixture.h"
-#include "zebstore/PropStream.h"
+#include "zebstore/objects/PropStream.h"
 
 #include <cstring>
 #include <fstream>

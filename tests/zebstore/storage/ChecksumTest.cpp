@@ -1,12 +1,12 @@
 // That damage to a store's file is seen by whoever reads what is damaged, and by the check of the whole file.
 #include "tests/zebstore/storage/Storage.h"
 
-#include "zebstore/Guard.h"
+#include "zebstore/base/Guard.h"
 #include "zebstore/storage/AddressStorage.h"
 #include "zebstore/storage/LargeStorage.h"
 #include "zebstore/storage/Restriction.h"
 #include "zebstore/storage/Schema.h"
-#include "zebstore/storage/TableView.h"
+#include "zebstore/tables/TableView.h"
 
 #include <filesystem>
 #include <fstream>

@@ -3,7 +3,7 @@
 
 #include "tests/zebstore/storage/Storage.h"
 
-#include "zebstore/Table.h"
+#include "zebstore/tables/Table.h"
 
 #include <memory>
 

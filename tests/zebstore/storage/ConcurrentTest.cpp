@@ -1,6 +1,6 @@
 #include "tests/zebstore/storage/Storage.h"
 
-#include "zebstore/Table.h"
+#include "zebstore/tables/Table.h"
 
 #include <atomic>
 #include <thread>

@@ -1,6 +1,6 @@
 #include "tests/zebstore/storage/NotifyTables.h"
 
-#include "zebstore/Notifier.h"
+#include "zebstore/notify/Notifier.h"
 
 #include <atomic>
 #include <random>

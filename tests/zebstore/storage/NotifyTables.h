@@ -5,8 +5,8 @@
 #include "tests/zebstore/storage/Restrictions.h"
 #include "tests/zebstore/storage/TableCopy.h"
 
-#include "zebstore/Notifier.h"
-#include "zebstore/Table.h"
+#include "zebstore/notify/Notifier.h"
+#include "zebstore/tables/Table.h"
 
 #include <atomic>
 

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "tests/support/TempFolder.h"
-#include "zebstore/Guard.h"
-#include "zebstore/Memory.h"
+#include "zebstore/base/Guard.h"
+#include "zebstore/base/Memory.h"
 #include "zebstore/storage/Database.h"
 #include "zebstore/storage/StoreFile.h"
 

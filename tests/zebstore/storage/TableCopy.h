@@ -1,8 +1,8 @@
 // A copy of a table's rows that is kept by the table's notifications alone.
 #pragma once
 
-#include "zebstore/Memory.h"
-#include "zebstore/Object.h"
+#include "zebstore/base/Memory.h"
+#include "zebstore/base/Object.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 #include "tests/zebstore/storage/ComputedNumber.h"
 #include "tests/zebstore/storage/Restrictions.h"
 
-#include "zebstore/Table.h"
 #include "zebstore/storage/Restriction.h"
-#include "zebstore/storage/TableView.h"
+#include "zebstore/tables/Table.h"
+#include "zebstore/tables/TableView.h"
 
 namespace zebstore::test
 {

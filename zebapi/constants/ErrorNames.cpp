@@ -1,0 +1,85 @@
+#include "zebapi/constants/ErrorNames.h"
+
+namespace zeb
+{
+
+#define ROW(name)                                                                                            \
+    {                                                                                                        \
+        static_cast<ULONG>(name), #name                                                                      \
+    }
+
+const ErrorName ErrorNames[] = {
+    ROW(MAPI_E_CALL_FAILED),
+    ROW(MAPI_E_NOT_ENOUGH_MEMORY),
+    ROW(MAPI_E_INVALID_PARAMETER),
+    ROW(MAPI_E_INTERFACE_NOT_SUPPORTED),
+    ROW(MAPI_E_NO_ACCESS),
+    ROW(MAPI_E_NO_SUPPORT),
+    ROW(MAPI_E_BAD_CHARWIDTH),
+    ROW(MAPI_E_STRING_TOO_LONG),
+    ROW(MAPI_E_UNKNOWN_FLAGS),
+    ROW(MAPI_E_INVALID_ENTRYID),
+    ROW(MAPI_E_INVALID_OBJECT),
+    ROW(MAPI_E_OBJECT_CHANGED),
+    ROW(MAPI_E_OBJECT_DELETED),
+    ROW(MAPI_E_BUSY),
+    ROW(MAPI_E_NOT_ENOUGH_DISK),
+    ROW(MAPI_E_NOT_ENOUGH_RESOURCES),
+    ROW(MAPI_E_NOT_FOUND),
+    ROW(MAPI_E_VERSION),
+    ROW(MAPI_E_LOGON_FAILED),
+    ROW(MAPI_E_SESSION_LIMIT),
+    ROW(MAPI_E_USER_CANCEL),
+    ROW(MAPI_E_UNABLE_TO_ABORT),
+    ROW(MAPI_E_NETWORK_ERROR),
+    ROW(MAPI_E_DISK_ERROR),
+    ROW(MAPI_E_TOO_COMPLEX),
+    ROW(MAPI_E_BAD_COLUMN),
+    ROW(MAPI_E_EXTENDED_ERROR),
+    ROW(MAPI_E_COMPUTED),
+    ROW(MAPI_E_CORRUPT_DATA),
+    ROW(MAPI_E_UNCONFIGURED),
+    ROW(MAPI_E_FAILONEPROVIDER),
+    ROW(MAPI_E_END_OF_SESSION),
+    ROW(MAPI_E_UNKNOWN_ENTRYID),
+    ROW(MAPI_E_MISSING_REQUIRED_COLUMN),
+    ROW(MAPI_W_NO_SERVICE),
+    ROW(MAPI_E_BAD_VALUE),
+    ROW(MAPI_E_INVALID_TYPE),
+    ROW(MAPI_E_TYPE_NO_SUPPORT),
+    ROW(MAPI_E_UNEXPECTED_TYPE),
+    ROW(MAPI_E_TOO_BIG),
+    ROW(MAPI_E_DECLINE_COPY),
+    ROW(MAPI_E_UNEXPECTED_ID),
+    ROW(MAPI_W_ERRORS_RETURNED),
+    ROW(MAPI_E_UNABLE_TO_COMPLETE),
+    ROW(MAPI_E_TIMEOUT),
+    ROW(MAPI_E_TABLE_EMPTY),
+    ROW(MAPI_E_TABLE_TOO_BIG),
+    ROW(MAPI_E_INVALID_BOOKMARK),
+    ROW(MAPI_W_POSITION_CHANGED),
+    ROW(MAPI_W_APPROX_COUNT),
+    ROW(MAPI_E_WAIT),
+    ROW(MAPI_E_CANCEL),
+    ROW(MAPI_E_NOT_ME),
+    ROW(MAPI_W_CANCEL_MESSAGE),
+    ROW(MAPI_E_CORRUPT_STORE),
+    ROW(MAPI_E_NOT_IN_QUEUE),
+    ROW(MAPI_E_NO_SUPPRESS),
+    ROW(MAPI_E_COLLISION),
+    ROW(MAPI_E_NOT_INITIALIZED),
+    ROW(MAPI_E_NON_STANDARD),
+    ROW(MAPI_E_NO_RECIPIENTS),
+    ROW(MAPI_E_SUBMITTED),
+    ROW(MAPI_E_HAS_FOLDERS),
+    ROW(MAPI_E_HAS_MESSAGES),
+    ROW(MAPI_E_FOLDER_CYCLE),
+    ROW(MAPI_W_PARTIAL_COMPLETION),
+    ROW(MAPI_E_AMBIGUOUS_RECIP),
+};
+
+#undef ROW
+
+const size_t ErrorNameCount = sizeof ErrorNames / sizeof ErrorNames[0];
+
+} // namespace zeb

@@ -1,0 +1,397 @@
+#include "zebapi/frame/Mapiload.h"
+
+#include "platform/module.h"
+#include "platform/text.h"
+#include "qorlog/QorLog.h"
+#include "qorth/System.h"
+#include "zebapi/frame/Exception.h"
+#include "zebapi/frame/MEM.h"
+#include "zebapi/frame/internal/EntryPoints.h"
+#include "zebapi/frame/internal/Subject.h"
+#include "zebapi/objects/internal/OpenEntry.h"
+#include "zebapi/search/Registry.h"
+
+#include <array>
+#include <cstring>
+#include <new>
+
+namespace
+{
+
+// Mode of CDllLoader for a provider: kept for the process's calls, no error box, dependencies from its own
+// folder.
+constexpr long ModeProvider = 22;
+
+constexpr ULONG LogonFlags = MAPI_LOGON_UI | MAPI_EXTENDED | MAPI_NO_MAIL;
+static_assert(LogonFlags == 0x8021, "dialogs allowed, extended errors, no spooler");
+static_assert((LogonFlags | MAPI_USE_DEFAULT | MAPI_ALLOW_OTHERS) == 0x8069, "the default profile, shared");
+
+constexpr size_t ProfileNameSize = 1024;
+
+const zeb::EntryPointRow* LoadTable(EnumOfficeBitness bitness)
+{
+    return bitness == OfficeBitness32 ? zeb::DecoratedEntryPoints : zeb::UndecoratedEntryPoints;
+}
+
+/// The object whose provider the allocator and the entry points are of; null when there is none.
+std::atomic<const CZebAPI*> boundBy{nullptr};
+
+void ForgetEntryPoints()
+{
+    for (const zeb::EntryPointRow& row : zeb::UndecoratedEntryPoints)
+    {
+        zeb::SetEntryPoint(row.slot, nullptr);
+    }
+}
+
+} // namespace
+
+namespace zeb
+{
+
+/// The library's one object, in memory of its own: it is not destroyed when a provider is still loaded. The process is
+/// ending then, and the provider's own objects are gone already, or this library is unloaded, and what the provider
+/// waits for would wait for the loader's lock.
+class LibraryObject
+{
+public:
+    LibraryObject() { new (m_memory) CZebAPI; }
+    ~LibraryObject()
+    {
+        // What a host frees later, in destructors of its own static objects, must not reach the provider.
+        ForgetEntryPoints();
+        if (Get().m_loader.IsEmpty())
+        {
+            Zeb_MemUninitialize();
+            Get().~CZebAPI();
+        }
+        else
+        {
+            AbandonMem();
+        }
+    }
+    LibraryObject(const LibraryObject&) = delete;
+    LibraryObject& operator=(const LibraryObject&) = delete;
+
+    CZebAPI& Get() { return *std::launder(reinterpret_cast<CZebAPI*>(m_memory)); }
+
+private:
+    alignas(CZebAPI) unsigned char m_memory[sizeof(CZebAPI)];
+};
+
+} // namespace zeb
+
+namespace
+{
+
+zeb::LibraryObject library;
+
+} // namespace
+
+CZebAPI& Zeb_GetMAPI()
+{
+    return library.Get();
+}
+
+CZebAPI::CZebAPI() = default;
+
+CZebAPI::~CZebAPI()
+{
+    if (boundBy == this)
+    {
+        Zeb_MemUninitialize();
+        ForgetEntryPoints();
+        boundBy = nullptr;
+    }
+}
+
+bool CZebAPI::MayUnbind() const
+{
+    return boundBy == this || boundBy == nullptr;
+}
+
+bool CZebAPI::IsWAB()
+{
+    return m_wab;
+}
+
+bool CZebAPI::WasInitialized()
+{
+    return m_initialized;
+}
+
+bool CZebAPI::WasFailed()
+{
+    return m_wasFailed;
+}
+
+void CZebAPI::SetWasFailed(bool failed)
+{
+    m_wasFailed = failed;
+}
+
+CCriticalSection* CZebAPI::GetGlobalMAPICriticalSection()
+{
+    return &m_globalMAPI;
+}
+
+void CZebAPI::Initialize(bool wab)
+{
+    if (WasFailed() && !wab)
+    {
+        CZebException::Throw(MAPI_E_CALL_FAILED, __FILE__, __LINE__);
+    }
+    try
+    {
+        zeb::framework::WithMemory([&] { wab ? InitializeWAB() : InitializeMAPI(); });
+    }
+    catch (...)
+    {
+        SetWasFailed(true);
+        throw;
+    }
+}
+
+void CZebAPI::Uninitialize(CZebSession* session)
+{
+    if (IsWAB())
+    {
+        UninitializeWAB();
+    }
+    else
+    {
+        UninitializeMAPI(session);
+    }
+}
+
+void CZebAPI::InitializeMAPI()
+{
+    CSingleLock globalLock(&m_globalMAPI, true);
+    CSingleLock objectLock(&m_lock, true);
+    m_bitness = OfficeBitnessNone;
+    const CStringA path = Zeb_GetMapiDllPath(m_bitness);
+    if (path.IsEmpty() || m_bitness == OfficeBitnessNone)
+    {
+        CZebException::Throw(MAPI_E_CALL_FAILED, __FILE__, __LINE__);
+    }
+    if (!m_loader.Load(path, ModeProvider))
+    {
+        zeb::ThrowAbout([&] { return zeb::NameText(path.GetString()); }, MAPI_E_CALL_FAILED, __FILE__,
+                        __LINE__);
+    }
+    ResolveEntryPoints(path);
+    BindAllocator();
+    MAPIINIT_0 init = {};
+    init.ulFlags = MAPI_MULTITHREAD_NOTIFICATIONS;
+    const HRESULT result = zeb::MAPIInitialize(&init);
+    if (FAILED(result))
+    {
+        Unload();
+        CZebException::Throw(result, __FILE__, __LINE__);
+    }
+    m_initialized = true;
+}
+
+void CZebAPI::ResolveEntryPoints(const CStringA& path)
+{
+    const zeb::EntryPointRow* table = LoadTable(m_bitness);
+    std::array<void*, zeb::EntryPointCount> addresses = {};
+    for (size_t i = 0; i < addresses.size(); ++i)
+    {
+        addresses[i] = m_loader.GetProc(table[i].name);
+        if (addresses[i] == nullptr)
+        {
+            RefuseLibrary(table[i].name, path);
+        }
+    }
+    boundBy = this;
+    for (size_t i = 0; i < addresses.size(); ++i)
+    {
+        zeb::SetEntryPoint(table[i].slot, addresses[i]);
+    }
+}
+
+void CZebAPI::RefuseLibrary(const char* missing, const char* path)
+{
+    LLog(1, "ZebAPI", "Failed to export %s from %s", missing, path);
+    Unload();
+    zeb::ThrowAbout([&] { return CStringA(missing) + " of " + zeb::NameText(path); }, MAPI_E_VERSION,
+                    __FILE__, __LINE__);
+}
+
+void CZebAPI::BindAllocator()
+{
+    ALLOCATEBUFFER* allocateBuffer = nullptr;
+    ALLOCATEMORE* allocateMore = nullptr;
+    FREEBUFFER* freeBuffer = nullptr;
+    if (!m_loader.GetProc("MAPIAllocateBuffer", allocateBuffer) ||
+        !m_loader.GetProc("MAPIAllocateMore", allocateMore) ||
+        !m_loader.GetProc("MAPIFreeBuffer", freeBuffer))
+    {
+        LLog(1, "ZebAPI", "Failed to export memory manager");
+        Unload();
+        CZebException::Throw(MAPI_E_VERSION, __FILE__, __LINE__);
+    }
+    Zeb_MemInitialize(allocateBuffer, allocateMore, freeBuffer);
+}
+
+void CZebAPI::UninitializeMAPI(CZebSession* session)
+{
+    CSingleLock objectLock(&m_lock, true);
+    if (session != nullptr)
+    {
+        session->Logoff(0, 0, 0);
+    }
+    if (m_initialized)
+    {
+        zeb::MAPIUninitialize();
+        m_initialized = false;
+    }
+    Unload();
+}
+
+void CZebAPI::Unload()
+{
+    CSingleLock objectLock(&m_lock, true);
+    if (MayUnbind())
+    {
+        Zeb_MemUninitialize();
+        if (m_bitness == OfficeBitness32 || m_bitness == OfficeBitness64)
+        {
+            ForgetEntryPoints();
+        }
+        boundBy = nullptr;
+    }
+    m_loader.Unload();
+    m_initialized = false;
+}
+
+void CZebAPI::InitializeWAB()
+{
+    CSingleLock objectLock(&m_lock, true);
+    const CStringA path =
+        zeb::OpenRegistry(HKEY_LOCAL_MACHINE, "Software\\Microsoft\\WAB\\DLLPath", __FILE__, __LINE__)
+            .GetString();
+    if (!zeb::platform::IsBareOrAbsolutePath(path.GetString()) || !m_loader.Load(path, ModeProvider))
+    {
+        zeb::ThrowAbout([&] { return zeb::NameText(path.GetString()); }, MAPI_E_CALL_FAILED, __FILE__,
+                        __LINE__);
+    }
+    if (m_loader.GetProc("WABOpen") == nullptr)
+    {
+        RefuseLibrary("WABOpen", path);
+    }
+    CComPtr<IAddrBook> addressBook;
+    CComPtr<IWABObject> wabObject = OpenWAB(addressBook);
+    boundBy = this;
+    Zeb_MemInitialize(wabObject.Get());
+    // Nothing can fail any more: an address book that is kept is one that UninitializeWAB releases.
+    *reinterpret_cast<LPADRBOOK*>(&m_wabAddressBook) = addressBook.Detach();
+    m_wabAddressBook.SetWAB(true);
+    m_wab = true;
+    m_initialized = true;
+}
+
+CComPtr<IWABObject> CZebAPI::OpenWAB(CComPtr<IAddrBook>& addressBook)
+{
+    WABOPEN* wabOpen = nullptr;
+    if (!m_loader.GetProc("WABOpen", wabOpen))
+    {
+        CZebException::Throw(MAPI_E_VERSION, __FILE__, __LINE__);
+    }
+    WAB_PARAM param = {};
+    param.cbSize = sizeof param;
+    param.ulFlags = WAB_ENABLE_PROFILES;
+    CComPtr<IWABObject> wabObject;
+    ThrowIfFailed(wabOpen(addressBook.Put(), wabObject.Put(), &param, 0), __FILE__, __LINE__);
+    zeb::RequireObject(addressBook && wabObject, __FILE__, __LINE__);
+    return wabObject;
+}
+
+void CZebAPI::UninitializeWAB()
+{
+    CSingleLock objectLock(&m_lock, true);
+    if (MayUnbind())
+    {
+        Zeb_MemInitialize(nullptr);
+    }
+    m_wabAddressBook.Free();
+    Unload();
+    m_wab = false;
+    m_initialized = false;
+}
+
+CZebAddressBook CZebAPI::GetWABAddressBook(bool newInstance)
+{
+    CSingleLock objectLock(&m_lock, true);
+    if (!newInstance || !QorIsWinVistaorHigher())
+    {
+        return m_wabAddressBook;
+    }
+    CComPtr<IAddrBook> opened;
+    CComPtr<IWABObject> wabObject = OpenWAB(opened);
+    CZebAddressBook addressBook(opened.Get());
+    addressBook.SetWAB(true);
+    addressBook.SetWABObject(wabObject.Get());
+    return addressBook;
+}
+
+CZebSession CZebAPI::OpenSession(HWND parent, const char* profileName)
+{
+    if (profileName == nullptr)
+    {
+        return Logon(parent, nullptr, 0);
+    }
+    // A name that fills the buffer has no terminator of its own: one byte more is always zero.
+    char name[ProfileNameSize + 1] = {};
+    // Whole characters only.
+    std::memcpy(name, profileName,
+                zeb::platform::NarrowPrefix(profileName, std::strlen(profileName), ProfileNameSize));
+    return zeb::AboutName(name, [&] { return Logon(parent, name, 0); });
+}
+
+CZebSession CZebAPI::OpenSessionW(HWND parent, const WCHAR* profileName)
+{
+    return Logon(parent, profileName, profileName == nullptr ? 0 : MAPI_UNICODE);
+}
+
+CZebSession CZebAPI::Logon(HWND parent, const void* profileName, ULONG flags)
+{
+    CSingleLock objectLock(&m_lock, true);
+    try
+    {
+        if (!m_initialized)
+        {
+            CZebException::Throw(E_POINTER, __FILE__, __LINE__, "OpenSession");
+        }
+        flags |= LogonFlags;
+        flags |= profileName != nullptr ? MAPI_NEW_SESSION : MAPI_USE_DEFAULT | MAPI_ALLOW_OTHERS;
+        CComPtr<IMAPISession> session;
+        // MAPI declares the name without const and as either kind of character.
+        ThrowIfFailed(zeb::MAPILogonEx(reinterpret_cast<ULONG_PTR>(parent),
+                                       static_cast<LPTSTR>(const_cast<void*>(profileName)), nullptr, flags,
+                                       session.Put()),
+                      __FILE__, __LINE__, "OpenSession");
+        zeb::RequireObject(static_cast<bool>(session), __FILE__, __LINE__, "OpenSession");
+        return CZebSession(session.Get());
+    }
+    catch (...)
+    {
+        SetWasFailed(true);
+        throw;
+    }
+}
+
+CStringA CZebAPI::GetDefaultProfileName()
+{
+    return CZebProfileNames().GetDefaultProfile();
+}
+
+CZebProfAdmin CZebAPI::GetProfAdmin()
+{
+    CSingleLock objectLock(&m_lock, true);
+    CComPtr<IProfAdmin> profAdmin;
+    ThrowIfFailed(zeb::MAPIAdminProfiles(0, profAdmin.Put()), __FILE__, __LINE__);
+    zeb::RequireObject(static_cast<bool>(profAdmin), __FILE__, __LINE__);
+    return CZebProfAdmin(profAdmin.Get());
+}

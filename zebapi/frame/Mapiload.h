@@ -1,0 +1,143 @@
+// The library object: finding, loading and starting a provider, and logging on.
+#pragma once
+
+#include "framework/Atomic.h"
+#include "framework/CString.h"
+#include "framework/Sync.h"
+#include "platform/export.h"
+#include "platform/mapi.h"
+#include "qorth/DllLoader.h"
+#include "zebapi/frame/Profiles.h"
+#include "zebapi/frame/SESSION.h"
+#include "zebapi/objects/AddressBook.h"
+
+namespace zeb
+{
+class LibraryObject;
+}
+
+/// How a provider library spells its exports.
+enum EnumOfficeBitness : LONG
+{
+    OfficeBitnessNone = 0, ///< not a MAPI provider
+    OfficeBitness32 = 1,   ///< decorated: name, "@" and the size of the arguments
+    OfficeBitness64 = 2,   ///< undecorated
+};
+
+/// The library: finds, loads and starts a MAPI provider or the Windows Address Book, and opens sessions.
+/// There is one, made when the library is loaded: Zeb_GetMAPI().
+///
+/// Threads: every operation that changes or uses the loaded provider takes the object lock; the start of MAPI
+/// takes the global MAPI critical section before it. Both are recursive. The flags may be read from any
+/// thread.
+///
+/// The start may be called again while MAPI is ready: the provider is looked for and started anew, and one
+/// stop undoes all of them. When such a second start finds no provider, the bitness is 0 from then on and the
+/// next stop leaves the entry points set although the library behind them is unloaded: call nothing of MAPI
+/// after that but a start.
+///
+/// Call Uninitialize before the process ends or the library is unloaded. When a provider is loaded then, nothing of it is
+/// called or released any more (it may have ended before, and may not be waited for): it stays loaded with what it holds
+/// open.
+///
+/// An object other than the library's own acts on the allocator and the entry points only while they are those that it
+/// has set itself.
+///
+/// Call Uninitialize before the other kind is started, and before the Windows Address Book is started again from
+/// another library: a start releases the library that was loaded before, but not what that library has handed out.
+class ZEBAPI_EXPORT CZebAPI
+{
+    friend class CZebProfAdmin;
+    friend class zeb::LibraryObject;
+
+    virtual void Unload();
+    virtual void InitializeWAB();
+    virtual void UninitializeWAB();
+    virtual void InitializeMAPI();
+    virtual void UninitializeMAPI(CZebSession* session);
+    virtual CZebProfAdmin GetProfAdmin();
+
+public:
+    CZebAPI();
+    /// Releases the address book and unloads the provider; drops the allocator and the entry points that this object has
+    /// set.
+    virtual ~CZebAPI();
+    CZebAPI(const CZebAPI&) = delete;
+    CZebAPI& operator=(const CZebAPI&) = delete;
+
+    /// Whether the Windows Address Book, not MAPI, is loaded.
+    virtual bool IsWAB();
+
+    /// Finds, loads and starts a provider: the Windows Address Book (`wab`) or MAPI.
+    ///
+    /// MAPI: Zeb_GetMapiDllPath, then MAPIInitialize for notifications on threads of MAPI's own. WAB: the
+    /// library named by the registry, then WABOpen. After a failure WasFailed() is true and another MAPI
+    /// start is refused.
+    /// @throws CZebException* MAPI_E_CALL_FAILED when there is no provider, it cannot be loaded, the registry cannot be
+    /// read or an earlier failure stands; MAPI_E_VERSION when an entry point is missing; what MAPIInitialize or WABOpen
+    /// returned. _com_error when the WAB object refuses to be its own allocator
+    virtual void Initialize(bool wab);
+
+    /// Logs `session` (may be null) off, stops the provider, whichever it is, and unloads it. Drop everything
+    /// that came from it before.
+    virtual void Uninitialize(CZebSession* session);
+
+    /// Logs on (MAPILogonEx) to a profile, or with a null name to the default profile, sharing an existing
+    /// session.
+    /// @param parent window for the provider's dialogs; may be null
+    /// @param profileName at most 1024 bytes of it are used
+    /// @throws CZebException* E_POINTER before Initialize, what MAPILogonEx returned, or MAPI_E_CALL_FAILED when it gave
+    /// no session; each sets WasFailed()
+    virtual CZebSession OpenSession(HWND parent, const char* profileName);
+
+    /// As OpenSession with a name, which may have characters that the ANSI code page lacks (MAPILogonEx with
+    /// MAPI_UNICODE). Not every provider takes such names.
+    /// @param profileName terminated; null is the default profile
+    /// @throws CZebException* as OpenSession, and MAPI_E_BAD_CHARWIDTH from a provider that takes narrow names only
+    CZebSession OpenSessionW(HWND parent, const WCHAR* profileName);
+
+    /// The default profile's name from the registry, without MAPI; empty when there is none.
+    /// @throws CZebException* MAPI_E_CALL_FAILED when the registry cannot be read
+    virtual zeb::CStringA GetDefaultProfileName();
+
+    virtual bool WasInitialized();
+
+    /// Whether a start or a logon has failed; only SetWasFailed(false) takes it back.
+    virtual bool WasFailed();
+    virtual void SetWasFailed(bool failed);
+
+    /// The Windows Address Book opened by Initialize(true), or with `newInstance` another one, from a WABOpen
+    /// of its own.
+    /// @throws CZebException* MAPI_E_VERSION when no library with WABOpen is loaded, or what WABOpen returned
+    virtual CZebAddressBook GetWABAddressBook(bool newInstance);
+
+    /// The critical section that the start of MAPI takes; for hosts that serialise MAPI calls with it.
+    virtual zeb::CCriticalSection* GetGlobalMAPICriticalSection();
+
+private:
+    CZebSession Logon(HWND parent, const void* profileName, ULONG flags);
+    /// Whether the allocator and the entry points are not another object's.
+    bool MayUnbind() const;
+    void ResolveEntryPoints(const zeb::CStringA& path);
+    void BindAllocator();
+    [[noreturn]] void RefuseLibrary(const char* missing, const char* path);
+    zeb::CComPtr<IWABObject> OpenWAB(zeb::CComPtr<IAddrBook>& addressBook);
+
+    CDllLoader m_loader;
+    zeb::framework::Atomic<bool> m_wasFailed{false};
+    zeb::framework::Atomic<bool> m_initialized{false};
+    zeb::framework::Atomic<bool> m_wab{false};
+    EnumOfficeBitness m_bitness = OfficeBitnessNone;
+    zeb::CCriticalSection m_globalMAPI;
+    zeb::CCriticalSection m_lock;
+    CZebAddressBook m_wabAddressBook;
+};
+
+/// The library's one instance.
+ZEBAPI_EXPORT CZebAPI& Zeb_GetMAPI();
+
+/// Looks for a MAPI provider: Outlook's, the common one, the system's.
+/// @param bitness how the provider spells its exports; OfficeBitnessNone when there is none
+/// @return the full path or bare file name of the provider to use; empty when there is none
+/// @throws CZebException* MAPI_E_CALL_FAILED when the registry cannot be read
+ZEBAPI_EXPORT zeb::CStringA Zeb_GetMapiDllPath(EnumOfficeBitness& bitness);

@@ -1,0 +1,16 @@
+#include "zebapi/frame/internal/App.h"
+
+#include "qorlog/QorLog.h"
+
+namespace
+{
+
+CWinAppInstance<CZebAPIApp> application;
+
+} // namespace
+
+BOOL CZebAPIApp::InitInstance()
+{
+    LNote(1, "ZebAPI", "CZebAPIApp::InitInstance started");
+    return CWinApp::InitInstance();
+}

@@ -1,0 +1,57 @@
+// Internal: MAPI memory with its size checked, its type kept and its owner known.
+#pragma once
+
+#include "zebapi/frame/Exception.h"
+#include "zebapi/frame/MEM.h"
+
+#include <cstdint>
+#include <memory>
+
+namespace zeb
+{
+
+/// head + count * each bytes, as MAPI's allocator takes sizes.
+/// @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY when that is more than 32 bits say
+inline ULONG BlockSize(std::uint64_t head, std::uint64_t count, std::uint64_t each, const char* file,
+                       int line)
+{
+    if (count > (UINT32_MAX - head) / each)
+    {
+        CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY, file, line);
+    }
+    return static_cast<ULONG>(head + count * each);
+}
+
+/// A zero-filled block of `size` bytes, chained to `parent` when there is one. @throws CZebException*
+template <class T>
+T* Allocate(ULONG size, void* parent)
+{
+    return static_cast<T*>(Zeb_MemAllocate(size, parent));
+}
+
+/// A zero-filled array, likewise.
+template <class T>
+T* AllocateArray(std::uint64_t count, void* parent, const char* file, int line)
+{
+    return Allocate<T>(BlockSize(0, count, sizeof(T), file, line), parent);
+}
+
+/// Frees a root block, with all that is chained to it, and clears the pointer; null is left alone.
+template <class T>
+void FreeBlock(T*& block)
+{
+    void* untyped = block;
+    Zeb_MemExFree(untyped);
+    block = nullptr;
+}
+
+struct BlockDeleter
+{
+    void operator()(void* block) const { Zeb_MemExFree(block); }
+};
+
+/// Owns a root block until it is handed on.
+template <class T>
+using Block = std::unique_ptr<T, BlockDeleter>;
+
+} // namespace zeb

@@ -1,0 +1,192 @@
+// The base of all property objects.
+#pragma once
+
+#include "framework/CString.h"
+#include "framework/ComPtr.h"
+#include "platform/export.h"
+#include "platform/mapi.h"
+#include "platform/overloads.h"
+#include "zebapi/objects/NAMEID.h"
+#include "zebapi/values/Binary.h"
+
+class CZebPropValArray;
+class CZebSession;
+
+/// Base of every wrapper of a MAPI property object: stores, folders, messages, address books and their
+/// entries.
+///
+/// Holds one counted reference on an IMAPIProp (none: the wrapper is empty), whether the object belongs to
+/// the Windows Address Book, and the object's tags of the library's named properties, resolved when first
+/// needed. Copying or assigning a wrapper shares the MAPI object.
+///
+/// A failing MAPI result is thrown as CZebException* with the object's extended error; warnings pass. Using
+/// an empty wrapper raises _com_error with E_POINTER and reaches no MAPI call. What MAPI returns through a
+/// pointer argument (SPropTagArray, SPropValue, SPropProblemArray) belongs to the caller, who frees it with
+/// Zeb_MemFree or hands it to CZebPropTagArray, CZebPropValArray, CZebPropProblemArray by their operator&.
+/// Threads: none of its own; use one object from one thread at a time.
+class ZEBAPI_EXPORT CZebIProp
+{
+    friend class CZebAPI;
+
+protected:
+    /// Fills the tags map once, by IMAPIProp::GetIDsFromNames with MAPI_CREATE over the library's list. An
+    /// object that refuses (MAPI_E_NO_SUPPORT, E_ACCESSDENIED, 26) gets the single entry 0 to 0, so that it
+    /// is not asked again.
+    virtual void CheckIDsMap();
+
+    ZEB_OVERLOADS(
+    public:
+        /// Takes the WAB marking of other.
+        virtual void SetWAB(CZebIProp& other),
+
+    protected:
+        /// Marks the object as one of the Windows Address Book, or not.
+        virtual void SetWAB(bool isWAB));
+
+public:
+    /// Releases the object.
+    virtual ~CZebIProp();
+    /// The interface that an open asks for; each derived class answers with its own. Static storage.
+    virtual const GUID* GetInterfaceCIID();
+    /// The MAPI_* object type of the class; 0 for no particular one.
+    virtual ULONG GetMAPIType();
+    /// Whether an object of this MAPI_* type may be opened into this wrapper: any when GetMAPIType is 0, else
+    /// the type equal to it.
+    virtual bool IsMAPITypeAcceptable(unsigned int type);
+    /// PR_OBJECT_TYPE of the object.
+    /// @throws CZebException* MAPI_E_INVALID_TYPE when the object has none
+    virtual ULONG GetObjectType() const;
+    /// Whether the object belongs to the Windows Address Book.
+    virtual bool IsWAB();
+    /// Shares the object of other and takes its WAB marking. Never throws: an empty other leaves this one
+    /// empty, with one logged exception line.
+    virtual CZebIProp& operator=(const CZebIProp& other);
+    /// Frees, then gives the address of the empty slot: a MAPI call deposits an interface derived from
+    /// IMAPIProp there, whose reference this object then owns.
+    virtual IUnknown** operator&();
+    /// This object.
+    virtual operator CZebIProp*();
+    /// This object.
+    virtual operator const CZebIProp*() const;
+    /// Releases the object, clears the WAB marking and empties the tags map. Never throws.
+    virtual void Free();
+    /// Whether an object is held.
+    virtual bool IsValid() const;
+    /// The map of named properties, filled. The reference lives as long as this object.
+    virtual CZebNameIdMap& GetTagsMap();
+    /// The object's own tag for a symbolic one; a tag with an id below 0x8000 is returned as it is, without
+    /// asking.
+    /// @param flag  whether an unknown tag throws MAPI_E_BAD_VALUE; without it the answer is 0
+    virtual ULONG GetRealTag(ULONG tag, bool flag);
+    /// CZebNameIdMap::GetName on the filled map; a tag with an id below 0x8000 is returned as it is.
+    virtual ULONG GetNameFromTag(ULONG tag, bool flag);
+    /// PR_ENTRYID.
+    virtual CZebBinary GetEntryID();
+    /// PR_PARENT_ENTRYID.
+    virtual CZebBinary GetParentID();
+    /// The display name in 8-bit text; empty when the object has none.
+    virtual zeb::CStringA GetDisplayNameA();
+    /// The display name in 16-bit text; empty when the object has none.
+    virtual zeb::CStringW GetDisplayNameW();
+    /// As GetDisplayNameA.
+    virtual zeb::CStringA GetDisplayName();
+    /// Writes the display name and saves the object.
+    virtual void SetDisplayNameA(const char* name);
+    /// Writes the display name and saves the object.
+    virtual void SetDisplayNameW(const WCHAR* name);
+    /// As SetDisplayNameA.
+    virtual void SetDisplayName(const char* name);
+    /// PR_DISPLAY_NAME_W when unicode, else PR_DISPLAY_NAME_A.
+    virtual ULONG GetDisplayNameTag(bool unicode) const;
+    /// A text property; empty when the object has none. Text of the other width is converted.
+    /// @throws CZebException* MAPI_E_INVALID_TYPE when the value is no text
+    virtual zeb::CStringA GetStringPropA(ULONG tag);
+    /// A text property; empty when the object has none. Text of the other width is converted.
+    /// @throws CZebException* MAPI_E_INVALID_TYPE when the value is no text
+    virtual zeb::CStringW GetStringPropW(ULONG tag);
+    /// As GetStringPropA.
+    virtual zeb::CStringA GetStringProp(ULONG tag);
+    /// IMAPIProp::OpenProperty for IID_IStream: read and write when flags has MAPI_MODIFY, else read only.
+    virtual zeb::CComPtr<IStream> OpenProperty(ULONG tag, ULONG flags);
+    /// The whole of a text property too long for GetProps, read through its stream and not converted: the
+    /// tag's type must be PT_STRING8. A text ends at its first zero.
+    /// @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY when the text does not fit a string
+    virtual zeb::CStringA GetLongStringA(ULONG tag);
+    /// The same for a tag of type PT_UNICODE.
+    virtual zeb::CStringW GetLongStringW(ULONG tag);
+    /// As GetLongStringA.
+    virtual zeb::CStringA GetLongString(ULONG tag);
+    /// IMAPIProp::GetPropList.
+    virtual void GetPropList(SPropTagArray** out, ULONG flags);
+    /// Every property of the object. flags reach GetPropList only; where the object does not know that code
+    /// page (MAPI_E_UNKNOWN_CPID), MAPI is asked for all properties without a list.
+    virtual void GetAllProps(ULONG* count, SPropValue** values, ULONG flags);
+    ZEB_OVERLOADS(
+        /// Reads exactly n properties, given as n tags (ULONG each), into result.
+        virtual void GetProps(CZebPropValArray& result, ULONG n, ...),
+        /// IMAPIProp::GetProps; null tags ask for all. A list of no tags gives no values, without a call: MAPI refuses
+        /// it.
+        virtual void GetProps(SPropTagArray* tags, ULONG* count, SPropValue** values, ULONG flags));
+    ZEB_OVERLOADS(
+        /// Writes what the array holds, after cutting it at its first free entry; an array that is then empty
+        /// writes and saves nothing.
+        /// @param save      save the object afterwards, with KEEP_OPEN_READWRITE | FORCE_SAVE
+        /// @param problems  may be null
+        virtual void SetProps(CZebPropValArray& values, bool save, SPropProblemArray** problems),
+        /// IMAPIProp::SetProps.
+        virtual void SetProps(ULONG n, SPropValue* values, SPropProblemArray** problems));
+    /// IMAPIProp::DeleteProps.
+    virtual void DeleteProps(SPropTagArray* tags, SPropProblemArray** problems);
+    /// IMAPIProp::SaveChanges.
+    virtual void SaveChanges(ULONG flags);
+    /// Whether the object lies in the container parentID: directly, or at any depth below it unless
+    /// directOnly. False for an empty parentID, a store, an address book, a root folder, and for a chain of
+    /// parents that runs in a circle. Every parent above is opened through session.
+    /// @throws CZebException* MAPI_E_INVALID_TYPE when an object on the way has no PR_PARENT_ENTRYID
+    virtual bool IsChildOf(CZebSession& session, const SBinary& parentID, bool directOnly);
+    /// Logs every property of the object, one line each, at level 3: name, type, value. Values are written as
+    /// they are, addresses and bodies included. Never throws.
+    virtual void DumpAllProps();
+
+    /// Adds a reference on prop, which may be null.
+    explicit CZebIProp(IMAPIProp* prop = nullptr);
+    /// Shares the object of other.
+    CZebIProp(const CZebIProp& other);
+    /// One binary property.
+    /// @throws CZebException* MAPI_E_INVALID_TYPE when the object has none
+    CZebBinary GetBin(ULONG tag);
+    /// As GetBin.
+    CZebBinary GetBinary(ULONG tag) const;
+    /// A reference of the caller's own on the wrapped interface, for what the wrappers do not offer
+    /// (recipients, attachments): query it for the interface wanted. Empty when the wrapper is; using it
+    /// raises _com_error with E_POINTER then.
+    zeb::CComPtr<IMAPIProp> GetInterface() const;
+
+protected:
+    /// The wrapped interface, still owned by this object; raises _com_error with E_POINTER when the wrapper
+    /// is empty.
+    IMAPIProp* Prop() const;
+    /// Gives `target`, which was opened from this object and may be this object, the marking that this one had before.
+    void PassWAB(bool wasWAB, CZebIProp& target);
+    /// The object queried for another of its interfaces.
+    /// @throws _com_error E_POINTER when the wrapper is empty, E_NOINTERFACE when the object refuses
+    template <class Interface>
+    zeb::CComPtr<Interface> QueryFor(const IID& iid) const
+    {
+        zeb::CComPtr<Interface> result;
+        if (FAILED(m_object.QueryInterface(iid, result)) || !result)
+        {
+            zeb::RaiseComError(E_NOINTERFACE);
+        }
+        return result;
+    }
+
+private:
+    HRESULT _HrGetOneProp_(IMAPIProp* prop, ULONG tag, SPropValue** value) const;
+    bool MayHaveParent();
+
+    bool m_bWAB = false;
+    // Kept as IUnknown, so that handing its address out as IUnknown** needs no cast.
+    zeb::CComPtr<IUnknown> m_object;
+    CZebNameIdMap m_tags;
+};

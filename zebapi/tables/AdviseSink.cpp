@@ -1,0 +1,295 @@
+#include "zebapi/tables/AdviseSink.h"
+
+#include "zebapi/frame/Exception.h"
+#include "zebapi/tables/internal/Deliveries.h"
+
+#include <mutex>
+#include <utility>
+
+CAdviseSinkDelegate::CAdviseSinkDelegate() = default;
+CAdviseSinkDelegate::CAdviseSinkDelegate(const CAdviseSinkDelegate& other) = default;
+CAdviseSinkDelegate& CAdviseSinkDelegate::operator=(const CAdviseSinkDelegate& other) = default;
+CAdviseSinkDelegate::~CAdviseSinkDelegate() = default;
+
+void CAdviseSinkDelegate::OnTable_Modified(TABLE_NOTIFICATION* notification)
+{
+    switch (notification->ulTableEvent)
+    {
+    case TABLE_CHANGED:
+        OnTableModified_Changed();
+        break;
+    case TABLE_ERROR:
+        OnTableModified_Error();
+        break;
+    case TABLE_ROW_ADDED:
+        OnTableModified_Row_Added(notification);
+        break;
+    case TABLE_ROW_DELETED:
+        OnTableModified_Row_Deleted(notification);
+        break;
+    case TABLE_ROW_MODIFIED:
+        OnTableModified_Row_Modified(notification);
+        break;
+    case TABLE_RELOAD:
+        OnTableModified_Reload();
+        break;
+    default:
+        break;
+    }
+}
+
+void CAdviseSinkDelegate::OnTableModified_ReloadCommon() {}
+
+void CAdviseSinkDelegate::OnTableModified_Changed()
+{
+    OnTableModified_ReloadCommon();
+}
+
+void CAdviseSinkDelegate::OnTableModified_Error()
+{
+    OnTableModified_ReloadCommon();
+}
+
+void CAdviseSinkDelegate::OnTableModified_Reload()
+{
+    OnTableModified_ReloadCommon();
+}
+
+void CAdviseSinkDelegate::OnTableModified_Row_Added(TABLE_NOTIFICATION*) {}
+
+void CAdviseSinkDelegate::OnTableModified_Row_Deleted(TABLE_NOTIFICATION*) {}
+
+void CAdviseSinkDelegate::OnTableModified_Row_Modified(TABLE_NOTIFICATION*) {}
+
+namespace
+{
+
+/// A registration under way, from before the provider knows the sink until its connection is stored. It lies on the
+/// stack of CAdviseSinkBinder::Advise.
+struct Attempt
+{
+    const CAdviseSink* sink;
+    /// The sink was unadvised meanwhile, and the binder may be gone.
+    bool abandoned;
+    Attempt* next;
+};
+
+// A notification may come, and unadvise, before the provider has answered the registration: a binder's sink and
+// connection change together, and only under this lock. It is never held across a call.
+std::mutex g_registering;
+Attempt* g_attempts = nullptr;
+
+/// REQUIRES: the lock.
+void Begin(Attempt& attempt)
+{
+    attempt.next = g_attempts;
+    g_attempts = &attempt;
+}
+
+/// REQUIRES: the lock.
+void End(const Attempt& attempt)
+{
+    Attempt** at = &g_attempts;
+    while (*at != &attempt)
+    {
+        at = &(*at)->next;
+    }
+    *at = attempt.next;
+}
+
+/// REQUIRES: the lock.
+void Abandon(const CAdviseSink* sink)
+{
+    for (Attempt* attempt = g_attempts; attempt != nullptr; attempt = attempt->next)
+    {
+        attempt->abandoned = attempt->abandoned || attempt->sink == sink;
+    }
+}
+
+} // namespace
+
+CAdviseSink::CAdviseSink(CAdviseSinkDelegate* delegate)
+    : m_delegate(delegate)
+{
+}
+
+CAdviseSink::CAdviseSink(const CAdviseSink& other)
+    : m_references(other.m_references.Load())
+    , m_delegate(zeb::Deliveries().Read(other.m_delegate))
+{
+}
+
+CAdviseSink& CAdviseSink::operator=(const CAdviseSink& other)
+{
+    m_references = other.m_references.Load();
+    zeb::Deliveries().Write(m_delegate, zeb::Deliveries().Read(other.m_delegate));
+    return *this;
+}
+
+CAdviseSink::~CAdviseSink() = default;
+
+HRESULT STDMETHODCALLTYPE CAdviseSink::QueryInterface(REFIID riid, void** ppv)
+{
+    if (ppv == nullptr)
+    {
+        return E_POINTER;
+    }
+    *ppv = nullptr;
+    if (riid != IID_IUnknown && riid != IID_IMAPIAdviseSink)
+    {
+        return E_NOINTERFACE;
+    }
+    *ppv = static_cast<IMAPIAdviseSink*>(this);
+    AddRef();
+    return S_OK;
+}
+
+ULONG STDMETHODCALLTYPE CAdviseSink::AddRef()
+{
+    return ++m_references;
+}
+
+ULONG STDMETHODCALLTYPE CAdviseSink::Release()
+{
+    const ULONG left = --m_references;
+    if (left < 1)
+    {
+        delete this;
+    }
+    return left;
+}
+
+ULONG STDMETHODCALLTYPE CAdviseSink::OnNotify(ULONG count, LPNOTIFICATION notifications)
+{
+    // The delegate may unadvise, and so release, this very sink.
+    AddRef();
+    for (ULONG i = 0; notifications != nullptr && i < count; ++i)
+    {
+        if (notifications[i].ulEventType == fnevTableModified)
+        {
+            Deliver(&notifications[i].info.tab);
+        }
+    }
+    Release();
+    return 0;
+}
+
+void CAdviseSink::Deliver(TABLE_NOTIFICATION* notification)
+{
+    zeb::Delivery delivery;
+    if (CAdviseSinkDelegate* delegate = zeb::Deliveries().Enter(delivery, this, m_delegate))
+    {
+        zeb::Guarded(__FILE__, __LINE__, [&] { delegate->OnTable_Modified(notification); });
+        zeb::Deliveries().Leave(delivery);
+    }
+}
+
+void CAdviseSink::Cut()
+{
+    zeb::Deliveries().Write(m_delegate, nullptr);
+    zeb::Deliveries().AwaitSink(this);
+}
+
+void CAdviseSink::AwaitDeliveries(const CAdviseSinkDelegate* delegate)
+{
+    zeb::Deliveries().AwaitDelegate(delegate);
+}
+
+CAdviseSinkBinder::CAdviseSinkBinder(CAdviseSinkDelegate* delegate, CZebTable* table)
+    : m_delegate(delegate)
+{
+    if (table != nullptr)
+    {
+        CAdviseSinkBinder::Advise(*table);
+    }
+}
+
+CAdviseSinkBinder::CAdviseSinkBinder(const CAdviseSinkBinder& other) = default;
+CAdviseSinkBinder& CAdviseSinkBinder::operator=(const CAdviseSinkBinder& other) = default;
+
+CAdviseSinkBinder::~CAdviseSinkBinder()
+{
+    CAdviseSinkBinder::Unadvise();
+    // The delegate may have unadvised inside a notification that another thread has not come out of yet.
+    CAdviseSink::AwaitDeliveries(m_delegate);
+}
+
+void CAdviseSinkBinder::Advise(CZebTable& table)
+{
+    Unadvise();
+    zeb::Guarded(__FILE__, __LINE__, [&] { m_table = table; });
+    CAdviseSink* sink = nullptr;
+    if (!zeb::Guarded(__FILE__, __LINE__, [&] { sink = new CAdviseSink(m_delegate); }))
+    {
+        m_table.Free();
+        Unadvise();
+        return;
+    }
+    if (!Register(sink))
+    {
+        Unadvise();
+    }
+    sink->Release();
+}
+
+bool CAdviseSinkBinder::Register(CAdviseSink* sink)
+{
+    // The table's own reference: a notification that comes early may end this binder, and with it m_table.
+    CZebTable table;
+    if (m_table.IsValid())
+    {
+        table = m_table;
+    }
+    Attempt attempt = {sink, false, nullptr};
+    {
+        const std::lock_guard<std::mutex> lock(g_registering);
+        Begin(attempt);
+        sink->AddRef();
+        m_sink = sink;
+    }
+    ULONG connection = 0;
+    const bool advised = zeb::Guarded(__FILE__, __LINE__, [&] { table.Advise(sink, &connection); });
+    if (!advised)
+    {
+        // No handler is at work with the binder after this.
+        sink->Cut();
+    }
+    bool abandoned = false;
+    {
+        const std::lock_guard<std::mutex> lock(g_registering);
+        End(attempt);
+        abandoned = attempt.abandoned;
+        if (advised && !abandoned)
+        {
+            m_connection = connection;
+        }
+    }
+    if (advised && abandoned)
+    {
+        zeb::Guarded(__FILE__, __LINE__, [&] { table.Unadvise(connection); });
+    }
+    return advised || abandoned;
+}
+
+void CAdviseSinkBinder::Unadvise()
+{
+    CAdviseSink* sink = nullptr;
+    ULONG connection = 0;
+    {
+        const std::lock_guard<std::mutex> lock(g_registering);
+        sink = std::exchange(m_sink, nullptr);
+        connection = std::exchange(m_connection, 0);
+        Abandon(sink);
+    }
+    if (sink == nullptr)
+    {
+        return;
+    }
+    sink->Cut();
+    if (connection != 0)
+    {
+        zeb::Guarded(__FILE__, __LINE__, [&] { m_table.Unadvise(connection); });
+    }
+    m_table.Free();
+    zeb::Guarded(__FILE__, __LINE__, [&] { sink->Release(); });
+}

@@ -1,0 +1,105 @@
+// Notifications of tables.
+#pragma once
+
+#include "framework/Atomic.h"
+#include "platform/export.h"
+#include "platform/mapi.h"
+#include "zebapi/tables/Table.h"
+
+/// Receiver of a table's notifications: derive and override what is of interest.
+///
+/// A change, an error and a reload all end in OnTableModified_ReloadCommon; row events are ignored.
+/// Threads: the operations run on the thread on which MAPI delivers, inside the delivery.
+class ZEBAPI_EXPORT CAdviseSinkDelegate
+{
+public:
+    CAdviseSinkDelegate();
+    CAdviseSinkDelegate(const CAdviseSinkDelegate& other);
+    CAdviseSinkDelegate& operator=(const CAdviseSinkDelegate& other);
+    virtual ~CAdviseSinkDelegate();
+    /// Every table event; calls the operation for it. The notification lives for this call only.
+    virtual void OnTable_Modified(TABLE_NOTIFICATION* notification);
+    /// The table is to be read anew.
+    virtual void OnTableModified_ReloadCommon();
+    /// TABLE_CHANGED.
+    virtual void OnTableModified_Changed();
+    /// TABLE_ERROR.
+    virtual void OnTableModified_Error();
+    /// TABLE_RELOAD.
+    virtual void OnTableModified_Reload();
+    /// TABLE_ROW_ADDED.
+    virtual void OnTableModified_Row_Added(TABLE_NOTIFICATION* notification);
+    /// TABLE_ROW_DELETED.
+    virtual void OnTableModified_Row_Deleted(TABLE_NOTIFICATION* notification);
+    /// TABLE_ROW_MODIFIED.
+    virtual void OnTableModified_Row_Modified(TABLE_NOTIFICATION* notification);
+};
+
+/// The object that MAPI notifies; it passes table events on to one delegate.
+///
+/// Counted, with 1 at construction, and deletes itself; create it with new. The delegate is not owned: it
+/// must outlive the sink or be cut off from it. Threads: notifications may arrive on any thread, several at
+/// once. Nothing is held while a delegate is called.
+class ZEBAPI_EXPORT CAdviseSink : public IMAPIAdviseSink
+{
+public:
+    /// IUnknown and IMAPIAdviseSink; E_POINTER for a null result, else E_NOINTERFACE.
+    STDMETHOD(QueryInterface)(REFIID riid, void** ppv) override;
+    STDMETHOD_(ULONG, AddRef)() override;
+    STDMETHOD_(ULONG, Release)() override;
+    /// Calls the delegate for each fnevTableModified, in order. What a delegate throws is logged, and the
+    /// next one goes on. Always 0. The sink is kept alive while this runs.
+    STDMETHOD_(ULONG, OnNotify)(ULONG count, LPNOTIFICATION notifications) override;
+    virtual ~CAdviseSink();
+
+    /// @param delegate  may be null: notifications are accepted and nothing is done
+    explicit CAdviseSink(CAdviseSinkDelegate* delegate);
+    CAdviseSink(const CAdviseSink& other);
+    CAdviseSink& operator=(const CAdviseSink& other);
+
+    /// Takes the delegate away and waits until no other thread is inside it: afterwards it is called no more.
+    /// A call from inside a delivery does not wait for that one.
+    void Cut();
+    /// Waits until no other thread is inside a notification that `delegate` was called with before this. From inside a
+    /// notification of that delegate, returns at once.
+    static void AwaitDeliveries(const CAdviseSinkDelegate* delegate);
+
+private:
+    void Deliver(TABLE_NOTIFICATION* notification);
+
+    zeb::framework::Atomic<ULONG> m_references{1};
+    CAdviseSinkDelegate* m_delegate; // guarded by the lock of the deliveries under way
+};
+
+/// Ties a delegate to a table: creates the sink, registers it for fnevTableModified, and unregisters it.
+///
+/// Nothing here throws; failures are logged, and a failed registration ends without one. The delegate is not
+/// owned and must outlive the binder. Do not copy a binder that is advised: the copy shares sink and
+/// connection uncounted. Threads: advise and unadvise from one thread, or inside a notification on the thread that
+/// delivers it. A notification may come before Advise has returned, and may unadvise or destroy the binder then.
+class ZEBAPI_EXPORT CAdviseSinkBinder
+{
+public:
+    /// Unadvises, and waits until no other thread is inside a notification of the delegate, of whatever table; not at all
+    /// inside such a notification.
+    virtual ~CAdviseSinkBinder();
+    /// Registers a new sink on table, by CZebTable::Advise; what was registered before is unregistered first.
+    virtual void Advise(CZebTable& table);
+    /// Cuts the delegate off, unregisters the sink and releases it. When it returns, no notification of this registration
+    /// is in progress (but one that this was called from) and none will follow.
+    virtual void Unadvise();
+
+    /// @param table  advised at once when not null
+    CAdviseSinkBinder(CAdviseSinkDelegate* delegate, CZebTable* table);
+    CAdviseSinkBinder(const CAdviseSinkBinder& other);
+    CAdviseSinkBinder& operator=(const CAdviseSinkBinder& other);
+
+private:
+    /// Registers the sink on the table held. @return false when it is not registered and still the binder's
+    bool Register(CAdviseSink* sink);
+
+    CAdviseSinkDelegate* m_delegate;
+    CAdviseSink* m_sink = nullptr;
+    CZebTable m_table;
+    ULONG m_connection = 0;
+};

@@ -1,0 +1,222 @@
+#include "zebapi/tables/CachedTable.h"
+
+#include "platform/messages.h"
+#include "zebapi/frame/Exception.h"
+#include "zebapi/tables/internal/Deliveries.h"
+
+#include <climits>
+
+namespace
+{
+
+constexpr ULONG NoRow = 0xFFFFFFFF;
+constexpr ULONG BatchSize = 25;
+
+bool ChangesRows(ULONG event)
+{
+    return (event >= TABLE_CHANGED && event <= TABLE_ROW_MODIFIED) || event == TABLE_RELOAD;
+}
+
+} // namespace
+
+CZebCachedTable::CZebCachedTable(IMAPITable* table)
+    : CZebTable(table)
+    , m_firstRow(NoRow)
+    , m_batch(BatchSize)
+{
+    CZebCachedTable::Bind();
+}
+
+CZebCachedTable::CZebCachedTable(const CZebTable& table)
+    : CZebTable(table)
+    , m_firstRow(NoRow)
+    , m_batch(BatchSize)
+{
+}
+
+CZebCachedTable::CZebCachedTable(const CZebCachedTable& other)
+    : CZebTable(other)
+    , CAdviseSinkDelegate(other)
+    , m_firstRow(other.m_firstRow.Load())
+    , m_batch(other.m_batch)
+    , m_cache(other.m_cache)
+    , m_binder(other.m_binder.Load())
+    , m_window(other.m_window.Load())
+{
+}
+
+CZebCachedTable& CZebCachedTable::operator=(const CZebCachedTable& other)
+{
+    CZebTable::operator=(other);
+    m_firstRow = other.m_firstRow.Load();
+    m_batch = other.m_batch;
+    m_cache = other.m_cache;
+    m_binder = other.m_binder.Load();
+    m_window = other.m_window.Load();
+    return *this;
+}
+
+CZebCachedTable::~CZebCachedTable()
+{
+    CZebCachedTable::Free();
+}
+
+CZebTable& CZebCachedTable::operator=(const CZebTable& table)
+{
+    Unbind();
+    EmptyCache();
+    CZebTable::operator=(table);
+    Bind();
+    return *this;
+}
+
+void CZebCachedTable::SortTable(SSortOrderSet* order)
+{
+    EmptyCache();
+    CZebTable::SortTable(order);
+}
+
+void CZebCachedTable::SeekRow(ULONG origin, LONG rowCount, LONG* rowsSought)
+{
+    EmptyCache();
+    CZebTable::SeekRow(origin, rowCount, rowsSought);
+}
+
+bool CZebCachedTable::FindRow(SRestriction* restriction, ULONG origin, ULONG flags)
+{
+    EmptyCache();
+    return CZebTable::FindRow(restriction, origin, flags);
+}
+
+void CZebCachedTable::Restrict(SRestriction* restriction, ULONG flags)
+{
+    EmptyCache();
+    CZebTable::Restrict(restriction, flags);
+}
+
+void CZebCachedTable::Free()
+{
+    Unbind();
+    EmptyCache();
+    zeb::Guarded(__FILE__, __LINE__, [&] { m_table.Release(); });
+}
+
+void CZebCachedTable::Bind()
+{
+    Unbind();
+    if (IsValid())
+    {
+        CAdviseSinkBinder* binder = nullptr;
+        if (zeb::Guarded(__FILE__, __LINE__, [&] { binder = new CAdviseSinkBinder(this, nullptr); }))
+        {
+            // Before it advises: a notification that comes early may unbind, which destroys the binder.
+            m_binder = binder;
+            binder->Advise(*this);
+        }
+    }
+}
+
+void CZebCachedTable::Unbind()
+{
+    delete m_binder.Exchange(nullptr);
+    // A handler on another thread may have taken the binder, and be at work with it.
+    CAdviseSink::AwaitDeliveries(this);
+}
+
+void CZebCachedTable::EmptyCache()
+{
+    // In a notification the rows stay, since the reading thread may look at them; its next operation frees them.
+    const bool notified = zeb::Deliveries().IsInside(this);
+    {
+        const CSingleLock lock(&m_lock, true);
+        m_firstRow = NoRow;
+        m_generation += notified ? 1 : 0;
+    }
+    if (notified)
+    {
+        return;
+    }
+    zeb::Guarded(__FILE__, __LINE__, [&] { m_cache.Empty(); });
+}
+
+void CZebCachedTable::SetOwnerWindow(HWND window)
+{
+    m_window = window;
+}
+
+CZebRow CZebCachedTable::operator[](ULONG index)
+{
+    if (index >= GetRowCount())
+    {
+        CZebException::Throw(E_INVALIDARG, __FILE__, __LINE__);
+    }
+    const ULONG first = m_firstRow;
+    SRowSet* const rows = m_cache.Get();
+    if (first != NoRow && rows != nullptr && index - first < rows->cRows)
+    {
+        return CZebRow(&rows->aRow[index - first], rows);
+    }
+    return ReadRow(index);
+}
+
+CZebRow CZebCachedTable::ReadRow(ULONG index)
+{
+    const ULONG start = index > m_batch ? index - m_batch : 0;
+    // Seeking counts in LONG.
+    if (start > INT_MAX)
+    {
+        CZebException::Throw(E_INVALIDARG, __FILE__, __LINE__);
+    }
+    ReadWindow(start);
+    try
+    {
+        if (index - start < m_cache.Count())
+        {
+            return m_cache[index - start];
+        }
+    }
+    catch (...)
+    {
+        EmptyCache();
+        throw;
+    }
+    CZebException::Throw(MAPI_E_NOT_FOUND, __FILE__, __LINE__);
+}
+
+void CZebCachedTable::ReadWindow(ULONG start)
+{
+    ULONG generation = 0;
+    {
+        const CSingleLock lock(&m_lock, true);
+        generation = m_generation;
+    }
+    try
+    {
+        SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(start), nullptr);
+        QueryRows(&m_cache, static_cast<LONG>(m_batch * 2), nullptr, nullptr);
+    }
+    catch (...)
+    {
+        EmptyCache();
+        throw;
+    }
+    // Rows read while a notification came may be of either state: they are given out once and not kept.
+    const CSingleLock lock(&m_lock, true);
+    m_firstRow = generation == m_generation ? start : NoRow;
+}
+
+void CZebCachedTable::OnTable_Modified(TABLE_NOTIFICATION* notification)
+{
+    if (!ChangesRows(notification->ulTableEvent))
+    {
+        return;
+    }
+    {
+        const zeb::DeliveryScope scope(this);
+        EmptyCache();
+    }
+    if (const HWND window = m_window)
+    {
+        zeb::platform::PostWindowMessage(window, WM_CACHED_TABLE_CHANGED, 0, 0);
+    }
+}

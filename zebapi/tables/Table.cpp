@@ -1,0 +1,215 @@
+#include "zebapi/tables/Table.h"
+
+#include "zebapi/frame/Exception.h"
+#include "zebapi/frame/internal/EntryPoints.h"
+#include "zebapi/frame/internal/Subject.h"
+#include "zebapi/tables/internal/TableNumbers.h"
+#include "zebapi/values/TAGS.h"
+
+#include <cstdarg>
+#include <cstdint>
+#include <new>
+
+namespace
+{
+
+/// The 32-bit number that the host gets for one of the table's. Without memory for it `giveBack` returns the number.
+template <class GiveBack>
+ULONG GivenOut(IMAPITable* table, zeb::TableNumber kind, ULONG_PTR number, GiveBack giveBack)
+{
+    try
+    {
+        return zeb::ShortNumber(table, kind, number);
+    }
+    catch (const std::bad_alloc&)
+    {
+        giveBack();
+        CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY, __FILE__, __LINE__);
+    }
+}
+
+} // namespace
+
+CZebTable::CZebTable(IMAPITable* table)
+    : m_table(table)
+{
+}
+
+CZebTable::CZebTable(const CZebTable& other)
+{
+    *this = other;
+}
+
+CZebTable::~CZebTable()
+{
+    CZebTable::Free();
+}
+
+CZebTable& CZebTable::operator=(const CZebTable& other)
+{
+    zeb::Guarded(__FILE__, __LINE__,
+                 [&]
+                 {
+                     Free();
+                     m_table = other.m_table;
+                     if (!IsValid())
+                     {
+                         CZebException::Throw(E_NOINTERFACE, __FILE__, __LINE__);
+                     }
+                 });
+    return *this;
+}
+
+void CZebTable::Advise(IMAPIAdviseSink* sink, ULONG* connection)
+{
+    // Zeroed: the Windows Address Book writes only the lower half.
+    ULONG_PTR number = 0;
+    ThrowIfFailed(m_table->Advise(fnevTableModified, sink, &number), m_table, __FILE__, __LINE__);
+    *connection =
+        GivenOut(m_table.Get(), zeb::TableNumber::Connection, number, [&] { m_table->Unadvise(number); });
+}
+
+void CZebTable::Unadvise(ULONG connection)
+{
+    const ULONG_PTR number = zeb::WholeNumber(m_table.Get(), zeb::TableNumber::Connection, connection);
+    zeb::ThrowIfFailedAbout([connection] { return zeb::NumberText("connection", connection); },
+                            m_table->Unadvise(number), m_table, __FILE__, __LINE__);
+    zeb::ForgetNumber(m_table.Get(), zeb::TableNumber::Connection, connection);
+}
+
+bool CZebTable::IsValid() const
+{
+    return m_table.Get() != nullptr;
+}
+
+void CZebTable::SetColumns(ULONG count, ...)
+{
+    // Using an empty handle is told as such, whether or not there is memory for the columns.
+    m_table.Checked();
+    CZebPropTagArray columns;
+    va_list tags;
+    va_start(tags, count);
+    try
+    {
+        columns.Gather(count, tags);
+    }
+    catch (...)
+    {
+        va_end(tags);
+        throw;
+    }
+    va_end(tags);
+    SetColumns(static_cast<SPropTagArray*>(columns));
+}
+
+void CZebTable::SetColumns(SPropTagArray* columns)
+{
+    zeb::ThrowIfFailedAbout([columns] { return zeb::TagsText(columns); }, m_table->SetColumns(columns, 0),
+                            m_table, __FILE__, __LINE__);
+}
+
+void CZebTable::SortTable(SSortOrderSet* order)
+{
+    ThrowIfFailed(m_table->SortTable(order, 0), m_table, __FILE__, __LINE__);
+}
+
+void CZebTable::QueryRows(SRowSet** rows, LONG count, SRestriction* restriction, SSortOrderSet* order)
+{
+    if (count == 0)
+    {
+        if (restriction != nullptr)
+        {
+            Restrict(restriction, 0);
+        }
+        if (order != nullptr)
+        {
+            SortTable(order);
+        }
+        const ULONG all = GetRowCount();
+        if (all > INT32_MAX)
+        {
+            // It would read as a count of rows backwards.
+            CZebException::Throw(MAPI_E_TABLE_TOO_BIG, __FILE__, __LINE__);
+        }
+        count = static_cast<LONG>(all);
+    }
+    zeb::ThrowIfFailedAbout([count] { return zeb::RowsText(count); }, m_table->QueryRows(count, 0, rows),
+                            m_table, __FILE__, __LINE__);
+}
+
+void CZebTable::QueryAllRows(SRowSet** rows, SRestriction* restriction, SSortOrderSet* order)
+{
+    ThrowIfFailed(zeb::HrQueryAllRows(m_table.Checked(), nullptr, restriction, order, 0, rows), m_table,
+                  __FILE__, __LINE__);
+}
+
+ULONG CZebTable::CreateBookmark()
+{
+    // Zeroed: the Windows Address Book writes only the lower half.
+    BOOKMARK bookmark = 0;
+    ThrowIfFailed(m_table->CreateBookmark(&bookmark), m_table, __FILE__, __LINE__);
+    return GivenOut(m_table.Get(), zeb::TableNumber::Bookmark, bookmark,
+                    [&] { m_table->FreeBookmark(bookmark); });
+}
+
+void CZebTable::FreeBookmark(ULONG bookmark)
+{
+    const BOOKMARK number = zeb::WholeNumber(m_table.Get(), zeb::TableNumber::Bookmark, bookmark);
+    zeb::ThrowIfFailedAbout([bookmark] { return zeb::NumberText("bookmark", bookmark); },
+                            m_table->FreeBookmark(number), m_table, __FILE__, __LINE__);
+    zeb::ForgetNumber(m_table.Get(), zeb::TableNumber::Bookmark, bookmark);
+}
+
+ULONG CZebTable::GetRowCount()
+{
+    ULONG count = 0;
+    ThrowIfFailed(m_table->GetRowCount(0, &count), m_table, __FILE__, __LINE__);
+    return count;
+}
+
+ULONG CZebTable::QueryPosition()
+{
+    ULONG row = 0;
+    ULONG numerator = 0;
+    ULONG denominator = 0;
+    ThrowIfFailed(m_table->QueryPosition(&row, &numerator, &denominator), m_table, __FILE__, __LINE__);
+    return row;
+}
+
+void CZebTable::SeekRow(ULONG origin, LONG rowCount, LONG* rowsSought)
+{
+    const BOOKMARK bookmark = zeb::WholeNumber(m_table.Get(), zeb::TableNumber::Bookmark, origin);
+    zeb::ThrowIfFailedAbout(
+        [=] { return zeb::RowsText(rowCount) + " from " + zeb::NumberText("bookmark", origin); },
+        m_table->SeekRow(bookmark, rowCount, rowsSought), m_table, __FILE__, __LINE__);
+}
+
+bool CZebTable::FindRow(SRestriction* restriction, ULONG origin, ULONG flags)
+{
+    try
+    {
+        const BOOKMARK bookmark = zeb::WholeNumber(m_table.Get(), zeb::TableNumber::Bookmark, origin);
+        zeb::ThrowIfFailedAbout([origin] { return "from " + zeb::NumberText("bookmark", origin); },
+                                m_table->FindRow(restriction, bookmark, flags), m_table, __FILE__, __LINE__);
+        return true;
+    }
+    catch (CZebException* e)
+    {
+        if (e->GetResult() != MAPI_E_NOT_FOUND)
+        {
+            throw;
+        }
+        e->Delete();
+        return false;
+    }
+}
+
+void CZebTable::Restrict(SRestriction* restriction, ULONG flags)
+{
+    ThrowIfFailed(m_table->Restrict(restriction, flags), m_table, __FILE__, __LINE__);
+}
+
+void CZebTable::Free()
+{
+    zeb::Guarded(__FILE__, __LINE__, [&] { m_table.Release(); });
+}

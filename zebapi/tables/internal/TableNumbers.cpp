@@ -1,0 +1,69 @@
+#include "zebapi/tables/internal/TableNumbers.h"
+
+#include <map>
+#include <mutex>
+#include <tuple>
+
+namespace zeb
+{
+namespace
+{
+
+using Key = std::tuple<const IMAPITable*, TableNumber, ULONG>;
+
+// Far above the numbers that tables count up from, and above the three bookmarks that every table has.
+constexpr ULONG FirstSubstitute = 0xC0000000;
+
+/// The substitutes of the process. A table that was released without taking a number back leaves its entry here; an entry
+/// is never mistaken for a number of another table at the same address, since ShortNumber gives out no number that has one.
+struct Substitutes
+{
+    std::mutex lock;
+    std::map<Key, ULONG_PTR> numbers;
+    ULONG next = FirstSubstitute;
+};
+
+Substitutes& The()
+{
+    static Substitutes substitutes;
+    return substitutes;
+}
+
+} // namespace
+
+ULONG ShortNumber(const IMAPITable* table, TableNumber kind, ULONG_PTR number)
+{
+    Substitutes& all = The();
+    const std::lock_guard<std::mutex> hold(all.lock);
+    ULONG given = static_cast<ULONG>(number);
+    if (given == number && all.numbers.count(Key(table, kind, given)) == 0)
+    {
+        return given;
+    }
+    do
+    {
+        given = all.next++;
+        if (all.next == 0)
+        {
+            all.next = FirstSubstitute;
+        }
+    } while (!all.numbers.emplace(Key(table, kind, given), number).second);
+    return given;
+}
+
+ULONG_PTR WholeNumber(const IMAPITable* table, TableNumber kind, ULONG given) noexcept
+{
+    Substitutes& all = The();
+    const std::lock_guard<std::mutex> hold(all.lock);
+    const auto found = all.numbers.find(Key(table, kind, given));
+    return found == all.numbers.end() ? given : found->second;
+}
+
+void ForgetNumber(const IMAPITable* table, TableNumber kind, ULONG given) noexcept
+{
+    Substitutes& all = The();
+    const std::lock_guard<std::mutex> hold(all.lock);
+    all.numbers.erase(Key(table, kind, given));
+}
+
+} // namespace zeb

@@ -1,0 +1,237 @@
+// Single property values: a typed view of an SPropValue, and its owning variant.
+#pragma once
+
+#include "framework/Containers.h"
+#include "platform/overloads.h"
+#include "zebapi/values/Binary.h"
+
+#include <cstdint>
+#include <type_traits>
+
+namespace zeb
+{
+
+/// Which of the value classes' integer types stands for an integer type that the platform spells otherwise:
+/// `int` is LONG where LONG is `long`, and the other way round. There is none for 64-bit unsigned integers.
+template <class T>
+using IntegerAs = std::conditional_t<sizeof(T) == sizeof(std::int64_t), std::int64_t,
+                                     std::conditional_t<std::is_signed_v<T>, LONG, ULONG>>;
+
+template <class T>
+using IfOtherInteger = std::enable_if_t<std::is_integral_v<T> && !std::is_same_v<T, LONG> &&
+                                        !std::is_same_v<T, ULONG> && !std::is_same_v<T, std::int64_t> &&
+                                        (sizeof(T) == sizeof(LONG) ||
+                                         (sizeof(T) == sizeof(std::int64_t) && std::is_signed_v<T>))>;
+
+} // namespace zeb
+
+/// A typed view of one SPropValue: reads, writes, prints, compares and copies it.
+///
+/// The view owns nothing: it is valid while the memory lives that it looks at. What a write must allocate is
+/// chained to the allocation parent, the MAPI buffer that holds the value, and goes when that buffer is
+/// freed; what was there before stays until then. A view without an allocation parent can not be given text,
+/// binaries or arrays.
+///
+/// The type of a value is the low half of its tag. Every typed read or write checks, in this order: no value
+/// MAPI_E_BAD_VALUE, other type MAPI_E_INVALID_TYPE, and, for a write that allocates, no allocation parent
+/// MAPI_E_INVALID_OBJECT. So a value's tag must be set before a value is assigned. A check that fails leaves
+/// the value as it was.
+///
+/// Narrow text is in the ANSI code page (UTF-8 on Linux). Null text in a received value reads as empty text,
+/// but for the conversions to pointers, which hand out the null. An array or binary that has a count and a null pointer
+/// reads and compares as empty. Threads: none of its own.
+class ZEBAPI_EXPORT CZebOnePropVal
+{
+protected:
+    /// @throws CZebException* MAPI_E_BAD_VALUE without a value.
+    virtual void CheckValid() const;
+    /// @throws CZebException* MAPI_E_BAD_VALUE without a value, MAPI_E_INVALID_TYPE when its type is not
+    /// `type`.
+    virtual void CheckType(ULONG type) const;
+
+public:
+    virtual ~CZebOnePropVal() = default;
+    /// Whether String(false) has a text for this type; false without a value.
+    virtual bool StringConversionPossible() const;
+    /// The value as text: numbers in decimal, "true" and "false", narrow text, dates as local date and time,
+    /// binaries as hexadecimal text; PT_ERROR as "<error>" when `errorAsText` asks for it. A date that no
+    /// calendar knows reads "Invalid DateTime".
+    /// @throws CZebException* MAPI_E_BAD_VALUE, MAPI_E_NO_SUPPORT for any other type, MAPI_E_NOT_ENOUGH_MEMORY
+    /// for a binary that no text can show.
+    virtual zeb::CStringA String(bool errorAsText) const;
+    /// String() in 16-bit characters; PT_UNICODE text as it is.
+    virtual zeb::CStringW StringW(bool errorAsText) const;
+    /// Assigns a deep copy of another value, tag included (PropCopyMore).
+    /// @throws CZebException* MAPI_E_BAD_VALUE for either side; the result of PropCopyMore.
+    virtual void Set(const CZebOnePropVal& other);
+
+    ZEB_OVERLOADS(
+        /// PT_MV_BINARY. The entries point into the buffers of the array's binaries, which must outlive the
+        /// value's use.
+        virtual CZebOnePropVal& operator=(const zeb::CArray<CZebBinary>& values),
+        /// PT_MV_UNICODE.
+        virtual CZebOnePropVal& operator=(const zeb::CArray<zeb::CStringW>& values),
+        /// PT_MV_STRING8.
+        virtual CZebOnePropVal& operator=(const zeb::CArray<zeb::CStringA>& values),
+        /// PT_MV_I2.
+        virtual CZebOnePropVal& operator=(const zeb::CArray<SHORT>& values),
+        /// PT_MV_LONG.
+        virtual CZebOnePropVal& operator=(const zeb::CArray<LONG>& values),
+        /// PT_I2.
+        virtual CZebOnePropVal& operator=(SHORT value),
+        /// PT_LONG.
+        virtual CZebOnePropVal& operator=(ULONG value),
+        /// PT_LONG.
+        virtual CZebOnePropVal& operator=(LONG value),
+        /// PT_I8.
+        virtual CZebOnePropVal& operator=(LONGLONG value),
+        /// PT_BOOLEAN, stored as 1 or 0.
+        virtual CZebOnePropVal& operator=(bool value),
+        /// PT_SYSTIME.
+        virtual CZebOnePropVal& operator=(const FILETIME& value),
+        /// PT_UNICODE, up to the first terminator.
+        virtual CZebOnePropVal& operator=(const zeb::CStringW& text),
+        /// PT_STRING8, up to the first terminator.
+        virtual CZebOnePropVal& operator=(const zeb::CStringA& text),
+        /// PT_UNICODE. @throws CZebException* MAPI_E_INVALID_PARAMETER for a null text.
+        virtual CZebOnePropVal& operator=(const WCHAR* text),
+        /// PT_STRING8. @throws CZebException* MAPI_E_INVALID_PARAMETER for a null text.
+        virtual CZebOnePropVal& operator=(const char* text),
+        /// PT_BINARY; the bytes are copied.
+        virtual CZebOnePropVal& operator=(const SBinary& value),
+        /// A deep copy of any value, tag included (PropCopyMore, chained to the allocation parent; without
+        /// one only values that need no allocation can be copied).
+        virtual CZebOnePropVal& operator=(const SPropValue& value),
+        /// Looks at what `other` looks at; nothing is copied. To copy the value, use Set. Only an owner, assigned
+        /// to through its base, takes a deep copy, and is as it was when that fails.
+        virtual CZebOnePropVal& operator=(const CZebOnePropVal& other));
+
+    /// PT_BOOLEAN.
+    virtual operator bool() const;
+    /// PT_STRING8, borrowed.
+    virtual operator const char*() const;
+    /// PT_UNICODE, borrowed.
+    virtual operator const WCHAR*() const;
+    /// PT_STRING8, or PT_UNICODE narrowed. @throws CZebException* MAPI_E_INVALID_TYPE for other types.
+    virtual operator zeb::CStringA() const;
+    /// PT_UNICODE, or PT_STRING8 widened. @throws CZebException* MAPI_E_INVALID_TYPE for other types.
+    virtual operator zeb::CStringW() const;
+    /// PT_SYSTIME, borrowed; UTC.
+    virtual operator const FILETIME&() const;
+    /// PT_BINARY, borrowed.
+    virtual operator const SBinary&() const;
+    /// Any value, borrowed. @throws CZebException* MAPI_E_BAD_VALUE
+    virtual operator const SPropValue&() const;
+    /// PT_I8.
+    virtual operator LONGLONG() const;
+    /// PT_LONG.
+    virtual operator LONG() const;
+    /// PT_LONG.
+    virtual operator ULONG() const;
+    /// PT_I2.
+    virtual operator SHORT() const;
+
+    ZEB_OVERLOADS(
+        /// Replaces the array's contents by copies of the elements of PT_MV_BINARY, which may lie in the
+        /// array's own binaries. A read that fails leaves the array as it was.
+        virtual void GetMV(zeb::CArray<CZebBinary>& values) const,
+        /// PT_MV_UNICODE.
+        virtual void GetMV(zeb::CArray<zeb::CStringW>& values) const,
+        /// PT_MV_STRING8.
+        virtual void GetMV(zeb::CArray<zeb::CStringA>& values) const,
+        /// PT_MV_I2.
+        virtual void GetMV(zeb::CArray<SHORT>& values) const,
+        /// PT_MV_LONG.
+        virtual void GetMV(zeb::CArray<LONG>& values) const);
+
+    ZEB_OVERLOADS(
+        /// UseDefault: the default for PT_ERROR (a property that could not be had), else the typed read of
+        /// the default's type. @throws CZebException* MAPI_E_BAD_VALUE without a value, MAPI_E_INVALID_TYPE
+        /// for another type.
+        virtual zeb::CStringW UseDefault(const zeb::CStringW& defaultValue) const,
+        virtual zeb::CStringA UseDefault(const zeb::CStringA& defaultValue) const,
+        virtual ULONG UseDefault(ULONG defaultValue) const,
+        virtual LONG UseDefault(LONG defaultValue) const,
+        virtual LONGLONG UseDefault(LONGLONG defaultValue) const,
+        virtual const WCHAR* UseDefault(const WCHAR* defaultValue) const,
+        virtual const char* UseDefault(const char* defaultValue) const,
+        virtual bool UseDefault(bool defaultValue) const);
+
+    /// The same SPropValue, or equal types and equal values; property identifiers do not count. Numbers
+    /// compare as numbers, text and binaries by their bytes, arrays element by element. PT_ERROR, PT_OBJECT,
+    /// PT_MV_BINARY and types without a comparison here are unequal. @throws CZebException* MAPI_E_BAD_VALUE
+    /// without a value on a side.
+    virtual bool operator==(const CZebOnePropVal& other) const;
+    virtual bool operator!=(const CZebOnePropVal& other) const;
+    /// True without a value and for PT_ERROR.
+    virtual bool IsEmpty() const;
+    /// The low half of the tag. @throws CZebException* MAPI_E_BAD_VALUE
+    virtual ULONG GetType() const;
+    /// @throws CZebException* MAPI_E_BAD_VALUE
+    virtual ULONG GetTag() const;
+    /// The high half of the tag. @throws CZebException* MAPI_E_BAD_VALUE
+    virtual ULONG GetPropID() const;
+
+    /// Looks at `value` (null: no value); allocations are chained to `allocationParent` (null: none
+    /// possible).
+    CZebOnePropVal(SPropValue* value, void* allocationParent)
+        : m_parent(allocationParent)
+        , m_value(value)
+    {
+    }
+    /// Looks at what `other` looks at.
+    CZebOnePropVal(const CZebOnePropVal& other) = default;
+
+    /// PT_BINARY; the bytes are copied.
+    CZebOnePropVal& operator=(const CZebBinary& value) { return *this = static_cast<const SBinary&>(value); }
+    /// Integers of other spellings (a plain `7` where LONG is not `int`) as the integer type of their size.
+    template <class T, class = zeb::IfOtherInteger<T>>
+    CZebOnePropVal& operator=(T value)
+    {
+        return *this = static_cast<zeb::IntegerAs<T>>(value);
+    }
+    template <class T, class = zeb::IfOtherInteger<T>>
+    operator T() const
+    {
+        return static_cast<T>(operator zeb::IntegerAs<T>());
+    }
+    template <class T, class = zeb::IfOtherInteger<T>>
+    T UseDefault(T defaultValue) const
+    {
+        return static_cast<T>(UseDefault(static_cast<zeb::IntegerAs<T>>(defaultValue)));
+    }
+
+private:
+    bool HoldsError() const;
+
+protected:
+    /// What a view looks at; null for no value.
+    static const SPropValue* ValueOf(const CZebOnePropVal& view) { return view.m_value; }
+
+    void* m_parent;      ///< the MAPI buffer that allocations are chained to; not owned
+    SPropValue* m_value; ///< not owned by the view
+};
+
+/// Owns one SPropValue: a top-level MAPI buffer as MAPI calls return it.
+///
+/// It is filled whole, by a MAPI call through `&`. It has no allocation parent, so that text, binaries and
+/// arrays can not be assigned to it. It can not be copied; Set of another value's view copies out of it.
+class ZEBAPI_EXPORT CZebPropVal : public CZebOnePropVal
+{
+public:
+    ~CZebPropVal() override;
+    using CZebOnePropVal::operator=;
+    /// Frees the value.
+    virtual void Empty();
+    /// Empties the object and gives the address of its value pointer, for a MAPI call to fill.
+    virtual SPropValue** operator&();
+
+    CZebPropVal();
+    CZebPropVal(const CZebPropVal&) = delete;
+    CZebPropVal& operator=(const CZebPropVal&) = delete;
+
+private:
+    // Reached through the base only. An owner that looked at another's value would free it, so it takes a deep copy;
+    // one of a view without a value leaves it empty.
+    CZebOnePropVal& operator=(const CZebOnePropVal& other) override;
+};

@@ -1,0 +1,226 @@
+#include "zebstore/addressbook/AddressEntry.h"
+
+#include "zebstore/addressbook/AddressValues.h"
+
+#include <algorithm>
+
+namespace zebstore
+{
+namespace
+{
+
+const std::vector<ULONG>& NoTags()
+{
+    static const std::vector<ULONG> none;
+    return none;
+}
+
+PropertySet OneOffProperties(const StoreContext& store, const AddressName& name)
+{
+    PropertySet properties;
+    for (const ULONG tag : ComputedEntryTags())
+        ComputeEntry(store, name, tag, properties);
+    for (const ULONG tag : {PR_ADDRTYPE_W, PR_EMAIL_ADDRESS_W, PrSmtpAddress, PR_SEARCH_KEY})
+        ComputeFromAddress(name.type, name.address, tag, properties);
+    properties.SetText(PR_DISPLAY_NAME_W, name.displayName);
+    properties.SetBool(PR_SEND_RICH_INFO, name.richInfo);
+    return properties;
+}
+
+} // namespace
+
+EntryData::EntryData(const StorePtr& store, AddressName name, const NewEntry& entry)
+    : m_store(store)
+    , m_addresses(store->SharedFile())
+    , m_name(std::move(name))
+    , m_new(entry)
+{
+    if (m_name.key == 0 && IsOfDirectory())
+    {
+        m_loaded = true;
+        m_dirty = true;
+    }
+    Load();
+}
+
+void EntryData::Load()
+{
+    if (m_loaded)
+        return;
+    if (m_name.kind == AddressKind::OneOff)
+        m_properties = OneOffProperties(*m_store, m_name);
+    else if (IsOfDirectory())
+    {
+        StoredAddress stored = m_addresses.Load(m_name.key);
+        if (stored.type != ObjectTypeOf(m_name.kind))
+            throw Error(MAPI_E_INVALID_ENTRYID,
+                        "the entry identifier takes a user for a list, or a list for a user");
+        m_properties = std::move(stored.properties);
+        m_change = stored.change;
+    }
+    else
+    {
+        m_properties = m_store->File().LoadMessage(m_name.key).properties;
+        m_tags = ContactTagsOf(m_store->File());
+        const std::vector<AddressName> contacts = ContactsIn(m_tags, m_name.key, m_properties);
+        if (std::none_of(contacts.begin(), contacts.end(),
+                         [&](const AddressName& each)
+                         { return each.kind == m_name.kind && each.index == m_name.index; }))
+            throw Error(MAPI_E_NOT_FOUND, "the contact has no such address any more");
+    }
+    m_loaded = true;
+}
+
+void EntryData::Fill(PropertySet properties)
+{
+    m_properties = std::move(properties);
+}
+
+const PropertySet& EntryData::Stored()
+{
+    Load();
+    return m_properties;
+}
+
+const std::vector<ULONG>& EntryData::ComputedTags() const
+{
+    if (m_name.kind == AddressKind::OneOff)
+        return NoTags();
+    return IsOfDirectory() ? ComputedEntryTags() : ComputedContactTags();
+}
+
+bool EntryData::Compute(ULONG tag, PropertySet& out)
+{
+    if (!HasId(ComputedTags(), tag))
+        return false;
+    if (!IsOfDirectory())
+        return ComputeContact(*m_store, m_tags, m_name, m_properties, tag, out);
+    // An entry has an identifier from its first save on.
+    if (m_name.key == 0 && HasId({PR_ENTRYID, PR_RECORD_KEY, PR_INSTANCE_KEY}, tag))
+        return false;
+    return ComputeEntry(*m_store, m_name, tag, out);
+}
+
+void EntryData::Edit(const std::function<void(PropertySet&)>& change)
+{
+    Load();
+    m_dirty = true;
+    change(m_properties);
+}
+
+void EntryData::Complete()
+{
+    if (m_properties.Text(PR_DISPLAY_NAME_W).empty())
+        throw Error(MAPI_E_MISSING_REQUIRED_COLUMN,
+                    "an entry of the address book needs a display name before it is saved");
+    const std::string address = m_properties.Text(PR_EMAIL_ADDRESS_W);
+    if (address.empty())
+        return;
+    if (m_properties.Text(PR_ADDRTYPE_W).empty())
+        m_properties.SetText(PR_ADDRTYPE_W, "SMTP");
+    const std::string type = m_properties.Text(PR_ADDRTYPE_W);
+    for (const ULONG tag : {PrSmtpAddress, PR_SEARCH_KEY})
+        ComputeFromAddress(type, address, tag, m_properties);
+}
+
+bool EntryData::IsDuplicate(AddressId other)
+{
+    const StoredAddress stored = m_addresses.Load(other);
+    if (stored.type != ObjectTypeOf(m_name.kind))
+        return false;
+    return !(m_new.flags & CREATE_CHECK_DUP_STRICT) ||
+           stored.properties.Binary(PR_SEARCH_KEY) == m_properties.Binary(PR_SEARCH_KEY);
+}
+
+AddressId EntryData::Duplicate()
+{
+    if (!(m_new.flags & (CREATE_CHECK_DUP_STRICT | CREATE_CHECK_DUP_LOOSE)))
+        return 0;
+    for (const AddressId each : m_addresses.Named(m_properties.Text(PR_DISPLAY_NAME_W)))
+        if (IsDuplicate(each))
+            return each;
+    return 0;
+}
+
+void EntryData::Save(bool force)
+{
+    const std::lock_guard<std::recursive_mutex> hold(m_store->File().Lock());
+    if (m_dirty)
+    {
+        Load();
+        Complete();
+        if (m_name.key != 0)
+            m_addresses.Save(m_name.key, m_properties, force ? 0 : m_change);
+        else if (const AddressId other = Duplicate())
+        {
+            if (!(m_new.flags & CREATE_REPLACE))
+                throw Error(MAPI_E_COLLISION, "the address book has an entry '" +
+                                                  m_properties.Text(PR_DISPLAY_NAME_W) + "' already");
+            m_addresses.Save(other, m_properties, 0);
+            m_name.key = other;
+        }
+        else
+        {
+            m_name.key = m_addresses.Create(ObjectTypeOf(m_name.kind), m_properties, m_new.list);
+            m_new.list = 0;
+        }
+        m_dirty = false;
+        // What the store keeps is read again when it is asked for; large values in it are then the stored ones.
+        if (IsOfDirectory())
+        {
+            m_properties.Clear();
+            m_loaded = false;
+        }
+    }
+    if (m_new.list == 0)
+        return;
+    const AddressEntryId id = MakeAddressId(m_store->Uid(), m_name);
+    m_addresses.AddMembers(m_new.list, {MemberOf(m_store, SBinary{static_cast<ULONG>(id.size()),
+                                                                  const_cast<BYTE*>(id.data())})});
+    m_new.list = 0;
+}
+
+PropertySet ContentOfEntry(const StorePtr& store, const AddressName& name)
+{
+    EntryData entry(store, name, {});
+    PropertySet content = entry.Stored();
+    for (const ULONG tag : {PR_DISPLAY_NAME_W, PR_ADDRTYPE_W, PR_EMAIL_ADDRESS_W})
+        entry.Compute(tag, content);
+    for (const ULONG tag : ComputedEntryTags())
+        content.Remove(tag);
+    return content;
+}
+
+IMAPIProp* NewAddressEntry(const StorePtr& store, const AddressName& name, Access access,
+                           const NewEntry& entry)
+{
+    if (ObjectTypeOf(name.kind) == MAPI_DISTLIST)
+        return new DistList(store, name, access, entry);
+    return new MailUser(store, name, access, entry);
+}
+
+IMAPIProp* CreateAddressEntry(const StorePtr& store, const NewEntry& entry, ULONG size, const void* id)
+{
+    AddressName name = ParseAddressId(store->Uid(), id, size);
+    if (ObjectTypeOf(name.kind) == MAPI_ABCONT)
+        throw Error(MAPI_E_INVALID_ENTRYID, "a container can not become an entry of a list");
+    if (name.kind != AddressKind::NewUser && name.kind != AddressKind::NewList && entry.list != 0)
+        return NewAddressEntry(store, name, Access::Write, entry);
+    const bool isTemplate = name.kind == AddressKind::NewUser || name.kind == AddressKind::NewList;
+    PropertySet content;
+    if (!isTemplate)
+        content = ContentOfEntry(store, name);
+    AddressName made;
+    made.kind = ObjectTypeOf(name.kind) == MAPI_DISTLIST ? AddressKind::List : AddressKind::User;
+    if (made.kind == AddressKind::List)
+    {
+        const Ref<DistList> list = Ref<DistList>::Adopt(new DistList(store, made, Access::Write, entry));
+        list->Entry().Fill(std::move(content));
+        return Ref<DistList>(list).Detach();
+    }
+    const Ref<MailUser> user = Ref<MailUser>::Adopt(new MailUser(store, made, Access::Write, entry));
+    user->Entry().Fill(std::move(content));
+    return Ref<MailUser>(user).Detach();
+}
+
+} // namespace zebstore

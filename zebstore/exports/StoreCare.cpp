@@ -1,0 +1,118 @@
+// The exports for the care of a store's file.
+#include "zebstore/base/Guard.h"
+#include "zebstore/storage/Repair.h"
+#include "zebstore/storage/Schema.h"
+#include "zebstore/zebstore.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace zebstore
+{
+namespace
+{
+
+static_assert(ApplicationId == ZEBSTORE_APPLICATION_ID && SchemaVersion == ZEBSTORE_FILE_VERSION,
+              "hosts know a store's file by its header");
+
+WorkReport ReportTo(ZEBSTORE_REPORT* report, void* context)
+{
+    WorkReport work;
+    work.found = [=](const std::string& finding)
+    {
+        if (report)
+            report(context, finding.c_str(), 0, 0);
+    };
+    work.progress = [=](std::uint64_t done, std::uint64_t whole)
+    {
+        if (report)
+            report(context, nullptr, done, whole);
+    };
+    return work;
+}
+
+// Cut at the beginning of a character.
+void GiveText(const std::string& text, char* to, ULONG size)
+{
+    if (!to || size == 0)
+        return;
+    size_t length = std::min<size_t>(text.size(), size - 1);
+    while (length < text.size() && length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80)
+        --length;
+    text.copy(to, length);
+    to[length] = '\0';
+}
+
+// What a failed repair leaves of its copy.
+class NewFile
+{
+public:
+    explicit NewFile(std::string path)
+        : m_path(std::move(path))
+    {
+    }
+    ~NewFile()
+    {
+        std::error_code ignored;
+        if (!m_kept)
+            for (const char* suffix : {"", "-wal", "-shm", "-journal"})
+                std::filesystem::remove(std::filesystem::u8path(m_path + suffix), ignored);
+    }
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+
+    void Keep() { m_kept = true; }
+
+private:
+    std::string m_path;
+    bool m_kept = false;
+};
+
+void Repair(const char* path, const char* copy, const WorkReport& work)
+{
+    if (!copy)
+        return RepairStore(*StoreFile::Open(path, {}), work);
+    if (!StoreFile::Exists(path))
+        throw Error(MAPI_E_NOT_FOUND, std::string("The store file '") + path + "' does not exist.");
+    if (StoreFile::Exists(copy))
+        throw Error(MAPI_E_COLLISION, std::string("The file '") + copy + "' exists already.");
+    NewFile made(copy);
+    CopyStore(path, copy, work);
+    RepairStore(*StoreFile::Open(copy, {}), work);
+    made.Keep();
+}
+
+template <typename Body>
+HRESULT Run(const char* name, char* failure, ULONG failureSize, Body&& body)
+{
+    const HRESULT result = Guarded(name, body);
+    GiveText(FAILED(result) ? LastErrorText(result) : std::string(), failure, failureSize);
+    return result;
+}
+
+} // namespace
+} // namespace zebstore
+
+using namespace zebstore;
+
+HRESULT STDAPICALLTYPE ZebStoreRepair(const char* path, const char* copy, ZEBSTORE_REPORT* report,
+                                      void* context, char* failure, ULONG failureSize)
+{
+    return Run("ZebStoreRepair", failure, failureSize,
+               [&]
+               {
+                   Require(path != nullptr, "no path of a store file");
+                   Repair(path, copy, ReportTo(report, context));
+               });
+}
+
+HRESULT STDAPICALLTYPE ZebStoreCompact(const char* path, ZEBSTORE_REPORT* report, void* context,
+                                       char* failure, ULONG failureSize)
+{
+    return Run("ZebStoreCompact", failure, failureSize,
+               [&]
+               {
+                   Require(path != nullptr, "no path of a store file");
+                   CompactStore(*StoreFile::Open(path, {}), ReportTo(report, context));
+               });
+}

@@ -1,0 +1,117 @@
+// IMAPIFolder.
+#pragma once
+
+#include "zebstore/objects/Objects.h"
+
+namespace zebstore
+{
+
+/// One folder. Its properties are saved as they are set. Threads: any.
+class Folder final : public PropObject<IMAPIFolder>
+{
+public:
+    Folder(const StorePtr& store, FolderId folder, Access access)
+        : PropObject(store, access)
+        , m_folder(folder)
+    {
+    }
+
+    FolderId Id() const { return m_folder; }
+    /// @throws Error MAPI_E_NO_ACCESS when the folder was opened for reading
+    void RequireChanges() const { RequireWrite(); }
+
+    // IMAPIContainer
+    HRESULT STDMETHODCALLTYPE GetContentsTable(ULONG flags, LPMAPITABLE* table) override;
+    HRESULT STDMETHODCALLTYPE GetHierarchyTable(ULONG flags, LPMAPITABLE* table) override;
+    HRESULT STDMETHODCALLTYPE OpenEntry(ULONG size, LPENTRYID id, LPCIID iid, ULONG flags, ULONG* objectType,
+                                        LPUNKNOWN* object) override;
+    HRESULT STDMETHODCALLTYPE SetSearchCriteria(LPSRestriction restriction, LPENTRYLIST containers,
+                                                ULONG flags) override;
+    HRESULT STDMETHODCALLTYPE GetSearchCriteria(ULONG flags, LPSRestriction* restriction,
+                                                LPENTRYLIST* containers, ULONG* state) override;
+
+    // IMAPIFolder
+    HRESULT STDMETHODCALLTYPE CreateMessage(LPCIID iid, ULONG flags, LPMESSAGE* message) override;
+    HRESULT STDMETHODCALLTYPE CopyMessages(LPENTRYLIST list, LPCIID iid, LPVOID target, ULONG_PTR window,
+                                           LPMAPIPROGRESS progress, ULONG flags) override;
+    HRESULT STDMETHODCALLTYPE DeleteMessages(LPENTRYLIST list, ULONG_PTR window, LPMAPIPROGRESS progress,
+                                             ULONG flags) override;
+    HRESULT STDMETHODCALLTYPE CreateFolder(ULONG type, LPTSTR name, LPTSTR comment, LPCIID iid, ULONG flags,
+                                           LPMAPIFOLDER* folder) override;
+    HRESULT STDMETHODCALLTYPE CopyFolder(ULONG size, LPENTRYID id, LPCIID iid, LPVOID target, LPTSTR name,
+                                         ULONG_PTR window, LPMAPIPROGRESS progress, ULONG flags) override;
+    HRESULT STDMETHODCALLTYPE DeleteFolder(ULONG size, LPENTRYID id, ULONG_PTR window,
+                                           LPMAPIPROGRESS progress, ULONG flags) override;
+    HRESULT STDMETHODCALLTYPE SetReadFlags(LPENTRYLIST list, ULONG_PTR window, LPMAPIPROGRESS progress,
+                                           ULONG flags) override;
+    HRESULT STDMETHODCALLTYPE GetMessageStatus(ULONG size, LPENTRYID id, ULONG flags, ULONG* status) override;
+    HRESULT STDMETHODCALLTYPE SetMessageStatus(ULONG size, LPENTRYID id, ULONG status, ULONG mask,
+                                               ULONG* old) override;
+    HRESULT STDMETHODCALLTYPE SaveContentsSort(LPSSortOrderSet order, ULONG flags) override;
+    HRESULT STDMETHODCALLTYPE EmptyFolder(ULONG_PTR window, LPMAPIPROGRESS progress, ULONG flags) override;
+
+private:
+    bool Answers(REFIID iid) const override;
+    const PropertySet& Stored() override;
+    bool Compute(ULONG tag, PropertySet& out) override;
+    const std::vector<ULONG>& ComputedTags() override;
+    bool Lists(ULONG tag) override;
+    bool Default(ULONG tag, PropertySet& out) override;
+    void Edit(const std::function<void(PropertySet&)>& change) override;
+    void Save(ULONG) override {}
+    IUnknown* OpenObject(ULONG tag, const IID& iid, ULONG options, ULONG flags) override;
+    std::vector<ULONG> ObjectTags() override
+    {
+        return {PR_CONTAINER_CONTENTS, PR_CONTAINER_HIERARCHY, PR_FOLDER_ASSOCIATED_CONTENTS};
+    }
+
+    IMAPITable* Contents(ULONG flags);
+    IMAPITable* Hierarchy(ULONG flags);
+    /// The messages of a list that lie in this folder; others are counted in `strangers`.
+    std::vector<MessageId> MessagesHere(const ENTRYLIST* list, size_t& strangers) const;
+    MessageId MessageHere(ULONG size, const ENTRYID* id) const;
+
+    const FolderId m_folder;
+    PropertySet m_properties;
+};
+
+/// What a copy or move of a folder does, over the storage of one or two stores.
+struct FolderCopy
+{
+    StorePtr source;
+    FolderId folder;
+    StorePtr target;
+    FolderId targetParent;
+    std::string newName; ///< UTF-8; empty: the folder's own
+    bool move;
+    bool subfolders;
+};
+void CopyFolderTree(const FolderCopy& copy);
+
+/// The content of one folder that another one is to have too.
+struct FolderContents
+{
+    StorePtr source;
+    FolderId folder = 0;
+    StorePtr target;
+    FolderId into = 0;
+    bool messages = false;
+    bool associated = false;
+    bool subfolders = false;
+    bool move = false;
+};
+/// @throws Error MAPI_E_FOLDER_CYCLE, MAPI_E_COLLISION (a subfolder's name is taken), MAPI_E_NO_ACCESS (a standard folder
+/// would be moved) when they cannot be copied whole
+void RequireContentsFit(const FolderContents& contents);
+/// Copies or moves them in steps; when it fails, what was copied stays and nothing is lost.
+/// @param progress hears of the steps; may be null
+void CopyFolderContents(const FolderContents& contents, IMAPIProgress* progress);
+
+/// Copies or moves messages to a folder of another store. @return how many were not there
+size_t CopyMessagesBetween(StoreFile& source, const std::vector<MessageId>& messages, StoreFile& target,
+                           FolderId folder, bool move);
+
+/// The provider's own folder behind an interface; null for a stranger's.
+Folder* OwnFolder(void* object);
+
+} // namespace zebstore

@@ -1,0 +1,353 @@
+#include "zebstore/objects/Message.h"
+
+#include "platform/datetime.h"
+#include "zebstore/objects/Defaults.h"
+#include "zebstore/tables/Table.h"
+
+#include <mutex>
+#include <random>
+
+namespace zebstore
+{
+namespace
+{
+
+/// 16 bytes that no other call gives.
+std::array<std::uint64_t, 2> UniqueKey()
+{
+    static std::mutex lock;
+    static std::mt19937_64 random(std::random_device{}() * 0x100000001ull ^ std::random_device{}());
+    const std::lock_guard<std::mutex> hold(lock);
+    return {random(), random()};
+}
+
+// The store sets these when it saves a message; nobody else does.
+constexpr ULONG SetAtSave[] = {PR_MESSAGE_SIZE, PR_HASATTACH};
+
+std::vector<ULONG> TagsOfPlace(std::initializer_list<ULONG> tags)
+{
+    std::vector<ULONG> all(tags);
+    all.insert(all.end(), std::begin(SetAtSave), std::end(SetAtSave));
+    return all;
+}
+
+} // namespace
+
+Ref<IMessage> OpenMessage(const StorePtr& store, MessageId message, Access access)
+{
+    return Ref<IMessage>::Adopt(new Message(store, message, access));
+}
+
+Ref<IMessage> NewMessage(const StorePtr& store, FolderId folder, bool associated)
+{
+    return Ref<IMessage>::Adopt(new Message(store, folder, associated));
+}
+
+Message::Message(const StorePtr& store, MessageId message, Access access)
+    : PropObject(store, access)
+    , m_id(message)
+    , m_folder(FolderOf(message))
+    , m_associated(IsAssociated(message))
+    , m_loaded(false)
+    , m_saved(true)
+{
+    Load();
+}
+
+Message::Message(const StorePtr& store, FolderId folder, bool associated)
+    : PropObject(store, Access::Write)
+    , m_folder(folder)
+    , m_associated(associated)
+{
+    StartNew(associated);
+}
+
+Message::Message(const StorePtr& store, Attachment& holder, std::shared_ptr<const MessageContent> content,
+                 Access access)
+    : PropObject(store, access)
+    , m_keepsHolder(Ref<IAttach>::Share(&holder))
+    , m_holder(&holder)
+{
+    if (!content)
+    {
+        StartNew(false);
+        return;
+    }
+    m_saved = true;
+    m_properties = content->properties;
+    m_recipients = content->recipients;
+    for (const AttachmentEdit& each : content->attachments)
+    {
+        m_edits[each.number] = each;
+        m_nextNumber = std::max(m_nextNumber, each.number + 1);
+    }
+}
+
+void Message::StartNew(bool associated)
+{
+    m_dirty = true;
+    m_recipients.emplace();
+    m_properties.SetText(PR_MESSAGE_CLASS_W, "IPM.Note");
+    m_properties.SetLong(PR_MESSAGE_FLAGS,
+                         MSGFLAG_READ | MSGFLAG_UNSENT | (associated ? MSGFLAG_ASSOCIATED : 0));
+}
+
+void Message::Load()
+{
+    if (m_loaded)
+        return;
+    StoredMessage stored = File().LoadMessage(m_id);
+    m_properties = std::move(stored.properties);
+    m_change = stored.change;
+    m_loaded = true;
+}
+
+const PropertySet& Message::Stored()
+{
+    Load();
+    return m_properties;
+}
+
+const std::vector<ULONG>& Message::ComputedTags()
+{
+    static const std::vector<ULONG> embedded =
+        TagsOfPlace({PR_OBJECT_TYPE, PR_ACCESS, PR_ACCESS_LEVEL, PR_STORE_ENTRYID, PR_STORE_RECORD_KEY,
+                     PR_STORE_SUPPORT_MASK, PR_MAPPING_SIGNATURE, PR_ENTRYID, PR_RECORD_KEY,
+                     PR_PARENT_ENTRYID, PR_INSTANCE_KEY});
+    return embedded;
+}
+
+bool Message::Compute(ULONG tag, PropertySet& out)
+{
+    switch (PROP_ID(tag))
+    {
+    case PROP_ID(PR_MESSAGE_SIZE):
+    case PROP_ID(PR_HASATTACH):
+        return false;
+    case PROP_ID(PR_ACCESS_LEVEL):
+        out.SetLong(PR_ACCESS_LEVEL, AccessGiven() == Access::Write ? 1 : 0);
+        return true;
+    case PROP_ID(PR_PARENT_ENTRYID):
+    {
+        if (m_holder)
+            return false;
+        const FolderEntryId parent = Store()->IdOfFolder(m_folder);
+        out.SetBinary(PR_PARENT_ENTRYID, parent.data(), parent.size());
+        return true;
+    }
+    case PROP_ID(PR_ENTRYID):
+    case PROP_ID(PR_RECORD_KEY):
+    case PROP_ID(PR_INSTANCE_KEY):
+        // A message has an identifier from its first save on, an embedded one never.
+        return m_id && Store()->Computed()->OfMessage(tag, m_id, out);
+    default:
+        return HasId(ComputedTags(), tag) && Store()->Computed()->OfMessage(tag, m_id, out);
+    }
+}
+
+bool Message::Default(ULONG tag, PropertySet& out)
+{
+    const MessageOrigin origin{m_id, [this] { return m_change; }};
+    return Store()->Computed()->DefaultOfMessage(tag, origin, out);
+}
+
+bool Message::IsFixed(ULONG tag)
+{
+    // After the first save the flags change by SetReadFlag and by what happens to the message.
+    return (m_saved && PROP_ID(tag) == PROP_ID(PR_MESSAGE_FLAGS)) || PropBase::IsFixed(tag);
+}
+
+Message::Draft Message::GetDraft()
+{
+    const std::lock_guard<std::recursive_mutex> hold(Lock());
+    Load();
+    return {m_dirty, m_properties, m_written, m_recipients, m_recipientsChanged, m_edits};
+}
+
+void Message::SetDraft(Draft draft)
+{
+    const std::lock_guard<std::recursive_mutex> hold(Lock());
+    m_dirty = draft.dirty;
+    m_properties = std::move(draft.properties);
+    m_written = std::move(draft.written);
+    m_recipients = std::move(draft.recipients);
+    m_recipientsChanged = draft.recipientsChanged;
+    m_edits = std::move(draft.edits);
+    ShowRecipients();
+    ShowAttachments();
+}
+
+void Message::Edit(const std::function<void(PropertySet&)>& change)
+{
+    Load();
+    m_dirty = true;
+    change(m_properties);
+}
+
+IUnknown* Message::OpenObject(ULONG tag, const IID& iid, ULONG options, ULONG flags)
+{
+    if (IsEqualGUID(iid, IID_IMAPITable) && PROP_ID(tag) == PROP_ID(PR_MESSAGE_RECIPIENTS))
+        return RecipientTable(options & MAPI_UNICODE);
+    if (IsEqualGUID(iid, IID_IMAPITable) && PROP_ID(tag) == PROP_ID(PR_MESSAGE_ATTACHMENTS))
+        return AttachmentTable(options & MAPI_UNICODE);
+    return PropBase::OpenObject(tag, iid, options, flags);
+}
+
+void Message::Save(ULONG flags)
+{
+    RequireWrite();
+    if (m_dirty)
+    {
+        Load();
+        Complete();
+        Commit((flags & FORCE_SAVE) != 0);
+        m_dirty = false;
+        m_written.clear();
+    }
+    if (!(flags & KEEP_OPEN_READWRITE))
+        LowerAccess();
+}
+
+void Message::Complete()
+{
+    const FILETIME now = zeb::platform::CurrentFileTime();
+    if (!m_properties.Has(PR_CREATION_TIME))
+        m_properties.SetTime(PR_CREATION_TIME, now);
+    if (!WasWritten(PR_LAST_MODIFICATION_TIME) || !m_properties.Has(PR_LAST_MODIFICATION_TIME))
+        m_properties.SetTime(PR_LAST_MODIFICATION_TIME, now);
+    if (!m_properties.Has(PR_SEARCH_KEY))
+    {
+        const auto key = UniqueKey();
+        m_properties.SetBinary(PR_SEARCH_KEY, key.data(), sizeof(key));
+    }
+    const LONG kind = m_associated ? MSGFLAG_ASSOCIATED : 0;
+    m_properties.SetLong(PR_MESSAGE_FLAGS,
+                         (m_properties.Long(PR_MESSAGE_FLAGS) & ~LONG(MSGFLAG_ASSOCIATED)) | kind);
+    CompleteSubject();
+    CompleteNames();
+    CompleteChangeKeys(Store()->Uid(), m_saved && !WasWritten(PrChangeKey), m_properties);
+}
+
+void Message::CompleteSubject()
+{
+    if (!WasWritten(PR_SUBJECT) || WasWritten(PR_NORMALIZED_SUBJECT))
+        return;
+    const std::string subject = m_properties.Text(PR_SUBJECT_W);
+    std::string prefix = m_properties.Text(PR_SUBJECT_PREFIX_W);
+    if (!WasWritten(PR_SUBJECT_PREFIX))
+    {
+        // By MAPI's rule up to three letters, a colon and a space: "Re: ", "Fwd: ".
+        const size_t colon = subject.find(": ");
+        const bool isPrefix = colon >= 1 && colon <= 3 && subject.find_first_of("0123456789 ") > colon;
+        prefix = isPrefix ? subject.substr(0, colon + 2) : std::string();
+        m_properties.SetText(PR_SUBJECT_PREFIX_W, prefix);
+    }
+    const bool begins = subject.compare(0, prefix.size(), prefix) == 0;
+    m_properties.SetText(PR_NORMALIZED_SUBJECT_W, begins ? subject.substr(prefix.size()) : subject);
+}
+
+void Message::CompleteNames()
+{
+    if (!m_recipientsChanged)
+        return;
+    constexpr struct
+    {
+        LONG type;
+        ULONG tag;
+    } lists[] = {{MAPI_TO, PR_DISPLAY_TO_W}, {MAPI_CC, PR_DISPLAY_CC_W}, {MAPI_BCC, PR_DISPLAY_BCC_W}};
+    for (const auto& list : lists)
+    {
+        if (WasWritten(list.tag))
+            continue;
+        std::string names;
+        for (const PropertySet& each : Recipients())
+            if (each.Long(PR_RECIPIENT_TYPE, MAPI_TO) == list.type)
+                names += (names.empty() ? "" : "; ") + each.Text(PR_DISPLAY_NAME_W);
+        m_properties.SetText(list.tag, names);
+    }
+}
+
+MessageContent Message::TakeContent()
+{
+    MessageContent content;
+    content.properties = std::move(m_properties);
+    if (m_recipients && (m_recipientsChanged || !m_id))
+        content.recipients = std::move(m_recipients);
+    for (auto& each : m_edits)
+        content.attachments.push_back(std::move(each.second));
+    return content;
+}
+
+void Message::GiveBack(MessageContent&& content)
+{
+    m_properties = std::move(content.properties);
+    if (content.recipients)
+        m_recipients = std::move(content.recipients);
+    for (AttachmentEdit& each : content.attachments)
+        m_edits[each.number] = std::move(each);
+}
+
+void Message::Commit(bool force)
+{
+    MessageContent content = TakeContent();
+    try
+    {
+        if (m_holder)
+            m_holder->PutEmbedded(std::make_shared<MessageContent>(content));
+        else if (!m_id)
+            m_id = File().CreateMessage(m_folder, m_associated, content);
+        else
+            File().SaveMessage(m_id, content, force ? 0 : m_change);
+    }
+    catch (...)
+    {
+        GiveBack(std::move(content));
+        throw;
+    }
+    m_recipientsChanged = false;
+    m_saved = true;
+    if (m_holder)
+    {
+        GiveBack(std::move(content));
+        return;
+    }
+    // What the store keeps is read again when it is asked for; the large values in it are then the stored ones.
+    m_edits.clear();
+    m_numbersKnown = false;
+    m_recipients.reset();
+    m_properties.Clear();
+    m_loaded = false;
+}
+
+HRESULT Message::SubmitMessage(ULONG)
+{
+    return Guarded("IMessage::SubmitMessage",
+                   [] { throw Error(MAPI_E_NO_SUPPORT, "the store does not send"); });
+}
+
+HRESULT Message::SetReadFlag(ULONG flags)
+{
+    return Run("IMessage::SetReadFlag",
+               [&]
+               {
+                   RequireFlags(flags, SUPPRESS_RECEIPT | CLEAR_READ_FLAG | GENERATE_RECEIPT_ONLY |
+                                           MAPI_DEFERRED_ERRORS | ULONG(0x20) | ULONG(0x40));
+                   if (flags & GENERATE_RECEIPT_ONLY)
+                       return;
+                   const ULONG set = flags & CLEAR_READ_FLAG ? 0 : MSGFLAG_READ;
+                   Load();
+                   if (m_id)
+                   {
+                       File().RequireWritable();
+                       File().ChangeMessageFlags({m_id}, set, MSGFLAG_READ & ~set);
+                       m_change = File().LoadMessage(m_id).change;
+                   }
+                   else
+                       m_dirty = true;
+                   const LONG now = m_properties.Long(PR_MESSAGE_FLAGS);
+                   m_properties.SetLong(PR_MESSAGE_FLAGS,
+                                        (now & ~LONG(MSGFLAG_READ)) | static_cast<LONG>(set));
+               });
+}
+
+} // namespace zebstore

@@ -1,0 +1,151 @@
+// IMessage and IAttach.
+#pragma once
+
+#include "zebstore/objects/Objects.h"
+
+#include <map>
+#include <set>
+
+namespace zebstore
+{
+
+class Attachment;
+
+/// Only this provider's messages answer to it, so a message that a host hands back is known for our own.
+constexpr IID OwnMessageId = {0x2E94C1F6, 0x8D03, 0x4B7A, {0xA5, 0x1C, 0x70, 0x3B, 0xD2, 0x48, 0x96, 0xEF}};
+
+/// A message: stored, new, or embedded in an attachment. What is changed stays in the object until SaveChanges,
+/// which stores all of it or nothing. Threads: any.
+class Message final : public PropObject<IMessage>
+{
+public:
+    /// A stored message; the object loads it at once. @throws Error MAPI_E_NOT_FOUND
+    Message(const StorePtr& store, MessageId message, Access access);
+    /// A new one of a folder.
+    Message(const StorePtr& store, FolderId folder, bool associated);
+    /// One embedded in an attachment; SaveChanges hands it to the attachment. `content` null: a new one.
+    Message(const StorePtr& store, Attachment& holder, std::shared_ptr<const MessageContent> content,
+            Access access);
+
+    HRESULT STDMETHODCALLTYPE GetAttachmentTable(ULONG flags, LPMAPITABLE* table) override;
+    HRESULT STDMETHODCALLTYPE OpenAttach(ULONG number, LPCIID iid, ULONG flags, LPATTACH* attach) override;
+    HRESULT STDMETHODCALLTYPE CreateAttach(LPCIID iid, ULONG flags, ULONG* number, LPATTACH* attach) override;
+    HRESULT STDMETHODCALLTYPE DeleteAttach(ULONG number, ULONG_PTR window, LPMAPIPROGRESS progress,
+                                           ULONG flags) override;
+    HRESULT STDMETHODCALLTYPE GetRecipientTable(ULONG flags, LPMAPITABLE* table) override;
+    HRESULT STDMETHODCALLTYPE ModifyRecipients(ULONG flags, LPADRLIST list) override;
+    HRESULT STDMETHODCALLTYPE SubmitMessage(ULONG flags) override;
+    HRESULT STDMETHODCALLTYPE SetReadFlag(ULONG flags) override;
+
+    // For attachments.
+    /// An attachment as it is now, changes that the message has not saved included. @throws Error MAPI_E_NOT_FOUND
+    AttachmentEdit AttachmentNow(ULONG number);
+    /// The stored message embedded in an attachment, 0 for none.
+    MessageId StoredEmbedded(ULONG number);
+    /// Takes an attachment that was saved.
+    void PutAttachment(AttachmentEdit edit);
+
+    /// What a caller has changed and not saved.
+    struct Draft
+    {
+        bool dirty = false;
+        PropertySet properties;
+        std::set<ULONG> written; ///< identifiers that a caller wrote since the last save
+        std::optional<std::vector<PropertySet>> recipients;
+        bool recipientsChanged = false;
+        std::map<ULONG, AttachmentEdit> edits;
+    };
+    Draft GetDraft();
+    void SetDraft(Draft draft);
+
+private:
+    bool Answers(REFIID iid) const override
+    {
+        return IsOneOf(iid, {&IID_IMAPIProp, &IID_IMessage, &OwnMessageId});
+    }
+    const PropertySet& Stored() override;
+    bool Compute(ULONG tag, PropertySet& out) override;
+    const std::vector<ULONG>& ComputedTags() override;
+    bool Default(ULONG tag, PropertySet& out) override;
+    bool IsFixed(ULONG tag) override;
+    void Edit(const std::function<void(PropertySet&)>& change) override;
+    void Written(ULONG tag) override { m_written.insert(PROP_ID(tag)); }
+    void Save(ULONG flags) override;
+    IUnknown* OpenObject(ULONG tag, const IID& iid, ULONG options, ULONG flags) override;
+
+    void StartNew(bool associated);
+    void Load();
+    bool WasWritten(ULONG tag) const { return m_written.count(PROP_ID(tag)) != 0; }
+    void Complete();
+    void CompleteSubject();
+    void CompleteNames();
+    void Commit(bool force);
+    MessageContent TakeContent();
+    void GiveBack(MessageContent&& content);
+
+    const std::vector<PropertySet>& Recipients();
+    void MergeRecipient(ULONG flags, const ADRENTRY& entry);
+    void ShowRecipients();
+    std::set<ULONG> Numbers();
+    bool IsStored(ULONG number);
+    std::vector<PropertySet> AttachmentRows(std::vector<RowKey>& keys);
+    void ShowAttachments();
+    IMAPITable* RecipientTable(ULONG flags);
+    IMAPITable* AttachmentTable(ULONG flags);
+
+    MessageId m_id = 0;
+    FolderId m_folder = 0;
+    bool m_associated = false;
+    Ref<IAttach> m_keepsHolder;
+    Attachment* m_holder = nullptr;
+
+    bool m_loaded = true;
+    bool m_dirty = false;
+    bool m_saved = false; ///< at least once, now or before it was opened
+    std::int64_t m_change = 0;
+    PropertySet m_properties;
+    std::set<ULONG> m_written; ///< identifiers that a caller wrote since the last save
+    std::optional<std::vector<PropertySet>> m_recipients;
+    bool m_recipientsChanged = false;
+    std::map<ULONG, AttachmentEdit> m_edits;
+    bool m_numbersKnown = false; ///< m_nextNumber is above every attachment's
+    ULONG m_nextNumber = 0;
+
+    std::shared_ptr<MemoryRows> m_recipientRows;
+    std::shared_ptr<MemoryRows> m_attachmentRows;
+};
+
+/// One attachment of a message. What is changed goes to the message at SaveChanges. Threads: any.
+class Attachment final : public PropObject<IAttach>
+{
+public:
+    Attachment(Message& owner, ULONG number, Access access, bool isNew);
+
+    /// Takes the embedded message that was saved.
+    void PutEmbedded(std::shared_ptr<MessageContent> content);
+
+private:
+    bool Answers(REFIID iid) const override { return IsOneOf(iid, {&IID_IMAPIProp, &IID_IAttachment}); }
+    const PropertySet& Stored() override { return m_edit.properties; }
+    bool Compute(ULONG tag, PropertySet& out) override;
+    const std::vector<ULONG>& ComputedTags() override;
+    void Edit(const std::function<void(PropertySet&)>& change) override { change(m_edit.properties); }
+    void Written(ULONG tag) override;
+    void Save(ULONG flags) override;
+    IUnknown* OpenObject(ULONG tag, const IID& iid, ULONG options, ULONG flags) override;
+    std::vector<ULONG> ObjectTags() override;
+
+    bool HasEmbedded();
+    LONG SizeNow() const;
+
+    Message& m_owner;
+    const Ref<IMessage> m_keepsOwner;
+    const ULONG m_number;
+    AttachmentEdit m_edit;
+    bool m_sizeWritten = false;
+};
+
+/// A row of recipients or attachments as a table over memory shows it.
+IMAPITable* TableOver(const std::shared_ptr<MemoryRows>& rows, ULONG flags);
+
+} // namespace zebstore

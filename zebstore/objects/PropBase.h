@@ -1,0 +1,275 @@
+// What every property object of the store has in common: the methods of IMAPIProp.
+#pragma once
+
+#include "zebstore/base/Memory.h"
+#include "zebstore/base/Object.h"
+#include "zebstore/objects/OpenFlags.h"
+#include "zebstore/objects/StoreContext.h"
+#include "zebstore/storage/ValueBuilder.h"
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace zebstore
+{
+
+class PropertyBytes;
+
+/// Whether an object may be changed through the interface that was handed out.
+enum class Access
+{
+    Read,
+    Write,
+};
+
+/// The access that the flags of an open ask for (MAPI_MODIFY, MAPI_BEST_ACCESS), given the most that there
+/// is.
+/// @throws Error MAPI_E_NO_ACCESS when MAPI_MODIFY asks for more
+Access AccessFor(ULONG flags, Access most);
+
+/// The properties of one object, whatever its interface. Derived classes say where they live.
+/// Threads: any; each public method runs under the object's own recursive lock.
+class PropBase
+{
+public:
+    PropBase(StorePtr store, Access access)
+        : m_store(std::move(store))
+        , m_access(access)
+    {
+    }
+    PropBase(const PropBase&) = delete;
+    PropBase& operator=(const PropBase&) = delete;
+
+    std::recursive_mutex& Lock() { return m_lock; }
+    const StorePtr& Store() const { return m_store; }
+    StoreFile& File() const { return m_store->File(); }
+    Access AccessGiven() const { return m_access; }
+
+    HRESULT GetPropsOf(const SPropTagArray* tags, ULONG flags, ULONG* count, SPropValue** values);
+    void GetPropListOf(ULONG flags, SPropTagArray** tags);
+    void SetPropsOf(ULONG count, const SPropValue* values, SPropProblemArray** problems);
+    void DeletePropsOf(const SPropTagArray* tags, SPropProblemArray** problems);
+    void OpenPropertyOf(ULONG tag, const IID* iid, ULONG options, ULONG flags, IUnknown** object);
+    HRESULT NamesFromIds(SPropTagArray** tags, const GUID* set, ULONG flags, ULONG* count,
+                         MAPINAMEID*** names);
+    HRESULT IdsFromNames(ULONG count, MAPINAMEID** names, ULONG flags, SPropTagArray** tags);
+
+    /// What PropertyBytes writes to: sets one property to a value written through a stream.
+    void PutStreamValue(ULONG tag, const std::shared_ptr<StagedValue>& value);
+    /// Hands values that open streams have written so far to the object; before it is saved.
+    void FlushStreams();
+
+    /// The object as its callers see it; streams hold a reference on it.
+    virtual IUnknown* Unknown() = 0;
+
+protected:
+    virtual ~PropBase() = default;
+
+    /// All stored properties, changes that are not saved yet included.
+    virtual const PropertySet& Stored() = 0;
+    /// Adds the computed property with the identifier of `tag` to `out`; it hides a stored one. @return
+    /// false: none.
+    virtual bool Compute(ULONG tag, PropertySet& out) = 0;
+    /// The tags of all that is computed; these can not be written.
+    virtual const std::vector<ULONG>& ComputedTags() = 0;
+    /// False for a computed property that only those get who ask for it by its tag.
+    virtual bool Lists(ULONG) { return true; }
+    /// Adds what a property has that is neither stored nor computed. It is not listed, and can be written.
+    /// @return false: nothing
+    virtual bool Default(ULONG, PropertySet&) { return false; }
+    /// True for a property that callers cannot write or delete (any more).
+    virtual bool IsFixed(ULONG tag);
+    /// Changes the stored properties through `change`; an object without a transaction saves them at once.
+    virtual void Edit(const std::function<void(PropertySet&)>& change) = 0;
+    /// Told of each property that a caller has set or deleted.
+    virtual void Written(ULONG) {}
+    /// Opens what is no stream: tables of a container, recipients, an embedded message.
+    /// @return an interface for the caller. @throws Error MAPI_E_INTERFACE_NOT_SUPPORTED
+    virtual IUnknown* OpenObject(ULONG tag, const IID& iid, ULONG options, ULONG flags);
+    /// PT_OBJECT properties, for GetPropList.
+    virtual std::vector<ULONG> ObjectTags() { return {}; }
+
+    /// @throws Error MAPI_E_NO_ACCESS
+    void RequireWrite() const;
+    void LowerAccess() { m_access = Access::Read; }
+
+private:
+    std::vector<ULONG> AllTags(bool unicode);
+    void AddDefaults(const ULONG* asked, size_t count, const PropertySet& stored, PropertySet& computed);
+    void RequireWritable(ULONG tag);
+
+    const StorePtr m_store;
+    Access m_access;
+    std::recursive_mutex m_lock;
+    std::vector<std::weak_ptr<PropertyBytes>> m_streams;
+};
+
+/// Copies properties from one object to another through their interfaces, as IMAPIProp::CopyTo and CopyProps
+/// do.
+struct CopyRequest
+{
+    IMAPIProp* source;
+    IMAPIProp* target;
+    const SPropTagArray* include; ///< null: all
+    const SPropTagArray* exclude; ///< may be null
+    ULONG flags;                  ///< MAPI_NOREPLACE, MAPI_MOVE
+    bool parts;                   ///< false: nothing but values, its interface is excluded
+    IMAPIProgress* progress;      ///< may be null
+};
+/// @return the problems, null when there were none; owned by the caller.
+SPropProblemArray* CopyProperties(const CopyRequest& request);
+
+/// Gathers property problems and lays them out as MAPI wants them.
+class Problems
+{
+public:
+    void Add(ULONG index, ULONG tag, SCODE code) { m_problems.push_back({index, tag, code}); }
+    bool IsEmpty() const { return m_problems.empty(); }
+    /// @return null when there are none
+    SPropProblemArray* Detach() const;
+
+private:
+    std::vector<SPropProblem> m_problems;
+};
+
+/// IMAPIProp for an interface that derives from it.
+template <typename Interface>
+class PropObject : public Object<Interface>, public PropBase
+{
+public:
+    using PropBase::PropBase;
+
+    IUnknown* Unknown() override { return static_cast<Interface*>(this); }
+
+    HRESULT STDMETHODCALLTYPE GetLastError(HRESULT code, ULONG flags, LPMAPIERROR* error) override
+    {
+        return Guarded("IMAPIProp::GetLastError", [&] { return LastErrorAsMapi(code, flags, error); });
+    }
+
+    HRESULT STDMETHODCALLTYPE SaveChanges(ULONG flags) override
+    {
+        return Run("IMAPIProp::SaveChanges",
+                   [&]
+                   {
+                       RequireFlags(flags, KEEP_OPEN_READONLY | KEEP_OPEN_READWRITE | FORCE_SAVE |
+                                               MAPI_DEFERRED_ERRORS | ArrivalFlags);
+                       FlushStreams();
+                       Save(flags);
+                   });
+    }
+
+    HRESULT STDMETHODCALLTYPE GetProps(LPSPropTagArray tags, ULONG flags, ULONG* count,
+                                       LPSPropValue* values) override
+    {
+        return Run("IMAPIProp::GetProps", [&] { return GetPropsOf(tags, flags, count, values); });
+    }
+
+    HRESULT STDMETHODCALLTYPE GetPropList(ULONG flags, LPSPropTagArray* tags) override
+    {
+        return Run("IMAPIProp::GetPropList", [&] { GetPropListOf(flags, tags); });
+    }
+
+    HRESULT STDMETHODCALLTYPE OpenProperty(ULONG tag, LPCIID iid, ULONG options, ULONG flags,
+                                           LPUNKNOWN* object) override
+    {
+        return Run("IMAPIProp::OpenProperty", [&] { OpenPropertyOf(tag, iid, options, flags, object); });
+    }
+
+    HRESULT STDMETHODCALLTYPE SetProps(ULONG count, LPSPropValue values,
+                                       LPSPropProblemArray* problems) override
+    {
+        return Run("IMAPIProp::SetProps", [&] { SetPropsOf(count, values, problems); });
+    }
+
+    HRESULT STDMETHODCALLTYPE DeleteProps(LPSPropTagArray tags, LPSPropProblemArray* problems) override
+    {
+        return Run("IMAPIProp::DeleteProps", [&] { DeletePropsOf(tags, problems); });
+    }
+
+    HRESULT STDMETHODCALLTYPE CopyTo(ULONG excludedCount, LPCIID excluded, LPSPropTagArray excludedTags,
+                                     ULONG_PTR, LPMAPIPROGRESS progress, LPCIID iid, LPVOID target,
+                                     ULONG flags, LPSPropProblemArray* problems) override
+    {
+        return Run("IMAPIProp::CopyTo",
+                   [&]
+                   {
+                       Require(excluded || !excludedCount, "no list of the interfaces to leave out");
+                       bool parts = true;
+                       for (ULONG i = 0; i < excludedCount; ++i)
+                       {
+                           if (IsEqualGUID(excluded[i], IID_IMAPIProp))
+                               throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "nothing is left to copy");
+                           parts = parts && !this->Answers(excluded[i]);
+                       }
+                       CopyTheseTo({this, nullptr, nullptr, excludedTags, flags, parts, progress}, iid,
+                                   target, problems);
+                   });
+    }
+
+    HRESULT STDMETHODCALLTYPE CopyProps(LPSPropTagArray tags, ULONG_PTR, LPMAPIPROGRESS progress, LPCIID iid,
+                                        LPVOID target, ULONG flags, LPSPropProblemArray* problems) override
+    {
+        return Run(
+            "IMAPIProp::CopyProps",
+            [&]
+            {
+                Require(tags != nullptr, "no properties to copy");
+                CopyTheseTo({this, nullptr, tags, nullptr, flags, true, progress}, iid, target, problems);
+            });
+    }
+
+    HRESULT STDMETHODCALLTYPE GetNamesFromIDs(LPSPropTagArray* tags, LPGUID set, ULONG flags, ULONG* count,
+                                              LPMAPINAMEID** names) override
+    {
+        return Run("IMAPIProp::GetNamesFromIDs",
+                   [&] { return NamesFromIds(tags, set, flags, count, names); });
+    }
+
+    HRESULT STDMETHODCALLTYPE GetIDsFromNames(ULONG count, LPMAPINAMEID* names, ULONG flags,
+                                              LPSPropTagArray* tags) override
+    {
+        return Run("IMAPIProp::GetIDsFromNames", [&] { return IdsFromNames(count, names, flags, tags); });
+    }
+
+protected:
+    /// Runs a method's body under the guard and the object's lock.
+    template <typename Body>
+    HRESULT Run(const char* method, Body&& body)
+    {
+        return Guarded(method,
+                       [&]
+                       {
+                           const std::lock_guard<std::recursive_mutex> hold(Lock());
+                           return body();
+                       });
+    }
+
+    /// Saves a transacted object; others have nothing to do.
+    virtual void Save(ULONG flags) = 0;
+
+private:
+    /// @param request without its target
+    void CopyTheseTo(CopyRequest request, LPCIID iid, LPVOID target, LPSPropProblemArray* problems)
+    {
+        Require(iid && target, "no object to copy to");
+        RequireFlags(request.flags, MAPI_MOVE | MAPI_NOREPLACE | MAPI_DIALOG | MAPI_DECLINE_OK);
+        if (request.flags & MAPI_MOVE)
+            RequireWrite();
+        if (problems)
+            *problems = nullptr;
+        void* asked = nullptr;
+        Check(static_cast<IUnknown*>(target)->QueryInterface(IID_IMAPIProp, &asked),
+              "the target has no properties");
+        const Ref<IMAPIProp> dest = Ref<IMAPIProp>::Adopt(static_cast<IMAPIProp*>(asked));
+        request.target = dest.Get();
+        SPropProblemArray* found = CopyProperties(request);
+        if (problems)
+            *problems = found;
+        else
+            Free(found);
+    }
+};
+
+} // namespace zebstore

@@ -1,0 +1,139 @@
+// Named properties of a store's objects.
+#include "zebstore/objects/PropBase.h"
+
+#include <cstring>
+
+namespace zebstore
+{
+namespace
+{
+
+constexpr ULONG FirstNamedId = 0x8000;
+
+MAPINAMEID* BuildName(const StoreFile::PropertyName& name, void* parent)
+{
+    auto* result = static_cast<MAPINAMEID*>(Allocate(sizeof(MAPINAMEID), parent));
+    result->lpguid = static_cast<GUID*>(CopyBytes(&name.set, sizeof(GUID), parent));
+    result->ulKind = name.number ? MNID_ID : MNID_STRING;
+    if (name.number)
+        result->Kind.lID = *name.number;
+    else
+        result->Kind.lpwstrName = CopyWide(name.name.c_str(), parent);
+    return result;
+}
+
+/// Identifiers below 0x8000 are names of their own in MAPI's property set.
+std::optional<StoreFile::PropertyName> NameOf(StoreFile& file, ULONG id)
+{
+    if (id >= FirstNamedId)
+        return file.NameFromId(id);
+    StoreFile::PropertyName name;
+    name.id = id;
+    name.set = PS_MAPI;
+    name.number = static_cast<LONG>(id);
+    return name;
+}
+
+bool Wanted(const StoreFile::PropertyName& name, const GUID* set, ULONG flags)
+{
+    if (set && !IsEqualGUID(*set, name.set))
+        return false;
+    return !(flags & (name.number ? MAPI_NO_IDS : MAPI_NO_STRINGS));
+}
+
+SPropTagArray* BuildTags(const std::vector<ULONG>& tags)
+{
+    Buffer<SPropTagArray> array(
+        Allocate(offsetof(SPropTagArray, aulPropTag) + (tags.size() + 1) * sizeof(ULONG)));
+    array->cValues = static_cast<ULONG>(tags.size());
+    std::copy(tags.begin(), tags.end(), array->aulPropTag);
+    return array.Detach();
+}
+
+bool IsMapiName(const MAPINAMEID& name)
+{
+    return name.lpguid && IsEqualGUID(*name.lpguid, PS_MAPI) && name.ulKind == MNID_ID && name.Kind.lID > 0 &&
+           name.Kind.lID < static_cast<LONG>(FirstNamedId);
+}
+
+void CheckName(const MAPINAMEID* name)
+{
+    Require(name && name->lpguid, "a property name without its set");
+    Require(name->ulKind == MNID_ID || (name->ulKind == MNID_STRING && name->Kind.lpwstrName),
+            "a property name that is neither a number nor a text");
+}
+
+} // namespace
+
+HRESULT PropBase::NamesFromIds(SPropTagArray** tags, const GUID* set, ULONG flags, ULONG* count,
+                               MAPINAMEID*** names)
+{
+    Require(tags && count && names, "no place for the names");
+    *count = 0;
+    *names = nullptr;
+    RequireFlags(flags, MAPI_NO_STRINGS | MAPI_NO_IDS);
+    std::vector<std::optional<StoreFile::PropertyName>> found;
+    const bool all = *tags == nullptr;
+    if (all)
+    {
+        for (StoreFile::PropertyName& each : File().AllNames())
+            if (Wanted(each, set, flags))
+                found.emplace_back(std::move(each));
+    }
+    else
+    {
+        for (ULONG i = 0; i < (*tags)->cValues; ++i)
+            found.push_back(NameOf(File(), PROP_ID((*tags)->aulPropTag[i])));
+    }
+    Buffer<MAPINAMEID*> result(Allocate((found.size() + 1) * sizeof(MAPINAMEID*)));
+    std::vector<ULONG> ids;
+    bool missing = false;
+    for (size_t i = 0; i < found.size(); ++i)
+    {
+        result.Get()[i] = found[i] ? BuildName(*found[i], result.Get()) : nullptr;
+        missing = missing || !found[i];
+        if (all)
+            ids.push_back(PROP_TAG(PT_UNSPECIFIED, found[i]->id));
+    }
+    if (all)
+        *tags = BuildTags(ids);
+    *count = static_cast<ULONG>(found.size());
+    *names = result.Detach();
+    return missing ? MAPI_W_ERRORS_RETURNED : S_OK;
+}
+
+HRESULT PropBase::IdsFromNames(ULONG count, MAPINAMEID** names, ULONG flags, SPropTagArray** tags)
+{
+    Require(tags != nullptr, "no place for the tags");
+    *tags = nullptr;
+    RequireFlags(flags, MAPI_CREATE);
+    std::vector<ULONG> result;
+    if (!names || count == 0)
+    {
+        Require(!(flags & MAPI_CREATE), "no names to create");
+        for (const StoreFile::PropertyName& each : File().AllNames())
+            result.push_back(PROP_TAG(PT_UNSPECIFIED, each.id));
+        *tags = BuildTags(result);
+        return S_OK;
+    }
+    std::vector<const MAPINAMEID*> asked;
+    for (ULONG i = 0; i < count; ++i)
+    {
+        CheckName(names[i]);
+        if (!IsMapiName(*names[i]))
+            asked.push_back(names[i]);
+    }
+    const std::vector<ULONG> ids =
+        File().IdsFromNames(asked.data(), asked.size(), (flags & MAPI_CREATE) != 0);
+    bool missing = false;
+    for (ULONG i = 0, next = 0; i < count; ++i)
+    {
+        const ULONG id = IsMapiName(*names[i]) ? static_cast<ULONG>(names[i]->Kind.lID) : ids.at(next++);
+        missing = missing || id == 0;
+        result.push_back(id ? PROP_TAG(PT_UNSPECIFIED, id) : PROP_TAG(PT_ERROR, 0));
+    }
+    *tags = BuildTags(result);
+    return missing ? MAPI_W_ERRORS_RETURNED : S_OK;
+}
+
+} // namespace zebstore

@@ -1,0 +1,52 @@
+// Large properties as streams.
+#pragma once
+
+#include "zebstore/base/Object.h"
+#include "zebstore/objects/Stream.h"
+#include "zebstore/storage/PropertySet.h"
+#include "zebstore/storage/StoreFile.h"
+
+namespace zebstore
+{
+
+class PropBase;
+
+/// The bytes of a property of `properties`, for reading: large values are read where they are, a text of the
+/// other form is converted. @throws Error MAPI_E_NOT_FOUND; MAPI_E_INVALID_TYPE for what is neither binary
+/// nor text
+std::shared_ptr<StreamBytes> OpenForReading(const PropertySet& properties, ULONG tag, StoreFile& file);
+
+/// Sets a PT_BINARY, PT_STRING8 or PT_UNICODE property to the bytes of a small value.
+void SetFromBytes(PropertySet& properties, ULONG tag, const LargeValue& value);
+
+/// A property open for writing. Nothing is copied before the first write; what was written reaches the object
+/// at Commit, when the object is saved, and when the last stream on it is released.
+class PropertyBytes final : public StreamBytes
+{
+public:
+    /// @param create starts empty, else the property must be there
+    /// @throws Error MAPI_E_NOT_FOUND, MAPI_E_INVALID_TYPE
+    PropertyBytes(PropBase& owner, const PropertySet& properties, ULONG tag, bool create);
+    ~PropertyBytes() override;
+
+    std::uint64_t Size() override;
+    size_t ReadAt(std::uint64_t offset, void* buffer, size_t size) override;
+    void WriteAt(std::uint64_t offset, const void* bytes, size_t size) override;
+    void SetSize(std::uint64_t size) override;
+    void Commit() override { Publish(); }
+
+    /// Hands what was written to the object.
+    void Publish();
+
+private:
+    StagedValue& Staged();
+
+    PropBase& m_owner;
+    Ref<IUnknown> m_keepsOwner;
+    const ULONG m_tag;
+    std::shared_ptr<StreamBytes> m_original; ///< until the first write
+    std::shared_ptr<StagedValue> m_staged;
+    bool m_dirty = false;
+};
+
+} // namespace zebstore

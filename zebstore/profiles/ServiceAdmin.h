@@ -1,0 +1,15 @@
+// Message services of one profile.
+#pragma once
+
+#include "zebstore/profiles/Profiles.h"
+
+namespace zebstore
+{
+
+/// IMsgServiceAdmin of a profile; the caller owns the one reference. @throws Error MAPI_E_NOT_FOUND
+IMsgServiceAdmin* NewServiceAdmin(const std::string& profile);
+
+/// Adds the provider's service with its default store, which is made when it is not there.
+void AddDefaultService(const std::string& profile);
+
+} // namespace zebstore
