@@ -1,7 +1,6 @@
 # cmake --install: what a host needs (library, headers, package configuration), the provider, and the command line.
 include(GNUInstallDirs)
 
-set(zeb_sdk ${CMAKE_INSTALL_INCLUDEDIR}/zebapi)
 install(TARGETS zebapi zebstore RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 if(NOT WIN32)
@@ -12,8 +11,8 @@ if(TARGET zeb-import)
   install(TARGETS zeb-import RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
 
-# Hosts include "zebapi/ZebAPI.h"; what the library's headers include is next to them in rooms of its own. Public is what
-# the umbrella header and the framework's bring; everything else is internal.
+# Public is what the umbrella header and the framework's bring; everything else is internal. The headers lie as they do in the
+# sources, so that a host needs one include folder.
 set(zeb_seen)
 set(zeb_open zebapi/ZebAPI.h framework/framework.h)
 while(zeb_open)
@@ -23,21 +22,17 @@ while(zeb_open)
   endif()
   list(APPEND zeb_seen ${zeb_header})
   cmake_path(GET zeb_header PARENT_PATH zeb_room)
-  if(zeb_room STREQUAL zebapi)
-    install(FILES ${CMAKE_SOURCE_DIR}/${zeb_header} DESTINATION ${zeb_sdk})
-  else()
-    install(FILES ${CMAKE_SOURCE_DIR}/${zeb_header} DESTINATION ${zeb_sdk}/rooms/${zeb_room})
-  endif()
+  install(FILES ${CMAKE_SOURCE_DIR}/${zeb_header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${zeb_room})
   file(STRINGS ${CMAKE_SOURCE_DIR}/${zeb_header} zeb_includes REGEX "^#include \"")
   list(TRANSFORM zeb_includes REPLACE "^#include \"([^\"]+)\".*" "\\1")
   list(APPEND zeb_open ${zeb_includes})
 endwhile()
-install(FILES ${CMAKE_SOURCE_DIR}/zebstore/zebstore.h DESTINATION ${zeb_sdk}/rooms/zebstore)
+install(FILES ${CMAKE_SOURCE_DIR}/zebstore/zebstore.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zebstore)
 # A host that calls a MAPI interface itself must see the declarations that the library was built with; another
 # compiler's SDK brings its own.
 if(MINGW)
   foreach(header ${zeb_mapi_corrected})
-    install(FILES ${ZEB_MAPI_HEADERS}/${header}.h DESTINATION ${zeb_sdk}/rooms)
+    install(FILES ${ZEB_MAPI_HEADERS}/${header}.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
   endforeach()
 endif()
 

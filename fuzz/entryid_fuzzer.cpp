@@ -1,8 +1,8 @@
 // Entry identifiers: any bytes are classified and dumped; nothing is thrown, lost or read beyond the end.
 #include "fuzz/Require.h"
 #include "tests/support/MapiMemory.h"
-#include "zebapi/entryid/EntryIDInfo.h"
-#include "zebapi/values/Binary.h"
+#include "zebapi/Binary.h"
+#include "zebapi/EntryIDInfo.h"
 
 #include <cstdint>
 #include <cstring>

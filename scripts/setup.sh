@@ -10,9 +10,9 @@ packages=(g++ cmake ninja-build ccache pkg-config git ca-certificates npm
     nlohmann-json3-dev libcli11-dev libxxhash-dev libpff-dev libgmime-3.0-dev libxml2-dev python3 libgtest-dev libgmock-dev googletest)
 case $what in
 build | run) ;;
-test) packages+=(clang clang-format clang-tidy libclang-rt-14-dev python3-clang-14 pff-tools binutils) ;;
+test) packages+=(clang clang-format-19 clang-tidy libclang-rt-14-dev python3-clang-14 pff-tools binutils) ;;
 bench) packages+=(libbenchmark-dev) ;;
-all) packages+=(clang clang-format clang-tidy libclang-rt-14-dev python3-clang-14 pff-tools binutils
+all) packages+=(clang clang-format-19 clang-tidy libclang-rt-14-dev python3-clang-14 pff-tools binutils
     libbenchmark-dev) ;;
 *)
     echo "setup.sh: unknown purpose '$what' (build, run, test or bench)" >&2

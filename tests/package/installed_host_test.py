@@ -112,6 +112,11 @@ class InstalledHost(unittest.TestCase):
         names = {path.name for path in (self.prefix / "include" / "zebapi").glob("*.h")}
         self.assertTrue({"ZebAPI.h", "IProp.h", "Container.h", "Table.h"} <= names, names)
 
+    def test_nothing_internal_is_installed(self):
+        headers = {path.relative_to(self.prefix / "include").as_posix() for path in self.prefix.glob("include/**/*.h")}
+        self.assertIn("zebapi/objects/IProp.h", headers)
+        self.assertEqual([name for name in headers if "/internal/" in name or "/search/" in name or "qorlog" in name], [])
+
 
 if __name__ == "__main__":
     parser = argparse.ArgumentParser()

@@ -1,7 +1,7 @@
 // What an exception says of its subject.
 #pragma once
 
-#include "zebapi/frame/Exception.h"
+#include "zebapi/Exception.h"
 
 #include <string>
 

@@ -4,7 +4,7 @@
 
 #include "platform/mapi.h"
 #include "tests/support/ProviderScope.h"
-#include "zebapi/frame/MEM.h"
+#include "zebapi/MEM.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // What a piece of code throws.
 #pragma once
 
-#include "zebapi/frame/Exception.h"
+#include "zebapi/Exception.h"
 
 namespace zeb::test
 {

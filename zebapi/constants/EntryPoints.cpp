@@ -1,4 +1,4 @@
-#include "zebapi/constants/EntryPoints.h"
+#include "zebapi/constants/internal/EntryPoints.h"
 
 namespace zeb
 {

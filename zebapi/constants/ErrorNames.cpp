@@ -1,4 +1,4 @@
-#include "zebapi/constants/ErrorNames.h"
+#include "zebapi/constants/internal/ErrorNames.h"
 
 namespace zeb
 {

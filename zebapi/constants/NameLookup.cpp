@@ -1,8 +1,7 @@
-// The look-ups in the tables of named constants.
-#include "zebapi/values/TAGS.h"
+#include "zebapi/constants/NameLookup.h"
 
-#include "zebapi/constants/NameTables.h"
-#include "zebapi/values/internal/HexText.h"
+#include "zebapi/constants/internal/NameTables.h"
+#include "zebapi/constants/internal/NumberText.h"
 
 #include <cstdio>
 #include <cstring>

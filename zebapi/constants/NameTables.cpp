@@ -1,4 +1,4 @@
-#include "zebapi/constants/NameTables.h"
+#include "zebapi/constants/internal/NameTables.h"
 
 // Simple MAPI's session handle, which its header wants declared.
 typedef ULONG_PTR LHANDLE, *LPLHANDLE;

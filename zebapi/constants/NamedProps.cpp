@@ -1,4 +1,4 @@
-#include "zebapi/constants/NamedProps.h"
+#include "zebapi/constants/internal/NamedProps.h"
 
 namespace zeb
 {

@@ -2,7 +2,7 @@
 
 #include "platform/text.h"
 #include "qorlog/QorLog.h"
-#include "zebapi/constants/ErrorNames.h"
+#include "zebapi/constants/internal/ErrorNames.h"
 
 #include <algorithm>
 #include <cstring>

@@ -6,7 +6,7 @@
 #include "zebapi/frame/internal/Subject.h"
 #include "zebapi/objects/Message.h"
 #include "zebapi/objects/internal/OpenEntry.h"
-#include "zebapi/objects/internal/PropDump.h"
+#include "zebapi/values/internal/PropDump.h"
 #include "zebapi/values/OnePROPVAL.h"
 #include "zebapi/values/PROPVALArray.h"
 #include "zebapi/values/TAGS.h"
@@ -507,4 +507,43 @@ HRESULT CZebIProp::_HrGetOneProp_(IMAPIProp* prop, ULONG tag, SPropValue** value
     ULONG count = 0;
     const ULONG flags = PROP_TYPE(tag) == PT_UNICODE ? MAPI_UNICODE : 0;
     return prop->GetProps(tags, flags, &count, value);
+}
+
+CStringA CZebIProp::GetDisplayNameA()
+{
+    return GetStringPropA(GetDisplayNameTag(false));
+}
+
+CStringW CZebIProp::GetDisplayNameW()
+{
+    return GetStringPropW(GetDisplayNameTag(true));
+}
+
+CStringA CZebIProp::GetDisplayName()
+{
+    return GetStringProp(GetDisplayNameTag(false));
+}
+
+void CZebIProp::SetDisplayNameA(const char* name)
+{
+    CZebPropValArray values(1);
+    values[GetDisplayNameTag(false)] = name;
+    SetProps(values, true, nullptr);
+}
+
+void CZebIProp::SetDisplayNameW(const WCHAR* name)
+{
+    CZebPropValArray values(1);
+    values[GetDisplayNameTag(true)] = name;
+    SetProps(values, true, nullptr);
+}
+
+void CZebIProp::SetDisplayName(const char* name)
+{
+    SetDisplayNameA(name);
+}
+
+ULONG CZebIProp::GetDisplayNameTag(bool unicode) const
+{
+    return unicode ? PR_DISPLAY_NAME_W : PR_DISPLAY_NAME_A;
 }

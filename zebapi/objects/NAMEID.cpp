@@ -1,6 +1,6 @@
 #include "zebapi/objects/NAMEID.h"
 
-#include "zebapi/constants/NamedProps.h"
+#include "zebapi/constants/internal/NamedProps.h"
 #include "zebapi/frame/Exception.h"
 #include "zebapi/frame/MEM.h"
 

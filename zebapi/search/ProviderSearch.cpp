@@ -4,7 +4,7 @@
 #include "qorlog/QorLog.h"
 #include "qorth/DllLoader.h"
 #include "qorth/System.h"
-#include "zebapi/constants/EntryPoints.h"
+#include "zebapi/constants/internal/EntryPoints.h"
 #include "zebapi/search/Registry.h"
 
 #include <utility>

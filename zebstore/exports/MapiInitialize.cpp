@@ -5,6 +5,8 @@
 #include "zebstore/base/Guard.h"
 #include "zebstore/base/Memory.h"
 #include "zebstore/notify/Notifier.h"
+#include "zebstore/profiles/ProfAdmin.h"
+#include "zebstore/session/Session.h"
 
 #include <imessage.h>
 #include <mapiform.h>

@@ -1,21 +1,10 @@
-// What the exported entry points are made of.
+// MAPIInitialize and MAPIUninitialize.
 #pragma once
-
-#include "platform/mapi.h"
 
 namespace zebstore
 {
 
 /// True between MAPIInitialize and the last MAPIUninitialize.
 bool IsInitialized();
-
-/// Opens a session; the caller owns the one reference.
-/// @param profile narrow text, or 16-bit text when `flags` has MAPI_UNICODE; null or empty: the default
-/// profile.
-/// @throws Error MAPI_E_LOGON_FAILED when there is no such profile.
-IMAPISession* Logon(const char* profile, ULONG flags);
-
-/// The profile administration; the caller owns the one reference.
-IProfAdmin* NewProfAdmin();
 
 } // namespace zebstore

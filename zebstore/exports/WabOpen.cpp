@@ -4,7 +4,7 @@
 #include "zebstore/base/Memory.h"
 #include "zebstore/exports/MapiInitialize.h"
 #include "zebstore/notify/Notifier.h"
-#include "zebstore/profiles/Profiles.h"
+#include "zebstore/profiles/ServiceAdmin.h"
 #include "zebstore/storage/Text.h"
 
 #include <atomic>

@@ -2,13 +2,9 @@
 #pragma once
 
 #include "zebstore/objects/PropBase.h"
-#include "zebstore/profiles/Profiles.h"
 
 namespace zebstore
 {
-
-/// Opens the file of a profile's store, for writing where that is allowed.
-std::shared_ptr<StoreFile> OpenServiceFile(const Service& service);
 
 /// IMsgStore over an opened store.
 Ref<IMsgStore> NewStore(const StorePtr& store, Access access);

@@ -1,5 +1,5 @@
-// IProfAdmin.
-#include "zebstore/exports/MapiInitialize.h"
+#include "zebstore/profiles/ProfAdmin.h"
+
 #include "zebstore/objects/Objects.h"
 #include "zebstore/profiles/ServiceAdmin.h"
 

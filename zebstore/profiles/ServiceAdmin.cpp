@@ -237,6 +237,23 @@ private:
 
 } // namespace
 
+std::shared_ptr<StoreFile> OpenServiceFile(const Service& service)
+{
+    StoreFile::OpenOptions options;
+    options.fullDurability = service.fullDurability;
+    try
+    {
+        return StoreFile::Open(service.path, options);
+    }
+    catch (const Error& error)
+    {
+        if (error.Code() != MAPI_E_NO_ACCESS)
+            throw;
+    }
+    options.readOnly = true;
+    return StoreFile::Open(service.path, options);
+}
+
 IMsgServiceAdmin* NewServiceAdmin(const std::string& profile)
 {
     if (!profiles::Exists(profile))

@@ -2,12 +2,16 @@
 #pragma once
 
 #include "zebstore/profiles/Profiles.h"
+#include "zebstore/storage/StoreFile.h"
 
 namespace zebstore
 {
 
 /// IMsgServiceAdmin of a profile; the caller owns the one reference. @throws Error MAPI_E_NOT_FOUND
 IMsgServiceAdmin* NewServiceAdmin(const std::string& profile);
+
+/// Opens the file of a profile's store, for writing where that is allowed.
+std::shared_ptr<StoreFile> OpenServiceFile(const Service& service);
 
 /// Adds the provider's service with its default store, which is made when it is not there.
 void AddDefaultService(const std::string& profile);

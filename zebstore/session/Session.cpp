@@ -1,6 +1,6 @@
-// IMAPISession, and logging on.
+#include "zebstore/session/Session.h"
+
 #include "zebstore/addressbook/AddressBook.h"
-#include "zebstore/exports/MapiInitialize.h"
 #include "zebstore/objects/Objects.h"
 #include "zebstore/objects/OpenFlags.h"
 #include "zebstore/objects/StoreSinks.h"
@@ -325,23 +325,6 @@ private:
 };
 
 } // namespace
-
-std::shared_ptr<StoreFile> OpenServiceFile(const Service& service)
-{
-    StoreFile::OpenOptions options;
-    options.fullDurability = service.fullDurability;
-    try
-    {
-        return StoreFile::Open(service.path, options);
-    }
-    catch (const Error& error)
-    {
-        if (error.Code() != MAPI_E_NO_ACCESS)
-            throw;
-    }
-    options.readOnly = true;
-    return StoreFile::Open(service.path, options);
-}
 
 IMAPISession* Logon(const char* profile, ULONG flags)
 {

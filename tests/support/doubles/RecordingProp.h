@@ -2,7 +2,7 @@
 #pragma once
 
 #include "tests/support/doubles/Journal.h"
-#include "zebapi/frame/MEM.h"
+#include "zebapi/MEM.h"
 
 #include <cstring>
 #include <functional>

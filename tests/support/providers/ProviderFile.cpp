@@ -1,7 +1,7 @@
 #include "tests/support/providers/ProviderFile.h"
 
 #include "platform/module.h"
-#include "zebapi/constants/EntryPoints.h"
+#include "zebapi/constants/internal/EntryPoints.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "zebapi/entryid/BinaryParser.h"
+#include "zebapi/BinaryParser.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "zebapi/entryid/EntryIDInfo.h"
+#include "zebapi/EntryIDInfo.h"
 
 #include "platform/text.h"
 #include "tests/support/MapiMemory.h"

@@ -6,7 +6,7 @@
 #include "tests/support/FailingSystem.h"
 #include "tests/support/MapiMemory.h"
 #include "tests/support/ProviderScope.h"
-#include "zebapi/frame/Exception.h"
+#include "zebapi/Exception.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 #include "tests/zebapi/frame/ProviderFixture.h"
 
 #include "qorth/DllLoader.h"
-#include "zebapi/constants/EntryPoints.h"
+#include "zebapi/constants/internal/EntryPoints.h"
 
 namespace zeb::test
 {

@@ -1,4 +1,4 @@
-#include "zebapi/frame/Exception.h"
+#include "zebapi/Exception.h"
 
 #include "platform/text.h"
 #include "tests/support/Environment.h"
@@ -7,7 +7,7 @@
 #include "tests/support/MapiMemory.h"
 #include "tests/support/TempFolder.h"
 #include "tests/zebapi/frame/ErrorObject.h"
-#include "zebapi/constants/ErrorNames.h"
+#include "zebapi/constants/internal/ErrorNames.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

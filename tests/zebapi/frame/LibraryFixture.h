@@ -4,8 +4,8 @@
 #include "platform/module.h"
 #include "tests/support/Thrown.h"
 #include "tests/zebapi/frame/ProviderFixture.h"
-#include "zebapi/frame/MEM.h"
-#include "zebapi/frame/Mapiload.h"
+#include "zebapi/MEM.h"
+#include "zebapi/Mapiload.h"
 #include "zebapi/frame/internal/EntryPoints.h"
 
 namespace zeb::test

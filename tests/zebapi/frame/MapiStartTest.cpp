@@ -3,7 +3,7 @@
 
 #include "qorth/DllLoader.h"
 #include "tests/support/FailingNew.h"
-#include "zebapi/frame/MEM.h"
+#include "zebapi/MEM.h"
 
 #include <cstdio>
 #include <functional>

@@ -1,11 +1,11 @@
-#include "zebapi/frame/MEM.h"
+#include "zebapi/MEM.h"
 
 #include "tests/support/LogCapture.h"
 #include "tests/support/MapiMemory.h"
 #include "tests/support/Thrown.h"
 #include "tests/support/providers/WabObject.h"
 #include "tests/zebapi/frame/EntryPointScope.h"
-#include "zebapi/frame/Exception.h"
+#include "zebapi/Exception.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -4,7 +4,7 @@
 #include "tests/support/doubles/RecordingProfAdmin.h"
 #include "tests/support/doubles/RecordingStore.h"
 #include "tests/zebapi/frame/LibraryFixture.h"
-#include "zebapi/frame/Profiles.h"
+#include "zebapi/Profiles.h"
 
 #include <cstring>
 #include <string>

@@ -1,5 +1,5 @@
 // Profiles by the registry and through MAPI.
-#include "zebapi/frame/Profiles.h"
+#include "zebapi/Profiles.h"
 
 #include "tests/support/FailingNew.h"
 #include "tests/support/MapiMemory.h"

@@ -4,7 +4,7 @@
 #include "platform/module.h"
 #include "platform/registry.h"
 #include "tests/support/RegistryScope.h"
-#include "zebapi/frame/Mapiload.h"
+#include "zebapi/Mapiload.h"
 
 #include <fstream>
 #include <iterator>

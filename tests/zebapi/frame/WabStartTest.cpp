@@ -6,7 +6,7 @@
 #include "tests/support/doubles/RecordingStore.h"
 #include "tests/support/providers/WabObject.h"
 #include "tests/zebapi/frame/EntryPointScope.h"
-#include "zebapi/frame/MEM.h"
+#include "zebapi/MEM.h"
 
 #include <optional>
 

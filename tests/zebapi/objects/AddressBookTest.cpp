@@ -1,9 +1,9 @@
-#include "zebapi/objects/AddressBook.h"
+#include "zebapi/AddressBook.h"
 #include "ObjectsTest.h"
 #include "qorth/TimeProfile.h"
 #include "tests/support/doubles/RecordingContainers.h"
 #include "tests/support/doubles/RecordingStore.h"
-#include "zebapi/frame/SESSION.h"
+#include "zebapi/SESSION.h"
 
 using namespace zeb::test;
 

@@ -1,4 +1,4 @@
-#include "zebapi/tables/AdviseSink.h"
+#include "zebapi/AdviseSink.h"
 #include "ObjectsTest.h"
 #include "tests/support/FailingNew.h"
 

@@ -2,11 +2,11 @@
 #include "ObjectsTest.h"
 #include "tests/support/doubles/RecordingContainers.h"
 #include "tests/support/doubles/RecordingStore.h"
-#include "zebapi/frame/SESSION.h"
-#include "zebapi/objects/Folder.h"
-#include "zebapi/objects/MsgStore.h"
-#include "zebapi/values/PROPVALArray.h"
-#include "zebapi/values/TAGS.h"
+#include "zebapi/Folder.h"
+#include "zebapi/MsgStore.h"
+#include "zebapi/PROPVALArray.h"
+#include "zebapi/SESSION.h"
+#include "zebapi/TAGS.h"
 
 #include <list>
 #include <string>

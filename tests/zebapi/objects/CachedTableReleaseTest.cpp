@@ -1,7 +1,7 @@
 // What a cached table does when letting go of its rows or its table throws, which operations a derived class may
 // override, and which operation of a delegate each event reaches.
 #include "CachedTables.h"
-#include "zebapi/frame/Mapiload.h"
+#include "zebapi/Mapiload.h"
 #include "zebapi/frame/internal/EntryPoints.h"
 
 #include <stdexcept>

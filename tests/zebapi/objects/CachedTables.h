@@ -2,7 +2,7 @@
 #pragma once
 
 #include "ObjectsTest.h"
-#include "zebapi/tables/CachedTable.h"
+#include "zebapi/CachedTable.h"
 
 namespace zeb::test
 {

@@ -1,8 +1,8 @@
-#include "zebapi/objects/Container.h"
+#include "zebapi/Container.h"
 #include "ObjectsTest.h"
 #include "tests/support/doubles/RecordingContainers.h"
-#include "zebapi/objects/Folder.h"
-#include "zebapi/objects/Message.h"
+#include "zebapi/Folder.h"
+#include "zebapi/Message.h"
 
 using namespace zeb::test;
 

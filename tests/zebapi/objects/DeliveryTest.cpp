@@ -2,7 +2,7 @@
 #include "Delivery.h"
 #include "platform/messages.h"
 #include "tests/support/doubles/DeliveringTable.h"
-#include "zebapi/tables/CachedTable.h"
+#include "zebapi/CachedTable.h"
 
 #include <chrono>
 #include <condition_variable>

@@ -1,9 +1,9 @@
 // Folders whose calls fail or give nothing, and folders of a derived class.
 #include "FolderFixture.h"
 #include "tests/support/doubles/RecordingStore.h"
-#include "zebapi/frame/SESSION.h"
-#include "zebapi/values/PROPVALArray.h"
-#include "zebapi/values/TAGS.h"
+#include "zebapi/PROPVALArray.h"
+#include "zebapi/SESSION.h"
+#include "zebapi/TAGS.h"
 
 #include <functional>
 

@@ -3,7 +3,7 @@
 
 #include "ObjectsTest.h"
 #include "tests/support/doubles/RecordingContainers.h"
-#include "zebapi/objects/Folder.h"
+#include "zebapi/Folder.h"
 
 namespace zeb::test
 {

@@ -1,7 +1,7 @@
 // Folders: what is made, opened, copied and deleted through them.
 #include "FolderFixture.h"
 #include "tests/support/Context.h"
-#include "zebapi/values/PROPVALArray.h"
+#include "zebapi/PROPVALArray.h"
 
 using namespace zeb::test;
 

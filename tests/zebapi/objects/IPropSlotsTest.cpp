@@ -1,9 +1,9 @@
 // A derived class that overrides an operation changes all operations that build on it.
 #include "ObjectsTest.h"
 #include "tests/support/doubles/RecordingStore.h"
-#include "zebapi/frame/SESSION.h"
-#include "zebapi/objects/IProp.h"
-#include "zebapi/values/PROPVALArray.h"
+#include "zebapi/IProp.h"
+#include "zebapi/PROPVALArray.h"
+#include "zebapi/SESSION.h"
 
 #include <functional>
 

@@ -1,11 +1,11 @@
-#include "zebapi/objects/IProp.h"
+#include "zebapi/IProp.h"
 #include "ObjectsTest.h"
 #include "tests/support/Context.h"
 #include "tests/support/FailingNew.h"
-#include "zebapi/frame/SESSION.h"
-#include "zebapi/objects/Message.h"
-#include "zebapi/values/PROPVALArray.h"
-#include "zebapi/values/TAGS.h"
+#include "zebapi/Message.h"
+#include "zebapi/PROPVALArray.h"
+#include "zebapi/SESSION.h"
+#include "zebapi/TAGS.h"
 
 #include <functional>
 #include <memory>

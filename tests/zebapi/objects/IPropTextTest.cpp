@@ -1,5 +1,5 @@
 #include "ObjectsTest.h"
-#include "zebapi/objects/IProp.h"
+#include "zebapi/IProp.h"
 
 using namespace zeb::test;
 

@@ -1,8 +1,8 @@
-#include "zebapi/objects/MsgStore.h"
+#include "zebapi/MsgStore.h"
 #include "ObjectsTest.h"
 #include "tests/support/doubles/RecordingContainers.h"
 #include "tests/support/doubles/RecordingStore.h"
-#include "zebapi/frame/SESSION.h"
+#include "zebapi/SESSION.h"
 
 using namespace zeb::test;
 

@@ -1,7 +1,7 @@
-#include "zebapi/objects/NAMEID.h"
+#include "zebapi/NAMEID.h"
 #include "ObjectsTest.h"
 #include "tests/support/FailingNew.h"
-#include "zebapi/constants/NamedProps.h"
+#include "zebapi/constants/internal/NamedProps.h"
 
 #include <new>
 #include <set>

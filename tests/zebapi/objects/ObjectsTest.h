@@ -7,7 +7,7 @@
 #include "tests/support/Thrown.h"
 #include "tests/support/doubles/Journal.h"
 #include "tests/support/doubles/RowTable.h"
-#include "zebapi/frame/Exception.h"
+#include "zebapi/Exception.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 // A class derived from a session or from the map of names changes all operations that build on what it overrides.
 #include "ObjectsTest.h"
 #include "tests/support/doubles/RecordingStore.h"
-#include "zebapi/frame/SESSION.h"
-#include "zebapi/objects/NAMEID.h"
-#include "zebapi/tables/RowSet.h"
+#include "zebapi/NAMEID.h"
+#include "zebapi/RowSet.h"
+#include "zebapi/SESSION.h"
 
 using namespace zeb::test;
 

@@ -4,10 +4,10 @@
 #include "tests/support/doubles/RecordingContainers.h"
 #include "tests/support/doubles/RecordingProfAdmin.h"
 #include "tests/support/doubles/RecordingStore.h"
-#include "zebapi/frame/Profiles.h"
-#include "zebapi/frame/SESSION.h"
-#include "zebapi/objects/AddressBook.h"
-#include "zebapi/values/PROPVALArray.h"
+#include "zebapi/AddressBook.h"
+#include "zebapi/PROPVALArray.h"
+#include "zebapi/Profiles.h"
+#include "zebapi/SESSION.h"
 
 #include <stdexcept>
 

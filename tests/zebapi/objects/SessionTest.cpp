@@ -1,8 +1,8 @@
-#include "zebapi/frame/SESSION.h"
+#include "zebapi/SESSION.h"
 #include "ObjectsTest.h"
 #include "tests/support/doubles/RecordingContainers.h"
 #include "tests/support/doubles/RecordingStore.h"
-#include "zebapi/tables/RowSet.h"
+#include "zebapi/RowSet.h"
 
 #include <functional>
 

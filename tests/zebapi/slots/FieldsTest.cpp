@@ -2,19 +2,19 @@
 //
 // The offset is read out of a pointer to the member: all of it in the Itanium C++ ABI, its first 32 bits in either.
 #include "tests/zebapi/slots/Slots.h"
+#include "zebapi/BinArray.h"
+#include "zebapi/BinaryParser.h"
+#include "zebapi/CachedTable.h"
+#include "zebapi/EntryIDInfo.h"
+#include "zebapi/Folder.h"
+#include "zebapi/MsgStore.h"
+#include "zebapi/PROPVALArray.h"
+#include "zebapi/Profiles.h"
+#include "zebapi/Restrict.h"
+#include "zebapi/SESSION.h"
+#include "zebapi/SortOrder.h"
+#include "zebapi/TAGS.h"
 #include "zebapi/ZebAPI.h"
-#include "zebapi/entryid/BinaryParser.h"
-#include "zebapi/entryid/EntryIDInfo.h"
-#include "zebapi/frame/Profiles.h"
-#include "zebapi/frame/SESSION.h"
-#include "zebapi/objects/Folder.h"
-#include "zebapi/objects/MsgStore.h"
-#include "zebapi/tables/CachedTable.h"
-#include "zebapi/tables/Restrict.h"
-#include "zebapi/tables/SortOrder.h"
-#include "zebapi/values/BinArray.h"
-#include "zebapi/values/PROPVALArray.h"
-#include "zebapi/values/TAGS.h"
 
 namespace zeb::test
 {

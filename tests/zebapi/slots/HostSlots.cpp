@@ -1,8 +1,8 @@
 #include "tests/zebapi/slots/Slots.h"
-#include "zebapi/frame/Exception.h"
-#include "zebapi/frame/Mapiload.h"
-#include "zebapi/frame/Profiles.h"
-#include "zebapi/frame/SESSION.h"
+#include "zebapi/Exception.h"
+#include "zebapi/Mapiload.h"
+#include "zebapi/Profiles.h"
+#include "zebapi/SESSION.h"
 
 namespace zeb::test
 {

@@ -1,15 +1,15 @@
 // What objects hold, which hosts and other compilers count on: a table of operations and the fields behind it.
-#include "zebapi/frame/SESSION.h"
-#include "zebapi/objects/NAMEID.h"
-#include "zebapi/tables/AdviseSink.h"
-#include "zebapi/tables/Restrict.h"
-#include "zebapi/tables/RowSet.h"
-#include "zebapi/tables/SortOrder.h"
-#include "zebapi/tables/Table.h"
-#include "zebapi/values/BinArray.h"
-#include "zebapi/values/OnePROPVAL.h"
-#include "zebapi/values/PROPVALArray.h"
-#include "zebapi/values/TAGS.h"
+#include "zebapi/AdviseSink.h"
+#include "zebapi/BinArray.h"
+#include "zebapi/NAMEID.h"
+#include "zebapi/OnePROPVAL.h"
+#include "zebapi/PROPVALArray.h"
+#include "zebapi/Restrict.h"
+#include "zebapi/RowSet.h"
+#include "zebapi/SESSION.h"
+#include "zebapi/SortOrder.h"
+#include "zebapi/TAGS.h"
+#include "zebapi/Table.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 #include "tests/zebapi/slots/Slots.h"
-#include "zebapi/frame/SESSION.h"
-#include "zebapi/objects/Folder.h"
-#include "zebapi/objects/Message.h"
-#include "zebapi/objects/NAMEID.h"
-#include "zebapi/values/PROPVALArray.h"
+#include "zebapi/Folder.h"
+#include "zebapi/Message.h"
+#include "zebapi/NAMEID.h"
+#include "zebapi/PROPVALArray.h"
+#include "zebapi/SESSION.h"
 
 namespace zeb::test
 {

@@ -1,9 +1,9 @@
 #include "tests/zebapi/slots/Slots.h"
-#include "zebapi/tables/AdviseSink.h"
-#include "zebapi/tables/CachedTable.h"
-#include "zebapi/tables/Restrict.h"
-#include "zebapi/tables/RowSet.h"
-#include "zebapi/tables/SortOrder.h"
+#include "zebapi/AdviseSink.h"
+#include "zebapi/CachedTable.h"
+#include "zebapi/Restrict.h"
+#include "zebapi/RowSet.h"
+#include "zebapi/SortOrder.h"
 
 namespace zeb::test
 {

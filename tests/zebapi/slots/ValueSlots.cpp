@@ -1,9 +1,9 @@
 #include "tests/zebapi/slots/Slots.h"
-#include "zebapi/entryid/BinaryParser.h"
-#include "zebapi/values/BinArray.h"
-#include "zebapi/values/OnePROPVAL.h"
-#include "zebapi/values/PROPVALArray.h"
-#include "zebapi/values/TAGS.h"
+#include "zebapi/BinArray.h"
+#include "zebapi/BinaryParser.h"
+#include "zebapi/OnePROPVAL.h"
+#include "zebapi/PROPVALArray.h"
+#include "zebapi/TAGS.h"
 
 namespace zeb::test
 {

@@ -1,4 +1,4 @@
-#include "zebapi/tables/Restrict.h"
+#include "zebapi/Restrict.h"
 
 #include "tests/support/MapiMemory.h"
 #include "tests/support/Thrown.h"

@@ -1,4 +1,4 @@
-#include "zebapi/tables/RowSet.h"
+#include "zebapi/RowSet.h"
 
 #include "tests/support/Context.h"
 #include "tests/support/MapiMemory.h"

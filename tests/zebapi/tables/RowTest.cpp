@@ -1,4 +1,4 @@
-#include "zebapi/tables/Row.h"
+#include "zebapi/Row.h"
 
 #include "tests/support/Context.h"
 #include "tests/support/MapiMemory.h"

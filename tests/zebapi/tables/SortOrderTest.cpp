@@ -1,4 +1,4 @@
-#include "zebapi/tables/SortOrder.h"
+#include "zebapi/SortOrder.h"
 
 #include "tests/support/MapiMemory.h"
 #include "tests/support/Thrown.h"

@@ -1,5 +1,5 @@
 // Connections and bookmarks are pointer-sized on 64-bit Windows; the library gives out 32 bits.
-#include "zebapi/tables/Table.h"
+#include "zebapi/Table.h"
 
 #include "tests/support/Thrown.h"
 #include "tests/support/doubles/MapiUtilities.h"

@@ -1,11 +1,11 @@
-#include "zebapi/tables/Table.h"
+#include "zebapi/Table.h"
 
 #include "tests/support/LogCapture.h"
 #include "tests/support/Thrown.h"
 #include "tests/support/doubles/MapiUtilities.h"
 #include "tests/support/doubles/RecordingTable.h"
-#include "zebapi/tables/RowSet.h"
-#include "zebapi/values/TAGS.h"
+#include "zebapi/RowSet.h"
+#include "zebapi/TAGS.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -3,11 +3,11 @@
 #include "tests/support/Thrown.h"
 #include "tests/support/doubles/MapiUtilities.h"
 #include "tests/support/doubles/RecordingTable.h"
-#include "zebapi/tables/Restrict.h"
-#include "zebapi/tables/Row.h"
-#include "zebapi/tables/RowSet.h"
-#include "zebapi/tables/SortOrder.h"
-#include "zebapi/tables/Table.h"
+#include "zebapi/Restrict.h"
+#include "zebapi/Row.h"
+#include "zebapi/RowSet.h"
+#include "zebapi/SortOrder.h"
+#include "zebapi/Table.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

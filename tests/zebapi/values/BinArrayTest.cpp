@@ -1,4 +1,4 @@
-#include "zebapi/values/BinArray.h"
+#include "zebapi/BinArray.h"
 
 #include "tests/support/MapiMemory.h"
 #include "tests/support/Thrown.h"

@@ -1,4 +1,4 @@
-#include "zebapi/values/Binary.h"
+#include "zebapi/Binary.h"
 
 #include "tests/support/MapiMemory.h"
 #include "tests/support/Thrown.h"

@@ -1,5 +1,5 @@
 #include "framework/CString.h"
-#include "zebapi/values/TAGS.h"
+#include "zebapi/TAGS.h"
 
 #include "tests/zebapi/values/HeaderConstants.h"
 

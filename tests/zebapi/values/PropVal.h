@@ -4,7 +4,7 @@
 #include "tests/support/MapiMemory.h"
 #include "tests/support/Thrown.h"
 #include "tests/support/doubles/MapiUtilities.h"
-#include "zebapi/values/OnePROPVAL.h"
+#include "zebapi/OnePROPVAL.h"
 
 #include <gtest/gtest.h>
 

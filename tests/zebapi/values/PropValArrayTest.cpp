@@ -1,6 +1,6 @@
-#include "zebapi/values/PROPVALArray.h"
+#include "zebapi/PROPVALArray.h"
 
-#include "zebapi/values/BinArray.h"
+#include "zebapi/BinArray.h"
 
 #include "tests/support/Context.h"
 #include "tests/support/MapiMemory.h"

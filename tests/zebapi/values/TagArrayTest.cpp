@@ -1,6 +1,6 @@
-#include "zebapi/values/TAGS.h"
+#include "zebapi/TAGS.h"
 
-#include "zebapi/objects/IProp.h"
+#include "zebapi/IProp.h"
 
 #include "tests/support/MapiMemory.h"
 #include "tests/support/Thrown.h"

@@ -1,5 +1,6 @@
 #include "zebapi/entryid/internal/DumpText.h"
 
+#include "zebapi/constants/internal/NumberText.h"
 #include "zebapi/values/internal/HexText.h"
 
 #include <utility>

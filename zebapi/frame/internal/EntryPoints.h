@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/mapi.h"
-#include "zebapi/constants/EntryPoints.h"
+#include "zebapi/constants/internal/EntryPoints.h"
 
 namespace zeb
 {

@@ -1,7 +1,7 @@
 #include "zebapi/frame/internal/Subject.h"
 
 #include "qorth/Text.h"
-#include "zebapi/values/TAGS.h"
+#include "zebapi/constants/NameLookup.h"
 
 namespace zeb
 {

@@ -1,4 +1,4 @@
-// Internal: bytes and numbers as the hexadecimal text that the library shows.
+// Internal: bytes as the hexadecimal text that the library shows.
 #pragma once
 
 #include "qorth/Hex.h"
@@ -23,21 +23,6 @@ inline CStringA HexText(const void* bytes, ULONG count)
     }
     CStringA text;
     Bin2String(text, bytes, count, 0);
-    return text;
-}
-
-/// The length of a number's text.
-constexpr size_t numberLength = sizeof "0x12345678" - 1;
-
-/// Writes "0x%08X", without a terminator. @return the place behind it
-inline char* WriteNumber(char* text, ULONG number)
-{
-    *text++ = '0';
-    *text++ = 'x';
-    for (int shift = 28; shift >= 0; shift -= 4)
-    {
-        *text++ = "0123456789ABCDEF"[(number >> shift) & 0xF];
-    }
     return text;
 }
 

@@ -1,6 +1,6 @@
-#include "zebapi/objects/internal/PropDump.h"
+#include "zebapi/values/internal/PropDump.h"
 
-#include "zebapi/values/TAGS.h"
+#include "zebapi/constants/NameLookup.h"
 
 namespace zeb
 {

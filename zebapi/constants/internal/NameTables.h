@@ -1,7 +1,7 @@
 // Internal: the tables of named constants, with an index over each.
 #pragma once
 
-#include "zebapi/values/TAGS.h"
+#include "zebapi/constants/NameLookup.h"
 
 #include <array>
 #include <cstdint>

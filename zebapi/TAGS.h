@@ -1,0 +1,4 @@
+#pragma once
+
+#include "zebapi/constants/NameLookup.h"
+#include "zebapi/values/TAGS.h"
