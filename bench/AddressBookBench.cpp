@@ -28,7 +28,9 @@ public:
         CZebAddressBook book = m_session.OpenAddressBook(nullptr, AB_NO_DIALOG);
         CZebContainer directory = book.OpenMainContainer(nullptr);
         for (ULONG number = directory.GetContentsTable(0).GetRowCount(); number < count; ++number)
+        {
             Add(directory, number);
+        }
     }
     ~AddressBookOf() { m_session.Logoff(0, 0, 0); }
     AddressBookOf(const AddressBookOf&) = delete;
@@ -47,7 +49,9 @@ private:
         const SBinary& id = model;
         CComPtr<IMAPIProp> created;
         if (FAILED(container->CreateEntry(id.cb, reinterpret_cast<LPENTRYID>(id.lpb), 0, created.Put())))
+        {
             throw std::runtime_error("A user could not be created.");
+        }
         CStringA name, address;
         name.Format("User %08x", number * 2654435761u);
         address.Format("user%u@example.org", number);
@@ -64,24 +68,23 @@ private:
 /// Opens the address book and its default directory, counts, reads the first rows by name.
 double OpenOnce(AddressBookOf& addresses)
 {
-    return Seconds(
-        [&]
+    return Seconds([&]
+    {
+        CZebAddressBook book = addresses.Session().OpenAddressBook(nullptr, AB_NO_DIALOG);
+        CZebTable table = book.OpenMainContainer(nullptr).GetContentsTable(MAPI_UNICODE);
+        table.SetColumns(4, PR_ENTRYID, PR_DISPLAY_NAME_W, PR_EMAIL_ADDRESS_W, PR_OBJECT_TYPE);
+        if (table.GetRowCount() != addresses.Count())
         {
-            CZebAddressBook book = addresses.Session().OpenAddressBook(nullptr, AB_NO_DIALOG);
-            CZebTable table = book.OpenMainContainer(nullptr).GetContentsTable(MAPI_UNICODE);
-            table.SetColumns(4, PR_ENTRYID, PR_DISPLAY_NAME_W, PR_EMAIL_ADDRESS_W, PR_OBJECT_TYPE);
-            if (table.GetRowCount() != addresses.Count())
-            {
-                throw std::runtime_error("The address book did not count every entry.");
-            }
-            CZebRowSet rows;
-            table.QueryRows(&rows, kFirstRows, nullptr, nullptr);
-            if (rows.Count() != static_cast<ULONG>(kFirstRows))
-            {
-                throw std::runtime_error("The address book did not give its first rows.");
-            }
-            Keep(rows[0][PR_DISPLAY_NAME_W].GetTag());
-        });
+            throw std::runtime_error("The address book did not count every entry.");
+        }
+        CZebRowSet rows;
+        table.QueryRows(&rows, kFirstRows, nullptr, nullptr);
+        if (rows.Count() != static_cast<ULONG>(kFirstRows))
+        {
+            throw std::runtime_error("The address book did not give its first rows.");
+        }
+        Keep(rows[0][PR_DISPLAY_NAME_W].GetTag());
+    });
 }
 
 } // namespace

@@ -46,11 +46,10 @@ struct Tables
         cached = table;
 
         CComPtr<IMAPIContainer> inbox;
-        Check(CComPtr<IMAPIProp>(store->Inbox().GetInterface())
-                  ->QueryInterface(IID_IMAPIContainer, inbox.PutAs<void>()));
+        Check(
+            CComPtr<IMAPIProp>(store->Inbox().GetInterface())->QueryInterface(IID_IMAPIContainer, inbox.PutAs<void>()));
         Check(inbox->GetContentsTable(MAPI_UNICODE, hand.Put()));
-        SizedSPropTagArray(4, columns) = {
-            4, {PR_ENTRYID, PR_SUBJECT_W, PR_SENDER_NAME_W, PR_MESSAGE_DELIVERY_TIME}};
+        SizedSPropTagArray(4, columns) = {4, {PR_ENTRYID, PR_SUBJECT_W, PR_SENDER_NAME_W, PR_MESSAGE_DELIVERY_TIME}};
         Check(hand->SetColumns(reinterpret_cast<SPropTagArray*>(&columns), 0));
     }
 
@@ -72,58 +71,53 @@ struct Tables
 
     double ScrollCached()
     {
-        return SecondsOfReading(count,
-                                [this](unsigned long long& sum)
-                                {
-                                    for (ULONG i = 0; i < count; ++i)
-                                    {
-                                        sum += cached[i].TagAt(kSubject);
-                                    }
-                                });
+        return SecondsOfReading(count, [this](unsigned long long& sum)
+        {
+            for (ULONG i = 0; i < count; ++i)
+            {
+                sum += cached[i].TagAt(kSubject);
+            }
+        });
     }
     double ScrollByHand()
     {
-        return SecondsOfReading(count,
-                                [this](unsigned long long& sum)
-                                {
-                                    Check(hand->SeekRow(BOOKMARK_BEGINNING, 0, nullptr));
-                                    const auto addUp = [&](const SRowSet& rows)
-                                    {
-                                        for (ULONG i = 0; i < rows.cRows; ++i)
-                                        {
-                                            sum += RowOf(rows, i).lpProps[kSubject].ulPropTag;
-                                        }
-                                    };
-                                    while (QueryByHand(addUp) != 0)
-                                    {
-                                    }
-                                });
+        return SecondsOfReading(count, [this](unsigned long long& sum)
+        {
+            Check(hand->SeekRow(BOOKMARK_BEGINNING, 0, nullptr));
+            const auto addUp = [&](const SRowSet& rows)
+            {
+                for (ULONG i = 0; i < rows.cRows; ++i)
+                {
+                    sum += RowOf(rows, i).lpProps[kSubject].ulPropTag;
+                }
+            };
+            while (QueryByHand(addUp) != 0)
+            {
+            }
+        });
     }
     double RandomCached(const std::vector<ULONG>& indexes)
     {
-        return SecondsOfReading(indexes.size(),
-                                [&](unsigned long long& sum)
-                                {
-                                    for (const ULONG index : indexes)
-                                    {
-                                        sum += cached[index].TagAt(kSubject);
-                                    }
-                                });
+        return SecondsOfReading(indexes.size(), [&](unsigned long long& sum)
+        {
+            for (const ULONG index : indexes)
+            {
+                sum += cached[index].TagAt(kSubject);
+            }
+        });
     }
     double RandomByHand(const std::vector<ULONG>& indexes)
     {
-        return SecondsOfReading(
-            indexes.size(),
-            [&](unsigned long long& sum)
+        return SecondsOfReading(indexes.size(), [&](unsigned long long& sum)
+        {
+            for (const ULONG index : indexes)
             {
-                for (const ULONG index : indexes)
-                {
-                    const ULONG start = index > kBefore ? index - kBefore : 0;
-                    Check(hand->SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(start), nullptr));
-                    QueryByHand([&](const SRowSet& rows)
-                                { sum += RowOf(rows, index - start).lpProps[kSubject].ulPropTag; });
-                }
-            });
+                const ULONG start = index > kBefore ? index - kBefore : 0;
+                Check(hand->SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(start), nullptr));
+                QueryByHand([&](const SRowSet& rows)
+                { sum += RowOf(rows, index - start).lpProps[kSubject].ulPropTag; });
+            }
+        });
     }
     /// Seconds of `read`, which adds up the tags of the subjects of `rows` rows.
     template <class Read>
@@ -181,21 +175,20 @@ struct Hits
     template <class Read>
     double Each(ULONG rounds, unsigned long long& sum, const Read& read) const
     {
-        return Seconds(
-            [&]
+        return Seconds([&]
+        {
+            unsigned long long added = 0;
+            for (ULONG i = 0; i < rounds; ++i)
             {
-                unsigned long long added = 0;
-                for (ULONG i = 0; i < rounds; ++i)
+                for (const ULONG index : order)
                 {
-                    for (const ULONG index : order)
-                    {
-                        added += read(index);
-                    }
-                    // Each round reads the rows anew.
-                    Keep(added);
+                    added += read(index);
                 }
-                sum = added;
-            });
+                // Each round reads the rows anew.
+                Keep(added);
+            }
+            sum = added;
+        });
     }
     double Cached(ULONG rounds)
     {
@@ -227,10 +220,9 @@ struct Hits
 
 Measurement CachedScroll(const Options& options)
 {
-    auto tables =
-        std::make_shared<Tables>(std::make_shared<StoreOf>(options.folder, options.brief ? 2000 : 100000));
-    return {"cached-scroll", 2.2, [=] { return tables->ScrollCached(); },
-            [=] { return tables->ScrollByHand(); }, options.brief ? 3 : 11};
+    auto tables = std::make_shared<Tables>(std::make_shared<StoreOf>(options.folder, options.brief ? 2000 : 100000));
+    return {"cached-scroll", 2.2, [=] { return tables->ScrollCached(); }, [=] { return tables->ScrollByHand(); },
+            options.brief ? 3 : 11};
 }
 
 Measurement CachedHit(const Options& options)
@@ -243,8 +235,7 @@ Measurement CachedHit(const Options& options)
 
 Measurement CachedRandom(const Options& options)
 {
-    auto tables =
-        std::make_shared<Tables>(std::make_shared<StoreOf>(options.folder, options.brief ? 5000 : 1000000));
+    auto tables = std::make_shared<Tables>(std::make_shared<StoreOf>(options.folder, options.brief ? 5000 : 1000000));
     // The same rows for both ways; no two are close enough to share a window.
     auto indexes = std::make_shared<std::vector<ULONG>>();
     std::mt19937 random(20260101);

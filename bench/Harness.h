@@ -49,19 +49,18 @@ void Keep(unsigned long long value);
 template <class Items, class Read>
 double SecondsOfEach(int rounds, Items& items, const Read& read)
 {
-    return Seconds(
-        [&]
+    return Seconds([&]
+    {
+        unsigned long long sum = 0;
+        for (int round = 0; round < rounds; ++round)
         {
-            unsigned long long sum = 0;
-            for (int round = 0; round < rounds; ++round)
+            for (auto& item : items)
             {
-                for (auto& item : items)
-                {
-                    sum += read(item);
-                }
+                sum += read(item);
             }
-            Keep(sum);
-        });
+        }
+        Keep(sum);
+    });
 }
 
 } // namespace bench

@@ -76,8 +76,7 @@ unsigned long long ReadByHand(IMAPIContainer& inbox, ULONG& rowsRead)
     IMAPITable* table = nullptr;
     Check(inbox.GetContentsTable(MAPI_UNICODE, &table));
     SizedSPropTagArray(kColumns, columns) = {
-        kColumns,
-        {PR_SUBJECT_W, PR_SENDER_NAME_W, PR_MESSAGE_CLASS_W, PR_MESSAGE_DELIVERY_TIME, PR_IMPORTANCE}};
+        kColumns, {PR_SUBJECT_W, PR_SENDER_NAME_W, PR_MESSAGE_CLASS_W, PR_MESSAGE_DELIVERY_TIME, PR_IMPORTANCE}};
     Check(table->SetColumns(reinterpret_cast<SPropTagArray*>(&columns), 0));
     unsigned long long sum = 0;
     for (;;)
@@ -128,14 +127,13 @@ Measurement InboxRead(const Options& options)
     const auto ours = [=] { return timed([&](ULONG& rows) { return ReadByLibrary(store->Inbox(), rows); }); };
     const auto baseline = [=]
     {
-        return timed(
-            [&](ULONG& rows)
-            {
-                CComPtr<IMAPIContainer> container;
-                CComPtr<IMAPIProp> inbox = store->Inbox().GetInterface();
-                Check(inbox->QueryInterface(IID_IMAPIContainer, container.PutAs<void>()));
-                return ReadByHand(*container, rows);
-            });
+        return timed([&](ULONG& rows)
+        {
+            CComPtr<IMAPIContainer> container;
+            CComPtr<IMAPIProp> inbox = store->Inbox().GetInterface();
+            Check(inbox->QueryInterface(IID_IMAPIContainer, container.PutAs<void>()));
+            return ReadByHand(*container, rows);
+        });
     };
     return {"inbox-read", 1.03, ours, baseline, options.brief ? 3 : 15};
 }

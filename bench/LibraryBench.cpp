@@ -134,8 +134,7 @@ std::string TextByHand(const SPropValue& value)
         return HexOf(value.Value.bin.lpb, value.Value.bin.cb);
     case PT_SYSTIME:
     {
-        const std::uint64_t ticks =
-            std::uint64_t{value.Value.ft.dwHighDateTime} << 32 | value.Value.ft.dwLowDateTime;
+        const std::uint64_t ticks = std::uint64_t{value.Value.ft.dwHighDateTime} << 32 | value.Value.ft.dwLowDateTime;
         const std::time_t seconds = static_cast<std::time_t>(ticks / 10000000) - 11644473600;
         std::tm local = {};
         localtime_r(&seconds, &local);
@@ -261,8 +260,8 @@ std::string OneOffByHand(const DumpedID& id)
                   "  ProviderUID: %s\r\n  Object:  CEntryIDOneOffRecipientObject\r\n    Unicode: %s\r\n"
                   "    CEntryIDOneOffInfo\r\n    DisplayName: %s\r\n    AddressType: %s\r\n"
                   "    EmailAddress=%s\r\n",
-                  id.hex.c_str(), "eidtOneOff", "No", "No", kOneOffUID, "No", id.name.c_str(),
-                  id.type.c_str(), id.address.c_str());
+                  id.hex.c_str(), "eidtOneOff", "No", "No", kOneOffUID, "No", id.name.c_str(), id.type.c_str(),
+                  id.address.c_str());
     return text;
 }
 
@@ -274,8 +273,8 @@ std::string StoreByHand(const DumpedID& id)
                   "  ProviderUID: %s\r\n  Object:  CEntryIDMessageDatabaseObject\r\n    DLLFileName: %s\r\n"
                   "    bIsExchange: %s\r\n    WrappedProviderUID = %s\r\n    ServerShortname = %s\r\n"
                   "    MailboxDN = %s\r\n",
-                  id.hex.c_str(), "eidtMessageDatabase", "No", "No", kStoreUID, id.type.c_str(), "Yes",
-                  kDatabaseUID, id.name.c_str(), id.address.c_str());
+                  id.hex.c_str(), "eidtMessageDatabase", "No", "No", kStoreUID, id.type.c_str(), "Yes", kDatabaseUID,
+                  id.name.c_str(), id.address.c_str());
     return text;
 }
 
@@ -305,16 +304,16 @@ struct DumpCase
 std::vector<DumpCase> MakeDumpCases()
 {
     DumpedID oneOff = {"", "Maria Lokay", "SMTP", "maria.lokay@example.org"};
-    oneOff.hex = "00000000" + std::string(kOneOffUID) + "00000000" + Terminated(oneOff.name) +
-                 Terminated(oneOff.type) + Terminated(oneOff.address);
+    oneOff.hex = "00000000" + std::string(kOneOffUID) + "00000000" + Terminated(oneOff.name) + Terminated(oneOff.type) +
+                 Terminated(oneOff.address);
     DumpedID store = {"", "SERVER01", "emsmdb.dll", "/o=Example/ou=First/cn=Recipients/cn=mlokay"};
-    store.hex = "00000000" + std::string(kStoreUID) + "0000" + Terminated(store.type) + "000000" +
-                "01000000" + kDatabaseUID + "0C000000" + Terminated(store.name) + Terminated(store.address);
+    store.hex = "00000000" + std::string(kStoreUID) + "0000" + Terminated(store.type) + "000000" + "01000000" +
+                kDatabaseUID + "0C000000" + Terminated(store.name) + Terminated(store.address);
     DumpedID contact;
-    contact.name = "00000000" + std::string(kDatabaseUID) + "0300" + kDatabaseUID + "0000000001000000" +
-                   kDatabaseUID + "0000000002000000";
-    contact.hex = "00000000" + std::string(kContactUID) + "03000000" + "04000000" + "01000000" + "46000000" +
-                  contact.name;
+    contact.name = "00000000" + std::string(kDatabaseUID) + "0300" + kDatabaseUID + "0000000001000000" + kDatabaseUID +
+                   "0000000002000000";
+    contact.hex =
+        "00000000" + std::string(kContactUID) + "03000000" + "04000000" + "01000000" + "46000000" + contact.name;
     return {{oneOff, OneOffByHand}, {store, StoreByHand}, {contact, ContactByHand}};
 }
 
@@ -338,25 +337,22 @@ Measurement ValueText(const Options& options)
     const int rounds = options.brief ? 2 : 100;
     const auto timed = [values, rounds](auto&& lengthOf)
     {
-        return SecondsOfEach(rounds, *values,
-                             [&](TextValues& each)
-                             {
-                                 size_t length = 0;
-                                 for (SPropValue& value : each.values)
-                                 {
-                                     length += lengthOf(value);
-                                 }
-                                 return length;
-                             });
+        return SecondsOfEach(rounds, *values, [&](TextValues& each)
+        {
+            size_t length = 0;
+            for (SPropValue& value : each.values)
+            {
+                length += lengthOf(value);
+            }
+            return length;
+        });
     };
     const auto ours = [timed]
     {
-        return timed(
-            [](SPropValue& value)
-            { return static_cast<size_t>(CZebOnePropVal(&value, nullptr).String(false).GetLength()); });
+        return timed([](SPropValue& value)
+        { return static_cast<size_t>(CZebOnePropVal(&value, nullptr).String(false).GetLength()); });
     };
-    const auto baseline = [timed]
-    { return timed([](const SPropValue& value) { return TextByHand(value).size(); }); };
+    const auto baseline = [timed] { return timed([](const SPropValue& value) { return TextByHand(value).size(); }); };
     return {"value-text", 1.2, ours, baseline, options.brief ? 3 : 11};
 }
 
@@ -379,14 +375,13 @@ Measurement ArrayBuild(const Options& options)
     const int rounds = options.brief ? 20 : 5000;
     const auto timed = [rounds](auto&& build)
     {
-        return Seconds(
-            [&]
+        return Seconds([&]
+        {
+            for (int round = 0; round < rounds; ++round)
             {
-                for (int round = 0; round < rounds; ++round)
-                {
-                    build();
-                }
-            });
+                build();
+            }
+        });
     };
     const auto ours = [=] { return timed([&] { BuildByLibrary(open->message); }); };
     const auto baseline = [=]
@@ -407,17 +402,14 @@ Measurement NameLookup(const Options& options)
     const int rounds = options.brief ? 2 : 1000;
     const auto timed = [names, rounds](auto&& find)
     {
-        return SecondsOfEach(rounds, names->asked,
-                             [&](ULONG value)
-                             {
-                                 const char* name = find(value);
-                                 return name != nullptr ? static_cast<unsigned char>(name[3]) : 1u;
-                             });
+        return SecondsOfEach(rounds, names->asked, [&](ULONG value)
+        {
+            const char* name = find(value);
+            return name != nullptr ? static_cast<unsigned char>(name[3]) : 1u;
+        });
     };
-    const auto ours = [timed]
-    { return timed([](ULONG value) { return Zeb_NameFromValue("PropTags", value); }); };
-    const auto baseline = [timed, names]
-    { return timed([&](ULONG value) { return Scan(names->rows, value); }); };
+    const auto ours = [timed] { return timed([](ULONG value) { return Zeb_NameFromValue("PropTags", value); }); };
+    const auto baseline = [timed, names] { return timed([&](ULONG value) { return Scan(names->rows, value); }); };
     return {"name-lookup", 0.1, ours, baseline, options.brief ? 3 : 11};
 }
 
@@ -431,15 +423,11 @@ Measurement EidDump(const Options& options)
     const int rounds = options.brief ? 20 : 20000;
     const auto ours = [cases, rounds]
     {
-        return SecondsOfEach(rounds, *cases,
-                             [](const DumpCase& each) {
-                                 return static_cast<size_t>(Zeb_DumpEntryID(each.id.hex.c_str()).GetLength());
-                             });
+        return SecondsOfEach(rounds, *cases, [](const DumpCase& each)
+        { return static_cast<size_t>(Zeb_DumpEntryID(each.id.hex.c_str()).GetLength()); });
     };
-    const auto baseline = [cases, rounds] {
-        return SecondsOfEach(rounds, *cases,
-                             [](const DumpCase& each) { return each.byHand(each.id).size(); });
-    };
+    const auto baseline = [cases, rounds]
+    { return SecondsOfEach(rounds, *cases, [](const DumpCase& each) { return each.byHand(each.id).size(); }); };
     return {"eid-dump", 1.5, ours, baseline, options.brief ? 3 : 11};
 }
 

@@ -17,8 +17,7 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 
-const char* const kWords[] = {"budget",   "meeting", "contract", "draft",
-                              "schedule", "review",  "invoice",  "travel"};
+const char* const kWords[] = {"budget", "meeting", "contract", "draft", "schedule", "review", "invoice", "travel"};
 
 /// One message as the tool reads it.
 std::string LineOf(ULONG number)
@@ -33,8 +32,8 @@ std::string LineOf(ULONG number)
                   "\"PR_MESSAGE_DELIVERY_TIME\":\"0x%016llX\",\"PR_CLIENT_SUBMIT_TIME\":\"0x%016llX\","
                   "\"PR_IMPORTANCE\":%u,\"PR_MESSAGE_FLAGS\":%u,\"0x1035001F\":\"<%08x.%08x@example.org>\","
                   "\"PR_SEARCH_KEY\":\"%08X%08X\",\"PR_BODY\":\"The %s is attached. Please read it.\"}}\n",
-                  kWords[mixed >> 29], kWords[(mixed >> 26) & 7], mixed % 53, number, mixed % 97, mixed % 97,
-                  date, date, mixed % 3, mixed & 1, number, mixed, number, mixed, kWords[(mixed >> 23) & 7]);
+                  kWords[mixed >> 29], kWords[(mixed >> 26) & 7], mixed % 53, number, mixed % 97, mixed % 97, date,
+                  date, mixed % 3, mixed & 1, number, mixed, number, mixed, kWords[(mixed >> 23) & 7]);
     return text;
 }
 
@@ -128,15 +127,13 @@ Measurement LoadGrowth(const Options& options)
     auto state = std::make_shared<LoadState>();
     state->path = options.folder + "/load.zeb";
     state->count = options.brief ? 5000 : 1000000;
-    return {"load-growth", 1.2,
-            [state]
-            {
-                // The first pair only warms up.
-                LoadAll(*state, state->isWarm ? state->count : 5000);
-                state->isWarm = true;
-                return state->last;
-            },
-            [state] { return state->first; }, options.brief ? 1 : 3};
+    return {"load-growth", 1.2, [state]
+    {
+        // The first pair only warms up.
+        LoadAll(*state, state->isWarm ? state->count : 5000);
+        state->isWarm = true;
+        return state->last;
+    }, [state] { return state->first; }, options.brief ? 1 : 3};
 }
 
 } // namespace bench

@@ -78,14 +78,13 @@ struct Advised
         CZebPropValArray values(12);
         FillMessage(values, 500 + static_cast<ULONG>(heard));
         CZebMessage message;
-        const double seconds = Seconds(
-            [&]
-            {
-                message = store->Inbox().CreateMessage(0);
-                message.SetProps(values, true, nullptr);
-                counter.WaitFor(++heard);
-                RequireCount(store->Count() + 1);
-            });
+        const double seconds = Seconds([&]
+        {
+            message = store->Inbox().CreateMessage(0);
+            message.SetProps(values, true, nullptr);
+            counter.WaitFor(++heard);
+            RequireCount(store->Count() + 1);
+        });
         store->Inbox().DeleteMessage(message.GetEntryID());
         counter.WaitFor(++heard);
         return seconds;
@@ -100,18 +99,17 @@ struct Advised
 
 double ReadAnew(StoreOf& store)
 {
-    return Seconds(
-        [&]
+    return Seconds([&]
+    {
+        CZebTable table = store.Inbox().GetContentsTable(MAPI_UNICODE);
+        Sort(table);
+        CZebRowSet rows;
+        table.QueryRows(&rows, kWindow, nullptr, nullptr);
+        if (rows.Count() != kWindow)
         {
-            CZebTable table = store.Inbox().GetContentsTable(MAPI_UNICODE);
-            Sort(table);
-            CZebRowSet rows;
-            table.QueryRows(&rows, kWindow, nullptr, nullptr);
-            if (rows.Count() != kWindow)
-            {
-                throw std::runtime_error("A window did not hold the rows it should.");
-            }
-        });
+            throw std::runtime_error("A window did not hold the rows it should.");
+        }
+    });
 }
 
 } // namespace
@@ -120,8 +118,8 @@ Measurement StoreNotify(const Options& options)
 {
     auto store = std::make_shared<StoreOf>(options.folder, options.brief ? 5000 : 1000000);
     auto advised = std::make_shared<Advised>(store);
-    return {"store-notify", 0.001, [advised] { return advised->AddOne(); },
-            [store] { return ReadAnew(*store); }, options.brief ? 3 : 11};
+    return {"store-notify", 0.001, [advised] { return advised->AddOne(); }, [store] { return ReadAnew(*store); },
+            options.brief ? 3 : 11};
 }
 
 } // namespace bench

@@ -65,20 +65,17 @@ Measurement StoreRestrict(const Options& options)
     auto store = std::make_shared<StoreOf>(options.folder, options.brief ? 5000 : 1000000);
     auto database = std::make_shared<SqlDatabase>(SqlOpen(store->Path()));
     auto found = std::make_shared<size_t>(0);
-    return {"store-restrict", 1.2,
-            [=] { return Timed([=] { return RestrictByTable(*store); }, found.get()); },
-            [=]
-            {
-                size_t expected = 0;
-                const double seconds = Timed([=] { return RestrictBySql(database->get()); }, &expected);
-                if (expected == 0 || expected != *found)
-                {
-                    throw std::runtime_error("store-restrict found " + std::to_string(*found) +
-                                             " messages, not " + std::to_string(expected) + ".");
-                }
-                return seconds;
-            },
-            options.brief ? 3 : 11};
+    return {"store-restrict", 1.2, [=] { return Timed([=] { return RestrictByTable(*store); }, found.get()); }, [=]
+    {
+        size_t expected = 0;
+        const double seconds = Timed([=] { return RestrictBySql(database->get()); }, &expected);
+        if (expected == 0 || expected != *found)
+        {
+            throw std::runtime_error("store-restrict found " + std::to_string(*found) + " messages, not " +
+                                     std::to_string(expected) + ".");
+        }
+        return seconds;
+    }, options.brief ? 3 : 11};
 }
 
 } // namespace bench

@@ -19,11 +19,9 @@ namespace
 /// PR_INTERNET_MESSAGE_ID as 16-bit text; the compiler's MAPI headers do not name it.
 constexpr ULONG kInternetMessageId = PROP_TAG(PT_UNICODE, 0x1035);
 
-const char* const kSenders[] = {"Ada Brandt", "Boris Cole", "Chen Wei",
-                                "Dana Ford",  "Emil Gray",  "Fatima Haddad"};
-const char* const kWords[] = {"budget",  "meeting", "contract", "draft",    "schedule", "review",
-                              "invoice", "travel",  "report",   "question", "answer",   "agenda",
-                              "summary", "launch",  "update",   "minutes"};
+const char* const kSenders[] = {"Ada Brandt", "Boris Cole", "Chen Wei", "Dana Ford", "Emil Gray", "Fatima Haddad"};
+const char* const kWords[] = {"budget", "meeting",  "contract", "draft",  "schedule", "review", "invoice", "travel",
+                              "report", "question", "answer",   "agenda", "summary",  "launch", "update",  "minutes"};
 
 /// A reproducible scramble of `number` (a 32-bit finaliser), so that neither subjects nor dates come in order.
 ULONG Scramble(ULONG number)
@@ -63,8 +61,7 @@ void FillMessage(CZebPropValArray& values, ULONG number)
     const ULONG mixed = Scramble(number);
     const char* sender = kSenders[mixed % 6];
     CStringA subject, address, identifier, body;
-    subject.Format("%s %s of week %u (%08x)", kWords[mixed % 16], kWords[(mixed >> 4) % 16], mixed % 53,
-                   number);
+    subject.Format("%s %s of week %u (%08x)", kWords[mixed % 16], kWords[(mixed >> 4) % 16], mixed % 53, number);
     address.Format("%.4s%u@example.org", sender, mixed % 97);
     identifier.Format("<%08x.%08x@example.org>", number, mixed);
     body.Format("The %s is attached. Please read it before the %s on day %u.", kWords[(mixed >> 8) % 16],

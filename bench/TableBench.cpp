@@ -44,17 +44,16 @@ void ReadWindow(CZebTable& table, ULONG expected)
 /// Open, count, first 50 rows.
 double OpenOnce(StoreOf& store)
 {
-    return Seconds(
-        [&]
+    return Seconds([&]
+    {
+        CZebTable table = store.Inbox().GetContentsTable(MAPI_UNICODE);
+        SetListColumns(table);
+        if (table.GetRowCount() != store.Count())
         {
-            CZebTable table = store.Inbox().GetContentsTable(MAPI_UNICODE);
-            SetListColumns(table);
-            if (table.GetRowCount() != store.Count())
-            {
-                throw std::runtime_error("The table did not count every row.");
-            }
-            ReadWindow(table, kWindow);
-        });
+            throw std::runtime_error("The table did not count every row.");
+        }
+        ReadWindow(table, kWindow);
+    });
 }
 
 /// An open table that has been sought in, and the positions that are read next.
@@ -71,15 +70,14 @@ struct Sought
     }
     double Windows(int count)
     {
-        return Seconds(
-            [&]
+        return Seconds([&]
+        {
+            for (int i = 0; i < count; ++i)
             {
-                for (int i = 0; i < count; ++i)
-                {
-                    table.SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(positions(random)), nullptr);
-                    ReadWindow(table, kWindow);
-                }
-            });
+                table.SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(positions(random)), nullptr);
+                ReadWindow(table, kWindow);
+            }
+        });
     }
     std::shared_ptr<StoreOf> store;
     CZebTable table;
@@ -91,43 +89,41 @@ const ULONG kSortTags[] = {PR_SUBJECT_W, PR_MESSAGE_DELIVERY_TIME};
 
 double SortByTable(StoreOf& store)
 {
-    return Seconds(
-        [&]
+    return Seconds([&]
+    {
+        for (const ULONG tag : kSortTags)
         {
-            for (const ULONG tag : kSortTags)
-            {
-                CZebTable table = store.Inbox().GetContentsTable(MAPI_UNICODE);
-                SetListColumns(table);
-                CZebSortOrder order(tag, TABLE_SORT_ASCEND);
-                table.SortTable(order);
-                ReadWindow(table, kWindow);
-            }
-        });
+            CZebTable table = store.Inbox().GetContentsTable(MAPI_UNICODE);
+            SetListColumns(table);
+            CZebSortOrder order(tag, TABLE_SORT_ASCEND);
+            table.SortTable(order);
+            ReadWindow(table, kWindow);
+        }
+    });
 }
 
 /// The same two lists of keys by SQLite, and the same first rows.
 double SortBySql(sqlite3* database, const std::vector<const char*>& queries, ULONG expected)
 {
-    return Seconds(
-        [&]
+    return Seconds([&]
+    {
+        for (const char* sql : queries)
         {
-            for (const char* sql : queries)
+            SqlStatement select = SqlPrepare(database, sql);
+            std::vector<long long> keys;
+            int code = SQLITE_ROW;
+            while ((code = sqlite3_step(select.get())) == SQLITE_ROW)
             {
-                SqlStatement select = SqlPrepare(database, sql);
-                std::vector<long long> keys;
-                int code = SQLITE_ROW;
-                while ((code = sqlite3_step(select.get())) == SQLITE_ROW)
-                {
-                    keys.push_back(sqlite3_column_int64(select.get(), 0));
-                }
-                SqlCheck(database, code);
-                if (keys.size() != expected)
-                {
-                    throw std::runtime_error("store-sort did not see every row.");
-                }
-                Keep(static_cast<unsigned long long>(keys.front()));
+                keys.push_back(sqlite3_column_int64(select.get(), 0));
             }
-        });
+            SqlCheck(database, code);
+            if (keys.size() != expected)
+            {
+                throw std::runtime_error("store-sort did not see every row.");
+            }
+            Keep(static_cast<unsigned long long>(keys.front()));
+        }
+    });
 }
 
 size_t HeapInUse()
@@ -151,8 +147,8 @@ Measurement StoreWindow(const Options& options)
     auto large = std::make_shared<Sought>(Large(options));
     auto few = std::make_shared<Sought>(Small(options));
     const int windows = options.brief ? 20 : 1000;
-    return {"store-window", 1.5, [=] { return large->Windows(windows); },
-            [=] { return few->Windows(windows); }, options.brief ? 3 : 11};
+    return {"store-window", 1.5, [=] { return large->Windows(windows); }, [=] { return few->Windows(windows); },
+            options.brief ? 3 : 11};
 }
 
 Measurement StoreSort(const Options& options)

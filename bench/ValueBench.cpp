@@ -89,22 +89,21 @@ Measurement ValueRead(const Options& options)
     auto values = std::make_shared<std::vector<SPropValue>>(MakeValues(rows));
     const auto ours = [values]
     {
-        return Seconds(
-            [&]
+        return Seconds([&]
+        {
+            unsigned long long sum = 0;
+            for (size_t i = 0; i < values->size(); i += 4)
             {
-                unsigned long long sum = 0;
-                for (size_t i = 0; i < values->size(); i += 4)
-                {
-                    SPropValue* row = &(*values)[i];
-                    CZebOnePropVal size(row, nullptr), importance(row + 1, nullptr),
-                        subject(row + 2, nullptr), flag(row + 3, nullptr);
-                    sum += static_cast<ULONG>(static_cast<LONG>(size));
-                    sum += static_cast<ULONG>(importance.UseDefault(static_cast<LONG>(5)));
-                    sum += static_cast<unsigned char>(*static_cast<const char*>(subject));
-                    sum += static_cast<bool>(flag) ? 1u : 0u;
-                }
-                Keep(sum);
-            });
+                SPropValue* row = &(*values)[i];
+                CZebOnePropVal size(row, nullptr), importance(row + 1, nullptr), subject(row + 2, nullptr),
+                    flag(row + 3, nullptr);
+                sum += static_cast<ULONG>(static_cast<LONG>(size));
+                sum += static_cast<ULONG>(importance.UseDefault(static_cast<LONG>(5)));
+                sum += static_cast<unsigned char>(*static_cast<const char*>(subject));
+                sum += static_cast<bool>(flag) ? 1u : 0u;
+            }
+            Keep(sum);
+        });
     };
     const auto baseline = [values]
     {
@@ -112,20 +111,19 @@ Measurement ValueRead(const Options& options)
         static const CheckedReader checked;
         const Reader* volatile chosen = &checked;
         const Reader& reader = *chosen;
-        return Seconds(
-            [&]
+        return Seconds([&]
+        {
+            unsigned long long sum = 0;
+            for (size_t i = 0; i < values->size(); i += 4)
             {
-                unsigned long long sum = 0;
-                for (size_t i = 0; i < values->size(); i += 4)
-                {
-                    const SPropValue* row = &(*values)[i];
-                    sum += static_cast<ULONG>(reader.Long(row));
-                    sum += static_cast<ULONG>(reader.LongOr(row + 1, 5));
-                    sum += static_cast<unsigned char>(*reader.Text(row + 2));
-                    sum += reader.Flag(row + 3) ? 1u : 0u;
-                }
-                Keep(sum);
-            });
+                const SPropValue* row = &(*values)[i];
+                sum += static_cast<ULONG>(reader.Long(row));
+                sum += static_cast<ULONG>(reader.LongOr(row + 1, 5));
+                sum += static_cast<unsigned char>(*reader.Text(row + 2));
+                sum += reader.Flag(row + 3) ? 1u : 0u;
+            }
+            Keep(sum);
+        });
     };
     return {"value-read", 2, ours, baseline, options.brief ? 3 : 11};
 }

@@ -77,14 +77,13 @@ double WriteByMapi(WriteState& state)
         messages.push_back(std::make_unique<CZebPropValArray>(12));
         FillMessage(*messages.back(), number);
     }
-    const double seconds = Seconds(
-        [&]
+    const double seconds = Seconds([&]
+    {
+        for (const auto& values : messages)
         {
-            for (const auto& values : messages)
-            {
-                inbox.CreateMessage(0).SetProps(*values, true, nullptr);
-            }
-        });
+            inbox.CreateMessage(0).SetProps(*values, true, nullptr);
+        }
+    });
     inbox.Free();
     store.Free();
     session.Logoff(0, 0, 0);
@@ -116,23 +115,21 @@ double WriteByHand(WriteState& state)
     SqlDatabase database = SqlOpen(state.BaselinePath());
     SqlStatement begin = SqlPrepare(database.get(), "BEGIN IMMEDIATE");
     SqlStatement insert = SqlPrepare(database.get(), "INSERT INTO message VALUES(?,?,?,?,?,?,?,?,?,?,?,?)");
-    SqlStatement update =
-        SqlPrepare(database.get(), "UPDATE contents SET rows=rows+1, unread=unread+1, next=next+1, "
-                                   "change=change+1 WHERE container=(?1>>32)");
+    SqlStatement update = SqlPrepare(database.get(), "UPDATE contents SET rows=rows+1, unread=unread+1, next=next+1, "
+                                                     "change=change+1 WHERE container=(?1>>32)");
     SqlStatement commit = SqlPrepare(database.get(), "COMMIT");
-    return Seconds(
-        [&]
+    return Seconds([&]
+    {
+        for (const StoredRow& row : state.rows)
         {
-            for (const StoredRow& row : state.rows)
-            {
-                SqlRun(database.get(), begin.get());
-                row.Bind(insert.get());
-                SqlRun(database.get(), insert.get());
-                row.Bind(update.get());
-                SqlRun(database.get(), update.get());
-                SqlRun(database.get(), commit.get());
-            }
-        });
+            SqlRun(database.get(), begin.get());
+            row.Bind(insert.get());
+            SqlRun(database.get(), insert.get());
+            row.Bind(update.get());
+            SqlRun(database.get(), update.get());
+            SqlRun(database.get(), commit.get());
+        }
+    });
 }
 
 } // namespace
@@ -142,8 +139,8 @@ Measurement StoreWrite(const Options& options)
     auto state = std::make_shared<WriteState>();
     state->folder = options.folder;
     state->count = options.brief ? 500 : 100000;
-    return {"store-write", 1.5, [state] { return WriteByMapi(*state); },
-            [state] { return WriteByHand(*state); }, options.brief ? 1 : 5};
+    return {"store-write", 1.5, [state] { return WriteByMapi(*state); }, [state] { return WriteByHand(*state); },
+            options.brief ? 1 : 5};
 }
 
 } // namespace bench

@@ -90,8 +90,7 @@ int main(int argc, char** argv)
     }
     catch (CException* failure)
     {
-        std::fprintf(stderr, "zebbench: %s\n",
-                     static_cast<const char*>(Zeb_GetExceptionDescription(failure)));
+        std::fprintf(stderr, "zebbench: %s\n", static_cast<const char*>(Zeb_GetExceptionDescription(failure)));
         failure->Delete();
     }
     catch (const std::exception& failure)

@@ -15,7 +15,9 @@ try
         CZebRowSet rows;
         contents.QueryRows(&rows, 0, nullptr, nullptr);
         for (ULONG i = 0; i < rows.Count(); ++i)
+        {
             std::printf("%s\n", Zeb_Utf8(rows[i][PR_SUBJECT_W].StringW(true)).GetString());
+        }
     }
     Zeb_GetMAPI().Uninitialize(&session);
 }

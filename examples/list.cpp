@@ -18,7 +18,9 @@ try
         list = contents;
         const ULONG count = list.GetRowCount();
         for (ULONG i = count > 10 ? count - 10 : 0; i < count; ++i)
+        {
             std::printf("%s\n", Zeb_Utf8(list[i][PR_SUBJECT_W].StringW(true)).GetString());
+        }
     }
     Zeb_GetMAPI().Uninitialize(&session);
 }

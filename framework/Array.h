@@ -15,11 +15,12 @@
 namespace zeb
 {
 
-/// A growing array of values, in one block of shared memory. Indexes outside it throw std::out_of_range; more elements than
-/// an address space holds, std::length_error; no memory, std::bad_alloc (inside the library, CZebException* for both).
+/// A growing array of values, in one block of shared memory. Indexes outside it throw
+/// std::out_of_range; more elements than an address space holds, std::length_error; no memory,
+/// std::bad_alloc (inside the library, CZebException* for both).
 ///
-/// The layout is part of the library's interface: pointer, count, capacity. Adding and growing leave the array as it was
-/// when they throw. Elements given to it may be its own.
+/// The layout is part of the library's interface: pointer, count, capacity. Adding and growing leave the array as it
+/// was when they throw. Elements given to it may be its own.
 template <class TYPE, class ARG_TYPE = const TYPE&>
 class CArray
 {
@@ -198,8 +199,7 @@ private:
         }
         if (capacity > 0)
         {
-            m_items = static_cast<TYPE*>(
-                framework::AllocateShared(static_cast<std::size_t>(capacity) * sizeof(TYPE)));
+            m_items = static_cast<TYPE*>(framework::AllocateShared(static_cast<std::size_t>(capacity) * sizeof(TYPE)));
             m_capacity = capacity;
         }
     }
@@ -261,8 +261,7 @@ public:
 
     static CRuntimeClass* GetThisClass()
     {
-        static CRuntimeClass record = {"CPtrArray", static_cast<int>(sizeof(CPtrArray)),
-                                       &CObject::GetThisClass};
+        static CRuntimeClass record = {"CPtrArray", static_cast<int>(sizeof(CPtrArray)), &CObject::GetThisClass};
         return &record;
     }
     CRuntimeClass* GetRuntimeClass() const override { return GetThisClass(); }

@@ -24,10 +24,7 @@ public:
     T Load() const noexcept { return std::launder(reinterpret_cast<const std::atomic<T>*>(m_place))->load(); }
     void Store(T value) noexcept { std::launder(reinterpret_cast<std::atomic<T>*>(m_place))->store(value); }
     /// @return the value before
-    T Exchange(T value) noexcept
-    {
-        return std::launder(reinterpret_cast<std::atomic<T>*>(m_place))->exchange(value);
-    }
+    T Exchange(T value) noexcept { return std::launder(reinterpret_cast<std::atomic<T>*>(m_place))->exchange(value); }
     /// @return the value after
     T operator++() noexcept { return ++*std::launder(reinterpret_cast<std::atomic<T>*>(m_place)); }
     /// @return the value after

@@ -18,8 +18,7 @@
 namespace zeb
 {
 
-/// A string that converts to its terminated character pointer. A null pointer given as text means the empty
-/// text.
+/// A string that converts to its terminated character pointer. A null pointer given as text means the empty text.
 ///
 /// Positions and lengths are in characters. Text may contain zeros. Through an argument list (Format) pass the pointer,
 /// not the string: `static_cast<const char*>(text)`. Layout and memory are the library's own and shared by host and
@@ -42,10 +41,9 @@ public:
     }
     CStringT(XCHAR character, int count) { m_text.Append(Start(count), character); }
     /// From a string of another library: what has data() and size(), std::string for one.
-    template <class Text,
-              class = std::enable_if_t<
-                  std::is_convertible_v<decltype(std::declval<const Text&>().data()), const XCHAR*> &&
-                  std::is_convertible_v<decltype(std::declval<const Text&>().size()), size_t>>>
+    template <class Text, class = std::enable_if_t<
+                              std::is_convertible_v<decltype(std::declval<const Text&>().data()), const XCHAR*> &&
+                              std::is_convertible_v<decltype(std::declval<const Text&>().size()), size_t>>>
     explicit CStringT(const Text& text)
         : m_text(text.data(), text.size())
     {
@@ -121,8 +119,7 @@ public:
     /// @return the position of the first occurrence at or after `start`, or -1.
     int Find(XCHAR character, int start = 0) const
     {
-        return Position(
-            std::basic_string_view<XCHAR>(m_text.Data(), m_text.Length()).find(character, Start(start)));
+        return Position(std::basic_string_view<XCHAR>(m_text.Data(), m_text.Length()).find(character, Start(start)));
     }
     int Find(const XCHAR* text, int start = 0) const
     {
@@ -144,10 +141,7 @@ public:
     }
     CStringT Mid(int first) const { return Mid(first, GetLength()); }
     CStringT Left(int count) const { return Mid(0, count); }
-    CStringT Right(int count) const
-    {
-        return count >= GetLength() ? *this : Mid(GetLength() - std::max(count, 0));
-    }
+    CStringT Right(int count) const { return count >= GetLength() ? *this : Mid(GetLength() - std::max(count, 0)); }
 
     /// ASCII letters only.
     CStringT& MakeUpper() { return ShiftCase('a', 'z', 'A'); }
@@ -201,10 +195,7 @@ public:
     {
         return Join(OrEmpty(a), LengthOf(a), b.GetString(), b.m_text.Length());
     }
-    friend CStringT operator+(const CStringT& a, XCHAR b)
-    {
-        return Join(a.GetString(), a.m_text.Length(), &b, 1);
-    }
+    friend CStringT operator+(const CStringT& a, XCHAR b) { return Join(a.GetString(), a.m_text.Length(), &b, 1); }
 
     friend bool operator==(const CStringT& a, const CStringT& b)
     {
@@ -229,10 +220,7 @@ private:
         static const XCHAR empty[1] = {0};
         return text == nullptr ? empty : text;
     }
-    static size_t LengthOf(const XCHAR* text)
-    {
-        return text == nullptr ? 0 : std::char_traits<XCHAR>::length(text);
-    }
+    static size_t LengthOf(const XCHAR* text) { return text == nullptr ? 0 : std::char_traits<XCHAR>::length(text); }
     static size_t Start(int position) { return position < 0 ? 0 : static_cast<size_t>(position); }
     static int Position(size_t position) { return position == size_t(-1) ? -1 : static_cast<int>(position); }
 
@@ -248,8 +236,8 @@ private:
     static int Order(const CStringT& left, const XCHAR* right, size_t rightLength)
     {
         const size_t leftLength = left.m_text.Length();
-        const int order = std::char_traits<XCHAR>::compare(left.GetString(), OrEmpty(right),
-                                                           std::min(leftLength, rightLength));
+        const int order =
+            std::char_traits<XCHAR>::compare(left.GetString(), OrEmpty(right), std::min(leftLength, rightLength));
         return order != 0 ? order : (leftLength > rightLength) - (leftLength < rightLength);
     }
 

@@ -83,8 +83,7 @@ public:
     }
     /// Hands the reference to the caller.
     T* Detach() { return std::exchange(m_pointer, nullptr); }
-    /// Empties, then the address of the pointer: a call deposits a reference there, which is owned from then
-    /// on.
+    /// Empties, then the address of the pointer: a call deposits a reference there, which is owned from then on.
     T** Put()
     {
         Release();

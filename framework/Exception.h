@@ -24,8 +24,7 @@ public:
 
     static CRuntimeClass* GetThisClass()
     {
-        static CRuntimeClass record = {"CException", static_cast<int>(sizeof(CException)),
-                                       &CObject::GetThisClass};
+        static CRuntimeClass record = {"CException", static_cast<int>(sizeof(CException)), &CObject::GetThisClass};
         return &record;
     }
     CRuntimeClass* GetRuntimeClass() const override { return GetThisClass(); }

@@ -14,8 +14,8 @@
 namespace zeb::framework
 {
 
-/// Appends `format` with Windows' length modifiers I64 and I32 spelt as C spells them ("%I64d" as "%lld", "%I32u" as
-/// "%u").
+/// Appends `format` with Windows' length modifiers I64 and I32 spelt as C spells
+/// them ("%I64d" as "%lld", "%I32u" as "%u").
 inline void AppendPortableFormat(TextBuffer<char>& result, const char* format)
 {
     for (const char* at = format; *at != '\0'; ++at)
@@ -95,8 +95,7 @@ public:
         }
     }
 
-    /// Reads the conversion's arguments and appends its text. `args` points to a va_list, so that it
-    /// advances.
+    /// Reads the conversion's arguments and appends its text. `args` points to a va_list, so that it advances.
     void Append(Wide& out, va_list* args)
     {
         m_width = m_width == argument ? va_arg(*args, int) : m_width;
@@ -273,8 +272,8 @@ private:
             std::snprintf(precision, sizeof precision, ".%d", m_precision);
         }
         char format[40];
-        std::snprintf(format, sizeof format, "%%%s%s%s%s%c", m_flags, m_width == none ? "" : "*", precision,
-                      length, m_kind);
+        std::snprintf(format, sizeof format, "%%%s%s%s%s%c", m_flags, m_width == none ? "" : "*", precision, length,
+                      m_kind);
         const auto print = [&](char* to, size_t size)
         {
             return m_width == none ? std::snprintf(to, size, format, value)
@@ -300,8 +299,8 @@ private:
     char m_kind = '\0';
 };
 
-/// Appends printf's 16-bit text to `text`: %s takes 16-bit text, %S and %hs narrow text of which only ASCII is kept ('?'
-/// else).
+/// Appends printf's 16-bit text to `text`: %s takes 16-bit text, %S and %hs narrow
+/// text of which only ASCII is kept ('?' else).
 inline void FormatText(TextBuffer<WCHAR>& text, const WCHAR* format, va_list args)
 {
     va_list walk;

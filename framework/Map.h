@@ -17,8 +17,8 @@ namespace zeb
 namespace framework
 {
 
-/// The hash of a key. It is part of the library's interface, since host and library look into the same maps: numbers and
-/// pointers are hashed here, text by its own hash, other types by std::hash.
+/// The hash of a key. It is part of the library's interface, since host and library look into the same maps: numbers
+/// and pointers are hashed here, text by its own hash, other types by std::hash.
 template <class KEY>
 std::size_t HashOf(const KEY& key)
 {
@@ -45,8 +45,9 @@ using POSITION = const MapPosition*;
 
 /// A hash map in shared memory. Keys are numbers, pointers, or types with std::hash, and have ==.
 ///
-/// The layout is part of the library's interface: buckets, their number, the number of entries. An empty map allocates
-/// nothing. An operation that throws (std::bad_alloc, or what copying a key or a value throws) leaves the map as it was.
+/// The layout is part of the library's interface: buckets, their number, the number of entries.
+/// An empty map allocates nothing. An operation that throws (std::bad_alloc, or what copying a
+/// key or a value throws) leaves the map as it was.
 template <class KEY, class ARG_KEY, class VALUE, class ARG_VALUE>
 class CMap
 {
@@ -165,8 +166,8 @@ public:
         const auto* entry = reinterpret_cast<const Entry*>(position);
         key = entry->key;
         value = entry->value;
-        position = entry->next != nullptr ? reinterpret_cast<POSITION>(entry->next)
-                                          : FirstFrom(BucketOf(entry->key) + 1);
+        position =
+            entry->next != nullptr ? reinterpret_cast<POSITION>(entry->next) : FirstFrom(BucketOf(entry->key) + 1);
     }
 
 private:

@@ -42,23 +42,23 @@ struct CRuntimeClass
 
 /// In a class's body: gives it a run-time class record. The members are of the class, so that an exported
 /// class exports them.
-#define ZEB_DECLARE_DYNAMIC(class_name)                                                                      \
-public:                                                                                                      \
-    static ::zeb::CRuntimeClass class##class_name;                                                           \
-    static ::zeb::CRuntimeClass* GetThisClass();                                                             \
+#define ZEB_DECLARE_DYNAMIC(class_name)                                                                                \
+public:                                                                                                                \
+    static ::zeb::CRuntimeClass class##class_name;                                                                     \
+    static ::zeb::CRuntimeClass* GetThisClass();                                                                       \
     ::zeb::CRuntimeClass* GetRuntimeClass() const override;
 
 /// In one source file: defines what ZEB_DECLARE_DYNAMIC declared.
-#define ZEB_IMPLEMENT_DYNAMIC(class_name, base_class_name)                                                   \
-    ::zeb::CRuntimeClass class_name::class##class_name = {#class_name, static_cast<int>(sizeof(class_name)), \
-                                                          &base_class_name::GetThisClass};                   \
-    ::zeb::CRuntimeClass* class_name::GetThisClass()                                                         \
-    {                                                                                                        \
-        return &class_name::class##class_name;                                                               \
-    }                                                                                                        \
-    ::zeb::CRuntimeClass* class_name::GetRuntimeClass() const                                                \
-    {                                                                                                        \
-        return &class_name::class##class_name;                                                               \
+#define ZEB_IMPLEMENT_DYNAMIC(class_name, base_class_name)                                                             \
+    ::zeb::CRuntimeClass class_name::class##class_name = {#class_name, static_cast<int>(sizeof(class_name)),           \
+                                                          &base_class_name::GetThisClass};                             \
+    ::zeb::CRuntimeClass* class_name::GetThisClass()                                                                   \
+    {                                                                                                                  \
+        return &class_name::class##class_name;                                                                         \
+    }                                                                                                                  \
+    ::zeb::CRuntimeClass* class_name::GetRuntimeClass() const                                                          \
+    {                                                                                                                  \
+        return &class_name::class##class_name;                                                                         \
     }
 
 #define ZEB_RUNTIME_CLASS(class_name) (class_name::GetThisClass())

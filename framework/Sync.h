@@ -17,14 +17,8 @@ class CCriticalSection
 {
 public:
 #ifdef _WIN32
-    CCriticalSection()
-    {
-        InitializeCriticalSection(&m_section);
-    }
-    ~CCriticalSection()
-    {
-        DeleteCriticalSection(&m_section);
-    }
+    CCriticalSection() { InitializeCriticalSection(&m_section); }
+    ~CCriticalSection() { DeleteCriticalSection(&m_section); }
 #else
     CCriticalSection()
     {
@@ -34,10 +28,7 @@ public:
         pthread_mutex_init(&m_section, &recursive);
         pthread_mutexattr_destroy(&recursive);
     }
-    ~CCriticalSection()
-    {
-        pthread_mutex_destroy(&m_section);
-    }
+    ~CCriticalSection() { pthread_mutex_destroy(&m_section); }
 #endif
     CCriticalSection(const CCriticalSection&) = delete;
     CCriticalSection& operator=(const CCriticalSection&) = delete;

@@ -16,8 +16,8 @@ namespace zeb::framework
 /// A terminated, growing run of characters, which may contain zeros. Text of up to 15 bytes is kept inside the object,
 /// longer text in shared memory.
 ///
-/// The layout is part of the library's interface: 32 bytes, whatever the compiler and its standard library. Text that is
-/// given to it may be part of its own. Lengths are in characters and below 2^31 - 1; beyond that ThrowTooLong is
+/// The layout is part of the library's interface: 32 bytes, whatever the compiler and its standard library. Text that
+/// is given to it may be part of its own. Lengths are in characters and below 2^31 - 1; beyond that ThrowTooLong is
 /// called. An operation that throws leaves the text as it was.
 template <class CHAR_TYPE>
 class TextBuffer

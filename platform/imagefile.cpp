@@ -39,8 +39,7 @@ void SetMachine(ImageFile& image, const char* machine, unsigned bits)
 void ReadPortableExecutable(std::FILE* file, const unsigned char* head, ImageFile& image)
 {
     constexpr size_t OffsetOfHeader = 0x3C;
-    const long header =
-        static_cast<long>(Number16(head + OffsetOfHeader) | Number16(head + OffsetOfHeader + 2) << 16);
+    const long header = static_cast<long>(Number16(head + OffsetOfHeader) | Number16(head + OffsetOfHeader + 2) << 16);
     unsigned char signature[6] = {};
     if (!ReadAt(file, header, signature, sizeof(signature)) || std::memcmp(signature, "PE\0\0", 4) != 0)
     {

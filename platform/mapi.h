@@ -62,8 +62,6 @@
 #endif
 
 static_assert(sizeof(WCHAR) == 2, "WCHAR has 16 bits");
-static_assert(sizeof(LONG) == 4 && sizeof(ULONG) == 4 && sizeof(DWORD) == 4,
-              "LONG, ULONG, DWORD have 32 bits");
-static_assert(sizeof(SPropValue) == 24 && sizeof(SRestriction) == 32 && sizeof(SRow) == 16,
-              "MAPI's x64 layouts");
+static_assert(sizeof(LONG) == 4 && sizeof(ULONG) == 4 && sizeof(DWORD) == 4, "LONG, ULONG, DWORD have 32 bits");
+static_assert(sizeof(SPropValue) == 24 && sizeof(SRestriction) == 32 && sizeof(SRow) == 16, "MAPI's x64 layouts");
 static_assert(sizeof(WAB_PARAM) == 48, "the WAB's x64 layout");

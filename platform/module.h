@@ -10,8 +10,8 @@ namespace zeb::platform
 using ModuleHandle = void*;
 
 /// How LoadModule loads; the bits of CDllLoader's modes. On Linux they change nothing: there are no boxes, and a
-/// library finds its dependencies by the run path that it was linked with. On Windows, whatever the mode, they come from
-/// the library's own folder, the application's or the system's, never from the current folder or the search path.
+/// library finds its dependencies by the run path that it was linked with. On Windows, whatever the mode, they come
+/// from the library's own folder, the application's or the system's, never from the current folder or the search path.
 enum ModuleMode : long
 {
     ModuleKeep = 2,           ///< for the process's calls
@@ -19,10 +19,9 @@ enum ModuleMode : long
     ModuleOwnFolderDeps = 16, ///< dependencies come from the library's own folder
 };
 
-/// Loads a library.
-/// A bare name is looked for beside this binary, then in the system folder; never in the current folder or on
-/// a search path. A path with a folder names exactly that file. An empty path loads nothing. On Linux a path
-/// may be written with backslashes: where the literal file is absent they are taken as slashes.
+/// Loads a library. A bare name is looked for beside this binary, then in the system folder; never in the current
+/// folder or on a search path. A path with a folder names exactly that file. An empty path loads nothing. On Linux a
+/// path may be written with backslashes: where the literal file is absent they are taken as slashes.
 /// @return null when nothing was loaded; `reason`, when given, then says why in the system's words.
 ModuleHandle LoadModule(const std::string& path, long mode, std::string* reason = nullptr);
 
@@ -35,8 +34,7 @@ void* FindExport(ModuleHandle module, const char* name);
 
 void UnloadModule(ModuleHandle module);
 
-/// The file that LoadModule(path) would load: `path` itself, or where a bare name was found; empty when
-/// nowhere.
+/// The file that LoadModule(path) would load: `path` itself, or where a bare name was found; empty when nowhere.
 std::string ResolveModulePath(const std::string& path);
 
 /// The folder of the binary (library or program) that holds this code, with a trailing separator.

@@ -40,9 +40,9 @@ public:
 
     void Write(int level, const char* component, const char* text)
     {
-        std::string line = UtcText(std::chrono::duration_cast<std::chrono::milliseconds>(
-                                       std::chrono::system_clock::now().time_since_epoch())
-                                       .count());
+        std::string line = UtcText(
+            std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::system_clock::now().time_since_epoch())
+                .count());
         line += level == NoLevel ? " - " : " " + std::to_string(level) + " ";
         line += component;
         line += ": ";
@@ -113,8 +113,8 @@ State& TheState()
 
 std::string UtcText(long long milliseconds)
 {
-    // Not gmtime: its result is one for the whole process, or thread, and may be in the host's use. The calendar repeats
-    // every 400 years; its years are taken from March on, so that a leap day is the last of its year.
+    // Not gmtime: its result is one for the whole process, or thread, and may be in the host's use. The calendar
+    // repeats every 400 years; its years are taken from March on, so that a leap day is the last of its year.
     constexpr long long DaysOf400Years = 146'097;
     constexpr long long DaysBefore1970 = 719'468; // from 0000-03-01
     const long long seconds = milliseconds / 1000;
@@ -127,8 +127,8 @@ std::string UtcText(long long milliseconds)
     char text[64] = {};
     std::snprintf(text, sizeof text, "%04lld-%02lld-%02lldT%02lld:%02lld:%02lld.%03lldZ",
                   days / DaysOf400Years * 400 + year + (month <= 2 ? 1 : 0), month,
-                  dayOfYear - (153 * monthFromMarch + 2) / 5 + 1, seconds / 3600 % 24, seconds / 60 % 60,
-                  seconds % 60, milliseconds % 1000);
+                  dayOfYear - (153 * monthFromMarch + 2) / 5 + 1, seconds / 3600 % 24, seconds / 60 % 60, seconds % 60,
+                  milliseconds % 1000);
     return text;
 }
 

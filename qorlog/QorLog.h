@@ -18,9 +18,8 @@ constexpr int NoLevel = -1;
 /// Receives one line: no line end, no time stamp. The pointers are valid during the call.
 using Sink = std::function<void(int level, const char* component, const char* text)>;
 
-/// Sends every line of every level to `sink` instead of the default one; an empty `sink` brings the default
-/// one back (and reads the environment again). Calls of a sink never overlap; a sink may log, which calls it
-/// again.
+/// Sends every line of every level to `sink` instead of the default one; an empty `sink` brings the default one back
+/// (and reads the environment again). Calls of a sink never overlap; a sink may log, which calls it again.
 void SetSink(Sink sink);
 
 /// Whether a line of `level` would reach a sink.
@@ -33,7 +32,8 @@ void Write(int level, const char* component, const char* text);
 /// are written.
 void WriteNote(int level, const char* component, const char* text);
 
-/// Explains the failure line before it, printf-style. Only the default sink writes it: another sink gets the stated lines.
+/// Explains the failure line before it, printf-style. Only the default sink writes
+/// it: another sink gets the stated lines.
 void WriteDetail(const char* component, const char* format, ...);
 
 /// A time in UTC, in milliseconds since 1970, as "2026-01-03T11:58:40.000Z".
@@ -47,8 +47,7 @@ constexpr bool IsPrintable = std::is_arithmetic_v<T> || std::is_enum_v<T> || std
 
 } // namespace qorlog
 
-/// Writes a line with a level: 1 for errors, 3 for progress. Without arguments `text` is written as it
-/// stands.
+/// Writes a line with a level: 1 for errors, 3 for progress. Without arguments `text` is written as it stands.
 inline void LLog(int level, const char* component, const char* text)
 {
     qorlog::Write(level, component, text);
@@ -58,8 +57,7 @@ inline void LLog(int level, const char* component, const char* text)
 template <class First, class... Rest>
 void LLog(int level, const char* component, const char* format, First first, Rest... rest)
 {
-    static_assert(qorlog::IsPrintable<First> && (qorlog::IsPrintable<Rest> && ...),
-                  "pass the character pointer");
+    static_assert(qorlog::IsPrintable<First> && (qorlog::IsPrintable<Rest> && ...), "pass the character pointer");
     qorlog::WriteFormat(level, component, format, first, rest...);
 }
 
@@ -73,8 +71,7 @@ inline void Log(const char* component, const char* text)
 template <class First, class... Rest>
 void Log(const char* component, const char* format, First first, Rest... rest)
 {
-    static_assert(qorlog::IsPrintable<First> && (qorlog::IsPrintable<Rest> && ...),
-                  "pass the character pointer");
+    static_assert(qorlog::IsPrintable<First> && (qorlog::IsPrintable<Rest> && ...), "pass the character pointer");
     qorlog::WriteFormat(qorlog::NoLevel, component, format, first, rest...);
 }
 
@@ -88,7 +85,6 @@ inline void LNote(int level, const char* component, const char* text)
 template <class First, class... Rest>
 void LDetail(const char* component, const char* format, First first, Rest... rest)
 {
-    static_assert(qorlog::IsPrintable<First> && (qorlog::IsPrintable<Rest> && ...),
-                  "pass the character pointer");
+    static_assert(qorlog::IsPrintable<First> && (qorlog::IsPrintable<Rest> && ...), "pass the character pointer");
     qorlog::WriteDetail(component, format, first, rest...);
 }

@@ -21,8 +21,8 @@ CDllLoader::~CDllLoader()
 bool CDllLoader::Load(const char* path, long mode)
 {
     std::string reason;
-    void* const loaded = zeb::framework::WithMemory(
-        [&] { return zeb::platform::LoadModule(path == nullptr ? "" : path, mode, &reason); });
+    void* const loaded = zeb::framework::WithMemory([&]
+    { return zeb::platform::LoadModule(path == nullptr ? "" : path, mode, &reason); });
     m_reason = loaded == nullptr ? reason.c_str() : "";
     if (loaded == nullptr)
     {

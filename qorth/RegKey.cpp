@@ -38,14 +38,13 @@ std::optional<RegistryKey> Open(HKEY root, const char* path)
 CQorRegKey::CQorRegKey(HKEY root, const char* path, int, int)
     : m_key(nullptr)
 {
-    zeb::framework::WithMemory(
-        [&]
+    zeb::framework::WithMemory([&]
+    {
+        if (std::optional<RegistryKey> key = Open(root, path))
         {
-            if (std::optional<RegistryKey> key = Open(root, path))
-            {
-                m_key = new RegistryKey(std::move(*key));
-            }
-        });
+            m_key = new RegistryKey(std::move(*key));
+        }
+    });
 }
 
 CQorRegKey::~CQorRegKey()
@@ -83,24 +82,21 @@ CStringA CQorRegKey::GetString() const
 
 bool CQorRegKey::GetString(CStringA& value, const char* name, int) const
 {
-    return zeb::framework::WithMemory(
-        [&]
-        {
-            const auto found =
-                m_key != nullptr ? m_key->StringValue(name == nullptr ? std::string() : Utf8FromNarrow(name))
-                                 : std::nullopt;
-            value = found ? NarrowFromUtf8(*found).c_str() : "";
-            return found.has_value();
-        });
+    return zeb::framework::WithMemory([&]
+    {
+        const auto found = m_key != nullptr ? m_key->StringValue(name == nullptr ? std::string() : Utf8FromNarrow(name))
+                                            : std::nullopt;
+        value = found ? NarrowFromUtf8(*found).c_str() : "";
+        return found.has_value();
+    });
 }
 
 bool CQorRegKey::EnumKey(ULONG index, CStringA& name) const
 {
-    return zeb::framework::WithMemory(
-        [&]
-        {
-            const auto found = m_key != nullptr ? m_key->SubKeyName(index) : std::nullopt;
-            name = found ? NarrowFromUtf8(*found).c_str() : "";
-            return found.has_value();
-        });
+    return zeb::framework::WithMemory([&]
+    {
+        const auto found = m_key != nullptr ? m_key->SubKeyName(index) : std::nullopt;
+        name = found ? NarrowFromUtf8(*found).c_str() : "";
+        return found.has_value();
+    });
 }

@@ -4,19 +4,17 @@
 
 CStringA Zeb_Utf8(const CStringW& text)
 {
-    return zeb::framework::WithMemory(
-        [&]
-        {
-            const std::string utf8 = zeb::platform::Utf8FromWide(text, static_cast<size_t>(text.GetLength()));
-            return CStringA(utf8.data(), static_cast<int>(utf8.size()));
-        });
+    return zeb::framework::WithMemory([&]
+    {
+        const std::string utf8 = zeb::platform::Utf8FromWide(text, static_cast<size_t>(text.GetLength()));
+        return CStringA(utf8.data(), static_cast<int>(utf8.size()));
+    });
 }
 
 bool Zeb_HasDefaultProfile()
 {
     bool hasProfile = false;
-    zeb::Guarded(__FILE__, __LINE__,
-                 [&hasProfile] { hasProfile = !Zeb_GetMAPI().GetDefaultProfileName().IsEmpty(); });
+    zeb::Guarded(__FILE__, __LINE__, [&hasProfile] { hasProfile = !Zeb_GetMAPI().GetDefaultProfileName().IsEmpty(); });
     return hasProfile;
 }
 

@@ -1,7 +1,7 @@
 // Everything of the library: what a host includes.
 //
-// What an operation throws is a CZebException*, or the _com_error of an empty wrapper. Nothing else leaves it, whatever fails on
-// its way.
+// What an operation throws is a CZebException*, or the _com_error of an empty wrapper.
+// Nothing else leaves it, whatever fails on its way.
 #pragma once
 
 #include "zebapi/AddressBook.h"
@@ -32,8 +32,7 @@
 /// A text as UTF-8, whatever the ANSI code page is. What is no character of UTF-16 becomes U+FFFD.
 ZEBAPI_EXPORT zeb::CStringA Zeb_Utf8(const zeb::CStringW& text);
 
-/// Whether a default profile is set (CZebAPI::GetDefaultProfileName). Never throws: a failure is logged and
-/// false.
+/// Whether a default profile is set (CZebAPI::GetDefaultProfileName). Never throws: a failure is logged and false.
 ZEBAPI_EXPORT bool Zeb_HasDefaultProfile();
 
 /// What Zeb_HasDefaultProfile answered at the first call in this process, also after profiles have changed.

@@ -9,8 +9,8 @@
 /// The file name of the provider, as it stands in a store's entry identifier.
 #define ZEBSTORE_DLL_NAME "zebstore.dll"
 
-/// Settings of the service, for IMsgServiceAdmin::ConfigureMsgService.
-/// The store's file. Without it: <local data>/zebapi/<profile>.zeb.
+/// Settings of the service, for IMsgServiceAdmin::ConfigureMsgService. The store's file.
+/// Without it: <local data>/zebapi/<profile>.zeb.
 #define PR_ZEBSTORE_PATH_A PROP_TAG(PT_STRING8, 0x67F0)
 #define PR_ZEBSTORE_PATH_W PROP_TAG(PT_UNICODE, 0x67F0)
 /// "normal" (a commit survives the death of the process) or "full" (also the loss of power).
@@ -25,33 +25,32 @@
 
 /// What the header of a store's file has as its application id (at byte 68, big-endian, as SQLite lays it out).
 #define ZEBSTORE_APPLICATION_ID 0x5A454253
-/// The version of a file as this provider writes it (at byte 60, big-endian). An older one is upgraded when it is opened for
-/// writing: all of it is read and written.
+/// The version of a file as this provider writes it (at byte 60, big-endian). An older one is upgraded when it
+/// is opened for writing: all of it is read and written.
 #define ZEBSTORE_FILE_VERSION 4
 
 /// Exports for the care of a store's file; they need neither MAPIInitialize nor a session.
 extern "C"
 {
-    /// Told of the work as it goes on, on the calling thread. With `finding` (UTF-8): one line about what was wrong and what
-    /// was done about it. Without: `done` of `whole` steps, 0 of 0 where that is not known. It must not throw.
-    typedef void(STDAPICALLTYPE ZEBSTORE_REPORT)(void* context, const char* finding, ULONGLONG done,
-                                                 ULONGLONG whole);
+    /// Told of the work as it goes on, on the calling thread. With `finding` (UTF-8): one line about what was wrong and
+    /// what was done about it. Without: `done` of `whole` steps, 0 of 0 where that is not known. It must not throw.
+    typedef void(STDAPICALLTYPE ZEBSTORE_REPORT)(void* context, const char* finding, ULONGLONG done, ULONGLONG whole);
 
-    /// Repairs a store's file: makes counters, columns and indexes again, removes what belongs to nothing, takes values off
-    /// that cannot be read. Whole or not at all.
+    /// Repairs a store's file: makes counters, columns and indexes again, removes what belongs to nothing, takes
+    /// values off that cannot be read. Whole or not at all.
     /// @param path the file, UTF-8
     /// @param copy null: the file itself is repaired; else a file that is made: the repaired copy, UTF-8
     /// @param failure gets the sentence of a failure, UTF-8, cut to `failureSize` bytes with the zero; may be null
-    /// @return MAPI_E_NOT_FOUND, MAPI_E_COLLISION (`copy` exists), MAPI_E_CORRUPT_STORE (beyond repair), MAPI_E_BUSY ...
-    typedef HRESULT(STDAPICALLTYPE ZEBSTORE_REPAIR)(const char* path, const char* copy,
-                                                    ZEBSTORE_REPORT* report, void* context, char* failure,
-                                                    ULONG failureSize);
-    HRESULT STDAPICALLTYPE ZebStoreRepair(const char* path, const char* copy, ZEBSTORE_REPORT* report,
-                                          void* context, char* failure, ULONG failureSize);
+    /// @return MAPI_E_NOT_FOUND, MAPI_E_COLLISION (`copy` exists),
+    /// MAPI_E_CORRUPT_STORE (beyond repair), MAPI_E_BUSY ...
+    typedef HRESULT(STDAPICALLTYPE ZEBSTORE_REPAIR)(const char* path, const char* copy, ZEBSTORE_REPORT* report,
+                                                    void* context, char* failure, ULONG failureSize);
+    HRESULT STDAPICALLTYPE ZebStoreRepair(const char* path, const char* copy, ZEBSTORE_REPORT* report, void* context,
+                                          char* failure, ULONG failureSize);
 
     /// Writes a store's file without the room that deleted content left; parameters as above.
     typedef HRESULT(STDAPICALLTYPE ZEBSTORE_COMPACT)(const char* path, ZEBSTORE_REPORT* report, void* context,
                                                      char* failure, ULONG failureSize);
-    HRESULT STDAPICALLTYPE ZebStoreCompact(const char* path, ZEBSTORE_REPORT* report, void* context,
-                                           char* failure, ULONG failureSize);
+    HRESULT STDAPICALLTYPE ZebStoreCompact(const char* path, ZEBSTORE_REPORT* report, void* context, char* failure,
+                                           ULONG failureSize);
 }

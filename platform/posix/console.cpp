@@ -35,7 +35,9 @@ int TerminalColumns(OutputStream stream)
 {
     winsize size{};
     if (!IsTerminal(stream) || ioctl(Descriptor(stream), TIOCGWINSZ, &size) != 0)
+    {
         return 0;
+    }
     return size.ws_col;
 }
 
@@ -45,7 +47,9 @@ bool OutputShowsUtf8()
     {
         const char* value = std::getenv(name);
         if (!value || !*value)
+        {
             continue;
+        }
         const char* dot = std::strchr(value, '.');
         return dot && (strncasecmp(dot, ".utf-8", 6) == 0 || strncasecmp(dot, ".utf8", 5) == 0);
     }

@@ -39,7 +39,9 @@ void Handle(void (*handler)(int))
     struct sigaction action = {};
     action.sa_handler = handler;
     for (const int signal : {SIGINT, SIGTERM})
+    {
         sigaction(signal, &action, nullptr);
+    }
 }
 
 } // namespace

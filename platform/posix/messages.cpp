@@ -13,8 +13,8 @@ namespace zeb::platform
 namespace
 {
 
-// A queue is a pipe, so that every binary of the process reaches it. The handle holds both its ends and, above them, the
-// pipe's inode number: the ends' numbers are given out again after the window is destroyed, to anything.
+// A queue is a pipe, so that every binary of the process reaches it. The handle holds both its ends and, above them,
+// the pipe's inode number: the ends' numbers are given out again after the window is destroyed, to anything.
 constexpr unsigned int EndBits = 16;
 constexpr int EndLimit = 1 << EndBits;
 constexpr unsigned int InodeShift = 2 * EndBits;
@@ -24,8 +24,7 @@ constexpr int QueueBytes = 1 << 20;
 std::uint32_t PipeNumber(int end)
 {
     struct stat status = {};
-    return fstat(end, &status) == 0 && S_ISFIFO(status.st_mode) ? static_cast<std::uint32_t>(status.st_ino)
-                                                                : 0;
+    return fstat(end, &status) == 0 && S_ISFIFO(status.st_mode) ? static_cast<std::uint32_t>(status.st_ino) : 0;
 }
 
 HWND Handle(int readEnd, int writeEnd, std::uint32_t number)
@@ -49,8 +48,7 @@ int WriteEnd(HWND window)
 bool IsOwn(HWND window, int end)
 {
     const std::uint32_t number = PipeNumber(end);
-    return number != 0 &&
-           number == static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(window) >> InodeShift);
+    return number != 0 && number == static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(window) >> InodeShift);
 }
 
 void Close(int end)
@@ -65,8 +63,8 @@ void Close(int end)
 
 bool PostWindowMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
-    // Ends of this call's own: those of the window may be closed, and their numbers be another's, between look and write.
-    // Without a reader the write would end the process by a signal.
+    // Ends of this call's own: those of the window may be closed, and their numbers be another's, between look and
+    // write. Without a reader the write would end the process by a signal.
     const int reader = fcntl(ReadEnd(window), F_DUPFD_CLOEXEC, 0);
     const int writer = fcntl(WriteEnd(window), F_DUPFD_CLOEXEC, 0);
     const WindowMessage posted = {message, wParam, lParam};

@@ -85,15 +85,13 @@ std::string OwnFolder()
 
 std::string SystemFolder()
 {
-    static const std::string folder =
-        FolderOf(FileHolding(reinterpret_cast<const void*>(&gnu_get_libc_version)));
+    static const std::string folder = FolderOf(FileHolding(reinterpret_cast<const void*>(&gnu_get_libc_version)));
     return folder;
 }
 
 bool IsBareOrAbsolutePath(const std::string& path)
 {
-    return !path.empty() && (IsBareName(path) || path.front() == '/' || path.front() == '\\') &&
-           !HasDrive(path);
+    return !path.empty() && (IsBareName(path) || path.front() == '/' || path.front() == '\\') && !HasDrive(path);
 }
 
 std::string ResolveModulePath(const std::string& path)

@@ -56,8 +56,7 @@ std::string FilePath()
     {
         return std::string(home) + "/.config/zebapi/registry.reg";
     }
-    throw RegistryError(
-        "there is no place for the registry file: ZEBAPI_REGISTRY, XDG_CONFIG_HOME and HOME are empty");
+    throw RegistryError("there is no place for the registry file: ZEBAPI_REGISTRY, XDG_CONFIG_HOME and HOME are empty");
 }
 
 [[noreturn]] void Fail(const char* action, const std::string& path, int error)
@@ -130,8 +129,8 @@ std::shared_ptr<regfile::Key> ReadTree(const std::string& path)
     }
     catch (const regfile::SyntaxError& error)
     {
-        throw RegistryError("the registry file '" + path + "' has an error in line " +
-                            std::to_string(error.Line()) + ": " + error.what());
+        throw RegistryError("the registry file '" + path + "' has an error in line " + std::to_string(error.Line()) +
+                            ": " + error.what());
     }
 }
 
@@ -172,8 +171,8 @@ void Replace(const std::string& path, const std::string& bytes)
     {
         Fail("write", path, errno);
     }
-    if (!WriteAll(file.Get(), bytes) || fchmod(file.Get(), mode) != 0 || fsync(file.Get()) != 0 ||
-        !file.Close() || rename(beside.c_str(), path.c_str()) != 0)
+    if (!WriteAll(file.Get(), bytes) || fchmod(file.Get(), mode) != 0 || fsync(file.Get()) != 0 || !file.Close() ||
+        rename(beside.c_str(), path.c_str()) != 0)
     {
         const int error = errno;
         unlink(beside.c_str());
@@ -190,8 +189,7 @@ std::string LinkTarget(const std::string& path)
 
 /// Reads the file, changes the tree and replaces the file, alone among all processes and threads.
 /// @return the changed tree.
-std::shared_ptr<regfile::Key> Change(const std::string& named,
-                                     const std::function<void(regfile::Key&)>& change)
+std::shared_ptr<regfile::Key> Change(const std::string& named, const std::function<void(regfile::Key&)>& change)
 {
     MakeFoldersAbove(named);
     const std::string path = LinkTarget(named);
@@ -350,18 +348,17 @@ void RegistryKey::DeleteValue(const std::string& name)
 void RegistryKey::CopyValue(const std::string& from, const std::string& to)
 {
     CheckName(to, "value");
-    m_impl->Update(
-        [&](regfile::Key& key)
+    m_impl->Update([&](regfile::Key& key)
+    {
+        const regfile::Value* found = key.FindValue(from);
+        if (found == nullptr)
         {
-            const regfile::Value* found = key.FindValue(from);
-            if (found == nullptr)
-            {
-                throw RegistryError("there is no registry value '" + from + "' to copy");
-            }
-            regfile::Value copy = *found;
-            copy.name = to;
-            key.SetValue(std::move(copy));
-        });
+            throw RegistryError("there is no registry value '" + from + "' to copy");
+        }
+        regfile::Value copy = *found;
+        copy.name = to;
+        key.SetValue(std::move(copy));
+    });
 }
 
 } // namespace zeb::platform

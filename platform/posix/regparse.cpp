@@ -12,8 +12,8 @@ namespace zeb::platform::regfile
 namespace
 {
 
-constexpr std::array<std::string_view, 5> Roots = {"HKEY_CLASSES_ROOT", "HKEY_CURRENT_USER",
-                                                   "HKEY_LOCAL_MACHINE", "HKEY_USERS", "HKEY_CURRENT_CONFIG"};
+constexpr std::array<std::string_view, 5> Roots = {"HKEY_CLASSES_ROOT", "HKEY_CURRENT_USER", "HKEY_LOCAL_MACHINE",
+                                                   "HKEY_USERS", "HKEY_CURRENT_CONFIG"};
 
 bool IsBlank(char character)
 {
@@ -41,8 +41,8 @@ std::string_view Trim(std::string_view text)
 
 size_t LineAt(std::string_view text, size_t position)
 {
-    return 1 + static_cast<size_t>(
-                   std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(position), '\n'));
+    return 1 +
+           static_cast<size_t>(std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(position), '\n'));
 }
 
 std::string DecodeUtf16(std::string_view bytes)
@@ -50,8 +50,8 @@ std::string DecodeUtf16(std::string_view bytes)
     WideString wide;
     for (size_t i = 0; i + 1 < bytes.size(); i += 2)
     {
-        wide += static_cast<WCHAR>(static_cast<unsigned char>(bytes[i]) |
-                                   static_cast<unsigned char>(bytes[i + 1]) << 8);
+        wide +=
+            static_cast<WCHAR>(static_cast<unsigned char>(bytes[i]) | static_cast<unsigned char>(bytes[i + 1]) << 8);
     }
     std::string text = Utf8FromWide(wide.data(), wide.size());
     const WideString again = WideFromUtf8(text.data(), text.size());
@@ -80,8 +80,7 @@ std::string Decode(std::string_view bytes)
     if (again != bytes)
     {
         const auto differ = std::mismatch(bytes.begin(), bytes.end(), again.begin(), again.end()).first;
-        throw SyntaxError(LineAt(bytes, static_cast<size_t>(differ - bytes.begin())),
-                          "the text is not UTF-8");
+        throw SyntaxError(LineAt(bytes, static_cast<size_t>(differ - bytes.begin())), "the text is not UTF-8");
     }
     return std::string(bytes);
 }
@@ -177,8 +176,7 @@ private:
         const bool remove = !path.empty() && path.front() == '-';
         path.remove_prefix(remove ? 1 : 0);
         const std::string_view root = path.substr(0, path.find('\\'));
-        if (std::none_of(Roots.begin(), Roots.end(),
-                         [&](std::string_view known) { return SameName(known, root); }))
+        if (std::none_of(Roots.begin(), Roots.end(), [&](std::string_view known) { return SameName(known, root); }))
         {
             Fail("there is no registry root '" + std::string(root) + "'");
         }
@@ -202,8 +200,7 @@ private:
     {
         if (m_key == nullptr)
         {
-            Fail(m_inDeletedKey ? "a value stands below a key that is deleted"
-                                : "a value stands before the first key");
+            Fail(m_inDeletedKey ? "a value stands below a key that is deleted" : "a value stands before the first key");
         }
         std::string name;
         if (line.front() == '@')
@@ -303,12 +300,8 @@ private:
         const size_t colon = data.find(':');
         const size_t kindEnd = colon == std::string::npos ? 0 : colon;
         const std::string_view kind = std::string_view(data).substr(0, kindEnd);
-        if (kind.empty() || !std::all_of(kind.begin(), kind.end(),
-                                         [](char c)
-                                         {
-                                             return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-                                                    (c >= '0' && c <= '9') || c == '(' || c == ')';
-                                         }))
+        if (kind.empty() || !std::all_of(kind.begin(), kind.end(), [](char c)
+        { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '(' || c == ')'; }))
         {
             Fail("the value '" + name + "' has no kind");
         }
@@ -324,10 +317,7 @@ private:
         return std::string(Trim(data));
     }
 
-    static std::string_view WithoutComment(std::string_view text)
-    {
-        return Trim(text.substr(0, text.find(';')));
-    }
+    static std::string_view WithoutComment(std::string_view text) { return Trim(text.substr(0, text.find(';'))); }
 
     std::string DwordDigits(std::string_view text, const std::string& name) const
     {

@@ -22,8 +22,8 @@ char UpperAscii(char character)
 
 bool SameAscii(std::string_view a, std::string_view b)
 {
-    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(),
-                                              [](char x, char y) { return UpperAscii(x) == UpperAscii(y); });
+    return a.size() == b.size() &&
+           std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) { return UpperAscii(x) == UpperAscii(y); });
 }
 
 /// Takes the separators off both ends of a path.
@@ -87,9 +87,8 @@ bool SameName(std::string_view a, std::string_view b)
     }
     const WideString left = WideFromUtf8(a.data(), a.size());
     const WideString right = WideFromUtf8(b.data(), b.size());
-    return left.size() == right.size() &&
-           std::equal(left.begin(), left.end(), right.begin(),
-                      [](WCHAR x, WCHAR y) { return UpperWide(x) == UpperWide(y); });
+    return left.size() == right.size() && std::equal(left.begin(), left.end(), right.begin(),
+                                                     [](WCHAR x, WCHAR y) { return UpperWide(x) == UpperWide(y); });
 }
 
 std::optional<std::string> Value::AsText() const
@@ -126,15 +125,15 @@ std::optional<std::vector<unsigned char>> Value::AsBinary() const
 
 Key* Key::Child(std::string_view childName) const
 {
-    const auto found = std::find_if(keys.begin(), keys.end(),
-                                    [&](const auto& key) { return SameName(key->name, childName); });
+    const auto found =
+        std::find_if(keys.begin(), keys.end(), [&](const auto& key) { return SameName(key->name, childName); });
     return found == keys.end() ? nullptr : found->get();
 }
 
 const Value* Key::FindValue(std::string_view valueName) const
 {
-    const auto found = std::find_if(values.begin(), values.end(),
-                                    [&](const auto& value) { return SameName(value.name, valueName); });
+    const auto found =
+        std::find_if(values.begin(), values.end(), [&](const auto& value) { return SameName(value.name, valueName); });
     return found == values.end() ? nullptr : &*found;
 }
 
@@ -200,9 +199,9 @@ void Key::DeleteTree(std::string_view path)
     }
     const std::string_view childName = last == std::string_view::npos ? path : path.substr(last + 1);
     auto& below = parent->keys;
-    below.erase(std::remove_if(below.begin(), below.end(),
-                               [&](const auto& key) { return SameName(key->name, childName); }),
-                below.end());
+    below.erase(
+        std::remove_if(below.begin(), below.end(), [&](const auto& key) { return SameName(key->name, childName); }),
+        below.end());
 }
 
 } // namespace zeb::platform::regfile

@@ -98,10 +98,7 @@ bool IsAscii(const std::string& text)
 bool IsPlain(const Key& key)
 {
     const auto plainValue = [](const Value& value)
-    {
-        return IsAscii(value.name) && IsAscii(value.text) && IsAscii(value.written) &&
-               value.written.find("hex(") != 0;
-    };
+    { return IsAscii(value.name) && IsAscii(value.text) && IsAscii(value.written) && value.written.find("hex(") != 0; };
     const auto plainKey = [](const auto& child) { return IsPlain(*child); };
     return IsAscii(key.name) && std::all_of(key.values.begin(), key.values.end(), plainValue) &&
            std::all_of(key.keys.begin(), key.keys.end(), plainKey);

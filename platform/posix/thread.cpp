@@ -22,7 +22,9 @@ void LibraryThread::End() noexcept
     auto* const thread = static_cast<std::thread*>(m_thread);
     m_thread = nullptr;
     if (!thread)
+    {
         return;
+    }
     thread->join();
     delete thread;
 }

@@ -23,9 +23,13 @@ UINT outputBefore = 0, inputBefore = 0;
 void RestoreConsole()
 {
     if (outputBefore != 0)
+    {
         SetConsoleOutputCP(outputBefore);
+    }
     if (inputBefore != 0)
+    {
         SetConsoleCP(inputBefore);
+    }
 }
 
 } // namespace
@@ -39,7 +43,9 @@ void PrepareConsole()
     outputBefore = GetConsoleOutputCP();
     inputBefore = GetConsoleCP();
     if (outputBefore == 0 && inputBefore == 0)
+    {
         return;
+    }
     SetConsoleOutputCP(CP_UTF8);
     SetConsoleCP(CP_UTF8);
     std::atexit(RestoreConsole);
@@ -61,7 +67,9 @@ int TerminalColumns(OutputStream stream)
 {
     CONSOLE_SCREEN_BUFFER_INFO info{};
     if (!GetConsoleScreenBufferInfo(Handle(stream), &info))
+    {
         return 0;
+    }
     return info.srWindow.Right - info.srWindow.Left + 1;
 }
 

@@ -22,8 +22,7 @@ std::optional<DATE> OleDate(SYSTEMTIME local)
     local.wMilliseconds = 0;
     DATE date = 0;
     SYSTEMTIME back = {};
-    if (!SystemTimeToVariantTime(&local, &date) || !VariantTimeToSystemTime(date, &back) ||
-        !SameSecond(local, back))
+    if (!SystemTimeToVariantTime(&local, &date) || !VariantTimeToSystemTime(date, &back) || !SameSecond(local, back))
     {
         return std::nullopt;
     }

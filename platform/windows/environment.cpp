@@ -22,8 +22,7 @@ std::optional<std::string> EnvironmentVariable(const char* name)
     {
         // An empty value and a missing variable both give 0.
         SetLastError(ERROR_SUCCESS);
-        const DWORD length =
-            GetEnvironmentVariableW(wideName.c_str(), value.data(), static_cast<DWORD>(value.size()));
+        const DWORD length = GetEnvironmentVariableW(wideName.c_str(), value.data(), static_cast<DWORD>(value.size()));
         if (length == 0 && GetLastError() != ERROR_SUCCESS)
         {
             return std::nullopt;

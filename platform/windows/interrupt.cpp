@@ -22,7 +22,9 @@ bool IsInterrupt(DWORD event)
 BOOL WINAPI Note(DWORD event)
 {
     if (!IsInterrupt(event))
+    {
         return FALSE;
+    }
     interrupted = true;
     return TRUE;
 }
@@ -30,7 +32,9 @@ BOOL WINAPI Note(DWORD event)
 BOOL WINAPI End(DWORD event)
 {
     if (!IsInterrupt(event))
+    {
         return FALSE;
+    }
     const char* text = lastWords;
     DWORD written = 0;
     WriteFile(GetStdHandle(STD_ERROR_HANDLE), text, static_cast<DWORD>(std::strlen(text)), &written, nullptr);

@@ -12,8 +12,7 @@ namespace
 
 const char hereMark = 0;
 
-/// Calls a function that fills a buffer with a path and returns its length, with a buffer that is long
-/// enough.
+/// Calls a function that fills a buffer with a path and returns its length, with a buffer that is long enough.
 template <class Fill>
 std::string PathFrom(Fill fill)
 {
@@ -87,10 +86,9 @@ void SetReason(std::string* reason, const std::string& text)
 std::string OwnFolder()
 {
     HMODULE module = nullptr;
-    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                       &hereMark, &module);
-    const std::string file =
-        PathFrom([&](char* to, DWORD size) { return GetModuleFileNameA(module, to, size); });
+    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT, &hereMark,
+                       &module);
+    const std::string file = PathFrom([&](char* to, DWORD size) { return GetModuleFileNameA(module, to, size); });
     return file.substr(0, file.find_last_of("\\/") + 1);
 }
 
@@ -101,8 +99,7 @@ std::string SystemFolder()
 
 bool IsBareOrAbsolutePath(const std::string& path)
 {
-    const auto isSeparator = [&path](size_t at)
-    { return path.size() > at && (path[at] == '\\' || path[at] == '/'); };
+    const auto isSeparator = [&path](size_t at) { return path.size() > at && (path[at] == '\\' || path[at] == '/'); };
     const bool hasDrive = path.size() > 2 && path[1] == ':' && isSeparator(2);
     const bool hasServer = isSeparator(0) && isSeparator(1);
     return !path.empty() && (IsBareName(path) || hasDrive || hasServer);
@@ -135,8 +132,7 @@ ModuleHandle LoadModule(const std::string& path, long mode, std::string* reason)
     const std::string file = ResolveModulePath(path);
     if (file.empty())
     {
-        SetReason(reason,
-                  path + ": there is no such file in " + OwnFolder() + " or " + SystemFolder() + "\\");
+        SetReason(reason, path + ": there is no such file in " + OwnFolder() + " or " + SystemFolder() + "\\");
         return nullptr;
     }
     const QuietErrors quiet((mode & ModuleQuiet) != 0);

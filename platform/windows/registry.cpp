@@ -45,8 +45,7 @@ WideString Expanded(const WideString& text)
     WideString buffer(text.size() + MAX_PATH, L'\0');
     for (;;)
     {
-        const DWORD size =
-            ExpandEnvironmentStringsW(text.c_str(), buffer.data(), static_cast<DWORD>(buffer.size()));
+        const DWORD size = ExpandEnvironmentStringsW(text.c_str(), buffer.data(), static_cast<DWORD>(buffer.size()));
         if (size == 0)
         {
             return text;
@@ -84,8 +83,7 @@ struct RegistryKey::Impl
         {
             DWORD type = 0;
             DWORD size = static_cast<DWORD>(bytes.size());
-            const LSTATUS status =
-                RegQueryValueExW(key, wideName.c_str(), nullptr, &type, bytes.data(), &size);
+            const LSTATUS status = RegQueryValueExW(key, wideName.c_str(), nullptr, &type, bytes.data(), &size);
             if (status == ERROR_SUCCESS)
             {
                 bytes.resize(size);
@@ -131,8 +129,8 @@ std::optional<RegistryKey> RegistryKey::Open(RegistryRoot root, const std::strin
 RegistryKey RegistryKey::Create(RegistryRoot root, const std::string& path)
 {
     auto impl = std::make_unique<Impl>();
-    ThrowIfFailed(RegCreateKeyExW(RootKey(root), Wide(path).c_str(), 0, nullptr, 0, KEY_READ | KEY_WRITE,
-                                  nullptr, &impl->key, nullptr),
+    ThrowIfFailed(RegCreateKeyExW(RootKey(root), Wide(path).c_str(), 0, nullptr, 0, KEY_READ | KEY_WRITE, nullptr,
+                                  &impl->key, nullptr),
                   "create the registry key", path);
     return RegistryKey(std::move(impl));
 }
@@ -179,8 +177,8 @@ std::optional<std::string> RegistryKey::SubKeyName(unsigned long index) const
     // A key's name has at most 255 characters.
     WCHAR name[256] = {};
     DWORD length = 256;
-    if (RegEnumKeyExW(m_impl->key, static_cast<DWORD>(index), name, &length, nullptr, nullptr, nullptr,
-                      nullptr) != ERROR_SUCCESS)
+    if (RegEnumKeyExW(m_impl->key, static_cast<DWORD>(index), name, &length, nullptr, nullptr, nullptr, nullptr) !=
+        ERROR_SUCCESS)
     {
         return std::nullopt;
     }

@@ -22,8 +22,7 @@ int CheckedLength(size_t length)
 std::string NarrowFromWide(const WCHAR* text, size_t length)
 {
     const int count = CheckedLength(length);
-    const int size =
-        count == 0 ? 0 : WideCharToMultiByte(CP_ACP, 0, text, count, nullptr, 0, nullptr, nullptr);
+    const int size = count == 0 ? 0 : WideCharToMultiByte(CP_ACP, 0, text, count, nullptr, 0, nullptr, nullptr);
     std::string out(static_cast<size_t>(size), '\0');
     if (size > 0)
     {

@@ -32,12 +32,16 @@ bool LibraryThread::Start(void (*body)(void*), void* argument) noexcept
 {
     Work* const work = new (std::nothrow) Work{body, argument, nullptr};
     if (!work)
+    {
         return false;
+    }
     if (GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, &hereMark, &work->library))
     {
         m_thread = CreateThread(nullptr, 0, RunWork, work, 0, nullptr);
         if (m_thread)
+        {
             return true;
+        }
         FreeLibrary(work->library);
     }
     delete work;
@@ -47,7 +51,9 @@ bool LibraryThread::Start(void (*body)(void*), void* argument) noexcept
 void LibraryThread::End() noexcept
 {
     if (m_thread)
+    {
         CloseHandle(m_thread);
+    }
     m_thread = nullptr;
 }
 

@@ -23,8 +23,7 @@ std::optional<FILETIME> Converted(const FILETIME& time, Conversion convert)
     FILETIME whole = {};
     FILETIME converted = {};
     if (!FileTimeToSystemTime(&time, &from) || !GetTimeZoneInformationForYear(from.wYear, nullptr, &zone) ||
-        !convert(&zone, &from, &to) || !SystemTimeToFileTime(&from, &whole) ||
-        !SystemTimeToFileTime(&to, &converted))
+        !convert(&zone, &from, &to) || !SystemTimeToFileTime(&from, &whole) || !SystemTimeToFileTime(&to, &converted))
     {
         return std::nullopt;
     }
@@ -39,16 +38,14 @@ std::optional<FILETIME> Converted(const FILETIME& time, Conversion convert)
 
 std::optional<FILETIME> LocalFromUtc(const FILETIME& utc)
 {
-    return Converted(utc,
-                     [](const TIME_ZONE_INFORMATION* zone, const SYSTEMTIME* from, SYSTEMTIME* to) -> BOOL
-                     { return SystemTimeToTzSpecificLocalTime(zone, from, to); });
+    return Converted(utc, [](const TIME_ZONE_INFORMATION* zone, const SYSTEMTIME* from, SYSTEMTIME* to) -> BOOL
+    { return SystemTimeToTzSpecificLocalTime(zone, from, to); });
 }
 
 std::optional<FILETIME> UtcFromLocal(const FILETIME& local)
 {
-    return Converted(local,
-                     [](const TIME_ZONE_INFORMATION* zone, const SYSTEMTIME* from, SYSTEMTIME* to) -> BOOL
-                     { return TzSpecificLocalTimeToSystemTime(zone, from, to); });
+    return Converted(local, [](const TIME_ZONE_INFORMATION* zone, const SYSTEMTIME* from, SYSTEMTIME* to) -> BOOL
+    { return TzSpecificLocalTimeToSystemTime(zone, from, to); });
 }
 
 } // namespace zeb::platform

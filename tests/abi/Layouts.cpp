@@ -401,10 +401,10 @@ void Slots(std::string& out)
 std::string Layouts()
 {
     std::string out;
-    for (const auto& [name, size] : {std::pair("LONG", sizeof(LONG)), std::pair("ULONG", sizeof(ULONG)),
-                                     std::pair("HRESULT", sizeof(HRESULT)), std::pair("WCHAR", sizeof(WCHAR)),
-                                     std::pair("BOOL", sizeof(BOOL)), std::pair("BOOKMARK", sizeof(BOOKMARK)),
-                                     std::pair("INT_PTR", sizeof(INT_PTR)), std::pair("HWND", sizeof(HWND))})
+    for (const auto& [name, size] :
+         {std::pair("LONG", sizeof(LONG)), std::pair("ULONG", sizeof(ULONG)), std::pair("HRESULT", sizeof(HRESULT)),
+          std::pair("WCHAR", sizeof(WCHAR)), std::pair("BOOL", sizeof(BOOL)), std::pair("BOOKMARK", sizeof(BOOKMARK)),
+          std::pair("INT_PTR", sizeof(INT_PTR)), std::pair("HWND", sizeof(HWND))})
     {
         Fact(out, "size", name, size);
     }

@@ -1,5 +1,5 @@
-// The layouts of the library's classes as numbers: the same for every compiler, standard library and build mode, in both
-// C++ ABIs of Windows. A change of one of them breaks every host that is already built.
+// The layouts of the library's classes as numbers: the same for every compiler, standard library and build mode, in
+// both C++ ABIs of Windows. A change of one of them breaks every host that is already built.
 #include "zebapi/ZebAPI.h"
 
 #include <gtest/gtest.h>
@@ -52,15 +52,18 @@ struct Pinned
 #define ZEB_JOIN(a, b) ZEB_JOIN2(a, b)
 
 #define PIN_SIZE(CLASS, NUMBER) static_assert(sizeof(CLASS) == (NUMBER), #CLASS);
-#define PIN_OFFSET(CLASS, MEMBER, NUMBER)                                                                    \
-    namespace                                                                                                \
-    {                                                                                                        \
-    struct ZEB_JOIN(Field, __LINE__)                                                                         \
-    {                                                                                                        \
-        static const char* Name() { return #CLASS "::" #MEMBER; }                                            \
-        static constexpr std::int64_t Wanted = NUMBER;                                                       \
-    };                                                                                                       \
-    template struct Pinned<ZEB_JOIN(Field, __LINE__), &CLASS::MEMBER>;                                       \
+#define PIN_OFFSET(CLASS, MEMBER, NUMBER)                                                                              \
+    namespace                                                                                                          \
+    {                                                                                                                  \
+    struct ZEB_JOIN(Field, __LINE__)                                                                                   \
+    {                                                                                                                  \
+        static const char* Name()                                                                                      \
+        {                                                                                                              \
+            return #CLASS "::" #MEMBER;                                                                                \
+        }                                                                                                              \
+        static constexpr std::int64_t Wanted = NUMBER;                                                                 \
+    };                                                                                                                 \
+    template struct Pinned<ZEB_JOIN(Field, __LINE__), &CLASS::MEMBER>;                                                 \
     }
 
 PIN_SIZE(NarrowBuffer, 32)

@@ -1,5 +1,5 @@
-// The pointer-sized arguments of MAPI's methods on 64-bit Windows, as published. Some compilers' headers declare them with
-// 32 bits: with those this file does not compile.
+// The pointer-sized arguments of MAPI's methods on 64-bit Windows, as published. Some compilers' headers declare
+// them with 32 bits: with those this file does not compile.
 #include "platform/mapi.h"
 
 #include <type_traits>
@@ -10,8 +10,8 @@
 #endif
 
 // A pointer to a member converts to no other signature.
-#define TAKES(interface, method, ...)                                                                        \
-    [[maybe_unused]] constexpr HRESULT (STDMETHODCALLTYPE interface::*interface##method)(__VA_ARGS__) =      \
+#define TAKES(interface, method, ...)                                                                                  \
+    [[maybe_unused]] constexpr HRESULT (STDMETHODCALLTYPE interface::* interface##method)(__VA_ARGS__) =               \
         &interface::method
 
 static_assert(std::is_same_v<BOOKMARK, ULONG_PTR>);
@@ -32,21 +32,19 @@ TAKES(IMAPISession, Unadvise, ULONG_PTR);
 TAKES(IMAPISession, OpenMsgStore, ULONG_PTR, ULONG, LPENTRYID, LPCIID, ULONG, LPMDB*);
 TAKES(IMAPISession, OpenAddressBook, ULONG_PTR, LPCIID, ULONG, LPADRBOOK*);
 TAKES(IMAPISession, Logoff, ULONG_PTR, ULONG, ULONG);
-TAKES(IMAPISession, ShowForm, ULONG_PTR, LPMDB, LPMAPIFOLDER, LPCIID, ULONG_PTR, LPMESSAGE, ULONG, ULONG,
-      ULONG, ULONG, LPSTR);
+TAKES(IMAPISession, ShowForm, ULONG_PTR, LPMDB, LPMAPIFOLDER, LPCIID, ULONG_PTR, LPMESSAGE, ULONG, ULONG, ULONG, ULONG,
+      LPSTR);
 TAKES(IMAPISession, PrepareForm, LPCIID, LPMESSAGE, ULONG_PTR*);
 
 TAKES(IAddrBook, Advise, ULONG, LPENTRYID, ULONG, LPMAPIADVISESINK, ULONG_PTR*);
 TAKES(IAddrBook, Unadvise, ULONG_PTR);
 TAKES(IAddrBook, Address, ULONG_PTR*, LPADRPARM, LPADRLIST*);
-TAKES(IAddrBook, Details, ULONG_PTR*, LPFNDISMISS, LPVOID, ULONG, LPENTRYID, LPFNBUTTON, LPVOID, LPTSTR,
-      ULONG);
+TAKES(IAddrBook, Details, ULONG_PTR*, LPFNDISMISS, LPVOID, ULONG, LPENTRYID, LPFNBUTTON, LPVOID, LPTSTR, ULONG);
 TAKES(IAddrBook, RecipOptions, ULONG_PTR, ULONG, LPADRENTRY);
 
 TAKES(IMAPIProp, CopyTo, ULONG, LPCIID, LPSPropTagArray, ULONG_PTR, LPMAPIPROGRESS, LPCIID, LPVOID, ULONG,
       LPSPropProblemArray*);
-TAKES(IMAPIProp, CopyProps, LPSPropTagArray, ULONG_PTR, LPMAPIPROGRESS, LPCIID, LPVOID, ULONG,
-      LPSPropProblemArray*);
+TAKES(IMAPIProp, CopyProps, LPSPropTagArray, ULONG_PTR, LPMAPIPROGRESS, LPCIID, LPVOID, ULONG, LPSPropProblemArray*);
 TAKES(IMessage, DeleteAttach, ULONG, ULONG_PTR, LPMAPIPROGRESS, ULONG);
 TAKES(IMAPIFolder, CopyMessages, LPENTRYLIST, LPCIID, LPVOID, ULONG_PTR, LPMAPIPROGRESS, ULONG);
 TAKES(IMAPIFolder, DeleteMessages, LPENTRYLIST, ULONG_PTR, LPMAPIPROGRESS, ULONG);

@@ -74,10 +74,10 @@ inline int RaiseComError(const char* text)
     return static_cast<int>(std::strlen(text));
 }
 #define DECLARE_DYNAMIC(class_name) static int DynamicOfTheHost();
-#define IMPLEMENT_DYNAMIC(class_name, base_class_name)                                                       \
-    int class_name::DynamicOfTheHost()                                                                       \
-    {                                                                                                        \
-        return 3;                                                                                            \
+#define IMPLEMENT_DYNAMIC(class_name, base_class_name)                                                                 \
+    int class_name::DynamicOfTheHost()                                                                                 \
+    {                                                                                                                  \
+        return 3;                                                                                                      \
     }
 #define RUNTIME_CLASS(class_name) class_name::DynamicOfTheHost()
 

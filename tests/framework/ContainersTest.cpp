@@ -256,8 +256,7 @@ TEST(CMap, AnEntryThatMemoryIsOutForIsNotThere)
         {
             // The ninth makes the table of buckets grow.
             const zeb::test::FailingNew failing(after, true);
-            map.SetAt("a key that is longer than what fits inside",
-                      "and a value of which the same can be said");
+            map.SetAt("a key that is longer than what fits inside", "and a value of which the same can be said");
         }
         catch (const std::bad_alloc&)
         {

@@ -50,8 +50,7 @@ TEST(Exception, SlotsAreThoseOfTheObjectThenOfTheException)
     EXPECT_EQ(SlotOf(&CException::GetErrorMessage), EntryOfSlot(5, destructor));
     EXPECT_EQ(SlotOf(&CException::ReportError), EntryOfSlot(6, destructor));
     EXPECT_EQ(SlotOf(&ProbeException::GetErrorMessage), EntryOfSlot(5, destructor));
-    EXPECT_EQ(SlotOf(&ProbeException::GetNumber), EntryOfSlot(8, destructor))
-        << "after the base's two other slots";
+    EXPECT_EQ(SlotOf(&ProbeException::GetNumber), EntryOfSlot(8, destructor)) << "after the base's two other slots";
 }
 
 TEST(Exception, IsCaughtByPointerToAnyOfItsClassesAcrossBinaries)

@@ -38,8 +38,7 @@ TEST(Format, WindowsLengthModifiersWorkOnBothTargets)
 {
     const int64_t big = -9'000'000'000'000'000'007;
     EXPECT_EQ(Narrow("%I64d", big), "-9000000000000000007");
-    EXPECT_EQ(Narrow("%I64u|%I64x", uint64_t{18'446'744'073'709'551'615u}, uint64_t{255}),
-              "18446744073709551615|ff");
+    EXPECT_EQ(Narrow("%I64u|%I64x", uint64_t{18'446'744'073'709'551'615u}, uint64_t{255}), "18446744073709551615|ff");
     EXPECT_EQ(Narrow("[%-22I64d]", big), "[-9000000000000000007  ]");
     EXPECT_EQ(Narrow("%I32d", 5), "5");
     EXPECT_EQ(Narrow("%lld", static_cast<long long>(big)), "-9000000000000000007");
@@ -72,9 +71,8 @@ TEST(Format, HexadecimalsOfResultCodes)
 TEST(FormatWide, NumbersAreAsInNarrowText)
 {
     EXPECT_EQ(Wide(ZEBW("%d|%i|%u|%x|%X|%o"), -1, 2, 3u, 255, 255, 8), "-1|2|3|ff|FF|10");
-    EXPECT_EQ(
-        Wide(ZEBW("%I64d|%lld|%I64X"), int64_t{-5'000'000'000}, int64_t{5'000'000'000}, uint64_t{1} << 40),
-        "-5000000000|5000000000|10000000000");
+    EXPECT_EQ(Wide(ZEBW("%I64d|%lld|%I64X"), int64_t{-5'000'000'000}, int64_t{5'000'000'000}, uint64_t{1} << 40),
+              "-5000000000|5000000000|10000000000");
     EXPECT_EQ(Wide(ZEBW("[%5d][%-5d][%05d][%+d][%.3d]"), 1, 2, 3, 4, 5), "[    1][2    ][00003][+4][005]");
     EXPECT_EQ(Wide(ZEBW("[%*d][%-*d]"), 4, 1, 4, 2), "[   1][2   ]");
     EXPECT_EQ(Wide(ZEBW("[%*d]"), -4, 1), "[1   ]");

@@ -22,8 +22,7 @@ using zeb::framework::Atomic;
 static_assert(sizeof(CStringA) == 32 && sizeof(CStringW) == 32);
 static_assert(sizeof(CArray<char>) == 24 && sizeof(CArray<CStringA>) == 24);
 static_assert(sizeof(CMap<DWORD, DWORD, DWORD, DWORD>) == 24);
-static_assert(sizeof(CObject) == 8 && sizeof(CException) == 16 && sizeof(CPtrArray) == 32 &&
-              sizeof(CWinApp) == 8);
+static_assert(sizeof(CObject) == 8 && sizeof(CException) == 16 && sizeof(CPtrArray) == 32 && sizeof(CWinApp) == 8);
 static_assert(sizeof(CCriticalSection) == 40 && sizeof(CSingleLock) == 16);
 static_assert(sizeof(CComPtr<IUnknown>) == 8);
 static_assert(sizeof(Atomic<bool>) == 1 && sizeof(Atomic<ULONG>) == 4 && sizeof(Atomic<void*>) == 8);

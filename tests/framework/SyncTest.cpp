@@ -15,12 +15,11 @@ TEST(CriticalSection, TheHolderMayTakeItAgain)
     section.Lock();
     section.Lock();
     std::atomic<bool> entered{false};
-    std::thread other(
-        [&]
-        {
-            const CSingleLock lock(&section, true);
-            entered = true;
-        });
+    std::thread other([&]
+    {
+        const CSingleLock lock(&section, true);
+        entered = true;
+    });
     section.Unlock();
     std::this_thread::sleep_for(std::chrono::milliseconds(30));
     EXPECT_FALSE(entered) << "released only as often as taken";
@@ -61,13 +60,11 @@ TEST(SingleLock, LocksWhenAskedAndUnlocksAtTheEnd)
         EXPECT_TRUE(lock.Lock());
     }
     bool taken = false;
-    std::thread(
-        [&]
-        {
-            const CSingleLock lock(&section, true);
-            taken = true;
-        })
-        .join();
+    std::thread([&]
+    {
+        const CSingleLock lock(&section, true);
+        taken = true;
+    }).join();
     EXPECT_TRUE(taken);
 }
 

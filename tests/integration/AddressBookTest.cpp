@@ -120,10 +120,8 @@ TEST_F(AddressBook, AContactsIdentifierWhoseFolderIsCutIsInvalid)
         EXPECT_EQ(failure.text.find("entry identifier") != std::string::npos, size > 44) << failure.text;
     }
     CZebABContainer container;
-    const Failure failure = FailureOf(
-        [&] {
-            m_book.OpenEntry({bytes.cb - 1, bytes.lpb}, container, MAPI_BEST_ACCESS);
-        });
+    const Failure failure =
+        FailureOf([&] { m_book.OpenEntry({bytes.cb - 1, bytes.lpb}, container, MAPI_BEST_ACCESS); });
     EXPECT_EQ(failure.result, MAPI_E_INVALID_ENTRYID);
     EXPECT_NE(failure.text.find("contacts folder's own identifier"), std::string::npos) << failure.text;
     EXPECT_FALSE(container.IsValid());
@@ -174,8 +172,7 @@ TEST_F(AddressBook, ItemsAreUsersAndListsButNoContainers)
     EXPECT_STREQ(converted.GetDisplayName(), "Ada");
     m_book.OpenEntry(list, item, MAPI_BEST_ACCESS);
     EXPECT_EQ(static_cast<CZebDistList>(item).GetContentsTable(0).GetRowCount(), 0u);
-    EXPECT_EQ(FailureOf([&] { m_book.OpenEntry(m_book.GetDefaultDirEntryID(), item, 0); }).result,
-              MAPI_E_INVALID_TYPE);
+    EXPECT_EQ(FailureOf([&] { m_book.OpenEntry(m_book.GetDefaultDirEntryID(), item, 0); }).result, MAPI_E_INVALID_TYPE);
     EXPECT_FALSE(item.IsValid());
     CZebMailUser wrong;
     EXPECT_EQ(FailureOf([&] { m_book.OpenEntry(list, wrong, 0); }).result, MAPI_E_INVALID_TYPE);

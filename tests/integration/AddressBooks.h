@@ -12,9 +12,8 @@ namespace zeb::test
 inline CComPtr<IABContainer> InterfaceOf(const CZebContainer& container)
 {
     CComPtr<IABContainer> result;
-    ThrowIfFailed(
-        container.GetInterface()->QueryInterface(IID_IABContainer, reinterpret_cast<void**>(result.Put())),
-        __FILE__, __LINE__);
+    ThrowIfFailed(container.GetInterface()->QueryInterface(IID_IABContainer, reinterpret_cast<void**>(result.Put())),
+                  __FILE__, __LINE__);
     return result;
 }
 
@@ -26,13 +25,15 @@ inline CZebBinary AddEntry(CZebAddressBook& book, const char* name, const char* 
     const CZebBinary model = directory.GetBin(address ? PR_DEF_CREATE_MAILUSER : PR_DEF_CREATE_DL);
     CComPtr<IMAPIProp> created;
     const SBinary& id = model;
-    ThrowIfFailed(container->CreateEntry(id.cb, reinterpret_cast<LPENTRYID>(id.lpb), 0, created.Put()),
-                  container, __FILE__, __LINE__);
+    ThrowIfFailed(container->CreateEntry(id.cb, reinterpret_cast<LPENTRYID>(id.lpb), 0, created.Put()), container,
+                  __FILE__, __LINE__);
     CZebPropObj entry(created.Get());
     CZebPropValArray properties(2);
     properties[PR_DISPLAY_NAME_A] = name;
     if (address)
+    {
         properties[PR_EMAIL_ADDRESS_A] = address;
+    }
     entry.SetProps(properties, true, nullptr);
     return entry.GetEntryID();
 }
@@ -43,9 +44,8 @@ inline void AddMember(CZebAddressBook& book, const SBinary& list, const SBinary&
     CZebDistList wrapper;
     book.OpenEntry(list, wrapper, MAPI_BEST_ACCESS);
     CComPtr<IDistList> target;
-    ThrowIfFailed(
-        wrapper.GetInterface()->QueryInterface(IID_IDistList, reinterpret_cast<void**>(target.Put())),
-        __FILE__, __LINE__);
+    ThrowIfFailed(wrapper.GetInterface()->QueryInterface(IID_IDistList, reinterpret_cast<void**>(target.Put())),
+                  __FILE__, __LINE__);
     SBinary one = member;
     ENTRYLIST entries = {1, &one};
     ThrowIfFailed(target->CopyEntries(&entries, 0, nullptr, 0), target, __FILE__, __LINE__);
@@ -79,13 +79,19 @@ inline std::vector<BookRow> RowsOf(CZebTable table, bool wab = false)
         if (wab)
         {
             for (ULONG i = 0; i < count; ++i)
+            {
                 Zeb_MemFree(rows->aRow[i].lpProps);
+            }
             Zeb_MemFree(rows);
         }
         else
+        {
             Zeb_FreeProws(rows);
+        }
         if (count == 0)
+        {
             return result;
+        }
     }
 }
 
@@ -93,17 +99,22 @@ inline std::vector<std::string> NamesOf(const std::vector<BookRow>& rows)
 {
     std::vector<std::string> names;
     for (const BookRow& each : rows)
+    {
         names.push_back(each.name);
+    }
     return names;
 }
 
 /// The identifier of one of the root's containers.
 inline CZebBinary ContainerID(CZebAddressBook& book, const std::string& name)
 {
-    for (const BookRow& each :
-         RowsOf(book.OpenRootContainer(MAPI_BEST_ACCESS).GetHierarchyTable(0), book.IsWAB()))
+    for (const BookRow& each : RowsOf(book.OpenRootContainer(MAPI_BEST_ACCESS).GetHierarchyTable(0), book.IsWAB()))
+    {
         if (each.name == name)
+        {
             return each.id;
+        }
+    }
     ADD_FAILURE() << "no container '" << name << "'";
     return CZebBinary();
 }

@@ -29,10 +29,7 @@ protected:
     }
 
     static Bytes BytesOf(const SBinary& id) { return Bytes(id.lpb, id.lpb + id.cb); }
-    static SBinary Binary(const Bytes& id)
-    {
-        return {static_cast<ULONG>(id.size()), const_cast<BYTE*>(id.data())};
-    }
+    static SBinary Binary(const Bytes& id) { return {static_cast<ULONG>(id.size()), const_cast<BYTE*>(id.data())}; }
 
     /// Opens by session, store and folder; each must refuse with one of `codes` and a sentence.
     void ExpectRefused(const Bytes& id, const std::vector<HRESULT>& codes, const std::string& what)
@@ -48,7 +45,9 @@ protected:
             const Failure thrown = FailureOf([&] { openers[i](target); });
             bool known = false;
             for (const HRESULT code : codes)
+            {
                 known = known || code == thrown.result;
+            }
             EXPECT_TRUE(known) << what << ", opener " << i << ": " << std::hex << thrown.result;
             EXPECT_NE(thrown.text.find(' '), std::string::npos) << "no sentence: " << thrown.text;
             EXPECT_FALSE(target.IsValid()) << what << ", opener " << i;
@@ -64,10 +63,14 @@ protected:
 TEST_F(BadIdentifier, CutAtEveryLengthIsRefused)
 {
     for (const Bytes* id : {&m_message, &m_folder, &m_storeId})
+    {
         for (size_t length = 1; length < id->size(); ++length)
+        {
             ExpectRefused(Bytes(id->begin(), id->begin() + static_cast<std::ptrdiff_t>(length)),
                           {MAPI_E_INVALID_ENTRYID},
                           "cut to " + std::to_string(length) + " of " + std::to_string(id->size()));
+        }
+    }
 }
 
 TEST_F(BadIdentifier, WithAnyByteChangedOrMoreBytesIsRefused)
@@ -90,19 +93,22 @@ TEST_F(BadIdentifier, OfRandomBytesIsRefused)
 {
     std::mt19937 random(20240607);
     for (const size_t size : {1u, 4u, 18u, 20u, 34u, 38u, 54u, 70u, 1000u, 100'000u})
+    {
         for (int i = 0; i < 10; ++i)
         {
             Bytes id(size);
             for (BYTE& byte : id)
+            {
                 byte = static_cast<BYTE>(random());
+            }
             ExpectRefused(id, {MAPI_E_INVALID_ENTRYID}, std::to_string(size) + " random bytes");
             if (size >= 38)
             {
                 std::copy(m_folder.begin(), m_folder.begin() + 20, id.begin());
-                ExpectRefused(id, {MAPI_E_INVALID_ENTRYID},
-                              std::to_string(size) + " random bytes of this store");
+                ExpectRefused(id, {MAPI_E_INVALID_ENTRYID}, std::to_string(size) + " random bytes of this store");
             }
         }
+    }
 }
 
 TEST_F(BadIdentifier, OfAnotherStoreIsRefused)
@@ -120,10 +126,8 @@ TEST_F(BadIdentifier, OfAnotherStoreIsRefused)
         ExpectRefused(BytesOf(store.GetEntryID()), {MAPI_E_NOT_FOUND, MAPI_E_INVALID_ENTRYID}, "store");
         // Neither copied, moved nor deleted from here.
         CZebFolder here = Inbox();
-        EXPECT_EQ(FailureOf([&] { here.DeleteMessage(message.GetEntryID()); }).result,
-                  MAPI_E_INVALID_ENTRYID);
-        EXPECT_EQ(FailureOf([&] { here.CopyMessage(message.GetEntryID(), here, 0); }).result,
-                  MAPI_E_INVALID_ENTRYID);
+        EXPECT_EQ(FailureOf([&] { here.DeleteMessage(message.GetEntryID()); }).result, MAPI_E_INVALID_ENTRYID);
+        EXPECT_EQ(FailureOf([&] { here.CopyMessage(message.GetEntryID(), here, 0); }).result, MAPI_E_INVALID_ENTRYID);
         EXPECT_EQ(FailureOf([&] { here.DeleteFolder(inbox.GetEntryID(), nullptr, 0, nullptr); }).result,
                   MAPI_E_INVALID_ENTRYID);
         EXPECT_EQ(inbox.GetContentsTable(0).GetRowCount(), 1u);
@@ -151,9 +155,11 @@ TEST_F(BadIdentifier, OfADeletedObjectIsNotFound)
 TEST_F(BadIdentifier, OpensNoStoreAndIsTheSameAsNoOther)
 {
     for (const Bytes* id : {&m_message, &m_folder})
-        EXPECT_EQ(FailureOf([&] { m_session->OpenMsgStore(Binary(*id), nullptr, 0); }).result,
-                  MAPI_E_INVALID_ENTRYID);
+    {
+        EXPECT_EQ(FailureOf([&] { m_session->OpenMsgStore(Binary(*id), nullptr, 0); }).result, MAPI_E_INVALID_ENTRYID);
+    }
     for (const Bytes* id : {&m_message, &m_folder, &m_storeId})
+    {
         for (size_t length = 0; length < id->size(); ++length)
         {
             const Bytes cut(id->begin(), id->begin() + static_cast<std::ptrdiff_t>(length));
@@ -161,6 +167,7 @@ TEST_F(BadIdentifier, OpensNoStoreAndIsTheSameAsNoOther)
                       MAPI_E_INVALID_ENTRYID)
                 << length;
             for (const auto& [a, b] : {std::pair(&cut, id), std::pair(id, &cut)})
+            {
                 try
                 {
                     EXPECT_FALSE(m_session->CompareEntryIDs(Binary(*a), Binary(*b))) << length;
@@ -170,18 +177,19 @@ TEST_F(BadIdentifier, OpensNoStoreAndIsTheSameAsNoOther)
                     EXPECT_EQ(exception->GetResult(), MAPI_E_INVALID_ENTRYID) << length;
                     exception->Delete();
                 }
+            }
         }
+    }
 }
 
 TEST_F(BadIdentifier, WithoutBytesOpensTheRootOfAStoreAndNothingOfASession)
 {
     const SBinary nothing{0, nullptr};
-    EXPECT_TRUE(m_session->CompareEntryIDs(Opened<CZebFolder>(nothing).GetEntryID(),
-                                           m_store->OpenRootFolder(0).GetEntryID()));
+    EXPECT_TRUE(
+        m_session->CompareEntryIDs(Opened<CZebFolder>(nothing).GetEntryID(), m_store->OpenRootFolder(0).GetEntryID()));
     CZebPropObj target;
     EXPECT_EQ(FailureOf([&] { m_session->OpenEntry(nothing, target, 0); }).result, MAPI_E_INVALID_ENTRYID);
-    EXPECT_EQ(FailureOf([&] { m_session->OpenMsgStore(nothing, nullptr, 0); }).result,
-              MAPI_E_INVALID_ENTRYID);
+    EXPECT_EQ(FailureOf([&] { m_session->OpenMsgStore(nothing, nullptr, 0); }).result, MAPI_E_INVALID_ENTRYID);
     const SBinary noPointer{54, nullptr};
     EXPECT_EQ(FailureOf([&] { m_session->OpenEntry(noPointer, target, 0); }).result, MAPI_E_INVALID_ENTRYID);
     EXPECT_EQ(FailureOf([&] { m_store->OpenEntry(noPointer, target, 0); }).result, MAPI_E_INVALID_ENTRYID);
@@ -207,11 +215,9 @@ TEST_F(BadIdentifier, InHexadecimalTextCountsNoMoreThanItHolds)
         const CZebBinary empty(text);
         EXPECT_EQ(static_cast<const SBinary&>(empty).cb, 0u) << text;
         CZebPropObj target;
-        EXPECT_EQ(FailureOf([&] { m_session->OpenEntry(empty, target, 0); }).result, MAPI_E_INVALID_ENTRYID)
-            << text;
+        EXPECT_EQ(FailureOf([&] { m_session->OpenEntry(empty, target, 0); }).result, MAPI_E_INVALID_ENTRYID) << text;
     }
-    EXPECT_STREQ(CZebBinary(std::string(1'000'000, 'f').c_str()).String(),
-                 std::string(1'000'000, 'F').c_str());
+    EXPECT_STREQ(CZebBinary(std::string(1'000'000, 'f').c_str()).String(), std::string(1'000'000, 'F').c_str());
 }
 
 } // namespace

@@ -26,7 +26,9 @@ protected:
         root.Allocate();
         CZebRestriction node(root);
         for (int i = 0; i < levels; ++i)
+        {
             node = node.CreateNot();
+        }
         node.CreateProp(PR_IMPORTANCE, RELOP_EQ) = static_cast<LONG>(1);
     }
     /// ANDs and ORs by turns, each with one child.
@@ -37,9 +39,13 @@ protected:
         for (int i = 0; i < levels; ++i)
         {
             if (i % 2 == 0)
+            {
                 node.CreateAnd(1);
+            }
             else
+            {
                 node.CreateOr(1);
+            }
             node = node[0];
         }
         node.CreateExist(PR_SUBJECT_A);
@@ -86,11 +92,17 @@ TEST_F(BadRestriction, OfAnyKindThatNestsIsRefusedTenThousandDeep)
         {
             nodes[i].rt = kind;
             if (kind == RES_NOT)
+            {
                 nodes[i].res.resNot.lpRes = &nodes[i + 1];
+            }
             else if (kind == RES_COMMENT)
+            {
                 nodes[i].res.resComment.lpRes = &nodes[i + 1];
+            }
             else
+            {
                 nodes[i].res.resSub = {PR_MESSAGE_RECIPIENTS, &nodes[i + 1]};
+            }
         }
         nodes[Deep].rt = RES_EXIST;
         nodes[Deep].res.resExist.ulPropTag = PR_SUBJECT_A;
@@ -125,7 +137,9 @@ TEST_F(BadRestriction, WithTenThousandPartsHolds)
     restriction.Allocate();
     restriction.CreateOr(10'000);
     for (ULONG i = 0; i < 10'000; ++i)
+    {
         restriction[i].CreateProp(PR_IMPORTANCE, RELOP_EQ) = static_cast<LONG>(i + 1);
+    }
     CZebTable table = Contents();
     table.Restrict(restriction, 0);
     EXPECT_EQ(table.GetRowCount(), 1u);
@@ -154,8 +168,7 @@ TEST_F(LongFolderName, OfAllThatIsAllowedIsReadAsTheDisplayName)
     const Wide wide(32'767, WCHAR(0x4F60));
     folder.SetDisplayNameW(wide.c_str());
     EXPECT_TRUE(folder.GetDisplayNameW().GetString() == wide);
-    EXPECT_TRUE(
-        m_session->CompareEntryIDs(Inbox().GetFolderEntryIdByNameW(wide.c_str()), folder.GetEntryID()));
+    EXPECT_TRUE(m_session->CompareEntryIDs(Inbox().GetFolderEntryIdByNameW(wide.c_str()), folder.GetEntryID()));
 }
 
 TEST_F(LongFolderName, OfMoreIsRefusedAndNothingIsMadeOrRenamed)
@@ -163,8 +176,7 @@ TEST_F(LongFolderName, OfMoreIsRefusedAndNothingIsMadeOrRenamed)
     const std::string name(32'768, 'n');
     CZebFolder parent = Inbox();
     const ULONG before = parent.GetHierarchyTable(0).GetRowCount();
-    const Failure thrown =
-        FailureOf([&] { parent.CreateFolder(name.c_str(), false, true, 0, "", FOLDER_GENERIC); });
+    const Failure thrown = FailureOf([&] { parent.CreateFolder(name.c_str(), false, true, 0, "", FOLDER_GENERIC); });
     EXPECT_EQ(thrown.result, MAPI_E_STRING_TOO_LONG);
     EXPECT_NE(thrown.text.find("32767 characters"), std::string::npos) << thrown.text;
     EXPECT_EQ(parent.GetHierarchyTable(0).GetRowCount(), before);

@@ -44,21 +44,20 @@ protected:
     /// Logging on and opening the store, wherever it fails.
     Failure OpenStore()
     {
-        const Failure thrown = FailureOf(
-            [&]
+        const Failure thrown = FailureOf([&]
+        {
+            CZebSession session = LogOn();
+            try
             {
-                CZebSession session = LogOn();
-                try
-                {
-                    OpenDefaultStore(session).OpenInboxFolder(MAPI_BEST_ACCESS);
-                }
-                catch (...)
-                {
-                    session.Logoff(0, 0, 0);
-                    throw;
-                }
+                OpenDefaultStore(session).OpenInboxFolder(MAPI_BEST_ACCESS);
+            }
+            catch (...)
+            {
                 session.Logoff(0, 0, 0);
-            });
+                throw;
+            }
+            session.Logoff(0, 0, 0);
+        });
         return thrown;
     }
 
@@ -75,8 +74,7 @@ protected:
 TEST_F(BadStore, AProfileThatDoesNotExistIsRefused)
 {
     const Failure thrown = FailureOf([&] { LogOn("nobody"); });
-    EXPECT_TRUE(thrown.result == MAPI_E_NOT_FOUND || thrown.result == MAPI_E_LOGON_FAILED)
-        << std::hex << thrown.result;
+    EXPECT_TRUE(thrown.result == MAPI_E_NOT_FOUND || thrown.result == MAPI_E_LOGON_FAILED) << std::hex << thrown.result;
     EXPECT_TRUE(Zeb_GetMAPI().WasFailed());
 }
 

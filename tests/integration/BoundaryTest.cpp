@@ -52,36 +52,30 @@ TEST_F(Boundary, UsingAnEmptyWrapperRaisesAComError)
 
 TEST_F(Boundary, OpeningAFolderAsAMessageIsRefusedAndLeavesTheMessageEmpty)
 {
-    WithStore(
-        [&](CZebSession& session, CZebMsgStore& store)
-        {
-            const CZebBinary folder = store.OpenInboxFolder(MAPI_BEST_ACCESS).GetEntryID();
-            CZebMessage message;
-            const HRESULT byStore =
-                FailureOf([&] { store.OpenEntry(folder, message, MAPI_BEST_ACCESS); }).result;
-            EXPECT_TRUE(byStore == MAPI_E_INVALID_TYPE || byStore == MAPI_E_INTERFACE_NOT_SUPPORTED)
-                << std::hex << byStore;
-            EXPECT_FALSE(message.IsValid());
-            // Asked for no interface of its own, the object is opened and its type refuses it.
-            CZebMailUser user;
-            EXPECT_EQ(FailureOf([&] { session.OpenEntry(folder, user, MAPI_BEST_ACCESS); }).result,
-                      MAPI_E_INVALID_TYPE);
-            EXPECT_FALSE(user.IsValid());
-        });
+    WithStore([&](CZebSession& session, CZebMsgStore& store)
+    {
+        const CZebBinary folder = store.OpenInboxFolder(MAPI_BEST_ACCESS).GetEntryID();
+        CZebMessage message;
+        const HRESULT byStore = FailureOf([&] { store.OpenEntry(folder, message, MAPI_BEST_ACCESS); }).result;
+        EXPECT_TRUE(byStore == MAPI_E_INVALID_TYPE || byStore == MAPI_E_INTERFACE_NOT_SUPPORTED) << std::hex << byStore;
+        EXPECT_FALSE(message.IsValid());
+        // Asked for no interface of its own, the object is opened and its type refuses it.
+        CZebMailUser user;
+        EXPECT_EQ(FailureOf([&] { session.OpenEntry(folder, user, MAPI_BEST_ACCESS); }).result, MAPI_E_INVALID_TYPE);
+        EXPECT_FALSE(user.IsValid());
+    });
 }
 
 TEST_F(Boundary, AFailedCallOfTheProviderCarriesItsSentence)
 {
-    WithStore(
-        [&](CZebSession&, CZebMsgStore& store)
-        {
-            CZebFolder inbox = store.OpenInboxFolder(MAPI_BEST_ACCESS);
-            CZebMessage nothing;
-            const Failure thrown =
-                FailureOf([&] { inbox.OpenEntry(CZebBinary("00112233"), nothing, MAPI_BEST_ACCESS); });
-            EXPECT_LT(thrown.result, 0);
-            EXPECT_FALSE(thrown.text.empty());
-        });
+    WithStore([&](CZebSession&, CZebMsgStore& store)
+    {
+        CZebFolder inbox = store.OpenInboxFolder(MAPI_BEST_ACCESS);
+        CZebMessage nothing;
+        const Failure thrown = FailureOf([&] { inbox.OpenEntry(CZebBinary("00112233"), nothing, MAPI_BEST_ACCESS); });
+        EXPECT_LT(thrown.result, 0);
+        EXPECT_FALSE(thrown.text.empty());
+    });
 }
 
 /// The last line of a file that has something in it.
@@ -90,8 +84,12 @@ std::string LastLine(const std::string& name)
     std::ifstream file(name);
     std::string line, last;
     while (std::getline(file, line))
+    {
         if (!line.empty())
+        {
             last = line.substr(0, line.find('\r'));
+        }
+    }
     return last;
 }
 

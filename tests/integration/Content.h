@@ -19,7 +19,9 @@ inline Names Column(CZebTable table, ULONG tag)
     table.QueryRows(&rows, 0, nullptr, nullptr);
     Names names;
     for (ULONG i = 0; i < rows.Count(); ++i)
+    {
         names.push_back(rows[i][tag].String(true).GetString());
+    }
     return names;
 }
 

@@ -38,7 +38,9 @@ TEST_F(ContextOfFailures, NamesTheFolderOrTheEntry)
     EXPECT_EQ(ContextOf([&] { inbox.DeleteFolder(id, nullptr, 0, nullptr); }), "DeleteFolder" + entry);
     std::string shown;
     for (int i = 0; i < 32; ++i)
+    {
         shown += "61";
+    }
     EXPECT_EQ(ContextOf([&] { m_store->OpenEntry(Bytes(std::string(40, 'a').c_str()), message, 0); }),
               "OpenEntry entry " + shown + "... (40 bytes)");
 }
@@ -49,11 +51,9 @@ TEST_F(ContextOfFailures, CountsTheMessagesOfAList)
     CZebFolder other = inbox.CreateFolder("Other", false, true, 0, nullptr, FOLDER_GENERIC);
     SBinary ids[] = {Bytes("ab"), Bytes("cd")};
     SBinaryArray list = {2, ids};
-    EXPECT_EQ(ContextOf([&] { inbox.DeleteMessages(&list, nullptr, 0, nullptr); }),
-              "DeleteMessages 2 messages");
+    EXPECT_EQ(ContextOf([&] { inbox.DeleteMessages(&list, nullptr, 0, nullptr); }), "DeleteMessages 2 messages");
     EXPECT_EQ(ContextOf([&] { inbox.DeleteMessage(ids[0]); }), "DeleteMessages 1 message");
-    EXPECT_EQ(ContextOf([&] { inbox.MoveMessages(&list, other, 0, nullptr, nullptr); }),
-              "CopyMessages 2 messages");
+    EXPECT_EQ(ContextOf([&] { inbox.MoveMessages(&list, other, 0, nullptr, nullptr); }), "CopyMessages 2 messages");
 }
 
 TEST_F(ContextOfFailures, NamesThePropertyOrCountsThem)
@@ -67,15 +67,14 @@ TEST_F(ContextOfFailures, NamesThePropertyOrCountsThem)
     EXPECT_EQ(ContextOf([&] { inbox.SetProps(2, two, nullptr); }), "SetProps 2 values");
     SPropTagArray tag = {1, {PR_COMMENT_A}};
     EXPECT_EQ(ContextOf([&] { inbox.DeleteProps(&tag, nullptr); }), "DeleteProps PR_COMMENT 0x3004001E");
-    EXPECT_EQ(ContextOf([&] { inbox.OpenProperty(PR_CONTENT_COUNT, 0); }),
-              "OpenProperty PR_CONTENT_COUNT 0x36020003");
+    EXPECT_EQ(ContextOf([&] { inbox.OpenProperty(PR_CONTENT_COUNT, 0); }), "OpenProperty PR_CONTENT_COUNT 0x36020003");
     EXPECT_EQ(ContextOf(
                   [&]
-                  {
-                      ULONG count = 0;
-                      CZebPropValArray all;
-                      inbox.GetProps(nullptr, &count, &all, 0x40000000);
-                  }),
+    {
+        ULONG count = 0;
+        CZebPropValArray all;
+        inbox.GetProps(nullptr, &count, &all, 0x40000000);
+    }),
               "GetProps all properties");
 }
 

@@ -8,8 +8,7 @@ namespace zeb::test
 
 void RegisterProvider()
 {
-    platform::RegistryKey::Create(platform::RegistryRoot::LocalMachine,
-                                  "SOFTWARE\\Clients\\Mail\\Microsoft Outlook")
+    platform::RegistryKey::Create(platform::RegistryRoot::LocalMachine, "SOFTWARE\\Clients\\Mail\\Microsoft Outlook")
         .SetStringValue("DLLPathEx", platform::OwnFolder() + ZEB_STORE_LIBRARY);
 }
 

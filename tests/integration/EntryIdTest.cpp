@@ -14,8 +14,8 @@ std::string ItemDump(const std::string& hex, const std::string& type, const std:
 {
     return "CEntryIDInfo\r\n  EntryID: " + hex + "\r\n  Type: " + type +
            "\r\n  ShortTerm: No\r\n  Compound: No\r\n  ProviderUID: " + hex.substr(8, 32) +
-           "\r\n  Object:  CEntryIDData\r\n    Type: 0x0000000" + number + "\r\n    Object:\r\n    " +
-           object + "\r\n      TODO: dump more there...\r\n";
+           "\r\n  Object:  CEntryIDData\r\n    Type: 0x0000000" + number + "\r\n    Object:\r\n    " + object +
+           "\r\n      TODO: dump more there...\r\n";
 }
 
 std::string DumpOf(const CZebBinary& id)
@@ -55,8 +55,8 @@ TEST_F(EntryIdDump, FolderIsToldByItsLength)
 {
     const CZebBinary id = Inbox().GetEntryID();
     const std::string hex(id.String().GetString());
-    EXPECT_EQ(DumpOf(id), ItemDump(hex, "eidtFolder", "2",
-                                   "CEntryIDFolderObject\r\n      DatabaseGUID: " + hex.substr(44, 32)));
+    EXPECT_EQ(DumpOf(id),
+              ItemDump(hex, "eidtFolder", "2", "CEntryIDFolderObject\r\n      DatabaseGUID: " + hex.substr(44, 32)));
     ExpectEveryCutToDump(id);
 }
 
@@ -69,10 +69,9 @@ TEST_F(EntryIdDump, MessageIsToldByItsLength)
     table.QueryRows(&rows, 1, nullptr, nullptr);
     const CZebBinary id(static_cast<const SBinary&>(rows[0][PR_ENTRYID]));
     const std::string hex(id.String().GetString());
-    EXPECT_EQ(DumpOf(id),
-              ItemDump(hex, "eidtMessage", "3",
-                       "CEntryIDMessageObject\r\n      FolderDatabaseGUID: " + hex.substr(44, 32) +
-                           "\r\n      MessageDatabaseGUID: " + std::string(32, '0')));
+    EXPECT_EQ(DumpOf(id), ItemDump(hex, "eidtMessage", "3",
+                                   "CEntryIDMessageObject\r\n      FolderDatabaseGUID: " + hex.substr(44, 32) +
+                                       "\r\n      MessageDatabaseGUID: " + std::string(32, '0')));
     ExpectEveryCutToDump(id);
 }
 

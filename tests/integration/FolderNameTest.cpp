@@ -24,8 +24,7 @@ protected:
         EXPECT_EQ(m_home.GetFolderEntryIdByNameW(wide), made.GetEntryID());
         CZebFolder existing = m_home.CreateFolder(name, true, true, OPEN_IF_EXISTS, nullptr, FOLDER_GENERIC);
         EXPECT_EQ(existing.GetEntryID(), made.GetEntryID());
-        EXPECT_EQ(FailureOf([&] { m_home.CreateFolder(name, false, true, 0, nullptr, 1); }).result,
-                  MAPI_E_COLLISION);
+        EXPECT_EQ(FailureOf([&] { m_home.CreateFolder(name, false, true, 0, nullptr, 1); }).result, MAPI_E_COLLISION);
         const bool tooLong = name.GetLength() > 32 * 1024 / 2;
         EXPECT_EQ(SubfoldersOf(m_home), Names{tooLong ? "<error>" : name.GetString()});
         m_home.DeleteFolder(made.GetEntryID(), nullptr, 0, nullptr);
@@ -92,7 +91,9 @@ TEST_F(FolderNames, HoldSeparatorsAtTheirEndsAndAlone)
                              "CON",
                              "NUL",
                              "a;DROP TABLE folder;--"})
+    {
         LivesAs(name);
+    }
 }
 
 TEST_F(FolderNames, AreAsLongAsAnybodyLikes)
@@ -123,7 +124,9 @@ TEST_F(FolderNames, OfWideTextAreAsLong)
 {
     CStringW wide;
     for (int i = 0; i < 32767; ++i)
+    {
         wide += static_cast<WCHAR>(i % 3 == 0 ? 0x65E5 : i % 3 == 1 ? '/' : 0x00FC);
+    }
     CZebFolder made = MakeFolder(m_home, "to be renamed");
     made.SetDisplayNameW(wide);
     EXPECT_EQ(m_home.OpenFolderByNameW(wide).GetEntryID(), made.GetEntryID());

@@ -19,16 +19,15 @@ protected:
         const CZebBinary id = folder.GetEntryID();
         return FailureOf([&] { parent.DeleteFolder(id, nullptr, flags, nullptr); }).result;
     }
-    static void CopyFolder(CZebFolder& from, CZebFolder& folder, CZebFolder& to, const char* name,
-                           ULONG flags)
+    static void CopyFolder(CZebFolder& from, CZebFolder& folder, CZebFolder& to, const char* name, ULONG flags)
     {
         const CZebBinary id = folder.GetEntryID();
         const SBinary& bytes = id;
         const auto source = InterfaceOf<IMAPIFolder>(from, IID_IMAPIFolder);
         const auto target = InterfaceOf<IMAPIFolder>(to, IID_IMAPIFolder);
         ThrowIfFailed(source->CopyFolder(bytes.cb, reinterpret_cast<LPENTRYID>(bytes.lpb), &IID_IMAPIFolder,
-                                         target.Get(), reinterpret_cast<LPTSTR>(const_cast<char*>(name)), 0,
-                                         nullptr, flags),
+                                         target.Get(), reinterpret_cast<LPTSTR>(const_cast<char*>(name)), 0, nullptr,
+                                         flags),
                       source, __FILE__, __LINE__);
     }
 };
@@ -64,13 +63,12 @@ TEST_F(Folders, ASecondOneOfTheNameIsRefusedUnlessTheExistingIsAskedFor)
 {
     CZebFolder first = m_home.CreateFolder("Projects", false, true, 0, "first", FOLDER_GENERIC);
     EXPECT_EQ(FailureOf([&] { MakeFolder(m_home, "Projects"); }).result, MAPI_E_COLLISION);
-    CZebFolder existing =
-        m_home.CreateFolder("Projects", true, true, OPEN_IF_EXISTS, "second", FOLDER_GENERIC);
+    CZebFolder existing = m_home.CreateFolder("Projects", true, true, OPEN_IF_EXISTS, "second", FOLDER_GENERIC);
     EXPECT_EQ(existing.GetEntryID(), first.GetEntryID());
     EXPECT_FALSE(HasTrue(first, Hidden)) << "the wrapper found it and left it alone";
     EXPECT_STREQ(first.GetStringProp(PR_COMMENT_A), "first");
-    CZebFolder byProvider = m_home.CreateFolder("Projects", true, true, OPEN_IF_EXISTS | MAPI_DEFERRED_ERRORS,
-                                                "third", FOLDER_GENERIC);
+    CZebFolder byProvider =
+        m_home.CreateFolder("Projects", true, true, OPEN_IF_EXISTS | MAPI_DEFERRED_ERRORS, "third", FOLDER_GENERIC);
     EXPECT_EQ(byProvider.GetEntryID(), first.GetEntryID());
     EXPECT_TRUE(HasTrue(first, Hidden)) << "the provider opened it, and the wrapper took it for new";
     EXPECT_STREQ(first.GetStringProp(PR_COMMENT_A), "first");
@@ -86,8 +84,7 @@ TEST_F(Folders, WhatDoesNotExistIsCreatedThoughTheExistingWasAskedFor)
 
 TEST_F(Folders, AFailedCreationLeavesNothingAndSaysWhy)
 {
-    const Failure search =
-        FailureOf([&] { m_home.CreateFolder("s", true, true, 0, nullptr, FOLDER_SEARCH); });
+    const Failure search = FailureOf([&] { m_home.CreateFolder("s", true, true, 0, nullptr, FOLDER_SEARCH); });
     EXPECT_EQ(search.result, MAPI_E_NO_SUPPORT);
     EXPECT_NE(search.text.find("search folders"), std::string::npos) << search.text;
     EXPECT_EQ(FailureOf([&] { MakeFolder(m_home, ""); }).result, MAPI_E_INVALID_PARAMETER);
@@ -155,8 +152,7 @@ TEST_F(Folders, EmptyingTakesMessagesAndSubfoldersAndKeepsTheAssociatedUnlessAsk
     m_home.EmptyFolder(nullptr, DEL_ASSOCIATED, nullptr);
     EXPECT_TRUE(SubjectsOf(m_home).empty());
     EXPECT_TRUE(SubjectsOf(m_home, MAPI_ASSOCIATED).empty());
-    EXPECT_EQ(FailureOf([&] { m_home.EmptyFolder(nullptr, 0x40000000, nullptr); }).result,
-              MAPI_E_UNKNOWN_FLAGS);
+    EXPECT_EQ(FailureOf([&] { m_home.EmptyFolder(nullptr, 0x40000000, nullptr); }).result, MAPI_E_UNKNOWN_FLAGS);
 }
 
 TEST_F(Folders, AreDeletedWithTheirContentOnlyWhenAsked)
@@ -185,8 +181,7 @@ TEST_F(Folders, OnlyTheParentDeletesAFolder)
     CZebFolder inbox = Inbox();
     EXPECT_EQ(DeletingThrows(m_top, inbox, DEL_FOLDERS | DEL_MESSAGES), MAPI_E_NO_ACCESS);
     const CZebBinary message = SaveMessage(m_home, "m").GetEntryID();
-    EXPECT_EQ(FailureOf([&] { m_home.DeleteFolder(message, nullptr, 0, nullptr); }).result,
-              MAPI_E_INVALID_ENTRYID);
+    EXPECT_EQ(FailureOf([&] { m_home.DeleteFolder(message, nullptr, 0, nullptr); }).result, MAPI_E_INVALID_ENTRYID);
     EXPECT_EQ(SubfoldersOf(child), Names{"grandchild"});
 }
 
@@ -212,8 +207,7 @@ TEST_F(Folders, AreCopiedWithAndWithoutTheirSubfolders)
     EXPECT_TRUE(SubfoldersOf(alone).empty());
     EXPECT_EQ(SubjectsOf(inner), Names{"i"}) << "the source stays";
     EXPECT_EQ(FailureOf([&] { CopyFolder(m_home, source, target, "whole", 0); }).result, MAPI_E_COLLISION);
-    EXPECT_EQ(FailureOf([&] { CopyFolder(m_home, source, inner, "x", COPY_SUBFOLDERS); }).result,
-              MAPI_E_FOLDER_CYCLE);
+    EXPECT_EQ(FailureOf([&] { CopyFolder(m_home, source, inner, "x", COPY_SUBFOLDERS); }).result, MAPI_E_FOLDER_CYCLE);
 }
 
 TEST_F(Folders, MovedOnesKeepTheirIdentityAndTheirContent)
@@ -222,8 +216,7 @@ TEST_F(Folders, MovedOnesKeepTheirIdentityAndTheirContent)
     CZebFolder inner = MakeFolder(source, "inner");
     CZebFolder target = MakeFolder(m_home, "target");
     const CZebBinary message = SaveMessage(inner, "i").GetEntryID();
-    EXPECT_EQ(FailureOf([&] { CopyFolder(m_home, source, inner, nullptr, FOLDER_MOVE); }).result,
-              MAPI_E_FOLDER_CYCLE);
+    EXPECT_EQ(FailureOf([&] { CopyFolder(m_home, source, inner, nullptr, FOLDER_MOVE); }).result, MAPI_E_FOLDER_CYCLE);
     CopyFolder(m_home, source, target, "moved", FOLDER_MOVE);
     EXPECT_EQ(SubfoldersOf(m_home), Names{"target"});
     EXPECT_EQ(target.OpenFolderByName("moved").GetEntryID(), source.GetEntryID());

@@ -31,7 +31,9 @@ void ExpectCleanTrace(const std::string& name)
         // An exception keeps the provider's text, a list of identifiers its block of entries.
         for (const char* keeping :
              {"::GetLastError 0x00000000", " IMAPIFolder::DeleteMessages ", " IMAPIFolder::CopyMessages "})
+        {
             kept += line.find(keeping) != std::string::npos;
+        }
         if (std::sscanf(line.c_str(), "live objects %ld, live buffers %ld, bad frees %ld", &objects, &buffers,
                         &frees) != 3)
         {
@@ -59,7 +61,9 @@ Host::Host()
 {
     RegisterStore();
     if (!g_hostsAreTraced || std::getenv("ZEBSTORE_TRACE"))
+    {
         return;
+    }
     m_trace = File("provider-trace.txt");
     m_traced.emplace("ZEBSTORE_TRACE", m_trace);
 }
@@ -69,7 +73,9 @@ Host::~Host()
     Stop();
     Zeb_GetMAPI().SetWasFailed(false);
     if (!m_trace.empty())
+    {
         ExpectCleanTrace(m_trace);
+    }
 }
 
 void Host::Start()
@@ -80,7 +86,9 @@ void Host::Start()
 void Host::Stop()
 {
     if (Zeb_GetMAPI().WasInitialized())
+    {
         Zeb_GetMAPI().Uninitialize(nullptr);
+    }
 }
 
 void Host::CreateProfile(const std::string& name, const std::string& file, bool makeDefault)
@@ -94,10 +102,9 @@ void CreateStoreProfile(const std::string& name, const std::string& file, bool m
     const CComPtr<IProfAdmin> profiles = administration.GetInterface();
     ThrowIfFailed(profiles->CreateProfile(Text(name), nullptr, 0, 0), profiles, __FILE__, __LINE__);
     CComPtr<IMsgServiceAdmin> services;
-    ThrowIfFailed(profiles->AdminServices(Text(name), nullptr, 0, 0, services.Put()), profiles, __FILE__,
-                  __LINE__);
-    ThrowIfFailed(services->CreateMsgService(Text(ZEBSTORE_SERVICE_NAME), Text(ZEBSTORE_SERVICE_NAME), 0, 0),
-                  services, __FILE__, __LINE__);
+    ThrowIfFailed(profiles->AdminServices(Text(name), nullptr, 0, 0, services.Put()), profiles, __FILE__, __LINE__);
+    ThrowIfFailed(services->CreateMsgService(Text(ZEBSTORE_SERVICE_NAME), Text(ZEBSTORE_SERVICE_NAME), 0, 0), services,
+                  __FILE__, __LINE__);
     CComPtr<IMAPITable> raw;
     ThrowIfFailed(services->GetMsgServiceTable(0, raw.Put()), services, __FILE__, __LINE__);
     CZebTable table(raw.Get());
@@ -107,12 +114,13 @@ void CreateStoreProfile(const std::string& name, const std::string& file, bool m
     SPropValue path{};
     path.ulPropTag = PR_ZEBSTORE_PATH_A;
     path.Value.lpszA = const_cast<char*>(file.c_str());
-    ThrowIfFailed(
-        services->ConfigureMsgService(
-            reinterpret_cast<LPMAPIUID>(static_cast<const SPropValue&>(uid).Value.bin.lpb), 0, 0, 1, &path),
-        services, __FILE__, __LINE__);
+    ThrowIfFailed(services->ConfigureMsgService(
+                      reinterpret_cast<LPMAPIUID>(static_cast<const SPropValue&>(uid).Value.bin.lpb), 0, 0, 1, &path),
+                  services, __FILE__, __LINE__);
     if (makeDefault)
+    {
         ThrowIfFailed(profiles->SetDefaultProfile(Text(name), 0), profiles, __FILE__, __LINE__);
+    }
 }
 
 CZebSession Host::LogOn(const char* profile)
@@ -136,7 +144,9 @@ void StoreHost::LogOff()
 {
     m_store.reset();
     if (m_session)
+    {
         m_session->Logoff(0, 0, 0);
+    }
     m_session.reset();
 }
 
@@ -153,7 +163,9 @@ void StoreHost::AddMessage(const char* subject, long importance, int bodySize)
     properties[PR_SUBJECT_A] = subject;
     properties[PR_IMPORTANCE] = static_cast<LONG>(importance);
     if (bodySize > 0)
+    {
         properties[PR_BODY_A] = std::string(static_cast<size_t>(bodySize), 'b').c_str();
+    }
     Inbox().CreateMessage(properties, true, 0);
 }
 

@@ -24,8 +24,8 @@ void RegisterStore();
 /// Creates a profile whose store is `file`. Needs MAPI started.
 void CreateStoreProfile(const std::string& name, const std::string& file, bool makeDefault);
 
-/// MAPI is not started. Nothing of it outlives a test: at the end the provider's trace must tell of no live objects, no bad
-/// frees, and no live buffers but the extended errors that exceptions keep.
+/// MAPI is not started. Nothing of it outlives a test: at the end the provider's trace must tell of no live objects, no
+/// bad frees, and no live buffers but the extended errors that exceptions keep.
 class Host : public testing::Test
 {
 protected:

@@ -19,21 +19,27 @@ protected:
     {
         std::string bytes(Size, '\0');
         for (size_t i = 0; i < Size; i += 4)
+        {
             std::memcpy(&bytes[i], &i, 4);
+        }
         return bytes;
     }
     static std::string Text()
     {
         std::string text = "0123456789abcdefghijklmnopqrstuvwxyz\r\n";
         while (text.size() < Size)
+        {
             text += text.substr(0, Size - text.size());
+        }
         return text;
     }
     static Wide WideText()
     {
         Wide text = ZEBW("0123456789 \u00e4\u00f6\u00fc \u4f60\u597d\r\n");
         while (text.size() < Size / sizeof(WCHAR))
+        {
             text += text.substr(0, Size / sizeof(WCHAR) - text.size());
+        }
         return text;
     }
     /// Writes, saves, reads through a stream, and finds the value too large for GetProps.
@@ -77,8 +83,7 @@ protected:
 TEST_F(LargeProperty, BinaryComesBack)
 {
     const std::string bytes = Bytes();
-    const SBinary binary{static_cast<ULONG>(bytes.size()),
-                         reinterpret_cast<BYTE*>(const_cast<char*>(bytes.data()))};
+    const SBinary binary{static_cast<ULONG>(bytes.size()), reinterpret_cast<BYTE*>(const_cast<char*>(bytes.data()))};
     EXPECT_TRUE(Holds(ByValue(PR_RTF_COMPRESSED, binary).OpenProperty(PR_RTF_COMPRESSED, 0), bytes));
     EXPECT_TRUE(Holds(ByStream(PR_RTF_COMPRESSED, bytes.data()).OpenProperty(PR_RTF_COMPRESSED, 0), bytes));
 }

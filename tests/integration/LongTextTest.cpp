@@ -30,7 +30,9 @@ protected:
     {
         std::string text(size, ' ');
         for (size_t i = 0; i < size; ++i)
+        {
             text[i] = static_cast<char>('a' + i % 23);
+        }
         return text;
     }
     /// The bytes of a stream, read in pieces.
@@ -65,7 +67,9 @@ TEST_F(LongText, WideTextOfEveryLengthComesBack)
     {
         Wide text(length, WCHAR(0));
         for (size_t i = 0; i < length; ++i)
+        {
             text[i] = static_cast<WCHAR>(0x4E00 + i % 0x1000);
+        }
         CZebMessage message = Saved(PR_BODY_W, text.data(), text.size() * sizeof(WCHAR));
         EXPECT_TRUE(message.GetLongStringW(PR_BODY_W).GetString() == text) << length;
     }
@@ -109,7 +113,9 @@ TEST_F(LongText, UpTo64KilobytesAreGivenAsAValueAndMoreThroughAStreamOnly)
         CZebPropValArray read;
         message.GetProps(read, 3, PR_BODY_A, PR_COMMENT_W, PR_RTF_COMPRESSED);
         for (const ULONG tag : {PR_BODY_A, PR_COMMENT_W, PR_RTF_COMPRESSED})
+        {
             EXPECT_EQ(read.hasRealValue(tag), given) << size;
+        }
         EXPECT_TRUE(message.GetStringPropA(PR_BODY_A).GetString() == (given ? text : "")) << size;
         EXPECT_TRUE(message.GetStringPropW(PR_COMMENT_W).GetString() == (given ? wide : Wide())) << size;
         EXPECT_TRUE(message.GetLongStringW(PR_COMMENT_W).GetString() == wide) << size;
@@ -149,7 +155,9 @@ TEST_F(LongText, BinariesOfEveryLengthComeBack)
     {
         std::string bytes = Text(size);
         if (size > 1)
+        {
             bytes[size / 2] = '\0';
+        }
         CZebMessage message = Saved(PR_RTF_COMPRESSED, bytes.data(), bytes.size());
         EXPECT_TRUE(Bytes(message.OpenProperty(PR_RTF_COMPRESSED, 0)) == bytes) << size;
     }

@@ -19,7 +19,9 @@ std::vector<std::string> SubjectsOfInbox(CZebMsgStore& store)
     table.QueryRows(&rows, 0, nullptr, order);
     std::vector<std::string> subjects;
     for (ULONG i = 0; i < rows.Count(); ++i)
+    {
         subjects.push_back(rows[i][PR_SUBJECT_A].String(true).GetString());
+    }
     return subjects;
 }
 
@@ -35,7 +37,9 @@ TEST_F(MainJob, ReadsTheSubjectsOfTheInboxOfTheDefaultProfile)
         CZebMsgStore store = OpenDefaultStore(session);
         CZebFolder inbox = store.OpenInboxFolder(MAPI_BEST_ACCESS);
         for (const char* subject : {"two", "one"})
+        {
             SaveMessage(inbox, subject);
+        }
         EXPECT_EQ(SubjectsOfInbox(store), (std::vector<std::string>{"one", "two"}));
     }
     Zeb_GetMAPI().Uninitialize(&session);
@@ -84,36 +88,36 @@ TEST_F(MainJob, AnInboxWithNothingInItHasNoRows)
 
 TEST_F(MainJob, FoldersAreFoundByNameBelowTheTopOfTheMail)
 {
-    WithStore(
-        [&](CZebSession&, CZebMsgStore& store)
+    WithStore([&](CZebSession&, CZebMsgStore& store)
+    {
+        CZebFolder top = store.OpenSpecialFolder(PR_IPM_SUBTREE_ENTRYID, MAPI_BEST_ACCESS);
+        top.CreateFolder("Projects", false, true, 0, "", FOLDER_GENERIC);
+        EXPECT_STREQ(top.OpenFolderByName("Projects").GetDisplayName().GetString(), "Projects");
+        EXPECT_EQ(FailureOf([&] { top.OpenFolderByName("Nowhere"); }).result, 1168);
+        EXPECT_TRUE(store.OpenRootFolder(MAPI_BEST_ACCESS).IsValid());
+        EXPECT_TRUE(store.OpenContactsFolder(MAPI_BEST_ACCESS).IsValid());
+        for (const ULONG tag : {PR_IPM_OUTBOX_ENTRYID, PR_IPM_WASTEBASKET_ENTRYID, PR_IPM_SENTMAIL_ENTRYID,
+                                PR_FINDER_ENTRYID, PR_VIEWS_ENTRYID})
         {
-            CZebFolder top = store.OpenSpecialFolder(PR_IPM_SUBTREE_ENTRYID, MAPI_BEST_ACCESS);
-            top.CreateFolder("Projects", false, true, 0, "", FOLDER_GENERIC);
-            EXPECT_STREQ(top.OpenFolderByName("Projects").GetDisplayName().GetString(), "Projects");
-            EXPECT_EQ(FailureOf([&] { top.OpenFolderByName("Nowhere"); }).result, 1168);
-            EXPECT_TRUE(store.OpenRootFolder(MAPI_BEST_ACCESS).IsValid());
-            EXPECT_TRUE(store.OpenContactsFolder(MAPI_BEST_ACCESS).IsValid());
-            for (const ULONG tag : {PR_IPM_OUTBOX_ENTRYID, PR_IPM_WASTEBASKET_ENTRYID,
-                                    PR_IPM_SENTMAIL_ENTRYID, PR_FINDER_ENTRYID, PR_VIEWS_ENTRYID})
-                EXPECT_TRUE(store.OpenSpecialFolder(tag, MAPI_BEST_ACCESS).IsValid()) << std::hex << tag;
-        });
+            EXPECT_TRUE(store.OpenSpecialFolder(tag, MAPI_BEST_ACCESS).IsValid()) << std::hex << tag;
+        }
+    });
 }
 
 TEST_F(MainJob, ADeletedMessageIsMovedOrGone)
 {
-    WithStore(
-        [&](CZebSession&, CZebMsgStore& store)
-        {
-            CZebFolder inbox = store.OpenInboxFolder(MAPI_BEST_ACCESS);
-            const CZebBinary first = SaveMessage(inbox, "away").GetEntryID();
-            const CZebBinary second = SaveMessage(inbox, "away").GetEntryID();
-            CZebFolder deleted = store.OpenSpecialFolder(PR_IPM_WASTEBASKET_ENTRYID, MAPI_BEST_ACCESS);
-            store.DeleteMessage(first, false);
-            EXPECT_EQ(deleted.GetContentsTable(0).GetRowCount(), 1u);
-            store.DeleteMessage(second, true);
-            EXPECT_EQ(deleted.GetContentsTable(0).GetRowCount(), 1u);
-            EXPECT_EQ(inbox.GetContentsTable(0).GetRowCount(), 0u);
-        });
+    WithStore([&](CZebSession&, CZebMsgStore& store)
+    {
+        CZebFolder inbox = store.OpenInboxFolder(MAPI_BEST_ACCESS);
+        const CZebBinary first = SaveMessage(inbox, "away").GetEntryID();
+        const CZebBinary second = SaveMessage(inbox, "away").GetEntryID();
+        CZebFolder deleted = store.OpenSpecialFolder(PR_IPM_WASTEBASKET_ENTRYID, MAPI_BEST_ACCESS);
+        store.DeleteMessage(first, false);
+        EXPECT_EQ(deleted.GetContentsTable(0).GetRowCount(), 1u);
+        store.DeleteMessage(second, true);
+        EXPECT_EQ(deleted.GetContentsTable(0).GetRowCount(), 1u);
+        EXPECT_EQ(inbox.GetContentsTable(0).GetRowCount(), 0u);
+    });
 }
 
 } // namespace

@@ -32,8 +32,7 @@ TEST_F(Messages, AreInTheirFolderOnceTheyAreSaved)
     properties[PR_SUBJECT_A] = "mine";
     CZebMessage message = Inbox().CreateMessage(properties, false, 0);
     EXPECT_EQ(Contents().GetRowCount(), 0u);
-    EXPECT_EQ(FailureOf([&] { message.GetEntryID(); }).result, MAPI_E_INVALID_TYPE)
-        << "not saved, no identifier";
+    EXPECT_EQ(FailureOf([&] { message.GetEntryID(); }).result, MAPI_E_INVALID_TYPE) << "not saved, no identifier";
     message.SaveChanges(KEEP_OPEN_READWRITE);
     EXPECT_EQ(Contents().GetRowCount(), 1u);
     EXPECT_STREQ(Opened<CZebMessage>(message.GetEntryID()).GetStringProp(PR_SUBJECT_A), "mine");
@@ -105,8 +104,7 @@ TEST_F(Messages, HaveRecipientsThroughTheirInterface)
     copyTo[PR_RECIPIENT_TYPE] = static_cast<LONG>(MAPI_CC);
     SizedADRLIST(2, list) = {2, {{0, to.Count(), to}, {0, copyTo.Count(), copyTo}}};
     const CComPtr<IMessage> raw = Raw(message);
-    ThrowIfFailed(raw->ModifyRecipients(MODRECIP_ADD, reinterpret_cast<LPADRLIST>(&list)), raw, __FILE__,
-                  __LINE__);
+    ThrowIfFailed(raw->ModifyRecipients(MODRECIP_ADD, reinterpret_cast<LPADRLIST>(&list)), raw, __FILE__, __LINE__);
     message.SaveChanges(KEEP_OPEN_READWRITE);
 
     CZebMessage again = Opened<CZebMessage>(message.GetEntryID());
@@ -140,8 +138,8 @@ TEST_F(Messages, HaveAttachmentsThatAPlainObjectWraps)
     }
     message.SaveChanges(KEEP_OPEN_READWRITE);
     CComPtr<IAttach> opened;
-    ThrowIfFailed(Raw(Opened<CZebMessage>(message.GetEntryID()))->OpenAttach(0, nullptr, 0, opened.Put()),
-                  __FILE__, __LINE__);
+    ThrowIfFailed(Raw(Opened<CZebMessage>(message.GetEntryID()))->OpenAttach(0, nullptr, 0, opened.Put()), __FILE__,
+                  __LINE__);
     CZebPropObj attachment(opened.Get());
     EXPECT_EQ(attachment.GetObjectType(), static_cast<ULONG>(MAPI_ATTACH));
     EXPECT_STREQ(attachment.GetStringProp(PR_ATTACH_LONG_FILENAME_A), "a.bin");
@@ -160,9 +158,8 @@ TEST_F(Messages, HoldMessagesInAttachments)
         properties[PR_ATTACH_METHOD] = static_cast<LONG>(ATTACH_EMBEDDED_MSG);
         attachment.SetProps(properties, false, nullptr);
         CZebMessage inner;
-        ThrowIfFailed(
-            made->OpenProperty(PR_ATTACH_DATA_OBJ, &IID_IMessage, 0, MAPI_CREATE | MAPI_MODIFY, &inner), made,
-            __FILE__, __LINE__);
+        ThrowIfFailed(made->OpenProperty(PR_ATTACH_DATA_OBJ, &IID_IMessage, 0, MAPI_CREATE | MAPI_MODIFY, &inner), made,
+                      __FILE__, __LINE__);
         CZebPropValArray subject(1);
         subject[PR_SUBJECT_A] = "inner";
         inner.SetProps(subject, true, nullptr);
@@ -170,15 +167,13 @@ TEST_F(Messages, HoldMessagesInAttachments)
     }
     message.SaveChanges(KEEP_OPEN_READWRITE);
     CComPtr<IAttach> opened;
-    ThrowIfFailed(Raw(Opened<CZebMessage>(message.GetEntryID()))->OpenAttach(0, nullptr, 0, opened.Put()),
-                  __FILE__, __LINE__);
-    CZebMessage inner;
-    ThrowIfFailed(opened->OpenProperty(PR_ATTACH_DATA_OBJ, &IID_IMessage, 0, 0, &inner), opened, __FILE__,
+    ThrowIfFailed(Raw(Opened<CZebMessage>(message.GetEntryID()))->OpenAttach(0, nullptr, 0, opened.Put()), __FILE__,
                   __LINE__);
+    CZebMessage inner;
+    ThrowIfFailed(opened->OpenProperty(PR_ATTACH_DATA_OBJ, &IID_IMessage, 0, 0, &inner), opened, __FILE__, __LINE__);
     EXPECT_STREQ(inner.GetStringProp(PR_SUBJECT_A), "inner");
     EXPECT_EQ(FailureOf([&] { inner.GetEntryID(); }).result, MAPI_E_INVALID_TYPE);
-    EXPECT_EQ(FailureOf([&] { inner.IsChildOf(*m_session, message.GetEntryID(), false); }).result,
-              MAPI_E_INVALID_TYPE);
+    EXPECT_EQ(FailureOf([&] { inner.IsChildOf(*m_session, message.GetEntryID(), false); }).result, MAPI_E_INVALID_TYPE);
 }
 
 /// A wrapper class, and whether it takes stores, folders and messages.
@@ -211,12 +206,14 @@ TEST_F(Messages, FoldersAndStoresAreTakenByTheWrappersOfTheirTypeOnly)
     const CZebBinary ids[] = {m_store->GetEntryID(), Inbox().GetEntryID(), message.GetEntryID()};
     const ULONG types[] = {MAPI_STORE, MAPI_FOLDER, MAPI_MESSAGE};
     CZebFolder inbox = Inbox();
-    const std::function<void(const SBinary&, CZebIProp&)> openers[] = {
-        [&](const SBinary& id, CZebIProp& target) { m_session->OpenEntry(id, target, MAPI_BEST_ACCESS); },
-        [&](const SBinary& id, CZebIProp& target) { m_store->OpenEntry(id, target, MAPI_BEST_ACCESS); },
-        [&](const SBinary& id, CZebIProp& target) { inbox.OpenEntry(id, target, MAPI_BEST_ACCESS); }};
+    const std::function<void(const SBinary&, CZebIProp&)> openers[] = {[&](const SBinary& id, CZebIProp& target)
+    { m_session->OpenEntry(id, target, MAPI_BEST_ACCESS); }, [&](const SBinary& id, CZebIProp& target)
+    { m_store->OpenEntry(id, target, MAPI_BEST_ACCESS); }, [&](const SBinary& id, CZebIProp& target)
+    { inbox.OpenEntry(id, target, MAPI_BEST_ACCESS); }};
     for (const Taking& each : wrappers)
+    {
         for (size_t opener = 0; opener < 3; ++opener)
+        {
             for (size_t kind = opener == 0 ? 0 : 1; kind < 3; ++kind)
             {
                 SCOPED_TRACE(std::string(each.name) + ", kind " + std::to_string(kind));
@@ -235,6 +232,8 @@ TEST_F(Messages, FoldersAndStoresAreTakenByTheWrappersOfTheirTypeOnly)
                           opens ? MAPI_E_INVALID_TYPE : MAPI_E_INTERFACE_NOT_SUPPORTED);
                 EXPECT_FALSE(target->IsValid());
             }
+        }
+    }
 }
 
 } // namespace

@@ -154,9 +154,9 @@ TEST_F(NamedProperty, HaveNumbersOfTheirOwnInEachStore)
         values[here] = ZEBW("a@example.org");
         source.SetProps(values, false, nullptr);
         const CComPtr<IMAPIProp> from = source.GetInterface();
-        ThrowIfFailed(from->CopyTo(0, nullptr, nullptr, 0, nullptr, &IID_IMAPIProp,
-                                   message.GetInterface().Get(), 0, nullptr),
-                      from, __FILE__, __LINE__);
+        ThrowIfFailed(
+            from->CopyTo(0, nullptr, nullptr, 0, nullptr, &IID_IMAPIProp, message.GetInterface().Get(), 0, nullptr),
+            from, __FILE__, __LINE__);
         EXPECT_STREQ(message.GetStringProp(CHANGE_PROP_TYPE(there, PT_STRING8)), "a@example.org");
     }
     session.Logoff(0, 0, 0);

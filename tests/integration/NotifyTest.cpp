@@ -35,11 +35,8 @@ public:
     bool Has(int added, int modified, int deleted, int whole = 0)
     {
         std::unique_lock<std::mutex> hold(m_lock);
-        return m_heard.wait_for(hold, std::chrono::seconds(10),
-                                [&] {
-                                    return m_added == added && m_modified == modified &&
-                                           m_deleted == deleted && m_whole == whole;
-                                });
+        return m_heard.wait_for(hold, std::chrono::seconds(10), [&]
+        { return m_added == added && m_modified == modified && m_deleted == deleted && m_whole == whole; });
     }
     /// By how many rows the table has grown as far as it was told.
     bool HasGrownBy(int rows)
@@ -95,15 +92,17 @@ protected:
         while (SubjectOf(table, row) != subject)
         {
             if (std::chrono::steady_clock::now() > end)
+            {
                 return false;
+            }
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
         return true;
     }
     void RunChanger(int changes) const
     {
-        const std::string command = zeb::platform::OwnFolder() + ZEB_STORE_CHANGER + " \"" +
-                                    File("test.zeb") + "\" " + std::to_string(changes);
+        const std::string command =
+            zeb::platform::OwnFolder() + ZEB_STORE_CHANGER + " \"" + File("test.zeb") + "\" " + std::to_string(changes);
         EXPECT_EQ(std::system(command.c_str()), 0) << command;
     }
 };
@@ -180,18 +179,21 @@ TEST_F(Notified, ACachedTableFollowsAnotherProcess)
 TEST_F(Notified, DestroyingABoundTableWhileItIsToldDoesNoHarm)
 {
     CZebFolder inbox = Inbox();
-    std::thread writer(
-        [&]
+    std::thread writer([&]
+    {
+        for (int i = 0; i < 100; ++i)
         {
-            for (int i = 0; i < 100; ++i)
-                AddMessage("written", i);
-        });
+            AddMessage("written", i);
+        }
+    });
     for (int i = 0; i < 100; ++i)
     {
         CZebCachedTable table(nullptr);
         table = inbox.GetContentsTable(MAPI_UNICODE);
         if (table.GetRowCount() > 0)
+        {
             table[0];
+        }
     }
     writer.join();
     EXPECT_EQ(inbox.GetContentsTable(0).GetRowCount(), 100u);

@@ -23,7 +23,9 @@ protected:
         Names names;
         CString name;
         while (reader.GetNextName(name))
+        {
             names.emplace_back(name.GetString());
+        }
         return names;
     }
     static Names ThroughMapi()
@@ -32,10 +34,7 @@ protected:
         return Column(admin.GetProfileTable(), PR_DISPLAY_NAME_A);
     }
     static std::string DefaultInRegistry() { return CZebProfileNames().GetDefaultProfile().GetString(); }
-    static std::string DefaultThroughMapi()
-    {
-        return CZebProfAdmin::Open().GetDefaultProfileName().GetString();
-    }
+    static std::string DefaultThroughMapi() { return CZebProfAdmin::Open().GetDefaultProfileName().GetString(); }
     static Names SubKeys(const char* path)
     {
         Names names;
@@ -44,7 +43,9 @@ protected:
         {
             const auto name = key->SubKeyName(i);
             if (!name)
+            {
                 break;
+            }
             names.push_back(*name);
         }
         return names;
@@ -73,7 +74,9 @@ TEST_F(Profiles, AreTheSameInTheRegistryAndThroughMapi)
 {
     Start();
     for (const char* name : {"beta", "Alpha", "gamma"})
+    {
         CreateProfile(name, File(std::string(name) + ".zeb"), false);
+    }
     EXPECT_EQ(InRegistry().size(), 3u);
     EXPECT_EQ(InRegistry(), ThroughMapi());
     EXPECT_EQ(InRegistry(), SubKeys(Subsystem)) << "in the registry's order";
@@ -175,10 +178,8 @@ TEST_F(Profiles, RenamedAndCopiedOnesAreSeenByBoth)
 {
     Start();
     CreateProfile("mine", File("mine.zeb"));
-    Administer([](IProfAdmin& admin)
-               { return admin.CopyProfile(Text("mine"), nullptr, Text("copy"), 0, 0); });
-    Administer([](IProfAdmin& admin)
-               { return admin.RenameProfile(Text("mine"), nullptr, Text("new"), 0, 0); });
+    Administer([](IProfAdmin& admin) { return admin.CopyProfile(Text("mine"), nullptr, Text("copy"), 0, 0); });
+    Administer([](IProfAdmin& admin) { return admin.RenameProfile(Text("mine"), nullptr, Text("new"), 0, 0); });
     EXPECT_EQ(InRegistry().size(), 2u);
     EXPECT_EQ(InRegistry(), ThroughMapi());
     EXPECT_EQ(DefaultInRegistry(), "new");

@@ -26,7 +26,9 @@ protected:
         object.GetPropList(&list, flags);
         std::vector<ULONG> tags;
         for (int i = 0; i < list.GetCount(); ++i)
+        {
             tags.push_back(list[i]);
+        }
         return tags;
     }
     static bool Has(const std::vector<ULONG>& tags, ULONG tag)
@@ -102,6 +104,7 @@ TEST_F(PropertyOperation, ListsItsPropertiesInTheWidthAskedFor)
     EXPECT_TRUE(Has(TagsOf(m_message, 0), PR_SUBJECT_A));
     EXPECT_TRUE(Has(TagsOf(m_message, MAPI_UNICODE), PR_SUBJECT_W));
     for (CZebIProp* object : std::vector<CZebIProp*>{m_message, *m_store})
+    {
         for (const ULONG flags : {ULONG(0), MAPI_UNICODE})
         {
             const std::vector<ULONG> listed = TagsOf(*object, flags);
@@ -109,8 +112,11 @@ TEST_F(PropertyOperation, ListsItsPropertiesInTheWidthAskedFor)
             object->GetAllProps(values.CountPtr(), &values, flags);
             ASSERT_EQ(values.Count(), listed.size());
             for (ULONG i = 0; i < values.Count(); ++i)
+            {
                 EXPECT_EQ(values.GetAt(i).GetTag(), listed[i]);
+            }
         }
+    }
 }
 
 TEST_F(PropertyOperation, DumpsEveryObject)
@@ -121,7 +127,9 @@ TEST_F(PropertyOperation, DumpsEveryObject)
     m_message.SetProps(values, true, nullptr);
     CZebFolder inbox = Inbox();
     for (CZebIProp* object : std::vector<CZebIProp*>{m_message, inbox, *m_store})
+    {
         object->DumpAllProps();
+    }
 }
 
 TEST_F(PropertyOperation, GivesTextInEitherWidth)
@@ -143,13 +151,13 @@ TEST_F(PropertyOperation, CopiesTheWholeOrAFewThroughTheInterface)
     CZebMessage whole = Inbox().CreateMessage(0);
     CZebMessage few = Inbox().CreateMessage(0);
     const CComPtr<IMAPIProp> source = m_message.GetInterface();
-    ThrowIfFailed(source->CopyTo(0, nullptr, nullptr, 0, nullptr, &IID_IMAPIProp, whole.GetInterface().Get(),
-                                 0, nullptr),
-                  source, __FILE__, __LINE__);
+    ThrowIfFailed(
+        source->CopyTo(0, nullptr, nullptr, 0, nullptr, &IID_IMAPIProp, whole.GetInterface().Get(), 0, nullptr), source,
+        __FILE__, __LINE__);
     CZebPropTagArray tags;
     tags.AddOne(PR_SUBJECT_A);
-    ThrowIfFailed(source->CopyProps(tags, 0, nullptr, &IID_IMAPIProp, few.GetInterface().Get(), 0, nullptr),
-                  source, __FILE__, __LINE__);
+    ThrowIfFailed(source->CopyProps(tags, 0, nullptr, &IID_IMAPIProp, few.GetInterface().Get(), 0, nullptr), source,
+                  __FILE__, __LINE__);
     for (CZebMessage* copy : {std::addressof(whole), std::addressof(few)})
     {
         copy->SaveChanges(KEEP_OPEN_READWRITE);

@@ -50,8 +50,7 @@ TEST_F(PropertyRoundTrip, Numbers)
     RoundTrip(value, [](const SPropValue& back) { EXPECT_EQ(back.Value.l, -2147483647 - 1); });
     value = Value(PT_I8);
     value.Value.li.QuadPart = -9223372036854775807LL;
-    RoundTrip(value,
-              [](const SPropValue& back) { EXPECT_EQ(back.Value.li.QuadPart, -9223372036854775807LL); });
+    RoundTrip(value, [](const SPropValue& back) { EXPECT_EQ(back.Value.li.QuadPart, -9223372036854775807LL); });
     value = Value(PT_CURRENCY);
     value.Value.cur.int64 = 123456789;
     RoundTrip(value, [](const SPropValue& back) { EXPECT_EQ(back.Value.cur.int64, 123456789); });
@@ -69,12 +68,11 @@ TEST_F(PropertyRoundTrip, Numbers)
     RoundTrip(value, [](const SPropValue& back) { EXPECT_NE(back.Value.b, 0); });
     value = Value(PT_SYSTIME);
     value.Value.ft = {0x89ABCDEF, 0x01D01234};
-    RoundTrip(value,
-              [](const SPropValue& back)
-              {
-                  EXPECT_EQ(back.Value.ft.dwLowDateTime, 0x89ABCDEFu);
-                  EXPECT_EQ(back.Value.ft.dwHighDateTime, 0x01D01234u);
-              });
+    RoundTrip(value, [](const SPropValue& back)
+    {
+        EXPECT_EQ(back.Value.ft.dwLowDateTime, 0x89ABCDEFu);
+        EXPECT_EQ(back.Value.ft.dwHighDateTime, 0x01D01234u);
+    });
 }
 
 TEST_F(PropertyRoundTrip, TextAndBytes)
@@ -89,17 +87,15 @@ TEST_F(PropertyRoundTrip, TextAndBytes)
     value = Value(PT_BINARY);
     BYTE bytes[] = {0, 255, 10, 0};
     value.Value.bin = {sizeof bytes, bytes};
-    RoundTrip(value,
-              [&](const SPropValue& back)
-              {
-                  ASSERT_EQ(back.Value.bin.cb, sizeof bytes);
-                  EXPECT_EQ(std::memcmp(back.Value.bin.lpb, bytes, sizeof bytes), 0);
-              });
+    RoundTrip(value, [&](const SPropValue& back)
+    {
+        ASSERT_EQ(back.Value.bin.cb, sizeof bytes);
+        EXPECT_EQ(std::memcmp(back.Value.bin.lpb, bytes, sizeof bytes), 0);
+    });
     value = Value(PT_CLSID);
     GUID guid = IID_IMessage;
     value.Value.lpguid = &guid;
-    RoundTrip(value, [&](const SPropValue& back)
-              { EXPECT_EQ(std::memcmp(back.Value.lpguid, &guid, sizeof guid), 0); });
+    RoundTrip(value, [&](const SPropValue& back) { EXPECT_EQ(std::memcmp(back.Value.lpguid, &guid, sizeof guid), 0); });
 }
 
 TEST_F(PropertyRoundTrip, ManyValues)
@@ -107,54 +103,49 @@ TEST_F(PropertyRoundTrip, ManyValues)
     SPropValue value = Value(PT_MV_LONG);
     LONG numbers[] = {3, -1, 2};
     value.Value.MVl = {3, numbers};
-    RoundTrip(value,
-              [&](const SPropValue& back)
-              {
-                  ASSERT_EQ(back.Value.MVl.cValues, 3u);
-                  EXPECT_EQ(std::memcmp(back.Value.MVl.lpl, numbers, sizeof numbers), 0);
-              });
+    RoundTrip(value, [&](const SPropValue& back)
+    {
+        ASSERT_EQ(back.Value.MVl.cValues, 3u);
+        EXPECT_EQ(std::memcmp(back.Value.MVl.lpl, numbers, sizeof numbers), 0);
+    });
     value = Value(PT_MV_I2);
     short shorts[] = {-7, 7};
     value.Value.MVi = {2, shorts};
-    RoundTrip(value,
-              [&](const SPropValue& back)
-              {
-                  ASSERT_EQ(back.Value.MVi.cValues, 2u);
-                  EXPECT_EQ(back.Value.MVi.lpi[0], -7);
-              });
+    RoundTrip(value, [&](const SPropValue& back)
+    {
+        ASSERT_EQ(back.Value.MVi.cValues, 2u);
+        EXPECT_EQ(back.Value.MVi.lpi[0], -7);
+    });
     value = Value(PT_MV_STRING8);
     char one[] = "one", empty[] = "";
     LPSTR texts[] = {one, empty};
     value.Value.MVszA = {2, texts};
-    RoundTrip(value,
-              [&](const SPropValue& back)
-              {
-                  ASSERT_EQ(back.Value.MVszA.cValues, 2u);
-                  EXPECT_STREQ(back.Value.MVszA.lppszA[0], "one");
-                  EXPECT_STREQ(back.Value.MVszA.lppszA[1], "");
-              });
+    RoundTrip(value, [&](const SPropValue& back)
+    {
+        ASSERT_EQ(back.Value.MVszA.cValues, 2u);
+        EXPECT_STREQ(back.Value.MVszA.lppszA[0], "one");
+        EXPECT_STREQ(back.Value.MVszA.lppszA[1], "");
+    });
     value = Value(PT_MV_UNICODE);
     std::basic_string<WCHAR> wide = ZEBW("\u00e9");
     LPWSTR wides[] = {wide.data()};
     value.Value.MVszW = {1, wides};
-    RoundTrip(value,
-              [&](const SPropValue& back)
-              {
-                  ASSERT_EQ(back.Value.MVszW.cValues, 1u);
-                  EXPECT_EQ(wide, back.Value.MVszW.lppszW[0]);
-              });
+    RoundTrip(value, [&](const SPropValue& back)
+    {
+        ASSERT_EQ(back.Value.MVszW.cValues, 1u);
+        EXPECT_EQ(wide, back.Value.MVszW.lppszW[0]);
+    });
     value = Value(PT_MV_BINARY);
     BYTE byte = 9;
     SBinary binaries[] = {{1, &byte}, {0, nullptr}};
     value.Value.MVbin = {2, binaries};
-    RoundTrip(value,
-              [&](const SPropValue& back)
-              {
-                  ASSERT_EQ(back.Value.MVbin.cValues, 2u);
-                  ASSERT_EQ(back.Value.MVbin.lpbin[0].cb, 1u);
-                  EXPECT_EQ(back.Value.MVbin.lpbin[0].lpb[0], 9);
-                  EXPECT_EQ(back.Value.MVbin.lpbin[1].cb, 0u);
-              });
+    RoundTrip(value, [&](const SPropValue& back)
+    {
+        ASSERT_EQ(back.Value.MVbin.cValues, 2u);
+        ASSERT_EQ(back.Value.MVbin.lpbin[0].cb, 1u);
+        EXPECT_EQ(back.Value.MVbin.lpbin[0].lpb[0], 9);
+        EXPECT_EQ(back.Value.MVbin.lpbin[1].cb, 0u);
+    });
 }
 
 TEST_F(PropertyRoundTrip, NamedPropertiesKeepTheirTagAcrossSessions)
@@ -205,12 +196,13 @@ TEST_F(PropertyRoundTrip, LargeTextGoesThroughAStream)
     CZebMessage message = Inbox().CreateMessage(0);
     std::string body;
     for (int i = 0; body.size() < 1'000'000; ++i)
+    {
         body += "line " + std::to_string(i) + "\r\n";
+    }
     {
         const CComPtr<IStream> stream = message.OpenProperty(PR_BODY_A, MAPI_CREATE | MAPI_MODIFY);
         ULONG written = 0;
-        ThrowIfFailed(stream->Write(body.data(), static_cast<ULONG>(body.size()), &written), __FILE__,
-                      __LINE__);
+        ThrowIfFailed(stream->Write(body.data(), static_cast<ULONG>(body.size()), &written), __FILE__, __LINE__);
         EXPECT_EQ(written, body.size());
         ThrowIfFailed(stream->Commit(STGC_DEFAULT), __FILE__, __LINE__);
     }

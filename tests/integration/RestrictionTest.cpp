@@ -33,7 +33,9 @@ protected:
         table.QueryRows(&rows, 0, nullptr, nullptr);
         List subjects;
         for (ULONG i = 0; i < rows.Count(); ++i)
+        {
             subjects.push_back(rows[i][PR_SUBJECT_A].String(true).GetString());
+        }
         return subjects;
     }
 
@@ -156,8 +158,7 @@ TEST_F(Restricted, ByARecipient)
     recipient[1].ulPropTag = PR_RECIPIENT_TYPE;
     recipient[1].Value.l = MAPI_TO;
     SizedADRLIST(1, list) = {1, {{0, 2, recipient}}};
-    ThrowIfFailed(raw->ModifyRecipients(MODRECIP_ADD, reinterpret_cast<ADRLIST*>(&list)), raw, __FILE__,
-                  __LINE__);
+    ThrowIfFailed(raw->ModifyRecipients(MODRECIP_ADD, reinterpret_cast<ADRLIST*>(&list)), raw, __FILE__, __LINE__);
     message.SaveChanges(KEEP_OPEN_READWRITE);
 
     SRestriction inner{};

@@ -1,6 +1,6 @@
-// How a host comes upon the embedded provider, and what it must do by other means there. Each test program links one of the
-// two: DirectRoute.cpp (Outlook's key names the provider) or ForeignRoute.cpp (the system's own MAPI library hands over to
-// it, but not everything).
+// How a host comes upon the embedded provider, and what it must do by other means there. Each test program
+// links one of the two: DirectRoute.cpp (Outlook's key names the provider) or ForeignRoute.cpp (the system's
+// own MAPI library hands over to it, but not everything).
 #pragma once
 
 #include "zebapi/ZebAPI.h"

@@ -65,8 +65,7 @@ TEST_F(Sessions, WithoutAStoreHaveNoDefaultOne)
 {
     const CComPtr<IProfAdmin> profiles = CZebProfAdmin::Open().GetInterface();
     char name[] = "bare";
-    ThrowIfFailed(profiles->CreateProfile(reinterpret_cast<LPTSTR>(name), nullptr, 0, 0), profiles, __FILE__,
-                  __LINE__);
+    ThrowIfFailed(profiles->CreateProfile(reinterpret_cast<LPTSTR>(name), nullptr, 0, 0), profiles, __FILE__, __LINE__);
     CZebSession bare = LogOn("bare");
     EXPECT_EQ(FailureOf([&] { bare.OpenDefaultMsgStore(nullptr, 0); }).result, MAPI_E_NOT_FOUND);
     bare.Logoff(0, 0, 0);
@@ -92,11 +91,7 @@ TEST_F(Sessions, CompareIdentifiersOfEveryKind)
     const SBinary nothing{0, nullptr};
     EXPECT_TRUE(m_session->CompareEntryIDs(nothing, nothing));
     EXPECT_FALSE(m_session->CompareEntryIDs(nothing, inbox));
-    EXPECT_EQ(FailureOf(
-                  [&] {
-                      m_session->CompareEntryIDs(SBinary{5, nullptr}, inbox);
-                  })
-                  .result,
+    EXPECT_EQ(FailureOf([&] { m_session->CompareEntryIDs(SBinary{5, nullptr}, inbox); }).result,
               MAPI_E_INVALID_ENTRYID);
 }
 
@@ -115,8 +110,7 @@ TEST_F(Sessions, AreSharedByCopiesAndOverForAllOfThemAfterLogoff)
     EXPECT_EQ(thrown.result, MAPI_E_END_OF_SESSION);
     EXPECT_NE(thrown.text.find("logged off"), std::string::npos) << thrown.text;
     CZebPropObj target;
-    EXPECT_EQ(FailureOf([&] { assigned.OpenEntry(inbox.GetEntryID(), target, 0); }).result,
-              MAPI_E_END_OF_SESSION);
+    EXPECT_EQ(FailureOf([&] { assigned.OpenEntry(inbox.GetEntryID(), target, 0); }).result, MAPI_E_END_OF_SESSION);
     assigned.Logoff(0, 0, 0);
     EXPECT_FALSE(assigned.IsValid());
     // What was opened lives on.

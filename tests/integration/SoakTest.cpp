@@ -60,7 +60,9 @@ std::string TextOf(const CZebRow& row)
 {
     std::string text = row[PR_ENTRYID].String(true).GetString();
     for (const ULONG tag : {PR_SUBJECT_A, PR_SENDER_NAME_A, PR_DISPLAY_TO_A, PR_IMPORTANCE})
+    {
         text += std::string(" | ") + row[tag].String(true).GetString();
+    }
     return text;
 }
 
@@ -84,12 +86,16 @@ public:
     {
         const ULONG count = m_table.GetRowCount();
         if (count == 0)
+        {
             return;
+        }
         const ULONG first = random() % count;
         for (ULONG i = first; i < std::min(first + 30, count); ++i)
         {
             if (!ReadOnce(i))
+            {
                 return;
+            }
         }
     }
     int Read() const { return m_read; }
@@ -104,14 +110,24 @@ public:
         fresh.QueryAllRows(&rows, nullptr, nullptr);
         const ULONG count = rows.Count();
         if (m_table.GetRowCount() != count)
+        {
             return "the count is " + std::to_string(m_table.GetRowCount()) + ", not " + std::to_string(count);
+        }
         const ULONG last = m_last;
         for (ULONG i = last > 25 ? last - 25 : 0; i < std::min(last + 25, count); ++i)
+        {
             if (const std::string text = DifferingRow(rows, i); !text.empty())
+            {
                 return "kept " + text;
+            }
+        }
         for (ULONG i = 0; i < count; ++i)
+        {
             if (const std::string text = DifferingRow(rows, i); !text.empty())
+            {
                 return text;
+            }
+        }
         return "";
     }
 
@@ -125,7 +141,9 @@ private:
             const CStringA sender = row[PR_SENDER_NAME_A].String(true);
             // What vanished between the window's list of rows and their values has none.
             if (row.hasRealValue(PR_SENDER_NAME_A) && sender != row[PR_DISPLAY_TO_A].String(true))
+            {
                 m_mixed = TextOf(row);
+            }
             m_last = index;
             ++m_read;
             return true;
@@ -134,7 +152,9 @@ private:
         {
             const HRESULT result = exception->GetResult();
             if (result != E_INVALIDARG && result != MAPI_E_NOT_FOUND)
+            {
                 throw;
+            }
             exception->Delete();
             return false;
         }
@@ -142,7 +162,9 @@ private:
     std::string DifferingRow(const CZebRowSet& rows, ULONG i)
     {
         if (!m_mixed.empty())
+        {
             return "row of two states: " + m_mixed;
+        }
         const std::string mine = TextOf(m_table[i]);
         const std::string fresh = TextOf(rows[i]);
         return mine == fresh ? "" : "row " + std::to_string(i) + ": " + mine + " instead of " + fresh;
@@ -175,7 +197,9 @@ int Drain(HWND window)
     int count = 0;
     platform::WindowMessage message = {};
     while (platform::WaitWindowMessage(window, 0, message))
+    {
         count += message.message == WM_CACHED_TABLE_CHANGED ? 1 : 0;
+    }
     return count;
 }
 
@@ -198,7 +222,9 @@ protected:
             while (!m_writerEnded)
             {
                 for (const auto& table : tables)
+                {
                     table->ScrollOnce(random);
+                }
                 result.messages += Drain(window);
             }
             for (const auto& table : tables)
@@ -223,7 +249,9 @@ protected:
         {
             difference = table.Differs();
             if (difference.empty())
+            {
                 return;
+            }
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
         }
         result.problems.push_back(difference);
@@ -242,12 +270,11 @@ TEST_F(Soak, EightCachedTablesAgreeWithWhatAnotherProcessMadeOfTheStore)
                                 std::to_string(FromEnvironment("ZEB_SOAK_MESSAGES", 20000)) + " " +
                                 std::to_string(FromEnvironment("ZEB_SOAK_SECONDS", 60));
     int status = -1;
-    std::thread writer(
-        [&]
-        {
-            status = std::system(command.c_str());
-            m_writerEnded = true;
-        });
+    std::thread writer([&]
+    {
+        status = std::system(command.c_str());
+        m_writerEnded = true;
+    });
     Result results[2];
     std::thread first([&] { Scroll(inbox, 1, results[0]); });
     std::thread second([&] { Scroll(moved, 2, results[1]); });
@@ -259,7 +286,9 @@ TEST_F(Soak, EightCachedTablesAgreeWithWhatAnotherProcessMadeOfTheStore)
     for (const Result& result : results)
     {
         for (const std::string& problem : result.problems)
+        {
             ADD_FAILURE() << problem;
+        }
         EXPECT_GT(result.read, 0);
         EXPECT_GT(result.messages, 0) << "the owner window heard of nothing";
         RecordProperty("rows read", result.read);

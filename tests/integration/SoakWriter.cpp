@@ -1,6 +1,6 @@
-// A second host of a store: soak_writer STORE MESSAGES SECONDS.
-// Adds MESSAGES messages to the inbox one by one, and later changes each of them there, moves it to the inbox's subfolder
-// "moved" and deletes it, a few at a time; ends early after SECONDS. Prints how many messages it added.
+// A second host of a store: soak_writer STORE MESSAGES SECONDS. Adds MESSAGES messages to the inbox one by one,
+// and later changes each of them there, moves it to the inbox's subfolder "moved" and deletes it, a few at a time;
+// ends early after SECONDS. Prints how many messages it added.
 #include "tests/integration/Host.h"
 #include "tests/support/RegistryScope.h"
 
@@ -50,14 +50,18 @@ public:
         message.SetProps(properties, true, nullptr);
         m_messages.push_back({number, message.GetEntryID()});
         if (m_messages.size() > ChangedAfter)
+        {
             Change(m_messages[m_messages.size() - ChangedAfter]);
+        }
         if (m_messages.size() > MovedAfter)
         {
             m_inbox.MoveMessage(m_messages.front().id, m_moved, 0);
             m_messages.pop_front();
         }
         if (m_movedRows.GetRowCount() >= Kept + DeletedAtOnce)
+        {
             DeleteFirst();
+        }
     }
 
 private:
@@ -82,7 +86,9 @@ private:
         m_movedRows.QueryRows(&rows, DeletedAtOnce, nullptr, nullptr);
         std::vector<SBinary> ids;
         for (ULONG i = 0; i < rows.Count(); ++i)
+        {
             ids.push_back(rows[i][PR_ENTRYID].operator const SPropValue&().Value.bin);
+        }
         SBinaryArray list = {static_cast<ULONG>(ids.size()), ids.data()};
         m_moved.DeleteMessages(&list, nullptr, 0, nullptr);
     }
@@ -106,7 +112,9 @@ int Write(const char* file, int messages, int seconds)
         CZebMsgStore store = session.OpenDefaultMsgStore(nullptr, MDB_WRITE | MAPI_BEST_ACCESS);
         Writer writer(store);
         while (added < messages && std::chrono::steady_clock::now() < end)
+        {
             writer.Add(added++);
+        }
     }
     Zeb_GetMAPI().Uninitialize(&session);
     std::printf("%d of %d messages added\n", added, messages);
@@ -118,15 +126,16 @@ int Write(const char* file, int messages, int seconds)
 int main(int count, char** arguments)
 {
     if (count != 4)
+    {
         return 2;
+    }
     try
     {
         return Write(arguments[1], std::atoi(arguments[2]), std::atoi(arguments[3]));
     }
     catch (CException* failure)
     {
-        std::fprintf(stderr, "soak_writer: %s\n",
-                     static_cast<const char*>(Zeb_GetExceptionDescription(failure)));
+        std::fprintf(stderr, "soak_writer: %s\n", static_cast<const char*>(Zeb_GetExceptionDescription(failure)));
         failure->Delete();
         return 1;
     }

@@ -25,7 +25,9 @@ protected:
             : ids(std::move(given))
         {
             for (const CZebBinary& id : ids)
+            {
                 entries.push_back(id);
+            }
             array = {static_cast<ULONG>(entries.size()), entries.data()};
         }
         std::vector<CZebBinary> ids;
@@ -165,8 +167,12 @@ TEST_F(StoreMessages, TheStoreDeletesSoftlyIntoTheDeletedItemsAndHardForGood)
     EXPECT_TRUE(SubjectsOf(m_inbox).empty());
     EXPECT_EQ(SubjectsOf(m_deleted), (Names{"a", "b"}));
     for (const List* list : {&soft, &hard})
+    {
         for (const CZebBinary& id : list->ids)
+        {
             EXPECT_EQ(OpeningThrows(id), MAPI_E_NOT_FOUND);
+        }
+    }
 }
 
 TEST_F(StoreMessages, DeletedSoftlyFromTheDeletedItemsStayThere)
@@ -253,7 +259,9 @@ TEST_F(StoreMessages, TheInformationMessageIsOpenedOrCreatedASecondTime)
 TEST_F(StoreMessages, TheInformationMessageIsToldByItsWholeSubject)
 {
     for (const char* subject : {"QorInfo2", "My QorInfo", "Qor", ""})
+    {
         SaveMessage(m_inbox, subject);
+    }
     SaveMessage(m_inbox, "QorInfo", MAPI_ASSOCIATED);
     EXPECT_EQ(FailureOf([&] { m_inbox.OpenQorInfoMessage(); }).result, 1168);
     const CZebBinary id = SaveMessage(m_inbox, "QorInfo").GetEntryID();
@@ -284,26 +292,22 @@ TEST_F(StoreMessages, PropertiesOfAGrandchildAndAStrangerAreReadAndRefused)
     tags.AddOne(PR_SUBJECT_A);
     for (const auto& [id, subject] : {std::pair{grandchild, "grandchild"}, std::pair{stranger, "stranger"}})
     {
-        EXPECT_EQ(
-            FailureOf([&, &id = id] { m_inbox.GetPropsOfChild(*m_session, id, values, 1, PR_SUBJECT_A); })
-                .result,
-            MAPI_E_NOT_FOUND);
+        EXPECT_EQ(FailureOf([&, &id = id] { m_inbox.GetPropsOfChild(*m_session, id, values, 1, PR_SUBJECT_A); }).result,
+                  MAPI_E_NOT_FOUND);
         EXPECT_STREQ(values[PR_SUBJECT_A].String(true), subject);
         values.Empty();
         EXPECT_EQ(FailureOf([&, &id = id] { m_inbox.GetPropsOfChild(*m_session, id, tags, values); }).result,
                   MAPI_E_NOT_FOUND);
         EXPECT_STREQ(values[PR_SUBJECT_A].String(true), subject);
     }
-    EXPECT_EQ(
-        FailureOf([&] { m_inbox.GetPropsOfChild(*m_session, m_inbox.GetEntryID(), tags, values); }).result,
-        MAPI_E_NOT_FOUND)
+    EXPECT_EQ(FailureOf([&] { m_inbox.GetPropsOfChild(*m_session, m_inbox.GetEntryID(), tags, values); }).result,
+              MAPI_E_NOT_FOUND)
         << "not its own child";
     m_other.DeleteMessage(grandchild);
     EXPECT_EQ(FailureOf([&] { m_other.GetPropsOfChild(*m_session, grandchild, tags, values); }).result,
               MAPI_E_NOT_FOUND);
-    EXPECT_EQ(
-        FailureOf([&] { m_inbox.GetPropsOfChild(*m_session, CZebBinary("0011"), tags, values); }).result,
-        MAPI_E_INVALID_ENTRYID);
+    EXPECT_EQ(FailureOf([&] { m_inbox.GetPropsOfChild(*m_session, CZebBinary("0011"), tags, values); }).result,
+              MAPI_E_INVALID_ENTRYID);
 }
 
 } // namespace

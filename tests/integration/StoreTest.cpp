@@ -154,15 +154,13 @@ TEST_F(Store, OpensAnyObjectAsAPlainOneAndAFolderAsAContainer)
 TEST_F(Store, RefusesIdentifiersOfNobodyAndLeavesTheTargetEmpty)
 {
     CZebPropObj target;
-    EXPECT_EQ(FailureOf([&] { m_store->OpenEntry(CZebBinary("00112233"), target, 0); }).result,
-              MAPI_E_INVALID_ENTRYID);
+    EXPECT_EQ(FailureOf([&] { m_store->OpenEntry(CZebBinary("00112233"), target, 0); }).result, MAPI_E_INVALID_ENTRYID);
     const CStringA whole = m_message.String();
     for (int digits = 2; digits < whole.GetLength(); digits += 2)
     {
         m_store->OpenEntry(m_folder, target, 0);
         const CZebBinary cut(static_cast<const char*>(whole.Left(digits)));
-        EXPECT_EQ(FailureOf([&] { m_store->OpenEntry(cut, target, 0); }).result, MAPI_E_INVALID_ENTRYID)
-            << digits;
+        EXPECT_EQ(FailureOf([&] { m_store->OpenEntry(cut, target, 0); }).result, MAPI_E_INVALID_ENTRYID) << digits;
         EXPECT_FALSE(target.IsValid());
     }
 }
@@ -180,7 +178,9 @@ TEST_F(Store, GivesTheTablesOfAFolderByTheirFlags)
         {MAPI_ASSOCIATED, {"associated"}},
         {MAPI_ASSOCIATED | MAPI_UNICODE | MAPI_DEFERRED_ERRORS, {"associated"}}};
     for (const auto& [flags, subjects] : contents)
+    {
         EXPECT_EQ(SubjectsOf(inbox, flags), subjects) << std::hex << flags;
+    }
     const std::pair<ULONG, Names> hierarchy[] = {
         {0, {"child"}},
         {MAPI_DEFERRED_ERRORS, {"child"}},
@@ -188,7 +188,9 @@ TEST_F(Store, GivesTheTablesOfAFolderByTheirFlags)
         {CONVENIENT_DEPTH, {"child", "grandchild"}},
         {CONVENIENT_DEPTH | MAPI_UNICODE | MAPI_DEFERRED_ERRORS, {"child", "grandchild"}}};
     for (const auto& [flags, names] : hierarchy)
+    {
         EXPECT_EQ(SubfoldersOf(inbox, flags), names) << std::hex << flags;
+    }
     constexpr ULONG SoftDeleted = 2;
     EXPECT_EQ(SubjectsOf(inbox, SoftDeleted), Names{}) << "what is deleted is gone";
     EXPECT_EQ(SubfoldersOf(inbox, SoftDeleted), Names{});
@@ -271,7 +273,9 @@ TEST_F(Store, RowsThatVanishBetweenCountingAndReadingAreNotGiven)
 {
     CZebFolder inbox = Inbox();
     for (const char* subject : {"n", "o", "p"})
+    {
         SaveMessage(inbox, subject);
+    }
     CZebTable table = inbox.GetContentsTable(0);
     table.SetColumns(2, PR_ENTRYID, PR_SUBJECT_A);
     const ULONG count = table.GetRowCount();
@@ -283,9 +287,8 @@ TEST_F(Store, RowsThatVanishBetweenCountingAndReadingAreNotGiven)
     EXPECT_STREQ(rows[0][PR_SUBJECT_A].String(true), "n");
     inbox.EmptyFolder(nullptr, 0, nullptr);
     CZebMessage gone;
-    EXPECT_EQ(
-        FailureOf([&] { inbox.OpenEntry(rows[0][PR_ENTRYID].operator const SBinary&(), gone, 0); }).result,
-        MAPI_E_NOT_FOUND);
+    EXPECT_EQ(FailureOf([&] { inbox.OpenEntry(rows[0][PR_ENTRYID].operator const SBinary&(), gone, 0); }).result,
+              MAPI_E_NOT_FOUND);
     EXPECT_FALSE(gone.IsValid());
     table.SeekRow(BOOKMARK_BEGINNING, 0, nullptr);
     table.QueryRows(&rows, static_cast<LONG>(count), nullptr, nullptr);

@@ -31,7 +31,9 @@ protected:
         m_table.QueryRows(&rows, count, nullptr, nullptr);
         std::vector<std::string> subjects;
         for (ULONG i = 0; i < rows.Count(); ++i)
+        {
             subjects.push_back(rows[i][PR_SUBJECT_A].String(true).GetString());
+        }
         return subjects;
     }
 
@@ -176,8 +178,12 @@ TEST_F(ContentsTable, TheHierarchyOfAllDepthsTellsTheDepth)
     deep.QueryRows(&rows, 0, nullptr, nullptr);
     LONG deepest = 0;
     for (ULONG i = 0; i < rows.Count(); ++i)
+    {
         if (rows[i][PR_DISPLAY_NAME_A].String(false) == CStringA("c"))
+        {
             deepest = rows[i][PR_DEPTH];
+        }
+    }
     EXPECT_EQ(rows.Count(), before + 3);
     EXPECT_EQ(deepest, 3);
 }

@@ -21,8 +21,7 @@ class Wab : public Host
 protected:
     Wab()
     {
-        platform::RegistryKey::Create(platform::RegistryRoot::LocalMachine,
-                                      "Software\\Microsoft\\WAB\\DLLPath")
+        platform::RegistryKey::Create(platform::RegistryRoot::LocalMachine, "Software\\Microsoft\\WAB\\DLLPath")
             .SetStringValue("", platform::OwnFolder() + ZEB_STORE_LIBRARY);
         Start();
         CreateProfile("test", File("test.zeb"));
@@ -175,8 +174,7 @@ TEST_F(Wab, EntriesAreChangedThroughIt)
         CZebMailUser user;
         book.OpenEntry(CZebBinary(m_user), user, MAPI_BEST_ACCESS);
         user.SetDisplayName("Zara");
-        EXPECT_EQ(NamesOf(RowsOf(book.OpenMainContainer(nullptr).GetContentsTable(0), true)),
-                  (Names{"Team", "Zara"}));
+        EXPECT_EQ(NamesOf(RowsOf(book.OpenMainContainer(nullptr).GetContentsTable(0), true)), (Names{"Team", "Zara"}));
     }
     Library().Uninitialize(nullptr);
 }
@@ -200,7 +198,9 @@ public:
     bool WaitForOne() const
     {
         for (int i = 0; i < 1000 && m_told == 0; ++i)
+        {
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
         return m_told != 0;
     }
     ULONG References() const { return m_references; }

@@ -44,10 +44,8 @@ TEST(DateTime, NowIsTheSystemsClock)
     const FILETIME time = CurrentFileTime();
     const uint64_t ticks = uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
     const auto unixSeconds =
-        std::chrono::duration_cast<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch())
-            .count();
-    EXPECT_NEAR(static_cast<double>(ticks / Second) - 11'644'473'600.0, static_cast<double>(unixSeconds),
-                5.0);
+        std::chrono::duration_cast<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch()).count();
+    EXPECT_NEAR(static_cast<double>(ticks / Second) - 11'644'473'600.0, static_cast<double>(unixSeconds), 5.0);
 }
 
 } // namespace

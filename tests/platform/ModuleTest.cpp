@@ -114,8 +114,7 @@ TEST(Module, ADependencyIsNotLookedForInTheCurrentFolderOrOnThePath)
     fs::copy_file(ModulesFolder() + "/probe_inner.dll", "probe_inner.dll");
     fs::copy_file(ModulesFolder() + "/probe_inner.dll", onPath / "probe_inner.dll");
     const char* oldPath = std::getenv("PATH");
-    const zeb::test::EnvironmentScope path("PATH",
-                                           onPath.string() + PathSeparator + (oldPath ? oldPath : ""));
+    const zeb::test::EnvironmentScope path("PATH", onPath.string() + PathSeparator + (oldPath ? oldPath : ""));
     for (const long mode : {0L, 4L, 20L, 22L})
     {
         const ModuleHandle module = LoadModule((alone / "probe_outer.dll").string(), mode);

@@ -42,8 +42,7 @@ TEST_F(Registry, TheThreeRootsAreApart)
 {
     RegistryKey::Create(RegistryRoot::ClassesRoot, "Outlook.Application").SetStringValue("", "classes");
     RegistryKey::Create(RegistryRoot::CurrentUser, "Outlook.Application").SetStringValue("", "user");
-    EXPECT_EQ(RegistryKey::Open(RegistryRoot::ClassesRoot, "Outlook.Application")->StringValue(""),
-              "classes");
+    EXPECT_EQ(RegistryKey::Open(RegistryRoot::ClassesRoot, "Outlook.Application")->StringValue(""), "classes");
     EXPECT_EQ(RegistryKey::Open(RegistryRoot::CurrentUser, "Outlook.Application")->StringValue(""), "user");
     EXPECT_FALSE(RegistryKey::Open(RegistryRoot::LocalMachine, "Outlook.Application").has_value());
 }
@@ -68,8 +67,7 @@ TEST_F(Registry, TextOutsideEveryCodePageIsKept)
     EXPECT_EQ(key->StringValue(text), text);
     EXPECT_EQ(RegistryKey::Open(RegistryRoot::CurrentUser, "Software")->SubKeyName(0), text);
     RegistryKey::Create(RegistryRoot::CurrentUser, "Software\\" + text).DeleteValue(text);
-    EXPECT_EQ(RegistryKey::Open(RegistryRoot::CurrentUser, "Software\\" + text)->StringValue(text),
-              std::nullopt);
+    EXPECT_EQ(RegistryKey::Open(RegistryRoot::CurrentUser, "Software\\" + text)->StringValue(text), std::nullopt);
     RegistryKey::DeleteTree(RegistryRoot::CurrentUser, "Software\\" + text);
     EXPECT_EQ(RegistryKey::Open(RegistryRoot::CurrentUser, "Software")->SubKeyName(0), std::nullopt);
 }

@@ -47,18 +47,17 @@ TEST(Runtime, AStoredExceptionOfAnotherThreadIsThrownAsOftenAsWanted)
     const char* const text = "a text that is too long for the inside of a string";
     {
         std::exception_ptr stored;
-        std::thread other(
-            [&]
+        std::thread other([&]
+        {
+            try
             {
-                try
-                {
-                    throw Counted(text);
-                }
-                catch (...)
-                {
-                    stored = std::current_exception();
-                }
-            });
+                throw Counted(text);
+            }
+            catch (...)
+            {
+                stored = std::current_exception();
+            }
+        });
         other.join();
         for (int i = 0; i < 3; ++i)
         {

@@ -30,10 +30,8 @@ class QorLog : public ::testing::Test
 protected:
     QorLog()
     {
-        qorlog::SetSink(
-            [this](int level, const char* component, const char* text) {
-                m_lines.push_back({level, component, text});
-            });
+        qorlog::SetSink([this](int level, const char* component, const char* text)
+        { m_lines.push_back({level, component, text}); });
     }
     ~QorLog() override
     {
@@ -115,15 +113,14 @@ TEST_F(QorLog, ASinkReceivesEveryLevel)
 TEST_F(QorLog, ASinkMayLogAndMayReplaceItself)
 {
     int calls = 0;
-    qorlog::SetSink(
-        [&](int, const char*, const char* text)
+    qorlog::SetSink([&](int, const char*, const char* text)
+    {
+        if (++calls == 1)
         {
-            if (++calls == 1)
-            {
-                LLog(1, "inner", "%s", text);
-                qorlog::SetSink({});
-            }
-        });
+            LLog(1, "inner", "%s", text);
+            qorlog::SetSink({});
+        }
+    });
     LLog(1, "outer", "x");
     LLog(1, "outer", "y");
     EXPECT_EQ(calls, 2);
@@ -238,8 +235,7 @@ TEST_F(QorLog, TheTimeOfALineIsNowInUtc)
         std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", std::gmtime(&second));
         possible.emplace_back(text);
     }
-    EXPECT_NE(std::find(possible.begin(), possible.end(), lines[0].substr(0, 19)), possible.end())
-        << lines[0];
+    EXPECT_NE(std::find(possible.begin(), possible.end(), lines[0].substr(0, 19)), possible.end()) << lines[0];
 }
 
 TEST(UtcText, IsTheCalendarsFromTheFirstSecondToLeapDays)

@@ -4,9 +4,9 @@
 namespace zeb::test
 {
 
-/// While it lives, every allocation of this thread after the next `after` ones throws std::bad_alloc; with `once` only the
-/// first of those. Allocations are `new` and, in a program that links zeb_fail_shared_memory, the memory that strings and
-/// containers share with the library. What is allocated inside a ProviderScope does not fail.
+/// While it lives, every allocation of this thread after the next `after` ones throws std::bad_alloc; with `once` only
+/// the first of those. Allocations are `new` and, in a program that links zeb_fail_shared_memory, the memory that
+/// strings and containers share with the library. What is allocated inside a ProviderScope does not fail.
 class FailingNew
 {
 public:

@@ -5,8 +5,8 @@ namespace zeb::test
 {
 
 /// While it lives, this thread's calls of the system fail after the next `after` ones; with `once` only the first of
-/// those. The calls are those that platform/ makes for the library: of the registry, of libraries, of windows and of dates.
-/// For programs that link zeb_fail_system. One at a time.
+/// those. The calls are those that platform/ makes for the library: of the registry, of libraries, of windows and of
+/// dates. For programs that link zeb_fail_system. One at a time.
 class FailingSystem
 {
 public:

@@ -40,12 +40,11 @@ class LogCapture
 public:
     LogCapture()
     {
-        qorlog::SetSink(
-            [this](int level, const char* component, const char* text)
-            {
-                std::lock_guard<std::mutex> lock(m_mutex);
-                m_lines.push_back({level, component, text});
-            });
+        qorlog::SetSink([this](int level, const char* component, const char* text)
+        {
+            std::lock_guard<std::mutex> lock(m_mutex);
+            m_lines.push_back({level, component, text});
+        });
     }
     ~LogCapture() { qorlog::SetSink(nullptr); }
     LogCapture(const LogCapture&) = delete;
@@ -69,10 +68,8 @@ public:
     size_t CountBeginning(const std::string& beginning) const
     {
         const std::vector<LogLine> lines = Lines();
-        return static_cast<size_t>(
-            std::count_if(lines.begin(), lines.end(),
-                          [&beginning](const LogLine& line)
-                          { return line.text.compare(0, beginning.size(), beginning) == 0; }));
+        return static_cast<size_t>(std::count_if(lines.begin(), lines.end(), [&beginning](const LogLine& line)
+        { return line.text.compare(0, beginning.size(), beginning) == 0; }));
     }
     void Clear()
     {

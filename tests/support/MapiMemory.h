@@ -20,9 +20,9 @@ namespace zeb::test
 
 /// Binds itself by Zeb_MemInitialize; the destructor unbinds and expects every root block to have been freed.
 ///
-/// Blocks come filled with 0xCD and go filled with 0xDD; freeing a root frees what was allocated under it. Freeing a child, a foreign
-/// pointer or a block twice fails the test. There may be one object at a time. Threads: may be called from
-/// any.
+/// Blocks come filled with 0xCD and go filled with 0xDD; freeing a root frees what was allocated
+/// under it. Freeing a child, a foreign pointer or a block twice fails the test. There may be one
+/// object at a time. Threads: may be called from any.
 class MapiMemory
 {
 public:
@@ -77,8 +77,7 @@ public:
         const auto found = m_sizes.find(const_cast<void*>(block));
         return found != m_sizes.end() ? found->second : 0;
     }
-    /// The n-th allocation from now (1 is the next) returns `result` and gives nothing; later ones succeed
-    /// again.
+    /// The n-th allocation from now (1 is the next) returns `result` and gives nothing; later ones succeed again.
     void FailAllocation(size_t n, SCODE result = MAPI_E_NOT_ENOUGH_MEMORY)
     {
         std::lock_guard<std::mutex> lock(m_mutex);
@@ -137,8 +136,7 @@ public:
 
     /// The extended error of a MAPI object. Exceptions keep it for good, so it does not count as left behind;
     /// nothing else is exempt.
-    MAPIERROR* NewMapiError(ULONG version, const char* error, const char* component, ULONG lowLevelError,
-                            ULONG context)
+    MAPIERROR* NewMapiError(ULONG version, const char* error, const char* component, ULONG lowLevelError, ULONG context)
     {
         auto* mapiError = static_cast<MAPIERROR*>(Allocate(sizeof(MAPIERROR)));
         mapiError->ulVersion = version;

@@ -10,8 +10,7 @@ namespace zeb::test
 
 constexpr char Outlook15[] = "Software\\Microsoft\\Office\\15.0\\Outlook";
 constexpr char Outlook15Profiles[] = "Software\\Microsoft\\Office\\15.0\\Outlook\\Profiles";
-constexpr char Subsystem[] =
-    "Software\\Microsoft\\Windows NT\\CurrentVersion\\Windows Messaging Subsystem\\Profiles";
+constexpr char Subsystem[] = "Software\\Microsoft\\Windows NT\\CurrentVersion\\Windows Messaging Subsystem\\Profiles";
 
 inline void SetOutlookVersion(const std::string& version)
 {

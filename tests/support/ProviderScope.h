@@ -26,8 +26,8 @@ private:
     }
 };
 
-/// While it lives, calls of doubles on this thread fail after the next `after` ones; with `once` only the first of those.
-/// One at a time.
+/// While it lives, calls of doubles on this thread fail after the next `after` ones; with
+/// `once` only the first of those. One at a time.
 class FailingCalls
 {
 public:

@@ -18,8 +18,8 @@ public:
     RegistryScope& operator=(const RegistryScope&) = delete;
 
     /// Writes a REG_EXPAND_SZ value and creates its key. @param text plain ASCII
-    static void SetExpandable(zeb::platform::RegistryRoot root, const std::string& path,
-                              const std::string& name, const std::string& text);
+    static void SetExpandable(zeb::platform::RegistryRoot root, const std::string& path, const std::string& name,
+                              const std::string& text);
 
     struct Impl;
 

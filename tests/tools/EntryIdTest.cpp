@@ -34,7 +34,9 @@ struct OneOff
             }
             at += Width();
             if (wide)
+            {
                 text = platform::NarrowFromWide(units.data(), units.size());
+            }
         }
         EXPECT_EQ(at, bytes.size()) << "nothing is left over";
     }
@@ -49,8 +51,8 @@ struct OneOff
         return "CEntryIDInfo\r\n  EntryID: " + hex +
                "\r\n  Type: eidtOneOff\r\n  ShortTerm: No\r\n  Compound: No\r\n  ProviderUID: " + kOneOffUid +
                "\r\n  Object:  CEntryIDOneOffRecipientObject\r\n    Unicode: " + (wide ? "Yes" : "No") +
-               "\r\n    CEntryIDOneOffInfo\r\n    DisplayName: " + texts[0] +
-               "\r\n    AddressType: " + texts[1] + "\r\n    EmailAddress=" + texts[2] + "\r\n";
+               "\r\n    CEntryIDOneOffInfo\r\n    DisplayName: " + texts[0] + "\r\n    AddressType: " + texts[1] +
+               "\r\n    EmailAddress=" + texts[2] + "\r\n";
     }
 
     bool wide;
@@ -72,8 +74,7 @@ void ExpectEveryCutToDump(const std::string& hex)
         const std::string dump = DumpOf(cut);
         const std::string head =
             "CEntryIDInfo\r\n  EntryID: " + cut + "\r\n  Type: " + (header ? "eidtOneOff" : "eidtUnknown") +
-            "\r\n  ShortTerm: No\r\n  Compound: No\r\n  ProviderUID: " +
-            (header ? kOneOffUid : std::string(32, '0')) +
+            "\r\n  ShortTerm: No\r\n  Compound: No\r\n  ProviderUID: " + (header ? kOneOffUid : std::string(32, '0')) +
             "\r\n  Object:  " + (header ? "CEntryIDOneOffRecipientObject\r\n" : "<NULL>");
         EXPECT_EQ(dump.compare(0, head.size(), head), 0) << dump;
     }
@@ -84,8 +85,8 @@ class RealIdentifiers : public StoreHost
 protected:
     RealIdentifiers()
     {
-        const std::string import = "'" + platform::OwnFolder() + "zeb-import' pst '" + ZEB_SAMPLE_PST +
-                                   "' --inbox '" + kInbox + "' > '" + File("import.log") + "' 2>&1";
+        const std::string import = "'" + platform::OwnFolder() + "zeb-import' pst '" + ZEB_SAMPLE_PST + "' --inbox '" +
+                                   kInbox + "' > '" + File("import.log") + "' 2>&1";
         EXPECT_EQ(std::system(import.c_str()), 0) << import;
     }
 
@@ -148,9 +149,13 @@ TEST_F(RealIdentifiers, OfRecipientsNameWhatTheirRowsName)
         for (ULONG j = 0; j < found.Count(); ++j)
         {
             if (static_cast<const SBinary&>(found[j][PR_ENTRYID]).cb == 0)
+            {
                 EXPECT_EQ(DumpOf(""), "") << "a recipient that the file keeps without an identifier";
+            }
             else
+            {
                 ExpectOneOff(found[j], PR_ENTRYID, PR_ADDRTYPE_A, PR_EMAIL_ADDRESS_A);
+            }
         }
     }
     EXPECT_GT(m_wide + m_narrow, kMessages);

@@ -46,7 +46,9 @@ std::vector<std::string> Elements(const SPropValue& value, size_t size)
     std::vector<std::string> all;
     const auto* bytes = reinterpret_cast<const char*>(value.Value.MVl.lpl);
     for (ULONG i = 0; i < value.Value.MVl.cValues; ++i)
+    {
         all.push_back(Hex(bytes + i * size, size));
+    }
     return all;
 }
 
@@ -91,16 +93,21 @@ std::vector<std::string> ValuesOf(const SPropValue& value)
         return Elements(value, 16);
     case PT_MV_STRING8:
         for (ULONG i = 0; i < in.MVszA.cValues; ++i)
+        {
             all.push_back(Hex(in.MVszA.lppszA[i], std::char_traits<char>::length(in.MVszA.lppszA[i])));
+        }
         return all;
     case PT_MV_UNICODE:
         for (ULONG i = 0; i < in.MVszW.cValues; ++i)
-            all.push_back(
-                Hex(in.MVszW.lppszW[i], zeb::platform::WideLength(in.MVszW.lppszW[i]) * sizeof(WCHAR)));
+        {
+            all.push_back(Hex(in.MVszW.lppszW[i], zeb::platform::WideLength(in.MVszW.lppszW[i]) * sizeof(WCHAR)));
+        }
         return all;
     case PT_MV_BINARY:
         for (ULONG i = 0; i < in.MVbin.cValues; ++i)
+        {
             all.push_back(Hex(in.MVbin.lpbin[i].lpb, in.MVbin.lpbin[i].cb));
+        }
         return all;
     default:
         return {};
@@ -118,7 +125,9 @@ std::string StreamOf(CZebIProp& object, ULONG tag)
         ULONG got = 0;
         ThrowIfFailed(stream->Read(piece.data(), static_cast<ULONG>(piece.size()), &got), __FILE__, __LINE__);
         if (got == 0)
+        {
             return text;
+        }
         text += Hex(piece.data(), got);
     }
 }
@@ -135,9 +144,13 @@ void AddName(CZebIProp& object, ULONG tag, Json& out)
     {
         out["set"] = Hex(names[0]->lpguid, sizeof(GUID));
         if (names[0]->ulKind == MNID_STRING)
+        {
             out["name"] = Utf8(names[0]->Kind.lpwstrName);
+        }
         else
+        {
             out["id"] = static_cast<ULONG>(names[0]->Kind.lID);
+        }
     }
     Zeb_MemFree(names);
 }
@@ -147,7 +160,9 @@ Json PropertyJson(CZebIProp& owner, const SPropValue& value)
 {
     Json out = {{"tag", Number(value.ulPropTag)}};
     if (PROP_ID(value.ulPropTag) >= 0x8000)
+    {
         AddName(owner, value.ulPropTag, out);
+    }
     out["values"] = ValuesOf(value);
     return out;
 }
@@ -172,12 +187,18 @@ Json PropertiesOf(CZebIProp& object)
         }
         Json out = {{"tag", Number(tags[i])}};
         if (PROP_ID(tags[i]) >= 0x8000)
+        {
             AddName(object, tags[i], out);
+        }
         const bool large = value.Value.err == MAPI_E_NOT_ENOUGH_MEMORY && PROP_TYPE(tags[i]) != PT_OBJECT;
         if (large)
+        {
             out["values"] = {StreamOf(object, tags[i])};
+        }
         else
+        {
             out["error"] = Number(static_cast<ULONG>(value.Value.err));
+        }
         all.push_back(std::move(out));
     }
     return all;
@@ -209,7 +230,9 @@ Json RecipientsOf(const CComPtr<IMessage>& message)
             const CZebOnePropVal cell = rows[i].GetAt(static_cast<int>(c));
             const SPropValue& value = cell;
             if (PROP_TYPE(value.ulPropTag) != PT_ERROR)
+            {
                 one.push_back(PropertyJson(owner, value));
+            }
         }
         all.push_back(std::move(one));
     }
@@ -223,9 +246,10 @@ Json AttachmentJson(const CComPtr<IMessage>& message, ULONG number)
     CZebPropObj object(attachment.Get());
     Json out = {{"properties", PropertiesOf(object)}};
     CComPtr<IMessage> embedded;
-    if (SUCCEEDED(
-            attachment->OpenProperty(PR_ATTACH_DATA_OBJ, &IID_IMessage, 0, 0, embedded.PutAs<IUnknown>())))
+    if (SUCCEEDED(attachment->OpenProperty(PR_ATTACH_DATA_OBJ, &IID_IMessage, 0, 0, embedded.PutAs<IUnknown>())))
+    {
         out["message"] = MessageJson(embedded);
+    }
     return out;
 }
 
@@ -239,7 +263,9 @@ Json AttachmentsOf(const CComPtr<IMessage>& message)
     table.QueryAllRows(&rows, nullptr, nullptr);
     Json all = Json::array();
     for (ULONG i = 0; i < rows.Count(); ++i)
+    {
         all.push_back(AttachmentJson(message, static_cast<ULONG>(static_cast<LONG>(rows[i][PR_ATTACH_NUM]))));
+    }
     return all;
 }
 

@@ -42,9 +42,13 @@ std::string UnknownWord(const ChosenCommand& chosen, const std::string& word)
 {
     const std::string command = "'" + chosen.name + "'";
     if (IsOption(word))
+    {
         return command + " has no option " + Quoted(word);
+    }
     if (chosen.command->get_require_subcommand_min() > 0)
+    {
         return command + " has no command " + Quoted(word);
+    }
     return command + " takes no further argument, such as " + Quoted(word);
 }
 
@@ -52,9 +56,13 @@ std::string UnknownWord(const ChosenCommand& chosen, const std::string& word)
 std::string MissingArgument(const ChosenCommand& chosen)
 {
     for (const CLI::Option* option : chosen.command->get_options())
+    {
         if (option->get_required() && static_cast<int>(option->count()) < option->get_items_expected_min())
+        {
             return "'" + chosen.name + "' needs " +
                    (option->get_positional() ? option->get_type_name() : option->get_name());
+        }
+    }
     return {};
 }
 
@@ -73,16 +81,24 @@ std::string UsageText(const CLI::App& app, const CLI::ParseError& error)
         chosen.command->get_require_subcommand_min() > 0 && chosen.command->get_subcommands().empty();
     std::string text;
     if (!unknown.empty() && (needsCommand || dynamic_cast<const CLI::ExtrasError*>(&error)))
+    {
         text = UnknownWord(chosen, unknown.front());
+    }
     else if (needsCommand)
+    {
         text = "'" + chosen.name + "' needs a command";
+    }
     else if (dynamic_cast<const CLI::RequiredError*>(&error))
+    {
         text = MissingArgument(chosen);
+    }
     else if (dynamic_cast<const CLI::ArgumentMismatch*>(&error))
     {
         text = MissingArgument(chosen);
         if (text.empty())
+        {
             text = MissingValue(error.what());
+        }
     }
     return (text.empty() ? OneLine(ValidUtf8(error.what())) : text) + "; see '" + chosen.name + " --help'";
 }

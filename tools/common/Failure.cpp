@@ -40,10 +40,16 @@ std::string CodeText(HRESULT result)
 std::string NamedCode(HRESULT result)
 {
     if (const char* name = Zeb_NameFromValue("MAPIErrors", static_cast<ULONG>(result), nullptr))
+    {
         return name + std::string(" ") + CodeText(result);
+    }
     for (const OtherCode& each : OtherCodes)
+    {
         if (each.code == result)
+        {
             return each.text + (" (" + CodeText(result) + ")");
+        }
+    }
     return "a failure without a name (" + CodeText(result) + ")";
 }
 
@@ -54,9 +60,10 @@ std::string ProviderSentence(const std::string& description)
     constexpr const char* begin = ", Error:";
     const size_t error = description.find(begin);
     const size_t component = description.rfind(", Component:");
-    if (description.compare(0, 4, "Ver:") != 0 || error == std::string::npos ||
-        component == std::string::npos)
+    if (description.compare(0, 4, "Ver:") != 0 || error == std::string::npos || component == std::string::npos)
+    {
         return {};
+    }
     const size_t from = error + std::char_traits<char>::length(begin);
     return component > from ? description.substr(from, component - from) : std::string();
 }
@@ -67,7 +74,9 @@ std::string Describe(CException& exception)
     const CStringA description = Zeb_GetExceptionDescription(&exception);
     const std::string text = static_cast<const char*>(description);
     if (!mapi)
+    {
         return text;
+    }
     const std::string sentence = ProviderSentence(text);
     const std::string code = NamedCode(const_cast<CZebException*>(mapi)->GetResult());
     return sentence.empty() ? code : sentence + " (" + code + ")";

@@ -8,14 +8,15 @@ namespace zeb::tools
 std::string FolderName(CZebFolder& above, const CZebRow& row)
 {
     if (row.hasRealValue(PR_DISPLAY_NAME_W) || !row.hasRealValue(PR_ENTRYID))
+    {
         return TextOf(row, PR_DISPLAY_NAME_W);
+    }
     CZebFolder folder(nullptr);
     above.OpenEntry(static_cast<const SBinary&>(row[PR_ENTRYID]), folder, MAPI_BEST_ACCESS);
     return TextOf(folder, PR_DISPLAY_NAME_W);
 }
 
-void ForEachSubfolder(CZebFolder& folder,
-                      const std::function<void(CZebFolder& child, const std::string& name)>& take)
+void ForEachSubfolder(CZebFolder& folder, const std::function<void(CZebFolder& child, const std::string& name)>& take)
 {
     CZebTable table = folder.GetHierarchyTable(MAPI_UNICODE);
     table.SetColumns(2, PR_DISPLAY_NAME_W, PR_ENTRYID);

@@ -14,7 +14,6 @@ namespace zeb::tools
 std::string FolderName(CZebFolder& above, const CZebRow& row);
 
 /// Opens each folder right below another, by name from A to Z, and hands it on with its name in UTF-8.
-void ForEachSubfolder(CZebFolder& folder,
-                      const std::function<void(CZebFolder& child, const std::string& name)>& take);
+void ForEachSubfolder(CZebFolder& folder, const std::function<void(CZebFolder& child, const std::string& name)>& take);
 
 } // namespace zeb::tools

@@ -17,7 +17,9 @@ std::string Escaped(const std::string& name)
     for (const char c : name)
     {
         if (c == '/' || c == '\\')
+        {
             text += '\\';
+        }
         text += c;
     }
     return text;
@@ -27,9 +29,10 @@ std::string Escaped(const std::string& name)
 void RefuseLoneBackslash(const std::string& text, size_t behind)
 {
     if (behind >= text.size() || (text[behind] != '/' && text[behind] != '\\'))
-        throw ToolError(
-            "the folder path \"" + text +
-            "\" has a lone backslash: '/' separates folders, and a backslash of a name is written '\\\\'");
+    {
+        throw ToolError("the folder path \"" + text +
+                        "\" has a lone backslash: '/' separates folders, and a backslash of a name is written '\\\\'");
+    }
 }
 
 /// Looks a subfolder up by its name. @return false when there is none.
@@ -43,7 +46,9 @@ bool Find(CZebFolder& parent, const std::string& name, CZebFolder& folder)
     catch (CZebException* exception)
     {
         if (exception->GetResult() != NameNotFound)
+        {
             throw;
+        }
         exception->Delete();
         return false;
     }
@@ -71,10 +76,16 @@ FolderPath FolderPath::Parse(const std::string& text)
         name += text[i];
     }
     if (!name.empty() || !path.names.empty())
+    {
         path.names.push_back(name);
+    }
     for (const std::string& part : path.names)
+    {
         if (part.empty())
+        {
             throw ToolError("the folder path \"" + text + "\" has an empty name in it");
+        }
+    }
     return path;
 }
 
@@ -82,7 +93,9 @@ std::string FolderPath::Text() const
 {
     std::string text;
     for (const std::string& name : names)
+    {
         text += (text.empty() && !fromRoot ? "" : "/") + Escaped(name);
+    }
     return text.empty() && fromRoot ? "/" : text;
 }
 
@@ -97,14 +110,18 @@ FolderPath FolderPath::Above() const
 {
     FolderPath path = *this;
     if (!path.names.empty())
+    {
         path.names.pop_back();
+    }
     return path;
 }
 
 std::string Named(const FolderPath& path)
 {
     if (path.names.empty())
+    {
         return path.fromRoot ? "the root folder" : "the top folder";
+    }
     return "folder '" + Shortened(OneLine(path.Text()), 120) + "'";
 }
 
@@ -112,13 +129,15 @@ CZebFolder CreateSubfolder(CZebFolder& parent, const std::string& name)
 {
     const std::string narrow = NarrowFromUtf8(name);
     if (Utf8FromNarrow(narrow) == name)
+    {
         return parent.CreateFolder(narrow.c_str(), false, false, 0, nullptr, FOLDER_GENERIC);
+    }
     // The wrapper takes narrow text only, which can not say every name.
     const CComPtr<IMAPIFolder> owner = InterfaceOf(parent);
     CComPtr<IMAPIFolder> created;
     CStringW wide = WideFromUtf8(name);
-    ThrowIfFailed(owner->CreateFolder(FOLDER_GENERIC, reinterpret_cast<LPTSTR>(wide.GetBuffer()), nullptr,
-                                      nullptr, MAPI_UNICODE, created.Put()),
+    ThrowIfFailed(owner->CreateFolder(FOLDER_GENERIC, reinterpret_cast<LPTSTR>(wide.GetBuffer()), nullptr, nullptr,
+                                      MAPI_UNICODE, created.Put()),
                   owner, __FILE__, __LINE__);
     return CZebFolder(created.Get());
 }
@@ -146,7 +165,9 @@ CZebFolder& FolderTree::Open(const FolderPath& path, bool create)
     const std::string key = path.Text();
     const auto known = m_open.find(key);
     if (known != m_open.end())
+    {
         return known->second;
+    }
     CZebFolder folder(nullptr);
     if (path.names.empty())
     {
@@ -155,7 +176,9 @@ CZebFolder& FolderTree::Open(const FolderPath& path, bool create)
     else if (CZebFolder& above = Open(path.Above(), create); !Find(above, path.names.back(), folder))
     {
         if (!create)
+        {
             throw ToolError("there is no " + Named(path));
+        }
         folder = CreateSubfolder(above, path.names.back());
         m_created.push_back(path);
     }

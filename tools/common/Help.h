@@ -28,7 +28,9 @@ public:
     std::string make_option_opts(const CLI::Option* option) const override
     {
         if (option->get_positional() || option->get_type_size() == 0)
+        {
             return "";
+        }
         const std::string value = option->get_default_str();
         return " " + TypeOf(option) + (value.empty() ? "" : " (" + value + ")") +
                (option->get_required() ? " REQUIRED" : "");
@@ -41,7 +43,9 @@ private:
         const std::string type = option->get_type_name();
         const size_t words = type.find(":{");
         if (words == std::string::npos)
+        {
             return type.substr(0, type.find(':'));
+        }
         std::string choice = type.substr(words + 2, type.find('}') - words - 2);
         std::replace(choice.begin(), choice.end(), ',', '|');
         return choice;

@@ -21,9 +21,8 @@ bool MayExist(const std::string& profile)
         CZebProfAdmin administration = CZebProfAdmin::Open();
         const CStringW wanted = WideFromUtf8(profile);
         const std::vector<ProfileEntry> profiles = ListProfiles(administration);
-        return std::any_of(profiles.begin(), profiles.end(),
-                           [&](const ProfileEntry& each)
-                           { return WideFromUtf8(each.name).CompareNoCase(wanted) == 0; });
+        return std::any_of(profiles.begin(), profiles.end(), [&](const ProfileEntry& each)
+        { return WideFromUtf8(each.name).CompareNoCase(wanted) == 0; });
     }
     catch (CException* exception)
     {
@@ -37,11 +36,14 @@ std::string NamedProfile(const std::string& profile)
     return profile.empty() ? "the default profile" : "profile '" + ValidUtf8(profile) + "'";
 }
 
-/// For people at a terminal: asks the profile for its store's file, since the session's table of stores opens it already.
+/// For people at a terminal: asks the profile for its store's file, since the
+/// session's table of stores opens it already.
 void AnnounceUpgradeOf(const std::string& profile)
 {
     if (!platform::IsTerminal(platform::OutputStream::Error))
+    {
         return;
+    }
     try
     {
         CZebProfAdmin administration = CZebProfAdmin::Open();
@@ -78,22 +80,30 @@ HostSession::HostSession(const std::string& profile)
     , m_session(nullptr)
 {
     if (profile.empty() && Zeb_GetMAPI().GetDefaultProfileName().IsEmpty())
+    {
         throw ToolError("there is no default profile; 'zeb profile list' shows the profiles there are");
+    }
     AnnounceUpgradeOf(profile);
     try
     {
         const ProfileName name(profile);
         if (name.IsWide())
+        {
             m_session = Zeb_GetMAPI().OpenSessionW(nullptr, name.Wide());
+        }
         else
+        {
             m_session = Zeb_GetMAPI().OpenSession(nullptr, profile.empty() ? nullptr : name.Narrow());
+        }
     }
     catch (...)
     {
         const std::string failure = CurrentFailure();
         if (!profile.empty() && !MayExist(profile))
+        {
             throw ToolError("there is no " + NamedProfile(profile) +
                             "; 'zeb profile list' shows the profiles there are");
+        }
         throw ToolError("logging on to " + NamedProfile(profile) + ": " + failure);
     }
 }
@@ -120,10 +130,11 @@ std::string TextOf(CZebIProp& object, ULONG wideTag)
     CZebPropValArray values;
     object.GetProps(values, 1, wideTag);
     if (values.hasRealValue(wideTag))
+    {
         return Utf8(static_cast<CStringW>(values[wideTag]));
+    }
     const SPropValue* value = values;
-    const bool isLong =
-        PROP_TYPE(value->ulPropTag) == PT_ERROR && value->Value.err == MAPI_E_NOT_ENOUGH_MEMORY;
+    const bool isLong = PROP_TYPE(value->ulPropTag) == PT_ERROR && value->Value.err == MAPI_E_NOT_ENOUGH_MEMORY;
     return isLong ? Utf8(object.GetLongStringW(wideTag)) : std::string();
 }
 

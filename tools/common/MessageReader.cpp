@@ -28,9 +28,13 @@ std::vector<ULONG> AllColumns(IMAPITable* table)
     {
         const ULONG tag = all.Get()->aulPropTag[i];
         if (IsText(PROP_TYPE(tag)))
+        {
             tags.push_back(PROP_TAG(PT_UNICODE | (PROP_TYPE(tag) & MV_FLAG), PROP_ID(tag)));
+        }
         else if (PROP_TYPE(tag) != PT_OBJECT)
+        {
             tags.push_back(tag);
+        }
     }
     return tags;
 }
@@ -38,8 +42,12 @@ std::vector<ULONG> AllColumns(IMAPITable* table)
 std::vector<ULONG> NarrowedText(std::vector<ULONG> tags)
 {
     for (ULONG& tag : tags)
+    {
         if (IsText(PROP_TYPE(tag)))
+        {
             tag = Narrowed(tag);
+        }
+    }
     return tags;
 }
 
@@ -60,8 +68,12 @@ std::vector<ULONG> AttachmentNumbers(IMessage* message)
     table.QueryAllRows(&rows, nullptr, nullptr);
     std::vector<ULONG> numbers;
     for (ULONG i = 0; i < rows.Count(); ++i)
+    {
         if (rows[i].hasRealValue(PR_ATTACH_NUM))
+        {
             numbers.push_back(rows[i][PR_ATTACH_NUM]);
+        }
+    }
     return numbers;
 }
 
@@ -70,8 +82,12 @@ bool HasObject(CZebIProp& object, ULONG tag)
     CZebPropTagArray tags;
     object.GetPropList(&tags, 0);
     for (int i = 0; i < tags.GetCount(); ++i)
+    {
         if (PROP_ID(tags[i]) == PROP_ID(tag) && PROP_TYPE(tags[i]) == PT_OBJECT)
+        {
             return true;
+        }
+    }
     return false;
 }
 
@@ -85,14 +101,17 @@ MessageContent PropertyReader::ReadMessage(CZebIProp& message)
 MessageContent PropertyReader::ReadMessage(CZebIProp& message, int depth)
 {
     if (depth > DeepestMessage)
-        throw ToolError("messages are embedded in each other more than " + std::to_string(DeepestMessage) +
-                        " deep");
+    {
+        throw ToolError("messages are embedded in each other more than " + std::to_string(DeepestMessage) + " deep");
+    }
     MessageContent content;
     content.properties = ReadObject(message);
     const CComPtr<IMessage> raw = MessageOf(message);
     content.recipients = ReadRecipients(raw.Get());
     for (const ULONG number : AttachmentNumbers(raw.Get()))
+    {
         content.attachments.push_back(ReadAttachment(raw.Get(), number, depth));
+    }
     return content;
 }
 
@@ -103,22 +122,34 @@ std::vector<Properties> PropertyReader::ReadRecipients(IMessage* message)
     CZebTable table(raw.Get());
     std::vector<Properties> recipients;
     if (table.GetRowCount() == 0)
+    {
         return recipients;
+    }
     const std::vector<ULONG> columns = AllColumns(raw.Get());
     m_names.Learn(message, columns);
     CZebRowSet rows;
     QueryColumns(table, columns, rows);
     bool lost = false;
     for (ULONG i = 0; i < rows.Count(); ++i)
+    {
         recipients.push_back(ReadRecipient(rows[i], columns, lost));
+    }
     if (!lost)
+    {
         return recipients;
+    }
     CZebRowSet narrow;
     QueryColumns(table, NarrowedText(columns), narrow);
     for (ULONG i = 0; i < narrow.Count() && i < recipients.size(); ++i)
+    {
         for (Property& property : recipients[i])
+        {
             if (IsText(property.Type()) && narrow[i].hasRealValue(property.tag))
+            {
                 SettleWidth(property, ValueBytes(narrow[i][property.tag]));
+            }
+        }
+    }
     return recipients;
 }
 
@@ -133,7 +164,9 @@ Properties PropertyReader::ReadRecipient(const CZebRow& row, const std::vector<U
         if (PROP_TYPE(value.ulPropTag) == PT_ERROR)
         {
             if (value.Value.err != MAPI_E_NOT_FOUND)
+            {
                 m_unread.push_back({columns[i], "it is too large for a row of recipients"});
+            }
             continue;
         }
         property.values = ValueBytes(value);
@@ -153,7 +186,9 @@ AttachmentContent PropertyReader::ReadAttachment(IMessage* message, ULONG number
     AttachmentContent content;
     content.properties = ReadObject(object);
     if (!HasObject(object, PR_ATTACH_DATA_OBJ) || ReadEmbedded(attachment.Get(), content, depth))
+    {
         return content;
+    }
     // Any other object, as the bytes that it shows.
     try
     {
@@ -175,7 +210,9 @@ bool PropertyReader::ReadEmbedded(IAttach* attachment, AttachmentContent& conten
     const HRESULT result =
         attachment->OpenProperty(PR_ATTACH_DATA_OBJ, &IID_IMessage, 0, 0, embedded.PutAs<IUnknown>());
     if (FAILED(result))
+    {
         return false;
+    }
     CZebMessage message(embedded.Get());
     content.message = std::make_shared<MessageContent>(ReadMessage(message, depth + 1));
     return true;

@@ -30,8 +30,7 @@ CivilDate DateOfDays(int64_t days)
     days += 306;
     const int64_t cycle = days / 146'097;
     const int64_t dayOfCycle = days % 146'097;
-    const int64_t yearOfCycle =
-        (dayOfCycle - dayOfCycle / 1'460 + dayOfCycle / 36'524 - dayOfCycle / 146'096) / 365;
+    const int64_t yearOfCycle = (dayOfCycle - dayOfCycle / 1'460 + dayOfCycle / 36'524 - dayOfCycle / 146'096) / 365;
     const int64_t dayOfYear = dayOfCycle - (365 * yearOfCycle + yearOfCycle / 4 - yearOfCycle / 100);
     const int64_t shifted = (5 * dayOfYear + 2) / 153;
     const int day = static_cast<int>(dayOfYear - (153 * shifted + 2) / 5 + 1);
@@ -45,8 +44,7 @@ int64_t DaysOfDate(const CivilDate& date)
     const int64_t year = date.year - (date.month <= 2 ? 1 : 0) - 1600;
     const int64_t cycle = year / 400;
     const int64_t yearOfCycle = year % 400;
-    const int64_t dayOfYear =
-        (153 * (date.month > 2 ? date.month - 3 : date.month + 9) + 2) / 5 + date.day - 1;
+    const int64_t dayOfYear = (153 * (date.month > 2 ? date.month - 3 : date.month + 9) + 2) / 5 + date.day - 1;
     return cycle * 146'097 + yearOfCycle * 365 + yearOfCycle / 4 - yearOfCycle / 100 + dayOfYear - 306;
 }
 
@@ -69,8 +67,8 @@ std::string DateAndTime(uint64_t ticks, char separator)
     const CivilDate date = DateOfDays(static_cast<int64_t>(seconds / SecondsPerDay));
     const int rest = static_cast<int>(seconds % SecondsPerDay);
     char text[40];
-    std::snprintf(text, sizeof text, "%04d-%02d-%02d%c%02d:%02d:%02d", date.year, date.month, date.day,
-                  separator, rest / 3600, rest / 60 % 60, rest % 60);
+    std::snprintf(text, sizeof text, "%04d-%02d-%02d%c%02d:%02d:%02d", date.year, date.month, date.day, separator,
+                  rest / 3600, rest / 60 % 60, rest % 60);
     return text;
 }
 
@@ -80,11 +78,14 @@ char32_t NextCodePoint(std::string_view text, size_t& at)
     const auto lead = static_cast<unsigned char>(text[at++]);
     const int more = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC0 ? 1 : 0;
     if (more == 0)
+    {
         return lead;
+    }
     char32_t point = lead & (0x3F >> more);
-    for (int i = 0; i < more && at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80;
-         ++i)
+    for (int i = 0; i < more && at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80; ++i)
+    {
         point = (point << 6) | (static_cast<unsigned char>(text[at++]) & 0x3F);
+    }
     return point;
 }
 
@@ -93,7 +94,9 @@ size_t ColumnsOf(char32_t point)
 {
     if ((point >= 0x300 && point <= 0x36F) || (point >= 0x200B && point <= 0x200F) ||
         (point >= 0xFE00 && point <= 0xFE0F) || point == 0xFEFF)
+    {
         return 0;
+    }
     const bool wide = (point >= 0x1100 && point <= 0x115F) || (point >= 0x2E80 && point <= 0xA4CF) ||
                       (point >= 0xAC00 && point <= 0xD7A3) || (point >= 0xF900 && point <= 0xFAFF) ||
                       (point >= 0xFE30 && point <= 0xFE6F) || (point >= 0xFF00 && point <= 0xFF60) ||
@@ -108,7 +111,9 @@ bool ReadNumber(const std::string& text, size_t& at, int digits, int& number)
     for (int i = 0; i < digits; ++i, ++at)
     {
         if (at >= text.size() || text[at] < '0' || text[at] > '9')
+        {
             return false;
+        }
         number = number * 10 + (text[at] - '0');
     }
     return true;
@@ -124,13 +129,17 @@ bool ReadFraction(const std::string& text, size_t& at, uint64_t& ticks)
 {
     ticks = 0;
     if (at >= text.size() || text[at] != '.')
+    {
         return true;
+    }
     const size_t begin = ++at;
     uint64_t unit = TicksPerSecond / 10;
     for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at, unit /= 10)
     {
         if (unit == 0 && text[at] != '0')
+        {
             return false;
+        }
         ticks += unit * static_cast<uint64_t>(text[at] - '0');
     }
     return at > begin;
@@ -140,7 +149,9 @@ bool ParseHexTime(const std::string& text, FILETIME& time)
 {
     if (text.size() != 18 || text.compare(0, 2, "0x") != 0 ||
         text.find_first_not_of("0123456789abcdefABCDEF", 2) != std::string::npos)
+    {
         return false;
+    }
     time = TimeOfTicks(std::stoull(text.substr(2), nullptr, 16));
     return true;
 }
@@ -148,7 +159,9 @@ bool ParseHexTime(const std::string& text, FILETIME& time)
 int DaysOfMonth(int year, int month)
 {
     if (month == 2)
+    {
         return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0 ? 29 : 28;
+    }
     return month == 4 || month == 6 || month == 9 || month == 11 ? 30 : 31;
 }
 
@@ -188,10 +201,14 @@ std::string OneLine(std::string text)
     {
         const auto byte = static_cast<unsigned char>(text[i]);
         if (byte < 0x20 || byte == 0x7F)
+        {
             text[i] = ' ';
+        }
         // U+0080 to U+009F control a terminal too.
         else if (byte == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0)
+        {
             text.replace(i, 2, " ");
+        }
     }
     return text;
 }
@@ -200,20 +217,26 @@ size_t DisplayWidth(std::string_view text)
 {
     size_t width = 0;
     for (size_t at = 0; at < text.size();)
+    {
         width += ColumnsOf(NextCodePoint(text, at));
+    }
     return width;
 }
 
 std::string Shortened(const std::string& text, size_t width)
 {
     if (width == 0 || DisplayWidth(text) <= width)
+    {
         return text;
+    }
     size_t used = 0, end = 0;
     for (size_t at = 0; at < text.size(); end = at)
     {
         used += ColumnsOf(NextCodePoint(text, at));
         if (used > width - 1)
+        {
             break;
+        }
     }
     return text.substr(0, end) + Ellipsis;
 }
@@ -249,21 +272,26 @@ std::string TimeForMachines(const FILETIME& time)
 bool ParseTime(const std::string& text, FILETIME& time)
 {
     if (ParseHexTime(text, time))
+    {
         return true;
+    }
     CivilDate date{};
     int hour = 0, minute = 0, second = 0;
     uint64_t fraction = 0;
     size_t at = 0;
-    if (!(ReadNumber(text, at, 4, date.year) && ReadSign(text, at, '-') &&
-          ReadNumber(text, at, 2, date.month) && ReadSign(text, at, '-') &&
-          ReadNumber(text, at, 2, date.day) && ReadSign(text, at, 'T') && ReadNumber(text, at, 2, hour) &&
-          ReadSign(text, at, ':') && ReadNumber(text, at, 2, minute) && ReadSign(text, at, ':') &&
-          ReadNumber(text, at, 2, second) && ReadFraction(text, at, fraction) && ReadSign(text, at, 'Z') &&
-          at == text.size()))
+    if (!(ReadNumber(text, at, 4, date.year) && ReadSign(text, at, '-') && ReadNumber(text, at, 2, date.month) &&
+          ReadSign(text, at, '-') && ReadNumber(text, at, 2, date.day) && ReadSign(text, at, 'T') &&
+          ReadNumber(text, at, 2, hour) && ReadSign(text, at, ':') && ReadNumber(text, at, 2, minute) &&
+          ReadSign(text, at, ':') && ReadNumber(text, at, 2, second) && ReadFraction(text, at, fraction) &&
+          ReadSign(text, at, 'Z') && at == text.size()))
+    {
         return false;
+    }
     if (date.year < 1601 || date.month < 1 || date.month > 12 || date.day < 1 ||
         date.day > DaysOfMonth(date.year, date.month) || hour > 23 || minute > 59 || second > 59)
+    {
         return false;
+    }
     const uint64_t seconds = static_cast<uint64_t>(DaysOfDate(date)) * SecondsPerDay +
                              static_cast<uint64_t>(hour * 3600 + minute * 60 + second);
     time = TimeOfTicks(seconds * TicksPerSecond + fraction);
@@ -284,13 +312,17 @@ std::string Grouped(unsigned long long number)
 void Print(const std::string& text)
 {
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size())
+    {
         throw std::runtime_error("standard output can not be written");
+    }
 }
 
 void FlushOutput()
 {
     if (std::fflush(stdout) != 0 || std::ferror(stdout))
+    {
         throw std::runtime_error("standard output can not be written");
+    }
 }
 
 } // namespace zeb::tools

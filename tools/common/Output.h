@@ -42,15 +42,13 @@ std::string Shortened(const std::string& text, size_t width);
 /// as "0x" and 16 hexadecimal digits.
 std::string TimeForMachines(const FILETIME& time);
 
-/// The inverse of TimeForMachines; also takes fewer or more zeros. @return false when the text is neither
-/// form.
+/// The inverse of TimeForMachines; also takes fewer or more zeros. @return false when the text is neither form.
 bool ParseTime(const std::string& text, FILETIME& time);
 
 /// 1234567 as "1,234,567".
 std::string Grouped(unsigned long long number);
 
-/// Writes to standard output. @throws std::runtime_error when it can not be written (a full disk, a closed
-/// pipe).
+/// Writes to standard output. @throws std::runtime_error when it can not be written (a full disk, a closed pipe).
 void Print(const std::string& text);
 
 /// Writes what is still buffered. @throws std::runtime_error as Print.

@@ -24,9 +24,13 @@ std::vector<ProfileEntry> Read(CZebTable& table, ULONG nameTag)
         const CZebRow row = rows[i];
         ProfileEntry entry;
         if (nameTag == PR_DISPLAY_NAME_W)
+        {
             entry.name = TextOf(row, nameTag);
+        }
         else if (row.hasRealValue(nameTag))
+        {
             entry.name = Utf8FromNarrow(static_cast<const char*>(static_cast<CStringA>(row[nameTag])));
+        }
         entry.isDefault = row.hasRealValue(PR_DEFAULT_PROFILE) && static_cast<bool>(row[PR_DEFAULT_PROFILE]);
         entries.push_back(std::move(entry));
     }
@@ -53,19 +57,26 @@ std::vector<ProfileEntry> ListProfiles(CZebProfAdmin& administration)
     CZebTable table = administration.GetProfileTable();
     std::vector<ProfileEntry> entries = Read(table, PR_DISPLAY_NAME_W);
     // Some providers have narrow names only.
-    if (std::any_of(entries.begin(), entries.end(),
-                    [](const ProfileEntry& each) { return each.name.empty(); }))
+    if (std::any_of(entries.begin(), entries.end(), [](const ProfileEntry& each) { return each.name.empty(); }))
+    {
         entries = Read(table, PR_DISPLAY_NAME_A);
+    }
     return entries;
 }
 
 std::string NameOfProfile(CZebProfAdmin& administration, const std::string& profile)
 {
     if (!profile.empty())
+    {
         return profile;
+    }
     for (const ProfileEntry& each : ListProfiles(administration))
+    {
         if (each.isDefault)
+        {
             return each.name;
+        }
+    }
     return {};
 }
 
@@ -77,8 +88,8 @@ std::string FileOfStore(CZebProfAdmin& administration, const std::string& profil
     CComPtr<IMsgServiceAdmin> services;
     try
     {
-        ThrowIfFailed(profiles->AdminServices(asked.Text(), nullptr, 0, asked.Flags(), services.Put()),
-                      profiles, __FILE__, __LINE__);
+        ThrowIfFailed(profiles->AdminServices(asked.Text(), nullptr, 0, asked.Flags(), services.Put()), profiles,
+                      __FILE__, __LINE__);
     }
     catch (...)
     {
@@ -92,8 +103,12 @@ std::string FileOfStore(CZebProfAdmin& administration, const std::string& profil
     CZebRowSet rows;
     table.QueryAllRows(&rows, nullptr, nullptr);
     for (ULONG i = 0; i < rows.Count(); ++i)
+    {
         if (rows[i].hasRealValue(PR_ZEBSTORE_PATH_W))
+        {
             return TextOf(rows[i], PR_ZEBSTORE_PATH_W);
+        }
+    }
     return {};
 }
 

@@ -25,16 +25,17 @@ Progress::~Progress()
 std::string Progress::Line(double seconds, uint64_t amount) const
 {
     std::string line = Grouped(m_items) + " " + m_what + ", " +
-                       Grouped(static_cast<unsigned long long>(static_cast<double>(m_items) / seconds)) +
-                       "/s";
+                       Grouped(static_cast<unsigned long long>(static_cast<double>(m_items) / seconds)) + "/s";
     if (m_whole == 0 || amount == 0)
+    {
         return line;
-    const double left = seconds * static_cast<double>(m_whole - (amount < m_whole ? amount : m_whole)) /
-                        static_cast<double>(amount);
+    }
+    const double left =
+        seconds * static_cast<double>(m_whole - (amount < m_whole ? amount : m_whole)) / static_cast<double>(amount);
     char text[64];
     std::snprintf(text, sizeof text, ", %.0f %%, %d:%02d left",
-                  100.0 * static_cast<double>(amount) / static_cast<double>(m_whole),
-                  static_cast<int>(left) / 60, static_cast<int>(left) % 60);
+                  100.0 * static_cast<double>(amount) / static_cast<double>(m_whole), static_cast<int>(left) / 60,
+                  static_cast<int>(left) % 60);
     return line + text;
 }
 
@@ -43,7 +44,9 @@ void Progress::Step(uint64_t amount)
     ++m_items;
     const auto now = Clock::now();
     if (!m_shown || now < m_next)
+    {
         return;
+    }
     m_next = now + std::chrono::milliseconds(100);
     const double seconds = std::chrono::duration<double>(now - m_begin).count();
     const std::string line = Shortened(Line(seconds, amount), 79);
@@ -55,7 +58,9 @@ void Progress::Step(uint64_t amount)
 void Progress::Clear()
 {
     if (!m_onScreen)
+    {
         return;
+    }
     std::fputs("\r\x1B[K", stderr);
     std::fflush(stderr);
     m_onScreen = false;

@@ -21,7 +21,9 @@ namespace
 void* Allocate(size_t size, void* parent)
 {
     if (size > 0x7FFFFFFF)
+    {
         throw ToolError("a value of more than 2 GiB does not fit into memory");
+    }
     return Zeb_MemAllocate(static_cast<unsigned long>(size), parent);
 }
 
@@ -44,11 +46,15 @@ SBinary BinaryOf(const std::string& bytes, void* parent)
 void SetSingle(const Property& property, SPropValue& value, void* parent)
 {
     if (property.values.size() != 1)
+    {
         BadValue(property, "needs one value");
+    }
     const std::string& bytes = property.values.front();
     const size_t size = ElementSize(property.Type());
     if (size != 0 && bytes.size() != size)
+    {
         BadValue(property, "has a value of the wrong size");
+    }
     switch (property.Type())
     {
     case PT_STRING8:
@@ -76,7 +82,9 @@ void* Packed(const Property& property, size_t size, void* parent)
     for (size_t i = 0; i < property.values.size(); ++i)
     {
         if (property.values[i].size() != size)
+        {
             BadValue(property, "has an element of the wrong size");
+        }
         std::memcpy(packed + i * size, property.values[i].data(), size);
     }
     return packed;
@@ -96,13 +104,17 @@ void SetMany(const Property& property, SPropValue& value, void* parent)
     {
         auto* elements = static_cast<SBinary*>(Allocate(count * sizeof(SBinary), parent));
         for (size_t i = 0; i < count; ++i)
+        {
             elements[i] = BinaryOf(property.values[i], parent);
+        }
         value.Value.MVbin.lpbin = elements;
         return;
     }
     auto* elements = static_cast<char**>(Allocate(count * sizeof(char*), parent));
     for (size_t i = 0; i < count; ++i)
+    {
         elements[i] = Terminated(property.values[i], parent);
+    }
     value.Value.MVszA.lppszA = elements;
 }
 
@@ -133,8 +145,7 @@ size_t ElementSize(ULONG type)
         return 0;
     default:
         char text[64];
-        std::snprintf(text, sizeof text, "no property can be written with type 0x%04X",
-                      static_cast<unsigned>(type));
+        std::snprintf(text, sizeof text, "no property can be written with type 0x%04X", static_cast<unsigned>(type));
         throw ToolError(text);
     }
 }
@@ -152,20 +163,28 @@ bool ParseGuid(const std::string& text, GUID& guid)
 {
     constexpr const char* shape = "{xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx}";
     if (text.size() != std::strlen(shape))
+    {
         return false;
+    }
     std::string digits;
     for (size_t i = 0; i < text.size(); ++i)
     {
         if (shape[i] != 'x' ? text[i] != shape[i] : !std::strchr("0123456789abcdefABCDEF", text[i]))
+        {
             return false;
+        }
         if (shape[i] == 'x')
+        {
             digits += text[i];
+        }
     }
     guid.Data1 = static_cast<ULONG>(std::stoul(digits.substr(0, 8), nullptr, 16));
     guid.Data2 = static_cast<WORD>(std::stoul(digits.substr(8, 4), nullptr, 16));
     guid.Data3 = static_cast<WORD>(std::stoul(digits.substr(12, 4), nullptr, 16));
     for (size_t i = 0; i < 8; ++i)
+    {
         guid.Data4[i] = static_cast<BYTE>(std::stoul(digits.substr(16 + 2 * i, 2), nullptr, 16));
+    }
     return true;
 }
 
@@ -180,7 +199,9 @@ std::string PropertyText(const Property& property)
         return "named property " + GuidText(property.name->set) + " " + name;
     }
     if (const char* name = NameOfProperty(PROP_ID(property.tag)))
+    {
         return name;
+    }
     std::snprintf(number, sizeof number, "0x%08X", static_cast<unsigned>(property.tag));
     return number;
 }
@@ -188,7 +209,9 @@ std::string PropertyText(const Property& property)
 PropertyArray::~PropertyArray()
 {
     if (m_values)
+    {
         Zeb_MemFree(m_values);
+    }
 }
 
 SPropValue* PropertyArray::Detach()
@@ -200,19 +223,27 @@ SPropValue* PropertyArray::Detach()
 void PropertyArray::Assign(const std::vector<const Property*>& properties)
 {
     if (m_values)
+    {
         Zeb_MemFree(Detach());
+    }
     m_values = static_cast<SPropValue*>(Allocate(properties.size() * sizeof(SPropValue), nullptr));
     m_count = static_cast<ULONG>(properties.size());
     for (size_t i = 0; i < properties.size(); ++i)
     {
         const Property& property = *properties[i];
         if (property.source)
+        {
             BadValue(property, "is too large for memory");
+        }
         m_values[i].ulPropTag = property.tag;
         if (property.Type() & MV_FLAG)
+        {
             SetMany(property, m_values[i], m_values);
+        }
         else
+        {
             SetSingle(property, m_values[i], m_values);
+        }
     }
 }
 

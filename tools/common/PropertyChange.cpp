@@ -18,9 +18,8 @@ Properties Before(CZebIProp& object, const Properties& changes)
     Properties before;
     for (const Property& change : changes)
     {
-        const auto found =
-            std::find_if(all.begin(), all.end(),
-                         [&](const Property& each) { return PROP_ID(each.tag) == PROP_ID(change.tag); });
+        const auto found = std::find_if(all.begin(), all.end(),
+                                        [&](const Property& each) { return PROP_ID(each.tag) == PROP_ID(change.tag); });
         if (found != all.end())
         {
             before.push_back(*found);
@@ -39,7 +38,9 @@ Properties Before(CZebIProp& object, const Properties& changes)
 void RefuseProblems(const std::vector<Refusal>& refusals)
 {
     if (refusals.empty())
+    {
         return;
+    }
     const Refusal& first = refusals.front();
     const char* name = Zeb_NameFromValue("MAPIErrors", static_cast<ULONG>(first.code), nullptr);
     throw ToolError("the store refuses " + first.property + (name ? " (" + std::string(name) + ")" : ""));
@@ -48,7 +49,9 @@ void RefuseProblems(const std::vector<Refusal>& refusals)
 void ChangeProperties(CZebIProp& object, Properties& properties, NameResolver& names)
 {
     if (properties.empty())
+    {
         return;
+    }
     const CComPtr<IMAPIProp> raw = object.GetInterface();
     names.Resolve(raw.Get(), properties);
     // A message keeps its changes to itself until it is saved.
@@ -63,7 +66,9 @@ void ChangeProperties(CZebIProp& object, Properties& properties, NameResolver& n
     {
         const std::string failure = CurrentFailure();
         if (writesAtOnce)
+        {
             WriteProperties(raw.Get(), before, names);
+        }
         throw ToolError(failure);
     }
 }

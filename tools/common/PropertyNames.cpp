@@ -13,10 +13,7 @@ struct NamedTag
     ULONG tag;
 };
 
-#define ZEB_OF_HEADER(name)                                                                                  \
-    {                                                                                                        \
-#name, name                                                                                          \
-    }
+#define ZEB_OF_HEADER(name) {#name, name}
 
 constexpr NamedTag NamedTags[] = {
     // Of the platform's mapitags.h.
@@ -141,23 +138,33 @@ constexpr NamedTag NamedTags[] = {
 const char* NameOfProperty(ULONG id)
 {
     if (const char* name = Zeb_NameFromValue("PropIDs", id, nullptr))
+    {
         return name;
+    }
     for (const NamedTag& each : NamedTags)
+    {
         if (PROP_ID(each.tag) == id)
+        {
             return each.name;
+        }
+    }
     return nullptr;
 }
 
 bool TagOfProperty(const std::string& name, ULONG& tag)
 {
     if (Zeb_ValueFromName("PropTags", name.c_str(), &tag))
+    {
         return true;
+    }
     for (const NamedTag& each : NamedTags)
+    {
         if (name == each.name)
         {
             tag = each.tag;
             return true;
         }
+    }
     return false;
 }
 

@@ -8,8 +8,8 @@
 namespace zeb::tools
 {
 
-/// The name of a property by its identifier, from the library's tables or those of later headers; null when there is
-/// none.
+/// The name of a property by its identifier, from the library's tables or those of
+/// later headers; null when there is none.
 const char* NameOfProperty(ULONG id);
 
 /// The tag of a name; text in its 8-bit form, as in the library's tables. @return false when there is no such name

@@ -62,9 +62,13 @@ PropertyName NameOf(const MAPINAMEID& raw)
     name.set = *raw.lpguid;
     name.isText = raw.ulKind == MNID_STRING;
     if (name.isText)
+    {
         name.text = raw.Kind.lpwstrName;
+    }
     else
+    {
         name.id = raw.Kind.lID;
+    }
     return name;
 }
 
@@ -75,9 +79,13 @@ std::vector<std::string> NarrowForm(CZebIProp& object, ULONG tag)
     Given<SPropValue> values;
     object.GetProps(TagList({Narrowed(tag)}).Get(), &count, values.Put(), 0);
     if (count == 1 && values.Get()->ulPropTag == Narrowed(tag))
+    {
         return ValueBytes(*values.Get());
+    }
     if (count != 1 || !IsTooLarge(*values.Get()))
+    {
         return {};
+    }
     StreamBytes stream(object.OpenProperty(Narrowed(tag), 0));
     return {ReadAll(stream)};
 }
@@ -92,7 +100,9 @@ std::string ReadAll(ByteSource& source)
     {
         const size_t got = source.Read(bytes.data() + done, bytes.size() - done);
         if (got == 0)
+        {
             break;
+        }
         done += got;
     }
     bytes.resize(done);
@@ -105,8 +115,7 @@ bool IsStoresOwn(ObjectKind kind, ULONG tag)
                                           PROP_ID(PR_ACCESS_LEVEL),       PROP_ID(PR_STORE_ENTRYID),
                                           PROP_ID(PR_INSTANCE_KEY),       PROP_ID(PR_STORE_RECORD_KEY),
                                           PROP_ID(PR_STORE_SUPPORT_MASK), PROP_ID(PR_MAPPING_SIGNATURE)};
-    static const std::set<ULONG> entry = {PROP_ID(PR_ENTRYID), PROP_ID(PR_PARENT_ENTRYID),
-                                          PROP_ID(PR_ACCESS)};
+    static const std::set<ULONG> entry = {PROP_ID(PR_ENTRYID), PROP_ID(PR_PARENT_ENTRYID), PROP_ID(PR_ACCESS)};
     static const std::set<ULONG> message = {PROP_ID(PR_MESSAGE_SIZE), PROP_ID(PR_HASATTACH)};
     static const std::set<ULONG> folder = {PROP_ID(PR_CONTENT_COUNT), PROP_ID(PR_CONTENT_UNREAD),
                                            PROP_ID(PR_SUBFOLDERS), PROP_ID(PR_FOLDER_TYPE),
@@ -132,19 +141,28 @@ void NameReader::Learn(IMAPIProp* object, const std::vector<ULONG>& tags)
 {
     std::vector<ULONG> unknown;
     for (const ULONG tag : tags)
+    {
         if (PROP_ID(tag) >= FirstNamedId && m_names.emplace(PROP_ID(tag), std::nullopt).second)
+        {
             unknown.push_back(PROP_TAG(PT_UNSPECIFIED, PROP_ID(tag)));
+        }
+    }
     if (unknown.empty())
+    {
         return;
+    }
     TagList list(unknown);
     SPropTagArray* asked = list.Get();
     ULONG count = 0;
     Given<MAPINAMEID*> names;
-    ThrowIfFailed(object->GetNamesFromIDs(&asked, nullptr, 0, &count, names.Put()), object, __FILE__,
-                  __LINE__);
+    ThrowIfFailed(object->GetNamesFromIDs(&asked, nullptr, 0, &count, names.Put()), object, __FILE__, __LINE__);
     for (ULONG i = 0; i < count && i < asked->cValues; ++i)
+    {
         if (names.Get()[i] && names.Get()[i]->lpguid)
+        {
             m_names[PROP_ID(asked->aulPropTag[i])] = NameOf(*names.Get()[i]);
+        }
+    }
 }
 
 const PropertyName* NameReader::Find(ULONG id) const
@@ -156,18 +174,26 @@ const PropertyName* NameReader::Find(ULONG id) const
 void PropertyReader::Name(Property& property) const
 {
     if (PROP_ID(property.tag) < FirstNamedId)
+    {
         return;
+    }
     if (const PropertyName* name = m_names.Find(PROP_ID(property.tag)))
+    {
         property.name = *name;
+    }
 }
 
 void PropertyReader::ReadLarge(CZebIProp& object, Property& property)
 {
     auto stream = std::make_shared<StreamBytes>(object.OpenProperty(property.tag, 0));
     if (m_what == ReadWhat::Beginnings || (!IsText(property.Type()) && stream->Size() > LargestInMemory))
+    {
         property.source = std::move(stream);
+    }
     else
+    {
         property.values.push_back(ReadAll(*stream));
+    }
 }
 
 void PropertyReader::ReadValue(CZebIProp& object, ULONG tag, const SPropValue& value, Properties& properties)
@@ -177,13 +203,21 @@ void PropertyReader::ReadValue(CZebIProp& object, ULONG tag, const SPropValue& v
     try
     {
         if (IsTooLarge(value) && PROP_TYPE(tag) != PT_OBJECT)
+        {
             ReadLarge(object, property);
+        }
         else if (PROP_TYPE(value.ulPropTag) == PT_ERROR)
+        {
             throw ToolError(CodeName(value.Value.err));
+        }
         else
+        {
             property.values = ValueBytes(value);
+        }
         if (IsText(property.Type()) && HasReplacement(property.values))
+        {
             SettleWidth(property, NarrowForm(object, tag));
+        }
     }
     catch (...)
     {
@@ -200,20 +234,29 @@ Properties PropertyReader::ReadObject(CZebIProp& object)
     object.GetPropList(&tags, MAPI_UNICODE);
     std::vector<ULONG> list;
     for (int i = 0; i < tags.GetCount(); ++i)
-        if (PROP_TYPE(tags[i]) != PT_OBJECT && PROP_TYPE(tags[i]) != PT_ERROR &&
-            PROP_TYPE(tags[i]) != PT_NULL)
+    {
+        if (PROP_TYPE(tags[i]) != PT_OBJECT && PROP_TYPE(tags[i]) != PT_ERROR && PROP_TYPE(tags[i]) != PT_NULL)
+        {
             list.push_back(tags[i]);
+        }
+    }
     Properties properties;
     if (list.empty())
+    {
         return properties;
+    }
     m_names.Learn(object.GetInterface().Get(), list);
     ULONG count = 0;
     Given<SPropValue> values;
     object.GetProps(TagList(list).Get(), &count, values.Put(), 0);
     for (ULONG i = 0; i < count; ++i)
+    {
         // Gone since it was listed.
         if (PROP_TYPE(values.Get()[i].ulPropTag) != PT_ERROR || values.Get()[i].Value.err != MAPI_E_NOT_FOUND)
+        {
             ReadValue(object, list[i], values.Get()[i], properties);
+        }
+    }
     return properties;
 }
 

@@ -39,8 +39,7 @@ std::string SingleBytes(const SPropValue& value)
     case PT_CLSID:
         return std::string(reinterpret_cast<const char*>(value.Value.lpguid), sizeof(GUID));
     default:
-        return std::string(reinterpret_cast<const char*>(&value.Value),
-                           ElementSize(PROP_TYPE(value.ulPropTag)));
+        return std::string(reinterpret_cast<const char*>(&value.Value), ElementSize(PROP_TYPE(value.ulPropTag)));
     }
 }
 
@@ -52,14 +51,24 @@ std::vector<std::string> ManyBytes(const SPropValue& value)
     const char* elements = reinterpret_cast<const char*>(value.Value.MVl.lpl);
     std::vector<std::string> values;
     for (ULONG i = 0; i < value.Value.MVl.cValues; ++i)
+    {
         if (size != 0)
+        {
             values.emplace_back(elements + i * size, size);
+        }
         else if (type == PT_STRING8)
+        {
             values.push_back(NarrowBytes(value.Value.MVszA.lppszA[i]));
+        }
         else if (type == PT_UNICODE)
+        {
             values.push_back(WideBytes(value.Value.MVszW.lppszW[i]));
+        }
         else
+        {
             values.push_back(BinaryBytes(value.Value.MVbin.lpbin[i]));
+        }
+    }
     return values;
 }
 
@@ -92,31 +101,38 @@ ULONG Narrowed(ULONG tag)
 std::vector<std::string> ValueBytes(const SPropValue& value)
 {
     if (PROP_TYPE(value.ulPropTag) & MV_FLAG)
+    {
         return ManyBytes(value);
+    }
     return {SingleBytes(value)};
 }
 
 bool HasReplacement(const std::vector<std::string>& values)
 {
-    return std::any_of(values.begin(), values.end(),
-                       [](const std::string& bytes)
-                       { return WideOf(bytes).find(WCHAR(0xFFFD)) != platform::WideString::npos; });
+    return std::any_of(values.begin(), values.end(), [](const std::string& bytes)
+    { return WideOf(bytes).find(WCHAR(0xFFFD)) != platform::WideString::npos; });
 }
 
 void SettleWidth(Property& property, const std::vector<std::string>& narrow)
 {
     if (narrow.size() != property.values.size())
+    {
         return;
+    }
     bool lost = false;
     for (size_t i = 0; i < narrow.size(); ++i)
     {
         const platform::WideString wide = platform::WideFromNarrow(narrow[i].data(), narrow[i].size());
         if (wide != WideOf(property.values[i]))
+        {
             return;
+        }
         lost = lost || platform::NarrowFromWide(wide.data(), wide.size()) != narrow[i];
     }
     if (!lost)
+    {
         return;
+    }
     property.tag = Narrowed(property.tag);
     property.values = narrow;
 }

@@ -15,7 +15,9 @@ public:
     ~Given()
     {
         if (m_buffer)
+        {
             Zeb_MemFree(m_buffer);
+        }
     }
     Given(const Given&) = delete;
     Given& operator=(const Given&) = delete;

@@ -18,7 +18,9 @@ bool GoesByStream(const Property& property)
 {
     const ULONG type = property.Type();
     if (property.source || type == PT_OBJECT)
+    {
         return true;
+    }
     return (type == PT_STRING8 || type == PT_UNICODE || type == PT_BINARY) && property.values.size() == 1 &&
            property.values.front().size() > LargestInOneCall;
 }
@@ -43,7 +45,9 @@ void WriteByStream(CZebIProp& object, const Property& property)
     {
         std::vector<char> piece(StreamPiece);
         while (const size_t size = property.source->Read(piece.data(), piece.size()))
+        {
             WriteAll(stream.Get(), piece.data(), size);
+        }
     }
     else
     {
@@ -58,7 +62,9 @@ Property Blank(const Property& property)
     Property blank;
     blank.tag = property.tag;
     if ((property.Type() & MV_FLAG) == 0)
+    {
         blank.values.emplace_back(ElementSize(property.Type()), '\0');
+    }
     return blank;
 }
 
@@ -68,32 +74,37 @@ void RemoveProperties(IMAPIProp* object, const Properties& properties)
     std::vector<Property> blanks;
     std::vector<ULONG> tags;
     for (const Property& property : properties)
+    {
         if (property.removed)
         {
             blanks.push_back(Blank(property));
             tags.push_back(property.tag);
         }
+    }
     if (tags.empty())
+    {
         return;
+    }
     std::vector<const Property*> pointers;
     for (const Property& blank : blanks)
+    {
         pointers.push_back(&blank);
+    }
     PropertyArray array;
     array.Assign(pointers);
     ThrowIfFailed(object->SetProps(array.Count(), array.Values(), nullptr), object, __FILE__, __LINE__);
     ThrowIfFailed(object->DeleteProps(TagList(tags).Get(), nullptr), object, __FILE__, __LINE__);
 }
 
-std::vector<Refusal> RefusalsOf(CZebPropProblemArray& problems,
-                                const std::vector<const Property*>& properties)
+std::vector<Refusal> RefusalsOf(CZebPropProblemArray& problems, const std::vector<const Property*>& properties)
 {
     std::vector<Refusal> refusals;
     for (int i = 0; i < problems.GetCount(); ++i)
     {
         const SPropProblem& problem = problems[i];
         const bool known = problem.ulIndex < properties.size();
-        refusals.push_back({known ? PropertyText(*properties[problem.ulIndex]) : "a property",
-                            static_cast<long>(problem.scode)});
+        refusals.push_back(
+            {known ? PropertyText(*properties[problem.ulIndex]) : "a property", static_cast<long>(problem.scode)});
     }
     return refusals;
 }
@@ -106,15 +117,21 @@ void Append(std::vector<Refusal>& to, std::vector<Refusal> more)
 void FreeAddressList(ADRLIST* list)
 {
     for (ULONG i = 0; i < list->cEntries; ++i)
+    {
         if (list->aEntries[i].rgPropVals)
+        {
             Zeb_MemFree(list->aEntries[i].rgPropVals);
+        }
+    }
     Zeb_MemFree(list);
 }
 
 void WriteRecipients(IMessage* message, std::vector<Properties>& recipients, NameResolver& names)
 {
     if (recipients.empty())
+    {
         return;
+    }
     const auto size = static_cast<unsigned long>(CbNewADRLIST(recipients.size()));
     std::unique_ptr<ADRLIST, void (*)(ADRLIST*)> list(static_cast<ADRLIST*>(Zeb_MemAllocate(size, nullptr)),
                                                       FreeAddressList);
@@ -123,7 +140,9 @@ void WriteRecipients(IMessage* message, std::vector<Properties>& recipients, Nam
         names.Resolve(message, recipient);
         std::vector<const Property*> all;
         for (const Property& property : recipient)
+        {
             all.push_back(&property);
+        }
         PropertyArray array;
         array.Assign(all);
         ADRENTRY& entry = list->aEntries[list->cEntries];
@@ -152,7 +171,9 @@ std::vector<Refusal> WriteAttachment(IMessage* message, AttachmentContent& conte
     ThrowIfFailed(message->CreateAttach(nullptr, 0, &number, attachment.Put()), message, __FILE__, __LINE__);
     std::vector<Refusal> refusals = WriteProperties(attachment.Get(), content.properties, names);
     if (content.message)
+    {
         Append(refusals, WriteEmbedded(attachment.Get(), *content.message, names));
+    }
     Save(attachment.Get());
     return refusals;
 }
@@ -163,10 +184,13 @@ std::string NameResolver::KeyOf(const PropertyName& name)
 {
     std::string key(reinterpret_cast<const char*>(&name.set), sizeof name.set);
     if (name.isText)
-        key.append("t").append(reinterpret_cast<const char*>(name.text.data()),
-                               name.text.size() * sizeof(WCHAR));
+    {
+        key.append("t").append(reinterpret_cast<const char*>(name.text.data()), name.text.size() * sizeof(WCHAR));
+    }
     else
+    {
         key.append("n").append(reinterpret_cast<const char*>(&name.id), sizeof name.id);
+    }
     return key;
 }
 
@@ -174,13 +198,23 @@ void NameResolver::Resolve(IMAPIProp* object, Properties& properties)
 {
     std::map<std::string, const PropertyName*> missing;
     for (const Property& property : properties)
+    {
         if (property.name && m_identifiers.count(KeyOf(*property.name)) == 0)
+        {
             missing.emplace(KeyOf(*property.name), &*property.name);
+        }
+    }
     if (!missing.empty())
+    {
         Ask(object, missing);
+    }
     for (Property& property : properties)
+    {
         if (property.name)
+        {
             property.tag = PROP_TAG(property.Type(), m_identifiers.at(KeyOf(*property.name)));
+        }
+    }
 }
 
 void NameResolver::Ask(IMAPIProp* object, const std::map<std::string, const PropertyName*>& missing)
@@ -192,24 +226,30 @@ void NameResolver::Ask(IMAPIProp* object, const std::map<std::string, const Prop
         name.lpguid = const_cast<GUID*>(&entry.second->set);
         name.ulKind = entry.second->isText ? MNID_STRING : MNID_ID;
         if (entry.second->isText)
+        {
             name.Kind.lpwstrName = const_cast<WCHAR*>(entry.second->text.c_str());
+        }
         else
+        {
             name.Kind.lID = entry.second->id;
+        }
         names.push_back(name);
     }
     std::vector<MAPINAMEID*> pointers;
     for (MAPINAMEID& name : names)
+    {
         pointers.push_back(&name);
+    }
     CZebPropTagArray tags;
-    ThrowIfFailed(
-        object->GetIDsFromNames(static_cast<ULONG>(pointers.size()), pointers.data(), MAPI_CREATE, &tags),
-        object, __FILE__, __LINE__);
+    ThrowIfFailed(object->GetIDsFromNames(static_cast<ULONG>(pointers.size()), pointers.data(), MAPI_CREATE, &tags),
+                  object, __FILE__, __LINE__);
     int index = 0;
     for (const auto& entry : missing)
     {
         if (PROP_TYPE(tags[index]) == PT_ERROR)
-            throw ToolError("the store gives no identifier for a named property of " +
-                            GuidText(entry.second->set));
+        {
+            throw ToolError("the store gives no identifier for a named property of " + GuidText(entry.second->set));
+        }
         m_identifiers[entry.first] = PROP_ID(tags[index++]);
     }
 }
@@ -220,8 +260,12 @@ std::vector<Refusal> WriteProperties(IMAPIProp* object, Properties& properties, 
     RemoveProperties(object, properties);
     std::vector<const Property*> inRow;
     for (const Property& property : properties)
+    {
         if (!property.removed && !GoesByStream(property))
+        {
             inRow.push_back(&property);
+        }
+    }
     std::vector<Refusal> refusals;
     if (!inRow.empty())
     {
@@ -233,8 +277,12 @@ std::vector<Refusal> WriteProperties(IMAPIProp* object, Properties& properties, 
     }
     CZebPropObj wrapper(object);
     for (const Property& property : properties)
+    {
         if (!property.removed && GoesByStream(property))
+        {
             WriteByStream(wrapper, property);
+        }
+    }
     return refusals;
 }
 
@@ -243,7 +291,9 @@ std::vector<Refusal> WriteMessage(IMessage* message, MessageContent& content, Na
     std::vector<Refusal> refusals = WriteProperties(message, content.properties, names);
     WriteRecipients(message, content.recipients, names);
     for (AttachmentContent& attachment : content.attachments)
+    {
         Append(refusals, WriteAttachment(message, attachment, names));
+    }
     return refusals;
 }
 
@@ -258,8 +308,8 @@ CComPtr<IMessage> CreateMessage(const CZebFolder& folder, bool associated)
 {
     const CComPtr<IMAPIFolder> owner = InterfaceOf(folder);
     CComPtr<IMessage> message;
-    ThrowIfFailed(owner->CreateMessage(nullptr, associated ? MAPI_ASSOCIATED : 0, message.Put()), owner,
-                  __FILE__, __LINE__);
+    ThrowIfFailed(owner->CreateMessage(nullptr, associated ? MAPI_ASSOCIATED : 0, message.Put()), owner, __FILE__,
+                  __LINE__);
     return message;
 }
 

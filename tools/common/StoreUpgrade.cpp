@@ -33,12 +33,15 @@ bool IsOlderStore(const std::string& file)
     std::error_code failure;
     // What a log next to the file says goes before the file's header.
     if (std::filesystem::file_size(log, failure) > 0 && !failure)
+    {
         return false;
+    }
     unsigned char header[HeaderSize] = {};
     std::ifstream stream(path, std::ios::binary);
-    if (!stream.read(reinterpret_cast<char*>(header), sizeof header) ||
-        std::memcmp(header, Magic, sizeof Magic) != 0)
+    if (!stream.read(reinterpret_cast<char*>(header), sizeof header) || std::memcmp(header, Magic, sizeof Magic) != 0)
+    {
         return false;
+    }
     return BigEndian(header + ApplicationAt) == ZEBSTORE_APPLICATION_ID &&
            BigEndian(header + VersionAt) < ZEBSTORE_FILE_VERSION;
 }
@@ -48,7 +51,9 @@ bool IsOlderStore(const std::string& file)
 void AnnounceUpgrade(const std::string& file)
 {
     if (!platform::IsTerminal(platform::OutputStream::Error) || !IsOlderStore(file))
+    {
         return;
+    }
     std::fprintf(stderr, "upgrading store '%s'\n", OneLine(file).c_str());
     std::fflush(stderr);
 }

@@ -35,7 +35,9 @@ std::string TimeForPeople(const FILETIME& time, Zone zone)
 {
     std::string text = TimeForMachines(ShownTime(time, zone));
     if (text.compare(0, 2, "0x") == 0)
+    {
         return text;
+    }
     constexpr size_t wholeSeconds = 19;
     text.resize(wholeSeconds);
     text[10] = ' ';
@@ -46,9 +48,13 @@ std::string TimeWithZone(const FILETIME& time, Zone zone)
 {
     const std::string text = TimeForPeople(time, zone);
     if (text.compare(0, 2, "0x") == 0)
+    {
         return text;
+    }
     if (zone == Zone::Utc)
+    {
         return text + " UTC";
+    }
     const auto minutes = static_cast<int>((Ticks(ShownTime(time, zone)) - Ticks(time)) / TicksAMinute);
     char offset[16];
     std::snprintf(offset, sizeof offset, " %c%02d:%02d", minutes < 0 ? '-' : '+', std::abs(minutes) / 60,

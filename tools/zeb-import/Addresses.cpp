@@ -18,15 +18,25 @@ std::vector<std::string> Entries(const std::string& list)
     {
         const char character = list[i];
         if (character == '\\' && i + 1 < list.size())
+        {
             entries.back() += list[i++];
+        }
         else if (character == '"')
+        {
             quoted = !quoted;
+        }
         else if (!quoted && (character == '(' || character == '<'))
+        {
             ++depth;
+        }
         else if (!quoted && depth > 0 && (character == ')' || character == '>'))
+        {
             --depth;
+        }
         else if (!quoted && depth == 0 && (character == ':' || character == ';'))
+        {
             inGroup = character == ':';
+        }
         else if (!quoted && depth == 0 && !inGroup && character == ',')
         {
             entries.emplace_back();
@@ -68,13 +78,19 @@ std::vector<MailAddress> ParseAddresses(const std::string& value)
     {
         const std::string entry = Trimmed(text);
         if (entry.empty() || entry == ";")
+        {
             continue;
+        }
         const GRef<InternetAddressList> list(internet_address_list_parse(nullptr, entry.c_str()));
         if (list && internet_address_list_length(list.get()) > 0)
+        {
             Append(addresses, list.get());
+        }
         else if (!IsGroup(entry))
+        {
             addresses.push_back(
                 {GText(g_mime_utils_header_decode_phrase(nullptr, entry.c_str())).get(), std::string()});
+        }
     }
     return addresses;
 }

@@ -21,7 +21,9 @@ void AppendByte(std::string& text, unsigned char byte)
 {
     gunichar character = byte;
     if (byte >= 0x80 && byte <= 0x9F)
+    {
         character = Windows1252[byte - 0x80];
+    }
     if (character == 0)
     {
         text += Replacement;
@@ -39,12 +41,16 @@ public:
     {
         // A suffix such as "//IGNORE" would make iconv leave bytes out.
         if (charset.find('/') == std::string::npos)
+        {
             m_iconv = g_iconv_open("UTF-8", g_mime_charset_iconv_name(charset.c_str()));
+        }
     }
     ~Converter()
     {
         if (IsKnown())
+        {
             g_iconv_close(m_iconv);
+        }
     }
     Converter(const Converter&) = delete;
     Converter& operator=(const Converter&) = delete;
@@ -65,7 +71,9 @@ public:
             const bool stopped = code == static_cast<gsize>(-1) && errno != E2BIG;
             result.utf8.append(buffer, static_cast<size_t>(out - buffer));
             if (!stopped)
+            {
                 continue;
+            }
             AppendByte(result.utf8, static_cast<unsigned char>(*in));
             result.guessed = true;
             ++in;
@@ -92,21 +100,29 @@ DecodedText Decode(const std::string& bytes, const std::string& charset)
 {
     const Converter utf8("UTF-8");
     if (charset.empty())
+    {
         return utf8.Convert(bytes);
+    }
     const Converter named(charset);
     if (named.IsKnown())
     {
         DecodedText text = named.Convert(bytes);
         if (!text.guessed)
+        {
             return text;
+        }
         DecodedText other = utf8.Convert(bytes);
         if (!other.guessed)
+        {
             text.utf8 = std::move(other.utf8);
+        }
         return text;
     }
     DecodedText text = utf8.Convert(bytes);
     for (const char byte : bytes)
+    {
         text.guessed = text.guessed || static_cast<unsigned char>(byte) >= 0x80;
+    }
     return text;
 }
 
@@ -132,7 +148,9 @@ std::string WithCrLf(const std::string& text)
         }
         result += "\r\n";
         if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n')
+        {
             ++i;
+        }
     }
     return result;
 }
@@ -140,7 +158,9 @@ std::string WithCrLf(const std::string& text)
 std::string LowerCase(std::string text)
 {
     for (char& character : text)
+    {
         character = g_ascii_tolower(character);
+    }
     return text;
 }
 
@@ -148,8 +168,7 @@ std::string Trimmed(const std::string& text)
 {
     constexpr const char* space = " \t\r\n";
     const size_t first = text.find_first_not_of(space);
-    return first == std::string::npos ? std::string()
-                                      : text.substr(first, text.find_last_not_of(space) + 1 - first);
+    return first == std::string::npos ? std::string() : text.substr(first, text.find_last_not_of(space) + 1 - first);
 }
 
 } // namespace zeb::tools

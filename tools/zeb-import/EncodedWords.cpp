@@ -19,12 +19,18 @@ std::string Decoded(char encoding, std::string text)
 {
     const bool isQuoted = encoding == 'q' || encoding == 'Q';
     if (isQuoted)
+    {
         for (char& character : text)
+        {
             if (character == '_')
+            {
                 character = ' ';
+            }
+        }
+    }
     GMimeEncoding state;
-    g_mime_encoding_init_decode(&state, isQuoted ? GMIME_CONTENT_ENCODING_QUOTEDPRINTABLE
-                                                 : GMIME_CONTENT_ENCODING_BASE64);
+    g_mime_encoding_init_decode(&state,
+                                isQuoted ? GMIME_CONTENT_ENCODING_QUOTEDPRINTABLE : GMIME_CONTENT_ENCODING_BASE64);
     std::string bytes(g_mime_encoding_outlen(&state, text.size()) + 4, '\0');
     bytes.resize(g_mime_encoding_flush(&state, text.data(), text.size(), bytes.data()));
     return bytes;
@@ -36,15 +42,23 @@ bool ReadWord(const std::string& header, size_t begin, Word& word)
 {
     const size_t charsetEnd = header.find('?', begin + 2);
     if (charsetEnd == std::string::npos || charsetEnd + 2 >= header.size() || header[charsetEnd + 2] != '?')
+    {
         return false;
+    }
     const char encoding = header[charsetEnd + 1];
     if (std::string("bBqQ").find(encoding) == std::string::npos)
+    {
         return false;
+    }
     const size_t text = charsetEnd + 3, textEnd = header.find('?', text);
     if (textEnd == std::string::npos || header.compare(textEnd, 2, "?=") != 0)
+    {
         return false;
+    }
     if (header.find_first_of(" \t\r\n", begin) < textEnd)
+    {
         return false;
+    }
     const std::string charset = header.substr(begin + 2, charsetEnd - begin - 2);
     word.end = textEnd + 2;
     word.charset = LowerCase(charset.substr(0, charset.find('*')));
@@ -80,11 +94,12 @@ Sequence ReadSequence(const std::string& header, size_t begin)
         bytes.clear();
     };
     Word word;
-    for (size_t at = begin; at != std::string::npos && ReadWord(header, at, word);
-         at = NextWord(header, word.end))
+    for (size_t at = begin; at != std::string::npos && ReadWord(header, at, word); at = NextWord(header, word.end))
     {
         if (sequence.words++ > 0 && word.charset != charset)
+        {
             decode();
+        }
         charset = word.charset;
         bytes += word.bytes;
         sequence.end = word.end;

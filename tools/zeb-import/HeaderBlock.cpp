@@ -23,12 +23,18 @@ void MendBytes(std::string& header, Notes& notes)
 {
     bool plain = true;
     for (const char character : header)
+    {
         plain = plain && character > 0;
+    }
     if (plain)
+    {
         return;
+    }
     DecodedText text = DecodeText(header, "");
     if (text.guessed)
+    {
         notes.Add("bytes of no known character set in the headers");
+    }
     header = std::move(text.utf8);
 }
 
@@ -56,8 +62,8 @@ std::string BoundaryIn(const std::string& value)
 void MakePlainText(std::string& header)
 {
     const size_t colon = header.find(':'), parameters = header.find(';', colon);
-    header = header.substr(0, colon) + ": text/plain" +
-             (parameters == std::string::npos ? "\n" : header.substr(parameters));
+    header =
+        header.substr(0, colon) + ": text/plain" + (parameters == std::string::npos ? "\n" : header.substr(parameters));
 }
 
 } // namespace
@@ -65,29 +71,41 @@ void MakePlainText(std::string& header)
 void HeaderBlock::Add(const std::string& line, bool begins)
 {
     if (begins)
+    {
         m_headers.push_back(line);
+    }
     else
+    {
         m_headers.back() += line;
+    }
 }
 
-HeaderBlock::Kind HeaderBlock::MendType(std::string& header,
-                                        const std::function<bool(const std::string&)>& occurs, Notes& notes)
+HeaderBlock::Kind HeaderBlock::MendType(std::string& header, const std::function<bool(const std::string&)>& occurs,
+                                        Notes& notes)
 {
     const std::string value = ValueOf(header), type = TypeIn(value);
     if (!IsUsableType(type))
     {
         MakePlainText(header);
         if (type != "text")
+        {
             notes.Add("a part without a usable type is read as plain text");
+        }
         return Kind::Other;
     }
     if (type == "message/rfc822" || type == "message/global" || type == "message/news")
+    {
         return IsEncodedMessage() ? Kind::Other : Kind::Message;
+    }
     if (type.compare(0, 10, "multipart/") != 0)
+    {
         return Kind::Other;
+    }
     m_boundary = BoundaryIn(value);
     if (!m_boundary.empty() && occurs(m_boundary))
+    {
         return Kind::Other;
+    }
     m_boundary.clear();
     MakePlainText(header);
     notes.Add("a multipart without a usable boundary is read as plain text");
@@ -97,16 +115,17 @@ HeaderBlock::Kind HeaderBlock::MendType(std::string& header,
 bool HeaderBlock::IsEncodedMessage() const
 {
     for (const std::string& header : m_headers)
+    {
         if (NameOf(header) == "content-transfer-encoding")
         {
             const std::string encoding = LowerCase(ValueOf(header));
             return encoding == "base64" || encoding == "quoted-printable";
         }
+    }
     return false;
 }
 
-HeaderBlock::Kind HeaderBlock::Mend(const std::function<bool(const std::string& boundary)>& occurs,
-                                    Notes& notes)
+HeaderBlock::Kind HeaderBlock::Mend(const std::function<bool(const std::string& boundary)>& occurs, Notes& notes)
 {
     Kind kind = Kind::Other;
     bool typed = false;
@@ -114,14 +133,22 @@ HeaderBlock::Kind HeaderBlock::Mend(const std::function<bool(const std::string& 
     {
         MendBytes(header, notes);
         if (header.find("=?") != std::string::npos && MendEncodedWords(header))
+        {
             notes.Add("a header has bytes that its character set does not have");
+        }
         if (NameOf(header) != "content-type")
+        {
             continue;
+        }
         if (typed)
+        {
             // The parser takes the last one.
             header.insert(0, "X-Second-");
+        }
         else
+        {
             kind = MendType(header, occurs, notes);
+        }
         typed = true;
     }
     return kind;
@@ -131,7 +158,9 @@ std::string HeaderBlock::Text() const
 {
     std::string text;
     for (const std::string& header : m_headers)
+    {
         text += header;
+    }
     return text;
 }
 

@@ -52,38 +52,63 @@ public:
     void Begin(std::string_view name)
     {
         if (IsHidden(name))
+        {
             ++m_hidden;
+        }
         if (name == "br")
+        {
             NewLine();
+        }
         else if (name == "td" || name == "th")
+        {
             Separate();
+        }
         else if (IsBlock(name))
+        {
             Break(IsApart(name) ? 2 : 1);
+        }
         if (name == "pre")
+        {
             ++m_preformatted;
+        }
         if (name == "li")
+        {
             Append("* ");
+        }
     }
 
     void End(std::string_view name)
     {
         if (IsHidden(name) && m_hidden > 0)
+        {
             --m_hidden;
+        }
         if (name == "pre" && m_preformatted > 0)
+        {
             --m_preformatted;
+        }
         if (IsBlock(name))
+        {
             Break(IsApart(name) ? 2 : 1);
+        }
     }
 
     void Characters(std::string_view text)
     {
         if (m_hidden > 0)
+        {
             return;
+        }
         for (size_t i = 0; i < text.size(); ++i)
+        {
             if (text[i] == '\n' && m_preformatted > 0)
+            {
                 NewLine();
+            }
             else if (IsSpace(text[i]) && m_preformatted == 0)
+            {
                 m_space = true;
+            }
             else if (text.compare(i, 2, "\xC2\xA0") == 0)
             {
                 // A space that does not break is text.
@@ -91,15 +116,22 @@ public:
                 ++i;
             }
             else if (text[i] != '\r')
+            {
                 Append(text.substr(i, 1));
+            }
+        }
     }
 
     std::string Take()
     {
         while (!m_text.empty() && (m_text.back() == '\n' || m_text.back() == ' '))
+        {
             m_text.pop_back();
+        }
         if (!m_text.empty())
+        {
             m_text += '\n';
+        }
         return std::move(m_text);
     }
 
@@ -112,11 +144,15 @@ private:
     void Append(std::string_view text)
     {
         if (m_hidden > 0)
+        {
             return;
+        }
         m_text.append(m_lines, '\n');
         m_lines = 0;
         if (m_space && !m_text.empty() && m_text.back() != '\n')
+        {
             m_text += ' ';
+        }
         m_space = false;
         m_text += text;
     }
@@ -124,11 +160,15 @@ private:
     void NewLine()
     {
         if (m_hidden > 0)
+        {
             return;
+        }
         m_text.append(m_lines, '\n');
         m_lines = 0;
         if (!m_text.empty())
+        {
             m_text += '\n';
+        }
         m_space = false;
     }
 
@@ -137,19 +177,27 @@ private:
     {
         m_space = false;
         if (m_text.empty() || m_hidden > 0)
+        {
             return;
+        }
         size_t have = 0;
         while (have < m_text.size() && m_text[m_text.size() - 1 - have] == '\n')
+        {
             ++have;
+        }
         if (lines > have + m_lines)
+        {
             m_lines = lines - have;
+        }
     }
 
     /// Between the cells of a row.
     void Separate()
     {
         if (m_lines == 0 && !m_text.empty() && m_text.back() != '\n')
+        {
             m_space = true;
+        }
     }
 
     std::string m_text;
@@ -191,10 +239,11 @@ std::string TextOfHtml(const std::string& html)
     handler.characters = OnCharacters;
     handler.ignorableWhitespace = OnCharacters;
     handler.cdataBlock = OnCharacters;
-    const std::unique_ptr<htmlParserCtxt, void (*)(htmlParserCtxtPtr)> parser(htmlNewParserCtxt(),
-                                                                              htmlFreeParserCtxt);
+    const std::unique_ptr<htmlParserCtxt, void (*)(htmlParserCtxtPtr)> parser(htmlNewParserCtxt(), htmlFreeParserCtxt);
     if (!parser)
+    {
         throw std::bad_alloc();
+    }
     *parser->sax = handler;
     parser->sax->serror = OnError;
     parser->userData = &page;
@@ -203,7 +252,9 @@ std::string TextOfHtml(const std::string& html)
         htmlCtxtReadMemory(parser.get(), html.data(), static_cast<int>(size), nullptr, "UTF-8",
                            HTML_PARSE_RECOVER | HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING | HTML_PARSE_NONET);
     if (document)
+    {
         xmlFreeDoc(document);
+    }
     return page.Take();
 }
 

@@ -14,7 +14,9 @@ namespace
 void HeedInterrupt()
 {
     if (platform::Interrupted())
+    {
         throw Interruption();
+    }
 }
 
 bool SamePath(const FolderPath& a, const FolderPath& b)
@@ -46,18 +48,19 @@ FolderPath Importer::TargetOf(const FolderPath& source) const
     // The nearest folder above (or the folder itself) that becomes the inbox decides.
     for (FolderPath above = source;; above.names.pop_back())
     {
-        const bool isInbox = std::any_of(m_inbox.begin(), m_inbox.end(),
-                                         [&](const FolderPath& path) { return SamePath(path, above); });
+        const bool isInbox =
+            std::any_of(m_inbox.begin(), m_inbox.end(), [&](const FolderPath& path) { return SamePath(path, above); });
         if (isInbox)
         {
             FolderPath target = m_inboxTarget;
-            target.names.insert(target.names.end(),
-                                source.names.begin() + static_cast<long>(above.names.size()),
+            target.names.insert(target.names.end(), source.names.begin() + static_cast<long>(above.names.size()),
                                 source.names.end());
             return target;
         }
         if (above.names.empty())
+        {
             return source;
+        }
     }
 }
 
@@ -69,11 +72,8 @@ void Importer::AddFolder(const FolderPath& source, Properties properties)
         const FolderPath target = TargetOf(source);
         CZebFolder& folder = m_tree.Open(target);
         // The folder has its name already: that of the file, or the store's own for its inbox and its top.
-        properties.erase(std::remove_if(properties.begin(), properties.end(),
-                                        [](const Property& property) {
-                                            return !property.name &&
-                                                   PROP_ID(property.tag) == PROP_ID(PR_DISPLAY_NAME);
-                                        }),
+        properties.erase(std::remove_if(properties.begin(), properties.end(), [](const Property& property)
+        { return !property.name && PROP_ID(property.tag) == PROP_ID(PR_DISPLAY_NAME); }),
                          properties.end());
         // Where several folders become one, it is like the first of them.
         if (!properties.empty() && m_described.insert(target.Text()).second)
@@ -118,7 +118,9 @@ void Importer::ReportRefusals(const std::string& item, const std::vector<Refusal
     for (const Refusal& refusal : refusals)
     {
         if (IsAnsweredByStore(refusal))
+        {
             continue;
+        }
         const char* name = Zeb_NameFromValue("MAPIErrors", static_cast<ULONG>(refusal.code), nullptr);
         Skip(item, "the store refuses " + refusal.property + (name ? " (" + std::string(name) + ")" : ""));
     }
@@ -127,11 +129,15 @@ void Importer::ReportRefusals(const std::string& item, const std::vector<Refusal
 void Importer::ReportNotes(const std::string& item, const Notes& notes)
 {
     if (notes.Texts().empty())
+    {
         return;
+    }
     ++m_repaired;
     std::string all;
     for (const std::string& text : notes.Texts())
+    {
         all += (all.empty() ? "" : "; ") + text;
+    }
     Report(item, "repaired: " + all);
 }
 

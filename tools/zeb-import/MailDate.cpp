@@ -25,12 +25,18 @@ int64_t MakeReadable(std::string& date)
         yearAtEnd("^([^0-9]*[0-9]{1,2} +[0-9]{1,2}:[0-9]{2}(?::[0-9]{2})?(?: +[A-Z]{1,5})? +)([0-9]{4})$");
     std::smatch match;
     if (!std::regex_search(date, match, dayMonthYear) && !std::regex_search(date, match, yearAtEnd))
+    {
         return 0;
+    }
     int year = std::stoi(match[2].str());
     if (match.length(2) == 2)
+    {
         year += year < 50 ? 2000 : 1900;
+    }
     else if (match.length(2) == 3)
+    {
         year += 1900;
+    }
     const bool early = year < 1970 && year >= 1600;
     date = match[1].str() + std::to_string(early ? year + CycleYears : year) + match.suffix().str();
     return early ? CycleSeconds : 0;
@@ -41,15 +47,21 @@ int64_t MakeReadable(std::string& date)
 std::optional<int64_t> MomentOf(const std::string& text)
 {
     if (text.size() > LongestDate)
+    {
         return std::nullopt;
+    }
     std::string date = text;
     const int64_t later = MakeReadable(date);
     std::unique_ptr<GDateTime, void (*)(GDateTime*)> time(g_mime_utils_header_decode_date(date.c_str()),
                                                           g_date_time_unref);
     if (!time)
+    {
         time.reset(g_date_time_new_from_iso8601(text.c_str(), nullptr));
+    }
     if (!time)
+    {
         return std::nullopt;
+    }
     const int64_t ticks = (g_date_time_to_unix(time.get()) - later) * UnitsPerSecond + EpochAsFileTime;
     return ticks > 0 ? std::optional<int64_t>(ticks) : std::nullopt;
 }

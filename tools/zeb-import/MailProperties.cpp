@@ -18,8 +18,7 @@ void AddBytes(Properties& properties, ULONG tag, std::string bytes)
 void AddText(Properties& properties, ULONG tag, const std::string& text)
 {
     const platform::WideString wide = platform::WideFromUtf8(text.data(), text.size());
-    AddBytes(properties, tag,
-             std::string(reinterpret_cast<const char*>(wide.data()), wide.size() * sizeof(WCHAR)));
+    AddBytes(properties, tag, std::string(reinterpret_cast<const char*>(wide.data()), wide.size() * sizeof(WCHAR)));
 }
 
 std::string Utf8Of(const Property& property)

@@ -22,7 +22,9 @@ std::optional<MailState> StateInHeaders(const std::string& status, const std::st
 {
     const std::string flags = (AreFlags(status) ? status : "") + (AreFlags(otherStatus) ? otherStatus : "");
     if (flags.empty())
+    {
         return std::nullopt;
+    }
     MailState state;
     state.read = Has(flags, 'R');
     state.answered = Has(flags, 'A');

@@ -30,7 +30,9 @@ void Unquote(std::string& line)
 {
     const size_t from = line.find_first_not_of('>');
     if (from != std::string::npos && from > 0 && line.compare(from, 5, "From ") == 0)
+    {
         line.erase(0, 1);
+    }
 }
 
 /// The empty line before a separator is the file's, not the message's.
@@ -55,12 +57,15 @@ std::optional<uint64_t> ContentLength(const std::string& headers)
     const std::string text = "\n" + LowerCase(headers);
     const size_t found = text.find(name);
     if (found == std::string::npos)
+    {
         return std::nullopt;
+    }
     const size_t begin = found + std::char_traits<char>::length(name);
     const std::string number = Trimmed(text.substr(begin, text.find('\n', begin) - begin));
-    if (number.empty() || number.size() > mostDigits ||
-        number.find_first_not_of("0123456789") != std::string::npos)
+    if (number.empty() || number.size() > mostDigits || number.find_first_not_of("0123456789") != std::string::npos)
+    {
         return std::nullopt;
+    }
     return std::stoull(number);
 }
 
@@ -89,7 +94,9 @@ std::string Unquoted(const std::string& body)
 bool IsSeparator(const std::string& text)
 {
     if (!IsFrom(text) || text.size() > LongestSeparator)
+    {
         return false;
+    }
     static const std::regex date(
         "(?:^|[ ,])"
         "(?:(?:Jan|Feb|Mar|Apr|May|Jun|Jul|Aug|Sep|Oct|Nov|Dec) +[0-9]{1,2} "
@@ -107,11 +114,15 @@ MboxReader::MboxReader(const std::string& file)
     const std::filesystem::path path = std::filesystem::u8path(file);
     std::error_code failure;
     if (!std::filesystem::is_regular_file(path, failure))
+    {
         throw ToolError("'" + file + "' is no file");
+    }
     m_size = std::filesystem::file_size(path, failure);
     m_stream.open(path, std::ios::binary);
     if (failure || !m_stream)
+    {
         throw ToolError("'" + file + "' cannot be read");
+    }
     SkipToFirst();
 }
 
@@ -122,7 +133,9 @@ void MboxReader::SkipToFirst()
     while (ReadLine(line))
     {
         if (first && line.compare(0, 3, "\xEF\xBB\xBF") == 0)
+        {
             line.erase(0, 3);
+        }
         first = false;
         if (IsFrom(line))
         {
@@ -130,7 +143,9 @@ void MboxReader::SkipToFirst()
             return;
         }
         if (!IsBlank(line))
+        {
             break;
+        }
     }
     throw ToolError("'" + m_file + "' is no mbox file: it does not begin with \"From \"");
 }
@@ -140,11 +155,15 @@ bool MboxReader::ReadLine(std::string& line)
     if (!std::getline(m_stream, line))
     {
         if (m_stream.bad())
+        {
             throw ToolError("'" + m_file + "' cannot be read");
+        }
         return false;
     }
     if (!m_stream.eof())
+    {
         line += '\n';
+    }
     m_offset += line.size();
     return true;
 }
@@ -152,14 +171,18 @@ bool MboxReader::ReadLine(std::string& line)
 bool MboxReader::Next(MboxMessage& message)
 {
     if (!m_separator)
+    {
         return false;
+    }
     message.number = ++m_number;
     message.offset = *m_separator;
     message.bytes.clear();
     m_separator.reset();
     ReadHeaders(message);
     if (ReadCountedBody(message))
+    {
         return true;
+    }
     ReadBody(message);
     DropLastEmptyLine(message.bytes);
     return true;
@@ -181,7 +204,9 @@ void MboxReader::ReadHeaders(MboxMessage& message)
         }
         message.bytes += line;
         if (IsBlank(line))
+        {
             return;
+        }
     }
 }
 
@@ -190,7 +215,9 @@ bool MboxReader::ReadCountedBody(MboxMessage& message)
     const std::optional<uint64_t> length = ContentLength(message.bytes);
     const bool separated = m_firstOfBody.empty();
     if (!length || !separated || *length > m_size - m_offset || !EndsAt(m_offset + *length))
+    {
         return false;
+    }
     std::string body(static_cast<size_t>(*length), '\0');
     m_stream.clear();
     m_stream.seekg(static_cast<std::streamoff>(m_offset));
@@ -209,7 +236,9 @@ bool MboxReader::ReadCountedBody(MboxMessage& message)
         emptyLine = true;
     }
     if (!emptyLine)
+    {
         DropLastEmptyLine(message.bytes);
+    }
     return true;
 }
 
@@ -222,7 +251,9 @@ bool MboxReader::EndsAt(uint64_t offset)
     std::string line;
     bool isEnd = !ReadLine(line) || IsSeparator(line);
     if (!isEnd && IsBlank(line))
+    {
         isEnd = !ReadLine(line) || IsSeparator(line);
+    }
     m_offset = here;
     m_stream.clear();
     m_stream.seekg(static_cast<std::streamoff>(here));
@@ -234,7 +265,9 @@ void MboxReader::ReadBody(MboxMessage& message)
     std::string line = m_firstOfBody;
     bool afterBlank = m_firstOfBody.empty();
     if (!line.empty())
+    {
         message.bytes += line;
+    }
     while (ReadLine(line))
     {
         if (afterBlank && IsSeparator(line))

@@ -45,13 +45,19 @@ public:
             const size_t end = m_bytes.find('\n', m_at);
             const size_t next = end == std::string::npos ? m_bytes.size() : end + 1;
             if (m_inHeaders)
+            {
                 HeaderLine(m_bytes.substr(m_at, next - m_at), next);
+            }
             else
+            {
                 BodyLine(m_at, next);
+            }
             m_at = next;
         }
         if (m_inHeaders)
+        {
             EndHeaders(m_bytes.size());
+        }
         return std::move(m_out);
     }
 
@@ -66,10 +72,14 @@ private:
     Boundary BoundaryOf(size_t from, size_t to) const
     {
         if (m_boundaries.empty() || m_bytes.compare(from, 2, "--") != 0)
+        {
             return Boundary::None;
+        }
         const std::string line = m_bytes.substr(from, m_bytes.find_last_not_of(" \t\r\n", to - 1) + 1 - from);
         if (m_boundaries.count(line) != 0)
+        {
             return Boundary::Part;
+        }
         const bool isEnd = line.size() > 4 && line.compare(line.size() - 2, 2, "--") == 0 &&
                            m_boundaries.count(line.substr(0, line.size() - 2)) != 0;
         return isEnd ? Boundary::End : Boundary::None;
@@ -98,7 +108,9 @@ private:
             return;
         }
         if (first && IsEnvelopeLine(line))
+        {
             return;
+        }
         m_notes.Add("the empty line after the headers is missing");
         EndHeaders(m_at);
         m_out += "\n" + line;
@@ -113,7 +125,9 @@ private:
             m_block.Mend([&](const std::string& boundary) { return Occurs(boundary, body); }, m_notes);
         m_out += m_block.Text();
         if (!m_block.Boundary().empty())
+        {
             m_boundaries.insert("--" + m_block.Boundary());
+        }
         m_block = HeaderBlock();
         return kind == HeaderBlock::Kind::Message;
     }
@@ -123,8 +137,12 @@ private:
     {
         const std::string mark = "--" + boundary;
         for (size_t at = from; (at = m_bytes.find(mark, at)) != std::string::npos; at += mark.size())
+        {
             if ((at == 0 || m_bytes[at - 1] == '\n') && m_bytes.compare(at + mark.size(), 2, "--") != 0)
+            {
                 return true;
+            }
+        }
         return false;
     }
 
@@ -147,10 +165,14 @@ private:
 void TakeByteOrderMark(std::string& bytes)
 {
     if (bytes.compare(0, 3, "\xEF\xBB\xBF") == 0)
+    {
         bytes.erase(0, 3);
+    }
     const bool little = bytes.compare(0, 2, "\xFF\xFE") == 0, big = bytes.compare(0, 2, "\xFE\xFF") == 0;
     if (!little && !big)
+    {
         return;
+    }
     platform::WideString wide;
     for (size_t i = 2; i + 1 < bytes.size(); i += 2)
     {
@@ -165,7 +187,9 @@ void TakeByteOrderMark(std::string& bytes)
 void MendLineEnds(std::string& bytes)
 {
     if (bytes.find('\n') == std::string::npos)
+    {
         std::replace(bytes.begin(), bytes.end(), '\r', '\n');
+    }
 }
 
 std::string FirstLine(const std::string& bytes)
@@ -188,7 +212,9 @@ std::string HeadersOf(const std::string& bytes)
         const size_t end = bytes.find('\n', at);
         const std::string line = bytes.substr(at, end == std::string::npos ? end : end + 1 - at);
         if (IsBlank(line) || !(IsHeaderLine(line) || IsContinuation(line)))
+        {
             break;
+        }
         at += line.size();
     }
     return bytes.substr(0, at);
@@ -200,10 +226,14 @@ bool IsHeaderLine(const std::string& line)
 {
     size_t colon = 0;
     while (colon < line.size() && line[colon] > ' ' && line[colon] < 0x7F && line[colon] != ':')
+    {
         ++colon;
+    }
     const size_t name = colon;
     while (colon < line.size() && (line[colon] == ' ' || line[colon] == '\t'))
+    {
         ++colon;
+    }
     return name > 0 && colon < line.size() && line[colon] == ':';
 }
 
@@ -212,11 +242,17 @@ MessageText MendMessage(std::string bytes, Notes& notes)
     TakeByteOrderMark(bytes);
     MendLineEnds(bytes);
     while (!bytes.empty() && Trimmed(FirstLine(bytes)).empty())
+    {
         DropFirstLine(bytes);
+    }
     while (IsEnvelopeLine(bytes))
+    {
         DropFirstLine(bytes);
+    }
     if (!IsHeaderLine(FirstLine(bytes)))
+    {
         throw ToolError("it is no mail message");
+    }
     MessageText result;
     result.headers = HeadersOf(bytes);
     result.text = Mender(bytes, notes).Run();

@@ -33,7 +33,9 @@ public:
         {
             GMimeHeader* header = g_mime_header_list_get_header_at(m_list, i);
             if (g_ascii_strcasecmp(g_mime_header_get_name(header), name) != 0)
+            {
                 continue;
+            }
             const char* raw = g_mime_header_get_raw_value(header);
             const GText value(g_mime_utils_header_unfold(raw ? raw : ""));
             values.push_back(Trimmed(value.get()));
@@ -68,7 +70,9 @@ void AddPerson(Properties& properties, const AddressTags& tags, const MailAddres
 {
     AddText(properties, tags.name, person.name);
     if (person.address.empty())
+    {
         return;
+    }
     AddText(properties, tags.type, "SMTP");
     AddText(properties, tags.address, person.address);
 }
@@ -78,19 +82,24 @@ void AddAuthor(Properties& properties, const Headers& headers)
     const std::vector<MailAddress> from = ParseAddresses(headers.FirstOr("From", ""));
     const std::vector<MailAddress> sender = ParseAddresses(headers.FirstOr("Sender", ""));
     if (!from.empty())
+    {
         AddPerson(properties,
-                  {PR_SENT_REPRESENTING_NAME_W, PR_SENT_REPRESENTING_ADDRTYPE_W,
-                   PR_SENT_REPRESENTING_EMAIL_ADDRESS_W},
+                  {PR_SENT_REPRESENTING_NAME_W, PR_SENT_REPRESENTING_ADDRTYPE_W, PR_SENT_REPRESENTING_EMAIL_ADDRESS_W},
                   from.front());
+    }
     if (!sender.empty() || !from.empty())
+    {
         AddPerson(properties, {PR_SENDER_NAME_W, PR_SENDER_ADDRTYPE_W, PR_SENDER_EMAIL_ADDRESS_W},
                   sender.empty() ? from.front() : sender.front());
+    }
 }
 
 void AppendNumber(std::string& bytes, ULONG number)
 {
     for (int shift = 0; shift < 32; shift += 8)
+    {
         bytes += static_cast<char>(number >> shift & 0xFF);
+    }
 }
 
 /// A one-off entry identifier: flags, the identifier of such ones, version 0, Unicode without rich text, then
@@ -123,7 +132,9 @@ void AddReplyTo(Properties& properties, const Headers& headers)
         ++count;
     }
     if (count == 0)
+    {
         return;
+    }
     std::string list;
     AppendNumber(list, count);
     AppendNumber(list, static_cast<ULONG>(entries.size()));
@@ -145,11 +156,17 @@ void AddDates(Properties& properties, const Headers& headers, Notes& notes)
     const std::optional<int64_t> sent = MomentOf(date.value_or(""));
     const std::optional<int64_t> arrived = ArrivalOf(headers);
     if (date && !sent)
+    {
         notes.Add("'" + *date + "' is no date");
+    }
     if (sent)
+    {
         AddTime(properties, PR_CLIENT_SUBMIT_TIME, *sent);
+    }
     if (arrived || sent)
+    {
         AddTime(properties, PR_MESSAGE_DELIVERY_TIME, arrived ? *arrived : *sent);
+    }
 }
 
 void AddRank(Properties& properties, const Headers& headers)
@@ -158,45 +175,72 @@ void AddRank(Properties& properties, const Headers& headers)
         LowerCase(headers.FirstOr("Importance", headers.FirstOr("X-MSMail-Priority", "").c_str()));
     const char number = headers.FirstOr("X-Priority", " ").append(" ")[0];
     if (importance == "high" || (importance.empty() && (number == '1' || number == '2')))
+    {
         AddLong(properties, PR_IMPORTANCE, IMPORTANCE_HIGH);
+    }
     else if (importance == "low" || (importance.empty() && (number == '4' || number == '5')))
+    {
         AddLong(properties, PR_IMPORTANCE, IMPORTANCE_LOW);
+    }
     else if (importance == "normal" || number == '3')
+    {
         AddLong(properties, PR_IMPORTANCE, IMPORTANCE_NORMAL);
+    }
     const std::string priority = LowerCase(headers.FirstOr("Priority", ""));
     if (priority == "urgent")
+    {
         AddLong(properties, PR_PRIORITY, PRIO_URGENT);
+    }
     else if (priority == "non-urgent")
+    {
         AddLong(properties, PR_PRIORITY, PRIO_NONURGENT);
+    }
     else if (priority == "normal")
+    {
         AddLong(properties, PR_PRIORITY, PRIO_NORMAL);
+    }
     const std::string sensitivity = LowerCase(headers.FirstOr("Sensitivity", ""));
     if (sensitivity == "personal")
+    {
         AddLong(properties, PR_SENSITIVITY, SENSITIVITY_PERSONAL);
+    }
     else if (sensitivity == "private")
+    {
         AddLong(properties, PR_SENSITIVITY, SENSITIVITY_PRIVATE);
+    }
     else if (sensitivity == "company-confidential")
+    {
         AddLong(properties, PR_SENSITIVITY, SENSITIVITY_COMPANY_CONFIDENTIAL);
+    }
 }
 
 void AddState(Properties& properties, const MailState& state)
 {
-    AddLong(properties, PR_MESSAGE_FLAGS,
-            (state.read ? MSGFLAG_READ : 0) | (state.draft ? MSGFLAG_UNSENT : 0));
+    AddLong(properties, PR_MESSAGE_FLAGS, (state.read ? MSGFLAG_READ : 0) | (state.draft ? MSGFLAG_UNSENT : 0));
     if (state.answered)
+    {
         AddLong(properties, TagLastVerb, VerbReply);
+    }
     if (state.flagged)
+    {
         AddLong(properties, TagFlagStatus, FlagMarked);
+    }
 }
 
 void AddIdentifiers(Properties& properties, const Headers& headers)
 {
     if (const auto id = headers.First("Message-ID"))
+    {
         AddText(properties, TagInternetMessageId, Decoded(*id));
+    }
     if (const auto id = headers.First("In-Reply-To"))
+    {
         AddText(properties, TagInReplyTo, Decoded(*id));
+    }
     if (const auto ids = headers.First("References"))
+    {
         AddText(properties, TagReferences, Decoded(*ids));
+    }
 }
 
 void AddHeaderText(Properties& properties, GMimeMessage* message, const std::string& headers)
@@ -208,21 +252,27 @@ void AddHeaderText(Properties& properties, GMimeMessage* message, const std::str
         text = known ? known.get() : "";
     }
     if (!text.empty())
+    {
         AddText(properties, TagTransportHeaders, WithCrLf(DecodeText(text, "").utf8));
+    }
 }
 
 void AddRecipients(std::vector<Properties>& recipients, const Headers& headers, const char* name, LONG type)
 {
     for (const std::string& value : headers.All(name))
+    {
         for (const MailAddress& person : ParseAddresses(value))
         {
             Properties recipient;
             AddLong(recipient, PR_RECIPIENT_TYPE, type);
             AddPerson(recipient, {PR_DISPLAY_NAME_W, PR_ADDRTYPE_W, PR_EMAIL_ADDRESS_W}, person);
             if (!person.address.empty())
+            {
                 AddText(recipient, TagSmtpAddress, person.address);
+            }
             recipients.push_back(std::move(recipient));
         }
+    }
 }
 
 } // namespace

@@ -16,10 +16,9 @@ namespace
 constexpr LONG Utf8CodePage = 65001;
 constexpr int DeepestMessage = 32;
 
-MessageContent ContentOfBytes(std::string bytes, const std::optional<MailState>& state, int depth,
-                              Notes& notes);
-MessageContent ContentOf(GMimeMessage* message, const std::string& headers,
-                         const std::optional<MailState>& state, int depth, Notes& notes);
+MessageContent ContentOfBytes(std::string bytes, const std::optional<MailState>& state, int depth, Notes& notes);
+MessageContent ContentOf(GMimeMessage* message, const std::string& headers, const std::optional<MailState>& state,
+                         int depth, Notes& notes);
 
 /// Collects the parts of one message.
 class PartReader
@@ -37,30 +36,43 @@ public:
         m_text = TextPartsOf(root);
         ReadPart(root);
         if (m_text.plain)
+        {
             AddBody(TextOf(m_text.plain, m_notes));
+        }
         if (m_text.html)
+        {
             AddHtml(TextOf(m_text.html, m_notes));
+        }
     }
 
 private:
     void ReadPart(GMimeObject* part)
     {
         if (GMIME_IS_MULTIPART(part))
+        {
             ReadMultipart(GMIME_MULTIPART(part));
+        }
         else if (GMIME_IS_MESSAGE_PART(part))
+        {
             AddMessage(GMIME_MESSAGE_PART(part));
-        else if (GMIME_IS_PART(part) && part != GMIME_OBJECT(m_text.plain) &&
-                 part != GMIME_OBJECT(m_text.html))
+        }
+        else if (GMIME_IS_PART(part) && part != GMIME_OBJECT(m_text.plain) && part != GMIME_OBJECT(m_text.html))
+        {
             ReadLeaf(GMIME_PART(part));
+        }
     }
 
     void ReadMultipart(GMimeMultipart* part)
     {
         const int count = g_mime_multipart_get_count(part);
         for (int i = 0; i < count; ++i)
+        {
             ReadPart(g_mime_multipart_get_part(part, i));
+        }
         if (count == 0)
+        {
             AddStray(g_mime_multipart_get_prologue(part), "a multipart has no parts: its text is kept");
+        }
         AddStray(g_mime_multipart_get_epilogue(part), "text after the last part is kept as an attachment");
     }
 
@@ -68,10 +80,14 @@ private:
     void AddStray(const char* text, const std::string& note)
     {
         if (!text || Trimmed(text).empty())
+        {
             return;
+        }
         m_notes.Add(note);
         if (!m_text.plain && !m_text.html && !m_hasBody)
+        {
             return AddBody(DecodeText(text, "").utf8);
+        }
         AttachmentContent& attachment = NewAttachment(ATTACH_BY_VALUE);
         AddText(attachment.properties, TagAttachMimeType, "text/plain");
         AddBytes(attachment.properties, PR_ATTACH_DATA_BIN, text);
@@ -87,7 +103,9 @@ private:
     void AddHtml(const std::string& html)
     {
         if (!m_hasBody)
+        {
             AddBody(TextOfHtml(html));
+        }
         AddBytes(m_content.properties, TagHtml, html);
         AddLong(m_content.properties, TagCodePage, Utf8CodePage);
     }
@@ -109,32 +127,41 @@ private:
             AddText(properties, PR_ATTACH_FILENAME_W, name);
         }
         if (!name.empty() || !shown.empty())
+        {
             AddText(properties, PR_DISPLAY_NAME_W, shown.empty() ? name : shown);
+        }
         if (const char* id = g_mime_object_get_content_id(part))
+        {
             AddText(properties, TagAttachContentId, id);
+        }
     }
 
     void ReadLeaf(GMimePart* part)
     {
         std::string bytes = DecodedBytes(part, m_notes);
-        const GText type(
-            g_mime_content_type_get_mime_type(g_mime_object_get_content_type(GMIME_OBJECT(part))));
+        const GText type(g_mime_content_type_get_mime_type(g_mime_object_get_content_type(GMIME_OBJECT(part))));
         const std::string typeName = LowerCase(type ? type.get() : "");
         // With a transfer encoding, which such a part should not have, it is not parsed.
         const bool isMessage = typeName == "message/rfc822" || typeName == "message/global";
         if (isMessage && IsHeaderLine(bytes.substr(0, bytes.find('\n'))))
+        {
             return Embed(GMIME_OBJECT(part), ContentOfBytes(bytes, std::nullopt, m_depth + 1, m_notes));
+        }
         AttachmentContent& attachment = NewAttachment(ATTACH_BY_VALUE);
         AddNames(attachment.properties, GMIME_OBJECT(part), std::string());
         if (type)
+        {
             AddText(attachment.properties, TagAttachMimeType, type.get());
+        }
         AddBytes(attachment.properties, PR_ATTACH_DATA_BIN, std::move(bytes));
     }
 
     void AddMessage(GMimeMessagePart* part)
     {
         if (GMimeMessage* message = g_mime_message_part_get_message(part))
+        {
             return Embed(GMIME_OBJECT(part), ContentOf(message, "", std::nullopt, m_depth + 1, m_notes));
+        }
         m_notes.Add("an attached message is empty");
         AttachmentContent& attachment = NewAttachment(ATTACH_BY_VALUE);
         AddNames(attachment.properties, GMIME_OBJECT(part), std::string());
@@ -152,8 +179,12 @@ private:
     static std::string SubjectOf(const MessageContent& content)
     {
         for (const Property& property : content.properties)
+        {
             if (property.tag == PR_SUBJECT_W)
+            {
                 return Utf8Of(property);
+            }
+        }
         return {};
     }
 
@@ -164,28 +195,32 @@ private:
     bool m_hasBody = false;
 };
 
-MessageContent ContentOf(GMimeMessage* message, const std::string& headers,
-                         const std::optional<MailState>& state, int depth, Notes& notes)
+MessageContent ContentOf(GMimeMessage* message, const std::string& headers, const std::optional<MailState>& state,
+                         int depth, Notes& notes)
 {
     if (depth > DeepestMessage)
-        throw ToolError("messages are embedded in each other more than " + std::to_string(DeepestMessage) +
-                        " deep");
+    {
+        throw ToolError("messages are embedded in each other more than " + std::to_string(DeepestMessage) + " deep");
+    }
     MessageContent content;
     AddEnvelope(content, message, headers, state, notes);
     if (GMimeObject* root = g_mime_message_get_mime_part(message))
+    {
         PartReader(content, depth, notes).Read(root);
+    }
     return content;
 }
 
-MessageContent ContentOfBytes(std::string bytes, const std::optional<MailState>& state, int depth,
-                              Notes& notes)
+MessageContent ContentOfBytes(std::string bytes, const std::optional<MailState>& state, int depth, Notes& notes)
 {
     const MessageText mail = MendMessage(std::move(bytes), notes);
     const GRef<GMimeStream> stream(g_mime_stream_mem_new_with_buffer(mail.text.data(), mail.text.size()));
     const GRef<GMimeParser> parser(g_mime_parser_new_with_stream(stream.get()));
     const GRef<GMimeMessage> message(g_mime_parser_construct_message(parser.get(), nullptr));
     if (!message)
+    {
         throw ToolError("it is no mail message");
+    }
     return ContentOf(message.get(), mail.headers, state, depth, notes);
 }
 

@@ -24,17 +24,24 @@ void FindIn(GMimeObject* part, bool isRoot, TextParts& text)
         {
             FindIn(g_mime_multipart_get_part(GMIME_MULTIPART(part), i), false, text);
             if (!alternative && (text.plain || text.html))
+            {
                 return;
+            }
         }
         return;
     }
-    if (!GMIME_IS_PART(part) || g_mime_part_is_attachment(GMIME_PART(part)) ||
-        (!isRoot && !FileNameOf(part).empty()))
+    if (!GMIME_IS_PART(part) || g_mime_part_is_attachment(GMIME_PART(part)) || (!isRoot && !FileNameOf(part).empty()))
+    {
         return;
+    }
     if (!text.plain && IsType(part, "text", "plain"))
+    {
         text.plain = GMIME_PART(part);
+    }
     else if (!text.html && IsType(part, "text", "html"))
+    {
         text.html = GMIME_PART(part);
+    }
 }
 
 std::string BytesIn(GMimeStream* stream)
@@ -69,7 +76,9 @@ size_t EndOfBase64(const std::string& text)
         const std::string words = Trimmed(text.substr(line, next - line));
         const bool isBase64 = std::all_of(words.begin(), words.end(), IsBase64Character);
         if (!isBase64 || (padded && words.find_first_of(" \t") != std::string::npos))
+        {
             return line;
+        }
         padded = padded || (!words.empty() && words.back() == '=');
         line = next;
     }
@@ -97,10 +106,11 @@ std::string CharsetInPage(const std::string& html)
     const std::string head = LowerCase(html.substr(0, beginning));
     const size_t found = head.find("charset=");
     if (found == std::string::npos || head.rfind("<meta", found) == std::string::npos)
+    {
         return {};
+    }
     const size_t name = head.find_first_not_of("\"' ", found + 8);
-    return name == std::string::npos ? std::string()
-                                     : head.substr(name, head.find_first_of("\"' ;/>", name) - name);
+    return name == std::string::npos ? std::string() : head.substr(name, head.find_first_of("\"' ;/>", name) - name);
 }
 
 } // namespace
@@ -109,7 +119,9 @@ TextParts TextPartsOf(GMimeObject* root)
 {
     TextParts text;
     if (root)
+    {
         FindIn(root, true, text);
+    }
     return text;
 }
 
@@ -117,12 +129,18 @@ std::string DecodedBytes(GMimePart* part, Notes& notes)
 {
     GMimeDataWrapper* content = g_mime_part_get_content(part);
     if (!content)
+    {
         return {};
+    }
     if (IsBase64(part) && EndOfBase64(EncodedBytes(content)) != std::string::npos)
+    {
         notes.Add("an attachment has characters that are not base64, which were left out");
+    }
     const GRef<GMimeStream> stream(g_mime_stream_mem_new());
     if (g_mime_data_wrapper_write_to_stream(content, stream.get()) < 0)
+    {
         throw ToolError("a part cannot be decoded");
+    }
     return BytesIn(stream.get());
 }
 
@@ -130,12 +148,16 @@ std::string TextOf(GMimePart* part, Notes& notes)
 {
     GMimeDataWrapper* content = g_mime_part_get_content(part);
     if (!content)
+    {
         return {};
+    }
     std::string bytes;
     const std::string encoded = IsBase64(part) ? EncodedBytes(content) : std::string();
     const size_t end = EndOfBase64(encoded);
     if (end == std::string::npos)
+    {
         bytes = DecodedBytes(part, notes);
+    }
     else
     {
         notes.Add("text that is not base64 is kept as it is");
@@ -145,11 +167,15 @@ std::string TextOf(GMimePart* part, Notes& notes)
     const char* named = g_mime_object_get_content_type_parameter(GMIME_OBJECT(part), "charset");
     std::string charset = named ? named : "";
     if (charset.empty() && IsType(GMIME_OBJECT(part), "text", "html"))
+    {
         charset = CharsetInPage(bytes);
+    }
     DecodedText text = DecodeText(bytes, charset);
     if (text.guessed)
+    {
         notes.Add(charset.empty() ? "the text has bytes of no known character set"
                                   : "the text has bytes that are not " + charset);
+    }
     return std::move(text.utf8);
 }
 
@@ -162,8 +188,12 @@ std::string FileNameOf(GMimeObject* part)
     }
     for (const char* name : {g_mime_object_get_content_disposition_parameter(part, "filename"),
                              g_mime_object_get_content_type_parameter(part, "name")})
+    {
         if (name && *name)
+        {
             return name;
+        }
+    }
     return {};
 }
 

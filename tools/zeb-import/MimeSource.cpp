@@ -26,10 +26,14 @@ std::string BytesOf(const fs::path& file)
 {
     std::ifstream stream(file, std::ios::binary);
     if (!stream)
+    {
         throw ToolError("it cannot be opened");
+    }
     std::string bytes((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
     if (stream.bad())
+    {
         throw ToolError("it cannot be read");
+    }
     return bytes;
 }
 
@@ -55,9 +59,10 @@ bool IsPartOfMaildir(const fs::path& directory)
 FolderPath PathBelow(const FolderPath& above, const fs::path& folder, bool inMaildir)
 {
     const std::string name = folder.filename().u8string();
-    if (!inMaildir || name.size() < 2 || name[0] != '.' || name.find("..") != std::string::npos ||
-        name.back() == '.')
+    if (!inMaildir || name.size() < 2 || name[0] != '.' || name.find("..") != std::string::npos || name.back() == '.')
+    {
         return above.Below(name);
+    }
     FolderPath path = above;
     for (size_t at = 1; at <= name.size();)
     {
@@ -88,11 +93,12 @@ void MboxSource::Run(Importer& importer)
 {
     importer.AddFolder(m_folder, {});
     for (MboxMessage message; m_reader.Next(message);)
+    {
         importer.AddMessage(m_folder, false,
                             m_file + ", message " + std::to_string(message.number) + " at offset " +
                                 std::to_string(message.offset),
-                            [&](Notes& notes)
-                            { return ContentOfMail(std::move(message.bytes), std::nullopt, notes); });
+                            [&](Notes& notes) { return ContentOfMail(std::move(message.bytes), std::nullopt, notes); });
+    }
 }
 
 EmlSource::EmlSource(const std::string& input)
@@ -109,7 +115,9 @@ EmlSource::EmlSource(const std::string& input)
         return;
     }
     if (!IsFolder(path))
+    {
         throw ToolError("'" + input + "' is no folder and no file");
+    }
     Walk(path, TopNamed(Whole(path).filename().u8string()), true);
 }
 
@@ -122,23 +130,34 @@ EmlSource::Listing EmlSource::List(const fs::path& directory, bool isTop)
 {
     Listing listing;
     std::error_code failure;
-    for (fs::directory_iterator entry(directory, failure), end; !failure && entry != end;
-         entry.increment(failure))
+    for (fs::directory_iterator entry(directory, failure), end; !failure && entry != end; entry.increment(failure))
     {
         std::error_code ignored;
         if (entry->is_directory(ignored) && entry->is_symlink(ignored))
+        {
             PassOver(entry->path(), "it is a link to a folder");
+        }
         else if (entry->is_directory(ignored))
+        {
             listing.folders.push_back(entry->path());
+        }
         else if (entry->is_regular_file(ignored) || entry->is_symlink(ignored))
+        {
             listing.files.push_back(entry->path());
+        }
         else
+        {
             PassOver(entry->path(), "it is no file");
+        }
     }
     if (failure && isTop)
+    {
         throw ToolError("'" + directory.u8string() + "' cannot be read: " + failure.message());
+    }
     if (failure)
+    {
         m_unreadable.emplace_back(directory.u8string(), failure.message());
+    }
     std::sort(listing.folders.begin(), listing.folders.end());
     std::sort(listing.files.begin(), listing.files.end());
     return listing;
@@ -146,11 +165,12 @@ EmlSource::Listing EmlSource::List(const fs::path& directory, bool isTop)
 
 void EmlSource::TakeFile(const fs::path& file, Folder& folder)
 {
-    const std::string place =
-        Whole(file.parent_path().empty() ? "." : file.parent_path()).filename().u8string();
+    const std::string place = Whole(file.parent_path().empty() ? "." : file.parent_path()).filename().u8string();
     File taken{file, std::nullopt};
     if (place == "cur" || place == "new")
+    {
         taken.state = StateInFileName(file.filename().u8string(), place == "new");
+    }
     folder.files.push_back(std::move(taken));
     ++m_count;
 }
@@ -158,11 +178,19 @@ void EmlSource::TakeFile(const fs::path& file, Folder& folder)
 void EmlSource::TakeMaildir(const fs::path& directory, Folder& folder)
 {
     for (const char* part : {"cur", "new"})
+    {
         for (const fs::path& file : List(directory / part, false).files)
+        {
             TakeFile(file, folder);
+        }
+    }
     if (IsFolder(directory / "tmp"))
+    {
         for (const fs::path& file : List(directory / "tmp", false).files)
+        {
             PassOver(file, "it is not yet delivered");
+        }
+    }
 }
 
 void EmlSource::Walk(const fs::path& directory, const FolderPath& path, bool isTop)
@@ -171,23 +199,37 @@ void EmlSource::Walk(const fs::path& directory, const FolderPath& path, bool isT
     const bool isMaildir = IsMaildir(directory), isPart = IsPartOfMaildir(Whole(directory));
     Folder folder{path, {}};
     for (const fs::path& file : listing.files)
+    {
         if (isPart || LowerCase(file.extension().u8string()) == ".eml")
+        {
             TakeFile(file, folder);
+        }
         else
+        {
             PassOver(file, "it is no .eml file");
+        }
+    }
     if (isMaildir)
+    {
         TakeMaildir(directory, folder);
+    }
     m_folders.push_back(std::move(folder));
     for (const fs::path& below : listing.folders)
+    {
         if (!IsPartOfMaildir(below))
+        {
             Walk(below, PathBelow(path, below, isMaildir), false);
+        }
+    }
 }
 
 std::vector<FolderPath> EmlSource::Folders()
 {
     std::vector<FolderPath> paths;
     for (const Folder& folder : m_folders)
+    {
         paths.push_back(folder.path);
+    }
     return paths;
 }
 
@@ -197,14 +239,19 @@ void EmlSource::Run(Importer& importer)
     {
         importer.AddFolder(folder.path, {});
         for (const File& file : folder.files)
+        {
             importer.AddMessage(folder.path, false, file.path.u8string(),
-                                [&](Notes& notes)
-                                { return ContentOfMail(BytesOf(file.path), file.state, notes); });
+                                [&](Notes& notes) { return ContentOfMail(BytesOf(file.path), file.state, notes); });
+        }
     }
     for (const auto& [path, reason] : m_unreadable)
+    {
         importer.Skip(path, reason);
+    }
     for (const auto& [path, reason] : m_passedOver)
+    {
         importer.PassOver(path, reason);
+    }
 }
 
 } // namespace zeb::tools

@@ -15,7 +15,9 @@ public:
     void Add(const std::string& text)
     {
         if (std::find(m_texts.begin(), m_texts.end(), text) == m_texts.end())
+        {
             m_texts.push_back(text);
+        }
     }
     const std::vector<std::string>& Texts() const { return m_texts; }
 

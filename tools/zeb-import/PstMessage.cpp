@@ -26,8 +26,8 @@ public:
     size_t Read(char* buffer, size_t size) override
     {
         libpff_error_t* error = nullptr;
-        const ssize_t read = libpff_attachment_data_read_buffer(
-            m_attachment.get(), reinterpret_cast<uint8_t*>(buffer), size, &error);
+        const ssize_t read =
+            libpff_attachment_data_read_buffer(m_attachment.get(), reinterpret_cast<uint8_t*>(buffer), size, &error);
         pff::Check(read < 0 ? -1 : 0, error, "an attachment cannot be read");
         return static_cast<size_t>(read);
     }
@@ -41,8 +41,12 @@ private:
 Property* Find(Properties& properties, ULONG id)
 {
     for (Property& property : properties)
+    {
         if (!property.name && PROP_ID(property.tag) == id)
+        {
             return &property;
+        }
+    }
     return nullptr;
 }
 
@@ -52,17 +56,20 @@ void StripSubjectMark(Properties& properties)
 {
     Property* subject = Find(properties, PROP_ID(PR_SUBJECT));
     if (!subject || subject->values.size() != 1)
+    {
         return;
+    }
     std::string& text = subject->values.front();
     const size_t width = subject->Type() == PT_UNICODE ? 2 : 1;
     if (text.size() >= 2 * width && text[0] == 1 && (width == 1 || text[1] == 0))
+    {
         text.erase(0, 2 * width);
+    }
 }
 
 /// Leaves the bytes of a large attachment to be read when they are written. Those of an OLE object, which
 /// the file keeps next to its properties, become the property by which MAPI hands them out.
-void ReadAttachmentData(const std::shared_ptr<libpff_item_t>& message, pff::Item attachment,
-                        Properties& properties)
+void ReadAttachmentData(const std::shared_ptr<libpff_item_t>& message, pff::Item attachment, Properties& properties)
 {
     size64_t size = 0;
     libpff_error_t* error = nullptr;
@@ -70,7 +77,9 @@ void ReadAttachmentData(const std::shared_ptr<libpff_item_t>& message, pff::Item
     pff::Check(known, error, "an attachment cannot be read");
     Property* data = Find(properties, PROP_ID(PR_ATTACH_DATA_BIN));
     if (known != 1 || (data ? size <= LargestInMemory : size == 0))
+    {
         return;
+    }
     if (!data)
     {
         properties.emplace_back();
@@ -85,26 +94,24 @@ MessageContent ReadMessage(const std::shared_ptr<libpff_item_t>& item, int depth
 
 AttachmentContent ReadAttachment(const std::shared_ptr<libpff_item_t>& message, int index, int depth)
 {
-    pff::Item attachment =
-        pff::Take("an attachment cannot be read", [&](libpff_item_t** item, libpff_error_t** error)
-                  { return libpff_message_get_attachment(message.get(), index, item, error); });
+    pff::Item attachment = pff::Take("an attachment cannot be read", [&](libpff_item_t** item, libpff_error_t** error)
+    { return libpff_message_get_attachment(message.get(), index, item, error); });
     AttachmentContent content;
     content.properties = pff::ReadRecordSet(attachment.get(), 0);
     const int type = pff::Number("an attachment has no type", [&](int* number, libpff_error_t** error)
-                                 { return libpff_attachment_get_type(attachment.get(), number, error); });
+    { return libpff_attachment_get_type(attachment.get(), number, error); });
     if (type == LIBPFF_ATTACHMENT_TYPE_ITEM)
     {
         pff::Item embedded =
             pff::Take("an embedded message cannot be read", [&](libpff_item_t** item, libpff_error_t** error)
-                      { return libpff_attachment_get_item(attachment.get(), item, error); });
+        { return libpff_attachment_get_item(attachment.get(), item, error); });
         // The embedded item lives no longer than its attachment, and that no longer than the message.
         struct Owner
         {
             std::shared_ptr<libpff_item_t> message;
             pff::Item attachment, embedded;
         };
-        const auto owner =
-            std::make_shared<Owner>(Owner{message, std::move(attachment), std::move(embedded)});
+        const auto owner = std::make_shared<Owner>(Owner{message, std::move(attachment), std::move(embedded)});
         content.message = std::make_shared<MessageContent>(
             ReadMessage(std::shared_ptr<libpff_item_t>(owner, owner->embedded.get()), depth + 1));
         return content;
@@ -116,28 +123,31 @@ AttachmentContent ReadAttachment(const std::shared_ptr<libpff_item_t>& message, 
 std::vector<Properties> ReadRecipients(libpff_item_t* message)
 {
     std::vector<Properties> recipients;
-    const pff::Item list =
-        pff::Take("the recipients cannot be read", [&](libpff_item_t** item, libpff_error_t** error)
-                  { return libpff_message_get_recipients(message, item, error); });
+    const pff::Item list = pff::Take("the recipients cannot be read", [&](libpff_item_t** item, libpff_error_t** error)
+    { return libpff_message_get_recipients(message, item, error); });
     for (int i = 0, count = list ? pff::RecordSets(list.get()) : 0; i < count; ++i)
+    {
         recipients.push_back(pff::ReadRecordSet(list.get(), i));
+    }
     return recipients;
 }
 
 MessageContent ReadMessage(const std::shared_ptr<libpff_item_t>& item, int depth)
 {
     if (depth > DeepestMessage)
-        throw ToolError("messages are embedded in each other more than " + std::to_string(DeepestMessage) +
-                        " deep");
+    {
+        throw ToolError("messages are embedded in each other more than " + std::to_string(DeepestMessage) + " deep");
+    }
     MessageContent content;
     content.properties = pff::ReadRecordSet(item.get(), 0);
     StripSubjectMark(content.properties);
     content.recipients = ReadRecipients(item.get());
-    const int attachments =
-        pff::Number("the attachments cannot be read", [&](int* number, libpff_error_t** error)
-                    { return libpff_message_get_number_of_attachments(item.get(), number, error); });
+    const int attachments = pff::Number("the attachments cannot be read", [&](int* number, libpff_error_t** error)
+    { return libpff_message_get_number_of_attachments(item.get(), number, error); });
     for (int i = 0; i < attachments; ++i)
+    {
         content.attachments.push_back(ReadAttachment(item, i, depth));
+    }
     return content;
 }
 

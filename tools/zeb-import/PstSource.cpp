@@ -22,13 +22,17 @@ uint64_t SizeInHeader(const std::string& file)
     unsigned char header[0xC0] = {};
     std::ifstream stream(file, std::ios::binary);
     if (!stream.read(reinterpret_cast<char*>(header), sizeof header) || std::memcmp(header, "!BDN", 4) != 0)
+    {
         return 0;
+    }
     // The field moved when the format went from 32 to 64 bits.
     const unsigned version = header[10] | header[11] << 8;
     const size_t field = version >= 23 ? 0xB8 : 0xA8;
     uint64_t size = 0;
     for (size_t i = version >= 23 ? 8 : 4; i-- > 0;)
+    {
         size = size << 8 | header[field + i];
+    }
     return size;
 }
 
@@ -39,10 +43,12 @@ std::string NameOf(libpff_item_t* folder)
     const int known = libpff_folder_get_utf8_name_size(folder, &size, &error);
     pff::Check(known, error, "a folder's name cannot be read");
     if (known == 0 || size == 0)
+    {
         return {};
+    }
     std::string name(size, '\0');
-    pff::Check(libpff_folder_get_utf8_name(folder, reinterpret_cast<uint8_t*>(name.data()), size, &error),
-               error, "a folder's name cannot be read");
+    pff::Check(libpff_folder_get_utf8_name(folder, reinterpret_cast<uint8_t*>(name.data()), size, &error), error,
+               "a folder's name cannot be read");
     return name.substr(0, name.find('\0'));
 }
 
@@ -56,13 +62,13 @@ uint32_t IdentifierOf(libpff_item_t* item)
 int SubFolders(libpff_item_t* folder)
 {
     return pff::Number("the subfolders cannot be read", [&](int* number, libpff_error_t** error)
-                       { return libpff_folder_get_number_of_sub_folders(folder, number, error); });
+    { return libpff_folder_get_number_of_sub_folders(folder, number, error); });
 }
 
 pff::Item SubFolder(libpff_item_t* folder, int index)
 {
     return pff::Take("a folder cannot be read", [&](libpff_item_t** item, libpff_error_t** error)
-                     { return libpff_folder_get_sub_folder(folder, index, item, error); });
+    { return libpff_folder_get_sub_folder(folder, index, item, error); });
 }
 
 /// The subfolder of that name; empty when there is none.
@@ -72,7 +78,9 @@ pff::Item ChildNamed(libpff_item_t* folder, const std::string& name)
     {
         pff::Item child = SubFolder(folder, i);
         if (NameOf(child.get()) == name)
+        {
             return child;
+        }
     }
     return {};
 }
@@ -88,14 +96,14 @@ bool IsSearch(libpff_item_t* folder)
 int Messages(libpff_item_t* folder, bool associated)
 {
     if (IsSearch(folder))
+    {
         return 0;
-    return pff::Number(
-        "the messages cannot be counted",
-        [&](int* number, libpff_error_t** error)
-        {
-            return associated ? libpff_folder_get_number_of_sub_associated_contents(folder, number, error)
-                              : libpff_folder_get_number_of_sub_messages(folder, number, error);
-        });
+    }
+    return pff::Number("the messages cannot be counted", [&](int* number, libpff_error_t** error)
+    {
+        return associated ? libpff_folder_get_number_of_sub_associated_contents(folder, number, error)
+                          : libpff_folder_get_number_of_sub_messages(folder, number, error);
+    });
 }
 
 } // namespace
@@ -106,13 +114,19 @@ PstSource::PstSource(const std::string& file)
     std::error_code failure;
     const auto size = std::filesystem::file_size(file, failure);
     if (failure)
+    {
         throw ToolError("'" + m_name + "' cannot be read: " + failure.message());
+    }
     const uint64_t told = SizeInHeader(file);
     if (told == 0)
+    {
         throw ToolError("'" + m_name + "' is no PST or OST file");
+    }
     if (told > size)
+    {
         throw ToolError("'" + m_name + "' is cut short: it should have " + Grouped(told) + " bytes and has " +
                         Grouped(size));
+    }
     libpff_error_t* error = nullptr;
     pff::Check(libpff_file_initialize(&m_file, &error), error, "libpff does not start");
     try
@@ -138,11 +152,12 @@ PstSource::~PstSource()
 
 void PstSource::Open()
 {
-    m_root =
-        pff::Take("'" + m_name + "' has no root folder", [&](libpff_item_t** item, libpff_error_t** error)
-                  { return libpff_file_get_root_folder(m_file, item, error); });
+    m_root = pff::Take("'" + m_name + "' has no root folder", [&](libpff_item_t** item, libpff_error_t** error)
+    { return libpff_file_get_root_folder(m_file, item, error); });
     if (!m_root)
+    {
         throw ToolError("'" + m_name + "' has no root folder");
+    }
     m_top = IdentifierOfTop();
     FolderPath root;
     root.fromRoot = true;
@@ -153,15 +168,19 @@ uint32_t PstSource::IdentifierOfTop() const
 {
     const pff::Item store =
         pff::Take("'" + m_name + "' has no message store", [&](libpff_item_t** item, libpff_error_t** error)
-                  { return libpff_file_get_message_store(m_file, item, error); });
+    { return libpff_file_get_message_store(m_file, item, error); });
     if (store)
+    {
         for (const Property& property : pff::ReadRecordSet(store.get(), 0))
+        {
             if (property.tag == PR_IPM_SUBTREE_ENTRYID && property.values.front().size() == EntryIdSize)
             {
                 uint32_t node = 0;
                 std::memcpy(&node, property.values.front().data() + NodeInEntryId, sizeof node);
                 return node;
             }
+        }
+    }
     // An OST file has the server's identifier there; its own tree has fixed names.
     const pff::Item mailbox = ChildNamed(m_root.get(), "Root - Mailbox");
     const pff::Item top = mailbox ? ChildNamed(mailbox.get(), "IPM_SUBTREE") : pff::Item();
@@ -171,7 +190,9 @@ uint32_t PstSource::IdentifierOfTop() const
 FolderPath PstSource::PathOf(libpff_item_t* folder, const FolderPath& above, int index) const
 {
     if (m_top != 0 && IdentifierOf(folder) == m_top)
+    {
         return {};
+    }
     const std::string name = NameOf(folder);
     return above.Below(name.empty() ? "folder " + std::to_string(index + 1) : name);
 }
@@ -208,27 +229,21 @@ void PstSource::Run(Importer& importer)
     ImportFolder(importer, m_root.get(), root);
 }
 
-void PstSource::ImportMessages(Importer& importer, libpff_item_t* folder, const FolderPath& path,
-                               bool associated)
+void PstSource::ImportMessages(Importer& importer, libpff_item_t* folder, const FolderPath& path, bool associated)
 {
     for (int i = 0, count = Messages(folder, associated); i < count; ++i)
     {
         const std::string item =
             path.Text() + ", " + (associated ? "associated " : "") + "message " + std::to_string(i + 1);
-        importer.AddMessage(
-            path, associated, item,
-            [&](Notes&)
+        importer.AddMessage(path, associated, item, [&](Notes&)
+        {
+            pff::Item raw = pff::Take("it cannot be read", [&](libpff_item_t** out, libpff_error_t** error)
             {
-                pff::Item raw =
-                    pff::Take("it cannot be read",
-                              [&](libpff_item_t** out, libpff_error_t** error)
-                              {
-                                  return associated
-                                             ? libpff_folder_get_sub_associated_content(folder, i, out, error)
-                                             : libpff_folder_get_sub_message(folder, i, out, error);
-                              });
-                return ReadPstMessage(std::shared_ptr<libpff_item_t>(std::move(raw)));
+                return associated ? libpff_folder_get_sub_associated_content(folder, i, out, error)
+                                  : libpff_folder_get_sub_message(folder, i, out, error);
             });
+            return ReadPstMessage(std::shared_ptr<libpff_item_t>(std::move(raw)));
+        });
     }
 }
 

@@ -33,15 +33,15 @@ std::vector<FolderPath> InboxFolders(const Options& options, MailSource& source)
     for (const std::string& text : options.inbox)
     {
         const FolderPath path = FolderPath::Parse(text);
-        const bool found =
-            std::any_of(known.begin(), known.end(),
-                        [&](const FolderPath& folder)
-                        { return folder.fromRoot == path.fromRoot && folder.names == path.names; });
+        const bool found = std::any_of(known.begin(), known.end(), [&](const FolderPath& folder)
+        { return folder.fromRoot == path.fromRoot && folder.names == path.names; });
         if (!found)
         {
             std::string list;
             for (const FolderPath& folder : known)
+            {
                 list += "\n  " + OneLine(folder.Text());
+            }
             throw ToolError("'" + options.input + "' has no folder '" + text + "'; it has:" + list);
         }
         chosen.push_back(path);
@@ -57,14 +57,20 @@ std::string Counted(uint64_t number, const char* one, const char* many)
 /// What went in: "3 messages in 1 folder, 1 item skipped".
 std::string Summary(const Importer& importer)
 {
-    std::string text = Counted(importer.Messages(), "message", "messages") + " in " +
-                       Counted(importer.Folders(), "folder", "folders");
+    std::string text =
+        Counted(importer.Messages(), "message", "messages") + " in " + Counted(importer.Folders(), "folder", "folders");
     if (importer.Skipped())
+    {
         text += ", " + Counted(importer.Skipped(), "item", "items") + " skipped";
+    }
     if (importer.Repaired())
+    {
         text += ", " + Counted(importer.Repaired(), "item", "items") + " repaired";
+    }
     if (importer.PassedOver())
+    {
         text += ", " + Counted(importer.PassedOver(), "file", "files") + " passed over";
+    }
     return text;
 }
 
@@ -103,8 +109,8 @@ int Import(const Options& options, MailSource& source)
 }
 
 template <typename Source>
-void AddKind(CLI::App& app, const std::shared_ptr<Options>& options, std::function<int()>& action,
-             const char* name, const char* what, const char* argument)
+void AddKind(CLI::App& app, const std::shared_ptr<Options>& options, std::function<int()>& action, const char* name,
+             const char* what, const char* argument)
 {
     CLI::App* command = app.add_subcommand(name, what);
     command->add_option("input", options->input, "What to read")->required()->type_name(argument);
@@ -114,19 +120,16 @@ void AddKind(CLI::App& app, const std::shared_ptr<Options>& options, std::functi
         ->type_name("PATH")
         ->expected(1)
         ->take_all();
-    command
-        ->add_option("--profile", options->profile,
-                     "The profile to log on to; without it the default profile")
+    command->add_option("--profile", options->profile, "The profile to log on to; without it the default profile")
         ->type_name("NAME");
-    command->callback(
-        [options, &action]
+    command->callback([options, &action]
+    {
+        action = [options]
         {
-            action = [options]
-            {
-                Source source(options->input);
-                return Import(*options, source);
-            };
-        });
+            Source source(options->input);
+            return Import(*options, source);
+        };
+    });
 }
 
 } // namespace
@@ -142,9 +145,10 @@ int main(int argc, char** argv)
     std::function<int()> action;
     AddKind<PstSource>(app, options, action, "pst", "Imports a PST or OST file with every property", "FILE");
     AddKind<MboxSource>(app, options, action, "mbox", "Imports an mbox file", "FILE");
-    AddKind<EmlSource>(app, options, action, "eml", "Imports a folder of .eml files, a Maildir, or one file",
-                       "PATH");
+    AddKind<EmlSource>(app, options, action, "eml", "Imports a folder of .eml files, a Maildir, or one file", "PATH");
     if (const auto code = ReadCommandLine(app, zeb::platform::Arguments(argc, argv)))
+    {
         return *code;
+    }
     return RunTool("zeb-import", action);
 }

@@ -66,11 +66,9 @@ Json JsonOf(const AddressRow& row)
 
 std::string Line(const std::string& name, const std::string& kind, const std::string& rest)
 {
-    std::string line =
-        Fitted(OneLine(name), NameWidth) + "  " + Fitted(kind, KindWidth) + "  " + OneLine(rest);
+    std::string line = Fitted(OneLine(name), NameWidth) + "  " + Fitted(kind, KindWidth) + "  " + OneLine(rest);
     line.erase(line.find_last_not_of(' ') + 1);
-    return Shortened(line, static_cast<size_t>(platform::TerminalColumns(platform::OutputStream::Output))) +
-           "\n";
+    return Shortened(line, static_cast<size_t>(platform::TerminalColumns(platform::OutputStream::Output))) + "\n";
 }
 
 std::string AddressText(const AddressRow& row)
@@ -106,11 +104,15 @@ int ListContainers(AddressBookHost& host, bool json)
         object["entryId"] = each.entryId;
         list.push_back(object);
         if (!json)
+        {
             Print((each.entryId == standard ? "* " : "  ") + OneLine(each.name) + "  " +
                   Counted(entries, "entry", "entries") + "\n");
+        }
     }
     if (json)
+    {
         Print(Dumped(Json{{"containers", list}}, 2) + "\n");
+    }
     return ExitDone;
 }
 
@@ -125,27 +127,41 @@ int ListEntries(AddressBookHost& host, const Options& options)
     const ULONG wanted = options.limit == 0 ? total : std::min(options.limit, total);
     ULONG shown = 0;
     if (options.json)
-        Print("{\n  \"container\": " +
-              Dumped(container.IsValid() ? Utf8(container.GetDisplayNameW()) : "", -1) +
+    {
+        Print("{\n  \"container\": " + Dumped(container.IsValid() ? Utf8(container.GetDisplayNameW()) : "", -1) +
               ",\n  \"total\": " + std::to_string(total) + ",\n  \"entries\": [");
+    }
     else if (total > 0)
+    {
         Print(Line("name", "kind", "address"));
+    }
     if (wanted > 0)
-        host.ReadRows(table,
-                      [&](const AddressRow& row)
-                      {
-                          if (options.json)
-                              Print((shown ? ",\n    " : "\n    ") + Dumped(JsonOf(row), -1));
-                          else
-                              PrintEntry(row);
-                          return ++shown < wanted;
-                      });
+    {
+        host.ReadRows(table, [&](const AddressRow& row)
+        {
+            if (options.json)
+            {
+                Print((shown ? ",\n    " : "\n    ") + Dumped(JsonOf(row), -1));
+            }
+            else
+            {
+                PrintEntry(row);
+            }
+            return ++shown < wanted;
+        });
+    }
     if (options.json)
+    {
         Print(shown ? "\n  ]\n}\n" : "]\n}\n");
+    }
     else if (shown == total)
+    {
         Print(Counted(total, "entry", "entries") + "\n");
+    }
     else
+    {
         Print(Grouped(shown) + " of " + Grouped(total) + " entries\n");
+    }
     return ExitDone;
 }
 
@@ -162,17 +178,18 @@ void GatherMembers(AddressBookHost& host, CZebDistList& list, std::set<std::stri
 {
     CZebTable table = list.GetContentsTable(MAPI_UNICODE);
     std::vector<AddressRow> direct;
-    host.ReadRows(table,
-                  [&](const AddressRow& row)
-                  {
-                      direct.push_back(row);
-                      return true;
-                  });
+    host.ReadRows(table, [&](const AddressRow& row)
+    {
+        direct.push_back(row);
+        return true;
+    });
     for (const AddressRow& each : direct)
     {
         // A list may be a member of itself, straight or by way of another.
         if (seen && !seen->insert(each.entryId).second)
+        {
             continue;
+        }
         if (!seen || each.objectType != MAPI_DISTLIST)
         {
             members.push_back(each);
@@ -206,58 +223,80 @@ int Show(AddressBookHost& host, const Options& options)
     Json properties = Json::object();
     const std::string name = Utf8(entry.GetDisplayNameW());
     if (!options.json)
+    {
         Print(OneLine(name) + "\n" + KindOf(type) + "\n");
+    }
     for (ULONG i = 0; i < values.GetCount(); ++i)
     {
         const CZebOnePropVal value = values.GetAt(i);
         if (!value.StringConversionPossible())
+        {
             continue;
+        }
         const std::string text = Utf8(value.StringW(true));
         properties[PropertyName(value.GetTag())] = text;
         if (!options.json)
+        {
             Print("  " + Fitted(PropertyName(value.GetTag()), PropertyWidth) + "  " + OneLine(text) + "\n");
+        }
     }
     std::vector<AddressRow> members;
     if (type == MAPI_DISTLIST)
+    {
         members = MembersOf(host, entryId, options.expand);
+    }
     Json list = Json::array();
     for (const AddressRow& each : members)
+    {
         list.push_back(JsonOf(each));
+    }
     if (options.json)
     {
-        Json object = {
-            {"name", name}, {"kind", KindOf(type)}, {"entryId", entryId}, {"properties", properties}};
+        Json object = {{"name", name}, {"kind", KindOf(type)}, {"entryId", entryId}, {"properties", properties}};
         if (type == MAPI_DISTLIST)
+        {
             object["members"] = list;
+        }
         Print(Dumped(object, 2) + "\n");
         return ExitDone;
     }
     if (type != MAPI_DISTLIST)
+    {
         return ExitDone;
+    }
     Print(Counted(members.size(), "member", "members") + "\n");
     for (const AddressRow& each : members)
+    {
         Print("  " + Line(each.name, KindOf(each.objectType), AddressText(each)));
+    }
     return ExitDone;
 }
 
 void RequireEntryId(const std::string& text)
 {
     if (IsEntryId(text))
+    {
         return;
+    }
     EntryIdFromText(text);
-    throw UsageError("the entry identifier '" + text +
-                     "' is too short: the shortest has 20 bytes, 40 digits");
+    throw UsageError("the entry identifier '" + text + "' is too short: the shortest has 20 bytes, 40 digits");
 }
 
 int Compare(AddressBookHost& host, const Options& options)
 {
     for (const std::string& each : {options.subject, options.other})
+    {
         RequireEntryId(each);
+    }
     const bool same = host.Book().CompareEntryIDs(options.subject.c_str(), options.other.c_str());
     if (options.json)
+    {
         Print(Dumped(Json{{"same", same}}, 2) + "\n");
+    }
     else
+    {
         Print(same ? "same\n" : "different\n");
+    }
     return ExitDone;
 }
 
@@ -275,15 +314,14 @@ CLI::App* AddCommand(CLI::App& group, const char* name, const char* help, Body b
     AddProfileOption(*command, options->profile);
     command->add_flag("--wab", options->wab, "Read the Windows Address Book instead of a profile's");
     command->add_flag("--json", options->json, "Print JSON");
-    command->callback(
-        [options, body, &action]
+    command->callback([options, body, &action]
+    {
+        action = [options, body]
         {
-            action = [options, body]
-            {
-                AddressBookHost host(options->profile, options->wab);
-                return body(host, *options);
-            };
-        });
+            AddressBookHost host(options->profile, options->wab);
+            return body(host, *options);
+        };
+    });
     return command;
 }
 
@@ -295,23 +333,21 @@ void AddAddressBook(CLI::App& app, Action& action)
     group->require_subcommand(1);
     auto options = std::make_shared<Options>();
 
-    CLI::App* list = AddCommand(*group, "list", "Lists the containers, or the entries of one by their names",
-                                &List, options, action);
+    CLI::App* list = AddCommand(*group, "list", "Lists the containers, or the entries of one by their names", &List,
+                                options, action);
     list->add_option("container", options->subject, "Its name, or its entry identifier in hexadecimal digits")
         ->type_name("CONTAINER");
     AddCountOption(*list, "--limit", options->limit, "List only the first N entries");
 
-    CLI::App* show =
-        AddCommand(*group, "show", "Shows an entry with its properties, and of a list the members", &Show,
-                   options, action);
-    show->add_option("entry", options->subject,
-                     "Its name, its address, or its entry identifier in hexadecimal digits")
+    CLI::App* show = AddCommand(*group, "show", "Shows an entry with its properties, and of a list the members", &Show,
+                                options, action);
+    show->add_option("entry", options->subject, "Its name, its address, or its entry identifier in hexadecimal digits")
         ->required()
         ->type_name("ENTRY");
     show->add_flag("--expand", options->expand, "Show the members of lists inside the list, each once");
 
-    CLI::App* compare = AddCommand(*group, "compare", "Says whether two entry identifiers name the same",
-                                   &Compare, options, action);
+    CLI::App* compare =
+        AddCommand(*group, "compare", "Says whether two entry identifiers name the same", &Compare, options, action);
     compare->add_option("first", options->subject, "An entry identifier in hexadecimal digits")
         ->required()
         ->type_name("A");

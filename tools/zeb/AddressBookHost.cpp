@@ -18,9 +18,13 @@ constexpr size_t ShortestEntryId = 2 * 20;
 std::unique_ptr<HostSession> SessionOf(const std::string& profile, bool wab)
 {
     if (!wab)
+    {
         return std::make_unique<HostSession>(profile);
+    }
     if (!profile.empty())
+    {
         throw ToolError("the Windows Address Book has no profiles: --wab and --profile exclude each other");
+    }
     try
     {
         Zeb_GetMAPI().Initialize(true);
@@ -29,8 +33,7 @@ std::unique_ptr<HostSession> SessionOf(const std::string& profile, bool wab)
     {
         const std::string failure = CurrentFailure();
         Zeb_GetMAPI().Uninitialize(nullptr);
-        throw ToolError("no usable Windows Address Book ('zeb provider install --wab' registers one): " +
-                        failure);
+        throw ToolError("no usable Windows Address Book ('zeb provider install --wab' registers one): " + failure);
     }
     return nullptr;
 }
@@ -49,7 +52,9 @@ AddressRow RowOf(const CZebRow& cells)
     row.objectType = NumberAt(cells, PR_OBJECT_TYPE);
     row.displayType = NumberAt(cells, PR_DISPLAY_TYPE);
     if (cells.hasRealValue(PR_ENTRYID))
+    {
         row.entryId = static_cast<const char*>(cells[PR_ENTRYID].String(false));
+    }
     return row;
 }
 
@@ -60,9 +65,13 @@ public:
     ~ReadSet()
     {
         for (ULONG i = 0; m_rows && i < m_rows->cRows; ++i)
+        {
             Zeb_MemFree(m_rows->aRow[i].lpProps);
+        }
         if (m_rows)
+        {
             Zeb_MemFree(m_rows);
+        }
     }
     ReadSet() = default;
     ReadSet(const ReadSet&) = delete;
@@ -97,15 +106,16 @@ AddressBookHost::AddressBookHost(const std::string& profile, bool wab)
     , m_session(SessionOf(profile, wab))
     , m_book(nullptr)
 {
-    m_book = wab ? Zeb_GetMAPI().GetWABAddressBook(false)
-                 : m_session->Session().OpenAddressBook(nullptr, AB_NO_DIALOG);
+    m_book = wab ? Zeb_GetMAPI().GetWABAddressBook(false) : m_session->Session().OpenAddressBook(nullptr, AB_NO_DIALOG);
 }
 
 AddressBookHost::~AddressBookHost()
 {
     m_book.Free();
     if (m_wab)
+    {
         Zeb_GetMAPI().Uninitialize(nullptr);
+    }
 }
 
 void AddressBookHost::ReadRows(CZebTable& table, const std::function<bool(const AddressRow&)>& visit) const
@@ -117,10 +127,16 @@ void AddressBookHost::ReadRows(CZebTable& table, const std::function<bool(const 
         ReadSet rows;
         table.QueryRows(rows.Place(), RowsInOneCall, nullptr, nullptr);
         if (rows.Count() == 0)
+        {
             return;
+        }
         for (ULONG i = 0; i < rows.Count(); ++i)
+        {
             if (!visit(RowOf(rows.At(i))))
+            {
                 return;
+            }
+        }
     }
 }
 
@@ -129,23 +145,27 @@ std::vector<AddressRow> AddressBookHost::Containers()
     CZebABContainer root = m_book.OpenRootContainer(MAPI_BEST_ACCESS);
     CZebTable table = root.GetHierarchyTable(MAPI_UNICODE | CONVENIENT_DEPTH);
     std::vector<AddressRow> found;
-    ReadRows(table,
-             [&](const AddressRow& row)
-             {
-                 found.push_back(row);
-                 return true;
-             });
+    ReadRows(table, [&](const AddressRow& row)
+    {
+        found.push_back(row);
+        return true;
+    });
     return found;
 }
 
 AddressRow AddressBookHost::FindContainer(const std::string& nameOrId)
 {
     for (const AddressRow& each : Containers())
+    {
         if (Lower(each.name) == Lower(nameOrId) || Lower(each.entryId) == Lower(nameOrId))
+        {
             return each;
+        }
+    }
     if (!IsEntryId(nameOrId))
-        throw ToolError("the address book has no container '" + nameOrId +
-                        "'; 'zeb ab list' shows those it has");
+    {
+        throw ToolError("the address book has no container '" + nameOrId + "'; 'zeb ab list' shows those it has");
+    }
     AddressRow row;
     row.entryId = nameOrId;
     row.name = nameOrId;
@@ -174,12 +194,11 @@ std::vector<AddressRow> AddressBookHost::Matching(const std::string& name)
         CZebABContainer container = OpenContainer(each.entryId);
         CZebTable table = container.GetContentsTable(MAPI_UNICODE);
         table.Restrict(&restriction, 0);
-        ReadRows(table,
-                 [&](const AddressRow& row)
-                 {
-                     found.push_back(row);
-                     return true;
-                 });
+        ReadRows(table, [&](const AddressRow& row)
+        {
+            found.push_back(row);
+            return true;
+        });
     }
     return found;
 }
@@ -187,16 +206,23 @@ std::vector<AddressRow> AddressBookHost::Matching(const std::string& name)
 std::string AddressBookHost::FindEntry(const std::string& nameOrId)
 {
     if (IsEntryId(nameOrId))
+    {
         return nameOrId;
+    }
     std::vector<AddressRow> found = Matching("=" + nameOrId);
     if (found.empty())
+    {
         found = Matching(nameOrId);
+    }
     if (found.empty())
+    {
         throw ToolError("the address book has no entry '" + nameOrId + "'");
+    }
     if (found.size() > 1)
-        throw ToolError(
-            "'" + nameOrId + "' stands for " + std::to_string(found.size()) +
-            " entries of the address book; name one by its identifier ('zeb ab list --json' shows them)");
+    {
+        throw ToolError("'" + nameOrId + "' stands for " + std::to_string(found.size()) +
+                        " entries of the address book; name one by its identifier ('zeb ab list --json' shows them)");
+    }
     return found.front().entryId;
 }
 

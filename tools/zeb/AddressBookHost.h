@@ -31,10 +31,7 @@ public:
     AddressBookHost& operator=(const AddressBookHost&) = delete;
 
     CZebAddressBook& Book() { return m_book; }
-    std::string DefaultDirectory()
-    {
-        return static_cast<const char*>(m_book.GetDefaultDirEntryID().String());
-    }
+    std::string DefaultDirectory() { return static_cast<const char*>(m_book.GetDefaultDirEntryID().String()); }
 
     /// The containers of the address book, at any depth.
     std::vector<AddressRow> Containers();

@@ -29,7 +29,9 @@ bool HexNumber(const std::string& text, Json& number)
 {
     if (text.size() < 3 || text.size() > 18 || text.compare(0, 2, "0x") != 0 ||
         text.find_first_not_of("0123456789abcdefABCDEF", 2) != std::string::npos)
+    {
         return false;
+    }
     const uint64_t value = std::stoull(text.substr(2), nullptr, 16);
     number = static_cast<int64_t>(value);
     return true;
@@ -38,10 +40,14 @@ bool HexNumber(const std::string& text, Json& number)
 Json ValueOf(ULONG type, const std::string& text)
 {
     if (type == PT_STRING8 || type == PT_UNICODE || !(IsNumberType(type) || (type & MV_FLAG)))
+    {
         return text;
+    }
     Json number;
     if ((type == PT_I2 || type == PT_LONG || type == PT_I8 || type == PT_CURRENCY) && HexNumber(text, number))
+    {
         return number;
+    }
     Json parsed = Json::parse(text, nullptr, false);
     return parsed.is_discarded() ? Json(text) : parsed;
 }
@@ -52,12 +58,20 @@ bool IsAssignment(const std::string& argument)
 {
     const size_t equals = argument.find('=');
     if (equals == std::string::npos || equals == 0)
+    {
         return false;
+    }
     if (argument.front() == '{')
+    {
         return true;
+    }
     for (size_t i = 0; i < equals; ++i)
+    {
         if (!std::isalnum(static_cast<unsigned char>(argument[i])) && argument[i] != '_')
+        {
             return false;
+        }
+    }
     return true;
 }
 
@@ -68,12 +82,16 @@ Property ParseAssignment(const std::string& argument)
     try
     {
         if (equals == std::string::npos)
+        {
             throw ToolError("\"" + text + "\" is not NAME=VALUE");
+        }
         const std::string name = text.substr(0, equals);
         Property property = PropertyNamed(name);
         std::string value = text.substr(equals + 1);
         if (property.Type() == PT_SYSTIME && value.compare(0, 2, "0x") != 0)
+        {
             value = TimeForMachines(ParseMoment(name, value, Zone::Local).time);
+        }
         try
         {
             SetValues(property, ValueOf(property.Type(), value));
@@ -117,22 +135,30 @@ LONG ParseSize(const std::string& what, const std::string& text)
         known = known || (unit.size() == 1 && (unit[0] == name[0] || unit[0] == name[1]));
     }
     if (!known || digits == 0 || digits > 10 || std::stoull(text.substr(0, digits)) * factor > largest)
+    {
         throw UsageError(what + " needs a number of bytes such as 1500, 10k or 2M, not '" +
                          Shortened(OneLine(ValidUtf8(text)), 40) + "'");
+    }
     return static_cast<LONG>(std::stoull(text.substr(0, digits)) * factor);
 }
 
 void Confirm(const std::string& what, bool yes)
 {
     if (yes)
+    {
         return;
+    }
     if (!platform::InputIsTerminal() || !platform::IsTerminal(platform::OutputStream::Error))
+    {
         throw UsageError("there is no terminal to ask on, so nothing is done: to " + what + " give --yes");
+    }
     std::fprintf(stderr, "Really %s? [y/N] ", what.c_str());
     std::fflush(stderr);
     char answer[16] = "";
     if (!std::fgets(answer, sizeof answer, stdin) || (answer[0] != 'y' && answer[0] != 'Y'))
+    {
         throw ToolError("nothing is done");
+    }
 }
 
 } // namespace zeb::tools

@@ -40,9 +40,7 @@ inline void AddProfileOption(CLI::App& command, std::string& profile)
 /// Adds the required folder that a command works on.
 inline void AddFolderArgument(CLI::App& command, std::string& folder)
 {
-    command
-        .add_option("folder", folder,
-                    "A folder, by path (\"Inbox/Sub\", \"/\" is the root) or entry identifier")
+    command.add_option("folder", folder, "A folder, by path (\"Inbox/Sub\", \"/\" is the root) or entry identifier")
         ->required()
         ->type_name("FOLDER");
 }

@@ -48,54 +48,76 @@ Criteria::Criteria(const CriteriaText& text)
     : m_any(text.any)
 {
     if (!text.subject.empty())
+    {
         m_conditions.push_back([subject = WideFromUtf8(text.subject)](CZebRestriction& node)
-                               { Contains(node, PR_SUBJECT_W, subject); });
+        { Contains(node, PR_SUBJECT_W, subject); });
+    }
     if (!text.from.empty())
-        m_conditions.push_back([from = WideFromUtf8(text.from)](CZebRestriction& node)
-                               { IsFrom(node, from); });
+    {
+        m_conditions.push_back([from = WideFromUtf8(text.from)](CZebRestriction& node) { IsFrom(node, from); });
+    }
     AddTimes(text);
     AddSizes(text);
     if (!text.messageClass.empty())
-        m_conditions.push_back(
-            [messageClass = WideFromUtf8(text.messageClass)](CZebRestriction& node)
-            { node.CreateContentW(PR_MESSAGE_CLASS_W, messageClass, FL_PREFIX | FL_IGNORECASE); });
+    {
+        m_conditions.push_back([messageClass = WideFromUtf8(text.messageClass)](CZebRestriction& node)
+        { node.CreateContentW(PR_MESSAGE_CLASS_W, messageClass, FL_PREFIX | FL_IGNORECASE); });
+    }
     if (text.unread)
+    {
         m_conditions.push_back([](CZebRestriction& node)
-                               { node.CreateBitMask(PR_MESSAGE_FLAGS, MSGFLAG_READ, BMR_EQZ); });
+        { node.CreateBitMask(PR_MESSAGE_FLAGS, MSGFLAG_READ, BMR_EQZ); });
+    }
     if (text.attachments)
+    {
         m_conditions.push_back([](CZebRestriction& node) { node.CreateProp(PR_HASATTACH, RELOP_EQ) = true; });
+    }
 }
 
 void Criteria::AddTimes(const CriteriaText& text)
 {
     const Zone zone = text.utc ? Zone::Utc : Zone::Local;
     if (!text.since.empty())
+    {
         m_conditions.push_back([since = ParseMoment("--since", text.since, zone)](CZebRestriction& node)
-                               { CompareDate(node, RELOP_GE, since.time); });
+        { CompareDate(node, RELOP_GE, since.time); });
+    }
     if (!text.until.empty())
+    {
         m_conditions.push_back([until = ParseMoment("--until", text.until, zone)](CZebRestriction& node)
-                               { CompareDate(node, until.isDay ? RELOP_LT : RELOP_LE, until.end); });
+        { CompareDate(node, until.isDay ? RELOP_LT : RELOP_LE, until.end); });
+    }
 }
 
 void Criteria::AddSizes(const CriteriaText& text)
 {
     if (!text.size.empty())
+    {
         m_conditions.push_back([size = ParseSize("--size", text.size)](CZebRestriction& node)
-                               { node.CreateProp(PR_MESSAGE_SIZE, RELOP_GE) = size; });
+        { node.CreateProp(PR_MESSAGE_SIZE, RELOP_GE) = size; });
+    }
     if (!text.maxSize.empty())
+    {
         m_conditions.push_back([size = ParseSize("--max-size", text.maxSize)](CZebRestriction& node)
-                               { node.CreateProp(PR_MESSAGE_SIZE, RELOP_LE) = size; });
+        { node.CreateProp(PR_MESSAGE_SIZE, RELOP_LE) = size; });
+    }
 }
 
 void Criteria::Build(CZebRestriction& node) const
 {
     if (m_conditions.size() == 1)
+    {
         return m_conditions.front()(node);
+    }
     const ULONG count = static_cast<ULONG>(m_conditions.size());
     if (m_any)
+    {
         node.CreateOr(count);
+    }
     else
+    {
         node.CreateAnd(count);
+    }
     for (ULONG i = 0; i < count; ++i)
     {
         CZebRestriction child = node[i];

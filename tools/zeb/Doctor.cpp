@@ -30,7 +30,9 @@ ProfileNames ReadProfiles()
     CZebProfileNames reader;
     CString name;
     while (reader.GetNextName(name))
+    {
         names.all.push_back(Utf8FromNarrow(static_cast<const char*>(name)));
+    }
     names.chosen = Utf8FromNarrow(static_cast<const char*>(reader.GetDefaultProfile()));
     names.key = ProfilesKey();
     names.elsewhere = ProfilePlacesNotLookedAt();
@@ -47,9 +49,13 @@ void PrintCandidate(size_t number, const ProviderCandidate& candidate)
     Print(std::to_string(number) + ". " + ProviderStepName(candidate.step) + "\n");
     PrintField("from", Utf8FromNarrow(candidate.origin));
     if (!candidate.path.empty())
+    {
         PrintField("path", Utf8FromNarrow(candidate.path));
+    }
     if (!candidate.found.resolved.empty() && candidate.found.resolved != candidate.path)
+    {
         PrintField("file", Utf8FromNarrow(candidate.found.resolved));
+    }
     PrintField("verdict", VerdictOn(candidate));
     Print("\n");
 }
@@ -71,18 +77,26 @@ void PrintProfiles(const ProfileNames& profiles)
         Print((chosen ? "   * " : "     ") + OneLine(name) + "\n");
     }
     if (profiles.all.empty())
+    {
         Print("     none; 'zeb profile create NAME --default' makes one\n");
+    }
     else if (profiles.chosen.empty())
+    {
         Print("     none of them is the default; 'zeb profile default NAME' makes it so\n");
+    }
     if (!profiles.chosen.empty() && !chosenIsThere)
+    {
         Print("     the default one, '" + OneLine(profiles.chosen) +
               "', is not there; 'zeb profile default NAME' chooses another\n");
+    }
     PrintField("from", "HKEY_CURRENT_USER\\" + profiles.key);
     for (const ProfilePlace& place : profiles.elsewhere)
     {
         std::string names;
         for (const std::string& name : place.profiles)
+        {
             names += (names.empty() ? ": " : ", ") + name;
+        }
         PrintField("not seen", place.keeper + " keeps its profiles in HKEY_CURRENT_USER\\" + place.key +
                                    ", where the library does not look" +
                                    (names.empty() ? "; there are none yet" : names));
@@ -93,10 +107,14 @@ void PrintProfiles(const ProfileNames& profiles)
 void PrintSetup(const MailSetup& setup)
 {
     if (setup.findings.empty())
+    {
         return;
+    }
     Print("also on this machine\n");
     for (const SetupFinding& finding : setup.findings)
+    {
         Print("   " + Fitted(finding.topic, 14) + OneLine(finding.text) + "\n");
+    }
     Print("\n");
 }
 
@@ -131,18 +149,23 @@ void PrintJson(const ProviderReport& report, const ProfileNames& profiles, const
     object["class"] = static_cast<int>(report.bitness);
     object["candidates"] = nlohmann::ordered_json::array();
     for (const ProviderCandidate& candidate : report.candidates)
+    {
         object["candidates"].push_back(JsonOf(candidate));
+    }
     object["profiles"] = profiles.all;
     object["defaultProfile"] = TextOrNull(profiles.chosen);
     object["profilesKey"] = "HKEY_CURRENT_USER\\" + profiles.key;
     object["profilesElsewhere"] = nlohmann::ordered_json::array();
     for (const ProfilePlace& place : profiles.elsewhere)
-        object["profilesElsewhere"].push_back({{"keeper", place.keeper},
-                                               {"key", "HKEY_CURRENT_USER\\" + place.key},
-                                               {"profiles", place.profiles}});
+    {
+        object["profilesElsewhere"].push_back(
+            {{"keeper", place.keeper}, {"key", "HKEY_CURRENT_USER\\" + place.key}, {"profiles", place.profiles}});
+    }
     object["setup"] = nlohmann::ordered_json::array();
     for (const SetupFinding& finding : setup.findings)
+    {
         object["setup"].push_back({{"topic", finding.topic}, {"text", finding.text}});
+    }
     object["stubWithoutClient"] = setup.stubWithoutClient;
     Print(object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
 }
@@ -159,7 +182,9 @@ int Run(bool json)
     else
     {
         for (size_t i = 0; i < report.candidates.size(); ++i)
+        {
             PrintCandidate(i + 1, report.candidates[i]);
+        }
         PrintProfiles(profiles);
         PrintSetup(setup);
     }
@@ -182,7 +207,9 @@ int Run(bool json)
         return ExitFailed;
     }
     if (!json)
+    {
         Print("usable: " + Utf8FromNarrow(report.path) + "\n");
+    }
     return ExitDone;
 }
 
@@ -192,9 +219,8 @@ void AddDoctor(CLI::App& app, Action& action)
 {
     auto json = std::make_shared<bool>(false);
     CLI::App* command = app.add_subcommand(
-        "doctor",
-        "Looks for a MAPI provider as the library does and says what it found where; exit code 1 when none "
-        "is usable");
+        "doctor", "Looks for a MAPI provider as the library does and says what it found where; exit code 1 when none "
+                  "is usable");
     command->add_flag("--json", *json, "Print JSON");
     command->callback([json, &action] { action = [json] { return Run(*json); }; });
 }

@@ -49,7 +49,9 @@ public:
                     options.criteria.utc ? Zone::Utc : Zone::Local)
     {
         if (m_options.json)
+        {
             Print("{\n  \"messages\": [");
+        }
     }
 
     void In(CZebFolder& folder, const FolderPath& path)
@@ -74,7 +76,9 @@ public:
         SetNumbers(folder, rows);
         Show(rows, path);
         if (m_options.recursive)
+        {
             Below(folder, path);
+        }
     }
 
     void End() const
@@ -82,12 +86,18 @@ public:
         const std::string counts = (m_shown == m_found ? "" : Grouped(m_shown) + " of ") + Grouped(m_found) +
                                    (m_found == 1 ? " message" : " messages");
         if (m_options.json)
+        {
             Print(std::string(m_shown ? "\n  ]" : "]") + ",\n  \"found\": " + std::to_string(m_found) +
                   ",\n  \"searched\": " + std::to_string(m_searched) + "\n}\n");
+        }
         else if (m_criteria.IsEmpty())
+        {
             Print(counts + "\n");
+        }
         else
+        {
             Print(counts + " found among " + Grouped(m_searched) + "\n");
+        }
     }
 
 private:
@@ -105,9 +115,13 @@ private:
             const ULONG left = count - static_cast<ULONG>(rows.size());
             table.QueryRows(&set, static_cast<LONG>(std::min(left, RowsInOneCall)), nullptr, nullptr);
             if (!set.IsValid())
+            {
                 break;
+            }
             for (ULONG i = 0; i < set.Count(); ++i)
+            {
                 rows.push_back(ReadMessageRow(set[i]));
+            }
         }
         return rows;
     }
@@ -116,10 +130,14 @@ private:
     void SetNumbers(CZebFolder& folder, std::vector<MessageRow>& rows) const
     {
         if (rows.empty())
+        {
             return;
+        }
         std::unordered_map<std::string, MessageRow*> missing;
         for (MessageRow& row : rows)
+        {
             missing.emplace(KeyOf(row.entryId), &row);
+        }
         CZebTable table = Contents(folder);
         table.SetColumns(1, PR_ENTRYID);
         for (ULONG number = 1; !missing.empty();)
@@ -127,12 +145,16 @@ private:
             CZebRowSet set;
             table.QueryRows(&set, NumbersInOneCall, nullptr, nullptr);
             if (!set.IsValid())
+            {
                 return;
+            }
             for (ULONG i = 0; i < set.Count(); ++i, ++number)
             {
                 const auto found = missing.find(KeyOf(set[i][PR_ENTRYID]));
                 if (found == missing.end())
+                {
                     continue;
+                }
                 found->second->number = number;
                 missing.erase(found);
             }
@@ -142,17 +164,27 @@ private:
     void Show(const std::vector<MessageRow>& rows, const FolderPath& path)
     {
         if (rows.empty())
+        {
             return;
+        }
         if (!m_options.json && m_options.recursive)
+        {
             Print((m_shown ? "\n" : "") + OneLine(path.Text()) + "\n");
+        }
         if (!m_options.json && (m_options.recursive || m_shown == 0))
+        {
             Print(m_columns.Heading());
+        }
         for (const MessageRow& row : rows)
         {
             if (m_options.json)
+            {
                 ShowJson(row, path);
+            }
             else
+            {
                 Print(m_columns.Line(row));
+            }
             ++m_shown;
         }
     }
@@ -168,8 +200,7 @@ private:
 
     void Below(CZebFolder& folder, const FolderPath& path)
     {
-        ForEachSubfolder(folder,
-                         [&](CZebFolder& child, const std::string& name) { In(child, path.Below(name)); });
+        ForEachSubfolder(folder, [&](CZebFolder& child, const std::string& name) { In(child, path.Below(name)); });
     }
 
     const Options& m_options;
@@ -196,8 +227,7 @@ void AddCriteria(CLI::App& command, CriteriaText& criteria)
     { command.add_option(name, value, help)->type_name(type)->group("Conditions"); };
     add("--subject", criteria.subject, "TEXT", "The subject contains the text, in any letter case");
     add("--from", criteria.from, "TEXT", "The name or address of whom it is from contains the text");
-    add("--since", criteria.since, "DATE",
-        "Sent then or later: 2026-01-02, 2026-01-02T03:04:05+01:00, yesterday, 7d");
+    add("--since", criteria.since, "DATE", "Sent then or later: 2026-01-02, 2026-01-02T03:04:05+01:00, yesterday, 7d");
     add("--until", criteria.until, "DATE", "Sent then or earlier; a day counts whole");
     add("--size", criteria.size, "BYTES", "At least so large: 1500, 10k, 2M");
     add("--max-size", criteria.maxSize, "BYTES", "At most so large");
@@ -213,8 +243,7 @@ void AddCriteria(CLI::App& command, CriteriaText& criteria)
 void AddFind(CLI::App& app, Action& action)
 {
     auto options = std::make_shared<Options>();
-    CLI::App* command =
-        app.add_subcommand("find", "Lists the messages of a folder, all or those that are looked for");
+    CLI::App* command = app.add_subcommand("find", "Lists the messages of a folder, all or those that are looked for");
     AddProfileOption(*command, options->profile);
     AddFolderArgument(*command, options->folder);
     AddCriteria(*command, options->criteria);
@@ -224,9 +253,8 @@ void AddFind(CLI::App& app, Action& action)
     AddSortOption(*command, options->sort);
     AddUtcOption(*command, options->criteria.utc);
     command->add_flag("--json", options->json, "Print JSON");
-    command->footer(
-        "The # is the message's number in its folder, by which the other commands know it; 1 is the "
-        "one that came first.");
+    command->footer("The # is the message's number in its folder, by which the other commands know it; 1 is the "
+                    "one that came first.");
     command->callback([options, &action] { action = [options] { return Run(*options); }; });
 }
 

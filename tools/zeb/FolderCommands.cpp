@@ -39,9 +39,13 @@ Contents ContentsOf(CZebFolder& folder)
     folder.GetProps(values, 2, PR_CONTENT_COUNT, PR_ASSOC_CONTENT_COUNT);
     Contents contents;
     if (values.hasRealValue(PR_CONTENT_COUNT))
+    {
         contents.messages = values[PR_CONTENT_COUNT];
+    }
     if (values.hasRealValue(PR_ASSOC_CONTENT_COUNT))
+    {
         contents.associated = values[PR_ASSOC_CONTENT_COUNT];
+    }
     contents.folders = folder.GetHierarchyTable(CONVENIENT_DEPTH).GetRowCount();
     return contents;
 }
@@ -53,15 +57,16 @@ std::string Counted(ULONG count, const std::string& one)
 
 std::string Described(const Contents& contents)
 {
-    return Counted(contents.messages + contents.associated, "message") + " and " +
-           Counted(contents.folders, "folder");
+    return Counted(contents.messages + contents.associated, "message") + " and " + Counted(contents.folders, "folder");
 }
 
 int MakeFolder(const Options& options)
 {
     const FolderPath path = FolderPath::Parse(ValidUtf8(options.folder));
     if (path.names.empty())
+    {
         throw ToolError(Named(path) + " is there already");
+    }
     Mailbox mailbox(options.profile);
     FolderTree& folders = mailbox.Folders();
     try
@@ -97,19 +102,21 @@ int RemoveFolder(const Options& options)
     CZebFolder folder = mailbox.OpenFolder(options.folder);
     const FolderPath path = mailbox.PathOf(folder);
     if (path.names.empty())
+    {
         throw ToolError(Named(path) + " can not be deleted");
+    }
     const Contents contents = ContentsOf(folder);
     const bool isEmpty = contents.messages + contents.associated + contents.folders == 0;
     if (!isEmpty && !options.recursive)
+    {
         throw ToolError(Named(path) + " holds " + Described(contents) + ": --recursive deletes them with it");
-    Confirm("delete " + Named(path) + (isEmpty ? "" : " with " + Described(contents)) + " for good",
-            options.yes);
+    }
+    Confirm("delete " + Named(path) + (isEmpty ? "" : " with " + Described(contents)) + " for good", options.yes);
     try
     {
         CZebFolder parent(nullptr);
         mailbox.Store().OpenEntry(folder.GetParentID(), parent, MAPI_BEST_ACCESS);
-        parent.DeleteFolder(folder.GetEntryID(), nullptr, options.recursive ? DEL_MESSAGES | DEL_FOLDERS : 0,
-                            nullptr);
+        parent.DeleteFolder(folder.GetEntryID(), nullptr, options.recursive ? DEL_MESSAGES | DEL_FOLDERS : 0, nullptr);
     }
     catch (...)
     {
@@ -126,7 +133,9 @@ int Empty(const Options& options)
     const FolderPath path = mailbox.PathOf(folder);
     Contents contents = ContentsOf(folder);
     if (!options.associated)
+    {
         contents.associated = 0;
+    }
     Confirm("delete " + Described(contents) + " in " + Named(path) + " for good", options.yes);
     try
     {
@@ -150,7 +159,9 @@ CZebMessage InformationMessage(CZebFolder& folder, const FolderPath& path, bool 
     catch (CZebException* exception)
     {
         if (exception->GetResult() != NameNotFound)
+        {
             throw;
+        }
         exception->Delete();
     }
     throw ToolError(Named(path) + " has no information message; --create makes one");
@@ -182,8 +193,7 @@ int Information(const Options& options)
     Print("  subject  " + OneLine(object["subject"]) + "\n");
     Print("  name     " + OneLine(object["name"]) + "\n");
     Print("  class    " + OneLine(object["class"]) + "\n");
-    Print("  created  " +
-          (hasTime ? TimeWithZone(time, options.utc ? Zone::Utc : Zone::Local) : std::string()) + "\n");
+    Print("  created  " + (hasTime ? TimeWithZone(time, options.utc ? Zone::Utc : Zone::Local) : std::string()) + "\n");
     Print("  entry    " + object["entryId"].get<std::string>() + "\n");
     return ExitDone;
 }
@@ -203,8 +213,8 @@ CLI::App* AddCommand(CLI::App& app, Action& action, Options& options, const char
 void AddFolderCommands(CLI::App& app, Action& action)
 {
     auto options = std::make_shared<Options>();
-    CLI::App* make = AddCommand(app, action, *options, "mkdir", "Makes a folder",
-                                [options] { return MakeFolder(*options); });
+    CLI::App* make =
+        AddCommand(app, action, *options, "mkdir", "Makes a folder", [options] { return MakeFolder(*options); });
     make->add_flag("-p,--parents", options->parents,
                    "Make the folders above it too; a folder that is there is no failure");
 
@@ -213,9 +223,9 @@ void AddFolderCommands(CLI::App& app, Action& action)
     remove->add_flag("-r,--recursive", options->recursive, "With the messages and folders in it");
     AddYesOption(*remove, options->yes);
 
-    CLI::App* empty = AddCommand(app, action, *options, "empty",
-                                 "Deletes what is in a folder, subfolders included, for good",
-                                 [options] { return Empty(*options); });
+    CLI::App* empty =
+        AddCommand(app, action, *options, "empty", "Deletes what is in a folder, subfolders included, for good",
+                   [options] { return Empty(*options); });
     empty->add_flag("--associated", options->associated, "The hidden (associated) messages too");
     AddYesOption(*empty, options->yes);
 

@@ -39,7 +39,9 @@ struct Strokes
 Strokes StrokesOfOutput()
 {
     if (platform::OutputShowsUtf8())
+    {
         return {"\xE2\x94\x9C\xE2\x94\x80 ", "\xE2\x94\x94\xE2\x94\x80 ", "\xE2\x94\x82  ", "   "};
+    }
     return {"|- ", "`- ", "|  ", "   "};
 }
 
@@ -81,7 +83,9 @@ std::string Counts(const Node& node)
 {
     std::string text = "  " + Grouped(static_cast<unsigned long long>(node.messages));
     if (node.unread > 0)
+    {
         text += " (" + Grouped(static_cast<unsigned long long>(node.unread)) + " unread)";
+    }
     return text;
 }
 
@@ -93,10 +97,11 @@ size_t PrintTree(CZebFolder& folder, const Strokes& strokes, const std::string& 
     for (size_t i = 0; i < nodes.size(); ++i)
     {
         const bool last = i + 1 == nodes.size();
-        Print(indent + (last ? strokes.last : strokes.branch) + OneLine(nodes[i].name) + Counts(nodes[i]) +
-              "\n");
+        Print(indent + (last ? strokes.last : strokes.branch) + OneLine(nodes[i].name) + Counts(nodes[i]) + "\n");
         if (!nodes[i].hasChildren)
+        {
             continue;
+        }
         CZebFolder child = OpenChild(folder, nodes[i]);
         count += PrintTree(child, strokes, indent + (last ? strokes.blank : strokes.pass));
     }
@@ -152,8 +157,7 @@ void AddFolders(CLI::App& app, Action& action)
     auto options = std::make_shared<Options>();
     CLI::App* command = app.add_subcommand("folders", "Shows the folders of the default store as a tree");
     AddProfileOption(*command, options->profile);
-    command->add_flag("--all", options->all,
-                      "Begin at the store's root, not where users see their mail begin");
+    command->add_flag("--all", options->all, "Begin at the store's root, not where users see their mail begin");
     command->add_flag("--json", options->json, "Print JSON");
     command->callback([options, &action] { action = [options] { return Run(*options); }; });
 }

@@ -32,38 +32,50 @@ class Listing
 public:
     Listing(bool json, Zone zone)
         : m_json(json)
-        , m_columns(false, static_cast<size_t>(platform::TerminalColumns(platform::OutputStream::Output)),
-                    zone)
+        , m_columns(false, static_cast<size_t>(platform::TerminalColumns(platform::OutputStream::Output)), zone)
     {
     }
 
     void Begin(ULONG total)
     {
         if (m_json)
+        {
             Print("{\n  \"total\": " + std::to_string(total) + ",\n  \"messages\": [");
+        }
         else if (total > 0)
+        {
             Print(m_columns.Heading());
+        }
     }
 
     void Add(const MessageRow& row)
     {
         if (m_json)
+        {
             Print((m_shown ? ",\n    " : "\n    ") +
-                  MessageForMachines(row).dump(-1, ' ', false,
-                                               nlohmann::ordered_json::error_handler_t::replace));
+                  MessageForMachines(row).dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+        }
         else
+        {
             Print(m_columns.Line(row));
+        }
         ++m_shown;
     }
 
     void End(ULONG total)
     {
         if (m_json)
+        {
             Print(m_shown ? "\n  ]\n}\n" : "]\n}\n");
+        }
         else if (m_shown == total)
+        {
             Print(Grouped(total) + (total == 1 ? " message\n" : " messages\n"));
+        }
         else
+        {
             Print(Grouped(m_shown) + " of " + Grouped(total) + " messages\n");
+        }
     }
 
 private:
@@ -88,9 +100,13 @@ void ListTable(CZebTable& table, const Options& options)
         CZebRowSet rows;
         table.QueryRows(&rows, static_cast<LONG>(std::min(left, RowsInOneCall)), nullptr, nullptr);
         if (!rows.IsValid())
+        {
             break;
+        }
         for (ULONG i = 0; i < rows.Count(); ++i)
+        {
             listing.Add(ReadMessageRow(rows[i]));
+        }
         left -= std::min(left, rows.Count());
     }
     listing.End(total);

@@ -38,26 +38,36 @@ public:
         std::error_code ignored;
         const std::string named = "'" + ValidUtf8(file) + "' ";
         if (!std::filesystem::exists(path, ignored))
+        {
             throw ToolError(named + "is not there");
+        }
         if (std::filesystem::is_directory(path, ignored))
+        {
             throw ToolError(named + "is a folder");
+        }
         if (!m_stream)
+        {
             throw ToolError(named + "can not be read");
+        }
         const auto size = std::filesystem::file_size(path, ignored);
         m_size = ignored ? 0 : size;
     }
 
-    /// The next line that is not blank. @return false at the end. @throws ToolError; Number is then the line that cannot
-    /// be read
+    /// The next line that is not blank. @return false at the end. @throws ToolError;
+    /// Number is then the line that cannot be read
     bool Next(std::string& line)
     {
         while (std::getline(m_stream, line))
         {
             m_read += line.size() + 1;
             if (++m_number == 1 && line.compare(0, 3, "\xEF\xBB\xBF") == 0)
+            {
                 line.erase(0, 3);
+            }
             if (line.find_first_not_of(" \t\r") != std::string::npos)
+            {
                 return true;
+            }
         }
         if (m_stream.bad())
         {
@@ -76,7 +86,8 @@ private:
     uint64_t m_size = 0, m_read = 0, m_number = 0;
 };
 
-/// Writes the line's message, or changes its folder. Either all of it is in the store afterwards, or, with an exception, nothing.
+/// Writes the line's message, or changes its folder. Either all of it is in the store
+/// afterwards, or, with an exception, nothing.
 void WriteLine(LoadLine& line, FolderTree& folders, NameResolver& names)
 {
     try
@@ -109,13 +120,17 @@ struct Counts
 void PrintCount(unsigned long long count, const char* one, const char* more)
 {
     if (count > 0)
+    {
         Print(Grouped(count) + " " + (count == 1 ? one : more) + " loaded\n");
+    }
 }
 
 void PrintCounts(const Counts& counts)
 {
     if (counts.messages + counts.folders + counts.addresses == 0)
+    {
         Print("0 messages loaded\n");
+    }
     PrintCount(counts.messages, "message", "messages");
     PrintCount(counts.folders, "folder", "folders");
     PrintCount(counts.addresses, "address book entry", "address book entries");
@@ -142,7 +157,9 @@ public:
             return;
         }
         if (!m_addresses)
+        {
             m_addresses.emplace(m_session.Session());
+        }
         RefuseProblems(m_addresses->Write(*line.address, m_names));
         ++m_counts.addresses;
     }
@@ -162,15 +179,21 @@ private:
 std::string WhatIsLoaded(const Options& options, uint64_t number)
 {
     if (number <= options.fromLine)
+    {
         return {};
+    }
     const uint64_t count = number - options.fromLine;
     const std::string be = count == 1 ? " is" : " are";
     std::string lines;
     if (options.fromLine > 1)
+    {
         lines = count == 1 ? "line " + Grouped(number - 1)
                            : "lines " + Grouped(options.fromLine) + " to " + Grouped(number - 1);
+    }
     else
+    {
         lines = count == 1 ? "the line before it" : "the " + Grouped(count) + " lines before it";
+    }
     return "; " + lines + be + " loaded, --from-line " + std::to_string(number) + " goes on";
 }
 
@@ -180,14 +203,20 @@ void LoadLines(LineReader& reader, Loader& loader, const Options& options, Progr
     while (reader.Next(text))
     {
         if (reader.Number() < options.fromLine)
+        {
             continue;
+        }
         if (platform::Interrupted())
+        {
             throw ToolError("interrupted");
+        }
         loader.Load(text);
         progress.Step(reader.Read());
     }
     if (options.fromLine > 1 && reader.Number() < options.fromLine)
+    {
         throw ToolError("the file has no such line");
+    }
 }
 
 int Run(const Options& options)

@@ -40,13 +40,17 @@ public:
     {
         const ADRENTRY& entry = m_list.aEntries[0];
         for (ULONG i = 0; i < entry.cValues; ++i)
+        {
             if (entry.rgPropVals[i].ulPropTag == PR_ENTRYID)
+            {
                 return CZebBinary(entry.rgPropVals[i].Value.bin);
+            }
+        }
         throw ToolError("the address book gives no identifier");
     }
 
 private:
-    SizedADRLIST(1, m_list) = {1, {}};
+    SizedADRLIST(1, m_list) = { 1, {} };
 };
 
 } // namespace
@@ -64,8 +68,7 @@ std::vector<CZebBinary> AddressWriter::Resolve(const std::vector<std::string>& m
     for (const std::string& each : members)
     {
         OneRecipient recipient(each);
-        ThrowIfFailed(book->ResolveName(0, MAPI_UNICODE, nullptr, recipient.List()), book, __FILE__,
-                      __LINE__);
+        ThrowIfFailed(book->ResolveName(0, MAPI_UNICODE, nullptr, recipient.List()), book, __FILE__, __LINE__);
         found.push_back(recipient.EntryID());
     }
     return found;
@@ -76,29 +79,36 @@ void AddressWriter::AddMembers(IMAPIProp* list, const std::vector<CZebBinary>& m
     const CComPtr<IDistList> target = Query<IDistList>(list, IID_IDistList);
     std::vector<SBinary> entries;
     for (const CZebBinary& each : members)
+    {
         entries.push_back(each);
+    }
     ENTRYLIST all = {static_cast<ULONG>(entries.size()), entries.data()};
     if (!entries.empty())
+    {
         ThrowIfFailed(target->CopyEntries(&all, 0, nullptr, 0), target, __FILE__, __LINE__);
+    }
 }
 
 std::vector<Refusal> AddressWriter::Write(AddressLine& line, NameResolver& names)
 {
-    const CComPtr<IABContainer> directory =
-        Query<IABContainer>(m_directory.GetInterface().Get(), IID_IABContainer);
+    const CComPtr<IABContainer> directory = Query<IABContainer>(m_directory.GetInterface().Get(), IID_IABContainer);
     const CZebBinary model = m_directory.GetBin(line.isList ? PR_DEF_CREATE_DL : PR_DEF_CREATE_MAILUSER);
     const SBinary& id = model;
     CComPtr<IMAPIProp> entry;
-    ThrowIfFailed(directory->CreateEntry(id.cb, reinterpret_cast<LPENTRYID>(id.lpb), 0, entry.Put()),
-                  directory, __FILE__, __LINE__);
+    ThrowIfFailed(directory->CreateEntry(id.cb, reinterpret_cast<LPENTRYID>(id.lpb), 0, entry.Put()), directory,
+                  __FILE__, __LINE__);
     const std::vector<Refusal> refused = WriteProperties(entry.Get(), line.properties, names);
     if (!refused.empty())
+    {
         return refused;
+    }
     Save(entry.Get());
     try
     {
         if (line.isList)
+        {
             AddMembers(entry.Get(), Resolve(line.members)); // one may be the list itself
+        }
     }
     catch (...)
     {

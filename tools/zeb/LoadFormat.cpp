@@ -20,14 +20,20 @@ constexpr int DeepestMessage = 32;
 void RequireObject(const Json& value, const char* what)
 {
     if (!value.is_object())
+    {
         throw ToolError(std::string(what) + " must be an object");
+    }
 }
 
 void RefuseOtherKeys(const Json& object, const std::set<std::string>& known, const char* where)
 {
     for (const auto& entry : object.items())
+    {
         if (known.count(entry.key()) == 0)
+        {
             throw ToolError("unknown key \"" + entry.key() + "\" in " + where);
+        }
+    }
 }
 
 /// @param mayBeNull whether null stands for "has no such property"
@@ -42,7 +48,9 @@ Properties ParseProperties(const Json& object, const char* where, bool mayBeNull
         {
             property.removed = mayBeNull && entry.value().is_null() && property.tag != PR_ATTACH_DATA_OBJ;
             if (!property.removed)
+            {
                 SetValues(property, entry.value());
+            }
         }
         catch (const ToolError& error)
         {
@@ -58,9 +66,13 @@ const Json& ArrayOf(const Json& object, const char* key)
     static const Json none = Json::array();
     const auto found = object.find(key);
     if (found == object.end())
+    {
         return none;
+    }
     if (!found->is_array())
+    {
         throw ToolError(std::string("\"") + key + "\" must be an array");
+    }
     return *found;
 }
 
@@ -68,7 +80,9 @@ Properties PropertiesOf(const Json& object, const char* where, bool mayBeNull = 
 {
     const auto found = object.find("properties");
     if (found == object.end())
+    {
         throw ToolError(std::string(where) + " has no \"properties\"");
+    }
     return ParseProperties(*found, "\"properties\"", mayBeNull);
 }
 
@@ -85,8 +99,7 @@ AttachmentContent ParseAttachment(const Json& object, int depth)
     {
         RequireObject(*message, "\"message\"");
         RefuseOtherKeys(*message, {"properties", "recipients", "attachments"}, "an embedded message");
-        attachment.message =
-            std::make_shared<MessageContent>(ParseMessage(*message, "an embedded message", depth + 1));
+        attachment.message = std::make_shared<MessageContent>(ParseMessage(*message, "an embedded message", depth + 1));
     }
     return attachment;
 }
@@ -94,8 +107,9 @@ AttachmentContent ParseAttachment(const Json& object, int depth)
 MessageContent ParseMessage(const Json& object, const char* where, int depth)
 {
     if (depth > DeepestMessage)
-        throw ToolError("messages are embedded in each other more than " + std::to_string(DeepestMessage) +
-                        " deep");
+    {
+        throw ToolError("messages are embedded in each other more than " + std::to_string(DeepestMessage) + " deep");
+    }
     MessageContent message;
     message.properties = PropertiesOf(object, where);
     for (const Json& recipient : ArrayOf(object, "recipients"))
@@ -105,7 +119,9 @@ MessageContent ParseMessage(const Json& object, const char* where, int depth)
         message.recipients.push_back(PropertiesOf(recipient, "a recipient", false));
     }
     for (const Json& attachment : ArrayOf(object, "attachments"))
+    {
         message.attachments.push_back(ParseAttachment(attachment, depth));
+    }
     return message;
 }
 
@@ -113,10 +129,11 @@ Json ParseJson(const std::string& line)
 {
     const std::string valid = ValidUtf8(line);
     if (valid != line)
-        throw ToolError(
-            "no UTF-8: an invalid byte at column " +
-            std::to_string(std::mismatch(line.begin(), line.end(), valid.begin(), valid.end()).first -
-                           line.begin() + 1));
+    {
+        throw ToolError("no UTF-8: an invalid byte at column " +
+                        std::to_string(std::mismatch(line.begin(), line.end(), valid.begin(), valid.end()).first -
+                                       line.begin() + 1));
+    }
     try
     {
         return Json::parse(line);
@@ -138,16 +155,22 @@ AddressLine ParseAddress(const Json& object)
     AddressLine line;
     const Json& kind = object.at("addressBook");
     if (kind != "user" && kind != "list")
+    {
         throw ToolError("\"addressBook\" must be \"user\" or \"list\"");
+    }
     line.isList = kind == "list";
     line.properties = PropertiesOf(object, "the line");
     const Json& members = ArrayOf(object, "members");
     if (!members.empty() && !line.isList)
+    {
         throw ToolError("a user has no \"members\"");
+    }
     for (const Json& each : members)
     {
         if (!each.is_string())
+        {
             throw ToolError("a member must be text");
+        }
         line.members.push_back(each.get<std::string>());
     }
     return line;
@@ -169,15 +192,19 @@ LoadLine ParseLoadLine(const std::string& text)
     const auto ofFolder = object.find("folderProperties");
     line.isFolder = ofFolder != object.end();
     RefuseOtherKeys(object,
-                    line.isFolder ? std::set<std::string>{"folder", "folderProperties"}
-                                  : std::set<std::string>{"folder", "associated", "properties", "recipients",
-                                                          "attachments"},
+                    line.isFolder
+                        ? std::set<std::string>{"folder", "folderProperties"}
+                        : std::set<std::string>{"folder", "associated", "properties", "recipients", "attachments"},
                     line.isFolder ? "a line of a folder" : "a line");
     const auto folder = object.find("folder");
     if (folder == object.end())
+    {
         throw ToolError("\"folder\" is missing");
+    }
     if (!folder->is_string())
+    {
         throw ToolError("\"folder\" must be text");
+    }
     line.folder = FolderPath::Parse(folder->get<std::string>());
     if (line.isFolder)
     {
@@ -188,7 +215,9 @@ LoadLine ParseLoadLine(const std::string& text)
     if (associated != object.end())
     {
         if (!associated->is_boolean())
+        {
             throw ToolError("\"associated\" must be true or false");
+        }
         line.associated = associated->get<bool>();
     }
     line.message = ParseMessage(object, "the line", 0);

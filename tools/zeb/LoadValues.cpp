@@ -28,7 +28,9 @@ std::string Bytes(Number number)
 {
     std::string shown = value.dump(-1, ' ', false, Json::error_handler_t::replace);
     if (shown.size() > 60)
+    {
         shown = shown.substr(0, 57) + "...";
+    }
     throw ToolError(std::string("needs ") + wanted + ", not " + shown);
 }
 
@@ -42,10 +44,14 @@ bool IsHex(const std::string& text, size_t from)
 bool RawNumber(const Json& value, size_t digits, std::string& bytes)
 {
     if (!value.is_string())
+    {
         return false;
+    }
     const std::string& text = value.get_ref<const std::string&>();
     if (text.size() != digits + 2 || text.compare(0, 2, "0x") != 0 || !IsHex(text, 2))
+    {
         return false;
+    }
     const uint64_t number = std::stoull(text.substr(2), nullptr, 16);
     bytes = Bytes(number).substr(0, digits / 2);
     return true;
@@ -55,13 +61,19 @@ bool RawNumber(const Json& value, size_t digits, std::string& bytes)
 int64_t Integer(const Json& value, int64_t lowest, int64_t highest, const char* wanted)
 {
     if (!value.is_number_integer())
+    {
         WrongType(wanted, value);
+    }
     if (value.is_number_unsigned() &&
         value.get<uint64_t>() > static_cast<uint64_t>(std::numeric_limits<int64_t>::max()))
+    {
         WrongType(wanted, value);
+    }
     const int64_t number = value.get<int64_t>();
     if (number < lowest || number > highest)
+    {
         WrongType(wanted, value);
+    }
     return number;
 }
 
@@ -69,34 +81,47 @@ std::string LongBytes(const Json& value)
 {
     std::string raw;
     if (RawNumber(value, 8, raw))
+    {
         return raw;
-    return Bytes(
-        static_cast<uint32_t>(Integer(value, std::numeric_limits<int32_t>::min(),
-                                      std::numeric_limits<uint32_t>::max(), "an integer of 32 bits")));
+    }
+    return Bytes(static_cast<uint32_t>(Integer(value, std::numeric_limits<int32_t>::min(),
+                                               std::numeric_limits<uint32_t>::max(), "an integer of 32 bits")));
 }
 
 std::string FloatBytes(const Json& value, bool isDouble)
 {
     std::string raw;
     if (RawNumber(value, isDouble ? 16 : 8, raw))
+    {
         return raw;
+    }
     if (!value.is_number())
+    {
         WrongType("a number", value);
+    }
     const double number = value.get<double>();
     if (isDouble)
+    {
         return Bytes(number);
+    }
     if (std::isfinite(number) && std::fabs(number) > static_cast<double>(std::numeric_limits<float>::max()))
+    {
         WrongType("a number of 32 bits", value);
+    }
     return Bytes(static_cast<float>(number));
 }
 
 std::string BooleanBytes(const Json& value)
 {
     if (value.is_boolean())
+    {
         return Bytes(static_cast<uint16_t>(value.get<bool>() ? 1 : 0));
+    }
     std::string raw;
     if (RawNumber(value, 4, raw))
+    {
         return raw;
+    }
     WrongType("true or false", value);
 }
 
@@ -104,7 +129,9 @@ std::string TimeBytes(const Json& value)
 {
     FILETIME time{};
     if (!value.is_string() || !ParseTime(value.get_ref<const std::string&>(), time))
+    {
         WrongType("a date such as \"2026-01-02T03:04:05.1234567Z\"", value);
+    }
     return Bytes(time.dwLowDateTime) + Bytes(time.dwHighDateTime);
 }
 
@@ -116,14 +143,20 @@ unsigned Digit(char digit)
 std::string BinaryBytes(const Json& value)
 {
     if (!value.is_string())
+    {
         WrongType("hexadecimal text", value);
+    }
     const std::string& text = value.get_ref<const std::string&>();
     if (text.size() % 2 != 0 || !IsHex(text, 0))
+    {
         WrongType("hexadecimal text, two digits a byte", value);
+    }
     std::string bytes;
     bytes.reserve(text.size() / 2);
     for (size_t i = 0; i < text.size(); i += 2)
+    {
         bytes += static_cast<char>(Digit(text[i]) << 4 | Digit(text[i + 1]));
+    }
     return bytes;
 }
 
@@ -134,16 +167,24 @@ std::string TextBytes(const Json& value, bool wide)
     {
         std::string bytes = BinaryBytes(value["hex"]);
         if (wide && bytes.size() % 2 != 0)
+        {
             WrongType("two bytes a character", value);
+        }
         return bytes;
     }
     if (!value.is_string())
+    {
         WrongType("text", value);
+    }
     const std::string& text = value.get_ref<const std::string&>();
     if (text.find('\0') != std::string::npos)
+    {
         WrongType("text without a zero character", value);
+    }
     if (!wide)
+    {
         return NarrowFromUtf8(text);
+    }
     const platform::WideString converted = platform::WideFromUtf8(text.data(), text.size());
     return std::string(reinterpret_cast<const char*>(converted.data()), converted.size() * sizeof(WCHAR));
 }
@@ -152,7 +193,9 @@ std::string GuidBytes(const Json& value)
 {
     GUID guid{};
     if (!value.is_string() || !ParseGuid(value.get_ref<const std::string&>(), guid))
+    {
         WrongType("a GUID such as \"{00062008-0000-0000-C000-000000000046}\"", value);
+    }
     return Bytes(guid);
 }
 
@@ -193,10 +236,14 @@ std::string ValueBytes(ULONG type, const Json& value)
 ULONG TypeNamed(const std::string& name)
 {
     if (name == "PT_TSTRING")
+    {
         return PT_UNICODE;
+    }
     ULONG type = 0;
     if (!Zeb_ValueFromName("PropType", name.c_str(), &type))
+    {
         throw ToolError("unknown property type \"" + name + "\"");
+    }
     return type;
 }
 
@@ -211,20 +258,26 @@ Property NamedProperty(const std::string& text)
     const size_t name = kind == std::string::npos ? kind : text.find(':', kind + 1);
     if (name == std::string::npos || text.size() < type || text[guidLength] != ':' ||
         !ParseGuid(text.substr(0, guidLength), property.name->set))
+    {
         throw ToolError("\"" + text +
                         "\" is no named property: it is written \"{GUID}:PT_LONG:id:0x8503\" or "
                         "\"{GUID}:PT_UNICODE:name:Keywords\"");
+    }
     property.tag = PROP_TAG(TypeNamed(text.substr(type, kind - type)), 0);
     const std::string how = text.substr(kind + 1, name - kind - 1), rest = text.substr(name + 1);
     property.name->isText = how == "name";
     if (how == "name" && !rest.empty())
+    {
         property.name->text = platform::WideFromUtf8(rest.data(), rest.size());
-    else if (how == "id" && rest.size() > 2 && rest.size() <= 10 && rest.compare(0, 2, "0x") == 0 &&
-             IsHex(rest, 2))
+    }
+    else if (how == "id" && rest.size() > 2 && rest.size() <= 10 && rest.compare(0, 2, "0x") == 0 && IsHex(rest, 2))
+    {
         property.name->id = static_cast<LONG>(std::stoul(rest.substr(2), nullptr, 16));
+    }
     else
-        throw ToolError("\"" + text +
-                        "\" names neither an identifier (id:0x8503) nor a text (name:Keywords)");
+    {
+        throw ToolError("\"" + text + "\" names neither an identifier (id:0x8503) nor a text (name:Keywords)");
+    }
     return property;
 }
 
@@ -232,9 +285,13 @@ Property NamedProperty(const std::string& text)
 ULONG Widened(ULONG tag)
 {
     if (PROP_TYPE(tag) == PT_STRING8)
+    {
         return PROP_TAG(PT_UNICODE, PROP_ID(tag));
+    }
     if (PROP_TYPE(tag) == PT_MV_STRING8)
+    {
         return PROP_TAG(PT_MV_UNICODE, PROP_ID(tag));
+    }
     return tag;
 }
 
@@ -250,11 +307,17 @@ bool TagNamed(const std::string& name, ULONG& tag)
     const bool narrow = name.size() > 2 && name.compare(name.size() - 2, 2, "_A") == 0;
     const bool wide = name.size() > 2 && name.compare(name.size() - 2, 2, "_W") == 0;
     if (!(narrow || wide) || !TagOfProperty(name.substr(0, name.size() - 2), tag))
+    {
         return false;
+    }
     if (PROP_TYPE(tag) != PT_STRING8 && PROP_TYPE(tag) != PT_MV_STRING8)
+    {
         return false;
+    }
     if (wide)
+    {
         tag = Widened(tag);
+    }
     return true;
 }
 
@@ -264,17 +327,27 @@ Property PropertyNamed(const std::string& name)
 {
     Property property;
     if (!name.empty() && name.front() == '{')
+    {
         property = NamedProperty(name);
+    }
     else if (name.size() == 10 && name.compare(0, 2, "0x") == 0 && IsHex(name, 2))
+    {
         property.tag = static_cast<ULONG>(std::stoul(name.substr(2), nullptr, 16));
+    }
     else if (!TagNamed(name, property.tag))
+    {
         throw ToolError("unknown property \"" + name + "\"");
+    }
     if (!property.name && (PROP_ID(property.tag) == 0 || PROP_ID(property.tag) >= 0x8000))
+    {
         throw ToolError("\"" + name +
                         "\" is no property that a file can carry: identifiers from 0x8000 belong to names");
+    }
     // An attachment's object stands in a file as the bytes that it shows.
     if (property.tag != PR_ATTACH_DATA_OBJ)
+    {
         ElementSize(property.Type() & ~static_cast<ULONG>(MV_FLAG));
+    }
     return property;
 }
 
@@ -287,9 +360,13 @@ void SetValues(Property& property, const Json& value)
         return;
     }
     if (!value.is_array())
+    {
         WrongType("an array", value);
+    }
     for (const Json& one : value)
+    {
         property.values.push_back(ValueBytes(element, one));
+    }
 }
 
 } // namespace zeb::tools

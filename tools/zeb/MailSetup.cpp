@@ -63,9 +63,8 @@ std::string ComponentFile(const std::string& stub, const std::string& component)
 platform::ImageFile ImageAt(const std::string& path)
 {
     const platform::ImageFile image = platform::ReadImageFile(path);
-    return image.exists
-               ? image
-               : platform::ReadImageFile(Utf8FromNarrow(platform::ResolveModulePath(NarrowFromUtf8(path))));
+    return image.exists ? image
+                        : platform::ReadImageFile(Utf8FromNarrow(platform::ResolveModulePath(NarrowFromUtf8(path))));
 }
 
 bool ExportsComponentPath(const std::string& file)
@@ -104,7 +103,9 @@ private:
             const std::string file = Utf8FromNarrow(candidate.found.resolved);
             const platform::ImageFile image = platform::ReadImageFile(file);
             if (!image.version.empty() || (image.bits != 0 && image.bits != OwnBits))
+            {
                 Add("file", DescribedFile(file));
+            }
         }
     }
 
@@ -112,12 +113,16 @@ private:
     void Common()
     {
         if (m_report.candidates.size() < 2)
+        {
             return;
+        }
         const std::string folder = Value(RegistryRoot::LocalMachine, WindowsKey, "CommonFilesDir");
         if (!folder.empty() && folder.back() != '\\')
+        {
             Add("common MAPI", MachineKey(WindowsKey) + ", value CommonFilesDir is '" + folder +
                                    "', without a backslash at its end: the search makes '" + folder +
                                    "System\\Mapi\\1033\\' of it");
+        }
     }
 
     /// The default mail client, which the system's stub hands over to.
@@ -141,7 +146,9 @@ private:
             m_setup.stubWithoutClient = stub && !behind;
         }
         if (!asked || !SameText(client, "Microsoft Outlook"))
+        {
             Component("Microsoft Outlook", stub);
+        }
     }
 
     /// Says where a registered client's MAPI is. @return whether that is a provider that this program can use
@@ -160,10 +167,9 @@ private:
         {
             const ProviderClass found = CheckMAPIDll(NarrowFromUtf8(file), ProviderEnvironment::Machine());
             usable = found.bitness != OfficeBitnessNone;
-            Add("mail client",
-                "'" + client + "', value " + value + ", names " +
-                    DescribedFile(found.resolved.empty() ? file : Utf8FromNarrow(found.resolved)) + ": " +
-                    VerdictOn(found));
+            Add("mail client", "'" + client + "', value " + value + ", names " +
+                                   DescribedFile(found.resolved.empty() ? file : Utf8FromNarrow(found.resolved)) +
+                                   ": " + VerdictOn(found));
         }
         const bool installed = Component(client, stub);
         return usable || installed;
@@ -175,15 +181,18 @@ private:
         const std::string component =
             Value(RegistryRoot::LocalMachine, std::string(ClientsKey) + "\\" + client, "MSIComponentID");
         if (component.empty())
+        {
             return false;
-        const std::string file = ComponentFile(stub ? Utf8FromNarrow(stub->found.resolved)
-                                                    : platform::SystemFolder() + "\\mapi32.dll",
-                                               component);
+        }
+        const std::string file = ComponentFile(
+            stub ? Utf8FromNarrow(stub->found.resolved) : platform::SystemFolder() + "\\mapi32.dll", component);
         std::string text = "MSIComponentID of '" + client + "' is " + component + ", which leads to " +
                            (file.empty() ? "no file" : DescribedFile(file));
         if (!SameText(component, SearchedComponent))
+        {
             text += std::string("; the search asks for ") + SearchedComponent +
                     ", the component of Outlook 2007 and before";
+        }
         Add("component", text);
         return ImageAt(file).bits == OwnBits;
     }
@@ -193,30 +202,35 @@ private:
     {
         if (m_report.path.empty() || m_report.candidates.back().step != ProviderStep::System ||
             !ExportsComponentPath(m_report.candidates.back().found.resolved))
+        {
             return std::nullopt;
+        }
         return m_report.candidates.back();
     }
 
     void ClickToRun()
     {
-        const auto value = [](const char* name)
-        { return Value(RegistryRoot::LocalMachine, ClickToRunKey, name); };
+        const auto value = [](const char* name) { return Value(RegistryRoot::LocalMachine, ClickToRunKey, name); };
         const std::string folder = value("InstallationPath");
         if (folder.empty())
+        {
             return;
+        }
         const std::string machine = value("Platform");
         const bool narrow = machine == "x86";
         const std::string file = folder + "\\root\\VFS\\ProgramFilesCommon" + (narrow ? "X86" : "X64") +
                                  "\\system\\msmapi\\1033\\msmapi32.dll";
-        Add("Click-to-Run", "Office " + value("VersionToReport") + " (" + machine + ") is installed in '" +
-                                folder + "'; its MAPI is " + DescribedFile(file));
+        Add("Click-to-Run", "Office " + value("VersionToReport") + " (" + machine + ") is installed in '" + folder +
+                                "'; its MAPI is " + DescribedFile(file));
     }
 
     void AddressBook()
     {
         const std::string file = Value(RegistryRoot::LocalMachine, AddressBookKey, "");
         if (!file.empty())
+        {
             Add("address book", MachineKey(AddressBookKey) + " names " + DescribedFile(file));
+        }
     }
 
     const ProviderReport& m_report;
@@ -229,14 +243,20 @@ std::string DescribedFile(const std::string& path)
 {
     const platform::ImageFile image = ImageAt(path);
     if (!image.exists)
+    {
         return "'" + path + "', which does not exist";
+    }
     if (image.bits != 0 && image.bits != OwnBits)
+    {
         return "'" + path + "'" + (image.version.empty() ? "" : " (version " + image.version + ")") +
                ", which is of a " + std::to_string(image.bits) + "-bit Office; this program has " +
                std::to_string(OwnBits) + " bits";
+    }
     std::string details = image.version.empty() ? "" : "version " + image.version;
     if (!image.machine.empty())
+    {
         details += (details.empty() ? "" : ", ") + image.machine;
+    }
     return "'" + path + "'" + (details.empty() ? ", which is not a library" : " (" + details + ")");
 }
 

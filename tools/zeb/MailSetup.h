@@ -28,8 +28,8 @@ struct MailSetup
 /// the stub itself. @throws RegistryError
 MailSetup LookAtMailSetup(const ProviderReport& report);
 
-/// "C:\...\olmapi32.dll (version 16.0.1.2, x64)", "..., which does not exist", "..., which is 32-bit Office; this program has
-/// 64 bits". `path` is UTF-8.
+/// "C:\...\olmapi32.dll (version 16.0.1.2, x64)", "..., which does not exist", "..., which is 32-bit
+/// Office; this program has 64 bits". `path` is UTF-8.
 std::string DescribedFile(const std::string& path);
 
 } // namespace zeb::tools

@@ -36,7 +36,9 @@ std::string Named(const std::vector<FoundMessage>& messages)
 void FillList(CZebBinArray& list, const std::vector<FoundMessage>& messages)
 {
     for (size_t i = 0; i < messages.size(); ++i)
+    {
         list.SetAt(static_cast<ULONG>(i), messages[i].entryId);
+    }
 }
 
 int TransferMessages(Mailbox& mailbox, const Options& options)
@@ -46,15 +48,21 @@ int TransferMessages(Mailbox& mailbox, const Options& options)
     CZebFolder target = mailbox.OpenFolder(options.arguments.back());
     const FolderPath path = mailbox.PathOf(target);
     if (options.move && mailbox.Session().CompareEntryIDs(found.folder.GetEntryID(), target.GetEntryID()))
+    {
         throw ToolError(Named(found.messages) + " can not be moved: it is in " + Named(path) + " already");
+    }
     CZebBinArray list(static_cast<ULONG>(found.messages.size()));
     FillList(list, found.messages);
     try
     {
         if (options.move)
+        {
             found.folder.MoveMessages(list, target, 0, nullptr, nullptr);
+        }
         else
+        {
             found.folder.CopyMessages(list, target, 0, nullptr, nullptr);
+        }
     }
     catch (...)
     {
@@ -88,7 +96,9 @@ FolderTarget FindTarget(Mailbox& mailbox, const std::string& text, const std::st
     catch (const ToolError&)
     {
         if (LooksLikeEntryId(text))
+        {
             throw;
+        }
     }
     target.path = FolderPath::Parse(ValidUtf8(text));
     target.newName = target.path.names.back();
@@ -101,7 +111,9 @@ int TransferFolder(Mailbox& mailbox, const Options& options)
     CZebFolder folder = mailbox.OpenFolder(options.arguments.front());
     const FolderPath path = mailbox.PathOf(folder);
     if (path.names.empty())
+    {
         throw ToolError(Named(path) + " can not be " + (options.move ? "moved" : "copied"));
+    }
     const FolderTarget target = FindTarget(mailbox, options.arguments.back(), path.names.back());
     try
     {
@@ -110,11 +122,10 @@ int TransferFolder(Mailbox& mailbox, const Options& options)
         const CComPtr<IMAPIFolder> from = InterfaceOf(parent), to = InterfaceOf(target.parent);
         const CZebBinary entryId = folder.GetEntryID();
         CStringW name = WideFromUtf8(target.newName);
-        ThrowIfFailed(
-            from->CopyFolder(entryId, entryId, nullptr, to.Get(),
-                             target.newName.empty() ? nullptr : reinterpret_cast<LPTSTR>(name.GetBuffer()), 0,
-                             nullptr, MAPI_UNICODE | (options.move ? FOLDER_MOVE : COPY_SUBFOLDERS)),
-            from, __FILE__, __LINE__);
+        ThrowIfFailed(from->CopyFolder(entryId, entryId, nullptr, to.Get(),
+                                       target.newName.empty() ? nullptr : reinterpret_cast<LPTSTR>(name.GetBuffer()), 0,
+                                       nullptr, MAPI_UNICODE | (options.move ? FOLDER_MOVE : COPY_SUBFOLDERS)),
+                      from, __FILE__, __LINE__);
     }
     catch (...)
     {
@@ -127,9 +138,9 @@ int TransferFolder(Mailbox& mailbox, const Options& options)
 int Transfer(const Options& options)
 {
     Mailbox mailbox(options.profile);
-    const bool isMessage = options.arguments.size() > 2 ||
-                           (LooksLikeEntryId(options.arguments.front()) &&
-                            mailbox.OpenAny(options.arguments.front()).GetObjectType() == MAPI_MESSAGE);
+    const bool isMessage =
+        options.arguments.size() > 2 || (LooksLikeEntryId(options.arguments.front()) &&
+                                         mailbox.OpenAny(options.arguments.front()).GetObjectType() == MAPI_MESSAGE);
     return isMessage ? TransferMessages(mailbox, options) : TransferFolder(mailbox, options);
 }
 
@@ -140,11 +151,15 @@ int Delete(const Options& options)
     CZebMessage first(nullptr);
     found.folder.OpenEntry(found.messages.front().entryId, first, MAPI_BEST_ACCESS);
     if (!options.hard && mailbox.Store().IsUnderDeleted(mailbox.Session(), first))
+    {
         throw ToolError(Named(found.messages) +
                         " can not be deleted that way: it is in the deleted items already; --hard deletes it "
                         "for good");
+    }
     if (options.hard)
+    {
         Confirm("delete " + Named(found.messages) + " for good", options.yes);
+    }
     CZebBinArray list(static_cast<ULONG>(found.messages.size()));
     FillList(list, found.messages);
     try
@@ -163,9 +178,13 @@ Properties Assignments(const Options& options, size_t from)
 {
     Properties properties;
     for (size_t i = from; i < options.arguments.size(); ++i)
+    {
         properties.push_back(ParseAssignment(options.arguments[i]));
+    }
     for (const std::string& name : options.removals)
+    {
         properties.push_back(ParseRemoval(name));
+    }
     return properties;
 }
 
@@ -213,7 +232,9 @@ Target FindTarget(Mailbox& mailbox, const std::vector<std::string>& names)
     target.name = Named(path);
     target.object = CZebPropObj(folder.GetInterface().Get());
     if (names.size() == 1)
+    {
         return target;
+    }
     const FoundMessage message = mailbox.FindMessage(folder, path, names[1]);
     target.name = message.name;
     folder.OpenEntry(message.entryId, target.object, MAPI_BEST_ACCESS);
@@ -224,9 +245,10 @@ void SetReadFlag(CZebPropObj& object, bool read)
 {
     CComPtr<IMessage> message;
     if (FAILED(object.GetInterface().QueryInterface(IID_IMessage, message)))
+    {
         throw ToolError("only a message can be read or unread");
-    ThrowIfFailed(message->SetReadFlag(SUPPRESS_RECEIPT | (read ? 0 : CLEAR_READ_FLAG)), message, __FILE__,
-                  __LINE__);
+    }
+    ThrowIfFailed(message->SetReadFlag(SUPPRESS_RECEIPT | (read ? 0 : CLEAR_READ_FLAG)), message, __FILE__, __LINE__);
 }
 
 int Set(const Options& options)
@@ -234,10 +256,14 @@ int Set(const Options& options)
     const auto first = std::find_if(options.arguments.begin() + 1, options.arguments.end(), IsAssignment);
     const std::vector<std::string> names(options.arguments.begin(), first);
     if (names.size() > 2)
+    {
         throw UsageError("'" + Shortened(OneLine(ValidUtf8(names[2])), 60) + "' is not NAME=VALUE");
+    }
     Properties properties = Assignments(options, names.size());
     if (properties.empty() && !options.read && !options.unread)
+    {
         throw UsageError("nothing is to be set: give NAME=VALUE, --delete NAME, --read or --unread");
+    }
     Mailbox mailbox(options.profile);
     Target target = FindTarget(mailbox, names);
     NameResolver resolver;
@@ -245,7 +271,9 @@ int Set(const Options& options)
     {
         ChangeProperties(target.object, properties, resolver);
         if (options.read || options.unread)
+        {
             SetReadFlag(target.object, options.read);
+        }
     }
     catch (...)
     {
@@ -266,10 +294,9 @@ void AddTransfer(CLI::App& app, Action& action, const char* name, const char* he
     CLI::App* command = app.add_subcommand(name, help);
     AddProfileOption(*command, options->profile);
     command
-        ->add_option(
-            "objects", options->arguments,
-            "A folder and the folder to go to; or a folder, its messages, and the folder to go to. A "
-            "folder may go to a new name")
+        ->add_option("objects", options->arguments,
+                     "A folder and the folder to go to; or a folder, its messages, and the folder to go to. A "
+                     "folder may go to a new name")
         ->required()
         ->expected(2, 10000)
         ->type_name("FOLDER [MESSAGE...] TARGET");
@@ -294,8 +321,7 @@ void AddMessageCommands(CLI::App& app, Action& action)
     AddTransfer(app, action, "cp", "Copies messages, or a folder with all that is in it", false);
 
     auto removal = std::make_shared<Options>();
-    CLI::App* remove =
-        app.add_subcommand("rm", "Moves messages to the deleted items, or deletes them for good");
+    CLI::App* remove = app.add_subcommand("rm", "Moves messages to the deleted items, or deletes them for good");
     AddProfileOption(*remove, removal->profile);
     remove->add_option("messages", removal->arguments, "A folder and its messages")
         ->required()
@@ -315,9 +341,7 @@ void AddMessageCommands(CLI::App& app, Action& action)
     auto changed = std::make_shared<Options>();
     CLI::App* set = app.add_subcommand("set", "Changes properties of a message or folder, all or none");
     AddAssignments(*set, *changed, "FOLDER [MESSAGE] [NAME=VALUE...]", "What to change, and how");
-    set->add_option("--delete", changed->removals, "Delete a property")
-        ->type_name("NAME")
-        ->allow_extra_args(false);
+    set->add_option("--delete", changed->removals, "Delete a property")->type_name("NAME")->allow_extra_args(false);
     CLI::Option* read = set->add_flag("--read", changed->read, "Mark a message as read");
     set->add_flag("--unread", changed->unread, "Mark a message as unread")->excludes(read);
     set->callback([changed, &action] { action = [changed] { return Set(*changed); }; });

@@ -10,8 +10,7 @@ namespace zeb::tools
 namespace
 {
 
-constexpr size_t NumberWidth = 7, DateWidth = 19, DayWidth = 10, SenderWidth = 28, NarrowSender = 12,
-                 SizeWidth = 10;
+constexpr size_t NumberWidth = 7, DateWidth = 19, DayWidth = 10, SenderWidth = 28, NarrowSender = 12, SizeWidth = 10;
 constexpr size_t Gap = 2;
 /// What is left for the subject before another column gives way.
 constexpr size_t SubjectWidth = 20;
@@ -39,32 +38,43 @@ MessageRow ReadMessageRow(const CZebRow& row)
 {
     MessageRow line;
     for (const ULONG tag : {PR_CLIENT_SUBMIT_TIME, PR_MESSAGE_DELIVERY_TIME})
+    {
         if (!line.hasDate && row.hasRealValue(tag))
         {
             line.date = static_cast<const FILETIME&>(row[tag]);
             line.hasDate = true;
         }
+    }
     line.sender = AuthorOf(row);
     line.subject = TextOf(row, PR_SUBJECT_W);
     if (row.hasRealValue(PR_MESSAGE_SIZE))
+    {
         line.size = static_cast<LONG>(row[PR_MESSAGE_SIZE]);
+    }
     if (row.hasRealValue(PR_ENTRYID))
+    {
         line.entryId = static_cast<const SBinary&>(row[PR_ENTRYID]);
-    line.unread =
-        row.hasRealValue(PR_MESSAGE_FLAGS) && (static_cast<LONG>(row[PR_MESSAGE_FLAGS]) & MSGFLAG_READ) == 0;
+    }
+    line.unread = row.hasRealValue(PR_MESSAGE_FLAGS) && (static_cast<LONG>(row[PR_MESSAGE_FLAGS]) & MSGFLAG_READ) == 0;
     return line;
 }
 
 void AddSortKeys(const std::string& by, CZebSortOrder& order)
 {
     if (by == "subject")
+    {
         order.Add(PR_SUBJECT_W, TABLE_SORT_ASCEND);
+    }
     if (by == "size")
+    {
         order.Add(PR_MESSAGE_SIZE, TABLE_SORT_DESCEND);
+    }
     order.Add(PR_CLIENT_SUBMIT_TIME, TABLE_SORT_DESCEND);
     order.Add(PR_MESSAGE_DELIVERY_TIME, TABLE_SORT_DESCEND);
     if (by != "subject")
+    {
         order.Add(PR_SUBJECT_W, TABLE_SORT_ASCEND);
+    }
 }
 
 MessageColumns::MessageColumns(bool numbered, size_t terminal, Zone zone)
@@ -73,7 +83,9 @@ MessageColumns::MessageColumns(bool numbered, size_t terminal, Zone zone)
     , m_zone(zone)
 {
     if (!Fits(DateWidth, SizeWidth) && !Fits(DateWidth, 0) && !Fits(DayWidth, 0))
+    {
         m_sender = 0;
+    }
 }
 
 /// Sets the widths, with a sender as wide as there is room for. @return whether that is wide enough
@@ -83,24 +95,29 @@ bool MessageColumns::Fits(size_t date, size_t size)
     m_size = size;
     m_sender = SenderWidth;
     if (m_terminal == 0)
+    {
         return true;
+    }
     const size_t others =
         (m_numbered ? NumberWidth + Gap : 0) + date + Gap + (size ? size + Gap : 0) + Gap + SubjectWidth;
     m_sender = m_terminal > others ? std::min(m_terminal - others, SenderWidth) : 0;
     return m_sender >= NarrowSender;
 }
 
-std::string MessageColumns::Joined(const std::string& number, const std::string& date,
-                                   const std::string& sender, const std::string& size,
-                                   const std::string& subject) const
+std::string MessageColumns::Joined(const std::string& number, const std::string& date, const std::string& sender,
+                                   const std::string& size, const std::string& subject) const
 {
     const std::string gap(Gap, ' ');
     std::string line = m_numbered ? RightAligned(number, NumberWidth) + gap : "";
     line += Fitted(date.substr(0, m_date), m_date) + gap;
     if (m_sender > 0)
+    {
         line += Fitted(sender, m_sender) + gap;
+    }
     if (m_size > 0)
+    {
         line += RightAligned(size, m_size) + gap;
+    }
     return Shortened(line + subject, m_terminal) + "\n";
 }
 
@@ -112,16 +129,17 @@ std::string MessageColumns::Heading() const
 
 std::string MessageColumns::Line(const MessageRow& row) const
 {
-    return Joined(std::to_string(row.number), row.hasDate ? TimeForPeople(row.date, m_zone) : "",
-                  OneLine(row.sender), Grouped(static_cast<unsigned long long>(std::max<LONG>(row.size, 0))),
-                  OneLine(row.subject));
+    return Joined(std::to_string(row.number), row.hasDate ? TimeForPeople(row.date, m_zone) : "", OneLine(row.sender),
+                  Grouped(static_cast<unsigned long long>(std::max<LONG>(row.size, 0))), OneLine(row.subject));
 }
 
 nlohmann::ordered_json MessageForMachines(const MessageRow& row)
 {
     nlohmann::ordered_json object;
     if (row.number != 0)
+    {
         object["number"] = row.number;
+    }
     object["date"] = row.hasDate ? nlohmann::ordered_json(TimeForMachines(row.date)) : nullptr;
     object["sender"] = row.sender;
     object["size"] = row.size;

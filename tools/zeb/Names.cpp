@@ -19,11 +19,11 @@ namespace zeb::tools
 namespace
 {
 
-constexpr const char* Tables[] = {
-    "MAPIErrors",  "CMCErrors",    "PropTags",    "PropIDs",         "PropType", "FolderType",
-    "TableStatus", "TableType",    "SortOrder",   "RestrictionType", "RelOp",    "Bmr",
-    "FuzzyLevel",  "MAPIObjTypes", "NotifEvents", "TableEvents",     "MsgFlags", "RecipType",
-    "EIDFlags",    "ResourceType", "Priority",    "AttachMethod"};
+constexpr const char* Tables[] = {"MAPIErrors",  "CMCErrors",   "PropTags",   "PropIDs",      "PropType",
+                                  "FolderType",  "TableStatus", "TableType",  "SortOrder",    "RestrictionType",
+                                  "RelOp",       "Bmr",         "FuzzyLevel", "MAPIObjTypes", "NotifEvents",
+                                  "TableEvents", "MsgFlags",    "RecipType",  "EIDFlags",     "ResourceType",
+                                  "Priority",    "AttachMethod"};
 
 struct Options
 {
@@ -44,12 +44,15 @@ std::string Hex(ULONG value)
 void RequireTable(const std::string& table)
 {
     if (Zeb_TableCount(table.c_str()) > 0)
+    {
         return;
+    }
     std::string known;
     for (const char* each : Tables)
+    {
         known += (known.empty() ? "" : ", ") + std::string(each);
-    throw UsageError("there is no table '" + Shortened(OneLine(ValidUtf8(table)), 40) + "'; the tables are " +
-                     known);
+    }
+    throw UsageError("there is no table '" + Shortened(OneLine(ValidUtf8(table)), 40) + "'; the tables are " + known);
 }
 
 /// A number of 32 bits, signed or not, decimal or "0x".
@@ -63,7 +66,9 @@ ULONG ParseValue(const std::string& text)
     {
         const unsigned long long number = std::stoull(digits, nullptr, isHex ? 16 : 10);
         if (number <= (isNegative ? 0x80000000ull : 0xFFFFFFFFull))
+        {
             return static_cast<ULONG>(isNegative ? 0 - number : number);
+        }
     }
     throw UsageError("'" + Shortened(OneLine(ValidUtf8(text)), 40) +
                      "' is no number of 32 bits, such as 26, -5 or 0x0037001E");
@@ -73,12 +78,20 @@ int ListTables(const Options& options)
 {
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
     for (const char* table : Tables)
+    {
         if (options.json)
+        {
             list.push_back({{"table", table}, {"rows", Zeb_TableCount(table)}});
+        }
         else
+        {
             Print(Fitted(table, 16) + "  " + std::to_string(Zeb_TableCount(table)) + "\n");
+        }
+    }
     if (options.json)
+    {
         Print(list.dump(2) + "\n");
+    }
     return ExitDone;
 }
 
@@ -91,12 +104,18 @@ int ListTable(const Options& options)
         const ULONG value = Zeb_ValueAt(options.table.c_str(), i);
         Zeb_NameAt(options.table.c_str(), i, name);
         if (options.json)
+        {
             list.push_back({{"name", name}, {"value", value}});
+        }
         else
+        {
             Print(Hex(value) + "  " + name + "\n");
+        }
     }
     if (options.json)
+    {
         Print(list.dump(2) + "\n");
+    }
     return ExitDone;
 }
 
@@ -110,18 +129,26 @@ void AddTagNames(ULONG value, std::vector<FoundName>& found)
 {
     const char* type = Zeb_NameFromValue("PropType", PROP_TYPE(value), nullptr);
     if (PROP_ID(value) == 0 || !type)
+    {
         return;
+    }
     const ULONG narrow = PROP_TAG(PROP_TYPE(value) == PT_UNICODE      ? PT_STRING8
                                   : PROP_TYPE(value) == PT_MV_UNICODE ? PT_MV_STRING8
                                                                       : PT_NULL,
                                   PROP_ID(value));
     if (const char* name = Zeb_NameFromValue("PropTags", narrow, nullptr))
+    {
         found.push_back({"PropTags", name + std::string("_W")});
+    }
     const char* inTable = Zeb_NameFromValue("PropIDs", PROP_ID(value), nullptr);
     if (const char* name = NameOfProperty(PROP_ID(value)))
+    {
         found.push_back({inTable ? "PropIDs" : "headers", name});
+    }
     if (!found.empty())
+    {
         found.push_back({"PropType", type});
+    }
 }
 
 /// The names that a number has in any of the tables.
@@ -129,19 +156,33 @@ int ShowNames(const Options& options, ULONG value)
 {
     std::vector<FoundName> found;
     for (const char* table : Tables)
+    {
         if (const char* name = Zeb_NameFromValue(table, value, nullptr))
+        {
             found.push_back({table, name});
+        }
+    }
     AddTagNames(value, found);
     if (found.empty())
+    {
         throw ToolError("no table has a name for " + Hex(value));
+    }
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
     for (const FoundName& each : found)
+    {
         if (options.json)
+        {
             list.push_back({{"table", each.table}, {"name", each.name}});
+        }
         else
+        {
             Print(Fitted(each.table, 16) + "  " + each.name + "\n");
+        }
+    }
     if (options.json)
+    {
         Print(list.dump(2) + "\n");
+    }
     return ExitDone;
 }
 
@@ -153,20 +194,32 @@ bool LooksLikeNumber(const std::string& text)
 int ShowName(const Options& options)
 {
     if (options.table.empty())
+    {
         return ListTables(options);
+    }
     if (options.value.empty() && LooksLikeNumber(options.table))
+    {
         return ShowNames(options, ParseValue(options.table));
+    }
     RequireTable(options.table);
     if (options.value.empty())
+    {
         return ListTable(options);
+    }
     const ULONG value = ParseValue(options.value);
     const char* name = Zeb_NameFromValue(options.table.c_str(), value, nullptr);
     if (!name)
+    {
         throw ToolError("table '" + options.table + "' has no name for " + Hex(value));
+    }
     if (options.json)
+    {
         Print(nlohmann::ordered_json{{"name", name}, {"value", value}}.dump(2) + "\n");
+    }
     else
+    {
         Print(std::string(name) + "\n");
+    }
     return ExitDone;
 }
 
@@ -175,12 +228,18 @@ int ShowValue(const Options& options)
     RequireTable(options.table);
     ULONG value = 0;
     if (!Zeb_ValueFromName(options.table.c_str(), options.name.c_str(), &value))
-        throw ToolError("table '" + options.table + "' has no '" +
-                        Shortened(OneLine(ValidUtf8(options.name)), 60) + "'");
+    {
+        throw ToolError("table '" + options.table + "' has no '" + Shortened(OneLine(ValidUtf8(options.name)), 60) +
+                        "'");
+    }
     if (options.json)
+    {
         Print(nlohmann::ordered_json{{"name", options.name}, {"value", value}}.dump(2) + "\n");
+    }
     else
+    {
         Print(Hex(value) + "\n");
+    }
     return ExitDone;
 }
 
@@ -188,11 +247,15 @@ int ShowValue(const Options& options)
 std::string HexArgument(const std::string& argument)
 {
     if (argument != "-")
+    {
         return argument;
+    }
     std::string text{std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>()};
     const auto isSpace = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
     while (!text.empty() && isSpace(text.back()))
+    {
         text.pop_back();
+    }
     text.erase(0, std::min(text.find_first_not_of(" \t\r\n"), text.size()));
     return text;
 }
@@ -230,12 +293,8 @@ void AddNames(CLI::App& app, Action& action)
     name->callback([options, &action] { action = [options] { return ShowName(*options); }; });
 
     CLI::App* value = app.add_subcommand("value", "Tells the value of one of MAPI's constants");
-    value->add_option("table", options->table, "The table; 'zeb name' lists them")
-        ->required()
-        ->type_name("TABLE");
-    value->add_option("name", options->name, "The constant's name, in its letter case")
-        ->required()
-        ->type_name("NAME");
+    value->add_option("table", options->table, "The table; 'zeb name' lists them")->required()->type_name("TABLE");
+    value->add_option("name", options->name, "The constant's name, in its letter case")->required()->type_name("NAME");
     value->add_flag("--json", options->json, "Print JSON");
     value->callback([options, &action] { action = [options] { return ShowValue(*options); }; });
 

@@ -60,19 +60,27 @@ std::string NamedEntryId(const std::string& hex)
 {
     constexpr size_t shown = 48;
     if (hex.size() <= shown)
+    {
         return "the entry identifier " + hex;
+    }
     return "the entry identifier " + hex.substr(0, shown - 12) + "..." + hex.substr(hex.size() - 9);
 }
 
 CZebBinary EntryIdFromText(const std::string& text)
 {
     if (text.empty())
+    {
         throw UsageError("the entry identifier is empty");
+    }
     if (!IsHex(text))
+    {
         throw UsageError("an entry identifier is hexadecimal text, not " + Quoted(text));
+    }
     if (text.size() % 2 != 0)
+    {
         throw UsageError("the entry identifier has " + Grouped(text.size()) +
                          " digits: every byte takes two, so one is missing");
+    }
     return CZebBinary(text.c_str());
 }
 
@@ -94,7 +102,9 @@ Mailbox::Mailbox(const std::string& profile)
 CZebFolder Mailbox::OpenFolder(const std::string& text)
 {
     if (!LooksLikeEntryId(text))
+    {
         return m_folders.Existing(FolderPath::Parse(ValidUtf8(text)));
+    }
     CZebFolder folder(nullptr);
     const CZebBinary entryId = EntryIdFromText(text);
     try
@@ -120,11 +130,15 @@ FolderPath Mailbox::PathOf(CZebFolder& folder)
     for (size_t depth = 0; depth < DeepestFolder; ++depth)
     {
         if (IsTop(at))
+        {
             break;
+        }
         const CZebBinary parent = at.GetParentID();
         path.fromRoot = Session().CompareEntryIDs(at.GetEntryID(), parent);
         if (path.fromRoot)
+        {
             break;
+        }
         path.names.insert(path.names.begin(), TextOf(at, PR_DISPLAY_NAME_W));
         m_store.OpenEntry(parent, at, MAPI_BEST_ACCESS);
     }
@@ -146,15 +160,16 @@ CZebPropObj Mailbox::OpenAny(const std::string& hex)
     return object;
 }
 
-FoundMessage Mailbox::FindMessage(CZebFolder& folder, const FolderPath& path, const std::string& text,
-                                  bool associated)
+FoundMessage Mailbox::FindMessage(CZebFolder& folder, const FolderPath& path, const std::string& text, bool associated)
 {
     if (LooksLikeEntryId(text))
     {
         CZebPropObj object = OpenAny(text);
         if (object.GetObjectType() != MAPI_MESSAGE ||
             !Session().CompareEntryIDs(object.GetParentID(), folder.GetEntryID()))
+        {
             throw ToolError(NamedEntryId(text) + " names no message of " + Named(path));
+        }
         return {EntryIdFromText(text), MessageNamed(object)};
     }
     CZebTable table = folder.GetContentsTable(MAPI_UNICODE | (associated ? MAPI_ASSOCIATED : 0));
@@ -165,13 +180,17 @@ FoundMessage Mailbox::FindMessage(CZebFolder& folder, const FolderPath& path, co
         const ULONG count = table.GetRowCount();
         const ULONG number = text.size() < 10 ? static_cast<ULONG>(std::stoul(text)) : 0;
         if (number == 0 || number > count)
-            throw ToolError("there is no message " + text + " in " + Named(path) + ": it has " +
-                            Grouped(count) + (count == 1 ? " message" : " messages") +
-                            "; a subject of digits is written " + SubjectMark + text);
+        {
+            throw ToolError("there is no message " + text + " in " + Named(path) + ": it has " + Grouped(count) +
+                            (count == 1 ? " message" : " messages") + "; a subject of digits is written " +
+                            SubjectMark + text);
+        }
         table.SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(number - 1), nullptr);
         table.QueryRows(&rows, 1, nullptr, nullptr);
         if (!rows.IsValid())
+        {
             throw ToolError("message " + text + " of " + Named(path) + " is not there any more");
+        }
         return {EntryIdAt(rows, 0),
                 "message " + text + " (" + Quoted(TextOf(rows[0], PR_SUBJECT_W)) + ") of " + Named(path)};
     }
@@ -182,11 +201,15 @@ FoundMessage Mailbox::FindMessage(CZebFolder& folder, const FolderPath& path, co
     table.Restrict(bySubject, 0);
     const ULONG matches = table.GetRowCount();
     if (matches > 1)
-        throw ToolError(Grouped(matches) + " messages of " + Named(path) + " have the subject " +
-                        Quoted(subject) + ": say which by its number, which 'zeb find' shows");
+    {
+        throw ToolError(Grouped(matches) + " messages of " + Named(path) + " have the subject " + Quoted(subject) +
+                        ": say which by its number, which 'zeb find' shows");
+    }
     table.QueryRows(&rows, 1, nullptr, nullptr);
     if (!rows.IsValid())
+    {
         throw ToolError("there is no message with the subject " + Quoted(subject) + " in " + Named(path));
+    }
     return {EntryIdAt(rows, 0), "message " + Quoted(subject) + " of " + Named(path)};
 }
 
@@ -198,10 +221,14 @@ FoundMessages Mailbox::MessagesById(const std::vector<std::string>& identifiers)
     {
         CZebPropObj object = OpenAny(hex);
         if (object.GetObjectType() != MAPI_MESSAGE)
+        {
             throw ToolError(NamedEntryId(hex) + " names no message");
+        }
         const CZebBinary above = object.GetParentID();
         if (parent.IsValid() && !Session().CompareEntryIDs(parent, above))
+        {
             throw ToolError(NamedEntryId(hex) + " names a message of another folder than the one before it");
+        }
         parent = above;
         found.messages.push_back({EntryIdFromText(hex), MessageNamed(object)});
     }
@@ -217,16 +244,22 @@ FoundMessages Mailbox::FindMessages(const std::vector<std::string>& arguments)
     {
         CZebPropObj first = OpenAny(arguments.front());
         if (first.GetObjectType() == MAPI_MESSAGE)
+        {
             return MessagesById(arguments);
+        }
     }
     if (arguments.size() < 2)
+    {
         throw UsageError("no message is named: give its number or subject behind the folder, or its entry "
                          "identifier");
+    }
     FoundMessages found;
     found.folder = OpenFolder(arguments.front());
     found.path = PathOf(found.folder);
     for (size_t i = 1; i < arguments.size(); ++i)
+    {
         found.messages.push_back(FindMessage(found.folder, found.path, arguments[i]));
+    }
     return found;
 }
 

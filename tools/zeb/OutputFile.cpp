@@ -13,10 +13,14 @@ OutputFile::OutputFile(std::string file)
     : m_file(std::move(file))
 {
     if (m_file.empty())
+    {
         return;
+    }
     std::error_code ignored;
     if (std::filesystem::is_directory(std::filesystem::u8path(m_file), ignored))
+    {
         throw ToolError("'" + ValidUtf8(m_file) + "' is a directory");
+    }
     m_beside = m_file + "." + std::to_string(std::random_device{}()) + ".part";
     m_stream.open(std::filesystem::u8path(m_beside), std::ios::binary | std::ios::trunc);
     if (!m_stream)
@@ -29,7 +33,9 @@ OutputFile::OutputFile(std::string file)
 OutputFile::~OutputFile()
 {
     if (m_beside.empty())
+    {
         return;
+    }
     m_stream.close();
     std::error_code ignored;
     std::filesystem::remove(std::filesystem::u8path(m_beside), ignored);
@@ -43,21 +49,31 @@ void OutputFile::Fail() const
 void OutputFile::Write(const std::string& text)
 {
     if (m_file.empty())
+    {
         Print(text);
+    }
     else if (!m_stream.write(text.data(), static_cast<std::streamsize>(text.size())))
+    {
         Fail();
+    }
 }
 
 void OutputFile::Finish()
 {
     if (m_file.empty())
+    {
         return FlushOutput();
+    }
     m_stream.close();
     std::error_code failure;
     if (m_stream)
+    {
         std::filesystem::rename(std::filesystem::u8path(m_beside), std::filesystem::u8path(m_file), failure);
+    }
     if (!m_stream || failure)
+    {
         Fail();
+    }
     m_beside.clear();
 }
 

@@ -65,12 +65,18 @@ int List(const Options& options)
     for (const ProfileEntry& each : ListProfiles(administration.Profiles()))
     {
         if (options.json)
+        {
             list.push_back({{"name", each.name}, {"default", each.isDefault}});
+        }
         else
+        {
             Print((each.isDefault ? "* " : "  ") + OneLine(each.name) + "\n");
+        }
     }
     if (options.json)
+    {
         Print(list.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+    }
     return ExitDone;
 }
 
@@ -90,9 +96,13 @@ StoreService ServiceOf(IMsgServiceAdmin* services)
     CZebRowSet rows;
     table.QueryAllRows(&rows, nullptr, nullptr);
     for (ULONG i = 0; i < rows.Count(); ++i)
+    {
         if (rows[i].hasRealValue(PR_SERVICE_UID))
+        {
             return {CZebBinary(static_cast<const SBinary&>(rows[i][PR_SERVICE_UID])),
                     TextOf(rows[i], PR_ZEBSTORE_PATH_W)};
+        }
+    }
     throw ToolError("the new profile has no message service");
 }
 
@@ -112,8 +122,10 @@ std::string WholePath(const std::string& file)
     const fs::path path = fs::absolute(fs::u8path(file)).lexically_normal();
     std::error_code ignored;
     if (!fs::is_directory(path.parent_path(), ignored))
-        throw ToolError("there is no folder '" + ValidUtf8(path.parent_path().u8string()) +
-                        "' for the store '" + ValidUtf8(path.filename().u8string()) + "'");
+    {
+        throw ToolError("there is no folder '" + ValidUtf8(path.parent_path().u8string()) + "' for the store '" +
+                        ValidUtf8(path.filename().u8string()) + "'");
+    }
     return path.u8string();
 }
 
@@ -122,26 +134,32 @@ std::string AddStoreService(IProfAdmin* profiles, const Options& options, const 
 {
     CComPtr<IMsgServiceAdmin> services;
     const ProfileName name(options.name), service(ZEBSTORE_SERVICE_NAME);
-    ThrowIfFailed(profiles->AdminServices(name.Text(), nullptr, 0, name.Flags(), services.Put()), profiles,
-                  __FILE__, __LINE__);
-    ThrowIfFailed(services->CreateMsgService(service.Text(), service.Text(), 0, service.Flags()), services,
-                  __FILE__, __LINE__);
+    ThrowIfFailed(profiles->AdminServices(name.Text(), nullptr, 0, name.Flags(), services.Put()), profiles, __FILE__,
+                  __LINE__);
+    ThrowIfFailed(services->CreateMsgService(service.Text(), service.Text(), 0, service.Flags()), services, __FILE__,
+                  __LINE__);
     const CZebBinary uid = ServiceOf(services.Get()).uid;
 
     Properties settings;
     if (!file.empty())
+    {
         settings.push_back(TextProperty(PR_ZEBSTORE_PATH_W, file));
+    }
     if (!options.durability.empty())
+    {
         settings.push_back(TextProperty(PR_ZEBSTORE_DURABILITY_W, options.durability));
+    }
     std::vector<const Property*> pointers;
     for (const Property& setting : settings)
+    {
         pointers.push_back(&setting);
+    }
     PropertyArray array;
     array.Assign(pointers);
     const SBinary& bytes = uid;
-    ThrowIfFailed(services->ConfigureMsgService(reinterpret_cast<LPMAPIUID>(bytes.lpb), 0, 0, array.Count(),
-                                                array.Values()),
-                  services, __FILE__, __LINE__);
+    ThrowIfFailed(
+        services->ConfigureMsgService(reinterpret_cast<LPMAPIUID>(bytes.lpb), 0, 0, array.Count(), array.Values()),
+        services, __FILE__, __LINE__);
     return ServiceOf(services.Get()).file;
 }
 
@@ -164,7 +182,9 @@ int Create(const Options& options)
         FailWhile("creating profile '" + ValidUtf8(options.name) + "'");
     }
     if (options.makeDefault)
+    {
         Do("choosing", options.name, profiles, profiles->SetDefaultProfile(name.Text(), name.Flags()));
+    }
     Print("profile '" + ValidUtf8(options.name) + "' is there" +
           (options.makeDefault ? " and is the default\n" : "\n"));
     Print("  store  " + OneLine(store) + "\n");
@@ -187,11 +207,13 @@ int Default(const Options& options)
     {
         Administration administration;
         for (const ProfileEntry& each : ListProfiles(administration.Profiles()))
+        {
             if (each.isDefault)
             {
                 Print(OneLine(each.name) + "\n");
                 return ExitDone;
             }
+        }
         throw ToolError("there is no default profile");
     }
     Administration administration;
@@ -216,8 +238,7 @@ void AddProfile(CLI::App& app, Action& action)
 
     CLI::App* create = profile->add_subcommand("create", "Creates a profile with one zebstore store");
     create->add_option("name", options->name, "The profile's name")->required()->type_name("NAME");
-    create->add_option("--store", options->store, "The store's file; made when it is not there")
-        ->type_name("FILE");
+    create->add_option("--store", options->store, "The store's file; made when it is not there")->type_name("FILE");
     create
         ->add_option("--durability", options->durability,
                      "normal: a commit survives the death of the process; full: also the loss of power")
@@ -229,8 +250,7 @@ void AddProfile(CLI::App& app, Action& action)
     remove->add_option("name", options->name, "The profile's name")->required()->type_name("NAME");
     remove->callback([options, &action] { action = [options] { return Delete(*options); }; });
 
-    CLI::App* choose =
-        profile->add_subcommand("default", "Shows the default profile, or makes NAME the default");
+    CLI::App* choose = profile->add_subcommand("default", "Shows the default profile, or makes NAME the default");
     choose->add_option("name", options->name, "The profile's name")->type_name("NAME");
     choose->callback([options, &action] { action = [options] { return Default(*options); }; });
 }

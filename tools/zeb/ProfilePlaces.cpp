@@ -25,7 +25,9 @@ std::vector<std::string> SubKeysOf(const std::string& path)
     {
         const auto name = key->SubKeyName(i);
         if (!name)
+        {
             break;
+        }
         names.push_back(*name);
     }
     return names;
@@ -40,7 +42,9 @@ std::string InstalledVersion()
     const std::string number = name.substr(name.find_last_not_of("0123456789") + 1);
     constexpr size_t Longest = 4;
     if (number.empty() || number.size() > Longest || std::stoi(number) <= LastWithoutKey)
+    {
         return "";
+    }
     return number + ".0";
 }
 
@@ -50,12 +54,18 @@ public:
     void Add(const std::string& keeper, const std::string& path, bool alsoEmpty)
     {
         if (m_looked.CompareNoCase(path.c_str()) == 0)
+        {
             return;
+        }
         ProfilePlace place{keeper, path, {}};
         for (const std::string& name : SubKeysOf(path))
+        {
             place.profiles.push_back(name);
+        }
         if (alsoEmpty || !place.profiles.empty())
+        {
             m_places.push_back(std::move(place));
+        }
     }
     void AddOutlook(const std::string& version, bool alsoEmpty)
     {
@@ -87,7 +97,9 @@ std::vector<ProfilePlace> ProfilePlacesNotLookedAt()
         seen = seen || version == installed;
     }
     if (!seen)
+    {
         places.AddOutlook(installed, true);
+    }
     return places.Take();
 }
 

@@ -18,9 +18,9 @@ struct ProfilePlace
 /// The key below HKEY_CURRENT_USER where the library looks. UTF-8.
 std::string ProfilesKey();
 
-/// The other places that hold at least one profile: the messaging subsystem's, which the versions of Outlook up to 2010
-/// share, and the key that each later version has of its own, in the registry's order; and the key of the version that is
-/// installed, whatever it holds.
+/// The other places that hold at least one profile: the messaging subsystem's, which the versions of Outlook
+/// up to 2010 share, and the key that each later version has of its own, in the registry's order; and the key
+/// of the version that is installed, whatever it holds.
 std::vector<ProfilePlace> ProfilePlacesNotLookedAt();
 
 } // namespace zeb::tools

@@ -48,8 +48,12 @@ std::string NamesOfBits(const char* table, ULONG value)
 {
     std::string names;
     for (ULONG bit = 1; bit != 0; bit <<= 1)
+    {
         if (const char* name = value & bit ? Zeb_NameFromValue(table, bit, nullptr) : nullptr)
+        {
             names += (names.empty() ? "" : " | ") + std::string(name);
+        }
+    }
     return names;
 }
 
@@ -60,13 +64,15 @@ std::string NumberText(const Property& property, LONG value)
     for (const KnownNumber& known : KnownNumbers)
     {
         if (property.name || PROP_ID(known.tag) != PROP_ID(property.tag))
+        {
             continue;
+        }
         const char* name = Zeb_NameFromValue(known.table, static_cast<ULONG>(value), nullptr);
-        const std::string names = known.isBits ? NamesOfBits(known.table, static_cast<ULONG>(value))
-                                  : name       ? name
-                                               : "";
+        const std::string names = known.isBits ? NamesOfBits(known.table, static_cast<ULONG>(value)) : name ? name : "";
         if (!names.empty())
+        {
             text += " (" + names + ")";
+        }
     }
     return text;
 }
@@ -74,7 +80,9 @@ std::string NumberText(const Property& property, LONG value)
 std::string TextOfBytes(const std::string& bytes, bool isWide)
 {
     if (!isWide)
+    {
         return Utf8FromNarrow(bytes);
+    }
     platform::WideString wide(bytes.size() / sizeof(WCHAR), WCHAR(0));
     std::memcpy(wide.data(), bytes.data(), wide.size() * sizeof(WCHAR));
     return platform::Utf8FromWide(wide.data(), wide.size());
@@ -104,7 +112,9 @@ std::string ErrorText(ULONG code)
 std::string ShownText(const std::string& text, bool full)
 {
     if (!full)
+    {
         return OneLine(text);
+    }
     std::string shown;
     for (size_t at = 0; at <= text.size();)
     {
@@ -146,7 +156,9 @@ std::string ElementText(const Property& property, const std::string& bytes, cons
 std::string SizeText(const Property& property, uint64_t bytes)
 {
     if (property.Type() == PT_UNICODE)
+    {
         return "(" + Grouped(bytes / sizeof(WCHAR)) + " characters) ";
+    }
     return "(" + Grouped(bytes) + (bytes == 1 ? " byte) " : " bytes) ");
 }
 
@@ -156,7 +168,9 @@ std::string Beginning(ByteSource& source, bool full)
     std::string bytes(full ? static_cast<size_t>(source.Size()) : BeginningOfValue, '\0');
     size_t done = 0;
     while (const size_t got = done < bytes.size() ? source.Read(bytes.data() + done, bytes.size() - done) : 0)
+    {
         done += got;
+    }
     bytes.resize(done);
     return bytes;
 }
@@ -164,8 +178,10 @@ std::string Beginning(ByteSource& source, bool full)
 std::string ValueText(const Property& property, const TableStyle& style)
 {
     if (property.source)
+    {
         return SizeText(property, property.source->Size()) +
                ElementText(property, Beginning(*property.source, style.full), style);
+    }
     if ((property.Type() & MV_FLAG) == 0)
     {
         const std::string& bytes = property.values.front();
@@ -175,7 +191,9 @@ std::string ValueText(const Property& property, const TableStyle& style)
     }
     std::string text = "(" + Grouped(property.values.size()) + ") ";
     for (size_t i = 0; i < property.values.size() && (style.full || text.size() < BeginningOfValue); ++i)
+    {
         text += (i == 0 ? "" : ", ") + ElementText(property, property.values[i], style);
+    }
     return text;
 }
 
@@ -191,9 +209,13 @@ std::string TypeText(const Property& property)
 std::string ShortName(const Property& property)
 {
     if (!property.name)
+    {
         return PropertyText(property);
+    }
     if (property.name->isText)
+    {
         return OneLine(Utf8(CStringW(property.name->text.c_str())));
+    }
     char number[16];
     std::snprintf(number, sizeof number, "0x%04X", static_cast<unsigned>(property.name->id));
     return number;
@@ -203,8 +225,7 @@ using Rows = std::vector<std::pair<std::string, const Property*>>;
 
 void PrintRows(Rows& rows, const std::string& indent, size_t nameWidth, const TableStyle& style)
 {
-    std::stable_sort(rows.begin(), rows.end(),
-                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::stable_sort(rows.begin(), rows.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
     const size_t columns = style.columns == 0 ? ColumnsWithoutTerminal : style.columns;
     const size_t used = indent.size() + nameWidth + 2 + TypeWidth + 2;
     const size_t room = columns > used + NarrowestValue ? columns - used : NarrowestValue;
@@ -231,10 +252,9 @@ void PrintProperties(const Properties& properties, const std::string& indent, co
     Rows plain;
     std::map<std::string, Rows> sets;
     const size_t others = indent.size() + 2 + TypeWidth + 2 + NarrowestValue;
-    const size_t widest = style.columns == 0 ? WidestName
-                          : style.columns < others + NarrowestName
-                              ? NarrowestName
-                              : std::min(style.columns - others, WidestName);
+    const size_t widest = style.columns == 0                       ? WidestName
+                          : style.columns < others + NarrowestName ? NarrowestName
+                                                                   : std::min(style.columns - others, WidestName);
     size_t nameWidth = 0;
     for (const Property& property : properties)
     {
@@ -267,7 +287,9 @@ nlohmann::ordered_json PropertiesForMachines(const Properties& properties)
     }
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
     for (const auto& entry : byName)
+    {
         list.push_back(entry.second);
+    }
     return list;
 }
 

@@ -36,13 +36,16 @@ std::string FileToInstall(const std::string& given)
                                         : fs::absolute(fs::u8path(given), ignored);
     const std::string path = file.u8string();
     if (!fs::is_regular_file(file, ignored))
+    {
         throw ToolError("there is no file '" + ValidUtf8(path) + "'");
+    }
     const auto narrowable = platform::NarrowablePath(path);
     if (!narrowable)
-        throw ToolError(
-            "'" + path +
-            "' cannot be registered: MAPI's clients read the path in the system's code page, which "
-            "does not have all of its characters");
+    {
+        throw ToolError("'" + path +
+                        "' cannot be registered: MAPI's clients read the path in the system's code page, which "
+                        "does not have all of its characters");
+    }
     return *narrowable;
 }
 
@@ -50,7 +53,9 @@ void RefuseReplacing(const Registration& registration, const std::string& path, 
 {
     const auto other = registration.Current();
     if (!other || replace || registration.IsOwn(path))
+    {
         return;
+    }
     throw ToolError("another provider is registered: " + registration.Place() + " is '" + *other +
                     "'; --replace registers this one and keeps that value for 'zeb provider remove'");
 }
@@ -61,7 +66,9 @@ void PrintRegistration(const Registration& registration)
     const auto current = registration.Current();
     Print("  " + registration.ShownName() + (current ? " = " + ValidUtf8(*current) : " is not set") + "\n");
     if (const auto replaced = registration.Replaced())
+    {
         Print("  replaced " + ValidUtf8(*replaced) + "; 'zeb provider remove' puts it back\n");
+    }
 }
 
 int Install(const Options& options)
@@ -69,12 +76,18 @@ int Install(const Options& options)
     const std::string path = FileToInstall(options.file);
     const ProviderClass found = CheckMAPIDll(NarrowFromUtf8(path), ProviderEnvironment::Machine());
     if (found.bitness == OfficeBitnessNone)
+    {
         throw ToolError("'" + ValidUtf8(path) + "' is no MAPI provider: " + VerdictOn(found));
+    }
     std::vector<Registration> registrations = {Registration::OfMail()};
     if (options.wab)
+    {
         registrations.push_back(Registration::OfAddressBook());
+    }
     for (const Registration& each : registrations)
+    {
         RefuseReplacing(each, path, options.replace);
+    }
     for (Registration& each : registrations)
     {
         each.Set(path);
@@ -89,13 +102,17 @@ int Remove()
     for (Registration registration : {Registration::OfMail(), Registration::OfAddressBook()})
     {
         if (!registration.IsSetHere())
+        {
             continue;
+        }
         registration.Remove();
         PrintRegistration(registration);
         ++removed;
     }
     if (removed == 0)
+    {
         throw ToolError("no provider is registered that 'zeb provider install' has registered");
+    }
     return ExitDone;
 }
 
@@ -117,7 +134,9 @@ int Status(const Options& options)
                         {"replaced", textOrNull(registration.Replaced())}});
     }
     if (options.json)
+    {
         Print(list.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+    }
     return ExitDone;
 }
 
@@ -126,29 +145,40 @@ int Status(const Options& options)
 std::string VerdictOn(const ProviderClass& found)
 {
     if (found.bitness == OfficeBitness32)
+    {
         return "usable, a provider with decorated names";
+    }
     if (found.bitness == OfficeBitness64)
+    {
         return "usable, a provider with undecorated names";
+    }
     if (!found.loaded)
-        return "unusable, it does not load" +
-               (found.loadError.empty() ? "" : ": " + Utf8FromNarrow(found.loadError));
+    {
+        return "unusable, it does not load" + (found.loadError.empty() ? "" : ": " + Utf8FromNarrow(found.loadError));
+    }
     const std::string plain = found.missingUndecorated ? found.missingUndecorated : "";
     const std::string decorated = found.missingDecorated ? found.missingDecorated : "";
     std::string text = "unusable, it does not export " + (plain.empty() ? decorated : plain);
     if (!plain.empty() && !decorated.empty() && plain != decorated)
+    {
         text += " (nor, with decorated names, " + decorated + ")";
+    }
     return text;
 }
 
 std::string VerdictOn(const ProviderCandidate& candidate)
 {
     if (!candidate.examined)
+    {
         return "names no file to try";
+    }
     const unsigned bits = platform::ReadImageFile(Utf8FromNarrow(candidate.found.resolved)).bits;
     constexpr unsigned OwnBits = 8 * sizeof(void*);
     if (!candidate.found.loaded && bits != 0 && bits != OwnBits)
-        return "unusable, " + std::to_string(bits) + "-bit Office; this program has " +
-               std::to_string(OwnBits) + " bits";
+    {
+        return "unusable, " + std::to_string(bits) + "-bit Office; this program has " + std::to_string(OwnBits) +
+               " bits";
+    }
     return VerdictOn(candidate.found);
 }
 
@@ -158,19 +188,16 @@ void AddProvider(CLI::App& app, Action& action)
     CLI::App* provider = app.add_subcommand("provider", "Registers MAPI providers");
     provider->require_subcommand(1);
     CLI::App* install = provider->add_subcommand(
-        "install",
-        "Registers a provider where the library looks first, the mail client's entry in the registry");
-    install
-        ->add_option("--dll", options->file,
-                     "The provider's file; without it the zebstore in zeb's own folder")
+        "install", "Registers a provider where the library looks first, the mail client's entry in the registry");
+    install->add_option("--dll", options->file, "The provider's file; without it the zebstore in zeb's own folder")
         ->type_name("PATH");
     install->add_flag("--wab", options->wab, "Register it as the Windows Address Book too");
     install->add_flag("--replace", options->replace,
                       "Take the place of another provider, whose entry is kept; without it that is refused");
     install->callback([options, &action] { action = [options] { return Install(*options); }; });
 
-    CLI::App* remove = provider->add_subcommand(
-        "remove", "Takes back what install registered, and puts back what it replaced");
+    CLI::App* remove =
+        provider->add_subcommand("remove", "Takes back what install registered, and puts back what it replaced");
     remove->callback([&action] { action = [] { return Remove(); }; });
 
     CLI::App* status = provider->add_subcommand("status", "Shows what is registered, and what was replaced");

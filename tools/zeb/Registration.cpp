@@ -85,11 +85,15 @@ void Registration::Set(const std::string& path)
 {
     const auto current = Current();
     if (current && SameFile(*current, path) && !IsSetHere())
+    {
         return; // another's own entry for the same file, which Remove must not take
+    }
     const bool replaces = current && !IsOwn(path);
     RegistryKey key = RegistryKey::Create(RegistryRoot::LocalMachine, m_key);
     if (replaces)
+    {
         key.CopyValue(m_value, m_replaced);
+    }
     key.SetStringValue(m_installed, path);
     key.SetStringValue(m_value, path);
 }
@@ -98,9 +102,13 @@ void Registration::Remove()
 {
     RegistryKey key = RegistryKey::Create(RegistryRoot::LocalMachine, m_key);
     if (Replaced())
+    {
         key.CopyValue(m_replaced, m_value);
+    }
     else
+    {
         key.DeleteValue(m_value);
+    }
     key.DeleteValue(m_replaced);
     key.DeleteValue(m_installed);
 }

@@ -54,7 +54,9 @@ public:
             SaveMessages(folder, path, false);
         }
         if (m_subfolders)
+        {
             SaveSubfolders(folder, path);
+        }
     }
 
     uint64_t Messages() const { return m_messages; }
@@ -66,14 +68,13 @@ private:
     {
         CZebPropValArray values;
         folder.GetProps(values, 1, PR_FOLDER_TYPE);
-        return values.hasRealValue(PR_FOLDER_TYPE) &&
-               static_cast<LONG>(values[PR_FOLDER_TYPE]) == FOLDER_SEARCH;
+        return values.hasRealValue(PR_FOLDER_TYPE) && static_cast<LONG>(values[PR_FOLDER_TYPE]) == FOLDER_SEARCH;
     }
 
     void SaveSubfolders(CZebFolder& folder, const FolderPath& path)
     {
         ForEachSubfolder(folder, [&](CZebFolder& child, const std::string& name)
-                         { SaveFolder(child, m_mailbox.IsTop(child) ? FolderPath() : path.Below(name)); });
+        { SaveFolder(child, m_mailbox.IsTop(child) ? FolderPath() : path.Below(name)); });
     }
 
     void SaveMessages(CZebFolder& folder, const FolderPath& path, bool associated)
@@ -85,16 +86,22 @@ private:
             CZebRowSet rows;
             table.QueryRows(&rows, RowsInOneCall, nullptr, nullptr);
             if (!rows.IsValid())
+            {
                 return;
+            }
             for (ULONG i = 0; i < rows.Count(); ++i)
+            {
                 SaveMessage(folder, path, associated, rows[i][PR_ENTRYID]);
+            }
         }
     }
 
     void SaveMessage(CZebFolder& folder, const FolderPath& path, bool associated, const SBinary& entryId)
     {
         if (platform::Interrupted())
+        {
             throw ToolError("interrupted");
+        }
         CZebMessage message(nullptr);
         try
         {
@@ -104,7 +111,9 @@ private:
         {
             // Deleted since the table was read: it is no part of the folder any more.
             if (exception->GetResult() != MAPI_E_NOT_FOUND && exception->GetResult() != MAPI_E_OBJECT_DELETED)
+            {
                 throw;
+            }
             exception->Delete();
             return;
         }
@@ -118,20 +127,28 @@ private:
     static void NoteNameless(const Properties& properties, std::vector<Unread>& unread)
     {
         for (const Property& property : properties)
+        {
             if (NameInFile(property).empty())
+            {
                 unread.push_back({property.tag, "it has an identifier of named properties and no name"});
+            }
+        }
     }
 
     static void NoteNameless(const MessageContent& message, std::vector<Unread>& unread)
     {
         NoteNameless(message.properties, unread);
         for (const Properties& recipient : message.recipients)
+        {
             NoteNameless(recipient, unread);
+        }
         for (const AttachmentContent& attachment : message.attachments)
         {
             NoteNameless(attachment.properties, unread);
             if (attachment.message)
+            {
                 NoteNameless(*attachment.message, unread);
+            }
         }
     }
 
@@ -165,18 +182,30 @@ uint64_t CountMessages(CZebFolder& folder, bool subfolders)
     folder.GetProps(values, 2, PR_CONTENT_COUNT, PR_ASSOC_CONTENT_COUNT);
     uint64_t count = 0;
     for (const ULONG tag : {PR_CONTENT_COUNT, PR_ASSOC_CONTENT_COUNT})
+    {
         if (values.hasRealValue(tag))
+        {
             count += static_cast<ULONG>(values[tag]);
+        }
+    }
     if (!subfolders)
+    {
         return count;
+    }
     CZebTable table = folder.GetHierarchyTable(CONVENIENT_DEPTH);
     table.SetColumns(2, PR_CONTENT_COUNT, PR_ASSOC_CONTENT_COUNT);
     CZebRowSet rows;
     table.QueryAllRows(&rows, nullptr, nullptr);
     for (ULONG i = 0; i < rows.Count(); ++i)
+    {
         for (const ULONG tag : {PR_CONTENT_COUNT, PR_ASSOC_CONTENT_COUNT})
+        {
             if (rows[i].hasRealValue(tag))
+            {
                 count += static_cast<ULONG>(rows[i][tag]);
+            }
+        }
+    }
     return count;
 }
 
@@ -199,8 +228,10 @@ int Run(const Options& options)
     }
     out.Finish();
     if (!options.file.empty())
+    {
         Print(Grouped(messages) + (messages == 1 ? " message in " : " messages in ") + Grouped(folders) +
               (folders == 1 ? " folder saved\n" : " folders saved\n"));
+    }
     return skipped == 0 ? ExitDone : ExitSkipped;
 }
 
@@ -209,8 +240,8 @@ int Run(const Options& options)
 void AddSave(CLI::App& app, Action& action)
 {
     auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand(
-        "save", "Saves a folder with its messages and subfolders as lines that 'zeb load' reads");
+    CLI::App* command =
+        app.add_subcommand("save", "Saves a folder with its messages and subfolders as lines that 'zeb load' reads");
     AddProfileOption(*command, options->profile);
     AddFolderArgument(*command, options->folder);
     command

@@ -63,7 +63,9 @@ Json FloatInFile(const std::string& bytes, bool isDouble)
 {
     const double number = isDouble ? NumberOf<double>(bytes) : static_cast<double>(NumberOf<float>(bytes));
     if (std::isfinite(number))
+    {
         return number;
+    }
     return isDouble ? Bits<uint64_t>(bytes) : Bits<uint32_t>(bytes);
 }
 
@@ -74,14 +76,18 @@ Json TextInFile(const std::string& bytes, bool isWide)
     {
         const std::string text = Utf8FromNarrow(bytes);
         if (NarrowFromUtf8(text) == bytes && bytes.find('\0') == std::string::npos)
+        {
             return text;
+        }
         return {{"hex", Hex(bytes)}};
     }
     platform::WideString wide(bytes.size() / sizeof(WCHAR), WCHAR(0));
     std::memcpy(wide.data(), bytes.data(), wide.size() * sizeof(WCHAR));
     const std::string text = platform::Utf8FromWide(wide.data(), wide.size());
     if (platform::WideFromUtf8(text.data(), text.size()) == wide && text.find('\0') == std::string::npos)
+    {
         return text;
+    }
     return {{"hex", Hex(bytes)}};
 }
 
@@ -105,7 +111,9 @@ Json ElementInFile(ULONG type, const std::string& bytes)
         return FloatInFile(bytes, true);
     case PT_BOOLEAN:
         if (NumberOf<uint16_t>(bytes) > 1)
+        {
             return Bits<uint16_t>(bytes);
+        }
         return NumberOf<uint16_t>(bytes) == 1;
     case PT_STRING8:
     case PT_UNICODE:
@@ -130,10 +138,14 @@ std::string LookUpHeaderName(ULONG tag)
     const char* name = Zeb_NameFromValue("PropTags", tag, nullptr);
     const bool isText = IsText(PROP_TYPE(tag));
     if (!name && isText)
+    {
         name = Zeb_NameFromValue("PropTags", Narrowed(tag), nullptr);
+    }
     ULONG back = 0;
     if (!name || !Zeb_ValueFromName("PropTags", name, &back))
+    {
         return {};
+    }
     const bool isNarrow = isText && tag == Narrowed(tag);
     const std::string text = isNarrow ? name + std::string("_A") : name;
     try
@@ -157,10 +169,14 @@ std::string NamedName(const Property& property)
 {
     const char* type = Zeb_NameFromValue("PropType", property.Type(), nullptr);
     if (!type)
+    {
         return {};
+    }
     std::string text = GuidText(property.name->set) + ":" + type;
     if (property.name->isText)
+    {
         return text + ":name:" + Utf8(CStringW(property.name->text.c_str()));
+    }
     char number[16];
     std::snprintf(number, sizeof number, ":id:0x%04X", static_cast<unsigned>(property.name->id));
     return text + number;
@@ -172,8 +188,12 @@ void AppendProperties(std::string& out, ObjectKind kind, const Properties& prope
 {
     std::map<std::string, const Property*> byName;
     for (const Property& property : properties)
+    {
         if (property.name || !IsStoresOwn(kind, property.tag))
+        {
             byName.emplace(NameInFile(property), &property);
+        }
+    }
     for (const ULONG tag : removed)
     {
         Property missing;
@@ -187,9 +207,13 @@ void AppendProperties(std::string& out, ObjectKind kind, const Properties& prope
     {
         out += separator + Dumped(entry.first) + ": ";
         if (entry.second)
+        {
             AppendValue(out, *entry.second);
+        }
         else
+        {
             out += "null";
+        }
         separator = ", ";
     }
     out += '}';
@@ -206,12 +230,16 @@ std::vector<ULONG> RemovedOf(const MessageContent& message)
 {
     std::vector<ULONG> candidates = {PR_MESSAGE_CLASS_W};
     if (Has(message.properties, PR_SUBJECT))
+    {
         candidates.insert(candidates.end(), {PR_SUBJECT_PREFIX_W, PR_NORMALIZED_SUBJECT_W});
+    }
     if (!message.recipients.empty())
+    {
         candidates.insert(candidates.end(), {PR_DISPLAY_TO_W, PR_DISPLAY_CC_W, PR_DISPLAY_BCC_W});
-    candidates.erase(std::remove_if(candidates.begin(), candidates.end(),
-                                    [&](ULONG tag) { return Has(message.properties, tag); }),
-                     candidates.end());
+    }
+    candidates.erase(
+        std::remove_if(candidates.begin(), candidates.end(), [&](ULONG tag) { return Has(message.properties, tag); }),
+        candidates.end());
     return candidates;
 }
 
@@ -234,7 +262,9 @@ void AppendAttachments(std::string& out, const std::vector<AttachmentContent>& a
         separator = ", ";
     }
     if (!attachments.empty())
+    {
         out += ']';
+    }
 }
 
 /// The keys of a message, without the braces around them.
@@ -251,7 +281,9 @@ void AppendMessage(std::string& out, const MessageContent& message)
         separator = ", ";
     }
     if (!message.recipients.empty())
+    {
         out += ']';
+    }
     AppendAttachments(out, message.attachments);
 }
 
@@ -260,12 +292,18 @@ void AppendMessage(std::string& out, const MessageContent& message)
 std::string NameInFile(const Property& property)
 {
     if (property.name)
+    {
         return NamedName(property);
+    }
     if (PROP_ID(property.tag) == 0 || PROP_ID(property.tag) >= 0x8000)
+    {
         return {};
+    }
     const std::string& name = HeaderName(property.tag);
     if (!name.empty())
+    {
         return name;
+    }
     char number[16];
     std::snprintf(number, sizeof number, "0x%08X", static_cast<unsigned>(property.tag));
     return number;
@@ -275,12 +313,18 @@ nlohmann::json ValueInFile(const Property& property)
 {
     const ULONG type = property.Type() & ~static_cast<ULONG>(MV_FLAG);
     if (property.source)
+    {
         return ElementInFile(type, ReadAll(*property.source));
+    }
     if ((property.Type() & MV_FLAG) == 0)
+    {
         return ElementInFile(type, property.values.front());
+    }
     Json list = Json::array();
     for (const std::string& bytes : property.values)
+    {
         list.push_back(ElementInFile(type, bytes));
+    }
     return list;
 }
 
@@ -295,7 +339,9 @@ void AppendValue(std::string& out, const Property& property)
     out.reserve(out.size() + 2 * static_cast<size_t>(property.source->Size()) + SourcePiece);
     std::string piece(SourcePiece, '\0');
     while (const size_t size = property.source->Read(piece.data(), piece.size()))
+    {
         AppendHex(out, piece.data(), size);
+    }
     out += '"';
 }
 
@@ -303,9 +349,13 @@ std::string FolderLine(const FolderPath& folder, const Properties& properties)
 {
     Properties own;
     for (const Property& property : properties)
+    {
         // The path says the name.
         if (property.name || PROP_ID(property.tag) != PROP_ID(PR_DISPLAY_NAME))
+        {
             own.push_back(property);
+        }
+    }
     std::string line = "{\"folder\": " + Dumped(folder.Text()) + ", \"folderProperties\": ";
     AppendProperties(line, ObjectKind::Folder, own);
     return line + "}\n";
@@ -315,7 +365,9 @@ std::string MessageLine(const FolderPath& folder, bool associated, const Message
 {
     std::string line = "{\"folder\": " + Dumped(folder.Text()) + ", ";
     if (associated)
+    {
         line += "\"associated\": true, ";
+    }
     AppendMessage(line, message);
     return line += "}\n";
 }

@@ -56,7 +56,9 @@ Target FindTarget(Mailbox& mailbox, const Options& options)
     target.name = Named(path);
     target.object = CZebPropObj(folder.GetInterface().Get());
     if (options.message.empty())
+    {
         return target;
+    }
     const FoundMessage message = mailbox.FindMessage(folder, path, options.message, options.associated);
     target.name = message.name;
     folder.OpenEntry(message.entryId, target.object, MAPI_BEST_ACCESS);
@@ -81,7 +83,9 @@ size_t PrintContent(const MessageContent& content, const std::string& title, con
         PrintProperties(attachment.properties, "  ", style);
         count += attachment.properties.size();
         if (!attachment.message)
+        {
             continue;
+        }
         Print(name + ", message\n");
         count += PrintContent(*attachment.message, name + ", ", style);
     }
@@ -94,14 +98,18 @@ Json ContentForMachines(const MessageContent& content)
     object["properties"] = PropertiesForMachines(content.properties);
     object["recipients"] = Json::array();
     for (const Properties& recipient : content.recipients)
+    {
         object["recipients"].push_back({{"properties", PropertiesForMachines(recipient)}});
+    }
     object["attachments"] = Json::array();
     for (const AttachmentContent& attachment : content.attachments)
     {
         Json each;
         each["properties"] = PropertiesForMachines(attachment.properties);
         if (attachment.message)
+        {
             each["message"] = ContentForMachines(*attachment.message);
+        }
         object["attachments"].push_back(each);
     }
     return object;
@@ -125,18 +133,26 @@ int Run(const Options& options)
     PropertyReader reader(ReadWhat::Beginnings);
     MessageContent content;
     if (isMessage)
+    {
         content = reader.ReadMessage(target.object);
+    }
     else
+    {
         content.properties = reader.ReadObject(target.object);
+    }
     ReportUnread(reader);
     if (options.json)
     {
         Json object;
         object["object"] = target.name;
         if (isMessage)
+        {
             object.update(ContentForMachines(content));
+        }
         else
+        {
             object["properties"] = PropertiesForMachines(content.properties);
+        }
         Print(object.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
         return ExitDone;
     }
@@ -156,8 +172,7 @@ void AddShow(CLI::App& app, Action& action)
 {
     auto options = std::make_shared<Options>();
     CLI::App* command = app.add_subcommand(
-        "show",
-        "Shows all properties of a folder or message, with recipients and attachments, or of the store");
+        "show", "Shows all properties of a folder or message, with recipients and attachments, or of the store");
     AddProfileOption(*command, options->profile);
     command
         ->add_option("object", options->object,

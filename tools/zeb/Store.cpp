@@ -34,8 +34,7 @@ int ListStores(const Options& options)
 {
     HostSession session(options.profile);
     CZebTable table = session.Session().GetMsgStoresTable();
-    table.SetColumns(5, PR_DISPLAY_NAME_W, PR_DEFAULT_STORE, PR_PROVIDER_DISPLAY_W, PR_ENTRYID,
-                     PR_ZEBSTORE_PATH_W);
+    table.SetColumns(5, PR_DISPLAY_NAME_W, PR_DEFAULT_STORE, PR_PROVIDER_DISPLAY_W, PR_ENTRYID, PR_ZEBSTORE_PATH_W);
     CZebRowSet rows;
     table.QueryAllRows(&rows, nullptr, nullptr);
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
@@ -48,9 +47,8 @@ int ListStores(const Options& options)
         const std::string file = TextOf(row, PR_ZEBSTORE_PATH_W);
         if (!options.json)
         {
-            Print((isDefault ? "* " : "  ") + OneLine(name) + "  " +
-                  OneLine(TextOf(row, PR_PROVIDER_DISPLAY_W)) + (file.empty() ? "" : "  " + OneLine(file)) +
-                  "\n");
+            Print((isDefault ? "* " : "  ") + OneLine(name) + "  " + OneLine(TextOf(row, PR_PROVIDER_DISPLAY_W)) +
+                  (file.empty() ? "" : "  " + OneLine(file)) + "\n");
             continue;
         }
         nlohmann::ordered_json object;
@@ -62,7 +60,9 @@ int ListStores(const Options& options)
         list.push_back(object);
     }
     if (options.json)
+    {
         Print(list.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+    }
     return ExitDone;
 }
 
@@ -73,7 +73,9 @@ int CheckStore(const Options& options)
     const std::string name = TextOf(store, PR_DISPLAY_NAME_W);
     const std::string verdict = TextOf(store, PR_ZEBSTORE_CHECK_W);
     if (verdict.empty())
+    {
         throw ToolError("store '" + name + "' can not check itself: it is none of zebstore's");
+    }
     if (verdict == "ok")
     {
         Print("store '" + OneLine(name) + "' is sound\n");
@@ -90,8 +92,10 @@ std::string FileOf(const std::string& profile)
     CZebProfAdmin administration = CZebProfAdmin::Open();
     const std::string file = FileOfStore(administration, profile);
     if (file.empty())
+    {
         throw ToolError("profile '" + ValidUtf8(NameOfProfile(administration, profile)) +
                         "' has no store of zebstore's");
+    }
     return file;
 }
 
@@ -107,8 +111,10 @@ Function* CareExport(const char* name)
         path, platform::ModuleKeep | platform::ModuleQuiet | platform::ModuleOwnFolderDeps, &reason);
     void* const found = module ? platform::FindExport(module, name) : nullptr;
     if (!found)
-        throw ToolError("the provider '" + Utf8FromNarrow(path) + "' cannot look after store files: " +
-                        (module ? "it is not zebstore" : Utf8FromNarrow(reason)));
+    {
+        throw ToolError("the provider '" + Utf8FromNarrow(path) +
+                        "' cannot look after store files: " + (module ? "it is not zebstore" : Utf8FromNarrow(reason)));
+    }
     return reinterpret_cast<Function*>(found);
 }
 
@@ -130,7 +136,9 @@ public:
             care.m_findings.push_back(finding);
         }
         else
+        {
             care.m_progress.Step(whole == 0 ? 0 : done * WholeShown / whole);
+        }
     }
 
     void Clear() { m_progress.Clear(); }
@@ -146,7 +154,9 @@ private:
 void RequireDone(HRESULT result, const char* doing, const std::string& file, const char* failure)
 {
     if (FAILED(result))
+    {
         throw ToolError(std::string(doing) + " '" + file + "': " + failure);
+    }
 }
 
 std::string CopyNameOf(const std::string& file)
@@ -170,13 +180,13 @@ int RepairStore(const Options& options)
         file.c_str(), options.inPlace ? nullptr : copy.c_str(), Care::Take, &care, failure, sizeof(failure));
     care.Clear();
     for (const std::string& finding : care.Findings())
+    {
         Print(OneLine(finding) + "\n");
+    }
     RequireDone(result, "cannot repair store file", file, failure);
-    const std::string count =
-        Grouped(care.Findings().size()) + (care.Findings().size() == 1 ? " repair" : " repairs");
-    Print(options.inPlace
-              ? "store file '" + OneLine(file) + "': " + count + "\n"
-              : "store file '" + OneLine(file) + "': " + count + ", in the copy '" + OneLine(copy) + "'\n");
+    const std::string count = Grouped(care.Findings().size()) + (care.Findings().size() == 1 ? " repair" : " repairs");
+    Print(options.inPlace ? "store file '" + OneLine(file) + "': " + count + "\n"
+                          : "store file '" + OneLine(file) + "': " + count + ", in the copy '" + OneLine(copy) + "'\n");
     return ExitDone;
 }
 
@@ -194,8 +204,8 @@ int CompactStore(const Options& options)
     AnnounceUpgrade(file);
     Care care("steps");
     char failure[1024] = "";
-    const HRESULT result = CareExport<ZEBSTORE_COMPACT>("ZebStoreCompact")(file.c_str(), Care::Take, &care,
-                                                                           failure, sizeof(failure));
+    const HRESULT result =
+        CareExport<ZEBSTORE_COMPACT>("ZebStoreCompact")(file.c_str(), Care::Take, &care, failure, sizeof(failure));
     care.Clear();
     RequireDone(result, "cannot compact store file", file, failure);
     Print("store file '" + OneLine(file) + "': " + Grouped(before) + " bytes before, " +
@@ -216,8 +226,7 @@ void AddFileArgument(CLI::App& command, const std::shared_ptr<Options>& options)
 void AddStore(CLI::App& app, Action& action)
 {
     auto options = std::make_shared<Options>();
-    CLI::App* list =
-        app.add_subcommand("stores", "Lists the message stores of a profile; * marks the default one");
+    CLI::App* list = app.add_subcommand("stores", "Lists the message stores of a profile; * marks the default one");
     AddProfileOption(*list, options->profile);
     list->add_flag("--json", options->json, "Print JSON");
     list->callback([options, &action] { action = [options] { return ListStores(*options); }; });
@@ -229,21 +238,17 @@ void AddStore(CLI::App& app, Action& action)
     check->callback([options, &action] { action = [options] { return CheckStore(*options); }; });
 
     CLI::App* repair = store->add_subcommand(
-        "repair",
-        "Repairs a store's file, in a copy unless --in-place: counters and columns are made again, what "
-        "belongs to nothing is removed; a line for each repair");
+        "repair", "Repairs a store's file, in a copy unless --in-place: counters and columns are made again, what "
+                  "belongs to nothing is removed; a line for each repair");
     AddFileArgument(*repair, options);
-    CLI::Option* inPlace =
-        repair->add_flag("--in-place", options->inPlace, "Repair the file itself instead of a copy");
-    repair
-        ->add_option("--output", options->output, "The copy; without it next to the file: NAME.repaired.zeb")
+    CLI::Option* inPlace = repair->add_flag("--in-place", options->inPlace, "Repair the file itself instead of a copy");
+    repair->add_option("--output", options->output, "The copy; without it next to the file: NAME.repaired.zeb")
         ->type_name("FILE")
         ->excludes(inPlace);
     repair->callback([options, &action] { action = [options] { return RepairStore(*options); }; });
 
     CLI::App* compact = store->add_subcommand(
-        "compact",
-        "Gives back the room that deleted content left in a store's file; no other program may use it");
+        "compact", "Gives back the room that deleted content left in a store's file; no other program may use it");
     AddFileArgument(*compact, options);
     compact->callback([options, &action] { action = [options] { return CompactStore(*options); }; });
 }

@@ -48,7 +48,9 @@ struct Change
 std::string KeyOf(const SPropValue& value)
 {
     if (PROP_TYPE(value.ulPropTag) != PT_BINARY)
+    {
         return {};
+    }
     return std::string(reinterpret_cast<const char*>(value.Value.bin.lpb), value.Value.bin.cb);
 }
 
@@ -84,7 +86,9 @@ public:
     {
         std::unique_lock<std::mutex> hold(m_lock);
         if (!m_arrived.wait_for(hold, Patience, [&] { return !m_waiting.empty(); }))
+        {
             return false;
+        }
         change = std::move(m_waiting.front());
         m_waiting.pop_front();
         return true;
@@ -166,29 +170,40 @@ public:
     explicit Memory(CZebTable& table)
     {
         if (table.GetRowCount() > MostRemembered)
+        {
             return;
+        }
         CZebRowSet rows;
         table.QueryAllRows(&rows, nullptr, nullptr);
         for (ULONG i = 0; i < rows.Count(); ++i)
+        {
             if (rows[i].hasRealValue(PR_INSTANCE_KEY))
-                m_known[KeyOf(rows[i][PR_INSTANCE_KEY])] = {TextOf(rows[i], PR_SUBJECT_W),
-                                                            EntryIdOf(rows[i])};
+            {
+                m_known[KeyOf(rows[i][PR_INSTANCE_KEY])] = {TextOf(rows[i], PR_SUBJECT_W), EntryIdOf(rows[i])};
+            }
+        }
     }
 
     /// Gives a deleted message the subject and the identifier it had, and remembers those of others.
     void Complete(Change& change)
     {
         if (change.key.empty())
+        {
             return;
+        }
         const auto known = m_known.find(change.key);
         if (change.event != std::string("deleted"))
         {
             if (known != m_known.end() || m_known.size() < MostRemembered)
+            {
                 m_known[change.key] = {change.subject, change.entryId};
+            }
             return;
         }
         if (known == m_known.end())
+        {
             return;
+        }
         change.subject = known->second.subject;
         change.entryId = known->second.entryId;
         m_known.erase(known);
@@ -207,12 +222,16 @@ std::string Line(const Change& change, const Options& options)
 {
     if (!options.json)
     {
-        std::string line = TimeForPeople(change.time, options.utc ? Zone::Utc : Zone::Local) + "  " +
-                           Fitted(change.event, 8);
+        std::string line =
+            TimeForPeople(change.time, options.utc ? Zone::Utc : Zone::Local) + "  " + Fitted(change.event, 8);
         if (!change.subject.empty() || !change.key.empty())
+        {
             line += "  '" + OneLine(change.subject) + "'";
+        }
         if (!change.sender.empty())
+        {
             line += " from " + OneLine(change.sender);
+        }
         return line + "\n";
     }
     nlohmann::ordered_json object;
@@ -231,8 +250,7 @@ int Run(const Options& options)
     CZebFolder folder = mailbox.OpenFolder(options.folder);
     const FolderPath path = mailbox.PathOf(folder);
     CZebTable table = folder.GetContentsTable(MAPI_UNICODE);
-    table.SetColumns(5, PR_INSTANCE_KEY, PR_SUBJECT_W, PR_SENT_REPRESENTING_NAME_W, PR_SENDER_NAME_W,
-                     PR_ENTRYID);
+    table.SetColumns(5, PR_INSTANCE_KEY, PR_SUBJECT_W, PR_SENT_REPRESENTING_NAME_W, PR_SENDER_NAME_W, PR_ENTRYID);
     Changes changes;
     const Subscription subscription(table, changes, path);
     Memory memory(table);
@@ -241,7 +259,9 @@ int Run(const Options& options)
     {
         Change change;
         if (!changes.Next(change))
+        {
             continue;
+        }
         memory.Complete(change);
         Print(Line(change, options));
         FlushOutput();

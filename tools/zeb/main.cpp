@@ -31,6 +31,8 @@ int main(int argc, char** argv)
     AddSave(app, action);
     AddNames(app, action);
     if (const auto code = ReadCommandLine(app, zeb::platform::Arguments(argc, argv)))
+    {
         return *code;
+    }
     return RunTool("zeb", action);
 }

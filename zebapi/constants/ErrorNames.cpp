@@ -3,10 +3,7 @@
 namespace zeb
 {
 
-#define ROW(name)                                                                                            \
-    {                                                                                                        \
-        static_cast<ULONG>(name), #name                                                                      \
-    }
+#define ROW(name) {static_cast<ULONG>(name), #name}
 
 const ErrorName ErrorNames[] = {
     ROW(MAPI_E_CALL_FAILED),

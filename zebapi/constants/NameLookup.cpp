@@ -43,8 +43,7 @@ const zeb::IndexedNameTable* FindTable(const char* name)
 
 /// The first row for which `same` holds, looked for from `hash` on; null when there is none.
 template <class Same>
-const ZebNamedValue* FindRow(const zeb::IndexedNameTable& indexed, const std::uint16_t* index, ULONG hash,
-                             Same same)
+const ZebNamedValue* FindRow(const zeb::IndexedNameTable& indexed, const std::uint16_t* index, ULONG hash, Same same)
 {
     for (ULONG slot = hash & indexed.slotMask; index[slot] != 0; slot = (slot + 1) & indexed.slotMask)
     {
@@ -107,9 +106,8 @@ int Zeb_ValueFromName(const char* table, const char* name, ULONG* value)
     {
         return 0;
     }
-    const ZebNamedValue* row =
-        FindRow(*indexed, indexed->rowsByName, zeb::HashOfName(name),
-                [&](const ZebNamedValue& each) { return std::strcmp(each.name, name) == 0; });
+    const ZebNamedValue* row = FindRow(*indexed, indexed->rowsByName, zeb::HashOfName(name),
+                                       [&](const ZebNamedValue& each) { return std::strcmp(each.name, name) == 0; });
     if (row == nullptr)
     {
         return 0;

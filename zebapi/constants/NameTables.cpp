@@ -284,22 +284,20 @@ template <const auto& Rows>
 constexpr size_t slotsOf = SlotCount(sizeof(Rows) / sizeof(ZebNamedValue));
 
 template <const auto& Rows>
-constexpr Index<slotsOf<Rows>> byValue = IndexOf<slotsOf<Rows>>(
-    Rows, [](const ZebNamedValue& row) { return HashOfValue(row.value); },
-    [](const ZebNamedValue& a, const ZebNamedValue& b) { return a.value == b.value; });
+constexpr Index<slotsOf<Rows>> byValue = IndexOf<slotsOf<Rows>>(Rows, [](const ZebNamedValue& row)
+{ return HashOfValue(row.value); }, [](const ZebNamedValue& a, const ZebNamedValue& b) { return a.value == b.value; });
 
 template <const auto& Rows>
-constexpr Index<slotsOf<Rows>> byName = IndexOf<slotsOf<Rows>>(
-    Rows, [](const ZebNamedValue& row) { return HashOfName(row.name); },
-    [](const ZebNamedValue& a, const ZebNamedValue& b) { return SameName(a.name, b.name); });
+constexpr Index<slotsOf<Rows>> byName =
+    IndexOf<slotsOf<Rows>>(Rows, [](const ZebNamedValue& row) { return HashOfName(row.name); },
+                           [](const ZebNamedValue& a, const ZebNamedValue& b) { return SameName(a.name, b.name); });
 
 /// The table of these rows, of which there must be as many as said.
 template <const auto& Rows, size_t Count>
 constexpr IndexedNameTable Table(const char* name)
 {
     static_assert(sizeof(Rows) / sizeof(ZebNamedValue) == Count, "rows of the table");
-    IndexedNameTable indexed = {
-        {name, Count, Rows}, slotsOf<Rows> - 1, byValue<Rows>.data(), byName<Rows>.data(), {}};
+    IndexedNameTable indexed = {{name, Count, Rows}, slotsOf<Rows> - 1, byValue<Rows>.data(), byName<Rows>.data(), {}};
     for (size_t i = 0; name[i] != 0; ++i)
     {
         indexed.key[i] = LowerLetter(name[i]);

@@ -53,8 +53,7 @@ public:
     /// Copies `n` bytes to `destination`; does nothing when it is null or they do not fit.
     virtual void ReadBytes(std::uint64_t n, void* destination);
     ZEB_OVERLOADS(
-        /// Text up to and with its terminator; empty, and nothing consumed, when there is none in what is
-        /// left.
+        /// Text up to and with its terminator; empty, and nothing consumed, when there is none in what is left.
         virtual CStringA ReadStringA(),
         /// `n` characters, all of them consumed; the text ends at the first terminator among them.
         virtual CStringA ReadStringA(std::uint64_t n));

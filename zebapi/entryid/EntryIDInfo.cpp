@@ -181,8 +181,7 @@ void CEntryIDInfo::Dump(CDumpText& out, const std::string& prefix) const
 
 const CEntryIDContactAddressBookObject* CEntryIDInfo::Contact() const
 {
-    return m_type == eidtContact ? static_cast<const CEntryIDContactAddressBookObject*>(m_data.get())
-                                 : nullptr;
+    return m_type == eidtContact ? static_cast<const CEntryIDContactAddressBookObject*>(m_data.get()) : nullptr;
 }
 
 const CEntryIDInfo& CEntryIDInfo::Wrapped() const

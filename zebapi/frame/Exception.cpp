@@ -22,9 +22,8 @@ const char* OrNull(const char* text)
 CStringA ErrorNameOf(LONG result)
 {
     const zeb::ErrorName* end = zeb::ErrorNames + zeb::ErrorNameCount;
-    const zeb::ErrorName* row = std::find_if(zeb::ErrorNames, end,
-                                             [result](const zeb::ErrorName& candidate)
-                                             { return candidate.code == static_cast<ULONG>(result); });
+    const zeb::ErrorName* row = std::find_if(zeb::ErrorNames, end, [result](const zeb::ErrorName& candidate)
+    { return candidate.code == static_cast<ULONG>(result); });
     CStringA name;
     if (row != end)
     {
@@ -39,8 +38,8 @@ CStringA ErrorNameOf(LONG result)
 
 void LogThrow(LONG result, const char* description, const char* file, int line)
 {
-    LLog(1, "ZebAPI", "THROW Exception 0x%08x (%s), File %s, line %d", static_cast<unsigned int>(result),
-         description, file, line);
+    LLog(1, "ZebAPI", "THROW Exception 0x%08x (%s), File %s, line %d", static_cast<unsigned int>(result), description,
+         file, line);
 }
 
 } // namespace
@@ -66,9 +65,8 @@ void CZebException::Construct(LONG result, LPMAPIERROR error, const char* file, 
     if (error != nullptr)
     {
         m_description.Format("Ver:%d, Error:%s, Component:%s, LowLewelError:%d, Context:%d \n",
-                             static_cast<int>(error->ulVersion), OrNull(error->lpszError),
-                             OrNull(error->lpszComponent), static_cast<int>(error->ulLowLevelError),
-                             static_cast<int>(error->ulContext));
+                             static_cast<int>(error->ulVersion), OrNull(error->lpszError), OrNull(error->lpszComponent),
+                             static_cast<int>(error->ulLowLevelError), static_cast<int>(error->ulContext));
     }
     else
     {
@@ -88,8 +86,8 @@ BOOL CZebException::GetErrorMessage(char* buffer, unsigned int maxChars, unsigne
     }
     if (buffer != nullptr)
     {
-        const size_t length = zeb::platform::NarrowPrefix(
-            m_description, static_cast<size_t>(m_description.GetLength()), maxChars);
+        const size_t length =
+            zeb::platform::NarrowPrefix(m_description, static_cast<size_t>(m_description.GetLength()), maxChars);
         std::memcpy(buffer, static_cast<const char*>(m_description), length);
         if (length < maxChars)
         {
@@ -152,8 +150,7 @@ void CZebException::Throw(LONG result, const char* file, int line, const char* o
     Throw(result, static_cast<IMAPIProp*>(nullptr), file, line, operation);
 }
 
-void CZebException::ThrowWithError(LONG result, const char* error, const char* file, int line,
-                                   const char* operation)
+void CZebException::ThrowWithError(LONG result, const char* error, const char* file, int line, const char* operation)
 {
     /// Gives the text as the extended error of an object would be given.
     struct Source
@@ -243,8 +240,8 @@ void LogRethrown(const char* file, int line)
     }
     catch (const _com_error& e)
     {
-        LLog(1, "ZebAPI", "EXCEPTION: _com_error: 0x%08X, File: \"%s\", Line: %d",
-             static_cast<unsigned int>(e.Error()), file, line);
+        LLog(1, "ZebAPI", "EXCEPTION: _com_error: 0x%08X, File: \"%s\", Line: %d", static_cast<unsigned int>(e.Error()),
+             file, line);
     }
     catch (...)
     {

@@ -62,8 +62,7 @@ public:
     /// Throws a new exception, or, when memory for it is out, one kept for the case:
     /// MAPI_E_NOT_ENOUGH_MEMORY.
     /// @param operation what GetContext() begins with: the calling function unless another is given
-    [[noreturn]] static void Throw(LONG result, const char* file, int line,
-                                   const char* operation = ZEB_CALLER);
+    [[noreturn]] static void Throw(LONG result, const char* file, int line, const char* operation = ZEB_CALLER);
 
     /// As above, with the extended error of the object that failed.
     template <class Object>
@@ -120,9 +119,9 @@ ZEBAPI_EXPORT zeb::CStringA Zeb_GetExceptionDescription(zeb::CException* e);
 /// The description of a result code: its MAPI name, or "0x%08X" for a code that has none.
 ZEBAPI_EXPORT zeb::CStringA Zeb_GetResultDescription(HRESULT result);
 
-/// Inside a catch block: one line that describes the exception in flight, whatever the library has thrown: a CException
-/// (which is deleted), _com_error of an empty wrapper, std::bad_alloc. "operation: description" where the operation is
-/// known.
+/// Inside a catch block: one line that describes the exception in flight, whatever the library has
+/// thrown: a CException (which is deleted), _com_error of an empty wrapper, std::bad_alloc.
+/// "operation: description" where the operation is known.
 ///
 /// A host ends with it:
 ///
@@ -168,8 +167,7 @@ inline zeb::CStringA Zeb_DescribeCurrentException()
     }
 }
 
-/// Throws a failing result (severity bit set) as a CZebException*; success and warnings are returned
-/// unchanged.
+/// Throws a failing result (severity bit set) as a CZebException*; success and warnings are returned unchanged.
 /// @param operation what the exception's context begins with: the calling function unless another is given
 inline HRESULT ThrowIfFailed(HRESULT result, const char* file, int line, const char* operation = ZEB_CALLER)
 {
@@ -182,8 +180,7 @@ inline HRESULT ThrowIfFailed(HRESULT result, const char* file, int line, const c
 
 /// As above, for a call on a MAPI object: the description is the object's extended error where it gives one.
 template <class Object>
-HRESULT ThrowIfFailed(HRESULT result, Object* object, const char* file, int line,
-                      const char* operation = ZEB_CALLER)
+HRESULT ThrowIfFailed(HRESULT result, Object* object, const char* file, int line, const char* operation = ZEB_CALLER)
 {
     if (result < 0)
     {

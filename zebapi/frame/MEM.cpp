@@ -106,8 +106,7 @@ void zeb::AbandonMem()
 void* Zeb_MemAllocate(ULONG size, void* parent)
 {
     void* block = nullptr;
-    ThrowIfFailed(parent != nullptr ? binding.AllocateMore(size, parent, &block)
-                                    : binding.Allocate(size, &block),
+    ThrowIfFailed(parent != nullptr ? binding.AllocateMore(size, parent, &block) : binding.Allocate(size, &block),
                   __FILE__, __LINE__);
     if (block == nullptr)
     {

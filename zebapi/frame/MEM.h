@@ -1,5 +1,4 @@
-// MAPI's memory: the one binding to the provider's allocator, and what the whole library allocates and frees
-// by.
+// MAPI's memory: the one binding to the provider's allocator, and what the whole library allocates and frees by.
 //
 // The binding is set by CZebAPI when a provider is loaded and dropped when it is unloaded. It is read without
 // a lock: do not allocate or free while a provider is being loaded or unloaded.
@@ -41,8 +40,7 @@ ZEBAPI_EXPORT void* Zeb_MemAllocate(ULONG size, void* parent);
 /// @throws CZebException* as Zeb_MemAllocate
 ZEBAPI_EXPORT void* Zeb_MemReallocate(void* old, ULONG newSize, ULONG oldSize);
 
-/// Frees a root block and what was allocated under it (MAPIFreeBuffer). Does nothing when no provider is
-/// loaded.
+/// Frees a root block and what was allocated under it (MAPIFreeBuffer). Does nothing when no provider is loaded.
 ZEBAPI_EXPORT void Zeb_MemFree(void* block);
 
 /// Frees a root block and sets the pointer to null; a null pointer is left alone.

@@ -18,8 +18,7 @@
 namespace
 {
 
-// Mode of CDllLoader for a provider: kept for the process's calls, no error box, dependencies from its own
-// folder.
+// Mode of CDllLoader for a provider: kept for the process's calls, no error box, dependencies from its own folder.
 constexpr long ModeProvider = 22;
 
 constexpr ULONG LogonFlags = MAPI_LOGON_UI | MAPI_EXTENDED | MAPI_NO_MAIL;
@@ -176,8 +175,7 @@ void CZebAPI::InitializeMAPI()
     }
     if (!m_loader.Load(path, ModeProvider))
     {
-        zeb::ThrowAbout([&] { return zeb::NameText(path.GetString()); }, MAPI_E_CALL_FAILED, __FILE__,
-                        __LINE__);
+        zeb::ThrowAbout([&] { return zeb::NameText(path.GetString()); }, MAPI_E_CALL_FAILED, __FILE__, __LINE__);
     }
     ResolveEntryPoints(path);
     BindAllocator();
@@ -215,8 +213,8 @@ void CZebAPI::RefuseLibrary(const char* missing, const char* path)
 {
     LLog(1, "ZebAPI", "Failed to export %s from %s", missing, path);
     Unload();
-    zeb::ThrowAbout([&] { return CStringA(missing) + " of " + zeb::NameText(path); }, MAPI_E_VERSION,
-                    __FILE__, __LINE__);
+    zeb::ThrowAbout([&] { return CStringA(missing) + " of " + zeb::NameText(path); }, MAPI_E_VERSION, __FILE__,
+                    __LINE__);
 }
 
 void CZebAPI::BindAllocator()
@@ -225,8 +223,7 @@ void CZebAPI::BindAllocator()
     ALLOCATEMORE* allocateMore = nullptr;
     FREEBUFFER* freeBuffer = nullptr;
     if (!m_loader.GetProc("MAPIAllocateBuffer", allocateBuffer) ||
-        !m_loader.GetProc("MAPIAllocateMore", allocateMore) ||
-        !m_loader.GetProc("MAPIFreeBuffer", freeBuffer))
+        !m_loader.GetProc("MAPIAllocateMore", allocateMore) || !m_loader.GetProc("MAPIFreeBuffer", freeBuffer))
     {
         LLog(1, "ZebAPI", "Failed to export memory manager");
         Unload();
@@ -270,12 +267,10 @@ void CZebAPI::InitializeWAB()
 {
     CSingleLock objectLock(&m_lock, true);
     const CStringA path =
-        zeb::OpenRegistry(HKEY_LOCAL_MACHINE, "Software\\Microsoft\\WAB\\DLLPath", __FILE__, __LINE__)
-            .GetString();
+        zeb::OpenRegistry(HKEY_LOCAL_MACHINE, "Software\\Microsoft\\WAB\\DLLPath", __FILE__, __LINE__).GetString();
     if (!zeb::platform::IsBareOrAbsolutePath(path.GetString()) || !m_loader.Load(path, ModeProvider))
     {
-        zeb::ThrowAbout([&] { return zeb::NameText(path.GetString()); }, MAPI_E_CALL_FAILED, __FILE__,
-                        __LINE__);
+        zeb::ThrowAbout([&] { return zeb::NameText(path.GetString()); }, MAPI_E_CALL_FAILED, __FILE__, __LINE__);
     }
     if (m_loader.GetProc("WABOpen") == nullptr)
     {
@@ -345,8 +340,7 @@ CZebSession CZebAPI::OpenSession(HWND parent, const char* profileName)
     // A name that fills the buffer has no terminator of its own: one byte more is always zero.
     char name[ProfileNameSize + 1] = {};
     // Whole characters only.
-    std::memcpy(name, profileName,
-                zeb::platform::NarrowPrefix(profileName, std::strlen(profileName), ProfileNameSize));
+    std::memcpy(name, profileName, zeb::platform::NarrowPrefix(profileName, std::strlen(profileName), ProfileNameSize));
     return zeb::AboutName(name, [&] { return Logon(parent, name, 0); });
 }
 

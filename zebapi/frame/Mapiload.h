@@ -27,18 +27,17 @@ enum EnumOfficeBitness : LONG
 /// The library: finds, loads and starts a MAPI provider or the Windows Address Book, and opens sessions.
 /// There is one, made when the library is loaded: Zeb_GetMAPI().
 ///
-/// Threads: every operation that changes or uses the loaded provider takes the object lock; the start of MAPI
-/// takes the global MAPI critical section before it. Both are recursive. The flags may be read from any
-/// thread.
+/// Threads: every operation that changes or uses the loaded provider takes the object lock; the start of MAPI takes the
+/// global MAPI critical section before it. Both are recursive. The flags may be read from any thread.
 ///
 /// The start may be called again while MAPI is ready: the provider is looked for and started anew, and one
 /// stop undoes all of them. When such a second start finds no provider, the bitness is 0 from then on and the
 /// next stop leaves the entry points set although the library behind them is unloaded: call nothing of MAPI
 /// after that but a start.
 ///
-/// Call Uninitialize before the process ends or the library is unloaded. When a provider is loaded then, nothing of it is
-/// called or released any more (it may have ended before, and may not be waited for): it stays loaded with what it holds
-/// open.
+/// Call Uninitialize before the process ends or the library is unloaded. When a provider is loaded
+/// then, nothing of it is called or released any more (it may have ended before, and may not be
+/// waited for): it stays loaded with what it holds open.
 ///
 /// An object other than the library's own acts on the allocator and the entry points only while they are those that it
 /// has set itself.
@@ -59,8 +58,8 @@ class ZEBAPI_EXPORT CZebAPI
 
 public:
     CZebAPI();
-    /// Releases the address book and unloads the provider; drops the allocator and the entry points that this object has
-    /// set.
+    /// Releases the address book and unloads the provider; drops the allocator and
+    /// the entry points that this object has set.
     virtual ~CZebAPI();
     CZebAPI(const CZebAPI&) = delete;
     CZebAPI& operator=(const CZebAPI&) = delete;
@@ -82,12 +81,11 @@ public:
     /// that came from it before.
     virtual void Uninitialize(CZebSession* session);
 
-    /// Logs on (MAPILogonEx) to a profile, or with a null name to the default profile, sharing an existing
-    /// session.
+    /// Logs on (MAPILogonEx) to a profile, or with a null name to the default profile, sharing an existing session.
     /// @param parent window for the provider's dialogs; may be null
     /// @param profileName at most 1024 bytes of it are used
-    /// @throws CZebException* E_POINTER before Initialize, what MAPILogonEx returned, or MAPI_E_CALL_FAILED when it gave
-    /// no session; each sets WasFailed()
+    /// @throws CZebException* E_POINTER before Initialize, what MAPILogonEx returned, or
+    /// MAPI_E_CALL_FAILED when it gave no session; each sets WasFailed()
     virtual CZebSession OpenSession(HWND parent, const char* profileName);
 
     /// As OpenSession with a name, which may have characters that the ANSI code page lacks (MAPILogonEx with

@@ -61,8 +61,8 @@ int CZebProfileNames::GetNextName(CString& name)
 
 CStringA CZebProfileNames::GetDefaultProfile()
 {
-    const CQorRegKey key = zeb::OpenRegistry(
-        HKEY_CURRENT_USER, IsOutlook15() ? Outlook15Key : SubsystemProfilesKey, __FILE__, __LINE__);
+    const CQorRegKey key =
+        zeb::OpenRegistry(HKEY_CURRENT_USER, IsOutlook15() ? Outlook15Key : SubsystemProfilesKey, __FILE__, __LINE__);
     CStringA name;
     key.GetString(name, "DefaultProfile", 1);
     return name;
@@ -92,20 +92,19 @@ CZebProfAdmin CZebProfAdmin::Open()
 
 CZebProfAdmin& CZebProfAdmin::operator=(const CZebProfAdmin& other)
 {
-    zeb::Guarded(__FILE__, __LINE__,
-                 [this, &other]
-                 {
-                     CComPtr<IProfAdmin> profAdmin;
-                     if (other.m_profAdmin)
-                     {
-                         other.m_profAdmin.QueryInterface(IID_IProfAdmin, profAdmin);
-                     }
-                     m_profAdmin = profAdmin;
-                     if (!IsValid())
-                     {
-                         CZebException::Throw(MAPI_E_INTERFACE_NOT_SUPPORTED, __FILE__, __LINE__);
-                     }
-                 });
+    zeb::Guarded(__FILE__, __LINE__, [this, &other]
+    {
+        CComPtr<IProfAdmin> profAdmin;
+        if (other.m_profAdmin)
+        {
+            other.m_profAdmin.QueryInterface(IID_IProfAdmin, profAdmin);
+        }
+        m_profAdmin = profAdmin;
+        if (!IsValid())
+        {
+            CZebException::Throw(MAPI_E_INTERFACE_NOT_SUPPORTED, __FILE__, __LINE__);
+        }
+    });
     return *this;
 }
 

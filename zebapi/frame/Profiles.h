@@ -11,9 +11,9 @@
 /// Reads the profiles' names straight from the registry; works without MAPI.
 ///
 /// Outlook 15 keeps its profiles in a place of its own; everything else uses Windows' messaging subsystem.
-/// Which one is installed is what "Outlook.Application\CurVer" says. The constructor and what is marked so throw
-/// CZebException* MAPI_E_CALL_FAILED when the registry cannot be read at all; what is absent is empty. Threads: none of its own; use one object
-/// from one thread.
+/// Which one is installed is what "Outlook.Application\CurVer" says. The constructor and what is marked so
+/// throw CZebException* MAPI_E_CALL_FAILED when the registry cannot be read at all; what is absent is empty.
+/// Threads: none of its own; use one object from one thread.
 class ZEBAPI_EXPORT CZebProfileNames
 {
 public:
@@ -42,8 +42,7 @@ private:
     CQorRegKey m_profiles;
 };
 
-/// Wraps MAPI's profile administration (IProfAdmin); holds one counted reference or nothing. Copies share the
-/// object.
+/// Wraps MAPI's profile administration (IProfAdmin); holds one counted reference or nothing. Copies share the object.
 ///
 /// Using an empty one raises _com_error with E_POINTER.
 class ZEBAPI_EXPORT CZebProfAdmin

@@ -41,20 +41,19 @@ void CZebSession::Free()
 
 CZebSession& CZebSession::operator=(const CZebSession& other)
 {
-    zeb::Guarded(__FILE__, __LINE__,
-                 [&]
-                 {
-                     CComPtr<IMAPISession> session;
-                     if (other.IsValid())
-                     {
-                         other.m_session.QueryInterface(IID_IMAPISession, session);
-                     }
-                     m_session = session;
-                     if (!IsValid())
-                     {
-                         CZebException::Throw(MAPI_E_INTERFACE_NOT_SUPPORTED, __FILE__, __LINE__);
-                     }
-                 });
+    zeb::Guarded(__FILE__, __LINE__, [&]
+    {
+        CComPtr<IMAPISession> session;
+        if (other.IsValid())
+        {
+            other.m_session.QueryInterface(IID_IMAPISession, session);
+        }
+        m_session = session;
+        if (!IsValid())
+        {
+            CZebException::Throw(MAPI_E_INTERFACE_NOT_SUPPORTED, __FILE__, __LINE__);
+        }
+    });
     return *this;
 }
 
@@ -70,9 +69,8 @@ CComPtr<IMAPISession> CZebSession::GetInterface() const
 
 void CZebSession::Logoff(ULONG uiParam, ULONG flags, ULONG reserved)
 {
-    zeb::Guarded(
-        __FILE__, __LINE__,
-        [&] { ThrowIfFailed(m_session->Logoff(uiParam, flags, reserved), m_session, __FILE__, __LINE__); });
+    zeb::Guarded(__FILE__, __LINE__,
+                 [&] { ThrowIfFailed(m_session->Logoff(uiParam, flags, reserved), m_session, __FILE__, __LINE__); });
     Free();
 }
 
@@ -103,8 +101,8 @@ CZebMsgStore CZebSession::OpenMsgStore(const SBinary& entryId, HWND parent, ULON
 CZebAddressBook CZebSession::OpenAddressBook(HWND parent, ULONG flags)
 {
     CComPtr<IAddrBook> book;
-    ThrowIfFailed(m_session->OpenAddressBook(zeb::UIParam(parent), nullptr, flags, book.Put()), m_session,
-                  __FILE__, __LINE__);
+    ThrowIfFailed(m_session->OpenAddressBook(zeb::UIParam(parent), nullptr, flags, book.Put()), m_session, __FILE__,
+                  __LINE__);
     zeb::RequireObject(static_cast<bool>(book), __FILE__, __LINE__);
     CZebAddressBook result(book.Get());
     result.SetSession(m_session.Get());
@@ -131,10 +129,9 @@ CZebMsgStore CZebSession::OpenDefaultMsgStore(HWND parent, ULONG flags)
 bool CZebSession::CompareEntryIDs(const SBinary& a, const SBinary& b)
 {
     ULONG equal = 0;
-    zeb::ThrowIfFailedAbout(
-        [&] { return zeb::EntryText(a) + ", " + zeb::EntryText(b); },
-        m_session->CompareEntryIDs(a.cb, zeb::EntryID(a), b.cb, zeb::EntryID(b), 0, &equal), m_session,
-        __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout([&] { return zeb::EntryText(a) + ", " + zeb::EntryText(b); },
+                            m_session->CompareEntryIDs(a.cb, zeb::EntryID(a), b.cb, zeb::EntryID(b), 0, &equal),
+                            m_session, __FILE__, __LINE__);
     return equal != 0;
 }
 

@@ -15,8 +15,7 @@ constexpr ULONG ContactFolder = 3;
 /// Whether the identifier is an address book entry that stands for a contacts folder.
 bool IsContactsFolder(const zeb::CEntryIDInfo& info)
 {
-    return info.Type() == zeb::eidtContact && info.Contact() != nullptr &&
-           info.Contact()->Type() == ContactFolder;
+    return info.Type() == zeb::eidtContact && info.Contact() != nullptr && info.Contact()->Type() == ContactFolder;
 }
 
 CZebBinary WrappedFolder(const zeb::CEntryIDInfo& info)
@@ -191,8 +190,7 @@ CZebABContainer CZebAddressBook::OpenRootContainer(ULONG flags)
 
 CZebContainer CZebAddressBook::OpenContainer(const SBinary& entryID, ULONG flags)
 {
-    const zeb::CEntryIDInfo info =
-        zeb::framework::WithMemory([&] { return zeb::CEntryIDInfo(CZebBinary(entryID)); });
+    const zeb::CEntryIDInfo info = zeb::framework::WithMemory([&] { return zeb::CEntryIDInfo(CZebBinary(entryID)); });
     CZebContainer container;
     if (IsContactsFolder(info))
     {
@@ -251,9 +249,8 @@ bool CZebAddressBook::CompareEntryIDs(const char* entryIDHex1, const char* entry
     const SBinary& a = firstID;
     const SBinary& b = secondID;
     ULONG equal = 0;
-    zeb::ThrowIfFailedAbout(
-        [&] { return zeb::EntryText(a) + ", " + zeb::EntryText(b); },
-        m_session->CompareEntryIDs(a.cb, zeb::EntryID(a), b.cb, zeb::EntryID(b), 0, &equal), m_session,
-        __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout([&] { return zeb::EntryText(a) + ", " + zeb::EntryText(b); },
+                            m_session->CompareEntryIDs(a.cb, zeb::EntryID(a), b.cb, zeb::EntryID(b), 0, &equal),
+                            m_session, __FILE__, __LINE__);
     return equal != 0;
 }

@@ -39,8 +39,7 @@ CZebBinary FindByString(CZebTable table, ULONG tag, const Char* text, const char
     table.QueryRows(&rows, 1, nullptr, nullptr);
     if (!rows.IsValid())
     {
-        zeb::ThrowAbout([text] { return zeb::NameText(text); }, ElementNotFound, __FILE__, __LINE__,
-                        operation);
+        zeb::ThrowAbout([text] { return zeb::NameText(text); }, ElementNotFound, __FILE__, __LINE__, operation);
     }
     return CZebBinary(zeb::Received(rows[0][PR_ENTRYID]));
 }
@@ -93,25 +92,22 @@ CZebFolder& CZebFolder::operator=(const CZebFolder& other)
     return *this;
 }
 
-CZebFolder CZebFolder::CreateFolder(const char* name, bool hidden, bool save, ULONG flags,
-                                    const char* comment, ULONG folderType)
+CZebFolder CZebFolder::CreateFolder(const char* name, bool hidden, bool save, ULONG flags, const char* comment,
+                                    ULONG folderType)
 {
     CZebFolder result;
-    if (flags == OPEN_IF_EXISTS &&
-        zeb::Guarded(__FILE__, __LINE__, [&] { result = OpenFolderByNameA(name); }))
+    if (flags == OPEN_IF_EXISTS && zeb::Guarded(__FILE__, __LINE__, [&] { result = OpenFolderByNameA(name); }))
     {
         return result;
     }
     CComPtr<IMAPIFolder> folder = GetFolder();
     CComPtr<IMAPIFolder> created;
-    zeb::AboutName(name,
-                   [&]
-                   {
-                       ThrowIfFailed(folder->CreateFolder(folderType, const_cast<char*>(name),
-                                                          const_cast<char*>(comment), &IID_IMAPIFolder, flags,
-                                                          created.Put()),
-                                     folder, __FILE__, __LINE__, "CreateFolder");
-                   });
+    zeb::AboutName(name, [&]
+    {
+        ThrowIfFailed(folder->CreateFolder(folderType, const_cast<char*>(name), const_cast<char*>(comment),
+                                           &IID_IMAPIFolder, flags, created.Put()),
+                      folder, __FILE__, __LINE__, "CreateFolder");
+    });
     zeb::RequireObject(static_cast<bool>(created), __FILE__, __LINE__);
     result = CZebFolder(created.Get());
     if (hidden)
@@ -166,15 +162,14 @@ void CZebFolder::DeleteFolder(const SBinary& entryID, HWND parent, ULONG flags, 
     CComPtr<IMAPIFolder> folder = GetFolder();
     zeb::ThrowIfFailedAbout(
         [&] { return zeb::EntryText(entryID); },
-        folder->DeleteFolder(entryID.cb, zeb::EntryID(entryID), zeb::UIParam(parent), progress, flags),
-        folder, __FILE__, __LINE__);
+        folder->DeleteFolder(entryID.cb, zeb::EntryID(entryID), zeb::UIParam(parent), progress, flags), folder,
+        __FILE__, __LINE__);
 }
 
 void CZebFolder::DeleteMessages(SBinaryArray* list, HWND parent, ULONG flags, IMAPIProgress* progress)
 {
     CComPtr<IMAPIFolder> folder = GetFolder();
-    zeb::ThrowIfFailedAbout(CountOf(list),
-                            folder->DeleteMessages(list, zeb::UIParam(parent), progress, flags), folder,
+    zeb::ThrowIfFailedAbout(CountOf(list), folder->DeleteMessages(list, zeb::UIParam(parent), progress, flags), folder,
                             __FILE__, __LINE__);
 }
 
@@ -184,15 +179,14 @@ void CZebFolder::DeleteMessage(const SBinary& entryID)
     DeleteMessages(list, nullptr, 0, nullptr);
 }
 
-void CZebFolder::CopyMessages(SBinaryArray* list, CZebFolder& dest, ULONG flags, HWND parent,
-                              IMAPIProgress* progress)
+void CZebFolder::CopyMessages(SBinaryArray* list, CZebFolder& dest, ULONG flags, HWND parent, IMAPIProgress* progress)
 {
     CComPtr<IMAPIFolder> folder = GetFolder();
     CComPtr<IMAPIFolder> target = dest.GetFolder();
-    zeb::ThrowIfFailedAbout(CountOf(list),
-                            folder->CopyMessages(list, dest.GetInterfaceCIID(), target.Checked(),
-                                                 zeb::UIParam(parent), progress, flags),
-                            folder, __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout(
+        CountOf(list),
+        folder->CopyMessages(list, dest.GetInterfaceCIID(), target.Checked(), zeb::UIParam(parent), progress, flags),
+        folder, __FILE__, __LINE__);
 }
 
 void CZebFolder::CopyMessage(const SBinary& entryID, CZebFolder& dest, ULONG flags)
@@ -201,8 +195,7 @@ void CZebFolder::CopyMessage(const SBinary& entryID, CZebFolder& dest, ULONG fla
     CopyMessages(list, dest, flags, nullptr, nullptr);
 }
 
-void CZebFolder::MoveMessages(SBinaryArray* list, CZebFolder& dest, ULONG flags, HWND parent,
-                              IMAPIProgress* progress)
+void CZebFolder::MoveMessages(SBinaryArray* list, CZebFolder& dest, ULONG flags, HWND parent, IMAPIProgress* progress)
 {
     CopyMessages(list, dest, flags | MESSAGE_MOVE, parent, progress);
 }
@@ -258,15 +251,13 @@ CZebMessage CZebFolder::CreateQorInfoMessage(bool openExisting, bool save)
 
 CZebMessage CZebFolder::OpenQorInfoMessage()
 {
-    const CZebBinary entryID =
-        FindByString(GetContentsTable(MAPI_DEFERRED_ERRORS), PR_SUBJECT_A, InfoSubject);
+    const CZebBinary entryID = FindByString(GetContentsTable(MAPI_DEFERRED_ERRORS), PR_SUBJECT_A, InfoSubject);
     CZebMessage message;
     OpenEntry(entryID, message, MAPI_BEST_ACCESS);
     return message;
 }
 
-void CZebFolder::GetPropsOfChild(CZebSession& session, const SBinary& childID, CZebPropValArray& result,
-                                 ULONG n, ...)
+void CZebFolder::GetPropsOfChild(CZebSession& session, const SBinary& childID, CZebPropValArray& result, ULONG n, ...)
 {
     CZebPropTagArray tags;
     va_list args;

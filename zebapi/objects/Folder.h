@@ -29,8 +29,8 @@ public:
     /// @param hidden      sets PR_ATTR_HIDDEN on the new folder
     /// @param save        saves the new folder
     /// @param folderType  FOLDER_GENERIC or FOLDER_SEARCH
-    virtual CZebFolder CreateFolder(const char* name, bool hidden, bool save, ULONG flags,
-                                    const char* comment, ULONG folderType);
+    virtual CZebFolder CreateFolder(const char* name, bool hidden, bool save, ULONG flags, const char* comment,
+                                    ULONG folderType);
     /// The entry identifier of the first direct subfolder with this display name.
     /// @throws CZebException* 1168 when there is none, MAPI_E_INVALID_PARAMETER for a null name
     virtual CZebBinary GetFolderEntryIdByNameA(const char* name);
@@ -52,13 +52,11 @@ public:
     /// Deletes one message.
     virtual void DeleteMessage(const SBinary& entryID);
     /// IMAPIFolder::CopyMessages into dest.
-    virtual void CopyMessages(SBinaryArray* list, CZebFolder& dest, ULONG flags, HWND parent,
-                              IMAPIProgress* progress);
+    virtual void CopyMessages(SBinaryArray* list, CZebFolder& dest, ULONG flags, HWND parent, IMAPIProgress* progress);
     /// Copies one message into dest.
     virtual void CopyMessage(const SBinary& entryID, CZebFolder& dest, ULONG flags);
     /// CopyMessages with MESSAGE_MOVE.
-    virtual void MoveMessages(SBinaryArray* list, CZebFolder& dest, ULONG flags, HWND parent,
-                              IMAPIProgress* progress);
+    virtual void MoveMessages(SBinaryArray* list, CZebFolder& dest, ULONG flags, HWND parent, IMAPIProgress* progress);
     /// CopyMessage with MESSAGE_MOVE.
     virtual void MoveMessage(const SBinary& entryID, CZebFolder& dest, ULONG flags);
     /// IMAPIFolder::EmptyFolder.

@@ -6,10 +6,10 @@
 #include "zebapi/frame/internal/Subject.h"
 #include "zebapi/objects/Message.h"
 #include "zebapi/objects/internal/OpenEntry.h"
-#include "zebapi/values/internal/PropDump.h"
 #include "zebapi/values/OnePROPVAL.h"
 #include "zebapi/values/PROPVALArray.h"
 #include "zebapi/values/TAGS.h"
+#include "zebapi/values/internal/PropDump.h"
 #include "zebapi/values/internal/Received.h"
 
 #include <climits>
@@ -199,16 +199,15 @@ CZebIProp& CZebIProp::operator=(const CZebIProp& other)
     // Taken before freeing, which may be the freeing of other.
     CComPtr<IUnknown> object(other.m_object);
     const bool isWAB = other.m_bWAB;
-    zeb::Guarded(__FILE__, __LINE__,
-                 [&]
-                 {
-                     Free();
-                     m_object = object;
-                     if (!IsValid())
-                     {
-                         CZebException::Throw(E_NOINTERFACE, __FILE__, __LINE__);
-                     }
-                 });
+    zeb::Guarded(__FILE__, __LINE__, [&]
+    {
+        Free();
+        m_object = object;
+        if (!IsValid())
+        {
+            CZebException::Throw(E_NOINTERFACE, __FILE__, __LINE__);
+        }
+    });
     m_bWAB = isWAB;
     return *this;
 }
@@ -281,9 +280,8 @@ CStringA CZebIProp::GetStringPropA(ULONG tag)
 {
     CZebPropVal value;
     const char* const operation = __func__;
-    zeb::AboutTag(
-        tag,
-        [&] { ThrowIfFailed(_HrGetOneProp_(Prop(), tag, &value), Prop(), __FILE__, __LINE__, operation); });
+    zeb::AboutTag(tag,
+                  [&] { ThrowIfFailed(_HrGetOneProp_(Prop(), tag, &value), Prop(), __FILE__, __LINE__, operation); });
     return value.UseDefault(CStringA());
 }
 
@@ -291,9 +289,8 @@ CStringW CZebIProp::GetStringPropW(ULONG tag)
 {
     CZebPropVal value;
     const char* const operation = __func__;
-    zeb::AboutTag(
-        tag,
-        [&] { ThrowIfFailed(_HrGetOneProp_(Prop(), tag, &value), Prop(), __FILE__, __LINE__, operation); });
+    zeb::AboutTag(tag,
+                  [&] { ThrowIfFailed(_HrGetOneProp_(Prop(), tag, &value), Prop(), __FILE__, __LINE__, operation); });
     return value.UseDefault(CStringW());
 }
 
@@ -307,8 +304,8 @@ CComPtr<IStream> CZebIProp::OpenProperty(ULONG tag, ULONG flags)
     const ULONG options = (flags & MAPI_MODIFY) != 0 ? STGM_READWRITE : STGM_READ;
     IUnknown* object = nullptr;
     zeb::ThrowIfFailedAbout([tag] { return zeb::TagText(tag); },
-                            Prop()->OpenProperty(tag, &IID_IStream, options, flags, &object), Prop(),
-                            __FILE__, __LINE__);
+                            Prop()->OpenProperty(tag, &IID_IStream, options, flags, &object), Prop(), __FILE__,
+                            __LINE__);
     zeb::RequireObject(object != nullptr, __FILE__, __LINE__);
     return CComPtr<IStream>::Take(static_cast<IStream*>(object));
 }
@@ -382,8 +379,8 @@ void CZebIProp::GetProps(SPropTagArray* tags, ULONG* count, SPropValue** values,
         *values = nullptr;
         return;
     }
-    zeb::ThrowIfFailedAbout([tags] { return zeb::TagsText(tags); },
-                            prop->GetProps(tags, flags, count, values), prop, __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout([tags] { return zeb::TagsText(tags); }, prop->GetProps(tags, flags, count, values), prop,
+                            __FILE__, __LINE__);
 }
 
 void CZebIProp::SetProps(CZebPropValArray& values, bool save, SPropProblemArray** problems)
@@ -402,14 +399,14 @@ void CZebIProp::SetProps(CZebPropValArray& values, bool save, SPropProblemArray*
 
 void CZebIProp::SetProps(ULONG n, SPropValue* values, SPropProblemArray** problems)
 {
-    zeb::ThrowIfFailedAbout([=] { return zeb::ValuesText(n, values); }, Prop()->SetProps(n, values, problems),
-                            Prop(), __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout([=] { return zeb::ValuesText(n, values); }, Prop()->SetProps(n, values, problems), Prop(),
+                            __FILE__, __LINE__);
 }
 
 void CZebIProp::DeleteProps(SPropTagArray* tags, SPropProblemArray** problems)
 {
-    zeb::ThrowIfFailedAbout([tags] { return zeb::TagsText(tags); }, Prop()->DeleteProps(tags, problems),
-                            Prop(), __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout([tags] { return zeb::TagsText(tags); }, Prop()->DeleteProps(tags, problems), Prop(),
+                            __FILE__, __LINE__);
 }
 
 void CZebIProp::SaveChanges(ULONG flags)
@@ -471,18 +468,17 @@ bool CZebIProp::IsChildOf(CZebSession& session, const SBinary& parentID, bool di
 void CZebIProp::DumpAllProps()
 {
     static const char Separator[] = "------------------";
-    zeb::Guarded(__FILE__, __LINE__,
-                 [&]
-                 {
-                     CZebPropValArray values;
-                     GetAllProps(values.CountPtr(), &values, MAPI_UNICODE);
-                     LLog(3, "ZebAPI", Separator);
-                     for (ULONG i = 0; values.IsValid() && i < values.Count(); ++i)
-                     {
-                         LLog(3, "ZebAPI", static_cast<const char*>(zeb::DumpLine(values.GetAt(i))));
-                     }
-                     LLog(3, "ZebAPI", Separator);
-                 });
+    zeb::Guarded(__FILE__, __LINE__, [&]
+    {
+        CZebPropValArray values;
+        GetAllProps(values.CountPtr(), &values, MAPI_UNICODE);
+        LLog(3, "ZebAPI", Separator);
+        for (ULONG i = 0; values.IsValid() && i < values.Count(); ++i)
+        {
+            LLog(3, "ZebAPI", static_cast<const char*>(zeb::DumpLine(values.GetAt(i))));
+        }
+        LLog(3, "ZebAPI", Separator);
+    });
 }
 
 CZebBinary CZebIProp::GetBin(ULONG tag)
@@ -494,9 +490,8 @@ CZebBinary CZebIProp::GetBinary(ULONG tag) const
 {
     CZebPropVal value;
     const char* const operation = __func__;
-    zeb::AboutTag(
-        tag,
-        [&] { ThrowIfFailed(_HrGetOneProp_(Prop(), tag, &value), Prop(), __FILE__, __LINE__, operation); });
+    zeb::AboutTag(tag,
+                  [&] { ThrowIfFailed(_HrGetOneProp_(Prop(), tag, &value), Prop(), __FILE__, __LINE__, operation); });
     return CZebBinary(zeb::Received(value));
 }
 

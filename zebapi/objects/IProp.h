@@ -12,8 +12,7 @@
 class CZebPropValArray;
 class CZebSession;
 
-/// Base of every wrapper of a MAPI property object: stores, folders, messages, address books and their
-/// entries.
+/// Base of every wrapper of a MAPI property object: stores, folders, messages, address books and their entries.
 ///
 /// Holds one counted reference on an IMAPIProp (none: the wrapper is empty), whether the object belongs to
 /// the Windows Address Book, and the object's tags of the library's named properties, resolved when first
@@ -74,8 +73,7 @@ public:
     virtual bool IsValid() const;
     /// The map of named properties, filled. The reference lives as long as this object.
     virtual CZebNameIdMap& GetTagsMap();
-    /// The object's own tag for a symbolic one; a tag with an id below 0x8000 is returned as it is, without
-    /// asking.
+    /// The object's own tag for a symbolic one; a tag with an id below 0x8000 is returned as it is, without asking.
     /// @param flag  whether an unknown tag throws MAPI_E_BAD_VALUE; without it the answer is 0
     virtual ULONG GetRealTag(ULONG tag, bool flag);
     /// CZebNameIdMap::GetName on the filled map; a tag with an id below 0x8000 is returned as it is.
@@ -124,8 +122,8 @@ public:
     ZEB_OVERLOADS(
         /// Reads exactly n properties, given as n tags (ULONG each), into result.
         virtual void GetProps(CZebPropValArray& result, ULONG n, ...),
-        /// IMAPIProp::GetProps; null tags ask for all. A list of no tags gives no values, without a call: MAPI refuses
-        /// it.
+        /// IMAPIProp::GetProps; null tags ask for all. A list of no tags gives no
+        /// values, without a call: MAPI refuses it.
         virtual void GetProps(SPropTagArray* tags, ULONG* count, SPropValue** values, ULONG flags));
     ZEB_OVERLOADS(
         /// Writes what the array holds, after cutting it at its first free entry; an array that is then empty

@@ -24,8 +24,7 @@ public:
     virtual CZebMsgStore& operator=(const CZebMsgStore& other);
     /// Opens the store's root folder: OpenEntry of an identifier without bytes.
     virtual CZebFolder OpenRootFolder(ULONG flags);
-    /// Opens the folder whose identifier is the store's property entryIdTag (PR_IPM_OUTBOX_ENTRYID and the
-    /// like).
+    /// Opens the folder whose identifier is the store's property entryIdTag (PR_IPM_OUTBOX_ENTRYID and the like).
     virtual CZebFolder OpenSpecialFolder(ULONG entryIdTag, ULONG flags);
     /// The store's property entryIdTag.
     /// @throws CZebException* MAPI_E_INVALID_TYPE when the store has none

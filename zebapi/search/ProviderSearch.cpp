@@ -26,8 +26,7 @@ constexpr char CommonValue[] = "CommonFilesDir";
 constexpr char CommonMapiFolder[] = "System\\Mapi\\1033\\";
 constexpr char ProviderFile[] = "MAPI32.DLL";
 
-using ComponentPathFunction = BOOL WINAPI(LPCSTR component, LPCSTR qualifier, LPSTR path, DWORD size,
-                                          BOOL install);
+using ComponentPathFunction = BOOL WINAPI(LPCSTR component, LPCSTR qualifier, LPSTR path, DWORD size, BOOL install);
 constexpr char MapiComponent[] = "{FF1D0740-D227-11D1-A4B0-006008AF820E}";
 constexpr size_t ComponentPathSize = 260;
 
@@ -60,8 +59,7 @@ struct MapiFolder
 /// The path that FGetComponentPath gives for MAPI; empty when it knows none.
 std::string ComponentPath(ComponentPathFunction* componentPath)
 {
-    for (const char* qualifier :
-         {OutlookLanguageQualifier, OfficeLanguageQualifier, static_cast<const char*>(nullptr)})
+    for (const char* qualifier : {OutlookLanguageQualifier, OfficeLanguageQualifier, static_cast<const char*>(nullptr)})
     {
         // One byte more than the function is told of, always zero.
         char buffer[ComponentPathSize + 1] = {};
@@ -111,8 +109,7 @@ MapiFolder GetCommonMAPIDir(const ProviderEnvironment& environment)
     {
         return office;
     }
-    const CStringA common =
-        OpenRegistry(HKEY_LOCAL_MACHINE, CommonKey, __FILE__, __LINE__).StringValue(CommonValue);
+    const CStringA common = OpenRegistry(HKEY_LOCAL_MACHINE, CommonKey, __FILE__, __LINE__).StringValue(CommonValue);
     if (common.IsEmpty())
     {
         return {"", office.origin + ", and there is no " + RegistryValue(CommonKey, CommonValue)};
@@ -265,8 +262,8 @@ ProviderClass CheckMAPIDll(const std::string& path, const ProviderEnvironment& e
     {
         Log("ZebAPI", "Unable to load '%s'", path.c_str());
         found.resolved = isFixed ? platform::ResolveModulePath(located) : std::string();
-        found.loadError = isFixed ? std::string(library.Reason())
-                                  : path + ": is neither a bare file name nor an absolute path";
+        found.loadError =
+            isFixed ? std::string(library.Reason()) : path + ": is neither a bare file name nor an absolute path";
         return found;
     }
     found.resolved = platform::ResolveModulePath(located);

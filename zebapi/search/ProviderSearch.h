@@ -28,9 +28,9 @@ struct ProviderClass
 {
     EnumOfficeBitness bitness = OfficeBitnessNone;
     bool loaded = false;
-    std::string loadError; ///< why nothing was loaded, in the system's words; empty when it was
-    std::string resolved;  ///< the file that the loader takes for the path; empty when there is none
-    const char* missingDecorated = nullptr; ///< first decorated name that is not exported; null when all are
+    std::string loadError;                    ///< why nothing was loaded, in the system's words; empty when it was
+    std::string resolved;                     ///< the file that the loader takes for the path; empty when there is none
+    const char* missingDecorated = nullptr;   ///< first decorated name that is not exported; null when all are
     const char* missingUndecorated = nullptr; ///< likewise; null also when the list was not tried
 };
 
@@ -69,8 +69,7 @@ struct ProviderEnvironment
     static ProviderEnvironment Machine();
 };
 
-/// Loads a library, sees which list of entry points it exports whole, and unloads it. Writes its lines with
-/// Log.
+/// Loads a library, sees which list of entry points it exports whole, and unloads it. Writes its lines with Log.
 ProviderClass CheckMAPIDll(const std::string& path, const ProviderEnvironment& environment);
 
 /// Runs the search; Zeb_GetMapiDllPath is this on the machine as it is. Writes the same lines to the log.

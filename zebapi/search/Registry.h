@@ -20,13 +20,11 @@ inline CQorRegKey OpenRegistry(HKEY root, const char* path, const char* file, in
     }
     catch (const platform::RegistryError& error)
     {
-        framework::WithMemory(
-            [&]
-            {
-                CZebException::ThrowWithError(MAPI_E_CALL_FAILED,
-                                              platform::NarrowFromUtf8(error.what()).c_str(), file, line,
-                                              operation);
-            });
+        framework::WithMemory([&]
+        {
+            CZebException::ThrowWithError(MAPI_E_CALL_FAILED, platform::NarrowFromUtf8(error.what()).c_str(), file,
+                                          line, operation);
+        });
         framework::ThrowOutOfMemory();
     }
 }

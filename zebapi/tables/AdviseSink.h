@@ -80,13 +80,13 @@ private:
 class ZEBAPI_EXPORT CAdviseSinkBinder
 {
 public:
-    /// Unadvises, and waits until no other thread is inside a notification of the delegate, of whatever table; not at all
-    /// inside such a notification.
+    /// Unadvises, and waits until no other thread is inside a notification of the delegate, of
+    /// whatever table; not at all inside such a notification.
     virtual ~CAdviseSinkBinder();
     /// Registers a new sink on table, by CZebTable::Advise; what was registered before is unregistered first.
     virtual void Advise(CZebTable& table);
-    /// Cuts the delegate off, unregisters the sink and releases it. When it returns, no notification of this registration
-    /// is in progress (but one that this was called from) and none will follow.
+    /// Cuts the delegate off, unregisters the sink and releases it. When it returns, no notification of this
+    /// registration is in progress (but one that this was called from) and none will follow.
     virtual void Unadvise();
 
     /// @param table  advised at once when not null

@@ -16,18 +16,17 @@ const UINT WM_CACHED_TABLE_CHANGED = WM_USER + 151;
 
 /// A table read by row index, like an array.
 ///
-/// Keeps a window of up to 50 consecutive rows, read with one QueryRows, with the asked row 25 rows into it.
-/// The window is dropped by every notification of the table, by sorting, seeking, searching and restricting,
-/// and by assignment. SetColumns, QueryRows and QueryAllRows do not drop it: set the columns before the first
-/// read.
+/// Keeps a window of up to 50 consecutive rows, read with one QueryRows, with the asked row 25 rows into it. The window
+/// is dropped by every notification of the table, by sorting, seeking, searching and restricting, and by assignment.
+/// SetColumns, QueryRows and QueryAllRows do not drop it: set the columns before the first read.
 ///
-/// Threads: read from one thread. Notifications may arrive on another, also during a read; they drop the
-/// window and post a message to the owner window, and the rows themselves are freed by the next operation of
-/// the reading thread. No lock is held across a call of the provider. A handler may unbind inside its own
-/// notification.
+/// Threads: read from one thread. Notifications may arrive on another, also during a read; they drop the window and
+/// post a message to the owner window, and the rows themselves are freed by the next operation of the reading thread.
+/// No lock is held across a call of the provider. A handler may unbind inside its own notification.
 ///
-/// Inside a notification nothing frees the rows of the window, whatever operation the handler calls. Free and assignment
-/// let go of the table itself: call them there only where no other thread is inside an operation of this object.
+/// Inside a notification nothing frees the rows of the window, whatever operation the handler
+/// calls. Free and assignment let go of the table itself: call them there only where no other
+/// thread is inside an operation of this object.
 ///
 /// Deriving: override OnTable_Modified; the delegate's other operations are never called. Notifications may arrive
 /// while a base class is being built or has begun to go: make the object empty, assign the table to it, and call

@@ -27,10 +27,8 @@ public:
     virtual void CreateOr(ULONG count);
     /// RES_NOT. @return a view of the negated child.
     virtual CZebRestriction CreateNot();
-    /// RES_PROPERTY. @return a view of the value to compare with, which has the tag and no value yet. Write
-    /// it with
-    /// `=` from a plain value, or with Set: `CreateProp(...) = otherView` only makes a temporary look
-    /// elsewhere.
+    /// RES_PROPERTY. @return a view of the value to compare with, which has the tag and no value yet. Write it with `=`
+    /// from a plain value, or with Set: `CreateProp(...) = otherView` only makes a temporary look elsewhere.
     virtual CZebOnePropVal CreateProp(ULONG propTag, ULONG relop);
     /// RES_EXIST.
     virtual void CreateExist(ULONG propTag);
@@ -48,8 +46,7 @@ public:
     virtual void CreateBitMask(ULONG propTag, ULONG mask, ULONG relBMR);
     ZEB_OVERLOADS(
         /// A child of an AND or OR.
-        /// @throws CZebException* MAPI_E_INVALID_OBJECT for a node of another kind, E_INVALIDARG for an index
-        /// outside.
+        /// @throws CZebException* MAPI_E_INVALID_OBJECT for a node of another kind, E_INVALIDARG for an index outside.
         virtual CZebRestriction operator[](int index),
         virtual CZebRestriction operator[](ULONG index));
     /// Looks at what `other` looks at.
@@ -79,8 +76,7 @@ public:
     CZebRestriction& operator=(const CZebRestriction& other) override;
     /// @throws CZebException* E_INVALIDARG always.
     CZebRestrictionAllocator& operator=(const CZebRestrictionAllocator& other);
-    /// Frees the tree and makes a fresh root. @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY,
-    /// MAPI_E_NOT_INITIALIZED
+    /// Frees the tree and makes a fresh root. @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY, MAPI_E_NOT_INITIALIZED
     virtual void Allocate();
     /// Frees the tree; all views of it dangle.
     virtual void Free();

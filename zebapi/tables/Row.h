@@ -29,15 +29,13 @@ public:
     virtual CZebOnePropVal GetAt(int index) const;
     /// @throws CZebException* MAPI_E_BAD_VALUE, MAPI_E_UNEXPECTED_ID when the row has no such column.
     virtual CZebOnePropVal operator[](ULONG propTag) const;
-    /// Whether the row has such a column, even one that holds PT_ERROR. @throws CZebException*
-    /// MAPI_E_BAD_VALUE
+    /// Whether the row has such a column, even one that holds PT_ERROR. @throws CZebException* MAPI_E_BAD_VALUE
     virtual bool IsExists(ULONG propTag) const;
     /// Whether the row has such a column with a value: not PT_UNSPECIFIED, PT_NULL, PT_ERROR or empty text.
     /// @throws CZebException* MAPI_E_BAD_VALUE
     virtual bool hasRealValue(ULONG propTag) const;
 
-    /// A view of `row`, which lives in the MAPI buffer `base`: the allocation parent of the values handed
-    /// out.
+    /// A view of `row`, which lives in the MAPI buffer `base`: the allocation parent of the values handed out.
     CZebRow(SRow* row, void* base)
         : m_base(base)
         , m_row(row)

@@ -22,11 +22,9 @@ public:
     virtual ULONG Count() const;
     /// True when there is at least one row.
     virtual bool IsValid() const;
-    /// Empties the object and gives the address of its pointer, for a call that returns rows. The object owns
-    /// them.
+    /// Empties the object and gives the address of its pointer, for a call that returns rows. The object owns them.
     virtual SRowSet** operator&();
-    /// Moves the rows into a new object, which the caller deletes, and leaves this one empty, as never
-    /// filled.
+    /// Moves the rows into a new object, which the caller deletes, and leaves this one empty, as never filled.
     /// @throws CZebException* without a set: MAPI_E_NO_SUPPORT when never filled, else MAPI_E_BAD_VALUE.
     virtual CZebRowSet* DetachToNew();
     /// A view of a row, good while the set is held.

@@ -12,8 +12,7 @@
 class ZEBAPI_EXPORT CZebSortOrder
 {
 protected:
-    /// Replaces the buffer by one for `count` keys, which keeps the contents up to the smaller size; cSorts
-    /// stays.
+    /// Replaces the buffer by one for `count` keys, which keeps the contents up to the smaller size; cSorts stays.
     /// @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY, MAPI_E_NOT_INITIALIZED
     virtual void Allocate(int count);
 

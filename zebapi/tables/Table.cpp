@@ -47,16 +47,15 @@ CZebTable::~CZebTable()
 
 CZebTable& CZebTable::operator=(const CZebTable& other)
 {
-    zeb::Guarded(__FILE__, __LINE__,
-                 [&]
-                 {
-                     Free();
-                     m_table = other.m_table;
-                     if (!IsValid())
-                     {
-                         CZebException::Throw(E_NOINTERFACE, __FILE__, __LINE__);
-                     }
-                 });
+    zeb::Guarded(__FILE__, __LINE__, [&]
+    {
+        Free();
+        m_table = other.m_table;
+        if (!IsValid())
+        {
+            CZebException::Throw(E_NOINTERFACE, __FILE__, __LINE__);
+        }
+    });
     return *this;
 }
 
@@ -65,8 +64,7 @@ void CZebTable::Advise(IMAPIAdviseSink* sink, ULONG* connection)
     // Zeroed: the Windows Address Book writes only the lower half.
     ULONG_PTR number = 0;
     ThrowIfFailed(m_table->Advise(fnevTableModified, sink, &number), m_table, __FILE__, __LINE__);
-    *connection =
-        GivenOut(m_table.Get(), zeb::TableNumber::Connection, number, [&] { m_table->Unadvise(number); });
+    *connection = GivenOut(m_table.Get(), zeb::TableNumber::Connection, number, [&] { m_table->Unadvise(number); });
 }
 
 void CZebTable::Unadvise(ULONG connection)
@@ -104,8 +102,8 @@ void CZebTable::SetColumns(ULONG count, ...)
 
 void CZebTable::SetColumns(SPropTagArray* columns)
 {
-    zeb::ThrowIfFailedAbout([columns] { return zeb::TagsText(columns); }, m_table->SetColumns(columns, 0),
-                            m_table, __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout([columns] { return zeb::TagsText(columns); }, m_table->SetColumns(columns, 0), m_table,
+                            __FILE__, __LINE__);
 }
 
 void CZebTable::SortTable(SSortOrderSet* order)
@@ -133,14 +131,14 @@ void CZebTable::QueryRows(SRowSet** rows, LONG count, SRestriction* restriction,
         }
         count = static_cast<LONG>(all);
     }
-    zeb::ThrowIfFailedAbout([count] { return zeb::RowsText(count); }, m_table->QueryRows(count, 0, rows),
-                            m_table, __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout([count] { return zeb::RowsText(count); }, m_table->QueryRows(count, 0, rows), m_table,
+                            __FILE__, __LINE__);
 }
 
 void CZebTable::QueryAllRows(SRowSet** rows, SRestriction* restriction, SSortOrderSet* order)
 {
-    ThrowIfFailed(zeb::HrQueryAllRows(m_table.Checked(), nullptr, restriction, order, 0, rows), m_table,
-                  __FILE__, __LINE__);
+    ThrowIfFailed(zeb::HrQueryAllRows(m_table.Checked(), nullptr, restriction, order, 0, rows), m_table, __FILE__,
+                  __LINE__);
 }
 
 ULONG CZebTable::CreateBookmark()
@@ -148,15 +146,14 @@ ULONG CZebTable::CreateBookmark()
     // Zeroed: the Windows Address Book writes only the lower half.
     BOOKMARK bookmark = 0;
     ThrowIfFailed(m_table->CreateBookmark(&bookmark), m_table, __FILE__, __LINE__);
-    return GivenOut(m_table.Get(), zeb::TableNumber::Bookmark, bookmark,
-                    [&] { m_table->FreeBookmark(bookmark); });
+    return GivenOut(m_table.Get(), zeb::TableNumber::Bookmark, bookmark, [&] { m_table->FreeBookmark(bookmark); });
 }
 
 void CZebTable::FreeBookmark(ULONG bookmark)
 {
     const BOOKMARK number = zeb::WholeNumber(m_table.Get(), zeb::TableNumber::Bookmark, bookmark);
-    zeb::ThrowIfFailedAbout([bookmark] { return zeb::NumberText("bookmark", bookmark); },
-                            m_table->FreeBookmark(number), m_table, __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout([bookmark] { return zeb::NumberText("bookmark", bookmark); }, m_table->FreeBookmark(number),
+                            m_table, __FILE__, __LINE__);
     zeb::ForgetNumber(m_table.Get(), zeb::TableNumber::Bookmark, bookmark);
 }
 
@@ -179,9 +176,8 @@ ULONG CZebTable::QueryPosition()
 void CZebTable::SeekRow(ULONG origin, LONG rowCount, LONG* rowsSought)
 {
     const BOOKMARK bookmark = zeb::WholeNumber(m_table.Get(), zeb::TableNumber::Bookmark, origin);
-    zeb::ThrowIfFailedAbout(
-        [=] { return zeb::RowsText(rowCount) + " from " + zeb::NumberText("bookmark", origin); },
-        m_table->SeekRow(bookmark, rowCount, rowsSought), m_table, __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout([=] { return zeb::RowsText(rowCount) + " from " + zeb::NumberText("bookmark", origin); },
+                            m_table->SeekRow(bookmark, rowCount, rowsSought), m_table, __FILE__, __LINE__);
 }
 
 bool CZebTable::FindRow(SRestriction* restriction, ULONG origin, ULONG flags)

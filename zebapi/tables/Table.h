@@ -21,9 +21,9 @@ public:
     /// Drops the table and takes the other's. Never throws: an empty source leaves an empty handle and a line
     /// in the log. Assigning a handle to itself empties it.
     virtual CZebTable& operator=(const CZebTable& other);
-    /// Asks for fnevTableModified; `connection` receives what Unadvise takes, and keeps its value when the call fails.
-    /// MAPI's number is pointer-sized: one above 32 bits is replaced by a number that the handles of this table translate
-    /// back. (IMAPITable::Advise)
+    /// Asks for fnevTableModified; `connection` receives what Unadvise takes, and keeps its value when the
+    /// call fails. MAPI's number is pointer-sized: one above 32 bits is replaced by a number that the handles
+    /// of this table translate back. (IMAPITable::Advise)
     /// @throws CZebException* also MAPI_E_NOT_ENOUGH_MEMORY
     virtual void Advise(IMAPIAdviseSink* sink, ULONG* connection);
     /// Ends the connection. (IMAPITable::Unadvise)
@@ -36,14 +36,14 @@ public:
     virtual void SortTable(SSortOrderSet* order);
     /// Reads rows from the current position into `*rows`, which the caller frees (CZebRowSet's `&` does).
     ///
-    /// With a count, reads that many; restriction and order are ignored. With 0, first applies the
-    /// restriction and the order where given, which stay applied, and then reads as many rows as the table
-    /// counts.
+    /// With a count, reads that many; restriction and order are ignored. With 0, first applies the restriction and the
+    /// order where given, which stay applied, and then reads as many rows as the table counts.
     /// @throws CZebException* also MAPI_E_TABLE_TOO_BIG when the table counts more rows than a LONG holds.
     virtual void QueryRows(SRowSet** rows, LONG count, SRestriction* restriction, SSortOrderSet* order);
     /// Reads all rows, restricted and sorted where asked. (HrQueryAllRows)
     virtual void QueryAllRows(SRowSet** rows, SRestriction* restriction, SSortOrderSet* order);
-    /// Marks the current row. A number above 32 bits is replaced as that of a connection is. (IMAPITable::CreateBookmark)
+    /// Marks the current row. A number above 32 bits is replaced as that of a
+    /// connection is. (IMAPITable::CreateBookmark)
     /// @throws CZebException* also MAPI_E_NOT_ENOUGH_MEMORY
     virtual ULONG CreateBookmark();
     /// (IMAPITable::FreeBookmark)
@@ -63,8 +63,7 @@ public:
     CZebTable(IMAPITable* table = nullptr);
     CZebTable(const CZebTable& other);
 
-    /// SetColumns(count, ...) for a count written as a plain number: `SetColumns(0)` would be ambiguous
-    /// otherwise.
+    /// SetColumns(count, ...) for a count written as a plain number: `SetColumns(0)` would be ambiguous otherwise.
     template <class Count, class... Tags, class = std::enable_if_t<std::is_same_v<Count, int>>>
     void SetColumns(Count count, Tags... tags)
     {

@@ -5,8 +5,7 @@
 namespace
 {
 
-/// Runs the part of a constructor that may throw; then nothing stays allocated, the block of entries
-/// included.
+/// Runs the part of a constructor that may throw; then nothing stays allocated, the block of entries included.
 template <class Fill>
 void Construct(SBinaryArray*& array, Fill fill)
 {
@@ -39,22 +38,20 @@ CZebBinArray::CZebBinArray(int n)
 
 CZebBinArray::CZebBinArray(const SBinary& value)
 {
-    Construct(m_array,
-              [&]
-              {
-                  Allocate(1);
-                  SetAt(0, value);
-              });
+    Construct(m_array, [&]
+    {
+        Allocate(1);
+        SetAt(0, value);
+    });
 }
 
 CZebBinArray::CZebBinArray(const char* hex)
 {
-    Construct(m_array,
-              [&]
-              {
-                  Allocate(1);
-                  SetAt(0, hex);
-              });
+    Construct(m_array, [&]
+    {
+        Allocate(1);
+        SetAt(0, hex);
+    });
 }
 
 CZebBinArray::~CZebBinArray()

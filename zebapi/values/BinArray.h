@@ -4,8 +4,7 @@
 #include "platform/overloads.h"
 #include "zebapi/values/Binary.h"
 
-/// Owns one SBinaryArray (an ENTRYLIST): the entry identifiers of messages to copy, move or delete, for
-/// instance.
+/// Owns one SBinaryArray (an ENTRYLIST): the entry identifiers of messages to copy, move or delete, for instance.
 ///
 /// The header and the block of entries are two top-level MAPI buffers; the bytes of each entry are chained to
 /// the header. Emptying frees the header, and with it every entry's bytes, but not the block of entries,

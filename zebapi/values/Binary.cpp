@@ -247,9 +247,8 @@ CStringA CZebBinary::DumpEntryID(CStringA& hex)
 
 CStringA Zeb_DumpEntryID(const char* hex)
 {
-    return hex == nullptr || *hex == 0
-               ? CStringA()
-               : zeb::framework::WithMemory([hex] { return zeb::CEntryIDInfo(hex).Dump(""); });
+    return hex == nullptr || *hex == 0 ? CStringA()
+                                       : zeb::framework::WithMemory([hex] { return zeb::CEntryIDInfo(hex).Dump(""); });
 }
 
 CZebEntryIDRequest::CZebEntryIDRequest() = default;
@@ -284,17 +283,16 @@ void CZebEntryIDRequest::String(const char*)
 CZebBinary& CZebEntryIDRequest::operator=(const SBinary& source)
 {
     CheckBytes(source.cb, source.lpb, __LINE__);
-    Replace(*this, m_binary,
-            [&]
-            {
-                Header header = NewHeader();
-                if (source.cb != 0)
-                {
-                    // Not chained: what a request holds is freed by itself.
-                    CopyTo(*header, source, nullptr);
-                }
-                return header;
-            });
+    Replace(*this, m_binary, [&]
+    {
+        Header header = NewHeader();
+        if (source.cb != 0)
+        {
+            // Not chained: what a request holds is freed by itself.
+            CopyTo(*header, source, nullptr);
+        }
+        return header;
+    });
     return *this;
 }
 

@@ -30,12 +30,11 @@ CStringA NumberText(std::int64_t number)
 
 CStringA DateText(const FILETIME& time)
 {
-    return zeb::framework::WithMemory(
-        [&]
-        {
-            const std::optional<std::string> text = zeb::platform::LocalDateText(time);
-            return text ? CStringA(*text) : CStringA("Invalid DateTime");
-        });
+    return zeb::framework::WithMemory([&]
+    {
+        const std::optional<std::string> text = zeb::platform::LocalDateText(time);
+        return text ? CStringA(*text) : CStringA("Invalid DateTime");
+    });
 }
 
 /// A deep copy of `source`, whose allocations are chained to `parent`; `target` is written last.
@@ -130,11 +129,8 @@ CStringW CZebOnePropVal::StringW(bool errorAsText) const
         return m_value->Value.lpszW;
     }
     const CStringA text = String(errorAsText);
-    return zeb::framework::WithMemory(
-        [&] {
-            return CStringW(
-                zeb::platform::WideFromNarrow(text.GetString(), static_cast<size_t>(text.GetLength())));
-        });
+    return zeb::framework::WithMemory([&]
+    { return CStringW(zeb::platform::WideFromNarrow(text.GetString(), static_cast<size_t>(text.GetLength()))); });
 }
 
 void CZebOnePropVal::Set(const CZebOnePropVal& other)

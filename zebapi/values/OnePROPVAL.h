@@ -18,10 +18,10 @@ using IntegerAs = std::conditional_t<sizeof(T) == sizeof(std::int64_t), std::int
                                      std::conditional_t<std::is_signed_v<T>, LONG, ULONG>>;
 
 template <class T>
-using IfOtherInteger = std::enable_if_t<std::is_integral_v<T> && !std::is_same_v<T, LONG> &&
-                                        !std::is_same_v<T, ULONG> && !std::is_same_v<T, std::int64_t> &&
-                                        (sizeof(T) == sizeof(LONG) ||
-                                         (sizeof(T) == sizeof(std::int64_t) && std::is_signed_v<T>))>;
+using IfOtherInteger =
+    std::enable_if_t<std::is_integral_v<T> && !std::is_same_v<T, LONG> && !std::is_same_v<T, ULONG> &&
+                     !std::is_same_v<T, std::int64_t> &&
+                     (sizeof(T) == sizeof(LONG) || (sizeof(T) == sizeof(std::int64_t) && std::is_signed_v<T>))>;
 
 } // namespace zeb
 
@@ -45,8 +45,7 @@ class ZEBAPI_EXPORT CZebOnePropVal
 protected:
     /// @throws CZebException* MAPI_E_BAD_VALUE without a value.
     virtual void CheckValid() const;
-    /// @throws CZebException* MAPI_E_BAD_VALUE without a value, MAPI_E_INVALID_TYPE when its type is not
-    /// `type`.
+    /// @throws CZebException* MAPI_E_BAD_VALUE without a value, MAPI_E_INVALID_TYPE when its type is not `type`.
     virtual void CheckType(ULONG type) const;
 
 public:
@@ -172,8 +171,7 @@ public:
     /// The high half of the tag. @throws CZebException* MAPI_E_BAD_VALUE
     virtual ULONG GetPropID() const;
 
-    /// Looks at `value` (null: no value); allocations are chained to `allocationParent` (null: none
-    /// possible).
+    /// Looks at `value` (null: no value); allocations are chained to `allocationParent` (null: none possible).
     CZebOnePropVal(SPropValue* value, void* allocationParent)
         : m_parent(allocationParent)
         , m_value(value)

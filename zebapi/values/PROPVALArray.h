@@ -5,10 +5,9 @@
 
 /// Owns a counted array of SPropValue entries in one top-level MAPI buffer.
 ///
-/// Either built here, tag by tag, and handed to IMAPIProp::SetProps, or received from IMAPIProp::GetProps
-/// through CountPtr() and `&`. An entry whose property identifier is 0 is a free slot. Entries are read and
-/// written through views whose allocations are chained to the array's buffer, so everything goes with the
-/// array.
+/// Either built here, tag by tag, and handed to IMAPIProp::SetProps, or received from IMAPIProp::GetProps through
+/// CountPtr() and `&`. An entry whose property identifier is 0 is a free slot. Entries are read and written through
+/// views whose allocations are chained to the array's buffer, so everything goes with the array.
 ///
 /// Views, and pointers read from them, are gone when the array grows, empties or is filled anew: the entries
 /// are then copied into a new buffer and the old one is freed. `values[NEW_TAG] = (const

@@ -61,11 +61,9 @@ bool SameArray(ULONG type, const SPropValue& a, const SPropValue& b)
     case PT_MV_LONG:
         return SameElements(a.Value.MVl.lpl, a.Value.MVl.cValues, b.Value.MVl.lpl, b.Value.MVl.cValues);
     case PT_MV_STRING8:
-        return SameTexts(a.Value.MVszA.lppszA, a.Value.MVszA.cValues, b.Value.MVszA.lppszA,
-                         b.Value.MVszA.cValues);
+        return SameTexts(a.Value.MVszA.lppszA, a.Value.MVszA.cValues, b.Value.MVszA.lppszA, b.Value.MVszA.cValues);
     case PT_MV_UNICODE:
-        return SameTexts(a.Value.MVszW.lppszW, a.Value.MVszW.cValues, b.Value.MVszW.lppszW,
-                         b.Value.MVszW.cValues);
+        return SameTexts(a.Value.MVszW.lppszW, a.Value.MVszW.cValues, b.Value.MVszW.lppszW, b.Value.MVszW.cValues);
     default:
         return false;
     }

@@ -43,25 +43,23 @@ public:
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG size, LPENTRYID id, LPCIID iid, ULONG flags, ULONG* objectType,
                                         LPUNKNOWN* object) override
     {
-        return Guarded("IAddrBook::OpenEntry",
-                       [&]
-                       {
-                           Require(object != nullptr, "no place for the object");
-                           *object = nullptr;
-                           *object = OpenAddress(Store(), size, id, iid, flags, AccessGiven(), objectType);
-                       });
+        return Guarded("IAddrBook::OpenEntry", [&]
+        {
+            Require(object != nullptr, "no place for the object");
+            *object = nullptr;
+            *object = OpenAddress(Store(), size, id, iid, flags, AccessGiven(), objectType);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE CompareEntryIDs(ULONG sizeA, LPENTRYID a, ULONG sizeB, LPENTRYID b, ULONG flags,
                                               ULONG* same) override
     {
-        return Guarded("IAddrBook::CompareEntryIDs",
-                       [&]
-                       {
-                           Require(same != nullptr, "no place for the result");
-                           RequireFlags(flags, 0);
-                           *same = SameEntry(sizeA, a, sizeB, b);
-                       });
+        return Guarded("IAddrBook::CompareEntryIDs", [&]
+        {
+            Require(same != nullptr, "no place for the result");
+            RequireFlags(flags, 0);
+            *same = SameEntry(sizeA, a, sizeB, b);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE Advise(ULONG, LPENTRYID, ULONG, LPMAPIADVISESINK, ULONG_PTR*) override
@@ -76,19 +74,18 @@ public:
     HRESULT STDMETHODCALLTYPE CreateOneOff(LPTSTR name, LPTSTR type, LPTSTR address, ULONG flags, ULONG* size,
                                            LPENTRYID* id) override
     {
-        return Guarded("IAddrBook::CreateOneOff",
-                       [&]
-                       {
-                           RequireFlags(flags, MAPI_UNICODE | MAPI_SEND_NO_RICH_INFO);
-                           Require(type && address, "a one-off address needs its type and the address");
-                           AddressName oneOff;
-                           oneOff.kind = AddressKind::OneOff;
-                           oneOff.type = TextArgument(type, flags);
-                           oneOff.address = TextArgument(address, flags);
-                           oneOff.displayName = name ? TextArgument(name, flags) : oneOff.address;
-                           oneOff.richInfo = !(flags & MAPI_SEND_NO_RICH_INFO);
-                           Give(MakeOneOffId(oneOff, (flags & MAPI_UNICODE) != 0), size, id);
-                       });
+        return Guarded("IAddrBook::CreateOneOff", [&]
+        {
+            RequireFlags(flags, MAPI_UNICODE | MAPI_SEND_NO_RICH_INFO);
+            Require(type && address, "a one-off address needs its type and the address");
+            AddressName oneOff;
+            oneOff.kind = AddressKind::OneOff;
+            oneOff.type = TextArgument(type, flags);
+            oneOff.address = TextArgument(address, flags);
+            oneOff.displayName = name ? TextArgument(name, flags) : oneOff.address;
+            oneOff.richInfo = !(flags & MAPI_SEND_NO_RICH_INFO);
+            Give(MakeOneOffId(oneOff, (flags & MAPI_UNICODE) != 0), size, id);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE NewEntry(ULONG_PTR, ULONG, ULONG, LPENTRYID, ULONG, LPENTRYID, ULONG*,
@@ -99,22 +96,21 @@ public:
 
     HRESULT STDMETHODCALLTYPE ResolveName(ULONG_PTR, ULONG flags, LPTSTR, LPADRLIST list) override
     {
-        return Run("IAddrBook::ResolveName",
-                   [&]
-                   {
-                       // Who allows a dialog gets none: there is nobody to show it.
-                       RequireFlags(flags, MAPI_UNICODE | MAPI_DIALOG);
-                       Require(list != nullptr, "no list of names");
-                       ResolveAll(*list, (flags & MAPI_UNICODE) != 0);
-                   });
+        return Run("IAddrBook::ResolveName", [&]
+        {
+            // Who allows a dialog gets none: there is nobody to show it.
+            RequireFlags(flags, MAPI_UNICODE | MAPI_DIALOG);
+            Require(list != nullptr, "no list of names");
+            ResolveAll(*list, (flags & MAPI_UNICODE) != 0);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE Address(ULONG_PTR*, LPADRPARM, LPADRLIST*) override
     {
         return RefuseWindow("IAddrBook::Address");
     }
-    HRESULT STDMETHODCALLTYPE Details(ULONG_PTR*, LPFNDISMISS, LPVOID, ULONG, LPENTRYID, LPFNBUTTON, LPVOID,
-                                      LPTSTR, ULONG) override
+    HRESULT STDMETHODCALLTYPE Details(ULONG_PTR*, LPFNDISMISS, LPVOID, ULONG, LPENTRYID, LPFNBUTTON, LPVOID, LPTSTR,
+                                      ULONG) override
     {
         return RefuseWindow("IAddrBook::Details");
     }
@@ -123,17 +119,15 @@ public:
         return RefuseWindow("IAddrBook::RecipOptions");
     }
 
-    HRESULT STDMETHODCALLTYPE QueryDefaultRecipOpt(LPTSTR, ULONG flags, ULONG* count,
-                                                   LPSPropValue* options) override
+    HRESULT STDMETHODCALLTYPE QueryDefaultRecipOpt(LPTSTR, ULONG flags, ULONG* count, LPSPropValue* options) override
     {
-        return Guarded("IAddrBook::QueryDefaultRecipOpt",
-                       [&]
-                       {
-                           RequireFlags(flags, MAPI_UNICODE);
-                           Require(count && options, "no place for the options");
-                           *count = 0;
-                           *options = nullptr;
-                       });
+        return Guarded("IAddrBook::QueryDefaultRecipOpt", [&]
+        {
+            RequireFlags(flags, MAPI_UNICODE);
+            Require(count && options, "no place for the options");
+            *count = 0;
+            *options = nullptr;
+        });
     }
 
     HRESULT STDMETHODCALLTYPE GetPAB(ULONG* size, LPENTRYID* id) override
@@ -146,8 +140,7 @@ public:
     }
     HRESULT STDMETHODCALLTYPE GetDefaultDir(ULONG* size, LPENTRYID* id) override
     {
-        return Run("IAddrBook::GetDefaultDir",
-                   [&] { Give(Chosen(PrDefaultDir, AddressKind::Directory), size, id); });
+        return Run("IAddrBook::GetDefaultDir", [&] { Give(Chosen(PrDefaultDir, AddressKind::Directory), size, id); });
     }
     HRESULT STDMETHODCALLTYPE SetDefaultDir(ULONG size, LPENTRYID id) override
     {
@@ -156,37 +149,36 @@ public:
 
     HRESULT STDMETHODCALLTYPE GetSearchPath(ULONG flags, LPSRowSet* path) override
     {
-        return Run("IAddrBook::GetSearchPath",
-                   [&]
-                   {
-                       RequireFlags(flags, MAPI_UNICODE);
-                       Require(path != nullptr, "no place for the search path");
-                       *path = nullptr;
-                       *path = RowsOf(SearchPath(), (flags & MAPI_UNICODE) != 0);
-                   });
+        return Run("IAddrBook::GetSearchPath", [&]
+        {
+            RequireFlags(flags, MAPI_UNICODE);
+            Require(path != nullptr, "no place for the search path");
+            *path = nullptr;
+            *path = RowsOf(SearchPath(), (flags & MAPI_UNICODE) != 0);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE SetSearchPath(ULONG flags, LPSRowSet path) override
     {
-        return Run("IAddrBook::SetSearchPath",
-                   [&]
-                   {
-                       RequireFlags(flags, 0);
-                       Require(path && path->cRows > 0, "no search path");
-                       KeepSearchPath(*path);
-                   });
+        return Run("IAddrBook::SetSearchPath", [&]
+        {
+            RequireFlags(flags, 0);
+            Require(path && path->cRows > 0, "no search path");
+            KeepSearchPath(*path);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE PrepareRecips(ULONG flags, LPSPropTagArray tags, LPADRLIST list) override
     {
-        return Run("IAddrBook::PrepareRecips",
-                   [&]
-                   {
-                       RequireFlags(flags, 0);
-                       Require(list != nullptr, "no list of recipients");
-                       for (ULONG i = 0; tags && i < list->cEntries; ++i)
-                           Prepare(list->aEntries[i], *tags);
-                   });
+        return Run("IAddrBook::PrepareRecips", [&]
+        {
+            RequireFlags(flags, 0);
+            Require(list != nullptr, "no list of recipients");
+            for (ULONG i = 0; tags && i < list->cEntries; ++i)
+            {
+                Prepare(list->aEntries[i], *tags);
+            }
+        });
     }
 
 private:
@@ -233,18 +225,21 @@ private:
     AddressKind ContainerNamed(ULONG size, const void* id) const
     {
         if (!size || !id)
+        {
             throw Error(MAPI_E_INVALID_ENTRYID, "no entry identifier");
+        }
         const AddressKind kind = ParseAddressId(Store()->Uid(), id, size).kind;
         if (kind != AddressKind::Directory && kind != AddressKind::Contacts)
+        {
             throw Error(MAPI_E_INVALID_ENTRYID, "the entry identifier names no container with entries");
+        }
         return kind;
     }
 
     AddressEntryId Chosen(ULONG tag, AddressKind otherwise) const
     {
         const std::string chosen = m_addresses.Properties().Binary(tag);
-        return chosen.empty() ? IdOfContainer(Store(), otherwise)
-                              : AddressEntryId(chosen.begin(), chosen.end());
+        return chosen.empty() ? IdOfContainer(Store(), otherwise) : AddressEntryId(chosen.begin(), chosen.end());
     }
 
     void Choose(ULONG tag, ULONG size, const void* id)
@@ -276,12 +271,20 @@ private:
         RequireWrite();
         std::vector<SBinary> ids;
         for (ULONG i = 0; i < path.cRows; ++i)
+        {
             for (ULONG j = 0; j < path.aRow[i].cValues; ++j)
+            {
                 if (path.aRow[i].lpProps[j].ulPropTag == PR_ENTRYID)
+                {
                     ids.push_back(path.aRow[i].lpProps[j].Value.bin);
+                }
+            }
+        }
         Require(ids.size() == path.cRows, "a row of the search path has no entry identifier");
         for (const SBinary& each : ids)
+        {
             ContainerNamed(each.cb, each.lpb);
+        }
         SPropValue value{};
         value.ulPropTag = PrSearchPath;
         value.Value.MVbin.cValues = static_cast<ULONG>(ids.size());
@@ -306,7 +309,9 @@ private:
             const PropertySet row = ContainerRow(Store(), each, AccessGiven() == Access::Write);
             std::vector<ULONG> tags;
             for (const ULONG tag : row.Tags())
+            {
                 tags.push_back(IsText(PROP_TYPE(tag)) ? CHANGE_PROP_TYPE(tag, PT_UNSPECIFIED) : tag);
+            }
             values.emplace_back(BuildValues(tags.data(), tags.size(), row, options));
             counts.push_back(tags.size());
         }
@@ -327,7 +332,9 @@ private:
             const NameMatches here = FindByName(*MakeContainerRows(Store(), each), name, nullptr);
             // The first container that knows the name alone decides.
             if (here.count == 1)
+            {
                 return here;
+            }
             all.count += here.count;
         }
         return all;
@@ -340,8 +347,7 @@ private:
         AddressName oneOff;
         oneOff.kind = AddressKind::OneOff;
         oneOff.displayName = name;
-        if (colon != std::string::npos && colon > 0 && colon + 1 < name.size() &&
-            name.find_first_of(" @") > colon)
+        if (colon != std::string::npos && colon > 0 && colon + 1 < name.size() && name.find_first_of(" @") > colon)
         {
             oneOff.type = name.substr(0, colon);
             oneOff.address = name.substr(colon + 1);
@@ -353,7 +359,9 @@ private:
             oneOff.address = name;
         }
         else
+        {
             return false;
+        }
         const AddressEntryId id = MakeOneOffId(oneOff, true);
         entry = RowOfEntry(Store(), id.data(), id.size());
         return true;
@@ -367,13 +375,19 @@ private:
         {
             ADRENTRY& entry = list.aEntries[i];
             if (IsResolved(entry))
+            {
                 continue;
+            }
             const std::string asked = NameToResolve(entry);
             NameMatches matches = FindInPath(asked);
             if (matches.count == 0 && IsAddress(asked, matches.entry))
+            {
                 matches.count = 1;
+            }
             if (matches.count == 1)
+            {
                 GiveProperties(entry, matches.entry, unicode);
+            }
             else if (failure == S_OK)
             {
                 failure = matches.count ? MAPI_E_AMBIGUOUS_RECIP : MAPI_E_NOT_FOUND;
@@ -381,9 +395,13 @@ private:
             }
         }
         if (failure == MAPI_E_AMBIGUOUS_RECIP)
+        {
             throw Error(failure, "the name '" + name + "' stands for several entries of the address book");
+        }
         if (failure != S_OK)
+        {
             throw Error(failure, "the address book has no entry '" + name + "'");
+        }
     }
 
     /// The asked properties first, in their order, then what there was besides.
@@ -395,17 +413,27 @@ private:
         {
             const SPropValue& value = entry.rgPropVals[i];
             if (PROP_TYPE(value.ulPropTag) == PT_ERROR || PROP_TYPE(value.ulPropTag) == PT_NULL)
+            {
                 continue;
+            }
             known.Set(value);
             if (!HasId(order, value.ulPropTag))
+            {
                 order.push_back(value.ulPropTag);
+            }
         }
         PropertySet found;
         if (const std::string id = known.Binary(PR_ENTRYID); !id.empty())
+        {
             found = RowOfEntry(Store(), id.data(), id.size());
+        }
         for (const PropertySet::Item& item : found.Items())
+        {
             if (!known.Has(item.tag))
+            {
                 known.SetEncoded(item.tag, item.bytes);
+            }
+        }
         SPropValue* values = BuildValues(order.data(), order.size(), known, {});
         Free(entry.rgPropVals);
         entry.rgPropVals = values;
@@ -420,10 +448,11 @@ constexpr ULONG OpenFlags = OpenEntryFlags | ULONG(0x80) /* MAPI_GAL_ONLY */;
 
 Access AccessOf(AddressKind kind, ULONG flags, Access most)
 {
-    const bool changes =
-        kind == AddressKind::Directory || kind == AddressKind::User || kind == AddressKind::List;
+    const bool changes = kind == AddressKind::Directory || kind == AddressKind::User || kind == AddressKind::List;
     if (!changes && (flags & MAPI_MODIFY))
+    {
         throw Error(MAPI_E_NO_ACCESS, "this part of the address book can only be read");
+    }
     return AccessFor(flags, changes ? most : Access::Read);
 }
 
@@ -434,22 +463,30 @@ Ref<IAddrBook> NewAddressBook(const StorePtr& store, Access access)
     return Ref<IAddrBook>::Adopt(new AddressBook(store, access));
 }
 
-IUnknown* OpenAddress(const StorePtr& store, ULONG size, const void* id, const IID* iid, ULONG flags,
-                      Access most, ULONG* objectType)
+IUnknown* OpenAddress(const StorePtr& store, ULONG size, const void* id, const IID* iid, ULONG flags, Access most,
+                      ULONG* objectType)
 {
     RequireFlags(flags, OpenFlags);
     const AddressName name = ParseAddressId(store->Uid(), id, size);
     if (name.kind == AddressKind::NewUser || name.kind == AddressKind::NewList)
+    {
         throw Error(MAPI_E_INVALID_ENTRYID, "a template for new entries can not be opened");
+    }
     const Access access = AccessOf(name.kind, flags, most);
     const ULONG type = ObjectTypeOf(name.kind);
     IUnknown* answer = nullptr;
     if (type == MAPI_ABCONT)
+    {
         answer = Answer(NewAddressContainer(store, name.kind, access).Get(), iid);
+    }
     else
+    {
         answer = Answer(Ref<IMAPIProp>::Adopt(NewAddressEntry(store, name, access)).Get(), iid);
+    }
     if (objectType)
+    {
         *objectType = type;
+    }
     return answer;
 }
 

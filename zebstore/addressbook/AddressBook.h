@@ -18,8 +18,8 @@ Ref<IAddrBook> NewAddressBook(const StorePtr& store, Access access);
 /// @param most what MAPI_BEST_ACCESS gives
 /// @return the interface, for the caller
 /// @throws Error MAPI_E_INVALID_ENTRYID, MAPI_E_NOT_FOUND, MAPI_E_NO_ACCESS
-IUnknown* OpenAddress(const StorePtr& store, ULONG size, const void* id, const IID* iid, ULONG flags,
-                      Access most, ULONG* objectType);
+IUnknown* OpenAddress(const StorePtr& store, ULONG size, const void* id, const IID* iid, ULONG flags, Access most,
+                      ULONG* objectType);
 
 /// IABContainer over one of the three containers.
 Ref<IABContainer> NewAddressContainer(const StorePtr& store, AddressKind kind, Access access);
@@ -33,11 +33,10 @@ struct NewEntry
 
 /// IMailUser or IDistList over an entry. User or List with the key 0: a new one, stored when it is saved.
 /// @throws Error MAPI_E_NOT_FOUND
-IMAPIProp* NewAddressEntry(const StorePtr& store, const AddressName& name, Access access,
-                           const NewEntry& entry = {});
+IMAPIProp* NewAddressEntry(const StorePtr& store, const AddressName& name, Access access, const NewEntry& entry = {});
 
-/// Answers IABContainer::CreateEntry and IDistList::CreateEntry: an object for a template, or for an entry that is copied
-/// (into the global address list) or becomes a member (of a list).
+/// Answers IABContainer::CreateEntry and IDistList::CreateEntry: an object for a template, or for an entry that is
+/// copied (into the global address list) or becomes a member (of a list).
 /// @param entry its list: 0 for the global address list
 IMAPIProp* CreateAddressEntry(const StorePtr& store, const NewEntry& entry, ULONG size, const void* id);
 
@@ -84,7 +83,6 @@ void GiveProperties(ADRENTRY& entry, const PropertySet& found, bool unicode);
 /// IABContainer::ResolveNames: gives each unresolved entry of `list` the properties of the one entry among `rows` that
 /// answers to its PR_DISPLAY_NAME, and sets its flag.
 /// @param columns null: what is usual for recipients
-void ResolveNamesIn(RowSource& rows, const SPropTagArray* columns, ULONG flags, ADRLIST* list,
-                    FlagList* found);
+void ResolveNamesIn(RowSource& rows, const SPropTagArray* columns, ULONG flags, ADRLIST* list, FlagList* found);
 
 } // namespace zebstore

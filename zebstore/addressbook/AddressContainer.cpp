@@ -14,7 +14,9 @@ AddressName NameOfContainer(AddressKind kind)
     AddressName name;
     name.kind = kind;
     if (kind == AddressKind::Contacts)
+    {
         name.key = IdOf(StandardFolder::Contacts);
+    }
     return name;
 }
 
@@ -47,7 +49,9 @@ const MAPIUID& ProviderOf(AddressKind kind)
 LONG FlagsOf(AddressKind kind, bool writable)
 {
     if (kind == AddressKind::Root)
+    {
         return AB_SUBCONTAINERS | AB_UNMODIFIABLE;
+    }
     const bool modifiable = kind == AddressKind::Directory && writable;
     return static_cast<LONG>(AB_RECIPIENTS | (modifiable ? AB_MODIFIABLE : AB_UNMODIFIABLE));
 }
@@ -76,37 +80,34 @@ public:
 
     HRESULT STDMETHODCALLTYPE GetContentsTable(ULONG flags, LPMAPITABLE* table) override
     {
-        return Guarded("IMAPIContainer::GetContentsTable",
-                       [&]
-                       {
-                           Require(table != nullptr, "no place for the table");
-                           *table = nullptr;
-                           *table = Contents(flags);
-                       });
+        return Guarded("IMAPIContainer::GetContentsTable", [&]
+        {
+            Require(table != nullptr, "no place for the table");
+            *table = nullptr;
+            *table = Contents(flags);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE GetHierarchyTable(ULONG flags, LPMAPITABLE* table) override
     {
-        return Guarded("IMAPIContainer::GetHierarchyTable",
-                       [&]
-                       {
-                           Require(table != nullptr, "no place for the table");
-                           *table = nullptr;
-                           *table = Hierarchy(flags);
-                       });
+        return Guarded("IMAPIContainer::GetHierarchyTable", [&]
+        {
+            Require(table != nullptr, "no place for the table");
+            *table = nullptr;
+            *table = Hierarchy(flags);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG size, LPENTRYID id, LPCIID iid, ULONG flags, ULONG* objectType,
                                         LPUNKNOWN* object) override
     {
-        return Guarded("IMAPIContainer::OpenEntry",
-                       [&]
-                       {
-                           Require(object != nullptr, "no place for the object");
-                           *object = nullptr;
-                           const Access most = File().IsReadOnly() ? Access::Read : Access::Write;
-                           *object = OpenAddress(Store(), size, id, iid, flags, most, objectType);
-                       });
+        return Guarded("IMAPIContainer::OpenEntry", [&]
+        {
+            Require(object != nullptr, "no place for the object");
+            *object = nullptr;
+            const Access most = File().IsReadOnly() ? Access::Read : Access::Write;
+            *object = OpenAddress(Store(), size, id, iid, flags, most, objectType);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE SetSearchCriteria(LPSRestriction, LPENTRYLIST, ULONG) override
@@ -120,64 +121,66 @@ public:
 
     HRESULT STDMETHODCALLTYPE CreateEntry(ULONG size, LPENTRYID id, ULONG flags, LPMAPIPROP* entry) override
     {
-        return Guarded("IABContainer::CreateEntry",
-                       [&]
-                       {
-                           Require(entry != nullptr, "no place for the entry");
-                           *entry = nullptr;
-                           RequireFlags(flags,
-                                        CREATE_CHECK_DUP_STRICT | CREATE_CHECK_DUP_LOOSE | CREATE_REPLACE);
-                           RequireDirectory();
-                           if (!size)
-                               throw Error(MAPI_E_INVALID_ENTRYID, "no entry identifier");
-                           NewEntry made;
-                           made.flags = flags;
-                           *entry = CreateAddressEntry(Store(), made, size, id);
-                       });
+        return Guarded("IABContainer::CreateEntry", [&]
+        {
+            Require(entry != nullptr, "no place for the entry");
+            *entry = nullptr;
+            RequireFlags(flags, CREATE_CHECK_DUP_STRICT | CREATE_CHECK_DUP_LOOSE | CREATE_REPLACE);
+            RequireDirectory();
+            if (!size)
+            {
+                throw Error(MAPI_E_INVALID_ENTRYID, "no entry identifier");
+            }
+            NewEntry made;
+            made.flags = flags;
+            *entry = CreateAddressEntry(Store(), made, size, id);
+        });
     }
 
-    HRESULT STDMETHODCALLTYPE CopyEntries(LPENTRYLIST entries, ULONG_PTR, LPMAPIPROGRESS,
-                                          ULONG flags) override
+    HRESULT STDMETHODCALLTYPE CopyEntries(LPENTRYLIST entries, ULONG_PTR, LPMAPIPROGRESS, ULONG flags) override
     {
-        return Guarded("IABContainer::CopyEntries",
-                       [&]
-                       {
-                           // CREATE_CHECK_DUP_STRICT has the value of AB_NO_DIALOG, so a copy can not ask for it.
-                           RequireFlags(flags, AB_NO_DIALOG | CREATE_CHECK_DUP_LOOSE | CREATE_REPLACE);
-                           RequireDirectory();
-                           Require(entries && (entries->lpbin || !entries->cValues), "no list of entries");
-                           for (ULONG i = 0; i < entries->cValues; ++i)
-                               Copy(entries->lpbin[i], flags & ~ULONG(AB_NO_DIALOG));
-                       });
+        return Guarded("IABContainer::CopyEntries", [&]
+        {
+            // CREATE_CHECK_DUP_STRICT has the value of AB_NO_DIALOG, so a copy can not ask for it.
+            RequireFlags(flags, AB_NO_DIALOG | CREATE_CHECK_DUP_LOOSE | CREATE_REPLACE);
+            RequireDirectory();
+            Require(entries && (entries->lpbin || !entries->cValues), "no list of entries");
+            for (ULONG i = 0; i < entries->cValues; ++i)
+            {
+                Copy(entries->lpbin[i], flags & ~ULONG(AB_NO_DIALOG));
+            }
+        });
     }
 
     HRESULT STDMETHODCALLTYPE DeleteEntries(LPENTRYLIST entries, ULONG flags) override
     {
-        return Guarded("IABContainer::DeleteEntries",
-                       [&]() -> HRESULT
-                       {
-                           RequireFlags(flags, 0);
-                           RequireDirectory();
-                           Require(entries && (entries->lpbin || !entries->cValues), "no list of entries");
-                           std::vector<AddressId> ids;
-                           for (ULONG i = 0; i < entries->cValues; ++i)
-                               if (const AddressId id = MemberOf(Store(), entries->lpbin[i]).address)
-                                   ids.push_back(id);
-                           const size_t deleted = AddressStorage(Store()->SharedFile()).Delete(ids);
-                           return deleted < entries->cValues ? MAPI_W_PARTIAL_COMPLETION : S_OK;
-                       });
+        return Guarded("IABContainer::DeleteEntries", [&]() -> HRESULT
+        {
+            RequireFlags(flags, 0);
+            RequireDirectory();
+            Require(entries && (entries->lpbin || !entries->cValues), "no list of entries");
+            std::vector<AddressId> ids;
+            for (ULONG i = 0; i < entries->cValues; ++i)
+            {
+                if (const AddressId id = MemberOf(Store(), entries->lpbin[i]).address)
+                {
+                    ids.push_back(id);
+                }
+            }
+            const size_t deleted = AddressStorage(Store()->SharedFile()).Delete(ids);
+            return deleted < entries->cValues ? MAPI_W_PARTIAL_COMPLETION : S_OK;
+        });
     }
 
     HRESULT STDMETHODCALLTYPE ResolveNames(LPSPropTagArray columns, ULONG flags, LPADRLIST list,
                                            LPFlagList found) override
     {
-        return Guarded("IABContainer::ResolveNames",
-                       [&]
-                       {
-                           RequireEntries();
-                           const std::shared_ptr<RowSource> rows = MakeContainerRows(Store(), m_kind);
-                           ResolveNamesIn(*rows, columns, flags, list, found);
-                       });
+        return Guarded("IABContainer::ResolveNames", [&]
+        {
+            RequireEntries();
+            const std::shared_ptr<RowSource> rows = MakeContainerRows(Store(), m_kind);
+            ResolveNamesIn(*rows, columns, flags, list, found);
+        });
     }
 
 private:
@@ -196,7 +199,9 @@ private:
     {
         const EncodedValue value = m_row.Find(tag);
         if (value)
+        {
             out.SetEncoded(value.tag, value.bytes);
+        }
         return static_cast<bool>(value);
     }
     void Edit(const std::function<void(PropertySet&)>& change) override
@@ -204,29 +209,39 @@ private:
         PropertySet before = m_none;
         change(before);
         if (!before.IsEmpty())
+        {
             throw Error(MAPI_E_NO_SUPPORT, "a container of the address book keeps no properties of others");
+        }
     }
     void Save(ULONG) override {}
     std::vector<ULONG> ObjectTags() override { return {PR_CONTAINER_CONTENTS, PR_CONTAINER_HIERARCHY}; }
     IUnknown* OpenObject(ULONG tag, const IID& iid, ULONG options, ULONG flags) override
     {
         if (IsEqualGUID(iid, IID_IMAPITable) && PROP_ID(tag) == PROP_ID(PR_CONTAINER_CONTENTS))
+        {
             return Contents(options & MAPI_UNICODE);
+        }
         if (IsEqualGUID(iid, IID_IMAPITable) && PROP_ID(tag) == PROP_ID(PR_CONTAINER_HIERARCHY))
+        {
             return Hierarchy(options & (MAPI_UNICODE | CONVENIENT_DEPTH));
+        }
         return PropBase::OpenObject(tag, iid, options, flags);
     }
 
     void RequireEntries() const
     {
         if (m_kind == AddressKind::Root)
+        {
             throw Error(MAPI_E_NO_SUPPORT, "the root of the address book has containers, no entries");
+        }
     }
     void RequireDirectory() const
     {
         RequireEntries();
         if (m_kind == AddressKind::Contacts)
+        {
             throw Error(MAPI_E_NO_SUPPORT, "contacts are changed as messages of the contacts folder");
+        }
         RequireWrite();
     }
 
@@ -244,8 +259,12 @@ private:
         RequireFlags(flags, MAPI_UNICODE | CONVENIENT_DEPTH | MAPI_DEFERRED_ERRORS);
         std::vector<PropertySet> rows;
         if (m_kind == AddressKind::Root)
+        {
             for (const AddressKind each : Containers)
+            {
                 rows.push_back(ContainerRow(Store(), each, !File().IsReadOnly()));
+            }
+        }
         return NewMemoryTable(std::move(rows), ContainerTags(), flags & MAPI_UNICODE);
     }
 
@@ -277,21 +296,27 @@ PropertySet ContainerRow(const StorePtr& store, AddressKind kind, bool writable)
 {
     PropertySet row;
     for (const ULONG tag : ComputedEntryTags())
+    {
         ComputeEntry(*store, NameOfContainer(kind), tag, row);
+    }
     row.SetText(PR_DISPLAY_NAME_W, DisplayNameOf(kind));
     row.SetLong(PR_CONTAINER_FLAGS, FlagsOf(kind, writable));
     row.SetBinary(PR_AB_PROVIDER_ID, ProviderOf(kind).ab, sizeof(MAPIUID));
     row.SetLong(PR_DEPTH, kind == AddressKind::Root ? 0 : 1);
     row.SetLong(PR_ACCESS_LEVEL, writable ? 1 : 0);
     if (kind == AddressKind::Directory)
+    {
         SetTemplates(store, row);
+    }
     return row;
 }
 
 std::shared_ptr<RowSource> MakeContainerRows(const StorePtr& store, AddressKind kind)
 {
     if (kind == AddressKind::Contacts)
+    {
         return MakeContactRows(store);
+    }
     return MakeAddressRows(AddressStorage(store->SharedFile()), MakeComputedAddress(store));
 }
 

@@ -19,9 +19,13 @@ PropertySet OneOffProperties(const StoreContext& store, const AddressName& name)
 {
     PropertySet properties;
     for (const ULONG tag : ComputedEntryTags())
+    {
         ComputeEntry(store, name, tag, properties);
+    }
     for (const ULONG tag : {PR_ADDRTYPE_W, PR_EMAIL_ADDRESS_W, PrSmtpAddress, PR_SEARCH_KEY})
+    {
         ComputeFromAddress(name.type, name.address, tag, properties);
+    }
     properties.SetText(PR_DISPLAY_NAME_W, name.displayName);
     properties.SetBool(PR_SEND_RICH_INFO, name.richInfo);
     return properties;
@@ -46,15 +50,20 @@ EntryData::EntryData(const StorePtr& store, AddressName name, const NewEntry& en
 void EntryData::Load()
 {
     if (m_loaded)
+    {
         return;
+    }
     if (m_name.kind == AddressKind::OneOff)
+    {
         m_properties = OneOffProperties(*m_store, m_name);
+    }
     else if (IsOfDirectory())
     {
         StoredAddress stored = m_addresses.Load(m_name.key);
         if (stored.type != ObjectTypeOf(m_name.kind))
-            throw Error(MAPI_E_INVALID_ENTRYID,
-                        "the entry identifier takes a user for a list, or a list for a user");
+        {
+            throw Error(MAPI_E_INVALID_ENTRYID, "the entry identifier takes a user for a list, or a list for a user");
+        }
         m_properties = std::move(stored.properties);
         m_change = stored.change;
     }
@@ -63,10 +72,11 @@ void EntryData::Load()
         m_properties = m_store->File().LoadMessage(m_name.key).properties;
         m_tags = ContactTagsOf(m_store->File());
         const std::vector<AddressName> contacts = ContactsIn(m_tags, m_name.key, m_properties);
-        if (std::none_of(contacts.begin(), contacts.end(),
-                         [&](const AddressName& each)
-                         { return each.kind == m_name.kind && each.index == m_name.index; }))
+        if (std::none_of(contacts.begin(), contacts.end(), [&](const AddressName& each)
+        { return each.kind == m_name.kind && each.index == m_name.index; }))
+        {
             throw Error(MAPI_E_NOT_FOUND, "the contact has no such address any more");
+        }
     }
     m_loaded = true;
 }
@@ -85,19 +95,27 @@ const PropertySet& EntryData::Stored()
 const std::vector<ULONG>& EntryData::ComputedTags() const
 {
     if (m_name.kind == AddressKind::OneOff)
+    {
         return NoTags();
+    }
     return IsOfDirectory() ? ComputedEntryTags() : ComputedContactTags();
 }
 
 bool EntryData::Compute(ULONG tag, PropertySet& out)
 {
     if (!HasId(ComputedTags(), tag))
+    {
         return false;
+    }
     if (!IsOfDirectory())
+    {
         return ComputeContact(*m_store, m_tags, m_name, m_properties, tag, out);
+    }
     // An entry has an identifier from its first save on.
     if (m_name.key == 0 && HasId({PR_ENTRYID, PR_RECORD_KEY, PR_INSTANCE_KEY}, tag))
+    {
         return false;
+    }
     return ComputeEntry(*m_store, m_name, tag, out);
 }
 
@@ -111,23 +129,33 @@ void EntryData::Edit(const std::function<void(PropertySet&)>& change)
 void EntryData::Complete()
 {
     if (m_properties.Text(PR_DISPLAY_NAME_W).empty())
+    {
         throw Error(MAPI_E_MISSING_REQUIRED_COLUMN,
                     "an entry of the address book needs a display name before it is saved");
+    }
     const std::string address = m_properties.Text(PR_EMAIL_ADDRESS_W);
     if (address.empty())
+    {
         return;
+    }
     if (m_properties.Text(PR_ADDRTYPE_W).empty())
+    {
         m_properties.SetText(PR_ADDRTYPE_W, "SMTP");
+    }
     const std::string type = m_properties.Text(PR_ADDRTYPE_W);
     for (const ULONG tag : {PrSmtpAddress, PR_SEARCH_KEY})
+    {
         ComputeFromAddress(type, address, tag, m_properties);
+    }
 }
 
 bool EntryData::IsDuplicate(AddressId other)
 {
     const StoredAddress stored = m_addresses.Load(other);
     if (stored.type != ObjectTypeOf(m_name.kind))
+    {
         return false;
+    }
     return !(m_new.flags & CREATE_CHECK_DUP_STRICT) ||
            stored.properties.Binary(PR_SEARCH_KEY) == m_properties.Binary(PR_SEARCH_KEY);
 }
@@ -135,10 +163,16 @@ bool EntryData::IsDuplicate(AddressId other)
 AddressId EntryData::Duplicate()
 {
     if (!(m_new.flags & (CREATE_CHECK_DUP_STRICT | CREATE_CHECK_DUP_LOOSE)))
+    {
         return 0;
+    }
     for (const AddressId each : m_addresses.Named(m_properties.Text(PR_DISPLAY_NAME_W)))
+    {
         if (IsDuplicate(each))
+        {
             return each;
+        }
+    }
     return 0;
 }
 
@@ -150,12 +184,16 @@ void EntryData::Save(bool force)
         Load();
         Complete();
         if (m_name.key != 0)
+        {
             m_addresses.Save(m_name.key, m_properties, force ? 0 : m_change);
+        }
         else if (const AddressId other = Duplicate())
         {
             if (!(m_new.flags & CREATE_REPLACE))
-                throw Error(MAPI_E_COLLISION, "the address book has an entry '" +
-                                                  m_properties.Text(PR_DISPLAY_NAME_W) + "' already");
+            {
+                throw Error(MAPI_E_COLLISION,
+                            "the address book has an entry '" + m_properties.Text(PR_DISPLAY_NAME_W) + "' already");
+            }
             m_addresses.Save(other, m_properties, 0);
             m_name.key = other;
         }
@@ -173,10 +211,12 @@ void EntryData::Save(bool force)
         }
     }
     if (m_new.list == 0)
+    {
         return;
+    }
     const AddressEntryId id = MakeAddressId(m_store->Uid(), m_name);
-    m_addresses.AddMembers(m_new.list, {MemberOf(m_store, SBinary{static_cast<ULONG>(id.size()),
-                                                                  const_cast<BYTE*>(id.data())})});
+    m_addresses.AddMembers(m_new.list,
+                           {MemberOf(m_store, SBinary{static_cast<ULONG>(id.size()), const_cast<BYTE*>(id.data())})});
     m_new.list = 0;
 }
 
@@ -185,17 +225,22 @@ PropertySet ContentOfEntry(const StorePtr& store, const AddressName& name)
     EntryData entry(store, name, {});
     PropertySet content = entry.Stored();
     for (const ULONG tag : {PR_DISPLAY_NAME_W, PR_ADDRTYPE_W, PR_EMAIL_ADDRESS_W})
+    {
         entry.Compute(tag, content);
+    }
     for (const ULONG tag : ComputedEntryTags())
+    {
         content.Remove(tag);
+    }
     return content;
 }
 
-IMAPIProp* NewAddressEntry(const StorePtr& store, const AddressName& name, Access access,
-                           const NewEntry& entry)
+IMAPIProp* NewAddressEntry(const StorePtr& store, const AddressName& name, Access access, const NewEntry& entry)
 {
     if (ObjectTypeOf(name.kind) == MAPI_DISTLIST)
+    {
         return new DistList(store, name, access, entry);
+    }
     return new MailUser(store, name, access, entry);
 }
 
@@ -203,13 +248,19 @@ IMAPIProp* CreateAddressEntry(const StorePtr& store, const NewEntry& entry, ULON
 {
     AddressName name = ParseAddressId(store->Uid(), id, size);
     if (ObjectTypeOf(name.kind) == MAPI_ABCONT)
+    {
         throw Error(MAPI_E_INVALID_ENTRYID, "a container can not become an entry of a list");
+    }
     if (name.kind != AddressKind::NewUser && name.kind != AddressKind::NewList && entry.list != 0)
+    {
         return NewAddressEntry(store, name, Access::Write, entry);
+    }
     const bool isTemplate = name.kind == AddressKind::NewUser || name.kind == AddressKind::NewList;
     PropertySet content;
     if (!isTemplate)
+    {
         content = ContentOfEntry(store, name);
+    }
     AddressName made;
     made.kind = ObjectTypeOf(name.kind) == MAPI_DISTLIST ? AddressKind::List : AddressKind::User;
     if (made.kind == AddressKind::List)

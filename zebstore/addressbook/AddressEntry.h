@@ -28,10 +28,7 @@ public:
     void Fill(PropertySet properties);
 
 private:
-    bool IsOfDirectory() const
-    {
-        return m_name.kind == AddressKind::User || m_name.kind == AddressKind::List;
-    }
+    bool IsOfDirectory() const { return m_name.kind == AddressKind::User || m_name.kind == AddressKind::List; }
     void Load();
     void Complete();
     bool IsDuplicate(AddressId other);
@@ -71,7 +68,9 @@ protected:
         this->RequireWrite();
         m_entry.Save((flags & FORCE_SAVE) != 0);
         if (!(flags & KEEP_OPEN_READWRITE))
+        {
             this->LowerAccess();
+        }
     }
 
 private:

@@ -57,8 +57,12 @@ template <size_t N>
 AddressKind KindOf(const KindNumber (&kinds)[N], ULONG number)
 {
     for (const KindNumber& each : kinds)
+    {
         if (each.number == number)
+        {
             return each.kind;
+        }
+    }
     throw Invalid("is damaged");
 }
 
@@ -126,7 +130,9 @@ AddressEntryId ContactId(const MAPIUID& store, const AddressName& name, ULONG nu
     AppendNumber(id, name.index);
     AppendNumber(id, static_cast<ULONG>(nested.size()));
     if (name.kind == AddressKind::Contacts)
+    {
         id.insert(id.end(), ContactsPadding, 0);
+    }
     Append(id, nested.data(), nested.size());
     return id;
 }
@@ -136,22 +142,30 @@ AddressName ParseDirectory(const MAPIUID& store, const BYTE* id, size_t size)
     constexpr size_t storeAt = HeaderSize + 2 * sizeof(ULONG);
     constexpr size_t keyAt = storeAt + sizeof(MAPIUID);
     if (size != keyAt + KeySize)
+    {
         throw Invalid("is cut, or too long");
+    }
     if (std::memcmp(id + storeAt, store.ab, sizeof(store.ab)) != 0)
+    {
         throw Invalid("is one of another address book");
+    }
     AddressName name;
     name.kind = KindOf(DirectoryKinds, NumberAt(id + HeaderSize + sizeof(ULONG)));
     std::memcpy(&name.key, id + keyAt, sizeof(name.key));
     const AddressEntryId whole = MakeAddressId(store, name);
     if (!std::equal(whole.begin(), whole.end(), id))
+    {
         throw Invalid("is damaged");
+    }
     return name;
 }
 
 AddressName ParseContact(const MAPIUID& store, const BYTE* id, size_t size)
 {
     if (size < ContactHeaderSize)
+    {
         throw Invalid("is cut");
+    }
     AddressName name;
     name.kind = KindOf(ContactKinds, NumberAt(id + HeaderSize + sizeof(ULONG)));
     name.index = NumberAt(id + HeaderSize + 2 * sizeof(ULONG));
@@ -159,12 +173,16 @@ AddressName ParseContact(const MAPIUID& store, const BYTE* id, size_t size)
     const size_t nestedAt = ContactHeaderSize + (folder ? ContactsPadding : 0);
     const size_t nestedSize = folder ? FolderEntryIdSize : MessageEntryIdSize;
     if (size < nestedAt + nestedSize)
+    {
         throw Invalid(folder ? "is cut: the contacts folder's own identifier in it is not whole"
                              : "is cut: the contact's own identifier in it is not whole");
+    }
     name.key = ParseItemId(store, id + nestedAt, size - nestedAt).key;
     const AddressEntryId whole = MakeAddressId(store, name);
     if (whole.size() != size || !std::equal(whole.begin(), whole.end(), id))
+    {
         throw Invalid("is damaged");
+    }
     return name;
 }
 
@@ -190,7 +208,9 @@ std::basic_string<Character> TextAt(const BYTE* id, size_t size, size_t& at)
 std::string OneOffText(const BYTE* id, size_t size, size_t& at, bool unicode)
 {
     if (!unicode)
+    {
         return StoredFromNarrow(TextAt<char>(id, size, at));
+    }
     const auto wide = TextAt<WCHAR>(id, size, at);
     return StoredFromWide(wide.c_str(), wide.size());
 }
@@ -199,7 +219,9 @@ AddressName ParseOneOff(const BYTE* id, size_t size)
 {
     size_t at = HeaderSize + sizeof(ULONG);
     if (size < at)
+    {
         throw Invalid("is cut");
+    }
     const ULONG flags = NumberAt(id + HeaderSize);
     const bool unicode = (flags & MAPI_UNICODE) != 0;
     AddressName name;
@@ -230,9 +252,13 @@ void AppendText(AddressEntryId& id, const std::string& text, bool unicode)
 AddressEntryId MakeAddressId(const MAPIUID& store, const AddressName& name)
 {
     if (const KindNumber* directory = OfKind(DirectoryKinds, name.kind))
+    {
         return DirectoryId(store, name, directory->number);
+    }
     if (const KindNumber* contact = OfKind(ContactKinds, name.kind))
+    {
         return ContactId(store, name, contact->number);
+    }
     return name.kind == AddressKind::OneOff ? MakeOneOffId(name, true) : Header(RootProvider);
 }
 
@@ -241,14 +267,18 @@ AddressEntryId MakeOneOffId(const AddressName& name, bool unicode)
     AddressEntryId id = Header(OneOffProvider);
     AppendNumber(id, (unicode ? MAPI_UNICODE : 0) | (name.richInfo ? 0 : MAPI_SEND_NO_RICH_INFO));
     for (const std::string& text : {name.displayName, name.type, name.address})
+    {
         AppendText(id, text, unicode);
+    }
     return id;
 }
 
 bool IsAddressId(const void* bytes, size_t size)
 {
     if (size == 0)
+    {
         return true;
+    }
     const BYTE* id = static_cast<const BYTE*>(bytes);
     return id && size >= HeaderSize &&
            (IsOf(RootProvider, id) || IsOf(DirectoryProvider, id) || IsOf(ContactProvider, id) ||
@@ -258,18 +288,30 @@ bool IsAddressId(const void* bytes, size_t size)
 AddressName ParseAddressId(const MAPIUID& store, const void* bytes, size_t size)
 {
     if (size == 0)
+    {
         return {};
+    }
     if (!IsAddressId(bytes, size))
+    {
         throw Error(MAPI_E_INVALID_ENTRYID, "the entry identifier is none of the address book");
+    }
     const BYTE* id = static_cast<const BYTE*>(bytes);
     if (IsOf(DirectoryProvider, id))
+    {
         return ParseDirectory(store, id, size);
+    }
     if (IsOf(ContactProvider, id))
+    {
         return ParseContact(store, id, size);
+    }
     if (IsOf(OneOffProvider, id))
+    {
         return ParseOneOff(id, size);
+    }
     if (size != HeaderSize)
+    {
         throw Invalid("is damaged");
+    }
     return {};
 }
 

@@ -44,11 +44,11 @@ using AddressEntryId = std::vector<BYTE>;
 
 /// All identifiers are long-term: their flags are zero. Sizes in bytes, numbers little-endian.
 ///
-/// Root: flags and provider UID. Directory and what is in it: flags, UID, version 1 (4), kind (4: 0 user, 1 list, 0x100
-/// the directory, 0x10000 and 0x10001 the two templates), the store's UID (16), the key (8), 8 check bytes.
-/// Contacts: flags, UID, version 3 (4), kind (4: 3 folder, 4 user, 5 list), index (4), the size of the rest (4), for the
-/// folder 8 zeros, then the folder's or message's own identifier. One-off: flags, UID, flags (4; the top bit: 16-bit
-/// text), display name, address type, address, each with its zero.
+/// Root: flags and provider UID. Directory and what is in it: flags, UID, version 1 (4), kind (4: 0 user, 1 list,
+/// 0x100 the directory, 0x10000 and 0x10001 the two templates), the store's UID (16), the key (8), 8 check bytes.
+/// Contacts: flags, UID, version 3 (4), kind (4: 3 folder, 4 user, 5 list), index (4), the size of the rest (4), for
+/// the folder 8 zeros, then the folder's or message's own identifier. One-off: flags, UID, flags (4; the top bit:
+/// 16-bit text), display name, address type, address, each with its zero.
 /// @param store the UID of the store file
 /// @param name one of any kind but OneOff
 AddressEntryId MakeAddressId(const MAPIUID& store, const AddressName& name);

@@ -11,10 +11,9 @@ namespace zebstore
 namespace
 {
 
-constexpr ULONG RowTags[] = {PR_ENTRYID,      PR_RECORD_KEY,     PR_OBJECT_TYPE, PR_DISPLAY_TYPE,
-                             PR_INSTANCE_KEY, PR_DISPLAY_NAME_W, PR_ADDRTYPE_W,  PR_EMAIL_ADDRESS_W,
-                             PrSmtpAddress,   PR_SEARCH_KEY,     PR_ACCOUNT_W,   PR_GIVEN_NAME_W,
-                             PR_SURNAME_W};
+constexpr ULONG RowTags[] = {PR_ENTRYID,        PR_RECORD_KEY,   PR_OBJECT_TYPE,     PR_DISPLAY_TYPE, PR_INSTANCE_KEY,
+                             PR_DISPLAY_NAME_W, PR_ADDRTYPE_W,   PR_EMAIL_ADDRESS_W, PrSmtpAddress,   PR_SEARCH_KEY,
+                             PR_ACCOUNT_W,      PR_GIVEN_NAME_W, PR_SURNAME_W};
 
 // The members as they are now: made anew whenever the address book or the contacts have changed.
 class MemberRows final : public MemoryRows
@@ -39,13 +38,17 @@ private:
     {
         StoreFile& file = m_store->File();
         const std::lock_guard<std::recursive_mutex> hold(file.Lock());
-        const std::uint64_t now = AddressStorage(m_store->SharedFile()).Generation() +
-                                  file.Generation(IdOf(StandardFolder::Contacts), false);
+        const std::uint64_t now =
+            AddressStorage(m_store->SharedFile()).Generation() + file.Generation(IdOf(StandardFolder::Contacts), false);
         if (now == m_madeOf)
+        {
             return;
+        }
         std::vector<PropertySet> rows;
         for (const AddressEntryId& each : MembersOf(m_store, m_list))
+        {
             rows.push_back(RowOfEntry(m_store, each.data(), each.size()));
+        }
         Replace(std::move(rows));
         m_madeOf = now;
     }
@@ -60,7 +63,9 @@ std::vector<ListMember> MembersIn(const StorePtr& store, const ENTRYLIST* entrie
     Require(entries && (entries->lpbin || !entries->cValues), "no list of entries");
     std::vector<ListMember> members;
     for (ULONG i = 0; i < entries->cValues; ++i)
+    {
         members.push_back(MemberOf(store, entries->lpbin[i]));
+    }
     return members;
 }
 
@@ -69,7 +74,9 @@ std::vector<ListMember> MembersIn(const StorePtr& store, const ENTRYLIST* entrie
 ListMember MemberOf(const StorePtr& store, const SBinary& id)
 {
     if (!id.cb || !id.lpb)
+    {
         throw Error(MAPI_E_INVALID_ENTRYID, "no entry identifier");
+    }
     const AddressName name = ParseAddressId(store->Uid(), id.lpb, id.cb);
     switch (name.kind)
     {
@@ -92,7 +99,9 @@ std::vector<AddressEntryId> MembersOf(const StorePtr& store, const AddressName& 
     {
         const PropertySet message = store->File().LoadMessage(list.key).properties;
         for (const std::string& each : ContactListMembers(ContactTagsOf(store->File()), message))
+        {
             ids.emplace_back(each.begin(), each.end());
+        }
         return ids;
     }
     const AddressStorage addresses(store->SharedFile());
@@ -104,8 +113,7 @@ std::vector<AddressEntryId> MembersOf(const StorePtr& store, const AddressName& 
             continue;
         }
         AddressName name;
-        name.kind =
-            addresses.Load(member.address).type == MAPI_DISTLIST ? AddressKind::List : AddressKind::User;
+        name.kind = addresses.Load(member.address).type == MAPI_DISTLIST ? AddressKind::List : AddressKind::User;
         name.key = member.address;
         ids.push_back(MakeAddressId(store->Uid(), name));
     }
@@ -120,14 +128,22 @@ PropertySet RowOfEntry(const StorePtr& store, const void* id, size_t size)
         EntryData entry(store, ParseAddressId(store->Uid(), id, size), {});
         const PropertySet& stored = entry.Stored();
         for (const ULONG tag : RowTags)
+        {
             if (!entry.Compute(tag, row))
+            {
                 if (const EncodedValue value = stored.Find(tag); value && !value.large)
+                {
                     row.SetEncoded(value.tag, value.bytes);
+                }
+            }
+        }
     }
     catch (const Error& error)
     {
         if (error.Code() != MAPI_E_NOT_FOUND && error.Code() != MAPI_E_INVALID_ENTRYID)
+        {
             throw;
+        }
         row.Clear();
     }
     row.SetBinary(PR_ENTRYID, id, size);
@@ -146,26 +162,29 @@ IMAPITable* DistList::Contents(ULONG flags)
     TableOptions options;
     options.unicode = (flags & MAPI_UNICODE) != 0;
     if (Entry().Name().key == 0)
+    {
         return NewMemoryTable({}, {std::begin(RowTags), std::end(RowTags)}, flags & MAPI_UNICODE);
+    }
     return CreateTable(MakeMemberRows(Store(), Entry().Name()), options).Detach();
 }
 
 IUnknown* DistList::OpenObject(ULONG tag, const IID& iid, ULONG options, ULONG flags)
 {
     if (IsEqualGUID(iid, IID_IMAPITable) && PROP_ID(tag) == PROP_ID(PR_CONTAINER_CONTENTS))
+    {
         return Contents(options & MAPI_UNICODE);
+    }
     return PropBase::OpenObject(tag, iid, options, flags);
 }
 
 HRESULT DistList::GetContentsTable(ULONG flags, LPMAPITABLE* table)
 {
-    return Run("IMAPIContainer::GetContentsTable",
-               [&]
-               {
-                   Require(table != nullptr, "no place for the table");
-                   *table = nullptr;
-                   *table = Contents(flags);
-               });
+    return Run("IMAPIContainer::GetContentsTable", [&]
+    {
+        Require(table != nullptr, "no place for the table");
+        *table = nullptr;
+        *table = Contents(flags);
+    });
 }
 
 HRESULT DistList::GetHierarchyTable(ULONG, LPMAPITABLE*)
@@ -174,17 +193,15 @@ HRESULT DistList::GetHierarchyTable(ULONG, LPMAPITABLE*)
                    [] { throw Error(MAPI_E_NO_SUPPORT, "a distribution list has members, no containers"); });
 }
 
-HRESULT DistList::OpenEntry(ULONG size, LPENTRYID id, LPCIID iid, ULONG flags, ULONG* objectType,
-                            LPUNKNOWN* object)
+HRESULT DistList::OpenEntry(ULONG size, LPENTRYID id, LPCIID iid, ULONG flags, ULONG* objectType, LPUNKNOWN* object)
 {
-    return Guarded("IMAPIContainer::OpenEntry",
-                   [&]
-                   {
-                       Require(object != nullptr, "no place for the object");
-                       *object = nullptr;
-                       const Access most = File().IsReadOnly() ? Access::Read : Access::Write;
-                       *object = OpenAddress(Store(), size, id, iid, flags, most, objectType);
-                   });
+    return Guarded("IMAPIContainer::OpenEntry", [&]
+    {
+        Require(object != nullptr, "no place for the object");
+        *object = nullptr;
+        const Access most = File().IsReadOnly() ? Access::Read : Access::Write;
+        *object = OpenAddress(Store(), size, id, iid, flags, most, objectType);
+    });
 }
 
 HRESULT DistList::SetSearchCriteria(LPSRestriction, LPENTRYLIST, ULONG)
@@ -203,59 +220,57 @@ AddressId DistList::ListToChange()
 {
     RequireWrite();
     if (Entry().Name().key == 0)
+    {
         throw Error(MAPI_E_CALL_FAILED, "a new distribution list is saved before it gets members");
+    }
     return Entry().Name().key;
 }
 
 HRESULT DistList::CreateEntry(ULONG size, LPENTRYID id, ULONG flags, LPMAPIPROP* entry)
 {
-    return Run("IDistList::CreateEntry",
-               [&]
-               {
-                   Require(entry != nullptr, "no place for the entry");
-                   *entry = nullptr;
-                   RequireFlags(flags, CREATE_CHECK_DUP_STRICT | CREATE_CHECK_DUP_LOOSE | CREATE_REPLACE);
-                   NewEntry made;
-                   made.list = ListToChange();
-                   made.flags = flags;
-                   if (!size)
-                       throw Error(MAPI_E_INVALID_ENTRYID, "no entry identifier");
-                   *entry = CreateAddressEntry(Store(), made, size, id);
-               });
+    return Run("IDistList::CreateEntry", [&]
+    {
+        Require(entry != nullptr, "no place for the entry");
+        *entry = nullptr;
+        RequireFlags(flags, CREATE_CHECK_DUP_STRICT | CREATE_CHECK_DUP_LOOSE | CREATE_REPLACE);
+        NewEntry made;
+        made.list = ListToChange();
+        made.flags = flags;
+        if (!size)
+        {
+            throw Error(MAPI_E_INVALID_ENTRYID, "no entry identifier");
+        }
+        *entry = CreateAddressEntry(Store(), made, size, id);
+    });
 }
 
 HRESULT DistList::CopyEntries(LPENTRYLIST entries, ULONG_PTR, LPMAPIPROGRESS, ULONG flags)
 {
-    return Run(
-        "IDistList::CopyEntries",
-        [&]
-        {
-            RequireFlags(flags, AB_NO_DIALOG | CREATE_CHECK_DUP_LOOSE | CREATE_REPLACE);
-            AddressStorage(Store()->SharedFile()).AddMembers(ListToChange(), MembersIn(Store(), entries));
-        });
+    return Run("IDistList::CopyEntries", [&]
+    {
+        RequireFlags(flags, AB_NO_DIALOG | CREATE_CHECK_DUP_LOOSE | CREATE_REPLACE);
+        AddressStorage(Store()->SharedFile()).AddMembers(ListToChange(), MembersIn(Store(), entries));
+    });
 }
 
 HRESULT DistList::DeleteEntries(LPENTRYLIST entries, ULONG flags)
 {
-    return Run("IDistList::DeleteEntries",
-               [&]() -> HRESULT
-               {
-                   RequireFlags(flags, 0);
-                   const std::vector<ListMember> members = MembersIn(Store(), entries);
-                   const size_t removed =
-                       AddressStorage(Store()->SharedFile()).RemoveMembers(ListToChange(), members);
-                   return removed < members.size() ? MAPI_W_PARTIAL_COMPLETION : S_OK;
-               });
+    return Run("IDistList::DeleteEntries", [&]() -> HRESULT
+    {
+        RequireFlags(flags, 0);
+        const std::vector<ListMember> members = MembersIn(Store(), entries);
+        const size_t removed = AddressStorage(Store()->SharedFile()).RemoveMembers(ListToChange(), members);
+        return removed < members.size() ? MAPI_W_PARTIAL_COMPLETION : S_OK;
+    });
 }
 
 HRESULT DistList::ResolveNames(LPSPropTagArray columns, ULONG flags, LPADRLIST list, LPFlagList found)
 {
-    return Run("IDistList::ResolveNames",
-               [&]
-               {
-                   const std::shared_ptr<RowSource> rows = MakeMemberRows(Store(), Entry().Name());
-                   ResolveNamesIn(*rows, columns, flags, list, found);
-               });
+    return Run("IDistList::ResolveNames", [&]
+    {
+        const std::shared_ptr<RowSource> rows = MakeMemberRows(Store(), Entry().Name());
+        ResolveNamesIn(*rows, columns, flags, list, found);
+    });
 }
 
 } // namespace zebstore

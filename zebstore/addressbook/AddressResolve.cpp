@@ -12,9 +12,8 @@ namespace zebstore
 namespace
 {
 
-constexpr ULONG UsualColumns[] = {PR_ENTRYID,        PR_OBJECT_TYPE, PR_DISPLAY_TYPE,
-                                  PR_DISPLAY_NAME_W, PR_ADDRTYPE_W,  PR_EMAIL_ADDRESS_W,
-                                  PrSmtpAddress,     PR_SEARCH_KEY,  PR_RECORD_KEY};
+constexpr ULONG UsualColumns[] = {PR_ENTRYID,         PR_OBJECT_TYPE, PR_DISPLAY_TYPE, PR_DISPLAY_NAME_W, PR_ADDRTYPE_W,
+                                  PR_EMAIL_ADDRESS_W, PrSmtpAddress,  PR_SEARCH_KEY,   PR_RECORD_KEY};
 
 std::vector<RowKey> KeysByName(RowSource& rows, const std::string& name)
 {
@@ -34,20 +33,25 @@ std::vector<RowKey> KeysByName(RowSource& rows, const std::string& name)
 PropertySet ReadRow(RowSource& rows, RowKey key, const std::vector<ULONG>& columns)
 {
     PropertySet row;
-    rows.Read(&key, 1,
-              [&](size_t, const ValueSource& values)
-              {
-                  for (const ULONG tag : columns)
-                      if (const EncodedValue value = values.Find(tag); value && !value.large)
-                          row.SetEncoded(value.tag, value.bytes);
-              });
+    rows.Read(&key, 1, [&](size_t, const ValueSource& values)
+    {
+        for (const ULONG tag : columns)
+        {
+            if (const EncodedValue value = values.Find(tag); value && !value.large)
+            {
+                row.SetEncoded(value.tag, value.bytes);
+            }
+        }
+    });
     return row;
 }
 
 std::vector<ULONG> ColumnsOf(const SPropTagArray* columns)
 {
     if (!columns)
+    {
         return {std::begin(UsualColumns), std::end(UsualColumns)};
+    }
     std::vector<ULONG> tags(columns->aulPropTag, columns->aulPropTag + columns->cValues);
     tags.push_back(PR_ENTRYID);
     return tags;
@@ -58,9 +62,12 @@ PropertySet PropertiesOf(const ADRENTRY& entry)
 {
     PropertySet properties;
     for (ULONG i = 0; i < entry.cValues; ++i)
-        if (PROP_TYPE(entry.rgPropVals[i].ulPropTag) != PT_ERROR &&
-            PROP_TYPE(entry.rgPropVals[i].ulPropTag) != PT_NULL)
+    {
+        if (PROP_TYPE(entry.rgPropVals[i].ulPropTag) != PT_ERROR && PROP_TYPE(entry.rgPropVals[i].ulPropTag) != PT_NULL)
+        {
             properties.Set(entry.rgPropVals[i]);
+        }
+    }
     return properties;
 }
 
@@ -68,8 +75,9 @@ void Replace(ADRENTRY& entry, const PropertySet& properties, bool unicode)
 {
     std::vector<ULONG> tags;
     for (const ULONG tag : properties.Tags())
-        tags.push_back(IsText(PROP_TYPE(tag)) ? CHANGE_PROP_TYPE(tag, (unicode ? PT_UNICODE : PT_STRING8))
-                                              : tag);
+    {
+        tags.push_back(IsText(PROP_TYPE(tag)) ? CHANGE_PROP_TYPE(tag, (unicode ? PT_UNICODE : PT_STRING8)) : tag);
+    }
     SPropValue* values = BuildValues(tags.data(), tags.size(), properties, {});
     Free(entry.rgPropVals);
     entry.rgPropVals = values;
@@ -84,19 +92,24 @@ NameMatches FindByName(RowSource& rows, const std::string& name, const SPropTagA
     std::vector<RowKey> keys = KeysByName(rows, name);
     // The one whose whole name was typed is meant, whoever else begins with it.
     if (keys.size() > 1)
+    {
         if (const std::vector<RowKey> whole = KeysByName(rows, "=" + name); whole.size() == 1)
+        {
             keys = whole;
+        }
+    }
     matches.count = keys.size();
     if (keys.size() == 1)
+    {
         matches.entry = ReadRow(rows, keys.front(), ColumnsOf(columns));
+    }
     return matches;
 }
 
 bool IsResolved(const ADRENTRY& entry)
 {
     return std::any_of(entry.rgPropVals, entry.rgPropVals + entry.cValues,
-                       [](const SPropValue& each)
-                       { return each.ulPropTag == PR_ENTRYID && each.Value.bin.cb != 0; });
+                       [](const SPropValue& each) { return each.ulPropTag == PR_ENTRYID && each.Value.bin.cb != 0; });
 }
 
 std::string NameToResolve(const ADRENTRY& entry)
@@ -108,12 +121,13 @@ void GiveProperties(ADRENTRY& entry, const PropertySet& found, bool unicode)
 {
     PropertySet properties = PropertiesOf(entry);
     for (const PropertySet::Item& item : found.Items())
+    {
         properties.SetEncoded(item.tag, item.bytes);
+    }
     Replace(entry, properties, unicode);
 }
 
-void ResolveNamesIn(RowSource& rows, const SPropTagArray* columns, ULONG flags, ADRLIST* list,
-                    FlagList* found)
+void ResolveNamesIn(RowSource& rows, const SPropTagArray* columns, ULONG flags, ADRLIST* list, FlagList* found)
 {
     RequireFlags(flags, MAPI_UNICODE);
     Require(list && found, "no list of names, or no place for the answers");
@@ -122,12 +136,18 @@ void ResolveNamesIn(RowSource& rows, const SPropTagArray* columns, ULONG flags, 
     {
         ADRENTRY& entry = list->aEntries[i];
         if (found->ulFlag[i] == MAPI_RESOLVED || IsResolved(entry))
+        {
             continue;
+        }
         const NameMatches matches = FindByName(rows, NameToResolve(entry), columns);
         if (matches.count > 1)
+        {
             found->ulFlag[i] = MAPI_AMBIGUOUS;
+        }
         if (matches.count != 1)
+        {
             continue;
+        }
         GiveProperties(entry, matches.entry, (flags & MAPI_UNICODE) != 0);
         found->ulFlag[i] = MAPI_RESOLVED;
     }

@@ -13,8 +13,7 @@ namespace
 std::string UpperAscii(std::string text)
 {
     std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char each)
-                   { return static_cast<char>(each < 0x80 ? std::toupper(each) : each); });
+                   [](unsigned char each) { return static_cast<char>(each < 0x80 ? std::toupper(each) : each); });
     return text;
 }
 
@@ -29,7 +28,9 @@ public:
     bool OfEntry(ULONG tag, AddressId address, ULONG type, PropertySet& out) const override
     {
         if (!HasId(ComputedEntryTags(), tag))
+        {
             return false;
+        }
         AddressName name;
         name.kind = type == MAPI_DISTLIST ? AddressKind::List : AddressKind::User;
         name.key = address;
@@ -127,7 +128,9 @@ bool ComputeFromAddress(const std::string& type, const std::string& address, ULO
         return true;
     case PROP_ID(PrSmtpAddress):
         if (UpperAscii(type) != "SMTP")
+        {
             return false;
+        }
         out.SetText(PrSmtpAddress, address);
         return true;
     case PROP_ID(PR_SEARCH_KEY):

@@ -32,7 +32,9 @@ public:
         const auto compute = [&](PropertySet& made)
         { return ComputeContact(m_store, m_tags, m_contact, m_message, tag, made); };
         if (const auto value = m_made.Find(tag, compute))
+        {
             return *value;
+        }
         return HasId(ComputedContactTags(), tag) ? EncodedValue() : m_message.Find(tag);
     }
 
@@ -62,14 +64,15 @@ public:
     std::vector<RowKey> Keys(const Restriction* restriction, const SortOrder* order) override
     {
         if (!restriction && (!order || order->IsEmpty()))
+        {
             return AllKeys();
+        }
         RowSelection selection(restriction, order);
-        Walk(std::nullopt,
-             [&](RowKey key, const ValueSource& values)
-             {
-                 selection.Add(key, values);
-                 return true;
-             });
+        Walk(std::nullopt, [&](RowKey key, const ValueSource& values)
+        {
+            selection.Add(key, values);
+            return true;
+        });
         return selection.Take();
     }
 
@@ -77,13 +80,14 @@ public:
     {
         std::vector<RowKey> keys;
         if (count == 0)
+        {
             return keys;
-        Walk(after,
-             [&](RowKey key, const ValueSource&)
-             {
-                 keys.push_back(key);
-                 return keys.size() < count;
-             });
+        }
+        Walk(after, [&](RowKey key, const ValueSource&)
+        {
+            keys.push_back(key);
+            return keys.size() < count;
+        });
         return keys;
     }
 
@@ -102,14 +106,18 @@ public:
             {
                 const PropertyBlob blob(query.Bytes(0), *m_store);
                 for (const AddressName& contact : ContactsIn(tags, message, blob))
+                {
                     if (!shown && KeyOf(contact) == keys[i])
                     {
                         visit(i, ContactValues(*m_context, tags, contact, blob));
                         shown = true;
                     }
+                }
             }
             if (!shown)
+            {
                 visit(i, none);
+            }
             query.Reset();
         }
     }
@@ -122,7 +130,9 @@ public:
         for (const ULONG tag :
              {PR_GIVEN_NAME_W, PR_SURNAME_W, PR_COMPANY_NAME_W, PR_BUSINESS_TELEPHONE_NUMBER_W,
               PR_MOBILE_TELEPHONE_NUMBER_W, PR_HOME_TELEPHONE_NUMBER_W, PR_TITLE_W, PR_DEPARTMENT_NAME_W})
+        {
             columns.push_back(tag);
+        }
         return columns;
     }
 
@@ -134,18 +144,17 @@ private:
         return number * RowsOfMessage + (list ? ListRow : static_cast<RowKey>(contact.index));
     }
 
-    static MessageId MessageOf(RowKey key)
-    {
-        return FirstOf(ContainerOf(ContactsFolder, false)) + key / RowsOfMessage;
-    }
+    static MessageId MessageOf(RowKey key) { return FirstOf(ContainerOf(ContactsFolder, false)) + key / RowsOfMessage; }
 
-    // A name gets its number with the first contact that uses it, so the numbers hold as long as the folder does not
-    // change.
+    // A name gets its number with the first contact that uses it, so the numbers
+    // hold as long as the folder does not change.
     const ContactTags& Tags()
     {
         const std::uint64_t generation = Generation();
         if (m_tagsOf != generation)
+        {
             m_tags = ContactTagsOf(*m_store);
+        }
         m_tagsOf = generation;
         return m_tags;
     }
@@ -156,14 +165,15 @@ private:
         const ReadScope moment(m_store->Connection());
         const std::uint64_t generation = Generation();
         if (m_keysOf == generation)
+        {
             return m_keys;
+        }
         m_keys.clear();
-        Walk(std::nullopt,
-             [&](RowKey key, const ValueSource&)
-             {
-                 m_keys.push_back(key);
-                 return true;
-             });
+        Walk(std::nullopt, [&](RowKey key, const ValueSource&)
+        {
+            m_keys.push_back(key);
+            return true;
+        });
         m_keysOf = generation;
         return m_keys;
     }
@@ -175,17 +185,20 @@ private:
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
         const ReadScope moment(m_store->Connection());
         const ContactTags& tags = Tags();
-        Query query(m_store->Connection(),
-                    "SELECT id, props FROM message WHERE id BETWEEN ? AND ? ORDER BY id");
+        Query query(m_store->Connection(), "SELECT id, props FROM message WHERE id BETWEEN ? AND ? ORDER BY id");
         query.Bind(1, after ? MessageOf(*after) : FirstOf(ContainerOf(ContactsFolder, false)));
         query.Bind(2, LastOf(ContainerOf(ContactsFolder, false)));
         while (query.Step())
         {
             const PropertyBlob blob(query.Bytes(1), *m_store);
             for (const AddressName& contact : ContactsIn(tags, query.Number(0), blob))
+            {
                 if ((!after || KeyOf(contact) > *after) &&
                     !visit(KeyOf(contact), ContactValues(*m_context, tags, contact, blob)))
+                {
                     return;
+                }
+            }
         }
     }
 

@@ -21,15 +21,16 @@ constexpr LONG AddressOffset = 3;
 std::string TextIn(const ValueSource& values, ULONG tag)
 {
     const EncodedValue value = tag ? values.Find(tag) : EncodedValue();
-    return IsText(value.Type()) && !value.large ? std::string(StoredTextOf(value.Type(), value.bytes))
-                                                : std::string();
+    return IsText(value.Type()) && !value.large ? std::string(StoredTextOf(value.Type(), value.bytes)) : std::string();
 }
 
 std::string AddressOf(const ContactTags& tags, ULONG index, const ValueSource& message)
 {
     std::string address = TextIn(message, tags.address[index]);
     if (address.empty() && index == 0)
+    {
         address = TextIn(message, PR_EMAIL_ADDRESS_W);
+    }
     return address;
 }
 
@@ -42,17 +43,23 @@ std::string TypeOf(const ContactTags& tags, ULONG index, const ValueSource& mess
 std::string NameOf(const ContactTags& tags, const AddressName& contact, const ValueSource& message)
 {
     if (contact.kind == AddressKind::Contact)
+    {
         if (const std::string own = TextIn(message, tags.displayName[contact.index]); !own.empty())
+        {
             return own;
+        }
+    }
     const std::string name = TextIn(message, PR_DISPLAY_NAME_W);
     return name.empty() ? TextIn(message, PR_SUBJECT_W) : name;
 }
 
-bool ComputeAddress(const ContactTags& tags, const AddressName& contact, const ValueSource& message,
-                    ULONG tag, PropertySet& out)
+bool ComputeAddress(const ContactTags& tags, const AddressName& contact, const ValueSource& message, ULONG tag,
+                    PropertySet& out)
 {
     if (contact.kind != AddressKind::Contact)
+    {
         return false;
+    }
     const std::string address = AddressOf(tags, contact.index, message);
     return !address.empty() && ComputeFromAddress(TypeOf(tags, contact.index, message), address, tag, out);
 }
@@ -71,8 +78,12 @@ ContactTags ContactTagsOf(StoreFile& store)
 {
     std::vector<LONG> numbers = {MembersName};
     for (LONG i = 0; i < static_cast<LONG>(MostContactAddresses); ++i)
+    {
         for (const LONG offset : {NameOffset, TypeOffset, AddressOffset})
+        {
             numbers.push_back(FirstName + i * AddressStep + offset);
+        }
+    }
     GUID set = AddressSet;
     std::vector<MAPINAMEID> names(numbers.size());
     std::vector<const MAPINAMEID*> pointers;
@@ -101,9 +112,10 @@ const std::vector<ULONG>& ComputedContactTags()
     static const std::vector<ULONG> tags = []
     {
         std::vector<ULONG> all = ComputedEntryTags();
-        for (const ULONG tag :
-             {PR_DISPLAY_NAME_W, PR_ADDRTYPE_W, PR_EMAIL_ADDRESS_W, PrSmtpAddress, PR_SEARCH_KEY})
+        for (const ULONG tag : {PR_DISPLAY_NAME_W, PR_ADDRTYPE_W, PR_EMAIL_ADDRESS_W, PrSmtpAddress, PR_SEARCH_KEY})
+        {
             all.push_back(tag);
+        }
         return all;
     }();
     return tags;
@@ -113,7 +125,9 @@ bool ComputeContact(const StoreContext& store, const ContactTags& tags, const Ad
                     const ValueSource& message, ULONG tag, PropertySet& out)
 {
     if (PROP_ID(tag) != PROP_ID(PR_DISPLAY_NAME))
+    {
         return ComputeEntry(store, contact, tag, out) || ComputeAddress(tags, contact, message, tag, out);
+    }
     out.SetText(PR_DISPLAY_NAME_W, NameOf(tags, contact, message));
     return true;
 }
@@ -123,9 +137,13 @@ std::vector<std::string> ContactListMembers(const ContactTags& tags, const Prope
     std::vector<std::string> members;
     const EncodedValue value = tags.members ? message.Find(tags.members) : EncodedValue();
     if (value.Type() != PT_MV_BINARY)
+    {
         return members;
+    }
     for (ULONG i = 0; i < ElementCount(value.Type(), value.bytes); ++i)
+    {
         members.emplace_back(Element(value.Type(), value.bytes, i));
+    }
     return members;
 }
 
@@ -141,14 +159,22 @@ std::vector<AddressName> ContactsIn(const ContactTags& tags, MessageId message, 
         found.push_back(name);
     }
     if (!ClassIs(messageClass, "IPM.Contact"))
+    {
         return found;
+    }
     name.kind = AddressKind::Contact;
     for (name.index = 0; name.index < MostContactAddresses; ++name.index)
+    {
         if (!AddressOf(tags, name.index, values).empty())
+        {
             found.push_back(name);
+        }
+    }
     name.index = 0;
     if (found.empty())
+    {
         found.push_back(name);
+    }
     return found;
 }
 

@@ -23,24 +23,32 @@ std::uint64_t CheckBytes(const MAPIUID& store, BYTE word, std::int64_t key)
     std::uint64_t hash = 0xCBF29CE484222325;
     const auto add = [&](BYTE byte) { hash = (hash ^ byte) * 0x100000001B3; };
     for (BYTE each : store.ab)
+    {
         add(each);
+    }
     add(word);
     for (int i = 0; i < 8; ++i)
+    {
         add(static_cast<BYTE>(static_cast<std::uint64_t>(key) >> (8 * i)));
+    }
     return hash;
 }
 
 void PutNumber(BYTE* place, std::uint64_t number)
 {
     for (int i = 0; i < 8; ++i)
+    {
         place[i] = static_cast<BYTE>(number >> (8 * i));
+    }
 }
 
 std::uint64_t NumberAt(const BYTE* place)
 {
     std::uint64_t number = 0;
     for (int i = 7; i >= 0; --i)
+    {
         number = number << 8 | place[i];
+    }
     return number;
 }
 
@@ -82,15 +90,20 @@ ItemId ParseItemId(const MAPIUID& store, const void* bytes, size_t size)
 {
     const BYTE* id = static_cast<const BYTE*>(bytes);
     if (!id || (size != FolderEntryIdSize && size != MessageEntryIdSize))
+    {
         throw Invalid("has a length that no folder's or message's has");
+    }
     if (!AllZero(id, id + FlagsSize) || std::memcmp(id + FlagsSize, store.ab, sizeof(store.ab)) != 0)
+    {
         throw Invalid("is not one of this store");
+    }
     const BYTE word = size == FolderEntryIdSize ? FolderWord : MessageWord;
     const std::int64_t key = static_cast<std::int64_t>(NumberAt(id + HeaderSize + 2));
     if (id[HeaderSize] != word || id[HeaderSize + 1] != 0 ||
-        NumberAt(id + HeaderSize + 10) != CheckBytes(store, word, key) ||
-        !AllZero(id + FolderEntryIdSize, id + size))
+        NumberAt(id + HeaderSize + 10) != CheckBytes(store, word, key) || !AllZero(id + FolderEntryIdSize, id + size))
+    {
         throw Invalid("is damaged");
+    }
     return {static_cast<ULONG>(word == FolderWord ? MAPI_FOLDER : MAPI_MESSAGE), key};
 }
 
@@ -117,19 +130,25 @@ bool LooksLikeStoreEntryId(const void* bytes, size_t size)
 StoreId ParseStoreEntryId(const void* bytes, size_t size)
 {
     if (!LooksLikeStoreEntryId(bytes, size))
+    {
         throw Invalid("is not one of a store");
+    }
     // What stands before the store's UID is the same in each identifier.
     std::vector<BYTE> front = MakeStoreEntryId(MAPIUID{}, std::string());
     front.resize(front.size() - sizeof(MAPIUID) - 1);
     const BYTE* id = static_cast<const BYTE*>(bytes);
     const size_t pathAt = front.size() + sizeof(MAPIUID);
     if (size <= pathAt || std::memcmp(id, front.data(), front.size()) != 0 || id[size - 1] != 0)
+    {
         throw Invalid("is cut, or of another provider");
+    }
     StoreId result;
     std::memcpy(result.uid.ab, id + front.size(), sizeof(MAPIUID));
     result.path.assign(reinterpret_cast<const char*>(id) + pathAt, size - pathAt - 1);
     if (result.path.find('\0') != std::string::npos)
+    {
         throw Invalid("is damaged");
+    }
     return result;
 }
 

@@ -10,8 +10,7 @@
 namespace zebstore
 {
 
-/// Thrown inside the provider; the call guard turns it into its result code and keeps the text for
-/// GetLastError.
+/// Thrown inside the provider; the call guard turns it into its result code and keeps the text for GetLastError.
 class Error : public std::exception
 {
 public:
@@ -34,21 +33,27 @@ private:
 inline void Check(HRESULT code, const char* text = "")
 {
     if (FAILED(code))
+    {
         throw Error(code, text);
+    }
 }
 
 /// Throws MAPI_E_INVALID_PARAMETER when an argument does not hold what its method needs.
 inline void Require(bool condition, const char* text = "")
 {
     if (!condition)
+    {
         throw Error(MAPI_E_INVALID_PARAMETER, text);
+    }
 }
 
 /// Throws MAPI_E_UNKNOWN_FLAGS when `flags` has a bit that is not in `known`.
 inline void RequireFlags(ULONG flags, ULONG known)
 {
     if (flags & ~known)
+    {
         throw Error(MAPI_E_UNKNOWN_FLAGS, "unknown flags");
+    }
 }
 
 } // namespace zebstore

@@ -62,7 +62,9 @@ LastError* FindErrorOfThisThread()
 void RememberError(HRESULT code, const char* text) noexcept
 {
     if (g_errorsGone)
+    {
         return;
+    }
     try
     {
         std::string copy(text);
@@ -136,11 +138,15 @@ HRESULT ResultOfCurrentException() noexcept
 void ForgetErrorText(HRESULT code) noexcept
 {
     if (g_errorsGone)
+    {
         return;
+    }
     const std::lock_guard<std::mutex> hold(g_errors.errors.lock);
     LastError* error = FindErrorOfThisThread();
     if (error && error->code == code)
+    {
         error->code = S_OK;
+    }
 }
 
 bool CallBegins(unsigned long& number, HRESULT& result) noexcept
@@ -148,7 +154,9 @@ bool CallBegins(unsigned long& number, HRESULT& result) noexcept
     Watch& watch = TheWatch();
     number = ++watch.calls;
     if (number != watch.switches.failingCall)
+    {
         return false;
+    }
     watch.happened = true;
     result = watch.switches.failingCode;
     RememberError(result, "failed by the fault switch");
@@ -160,7 +168,9 @@ void CallEnds(unsigned long number, const char* method, HRESULT result) noexcept
     Watch& watch = TheWatch();
     const std::lock_guard<std::mutex> hold(watch.lock);
     if (!watch.trace)
+    {
         return;
+    }
     std::string text;
     if (FAILED(result))
     {
@@ -180,7 +190,9 @@ void CallEnds(unsigned long number, const char* method, HRESULT result) noexcept
 std::string LastErrorText(HRESULT code)
 {
     if (g_errorsGone)
+    {
         return {};
+    }
     const std::lock_guard<std::mutex> hold(g_errors.errors.lock);
     const LastError* error = FindErrorOfThisThread();
     return error && error->code == code ? error->text : std::string();
@@ -193,7 +205,9 @@ HRESULT LastErrorAsMapi(HRESULT code, ULONG flags, MAPIERROR** error)
     RequireFlags(flags, MAPI_UNICODE);
     const std::string text = FAILED(code) ? LastErrorText(code) : std::string();
     if (text.empty())
+    {
         return S_OK;
+    }
     const zeb::platform::WideString wide = zeb::platform::WideFromUtf8(text.data(), text.size());
     const bool unicode = (flags & MAPI_UNICODE) != 0;
     Buffer<MAPIERROR> result(Allocate(sizeof(MAPIERROR)));
@@ -226,8 +240,8 @@ bool ParseFault(const std::string& text, Switches& switches)
         switches.failingCode = static_cast<HRESULT>(code);
         return true;
     }
-    if (std::sscanf(text.c_str(), "alloc:%lu%n", &number, &used) == 1 &&
-        text.size() == static_cast<size_t>(used) && number > 0)
+    if (std::sscanf(text.c_str(), "alloc:%lu%n", &number, &used) == 1 && text.size() == static_cast<size_t>(used) &&
+        number > 0)
     {
         switches.failingAllocation = number;
         return true;
@@ -241,7 +255,9 @@ void ApplySwitches(const Switches& switches)
     const std::lock_guard<std::mutex> hold(watch.lock);
     g_callsWatched = false;
     if (watch.trace)
+    {
         std::fclose(watch.trace);
+    }
     watch.trace = nullptr;
     watch.calls = 0;
     watch.allocations = 0;
@@ -252,8 +268,9 @@ void ApplySwitches(const Switches& switches)
     {
         watch.trace = zeb::platform::OpenFile(switches.traceFile, "a");
         if (!watch.trace)
-            std::fprintf(stderr, "zebstore: the trace file %s can not be written\n",
-                         switches.traceFile.c_str());
+        {
+            std::fprintf(stderr, "zebstore: the trace file %s can not be written\n", switches.traceFile.c_str());
+        }
     }
     g_callsWatched = watch.trace || switches.failingCall || switches.failingAllocation;
 }
@@ -264,8 +281,9 @@ void ApplySwitchesOfEnvironment()
     switches.traceFile = zeb::platform::EnvironmentVariable("ZEBSTORE_TRACE").value_or("");
     const std::string fault = zeb::platform::EnvironmentVariable("ZEBSTORE_FAULT").value_or("");
     if (!fault.empty() && !ParseFault(fault, switches))
-        std::fprintf(stderr, "zebstore: ZEBSTORE_FAULT '%s' is neither call:N:CODE nor alloc:N\n",
-                     fault.c_str());
+    {
+        std::fprintf(stderr, "zebstore: ZEBSTORE_FAULT '%s' is neither call:N:CODE nor alloc:N\n", fault.c_str());
+    }
     ApplySwitches(switches);
 }
 
@@ -283,7 +301,9 @@ bool AllocationFails() noexcept
 {
     Watch& watch = TheWatch();
     if (++watch.allocations != watch.switches.failingAllocation)
+    {
         return false;
+    }
     watch.happened = true;
     return true;
 }
@@ -294,7 +314,9 @@ void CountBadFree(const char* by, const void* block) noexcept
     Watch& watch = TheWatch();
     const std::lock_guard<std::mutex> hold(watch.lock);
     if (!watch.trace)
+    {
         return;
+    }
     std::fprintf(watch.trace, "bad free: %s of %p, which is no live buffer\n", by, block);
     std::fflush(watch.trace);
 }
@@ -304,7 +326,9 @@ void TraceNote(const std::string& text) noexcept
     Watch& watch = TheWatch();
     const std::lock_guard<std::mutex> hold(watch.lock);
     if (!watch.trace)
+    {
         return;
+    }
     std::fprintf(watch.trace, "note: %s\n", text.c_str());
     std::fflush(watch.trace);
 }
@@ -315,9 +339,13 @@ void TraceLiveCounts() noexcept
     // A thread that went with the process may have held the lock.
     std::unique_lock<std::mutex> hold(watch.lock, std::defer_lock);
     if (zeb::platform::IsProcessEnding() ? !hold.try_lock() : (hold.lock(), false))
+    {
         return;
+    }
     if (!watch.trace)
+    {
         return;
+    }
     std::fprintf(watch.trace, "live objects %ld, live buffers %ld, bad frees %ld\n", g_liveObjects.load(),
                  g_liveBuffers.load(), g_badFrees.load());
     std::fflush(watch.trace);

@@ -40,11 +40,17 @@ HRESULT Guarded(const char* method, Body&& body) noexcept
         try
         {
             if constexpr (std::is_void_v<decltype(body())>)
+            {
                 body();
+            }
             else
+            {
                 result = body();
+            }
             if (FAILED(result))
+            {
                 ForgetErrorText(result);
+            }
         }
         catch (...)
         {
@@ -52,7 +58,9 @@ HRESULT Guarded(const char* method, Body&& body) noexcept
         }
     }
     if (watched)
+    {
         CallEnds(number, method, result);
+    }
     return result;
 }
 
@@ -77,8 +85,7 @@ bool ParseFault(const std::string& text, Switches& switches);
 
 /// Sets the switches and starts counting anew.
 void ApplySwitches(const Switches& switches);
-/// The switches of the environment; a fault text that can not be read is reported on standard error and
-/// ignored.
+/// The switches of the environment; a fault text that can not be read is reported on standard error and ignored.
 void ApplySwitchesOfEnvironment();
 /// Calls counted since the switches were applied; only watched calls are counted.
 unsigned long CallsCounted() noexcept;

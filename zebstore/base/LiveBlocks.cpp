@@ -28,7 +28,9 @@ public:
         : m_lock(part.m_lock)
     {
         while (m_lock.test_and_set(std::memory_order_acquire))
+        {
             std::this_thread::yield();
+        }
     }
     ~Hold() { m_lock.clear(std::memory_order_release); }
     Hold(const Hold&) = delete;
@@ -41,7 +43,9 @@ private:
 LiveBlocks::~LiveBlocks()
 {
     for (Part& part : m_parts)
+    {
         part.End();
+    }
 }
 
 LiveBlocks::Part& LiveBlocks::PartOf(const void* block)
@@ -70,7 +74,9 @@ size_t LiveBlocks::Part::PlaceOf(const void* block)
     void** const slots = Slots();
     size_t place = (HashOf(block) >> 20) & (m_size - 1);
     while (slots[place] && slots[place] != block)
+    {
         place = (place + 1) & (m_size - 1);
+    }
     return place;
 }
 
@@ -78,7 +84,9 @@ bool LiveBlocks::Part::Grow() noexcept
 {
     void** const larger = static_cast<void**>(std::calloc(m_size * 2, sizeof(void*)));
     if (!larger)
+    {
         return false;
+    }
     void** const old = Slots();
     const size_t oldSize = m_size;
     void** const oldMore = m_more;
@@ -87,7 +95,9 @@ bool LiveBlocks::Part::Grow() noexcept
     for (size_t i = 0; i < oldSize; ++i)
     {
         if (old[i])
+        {
             larger[PlaceOf(old[i])] = old[i];
+        }
         old[i] = nullptr;
     }
     std::free(oldMore);
@@ -106,9 +116,13 @@ bool LiveBlocks::Part::Add(void* block) noexcept
 {
     const Hold hold(*this);
     if (m_ended)
+    {
         return true;
+    }
     if ((m_count + 1) * 4 > m_size * 3 && !Grow())
+    {
         return false;
+    }
     Slots()[PlaceOf(block)] = block;
     ++m_count;
     return true;
@@ -124,10 +138,14 @@ bool LiveBlocks::Part::Remove(void* block) noexcept
 {
     const Hold hold(*this);
     if (m_ended)
+    {
         return true;
+    }
     const size_t place = PlaceOf(block);
     if (!Slots()[place])
+    {
         return false;
+    }
     Slots()[place] = nullptr;
     CloseGap(place);
     if (--m_count == 0 && m_more)
@@ -148,7 +166,9 @@ void LiveBlocks::Part::CloseGap(size_t gap)
     {
         const size_t wanted = (HashOf(slots[at]) >> 20) & mask;
         if (((at - wanted) & mask) < ((at - gap) & mask))
+        {
             continue;
+        }
         slots[gap] = slots[at];
         slots[at] = nullptr;
         gap = at;

@@ -7,9 +7,9 @@
 namespace zebstore
 {
 
-/// A set of addresses in several parts, each with a lock of its own, since every allocation and every free goes through it.
-/// Holds no memory while it is small. Its end frees the tables; afterwards it takes every block for a live one, since a host's
-/// own globals may free blocks later than that. Threads: any.
+/// A set of addresses in several parts, each with a lock of its own, since every allocation and every free goes through
+/// it. Holds no memory while it is small. Its end frees the tables; afterwards it takes every block for a live one,
+/// since a host's own globals may free blocks later than that. Threads: any.
 class LiveBlocks
 {
 public:

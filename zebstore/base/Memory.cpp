@@ -36,7 +36,9 @@ Header* HeaderOf(void* block)
 Header* NewBlock(ULONG size) noexcept
 {
     if (g_callsWatched.load(std::memory_order_relaxed) && AllocationFails())
+    {
         return nullptr;
+    }
     return static_cast<Header*>(std::malloc(sizeof(Header) + size));
 }
 
@@ -44,7 +46,9 @@ SCODE NewRoot(ULONG size, void** block) noexcept
 {
     Header* header = NewBlock(size);
     if (!header)
+    {
         return MAPI_E_NOT_ENOUGH_MEMORY;
+    }
     if (!g_roots.Add(header + 1))
     {
         std::free(header);
@@ -61,10 +65,14 @@ SCODE NewMore(ULONG size, void* parent, void** block) noexcept
 {
     Header* before = HeaderOf(parent);
     if (before->mark != RootMark && before->mark != MoreMark)
+    {
         return MAPI_E_INVALID_PARAMETER;
+    }
     Header* header = NewBlock(size);
     if (!header)
+    {
         return MAPI_E_NOT_ENOUGH_MEMORY;
+    }
     header->mark = MoreMark;
     header->next = before->next;
     before->next = header;
@@ -98,7 +106,9 @@ void* Allocate(size_t size, void* parent)
 {
     void* block = nullptr;
     if (size > 0xFFFFFFFFu - sizeof(Header))
+    {
         throw Error(MAPI_E_NOT_ENOUGH_MEMORY, "more memory than MAPI can say");
+    }
     const ULONG bytes = static_cast<ULONG>(size);
     Check(parent ? NewMore(bytes, parent, &block) : NewRoot(bytes, &block), "out of memory");
     return block;
@@ -121,15 +131,16 @@ char* CopyNarrow(const char* text, void* parent)
 
 WCHAR* CopyWide(const WCHAR* text, void* parent)
 {
-    return static_cast<WCHAR*>(
-        CopyBytes(text, (zeb::platform::WideLength(text) + 1) * sizeof(WCHAR), parent));
+    return static_cast<WCHAR*>(CopyBytes(text, (zeb::platform::WideLength(text) + 1) * sizeof(WCHAR), parent));
 }
 
 void* CopyBytes(const void* bytes, size_t size, void* parent)
 {
     void* copy = Allocate(size, parent);
     if (size)
+    {
         std::memcpy(copy, bytes, size);
+    }
     return copy;
 }
 

@@ -10,9 +10,8 @@
 namespace zebstore
 {
 
-/// A COM object that implements `Interface` and answers for the identifiers that its class names.
-/// Starts with one reference, which the creator owns. Threads: the count is atomic; the rest is the derived
-/// class's.
+/// A COM object that implements `Interface` and answers for the identifiers that its class names. Starts with one
+/// reference, which the creator owns. Threads: the count is atomic; the rest is the derived class's.
 template <typename Interface>
 class Object : public Interface
 {
@@ -23,17 +22,18 @@ public:
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, LPVOID* object) override
     {
-        return Guarded("IUnknown::QueryInterface",
-                       [&]() -> HRESULT
-                       {
-                           Require(object != nullptr, "no place for the interface");
-                           *object = nullptr;
-                           if (!IsEqualGUID(iid, IID_IUnknown) && !Answers(iid))
-                               return E_NOINTERFACE;
-                           this->AddRef();
-                           *object = static_cast<Interface*>(this);
-                           return S_OK;
-                       });
+        return Guarded("IUnknown::QueryInterface", [&]() -> HRESULT
+        {
+            Require(object != nullptr, "no place for the interface");
+            *object = nullptr;
+            if (!IsEqualGUID(iid, IID_IUnknown) && !Answers(iid))
+            {
+                return E_NOINTERFACE;
+            }
+            this->AddRef();
+            *object = static_cast<Interface*>(this);
+            return S_OK;
+        });
     }
 
     ULONG STDMETHODCALLTYPE AddRef() override { return ++m_references; }
@@ -43,7 +43,9 @@ public:
         const ULONG left = --m_references;
         // A process that ends has lost its other threads, which may have held locks that an end here would wait for.
         if (left == 0 && !zeb::platform::IsProcessEnding())
+        {
             delete this;
+        }
         return left;
     }
 
@@ -56,8 +58,12 @@ protected:
     static bool IsOneOf(REFIID iid, std::initializer_list<const IID*> known)
     {
         for (const IID* each : known)
+        {
             if (IsEqualGUID(iid, *each))
+            {
                 return true;
+            }
+        }
         return false;
     }
 
@@ -82,14 +88,18 @@ public:
     static Ref Share(T* object)
     {
         if (object)
+        {
             object->AddRef();
+        }
         return Adopt(object);
     }
     Ref(const Ref& other)
         : m_object(other.m_object)
     {
         if (m_object)
+        {
             m_object->AddRef();
+        }
     }
     Ref(Ref&& other) noexcept
         : m_object(other.Detach())
@@ -103,7 +113,9 @@ public:
     ~Ref()
     {
         if (m_object)
+        {
             m_object->Release();
+        }
     }
 
     T* Get() const { return m_object; }

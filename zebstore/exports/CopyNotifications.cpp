@@ -22,7 +22,9 @@ public:
     T* Pack(const T* source, size_t count)
     {
         if (!source || !count)
+        {
             return nullptr;
+        }
         return static_cast<T*>(PackBytes(source, count * sizeof(T)));
     }
 
@@ -65,7 +67,9 @@ SPropValue* PackValues(Packer& packer, SPropValue* values, ULONG count)
 {
     SPropValue* copy = packer.Pack(values, count);
     for (ULONG i = 0; copy && i < count; ++i)
+    {
         packer.PackValue(copy[i], values[i]);
+    }
     return copy;
 }
 
@@ -81,8 +85,10 @@ void PackObject(Packer& packer, OBJECT_NOTIFICATION& object)
     PackEntry(packer, object.cbOldID, object.lpOldID);
     PackEntry(packer, object.cbOldParentID, object.lpOldParentID);
     if (object.lpPropTagArray)
-        object.lpPropTagArray = reinterpret_cast<LPSPropTagArray>(packer.Pack(
-            reinterpret_cast<const BYTE*>(object.lpPropTagArray), CbSPropTagArray(object.lpPropTagArray)));
+    {
+        object.lpPropTagArray = reinterpret_cast<LPSPropTagArray>(
+            packer.Pack(reinterpret_cast<const BYTE*>(object.lpPropTagArray), CbSPropTagArray(object.lpPropTagArray)));
+    }
 }
 
 void PackNotification(Packer& packer, NOTIFICATION& copy)
@@ -97,10 +103,14 @@ void PackNotification(Packer& packer, NOTIFICATION& copy)
         PackEntry(packer, copy.info.newmail.cbEntryID, copy.info.newmail.lpEntryID);
         PackEntry(packer, copy.info.newmail.cbParentID, copy.info.newmail.lpParentID);
         if (copy.info.newmail.lpszMessageClass && !(copy.info.newmail.ulFlags & MAPI_UNICODE))
-            copy.info.newmail.lpszMessageClass = packer.Pack(
-                copy.info.newmail.lpszMessageClass, std::strlen(copy.info.newmail.lpszMessageClass) + 1);
+        {
+            copy.info.newmail.lpszMessageClass =
+                packer.Pack(copy.info.newmail.lpszMessageClass, std::strlen(copy.info.newmail.lpszMessageClass) + 1);
+        }
         else
+        {
             copy.info.newmail.lpszMessageClass = nullptr;
+        }
         break;
     case fnevObjectCreated:
     case fnevObjectDeleted:
@@ -126,15 +136,18 @@ void PackNotification(Packer& packer, NOTIFICATION& copy)
 SCODE WINAPI ScCopyNotifications(int count, LPNOTIFICATION notifications, LPVOID block, ULONG* size)
 {
     using namespace zebstore;
-    return Guarded("ScCopyNotifications",
-                   [&]
-                   {
-                       Require(count > 0 && notifications && block, "no notifications or no place for them");
-                       Packer packer(block);
-                       NOTIFICATION* copies = packer.Pack(notifications, static_cast<size_t>(count));
-                       for (int i = 0; i < count; ++i)
-                           PackNotification(packer, copies[i]);
-                       if (size)
-                           *size = static_cast<ULONG>(packer.Size());
-                   });
+    return Guarded("ScCopyNotifications", [&]
+    {
+        Require(count > 0 && notifications && block, "no notifications or no place for them");
+        Packer packer(block);
+        NOTIFICATION* copies = packer.Pack(notifications, static_cast<size_t>(count));
+        for (int i = 0; i < count; ++i)
+        {
+            PackNotification(packer, copies[i]);
+        }
+        if (size)
+        {
+            *size = static_cast<ULONG>(packer.Size());
+        }
+    });
 }

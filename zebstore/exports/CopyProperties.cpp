@@ -24,7 +24,9 @@ public:
     T* Copy(const T* source, size_t count)
     {
         if (FAILED(m_result) || (!source && count == 0))
+        {
             return nullptr;
+        }
         if (!source)
         {
             m_result = MAPI_E_INVALID_PARAMETER;
@@ -33,9 +35,13 @@ public:
         const size_t bytes = count * sizeof(T);
         void* block = nullptr;
         if (bytes > 0x7FFFFFFF)
+        {
             m_result = MAPI_E_NOT_ENOUGH_MEMORY;
+        }
         else
+        {
             m_result = m_allocateMore(static_cast<ULONG>(bytes), m_parent, &block);
+        }
         if (FAILED(m_result) || !block)
         {
             m_result = FAILED(m_result) ? m_result : MAPI_E_NOT_ENOUGH_MEMORY;
@@ -46,10 +52,7 @@ public:
     }
 
     LPSTR Copy(const char* text) { return text ? Copy(text, std::strlen(text) + 1) : nullptr; }
-    LPWSTR Copy(const WCHAR* text)
-    {
-        return text ? Copy(text, zeb::platform::WideLength(text) + 1) : nullptr;
-    }
+    LPWSTR Copy(const WCHAR* text) { return text ? Copy(text, zeb::platform::WideLength(text) + 1) : nullptr; }
 
     SBinary Copy(const SBinary& binary)
     {
@@ -71,7 +74,9 @@ public:
     {
         Own(array, count);
         for (ULONG i = 0; array && i < count; ++i)
+        {
             array[i] = Copy(array[i]);
+        }
     }
 
     SCODE Result() const { return m_result; }
@@ -152,15 +157,21 @@ size_t SizeOfMultiple(const _PV& value, ULONG type)
         return size_t{value.MVguid.cValues} * sizeof(GUID);
     case PT_MV_STRING8:
         for (ULONG i = 0; i < value.MVszA.cValues; ++i)
+        {
             size += std::strlen(value.MVszA.lppszA[i]) + 1;
+        }
         return size;
     case PT_MV_UNICODE:
         for (ULONG i = 0; i < value.MVszW.cValues; ++i)
+        {
             size += (zeb::platform::WideLength(value.MVszW.lppszW[i]) + 1) * sizeof(WCHAR);
+        }
         return size;
     case PT_MV_BINARY:
         for (ULONG i = 0; i < value.MVbin.cValues; ++i)
+        {
             size += value.MVbin.lpbin[i].cb;
+        }
         return size;
     default:
         return size_t{value.MVdbl.cValues} * 8;
@@ -176,7 +187,9 @@ SCODE CopyValue(SPropValue& dest, const SPropValue& source, ALLOCATEMORE* alloca
     if (!IsPlain(type))
     {
         if (!allocateMore)
+        {
             return MAPI_E_INVALID_PARAMETER;
+        }
         Copier copier(allocateMore, parent);
         // An instance of a multi-valued column carries one value of the single type.
         const bool instance = (PROP_TYPE(source.ulPropTag) & MV_INSTANCE) != 0;
@@ -196,12 +209,18 @@ SCODE CopyValue(SPropValue& dest, const SPropValue& source, ALLOCATEMORE* alloca
             break;
         default:
             if (!instance)
+            {
                 CopyMultiple(copy.Value, type, copier);
+            }
             else if (!IsPlain(type & ~ULONG(MV_FLAG)))
+            {
                 copier.Fail(MAPI_E_INVALID_TYPE);
+            }
         }
         if (FAILED(copier.Result()))
+        {
             return copier.Result();
+        }
     }
     dest = copy;
     return S_OK;

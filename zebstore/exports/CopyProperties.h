@@ -6,10 +6,8 @@
 namespace zebstore
 {
 
-/// Copies `source` whole into `dest`; everything that it points to is allocated with `allocateMore` on
-/// `parent`.
-/// @return MAPI_E_INVALID_TYPE for a type that is none (PT_OBJECT is copied as a number), or the allocator's
-/// code;
+/// Copies `source` whole into `dest`; everything that it points to is allocated with `allocateMore` on `parent`.
+/// @return MAPI_E_INVALID_TYPE for a type that is none (PT_OBJECT is copied as a number), or the allocator's code;
 ///         `dest` is then unchanged, what was allocated stays with `parent`.
 SCODE CopyValue(SPropValue& dest, const SPropValue& source, ALLOCATEMORE* allocateMore, void* parent);
 

@@ -12,11 +12,17 @@ namespace
 int DigitOf(char digit)
 {
     if (digit >= '0' && digit <= '9')
+    {
         return digit - '0';
+    }
     if (digit >= 'A' && digit <= 'F')
+    {
         return digit - 'A' + 10;
+    }
     if (digit >= 'a' && digit <= 'f')
+    {
         return digit - 'a' + 10;
+    }
     return -1;
 }
 
@@ -29,7 +35,9 @@ bool Parse(const char* text, BYTE* bytes, size_t room)
         const int high = DigitOf(text[0]);
         const int low = high < 0 ? -1 : DigitOf(text[1]);
         if (low < 0 || room == 0)
+        {
             return false;
+        }
         *bytes = static_cast<BYTE>(high * 16 + low);
     }
     return true;
@@ -44,18 +52,19 @@ BOOL WINAPI FBinFromHex(LPTSTR text, LPBYTE bytes)
 
 SCODE WINAPI ScBinFromHexBounded(LPTSTR text, LPBYTE bytes, ULONG room)
 {
-    return Guarded("ScBinFromHexBounded",
-                   [&]() -> HRESULT
-                   {
-                       Require(text && (bytes || !room), "no text or no place for the bytes");
-                       return Parse(text, bytes, room) ? S_OK : MAPI_E_INVALID_PARAMETER;
-                   });
+    return Guarded("ScBinFromHexBounded", [&]() -> HRESULT
+    {
+        Require(text && (bytes || !room), "no text or no place for the bytes");
+        return Parse(text, bytes, room) ? S_OK : MAPI_E_INVALID_PARAMETER;
+    });
 }
 
 void WINAPI HexFromBin(LPBYTE bytes, int count, LPTSTR text)
 {
     if (!text || (!bytes && count > 0))
+    {
         return;
+    }
     for (int i = 0; i < count; ++i)
     {
         *text++ = "0123456789ABCDEF"[bytes[i] >> 4];

@@ -38,17 +38,20 @@ HRESULT WINAPI MAPIInitialize(LPVOID init)
     {
         const std::lock_guard<std::mutex> hold(g_lifeLock);
         if (g_users == 0)
+        {
             ApplySwitchesOfEnvironment();
+        }
     }
-    return Guarded("MAPIInitialize",
-                   [&]
-                   {
-                       const auto* options = static_cast<const MAPIINIT_0*>(init);
-                       if (options && options->ulVersion != MAPI_INIT_VERSION)
-                           throw Error(MAPI_E_VERSION, "the start block has a version that is not known");
-                       const std::lock_guard<std::mutex> hold(g_lifeLock);
-                       ++g_users;
-                   });
+    return Guarded("MAPIInitialize", [&]
+    {
+        const auto* options = static_cast<const MAPIINIT_0*>(init);
+        if (options && options->ulVersion != MAPI_INIT_VERSION)
+        {
+            throw Error(MAPI_E_VERSION, "the start block has a version that is not known");
+        }
+        const std::lock_guard<std::mutex> hold(g_lifeLock);
+        ++g_users;
+    });
 }
 
 void WINAPI MAPIUninitialize()
@@ -57,10 +60,14 @@ void WINAPI MAPIUninitialize()
     {
         const std::lock_guard<std::mutex> hold(g_lifeLock);
         if (g_users == 0 || --g_users > 0)
+        {
             return;
+        }
     }
     if (zeb::platform::IsProcessEnding())
+    {
         return TraceLiveCounts();
+    }
     // Not under the lock: an advise sink that is being called may ask whether MAPI is started.
     Notifier::The().Stop();
     TraceLiveCounts();
@@ -68,29 +75,31 @@ void WINAPI MAPIUninitialize()
 
 HRESULT WINAPI MAPILogonEx(ULONG_PTR, LPTSTR profile, LPTSTR, ULONG flags, LPMAPISESSION* session)
 {
-    return Guarded("MAPILogonEx",
-                   [&]
-                   {
-                       Require(session != nullptr, "no place for the session");
-                       *session = nullptr;
-                       if (!IsInitialized())
-                           throw Error(MAPI_E_NOT_INITIALIZED, "MAPIInitialize comes first");
-                       *session = Logon(profile, flags);
-                   });
+    return Guarded("MAPILogonEx", [&]
+    {
+        Require(session != nullptr, "no place for the session");
+        *session = nullptr;
+        if (!IsInitialized())
+        {
+            throw Error(MAPI_E_NOT_INITIALIZED, "MAPIInitialize comes first");
+        }
+        *session = Logon(profile, flags);
+    });
 }
 
 HRESULT WINAPI MAPIAdminProfiles(ULONG flags, LPPROFADMIN* admin)
 {
-    return Guarded("MAPIAdminProfiles",
-                   [&]
-                   {
-                       Require(admin != nullptr, "no place for the profile administration");
-                       *admin = nullptr;
-                       RequireFlags(flags, MAPI_UNICODE);
-                       if (!IsInitialized())
-                           throw Error(MAPI_E_NOT_INITIALIZED, "MAPIInitialize comes first");
-                       *admin = NewProfAdmin();
-                   });
+    return Guarded("MAPIAdminProfiles", [&]
+    {
+        Require(admin != nullptr, "no place for the profile administration");
+        *admin = nullptr;
+        RequireFlags(flags, MAPI_UNICODE);
+        if (!IsInitialized())
+        {
+            throw Error(MAPI_E_NOT_INITIALIZED, "MAPIInitialize comes first");
+        }
+        *admin = NewProfAdmin();
+    });
 }
 
 HRESULT WINAPI MAPIOpenFormMgr(LPMAPISESSION, LPMAPIFORMMGR*)
@@ -98,18 +107,16 @@ HRESULT WINAPI MAPIOpenFormMgr(LPMAPISESSION, LPMAPIFORMMGR*)
     return Guarded("MAPIOpenFormMgr", [] { throw Error(MAPI_E_NO_SUPPORT, "forms are not supported"); });
 }
 
-SCODE WINAPI CreateTable(LPCIID, ALLOCATEBUFFER*, ALLOCATEMORE*, FREEBUFFER*, LPVOID, ULONG, ULONG,
-                         LPSPropTagArray, LPTABLEDATA*)
+SCODE WINAPI CreateTable(LPCIID, ALLOCATEBUFFER*, ALLOCATEMORE*, FREEBUFFER*, LPVOID, ULONG, ULONG, LPSPropTagArray,
+                         LPTABLEDATA*)
 {
-    return Guarded("CreateTable",
-                   [] { throw Error(MAPI_E_NO_SUPPORT, "table data objects are not supported"); });
+    return Guarded("CreateTable", [] { throw Error(MAPI_E_NO_SUPPORT, "table data objects are not supported"); });
 }
 
-SCODE WINAPI OpenIMsgOnIStg(LPMSGSESS, LPALLOCATEBUFFER, LPALLOCATEMORE, LPFREEBUFFER, LPMALLOC, LPVOID,
-                            LPSTORAGE, MSGCALLRELEASE*, ULONG, ULONG, LPMESSAGE*)
+SCODE WINAPI OpenIMsgOnIStg(LPMSGSESS, LPALLOCATEBUFFER, LPALLOCATEMORE, LPFREEBUFFER, LPMALLOC, LPVOID, LPSTORAGE,
+                            MSGCALLRELEASE*, ULONG, ULONG, LPMESSAGE*)
 {
-    return Guarded("OpenIMsgOnIStg",
-                   [] { throw Error(MAPI_E_NO_SUPPORT, "message files are not supported"); });
+    return Guarded("OpenIMsgOnIStg", [] { throw Error(MAPI_E_NO_SUPPORT, "message files are not supported"); });
 }
 
 HRESULT WINAPI RTFSync(LPMESSAGE, ULONG, BOOL*)

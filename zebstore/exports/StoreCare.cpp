@@ -21,12 +21,16 @@ WorkReport ReportTo(ZEBSTORE_REPORT* report, void* context)
     work.found = [=](const std::string& finding)
     {
         if (report)
+        {
             report(context, finding.c_str(), 0, 0);
+        }
     };
     work.progress = [=](std::uint64_t done, std::uint64_t whole)
     {
         if (report)
+        {
             report(context, nullptr, done, whole);
+        }
     };
     return work;
 }
@@ -35,10 +39,14 @@ WorkReport ReportTo(ZEBSTORE_REPORT* report, void* context)
 void GiveText(const std::string& text, char* to, ULONG size)
 {
     if (!to || size == 0)
+    {
         return;
+    }
     size_t length = std::min<size_t>(text.size(), size - 1);
     while (length < text.size() && length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80)
+    {
         --length;
+    }
     text.copy(to, length);
     to[length] = '\0';
 }
@@ -55,8 +63,12 @@ public:
     {
         std::error_code ignored;
         if (!m_kept)
+        {
             for (const char* suffix : {"", "-wal", "-shm", "-journal"})
+            {
                 std::filesystem::remove(std::filesystem::u8path(m_path + suffix), ignored);
+            }
+        }
     }
     NewFile(const NewFile&) = delete;
     NewFile& operator=(const NewFile&) = delete;
@@ -71,11 +83,17 @@ private:
 void Repair(const char* path, const char* copy, const WorkReport& work)
 {
     if (!copy)
+    {
         return RepairStore(*StoreFile::Open(path, {}), work);
+    }
     if (!StoreFile::Exists(path))
+    {
         throw Error(MAPI_E_NOT_FOUND, std::string("The store file '") + path + "' does not exist.");
+    }
     if (StoreFile::Exists(copy))
+    {
         throw Error(MAPI_E_COLLISION, std::string("The file '") + copy + "' exists already.");
+    }
     NewFile made(copy);
     CopyStore(path, copy, work);
     RepairStore(*StoreFile::Open(copy, {}), work);
@@ -95,24 +113,22 @@ HRESULT Run(const char* name, char* failure, ULONG failureSize, Body&& body)
 
 using namespace zebstore;
 
-HRESULT STDAPICALLTYPE ZebStoreRepair(const char* path, const char* copy, ZEBSTORE_REPORT* report,
-                                      void* context, char* failure, ULONG failureSize)
+HRESULT STDAPICALLTYPE ZebStoreRepair(const char* path, const char* copy, ZEBSTORE_REPORT* report, void* context,
+                                      char* failure, ULONG failureSize)
 {
-    return Run("ZebStoreRepair", failure, failureSize,
-               [&]
-               {
-                   Require(path != nullptr, "no path of a store file");
-                   Repair(path, copy, ReportTo(report, context));
-               });
+    return Run("ZebStoreRepair", failure, failureSize, [&]
+    {
+        Require(path != nullptr, "no path of a store file");
+        Repair(path, copy, ReportTo(report, context));
+    });
 }
 
-HRESULT STDAPICALLTYPE ZebStoreCompact(const char* path, ZEBSTORE_REPORT* report, void* context,
-                                       char* failure, ULONG failureSize)
+HRESULT STDAPICALLTYPE ZebStoreCompact(const char* path, ZEBSTORE_REPORT* report, void* context, char* failure,
+                                       ULONG failureSize)
 {
-    return Run("ZebStoreCompact", failure, failureSize,
-               [&]
-               {
-                   Require(path != nullptr, "no path of a store file");
-                   CompactStore(*StoreFile::Open(path, {}), ReportTo(report, context));
-               });
+    return Run("ZebStoreCompact", failure, failureSize, [&]
+    {
+        Require(path != nullptr, "no path of a store file");
+        CompactStore(*StoreFile::Open(path, {}), ReportTo(report, context));
+    });
 }

@@ -22,12 +22,18 @@ public:
     {
         std::ios::openmode mode = std::ios::in | std::ios::binary;
         if (writable)
+        {
             mode |= std::ios::out;
+        }
         if (create)
+        {
             mode |= std::ios::trunc;
+        }
         m_file.open(m_path, mode);
         if (!m_file)
+        {
             throw Error(create ? MAPI_E_NO_ACCESS : MAPI_E_NOT_FOUND, m_path.string() + " can not be opened");
+        }
     }
 
     ~FileBytes() override
@@ -35,7 +41,9 @@ public:
         m_file.close();
         std::error_code ignored;
         if (m_deleteAtEnd)
+        {
             fs::remove(m_path, ignored);
+        }
     }
 
     std::uint64_t Size() override
@@ -56,12 +64,16 @@ public:
     void WriteAt(std::uint64_t offset, const void* bytes, size_t size) override
     {
         if (offset > Size())
+        {
             SetSize(offset);
+        }
         m_file.clear();
         m_file.seekp(static_cast<std::streamoff>(offset));
         m_file.write(static_cast<const char*>(bytes), static_cast<std::streamsize>(size));
         if (!m_file)
+        {
             throw Error(STG_E_MEDIUMFULL, m_path.string() + " can not be written");
+        }
     }
 
     void SetSize(std::uint64_t size) override
@@ -70,14 +82,18 @@ public:
         std::error_code failure;
         fs::resize_file(m_path, size, failure);
         if (failure)
+        {
             throw Error(STG_E_MEDIUMFULL, m_path.string() + ": " + failure.message());
+        }
     }
 
     void Commit() override
     {
         m_file.flush();
         if (!m_file)
+        {
             throw Error(STG_E_MEDIUMFULL, m_path.string() + " can not be written");
+        }
     }
 
 private:
@@ -97,7 +113,9 @@ fs::path UniqueName(const fs::path& folder, const std::string& prefix)
         std::snprintf(name, sizeof(name), "%08X.tmp", static_cast<unsigned>(random()));
         const fs::path path = base / (prefix.substr(0, 3) + name);
         if (!fs::exists(path))
+        {
             return path;
+        }
     }
     throw Error(MAPI_E_COLLISION, base.string() + " has no free name left");
 }
@@ -105,25 +123,25 @@ fs::path UniqueName(const fs::path& folder, const std::string& prefix)
 } // namespace
 } // namespace zebstore
 
-HRESULT STDMETHODCALLTYPE OpenStreamOnFile(LPALLOCATEBUFFER, LPFREEBUFFER, ULONG flags, LPTSTR name,
-                                           LPTSTR prefix, LPSTREAM* stream)
+HRESULT STDMETHODCALLTYPE OpenStreamOnFile(LPALLOCATEBUFFER, LPFREEBUFFER, ULONG flags, LPTSTR name, LPTSTR prefix,
+                                           LPSTREAM* stream)
 {
     using namespace zebstore;
-    return Guarded("OpenStreamOnFile",
-                   [&]
-                   {
-                       Require(stream != nullptr, "no place for the stream");
-                       *stream = nullptr;
-                       const bool unique = (flags & SOF_UNIQUEFILENAME) != 0;
-                       Require(unique || (name && *name), "no file name");
-                       const std::string narrow(name ? name : "");
-                       fs::path path(zeb::platform::WideFromNarrow(narrow.data(), narrow.size()));
-                       if (unique)
-                           path = UniqueName(path, prefix ? prefix : "SOF");
-                       const bool writable = unique || (flags & (STGM_READWRITE | STGM_WRITE)) != 0;
-                       const bool create = unique || (flags & STGM_CREATE) != 0;
-                       auto bytes = std::make_shared<FileBytes>(path, writable, create,
-                                                                (flags & STGM_DELETEONRELEASE) != 0);
-                       *stream = new Stream(std::move(bytes), writable);
-                   });
+    return Guarded("OpenStreamOnFile", [&]
+    {
+        Require(stream != nullptr, "no place for the stream");
+        *stream = nullptr;
+        const bool unique = (flags & SOF_UNIQUEFILENAME) != 0;
+        Require(unique || (name && *name), "no file name");
+        const std::string narrow(name ? name : "");
+        fs::path path(zeb::platform::WideFromNarrow(narrow.data(), narrow.size()));
+        if (unique)
+        {
+            path = UniqueName(path, prefix ? prefix : "SOF");
+        }
+        const bool writable = unique || (flags & (STGM_READWRITE | STGM_WRITE)) != 0;
+        const bool create = unique || (flags & STGM_CREATE) != 0;
+        auto bytes = std::make_shared<FileBytes>(path, writable, create, (flags & STGM_DELETEONRELEASE) != 0);
+        *stream = new Stream(std::move(bytes), writable);
+    });
 }

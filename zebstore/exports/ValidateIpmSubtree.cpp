@@ -16,42 +16,54 @@ constexpr ULONG TagCount = 1 + sizeof(FolderTags) / sizeof(FolderTags[0]);
 void RequireFolder(IMsgStore& store, const SPropValue& value)
 {
     if (PROP_TYPE(value.ulPropTag) != PT_BINARY)
+    {
         throw Error(MAPI_E_NOT_FOUND, "the store lacks a standard folder");
+    }
     ULONG type = 0;
     IUnknown* object = nullptr;
-    Check(store.OpenEntry(value.Value.bin.cb, reinterpret_cast<LPENTRYID>(value.Value.bin.lpb), nullptr, 0,
-                          &type, &object),
+    Check(store.OpenEntry(value.Value.bin.cb, reinterpret_cast<LPENTRYID>(value.Value.bin.lpb), nullptr, 0, &type,
+                          &object),
           "a standard folder of the store can not be opened");
     const Ref<IUnknown> owner = Ref<IUnknown>::Adopt(object);
     if (type != MAPI_FOLDER)
+    {
         throw Error(MAPI_E_CORRUPT_STORE, "a standard folder of the store is no folder");
+    }
 }
 
 } // namespace
 
-HRESULT WINAPI HrValidateIPMSubtree(LPMDB store, ULONG flags, ULONG* count, LPSPropValue* values,
-                                    LPMAPIERROR* error)
+HRESULT WINAPI HrValidateIPMSubtree(LPMDB store, ULONG flags, ULONG* count, LPSPropValue* values, LPMAPIERROR* error)
 {
-    return Guarded("HrValidateIPMSubtree",
-                   [&]
-                   {
-                       Require(store != nullptr, "no store");
-                       RequireFlags(flags, MAPI_FORCE_CREATE | MAPI_FULL_IPM_TREE);
-                       if (error)
-                           *error = nullptr;
-                       SizedSPropTagArray(TagCount, tags) = {TagCount, {PR_VALID_FOLDER_MASK}};
-                       for (ULONG i = 1; i < TagCount; ++i)
-                           tags.aulPropTag[i] = FolderTags[i - 1];
-                       ULONG got = 0;
-                       LPSPropValue read = nullptr;
-                       Check(store->GetProps(reinterpret_cast<LPSPropTagArray>(&tags), 0, &got, &read),
-                             "the store's folders can not be read");
-                       Buffer<SPropValue> owner(read);
-                       for (ULONG i = 1; i < got; ++i)
-                           RequireFolder(*store, read[i]);
-                       if (count)
-                           *count = got;
-                       if (values)
-                           *values = owner.Detach();
-                   });
+    return Guarded("HrValidateIPMSubtree", [&]
+    {
+        Require(store != nullptr, "no store");
+        RequireFlags(flags, MAPI_FORCE_CREATE | MAPI_FULL_IPM_TREE);
+        if (error)
+        {
+            *error = nullptr;
+        }
+        SizedSPropTagArray(TagCount, tags) = {TagCount, {PR_VALID_FOLDER_MASK}};
+        for (ULONG i = 1; i < TagCount; ++i)
+        {
+            tags.aulPropTag[i] = FolderTags[i - 1];
+        }
+        ULONG got = 0;
+        LPSPropValue read = nullptr;
+        Check(store->GetProps(reinterpret_cast<LPSPropTagArray>(&tags), 0, &got, &read),
+              "the store's folders can not be read");
+        Buffer<SPropValue> owner(read);
+        for (ULONG i = 1; i < got; ++i)
+        {
+            RequireFolder(*store, read[i]);
+        }
+        if (count)
+        {
+            *count = got;
+        }
+        if (values)
+        {
+            *values = owner.Detach();
+        }
+    });
 }

@@ -24,7 +24,9 @@ public:
     ~WabObject() override
     {
         if (--g_wabObjects == 0 && !IsInitialized())
+        {
             Notifier::The().Stop();
+        }
     }
 
     HRESULT STDMETHODCALLTYPE GetLastError(HRESULT code, ULONG flags, LPMAPIERROR* error) override
@@ -34,24 +36,22 @@ public:
 
     HRESULT STDMETHODCALLTYPE AllocateBuffer(ULONG size, LPVOID* buffer) override
     {
-        return Guarded("IWABObject::AllocateBuffer",
-                       [&]
-                       {
-                           Require(buffer != nullptr, "no place for the memory");
-                           *buffer = nullptr;
-                           *buffer = Allocate(size);
-                       });
+        return Guarded("IWABObject::AllocateBuffer", [&]
+        {
+            Require(buffer != nullptr, "no place for the memory");
+            *buffer = nullptr;
+            *buffer = Allocate(size);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE AllocateMore(ULONG size, LPVOID parent, LPVOID* buffer) override
     {
-        return Guarded("IWABObject::AllocateMore",
-                       [&]
-                       {
-                           Require(buffer && parent, "no place for the memory, or nothing to add it to");
-                           *buffer = nullptr;
-                           *buffer = Allocate(size, parent);
-                       });
+        return Guarded("IWABObject::AllocateMore", [&]
+        {
+            Require(buffer && parent, "no place for the memory, or nothing to add it to");
+            *buffer = nullptr;
+            *buffer = Allocate(size, parent);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE FreeBuffer(LPVOID buffer) override
@@ -82,16 +82,12 @@ public:
     {
         return Refuse("IWABObject::GetMe");
     }
-    HRESULT STDMETHODCALLTYPE SetMe(LPADRBOOK, ULONG, SBinary, ULONG) override
-    {
-        return Refuse("IWABObject::SetMe");
-    }
+    HRESULT STDMETHODCALLTYPE SetMe(LPADRBOOK, ULONG, SBinary, ULONG) override { return Refuse("IWABObject::SetMe"); }
 
 private:
     static HRESULT Refuse(const char* method)
     {
-        return Guarded(method,
-                       [] { throw Error(MAPI_E_NO_SUPPORT, "the WAB object gives memory, nothing else"); });
+        return Guarded(method, [] { throw Error(MAPI_E_NO_SUPPORT, "the WAB object gives memory, nothing else"); });
     }
 
     // Its interface has no published identifier: IUnknown's stands for it.
@@ -102,10 +98,14 @@ Service ServiceOfDefaultProfile()
 {
     const std::string profile = profiles::Default().value_or("");
     if (profile.empty())
+    {
         throw Error(MAPI_E_NOT_FOUND, "there is no default profile whose address book could be opened");
+    }
     const std::vector<Service> services = profiles::Services(profile);
     if (services.empty() || services.front().path.empty())
+    {
         throw Error(MAPI_E_NOT_FOUND, "the profile '" + profile + "' has no store");
+    }
     return services.front();
 }
 
@@ -121,7 +121,9 @@ Ref<IAddrBook> OpenWabAddressBook(const std::string& file)
     Service service;
     service.path = file;
     if (file.empty())
+    {
         service = ServiceOfDefaultProfile();
+    }
     const StorePtr store = std::make_shared<StoreContext>(OpenServiceFile(service));
     return NewAddressBook(store, store->File().IsReadOnly() ? Access::Read : Access::Write);
 }
@@ -134,18 +136,18 @@ HRESULT STDMETHODCALLTYPE WABOpen(LPADRBOOK* book, LPWABOBJECT* object, LPWAB_PA
 {
     // The WAB's hosts never call MAPIInitialize.
     if (!IsInitialized() && g_liveObjects == 0)
+    {
         ApplySwitchesOfEnvironment();
-    return Guarded("WABOpen",
-                   [&]
-                   {
-                       Require(book && object, "no place for the address book or its WAB object");
-                       *book = nullptr;
-                       *object = nullptr;
-                       const char* file = param ? param->szFileName : nullptr;
-                       Ref<IAddrBook> opened =
-                           OpenWabAddressBook(file ? StoredFromNarrow(file) : std::string());
-                       Ref<IWABObject> wab = NewWabObject();
-                       *book = opened.Detach();
-                       *object = wab.Detach();
-                   });
+    }
+    return Guarded("WABOpen", [&]
+    {
+        Require(book && object, "no place for the address book or its WAB object");
+        *book = nullptr;
+        *object = nullptr;
+        const char* file = param ? param->szFileName : nullptr;
+        Ref<IAddrBook> opened = OpenWabAddressBook(file ? StoredFromNarrow(file) : std::string());
+        Ref<IWABObject> wab = NewWabObject();
+        *book = opened.Detach();
+        *object = wab.Detach();
+    });
 }

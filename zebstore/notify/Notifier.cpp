@@ -29,7 +29,9 @@ void Connection::Deliver(ULONG count, NOTIFICATION* notifications)
     {
         const std::lock_guard<std::mutex> hold(m_lock);
         if (!m_sink)
+        {
             return;
+        }
         sink = m_sink;
         m_deliverer = std::this_thread::get_id();
     }
@@ -54,7 +56,9 @@ void Connection::Cut()
     std::unique_lock<std::mutex> hold(m_lock);
     std::swap(sink, m_sink);
     if (m_deliverer != std::this_thread::get_id())
+    {
         m_idle.wait(hold, [&] { return m_deliverer == std::thread::id(); });
+    }
     // The sink's last reference may go with this, and it may call back: not under the lock.
     hold.unlock();
 }
@@ -77,12 +81,16 @@ void Notifier::Add(const std::shared_ptr<Notified>& member)
 {
     const std::lock_guard<std::mutex> hold(m_lock);
     if (std::find(m_members.begin(), m_members.end(), member) != m_members.end())
+    {
         return;
+    }
     m_members.push_back(member);
     try
     {
         if (!m_thread.IsStarted())
+        {
             StartThread();
+        }
     }
     catch (...)
     {
@@ -103,7 +111,9 @@ void Notifier::StartThread()
     m_work = std::make_shared<Work>();
     auto shared = std::make_unique<std::shared_ptr<Work>>(m_work);
     if (!m_thread.Start(RunThread, shared.get()))
+    {
         throw Error(MAPI_E_NOT_ENOUGH_RESOURCES, "the system gives no thread for notifications");
+    }
     static_cast<void>(shared.release()); // now the thread owns it
 }
 
@@ -117,16 +127,22 @@ void Notifier::Remove(const Notified* member)
 {
     std::shared_ptr<Notified> last;
     std::unique_lock<std::mutex> hold(m_lock);
-    const auto found = std::find_if(m_members.begin(), m_members.end(),
-                                    [&](const auto& each) { return each.get() == member; });
+    const auto found =
+        std::find_if(m_members.begin(), m_members.end(), [&](const auto& each) { return each.get() == member; });
     if (found == m_members.end())
+    {
         return;
+    }
     last = std::move(*found);
     m_members.erase(found);
     if (m_members.empty())
+    {
         g_afterCommit = nullptr;
+    }
     if (m_runner != std::this_thread::get_id())
+    {
         m_idle.wait(hold, [&] { return m_current != member; });
+    }
     hold.unlock();
 }
 
@@ -134,7 +150,9 @@ void Notifier::Wake() noexcept
 {
     const std::lock_guard<std::mutex> hold(m_lock);
     if (m_woken)
+    {
         return;
+    }
     m_woken = true;
     m_changed.notify_all();
 }
@@ -142,13 +160,17 @@ void Notifier::Wake() noexcept
 void Notifier::Stop()
 {
     if (zeb::platform::IsProcessEnding())
+    {
         return;
+    }
     std::vector<std::shared_ptr<Notified>> members;
     std::unique_lock<std::mutex> hold(m_lock);
     g_afterCommit = nullptr;
     members.swap(m_members);
     if (!m_thread.IsStarted() || m_runner == std::this_thread::get_id())
+    {
         return;
+    }
     const std::shared_ptr<Work> work = std::move(m_work);
     work->stopping = true;
     m_changed.notify_all();
@@ -186,7 +208,9 @@ void Notifier::RunUntilStopped(std::unique_lock<std::mutex>& hold, const bool& s
         m_woken = false;
         const Clock::time_point begin = Clock::now();
         if (!LookAtAll(hold, stopping))
+        {
             continue;
+        }
         const Clock::duration rest = std::min(Clock::now() - begin, LongestRest);
         m_changed.wait_for(hold, rest, [&] { return stopping; });
     }
@@ -200,7 +224,9 @@ bool Notifier::LookAtAll(std::unique_lock<std::mutex>& hold, const bool& stoppin
     {
         std::shared_ptr<Notified> member = each.lock();
         if (stopping || !member || std::find(m_members.begin(), m_members.end(), member) == m_members.end())
+        {
             continue;
+        }
         m_current = member.get();
         hold.unlock();
         told = member->LookAndDeliver() || told;

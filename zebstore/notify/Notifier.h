@@ -117,7 +117,9 @@ std::shared_ptr<Connection> TakeConnection(Map& connections, ULONG_PTR number, c
 {
     const auto found = connections.find(number);
     if (found == connections.end())
+    {
         throw Error(MAPI_E_INVALID_PARAMETER, none);
+    }
     std::shared_ptr<Connection> connection = std::move(found->second.connection);
     connections.erase(found);
     return connection;

@@ -10,7 +10,9 @@ Attachment::Attachment(Message& owner, ULONG number, Access access, bool isNew)
     , m_number(number)
 {
     if (!isNew)
+    {
         m_edit = owner.AttachmentNow(number);
+    }
     m_edit.number = number;
 }
 
@@ -47,14 +49,18 @@ bool Attachment::Compute(ULONG tag, PropertySet& out)
 void Attachment::Written(ULONG tag)
 {
     if (PROP_ID(tag) == PROP_ID(PR_ATTACH_SIZE))
+    {
         m_sizeWritten = true;
+    }
 }
 
 LONG Attachment::SizeNow() const
 {
     std::uint64_t size = 0;
     for (const PropertySet::Item& item : m_edit.properties.Items())
+    {
         size += item.large ? item.large->Size() : item.bytes.size();
+    }
     return static_cast<LONG>(std::min<std::uint64_t>(size, 0x7FFFFFFF));
 }
 
@@ -62,10 +68,14 @@ void Attachment::Save(ULONG flags)
 {
     RequireWrite();
     if (!m_sizeWritten)
+    {
         m_edit.properties.SetLong(PR_ATTACH_SIZE, SizeNow());
+    }
     m_owner.PutAttachment(m_edit);
     if (!(flags & KEEP_OPEN_READWRITE))
+    {
         LowerAccess();
+    }
 }
 
 bool Attachment::HasEmbedded()
@@ -76,22 +86,30 @@ bool Attachment::HasEmbedded()
 std::vector<ULONG> Attachment::ObjectTags()
 {
     if (HasEmbedded() && !m_edit.properties.Has(PR_ATTACH_DATA_OBJ))
+    {
         return {PR_ATTACH_DATA_OBJ};
+    }
     return {};
 }
 
 IUnknown* Attachment::OpenObject(ULONG tag, const IID& iid, ULONG options, ULONG flags)
 {
     if (PROP_ID(tag) != PROP_ID(PR_ATTACH_DATA_OBJ) || !IsEqualGUID(iid, IID_IMessage))
+    {
         return PropBase::OpenObject(tag, iid, options, flags);
+    }
     std::shared_ptr<const MessageContent> content;
     if (!(flags & MAPI_CREATE))
     {
         if (!HasEmbedded())
+        {
             throw Error(MAPI_E_NOT_FOUND, "the attachment holds no message");
+        }
         content = m_edit.embedded;
         if (!content)
+        {
             content = std::make_shared<MessageContent>(File().LoadWhole(m_owner.StoredEmbedded(m_number)));
+        }
     }
     const Access access = flags & (MAPI_MODIFY | MAPI_CREATE) ? Access::Write : Access::Read;
     return Ref<IMessage>::Adopt(new Message(Store(), *this, content, access)).Detach();
@@ -104,7 +122,9 @@ void Attachment::PutEmbedded(std::shared_ptr<MessageContent> content)
     m_edit.embedded = std::move(content);
     m_edit.dropEmbedded = false;
     if (!m_edit.properties.Has(PR_ATTACH_METHOD))
+    {
         m_edit.properties.SetLong(PR_ATTACH_METHOD, ATTACH_EMBEDDED_MSG);
+    }
 }
 
 } // namespace zebstore

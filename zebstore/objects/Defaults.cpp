@@ -20,10 +20,14 @@ std::int64_t NumberOf(const MAPIUID& store, std::string_view key)
 {
     const std::string_view own(reinterpret_cast<const char*>(store.ab), sizeof(store.ab));
     if (key.size() != own.size() + sizeof(std::int64_t) || key.substr(0, own.size()) != own)
+    {
         return 0;
+    }
     std::int64_t number = 0;
     for (const char byte : key.substr(own.size()))
+    {
         number = number << 8 | static_cast<unsigned char>(byte);
+    }
     return number;
 }
 
@@ -31,7 +35,9 @@ bool AddSyncKey(const MAPIUID& store, ULONG tag, const MessageOrigin& origin, Pr
 {
     // A message that is not stored, or lies in an attachment, has none.
     if (origin.id == 0)
+    {
         return false;
+    }
     switch (PROP_ID(tag))
     {
     case PROP_ID(PrSourceKey):
@@ -52,7 +58,9 @@ bool AddSyncKey(const MAPIUID& store, ULONG tag, const MessageOrigin& origin, Pr
 bool AddTime(ULONG tag, std::int64_t time, PropertySet& out)
 {
     if (time != 0)
+    {
         out.SetTime(tag, {static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)});
+    }
     return time != 0;
 }
 
@@ -123,7 +131,9 @@ bool AddFolderDefault(const MAPIUID& store, ULONG tag, const FolderTimesReader& 
 void CompleteChangeKeys(const MAPIUID& store, bool isNext, PropertySet& properties)
 {
     if (!properties.Has(PrChangeKey) && !properties.Has(PrPredecessorChangeList))
+    {
         return;
+    }
     std::string key = properties.Binary(PrChangeKey);
     std::string list = properties.Binary(PrPredecessorChangeList);
     if (isNext || key.empty())
@@ -139,7 +149,9 @@ std::string SyncKey(const MAPIUID& store, std::int64_t number)
 {
     std::string key(reinterpret_cast<const char*>(store.ab), sizeof(store.ab));
     for (int shift = 56; shift >= 0; shift -= 8)
+    {
         key.push_back(static_cast<char>(static_cast<std::uint64_t>(number) >> shift & 0xFF));
+    }
     return key;
 }
 
@@ -156,7 +168,9 @@ std::string WithChange(std::string_view list, std::string_view key)
     const auto put = [&](std::string_view each)
     {
         if (each.size() > sizeof(MAPIUID) && each.size() <= 0xFF)
+        {
             byStore[std::string(each.substr(0, sizeof(MAPIUID)))] = each;
+        }
     };
     while (!list.empty())
     {

@@ -22,12 +22,12 @@ bool IsMessageDefault(ULONG tag);
 /// @return false: nothing
 bool AddMessageDefault(const MAPIUID& store, ULONG tag, const MessageOrigin& origin, PropertySet& out);
 
-/// Adds to `out` what a folder has as the property with the identifier of `tag`, which nobody wrote: its times and the keys of
-/// its last change. @return false: nothing
+/// Adds to `out` what a folder has as the property with the identifier of `tag`, which nobody wrote: its times
+/// and the keys of its last change. @return false: nothing
 bool AddFolderDefault(const MAPIUID& store, ULONG tag, const FolderTimesReader& times, PropertySet& out);
 
-/// The key of a change that somebody wrote holds until the next one, and then is one of its predecessors. Where nobody wrote a
-/// key or a list none is added: they follow from the number of the last change.
+/// The key of a change that somebody wrote holds until the next one, and then is one of its predecessors. Where nobody
+/// wrote a key or a list none is added: they follow from the number of the last change.
 /// @param isNext true when the key in `properties` is of the change before
 void CompleteChangeKeys(const MAPIUID& store, bool isNext, PropertySet& properties);
 

@@ -32,7 +32,9 @@ Folder* OwnFolder(void* object)
 {
     void* asked = nullptr;
     if (!object || FAILED(static_cast<IUnknown*>(object)->QueryInterface(OwnFolderId, &asked)))
+    {
         return nullptr;
+    }
     const Ref<IMAPIFolder> folder = Ref<IMAPIFolder>::Adopt(static_cast<IMAPIFolder*>(asked));
     return static_cast<Folder*>(folder.Get());
 }
@@ -51,11 +53,10 @@ const PropertySet& Folder::Stored()
 const std::vector<ULONG>& Folder::ComputedTags()
 {
     static const std::vector<ULONG> folders = {
-        PR_ENTRYID,        PR_RECORD_KEY,          PR_PARENT_ENTRYID,    PR_OBJECT_TYPE,
-        PR_ACCESS,         PR_STORE_ENTRYID,       PR_STORE_RECORD_KEY,  PR_INSTANCE_KEY,
-        PR_ACCESS_LEVEL,   PR_STORE_SUPPORT_MASK,  PR_MAPPING_SIGNATURE, PR_CONTENT_COUNT,
-        PR_CONTENT_UNREAD, PR_ASSOC_CONTENT_COUNT, PR_SUBFOLDERS,        PR_FOLDER_TYPE,
-        PrSourceKey,       PrParentSourceKey};
+        PR_ENTRYID,           PR_RECORD_KEY,       PR_PARENT_ENTRYID, PR_OBJECT_TYPE,         PR_ACCESS,
+        PR_STORE_ENTRYID,     PR_STORE_RECORD_KEY, PR_INSTANCE_KEY,   PR_ACCESS_LEVEL,        PR_STORE_SUPPORT_MASK,
+        PR_MAPPING_SIGNATURE, PR_CONTENT_COUNT,    PR_CONTENT_UNREAD, PR_ASSOC_CONTENT_COUNT, PR_SUBFOLDERS,
+        PR_FOLDER_TYPE,       PrSourceKey,         PrParentSourceKey};
     static const std::vector<ULONG> inbox = []
     {
         std::vector<ULONG> tags = folders;
@@ -73,7 +74,9 @@ bool Folder::Compute(ULONG tag, PropertySet& out)
         return true;
     }
     if (!HasId(ComputedTags(), tag))
+    {
         return false;
+    }
     return Store()->Computed()->OfFolder(tag, File().Folder(m_folder), out);
 }
 
@@ -95,12 +98,13 @@ void Folder::Edit(const std::function<void(PropertySet&)>& change)
     const PropertySet before = File().FolderProperties(m_folder);
     PropertySet properties = before;
     change(properties);
-    CompleteChangeKeys(Store()->Uid(), properties.Binary(PrChangeKey) == before.Binary(PrChangeKey),
-                       properties);
+    CompleteChangeKeys(Store()->Uid(), properties.Binary(PrChangeKey) == before.Binary(PrChangeKey), properties);
     // A time that somebody wrote holds until the next change.
     if (before.Has(PR_LAST_MODIFICATION_TIME) &&
         properties.Find(PR_LAST_MODIFICATION_TIME).bytes == before.Find(PR_LAST_MODIFICATION_TIME).bytes)
+    {
         properties.SetTime(PR_LAST_MODIFICATION_TIME, zeb::platform::CurrentFileTime());
+    }
     File().SaveFolderProperties(m_folder, properties);
 }
 
@@ -110,9 +114,13 @@ IUnknown* Folder::OpenObject(ULONG tag, const IID& iid, ULONG options, ULONG fla
     const bool associated = PROP_ID(tag) == PROP_ID(PR_FOLDER_ASSOCIATED_CONTENTS);
     if (!IsEqualGUID(iid, IID_IMAPITable) ||
         (!contents && !associated && PROP_ID(tag) != PROP_ID(PR_CONTAINER_HIERARCHY)))
+    {
         return PropBase::OpenObject(tag, iid, options, flags);
+    }
     if (contents || associated)
+    {
         return Contents((options & MAPI_UNICODE) | (associated ? MAPI_ASSOCIATED : 0));
+    }
     return Hierarchy(options & (MAPI_UNICODE | CONVENIENT_DEPTH));
 }
 
@@ -122,10 +130,12 @@ IMAPITable* Folder::Contents(ULONG flags)
     TableOptions options;
     options.unicode = (flags & MAPI_UNICODE) != 0;
     if (flags & ShowSoftDeletes)
+    {
         return CreateTable(NothingOf(*Store()->Computed()), options).Detach();
-    return CreateTable(MakeContentsRows(Store()->SharedFile(), m_folder, (flags & MAPI_ASSOCIATED) != 0,
-                                        Store()->Computed()),
-                       options)
+    }
+    return CreateTable(
+               MakeContentsRows(Store()->SharedFile(), m_folder, (flags & MAPI_ASSOCIATED) != 0, Store()->Computed()),
+               options)
         .Detach();
 }
 
@@ -135,46 +145,44 @@ IMAPITable* Folder::Hierarchy(ULONG flags)
     TableOptions options;
     options.unicode = (flags & MAPI_UNICODE) != 0;
     if (flags & ShowSoftDeletes)
+    {
         return CreateTable(NothingOf(*Store()->Computed()), options).Detach();
-    return CreateTable(MakeHierarchyRows(Store()->SharedFile(), m_folder, (flags & CONVENIENT_DEPTH) != 0,
-                                         Store()->Computed()),
-                       options)
+    }
+    return CreateTable(
+               MakeHierarchyRows(Store()->SharedFile(), m_folder, (flags & CONVENIENT_DEPTH) != 0, Store()->Computed()),
+               options)
         .Detach();
 }
 
 HRESULT Folder::GetContentsTable(ULONG flags, LPMAPITABLE* table)
 {
-    return Guarded("IMAPIContainer::GetContentsTable",
-                   [&]
-                   {
-                       Require(table != nullptr, "no place for the table");
-                       *table = nullptr;
-                       *table = Contents(flags);
-                   });
+    return Guarded("IMAPIContainer::GetContentsTable", [&]
+    {
+        Require(table != nullptr, "no place for the table");
+        *table = nullptr;
+        *table = Contents(flags);
+    });
 }
 
 HRESULT Folder::GetHierarchyTable(ULONG flags, LPMAPITABLE* table)
 {
-    return Guarded("IMAPIContainer::GetHierarchyTable",
-                   [&]
-                   {
-                       Require(table != nullptr, "no place for the table");
-                       *table = nullptr;
-                       *table = Hierarchy(flags);
-                   });
+    return Guarded("IMAPIContainer::GetHierarchyTable", [&]
+    {
+        Require(table != nullptr, "no place for the table");
+        *table = nullptr;
+        *table = Hierarchy(flags);
+    });
 }
 
-HRESULT Folder::OpenEntry(ULONG size, LPENTRYID id, LPCIID iid, ULONG flags, ULONG* objectType,
-                          LPUNKNOWN* object)
+HRESULT Folder::OpenEntry(ULONG size, LPENTRYID id, LPCIID iid, ULONG flags, ULONG* objectType, LPUNKNOWN* object)
 {
-    return Guarded("IMAPIContainer::OpenEntry",
-                   [&]
-                   {
-                       Require(object != nullptr, "no place for the object");
-                       *object = nullptr;
-                       const Access most = File().IsReadOnly() ? Access::Read : Access::Write;
-                       *object = OpenItem(Store(), size, id, iid, flags, most, objectType);
-                   });
+    return Guarded("IMAPIContainer::OpenEntry", [&]
+    {
+        Require(object != nullptr, "no place for the object");
+        *object = nullptr;
+        const Access most = File().IsReadOnly() ? Access::Read : Access::Write;
+        *object = OpenItem(Store(), size, id, iid, flags, most, objectType);
+    });
 }
 
 HRESULT Folder::SetSearchCriteria(LPSRestriction, LPENTRYLIST, ULONG)

@@ -27,8 +27,8 @@ public:
                                         LPUNKNOWN* object) override;
     HRESULT STDMETHODCALLTYPE SetSearchCriteria(LPSRestriction restriction, LPENTRYLIST containers,
                                                 ULONG flags) override;
-    HRESULT STDMETHODCALLTYPE GetSearchCriteria(ULONG flags, LPSRestriction* restriction,
-                                                LPENTRYLIST* containers, ULONG* state) override;
+    HRESULT STDMETHODCALLTYPE GetSearchCriteria(ULONG flags, LPSRestriction* restriction, LPENTRYLIST* containers,
+                                                ULONG* state) override;
 
     // IMAPIFolder
     HRESULT STDMETHODCALLTYPE CreateMessage(LPCIID iid, ULONG flags, LPMESSAGE* message) override;
@@ -40,13 +40,12 @@ public:
                                            LPMAPIFOLDER* folder) override;
     HRESULT STDMETHODCALLTYPE CopyFolder(ULONG size, LPENTRYID id, LPCIID iid, LPVOID target, LPTSTR name,
                                          ULONG_PTR window, LPMAPIPROGRESS progress, ULONG flags) override;
-    HRESULT STDMETHODCALLTYPE DeleteFolder(ULONG size, LPENTRYID id, ULONG_PTR window,
-                                           LPMAPIPROGRESS progress, ULONG flags) override;
+    HRESULT STDMETHODCALLTYPE DeleteFolder(ULONG size, LPENTRYID id, ULONG_PTR window, LPMAPIPROGRESS progress,
+                                           ULONG flags) override;
     HRESULT STDMETHODCALLTYPE SetReadFlags(LPENTRYLIST list, ULONG_PTR window, LPMAPIPROGRESS progress,
                                            ULONG flags) override;
     HRESULT STDMETHODCALLTYPE GetMessageStatus(ULONG size, LPENTRYID id, ULONG flags, ULONG* status) override;
-    HRESULT STDMETHODCALLTYPE SetMessageStatus(ULONG size, LPENTRYID id, ULONG status, ULONG mask,
-                                               ULONG* old) override;
+    HRESULT STDMETHODCALLTYPE SetMessageStatus(ULONG size, LPENTRYID id, ULONG status, ULONG mask, ULONG* old) override;
     HRESULT STDMETHODCALLTYPE SaveContentsSort(LPSSortOrderSet order, ULONG flags) override;
     HRESULT STDMETHODCALLTYPE EmptyFolder(ULONG_PTR window, LPMAPIPROGRESS progress, ULONG flags) override;
 
@@ -100,8 +99,8 @@ struct FolderContents
     bool subfolders = false;
     bool move = false;
 };
-/// @throws Error MAPI_E_FOLDER_CYCLE, MAPI_E_COLLISION (a subfolder's name is taken), MAPI_E_NO_ACCESS (a standard folder
-/// would be moved) when they cannot be copied whole
+/// @throws Error MAPI_E_FOLDER_CYCLE, MAPI_E_COLLISION (a subfolder's name is taken), MAPI_E_NO_ACCESS (a standard
+/// folder would be moved) when they cannot be copied whole
 void RequireContentsFit(const FolderContents& contents);
 /// Copies or moves them in steps; when it fails, what was copied stays and nothing is lost.
 /// @param progress hears of the steps; may be null

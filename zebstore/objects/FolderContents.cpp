@@ -22,7 +22,9 @@ std::uint64_t MessagesBelow(StoreFile& file, FolderId folder)
     const FolderInfo info = file.Folder(folder);
     std::uint64_t count = std::uint64_t{info.messages} + info.associated;
     for (const FolderInfo& each : file.FoldersUnder(folder, true))
+    {
         count += std::uint64_t{1} + each.messages + each.associated;
+    }
     return count;
 }
 
@@ -32,12 +34,20 @@ std::uint64_t StepsOf(const FolderContents& contents)
     const FolderInfo info = file.Folder(contents.folder);
     std::uint64_t steps = 0;
     if (contents.messages)
+    {
         steps += info.messages;
+    }
     if (contents.associated)
+    {
         steps += info.associated;
+    }
     if (contents.subfolders)
+    {
         for (const FolderInfo& each : file.FoldersUnder(contents.folder, false))
+        {
             steps += 1 + MessagesBelow(file, each.id);
+        }
+    }
     return steps;
 }
 
@@ -46,11 +56,17 @@ void CopySome(const FolderContents& contents, const std::vector<MessageId>& mess
     StoreFile& from = contents.source->File();
     StoreFile& to = contents.target->File();
     if (&from != &to)
+    {
         CopyMessagesBetween(from, messages, to, contents.into, contents.move);
+    }
     else if (contents.move)
+    {
         to.MoveMessages(messages, contents.into);
+    }
     else
+    {
         to.CopyMessages(messages, contents.into);
+    }
 }
 
 void CopyMessagesOf(const FolderContents& contents, bool associated, Progress& progress)
@@ -71,18 +87,26 @@ void CopyMessagesOf(const FolderContents& contents, bool associated, Progress& p
 void RequireContentsFit(const FolderContents& contents)
 {
     if (!contents.subfolders)
+    {
         return;
+    }
     StoreFile& from = contents.source->File();
     StoreFile& to = contents.target->File();
     if (contents.source->IsSameStore(*contents.target) && to.IsWithin(contents.into, contents.folder))
+    {
         throw Error(MAPI_E_FOLDER_CYCLE, "a folder cannot be copied into itself");
+    }
     for (const FolderInfo& each : from.FoldersUnder(contents.folder, false))
     {
         const std::string name = from.FolderProperties(each.id).Text(PR_DISPLAY_NAME_W);
         if (contents.move && IsStandardFolder(each.id))
+        {
             throw Error(MAPI_E_NO_ACCESS, "the standard folder '" + name + "' cannot be moved");
+        }
         if (to.FindFolder(contents.into, name))
+        {
             throw Error(MAPI_E_COLLISION, "the target has a folder '" + name + "' already");
+        }
     }
 }
 
@@ -91,16 +115,21 @@ void CopyFolderContents(const FolderContents& contents, IMAPIProgress* sink)
     StoreFile& from = contents.source->File();
     Progress progress(sink, StepsOf(contents));
     if (contents.messages)
+    {
         CopyMessagesOf(contents, false, progress);
+    }
     if (contents.associated)
+    {
         CopyMessagesOf(contents, true, progress);
+    }
     if (!contents.subfolders)
+    {
         return;
+    }
     for (const FolderInfo& each : from.FoldersUnder(contents.folder, false))
     {
         const std::uint64_t steps = 1 + MessagesBelow(from, each.id);
-        CopyFolderTree(
-            {contents.source, each.id, contents.target, contents.into, std::string(), contents.move, true});
+        CopyFolderTree({contents.source, each.id, contents.target, contents.into, std::string(), contents.move, true});
         progress.Advance(steps);
     }
 }

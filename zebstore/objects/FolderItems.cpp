@@ -11,7 +11,9 @@ namespace
 void RequireOwn(const Folder* folder)
 {
     if (!folder)
+    {
         throw Error(MAPI_E_NO_SUPPORT, "the target is not a folder of this provider");
+    }
 }
 
 } // namespace
@@ -21,10 +23,16 @@ std::vector<MessageId> Folder::MessagesHere(const ENTRYLIST* list, size_t& stran
     std::vector<MessageId> here;
     strangers = 0;
     for (MessageId message : Store()->ParseMessages(list))
+    {
         if (FolderOf(message) == m_folder && File().MessageExists(message))
+        {
             here.push_back(message);
+        }
         else
+        {
             ++strangers;
+        }
+    }
     return here;
 }
 
@@ -33,24 +41,26 @@ MessageId Folder::MessageHere(ULONG size, const ENTRYID* id) const
     const SBinary binary = {size, reinterpret_cast<BYTE*>(const_cast<ENTRYID*>(id))};
     const MessageId message = Store()->ParseMessage(binary);
     if (FolderOf(message) != m_folder)
+    {
         throw Error(MAPI_E_NOT_FOUND, "the message does not lie in this folder");
+    }
     return message;
 }
 
 HRESULT Folder::CreateMessage(LPCIID iid, ULONG flags, LPMESSAGE* message)
 {
-    return Guarded("IMAPIFolder::CreateMessage",
-                   [&]
-                   {
-                       Require(message != nullptr, "no place for the message");
-                       *message = nullptr;
-                       RequireFlags(flags, MAPI_ASSOCIATED | MAPI_DEFERRED_ERRORS | ArrivalFlags);
-                       RequireWrite();
-                       if (iid && !IsEqualGUID(*iid, IID_IMessage) && !IsEqualGUID(*iid, IID_IMAPIProp))
-                           throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED,
-                                       "a message does not have the interface that is asked for");
-                       *message = NewMessage(Store(), m_folder, (flags & MAPI_ASSOCIATED) != 0).Detach();
-                   });
+    return Guarded("IMAPIFolder::CreateMessage", [&]
+    {
+        Require(message != nullptr, "no place for the message");
+        *message = nullptr;
+        RequireFlags(flags, MAPI_ASSOCIATED | MAPI_DEFERRED_ERRORS | ArrivalFlags);
+        RequireWrite();
+        if (iid && !IsEqualGUID(*iid, IID_IMessage) && !IsEqualGUID(*iid, IID_IMAPIProp))
+        {
+            throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "a message does not have the interface that is asked for");
+        }
+        *message = NewMessage(Store(), m_folder, (flags & MAPI_ASSOCIATED) != 0).Detach();
+    });
 }
 
 size_t CopyMessagesBetween(StoreFile& source, const std::vector<MessageId>& messages, StoreFile& target,
@@ -69,183 +79,193 @@ size_t CopyMessagesBetween(StoreFile& source, const std::vector<MessageId>& mess
         done.push_back(message);
     }
     if (move)
+    {
         source.DeleteMessages(done);
+    }
     return missing;
 }
 
 HRESULT Folder::CopyMessages(LPENTRYLIST list, LPCIID, LPVOID target, ULONG_PTR, LPMAPIPROGRESS, ULONG flags)
 {
-    return Guarded("IMAPIFolder::CopyMessages",
-                   [&]() -> HRESULT
-                   {
-                       RequireFlags(flags, MESSAGE_MOVE | MESSAGE_DIALOG | MAPI_DIALOG | MAPI_DECLINE_OK);
-                       Require(target != nullptr, "no folder to copy to");
-                       const bool move = (flags & MESSAGE_MOVE) != 0;
-                       if (move)
-                           RequireWrite();
-                       Folder* to = OwnFolder(target);
-                       RequireOwn(to);
-                       to->RequireWrite();
-                       size_t strangers = 0;
-                       const std::vector<MessageId> messages = MessagesHere(list, strangers);
-                       if (&to->File() != &File())
-                           strangers += CopyMessagesBetween(File(), messages, to->File(), to->Id(), move);
-                       else if (move && to->Id() != m_folder)
-                           File().MoveMessages(messages, to->Id());
-                       else if (!move)
-                           File().CopyMessages(messages, to->Id());
-                       return strangers ? MAPI_W_PARTIAL_COMPLETION : S_OK;
-                   });
+    return Guarded("IMAPIFolder::CopyMessages", [&]() -> HRESULT
+    {
+        RequireFlags(flags, MESSAGE_MOVE | MESSAGE_DIALOG | MAPI_DIALOG | MAPI_DECLINE_OK);
+        Require(target != nullptr, "no folder to copy to");
+        const bool move = (flags & MESSAGE_MOVE) != 0;
+        if (move)
+        {
+            RequireWrite();
+        }
+        Folder* to = OwnFolder(target);
+        RequireOwn(to);
+        to->RequireWrite();
+        size_t strangers = 0;
+        const std::vector<MessageId> messages = MessagesHere(list, strangers);
+        if (&to->File() != &File())
+        {
+            strangers += CopyMessagesBetween(File(), messages, to->File(), to->Id(), move);
+        }
+        else if (move && to->Id() != m_folder)
+        {
+            File().MoveMessages(messages, to->Id());
+        }
+        else if (!move)
+        {
+            File().CopyMessages(messages, to->Id());
+        }
+        return strangers ? MAPI_W_PARTIAL_COMPLETION : S_OK;
+    });
 }
 
 HRESULT Folder::DeleteMessages(LPENTRYLIST list, ULONG_PTR, LPMAPIPROGRESS, ULONG flags)
 {
-    return Guarded("IMAPIFolder::DeleteMessages",
-                   [&]() -> HRESULT
-                   {
-                       RequireFlags(flags, MESSAGE_DIALOG | MAPI_DIALOG | DeleteHardDelete);
-                       RequireWrite();
-                       size_t strangers = 0;
-                       const std::vector<MessageId> messages = MessagesHere(list, strangers);
-                       File().DeleteMessages(messages);
-                       return strangers ? MAPI_W_PARTIAL_COMPLETION : S_OK;
-                   });
+    return Guarded("IMAPIFolder::DeleteMessages", [&]() -> HRESULT
+    {
+        RequireFlags(flags, MESSAGE_DIALOG | MAPI_DIALOG | DeleteHardDelete);
+        RequireWrite();
+        size_t strangers = 0;
+        const std::vector<MessageId> messages = MessagesHere(list, strangers);
+        File().DeleteMessages(messages);
+        return strangers ? MAPI_W_PARTIAL_COMPLETION : S_OK;
+    });
 }
 
-HRESULT Folder::CreateFolder(ULONG type, LPTSTR name, LPTSTR comment, LPCIID iid, ULONG flags,
-                             LPMAPIFOLDER* folder)
+HRESULT Folder::CreateFolder(ULONG type, LPTSTR name, LPTSTR comment, LPCIID iid, ULONG flags, LPMAPIFOLDER* folder)
 {
-    return Guarded("IMAPIFolder::CreateFolder",
-                   [&]
-                   {
-                       Require(folder != nullptr, "no place for the folder");
-                       *folder = nullptr;
-                       RequireFlags(flags, MAPI_UNICODE | MAPI_DEFERRED_ERRORS | OPEN_IF_EXISTS);
-                       RequireWrite();
-                       if (iid && !IsEqualGUID(*iid, IID_IMAPIFolder) &&
-                           !IsEqualGUID(*iid, IID_IMAPIContainer) && !IsEqualGUID(*iid, IID_IMAPIProp))
-                           throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED,
-                                       "a folder does not have the interface that is asked for");
-                       if (type == FOLDER_SEARCH)
-                           throw Error(MAPI_E_NO_SUPPORT, "the store has no search folders");
-                       Require(type == FOLDER_GENERIC, "no type that a folder can be created with");
-                       const std::string text = TextArgument(name, flags);
-                       Require(!text.empty(), "a folder needs a name");
-                       const std::lock_guard<std::recursive_mutex> hold(File().Lock());
-                       FolderId made = flags & OPEN_IF_EXISTS ? File().FindFolder(m_folder, text) : 0;
-                       if (!made)
-                       {
-                           PropertySet properties;
-                           properties.SetText(PR_DISPLAY_NAME_W, text);
-                           if (comment)
-                               properties.SetText(PR_COMMENT_W, TextArgument(comment, flags));
-                           made = File().CreateFolder(m_folder, properties, type);
-                       }
-                       *folder = OpenFolder(Store(), made, Access::Write).Detach();
-                   });
+    return Guarded("IMAPIFolder::CreateFolder", [&]
+    {
+        Require(folder != nullptr, "no place for the folder");
+        *folder = nullptr;
+        RequireFlags(flags, MAPI_UNICODE | MAPI_DEFERRED_ERRORS | OPEN_IF_EXISTS);
+        RequireWrite();
+        if (iid && !IsEqualGUID(*iid, IID_IMAPIFolder) && !IsEqualGUID(*iid, IID_IMAPIContainer) &&
+            !IsEqualGUID(*iid, IID_IMAPIProp))
+        {
+            throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "a folder does not have the interface that is asked for");
+        }
+        if (type == FOLDER_SEARCH)
+        {
+            throw Error(MAPI_E_NO_SUPPORT, "the store has no search folders");
+        }
+        Require(type == FOLDER_GENERIC, "no type that a folder can be created with");
+        const std::string text = TextArgument(name, flags);
+        Require(!text.empty(), "a folder needs a name");
+        const std::lock_guard<std::recursive_mutex> hold(File().Lock());
+        FolderId made = flags & OPEN_IF_EXISTS ? File().FindFolder(m_folder, text) : 0;
+        if (!made)
+        {
+            PropertySet properties;
+            properties.SetText(PR_DISPLAY_NAME_W, text);
+            if (comment)
+            {
+                properties.SetText(PR_COMMENT_W, TextArgument(comment, flags));
+            }
+            made = File().CreateFolder(m_folder, properties, type);
+        }
+        *folder = OpenFolder(Store(), made, Access::Write).Detach();
+    });
 }
 
-HRESULT Folder::CopyFolder(ULONG size, LPENTRYID id, LPCIID, LPVOID target, LPTSTR name, ULONG_PTR,
-                           LPMAPIPROGRESS, ULONG flags)
+HRESULT Folder::CopyFolder(ULONG size, LPENTRYID id, LPCIID, LPVOID target, LPTSTR name, ULONG_PTR, LPMAPIPROGRESS,
+                           ULONG flags)
 {
-    return Guarded("IMAPIFolder::CopyFolder",
-                   [&]
-                   {
-                       RequireFlags(flags, COPY_SUBFOLDERS | FOLDER_MOVE | FOLDER_DIALOG | MAPI_UNICODE |
-                                               MAPI_DIALOG | MAPI_DECLINE_OK);
-                       Require(target != nullptr && size > 0, "no folder to copy, or none to copy to");
-                       Folder* to = OwnFolder(target);
-                       RequireOwn(to);
-                       to->RequireWrite();
-                       const FolderId folder = Store()->ParseFolder(id, size);
-                       if (File().Folder(folder).parent != m_folder)
-                           throw Error(MAPI_E_NOT_FOUND, "the folder does not lie in this folder");
-                       if (flags & FOLDER_MOVE)
-                           RequireWrite();
-                       FolderCopy copy{Store(), folder, to->Store(), to->Id(), TextArgument(name, flags),
-                                       false,   false};
-                       copy.move = (flags & FOLDER_MOVE) != 0;
-                       copy.subfolders = copy.move || (flags & COPY_SUBFOLDERS) != 0;
-                       CopyFolderTree(copy);
-                   });
+    return Guarded("IMAPIFolder::CopyFolder", [&]
+    {
+        RequireFlags(flags,
+                     COPY_SUBFOLDERS | FOLDER_MOVE | FOLDER_DIALOG | MAPI_UNICODE | MAPI_DIALOG | MAPI_DECLINE_OK);
+        Require(target != nullptr && size > 0, "no folder to copy, or none to copy to");
+        Folder* to = OwnFolder(target);
+        RequireOwn(to);
+        to->RequireWrite();
+        const FolderId folder = Store()->ParseFolder(id, size);
+        if (File().Folder(folder).parent != m_folder)
+        {
+            throw Error(MAPI_E_NOT_FOUND, "the folder does not lie in this folder");
+        }
+        if (flags & FOLDER_MOVE)
+        {
+            RequireWrite();
+        }
+        FolderCopy copy{Store(), folder, to->Store(), to->Id(), TextArgument(name, flags), false, false};
+        copy.move = (flags & FOLDER_MOVE) != 0;
+        copy.subfolders = copy.move || (flags & COPY_SUBFOLDERS) != 0;
+        CopyFolderTree(copy);
+    });
 }
 
 HRESULT Folder::DeleteFolder(ULONG size, LPENTRYID id, ULONG_PTR, LPMAPIPROGRESS, ULONG flags)
 {
-    return Guarded("IMAPIFolder::DeleteFolder",
-                   [&]
-                   {
-                       RequireFlags(flags, DEL_MESSAGES | DEL_FOLDERS | FOLDER_DIALOG | MAPI_DIALOG |
-                                               DeleteHardDelete);
-                       RequireWrite();
-                       Require(size > 0 && id, "no folder to delete");
-                       const FolderId folder = Store()->ParseFolder(id, size);
-                       if (File().Folder(folder).parent != m_folder)
-                           throw Error(MAPI_E_NOT_FOUND, "the folder does not lie in this folder");
-                       File().DeleteFolder(folder, (flags & DEL_MESSAGES) != 0, (flags & DEL_FOLDERS) != 0);
-                   });
+    return Guarded("IMAPIFolder::DeleteFolder", [&]
+    {
+        RequireFlags(flags, DEL_MESSAGES | DEL_FOLDERS | FOLDER_DIALOG | MAPI_DIALOG | DeleteHardDelete);
+        RequireWrite();
+        Require(size > 0 && id, "no folder to delete");
+        const FolderId folder = Store()->ParseFolder(id, size);
+        if (File().Folder(folder).parent != m_folder)
+        {
+            throw Error(MAPI_E_NOT_FOUND, "the folder does not lie in this folder");
+        }
+        File().DeleteFolder(folder, (flags & DEL_MESSAGES) != 0, (flags & DEL_FOLDERS) != 0);
+    });
 }
 
 HRESULT Folder::EmptyFolder(ULONG_PTR, LPMAPIPROGRESS, ULONG flags)
 {
-    return Guarded("IMAPIFolder::EmptyFolder",
-                   [&]
-                   {
-                       RequireFlags(flags, DEL_ASSOCIATED | FOLDER_DIALOG | MAPI_DIALOG | DeleteHardDelete);
-                       RequireWrite();
-                       File().EmptyFolder(m_folder, (flags & DEL_ASSOCIATED) != 0);
-                   });
+    return Guarded("IMAPIFolder::EmptyFolder", [&]
+    {
+        RequireFlags(flags, DEL_ASSOCIATED | FOLDER_DIALOG | MAPI_DIALOG | DeleteHardDelete);
+        RequireWrite();
+        File().EmptyFolder(m_folder, (flags & DEL_ASSOCIATED) != 0);
+    });
 }
 
 HRESULT Folder::SetReadFlags(LPENTRYLIST list, ULONG_PTR, LPMAPIPROGRESS, ULONG flags)
 {
-    return Guarded("IMAPIFolder::SetReadFlags",
-                   [&]() -> HRESULT
-                   {
-                       RequireFlags(flags, SUPPRESS_RECEIPT | CLEAR_READ_FLAG | GENERATE_RECEIPT_ONLY |
-                                               MAPI_DEFERRED_ERRORS | MAPI_DIALOG | MESSAGE_DIALOG |
-                                               ULONG(0x20) | ULONG(0x40));
-                       RequireWrite();
-                       size_t strangers = 0;
-                       const std::vector<MessageId> messages =
-                           list ? MessagesHere(list, strangers) : File().MessagesOf(m_folder, false);
-                       if (!(flags & GENERATE_RECEIPT_ONLY))
-                           File().ChangeMessageFlags(messages, flags & CLEAR_READ_FLAG ? 0 : MSGFLAG_READ,
-                                                     flags & CLEAR_READ_FLAG ? MSGFLAG_READ : 0);
-                       return strangers ? MAPI_W_PARTIAL_COMPLETION : S_OK;
-                   });
+    return Guarded("IMAPIFolder::SetReadFlags", [&]() -> HRESULT
+    {
+        RequireFlags(flags, SUPPRESS_RECEIPT | CLEAR_READ_FLAG | GENERATE_RECEIPT_ONLY | MAPI_DEFERRED_ERRORS |
+                                MAPI_DIALOG | MESSAGE_DIALOG | ULONG(0x20) | ULONG(0x40));
+        RequireWrite();
+        size_t strangers = 0;
+        const std::vector<MessageId> messages =
+            list ? MessagesHere(list, strangers) : File().MessagesOf(m_folder, false);
+        if (!(flags & GENERATE_RECEIPT_ONLY))
+        {
+            File().ChangeMessageFlags(messages, flags & CLEAR_READ_FLAG ? 0 : MSGFLAG_READ,
+                                      flags & CLEAR_READ_FLAG ? MSGFLAG_READ : 0);
+        }
+        return strangers ? MAPI_W_PARTIAL_COMPLETION : S_OK;
+    });
 }
 
 HRESULT Folder::GetMessageStatus(ULONG size, LPENTRYID id, ULONG flags, ULONG* status)
 {
-    return Guarded("IMAPIFolder::GetMessageStatus",
-                   [&]
-                   {
-                       Require(status != nullptr, "no place for the status");
-                       RequireFlags(flags, 0);
-                       *status = static_cast<ULONG>(
-                           File().LoadMessage(MessageHere(size, id)).properties.Long(PR_MSG_STATUS));
-                   });
+    return Guarded("IMAPIFolder::GetMessageStatus", [&]
+    {
+        Require(status != nullptr, "no place for the status");
+        RequireFlags(flags, 0);
+        *status = static_cast<ULONG>(File().LoadMessage(MessageHere(size, id)).properties.Long(PR_MSG_STATUS));
+    });
 }
 
 HRESULT Folder::SetMessageStatus(ULONG size, LPENTRYID id, ULONG status, ULONG mask, ULONG* old)
 {
-    return Guarded("IMAPIFolder::SetMessageStatus",
-                   [&]
-                   {
-                       RequireWrite();
-                       const MessageId message = MessageHere(size, id);
-                       const std::lock_guard<std::recursive_mutex> hold(File().Lock());
-                       StoredMessage stored = File().LoadMessage(message);
-                       const ULONG before = static_cast<ULONG>(stored.properties.Long(PR_MSG_STATUS));
-                       MessageContent content;
-                       content.properties = std::move(stored.properties);
-                       content.properties.SetLong(PR_MSG_STATUS,
-                                                  static_cast<LONG>((before & ~mask) | (status & mask)));
-                       File().SaveMessage(message, content, stored.change);
-                       if (old)
-                           *old = before;
-                   });
+    return Guarded("IMAPIFolder::SetMessageStatus", [&]
+    {
+        RequireWrite();
+        const MessageId message = MessageHere(size, id);
+        const std::lock_guard<std::recursive_mutex> hold(File().Lock());
+        StoredMessage stored = File().LoadMessage(message);
+        const ULONG before = static_cast<ULONG>(stored.properties.Long(PR_MSG_STATUS));
+        MessageContent content;
+        content.properties = std::move(stored.properties);
+        content.properties.SetLong(PR_MSG_STATUS, static_cast<LONG>((before & ~mask) | (status & mask)));
+        File().SaveMessage(message, content, stored.change);
+        if (old)
+        {
+            *old = before;
+        }
+    });
 }
 
 HRESULT Folder::SaveContentsSort(LPSSortOrderSet, ULONG)
@@ -265,24 +285,35 @@ void CopyFolderTree(const FolderCopy& copy)
         from.MoveFolder(copy.folder, copy.targetParent, name);
         return;
     }
-    if (copy.source->IsSameStore(*copy.target) && copy.subfolders &&
-        to.IsWithin(copy.targetParent, copy.folder))
+    if (copy.source->IsSameStore(*copy.target) && copy.subfolders && to.IsWithin(copy.targetParent, copy.folder))
+    {
         throw Error(MAPI_E_FOLDER_CYCLE, "a folder cannot be copied into itself");
+    }
     properties.SetText(PR_DISPLAY_NAME_W, name);
     const FolderId made = to.CreateFolder(copy.targetParent, properties);
     for (bool associated : {false, true})
     {
         const std::vector<MessageId> messages = from.MessagesOf(copy.folder, associated);
         if (&from == &to)
+        {
             to.CopyMessages(messages, made);
+        }
         else
+        {
             CopyMessagesBetween(from, messages, to, made, false);
+        }
     }
     if (copy.subfolders)
+    {
         for (const FolderInfo& each : from.FoldersUnder(copy.folder, false))
+        {
             CopyFolderTree({copy.source, each.id, copy.target, made, std::string(), false, true});
+        }
+    }
     if (copy.move)
+    {
         from.DeleteFolder(copy.folder, true, true);
+    }
 }
 
 } // namespace zebstore

@@ -17,24 +17,31 @@ IUnknown* Answer(IUnknown* object, const IID* iid)
     }
     void* asked = nullptr;
     if (FAILED(object->QueryInterface(*iid, &asked)))
-        throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED,
-                    "the object does not have the interface that is asked for");
+    {
+        throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "the object does not have the interface that is asked for");
+    }
     return static_cast<IUnknown*>(asked);
 }
 
-IUnknown* OpenItem(const StorePtr& store, ULONG size, const void* id, const IID* iid, ULONG flags,
-                   Access most, ULONG* objectType)
+IUnknown* OpenItem(const StorePtr& store, ULONG size, const void* id, const IID* iid, ULONG flags, Access most,
+                   ULONG* objectType)
 {
     RequireFlags(flags, OpenEntryFlags | ShowSoftDeletes);
     const ItemId item = store->Parse(id, size);
     const Access access = AccessFor(flags, most);
     IUnknown* answer = nullptr;
     if (item.objectType == MAPI_FOLDER)
+    {
         answer = Answer(OpenFolder(store, item.key, access).Get(), iid);
+    }
     else
+    {
         answer = Answer(OpenMessage(store, item.key, access).Get(), iid);
+    }
     if (objectType)
+    {
         *objectType = item.objectType;
+    }
     return answer;
 }
 
@@ -48,7 +55,9 @@ void GiveBytes(const void* bytes, size_t size, ULONG* sizeOut, ENTRYID** bytesOu
 bool SameEntry(ULONG sizeA, const void* a, ULONG sizeB, const void* b)
 {
     if ((sizeA && !a) || (sizeB && !b))
+    {
         throw Error(MAPI_E_INVALID_ENTRYID, "an entry identifier without bytes");
+    }
     // A store is the same wherever its file lies.
     if (LooksLikeStoreEntryId(a, sizeA) && LooksLikeStoreEntryId(b, sizeB))
     {

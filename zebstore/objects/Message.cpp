@@ -88,14 +88,15 @@ void Message::StartNew(bool associated)
     m_dirty = true;
     m_recipients.emplace();
     m_properties.SetText(PR_MESSAGE_CLASS_W, "IPM.Note");
-    m_properties.SetLong(PR_MESSAGE_FLAGS,
-                         MSGFLAG_READ | MSGFLAG_UNSENT | (associated ? MSGFLAG_ASSOCIATED : 0));
+    m_properties.SetLong(PR_MESSAGE_FLAGS, MSGFLAG_READ | MSGFLAG_UNSENT | (associated ? MSGFLAG_ASSOCIATED : 0));
 }
 
 void Message::Load()
 {
     if (m_loaded)
+    {
         return;
+    }
     StoredMessage stored = File().LoadMessage(m_id);
     m_properties = std::move(stored.properties);
     m_change = stored.change;
@@ -110,10 +111,9 @@ const PropertySet& Message::Stored()
 
 const std::vector<ULONG>& Message::ComputedTags()
 {
-    static const std::vector<ULONG> embedded =
-        TagsOfPlace({PR_OBJECT_TYPE, PR_ACCESS, PR_ACCESS_LEVEL, PR_STORE_ENTRYID, PR_STORE_RECORD_KEY,
-                     PR_STORE_SUPPORT_MASK, PR_MAPPING_SIGNATURE, PR_ENTRYID, PR_RECORD_KEY,
-                     PR_PARENT_ENTRYID, PR_INSTANCE_KEY});
+    static const std::vector<ULONG> embedded = TagsOfPlace(
+        {PR_OBJECT_TYPE, PR_ACCESS, PR_ACCESS_LEVEL, PR_STORE_ENTRYID, PR_STORE_RECORD_KEY, PR_STORE_SUPPORT_MASK,
+         PR_MAPPING_SIGNATURE, PR_ENTRYID, PR_RECORD_KEY, PR_PARENT_ENTRYID, PR_INSTANCE_KEY});
     return embedded;
 }
 
@@ -130,7 +130,9 @@ bool Message::Compute(ULONG tag, PropertySet& out)
     case PROP_ID(PR_PARENT_ENTRYID):
     {
         if (m_holder)
+        {
             return false;
+        }
         const FolderEntryId parent = Store()->IdOfFolder(m_folder);
         out.SetBinary(PR_PARENT_ENTRYID, parent.data(), parent.size());
         return true;
@@ -187,9 +189,13 @@ void Message::Edit(const std::function<void(PropertySet&)>& change)
 IUnknown* Message::OpenObject(ULONG tag, const IID& iid, ULONG options, ULONG flags)
 {
     if (IsEqualGUID(iid, IID_IMAPITable) && PROP_ID(tag) == PROP_ID(PR_MESSAGE_RECIPIENTS))
+    {
         return RecipientTable(options & MAPI_UNICODE);
+    }
     if (IsEqualGUID(iid, IID_IMAPITable) && PROP_ID(tag) == PROP_ID(PR_MESSAGE_ATTACHMENTS))
+    {
         return AttachmentTable(options & MAPI_UNICODE);
+    }
     return PropBase::OpenObject(tag, iid, options, flags);
 }
 
@@ -205,24 +211,29 @@ void Message::Save(ULONG flags)
         m_written.clear();
     }
     if (!(flags & KEEP_OPEN_READWRITE))
+    {
         LowerAccess();
+    }
 }
 
 void Message::Complete()
 {
     const FILETIME now = zeb::platform::CurrentFileTime();
     if (!m_properties.Has(PR_CREATION_TIME))
+    {
         m_properties.SetTime(PR_CREATION_TIME, now);
+    }
     if (!WasWritten(PR_LAST_MODIFICATION_TIME) || !m_properties.Has(PR_LAST_MODIFICATION_TIME))
+    {
         m_properties.SetTime(PR_LAST_MODIFICATION_TIME, now);
+    }
     if (!m_properties.Has(PR_SEARCH_KEY))
     {
         const auto key = UniqueKey();
         m_properties.SetBinary(PR_SEARCH_KEY, key.data(), sizeof(key));
     }
     const LONG kind = m_associated ? MSGFLAG_ASSOCIATED : 0;
-    m_properties.SetLong(PR_MESSAGE_FLAGS,
-                         (m_properties.Long(PR_MESSAGE_FLAGS) & ~LONG(MSGFLAG_ASSOCIATED)) | kind);
+    m_properties.SetLong(PR_MESSAGE_FLAGS, (m_properties.Long(PR_MESSAGE_FLAGS) & ~LONG(MSGFLAG_ASSOCIATED)) | kind);
     CompleteSubject();
     CompleteNames();
     CompleteChangeKeys(Store()->Uid(), m_saved && !WasWritten(PrChangeKey), m_properties);
@@ -231,7 +242,9 @@ void Message::Complete()
 void Message::CompleteSubject()
 {
     if (!WasWritten(PR_SUBJECT) || WasWritten(PR_NORMALIZED_SUBJECT))
+    {
         return;
+    }
     const std::string subject = m_properties.Text(PR_SUBJECT_W);
     std::string prefix = m_properties.Text(PR_SUBJECT_PREFIX_W);
     if (!WasWritten(PR_SUBJECT_PREFIX))
@@ -249,7 +262,9 @@ void Message::CompleteSubject()
 void Message::CompleteNames()
 {
     if (!m_recipientsChanged)
+    {
         return;
+    }
     constexpr struct
     {
         LONG type;
@@ -258,11 +273,17 @@ void Message::CompleteNames()
     for (const auto& list : lists)
     {
         if (WasWritten(list.tag))
+        {
             continue;
+        }
         std::string names;
         for (const PropertySet& each : Recipients())
+        {
             if (each.Long(PR_RECIPIENT_TYPE, MAPI_TO) == list.type)
+            {
                 names += (names.empty() ? "" : "; ") + each.Text(PR_DISPLAY_NAME_W);
+            }
+        }
         m_properties.SetText(list.tag, names);
     }
 }
@@ -272,9 +293,13 @@ MessageContent Message::TakeContent()
     MessageContent content;
     content.properties = std::move(m_properties);
     if (m_recipients && (m_recipientsChanged || !m_id))
+    {
         content.recipients = std::move(m_recipients);
+    }
     for (auto& each : m_edits)
+    {
         content.attachments.push_back(std::move(each.second));
+    }
     return content;
 }
 
@@ -282,9 +307,13 @@ void Message::GiveBack(MessageContent&& content)
 {
     m_properties = std::move(content.properties);
     if (content.recipients)
+    {
         m_recipients = std::move(content.recipients);
+    }
     for (AttachmentEdit& each : content.attachments)
+    {
         m_edits[each.number] = std::move(each);
+    }
 }
 
 void Message::Commit(bool force)
@@ -293,11 +322,17 @@ void Message::Commit(bool force)
     try
     {
         if (m_holder)
+        {
             m_holder->PutEmbedded(std::make_shared<MessageContent>(content));
+        }
         else if (!m_id)
+        {
             m_id = File().CreateMessage(m_folder, m_associated, content);
+        }
         else
+        {
             File().SaveMessage(m_id, content, force ? 0 : m_change);
+        }
     }
     catch (...)
     {
@@ -321,33 +356,34 @@ void Message::Commit(bool force)
 
 HRESULT Message::SubmitMessage(ULONG)
 {
-    return Guarded("IMessage::SubmitMessage",
-                   [] { throw Error(MAPI_E_NO_SUPPORT, "the store does not send"); });
+    return Guarded("IMessage::SubmitMessage", [] { throw Error(MAPI_E_NO_SUPPORT, "the store does not send"); });
 }
 
 HRESULT Message::SetReadFlag(ULONG flags)
 {
-    return Run("IMessage::SetReadFlag",
-               [&]
-               {
-                   RequireFlags(flags, SUPPRESS_RECEIPT | CLEAR_READ_FLAG | GENERATE_RECEIPT_ONLY |
-                                           MAPI_DEFERRED_ERRORS | ULONG(0x20) | ULONG(0x40));
-                   if (flags & GENERATE_RECEIPT_ONLY)
-                       return;
-                   const ULONG set = flags & CLEAR_READ_FLAG ? 0 : MSGFLAG_READ;
-                   Load();
-                   if (m_id)
-                   {
-                       File().RequireWritable();
-                       File().ChangeMessageFlags({m_id}, set, MSGFLAG_READ & ~set);
-                       m_change = File().LoadMessage(m_id).change;
-                   }
-                   else
-                       m_dirty = true;
-                   const LONG now = m_properties.Long(PR_MESSAGE_FLAGS);
-                   m_properties.SetLong(PR_MESSAGE_FLAGS,
-                                        (now & ~LONG(MSGFLAG_READ)) | static_cast<LONG>(set));
-               });
+    return Run("IMessage::SetReadFlag", [&]
+    {
+        RequireFlags(flags, SUPPRESS_RECEIPT | CLEAR_READ_FLAG | GENERATE_RECEIPT_ONLY | MAPI_DEFERRED_ERRORS |
+                                ULONG(0x20) | ULONG(0x40));
+        if (flags & GENERATE_RECEIPT_ONLY)
+        {
+            return;
+        }
+        const ULONG set = flags & CLEAR_READ_FLAG ? 0 : MSGFLAG_READ;
+        Load();
+        if (m_id)
+        {
+            File().RequireWritable();
+            File().ChangeMessageFlags({m_id}, set, MSGFLAG_READ & ~set);
+            m_change = File().LoadMessage(m_id).change;
+        }
+        else
+        {
+            m_dirty = true;
+        }
+        const LONG now = m_properties.Long(PR_MESSAGE_FLAGS);
+        m_properties.SetLong(PR_MESSAGE_FLAGS, (now & ~LONG(MSGFLAG_READ)) | static_cast<LONG>(set));
+    });
 }
 
 } // namespace zebstore

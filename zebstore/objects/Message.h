@@ -24,8 +24,7 @@ public:
     /// A new one of a folder.
     Message(const StorePtr& store, FolderId folder, bool associated);
     /// One embedded in an attachment; SaveChanges hands it to the attachment. `content` null: a new one.
-    Message(const StorePtr& store, Attachment& holder, std::shared_ptr<const MessageContent> content,
-            Access access);
+    Message(const StorePtr& store, Attachment& holder, std::shared_ptr<const MessageContent> content, Access access);
 
     HRESULT STDMETHODCALLTYPE GetAttachmentTable(ULONG flags, LPMAPITABLE* table) override;
     HRESULT STDMETHODCALLTYPE OpenAttach(ULONG number, LPCIID iid, ULONG flags, LPATTACH* attach) override;
@@ -59,10 +58,7 @@ public:
     void SetDraft(Draft draft);
 
 private:
-    bool Answers(REFIID iid) const override
-    {
-        return IsOneOf(iid, {&IID_IMAPIProp, &IID_IMessage, &OwnMessageId});
-    }
+    bool Answers(REFIID iid) const override { return IsOneOf(iid, {&IID_IMAPIProp, &IID_IMessage, &OwnMessageId}); }
     const PropertySet& Stored() override;
     bool Compute(ULONG tag, PropertySet& out) override;
     const std::vector<ULONG>& ComputedTags() override;

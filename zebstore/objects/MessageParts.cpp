@@ -13,8 +13,7 @@ namespace
 std::vector<PropertySet>::iterator FindRow(std::vector<PropertySet>& rows, LONG rowId)
 {
     return std::find_if(rows.begin(), rows.end(),
-                        [&](const PropertySet& each)
-                        { return each.Has(PR_ROWID) && each.Long(PR_ROWID) == rowId; });
+                        [&](const PropertySet& each) { return each.Has(PR_ROWID) && each.Long(PR_ROWID) == rowId; });
 }
 
 PropertySet RecipientFrom(const ADRENTRY& entry)
@@ -25,7 +24,9 @@ PropertySet RecipientFrom(const ADRENTRY& entry)
     {
         const ULONG type = PROP_TYPE(entry.rgPropVals[i].ulPropTag);
         if (type != PT_ERROR && type != PT_NULL && type != PT_OBJECT)
+        {
             recipient.Set(entry.rgPropVals[i]);
+        }
     }
     return recipient;
 }
@@ -43,7 +44,9 @@ IMAPITable* TableOver(const std::shared_ptr<MemoryRows>& rows, ULONG flags)
 const std::vector<PropertySet>& Message::Recipients()
 {
     if (!m_recipients)
+    {
         m_recipients = m_id ? File().Recipients(m_id) : std::vector<PropertySet>();
+    }
     return *m_recipients;
 }
 
@@ -55,61 +58,80 @@ void Message::MergeRecipient(ULONG flags, const ADRENTRY& entry)
     if (flags & (MODRECIP_MODIFY | MODRECIP_REMOVE))
     {
         if (!given.Has(PR_ROWID))
+        {
             throw Error(MAPI_E_INVALID_PARAMETER, "a recipient to change has no row identifier");
+        }
         known = FindRow(rows, given.Long(PR_ROWID));
         if (known == rows.end())
+        {
             throw Error(MAPI_E_NOT_FOUND, "there is no recipient with this row identifier");
+        }
         if (flags & MODRECIP_REMOVE)
+        {
             rows.erase(known);
+        }
         else
+        {
             *known = std::move(given);
+        }
         return;
     }
     LONG next = 0;
     for (const PropertySet& each : rows)
+    {
         next = std::max(next, each.Long(PR_ROWID) + 1);
+    }
     given.SetLong(PR_ROWID, next);
     if (!given.Has(PR_RECIPIENT_TYPE))
+    {
         given.SetLong(PR_RECIPIENT_TYPE, MAPI_TO);
+    }
     rows.push_back(std::move(given));
 }
 
 HRESULT Message::ModifyRecipients(ULONG flags, LPADRLIST list)
 {
-    return Run("IMessage::ModifyRecipients",
-               [&]
-               {
-                   RequireFlags(flags, MODRECIP_ADD | MODRECIP_MODIFY | MODRECIP_REMOVE);
-                   Require((flags & (flags - 1)) == 0, "one way to change recipients at a time");
-                   Require(list != nullptr, "no list of recipients");
-                   RequireWrite();
-                   const std::vector<PropertySet> before = Recipients();
-                   try
-                   {
-                       if (flags == 0)
-                           m_recipients->clear();
-                       for (ULONG i = 0; i < list->cEntries; ++i)
-                           MergeRecipient(flags, list->aEntries[i]);
-                   }
-                   catch (...)
-                   {
-                       m_recipients = before;
-                       throw;
-                   }
-                   Load();
-                   m_dirty = true;
-                   m_recipientsChanged = true;
-                   ShowRecipients();
-               });
+    return Run("IMessage::ModifyRecipients", [&]
+    {
+        RequireFlags(flags, MODRECIP_ADD | MODRECIP_MODIFY | MODRECIP_REMOVE);
+        Require((flags & (flags - 1)) == 0, "one way to change recipients at a time");
+        Require(list != nullptr, "no list of recipients");
+        RequireWrite();
+        const std::vector<PropertySet> before = Recipients();
+        try
+        {
+            if (flags == 0)
+            {
+                m_recipients->clear();
+            }
+            for (ULONG i = 0; i < list->cEntries; ++i)
+            {
+                MergeRecipient(flags, list->aEntries[i]);
+            }
+        }
+        catch (...)
+        {
+            m_recipients = before;
+            throw;
+        }
+        Load();
+        m_dirty = true;
+        m_recipientsChanged = true;
+        ShowRecipients();
+    });
 }
 
 void Message::ShowRecipients()
 {
     if (!m_recipientRows)
+    {
         return;
+    }
     std::vector<RowKey> keys;
     for (const PropertySet& each : Recipients())
+    {
         keys.push_back(each.Long(PR_ROWID));
+    }
     m_recipientRows->Replace(Recipients(), std::move(keys));
 }
 
@@ -117,33 +139,44 @@ IMAPITable* Message::RecipientTable(ULONG flags)
 {
     RequireFlags(flags, MAPI_UNICODE | MAPI_DEFERRED_ERRORS);
     if (!m_recipientRows)
+    {
         m_recipientRows = std::make_shared<MemoryRows>(std::vector<PropertySet>());
+    }
     ShowRecipients();
     return TableOver(m_recipientRows, flags);
 }
 
 HRESULT Message::GetRecipientTable(ULONG flags, LPMAPITABLE* table)
 {
-    return Run("IMessage::GetRecipientTable",
-               [&]
-               {
-                   Require(table != nullptr, "no place for the table");
-                   *table = nullptr;
-                   *table = RecipientTable(flags);
-               });
+    return Run("IMessage::GetRecipientTable", [&]
+    {
+        Require(table != nullptr, "no place for the table");
+        *table = nullptr;
+        *table = RecipientTable(flags);
+    });
 }
 
 std::set<ULONG> Message::Numbers()
 {
     std::set<ULONG> numbers;
     if (m_id)
+    {
         for (ULONG number : File().AttachmentNumbers(m_id))
+        {
             numbers.insert(number);
+        }
+    }
     for (const auto& each : m_edits)
+    {
         if (each.second.removed)
+        {
             numbers.erase(each.first);
+        }
         else
+        {
             numbers.insert(each.first);
+        }
+    }
     return numbers;
 }
 
@@ -161,11 +194,15 @@ AttachmentEdit Message::AttachmentNow(ULONG number)
     if (edit != m_edits.end())
     {
         if (edit->second.removed)
+        {
             throw Error(MAPI_E_NOT_FOUND, "the attachment was deleted");
+        }
         return edit->second;
     }
     if (!m_id)
+    {
         throw Error(MAPI_E_NOT_FOUND, "the message has no attachment of this number");
+    }
     AttachmentEdit now;
     now.number = number;
     now.properties = File().Attachment(m_id, number);
@@ -176,7 +213,9 @@ MessageId Message::StoredEmbedded(ULONG number)
 {
     const std::lock_guard<std::recursive_mutex> hold(Lock());
     if (!m_id || (m_edits.count(number) && !IsStored(number)))
+    {
         return 0;
+    }
     return File().EmbeddedMessage(m_id, number).value_or(0);
 }
 
@@ -211,9 +250,13 @@ void Message::ShowAttachments()
 {
     // Rows that no open table shows need not be kept.
     if (m_attachmentRows.use_count() == 1)
+    {
         m_attachmentRows.reset();
+    }
     if (!m_attachmentRows)
+    {
         return;
+    }
     std::vector<RowKey> keys;
     std::vector<PropertySet> rows = AttachmentRows(keys);
     m_attachmentRows->Replace(std::move(rows), std::move(keys));
@@ -223,7 +266,9 @@ IMAPITable* Message::AttachmentTable(ULONG flags)
 {
     RequireFlags(flags, MAPI_UNICODE | MAPI_DEFERRED_ERRORS);
     if (!m_attachmentRows)
+    {
         m_attachmentRows = std::make_shared<MemoryRows>(std::vector<PropertySet>());
+    }
     const std::shared_ptr<MemoryRows> rows = m_attachmentRows;
     ShowAttachments();
     return TableOver(rows, flags);
@@ -231,65 +276,65 @@ IMAPITable* Message::AttachmentTable(ULONG flags)
 
 HRESULT Message::GetAttachmentTable(ULONG flags, LPMAPITABLE* table)
 {
-    return Run("IMessage::GetAttachmentTable",
-               [&]
-               {
-                   Require(table != nullptr, "no place for the table");
-                   *table = nullptr;
-                   *table = AttachmentTable(flags);
-               });
+    return Run("IMessage::GetAttachmentTable", [&]
+    {
+        Require(table != nullptr, "no place for the table");
+        *table = nullptr;
+        *table = AttachmentTable(flags);
+    });
 }
 
 HRESULT Message::OpenAttach(ULONG number, LPCIID iid, ULONG flags, LPATTACH* attach)
 {
-    return Run("IMessage::OpenAttach",
-               [&]
-               {
-                   Require(attach != nullptr, "no place for the attachment");
-                   *attach = nullptr;
-                   RequireFlags(flags, MAPI_MODIFY | MAPI_BEST_ACCESS | MAPI_DEFERRED_ERRORS);
-                   const Access access = AccessFor(flags, AccessGiven());
-                   const Ref<Attachment> opened =
-                       Ref<Attachment>::Adopt(new Attachment(*this, number, access, false));
-                   *attach = static_cast<IAttach*>(Answer(opened.Get(), iid));
-               });
+    return Run("IMessage::OpenAttach", [&]
+    {
+        Require(attach != nullptr, "no place for the attachment");
+        *attach = nullptr;
+        RequireFlags(flags, MAPI_MODIFY | MAPI_BEST_ACCESS | MAPI_DEFERRED_ERRORS);
+        const Access access = AccessFor(flags, AccessGiven());
+        const Ref<Attachment> opened = Ref<Attachment>::Adopt(new Attachment(*this, number, access, false));
+        *attach = static_cast<IAttach*>(Answer(opened.Get(), iid));
+    });
 }
 
 HRESULT Message::CreateAttach(LPCIID iid, ULONG flags, ULONG* number, LPATTACH* attach)
 {
-    return Run("IMessage::CreateAttach",
-               [&]
-               {
-                   Require(attach && number, "no place for the attachment");
-                   *attach = nullptr;
-                   RequireFlags(flags, MAPI_DEFERRED_ERRORS);
-                   RequireWrite();
-                   if (!m_numbersKnown)
-                       for (const ULONG taken : Numbers())
-                           m_nextNumber = std::max(m_nextNumber, taken + 1);
-                   m_numbersKnown = true;
-                   const Ref<Attachment> made =
-                       Ref<Attachment>::Adopt(new Attachment(*this, m_nextNumber, Access::Write, true));
-                   *attach = static_cast<IAttach*>(Answer(made.Get(), iid));
-                   *number = m_nextNumber++;
-               });
+    return Run("IMessage::CreateAttach", [&]
+    {
+        Require(attach && number, "no place for the attachment");
+        *attach = nullptr;
+        RequireFlags(flags, MAPI_DEFERRED_ERRORS);
+        RequireWrite();
+        if (!m_numbersKnown)
+        {
+            for (const ULONG taken : Numbers())
+            {
+                m_nextNumber = std::max(m_nextNumber, taken + 1);
+            }
+        }
+        m_numbersKnown = true;
+        const Ref<Attachment> made = Ref<Attachment>::Adopt(new Attachment(*this, m_nextNumber, Access::Write, true));
+        *attach = static_cast<IAttach*>(Answer(made.Get(), iid));
+        *number = m_nextNumber++;
+    });
 }
 
 HRESULT Message::DeleteAttach(ULONG number, ULONG_PTR, LPMAPIPROGRESS, ULONG flags)
 {
-    return Run("IMessage::DeleteAttach",
-               [&]
-               {
-                   RequireFlags(flags, ATTACH_DIALOG);
-                   RequireWrite();
-                   if (!Numbers().count(number))
-                       throw Error(MAPI_E_NOT_FOUND, "the message has no attachment of this number");
-                   AttachmentEdit edit;
-                   edit.number = number;
-                   edit.removed = true;
-                   m_nextNumber = std::max(m_nextNumber, number + 1);
-                   PutAttachment(std::move(edit));
-               });
+    return Run("IMessage::DeleteAttach", [&]
+    {
+        RequireFlags(flags, ATTACH_DIALOG);
+        RequireWrite();
+        if (!Numbers().count(number))
+        {
+            throw Error(MAPI_E_NOT_FOUND, "the message has no attachment of this number");
+        }
+        AttachmentEdit edit;
+        edit.number = number;
+        edit.removed = true;
+        m_nextNumber = std::max(m_nextNumber, number + 1);
+        PutAttachment(std::move(edit));
+    });
 }
 
 } // namespace zebstore

@@ -21,8 +21,8 @@ Ref<IMessage> NewMessage(const StorePtr& store, FolderId folder, bool associated
 /// @param iid null: the object's own interface
 /// @param most what MAPI_BEST_ACCESS gives
 /// @return the interface, for the caller
-IUnknown* OpenItem(const StorePtr& store, ULONG size, const void* id, const IID* iid, ULONG flags,
-                   Access most, ULONG* objectType);
+IUnknown* OpenItem(const StorePtr& store, ULONG size, const void* id, const IID* iid, ULONG flags, Access most,
+                   ULONG* objectType);
 
 /// IMAPIFolder::OpenEntry and kin answer with this: `object` by the interface asked for, null: its own.
 /// @throws Error MAPI_E_INTERFACE_NOT_SUPPORTED

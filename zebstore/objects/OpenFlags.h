@@ -23,7 +23,6 @@ constexpr ULONG NonEmsXpSave = 0x1000;
 constexpr ULONG ArrivalFlags = SpamFilterOnSave | ItemProcForce | NonEmsXpSave;
 
 /// Of every call that opens an entry.
-constexpr ULONG OpenEntryFlags =
-    MAPI_MODIFY | MAPI_BEST_ACCESS | MAPI_DEFERRED_ERRORS | MapiNoCache | MapiCacheOnly;
+constexpr ULONG OpenEntryFlags = MAPI_MODIFY | MAPI_BEST_ACCESS | MAPI_DEFERRED_ERRORS | MapiNoCache | MapiCacheOnly;
 
 } // namespace zebstore

@@ -37,7 +37,9 @@ std::vector<ULONG> AttachmentNumbersOf(IMessage& message)
     const OpenedRows rows(table, reinterpret_cast<LPSPropTagArray>(&columns));
     std::vector<ULONG> numbers;
     for (ULONG i = 0; i < rows.Count(); ++i)
+    {
         numbers.push_back(static_cast<ULONG>(rows.First(i).Value.l));
+    }
     return numbers;
 }
 
@@ -76,8 +78,12 @@ bool Covers(const CopyRequest& request, ULONG tag)
     const auto names = [&](const SPropTagArray* tags)
     {
         for (ULONG i = 0; tags && i < tags->cValues; ++i)
+        {
             if (PROP_ID(tags->aulPropTag[i]) == PROP_ID(tag))
+            {
                 return true;
+            }
+        }
         return false;
     };
     return (!request.include || names(request.include)) && !names(request.exclude);
@@ -87,11 +93,12 @@ PartsCopy::PartsCopy(const CopyRequest& request)
     : m_request(request)
     , m_fromMessage(request.parts ? Ask<IMessage>(request.source, IID_IMessage) : Ref<IMessage>())
     , m_toMessage(request.parts ? Ask<IMessage>(request.target, IID_IMessage) : Ref<IMessage>())
-    , m_containers(request.parts && NamesContainerParts(request) &&
-                   (request.include || IsContainer(request.source)))
+    , m_containers(request.parts && NamesContainerParts(request) && (request.include || IsContainer(request.source)))
 {
     if (m_containers)
+    {
         RequireTarget();
+    }
 }
 
 void PartsCopy::RequireTarget() const
@@ -107,9 +114,10 @@ void PartsCopy::RequireTarget() const
     const bool lists =
         Ask<IDistList>(m_request.source, IID_IDistList) && Ask<IDistList>(m_request.target, IID_IDistList);
     if (!lists)
-        throw Error(MAPI_E_NO_SUPPORT,
-                    "the content of a container can be copied neither from this object nor "
-                    "to an object of this kind or of another provider");
+    {
+        throw Error(MAPI_E_NO_SUPPORT, "the content of a container can be copied neither from this object nor "
+                                       "to an object of this kind or of another provider");
+    }
 }
 
 void PartsCopy::Run()
@@ -117,20 +125,32 @@ void PartsCopy::Run()
     if (m_fromMessage && m_toMessage)
     {
         if (Covers(m_request, PR_MESSAGE_RECIPIENTS))
+        {
             CopyRecipients();
+        }
         if (Covers(m_request, PR_MESSAGE_ATTACHMENTS))
+        {
             CopyAttachments();
+        }
     }
     if (m_request.parts)
+    {
         CopyEmbedded();
+    }
     if (!m_containers)
+    {
         return;
+    }
     const Folder* from = OwnFolder(m_request.source);
     const Folder* to = OwnFolder(m_request.target);
     if (from && to)
+    {
         CopyFolderContents(ContentsToCopy(m_request, *from, *to), m_request.progress);
+    }
     else if (Covers(m_request, PR_CONTAINER_CONTENTS))
+    {
         CopyMembers();
+    }
 }
 
 void PartsCopy::CopyRecipients()
@@ -139,7 +159,9 @@ void PartsCopy::CopyRecipients()
     const OpenedRows from(RecipientsOf(*m_fromMessage));
     const bool has = OpenedRows(RecipientsOf(*m_toMessage)).Count() > 0;
     if (has ? (m_request.flags & MAPI_NOREPLACE) != 0 : from.Count() == 0)
+    {
         return;
+    }
     Check(m_toMessage->ModifyRecipients(0, reinterpret_cast<LPADRLIST>(from.Get())),
           "the target refused the recipients");
     m_recipientsCopied = true;
@@ -149,11 +171,17 @@ void PartsCopy::CopyAttachments()
 {
     const std::vector<ULONG> old = AttachmentNumbersOf(*m_toMessage);
     if (!old.empty() && (m_request.flags & MAPI_NOREPLACE))
+    {
         return;
+    }
     for (const ULONG number : AttachmentNumbersOf(*m_fromMessage))
+    {
         CopyAttachment(number);
+    }
     for (const ULONG number : old)
+    {
         Check(m_toMessage->DeleteAttach(number, 0, nullptr, 0), "an attachment cannot be replaced");
+    }
     m_attachmentsCopied = true;
 }
 
@@ -175,12 +203,16 @@ void PartsCopy::CopyEmbedded()
 {
     if (!Covers(m_request, PR_ATTACH_DATA_OBJ) || !Ask<IAttach>(m_request.source, IID_IAttachment) ||
         !Ask<IAttach>(m_request.target, IID_IAttachment))
+    {
         return;
+    }
     IUnknown* from = nullptr;
     IUnknown* to = nullptr;
     HRESULT result = m_request.source->OpenProperty(PR_ATTACH_DATA_OBJ, &IID_IMessage, 0, 0, &from);
     if (result == MAPI_E_NOT_FOUND)
+    {
         return;
+    }
     Check(result, "the embedded message cannot be opened");
     const Ref<IUnknown> fromOwner = Ref<IUnknown>::Adopt(from);
     if (m_request.flags & MAPI_NOREPLACE)
@@ -188,17 +220,16 @@ void PartsCopy::CopyEmbedded()
         result = m_request.target->OpenProperty(PR_ATTACH_DATA_OBJ, &IID_IMessage, 0, 0, &to);
         const Ref<IUnknown> there = Ref<IUnknown>::Adopt(std::exchange(to, nullptr));
         if (SUCCEEDED(result))
+        {
             return;
+        }
     }
-    Check(
-        m_request.target->OpenProperty(PR_ATTACH_DATA_OBJ, &IID_IMessage, 0, MAPI_CREATE | MAPI_MODIFY, &to),
-        "the embedded message cannot be made");
+    Check(m_request.target->OpenProperty(PR_ATTACH_DATA_OBJ, &IID_IMessage, 0, MAPI_CREATE | MAPI_MODIFY, &to),
+          "the embedded message cannot be made");
     const Ref<IUnknown> toOwner = Ref<IUnknown>::Adopt(to);
-    Check(
-        static_cast<IMessage*>(from)->CopyTo(0, nullptr, nullptr, 0, nullptr, &IID_IMessage, to, 0, nullptr),
-        "the embedded message cannot be copied");
-    Check(static_cast<IMessage*>(to)->SaveChanges(KEEP_OPEN_READWRITE),
-          "the embedded message cannot be saved");
+    Check(static_cast<IMessage*>(from)->CopyTo(0, nullptr, nullptr, 0, nullptr, &IID_IMessage, to, 0, nullptr),
+          "the embedded message cannot be copied");
+    Check(static_cast<IMessage*>(to)->SaveChanges(KEEP_OPEN_READWRITE), "the embedded message cannot be saved");
 }
 
 void PartsCopy::CopyMembers()
@@ -211,36 +242,51 @@ void PartsCopy::CopyMembers()
     const OpenedRows rows(table, reinterpret_cast<LPSPropTagArray>(&columns));
     std::vector<SBinary> ids;
     for (ULONG i = 0; i < rows.Count(); ++i)
+    {
         ids.push_back(rows.First(i).Value.bin);
+    }
     ENTRYLIST list = {static_cast<ULONG>(ids.size()), ids.data()};
     if (!ids.empty())
+    {
         Check(to->CopyEntries(&list, 0, nullptr, AB_NO_DIALOG), "the target refused the members");
+    }
     if (!ids.empty() && (m_request.flags & MAPI_MOVE))
+    {
         Check(from->DeleteEntries(&list, 0), "the members cannot be taken off the source");
+    }
 }
 
 void PartsCopy::TakeFromSource()
 {
     ADRLIST none{};
     if (m_recipientsCopied)
+    {
         Check(m_fromMessage->ModifyRecipients(0, &none), "the recipients cannot be taken from the source");
+    }
     if (m_attachmentsCopied)
+    {
         for (const ULONG number : AttachmentNumbersOf(*m_fromMessage))
-            Check(m_fromMessage->DeleteAttach(number, 0, nullptr, 0),
-                  "an attachment cannot be taken from the source");
+        {
+            Check(m_fromMessage->DeleteAttach(number, 0, nullptr, 0), "an attachment cannot be taken from the source");
+        }
+    }
 }
 
 MessageKeeper::MessageKeeper(IUnknown* target)
     : m_message(Ask<IMessage>(target, OwnMessageId))
 {
     if (m_message)
+    {
         m_before = static_cast<Message*>(m_message.Get())->GetDraft();
+    }
 }
 
 MessageKeeper::~MessageKeeper()
 {
     if (m_message)
+    {
         static_cast<Message*>(m_message.Get())->SetDraft(std::move(*m_before));
+    }
 }
 
 } // namespace zebstore

@@ -17,7 +17,9 @@ Ref<Interface> Ask(IUnknown* object, const IID& iid)
     void* asked = nullptr;
     const HRESULT result = object ? object->QueryInterface(iid, &asked) : E_NOINTERFACE;
     if (result != E_NOINTERFACE)
+    {
         Check(result, "the object does not tell its interfaces");
+    }
     return FAILED(result) ? Ref<Interface>() : Ref<Interface>::Adopt(static_cast<Interface*>(asked));
 }
 

@@ -8,7 +8,8 @@
 namespace zebstore
 {
 
-/// Reports the steps of one call to an IMAPIProgress. Threads: the caller's; no lock may be held, since the host's code runs.
+/// Reports the steps of one call to an IMAPIProgress. Threads: the caller's; no lock
+/// may be held, since the host's code runs.
 class Progress
 {
 public:
@@ -19,7 +20,9 @@ public:
         , m_total(total)
     {
         if (!m_sink)
+        {
             return;
+        }
         Check(m_sink->GetFlags(&m_flags), "the progress object does not tell its flags");
         Check(m_sink->GetMin(&m_least), "the progress object does not tell its least value");
         Check(m_sink->GetMax(&m_most), "the progress object does not tell its greatest value");
@@ -30,12 +33,14 @@ public:
     {
         m_done += steps;
         if (!m_sink || m_total == 0)
+        {
             return;
+        }
         const std::uint64_t done = m_done < m_total ? m_done : m_total;
         const std::uint64_t range = m_most > m_least ? m_most - m_least : 0;
         const bool top = (m_flags & MAPI_TOP_LEVEL) != 0;
-        Check(m_sink->Progress(static_cast<ULONG>(m_least + range * done / m_total),
-                               top ? static_cast<ULONG>(done) : 0, top ? static_cast<ULONG>(m_total) : 0),
+        Check(m_sink->Progress(static_cast<ULONG>(m_least + range * done / m_total), top ? static_cast<ULONG>(done) : 0,
+                               top ? static_cast<ULONG>(m_total) : 0),
               "the call was stopped by its progress object");
     }
 

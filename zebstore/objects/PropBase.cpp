@@ -46,7 +46,9 @@ ULONG WithTextForm(ULONG tag, bool unicode)
 {
     const ULONG type = PROP_TYPE(tag);
     if (!IsText(type))
+    {
         return tag;
+    }
     return CHANGE_PROP_TYPE(tag, ((type & MV_FLAG) | (unicode ? PT_UNICODE : PT_STRING8)));
 }
 
@@ -55,14 +57,18 @@ ULONG WithTextForm(ULONG tag, bool unicode)
 Access AccessFor(ULONG flags, Access most)
 {
     if ((flags & MAPI_MODIFY) && most == Access::Read)
+    {
         throw Error(MAPI_E_NO_ACCESS, "the store was opened for reading");
+    }
     return flags & (MAPI_MODIFY | MAPI_BEST_ACCESS) ? most : Access::Read;
 }
 
 SPropProblemArray* Problems::Detach() const
 {
     if (m_problems.empty())
+    {
         return nullptr;
+    }
     Buffer<SPropProblemArray> array(
         Allocate(offsetof(SPropProblemArray, aProblem) + m_problems.size() * sizeof(SPropProblem)));
     array->cProblem = static_cast<ULONG>(m_problems.size());
@@ -73,7 +79,9 @@ SPropProblemArray* Problems::Detach() const
 void PropBase::RequireWrite() const
 {
     if (m_access == Access::Write)
+    {
         return;
+    }
     File().RequireWritable();
     throw Error(MAPI_E_NO_ACCESS, "the object was opened for reading");
 }
@@ -88,11 +96,19 @@ std::vector<ULONG> PropBase::AllTags(bool unicode)
     std::vector<ULONG> tags;
     PropertySet computed;
     for (ULONG tag : ComputedTags())
+    {
         if (Lists(tag) && Compute(tag, computed))
+        {
             tags.push_back(WithTextForm(computed.Find(tag).tag, unicode));
+        }
+    }
     for (const PropertySet::Item& item : Stored().Items())
+    {
         if (!computed.Has(item.tag))
+        {
             tags.push_back(WithTextForm(item.tag, unicode));
+        }
+    }
     return tags;
 }
 
@@ -106,15 +122,21 @@ HRESULT PropBase::GetPropsOf(const SPropTagArray* tags, ULONG flags, ULONG* coun
     const bool unicode = (flags & MAPI_UNICODE) != 0;
     std::vector<ULONG> all;
     if (!tags)
+    {
         all = AllTags(unicode);
+    }
     const ULONG* asked = tags ? tags->aulPropTag : all.data();
     const size_t askedCount = tags ? tags->cValues : all.size();
     PropertySet computed;
     for (size_t i = 0; i < askedCount; ++i)
+    {
         Compute(asked[i], computed);
+    }
     const PropertySet& stored = Stored();
     if (tags)
+    {
         AddDefaults(asked, askedCount, stored, computed);
+    }
     BuildOptions options;
     options.unicode = unicode;
     options.wholeUpTo = LongestGiven;
@@ -127,8 +149,12 @@ HRESULT PropBase::GetPropsOf(const SPropTagArray* tags, ULONG flags, ULONG* coun
 void PropBase::AddDefaults(const ULONG* asked, size_t count, const PropertySet& stored, PropertySet& computed)
 {
     for (size_t i = 0; i < count; ++i)
+    {
         if (!computed.Has(asked[i]) && !stored.Has(asked[i]))
+        {
             Default(asked[i], computed);
+        }
+    }
 }
 
 bool PropBase::IsFixed(ULONG tag)
@@ -140,10 +166,14 @@ bool PropBase::IsFixed(ULONG tag)
 void PropBase::RequireWritable(ULONG tag)
 {
     if (IsFixed(tag))
+    {
         throw Error(MAPI_E_COMPUTED, "the property cannot be written");
+    }
     const ULONG id = PROP_ID(tag);
     if (id == PROP_ID_NULL || id == PROP_ID_INVALID || (id >= FirstNamedId && !File().NameFromId(id)))
+    {
         throw Error(MAPI_E_UNEXPECTED_ID, "no property has this identifier");
+    }
 }
 
 void PropBase::GetPropListOf(ULONG flags, SPropTagArray** tags)
@@ -153,9 +183,10 @@ void PropBase::GetPropListOf(ULONG flags, SPropTagArray** tags)
     RequireFlags(flags, MAPI_UNICODE);
     std::vector<ULONG> all = AllTags((flags & MAPI_UNICODE) != 0);
     for (ULONG tag : ObjectTags())
+    {
         all.push_back(tag);
-    Buffer<SPropTagArray> array(
-        Allocate(offsetof(SPropTagArray, aulPropTag) + (all.size() + 1) * sizeof(ULONG)));
+    }
+    Buffer<SPropTagArray> array(Allocate(offsetof(SPropTagArray, aulPropTag) + (all.size() + 1) * sizeof(ULONG)));
     array->cValues = static_cast<ULONG>(all.size());
     std::copy(all.begin(), all.end(), array->aulPropTag);
     *tags = array.Detach();
@@ -164,57 +195,71 @@ void PropBase::GetPropListOf(ULONG flags, SPropTagArray** tags)
 void PropBase::SetPropsOf(ULONG count, const SPropValue* values, SPropProblemArray** problems)
 {
     if (problems)
+    {
         *problems = nullptr;
+    }
     Require(count > 0 && values, "no values to set");
     RequireWrite();
     Problems found;
-    Edit(
-        [&](PropertySet& properties)
+    Edit([&](PropertySet& properties)
+    {
+        for (ULONG i = 0; i < count; ++i)
         {
-            for (ULONG i = 0; i < count; ++i)
+            const SPropValue& value = values[i];
+            if (PROP_TYPE(value.ulPropTag) == PT_ERROR || PROP_TYPE(value.ulPropTag) == PT_NULL)
             {
-                const SPropValue& value = values[i];
-                if (PROP_TYPE(value.ulPropTag) == PT_ERROR || PROP_TYPE(value.ulPropTag) == PT_NULL)
-                    continue;
-                try
-                {
-                    RequireWritable(value.ulPropTag);
-                    properties.Set(value);
-                    Written(value.ulPropTag);
-                }
-                catch (const Error& error)
-                {
-                    found.Add(i, value.ulPropTag, error.Code());
-                }
+                continue;
             }
-        });
+            try
+            {
+                RequireWritable(value.ulPropTag);
+                properties.Set(value);
+                Written(value.ulPropTag);
+            }
+            catch (const Error& error)
+            {
+                found.Add(i, value.ulPropTag, error.Code());
+            }
+        }
+    });
     if (problems)
+    {
         *problems = found.Detach();
+    }
 }
 
 void PropBase::DeletePropsOf(const SPropTagArray* tags, SPropProblemArray** problems)
 {
     if (problems)
+    {
         *problems = nullptr;
+    }
     Require(tags && tags->cValues > 0, "no properties to delete");
     RequireWrite();
     Problems found;
-    Edit(
-        [&](PropertySet& properties)
+    Edit([&](PropertySet& properties)
+    {
+        for (ULONG i = 0; i < tags->cValues; ++i)
         {
-            for (ULONG i = 0; i < tags->cValues; ++i)
+            const ULONG tag = tags->aulPropTag[i];
+            if (IsFixed(tag))
             {
-                const ULONG tag = tags->aulPropTag[i];
-                if (IsFixed(tag))
-                    found.Add(i, tag, MAPI_E_COMPUTED);
-                else if (!properties.Remove(tag))
-                    found.Add(i, tag, MAPI_E_NOT_FOUND);
-                else
-                    Written(tag);
+                found.Add(i, tag, MAPI_E_COMPUTED);
             }
-        });
+            else if (!properties.Remove(tag))
+            {
+                found.Add(i, tag, MAPI_E_NOT_FOUND);
+            }
+            else
+            {
+                Written(tag);
+            }
+        }
+    });
     if (problems)
+    {
         *problems = found.Detach();
+    }
 }
 
 void PropBase::OpenPropertyOf(ULONG tag, const IID* iid, ULONG options, ULONG flags, IUnknown** object)
@@ -222,10 +267,14 @@ void PropBase::OpenPropertyOf(ULONG tag, const IID* iid, ULONG options, ULONG fl
     Require(object != nullptr, "no place for the object");
     *object = nullptr;
     if (!iid)
+    {
         throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "no interface is asked for");
+    }
     RequireFlags(flags, MAPI_MODIFY | MAPI_CREATE | MAPI_DEFERRED_ERRORS);
     if (flags & (MAPI_MODIFY | MAPI_CREATE))
+    {
         RequireWrite();
+    }
     if (!IsEqualGUID(*iid, IID_IStream))
     {
         *object = OpenObject(tag, *iid, options, flags);
@@ -235,9 +284,13 @@ void PropBase::OpenPropertyOf(ULONG tag, const IID* iid, ULONG options, ULONG fl
     {
         PropertySet computed;
         if (flags & (MAPI_MODIFY | MAPI_CREATE))
+        {
             throw Error(MAPI_E_COMPUTED, "the property is computed");
+        }
         if (!Compute(tag, computed))
+        {
             throw Error(MAPI_E_NOT_FOUND, "there is no such property");
+        }
         *object = new Stream(OpenForReading(computed, tag, File()), false);
         return;
     }
@@ -255,15 +308,18 @@ void PropBase::OpenPropertyOf(ULONG tag, const IID* iid, ULONG options, ULONG fl
 void PropBase::PutStreamValue(ULONG tag, const std::shared_ptr<StagedValue>& value)
 {
     const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    Edit(
-        [&](PropertySet& properties)
+    Edit([&](PropertySet& properties)
+    {
+        if (value->Size() > LongestInMemory)
         {
-            if (value->Size() > LongestInMemory)
-                properties.SetLarge(tag, value);
-            else
-                SetFromBytes(properties, tag, *value);
-            Written(tag);
-        });
+            properties.SetLarge(tag, value);
+        }
+        else
+        {
+            SetFromBytes(properties, tag, *value);
+        }
+        Written(tag);
+    });
 }
 
 void PropBase::FlushStreams()
@@ -271,11 +327,13 @@ void PropBase::FlushStreams()
     std::vector<std::weak_ptr<PropertyBytes>> open;
     open.swap(m_streams);
     for (const std::weak_ptr<PropertyBytes>& each : open)
+    {
         if (const std::shared_ptr<PropertyBytes> bytes = each.lock())
         {
             bytes->Publish();
             m_streams.push_back(each);
         }
+    }
 }
 
 } // namespace zebstore

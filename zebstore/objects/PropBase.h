@@ -24,8 +24,7 @@ enum class Access
     Write,
 };
 
-/// The access that the flags of an open ask for (MAPI_MODIFY, MAPI_BEST_ACCESS), given the most that there
-/// is.
+/// The access that the flags of an open ask for (MAPI_MODIFY, MAPI_BEST_ACCESS), given the most that there is.
 /// @throws Error MAPI_E_NO_ACCESS when MAPI_MODIFY asks for more
 Access AccessFor(ULONG flags, Access most);
 
@@ -52,8 +51,7 @@ public:
     void SetPropsOf(ULONG count, const SPropValue* values, SPropProblemArray** problems);
     void DeletePropsOf(const SPropTagArray* tags, SPropProblemArray** problems);
     void OpenPropertyOf(ULONG tag, const IID* iid, ULONG options, ULONG flags, IUnknown** object);
-    HRESULT NamesFromIds(SPropTagArray** tags, const GUID* set, ULONG flags, ULONG* count,
-                         MAPINAMEID*** names);
+    HRESULT NamesFromIds(SPropTagArray** tags, const GUID* set, ULONG flags, ULONG* count, MAPINAMEID*** names);
     HRESULT IdsFromNames(ULONG count, MAPINAMEID** names, ULONG flags, SPropTagArray** tags);
 
     /// What PropertyBytes writes to: sets one property to a value written through a stream.
@@ -106,8 +104,7 @@ private:
     std::vector<std::weak_ptr<PropertyBytes>> m_streams;
 };
 
-/// Copies properties from one object to another through their interfaces, as IMAPIProp::CopyTo and CopyProps
-/// do.
+/// Copies properties from one object to another through their interfaces, as IMAPIProp::CopyTo and CopyProps do.
 struct CopyRequest
 {
     IMAPIProp* source;
@@ -150,18 +147,16 @@ public:
 
     HRESULT STDMETHODCALLTYPE SaveChanges(ULONG flags) override
     {
-        return Run("IMAPIProp::SaveChanges",
-                   [&]
-                   {
-                       RequireFlags(flags, KEEP_OPEN_READONLY | KEEP_OPEN_READWRITE | FORCE_SAVE |
-                                               MAPI_DEFERRED_ERRORS | ArrivalFlags);
-                       FlushStreams();
-                       Save(flags);
-                   });
+        return Run("IMAPIProp::SaveChanges", [&]
+        {
+            RequireFlags(flags,
+                         KEEP_OPEN_READONLY | KEEP_OPEN_READWRITE | FORCE_SAVE | MAPI_DEFERRED_ERRORS | ArrivalFlags);
+            FlushStreams();
+            Save(flags);
+        });
     }
 
-    HRESULT STDMETHODCALLTYPE GetProps(LPSPropTagArray tags, ULONG flags, ULONG* count,
-                                       LPSPropValue* values) override
+    HRESULT STDMETHODCALLTYPE GetProps(LPSPropTagArray tags, ULONG flags, ULONG* count, LPSPropValue* values) override
     {
         return Run("IMAPIProp::GetProps", [&] { return GetPropsOf(tags, flags, count, values); });
     }
@@ -177,8 +172,7 @@ public:
         return Run("IMAPIProp::OpenProperty", [&] { OpenPropertyOf(tag, iid, options, flags, object); });
     }
 
-    HRESULT STDMETHODCALLTYPE SetProps(ULONG count, LPSPropValue values,
-                                       LPSPropProblemArray* problems) override
+    HRESULT STDMETHODCALLTYPE SetProps(ULONG count, LPSPropValue values, LPSPropProblemArray* problems) override
     {
         return Run("IMAPIProp::SetProps", [&] { SetPropsOf(count, values, problems); });
     }
@@ -188,43 +182,40 @@ public:
         return Run("IMAPIProp::DeleteProps", [&] { DeletePropsOf(tags, problems); });
     }
 
-    HRESULT STDMETHODCALLTYPE CopyTo(ULONG excludedCount, LPCIID excluded, LPSPropTagArray excludedTags,
-                                     ULONG_PTR, LPMAPIPROGRESS progress, LPCIID iid, LPVOID target,
-                                     ULONG flags, LPSPropProblemArray* problems) override
+    HRESULT STDMETHODCALLTYPE CopyTo(ULONG excludedCount, LPCIID excluded, LPSPropTagArray excludedTags, ULONG_PTR,
+                                     LPMAPIPROGRESS progress, LPCIID iid, LPVOID target, ULONG flags,
+                                     LPSPropProblemArray* problems) override
     {
-        return Run("IMAPIProp::CopyTo",
-                   [&]
-                   {
-                       Require(excluded || !excludedCount, "no list of the interfaces to leave out");
-                       bool parts = true;
-                       for (ULONG i = 0; i < excludedCount; ++i)
-                       {
-                           if (IsEqualGUID(excluded[i], IID_IMAPIProp))
-                               throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "nothing is left to copy");
-                           parts = parts && !this->Answers(excluded[i]);
-                       }
-                       CopyTheseTo({this, nullptr, nullptr, excludedTags, flags, parts, progress}, iid,
-                                   target, problems);
-                   });
+        return Run("IMAPIProp::CopyTo", [&]
+        {
+            Require(excluded || !excludedCount, "no list of the interfaces to leave out");
+            bool parts = true;
+            for (ULONG i = 0; i < excludedCount; ++i)
+            {
+                if (IsEqualGUID(excluded[i], IID_IMAPIProp))
+                {
+                    throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "nothing is left to copy");
+                }
+                parts = parts && !this->Answers(excluded[i]);
+            }
+            CopyTheseTo({this, nullptr, nullptr, excludedTags, flags, parts, progress}, iid, target, problems);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE CopyProps(LPSPropTagArray tags, ULONG_PTR, LPMAPIPROGRESS progress, LPCIID iid,
                                         LPVOID target, ULONG flags, LPSPropProblemArray* problems) override
     {
-        return Run(
-            "IMAPIProp::CopyProps",
-            [&]
-            {
-                Require(tags != nullptr, "no properties to copy");
-                CopyTheseTo({this, nullptr, tags, nullptr, flags, true, progress}, iid, target, problems);
-            });
+        return Run("IMAPIProp::CopyProps", [&]
+        {
+            Require(tags != nullptr, "no properties to copy");
+            CopyTheseTo({this, nullptr, tags, nullptr, flags, true, progress}, iid, target, problems);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE GetNamesFromIDs(LPSPropTagArray* tags, LPGUID set, ULONG flags, ULONG* count,
                                               LPMAPINAMEID** names) override
     {
-        return Run("IMAPIProp::GetNamesFromIDs",
-                   [&] { return NamesFromIds(tags, set, flags, count, names); });
+        return Run("IMAPIProp::GetNamesFromIDs", [&] { return NamesFromIds(tags, set, flags, count, names); });
     }
 
     HRESULT STDMETHODCALLTYPE GetIDsFromNames(ULONG count, LPMAPINAMEID* names, ULONG flags,
@@ -238,12 +229,11 @@ protected:
     template <typename Body>
     HRESULT Run(const char* method, Body&& body)
     {
-        return Guarded(method,
-                       [&]
-                       {
-                           const std::lock_guard<std::recursive_mutex> hold(Lock());
-                           return body();
-                       });
+        return Guarded(method, [&]
+        {
+            const std::lock_guard<std::recursive_mutex> hold(Lock());
+            return body();
+        });
     }
 
     /// Saves a transacted object; others have nothing to do.
@@ -256,19 +246,26 @@ private:
         Require(iid && target, "no object to copy to");
         RequireFlags(request.flags, MAPI_MOVE | MAPI_NOREPLACE | MAPI_DIALOG | MAPI_DECLINE_OK);
         if (request.flags & MAPI_MOVE)
+        {
             RequireWrite();
+        }
         if (problems)
+        {
             *problems = nullptr;
+        }
         void* asked = nullptr;
-        Check(static_cast<IUnknown*>(target)->QueryInterface(IID_IMAPIProp, &asked),
-              "the target has no properties");
+        Check(static_cast<IUnknown*>(target)->QueryInterface(IID_IMAPIProp, &asked), "the target has no properties");
         const Ref<IMAPIProp> dest = Ref<IMAPIProp>::Adopt(static_cast<IMAPIProp*>(asked));
         request.target = dest.Get();
         SPropProblemArray* found = CopyProperties(request);
         if (problems)
+        {
             *problems = found;
+        }
         else
+        {
             Free(found);
+        }
     }
 };
 

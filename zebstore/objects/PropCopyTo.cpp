@@ -1,5 +1,4 @@
-// IMAPIProp::CopyTo and CopyProps, through the interfaces of both objects, so the target may be another
-// provider's.
+// IMAPIProp::CopyTo and CopyProps, through the interfaces of both objects, so the target may be another provider's.
 #include "zebstore/objects/Defaults.h"
 #include "zebstore/objects/PartsCopy.h"
 
@@ -15,13 +14,12 @@ namespace
 constexpr ULONG FirstNamedId = 0x8000;
 
 /// What belongs to the object's place and identity and is never copied.
-constexpr ULONG NeverCopied[] = {
-    PR_ENTRYID,        PR_RECORD_KEY,   PR_PARENT_ENTRYID,      PR_OBJECT_TYPE,
-    PR_STORE_ENTRYID,  PR_ACCESS,       PR_STORE_RECORD_KEY,    PR_MAPPING_SIGNATURE,
-    PR_INSTANCE_KEY,   PR_ACCESS_LEVEL, PR_CONTENT_COUNT,       PR_CONTENT_UNREAD,
-    PR_SUBFOLDERS,     PR_FOLDER_TYPE,  PR_STORE_SUPPORT_MASK,  PR_ATTACH_NUM,
-    PR_MESSAGE_SIZE,   PR_HASATTACH,    PR_ASSOC_CONTENT_COUNT, PrSourceKey,
-    PrParentSourceKey, PrChangeKey,     PrPredecessorChangeList};
+constexpr ULONG NeverCopied[] = {PR_ENTRYID,        PR_RECORD_KEY,   PR_PARENT_ENTRYID,      PR_OBJECT_TYPE,
+                                 PR_STORE_ENTRYID,  PR_ACCESS,       PR_STORE_RECORD_KEY,    PR_MAPPING_SIGNATURE,
+                                 PR_INSTANCE_KEY,   PR_ACCESS_LEVEL, PR_CONTENT_COUNT,       PR_CONTENT_UNREAD,
+                                 PR_SUBFOLDERS,     PR_FOLDER_TYPE,  PR_STORE_SUPPORT_MASK,  PR_ATTACH_NUM,
+                                 PR_MESSAGE_SIZE,   PR_HASATTACH,    PR_ASSOC_CONTENT_COUNT, PrSourceKey,
+                                 PrParentSourceKey, PrChangeKey,     PrPredecessorChangeList};
 
 class Copier
 {
@@ -55,8 +53,7 @@ private:
     /// An object is known by its identity, one that was opened twice by its entry identifier.
     void RequireDifferent() const
     {
-        bool same =
-            Ask<IUnknown>(m_source, IID_IUnknown).Get() == Ask<IUnknown>(m_target, IID_IUnknown).Get();
+        bool same = Ask<IUnknown>(m_source, IID_IUnknown).Get() == Ask<IUnknown>(m_target, IID_IUnknown).Get();
         if (!same)
         {
             const Buffer<SPropValue> from = OneProp(m_source, PR_ENTRYID);
@@ -65,7 +62,9 @@ private:
                    std::memcmp(from->Value.bin.lpb, to->Value.bin.lpb, from->Value.bin.cb) == 0;
         }
         if (same)
+        {
             throw Error(MAPI_E_NO_ACCESS, "an object cannot be copied to itself");
+        }
     }
 
     static Buffer<SPropValue> OneProp(IMAPIProp* object, ULONG tag)
@@ -73,7 +72,9 @@ private:
         LPSPropValue value = nullptr;
         const HRESULT result = HrGetOneProp(object, tag, &value);
         if (result != MAPI_E_NOT_FOUND)
+        {
             Check(result, "the entry identifier cannot be read");
+        }
         return Buffer<SPropValue>(value);
     }
 
@@ -83,8 +84,12 @@ private:
         const ULONG tag = m_tags[index];
         ULONG place = static_cast<ULONG>(index);
         if (m_request.include)
+        {
             for (place = 0; PROP_ID(m_request.include->aulPropTag[place]) != PROP_ID(tag);)
+            {
                 ++place;
+            }
+        }
         m_problems.Add(place, tag, code);
         m_failed.insert(index);
     }
@@ -97,14 +102,18 @@ private:
         const Buffer<SPropTagArray> owner(listed);
         std::set<ULONG> there;
         if (m_request.flags & MAPI_NOREPLACE)
+        {
             there = IdsOfTarget();
+        }
         for (ULONG i = 0; i < listed->cValues; ++i)
         {
             const ULONG tag = listed->aulPropTag[i];
             const bool never = std::any_of(std::begin(NeverCopied), std::end(NeverCopied),
                                            [&](ULONG each) { return PROP_ID(each) == PROP_ID(tag); });
             if (!never && Covers(m_request, tag) && PROP_TYPE(tag) != PT_OBJECT && !there.count(PROP_ID(tag)))
+            {
                 m_tags.push_back(tag);
+            }
         }
         MapNames();
     }
@@ -116,7 +125,9 @@ private:
         const Buffer<SPropTagArray> owner(listed);
         std::set<ULONG> ids;
         for (ULONG i = 0; i < listed->cValues; ++i)
+        {
             ids.insert(PROP_ID(listed->aulPropTag[i]));
+        }
         return ids;
     }
 
@@ -126,22 +137,31 @@ private:
         m_targetTags = m_tags;
         std::vector<size_t> named;
         for (size_t i = 0; i < m_tags.size(); ++i)
+        {
             if (PROP_ID(m_tags[i]) >= FirstNamedId)
+            {
                 named.push_back(i);
+            }
+        }
         if (named.empty())
+        {
             return;
-        Buffer<SPropTagArray> asked(
-            Allocate(offsetof(SPropTagArray, aulPropTag) + named.size() * sizeof(ULONG)));
+        }
+        Buffer<SPropTagArray> asked(Allocate(offsetof(SPropTagArray, aulPropTag) + named.size() * sizeof(ULONG)));
         asked->cValues = static_cast<ULONG>(named.size());
         for (size_t i = 0; i < named.size(); ++i)
+        {
             asked->aulPropTag[i] = m_tags[named[i]];
+        }
         ULONG count = 0;
         LPMAPINAMEID* names = nullptr;
         LPSPropTagArray list = asked.Get();
         Check(m_source->GetNamesFromIDs(&list, nullptr, 0, &count, &names), "the names cannot be read");
         const Buffer<MAPINAMEID*> nameOwner(names);
         for (size_t i = 0; i < named.size(); ++i)
+        {
             MapName(named[i], i < count ? names[i] : nullptr);
+        }
     }
 
     void MapName(size_t index, MAPINAMEID* name)
@@ -149,40 +169,56 @@ private:
         HRESULT result = MAPI_E_NOT_FOUND;
         LPSPropTagArray mapped = nullptr;
         if (name)
+        {
             result = m_target->GetIDsFromNames(1, &name, MAPI_CREATE, &mapped);
+        }
         const Buffer<SPropTagArray> owner(mapped);
         if (SUCCEEDED(result) && PROP_TYPE(mapped->aulPropTag[0]) == PT_ERROR)
+        {
             result = MAPI_E_NOT_FOUND;
+        }
         if (FAILED(result))
+        {
             AddProblem(index, result);
+        }
         else
+        {
             m_targetTags[index] = PROP_TAG(PROP_TYPE(m_tags[index]), PROP_ID(mapped->aulPropTag[0]));
+        }
     }
 
     void CopyValues()
     {
         if (m_tags.empty())
+        {
             return;
-        Buffer<SPropTagArray> asked(
-            Allocate(offsetof(SPropTagArray, aulPropTag) + m_tags.size() * sizeof(ULONG)));
+        }
+        Buffer<SPropTagArray> asked(Allocate(offsetof(SPropTagArray, aulPropTag) + m_tags.size() * sizeof(ULONG)));
         asked->cValues = static_cast<ULONG>(m_tags.size());
         std::copy(m_tags.begin(), m_tags.end(), asked->aulPropTag);
         ULONG count = 0;
         LPSPropValue values = nullptr;
-        Check(m_source->GetProps(asked.Get(), MAPI_UNICODE, &count, &values),
-              "the properties cannot be read");
+        Check(m_source->GetProps(asked.Get(), MAPI_UNICODE, &count, &values), "the properties cannot be read");
         const Buffer<SPropValue> owner(values);
         for (ULONG i = 0; i < count; ++i)
         {
             SPropValue& value = values[i];
             if (m_failed.count(i))
+            {
                 value.ulPropTag = PR_NULL;
+            }
             else if (PROP_TYPE(value.ulPropTag) != PT_ERROR)
+            {
                 value.ulPropTag = PROP_TAG(PROP_TYPE(value.ulPropTag), PROP_ID(m_targetTags[i]));
+            }
             else if (value.Value.err == MAPI_E_NOT_ENOUGH_MEMORY)
+            {
                 CopyStream(i);
+            }
             else
+            {
                 AddProblem(i, value.Value.err);
+            }
         }
         SetValues(count, values);
     }
@@ -192,9 +228,8 @@ private:
         LPSPropProblemArray problems = nullptr;
         HRESULT result = m_target->SetProps(count, values, &problems);
         // The name of a folder may be taken next to the target; the rest can be copied all the same.
-        const auto name = std::find_if(values, values + count,
-                                       [](const SPropValue& each)
-                                       { return PROP_ID(each.ulPropTag) == PROP_ID(PR_DISPLAY_NAME_W); });
+        const auto name = std::find_if(values, values + count, [](const SPropValue& each)
+        { return PROP_ID(each.ulPropTag) == PROP_ID(PR_DISPLAY_NAME_W); });
         if (result == MAPI_E_COLLISION && name != values + count)
         {
             name->ulPropTag = PR_NULL;
@@ -207,7 +242,9 @@ private:
         {
             const SPropProblem& problem = problems->aProblem[i];
             if (problem.scode != MAPI_E_COMPUTED)
+            {
                 AddProblem(problem.ulIndex, problem.scode);
+            }
             m_failed.insert(problem.ulIndex);
         }
     }
@@ -217,20 +254,25 @@ private:
     {
         std::vector<ULONG> tags = {0};
         for (size_t i = 0; i < m_tags.size(); ++i)
+        {
             if (!m_failed.count(i) && !IsNameOfFolder(m_tags[i]))
+            {
                 tags.push_back(m_tags[i]);
+            }
+        }
         tags[0] = static_cast<ULONG>(tags.size() - 1);
         LPSPropProblemArray problems = nullptr;
         if (tags[0])
+        {
             Check(m_source->DeleteProps(reinterpret_cast<LPSPropTagArray>(tags.data()), &problems),
                   "the source keeps its properties");
+        }
         Free(problems);
     }
 
     bool IsNameOfFolder(ULONG tag) const
     {
-        return PROP_ID(tag) == PROP_ID(PR_DISPLAY_NAME_W) &&
-               Ask<IMAPIContainer>(m_source, IID_IMAPIContainer);
+        return PROP_ID(tag) == PROP_ID(PR_DISPLAY_NAME_W) && Ask<IMAPIContainer>(m_source, IID_IMAPIContainer);
     }
 
     void CopyStream(size_t index)
@@ -240,8 +282,10 @@ private:
         HRESULT result = m_source->OpenProperty(m_tags[index], &IID_IStream, 0, 0, &from);
         const Ref<IUnknown> fromOwner = Ref<IUnknown>::Adopt(from);
         if (SUCCEEDED(result))
+        {
             result = m_target->OpenProperty(m_targetTags[index], &IID_IStream, STGM_READWRITE,
                                             MAPI_CREATE | MAPI_MODIFY, &to);
+        }
         const Ref<IUnknown> toOwner = Ref<IUnknown>::Adopt(to);
         if (SUCCEEDED(result))
         {
@@ -250,9 +294,13 @@ private:
             result = static_cast<IStream*>(from)->CopyTo(static_cast<IStream*>(to), all, nullptr, nullptr);
         }
         if (SUCCEEDED(result))
+        {
             result = static_cast<IStream*>(to)->Commit(0);
+        }
         if (FAILED(result))
+        {
             AddProblem(index, result);
+        }
     }
 
     const CopyRequest& m_request;

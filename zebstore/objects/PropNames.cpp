@@ -16,9 +16,13 @@ MAPINAMEID* BuildName(const StoreFile::PropertyName& name, void* parent)
     result->lpguid = static_cast<GUID*>(CopyBytes(&name.set, sizeof(GUID), parent));
     result->ulKind = name.number ? MNID_ID : MNID_STRING;
     if (name.number)
+    {
         result->Kind.lID = *name.number;
+    }
     else
+    {
         result->Kind.lpwstrName = CopyWide(name.name.c_str(), parent);
+    }
     return result;
 }
 
@@ -26,7 +30,9 @@ MAPINAMEID* BuildName(const StoreFile::PropertyName& name, void* parent)
 std::optional<StoreFile::PropertyName> NameOf(StoreFile& file, ULONG id)
 {
     if (id >= FirstNamedId)
+    {
         return file.NameFromId(id);
+    }
     StoreFile::PropertyName name;
     name.id = id;
     name.set = PS_MAPI;
@@ -37,14 +43,15 @@ std::optional<StoreFile::PropertyName> NameOf(StoreFile& file, ULONG id)
 bool Wanted(const StoreFile::PropertyName& name, const GUID* set, ULONG flags)
 {
     if (set && !IsEqualGUID(*set, name.set))
+    {
         return false;
+    }
     return !(flags & (name.number ? MAPI_NO_IDS : MAPI_NO_STRINGS));
 }
 
 SPropTagArray* BuildTags(const std::vector<ULONG>& tags)
 {
-    Buffer<SPropTagArray> array(
-        Allocate(offsetof(SPropTagArray, aulPropTag) + (tags.size() + 1) * sizeof(ULONG)));
+    Buffer<SPropTagArray> array(Allocate(offsetof(SPropTagArray, aulPropTag) + (tags.size() + 1) * sizeof(ULONG)));
     array->cValues = static_cast<ULONG>(tags.size());
     std::copy(tags.begin(), tags.end(), array->aulPropTag);
     return array.Detach();
@@ -65,8 +72,7 @@ void CheckName(const MAPINAMEID* name)
 
 } // namespace
 
-HRESULT PropBase::NamesFromIds(SPropTagArray** tags, const GUID* set, ULONG flags, ULONG* count,
-                               MAPINAMEID*** names)
+HRESULT PropBase::NamesFromIds(SPropTagArray** tags, const GUID* set, ULONG flags, ULONG* count, MAPINAMEID*** names)
 {
     Require(tags && count && names, "no place for the names");
     *count = 0;
@@ -77,13 +83,19 @@ HRESULT PropBase::NamesFromIds(SPropTagArray** tags, const GUID* set, ULONG flag
     if (all)
     {
         for (StoreFile::PropertyName& each : File().AllNames())
+        {
             if (Wanted(each, set, flags))
+            {
                 found.emplace_back(std::move(each));
+            }
+        }
     }
     else
     {
         for (ULONG i = 0; i < (*tags)->cValues; ++i)
+        {
             found.push_back(NameOf(File(), PROP_ID((*tags)->aulPropTag[i])));
+        }
     }
     Buffer<MAPINAMEID*> result(Allocate((found.size() + 1) * sizeof(MAPINAMEID*)));
     std::vector<ULONG> ids;
@@ -93,10 +105,14 @@ HRESULT PropBase::NamesFromIds(SPropTagArray** tags, const GUID* set, ULONG flag
         result.Get()[i] = found[i] ? BuildName(*found[i], result.Get()) : nullptr;
         missing = missing || !found[i];
         if (all)
+        {
             ids.push_back(PROP_TAG(PT_UNSPECIFIED, found[i]->id));
+        }
     }
     if (all)
+    {
         *tags = BuildTags(ids);
+    }
     *count = static_cast<ULONG>(found.size());
     *names = result.Detach();
     return missing ? MAPI_W_ERRORS_RETURNED : S_OK;
@@ -112,7 +128,9 @@ HRESULT PropBase::IdsFromNames(ULONG count, MAPINAMEID** names, ULONG flags, SPr
     {
         Require(!(flags & MAPI_CREATE), "no names to create");
         for (const StoreFile::PropertyName& each : File().AllNames())
+        {
             result.push_back(PROP_TAG(PT_UNSPECIFIED, each.id));
+        }
         *tags = BuildTags(result);
         return S_OK;
     }
@@ -121,10 +139,11 @@ HRESULT PropBase::IdsFromNames(ULONG count, MAPINAMEID** names, ULONG flags, SPr
     {
         CheckName(names[i]);
         if (!IsMapiName(*names[i]))
+        {
             asked.push_back(names[i]);
+        }
     }
-    const std::vector<ULONG> ids =
-        File().IdsFromNames(asked.data(), asked.size(), (flags & MAPI_CREATE) != 0);
+    const std::vector<ULONG> ids = File().IdsFromNames(asked.data(), asked.size(), (flags & MAPI_CREATE) != 0);
     bool missing = false;
     for (ULONG i = 0, next = 0; i < count; ++i)
     {

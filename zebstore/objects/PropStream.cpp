@@ -32,7 +32,9 @@ public:
     size_t ReadAt(std::uint64_t offset, void* buffer, size_t size) override
     {
         if (offset >= m_bytes.size())
+        {
             return 0;
+        }
         const size_t got = std::min<std::uint64_t>(size, m_bytes.size() - offset);
         std::memcpy(buffer, m_bytes.data() + offset, got);
         return got;
@@ -63,7 +65,9 @@ public:
         {
             const size_t got = m_value->Read(offset + done, static_cast<char*>(buffer) + done, size - done);
             if (got == 0)
+            {
                 break;
+            }
             done += got;
         }
         return done;
@@ -82,12 +86,18 @@ ULONG StreamType(ULONG tag, ULONG storedType)
 {
     ULONG type = PROP_TYPE(tag);
     if (type == PT_UNSPECIFIED)
+    {
         type = storedType;
+    }
     // An attachment's object is kept as the bytes that a stream on it shows.
     if (type == PT_OBJECT)
+    {
         type = PT_BINARY;
+    }
     if (type != PT_BINARY && type != PT_STRING8 && type != PT_UNICODE)
+    {
         throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "only binaries and texts can be opened as streams");
+    }
     return type;
 }
 
@@ -111,15 +121,21 @@ std::shared_ptr<StreamBytes> OpenForReading(const PropertySet& properties, ULONG
 {
     const EncodedValue stored = properties.Find(tag);
     if (!stored)
+    {
         throw Error(MAPI_E_NOT_FOUND, "there is no such property");
+    }
     const ULONG type = StreamType(tag, stored.Type());
     LargeValuePtr large = properties.Large(tag);
     if (large && type == stored.Type())
+    {
         return std::make_shared<LargeBytes>(std::move(large), file.shared_from_this());
+    }
     Buffer<char> parent(Allocate(1));
     SPropValue value{};
     if (!BuildValue(PROP_TAG(type, PROP_ID(tag)), properties, BuildOptions(), value, parent.Get()))
+    {
         throw Error(MAPI_E_NOT_FOUND, "there is no such property of this type");
+    }
     return std::make_shared<HeldBytes>(BytesOf(value));
 }
 
@@ -131,7 +147,9 @@ void SetFromBytes(PropertySet& properties, ULONG tag, const LargeValue& value)
     {
         const size_t got = value.Read(done, bytes.data() + done, size - done);
         if (got == 0)
+        {
             throw Error(MAPI_E_CORRUPT_DATA, "a value ended early");
+        }
         done += got;
     }
     SPropValue property{};
@@ -143,8 +161,7 @@ void SetFromBytes(PropertySet& properties, ULONG tag, const LargeValue& value)
         break;
     case PT_UNICODE:
         // Half a character at the end is none, and the zero stands where one begins.
-        std::fill(bytes.begin() + static_cast<std::ptrdiff_t>(size - size % sizeof(WCHAR)), bytes.end(),
-                  BYTE(0));
+        std::fill(bytes.begin() + static_cast<std::ptrdiff_t>(size - size % sizeof(WCHAR)), bytes.end(), BYTE(0));
         property.Value.lpszW = reinterpret_cast<WCHAR*>(bytes.data());
         break;
     default:
@@ -191,7 +208,9 @@ StagedValue& PropertyBytes::Staged()
         {
             const size_t got = m_original->ReadAt(offset, chunk.data(), chunk.size());
             if (got == 0)
+            {
                 break;
+            }
             staged->Write(offset, chunk.data(), got);
             offset += got;
         }
@@ -212,13 +231,17 @@ size_t PropertyBytes::ReadAt(std::uint64_t offset, void* buffer, size_t size)
 {
     const std::lock_guard<std::recursive_mutex> hold(m_owner.Lock());
     if (!m_staged)
+    {
         return m_original->ReadAt(offset, buffer, size);
+    }
     size_t done = 0;
     while (done < size)
     {
         const size_t got = m_staged->Read(offset + done, static_cast<char*>(buffer) + done, size - done);
         if (got == 0)
+        {
             break;
+        }
         done += got;
     }
     return done;
@@ -228,7 +251,9 @@ void PropertyBytes::WriteAt(std::uint64_t offset, const void* bytes, size_t size
 {
     const std::lock_guard<std::recursive_mutex> hold(m_owner.Lock());
     if (size > 0)
+    {
         Staged().Write(offset, bytes, size);
+    }
 }
 
 void PropertyBytes::SetSize(std::uint64_t size)
@@ -241,7 +266,9 @@ void PropertyBytes::Publish()
 {
     const std::lock_guard<std::recursive_mutex> hold(m_owner.Lock());
     if (!m_dirty)
+    {
         return;
+    }
     m_owner.PutStreamValue(m_tag, m_staged);
     m_dirty = false;
 }

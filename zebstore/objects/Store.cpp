@@ -41,15 +41,16 @@ public:
     HRESULT STDMETHODCALLTYPE Advise(ULONG size, LPENTRYID id, ULONG events, LPMAPIADVISESINK sink,
                                      ULONG_PTR* connection) override
     {
-        return Guarded("IMsgStore::Advise",
-                       [&]
-                       {
-                           RequireObjectEvents(events, sink, connection);
-                           std::optional<ItemId> item;
-                           if (size && !LooksLikeStoreEntryId(id, size))
-                               item = Store()->Parse(id, size);
-                           *connection = m_sinks->Advise(item, events, sink);
-                       });
+        return Guarded("IMsgStore::Advise", [&]
+        {
+            RequireObjectEvents(events, sink, connection);
+            std::optional<ItemId> item;
+            if (size && !LooksLikeStoreEntryId(id, size))
+            {
+                item = Store()->Parse(id, size);
+            }
+            *connection = m_sinks->Advise(item, events, sink);
+        });
     }
     HRESULT STDMETHODCALLTYPE Unadvise(ULONG_PTR connection) override
     {
@@ -59,118 +60,104 @@ public:
     HRESULT STDMETHODCALLTYPE CompareEntryIDs(ULONG sizeA, LPENTRYID a, ULONG sizeB, LPENTRYID b, ULONG flags,
                                               ULONG* same) override
     {
-        return Guarded("IMsgStore::CompareEntryIDs",
-                       [&]
-                       {
-                           Require(same != nullptr, "no place for the result");
-                           RequireFlags(flags, 0);
-                           *same = SameEntry(sizeA, a, sizeB, b);
-                       });
+        return Guarded("IMsgStore::CompareEntryIDs", [&]
+        {
+            Require(same != nullptr, "no place for the result");
+            RequireFlags(flags, 0);
+            *same = SameEntry(sizeA, a, sizeB, b);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG size, LPENTRYID id, LPCIID iid, ULONG flags, ULONG* objectType,
                                         LPUNKNOWN* object) override
     {
-        return Guarded("IMsgStore::OpenEntry",
-                       [&]
-                       {
-                           Require(object != nullptr, "no place for the object");
-                           *object = nullptr;
-                           *object = OpenItem(Store(), size, id, iid, flags, AccessGiven(), objectType);
-                       });
+        return Guarded("IMsgStore::OpenEntry", [&]
+        {
+            Require(object != nullptr, "no place for the object");
+            *object = nullptr;
+            *object = OpenItem(Store(), size, id, iid, flags, AccessGiven(), objectType);
+        });
     }
 
-    HRESULT STDMETHODCALLTYPE SetReceiveFolder(LPTSTR messageClass, ULONG flags, ULONG size,
-                                               LPENTRYID id) override
+    HRESULT STDMETHODCALLTYPE SetReceiveFolder(LPTSTR messageClass, ULONG flags, ULONG size, LPENTRYID id) override
     {
-        return Run("IMsgStore::SetReceiveFolder",
-                   [&]
-                   {
-                       RequireFlags(flags, MAPI_UNICODE);
-                       RequireWrite();
-                       const FolderId folder = size ? Store()->ParseFolder(id, size) : 0;
-                       if (folder)
-                           File().Folder(folder);
-                       File().SetReceiveFolder(TextArgument(messageClass, flags), folder);
-                   });
+        return Run("IMsgStore::SetReceiveFolder", [&]
+        {
+            RequireFlags(flags, MAPI_UNICODE);
+            RequireWrite();
+            const FolderId folder = size ? Store()->ParseFolder(id, size) : 0;
+            if (folder)
+            {
+                File().Folder(folder);
+            }
+            File().SetReceiveFolder(TextArgument(messageClass, flags), folder);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE GetReceiveFolder(LPTSTR messageClass, ULONG flags, ULONG* size, LPENTRYID* id,
                                                LPTSTR* explicitClass) override
     {
-        return Guarded("IMsgStore::GetReceiveFolder",
-                       [&]
-                       {
-                           RequireFlags(flags, MAPI_UNICODE);
-                           const StoreFile::ReceiveFolder found =
-                               File().ReceiveFolderOf(TextArgument(messageClass, flags));
-                           const FolderEntryId entry = Store()->IdOfFolder(found.folder);
-                           Buffer<char> text;
-                           if (explicitClass)
-                               text = Buffer<char>(
-                                   flags & MAPI_UNICODE
-                                       ? static_cast<void*>(
-                                             CopyWide(WideFromStored(found.messageClass).c_str(), nullptr))
-                                       : CopyNarrow(found.messageClass.c_str(), nullptr));
-                           GiveBytes(entry.data(), entry.size(), size, id);
-                           if (explicitClass)
-                               *explicitClass = text.Detach();
-                       });
+        return Guarded("IMsgStore::GetReceiveFolder", [&]
+        {
+            RequireFlags(flags, MAPI_UNICODE);
+            const StoreFile::ReceiveFolder found = File().ReceiveFolderOf(TextArgument(messageClass, flags));
+            const FolderEntryId entry = Store()->IdOfFolder(found.folder);
+            Buffer<char> text;
+            if (explicitClass)
+            {
+                text =
+                    Buffer<char>(flags & MAPI_UNICODE
+                                     ? static_cast<void*>(CopyWide(WideFromStored(found.messageClass).c_str(), nullptr))
+                                     : CopyNarrow(found.messageClass.c_str(), nullptr));
+            }
+            GiveBytes(entry.data(), entry.size(), size, id);
+            if (explicitClass)
+            {
+                *explicitClass = text.Detach();
+            }
+        });
     }
 
     HRESULT STDMETHODCALLTYPE GetReceiveFolderTable(ULONG flags, LPMAPITABLE* table) override
     {
-        return Guarded("IMsgStore::GetReceiveFolderTable",
-                       [&]
-                       {
-                           Require(table != nullptr, "no place for the table");
-                           *table = nullptr;
-                           RequireFlags(flags, MAPI_UNICODE | MAPI_DEFERRED_ERRORS);
-                           std::vector<PropertySet> rows;
-                           for (const StoreFile::ReceiveFolder& each : File().ReceiveFolders())
-                           {
-                               const FolderEntryId entry = Store()->IdOfFolder(each.folder);
-                               PropertySet row;
-                               row.SetBinary(PR_ENTRYID, entry.data(), entry.size());
-                               row.SetBinary(PR_RECORD_KEY, entry.data(), entry.size());
-                               row.SetText(PR_MESSAGE_CLASS_W, each.messageClass);
-                               rows.push_back(std::move(row));
-                           }
-                           *table = NewMemoryTable(std::move(rows),
-                                                   {PR_ENTRYID, PR_RECORD_KEY, PR_MESSAGE_CLASS_A}, flags);
-                       });
+        return Guarded("IMsgStore::GetReceiveFolderTable", [&]
+        {
+            Require(table != nullptr, "no place for the table");
+            *table = nullptr;
+            RequireFlags(flags, MAPI_UNICODE | MAPI_DEFERRED_ERRORS);
+            std::vector<PropertySet> rows;
+            for (const StoreFile::ReceiveFolder& each : File().ReceiveFolders())
+            {
+                const FolderEntryId entry = Store()->IdOfFolder(each.folder);
+                PropertySet row;
+                row.SetBinary(PR_ENTRYID, entry.data(), entry.size());
+                row.SetBinary(PR_RECORD_KEY, entry.data(), entry.size());
+                row.SetText(PR_MESSAGE_CLASS_W, each.messageClass);
+                rows.push_back(std::move(row));
+            }
+            *table = NewMemoryTable(std::move(rows), {PR_ENTRYID, PR_RECORD_KEY, PR_MESSAGE_CLASS_A}, flags);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE StoreLogoff(ULONG* flags) override
     {
-        return Guarded("IMsgStore::StoreLogoff",
-                       [&]
-                       {
-                           if (flags)
-                               *flags = LOGOFF_COMPLETE;
-                       });
+        return Guarded("IMsgStore::StoreLogoff", [&]
+        {
+            if (flags)
+            {
+                *flags = LOGOFF_COMPLETE;
+            }
+        });
     }
 
-    HRESULT STDMETHODCALLTYPE AbortSubmit(ULONG, LPENTRYID, ULONG) override
-    {
-        return Refuse("IMsgStore::AbortSubmit");
-    }
+    HRESULT STDMETHODCALLTYPE AbortSubmit(ULONG, LPENTRYID, ULONG) override { return Refuse("IMsgStore::AbortSubmit"); }
     HRESULT STDMETHODCALLTYPE GetOutgoingQueue(ULONG, LPMAPITABLE*) override
     {
         return Refuse("IMsgStore::GetOutgoingQueue");
     }
-    HRESULT STDMETHODCALLTYPE SetLockState(LPMESSAGE, ULONG) override
-    {
-        return Refuse("IMsgStore::SetLockState");
-    }
-    HRESULT STDMETHODCALLTYPE FinishedMsg(ULONG, ULONG, LPENTRYID) override
-    {
-        return Refuse("IMsgStore::FinishedMsg");
-    }
-    HRESULT STDMETHODCALLTYPE NotifyNewMail(LPNOTIFICATION) override
-    {
-        return Refuse("IMsgStore::NotifyNewMail");
-    }
+    HRESULT STDMETHODCALLTYPE SetLockState(LPMESSAGE, ULONG) override { return Refuse("IMsgStore::SetLockState"); }
+    HRESULT STDMETHODCALLTYPE FinishedMsg(ULONG, ULONG, LPENTRYID) override { return Refuse("IMsgStore::FinishedMsg"); }
+    HRESULT STDMETHODCALLTYPE NotifyNewMail(LPNOTIFICATION) override { return Refuse("IMsgStore::NotifyNewMail"); }
 
 private:
     ~StoreObject() override { m_sinks->Close(); }
@@ -201,13 +188,14 @@ private:
     {
         static const std::vector<ULONG> tags = []
         {
-            std::vector<ULONG> all = {
-                PR_ENTRYID,           PR_STORE_ENTRYID,      PR_RECORD_KEY,   PR_STORE_RECORD_KEY,
-                PR_MAPPING_SIGNATURE, PR_OBJECT_TYPE,        PR_MDB_PROVIDER, PR_RESOURCE_TYPE,
-                PR_VALID_FOLDER_MASK, PR_STORE_SUPPORT_MASK, PR_ACCESS,       PR_ACCESS_LEVEL,
-                PR_ZEBSTORE_CHECK_W};
+            std::vector<ULONG> all = {PR_ENTRYID,           PR_STORE_ENTRYID,      PR_RECORD_KEY,   PR_STORE_RECORD_KEY,
+                                      PR_MAPPING_SIGNATURE, PR_OBJECT_TYPE,        PR_MDB_PROVIDER, PR_RESOURCE_TYPE,
+                                      PR_VALID_FOLDER_MASK, PR_STORE_SUPPORT_MASK, PR_ACCESS,       PR_ACCESS_LEVEL,
+                                      PR_ZEBSTORE_CHECK_W};
             for (const SpecialFolder& each : SpecialFolders)
+            {
                 all.push_back(each.tag);
+            }
             return all;
         }();
         return tags;
@@ -219,12 +207,14 @@ private:
     bool Compute(ULONG tag, PropertySet& out) override
     {
         for (const SpecialFolder& each : SpecialFolders)
+        {
             if (PROP_ID(each.tag) == PROP_ID(tag))
             {
                 const FolderEntryId entry = Store()->IdOfFolder(IdOf(each.folder));
                 out.SetBinary(each.tag, entry.data(), entry.size());
                 return true;
             }
+        }
         return ComputeIdentity(tag, out) || ComputeState(tag, out);
     }
 
@@ -234,8 +224,7 @@ private:
         {
         case PROP_ID(PR_ENTRYID):
         case PROP_ID(PR_STORE_ENTRYID):
-            out.SetBinary(CHANGE_PROP_TYPE(tag, PT_BINARY), Store()->EntryId().data(),
-                          Store()->EntryId().size());
+            out.SetBinary(CHANGE_PROP_TYPE(tag, PT_BINARY), Store()->EntryId().data(), Store()->EntryId().size());
             return true;
         case PROP_ID(PR_RECORD_KEY):
         case PROP_ID(PR_STORE_RECORD_KEY):
@@ -285,7 +274,9 @@ private:
     {
         std::string text;
         for (const std::string& line : File().CheckWhole())
+        {
             text += (text.empty() ? "" : "\n") + line;
+        }
         return text.empty() ? "ok" : text;
     }
 

@@ -66,8 +66,7 @@ public:
             SetId(out, CHANGE_PROP_TYPE(tag, PT_BINARY), MakeFolderEntryId(m_uid, folder.id));
             return true;
         case PROP_ID(PR_PARENT_ENTRYID):
-            SetId(out, PR_PARENT_ENTRYID,
-                  MakeFolderEntryId(m_uid, folder.parent ? folder.parent : folder.id));
+            SetId(out, PR_PARENT_ENTRYID, MakeFolderEntryId(m_uid, folder.parent ? folder.parent : folder.id));
             return true;
         case PROP_ID(PR_OBJECT_TYPE):
             out.SetLong(PR_OBJECT_TYPE, MAPI_FOLDER);
@@ -83,7 +82,9 @@ public:
             return true;
         case PROP_ID(PrContactsFolder):
             if (folder.id != IdOf(StandardFolder::Inbox))
+            {
                 return false;
+            }
             SetId(out, PrContactsFolder, MakeFolderEntryId(m_uid, IdOf(StandardFolder::Contacts)));
             return true;
         default:
@@ -112,9 +113,10 @@ public:
     std::vector<ULONG> FolderTags() const override
     {
         std::vector<ULONG> tags = MessageTags();
-        for (ULONG tag :
-             {PR_CONTENT_COUNT, PR_CONTENT_UNREAD, PR_ASSOC_CONTENT_COUNT, PR_SUBFOLDERS, PR_FOLDER_TYPE})
+        for (ULONG tag : {PR_CONTENT_COUNT, PR_CONTENT_UNREAD, PR_ASSOC_CONTENT_COUNT, PR_SUBFOLDERS, PR_FOLDER_TYPE})
+        {
             tags.push_back(tag);
+        }
         return tags;
     }
 
@@ -194,7 +196,9 @@ bool StoreContext::IsSameStore(const StoreContext& other) const
 ItemId StoreContext::Parse(const void* bytes, size_t size) const
 {
     if (size == 0)
+    {
         return {MAPI_FOLDER, IdOf(StandardFolder::Root)};
+    }
     return ParseItemId(m_uid, bytes, size);
 }
 
@@ -202,7 +206,9 @@ FolderId StoreContext::ParseFolder(const void* bytes, size_t size) const
 {
     const ItemId item = Parse(bytes, size);
     if (item.objectType != MAPI_FOLDER)
+    {
         throw Error(MAPI_E_INVALID_ENTRYID, "the entry identifier names a message, not a folder");
+    }
     return item.key;
 }
 
@@ -210,7 +216,9 @@ MessageId StoreContext::ParseMessage(const SBinary& id) const
 {
     const ItemId item = ParseItemId(m_uid, id.lpb, id.cb);
     if (item.objectType != MAPI_MESSAGE)
+    {
         throw Error(MAPI_E_INVALID_ENTRYID, "the entry identifier names a folder, not a message");
+    }
     return item.key;
 }
 
@@ -220,7 +228,9 @@ std::vector<MessageId> StoreContext::ParseMessages(const ENTRYLIST* list) const
     std::vector<MessageId> messages;
     messages.reserve(list->cValues);
     for (ULONG i = 0; i < list->cValues; ++i)
+    {
         messages.push_back(ParseMessage(list->lpbin[i]));
+    }
     return messages;
 }
 
@@ -232,7 +242,9 @@ bool HasId(const std::vector<ULONG>& tags, ULONG tag)
 std::string TextArgument(const void* text, ULONG flags)
 {
     if (!text)
+    {
         return {};
+    }
     if (flags & MAPI_UNICODE)
     {
         const auto* wide = static_cast<const WCHAR*>(text);

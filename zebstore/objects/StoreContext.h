@@ -55,8 +55,7 @@ using StorePtr = std::shared_ptr<StoreContext>;
 /// True when `tags` has one with the identifier of `tag`.
 bool HasId(const std::vector<ULONG>& tags, ULONG tag);
 
-/// A text argument of a MAPI method: 16-bit when `flags` has MAPI_UNICODE, else narrow. Null gives an empty
-/// text.
+/// A text argument of a MAPI method: 16-bit when `flags` has MAPI_UNICODE, else narrow. Null gives an empty text.
 /// @return stored text (UTF-8)
 std::string TextArgument(const void* text, ULONG flags);
 

@@ -42,9 +42,13 @@ Ids IdsOf(const StoreContext& store, const StoreEvent& event)
     Ids ids;
     ids.entry = event.isFolder ? BytesOf(store.IdOfFolder(event.id)) : BytesOf(store.IdOfMessage(event.id));
     if (event.parent)
+    {
         ids.parent = BytesOf(store.IdOfFolder(event.parent));
+    }
     if (event.oldParent)
+    {
         ids.oldParent = BytesOf(store.IdOfFolder(event.oldParent));
+    }
     return ids;
 }
 
@@ -63,7 +67,9 @@ void Fill(NOTIFICATION& notification, const StoreEvent& event, Ids& ids)
     Point(object.cbEntryID, object.lpEntryID, ids.entry);
     Point(object.cbParentID, object.lpParentID, ids.parent);
     if (event.what != StoreEvent::What::Moved)
+    {
         return;
+    }
     // A folder keeps its identifier.
     object.cbOldID = object.cbEntryID;
     object.lpOldID = object.lpEntryID;
@@ -77,21 +83,28 @@ void RequireObjectEvents(ULONG events, const IMAPIAdviseSink* sink, ULONG_PTR* c
     Require(connection != nullptr, "no place for the connection");
     *connection = 0;
     if (!(events & StoreSinks::Events))
+    {
         throw Error(MAPI_E_NO_SUPPORT,
                     "a store tells of objects created, deleted, modified and moved, and of nothing else");
+    }
     Require(sink != nullptr, "no advise sink");
 }
 
 bool StoreSinks::Advised::Hears(const StoreEvent& event) const
 {
     if (!(events & TypeOf(event)))
+    {
         return false;
+    }
     if (!item)
+    {
         return true;
+    }
     if (item->objectType == MAPI_MESSAGE)
+    {
         return !event.isFolder && event.id == item->key;
-    return event.parent == item->key || event.oldParent == item->key ||
-           (event.isFolder && event.id == item->key);
+    }
+    return event.parent == item->key || event.oldParent == item->key || (event.isFolder && event.id == item->key);
 }
 
 ULONG_PTR StoreSinks::Advise(const std::optional<ItemId>& item, ULONG events, IMAPIAdviseSink* sink)
@@ -100,7 +113,9 @@ ULONG_PTR StoreSinks::Advise(const std::optional<ItemId>& item, ULONG events, IM
     {
         const std::lock_guard<std::mutex> hold(m_lock);
         if (!m_changes)
+        {
             m_changes = std::make_unique<StoreChanges>(m_store->SharedFile());
+        }
         m_advised[number] = {item, events, std::make_shared<Connection>(sink)};
     }
     LookFor(shared_from_this(), number);
@@ -114,7 +129,9 @@ void StoreSinks::Unadvise(ULONG_PTR number)
         const std::lock_guard<std::mutex> hold(m_lock);
         connection = TakeConnection(m_advised, number, "there is no connection of this number");
         if (m_advised.empty())
+        {
             m_changes.reset();
+        }
     }
     connection->Cut();
 }
@@ -128,7 +145,9 @@ void StoreSinks::Close() noexcept
         m_changes.reset();
     }
     for (const auto& each : advised)
+    {
         each.second.connection->Cut();
+    }
     Notifier::The().Remove(this);
 }
 
@@ -141,14 +160,22 @@ bool StoreSinks::LookAndDeliver() noexcept
         {
             const std::lock_guard<std::mutex> hold(m_lock);
             if (m_changes)
+            {
                 events = m_changes->Next();
+            }
             if (events.empty())
+            {
                 return false;
+            }
             for (const auto& each : m_advised)
+            {
                 advised.push_back(each.second);
+            }
         }
         for (const Advised& each : advised)
+        {
             Deliver(each, events);
+        }
     }
     catch (...)
     {
@@ -161,16 +188,26 @@ void StoreSinks::Deliver(const Advised& advised, const std::vector<StoreEvent>& 
 {
     std::vector<StoreEvent> heard;
     for (const StoreEvent& event : events)
+    {
         if (advised.Hears(event))
+        {
             heard.push_back(event);
+        }
+    }
     if (heard.empty())
+    {
         return;
+    }
     std::vector<Ids> ids;
     std::vector<NOTIFICATION> notifications(heard.size());
     for (const StoreEvent& event : heard)
+    {
         ids.push_back(IdsOf(*m_store, event));
+    }
     for (size_t i = 0; i < heard.size(); ++i)
+    {
         Fill(notifications[i], heard[i], ids[i]);
+    }
     advised.connection->Deliver(static_cast<ULONG>(notifications.size()), notifications.data());
 }
 

@@ -16,8 +16,7 @@ class StoreSinks : public Notified, public std::enable_shared_from_this<StoreSin
 {
 public:
     /// The events that a sink can be told of.
-    static constexpr ULONG Events =
-        fnevObjectCreated | fnevObjectDeleted | fnevObjectModified | fnevObjectMoved;
+    static constexpr ULONG Events = fnevObjectCreated | fnevObjectDeleted | fnevObjectModified | fnevObjectMoved;
 
     explicit StoreSinks(StorePtr store)
         : m_store(std::move(store))

@@ -23,74 +23,100 @@ size_t Stream::ReadHere(void* buffer, size_t size)
 
 HRESULT Stream::Read(void* buffer, ULONG size, ULONG* read)
 {
-    return Guarded("IStream::Read",
-                   [&]() -> HRESULT
-                   {
-                       if (read)
-                           *read = 0;
-                       if (!buffer)
-                           return STG_E_INVALIDPOINTER;
-                       const size_t got = ReadHere(buffer, size);
-                       if (read)
-                           *read = static_cast<ULONG>(got);
-                       return got < size ? S_FALSE : S_OK;
-                   });
+    return Guarded("IStream::Read", [&]() -> HRESULT
+    {
+        if (read)
+        {
+            *read = 0;
+        }
+        if (!buffer)
+        {
+            return STG_E_INVALIDPOINTER;
+        }
+        const size_t got = ReadHere(buffer, size);
+        if (read)
+        {
+            *read = static_cast<ULONG>(got);
+        }
+        return got < size ? S_FALSE : S_OK;
+    });
 }
 
 HRESULT Stream::Write(const void* bytes, ULONG size, ULONG* written)
 {
-    return Guarded("IStream::Write",
-                   [&]() -> HRESULT
-                   {
-                       if (written)
-                           *written = 0;
-                       if (!m_writable)
-                           throw Error(STG_E_ACCESSDENIED, "the stream was opened for reading");
-                       if (!bytes)
-                           return STG_E_INVALIDPOINTER;
-                       if (m_position + size > LargestSize)
-                           throw Error(STG_E_MEDIUMFULL, "a property holds at most 2 GB");
-                       m_bytes->WriteAt(m_position, bytes, size);
-                       m_position += size;
-                       if (written)
-                           *written = size;
-                       return S_OK;
-                   });
+    return Guarded("IStream::Write", [&]() -> HRESULT
+    {
+        if (written)
+        {
+            *written = 0;
+        }
+        if (!m_writable)
+        {
+            throw Error(STG_E_ACCESSDENIED, "the stream was opened for reading");
+        }
+        if (!bytes)
+        {
+            return STG_E_INVALIDPOINTER;
+        }
+        if (m_position + size > LargestSize)
+        {
+            throw Error(STG_E_MEDIUMFULL, "a property holds at most 2 GB");
+        }
+        m_bytes->WriteAt(m_position, bytes, size);
+        m_position += size;
+        if (written)
+        {
+            *written = size;
+        }
+        return S_OK;
+    });
 }
 
 HRESULT Stream::Seek(LARGE_INTEGER move, DWORD origin, ULARGE_INTEGER* position)
 {
-    return Guarded("IStream::Seek",
-                   [&]() -> HRESULT
-                   {
-                       std::int64_t base = 0;
-                       if (origin == STREAM_SEEK_CUR)
-                           base = static_cast<std::int64_t>(m_position);
-                       else if (origin == STREAM_SEEK_END)
-                           base = static_cast<std::int64_t>(m_bytes->Size());
-                       else if (origin != STREAM_SEEK_SET)
-                           return STG_E_INVALIDFUNCTION;
-                       constexpr std::int64_t furthest = std::int64_t{1} << 62;
-                       if (move.QuadPart > furthest || move.QuadPart < -furthest || base + move.QuadPart < 0)
-                           return STG_E_INVALIDFUNCTION;
-                       m_position = static_cast<std::uint64_t>(base + move.QuadPart);
-                       if (position)
-                           position->QuadPart = m_position;
-                       return S_OK;
-                   });
+    return Guarded("IStream::Seek", [&]() -> HRESULT
+    {
+        std::int64_t base = 0;
+        if (origin == STREAM_SEEK_CUR)
+        {
+            base = static_cast<std::int64_t>(m_position);
+        }
+        else if (origin == STREAM_SEEK_END)
+        {
+            base = static_cast<std::int64_t>(m_bytes->Size());
+        }
+        else if (origin != STREAM_SEEK_SET)
+        {
+            return STG_E_INVALIDFUNCTION;
+        }
+        constexpr std::int64_t furthest = std::int64_t{1} << 62;
+        if (move.QuadPart > furthest || move.QuadPart < -furthest || base + move.QuadPart < 0)
+        {
+            return STG_E_INVALIDFUNCTION;
+        }
+        m_position = static_cast<std::uint64_t>(base + move.QuadPart);
+        if (position)
+        {
+            position->QuadPart = m_position;
+        }
+        return S_OK;
+    });
 }
 
 HRESULT Stream::SetSize(ULARGE_INTEGER size)
 {
-    return Guarded("IStream::SetSize",
-                   [&]
-                   {
-                       if (!m_writable)
-                           throw Error(STG_E_ACCESSDENIED, "the stream was opened for reading");
-                       if (size.QuadPart > LargestSize)
-                           throw Error(STG_E_MEDIUMFULL, "a property holds at most 2 GB");
-                       m_bytes->SetSize(size.QuadPart);
-                   });
+    return Guarded("IStream::SetSize", [&]
+    {
+        if (!m_writable)
+        {
+            throw Error(STG_E_ACCESSDENIED, "the stream was opened for reading");
+        }
+        if (size.QuadPart > LargestSize)
+        {
+            throw Error(STG_E_MEDIUMFULL, "a property holds at most 2 GB");
+        }
+        m_bytes->SetSize(size.QuadPart);
+    });
 }
 
 void Stream::CopyLoop(IStream* target, std::uint64_t size, std::uint64_t& read, std::uint64_t& written)
@@ -101,11 +127,12 @@ void Stream::CopyLoop(IStream* target, std::uint64_t size, std::uint64_t& read, 
         const size_t wanted = static_cast<size_t>(std::min<std::uint64_t>(size, buffer.size()));
         const size_t got = ReadHere(buffer.data(), wanted);
         if (got == 0)
+        {
             return;
+        }
         read += got;
         ULONG put = 0;
-        Check(target->Write(buffer.data(), static_cast<ULONG>(got), &put),
-              "the target of the copy refused it");
+        Check(target->Write(buffer.data(), static_cast<ULONG>(got), &put), "the target of the copy refused it");
         written += put;
         size -= got;
     }
@@ -113,29 +140,35 @@ void Stream::CopyLoop(IStream* target, std::uint64_t size, std::uint64_t& read, 
 
 HRESULT Stream::CopyTo(IStream* target, ULARGE_INTEGER size, ULARGE_INTEGER* read, ULARGE_INTEGER* written)
 {
-    return Guarded("IStream::CopyTo",
-                   [&]
-                   {
-                       if (!target)
-                           throw Error(STG_E_INVALIDPOINTER, "no stream to copy to");
-                       std::uint64_t bytesRead = 0;
-                       std::uint64_t bytesWritten = 0;
-                       CopyLoop(target, size.QuadPart, bytesRead, bytesWritten);
-                       if (read)
-                           read->QuadPart = bytesRead;
-                       if (written)
-                           written->QuadPart = bytesWritten;
-                   });
+    return Guarded("IStream::CopyTo", [&]
+    {
+        if (!target)
+        {
+            throw Error(STG_E_INVALIDPOINTER, "no stream to copy to");
+        }
+        std::uint64_t bytesRead = 0;
+        std::uint64_t bytesWritten = 0;
+        CopyLoop(target, size.QuadPart, bytesRead, bytesWritten);
+        if (read)
+        {
+            read->QuadPart = bytesRead;
+        }
+        if (written)
+        {
+            written->QuadPart = bytesWritten;
+        }
+    });
 }
 
 HRESULT Stream::Commit(DWORD)
 {
-    return Guarded("IStream::Commit",
-                   [&]
-                   {
-                       if (m_writable)
-                           m_bytes->Commit();
-                   });
+    return Guarded("IStream::Commit", [&]
+    {
+        if (m_writable)
+        {
+            m_bytes->Commit();
+        }
+    });
 }
 
 HRESULT Stream::Revert()
@@ -155,31 +188,33 @@ HRESULT Stream::UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD)
 
 HRESULT Stream::Stat(STATSTG* stat, DWORD)
 {
-    return Guarded("IStream::Stat",
-                   [&]() -> HRESULT
-                   {
-                       if (!stat)
-                           return STG_E_INVALIDPOINTER;
-                       std::memset(stat, 0, sizeof(*stat));
-                       stat->type = STGTY_STREAM;
-                       stat->cbSize.QuadPart = m_bytes->Size();
-                       stat->grfMode = m_writable ? STGM_READWRITE : STGM_READ;
-                       return S_OK;
-                   });
+    return Guarded("IStream::Stat", [&]() -> HRESULT
+    {
+        if (!stat)
+        {
+            return STG_E_INVALIDPOINTER;
+        }
+        std::memset(stat, 0, sizeof(*stat));
+        stat->type = STGTY_STREAM;
+        stat->cbSize.QuadPart = m_bytes->Size();
+        stat->grfMode = m_writable ? STGM_READWRITE : STGM_READ;
+        return S_OK;
+    });
 }
 
 HRESULT Stream::Clone(IStream** clone)
 {
-    return Guarded("IStream::Clone",
-                   [&]() -> HRESULT
-                   {
-                       if (!clone)
-                           return STG_E_INVALIDPOINTER;
-                       Stream* copy = new Stream(m_bytes, m_writable);
-                       copy->m_position = m_position;
-                       *clone = copy;
-                       return S_OK;
-                   });
+    return Guarded("IStream::Clone", [&]() -> HRESULT
+    {
+        if (!clone)
+        {
+            return STG_E_INVALIDPOINTER;
+        }
+        Stream* copy = new Stream(m_bytes, m_writable);
+        copy->m_position = m_position;
+        *clone = copy;
+        return S_OK;
+    });
 }
 
 } // namespace zebstore

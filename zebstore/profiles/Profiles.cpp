@@ -17,8 +17,7 @@ namespace
 using zeb::platform::RegistryKey;
 using zeb::platform::RegistryRoot;
 
-constexpr char ClassicPath[] =
-    "Software\\Microsoft\\Windows NT\\CurrentVersion\\Windows Messaging Subsystem\\Profiles";
+constexpr char ClassicPath[] = "Software\\Microsoft\\Windows NT\\CurrentVersion\\Windows Messaging Subsystem\\Profiles";
 constexpr char OfficePath[] = "Software\\Microsoft\\Office\\15.0\\Outlook";
 constexpr char DefaultValue[] = "DefaultProfile";
 constexpr char ServiceValue[] = "Service";
@@ -50,7 +49,9 @@ std::string KeyOf(const std::string& profile)
 void RequireExists(const std::string& profile)
 {
     if (!Exists(profile))
+    {
         throw Error(MAPI_E_NOT_FOUND, "there is no profile '" + profile + "'");
+    }
 }
 
 std::string TextOf(const MAPIUID& uid)
@@ -70,10 +71,14 @@ std::optional<Service> ReadService(const std::string& profile, const std::string
     Service service;
     std::string digits = uidText;
     if (digits.size() != 2 * sizeof(service.uid.ab) || !FBinFromHex(digits.data(), service.uid.ab))
+    {
         return std::nullopt;
+    }
     const auto key = RegistryKey::Open(RegistryRoot::CurrentUser, KeyOf(profile) + "\\" + uidText);
     if (!key || key->StringValue(ServiceValue) != std::string(ServiceName))
+    {
         return std::nullopt;
+    }
     service.displayName = key->StringValue("DisplayName").value_or("");
     service.path = key->StringValue("Path").value_or("");
     service.fullDurability = key->StringValue("Durability").value_or("") == "full";
@@ -84,9 +89,13 @@ void CheckName(const std::string& name)
 {
     bool good = !name.empty() && name.size() <= LongestName && name.front() != ' ' && name.back() != ' ';
     for (char each : name)
+    {
         good = good && static_cast<unsigned char>(each) >= ' ' && each != '\\';
+    }
     if (!good)
+    {
         throw Error(MAPI_E_INVALID_PARAMETER, "'" + name + "' can not be the name of a profile");
+    }
 }
 
 } // namespace
@@ -99,7 +108,9 @@ std::vector<std::string> Names()
     {
         const auto name = key->SubKeyName(i);
         if (!name)
+        {
             break;
+        }
         names.push_back(*name);
     }
     return names;
@@ -115,7 +126,9 @@ std::optional<std::string> Default()
 {
     const auto key = RegistryKey::Open(RegistryRoot::CurrentUser, DefaultPath());
     if (!key)
+    {
         return std::nullopt;
+    }
     const std::string name = key->StringValue(DefaultValue).value_or("");
     return Exists(name) ? std::optional<std::string>(name) : std::nullopt;
 }
@@ -124,10 +137,14 @@ void Create(const std::string& name)
 {
     CheckName(name);
     if (Exists(name))
+    {
         throw Error(MAPI_E_NO_ACCESS, "there is a profile '" + name + "' already");
+    }
     RegistryKey::Create(RegistryRoot::CurrentUser, KeyOf(name));
     if (!Default())
+    {
         SetDefault(name);
+    }
 }
 
 void Delete(const std::string& name)
@@ -136,7 +153,9 @@ void Delete(const std::string& name)
     const std::optional<std::string> byDefault = Default();
     RegistryKey::DeleteTree(RegistryRoot::CurrentUser, KeyOf(name));
     if (byDefault && SameName(*byDefault, name))
+    {
         SetDefault(std::string());
+    }
 }
 
 void Copy(const std::string& from, const std::string& to)
@@ -145,7 +164,9 @@ void Copy(const std::string& from, const std::string& to)
     const std::vector<Service> services = Services(from);
     Create(to);
     for (const Service& each : services)
+    {
         SaveService(to, each);
+    }
 }
 
 void SetDefault(const std::string& name)
@@ -168,9 +189,13 @@ std::vector<Service> Services(const std::string& profile)
     {
         const auto name = key->SubKeyName(i);
         if (!name)
+        {
             break;
+        }
         if (auto service = ReadService(profile, *name))
+        {
             services.push_back(std::move(*service));
+        }
     }
     return services;
 }
@@ -179,20 +204,23 @@ Service ServiceOf(const std::string& profile, const MAPIUID& uid)
 {
     auto service = ReadService(profile, TextOf(uid));
     if (!service)
+    {
         throw Error(MAPI_E_NOT_FOUND, "the profile '" + profile + "' has no such service");
+    }
     return *service;
 }
 
 void SaveService(const std::string& profile, const Service& service)
 {
     RequireExists(profile);
-    RegistryKey key =
-        RegistryKey::Create(RegistryRoot::CurrentUser, KeyOf(profile) + "\\" + TextOf(service.uid));
+    RegistryKey key = RegistryKey::Create(RegistryRoot::CurrentUser, KeyOf(profile) + "\\" + TextOf(service.uid));
     key.SetStringValue(ServiceValue, ServiceName);
     key.SetStringValue("DisplayName", service.displayName);
     key.SetStringValue("Durability", service.fullDurability ? "full" : "normal");
     if (!service.path.empty())
+    {
         key.SetStringValue("Path", service.path);
+    }
 }
 
 void DeleteService(const std::string& profile, const MAPIUID& uid)
@@ -223,17 +251,29 @@ std::string DefaultStorePath(const std::string& profile)
     std::string folder;
     using zeb::platform::EnvironmentVariable;
     if (const auto local = EnvironmentVariable("LOCALAPPDATA"))
+    {
         folder = *local;
+    }
     else if (const auto data = EnvironmentVariable("XDG_DATA_HOME"))
+    {
         folder = *data;
+    }
     else if (const auto home = EnvironmentVariable("HOME"))
+    {
         folder = *home + "/.local/share";
+    }
     if (folder.empty())
+    {
         throw Error(MAPI_E_NOT_FOUND, "the environment names no folder for the store; give its path");
+    }
     std::string name = profile;
     for (char& each : name)
+    {
         if (std::strchr("/\\:*?\"<>|", each))
+        {
             each = '_';
+        }
+    }
     namespace fs = std::filesystem;
     return (fs::u8path(folder) / "zebapi" / fs::u8path(name + ".zeb")).make_preferred().u8string();
 }

@@ -19,9 +19,9 @@ struct Service
     bool fullDurability = false;
 };
 
-/// The profiles of this user. Names compare without case, as registry keys do. Nothing is kept in memory: each call
-/// reads or writes the registry. Names are UTF-8.
-/// All of them throw what the registry throws; changes of a profile that is not there: Error MAPI_E_NOT_FOUND.
+/// The profiles of this user. Names compare without case, as registry keys do. Nothing is kept in memory:
+/// each call reads or writes the registry. Names are UTF-8. All of them throw what the registry throws;
+/// changes of a profile that is not there: Error MAPI_E_NOT_FOUND.
 namespace profiles
 {
 

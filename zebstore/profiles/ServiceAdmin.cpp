@@ -23,7 +23,9 @@ std::string TextOf(const SPropValue& value)
 {
     const bool unicode = PROP_TYPE(value.ulPropTag) == PT_UNICODE;
     if (!unicode && PROP_TYPE(value.ulPropTag) != PT_STRING8)
+    {
         throw Error(MAPI_E_INVALID_TYPE, "a setting of the service must be text");
+    }
     return TextArgument(value.Value.lpszA, unicode ? MAPI_UNICODE : 0);
 }
 
@@ -35,19 +37,26 @@ Settings ReadSettings(ULONG count, const SPropValue* values)
     {
         const SPropValue& value = values[i];
         if (PROP_ID(value.ulPropTag) == PROP_ID(PR_ZEBSTORE_PATH_A))
+        {
             settings.path = TextOf(value);
+        }
         else if (value.ulPropTag == PR_ZEBSTORE_CREATE)
+        {
             settings.create = value.Value.b != 0;
+        }
         else if (PROP_ID(value.ulPropTag) == PROP_ID(PR_ZEBSTORE_DURABILITY_A))
         {
             const std::string durability = TextOf(value);
             if (durability != "normal" && durability != "full")
-                throw Error(MAPI_E_INVALID_PARAMETER,
-                            "durability is 'normal' or 'full', not '" + durability + "'");
+            {
+                throw Error(MAPI_E_INVALID_PARAMETER, "durability is 'normal' or 'full', not '" + durability + "'");
+            }
             settings.full = durability == "full";
         }
         else
+        {
             throw Error(MAPI_E_INVALID_PARAMETER, "the service has no such setting");
+        }
     }
     return settings;
 }
@@ -64,9 +73,13 @@ std::string FullPath(const std::string& path)
 void Configure(const std::string& profile, Service service, const Settings& settings)
 {
     if (!settings.path.empty())
+    {
         service.path = FullPath(settings.path);
+    }
     else if (service.path.empty())
+    {
         service.path = profiles::DefaultStorePath(profile);
+    }
     service.fullDurability = settings.full.value_or(service.fullDurability);
     StoreFile::OpenOptions options;
     options.fullDurability = service.fullDurability;
@@ -82,7 +95,9 @@ void Configure(const std::string& profile, Service service, const Settings& sett
         StoreFile::Create(service.path, service.displayName, options);
     }
     else
+    {
         throw Error(MAPI_E_NOT_FOUND, "the store file " + service.path + " does not exist");
+    }
     profiles::SaveService(profile, service);
 }
 
@@ -90,7 +105,9 @@ void Configure(const std::string& profile, Service service, const Settings& sett
 Service AddService(const std::string& profile, const std::string& displayName)
 {
     if (!profiles::Services(profile).empty())
+    {
         throw Error(MAPI_E_NO_ACCESS, "the profile '" + profile + "' has its store already");
+    }
     Service service;
     service.uid = profiles::NewUid();
     service.displayName = displayName.empty() ? profile : displayName;
@@ -108,7 +125,9 @@ PropertySet ServiceRow(const Service& service)
     row.SetText(PR_DISPLAY_NAME_W, service.displayName);
     row.SetLong(PR_RESOURCE_FLAGS, SERVICE_DEFAULT_STORE | SERVICE_SINGLE_COPY);
     if (!service.path.empty())
+    {
         row.SetText(PR_ZEBSTORE_PATH_W, service.path);
+    }
     row.SetText(PR_ZEBSTORE_DURABILITY_W, service.fullDurability ? "full" : "normal");
     return row;
 }
@@ -128,78 +147,71 @@ public:
 
     HRESULT STDMETHODCALLTYPE GetMsgServiceTable(ULONG flags, LPMAPITABLE* table) override
     {
-        return Guarded("IMsgServiceAdmin::GetMsgServiceTable",
-                       [&]
-                       {
-                           Require(table != nullptr, "no place for the table");
-                           *table = nullptr;
-                           RequireFlags(flags, MAPI_UNICODE);
-                           std::vector<PropertySet> rows;
-                           for (const Service& each : profiles::Services(m_profile))
-                               rows.push_back(ServiceRow(each));
-                           *table = NewMemoryTable(std::move(rows),
-                                                   {PR_SERVICE_UID, PR_SERVICE_NAME_A, PR_DISPLAY_NAME_A,
-                                                    PR_INSTANCE_KEY, PR_RESOURCE_FLAGS, PR_ZEBSTORE_PATH_A,
-                                                    PR_ZEBSTORE_DURABILITY_A},
-                                                   flags);
-                       });
+        return Guarded("IMsgServiceAdmin::GetMsgServiceTable", [&]
+        {
+            Require(table != nullptr, "no place for the table");
+            *table = nullptr;
+            RequireFlags(flags, MAPI_UNICODE);
+            std::vector<PropertySet> rows;
+            for (const Service& each : profiles::Services(m_profile))
+            {
+                rows.push_back(ServiceRow(each));
+            }
+            *table = NewMemoryTable(std::move(rows),
+                                    {PR_SERVICE_UID, PR_SERVICE_NAME_A, PR_DISPLAY_NAME_A, PR_INSTANCE_KEY,
+                                     PR_RESOURCE_FLAGS, PR_ZEBSTORE_PATH_A, PR_ZEBSTORE_DURABILITY_A},
+                                    flags);
+        });
     }
 
-    HRESULT STDMETHODCALLTYPE CreateMsgService(LPTSTR name, LPTSTR displayName, ULONG_PTR,
-                                               ULONG flags) override
+    HRESULT STDMETHODCALLTYPE CreateMsgService(LPTSTR name, LPTSTR displayName, ULONG_PTR, ULONG flags) override
     {
-        return Guarded("IMsgServiceAdmin::CreateMsgService",
-                       [&]
-                       {
-                           RequireFlags(flags, MAPI_UNICODE | SERVICE_UI_ALWAYS | SERVICE_UI_ALLOWED);
-                           if (TextArgument(name, flags) != ZEBSTORE_SERVICE_NAME)
-                               throw Error(MAPI_E_NOT_FOUND,
-                                           "there is no service '" + TextArgument(name, flags) + "'");
-                           AddService(m_profile, TextArgument(displayName, flags));
-                       });
+        return Guarded("IMsgServiceAdmin::CreateMsgService", [&]
+        {
+            RequireFlags(flags, MAPI_UNICODE | SERVICE_UI_ALWAYS | SERVICE_UI_ALLOWED);
+            if (TextArgument(name, flags) != ZEBSTORE_SERVICE_NAME)
+            {
+                throw Error(MAPI_E_NOT_FOUND, "there is no service '" + TextArgument(name, flags) + "'");
+            }
+            AddService(m_profile, TextArgument(displayName, flags));
+        });
     }
 
     HRESULT STDMETHODCALLTYPE DeleteMsgService(LPMAPIUID uid) override
     {
-        return Guarded("IMsgServiceAdmin::DeleteMsgService",
-                       [&]
-                       {
-                           Require(uid != nullptr, "no service is named");
-                           profiles::DeleteService(m_profile, *uid);
-                       });
+        return Guarded("IMsgServiceAdmin::DeleteMsgService", [&]
+        {
+            Require(uid != nullptr, "no service is named");
+            profiles::DeleteService(m_profile, *uid);
+        });
     }
 
-    HRESULT STDMETHODCALLTYPE CopyMsgService(LPMAPIUID, LPTSTR, LPCIID, LPCIID, LPVOID, ULONG_PTR,
-                                             ULONG) override
+    HRESULT STDMETHODCALLTYPE CopyMsgService(LPMAPIUID, LPTSTR, LPCIID, LPCIID, LPVOID, ULONG_PTR, ULONG) override
     {
         return Refuse("IMsgServiceAdmin::CopyMsgService");
     }
 
     HRESULT STDMETHODCALLTYPE RenameMsgService(LPMAPIUID uid, ULONG flags, LPTSTR displayName) override
     {
-        return Guarded("IMsgServiceAdmin::RenameMsgService",
-                       [&]
-                       {
-                           Require(uid != nullptr, "no service is named");
-                           RequireFlags(flags, MAPI_UNICODE);
-                           Service service = profiles::ServiceOf(m_profile, *uid);
-                           service.displayName = TextArgument(displayName, flags);
-                           profiles::SaveService(m_profile, service);
-                       });
+        return Guarded("IMsgServiceAdmin::RenameMsgService", [&]
+        {
+            Require(uid != nullptr, "no service is named");
+            RequireFlags(flags, MAPI_UNICODE);
+            Service service = profiles::ServiceOf(m_profile, *uid);
+            service.displayName = TextArgument(displayName, flags);
+            profiles::SaveService(m_profile, service);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE ConfigureMsgService(LPMAPIUID uid, ULONG_PTR, ULONG flags, ULONG count,
                                                   LPSPropValue values) override
     {
-        return Guarded("IMsgServiceAdmin::ConfigureMsgService",
-                       [&]
-                       {
-                           Require(uid != nullptr, "no service is named");
-                           RequireFlags(flags, MAPI_UNICODE | SERVICE_UI_ALWAYS | SERVICE_UI_ALLOWED |
-                                                   MSG_SERVICE_UI_READ_ONLY);
-                           Configure(m_profile, profiles::ServiceOf(m_profile, *uid),
-                                     ReadSettings(count, values));
-                       });
+        return Guarded("IMsgServiceAdmin::ConfigureMsgService", [&]
+        {
+            Require(uid != nullptr, "no service is named");
+            RequireFlags(flags, MAPI_UNICODE | SERVICE_UI_ALWAYS | SERVICE_UI_ALLOWED | MSG_SERVICE_UI_READ_ONLY);
+            Configure(m_profile, profiles::ServiceOf(m_profile, *uid), ReadSettings(count, values));
+        });
     }
 
     HRESULT STDMETHODCALLTYPE OpenProfileSection(LPMAPIUID, LPCIID, ULONG, LPPROFSECT*) override
@@ -226,8 +238,7 @@ public:
 private:
     static HRESULT Refuse(const char* method)
     {
-        return Guarded(method,
-                       [] { throw Error(MAPI_E_NO_SUPPORT, "a profile holds one store and nothing else"); });
+        return Guarded(method, [] { throw Error(MAPI_E_NO_SUPPORT, "a profile holds one store and nothing else"); });
     }
 
     bool Answers(REFIID iid) const override { return IsOneOf(iid, {&IID_IMsgServiceAdmin}); }
@@ -248,7 +259,9 @@ std::shared_ptr<StoreFile> OpenServiceFile(const Service& service)
     catch (const Error& error)
     {
         if (error.Code() != MAPI_E_NO_ACCESS)
+        {
             throw;
+        }
     }
     options.readOnly = true;
     return StoreFile::Open(service.path, options);
@@ -257,7 +270,9 @@ std::shared_ptr<StoreFile> OpenServiceFile(const Service& service)
 IMsgServiceAdmin* NewServiceAdmin(const std::string& profile)
 {
     if (!profiles::Exists(profile))
+    {
         throw Error(MAPI_E_NOT_FOUND, "there is no profile '" + profile + "'");
+    }
     return new ServiceAdmin(profile);
 }
 

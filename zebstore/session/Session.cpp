@@ -31,50 +31,46 @@ public:
 
     HRESULT STDMETHODCALLTYPE GetMsgStoresTable(ULONG flags, LPMAPITABLE* table) override
     {
-        return Guarded("IMAPISession::GetMsgStoresTable",
-                       [&]
-                       {
-                           Require(table != nullptr, "no place for the table");
-                           *table = nullptr;
-                           RequireFlags(flags, MAPI_UNICODE);
-                           RequireLoggedOn();
-                           std::vector<PropertySet> rows;
-                           for (const Service& each : profiles::Services(m_profile))
-                               rows.push_back(StoreRow(each));
-                           *table = NewMemoryTable(std::move(rows),
-                                                   {PR_DEFAULT_STORE, PR_ENTRYID, PR_DISPLAY_NAME_A,
-                                                    PR_PROVIDER_DISPLAY_A, PR_MDB_PROVIDER, PR_RESOURCE_TYPE,
-                                                    PR_RESOURCE_FLAGS, PR_RECORD_KEY, PR_OBJECT_TYPE,
-                                                    PR_INSTANCE_KEY},
-                                                   flags);
-                       });
+        return Guarded("IMAPISession::GetMsgStoresTable", [&]
+        {
+            Require(table != nullptr, "no place for the table");
+            *table = nullptr;
+            RequireFlags(flags, MAPI_UNICODE);
+            RequireLoggedOn();
+            std::vector<PropertySet> rows;
+            for (const Service& each : profiles::Services(m_profile))
+            {
+                rows.push_back(StoreRow(each));
+            }
+            *table =
+                NewMemoryTable(std::move(rows),
+                               {PR_DEFAULT_STORE, PR_ENTRYID, PR_DISPLAY_NAME_A, PR_PROVIDER_DISPLAY_A, PR_MDB_PROVIDER,
+                                PR_RESOURCE_TYPE, PR_RESOURCE_FLAGS, PR_RECORD_KEY, PR_OBJECT_TYPE, PR_INSTANCE_KEY},
+                               flags);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE OpenMsgStore(ULONG_PTR, ULONG size, LPENTRYID id, LPCIID iid, ULONG flags,
                                            LPMDB* store) override
     {
-        return Guarded("IMAPISession::OpenMsgStore",
-                       [&]
-                       {
-                           Require(store != nullptr, "no place for the store");
-                           *store = nullptr;
-                           RequireFlags(flags, MDB_NO_DIALOG | MDB_WRITE | MDB_TEMPORARY | MDB_NO_MAIL |
-                                                   OpenEntryFlags | MdbOnline);
-                           *store = static_cast<IMsgStore*>(OpenStore(size, id, iid, flags));
-                       });
+        return Guarded("IMAPISession::OpenMsgStore", [&]
+        {
+            Require(store != nullptr, "no place for the store");
+            *store = nullptr;
+            RequireFlags(flags, MDB_NO_DIALOG | MDB_WRITE | MDB_TEMPORARY | MDB_NO_MAIL | OpenEntryFlags | MdbOnline);
+            *store = static_cast<IMsgStore*>(OpenStore(size, id, iid, flags));
+        });
     }
 
     HRESULT STDMETHODCALLTYPE OpenAddressBook(ULONG_PTR, LPCIID iid, ULONG flags, LPADRBOOK* book) override
     {
-        return Guarded("IMAPISession::OpenAddressBook",
-                       [&]
-                       {
-                           Require(book != nullptr, "no place for the address book");
-                           *book = nullptr;
-                           RequireFlags(flags, AB_NO_DIALOG);
-                           *book = static_cast<IAddrBook*>(
-                               Answer(NewAddressBook(Opened(), MostAccess()).Get(), iid));
-                       });
+        return Guarded("IMAPISession::OpenAddressBook", [&]
+        {
+            Require(book != nullptr, "no place for the address book");
+            *book = nullptr;
+            RequireFlags(flags, AB_NO_DIALOG);
+            *book = static_cast<IAddrBook*>(Answer(NewAddressBook(Opened(), MostAccess()).Get(), iid));
+        });
     }
     HRESULT STDMETHODCALLTYPE OpenProfileSection(LPMAPIUID, LPCIID, ULONG, LPPROFSECT*) override
     {
@@ -83,68 +79,71 @@ public:
 
     HRESULT STDMETHODCALLTYPE GetStatusTable(ULONG flags, LPMAPITABLE* table) override
     {
-        return Guarded(
-            "IMAPISession::GetStatusTable",
-            [&]
-            {
-                Require(table != nullptr, "no place for the table");
-                RequireFlags(flags, MAPI_UNICODE);
-                *table = NewMemoryTable({}, {PR_DISPLAY_NAME_A, PR_ENTRYID, PR_RESOURCE_TYPE}, flags);
-            });
+        return Guarded("IMAPISession::GetStatusTable", [&]
+        {
+            Require(table != nullptr, "no place for the table");
+            RequireFlags(flags, MAPI_UNICODE);
+            *table = NewMemoryTable({}, {PR_DISPLAY_NAME_A, PR_ENTRYID, PR_RESOURCE_TYPE}, flags);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG size, LPENTRYID id, LPCIID iid, ULONG flags, ULONG* objectType,
                                         LPUNKNOWN* object) override
     {
-        return Guarded("IMAPISession::OpenEntry",
-                       [&]
-                       {
-                           Require(object != nullptr, "no place for the object");
-                           *object = nullptr;
-                           if (!size || !id)
-                               throw Error(MAPI_E_INVALID_ENTRYID, "no entry identifier");
-                           if (LooksLikeStoreEntryId(id, size))
-                           {
-                               *object = OpenStore(size, id, iid, flags);
-                               if (objectType)
-                                   *objectType = MAPI_STORE;
-                               return;
-                           }
-                           *object =
-                               IsAddressId(id, size)
-                                   ? OpenAddress(Opened(), size, id, iid, flags, MostAccess(), objectType)
-                                   : OpenItem(Opened(), size, id, iid, flags, MostAccess(), objectType);
-                       });
+        return Guarded("IMAPISession::OpenEntry", [&]
+        {
+            Require(object != nullptr, "no place for the object");
+            *object = nullptr;
+            if (!size || !id)
+            {
+                throw Error(MAPI_E_INVALID_ENTRYID, "no entry identifier");
+            }
+            if (LooksLikeStoreEntryId(id, size))
+            {
+                *object = OpenStore(size, id, iid, flags);
+                if (objectType)
+                {
+                    *objectType = MAPI_STORE;
+                }
+                return;
+            }
+            *object = IsAddressId(id, size) ? OpenAddress(Opened(), size, id, iid, flags, MostAccess(), objectType)
+                                            : OpenItem(Opened(), size, id, iid, flags, MostAccess(), objectType);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE CompareEntryIDs(ULONG sizeA, LPENTRYID a, ULONG sizeB, LPENTRYID b, ULONG flags,
                                               ULONG* same) override
     {
-        return Guarded("IMAPISession::CompareEntryIDs",
-                       [&]
-                       {
-                           Require(same != nullptr, "no place for the result");
-                           RequireFlags(flags, 0);
-                           *same = SameEntry(sizeA, a, sizeB, b);
-                       });
+        return Guarded("IMAPISession::CompareEntryIDs", [&]
+        {
+            Require(same != nullptr, "no place for the result");
+            RequireFlags(flags, 0);
+            *same = SameEntry(sizeA, a, sizeB, b);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE Advise(ULONG size, LPENTRYID id, ULONG events, LPMAPIADVISESINK sink,
                                      ULONG_PTR* connection) override
     {
-        return Guarded("IMAPISession::Advise",
-                       [&]
-                       {
-                           RequireObjectEvents(events, sink, connection);
-                           if (!size || !id)
-                               throw Error(MAPI_E_NO_SUPPORT, "the session itself has nothing to tell");
-                           std::optional<ItemId> item;
-                           if (LooksLikeStoreEntryId(id, size))
-                               RequireOurs(size, id);
-                           else
-                               item = Opened()->Parse(id, size);
-                           *connection = Sinks()->Advise(item, events, sink);
-                       });
+        return Guarded("IMAPISession::Advise", [&]
+        {
+            RequireObjectEvents(events, sink, connection);
+            if (!size || !id)
+            {
+                throw Error(MAPI_E_NO_SUPPORT, "the session itself has nothing to tell");
+            }
+            std::optional<ItemId> item;
+            if (LooksLikeStoreEntryId(id, size))
+            {
+                RequireOurs(size, id);
+            }
+            else
+            {
+                item = Opened()->Parse(id, size);
+            }
+            *connection = Sinks()->Advise(item, events, sink);
+        });
     }
     HRESULT STDMETHODCALLTYPE Unadvise(ULONG_PTR connection) override
     {
@@ -161,37 +160,34 @@ public:
 
     HRESULT STDMETHODCALLTYPE EnumAdrTypes(ULONG, ULONG* count, LPTSTR** types) override
     {
-        return Guarded("IMAPISession::EnumAdrTypes",
-                       [&]
-                       {
-                           Require(count && types, "no place for the types");
-                           *count = 0;
-                           *types = nullptr;
-                       });
+        return Guarded("IMAPISession::EnumAdrTypes", [&]
+        {
+            Require(count && types, "no place for the types");
+            *count = 0;
+            *types = nullptr;
+        });
     }
 
     HRESULT STDMETHODCALLTYPE QueryIdentity(ULONG* size, LPENTRYID* id) override
     {
-        return Guarded("IMAPISession::QueryIdentity",
-                       [&]
-                       {
-                           Require(size && id, "no place for the identity");
-                           *size = 0;
-                           *id = nullptr;
-                           throw Error(MAPI_E_NOT_FOUND, "the profile has no identity");
-                       });
+        return Guarded("IMAPISession::QueryIdentity", [&]
+        {
+            Require(size && id, "no place for the identity");
+            *size = 0;
+            *id = nullptr;
+            throw Error(MAPI_E_NOT_FOUND, "the profile has no identity");
+        });
     }
 
     HRESULT STDMETHODCALLTYPE Logoff(ULONG_PTR, ULONG, ULONG) override
     {
-        return Guarded("IMAPISession::Logoff",
-                       [&]
-                       {
-                           CloseSinks();
-                           const std::lock_guard<std::mutex> hold(m_lock);
-                           m_loggedOn = false;
-                           m_store.reset();
-                       });
+        return Guarded("IMAPISession::Logoff", [&]
+        {
+            CloseSinks();
+            const std::lock_guard<std::mutex> hold(m_lock);
+            m_loggedOn = false;
+            m_store.reset();
+        });
     }
 
     HRESULT STDMETHODCALLTYPE SetDefaultStore(ULONG, ULONG size, LPENTRYID id) override
@@ -201,19 +197,18 @@ public:
 
     HRESULT STDMETHODCALLTYPE AdminServices(ULONG flags, LPSERVICEADMIN* admin) override
     {
-        return Guarded("IMAPISession::AdminServices",
-                       [&]
-                       {
-                           Require(admin != nullptr, "no place for the service administration");
-                           *admin = nullptr;
-                           RequireFlags(flags, 0);
-                           RequireLoggedOn();
-                           *admin = NewServiceAdmin(m_profile);
-                       });
+        return Guarded("IMAPISession::AdminServices", [&]
+        {
+            Require(admin != nullptr, "no place for the service administration");
+            *admin = nullptr;
+            RequireFlags(flags, 0);
+            RequireLoggedOn();
+            *admin = NewServiceAdmin(m_profile);
+        });
     }
 
-    HRESULT STDMETHODCALLTYPE ShowForm(ULONG_PTR, LPMDB, LPMAPIFOLDER, LPCIID, ULONG_PTR, LPMESSAGE, ULONG,
-                                       ULONG, ULONG, ULONG, LPSTR) override
+    HRESULT STDMETHODCALLTYPE ShowForm(ULONG_PTR, LPMDB, LPMAPIFOLDER, LPCIID, ULONG_PTR, LPMESSAGE, ULONG, ULONG,
+                                       ULONG, ULONG, LPSTR) override
     {
         return Refuse("IMAPISession::ShowForm");
     }
@@ -231,7 +226,9 @@ private:
         const StorePtr store = Opened();
         const std::lock_guard<std::mutex> hold(m_lock);
         if (!m_sinks)
+        {
             m_sinks = std::make_shared<StoreSinks>(store);
+        }
         return m_sinks;
     }
 
@@ -244,13 +241,14 @@ private:
         }
         // Not under the lock: a call in progress, which is waited for, may use the session.
         if (sinks)
+        {
             sinks->Close();
+        }
     }
 
     static HRESULT Refuse(const char* method)
     {
-        return Guarded(method,
-                       [] { throw Error(MAPI_E_NO_SUPPORT, "the provider has stores and nothing else"); });
+        return Guarded(method, [] { throw Error(MAPI_E_NO_SUPPORT, "the provider has stores and nothing else"); });
     }
 
     bool Answers(REFIID iid) const override { return IsOneOf(iid, {&IID_IMAPISession}); }
@@ -259,7 +257,9 @@ private:
     {
         const std::lock_guard<std::mutex> hold(m_lock);
         if (!m_loggedOn)
+        {
             throw Error(MAPI_E_END_OF_SESSION, "the session was logged off");
+        }
     }
 
     /// The profile's store, opened for writing where that is allowed.
@@ -267,12 +267,18 @@ private:
     {
         const std::lock_guard<std::mutex> hold(m_lock);
         if (!m_loggedOn)
+        {
             throw Error(MAPI_E_END_OF_SESSION, "the session was logged off");
+        }
         if (m_store)
+        {
             return m_store;
+        }
         const std::vector<Service> services = profiles::Services(m_profile);
         if (services.empty() || services.front().path.empty())
+        {
             throw Error(MAPI_E_NOT_FOUND, "the profile '" + m_profile + "' has no store");
+        }
         m_store = std::make_shared<StoreContext>(OpenServiceFile(services.front()));
         return m_store;
     }
@@ -284,7 +290,9 @@ private:
         const StoreId asked = ParseStoreEntryId(id, size);
         StorePtr store = Opened();
         if (std::memcmp(asked.uid.ab, store->Uid().ab, sizeof(MAPIUID)) != 0)
+        {
             throw Error(MAPI_E_NOT_FOUND, "the store is none of the profile '" + m_profile + "'");
+        }
         return store;
     }
 
@@ -293,9 +301,13 @@ private:
         const StorePtr store = RequireOurs(size, id);
         Access access = Access::Read;
         if (flags & (MDB_WRITE | MAPI_MODIFY | MAPI_BEST_ACCESS))
+        {
             access = MostAccess();
+        }
         if ((flags & MDB_WRITE) && access == Access::Read)
+        {
             throw Error(MAPI_E_NO_ACCESS, store->File().Path() + " can only be read");
+        }
         return Answer(NewStore(store, access).Get(), iid);
     }
 
@@ -330,12 +342,18 @@ IMAPISession* Logon(const char* profile, ULONG flags)
 {
     std::string name = TextArgument(profile, flags);
     if (name.empty())
+    {
         name = profiles::Default().value_or("");
+    }
     // MAPI would show a window now; this provider shows none.
     if (name.empty())
+    {
         throw Error(MAPI_E_LOGON_FAILED, "no profile is named, and there is no default one");
+    }
     if (!profiles::Exists(name))
+    {
         throw Error(MAPI_E_LOGON_FAILED, "there is no profile '" + name + "'");
+    }
     return new Session(name);
 }
 

@@ -27,10 +27,11 @@ public:
 
     EncodedValue Find(ULONG tag) const override
     {
-        const auto compute = [&](PropertySet& made)
-        { return m_computed.OfEntry(tag, m_address, m_type, made); };
+        const auto compute = [&](PropertySet& made) { return m_computed.OfEntry(tag, m_address, m_type, made); };
         if (const auto value = m_made.Find(tag, compute))
+        {
             return *value;
+        }
         return m_blob.Find(tag);
     }
 
@@ -60,15 +61,21 @@ public:
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
         const ReadScope moment(m_store->Connection());
         if (Count() == 0)
+        {
             return {};
+        }
         // The natural order is that of the names, so the commonest sort order asks for nothing.
         const bool natural = !order || order->IsEmpty() || IsByName(*order);
         if (natural && !restriction)
+        {
             return Query(m_store->Connection(), "SELECT id FROM address ORDER BY key, id").Numbers(Count());
+        }
         RowSelection selection(restriction, natural ? nullptr : order);
         Query query(m_store->Connection(), "SELECT id, type, props FROM address ORDER BY key, id");
         while (query.Step())
+        {
             selection.Add(query.Number(0), AddressValues(*m_store, *m_computed, query));
+        }
         return selection.Take();
     }
 
@@ -77,15 +84,18 @@ public:
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
         const ReadScope moment(m_store->Connection());
         if (Count() == 0)
+        {
             return {};
-        Query query(
-            m_store->Connection(),
-            after ? "SELECT id FROM address WHERE (key, id) > (SELECT key, id FROM address WHERE id=?2) "
-                    "ORDER BY key, id LIMIT ?1"
-                  : "SELECT id FROM address ORDER BY key, id LIMIT ?1");
+        }
+        Query query(m_store->Connection(),
+                    after ? "SELECT id FROM address WHERE (key, id) > (SELECT key, id FROM address WHERE id=?2) "
+                            "ORDER BY key, id LIMIT ?1"
+                          : "SELECT id FROM address ORDER BY key, id LIMIT ?1");
         query.Bind(1, static_cast<std::int64_t>(count));
         if (after)
+        {
             query.Bind(2, *after);
+        }
         return query.Numbers();
     }
 
@@ -94,18 +104,21 @@ public:
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
         const ReadScope moment(m_store->Connection());
         if (count == 0)
+        {
             return;
+        }
         Query query(m_store->Connection(), "SELECT id, type, props FROM address WHERE id=?");
-        ReadByKey(query, keys, count, visit,
-                  [&](RowKey) { return AddressValues(*m_store, *m_computed, query); });
+        ReadByKey(query, keys, count, visit, [&](RowKey) { return AddressValues(*m_store, *m_computed, query); });
     }
 
     std::vector<ULONG> DefaultColumns() override
     {
         std::vector<ULONG> columns = m_computed->Tags();
-        for (const ULONG tag : {PR_DISPLAY_NAME_W, PR_ADDRTYPE_W, PR_EMAIL_ADDRESS_W, PrSmtpAddress,
-                                PR_ACCOUNT_W, PR_SEARCH_KEY})
+        for (const ULONG tag :
+             {PR_DISPLAY_NAME_W, PR_ADDRTYPE_W, PR_EMAIL_ADDRESS_W, PrSmtpAddress, PR_ACCOUNT_W, PR_SEARCH_KEY})
+        {
             columns.push_back(tag);
+        }
         return columns;
     }
 
@@ -115,8 +128,12 @@ public:
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
         const std::vector<RowKey> keys = KeysAfter(std::nullopt, 100); // the first rows stand for all
         for (const RowKey key : keys)
+        {
             for (const ULONG tag : m_addresses.Load(key).properties.Tags())
+            {
                 columns.Add(tag);
+            }
+        }
         return columns.Take();
     }
 
@@ -125,8 +142,8 @@ private:
     {
         const SortOrder::Key& first = order.Keys().front();
         const ULONG type = PROP_TYPE(first.tag);
-        return order.Keys().size() == 1 && PROP_ID(first.tag) == PROP_ID(PR_DISPLAY_NAME) &&
-               !first.descending && (type == PT_UNICODE || type == PT_STRING8 || type == PT_UNSPECIFIED);
+        return order.Keys().size() == 1 && PROP_ID(first.tag) == PROP_ID(PR_DISPLAY_NAME) && !first.descending &&
+               (type == PT_UNICODE || type == PT_STRING8 || type == PT_UNSPECIFIED);
     }
 
     AddressStorage m_addresses;

@@ -28,16 +28,22 @@ std::optional<std::vector<LargeReference>> LargeOf(StoreFile& store, AddressId a
 {
     Query query(store.Connection(), "SELECT props FROM address WHERE id=?");
     if (!query.Bind(1, address).Step())
+    {
         return std::nullopt;
+    }
     return ReferencesIn(query.Bytes(0));
 }
 
 void BindMember(Query& query, int index, const ListMember& member)
 {
     if (member.address != 0)
+    {
         query.Bind(index, member.address).BindNull(index + 1);
+    }
     else
+    {
         query.BindNull(index).BindBlob(index + 1, member.entry);
+    }
 }
 
 } // namespace
@@ -62,7 +68,9 @@ ULONG AddressStorage::Count() const
 {
     const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
     if (!IsThere())
+    {
         return 0;
+    }
     Query query(m_store->Connection(), "SELECT rows FROM directory");
     return query.Step() ? static_cast<ULONG>(query.Number(0)) : 0;
 }
@@ -71,7 +79,9 @@ std::uint64_t AddressStorage::Generation() const
 {
     const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
     if (!IsThere())
+    {
         return 0;
+    }
     Query query(m_store->Connection(), "SELECT change FROM directory");
     return query.Step() ? static_cast<std::uint64_t>(query.Number(0)) + 1 : 0;
 }
@@ -80,11 +90,12 @@ PropertySet AddressStorage::Properties() const
 {
     const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
     if (!IsThere())
+    {
         return {};
+    }
     Query query(m_store->Connection(), "SELECT props FROM directory");
-    return query.Step() && !query.IsNull(0)
-               ? PropertyBlob(query.Bytes(0), *m_store, {"the address book"}).Decode()
-               : PropertySet();
+    return query.Step() && !query.IsNull(0) ? PropertyBlob(query.Bytes(0), *m_store, {"the address book"}).Decode()
+                                            : PropertySet();
 }
 
 void AddressStorage::SaveProperties(const PropertySet& properties) const
@@ -96,7 +107,9 @@ void AddressStorage::SaveProperties(const PropertySet& properties) const
     {
         Query query(m_store->Connection(), "SELECT props FROM directory");
         if (query.Step())
+        {
             kept = ReferencesIn(query.Bytes(0));
+        }
     }
     bool large = false;
     const std::string blob = WriteBlob(*m_store, properties, kept, large);
@@ -108,18 +121,21 @@ void AddressStorage::SaveProperties(const PropertySet& properties) const
 bool AddressStorage::Exists(AddressId address) const
 {
     const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-    return IsThere() &&
-           Query(m_store->Connection(), "SELECT 1 FROM address WHERE id=?").Bind(1, address).Step();
+    return IsThere() && Query(m_store->Connection(), "SELECT 1 FROM address WHERE id=?").Bind(1, address).Step();
 }
 
 StoredAddress AddressStorage::Load(AddressId address) const
 {
     const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
     if (!IsThere())
+    {
         ThrowGone(*m_store, MAPI_E_NOT_FOUND);
+    }
     Query query(m_store->Connection(), "SELECT type, change, props FROM address WHERE id=?");
     if (!query.Bind(1, address).Step())
+    {
         ThrowGone(*m_store, MAPI_E_NOT_FOUND);
+    }
     return {address, static_cast<ULONG>(query.Number(0)), query.Number(1),
             PropertyBlob(query.Bytes(2), *m_store, {"address book entry", address}).Decode()};
 }
@@ -128,7 +144,9 @@ std::vector<AddressId> AddressStorage::Named(std::string_view displayName) const
 {
     const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
     if (!IsThere())
+    {
         return {};
+    }
     const std::string key = SortKey(displayName);
     Query query(m_store->Connection(), "SELECT id FROM address WHERE key=? ORDER BY id");
     return query.BindText(1, key).Numbers();
@@ -156,7 +174,9 @@ AddressId AddressStorage::Create(ULONG type, const PropertySet& properties, Addr
         made = query.Number(0);
     }
     if (list != 0)
+    {
         AddMembers(list, {{made, std::string()}});
+    }
     Touch(1);
     transaction.Commit();
     return made;
@@ -170,7 +190,9 @@ std::int64_t AddressStorage::Save(AddressId address, const PropertySet& properti
     Transaction transaction(database);
     std::optional<std::vector<LargeReference>> kept = LargeOf(*m_store, address);
     if (!kept)
+    {
         ThrowGone(*m_store, MAPI_E_OBJECT_DELETED);
+    }
     std::int64_t now = 0;
     {
         Query query(database, "SELECT change FROM address WHERE id=?");
@@ -178,8 +200,10 @@ std::int64_t AddressStorage::Save(AddressId address, const PropertySet& properti
         now = query.Number(0);
     }
     if (change != 0 && change != now)
+    {
         throw Error(MAPI_E_OBJECT_CHANGED,
                     "The address book entry in the store file '" + m_store->Path() + "' was changed since.");
+    }
     bool large = false;
     const std::string blob = WriteBlob(*m_store, properties, *kept, large);
     const std::string key = NameKey(properties);
@@ -206,7 +230,9 @@ size_t AddressStorage::Delete(const std::vector<AddressId>& addresses) const
     {
         const std::optional<std::vector<LargeReference>> large = LargeOf(*m_store, address);
         if (!large)
+        {
             continue;
+        }
         Query(database, "DELETE FROM address WHERE id=?").Bind(1, address).Run();
         DeleteReferences(database, *large);
         ++deleted;
@@ -220,7 +246,9 @@ void AddressStorage::RequireList(AddressId list) const
 {
     Query query(m_store->Connection(), "SELECT type FROM address WHERE id=?");
     if (!query.Bind(1, list).Step() || query.Number(0) != MAPI_DISTLIST)
+    {
         ThrowGone(*m_store, MAPI_E_NOT_FOUND);
+    }
 }
 
 std::vector<ListMember> AddressStorage::Members(AddressId list) const
@@ -228,13 +256,17 @@ std::vector<ListMember> AddressStorage::Members(AddressId list) const
     const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
     const ReadScope moment(m_store->Connection());
     if (!IsThere())
+    {
         ThrowGone(*m_store, MAPI_E_NOT_FOUND);
+    }
     RequireList(list);
     std::vector<ListMember> members;
     Query query(m_store->Connection(), "SELECT address, entry FROM member WHERE list=? ORDER BY number");
     query.Bind(1, list);
     while (query.Step())
+    {
         members.push_back({query.IsNull(0) ? 0 : query.Number(0), std::string(query.Bytes(1))});
+    }
     return members;
 }
 
@@ -250,14 +282,20 @@ void AddressStorage::AddMembers(AddressId list, const std::vector<ListMember>& m
     {
         Query query(database, "SELECT max(number) FROM member WHERE list=?");
         if (query.Bind(1, list).Step() && !query.IsNull(0))
+        {
             next = query.Number(0) + 1;
+        }
     }
     for (const ListMember& member : members)
     {
         if (std::find(present.begin(), present.end(), member) != present.end())
+        {
             continue;
+        }
         if (member.address != 0 && !Exists(member.address))
+        {
             ThrowGone(*m_store, MAPI_E_NOT_FOUND);
+        }
         Query query(database, "INSERT INTO member(list, number, address, entry) VALUES(?, ?, ?, ?)");
         query.Bind(1, list).Bind(2, next++);
         BindMember(query, 3, member);

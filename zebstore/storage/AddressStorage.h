@@ -30,10 +30,7 @@ struct ListMember
     AddressId address = 0;
     std::string entry; ///< when there is no `address`
 
-    bool operator==(const ListMember& other) const
-    {
-        return address == other.address && entry == other.entry;
-    }
+    bool operator==(const ListMember& other) const { return address == other.address && entry == other.entry; }
 };
 
 /// The entries of a store file. A handle: copies mean the same address book.

@@ -25,12 +25,18 @@ void CheckDatabase(Database& database, Problems& problems)
 {
     Query integrity(database, "PRAGMA integrity_check");
     while (integrity.Step())
+    {
         if (integrity.Bytes(0) != "ok")
+        {
             problems.emplace_back(integrity.Bytes(0));
+        }
+    }
     Query keys(database, "PRAGMA foreign_key_check");
     while (keys.Step())
+    {
         problems.push_back("a row of '" + std::string(keys.Bytes(0)) + "' points to one of '" +
                            std::string(keys.Bytes(2)) + "' that is not there");
+    }
 }
 
 // The values that rows refer to; a value belongs to one row.
@@ -59,7 +65,9 @@ public:
         {
             TakeValue(owner, reference.id, reference.size);
             if (reference.form == LargeReference::OwnBytes)
+            {
                 TakeValue(owner, reference.ownId, reference.ownSize);
+            }
         }
     }
 
@@ -67,19 +75,26 @@ public:
     {
         Query query(m_store.Connection(), "SELECT id FROM large");
         while (query.Step())
+        {
             if (m_taken.count(query.Number(0)) == 0)
+            {
                 m_problems.push_back(Named("large value", query.Number(0)) + " belongs to nothing");
-        Query chunks(m_store.Connection(),
-                     "SELECT count(*) FROM chunk WHERE (id >> 24) NOT IN (SELECT id FROM large)");
+            }
+        }
+        Query chunks(m_store.Connection(), "SELECT count(*) FROM chunk WHERE (id >> 24) NOT IN (SELECT id FROM large)");
         if (chunks.Step() && chunks.Number(0) != 0)
+        {
             m_problems.push_back(std::to_string(chunks.Number(0)) + " pieces belong to no large value");
+        }
     }
 
 private:
     void TakeValue(const std::string& owner, std::int64_t id, std::uint64_t size)
     {
         if (!m_taken.insert(id).second)
+        {
             m_problems.push_back(owner + ": its " + Named("large value", id) + " belongs to another one too");
+        }
         if (!CanBeLargeId(id))
         {
             m_problems.push_back(owner + ": a reference to a large value is damaged");
@@ -88,22 +103,23 @@ private:
         std::uint64_t bytes = 0;
         bool asWritten = true;
         const ChunkRange chunks = LargeChunks(id);
-        Query query =
-            HasSums()
-                ? Query(m_store.Connection(), "SELECT id, bytes, sum FROM chunk WHERE id BETWEEN ? AND ?")
-                : Query(m_store.Connection(), "SELECT id, bytes FROM chunk WHERE id BETWEEN ? AND ?");
+        Query query = HasSums()
+                          ? Query(m_store.Connection(), "SELECT id, bytes, sum FROM chunk WHERE id BETWEEN ? AND ?")
+                          : Query(m_store.Connection(), "SELECT id, bytes FROM chunk WHERE id BETWEEN ? AND ?");
         query.Bind(1, chunks.first).Bind(2, chunks.last);
         while (query.Step())
         {
             bytes += query.Bytes(1).size();
-            asWritten = asWritten &&
-                        (!HasSums() || PieceChecksum(query.Number(0), query.Bytes(1)) == query.Number(2));
+            asWritten = asWritten && (!HasSums() || PieceChecksum(query.Number(0), query.Bytes(1)) == query.Number(2));
         }
         if (bytes != size)
+        {
             m_problems.push_back(owner + ": its " + Named("large value", id) + " is not complete");
+        }
         if (!asWritten)
-            m_problems.push_back(owner + ": its " + Named("large value", id) +
-                                 " does not match its checksum");
+        {
+            m_problems.push_back(owner + ": its " + Named("large value", id) + " does not match its checksum");
+        }
     }
 
     bool HasSums() const { return m_store.Version() >= ChecksumVersion; }
@@ -116,8 +132,7 @@ private:
 void CheckCounters(Database& database, Problems& problems)
 {
     std::map<std::int64_t, std::pair<std::int64_t, std::int64_t>> counted;
-    Query rows(database,
-               "SELECT id >> 32, count(*), sum((flags & 1) = 0), max(id) FROM message GROUP BY id >> 32");
+    Query rows(database, "SELECT id >> 32, count(*), sum((flags & 1) = 0), max(id) FROM message GROUP BY id >> 32");
     std::map<std::int64_t, std::int64_t> last;
     while (rows.Step())
     {
@@ -133,20 +148,30 @@ void CheckCounters(Database& database, Problems& problems)
         const std::pair<std::int64_t, std::int64_t> found = counted[container];
         const std::string folder = Named("folder", container >> 1);
         if (query.Number(1) != found.first)
-            problems.push_back(folder + ": it counts " + std::to_string(query.Number(1)) +
-                               " messages and has " + std::to_string(found.first));
+        {
+            problems.push_back(folder + ": it counts " + std::to_string(query.Number(1)) + " messages and has " +
+                               std::to_string(found.first));
+        }
         if (query.Number(2) != found.second)
-            problems.push_back(folder + ": it counts " + std::to_string(query.Number(2)) +
-                               " unread messages and has " + std::to_string(found.second));
+        {
+            problems.push_back(folder + ": it counts " + std::to_string(query.Number(2)) + " unread messages and has " +
+                               std::to_string(found.second));
+        }
         if (query.Number(3) <= last[container])
+        {
             problems.push_back(folder + ": its next number is taken");
+        }
         if (!IsRecentSound(query.Bytes(4)))
+        {
             problems.push_back(folder + ": its list of recent changes can not be read");
+        }
         counted.erase(container);
     }
     for (const auto& lost : counted)
+    {
         problems.push_back(std::to_string(lost.second.first) + " messages belong to no folder (" +
                            std::to_string(lost.first >> 1) + ")");
+    }
 }
 
 void CheckFolders(Database& database, References& references, Problems& problems)
@@ -157,13 +182,16 @@ void CheckFolders(Database& database, References& references, Problems& problems
     {
         references.Take(Named("folder", query.Number(0)), query.Bytes(1));
         if (query.Number(2) != 2)
+        {
             problems.push_back(Named("folder", query.Number(0)) + ": its counters are missing");
+        }
     }
-    Query reached(database,
-                  "WITH RECURSIVE tree(id) AS (SELECT 1 UNION SELECT f.id FROM folder f JOIN tree t "
-                  "ON f.parent=t.id) SELECT id FROM folder WHERE id NOT IN tree");
+    Query reached(database, "WITH RECURSIVE tree(id) AS (SELECT 1 UNION SELECT f.id FROM folder f JOIN tree t "
+                            "ON f.parent=t.id) SELECT id FROM folder WHERE id NOT IN tree");
     while (reached.Step())
+    {
         problems.push_back(Named("folder", reached.Number(0)) + " is not reached from the root");
+    }
 }
 
 void CheckMessages(StoreFile& store, References& references, Problems& problems)
@@ -176,22 +204,26 @@ void CheckMessages(StoreFile& store, References& references, Problems& problems)
         references.Take(message, query.Bytes(1));
         if (PropertyBlob::IsSound(query.Bytes(1)) && PropertyBlob::IsAsWritten(query.Bytes(1)) &&
             !(CopiesOf(PropertyBlob(query.Bytes(1), store).Decode()) == ReadCopies(query, 2)))
+        {
             problems.push_back(message + ": what tables sort and restrict by does not match its properties");
+        }
     }
-    Query parts(
-        database,
-        "SELECT id FROM message m WHERE ((parts & 2) != 0) != EXISTS(SELECT 1 FROM recipient r WHERE "
-        "r.message=m.id) OR ((parts & 4) != 0) != EXISTS(SELECT 1 FROM attachment a WHERE a.message=m.id)");
+    Query parts(database,
+                "SELECT id FROM message m WHERE ((parts & 2) != 0) != EXISTS(SELECT 1 FROM recipient r WHERE "
+                "r.message=m.id) OR ((parts & 4) != 0) != EXISTS(SELECT 1 FROM attachment a WHERE a.message=m.id)");
     while (parts.Step())
-        problems.push_back(Named("message", parts.Number(0)) +
-                           ": it does not know its recipients or attachments");
+    {
+        problems.push_back(Named("message", parts.Number(0)) + ": it does not know its recipients or attachments");
+    }
 }
 
 void CheckParts(Database& database, References& references, Problems& problems)
 {
     Query recipients(database, "SELECT message, props FROM recipient");
     while (recipients.Step())
+    {
         references.Take(Named("a recipient of message", recipients.Number(0)), recipients.Bytes(1));
+    }
     Query attachments(database, "SELECT message, number, embedded, props FROM attachment");
     std::unordered_set<std::int64_t> embedded;
     while (attachments.Step())
@@ -200,16 +232,22 @@ void CheckParts(Database& database, References& references, Problems& problems)
             Named("attachment", attachments.Number(1)) + Named(" of message", attachments.Number(0));
         references.Take(owner, attachments.Bytes(3));
         if (!attachments.IsNull(2) && !embedded.insert(attachments.Number(2)).second)
+        {
             problems.push_back(owner + ": its message belongs to another attachment too");
+        }
     }
     Query lost(database, "SELECT id FROM message WHERE id <= 4294967295 AND id NOT IN "
                          "(SELECT embedded FROM attachment WHERE embedded IS NOT NULL)");
     while (lost.Step())
+    {
         problems.push_back(Named("message", lost.Number(0)) + " belongs to no attachment");
+    }
     Query missing(database, "SELECT message FROM attachment WHERE embedded IS NOT NULL AND embedded NOT IN "
                             "(SELECT id FROM message WHERE id <= 4294967295)");
     while (missing.Step())
+    {
         problems.push_back(Named("message", missing.Number(0)) + ": a message inside it is missing");
+    }
 }
 
 void CheckAddresses(Database& database, References& references, Problems& problems)
@@ -217,18 +255,26 @@ void CheckAddresses(Database& database, References& references, Problems& proble
     Query query(database, "SELECT id, props FROM address");
     std::int64_t rows = 0;
     for (; query.Step(); ++rows)
+    {
         references.Take(Named("address book entry", query.Number(0)), query.Bytes(1));
+    }
     Query directory(database, "SELECT rows, props FROM directory");
     if (!directory.Step() || directory.Number(0) != rows)
+    {
         problems.push_back("the address book does not count its " + std::to_string(rows) + " entries");
+    }
     else if (!directory.IsNull(1))
+    {
         references.Take("the address book", directory.Bytes(1));
+    }
     Query members(database, "SELECT m.list, m.number FROM member m JOIN address a ON a.id=m.list "
                             "WHERE (m.address IS NULL) = (m.entry IS NULL) OR a.type != ?");
     members.Bind(1, MAPI_DISTLIST);
     while (members.Step())
+    {
         problems.push_back(Named("member", members.Number(1)) + Named(" of list", members.Number(0)) +
                            " is no member of a list");
+    }
 }
 
 } // namespace
@@ -251,7 +297,9 @@ std::vector<std::string> StoreFile::CheckWhole()
         CheckMessages(*this, references, problems);
         CheckParts(*m_database, references, problems);
         if (CheckSchema(*m_database) >= AddressBookVersion)
+        {
             CheckAddresses(*m_database, references, problems);
+        }
         references.CheckOrphans();
     }
     catch (const Error& error)

@@ -29,7 +29,9 @@ int OrderReals(std::string_view left, std::string_view right, bool& comparable)
     const T a = ReadNumber<T>(left);
     const T b = ReadNumber<T>(right);
     if (std::isnan(a) || std::isnan(b))
+    {
         comparable = false;
+    }
     return Order(a, b);
 }
 
@@ -38,8 +40,7 @@ int OrderBytes(std::string_view left, std::string_view right)
     return Order(left.compare(right), 0);
 }
 
-int CompareSingle(ULONG leftType, std::string_view left, ULONG rightType, std::string_view right,
-                  bool& comparable)
+int CompareSingle(ULONG leftType, std::string_view left, ULONG rightType, std::string_view right, bool& comparable)
 {
     switch (leftType)
     {
@@ -71,7 +72,9 @@ int CompareSingle(ULONG leftType, std::string_view left, ULONG rightType, std::s
 void AppendOrdered(std::string& to, std::uint64_t bits, size_t size)
 {
     for (size_t i = size; i-- > 0;)
+    {
         to += static_cast<char>(bits >> (i * 8));
+    }
 }
 
 template <typename Signed, typename Bits>
@@ -96,7 +99,9 @@ void AppendEnded(std::string& to, std::string_view bytes)
     {
         to += byte;
         if (byte == '\0')
+        {
             to += '\xFF';
+        }
     }
     to.append(2, '\0');
 }
@@ -135,7 +140,9 @@ int Compare(ULONG leftType, std::string_view left, ULONG rightType, std::string_
 {
     comparable = true;
     if (!(leftType & MV_FLAG))
+    {
         return CompareSingle(leftType, left, rightType, right, comparable);
+    }
     const ULONG leftCount = ElementCount(leftType, left);
     const ULONG rightCount = ElementCount(rightType, right);
     const ULONG single = ~static_cast<ULONG>(MV_FLAG);
@@ -144,7 +151,9 @@ int Compare(ULONG leftType, std::string_view left, ULONG rightType, std::string_
         const int order = CompareSingle(leftType & single, Element(leftType, left, i), rightType & single,
                                         Element(rightType, right, i), comparable);
         if (order != 0 || !comparable)
+        {
             return order;
+        }
     }
     return Order(leftCount, rightCount);
 }
@@ -152,7 +161,9 @@ int Compare(ULONG leftType, std::string_view left, ULONG rightType, std::string_
 bool Holds(ULONG relop, int order, bool comparable)
 {
     if (!comparable)
+    {
         return relop == RELOP_NE;
+    }
     switch (relop)
     {
     case RELOP_LT:
@@ -183,24 +194,29 @@ void AppendSortBytes(std::string& to, const EncodedValue& value, bool descending
             for (ULONG i = 0; i < ElementCount(value.Type(), bytes); ++i)
             {
                 to += '\1';
-                AppendSingle(to, value.Type() & ~static_cast<ULONG>(MV_FLAG),
-                             Element(value.Type(), bytes, i));
+                AppendSingle(to, value.Type() & ~static_cast<ULONG>(MV_FLAG), Element(value.Type(), bytes, i));
             }
             to += '\0';
         }
         else
+        {
             AppendSingle(to, value.Type(), bytes);
+        }
     }
     if (descending)
+    {
         std::transform(to.begin() + static_cast<std::ptrdiff_t>(begin), to.end(),
                        to.begin() + static_cast<std::ptrdiff_t>(begin),
                        [](char byte) { return static_cast<char>(~byte); });
+    }
 }
 
 std::string_view BytesOf(const EncodedValue& value, std::string& room)
 {
     if (!value.large)
+    {
         return value.bytes;
+    }
     room = EncodedFromLarge(value.Type(), *value.large);
     return room;
 }

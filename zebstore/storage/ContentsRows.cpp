@@ -34,13 +34,16 @@ public:
     {
         if (std::binary_search(m_computedIds.begin(), m_computedIds.end(), PROP_ID(tag)))
         {
-            const auto compute = [&](PropertySet& made)
-            { return m_computed->OfMessage(tag, m_message, made); };
+            const auto compute = [&](PropertySet& made) { return m_computed->OfMessage(tag, m_message, made); };
             if (const auto value = m_made.Find(tag, compute))
+            {
                 return *value;
+            }
         }
         if (!m_blob)
+        {
             m_blob.emplace(m_query.Bytes(m_blobColumn), m_store, BlobOwner{"message", m_message});
+        }
         const EncodedValue stored = m_blob->Find(tag);
         return stored || !m_computed || !m_computed->IsDefault(tag) ? stored : Default(tag);
     }
@@ -53,8 +56,12 @@ public:
             return std::any_of(recipients.begin(), recipients.end(), test);
         }
         for (const ULONG number : m_store.AttachmentNumbers(m_message))
+        {
             if (test(m_store.Attachment(m_message, number)))
+            {
                 return true;
+            }
+        }
         return false;
     }
 
@@ -62,8 +69,8 @@ private:
     EncodedValue Default(ULONG tag) const
     {
         const MessageOrigin origin{m_message, [this] { return ChangeOf(m_store, m_message); }};
-        const auto made = m_made.Find(tag, [&](PropertySet& out)
-                                      { return m_computed->DefaultOfMessage(tag, origin, out); });
+        const auto made =
+            m_made.Find(tag, [&](PropertySet& out) { return m_computed->DefaultOfMessage(tag, origin, out); });
         return made.value_or(EncodedValue{});
     }
 
@@ -96,7 +103,9 @@ public:
         , m_last(LastOf(ContainerOf(folder, associated)))
     {
         if (m_computed)
+        {
             m_computedIds = SortedIds(m_computed->MessageTags());
+        }
     }
 
     ULONG Count() override { return m_store->Rows(m_folder, m_associated); }
@@ -105,7 +114,9 @@ public:
     {
         // A change in between explains another number; the store looks at both at one moment.
         if (seen != Count())
+        {
             m_store->RequireAllRows(m_folder, m_associated);
+        }
     }
 
     std::uint64_t Generation() override { return m_store->Generation(m_folder, m_associated); }
@@ -119,9 +130,13 @@ public:
         query.Bind(1, ContainerOf(m_folder, m_associated));
         TouchedRows touched;
         if (!query.Step())
+        {
             touched.kind = TouchedRows::Kind::Replaced;
+        }
         else
+        {
             List(touched, query, generation);
+        }
         return touched;
     }
 
@@ -132,8 +147,7 @@ public:
     std::optional<RowKey> KeyBefore(RowKey key) override
     {
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-        Query query(m_store->Connection(),
-                    "SELECT id FROM message WHERE id < ? AND id >= ? ORDER BY id DESC LIMIT 1");
+        Query query(m_store->Connection(), "SELECT id FROM message WHERE id < ? AND id >= ? ORDER BY id DESC LIMIT 1");
         query.Bind(1, key).Bind(2, m_first);
         return query.Step() ? std::optional<RowKey>(query.Number(0)) : std::nullopt;
     }
@@ -144,11 +158,15 @@ public:
         const ReadScope moment(m_store->Connection());
         std::optional<SqlFilter> filter;
         if (restriction)
+        {
             filter = MakeFilter(restriction->Root(), m_computedIds);
+        }
         const std::optional<std::string> sqlOrder = order ? MakeOrder(*order, m_computedIds) : std::string();
         const bool sqlKnowsAll = !restriction || (filter && filter->exact);
         if (sqlKnowsAll && sqlOrder)
+        {
             return KeysBySql(restriction, filter, *sqlOrder);
+        }
         RowSelection selection(restriction, order);
         const std::string sql = "SELECT id, parts, props FROM message" + Where(filter) + " ORDER BY id";
         Query query(m_store->Connection(), sql);
@@ -164,8 +182,7 @@ public:
     std::vector<RowKey> KeysAfter(std::optional<RowKey> after, size_t count) override
     {
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-        Query query(m_store->Connection(),
-                    "SELECT id FROM message WHERE id > ? AND id <= ? ORDER BY id LIMIT ?");
+        Query query(m_store->Connection(), "SELECT id FROM message WHERE id > ? AND id <= ? ORDER BY id LIMIT ?");
         query.Bind(1, after ? *after : m_first).Bind(2, m_last).Bind(3, static_cast<std::int64_t>(count));
         return query.Numbers();
     }
@@ -182,10 +199,11 @@ public:
     {
         std::vector<ULONG> columns = m_computed ? m_computed->MessageTags() : std::vector<ULONG>();
         for (const ULONG tag :
-             {PR_SUBJECT_W, PR_MESSAGE_CLASS_W, PR_SENDER_NAME_W, PR_DISPLAY_TO_W, PR_MESSAGE_FLAGS,
-              PR_MESSAGE_SIZE, PR_MESSAGE_DELIVERY_TIME, PR_CLIENT_SUBMIT_TIME, PR_LAST_MODIFICATION_TIME,
-              PR_IMPORTANCE, PR_HASATTACH})
+             {PR_SUBJECT_W, PR_MESSAGE_CLASS_W, PR_SENDER_NAME_W, PR_DISPLAY_TO_W, PR_MESSAGE_FLAGS, PR_MESSAGE_SIZE,
+              PR_MESSAGE_DELIVERY_TIME, PR_CLIENT_SUBMIT_TIME, PR_LAST_MODIFICATION_TIME, PR_IMPORTANCE, PR_HASATTACH})
+        {
             columns.push_back(tag);
+        }
         return columns;
     }
 
@@ -195,14 +213,15 @@ public:
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
         // The first rows stand for all: a scan of a large folder for rare columns would be no open in
         // constant time.
-        Query query(m_store->Connection(),
-                    "SELECT props FROM message WHERE id BETWEEN ? AND ? ORDER BY id LIMIT 100");
+        Query query(m_store->Connection(), "SELECT props FROM message WHERE id BETWEEN ? AND ? ORDER BY id LIMIT 100");
         query.Bind(1, m_first).Bind(2, m_last);
         while (query.Step())
         {
             const PropertyBlob blob(query.Bytes(0), *m_store, {"a message of folder", m_folder});
             for (size_t i = 0; i < blob.Count(); ++i)
+            {
                 columns.Add(blob.At(i).tag);
+            }
         }
         return columns.Take();
     }
@@ -213,21 +232,31 @@ private:
     {
         const auto now = static_cast<std::uint64_t>(query.Number(0)) + 1;
         if (generation == 0 || generation > now || now - generation > MostRecent)
+        {
             return;
+        }
         const std::vector<RecentChange> changes = LastRecent(query.Bytes(1), now - generation);
         for (const RecentChange& change : changes)
+        {
             if (change.IsEverything())
             {
                 touched.kind = TouchedRows::Kind::Replaced;
                 return;
             }
+        }
         if (changes.size() < now - generation)
+        {
             return;
+        }
         touched.kind = TouchedRows::Kind::Listed;
         std::unordered_set<RowKey> listed;
         for (const RecentChange& change : changes)
+        {
             if (const RowKey key = m_first | change.number; listed.insert(key).second)
+            {
                 touched.rows.push_back({key, change.event != RowEvent::Added});
+            }
+        }
     }
 
     MessageValues ValuesOf(RowKey key, const Query& query, int blobColumn) const
@@ -246,7 +275,9 @@ private:
     {
         query.Bind(1, m_first).Bind(2, m_last);
         if (filter)
+        {
             filter->Bind(query, 3);
+        }
     }
 
     std::vector<RowKey> KeysBySql(const Restriction* restriction, const std::optional<SqlFilter>& filter,
@@ -254,16 +285,20 @@ private:
     {
         std::vector<RowKey> keys;
         if (!restriction)
+        {
             keys.reserve(Count());
-        const std::string sql = "SELECT id, parts FROM message" + Where(filter) + " ORDER BY " +
-                                (order.empty() ? "" : order + ", ") + "id";
+        }
+        const std::string sql =
+            "SELECT id, parts FROM message" + Where(filter) + " ORDER BY " + (order.empty() ? "" : order + ", ") + "id";
         Query query(m_store->Connection(), sql);
         BindRange(query, filter);
         while (query.Step())
         {
             const RowKey key = query.Number(0);
             if (!restriction || !(query.Number(1) & HasCutKeys) || MatchesWhole(key, *restriction))
+            {
                 keys.push_back(key);
+            }
         }
         return keys;
     }
@@ -286,8 +321,7 @@ private:
 
 } // namespace
 
-std::shared_ptr<RowSource> MakeContentsRows(std::shared_ptr<StoreFile> store, FolderId folder,
-                                            bool associated,
+std::shared_ptr<RowSource> MakeContentsRows(std::shared_ptr<StoreFile> store, FolderId folder, bool associated,
                                             std::shared_ptr<const ComputedProperties> computed)
 {
     RequireFolder(*store, folder);

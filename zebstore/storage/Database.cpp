@@ -12,8 +12,8 @@ namespace
 
 constexpr int BusyMilliseconds = 10000;
 
-// A look at the file costs two locks of it, and a table asks for its count with each row. Another process cannot tell of its
-// commit in less time than a look lasts.
+// A look at the file costs two locks of it, and a table asks for its count with each row. Another process
+// cannot tell of its commit in less time than a look lasts.
 constexpr std::chrono::microseconds LookLasts(10);
 
 // Commits of this process, to any file; counted after they can be seen.
@@ -76,17 +76,25 @@ std::string ImmutableUri(const std::string& path)
 {
     std::string uri = "file:";
     if (path.size() > 1 && path[1] == ':')
+    {
         uri += "///";
+    }
     for (const char each : path)
+    {
         if (each == '\\')
+        {
             uri += '/';
+        }
         else if (each == '?' || each == '#' || each == '%')
         {
             constexpr char Digits[] = "0123456789ABCDEF";
             uri += {'%', Digits[each >> 4], Digits[each & 15]};
         }
         else
+        {
             uri += each;
+        }
+    }
     return uri + "?immutable=1";
 }
 
@@ -115,7 +123,9 @@ Database::Database(const std::string& path, Mode mode)
 Database::~Database()
 {
     for (auto& each : m_statements)
+    {
         sqlite3_finalize(each.second.statement);
+    }
     sqlite3_close(m_handle);
 }
 
@@ -128,17 +138,23 @@ std::uint64_t Database::Commits()
 {
     // What is read within a transaction is of its beginning, not of now.
     if (!sqlite3_get_autocommit(m_handle) || sqlite3_txn_state(m_handle, nullptr) != SQLITE_TXN_NONE)
+    {
         return 0;
+    }
     const std::uint64_t here = g_commitsHere.load(std::memory_order_acquire);
     const auto now = std::chrono::steady_clock::now();
     if (m_commits != 0 && here == m_commitsHere && now - m_looked < LookLasts)
+    {
         return m_commits;
+    }
     // The data version is that of the last look at the file; the statement makes SQLite look.
     Query(*this, "PRAGMA data_version").Run();
     std::uint32_t version = 0;
     const int code = sqlite3_file_control(m_handle, "main", SQLITE_FCNTL_DATA_VERSION, &version);
     if (code != SQLITE_OK)
+    {
         Fail(code);
+    }
     if (m_commits == 0 || version != m_dataVersion)
     {
         m_dataVersion = version;
@@ -154,7 +170,9 @@ void Database::Execute(const char* sql)
     const int code = sqlite3_exec(m_handle, sql, nullptr, nullptr, nullptr);
     g_commitsHere.fetch_add(1, std::memory_order_release);
     if (code != SQLITE_OK)
+    {
         Fail(code);
+    }
 }
 
 sqlite3_stmt* Database::Prepare(std::string_view sql, bool forLong)
@@ -163,7 +181,9 @@ sqlite3_stmt* Database::Prepare(std::string_view sql, bool forLong)
     const int code = sqlite3_prepare_v3(m_handle, sql.data(), static_cast<int>(sql.size()),
                                         forLong ? SQLITE_PREPARE_PERSISTENT : 0, &statement, nullptr);
     if (code != SQLITE_OK)
+    {
         Fail(code);
+    }
     return statement;
 }
 
@@ -171,7 +191,9 @@ Database::Prepared& Database::Cached(const char* literal)
 {
     Prepared& prepared = m_statements[literal];
     if (!prepared.statement)
+    {
         prepared.statement = Prepare(literal, true);
+    }
     return prepared;
 }
 
@@ -210,7 +232,9 @@ Query::~Query()
 void Query::Check(int code) const
 {
     if (code != SQLITE_OK)
+    {
         m_database.Fail(code);
+    }
 }
 
 Query& Query::Bind(int index, std::int64_t number)
@@ -228,8 +252,7 @@ Query& Query::BindText(int index, std::string_view text)
 
 Query& Query::BindBlob(int index, std::string_view bytes)
 {
-    Check(sqlite3_bind_blob64(m_statement, index, bytes.data() ? bytes.data() : "", bytes.size(),
-                              SQLITE_STATIC));
+    Check(sqlite3_bind_blob64(m_statement, index, bytes.data() ? bytes.data() : "", bytes.size(), SQLITE_STATIC));
     return *this;
 }
 
@@ -243,9 +266,13 @@ bool Query::Step()
 {
     const int code = sqlite3_step(m_statement);
     if (code == SQLITE_ROW)
+    {
         return true;
+    }
     if (code != SQLITE_DONE)
+    {
         m_database.Fail(code);
+    }
     return false;
 }
 
@@ -261,7 +288,9 @@ std::vector<std::int64_t> Query::Numbers(size_t expected)
     std::vector<std::int64_t> numbers;
     numbers.reserve(expected);
     while (Step())
+    {
         numbers.push_back(Number(0));
+    }
     return numbers;
 }
 
@@ -280,7 +309,9 @@ std::string_view Query::Bytes(int column) const
     const void* bytes = sqlite3_column_blob(m_statement, column);
     const int size = sqlite3_column_bytes(m_statement, column);
     if (!bytes && size == 0 && sqlite3_errcode(m_database.m_handle) == SQLITE_NOMEM)
+    {
         m_database.Fail(SQLITE_NOMEM);
+    }
     return {static_cast<const char*>(bytes), static_cast<size_t>(size)};
 }
 
@@ -303,7 +334,9 @@ Transaction::Transaction(Database& database)
 Transaction::~Transaction()
 {
     if (m_open)
+    {
         Undo();
+    }
 }
 
 void Transaction::Undo() noexcept
@@ -311,10 +344,14 @@ void Transaction::Undo() noexcept
     m_open = false;
     m_database.m_doomed = true;
     if (--m_database.m_depth > 0)
+    {
         return;
+    }
     // Some failures have ended the transaction already.
     if (!sqlite3_get_autocommit(m_database.m_handle))
+    {
         sqlite3_exec(m_database.m_handle, "ROLLBACK", nullptr, nullptr, nullptr);
+    }
 }
 
 void Transaction::Commit()
@@ -326,14 +363,17 @@ void Transaction::Commit()
         return;
     }
     if (m_database.m_doomed)
-        throw Error(MAPI_E_CALL_FAILED,
-                    "A part of the change to the store file '" + m_database.m_path + "' failed.");
+    {
+        throw Error(MAPI_E_CALL_FAILED, "A part of the change to the store file '" + m_database.m_path + "' failed.");
+    }
     Query(m_database, "COMMIT").Run();
     g_commitsHere.fetch_add(1, std::memory_order_release);
     m_open = false;
     --m_database.m_depth;
     if (auto* const afterCommit = g_afterCommit.load(std::memory_order_acquire))
+    {
         afterCommit();
+    }
 }
 
 ReadScope::ReadScope(Database& database)
@@ -349,7 +389,9 @@ ReadScope::ReadScope(Database& database)
 ReadScope::~ReadScope()
 {
     if (m_began && !sqlite3_get_autocommit(m_database.Handle()))
+    {
         sqlite3_exec(m_database.Handle(), "COMMIT", nullptr, nullptr, nullptr);
+    }
 }
 
 } // namespace zebstore

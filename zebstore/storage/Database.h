@@ -21,8 +21,7 @@ namespace zebstore
 /// Called after each commit of this process, on its thread and under the store's lock; null: nobody. It must not throw.
 extern std::atomic<void (*)()> g_afterCommit;
 
-/// Owns the connection and its prepared statements.
-/// Threads: one at a time; the store file's lock sees to it.
+/// Owns the connection and its prepared statements. Threads: one at a time; the store file's lock sees to it.
 class Database
 {
 public:
@@ -47,9 +46,9 @@ public:
     const std::string& Path() const { return m_path; }
     sqlite3* Handle() const { return m_handle; }
 
-    /// Becomes another number with each commit to the file, of any connection of any process; reads no table. A commit of
-    /// this process is seen at once, one of another process after 10 microseconds at most.
-    /// 0 when that cannot be told: in a transaction or a read of this connection.
+    /// Becomes another number with each commit to the file, of any connection of any process; reads no table. A
+    /// commit of this process is seen at once, one of another process after 10 microseconds at most. 0 when that
+    /// cannot be told: in a transaction or a read of this connection.
     std::uint64_t Commits();
 
     /// Throws the Error that says what SQLite's code means for this file.

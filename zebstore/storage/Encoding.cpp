@@ -33,7 +33,9 @@ std::string EncodeFixedArray(ULONG count, const void* elements, size_t elementSi
     std::string bytes;
     AppendNumber<std::uint32_t>(bytes, count);
     if (count)
+    {
         bytes.append(static_cast<const char*>(elements), count * elementSize);
+    }
     return bytes;
 }
 
@@ -58,13 +60,12 @@ std::string EncodeMany(const SPropValue& value)
     switch (type)
     {
     case PT_MV_STRING8:
-        return EncodeElements(count,
-                              [&](ULONG i)
-                              {
-                                  const char* text = value.Value.MVszA.lppszA[i];
-                                  Require(text != nullptr, "a text value without its text");
-                                  return EncodeNarrow(text);
-                              });
+        return EncodeElements(count, [&](ULONG i)
+        {
+            const char* text = value.Value.MVszA.lppszA[i];
+            Require(text != nullptr, "a text value without its text");
+            return EncodeNarrow(text);
+        });
     case PT_MV_UNICODE:
         return EncodeElements(count, [&](ULONG i) { return EncodeWide(value.Value.MVszW.lppszW[i]); });
     case PT_MV_BINARY:
@@ -102,14 +103,18 @@ size_t FixedSize(ULONG type)
 bool IsStorable(ULONG type)
 {
     if ((type & MV_FLAG) && type != (PT_BOOLEAN | MV_FLAG))
+    {
         type &= ~static_cast<ULONG>(MV_FLAG);
+    }
     return FixedSize(type) != 0 || IsText(type) || type == PT_BINARY;
 }
 
 bool TypesMatch(ULONG stored, ULONG asked)
 {
     if (stored == asked)
+    {
         return true;
+    }
     const ULONG many = stored & MV_FLAG;
     return many == (asked & MV_FLAG) && IsText(stored & ~many) && IsText(asked & ~many);
 }
@@ -136,9 +141,13 @@ std::string Encode(const SPropValue& value)
 {
     const ULONG type = PROP_TYPE(value.ulPropTag);
     if (!IsStorable(type))
+    {
         throw Error(MAPI_E_INVALID_TYPE, "a property of a type that can not be stored");
+    }
     if (type & MV_FLAG)
+    {
         return EncodeMany(value);
+    }
     switch (type)
     {
     case PT_STRING8:
@@ -159,11 +168,17 @@ std::string Encode(const SPropValue& value)
 std::string_view StoredTextOf(ULONG type, std::string_view bytes)
 {
     if (type != PT_STRING8)
+    {
         return bytes;
+    }
     if (bytes.empty())
+    {
         return {};
+    }
     if (bytes[0] == SameBytes)
+    {
         return bytes.substr(1);
+    }
     const size_t length = ReadNumber<std::uint32_t>(bytes, 1);
     return bytes.size() >= 5 ? bytes.substr(5, length) : std::string_view();
 }
@@ -175,7 +190,9 @@ std::string NarrowOf(std::string_view bytes)
     {
         const std::string_view written = bytes.substr(5 + stored.size());
         if (StoredFromNarrow(written) == stored)
+        {
             return std::string(written);
+        }
     }
     return NarrowFromStored(stored);
 }
@@ -192,12 +209,16 @@ std::string_view Element(ULONG type, std::string_view bytes, ULONG index)
 {
     const size_t fixed = FixedSize(type & ~static_cast<ULONG>(MV_FLAG));
     if (fixed)
+    {
         return bytes.substr(4 + index * fixed, fixed);
+    }
     const size_t elements = 4 + size_t(ElementCount(type, bytes)) * 4;
     const size_t begin = index == 0 ? 0 : ReadNumber<std::uint32_t>(bytes, size_t(index) * 4);
     const size_t end = ReadNumber<std::uint32_t>(bytes, 4 + size_t(index) * 4);
     if (begin > end || elements + end > bytes.size())
+    {
         return {};
+    }
     return bytes.substr(elements + begin, end - begin);
 }
 
@@ -205,13 +226,19 @@ std::string EncodedFromLarge(ULONG type, const LargeValue& value)
 {
     const std::uint64_t size = value.Size();
     if (size > 0x7FFFFFFF)
+    {
         throw Error(MAPI_E_NOT_ENOUGH_MEMORY, "a value of more than 2 GB can only be read as a stream");
+    }
     std::string raw(static_cast<size_t>(size), '\0');
     raw.resize(value.Read(0, &raw[0], raw.size()));
     if (type == PT_STRING8)
+    {
         return EncodeNarrow(raw);
+    }
     if (type != PT_UNICODE)
+    {
         return raw;
+    }
     zeb::platform::WideString wide(raw.size() / sizeof(WCHAR), WCHAR(0));
     std::memcpy(&wide[0], raw.data(), wide.size() * sizeof(WCHAR));
     return StoredFromWide(wide.data(), wide.size());

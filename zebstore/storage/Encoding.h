@@ -5,12 +5,10 @@
 //   PT_BINARY           the bytes
 //   PT_UNICODE          stored text (see Text.h)
 //   PT_STRING8          0 and the text, when the narrow bytes are the stored text; else 1, the 32-bit length
-//   of the
-//                       stored text, that text, and the narrow bytes as they were written
+//                       of the stored text, that text, and the narrow bytes as they were written
 //   PT_MV_ fixed types  a 32-bit count, the elements
 //   other PT_MV_ types  a 32-bit count, for each element the 32-bit end of its bytes, the bytes of the
-//   elements,
-//                       each laid out as its single type
+//                       elements, each laid out as its single type
 #pragma once
 
 #include "zebstore/storage/PropertySet.h"
@@ -42,7 +40,9 @@ T ReadNumber(std::string_view bytes, size_t at = 0)
 {
     T number{};
     if (bytes.size() >= at + sizeof(T))
+    {
         std::memcpy(&number, bytes.data() + at, sizeof(T));
+    }
     return number;
 }
 template <typename T>

@@ -34,15 +34,22 @@ public:
     EncodedValue Find(ULONG tag) const override
     {
         if (const EncodedValue count = m_counts.Find(tag))
+        {
             return count;
-        const auto compute = [&](PropertySet& made)
-        { return m_computed && m_computed->OfFolder(tag, m_info, made); };
+        }
+        const auto compute = [&](PropertySet& made) { return m_computed && m_computed->OfFolder(tag, m_info, made); };
         if (const auto value = m_made.Find(tag, compute))
+        {
             return *value;
+        }
         if (!m_stored)
+        {
             m_stored = m_store.FolderProperties(m_info.id);
+        }
         if (const EncodedValue stored = m_stored->Find(tag))
+        {
             return stored;
+        }
         const auto times = [this] { return m_store.TimesOfFolder(m_info.id); };
         const auto complete = [&](PropertySet& made)
         { return m_computed && m_computed->DefaultOfFolder(tag, times, made); };
@@ -73,15 +80,14 @@ public:
     ULONG Count() override
     {
         if (!m_wholeTree)
+        {
             return m_store->Folder(m_folder).subfolders;
+        }
         return static_cast<ULONG>(m_store->FoldersUnder(m_folder, true).size());
     }
 
     // The counters of folders move with every message; only who follows needs to know.
-    std::uint64_t Generation() override
-    {
-        return m_followed ? m_store->ChangeStamp() : m_store->Generation(0, false);
-    }
+    std::uint64_t Generation() override { return m_followed ? m_store->ChangeStamp() : m_store->Generation(0, false); }
 
     std::shared_ptr<void> Moment() override { return std::make_shared<StoreMoment>(*m_store); }
 
@@ -97,25 +103,41 @@ public:
     {
         TouchedRows touched;
         if (!m_followed)
+        {
             return touched;
+        }
         const bool known = generation == m_seenGeneration;
         const std::map<FolderId, Seen> before = m_seen;
         const std::uint64_t tree = m_store->Generation(0, false);
         if (tree == m_seenTree)
+        {
             SeeCounters();
+        }
         else
+        {
             m_seen = See();
+        }
         m_seenTree = tree;
         m_seenGeneration = Generation();
         if (!known)
+        {
             return touched;
+        }
         touched.kind = TouchedRows::Kind::Listed;
         for (const auto& [folder, seen] : before)
+        {
             if (const auto now = m_seen.find(folder); now == m_seen.end() || !(now->second == seen))
+            {
                 touched.rows.push_back({folder, true});
+            }
+        }
         for (const auto& each : m_seen)
+        {
             if (before.count(each.first) == 0)
+            {
                 touched.rows.push_back({each.first, false});
+            }
+        }
         return touched;
     }
 
@@ -124,7 +146,9 @@ public:
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
         RowSelection selection(restriction, order);
         for (const FolderInfo& info : m_store->FoldersUnder(m_folder, m_wholeTree))
+        {
             selection.Add(info.id, FolderValues(*m_store, m_computed.get(), info), !restriction);
+        }
         return selection.Take();
     }
 
@@ -135,7 +159,9 @@ public:
         for (const FolderInfo& info : m_store->FoldersUnder(m_folder, m_wholeTree))
         {
             if (reached && keys.size() < count)
+            {
                 keys.push_back(info.id);
+            }
             reached = reached || info.id == *after;
         }
         return keys;
@@ -174,8 +200,12 @@ public:
         ColumnList columns(DefaultColumns());
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
         for (const FolderInfo& info : m_store->FoldersUnder(m_folder, m_wholeTree))
+        {
             for (const ULONG tag : m_store->FolderProperties(info.id).Tags())
+            {
                 columns.Add(tag);
+            }
+        }
         return columns.Take();
     }
 
@@ -194,8 +224,7 @@ private:
                 return std::make_tuple(each.parent, each.type, each.messages, each.unread, each.associated,
                                        each.subfolders != 0, each.depth);
             };
-            return shown(info) == shown(other.info) && properties == other.properties &&
-                   modified == other.modified;
+            return shown(info) == shown(other.info) && properties == other.properties && modified == other.modified;
         }
     };
 
@@ -221,10 +250,14 @@ private:
         {
             const auto seen = m_seen.find(query.Number(0) >> 1);
             if (seen == m_seen.end())
+            {
                 continue;
+            }
             FolderInfo& info = seen->second.info;
             if (query.Number(0) & 1)
+            {
                 info.associated = static_cast<ULONG>(query.Number(1));
+            }
             else
             {
                 info.messages = static_cast<ULONG>(query.Number(1));
@@ -237,7 +270,9 @@ private:
     {
         ULONG depth = 1;
         for (FolderId at = info.parent; at != m_folder && at != 0; at = m_store->Folder(at).parent)
+        {
             ++depth;
+        }
         return depth;
     }
 
@@ -253,8 +288,7 @@ private:
 
 } // namespace
 
-std::shared_ptr<RowSource> MakeHierarchyRows(std::shared_ptr<StoreFile> store, FolderId folder,
-                                             bool wholeTree,
+std::shared_ptr<RowSource> MakeHierarchyRows(std::shared_ptr<StoreFile> store, FolderId folder, bool wholeTree,
                                              std::shared_ptr<const ComputedProperties> computed)
 {
     RequireFolder(*store, folder);

@@ -34,11 +34,17 @@ public:
     {
         const EncodedValue value = m_values.Find(tag);
         if (PROP_ID(tag) == PROP_ID(PrInstanceKey) && value)
+        {
             return KeyOf(value);
+        }
         if (PROP_ID(tag) != PROP_ID(m_tag) || !IsInstanceTag(tag) || !(value.Type() & MV_FLAG))
+        {
             return value;
+        }
         if (m_place >= ElementCount(value.Type(), value.bytes))
+        {
             return {};
+        }
         const ULONG single = value.Type() & ~static_cast<ULONG>(MV_FLAG);
         return {CHANGE_PROP_TYPE(value.tag, single), Element(value.Type(), value.bytes, m_place), nullptr};
     }
@@ -80,7 +86,9 @@ RowKey InstanceRows::KeyOf(const Instance& instance)
 {
     const auto [place, isNew] = m_keys.emplace(instance, static_cast<RowKey>(m_instances.size() + 1));
     if (isNew)
+    {
         m_instances.push_back(instance);
+    }
     return place->second;
 }
 
@@ -99,7 +107,9 @@ TouchedRows InstanceRows::TouchedSince(std::uint64_t generation)
     TouchedRows touched = m_rows->TouchedSince(generation);
     // Which values of a row came or went is not listed.
     if (m_tag && touched.kind == TouchedRows::Kind::Listed)
+    {
         return {};
+    }
     return touched;
 }
 
@@ -111,23 +121,28 @@ std::optional<RowKey> InstanceRows::KeyBefore(RowKey key)
 std::vector<RowKey> InstanceRows::Keys(const Restriction* restriction, const SortOrder* order)
 {
     if (!m_tag)
+    {
         return m_rows->Keys(restriction, order);
+    }
     const std::vector<RowKey> rows = m_rows->Keys(nullptr, nullptr);
     RowSelection selection(restriction, order);
-    m_rows->Read(rows.data(), rows.size(),
-                 [&](size_t index, const ValueSource& values)
-                 {
-                     const ULONG count = std::max<ULONG>(ValuesOf(values, m_tag), 1);
-                     for (ULONG place = 0; place < count; ++place)
-                         selection.Add(KeyOf({rows[index], place}), InstanceValues(values, m_tag, place));
-                 });
+    m_rows->Read(rows.data(), rows.size(), [&](size_t index, const ValueSource& values)
+    {
+        const ULONG count = std::max<ULONG>(ValuesOf(values, m_tag), 1);
+        for (ULONG place = 0; place < count; ++place)
+        {
+            selection.Add(KeyOf({rows[index], place}), InstanceValues(values, m_tag, place));
+        }
+    });
     return selection.Take();
 }
 
 std::vector<RowKey> InstanceRows::KeysAfter(std::optional<RowKey> after, size_t count)
 {
     if (!m_tag)
+    {
         return m_rows->KeysAfter(after, count);
+    }
     std::vector<RowKey> keys = Keys(nullptr, nullptr);
     if (after)
     {
@@ -141,16 +156,19 @@ std::vector<RowKey> InstanceRows::KeysAfter(std::optional<RowKey> after, size_t 
 void InstanceRows::Read(const RowKey* keys, size_t count, const Visitor& visit)
 {
     if (!m_tag)
+    {
         return m_rows->Read(keys, count, visit);
+    }
     std::vector<RowKey> rows;
     for (size_t i = 0; i < count; ++i)
+    {
         rows.push_back(m_instances.at(static_cast<size_t>(keys[i] - 1)).first);
-    m_rows->Read(rows.data(), count,
-                 [&](size_t index, const ValueSource& values)
-                 {
-                     const ULONG place = m_instances[static_cast<size_t>(keys[index] - 1)].second;
-                     visit(index, InstanceValues(values, m_tag, place));
-                 });
+    }
+    m_rows->Read(rows.data(), count, [&](size_t index, const ValueSource& values)
+    {
+        const ULONG place = m_instances[static_cast<size_t>(keys[index] - 1)].second;
+        visit(index, InstanceValues(values, m_tag, place));
+    });
 }
 
 } // namespace zebstore

@@ -15,9 +15,9 @@ constexpr bool IsInstanceTag(ULONG tag)
     return (PROP_TYPE(tag) & (MV_FLAG | MV_INSTANCE)) == (MV_FLAG | MV_INSTANCE);
 }
 
-/// The rows of another source; while a property is chosen, each of them once for every value of it (once, too, without any).
-/// The values of such a row have the single one for the tag with MV_INSTANCE, and all for the tag without.
-/// Threads: as the other source.
+/// The rows of another source; while a property is chosen, each of them once for every value of it
+/// (once, too, without any). The values of such a row have the single one for the tag with MV_INSTANCE,
+/// and all for the tag without. Threads: as the other source.
 class InstanceRows : public RowSource
 {
 public:

@@ -21,7 +21,9 @@ constexpr std::uint64_t MostBytes = std::uint64_t(ChunkSize) << ChunkBits;
 std::int64_t ChunkId(std::int64_t value, std::uint64_t chunk)
 {
     if (!CanBeLargeId(value) || chunk >= std::uint64_t(1) << ChunkBits)
+    {
         throw Error(MAPI_E_CORRUPT_DATA, "The reference to a large value is damaged.");
+    }
     return (value << ChunkBits) | static_cast<std::int64_t>(chunk);
 }
 
@@ -37,7 +39,9 @@ public:
     size_t Read(std::uint64_t offset, void* to, size_t count) const override
     {
         if (offset >= m_bytes.size())
+        {
             return 0;
+        }
         return m_bytes.copy(static_cast<char*>(to), count, static_cast<size_t>(offset));
     }
 
@@ -49,7 +53,9 @@ std::int64_t WriteChunks(Database& database, const LargeValue& value, std::uint6
 {
     size = value.Size();
     if (size > MostBytes)
+    {
         throw Error(MAPI_E_TOO_BIG, "A value is too large for the store file '" + database.Path() + "'.");
+    }
     Query add(database, "INSERT INTO large(size) VALUES(?) RETURNING id");
     add.Bind(1, static_cast<std::int64_t>(size)).Step();
     const std::int64_t id = add.Number(0);
@@ -59,7 +65,9 @@ std::int64_t WriteChunks(Database& database, const LargeValue& value, std::uint6
     {
         const size_t count = value.Read(offset, &piece[0], piece.size());
         if (count != std::min<std::uint64_t>(size - offset, ChunkSize))
+        {
             throw Error(MAPI_E_CORRUPT_DATA, "A large value ended before its size.");
+        }
         const std::int64_t key = ChunkId(id, offset / ChunkSize);
         const std::string_view bytes(piece.data(), count);
         write.Bind(1, key).BindBlob(2, bytes).Bind(3, PieceChecksum(key, bytes)).Run();
@@ -77,9 +85,13 @@ bool EveryPiece(const LargeValue& value, Test&& test)
     {
         const size_t count = value.Read(offset, &piece[0], piece.size());
         if (!test(std::string_view(piece.data(), count)))
+        {
             return false;
+        }
         if (count < ChunkSize)
+        {
             return true;
+        }
     }
 }
 
@@ -97,7 +109,9 @@ LargeReference WriteNarrow(Database& database, const LargeValue& value)
     reference.id = WriteChunks(database, BytesValue(stored), reference.size);
     reference.form = LargeReference::Utf8;
     if (stored == written)
+    {
         return reference;
+    }
     reference.form = LargeReference::OwnBytes;
     reference.ownId = WriteChunks(database, BytesValue(written), reference.ownSize);
     return reference;
@@ -117,7 +131,9 @@ public:
     ~TemporaryValue() override
     {
         if (!m_spilled)
+        {
             return;
+        }
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
         try
         {
@@ -139,10 +155,14 @@ public:
     {
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
         if (offset >= m_size)
+        {
             return 0;
+        }
         count = static_cast<size_t>(std::min<std::uint64_t>(count, m_size - offset));
         if (!m_spilled)
+        {
             return m_small.copy(static_cast<char*>(to), count, static_cast<size_t>(offset));
+        }
         for (size_t done = 0; done < count;)
         {
             const size_t within = (offset + done) % ChunkSize;
@@ -159,17 +179,23 @@ public:
     {
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
         if (offset > MostBytes || count > MostBytes - offset)
+        {
             throw Error(MAPI_E_TOO_BIG, "A stream can not grow that far.");
+        }
         const std::uint64_t end = std::max<std::uint64_t>(m_size, offset + count);
         if (!m_spilled && end > ChunkSize)
+        {
             Spill();
+        }
         if (!m_spilled)
         {
             m_small.resize(static_cast<size_t>(end));
             m_small.replace(static_cast<size_t>(offset), count, static_cast<const char*>(from), count);
         }
         else
+        {
             WriteToChunks(offset, static_cast<const char*>(from), count);
+        }
         m_size = end;
     }
 
@@ -177,18 +203,26 @@ public:
     {
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
         if (size > MostBytes)
+        {
             throw Error(MAPI_E_TOO_BIG, "A stream can not grow that far.");
+        }
         if (!m_spilled && size > ChunkSize)
+        {
             Spill();
+        }
         if (!m_spilled)
+        {
             m_small.resize(static_cast<size_t>(size));
+        }
         else if (size < m_size)
         {
             const std::uint64_t last = size / ChunkSize;
             std::string chunk = Chunk(last);
             DropChunksFrom(last);
             if (size % ChunkSize)
+            {
                 PutChunk(last, chunk.substr(0, size % ChunkSize));
+            }
         }
         m_size = size;
     }
@@ -223,12 +257,16 @@ private:
             const size_t within = (offset + done) % ChunkSize;
             const size_t part = std::min(count - done, ChunkSize - within);
             if (part == ChunkSize)
+            {
                 PutChunk(number, {from + done, part});
+            }
             else
             {
                 std::string chunk = Chunk(number);
                 if (chunk.size() < within + part)
+                {
                     chunk.resize(within + part);
+                }
                 chunk.replace(within, part, from + done, part);
                 PutChunk(number, chunk);
             }
@@ -287,7 +325,9 @@ LargeReference LargeReference::Decode(std::string_view bytes)
 std::vector<std::int64_t> LargeReference::Ids() const
 {
     if (form == OwnBytes)
+    {
         return {id, ownId};
+    }
     return {id};
 }
 
@@ -307,7 +347,9 @@ size_t StoredLargeValue::ReadChunks(std::int64_t id, std::uint64_t size, std::ui
                                     size_t count) const
 {
     if (offset >= size)
+    {
         return 0;
+    }
     count = static_cast<size_t>(std::min<std::uint64_t>(count, size - offset));
     const bool hasSums = m_store->Version() >= ChecksumVersion;
     Query query = hasSums ? Query(m_store->Connection(), "SELECT bytes, sum FROM chunk WHERE id=?")
@@ -318,18 +360,22 @@ size_t StoredLargeValue::ReadChunks(std::int64_t id, std::uint64_t size, std::ui
         const std::int64_t key = ChunkId(id, (offset + done) / ChunkSize);
         query.Bind(1, key);
         if (!query.Step())
+        {
             throw Error(MAPI_E_OBJECT_DELETED,
                         "A large value of the store file '" + m_store->Path() + "' has been replaced.");
+        }
         const std::string_view chunk = query.Bytes(0);
         // Whoever reads a piece in small steps pays for its checksum once.
         if (hasSums && m_verified != key && PieceChecksum(key, chunk) != query.Number(1))
-            throw Error(MAPI_E_CORRUPT_DATA,
-                        "A large value of the store file '" + m_store->Path() + "' is damaged.");
+        {
+            throw Error(MAPI_E_CORRUPT_DATA, "A large value of the store file '" + m_store->Path() + "' is damaged.");
+        }
         m_verified = key;
         const size_t part = std::min(count - done, ChunkSize - within);
         if (chunk.size() < within + part)
-            throw Error(MAPI_E_CORRUPT_DATA,
-                        "A large value of the store file '" + m_store->Path() + "' is cut short.");
+        {
+            throw Error(MAPI_E_CORRUPT_DATA, "A large value of the store file '" + m_store->Path() + "' is cut short.");
+        }
         chunk.copy(static_cast<char*>(to) + done, part, within);
         done += part;
         query.Reset();
@@ -353,11 +399,15 @@ std::string StoredLargeValue::ReadAll(std::int64_t id, std::uint64_t size) const
 void StoredLargeValue::Convert() const
 {
     if (m_converted)
+    {
         return;
+    }
     const std::string stored = ReadAll(m_reference.id, m_reference.size);
     std::string own;
     if (m_reference.form == LargeReference::OwnBytes)
+    {
         own = ReadAll(m_reference.ownId, m_reference.ownSize);
+    }
     m_text = !own.empty() && StoredFromNarrow(own) == stored ? own : NarrowFromStored(stored);
     m_converted = true;
 }
@@ -365,7 +415,9 @@ void StoredLargeValue::Convert() const
 std::uint64_t StoredLargeValue::Size() const
 {
     if (IsPlainHere())
+    {
         return m_reference.size;
+    }
     const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
     Convert();
     return m_text.size();
@@ -375,7 +427,9 @@ size_t StoredLargeValue::Read(std::uint64_t offset, void* to, size_t count) cons
 {
     const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
     if (IsPlainHere())
+    {
         return ReadChunks(m_reference.id, m_reference.size, offset, to, count);
+    }
     Convert();
     return BytesValue(m_text).Read(offset, to, count);
 }
@@ -393,7 +447,9 @@ std::shared_ptr<StagedValue> MakeStagedValue(std::shared_ptr<StoreFile> store)
 LargeReference WriteLarge(Database& database, ULONG type, const LargeValue& value)
 {
     if (type == PT_STRING8)
+    {
         return WriteNarrow(database, value);
+    }
     LargeReference reference;
     reference.id = WriteChunks(database, value, reference.size);
     return reference;
@@ -407,7 +463,9 @@ LargeReference WriteLarge(Database& database, ULONG type, std::string_view encod
         return WriteNarrow(database, BytesValue(narrow));
     }
     if (type != PT_UNICODE)
+    {
         return WriteLarge(database, type, BytesValue(encoded));
+    }
     const zeb::platform::WideString wide = WideFromStored(encoded);
     const BytesValue bytes({reinterpret_cast<const char*>(wide.data()), wide.size() * sizeof(WCHAR)});
     return WriteLarge(database, type, bytes);
@@ -426,12 +484,11 @@ ChunkRange LargeChunks(std::int64_t id)
 void DeleteLarge(Database& database, std::int64_t id)
 {
     if (!CanBeLargeId(id)) // a damaged reference must not keep its message from being deleted
+    {
         return;
+    }
     const ChunkRange chunks = LargeChunks(id);
-    Query(database, "DELETE FROM chunk WHERE id BETWEEN ? AND ?")
-        .Bind(1, chunks.first)
-        .Bind(2, chunks.last)
-        .Run();
+    Query(database, "DELETE FROM chunk WHERE id BETWEEN ? AND ?").Bind(1, chunks.first).Bind(2, chunks.last).Run();
     Query(database, "DELETE FROM large WHERE id=?").Bind(1, id).Run();
 }
 

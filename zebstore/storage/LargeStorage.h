@@ -51,8 +51,7 @@ public:
 private:
     bool IsPlainHere() const;
     void Convert() const;
-    size_t ReadChunks(std::int64_t id, std::uint64_t size, std::uint64_t offset, void* to,
-                      size_t count) const;
+    size_t ReadChunks(std::int64_t id, std::uint64_t size, std::uint64_t offset, void* to, size_t count) const;
     std::string ReadAll(std::int64_t id, std::uint64_t size) const;
 
     std::shared_ptr<StoreFile> m_store;

@@ -15,11 +15,17 @@ std::vector<ULONG> TagsOfAll(const std::vector<PropertySet>& rows)
 {
     std::map<ULONG, ULONG> byId;
     for (const PropertySet& row : rows)
+    {
         for (const ULONG tag : row.Tags())
+        {
             byId.emplace(PROP_ID(tag), tag);
+        }
+    }
     std::vector<ULONG> tags;
     for (const auto& each : byId)
+    {
         tags.push_back(each.second);
+    }
     return tags;
 }
 
@@ -42,7 +48,9 @@ MemoryRows::MemoryRows(std::vector<PropertySet> rows, std::vector<ULONG> default
 void MemoryRows::Replace(std::vector<PropertySet> rows, std::vector<RowKey> keys)
 {
     if (keys.empty())
+    {
         keys = CountedKeys(rows.size());
+    }
     Require(keys.size() == rows.size() && std::set<RowKey>(keys.begin(), keys.end()).size() == keys.size(),
             "Each row needs a key of its own.");
     const std::lock_guard<std::mutex> hold(m_lock);
@@ -68,7 +76,9 @@ std::vector<RowKey> MemoryRows::Keys(const Restriction* restriction, const SortO
     const std::lock_guard<std::mutex> hold(m_lock);
     RowSelection selection(restriction, order);
     for (size_t i = 0; i < m_rows.size(); ++i)
+    {
         selection.Add(m_keys[i], m_rows[i]);
+    }
     return selection.Take();
 }
 
@@ -80,7 +90,9 @@ std::vector<RowKey> MemoryRows::KeysAfter(std::optional<RowKey> after, size_t co
     {
         first = std::find(m_keys.begin(), m_keys.end(), *after);
         if (first != m_keys.end())
+        {
             ++first;
+        }
     }
     const size_t left = static_cast<size_t>(m_keys.end() - first);
     return {first, first + static_cast<std::ptrdiff_t>(std::min(count, left))};
@@ -108,7 +120,9 @@ std::vector<ULONG> MemoryRows::AllColumns()
     const std::lock_guard<std::mutex> hold(m_lock);
     ColumnList columns(m_defaultColumns);
     for (const ULONG tag : TagsOfAll(m_rows))
+    {
         columns.Add(tag);
+    }
     return columns.Take();
 }
 

@@ -16,13 +16,16 @@ std::optional<std::string> KeyOf(const PropertySet& properties, ULONG tag, bool&
 {
     const EncodedValue value = properties.Find(tag);
     if (!IsText(value.Type()))
+    {
         return std::nullopt;
+    }
     const std::string whole = value.large ? EncodedFromLarge(value.Type(), *value.large) : std::string();
-    const std::string_view text =
-        StoredTextOf(value.Type(), value.large ? std::string_view(whole) : value.bytes);
+    const std::string_view text = StoredTextOf(value.Type(), value.large ? std::string_view(whole) : value.bytes);
     std::string key = SortKey(text);
     if (text.size() > SortKeyCharacters && Folded(text, TextFold::IgnoreCase).size() > key.size())
+    {
         isCut = true;
+    }
     return key;
 }
 
@@ -35,17 +38,25 @@ std::optional<std::int64_t> TimeOf(const PropertySet& properties, ULONG tag)
 void BindNumber(Query& query, int index, const std::optional<std::int64_t>& number)
 {
     if (number)
+    {
         query.Bind(index, *number);
+    }
     else
+    {
         query.BindNull(index);
+    }
 }
 
 void BindKey(Query& query, int index, const std::optional<std::string>& key)
 {
     if (key)
+    {
         query.BindText(index, *key);
+    }
     else
+    {
         query.BindNull(index);
+    }
 }
 
 std::optional<std::int64_t> NumberIn(const Query& query, int column)
@@ -60,8 +71,8 @@ std::optional<std::string> KeyIn(const Query& query, int column)
 
 auto AsTuple(const MessageCopies& copies)
 {
-    return std::tie(copies.flags, copies.size, copies.hasCutKeys, copies.delivered, copies.submitted,
-                    copies.modified, copies.messageClass, copies.subject, copies.sender);
+    return std::tie(copies.flags, copies.size, copies.hasCutKeys, copies.delivered, copies.submitted, copies.modified,
+                    copies.messageClass, copies.subject, copies.sender);
 }
 
 } // namespace
@@ -90,12 +101,16 @@ void AddCopies(PropertySet& properties, const MessageCopies& copies)
     const auto addTime = [&](ULONG tag, const std::optional<std::int64_t>& time)
     {
         if (time)
+        {
             properties.SetEncoded(tag, {reinterpret_cast<const char*>(&*time), sizeof(*time)});
+        }
     };
     const auto addText = [&](ULONG tag, const std::optional<std::string>& text)
     {
         if (text)
+        {
             properties.SetText(tag, *text);
+        }
     };
     properties.SetLong(PR_MESSAGE_FLAGS, copies.flags);
     addTime(PR_MESSAGE_DELIVERY_TIME, copies.delivered);

@@ -22,7 +22,9 @@ std::string FoldedText(const ValueSource& entry, ULONG tag)
 {
     const EncodedValue value = entry.Find(tag);
     if (!IsText(value.Type()) || value.large)
+    {
         return {};
+    }
     return Folded(StoredTextOf(value.Type(), value.bytes), TextFold::IgnoreCaseAndMarks);
 }
 
@@ -45,7 +47,9 @@ bool BeginsAWord(std::string_view text, std::string_view beginning)
     {
         const bool part = IsWordPart(text[i]);
         if (part && !inWord && Begins(text.substr(i), beginning))
+        {
             return true;
+        }
         inWord = part;
     }
     // What begins with a sign begins the whole text or nothing.
@@ -71,22 +75,24 @@ bool MatchesName(std::string_view folded, const ValueSource& entry)
 {
     std::vector<std::string> names, wholes;
     for (const ULONG tag : WordTags)
+    {
         names.push_back(FoldedText(entry, tag));
+    }
     for (const ULONG tag : WholeTags)
+    {
         wholes.push_back(FoldedText(entry, tag));
+    }
     if (Begins(folded, "="))
     {
         const std::string_view whole = folded.substr(1);
-        return !whole.empty() &&
-               (names[0] == whole || std::find(wholes.begin(), wholes.end(), whole) != wholes.end());
+        return !whole.empty() && (names[0] == whole || std::find(wholes.begin(), wholes.end(), whole) != wholes.end());
     }
     const std::vector<std::string_view> words = WordsOf(folded);
     const auto fits = [&](std::string_view word)
     {
         return std::any_of(names.begin(), names.end(),
                            [&](const std::string& name) { return BeginsAWord(name, word); }) ||
-               std::any_of(wholes.begin(), wholes.end(),
-                           [&](const std::string& whole) { return Begins(whole, word); });
+               std::any_of(wholes.begin(), wholes.end(), [&](const std::string& whole) { return Begins(whole, word); });
     };
     return !words.empty() && std::all_of(words.begin(), words.end(), fits);
 }

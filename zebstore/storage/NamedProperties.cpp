@@ -54,11 +54,14 @@ ULONG Add(Database& database, const NameRow& row)
     {
         Query query(database, "SELECT max(id) FROM named");
         if (query.Step() && !query.IsNull(0))
+        {
             id = static_cast<ULONG>(query.Number(0)) + 1;
+        }
     }
     if (id > LastNamed)
-        throw Error(QuotaExceeded,
-                    "The store file '" + database.Path() + "' has no number left for a named property.");
+    {
+        throw Error(QuotaExceeded, "The store file '" + database.Path() + "' has no number left for a named property.");
+    }
     Query(database, "INSERT INTO named(id, guid, kind, number, name) VALUES(?, ?, ?, ?, ?)")
         .Bind(1, id)
         .BindBlob(2, row.guid)
@@ -75,9 +78,13 @@ StoreFile::PropertyName NameOf(const Query& query)
     name.id = static_cast<ULONG>(query.Number(0));
     name.set = ReadNumber<GUID>(query.Bytes(1));
     if (query.Number(2) == MNID_ID)
+    {
         name.number = static_cast<LONG>(query.Number(3));
+    }
     else
+    {
         name.name = WideFromStored(query.Bytes(4));
+    }
     return name;
 }
 
@@ -100,15 +107,21 @@ std::vector<ULONG> StoreFile::IdsFromNames(const MAPINAMEID* const* names, size_
         complete = complete && ids.back() != 0;
     }
     if (complete || !create)
+    {
         return ids;
+    }
     Transaction transaction(*m_database);
     for (size_t i = 0; i < count; ++i)
     {
         // Another process, or an equal name before this one, may have added it meanwhile.
         if (ids[i] == 0)
+        {
             ids[i] = Find(*m_database, rows[i]);
+        }
         if (ids[i] == 0)
+        {
             ids[i] = Add(*m_database, rows[i]);
+        }
     }
     transaction.Commit();
     return ids;
@@ -120,7 +133,9 @@ std::optional<StoreFile::PropertyName> StoreFile::NameFromId(ULONG id)
     Query query(*m_database, "SELECT id, guid, kind, number, name FROM named WHERE id=?");
     query.Bind(1, id);
     if (!query.Step())
+    {
         return std::nullopt;
+    }
     return NameOf(query);
 }
 
@@ -130,7 +145,9 @@ std::vector<StoreFile::PropertyName> StoreFile::AllNames()
     std::vector<PropertyName> names;
     Query query(*m_database, "SELECT id, guid, kind, number, name FROM named ORDER BY id");
     while (query.Step())
+    {
         names.push_back(NameOf(query));
+    }
     return names;
 }
 

@@ -23,9 +23,13 @@ constexpr ULONG LargeFlag = 0x8000;
 std::string_view WithoutChecksum(std::string_view bytes)
 {
     if (bytes.size() >= HeaderSize && bytes[0] == VersionWithoutChecksum)
+    {
         return bytes;
+    }
     if (bytes.size() >= HeaderSize + ChecksumSize && bytes[0] == BlobVersion)
+    {
         return bytes.substr(0, bytes.size() - ChecksumSize);
+    }
     return {};
 }
 
@@ -38,10 +42,14 @@ size_t CountOf(std::string_view body)
 bool EndsWithItsValues(std::string_view body)
 {
     if (body.empty())
+    {
         return false;
+    }
     const size_t index = HeaderSize + CountOf(body) * EntrySize;
     if (index > body.size())
+    {
         return false;
+    }
     const size_t values = CountOf(body) == 0 ? 0 : ReadNumber<std::uint32_t>(body, index - 4);
     return body.size() - index == values;
 }
@@ -63,12 +71,15 @@ const LargeReference* KeptReference(const StoreFile& store, const PropertySet::I
 {
     const auto* stored = dynamic_cast<const StoredLargeValue*>(item.large.get());
     if (!stored || stored->Store() != &store)
+    {
         return nullptr;
-    const auto found =
-        std::find_if(kept.begin(), kept.end(),
-                     [&](const LargeReference& each) { return each.id == stored->Reference().id; });
+    }
+    const auto found = std::find_if(kept.begin(), kept.end(),
+                                    [&](const LargeReference& each) { return each.id == stored->Reference().id; });
     if (found == kept.end())
+    {
         return nullptr;
+    }
     kept.erase(found);
     return &stored->Reference();
 }
@@ -76,9 +87,13 @@ const LargeReference* KeptReference(const StoreFile& store, const PropertySet::I
 std::string LargeBytes(StoreFile& store, const PropertySet::Item& item, std::vector<LargeReference>& kept)
 {
     if (!item.large)
+    {
         return WriteLarge(store.Connection(), PROP_TYPE(item.tag), item.bytes).Encoded();
+    }
     if (const LargeReference* reference = KeptReference(store, item, kept))
+    {
         return reference->Encoded();
+    }
     return WriteLarge(store.Connection(), PROP_TYPE(item.tag), *item.large).Encoded();
 }
 
@@ -98,12 +113,16 @@ std::optional<std::string_view> InlineBytes(const PropertySet::Item& item, std::
     if (item.large)
     {
         if (item.large->Size() > LongestInline(type))
+        {
             return std::nullopt;
+        }
         room = EncodedFromLarge(type, *item.large);
         bytes = room;
     }
     if (bytes.size() > InlineLimit && CanBeLarge(type))
+    {
         return std::nullopt;
+    }
     return bytes;
 }
 
@@ -114,9 +133,11 @@ PropertyBlob::PropertyBlob(std::string_view bytes, StoreFile& store, const BlobO
     , m_store(&store)
 {
     if (!EndsWithItsValues(m_bytes) || !IsAsWritten(bytes))
+    {
         throw Error(MAPI_E_CORRUPT_DATA, std::string("The properties of ") + owner.what +
                                              (owner.id == 0 ? "" : " " + std::to_string(owner.id)) +
                                              " in the store file '" + store.Path() + "' are damaged.");
+    }
     m_count = CountOf(m_bytes);
 }
 
@@ -138,7 +159,9 @@ std::string_view PropertyBlob::RawBytes(size_t index) const
     const size_t end = ReadNumber<std::uint32_t>(m_bytes, at + 4);
     const size_t values = HeaderSize + m_count * EntrySize;
     if (begin > end || end > m_bytes.size() - values)
+    {
         return {};
+    }
     return m_bytes.substr(values + begin, end - begin);
 }
 
@@ -146,9 +169,11 @@ EncodedValue PropertyBlob::Make(size_t index) const
 {
     const ULONG tag = RawTag(index);
     if (!(tag & LargeFlag))
+    {
         return {tag, RawBytes(index), nullptr};
-    m_large.push_back(std::make_shared<StoredLargeValue>(m_store->shared_from_this(),
-                                                         LargeReference::Decode(RawBytes(index))));
+    }
+    m_large.push_back(
+        std::make_shared<StoredLargeValue>(m_store->shared_from_this(), LargeReference::Decode(RawBytes(index))));
     return {tag & ~LargeFlag, {}, m_large.back().get()};
 }
 
@@ -162,11 +187,17 @@ EncodedValue PropertyBlob::Find(ULONG tag) const
         const size_t middle = (low + high) / 2;
         const ULONG at = ReadNumber<std::uint16_t>(m_bytes, HeaderSize + middle * EntrySize);
         if (at == id)
+        {
             return Make(middle);
+        }
         if (at < id)
+        {
             low = middle + 1;
+        }
         else
+        {
             high = middle;
+        }
     }
     return {};
 }
@@ -191,7 +222,9 @@ bool PropertyBlob::IsSound(std::string_view bytes)
 {
     const std::string_view body = WithoutChecksum(bytes);
     if (!EndsWithItsValues(body))
+    {
         return false;
+    }
     size_t before = 0;
     ULONG idBefore = 0;
     for (size_t i = 0; i < CountOf(body); ++i)
@@ -200,7 +233,9 @@ bool PropertyBlob::IsSound(std::string_view bytes)
         const size_t end = ReadNumber<std::uint32_t>(body, at + 4);
         const ULONG id = ReadNumber<std::uint16_t>(body, at);
         if (end < before || (i > 0 && id <= idBefore))
+        {
             return false;
+        }
         before = end;
         idBefore = id;
     }
@@ -216,7 +251,9 @@ bool PropertyBlob::IsAsWritten(std::string_view bytes)
 std::string PropertyBlob::Sealed(std::string_view bytes)
 {
     if (!IsSound(bytes))
+    {
         return std::string(bytes);
+    }
     std::string sealed(WithoutChecksum(bytes));
     AppendChecksum(sealed);
     return sealed;
@@ -226,14 +263,18 @@ std::vector<LargeReference> ReferencesIn(std::string_view blob)
 {
     std::vector<LargeReference> references;
     if (!PropertyBlob::IsSound(blob) || !PropertyBlob::IsAsWritten(blob))
+    {
         return references;
+    }
     const size_t values = HeaderSize + CountOf(blob) * EntrySize;
     size_t begin = 0;
     for (size_t at = HeaderSize; at < values; at += EntrySize)
     {
         const size_t end = ReadNumber<std::uint32_t>(blob, at + 4);
         if (ReadNumber<std::uint16_t>(blob, at + 2) & LargeFlag)
+        {
             references.push_back(LargeReference::Decode(blob.substr(values + begin, end - begin)));
+        }
         begin = end;
     }
     return references;
@@ -243,9 +284,13 @@ std::uint64_t StoredSize(const PropertySet::Item& item)
 {
     std::string room;
     if (const std::optional<std::string_view> bytes = InlineBytes(item, room))
+    {
         return bytes->size();
+    }
     if (item.large)
+    {
         return item.large->Size();
+    }
     switch (PROP_TYPE(item.tag))
     {
     case PT_UNICODE:
@@ -269,14 +314,18 @@ std::string WriteBlob(StoreFile& store, const PropertySet& properties, std::vect
     {
         const std::optional<std::string_view> bytes = InlineBytes(item, room);
         if (bytes)
+        {
             values += *bytes;
+        }
         else
         {
             values += LargeBytes(store, item, kept);
             hasLarge = true;
         }
         if (values.size() > 0x7FFFFFFF)
+        {
             throw Error(MAPI_E_TOO_BIG, "The properties of an object are too large together.");
+        }
         AppendNumber(index, static_cast<std::uint16_t>(PROP_ID(item.tag)));
         AppendNumber(index, static_cast<std::uint16_t>(PROP_TYPE(item.tag) | (bytes ? 0 : LargeFlag)));
         AppendNumber(index, static_cast<std::uint32_t>(values.size()));

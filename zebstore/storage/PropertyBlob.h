@@ -1,10 +1,14 @@
 // The properties of one object as one blob of the file.
 //
-//   1 byte version (2), 1 byte 0, 16-bit count
-//   for each property, in the order of identifiers: 16-bit identifier, 16-bit type (0x8000 set: a large
-//   value), 32-bit end of its bytes, counted from the end of this index
-//   the bytes of each property: encoded values (Encoding.h), or references to large ones (LargeStorage.h)
-//   64-bit checksum of all bytes before it
+//   1 byte    version (2)
+//   1 byte    0
+//   2 bytes   count of properties
+//   8 bytes   for each property, in the order of identifiers:
+//               16-bit identifier
+//               16-bit type; 0x8000 set: a large value
+//               32-bit end of its bytes, counted from the end of this index
+//   ...       the bytes of each property: encoded values (Encoding.h), or references to large values (LargeStorage.h)
+//   8 bytes   checksum of all bytes before it
 //
 // Version 1, of files before schema version 4, has no checksum.
 #pragma once
@@ -67,8 +71,7 @@ std::uint64_t StoredSize(const PropertySet::Item& item);
 std::vector<LargeReference> ReferencesIn(std::string_view blob);
 
 /// Writes a set as a blob, its large values into chunks, in the caller's transaction.
-/// @param kept references of the object's blob so far: large values among them stay where they are, and are
-/// taken
+/// @param kept references of the object's blob so far: large values among them stay where they are, and are taken
 ///   off the list; what is left on it is no longer used.
 /// @param hasLarge set to true when the blob holds a reference.
 std::string WriteBlob(StoreFile& store, const PropertySet& properties, std::vector<LargeReference>& kept,

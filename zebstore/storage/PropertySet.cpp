@@ -34,7 +34,9 @@ std::vector<ULONG> PropertySet::Tags() const
     std::vector<ULONG> tags;
     tags.reserve(m_items.size());
     for (const Item& item : m_items)
+    {
         tags.push_back(item.tag);
+    }
     return tags;
 }
 
@@ -42,7 +44,9 @@ EncodedValue PropertySet::Find(ULONG tag) const
 {
     const auto found = std::lower_bound(m_items.begin(), m_items.end(), PROP_ID(tag), BeforeId);
     if (found == m_items.end() || PROP_ID(found->tag) != PROP_ID(tag))
+    {
         return {};
+    }
     return {found->tag, found->bytes, found->large.get()};
 }
 
@@ -50,17 +54,23 @@ LargeValuePtr PropertySet::Large(ULONG tag) const
 {
     const auto found = std::lower_bound(m_items.begin(), m_items.end(), PROP_ID(tag), BeforeId);
     if (found == m_items.end() || PROP_ID(found->tag) != PROP_ID(tag))
+    {
         return nullptr;
+    }
     return found->large;
 }
 
 std::vector<PropertySet::Item>::iterator PropertySet::Place(ULONG tag)
 {
     if (m_items.empty() || PROP_ID(m_items.back().tag) < PROP_ID(tag))
+    {
         return m_items.insert(m_items.end(), Item{tag, {}, nullptr});
+    }
     auto place = std::lower_bound(m_items.begin(), m_items.end(), PROP_ID(tag), BeforeId);
     if (PROP_ID(place->tag) != PROP_ID(tag))
+    {
         place = m_items.insert(place, Item{tag, {}, nullptr});
+    }
     return place;
 }
 
@@ -86,7 +96,9 @@ void PropertySet::SetLarge(ULONG tag, LargeValuePtr value)
 {
     const ULONG type = PROP_TYPE(tag);
     if (type != PT_BINARY && !IsText(type))
+    {
         throw Error(MAPI_E_INVALID_TYPE, "only text and binaries are written as streams");
+    }
     SetEncoded(tag, {}, std::move(value));
 }
 
@@ -94,7 +106,9 @@ bool PropertySet::Remove(ULONG tag)
 {
     const auto found = std::lower_bound(m_items.begin(), m_items.end(), PROP_ID(tag), BeforeId);
     if (found == m_items.end() || PROP_ID(found->tag) != PROP_ID(tag))
+    {
         return false;
+    }
     m_items.erase(found);
     return true;
 }
@@ -153,7 +167,9 @@ std::string PropertySet::Text(ULONG tag) const
 {
     const EncodedValue value = Find(tag);
     if (!IsText(value.Type()))
+    {
         return {};
+    }
     const std::string bytes = WholeBytes(value);
     return std::string(StoredTextOf(value.Type(), bytes));
 }

@@ -30,8 +30,7 @@ public:
     virtual ~ValueSource() = default;
     /// The value of the property with the identifier of `tag`; the type of `tag` does not matter here.
     virtual EncodedValue Find(ULONG tag) const = 0;
-    /// Tries the rows of a sub-table (PR_MESSAGE_RECIPIENTS, PR_MESSAGE_ATTACHMENTS) until `test` holds for
-    /// one.
+    /// Tries the rows of a sub-table (PR_MESSAGE_RECIPIENTS, PR_MESSAGE_ATTACHMENTS) until `test` holds for one.
     /// @return whether one was found; false where there is no such table.
     virtual bool AnyOf(ULONG tag, const std::function<bool(const ValueSource&)>& test) const;
 };
@@ -65,8 +64,7 @@ public:
 
     /// Sets or replaces one property (whatever type it had). PT_ERROR, PT_NULL, PT_OBJECT and PT_UNSPECIFIED
     /// are no values.
-    /// @throws Error MAPI_E_INVALID_TYPE for these and unknown types, MAPI_E_INVALID_PARAMETER for a null
-    /// text,
+    /// @throws Error MAPI_E_INVALID_TYPE for these and unknown types, MAPI_E_INVALID_PARAMETER for a null text,
     ///   binary or array that claims to have content; the set is then as before.
     void Set(const SPropValue& value);
     /// Sets a PT_BINARY, PT_STRING8 or PT_UNICODE property to a value held elsewhere.

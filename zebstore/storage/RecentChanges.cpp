@@ -17,9 +17,10 @@ constexpr size_t EntrySize = sizeof(std::uint64_t);
 void AddRecent(std::string& recent, const RecentChange& change)
 {
     if (recent.size() >= MostRecent * EntrySize)
+    {
         recent.erase(0, recent.size() - (MostRecent - 1) * EntrySize);
-    AppendNumber(recent,
-                 static_cast<std::uint64_t>(change.number) << 2 | static_cast<std::uint64_t>(change.event));
+    }
+    AppendNumber(recent, static_cast<std::uint64_t>(change.number) << 2 | static_cast<std::uint64_t>(change.event));
 }
 
 std::vector<RecentChange> LastRecent(std::string_view recent, size_t count)

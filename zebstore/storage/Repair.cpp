@@ -38,12 +38,15 @@ public:
     {
         const std::string damage = FirstDamage(m_database);
         if (damage.empty())
+        {
             return;
+        }
         m_database.Execute("REINDEX");
         if (!FirstDamage(m_database).empty())
+        {
             throw Error(MAPI_E_CORRUPT_STORE, "The store file '" + m_store.Path() +
-                                                  "' has damaged pages that cannot be repaired: " + damage +
-                                                  ".");
+                                                  "' has damaged pages that cannot be repaired: " + damage + ".");
+        }
         m_report.found("an index does not fit its table (" + damage + "): rebuilt");
     }
 
@@ -53,8 +56,7 @@ public:
                "DELETE FROM recipient WHERE message NOT IN (SELECT id FROM message)");
         Remove("attachments of messages that are missing",
                "DELETE FROM attachment WHERE message NOT IN (SELECT id FROM message)");
-        Remove("receive folders that are missing",
-               "DELETE FROM receive WHERE folder NOT IN (SELECT id FROM folder)");
+        Remove("receive folders that are missing", "DELETE FROM receive WHERE folder NOT IN (SELECT id FROM folder)");
         Remove("members of what is no list or missing",
                "DELETE FROM member WHERE list NOT IN (SELECT id FROM address WHERE type=8) OR "
                "(address IS NULL) = (entry IS NULL) OR address NOT IN (SELECT id FROM address)");
@@ -77,7 +79,9 @@ public:
                                   "(SELECT embedded FROM attachment WHERE embedded IS NOT NULL)")
                     .Numbers();
             if (lost.empty())
+            {
                 return;
+            }
             for (const std::int64_t message : lost)
             {
                 m_report.found("message " + std::to_string(message) + " belongs to no attachment: removed");
@@ -89,17 +93,20 @@ public:
     void MendFolders()
     {
         const std::vector<std::int64_t> lost =
-            Query(m_database,
-                  "WITH RECURSIVE tree(id) AS (SELECT 1 UNION SELECT f.id FROM folder f JOIN tree t "
-                  "ON f.parent=t.id) SELECT id FROM folder WHERE id NOT IN tree AND (parent IS NULL OR "
-                  "parent NOT IN (SELECT id FROM folder) OR id > 10)")
+            Query(m_database, "WITH RECURSIVE tree(id) AS (SELECT 1 UNION SELECT f.id FROM folder f JOIN tree t "
+                              "ON f.parent=t.id) SELECT id FROM folder WHERE id NOT IN tree AND (parent IS NULL OR "
+                              "parent NOT IN (SELECT id FROM folder) OR id > 10)")
                 .Numbers();
         Change("places of messages whose folder is missing: removed",
                "DELETE FROM contents WHERE folder IS NOT NULL AND folder NOT IN (SELECT id FROM folder)");
         MakeMissingPlaces();
         for (const std::int64_t folder : lost)
+        {
             if (!IsReached(folder))
+            {
                 MoveToSubtree(folder);
+            }
+        }
     }
 
     void MoveLostMessages()
@@ -137,22 +144,29 @@ public:
     {
         std::vector<std::int64_t> changed;
         {
-            Query query(m_database,
-                        "SELECT m.id, m.props, m.parts & 7, EXISTS(SELECT 1 FROM recipient r WHERE "
-                        "r.message=m.id), EXISTS(SELECT 1 FROM attachment a WHERE "
-                        "a.message=m.id), " ZEB_MESSAGE_COPIES " FROM message m");
+            Query query(m_database, "SELECT m.id, m.props, m.parts & 7, EXISTS(SELECT 1 FROM recipient r WHERE "
+                                    "r.message=m.id), EXISTS(SELECT 1 FROM attachment a WHERE "
+                                    "a.message=m.id), " ZEB_MESSAGE_COPIES " FROM message m");
             while (query.Step())
             {
                 const PropertyBlob blob(query.Bytes(1), m_store);
                 std::int64_t parts = 0;
                 if (!ReferencesIn(query.Bytes(1)).empty())
+                {
                     parts |= HasLargeValues;
+                }
                 if (query.Number(3) != 0)
+                {
                     parts |= HasRecipients;
+                }
                 if (query.Number(4) != 0)
+                {
                     parts |= HasAttachments;
+                }
                 if (parts != query.Number(2) || !(CopiesOf(blob.Decode()) == ReadCopies(query, 5)))
+                {
                     changed.push_back(query.Number(0));
+                }
             }
         }
         for (const std::int64_t message : changed)
@@ -174,7 +188,9 @@ private:
     void Change(const char* what, const char* sql)
     {
         if (const std::int64_t changed = Run(sql); changed != 0)
+        {
             m_report.found(std::to_string(changed) + " " + what);
+        }
     }
 
     void Remove(const char* what, const char* sql) { Change((std::string(what) + ": removed").c_str(), sql); }
@@ -187,22 +203,25 @@ private:
             InsertContents(m_database, 0, 0);
         }
         for (const std::int64_t folder : Query(m_database, "SELECT id FROM folder").Numbers())
+        {
             for (const bool associated : {false, true})
             {
                 const std::int64_t container = ContainerOf(folder, associated);
                 Query query(m_database, "SELECT 1 FROM contents WHERE container=?");
                 if (query.Bind(1, container).Step())
+                {
                     continue;
+                }
                 m_report.found("folder " + std::to_string(folder) + ": its counters are missing: made");
                 InsertContents(m_database, container, folder);
             }
+        }
     }
 
     bool IsReached(FolderId folder)
     {
-        Query query(m_database,
-                    "WITH RECURSIVE tree(id) AS (SELECT 1 UNION SELECT f.id FROM folder f JOIN tree t "
-                    "ON f.parent=t.id) SELECT 1 FROM tree WHERE id=?");
+        Query query(m_database, "WITH RECURSIVE tree(id) AS (SELECT 1 UNION SELECT f.id FROM folder f JOIN tree t "
+                                "ON f.parent=t.id) SELECT 1 FROM tree WHERE id=?");
         return query.Bind(1, folder).Step();
     }
 
@@ -226,15 +245,17 @@ private:
             .Bind(3, folder)
             .Run();
         m_store.SaveFolderProperties(folder, properties);
-        m_report.found("folder " + std::to_string(folder) + " is not reached from the root: moved to '" +
-                       name + "' under the top of the subtree");
+        m_report.found("folder " + std::to_string(folder) + " is not reached from the root: moved to '" + name +
+                       "' under the top of the subtree");
     }
 
     FolderId RecoveredFolder()
     {
         const FolderId top = IdOf(StandardFolder::IpmSubtree);
         if (const FolderId found = m_store.FindFolder(top, "Recovered"))
+        {
             return found;
+        }
         PropertySet properties;
         properties.SetText(PR_DISPLAY_NAME_W, "Recovered");
         return m_store.CreateFolder(top, properties);
@@ -251,12 +272,16 @@ void CopyStore(const std::string& from, const std::string& to, const WorkReport&
 {
     std::error_code failure;
     if (std::filesystem::exists(std::filesystem::u8path(to), failure))
+    {
         throw Error(MAPI_E_COLLISION, "The file '" + to + "' exists already.");
+    }
     Database source(from, Database::Mode::ReadOnly);
     Database target(to, Database::Mode::Create);
     sqlite3_backup* const backup = sqlite3_backup_init(target.Handle(), "main", source.Handle(), "main");
     if (!backup)
+    {
         target.Fail(sqlite3_errcode(target.Handle()));
+    }
     int code = SQLITE_OK;
     while (code == SQLITE_OK)
     {
@@ -267,7 +292,9 @@ void CopyStore(const std::string& from, const std::string& to, const WorkReport&
     }
     sqlite3_backup_finish(backup);
     if (code != SQLITE_DONE)
+    {
         source.Fail(code);
+    }
 }
 
 void RepairStore(StoreFile& store, const WorkReport& report)
@@ -291,8 +318,9 @@ void RepairStore(StoreFile& store, const WorkReport& report)
     CounterRepair(store, report).Mend();
     const std::vector<std::string> left = store.CheckWhole();
     if (!left.empty())
-        throw Error(MAPI_E_CORRUPT_STORE,
-                    "The store file '" + store.Path() + "' cannot be repaired: " + left[0] + ".");
+    {
+        throw Error(MAPI_E_CORRUPT_STORE, "The store file '" + store.Path() + "' cannot be repaired: " + left[0] + ".");
+    }
     transaction.Commit();
 }
 
@@ -302,14 +330,11 @@ void CompactStore(StoreFile& store, const WorkReport& report)
     store.RequireWritable();
     Database& database = store.Connection();
     constexpr int InstructionsBetween = 100000;
-    sqlite3_progress_handler(
-        database.Handle(), InstructionsBetween,
-        [](void* told)
-        {
-            static_cast<const WorkReport*>(told)->progress(0, 0);
-            return 0;
-        },
-        const_cast<WorkReport*>(&report));
+    sqlite3_progress_handler(database.Handle(), InstructionsBetween, [](void* told)
+    {
+        static_cast<const WorkReport*>(told)->progress(0, 0);
+        return 0;
+    }, const_cast<WorkReport*>(&report));
     try
     {
         database.Execute("VACUUM");

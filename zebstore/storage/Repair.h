@@ -23,8 +23,8 @@ struct WorkReport
 /// @throws Error MAPI_E_COLLISION when `to` exists
 void CopyStore(const std::string& from, const std::string& to, const WorkReport& report);
 
-/// Makes again what follows from the rows (counters, columns, indexes), removes what belongs to nothing, takes properties
-/// off that cannot be read, and makes checksums match what is there. One transaction: all or nothing.
+/// Makes again what follows from the rows (counters, columns, indexes), removes what belongs to nothing, takes
+/// properties off that cannot be read, and makes checksums match what is there. One transaction: all or nothing.
 /// @throws Error MAPI_E_CORRUPT_STORE when pages of the database are damaged or something is still wrong afterwards
 void RepairStore(StoreFile& store, const WorkReport& report);
 

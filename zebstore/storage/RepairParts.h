@@ -50,7 +50,8 @@ private:
     std::unordered_set<std::int64_t> m_taken;
 };
 
-/// The work on what is counted: the messages of each place and the entries of the address book. In the caller's transaction.
+/// The work on what is counted: the messages of each place and the entries of the
+/// address book. In the caller's transaction.
 class CounterRepair
 {
 public:

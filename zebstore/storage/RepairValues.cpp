@@ -43,8 +43,8 @@ const ValueRepair::Table ValueRepair::Tables[] = {
      "UPDATE recipient SET props=? WHERE message=? AND number=?", nullptr},
     {"an attachment of message", "SELECT message, number, props FROM attachment",
      "UPDATE attachment SET props=? WHERE message=? AND number=?", nullptr},
-    {"address book entry", "SELECT id, 0, props FROM address",
-     "UPDATE address SET props=? WHERE id=? AND 0=?", "SELECT key FROM address WHERE id=?"},
+    {"address book entry", "SELECT id, 0, props FROM address", "UPDATE address SET props=? WHERE id=? AND 0=?",
+     "SELECT key FROM address WHERE id=?"},
     {"the address book", "SELECT id, 0, props FROM directory WHERE props IS NOT NULL",
      "UPDATE directory SET props=? WHERE id=? AND 0=?", nullptr},
 };
@@ -54,9 +54,8 @@ ValueRepair::ValueRepair(StoreFile& store, const WorkReport& report)
     , m_database(store.Connection())
     , m_report(report)
 {
-    Query query(m_database,
-                "SELECT (SELECT count(*) FROM message)+(SELECT count(*) FROM recipient)+(SELECT count(*) "
-                "FROM attachment)+(SELECT count(*) FROM folder)+(SELECT count(*) FROM address)");
+    Query query(m_database, "SELECT (SELECT count(*) FROM message)+(SELECT count(*) FROM recipient)+(SELECT count(*) "
+                            "FROM attachment)+(SELECT count(*) FROM folder)+(SELECT count(*) FROM address)");
     query.Step();
     m_whole = 2 * static_cast<std::uint64_t>(query.Number(0));
     Query pieces(m_database, "SELECT count(*) FROM chunk");
@@ -78,11 +77,7 @@ std::string ValueRepair::OwnerOf(const Table& table, const Row& row) const
 
 void ValueRepair::Write(const Table& table, const Row& row)
 {
-    Query(m_database, std::string(table.write))
-        .BindBlob(1, row.blob)
-        .Bind(2, row.key)
-        .Bind(3, row.number)
-        .Run();
+    Query(m_database, std::string(table.write)).BindBlob(1, row.blob).Bind(2, row.key).Bind(3, row.number).Run();
 }
 
 // The sort keys of a row are its texts without case: less than what was there, but more than nothing.
@@ -94,9 +89,13 @@ std::string ValueRepair::Replacement(const Table& table, const Row& row)
         Query query(m_database, std::string(table.columns));
         query.Bind(1, row.key).Step();
         if (std::string_view(table.owner) != "message")
+        {
             properties.SetText(PR_DISPLAY_NAME_W, query.Bytes(0));
+        }
         else
+        {
             AddCopies(properties, ReadCopies(query, 0));
+        }
     }
     std::vector<LargeReference> none;
     bool large = false;
@@ -114,14 +113,12 @@ void ValueRepair::MendBlobs(const Table& table)
             const std::string_view blob = query.Bytes(2);
             if (!PropertyBlob::IsSound(blob))
             {
-                m_report.found(OwnerOf(table, row) +
-                               ": its properties cannot be read: replaced by what its row tells");
+                m_report.found(OwnerOf(table, row) + ": its properties cannot be read: replaced by what its row tells");
                 changed.push_back(std::move(row));
             }
             else if (!PropertyBlob::IsAsWritten(blob))
             {
-                m_report.found(OwnerOf(table, row) +
-                               ": its properties do not match their checksum: kept as they read");
+                m_report.found(OwnerOf(table, row) + ": its properties do not match their checksum: kept as they read");
                 row.blob = PropertyBlob::Sealed(blob);
                 changed.push_back(std::move(row));
             }
@@ -130,7 +127,9 @@ void ValueRepair::MendBlobs(const Table& table)
     for (Row& row : changed)
     {
         if (row.blob.empty())
+        {
             row.blob = Replacement(table, row);
+        }
         Write(table, row);
     }
 }
@@ -140,8 +139,12 @@ void ValueRepair::MendPieces()
     std::vector<std::int64_t> changed;
     Query query(m_database, "SELECT id, bytes, sum FROM chunk");
     for (; query.Step(); Step())
+    {
         if (query.IsNull(2) || PieceChecksum(query.Number(0), query.Bytes(1)) != query.Number(2))
+        {
             changed.push_back(query.Number(0));
+        }
+    }
     for (const std::int64_t key : changed)
     {
         m_report.found("large value " + std::to_string(key >> PieceBits) +
@@ -156,7 +159,9 @@ void ValueRepair::MendPieces()
 void ValueRepair::MendContent()
 {
     for (const Table& table : Tables)
+    {
         MendBlobs(table);
+    }
     MendPieces();
 }
 
@@ -165,7 +170,9 @@ bool ValueRepair::IsWhole(const LargeReference& reference)
     const auto whole = [&](std::int64_t id, std::uint64_t size)
     {
         if (!CanBeLargeId(id))
+        {
             return false;
+        }
         const ChunkRange chunks = LargeChunks(id);
         Query query(m_database, "SELECT sum(length(bytes)) FROM chunk WHERE id BETWEEN ? AND ?");
         query.Bind(1, chunks.first).Bind(2, chunks.last).Step();
@@ -185,7 +192,9 @@ void ValueRepair::Rewrite(const Table& table, const Row& row)
     {
         const auto* value = dynamic_cast<const StoredLargeValue*>(properties.Large(tag).get());
         if (!value)
+        {
             continue;
+        }
         const LargeReference& reference = value->Reference();
         const std::vector<std::int64_t> ids = reference.Ids();
         if (!IsWhole(reference))
@@ -195,8 +204,10 @@ void ValueRepair::Rewrite(const Table& table, const Row& row)
             properties.Remove(tag);
         }
         else if (std::any_of(ids.begin(), ids.end(), [&](std::int64_t id) { return m_taken.count(id) != 0; }))
+        {
             m_report.found(OwnerOf(table, row) + ": the value of its property " + HexOf(tag) +
                            " belongs to another object too: copied");
+        }
         else
         {
             m_taken.insert(ids.begin(), ids.end());
@@ -207,8 +218,12 @@ void ValueRepair::Rewrite(const Table& table, const Row& row)
     const Row changed{row.key, row.number, WriteBlob(m_store, properties, kept, large)};
     Write(table, changed);
     for (const LargeReference& reference : ReferencesIn(changed.blob))
+    {
         for (const std::int64_t id : reference.Ids())
+        {
             m_taken.insert(id);
+        }
+    }
 }
 
 void ValueRepair::MendReferencesOf(const Table& table)
@@ -225,43 +240,58 @@ void ValueRepair::MendReferencesOf(const Table& table)
             {
                 sound = sound && IsWhole(reference);
                 for (const std::int64_t id : reference.Ids())
+                {
                     ids.push_back(id);
+                }
             }
             std::sort(ids.begin(), ids.end());
-            sound =
-                sound && std::adjacent_find(ids.begin(), ids.end()) == ids.end() &&
-                std::none_of(ids.begin(), ids.end(), [&](std::int64_t id) { return m_taken.count(id) != 0; });
+            sound = sound && std::adjacent_find(ids.begin(), ids.end()) == ids.end() &&
+                    std::none_of(ids.begin(), ids.end(), [&](std::int64_t id) { return m_taken.count(id) != 0; });
             if (sound)
+            {
                 m_taken.insert(ids.begin(), ids.end());
+            }
             else
+            {
                 changed.push_back({query.Number(0), query.Number(1), std::string(query.Bytes(2))});
+            }
         }
     }
     for (const Row& row : changed)
+    {
         Rewrite(table, row);
+    }
 }
 
 void ValueRepair::MendReferences()
 {
     for (const Table& table : Tables)
+    {
         MendReferencesOf(table);
+    }
 }
 
 void ValueRepair::RemoveOrphans()
 {
     for (const std::int64_t id : Query(m_database, "SELECT id FROM large").Numbers())
+    {
         if (m_taken.count(id) == 0)
         {
             m_report.found("large value " + std::to_string(id) + " belongs to nothing: removed");
             DeleteLarge(m_database, id);
         }
+    }
     const std::vector<std::int64_t> pieces =
         Query(m_database, "SELECT id FROM chunk WHERE (id >> 24) NOT IN (SELECT id FROM large)").Numbers();
     if (pieces.empty())
+    {
         return;
+    }
     m_report.found(std::to_string(pieces.size()) + " pieces belong to no large value: removed");
     for (const std::int64_t piece : pieces)
+    {
         Query(m_database, "DELETE FROM chunk WHERE id=?").Bind(1, piece).Run();
+    }
 }
 
 } // namespace zebstore

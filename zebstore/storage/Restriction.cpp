@@ -23,14 +23,18 @@ TextFold FoldOf(ULONG fuzzy)
     const bool noCase = (fuzzy & (FL_IGNORECASE | FL_LOOSE)) != 0;
     const bool noMarks = (fuzzy & (FL_IGNORENONSPACE | FL_LOOSE)) != 0;
     if (noCase)
+    {
         return noMarks ? TextFold::IgnoreCaseAndMarks : TextFold::IgnoreCase;
+    }
     return noMarks ? TextFold::IgnoreMarks : TextFold::Exact;
 }
 
 ULONG Relation(ULONG relop)
 {
     if (relop > RELOP_NE)
+    {
         TooComplex("A restriction has a relation that tables do not know.");
+    }
     return relop;
 }
 
@@ -50,7 +54,9 @@ bool IsNameSearch(ULONG tag)
 void TakeName(RestrictionNode& node)
 {
     if (!IsText(node.valueType) || (node.kind == RES_PROPERTY && node.relation != RELOP_EQ))
+    {
         TooComplex("A restriction searches for a name otherwise than by an equal text.");
+    }
     node.foldedValue = Folded(StoredTextOf(node.valueType, node.value), TextFold::IgnoreCaseAndMarks);
 }
 
@@ -60,13 +66,21 @@ void TakeContent(const SContentRestriction& source, RestrictionNode& node)
     node.fuzzy = source.ulFuzzyLevel;
     TakeValue(source.lpProp, node);
     if ((node.fuzzy & 0xFFFF) > FL_PREFIX)
+    {
         TooComplex("A restriction has a fuzzy level that tables do not know.");
+    }
     if (IsText(node.valueType))
+    {
         node.foldedValue = Folded(StoredTextOf(node.valueType, node.value), FoldOf(node.fuzzy));
+    }
     else if (node.valueType == PT_BINARY)
+    {
         node.foldedValue = node.value;
+    }
     else
+    {
         TooComplex("A content restriction compares text or binaries only.");
+    }
 }
 
 void TakeProperty(const SPropertyRestriction& source, RestrictionNode& node)
@@ -75,7 +89,9 @@ void TakeProperty(const SPropertyRestriction& source, RestrictionNode& node)
     node.relation = Relation(source.relop);
     TakeValue(source.lpProp, node);
     if (IsText(node.valueType))
+    {
         node.foldedValue = Folded(StoredTextOf(node.valueType, node.value), TextFold::IgnoreCase);
+    }
 }
 
 RestrictionNode Take(const SRestriction* source, int level);
@@ -84,15 +100,21 @@ void TakeChildren(const SRestriction* children, ULONG count, RestrictionNode& no
 {
     Require(count == 0 || children, "A restriction has no children where it counts some.");
     for (ULONG i = 0; i < count; ++i)
+    {
         node.children.push_back(Take(children + i, level + 1));
+    }
 }
 
 bool AsksForEqualText(const RestrictionNode& node)
 {
     if (!IsText(node.valueType) || IsNameSearch(node.tag))
+    {
         return false;
+    }
     if (node.kind == RES_PROPERTY)
+    {
         return node.relation == RELOP_EQ;
+    }
     return node.kind == RES_CONTENT && (node.fuzzy & 0xFFFF) == FL_FULLSTRING &&
            FoldOf(node.fuzzy) == TextFold::IgnoreCase;
 }
@@ -102,7 +124,9 @@ void GatherEqualTexts(RestrictionNode& node)
 {
     constexpr size_t Many = 16;
     if (node.children.size() < Many)
+    {
         return;
+    }
     for (size_t i = 0; i < node.children.size(); ++i)
     {
         const RestrictionNode& child = node.children[i];
@@ -111,11 +135,12 @@ void GatherEqualTexts(RestrictionNode& node)
             node.unequal.push_back(i);
             continue;
         }
-        auto texts =
-            std::find_if(node.equal.begin(), node.equal.end(),
-                         [&](const EqualTexts& each) { return PROP_ID(each.tag) == PROP_ID(child.tag); });
+        auto texts = std::find_if(node.equal.begin(), node.equal.end(),
+                                  [&](const EqualTexts& each) { return PROP_ID(each.tag) == PROP_ID(child.tag); });
         if (texts == node.equal.end())
+        {
             texts = node.equal.insert(texts, EqualTexts{child.tag, {}});
+        }
         texts->folded.insert(child.foldedValue);
     }
 }
@@ -125,7 +150,9 @@ void TakeSub(const SSubRestriction& source, RestrictionNode& node, int level)
     node.tag = source.ulSubObject;
     const ULONG id = PROP_ID(node.tag);
     if (id != PROP_ID(PR_MESSAGE_RECIPIENTS) && id != PROP_ID(PR_MESSAGE_ATTACHMENTS))
+    {
         TooComplex("A restriction asks for a sub-table that messages do not have.");
+    }
     TakeChildren(source.lpRes, 1, node, level);
 }
 
@@ -143,7 +170,9 @@ void TakeRest(const SRestriction& source, RestrictionNode& node, int level)
         node.number = source.res.resBitMask.ulMask;
         node.relation = source.res.resBitMask.relBMR;
         if (node.relation > BMR_NEZ)
+        {
             TooComplex("A restriction has a bit relation that tables do not know.");
+        }
         return;
     case RES_SIZE:
         node.tag = source.res.resSize.ulPropTag;
@@ -167,7 +196,9 @@ void TakeRest(const SRestriction& source, RestrictionNode& node, int level)
 RestrictionNode Take(const SRestriction* source, int level)
 {
     if (level > Restriction::MostLevels)
+    {
         TooComplex("A restriction is nested too deep.");
+    }
     Require(source != nullptr, "A restriction has no child where it needs one.");
     RestrictionNode node;
     node.kind = source->rt;
@@ -194,7 +225,9 @@ RestrictionNode Take(const SRestriction* source, int level)
         break;
     }
     if ((node.kind == RES_CONTENT || node.kind == RES_PROPERTY) && IsNameSearch(node.tag))
+    {
         TakeName(node);
+    }
     return node;
 }
 
@@ -216,18 +249,28 @@ bool ContentMatches(const RestrictionNode& node, ULONG type, std::string_view by
     if (type & MV_FLAG)
     {
         for (ULONG i = 0; i < ElementCount(type, bytes); ++i)
+        {
             if (ContentMatches(node, type & ~static_cast<ULONG>(MV_FLAG), Element(type, bytes, i)))
+            {
                 return true;
+            }
+        }
         return false;
     }
     if (!TypesMatch(type, node.valueType))
+    {
         return false;
+    }
     if (type == PT_BINARY)
+    {
         return ContentFits(node.fuzzy, bytes, node.foldedValue);
+    }
     const std::string_view text = StoredTextOf(type, bytes);
     const TextFold fold = FoldOf(node.fuzzy);
     if (fold == TextFold::Exact)
+    {
         return ContentFits(node.fuzzy, text, node.foldedValue);
+    }
     return ContentFits(node.fuzzy, Folded(text, fold), node.foldedValue);
 }
 
@@ -237,12 +280,18 @@ bool PropertyMatches(const RestrictionNode& node, ULONG type, std::string_view b
     if ((type & MV_FLAG) && !(node.valueType & MV_FLAG))
     {
         for (ULONG i = 0; i < ElementCount(type, bytes); ++i)
+        {
             if (PropertyMatches(node, type & ~static_cast<ULONG>(MV_FLAG), Element(type, bytes, i)))
+            {
                 return true;
+            }
+        }
         return false;
     }
     if (!TypesMatch(type, node.valueType))
+    {
         return false;
+    }
     if (IsText(type))
     {
         const int order = Folded(StoredTextOf(type, bytes), TextFold::IgnoreCase).compare(node.foldedValue);
@@ -259,7 +308,9 @@ bool CompareMatches(const RestrictionNode& node, const ValueSource& values)
     const std::string leftBytes(BytesOf(left, leftRoom));
     const EncodedValue right = values.Find(node.otherTag);
     if (!left || !right || !TypesMatch(left.Type(), right.Type()))
+    {
         return false;
+    }
     std::string rightRoom;
     bool comparable = true;
     const int order = Compare(left.Type(), leftBytes, right.Type(), BytesOf(right, rightRoom), comparable);
@@ -269,20 +320,26 @@ bool CompareMatches(const RestrictionNode& node, const ValueSource& values)
 bool BitsMatch(const RestrictionNode& node, const EncodedValue& value)
 {
     if (value.Type() != PT_LONG && value.Type() != PT_I2)
+    {
         return false;
-    const ULONG number = value.Type() == PT_LONG ? ReadNumber<std::uint32_t>(value.bytes)
-                                                 : ReadNumber<std::uint16_t>(value.bytes);
+    }
+    const ULONG number =
+        value.Type() == PT_LONG ? ReadNumber<std::uint32_t>(value.bytes) : ReadNumber<std::uint16_t>(value.bytes);
     return ((number & node.number) != 0) == (node.relation == BMR_NEZ);
 }
 
 std::uint64_t SizeOfSingle(ULONG type, ULONG asked, std::string_view bytes)
 {
     if (!IsText(type))
+    {
         return bytes.size();
+    }
     const std::string_view text = StoredTextOf(type, bytes);
     const ULONG form = IsText(asked) ? asked : type;
     if (form == PT_UNICODE)
+    {
         return (WideFromStored(text).size() + 1) * sizeof(WCHAR);
+    }
     return (type == PT_STRING8 ? NarrowOf(bytes) : NarrowFromStored(text)).size() + 1;
 }
 
@@ -291,14 +348,20 @@ std::uint64_t SizeOf(const EncodedValue& value, ULONG asked)
     const ULONG single = ~static_cast<ULONG>(MV_FLAG);
     // A large value tells its size without being read, unless its text has to be converted for the answer.
     if (value.large && (value.Type() == asked || value.Type() == PT_BINARY))
+    {
         return value.large->Size() + (value.Type() == PT_UNICODE ? 2 : value.Type() == PT_STRING8 ? 1 : 0);
+    }
     std::string room;
     const std::string_view bytes = BytesOf(value, room);
     if (!(value.Type() & MV_FLAG))
+    {
         return SizeOfSingle(value.Type(), asked, bytes);
+    }
     std::uint64_t size = 0;
     for (ULONG i = 0; i < ElementCount(value.Type(), bytes); ++i)
+    {
         size += SizeOfSingle(value.Type() & single, asked & single, Element(value.Type(), bytes, i));
+    }
     return size;
 }
 
@@ -317,7 +380,9 @@ bool ExistMatches(const RestrictionNode& node, const EncodedValue& value)
 bool ValueMatches(const RestrictionNode& node, const EncodedValue& value)
 {
     if (!value)
+    {
         return false;
+    }
     std::string room;
     switch (node.kind)
     {
@@ -339,8 +404,12 @@ bool IsOneOf(const EqualTexts& texts, ULONG type, std::string_view bytes)
     if (type & MV_FLAG)
     {
         for (ULONG i = 0; i < ElementCount(type, bytes); ++i)
+        {
             if (IsOneOf(texts, type & ~static_cast<ULONG>(MV_FLAG), Element(type, bytes, i)))
+            {
                 return true;
+            }
+        }
         return false;
     }
     return IsText(type) && texts.folded.count(Folded(StoredTextOf(type, bytes), TextFold::IgnoreCase)) != 0;
@@ -351,14 +420,18 @@ bool NodeMatches(const RestrictionNode& node, const ValueSource& values);
 bool AnyMatches(const RestrictionNode& node, const ValueSource& values)
 {
     if (node.equal.empty())
+    {
         return std::any_of(node.children.begin(), node.children.end(),
                            [&](const RestrictionNode& child) { return NodeMatches(child, values); });
+    }
     for (const EqualTexts& texts : node.equal)
     {
         const EncodedValue value = values.Find(texts.tag);
         std::string room;
         if (value && IsOneOf(texts, value.Type(), BytesOf(value, room)))
+        {
             return true;
+        }
     }
     return std::any_of(node.unequal.begin(), node.unequal.end(),
                        [&](size_t child) { return NodeMatches(node.children[child], values); });
@@ -379,12 +452,13 @@ bool NodeMatches(const RestrictionNode& node, const ValueSource& values)
     case RES_COMPAREPROPS:
         return CompareMatches(node, values);
     case RES_SUBRESTRICTION:
-        return values.AnyOf(node.tag,
-                            [&](const ValueSource& row) { return NodeMatches(node.children[0], row); });
+        return values.AnyOf(node.tag, [&](const ValueSource& row) { return NodeMatches(node.children[0], row); });
     case RES_CONTENT:
     case RES_PROPERTY:
         if (IsNameSearch(node.tag))
+        {
             return MatchesName(node.foldedValue, values);
+        }
         return ValueMatches(node, values.Find(node.tag));
     default:
         return ValueMatches(node, values.Find(node.tag));

@@ -30,8 +30,8 @@ struct RestrictionNode
     std::string value;       ///< encoded
     std::string foldedValue; ///< text in the fold of `fuzzy` (RES_CONTENT), or case folded (RES_PROPERTY)
     std::vector<RestrictionNode> children;
-    /// RES_OR with many children: those that ask whether a text is equal, to be looked up rather than compared one by one;
-    /// `unequal` are the places of the other children.
+    /// RES_OR with many children: those that ask whether a text is equal, to be looked up rather than compared one
+    /// by one; `unequal` are the places of the other children.
     std::vector<EqualTexts> equal;
     std::vector<size_t> unequal;
 };
@@ -52,8 +52,7 @@ public:
     /// Levels of nesting that are accepted.
     static constexpr int MostLevels = 256;
 
-    /// @throws Error MAPI_E_TOO_COMPLEX for what no table of this provider can say (RELOP_RE, unknown kinds
-    /// and
+    /// @throws Error MAPI_E_TOO_COMPLEX for what no table of this provider can say (RELOP_RE, unknown kinds and
     ///   relations, deeper nesting than MostLevels, sub-tables that messages do not have),
     ///   MAPI_E_INVALID_PARAMETER for a null pointer where a node or value must be
     explicit Restriction(const SRestriction& source);

@@ -15,7 +15,9 @@ inline std::vector<ULONG> SortedIds(const std::vector<ULONG>& tags)
 {
     std::vector<ULONG> ids;
     for (const ULONG tag : tags)
+    {
         ids.push_back(PROP_ID(tag));
+    }
     std::sort(ids.begin(), ids.end());
     return ids;
 }
@@ -35,7 +37,9 @@ public:
     {
         const auto place = std::lower_bound(m_ids.begin(), m_ids.end(), PROP_ID(tag));
         if (place != m_ids.end() && *place == PROP_ID(tag))
+        {
             return;
+        }
         m_ids.insert(place, PROP_ID(tag));
         m_columns.push_back(tag);
     }
@@ -58,7 +62,9 @@ public:
     {
         PropertySet& computed = m_computed.emplace_back();
         if (compute(computed))
+        {
             return computed.Find(tag);
+        }
         m_computed.pop_back();
         return std::nullopt;
     }
@@ -77,9 +83,13 @@ void ReadByKey(Query& query, const RowKey* keys, size_t count, const RowSource::
     for (size_t i = 0; i < count; ++i)
     {
         if (query.Bind(1, keys[i]).Step())
+        {
             visit(i, valuesOf(keys[i]));
+        }
         else
+        {
             visit(i, none);
+        }
         query.Reset();
     }
 }

@@ -25,23 +25,33 @@ public:
     void Add(RowKey key, const ValueSource& values, bool fits = false)
     {
         if (!fits && m_restriction && !m_restriction->Matches(values))
+        {
             return;
+        }
         if (m_order)
+        {
             m_sorted.emplace_back(m_order->BytesOf(values), key);
+        }
         else
+        {
             m_keys.push_back(key);
+        }
     }
 
     std::vector<RowKey> Take()
     {
         if (!m_order)
+        {
             return std::move(m_keys);
+        }
         // Stable: rows that are equal by all keys keep their natural order.
         std::stable_sort(m_sorted.begin(), m_sorted.end(),
                          [](const auto& left, const auto& right) { return left.first < right.first; });
         m_keys.reserve(m_sorted.size());
         for (const auto& each : m_sorted)
+        {
             m_keys.push_back(each.second);
+        }
         return std::move(m_keys);
     }
 

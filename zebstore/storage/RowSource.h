@@ -55,8 +55,8 @@ public:
 
     /// Rows without any restriction; does not scan.
     virtual ULONG Count() = 0;
-    /// Called when `seen` rows were read and the source should have no more: the rows of a damaged file must not be taken
-    /// for none.
+    /// Called when `seen` rows were read and the source should have no more: the rows of
+    /// a damaged file must not be taken for none.
     /// @throws Error MAPI_E_CORRUPT_STORE when rows are lost
     virtual void RequireAllRows(size_t /*seen*/) {}
     /// Becomes another number whenever rows, their order or their values may have changed.
@@ -73,8 +73,7 @@ public:
     virtual bool Exists(RowKey) { return false; }
     /// The row before this one in natural order, whether or not this one is there.
     virtual std::optional<RowKey> KeyBefore(RowKey) { return std::nullopt; }
-    /// The keys of the rows that `restriction` (null: all) lets through, in this order (null: the natural
-    /// one).
+    /// The keys of the rows that `restriction` (null: all) lets through, in this order (null: the natural one).
     virtual std::vector<RowKey> Keys(const Restriction* restriction, const SortOrder* order) = 0;
     /// The next `count` keys in natural order after `after` (nothing: from the first); does not scan.
     virtual std::vector<RowKey> KeysAfter(std::optional<RowKey> after, size_t count) = 0;
@@ -144,14 +143,11 @@ public:
 };
 
 /// The messages of one folder. @throws Error MAPI_E_NOT_FOUND
-std::shared_ptr<RowSource> MakeContentsRows(std::shared_ptr<StoreFile> store, FolderId folder,
-                                            bool associated,
+std::shared_ptr<RowSource> MakeContentsRows(std::shared_ptr<StoreFile> store, FolderId folder, bool associated,
                                             std::shared_ptr<const ComputedProperties> computed);
-/// The folders below one folder; with `wholeTree` (CONVENIENT_DEPTH) those further down too, PR_DEPTH from 1.
-/// Gives PR_DEPTH, PR_CONTENT_COUNT, PR_CONTENT_UNREAD, PR_ASSOC_CONTENT_COUNT, PR_SUBFOLDERS,
-/// PR_FOLDER_TYPE.
-std::shared_ptr<RowSource> MakeHierarchyRows(std::shared_ptr<StoreFile> store, FolderId folder,
-                                             bool wholeTree,
+/// The folders below one folder; with `wholeTree` (CONVENIENT_DEPTH) those further down too, PR_DEPTH from 1. Gives
+/// PR_DEPTH, PR_CONTENT_COUNT, PR_CONTENT_UNREAD, PR_ASSOC_CONTENT_COUNT, PR_SUBFOLDERS, PR_FOLDER_TYPE.
+std::shared_ptr<RowSource> MakeHierarchyRows(std::shared_ptr<StoreFile> store, FolderId folder, bool wholeTree,
                                              std::shared_ptr<const ComputedProperties> computed);
 
 } // namespace zebstore

@@ -21,8 +21,8 @@ struct TableSql
     const char* older = nullptr; // its statement in files before version 4, where that differs
 };
 
-// folder.key is the sort key of the folder's name; siblings never share one. Its times are those of FILETIME; null in a folder
-// of an older file, until it is saved.
+// folder.key is the sort key of the folder's name; siblings never share one. Its times are those of FILETIME;
+// null in a folder of an older file, until it is saved.
 //
 // contents has a row for each place of messages: container = 2 * folder + 1 for associated ones. `next` is
 // the number that the next message gets, so numbers are never given twice; `change` rises with every
@@ -42,8 +42,7 @@ struct TableSql
 // listed. A member of a list is either an entry of this file or the identifier of a foreign one. The one row of
 // directory counts the entries, and its `change` rises with every transaction that touches the address book.
 constexpr TableSql Tables[] = {
-    {"store",
-     "CREATE TABLE store(id INTEGER PRIMARY KEY CHECK(id=1), uid BLOB NOT NULL, props BLOB NOT NULL)", 1},
+    {"store", "CREATE TABLE store(id INTEGER PRIMARY KEY CHECK(id=1), uid BLOB NOT NULL, props BLOB NOT NULL)", 1},
     {"folder",
      "CREATE TABLE folder(id INTEGER PRIMARY KEY AUTOINCREMENT, parent INTEGER REFERENCES folder(id), "
      "type INTEGER NOT NULL, key TEXT NOT NULL, props BLOB NOT NULL, created INTEGER, modified INTEGER, "
@@ -117,10 +116,16 @@ constexpr std::int64_t VersionWithoutAddresses = 2;
 void AddTables(Database& database, std::int64_t version)
 {
     for (const TableSql& table : Tables)
+    {
         if (table.since > version)
+        {
             database.Execute(table.sql);
+        }
+    }
     if (version <= VersionWithoutAddresses)
+    {
         database.Execute("INSERT INTO directory(id, rows, change) VALUES(1, 0, 0)");
+    }
 }
 
 void WriteVersion(Database& database)
@@ -132,7 +137,9 @@ void WriteVersion(Database& database)
 std::int64_t OldVersion(Database& database)
 {
     if (ReadPragma(database, "PRAGMA application_id") != ApplicationId)
+    {
         return 0;
+    }
     const std::int64_t version = ReadPragma(database, "PRAGMA user_version");
     return version >= FirstVersion && version < SchemaVersion ? version : 0;
 }
@@ -169,19 +176,21 @@ void AddChecksums(Database& database)
     constexpr int flags = SQLITE_UTF8 | SQLITE_DETERMINISTIC;
     const auto define = [&](const char* name, int arguments, auto* function)
     {
-        const int code = sqlite3_create_function_v2(database.Handle(), name, arguments, flags, nullptr,
-                                                    function, nullptr, nullptr, nullptr);
+        const int code = sqlite3_create_function_v2(database.Handle(), name, arguments, flags, nullptr, function,
+                                                    nullptr, nullptr, nullptr);
         if (code != SQLITE_OK)
+        {
             database.Fail(code);
+        }
     };
     define("sealed", 1, Seal);
     define("piece_sum", 2, SumPiece);
     database.Execute("ALTER TABLE chunk ADD COLUMN sum INTEGER");
     database.Execute("UPDATE chunk SET sum=piece_sum(id, bytes)");
-    for (const char* table :
-         {"store", "folder", "message", "recipient", "attachment", "address", "directory"})
-        database.Execute(
-            ("UPDATE " + std::string(table) + " SET props=sealed(props) WHERE props IS NOT NULL").c_str());
+    for (const char* table : {"store", "folder", "message", "recipient", "attachment", "address", "directory"})
+    {
+        database.Execute(("UPDATE " + std::string(table) + " SET props=sealed(props) WHERE props IS NOT NULL").c_str());
+    }
 }
 
 } // namespace
@@ -203,9 +212,13 @@ void UpgradeSchema(Database& database)
     Transaction transaction(database);
     const std::int64_t version = OldVersion(database);
     if (version == 0) // another process was quicker
+    {
         return;
+    }
     if (version == FirstVersion)
+    {
         database.Execute("ALTER TABLE contents ADD COLUMN recent BLOB");
+    }
     AddTables(database, version);
     database.Execute("ALTER TABLE folder ADD COLUMN created INTEGER");
     database.Execute("ALTER TABLE folder ADD COLUMN modified INTEGER");
@@ -219,28 +232,37 @@ std::int64_t CheckSchema(Database& database)
 {
     const std::string file = "The store file '" + database.Path() + "' ";
     if (ReadPragma(database, "PRAGMA application_id") != ApplicationId)
+    {
         throw Error(MAPI_E_CORRUPT_STORE, file + "is a database, but not a store.");
+    }
     const std::int64_t version = ReadPragma(database, "PRAGMA user_version");
     if (version > SchemaVersion)
+    {
         throw Error(MAPI_E_VERSION, file + "has the schema version " + std::to_string(version) +
-                                        "; this program knows versions up to " +
-                                        std::to_string(SchemaVersion) + ".");
+                                        "; this program knows versions up to " + std::to_string(SchemaVersion) + ".");
+    }
     if (version == FirstVersion)
-        throw Error(MAPI_E_VERSION,
-                    file + "has the old schema version 1; it must be opened for writing once.");
+    {
+        throw Error(MAPI_E_VERSION, file + "has the old schema version 1; it must be opened for writing once.");
+    }
     if (version < FirstVersion)
-        throw Error(MAPI_E_CORRUPT_STORE,
-                    file + "has the impossible schema version " + std::to_string(version) + ".");
+    {
+        throw Error(MAPI_E_CORRUPT_STORE, file + "has the impossible schema version " + std::to_string(version) + ".");
+    }
     Query query(database, "SELECT sql FROM sqlite_schema WHERE name=?");
     for (const TableSql& table : Tables)
     {
         if (table.since > version)
+        {
             continue;
+        }
         query.BindText(1, table.name);
         const bool isOlder = table.older && version < ChecksumVersion;
         if (!query.Step() || query.Bytes(0) != (isOlder ? table.older : table.sql))
+        {
             throw Error(MAPI_E_CORRUPT_STORE,
                         file + "is damaged: its table '" + table.name + "' is not as it must be.");
+        }
         query.Reset();
     }
     return version;

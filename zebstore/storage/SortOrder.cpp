@@ -22,17 +22,25 @@ ULONG SingleType(ULONG tag)
 SortOrder::SortOrder(const SSortOrderSet& source)
 {
     if (source.cCategories != 0 || source.cExpanded != 0)
+    {
         throw Error(MAPI_E_TOO_COMPLEX, "Tables have no categories.");
+    }
     if (source.cSorts > MostKeys)
+    {
         throw Error(MAPI_E_TOO_COMPLEX, "A sort order has too many keys.");
+    }
     for (ULONG i = 0; i < source.cSorts; ++i)
     {
         const SSortOrder& key = source.aSort[i];
         const ULONG type = SingleType(key.ulPropTag);
         if ((type & MV_INSTANCE) || (type != PT_UNSPECIFIED && !IsStorable(type)))
+        {
             throw Error(MAPI_E_TOO_COMPLEX, "A sort order has a key of a type without an order.");
+        }
         if (key.ulOrder & ~static_cast<ULONG>(TABLE_SORT_DESCEND | TABLE_SORT_COMBINE))
+        {
             throw Error(MAPI_E_TOO_COMPLEX, "A sort order goes in a direction that tables do not know.");
+        }
         m_keys.push_back({key.ulPropTag, (key.ulOrder & TABLE_SORT_DESCEND) != 0});
     }
 }
@@ -45,7 +53,9 @@ std::string SortOrder::BytesOf(const ValueSource& values) const
         EncodedValue value = values.Find(key.tag);
         // A column of another type shows no value, so it sorts as none.
         if (SingleType(key.tag) != PT_UNSPECIFIED && !TypesMatch(value.Type(), SingleType(key.tag)))
+        {
             value = {};
+        }
         AppendSortBytes(bytes, value, key.descending);
     }
     return bytes;

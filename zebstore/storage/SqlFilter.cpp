@@ -31,9 +31,12 @@ constexpr HotColumn HotColumns[] = {
 const HotColumn* FindColumn(ULONG tag, const std::vector<ULONG>& computed)
 {
     for (const HotColumn& column : HotColumns)
+    {
         if (PROP_ID(column.tag) == PROP_ID(tag))
-            return std::find(computed.begin(), computed.end(), PROP_ID(tag)) == computed.end() ? &column
-                                                                                               : nullptr;
+        {
+            return std::find(computed.begin(), computed.end(), PROP_ID(tag)) == computed.end() ? &column : nullptr;
+        }
+    }
     return nullptr;
 }
 
@@ -42,31 +45,39 @@ const char* const Operators[] = {"<", "<=", ">", ">=", "=", "!="};
 SqlFilter Condition(const HotColumn& column, const std::string& test)
 {
     SqlFilter filter;
-    filter.sql =
-        column.always ? "(" + test + ")" : std::string("(") + column.name + " IS NOT NULL AND " + test + ")";
+    filter.sql = column.always ? "(" + test + ")" : std::string("(") + column.name + " IS NOT NULL AND " + test + ")";
     return filter;
 }
 
 std::optional<SqlFilter> PropertyFilter(const RestrictionNode& node, const HotColumn& column)
 {
     if (!TypesMatch(PROP_TYPE(column.tag), node.valueType))
+    {
         return std::nullopt;
+    }
     SqlFilter filter = Condition(column, std::string(column.name) + Operators[node.relation] + "?");
     if (IsText(node.valueType))
+    {
         filter.parameters.emplace_back(node.foldedValue);
+    }
     else if (node.valueType == PT_LONG)
+    {
         filter.parameters.emplace_back(std::int64_t(ReadNumber<std::int32_t>(node.value)));
+    }
     else
+    {
         filter.parameters.emplace_back(ReadNumber<std::int64_t>(node.value));
+    }
     return filter;
 }
 
 std::optional<SqlFilter> ContentFilter(const RestrictionNode& node, const HotColumn& column)
 {
     // Accents stand in the sort keys, so a search without them must look at the text itself.
-    if (!IsText(PROP_TYPE(column.tag)) || !IsText(node.valueType) ||
-        (node.fuzzy & (FL_IGNORENONSPACE | FL_LOOSE)))
+    if (!IsText(PROP_TYPE(column.tag)) || !IsText(node.valueType) || (node.fuzzy & (FL_IGNORENONSPACE | FL_LOOSE)))
+    {
         return std::nullopt;
+    }
     const std::string folded = Folded(StoredTextOf(node.valueType, node.value), TextFold::IgnoreCase);
     const std::string name = column.name;
     SqlFilter filter;
@@ -90,9 +101,11 @@ std::optional<SqlFilter> ContentFilter(const RestrictionNode& node, const HotCol
 std::optional<SqlFilter> BitFilter(const RestrictionNode& node, const HotColumn& column)
 {
     if (PROP_TYPE(column.tag) != PT_LONG)
+    {
         return std::nullopt;
-    SqlFilter filter = Condition(column, std::string("(") + column.name + " & ?)" +
-                                             (node.relation == BMR_NEZ ? "!=0" : "=0"));
+    }
+    SqlFilter filter =
+        Condition(column, std::string("(") + column.name + " & ?)" + (node.relation == BMR_NEZ ? "!=0" : "=0"));
     filter.parameters.emplace_back(std::int64_t(static_cast<std::int32_t>(node.number)));
     return filter;
 }
@@ -101,7 +114,9 @@ std::optional<SqlFilter> ExistFilter(const RestrictionNode& node, const HotColum
 {
     // Under PT_UNSPECIFIED a value of another type exists too, and the column does not know it.
     if (!TypesMatch(PROP_TYPE(column.tag), PROP_TYPE(node.tag)))
+    {
         return std::nullopt;
+    }
     return Condition(column, "1");
 }
 
@@ -122,12 +137,18 @@ std::optional<SqlFilter> AndFilter(const RestrictionNode& node, const std::vecto
     {
         const std::optional<SqlFilter> filter = MakeFilter(child, computed);
         if (filter && joined.terms + filter->terms <= MostSqlTerms)
+        {
             Join(joined, *filter, " AND ");
+        }
         else
+        {
             joined.exact = false;
+        }
     }
     if (joined.sql.empty())
+    {
         return std::nullopt;
+    }
     joined.sql += ")";
     return joined;
 }
@@ -135,18 +156,24 @@ std::optional<SqlFilter> AndFilter(const RestrictionNode& node, const std::vecto
 std::optional<SqlFilter> OrFilter(const RestrictionNode& node, const std::vector<ULONG>& computed)
 {
     if (node.children.size() > MostSqlTerms)
+    {
         return std::nullopt;
+    }
     SqlFilter joined;
     joined.terms = 0;
     for (const RestrictionNode& child : node.children)
     {
         const std::optional<SqlFilter> filter = MakeFilter(child, computed);
         if (!filter || joined.terms + filter->terms > MostSqlTerms)
+        {
             return std::nullopt;
+        }
         Join(joined, *filter, " OR ");
     }
     if (joined.sql.empty())
+    {
         return std::nullopt;
+    }
     joined.sql += ")";
     return joined;
 }
@@ -156,7 +183,9 @@ std::optional<SqlFilter> NotFilter(const RestrictionNode& node, const std::vecto
     std::optional<SqlFilter> filter = MakeFilter(node.children[0], computed);
     // The opposite of "more than fits" is less than fits.
     if (!filter || !filter->exact)
+    {
         return std::nullopt;
+    }
     filter->sql = "(NOT " + filter->sql + ")";
     return filter;
 }
@@ -168,9 +197,13 @@ int SqlFilter::Bind(Query& query, int first) const
     for (const auto& parameter : parameters)
     {
         if (const auto* number = std::get_if<std::int64_t>(&parameter))
+        {
             query.Bind(first++, *number);
+        }
         else
+        {
             query.BindText(first++, std::get<std::string>(parameter));
+        }
     }
     return first;
 }
@@ -191,7 +224,9 @@ std::optional<SqlFilter> MakeFilter(const RestrictionNode& node, const std::vect
     }
     const HotColumn* column = FindColumn(node.tag, computed);
     if (!column)
+    {
         return std::nullopt;
+    }
     switch (node.kind)
     {
     case RES_PROPERTY:
@@ -214,7 +249,9 @@ std::optional<std::string> MakeOrder(const SortOrder& order, const std::vector<U
     {
         const HotColumn* column = FindColumn(key.tag, computed);
         if (!column || !TypesMatch(PROP_TYPE(column->tag), PROP_TYPE(key.tag)))
+        {
             return std::nullopt;
+        }
         sql += std::string(sql.empty() ? "" : ", ") + column->name + (key.descending ? " DESC" : "");
     }
     return sql;

@@ -13,8 +13,7 @@
 namespace zebstore
 {
 
-/// A condition over message's columns that is 0 or 1, never NULL, with its parameters in the order of their
-/// marks.
+/// A condition over message's columns that is 0 or 1, never NULL, with its parameters in the order of their marks.
 struct SqlFilter
 {
     std::string sql;

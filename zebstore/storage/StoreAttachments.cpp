@@ -14,7 +14,9 @@ std::uint64_t BytesOf(std::string_view blob)
 {
     std::uint64_t bytes = PropertyBlob::SizeOf(blob);
     for (const LargeReference& reference : ReferencesIn(blob))
+    {
         bytes += reference.size;
+    }
     return bytes;
 }
 
@@ -43,18 +45,24 @@ OldAttachment ReadOldAttachment(StoreFile& store, MessageId message, ULONG numbe
 MessageId EmbeddedAfter(StoreFile& store, const AttachmentEdit& edit, const OldAttachment& old, int depth)
 {
     if (!edit.embedded && !edit.dropEmbedded)
+    {
         return old.embedded;
+    }
     // The old one goes last: the new one may hold large values that are still the old one's.
     const MessageId made = edit.embedded ? InsertMessage(store, 0, *edit.embedded, depth + 1) : 0;
     if (old.embedded != 0)
+    {
         DeleteMessageRow(store, old.embedded);
+    }
     return made;
 }
 
 void RemoveAttachment(StoreFile& store, MessageId message, ULONG number, const OldAttachment& old)
 {
     if (old.embedded != 0)
+    {
         DeleteMessageRow(store, old.embedded);
+    }
     DeleteReferences(store.Connection(), old.large);
     Query(store.Connection(), "DELETE FROM attachment WHERE message=? AND number=?")
         .Bind(1, message)
@@ -66,7 +74,9 @@ void WriteAttachment(StoreFile& store, MessageId message, const AttachmentEdit& 
 {
     OldAttachment old = ReadOldAttachment(store, message, edit.number);
     if (edit.removed)
+    {
         return RemoveAttachment(store, message, edit.number, old);
+    }
     const MessageId embedded = EmbeddedAfter(store, edit, old, depth);
     PropertySet properties = edit.properties;
     properties.SetLong(PR_ATTACH_NUM, static_cast<LONG>(edit.number));
@@ -76,9 +86,13 @@ void WriteAttachment(StoreFile& store, MessageId message, const AttachmentEdit& 
                 "INSERT OR REPLACE INTO attachment(message, number, embedded, props) VALUES(?, ?, ?, ?)");
     query.Bind(1, message).Bind(2, edit.number).BindBlob(4, blob);
     if (embedded == 0)
+    {
         query.BindNull(3);
+    }
     else
+    {
         query.Bind(3, embedded);
+    }
     query.Run();
     DeleteReferences(store.Connection(), old.large);
 }
@@ -94,7 +108,9 @@ std::vector<ULONG> NumbersOf(StoreFile& store, MessageId message)
     Query query(store.Connection(), "SELECT number FROM attachment WHERE message=? ORDER BY number");
     query.Bind(1, message);
     while (query.Step())
+    {
         numbers.push_back(static_cast<ULONG>(query.Number(0)));
+    }
     return numbers;
 }
 
@@ -103,9 +119,11 @@ void RequireNone(StoreFile& store, MessageId message, MessageParts kind)
 {
     Query query(store.Connection(), "SELECT 1 FROM message WHERE id=? AND (parts & ?) != 0");
     if (query.Bind(1, message).Bind(2, kind).Step())
+    {
         throw Error(MAPI_E_CORRUPT_STORE, "The store file '" + store.Path() + "' is damaged: " +
                                               (kind == HasRecipients ? "the recipients" : "the attachments") +
                                               " of message " + std::to_string(message) + " are missing.");
+    }
 }
 
 } // namespace
@@ -113,8 +131,12 @@ void RequireNone(StoreFile& store, MessageId message, MessageParts kind)
 void DeleteReferences(Database& database, const std::vector<LargeReference>& references)
 {
     for (const LargeReference& reference : references)
+    {
         for (const std::int64_t id : reference.Ids())
+        {
             DeleteLarge(database, id);
+        }
+    }
 }
 
 void WriteRecipients(StoreFile& store, MessageId message, const std::vector<PropertySet>& recipients)
@@ -125,8 +147,12 @@ void WriteRecipients(StoreFile& store, MessageId message, const std::vector<Prop
         Query query(database, "SELECT props FROM recipient WHERE message=?");
         query.Bind(1, message);
         while (query.Step())
+        {
             for (const LargeReference& reference : ReferencesIn(query.Bytes(0)))
+            {
                 kept.push_back(reference);
+            }
+        }
     }
     Query(database, "DELETE FROM recipient WHERE message=?").Bind(1, message).Run();
     Query query(database, "INSERT INTO recipient(message, number, props) VALUES(?, ?, ?)");
@@ -141,11 +167,12 @@ void WriteRecipients(StoreFile& store, MessageId message, const std::vector<Prop
     DeleteReferences(database, kept);
 }
 
-void WriteAttachments(StoreFile& store, MessageId message, const std::vector<AttachmentEdit>& edits,
-                      int depth)
+void WriteAttachments(StoreFile& store, MessageId message, const std::vector<AttachmentEdit>& edits, int depth)
 {
     for (const AttachmentEdit& edit : edits)
+    {
         WriteAttachment(store, message, edit, depth);
+    }
 }
 
 PartsSummary SummarizeParts(StoreFile& store, MessageId message)
@@ -160,9 +187,8 @@ PartsSummary SummarizeParts(StoreFile& store, MessageId message)
             summary.bytes += BytesOf(query.Bytes(0));
         }
     }
-    Query query(store.Connection(),
-                "SELECT a.props, m.size FROM attachment a LEFT JOIN message m ON m.id=a.embedded "
-                "WHERE a.message=?");
+    Query query(store.Connection(), "SELECT a.props, m.size FROM attachment a LEFT JOIN message m ON m.id=a.embedded "
+                                    "WHERE a.message=?");
     query.Bind(1, message);
     while (query.Step())
     {
@@ -176,7 +202,9 @@ void ReleaseParts(StoreFile& store, MessageId message)
 {
     WriteRecipients(store, message, {});
     for (const ULONG number : NumbersOf(store, message))
+    {
         RemoveAttachment(store, message, number, ReadOldAttachment(store, message, number));
+    }
 }
 
 std::vector<PropertySet> StoreFile::Recipients(MessageId message)
@@ -186,10 +214,13 @@ std::vector<PropertySet> StoreFile::Recipients(MessageId message)
     Query query(*m_database, "SELECT props FROM recipient WHERE message=? ORDER BY number");
     query.Bind(1, message);
     while (query.Step())
-        recipients.push_back(
-            PropertyBlob(query.Bytes(0), *this, {"a recipient of message", message}).Decode());
+    {
+        recipients.push_back(PropertyBlob(query.Bytes(0), *this, {"a recipient of message", message}).Decode());
+    }
     if (recipients.empty())
+    {
         RequireNone(*this, message, HasRecipients);
+    }
     return recipients;
 }
 
@@ -198,7 +229,9 @@ std::vector<ULONG> StoreFile::AttachmentNumbers(MessageId message)
     const std::lock_guard<std::recursive_mutex> hold(m_lock);
     std::vector<ULONG> numbers = NumbersOf(*this, message);
     if (numbers.empty())
+    {
         RequireNone(*this, message, HasAttachments);
+    }
     return numbers;
 }
 
@@ -208,7 +241,9 @@ PropertySet StoreFile::Attachment(MessageId message, ULONG number)
     Query query(*m_database, "SELECT props FROM attachment WHERE message=? AND number=?");
     query.Bind(1, message).Bind(2, number);
     if (!query.Step())
+    {
         ThrowNoAttachment(*this);
+    }
     return PropertyBlob(query.Bytes(0), *this, {"an attachment of message", message}).Decode();
 }
 
@@ -218,9 +253,13 @@ std::optional<MessageId> StoreFile::EmbeddedMessage(MessageId message, ULONG num
     Query query(*m_database, "SELECT embedded FROM attachment WHERE message=? AND number=?");
     query.Bind(1, message).Bind(2, number);
     if (!query.Step())
+    {
         ThrowNoAttachment(*this);
+    }
     if (query.IsNull(0))
+    {
         return std::nullopt;
+    }
     return query.Number(0);
 }
 

@@ -35,12 +35,16 @@ std::vector<StoreEvent> StoreChanges::Next()
 {
     std::vector<StoreEvent> events;
     if (m_store->ChangeStamp() == m_stamp)
+    {
         return events;
+    }
     const StoreMoment moment(*m_store);
     const std::uint64_t stamp = m_store->ChangeStamp();
     const std::uint64_t tree = m_store->Generation(0, false);
     if (tree != m_tree)
+    {
         LookAtFolders(events);
+    }
     LookAtContents(events);
     m_tree = tree;
     m_stamp = stamp;
@@ -52,20 +56,32 @@ void StoreChanges::LookAtFolders(std::vector<StoreEvent>& events)
     std::map<FolderId, SeenFolder> now;
     Query query(m_store->Connection(), "SELECT id, parent, props FROM folder");
     while (query.Step())
+    {
         now[query.Number(0)] = {query.Number(1), std::string(query.Bytes(2))};
+    }
     for (const auto& [folder, is] : now)
     {
         const auto was = m_folders.find(folder);
         if (was == m_folders.end())
+        {
             events.push_back({StoreEvent::What::Created, true, folder, is.parent, 0});
+        }
         else if (was->second.parent != is.parent)
+        {
             events.push_back({StoreEvent::What::Moved, true, folder, is.parent, was->second.parent});
+        }
         else if (was->second.properties != is.properties)
+        {
             events.push_back({StoreEvent::What::Modified, true, folder, is.parent, 0});
+        }
     }
     for (const auto& [folder, was] : m_folders)
+    {
         if (now.count(folder) == 0)
+        {
             events.push_back({StoreEvent::What::Deleted, true, folder, was.parent, 0});
+        }
+    }
     m_folders.swap(now);
 }
 
@@ -91,20 +107,22 @@ void StoreChanges::LookAtContents(std::vector<StoreEvent>& events)
     m_changes.swap(now);
 }
 
-void StoreChanges::List(std::vector<StoreEvent>& events, std::int64_t container, FolderId parent,
-                        std::int64_t count, std::string_view recent)
+void StoreChanges::List(std::vector<StoreEvent>& events, std::int64_t container, FolderId parent, std::int64_t count,
+                        std::string_view recent)
 {
     const FolderId folder = container >> 1;
     const std::vector<RecentChange> changes = LastRecent(recent, static_cast<size_t>(count));
-    const bool whole = std::any_of(changes.begin(), changes.end(),
-                                   [](const RecentChange& change) { return change.IsEverything(); });
+    const bool whole =
+        std::any_of(changes.begin(), changes.end(), [](const RecentChange& change) { return change.IsEverything(); });
     if (whole || changes.size() < static_cast<size_t>(count))
     {
         events.push_back({StoreEvent::What::Modified, true, folder, parent, 0});
         return;
     }
     for (const RecentChange& change : changes)
+    {
         events.push_back({WhatOf(change.event), false, FirstOf(container) | change.number, folder, 0});
+    }
 }
 
 } // namespace zebstore

@@ -47,8 +47,8 @@ private:
 
     void LookAtFolders(std::vector<StoreEvent>& events);
     void LookAtContents(std::vector<StoreEvent>& events);
-    static void List(std::vector<StoreEvent>& events, std::int64_t container, FolderId parent,
-                     std::int64_t count, std::string_view recent);
+    static void List(std::vector<StoreEvent>& events, std::int64_t container, FolderId parent, std::int64_t count,
+                     std::string_view recent);
 
     const std::shared_ptr<StoreFile> m_store;
     std::uint64_t m_stamp = 0;

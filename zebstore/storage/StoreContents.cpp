@@ -21,14 +21,14 @@ Place ReadPlace(Database& database, std::int64_t container)
     Query query(database, "SELECT next, change, recent FROM contents WHERE container=?");
     query.Bind(1, container);
     if (!query.Step())
-        throw Error(MAPI_E_NOT_FOUND,
-                    "The folder is not in the store file '" + database.Path() + "' any more.");
+    {
+        throw Error(MAPI_E_NOT_FOUND, "The folder is not in the store file '" + database.Path() + "' any more.");
+    }
     return {query.Number(0), query.Number(1), std::string(query.Bytes(2))};
 }
 
 // A SELECT before the UPDATE: RETURNING would build a table of its own for each run.
-void WritePlace(Database& database, std::int64_t container, const Place& place, std::int64_t rows,
-                std::int64_t unread)
+void WritePlace(Database& database, std::int64_t container, const Place& place, std::int64_t rows, std::int64_t unread)
 {
     Query(database, "UPDATE contents SET rows=rows+?2, unread=unread+?3, next=?4, change=?5, recent=?6 "
                     "WHERE container=?1")
@@ -46,21 +46,26 @@ void Note(Place& place, MessageId message, RowEvent event)
 {
     ++place.change;
     if (ContainerOf(message) != 0)
+    {
         AddRecent(place.recent, {message & 0xFFFFFFFF, event});
+    }
 }
 
 } // namespace
 
 void InsertContents(Database& database, std::int64_t container, FolderId folder)
 {
-    Query query(
-        database,
-        "INSERT INTO contents(container, folder, rows, unread, next, change) VALUES(?, ?, 0, 0, 1, 1)");
+    Query query(database,
+                "INSERT INTO contents(container, folder, rows, unread, next, change) VALUES(?, ?, 0, 0, 1, 1)");
     query.Bind(1, container);
     if (folder == 0)
+    {
         query.BindNull(2);
+    }
     else
+    {
         query.Bind(2, folder);
+    }
     query.Run();
 }
 
@@ -73,13 +78,14 @@ std::int64_t TouchContents(Database& database, MessageId message, RowEvent event
     return place.change;
 }
 
-std::int64_t AddToContents(Database& database, std::int64_t container, std::int64_t unread,
-                           MessageId& message)
+std::int64_t AddToContents(Database& database, std::int64_t container, std::int64_t unread, MessageId& message)
 {
     Place place = ReadPlace(database, container);
     message = FirstOf(container) | place.next;
     if (message > LastOf(container) || place.next > 0xFFFFFFFF)
+    {
         throw Error(MAPI_E_TOO_BIG, "The folder has no number left for a message.");
+    }
     ++place.next;
     Note(place, message, RowEvent::Added);
     WritePlace(database, container, place, 1, unread);

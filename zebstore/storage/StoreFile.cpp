@@ -46,7 +46,9 @@ GUID NewGuid()
     GUID guid{};
     unsigned char bytes[sizeof(GUID)];
     for (unsigned char& byte : bytes)
+    {
         byte = static_cast<unsigned char>(random());
+    }
     // The marks of a random identifier.
     bytes[7] = static_cast<unsigned char>((bytes[7] & 0x0F) | 0x40);
     bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);
@@ -71,8 +73,10 @@ void RequireHeader(const std::string& path)
     std::error_code failure;
     const std::uintmax_t size = fs::file_size(fs::u8path(path), failure);
     if (!failure && size < HeaderSize)
-        throw Error(MAPI_E_CORRUPT_STORE, "The store file '" + path + "' is no store: it has only " +
-                                              std::to_string(size) + " bytes.");
+    {
+        throw Error(MAPI_E_CORRUPT_STORE,
+                    "The store file '" + path + "' is no store: it has only " + std::to_string(size) + " bytes.");
+    }
 }
 
 // SQLite takes a last page that is cut short for one that ends in zeros. Without a log beside it the file must have
@@ -82,22 +86,30 @@ void RequireWholePages(const std::string& path)
     std::error_code failure;
     const std::uintmax_t log = fs::file_size(fs::u8path(path + "-wal"), failure);
     if (!failure && log > 0)
+    {
         return;
+    }
     unsigned char header[HeaderSize] = {};
     std::ifstream file(fs::u8path(path), std::ios::binary);
     if (!file.read(reinterpret_cast<char*>(header), sizeof(header)))
+    {
         return; // too short for a database: SQLite says so
+    }
     const auto bigEndian = [&](size_t at, size_t size)
     {
         std::uint64_t number = 0;
         for (size_t i = 0; i < size; ++i)
+        {
             number = (number << 8) | header[at + i];
+        }
         return number;
     };
     const std::uint64_t pageSize = bigEndian(16, 2) == 1 ? 65536 : bigEndian(16, 2);
     const std::uintmax_t size = fs::file_size(fs::u8path(path), failure);
     if (!failure && size < pageSize * bigEndian(28, 4))
+    {
         throw Error(MAPI_E_CORRUPT_STORE, "The store file '" + path + "' is cut short.");
+    }
 }
 
 void Configure(Database& database, const StoreFile::OpenOptions& options)
@@ -139,7 +151,9 @@ void RemoveFiles(const std::string& path)
 {
     std::error_code ignored;
     for (const char* suffix : {"", "-wal", "-shm", "-journal"})
+    {
         fs::remove(fs::u8path(path + suffix), ignored);
+    }
 }
 
 bool HasLog(const std::string& path)
@@ -149,8 +163,8 @@ bool HasLog(const std::string& path)
     return !error && size > 0;
 }
 
-/// A database in WAL mode needs files next to it even to be read. Where none can be made and there is no log to be read, the
-/// file is read alone.
+/// A database in WAL mode needs files next to it even to be read. Where none can be made and
+/// there is no log to be read, the file is read alone.
 std::unique_ptr<Database> OpenToRead(const std::string& path)
 {
     auto database = std::make_unique<Database>(path, Database::Mode::ReadOnly);
@@ -162,7 +176,9 @@ std::unique_ptr<Database> OpenToRead(const std::string& path)
     catch (const Error& error)
     {
         if (HasLog(path) || (error.Code() != MAPI_E_NO_ACCESS && error.Code() != MAPI_E_DISK_ERROR))
+        {
             throw;
+        }
     }
     database = std::make_unique<Database>(path, Database::Mode::Immutable);
     TraceNote("the store file '" + path +
@@ -178,7 +194,9 @@ StoreFile::~StoreFile() = default;
 void StoreFile::RequireWritable() const
 {
     if (m_readOnly)
+    {
         throw Error(MAPI_E_NO_ACCESS, "The store file '" + m_path + "' can only be read.");
+    }
 }
 
 bool StoreFile::Exists(const std::string& path)
@@ -191,7 +209,9 @@ std::shared_ptr<StoreFile> StoreFile::Create(const std::string& path, const std:
                                              const OpenOptions& options)
 {
     if (Exists(path))
+    {
         throw Error(MAPI_E_COLLISION, "The store file '" + path + "' exists already.");
+    }
     const std::shared_ptr<StoreFile> store(new StoreFile);
     store->m_path = path;
     try
@@ -211,7 +231,9 @@ std::shared_ptr<StoreFile> StoreFile::Create(const std::string& path, const std:
         const bool made = store->m_database != nullptr;
         store->m_database.reset();
         if (made)
+        {
             RemoveFiles(path);
+        }
         throw;
     }
     store->ReadUid();
@@ -221,11 +243,17 @@ std::shared_ptr<StoreFile> StoreFile::Create(const std::string& path, const std:
 std::shared_ptr<StoreFile> StoreFile::Open(const std::string& path, const OpenOptions& options)
 {
     if (!Exists(path))
+    {
         throw Error(MAPI_E_NOT_FOUND, "The store file '" + path + "' does not exist.");
+    }
     if (!fs::is_regular_file(fs::u8path(path)))
+    {
         throw Error(MAPI_E_CORRUPT_STORE, "The store file '" + path + "' is not a file.");
+    }
     if (!options.readOnly && MayNotBeWritten(path))
+    {
         throw Error(MAPI_E_NO_ACCESS, "The store file '" + path + "' is read-only.");
+    }
     RequireHeader(path);
     const std::shared_ptr<StoreFile> store(new StoreFile);
     store->m_path = path;
@@ -250,7 +278,9 @@ void StoreFile::ReadUid()
 {
     Query query(*m_database, "SELECT uid FROM store WHERE id=1");
     if (!query.Step() || query.Bytes(0).size() != sizeof(GUID))
+    {
         throw Error(MAPI_E_CORRUPT_STORE, "The store file '" + m_path + "' is damaged: it has no identity.");
+    }
     m_uid = ReadNumber<GUID>(query.Bytes(0));
 }
 
@@ -287,10 +317,14 @@ StoreFile::ReceiveFolder StoreFile::ReceiveFolderOf(const std::string& messageCl
     {
         query.BindText(1, name);
         if (query.Step())
+        {
             return {std::string(query.Bytes(0)), query.Number(1)};
+        }
         query.Reset();
         if (name.empty())
+        {
             throw Error(MAPI_E_NOT_FOUND, "The store file '" + m_path + "' has no receive folder.");
+        }
         const size_t dot = name.rfind('.');
         name.resize(dot == std::string::npos ? 0 : dot);
     }
@@ -320,7 +354,9 @@ std::vector<StoreFile::ReceiveFolder> StoreFile::ReceiveFolders()
     std::vector<ReceiveFolder> folders;
     Query query(*m_database, "SELECT class, folder FROM receive ORDER BY class");
     while (query.Step())
+    {
         folders.push_back({std::string(query.Bytes(0)), query.Number(1)});
+    }
     return folders;
 }
 
@@ -361,7 +397,9 @@ StoreFile::Place StoreFile::PlaceOf(FolderId folder, bool associated)
     const std::int64_t container = ContainerOf(folder, associated);
     const std::uint64_t commits = m_database->Commits();
     if (commits == 0)
+    {
         return ReadPlace(container);
+    }
     if (commits != m_placesOf)
     {
         m_places.clear();
@@ -369,7 +407,9 @@ StoreFile::Place StoreFile::PlaceOf(FolderId folder, bool associated)
     }
     const auto known = m_places.find(container);
     if (known != m_places.end())
+    {
         return known->second;
+    }
     return m_places[container] = ReadPlace(container);
 }
 
@@ -378,7 +418,9 @@ StoreFile::Place StoreFile::ReadPlace(std::int64_t container)
     Query query(*m_database, "SELECT change, rows FROM contents WHERE container=?");
     query.Bind(1, container);
     if (!query.Step())
+    {
         return {};
+    }
     return {static_cast<std::uint64_t>(query.Number(0)) + 1, static_cast<ULONG>(query.Number(1))};
 }
 
@@ -391,10 +433,12 @@ void StoreFile::RequireAllRows(FolderId folder, bool associated)
     Query query(*m_database, "SELECT count(*) FROM message WHERE id BETWEEN ? AND ?");
     query.Bind(1, FirstOf(container)).Bind(2, LastOf(container)).Step();
     if (query.Number(0) != counted)
+    {
         throw Error(MAPI_E_CORRUPT_STORE, "The store file '" + m_path + "' is damaged: of the " +
                                               std::to_string(counted) + " messages of folder " +
                                               std::to_string(folder) + " " + std::to_string(query.Number(0)) +
                                               " can be read.");
+    }
 }
 
 // Between two changes of the tree the sum of all change numbers only rises; a deleted folder changes the tree.

@@ -124,8 +124,7 @@ public:
                                              const OpenOptions& options);
     /// Opens a file; header and schema are checked, its content is not. A file of an older version is brought to
     /// this one; opened for reading one of version 2 or 3 stays as it is, without an address book or checksums.
-    /// @throws Error MAPI_E_NOT_FOUND (no such file), MAPI_E_CORRUPT_STORE (not a database, not a store,
-    /// truncated),
+    /// @throws Error MAPI_E_NOT_FOUND (no such file), MAPI_E_CORRUPT_STORE (not a database, not a store, truncated),
     ///   MAPI_E_VERSION (made by a newer version, or of version 1 and opened for reading), MAPI_E_NO_ACCESS (may not be read, or not be written)
     static std::shared_ptr<StoreFile> Open(const std::string& path, const OpenOptions& options);
     static bool Exists(const std::string& path);
@@ -182,8 +181,7 @@ public:
     /// @param change the StoredMessage::change that the caller's content is based on; 0 overwrites whatever
     /// is there.
     /// @return the message's new change number.
-    /// @throws Error MAPI_E_OBJECT_CHANGED when somebody saved it since, MAPI_E_OBJECT_DELETED when it is
-    /// gone
+    /// @throws Error MAPI_E_OBJECT_CHANGED when somebody saved it since, MAPI_E_OBJECT_DELETED when it is gone
     std::int64_t SaveMessage(MessageId message, const MessageContent& content, std::int64_t change);
     StoredMessage LoadMessage(MessageId message);
     bool MessageExists(MessageId message);

@@ -19,9 +19,9 @@ constexpr int MostLevels = 500;
 constexpr size_t LongestName = 32767; // in characters of 16 bits
 constexpr FolderId MostFolders = FolderId(1) << 30;
 
-#define ZEB_FOLDER_COLUMNS                                                                                   \
-    "SELECT f.id, f.parent, f.type, n.rows, n.unread, a.rows, "                                              \
-    "(SELECT count(*) FROM folder c WHERE c.parent=f.id) FROM folder f "                                     \
+#define ZEB_FOLDER_COLUMNS                                                                                             \
+    "SELECT f.id, f.parent, f.type, n.rows, n.unread, a.rows, "                                                        \
+    "(SELECT count(*) FROM folder c WHERE c.parent=f.id) FROM folder f "                                               \
     "JOIN contents n ON n.container=f.id*2 JOIN contents a ON a.container=f.id*2+1 "
 
 FolderInfo ReadInfo(const Query& query)
@@ -45,8 +45,10 @@ bool IsStandard(FolderId folder)
 void RefuseStandard(const StoreFile& store, FolderId folder, const char* what)
 {
     if (IsStandard(folder))
-        throw Error(MAPI_E_NO_ACCESS, std::string("A standard folder of the store file '") + store.Path() +
-                                          "' can not be " + what + ".");
+    {
+        throw Error(MAPI_E_NO_ACCESS,
+                    std::string("A standard folder of the store file '") + store.Path() + "' can not be " + what + ".");
+    }
 }
 
 std::int64_t Now()
@@ -64,11 +66,15 @@ void RequireNameIsFree(StoreFile& store, FolderId parent, std::string_view name,
 {
     Require(!name.empty(), "A folder needs a name.");
     if (name.size() > LongestName && WideFromStored(name).size() > LongestName)
+    {
         throw Error(MAPI_E_STRING_TOO_LONG,
                     "A folder's name has at most " + std::to_string(LongestName) + " characters.");
+    }
     const FolderId found = store.FindFolder(parent, name);
     if (found != 0 && found != self)
+    {
         throw Error(MAPI_E_COLLISION, "The folder '" + std::string(name) + "' exists already.");
+    }
 }
 
 FolderId ParentOf(StoreFile& store, FolderId folder)
@@ -76,7 +82,9 @@ FolderId ParentOf(StoreFile& store, FolderId folder)
     Query query(store.Connection(), "SELECT parent FROM folder WHERE id=?");
     query.Bind(1, folder);
     if (!query.Step())
+    {
         throw Error(MAPI_E_NOT_FOUND, "The folder is not in the store file '" + store.Path() + "' any more.");
+    }
     return query.Number(0);
 }
 
@@ -84,8 +92,12 @@ void RequireRoomBelow(StoreFile& store, FolderId parent)
 {
     int levels = 1;
     for (FolderId at = parent; at != 0; at = ParentOf(store, at))
+    {
         if (++levels > MostLevels)
+        {
             throw Error(MAPI_E_TOO_COMPLEX, "Folders can be nested " + std::to_string(MostLevels) + " deep.");
+        }
+    }
 }
 
 void DeleteEmptyFolder(StoreFile& store, FolderId folder)
@@ -95,7 +107,9 @@ void DeleteEmptyFolder(StoreFile& store, FolderId folder)
         Query query(store.Connection(), "SELECT props FROM folder WHERE id=?");
         query.Bind(1, folder);
         if (query.Step())
+        {
             references = ReferencesIn(query.Bytes(0));
+        }
     }
     DeleteReferences(store.Connection(), references);
     Query(store.Connection(), "DELETE FROM folder WHERE id=?").Bind(1, folder).Run();
@@ -112,11 +126,12 @@ void ClearBoth(StoreFile& store, FolderId folder)
 void RequireFolder(StoreFile& store, FolderId folder)
 {
     if (!store.FolderExists(folder))
+    {
         throw Error(MAPI_E_NOT_FOUND, "The folder is not in the store file '" + store.Path() + "' any more.");
+    }
 }
 
-FolderId InsertFolder(StoreFile& store, FolderId id, FolderId parent, const PropertySet& properties,
-                      ULONG type)
+FolderId InsertFolder(StoreFile& store, FolderId id, FolderId parent, const PropertySet& properties, ULONG type)
 {
     Database& database = store.Connection();
     std::vector<LargeReference> none;
@@ -127,18 +142,28 @@ FolderId InsertFolder(StoreFile& store, FolderId id, FolderId parent, const Prop
         Query query(database, "INSERT INTO folder(id, parent, type, key, props, created, modified) "
                               "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?6) RETURNING id");
         if (id == 0)
+        {
             query.BindNull(1);
+        }
         else
+        {
             query.Bind(1, id);
+        }
         if (parent == 0)
+        {
             query.BindNull(2);
+        }
         else
+        {
             query.Bind(2, parent);
+        }
         query.Bind(3, type).BindText(4, key).BindBlob(5, blob).Bind(6, Now()).Step();
         id = query.Number(0);
     }
     if (id >= MostFolders)
+    {
         throw Error(MAPI_E_TOO_BIG, "The store file '" + store.Path() + "' has no number left for a folder.");
+    }
     InsertContents(database, ContainerOf(id, false), id);
     InsertContents(database, ContainerOf(id, true), id);
     return id;
@@ -150,7 +175,9 @@ FolderInfo StoreFile::Folder(FolderId folder)
     Query query(*m_database, ZEB_FOLDER_COLUMNS "WHERE f.id=?");
     query.Bind(1, folder);
     if (!query.Step())
+    {
         throw Error(MAPI_E_NOT_FOUND, "The folder is not in the store file '" + m_path + "' any more.");
+    }
     return ReadInfo(query);
 }
 
@@ -167,7 +194,9 @@ PropertySet StoreFile::FolderProperties(FolderId folder)
     Query query(*m_database, "SELECT props FROM folder WHERE id=?");
     query.Bind(1, folder);
     if (!query.Step())
+    {
         throw Error(MAPI_E_NOT_FOUND, "The folder is not in the store file '" + m_path + "' any more.");
+    }
     return PropertyBlob(query.Bytes(0), *this, {"folder", folder}).Decode();
 }
 
@@ -175,7 +204,9 @@ FolderTimes StoreFile::TimesOfFolder(FolderId folder)
 {
     const std::lock_guard<std::recursive_mutex> hold(m_lock);
     if (m_version < FolderTimesVersion)
+    {
         return {};
+    }
     Query query(*m_database, "SELECT created, modified FROM folder WHERE id=?");
     query.Bind(1, folder);
     return query.Step() ? FolderTimes{query.Number(0), query.Number(1)} : FolderTimes{};
@@ -194,9 +225,13 @@ std::vector<FolderInfo> StoreFile::FoldersUnder(FolderId folder, bool wholeTree)
         const FolderInfo above = waiting.back();
         waiting.pop_back();
         if (above.depth > 0)
+        {
             found.push_back(above);
+        }
         if (above.depth > 0 && (!wholeTree || above.subfolders == 0))
+        {
             continue;
+        }
         const size_t before = waiting.size();
         Query query(*m_database, ZEB_FOLDER_COLUMNS "WHERE f.parent=? ORDER BY f.key");
         query.Bind(1, above.id);
@@ -240,7 +275,9 @@ void StoreFile::SaveFolderProperties(FolderId folder, const PropertySet& propert
     const FolderId parent = ParentOf(*this, folder);
     const std::string name = properties.Text(PR_DISPLAY_NAME_W);
     if (parent != 0)
+    {
         RequireNameIsFree(*this, parent, name, folder);
+    }
     std::vector<LargeReference> kept;
     {
         Query query(*m_database, "SELECT props FROM folder WHERE id=?");
@@ -250,8 +287,7 @@ void StoreFile::SaveFolderProperties(FolderId folder, const PropertySet& propert
     bool large = false;
     const std::string blob = WriteBlob(*this, properties, kept, large);
     const std::string key = KeyOf(name);
-    Query(*m_database,
-          "UPDATE folder SET key=?, props=?, modified=max(?, coalesce(modified, 0)+1) WHERE id=?")
+    Query(*m_database, "UPDATE folder SET key=?, props=?, modified=max(?, coalesce(modified, 0)+1) WHERE id=?")
         .BindText(1, key)
         .BindBlob(2, blob)
         .Bind(3, Now())
@@ -269,9 +305,13 @@ void StoreFile::DeleteFolder(FolderId folder, bool withMessages, bool withFolder
     Transaction transaction(*m_database);
     const FolderInfo info = Folder(folder);
     if (info.subfolders > 0 && !withFolders)
+    {
         throw Error(MAPI_E_HAS_FOLDERS, "The folder has subfolders.");
+    }
     if (info.messages + info.associated > 0 && !withMessages)
+    {
         throw Error(MAPI_E_HAS_MESSAGES, "The folder has messages.");
+    }
     std::vector<FolderInfo> below = FoldersUnder(folder, true);
     below.insert(below.begin(), info);
     // Depth first order, so from the end every folder is empty when its turn comes.
@@ -293,11 +333,15 @@ void StoreFile::EmptyFolder(FolderId folder, bool withAssociated)
     {
         ClearBoth(*this, each->id);
         if (!IsStandard(each->id) && Folder(each->id).subfolders == 0)
+        {
             DeleteEmptyFolder(*this, each->id);
+        }
     }
     ClearContents(*this, ContainerOf(folder, false));
     if (withAssociated)
+    {
         ClearContents(*this, ContainerOf(folder, true));
+    }
     TouchTree(*m_database);
     transaction.Commit();
 }
@@ -309,11 +353,15 @@ void StoreFile::MoveFolder(FolderId folder, FolderId newParent, std::string_view
     Transaction transaction(*m_database);
     RequireFolder(*this, newParent);
     if (IsWithin(newParent, folder))
+    {
         throw Error(MAPI_E_FOLDER_CYCLE, "A folder can not be moved below itself.");
+    }
     RequireRoomBelow(*this, newParent);
     PropertySet properties = FolderProperties(folder);
     if (!newUtf8Name.empty())
+    {
         properties.SetText(PR_DISPLAY_NAME_W, newUtf8Name);
+    }
     RequireNameIsFree(*this, newParent, properties.Text(PR_DISPLAY_NAME_W), folder);
     {
         // The key of the old name may be taken there; the key of the new one is not.
@@ -330,8 +378,12 @@ bool StoreFile::IsWithin(FolderId folder, FolderId ancestor)
     const std::lock_guard<std::recursive_mutex> hold(m_lock);
     const ReadScope moment(*m_database);
     for (FolderId at = folder; at != 0; at = ParentOf(*this, at))
+    {
         if (at == ancestor)
+        {
             return true;
+        }
+    }
     return false;
 }
 

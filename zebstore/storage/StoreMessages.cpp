@@ -29,7 +29,9 @@ std::uint64_t BytesOf(const PropertySet& properties)
 {
     std::uint64_t bytes = 0;
     for (const PropertySet::Item& item : properties.Items())
+    {
         bytes += StoredSize(item);
+    }
     return bytes;
 }
 
@@ -39,25 +41,32 @@ LONG AsLong(std::uint64_t size)
 }
 
 // Settles the properties that the store sets itself, and the row's copies. `properties` is completed.
-Row MakeRow(StoreFile& store, PropertySet& properties, const PartsSummary& summary,
-            std::vector<LargeReference>& kept)
+Row MakeRow(StoreFile& store, PropertySet& properties, const PartsSummary& summary, std::vector<LargeReference>& kept)
 {
     LONG flags = properties.Long(PR_MESSAGE_FLAGS) & ~MSGFLAG_HASATTACH;
     if (summary.attachments)
+    {
         flags |= MSGFLAG_HASATTACH;
+    }
     properties.SetLong(PR_MESSAGE_FLAGS, flags);
     properties.SetBool(PR_HASATTACH, summary.attachments);
     properties.SetLong(PR_MESSAGE_SIZE, 0);
     properties.SetLong(PR_MESSAGE_SIZE, AsLong(BytesOf(properties) + summary.bytes));
     Row row;
     if (summary.recipients)
+    {
         row.parts |= HasRecipients;
+    }
     if (summary.attachments)
+    {
         row.parts |= HasAttachments;
+    }
     bool large = false;
     row.blob = WriteBlob(store, properties, kept, large);
     if (large)
+    {
         row.parts |= HasLargeValues;
+    }
     row.copies = CopiesOf(properties);
     return row;
 }
@@ -72,9 +81,9 @@ void RunWithRow(Query& query, MessageId message, std::int64_t change, const Row&
 
 void UpdateRow(Database& database, MessageId message, std::int64_t change, const Row& row)
 {
-    Query query(database, "UPDATE message SET change=?2, props=?3, (" ZEB_MESSAGE_COPIES
-                          ")=(?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, "
-                          "?12) WHERE id=?1");
+    Query query(database,
+                "UPDATE message SET change=?2, props=?3, (" ZEB_MESSAGE_COPIES ")=(?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, "
+                "?12) WHERE id=?1");
     RunWithRow(query, message, change, row);
 }
 
@@ -92,9 +101,13 @@ std::int64_t UnreadOf(std::int64_t container, LONG flags)
 void WriteParts(StoreFile& store, MessageId message, const MessageContent& content, int depth)
 {
     if (content.recipients)
+    {
         WriteRecipients(store, message, *content.recipients);
+    }
     if (!content.attachments.empty())
+    {
         WriteAttachments(store, message, content.attachments, depth);
+    }
 }
 
 bool HasParts(const MessageContent& content)
@@ -116,12 +129,16 @@ bool ReadOldRow(StoreFile& store, MessageId message, OldRow& old)
     Query query(store.Connection(), "SELECT change, flags, parts, props FROM message WHERE id=?");
     query.Bind(1, message);
     if (!query.Step())
+    {
         return false;
+    }
     old.change = query.Number(0);
     old.flags = static_cast<LONG>(query.Number(1));
     old.parts = query.Number(2);
     if (old.parts & HasLargeValues)
+    {
         old.large = ReferencesIn(query.Bytes(3));
+    }
     return true;
 }
 
@@ -130,7 +147,9 @@ bool ReadOldRow(StoreFile& store, MessageId message, OldRow& old)
 MessageId InsertMessage(StoreFile& store, std::int64_t container, const MessageContent& content, int depth)
 {
     if (depth > MostNested)
+    {
         throw Error(MAPI_E_TOO_COMPLEX, "Messages can be nested " + std::to_string(MostNested) + " deep.");
+    }
     Database& database = store.Connection();
     PropertySet properties = content.properties;
     MessageId message = 0;
@@ -167,20 +186,24 @@ std::int64_t StoreFile::SaveMessage(MessageId message, const MessageContent& con
     Transaction transaction(*m_database);
     OldRow old;
     if (!ReadOldRow(*this, message, old))
+    {
         ThrowGone(*this, MAPI_E_OBJECT_DELETED);
+    }
     if (change != 0 && change != old.change)
-        throw Error(MAPI_E_OBJECT_CHANGED,
-                    "The message has been saved by somebody else since it was opened.");
+    {
+        throw Error(MAPI_E_OBJECT_CHANGED, "The message has been saved by somebody else since it was opened.");
+    }
     WriteParts(*this, message, content, 0);
     PartsSummary summary;
     if ((old.parts & (HasRecipients | HasAttachments)) || HasParts(content))
+    {
         summary = SummarizeParts(*this, message);
+    }
     PropertySet properties = content.properties;
     const Row row = MakeRow(*this, properties, summary, old.large);
     const std::int64_t container = ContainerOf(message);
-    const std::int64_t next =
-        TouchContents(*m_database, message, RowEvent::Modified,
-                      UnreadOf(container, row.copies.flags) - UnreadOf(container, old.flags));
+    const std::int64_t next = TouchContents(*m_database, message, RowEvent::Modified,
+                                            UnreadOf(container, row.copies.flags) - UnreadOf(container, old.flags));
     UpdateRow(*m_database, message, next, row);
     DeleteReferences(*m_database, old.large);
     transaction.Commit();
@@ -193,7 +216,9 @@ StoredMessage StoreFile::LoadMessage(MessageId message)
     Query query(*m_database, "SELECT change, props FROM message WHERE id=?");
     query.Bind(1, message);
     if (!query.Step())
+    {
         ThrowGone(*this, MAPI_E_NOT_FOUND);
+    }
     return {message, query.Number(0), PropertyBlob(query.Bytes(1), *this, {"message", message}).Decode()};
 }
 
@@ -217,7 +242,9 @@ MessageContent StoreFile::LoadWhole(MessageId message)
         edit.number = number;
         edit.properties = Attachment(message, number);
         if (const std::optional<MessageId> embedded = EmbeddedMessage(message, number))
+        {
             edit.embedded = std::make_shared<MessageContent>(LoadWhole(*embedded));
+        }
         content.attachments.push_back(std::move(edit));
     }
     return content;
@@ -227,9 +254,13 @@ void DeleteMessageRow(StoreFile& store, MessageId message)
 {
     OldRow old;
     if (!ReadOldRow(store, message, old))
+    {
         return;
+    }
     if (old.parts & HasAttachments || old.parts & HasRecipients)
+    {
         ReleaseParts(store, message);
+    }
     DeleteReferences(store.Connection(), old.large);
     Query(store.Connection(), "DELETE FROM message WHERE id=?").Bind(1, message).Run();
     const std::int64_t container = ContainerOf(message);
@@ -245,7 +276,9 @@ void ClearContents(StoreFile& store, std::int64_t container)
             .Bind(2, LastOf(container))
             .Numbers();
     for (const MessageId message : withParts)
+    {
         DeleteMessageRow(store, message);
+    }
     Query(database, "DELETE FROM message WHERE id BETWEEN ? AND ?")
         .Bind(1, FirstOf(container))
         .Bind(2, LastOf(container))
@@ -261,7 +294,9 @@ size_t StoreFile::DeleteMessages(const std::vector<MessageId>& messages)
     for (const MessageId message : messages)
     {
         if (!MessageExists(message))
+        {
             continue;
+        }
         DeleteMessageRow(*this, message);
         ++deleted;
     }
@@ -310,8 +345,9 @@ std::vector<MessageId> StoreFile::CopyMessages(const std::vector<MessageId>& mes
     RequireFolder(*this, folder);
     std::vector<MessageId> copies;
     for (const MessageId message : messages)
-        copies.push_back(
-            MessageExists(message) ? CreateMessage(folder, IsAssociated(message), LoadWhole(message)) : 0);
+    {
+        copies.push_back(MessageExists(message) ? CreateMessage(folder, IsAssociated(message), LoadWhole(message)) : 0);
+    }
     transaction.Commit();
     return copies;
 }
@@ -323,13 +359,17 @@ void StoreFile::ChangeMessageFlags(const std::vector<MessageId>& messages, ULONG
     for (const MessageId message : messages)
     {
         if (!MessageExists(message))
+        {
             continue;
+        }
         MessageContent content;
         content.properties = LoadMessage(message).properties;
         const LONG before = content.properties.Long(PR_MESSAGE_FLAGS);
         const LONG after = static_cast<LONG>((static_cast<ULONG>(before) | set) & ~clear);
         if (after == before)
+        {
             continue;
+        }
         content.properties.SetLong(PR_MESSAGE_FLAGS, after);
         SaveMessage(message, content, 0);
     }
@@ -343,7 +383,9 @@ std::vector<MessageId> StoreFile::MessagesOf(FolderId folder, bool associated)
     Query query(*m_database, "SELECT id FROM message WHERE id BETWEEN ? AND ? ORDER BY id");
     std::vector<MessageId> messages = query.Bind(1, FirstOf(container)).Bind(2, LastOf(container)).Numbers();
     if (messages.size() != Rows(folder, associated))
+    {
         RequireAllRows(folder, associated);
+    }
     return messages;
 }
 

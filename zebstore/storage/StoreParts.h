@@ -55,16 +55,14 @@ void InsertContents(Database& database, std::int64_t container, FolderId folder)
 /// @return the place's new change number
 std::int64_t TouchContents(Database& database, MessageId message, RowEvent event, std::int64_t unread);
 /// The same for a new message, with the number that it gets in `message`.
-std::int64_t AddToContents(Database& database, std::int64_t container, std::int64_t unread,
-                           MessageId& message);
+std::int64_t AddToContents(Database& database, std::int64_t container, std::int64_t unread, MessageId& message);
 /// Notes that a place has lost all its messages at once.
 void TouchWholeContents(Database& database, std::int64_t container);
 /// The folder tree has changed.
 void TouchTree(Database& database);
 
 /// In the caller's transaction; id 0 takes the next one. @return the folder's number
-FolderId InsertFolder(StoreFile& store, FolderId id, FolderId parent, const PropertySet& properties,
-                      ULONG type);
+FolderId InsertFolder(StoreFile& store, FolderId id, FolderId parent, const PropertySet& properties, ULONG type);
 /// @throws Error MAPI_E_NOT_FOUND
 void RequireFolder(StoreFile& store, FolderId folder);
 
@@ -76,8 +74,7 @@ void DeleteReferences(Database& database, const std::vector<LargeReference>& ref
 
 /// Writes, in the caller's transaction, what belongs to a message beside its row.
 void WriteRecipients(StoreFile& store, MessageId message, const std::vector<PropertySet>& recipients);
-void WriteAttachments(StoreFile& store, MessageId message, const std::vector<AttachmentEdit>& edits,
-                      int depth);
+void WriteAttachments(StoreFile& store, MessageId message, const std::vector<AttachmentEdit>& edits, int depth);
 /// What lies beside a message's row: which parts there are, and their bytes.
 struct PartsSummary
 {

@@ -16,7 +16,9 @@ constexpr std::uint32_t Replacement = 0xFFFD;
 void AppendCodePoint(std::string& to, std::uint32_t code)
 {
     if (code < 0x80)
+    {
         to += static_cast<char>(code);
+    }
     else if (code < 0x800)
     {
         to += static_cast<char>(0xC0 | (code >> 6));
@@ -110,15 +112,15 @@ bool IsSurrogate(std::uint32_t code)
 constexpr size_t MostDecomposed = 16;
 
 // @return the code points, 0 for a code point that Unicode does not decompose or fold
-utf8proc_ssize_t Decompose(std::uint32_t code, utf8proc_option_t how,
-                           std::array<utf8proc_int32_t, MostDecomposed>& to)
+utf8proc_ssize_t Decompose(std::uint32_t code, utf8proc_option_t how, std::array<utf8proc_int32_t, MostDecomposed>& to)
 {
     if (IsSurrogate(code))
+    {
         return 0;
+    }
     int boundary = 0;
-    const utf8proc_ssize_t count =
-        utf8proc_decompose_char(static_cast<utf8proc_int32_t>(code), to.data(),
-                                static_cast<utf8proc_ssize_t>(to.size()), how, &boundary);
+    const utf8proc_ssize_t count = utf8proc_decompose_char(static_cast<utf8proc_int32_t>(code), to.data(),
+                                                           static_cast<utf8proc_ssize_t>(to.size()), how, &boundary);
     return count < 0 || count > static_cast<utf8proc_ssize_t>(to.size()) ? 0 : count;
 }
 
@@ -129,7 +131,9 @@ std::uint32_t FoldCase(std::uint32_t code)
     std::array<utf8proc_int32_t, MostDecomposed> folded{};
     const utf8proc_ssize_t count = Decompose(code, UTF8PROC_CASEFOLD, folded);
     if (count == 1)
+    {
         return static_cast<std::uint32_t>(folded[0]);
+    }
     // Where the full folding is a sequence, the simple one is the small letter.
     return count <= 0 || code == CapitalIWithDot
                ? code
@@ -155,18 +159,24 @@ constexpr Stroked StrokedLetters[] = {{0xD8, 'O'},  {0xF8, 'o'},  {0x110, 'D'}, 
 std::uint32_t WithoutMarks(std::uint32_t code)
 {
     for (const Stroked& each : StrokedLetters)
+    {
         if (each.letter == code)
+        {
             return static_cast<std::uint32_t>(each.base);
+        }
+    }
     std::array<utf8proc_int32_t, MostDecomposed> parts{};
     const utf8proc_ssize_t count = Decompose(code, UTF8PROC_DECOMPOSE, parts);
     std::uint32_t base = code;
     int letters = 0;
     for (utf8proc_ssize_t i = 0; i < count; ++i)
+    {
         if (const auto part = static_cast<std::uint32_t>(parts[static_cast<size_t>(i)]); !IsNonSpacing(part))
         {
             base = part;
             ++letters;
         }
+    }
     return letters == 1 ? base : code;
 }
 
@@ -193,12 +203,15 @@ std::string Fold(std::string_view text, bool foldCase, bool dropMarks, size_t ch
         if (dropMarks)
         {
             if (IsNonSpacing(code))
+            {
                 continue;
+            }
             code = WithoutMarks(code);
         }
         if (foldCase)
-            code =
-                code < 0x80 ? static_cast<std::uint32_t>(FoldAscii(static_cast<char>(code))) : FoldCase(code);
+        {
+            code = code < 0x80 ? static_cast<std::uint32_t>(FoldAscii(static_cast<char>(code))) : FoldCase(code);
+        }
         AppendCodePoint(folded, code);
     }
     return folded;
@@ -261,7 +274,9 @@ size_t DecodeStored(std::string_view text, WCHAR* to)
             *to++ = static_cast<WCHAR>(0xDC00 + ((code - 0x10000) & 0x3FF));
         }
         else
+        {
             *to++ = static_cast<WCHAR>(code);
+        }
     }
     return static_cast<size_t>(to - begin);
 }
@@ -282,15 +297,21 @@ bool IsUtf8(std::string_view text)
 {
     bool valid = true;
     for (size_t at = 0; at < text.size() && valid;)
+    {
         if (IsSurrogate(NextCodePoint(text, at, valid)))
+        {
             return false;
+        }
+    }
     return valid;
 }
 
 std::string StoredFromNarrow(std::string_view narrow)
 {
     if (IsAscii(narrow) || (NarrowIsUtf8() && IsUtf8(narrow)))
+    {
         return std::string(narrow);
+    }
     const zeb::platform::WideString wide = zeb::platform::WideFromNarrow(narrow.data(), narrow.size());
     return StoredFromWide(wide.data(), wide.size());
 }
@@ -298,7 +319,9 @@ std::string StoredFromNarrow(std::string_view narrow)
 std::string NarrowFromStored(std::string_view stored)
 {
     if (IsAscii(stored) || (NarrowIsUtf8() && IsUtf8(stored)))
+    {
         return std::string(stored);
+    }
     const zeb::platform::WideString wide = WideFromStored(stored);
     return zeb::platform::NarrowFromWide(wide.data(), wide.size());
 }
@@ -306,7 +329,9 @@ std::string NarrowFromStored(std::string_view stored)
 std::string Folded(std::string_view stored, TextFold fold)
 {
     if (fold == TextFold::Exact)
+    {
         return std::string(stored);
+    }
     return Fold(stored, fold != TextFold::IgnoreMarks, fold != TextFold::IgnoreCase, stored.size());
 }
 

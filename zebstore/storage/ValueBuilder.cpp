@@ -34,10 +34,14 @@ struct Cell
 ULONG AnswerType(ULONG asked, ULONG stored, const BuildOptions& options)
 {
     if (asked != PT_UNSPECIFIED)
+    {
         return asked;
+    }
     const ULONG many = stored & MV_FLAG;
     if (options.keepTextType || !IsText(stored & ~many))
+    {
         return stored;
+    }
     return (options.unicode ? PT_UNICODE : PT_STRING8) | many;
 }
 
@@ -46,15 +50,21 @@ SCODE Look(ULONG tag, const ValueSource& values, const BuildOptions& options, Ce
     cell.tag = tag;
     cell.given = tag;
     if (PROP_TYPE(tag) == PT_NULL)
+    {
         return S_OK;
+    }
     cell.value = values.Find(tag);
     if (!cell.value)
+    {
         return MAPI_E_NOT_FOUND;
+    }
     const bool instance = IsInstanceTag(tag);
     const ULONG asked = PROP_TYPE(tag) & ~(instance ? ULONG(MV_FLAG | MV_INSTANCE) : ULONG(0));
     const ULONG type = AnswerType(asked, cell.value.Type(), options);
     if (!TypesMatch(cell.value.Type(), type))
+    {
         return MAPI_E_NOT_FOUND;
+    }
     cell.tag = PROP_TAG(type, PROP_ID(tag));
     cell.given = cell.tag | (instance ? ULONG(MV_FLAG | MV_INSTANCE) : ULONG(0));
     return S_OK;
@@ -66,7 +76,9 @@ size_t TextRoom(ULONG type, ULONG storedType, std::string_view bytes, std::strin
 {
     const std::string_view stored = StoredTextOf(storedType, bytes);
     if (type == PT_UNICODE)
+    {
         return (WideBound(stored.size()) + 1) * sizeof(WCHAR);
+    }
     own = storedType == PT_STRING8 ? NarrowOf(bytes) : NarrowFromStored(stored);
     return own.size() + 1;
 }
@@ -102,15 +114,17 @@ size_t ManyRoom(ULONG type, const EncodedValue& value)
     const ULONG count = ElementCount(value.Type(), value.bytes);
     const size_t fixed = FixedSize(single);
     if (fixed)
+    {
         return Aligned(count * fixed);
+    }
     size_t room = Aligned(count * sizeof(SBinary));
     std::string own;
     for (ULONG i = 0; i < count; ++i)
     {
         const std::string_view element = Element(value.Type(), value.bytes, i);
-        room += Aligned(single == PT_BINARY
-                            ? element.size()
-                            : TextRoom(single, value.Type() & ~static_cast<ULONG>(MV_FLAG), element, own));
+        room +=
+            Aligned(single == PT_BINARY ? element.size()
+                                        : TextRoom(single, value.Type() & ~static_cast<ULONG>(MV_FLAG), element, own));
     }
     return room;
 }
@@ -119,11 +133,17 @@ size_t Room(Cell& cell)
 {
     const ULONG type = PROP_TYPE(cell.tag);
     if (type & MV_FLAG)
+    {
         return ManyRoom(type, cell.value);
+    }
     if (IsText(type))
+    {
         return Aligned(TextRoom(type, cell.value.Type(), cell.value.bytes, cell.own));
+    }
     if (type == PT_BINARY || type == PT_CLSID)
+    {
         return Aligned(std::max<size_t>(cell.value.bytes.size(), type == PT_CLSID ? sizeof(GUID) : 0));
+    }
     return 0;
 }
 
@@ -162,7 +182,9 @@ void PutMany(const Cell& cell, SPropValue& to, Arena& arena)
     {
         char* elements = arena.Take(count * fixed);
         if (count)
+        {
             std::memcpy(elements, bytes.data() + 4, count * fixed);
+        }
         to.Value.MVl.lpl = reinterpret_cast<LONG*>(elements);
         return;
     }
@@ -172,12 +194,18 @@ void PutMany(const Cell& cell, SPropValue& to, Arena& arena)
     {
         const std::string_view element = Element(cell.value.Type(), bytes, i);
         if (single == PT_BINARY)
+        {
             PutBinary(element, reinterpret_cast<SBinary*>(array)[i], arena);
+        }
         else if (single == PT_UNICODE)
+        {
             reinterpret_cast<WCHAR**>(array)[i] = PutWide(StoredTextOf(storedSingle, element), arena);
+        }
         else
+        {
             reinterpret_cast<char**>(array)[i] =
                 PutNarrow(storedSingle == PT_STRING8 ? NarrowOf(element) : NarrowFromStored(element), arena);
+        }
     }
 }
 
@@ -186,7 +214,9 @@ void Put(const Cell& cell, SPropValue& to, Arena& arena)
     const ULONG type = PROP_TYPE(cell.tag);
     const std::string_view bytes = cell.value.bytes;
     if (type & MV_FLAG)
+    {
         return PutMany(cell, to, arena);
+    }
     switch (type)
     {
     case PT_STRING8:
@@ -207,7 +237,9 @@ void Put(const Cell& cell, SPropValue& to, Arena& arena)
     }
     default:
         if (!bytes.empty())
+        {
             std::memcpy(static_cast<void*>(&to.Value), bytes.data(), std::min(bytes.size(), FixedSize(type)));
+        }
         break;
     }
 }
@@ -222,16 +254,20 @@ void Fill(const Cell& cell, SPropValue& to, Arena& arena)
 {
     std::memset(static_cast<void*>(&to), 0, sizeof(to));
     if (cell.error != S_OK)
+    {
         return PutError(cell.tag, cell.error, to);
+    }
     to.ulPropTag = cell.given;
     if (PROP_TYPE(cell.tag) != PT_NULL)
+    {
         Put(cell, to, arena);
+    }
 }
 
 } // namespace
 
-SPropValue* BuildValues(const ULONG* tags, size_t count, const ValueSource& values,
-                        const BuildOptions& options, size_t* errors)
+SPropValue* BuildValues(const ULONG* tags, size_t count, const ValueSource& values, const BuildOptions& options,
+                        size_t* errors)
 {
     std::vector<Cell> cells(count);
     size_t room = Aligned(count * sizeof(SPropValue));
@@ -243,31 +279,42 @@ SPropValue* BuildValues(const ULONG* tags, size_t count, const ValueSource& valu
         if (cell.error == S_OK && cell.value.large)
         {
             if (cell.value.large->Size() > options.wholeUpTo)
+            {
                 cell.error = MAPI_E_NOT_ENOUGH_MEMORY;
+            }
             else
+            {
                 ReadWhole(cell);
+            }
         }
         if (cell.error == S_OK && PROP_TYPE(cell.tag) != PT_NULL)
+        {
             room += Room(cell);
+        }
         failed += cell.error != S_OK;
     }
     char* memory = static_cast<char*>(Allocate(std::max<size_t>(room, 1)));
     SPropValue* built = reinterpret_cast<SPropValue*>(memory);
     Arena arena(memory + Aligned(count * sizeof(SPropValue)));
     for (size_t i = 0; i < count; ++i)
+    {
         Fill(cells[i], built[i], arena);
+    }
     if (errors)
+    {
         *errors = failed;
+    }
     return built;
 }
 
-bool BuildValue(ULONG tag, const ValueSource& values, const BuildOptions& options, SPropValue& value,
-                void* parent)
+bool BuildValue(ULONG tag, const ValueSource& values, const BuildOptions& options, SPropValue& value, void* parent)
 {
     Cell cell;
     cell.error = Look(tag, values, options, cell);
     if (cell.error == S_OK && cell.value.large)
+    {
         ReadWhole(cell);
+    }
     const size_t room = cell.error == S_OK && PROP_TYPE(cell.tag) != PT_NULL ? Room(cell) : 0;
     Arena arena(room ? static_cast<char*>(Allocate(room, parent)) : nullptr);
     Fill(cell, value, arena);

@@ -24,17 +24,17 @@ public:
 
     HRESULT STDMETHODCALLTYPE Advise(ULONG events, LPMAPIADVISESINK sink, ULONG_PTR* connection) override
     {
-        return Guarded("IMAPITable::Advise",
-                       [&]
-                       {
-                           Require(connection != nullptr, "no place for the connection");
-                           *connection = 0;
-                           Require(sink != nullptr, "no advise sink");
-                           if (!(events & fnevTableModified))
-                               throw Error(MAPI_E_NO_SUPPORT,
-                                           "a table tells of changes of the table and of nothing else");
-                           *connection = m_state->Advise(sink);
-                       });
+        return Guarded("IMAPITable::Advise", [&]
+        {
+            Require(connection != nullptr, "no place for the connection");
+            *connection = 0;
+            Require(sink != nullptr, "no advise sink");
+            if (!(events & fnevTableModified))
+            {
+                throw Error(MAPI_E_NO_SUPPORT, "a table tells of changes of the table and of nothing else");
+            }
+            *connection = m_state->Advise(sink);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE Unadvise(ULONG_PTR connection) override
@@ -44,66 +44,62 @@ public:
 
     HRESULT STDMETHODCALLTYPE GetStatus(ULONG* status, ULONG* type) override
     {
-        return Guarded("IMAPITable::GetStatus",
-                       [&]
-                       {
-                           Require(status && type);
-                           *status = TBLSTAT_COMPLETE;
-                           *type = m_state->Options().type;
-                       });
+        return Guarded("IMAPITable::GetStatus", [&]
+        {
+            Require(status && type);
+            *status = TBLSTAT_COMPLETE;
+            *type = m_state->Options().type;
+        });
     }
 
     HRESULT STDMETHODCALLTYPE SetColumns(LPSPropTagArray tags, ULONG flags) override
     {
-        return Call("IMAPITable::SetColumns",
-                    [&]
-                    {
-                        RequireFlags(flags, TBL_BATCH | TBL_ASYNC);
-                        Require(tags && tags->cValues > 0, "A table needs at least one column.");
-                        m_state->SetColumns({tags->aulPropTag, tags->aulPropTag + tags->cValues});
-                    });
+        return Call("IMAPITable::SetColumns", [&]
+        {
+            RequireFlags(flags, TBL_BATCH | TBL_ASYNC);
+            Require(tags && tags->cValues > 0, "A table needs at least one column.");
+            m_state->SetColumns({tags->aulPropTag, tags->aulPropTag + tags->cValues});
+        });
     }
 
     HRESULT STDMETHODCALLTYPE QueryColumns(ULONG flags, LPSPropTagArray* tags) override
     {
-        return Call("IMAPITable::QueryColumns",
-                    [&]
-                    {
-                        RequireFlags(flags, TBL_ALL_COLUMNS);
-                        Require(tags != nullptr);
-                        *tags = nullptr;
-                        const std::vector<ULONG> columns =
-                            flags & TBL_ALL_COLUMNS ? m_state->AllColumns() : m_state->Columns();
-                        const size_t size = CbNewSPropTagArray(columns.size());
-                        Buffer<SPropTagArray> array(Allocate(size));
-                        array->cValues = static_cast<ULONG>(columns.size());
-                        std::copy(columns.begin(), columns.end(), array->aulPropTag);
-                        *tags = array.Detach();
-                    });
+        return Call("IMAPITable::QueryColumns", [&]
+        {
+            RequireFlags(flags, TBL_ALL_COLUMNS);
+            Require(tags != nullptr);
+            *tags = nullptr;
+            const std::vector<ULONG> columns = flags & TBL_ALL_COLUMNS ? m_state->AllColumns() : m_state->Columns();
+            const size_t size = CbNewSPropTagArray(columns.size());
+            Buffer<SPropTagArray> array(Allocate(size));
+            array->cValues = static_cast<ULONG>(columns.size());
+            std::copy(columns.begin(), columns.end(), array->aulPropTag);
+            *tags = array.Detach();
+        });
     }
 
     HRESULT STDMETHODCALLTYPE GetRowCount(ULONG flags, ULONG* count) override
     {
-        return Call("IMAPITable::GetRowCount",
-                    [&]
-                    {
-                        RequireFlags(flags, TBL_NOWAIT);
-                        Require(count != nullptr);
-                        *count = m_view.Count();
-                    });
+        return Call("IMAPITable::GetRowCount", [&]
+        {
+            RequireFlags(flags, TBL_NOWAIT);
+            Require(count != nullptr);
+            *count = m_view.Count();
+        });
     }
 
     HRESULT STDMETHODCALLTYPE SeekRow(BOOKMARK origin, LONG count, LONG* sought) override
     {
-        return Call("IMAPITable::SeekRow",
-                    [&]() -> HRESULT
-                    {
-                        LONG moved = 0;
-                        const HRESULT result = m_view.Seek(origin, count, moved);
-                        if (sought)
-                            *sought = moved;
-                        return result;
-                    });
+        return Call("IMAPITable::SeekRow", [&]() -> HRESULT
+        {
+            LONG moved = 0;
+            const HRESULT result = m_view.Seek(origin, count, moved);
+            if (sought)
+            {
+                *sought = moved;
+            }
+            return result;
+        });
     }
 
     HRESULT STDMETHODCALLTYPE SeekRowApprox(ULONG numerator, ULONG denominator) override
@@ -113,47 +109,43 @@ public:
 
     HRESULT STDMETHODCALLTYPE QueryPosition(ULONG* row, ULONG* numerator, ULONG* denominator) override
     {
-        return Call("IMAPITable::QueryPosition",
-                    [&]
-                    {
-                        Require(row && numerator && denominator);
-                        const ULONG count = m_view.Count();
-                        *row = m_view.Position();
-                        *numerator = *row;
-                        *denominator = count > 0 ? count : 1;
-                    });
+        return Call("IMAPITable::QueryPosition", [&]
+        {
+            Require(row && numerator && denominator);
+            const ULONG count = m_view.Count();
+            *row = m_view.Position();
+            *numerator = *row;
+            *denominator = count > 0 ? count : 1;
+        });
     }
 
     HRESULT STDMETHODCALLTYPE FindRow(LPSRestriction restriction, BOOKMARK origin, ULONG flags) override
     {
-        return Call("IMAPITable::FindRow",
-                    [&]() -> HRESULT
-                    {
-                        RequireFlags(flags, DIR_BACKWARD);
-                        Require(restriction != nullptr, "A search needs a restriction.");
-                        return m_view.Find(Restriction(*restriction), origin, (flags & DIR_BACKWARD) != 0);
-                    });
+        return Call("IMAPITable::FindRow", [&]() -> HRESULT
+        {
+            RequireFlags(flags, DIR_BACKWARD);
+            Require(restriction != nullptr, "A search needs a restriction.");
+            return m_view.Find(Restriction(*restriction), origin, (flags & DIR_BACKWARD) != 0);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE Restrict(LPSRestriction restriction, ULONG flags) override
     {
-        return Call("IMAPITable::Restrict",
-                    [&]
-                    {
-                        RequireFlags(flags, TBL_BATCH | TBL_ASYNC);
-                        auto taken = restriction ? std::make_unique<Restriction>(*restriction) : nullptr;
-                        m_state->Rearrange([&] { m_view.Restrict(std::move(taken)); });
-                    });
+        return Call("IMAPITable::Restrict", [&]
+        {
+            RequireFlags(flags, TBL_BATCH | TBL_ASYNC);
+            auto taken = restriction ? std::make_unique<Restriction>(*restriction) : nullptr;
+            m_state->Rearrange([&] { m_view.Restrict(std::move(taken)); });
+        });
     }
 
     HRESULT STDMETHODCALLTYPE CreateBookmark(BOOKMARK* bookmark) override
     {
-        return Call("IMAPITable::CreateBookmark",
-                    [&]
-                    {
-                        Require(bookmark != nullptr);
-                        *bookmark = m_view.CreateBookmark();
-                    });
+        return Call("IMAPITable::CreateBookmark", [&]
+        {
+            Require(bookmark != nullptr);
+            *bookmark = m_view.CreateBookmark();
+        });
     }
 
     HRESULT STDMETHODCALLTYPE FreeBookmark(BOOKMARK bookmark) override
@@ -163,48 +155,47 @@ public:
 
     HRESULT STDMETHODCALLTYPE SortTable(LPSSortOrderSet order, ULONG flags) override
     {
-        return Call("IMAPITable::SortTable",
-                    [&]
-                    {
-                        RequireFlags(flags, TBL_BATCH | TBL_ASYNC);
-                        Require(order != nullptr, "A sort needs its keys.");
-                        auto taken = std::make_unique<SortOrder>(*order);
-                        std::vector<SSortOrder> asGiven(order->aSort, order->aSort + order->cSorts);
-                        std::vector<ULONG> tags;
-                        for (const SSortOrder& each : asGiven)
-                            tags.push_back(each.ulPropTag);
-                        m_state->SetSortTags(tags);
-                        m_state->Rearrange([&] { m_view.Sort(std::move(taken)); });
-                        m_sorts.swap(asGiven);
-                    });
+        return Call("IMAPITable::SortTable", [&]
+        {
+            RequireFlags(flags, TBL_BATCH | TBL_ASYNC);
+            Require(order != nullptr, "A sort needs its keys.");
+            auto taken = std::make_unique<SortOrder>(*order);
+            std::vector<SSortOrder> asGiven(order->aSort, order->aSort + order->cSorts);
+            std::vector<ULONG> tags;
+            for (const SSortOrder& each : asGiven)
+            {
+                tags.push_back(each.ulPropTag);
+            }
+            m_state->SetSortTags(tags);
+            m_state->Rearrange([&] { m_view.Sort(std::move(taken)); });
+            m_sorts.swap(asGiven);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE QuerySortOrder(LPSSortOrderSet* order) override
     {
-        return Call("IMAPITable::QuerySortOrder",
-                    [&]
-                    {
-                        Require(order != nullptr);
-                        *order = nullptr;
-                        Buffer<SSortOrderSet> set(Allocate(CbNewSSortOrderSet(m_sorts.size())));
-                        set->cSorts = static_cast<ULONG>(m_sorts.size());
-                        set->cCategories = 0;
-                        set->cExpanded = 0;
-                        std::copy(m_sorts.begin(), m_sorts.end(), set->aSort);
-                        *order = set.Detach();
-                    });
+        return Call("IMAPITable::QuerySortOrder", [&]
+        {
+            Require(order != nullptr);
+            *order = nullptr;
+            Buffer<SSortOrderSet> set(Allocate(CbNewSSortOrderSet(m_sorts.size())));
+            set->cSorts = static_cast<ULONG>(m_sorts.size());
+            set->cCategories = 0;
+            set->cExpanded = 0;
+            std::copy(m_sorts.begin(), m_sorts.end(), set->aSort);
+            *order = set.Detach();
+        });
     }
 
     HRESULT STDMETHODCALLTYPE QueryRows(LONG count, ULONG flags, LPSRowSet* rows) override
     {
-        return Call("IMAPITable::QueryRows",
-                    [&]
-                    {
-                        RequireFlags(flags, TBL_NOADVANCE);
-                        Require(rows != nullptr);
-                        *rows = nullptr;
-                        *rows = m_state->ReadRows(count, (flags & TBL_NOADVANCE) == 0);
-                    });
+        return Call("IMAPITable::QueryRows", [&]
+        {
+            RequireFlags(flags, TBL_NOADVANCE);
+            Require(rows != nullptr);
+            *rows = nullptr;
+            *rows = m_state->ReadRows(count, (flags & TBL_NOADVANCE) == 0);
+        });
     }
 
     HRESULT STDMETHODCALLTYPE Abort() override
@@ -224,12 +215,13 @@ public:
 
     HRESULT STDMETHODCALLTYPE WaitForCompletion(ULONG, ULONG, ULONG* status) override
     {
-        return Guarded("IMAPITable::WaitForCompletion",
-                       [&]
-                       {
-                           if (status)
-                               *status = TBLSTAT_COMPLETE;
-                       });
+        return Guarded("IMAPITable::WaitForCompletion", [&]
+        {
+            if (status)
+            {
+                *status = TBLSTAT_COMPLETE;
+            }
+        });
     }
 
     HRESULT STDMETHODCALLTYPE GetCollapseState(ULONG, ULONG, LPBYTE, ULONG*, LPBYTE*) override
@@ -249,12 +241,11 @@ private:
     template <typename Body>
     HRESULT Call(const char* method, Body&& body)
     {
-        return Guarded(method,
-                       [&]() -> decltype(body())
-                       {
-                           const std::lock_guard<std::mutex> hold(m_state->Lock());
-                           return body();
-                       });
+        return Guarded(method, [&]() -> decltype(body())
+        {
+            const std::lock_guard<std::mutex> hold(m_state->Lock());
+            return body();
+        });
     }
 
     ~Table() override { m_state->Close(); }

@@ -31,8 +31,12 @@ public:
     ~RowSetBuffer()
     {
         if (m_set.Get())
+        {
             for (ULONG i = 0; i < m_set->cRows; ++i)
+            {
                 Free(m_set->aRow[i].lpProps);
+            }
+        }
     }
     RowSetBuffer(const RowSetBuffer&) = delete;
     RowSetBuffer& operator=(const RowSetBuffer&) = delete;
@@ -49,8 +53,7 @@ private:
     Buffer<SRowSet> m_set;
 };
 
-constexpr const char* ManyInstances =
-    "a table shows the single values of one multi-valued property at a time";
+constexpr const char* ManyInstances = "a table shows the single values of one multi-valued property at a time";
 
 /// The property whose instances are asked for, without a type; 0: none.
 ULONG InstanceTagOf(const std::vector<ULONG>& tags)
@@ -59,9 +62,13 @@ ULONG InstanceTagOf(const std::vector<ULONG>& tags)
     for (const ULONG tag : tags)
     {
         if (!IsInstanceTag(tag))
+        {
             continue;
+        }
         if (found && PROP_ID(found) != PROP_ID(tag))
+        {
             throw Error(MAPI_E_TOO_COMPLEX, ManyInstances);
+        }
         found = PROP_TAG(PT_UNSPECIFIED, PROP_ID(tag));
     }
     return found;
@@ -71,7 +78,9 @@ void FillInstanceKey(SPropValue& value, bool has, std::string& key)
 {
     value.ulPropTag = PR_NULL;
     if (!has)
+    {
         return;
+    }
     value.ulPropTag = PR_INSTANCE_KEY;
     value.Value.bin.cb = static_cast<ULONG>(key.size());
     value.Value.bin.lpb = reinterpret_cast<BYTE*>(&key[0]);
@@ -87,7 +96,9 @@ std::vector<ULONG> TableState::InOwnForm(std::vector<ULONG> columns) const
     {
         const ULONG many = PROP_TYPE(tag) & MV_FLAG;
         if (IsTextType(PROP_TYPE(tag) & ~many))
+        {
             tag = CHANGE_PROP_TYPE(tag, form | many);
+        }
     }
     return columns;
 }
@@ -106,12 +117,16 @@ void TableState::SetSortTags(const std::vector<ULONG>& tags)
 void TableState::ChooseInstances(ULONG column, ULONG sort)
 {
     if (column && sort && column != sort)
+    {
         throw Error(MAPI_E_TOO_COMPLEX, ManyInstances);
+    }
     const ULONG chosen = column ? column : sort;
     m_columnInstance = column;
     m_sortInstance = sort;
     if (chosen == m_instances->Chosen())
+    {
         return;
+    }
     m_instances->Choose(chosen);
     Rearrange([&] { m_view.Renew(); });
 }
@@ -142,8 +157,7 @@ SRowSet* TableState::BuildRows(const std::vector<RowKey>& keys, const std::vecto
 {
     RowSetBuffer rows(keys.size());
     m_view.Rows().Read(keys.data(), keys.size(),
-                       [&](size_t, const ValueSource& values)
-                       { rows.Add(BuildRow(columns, values), columns.size()); });
+                       [&](size_t, const ValueSource& values) { rows.Add(BuildRow(columns, values), columns.size()); });
     return rows.Detach();
 }
 
@@ -183,13 +197,17 @@ void TableState::Unadvise(ULONG_PTR number)
     }
     connection->Cut();
     if (!last)
+    {
         return;
+    }
     Notifier::The().Remove(this);
     std::unique_lock<std::mutex> hold(m_lock);
     const bool again = !m_connections.empty(); // somebody advised meanwhile
     hold.unlock();
     if (again)
+    {
         Notifier::The().Add(shared_from_this());
+    }
 }
 
 void TableState::Close() noexcept
@@ -202,9 +220,13 @@ void TableState::Close() noexcept
         m_events.clear();
     }
     for (const auto& each : connections)
+    {
         each.second.connection->Cut();
+    }
     if (!connections.empty())
+    {
         Notifier::The().Remove(this);
+    }
 }
 
 void TableState::RowAdded(RowKey key, std::optional<RowKey> prior, const ValueSource& values)
@@ -231,14 +253,18 @@ void TableState::QueueRow(ULONG what, RowKey key, std::optional<RowKey> prior, c
 {
     // Anew where that waits already: a connection that came since then was to pass it over.
     if (m_events.size() >= MostWaiting || (m_events.size() == 1 && m_events.front().what == TABLE_CHANGED))
+    {
         return QueueWhole(TABLE_CHANGED);
+    }
     Event event;
     event.what = what;
     event.hasIndex = true;
     event.index = InstanceKeyOf(key);
     event.hasPrior = prior.has_value();
     if (prior)
+    {
         event.prior = InstanceKeyOf(*prior);
+    }
     if (values)
     {
         const std::vector<ULONG> columns = Columns();
@@ -252,7 +278,9 @@ void TableState::ForgetEvents()
 {
     m_events.clear();
     for (auto& each : m_connections)
+    {
         each.second.passedOver = 0;
+    }
 }
 
 // What waits before it is told by it too.
@@ -270,7 +298,9 @@ void TableState::LookForChanges()
     try
     {
         if (m_lost)
+        {
             QueueWhole(TABLE_CHANGED);
+        }
         m_lost = false;
         m_view.Sync();
         m_failed = false;
@@ -279,7 +309,9 @@ void TableState::LookForChanges()
     {
         const HRESULT result = ResultOfCurrentException();
         if (!m_failed)
+        {
             QueueWhole(TABLE_ERROR, result);
+        }
         m_failed = true;
     }
 }
@@ -288,10 +320,14 @@ void TableState::Look(std::vector<Event>& events, Connections& connections)
 {
     const std::lock_guard<std::mutex> hold(m_lock);
     if (m_connections.empty())
+    {
         return;
+    }
     LookForChanges();
     if (m_events.empty())
+    {
         return;
+    }
     m_lost = true;
     for (auto& each : m_connections)
     {
@@ -310,7 +346,9 @@ bool TableState::LookAndDeliver() noexcept
         Connections connections;
         Look(events, connections);
         if (events.empty())
+        {
             return false;
+        }
         Deliver(events, connections);
     }
     catch (...)
@@ -328,11 +366,14 @@ void TableState::Deliver(std::vector<Event>& events, const Connections& connecti
     {
         // Anew for each sink: what one does to them is not the next one's.
         for (size_t i = 0; i < events.size(); ++i)
+        {
             Fill(notifications[i], events[i]);
+        }
         const size_t first = advised.passedOver;
         if (first < events.size())
-            advised.connection->Deliver(static_cast<ULONG>(events.size() - first),
-                                        notifications.data() + first);
+        {
+            advised.connection->Deliver(static_cast<ULONG>(events.size() - first), notifications.data() + first);
+        }
     }
 }
 

@@ -28,7 +28,9 @@ void TableView::Reset()
     m_position = 0;
     m_before.reset();
     for (auto& each : m_bookmarks)
+    {
         each.second.valid = false;
+    }
 }
 
 void TableView::Restrict(std::unique_ptr<Restriction> restriction)
@@ -41,7 +43,9 @@ void TableView::Restrict(std::unique_ptr<Restriction> restriction)
 void TableView::Sort(std::unique_ptr<SortOrder> order)
 {
     if (order && order->IsEmpty())
+    {
         order.reset();
+    }
     m_order = std::move(order);
     Reset();
     StartFollowing();
@@ -56,19 +60,25 @@ void TableView::Renew()
 void TableView::Load()
 {
     if (m_loaded)
+    {
         return;
+    }
     const std::shared_ptr<void> moment = m_rows->Moment();
     m_generation = m_rows->Generation();
     m_keys = m_rows->Keys(m_restriction.get(), m_order.get());
     if (!m_restriction || m_keys.empty())
+    {
         m_rows->RequireAllRows(m_keys.size());
+    }
     m_keys.shrink_to_fit();
     m_loaded = true;
     if (m_before)
     {
         const auto found = std::find(m_keys.begin(), m_keys.end(), *m_before);
         if (found != m_keys.end())
+        {
             m_position = static_cast<size_t>(found - m_keys.begin()) + 1;
+        }
     }
     m_position = std::min(m_position, m_keys.size());
 }
@@ -77,7 +87,9 @@ ULONG TableView::Count()
 {
     Sync();
     if (!m_loaded && IsNatural())
+    {
         return m_rows->Count();
+    }
     Load();
     return static_cast<ULONG>(m_keys.size());
 }
@@ -134,12 +146,16 @@ void TableView::PlaceCursor(size_t index)
     }
     std::optional<RowKey> before;
     if (from > 0)
+    {
         before = m_before;
+    }
     if (index > from)
     {
         const std::vector<RowKey> keys = m_rows->KeysAfter(before, index - from);
         if (!keys.empty())
+        {
             before = keys.back();
+        }
         index = from + keys.size();
     }
     m_before = before;
@@ -150,13 +166,17 @@ std::vector<RowKey> TableView::Take(LONG count, bool advance)
 {
     Sync();
     if (!IsNatural() || count < 0)
+    {
         Load();
+    }
     if (!m_loaded)
     {
         const size_t wanted = static_cast<size_t>(count);
         std::vector<RowKey> keys = m_rows->KeysAfter(m_before, wanted);
         if (keys.size() < wanted)
+        {
             m_rows->RequireAllRows(m_position + keys.size());
+        }
         if (advance && !keys.empty())
         {
             m_before = keys.back();
@@ -167,13 +187,18 @@ std::vector<RowKey> TableView::Take(LONG count, bool advance)
     size_t begin = m_position;
     size_t end = m_position;
     if (count >= 0)
+    {
         end += std::min<size_t>(static_cast<size_t>(count), m_keys.size() - m_position);
+    }
     else
+    {
         begin -= std::min<size_t>(static_cast<size_t>(-static_cast<std::int64_t>(count)), m_position);
+    }
     if (advance)
+    {
         m_position = count >= 0 ? end : begin;
-    return {m_keys.begin() + static_cast<std::ptrdiff_t>(begin),
-            m_keys.begin() + static_cast<std::ptrdiff_t>(end)};
+    }
+    return {m_keys.begin() + static_cast<std::ptrdiff_t>(begin), m_keys.begin() + static_cast<std::ptrdiff_t>(end)};
 }
 
 size_t TableView::IndexOf(BOOKMARK bookmark, bool& rowGone)
@@ -192,8 +217,9 @@ size_t TableView::IndexOf(BOOKMARK bookmark, bool& rowGone)
     }
     const auto found = m_bookmarks.find(bookmark);
     if (found == m_bookmarks.end() || !found->second.valid)
-        throw Error(MAPI_E_INVALID_BOOKMARK,
-                    "There is no such bookmark, or the table was sorted or restricted since.");
+    {
+        throw Error(MAPI_E_INVALID_BOOKMARK, "There is no such bookmark, or the table was sorted or restricted since.");
+    }
     rowGone = found->second.rowGone;
     return found->second.index;
 }
@@ -232,41 +258,54 @@ BOOKMARK TableView::CreateBookmark()
 void TableView::FreeBookmark(BOOKMARK bookmark)
 {
     if (bookmark == BOOKMARK_BEGINNING || bookmark == BOOKMARK_CURRENT || bookmark == BOOKMARK_END)
+    {
         return;
+    }
     if (m_bookmarks.erase(bookmark) == 0)
+    {
         throw Error(MAPI_E_INVALID_BOOKMARK, "There is no such bookmark.");
+    }
 }
 
-std::optional<size_t> TableView::FindAhead(const Restriction& restriction, size_t begin, size_t end,
-                                           bool backward)
+std::optional<size_t> TableView::FindAhead(const Restriction& restriction, size_t begin, size_t end, bool backward)
 {
     std::optional<size_t> found;
     const RowKey* keys = m_keys.data();
     const size_t probe = std::min(end - begin, ShortWay);
     const size_t first = backward ? end - probe : begin;
-    m_rows->Read(keys + first, probe,
-                 [&](size_t index, const ValueSource& values)
-                 {
-                     if ((!found || backward) && restriction.Matches(values))
-                         found = first + index;
-                 });
+    m_rows->Read(keys + first, probe, [&](size_t index, const ValueSource& values)
+    {
+        if ((!found || backward) && restriction.Matches(values))
+        {
+            found = first + index;
+        }
+    });
     if (found || probe == end - begin)
+    {
         return found;
+    }
     // A long way: one pass over the source is cheaper than row by row.
     std::vector<RowKey> fitting = m_rows->Keys(&restriction, nullptr);
     std::sort(fitting.begin(), fitting.end());
-    const auto fits = [&](size_t index)
-    { return std::binary_search(fitting.begin(), fitting.end(), keys[index]); };
+    const auto fits = [&](size_t index) { return std::binary_search(fitting.begin(), fitting.end(), keys[index]); };
     if (backward)
     {
         for (size_t index = end; index-- > begin;)
+        {
             if (fits(index))
+            {
                 return index;
+            }
+        }
         return std::nullopt;
     }
     for (size_t index = begin; index < end; ++index)
+    {
         if (fits(index))
+        {
             return index;
+        }
+    }
     return std::nullopt;
 }
 
@@ -279,7 +318,9 @@ HRESULT TableView::Find(const Restriction& restriction, BOOKMARK origin, bool ba
     const std::optional<size_t> found =
         backward ? FindAhead(restriction, 0, from, true) : FindAhead(restriction, from, m_keys.size(), false);
     if (!found)
+    {
         throw Error(MAPI_E_NOT_FOUND, "No row fits.");
+    }
     m_position = *found;
     return rowGone ? MAPI_W_POSITION_CHANGED : S_OK;
 }

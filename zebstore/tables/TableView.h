@@ -34,8 +34,7 @@ public:
 ///
 /// Each call first takes over what has changed in the source since the last one: the cursor and the bookmarks stay at
 /// their rows; where a row is gone they stand before the next one that is left. Where the source lists what happened,
-/// only the rows listed are looked at.
-/// Threads: one at a time.
+/// only the rows listed are looked at. Threads: one at a time.
 class TableView
 {
 public:

@@ -23,14 +23,8 @@ public:
     type_info(type_info const&) = delete;
     type_info& operator=(type_info const&) = delete;
     size_t hash_code() const noexcept { return __std_type_info_hash(&_Data); }
-    bool operator==(type_info const& other) const
-    {
-        return __std_type_info_compare(&_Data, &other._Data) == 0;
-    }
-    bool operator!=(type_info const& other) const
-    {
-        return __std_type_info_compare(&_Data, &other._Data) != 0;
-    }
+    bool operator==(type_info const& other) const { return __std_type_info_compare(&_Data, &other._Data) == 0; }
+    bool operator!=(type_info const& other) const { return __std_type_info_compare(&_Data, &other._Data) != 0; }
     bool before(type_info const& other) const { return __std_type_info_compare(&_Data, &other._Data) < 0; }
     char const* name() const { return __std_type_info_name(&_Data, &__type_info_root_node); }
     char const* raw_name() const { return _Data._DecoratedName; }
@@ -70,10 +64,7 @@ public:
         : exception("bad typeid", 1)
     {
     }
-    static bad_typeid __construct_from_string_literal(char const* text) noexcept
-    {
-        return bad_typeid(text, 1);
-    }
+    static bad_typeid __construct_from_string_literal(char const* text) noexcept { return bad_typeid(text, 1); }
 
 protected:
     bad_typeid(char const* message, int) noexcept

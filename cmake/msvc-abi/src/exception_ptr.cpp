@@ -1,5 +1,5 @@
-// Throwing a stored exception again. Windows' msvcp140.dll throws a copy of it. Wine's throws the stored object itself, which
-// its handler destroys, and the last exception_ptr destroys once more; so this takes the place of that function.
+// Throwing a stored exception again. Windows' msvcp140.dll throws a copy of it. Wine's throws the stored object itself,
+// which its handler destroys, and the last exception_ptr destroys once more; so this takes the place of that function.
 #include <windows.h>
 
 #include <malloc.h>
@@ -81,6 +81,5 @@ static void __cdecl Rethrow(const void* pointer)
 }
 
 /// The pointer by which libc++ calls the function of msvcp140.dll.
-extern "C" void(__cdecl* const importedRethrow)(const void*) __asm__(
-    "__imp_?__ExceptionPtrRethrow@@YAXPEBX@Z");
+extern "C" void(__cdecl* const importedRethrow)(const void*) __asm__("__imp_?__ExceptionPtrRethrow@@YAXPEBX@Z");
 void(__cdecl* const importedRethrow)(const void*) = Rethrow;

@@ -1,5 +1,5 @@
-// The lists that the compiler writes into sections: the linker sorts them by name, and these are their ends. Linked into
-// every module.
+// The lists that the compiler writes into sections: the linker sorts them by name, and
+// these are their ends. Linked into every module.
 #include "module.h"
 
 #pragma section(".CRT$XIA", long, read)

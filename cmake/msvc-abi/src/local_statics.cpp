@@ -19,7 +19,8 @@ extern "C"
     int _Init_global_epoch = INT_MIN;
     __declspec(thread) int _Init_thread_epoch = INT_MIN;
 
-    /// Returns with `once` == Underway to the thread that is to construct the object, and to others when it is complete.
+    /// Returns with `once` == Underway to the thread that is to construct the
+    /// object, and to others when it is complete.
     void __cdecl _Init_thread_header(int* once)
     {
         AcquireSRWLockExclusive(&s_lock);

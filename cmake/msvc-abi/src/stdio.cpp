@@ -66,8 +66,8 @@ static int PrintTo(char* text, size_t size, const char* format, va_list argument
         format = plain;
         arguments = reinterpret_cast<va_list>(slots);
     }
-    return __stdio_common_vsprintf(_CRT_INTERNAL_PRINTF_STANDARD_SNPRINTF_BEHAVIOR, text, size, format,
-                                   nullptr, arguments);
+    return __stdio_common_vsprintf(_CRT_INTERNAL_PRINTF_STANDARD_SNPRINTF_BEHAVIOR, text, size, format, nullptr,
+                                   arguments);
 }
 
 extern "C"

@@ -1,5 +1,5 @@
-// type_info's table of virtual functions. Compiled without RTTI: with it the compiler takes the table for another
-// module's.
+// type_info's table of virtual functions. Compiled without RTTI: with it the
+// compiler takes the table for another module's.
 #include <typeinfo>
 
 type_info::~type_info() noexcept

@@ -15,9 +15,10 @@ int main()
     {
         std::printf("%s\n", Zeb_DescribeCurrentException().GetString());
     }
-    for (const IID* iid :
-         {&IID_IMsgStore, &IID_IMAPIFolder, &IID_IAttachment, &IID_IAddrBook, &IID_IProfAdmin})
+    for (const IID* iid : {&IID_IMsgStore, &IID_IMAPIFolder, &IID_IAttachment, &IID_IAddrBook, &IID_IProfAdmin})
+    {
         std::printf("%08lX\n", static_cast<unsigned long>(iid->Data1));
+    }
     try
     {
         Zeb_GetMAPI().OpenSession(nullptr, nullptr);

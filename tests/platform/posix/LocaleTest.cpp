@@ -33,8 +33,8 @@ using zeb::platform::UpperWide;
 void UseTextWithoutLocales()
 {
     refuseLocales = true;
-    const bool right = UpperWide(u'a') == u'A' && UpperWide(u'Z') == u'Z' && UpperWide(u'1') == u'1' &&
-                       UpperWide(0xE9) == 0xE9;
+    const bool right =
+        UpperWide(u'a') == u'A' && UpperWide(u'Z') == u'Z' && UpperWide(u'1') == u'1' && UpperWide(0xE9) == 0xE9;
     FILETIME time = {};
     time.dwHighDateTime = 0x01C00000;
     const bool dated = LocalDateText(time).has_value();

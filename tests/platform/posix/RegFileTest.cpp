@@ -85,8 +85,7 @@ INSTANTIATE_TEST_SUITE_P(
                 "a backslash inside quotes must be written as \\\\"},
         Refusal{"TextBehindText", "[HKEY_CURRENT_USER\\K]\n\"a\"=\"b\" c\n", 4,
                 "something stands behind the value 'a'"},
-        Refusal{"TextBehindDeletion", "[HKEY_CURRENT_USER\\K]\n\"a\"=-1\n", 4,
-                "something stands behind the value 'a'"},
+        Refusal{"TextBehindDeletion", "[HKEY_CURRENT_USER\\K]\n\"a\"=-1\n", 4, "something stands behind the value 'a'"},
         Refusal{"NoKind", "[HKEY_CURRENT_USER\\K]\n\"a\"=17\n", 4, "the value 'a' has no kind"},
         Refusal{"Nothing", "[HKEY_CURRENT_USER\\K]\n\"a\"=\n", 4, "the value 'a' has no kind"},
         Refusal{"LongDword", "[HKEY_CURRENT_USER\\K]\n\"a\"=dword:123456789\n", 4,
@@ -172,8 +171,7 @@ TEST(RegFile, UnknownKindsAreWrittenBack)
 TEST(RegFile, UnknownKindsAreNeverBroken)
 {
     // The blank behind the comma would be lost at the beginning of a line.
-    const std::string text =
-        Header + "[HKEY_CURRENT_USER\\K]\r\n\"v\"=hexx:" + std::string(80, '1') + ", 2\r\n\r\n";
+    const std::string text = Header + "[HKEY_CURRENT_USER\\K]\r\n\"v\"=hexx:" + std::string(80, '1') + ", 2\r\n\r\n";
     EXPECT_EQ(Write(Parse(text)), text);
 }
 
@@ -185,9 +183,9 @@ TEST(RegFile, BlanksBehindAnUnknownKindThatGoesOnAreNotKept)
 
 TEST(RegFile, DeletionsTakeEffectOnWhatStandsAbove)
 {
-    Key tree = Parse(
-        Header + "[HKEY_CURRENT_USER\\A\\B]\n\"v\"=\"1\"\n\"w\"=\"2\"\n[HKEY_CURRENT_USER\\C]\n"
-                 "[-hkey_current_user\\c]\n[HKEY_CURRENT_USER\\A\\B]\n\"V\"=-\n[-HKEY_CURRENT_USER\\No]\n");
+    Key tree =
+        Parse(Header + "[HKEY_CURRENT_USER\\A\\B]\n\"v\"=\"1\"\n\"w\"=\"2\"\n[HKEY_CURRENT_USER\\C]\n"
+                       "[-hkey_current_user\\c]\n[HKEY_CURRENT_USER\\A\\B]\n\"V\"=-\n[-HKEY_CURRENT_USER\\No]\n");
     EXPECT_EQ(tree.Find("HKEY_CURRENT_USER\\C"), nullptr);
     EXPECT_EQ(tree.Find("HKEY_CURRENT_USER\\A\\B")->FindValue("v"), nullptr);
     EXPECT_EQ(tree.Find("HKEY_CURRENT_USER\\A\\B")->FindValue("w")->AsText(), "2");
@@ -195,9 +193,8 @@ TEST(RegFile, DeletionsTakeEffectOnWhatStandsAbove)
 
 TEST(RegFile, KeysThatDifferInCaseAreOneAtTheirFirstPlace)
 {
-    Key tree =
-        Parse(Header + "[HKEY_CURRENT_USER\\B]\n\"x\"=\"1\"\n[HKEY_CURRENT_USER\\A]\n[HKEY_CURRENT_USER\\b]\n"
-                       "\"X\"=\"2\"\n");
+    Key tree = Parse(Header + "[HKEY_CURRENT_USER\\B]\n\"x\"=\"1\"\n[HKEY_CURRENT_USER\\A]\n[HKEY_CURRENT_USER\\b]\n"
+                              "\"X\"=\"2\"\n");
     const Key* user = tree.Find("HKEY_CURRENT_USER");
     ASSERT_EQ(user->keys.size(), 2u);
     EXPECT_EQ(user->keys[0]->name, "B");
@@ -215,13 +212,11 @@ TEST(RegFile, NamesOutsideAsciiCompareWithoutCase)
 
 TEST(RegFile, EveryEncodingReadsTheSame)
 {
-    const std::string text =
-        Header + "[HKEY_CURRENT_USER\\K]\r\n\"v\"=\"\xC3\xA4\xE2\x82\xAC\xF0\x9F\x93\xA7\"\r\n";
+    const std::string text = Header + "[HKEY_CURRENT_USER\\K]\r\n\"v\"=\"\xC3\xA4\xE2\x82\xAC\xF0\x9F\x93\xA7\"\r\n";
     for (const std::string& bytes : {text, "\xEF\xBB\xBF" + text, Utf16(text)})
     {
         Key tree = Parse(bytes);
-        EXPECT_EQ(tree.Find("HKEY_CURRENT_USER\\K")->FindValue("v")->AsText(),
-                  "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x93\xA7");
+        EXPECT_EQ(tree.Find("HKEY_CURRENT_USER\\K")->FindValue("v")->AsText(), "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x93\xA7");
     }
 }
 

@@ -85,9 +85,8 @@ TEST_F(RegistryFile, AFailedWriteLeavesTheOldFileAndNothingBesideIt)
     auto key = RegistryKey::Create(RegistryRoot::CurrentUser, "K");
     const std::string before = Content();
     // A limit on the size of files makes the write fail half-way.
-    const std::string command = "bash -c 'ulimit -f 1; trap \"\" XFSZ; exec \"" + OwnFolder() +
-                                "registry_writer\" " + std::string(100, 'x') + " 40' 2>" +
-                                (File().string() + ".errors");
+    const std::string command = "bash -c 'ulimit -f 1; trap \"\" XFSZ; exec \"" + OwnFolder() + "registry_writer\" " +
+                                std::string(100, 'x') + " 40' 2>" + (File().string() + ".errors");
     EXPECT_NE(std::system(command.c_str()), 0);
     std::ifstream errors(File().string() + ".errors");
     std::string line;
@@ -98,8 +97,7 @@ TEST_F(RegistryFile, AFailedWriteLeavesTheOldFileAndNothingBesideIt)
     for (const auto& entry : fs::directory_iterator(File().parent_path()))
     {
         const std::string name = entry.path().filename().string();
-        EXPECT_TRUE(name == "registry.reg" || name == "registry.reg.lock" || name == "registry.reg.errors")
-            << name;
+        EXPECT_TRUE(name == "registry.reg" || name == "registry.reg.lock" || name == "registry.reg.errors") << name;
     }
 }
 
@@ -171,8 +169,7 @@ TEST_F(RegistryFile, ThreadsThatWriteDifferentKeysLoseNothing)
     {
         for (int i = 0; i < count; ++i)
         {
-            RegistryKey::Create(RegistryRoot::CurrentUser, name + "\\" + std::to_string(i))
-                .SetStringValue("by", name);
+            RegistryKey::Create(RegistryRoot::CurrentUser, name + "\\" + std::to_string(i)).SetStringValue("by", name);
         }
     };
     std::thread first(write, "first");

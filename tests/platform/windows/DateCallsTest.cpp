@@ -18,8 +18,7 @@ using SysFreeStringFunction = void(WINAPI*)(BSTR);
 template <class Function>
 Function Real(const char* name)
 {
-    return reinterpret_cast<Function>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("oleaut32.dll"), name)));
+    return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("oleaut32.dll"), name)));
 }
 
 /// Changes the date that comes back from an OLE date; null leaves it.

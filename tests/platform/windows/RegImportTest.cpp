@@ -39,9 +39,7 @@ std::string QueryText(const char* key, const WCHAR* name)
     DWORD type = 0;
     const std::vector<unsigned char> bytes = Query(key, name, type);
     EXPECT_EQ(type, DWORD{REG_SZ});
-    return bytes.size() < 2
-               ? ""
-               : Utf8FromWide(reinterpret_cast<const WCHAR*>(bytes.data()), bytes.size() / 2 - 1);
+    return bytes.size() < 2 ? "" : Utf8FromWide(reinterpret_cast<const WCHAR*>(bytes.data()), bytes.size() / 2 - 1);
 }
 
 /// Writes the tree to a file and has the system's own tool import it.

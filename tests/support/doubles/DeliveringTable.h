@@ -123,11 +123,10 @@ public:
     {
         const std::lock_guard<std::recursive_mutex> lock(m_mutex);
         std::vector<RowData> data;
-        for (ULONG end = std::min(m_position + static_cast<ULONG>(count), m_count); m_position < end;
-             ++m_position)
+        for (ULONG end = std::min(m_position + static_cast<ULONG>(count), m_count); m_position < end; ++m_position)
         {
-            data.push_back({{Index, static_cast<LONG>(m_position), ""},
-                            {Generation, static_cast<LONG>(m_generation), ""}});
+            data.push_back(
+                {{Index, static_cast<LONG>(m_position), ""}, {Generation, static_cast<LONG>(m_generation), ""}});
         }
         *rows = NewRowSet(data);
         if (m_notifiesReaders)
@@ -159,10 +158,7 @@ public:
     {
         return MAPI_E_NO_SUPPORT;
     }
-    HRESULT STDMETHODCALLTYPE SetCollapseState(ULONG, ULONG, LPBYTE, BOOKMARK*) override
-    {
-        return MAPI_E_NO_SUPPORT;
-    }
+    HRESULT STDMETHODCALLTYPE SetCollapseState(ULONG, ULONG, LPBYTE, BOOKMARK*) override { return MAPI_E_NO_SUPPORT; }
 
 private:
     void Deliver()

@@ -133,12 +133,11 @@ inline std::string Name(const IID* iid)
     {
         const IID* iid;
         const char* name;
-    } names[] = {{&IID_IUnknown, "IUnknown"},    {&IID_IMAPIProp, "IMAPIProp"},
-                 {&IID_IMsgStore, "IMsgStore"},  {&IID_IMAPIFolder, "IMAPIFolder"},
-                 {&IID_IMessage, "IMessage"},    {&IID_IMAPIContainer, "IMAPIContainer"},
-                 {&IID_IAddrBook, "IAddrBook"},  {&IID_IDistList, "IDistList"},
-                 {&IID_IStream, "IStream"},      {&IID_IMAPISession, "IMAPISession"},
-                 {&IID_IMAPITable, "IMAPITable"}};
+    } names[] = {
+        {&IID_IUnknown, "IUnknown"},         {&IID_IMAPIProp, "IMAPIProp"},  {&IID_IMsgStore, "IMsgStore"},
+        {&IID_IMAPIFolder, "IMAPIFolder"},   {&IID_IMessage, "IMessage"},    {&IID_IMAPIContainer, "IMAPIContainer"},
+        {&IID_IAddrBook, "IAddrBook"},       {&IID_IDistList, "IDistList"},  {&IID_IStream, "IStream"},
+        {&IID_IMAPISession, "IMAPISession"}, {&IID_IMAPITable, "IMAPITable"}};
     if (iid == nullptr)
     {
         return "null";

@@ -45,8 +45,7 @@ private:
         return current;
     }
 
-    static SCODE CopyBytes(const void* source, size_t size, LPALLOCATEMORE allocate, void* parent,
-                           void** copy)
+    static SCODE CopyBytes(const void* source, size_t size, LPALLOCATEMORE allocate, void* parent, void** copy)
     {
         const SCODE result =
             parent != nullptr ? allocate(static_cast<ULONG>(size), parent, copy) : MAPI_E_INVALID_PARAMETER;
@@ -59,8 +58,7 @@ private:
 
     /// An array of `count` elements of fixed size.
     template <class Element>
-    static SCODE CopyArray(Element*& target, const Element* source, ULONG count, LPALLOCATEMORE allocate,
-                           void* parent)
+    static SCODE CopyArray(Element*& target, const Element* source, ULONG count, LPALLOCATEMORE allocate, void* parent)
     {
         void* block = nullptr;
         const SCODE result = CopyBytes(source, count * sizeof(Element), allocate, parent, &block);
@@ -70,12 +68,11 @@ private:
     template <class Char>
     static SCODE CopyText(Char*& target, const Char* source, LPALLOCATEMORE allocate, void* parent)
     {
-        return CopyArray(target, source, static_cast<ULONG>(std::char_traits<Char>::length(source) + 1),
-                         allocate, parent);
+        return CopyArray(target, source, static_cast<ULONG>(std::char_traits<Char>::length(source) + 1), allocate,
+                         parent);
     }
     template <class Char>
-    static SCODE CopyTexts(Char**& target, Char* const* source, ULONG count, LPALLOCATEMORE allocate,
-                           void* parent)
+    static SCODE CopyTexts(Char**& target, Char* const* source, ULONG count, LPALLOCATEMORE allocate, void* parent)
     {
         SCODE result = CopyArray(target, const_cast<Char**>(source), count, allocate, parent);
         for (ULONG i = 0; result == S_OK && i < count; ++i)
@@ -96,8 +93,7 @@ private:
     }
 
     /// Everything that MAPI copies: all types but objects. Like MAPI's own it reads through null text.
-    static SCODE WINAPI PropCopyMore(LPSPropValue dest, LPSPropValue src, ALLOCATEMORE* allocate,
-                                     void* parent)
+    static SCODE WINAPI PropCopyMore(LPSPropValue dest, LPSPropValue src, ALLOCATEMORE* allocate, void* parent)
     {
         ++Current()->copies;
         Current()->lastParent = parent;

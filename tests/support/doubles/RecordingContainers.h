@@ -19,27 +19,26 @@ public:
     {
         const ProviderScope inside;
         *table = nullptr;
-        const HRESULT result = this->Called(
-            "GetContentsTable", Number(flags),
-            RefuseFlags(flags, MAPI_ASSOCIATED | MAPI_DEFERRED_ERRORS | MAPI_UNICODE | SoftDeleted));
+        const HRESULT result =
+            this->Called("GetContentsTable", Number(flags),
+                         RefuseFlags(flags, MAPI_ASSOCIATED | MAPI_DEFERRED_ERRORS | MAPI_UNICODE | SoftDeleted));
         return FAILED(result) ? result : this->HandOut(m_contents, table);
     }
     HRESULT STDMETHODCALLTYPE GetHierarchyTable(ULONG flags, LPMAPITABLE* table) override
     {
         const ProviderScope inside;
         *table = nullptr;
-        const HRESULT result = this->Called(
-            "GetHierarchyTable", Number(flags),
-            RefuseFlags(flags, CONVENIENT_DEPTH | MAPI_DEFERRED_ERRORS | MAPI_UNICODE | SoftDeleted));
+        const HRESULT result =
+            this->Called("GetHierarchyTable", Number(flags),
+                         RefuseFlags(flags, CONVENIENT_DEPTH | MAPI_DEFERRED_ERRORS | MAPI_UNICODE | SoftDeleted));
         return FAILED(result) ? result : this->HandOut(m_hierarchy, table);
     }
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG count, LPENTRYID entryID, LPCIID iid, ULONG flags, ULONG* type,
                                         LPUNKNOWN* object) override
     {
         const ProviderScope inside;
-        const HRESULT result =
-            this->Called("OpenEntry", OpenArguments(count, entryID, iid, flags, type, object),
-                         RefuseOpen(count, entryID, flags));
+        const HRESULT result = this->Called("OpenEntry", OpenArguments(count, entryID, iid, flags, type, object),
+                                            RefuseOpen(count, entryID, flags));
         return FAILED(result) ? result : m_openable.Open(count, entryID, type, object);
     }
     HRESULT STDMETHODCALLTYPE SetSearchCriteria(LPSRestriction, LPENTRYLIST, ULONG) override
@@ -70,8 +69,8 @@ class RecordingDistList : public RecordingContainerOf<IDistList>
 {
 public:
     explicit RecordingDistList(Journal& journal, std::string name = "list")
-        : RecordingContainerOf<IDistList>(
-              journal, std::move(name), {&IID_IUnknown, &IID_IMAPIProp, &IID_IMAPIContainer, &IID_IDistList})
+        : RecordingContainerOf<IDistList>(journal, std::move(name),
+                                          {&IID_IUnknown, &IID_IMAPIProp, &IID_IMAPIContainer, &IID_IDistList})
     {
     }
     HRESULT STDMETHODCALLTYPE CreateEntry(ULONG, LPENTRYID, ULONG, LPMAPIPROP*) override
@@ -82,10 +81,7 @@ public:
     {
         return Unexpected("CopyEntries");
     }
-    HRESULT STDMETHODCALLTYPE DeleteEntries(LPENTRYLIST, ULONG) override
-    {
-        return Unexpected("DeleteEntries");
-    }
+    HRESULT STDMETHODCALLTYPE DeleteEntries(LPENTRYLIST, ULONG) override { return Unexpected("DeleteEntries"); }
     HRESULT STDMETHODCALLTYPE ResolveNames(LPSPropTagArray, ULONG, LPADRLIST, LPFlagList) override
     {
         return Unexpected("ResolveNames");
@@ -103,10 +99,7 @@ public:
     {
         return Unexpected("GetAttachmentTable");
     }
-    HRESULT STDMETHODCALLTYPE OpenAttach(ULONG, LPCIID, ULONG, LPATTACH*) override
-    {
-        return Unexpected("OpenAttach");
-    }
+    HRESULT STDMETHODCALLTYPE OpenAttach(ULONG, LPCIID, ULONG, LPATTACH*) override { return Unexpected("OpenAttach"); }
     HRESULT STDMETHODCALLTYPE CreateAttach(LPCIID, ULONG, ULONG*, LPATTACH*) override
     {
         return Unexpected("CreateAttach");
@@ -119,10 +112,7 @@ public:
     {
         return Unexpected("GetRecipientTable");
     }
-    HRESULT STDMETHODCALLTYPE ModifyRecipients(ULONG, LPADRLIST) override
-    {
-        return Unexpected("ModifyRecipients");
-    }
+    HRESULT STDMETHODCALLTYPE ModifyRecipients(ULONG, LPADRLIST) override { return Unexpected("ModifyRecipients"); }
     HRESULT STDMETHODCALLTYPE SubmitMessage(ULONG) override { return Unexpected("SubmitMessage"); }
     HRESULT STDMETHODCALLTYPE SetReadFlag(ULONG) override { return Unexpected("SetReadFlag"); }
 };
@@ -131,9 +121,8 @@ class RecordingFolder : public RecordingContainerOf<IMAPIFolder>
 {
 public:
     explicit RecordingFolder(Journal& journal, std::string name = "folder")
-        : RecordingContainerOf<IMAPIFolder>(
-              journal, std::move(name),
-              {&IID_IUnknown, &IID_IMAPIProp, &IID_IMAPIContainer, &IID_IMAPIFolder})
+        : RecordingContainerOf<IMAPIFolder>(journal, std::move(name),
+                                            {&IID_IUnknown, &IID_IMAPIProp, &IID_IMAPIContainer, &IID_IMAPIFolder})
     {
     }
     static constexpr ULONG HardDelete = 0x10;
@@ -153,10 +142,10 @@ public:
         const auto* folder = static_cast<RecordingFolder*>(static_cast<IMAPIFolder*>(dest));
         Keep(list);
         return Called("CopyMessages",
-                      List(list) + "," + Name(iid) + "," + (folder != nullptr ? folder->m_name : "null") +
-                          "," + Number(window) + ",progress " + Null(progress) + "," + Number(flags),
-                      FirstOf({RefuseFlags(flags, MESSAGE_MOVE | MESSAGE_DIALOG | MAPI_DECLINE_OK),
-                               RequireList(list), Require(dest != nullptr)}));
+                      List(list) + "," + Name(iid) + "," + (folder != nullptr ? folder->m_name : "null") + "," +
+                          Number(window) + ",progress " + Null(progress) + "," + Number(flags),
+                      FirstOf({RefuseFlags(flags, MESSAGE_MOVE | MESSAGE_DIALOG | MAPI_DECLINE_OK), RequireList(list),
+                               Require(dest != nullptr)}));
     }
     HRESULT STDMETHODCALLTYPE DeleteMessages(LPENTRYLIST list, ULONG_PTR window, LPMAPIPROGRESS progress,
                                              ULONG flags) override
@@ -172,12 +161,12 @@ public:
     {
         const ProviderScope inside;
         *folder = nullptr;
-        const HRESULT result = Called(
-            "CreateFolder",
-            Number(type) + "," + Text(name) + "," + Text(comment) + "," + Name(iid) + "," + Number(flags),
-            FirstOf({RefuseFlags(flags, OPEN_IF_EXISTS | MAPI_UNICODE | MAPI_DEFERRED_ERRORS),
-                     Require(type == FOLDER_GENERIC || type == FOLDER_SEARCH),
-                     Require(name != nullptr && *name != 0)}));
+        const HRESULT result =
+            Called("CreateFolder",
+                   Number(type) + "," + Text(name) + "," + Text(comment) + "," + Name(iid) + "," + Number(flags),
+                   FirstOf({RefuseFlags(flags, OPEN_IF_EXISTS | MAPI_UNICODE | MAPI_DEFERRED_ERRORS),
+                            Require(type == FOLDER_GENERIC || type == FOLDER_SEARCH),
+                            Require(name != nullptr && *name != 0)}));
         return FAILED(result) ? result : HandOut<IMAPIFolder>(m_created, folder);
     }
     HRESULT STDMETHODCALLTYPE CopyFolder(ULONG, LPENTRYID, LPCIID, LPVOID, LPTSTR, ULONG_PTR, LPMAPIPROGRESS,
@@ -185,13 +174,12 @@ public:
     {
         return Unexpected("CopyFolder");
     }
-    HRESULT STDMETHODCALLTYPE DeleteFolder(ULONG count, LPENTRYID entryID, ULONG_PTR window,
-                                           LPMAPIPROGRESS progress, ULONG flags) override
+    HRESULT STDMETHODCALLTYPE DeleteFolder(ULONG count, LPENTRYID entryID, ULONG_PTR window, LPMAPIPROGRESS progress,
+                                           ULONG flags) override
     {
         const ProviderScope inside;
         return Called("DeleteFolder",
-                      Hex(entryID, count) + "," + Number(window) + ",progress " + Null(progress) + "," +
-                          Number(flags),
+                      Hex(entryID, count) + "," + Number(window) + ",progress " + Null(progress) + "," + Number(flags),
                       FirstOf({RefuseFlags(flags, DEL_MESSAGES | DEL_FOLDERS | FOLDER_DIALOG | HardDelete),
                                Require(count != 0 && entryID != nullptr)}));
     }

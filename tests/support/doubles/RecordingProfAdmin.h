@@ -43,10 +43,7 @@ public:
     {
         return Unexpected("RenameProfile");
     }
-    HRESULT STDMETHODCALLTYPE SetDefaultProfile(LPTSTR, ULONG) override
-    {
-        return Unexpected("SetDefaultProfile");
-    }
+    HRESULT STDMETHODCALLTYPE SetDefaultProfile(LPTSTR, ULONG) override { return Unexpected("SetDefaultProfile"); }
     HRESULT STDMETHODCALLTYPE AdminServices(LPTSTR, LPTSTR, ULONG_PTR, ULONG, LPSERVICEADMIN*) override
     {
         return Unexpected("AdminServices");

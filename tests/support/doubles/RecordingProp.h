@@ -80,8 +80,7 @@ public:
         {
             const ULONG tag = tags != nullptr ? tags->aulPropTag[i] : At(i).tag;
             const Property* property = Find(tag);
-            (*values)[i] =
-                property != nullptr ? Filled(*property, TagOf(*property, tag), *values) : NotFound(tag);
+            (*values)[i] = property != nullptr ? Filled(*property, TagOf(*property, tag), *values) : NotFound(tag);
             result = property != nullptr ? result : MAPI_W_ERRORS_RETURNED;
         }
         return result;
@@ -152,10 +151,7 @@ public:
         return result;
     }
     HRESULT STDMETHODCALLTYPE Write(const void*, ULONG, ULONG*) override { return Unexpected("Write"); }
-    HRESULT STDMETHODCALLTYPE Seek(LARGE_INTEGER, DWORD, ULARGE_INTEGER*) override
-    {
-        return Unexpected("Seek");
-    }
+    HRESULT STDMETHODCALLTYPE Seek(LARGE_INTEGER, DWORD, ULARGE_INTEGER*) override { return Unexpected("Seek"); }
     HRESULT STDMETHODCALLTYPE SetSize(ULARGE_INTEGER) override { return Unexpected("SetSize"); }
     HRESULT STDMETHODCALLTYPE CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*, ULARGE_INTEGER*) override
     {
@@ -197,14 +193,13 @@ public:
             "SaveChanges", Number(flags),
             RefuseFlags(flags, KEEP_OPEN_READONLY | KEEP_OPEN_READWRITE | FORCE_SAVE | MAPI_DEFERRED_ERRORS));
     }
-    HRESULT STDMETHODCALLTYPE GetProps(LPSPropTagArray tags, ULONG flags, ULONG* count,
-                                       LPSPropValue* values) override
+    HRESULT STDMETHODCALLTYPE GetProps(LPSPropTagArray tags, ULONG flags, ULONG* count, LPSPropValue* values) override
     {
         const ProviderScope inside;
-        const HRESULT result = this->Called(
-            "GetProps", Tags(tags) + "," + Number(flags),
-            FirstOf({RefuseFlags(flags, MAPI_UNICODE), Require(count != nullptr && values != nullptr),
-                     tags != nullptr ? RequireTags(tags) : S_OK}));
+        const HRESULT result =
+            this->Called("GetProps", Tags(tags) + "," + Number(flags),
+                         FirstOf({RefuseFlags(flags, MAPI_UNICODE), Require(count != nullptr && values != nullptr),
+                                  tags != nullptr ? RequireTags(tags) : S_OK}));
         if (count == nullptr || values == nullptr)
         {
             return result;
@@ -228,9 +223,8 @@ public:
     HRESULT STDMETHODCALLTYPE GetPropList(ULONG flags, LPSPropTagArray* tags) override
     {
         const ProviderScope inside;
-        const HRESULT result =
-            this->Called("GetPropList", Number(flags),
-                         FirstOf({RefuseFlags(flags, MAPI_UNICODE), Require(tags != nullptr)}));
+        const HRESULT result = this->Called("GetPropList", Number(flags),
+                                            FirstOf({RefuseFlags(flags, MAPI_UNICODE), Require(tags != nullptr)}));
         if (tags == nullptr)
         {
             return result;
@@ -245,12 +239,10 @@ public:
         *object = nullptr;
         const HRESULT result = this->Called(
             "OpenProperty", Number(tag) + "," + Name(iid) + "," + Number(options) + "," + Number(flags),
-            FirstOf({RefuseFlags(flags, MAPI_CREATE | MAPI_MODIFY | MAPI_DEFERRED_ERRORS),
-                     Require(iid != nullptr)}));
+            FirstOf({RefuseFlags(flags, MAPI_CREATE | MAPI_MODIFY | MAPI_DEFERRED_ERRORS), Require(iid != nullptr)}));
         return FAILED(result) ? result : this->HandOut(m_property, object);
     }
-    HRESULT STDMETHODCALLTYPE SetProps(ULONG count, LPSPropValue values,
-                                       LPSPropProblemArray* problems) override
+    HRESULT STDMETHODCALLTYPE SetProps(ULONG count, LPSPropValue values, LPSPropProblemArray* problems) override
     {
         const ProviderScope inside;
         std::string text;
@@ -267,8 +259,8 @@ public:
         const ProviderScope inside;
         return this->Called("DeleteProps", Tags(tags) + ",problems " + Null(problems), RequireTags(tags));
     }
-    HRESULT STDMETHODCALLTYPE CopyTo(ULONG, LPCIID, LPSPropTagArray, ULONG_PTR, LPMAPIPROGRESS, LPCIID,
-                                     LPVOID, ULONG, LPSPropProblemArray*) override
+    HRESULT STDMETHODCALLTYPE CopyTo(ULONG, LPCIID, LPSPropTagArray, ULONG_PTR, LPMAPIPROGRESS, LPCIID, LPVOID, ULONG,
+                                     LPSPropProblemArray*) override
     {
         return this->Unexpected("CopyTo");
     }
@@ -277,8 +269,7 @@ public:
     {
         return this->Unexpected("CopyProps");
     }
-    HRESULT STDMETHODCALLTYPE GetNamesFromIDs(LPSPropTagArray*, LPGUID, ULONG, ULONG*,
-                                              LPMAPINAMEID**) override
+    HRESULT STDMETHODCALLTYPE GetNamesFromIDs(LPSPropTagArray*, LPGUID, ULONG, ULONG*, LPMAPINAMEID**) override
     {
         return this->Unexpected("GetNamesFromIDs");
     }
@@ -287,9 +278,9 @@ public:
     {
         const ProviderScope inside;
         *tags = nullptr;
-        const HRESULT result = this->Called(
-            "GetIDsFromNames", Number(count) + "," + Number(flags),
-            FirstOf({RefuseFlags(flags, MAPI_CREATE), Require((count == 0) == (names == nullptr))}));
+        const HRESULT result =
+            this->Called("GetIDsFromNames", Number(count) + "," + Number(flags),
+                         FirstOf({RefuseFlags(flags, MAPI_CREATE), Require((count == 0) == (names == nullptr))}));
         if (FAILED(result) || m_namedTags.empty())
         {
             return result;
@@ -341,10 +332,7 @@ public:
 class Openable
 {
 public:
-    void Add(const std::string& entryID, IUnknown* object, ULONG type)
-    {
-        m_objects[entryID] = {object, type};
-    }
+    void Add(const std::string& entryID, IUnknown* object, ULONG type) { m_objects[entryID] = {object, type}; }
 
     HRESULT Open(ULONG count, LPENTRYID entryID, ULONG* type, LPUNKNOWN* object) const
     {

@@ -24,8 +24,7 @@ class RecordingStore : public RecordingPropOf<IMsgStore>
 {
 public:
     explicit RecordingStore(Journal& journal, std::string name = "store")
-        : RecordingPropOf<IMsgStore>(journal, std::move(name),
-                                     {&IID_IUnknown, &IID_IMAPIProp, &IID_IMsgStore})
+        : RecordingPropOf<IMsgStore>(journal, std::move(name), {&IID_IUnknown, &IID_IMAPIProp, &IID_IMsgStore})
     {
     }
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG count, LPENTRYID entryID, LPCIID iid, ULONG flags, ULONG* type,
@@ -36,8 +35,8 @@ public:
                                       RefuseOpen(count, entryID, flags));
         return FAILED(result) ? result : m_openable.Open(count, entryID, type, object);
     }
-    HRESULT STDMETHODCALLTYPE GetReceiveFolder(LPTSTR messageClass, ULONG flags, ULONG* count,
-                                               LPENTRYID* entryID, LPTSTR* explicitClass) override
+    HRESULT STDMETHODCALLTYPE GetReceiveFolder(LPTSTR messageClass, ULONG flags, ULONG* count, LPENTRYID* entryID,
+                                               LPTSTR* explicitClass) override
     {
         const ProviderScope inside;
         EXPECT_EQ(*count, 0u);
@@ -65,19 +64,10 @@ public:
         return Unexpected("GetReceiveFolderTable");
     }
     HRESULT STDMETHODCALLTYPE StoreLogoff(ULONG*) override { return Unexpected("StoreLogoff"); }
-    HRESULT STDMETHODCALLTYPE AbortSubmit(ULONG, LPENTRYID, ULONG) override
-    {
-        return Unexpected("AbortSubmit");
-    }
-    HRESULT STDMETHODCALLTYPE GetOutgoingQueue(ULONG, LPMAPITABLE*) override
-    {
-        return Unexpected("GetOutgoingQueue");
-    }
+    HRESULT STDMETHODCALLTYPE AbortSubmit(ULONG, LPENTRYID, ULONG) override { return Unexpected("AbortSubmit"); }
+    HRESULT STDMETHODCALLTYPE GetOutgoingQueue(ULONG, LPMAPITABLE*) override { return Unexpected("GetOutgoingQueue"); }
     HRESULT STDMETHODCALLTYPE SetLockState(LPMESSAGE, ULONG) override { return Unexpected("SetLockState"); }
-    HRESULT STDMETHODCALLTYPE FinishedMsg(ULONG, ULONG, LPENTRYID) override
-    {
-        return Unexpected("FinishedMsg");
-    }
+    HRESULT STDMETHODCALLTYPE FinishedMsg(ULONG, ULONG, LPENTRYID) override { return Unexpected("FinishedMsg"); }
     HRESULT STDMETHODCALLTYPE NotifyNewMail(LPNOTIFICATION) override { return Unexpected("NotifyNewMail"); }
 
     Openable m_openable;
@@ -104,28 +94,25 @@ public:
         const HRESULT result = Called("GetMsgStoresTable", Number(flags), RefuseFlags(flags, MAPI_UNICODE));
         return FAILED(result) ? result : HandOut(m_stores, table);
     }
-    HRESULT STDMETHODCALLTYPE OpenMsgStore(ULONG_PTR window, ULONG count, LPENTRYID entryID, LPCIID iid,
-                                           ULONG flags, LPMDB* store) override
+    HRESULT STDMETHODCALLTYPE OpenMsgStore(ULONG_PTR window, ULONG count, LPENTRYID entryID, LPCIID iid, ULONG flags,
+                                           LPMDB* store) override
     {
         const ProviderScope inside;
         *store = nullptr;
         constexpr ULONG Online = 0x100;
         const HRESULT result =
-            Called("OpenMsgStore",
-                   Number(window) + "," + Hex(entryID, count) + "," + Name(iid) + "," + Number(flags),
-                   FirstOf({RefuseFlags(flags, MDB_NO_DIALOG | MDB_WRITE | MDB_TEMPORARY | MDB_NO_MAIL |
-                                                   Online | MAPI_BEST_ACCESS | MAPI_DEFERRED_ERRORS),
+            Called("OpenMsgStore", Number(window) + "," + Hex(entryID, count) + "," + Name(iid) + "," + Number(flags),
+                   FirstOf({RefuseFlags(flags, MDB_NO_DIALOG | MDB_WRITE | MDB_TEMPORARY | MDB_NO_MAIL | Online |
+                                                   MAPI_BEST_ACCESS | MAPI_DEFERRED_ERRORS),
                             Require(count != 0 && entryID != nullptr, MAPI_E_INVALID_ENTRYID)}));
         return FAILED(result) ? result : HandOut(m_store, store);
     }
-    HRESULT STDMETHODCALLTYPE OpenAddressBook(ULONG_PTR window, LPCIID iid, ULONG flags,
-                                              LPADRBOOK* book) override
+    HRESULT STDMETHODCALLTYPE OpenAddressBook(ULONG_PTR window, LPCIID iid, ULONG flags, LPADRBOOK* book) override
     {
         const ProviderScope inside;
         *book = nullptr;
-        const HRESULT result =
-            Called("OpenAddressBook", Number(window) + "," + Name(iid) + "," + Number(flags),
-                   RefuseFlags(flags, AB_NO_DIALOG));
+        const HRESULT result = Called("OpenAddressBook", Number(window) + "," + Name(iid) + "," + Number(flags),
+                                      RefuseFlags(flags, AB_NO_DIALOG));
         return FAILED(result) ? result : HandOut(m_addressBook, book);
     }
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG count, LPENTRYID entryID, LPCIID iid, ULONG flags, ULONG* type,
@@ -136,8 +123,8 @@ public:
                                       RefuseOpen(count, entryID, flags));
         return FAILED(result) ? result : m_openable.Open(count, entryID, type, object);
     }
-    HRESULT STDMETHODCALLTYPE CompareEntryIDs(ULONG count1, LPENTRYID id1, ULONG count2, LPENTRYID id2,
-                                              ULONG flags, ULONG* equal) override
+    HRESULT STDMETHODCALLTYPE CompareEntryIDs(ULONG count1, LPENTRYID id1, ULONG count2, LPENTRYID id2, ULONG flags,
+                                              ULONG* equal) override
     {
         const ProviderScope inside;
         const HRESULT result =
@@ -153,18 +140,14 @@ public:
     HRESULT STDMETHODCALLTYPE Logoff(ULONG_PTR window, ULONG flags, ULONG reserved) override
     {
         const ProviderScope inside;
-        return Called(
-            "Logoff", Number(window) + "," + Number(flags) + "," + Number(reserved),
-            FirstOf({RefuseFlags(flags, MAPI_LOGOFF_SHARED | MAPI_LOGOFF_UI), Require(reserved == 0)}));
+        return Called("Logoff", Number(window) + "," + Number(flags) + "," + Number(reserved),
+                      FirstOf({RefuseFlags(flags, MAPI_LOGOFF_SHARED | MAPI_LOGOFF_UI), Require(reserved == 0)}));
     }
     HRESULT STDMETHODCALLTYPE OpenProfileSection(LPMAPIUID, LPCIID, ULONG, LPPROFSECT*) override
     {
         return Unexpected("OpenProfileSection");
     }
-    HRESULT STDMETHODCALLTYPE GetStatusTable(ULONG, LPMAPITABLE*) override
-    {
-        return Unexpected("GetStatusTable");
-    }
+    HRESULT STDMETHODCALLTYPE GetStatusTable(ULONG, LPMAPITABLE*) override { return Unexpected("GetStatusTable"); }
     HRESULT STDMETHODCALLTYPE Advise(ULONG, LPENTRYID, ULONG, LPMAPIADVISESINK, ULONG_PTR*) override
     {
         return Unexpected("Advise");
@@ -178,31 +161,19 @@ public:
     {
         return Unexpected("QueryDefaultMessageOpt");
     }
-    HRESULT STDMETHODCALLTYPE EnumAdrTypes(ULONG, ULONG*, LPTSTR**) override
-    {
-        return Unexpected("EnumAdrTypes");
-    }
-    HRESULT STDMETHODCALLTYPE QueryIdentity(ULONG*, LPENTRYID*) override
-    {
-        return Unexpected("QueryIdentity");
-    }
+    HRESULT STDMETHODCALLTYPE EnumAdrTypes(ULONG, ULONG*, LPTSTR**) override { return Unexpected("EnumAdrTypes"); }
+    HRESULT STDMETHODCALLTYPE QueryIdentity(ULONG*, LPENTRYID*) override { return Unexpected("QueryIdentity"); }
     HRESULT STDMETHODCALLTYPE SetDefaultStore(ULONG, ULONG, LPENTRYID) override
     {
         return Unexpected("SetDefaultStore");
     }
-    HRESULT STDMETHODCALLTYPE AdminServices(ULONG, LPSERVICEADMIN*) override
-    {
-        return Unexpected("AdminServices");
-    }
-    HRESULT STDMETHODCALLTYPE ShowForm(ULONG_PTR, LPMDB, LPMAPIFOLDER, LPCIID, ULONG_PTR, LPMESSAGE, ULONG,
-                                       ULONG, ULONG, ULONG, LPSTR) override
+    HRESULT STDMETHODCALLTYPE AdminServices(ULONG, LPSERVICEADMIN*) override { return Unexpected("AdminServices"); }
+    HRESULT STDMETHODCALLTYPE ShowForm(ULONG_PTR, LPMDB, LPMAPIFOLDER, LPCIID, ULONG_PTR, LPMESSAGE, ULONG, ULONG,
+                                       ULONG, ULONG, LPSTR) override
     {
         return Unexpected("ShowForm");
     }
-    HRESULT STDMETHODCALLTYPE PrepareForm(LPCIID, LPMESSAGE, ULONG_PTR*) override
-    {
-        return Unexpected("PrepareForm");
-    }
+    HRESULT STDMETHODCALLTYPE PrepareForm(LPCIID, LPMESSAGE, ULONG_PTR*) override { return Unexpected("PrepareForm"); }
 
     Openable m_openable;
     /// Handed out by the methods of these names.
@@ -215,8 +186,7 @@ class RecordingAddrBook : public RecordingPropOf<IAddrBook>
 {
 public:
     explicit RecordingAddrBook(Journal& journal, std::string name = "book")
-        : RecordingPropOf<IAddrBook>(journal, std::move(name),
-                                     {&IID_IUnknown, &IID_IMAPIProp, &IID_IAddrBook})
+        : RecordingPropOf<IAddrBook>(journal, std::move(name), {&IID_IUnknown, &IID_IMAPIProp, &IID_IAddrBook})
     {
     }
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG count, LPENTRYID entryID, LPCIID iid, ULONG flags, ULONG* type,
@@ -255,19 +225,13 @@ public:
     {
         return Unexpected("ResolveName");
     }
-    HRESULT STDMETHODCALLTYPE Address(ULONG_PTR*, LPADRPARM, LPADRLIST*) override
-    {
-        return Unexpected("Address");
-    }
-    HRESULT STDMETHODCALLTYPE Details(ULONG_PTR*, LPFNDISMISS, LPVOID, ULONG, LPENTRYID, LPFNBUTTON, LPVOID,
-                                      LPTSTR, ULONG) override
+    HRESULT STDMETHODCALLTYPE Address(ULONG_PTR*, LPADRPARM, LPADRLIST*) override { return Unexpected("Address"); }
+    HRESULT STDMETHODCALLTYPE Details(ULONG_PTR*, LPFNDISMISS, LPVOID, ULONG, LPENTRYID, LPFNBUTTON, LPVOID, LPTSTR,
+                                      ULONG) override
     {
         return Unexpected("Details");
     }
-    HRESULT STDMETHODCALLTYPE RecipOptions(ULONG_PTR, ULONG, LPADRENTRY) override
-    {
-        return Unexpected("RecipOptions");
-    }
+    HRESULT STDMETHODCALLTYPE RecipOptions(ULONG_PTR, ULONG, LPADRENTRY) override { return Unexpected("RecipOptions"); }
     HRESULT STDMETHODCALLTYPE QueryDefaultRecipOpt(LPTSTR, ULONG, ULONG*, LPSPropValue*) override
     {
         return Unexpected("QueryDefaultRecipOpt");
@@ -275,10 +239,7 @@ public:
     HRESULT STDMETHODCALLTYPE GetPAB(ULONG*, LPENTRYID*) override { return Unexpected("GetPAB"); }
     HRESULT STDMETHODCALLTYPE SetPAB(ULONG, LPENTRYID) override { return Unexpected("SetPAB"); }
     HRESULT STDMETHODCALLTYPE SetDefaultDir(ULONG, LPENTRYID) override { return Unexpected("SetDefaultDir"); }
-    HRESULT STDMETHODCALLTYPE GetSearchPath(ULONG, LPSRowSet*) override
-    {
-        return Unexpected("GetSearchPath");
-    }
+    HRESULT STDMETHODCALLTYPE GetSearchPath(ULONG, LPSRowSet*) override { return Unexpected("GetSearchPath"); }
     HRESULT STDMETHODCALLTYPE SetSearchPath(ULONG, LPSRowSet) override { return Unexpected("SetSearchPath"); }
     HRESULT STDMETHODCALLTYPE PrepareRecips(ULONG, LPSPropTagArray, LPADRLIST) override
     {

@@ -72,10 +72,7 @@ public:
         *connectionOut = connection;
         return Record("Advise", Number("mask", mask), Require(mask != 0 && adviseSink != nullptr));
     }
-    HRESULT WINAPI Unadvise(ULONG_PTR ended) override
-    {
-        return Record("Unadvise", Number("connection", ended));
-    }
+    HRESULT WINAPI Unadvise(ULONG_PTR ended) override { return Record("Unadvise", Number("connection", ended)); }
     HRESULT WINAPI GetStatus(ULONG*, ULONG*) override { return Record("GetStatus", ""); }
     HRESULT WINAPI SetColumns(LPSPropTagArray columns, ULONG flags) override
     {
@@ -110,8 +107,7 @@ public:
     }
     HRESULT WINAPI SeekRowApprox(ULONG numerator, ULONG denominator) override
     {
-        return Record("SeekRowApprox",
-                      Number("numerator", numerator) + ", " + Number("denominator", denominator));
+        return Record("SeekRowApprox", Number("numerator", numerator) + ", " + Number("denominator", denominator));
     }
     HRESULT WINAPI QueryPosition(ULONG* row, ULONG* numerator, ULONG* denominator) override
     {
@@ -121,8 +117,7 @@ public:
     }
     HRESULT WINAPI FindRow(LPSRestriction restriction, BOOKMARK origin, ULONG flags) override
     {
-        return Record("FindRow",
-                      Pointer(restriction) + ", " + Number("origin", origin) + ", " + Number("flags", flags),
+        return Record("FindRow", Pointer(restriction) + ", " + Number("origin", origin) + ", " + Number("flags", flags),
                       FirstOf({RefuseFlags(flags, DIR_BACKWARD), Require(restriction != nullptr)}));
     }
     HRESULT WINAPI Restrict(LPSRestriction restriction, ULONG flags) override
@@ -136,10 +131,7 @@ public:
         *made = bookmark;
         return Record("CreateBookmark", "");
     }
-    HRESULT WINAPI FreeBookmark(BOOKMARK freed) override
-    {
-        return Record("FreeBookmark", Number("bookmark", freed));
-    }
+    HRESULT WINAPI FreeBookmark(BOOKMARK freed) override { return Record("FreeBookmark", Number("bookmark", freed)); }
     HRESULT WINAPI SortTable(LPSSortOrderSet order, ULONG flags) override
     {
         return Record("SortTable", Pointer(order) + ", " + Number("flags", flags),
@@ -148,9 +140,8 @@ public:
     HRESULT WINAPI QuerySortOrder(LPSSortOrderSet*) override { return Record("QuerySortOrder", ""); }
     HRESULT WINAPI QueryRows(LONG count, ULONG flags, LPSRowSet* rows) override
     {
-        const HRESULT result =
-            Record("QueryRows", "rows " + std::to_string(count) + ", " + Number("flags", flags),
-                   FirstOf({RefuseFlags(flags, TBL_NOADVANCE), Require(rows != nullptr)}));
+        const HRESULT result = Record("QueryRows", "rows " + std::to_string(count) + ", " + Number("flags", flags),
+                                      FirstOf({RefuseFlags(flags, TBL_NOADVANCE), Require(rows != nullptr)}));
         if (SUCCEEDED(result))
         {
             *rows = givesNullRows ? nullptr : Rows(count);
@@ -163,18 +154,12 @@ public:
         return Record("ExpandRow", "");
     }
     HRESULT WINAPI CollapseRow(ULONG, LPBYTE, ULONG, ULONG*) override { return Record("CollapseRow", ""); }
-    HRESULT WINAPI WaitForCompletion(ULONG, ULONG, ULONG*) override
-    {
-        return Record("WaitForCompletion", "");
-    }
+    HRESULT WINAPI WaitForCompletion(ULONG, ULONG, ULONG*) override { return Record("WaitForCompletion", ""); }
     HRESULT WINAPI GetCollapseState(ULONG, ULONG, LPBYTE, ULONG*, LPBYTE*) override
     {
         return Record("GetCollapseState", "");
     }
-    HRESULT WINAPI SetCollapseState(ULONG, ULONG, LPBYTE, BOOKMARK*) override
-    {
-        return Record("SetCollapseState", "");
-    }
+    HRESULT WINAPI SetCollapseState(ULONG, ULONG, LPBYTE, BOOKMARK*) override { return Record("SetCollapseState", ""); }
 
     /// A pointer as the calls show it.
     static std::string Pointer(const void* pointer)

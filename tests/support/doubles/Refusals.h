@@ -61,8 +61,8 @@ inline HRESULT RefuseOpen(ULONG count, const void* entryID, ULONG flags)
     constexpr ULONG NoCache = 0x200;
     constexpr ULONG CacheOnly = 0x4000;
     constexpr ULONG ShowSoftDeletes = 2;
-    return FirstOf({RefuseFlags(flags, MAPI_BEST_ACCESS | MAPI_MODIFY | MAPI_DEFERRED_ERRORS | NoCache |
-                                           CacheOnly | ShowSoftDeletes),
+    return FirstOf({RefuseFlags(flags, MAPI_BEST_ACCESS | MAPI_MODIFY | MAPI_DEFERRED_ERRORS | NoCache | CacheOnly |
+                                           ShowSoftDeletes),
                     RequireBytes(count, entryID)});
 }
 
@@ -85,9 +85,8 @@ inline HRESULT RequireWritable(const SPropValue& value)
     case PT_BINARY:
         return RequireBytes(value.Value.bin.cb, value.Value.bin.lpb);
     default:
-        return (PROP_TYPE(value.ulPropTag) & MV_FLAG) == 0
-                   ? S_OK
-                   : RequireBytes(value.Value.MVl.cValues, value.Value.MVl.lpl);
+        return (PROP_TYPE(value.ulPropTag) & MV_FLAG) == 0 ? S_OK
+                                                           : RequireBytes(value.Value.MVl.cValues, value.Value.MVl.lpl);
     }
 }
 

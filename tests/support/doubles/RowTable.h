@@ -23,8 +23,7 @@ inline SRowSet* NewRowSet(const std::vector<RowData>& rows)
     {
         SRow& row = set->aRow[i];
         row.cValues = static_cast<ULONG>(rows[i].size());
-        row.lpProps =
-            static_cast<SPropValue*>(Zeb_MemAllocate((row.cValues + 1) * sizeof(SPropValue), nullptr));
+        row.lpProps = static_cast<SPropValue*>(Zeb_MemAllocate((row.cValues + 1) * sizeof(SPropValue), nullptr));
         for (ULONG j = 0; j < row.cValues; ++j)
         {
             row.lpProps[j] = Filled(rows[i][j], rows[i][j].tag, row.lpProps);
@@ -107,8 +106,8 @@ public:
     HRESULT STDMETHODCALLTYPE Advise(ULONG events, LPMAPIADVISESINK sink, ULONG_PTR* connection) override
     {
         const ProviderScope inside;
-        const HRESULT result = Called("Advise", Number(events),
-                                      Require(events != 0 && sink != nullptr && connection != nullptr));
+        const HRESULT result =
+            Called("Advise", Number(events), Require(events != 0 && sink != nullptr && connection != nullptr));
         if (sink != nullptr && (SUCCEEDED(result) || m_whileAdvising))
         {
             HandOut(sink, &m_sink);
@@ -185,8 +184,8 @@ public:
         m_position = 0;
         const HRESULT result =
             Called("Restrict",
-                   Number(restriction->rt) + "," + Number(wanted.relop) + "," + Number(wanted.ulPropTag) +
-                       "," + Value(*wanted.lpProp) + "," + Number(flags),
+                   Number(restriction->rt) + "," + Number(wanted.relop) + "," + Number(wanted.ulPropTag) + "," +
+                       Value(*wanted.lpProp) + "," + Number(flags),
                    FirstOf({RefuseFlags(flags, TBL_ASYNC | TBL_BATCH), RequireWritable(*wanted.lpProp)}));
         if (FAILED(result))
         {
@@ -207,8 +206,8 @@ public:
     {
         const ProviderScope inside;
         *rows = nullptr;
-        const HRESULT result = Called("QueryRows", std::to_string(count) + "," + Number(flags),
-                                      RefuseFlags(flags, TBL_NOADVANCE));
+        const HRESULT result =
+            Called("QueryRows", std::to_string(count) + "," + Number(flags), RefuseFlags(flags, TBL_NOADVANCE));
         if (m_whileReading)
         {
             m_whileReading();
@@ -225,30 +224,18 @@ public:
         return result;
     }
     HRESULT STDMETHODCALLTYPE GetStatus(ULONG*, ULONG*) override { return Unexpected("GetStatus"); }
-    HRESULT STDMETHODCALLTYPE QueryColumns(ULONG, LPSPropTagArray*) override
-    {
-        return Unexpected("QueryColumns");
-    }
+    HRESULT STDMETHODCALLTYPE QueryColumns(ULONG, LPSPropTagArray*) override { return Unexpected("QueryColumns"); }
     HRESULT STDMETHODCALLTYPE SeekRowApprox(ULONG, ULONG) override { return Unexpected("SeekRowApprox"); }
-    HRESULT STDMETHODCALLTYPE QueryPosition(ULONG*, ULONG*, ULONG*) override
-    {
-        return Unexpected("QueryPosition");
-    }
+    HRESULT STDMETHODCALLTYPE QueryPosition(ULONG*, ULONG*, ULONG*) override { return Unexpected("QueryPosition"); }
     HRESULT STDMETHODCALLTYPE CreateBookmark(BOOKMARK*) override { return Unexpected("CreateBookmark"); }
     HRESULT STDMETHODCALLTYPE FreeBookmark(BOOKMARK) override { return Unexpected("FreeBookmark"); }
-    HRESULT STDMETHODCALLTYPE QuerySortOrder(LPSSortOrderSet*) override
-    {
-        return Unexpected("QuerySortOrder");
-    }
+    HRESULT STDMETHODCALLTYPE QuerySortOrder(LPSSortOrderSet*) override { return Unexpected("QuerySortOrder"); }
     HRESULT STDMETHODCALLTYPE Abort() override { return Unexpected("Abort"); }
     HRESULT STDMETHODCALLTYPE ExpandRow(ULONG, LPBYTE, ULONG, ULONG, LPSRowSet*, ULONG*) override
     {
         return Unexpected("ExpandRow");
     }
-    HRESULT STDMETHODCALLTYPE CollapseRow(ULONG, LPBYTE, ULONG, ULONG*) override
-    {
-        return Unexpected("CollapseRow");
-    }
+    HRESULT STDMETHODCALLTYPE CollapseRow(ULONG, LPBYTE, ULONG, ULONG*) override { return Unexpected("CollapseRow"); }
     HRESULT STDMETHODCALLTYPE WaitForCompletion(ULONG, ULONG, ULONG*) override
     {
         return Unexpected("WaitForCompletion");
@@ -271,11 +258,8 @@ private:
         std::string text = Value(wanted);
         text = text.substr(text.find('=') + 1);
         text.erase(std::remove(text.begin(), text.end(), '\''), text.end());
-        return std::any_of(row.begin(), row.end(),
-                           [&](const Property& property) {
-                               return PROP_ID(property.tag) == PROP_ID(wanted.ulPropTag) &&
-                                      property.bytes == text;
-                           });
+        return std::any_of(row.begin(), row.end(), [&](const Property& property)
+        { return PROP_ID(property.tag) == PROP_ID(wanted.ulPropTag) && property.bytes == text; });
     }
 
     IMAPIAdviseSink* m_sink = nullptr;

@@ -15,7 +15,9 @@ UnprivilegedScope::UnprivilegedScope()
 UnprivilegedScope::~UnprivilegedScope()
 {
     if (m_user != geteuid() && seteuid(m_user) != 0)
+    {
         _exit(1);
+    }
 }
 
 } // namespace zeb::test

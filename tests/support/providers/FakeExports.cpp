@@ -1,11 +1,11 @@
-// Exports of the test provider that only have to be there. This file knows no MAPI header, so that they need no
-// parameters.
+// Exports of the test provider that only have to be there. This file knows no MAPI
+// header, so that they need no parameters.
 #include "platform/export.h"
 
-#define EXPORT(name)                                                                                         \
-    extern "C" ZEBAPI_EXPORT int name()                                                                      \
-    {                                                                                                        \
-        return 0;                                                                                            \
+#define EXPORT(name)                                                                                                   \
+    extern "C" ZEBAPI_EXPORT int name()                                                                                \
+    {                                                                                                                  \
+        return 0;                                                                                                      \
     }
 #define EXPORT_BOTH(name, suffix) EXPORT(name) EXPORT(name##_##suffix)
 

@@ -19,8 +19,7 @@ FakeProviderControl* Control()
 {
     const char* address = std::getenv(zeb::test::FakeProviderVariable);
     return address != nullptr && *address != '\0'
-               ? reinterpret_cast<FakeProviderControl*>(
-                     static_cast<uintptr_t>(std::strtoull(address, nullptr, 10)))
+               ? reinterpret_cast<FakeProviderControl*>(static_cast<uintptr_t>(std::strtoull(address, nullptr, 10)))
                : nullptr;
 }
 
@@ -235,8 +234,7 @@ extern "C"
         return 0;
     }
 
-    ZEBAPI_EXPORT BOOL WINAPI FGetComponentPath(LPSTR component, LPSTR qualifier, LPSTR path, DWORD size,
-                                                BOOL install)
+    ZEBAPI_EXPORT BOOL WINAPI FGetComponentPath(LPSTR component, LPSTR qualifier, LPSTR path, DWORD size, BOOL install)
     {
         FakeProviderControl* control = Control();
         if (control == nullptr || control->componentCalls == 3)
@@ -281,16 +279,16 @@ extern "C"
     }
 
 // The utilities: each says which spelling was called.
-#define UTILITY(type, name, suffix, parameters, result)                                                      \
-    ZEBAPI_EXPORT type WINAPI name parameters                                                                \
-    {                                                                                                        \
-        Called(#name);                                                                                       \
-        return result;                                                                                       \
-    }                                                                                                        \
-    ZEBAPI_EXPORT type WINAPI name##_##suffix parameters                                                     \
-    {                                                                                                        \
-        Called(#name "@" #suffix);                                                                           \
-        return result;                                                                                       \
+#define UTILITY(type, name, suffix, parameters, result)                                                                \
+    ZEBAPI_EXPORT type WINAPI name parameters                                                                          \
+    {                                                                                                                  \
+        Called(#name);                                                                                                 \
+        return result;                                                                                                 \
+    }                                                                                                                  \
+    ZEBAPI_EXPORT type WINAPI name##_##suffix parameters                                                               \
+    {                                                                                                                  \
+        Called(#name "@" #suffix);                                                                                     \
+        return result;                                                                                                 \
     }
 
     UTILITY(HRESULT, HrGetOneProp, 12, (LPMAPIPROP, ULONG, LPSPropValue*), S_OK)

@@ -9,8 +9,8 @@ namespace zeb::test
 /// The environment variable with the address of the FakeProviderControl, as a decimal number; none when unset.
 constexpr char FakeProviderVariable[] = "ZEB_FAKE_PROVIDER";
 
-/// The environment variable with the name of a file that the library writes its end to ("ended") and, when no control is
-/// set, each release of what WABOpen gave ("released"); none when unset.
+/// The environment variable with the name of a file that the library writes its end to ("ended") and, when no control
+/// is set, each release of what WABOpen gave ("released"); none when unset.
 constexpr char FakeProviderTraceVariable[] = "ZEB_FAKE_PROVIDER_TRACE";
 
 /// What the library answers, and what it saw. Every call looks for it anew, so it outlives loads and unloads.

@@ -83,8 +83,7 @@ public:
         for (uint32_t i = 0; i < m_count; ++i)
         {
             const auto address = Read<uint32_t>(m_image, m_names + 4 * i);
-            names.push_back(
-                {TextAt(m_image, OffsetOf(address)), address, Read<uint16_t>(m_image, m_ordinals + 2 * i)});
+            names.push_back({TextAt(m_image, OffsetOf(address)), address, Read<uint16_t>(m_image, m_ordinals + 2 * i)});
         }
         std::sort(names.begin(), names.end(), [](const Name& a, const Name& b) { return a.text < b.text; });
         for (uint32_t i = 0; i < m_count; ++i)

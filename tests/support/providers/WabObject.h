@@ -10,8 +10,8 @@
 namespace zeb::test
 {
 
-/// Lives where the test puts it; `references` is 1 when nobody else holds it. A child block lives until the object
-/// does.
+/// Lives where the test puts it; `references` is 1 when nobody else holds it. A
+/// child block lives until the object does.
 class WabObject : public IWABObject
 {
 public:
@@ -49,10 +49,7 @@ public:
     ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(++references); }
     ULONG STDMETHODCALLTYPE Release() override { return static_cast<ULONG>(--references); }
 
-    HRESULT STDMETHODCALLTYPE GetLastError(HRESULT, ULONG, LPMAPIERROR*) override
-    {
-        return MAPI_E_NO_SUPPORT;
-    }
+    HRESULT STDMETHODCALLTYPE GetLastError(HRESULT, ULONG, LPMAPIERROR*) override { return MAPI_E_NO_SUPPORT; }
     HRESULT STDMETHODCALLTYPE AllocateBuffer(ULONG size, void** block) override
     {
         ++allocations;
@@ -76,22 +73,10 @@ public:
     HRESULT STDMETHODCALLTYPE Import(LPSTR) override { return MAPI_E_NO_SUPPORT; }
     HRESULT STDMETHODCALLTYPE Find(LPADRBOOK, HWND) override { return MAPI_E_NO_SUPPORT; }
     HRESULT STDMETHODCALLTYPE VCardDisplay(LPADRBOOK, HWND, LPSTR) override { return MAPI_E_NO_SUPPORT; }
-    HRESULT STDMETHODCALLTYPE LDAPUrl(LPADRBOOK, HWND, ULONG, LPSTR, LPMAILUSER*) override
-    {
-        return MAPI_E_NO_SUPPORT;
-    }
-    HRESULT STDMETHODCALLTYPE VCardCreate(LPADRBOOK, ULONG, LPSTR, LPMAILUSER) override
-    {
-        return MAPI_E_NO_SUPPORT;
-    }
-    HRESULT STDMETHODCALLTYPE VCardRetrieve(LPADRBOOK, ULONG, LPSTR, LPMAILUSER*) override
-    {
-        return MAPI_E_NO_SUPPORT;
-    }
-    HRESULT STDMETHODCALLTYPE GetMe(LPADRBOOK, ULONG, DWORD*, SBinary*, ULONG) override
-    {
-        return MAPI_E_NO_SUPPORT;
-    }
+    HRESULT STDMETHODCALLTYPE LDAPUrl(LPADRBOOK, HWND, ULONG, LPSTR, LPMAILUSER*) override { return MAPI_E_NO_SUPPORT; }
+    HRESULT STDMETHODCALLTYPE VCardCreate(LPADRBOOK, ULONG, LPSTR, LPMAILUSER) override { return MAPI_E_NO_SUPPORT; }
+    HRESULT STDMETHODCALLTYPE VCardRetrieve(LPADRBOOK, ULONG, LPSTR, LPMAILUSER*) override { return MAPI_E_NO_SUPPORT; }
+    HRESULT STDMETHODCALLTYPE GetMe(LPADRBOOK, ULONG, DWORD*, SBinary*, ULONG) override { return MAPI_E_NO_SUPPORT; }
     HRESULT STDMETHODCALLTYPE SetMe(LPADRBOOK, ULONG, SBinary, ULONG) override { return MAPI_E_NO_SUPPORT; }
 
 private:

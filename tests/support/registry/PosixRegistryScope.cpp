@@ -65,8 +65,8 @@ const char* RootName(zeb::platform::RegistryRoot root)
 
 } // namespace
 
-void RegistryScope::SetExpandable(zeb::platform::RegistryRoot root, const std::string& path,
-                                  const std::string& name, const std::string& text)
+void RegistryScope::SetExpandable(zeb::platform::RegistryRoot root, const std::string& path, const std::string& name,
+                                  const std::string& text)
 {
     namespace regfile = zeb::platform::regfile;
     const std::string file = std::getenv("ZEBAPI_REGISTRY");

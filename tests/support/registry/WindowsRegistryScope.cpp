@@ -17,9 +17,8 @@ void Check(LSTATUS status, const char* what)
     }
 }
 
-const std::pair<HKEY, const char*> roots[] = {{HKEY_CLASSES_ROOT, "ClassesRoot"},
-                                              {HKEY_LOCAL_MACHINE, "LocalMachine"},
-                                              {HKEY_CURRENT_USER, "CurrentUser"}};
+const std::pair<HKEY, const char*> roots[] = {
+    {HKEY_CLASSES_ROOT, "ClassesRoot"}, {HKEY_LOCAL_MACHINE, "LocalMachine"}, {HKEY_CURRENT_USER, "CurrentUser"}};
 
 } // namespace
 
@@ -52,8 +51,8 @@ RegistryScope::~RegistryScope()
     RegDeleteTreeA(HKEY_CURRENT_USER, m_impl->path.c_str());
 }
 
-void RegistryScope::SetExpandable(zeb::platform::RegistryRoot root, const std::string& path,
-                                  const std::string& name, const std::string& text)
+void RegistryScope::SetExpandable(zeb::platform::RegistryRoot root, const std::string& path, const std::string& name,
+                                  const std::string& text)
 {
     // Redirected like every key below the root.
     const HKEY predefined = root == zeb::platform::RegistryRoot::ClassesRoot   ? HKEY_CLASSES_ROOT

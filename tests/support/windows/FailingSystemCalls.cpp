@@ -4,8 +4,7 @@
 
 #include <winternl.h>
 
-extern "C" NTSTATUS NTAPI LdrGetProcedureAddress(HMODULE library, PANSI_STRING name, ULONG ordinal,
-                                                 PVOID* address);
+extern "C" NTSTATUS NTAPI LdrGetProcedureAddress(HMODULE library, PANSI_STRING name, ULONG ordinal, PVOID* address);
 extern "C" NTSTATUS NTAPI LdrGetDllHandle(PWSTR path, PVOID unused, PUNICODE_STRING name, HMODULE* library);
 
 namespace
@@ -50,43 +49,43 @@ int Failure(DWORD everyday)
 
 // Defines the pointer that an imported function is called through; the linker prefers it to the import library's.
 // `error` is the code of the failure inside `failed`.
-#define ZEB_FAILING(library, result, name, parameters, arguments, everyday, failed)                          \
-    extern "C" result(WINAPI* __imp_##name) parameters;                                                      \
-    static result WINAPI Failing##name parameters                                                            \
-    {                                                                                                        \
-        static const auto real = reinterpret_cast<result(WINAPI*) parameters>(Real(library, #name));         \
-        const int error = Failure(everyday);                                                                 \
-        static_cast<void>(error);                                                                            \
-        return error != 0 ? failed : real arguments;                                                         \
-    }                                                                                                        \
+#define ZEB_FAILING(library, result, name, parameters, arguments, everyday, failed)                                    \
+    extern "C" result(WINAPI* __imp_##name) parameters;                                                                \
+    static result WINAPI Failing##name parameters                                                                      \
+    {                                                                                                                  \
+        static const auto real = reinterpret_cast<result(WINAPI*) parameters>(Real(library, #name));                   \
+        const int error = Failure(everyday);                                                                           \
+        static_cast<void>(error);                                                                                      \
+        return error != 0 ? failed : real arguments;                                                                   \
+    }                                                                                                                  \
     result(WINAPI* __imp_##name) parameters = Failing##name
 
 ZEB_FAILING(L"advapi32.dll", LSTATUS, RegOpenKeyExW,
-            (HKEY key, LPCWSTR path, DWORD options, REGSAM access, PHKEY opened),
-            (key, path, options, access, opened), ERROR_BADDB, error);
+            (HKEY key, LPCWSTR path, DWORD options, REGSAM access, PHKEY opened), (key, path, options, access, opened),
+            ERROR_BADDB, error);
 ZEB_FAILING(L"advapi32.dll", LSTATUS, RegQueryValueExW,
             (HKEY key, LPCWSTR name, LPDWORD reserved, LPDWORD type, LPBYTE bytes, LPDWORD size),
             (key, name, reserved, type, bytes, size), ERROR_BADKEY, error);
 ZEB_FAILING(L"advapi32.dll", LSTATUS, RegEnumKeyExW,
-            (HKEY key, DWORD index, LPWSTR name, LPDWORD size, LPDWORD reserved, LPWSTR className,
-             LPDWORD classSize, PFILETIME written),
+            (HKEY key, DWORD index, LPWSTR name, LPDWORD size, LPDWORD reserved, LPWSTR className, LPDWORD classSize,
+             PFILETIME written),
             (key, index, name, size, reserved, className, classSize, written), ERROR_BADKEY, error);
-ZEB_FAILING(L"kernel32.dll", HMODULE, LoadLibraryExA, (LPCSTR path, HANDLE file, DWORD flags),
-            (path, file, flags), ERROR_NOT_ENOUGH_MEMORY, nullptr);
+ZEB_FAILING(L"kernel32.dll", HMODULE, LoadLibraryExA, (LPCSTR path, HANDLE file, DWORD flags), (path, file, flags),
+            ERROR_NOT_ENOUGH_MEMORY, nullptr);
 ZEB_FAILING(L"kernel32.dll", FARPROC, GetProcAddress, (HMODULE library, LPCSTR name), (library, name),
             ERROR_PROC_NOT_FOUND, nullptr);
 ZEB_FAILING(L"kernel32.dll", DWORD, GetModuleFileNameA, (HMODULE library, LPSTR path, DWORD size),
             (library, path, size), ERROR_MOD_NOT_FOUND, 0);
-ZEB_FAILING(L"kernel32.dll", UINT, GetSystemDirectoryA, (LPSTR path, UINT size), (path, size),
-            ERROR_NOT_ENOUGH_MEMORY, 0);
+ZEB_FAILING(L"kernel32.dll", UINT, GetSystemDirectoryA, (LPSTR path, UINT size), (path, size), ERROR_NOT_ENOUGH_MEMORY,
+            0);
 ZEB_FAILING(L"kernel32.dll", DWORD, GetFileAttributesA, (LPCSTR path), (path), ERROR_ACCESS_DENIED,
             INVALID_FILE_ATTRIBUTES);
 ZEB_FAILING(L"kernel32.dll", DWORD, ExpandEnvironmentStringsW, (LPCWSTR text, LPWSTR expanded, DWORD size),
             (text, expanded, size), ERROR_NOT_ENOUGH_MEMORY, 0);
-ZEB_FAILING(L"kernel32.dll", BOOL, FileTimeToLocalFileTime, (const FILETIME* utc, LPFILETIME local),
-            (utc, local), ERROR_INVALID_PARAMETER, FALSE);
-ZEB_FAILING(L"kernel32.dll", BOOL, FileTimeToSystemTime, (const FILETIME* time, LPSYSTEMTIME parts),
-            (time, parts), ERROR_INVALID_PARAMETER, FALSE);
+ZEB_FAILING(L"kernel32.dll", BOOL, FileTimeToLocalFileTime, (const FILETIME* utc, LPFILETIME local), (utc, local),
+            ERROR_INVALID_PARAMETER, FALSE);
+ZEB_FAILING(L"kernel32.dll", BOOL, FileTimeToSystemTime, (const FILETIME* time, LPSYSTEMTIME parts), (time, parts),
+            ERROR_INVALID_PARAMETER, FALSE);
 ZEB_FAILING(L"user32.dll", BOOL, PostMessageA, (HWND window, UINT message, WPARAM wParam, LPARAM lParam),
             (window, message, wParam, lParam), ERROR_NOT_ENOUGH_QUOTA, FALSE);
 ZEB_FAILING(L"oleaut32.dll", INT, SystemTimeToVariantTime, (LPSYSTEMTIME parts, double* date), (parts, date),

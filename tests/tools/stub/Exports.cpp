@@ -1,11 +1,11 @@
-// The names by which a library is known for a MAPI provider; nothing calls them. This file includes no MAPI header, so that
-// they need no parameters.
+// The names by which a library is known for a MAPI provider; nothing calls them. This file includes
+// no MAPI header, so that they need no parameters.
 #include "platform/export.h"
 
-#define EXPORT(name)                                                                                         \
-    extern "C" ZEBAPI_EXPORT int name()                                                                      \
-    {                                                                                                        \
-        return 0;                                                                                            \
+#define EXPORT(name)                                                                                                   \
+    extern "C" ZEBAPI_EXPORT int name()                                                                                \
+    {                                                                                                                  \
+        return 0;                                                                                                      \
     }
 
 EXPORT(MAPIInitialize)

@@ -141,8 +141,8 @@ TEST_F(EntryIDInfo, StoreIsOfExchangeByItsDllName)
     // Header 20, version and flag 2, name 11: the next multiple of 4 is 36, three bytes on.
     for (const char* dll : {"emsmdb.dll", "EMSMDB.DLL"})
     {
-        const std::string hex = "00000000" + wrapUID + "0000" + Text(dll) + "EEEEEE" + "01000000" +
-                                Filled("D4", 16) + "0C000000" + Text("SERVER") + Text("/o=org/cn=box") + "99";
+        const std::string hex = "00000000" + wrapUID + "0000" + Text(dll) + "EEEEEE" + "01000000" + Filled("D4", 16) +
+                                "0C000000" + Text("SERVER") + Text("/o=org/cn=box") + "99";
         EXPECT_EQ(Dump(hex), Head(hex, "eidtMessageDatabase", wrapUID) +
                                  "  CEntryIDMessageDatabaseObject\r\n    DLLFileName: " + dll +
                                  "\r\n    bIsExchange: Yes\r\n    WrappedProviderUID = " + Filled("D4", 16) +
@@ -165,13 +165,11 @@ TEST_F(EntryIDInfo, NarrowOneOffShowsItsThreeTexts)
 {
     // What looks like a format, and any length, goes out as it is.
     const std::string name = "%s%n" + std::string(3000, 'x');
-    const std::string hex =
-        "00000000" + oneOffUID + "00000000" + Text(name) + Text("SMTP") + Text("a@example.org");
-    EXPECT_EQ(Dump(hex),
-              Head(hex, "eidtOneOff", oneOffUID) +
-                  "  CEntryIDOneOffRecipientObject\r\n    Unicode: No\r\n    CEntryIDOneOffInfo\r\n"
-                  "    DisplayName: " +
-                  name + "\r\n    AddressType: SMTP\r\n    EmailAddress=a@example.org\r\n");
+    const std::string hex = "00000000" + oneOffUID + "00000000" + Text(name) + Text("SMTP") + Text("a@example.org");
+    EXPECT_EQ(Dump(hex), Head(hex, "eidtOneOff", oneOffUID) +
+                             "  CEntryIDOneOffRecipientObject\r\n    Unicode: No\r\n    CEntryIDOneOffInfo\r\n"
+                             "    DisplayName: " +
+                             name + "\r\n    AddressType: SMTP\r\n    EmailAddress=a@example.org\r\n");
 }
 
 TEST_F(EntryIDInfo, WideOneOffIsNarrowed)
@@ -181,12 +179,11 @@ TEST_F(EntryIDInfo, WideOneOffIsNarrowed)
     // An odd narrow byte in front of nothing: wide texts stand where they stand.
     const std::string hex =
         "00000000" + oneOffUID + "00000080" + WideText(wide) + WideText(u"SMTP") + WideText(u"j@example.org");
-    EXPECT_EQ(Dump(hex),
-              Head(hex, "eidtOneOff", oneOffUID) +
-                  "  CEntryIDOneOffRecipientObject\r\n    Unicode: Yes\r\n    CEntryIDOneOffInfo\r\n"
-                  "    DisplayName: " +
-                  platform::NarrowFromWide(name.data(), name.size()) +
-                  "\r\n    AddressType: SMTP\r\n    EmailAddress=j@example.org\r\n");
+    EXPECT_EQ(Dump(hex), Head(hex, "eidtOneOff", oneOffUID) +
+                             "  CEntryIDOneOffRecipientObject\r\n    Unicode: Yes\r\n    CEntryIDOneOffInfo\r\n"
+                             "    DisplayName: " +
+                             platform::NarrowFromWide(name.data(), name.size()) +
+                             "\r\n    AddressType: SMTP\r\n    EmailAddress=j@example.org\r\n");
 }
 
 TEST_F(EntryIDInfo, TheTopBitOfItsFlagsAloneMakesAOneOffWide)
@@ -217,26 +214,23 @@ TEST_F(EntryIDInfo, TypeEightHasANameAndWhatLiesOutsideIsUnknown)
 TEST_F(EntryIDInfo, AddressBookEntryIsNotTakenApart)
 {
     const std::string hex = "00000000" + exchangeUID + "0100000000000000" + Text("/o=org/cn=x");
-    EXPECT_EQ(Dump(hex),
-              Head(hex, "eidtAddressBook", exchangeUID) + "  CEntryIDAddressBookObject\r\n    TODO...\r\n");
+    EXPECT_EQ(Dump(hex), Head(hex, "eidtAddressBook", exchangeUID) + "  CEntryIDAddressBookObject\r\n    TODO...\r\n");
 }
 
 TEST_F(EntryIDInfo, ContactWrapsAMessage)
 {
     const std::string wrapped = "00000000" + unknownUID + "0300" + Filled("B2", 24) + Filled("C3", 24);
-    const std::string hex =
-        "00000000" + contactUID + "03000000" + "04000000" + "01000000" + "46000000" + wrapped;
+    const std::string hex = "00000000" + contactUID + "03000000" + "04000000" + "01000000" + "46000000" + wrapped;
     const CEntryIDInfo info = Info(hex);
     EXPECT_EQ(info.Type(), eidtContact);
     EXPECT_EQ(info.Unread(), 0u);
     ASSERT_NE(info.Contact(), nullptr);
     EXPECT_EQ(info.Contact()->Type(), CONTAB_USER);
     EXPECT_EQ(info.WrappedString(), wrapped.c_str());
-    const std::string object =
-        "CEntryIDData\r\n?  Type: 0x00000003\r\n?  Object:\r\n?  CEntryIDMessageObject\r\n"
-        "?    FolderDatabaseGUID: " +
-        Filled("B2", 16) + "\r\n?    MessageDatabaseGUID: " + Filled("C3", 16) +
-        "\r\n?    TODO: dump more there...\r\n";
+    const std::string object = "CEntryIDData\r\n?  Type: 0x00000003\r\n?  Object:\r\n?  CEntryIDMessageObject\r\n"
+                               "?    FolderDatabaseGUID: " +
+                               Filled("B2", 16) + "\r\n?    MessageDatabaseGUID: " + Filled("C3", 16) +
+                               "\r\n?    TODO: dump more there...\r\n";
     const auto indented = [](std::string text, const std::string& indent)
     {
         for (size_t at = text.find('?'); at != std::string::npos; at = text.find('?'))
@@ -245,8 +239,7 @@ TEST_F(EntryIDInfo, ContactWrapsAMessage)
         }
         return text;
     };
-    EXPECT_EQ(std::string(info.WrappedDump()),
-              Head(wrapped, "eidtMessage", unknownUID) + indented("?" + object, "  "));
+    EXPECT_EQ(std::string(info.WrappedDump()), Head(wrapped, "eidtMessage", unknownUID) + indented("?" + object, "  "));
     EXPECT_EQ(Dump(hex), Head(hex, "eidtContact", contactUID) +
                              "  CEntryIDContactAddressBookObject\r\n    Version: 0x00000003\r\n"
                              "    Type: CONTAB_USER (0x00000004)\r\n    Index: 0x00000001\r\n"
@@ -261,8 +254,8 @@ TEST_F(EntryIDInfo, ContactWrapsAMessage)
 TEST_F(EntryIDInfo, ContactFolderHasEightBytesMoreInFront)
 {
     const std::string wrapped = "00000000" + unknownUID + "0200" + Filled("A1", 24);
-    const std::string hex = "00000000" + contactUID + "03000000" + "03000000" + "00000000" + "2E000000" +
-                            Filled("EE", 8) + wrapped;
+    const std::string hex =
+        "00000000" + contactUID + "03000000" + "03000000" + "00000000" + "2E000000" + Filled("EE", 8) + wrapped;
     const CEntryIDInfo info = Info(hex);
     EXPECT_EQ(info.Contact()->Type(), CONTAB_FOLDER);
     EXPECT_EQ(info.WrappedString(), wrapped.c_str());
@@ -307,8 +300,8 @@ TEST_F(EntryIDInfo, HeaderIsReadByteForByteAsFarAsItGoes)
 TEST_F(EntryIDInfo, FieldsThatDoNotFitAreZeroAndTheNextOnesTakeTheirBytes)
 {
     // Ten bytes for a GUID: they go to the counter and the padding behind it.
-    const std::string hex = "00000000" + contactUID + "01000000" + "04000000" + "00000000" + "20000000" +
-                            "00000000" + unknownUID + "0200" + Filled("A1", 10);
+    const std::string hex = "00000000" + contactUID + "01000000" + "04000000" + "00000000" + "20000000" + "00000000" +
+                            unknownUID + "0200" + Filled("A1", 10);
     const std::string dump = Dump(hex);
     EXPECT_NE(dump.find("DatabaseGUID: " + zeroUID), std::string::npos) << dump;
     EXPECT_EQ(Info(hex).Unread(), 2u);
@@ -328,8 +321,7 @@ TEST_F(EntryIDInfo, HexadecimalTextIsReadAsFarAsItIs)
 TEST_F(EntryIDInfo, TextsOfAMegabyteAreShownWhole)
 {
     const std::string name(1 << 20, '%');
-    const std::string hex =
-        "00000000" + oneOffUID + "00000000" + Text(name) + Text("SMTP") + Text("a@example.org");
+    const std::string hex = "00000000" + oneOffUID + "00000000" + Text(name) + Text("SMTP") + Text("a@example.org");
     EXPECT_NE(Dump(hex).find("DisplayName: " + name + "\r\n    AddressType: SMTP\r\n"), std::string::npos);
 }
 
@@ -390,8 +382,7 @@ TEST_F(EntryIDInfo, EveryLineTakesThePrefix)
     const std::string dump(Info(hex).Dump("> "));
     EXPECT_EQ(dump.substr(0, 16), "> CEntryIDInfo\r\n");
     EXPECT_NE(dump.find("\r\n>   Object:>   CEntryIDData\r\n>     Type: "), std::string::npos);
-    for (size_t at = dump.find("\r\n"); at != std::string::npos && at + 2 < dump.size();
-         at = dump.find("\r\n", at + 2))
+    for (size_t at = dump.find("\r\n"); at != std::string::npos && at + 2 < dump.size(); at = dump.find("\r\n", at + 2))
     {
         EXPECT_EQ(dump.substr(at + 2, 2), "> ") << at;
     }
@@ -426,14 +417,13 @@ TEST_F(EntryIDInfo, IdentifiersCutAnywhereAreClassifiedAndDumped)
 {
     const std::string wrapped = "00000000" + unknownUID + "0300" + Filled("B2", 48);
     const std::string hexes[] = {
-        "00000000" + contactUID + "03000000" + "03000000" + "01000000" + "46000000" + Filled("EE", 8) +
-            wrapped,
+        "00000000" + contactUID + "03000000" + "03000000" + "01000000" + "46000000" + Filled("EE", 8) + wrapped,
         "00000000" + contactUID + "03000000" + "04000000" + "01000000" + "46000000" + wrapped,
         "00000000" + unknownUID + "0300" + Filled("A1", 48),
         "00000000" + oneOffUID + "00000080" + WideText(u"name") + WideText(u"SMTP") + WideText(u"a@b"),
         "00000000" + oneOffUID + "00000000" + Text("name") + Text("SMTP") + Text("a@b"),
-        "00000000" + wrapUID + "0000" + Text("emsmdb.dll") + "EEEEEE" + "01000000" + Filled("D4", 16) +
-            "0C000000" + Text("SERVER") + Text("/o=org"),
+        "00000000" + wrapUID + "0000" + Text("emsmdb.dll") + "EEEEEE" + "01000000" + Filled("D4", 16) + "0C000000" +
+            Text("SERVER") + Text("/o=org"),
         "00000000" + exchangeUID + "0100000000000000" + Text("/o=org"),
     };
     for (const std::string& hex : hexes)

@@ -1,5 +1,5 @@
-// Nothing but what is stated leaves the library, whatever fails on the way of a call: a CZebException*, and the _com_error of
-// an empty wrapper.
+// Nothing but what is stated leaves the library, whatever fails on the way of a call: a
+// CZebException*, and the _com_error of an empty wrapper.
 #include "Calls.h"
 
 #include <ostream>

@@ -20,8 +20,7 @@ public:
         Install(ProviderFile::Undecorated());
         SetRegistry(platform::RegistryRoot::LocalMachine, "Software\\Microsoft\\WAB\\DLLPath", "",
                     Library("wab32.dll", ProviderFile::Undecorated()));
-        SetRegistry(platform::RegistryRoot::CurrentUser, Subsystem, "DefaultProfile",
-                    "A profile with a long name");
+        SetRegistry(platform::RegistryRoot::CurrentUser, Subsystem, "DefaultProfile", "A profile with a long name");
         platform::RegistryKey::Create(platform::RegistryRoot::CurrentUser,
                                       std::string(Subsystem) + "\\Another profile");
         provider.session = &session;

@@ -41,9 +41,8 @@ enum class Kind
 
 inline const char* KindName(Kind kind)
 {
-    static const char* const names[] = {"an allocation",    "all memory",          "a MAPI allocation",
-                                        "a provider call",  "every provider call", "a system call",
-                                        "every system call"};
+    static const char* const names[] = {"an allocation",       "all memory",    "a MAPI allocation", "a provider call",
+                                        "every provider call", "a system call", "every system call"};
     return names[static_cast<int>(kind)];
 }
 
@@ -89,8 +88,8 @@ private:
     std::optional<FailingSystem> m_system;
 };
 
-/// What left a call: empty for nothing and for what may leave the library, else its description. What was caught is
-/// deleted.
+/// What left a call: empty for nothing and for what may leave the library, else its
+/// description. What was caught is deleted.
 template <class World>
 std::string Stranger(const Call<World>& call, World& world)
 {

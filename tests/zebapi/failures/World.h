@@ -1,4 +1,5 @@
-// What the scanned operations are called on: a wrapper of each class over doubles, with something of everything in them.
+// What the scanned operations are called on: a wrapper of each class over
+// doubles, with something of everything in them.
 #pragma once
 
 #include "Scan.h"
@@ -195,8 +196,8 @@ class World
 public:
     World()
     {
-        for (Bag* bag : {&prop.m_bag, &message.m_bag, &folder.m_bag, &child.m_bag, &store.m_bag,
-                         &container.m_bag, &book.m_bag})
+        for (Bag* bag :
+             {&prop.m_bag, &message.m_bag, &folder.m_bag, &child.m_bag, &store.m_bag, &container.m_bag, &book.m_bag})
         {
             Fill(*bag);
         }
@@ -354,8 +355,8 @@ private:
     }
     void FillObjects()
     {
-        for (Openable* openable : {&folder.m_openable, &child.m_openable, &container.m_openable,
-                                   &store.m_openable, &book.m_openable, &session.m_openable})
+        for (Openable* openable : {&folder.m_openable, &child.m_openable, &container.m_openable, &store.m_openable,
+                                   &book.m_openable, &session.m_openable})
         {
             Connect(*openable);
         }

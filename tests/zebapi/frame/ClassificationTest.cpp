@@ -17,10 +17,7 @@ using ::testing::Not;
 class Classification : public ProviderFixture
 {
 protected:
-    ProviderClass Check(const std::string& path)
-    {
-        return CheckMAPIDll(path, ProviderEnvironment::Machine());
-    }
+    ProviderClass Check(const std::string& path) { return CheckMAPIDll(path, ProviderEnvironment::Machine()); }
 };
 
 class MissingName : public ProviderFixture, public ::testing::WithParamInterface<int>
@@ -50,11 +47,10 @@ TEST(TestLists, HoldTheSame22EntryPointsInTheSameOrder)
         EXPECT_EQ(decorated[i].substr(0, decorated[i].find('@')), undecorated[i]);
     }
     EXPECT_THAT(undecorated,
-                ElementsAre("MAPIInitialize", "MAPIUninitialize", "MAPILogonEx", "MAPIOpenFormMgr",
-                            "MAPIAdminProfiles", "MAPIAllocateBuffer", "MAPIAllocateMore", "MAPIFreeBuffer",
-                            "CreateTable", "HrGetOneProp", "HrSetOneProp", "HrValidateIPMSubtree",
-                            "UlRelease", "FreeProws", "HrQueryAllRows", "FBinFromHex", "HexFromBin",
-                            "ScBinFromHexBounded", "ScCopyNotifications", "OpenIMsgOnIStg",
+                ElementsAre("MAPIInitialize", "MAPIUninitialize", "MAPILogonEx", "MAPIOpenFormMgr", "MAPIAdminProfiles",
+                            "MAPIAllocateBuffer", "MAPIAllocateMore", "MAPIFreeBuffer", "CreateTable", "HrGetOneProp",
+                            "HrSetOneProp", "HrValidateIPMSubtree", "UlRelease", "FreeProws", "HrQueryAllRows",
+                            "FBinFromHex", "HexFromBin", "ScBinFromHexBounded", "ScCopyNotifications", "OpenIMsgOnIStg",
                             "OpenStreamOnFile", "RTFSync"));
 }
 
@@ -63,9 +59,9 @@ TEST(TestLists, DecoratedNamesCarryTheSizeOfTheirArguments)
     const std::vector<std::string> names = Names(DecoratedTestList);
     EXPECT_THAT(std::vector<std::string>(names.begin() + 8, names.end()),
                 ElementsAre("CreateTable@36", "HrGetOneProp@12", "HrSetOneProp@8", "HrValidateIPMSubtree@20",
-                            "UlRelease@4", "FreeProws@4", "HrQueryAllRows@24", "FBinFromHex@8",
-                            "HexFromBin@12", "ScBinFromHexBounded@12", "ScCopyNotifications@16",
-                            "OpenIMsgOnIStg@44", "OpenStreamOnFile", "RTFSync@12"));
+                            "UlRelease@4", "FreeProws@4", "HrQueryAllRows@24", "FBinFromHex@8", "HexFromBin@12",
+                            "ScBinFromHexBounded@12", "ScCopyNotifications@16", "OpenIMsgOnIStg@44", "OpenStreamOnFile",
+                            "RTFSync@12"));
 }
 
 TEST_F(Classification, AllDecoratedNamesAre32Bit)
@@ -109,9 +105,8 @@ TEST_F(Classification, UndecoratedIsTriedWhenOneDecoratedNameIsMissing)
     const ProviderClass found = Check(path);
     EXPECT_EQ(found.bitness, OfficeBitness64);
     EXPECT_STREQ(found.missingDecorated, "RTFSync@12");
-    EXPECT_THAT(log.Lines(),
-                ElementsAre(Plain("Checking '" + path + "'"), Plain("Dll does not contains 'RTFSync@12'"),
-                            Plain("'" + path + "' is correct and MAPI is for 64-bit Office.")));
+    EXPECT_THAT(log.Lines(), ElementsAre(Plain("Checking '" + path + "'"), Plain("Dll does not contains 'RTFSync@12'"),
+                                         Plain("'" + path + "' is correct and MAPI is for 64-bit Office.")));
 }
 
 TEST_F(Classification, WhatIsNoLibraryDoesNotLoad)
@@ -122,8 +117,7 @@ TEST_F(Classification, WhatIsNoLibraryDoesNotLoad)
     EXPECT_FALSE(found.loaded);
     EXPECT_FALSE(found.loadError.empty());
     EXPECT_EQ(found.resolved, path);
-    EXPECT_THAT(log.Lines(),
-                ElementsAre(Plain("Checking '" + path + "'"), Plain("Unable to load '" + path + "'")));
+    EXPECT_THAT(log.Lines(), ElementsAre(Plain("Checking '" + path + "'"), Plain("Unable to load '" + path + "'")));
 }
 
 TEST_F(Classification, AnEmptyPathDoesNotLoad)
@@ -138,8 +132,7 @@ TEST_F(Classification, APathWithAPercentSignIsWrittenAsItStands)
 {
     const std::string path = folder.File("50%s%n.dll");
     Check(path);
-    EXPECT_THAT(log.Lines(),
-                ElementsAre(Plain("Checking '" + path + "'"), Plain("Unable to load '" + path + "'")));
+    EXPECT_THAT(log.Lines(), ElementsAre(Plain("Checking '" + path + "'"), Plain("Unable to load '" + path + "'")));
 }
 
 TEST_P(MissingName, OfTheUndecoratedListIsNamed)
@@ -153,9 +146,9 @@ TEST_P(MissingName, OfTheUndecoratedListIsNamed)
     EXPECT_STREQ(found.missingUndecorated, name.c_str());
     const std::string missingDecorated = shared && GetParam() < 8 ? name : "CreateTable@36";
     EXPECT_EQ(found.missingDecorated, missingDecorated);
-    EXPECT_THAT(log.Lines(), ElementsAre(Plain("Checking '" + path + "'"),
-                                         Plain("Dll does not contains '" + missingDecorated + "'"),
-                                         Plain("Dll does not contains '" + name + "'")));
+    EXPECT_THAT(log.Lines(),
+                ElementsAre(Plain("Checking '" + path + "'"), Plain("Dll does not contains '" + missingDecorated + "'"),
+                            Plain("Dll does not contains '" + name + "'")));
     EXPECT_EQ(provider.unloads, 1);
 }
 
@@ -179,8 +172,7 @@ INSTANTIATE_TEST_SUITE_P(Position, MissingName, ::testing::Range(0, 22));
 
 TEST_F(Classification, TakingANameAwayLeavesTheOthersThere)
 {
-    const CDllLoader library(Library("MAPI32.DLL", ProviderFile::Both().Remove("HrGetOneProp@12")).c_str(),
-                             20);
+    const CDllLoader library(Library("MAPI32.DLL", ProviderFile::Both().Remove("HrGetOneProp@12")).c_str(), 20);
     ASSERT_FALSE(library.IsEmpty());
     EXPECT_EQ(library.GetProc("HrGetOneProp@12"), nullptr);
     EXPECT_NE(library.GetProc("PropCopyMore@16"), nullptr);

@@ -54,8 +54,7 @@ void WINAPI Uninitialize()
 
 HRESULT WINAPI LogonEx(ULONG_PTR window, LPTSTR name, LPTSTR password, ULONG flags, LPMAPISESSION* session)
 {
-    return Called(window == WideWindow && Is(name, 1) && Is(password, 2) && flags == 0x87654321 &&
-                  Is(session, 3));
+    return Called(window == WideWindow && Is(name, 1) && Is(password, 2) && flags == 0x87654321 && Is(session, 3));
 }
 
 HRESULT WINAPI AdminProfiles(ULONG flags, LPPROFADMIN* profAdmin)
@@ -73,11 +72,9 @@ HRESULT WINAPI SetOneProp(LPMAPIPROP object, LPSPropValue value)
     return Called(Is(object, 1) && Is(value, 2));
 }
 
-HRESULT WINAPI ValidateIPMSubtree(LPMDB store, ULONG flags, ULONG* count, LPSPropValue* values,
-                                  LPMAPIERROR* error)
+HRESULT WINAPI ValidateIPMSubtree(LPMDB store, ULONG flags, ULONG* count, LPSPropValue* values, LPMAPIERROR* error)
 {
-    return Called(Is(store, 1) && flags == MAPI_FULL_IPM_TREE && Is(count, 2) && Is(values, 3) &&
-                  Is(error, 4));
+    return Called(Is(store, 1) && flags == MAPI_FULL_IPM_TREE && Is(count, 2) && Is(values, 3) && Is(error, 4));
 }
 
 void WINAPI FreeRows(LPSRowSet rows)
@@ -85,11 +82,10 @@ void WINAPI FreeRows(LPSRowSet rows)
     Called(Is(rows, 1));
 }
 
-HRESULT WINAPI QueryAllRows(LPMAPITABLE table, LPSPropTagArray tags, LPSRestriction restriction,
-                            LPSSortOrderSet order, LONG maxRows, LPSRowSet* rows)
+HRESULT WINAPI QueryAllRows(LPMAPITABLE table, LPSPropTagArray tags, LPSRestriction restriction, LPSSortOrderSet order,
+                            LONG maxRows, LPSRowSet* rows)
 {
-    return Called(Is(table, 1) && Is(tags, 2) && Is(restriction, 3) && Is(order, 4) && maxRows == -5 &&
-                  Is(rows, 5));
+    return Called(Is(table, 1) && Is(tags, 2) && Is(restriction, 3) && Is(order, 4) && maxRows == -5 && Is(rows, 5));
 }
 
 SCODE WINAPI CopyMore(LPSPropValue dest, LPSPropValue src, ALLOCATEMORE* allocateMore, void* parent)
@@ -110,8 +106,7 @@ HRESULT CallUninitialize()
 
 HRESULT CallLogonEx()
 {
-    return zeb::MAPILogonEx(WideWindow, Given<LPTSTR>(1), Given<LPTSTR>(2), 0x87654321,
-                            Given<LPMAPISESSION*>(3));
+    return zeb::MAPILogonEx(WideWindow, Given<LPTSTR>(1), Given<LPTSTR>(2), 0x87654321, Given<LPMAPISESSION*>(3));
 }
 
 HRESULT CallAdminProfiles()
@@ -131,8 +126,8 @@ HRESULT CallSetOneProp()
 
 HRESULT CallValidateIPMSubtree()
 {
-    return zeb::HrValidateIPMSubtree(Given<LPMDB>(1), MAPI_FULL_IPM_TREE, Given<ULONG*>(2),
-                                     Given<LPSPropValue*>(3), Given<LPMAPIERROR*>(4));
+    return zeb::HrValidateIPMSubtree(Given<LPMDB>(1), MAPI_FULL_IPM_TREE, Given<ULONG*>(2), Given<LPSPropValue*>(3),
+                                     Given<LPMAPIERROR*>(4));
 }
 
 HRESULT CallFreeRows()
@@ -149,8 +144,7 @@ HRESULT CallQueryAllRows()
 
 HRESULT CallCopyMore()
 {
-    return zeb::PropCopyMore(Given<LPSPropValue>(1), Given<LPSPropValue>(2), Given<ALLOCATEMORE*>(3),
-                             Given<void*>(4));
+    return zeb::PropCopyMore(Given<LPSPropValue>(1), Given<LPSPropValue>(2), Given<ALLOCATEMORE*>(3), Given<void*>(4));
 }
 
 struct Wrapper
@@ -175,8 +169,7 @@ const Wrapper wrappers[] = {
     Row("MAPIAdminProfiles", EntryPoint::MAPIAdminProfiles, &AdminProfiles, &CallAdminProfiles),
     Row("HrGetOneProp", EntryPoint::HrGetOneProp, &GetOneProp, &CallGetOneProp),
     Row("HrSetOneProp", EntryPoint::HrSetOneProp, &SetOneProp, &CallSetOneProp),
-    Row("HrValidateIPMSubtree", EntryPoint::HrValidateIPMSubtree, &ValidateIPMSubtree,
-        &CallValidateIPMSubtree),
+    Row("HrValidateIPMSubtree", EntryPoint::HrValidateIPMSubtree, &ValidateIPMSubtree, &CallValidateIPMSubtree),
     Row("FreeProws", EntryPoint::FreeProws, &FreeRows, &CallFreeRows, false),
     Row("HrQueryAllRows", EntryPoint::HrQueryAllRows, &QueryAllRows, &CallQueryAllRows),
     Row("PropCopyMore", EntryPoint::PropCopyMore, &CopyMore, &CallCopyMore),

@@ -90,16 +90,13 @@ TEST(ThrowIfFailed, ThrowsTheResultByNameAndLogsOneLine)
     Caught caught = Catch([] { ThrowIfFailed(NotFound, "x", 12); });
     EXPECT_EQ(caught->GetResult(), NotFound);
     EXPECT_EQ(Description(caught.get()), "MAPI_E_NOT_FOUND");
-    EXPECT_THAT(log.Lines(),
-                ElementsAre(Line(1, "THROW Exception 0x8004010f (MAPI_E_NOT_FOUND), File x, line 12")));
+    EXPECT_THAT(log.Lines(), ElementsAre(Line(1, "THROW Exception 0x8004010f (MAPI_E_NOT_FOUND), File x, line 12")));
 }
 
 TEST(ThrowIfFailed, IsCaughtAsEachOfItsBases)
 {
-    EXPECT_NO_THROW(
-        try { ThrowIfFailed(NotFound, nullptr, 0); } catch (CException* e) { e->Delete(); });
-    EXPECT_NO_THROW(
-        try { ThrowIfFailed(NotFound, nullptr, 0); } catch (CObject* e) { delete e; });
+    EXPECT_NO_THROW(try { ThrowIfFailed(NotFound, nullptr, 0); } catch (CException* e) { e->Delete(); });
+    EXPECT_NO_THROW(try { ThrowIfFailed(NotFound, nullptr, 0); } catch (CObject* e) { delete e; });
 }
 
 TEST(ThrowIfFailed, GivesAnUnknownCodeInUpperCaseHexadecimal)
@@ -107,8 +104,7 @@ TEST(ThrowIfFailed, GivesAnUnknownCodeInUpperCaseHexadecimal)
     LogCapture log;
     Caught caught = Catch([] { ThrowIfFailed(Unknown, "file", 3); });
     EXPECT_EQ(Description(caught.get()), "0x80001234");
-    EXPECT_THAT(log.Lines(),
-                ElementsAre(Line(1, "THROW Exception 0x80001234 (0x80001234), File file, line 3")));
+    EXPECT_THAT(log.Lines(), ElementsAre(Line(1, "THROW Exception 0x80001234 (0x80001234), File file, line 3")));
 
     Caught letters = Catch([] { ThrowIfFailed(static_cast<LONG>(0xDEADBEEF), "file", 4); });
     EXPECT_EQ(Description(letters.get()), "0xDEADBEEF");
@@ -125,18 +121,17 @@ TEST(ThrowIfFailed, WithoutAFileLogsNothing)
 TEST(ThrowIfFailed, RethrowingAddsNoLine)
 {
     LogCapture log;
-    Catch(
-        []
+    Catch([]
+    {
+        try
         {
-            try
-            {
-                ThrowIfFailed(NotFound, "x", 1);
-            }
-            catch (...)
-            {
-                throw;
-            }
-        });
+            ThrowIfFailed(NotFound, "x", 1);
+        }
+        catch (...)
+        {
+            throw;
+        }
+    });
     EXPECT_EQ(log.Lines().size(), 1u);
 }
 
@@ -150,11 +145,9 @@ TEST(ThrowIfFailed, AsksTheObjectForItsExtendedErrorOfThisResultInEightBitTexts)
     EXPECT_EQ(object.calls, 1);
     EXPECT_EQ(object.askedFor, NotFound);
     EXPECT_EQ(object.askedFlags, 0u);
-    EXPECT_EQ(Description(caught.get()),
-              "Ver:1, Error:disk 100% full, Component:zeb, LowLewelError:7, Context:9 \n");
-    EXPECT_THAT(log.Lines(),
-                ElementsAre(Line(1, "THROW Exception 0x8004010f (Ver:1, Error:disk 100% full, "
-                                    "Component:zeb, LowLewelError:7, Context:9 \n), File x, line 5")));
+    EXPECT_EQ(Description(caught.get()), "Ver:1, Error:disk 100% full, Component:zeb, LowLewelError:7, Context:9 \n");
+    EXPECT_THAT(log.Lines(), ElementsAre(Line(1, "THROW Exception 0x8004010f (Ver:1, Error:disk 100% full, "
+                                                 "Component:zeb, LowLewelError:7, Context:9 \n), File x, line 5")));
     EXPECT_TRUE(memory.IsRoot(object.error)) << "the extended error is not freed";
 }
 
@@ -171,8 +164,7 @@ TEST(ThrowIfFailed, PrintsMissingTextsOfTheExtendedErrorAsNull)
     ErrorObject object;
     object.error = memory.NewMapiError(0, nullptr, nullptr, 0xFFFFFFFF, 0);
     Caught caught = Catch([&] { ThrowIfFailed(NotFound, &object, nullptr, 0); });
-    EXPECT_EQ(Description(caught.get()),
-              "Ver:0, Error:(null), Component:(null), LowLewelError:-1, Context:0 \n");
+    EXPECT_EQ(Description(caught.get()), "Ver:0, Error:(null), Component:(null), LowLewelError:-1, Context:0 \n");
 }
 
 TEST(ThrowIfFailed, TheReturnedErrorAloneDecidesNotTheObjectsResult)
@@ -203,12 +195,11 @@ TEST(ThrowIfFailed, OutOfMemoryForTheExceptionThrowsOneThatWasKept)
     LogCapture log;
     for (int after = 0; after < 8; ++after)
     {
-        Caught caught = Catch(
-            [after]
-            {
-                FailingNew failing(after);
-                ThrowIfFailed(NotFound, nullptr, 0);
-            });
+        Caught caught = Catch([after]
+        {
+            FailingNew failing(after);
+            ThrowIfFailed(NotFound, nullptr, 0);
+        });
         ASSERT_NE(caught, nullptr);
         if (caught->GetResult() == NotFound)
         {
@@ -226,12 +217,11 @@ TEST(ThrowIfFailed, TheKeptExceptionSurvivesItsDeletion)
     for (int round = 0; round < 2; ++round)
     {
         ErrorObject object;
-        Caught caught = Catch(
-            [&object]
-            {
-                FailingNew failing;
-                ThrowIfFailed(NotFound, &object, nullptr, 0);
-            });
+        Caught caught = Catch([&object]
+        {
+            FailingNew failing;
+            ThrowIfFailed(NotFound, &object, nullptr, 0);
+        });
         ASSERT_NE(caught, nullptr);
         EXPECT_EQ(Description(caught.get()), "MAPI_E_NOT_ENOUGH_MEMORY");
     }
@@ -318,8 +308,8 @@ TEST(Context, IsTheFunctionThatThrew)
 TEST(Context, TakesTheThingsOnTheWayUpAndLeavesTheDescription)
 {
     LogCapture log;
-    Caught caught = Catch(
-        [] { About([] { return "'Projects'"; }, [] { ThrowIfFailed(NotFound, "x", 1, "CreateFolder"); }); });
+    Caught caught =
+        Catch([] { About([] { return "'Projects'"; }, [] { ThrowIfFailed(NotFound, "x", 1, "CreateFolder"); }); });
     EXPECT_EQ(caught->GetContext(), "CreateFolder 'Projects'");
     EXPECT_EQ(caught->GetResult(), NotFound);
     EXPECT_EQ(Description(caught.get()), "MAPI_E_NOT_FOUND");
@@ -350,12 +340,11 @@ TEST(Context, TheDefaultSinkShowsItAfterTheThrow)
 
 TEST(Context, TheExceptionForLackOfMemoryHasNone)
 {
-    Caught caught = Catch(
-        []
-        {
-            const FailingNew failing;
-            About([] { return "a thing"; }, [] { ThrowIfFailed(NotFound, nullptr, 0); });
-        });
+    Caught caught = Catch([]
+    {
+        const FailingNew failing;
+        About([] { return "a thing"; }, [] { ThrowIfFailed(NotFound, nullptr, 0); });
+    });
     EXPECT_EQ(caught->GetResult(), MAPI_E_NOT_ENOUGH_MEMORY);
     EXPECT_EQ(caught->GetContext(), "");
 }
@@ -375,11 +364,8 @@ TEST(Describe, SaysInOneLineWhateverWasThrown)
         return "nothing was thrown";
     };
     EXPECT_EQ(described(&FailsByItself), "FailsByItself: MAPI_E_NOT_FOUND");
-    EXPECT_EQ(described(
-                  [] {
-                      About([] { return "'Projects'"; },
-                            [] { ThrowIfFailed(Unknown, nullptr, 0, "CreateFolder"); });
-                  }),
+    EXPECT_EQ(described([]
+    { About([] { return "'Projects'"; }, [] { ThrowIfFailed(Unknown, nullptr, 0, "CreateFolder"); }); }),
               "CreateFolder 'Projects': 0x80001234");
     MapiMemory memory;
     ErrorObject object;
@@ -473,15 +459,14 @@ TEST(ErrorNames, HaveThePublishedValuesInTheTablesOrder)
 {
     static_assert(sizeof(ErrorName) == 52, "a code and 48 characters");
     const ULONG published[] = {
-        0x80004005, 0x8007000E, 0x80070057, 0x80004002, 0x80070005, 0x80040102, 0x80040103, 0x80040105,
-        0x80040106, 0x80040107, 0x80040108, 0x80040109, 0x8004010A, 0x8004010B, 0x8004010D, 0x8004010E,
-        0x8004010F, 0x80040110, 0x80040111, 0x80040112, 0x80040113, 0x80040114, 0x80040115, 0x80040116,
-        0x80040117, 0x80040118, 0x80040119, 0x8004011A, 0x8004011B, 0x8004011C, 0x8004011D, 0x80040200,
-        0x80040201, 0x80040202, 0x00040203, 0x80040301, 0x80040302, 0x80040303, 0x80040304, 0x80040305,
-        0x80040306, 0x80040307, 0x00040380, 0x80040400, 0x80040401, 0x80040402, 0x80040403, 0x80040405,
-        0x00040481, 0x00040482, 0x80040500, 0x80040501, 0x80040502, 0x00040580, 0x80040600, 0x80040601,
-        0x80040602, 0x80040604, 0x80040605, 0x80040606, 0x80040607, 0x80040608, 0x80040609, 0x8004060A,
-        0x8004060B, 0x00040680, 0x80040700};
+        0x80004005, 0x8007000E, 0x80070057, 0x80004002, 0x80070005, 0x80040102, 0x80040103, 0x80040105, 0x80040106,
+        0x80040107, 0x80040108, 0x80040109, 0x8004010A, 0x8004010B, 0x8004010D, 0x8004010E, 0x8004010F, 0x80040110,
+        0x80040111, 0x80040112, 0x80040113, 0x80040114, 0x80040115, 0x80040116, 0x80040117, 0x80040118, 0x80040119,
+        0x8004011A, 0x8004011B, 0x8004011C, 0x8004011D, 0x80040200, 0x80040201, 0x80040202, 0x00040203, 0x80040301,
+        0x80040302, 0x80040303, 0x80040304, 0x80040305, 0x80040306, 0x80040307, 0x00040380, 0x80040400, 0x80040401,
+        0x80040402, 0x80040403, 0x80040405, 0x00040481, 0x00040482, 0x80040500, 0x80040501, 0x80040502, 0x00040580,
+        0x80040600, 0x80040601, 0x80040602, 0x80040604, 0x80040605, 0x80040606, 0x80040607, 0x80040608, 0x80040609,
+        0x8004060A, 0x8004060B, 0x00040680, 0x80040700};
     ASSERT_EQ(std::size(published), ErrorNameCount);
     for (size_t i = 0; i < ErrorNameCount; ++i)
     {
@@ -504,10 +489,9 @@ TEST(Guarded, LogsAndDeletesAFrameworkException)
 {
     LogCapture log;
     EXPECT_FALSE(Guarded("site", 21, [] { ThrowIfFailed(NotFound, "x", 12); }));
-    EXPECT_THAT(
-        log.Lines(),
-        ElementsAre(Line(1, "THROW Exception 0x8004010f (MAPI_E_NOT_FOUND), File x, line 12"),
-                    Line(1, "EXCEPTION: Description: \"MAPI_E_NOT_FOUND\", File: \"site\", Line: 21")));
+    EXPECT_THAT(log.Lines(),
+                ElementsAre(Line(1, "THROW Exception 0x8004010f (MAPI_E_NOT_FOUND), File x, line 12"),
+                            Line(1, "EXCEPTION: Description: \"MAPI_E_NOT_FOUND\", File: \"site\", Line: 21")));
 
     struct Counted : CException
     {
@@ -528,8 +512,7 @@ TEST(Guarded, LogsAComErrorWithItsResult)
 {
     LogCapture log;
     EXPECT_FALSE(Guarded("site", 3, [] { RaiseComError(E_POINTER); }));
-    EXPECT_THAT(log.Lines(),
-                ElementsAre(Line(1, "EXCEPTION: _com_error: 0x80004003, File: \"site\", Line: 3")));
+    EXPECT_THAT(log.Lines(), ElementsAre(Line(1, "EXCEPTION: _com_error: 0x80004003, File: \"site\", Line: 3")));
     EXPECT_FALSE(Guarded("site", 4, [] { RaiseComError(static_cast<HRESULT>(0xDEADBEEF)); }));
     EXPECT_EQ(log.Texts().back(), "EXCEPTION: _com_error: 0xDEADBEEF, File: \"site\", Line: 4");
 }
@@ -539,9 +522,8 @@ TEST(Guarded, LogsAnythingElseAsUnknown)
     LogCapture log;
     EXPECT_FALSE(Guarded("a%sb", 4, [] { throw 42; }));
     EXPECT_FALSE(Guarded("site", 5, [] { throw std::runtime_error("text"); }));
-    EXPECT_THAT(log.Lines(),
-                ElementsAre(Line(1, "EXCEPTION: Description: <Unknown>, File: \"a%sb\", Line: 4"),
-                            Line(1, "EXCEPTION: Description: <Unknown>, File: \"site\", Line: 5")));
+    EXPECT_THAT(log.Lines(), ElementsAre(Line(1, "EXCEPTION: Description: <Unknown>, File: \"a%sb\", Line: 4"),
+                                         Line(1, "EXCEPTION: Description: <Unknown>, File: \"site\", Line: 5")));
 }
 
 TEST(Guarded, NothingLeavesItWhenThereIsNoMemoryForTheLine)

@@ -1,5 +1,5 @@
-// What a host that includes the library keeps of Windows' own names.
-// Some platforms' headers have this one, in the same words.
+// What a host that includes the library keeps of Windows' own names. Some platforms'
+// headers have this one, in the same words.
 #define small char
 
 #include "zebapi/ZebAPI.h"

@@ -127,14 +127,12 @@ TEST_F(Host, UnloadingTheLibraryWithTheAddressBookOpenReleasesNothingAndKeepsThe
 {
     const std::string wab = folder.File("wab32.dll");
     ProviderFile::Undecorated().Save(wab);
-    std::filesystem::copy_file(platform::OwnFolder() + ZEB_UNLOAD_PROBE_FILE,
-                               folder.File(ZEB_UNLOAD_PROBE_FILE));
+    std::filesystem::copy_file(platform::OwnFolder() + ZEB_UNLOAD_PROBE_FILE, folder.File(ZEB_UNLOAD_PROBE_FILE));
     const std::string output = folder.File("output.txt");
     const std::string command = folder.File(ZEB_UNLOAD_PROBE_FILE) + " " + output + " " +
                                 folder.File(ZEB_LIBRARY_FILE) + " " + wab + " " + trace;
     EXPECT_EQ(std::system(command.c_str()), 0) << command;
-    EXPECT_EQ(Contents(output), "started\nunloaded\n")
-        << "the provider has not ended when the library is unloaded";
+    EXPECT_EQ(Contents(output), "started\nunloaded\n") << "the provider has not ended when the library is unloaded";
     EXPECT_EQ(Contents(trace), std::string(ReleasedByTheStart) + "ended\n");
 }
 

@@ -43,16 +43,15 @@ TEST_F(Lifetime, FlagsMayBeReadWhileMapiIsStartedAgain)
     std::vector<std::thread> readers;
     for (int i = 0; i < 3; ++i)
     {
-        readers.emplace_back(
-            [&]
+        readers.emplace_back([&]
+        {
+            while (!stop)
             {
-                while (!stop)
-                {
-                    const bool ready = library.WasInitialized() && !library.WasFailed() && !library.IsWAB();
-                    failed += ready ? 0 : 1;
-                    std::this_thread::yield();
-                }
-            });
+                const bool ready = library.WasInitialized() && !library.WasFailed() && !library.IsWAB();
+                failed += ready ? 0 : 1;
+                std::this_thread::yield();
+            }
+        });
     }
     for (int round = 0; round < 20; ++round)
     {
@@ -71,29 +70,27 @@ TEST_F(Lifetime, StartsAndStopsOfSeveralThreadsFollowOneAnother)
 {
     Install(ProviderFile::Decorated());
     std::atomic<bool> stop{false};
-    std::thread reader(
-        [&]
+    std::thread reader([&]
+    {
+        while (!stop)
         {
-            while (!stop)
-            {
-                library.WasInitialized();
-                library.WasFailed();
-                library.IsWAB();
-                library.SetWasFailed(false);
-            }
-        });
+            library.WasInitialized();
+            library.WasFailed();
+            library.IsWAB();
+            library.SetWasFailed(false);
+        }
+    });
     std::vector<std::thread> starters;
     for (int i = 0; i < 3; ++i)
     {
-        starters.emplace_back(
-            [&]
+        starters.emplace_back([&]
+        {
+            for (int round = 0; round < 10; ++round)
             {
-                for (int round = 0; round < 10; ++round)
-                {
-                    library.Initialize(false);
-                    library.Uninitialize(nullptr);
-                }
-            });
+                library.Initialize(false);
+                library.Uninitialize(nullptr);
+            }
+        });
     }
     for (std::thread& starter : starters)
     {
@@ -133,8 +130,7 @@ TEST_F(Lifetime, WhatUsesTheProviderWaitsForAStopThatIsUnderWay)
     }
     for (size_t i = 0; i < results.size(); ++i)
     {
-        EXPECT_EQ(results[i].wait_for(std::chrono::milliseconds(100)), std::future_status::timeout)
-            << users[i].first;
+        EXPECT_EQ(results[i].wait_for(std::chrono::milliseconds(100)), std::future_status::timeout) << users[i].first;
     }
     EXPECT_TRUE(library.WasInitialized()) << "the flags need no lock";
 

@@ -54,8 +54,7 @@ std::string Reached(const FakeProviderControl& provider, EntryPoint entry)
     return provider.called;
 }
 
-class MissingAtLoad : public LibraryFixture,
-                      public ::testing::WithParamInterface<std::tuple<int, EnumOfficeBitness>>
+class MissingAtLoad : public LibraryFixture, public ::testing::WithParamInterface<std::tuple<int, EnumOfficeBitness>>
 {
 protected:
     static ProviderFile Good(EnumOfficeBitness bitness)
@@ -300,8 +299,7 @@ TEST_F(MapiStart, AnyExceptionIsAFailedStart)
         if (!wasShort)
         {
             EXPECT_FALSE(failed) << after;
-            EXPECT_GT(failures, 3)
-                << "a line of the log is lost, and nothing else, where there is no memory for it";
+            EXPECT_GT(failures, 3) << "a line of the log is lost, and nothing else, where there is no memory for it";
             return;
         }
     }
@@ -340,13 +338,11 @@ TEST_F(MapiStart, ALibraryThatNoLongerLoadsFails)
 TEST_P(MissingAtLoad, IsNamedAndTheLibraryUnloaded)
 {
     const auto [position, bitness] = GetParam();
-    const EntryPointRow& row =
-        (bitness == OfficeBitness32 ? DecoratedEntryPoints : UndecoratedEntryPoints)[position];
+    const EntryPointRow& row = (bitness == OfficeBitness32 ? DecoratedEntryPoints : UndecoratedEntryPoints)[position];
     const std::string path = InstallChanging(Good(bitness));
     Good(bitness).Remove(row.name).Save(Next());
     EXPECT_EQ(ThrownBy([this] { library.Initialize(false); }), MAPI_E_VERSION);
-    EXPECT_THAT(log.Lines(),
-                Contains(Line(1, std::string("Failed to export ") + row.name + " from " + path)));
+    EXPECT_THAT(log.Lines(), Contains(Line(1, std::string("Failed to export ") + row.name + " from " + path)));
     EXPECT_EQ(log.CountBeginning("Failed to export"), 1u);
     EXPECT_EQ(provider.loads, 2);
     EXPECT_EQ(provider.initializeCalls, 0);
@@ -432,8 +428,7 @@ TEST_F(MapiStart, TheGlobalSectionIsTakenBeforeTheObjectLock)
     global->Lock();
     std::future<void> start = std::async(std::launch::async, [this] { library.Initialize(false); });
     EXPECT_EQ(start.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
-    std::future<HRESULT> other =
-        std::async(std::launch::async, [] { return ThrownBy([] { CZebProfAdmin::Open(); }); });
+    std::future<HRESULT> other = std::async(std::launch::async, [] { return ThrownBy([] { CZebProfAdmin::Open(); }); });
     EXPECT_EQ(other.wait_for(std::chrono::seconds(20)), std::future_status::ready)
         << "the waiting start holds the object lock";
     EXPECT_FALSE(library.WasInitialized());

@@ -1,5 +1,5 @@
-// A class derived from the library object or from profile administration changes all operations that build on what it
-// overrides.
+// A class derived from the library object or from profile administration changes all
+// operations that build on what it overrides.
 #include "tests/support/MapiMemory.h"
 #include "tests/support/doubles/RecordingProfAdmin.h"
 #include "tests/support/doubles/RecordingStore.h"

@@ -163,14 +163,14 @@ TEST_P(OutlookVersion, Is15WhereTheTextHoldsTheDigits)
     EXPECT_EQ(std::string(CZebProfileNames().GetDefaultProfile()), is15 ? "outlook" : "subsystem");
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Text, OutlookVersion,
-    ::testing::Values(std::pair{"Outlook.Application.15", true}, std::pair{"Outlook.Application.16", false},
-                      std::pair{"Outlook.Application.14", false}, std::pair{"Outlook.Application.150", true},
-                      std::pair{"15", true}, std::pair{"15.Outlook", true},
-                      std::pair{"Outlook.15.Application", true}, std::pair{"Outlook.Application.51", false},
-                      std::pair{"1.5", false}, std::pair{"1 5", false}, std::pair{"1", false},
-                      std::pair{"", false}));
+INSTANTIATE_TEST_SUITE_P(Text, OutlookVersion,
+                         ::testing::Values(std::pair{"Outlook.Application.15", true},
+                                           std::pair{"Outlook.Application.16", false},
+                                           std::pair{"Outlook.Application.14", false},
+                                           std::pair{"Outlook.Application.150", true}, std::pair{"15", true},
+                                           std::pair{"15.Outlook", true}, std::pair{"Outlook.15.Application", true},
+                                           std::pair{"Outlook.Application.51", false}, std::pair{"1.5", false},
+                                           std::pair{"1 5", false}, std::pair{"1", false}, std::pair{"", false}));
 
 TEST_F(ProfileNames, TheKeyOfTheVersionIsDecidedAtConstruction)
 {
@@ -186,8 +186,7 @@ TEST_F(ProfileNames, TheKeyOfTheVersionIsDecidedAtConstruction)
 
 TEST_F(ProfileNames, AVersionThatIsNoTextCountsAsNone)
 {
-    RegistryKey::Create(RegistryRoot::ClassesRoot, "Outlook.Application\\CurVer")
-        .SetBinaryValue("", {'1', '5', 0});
+    RegistryKey::Create(RegistryRoot::ClassesRoot, "Outlook.Application\\CurVer").SetBinaryValue("", {'1', '5', 0});
     AddProfiles(Subsystem, {"subsystem"});
     AddProfiles(Outlook15Profiles, {"outlook"});
     EXPECT_THAT(All(), ElementsAre("subsystem"));
@@ -268,10 +267,9 @@ TEST_F(ProfileNames, HasDefaultProfileLogsWhatIsThrownAndSaysNo)
         has = Zeb_HasDefaultProfile();
     }
     EXPECT_FALSE(has);
-    EXPECT_THAT(log.Lines(),
-                ElementsAre(::testing::Field(
-                    &LogLine::text, StartsWith("EXCEPTION: Description: \"MAPI_E_NOT_ENOUGH_MEMORY\", "
-                                               "File: \"zebapi/ZebAPI.cpp\", Line: "))));
+    EXPECT_THAT(log.Lines(), ElementsAre(::testing::Field(
+                                 &LogLine::text, StartsWith("EXCEPTION: Description: \"MAPI_E_NOT_ENOUGH_MEMORY\", "
+                                                            "File: \"zebapi/ZebAPI.cpp\", Line: "))));
     EXPECT_EQ(log.Lines()[0].level, 1);
 }
 
@@ -280,8 +278,7 @@ TEST_F(ProfileNames, HasDefaultProfileAsksTheVirtualOperationAndLogsEachKindOfEx
     const RaisingLibrary donor;
     const OperationsScope operations(library, donor);
     const std::pair<Answer, std::string> kinds[] = {
-        {Answer::MapiFailure,
-         "EXCEPTION: Description: \"MAPI_E_NOT_FOUND\", File: \"zebapi/ZebAPI.cpp\", Line: "},
+        {Answer::MapiFailure, "EXCEPTION: Description: \"MAPI_E_NOT_FOUND\", File: \"zebapi/ZebAPI.cpp\", Line: "},
         {Answer::ComError, "EXCEPTION: _com_error: 0x80004003, File: \"zebapi/ZebAPI.cpp\", Line: "},
         {Answer::Other, "EXCEPTION: Description: <Unknown>, File: \"zebapi/ZebAPI.cpp\", Line: "}};
     for (const auto& [kind, line] : kinds)
@@ -363,11 +360,10 @@ TEST_F(ProfAdmin, AssigningAnEmptyOneEmptiesAndWritesTwoLines)
     target = CZebProfAdmin();
     EXPECT_FALSE(target.IsValid());
     EXPECT_EQ(admin.References(), 0u);
-    EXPECT_THAT(log.Texts(),
-                ElementsAre(StartsWith("THROW Exception 0x80004002 (MAPI_E_INTERFACE_NOT_SUPPORTED), File "
-                                       "zebapi/frame/Profiles.cpp, line "),
-                            StartsWith("EXCEPTION: Description: \"MAPI_E_INTERFACE_NOT_SUPPORTED\", File: "
-                                       "\"zebapi/frame/Profiles.cpp\", Line: ")));
+    EXPECT_THAT(log.Texts(), ElementsAre(StartsWith("THROW Exception 0x80004002 (MAPI_E_INTERFACE_NOT_SUPPORTED), File "
+                                                    "zebapi/frame/Profiles.cpp, line "),
+                                         StartsWith("EXCEPTION: Description: \"MAPI_E_INTERFACE_NOT_SUPPORTED\", File: "
+                                                    "\"zebapi/frame/Profiles.cpp\", Line: ")));
 }
 
 TEST_F(ProfAdmin, AssigningAsksTheOtherForTheInterface)
@@ -424,36 +420,34 @@ TEST_F(ProfAdmin, AFailureCarriesTheObjectsError)
     admin.m_error = "profiles are locked";
     admin.Fail("GetProfileTable", MAPI_E_BUSY);
     EXPECT_EQ(ThrownBy([&profAdmin] { profAdmin.GetProfileTable(); }), MAPI_E_BUSY);
-    EXPECT_EQ(
-        log.CountBeginning("THROW Exception 0x8004010b (Ver:1, Error:profiles are locked, Component:admin, "
-                           "LowLewelError:2, Context:3 \n)"),
-        1u);
+    EXPECT_EQ(log.CountBeginning("THROW Exception 0x8004010b (Ver:1, Error:profiles are locked, Component:admin, "
+                                 "LowLewelError:2, Context:3 \n)"),
+              1u);
 }
 
 TEST_F(ProfAdmin, TheFirstRowMarkedDefaultNamesTheProfile)
 {
     table.m_rows = {Row("Alpha", false), Row("Beta", true), Row("Gamma", true)};
     EXPECT_EQ(std::string(CZebProfAdmin(&admin).GetDefaultProfileName()), "Beta");
-    EXPECT_THAT(journal.Take(), ElementsAre("admin: GetProfileTable(0x0)", "table: GetRowCount(0x0)",
-                                            "table: QueryRows(3,0x0)"))
+    EXPECT_THAT(journal.Take(),
+                ElementsAre("admin: GetProfileTable(0x0)", "table: GetRowCount(0x0)", "table: QueryRows(3,0x0)"))
         << "every row as it comes, no columns set";
 }
 
 TEST_F(ProfAdmin, RowsWithoutTheMarkArePassedOver)
 {
-    table.m_rows = {{{PR_DISPLAY_NAME_A, 0, "Alpha"}},
-                    {{PR_DISPLAY_NAME_A, 0, "Beta"},
-                     {PROP_TAG(PT_ERROR, PROP_ID(PR_DEFAULT_PROFILE)), MAPI_E_NOT_FOUND, ""}},
-                    Row("Gamma", true)};
+    table.m_rows = {
+        {{PR_DISPLAY_NAME_A, 0, "Alpha"}},
+        {{PR_DISPLAY_NAME_A, 0, "Beta"}, {PROP_TAG(PT_ERROR, PROP_ID(PR_DEFAULT_PROFILE)), MAPI_E_NOT_FOUND, ""}},
+        Row("Gamma", true)};
     EXPECT_EQ(std::string(CZebProfAdmin(&admin).GetDefaultProfileName()), "Gamma");
 }
 
 TEST_F(ProfAdmin, AMarkOfAnotherTypeIsNoMark)
 {
-    table.m_rows = {
-        {{PR_DISPLAY_NAME_A, 0, "Alpha"}, {PROP_TAG(PT_LONG, PROP_ID(PR_DEFAULT_PROFILE)), 1, ""}},
-        {{PR_DISPLAY_NAME_A, 0, "Beta"}, {PROP_TAG(PT_STRING8, PROP_ID(PR_DEFAULT_PROFILE)), 0, "yes"}},
-        Row("Gamma", true)};
+    table.m_rows = {{{PR_DISPLAY_NAME_A, 0, "Alpha"}, {PROP_TAG(PT_LONG, PROP_ID(PR_DEFAULT_PROFILE)), 1, ""}},
+                    {{PR_DISPLAY_NAME_A, 0, "Beta"}, {PROP_TAG(PT_STRING8, PROP_ID(PR_DEFAULT_PROFILE)), 0, "yes"}},
+                    Row("Gamma", true)};
     EXPECT_EQ(std::string(CZebProfAdmin(&admin).GetDefaultProfileName()), "Gamma");
 }
 

@@ -15,8 +15,7 @@ using ::testing::StartsWith;
 using platform::RegistryRoot;
 
 constexpr char OutlookLanguage[] = "Microsoft\\Office\\9.0\\Outlook\0LastUILanguage\0";
-constexpr char OfficeLanguages[] =
-    "Microsoft\\Office\\9.0\\Common\\LanguageResources\0UILanguage\0InstallLanguage\0";
+constexpr char OfficeLanguages[] = "Microsoft\\Office\\9.0\\Common\\LanguageResources\0UILanguage\0InstallLanguage\0";
 
 class ProviderSearch : public ProviderFixture
 {
@@ -30,9 +29,8 @@ protected:
     std::vector<LogLine> LinesFrom(const std::string& text) const
     {
         const std::vector<LogLine> lines = log.Lines();
-        const auto first = std::find_if(lines.begin(), lines.end(),
-                                        [&text](const LogLine& line)
-                                        { return line.text.compare(0, text.size(), text) == 0; });
+        const auto first = std::find_if(lines.begin(), lines.end(), [&text](const LogLine& line)
+        { return line.text.compare(0, text.size(), text) == 0; });
         return {first, lines.end()};
     }
 };
@@ -53,11 +51,10 @@ TEST_F(ProviderSearch, OutlooksLibraryIsTakenFirst)
     const ProviderReport report = Search();
     EXPECT_EQ(report.path, path);
     EXPECT_EQ(report.bitness, OfficeBitness64);
-    EXPECT_THAT(log.Lines(),
-                ElementsAre(Progress("Checking Outlook MAPI..."), Plain("Checking '" + path + "'"),
-                            Plain("Dll does not contains 'CreateTable@36'"),
-                            Plain("'" + path + "' is correct and MAPI is for 64-bit Office."),
-                            Progress("Outlook MAPI is correct: " + path)));
+    EXPECT_THAT(log.Lines(), ElementsAre(Progress("Checking Outlook MAPI..."), Plain("Checking '" + path + "'"),
+                                         Plain("Dll does not contains 'CreateTable@36'"),
+                                         Plain("'" + path + "' is correct and MAPI is for 64-bit Office."),
+                                         Progress("Outlook MAPI is correct: " + path)));
     ASSERT_EQ(report.candidates.size(), 1u);
     EXPECT_EQ(report.candidates[0].step, ProviderStep::Outlook);
     EXPECT_EQ(report.candidates[0].origin,
@@ -79,10 +76,9 @@ TEST_F(ProviderSearch, NothingAnywhereGivesAnEmptyPathAndNoSpelling)
     const ProviderReport report = Search();
     EXPECT_EQ(report.path, "");
     EXPECT_EQ(report.bitness, OfficeBitnessNone);
-    EXPECT_THAT(log.Lines(),
-                ElementsAre(Progress("Checking Outlook MAPI..."), Progress("Checking common MAPI: "),
-                            Progress("Check system MAPI: MAPI32.DLL"), Plain("Checking 'MAPI32.DLL'"),
-                            Plain("Unable to load 'MAPI32.DLL'")));
+    EXPECT_THAT(log.Lines(), ElementsAre(Progress("Checking Outlook MAPI..."), Progress("Checking common MAPI: "),
+                                         Progress("Check system MAPI: MAPI32.DLL"), Plain("Checking 'MAPI32.DLL'"),
+                                         Plain("Unable to load 'MAPI32.DLL'")));
     ASSERT_EQ(report.candidates.size(), 3u);
     EXPECT_FALSE(report.candidates[0].examined);
     EXPECT_EQ(report.candidates[0].origin,
@@ -90,9 +86,8 @@ TEST_F(ProviderSearch, NothingAnywhereGivesAnEmptyPathAndNoSpelling)
     EXPECT_EQ(report.candidates[1].step, ProviderStep::Common);
     EXPECT_FALSE(report.candidates[1].examined);
     EXPECT_THAT(report.candidates[1].origin, HasSubstr("mapistub.dll does not load"));
-    EXPECT_THAT(report.candidates[1].origin,
-                HasSubstr("there is no HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\"
-                          "CurrentVersion, value CommonFilesDir"));
+    EXPECT_THAT(report.candidates[1].origin, HasSubstr("there is no HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\"
+                                                       "CurrentVersion, value CommonFilesDir"));
     EXPECT_EQ(report.candidates[2].step, ProviderStep::System);
     EXPECT_FALSE(report.candidates[2].found.loadError.empty());
 }
@@ -137,8 +132,7 @@ TEST_F(ProviderSearch, VariablesInOutlooksPathAreExpanded)
 {
     const std::string path = Library("outlook.dll", ProviderFile::Undecorated());
     const EnvironmentScope variable("ZEB_TEST_FILE", path);
-    RegistryScope::SetExpandable(RegistryRoot::LocalMachine, OutlookClientKey, "DLLPathEx",
-                                 "%ZEB_TEST_FILE%");
+    RegistryScope::SetExpandable(RegistryRoot::LocalMachine, OutlookClientKey, "DLLPathEx", "%ZEB_TEST_FILE%");
     EXPECT_EQ(Search().path, path);
 }
 
@@ -157,8 +151,8 @@ TEST_F(ProviderSearch, AnOutlookKeyWithoutThePathIsClassifiedAsTheEmptyPath)
     const ProviderReport report = Search();
     const std::vector<LogLine> lines = log.Lines();
     EXPECT_THAT(std::vector<LogLine>(lines.begin(), lines.begin() + 4),
-                ElementsAre(Progress("Checking Outlook MAPI..."), Plain("Checking ''"),
-                            Plain("Unable to load ''"), Progress("Checking common MAPI: ")));
+                ElementsAre(Progress("Checking Outlook MAPI..."), Plain("Checking ''"), Plain("Unable to load ''"),
+                            Progress("Checking common MAPI: ")));
     EXPECT_TRUE(report.candidates[0].examined);
     EXPECT_EQ(report.candidates[0].path, "");
 }
@@ -256,8 +250,7 @@ TEST_F(ProviderSearch, TheFirstQualifierThatIsAnsweredNamesTheFolder)
     EXPECT_EQ(report.path, folder.File("office") + "\\MAPI32.DLL");
     EXPECT_EQ(provider.componentCalls, 1);
     EXPECT_STREQ(provider.componentIds[0], "{FF1D0740-D227-11D1-A4B0-006008AF820E}");
-    EXPECT_EQ(std::string(provider.componentQualifiers[0], sizeof OutlookLanguage),
-              WithZeros(OutlookLanguage));
+    EXPECT_EQ(std::string(provider.componentQualifiers[0], sizeof OutlookLanguage), WithZeros(OutlookLanguage));
     EXPECT_EQ(provider.componentSizes[0], 260u);
     EXPECT_EQ(provider.componentInstalls[0], TRUE);
     EXPECT_EQ(report.candidates.back().origin, "FGetComponentPath of " + System() + "mapistub.dll");
@@ -272,8 +265,7 @@ TEST_F(ProviderSearch, TheSecondQualifierIsAskedNext)
     EXPECT_EQ(Search().path, folder.File("office") + "\\MAPI32.DLL");
     EXPECT_EQ(provider.componentCalls, 2);
     EXPECT_STREQ(provider.componentIds[1], "{FF1D0740-D227-11D1-A4B0-006008AF820E}");
-    EXPECT_EQ(std::string(provider.componentQualifiers[1], sizeof OfficeLanguages),
-              WithZeros(OfficeLanguages));
+    EXPECT_EQ(std::string(provider.componentQualifiers[1], sizeof OfficeLanguages), WithZeros(OfficeLanguages));
     EXPECT_EQ(provider.componentSizes[1], 260u);
 }
 
@@ -318,9 +310,8 @@ TEST_F(ProviderSearch, AnEmptyPathCountsAsARefusal)
     EXPECT_EQ(provider.componentCalls, 3);
     EXPECT_EQ(log.CountBeginning("Checking common MAPI: "), 1u);
     EXPECT_FALSE(report.candidates[1].examined);
-    EXPECT_THAT(report.candidates[1].origin,
-                StartsWith("FGetComponentPath of " + System() +
-                           "mapistub.dll knows no MAPI component, and there is no"));
+    EXPECT_THAT(report.candidates[1].origin, StartsWith("FGetComponentPath of " + System() +
+                                                        "mapistub.dll knows no MAPI component, and there is no"));
 }
 
 TEST_F(ProviderSearch, AComponentWithoutAFolderNamesNone)
@@ -334,10 +325,9 @@ TEST_F(ProviderSearch, AComponentWithoutAFolderNamesNone)
 
     provider.componentCalls = 0;
     platform::RegistryKey::DeleteTree(RegistryRoot::LocalMachine, CurrentVersionKey);
-    EXPECT_THAT(
-        Search().candidates[1].origin,
-        StartsWith("FGetComponentPath of " + System() +
-                   "mapistub.dll gives no folder but 'mapi.dll', and there is no HKEY_LOCAL_MACHINE"));
+    EXPECT_THAT(Search().candidates[1].origin,
+                StartsWith("FGetComponentPath of " + System() +
+                           "mapistub.dll gives no folder but 'mapi.dll', and there is no HKEY_LOCAL_MACHINE"));
 }
 
 TEST_F(ProviderSearch, APathThatFillsTheBufferIsReadNoFurther)
@@ -368,8 +358,7 @@ TEST_F(ProviderSearch, AStubWithoutTheFunctionIsTheEndOfThatWay)
     const ProviderReport report = Search();
     EXPECT_EQ(provider.componentCalls, 0);
     EXPECT_EQ(report.path, "");
-    EXPECT_THAT(report.candidates[1].origin,
-                StartsWith(System() + "mapistub.dll does not export FGetComponentPath"));
+    EXPECT_THAT(report.candidates[1].origin, StartsWith(System() + "mapistub.dll does not export FGetComponentPath"));
 }
 
 TEST_F(ProviderSearch, TheStubIsUnloadedAgain)

@@ -49,8 +49,7 @@ int main(int count, char** arguments)
         return 2;
     }
     const RegistryScope registry;
-    zeb::platform::RegistryKey::Create(zeb::platform::RegistryRoot::LocalMachine,
-                                       "Software\\Microsoft\\WAB\\DLLPath")
+    zeb::platform::RegistryKey::Create(zeb::platform::RegistryRoot::LocalMachine, "Software\\Microsoft\\WAB\\DLLPath")
         .SetStringValue("", arguments[3]);
     std::ofstream output(arguments[1], std::ios::trunc);
     const zeb::platform::ModuleHandle module = zeb::platform::LoadModule(arguments[2], 0);

@@ -248,8 +248,8 @@ TEST_F(WabStart, VariablesInTheRegisteredPathAreExpanded)
 {
     Library("wab32.dll", ProviderFile::Undecorated());
     const EnvironmentScope variable("ZEB_TEST_FOLDER", folder.Path());
-    RegistryScope::SetExpandable(platform::RegistryRoot::LocalMachine, "Software\\Microsoft\\WAB\\DLLPath",
-                                 "", "%ZEB_TEST_FOLDER%\\wab32.dll");
+    RegistryScope::SetExpandable(platform::RegistryRoot::LocalMachine, "Software\\Microsoft\\WAB\\DLLPath", "",
+                                 "%ZEB_TEST_FOLDER%\\wab32.dll");
     library.Initialize(true);
     EXPECT_TRUE(library.IsWAB());
 }
@@ -265,8 +265,8 @@ TEST_F(WabStart, ALibraryOfTheCurrentFolderIsNotLoaded)
         EXPECT_EQ(provider.loads, 0) << path;
     }
     // What stays unexpanded is a folder's name.
-    RegistryScope::SetExpandable(platform::RegistryRoot::LocalMachine, "Software\\Microsoft\\WAB\\DLLPath",
-                                 "", "%ZEB_TEST_NONE%\\wab32.dll");
+    RegistryScope::SetExpandable(platform::RegistryRoot::LocalMachine, "Software\\Microsoft\\WAB\\DLLPath", "",
+                                 "%ZEB_TEST_NONE%\\wab32.dll");
     Library("%ZEB_TEST_NONE%/wab32.dll", ProviderFile::Undecorated());
     EXPECT_EQ(ThrownBy([this] { library.Initialize(true); }), MAPI_E_CALL_FAILED);
     EXPECT_EQ(provider.loads, 0);
@@ -301,8 +301,7 @@ TEST_F(WabStart, AnyExceptionIsAFailedStart)
         if (!wasShort)
         {
             EXPECT_FALSE(failed) << after;
-            EXPECT_GT(failures, 3)
-                << "a line of the log is lost, and nothing else, where there is no memory for it";
+            EXPECT_GT(failures, 3) << "a line of the log is lost, and nothing else, where there is no memory for it";
             return;
         }
     }

@@ -48,10 +48,9 @@ protected:
 /// A contact identifier of a type, which wraps `nested`.
 std::string ContactID(char type, const std::string& nested)
 {
-    const std::string head("\0\0\0\0\xFE\x42\xAA\x0A\x18\xC7\x1A\x10\xE8\x85\x0B\x65\x1C\x24\0\0\3\0\0\0",
-                           24);
-    return head + type + std::string("\0\0\0", 3) + std::string(8, '\0') +
-           std::string(type == 3 ? 8 : 0, '\0') + nested;
+    const std::string head("\0\0\0\0\xFE\x42\xAA\x0A\x18\xC7\x1A\x10\xE8\x85\x0B\x65\x1C\x24\0\0\3\0\0\0", 24);
+    return head + type + std::string("\0\0\0", 3) + std::string(8, '\0') + std::string(type == 3 ? 8 : 0, '\0') +
+           nested;
 }
 
 SBinary IDOf(const std::string& bytes)
@@ -281,9 +280,9 @@ TEST_F(AddressBook, OpeningTheRootAndTheMainContainerIsMeasured)
     m_double.Fail("GetDefaultDir", MAPI_E_NOT_FOUND);
     Thrown([&] { m_book.OpenMainContainer(nullptr); });
     CTimeProfile::SetReporter({});
-    EXPECT_EQ(measured, (std::vector<std::string>{"CZebAddressBook::OpenRootContainer",
-                                                  "CZebAddressBook::OpenMainContainer",
-                                                  "CZebAddressBook::OpenMainContainer"}));
+    EXPECT_EQ(measured,
+              (std::vector<std::string>{"CZebAddressBook::OpenRootContainer", "CZebAddressBook::OpenMainContainer",
+                                        "CZebAddressBook::OpenMainContainer"}));
 }
 
 TEST_F(AddressBook, OutsideTheWABTheRootIsNotMarked)
@@ -332,8 +331,7 @@ TEST_F(AddressBook, ADerivedAddressBooksOperationsAreUsedByTheOthers)
         Lines calls;
     } book(&m_double);
     book.OpenMainContainer("");
-    EXPECT_EQ(book.calls,
-              (Lines{"GetDefaultDirEntryID", "GetAddrBook", "OpenContainer", "OpenEntry", "GetAddrBook"}));
+    EXPECT_EQ(book.calls, (Lines{"GetDefaultDirEntryID", "GetAddrBook", "OpenContainer", "OpenEntry", "GetAddrBook"}));
     book.calls.clear();
     book.OpenRootContainer(0);
     EXPECT_EQ(book.calls, (Lines{"GetAddrBook"}));
@@ -372,8 +370,7 @@ TEST_F(AddressBook, AFailedComparisonNamesTheAddressBookAndCarriesTheSessionsErr
     m_book.SetSession(&m_session);
     m_session.m_error = "no comparison";
     m_session.Fail("CompareEntryIDs", MAPI_E_UNKNOWN_ENTRYID);
-    EXPECT_NE(Described([&] { m_book.CompareEntryIDs("00", "01"); }).find("no comparison"),
-              std::string::npos);
+    EXPECT_NE(Described([&] { m_book.CompareEntryIDs("00", "01"); }).find("no comparison"), std::string::npos);
     EXPECT_NE(m_log.Texts().at(0).find("File zebapi/objects/AddressBook.cpp"), std::string::npos)
         << m_log.Texts().at(0);
 }

@@ -64,10 +64,10 @@ TEST_F(AdviseSink, EachEventReachesItsOperation)
         NOTIFICATION notification = Event(tableEvent);
         m_listener.OnTable_Modified(&notification.info.tab);
     }
-    EXPECT_EQ(Calls(), (Lines{"modified 0x0", "modified 0x1", "reload common", "modified 0x2",
-                              "reload common", "modified 0x3", "added", "modified 0x4", "deleted",
-                              "modified 0x5", "row modified", "modified 0x6", "modified 0x7", "modified 0x8",
-                              "modified 0x9", "reload common", "modified 0xA"}));
+    EXPECT_EQ(Calls(),
+              (Lines{"modified 0x0", "modified 0x1", "reload common", "modified 0x2", "reload common", "modified 0x3",
+                     "added", "modified 0x4", "deleted", "modified 0x5", "row modified", "modified 0x6", "modified 0x7",
+                     "modified 0x8", "modified 0x9", "reload common", "modified 0xA"}));
 }
 
 TEST_F(AdviseSink, ASinkWithoutADelegateAcceptsEverything)
@@ -82,8 +82,7 @@ TEST_F(AdviseSink, ASinkWithoutADelegateAcceptsEverything)
 TEST_F(AdviseSink, OnlyTableEventsOfABatchReachTheDelegate)
 {
     auto* sink = new CAdviseSink(&m_listener);
-    NOTIFICATION batch[] = {Event(TABLE_ROW_ADDED), Event(TABLE_ROW_DELETED, fnevNewMail),
-                            Event(TABLE_SORT_DONE)};
+    NOTIFICATION batch[] = {Event(TABLE_ROW_ADDED), Event(TABLE_ROW_DELETED, fnevNewMail), Event(TABLE_SORT_DONE)};
     EXPECT_EQ(sink->OnNotify(3, batch), 0u);
     EXPECT_EQ(Calls(), (Lines{"modified 0x3", "added", "modified 0x6"}));
     EXPECT_EQ(sink->Release(), 0u);
@@ -257,8 +256,7 @@ TEST_F(AdviseSink, AdvisingAnotherTablePassesThroughIdle)
     CZebTable otherTable(&other);
     CAdviseSinkBinder binder(&m_listener, &m_table);
     binder.Advise(otherTable);
-    EXPECT_EQ(Calls(),
-              (Lines{"table: Advise(0x100)", "table: Unadvise(0xABABABAB0000004D)", "other: Advise(0x100)"}));
+    EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)", "table: Unadvise(0xABABABAB0000004D)", "other: Advise(0x100)"}));
     EXPECT_EQ(m_double.References(), 1u);
     EXPECT_EQ(other.References(), 2u);
     m_double.Fail("Advise", MAPI_E_NO_SUPPORT);
@@ -343,8 +341,7 @@ TEST_F(AdviseSink, ADelegateMayUnadviseInsideItsOwnNotification)
     m_listener.m_inside = [&] { binder.Unadvise(); };
     NOTIFICATION batch[] = {Event(TABLE_SORT_DONE), Event(TABLE_SORT_DONE)};
     m_double.Sink()->OnNotify(2, batch);
-    EXPECT_EQ(Calls(),
-              (Lines{"table: Advise(0x100)", "modified 0x6", "table: Unadvise(0xABABABAB0000004D)"}));
+    EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)", "modified 0x6", "table: Unadvise(0xABABABAB0000004D)"}));
 }
 
 TEST_F(AdviseSink, UnadvisingWaitsForADeliveryOnAnotherThread)
@@ -359,12 +356,11 @@ TEST_F(AdviseSink, UnadvisingWaitsForADeliveryOnAnotherThread)
         done = true;
     };
     IMAPIAdviseSink* const sink = m_double.Sink();
-    std::thread provider(
-        [&]
-        {
-            NOTIFICATION notification = Event(TABLE_SORT_DONE);
-            sink->OnNotify(1, &notification);
-        });
+    std::thread provider([&]
+    {
+        NOTIFICATION notification = Event(TABLE_SORT_DONE);
+        sink->OnNotify(1, &notification);
+    });
     while (!entered)
     {
         std::this_thread::yield();
@@ -387,15 +383,14 @@ TEST_F(AdviseSink, ABinderMayGoWhileNotificationsArrive)
         CAdviseSinkBinder binder(&m_listener, &m_table);
         IMAPIAdviseSink* const sink = m_double.Sink();
         sink->AddRef();
-        std::thread provider(
-            [&]
+        std::thread provider([&]
+        {
+            NOTIFICATION notification = Event(TABLE_SORT_DONE);
+            while (!stop)
             {
-                NOTIFICATION notification = Event(TABLE_SORT_DONE);
-                while (!stop)
-                {
-                    sink->OnNotify(1, &notification);
-                }
-            });
+                sink->OnNotify(1, &notification);
+            }
+        });
         binder.Unadvise();
         alive = false;
         std::this_thread::yield();

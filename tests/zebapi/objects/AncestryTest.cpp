@@ -28,8 +28,7 @@ protected:
         m_child.m_bag.Set(PR_SUBJECT_A, "s");
     }
     /// A folder that the session opens.
-    void IsFolder(RecordingFolder& folder, const char* id, const char* parent,
-                  LONG folderType = FOLDER_GENERIC)
+    void IsFolder(RecordingFolder& folder, const char* id, const char* parent, LONG folderType = FOLDER_GENERIC)
     {
         folder.m_bag.Set(PR_OBJECT_TYPE, MAPI_FOLDER);
         folder.m_bag.Set(PR_FOLDER_TYPE, folderType);
@@ -55,10 +54,9 @@ TEST_F(Ancestry, PropertiesOfADirectChildAreRead)
     CZebPropValArray result;
     m_folder.GetPropsOfChild(m_session, ID("child"), result, 1, PR_SUBJECT_A);
     EXPECT_TRUE(result.hasRealValue(PR_SUBJECT_A));
-    EXPECT_EQ(Calls(),
-              (Lines{"here: OpenEntry(6368696C64,IMAPIProp,0x10)", "child: GetProps([0x37001E],0x0)",
-                     "here: GetProps([0xFFF0102],0x0)", "child: GetProps([0xFFE0003],0x0)",
-                     "child: GetProps([0xE090102],0x0)", "session: CompareEntryIDs(68657265,68657265,0x0)"}));
+    EXPECT_EQ(Calls(), (Lines{"here: OpenEntry(6368696C64,IMAPIProp,0x10)", "child: GetProps([0x37001E],0x0)",
+                              "here: GetProps([0xFFF0102],0x0)", "child: GetProps([0xFFE0003],0x0)",
+                              "child: GetProps([0xE090102],0x0)", "session: CompareEntryIDs(68657265,68657265,0x0)"}));
 }
 
 TEST_F(Ancestry, WideTextOfAChildIsReadWithoutAFlagToo)
@@ -87,10 +85,8 @@ TEST_F(Ancestry, AGrandchildAndAStrangerAreNotFoundButReadAllTheSame)
     }
     CZebPropTagArray tags;
     tags.AddOne(PR_SUBJECT_A);
-    EXPECT_EQ(Thrown([&] { m_folder.GetPropsOfChild(m_session, ID("child"), tags, result); }),
-              MAPI_E_NOT_FOUND);
-    EXPECT_EQ(Thrown([&] { m_folder.GetPropsOfChild(m_session, ID("none"), tags, result); }),
-              MAPI_E_NOT_FOUND);
+    EXPECT_EQ(Thrown([&] { m_folder.GetPropsOfChild(m_session, ID("child"), tags, result); }), MAPI_E_NOT_FOUND);
+    EXPECT_EQ(Thrown([&] { m_folder.GetPropsOfChild(m_session, ID("none"), tags, result); }), MAPI_E_NOT_FOUND);
 }
 
 TEST_F(Ancestry, WalksUpToTheContainer)
@@ -99,15 +95,14 @@ TEST_F(Ancestry, WalksUpToTheContainer)
     IsFolder(m_middle, "middle", "top");
     IsFolder(m_top, "top", "here");
     EXPECT_TRUE(m_message.IsChildOf(m_session, ID("here"), false));
-    EXPECT_EQ(
-        Calls(),
-        (Lines{"child: GetProps([0xFFE0003],0x0)", "child: GetProps([0xE090102],0x0)",
-               "session: CompareEntryIDs(6D6964646C65,68657265,0x0)",
-               "session: OpenEntry(6D6964646C65,IMAPIProp,0x10)", "middle: GetProps([0xFFE0003],0x0)",
-               "middle: GetProps([0x36010003],0x0)", "middle: GetProps([0xE090102],0x0)",
-               "session: CompareEntryIDs(746F70,68657265,0x0)", "session: OpenEntry(746F70,IMAPIProp,0x10)",
-               "top: GetProps([0xFFE0003],0x0)", "top: GetProps([0x36010003],0x0)",
-               "top: GetProps([0xE090102],0x0)", "session: CompareEntryIDs(68657265,68657265,0x0)"}));
+    EXPECT_EQ(Calls(),
+              (Lines{"child: GetProps([0xFFE0003],0x0)", "child: GetProps([0xE090102],0x0)",
+                     "session: CompareEntryIDs(6D6964646C65,68657265,0x0)",
+                     "session: OpenEntry(6D6964646C65,IMAPIProp,0x10)", "middle: GetProps([0xFFE0003],0x0)",
+                     "middle: GetProps([0x36010003],0x0)", "middle: GetProps([0xE090102],0x0)",
+                     "session: CompareEntryIDs(746F70,68657265,0x0)", "session: OpenEntry(746F70,IMAPIProp,0x10)",
+                     "top: GetProps([0xFFE0003],0x0)", "top: GetProps([0x36010003],0x0)",
+                     "top: GetProps([0xE090102],0x0)", "session: CompareEntryIDs(68657265,68657265,0x0)"}));
     EXPECT_FALSE(m_message.IsChildOf(m_session, ID("here"), true));
     EXPECT_TRUE(m_message.IsChildOf(m_session, ID("middle"), true));
 }

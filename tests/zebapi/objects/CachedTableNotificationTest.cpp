@@ -151,8 +151,7 @@ TEST_F(CachedTable, IsBoundFromAnInterfaceAndByAssignmentAndUnboundByFree)
     unbound.Bind();
     EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)"}));
     unbound.Bind();
-    EXPECT_EQ(Calls(), (Lines{"table: Unadvise(0xABABABAB0000004D)", "table: Advise(0x100)"}))
-        << "never twice at once";
+    EXPECT_EQ(Calls(), (Lines{"table: Unadvise(0xABABABAB0000004D)", "table: Advise(0x100)"})) << "never twice at once";
 }
 
 TEST_F(CachedTable, AnEmptyOneIsNotBoundAndReadingItRaisesAComError)
@@ -191,15 +190,14 @@ TEST_F(CachedTable, ScrollsWhileNotificationsArriveOnAnotherThread)
     HasRows(200);
     OpenTable table(&m_double);
     std::atomic<bool> stop{false};
-    std::thread provider(
-        [&]
+    std::thread provider([&]
+    {
+        while (!stop)
         {
-            while (!stop)
-            {
-                m_double.Notify(TABLE_ROW_MODIFIED);
-                std::this_thread::yield();
-            }
-        });
+            m_double.Notify(TABLE_ROW_MODIFIED);
+            std::this_thread::yield();
+        }
+    });
     for (ULONG i = 0; i < 2000; ++i)
     {
         const ULONG index = (i * 7) % 200;

@@ -41,8 +41,7 @@ public:
 /// Every line so far is of an unknown exception caught in the cached table's file.
 bool AllSwallowedHere(const LogCapture& log, size_t count)
 {
-    const std::string beginning =
-        "EXCEPTION: Description: <Unknown>, File: \"zebapi/tables/CachedTable.cpp\", Line: ";
+    const std::string beginning = "EXCEPTION: Description: <Unknown>, File: \"zebapi/tables/CachedTable.cpp\", Line: ";
     return log.Lines().size() == count && log.CountBeginning(beginning) == count;
 }
 

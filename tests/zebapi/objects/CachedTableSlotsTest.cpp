@@ -80,12 +80,10 @@ TEST_F(CachedTableSlots, WhatMovesOrChangesTheTableEmpties)
     SSortOrderSet order = {};
     SRestriction none = {};
     EXPECT_EQ(Own([&](CZebCachedTable& table) { table.SortTable(&order); }), (Lines{"EmptyCache"}));
-    EXPECT_EQ(Own([&](CZebCachedTable& table) { table.FindRow(&none, BOOKMARK_BEGINNING, 0); }),
-              (Lines{"EmptyCache"}));
+    EXPECT_EQ(Own([&](CZebCachedTable& table) { table.FindRow(&none, BOOKMARK_BEGINNING, 0); }), (Lines{"EmptyCache"}));
     EXPECT_EQ(Own([&](CZebCachedTable& table) { table.Restrict(nullptr, 0); }), (Lines{"EmptyCache"}));
-    EXPECT_EQ(
-        Own([&](CZebCachedTable& table) { table.CZebCachedTable::SeekRow(BOOKMARK_BEGINNING, 0, nullptr); }),
-        (Lines{"EmptyCache"}));
+    EXPECT_EQ(Own([&](CZebCachedTable& table) { table.CZebCachedTable::SeekRow(BOOKMARK_BEGINNING, 0, nullptr); }),
+              (Lines{"EmptyCache"}));
 }
 
 TEST_F(CachedTableSlots, AFailedReadEmpties)

@@ -211,15 +211,13 @@ TEST_F(CachedTable, CursorSortRestrictionAndSearchDropTheWindow)
     restriction.rt = RES_PROPERTY;
     restriction.res.resProperty.lpProp = &value;
     SSortOrderSet order = {};
-    const std::function<void()> operations[] = {
-        [&] { table.SortTable(&order); }, [&] { table.SeekRow(BOOKMARK_BEGINNING, 0, nullptr); },
-        [&] { EXPECT_TRUE(table.FindRow(&restriction, BOOKMARK_BEGINNING, 0)); },
-        [&]
-        {
-            table.Restrict(&restriction, 0);
-            HasRows(10);
-        },
-        [&] { table.EmptyCache(); }};
+    const std::function<void()> operations[] = {[&] { table.SortTable(&order); },
+                                                [&] { table.SeekRow(BOOKMARK_BEGINNING, 0, nullptr); }, [&]
+    { EXPECT_TRUE(table.FindRow(&restriction, BOOKMARK_BEGINNING, 0)); }, [&]
+    {
+        table.Restrict(&restriction, 0);
+        HasRows(10);
+    }, [&] { table.EmptyCache(); }};
     for (const auto& operation : operations)
     {
         At(table, 0);

@@ -46,8 +46,7 @@ protected:
 /// The calls that read the window which begins at row `start`.
 inline Lines Miss(const std::string& start)
 {
-    return {"table: GetRowCount(0x0)", "table: SeekRow(0x0," + start + ",sought null)",
-            "table: QueryRows(50,0x0)"};
+    return {"table: GetRowCount(0x0)", "table: SeekRow(0x0," + start + ",sought null)", "table: QueryRows(50,0x0)"};
 }
 
 } // namespace zeb::test

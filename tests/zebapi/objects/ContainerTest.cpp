@@ -50,8 +50,7 @@ TEST_F(Container, IsQueriedForItsInterfaceUnlessItBelongsToTheWAB)
     m_double.m_contents = &table;
     m_double.NoteQueries();
     EXPECT_TRUE(m_container.GetContentsTable(0x48).IsValid());
-    EXPECT_EQ(Calls(),
-              (Lines{"container: QueryInterface(IMAPIContainer)", "container: GetContentsTable(0x48)"}));
+    EXPECT_EQ(Calls(), (Lines{"container: QueryInterface(IMAPIContainer)", "container: GetContentsTable(0x48)"}));
     m_container.MarkWAB();
     m_container.GetContentsTable(0x48);
     EXPECT_EQ(Calls(), (Lines{"container: GetContentsTable(0x48)"}));
@@ -77,8 +76,7 @@ TEST_F(Container, HandsOutItsTables)
         EXPECT_EQ(hierarchy.References(), 1u);
     }
     EXPECT_EQ(Calls(), (Lines{"container: GetHierarchyTable(0x8)"}));
-    EXPECT_EQ(Thrown([&] { m_container.GetContentsTable(0); }), MAPI_E_CALL_FAILED)
-        << "success without a table";
+    EXPECT_EQ(Thrown([&] { m_container.GetContentsTable(0); }), MAPI_E_CALL_FAILED) << "success without a table";
     m_double.Fail("GetHierarchyTable", MAPI_E_NO_SUPPORT);
     EXPECT_EQ(Thrown([&] { m_container.GetHierarchyTable(0); }), MAPI_E_NO_SUPPORT);
 }

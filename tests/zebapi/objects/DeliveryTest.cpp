@@ -174,31 +174,27 @@ TEST_F(Delivery, TheOwnerWindowReceivesItsMessageOnItsOwnThread)
     Meeting made;
     Meeting posted;
     HWND window = nullptr;
-    std::thread owner(
-        [&]
-        {
-            window = zeb::platform::CreateMessageWindow();
-            made.Open();
-            zeb::platform::WindowMessage message = {};
-            EXPECT_TRUE(zeb::platform::WaitWindowMessage(window, 10000, message));
-            EXPECT_EQ(message.message, 1175u);
-            EXPECT_EQ(message.wParam, 0u);
-            EXPECT_EQ(message.lParam, 0);
-            EXPECT_TRUE(posted.Await()) << "the notification ends whether or not the window looks";
-            EXPECT_FALSE(zeb::platform::WaitWindowMessage(window, 0, message))
-                << "one message a notification";
-            zeb::platform::DestroyMessageWindow(window);
-        });
+    std::thread owner([&]
+    {
+        window = zeb::platform::CreateMessageWindow();
+        made.Open();
+        zeb::platform::WindowMessage message = {};
+        EXPECT_TRUE(zeb::platform::WaitWindowMessage(window, 10000, message));
+        EXPECT_EQ(message.message, 1175u);
+        EXPECT_EQ(message.wParam, 0u);
+        EXPECT_EQ(message.lParam, 0);
+        EXPECT_TRUE(posted.Await()) << "the notification ends whether or not the window looks";
+        EXPECT_FALSE(zeb::platform::WaitWindowMessage(window, 0, message)) << "one message a notification";
+        zeb::platform::DestroyMessageWindow(window);
+    });
     ASSERT_TRUE(made.Await());
     ASSERT_NE(window, nullptr);
     table.SetOwnerWindow(window);
-    std::thread(
-        [&]
-        {
-            provider.Notify(TABLE_ROW_ADDED);
-            posted.Open();
-        })
-        .join();
+    std::thread([&]
+    {
+        provider.Notify(TABLE_ROW_ADDED);
+        posted.Open();
+    }).join();
     owner.join();
     Calls();
 }
@@ -224,14 +220,13 @@ TEST_F(Delivery, FreeingATableWaitsForAHandlerThatUnboundItself)
     const CZebTable source(&provider);
     Meeting unbound;
     std::atomic<bool> done{false};
-    Handling table(
-        [&](Handling& handling)
-        {
-            handling.Unbind();
-            unbound.Open();
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-            done = true;
-        });
+    Handling table([&](Handling& handling)
+    {
+        handling.Unbind();
+        unbound.Open();
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        done = true;
+    });
     table = source;
     IMAPIAdviseSink* const sink = provider.Sink();
     sink->AddRef();
@@ -249,15 +244,14 @@ TEST_F(Delivery, TwoHandlersOfOneTableMayUnbindAtOnce)
     RowTable provider(m_journal);
     const CZebTable source(&provider);
     std::atomic<int> inside{0};
-    Handling table(
-        [&](Handling& handling)
+    Handling table([&](Handling& handling)
+    {
+        for (++inside; inside < 2;)
         {
-            for (++inside; inside < 2;)
-            {
-                std::this_thread::yield();
-            }
-            handling.Unbind();
-        });
+            std::this_thread::yield();
+        }
+        handling.Unbind();
+    });
     table = source;
     IMAPIAdviseSink* const sink = provider.Sink();
     sink->AddRef();
@@ -277,14 +271,13 @@ TEST_F(Delivery, UnadvisingAgainWaitsForAHandlerThatUnadvisedItself)
     Meeting unadvised;
     std::atomic<bool> done{false};
     std::unique_ptr<CAdviseSinkBinder> binder;
-    Handler handler(
-        [&]
-        {
-            binder->Unadvise();
-            unadvised.Open();
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-            done = true;
-        });
+    Handler handler([&]
+    {
+        binder->Unadvise();
+        unadvised.Open();
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        done = true;
+    });
     binder = std::make_unique<CAdviseSinkBinder>(&handler, &table);
     IMAPIAdviseSink* const sink = provider.Sink();
     sink->AddRef();
@@ -302,12 +295,11 @@ TEST_F(Delivery, DeliveriesOfSeveralSinksGoOnSideBySide)
     Meeting first;
     Meeting second;
     std::atomic<bool> met{false};
-    Handler waiting(
-        [&]
-        {
-            first.Open();
-            met = second.Await();
-        });
+    Handler waiting([&]
+    {
+        first.Open();
+        met = second.Await();
+    });
     int notified = 0;
     Handler other([&] { ++notified; });
     auto* waitingSink = new CAdviseSink(&waiting);
@@ -329,13 +321,12 @@ TEST_F(Delivery, CuttingASinkOffWaitsForItsDelivery)
 {
     Meeting entered;
     std::atomic<bool> done{false};
-    Handler handler(
-        [&]
-        {
-            entered.Open();
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-            done = true;
-        });
+    Handler handler([&]
+    {
+        entered.Open();
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        done = true;
+    });
     auto* sink = new CAdviseSink(&handler);
     std::thread notifying([&] { Notify(sink); });
     EXPECT_TRUE(entered.Await());
@@ -356,29 +347,27 @@ TEST_F(Delivery, AwaitingDeliveriesDoesNotWaitForThoseThatBeginMeanwhile)
         Meeting firstMayGo;
         Meeting secondMayGo;
         std::atomic<bool> secondInTime{false};
-        Handler handler(
-            [&]
+        Handler handler([&]
+        {
+            if (++entered == 1)
             {
-                if (++entered == 1)
-                {
-                    firstMayGo.Await();
-                    return;
-                }
-                firstMayGo.Open();
-                secondInTime = secondMayGo.Await(2000);
-            });
+                firstMayGo.Await();
+                return;
+            }
+            firstMayGo.Open();
+            secondInTime = secondMayGo.Await(2000);
+        });
         auto* sink = new CAdviseSink(&handler);
         std::thread first([&] { Notify(sink); });
         while (entered == 0)
         {
             std::this_thread::yield();
         }
-        std::thread second(
-            [&]
-            {
-                std::this_thread::sleep_for(std::chrono::milliseconds(30));
-                Notify(sink);
-            });
+        std::thread second([&]
+        {
+            std::this_thread::sleep_for(std::chrono::milliseconds(30));
+            Notify(sink);
+        });
         CAdviseSink::AwaitDeliveries(&handler);
         secondMayGo.Open();
         first.join();
@@ -398,12 +387,11 @@ TEST_F(Delivery, UnadvisingDoesNotWaitForTheDeliveryOfAnotherTable)
     Meeting entered;
     Meeting unadvised;
     std::atomic<bool> inTime{false};
-    Handler handler(
-        [&]
-        {
-            entered.Open();
-            inTime = unadvised.Await(2000);
-        });
+    Handler handler([&]
+    {
+        entered.Open();
+        inTime = unadvised.Await(2000);
+    });
     CAdviseSinkBinder firstBinder(&handler, &firstTable);
     CAdviseSinkBinder secondBinder(&handler, &secondTable);
     std::thread notifying([&] { first.Notify(TABLE_CHANGED); });
@@ -423,13 +411,12 @@ TEST_F(Delivery, DestroyingABinderWaitsForEveryDeliveryOfItsDelegate)
     CZebTable secondTable(&second);
     Meeting entered;
     std::atomic<bool> done{false};
-    Handler handler(
-        [&]
-        {
-            entered.Open();
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-            done = true;
-        });
+    Handler handler([&]
+    {
+        entered.Open();
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        done = true;
+    });
     CAdviseSinkBinder firstBinder(&handler, &firstTable);
     auto secondBinder = std::make_unique<CAdviseSinkBinder>(&handler, &secondTable);
     std::thread notifying([&] { first.Notify(TABLE_CHANGED); });

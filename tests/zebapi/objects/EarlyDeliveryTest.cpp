@@ -50,12 +50,11 @@ TEST_P(EarlyDelivery, ADelegateThatUnadvisesBeforeAdviseReturnsIsUnregistered)
 {
     CAdviseSinkBinder* unadvised = nullptr;
     int calls = 0;
-    Handler handler(
-        [&]
-        {
-            ++calls;
-            unadvised->Unadvise();
-        });
+    Handler handler([&]
+    {
+        ++calls;
+        unadvised->Unadvise();
+    });
     CAdviseSinkBinder binder(&handler, nullptr);
     unadvised = &binder;
     NotifyEarly(m_provider, GetParam());
@@ -101,13 +100,12 @@ TEST_F(Delivery, AHandlerThatOutlastsARefusedRegistrationMayDestroyTheBinder)
     CZebTable table(&provider);
     std::unique_ptr<CAdviseSinkBinder> binder;
     std::promise<void> entered;
-    Handler handler(
-        [&]
-        {
-            entered.set_value();
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-            binder.reset();
-        });
+    Handler handler([&]
+    {
+        entered.set_value();
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        binder.reset();
+    });
     binder = std::make_unique<CAdviseSinkBinder>(&handler, nullptr);
     provider.Fail("Advise", MAPI_E_NO_SUPPORT);
     std::thread notifying;
@@ -115,12 +113,11 @@ TEST_F(Delivery, AHandlerThatOutlastsARefusedRegistrationMayDestroyTheBinder)
     {
         IMAPIAdviseSink* const sink = provider.Sink();
         sink->AddRef();
-        notifying = std::thread(
-            [sink]
-            {
-                Notify(sink);
-                sink->Release();
-            });
+        notifying = std::thread([sink]
+        {
+            Notify(sink);
+            sink->Release();
+        });
         entered.get_future().wait();
     };
     binder->Advise(table);
@@ -143,8 +140,8 @@ TEST_P(EarlyDelivery, ADelegateMayAdviseOnAnotherTableBeforeAdviseReturns)
         advised = &binder;
         NotifyEarly(m_provider, GetParam());
         binder.Advise(m_table);
-        EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)", "other: Advise(0x100)",
-                                  "table: Unadvise(0xABABABAB0000004D)"}));
+        EXPECT_EQ(Calls(),
+                  (Lines{"table: Advise(0x100)", "other: Advise(0x100)", "table: Unadvise(0xABABABAB0000004D)"}));
     }
     EXPECT_EQ(Calls(), (Lines{"other: Unadvise(0x5)"})) << "each connection is ended on its own table";
     EXPECT_EQ(m_log.Lines().size(), 0u);

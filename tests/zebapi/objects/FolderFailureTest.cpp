@@ -125,15 +125,13 @@ TEST_F(FailingFolder, AHiddenFolderThatCanNotBeHiddenIsNotSaved)
 {
     m_new.m_error = "why not";
     m_new.Fail("SetProps", MAPI_E_NO_ACCESS);
-    EXPECT_EQ(Described([&] { m_folder.CreateFolder("n", true, true, 0, nullptr, FOLDER_GENERIC); }),
-              ErrorOf("new"));
+    EXPECT_EQ(Described([&] { m_folder.CreateFolder("n", true, true, 0, nullptr, FOLDER_GENERIC); }), ErrorOf("new"));
     for (const std::string& call : Calls())
     {
         EXPECT_EQ(call.find("new: SaveChanges"), std::string::npos);
     }
     m_new.Fail("SaveChanges", MAPI_E_DISK_ERROR);
-    EXPECT_EQ(Thrown([&] { m_folder.CreateFolder("n", false, true, 0, nullptr, FOLDER_GENERIC); }),
-              MAPI_E_DISK_ERROR);
+    EXPECT_EQ(Thrown([&] { m_folder.CreateFolder("n", false, true, 0, nullptr, FOLDER_GENERIC); }), MAPI_E_DISK_ERROR);
 }
 
 TEST_F(FailingFolder, AnExistingFolderThatDoesNotOpenIsLoggedAndCreated)
@@ -161,8 +159,7 @@ TEST_F(FailingFolder, AFoundRowWithoutAnIdentifierThrows)
 {
     m_subfolders.m_rows = {{{PR_DISPLAY_NAME_A, 0, "sub"}}};
     EXPECT_EQ(Thrown([&] { m_folder.GetFolderEntryIdByNameA("sub"); }), MAPI_E_UNEXPECTED_ID);
-    m_subfolders.m_rows = {
-        {{PROP_TAG(PT_ERROR, 0x0FFF), MAPI_E_NOT_FOUND, ""}, {PR_DISPLAY_NAME_A, 0, "sub"}}};
+    m_subfolders.m_rows = {{{PROP_TAG(PT_ERROR, 0x0FFF), MAPI_E_NOT_FOUND, ""}, {PR_DISPLAY_NAME_A, 0, "sub"}}};
     EXPECT_EQ(Thrown([&] { m_folder.GetFolderEntryIdByNameA("sub"); }), MAPI_E_INVALID_TYPE);
 }
 
@@ -187,8 +184,7 @@ TEST_F(FailingFolder, AMessageWhosePropertiesAreRefusedIsNotSavedAndNorIsTheFold
     values[PR_SUBJECT_A] = "s";
     m_message.Fail("SetProps", MAPI_E_NO_ACCESS);
     EXPECT_EQ(Thrown([&] { m_folder.CreateMessage(values, true, 0); }), MAPI_E_NO_ACCESS);
-    EXPECT_EQ(Calls(),
-              (Lines{"folder: CreateMessage(null,0x0)", "message: SetProps(0x37001E='s',problems null)"}));
+    EXPECT_EQ(Calls(), (Lines{"folder: CreateMessage(null,0x0)", "message: SetProps(0x37001E='s',problems null)"}));
     m_double.Fail("SaveChanges", MAPI_E_DISK_ERROR);
     CZebPropValArray nothing(1);
     EXPECT_EQ(Thrown([&] { m_folder.CreateMessage(nothing, true, 0); }), MAPI_E_DISK_ERROR);
@@ -221,8 +217,7 @@ TEST_F(FailingFolder, AChildWhosePropertiesAreRefusedThrowsAndNothingIsAskedAfte
     child.Fail("GetProps", MAPI_E_NO_ACCESS);
     m_double.m_openable.Add("child", &child, MAPI_MESSAGE);
     CZebPropValArray result;
-    EXPECT_EQ(Thrown([&] { m_folder.GetPropsOfChild(session, ID("child"), nullptr, result); }),
-              MAPI_E_NO_ACCESS);
+    EXPECT_EQ(Thrown([&] { m_folder.GetPropsOfChild(session, ID("child"), nullptr, result); }), MAPI_E_NO_ACCESS);
     EXPECT_EQ(Calls(), (Lines{"folder: OpenEntry(6368696C64,IMAPIProp,0x10)", "child: GetProps(all,0x0)"}));
     EXPECT_FALSE(result.IsValid());
 }
@@ -253,8 +248,7 @@ TEST_F(FailingFolder, IsQueriedForItsInterfaceAlsoInTheWAB)
     folder.Mark();
     m_double.NoteQueries();
     folder.EmptyFolder(nullptr, 0, nullptr);
-    EXPECT_EQ(Calls(),
-              (Lines{"folder: QueryInterface(IMAPIFolder)", "folder: EmptyFolder(0x0,progress null,0x0)"}));
+    EXPECT_EQ(Calls(), (Lines{"folder: QueryInterface(IMAPIFolder)", "folder: EmptyFolder(0x0,progress null,0x0)"}));
     folder.GetContentsTable(0);
     EXPECT_EQ(Calls(), (Lines{"folder: GetContentsTable(0x0)"}));
     m_double.RefuseInterfaces();
@@ -270,10 +264,7 @@ class OwnFolder : public CZebFolder
 public:
     using CZebFolder::CZebFolder;
 
-    CComPtr<IMAPIContainer> GetContainer() override
-    {
-        return Noted("GetContainer", CZebFolder::GetContainer());
-    }
+    CComPtr<IMAPIContainer> GetContainer() override { return Noted("GetContainer", CZebFolder::GetContainer()); }
     CComPtr<IMAPIFolder> GetFolder() override { return Noted("GetFolder", CZebFolder::GetFolder()); }
     void OpenEntry(const SBinary& id, CZebIProp& target, ULONG flags) override
     {
@@ -311,10 +302,7 @@ public:
         m_calls.push_back("CopyMessage " + std::to_string(flags));
         CZebFolder::CopyMessage(id, dest, flags);
     }
-    CZebMessage CreateMessage(ULONG flags) override
-    {
-        return Noted("CreateMessage", CZebFolder::CreateMessage(flags));
-    }
+    CZebMessage CreateMessage(ULONG flags) override { return Noted("CreateMessage", CZebFolder::CreateMessage(flags)); }
     CZebMessage OpenQorInfoMessage() override { return Noted("OpenQorInfoMessage", CreateMessage(0)); }
     void SaveChanges(ULONG flags) override { m_calls.push_back("SaveChanges " + std::to_string(flags)); }
     void GetPropsOfChild(CZebSession&, const SBinary&, SPropTagArray* tags, CZebPropValArray&) override

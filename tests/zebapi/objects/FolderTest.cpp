@@ -24,9 +24,9 @@ protected:
     const HWND m_window = reinterpret_cast<HWND>(static_cast<ULONG_PTR>(0x55));
 };
 
-const Lines FindExisting = {
-    "folder: GetHierarchyTable(0x8)", "subfolders: SetColumns([0xFFF0102,0x3001001E],0x0)",
-    "subfolders: Restrict(0x4,0x4,0x3001001E,0x3001001E='sub',0x0)", "subfolders: QueryRows(1,0x0)"};
+const Lines FindExisting = {"folder: GetHierarchyTable(0x8)", "subfolders: SetColumns([0xFFF0102,0x3001001E],0x0)",
+                            "subfolders: Restrict(0x4,0x4,0x3001001E,0x3001001E='sub',0x0)",
+                            "subfolders: QueryRows(1,0x0)"};
 
 Lines operator+(Lines first, const Lines& second)
 {
@@ -136,8 +136,7 @@ TEST_F(Folder, FindsSubfoldersByNameInBothWidths)
     EXPECT_STREQ(m_folder.GetFolderEntryIdByNameW(ZEBW("sub")).String(), "6F6E65");
     EXPECT_EQ(Calls(),
               (Lines{"folder: GetHierarchyTable(0x8)", "subfolders: SetColumns([0xFFF0102,0x3001001F],0x0)",
-                     "subfolders: Restrict(0x4,0x4,0x3001001F,0x3001001F=sub,0x0)",
-                     "subfolders: QueryRows(1,0x0)"}));
+                     "subfolders: Restrict(0x4,0x4,0x3001001F,0x3001001F=sub,0x0)", "subfolders: QueryRows(1,0x0)"}));
     HasSubfolder("sub");
     EXPECT_STREQ(m_folder.GetFolderEntryIdByName("sub").String(), "6F6E65");
     EXPECT_EQ(Calls(), FindExisting);
@@ -225,11 +224,10 @@ TEST_F(Folder, PassesWindowsWithAllTheirBits)
     m_folder.DeleteFolder(ID("ab"), window, 0, nullptr);
     m_folder.EmptyFolder(window, 0, nullptr);
     const std::string bits = "0x7777777780000001,progress null,";
-    EXPECT_EQ(Calls(),
-              (Lines{"folder: CopyMessages([6162],IMAPIFolder,existing," + bits + "0x2)",
-                     "folder: CopyMessages([6162],IMAPIFolder,existing," + bits + "0x3)",
-                     "folder: DeleteMessages([6162]," + bits + "0x0)",
-                     "folder: DeleteFolder(6162," + bits + "0x0)", "folder: EmptyFolder(" + bits + "0x0)"}));
+    EXPECT_EQ(Calls(), (Lines{"folder: CopyMessages([6162],IMAPIFolder,existing," + bits + "0x2)",
+                              "folder: CopyMessages([6162],IMAPIFolder,existing," + bits + "0x3)",
+                              "folder: DeleteMessages([6162]," + bits + "0x0)",
+                              "folder: DeleteFolder(6162," + bits + "0x0)", "folder: EmptyFolder(" + bits + "0x0)"}));
 }
 
 TEST_F(Folder, CreatesAMessage)
@@ -244,12 +242,10 @@ TEST_F(Folder, CreatesAMessageWithPropertiesAndSavesBothWhenAsked)
     CZebPropValArray values(2);
     values[PR_SUBJECT_A] = "s";
     m_folder.CreateMessage(values, true, 0);
-    EXPECT_EQ(Calls(),
-              (Lines{"folder: CreateMessage(null,0x0)", "message: SetProps(0x37001E='s',problems null)",
-                     "message: SaveChanges(0x6)", "folder: SaveChanges(0x6)"}));
+    EXPECT_EQ(Calls(), (Lines{"folder: CreateMessage(null,0x0)", "message: SetProps(0x37001E='s',problems null)",
+                              "message: SaveChanges(0x6)", "folder: SaveChanges(0x6)"}));
     m_folder.CreateMessage(values, false, 0);
-    EXPECT_EQ(Calls(),
-              (Lines{"folder: CreateMessage(null,0x0)", "message: SetProps(0x37001E='s',problems null)"}));
+    EXPECT_EQ(Calls(), (Lines{"folder: CreateMessage(null,0x0)", "message: SetProps(0x37001E='s',problems null)"}));
 }
 
 TEST_F(Folder, WithoutPropertiesTheFolderIsSavedButNotTheMessage)
@@ -262,13 +258,11 @@ TEST_F(Folder, WithoutPropertiesTheFolderIsSavedButNotTheMessage)
 namespace
 {
 
-const Lines CreateInfo = {
-    "folder: CreateMessage(null,0x0)",
-    "message: SetProps(0x37001E='QorInfo',0x3001001E='QorInfo',0x1A001E='IPM.Note.QorInfo',"
-    "problems null)"};
+const Lines CreateInfo = {"folder: CreateMessage(null,0x0)",
+                          "message: SetProps(0x37001E='QorInfo',0x3001001E='QorInfo',0x1A001E='IPM.Note.QorInfo',"
+                          "problems null)"};
 const Lines FindInfo = {"folder: GetContentsTable(0x8)", "messages: SetColumns([0xFFF0102,0x37001E],0x0)",
-                        "messages: Restrict(0x4,0x4,0x37001E,0x37001E='QorInfo',0x0)",
-                        "messages: QueryRows(1,0x0)"};
+                        "messages: Restrict(0x4,0x4,0x37001E,0x37001E='QorInfo',0x0)", "messages: QueryRows(1,0x0)"};
 
 } // namespace
 

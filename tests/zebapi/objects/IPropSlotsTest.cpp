@@ -25,10 +25,7 @@ public:
 
     void CheckIDsMap() override { Note("CheckIDsMap"), CZebIProp::CheckIDsMap(); }
     using CZebIProp::SetWAB;
-    void SetWAB(bool isWAB) override
-    {
-        Note(isWAB ? "SetWAB(true)" : "SetWAB(false)"), CZebIProp::SetWAB(isWAB);
-    }
+    void SetWAB(bool isWAB) override { Note(isWAB ? "SetWAB(true)" : "SetWAB(false)"), CZebIProp::SetWAB(isWAB); }
     ULONG GetMAPIType() override { return Note("GetMAPIType"), CZebIProp::GetMAPIType(); }
     ULONG GetObjectType() const override { return Note("GetObjectType"), CZebIProp::GetObjectType(); }
     bool IsWAB() override { return Note("IsWAB"), true; }
@@ -36,35 +33,20 @@ public:
     bool IsValid() const override { return Note("IsValid"), CZebIProp::IsValid(); }
     CZebNameIdMap& GetTagsMap() override { return Note("GetTagsMap"), CZebIProp::GetTagsMap(); }
     CZebBinary GetParentID() override { return Note("GetParentID"), CZebIProp::GetParentID(); }
-    void SetDisplayNameA(const char* name) override
-    {
-        Note("SetDisplayNameA"), CZebIProp::SetDisplayNameA(name);
-    }
+    void SetDisplayNameA(const char* name) override { Note("SetDisplayNameA"), CZebIProp::SetDisplayNameA(name); }
     ULONG GetDisplayNameTag(bool unicode) const override
     {
         return Note(unicode ? "GetDisplayNameTag(true)" : "GetDisplayNameTag(false)"),
                unicode ? PR_SUBJECT_W : PR_SUBJECT_A;
     }
-    CStringA GetStringPropA(ULONG tag) override
-    {
-        return Note("GetStringPropA"), CZebIProp::GetStringPropA(tag);
-    }
-    CStringW GetStringPropW(ULONG tag) override
-    {
-        return Note("GetStringPropW"), CZebIProp::GetStringPropW(tag);
-    }
-    CStringA GetStringProp(ULONG tag) override
-    {
-        return Note("GetStringProp"), CZebIProp::GetStringProp(tag);
-    }
+    CStringA GetStringPropA(ULONG tag) override { return Note("GetStringPropA"), CZebIProp::GetStringPropA(tag); }
+    CStringW GetStringPropW(ULONG tag) override { return Note("GetStringPropW"), CZebIProp::GetStringPropW(tag); }
+    CStringA GetStringProp(ULONG tag) override { return Note("GetStringProp"), CZebIProp::GetStringProp(tag); }
     CComPtr<IStream> OpenProperty(ULONG tag, ULONG flags) override
     {
         return Note("OpenProperty"), CZebIProp::OpenProperty(tag, flags);
     }
-    CStringA GetLongStringA(ULONG tag) override
-    {
-        return Note("GetLongStringA"), CZebIProp::GetLongStringA(tag);
-    }
+    CStringA GetLongStringA(ULONG tag) override { return Note("GetLongStringA"), CZebIProp::GetLongStringA(tag); }
     void GetPropList(SPropTagArray** out, ULONG flags) override
     {
         Note("GetPropList"), CZebIProp::GetPropList(out, flags);
@@ -176,8 +158,7 @@ TEST_F(IPropSlots, ArraysAreReadAndWrittenThroughThePlainForms)
 {
     CZebPropValArray values;
     EXPECT_EQ(Own([&] { m_prop.GetProps(values, 1, PR_SUBJECT_A); }), (Lines{"GetProps"}));
-    EXPECT_EQ(Own([&] { m_prop.CZebIProp::SetProps(values, true, nullptr); }),
-              (Lines{"SetProps", "SaveChanges"}));
+    EXPECT_EQ(Own([&] { m_prop.CZebIProp::SetProps(values, true, nullptr); }), (Lines{"SetProps", "SaveChanges"}));
     EXPECT_EQ(Own([&] { m_prop.CZebIProp::SetProps(values, false, nullptr); }), (Lines{"SetProps"}));
     EXPECT_EQ(Own([&] { m_prop.GetAllProps(values.CountPtr(), &values, 0); }),
               (Lines{"GetAllProps", "GetPropList", "GetProps"}));

@@ -96,8 +96,7 @@ TEST_F(IProp, AssigningAnEmptyOneEmptiesLogsOnceAndTakesTheMarking)
     EXPECT_TRUE(m_prop.IsWAB());
     EXPECT_EQ(m_object.References(), 0u);
     EXPECT_EQ(Caught(), 1u);
-    EXPECT_EQ(m_log.CountBeginning("EXCEPTION: Description: \"MAPI_E_INTERFACE_NOT_SUPPORTED\", File: \""),
-              1u);
+    EXPECT_EQ(m_log.CountBeginning("EXCEPTION: Description: \"MAPI_E_INTERFACE_NOT_SUPPORTED\", File: \""), 1u);
     EXPECT_EQ(ThrowLines(), 1u);
     EXPECT_EQ(m_log.Lines().back().level, 1);
 }
@@ -196,10 +195,9 @@ TEST_F(IProp, ReadsOnePropertyWithTheFlagOfItsWidth)
     EXPECT_EQ(Str(m_prop.GetDisplayNameA()), "name");
     EXPECT_EQ(Str(m_prop.GetDisplayNameW()), u"name");
     EXPECT_EQ(Str(m_prop.GetDisplayName()), "name");
-    EXPECT_EQ(Calls(),
-              (Lines{"prop: GetProps([0xFFE0003],0x0)", "prop: GetProps([0xFFF0102],0x0)",
-                     "prop: GetProps([0xE090102],0x0)", "prop: GetProps([0x3001001E],0x0)",
-                     "prop: GetProps([0x3001001F],0x80000000)", "prop: GetProps([0x3001001E],0x0)"}));
+    EXPECT_EQ(Calls(), (Lines{"prop: GetProps([0xFFE0003],0x0)", "prop: GetProps([0xFFF0102],0x0)",
+                              "prop: GetProps([0xE090102],0x0)", "prop: GetProps([0x3001001E],0x0)",
+                              "prop: GetProps([0x3001001F],0x80000000)", "prop: GetProps([0x3001001E],0x0)"}));
 }
 
 TEST_F(IProp, AMissingTextIsEmptyAndAMissingBinaryOrNumberAFailure)
@@ -225,10 +223,8 @@ TEST_F(IProp, AFailingReadThrowsWithTheObjectsExtendedError)
 TEST_F(IProp, AFailingReadNamesTheProperty)
 {
     m_object.Fail("GetProps", MAPI_E_NETWORK_ERROR);
-    EXPECT_EQ(ContextOf([&] { m_prop.GetStringPropA(PR_SUBJECT_A); }),
-              "GetStringPropA PR_SUBJECT 0x0037001E");
-    EXPECT_EQ(ContextOf([&] { m_prop.GetStringPropW(PR_SUBJECT_W); }),
-              "GetStringPropW PR_SUBJECT 0x0037001F");
+    EXPECT_EQ(ContextOf([&] { m_prop.GetStringPropA(PR_SUBJECT_A); }), "GetStringPropA PR_SUBJECT 0x0037001E");
+    EXPECT_EQ(ContextOf([&] { m_prop.GetStringPropW(PR_SUBJECT_W); }), "GetStringPropW PR_SUBJECT 0x0037001F");
     EXPECT_EQ(ContextOf([&] { m_prop.GetBin(PR_ENTRYID); }), "GetBinary PR_ENTRYID 0x0FFF0102");
 }
 
@@ -328,9 +324,8 @@ TEST_F(IProp, PassesArgumentsOnUnchanged)
     SPropProblemArray* problems = nullptr;
     m_prop.DeleteProps(reinterpret_cast<SPropTagArray*>(&tags), &problems);
     m_prop.SaveChanges(9);
-    EXPECT_EQ(Calls(),
-              (Lines{"prop: GetPropList(0x80000000)", "prop: GetProps([0x37001E,0x1000001F],0x80000000)",
-                     "prop: DeleteProps([0x37001E,0x1000001F],problems given)", "prop: SaveChanges(0x9)"}));
+    EXPECT_EQ(Calls(), (Lines{"prop: GetPropList(0x80000000)", "prop: GetProps([0x37001E,0x1000001F],0x80000000)",
+                              "prop: DeleteProps([0x37001E,0x1000001F],problems given)", "prop: SaveChanges(0x9)"}));
 }
 
 TEST_F(IProp, WarningsPass)

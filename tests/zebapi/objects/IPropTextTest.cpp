@@ -32,9 +32,9 @@ TEST_F(IPropText, APropertyIsOpenedAsAStreamForReadingOrWriting)
     EXPECT_EQ(m_prop.OpenProperty(PR_BODY_A, 0).Get(), &stream);
     m_prop.OpenProperty(PR_BODY_A, MAPI_MODIFY | MAPI_CREATE);
     m_prop.OpenProperty(PR_BODY_A, MAPI_CREATE);
-    EXPECT_EQ(Calls(), (Lines{"prop: OpenProperty(0x1000001E,IStream,0x0,0x0)",
-                              "prop: OpenProperty(0x1000001E,IStream,0x2,0x3)",
-                              "prop: OpenProperty(0x1000001E,IStream,0x0,0x2)"}));
+    EXPECT_EQ(Calls(),
+              (Lines{"prop: OpenProperty(0x1000001E,IStream,0x0,0x0)", "prop: OpenProperty(0x1000001E,IStream,0x2,0x3)",
+                     "prop: OpenProperty(0x1000001E,IStream,0x0,0x2)"}));
     EXPECT_EQ(stream.References(), 0u);
 }
 
@@ -61,8 +61,8 @@ TEST_F(IPropText, ALongWideTextOfSevenBytesHasThreeCharacters)
     RecordingStream stream(m_journal, std::string("a\0b\0c\0d", 7));
     m_object.m_property = &stream;
     EXPECT_EQ(Str(m_prop.GetLongStringW(PR_BODY_W)), u"abc");
-    EXPECT_EQ(Calls(), (Lines{"prop: OpenProperty(0x1000001F,IStream,0x0,0x0)", "stream: Stat(0x1)",
-                              "stream: Read(0x7,null)"}));
+    EXPECT_EQ(Calls(),
+              (Lines{"prop: OpenProperty(0x1000001F,IStream,0x0,0x0)", "stream: Stat(0x1)", "stream: Read(0x7,null)"}));
 }
 
 TEST_F(IPropText, ALongTextEndsAtItsFirstZeroAndWhereTheStreamEnds)
@@ -128,8 +128,7 @@ TEST_F(IPropText, AFailingStreamThrowsItsOwnResult)
 TEST_F(IPropText, TheDumpOfNothingIsTwoLines)
 {
     m_prop.DumpAllProps();
-    EXPECT_EQ(m_log.Lines(),
-              (std::vector<LogLine>{Line(3, "------------------"), Line(3, "------------------")}));
+    EXPECT_EQ(m_log.Lines(), (std::vector<LogLine>{Line(3, "------------------"), Line(3, "------------------")}));
 }
 
 TEST_F(IPropText, TheDumpNamesTagsAndTypesAndCutsValues)
@@ -173,11 +172,10 @@ TEST_F(IPropText, TheDumpWritesLongAndHostileValuesAsTheyAre)
     {
         hex += "AB";
     }
-    EXPECT_EQ(m_log.Texts(),
-              (Lines{"------------------", "PR_SUBJECT\tPT_STRING8\t%s%n%1$s%",
-                     "PR_BODY\tPT_UNICODE\t" + std::string(256, 'w'), "PR_ENTRYID\tPT_BINARY\t" + hex,
-                     "PR_DISPLAY_NAME\tPT_STRING8\t" + std::string(255, 'n') + "\n",
-                     "PR_COMMENT\tPT_STRING8\t", "------------------"}));
+    EXPECT_EQ(m_log.Texts(), (Lines{"------------------", "PR_SUBJECT\tPT_STRING8\t%s%n%1$s%",
+                                    "PR_BODY\tPT_UNICODE\t" + std::string(256, 'w'), "PR_ENTRYID\tPT_BINARY\t" + hex,
+                                    "PR_DISPLAY_NAME\tPT_STRING8\t" + std::string(255, 'n') + "\n",
+                                    "PR_COMMENT\tPT_STRING8\t", "------------------"}));
 }
 
 TEST_F(IPropText, TheDumpOfValuesThatAreNotThereIsTwoLines)

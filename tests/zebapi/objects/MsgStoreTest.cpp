@@ -65,8 +65,7 @@ TEST_F(MsgStore, TheInboxIsTheReceiveFolder)
 {
     const CZebFolder inbox = m_store.OpenInboxFolder(3);
     EXPECT_EQ(m_inbox.References(), 1u);
-    EXPECT_EQ(Calls(),
-              (Lines{"store: GetReceiveFolder(null,0x0,null)", "store: OpenEntry(696E,IMAPIFolder,0x3)"}));
+    EXPECT_EQ(Calls(), (Lines{"store: GetReceiveFolder(null,0x0,null)", "store: OpenEntry(696E,IMAPIFolder,0x3)"}));
     m_double.Fail("GetReceiveFolder", MAPI_E_NO_SUPPORT);
     m_double.m_error = "none here";
     EXPECT_EQ(Described([&] { m_store.OpenInboxFolder(0); }),
@@ -77,17 +76,15 @@ TEST_F(MsgStore, TheContactsFolderIsNamedByTheInbox)
 {
     const CZebFolder contacts = m_store.OpenContactsFolder(3);
     EXPECT_EQ(m_contacts.References(), 1u);
-    EXPECT_EQ(Calls(),
-              (Lines{"store: GetReceiveFolder(null,0x0,null)", "store: OpenEntry(696E,IMAPIFolder,0x10)",
-                     "inbox: GetProps([0x36D10102],0x0)", "store: OpenEntry(636F6E,IMAPIFolder,0x3)"}));
+    EXPECT_EQ(Calls(), (Lines{"store: GetReceiveFolder(null,0x0,null)", "store: OpenEntry(696E,IMAPIFolder,0x10)",
+                              "inbox: GetProps([0x36D10102],0x0)", "store: OpenEntry(636F6E,IMAPIFolder,0x3)"}));
 }
 
 TEST_F(MsgStore, SpecialFoldersAreNamedByTheStore)
 {
     const CZebFolder bin = m_store.OpenSpecialFolder(PR_IPM_WASTEBASKET_ENTRYID, 3);
     EXPECT_EQ(m_bin.References(), 1u);
-    EXPECT_EQ(Calls(),
-              (Lines{"store: GetProps([0x35E30102],0x0)", "store: OpenEntry(62696E,IMAPIFolder,0x3)"}));
+    EXPECT_EQ(Calls(), (Lines{"store: GetProps([0x35E30102],0x0)", "store: OpenEntry(62696E,IMAPIFolder,0x3)"}));
     EXPECT_EQ(Thrown([&] { m_store.GetSpecialFolderEntryID(PR_IPM_OUTBOX_ENTRYID); }), MAPI_E_INVALID_TYPE);
 }
 
@@ -152,8 +149,7 @@ TEST_F(MsgStore, SoftDeletionMovesAllOfTheListOutOfTheFolderOfTheFirst)
     SBinary ids[] = {ID("m"), ID("elsewhere")};
     SBinaryArray list = {2, ids};
     m_store.DeleteMessages(&list, false);
-    EXPECT_EQ(Calls().back(),
-              "inbox: CopyMessages([6D,656C73657768657265],IMAPIFolder,bin,0x0,progress null,0x1)");
+    EXPECT_EQ(Calls().back(), "inbox: CopyMessages([6D,656C73657768657265],IMAPIFolder,bin,0x0,progress null,0x1)");
 }
 
 TEST_F(MsgStore, WithoutDeletedItemsSoftDeletionThrowsAndMovesNothing)
@@ -271,8 +267,8 @@ TEST_F(MsgStore, OperationsGoThroughEachOtherSoThatADerivedClassMayChangeThem)
     store.OpenSpecialFolder(PR_IPM_OUTBOX_ENTRYID, 2);
     EXPECT_EQ(own.OwnCalls(), (Lines{"GetSpecialFolderEntryID 0x35E20102", "OpenEntry 0x2", "GetStore"}));
     store.OpenContactsFolder(2);
-    EXPECT_EQ(own.OwnCalls(), (Lines{"OpenInboxFolder 0x10", "GetStore", "OpenEntry 0x10", "GetStore",
-                                     "OpenEntry 0x2", "GetStore"}));
+    EXPECT_EQ(own.OwnCalls(),
+              (Lines{"OpenInboxFolder 0x10", "GetStore", "OpenEntry 0x10", "GetStore", "OpenEntry 0x2", "GetStore"}));
     store.DeleteMessage(ID("m"), true);
     store.DeleteMessage(ID("m"), false);
     EXPECT_EQ(own.OwnCalls(), (Lines{"DeleteMessages hard", "DeleteMessages soft"}));

@@ -23,10 +23,7 @@ public:
 
     void Free() override { Note("Free"), CZebSession::Free(); }
     bool IsValid() const override { return Note("IsValid"), m_claimsToBeValid && CZebSession::IsValid(); }
-    CZebTable GetMsgStoresTable() override
-    {
-        return Note("GetMsgStoresTable"), CZebSession::GetMsgStoresTable();
-    }
+    CZebTable GetMsgStoresTable() override { return Note("GetMsgStoresTable"), CZebSession::GetMsgStoresTable(); }
     void OpenEntry(const SBinary& entryId, CZebIProp& target, ULONG flags) override
     {
         Note("OpenEntry"), CZebSession::OpenEntry(entryId, target, flags);

@@ -1,5 +1,5 @@
-// What the wrappers do when letting go of an object throws, in which order they let go, and who is named as the source of
-// a failure.
+// What the wrappers do when letting go of an object throws, in which order they let go,
+// and who is named as the source of a failure.
 #include "ObjectsTest.h"
 #include "tests/support/doubles/RecordingContainers.h"
 #include "tests/support/doubles/RecordingProfAdmin.h"
@@ -65,8 +65,7 @@ protected:
         ASSERT_EQ(texts.size(), count);
         for (const std::string& text : texts)
         {
-            EXPECT_EQ(text.find("EXCEPTION: Description: <Unknown>, File: \"zebapi/" + file + "\", Line: "),
-                      0u)
+            EXPECT_EQ(text.find("EXCEPTION: Description: <Unknown>, File: \"zebapi/" + file + "\", Line: "), 0u)
                 << text;
         }
         m_log.Clear();
@@ -78,8 +77,7 @@ protected:
         m_log.Clear();
         EXPECT_NE(Described(body).find("the provider says"), std::string::npos) << file;
         ASSERT_EQ(m_log.Texts().size(), 1u) << file;
-        EXPECT_NE(m_log.Texts()[0].find(", File zebapi/" + file + ", line "), std::string::npos)
-            << m_log.Texts()[0];
+        EXPECT_NE(m_log.Texts()[0].find(", File zebapi/" + file + ", line "), std::string::npos) << m_log.Texts()[0];
         Calls();
     }
 };
@@ -233,9 +231,7 @@ TEST_F(Releasing, AnEmptyContainerIsNotExchangeAndLogsItsComErrorOnce)
     EXPECT_FALSE(container.IsExchange());
     EXPECT_FALSE(container.IsExchange());
     ASSERT_EQ(m_log.Texts().size(), 1u);
-    EXPECT_EQ(
-        m_log.Texts()[0].find("EXCEPTION: _com_error: 0x80004003, File: \"zebapi/objects/Container.cpp\""),
-        0u);
+    EXPECT_EQ(m_log.Texts()[0].find("EXCEPTION: _com_error: 0x80004003, File: \"zebapi/objects/Container.cpp\""), 0u);
 }
 
 TEST_F(Releasing, ADestinationThatIsNoFolderRaisesNoInterface)

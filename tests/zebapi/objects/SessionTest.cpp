@@ -205,8 +205,7 @@ TEST_F(Session, EveryFailingCallThrowsItsResultWithTheSessionsExtendedError)
         failing.m_stores = &stores;
         failing.Fail(method, MAPI_E_NO_ACCESS);
         m_session = CZebSession(&failing);
-        EXPECT_EQ(Described(call), "Ver:1, Error:denied, Component:session, LowLewelError:2, Context:3 \n")
-            << method;
+        EXPECT_EQ(Described(call), "Ver:1, Error:denied, Component:session, LowLewelError:2, Context:3 \n") << method;
         EXPECT_EQ(Calls().back(), "session: GetLastError(0x80070005,0x0)") << method;
         m_session.Logoff(0, 0, 0);
     }
@@ -245,8 +244,7 @@ TEST_F(Session, ComparesIdentifiers)
 {
     EXPECT_TRUE(m_session.CompareEntryIDs(ID("ab"), ID("ab")));
     EXPECT_FALSE(m_session.CompareEntryIDs(ID("ab"), ID("cd")));
-    EXPECT_EQ(Calls(),
-              (Lines{"session: CompareEntryIDs(6162,6162,0x0)", "session: CompareEntryIDs(6162,6364,0x0)"}));
+    EXPECT_EQ(Calls(), (Lines{"session: CompareEntryIDs(6162,6162,0x0)", "session: CompareEntryIDs(6162,6364,0x0)"}));
     m_double.Fail("CompareEntryIDs", MAPI_E_INVALID_ENTRYID);
     EXPECT_EQ(Thrown([&] { m_session.CompareEntryIDs(ID("ab"), ID("cd")); }), MAPI_E_INVALID_ENTRYID);
 }

@@ -57,17 +57,23 @@ struct RegisteredField
 constexpr size_t behindOperations = sizeof(void*);
 
 /// A field: its class, where that begins its fields, the field's number among them, its name.
-#define FIELD(CLASS, FIRST, NUMBER, MEMBER)                                                                  \
-    namespace                                                                                                \
-    {                                                                                                        \
-    struct ZEB_JOIN(Field, __LINE__)                                                                         \
-    {                                                                                                        \
-        static const char* Class() { return #CLASS; }                                                        \
-        static const char* Name() { return #MEMBER; }                                                        \
-        static constexpr size_t First = FIRST;                                                               \
-        static constexpr size_t Number = NUMBER;                                                             \
-    };                                                                                                       \
-    }                                                                                                        \
+#define FIELD(CLASS, FIRST, NUMBER, MEMBER)                                                                            \
+    namespace                                                                                                          \
+    {                                                                                                                  \
+    struct ZEB_JOIN(Field, __LINE__)                                                                                   \
+    {                                                                                                                  \
+        static const char* Class()                                                                                     \
+        {                                                                                                              \
+            return #CLASS;                                                                                             \
+        }                                                                                                              \
+        static const char* Name()                                                                                      \
+        {                                                                                                              \
+            return #MEMBER;                                                                                            \
+        }                                                                                                              \
+        static constexpr size_t First = FIRST;                                                                         \
+        static constexpr size_t Number = NUMBER;                                                                       \
+    };                                                                                                                 \
+    }                                                                                                                  \
     template struct RegisteredField<ZEB_JOIN(Field, __LINE__), &CLASS::MEMBER>;
 
 FIELD(CZebAPI, behindOperations, 0, m_loader)

@@ -93,10 +93,8 @@ SLOT(CZebFolder, 58, GetFolderEntryIdByName, CZebBinary(const char* name))
 SLOT(CZebFolder, 59, OpenFolderByNameA, CZebFolder(const char* name))
 SLOT(CZebFolder, 60, OpenFolderByNameW, CZebFolder(const WCHAR* name))
 SLOT(CZebFolder, 61, OpenFolderByName, CZebFolder(const char* name))
-SLOT(CZebFolder, 62, DeleteFolder,
-     void(const SBinary& entryID, HWND parent, ULONG flags, IMAPIProgress* progress))
-SLOT(CZebFolder, 63, DeleteMessages,
-     void(SBinaryArray* list, HWND parent, ULONG flags, IMAPIProgress* progress))
+SLOT(CZebFolder, 62, DeleteFolder, void(const SBinary& entryID, HWND parent, ULONG flags, IMAPIProgress* progress))
+SLOT(CZebFolder, 63, DeleteMessages, void(SBinaryArray* list, HWND parent, ULONG flags, IMAPIProgress* progress))
 SLOT(CZebFolder, 64, DeleteMessage, void(const SBinary& entryID))
 SLOT(CZebFolder, 65, CopyMessages,
      void(SBinaryArray* list, CZebFolder& dest, ULONG flags, HWND parent, IMAPIProgress* progress))

@@ -86,32 +86,41 @@ struct RegisteredTable
 #define ZEB_JOIN(a, b) ZEB_JOIN2(a, b)
 
 /// A class: the first slot that it adds, the number of all its slots, the slot of the destructor.
-#define SLOTS(CLASS, FIRST, COUNT, DESTRUCTOR)                                                               \
-    namespace                                                                                                \
-    {                                                                                                        \
-    struct ZEB_JOIN(Table, __LINE__)                                                                         \
-    {                                                                                                        \
-        using Type = CLASS;                                                                                  \
-        static const char* Class() { return #CLASS; }                                                        \
-        static constexpr size_t First = FIRST;                                                               \
-        static constexpr size_t Count = COUNT;                                                               \
-        static constexpr size_t Destructor = DESTRUCTOR;                                                     \
-    };                                                                                                       \
-    }                                                                                                        \
+#define SLOTS(CLASS, FIRST, COUNT, DESTRUCTOR)                                                                         \
+    namespace                                                                                                          \
+    {                                                                                                                  \
+    struct ZEB_JOIN(Table, __LINE__)                                                                                   \
+    {                                                                                                                  \
+        using Type = CLASS;                                                                                            \
+        static const char* Class()                                                                                     \
+        {                                                                                                              \
+            return #CLASS;                                                                                             \
+        }                                                                                                              \
+        static constexpr size_t First = FIRST;                                                                         \
+        static constexpr size_t Count = COUNT;                                                                         \
+        static constexpr size_t Destructor = DESTRUCTOR;                                                               \
+    };                                                                                                                 \
+    }                                                                                                                  \
     template struct RegisteredTable<ZEB_JOIN(Table, __LINE__)>;
 
 /// An operation: its class, its slot, its name, and its type last.
-#define SLOT(CLASS, NUMBER, MEMBER, ...)                                                                     \
-    namespace                                                                                                \
-    {                                                                                                        \
-    struct ZEB_JOIN(Row, __LINE__)                                                                           \
-    {                                                                                                        \
-        using Pointer = MemberOf<CLASS, __VA_ARGS__>;                                                        \
-        static const char* Class() { return #CLASS; }                                                        \
-        static const char* Name() { return #MEMBER " as " #__VA_ARGS__; }                                    \
-        static constexpr size_t Number = NUMBER;                                                             \
-    };                                                                                                       \
-    }                                                                                                        \
+#define SLOT(CLASS, NUMBER, MEMBER, ...)                                                                               \
+    namespace                                                                                                          \
+    {                                                                                                                  \
+    struct ZEB_JOIN(Row, __LINE__)                                                                                     \
+    {                                                                                                                  \
+        using Pointer = MemberOf<CLASS, __VA_ARGS__>;                                                                  \
+        static const char* Class()                                                                                     \
+        {                                                                                                              \
+            return #CLASS;                                                                                             \
+        }                                                                                                              \
+        static const char* Name()                                                                                      \
+        {                                                                                                              \
+            return #MEMBER " as " #__VA_ARGS__;                                                                        \
+        }                                                                                                              \
+        static constexpr size_t Number = NUMBER;                                                                       \
+    };                                                                                                                 \
+    }                                                                                                                  \
     template struct Registered<ZEB_JOIN(Row, __LINE__), &CLASS::MEMBER>;
 
 } // namespace zeb::test

@@ -178,8 +178,7 @@ TEST_F(SortOrder, AReceivedSetThatClaimsTooManyKeysDoesNotGrow)
         **slot = {};
         (*slot)->cSorts = claimed;
         const size_t before = memory.Allocations();
-        EXPECT_EQ(ThrownBy([&] { order.Add(PR_SUBJECT_A, TABLE_SORT_ASCEND); }), MAPI_E_NOT_ENOUGH_MEMORY)
-            << claimed;
+        EXPECT_EQ(ThrownBy([&] { order.Add(PR_SUBJECT_A, TABLE_SORT_ASCEND); }), MAPI_E_NOT_ENOUGH_MEMORY) << claimed;
         EXPECT_EQ(memory.Allocations(), before);
         EXPECT_EQ(SetOf(order)->cSorts, claimed);
     }

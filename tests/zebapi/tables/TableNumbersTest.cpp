@@ -76,8 +76,7 @@ TEST_F(TableNumbers, AWideConnectionComesBackWhole)
     m_table.Advise(m_sink, &connection);
     CZebTable copy(m_table);
     copy.Unadvise(connection);
-    EXPECT_THAT(m_double.calls,
-                ElementsAre("Advise(mask 256)", "Unadvise(connection " + std::to_string(Wide) + ")"));
+    EXPECT_THAT(m_double.calls, ElementsAre("Advise(mask 256)", "Unadvise(connection " + std::to_string(Wide) + ")"));
 }
 
 TEST_F(TableNumbers, WideConnectionsThatShareTheirLowerHalfStayApart)
@@ -95,8 +94,8 @@ TEST_F(TableNumbers, WideConnectionsThatShareTheirLowerHalfStayApart)
     m_table.Unadvise(first);
     m_table.Unadvise(second);
     m_table.Unadvise(narrow);
-    EXPECT_THAT(m_double.calls, ElementsAre("Unadvise(connection 4294967301)",
-                                            "Unadvise(connection 8589934597)", "Unadvise(connection 5)"));
+    EXPECT_THAT(m_double.calls, ElementsAre("Unadvise(connection 4294967301)", "Unadvise(connection 8589934597)",
+                                            "Unadvise(connection 5)"));
 }
 
 TEST_F(TableNumbers, ANumberThatIsInUseIsNotGivenOutTwice)
@@ -148,10 +147,10 @@ TEST_F(TableNumbers, AWideBookmarkIsSoughtFoundAndFreedWhole)
     m_table.FindRow(&restriction, bookmark, 0);
     m_table.FreeBookmark(bookmark);
     const std::string number = std::to_string(Wide);
-    EXPECT_THAT(m_double.calls, ElementsAre("SeekRow(origin " + number + ", rows 2)",
-                                            "FindRow(" + RecordingTable::Pointer(&restriction) + ", origin " +
-                                                number + ", flags 0)",
-                                            "FreeBookmark(bookmark " + number + ")"));
+    EXPECT_THAT(m_double.calls,
+                ElementsAre("SeekRow(origin " + number + ", rows 2)",
+                            "FindRow(" + RecordingTable::Pointer(&restriction) + ", origin " + number + ", flags 0)",
+                            "FreeBookmark(bookmark " + number + ")"));
 }
 
 TEST_F(TableNumbers, BookmarksAndConnectionsAreCountedApart)

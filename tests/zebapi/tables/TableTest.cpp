@@ -113,10 +113,9 @@ TEST_F(Table, AssigningAnEmptyHandleReleasesAndLogsOnce)
     table = CZebTable();
     EXPECT_EQ(double_.references, 1u);
     EXPECT_FALSE(table.IsValid());
-    EXPECT_THAT(log.Texts(),
-                ElementsAre(StartsWith("THROW Exception 0x80004002"),
-                            StartsWith("EXCEPTION: Description: \"MAPI_E_INTERFACE_NOT_SUPPORTED\", "
-                                       "File: \"zebapi/tables/Table.cpp\"")));
+    EXPECT_THAT(log.Texts(), ElementsAre(StartsWith("THROW Exception 0x80004002"),
+                                         StartsWith("EXCEPTION: Description: \"MAPI_E_INTERFACE_NOT_SUPPORTED\", "
+                                                    "File: \"zebapi/tables/Table.cpp\"")));
 }
 
 TEST_F(Table, AssigningToItselfEmptiesAndLogsOnce)
@@ -137,8 +136,8 @@ TEST_F(Table, FreeKeepsInWhatReleasingThrows)
     LogCapture log;
     table.Free();
     EXPECT_FALSE(table.IsValid());
-    EXPECT_THAT(log.Texts(), ElementsAre(StartsWith(
-                                 "EXCEPTION: Description: <Unknown>, File: \"zebapi/tables/Table.cpp\"")));
+    EXPECT_THAT(log.Texts(),
+                ElementsAre(StartsWith("EXCEPTION: Description: <Unknown>, File: \"zebapi/tables/Table.cpp\"")));
 }
 
 TEST_F(Table, DestructorKeepsInWhatReleasingThrows)
@@ -188,10 +187,9 @@ TEST_F(Table, PassesColumnArraysAsTheyAre)
     CZebPropTagArray columns;
     columns.Add(PR_SUBJECT_A, PR_ENTRYID, 0);
     table.SetColumns(columns);
-    EXPECT_EQ(ThrownBy([&] { table.SetColumns(static_cast<SPropTagArray*>(nullptr)); }),
-              MAPI_E_INVALID_PARAMETER);
-    EXPECT_THAT(double_.calls, ElementsAre("SetColumns(columns 0x0037001E 0x0FFF0102, flags 0)",
-                                           "SetColumns(no columns, flags 0)"));
+    EXPECT_EQ(ThrownBy([&] { table.SetColumns(static_cast<SPropTagArray*>(nullptr)); }), MAPI_E_INVALID_PARAMETER);
+    EXPECT_THAT(double_.calls,
+                ElementsAre("SetColumns(columns 0x0037001E 0x0FFF0102, flags 0)", "SetColumns(no columns, flags 0)"));
 }
 
 TEST_F(Table, ColumnListIsFreedWhenTheCallFails)
@@ -222,9 +220,9 @@ TEST_F(Table, ReadOfAllRestrictsSortsCountsAndReads)
     double_.subjects = {"a", "b", "c"};
     CZebRowSet rows;
     table.QueryRows(&rows, 0, &restriction, &order);
-    EXPECT_THAT(double_.calls, ElementsAre("Restrict(" + restrictionText + ", flags 0)",
-                                           "SortTable(" + orderText + ", flags 0)", "GetRowCount(flags 0)",
-                                           "QueryRows(rows 3, flags 0)"));
+    EXPECT_THAT(double_.calls,
+                ElementsAre("Restrict(" + restrictionText + ", flags 0)", "SortTable(" + orderText + ", flags 0)",
+                            "GetRowCount(flags 0)", "QueryRows(rows 3, flags 0)"));
     EXPECT_EQ(rows.Count(), 3u);
 }
 
@@ -266,10 +264,7 @@ TEST_F(Table, ReadOfAllGoesThroughTheVirtualOperations)
     public:
         using CZebTable::CZebTable;
         std::string seen;
-        void Restrict(SRestriction*, ULONG flags) override
-        {
-            seen += "Restrict " + std::to_string(flags) + ";";
-        }
+        void Restrict(SRestriction*, ULONG flags) override { seen += "Restrict " + std::to_string(flags) + ";"; }
         void SortTable(SSortOrderSet*) override { seen += "SortTable;"; }
         ULONG GetRowCount() override
         {
@@ -352,10 +347,9 @@ TEST_F(Table, BookmarksPositionAndSeekPassThrough)
     table.SortTable(&order);
     EXPECT_EQ(sought, -3);
     EXPECT_THAT(double_.calls,
-                ElementsAre("CreateBookmark()", "FreeBookmark(bookmark 5)", "QueryPosition()",
-                            "GetRowCount(flags 0)", "SeekRow(origin 2, rows -3)", "SeekRow(origin 1, rows 1)",
-                            "Restrict(" + restrictionText + ", flags 2)",
-                            "SortTable(" + orderText + ", flags 0)"));
+                ElementsAre("CreateBookmark()", "FreeBookmark(bookmark 5)", "QueryPosition()", "GetRowCount(flags 0)",
+                            "SeekRow(origin 2, rows -3)", "SeekRow(origin 1, rows 1)",
+                            "Restrict(" + restrictionText + ", flags 2)", "SortTable(" + orderText + ", flags 0)"));
 }
 
 TEST_F(Table, FindRowAnswersYesOrNo)

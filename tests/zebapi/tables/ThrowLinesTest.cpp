@@ -24,8 +24,7 @@ namespace
 class ThrowLines : public ::testing::Test
 {
 protected:
-    void ExpectThrowIn(const std::string& file, const std::function<void()>& body,
-                       const std::string& text = "")
+    void ExpectThrowIn(const std::string& file, const std::function<void()>& body, const std::string& text = "")
     {
         LogCapture log;
         EXPECT_NE(ThrownBy(body), S_OK) << file;

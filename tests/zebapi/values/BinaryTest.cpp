@@ -267,8 +267,7 @@ TEST_F(Binary, CopyToThatFailsLeavesTheTargetAlone)
     BYTE old = 0;
     SBinary target = {5, &old};
     memory.FailAllocation(1);
-    EXPECT_EQ(ThrownBy([&] { CZebBinary::CopyTo(target, BinaryOf(bytes), nullptr); }),
-              MAPI_E_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(ThrownBy([&] { CZebBinary::CopyTo(target, BinaryOf(bytes), nullptr); }), MAPI_E_NOT_ENOUGH_MEMORY);
     EXPECT_EQ(target.cb, 5u);
     EXPECT_EQ(target.lpb, &old);
 }
@@ -393,11 +392,7 @@ TEST_F(Binary, CopyToOfNoBytesWantsNoPointer)
     CZebBinary::CopyTo(target, SBinary{0, nullptr}, parent);
     EXPECT_EQ(target.cb, 0u);
     EXPECT_NE(target.lpb, nullptr);
-    EXPECT_EQ(ThrownBy(
-                  [&] {
-                      CZebBinary::CopyTo(target, SBinary{1, nullptr}, parent);
-                  }),
-              MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(ThrownBy([&] { CZebBinary::CopyTo(target, SBinary{1, nullptr}, parent); }), MAPI_E_INVALID_PARAMETER);
     EXPECT_EQ(target.cb, 0u) << "a failed check leaves the target alone";
     Zeb_MemFree(parent);
 }

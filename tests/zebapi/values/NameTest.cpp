@@ -121,8 +121,7 @@ TEST(Names, EveryValueOfEveryTableIsTheHeadersOwn)
         {
             const std::string name = NameAt(table.name, i);
             const ULONG value = HeaderValue(MacroOf(table.name, name));
-            EXPECT_EQ(Zeb_ValueAt(table.name, i),
-                      table.name == std::string("PropIDs") ? PROP_ID(value) : value)
+            EXPECT_EQ(Zeb_ValueAt(table.name, i), table.name == std::string("PropIDs") ? PROP_ID(value) : value)
                 << table.name << " " << name;
             ++compared;
         }
@@ -157,8 +156,7 @@ TEST(Names, FirstRowAnswersForAValueThatHasSeveral)
     EXPECT_STREQ(Zeb_NameFromValue("PropTags", PR_ATTACH_DATA_OBJ), "PR_ATTACH_DATA_OBJ");
     EXPECT_STREQ(Zeb_NameFromValue("PropType", 0x101E), "PT_MV_STRING8");
     EXPECT_STREQ(Zeb_NameFromValue("MAPIErrors", static_cast<ULONG>(E_NOTIMPL)), "E_NOTIMPL");
-    EXPECT_STREQ(Zeb_NameFromValue("MAPIErrors", static_cast<ULONG>(E_OUTOFMEMORY)),
-                 "MAPI_E_NOT_ENOUGH_MEMORY");
+    EXPECT_STREQ(Zeb_NameFromValue("MAPIErrors", static_cast<ULONG>(E_OUTOFMEMORY)), "MAPI_E_NOT_ENOUGH_MEMORY");
 }
 
 TEST(Names, LookUpsAnswerAsAScanWould)
@@ -210,8 +208,7 @@ TEST(Names, NoNameIsLongerThanFortyThreeCharacters)
     {
         for (ULONG i = 0; i < table.count; ++i)
         {
-            longest =
-                std::max(longest, std::strlen(Zeb_NameFromValue(table.name, Zeb_ValueAt(table.name, i))));
+            longest = std::max(longest, std::strlen(Zeb_NameFromValue(table.name, Zeb_ValueAt(table.name, i))));
         }
     }
     EXPECT_EQ(longest, 43u);

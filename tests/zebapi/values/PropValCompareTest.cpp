@@ -13,8 +13,7 @@ class PropValCompare : public PropValTest
 {
 protected:
     /// Two values of one type, under different property identifiers, filled by `fill`.
-    bool Same(ULONG type, const std::function<void(SPropValue&)>& fillA,
-              const std::function<void(SPropValue&)>& fillB)
+    bool Same(ULONG type, const std::function<void(SPropValue&)>& fillA, const std::function<void(SPropValue&)>& fillB)
     {
         SPropValue a = {};
         SPropValue b = {};
@@ -72,9 +71,7 @@ TEST_F(PropValCompare, WideNumbersCompareInBothHalves)
 {
     const auto number = [](LONGLONG n) { return [n](SPropValue& value) { value.Value.li.QuadPart = n; }; };
     const auto money = [](LONGLONG n) { return [n](SPropValue& value) { value.Value.cur.int64 = n; }; };
-    const auto time = [](DWORD low, DWORD high) {
-        return [=](SPropValue& value) { value.Value.ft = {low, high}; };
-    };
+    const auto time = [](DWORD low, DWORD high) { return [=](SPropValue& value) { value.Value.ft = {low, high}; }; };
     EXPECT_TRUE(Same(PT_I8, number(1LL << 40), number(1LL << 40)));
     EXPECT_FALSE(Same(PT_I8, number(1LL << 40), number(0)));
     EXPECT_FALSE(Same(PT_I8, number(1), number(0)));
@@ -184,8 +181,7 @@ TEST_F(PropValCompare, ArraysCompareElementByElementInOrder)
 TEST_F(PropValCompare, TypesWithoutAComparisonAreUnequal)
 {
     const auto nothing = [](SPropValue&) {};
-    for (ULONG type :
-         {PT_ERROR, PT_MV_BINARY, PT_OBJECT, PT_NULL, PT_UNSPECIFIED, PT_MV_R4, PT_MV_I8, PT_MV_CLSID})
+    for (ULONG type : {PT_ERROR, PT_MV_BINARY, PT_OBJECT, PT_NULL, PT_UNSPECIFIED, PT_MV_R4, PT_MV_I8, PT_MV_CLSID})
     {
         EXPECT_FALSE(Same(type, nothing, nothing)) << type;
     }

@@ -16,8 +16,7 @@ using PropValText = PropValTest;
 
 using platform::WideString;
 
-const ULONG printableTypes[] = {PT_I2,      PT_LONG,    PT_BOOLEAN, PT_I8,
-                                PT_STRING8, PT_UNICODE, PT_SYSTIME, PT_BINARY};
+const ULONG printableTypes[] = {PT_I2, PT_LONG, PT_BOOLEAN, PT_I8, PT_STRING8, PT_UNICODE, PT_SYSTIME, PT_BINARY};
 const ULONG otherTypes[] = {PT_R4,    PT_DOUBLE,  PT_CURRENCY,   PT_APPTIME, PT_ERROR,      PT_OBJECT,
                             PT_CLSID, PT_MV_LONG, PT_MV_STRING8, PT_NULL,    PT_UNSPECIFIED};
 

@@ -22,10 +22,11 @@ TEST_P(ProviderEnd, WithTheAddressBookOpenNeitherHangsNorCrashes)
     const zeb::test::TempFolder folder;
     const std::string path = folder.File("book.zeb");
     StoreFile::Create(path, "Book", {});
-    const std::string command =
-        zeb::platform::OwnFolder() + ZEB_END_HOST + " " + GetParam() + " \"" + path + "\"";
+    const std::string command = zeb::platform::OwnFolder() + ZEB_END_HOST + " " + GetParam() + " \"" + path + "\"";
     for (int i = 0; i < 5; ++i)
+    {
         ASSERT_EQ(std::system(command.c_str()), 0) << command;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Ways, ProviderEnd, testing::Values("exit", "unload", "abandon"),

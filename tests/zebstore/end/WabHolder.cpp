@@ -30,15 +30,25 @@ struct Held
     ~Held()
     {
         if (abandoned)
+        {
             return;
+        }
         if (table)
+        {
             table->Release();
+        }
         if (book)
+        {
             book->Release();
+        }
         if (wab)
+        {
             wab->Release();
+        }
         if (provider)
+        {
             zeb::platform::UnloadModule(provider);
+        }
     }
 };
 
@@ -53,11 +63,17 @@ HRESULT OpenTable(IAddrBook& book, IMAPITable** table)
     ULONG type = 0;
     IUnknown* container = nullptr;
     if (SUCCEEDED(result))
+    {
         result = book.OpenEntry(size, id, nullptr, 0, &type, &container);
+    }
     if (SUCCEEDED(result))
+    {
         result = static_cast<IABContainer*>(container)->GetContentsTable(0, table);
+    }
     if (container)
+    {
         container->Release();
+    }
     g_held.wab->FreeBuffer(id);
     return result;
 }
@@ -71,15 +87,21 @@ extern "C" ZEBAPI_EXPORT int HoldWab(const char* library, const char* file)
     using Open = HRESULT(STDMETHODCALLTYPE*)(LPADRBOOK*, LPWABOBJECT*, LPWAB_PARAM, DWORD);
     g_held.provider = zeb::platform::LoadModule(library, 0);
     if (!g_held.provider)
+    {
         return 1;
+    }
     const auto open = reinterpret_cast<Open>(zeb::platform::FindExport(g_held.provider, "WABOpen"));
     WAB_PARAM param{};
     param.cbSize = sizeof(param);
     param.szFileName = const_cast<char*>(file);
     if (!open || FAILED(open(&g_held.book, &g_held.wab, &param, 0)))
+    {
         return 2;
+    }
     if (FAILED(OpenTable(*g_held.book, &g_held.table)))
+    {
         return 3;
+    }
     ULONG_PTR connection = 0;
     const HRESULT result = g_held.table->Advise(fnevTableModified, &g_sink, &connection);
     return FAILED(result) ? 4 : 0;

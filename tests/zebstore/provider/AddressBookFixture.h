@@ -13,7 +13,9 @@ inline Bytes Joined(std::initializer_list<Bytes> parts)
 {
     Bytes all;
     for (const Bytes& each : parts)
+    {
         all.insert(all.end(), each.begin(), each.end());
+    }
     return all;
 }
 
@@ -40,7 +42,9 @@ public:
     ~Recipients()
     {
         for (ULONG i = 0; i < m_list->cEntries; ++i)
+        {
             Free(m_list->aEntries[i].rgPropVals);
+        }
     }
     Recipients(const Recipients&) = delete;
     Recipients& operator=(const Recipients&) = delete;
@@ -52,8 +56,12 @@ public:
     {
         const ADRENTRY& entry = m_list->aEntries[index];
         for (ULONG i = 0; i < entry.cValues; ++i)
+        {
             if (entry.rgPropVals[i].ulPropTag == tag)
+            {
                 return &entry.rgPropVals[i];
+            }
+        }
         return nullptr;
     }
     std::string TextOf(ULONG index, ULONG tag) const
@@ -92,10 +100,11 @@ protected:
     {
         ULONG found = 0;
         IUnknown* object = nullptr;
-        EXPECT_EQ(Book().OpenEntry(static_cast<ULONG>(id.size()), Id(id), nullptr, flags, &found, &object),
-                  expected);
+        EXPECT_EQ(Book().OpenEntry(static_cast<ULONG>(id.size()), Id(id), nullptr, flags, &found, &object), expected);
         if (type)
+        {
             *type = found;
+        }
         return Ref<Interface>::Adopt(static_cast<Interface*>(object));
     }
 
@@ -107,8 +116,12 @@ protected:
         EXPECT_EQ(Root()->GetHierarchyTable(0, &table), S_OK);
         const Rows rows(table, {PR_DISPLAY_NAME_A, PR_ENTRYID});
         for (ULONG i = 0; i < rows.Count(); ++i)
+        {
             if (rows.TextCell(i, 0) == name)
+            {
                 return rows.BytesCell(i, 1);
+            }
+        }
         ADD_FAILURE() << "no container " << name;
         return {};
     }
@@ -145,7 +158,9 @@ protected:
         EXPECT_EQ(list->SaveChanges(KEEP_OPEN_READWRITE), S_OK);
         const Bytes id = GetBytes(list.Get(), PR_ENTRYID);
         for (const Bytes& each : members)
+        {
             EXPECT_EQ(AddMember(id, each), S_OK);
+        }
         return id;
     }
 
@@ -167,7 +182,9 @@ protected:
         const Rows rows(table, {PR_DISPLAY_NAME_A});
         std::vector<std::string> names;
         for (ULONG i = 0; i < rows.Count(); ++i)
+        {
             names.push_back(rows.TextCell(i, 0));
+        }
         return names;
     }
 
@@ -214,7 +231,9 @@ protected:
         for (const std::string& each : addresses)
         {
             if (!each.empty())
+            {
                 Set(message.Get(), NarrowValue(ContactTag(*message.Get(), number), each.c_str()));
+            }
             number += 0x10;
         }
         EXPECT_EQ(message->SaveChanges(KEEP_OPEN_READWRITE), S_OK);

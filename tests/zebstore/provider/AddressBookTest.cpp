@@ -20,8 +20,7 @@ TEST_F(AddressBooks, HaveARootWithTheGlobalAddressListAndTheContacts)
     EXPECT_EQ(type, MAPI_ABCONT);
     IMAPITable* table = nullptr;
     ASSERT_EQ(root->GetHierarchyTable(CONVENIENT_DEPTH, &table), S_OK);
-    const Rows rows(table,
-                    {PR_DISPLAY_NAME_A, PR_DISPLAY_TYPE, PR_OBJECT_TYPE, PR_CONTAINER_FLAGS, PR_DEPTH});
+    const Rows rows(table, {PR_DISPLAY_NAME_A, PR_DISPLAY_TYPE, PR_OBJECT_TYPE, PR_CONTAINER_FLAGS, PR_DEPTH});
     ASSERT_EQ(rows.Count(), 2u);
     EXPECT_EQ(rows.TextCell(0, 0), "Global Address List");
     EXPECT_EQ(rows.Cell(0, 1).Value.l, LONG(DT_GLOBAL));
@@ -82,7 +81,9 @@ TEST_F(AddressBooks, AddressOfAnotherTypeIsNoSmtpAddress)
 TEST_F(AddressBooks, ListTheirEntriesByName)
 {
     for (const char* name : {"Chen", "ada", "Boris"})
+    {
         AddUser(name);
+    }
     EXPECT_EQ(NamesIn(*Directory()), (Texts{"ada", "Boris", "Chen"}));
     IMAPITable* table = nullptr;
     ASSERT_EQ(Directory()->GetContentsTable(MAPI_UNICODE, &table), S_OK);
@@ -265,8 +266,7 @@ TEST_F(AddressBooks, CopyAndDeleteEntries)
     const Bytes oneOff = OneOff("Eve", "SMTP", "eve@example.org");
     EntryList entries(oneOff);
     EXPECT_EQ(Directory()->CopyEntries(&entries, 0, nullptr, 0), S_OK);
-    EXPECT_EQ(Directory()->CopyEntries(&entries, 0, nullptr, AB_NO_DIALOG | CREATE_CHECK_DUP_LOOSE),
-              MAPI_E_COLLISION);
+    EXPECT_EQ(Directory()->CopyEntries(&entries, 0, nullptr, AB_NO_DIALOG | CREATE_CHECK_DUP_LOOSE), MAPI_E_COLLISION);
     const Bytes boris = AddUser("Boris");
     EXPECT_EQ(NamesIn(*Directory()), (Texts{"Boris", "Eve"}));
     EntryList away(boris);
@@ -301,8 +301,7 @@ TEST_F(AddressBooks, ACopyHasNothingOfTheIdentifierOfWhatItWasMadeOf)
 TEST_F(AddressBooks, AnEntryThatReplacedAnotherGoesOnAsThatOne)
 {
     const Bytes id = AddUser("Ada", "ada@example.org");
-    const Ref<IMAPIProp> user =
-        New(*Directory(), PR_DEF_CREATE_MAILUSER, CREATE_CHECK_DUP_LOOSE | CREATE_REPLACE);
+    const Ref<IMAPIProp> user = New(*Directory(), PR_DEF_CREATE_MAILUSER, CREATE_CHECK_DUP_LOOSE | CREATE_REPLACE);
     Set(user.Get(), NarrowValue(PR_DISPLAY_NAME_A, "Ada"));
     EXPECT_EQ(user->SaveChanges(KEEP_OPEN_READWRITE), S_OK);
     EXPECT_EQ(GetBytes(user.Get(), PR_ENTRYID), id);
@@ -328,11 +327,10 @@ TEST_F(AddressBooks, TheSessionOpensTheirEntriesToo)
     EXPECT_EQ(GetText(Open<IMailUser>(user, IID_IMailUser).Get(), PR_DISPLAY_NAME_A), "Ada");
     EXPECT_EQ(GetText(Open<IMAPIProp>(DirectoryId(), IID_IABContainer).Get(), PR_DISPLAY_NAME_A),
               "Global Address List");
-    EXPECT_EQ(GetText(Open<IMAPIProp>(ContactsId(), IID_IMAPIContainer).Get(), PR_DISPLAY_NAME_A),
-              "Contacts");
+    EXPECT_EQ(GetText(Open<IMAPIProp>(ContactsId(), IID_IMAPIContainer).Get(), PR_DISPLAY_NAME_A), "Contacts");
     ULONG same = 0;
-    EXPECT_EQ(Book().CompareEntryIDs(static_cast<ULONG>(user.size()), Id(user),
-                                     static_cast<ULONG>(user.size()), Id(user), 0, &same),
+    EXPECT_EQ(Book().CompareEntryIDs(static_cast<ULONG>(user.size()), Id(user), static_cast<ULONG>(user.size()),
+                                     Id(user), 0, &same),
               S_OK);
     EXPECT_EQ(same, 1u);
 }
@@ -365,9 +363,8 @@ TEST_F(AddressBooks, TheDefaultDirectoryIsTheGlobalAddressListUntilAnotherIsChos
 const SPropValue* FoundIn(const SRow& row, ULONG tag)
 {
     const SPropValue* const end = row.lpProps + row.cValues;
-    const SPropValue* const found =
-        std::find_if(row.lpProps, row.lpProps + row.cValues,
-                     [&](const SPropValue& each) { return each.ulPropTag == tag; });
+    const SPropValue* const found = std::find_if(row.lpProps, row.lpProps + row.cValues,
+                                                 [&](const SPropValue& each) { return each.ulPropTag == tag; });
     return found == end ? nullptr : found;
 }
 
@@ -379,8 +376,12 @@ TEST_F(AddressBooks, TheSearchPathIsKept)
         EXPECT_EQ(Book().GetSearchPath(0, &rows), S_OK);
         Texts names;
         for (ULONG i = 0; rows && i < rows->cRows; ++i)
+        {
             if (const SPropValue* name = FoundIn(rows->aRow[i], PR_DISPLAY_NAME_A))
+            {
                 names.emplace_back(name->Value.lpszA);
+            }
+        }
         FreeProws(rows);
         return names;
     };
@@ -407,7 +408,9 @@ TEST_F(AddressBooks, TheSearchPathIsKept)
 TEST_F(AddressBooks, ATemplateIsNoEntryThatOpens)
 {
     for (const ULONG tag : {PR_DEF_CREATE_MAILUSER, PR_DEF_CREATE_DL})
+    {
         OpenInBook<IMAPIProp>(GetBytes(Directory().Get(), tag), 0, nullptr, MAPI_E_INVALID_ENTRYID);
+    }
 }
 
 TEST_F(AddressBooks, AContainerKeepsNoPropertiesOfOthers)
@@ -437,8 +440,7 @@ TEST_F(AddressBooks, TheRootStandsAboveItsContainersWhichOpenAsATableToo)
 TEST_F(AddressBooks, WhatNeedsAWindowIsNotSupported)
 {
     EXPECT_EQ(Book().Address(nullptr, nullptr, nullptr), MAPI_E_NO_SUPPORT);
-    EXPECT_EQ(Book().Details(nullptr, nullptr, nullptr, 0, nullptr, nullptr, nullptr, nullptr, 0),
-              MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(Book().Details(nullptr, nullptr, nullptr, 0, nullptr, nullptr, nullptr, nullptr, 0), MAPI_E_NO_SUPPORT);
     EXPECT_EQ(Book().RecipOptions(0, 0, nullptr), MAPI_E_NO_SUPPORT);
     EXPECT_EQ(Book().NewEntry(0, 0, 0, nullptr, 0, nullptr, nullptr, nullptr), MAPI_E_NO_SUPPORT);
     EXPECT_NE(BookErrorText(MAPI_E_NO_SUPPORT).find("window"), std::string::npos);

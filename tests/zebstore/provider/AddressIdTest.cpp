@@ -27,8 +27,8 @@ TEST_F(AddressIds, OneOffIdentifiersOpenToUsers)
     ENTRYID* id = nullptr;
     EXPECT_EQ(Book().CreateOneOff(reinterpret_cast<LPTSTR>(const_cast<WCHAR*>(ZEBW("Zo\u00eb"))),
                                   reinterpret_cast<LPTSTR>(const_cast<WCHAR*>(ZEBW("SMTP"))),
-                                  reinterpret_cast<LPTSTR>(const_cast<WCHAR*>(ZEBW("z@example.org"))),
-                                  MAPI_UNICODE, &size, &id),
+                                  reinterpret_cast<LPTSTR>(const_cast<WCHAR*>(ZEBW("z@example.org"))), MAPI_UNICODE,
+                                  &size, &id),
               S_OK);
     const Buffer<ENTRYID> owner(id);
     const BYTE* bytes = reinterpret_cast<const BYTE*>(id);
@@ -50,14 +50,16 @@ TEST_F(AddressIds, EveryCutIdentifierIsRefusedWithASentence)
     IMAPITable* table = nullptr;
     ASSERT_EQ(Contacts()->GetContentsTable(0, &table), S_OK);
     const Bytes contactEntry = Rows(table, {PR_ENTRYID}).BytesCell(0, 0);
-    for (const Bytes& whole : {DirectoryId(), ContactsId(), AddUser("U"), AddList("L"), contactEntry,
-                               OneOff("E", "SMTP", "e@x.org")})
+    for (const Bytes& whole :
+         {DirectoryId(), ContactsId(), AddUser("U"), AddList("L"), contactEntry, OneOff("E", "SMTP", "e@x.org")})
+    {
         for (size_t size = 1; size < whole.size(); ++size)
         {
-            OpenInBook<IMAPIProp>(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)), 0,
-                                  nullptr, MAPI_E_INVALID_ENTRYID);
+            OpenInBook<IMAPIProp>(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)), 0, nullptr,
+                                  MAPI_E_INVALID_ENTRYID);
             ASSERT_NE(BookErrorText(MAPI_E_INVALID_ENTRYID).find("entry identifier"), std::string::npos);
         }
+    }
     Bytes damaged = DirectoryId();
     damaged.back() ^= 1;
     OpenInBook<IMAPIProp>(damaged, 0, nullptr, MAPI_E_INVALID_ENTRYID);
@@ -73,19 +75,20 @@ TEST_F(AddressIds, AnIdentifierWithAnyOtherByteOrOneMoreOpensNothing)
     const auto opens = [&](const Bytes& id)
     {
         IUnknown* object = nullptr;
-        const HRESULT code =
-            Book().OpenEntry(static_cast<ULONG>(id.size()), Id(id), nullptr, 0, nullptr, &object);
+        const HRESULT code = Book().OpenEntry(static_cast<ULONG>(id.size()), Id(id), nullptr, 0, nullptr, &object);
         const Ref<IUnknown> owner = Ref<IUnknown>::Adopt(object);
         EXPECT_TRUE(SUCCEEDED(code) || code == MAPI_E_INVALID_ENTRYID || code == MAPI_E_NOT_FOUND) << code;
         return SUCCEEDED(code);
     };
     for (const Bytes& whole : {DirectoryId(), AddUser("U"), AddList("L"), contact})
+    {
         for (size_t at = 0; at < whole.size(); ++at)
         {
             Bytes damaged = whole;
             damaged[at] ^= 0x40;
             EXPECT_FALSE(opens(damaged)) << whole.size() << " bytes, at " << at;
         }
+    }
     const Bytes root = GetBytes(Root().Get(), PR_ENTRYID);
     for (Bytes longer : {root, DirectoryId(), ContactsId(), AddUser("V"), contact})
     {
@@ -129,8 +132,7 @@ TEST_F(AddressIds, AContactsIdentifierWhoseFolderIsCutSaysSo)
     Bytes id = ContactsId();
     id.resize(id.size() - 5);
     OpenInBook<IMAPIProp>(id, 0, nullptr, MAPI_E_INVALID_ENTRYID);
-    EXPECT_NE(BookErrorText(MAPI_E_INVALID_ENTRYID).find("contacts folder's own identifier"),
-              std::string::npos)
+    EXPECT_NE(BookErrorText(MAPI_E_INVALID_ENTRYID).find("contacts folder's own identifier"), std::string::npos)
         << BookErrorText(MAPI_E_INVALID_ENTRYID);
 }
 

@@ -14,7 +14,9 @@ protected:
         IAttach* attach = nullptr;
         EXPECT_EQ(message.CreateAttach(nullptr, 0, &given, &attach), S_OK);
         if (number)
+        {
             *number = given;
+        }
         EXPECT_EQ(Set(attach, NarrowValue(PR_ATTACH_FILENAME_A, name)), S_OK);
         return Ref<IAttach>::Adopt(attach);
     }
@@ -26,7 +28,9 @@ protected:
         const Rows rows(table, {PR_ATTACH_FILENAME_A, PR_ATTACH_NUM});
         Texts names;
         for (ULONG i = 0; i < rows.Count(); ++i)
+        {
             names.push_back(rows.TextCell(i, 0) + ":" + std::to_string(rows.Cell(i, 1).Value.l));
+        }
         return names;
     }
 

@@ -34,8 +34,7 @@ protected:
     {
         const Bytes id = StoreId();
         IMsgStore* store = nullptr;
-        const HRESULT result =
-            Session().OpenMsgStore(0, static_cast<ULONG>(id.size()), Id(id), nullptr, flags, &store);
+        const HRESULT result = Session().OpenMsgStore(0, static_cast<ULONG>(id.size()), Id(id), nullptr, flags, &store);
         const Ref<IMsgStore> owner = Ref<IMsgStore>::Adopt(store);
         return result;
     }
@@ -60,9 +59,7 @@ protected:
     static ULONG CountOf(IMAPIFolder& folder, ULONG flags, bool hierarchy = false)
     {
         IMAPITable* table = nullptr;
-        EXPECT_EQ(hierarchy ? folder.GetHierarchyTable(flags, &table)
-                            : folder.GetContentsTable(flags, &table),
-                  S_OK);
+        EXPECT_EQ(hierarchy ? folder.GetHierarchyTable(flags, &table) : folder.GetContentsTable(flags, &table), S_OK);
         return Rows(table, {PR_ENTRYID}).Count();
     }
 };
@@ -70,7 +67,9 @@ protected:
 TEST_F(Clients, OpenStoresAndEntriesPastCopiesThatAreNotThere)
 {
     for (const ULONG flag : {MdbOnlineFlag, NoCacheFlag, CacheOnlyFlag})
+    {
         EXPECT_EQ(OpenStoreCode(flag | MAPI_BEST_ACCESS), S_OK) << std::hex << flag;
+    }
     EXPECT_EQ(OpenStoreCode(0x400000), MAPI_E_UNKNOWN_FLAGS);
     const Ref<IMAPIFolder> inbox = Inbox();
     const Bytes id = SaveMessage(*inbox);
@@ -80,8 +79,7 @@ TEST_F(Clients, OpenStoresAndEntriesPastCopiesThatAreNotThere)
         EXPECT_EQ(GetText(message.Get(), PR_SUBJECT_A), "Hello") << std::hex << flag;
         IUnknown* object = nullptr;
         ULONG type = 0;
-        EXPECT_EQ(inbox->OpenEntry(static_cast<ULONG>(id.size()), Id(id), nullptr, flag, &type, &object),
-                  S_OK);
+        EXPECT_EQ(inbox->OpenEntry(static_cast<ULONG>(id.size()), Id(id), nullptr, flag, &type, &object), S_OK);
         Ref<IUnknown>::Adopt(object);
     }
 }
@@ -93,7 +91,9 @@ TEST_F(Clients, SaveWithWhatTheyKnowOfMailThatJustCame)
     ASSERT_EQ(inbox->CreateMessage(nullptr, ItemProcFlag, &made), S_OK);
     const Ref<IMessage> message = Ref<IMessage>::Adopt(made);
     for (const ULONG flag : {SpamFilterFlag, ItemProcFlag, NonExchangeSaveFlag})
+    {
         EXPECT_EQ(message->SaveChanges(KEEP_OPEN_READWRITE | flag), S_OK) << std::hex << flag;
+    }
     EXPECT_EQ(message->SaveChanges(0x10), MAPI_E_UNKNOWN_FLAGS);
 }
 
@@ -152,8 +152,7 @@ TEST_F(Clients, AreRefusedIdentifiersThatNoPropertyHas)
     const Ref<IMessage> message = NewMessage(*Inbox());
     for (const ULONG id : {0u, 0xFFFFu, 0x8123u})
     {
-        EXPECT_EQ(Set(message.Get(), LongValue(PROP_TAG(PT_LONG, id), 1)), MAPI_E_UNEXPECTED_ID)
-            << std::hex << id;
+        EXPECT_EQ(Set(message.Get(), LongValue(PROP_TAG(PT_LONG, id), 1)), MAPI_E_UNEXPECTED_ID) << std::hex << id;
         IUnknown* stream = nullptr;
         EXPECT_EQ(message->OpenProperty(PROP_TAG(PT_BINARY, id), &IID_IStream, STGM_READWRITE,
                                         MAPI_CREATE | MAPI_MODIFY, &stream),
@@ -180,9 +179,13 @@ TEST_F(Clients, ReadWhatEveryMessageHas)
     const Ref<IMessage> message = OpenMessage(id);
     EXPECT_EQ(GetLong(message.Get(), PR_IMPORTANCE), LONG(IMPORTANCE_NORMAL));
     for (const ULONG tag : {PR_SENSITIVITY, PR_PRIORITY, PR_MSG_STATUS})
+    {
         EXPECT_EQ(GetLong(message.Get(), tag), 0) << std::hex << tag;
+    }
     for (const ULONG tag : {PR_DISPLAY_TO_A, PR_DISPLAY_CC_A, PR_DISPLAY_BCC_A})
+    {
         EXPECT_EQ(GetText(message.Get(), tag), "") << std::hex << tag;
+    }
     IMAPITable* table = nullptr;
     ASSERT_EQ(inbox->GetContentsTable(0, &table), S_OK);
     SRestriction normal{};
@@ -283,9 +286,12 @@ TEST_F(Clients, KnowFoldersAndTheirChangesByTimesAndKeysThatAreNotListed)
     ASSERT_EQ(folder->GetPropList(0, &tags), S_OK);
     const Buffer<SPropTagArray> owner(tags);
     for (ULONG i = 0; i < tags->cValues; ++i)
-        for (const ULONG tag :
-             {PR_CREATION_TIME, PR_LAST_MODIFICATION_TIME, PrChangeKey, PrPredecessorChangeList})
+    {
+        for (const ULONG tag : {PR_CREATION_TIME, PR_LAST_MODIFICATION_TIME, PrChangeKey, PrPredecessorChangeList})
+        {
             EXPECT_NE(PROP_ID(tags->aulPropTag[i]), PROP_ID(tag));
+        }
+    }
     IMAPITable* table = nullptr;
     ASSERT_EQ(inbox->GetHierarchyTable(0, &table), S_OK);
     const Rows rows(table, {PR_CREATION_TIME, PR_LAST_MODIFICATION_TIME, PrChangeKey});
@@ -336,7 +342,8 @@ TEST_F(Clients, GetAttachmentsByTheInterfaceTheyAskFor)
     other->Release();
 }
 
-// What is in the file is asked for once: a message of very many attachments is made in time that grows with their number.
+// What is in the file is asked for once: a message of very many attachments is
+// made in time that grows with their number.
 TEST_F(Clients, AddAttachmentsWithoutALookAtThoseThatAreThere)
 {
     const Ref<IMessage> message = OpenMessage(SaveMessage(*Inbox()));
@@ -345,14 +352,11 @@ TEST_F(Clients, AddAttachmentsWithoutALookAtThoseThatAreThere)
     for (int i = 0; i < 3; ++i)
     {
         statements = 0;
-        sqlite3_trace_v2(
-            handle, SQLITE_TRACE_STMT,
-            [](unsigned, void* counted, void*, void*)
-            {
-                ++*static_cast<int*>(counted);
-                return 0;
-            },
-            &statements);
+        sqlite3_trace_v2(handle, SQLITE_TRACE_STMT, [](unsigned, void* counted, void*, void*)
+        {
+            ++*static_cast<int*>(counted);
+            return 0;
+        }, &statements);
         ULONG number = 0;
         IAttach* attach = nullptr;
         EXPECT_EQ(message->CreateAttach(nullptr, 0, &number, &attach), S_OK);
@@ -396,9 +400,7 @@ TEST_F(Clients, ReadAStoreThatNothingCanBeWrittenOfOrNextTo)
         {
             std::ifstream trace(switches.traceFile);
             const std::string text((std::istreambuf_iterator<char>(trace)), {});
-            EXPECT_NE(text.find("sealed #1%/main.zeb' is opened as one that nobody writes"),
-                      std::string::npos)
-                << text;
+            EXPECT_NE(text.find("sealed #1%/main.zeb' is opened as one that nobody writes"), std::string::npos) << text;
         }
     }
     ApplySwitches({});

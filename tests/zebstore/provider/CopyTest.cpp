@@ -77,7 +77,9 @@ protected:
         const Rows rows(table, {tag});
         Texts texts;
         for (ULONG i = 0; i < rows.Count(); ++i)
+        {
             texts.push_back(rows.TextCell(i, 0));
+        }
         return texts;
     }
     static Texts Recipients(IMessage& message)
@@ -100,9 +102,8 @@ protected:
     }
 
     template <typename Object>
-    static HRESULT CopyTo(Object& source, IMAPIProp& target, ULONG flags = 0,
-                          std::vector<ULONG> excluded = {}, IMAPIProgress* progress = nullptr,
-                          SPropProblemArray** problems = nullptr)
+    static HRESULT CopyTo(Object& source, IMAPIProp& target, ULONG flags = 0, std::vector<ULONG> excluded = {},
+                          IMAPIProgress* progress = nullptr, SPropProblemArray** problems = nullptr)
     {
         excluded.insert(excluded.begin(), static_cast<ULONG>(excluded.size()));
         return source.CopyTo(0, nullptr, reinterpret_cast<LPSPropTagArray>(excluded.data()), 0, progress,
@@ -112,8 +113,8 @@ protected:
                              SPropProblemArray** problems = nullptr)
     {
         tags.insert(tags.begin(), static_cast<ULONG>(tags.size()));
-        return source.CopyProps(reinterpret_cast<LPSPropTagArray>(tags.data()), 0, nullptr, &IID_IMAPIProp,
-                                &target, flags, problems);
+        return source.CopyProps(reinterpret_cast<LPSPropTagArray>(tags.data()), 0, nullptr, &IID_IMAPIProp, &target,
+                                flags, problems);
     }
 
     /// A saved message with a recipient and an attachment.
@@ -287,15 +288,13 @@ TEST_F(Copies, OfAFolderLeaveOutWhatIsExcluded)
     EXPECT_EQ(Subjects(*first, MAPI_ASSOCIATED), Texts({"c"}));
     EXPECT_EQ(Subfolders(*first), Texts({"Inner"}));
     const Ref<IMAPIFolder> second = NewFolder(*place, "second");
-    EXPECT_EQ(CopyTo(*source, *second, 0,
-                     {PR_CONTAINER_HIERARCHY, PR_FOLDER_ASSOCIATED_CONTENTS, PR_DISPLAY_NAME_A}),
+    EXPECT_EQ(CopyTo(*source, *second, 0, {PR_CONTAINER_HIERARCHY, PR_FOLDER_ASSOCIATED_CONTENTS, PR_DISPLAY_NAME_A}),
               S_OK);
     EXPECT_EQ(Subjects(*second), Texts({"a", "b"}));
     EXPECT_EQ(Subjects(*second, MAPI_ASSOCIATED), Texts());
     EXPECT_EQ(Subfolders(*second), Texts());
     const Ref<IMAPIFolder> third = NewFolder(*place, "third");
-    EXPECT_EQ(source->CopyTo(1, &IID_IMAPIContainer, nullptr, 0, nullptr, &IID_IMAPIFolder, third.Get(), 0,
-                             nullptr),
+    EXPECT_EQ(source->CopyTo(1, &IID_IMAPIContainer, nullptr, 0, nullptr, &IID_IMAPIFolder, third.Get(), 0, nullptr),
               S_OK);
     EXPECT_EQ(GetText(third.Get(), PR_COMMENT_A), "kept");
     EXPECT_EQ(Subjects(*third), Texts());
@@ -374,7 +373,9 @@ TEST_F(Copies, OfAFolderTellTheirProgressAndStopWhenTheUserCancels)
     const Ref<IMAPIFolder> inbox = Inbox();
     const Ref<IMAPIFolder> source = Tree(*inbox);
     for (int i = 0; i < 150; ++i)
+    {
         SaveMessage(*source, "more");
+    }
     const Ref<IMAPIFolder> place = NewFolder(*inbox, "Place");
     ProgressDouble progress;
     EXPECT_EQ(CopyTo(*source, *NewFolder(*place, "one"), 0, {PR_DISPLAY_NAME_A}, &progress), S_OK);
@@ -439,9 +440,7 @@ TEST_F(Copies, NumberTheirProblemsByTheTagsThatWereGiven)
     const Ref<IMAPIFolder> source = Tree(*inbox);
     const Ref<IMAPIFolder> target = NewFolder(*inbox, "Target");
     SPropProblemArray* problems = nullptr;
-    EXPECT_EQ(
-        CopyProps(*source, *target, {PR_CONTAINER_CLASS_A, PR_COMMENT_A, PR_DISPLAY_NAME_A}, 0, &problems),
-        S_OK);
+    EXPECT_EQ(CopyProps(*source, *target, {PR_CONTAINER_CLASS_A, PR_COMMENT_A, PR_DISPLAY_NAME_A}, 0, &problems), S_OK);
     const Buffer<SPropProblemArray> owner(problems);
     ASSERT_NE(problems, nullptr);
     EXPECT_EQ(problems->aProblem[0].ulIndex, 2u);

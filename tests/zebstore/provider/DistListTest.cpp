@@ -33,11 +33,12 @@ TEST_F(DistLists, AreContainersOfTheirMembers)
     EXPECT_EQ(team->GetHierarchyTable(0, &table), MAPI_E_NO_SUPPORT);
     ULONG memberType = 0;
     IUnknown* member = nullptr;
-    EXPECT_EQ(team->OpenEntry(static_cast<ULONG>(ada.size()), Id(ada), nullptr, 0, &memberType, &member),
-              S_OK);
+    EXPECT_EQ(team->OpenEntry(static_cast<ULONG>(ada.size()), Id(ada), nullptr, 0, &memberType, &member), S_OK);
     EXPECT_EQ(memberType, MAPI_MAILUSER);
     if (member)
+    {
         member->Release();
+    }
 }
 
 TEST_F(DistLists, AnOpenTableFollowsTheMembers)
@@ -66,9 +67,7 @@ TEST_F(DistLists, AnOpenTableFollowsTheContactsAmongTheMembersToo)
     ASSERT_EQ(Contacts()->GetContentsTable(0, &table), S_OK);
     const Bytes list = AddList("Team", {Rows(table, {PR_ENTRYID}).BytesCell(0, 0)});
     IUnknown* opened = nullptr;
-    ASSERT_EQ(
-        OpenInBook<IDistList>(list)->OpenProperty(PR_CONTAINER_CONTENTS, &IID_IMAPITable, 0, 0, &opened),
-        S_OK);
+    ASSERT_EQ(OpenInBook<IDistList>(list)->OpenProperty(PR_CONTAINER_CONTENTS, &IID_IMAPITable, 0, 0, &opened), S_OK);
     const Ref<IMAPITable> members = Ref<IMAPITable>::Adopt(static_cast<IMAPITable*>(opened));
     const auto names = [&]
     {
@@ -112,8 +111,8 @@ TEST_F(DistLists, ACopyHasTheMembersToo)
     const Bytes copy = AddList("Copy");
     const auto target = OpenInBook<IDistList>(copy, MAPI_BEST_ACCESS);
     SizedSPropTagArray(1, names) = {1, {PR_DISPLAY_NAME}};
-    ASSERT_EQ(OpenInBook<IDistList>(list)->CopyTo(0, nullptr, reinterpret_cast<LPSPropTagArray>(&names), 0,
-                                                  nullptr, &IID_IDistList, target.Get(), 0, nullptr),
+    ASSERT_EQ(OpenInBook<IDistList>(list)->CopyTo(0, nullptr, reinterpret_cast<LPSPropTagArray>(&names), 0, nullptr,
+                                                  &IID_IDistList, target.Get(), 0, nullptr),
               S_OK);
     EXPECT_EQ(target->SaveChanges(0), S_OK);
     EXPECT_EQ(Members(copy), (Texts{"Ada", "Eve"}));
@@ -127,8 +126,8 @@ TEST_F(DistLists, ACopyLeavesTheMembersOutWhenTheyAreExcluded)
     const Bytes copy = AddList("Copy");
     const auto target = OpenInBook<IDistList>(copy, MAPI_BEST_ACCESS);
     SizedSPropTagArray(2, without) = {2, {PR_DISPLAY_NAME, PR_CONTAINER_CONTENTS}};
-    ASSERT_EQ(OpenInBook<IDistList>(list)->CopyTo(0, nullptr, reinterpret_cast<LPSPropTagArray>(&without), 0,
-                                                  nullptr, &IID_IDistList, target.Get(), 0, nullptr),
+    ASSERT_EQ(OpenInBook<IDistList>(list)->CopyTo(0, nullptr, reinterpret_cast<LPSPropTagArray>(&without), 0, nullptr,
+                                                  &IID_IDistList, target.Get(), 0, nullptr),
               S_OK);
     EXPECT_EQ(target->SaveChanges(0), S_OK);
     EXPECT_EQ(Members(copy), Texts());
@@ -217,8 +216,8 @@ TEST_F(NameResolving, GivesTheColumnsThatAreAskedForAndTheIdentifier)
     const Bytes ada = AddUser("Ada Brandt", "ada@example.org");
     Recipients recipients({"bran"});
     SizedSPropTagArray(1, tags) = {1, {PR_EMAIL_ADDRESS_W}};
-    EXPECT_EQ(Directory()->ResolveNames(reinterpret_cast<LPSPropTagArray>(&tags), MAPI_UNICODE,
-                                        recipients.List(), recipients.Found()),
+    EXPECT_EQ(Directory()->ResolveNames(reinterpret_cast<LPSPropTagArray>(&tags), MAPI_UNICODE, recipients.List(),
+                                        recipients.Found()),
               S_OK);
     EXPECT_EQ(recipients.Flag(0), MAPI_RESOLVED);
     const SPropValue* id = recipients.Value(0, PR_ENTRYID);
@@ -234,8 +233,7 @@ TEST_F(NameResolving, LeavesWhatIsMarkedAsResolvedAndTakesWhatHasAnEmptyIdentifi
     Recipients recipients({"ada", "ada", "ada"});
     recipients.Found()->ulFlag[0] = MAPI_RESOLVED;
     recipients.List()->aEntries[1].rgPropVals[0] = BinaryValue(PR_ENTRYID, {});
-    recipients.List()->aEntries[2].rgPropVals[0] =
-        LongValue(CHANGE_PROP_TYPE(PR_COMMENT, PT_ERROR), MAPI_E_NOT_FOUND);
+    recipients.List()->aEntries[2].rgPropVals[0] = LongValue(CHANGE_PROP_TYPE(PR_COMMENT, PT_ERROR), MAPI_E_NOT_FOUND);
     EXPECT_EQ(Directory()->ResolveNames(nullptr, 0, recipients.List(), recipients.Found()), S_OK);
     EXPECT_EQ(recipients.Value(0, PR_ENTRYID), nullptr);
     for (const ULONG taken : {1, 2})
@@ -244,8 +242,7 @@ TEST_F(NameResolving, LeavesWhatIsMarkedAsResolvedAndTakesWhatHasAnEmptyIdentifi
         EXPECT_EQ(recipients.TextOf(taken, PR_EMAIL_ADDRESS_A), "ada@example.org");
     }
     recipients.Found()->cFlags = 2;
-    EXPECT_EQ(Directory()->ResolveNames(nullptr, 0, recipients.List(), recipients.Found()),
-              MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(Directory()->ResolveNames(nullptr, 0, recipients.List(), recipients.Found()), MAPI_E_INVALID_PARAMETER);
 }
 
 TEST_F(NameResolving, TheWholeNameGoesBeforeItsLongerOnes)
@@ -269,7 +266,9 @@ TEST_F(NameResolving, TheAddressBookLooksIntoItsSearchPathAndTakesAddressesAsThe
     EXPECT_EQ(recipients.TextOf(3, PR_ADDRTYPE_A), "FAX");
     EXPECT_EQ(recipients.TextOf(3, PR_EMAIL_ADDRESS_A), "+49 30 1");
     for (ULONG i = 0; i < 4; ++i)
+    {
         EXPECT_NE(recipients.Value(i, PR_ENTRYID), nullptr) << i;
+    }
 }
 
 TEST_F(NameResolving, TheFirstContainerThatKnowsTheNameAloneDecides)
@@ -286,8 +285,8 @@ TEST_F(NameResolving, TheFirstContainerThatKnowsTheNameAloneDecides)
 
 TEST_F(NameResolving, WhatOnlyLooksLikeAnAddressIsANameThatNobodyHas)
 {
-    for (const char* name : {":+49 30 1", "FAX:", "see this:+49 30 1", "eve@example.org:x y",
-                             "Eve eve@example.org", "eve@example.org,ada@example.org"})
+    for (const char* name : {":+49 30 1", "FAX:", "see this:+49 30 1", "eve@example.org:x y", "Eve eve@example.org",
+                             "eve@example.org,ada@example.org"})
     {
         Recipients recipients({name});
         EXPECT_EQ(Book().ResolveName(0, 0, nullptr, recipients.List()), MAPI_E_NOT_FOUND) << name;
@@ -361,7 +360,9 @@ protected:
         const Rows rows(table, {PR_ENTRYID});
         std::vector<Bytes> ids;
         for (ULONG i = 0; i < rows.Count(); ++i)
+        {
             ids.push_back(rows.BytesCell(i, 0));
+        }
         return ids;
     }
 };
@@ -373,8 +374,7 @@ TEST_F(ContactBooks, AreTheMessagesOfTheContactsFolder)
     NewMessage(*ContactsFolder(), "a note")->SaveChanges(0);
     IMAPITable* table = nullptr;
     ASSERT_EQ(Contacts()->GetContentsTable(0, &table), S_OK);
-    const Rows rows(table,
-                    {PR_DISPLAY_NAME_A, PR_EMAIL_ADDRESS_A, PR_ADDRTYPE_A, SmtpAddress, PR_OBJECT_TYPE});
+    const Rows rows(table, {PR_DISPLAY_NAME_A, PR_EMAIL_ADDRESS_A, PR_ADDRTYPE_A, SmtpAddress, PR_OBJECT_TYPE});
     ASSERT_EQ(rows.Count(), 2u);
     EXPECT_EQ(rows.TextCell(0, 0), "Ada Brandt");
     EXPECT_EQ(rows.TextCell(0, 1), "ada@example.org");
@@ -438,7 +438,9 @@ TEST_F(ContactBooks, AnAddressHasItsOwnNameAndType)
 TEST_F(ContactBooks, TheTableFollowsTheFolderAndReadsInSteps)
 {
     for (int i = 0; i < 10; ++i)
+    {
         AddContact(("C" + std::to_string(i)).c_str(), {"a@x.org", "b@x.org"});
+    }
     IMAPITable* raw = nullptr;
     ASSERT_EQ(Contacts()->GetContentsTable(0, &raw), S_OK);
     const Ref<IMAPITable> table = Ref<IMAPITable>::Adopt(raw);
@@ -448,7 +450,9 @@ TEST_F(ContactBooks, TheTableFollowsTheFolderAndReadsInSteps)
     for (SRowSet* rows = nullptr; table->QueryRows(3, 0, &rows) == S_OK; FreeProws(rows))
     {
         for (ULONG i = 0; i < rows->cRows; ++i)
+        {
             all.emplace_back(rows->aRow[i].lpProps[0].Value.lpszA);
+        }
         if (rows->cRows == 0)
         {
             FreeProws(rows);
@@ -485,8 +489,7 @@ TEST_F(ContactBooks, AreChangedAsMessagesOnly)
 {
     const Bytes user = AddUser("Ada");
     IMAPIProp* entry = nullptr;
-    EXPECT_EQ(Contacts()->CreateEntry(static_cast<ULONG>(user.size()), Id(user), 0, &entry),
-              MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(Contacts()->CreateEntry(static_cast<ULONG>(user.size()), Id(user), 0, &entry), MAPI_E_NO_SUPPORT);
     EntryList entries(user);
     EXPECT_EQ(Contacts()->DeleteEntries(&entries, 0), MAPI_E_NO_SUPPORT);
     EXPECT_EQ(Contacts()->CopyEntries(&entries, 0, nullptr, 0), MAPI_E_NO_SUPPORT);

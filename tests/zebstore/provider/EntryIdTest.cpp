@@ -33,10 +33,11 @@ TEST(ProviderEntryId, ACutOrChangedOneIsRefused)
 {
     const MessageEntryId id = MakeMessageEntryId(SomeStore, 5);
     for (size_t size = 0; size < id.size(); ++size)
-        EXPECT_EQ(
-            CodeOf(SomeStore, Bytes(id.begin(), id.begin() + static_cast<std::ptrdiff_t>(size)).data(), size),
-            MAPI_E_INVALID_ENTRYID)
+    {
+        EXPECT_EQ(CodeOf(SomeStore, Bytes(id.begin(), id.begin() + static_cast<std::ptrdiff_t>(size)).data(), size),
+                  MAPI_E_INVALID_ENTRYID)
             << size;
+    }
     for (size_t at = 0; at < id.size(); ++at)
     {
         MessageEntryId changed = id;
@@ -59,8 +60,7 @@ TEST(ProviderEntryId, AStoreIsAWrappedStoreIdentifierWithTheProvidersFileName)
     for (size_t size = 0; size < id.size(); ++size)
     {
         const Bytes cut(id.begin(), id.begin() + static_cast<std::ptrdiff_t>(size));
-        EXPECT_EQ(Guarded("test", [&] { ParseStoreEntryId(cut.data(), cut.size()); }), MAPI_E_INVALID_ENTRYID)
-            << size;
+        EXPECT_EQ(Guarded("test", [&] { ParseStoreEntryId(cut.data(), cut.size()); }), MAPI_E_INVALID_ENTRYID) << size;
     }
 }
 
@@ -71,8 +71,7 @@ protected:
     {
         ULONG type = 0;
         IUnknown* object = nullptr;
-        const HRESULT code =
-            Session().OpenEntry(static_cast<ULONG>(id.size()), Id(id), nullptr, 0, &type, &object);
+        const HRESULT code = Session().OpenEntry(static_cast<ULONG>(id.size()), Id(id), nullptr, 0, &type, &object);
         EXPECT_EQ(object, nullptr);
         return code;
     }
@@ -101,7 +100,9 @@ TEST_F(OpenEntryRefusals, OfRandomBytes)
     {
         Bytes bytes(size);
         for (BYTE& each : bytes)
+        {
             each = static_cast<BYTE>((state = state * 1103515245 + 12345) >> 16);
+        }
         EXPECT_EQ(OpenCode(bytes), MAPI_E_INVALID_ENTRYID) << size;
     }
 }

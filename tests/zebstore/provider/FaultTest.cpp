@@ -1,5 +1,5 @@
-// One host's work with each call and each allocation failing in turn: it may fail, but it never crashes, leaks or leaves
-// half a message.
+// One host's work with each call and each allocation failing in turn: it may fail, but it
+// never crashes, leaks or leaves half a message.
 #include "tests/zebstore/provider/ProviderFixture.h"
 
 namespace zebstore
@@ -18,19 +18,24 @@ protected:
         HRESULT result = MAPILogonEx(0, Text("Main"), nullptr, 0, &opened);
         const Ref<IMAPISession> session = Ref<IMAPISession>::Adopt(opened);
         if (FAILED(result))
+        {
             return result;
+        }
         IMAPITable* stores = nullptr;
         result = session->GetMsgStoresTable(0, &stores);
         const Ref<IMAPITable> storeTable = Ref<IMAPITable>::Adopt(stores);
         LPSRowSet rows = nullptr;
         if (SUCCEEDED(result))
+        {
             result = HrQueryAllRows(stores, nullptr, nullptr, nullptr, 0, &rows);
+        }
         if (FAILED(result))
+        {
             return result;
+        }
         IMsgStore* openedStore = nullptr;
         const SBinary& id = rows->aRow[0].lpProps[1].Value.bin;
-        result = session->OpenMsgStore(0, id.cb, reinterpret_cast<LPENTRYID>(id.lpb), nullptr, MDB_WRITE,
-                                       &openedStore);
+        result = session->OpenMsgStore(0, id.cb, reinterpret_cast<LPENTRYID>(id.lpb), nullptr, MDB_WRITE, &openedStore);
         FreeProws(rows);
         const Ref<IMsgStore> store = Ref<IMsgStore>::Adopt(openedStore);
         return SUCCEEDED(result) ? WorkInStore(*store) : result;
@@ -45,14 +50,20 @@ protected:
         IUnknown* object = nullptr;
         ULONG type = 0;
         if (SUCCEEDED(result))
+        {
             result = store.OpenEntry(size, id, &IID_IMAPIFolder, MAPI_MODIFY, &type, &object);
+        }
         const Ref<IMAPIFolder> inbox = Ref<IMAPIFolder>::Adopt(static_cast<IMAPIFolder*>(object));
         IMessage* made = nullptr;
         if (SUCCEEDED(result))
+        {
             result = inbox->CreateMessage(nullptr, 0, &made);
+        }
         const Ref<IMessage> message = Ref<IMessage>::Adopt(made);
         if (SUCCEEDED(result))
+        {
             result = Fill(*message);
+        }
         return SUCCEEDED(result) ? message->SaveChanges(KEEP_OPEN_READWRITE) : result;
     }
 
@@ -63,22 +74,32 @@ protected:
         SPropValue name = NarrowValue(PR_DISPLAY_NAME_A, "Ann");
         SizedADRLIST(1, list) = {1, {{0, 1, &name}}};
         if (SUCCEEDED(result))
+        {
             result = message.ModifyRecipients(MODRECIP_ADD, reinterpret_cast<LPADRLIST>(&list));
+        }
         ULONG number = 0;
         IAttach* made = nullptr;
         if (SUCCEEDED(result))
+        {
             result = message.CreateAttach(nullptr, 0, &number, &made);
+        }
         const Ref<IAttach> attach = Ref<IAttach>::Adopt(made);
         IUnknown* opened = nullptr;
         if (SUCCEEDED(result))
-            result = attach->OpenProperty(PR_ATTACH_DATA_BIN, &IID_IStream, STGM_READWRITE,
-                                          MAPI_CREATE | MAPI_MODIFY, &opened);
+        {
+            result = attach->OpenProperty(PR_ATTACH_DATA_BIN, &IID_IStream, STGM_READWRITE, MAPI_CREATE | MAPI_MODIFY,
+                                          &opened);
+        }
         const Ref<IStream> stream = Ref<IStream>::Adopt(static_cast<IStream*>(opened));
         const std::string bytes(50000, 'z');
         if (SUCCEEDED(result))
+        {
             result = stream->Write(bytes.data(), static_cast<ULONG>(bytes.size()), nullptr);
+        }
         if (SUCCEEDED(result))
+        {
             result = stream->Commit(0);
+        }
         return SUCCEEDED(result) ? attach->SaveChanges(0) : result;
     }
 
@@ -126,7 +147,9 @@ TEST_F(Faults, OfEachCallInTurnLeaveTheMessageWholeOrAbsent)
 {
     int calls = 1;
     while (RunWithFault("call:" + std::to_string(calls) + ":0x80040115") && !HasFailure())
+    {
         ++calls;
+    }
     EXPECT_GT(calls, 15);
 }
 
@@ -134,7 +157,9 @@ TEST_F(Faults, OfEachAllocationInTurnLeaveTheMessageWholeOrAbsent)
 {
     int allocations = 1;
     while (RunWithFault("alloc:" + std::to_string(allocations)) && !HasFailure())
+    {
         ++allocations;
+    }
     EXPECT_GT(allocations, 3);
 }
 

@@ -21,7 +21,9 @@ protected:
         const Rows rows(table, {PR_DISPLAY_NAME_A});
         Texts names;
         for (ULONG i = 0; i < rows.Count(); ++i)
+        {
             names.push_back(rows.TextCell(i, 0));
+        }
         return names;
     }
 };
@@ -31,14 +33,12 @@ TEST_F(Folders, AreCreatedOnceUnlessOpenIfExistsIsAsked)
     const Ref<IMAPIFolder> inbox = Inbox();
     const Ref<IMAPIFolder> made = NewFolder(*inbox, "Projects");
     IMAPIFolder* again = nullptr;
-    EXPECT_EQ(inbox->CreateFolder(FOLDER_GENERIC, Text("projects"), nullptr, nullptr, 0, &again),
-              MAPI_E_COLLISION);
+    EXPECT_EQ(inbox->CreateFolder(FOLDER_GENERIC, Text("projects"), nullptr, nullptr, 0, &again), MAPI_E_COLLISION);
     EXPECT_EQ(again, nullptr);
     const Ref<IMAPIFolder> opened = NewFolder(*inbox, "projects", OPEN_IF_EXISTS);
     EXPECT_EQ(GetBytes(opened.Get(), PR_ENTRYID), GetBytes(made.Get(), PR_ENTRYID));
     EXPECT_EQ(Subfolders(*inbox), Texts({"Projects"}));
-    EXPECT_EQ(inbox->CreateFolder(FOLDER_GENERIC, Text(""), nullptr, nullptr, 0, &again),
-              MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(inbox->CreateFolder(FOLDER_GENERIC, Text(""), nullptr, nullptr, 0, &again), MAPI_E_INVALID_PARAMETER);
     EXPECT_EQ(inbox->CreateFolder(FOLDER_SEARCH, Text("s"), nullptr, nullptr, 0, &again), MAPI_E_NO_SUPPORT);
 }
 
@@ -135,9 +135,8 @@ TEST_F(Folders, AreDeletedWithTheirContentOnlyWhenAsked)
     EXPECT_EQ(DeleteCode(*inbox, *parent, DEL_FOLDERS), MAPI_E_HAS_MESSAGES);
     EXPECT_EQ(DeleteCode(*inbox, *parent, DEL_FOLDERS | DEL_MESSAGES), S_OK);
     EXPECT_EQ(Subfolders(*inbox), Texts());
-    EXPECT_EQ(
-        DeleteCode(*OpenFolder(GetBytes(inbox.Get(), PR_PARENT_ENTRYID)), *inbox, DEL_FOLDERS | DEL_MESSAGES),
-        MAPI_E_NO_ACCESS);
+    EXPECT_EQ(DeleteCode(*OpenFolder(GetBytes(inbox.Get(), PR_PARENT_ENTRYID)), *inbox, DEL_FOLDERS | DEL_MESSAGES),
+              MAPI_E_NO_ACCESS);
 }
 
 TEST_F(Folders, AreCopiedAndMovedAsTrees)
@@ -150,9 +149,7 @@ TEST_F(Folders, AreCopiedAndMovedAsTrees)
     SaveMessage(*inner, "i");
     const Bytes id = GetBytes(source.Get(), PR_ENTRYID);
     const ULONG size = static_cast<ULONG>(id.size());
-    EXPECT_EQ(
-        inbox->CopyFolder(size, Id(id), nullptr, target.Get(), Text("Copy"), 0, nullptr, COPY_SUBFOLDERS),
-        S_OK);
+    EXPECT_EQ(inbox->CopyFolder(size, Id(id), nullptr, target.Get(), Text("Copy"), 0, nullptr, COPY_SUBFOLDERS), S_OK);
     EXPECT_EQ(Subfolders(*target, CONVENIENT_DEPTH), Texts({"Copy", "Inner"}));
     EXPECT_EQ(inbox->CopyFolder(size, Id(id), nullptr, inner.Get(), nullptr, 0, nullptr, FOLDER_MOVE),
               MAPI_E_FOLDER_CYCLE);
@@ -217,8 +214,7 @@ TEST_F(Folders, GiveTheirTablesAsProperties)
     ASSERT_EQ(inbox->OpenProperty(PR_CONTAINER_CONTENTS, &IID_IMAPITable, 0, 0, &table), S_OK);
     const Rows rows(static_cast<IMAPITable*>(table), {PR_SUBJECT_A});
     EXPECT_EQ(rows.Count(), 1u);
-    EXPECT_EQ(inbox->OpenProperty(PR_CONTAINER_CONTENTS, &IID_IMessage, 0, 0, &table),
-              MAPI_E_INTERFACE_NOT_SUPPORTED);
+    EXPECT_EQ(inbox->OpenProperty(PR_CONTAINER_CONTENTS, &IID_IMessage, 0, 0, &table), MAPI_E_INTERFACE_NOT_SUPPORTED);
 }
 
 } // namespace

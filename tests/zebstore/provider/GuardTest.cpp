@@ -25,13 +25,12 @@ TEST(CallGuard, TurnsExceptionsIntoCodes)
 TEST(CallGuard, KeepsTheLastTextOfEachThread)
 {
     Guarded("a", [] { throw Error(MAPI_E_NOT_FOUND, "mine"); });
-    std::thread other(
-        []
-        {
-            EXPECT_EQ(LastErrorText(MAPI_E_NOT_FOUND), "");
-            Guarded("a", [] { throw Error(MAPI_E_NOT_FOUND, "theirs"); });
-            EXPECT_EQ(LastErrorText(MAPI_E_NOT_FOUND), "theirs");
-        });
+    std::thread other([]
+    {
+        EXPECT_EQ(LastErrorText(MAPI_E_NOT_FOUND), "");
+        Guarded("a", [] { throw Error(MAPI_E_NOT_FOUND, "theirs"); });
+        EXPECT_EQ(LastErrorText(MAPI_E_NOT_FOUND), "theirs");
+    });
     other.join();
     EXPECT_EQ(LastErrorText(MAPI_E_NOT_FOUND), "mine");
     EXPECT_EQ(LastErrorText(MAPI_E_NO_ACCESS), "");
@@ -49,7 +48,9 @@ TEST(CallGuard, ReadsTheFaultText)
     EXPECT_EQ(switches.failingAllocation, 3u);
     for (const char* bad : {"", "call", "call:1", "call:0:0x80004005", "call:1:0x1", "call:1:0x80004005x",
                             "alloc:", "alloc:0", "alloc:1 ", "free:1"})
+    {
         EXPECT_FALSE(ParseFault(bad, switches)) << bad;
+    }
 }
 
 TEST(CallGuard, FailsTheCallAndTheAllocationAskedFor)
@@ -102,8 +103,7 @@ TEST_F(CallTrace, NamesEachCallAndEndsWithWhatLives)
     text << stream.rdbuf();
     EXPECT_NE(text.str().find("1 MAPILogonEx 0x00000000\n"), std::string::npos) << text.str();
     EXPECT_NE(text.str().find("IMAPISession::OpenEntry 0x80040107 "), std::string::npos) << text.str();
-    EXPECT_NE(text.str().find("live objects 0, live buffers 0, bad frees 0\n"), std::string::npos)
-        << text.str();
+    EXPECT_NE(text.str().find("live objects 0, live buffers 0, bad frees 0\n"), std::string::npos) << text.str();
     EXPECT_EQ(MAPIInitialize(nullptr), S_OK);
 }
 

@@ -27,7 +27,9 @@ TEST(ProviderMemory, BlocksAreAlignedAndFreedWithTheirRoot)
     ASSERT_EQ(MAPIAllocateMore(100, root, &more), S_OK);
     ASSERT_EQ(MAPIAllocateMore(1, more, &evenMore), S_OK);
     for (void* each : {root, more, evenMore})
+    {
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(each) % 16, 0u);
+    }
     std::memset(more, 1, 100);
     EXPECT_EQ(g_liveBuffers, before + 1);
     EXPECT_EQ(MAPIFreeBuffer(root), ULONG(S_OK));
@@ -89,12 +91,15 @@ TEST(ProviderMemory, CountsAndNamesWhatIsFreedWithoutBeingLive)
     g_badFrees = 0;
 }
 
-// The leak checker judges: hosts may leave blocks, and the library that counts them can be unloaded before the process ends.
+// The leak checker judges: hosts may leave blocks, and the library that counts them
+// can be unloaded before the process ends.
 TEST(ProviderMemory, ItsEndFreesTheTablesOfBlocksThatWereLeft)
 {
     LiveBlocks blocks;
     for (std::uint64_t i = 1; i <= 20000; ++i)
+    {
         ASSERT_TRUE(blocks.Add(reinterpret_cast<void*>(i * 16)));
+    }
     blocks.~LiveBlocks();
     EXPECT_TRUE(blocks.Has(reinterpret_cast<void*>(std::uint64_t{16})));
     EXPECT_TRUE(blocks.Remove(reinterpret_cast<void*>(std::uint64_t{32}))) << "a host's global, freed later";
@@ -112,7 +117,9 @@ TEST(ProviderMemory, KnowsItsLiveBlocksAmongThousands)
         ASSERT_TRUE(blocks.Add(some(i * 37)));
         inside.push_back(some(i * 37));
         if (i % 3)
+        {
             continue;
+        }
         std::swap(inside[random() % inside.size()], inside.back());
         ASSERT_TRUE(blocks.Remove(inside.back()));
         ASSERT_FALSE(blocks.Remove(inside.back()));
@@ -121,7 +128,9 @@ TEST(ProviderMemory, KnowsItsLiveBlocksAmongThousands)
     }
     std::shuffle(inside.begin(), inside.end(), random);
     for (void* each : inside)
+    {
         ASSERT_TRUE(blocks.Has(each));
+    }
     for (void* each : inside)
     {
         ASSERT_TRUE(blocks.Remove(each));

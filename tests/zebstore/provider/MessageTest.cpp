@@ -23,7 +23,9 @@ protected:
         const Rows rows(table, {PR_DISPLAY_NAME_A});
         Texts names;
         for (ULONG i = 0; i < rows.Count(); ++i)
+        {
             names.push_back(rows.TextCell(i, 0));
+        }
         return names;
     }
 };
@@ -112,8 +114,7 @@ TEST_F(Messages, ReportMissingPropertiesAsErrorsInTheirCells)
     SizedSPropTagArray(2, tags) = {2, {PR_SUBJECT_A, PR_BODY_A}};
     ULONG count = 0;
     SPropValue* values = nullptr;
-    ASSERT_EQ(message->GetProps(reinterpret_cast<LPSPropTagArray>(&tags), 0, &count, &values),
-              MAPI_W_ERRORS_RETURNED);
+    ASSERT_EQ(message->GetProps(reinterpret_cast<LPSPropTagArray>(&tags), 0, &count, &values), MAPI_W_ERRORS_RETURNED);
     const Buffer<SPropValue> owner(values);
     EXPECT_EQ(values[1].ulPropTag, CHANGE_PROP_TYPE(PR_BODY_A, PT_ERROR));
     EXPECT_EQ(values[1].Value.err, MAPI_E_NOT_FOUND);
@@ -271,8 +272,8 @@ TEST_F(Messages, AreCopiedWithEverything)
     const Ref<IMessage> target = Ref<IMessage>::Adopt(made);
     SizedSPropTagArray(1, without) = {1, {PR_SEARCH_KEY}};
     SPropProblemArray* problems = nullptr;
-    EXPECT_EQ(source->CopyTo(0, nullptr, reinterpret_cast<LPSPropTagArray>(&without), 0, nullptr,
-                             &IID_IMessage, made, 0, &problems),
+    EXPECT_EQ(source->CopyTo(0, nullptr, reinterpret_cast<LPSPropTagArray>(&without), 0, nullptr, &IID_IMessage, made,
+                             0, &problems),
               S_OK);
     EXPECT_EQ(problems, nullptr);
     EXPECT_EQ(made->SaveChanges(KEEP_OPEN_READWRITE), S_OK);

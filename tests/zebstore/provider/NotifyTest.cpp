@@ -29,10 +29,9 @@ public:
         for (ULONG i = 0; i < count; ++i)
         {
             const OBJECT_NOTIFICATION& object = notifications[i].info.obj;
-            m_told.push_back({notifications[i].ulEventType, object.ulObjType,
-                              BytesOf(object.cbEntryID, object.lpEntryID),
-                              BytesOf(object.cbParentID, object.lpParentID),
-                              BytesOf(object.cbOldParentID, object.lpOldParentID)});
+            m_told.push_back(
+                {notifications[i].ulEventType, object.ulObjType, BytesOf(object.cbEntryID, object.lpEntryID),
+                 BytesOf(object.cbParentID, object.lpParentID), BytesOf(object.cbOldParentID, object.lpOldParentID)});
         }
         m_heard.notify_all();
         return 0;
@@ -42,7 +41,9 @@ public:
     {
         std::unique_lock<std::mutex> hold(m_lock);
         if (!m_heard.wait_for(hold, std::chrono::seconds(10), [&] { return m_next < m_told.size(); }))
+        {
             return {};
+        }
         return m_told[m_next++];
     }
     bool IsAllRead()
@@ -68,8 +69,7 @@ private:
 class Notifications : public Provider
 {
 protected:
-    static constexpr ULONG StoreEvents =
-        fnevObjectCreated | fnevObjectDeleted | fnevObjectModified | fnevObjectMoved;
+    static constexpr ULONG StoreEvents = fnevObjectCreated | fnevObjectDeleted | fnevObjectModified | fnevObjectMoved;
 
     static Ref<IMAPITable> Contents(IMAPIFolder& folder)
     {
@@ -142,8 +142,8 @@ TEST_F(Notifications, TheStoreTellsOfMessagesAndFolders)
     ExpectTold(m_sink->Next(), fnevObjectCreated, MAPI_FOLDER, boxId);
     const Ref<IMAPIFolder> shelf = NewFolder(*inbox, "Shelf");
     ExpectTold(m_sink->Next(), fnevObjectCreated, MAPI_FOLDER, IdOf(*shelf));
-    EXPECT_EQ(inbox->CopyFolder(static_cast<ULONG>(boxId.size()), Id(boxId), nullptr, shelf.Get(), nullptr, 0,
-                                nullptr, FOLDER_MOVE),
+    EXPECT_EQ(inbox->CopyFolder(static_cast<ULONG>(boxId.size()), Id(boxId), nullptr, shelf.Get(), nullptr, 0, nullptr,
+                                FOLDER_MOVE),
               S_OK);
     const Told moved = m_sink->Next();
     ExpectTold(moved, fnevObjectMoved, MAPI_FOLDER, boxId);
@@ -162,17 +162,17 @@ TEST_F(Notifications, ASinkOfOneFolderHearsOfThatFolderOnly)
     const Ref<IMAPIFolder> box = NewFolder(*inbox, "Box");
     const Bytes boxId = IdOf(*box);
     ULONG_PTR connection = 0;
-    ASSERT_EQ(Session().Advise(static_cast<ULONG>(boxId.size()), Id(boxId), fnevObjectCreated, m_sink.Get(),
-                               &connection),
-              S_OK);
+    ASSERT_EQ(
+        Session().Advise(static_cast<ULONG>(boxId.size()), Id(boxId), fnevObjectCreated, m_sink.Get(), &connection),
+        S_OK);
     SaveMessage(*inbox);
     const Bytes message = SaveMessage(*box);
     ExpectTold(m_sink->Next(), fnevObjectCreated, MAPI_MESSAGE, message);
     EXPECT_EQ(Session().Unadvise(connection), S_OK);
     const Bytes storeId = StoreId();
-    ASSERT_EQ(Session().Advise(static_cast<ULONG>(storeId.size()), Id(storeId), fnevObjectCreated,
-                               m_sink.Get(), &connection),
-              S_OK);
+    ASSERT_EQ(
+        Session().Advise(static_cast<ULONG>(storeId.size()), Id(storeId), fnevObjectCreated, m_sink.Get(), &connection),
+        S_OK);
     const Bytes other = SaveMessage(*inbox);
     ExpectTold(m_sink->Next(), fnevObjectCreated, MAPI_MESSAGE, other);
     EXPECT_TRUE(m_sink->IsAllRead());

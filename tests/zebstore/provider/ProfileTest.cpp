@@ -26,7 +26,9 @@ protected:
         const Rows rows(table, {PR_DISPLAY_NAME_A, PR_DEFAULT_PROFILE});
         Texts names;
         for (ULONG i = 0; i < rows.Count(); ++i)
+        {
             names.push_back(rows.TextCell(i, 0) + (rows.Cell(i, 1).Value.b ? "*" : ""));
+        }
         return names;
     }
 };
@@ -45,10 +47,9 @@ TEST_F(Profiles, OfOutlook15StandInItsOwnPlace)
         .SetStringValue("", "Outlook.Application.15");
     EXPECT_EQ(Names(), Texts());
     ASSERT_EQ(Admin()->CreateProfile(Text("Other"), nullptr, 0, 0), S_OK);
-    EXPECT_TRUE(RegistryKey::Open(RegistryRoot::CurrentUser,
-                                  "Software\\Microsoft\\Office\\15.0\\Outlook\\Profiles\\Other"));
-    const auto key =
-        RegistryKey::Open(RegistryRoot::CurrentUser, "Software\\Microsoft\\Office\\15.0\\Outlook");
+    EXPECT_TRUE(
+        RegistryKey::Open(RegistryRoot::CurrentUser, "Software\\Microsoft\\Office\\15.0\\Outlook\\Profiles\\Other"));
+    const auto key = RegistryKey::Open(RegistryRoot::CurrentUser, "Software\\Microsoft\\Office\\15.0\\Outlook");
     ASSERT_TRUE(key);
     EXPECT_EQ(key->StringValue("DefaultProfile"), "Other");
 }
@@ -66,7 +67,9 @@ TEST_F(Profiles, AreCreatedListedMadeDefaultAndDeleted)
     EXPECT_EQ(Admin()->DeleteProfile(Text("Second"), 0), MAPI_E_NOT_FOUND);
     EXPECT_EQ(Admin()->SetDefaultProfile(Text("Second"), 0), MAPI_E_NOT_FOUND);
     for (const char* bad : {"", "a\\b", " x"})
+    {
         EXPECT_EQ(Admin()->CreateProfile(Text(bad), nullptr, 0, 0), MAPI_E_INVALID_PARAMETER) << bad;
+    }
 }
 
 TEST_F(Profiles, ThatAreRenamedKeepTheirStoreAndTheirPlaceAsDefault)
@@ -93,8 +96,7 @@ TEST_F(Profiles, ShowTheirStoreInTheServiceTable)
 {
     IMAPITable* table = nullptr;
     ASSERT_EQ(Services("Main")->GetMsgServiceTable(0, &table), S_OK);
-    const Rows rows(table,
-                    {PR_SERVICE_NAME_A, PR_DISPLAY_NAME_A, PR_ZEBSTORE_PATH_A, PR_ZEBSTORE_DURABILITY_A});
+    const Rows rows(table, {PR_SERVICE_NAME_A, PR_DISPLAY_NAME_A, PR_ZEBSTORE_PATH_A, PR_ZEBSTORE_DURABILITY_A});
     ASSERT_EQ(rows.Count(), 1u);
     EXPECT_EQ(rows.TextCell(0, 0), "zebstore");
     EXPECT_EQ(rows.TextCell(0, 1), "Mail of Main");

@@ -72,7 +72,9 @@ inline Buffer<SPropValue> Get(IMAPIProp* object, ULONG tag, HRESULT* code = null
     SPropValue* value = nullptr;
     const HRESULT result = HrGetOneProp(object, tag, &value);
     if (code)
+    {
         *code = result;
+    }
     return Buffer<SPropValue>(value);
 }
 
@@ -108,8 +110,7 @@ public:
         const Ref<IMAPITable> owner = Ref<IMAPITable>::Adopt(table);
         std::vector<ULONG> tags = {static_cast<ULONG>(columns.size())};
         tags.insert(tags.end(), columns.begin(), columns.end());
-        EXPECT_EQ(HrQueryAllRows(table,
-                                 columns.empty() ? nullptr : reinterpret_cast<LPSPropTagArray>(tags.data()),
+        EXPECT_EQ(HrQueryAllRows(table, columns.empty() ? nullptr : reinterpret_cast<LPSPropTagArray>(tags.data()),
                                  nullptr, nullptr, 0, &m_rows),
                   S_OK);
     }
@@ -175,7 +176,9 @@ protected:
         HRESULT result = Admin()->CreateProfile(Text(name), nullptr, 0, 0);
         const Ref<IMsgServiceAdmin> services = Services(name);
         if (SUCCEEDED(result))
+        {
             result = services->CreateMsgService(Text(ZEBSTORE_SERVICE_NAME), Text("Mail of Main"), 0, 0);
+        }
         return SUCCEEDED(result) ? Configure(*services, path, create) : result;
     }
 
@@ -198,8 +201,7 @@ protected:
         if (!m_session)
         {
             IMAPISession* session = nullptr;
-            EXPECT_EQ(MAPILogonEx(0, Text("Main"), nullptr, MAPI_EXTENDED | MAPI_NEW_SESSION, &session),
-                      S_OK);
+            EXPECT_EQ(MAPILogonEx(0, Text("Main"), nullptr, MAPI_EXTENDED | MAPI_NEW_SESSION, &session), S_OK);
             m_session = Ref<IMAPISession>::Adopt(session);
         }
         return *m_session;
@@ -217,9 +219,8 @@ protected:
     {
         const Bytes id = StoreId();
         IMsgStore* store = nullptr;
-        EXPECT_EQ(
-            Session().OpenMsgStore(0, static_cast<ULONG>(id.size()), Id(id), &IID_IMsgStore, flags, &store),
-            S_OK);
+        EXPECT_EQ(Session().OpenMsgStore(0, static_cast<ULONG>(id.size()), Id(id), &IID_IMsgStore, flags, &store),
+                  S_OK);
         return Ref<IMsgStore>::Adopt(store);
     }
 
@@ -228,8 +229,7 @@ protected:
     {
         ULONG type = 0;
         IUnknown* object = nullptr;
-        EXPECT_EQ(Session().OpenEntry(static_cast<ULONG>(id.size()), Id(id), &iid, flags, &type, &object),
-                  S_OK);
+        EXPECT_EQ(Session().OpenEntry(static_cast<ULONG>(id.size()), Id(id), &iid, flags, &type, &object), S_OK);
         return Ref<Interface>::Adopt(static_cast<Interface*>(object));
     }
 
@@ -284,7 +284,9 @@ protected:
         const Rows rows(table, {PR_SUBJECT_A});
         std::vector<std::string> subjects;
         for (ULONG i = 0; i < rows.Count(); ++i)
+        {
             subjects.push_back(rows.TextCell(i, 0));
+        }
         return subjects;
     }
 

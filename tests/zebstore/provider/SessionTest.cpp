@@ -17,7 +17,9 @@ protected:
         const HRESULT code = MAPILogonEx(0, Text(profile), nullptr, flags, &session);
         EXPECT_EQ(session != nullptr, SUCCEEDED(code));
         if (session)
+        {
             session->Release();
+        }
         return code;
     }
 
@@ -36,9 +38,9 @@ TEST_F(Sessions, OpenByNameAndByDefault)
     EXPECT_EQ(LogonCode("main", 0x8023), S_OK);
     EXPECT_EQ(LogonCode(nullptr, 0x8069), S_OK);
     EXPECT_EQ(LogonCode(nullptr, 0), S_OK);
-    EXPECT_EQ(MAPILogonEx(0, reinterpret_cast<LPTSTR>(const_cast<WCHAR*>(ZEBW("Nobody"))), nullptr,
-                          MAPI_UNICODE, nullptr),
-              MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(
+        MAPILogonEx(0, reinterpret_cast<LPTSTR>(const_cast<WCHAR*>(ZEBW("Nobody"))), nullptr, MAPI_UNICODE, nullptr),
+        MAPI_E_INVALID_PARAMETER);
     EXPECT_EQ(LogonCode("Nobody", 0x8023), MAPI_E_LOGON_FAILED);
     EXPECT_EQ(LogonCode("Main\\x", 0x8023), MAPI_E_LOGON_FAILED);
 }
@@ -65,8 +67,8 @@ TEST_F(Sessions, ListTheStoreAsTheDefaultOne)
 {
     IMAPITable* table = nullptr;
     ASSERT_EQ(Session().GetMsgStoresTable(0, &table), S_OK);
-    const Rows rows(table, {PR_DEFAULT_STORE, PR_DISPLAY_NAME_A, PR_PROVIDER_DISPLAY_A, PR_RESOURCE_TYPE,
-                            PR_RECORD_KEY, PR_MDB_PROVIDER});
+    const Rows rows(table, {PR_DEFAULT_STORE, PR_DISPLAY_NAME_A, PR_PROVIDER_DISPLAY_A, PR_RESOURCE_TYPE, PR_RECORD_KEY,
+                            PR_MDB_PROVIDER});
     ASSERT_EQ(rows.Count(), 1u);
     EXPECT_TRUE(rows.Cell(0, 0).Value.b);
     EXPECT_EQ(rows.TextCell(0, 1), "Mail of Main");
@@ -112,11 +114,13 @@ TEST_F(Sessions, OpenAnyIdentifierAndSayWhatItIs)
     {
         ULONG type = 0;
         IUnknown* object = nullptr;
-        EXPECT_EQ(Session().OpenEntry(static_cast<ULONG>(id.size()), Id(id), &IID_IMAPIProp, MAPI_BEST_ACCESS,
-                                      &type, &object),
+        EXPECT_EQ(Session().OpenEntry(static_cast<ULONG>(id.size()), Id(id), &IID_IMAPIProp, MAPI_BEST_ACCESS, &type,
+                                      &object),
                   S_OK);
         if (object)
+        {
             object->Release();
+        }
         return type;
     };
     EXPECT_EQ(typeOf(StoreId()), MAPI_STORE);
@@ -129,8 +133,8 @@ TEST_F(Sessions, CompareIdentifiers)
     const auto same = [&](const Bytes& a, const Bytes& b)
     {
         ULONG result = 2;
-        EXPECT_EQ(Session().CompareEntryIDs(static_cast<ULONG>(a.size()), Id(a), static_cast<ULONG>(b.size()),
-                                            Id(b), 0, &result),
+        EXPECT_EQ(Session().CompareEntryIDs(static_cast<ULONG>(a.size()), Id(a), static_cast<ULONG>(b.size()), Id(b), 0,
+                                            &result),
                   S_OK);
         return result;
     };

@@ -20,7 +20,9 @@ protected:
         const Buffer<ENTRYID> owner(id);
         const Buffer<char> foundOwner(found);
         if (explicitClass)
+        {
             *explicitClass = found;
+        }
         ULONG type = 0;
         IUnknown* object = nullptr;
         EXPECT_EQ(session.OpenEntry(size, id, nullptr, 0, &type, &object), S_OK);
@@ -35,7 +37,9 @@ TEST_F(Stores, HaveTheStandardFolders)
     EXPECT_EQ(GetLong(store.Get(), PR_VALID_FOLDER_MASK), 0xFF);
     for (ULONG tag : {PR_IPM_SUBTREE_ENTRYID, PR_IPM_WASTEBASKET_ENTRYID, PR_IPM_OUTBOX_ENTRYID,
                       PR_IPM_SENTMAIL_ENTRYID, PR_FINDER_ENTRYID, PR_VIEWS_ENTRYID})
+    {
         EXPECT_EQ(GetLong(OpenFolder(GetBytes(store.Get(), tag)).Get(), PR_OBJECT_TYPE), LONG(MAPI_FOLDER));
+    }
     ULONG count = 0;
     SPropValue* values = nullptr;
     EXPECT_EQ(HrValidateIPMSubtree(store.Get(), MAPI_FULL_IPM_TREE, &count, &values, nullptr), S_OK);
@@ -76,7 +80,9 @@ TEST_F(Stores, CheckTheirWholeFileOnlyWhenAskedByName)
     LPSPropTagArray listed = nullptr;
     ASSERT_EQ(store->GetPropList(0, &listed), S_OK);
     for (ULONG i = 0; i < listed->cValues; ++i)
+    {
         EXPECT_NE(PROP_ID(listed->aulPropTag[i]), PROP_ID(PR_ZEBSTORE_CHECK_A));
+    }
     MAPIFreeBuffer(listed);
 }
 
@@ -109,9 +115,7 @@ TEST_F(Stores, OpenedForReadingRefuseChangesBelow)
     IUnknown* object = nullptr;
     EXPECT_EQ(store->OpenEntry(static_cast<ULONG>(id.size()), Id(id), nullptr, MAPI_MODIFY, &type, &object),
               MAPI_E_NO_ACCESS);
-    ASSERT_EQ(
-        store->OpenEntry(static_cast<ULONG>(id.size()), Id(id), nullptr, MAPI_BEST_ACCESS, &type, &object),
-        S_OK);
+    ASSERT_EQ(store->OpenEntry(static_cast<ULONG>(id.size()), Id(id), nullptr, MAPI_BEST_ACCESS, &type, &object), S_OK);
     const Ref<IMAPIFolder> folder = Ref<IMAPIFolder>::Adopt(static_cast<IMAPIFolder*>(object));
     EXPECT_EQ(GetLong(folder.Get(), PR_ACCESS_LEVEL), 0);
 }

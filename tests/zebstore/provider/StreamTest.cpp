@@ -29,9 +29,9 @@ protected:
     static Ref<IStream> OpenStream(IMAPIProp& object, ULONG tag, ULONG flags, HRESULT expected = S_OK)
     {
         IUnknown* stream = nullptr;
-        EXPECT_EQ(object.OpenProperty(tag, &IID_IStream, flags & MAPI_MODIFY ? STGM_READWRITE : STGM_READ,
-                                      flags, &stream),
-                  expected);
+        EXPECT_EQ(
+            object.OpenProperty(tag, &IID_IStream, flags & MAPI_MODIFY ? STGM_READWRITE : STGM_READ, flags, &stream),
+            expected);
         return Ref<IStream>::Adopt(static_cast<IStream*>(stream));
     }
 
@@ -62,7 +62,9 @@ TEST_F(Streams, WriteLargeValuesThatGetPropsRefuses)
     {
         const Ref<IStream> stream = OpenStream(*message, PR_BODY_A, MAPI_CREATE | MAPI_MODIFY);
         for (size_t at = 0; at < body.size(); at += 1000)
+        {
             Write(*stream, body.substr(at, 1000));
+        }
         EXPECT_EQ(stream->Commit(0), S_OK);
     }
     EXPECT_EQ(message->SaveChanges(KEEP_OPEN_READWRITE), S_OK);
@@ -145,7 +147,9 @@ TEST_F(Streams, SeekFromWhereTheyAreAndBeyondTheEnd)
     EXPECT_EQ(stream->Read(&byte, 1, &read), S_FALSE);
     EXPECT_EQ(read, 0u);
     for (const DWORD origin : {STREAM_SEEK_SET, STREAM_SEEK_CUR, STREAM_SEEK_END})
+    {
         EXPECT_EQ(stream->Seek(At((LONGLONG(1) << 62) + 1), origin, nullptr), STG_E_INVALIDFUNCTION);
+    }
     EXPECT_EQ(stream->Seek(At(0), STREAM_SEEK_CUR, &position), S_OK);
     EXPECT_EQ(position.QuadPart, 100u);
 }
@@ -248,8 +252,7 @@ TEST_F(Streams, CopyToEachOther)
     EXPECT_EQ(Set(message.Get(), NarrowValue(PR_BODY_A, "Hello world")), S_OK);
     const Ref<IStream> source = OpenStream(*message, PR_BODY_A, 0);
     {
-        const Ref<IStream> target =
-            OpenStream(*message, PROP_TAG(PT_STRING8, 0x6602), MAPI_CREATE | MAPI_MODIFY);
+        const Ref<IStream> target = OpenStream(*message, PROP_TAG(PT_STRING8, 0x6602), MAPI_CREATE | MAPI_MODIFY);
         ULARGE_INTEGER read;
         ULARGE_INTEGER written;
         EXPECT_EQ(source->CopyTo(target.Get(), SizeOf(5), &read, &written), S_OK);
@@ -274,14 +277,16 @@ TEST_F(Streams, CopyMoreThanOnePieceToEachOther)
     const ULONG to = PROP_TAG(PT_BINARY, 0x6607);
     std::string bytes(200000, '\0');
     for (size_t i = 0; i < bytes.size(); ++i)
+    {
         bytes[i] = static_cast<char>(i % 251);
+    }
     Write(*OpenStream(*message, from, MAPI_CREATE | MAPI_MODIFY), bytes);
     const Ref<IStream> source = OpenStream(*message, from, 0);
     ULARGE_INTEGER read;
     ULARGE_INTEGER written;
-    EXPECT_EQ(source->CopyTo(OpenStream(*message, to, MAPI_CREATE | MAPI_MODIFY).Get(), SizeOf(300000), &read,
-                             &written),
-              S_OK);
+    EXPECT_EQ(
+        source->CopyTo(OpenStream(*message, to, MAPI_CREATE | MAPI_MODIFY).Get(), SizeOf(300000), &read, &written),
+        S_OK);
     EXPECT_EQ(read.QuadPart, bytes.size());
     EXPECT_EQ(written.QuadPart, bytes.size());
     EXPECT_EQ(ReadAll(*message, to), bytes);
@@ -321,11 +326,10 @@ TEST_F(Streams, OnFilesReadAndWriteTheFile)
 {
     const std::string path = m_folder.File("file.bin");
     IStream* opened = nullptr;
-    EXPECT_EQ(
-        OpenStreamOnFile(MAPIAllocateBuffer, MAPIFreeBuffer, STGM_READ, Text(path.c_str()), nullptr, &opened),
-        MAPI_E_NOT_FOUND);
-    ASSERT_EQ(OpenStreamOnFile(MAPIAllocateBuffer, MAPIFreeBuffer, STGM_CREATE | STGM_READWRITE,
-                               Text(path.c_str()), nullptr, &opened),
+    EXPECT_EQ(OpenStreamOnFile(MAPIAllocateBuffer, MAPIFreeBuffer, STGM_READ, Text(path.c_str()), nullptr, &opened),
+              MAPI_E_NOT_FOUND);
+    ASSERT_EQ(OpenStreamOnFile(MAPIAllocateBuffer, MAPIFreeBuffer, STGM_CREATE | STGM_READWRITE, Text(path.c_str()),
+                               nullptr, &opened),
               S_OK);
     Write(*opened, "0123456789");
     EXPECT_EQ(opened->Seek(At(2), STREAM_SEEK_SET, nullptr), S_OK);

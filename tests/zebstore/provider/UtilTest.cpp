@@ -48,35 +48,32 @@ TEST(ProviderUtilities, PropCopyMoreCopiesWhatAValuePointsTo)
     char text[] = "narrow";
     value.ulPropTag = PR_SUBJECT_A;
     value.Value.lpszA = text;
-    CopyAndCheck(value,
-                 [&](const _PV& copy)
-                 {
-                     EXPECT_NE(copy.lpszA, text);
-                     EXPECT_STREQ(copy.lpszA, "narrow");
-                 });
+    CopyAndCheck(value, [&](const _PV& copy)
+    {
+        EXPECT_NE(copy.lpszA, text);
+        EXPECT_STREQ(copy.lpszA, "narrow");
+    });
     char* texts[] = {text, text};
     value.ulPropTag = PROP_TAG(PT_MV_STRING8, 0x6600);
     value.Value.MVszA.cValues = 2;
     value.Value.MVszA.lppszA = texts;
-    CopyAndCheck(value,
-                 [&](const _PV& copy)
-                 {
-                     EXPECT_NE(copy.MVszA.lppszA, texts);
-                     EXPECT_NE(copy.MVszA.lppszA[1], text);
-                     EXPECT_STREQ(copy.MVszA.lppszA[1], "narrow");
-                 });
+    CopyAndCheck(value, [&](const _PV& copy)
+    {
+        EXPECT_NE(copy.MVszA.lppszA, texts);
+        EXPECT_NE(copy.MVszA.lppszA[1], text);
+        EXPECT_STREQ(copy.MVszA.lppszA[1], "narrow");
+    });
     BYTE bytes[] = {1, 2, 3};
     SBinary binaries[] = {{3, bytes}, {0, nullptr}};
     value.ulPropTag = PROP_TAG(PT_MV_BINARY, 0x6600);
     value.Value.MVbin.cValues = 2;
     value.Value.MVbin.lpbin = binaries;
-    CopyAndCheck(value,
-                 [&](const _PV& copy)
-                 {
-                     EXPECT_NE(copy.MVbin.lpbin[0].lpb, bytes);
-                     EXPECT_EQ(std::memcmp(copy.MVbin.lpbin[0].lpb, bytes, 3), 0);
-                     EXPECT_EQ(copy.MVbin.lpbin[1].cb, 0u);
-                 });
+    CopyAndCheck(value, [&](const _PV& copy)
+    {
+        EXPECT_NE(copy.MVbin.lpbin[0].lpb, bytes);
+        EXPECT_EQ(std::memcmp(copy.MVbin.lpbin[0].lpb, bytes, 3), 0);
+        EXPECT_EQ(copy.MVbin.lpbin[1].cb, 0u);
+    });
 }
 
 TEST(ProviderUtilities, PropCopyMoreCopiesCountedArraysOfEveryWidth)
@@ -94,19 +91,17 @@ TEST(ProviderUtilities, PropCopyMoreCopiesCountedArraysOfEveryWidth)
         value.ulPropTag = PROP_TAG(kind.type, 0x6600);
         value.Value.MVli.cValues = static_cast<ULONG>(sizeof(numbers) / kind.width);
         value.Value.MVli.lpli = reinterpret_cast<LARGE_INTEGER*>(numbers);
-        CopyAndCheck(value,
-                     [&](const _PV& copy)
-                     {
-                         EXPECT_NE(static_cast<void*>(copy.MVli.lpli), static_cast<void*>(numbers));
-                         EXPECT_EQ(std::memcmp(copy.MVli.lpli, numbers, sizeof(numbers)), 0);
-                     });
+        CopyAndCheck(value, [&](const _PV& copy)
+        {
+            EXPECT_NE(static_cast<void*>(copy.MVli.lpli), static_cast<void*>(numbers));
+            EXPECT_EQ(std::memcmp(copy.MVli.lpli, numbers, sizeof(numbers)), 0);
+        });
     }
     GUID guid = IID_IMessage;
     SPropValue value{};
     value.ulPropTag = PROP_TAG(PT_CLSID, 0x6600);
     value.Value.lpguid = &guid;
-    CopyAndCheck(value, [&](const _PV& copy)
-                 { EXPECT_TRUE(IsEqualGUID(*copy.lpguid, guid) && copy.lpguid != &guid); });
+    CopyAndCheck(value, [&](const _PV& copy) { EXPECT_TRUE(IsEqualGUID(*copy.lpguid, guid) && copy.lpguid != &guid); });
 }
 
 TEST(ProviderUtilities, PropCopyMoreRefusesWhatItCanNotCopy)
@@ -150,8 +145,7 @@ TEST(ProviderUtilities, NotificationsAreCopiedIntoOneBlock)
 TEST(ProviderUtilities, WhatIsNotDoneSaysSo)
 {
     EXPECT_EQ(RTFSync(nullptr, 0, nullptr), MAPI_E_NO_SUPPORT);
-    EXPECT_EQ(CreateTable(nullptr, nullptr, nullptr, nullptr, nullptr, 0, 0, nullptr, nullptr),
-              MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(CreateTable(nullptr, nullptr, nullptr, nullptr, nullptr, 0, 0, nullptr, nullptr), MAPI_E_NO_SUPPORT);
 }
 
 class QueryAllRows : public Provider
@@ -169,7 +163,9 @@ TEST_F(QueryAllRows, AppliesColumnsRestrictionAndSortFromTheFirstRow)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     for (const char* subject : {"b", "c", "a", "x"})
+    {
         SaveMessage(*inbox, subject);
+    }
     const Ref<IMAPITable> table = Contents(*inbox);
     EXPECT_EQ(table->SeekRow(BOOKMARK_END, 0, nullptr), S_OK);
     SizedSPropTagArray(1, columns) = {1, {PR_SUBJECT_A}};
@@ -192,7 +188,9 @@ TEST_F(QueryAllRows, RefusesATableWithMoreRowsThanAskedFor)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     for (int i = 0; i < 3; ++i)
+    {
         SaveMessage(*inbox);
+    }
     const Ref<IMAPITable> table = Contents(*inbox);
     LPSRowSet rows = nullptr;
     EXPECT_EQ(HrQueryAllRows(table.Get(), nullptr, nullptr, nullptr, 2, &rows), MAPI_E_TABLE_TOO_BIG);

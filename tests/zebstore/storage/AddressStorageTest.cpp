@@ -219,7 +219,9 @@ TEST_F(AddressStorageTest, TheWholeCheckLooksAtTheAddressBook)
         m_store->Connection().Execute(damage.first);
         std::string all;
         for (const std::string& problem : Store().CheckWhole())
+        {
             all += problem + "\n";
+        }
         EXPECT_NE(all.find(damage.second), std::string::npos) << damage.first << ":\n" << all;
         m_store->Connection().Execute("ROLLBACK");
     }

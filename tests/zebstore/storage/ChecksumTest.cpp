@@ -49,7 +49,9 @@ protected:
     {
         std::string all;
         for (const std::string& problem : Store().CheckWhole())
+        {
             all += problem + "\n";
+        }
         return all;
     }
     MessageId Full(size_t bodySize)
@@ -69,24 +71,23 @@ protected:
     }
     HRESULT ReadSubjects()
     {
-        return CodeOf(
-            [&]
-            {
-                const auto rows = MakeContentsRows(m_store, Inbox, false, nullptr);
-                const std::vector<RowKey> keys = rows->KeysAfter(std::nullopt, 10);
-                rows->Read(keys.data(), keys.size(),
-                           [](size_t, const ValueSource& values) { values.Find(PR_SUBJECT_W); });
-            });
+        return CodeOf([&]
+        {
+            const auto rows = MakeContentsRows(m_store, Inbox, false, nullptr);
+            const std::vector<RowKey> keys = rows->KeysAfter(std::nullopt, 10);
+            rows->Read(keys.data(), keys.size(), [](size_t, const ValueSource& values) { values.Find(PR_SUBJECT_W); });
+        });
     }
     HRESULT ReadAll(const LargeValue& value, size_t step = 100000)
     {
-        return CodeOf(
-            [&]
+        return CodeOf([&]
+        {
+            std::string bytes(step, '\0');
+            for (std::uint64_t at = 0; size_t count = value.Read(at, &bytes[0], step);)
             {
-                std::string bytes(step, '\0');
-                for (std::uint64_t at = 0; size_t count = value.Read(at, &bytes[0], step);)
-                    at += count;
-            });
+                at += count;
+            }
+        });
     }
 };
 
@@ -106,8 +107,7 @@ TEST_F(ChecksumTest, AnyFlippedByteOfAMessagesPropertiesIsSeen)
         ASSERT_EQ(ReadSubjects(), MAPI_E_CORRUPT_DATA) << byte;
         if (byte % 50 == 1)
         {
-            ASSERT_NE(Problems().find("message " + std::to_string(message) + ": its properties"),
-                      std::string::npos)
+            ASSERT_NE(Problems().find("message " + std::to_string(message) + ": its properties"), std::string::npos)
                 << byte;
         }
         Flip("message", "props", where, byte);
@@ -161,8 +161,7 @@ TEST_F(ChecksumTest, AFlippedByteOfALargeValueIsSeenInWhateverStepsItIsRead)
         EXPECT_EQ(ReadAll(*damaged, step), MAPI_E_CORRUPT_DATA) << step;
     }
     EXPECT_EQ(CodeOf([&] { Store().LoadMessage(message).properties.Text(PR_BODY_W); }), MAPI_E_CORRUPT_DATA);
-    EXPECT_NE(Problems().find("its large value 1 does not match its checksum"), std::string::npos)
-        << Problems();
+    EXPECT_NE(Problems().find("its large value 1 does not match its checksum"), std::string::npos) << Problems();
 }
 
 TEST_F(ChecksumTest, PiecesInEachOthersPlacesAreSeen)
@@ -210,7 +209,9 @@ TEST_F(ChecksumTest, ADamagedMessageCanBeDeletedAndTakesNothingOfOthersAlong)
 TEST_F(ChecksumTest, MessagesThatAreLostAreNoEmptyFolder)
 {
     for (int i = 0; i < 20; ++i)
+    {
         Store().CreateMessage(Inbox, false, Mail("lost"));
+    }
     const auto restricted = [&]
     {
         SPropValue value = LongValue(PR_MESSAGE_FLAGS, 0);
@@ -236,7 +237,9 @@ TEST_F(ChecksumTest, MessagesThatAreLostAreNoEmptyFolder)
 TEST_F(ChecksumTest, MessagesThatAreLostInPartAreSeenAtTheEndOfTheTable)
 {
     for (int i = 0; i < 20; ++i)
+    {
         Store().CreateMessage(Inbox, false, Mail("lost"));
+    }
     Store().Connection().Execute("DELETE FROM message WHERE id % 2");
     TableView view(MakeContentsRows(m_store, Inbox, false, nullptr));
     EXPECT_EQ(view.Take(10, true).size(), 10u);
@@ -304,8 +307,7 @@ TEST_F(ChecksumTest, AFlippedByteOfTheFileIsSeenWhereItIsRead)
     MessageContent content = Mail("subject");
     content.properties.SetText(PR_BODY_W, body);
     AttachmentEdit edit;
-    const std::string attached =
-        "<begin>" + std::string(30000, 'x') + "<middle>" + std::string(40000, 'x') + "<end>";
+    const std::string attached = "<begin>" + std::string(30000, 'x') + "<middle>" + std::string(40000, 'x') + "<end>";
     edit.properties.SetBinary(PR_ATTACH_DATA_BIN, attached.data(), attached.size());
     content.attachments.push_back(edit);
     const MessageId message = Store().CreateMessage(Inbox, false, content);
@@ -322,8 +324,7 @@ TEST_F(ChecksumTest, AFlippedByteOfTheFileIsSeenWhereItIsRead)
         // Everywhere: pages keep bytes of what they held before.
         std::string damaged = whole;
         size_t flipped = 0;
-        for (size_t at = whole.find(place.first); at != std::string::npos;
-             at = whole.find(place.first, at + 1))
+        for (size_t at = whole.find(place.first); at != std::string::npos; at = whole.find(place.first, at + 1))
         {
             char& byte = damaged[at + place.second];
             byte = static_cast<char>(byte ^ 0x20);
@@ -335,10 +336,10 @@ TEST_F(ChecksumTest, AFlippedByteOfTheFileIsSeenWhereItIsRead)
         m_store = StoreFile::Open(Path("test.zeb"), {});
         EXPECT_NE(CodeOf(
                       [&]
-                      {
-                          Store().LoadMessage(message).properties.Text(PR_BODY_W);
-                          Store().Attachment(message, 0).Binary(PR_ATTACH_DATA_BIN);
-                      }),
+        {
+            Store().LoadMessage(message).properties.Text(PR_BODY_W);
+            Store().Attachment(message, 0).Binary(PR_ATTACH_DATA_BIN);
+        }),
                   S_OK)
             << place.first << place.second;
         EXPECT_NE(Problems(), "") << place.first << place.second;
@@ -360,12 +361,11 @@ TEST_F(ChecksumTest, AFileOfAnyOlderVersionGetsItsChecksumsWhenItIsOpenedForWrit
         EXPECT_EQ(Store().Version(), SchemaVersion);
         EXPECT_EQ(Problems(), "") << version;
         EXPECT_EQ(Store().LoadMessage(large).properties.Text(PR_BODY_W), std::string(100000, 'b'));
-        Query unsealed(
-            Store().Connection(),
-            "SELECT (SELECT count(*) FROM chunk WHERE sum IS NULL) + (SELECT count(*) FROM message "
-            "WHERE substr(props, 1, 1)=x'01') + (SELECT count(*) FROM recipient WHERE "
-            "substr(props, 1, 1)=x'01') + (SELECT count(*) FROM attachment WHERE substr(props, 1, "
-            "1)=x'01') + (SELECT count(*) FROM folder WHERE substr(props, 1, 1)=x'01')");
+        Query unsealed(Store().Connection(),
+                       "SELECT (SELECT count(*) FROM chunk WHERE sum IS NULL) + (SELECT count(*) FROM message "
+                       "WHERE substr(props, 1, 1)=x'01') + (SELECT count(*) FROM recipient WHERE "
+                       "substr(props, 1, 1)=x'01') + (SELECT count(*) FROM attachment WHERE substr(props, 1, "
+                       "1)=x'01') + (SELECT count(*) FROM folder WHERE substr(props, 1, 1)=x'01')");
         ASSERT_TRUE(unsealed.Step());
         EXPECT_EQ(unsealed.Number(0), 0) << version;
         EXPECT_EQ(Store().TimesOfFolder(Inbox).created, 0) << version;

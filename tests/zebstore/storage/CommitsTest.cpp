@@ -34,15 +34,14 @@ protected:
     {
         int count = 0;
         sqlite3* const handle = Store().Connection().Handle();
-        sqlite3_trace_v2(
-            handle, SQLITE_TRACE_STMT,
-            [](unsigned, void* counted, void*, void* sql)
+        sqlite3_trace_v2(handle, SQLITE_TRACE_STMT, [](unsigned, void* counted, void*, void* sql)
+        {
+            if (std::string_view(static_cast<const char*>(sql)) != "PRAGMA data_version")
             {
-                if (std::string_view(static_cast<const char*>(sql)) != "PRAGMA data_version")
-                    ++*static_cast<int*>(counted);
-                return 0;
-            },
-            &count);
+                ++*static_cast<int*>(counted);
+            }
+            return 0;
+        }, &count);
         body();
         sqlite3_trace_v2(handle, 0, nullptr, nullptr);
         return count;
@@ -71,7 +70,9 @@ TEST_F(Commits, OfThisProcessAreSeenAtOnceHoweverOftenItLooks)
     for (ULONG added = 1; added <= 500; ++added)
     {
         for (int i = 0; i < 5; ++i)
+        {
             EXPECT_EQ(m_rows->Count(), added - 1);
+        }
         m_other->CreateMessage(Inbox, false, Mail("another's"));
         ASSERT_EQ(m_rows->Count(), added);
     }
@@ -99,13 +100,13 @@ TEST_F(Commits, CountAndGenerationCostNoStatementUntilTheNextOne)
     const std::uint64_t before = m_rows->Generation();
     EXPECT_EQ(StatementsOf(
                   [&]
-                  {
-                      for (int i = 0; i < 100; ++i)
-                      {
-                          EXPECT_EQ(m_rows->Count(), 0u);
-                          EXPECT_EQ(m_rows->Generation(), before);
-                      }
-                  }),
+    {
+        for (int i = 0; i < 100; ++i)
+        {
+            EXPECT_EQ(m_rows->Count(), 0u);
+            EXPECT_EQ(m_rows->Generation(), before);
+        }
+    }),
               0);
     for (ULONG added = 1; added <= 6; ++added)
     {

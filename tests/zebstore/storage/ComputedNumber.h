@@ -20,7 +20,9 @@ public:
     bool OfMessage(ULONG tag, MessageId message, PropertySet& out) const override
     {
         if (PROP_ID(tag) != PROP_ID(m_tag))
+        {
             return false;
+        }
         out.SetBinary(m_tag, &message, sizeof(message));
         return true;
     }

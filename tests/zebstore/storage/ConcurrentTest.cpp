@@ -20,19 +20,20 @@ TEST_F(StorageConcurrentTest, ObjectsOfOneStoreAreUsedFromSeveralThreads)
     std::atomic<int> failures{0};
     const auto guarded = [&](auto&& body)
     {
-        return std::thread(
-            [&failures, body]
+        return std::thread([&failures, body]
+        {
+            try
             {
-                try
+                for (int i = 0; i < Rounds; ++i)
                 {
-                    for (int i = 0; i < Rounds; ++i)
-                        body(i);
+                    body(i);
                 }
-                catch (const std::exception&)
-                {
-                    ++failures;
-                }
-            });
+            }
+            catch (const std::exception&)
+            {
+                ++failures;
+            }
+        });
     };
     const auto rows = MakeContentsRows(m_store, Inbox, false, nullptr);
     const Ref<IMAPITable> shared = CreateTable(rows, {});
@@ -44,31 +45,36 @@ TEST_F(StorageConcurrentTest, ObjectsOfOneStoreAreUsedFromSeveralThreads)
         Check(table.SeekRow(BOOKMARK_BEGINNING, 0, nullptr));
         Check(table.QueryRows(20, 0, &set));
         for (ULONG i = 0; i < set->cRows; ++i)
+        {
             Free(set->aRow[i].lpProps);
+        }
         Free(set);
     };
     std::thread threads[] = {
         guarded([&](int i) { Store().CreateMessage(Inbox, false, Mail("a" + std::to_string(i))); }),
-        guarded([&](int i)
-                { Store().DeleteMessages({Store().CreateMessage(Inbox, false, Mail(std::to_string(i)))}); }),
+        guarded([&](int i) { Store().DeleteMessages({Store().CreateMessage(Inbox, false, Mail(std::to_string(i)))}); }),
         guarded([&](int) { readAll(*shared); }),
         guarded([&](int) { readAll(*shared); }),
         guarded([&](int) { readAll(*CreateTable(rows, {})); }),
         guarded(
             [&](int i)
-            {
-                const auto staged = Store().Stage();
-                const std::string bytes(70000 + static_cast<size_t>(i), 'x');
-                staged->Write(0, bytes.data(), bytes.size());
-                MessageContent content = Mail("large");
-                content.properties.SetLarge(PR_RTF_COMPRESSED, staged);
-                const MessageId message = Store().CreateMessage(Inbox, false, content);
-                if (Store().LoadMessage(message).properties.Binary(PR_RTF_COMPRESSED) != bytes)
-                    ++failures;
-            }),
+    {
+        const auto staged = Store().Stage();
+        const std::string bytes(70000 + static_cast<size_t>(i), 'x');
+        staged->Write(0, bytes.data(), bytes.size());
+        MessageContent content = Mail("large");
+        content.properties.SetLarge(PR_RTF_COMPRESSED, staged);
+        const MessageId message = Store().CreateMessage(Inbox, false, content);
+        if (Store().LoadMessage(message).properties.Binary(PR_RTF_COMPRESSED) != bytes)
+        {
+            ++failures;
+        }
+    }),
     };
     for (std::thread& thread : threads)
+    {
         thread.join();
+    }
     EXPECT_EQ(failures, 0);
     EXPECT_EQ(Store().Folder(Inbox).messages, ULONG(2 * Rounds));
 }

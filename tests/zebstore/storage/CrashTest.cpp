@@ -16,8 +16,8 @@ class CrashTest : public StorageTest
 protected:
     void RunWriter(int milliseconds)
     {
-        const std::string command = zeb::platform::OwnFolder() + ZEB_STORE_WRITER + " \"" + Path("test.zeb") +
-                                    "\" \"" + Path("saved.log") + "\" " + std::to_string(milliseconds);
+        const std::string command = zeb::platform::OwnFolder() + ZEB_STORE_WRITER + " \"" + Path("test.zeb") + "\" \"" +
+                                    Path("saved.log") + "\" " + std::to_string(milliseconds);
         const int status = std::system(command.c_str());
         // The status is in the upper byte on POSIX systems and as it is elsewhere.
         EXPECT_TRUE(status == 9 || status == 9 << 8) << command << ": " << status;
@@ -27,7 +27,9 @@ protected:
         std::vector<MessageId> saved;
         std::ifstream log(Path("saved.log"));
         for (MessageId message = 0; log >> message;)
+        {
             saved.push_back(message);
+        }
         return saved;
     }
 };
@@ -40,7 +42,9 @@ TEST_F(CrashTest, WhatWasSavedSurvivesTheDeathOfTheProcessAndNothingIsHalfWritte
         RunWriter(300 + 170 * round);
         m_store = StoreFile::Open(Path("test.zeb"), {});
         for (const std::string& problem : Store().CheckWhole())
+        {
             ADD_FAILURE() << problem;
+        }
         const std::vector<MessageId> saved = Saved();
         EXPECT_FALSE(saved.empty());
         for (const MessageId message : saved)

@@ -9,10 +9,7 @@ class FolderTest : public StorageTest
 {
 protected:
     static constexpr FolderId Top = IdOf(StandardFolder::IpmSubtree);
-    FolderId Make(const std::string& name, FolderId parent = Top)
-    {
-        return Store().CreateFolder(parent, Named(name));
-    }
+    FolderId Make(const std::string& name, FolderId parent = Top) { return Store().CreateFolder(parent, Named(name)); }
 };
 
 TEST_F(FolderTest, AFolderIsFoundByItsNameInAnyCase)
@@ -117,8 +114,7 @@ TEST_F(FolderTest, AFolderMovesWithWhatItHoldsButNotBelowItself)
     EXPECT_EQ(Store().FindFolder(Inbox, "renamed"), b);
     EXPECT_TRUE(Store().MessageExists(message));
     Make("renamed", a);
-    EXPECT_EQ(CodeOf([&] { Store().MoveFolder(Store().FindFolder(a, "renamed"), Inbox, ""); }),
-              MAPI_E_COLLISION);
+    EXPECT_EQ(CodeOf([&] { Store().MoveFolder(Store().FindFolder(a, "renamed"), Inbox, ""); }), MAPI_E_COLLISION);
     EXPECT_TRUE(Store().IsWithin(b, Top));
     EXPECT_FALSE(Store().IsWithin(Top, b));
 }
@@ -126,12 +122,13 @@ TEST_F(FolderTest, AFolderMovesWithWhatItHoldsButNotBelowItself)
 TEST_F(FolderTest, NestingHasAnEnd)
 {
     FolderId at = Top;
-    const HRESULT code = CodeOf(
-        [&]
+    const HRESULT code = CodeOf([&]
+    {
+        for (int i = 0; i < 600; ++i)
         {
-            for (int i = 0; i < 600; ++i)
-                at = Make("f", at);
-        });
+            at = Make("f", at);
+        }
+    });
     EXPECT_EQ(code, MAPI_E_TOO_COMPLEX);
     EXPECT_GT(Store().FoldersUnder(Top, true).size(), 400u);
 }

@@ -22,7 +22,9 @@ protected:
         std::string bytes(size, '\0');
         std::mt19937 random(static_cast<unsigned>(size));
         for (char& byte : bytes)
+        {
             byte = static_cast<char>(random());
+        }
         return bytes;
     }
     static std::string ReadAll(const LargeValue& value)
@@ -68,7 +70,9 @@ TEST_F(LargeValueTest, StagedBytesBehaveLikeAStream)
         const size_t offset = random() % 300000;
         const std::string piece = Bytes(random() % 100000);
         if (expected.size() < offset + piece.size())
+        {
             expected.resize(offset + piece.size());
+        }
         expected.replace(offset, piece.size(), piece);
         staged->Write(offset, piece.data(), piece.size());
         if (i % 10 == 9)
@@ -118,7 +122,9 @@ TEST_F(LargeValueTest, NarrowTextBeyondAsciiIsTheSameTextOnBothSystemsAndTheSame
     std::string narrow;
     const WCHAR letter[] = {0xE4};
     for (int i = 0; i < 5000; ++i)
+    {
         narrow += zeb::platform::NarrowFromWide(letter, 1) + "x";
+    }
     const auto staged = Store().Stage();
     staged->Write(0, narrow.data(), narrow.size());
     const MessageId message = Save(PR_BODY_A, staged);
@@ -126,7 +132,9 @@ TEST_F(LargeValueTest, NarrowTextBeyondAsciiIsTheSameTextOnBothSystemsAndTheSame
     EXPECT_EQ(ReadAll(*back.Large(PR_BODY_A)), narrow);
     std::string text;
     for (int i = 0; i < 5000; ++i)
+    {
         text += "\xC3\xA4x";
+    }
     EXPECT_EQ(back.Text(PR_BODY_A), text);
 }
 
@@ -150,7 +158,9 @@ TEST_F(LargeValueTest, BytesThatAreNoTextAreSeenBeyondTheFirstPiece)
     EXPECT_EQ(reference.form, LargeReference::OwnBytes);
     EXPECT_EQ(reference.ownSize, odd.size());
     for (const std::int64_t id : reference.Ids())
+    {
         DeleteLarge(Store().Connection(), id);
+    }
     EXPECT_EQ(Chunks(), 0);
 }
 
@@ -172,7 +182,9 @@ TEST_F(LargeValueTest, BytesThatMeanAnotherTextHereAreMadeOfTheText)
     const StoredLargeValue value(m_store, reference);
     EXPECT_EQ(ReadAll(value), NarrowFromStored("a \xC3\xA4 of the text"));
     for (const std::int64_t id : reference.Ids())
+    {
         DeleteLarge(Store().Connection(), id);
+    }
 }
 
 TEST_F(LargeValueTest, AValueThatEndsBeforeItsSizeIsNotStored)
@@ -335,12 +347,12 @@ TEST_F(LargeValueTest, AMessageWithADamagedReferenceSaysSoAndCanBeDeleted)
 TEST_F(LargeValueTest, ATableCellOfALargeValueSaysSo)
 {
     const MessageId message = Save(PR_BODY_W, Store().Stage(*[&]
-                                                            {
-                                                                const auto staged = Store().Stage();
-                                                                const std::string bytes = Bytes(10000);
-                                                                staged->Write(0, bytes.data(), bytes.size());
-                                                                return staged;
-                                                            }()));
+    {
+        const auto staged = Store().Stage();
+        const std::string bytes = Bytes(10000);
+        staged->Write(0, bytes.data(), bytes.size());
+        return staged;
+    }()));
     const PropertySet back = Store().LoadMessage(message).properties;
     const ULONG tag = PR_BODY_W;
     const Buffer<SPropValue> cell(BuildValues(&tag, 1, back, {}));
@@ -357,7 +369,9 @@ TEST_F(LargeValueTest, AHundredMegabytesPassThroughInPieces)
     const auto staged = Store().Stage();
     const std::string piece = Bytes(1 << 20);
     for (std::uint64_t i = 0; i < 100; ++i)
+    {
         staged->Write(i << 20, piece.data(), piece.size());
+    }
     const MessageId message = Save(PR_ATTACH_DATA_BIN, staged);
     const LargeValuePtr back = Store().LoadMessage(message).properties.Large(PR_ATTACH_DATA_BIN);
     ASSERT_EQ(back->Size(), 100ull << 20);

@@ -157,7 +157,9 @@ TEST_F(MessageTest, DeletingTakesEverythingWithIt)
     const MessageId message = Store().CreateMessage(Inbox, false, WithParts());
     Store().DeleteMessages({message});
     for (const char* table : {"message", "recipient", "attachment", "large", "chunk"})
+    {
         EXPECT_EQ(Rows(table), 0) << table;
+    }
 }
 
 TEST_F(MessageTest, EmptyingAFolderTakesEverythingWithIt)
@@ -166,7 +168,9 @@ TEST_F(MessageTest, EmptyingAFolderTakesEverythingWithIt)
     Store().CreateMessage(Inbox, false, Mail("plain"));
     Store().EmptyFolder(Inbox, true);
     for (const char* table : {"message", "recipient", "attachment", "large", "chunk"})
+    {
         EXPECT_EQ(Rows(table), 0) << table;
+    }
 }
 
 TEST_F(MessageTest, MovingTakesPartsAlongAndKeepsAssociatedApart)

@@ -91,13 +91,16 @@ TEST_F(NamedPropertyTest, WhenAllNumbersAreGivenTheQuotaIsExceeded)
 {
     std::vector<MAPINAMEID> names;
     for (LONG i = 0; i < 0xFFFE - 0x8000 + 1; ++i)
+    {
         names.push_back(Number(PS_PUBLIC_STRINGS, i));
+    }
     std::vector<const MAPINAMEID*> pointers;
     for (const MAPINAMEID& name : names)
+    {
         pointers.push_back(&name);
+    }
     EXPECT_EQ(Store().IdsFromNames(pointers.data(), pointers.size(), true).back(), 0xFFFEu);
-    EXPECT_EQ(CodeOf([&] { IdOfName(Number(PS_PUBLIC_STRINGS, -1), true); }),
-              static_cast<HRESULT>(0x80040900));
+    EXPECT_EQ(CodeOf([&] { IdOfName(Number(PS_PUBLIC_STRINGS, -1), true); }), static_cast<HRESULT>(0x80040900));
 }
 
 } // namespace

@@ -18,20 +18,23 @@ protected:
     {
         std::vector<std::thread> threads;
         for (std::function<void()>& body : bodies)
-            threads.emplace_back(
-                [body = std::move(body)]
+        {
+            threads.emplace_back([body = std::move(body)]
+            {
+                try
                 {
-                    try
-                    {
-                        body();
-                    }
-                    catch (const std::exception& error)
-                    {
-                        ADD_FAILURE() << error.what();
-                    }
-                });
+                    body();
+                }
+                catch (const std::exception& error)
+                {
+                    ADD_FAILURE() << error.what();
+                }
+            });
+        }
         for (std::thread& thread : threads)
+        {
             thread.join();
+        }
     }
 
     // Adds, changes, moves and deletes messages of its own through a connection of its own.
@@ -43,7 +46,9 @@ protected:
         for (int i = 0; i < rounds; ++i)
         {
             if (mine.size() < 4 || random() % 3 == 0)
+            {
                 mine.push_back(store->CreateMessage(Inbox, false, Numbered(LONG(random() % 100))));
+            }
             MessageId& message = mine[random() % mine.size()];
             switch (random() % 3)
             {
@@ -73,8 +78,12 @@ TEST_F(NotifyConcurrentTest, CopiesCatchUpWithSeveralWriters)
     const auto read = [&]
     {
         for (int i = 0; i < 40; ++i)
+        {
             for (Followed& each : tables)
+            {
                 ReadCopy(each.Table());
+            }
+        }
     };
     Race({[&] { Write(1, 60); }, [&] { Write(2, 60); }, read});
     // After too much at once a client reads anew; else the copy is what a fresh read gives.
@@ -104,8 +113,7 @@ TEST_F(NotifyConcurrentTest, SinksComeAndGoWhileTheyAreTold)
             }
         }
     };
-    Race({[&] { comeAndGo(true); }, [&] { comeAndGo(false); }, [&] { comeAndGo(false); },
-          [&] { Write(3, 80); }});
+    Race({[&] { comeAndGo(true); }, [&] { comeAndGo(false); }, [&] { comeAndGo(false); }, [&] { Write(3, 80); }});
     EXPECT_GT(calls, 0);
 }
 

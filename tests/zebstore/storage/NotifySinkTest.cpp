@@ -18,17 +18,18 @@ public:
     explicit Gate(CopyingSink& sink)
     {
         // The sink may still be on its way through when the gate is gone.
-        sink.Then(
-            [state = m_state]
-            {
-                state->inside = true;
-                state->open.wait();
-            });
+        sink.Then([state = m_state]
+        {
+            state->inside = true;
+            state->open.wait();
+        });
     }
     void WaitUntilInside() const
     {
         while (!m_state->inside)
+        {
             std::this_thread::yield();
+        }
     }
     void Open() { m_state->opener.set_value(); }
 
@@ -90,13 +91,12 @@ TEST_F(NotifySinkTest, ASinkMayReadAndUnadviseInItsOwnCall)
 {
     Followed followed(Contents());
     CopiedRows seen;
-    followed.Sink().Then(
-        [&]
-        {
-            seen = ReadCopy(followed.Table());
-            EXPECT_EQ(followed.Table().Unadvise(followed.Number()), S_OK);
-            Add(2); // from inside a sink: no lock is held
-        });
+    followed.Sink().Then([&]
+    {
+        seen = ReadCopy(followed.Table());
+        EXPECT_EQ(followed.Table().Unadvise(followed.Number()), S_OK);
+        Add(2); // from inside a sink: no lock is held
+    });
     Followed witness(Contents());
     Add(1);
     ASSERT_TRUE(witness.Sink().Hears(2));
@@ -113,7 +113,9 @@ TEST_F(NotifySinkTest, ASlowSinkIsToldThatAllHasChangedWhenTooMuchWaits)
     {
         Add(i);
         if (i % 100 == 99)
+        {
             ReadCopy(followed.Table()); // takes over what has changed
+        }
     }
     gate.Open();
     EXPECT_TRUE(followed.Sink().HearsWhole());
@@ -126,7 +128,9 @@ TEST_F(NotifySinkTest, ASinkThatComesWhileAllHasChangedWaitsIsToldOfWhatComesLat
     Followed followed(Contents());
     Gate gate = Hold(followed);
     for (LONG i = 0; i < 300; ++i)
+    {
         Add(i);
+    }
     ReadCopy(followed.Table()); // takes over what has changed
     const Ref<CopyingSink> late = Ref<CopyingSink>::Adopt(new CopyingSink);
     ULONG_PTR connection = 0;
@@ -178,16 +182,17 @@ TEST_F(NotifySinkTest, UnadviseWaitsForACallInProgress)
     const Followed stays(followed.TablePointer());
     std::atomic<bool> inside{false};
     std::atomic<bool> over{false};
-    followed.Sink().Then(
-        [&]
-        {
-            inside = true;
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-            over = true;
-        });
+    followed.Sink().Then([&]
+    {
+        inside = true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        over = true;
+    });
     Add(1);
     while (!inside)
+    {
         std::this_thread::yield();
+    }
     EXPECT_EQ(followed.Table().Unadvise(followed.Number()), S_OK);
     EXPECT_TRUE(over);
     followed.Forget();

@@ -42,17 +42,15 @@ protected:
 
     Ref<IMAPITable> Contents(FolderId folder = Inbox)
     {
-        const auto table =
-            CreateTable(MakeContentsRows(m_store, folder, false, Computed(PR_INSTANCE_KEY)), {});
+        const auto table = CreateTable(MakeContentsRows(m_store, folder, false, Computed(PR_INSTANCE_KEY)), {});
         EXPECT_EQ(table->SetColumns(TagArray({PR_SUBJECT_A, PR_IMPORTANCE, PR_INSTANCE_KEY}).Get(), 0), S_OK);
         return table;
     }
     Ref<IMAPITable> Hierarchy(FolderId folder, bool wholeTree)
     {
-        const auto table =
-            CreateTable(MakeHierarchyRows(m_store, folder, wholeTree, Computed(PR_INSTANCE_KEY)), {});
-        EXPECT_EQ(table->SetColumns(TagArray({PR_DISPLAY_NAME_A, PR_DEPTH, PR_CONTENT_COUNT,
-                                              PR_CONTENT_UNREAD, PR_SUBFOLDERS, PR_INSTANCE_KEY})
+        const auto table = CreateTable(MakeHierarchyRows(m_store, folder, wholeTree, Computed(PR_INSTANCE_KEY)), {});
+        EXPECT_EQ(table->SetColumns(TagArray({PR_DISPLAY_NAME_A, PR_DEPTH, PR_CONTENT_COUNT, PR_CONTENT_UNREAD,
+                                              PR_SUBFOLDERS, PR_INSTANCE_KEY})
                                         .Get(),
                                     0),
                   S_OK);

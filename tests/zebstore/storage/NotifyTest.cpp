@@ -114,7 +114,9 @@ TEST_F(NotifyTest, TooManyChangesAtOnceAreOneThatSaysAllHasChanged)
     {
         const std::lock_guard<std::recursive_mutex> hold(Store().Lock());
         for (int i = 0; i < count; ++i)
+        {
             Add(i);
+        }
     };
     Followed followed(Contents());
     addAtOnce(128);
@@ -133,7 +135,9 @@ TEST_F(NotifyTest, TooManyChangesAtOnceAreOneThatSaysAllHasChanged)
 TEST_F(NotifyTest, ATableThatIsSortedOrRestrictedAnewTellsOfItsNewOrder)
 {
     for (LONG i = 0; i < 10; ++i)
+    {
         Add(i * 10);
+    }
     Followed followed(Contents());
     const auto expectTold = [&](LONG number)
     {
@@ -224,7 +228,9 @@ TEST_F(NotifyTest, AfterItsEventsACopyIsWhatAFreshReadGives)
     std::vector<Followed> tables;
     std::vector<MessageId> messages;
     for (LONG i = 0; i < 20; ++i)
+    {
         messages.push_back(Add(i * 5));
+    }
     tables.emplace_back(Contents());
     tables.emplace_back(Sorted(Contents(), PR_SUBJECT_A));
     tables.emplace_back(Sorted(Contents(), PR_IMPORTANCE, TABLE_SORT_DESCEND));
@@ -251,21 +257,26 @@ TEST_F(NotifyTest, AfterItsEventsACopyIsWhatAFreshReadGives)
             break;
         case 4:
             if (messages.size() < 5)
+            {
                 return;
+            }
             Store().DeleteMessages({messages[at]});
             messages.erase(messages.begin() + static_cast<std::ptrdiff_t>(at));
             break;
         case 5:
-            messages[at] =
-                Store().MoveMessages({messages[at]}, FolderOf(messages[at]) == Inbox ? Archive : Inbox)[0];
+            messages[at] = Store().MoveMessages({messages[at]}, FolderOf(messages[at]) == Inbox ? Archive : Inbox)[0];
             break;
         default:
             if (folders.size() < 12)
-                folders.push_back(Store().CreateFolder(folders[below(folders.size())],
-                                                       Named("f" + std::to_string(random()))));
+            {
+                folders.push_back(
+                    Store().CreateFolder(folders[below(folders.size())], Named("f" + std::to_string(random()))));
+            }
             else
+            {
                 Store().SaveFolderProperties(folders[1 + below(folders.size() - 1)],
                                              Named("r" + std::to_string(random())));
+            }
         }
     };
     for (int round = 0; round < 60; ++round)
@@ -273,7 +284,9 @@ TEST_F(NotifyTest, AfterItsEventsACopyIsWhatAFreshReadGives)
         {
             const std::lock_guard<std::recursive_mutex> hold(Store().Lock());
             for (size_t i = below(8) + 1; i-- > 0;)
+            {
                 changeOnce();
+            }
         }
         for (size_t i = 0; i < tables.size(); ++i)
         {
@@ -306,7 +319,9 @@ TEST_F(NotifyTest, TheCursorStaysAtItsRowWhileRowsComeAndGo)
 {
     std::vector<MessageId> messages;
     for (LONG i = 0; i < 6; ++i)
+    {
         messages.push_back(Add(i * 10));
+    }
     const auto table = Sorted(Contents(), PR_IMPORTANCE);
     ASSERT_EQ(table->SeekRow(BOOKMARK_BEGINNING, 3, nullptr), S_OK);
     BOOKMARK bookmark = 0;
@@ -318,7 +333,9 @@ TEST_F(NotifyTest, TheCursorStaysAtItsRowWhileRowsComeAndGo)
         EXPECT_EQ(table->QueryRows(1, TBL_NOADVANCE, &set), S_OK);
         const LONG number = set->cRows ? set->aRow[0].lpProps[1].Value.l : -1;
         if (set->cRows)
+        {
             Free(set->aRow[0].lpProps);
+        }
         Free(set);
         return std::make_pair(number, found);
     };
@@ -343,7 +360,9 @@ TEST_F(NotifyTest, TheCursorOfAPlainTableStaysAtItsRow)
 {
     std::vector<MessageId> messages;
     for (LONG i = 0; i < 6; ++i)
+    {
         messages.push_back(Add(i));
+    }
     const auto table = Contents();
     ASSERT_EQ(table->SeekRow(BOOKMARK_BEGINNING, 3, nullptr), S_OK);
     Store().DeleteMessages({messages[0], messages[4]});

@@ -66,12 +66,14 @@ TEST_F(PropertySetTest, BinariesComeBackEmptyOrWithZeros)
 
 TEST_F(PropertySetTest, EveryMultiValuedFixedTypeComesBack)
 {
-    for (const ULONG type : {PT_MV_I2, PT_MV_LONG, PT_MV_R4, PT_MV_DOUBLE, PT_MV_CURRENCY, PT_MV_APPTIME,
-                             PT_MV_SYSTIME, PT_MV_I8, PT_MV_CLSID})
+    for (const ULONG type : {PT_MV_I2, PT_MV_LONG, PT_MV_R4, PT_MV_DOUBLE, PT_MV_CURRENCY, PT_MV_APPTIME, PT_MV_SYSTIME,
+                             PT_MV_I8, PT_MV_CLSID})
     {
         unsigned char bytes[48];
         for (unsigned i = 0; i < sizeof(bytes); ++i)
+        {
             bytes[i] = static_cast<unsigned char>(i);
+        }
         SPropValue value = Value(PROP_TAG(type, Id));
         value.Value.MVl.cValues = 3;
         value.Value.MVl.lpl = reinterpret_cast<LONG*>(bytes);
@@ -176,9 +178,10 @@ TEST_F(PropertySetTest, WhatIsNoValueIsRefusedAndNothingChanges)
 {
     PropertySet properties;
     properties.SetLong(PROP_TAG(PT_LONG, Id), 5);
-    for (const ULONG type :
-         {PT_ERROR, PT_NULL, PT_OBJECT, PT_UNSPECIFIED, ULONG(0x77), ULONG(MV_FLAG | PT_BOOLEAN)})
+    for (const ULONG type : {PT_ERROR, PT_NULL, PT_OBJECT, PT_UNSPECIFIED, ULONG(0x77), ULONG(MV_FLAG | PT_BOOLEAN)})
+    {
         EXPECT_EQ(CodeOf([&] { properties.Set(Value(PROP_TAG(type, Id))); }), MAPI_E_INVALID_TYPE) << type;
+    }
     SPropValue hollow = Value(PROP_TAG(PT_BINARY, Id));
     hollow.Value.bin.cb = 3;
     EXPECT_EQ(CodeOf([&] { properties.Set(hollow); }), MAPI_E_INVALID_PARAMETER);
@@ -202,7 +205,9 @@ TEST_F(PropertySetTest, TagsComeInTheOrderOfIdentifiersHoweverTheyWereSet)
 {
     PropertySet properties;
     for (const ULONG id : {0x9000u, 0x0037u, 0x8001u, 0x3001u})
+    {
         properties.SetLong(PROP_TAG(PT_LONG, id), static_cast<LONG>(id));
+    }
     const std::vector<ULONG> tags = ThroughFile(properties).Tags();
     EXPECT_TRUE(std::is_sorted(tags.begin(), tags.end()));
     EXPECT_NE(std::find(tags.begin(), tags.end(), PROP_TAG(PT_LONG, 0x8001)), tags.end());

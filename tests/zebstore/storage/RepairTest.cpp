@@ -50,13 +50,13 @@ protected:
     {
         return {[&](const std::string& finding) { told.findings += finding + "\n"; },
                 [&](std::uint64_t done, std::uint64_t whole)
-                {
-                    EXPECT_GE(done, told.whole == whole ? told.last : 0);
-                    EXPECT_LE(done, whole);
-                    told.last = done;
-                    told.whole = whole;
-                    ++told.steps;
-                }};
+        {
+            EXPECT_GE(done, told.whole == whole ? told.last : 0);
+            EXPECT_LE(done, whole);
+            told.last = done;
+            told.whole = whole;
+            ++told.steps;
+        }};
     }
     Told Repair()
     {
@@ -97,11 +97,9 @@ TEST_F(RepairTest, EachDamageIsMendedAndToldInALine)
         {"UPDATE contents SET next=1 WHERE container=6", "folder 3: its counters"},
         {"UPDATE contents SET recent=x'01' WHERE container=6", "folder 3: its counters"},
         {"DELETE FROM contents WHERE container=7", "folder 3: its counters are missing: made"},
-        {"DELETE FROM contents WHERE container=0",
-         "the place of messages inside attachments is missing: made"},
+        {"DELETE FROM contents WHERE container=0", "the place of messages inside attachments is missing: made"},
         {"INSERT INTO large(size) VALUES(3)", "belongs to nothing: removed"},
-        {"INSERT INTO chunk(id, bytes, sum) VALUES(99999999999, x'00', 0)",
-         "1 pieces belong to no large value"},
+        {"INSERT INTO chunk(id, bytes, sum) VALUES(99999999999, x'00', 0)", "1 pieces belong to no large value"},
         {"DELETE FROM chunk WHERE id=(SELECT max(id) FROM chunk)",
          "message " + std::to_string(m_second) + ": the value of its property 0x1000001F is not complete"},
         {"UPDATE chunk SET sum=sum+1 WHERE id=(SELECT min(id) FROM chunk)",
@@ -114,8 +112,7 @@ TEST_F(RepairTest, EachDamageIsMendedAndToldInALine)
              ") WHERE id=" + first,
          "belongs to another object too: copied"},
         {"UPDATE message SET props=" + std::string(DamagedReference) + " WHERE id=" + first,
-         "message " + first +
-             ": the value of its property 0x1000001F is not complete: the property is removed"},
+         "message " + first + ": the value of its property 0x1000001F is not complete: the property is removed"},
         {"UPDATE recipient SET props=x'00' WHERE message=" + first + " AND number=1",
          "a recipient of message " + first + ": its properties cannot be read"},
         {"UPDATE attachment SET props=x'00' WHERE message=" + first,
@@ -129,20 +126,17 @@ TEST_F(RepairTest, EachDamageIsMendedAndToldInALine)
         {"UPDATE attachment SET embedded=1", "1 attachments whose message belongs to another one too"},
         {"UPDATE message SET id=" + std::to_string(MessageId(4000) << 33) + " WHERE id=" + first,
          "1 messages belong to no folder (4000): moved to folder"},
-        {"UPDATE folder SET parent=4000 WHERE id=7",
-         "folder 7 is not reached from the root: moved to 'Contacts'"},
+        {"UPDATE folder SET parent=4000 WHERE id=7", "folder 7 is not reached from the root: moved to 'Contacts'"},
         {"UPDATE directory SET rows=7", "the address book does not count its 1 entries: corrected"},
         {"DELETE FROM directory", "the address book does not count its 1 entries: corrected"},
         {"UPDATE member SET entry=NULL", "1 members of what is no list or missing: removed"},
-        {"INSERT INTO receive(class, folder) VALUES('IPM.X', 4000)",
-         "1 receive folders that are missing: removed"},
+        {"INSERT INTO receive(class, folder) VALUES('IPM.X', 4000)", "1 receive folders that are missing: removed"},
     };
     for (const auto& damage : damages)
     {
         const std::string path = Path("test.zeb");
         m_store.reset();
-        std::filesystem::copy_file(path, Path("whole.zeb"),
-                                   std::filesystem::copy_options::overwrite_existing);
+        std::filesystem::copy_file(path, Path("whole.zeb"), std::filesystem::copy_options::overwrite_existing);
         m_store = StoreFile::Open(path, {});
         Spoil(damage.first);
         EXPECT_FALSE(Store().CheckWhole().empty()) << damage.first;
@@ -174,8 +168,7 @@ TEST_F(RepairTest, ALostMessageIsFoundAgainInAFolderOfItsOwn)
 {
     // With foreign keys: recipients and attachments go along.
     const std::string lost = std::to_string(MessageId(4000) << 33);
-    Store().Connection().Execute(
-        ("UPDATE message SET id=" + lost + " WHERE id=" + std::to_string(m_first)).c_str());
+    Store().Connection().Execute(("UPDATE message SET id=" + lost + " WHERE id=" + std::to_string(m_first)).c_str());
     Repair();
     const FolderId folder = Store().FindFolder(IdOf(StandardFolder::IpmSubtree), "Recovered");
     ASSERT_NE(folder, 0);
@@ -220,8 +213,7 @@ TEST_F(RepairTest, WhatStaysWrongIsAFailureThatChangesNothing)
     const std::vector<std::string> before = Store().CheckWhole();
     std::string text;
     EXPECT_EQ(CodeOf([&] { Repair(); }, &text), MAPI_E_CORRUPT_STORE);
-    EXPECT_NE(text.find("cannot be repaired: folder 7 is not reached from the root"), std::string::npos)
-        << text;
+    EXPECT_NE(text.find("cannot be repaired: folder 7 is not reached from the root"), std::string::npos) << text;
     EXPECT_EQ(Store().CheckWhole(), before);
     Spoil("UPDATE folder SET parent=2 WHERE id=7");
     Repair();
@@ -235,8 +227,7 @@ TEST_F(RepairTest, ACopyIsToldStepByStepAndReplacesNothing)
     EXPECT_EQ(told.last, told.whole);
     EXPECT_GT(told.whole, 0u);
     std::string text;
-    EXPECT_EQ(CodeOf([&] { CopyStore(Path("test.zeb"), Path("copy.zeb"), ReportTo(told)); }, &text),
-              MAPI_E_COLLISION);
+    EXPECT_EQ(CodeOf([&] { CopyStore(Path("test.zeb"), Path("copy.zeb"), ReportTo(told)); }, &text), MAPI_E_COLLISION);
     EXPECT_NE(text.find("copy.zeb"), std::string::npos) << text;
     EXPECT_EQ(StoreFile::Open(Path("copy.zeb"), {})->CheckWhole(), std::vector<std::string>());
 }
@@ -266,7 +257,9 @@ struct Export
     {
         Told& told = *static_cast<Told*>(context);
         if (finding)
+        {
             told.findings += std::string(finding) + "\n";
+        }
         told.last = done;
         told.whole = whole;
         ++told.steps;
@@ -280,16 +273,14 @@ TEST_F(RepairTest, ACopyIsRepairedAndTheFileStaysAsItIs)
     char failure[200] = "x";
     const std::string copy = Path("copy.zeb");
     // While the store is open: what was committed is in the copy.
-    EXPECT_EQ(
-        ZebStoreRepair(Path("test.zeb").c_str(), copy.c_str(), Export::Take, &told, failure, sizeof(failure)),
-        S_OK);
+    EXPECT_EQ(ZebStoreRepair(Path("test.zeb").c_str(), copy.c_str(), Export::Take, &told, failure, sizeof(failure)),
+              S_OK);
     EXPECT_STREQ(failure, "");
     EXPECT_NE(told.findings.find("folder 3: its counters"), std::string::npos) << told.findings;
     EXPECT_EQ(StoreFile::Open(copy, {})->Folder(Inbox).messages, 2u);
     EXPECT_FALSE(Store().CheckWhole().empty());
-    EXPECT_EQ(
-        ZebStoreRepair(Path("test.zeb").c_str(), copy.c_str(), nullptr, nullptr, failure, sizeof(failure)),
-        MAPI_E_COLLISION);
+    EXPECT_EQ(ZebStoreRepair(Path("test.zeb").c_str(), copy.c_str(), nullptr, nullptr, failure, sizeof(failure)),
+              MAPI_E_COLLISION);
     EXPECT_NE(std::string(failure).find("copy.zeb"), std::string::npos);
     EXPECT_EQ(StoreFile::Open(copy, {})->Folder(Inbox).messages, 2u) << "the file that was there stays";
     EXPECT_EQ(ZebStoreRepair(Path("test.zeb").c_str(), nullptr, Export::Take, &told, nullptr, 0), S_OK);
@@ -305,9 +296,8 @@ TEST_F(RepairTest, AFailedRepairLeavesNoCopyAndSaysWhy)
     EXPECT_EQ(std::string(failure).substr(0, 15), "The store file ");
     EXPECT_LT(std::string(failure).size(), sizeof(failure));
     Spoil("DROP TABLE chunk");
-    EXPECT_EQ(
-        ZebStoreRepair(Path("test.zeb").c_str(), Path("copy.zeb").c_str(), nullptr, nullptr, nullptr, 0),
-        MAPI_E_CORRUPT_STORE);
+    EXPECT_EQ(ZebStoreRepair(Path("test.zeb").c_str(), Path("copy.zeb").c_str(), nullptr, nullptr, nullptr, 0),
+              MAPI_E_CORRUPT_STORE);
     EXPECT_FALSE(std::filesystem::exists(Path("copy.zeb")));
     EXPECT_EQ(ZebStoreRepair(nullptr, nullptr, nullptr, nullptr, nullptr, 0), MAPI_E_INVALID_PARAMETER);
     m_store.reset();
@@ -319,8 +309,7 @@ TEST_F(RepairTest, TheSentenceOfAFailureIsCutBetweenCharacters)
     for (ULONG size = 1; size < 200; ++size)
     {
         std::string failure(size, 'x');
-        EXPECT_EQ(ZebStoreRepair(path.c_str(), nullptr, nullptr, nullptr, failure.data(), size),
-                  MAPI_E_NOT_FOUND);
+        EXPECT_EQ(ZebStoreRepair(path.c_str(), nullptr, nullptr, nullptr, failure.data(), size), MAPI_E_NOT_FOUND);
         const std::string text = failure.c_str();
         EXPECT_TRUE(IsUtf8(text)) << size << ": " << text;
         EXPECT_TRUE(text.size() + 4 >= size || text.back() == '.') << "no more than needed is cut off";
@@ -330,7 +319,9 @@ TEST_F(RepairTest, TheSentenceOfAFailureIsCutBetweenCharacters)
 TEST_F(RepairTest, ACompactFileHasNoRoomLeftOfWhatWasDeleted)
 {
     for (int i = 0; i < 20; ++i)
+    {
         Store().DeleteMessages({Store().CreateMessage(Inbox, false, Whole("gone"))});
+    }
     m_store.reset();
     const auto before = std::filesystem::file_size(Path("test.zeb"));
     Told told;
@@ -349,7 +340,9 @@ TEST_F(RepairTest, AFileIsCompactAtOnceAndTheWorkIsTold)
                                  "FROM n WHERE i < 100000) SELECT i FROM n");
     std::vector<MessageId> gone;
     for (int i = 0; i < 20; ++i)
+    {
         gone.push_back(Store().CreateMessage(Inbox, false, Whole("gone")));
+    }
     Store().DeleteMessages(gone);
     Store().Connection().Execute("PRAGMA wal_checkpoint(TRUNCATE)");
     const auto before = std::filesystem::file_size(Path("test.zeb"));

@@ -31,9 +31,13 @@ TEST_F(RestrictionTest, EveryRelationHoldsAsItSays)
         {true, true, false},  {false, true, false}, {true, false, true},
     };
     for (ULONG relop = RELOP_LT; relop <= RELOP_NE; ++relop)
+    {
         for (LONG i = 0; i < 3; ++i)
+        {
             EXPECT_EQ(Matches(m_make.Property(relop, LongValue(PR_IMPORTANCE, 4 + i))), expected[relop][i])
                 << relop << " " << i;
+        }
+    }
 }
 
 TEST_F(RestrictionTest, NumbersCompareWithTheirSign)
@@ -199,11 +203,15 @@ TEST_F(RestrictionTest, NestingBeyondItsLimitIsRefusedWithoutACrash)
 {
     SRestriction* node = m_make.Exist(PR_SUBJECT_A);
     for (int i = 1; i < Restriction::MostLevels; ++i)
+    {
         node = m_make.Not(node);
+    }
     EXPECT_EQ(CodeFor(node), S_OK);
     EXPECT_EQ(CodeFor(m_make.Not(node)), MAPI_E_TOO_COMPLEX);
     for (int i = 0; i < 10000; ++i)
+    {
         node = m_make.Not(node);
+    }
     EXPECT_EQ(CodeFor(node), MAPI_E_TOO_COMPLEX);
 }
 

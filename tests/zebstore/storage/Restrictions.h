@@ -101,7 +101,9 @@ private:
     {
         m_arrays.emplace_back();
         for (const SRestriction* child : children)
+        {
             m_arrays.back().push_back(*child);
+        }
         SRestriction* node = New(kind);
         node->res.resAnd.cRes = static_cast<ULONG>(children.size());
         node->res.resAnd.lpRes = m_arrays.back().data();

@@ -13,8 +13,7 @@ namespace zebstore::test
 namespace
 {
 
-const char* const Words[] = {"alpha", "Alpha",        "ALPHABET",     "beta",
-                             "",      "\xC3\x84pfel", "\xC3\xA4pfel", "zeta zeta"};
+const char* const Words[] = {"alpha", "Alpha", "ALPHABET", "beta", "", "\xC3\x84pfel", "\xC3\xA4pfel", "zeta zeta"};
 
 class SqlFilterTest : public StorageTest
 {
@@ -24,7 +23,9 @@ protected:
         StorageTest::SetUp();
         std::mt19937 random(11);
         for (int i = 0; i < 300; ++i)
+        {
             Store().CreateMessage(Inbox, false, RandomMail(random));
+        }
         m_rows = MakeContentsRows(m_store, Inbox, false, nullptr);
     }
 
@@ -34,17 +35,29 @@ protected:
         PropertySet& row = content.properties;
         row.SetLong(PR_MESSAGE_FLAGS, static_cast<LONG>(random() % 4));
         if (random() % 8)
+        {
             row.SetText(PR_SUBJECT_W, Words[random() % 8]);
+        }
         else if (random() % 2)
+        {
             row.SetText(PR_SUBJECT_W, std::string(260, 'A') + Words[random() % 8]);
+        }
         else
+        {
             row.SetLong(PROP_TAG(PT_LONG, PROP_ID(PR_SUBJECT_W)), 3);
+        }
         if (random() % 2)
+        {
             row.SetEncoded(PR_SENDER_NAME_A, std::string(1, '\0') + Words[random() % 5]);
+        }
         if (random() % 3)
+        {
             row.Set(TimeValue(PR_MESSAGE_DELIVERY_TIME, static_cast<std::int64_t>(random() % 5) << 40));
+        }
         if (random() % 2)
+        {
             row.SetLong(PR_IMPORTANCE, static_cast<LONG>(random() % 3));
+        }
         return content;
     }
 
@@ -63,11 +76,10 @@ protected:
         case 0:
             return m_make.Property(random() % 6, value);
         case 1:
-            return m_make.Property(random() % 6,
-                                   LongValue(PR_MESSAGE_FLAGS, static_cast<LONG>(random() % 4)));
+            return m_make.Property(random() % 6, LongValue(PR_MESSAGE_FLAGS, static_cast<LONG>(random() % 4)));
         case 2:
-            return m_make.Property(random() % 6, TimeValue(PR_MESSAGE_DELIVERY_TIME,
-                                                           static_cast<std::int64_t>(random() % 5) << 40));
+            return m_make.Property(random() % 6,
+                                   TimeValue(PR_MESSAGE_DELIVERY_TIME, static_cast<std::int64_t>(random() % 5) << 40));
         case 3:
             return m_make.BitMask(PR_MESSAGE_FLAGS, 1 + random() % 3, random() % 2);
         case 4:
@@ -84,7 +96,9 @@ protected:
     SRestriction* RandomTree(std::mt19937& random, int levels)
     {
         if (levels == 0 || random() % 3 == 0)
+        {
             return RandomLeaf(random);
+        }
         switch (random() % 3)
         {
         case 0:
@@ -98,12 +112,13 @@ protected:
 
     SortOrder RandomOrder(std::mt19937& random)
     {
-        constexpr ULONG tags[] = {
-            PR_SUBJECT_W,    PR_SUBJECT_A,     PR_SENDER_NAME_W, PR_MESSAGE_DELIVERY_TIME,
-            PR_MESSAGE_SIZE, PR_MESSAGE_FLAGS, PR_IMPORTANCE};
+        constexpr ULONG tags[] = {PR_SUBJECT_W,    PR_SUBJECT_A,     PR_SENDER_NAME_W, PR_MESSAGE_DELIVERY_TIME,
+                                  PR_MESSAGE_SIZE, PR_MESSAGE_FLAGS, PR_IMPORTANCE};
         std::vector<SSortOrder> keys(1 + random() % 3);
         for (SSortOrder& key : keys)
+        {
             key = {tags[random() % 7], ULONG(random() % 2)};
+        }
         return SortOrder(*SortSet(keys));
     }
 
@@ -112,7 +127,9 @@ protected:
     {
         RowSelection selection(restriction, order);
         for (const MessageId message : Store().MessagesOf(Inbox, false))
+        {
             selection.Add(message, Store().LoadMessage(message).properties);
+        }
         return selection.Take();
     }
 
@@ -143,14 +160,18 @@ TEST_F(SqlFilterTest, ManyAlternativesSayWhatEachOfThemSays)
     {
         std::vector<SRestriction*> leaves;
         for (size_t left = 16 + random() % 60; left > 0; --left)
+        {
             leaves.push_back(RandomLeaf(random));
+        }
         std::vector<RowKey> expected;
         for (const MessageId message : Store().MessagesOf(Inbox, false))
         {
             const PropertySet properties = Store().LoadMessage(message).properties;
             if (std::any_of(leaves.begin(), leaves.end(),
                             [&](const SRestriction* leaf) { return Restriction(*leaf).Matches(properties); }))
+            {
                 expected.push_back(message);
+            }
         }
         const Restriction restriction(*m_make.Or(leaves));
         ASSERT_EQ(m_rows->Keys(&restriction, nullptr), expected) << i;
@@ -225,18 +246,26 @@ TEST_F(SqlFilterTest, OnlyEqualTextsAreLookedUp)
     const SPropValue alpha = NarrowValue(PR_SUBJECT_A, "Alpha");
     std::vector<SRestriction*> others;
     for (const ULONG relation : {RELOP_LT, RELOP_LE, RELOP_GT, RELOP_GE, RELOP_NE})
+    {
         others.push_back(m_make.Property(relation, alpha));
+    }
     for (const ULONG fuzzy : {FL_FULLSTRING, FL_FULLSTRING | FL_IGNORENONSPACE, FL_FULLSTRING | FL_LOOSE,
                               FL_PREFIX | FL_IGNORECASE, FL_SUBSTRING | FL_IGNORECASE})
+    {
         others.push_back(m_make.Content(fuzzy, alpha));
+    }
     std::vector<std::string> texts;
     for (int i = 0; i < 20; ++i)
+    {
         texts.push_back("no such subject " + std::to_string(i));
+    }
     for (size_t i = 0; i < others.size(); ++i)
     {
         std::vector<SRestriction*> any;
         for (const std::string& text : texts)
+        {
             any.push_back(m_make.Property(RELOP_EQ, NarrowValue(PR_SUBJECT_A, text.c_str())));
+        }
         any.push_back(others[i]);
         const Restriction single(*others[i]);
         const std::vector<RowKey> expected = Naive(&single, nullptr);

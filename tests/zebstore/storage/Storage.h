@@ -104,29 +104,36 @@ HRESULT CodeOf(Body&& body, std::string* text = nullptr)
     catch (const Error& error)
     {
         if (text)
+        {
             *text = error.what();
+        }
         return error.Code();
     }
     return S_OK;
 }
 
-/// Makes an open file one of an older schema version: 3 without checksums and times of folders, 2 also without an address book, 1 also
-/// without lists of recent changes.
+/// Makes an open file one of an older schema version: 3 without checksums and times of folders, 2 also without
+/// an address book, 1 also without lists of recent changes.
 inline void MakeOlder(StoreFile& store, int version)
 {
     Database& database = store.Connection();
     database.Execute("ALTER TABLE chunk DROP COLUMN sum");
     database.Execute("ALTER TABLE folder DROP COLUMN created; ALTER TABLE folder DROP COLUMN modified");
-    for (const char* table :
-         {"store", "folder", "message", "recipient", "attachment", "address", "directory"})
+    for (const char* table : {"store", "folder", "message", "recipient", "attachment", "address", "directory"})
+    {
         database.Execute(("UPDATE " + std::string(table) +
                           " SET props=CAST(x'01' || substr(props, 2, length(props) - 9) AS BLOB) "
                           "WHERE props IS NOT NULL")
                              .c_str());
+    }
     if (version < 3)
+    {
         database.Execute("DROP TABLE member; DROP TABLE address; DROP TABLE directory");
+    }
     if (version < 2)
+    {
         database.Execute("ALTER TABLE contents DROP COLUMN recent");
+    }
     database.Execute(("PRAGMA user_version=" + std::to_string(version)).c_str());
 }
 

@@ -1,5 +1,5 @@
-// A process that changes a store while others have it open: store_changer STORE COUNT. Of COUNT changes in all, messages
-// are added to the inbox, changed there, moved to the sent items and deleted.
+// A process that changes a store while others have it open: store_changer STORE COUNT. Of COUNT changes in all,
+// messages are added to the inbox, changed there, moved to the sent items and deleted.
 #include "zebstore/storage/StoreFile.h"
 
 #include <cstdio>
@@ -35,8 +35,8 @@ void ChangeOnce(StoreFile& store, std::vector<MessageId>& mine, std::mt19937& ra
         store.SaveMessage(message, Content(random), 0);
         return;
     case 1:
-        message = store.MoveMessages({message},
-                                     FolderOf(message) == Inbox ? IdOf(StandardFolder::SentItems) : Inbox)[0];
+        message =
+            store.MoveMessages({message}, FolderOf(message) == Inbox ? IdOf(StandardFolder::SentItems) : Inbox)[0];
         return;
     default:
         store.DeleteMessages({message});
@@ -50,14 +50,18 @@ void ChangeOnce(StoreFile& store, std::vector<MessageId>& mine, std::mt19937& ra
 int main(int count, char** arguments)
 {
     if (count != 3)
+    {
         return 2;
+    }
     try
     {
         const auto store = StoreFile::Open(arguments[1], {});
         std::vector<MessageId> mine;
         std::mt19937 random(7);
         for (int left = std::atoi(arguments[2]); left > 0; --left)
+        {
             ChangeOnce(*store, mine, random);
+        }
         return 0;
     }
     catch (const std::exception& error)

@@ -41,13 +41,15 @@ TEST_F(StoreFileTest, ANewStoreHasTheStandardFolders)
 {
     EXPECT_EQ(Store().Folder(IdOf(StandardFolder::Root)).parent, 0);
     EXPECT_EQ(Store().Folder(IdOf(StandardFolder::Root)).type, ULONG(FOLDER_ROOT));
-    for (const StandardFolder below :
-         {StandardFolder::Inbox, StandardFolder::Outbox, StandardFolder::DeletedItems,
-          StandardFolder::SentItems, StandardFolder::Contacts})
+    for (const StandardFolder below : {StandardFolder::Inbox, StandardFolder::Outbox, StandardFolder::DeletedItems,
+                                       StandardFolder::SentItems, StandardFolder::Contacts})
+    {
         EXPECT_EQ(Store().Folder(IdOf(below)).parent, IdOf(StandardFolder::IpmSubtree));
-    for (const StandardFolder below :
-         {StandardFolder::Finder, StandardFolder::Views, StandardFolder::CommonViews})
+    }
+    for (const StandardFolder below : {StandardFolder::Finder, StandardFolder::Views, StandardFolder::CommonViews})
+    {
         EXPECT_EQ(Store().Folder(IdOf(below)).parent, IdOf(StandardFolder::Root));
+    }
     EXPECT_EQ(Store().FolderProperties(Inbox).Text(PR_DISPLAY_NAME_W), "Inbox");
     EXPECT_EQ(Store().Properties().Text(PR_DISPLAY_NAME_W), "Test");
 }
@@ -98,11 +100,12 @@ TEST_F(StoreFileTest, AFolderIsRefused)
 TEST_F(StoreFileTest, ATruncatedFileIsRefused)
 {
     for (int i = 0; i < 200; ++i)
+    {
         Store().CreateMessage(Inbox, false, Mail(std::string(300, 'a')));
+    }
     m_store.reset();
     const std::string whole = Read(Path("test.zeb"));
-    for (const size_t left :
-         {size_t(10), size_t(100), size_t(2000), size_t(4096), whole.size() / 2, whole.size() - 1})
+    for (const size_t left : {size_t(10), size_t(100), size_t(2000), size_t(4096), whole.size() / 2, whole.size() - 1})
     {
         Write(Path("cut.zeb"), whole.substr(0, left));
         EXPECT_EQ(OpenCode(Path("cut.zeb")), MAPI_E_CORRUPT_STORE) << left;
@@ -158,8 +161,7 @@ TEST_F(StoreFileTest, AMissingTableIsRefused)
 TEST_F(StoreFileTest, AReadOnlyFileIsRefusedUnlessOpenedForReading)
 {
     m_store.reset();
-    fs::permissions(Path("test.zeb"),
-                    fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
+    fs::permissions(Path("test.zeb"), fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
                     fs::perm_options::remove);
     EXPECT_EQ(OpenCode(Path("test.zeb")), MAPI_E_NO_ACCESS);
     fs::permissions(Path("test.zeb"), fs::perms::owner_write, fs::perm_options::add);
@@ -186,8 +188,7 @@ TEST_F(StoreFileTest, CreatingOverAFileIsRefusedAndLeavesItAlone)
 
 TEST_F(StoreFileTest, CreatingWhereNothingCanBeMadeLeavesNothing)
 {
-    EXPECT_EQ(CodeOf([&] { StoreFile::Create(m_folder.Path() + "/no/such/folder.zeb", "x", {}); }),
-              MAPI_E_NO_ACCESS);
+    EXPECT_EQ(CodeOf([&] { StoreFile::Create(m_folder.Path() + "/no/such/folder.zeb", "x", {}); }), MAPI_E_NO_ACCESS);
 }
 
 TEST_F(StoreFileTest, TwoConnectionsSeeEachOthersCommits)
@@ -244,7 +245,9 @@ TEST_F(StoreFileTest, TheWholeCheckFindsWhatIsWrong)
         Spoil(damage.first.c_str());
         std::string all;
         for (const std::string& problem : Store().CheckWhole())
+        {
             all += problem + "\n";
+        }
         EXPECT_NE(all.find(damage.second), std::string::npos) << damage.first << ":\n" << all;
         m_store->Connection().Execute("ROLLBACK");
     }

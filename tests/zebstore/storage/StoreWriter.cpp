@@ -10,22 +10,24 @@
 int main(int count, char** arguments)
 {
     if (count != 4)
+    {
         return 2;
+    }
     try
     {
         const auto store = zebstore::StoreFile::Open(arguments[1], {});
         std::FILE* log = std::fopen(arguments[2], "ab");
         if (!log)
+        {
             return 2;
+        }
         const std::chrono::milliseconds life(std::atoi(arguments[3]));
         // Ends the process from aside, wherever the saving thread is, with nothing closed or written.
-        std::thread(
-            [life]
-            {
-                std::this_thread::sleep_for(life);
-                std::_Exit(9);
-            })
-            .detach();
+        std::thread([life]
+        {
+            std::this_thread::sleep_for(life);
+            std::_Exit(9);
+        }).detach();
         zebstore::MessageContent content;
         content.properties.SetText(PR_SUBJECT_W, "written");
         content.properties.SetEncoded(PR_BODY_W, std::string(20000, 'b'));

@@ -32,7 +32,9 @@ inline std::ostream& operator<<(std::ostream& to, const CopiedRow& row)
     std::memcpy(&number, row.key.data(), std::min(row.key.size(), sizeof(number)));
     to << (number & 0xFFFFFFFF) << "(";
     for (const std::string& cell : row.cells)
+    {
         to << cell.substr(cell.find(' ') + 1) << ";";
+    }
     return to << ")";
 }
 using CopiedRows = std::vector<CopiedRow>;
@@ -63,9 +65,13 @@ inline CopiedRow CopyOf(const SRow& row)
 {
     CopiedRow copy;
     for (ULONG i = 0; i < row.cValues; ++i)
+    {
         copy.cells.push_back(CellText(row.lpProps[i]));
+    }
     if (!copy.cells.empty())
+    {
         copy.key = copy.cells.back().substr(copy.cells.back().find(' ') + 1);
+    }
     return copy;
 }
 
@@ -104,7 +110,9 @@ public:
         }
         m_heard.notify_all();
         if (then)
+        {
             then();
+        }
         return 0;
     }
 
@@ -173,21 +181,24 @@ private:
     static std::string KeyOf(const SPropValue& value)
     {
         if (value.ulPropTag == PR_NULL)
+        {
             return {};
+        }
         EXPECT_EQ(value.ulPropTag, ULONG(PR_INSTANCE_KEY));
         return {reinterpret_cast<const char*>(value.Value.bin.lpb), value.Value.bin.cb};
     }
     CopiedRows::iterator Find(const std::string& key)
     {
-        return std::find_if(m_rows.begin(), m_rows.end(),
-                            [&](const CopiedRow& row) { return row.key == key; });
+        return std::find_if(m_rows.begin(), m_rows.end(), [&](const CopiedRow& row) { return row.key == key; });
     }
 
     void Follow(const TABLE_NOTIFICATION& table)
     {
         m_events.push_back(table.ulTableEvent);
         if (m_whole > 0)
+        {
             return; // the copy must be read anew before it can follow again
+        }
         switch (table.ulTableEvent)
         {
         case TABLE_ROW_ADDED:
@@ -210,9 +221,13 @@ private:
     {
         const auto found = Find(key);
         if (found == m_rows.end())
+        {
             ADD_FAILURE() << "the row is not there";
+        }
         else
+        {
             m_rows.erase(found);
+        }
     }
 
     void Insert(const TABLE_NOTIFICATION& table)
@@ -224,9 +239,13 @@ private:
         {
             place = Find(KeyOf(table.propPrior));
             if (place == m_rows.end())
+            {
                 ADD_FAILURE() << "the row before it is not there";
+            }
             else
+            {
                 ++place;
+            }
         }
         m_rows.insert(place, row);
     }

@@ -16,12 +16,13 @@ protected:
     void Fill(int count)
     {
         for (int i = 0; i < count; ++i)
+        {
             m_messages.push_back(Store().CreateMessage(Inbox, false, Numbered(i)));
+        }
     }
     static MessageContent Numbered(int number)
     {
-        MessageContent content =
-            Mail("subject " + std::to_string(100 + number), number % 2 ? MSGFLAG_READ : 0);
+        MessageContent content = Mail("subject " + std::to_string(100 + number), number % 2 ? MSGFLAG_READ : 0);
         content.properties.SetLong(PR_IMPORTANCE, number);
         return content;
     }
@@ -151,10 +152,9 @@ TEST_F(TableTest, SortingGoesByEveryKeyInItsDirection)
     const auto table = Contents();
     Sort(*table, PR_SUBJECT_A, TABLE_SORT_DESCEND);
     EXPECT_EQ(Rows(*table, 9), (Numbers{5, 4, 3, 2, 1, 0}));
-    ASSERT_EQ(
-        table->SortTable(
-            SortSet({{PR_MESSAGE_FLAGS, TABLE_SORT_DESCEND}, {PR_IMPORTANCE, TABLE_SORT_ASCEND}}).Get(), 0),
-        S_OK);
+    ASSERT_EQ(table->SortTable(
+                  SortSet({{PR_MESSAGE_FLAGS, TABLE_SORT_DESCEND}, {PR_IMPORTANCE, TABLE_SORT_ASCEND}}).Get(), 0),
+              S_OK);
     EXPECT_EQ(Rows(*table, 9), (Numbers{1, 3, 5, 0, 2, 4}));
     SSortOrderSet* order = nullptr;
     ASSERT_EQ(table->QuerySortOrder(&order), S_OK);
@@ -203,14 +203,12 @@ TEST_F(TableTest, FindRowSearchesBothWays)
     EXPECT_EQ(table->FindRow(Is(3), BOOKMARK_CURRENT, DIR_BACKWARD), S_OK);
     EXPECT_EQ(Position(*table), 3u);
     EXPECT_EQ(table->FindRow(Is(3), BOOKMARK_CURRENT, DIR_BACKWARD), MAPI_E_NOT_FOUND);
-    EXPECT_EQ(
-        table->FindRow(m_make.BitMask(PR_MESSAGE_FLAGS, MSGFLAG_READ, BMR_NEZ), BOOKMARK_END, DIR_BACKWARD),
-        S_OK);
+    EXPECT_EQ(table->FindRow(m_make.BitMask(PR_MESSAGE_FLAGS, MSGFLAG_READ, BMR_NEZ), BOOKMARK_END, DIR_BACKWARD),
+              S_OK);
     EXPECT_EQ(Position(*table), 9u) << "the last one that fits";
     const MessageId wanted = m_messages[4];
     const std::string id(reinterpret_cast<const char*>(&wanted), sizeof(wanted));
-    EXPECT_EQ(table->FindRow(m_make.Property(RELOP_EQ, BinaryValue(PR_ENTRYID, id)), BOOKMARK_BEGINNING, 0),
-              S_OK);
+    EXPECT_EQ(table->FindRow(m_make.Property(RELOP_EQ, BinaryValue(PR_ENTRYID, id)), BOOKMARK_BEGINNING, 0), S_OK);
     EXPECT_EQ(Position(*table), 4u) << "by a computed property";
     EXPECT_EQ(table->FindRow(nullptr, BOOKMARK_BEGINNING, 0), MAPI_E_INVALID_PARAMETER);
     EXPECT_EQ(table->FindRow(Is(1), 99, 0), MAPI_E_INVALID_BOOKMARK);
@@ -220,7 +218,9 @@ TEST_F(TableTest, FindRowGoesALongWay)
 {
     std::vector<PropertySet> rows(5000);
     for (size_t i = 0; i < rows.size(); ++i)
+    {
         rows[i].SetLong(PR_IMPORTANCE, static_cast<LONG>(i % 2500));
+    }
     const auto table = CreateTable(std::make_shared<MemoryRows>(std::move(rows)), {});
     EXPECT_EQ(table->FindRow(Is(2400), BOOKMARK_BEGINNING, 0), S_OK);
     EXPECT_EQ(Position(*table), 2400u);
@@ -235,9 +235,8 @@ TEST_F(TableTest, CellsAreWhatTheirColumnsAskFor)
     content.properties.SetEncoded(PR_BODY_W, std::string(10000, 'b'));
     Store().CreateMessage(Inbox, false, content);
     const auto table = Contents(true);
-    Columns(*table,
-            {PR_SUBJECT_W, PR_SUBJECT_A, PROP_TAG(PT_UNSPECIFIED, PROP_ID(PR_SUBJECT_A)), PR_SENDER_NAME_A,
-             PR_BODY_W, PROP_TAG(PT_I2, PROP_ID(PR_MESSAGE_SIZE)), PR_NULL, PR_ENTRYID});
+    Columns(*table, {PR_SUBJECT_W, PR_SUBJECT_A, PROP_TAG(PT_UNSPECIFIED, PROP_ID(PR_SUBJECT_A)), PR_SENDER_NAME_A,
+                     PR_BODY_W, PROP_TAG(PT_I2, PROP_ID(PR_MESSAGE_SIZE)), PR_NULL, PR_ENTRYID});
     SRowSet* set = nullptr;
     ASSERT_EQ(table->QueryRows(1, 0, &set), S_OK);
     ASSERT_EQ(set->aRow[0].cValues, 8u);
@@ -261,10 +260,7 @@ TEST_F(TableTest, ColumnsAreWhatWasSetOrTheDefaultInTheTablesForm)
     const auto narrow = Contents();
     SPropTagArray* tags = nullptr;
     const auto has = [&](ULONG tag)
-    {
-        return std::find(tags->aulPropTag, tags->aulPropTag + tags->cValues, tag) !=
-               tags->aulPropTag + tags->cValues;
-    };
+    { return std::find(tags->aulPropTag, tags->aulPropTag + tags->cValues, tag) != tags->aulPropTag + tags->cValues; };
     ASSERT_EQ(narrow->QueryColumns(0, &tags), S_OK);
     EXPECT_TRUE(has(PR_SUBJECT_A));
     EXPECT_TRUE(has(PR_ENTRYID));
@@ -320,8 +316,7 @@ TEST_F(TableTest, ABookmarkStaysAtItsRow)
     BOOKMARK bookmark = 0xABABABABABABABAB;
     ASSERT_EQ(table->CreateBookmark(&bookmark), S_OK);
     EXPECT_LE(bookmark, UINT32_MAX) << "all 64 bits are written";
-    EXPECT_EQ(table->SeekRow(bookmark | 0x100000000, 0, nullptr), MAPI_E_INVALID_BOOKMARK)
-        << "and all are read";
+    EXPECT_EQ(table->SeekRow(bookmark | 0x100000000, 0, nullptr), MAPI_E_INVALID_BOOKMARK) << "and all are read";
     Store().DeleteMessages({m_messages[1]});
     LONG sought = 0;
     EXPECT_EQ(table->SeekRow(bookmark, 0, &sought), S_OK);
@@ -367,17 +362,14 @@ TEST_F(TableTest, RecipientsAndAttachmentsAnswerASubRestriction)
     content.attachments.push_back(edit);
     Store().CreateMessage(Inbox, false, content);
     const auto table = Contents();
-    table->Restrict(
-        m_make.Sub(PR_MESSAGE_RECIPIENTS, m_make.Property(RELOP_EQ, NarrowValue(PR_DISPLAY_NAME_A, "bob"))),
-        0);
-    EXPECT_EQ(Rows(*table, 9), Numbers{7});
-    table->Restrict(m_make.Sub(PR_MESSAGE_ATTACHMENTS,
-                               m_make.Content(FL_SUBSTRING, NarrowValue(PR_ATTACH_FILENAME_A, ".pdf"))),
+    table->Restrict(m_make.Sub(PR_MESSAGE_RECIPIENTS, m_make.Property(RELOP_EQ, NarrowValue(PR_DISPLAY_NAME_A, "bob"))),
                     0);
     EXPECT_EQ(Rows(*table, 9), Numbers{7});
     table->Restrict(
-        m_make.Sub(PR_MESSAGE_RECIPIENTS, m_make.Property(RELOP_EQ, NarrowValue(PR_DISPLAY_NAME_A, "cid"))),
-        0);
+        m_make.Sub(PR_MESSAGE_ATTACHMENTS, m_make.Content(FL_SUBSTRING, NarrowValue(PR_ATTACH_FILENAME_A, ".pdf"))), 0);
+    EXPECT_EQ(Rows(*table, 9), Numbers{7});
+    table->Restrict(m_make.Sub(PR_MESSAGE_RECIPIENTS, m_make.Property(RELOP_EQ, NarrowValue(PR_DISPLAY_NAME_A, "cid"))),
+                    0);
     EXPECT_EQ(Count(*table), 0u);
 }
 
@@ -401,7 +393,9 @@ TEST_F(TableTest, TheHierarchyShowsDepthAndCounts)
     EXPECT_EQ(set->aRow[0].lpProps[2].Value.b, 1);
     EXPECT_EQ(set->aRow[1].lpProps[3].Value.l, 1);
     for (ULONG i = 0; i < set->cRows; ++i)
+    {
         Free(set->aRow[i].lpProps);
+    }
     Free(set);
     EXPECT_EQ(table->Restrict(m_make.Property(RELOP_EQ, NarrowValue(PR_DISPLAY_NAME_A, "B")), 0), S_OK);
     EXPECT_EQ(Count(*table), 1u);
@@ -427,7 +421,9 @@ TEST_F(TableTest, AnAllocationThatFailsLeavesTheCursorAndNothingBehind)
             EXPECT_EQ(code, S_OK);
             EXPECT_EQ(set->aRow[0].lpProps[0].Value.l, 0) << "the cursor had stayed";
             for (ULONG i = 0; i < set->cRows; ++i)
+            {
                 Free(set->aRow[i].lpProps);
+            }
             Free(set);
             break;
         }

@@ -11,7 +11,9 @@ std::string Utf8(std::uint32_t code)
 {
     WCHAR units[2] = {static_cast<WCHAR>(code), 0};
     if (code < 0x10000)
+    {
         return StoredFromWide(units, 1);
+    }
     units[0] = static_cast<WCHAR>(0xD800 + ((code - 0x10000) >> 10));
     units[1] = static_cast<WCHAR>(0xDC00 + ((code - 0x10000) & 0x3FF));
     return StoredFromWide(units, 2);
@@ -46,12 +48,16 @@ TEST(TextFold, TheFoldingOfAllOfUnicodeIsThatOfTheSortKeysInFiles)
     for (std::uint32_t code = 0; code < 0x110000; ++code)
     {
         if (code >= 0xD800 && code <= 0xDFFF)
+        {
             continue;
+        }
         const std::string text = Utf8(code);
         const std::string folded = Folded(text, TextFold::IgnoreCase);
         folding += folded != text;
         for (const char byte : folded)
+        {
             hash = (hash ^ static_cast<unsigned char>(byte)) * 1099511628211u;
+        }
     }
     EXPECT_STREQ(UnicodeVersion(), "15.0.0");
     EXPECT_EQ(folding, 1454u);
@@ -87,7 +93,9 @@ TEST(TextFold, ASortKeyStandsForTheFirstCharacters)
     EXPECT_EQ(SortKey(std::string(300, 'A')), std::string(SortKeyCharacters, 'a'));
     std::string accents;
     for (int i = 0; i < 300; ++i)
+    {
         accents += "\xC3\x84";
+    }
     EXPECT_EQ(SortKey(accents).size(), SortKeyCharacters * 2);
 }
 
@@ -95,7 +103,9 @@ TEST(TextFold, EveryWideTextComesBackAsItWas)
 {
     zeb::platform::WideString text;
     for (unsigned code = 1; code < 0x10000; ++code)
+    {
         text += static_cast<WCHAR>(code);
+    }
     text += static_cast<WCHAR>(0xD83D);
     text += static_cast<WCHAR>(0xDE00);
     const std::string stored = StoredFromWide(text.data(), text.size());
@@ -106,9 +116,8 @@ TEST(TextFold, EveryWideTextComesBackAsItWas)
 
 TEST(TextFold, DamagedTextNeverReadsBeyondItsEnd)
 {
-    for (const std::string& damaged :
-         {std::string("\xF0\x9F"), std::string("\xC3"), std::string("a\x80\xFFz"),
-          std::string("\xF5\x80\x80\x80"), std::string("\xE0\x80\x80")})
+    for (const std::string& damaged : {std::string("\xF0\x9F"), std::string("\xC3"), std::string("a\x80\xFFz"),
+                                       std::string("\xF5\x80\x80\x80"), std::string("\xE0\x80\x80")})
     {
         const zeb::platform::WideString wide = WideFromStored(damaged);
         EXPECT_LE(wide.size(), damaged.size());

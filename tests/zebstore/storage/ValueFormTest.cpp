@@ -13,7 +13,9 @@ std::string ThreeByteText(size_t characters)
 {
     std::string text;
     for (size_t i = 0; i < characters; ++i)
+    {
         text += "\xE6\x97\xA5";
+    }
     return text;
 }
 
@@ -41,15 +43,16 @@ protected:
     void ExpectSound()
     {
         for (const std::string& problem : Store().CheckWhole())
+        {
             ADD_FAILURE() << problem;
+        }
     }
 };
 
 TEST_F(ValueForm, ABodyOfThreeByteCharactersIsWrittenOnceNextToParts)
 {
     // Around the sizes at which only the one or the other form is over the limit.
-    for (const size_t characters :
-         {size_t(1365), size_t(1366), size_t(1700), size_t(2048), size_t(2049), size_t(5000)})
+    for (const size_t characters : {size_t(1365), size_t(1366), size_t(1700), size_t(2048), size_t(2049), size_t(5000)})
     {
         MessageContent withRecipient = WithBody(ThreeByteText(characters));
         withRecipient.recipients = std::vector<PropertySet>{Named("Ada")};
@@ -141,7 +144,9 @@ TEST_F(ValueForm, NarrowTextIsJudgedLikeWideText)
     std::string narrow;
     const WCHAR letter[] = {0xE4};
     for (int i = 0; i < 2500; ++i)
+    {
         narrow += zeb::platform::NarrowFromWide(letter, 1);
+    }
     MessageContent content = Mail("narrow");
     content.properties.Set(NarrowValue(PR_BODY_A, narrow.c_str()));
     content.recipients = std::vector<PropertySet>{Named("Ada")};

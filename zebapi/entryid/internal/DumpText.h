@@ -59,10 +59,7 @@ public:
 private:
     static constexpr size_t lineEndSize = 2;
 
-    static char* Put(char* place, std::string_view text)
-    {
-        return std::copy(text.begin(), text.end(), place);
-    }
+    static char* Put(char* place, std::string_view text) { return std::copy(text.begin(), text.end(), place); }
     template <size_t Size>
     static char* PutLabel(char* place, const char (&label)[Size])
     {

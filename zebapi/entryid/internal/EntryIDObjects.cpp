@@ -236,8 +236,7 @@ void CEntryIDAddressBookObject::Dump(CDumpText& out, const std::string& prefix) 
 
 CEntryIDContactAddressBookObject::CEntryIDContactAddressBookObject() = default;
 
-CEntryIDContactAddressBookObject::CEntryIDContactAddressBookObject(
-    const CEntryIDContactAddressBookObject& other)
+CEntryIDContactAddressBookObject::CEntryIDContactAddressBookObject(const CEntryIDContactAddressBookObject& other)
     : CEntryIDProviderData(other)
     , m_version(other.m_version)
     , m_type(other.m_type)

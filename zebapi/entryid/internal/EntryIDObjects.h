@@ -83,8 +83,7 @@ private:
     CEntryIDLocation m_message;
 };
 
-/// A folder's or a message's identifier: an object type and the part that belongs to it; none for other
-/// types.
+/// A folder's or a message's identifier: an object type and the part that belongs to it; none for other types.
 class CEntryIDData : public CEntryIDProviderData
 {
 public:

@@ -12,8 +12,7 @@ namespace zeb
 
 /// head + count * each bytes, as MAPI's allocator takes sizes.
 /// @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY when that is more than 32 bits say
-inline ULONG BlockSize(std::uint64_t head, std::uint64_t count, std::uint64_t each, const char* file,
-                       int line)
+inline ULONG BlockSize(std::uint64_t head, std::uint64_t count, std::uint64_t each, const char* file, int line)
 {
     if (count > (UINT32_MAX - head) / each)
     {

@@ -49,8 +49,7 @@ void MAPIUninitialize()
     CallVoid<LPMAPIUNINITIALIZE>(EntryPoint::MAPIUninitialize);
 }
 
-HRESULT MAPILogonEx(ULONG_PTR uiParam, LPTSTR profileName, LPTSTR password, ULONG flags,
-                    LPMAPISESSION* session)
+HRESULT MAPILogonEx(ULONG_PTR uiParam, LPTSTR profileName, LPTSTR password, ULONG flags, LPMAPISESSION* session)
 {
     return Call<LPMAPILOGONEX>(EntryPoint::MAPILogonEx, uiParam, profileName, password, flags, session);
 }
@@ -72,8 +71,8 @@ HRESULT HrSetOneProp(LPMAPIPROP object, LPSPropValue value)
 
 HRESULT HrValidateIPMSubtree(LPMDB store, ULONG flags, ULONG* count, LPSPropValue* values, LPMAPIERROR* error)
 {
-    return Call<decltype(&::HrValidateIPMSubtree)>(EntryPoint::HrValidateIPMSubtree, store, flags, count,
-                                                   values, error);
+    return Call<decltype(&::HrValidateIPMSubtree)>(EntryPoint::HrValidateIPMSubtree, store, flags, count, values,
+                                                   error);
 }
 
 void FreeProws(LPSRowSet rows)
@@ -81,11 +80,11 @@ void FreeProws(LPSRowSet rows)
     CallVoid<decltype(&::FreeProws)>(EntryPoint::FreeProws, rows);
 }
 
-HRESULT HrQueryAllRows(LPMAPITABLE table, LPSPropTagArray tags, LPSRestriction restriction,
-                       LPSSortOrderSet order, LONG maxRows, LPSRowSet* rows)
+HRESULT HrQueryAllRows(LPMAPITABLE table, LPSPropTagArray tags, LPSRestriction restriction, LPSSortOrderSet order,
+                       LONG maxRows, LPSRowSet* rows)
 {
-    return Call<decltype(&::HrQueryAllRows)>(EntryPoint::HrQueryAllRows, table, tags, restriction, order,
-                                             maxRows, rows);
+    return Call<decltype(&::HrQueryAllRows)>(EntryPoint::HrQueryAllRows, table, tags, restriction, order, maxRows,
+                                             rows);
 }
 
 SCODE PropCopyMore(LPSPropValue dest, LPSPropValue src, ALLOCATEMORE* allocateMore, void* parent)

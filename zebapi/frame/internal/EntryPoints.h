@@ -14,16 +14,14 @@ void SetEntryPoint(EntryPoint slot, void* address);
 // nothing where there is no result.
 HRESULT MAPIInitialize(void* init);
 void MAPIUninitialize();
-HRESULT MAPILogonEx(ULONG_PTR uiParam, LPTSTR profileName, LPTSTR password, ULONG flags,
-                    LPMAPISESSION* session);
+HRESULT MAPILogonEx(ULONG_PTR uiParam, LPTSTR profileName, LPTSTR password, ULONG flags, LPMAPISESSION* session);
 HRESULT MAPIAdminProfiles(ULONG flags, LPPROFADMIN* profAdmin);
 HRESULT HrGetOneProp(LPMAPIPROP object, ULONG propTag, LPSPropValue* value);
 HRESULT HrSetOneProp(LPMAPIPROP object, LPSPropValue value);
-HRESULT HrValidateIPMSubtree(LPMDB store, ULONG flags, ULONG* count, LPSPropValue* values,
-                             LPMAPIERROR* error);
+HRESULT HrValidateIPMSubtree(LPMDB store, ULONG flags, ULONG* count, LPSPropValue* values, LPMAPIERROR* error);
 void FreeProws(LPSRowSet rows);
-HRESULT HrQueryAllRows(LPMAPITABLE table, LPSPropTagArray tags, LPSRestriction restriction,
-                       LPSSortOrderSet order, LONG maxRows, LPSRowSet* rows);
+HRESULT HrQueryAllRows(LPMAPITABLE table, LPSPropTagArray tags, LPSRestriction restriction, LPSSortOrderSet order,
+                       LONG maxRows, LPSRowSet* rows);
 SCODE PropCopyMore(LPSPropValue dest, LPSPropValue src, ALLOCATEMORE* allocateMore, void* parent);
 
 } // namespace zeb

@@ -13,8 +13,7 @@ CStringA TagText(ULONG tag)
     const ULONG listed = isWide ? PROP_TAG(PT_STRING8, PROP_ID(tag)) : tag;
     const char* name = Zeb_NameFromValue("PropTags", listed, nullptr);
     CStringA text;
-    text.Format("%s%s0x%08X", name != nullptr ? name : "", name != nullptr ? " " : "",
-                static_cast<unsigned int>(tag));
+    text.Format("%s%s0x%08X", name != nullptr ? name : "", name != nullptr ? " " : "", static_cast<unsigned int>(tag));
     return text;
 }
 

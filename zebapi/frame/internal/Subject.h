@@ -10,16 +10,16 @@ namespace zeb
 CStringA TagText(ULONG tag);
 
 /// Throws a failure that is about a property.
-[[noreturn]] void ThrowTag(LONG result, ULONG tag, const char* file, int line,
-                           const char* operation = ZEB_CALLER);
+[[noreturn]] void ThrowTag(LONG result, ULONG tag, const char* file, int line, const char* operation = ZEB_CALLER);
 
 /// Throws a failure that is about an index beyond the count: "row 7 of 3".
 /// @param what a row, a value; static text
-[[noreturn]] void ThrowIndex(LONG result, const char* what, LONG index, ULONG count, const char* file,
-                             int line, const char* operation = ZEB_CALLER);
+[[noreturn]] void ThrowIndex(LONG result, const char* what, LONG index, ULONG count, const char* file, int line,
+                             const char* operation = ZEB_CALLER);
 
-/// Texts of things, for the functions below.
-/// An entry identifier in hexadecimal, cut behind 32 bytes: "entry 00000000ABCD (46 bytes)".
+// Texts of things, for the functions below.
+
+/// An entry identifier in hexadecimal, cut after 32 bytes: "entry 00000000ABCD (46 bytes)".
 CStringA EntryText(const SBinary& entryID);
 /// "1 message", "3 messages".
 /// @param one the name of one thing; static text
@@ -50,8 +50,7 @@ void ThrowIfFailedAbout(Thing&& thing, HRESULT result, const Object& object, con
 
 /// Throws a failure that is about a thing.
 template <class Thing>
-[[noreturn]] void ThrowAbout(Thing&& thing, LONG result, const char* file, int line,
-                             const char* operation = ZEB_CALLER)
+[[noreturn]] void ThrowAbout(Thing&& thing, LONG result, const char* file, int line, const char* operation = ZEB_CALLER)
 {
     for (;;)
     {

@@ -32,17 +32,15 @@ inline void RequireObject(bool given, const char* file, int line, const char* op
 
 /// Asks `source` for the object as the target's interface and checks that the target accepts its type.
 /// REQUIRES: the caller holds a reference on `source`; `target` is emptied and may be what else held it.
-/// @throws CZebException* the call's result, with the extended error of `source`; MAPI_E_INVALID_TYPE, with `target` left
-/// empty, when it does not accept the type; MAPI_E_CALL_FAILED when there is no object
+/// @throws CZebException* the call's result, with the extended error of `source`; MAPI_E_INVALID_TYPE, with `target`
+/// left empty, when it does not accept the type; MAPI_E_CALL_FAILED when there is no object
 template <class Interface>
-void OpenEntry(Interface* source, const SBinary& entryID, CZebIProp& target, ULONG flags, const char* file,
-               int line)
+void OpenEntry(Interface* source, const SBinary& entryID, CZebIProp& target, ULONG flags, const char* file, int line)
 {
     const auto entry = [&] { return EntryText(entryID); };
     ULONG type = 0;
     ThrowIfFailedAbout(
-        entry,
-        source->OpenEntry(entryID.cb, EntryID(entryID), target.GetInterfaceCIID(), flags, &type, &target),
+        entry, source->OpenEntry(entryID.cb, EntryID(entryID), target.GetInterfaceCIID(), flags, &type, &target),
         source, file, line);
     if (!target.IsMAPITypeAcceptable(type))
     {

@@ -89,9 +89,8 @@ void DeliveryList::AwaitDelegate(const CAdviseSinkDelegate* delegate)
         return;
     }
     const unsigned long long last = m_entered;
-    m_left.wait(
-        lock,
-        [&] { return !Any([&](const Delivery& d) { return d.delegate == delegate && d.number <= last; }); });
+    m_left.wait(lock,
+                [&] { return !Any([&](const Delivery& d) { return d.delegate == delegate && d.number <= last; }); });
 }
 
 } // namespace zeb

@@ -27,8 +27,7 @@ class DeliveryList
 {
 public:
     /// Counts the calling thread in and gives the delegate to call, unless there is none.
-    CAdviseSinkDelegate* Enter(Delivery& delivery, const CAdviseSink* sink,
-                               CAdviseSinkDelegate* const& delegate);
+    CAdviseSinkDelegate* Enter(Delivery& delivery, const CAdviseSink* sink, CAdviseSinkDelegate* const& delegate);
     void Leave(const Delivery& delivery);
     /// Whether the calling thread is inside a delivery to `delegate`.
     bool IsInside(const CAdviseSinkDelegate* delegate) const;
@@ -56,10 +55,7 @@ DeliveryList& Deliveries();
 class DeliveryScope
 {
 public:
-    explicit DeliveryScope(CAdviseSinkDelegate* delegate)
-    {
-        Deliveries().Enter(m_delivery, nullptr, delegate);
-    }
+    explicit DeliveryScope(CAdviseSinkDelegate* delegate) { Deliveries().Enter(m_delivery, nullptr, delegate); }
     ~DeliveryScope() { Deliveries().Leave(m_delivery); }
     DeliveryScope(const DeliveryScope&) = delete;
     DeliveryScope& operator=(const DeliveryScope&) = delete;

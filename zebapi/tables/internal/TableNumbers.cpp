@@ -14,8 +14,9 @@ using Key = std::tuple<const IMAPITable*, TableNumber, ULONG>;
 // Far above the numbers that tables count up from, and above the three bookmarks that every table has.
 constexpr ULONG FirstSubstitute = 0xC0000000;
 
-/// The substitutes of the process. A table that was released without taking a number back leaves its entry here; an entry
-/// is never mistaken for a number of another table at the same address, since ShortNumber gives out no number that has one.
+/// The substitutes of the process. A table that was released without taking a number back leaves
+/// its entry here; an entry is never mistaken for a number of another table at the same address,
+/// since ShortNumber gives out no number that has one.
 struct Substitutes
 {
     std::mutex lock;

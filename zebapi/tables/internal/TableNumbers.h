@@ -13,9 +13,9 @@ enum class TableNumber
     Bookmark    ///< what IMAPITable::CreateBookmark gives
 };
 
-/// The 32-bit number that the library gives out for `number`, which `table` gave: the number itself where it fits and is
-/// free, otherwise a substitute. The substitute is valid for every handle on the table until ForgetNumber.
-/// Threads: any.
+/// The 32-bit number that the library gives out for `number`, which `table` gave: the number
+/// itself where it fits and is free, otherwise a substitute. The substitute is valid for every
+/// handle on the table until ForgetNumber. Threads: any.
 /// @throws std::bad_alloc
 ULONG ShortNumber(const IMAPITable* table, TableNumber kind, ULONG_PTR number);
 

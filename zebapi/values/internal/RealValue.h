@@ -6,8 +6,7 @@
 namespace zeb
 {
 
-/// Whether a property of this tag has a value: not PT_UNSPECIFIED, PT_NULL, PT_ERROR, and not null or empty
-/// text.
+/// Whether a property of this tag has a value: not PT_UNSPECIFIED, PT_NULL, PT_ERROR, and not null or empty text.
 inline bool HasRealValue(ULONG tag, const SPropValue& value)
 {
     switch (PROP_TYPE(tag))
@@ -25,8 +24,7 @@ inline bool HasRealValue(ULONG tag, const SPropValue& value)
     }
 }
 
-/// The index of the first of `count` values with the property identifier of `tag`, whatever its type; -1 for
-/// none.
+/// The index of the first of `count` values with the property identifier of `tag`, whatever its type; -1 for none.
 inline int FindPropID(const SPropValue* values, ULONG count, ULONG tag)
 {
     const ULONG id = PROP_ID(tag);

@@ -79,8 +79,7 @@ TEST_F(ClosedRegistry, WhatIsClosedToThisUserReadsAsAbsent)
 TEST_F(ClosedRegistry, AnotherStatusIsAFailureThatNamesTheKey)
 {
     EXPECT_THAT(DefaultWith(OpenVersionKey, ERROR_BADDB), HasSubstr("'Outlook.Application\\CurVer'"));
-    EXPECT_THAT(DefaultWith(OpenProfilesKey, ERROR_BADDB),
-                HasSubstr("'Software\\Microsoft\\Office\\15.0\\Outlook'"));
+    EXPECT_THAT(DefaultWith(OpenProfilesKey, ERROR_BADDB), HasSubstr("'Software\\Microsoft\\Office\\15.0\\Outlook'"));
     EXPECT_EQ(DefaultWith(ReadDefault, ERROR_BADKEY), "") << "a value that cannot be read is none";
 }
 
