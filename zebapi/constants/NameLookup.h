@@ -3,21 +3,7 @@
 
 #include "platform/export.h"
 #include "platform/mapi.h"
-
-/// One constant of a table: its value and its name.
-struct ZebNamedValue
-{
-    ULONG value;
-    const char* name;
-};
-
-/// A table of constants, in its fixed order.
-struct ZebNameTable
-{
-    const char* name;
-    ULONG count;
-    const ZebNamedValue* rows;
-};
+#include "zebapi/constants/NameTable.h"
 
 // The names of MAPI's constants, in 22 tables: MAPIErrors, CMCErrors, PropTags (by full tag; text properties
 // as PT_STRING8), PropIDs (by property identifier), PropType, FolderType, TableStatus, TableType, SortOrder,

@@ -6,9 +6,9 @@
 #include "qorth/System.h"
 #include "zebapi/frame/Exception.h"
 #include "zebapi/frame/MEM.h"
+#include "zebapi/frame/internal/Calls.h"
 #include "zebapi/frame/internal/EntryPoints.h"
 #include "zebapi/frame/internal/Subject.h"
-#include "zebapi/objects/internal/OpenEntry.h"
 #include "zebapi/search/Registry.h"
 
 #include <array>

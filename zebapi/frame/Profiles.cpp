@@ -2,7 +2,7 @@
 
 #include "zebapi/frame/Exception.h"
 #include "zebapi/frame/Mapiload.h"
-#include "zebapi/objects/internal/OpenEntry.h"
+#include "zebapi/frame/internal/Calls.h"
 #include "zebapi/search/Registry.h"
 #include "zebapi/tables/RowSet.h"
 

@@ -4,8 +4,10 @@
 #include "platform/text.h"
 #include "qorth/Text.h"
 #include "zebapi/values/internal/HexText.h"
+#include "zebapi/values/internal/MultiValue.h"
 #include "zebapi/values/internal/PropValWrite.h"
 #include "zebapi/values/internal/Received.h"
+#include "zebapi/values/internal/SameValue.h"
 
 #include <charconv>
 #include <cstring>
@@ -420,4 +422,96 @@ CZebOnePropVal& CZebPropVal::operator=(const CZebOnePropVal& other)
     Empty();
     m_value = copy.release();
     return *this;
+}
+
+CZebOnePropVal& CZebOnePropVal::operator=(const CArray<CZebBinary>& values)
+{
+    CheckType(PT_MV_BINARY);
+    zeb::CheckParent(m_parent, __FILE__, __LINE__);
+    const auto count = static_cast<std::uint64_t>(values.GetSize());
+    SBinary* entries = zeb::AllocateArray<SBinary>(count, m_parent, __FILE__, __LINE__);
+    for (std::uint64_t i = 0; i < count; ++i)
+    {
+        entries[i] = static_cast<const SBinary&>(values[static_cast<INT_PTR>(i)]);
+    }
+    m_value->Value.MVbin.cValues = static_cast<ULONG>(count);
+    m_value->Value.MVbin.lpbin = entries;
+    return *this;
+}
+
+CZebOnePropVal& CZebOnePropVal::operator=(const CArray<CStringW>& values)
+{
+    CheckType(PT_MV_UNICODE);
+    zeb::CheckParent(m_parent, __FILE__, __LINE__);
+    m_value->Value.MVszW.lppszW = zeb::CopyTexts(values, m_parent);
+    m_value->Value.MVszW.cValues = static_cast<ULONG>(values.GetSize());
+    return *this;
+}
+
+CZebOnePropVal& CZebOnePropVal::operator=(const CArray<CStringA>& values)
+{
+    CheckType(PT_MV_STRING8);
+    zeb::CheckParent(m_parent, __FILE__, __LINE__);
+    m_value->Value.MVszA.lppszA = zeb::CopyTexts(values, m_parent);
+    m_value->Value.MVszA.cValues = static_cast<ULONG>(values.GetSize());
+    return *this;
+}
+
+CZebOnePropVal& CZebOnePropVal::operator=(const CArray<SHORT>& values)
+{
+    CheckType(PT_MV_I2);
+    zeb::CheckParent(m_parent, __FILE__, __LINE__);
+    m_value->Value.MVi.lpi = zeb::CopyNumbers(values, m_parent);
+    m_value->Value.MVi.cValues = static_cast<ULONG>(values.GetSize());
+    return *this;
+}
+
+CZebOnePropVal& CZebOnePropVal::operator=(const CArray<LONG>& values)
+{
+    CheckType(PT_MV_LONG);
+    zeb::CheckParent(m_parent, __FILE__, __LINE__);
+    m_value->Value.MVl.lpl = zeb::CopyNumbers(values, m_parent);
+    m_value->Value.MVl.cValues = static_cast<ULONG>(values.GetSize());
+    return *this;
+}
+
+void CZebOnePropVal::GetMV(CArray<CZebBinary>& values) const
+{
+    CheckType(PT_MV_BINARY);
+    zeb::CopyOut(values, m_value->Value.MVbin.lpbin, m_value->Value.MVbin.cValues);
+}
+
+void CZebOnePropVal::GetMV(CArray<CStringW>& values) const
+{
+    CheckType(PT_MV_UNICODE);
+    zeb::CopyOut(values, m_value->Value.MVszW.lppszW, m_value->Value.MVszW.cValues);
+}
+
+void CZebOnePropVal::GetMV(CArray<CStringA>& values) const
+{
+    CheckType(PT_MV_STRING8);
+    zeb::CopyOut(values, m_value->Value.MVszA.lppszA, m_value->Value.MVszA.cValues);
+}
+
+void CZebOnePropVal::GetMV(CArray<SHORT>& values) const
+{
+    CheckType(PT_MV_I2);
+    zeb::CopyOut(values, m_value->Value.MVi.lpi, m_value->Value.MVi.cValues);
+}
+
+void CZebOnePropVal::GetMV(CArray<LONG>& values) const
+{
+    CheckType(PT_MV_LONG);
+    zeb::CopyOut(values, m_value->Value.MVl.lpl, m_value->Value.MVl.cValues);
+}
+
+bool CZebOnePropVal::operator==(const CZebOnePropVal& other) const
+{
+    CheckValid();
+    other.CheckValid();
+    if (m_value == other.m_value)
+    {
+        return true;
+    }
+    return zeb::SameValue(*m_value, *other.m_value);
 }

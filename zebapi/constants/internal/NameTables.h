@@ -1,7 +1,7 @@
 // Internal: the tables of named constants, with an index over each.
 #pragma once
 
-#include "zebapi/constants/NameLookup.h"
+#include "zebapi/constants/NameTable.h"
 
 #include <array>
 #include <cstdint>

@@ -2,33 +2,12 @@
 #pragma once
 
 #include "zebapi/frame/Exception.h"
+#include "zebapi/frame/internal/Calls.h"
 #include "zebapi/frame/internal/Subject.h"
 #include "zebapi/objects/IProp.h"
 
 namespace zeb
 {
-
-/// The bytes of an entry identifier, as MAPI's calls take them.
-inline LPENTRYID EntryID(const SBinary& entryID)
-{
-    return reinterpret_cast<LPENTRYID>(entryID.lpb);
-}
-
-/// A window, as MAPI's calls take their UI parameter: the whole handle.
-inline ULONG_PTR UIParam(HWND window)
-{
-    return reinterpret_cast<ULONG_PTR>(window);
-}
-
-/// Refuses a call that reported success and gave no object.
-/// @throws CZebException* MAPI_E_CALL_FAILED when `given` is false
-inline void RequireObject(bool given, const char* file, int line, const char* operation = ZEB_CALLER)
-{
-    if (!given)
-    {
-        CZebException::Throw(MAPI_E_CALL_FAILED, file, line, operation);
-    }
-}
 
 /// Asks `source` for the object as the target's interface and checks that the target accepts its type.
 /// REQUIRES: the caller holds a reference on `source`; `target` is emptied and may be what else held it.

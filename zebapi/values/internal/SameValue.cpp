@@ -1,7 +1,5 @@
-// Equality of property values.
-#include "zebapi/values/OnePROPVAL.h"
+#include "zebapi/values/internal/SameValue.h"
 
-#include "zebapi/frame/Exception.h"
 #include "zebapi/values/internal/Received.h"
 
 #include <algorithm>
@@ -9,6 +7,8 @@
 #include <functional>
 #include <string>
 
+namespace zeb
+{
 namespace
 {
 
@@ -24,8 +24,8 @@ bool SameText(const Char* a, const Char* b)
 template <class Element, class Same = std::equal_to<Element>>
 bool SameElements(const Element* a, ULONG countA, const Element* b, ULONG countB, Same same = Same())
 {
-    const ULONG count = zeb::CountOf(a, countA);
-    return count == zeb::CountOf(b, countB) && std::equal(a, a + count, b, same);
+    const ULONG count = CountOf(a, countA);
+    return count == CountOf(b, countB) && std::equal(a, a + count, b, same);
 }
 
 template <class Char>
@@ -36,8 +36,8 @@ bool SameTexts(Char* const* a, ULONG countA, Char* const* b, ULONG countB)
 
 bool SameBytes(const SBinary& left, const SBinary& right)
 {
-    const SBinary a = zeb::Received(left);
-    const SBinary b = zeb::Received(right);
+    const SBinary a = Received(left);
+    const SBinary b = Received(right);
     return a.cb == b.cb && (a.cb == 0 || std::memcmp(a.lpb, b.lpb, a.cb) == 0);
 }
 
@@ -69,8 +69,15 @@ bool SameArray(ULONG type, const SPropValue& a, const SPropValue& b)
     }
 }
 
-bool SameValue(ULONG type, const SPropValue& a, const SPropValue& b)
+} // namespace
+
+bool SameValue(const SPropValue& a, const SPropValue& b)
 {
+    const ULONG type = PROP_TYPE(a.ulPropTag);
+    if (type != PROP_TYPE(b.ulPropTag))
+    {
+        return false;
+    }
     switch (type)
     {
     case PT_I2:
@@ -104,16 +111,4 @@ bool SameValue(ULONG type, const SPropValue& a, const SPropValue& b)
     }
 }
 
-} // namespace
-
-bool CZebOnePropVal::operator==(const CZebOnePropVal& other) const
-{
-    CheckValid();
-    other.CheckValid();
-    if (m_value == other.m_value)
-    {
-        return true;
-    }
-    const ULONG type = PROP_TYPE(m_value->ulPropTag);
-    return type == PROP_TYPE(other.m_value->ulPropTag) && SameValue(type, *m_value, *other.m_value);
-}
+} // namespace zeb
