@@ -14,7 +14,7 @@ CStringA Zeb_Utf8(const CStringW& text)
 bool Zeb_HasDefaultProfile()
 {
     bool hasProfile = false;
-    zeb::Guarded(__FILE__, __LINE__, [&hasProfile] { hasProfile = !Zeb_GetMAPI().GetDefaultProfileName().IsEmpty(); });
+    zeb::Guarded([&hasProfile] { hasProfile = !Zeb_GetMAPI().GetDefaultProfileName().IsEmpty(); });
     return hasProfile;
 }
 

@@ -12,8 +12,7 @@ namespace zeb::test
 inline CComPtr<IABContainer> InterfaceOf(const CZebContainer& container)
 {
     CComPtr<IABContainer> result;
-    ThrowIfFailed(container.GetInterface()->QueryInterface(IID_IABContainer, reinterpret_cast<void**>(result.Put())),
-                  __FILE__, __LINE__);
+    ThrowIfFailed(container.GetInterface()->QueryInterface(IID_IABContainer, reinterpret_cast<void**>(result.Put())));
     return result;
 }
 
@@ -25,8 +24,7 @@ inline CZebBinary AddEntry(CZebAddressBook& book, const char* name, const char* 
     const CZebBinary model = directory.GetBin(address ? PR_DEF_CREATE_MAILUSER : PR_DEF_CREATE_DL);
     CComPtr<IMAPIProp> created;
     const SBinary& id = model;
-    ThrowIfFailed(container->CreateEntry(id.cb, reinterpret_cast<LPENTRYID>(id.lpb), 0, created.Put()), container,
-                  __FILE__, __LINE__);
+    ThrowIfFailed(container->CreateEntry(id.cb, reinterpret_cast<LPENTRYID>(id.lpb), 0, created.Put()), container);
     CZebPropObj entry(created.Get());
     CZebPropValArray properties(2);
     properties[PR_DISPLAY_NAME_A] = name;
@@ -44,11 +42,10 @@ inline void AddMember(CZebAddressBook& book, const SBinary& list, const SBinary&
     CZebDistList wrapper;
     book.OpenEntry(list, wrapper, MAPI_BEST_ACCESS);
     CComPtr<IDistList> target;
-    ThrowIfFailed(wrapper.GetInterface()->QueryInterface(IID_IDistList, reinterpret_cast<void**>(target.Put())),
-                  __FILE__, __LINE__);
+    ThrowIfFailed(wrapper.GetInterface()->QueryInterface(IID_IDistList, reinterpret_cast<void**>(target.Put())));
     SBinary one = member;
     ENTRYLIST entries = {1, &one};
-    ThrowIfFailed(target->CopyEntries(&entries, 0, nullptr, 0), target, __FILE__, __LINE__);
+    ThrowIfFailed(target->CopyEntries(&entries, 0, nullptr, 0), target);
 }
 
 struct BookRow

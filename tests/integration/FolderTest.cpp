@@ -28,7 +28,7 @@ protected:
         ThrowIfFailed(source->CopyFolder(bytes.cb, reinterpret_cast<LPENTRYID>(bytes.lpb), &IID_IMAPIFolder,
                                          target.Get(), reinterpret_cast<LPTSTR>(const_cast<char*>(name)), 0, nullptr,
                                          flags),
-                      source, __FILE__, __LINE__);
+                      source);
     }
 };
 

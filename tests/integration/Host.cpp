@@ -100,13 +100,12 @@ void CreateStoreProfile(const std::string& name, const std::string& file, bool m
 {
     CZebProfAdmin administration = CZebProfAdmin::Open();
     const CComPtr<IProfAdmin> profiles = administration.GetInterface();
-    ThrowIfFailed(profiles->CreateProfile(Text(name), nullptr, 0, 0), profiles, __FILE__, __LINE__);
+    ThrowIfFailed(profiles->CreateProfile(Text(name), nullptr, 0, 0), profiles);
     CComPtr<IMsgServiceAdmin> services;
-    ThrowIfFailed(profiles->AdminServices(Text(name), nullptr, 0, 0, services.Put()), profiles, __FILE__, __LINE__);
-    ThrowIfFailed(services->CreateMsgService(Text(ZEBSTORE_SERVICE_NAME), Text(ZEBSTORE_SERVICE_NAME), 0, 0), services,
-                  __FILE__, __LINE__);
+    ThrowIfFailed(profiles->AdminServices(Text(name), nullptr, 0, 0, services.Put()), profiles);
+    ThrowIfFailed(services->CreateMsgService(Text(ZEBSTORE_SERVICE_NAME), Text(ZEBSTORE_SERVICE_NAME), 0, 0), services);
     CComPtr<IMAPITable> raw;
-    ThrowIfFailed(services->GetMsgServiceTable(0, raw.Put()), services, __FILE__, __LINE__);
+    ThrowIfFailed(services->GetMsgServiceTable(0, raw.Put()), services);
     CZebTable table(raw.Get());
     CZebRowSet rows;
     table.QueryRows(&rows, 1, nullptr, nullptr);
@@ -116,10 +115,10 @@ void CreateStoreProfile(const std::string& name, const std::string& file, bool m
     path.Value.lpszA = const_cast<char*>(file.c_str());
     ThrowIfFailed(services->ConfigureMsgService(
                       reinterpret_cast<LPMAPIUID>(static_cast<const SPropValue&>(uid).Value.bin.lpb), 0, 0, 1, &path),
-                  services, __FILE__, __LINE__);
+                  services);
     if (makeDefault)
     {
-        ThrowIfFailed(profiles->SetDefaultProfile(Text(name), 0), profiles, __FILE__, __LINE__);
+        ThrowIfFailed(profiles->SetDefaultProfile(Text(name), 0), profiles);
     }
 }
 

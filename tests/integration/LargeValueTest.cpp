@@ -67,15 +67,15 @@ protected:
     {
         CZebMessage message = Inbox().CreateMessage(0);
         const CComPtr<IStream> stream = message.OpenProperty(tag, MAPI_CREATE | MAPI_MODIFY);
-        ThrowIfFailed(stream->Write(bytes, Size, nullptr), __FILE__, __LINE__);
-        ThrowIfFailed(stream->Commit(STGC_DEFAULT), __FILE__, __LINE__);
+        ThrowIfFailed(stream->Write(bytes, Size, nullptr));
+        ThrowIfFailed(stream->Commit(STGC_DEFAULT));
         return Saved(message, tag);
     }
     static bool Holds(const CComPtr<IStream>& stream, const std::string& bytes)
     {
         std::string read(bytes.size() + 1, '\0');
         ULONG got = 0;
-        ThrowIfFailed(stream->Read(&read[0], static_cast<ULONG>(read.size()), &got), __FILE__, __LINE__);
+        ThrowIfFailed(stream->Read(&read[0], static_cast<ULONG>(read.size()), &got));
         return got == bytes.size() && std::memcmp(read.data(), bytes.data(), got) == 0;
     }
 };
@@ -112,8 +112,8 @@ TEST_F(LargeProperty, ThatIsNotSavedLeavesNothingInTheStore)
         values[PR_BODY_A] = text.c_str();
         message.SetProps(values, false, nullptr);
         const CComPtr<IStream> stream = message.OpenProperty(PR_RTF_COMPRESSED, MAPI_CREATE | MAPI_MODIFY);
-        ThrowIfFailed(stream->Write(text.data(), Size, nullptr), __FILE__, __LINE__);
-        ThrowIfFailed(stream->Commit(STGC_DEFAULT), __FILE__, __LINE__);
+        ThrowIfFailed(stream->Write(text.data(), Size, nullptr));
+        ThrowIfFailed(stream->Commit(STGC_DEFAULT));
     }
     EXPECT_EQ(Contents().GetRowCount(), 0u);
     LogOff();
@@ -124,15 +124,15 @@ TEST_F(LargeProperty, BeyondTwoGigabytesIsRefusedAndTheRestStays)
 {
     CZebMessage message = Inbox().CreateMessage(0);
     const CComPtr<IStream> stream = message.OpenProperty(PR_BODY_A, MAPI_CREATE | MAPI_MODIFY);
-    ThrowIfFailed(stream->Write("kept", 4, nullptr), __FILE__, __LINE__);
+    ThrowIfFailed(stream->Write("kept", 4, nullptr));
     ULARGE_INTEGER size;
     size.QuadPart = 0x80000000;
     EXPECT_EQ(stream->SetSize(size), STG_E_MEDIUMFULL);
     LARGE_INTEGER end;
     end.QuadPart = 0x7FFFFFFF;
-    ThrowIfFailed(stream->Seek(end, STREAM_SEEK_SET, nullptr), __FILE__, __LINE__);
+    ThrowIfFailed(stream->Seek(end, STREAM_SEEK_SET, nullptr));
     EXPECT_EQ(stream->Write("more", 4, nullptr), STG_E_MEDIUMFULL);
-    ThrowIfFailed(stream->Commit(STGC_DEFAULT), __FILE__, __LINE__);
+    ThrowIfFailed(stream->Commit(STGC_DEFAULT));
     message.SaveChanges(KEEP_OPEN_READWRITE);
     EXPECT_STREQ(Opened<CZebMessage>(message.GetEntryID()).GetLongString(PR_BODY_A), "kept");
 }

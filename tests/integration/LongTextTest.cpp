@@ -15,9 +15,9 @@ protected:
     {
         const CComPtr<IStream> stream = object.OpenProperty(tag, MAPI_CREATE | MAPI_MODIFY);
         ULONG written = 0;
-        ThrowIfFailed(stream->Write(bytes, static_cast<ULONG>(size), &written), __FILE__, __LINE__);
+        ThrowIfFailed(stream->Write(bytes, static_cast<ULONG>(size), &written));
         EXPECT_EQ(written, size);
-        ThrowIfFailed(stream->Commit(STGC_DEFAULT), __FILE__, __LINE__);
+        ThrowIfFailed(stream->Commit(STGC_DEFAULT));
     }
     CZebMessage Saved(ULONG tag, const void* bytes, size_t size)
     {
@@ -42,7 +42,7 @@ protected:
         char piece[4096];
         for (ULONG got = 1; got != 0;)
         {
-            ThrowIfFailed(stream->Read(piece, sizeof piece, &got), __FILE__, __LINE__);
+            ThrowIfFailed(stream->Read(piece, sizeof piece, &got));
             all.append(piece, got);
         }
         return all;

@@ -21,7 +21,7 @@ protected:
     static CComPtr<IMessage> Raw(const CZebMessage& message)
     {
         CComPtr<IMessage> raw;
-        ThrowIfFailed(message.GetInterface().QueryInterface(IID_IMessage, raw), __FILE__, __LINE__);
+        ThrowIfFailed(message.GetInterface().QueryInterface(IID_IMessage, raw));
         return raw;
     }
 };
@@ -104,12 +104,12 @@ TEST_F(Messages, HaveRecipientsThroughTheirInterface)
     copyTo[PR_RECIPIENT_TYPE] = static_cast<LONG>(MAPI_CC);
     SizedADRLIST(2, list) = {2, {{0, to.Count(), to}, {0, copyTo.Count(), copyTo}}};
     const CComPtr<IMessage> raw = Raw(message);
-    ThrowIfFailed(raw->ModifyRecipients(MODRECIP_ADD, reinterpret_cast<LPADRLIST>(&list)), raw, __FILE__, __LINE__);
+    ThrowIfFailed(raw->ModifyRecipients(MODRECIP_ADD, reinterpret_cast<LPADRLIST>(&list)), raw);
     message.SaveChanges(KEEP_OPEN_READWRITE);
 
     CZebMessage again = Opened<CZebMessage>(message.GetEntryID());
     CComPtr<IMAPITable> recipients;
-    ThrowIfFailed(Raw(again)->GetRecipientTable(0, recipients.Put()), __FILE__, __LINE__);
+    ThrowIfFailed(Raw(again)->GetRecipientTable(0, recipients.Put()));
     CZebTable table(recipients.Get());
     table.SetColumns(2, PR_DISPLAY_NAME_A, PR_RECIPIENT_TYPE);
     CZebRowSet rows;
@@ -127,7 +127,7 @@ TEST_F(Messages, HaveAttachmentsThatAPlainObjectWraps)
     {
         CComPtr<IAttach> made;
         ULONG number = 0;
-        ThrowIfFailed(Raw(message)->CreateAttach(nullptr, 0, &number, made.Put()), __FILE__, __LINE__);
+        ThrowIfFailed(Raw(message)->CreateAttach(nullptr, 0, &number, made.Put()));
         CZebPropObj attachment(made.Get());
         BYTE bytes[] = {1, 0, 2};
         CZebPropValArray properties(3);
@@ -138,8 +138,7 @@ TEST_F(Messages, HaveAttachmentsThatAPlainObjectWraps)
     }
     message.SaveChanges(KEEP_OPEN_READWRITE);
     CComPtr<IAttach> opened;
-    ThrowIfFailed(Raw(Opened<CZebMessage>(message.GetEntryID()))->OpenAttach(0, nullptr, 0, opened.Put()), __FILE__,
-                  __LINE__);
+    ThrowIfFailed(Raw(Opened<CZebMessage>(message.GetEntryID()))->OpenAttach(0, nullptr, 0, opened.Put()));
     CZebPropObj attachment(opened.Get());
     EXPECT_EQ(attachment.GetObjectType(), static_cast<ULONG>(MAPI_ATTACH));
     EXPECT_STREQ(attachment.GetStringProp(PR_ATTACH_LONG_FILENAME_A), "a.bin");
@@ -152,14 +151,14 @@ TEST_F(Messages, HoldMessagesInAttachments)
     {
         CComPtr<IAttach> made;
         ULONG number = 0;
-        ThrowIfFailed(Raw(message)->CreateAttach(nullptr, 0, &number, made.Put()), __FILE__, __LINE__);
+        ThrowIfFailed(Raw(message)->CreateAttach(nullptr, 0, &number, made.Put()));
         CZebPropObj attachment(made.Get());
         CZebPropValArray properties(1);
         properties[PR_ATTACH_METHOD] = static_cast<LONG>(ATTACH_EMBEDDED_MSG);
         attachment.SetProps(properties, false, nullptr);
         CZebMessage inner;
-        ThrowIfFailed(made->OpenProperty(PR_ATTACH_DATA_OBJ, &IID_IMessage, 0, MAPI_CREATE | MAPI_MODIFY, &inner), made,
-                      __FILE__, __LINE__);
+        ThrowIfFailed(made->OpenProperty(PR_ATTACH_DATA_OBJ, &IID_IMessage, 0, MAPI_CREATE | MAPI_MODIFY, &inner),
+                      made);
         CZebPropValArray subject(1);
         subject[PR_SUBJECT_A] = "inner";
         inner.SetProps(subject, true, nullptr);
@@ -167,10 +166,9 @@ TEST_F(Messages, HoldMessagesInAttachments)
     }
     message.SaveChanges(KEEP_OPEN_READWRITE);
     CComPtr<IAttach> opened;
-    ThrowIfFailed(Raw(Opened<CZebMessage>(message.GetEntryID()))->OpenAttach(0, nullptr, 0, opened.Put()), __FILE__,
-                  __LINE__);
+    ThrowIfFailed(Raw(Opened<CZebMessage>(message.GetEntryID()))->OpenAttach(0, nullptr, 0, opened.Put()));
     CZebMessage inner;
-    ThrowIfFailed(opened->OpenProperty(PR_ATTACH_DATA_OBJ, &IID_IMessage, 0, 0, &inner), opened, __FILE__, __LINE__);
+    ThrowIfFailed(opened->OpenProperty(PR_ATTACH_DATA_OBJ, &IID_IMessage, 0, 0, &inner), opened);
     EXPECT_STREQ(inner.GetStringProp(PR_SUBJECT_A), "inner");
     EXPECT_EQ(FailureOf([&] { inner.GetEntryID(); }).result, MAPI_E_INVALID_TYPE);
     EXPECT_EQ(FailureOf([&] { inner.IsChildOf(*m_session, message.GetEntryID(), false); }).result, MAPI_E_INVALID_TYPE);

@@ -32,7 +32,7 @@ protected:
         ULONG count = 0;
         MAPINAMEID** names = nullptr;
         const CComPtr<IMAPIProp> raw = object.GetInterface();
-        ThrowIfFailed(raw->GetNamesFromIDs(&asked, nullptr, 0, &count, &names), raw, __FILE__, __LINE__);
+        ThrowIfFailed(raw->GetNamesFromIDs(&asked, nullptr, 0, &count, &names), raw);
         std::string text = "none";
         if (count == 1 && names[0] != nullptr)
         {
@@ -136,7 +136,7 @@ TEST_F(NamedProperty, HaveNumbersOfTheirOwnInEachStore)
         MAPINAMEID* names[] = {&name};
         CZebPropTagArray tags;
         const CComPtr<IMAPIProp> raw = store.GetInterface();
-        ThrowIfFailed(raw->GetIDsFromNames(1, names, MAPI_CREATE, &tags), raw, __FILE__, __LINE__);
+        ThrowIfFailed(raw->GetIDsFromNames(1, names, MAPI_CREATE, &tags), raw);
         EXPECT_EQ(NameOf(store, tags[0]), "other text");
         const ULONG there = store.GetRealTag(EmailAddress, true);
         EXPECT_NE(there, here);
@@ -156,7 +156,7 @@ TEST_F(NamedProperty, HaveNumbersOfTheirOwnInEachStore)
         const CComPtr<IMAPIProp> from = source.GetInterface();
         ThrowIfFailed(
             from->CopyTo(0, nullptr, nullptr, 0, nullptr, &IID_IMAPIProp, message.GetInterface().Get(), 0, nullptr),
-            from, __FILE__, __LINE__);
+            from);
         EXPECT_STREQ(message.GetStringProp(CHANGE_PROP_TYPE(there, PT_STRING8)), "a@example.org");
     }
     session.Logoff(0, 0, 0);

@@ -61,7 +61,7 @@ protected:
     {
         CZebProfAdmin admin = CZebProfAdmin::Open();
         const CComPtr<IProfAdmin> profiles = admin.GetInterface();
-        ThrowIfFailed(call(*profiles.Get()), profiles, __FILE__, __LINE__);
+        ThrowIfFailed(call(*profiles.Get()), profiles);
     }
     static LPTSTR Text(const char* text) { return reinterpret_cast<LPTSTR>(const_cast<char*>(text)); }
 };

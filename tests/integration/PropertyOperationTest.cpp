@@ -152,12 +152,11 @@ TEST_F(PropertyOperation, CopiesTheWholeOrAFewThroughTheInterface)
     CZebMessage few = Inbox().CreateMessage(0);
     const CComPtr<IMAPIProp> source = m_message.GetInterface();
     ThrowIfFailed(
-        source->CopyTo(0, nullptr, nullptr, 0, nullptr, &IID_IMAPIProp, whole.GetInterface().Get(), 0, nullptr), source,
-        __FILE__, __LINE__);
+        source->CopyTo(0, nullptr, nullptr, 0, nullptr, &IID_IMAPIProp, whole.GetInterface().Get(), 0, nullptr),
+        source);
     CZebPropTagArray tags;
     tags.AddOne(PR_SUBJECT_A);
-    ThrowIfFailed(source->CopyProps(tags, 0, nullptr, &IID_IMAPIProp, few.GetInterface().Get(), 0, nullptr), source,
-                  __FILE__, __LINE__);
+    ThrowIfFailed(source->CopyProps(tags, 0, nullptr, &IID_IMAPIProp, few.GetInterface().Get(), 0, nullptr), source);
     for (CZebMessage* copy : {std::addressof(whole), std::addressof(few)})
     {
         copy->SaveChanges(KEEP_OPEN_READWRITE);

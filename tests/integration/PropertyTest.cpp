@@ -164,7 +164,7 @@ TEST_F(PropertyRoundTrip, NamedPropertiesKeepTheirTagAcrossSessions)
     {
         CZebPropTagArray tags;
         const CComPtr<IMAPIProp> object = store.OpenInboxFolder(MAPI_BEST_ACCESS).GetInterface();
-        ThrowIfFailed(object->GetIDsFromNames(2, names, flags, &tags), object, __FILE__, __LINE__);
+        ThrowIfFailed(object->GetIDsFromNames(2, names, flags, &tags), object);
         return tags;
     };
     const CZebPropTagArray made = tagsIn(*m_store, MAPI_CREATE);
@@ -202,9 +202,9 @@ TEST_F(PropertyRoundTrip, LargeTextGoesThroughAStream)
     {
         const CComPtr<IStream> stream = message.OpenProperty(PR_BODY_A, MAPI_CREATE | MAPI_MODIFY);
         ULONG written = 0;
-        ThrowIfFailed(stream->Write(body.data(), static_cast<ULONG>(body.size()), &written), __FILE__, __LINE__);
+        ThrowIfFailed(stream->Write(body.data(), static_cast<ULONG>(body.size()), &written));
         EXPECT_EQ(written, body.size());
-        ThrowIfFailed(stream->Commit(STGC_DEFAULT), __FILE__, __LINE__);
+        ThrowIfFailed(stream->Commit(STGC_DEFAULT));
     }
     message.SaveChanges(KEEP_OPEN_READWRITE);
     CZebMessage read;

@@ -151,14 +151,14 @@ TEST_F(Restricted, ByARecipient)
     subject.Value.lpszA = const_cast<char*>("to somebody");
     message.SetProps(1, &subject, nullptr);
     CComPtr<IMessage> raw;
-    ThrowIfFailed(message.GetInterface().QueryInterface(IID_IMessage, raw), __FILE__, __LINE__);
+    ThrowIfFailed(message.GetInterface().QueryInterface(IID_IMessage, raw));
     SPropValue recipient[2] = {};
     recipient[0].ulPropTag = PR_DISPLAY_NAME_A;
     recipient[0].Value.lpszA = const_cast<char*>("Ada");
     recipient[1].ulPropTag = PR_RECIPIENT_TYPE;
     recipient[1].Value.l = MAPI_TO;
     SizedADRLIST(1, list) = {1, {{0, 2, recipient}}};
-    ThrowIfFailed(raw->ModifyRecipients(MODRECIP_ADD, reinterpret_cast<ADRLIST*>(&list)), raw, __FILE__, __LINE__);
+    ThrowIfFailed(raw->ModifyRecipients(MODRECIP_ADD, reinterpret_cast<ADRLIST*>(&list)), raw);
     message.SaveChanges(KEEP_OPEN_READWRITE);
 
     SRestriction inner{};

@@ -65,7 +65,7 @@ TEST_F(Sessions, WithoutAStoreHaveNoDefaultOne)
 {
     const CComPtr<IProfAdmin> profiles = CZebProfAdmin::Open().GetInterface();
     char name[] = "bare";
-    ThrowIfFailed(profiles->CreateProfile(reinterpret_cast<LPTSTR>(name), nullptr, 0, 0), profiles, __FILE__, __LINE__);
+    ThrowIfFailed(profiles->CreateProfile(reinterpret_cast<LPTSTR>(name), nullptr, 0, 0), profiles);
     CZebSession bare = LogOn("bare");
     EXPECT_EQ(FailureOf([&] { bare.OpenDefaultMsgStore(nullptr, 0); }).result, MAPI_E_NOT_FOUND);
     bare.Logoff(0, 0, 0);

@@ -138,9 +138,9 @@ TEST_F(RealIdentifiers, OfRecipientsNameWhatTheirRowsName)
         CZebMessage wrapper;
         m_store->OpenEntry(rows[i][PR_ENTRYID], wrapper, MAPI_BEST_ACCESS);
         CComPtr<IMessage> message;
-        ThrowIfFailed(wrapper.GetInterface().QueryInterface(IID_IMessage, message), __FILE__, __LINE__);
+        ThrowIfFailed(wrapper.GetInterface().QueryInterface(IID_IMessage, message));
         CComPtr<IMAPITable> raw;
-        ThrowIfFailed(message->GetRecipientTable(0, raw.Put()), message, __FILE__, __LINE__);
+        ThrowIfFailed(message->GetRecipientTable(0, raw.Put()), message);
         CZebTable each(raw.Get());
         each.SetColumns(3, PR_ENTRYID, PR_ADDRTYPE_A, PR_EMAIL_ADDRESS_A);
         CZebRowSet found;

@@ -123,7 +123,7 @@ std::string StreamOf(CZebIProp& object, ULONG tag)
     for (;;)
     {
         ULONG got = 0;
-        ThrowIfFailed(stream->Read(piece.data(), static_cast<ULONG>(piece.size()), &got), __FILE__, __LINE__);
+        ThrowIfFailed(stream->Read(piece.data(), static_cast<ULONG>(piece.size()), &got));
         if (got == 0)
         {
             return text;
@@ -139,7 +139,7 @@ void AddName(CZebIProp& object, ULONG tag, Json& out)
     ULONG count = 0;
     MAPINAMEID** names = nullptr;
     const CComPtr<IMAPIProp> prop = object.GetInterface();
-    ThrowIfFailed(prop->GetNamesFromIDs(&pointer, nullptr, 0, &count, &names), prop, __FILE__, __LINE__);
+    ThrowIfFailed(prop->GetNamesFromIDs(&pointer, nullptr, 0, &count, &names), prop);
     if (count == 1 && names[0])
     {
         out["set"] = Hex(names[0]->lpguid, sizeof(GUID));
@@ -209,9 +209,9 @@ Json MessageJson(const CComPtr<IMessage>& message);
 Json RecipientsOf(const CComPtr<IMessage>& message)
 {
     CComPtr<IMAPITable> raw;
-    ThrowIfFailed(message->GetRecipientTable(MAPI_UNICODE, raw.Put()), message, __FILE__, __LINE__);
+    ThrowIfFailed(message->GetRecipientTable(MAPI_UNICODE, raw.Put()), message);
     CZebPropTagArray columns;
-    ThrowIfFailed(raw->QueryColumns(TBL_ALL_COLUMNS, &columns), raw, __FILE__, __LINE__);
+    ThrowIfFailed(raw->QueryColumns(TBL_ALL_COLUMNS, &columns), raw);
     CZebTable table(raw.Get());
     CZebRowSet rows;
     table.QueryAllRows(&rows, nullptr, nullptr);
@@ -242,7 +242,7 @@ Json RecipientsOf(const CComPtr<IMessage>& message)
 Json AttachmentJson(const CComPtr<IMessage>& message, ULONG number)
 {
     CComPtr<IAttach> attachment;
-    ThrowIfFailed(message->OpenAttach(number, nullptr, 0, attachment.Put()), message, __FILE__, __LINE__);
+    ThrowIfFailed(message->OpenAttach(number, nullptr, 0, attachment.Put()), message);
     CZebPropObj object(attachment.Get());
     Json out = {{"properties", PropertiesOf(object)}};
     CComPtr<IMessage> embedded;
@@ -256,7 +256,7 @@ Json AttachmentJson(const CComPtr<IMessage>& message, ULONG number)
 Json AttachmentsOf(const CComPtr<IMessage>& message)
 {
     CComPtr<IMAPITable> raw;
-    ThrowIfFailed(message->GetAttachmentTable(0, raw.Put()), message, __FILE__, __LINE__);
+    ThrowIfFailed(message->GetAttachmentTable(0, raw.Put()), message);
     CZebTable table(raw.Get());
     table.SetColumns(1, PR_ATTACH_NUM);
     CZebRowSet rows;
@@ -293,7 +293,7 @@ void DumpMessages(CZebFolder& folder, const std::vector<std::string>& path, bool
         CZebMessage wrapper(nullptr);
         folder.OpenEntry(rows[i][PR_ENTRYID], wrapper, 0);
         CComPtr<IMessage> message;
-        ThrowIfFailed(wrapper.GetInterface().QueryInterface(IID_IMessage, message), __FILE__, __LINE__);
+        ThrowIfFailed(wrapper.GetInterface().QueryInterface(IID_IMessage, message));
         Json line = {{"kind", "message"}, {"folder", path}, {"associated", associated}};
         line.update(MessageJson(message));
         PrintLine(line);

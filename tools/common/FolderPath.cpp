@@ -138,7 +138,7 @@ CZebFolder CreateSubfolder(CZebFolder& parent, const std::string& name)
     CStringW wide = WideFromUtf8(name);
     ThrowIfFailed(owner->CreateFolder(FOLDER_GENERIC, reinterpret_cast<LPTSTR>(wide.GetBuffer()), nullptr, nullptr,
                                       MAPI_UNICODE, created.Put()),
-                  owner, __FILE__, __LINE__);
+                  owner);
     return CZebFolder(created.Get());
 }
 

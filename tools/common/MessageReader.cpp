@@ -14,7 +14,7 @@ constexpr int DeepestMessage = 32;
 CComPtr<IMessage> MessageOf(const CZebIProp& object)
 {
     CComPtr<IMessage> message;
-    ThrowIfFailed(object.GetInterface().QueryInterface(IID_IMessage, message), __FILE__, __LINE__);
+    ThrowIfFailed(object.GetInterface().QueryInterface(IID_IMessage, message));
     return message;
 }
 
@@ -22,7 +22,7 @@ CComPtr<IMessage> MessageOf(const CZebIProp& object)
 std::vector<ULONG> AllColumns(IMAPITable* table)
 {
     Given<SPropTagArray> all;
-    ThrowIfFailed(table->QueryColumns(TBL_ALL_COLUMNS, all.Put()), table, __FILE__, __LINE__);
+    ThrowIfFailed(table->QueryColumns(TBL_ALL_COLUMNS, all.Put()), table);
     std::vector<ULONG> tags;
     for (ULONG i = 0; i < all.Get()->cValues; ++i)
     {
@@ -61,7 +61,7 @@ void QueryColumns(CZebTable& table, const std::vector<ULONG>& columns, CZebRowSe
 std::vector<ULONG> AttachmentNumbers(IMessage* message)
 {
     CComPtr<IMAPITable> raw;
-    ThrowIfFailed(message->GetAttachmentTable(0, raw.Put()), message, __FILE__, __LINE__);
+    ThrowIfFailed(message->GetAttachmentTable(0, raw.Put()), message);
     CZebTable table(raw.Get());
     table.SetColumns(1, PR_ATTACH_NUM);
     CZebRowSet rows;
@@ -118,7 +118,7 @@ MessageContent PropertyReader::ReadMessage(CZebIProp& message, int depth)
 std::vector<Properties> PropertyReader::ReadRecipients(IMessage* message)
 {
     CComPtr<IMAPITable> raw;
-    ThrowIfFailed(message->GetRecipientTable(MAPI_UNICODE, raw.Put()), message, __FILE__, __LINE__);
+    ThrowIfFailed(message->GetRecipientTable(MAPI_UNICODE, raw.Put()), message);
     CZebTable table(raw.Get());
     std::vector<Properties> recipients;
     if (table.GetRowCount() == 0)
@@ -180,8 +180,7 @@ Properties PropertyReader::ReadRecipient(const CZebRow& row, const std::vector<U
 AttachmentContent PropertyReader::ReadAttachment(IMessage* message, ULONG number, int depth)
 {
     CComPtr<IAttach> attachment;
-    ThrowIfFailed(message->OpenAttach(number, nullptr, MAPI_BEST_ACCESS, attachment.Put()), message, __FILE__,
-                  __LINE__);
+    ThrowIfFailed(message->OpenAttach(number, nullptr, MAPI_BEST_ACCESS, attachment.Put()), message);
     CZebPropObj object(attachment.Get());
     AttachmentContent content;
     content.properties = ReadObject(object);

@@ -88,15 +88,14 @@ std::string FileOfStore(CZebProfAdmin& administration, const std::string& profil
     CComPtr<IMsgServiceAdmin> services;
     try
     {
-        ThrowIfFailed(profiles->AdminServices(asked.Text(), nullptr, 0, asked.Flags(), services.Put()), profiles,
-                      __FILE__, __LINE__);
+        ThrowIfFailed(profiles->AdminServices(asked.Text(), nullptr, 0, asked.Flags(), services.Put()), profiles);
     }
     catch (...)
     {
         FailWhile("cannot read profile '" + ValidUtf8(name) + "'");
     }
     CComPtr<IMAPITable> raw;
-    ThrowIfFailed(services->GetMsgServiceTable(0, raw.Put()), services, __FILE__, __LINE__);
+    ThrowIfFailed(services->GetMsgServiceTable(0, raw.Put()), services);
     CZebTable table(raw.Get());
     // Its own columns have narrow text.
     table.SetColumns(1, PR_ZEBSTORE_PATH_W);

@@ -28,7 +28,7 @@ public:
     uint64_t Size() override
     {
         STATSTG state{};
-        ThrowIfFailed(m_stream->Stat(&state, STATFLAG_NONAME), __FILE__, __LINE__);
+        ThrowIfFailed(m_stream->Stat(&state, STATFLAG_NONAME));
         return state.cbSize.QuadPart;
     }
 
@@ -36,7 +36,7 @@ public:
     {
         ULONG read = 0;
         const ULONG piece = static_cast<ULONG>(std::min<size_t>(size, 0x10000000));
-        ThrowIfFailed(m_stream->Read(buffer, piece, &read), __FILE__, __LINE__);
+        ThrowIfFailed(m_stream->Read(buffer, piece, &read));
         return read;
     }
 
@@ -155,7 +155,7 @@ void NameReader::Learn(IMAPIProp* object, const std::vector<ULONG>& tags)
     SPropTagArray* asked = list.Get();
     ULONG count = 0;
     Given<MAPINAMEID*> names;
-    ThrowIfFailed(object->GetNamesFromIDs(&asked, nullptr, 0, &count, names.Put()), object, __FILE__, __LINE__);
+    ThrowIfFailed(object->GetNamesFromIDs(&asked, nullptr, 0, &count, names.Put()), object);
     for (ULONG i = 0; i < count && i < asked->cValues; ++i)
     {
         if (names.Get()[i] && names.Get()[i]->lpguid)

@@ -31,8 +31,8 @@ void WriteAll(IStream* stream, const char* bytes, size_t size)
     {
         ULONG written = 0;
         const ULONG piece = static_cast<ULONG>(size < StreamPiece ? size : StreamPiece);
-        ThrowIfFailed(stream->Write(bytes, piece, &written), __FILE__, __LINE__);
-        ThrowIfFailed(written == 0 ? STG_E_MEDIUMFULL : S_OK, __FILE__, __LINE__);
+        ThrowIfFailed(stream->Write(bytes, piece, &written));
+        ThrowIfFailed(written == 0 ? STG_E_MEDIUMFULL : S_OK);
         bytes += written;
         size -= written;
     }
@@ -53,7 +53,7 @@ void WriteByStream(CZebIProp& object, const Property& property)
     {
         WriteAll(stream.Get(), property.values.front().data(), property.values.front().size());
     }
-    ThrowIfFailed(stream->Commit(STGC_DEFAULT), __FILE__, __LINE__);
+    ThrowIfFailed(stream->Commit(STGC_DEFAULT));
 }
 
 /// A value of nothing, for a property that is set only to be deleted.
@@ -92,8 +92,8 @@ void RemoveProperties(IMAPIProp* object, const Properties& properties)
     }
     PropertyArray array;
     array.Assign(pointers);
-    ThrowIfFailed(object->SetProps(array.Count(), array.Values(), nullptr), object, __FILE__, __LINE__);
-    ThrowIfFailed(object->DeleteProps(TagList(tags).Get(), nullptr), object, __FILE__, __LINE__);
+    ThrowIfFailed(object->SetProps(array.Count(), array.Values(), nullptr), object);
+    ThrowIfFailed(object->DeleteProps(TagList(tags).Get(), nullptr), object);
 }
 
 std::vector<Refusal> RefusalsOf(CZebPropProblemArray& problems, const std::vector<const Property*>& properties)
@@ -150,7 +150,7 @@ void WriteRecipients(IMessage* message, std::vector<Properties>& recipients, Nam
         entry.rgPropVals = array.Detach();
         ++list->cEntries;
     }
-    ThrowIfFailed(message->ModifyRecipients(MODRECIP_ADD, list.get()), message, __FILE__, __LINE__);
+    ThrowIfFailed(message->ModifyRecipients(MODRECIP_ADD, list.get()), message);
 }
 
 std::vector<Refusal> WriteEmbedded(IAttach* attachment, MessageContent& content, NameResolver& names)
@@ -158,7 +158,7 @@ std::vector<Refusal> WriteEmbedded(IAttach* attachment, MessageContent& content,
     CComPtr<IMessage> message;
     ThrowIfFailed(attachment->OpenProperty(PR_ATTACH_DATA_OBJ, &IID_IMessage, 0, MAPI_CREATE | MAPI_MODIFY,
                                            message.PutAs<IUnknown>()),
-                  attachment, __FILE__, __LINE__);
+                  attachment);
     std::vector<Refusal> refusals = WriteMessage(message.Get(), content, names);
     Save(message.Get());
     return refusals;
@@ -168,7 +168,7 @@ std::vector<Refusal> WriteAttachment(IMessage* message, AttachmentContent& conte
 {
     CComPtr<IAttach> attachment;
     ULONG number = 0;
-    ThrowIfFailed(message->CreateAttach(nullptr, 0, &number, attachment.Put()), message, __FILE__, __LINE__);
+    ThrowIfFailed(message->CreateAttach(nullptr, 0, &number, attachment.Put()), message);
     std::vector<Refusal> refusals = WriteProperties(attachment.Get(), content.properties, names);
     if (content.message)
     {
@@ -242,7 +242,7 @@ void NameResolver::Ask(IMAPIProp* object, const std::map<std::string, const Prop
     }
     CZebPropTagArray tags;
     ThrowIfFailed(object->GetIDsFromNames(static_cast<ULONG>(pointers.size()), pointers.data(), MAPI_CREATE, &tags),
-                  object, __FILE__, __LINE__);
+                  object);
     int index = 0;
     for (const auto& entry : missing)
     {
@@ -272,7 +272,7 @@ std::vector<Refusal> WriteProperties(IMAPIProp* object, Properties& properties, 
         PropertyArray array;
         array.Assign(inRow);
         CZebPropProblemArray problems;
-        ThrowIfFailed(object->SetProps(array.Count(), array.Values(), &problems), object, __FILE__, __LINE__);
+        ThrowIfFailed(object->SetProps(array.Count(), array.Values(), &problems), object);
         refusals = RefusalsOf(problems, inRow);
     }
     CZebPropObj wrapper(object);
@@ -300,7 +300,7 @@ std::vector<Refusal> WriteMessage(IMessage* message, MessageContent& content, Na
 CComPtr<IMAPIFolder> InterfaceOf(const CZebFolder& folder)
 {
     CComPtr<IMAPIFolder> result;
-    ThrowIfFailed(folder.GetInterface().QueryInterface(IID_IMAPIFolder, result), __FILE__, __LINE__);
+    ThrowIfFailed(folder.GetInterface().QueryInterface(IID_IMAPIFolder, result));
     return result;
 }
 
@@ -308,14 +308,13 @@ CComPtr<IMessage> CreateMessage(const CZebFolder& folder, bool associated)
 {
     const CComPtr<IMAPIFolder> owner = InterfaceOf(folder);
     CComPtr<IMessage> message;
-    ThrowIfFailed(owner->CreateMessage(nullptr, associated ? MAPI_ASSOCIATED : 0, message.Put()), owner, __FILE__,
-                  __LINE__);
+    ThrowIfFailed(owner->CreateMessage(nullptr, associated ? MAPI_ASSOCIATED : 0, message.Put()), owner);
     return message;
 }
 
 void Save(IMAPIProp* object)
 {
-    ThrowIfFailed(object->SaveChanges(KEEP_OPEN_READWRITE), object, __FILE__, __LINE__);
+    ThrowIfFailed(object->SaveChanges(KEEP_OPEN_READWRITE), object);
 }
 
 } // namespace zeb::tools

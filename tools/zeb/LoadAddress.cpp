@@ -12,7 +12,7 @@ template <typename Interface>
 CComPtr<Interface> Query(IMAPIProp* object, const IID& iid)
 {
     CComPtr<Interface> result;
-    ThrowIfFailed(object->QueryInterface(iid, reinterpret_cast<void**>(result.Put())), __FILE__, __LINE__);
+    ThrowIfFailed(object->QueryInterface(iid, reinterpret_cast<void**>(result.Put())));
     return result;
 }
 
@@ -68,7 +68,7 @@ std::vector<CZebBinary> AddressWriter::Resolve(const std::vector<std::string>& m
     for (const std::string& each : members)
     {
         OneRecipient recipient(each);
-        ThrowIfFailed(book->ResolveName(0, MAPI_UNICODE, nullptr, recipient.List()), book, __FILE__, __LINE__);
+        ThrowIfFailed(book->ResolveName(0, MAPI_UNICODE, nullptr, recipient.List()), book);
         found.push_back(recipient.EntryID());
     }
     return found;
@@ -85,7 +85,7 @@ void AddressWriter::AddMembers(IMAPIProp* list, const std::vector<CZebBinary>& m
     ENTRYLIST all = {static_cast<ULONG>(entries.size()), entries.data()};
     if (!entries.empty())
     {
-        ThrowIfFailed(target->CopyEntries(&all, 0, nullptr, 0), target, __FILE__, __LINE__);
+        ThrowIfFailed(target->CopyEntries(&all, 0, nullptr, 0), target);
     }
 }
 
@@ -95,8 +95,7 @@ std::vector<Refusal> AddressWriter::Write(AddressLine& line, NameResolver& names
     const CZebBinary model = m_directory.GetBin(line.isList ? PR_DEF_CREATE_DL : PR_DEF_CREATE_MAILUSER);
     const SBinary& id = model;
     CComPtr<IMAPIProp> entry;
-    ThrowIfFailed(directory->CreateEntry(id.cb, reinterpret_cast<LPENTRYID>(id.lpb), 0, entry.Put()), directory,
-                  __FILE__, __LINE__);
+    ThrowIfFailed(directory->CreateEntry(id.cb, reinterpret_cast<LPENTRYID>(id.lpb), 0, entry.Put()), directory);
     const std::vector<Refusal> refused = WriteProperties(entry.Get(), line.properties, names);
     if (!refused.empty())
     {

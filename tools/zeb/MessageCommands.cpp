@@ -125,7 +125,7 @@ int TransferFolder(Mailbox& mailbox, const Options& options)
         ThrowIfFailed(from->CopyFolder(entryId, entryId, nullptr, to.Get(),
                                        target.newName.empty() ? nullptr : reinterpret_cast<LPTSTR>(name.GetBuffer()), 0,
                                        nullptr, MAPI_UNICODE | (options.move ? FOLDER_MOVE : COPY_SUBFOLDERS)),
-                      from, __FILE__, __LINE__);
+                      from);
     }
     catch (...)
     {
@@ -248,7 +248,7 @@ void SetReadFlag(CZebPropObj& object, bool read)
     {
         throw ToolError("only a message can be read or unread");
     }
-    ThrowIfFailed(message->SetReadFlag(SUPPRESS_RECEIPT | (read ? 0 : CLEAR_READ_FLAG)), message, __FILE__, __LINE__);
+    ThrowIfFailed(message->SetReadFlag(SUPPRESS_RECEIPT | (read ? 0 : CLEAR_READ_FLAG)), message);
 }
 
 int Set(const Options& options)

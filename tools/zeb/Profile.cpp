@@ -50,7 +50,7 @@ void Do(const std::string& what, const std::string& name, IProfAdmin* profiles, 
 {
     try
     {
-        ThrowIfFailed(result, profiles, __FILE__, __LINE__);
+        ThrowIfFailed(result, profiles);
     }
     catch (...)
     {
@@ -90,7 +90,7 @@ struct StoreService
 StoreService ServiceOf(IMsgServiceAdmin* services)
 {
     CComPtr<IMAPITable> raw;
-    ThrowIfFailed(services->GetMsgServiceTable(0, raw.Put()), services, __FILE__, __LINE__);
+    ThrowIfFailed(services->GetMsgServiceTable(0, raw.Put()), services);
     CZebTable table(raw.Get());
     table.SetColumns(2, PR_SERVICE_UID, PR_ZEBSTORE_PATH_W);
     CZebRowSet rows;
@@ -134,10 +134,8 @@ std::string AddStoreService(IProfAdmin* profiles, const Options& options, const 
 {
     CComPtr<IMsgServiceAdmin> services;
     const ProfileName name(options.name), service(ZEBSTORE_SERVICE_NAME);
-    ThrowIfFailed(profiles->AdminServices(name.Text(), nullptr, 0, name.Flags(), services.Put()), profiles, __FILE__,
-                  __LINE__);
-    ThrowIfFailed(services->CreateMsgService(service.Text(), service.Text(), 0, service.Flags()), services, __FILE__,
-                  __LINE__);
+    ThrowIfFailed(profiles->AdminServices(name.Text(), nullptr, 0, name.Flags(), services.Put()), profiles);
+    ThrowIfFailed(services->CreateMsgService(service.Text(), service.Text(), 0, service.Flags()), services);
     const CZebBinary uid = ServiceOf(services.Get()).uid;
 
     Properties settings;
@@ -159,7 +157,7 @@ std::string AddStoreService(IProfAdmin* profiles, const Options& options, const 
     const SBinary& bytes = uid;
     ThrowIfFailed(
         services->ConfigureMsgService(reinterpret_cast<LPMAPIUID>(bytes.lpb), 0, 0, array.Count(), array.Values()),
-        services, __FILE__, __LINE__);
+        services);
     return ServiceOf(services.Get()).file;
 }
 

@@ -190,7 +190,7 @@ const CEntryIDInfo& CEntryIDInfo::Wrapped() const
     const CEntryIDContactAddressBookObject* contact = Contact();
     if (contact == nullptr || contact->Wrapped() == nullptr)
     {
-        CZebException::Throw(MAPI_E_INVALID_TYPE, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_INVALID_TYPE);
     }
     return *contact->Wrapped();
 }

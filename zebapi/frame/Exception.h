@@ -62,11 +62,12 @@ public:
     /// Throws a new exception, or, when memory for it is out, one kept for the case:
     /// MAPI_E_NOT_ENOUGH_MEMORY.
     /// @param operation what GetContext() begins with: the calling function unless another is given
-    [[noreturn]] static void Throw(LONG result, const char* file, int line, const char* operation = ZEB_CALLER);
+    [[noreturn]] static void Throw(LONG result, const char* file = ZEB_FILE, int line = ZEB_LINE,
+                                   const char* operation = ZEB_CALLER);
 
     /// As above, with the extended error of the object that failed.
     template <class Object>
-    [[noreturn]] static void Throw(LONG result, Object* object, const char* file, int line,
+    [[noreturn]] static void Throw(LONG result, Object* object, const char* file = ZEB_FILE, int line = ZEB_LINE,
                                    const char* operation = ZEB_CALLER)
     {
         CZebException* exception = nullptr;
@@ -87,8 +88,8 @@ public:
     }
 
     /// As above, with a text of the library's own as the extended error.
-    [[noreturn]] static void ThrowWithError(LONG result, const char* error, const char* file, int line,
-                                            const char* operation = ZEB_CALLER);
+    [[noreturn]] static void ThrowWithError(LONG result, const char* error, const char* file = ZEB_FILE,
+                                            int line = ZEB_LINE, const char* operation = ZEB_CALLER);
 
 protected:
     /// What the constructors have in common: keeps the result, makes the description, writes the log line.
@@ -169,7 +170,8 @@ inline zeb::CStringA Zeb_DescribeCurrentException()
 
 /// Throws a failing result (severity bit set) as a CZebException*; success and warnings are returned unchanged.
 /// @param operation what the exception's context begins with: the calling function unless another is given
-inline HRESULT ThrowIfFailed(HRESULT result, const char* file, int line, const char* operation = ZEB_CALLER)
+inline HRESULT ThrowIfFailed(HRESULT result, const char* file = ZEB_FILE, int line = ZEB_LINE,
+                             const char* operation = ZEB_CALLER)
 {
     if (result < 0)
     {
@@ -180,7 +182,8 @@ inline HRESULT ThrowIfFailed(HRESULT result, const char* file, int line, const c
 
 /// As above, for a call on a MAPI object: the description is the object's extended error where it gives one.
 template <class Object>
-HRESULT ThrowIfFailed(HRESULT result, Object* object, const char* file, int line, const char* operation = ZEB_CALLER)
+HRESULT ThrowIfFailed(HRESULT result, Object* object, const char* file = ZEB_FILE, int line = ZEB_LINE,
+                      const char* operation = ZEB_CALLER)
 {
     if (result < 0)
     {
@@ -191,8 +194,8 @@ HRESULT ThrowIfFailed(HRESULT result, Object* object, const char* file, int line
 
 /// As above, for a call through a counted pointer; an empty one gives no extended error.
 template <class Object>
-HRESULT ThrowIfFailed(HRESULT result, const zeb::CComPtr<Object>& object, const char* file, int line,
-                      const char* operation = ZEB_CALLER)
+HRESULT ThrowIfFailed(HRESULT result, const zeb::CComPtr<Object>& object, const char* file = ZEB_FILE,
+                      int line = ZEB_LINE, const char* operation = ZEB_CALLER)
 {
     return ThrowIfFailed(result, object.Get(), file, line, operation);
 }
@@ -202,7 +205,7 @@ namespace zeb
 
 /// Inside a catch block: writes the line of the exception in flight (level 1) with the catch site's file and
 /// line, and deletes a CException. Nothing leaves it.
-void LogCaught(const char* file, int line) noexcept;
+void LogCaught(const char* file = ZEB_FILE, int line = ZEB_LINE) noexcept;
 
 /// Runs `body`; a CZebException that leaves it is told the thing that it was about.
 /// @param thing gives its text; called only then
@@ -231,7 +234,7 @@ auto About(Thing&& thing, Body&& body) -> decltype(body())
 /// Runs `body` and lets no exception out: what it throws is logged by LogCaught.
 /// @return whether `body` ended without an exception
 template <class Body>
-bool Guarded(const char* file, int line, Body&& body)
+bool Guarded(Body&& body, const char* file = ZEB_FILE, int line = ZEB_LINE)
 {
     try
     {

@@ -106,11 +106,10 @@ void zeb::AbandonMem()
 void* Zeb_MemAllocate(ULONG size, void* parent)
 {
     void* block = nullptr;
-    ThrowIfFailed(parent != nullptr ? binding.AllocateMore(size, parent, &block) : binding.Allocate(size, &block),
-                  __FILE__, __LINE__);
+    ThrowIfFailed(parent != nullptr ? binding.AllocateMore(size, parent, &block) : binding.Allocate(size, &block));
     if (block == nullptr)
     {
-        CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY);
     }
     std::memset(block, 0, size);
     return block;
@@ -142,7 +141,7 @@ void Zeb_MemExFree(void*& block)
 
 void Zeb_PropCopyMore(SPropValue* dest, SPropValue* src, void* parent)
 {
-    ThrowIfFailed(zeb::PropCopyMore(dest, src, binding.allocateMore, parent), __FILE__, __LINE__);
+    ThrowIfFailed(zeb::PropCopyMore(dest, src, binding.allocateMore, parent));
 }
 
 void Zeb_FreeProws(SRowSet* rows)

@@ -138,7 +138,7 @@ void CZebAPI::Initialize(bool wab)
 {
     if (WasFailed() && !wab)
     {
-        CZebException::Throw(MAPI_E_CALL_FAILED, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_CALL_FAILED);
     }
     try
     {
@@ -171,11 +171,11 @@ void CZebAPI::InitializeMAPI()
     const CStringA path = Zeb_GetMapiDllPath(m_bitness);
     if (path.IsEmpty() || m_bitness == OfficeBitnessNone)
     {
-        CZebException::Throw(MAPI_E_CALL_FAILED, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_CALL_FAILED);
     }
     if (!m_loader.Load(path, ModeProvider))
     {
-        zeb::ThrowAbout([&] { return zeb::NameText(path.GetString()); }, MAPI_E_CALL_FAILED, __FILE__, __LINE__);
+        zeb::ThrowAbout([&] { return zeb::NameText(path.GetString()); }, MAPI_E_CALL_FAILED);
     }
     ResolveEntryPoints(path);
     BindAllocator();
@@ -185,7 +185,7 @@ void CZebAPI::InitializeMAPI()
     if (FAILED(result))
     {
         Unload();
-        CZebException::Throw(result, __FILE__, __LINE__);
+        CZebException::Throw(result);
     }
     m_initialized = true;
 }
@@ -213,8 +213,7 @@ void CZebAPI::RefuseLibrary(const char* missing, const char* path)
 {
     LLog(1, "ZebAPI", "Failed to export %s from %s", missing, path);
     Unload();
-    zeb::ThrowAbout([&] { return CStringA(missing) + " of " + zeb::NameText(path); }, MAPI_E_VERSION, __FILE__,
-                    __LINE__);
+    zeb::ThrowAbout([&] { return CStringA(missing) + " of " + zeb::NameText(path); }, MAPI_E_VERSION);
 }
 
 void CZebAPI::BindAllocator()
@@ -227,7 +226,7 @@ void CZebAPI::BindAllocator()
     {
         LLog(1, "ZebAPI", "Failed to export memory manager");
         Unload();
-        CZebException::Throw(MAPI_E_VERSION, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_VERSION);
     }
     Zeb_MemInitialize(allocateBuffer, allocateMore, freeBuffer);
 }
@@ -266,11 +265,10 @@ void CZebAPI::Unload()
 void CZebAPI::InitializeWAB()
 {
     CSingleLock objectLock(&m_lock, true);
-    const CStringA path =
-        zeb::OpenRegistry(HKEY_LOCAL_MACHINE, "Software\\Microsoft\\WAB\\DLLPath", __FILE__, __LINE__).GetString();
+    const CStringA path = zeb::OpenRegistry(HKEY_LOCAL_MACHINE, "Software\\Microsoft\\WAB\\DLLPath").GetString();
     if (!zeb::platform::IsBareOrAbsolutePath(path.GetString()) || !m_loader.Load(path, ModeProvider))
     {
-        zeb::ThrowAbout([&] { return zeb::NameText(path.GetString()); }, MAPI_E_CALL_FAILED, __FILE__, __LINE__);
+        zeb::ThrowAbout([&] { return zeb::NameText(path.GetString()); }, MAPI_E_CALL_FAILED);
     }
     if (m_loader.GetProc("WABOpen") == nullptr)
     {
@@ -292,14 +290,14 @@ CComPtr<IWABObject> CZebAPI::OpenWAB(CComPtr<IAddrBook>& addressBook)
     WABOPEN* wabOpen = nullptr;
     if (!m_loader.GetProc("WABOpen", wabOpen))
     {
-        CZebException::Throw(MAPI_E_VERSION, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_VERSION);
     }
     WAB_PARAM param = {};
     param.cbSize = sizeof param;
     param.ulFlags = WAB_ENABLE_PROFILES;
     CComPtr<IWABObject> wabObject;
-    ThrowIfFailed(wabOpen(addressBook.Put(), wabObject.Put(), &param, 0), __FILE__, __LINE__);
-    zeb::RequireObject(addressBook && wabObject, __FILE__, __LINE__);
+    ThrowIfFailed(wabOpen(addressBook.Put(), wabObject.Put(), &param, 0));
+    zeb::RequireObject(addressBook && wabObject);
     return wabObject;
 }
 
@@ -385,7 +383,7 @@ CZebProfAdmin CZebAPI::GetProfAdmin()
 {
     CSingleLock objectLock(&m_lock, true);
     CComPtr<IProfAdmin> profAdmin;
-    ThrowIfFailed(zeb::MAPIAdminProfiles(0, profAdmin.Put()), __FILE__, __LINE__);
-    zeb::RequireObject(static_cast<bool>(profAdmin), __FILE__, __LINE__);
+    ThrowIfFailed(zeb::MAPIAdminProfiles(0, profAdmin.Put()));
+    zeb::RequireObject(static_cast<bool>(profAdmin));
     return CZebProfAdmin(profAdmin.Get());
 }

@@ -16,9 +16,7 @@ constexpr char SubsystemProfilesKey[] =
 
 bool IsOutlook15()
 {
-    return zeb::OpenRegistry(HKEY_CLASSES_ROOT, "Outlook.Application\\CurVer", __FILE__, __LINE__)
-               .GetString()
-               .Find("15") >= 0;
+    return zeb::OpenRegistry(HKEY_CLASSES_ROOT, "Outlook.Application\\CurVer").GetString().Find("15") >= 0;
 }
 
 /// A mark of another type is no mark.
@@ -35,7 +33,7 @@ bool IsDefaultProfile(const CZebRow& row)
 } // namespace
 
 CZebProfileNames::CZebProfileNames()
-    : m_profiles(zeb::OpenRegistry(HKEY_CURRENT_USER, GetProfilesKey(), __FILE__, __LINE__))
+    : m_profiles(zeb::OpenRegistry(HKEY_CURRENT_USER, GetProfilesKey()))
 {
     Reset();
 }
@@ -61,8 +59,7 @@ int CZebProfileNames::GetNextName(CString& name)
 
 CStringA CZebProfileNames::GetDefaultProfile()
 {
-    const CQorRegKey key =
-        zeb::OpenRegistry(HKEY_CURRENT_USER, IsOutlook15() ? Outlook15Key : SubsystemProfilesKey, __FILE__, __LINE__);
+    const CQorRegKey key = zeb::OpenRegistry(HKEY_CURRENT_USER, IsOutlook15() ? Outlook15Key : SubsystemProfilesKey);
     CStringA name;
     key.GetString(name, "DefaultProfile", 1);
     return name;
@@ -92,7 +89,7 @@ CZebProfAdmin CZebProfAdmin::Open()
 
 CZebProfAdmin& CZebProfAdmin::operator=(const CZebProfAdmin& other)
 {
-    zeb::Guarded(__FILE__, __LINE__, [this, &other]
+    zeb::Guarded([this, &other]
     {
         CComPtr<IProfAdmin> profAdmin;
         if (other.m_profAdmin)
@@ -102,7 +99,7 @@ CZebProfAdmin& CZebProfAdmin::operator=(const CZebProfAdmin& other)
         m_profAdmin = profAdmin;
         if (!IsValid())
         {
-            CZebException::Throw(MAPI_E_INTERFACE_NOT_SUPPORTED, __FILE__, __LINE__);
+            CZebException::Throw(MAPI_E_INTERFACE_NOT_SUPPORTED);
         }
     });
     return *this;
@@ -120,14 +117,14 @@ void CZebProfAdmin::Close()
 
 void CZebProfAdmin::Free()
 {
-    zeb::Guarded(__FILE__, __LINE__, [this] { m_profAdmin.Release(); });
+    zeb::Guarded([this] { m_profAdmin.Release(); });
 }
 
 CZebTable CZebProfAdmin::GetProfileTable()
 {
     CComPtr<IMAPITable> table;
-    ThrowIfFailed(m_profAdmin->GetProfileTable(0, table.Put()), m_profAdmin, __FILE__, __LINE__);
-    zeb::RequireObject(static_cast<bool>(table), __FILE__, __LINE__);
+    ThrowIfFailed(m_profAdmin->GetProfileTable(0, table.Put()), m_profAdmin);
+    zeb::RequireObject(static_cast<bool>(table));
     return CZebTable(table.Get());
 }
 
@@ -144,5 +141,5 @@ CStringA CZebProfAdmin::GetDefaultProfileName()
             return row[PR_DISPLAY_NAME_A];
         }
     }
-    CZebException::Throw(MAPI_E_NOT_FOUND, __FILE__, __LINE__);
+    CZebException::Throw(MAPI_E_NOT_FOUND);
 }

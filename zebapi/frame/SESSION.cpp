@@ -36,12 +36,12 @@ CZebSession::~CZebSession()
 
 void CZebSession::Free()
 {
-    zeb::Guarded(__FILE__, __LINE__, [&] { m_session.Release(); });
+    zeb::Guarded([&] { m_session.Release(); });
 }
 
 CZebSession& CZebSession::operator=(const CZebSession& other)
 {
-    zeb::Guarded(__FILE__, __LINE__, [&]
+    zeb::Guarded([&]
     {
         CComPtr<IMAPISession> session;
         if (other.IsValid())
@@ -51,7 +51,7 @@ CZebSession& CZebSession::operator=(const CZebSession& other)
         m_session = session;
         if (!IsValid())
         {
-            CZebException::Throw(MAPI_E_INTERFACE_NOT_SUPPORTED, __FILE__, __LINE__);
+            CZebException::Throw(MAPI_E_INTERFACE_NOT_SUPPORTED);
         }
     });
     return *this;
@@ -69,22 +69,21 @@ CComPtr<IMAPISession> CZebSession::GetInterface() const
 
 void CZebSession::Logoff(ULONG uiParam, ULONG flags, ULONG reserved)
 {
-    zeb::Guarded(__FILE__, __LINE__,
-                 [&] { ThrowIfFailed(m_session->Logoff(uiParam, flags, reserved), m_session, __FILE__, __LINE__); });
+    zeb::Guarded([&] { ThrowIfFailed(m_session->Logoff(uiParam, flags, reserved), m_session); });
     Free();
 }
 
 CZebTable CZebSession::GetMsgStoresTable()
 {
     CComPtr<IMAPITable> table;
-    ThrowIfFailed(m_session->GetMsgStoresTable(0, table.Put()), m_session, __FILE__, __LINE__);
-    zeb::RequireObject(static_cast<bool>(table), __FILE__, __LINE__);
+    ThrowIfFailed(m_session->GetMsgStoresTable(0, table.Put()), m_session);
+    zeb::RequireObject(static_cast<bool>(table));
     return CZebTable(table.Get());
 }
 
 void CZebSession::OpenEntry(const SBinary& entryId, CZebIProp& target, ULONG flags)
 {
-    zeb::OpenEntry(m_session.Checked(), entryId, target, flags, __FILE__, __LINE__);
+    zeb::OpenEntry(m_session.Checked(), entryId, target, flags);
 }
 
 CZebMsgStore CZebSession::OpenMsgStore(const SBinary& entryId, HWND parent, ULONG flags)
@@ -93,17 +92,16 @@ CZebMsgStore CZebSession::OpenMsgStore(const SBinary& entryId, HWND parent, ULON
     zeb::ThrowIfFailedAbout([&] { return zeb::EntryText(entryId); },
                             m_session->OpenMsgStore(zeb::UIParam(parent), entryId.cb, zeb::EntryID(entryId),
                                                     &IID_IMsgStore, flags, store.Put()),
-                            m_session, __FILE__, __LINE__);
-    zeb::RequireObject(static_cast<bool>(store), __FILE__, __LINE__);
+                            m_session);
+    zeb::RequireObject(static_cast<bool>(store));
     return CZebMsgStore(store.Get());
 }
 
 CZebAddressBook CZebSession::OpenAddressBook(HWND parent, ULONG flags)
 {
     CComPtr<IAddrBook> book;
-    ThrowIfFailed(m_session->OpenAddressBook(zeb::UIParam(parent), nullptr, flags, book.Put()), m_session, __FILE__,
-                  __LINE__);
-    zeb::RequireObject(static_cast<bool>(book), __FILE__, __LINE__);
+    ThrowIfFailed(m_session->OpenAddressBook(zeb::UIParam(parent), nullptr, flags, book.Put()), m_session);
+    zeb::RequireObject(static_cast<bool>(book));
     CZebAddressBook result(book.Get());
     result.SetSession(m_session.Get());
     return result;
@@ -123,7 +121,7 @@ CZebMsgStore CZebSession::OpenDefaultMsgStore(HWND parent, ULONG flags)
             return OpenMsgStore(zeb::Received(row[PR_ENTRYID]), parent, flags);
         }
     }
-    CZebException::Throw(MAPI_E_NOT_FOUND, __FILE__, __LINE__);
+    CZebException::Throw(MAPI_E_NOT_FOUND);
 }
 
 bool CZebSession::CompareEntryIDs(const SBinary& a, const SBinary& b)
@@ -131,7 +129,7 @@ bool CZebSession::CompareEntryIDs(const SBinary& a, const SBinary& b)
     ULONG equal = 0;
     zeb::ThrowIfFailedAbout([&] { return zeb::EntryText(a) + ", " + zeb::EntryText(b); },
                             m_session->CompareEntryIDs(a.cb, zeb::EntryID(a), b.cb, zeb::EntryID(b), 0, &equal),
-                            m_session, __FILE__, __LINE__);
+                            m_session);
     return equal != 0;
 }
 

@@ -28,7 +28,7 @@ CZebBinary WrappedFolder(const zeb::CEntryIDInfo& info)
     if (!wrapped.IsValid() || wrapped.IsEmpty())
     {
         // An identifier without bytes would open the root instead.
-        CZebException::Throw(MAPI_E_INVALID_ENTRYID, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_INVALID_ENTRYID);
     }
     return wrapped;
 }
@@ -147,8 +147,8 @@ ULONG CZebAddressBook::GetMAPIType()
 
 void CZebAddressBook::Free()
 {
-    zeb::Guarded(__FILE__, __LINE__, [&] { m_wabObject.Release(); });
-    zeb::Guarded(__FILE__, __LINE__, [&] { m_session.Release(); });
+    zeb::Guarded([&] { m_wabObject.Release(); });
+    zeb::Guarded([&] { m_session.Release(); });
     CZebIProp::Free();
 }
 
@@ -183,7 +183,7 @@ CZebABContainer CZebAddressBook::OpenRootContainer(ULONG flags)
     const CTimeProfile profile("CZebAddressBook::OpenRootContainer");
     CComPtr<IAddrBook> book = GetAddrBook();
     CZebABContainer container;
-    zeb::OpenEntry(book.Checked(), SBinary{0, nullptr}, container, flags, __FILE__, __LINE__);
+    zeb::OpenEntry(book.Checked(), SBinary{0, nullptr}, container, flags);
     container.SetWAB(*this);
     return container;
 }
@@ -212,7 +212,7 @@ void CZebAddressBook::OpenEntry(const SBinary& entryID, CZebIProp& target, ULONG
     }
     CComPtr<IAddrBook> book = GetAddrBook();
     const bool isWAB = IsWAB();
-    zeb::OpenEntry(book.Checked(), entryID, target, flags, __FILE__, __LINE__);
+    zeb::OpenEntry(book.Checked(), entryID, target, flags);
     PassWAB(isWAB, target);
 }
 
@@ -220,7 +220,7 @@ CZebBinary CZebAddressBook::GetDefaultDirEntryID()
 {
     CComPtr<IAddrBook> book = GetAddrBook();
     CZebEntryIDRequest directory;
-    ThrowIfFailed(book->GetDefaultDir(directory, directory), book, __FILE__, __LINE__);
+    ThrowIfFailed(book->GetDefaultDir(directory, directory), book);
     return directory;
 }
 
@@ -251,6 +251,6 @@ bool CZebAddressBook::CompareEntryIDs(const char* entryIDHex1, const char* entry
     ULONG equal = 0;
     zeb::ThrowIfFailedAbout([&] { return zeb::EntryText(a) + ", " + zeb::EntryText(b); },
                             m_session->CompareEntryIDs(a.cb, zeb::EntryID(a), b.cb, zeb::EntryID(b), 0, &equal),
-                            m_session, __FILE__, __LINE__);
+                            m_session);
     return equal != 0;
 }

@@ -53,7 +53,7 @@ CZebContainer::operator const CZebContainer*() const
 CZebContainer& CZebContainer::operator=(const CZebContainer& other)
 {
     CZebIProp::operator=(other);
-    zeb::Guarded(__FILE__, __LINE__, [&] { m_providerID = other.m_providerID; });
+    zeb::Guarded([&] { m_providerID = other.m_providerID; });
     m_providerChecked = other.m_providerChecked;
     return *this;
 }
@@ -62,7 +62,7 @@ void CZebContainer::OpenEntry(const SBinary& entryID, CZebIProp& target, ULONG f
 {
     CComPtr<IMAPIContainer> container = GetContainer();
     const bool isWAB = IsWAB();
-    zeb::OpenEntry(container.Checked(), entryID, target, flags, __FILE__, __LINE__);
+    zeb::OpenEntry(container.Checked(), entryID, target, flags);
     PassWAB(isWAB, target);
 }
 
@@ -70,8 +70,8 @@ CZebTable CZebContainer::GetContentsTable(ULONG flags)
 {
     CComPtr<IMAPIContainer> container = GetContainer();
     CComPtr<IMAPITable> table;
-    ThrowIfFailed(container->GetContentsTable(flags, table.Put()), container, __FILE__, __LINE__);
-    zeb::RequireObject(static_cast<bool>(table), __FILE__, __LINE__);
+    ThrowIfFailed(container->GetContentsTable(flags, table.Put()), container);
+    zeb::RequireObject(static_cast<bool>(table));
     return CZebTable(table.Get());
 }
 
@@ -79,8 +79,8 @@ CZebTable CZebContainer::GetHierarchyTable(ULONG flags)
 {
     CComPtr<IMAPIContainer> container = GetContainer();
     CComPtr<IMAPITable> table;
-    ThrowIfFailed(container->GetHierarchyTable(flags, table.Put()), container, __FILE__, __LINE__);
-    zeb::RequireObject(static_cast<bool>(table), __FILE__, __LINE__);
+    ThrowIfFailed(container->GetHierarchyTable(flags, table.Put()), container);
+    zeb::RequireObject(static_cast<bool>(table));
     return CZebTable(table.Get());
 }
 
@@ -89,7 +89,7 @@ bool CZebContainer::IsExchange()
     if (!m_providerChecked)
     {
         m_providerChecked = true;
-        zeb::Guarded(__FILE__, __LINE__, [&] { m_providerID = GetBinary(PR_AB_PROVIDER_ID); });
+        zeb::Guarded([&] { m_providerID = GetBinary(PR_AB_PROVIDER_ID); });
     }
     return IsExchangeProviderID(m_providerID);
 }

@@ -96,7 +96,7 @@ CZebFolder CZebFolder::CreateFolder(const char* name, bool hidden, bool save, UL
                                     ULONG folderType)
 {
     CZebFolder result;
-    if (flags == OPEN_IF_EXISTS && zeb::Guarded(__FILE__, __LINE__, [&] { result = OpenFolderByNameA(name); }))
+    if (flags == OPEN_IF_EXISTS && zeb::Guarded([&] { result = OpenFolderByNameA(name); }))
     {
         return result;
     }
@@ -108,7 +108,7 @@ CZebFolder CZebFolder::CreateFolder(const char* name, bool hidden, bool save, UL
                                            &IID_IMAPIFolder, flags, created.Put()),
                       folder, __FILE__, __LINE__, "CreateFolder");
     });
-    zeb::RequireObject(static_cast<bool>(created), __FILE__, __LINE__);
+    zeb::RequireObject(static_cast<bool>(created));
     result = CZebFolder(created.Get());
     if (hidden)
     {
@@ -162,15 +162,13 @@ void CZebFolder::DeleteFolder(const SBinary& entryID, HWND parent, ULONG flags, 
     CComPtr<IMAPIFolder> folder = GetFolder();
     zeb::ThrowIfFailedAbout(
         [&] { return zeb::EntryText(entryID); },
-        folder->DeleteFolder(entryID.cb, zeb::EntryID(entryID), zeb::UIParam(parent), progress, flags), folder,
-        __FILE__, __LINE__);
+        folder->DeleteFolder(entryID.cb, zeb::EntryID(entryID), zeb::UIParam(parent), progress, flags), folder);
 }
 
 void CZebFolder::DeleteMessages(SBinaryArray* list, HWND parent, ULONG flags, IMAPIProgress* progress)
 {
     CComPtr<IMAPIFolder> folder = GetFolder();
-    zeb::ThrowIfFailedAbout(CountOf(list), folder->DeleteMessages(list, zeb::UIParam(parent), progress, flags), folder,
-                            __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout(CountOf(list), folder->DeleteMessages(list, zeb::UIParam(parent), progress, flags), folder);
 }
 
 void CZebFolder::DeleteMessage(const SBinary& entryID)
@@ -186,7 +184,7 @@ void CZebFolder::CopyMessages(SBinaryArray* list, CZebFolder& dest, ULONG flags,
     zeb::ThrowIfFailedAbout(
         CountOf(list),
         folder->CopyMessages(list, dest.GetInterfaceCIID(), target.Checked(), zeb::UIParam(parent), progress, flags),
-        folder, __FILE__, __LINE__);
+        folder);
 }
 
 void CZebFolder::CopyMessage(const SBinary& entryID, CZebFolder& dest, ULONG flags)
@@ -208,7 +206,7 @@ void CZebFolder::MoveMessage(const SBinary& entryID, CZebFolder& dest, ULONG fla
 void CZebFolder::EmptyFolder(HWND parent, ULONG flags, IMAPIProgress* progress)
 {
     CComPtr<IMAPIFolder> folder = GetFolder();
-    ThrowIfFailed(folder->EmptyFolder(zeb::UIParam(parent), progress, flags), folder, __FILE__, __LINE__);
+    ThrowIfFailed(folder->EmptyFolder(zeb::UIParam(parent), progress, flags), folder);
 }
 
 CZebMessage CZebFolder::CreateMessage(CZebPropValArray& props, bool save, ULONG flags)
@@ -226,15 +224,15 @@ CZebMessage CZebFolder::CreateMessage(ULONG flags)
 {
     CComPtr<IMAPIFolder> folder = GetFolder();
     CComPtr<IMessage> message;
-    ThrowIfFailed(folder->CreateMessage(nullptr, flags, message.Put()), folder, __FILE__, __LINE__);
-    zeb::RequireObject(static_cast<bool>(message), __FILE__, __LINE__);
+    ThrowIfFailed(folder->CreateMessage(nullptr, flags, message.Put()), folder);
+    zeb::RequireObject(static_cast<bool>(message));
     return CZebMessage(message.Get());
 }
 
 CZebMessage CZebFolder::CreateQorInfoMessage(bool openExisting, bool save)
 {
     CZebMessage message;
-    if (openExisting && zeb::Guarded(__FILE__, __LINE__, [&] { message = OpenQorInfoMessage(); }))
+    if (openExisting && zeb::Guarded([&] { message = OpenQorInfoMessage(); }))
     {
         return message;
     }
@@ -260,17 +258,10 @@ CZebMessage CZebFolder::OpenQorInfoMessage()
 void CZebFolder::GetPropsOfChild(CZebSession& session, const SBinary& childID, CZebPropValArray& result, ULONG n, ...)
 {
     CZebPropTagArray tags;
+    tags.Reserve(n);
     va_list args;
     va_start(args, n);
-    try
-    {
-        tags.Gather(n, args);
-    }
-    catch (...)
-    {
-        va_end(args);
-        throw;
-    }
+    tags.Fill(n, args);
     va_end(args);
     GetPropsOfChild(session, childID, static_cast<SPropTagArray*>(tags), result);
 }
@@ -283,6 +274,6 @@ void CZebFolder::GetPropsOfChild(CZebSession& session, const SBinary& childID, S
     child.GetProps(tags, result.CountPtr(), &result, 0);
     if (!child.IsChildOf(session, GetEntryID(), true))
     {
-        CZebException::Throw(MAPI_E_NOT_FOUND, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_NOT_FOUND);
     }
 }

@@ -62,10 +62,10 @@ String ReadWhole(const CComPtr<IStream>& stream)
 {
     using Char = typename String::XCHAR;
     STATSTG stat = {};
-    ThrowIfFailed(stream->Stat(&stat, STATFLAG_NONAME), __FILE__, __LINE__);
+    ThrowIfFailed(stream->Stat(&stat, STATFLAG_NONAME));
     if (stat.cbSize.QuadPart > INT_MAX - sizeof(Char))
     {
-        CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY);
     }
     const ULONG size = stat.cbSize.LowPart;
     const int length = static_cast<int>(size / sizeof(Char));
@@ -77,9 +77,9 @@ String ReadWhole(const CComPtr<IStream>& stream)
     }
     catch (CZebException*) // the one for want of memory, which nobody deletes
     {
-        CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY);
     }
-    ThrowIfFailed(stream->Read(buffer, size, nullptr), __FILE__, __LINE__);
+    ThrowIfFailed(stream->Read(buffer, size, nullptr));
     buffer[length] = 0;
     text.ReleaseBuffer();
     return text;
@@ -127,9 +127,9 @@ void CZebIProp::CheckIDsMap()
         const HRESULT result = prop->GetIDsFromNames(count, names, MAPI_CREATE, &tags);
         if (result == SimpleNotSupported)
         {
-            CZebException::Throw(result, __FILE__, __LINE__);
+            CZebException::Throw(result);
         }
-        ThrowIfFailed(result, prop, __FILE__, __LINE__);
+        ThrowIfFailed(result, prop);
         FillMap(m_tags, names, count, *static_cast<SPropTagArray*>(tags));
     }
     catch (CZebException* exception)
@@ -184,7 +184,7 @@ bool CZebIProp::IsMAPITypeAcceptable(unsigned int type)
 ULONG CZebIProp::GetObjectType() const
 {
     CZebPropVal value;
-    ThrowIfFailed(_HrGetOneProp_(Prop(), PR_OBJECT_TYPE, &value), Prop(), __FILE__, __LINE__);
+    ThrowIfFailed(_HrGetOneProp_(Prop(), PR_OBJECT_TYPE, &value), Prop());
     return value.operator ULONG();
 }
 
@@ -198,13 +198,13 @@ CZebIProp& CZebIProp::operator=(const CZebIProp& other)
     // Taken before freeing, which may be the freeing of other.
     CComPtr<IUnknown> object(other.m_object);
     const bool isWAB = other.m_bWAB;
-    zeb::Guarded(__FILE__, __LINE__, [&]
+    zeb::Guarded([&]
     {
         Free();
         m_object = object;
         if (!IsValid())
         {
-            CZebException::Throw(E_NOINTERFACE, __FILE__, __LINE__);
+            CZebException::Throw(E_NOINTERFACE);
         }
     });
     m_bWAB = isWAB;
@@ -229,7 +229,7 @@ CZebIProp::operator const CZebIProp*() const
 
 void CZebIProp::Free()
 {
-    zeb::Guarded(__FILE__, __LINE__, [&] { m_object.Release(); });
+    zeb::Guarded([&] { m_object.Release(); });
     m_bWAB = false;
     m_tags.EmptyIdMap();
 }
@@ -303,9 +303,8 @@ CComPtr<IStream> CZebIProp::OpenProperty(ULONG tag, ULONG flags)
     const ULONG options = (flags & MAPI_MODIFY) != 0 ? STGM_READWRITE : STGM_READ;
     IUnknown* object = nullptr;
     zeb::ThrowIfFailedAbout([tag] { return zeb::TagText(tag); },
-                            Prop()->OpenProperty(tag, &IID_IStream, options, flags, &object), Prop(), __FILE__,
-                            __LINE__);
-    zeb::RequireObject(object != nullptr, __FILE__, __LINE__);
+                            Prop()->OpenProperty(tag, &IID_IStream, options, flags, &object), Prop());
+    zeb::RequireObject(object != nullptr);
     return CComPtr<IStream>::Take(static_cast<IStream*>(object));
 }
 
@@ -326,7 +325,7 @@ CStringA CZebIProp::GetLongString(ULONG tag)
 
 void CZebIProp::GetPropList(SPropTagArray** out, ULONG flags)
 {
-    ThrowIfFailed(Prop()->GetPropList(flags, out), Prop(), __FILE__, __LINE__);
+    ThrowIfFailed(Prop()->GetPropList(flags, out), Prop());
 }
 
 void CZebIProp::GetAllProps(ULONG* count, SPropValue** values, ULONG flags)
@@ -353,17 +352,10 @@ void CZebIProp::GetProps(CZebPropValArray& result, ULONG n, ...)
 {
     Prop(); // an empty wrapper leaves the result as it is
     CZebPropTagArray tags;
+    tags.Reserve(n);
     va_list args;
     va_start(args, n);
-    try
-    {
-        tags.Gather(n, args);
-    }
-    catch (...)
-    {
-        va_end(args);
-        throw;
-    }
+    tags.Fill(n, args);
     va_end(args);
     GetProps(static_cast<SPropTagArray*>(tags), result.CountPtr(), &result, 0);
 }
@@ -378,8 +370,7 @@ void CZebIProp::GetProps(SPropTagArray* tags, ULONG* count, SPropValue** values,
         *values = nullptr;
         return;
     }
-    zeb::ThrowIfFailedAbout([tags] { return zeb::TagsText(tags); }, prop->GetProps(tags, flags, count, values), prop,
-                            __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout([tags] { return zeb::TagsText(tags); }, prop->GetProps(tags, flags, count, values), prop);
 }
 
 void CZebIProp::SetProps(CZebPropValArray& values, bool save, SPropProblemArray** problems)
@@ -398,19 +389,17 @@ void CZebIProp::SetProps(CZebPropValArray& values, bool save, SPropProblemArray*
 
 void CZebIProp::SetProps(ULONG n, SPropValue* values, SPropProblemArray** problems)
 {
-    zeb::ThrowIfFailedAbout([=] { return zeb::ValuesText(n, values); }, Prop()->SetProps(n, values, problems), Prop(),
-                            __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout([=] { return zeb::ValuesText(n, values); }, Prop()->SetProps(n, values, problems), Prop());
 }
 
 void CZebIProp::DeleteProps(SPropTagArray* tags, SPropProblemArray** problems)
 {
-    zeb::ThrowIfFailedAbout([tags] { return zeb::TagsText(tags); }, Prop()->DeleteProps(tags, problems), Prop(),
-                            __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout([tags] { return zeb::TagsText(tags); }, Prop()->DeleteProps(tags, problems), Prop());
 }
 
 void CZebIProp::SaveChanges(ULONG flags)
 {
-    ThrowIfFailed(Prop()->SaveChanges(flags), Prop(), __FILE__, __LINE__);
+    ThrowIfFailed(Prop()->SaveChanges(flags), Prop());
 }
 
 bool CZebIProp::MayHaveParent()
@@ -429,7 +418,7 @@ bool CZebIProp::MayHaveParent()
         return true;
     }
     CZebPropVal folderType;
-    ThrowIfFailed(_HrGetOneProp_(Prop(), PR_FOLDER_TYPE, &folderType), Prop(), __FILE__, __LINE__);
+    ThrowIfFailed(_HrGetOneProp_(Prop(), PR_FOLDER_TYPE, &folderType), Prop());
     return folderType.operator ULONG() != FOLDER_ROOT;
 }
 
@@ -467,7 +456,7 @@ bool CZebIProp::IsChildOf(CZebSession& session, const SBinary& parentID, bool di
 void CZebIProp::DumpAllProps()
 {
     static const char Separator[] = "------------------";
-    zeb::Guarded(__FILE__, __LINE__, [&]
+    zeb::Guarded([&]
     {
         CZebPropValArray values;
         GetAllProps(values.CountPtr(), &values, MAPI_UNICODE);

@@ -67,7 +67,7 @@ CZebFolder CZebMsgStore::OpenInboxFolder(ULONG flags)
 {
     CComPtr<IMsgStore> store = GetStore();
     CZebEntryIDRequest inbox;
-    ThrowIfFailed(store->GetReceiveFolder(nullptr, 0, inbox, inbox, nullptr), store, __FILE__, __LINE__);
+    ThrowIfFailed(store->GetReceiveFolder(nullptr, 0, inbox, inbox, nullptr), store);
     CZebFolder folder;
     OpenEntry(inbox, folder, flags);
     return folder;
@@ -85,7 +85,7 @@ void CZebMsgStore::OpenEntry(const SBinary& entryId, CZebIProp& target, ULONG fl
 {
     CComPtr<IMsgStore> store = GetStore();
     const bool isWAB = IsWAB();
-    zeb::OpenEntry(store.Checked(), entryId, target, flags, __FILE__, __LINE__);
+    zeb::OpenEntry(store.Checked(), entryId, target, flags);
     PassWAB(isWAB, target);
 }
 
@@ -93,7 +93,7 @@ void CZebMsgStore::DeleteMessages(SBinaryArray* entryIds, bool hardDelete)
 {
     if (entryIds == nullptr || entryIds->cValues == 0 || entryIds->lpbin == nullptr)
     {
-        CZebException::Throw(MAPI_E_INVALID_PARAMETER, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_INVALID_PARAMETER);
     }
     CZebMessage first;
     OpenEntry(entryIds->lpbin[0], first, MAPI_BEST_ACCESS);

@@ -79,7 +79,7 @@ ULONG CZebNameIdMap::Find(const IdMap& map, DWORD key, ULONG tag, bool mustExist
     }
     if (mustExist)
     {
-        CZebException::Throw(MAPI_E_BAD_VALUE, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_BAD_VALUE);
     }
     return 0;
 }
@@ -145,7 +145,7 @@ ULONG CZebNameIdHelper::GetID(ULONG index) const
 {
     if (index >= m_count)
     {
-        CZebException::Throw(E_INVALIDARG, __FILE__, __LINE__);
+        CZebException::Throw(E_INVALIDARG);
     }
     return static_cast<ULONG>(m_names[index]->Kind.lID);
 }
@@ -159,7 +159,7 @@ CZebNameIdHelper::operator MAPINAMEID**()
 {
     if (m_names == nullptr)
     {
-        CZebException::Throw(E_INVALIDARG, __FILE__, __LINE__);
+        CZebException::Throw(E_INVALIDARG);
     }
     return m_names;
 }

@@ -109,7 +109,7 @@ MapiFolder GetCommonMAPIDir(const ProviderEnvironment& environment)
     {
         return office;
     }
-    const CStringA common = OpenRegistry(HKEY_LOCAL_MACHINE, CommonKey, __FILE__, __LINE__).StringValue(CommonValue);
+    const CStringA common = OpenRegistry(HKEY_LOCAL_MACHINE, CommonKey).StringValue(CommonValue);
     if (common.IsEmpty())
     {
         return {"", office.origin + ", and there is no " + RegistryValue(CommonKey, CommonValue)};
@@ -139,7 +139,7 @@ private:
     bool TryOutlook()
     {
         LLog(3, "ZebAPI", "Checking Outlook MAPI...");
-        const CQorRegKey key = OpenRegistry(HKEY_LOCAL_MACHINE, OutlookKey, __FILE__, __LINE__);
+        const CQorRegKey key = OpenRegistry(HKEY_LOCAL_MACHINE, OutlookKey);
         if (!key.IsOpen())
         {
             Absent(ProviderStep::Outlook, std::string("there is no HKEY_LOCAL_MACHINE\\") + OutlookKey);

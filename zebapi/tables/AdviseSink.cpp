@@ -179,7 +179,7 @@ void CAdviseSink::Deliver(TABLE_NOTIFICATION* notification)
     zeb::Delivery delivery;
     if (CAdviseSinkDelegate* delegate = zeb::Deliveries().Enter(delivery, this, m_delegate))
     {
-        zeb::Guarded(__FILE__, __LINE__, [&] { delegate->OnTable_Modified(notification); });
+        zeb::Guarded([&] { delegate->OnTable_Modified(notification); });
         zeb::Deliveries().Leave(delivery);
     }
 }
@@ -217,9 +217,9 @@ CAdviseSinkBinder::~CAdviseSinkBinder()
 void CAdviseSinkBinder::Advise(CZebTable& table)
 {
     Unadvise();
-    zeb::Guarded(__FILE__, __LINE__, [&] { m_table = table; });
+    zeb::Guarded([&] { m_table = table; });
     CAdviseSink* sink = nullptr;
-    if (!zeb::Guarded(__FILE__, __LINE__, [&] { sink = new CAdviseSink(m_delegate); }))
+    if (!zeb::Guarded([&] { sink = new CAdviseSink(m_delegate); }))
     {
         m_table.Free();
         Unadvise();
@@ -248,7 +248,7 @@ bool CAdviseSinkBinder::Register(CAdviseSink* sink)
         m_sink = sink;
     }
     ULONG connection = 0;
-    const bool advised = zeb::Guarded(__FILE__, __LINE__, [&] { table.Advise(sink, &connection); });
+    const bool advised = zeb::Guarded([&] { table.Advise(sink, &connection); });
     if (!advised)
     {
         // No handler is at work with the binder after this.
@@ -266,7 +266,7 @@ bool CAdviseSinkBinder::Register(CAdviseSink* sink)
     }
     if (advised && abandoned)
     {
-        zeb::Guarded(__FILE__, __LINE__, [&] { table.Unadvise(connection); });
+        zeb::Guarded([&] { table.Unadvise(connection); });
     }
     return advised || abandoned;
 }
@@ -288,8 +288,8 @@ void CAdviseSinkBinder::Unadvise()
     sink->Cut();
     if (connection != 0)
     {
-        zeb::Guarded(__FILE__, __LINE__, [&] { m_table.Unadvise(connection); });
+        zeb::Guarded([&] { m_table.Unadvise(connection); });
     }
     m_table.Free();
-    zeb::Guarded(__FILE__, __LINE__, [&] { sink->Release(); });
+    zeb::Guarded([&] { sink->Release(); });
 }

@@ -98,7 +98,7 @@ void CZebCachedTable::Free()
 {
     Unbind();
     EmptyCache();
-    zeb::Guarded(__FILE__, __LINE__, [&] { m_table.Release(); });
+    zeb::Guarded([&] { m_table.Release(); });
 }
 
 void CZebCachedTable::Bind()
@@ -107,7 +107,7 @@ void CZebCachedTable::Bind()
     if (IsValid())
     {
         CAdviseSinkBinder* binder = nullptr;
-        if (zeb::Guarded(__FILE__, __LINE__, [&] { binder = new CAdviseSinkBinder(this, nullptr); }))
+        if (zeb::Guarded([&] { binder = new CAdviseSinkBinder(this, nullptr); }))
         {
             // Before it advises: a notification that comes early may unbind, which destroys the binder.
             m_binder = binder;
@@ -136,7 +136,7 @@ void CZebCachedTable::EmptyCache()
     {
         return;
     }
-    zeb::Guarded(__FILE__, __LINE__, [&] { m_cache.Empty(); });
+    zeb::Guarded([&] { m_cache.Empty(); });
 }
 
 void CZebCachedTable::SetOwnerWindow(HWND window)
@@ -148,7 +148,7 @@ CZebRow CZebCachedTable::operator[](ULONG index)
 {
     if (index >= GetRowCount())
     {
-        CZebException::Throw(E_INVALIDARG, __FILE__, __LINE__);
+        CZebException::Throw(E_INVALIDARG);
     }
     const ULONG first = m_firstRow;
     SRowSet* const rows = m_cache.Get();
@@ -165,7 +165,7 @@ CZebRow CZebCachedTable::ReadRow(ULONG index)
     // Seeking counts in LONG.
     if (start > INT_MAX)
     {
-        CZebException::Throw(E_INVALIDARG, __FILE__, __LINE__);
+        CZebException::Throw(E_INVALIDARG);
     }
     ReadWindow(start);
     try
@@ -180,7 +180,7 @@ CZebRow CZebCachedTable::ReadRow(ULONG index)
         EmptyCache();
         throw;
     }
-    CZebException::Throw(MAPI_E_NOT_FOUND, __FILE__, __LINE__);
+    CZebException::Throw(MAPI_E_NOT_FOUND);
 }
 
 void CZebCachedTable::ReadWindow(ULONG start)

@@ -42,11 +42,11 @@ void CZebRestriction::CheckValid() const
 {
     if (m_node == nullptr)
     {
-        CZebException::Throw(MAPI_E_INVALID_OBJECT, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_INVALID_OBJECT);
     }
     if (m_base == nullptr)
     {
-        CZebException::Throw(MAPI_E_INVALID_OBJECT, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_INVALID_OBJECT);
     }
 }
 
@@ -58,7 +58,7 @@ bool CZebRestriction::IsEmpty()
 void CZebRestriction::CreateAnd(ULONG count)
 {
     CheckValid();
-    m_node->res.resAnd.lpRes = zeb::AllocateArray<SRestriction>(count, m_base, __FILE__, __LINE__);
+    m_node->res.resAnd.lpRes = zeb::AllocateArray<SRestriction>(count, m_base);
     m_node->res.resAnd.cRes = count;
     m_node->rt = RES_AND;
 }
@@ -66,7 +66,7 @@ void CZebRestriction::CreateAnd(ULONG count)
 void CZebRestriction::CreateOr(ULONG count)
 {
     CheckValid();
-    m_node->res.resOr.lpRes = zeb::AllocateArray<SRestriction>(count, m_base, __FILE__, __LINE__);
+    m_node->res.resOr.lpRes = zeb::AllocateArray<SRestriction>(count, m_base);
     m_node->res.resOr.cRes = count;
     m_node->rt = RES_OR;
 }
@@ -141,7 +141,7 @@ CZebRestriction CZebRestriction::operator[](int index)
     CheckValid();
     if (index < 0)
     {
-        CZebException::Throw(E_INVALIDARG, __FILE__, __LINE__);
+        CZebException::Throw(E_INVALIDARG);
     }
     return (*this)[static_cast<ULONG>(index)];
 }
@@ -151,13 +151,13 @@ CZebRestriction CZebRestriction::operator[](ULONG index)
     CheckValid();
     if (m_node->rt != RES_AND && m_node->rt != RES_OR)
     {
-        CZebException::Throw(MAPI_E_INVALID_OBJECT, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_INVALID_OBJECT);
     }
     // AND and OR have one layout: a count and the children.
     const SAndRestriction& children = m_node->res.resAnd;
     if (index >= zeb::CountOf(children.lpRes, children.cRes))
     {
-        CZebException::Throw(E_INVALIDARG, __FILE__, __LINE__);
+        CZebException::Throw(E_INVALIDARG);
     }
     return CZebRestriction(children.lpRes + index, m_base);
 }
@@ -177,7 +177,7 @@ CZebRestrictionAllocator::~CZebRestrictionAllocator()
 
 CZebRestriction& CZebRestrictionAllocator::operator=(const CZebRestriction&)
 {
-    CZebException::Throw(E_INVALIDARG, __FILE__, __LINE__);
+    CZebException::Throw(E_INVALIDARG);
 }
 
 CZebRestrictionAllocator& CZebRestrictionAllocator::operator=(const CZebRestrictionAllocator& other)

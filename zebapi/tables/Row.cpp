@@ -10,7 +10,7 @@ void CZebRow::CheckValid() const
 {
     if (m_row == nullptr)
     {
-        CZebException::Throw(MAPI_E_BAD_VALUE, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_BAD_VALUE);
     }
 }
 
@@ -46,7 +46,7 @@ CZebOnePropVal CZebRow::GetAt(int index) const
     CheckValid();
     if (index < 0 || static_cast<ULONG>(index) >= zeb::CountOf(m_row->lpProps, m_row->cValues))
     {
-        zeb::ThrowIndex(MAPI_E_UNEXPECTED_ID, "value", index, m_row->cValues, __FILE__, __LINE__);
+        zeb::ThrowIndex(MAPI_E_UNEXPECTED_ID, "value", index, m_row->cValues);
     }
     return CZebOnePropVal(m_row->lpProps + index, m_base);
 }
@@ -56,7 +56,7 @@ CZebOnePropVal CZebRow::operator[](ULONG propTag) const
     const int index = FindTag(propTag);
     if (index < 0)
     {
-        zeb::ThrowTag(MAPI_E_UNEXPECTED_ID, propTag, __FILE__, __LINE__);
+        zeb::ThrowTag(MAPI_E_UNEXPECTED_ID, propTag);
     }
     return CZebOnePropVal(m_row->lpProps + index, m_base);
 }

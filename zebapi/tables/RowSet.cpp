@@ -22,7 +22,7 @@ void CZebRowSet::CheckValid() const
 {
     if (m_rows == nullptr)
     {
-        CZebException::Throw(MAPI_E_BAD_VALUE, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_BAD_VALUE);
     }
 }
 
@@ -57,7 +57,7 @@ CZebRowSet* CZebRowSet::DetachToNew()
 {
     if (m_rows == nullptr)
     {
-        CZebException::Throw(m_neverHandedOut ? MAPI_E_NO_SUPPORT : MAPI_E_BAD_VALUE, __FILE__, __LINE__);
+        CZebException::Throw(m_neverHandedOut ? MAPI_E_NO_SUPPORT : MAPI_E_BAD_VALUE);
     }
     auto detached = zeb::framework::WithMemory([] { return std::make_unique<CZebRowSet>(); });
     detached->m_rows = std::exchange(m_rows, nullptr);
@@ -69,12 +69,12 @@ CZebRow CZebRowSet::operator[](ULONG index) const
 {
     if (m_rows == nullptr)
     {
-        CZebException::Throw(m_neverHandedOut ? MAPI_E_NO_SUPPORT : MAPI_E_BAD_VALUE, __FILE__, __LINE__);
+        CZebException::Throw(m_neverHandedOut ? MAPI_E_NO_SUPPORT : MAPI_E_BAD_VALUE);
     }
     if (index >= m_rows->cRows)
     {
         zeb::ThrowIndex(m_neverHandedOut ? MAPI_E_NO_SUPPORT : E_INVALIDARG, "row", static_cast<LONG>(index),
-                        m_rows->cRows, __FILE__, __LINE__);
+                        m_rows->cRows);
     }
     return CZebRow(&m_rows->aRow[index], m_rows);
 }

@@ -11,7 +11,7 @@ namespace
 
 ULONG SetSize(std::uint64_t count)
 {
-    return zeb::BlockSize(offsetof(SSortOrderSet, aSort), count, sizeof(SSortOrder), __FILE__, __LINE__);
+    return zeb::BlockSize(offsetof(SSortOrderSet, aSort), count, sizeof(SSortOrder));
 }
 
 } // namespace
@@ -62,7 +62,7 @@ void CZebSortOrder::Add(ULONG propTag, ULONG order)
     const std::int64_t count = std::int64_t{GetCount()} + 1;
     if (count > INT_MAX)
     {
-        CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY);
     }
     Allocate(static_cast<int>(count));
     if (m_sortSet->cSorts == 0)
@@ -88,7 +88,7 @@ CZebSortOrder::operator SSortOrderSet*()
 {
     if (!IsValid())
     {
-        CZebException::Throw(E_INVALIDARG, __FILE__, __LINE__);
+        CZebException::Throw(E_INVALIDARG);
     }
     return m_sortSet;
 }

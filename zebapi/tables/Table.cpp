@@ -24,7 +24,7 @@ ULONG GivenOut(IMAPITable* table, zeb::TableNumber kind, ULONG_PTR number, GiveB
     catch (const std::bad_alloc&)
     {
         giveBack();
-        CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY);
     }
 }
 
@@ -47,13 +47,13 @@ CZebTable::~CZebTable()
 
 CZebTable& CZebTable::operator=(const CZebTable& other)
 {
-    zeb::Guarded(__FILE__, __LINE__, [&]
+    zeb::Guarded([&]
     {
         Free();
         m_table = other.m_table;
         if (!IsValid())
         {
-            CZebException::Throw(E_NOINTERFACE, __FILE__, __LINE__);
+            CZebException::Throw(E_NOINTERFACE);
         }
     });
     return *this;
@@ -63,7 +63,7 @@ void CZebTable::Advise(IMAPIAdviseSink* sink, ULONG* connection)
 {
     // Zeroed: the Windows Address Book writes only the lower half.
     ULONG_PTR number = 0;
-    ThrowIfFailed(m_table->Advise(fnevTableModified, sink, &number), m_table, __FILE__, __LINE__);
+    ThrowIfFailed(m_table->Advise(fnevTableModified, sink, &number), m_table);
     *connection = GivenOut(m_table.Get(), zeb::TableNumber::Connection, number, [&] { m_table->Unadvise(number); });
 }
 
@@ -71,7 +71,7 @@ void CZebTable::Unadvise(ULONG connection)
 {
     const ULONG_PTR number = zeb::WholeNumber(m_table.Get(), zeb::TableNumber::Connection, connection);
     zeb::ThrowIfFailedAbout([connection] { return zeb::NumberText("connection", connection); },
-                            m_table->Unadvise(number), m_table, __FILE__, __LINE__);
+                            m_table->Unadvise(number), m_table);
     zeb::ForgetNumber(m_table.Get(), zeb::TableNumber::Connection, connection);
 }
 
@@ -85,30 +85,22 @@ void CZebTable::SetColumns(ULONG count, ...)
     // Using an empty handle is told as such, whether or not there is memory for the columns.
     m_table.Checked();
     CZebPropTagArray columns;
+    columns.Reserve(count);
     va_list tags;
     va_start(tags, count);
-    try
-    {
-        columns.Gather(count, tags);
-    }
-    catch (...)
-    {
-        va_end(tags);
-        throw;
-    }
+    columns.Fill(count, tags);
     va_end(tags);
     SetColumns(static_cast<SPropTagArray*>(columns));
 }
 
 void CZebTable::SetColumns(SPropTagArray* columns)
 {
-    zeb::ThrowIfFailedAbout([columns] { return zeb::TagsText(columns); }, m_table->SetColumns(columns, 0), m_table,
-                            __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout([columns] { return zeb::TagsText(columns); }, m_table->SetColumns(columns, 0), m_table);
 }
 
 void CZebTable::SortTable(SSortOrderSet* order)
 {
-    ThrowIfFailed(m_table->SortTable(order, 0), m_table, __FILE__, __LINE__);
+    ThrowIfFailed(m_table->SortTable(order, 0), m_table);
 }
 
 void CZebTable::QueryRows(SRowSet** rows, LONG count, SRestriction* restriction, SSortOrderSet* order)
@@ -127,25 +119,23 @@ void CZebTable::QueryRows(SRowSet** rows, LONG count, SRestriction* restriction,
         if (all > INT32_MAX)
         {
             // It would read as a count of rows backwards.
-            CZebException::Throw(MAPI_E_TABLE_TOO_BIG, __FILE__, __LINE__);
+            CZebException::Throw(MAPI_E_TABLE_TOO_BIG);
         }
         count = static_cast<LONG>(all);
     }
-    zeb::ThrowIfFailedAbout([count] { return zeb::RowsText(count); }, m_table->QueryRows(count, 0, rows), m_table,
-                            __FILE__, __LINE__);
+    zeb::ThrowIfFailedAbout([count] { return zeb::RowsText(count); }, m_table->QueryRows(count, 0, rows), m_table);
 }
 
 void CZebTable::QueryAllRows(SRowSet** rows, SRestriction* restriction, SSortOrderSet* order)
 {
-    ThrowIfFailed(zeb::HrQueryAllRows(m_table.Checked(), nullptr, restriction, order, 0, rows), m_table, __FILE__,
-                  __LINE__);
+    ThrowIfFailed(zeb::HrQueryAllRows(m_table.Checked(), nullptr, restriction, order, 0, rows), m_table);
 }
 
 ULONG CZebTable::CreateBookmark()
 {
     // Zeroed: the Windows Address Book writes only the lower half.
     BOOKMARK bookmark = 0;
-    ThrowIfFailed(m_table->CreateBookmark(&bookmark), m_table, __FILE__, __LINE__);
+    ThrowIfFailed(m_table->CreateBookmark(&bookmark), m_table);
     return GivenOut(m_table.Get(), zeb::TableNumber::Bookmark, bookmark, [&] { m_table->FreeBookmark(bookmark); });
 }
 
@@ -153,14 +143,14 @@ void CZebTable::FreeBookmark(ULONG bookmark)
 {
     const BOOKMARK number = zeb::WholeNumber(m_table.Get(), zeb::TableNumber::Bookmark, bookmark);
     zeb::ThrowIfFailedAbout([bookmark] { return zeb::NumberText("bookmark", bookmark); }, m_table->FreeBookmark(number),
-                            m_table, __FILE__, __LINE__);
+                            m_table);
     zeb::ForgetNumber(m_table.Get(), zeb::TableNumber::Bookmark, bookmark);
 }
 
 ULONG CZebTable::GetRowCount()
 {
     ULONG count = 0;
-    ThrowIfFailed(m_table->GetRowCount(0, &count), m_table, __FILE__, __LINE__);
+    ThrowIfFailed(m_table->GetRowCount(0, &count), m_table);
     return count;
 }
 
@@ -169,7 +159,7 @@ ULONG CZebTable::QueryPosition()
     ULONG row = 0;
     ULONG numerator = 0;
     ULONG denominator = 0;
-    ThrowIfFailed(m_table->QueryPosition(&row, &numerator, &denominator), m_table, __FILE__, __LINE__);
+    ThrowIfFailed(m_table->QueryPosition(&row, &numerator, &denominator), m_table);
     return row;
 }
 
@@ -177,7 +167,7 @@ void CZebTable::SeekRow(ULONG origin, LONG rowCount, LONG* rowsSought)
 {
     const BOOKMARK bookmark = zeb::WholeNumber(m_table.Get(), zeb::TableNumber::Bookmark, origin);
     zeb::ThrowIfFailedAbout([=] { return zeb::RowsText(rowCount) + " from " + zeb::NumberText("bookmark", origin); },
-                            m_table->SeekRow(bookmark, rowCount, rowsSought), m_table, __FILE__, __LINE__);
+                            m_table->SeekRow(bookmark, rowCount, rowsSought), m_table);
 }
 
 bool CZebTable::FindRow(SRestriction* restriction, ULONG origin, ULONG flags)
@@ -186,7 +176,7 @@ bool CZebTable::FindRow(SRestriction* restriction, ULONG origin, ULONG flags)
     {
         const BOOKMARK bookmark = zeb::WholeNumber(m_table.Get(), zeb::TableNumber::Bookmark, origin);
         zeb::ThrowIfFailedAbout([origin] { return "from " + zeb::NumberText("bookmark", origin); },
-                                m_table->FindRow(restriction, bookmark, flags), m_table, __FILE__, __LINE__);
+                                m_table->FindRow(restriction, bookmark, flags), m_table);
         return true;
     }
     catch (CZebException* e)
@@ -202,10 +192,10 @@ bool CZebTable::FindRow(SRestriction* restriction, ULONG origin, ULONG flags)
 
 void CZebTable::Restrict(SRestriction* restriction, ULONG flags)
 {
-    ThrowIfFailed(m_table->Restrict(restriction, flags), m_table, __FILE__, __LINE__);
+    ThrowIfFailed(m_table->Restrict(restriction, flags), m_table);
 }
 
 void CZebTable::Free()
 {
-    zeb::Guarded(__FILE__, __LINE__, [&] { m_table.Release(); });
+    zeb::Guarded([&] { m_table.Release(); });
 }

@@ -63,15 +63,15 @@ void CZebBinArray::CheckValid(ULONG index) const
 {
     if (!IsValid())
     {
-        CZebException::Throw(MAPI_E_INVALID_OBJECT, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_INVALID_OBJECT);
     }
     if (m_array->cValues == 0)
     {
-        CZebException::Throw(MAPI_E_BAD_VALUE, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_BAD_VALUE);
     }
     if (index != 0 && index >= m_array->cValues)
     {
-        CZebException::Throw(MAPI_E_NOT_FOUND, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_NOT_FOUND);
     }
 }
 
@@ -79,11 +79,11 @@ void CZebBinArray::Allocate(ULONG n)
 {
     if (n == 0)
     {
-        CZebException::Throw(E_INVALIDARG, __FILE__, __LINE__);
+        CZebException::Throw(E_INVALIDARG);
     }
     Empty();
     zeb::Block<SBinaryArray> array(zeb::Allocate<SBinaryArray>(sizeof(SBinaryArray), nullptr));
-    array->lpbin = zeb::AllocateArray<SBinary>(n, nullptr, __FILE__, __LINE__);
+    array->lpbin = zeb::AllocateArray<SBinary>(n, nullptr);
     array->cValues = n;
     m_array = array.release();
 }

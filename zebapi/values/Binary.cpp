@@ -42,7 +42,7 @@ Header HeaderOf(const char* hex)
 }
 
 /// @throws CZebException* MAPI_E_INVALID_PARAMETER for a count without bytes
-void CheckBytes(ULONG cb, const void* bytes, int line)
+void CheckBytes(ULONG cb, const void* bytes, int line = ZEB_LINE)
 {
     if (cb != 0 && bytes == nullptr)
     {
@@ -115,7 +115,7 @@ void CZebBinary::CheckValid() const
 {
     if (!IsValid())
     {
-        CZebException::Throw(MAPI_E_INVALID_OBJECT, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_INVALID_OBJECT);
     }
 }
 
@@ -137,7 +137,7 @@ bool CZebBinary::IsValid() const
 
 void CZebBinary::SetBinary(ULONG cb, void* bytes)
 {
-    CheckBytes(cb, bytes, __LINE__);
+    CheckBytes(cb, bytes);
     Replace(*this, m_binary, [&] { return HeaderOf(cb, bytes); });
 }
 
@@ -230,7 +230,7 @@ bool CZebBinary::operator!=(const CZebBinary& other) const
 void CZebBinary::CopyTo(SBinary& target, const SBinary& source, void* parent)
 {
     const ULONG cb = source.cb;
-    CheckBytes(cb, source.lpb, __LINE__);
+    CheckBytes(cb, source.lpb);
     BYTE* bytes = zeb::Allocate<BYTE>(cb, parent);
     if (cb != 0)
     {
@@ -272,17 +272,17 @@ void CZebEntryIDRequest::Empty()
 
 void CZebEntryIDRequest::SetBinary(ULONG, void*)
 {
-    CZebException::Throw(E_FAIL, __FILE__, __LINE__);
+    CZebException::Throw(E_FAIL);
 }
 
 void CZebEntryIDRequest::String(const char*)
 {
-    CZebException::Throw(E_FAIL, __FILE__, __LINE__);
+    CZebException::Throw(E_FAIL);
 }
 
 CZebBinary& CZebEntryIDRequest::operator=(const SBinary& source)
 {
-    CheckBytes(source.cb, source.lpb, __LINE__);
+    CheckBytes(source.cb, source.lpb);
     Replace(*this, m_binary, [&]
     {
         Header header = NewHeader();

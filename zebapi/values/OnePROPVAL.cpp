@@ -15,7 +15,7 @@
 namespace
 {
 
-void CheckText(const void* text, const char* file, int line)
+void CheckText(const void* text, const char* file = ZEB_FILE, int line = ZEB_LINE)
 {
     if (text == nullptr)
     {
@@ -57,7 +57,7 @@ void CZebOnePropVal::CheckValid() const
 {
     if (m_value == nullptr)
     {
-        CZebException::Throw(MAPI_E_BAD_VALUE, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_BAD_VALUE);
     }
 }
 
@@ -66,7 +66,7 @@ void CZebOnePropVal::CheckType(ULONG type) const
     CheckValid();
     if (PROP_TYPE(m_value->ulPropTag) != type)
     {
-        CZebException::Throw(MAPI_E_INVALID_TYPE, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_INVALID_TYPE);
     }
 }
 
@@ -120,7 +120,7 @@ CStringA CZebOnePropVal::String(bool errorAsText) const
         }
         break;
     }
-    CZebException::Throw(MAPI_E_NO_SUPPORT, __FILE__, __LINE__);
+    CZebException::Throw(MAPI_E_NO_SUPPORT);
 }
 
 CStringW CZebOnePropVal::StringW(bool errorAsText) const
@@ -195,8 +195,8 @@ CZebOnePropVal& CZebOnePropVal::operator=(const CStringA& text)
 CZebOnePropVal& CZebOnePropVal::operator=(const WCHAR* text)
 {
     CheckType(PT_UNICODE);
-    zeb::CheckParent(m_parent, __FILE__, __LINE__);
-    CheckText(text, __FILE__, __LINE__);
+    zeb::CheckParent(m_parent);
+    CheckText(text);
     m_value->Value.lpszW = zeb::CopyText(text, zeb::platform::WideLength(text), m_parent);
     return *this;
 }
@@ -204,8 +204,8 @@ CZebOnePropVal& CZebOnePropVal::operator=(const WCHAR* text)
 CZebOnePropVal& CZebOnePropVal::operator=(const char* text)
 {
     CheckType(PT_STRING8);
-    zeb::CheckParent(m_parent, __FILE__, __LINE__);
-    CheckText(text, __FILE__, __LINE__);
+    zeb::CheckParent(m_parent);
+    CheckText(text);
     m_value->Value.lpszA = zeb::CopyText(text, std::strlen(text), m_parent);
     return *this;
 }
@@ -213,7 +213,7 @@ CZebOnePropVal& CZebOnePropVal::operator=(const char* text)
 CZebOnePropVal& CZebOnePropVal::operator=(const SBinary& value)
 {
     CheckType(PT_BINARY);
-    zeb::CheckParent(m_parent, __FILE__, __LINE__);
+    zeb::CheckParent(m_parent);
     CZebBinary::CopyTo(m_value->Value.bin, value, m_parent);
     return *this;
 }
@@ -255,7 +255,7 @@ CZebOnePropVal::operator CStringA() const
     case PT_UNICODE:
         return QorConvertStringByANSITable(m_value->Value.lpszW);
     }
-    CZebException::Throw(MAPI_E_INVALID_TYPE, __FILE__, __LINE__);
+    CZebException::Throw(MAPI_E_INVALID_TYPE);
 }
 
 CZebOnePropVal::operator CStringW() const
@@ -268,7 +268,7 @@ CZebOnePropVal::operator CStringW() const
     case PT_STRING8:
         return QorConvertStringByANSITable(m_value->Value.lpszA);
     }
-    CZebException::Throw(MAPI_E_INVALID_TYPE, __FILE__, __LINE__);
+    CZebException::Throw(MAPI_E_INVALID_TYPE);
 }
 
 CZebOnePropVal::operator const FILETIME&() const
@@ -427,9 +427,9 @@ CZebOnePropVal& CZebPropVal::operator=(const CZebOnePropVal& other)
 CZebOnePropVal& CZebOnePropVal::operator=(const CArray<CZebBinary>& values)
 {
     CheckType(PT_MV_BINARY);
-    zeb::CheckParent(m_parent, __FILE__, __LINE__);
+    zeb::CheckParent(m_parent);
     const auto count = static_cast<std::uint64_t>(values.GetSize());
-    SBinary* entries = zeb::AllocateArray<SBinary>(count, m_parent, __FILE__, __LINE__);
+    SBinary* entries = zeb::AllocateArray<SBinary>(count, m_parent);
     for (std::uint64_t i = 0; i < count; ++i)
     {
         entries[i] = static_cast<const SBinary&>(values[static_cast<INT_PTR>(i)]);
@@ -442,7 +442,7 @@ CZebOnePropVal& CZebOnePropVal::operator=(const CArray<CZebBinary>& values)
 CZebOnePropVal& CZebOnePropVal::operator=(const CArray<CStringW>& values)
 {
     CheckType(PT_MV_UNICODE);
-    zeb::CheckParent(m_parent, __FILE__, __LINE__);
+    zeb::CheckParent(m_parent);
     m_value->Value.MVszW.lppszW = zeb::CopyTexts(values, m_parent);
     m_value->Value.MVszW.cValues = static_cast<ULONG>(values.GetSize());
     return *this;
@@ -451,7 +451,7 @@ CZebOnePropVal& CZebOnePropVal::operator=(const CArray<CStringW>& values)
 CZebOnePropVal& CZebOnePropVal::operator=(const CArray<CStringA>& values)
 {
     CheckType(PT_MV_STRING8);
-    zeb::CheckParent(m_parent, __FILE__, __LINE__);
+    zeb::CheckParent(m_parent);
     m_value->Value.MVszA.lppszA = zeb::CopyTexts(values, m_parent);
     m_value->Value.MVszA.cValues = static_cast<ULONG>(values.GetSize());
     return *this;
@@ -460,7 +460,7 @@ CZebOnePropVal& CZebOnePropVal::operator=(const CArray<CStringA>& values)
 CZebOnePropVal& CZebOnePropVal::operator=(const CArray<SHORT>& values)
 {
     CheckType(PT_MV_I2);
-    zeb::CheckParent(m_parent, __FILE__, __LINE__);
+    zeb::CheckParent(m_parent);
     m_value->Value.MVi.lpi = zeb::CopyNumbers(values, m_parent);
     m_value->Value.MVi.cValues = static_cast<ULONG>(values.GetSize());
     return *this;
@@ -469,7 +469,7 @@ CZebOnePropVal& CZebOnePropVal::operator=(const CArray<SHORT>& values)
 CZebOnePropVal& CZebOnePropVal::operator=(const CArray<LONG>& values)
 {
     CheckType(PT_MV_LONG);
-    zeb::CheckParent(m_parent, __FILE__, __LINE__);
+    zeb::CheckParent(m_parent);
     m_value->Value.MVl.lpl = zeb::CopyNumbers(values, m_parent);
     m_value->Value.MVl.cValues = static_cast<ULONG>(values.GetSize());
     return *this;

@@ -15,7 +15,7 @@ constexpr ULONG problemsHead = offsetof(SPropProblemArray, aProblem);
 
 ULONG ProblemsSize(std::uint64_t count)
 {
-    return zeb::BlockSize(problemsHead, count, sizeof(SPropProblem), __FILE__, __LINE__);
+    return zeb::BlockSize(problemsHead, count, sizeof(SPropProblem));
 }
 
 } // namespace
@@ -40,7 +40,7 @@ void CZebPropValArray::Allocate(ULONG n)
         m_count = n;
         return;
     }
-    zeb::Block<SPropValue> grown(zeb::AllocateArray<SPropValue>(n, nullptr, __FILE__, __LINE__));
+    zeb::Block<SPropValue> grown(zeb::AllocateArray<SPropValue>(n, nullptr));
     for (ULONG i = 0; m_values != nullptr && i < m_count; ++i)
     {
         if (PROP_ID(m_values[i].ulPropTag) != 0)
@@ -96,7 +96,7 @@ CZebPropValArray::operator SPropValue*() const
 {
     if (m_values == nullptr)
     {
-        CZebException::Throw(E_INVALIDARG, __FILE__, __LINE__);
+        CZebException::Throw(E_INVALIDARG);
     }
     return m_values;
 }
@@ -108,7 +108,7 @@ CZebOnePropVal CZebPropValArray::operator[](ULONG tag)
     {
         if (!m_growable)
         {
-            zeb::ThrowTag(MAPI_E_UNEXPECTED_ID, tag, __FILE__, __LINE__);
+            zeb::ThrowTag(MAPI_E_UNEXPECTED_ID, tag);
         }
         i = FindTag(0);
         if (i < 0)
@@ -116,7 +116,7 @@ CZebOnePropVal CZebPropValArray::operator[](ULONG tag)
             // The count may be one that a caller wrote.
             if (m_count >= INT_MAX)
             {
-                CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY, __FILE__, __LINE__);
+                CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY);
             }
             i = static_cast<int>(m_count);
             Allocate(m_count + 1);
@@ -130,7 +130,7 @@ CZebOnePropVal CZebPropValArray::GetAt(ULONG index)
 {
     if (m_values == nullptr || index >= m_count)
     {
-        zeb::ThrowIndex(MAPI_E_UNEXPECTED_ID, "value", static_cast<LONG>(index), m_count, __FILE__, __LINE__);
+        zeb::ThrowIndex(MAPI_E_UNEXPECTED_ID, "value", static_cast<LONG>(index), m_count);
     }
     return CZebOnePropVal(m_values + index, m_values);
 }

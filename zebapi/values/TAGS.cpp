@@ -12,7 +12,7 @@ namespace
 
 ULONG TagsSize(std::uint64_t count)
 {
-    return zeb::BlockSize(offsetof(SPropTagArray, aulPropTag), count, sizeof(ULONG), __FILE__, __LINE__);
+    return zeb::BlockSize(offsetof(SPropTagArray, aulPropTag), count, sizeof(ULONG));
 }
 
 /// How many tags an argument list holds in front of its first 0.
@@ -119,7 +119,7 @@ CZebPropTagArray::operator SPropTagArray*()
 {
     if (!IsValid())
     {
-        CZebException::Throw(E_INVALIDARG, __FILE__, __LINE__);
+        CZebException::Throw(E_INVALIDARG);
     }
     return m_tags;
 }
@@ -134,7 +134,7 @@ void CZebPropTagArray::ApplyTo(CZebIProp& object)
 {
     if (!IsValid())
     {
-        CZebException::Throw(E_INVALIDARG, __FILE__, __LINE__);
+        CZebException::Throw(E_INVALIDARG);
     }
     // Into a copy first: an object that refuses a tag must not leave half of them its own.
     CZebPropTagArray applied(*this);
@@ -145,9 +145,13 @@ void CZebPropTagArray::ApplyTo(CZebIProp& object)
     std::memcpy(m_tags, applied.m_tags, TagsSize(applied.m_tags->cValues));
 }
 
-void CZebPropTagArray::Gather(ULONG count, va_list& args)
+void CZebPropTagArray::Reserve(ULONG count)
 {
     Grow(count);
+}
+
+void CZebPropTagArray::Fill(ULONG count, va_list& args)
+{
     for (ULONG i = 0; i < count; ++i)
     {
         m_tags->aulPropTag[m_tags->cValues++] = va_arg(args, ULONG);
@@ -175,7 +179,7 @@ void CZebPropTagArray::Grow(std::uint64_t more)
     const std::uint64_t count = static_cast<std::uint64_t>(GetCount()) + more;
     if (count > INT_MAX)
     {
-        CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY);
     }
     Allocate(static_cast<int>(count));
 }

@@ -53,10 +53,12 @@ public:
     CZebPropTagArray();
     CZebPropTagArray(const CZebPropTagArray& source);
 
-    /// Appends exactly `count` tags of an argument list, whatever they are, growing once; a count of 0 makes
-    /// an array of no tags, which is valid. The list is left behind the last tag.
+    /// Makes room for `count` more tags; 0 makes an array of no tags, which is valid.
     /// @throws CZebException* as Allocate does.
-    void Gather(ULONG count, va_list& args);
+    void Reserve(ULONG count);
+    /// Appends exactly `count` tags of an argument list, whatever they are, and leaves the list after the last. Never throws.
+    /// REQUIRES: Reserve(count) came just before.
+    void Fill(ULONG count, va_list& args);
     /// Add(tag, args) for a list that came as a parameter; the caller's list is not moved.
     void AddList(ULONG tag, va_list args);
 

@@ -13,7 +13,8 @@ void Gather(CZebPropTagArray& tags, ULONG count, ...)
 {
     va_list list;
     va_start(list, count);
-    tags.Gather(count, list);
+    tags.Reserve(count);
+    tags.Fill(count, list);
     va_end(list);
 }
 void AddList(CZebPropTagArray& tags, ULONG count, ...)
@@ -205,7 +206,8 @@ const std::vector<Call<World>>& ValueCalls()
         {"CZebPropTagArray::CZebPropTagArray", [](World&) { CZebPropTagArray array; }},
         {"CZebPropTagArray::CZebPropTagArray", [](World& w) { CZebPropTagArray array(w.tags); }},
         {"CZebPropTagArray::Empty", [](World& w) { w.tags.Empty(); }},
-        {"CZebPropTagArray::Gather", [](World& w) { Gather(w.tags, 2, PR_BODY_A, PR_SUBJECT_A); }},
+        {"CZebPropTagArray::Reserve", [](World& w) { w.tags.Reserve(2); }},
+        {"CZebPropTagArray::Fill", [](World& w) { Gather(w.tags, 2, PR_BODY_A, PR_SUBJECT_A); }},
         {"CZebPropTagArray::GetCount", [](World& w) { w.tags.GetCount(); }},
         {"CZebPropTagArray::IsValid", [](World& w) { w.tags.IsValid(); }},
         {"CZebPropTagArray::operator type", [](World&) { CZebPropTagArray().operator SPropTagArray*(); }},

@@ -33,9 +33,10 @@ protected:
     }
     static void GatherInto(CZebPropTagArray& tags, ULONG count, ...)
     {
+        tags.Reserve(count);
         va_list args;
         va_start(args, count);
-        tags.Gather(count, args);
+        tags.Fill(count, args);
         va_end(args);
     }
     static void AddThroughList(CZebPropTagArray& tags, ULONG tag, ...)

@@ -24,7 +24,7 @@ void CDumpText::Grow(size_t count)
 {
     if (count > longest - m_length)
     {
-        CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY);
     }
     const size_t doubled = std::min(2 * static_cast<size_t>(m_text.GetLength()), longest);
     m_text.GetBuffer(static_cast<int>(std::max(m_length + count, doubled)));

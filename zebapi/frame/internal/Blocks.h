@@ -12,7 +12,8 @@ namespace zeb
 
 /// head + count * each bytes, as MAPI's allocator takes sizes.
 /// @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY when that is more than 32 bits say
-inline ULONG BlockSize(std::uint64_t head, std::uint64_t count, std::uint64_t each, const char* file, int line)
+inline ULONG BlockSize(std::uint64_t head, std::uint64_t count, std::uint64_t each, const char* file = ZEB_FILE,
+                       int line = ZEB_LINE)
 {
     if (count > (UINT32_MAX - head) / each)
     {
@@ -30,7 +31,7 @@ T* Allocate(ULONG size, void* parent)
 
 /// A zero-filled array, likewise.
 template <class T>
-T* AllocateArray(std::uint64_t count, void* parent, const char* file, int line)
+T* AllocateArray(std::uint64_t count, void* parent, const char* file = ZEB_FILE, int line = ZEB_LINE)
 {
     return Allocate<T>(BlockSize(0, count, sizeof(T), file, line), parent);
 }

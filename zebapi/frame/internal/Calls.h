@@ -20,7 +20,8 @@ inline ULONG_PTR UIParam(HWND window)
 
 /// Refuses a call that reported success and gave no object.
 /// @throws CZebException* MAPI_E_CALL_FAILED when `given` is false
-inline void RequireObject(bool given, const char* file, int line, const char* operation = ZEB_CALLER)
+inline void RequireObject(bool given, const char* file = ZEB_FILE, int line = ZEB_LINE,
+                          const char* operation = ZEB_CALLER)
 {
     if (!given)
     {

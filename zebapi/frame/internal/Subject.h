@@ -10,12 +10,13 @@ namespace zeb
 CStringA TagText(ULONG tag);
 
 /// Throws a failure that is about a property.
-[[noreturn]] void ThrowTag(LONG result, ULONG tag, const char* file, int line, const char* operation = ZEB_CALLER);
+[[noreturn]] void ThrowTag(LONG result, ULONG tag, const char* file = ZEB_FILE, int line = ZEB_LINE,
+                           const char* operation = ZEB_CALLER);
 
 /// Throws a failure that is about an index beyond the count: "row 7 of 3".
 /// @param what a row, a value; static text
-[[noreturn]] void ThrowIndex(LONG result, const char* what, LONG index, ULONG count, const char* file, int line,
-                             const char* operation = ZEB_CALLER);
+[[noreturn]] void ThrowIndex(LONG result, const char* what, LONG index, ULONG count, const char* file = ZEB_FILE,
+                             int line = ZEB_LINE, const char* operation = ZEB_CALLER);
 
 // Texts of things, for the functions below.
 
@@ -39,8 +40,8 @@ CStringA ValuesText(ULONG count, const SPropValue* values);
 /// ThrowIfFailed for a call about a thing.
 /// @param thing gives its text; called only for a failure
 template <class Object, class Thing>
-void ThrowIfFailedAbout(Thing&& thing, HRESULT result, const Object& object, const char* file, int line,
-                        const char* operation = ZEB_CALLER)
+void ThrowIfFailedAbout(Thing&& thing, HRESULT result, const Object& object, const char* file = ZEB_FILE,
+                        int line = ZEB_LINE, const char* operation = ZEB_CALLER)
 {
     if (result < 0)
     {
@@ -50,7 +51,8 @@ void ThrowIfFailedAbout(Thing&& thing, HRESULT result, const Object& object, con
 
 /// Throws a failure that is about a thing.
 template <class Thing>
-[[noreturn]] void ThrowAbout(Thing&& thing, LONG result, const char* file, int line, const char* operation = ZEB_CALLER)
+[[noreturn]] void ThrowAbout(Thing&& thing, LONG result, const char* file = ZEB_FILE, int line = ZEB_LINE,
+                             const char* operation = ZEB_CALLER)
 {
     for (;;)
     {

@@ -14,7 +14,8 @@ namespace zeb
 /// @throws CZebException* the call's result, with the extended error of `source`; MAPI_E_INVALID_TYPE, with `target`
 /// left empty, when it does not accept the type; MAPI_E_CALL_FAILED when there is no object
 template <class Interface>
-void OpenEntry(Interface* source, const SBinary& entryID, CZebIProp& target, ULONG flags, const char* file, int line)
+void OpenEntry(Interface* source, const SBinary& entryID, CZebIProp& target, ULONG flags, const char* file = ZEB_FILE,
+               int line = ZEB_LINE)
 {
     const auto entry = [&] { return EntryText(entryID); };
     ULONG type = 0;

@@ -19,7 +19,7 @@ inline CStringA HexText(const void* bytes, ULONG count)
     }
     if (count > INT_MAX / 2)
     {
-        CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY, __FILE__, __LINE__);
+        CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY);
     }
     CStringA text;
     Bin2String(text, bytes, count, 0);

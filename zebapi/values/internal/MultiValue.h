@@ -16,7 +16,7 @@ auto CopyTexts(const CArray<Text>& texts, void* parent)
 {
     using Char = typename Text::XCHAR;
     const auto count = static_cast<std::uint64_t>(texts.GetSize());
-    Char** copies = AllocateArray<Char*>(count, parent, __FILE__, __LINE__);
+    Char** copies = AllocateArray<Char*>(count, parent);
     for (std::uint64_t i = 0; i < count; ++i)
     {
         const Text& text = texts[static_cast<INT_PTR>(i)];
@@ -29,7 +29,7 @@ template <class T>
 T* CopyNumbers(const CArray<T>& numbers, void* parent)
 {
     const auto count = static_cast<std::uint64_t>(numbers.GetSize());
-    T* copies = AllocateArray<T>(count, parent, __FILE__, __LINE__);
+    T* copies = AllocateArray<T>(count, parent);
     std::copy(numbers.begin(), numbers.end(), copies);
     return copies;
 }

@@ -9,7 +9,7 @@ namespace zeb
 {
 
 /// @throws CZebException* MAPI_E_INVALID_OBJECT without an allocation parent
-inline void CheckParent(const void* parent, const char* file, int line)
+inline void CheckParent(const void* parent, const char* file = ZEB_FILE, int line = ZEB_LINE)
 {
     if (parent == nullptr)
     {
@@ -21,7 +21,7 @@ inline void CheckParent(const void* parent, const char* file, int line)
 template <class Char>
 Char* CopyText(const Char* text, std::uint64_t length, void* parent)
 {
-    Char* copy = AllocateArray<Char>(length + 1, parent, __FILE__, __LINE__);
+    Char* copy = AllocateArray<Char>(length + 1, parent);
     std::memcpy(copy, text, static_cast<size_t>(length) * sizeof(Char));
     return copy;
 }
