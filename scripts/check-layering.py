@@ -51,11 +51,11 @@ INNER = {
 FORCED = {
     ("zebapi/values/TAGS.cpp", "zebapi/objects/IProp.h"): "CZebPropTagArray::ApplyTo(CZebIProp&)",
     ("zebapi/values/Binary.cpp", "zebapi/entryid/EntryIDInfo.h"): "CZebBinary::Dump of an entry identifier, which is made from a CZebBinary",
-    ("zebapi/objects/AddressBook.cpp", "zebapi/frame/SESSION.h"): "CZebAddressBook opens through the CZebSession that gives it",
-    ("zebapi/objects/Folder.cpp", "zebapi/frame/SESSION.h"): "CZebFolder::GetPropsOfChild(CZebSession&)",
-    ("zebapi/objects/IProp.cpp", "zebapi/frame/SESSION.h"): "CZebIProp::IsChildOf(CZebSession&)",
-    ("zebapi/objects/MsgStore.cpp", "zebapi/frame/SESSION.h"): "CZebMsgStore::IsUnderDeleted(CZebSession&)",
-    ("zebapi/frame/Profiles.cpp", "zebapi/frame/Mapiload.h"): "CZebProfAdmin::Open() asks CZebAPI, which gives CZebProfAdmin",
+    ("zebapi/objects/AddressBook.cpp", "zebapi/session/SESSION.h"): "CZebAddressBook opens through the CZebSession that gives it",
+    ("zebapi/objects/Folder.cpp", "zebapi/session/SESSION.h"): "CZebFolder::GetPropsOfChild(CZebSession&)",
+    ("zebapi/objects/IProp.cpp", "zebapi/session/SESSION.h"): "CZebIProp::IsChildOf(CZebSession&)",
+    ("zebapi/objects/MsgStore.cpp", "zebapi/session/SESSION.h"): "CZebMsgStore::IsUnderDeleted(CZebSession&)",
+    ("zebapi/session/Profiles.cpp", "zebapi/frame/Mapiload.h"): "CZebProfAdmin::Open() asks CZebAPI, which gives CZebProfAdmin",
 }
 ROOMS = [*MAY_INCLUDE, "tests", "bench", "fuzz"]
 # Hosts include the library's public headers, which are those that the umbrella brings.

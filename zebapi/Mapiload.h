@@ -1,3 +1,3 @@
 #pragma once
 
-#include "zebapi/frame/Mapiload.h"
+#include "zebapi/session/Mapiload.h"

@@ -1,3 +1,3 @@
 #pragma once
 
-#include "zebapi/frame/Profiles.h"
+#include "zebapi/session/Profiles.h"

@@ -1,3 +1,3 @@
 #pragma once
 
-#include "zebapi/frame/SESSION.h"
+#include "zebapi/session/SESSION.h"

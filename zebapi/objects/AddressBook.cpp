@@ -3,7 +3,7 @@
 #include "qorth/TimeProfile.h"
 #include "zebapi/entryid/EntryIDInfo.h"
 #include "zebapi/frame/Exception.h"
-#include "zebapi/frame/SESSION.h"
+#include "zebapi/session/SESSION.h"
 #include "zebapi/objects/internal/OpenEntry.h"
 
 namespace

@@ -1,7 +1,7 @@
 #include "zebapi/objects/Folder.h"
 
 #include "zebapi/frame/Exception.h"
-#include "zebapi/frame/SESSION.h"
+#include "zebapi/session/SESSION.h"
 #include "zebapi/frame/internal/Subject.h"
 #include "zebapi/objects/internal/OpenEntry.h"
 #include "zebapi/tables/Restrict.h"

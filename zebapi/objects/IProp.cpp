@@ -2,7 +2,7 @@
 
 #include "qorlog/QorLog.h"
 #include "zebapi/frame/Exception.h"
-#include "zebapi/frame/SESSION.h"
+#include "zebapi/session/SESSION.h"
 #include "zebapi/frame/internal/Calls.h"
 #include "zebapi/frame/internal/Subject.h"
 #include "zebapi/values/OnePROPVAL.h"

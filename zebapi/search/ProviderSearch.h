@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/mapi.h"
-#include "zebapi/frame/Mapiload.h"
+#include "zebapi/session/Mapiload.h"
 
 #include <functional>
 #include <string>

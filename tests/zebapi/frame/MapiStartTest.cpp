@@ -200,7 +200,7 @@ TEST_F(MapiStart, WithoutAProviderFailsAndIsNotTriedAgain)
     log.Clear();
     EXPECT_EQ(ThrownBy([this] { library.Initialize(false); }), MAPI_E_CALL_FAILED);
     EXPECT_THAT(log.Texts(), ElementsAre(StartsWith("THROW Exception 0x80004005 (MAPI_E_CALL_FAILED), File "
-                                                    "zebapi/frame/Mapiload.cpp, line ")))
+                                                    "zebapi/session/Mapiload.cpp, line ")))
         << "nothing is looked for";
     library.SetWasFailed(false);
     library.Initialize(false);

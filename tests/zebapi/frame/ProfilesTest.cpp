@@ -7,7 +7,7 @@
 #include "tests/support/doubles/RecordingProfAdmin.h"
 #include "tests/zebapi/frame/LibraryFixture.h"
 #include "zebapi/ZebAPI.h"
-#include "zebapi/frame/internal/App.h"
+#include "zebapi/session/internal/App.h"
 
 namespace zeb::test
 {
@@ -361,9 +361,9 @@ TEST_F(ProfAdmin, AssigningAnEmptyOneEmptiesAndWritesTwoLines)
     EXPECT_FALSE(target.IsValid());
     EXPECT_EQ(admin.References(), 0u);
     EXPECT_THAT(log.Texts(), ElementsAre(StartsWith("THROW Exception 0x80004002 (MAPI_E_INTERFACE_NOT_SUPPORTED), File "
-                                                    "zebapi/frame/Profiles.cpp, line "),
+                                                    "zebapi/session/Profiles.cpp, line "),
                                          StartsWith("EXCEPTION: Description: \"MAPI_E_INTERFACE_NOT_SUPPORTED\", File: "
-                                                    "\"zebapi/frame/Profiles.cpp\", Line: ")));
+                                                    "\"zebapi/session/Profiles.cpp\", Line: ")));
 }
 
 TEST_F(ProfAdmin, AssigningAsksTheOtherForTheInterface)

@@ -1,4 +1,4 @@
-#include "zebapi/frame/SESSION.h"
+#include "zebapi/session/SESSION.h"
 
 #include "zebapi/frame/Exception.h"
 #include "zebapi/objects/internal/OpenEntry.h"

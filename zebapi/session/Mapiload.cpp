@@ -1,4 +1,4 @@
-#include "zebapi/frame/Mapiload.h"
+#include "zebapi/session/Mapiload.h"
 
 #include "platform/module.h"
 #include "platform/text.h"

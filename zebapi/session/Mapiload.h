@@ -7,8 +7,8 @@
 #include "platform/export.h"
 #include "platform/mapi.h"
 #include "qorth/DllLoader.h"
-#include "zebapi/frame/Profiles.h"
-#include "zebapi/frame/SESSION.h"
+#include "zebapi/session/Profiles.h"
+#include "zebapi/session/SESSION.h"
 #include "zebapi/objects/AddressBook.h"
 
 namespace zeb

@@ -1,7 +1,7 @@
-#include "zebapi/frame/Profiles.h"
+#include "zebapi/session/Profiles.h"
 
 #include "zebapi/frame/Exception.h"
-#include "zebapi/frame/Mapiload.h"
+#include "zebapi/session/Mapiload.h"
 #include "zebapi/frame/internal/Calls.h"
 #include "zebapi/search/Registry.h"
 #include "zebapi/tables/RowSet.h"

@@ -1,4 +1,4 @@
-#include "zebapi/frame/internal/App.h"
+#include "zebapi/session/internal/App.h"
 
 #include "qorlog/QorLog.h"
 
