@@ -70,6 +70,7 @@ export TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1
 say "sources"
 check layering python3 scripts/check-layering.py
 check layering-self-test python3 scripts/check-layering.py --self-test
+check rooms-picture python3 scripts/draw-rooms.py --check
 check format scripts/check-format.sh
 check readme python3 scripts/check-readme.py
 check boundary scripts/check-boundary

@@ -20,18 +20,18 @@ MAY_INCLUDE = {
     "tools": {"platform"},
     "examples": set(),
 }
-# The rooms inside a room, and which of its own rooms each may include besides itself. The frame is both ends of zebapi: errors
-# and memory, which all build on, and sessions, which open everything.
+# The rooms inside a room, and which of its own rooms each may include besides itself.
 INNER = {
     "zebapi": {
-        "": {"constants", "frame", "values", "entryid", "tables", "objects"},
+        "": {"constants", "frame", "values", "entryid", "tables", "objects", "session"},
         "constants": set(),
         "search": {"constants", "frame"},
-        "frame": {"constants", "search", "values", "tables", "objects"},
+        "frame": {"constants"},
         "values": {"constants", "frame"},
         "entryid": {"constants", "frame", "values"},
         "tables": {"constants", "frame", "values"},
         "objects": {"constants", "frame", "values", "entryid", "tables"},
+        "session": {"constants", "search", "frame", "values", "entryid", "tables", "objects"},
     },
     "zebstore": {
         "": set(),
@@ -55,7 +55,7 @@ FORCED = {
     ("zebapi/objects/Folder.cpp", "zebapi/session/SESSION.h"): "CZebFolder::GetPropsOfChild(CZebSession&)",
     ("zebapi/objects/IProp.cpp", "zebapi/session/SESSION.h"): "CZebIProp::IsChildOf(CZebSession&)",
     ("zebapi/objects/MsgStore.cpp", "zebapi/session/SESSION.h"): "CZebMsgStore::IsUnderDeleted(CZebSession&)",
-    ("zebapi/session/Profiles.cpp", "zebapi/frame/Mapiload.h"): "CZebProfAdmin::Open() asks CZebAPI, which gives CZebProfAdmin",
+    ("zebapi/session/Profiles.cpp", "zebapi/session/Mapiload.h"): "CZebProfAdmin::Open() asks CZebAPI, which gives CZebProfAdmin",
 }
 ROOMS = [*MAY_INCLUDE, "tests", "bench", "fuzz"]
 # Hosts include the library's public headers, which are those that the umbrella brings.

@@ -7,6 +7,7 @@ draw-rooms.py --check   fails when that picture does not show the rules as they 
 import html
 import importlib.util
 import re
+import shutil
 import subprocess
 import sys
 from pathlib import Path
@@ -58,9 +59,7 @@ def edges():
     found = {(room, other) for room, others in reduced(outer).items() for other in others}
     for room, inner in layering.INNER.items():
         named = {name: {other for other in others if other} for name, others in inner.items() if name}
-        # The frame is both ends of the library, so this one has a circle and is drawn whole.
-        drawn = named if room == "zebapi" else reduced(named)
-        found |= {(f"{room}/{name}", f"{room}/{other}") for name, others in drawn.items() for other in others}
+        found |= {(f"{room}/{name}", f"{room}/{other}") for name, others in reduced(named).items() for other in others}
     return found
 
 
@@ -95,6 +94,8 @@ def main(arguments):
     if arguments:
         print(__doc__.strip(), file=sys.stderr)
         return 2
+    if shutil.which("dot") is None:
+        sys.exit("draw-rooms.py: dot is missing: install Graphviz")
     svg = subprocess.run(["dot", "-Tsvg"], input=dot(shown), check=True, capture_output=True, text=True).stdout
     PICTURE.parent.mkdir(parents=True, exist_ok=True)
     # Without the program's version, which differs from machine to machine.

@@ -3,8 +3,8 @@
 #include "qorth/TimeProfile.h"
 #include "zebapi/entryid/EntryIDInfo.h"
 #include "zebapi/frame/Exception.h"
-#include "zebapi/session/SESSION.h"
 #include "zebapi/objects/internal/OpenEntry.h"
+#include "zebapi/session/SESSION.h"
 
 namespace
 {

@@ -1,9 +1,9 @@
 #include "zebapi/objects/Folder.h"
 
 #include "zebapi/frame/Exception.h"
-#include "zebapi/session/SESSION.h"
 #include "zebapi/frame/internal/Subject.h"
 #include "zebapi/objects/internal/OpenEntry.h"
+#include "zebapi/session/SESSION.h"
 #include "zebapi/tables/Restrict.h"
 #include "zebapi/tables/RowSet.h"
 #include "zebapi/values/BinArray.h"

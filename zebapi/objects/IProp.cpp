@@ -2,9 +2,9 @@
 
 #include "qorlog/QorLog.h"
 #include "zebapi/frame/Exception.h"
-#include "zebapi/session/SESSION.h"
 #include "zebapi/frame/internal/Calls.h"
 #include "zebapi/frame/internal/Subject.h"
+#include "zebapi/session/SESSION.h"
 #include "zebapi/values/OnePROPVAL.h"
 #include "zebapi/values/PROPVALArray.h"
 #include "zebapi/values/TAGS.h"

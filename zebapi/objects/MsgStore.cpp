@@ -1,8 +1,8 @@
 #include "zebapi/objects/MsgStore.h"
 
 #include "zebapi/frame/Exception.h"
-#include "zebapi/session/SESSION.h"
 #include "zebapi/objects/internal/OpenEntry.h"
+#include "zebapi/session/SESSION.h"
 #include "zebapi/values/BinArray.h"
 
 namespace

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/mapi.h"
-#include "zebapi/session/Mapiload.h"
+#include "zebapi/constants/OfficeBitness.h"
 
 #include <functional>
 #include <string>

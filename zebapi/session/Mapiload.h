@@ -7,22 +7,15 @@
 #include "platform/export.h"
 #include "platform/mapi.h"
 #include "qorth/DllLoader.h"
+#include "zebapi/constants/OfficeBitness.h"
+#include "zebapi/objects/AddressBook.h"
 #include "zebapi/session/Profiles.h"
 #include "zebapi/session/SESSION.h"
-#include "zebapi/objects/AddressBook.h"
 
 namespace zeb
 {
 class LibraryObject;
 }
-
-/// How a provider library spells its exports.
-enum EnumOfficeBitness : LONG
-{
-    OfficeBitnessNone = 0, ///< not a MAPI provider
-    OfficeBitness32 = 1,   ///< decorated: name, "@" and the size of the arguments
-    OfficeBitness64 = 2,   ///< undecorated
-};
 
 /// The library: finds, loads and starts a MAPI provider or the Windows Address Book, and opens sessions.
 /// There is one, made when the library is loaded: Zeb_GetMAPI().

@@ -1,9 +1,9 @@
 #include "zebapi/session/Profiles.h"
 
 #include "zebapi/frame/Exception.h"
-#include "zebapi/session/Mapiload.h"
 #include "zebapi/frame/internal/Calls.h"
 #include "zebapi/search/Registry.h"
+#include "zebapi/session/Mapiload.h"
 #include "zebapi/tables/RowSet.h"
 
 namespace
