@@ -82,3 +82,34 @@ if(MSVC)
   # It would warn of the standard's own functions (getenv, strerror) and of POSIX's names.
   add_compile_definitions(_CRT_SECURE_NO_WARNINGS _CRT_NONSTDC_NO_WARNINGS)
 endif()
+
+option(ZEB_PRECOMPILE "Precompile the headers that take most of the tests' and the tools' compilation" ON)
+# zeb_precompiled(NAME LIBS targets... OPTIONS options... HEADERS headers...): headers for targets that REUSE_FROM NAME. These
+# compile with the same options.
+function(zeb_precompiled name)
+  cmake_parse_arguments(ARG "" "" "LIBS;OPTIONS;HEADERS" ${ARGN})
+  if(NOT ZEB_PRECOMPILE)
+    return()
+  endif()
+  file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/${name}.cpp CONTENT "" @ONLY)
+  add_library(${name} OBJECT EXCLUDE_FROM_ALL ${CMAKE_BINARY_DIR}/${name}.cpp)
+  target_compile_options(${name} PRIVATE ${ARG_OPTIONS})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBS})
+  target_precompile_headers(${name} PRIVATE ${ARG_HEADERS})
+endfunction()
+
+# zeb_reuse_precompiled(TARGET NAME)
+function(zeb_reuse_precompiled target name)
+  if(NOT ZEB_PRECOMPILE)
+    return()
+  endif()
+  target_precompile_headers(${target} REUSE_FROM ${name})
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT WIN32)
+    # GCC wants the headers' own kind of code, in programs too.
+    target_compile_options(${target} PRIVATE -fPIC)
+  endif()
+endfunction()
+if(ZEB_PRECOMPILE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # What the compiler cache needs to keep what was compiled with precompiled headers.
+  add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fpch-preprocess>)
+endif()

@@ -16,14 +16,10 @@ if(ZEB_TESTS)
   include(GoogleTest)
 endif()
 
-option(ZEB_PRECOMPILE "Precompile the headers that every test includes (Clang)" OFF)
 # GoogleTest's and MAPI's headers take most of a test's compilation.
-if(ZEB_TESTS AND ZEB_PRECOMPILE)
-  file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/test_headers.cpp CONTENT "" @ONLY)
-  add_library(zeb_test_headers OBJECT EXCLUDE_FROM_ALL ${CMAKE_BINARY_DIR}/test_headers.cpp)
-  target_compile_options(zeb_test_headers PRIVATE ${zeb_unoptimised})
-  target_link_libraries(zeb_test_headers PRIVATE zeb_options zeb_mapi_headers GTest::gmock GTest::gtest)
-  target_precompile_headers(zeb_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h> "platform/mapi.h")
+if(ZEB_TESTS)
+  zeb_precompiled(zeb_test_headers LIBS zeb_options zeb_mapi_headers GTest::gmock GTest::gtest OPTIONS ${zeb_unoptimised}
+    HEADERS <gmock/gmock.h> <gtest/gtest.h> <platform/mapi.h>)
 endif()
 
 # zeb_test_target(TARGET): how a target of the tests is compiled.
@@ -36,7 +32,7 @@ function(zeb_test_target name)
   endif()
   if(ZEB_PRECOMPILE)
     target_link_libraries(${name} PRIVATE zeb_mapi_headers GTest::gmock GTest::gtest)
-    target_precompile_headers(${name} REUSE_FROM zeb_test_headers)
+    zeb_reuse_precompiled(${name} zeb_test_headers)
   endif()
 endfunction()
 
