@@ -3,7 +3,7 @@
 #include "zebstore/addressbook/Contacts.h"
 #include "zebstore/storage/PropertyBlob.h"
 #include "zebstore/storage/RowParts.h"
-#include "zebstore/storage/RowSelect.h"
+#include "zebstore/storage/RowSelection.h"
 #include "zebstore/storage/StoreParts.h"
 
 namespace zebstore

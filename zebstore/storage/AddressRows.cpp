@@ -2,7 +2,7 @@
 #include "zebstore/storage/AddressStorage.h"
 #include "zebstore/storage/PropertyBlob.h"
 #include "zebstore/storage/RowParts.h"
-#include "zebstore/storage/RowSelect.h"
+#include "zebstore/storage/RowSelection.h"
 
 namespace zebstore
 {

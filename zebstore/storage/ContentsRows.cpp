@@ -2,7 +2,7 @@
 #include "zebstore/storage/PropertyBlob.h"
 #include "zebstore/storage/RecentChanges.h"
 #include "zebstore/storage/RowParts.h"
-#include "zebstore/storage/RowSelect.h"
+#include "zebstore/storage/RowSelection.h"
 #include "zebstore/storage/Schema.h"
 #include "zebstore/storage/SqlFilter.h"
 #include "zebstore/storage/StoreParts.h"

@@ -1,6 +1,6 @@
 // The folders below a folder as rows.
 #include "zebstore/storage/RowParts.h"
-#include "zebstore/storage/RowSelect.h"
+#include "zebstore/storage/RowSelection.h"
 #include "zebstore/storage/StoreParts.h"
 
 #include <map>

@@ -1,7 +1,7 @@
 #include "zebstore/storage/InstanceRows.h"
 
 #include "zebstore/storage/Encoding.h"
-#include "zebstore/storage/RowSelect.h"
+#include "zebstore/storage/RowSelection.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
 #include "zebstore/storage/RowParts.h"
-#include "zebstore/storage/RowSelect.h"
+#include "zebstore/storage/RowSelection.h"
 
 #include <map>
 #include <numeric>

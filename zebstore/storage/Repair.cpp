@@ -2,7 +2,7 @@
 
 #include "zebstore/storage/MessageRow.h"
 #include "zebstore/storage/PropertyBlob.h"
-#include "zebstore/storage/RepairParts.h"
+#include "zebstore/storage/ValueRepair.h"
 #include "zebstore/storage/Schema.h"
 
 #include <sqlite3.h>

@@ -1,7 +1,7 @@
 // What SQL and the rows themselves say of the same restriction and the same order must be the same.
 #include "tests/zebstore/storage/Restrictions.h"
 
-#include "zebstore/storage/RowSelect.h"
+#include "zebstore/storage/RowSelection.h"
 #include "zebstore/storage/RowSource.h"
 #include "zebstore/storage/SqlFilter.h"
 

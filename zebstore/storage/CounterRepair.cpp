@@ -1,5 +1,5 @@
 #include "zebstore/storage/RecentChanges.h"
-#include "zebstore/storage/RepairParts.h"
+#include "zebstore/storage/ValueRepair.h"
 
 #include <algorithm>
 

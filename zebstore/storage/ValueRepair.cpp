@@ -1,7 +1,7 @@
 #include "zebstore/storage/Encoding.h"
 #include "zebstore/storage/MessageRow.h"
 #include "zebstore/storage/PropertyBlob.h"
-#include "zebstore/storage/RepairParts.h"
+#include "zebstore/storage/ValueRepair.h"
 
 #include <algorithm>
 #include <cstdio>
