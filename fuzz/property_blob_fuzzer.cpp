@@ -55,7 +55,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size)
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
     try
     {
-        const PropertyBlob blob(bytes, Store());
+        const PropertyBlob blob(bytes, Store().Connection());
         const bool sound = PropertyBlob::IsSound(bytes);
         ::Require(!sound || size >= 4, "a sound blob has its index");
         Build(blob, PT_UNSPECIFIED);

@@ -4,6 +4,7 @@
 #include "zebstore/addressbook/AddressId.h"
 #include "zebstore/objects/Objects.h"
 #include "zebstore/storage/AddressStorage.h"
+#include "zebstore/storage/RowSource.h"
 
 #include <vector>
 

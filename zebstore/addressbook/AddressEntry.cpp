@@ -69,7 +69,7 @@ void EntryData::Load()
     }
     else
     {
-        m_properties = m_store->File().LoadMessage(m_name.key).properties;
+        m_properties = m_store->File().Messages().Load(m_name.key).properties;
         m_tags = ContactTagsOf(m_store->File());
         const std::vector<AddressName> contacts = ContactsIn(m_tags, m_name.key, m_properties);
         if (std::none_of(contacts.begin(), contacts.end(), [&](const AddressName& each)

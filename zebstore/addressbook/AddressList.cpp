@@ -1,6 +1,7 @@
 // Distribution lists and their members.
 #include "zebstore/addressbook/AddressEntry.h"
 #include "zebstore/addressbook/AddressValues.h"
+#include "zebstore/storage/MemoryRows.h"
 #include "zebstore/storage/SortOrder.h"
 #include "zebstore/tables/Table.h"
 
@@ -38,8 +39,8 @@ private:
     {
         StoreFile& file = m_store->File();
         const std::lock_guard<std::recursive_mutex> hold(file.Lock());
-        const std::uint64_t now =
-            AddressStorage(m_store->SharedFile()).Generation() + file.Generation(IdOf(StandardFolder::Contacts), false);
+        const std::uint64_t now = AddressStorage(m_store->SharedFile()).Generation() +
+                                  file.Contents().Generation({IdOf(StandardFolder::Contacts), false});
         if (now == m_madeOf)
         {
             return;
@@ -97,7 +98,7 @@ std::vector<AddressEntryId> MembersOf(const StorePtr& store, const AddressName& 
     std::vector<AddressEntryId> ids;
     if (list.kind == AddressKind::ContactList)
     {
-        const PropertySet message = store->File().LoadMessage(list.key).properties;
+        const PropertySet message = store->File().Messages().Load(list.key).properties;
         for (const std::string& each : ContactListMembers(ContactTagsOf(store->File()), message))
         {
             ids.emplace_back(each.begin(), each.end());

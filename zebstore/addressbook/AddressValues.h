@@ -3,7 +3,7 @@
 
 #include "zebstore/addressbook/AddressId.h"
 #include "zebstore/objects/StoreContext.h"
-#include "zebstore/storage/AddressStorage.h"
+#include "zebstore/storage/AddressRows.h"
 
 #include <memory>
 #include <vector>

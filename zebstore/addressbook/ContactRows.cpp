@@ -4,14 +4,13 @@
 #include "zebstore/storage/PropertyBlob.h"
 #include "zebstore/storage/RowParts.h"
 #include "zebstore/storage/RowSelection.h"
-#include "zebstore/storage/StoreParts.h"
 
 namespace zebstore
 {
 namespace
 {
 
-constexpr FolderId ContactsFolder = IdOf(StandardFolder::Contacts);
+constexpr ContentsKey Contents(IdOf(StandardFolder::Contacts), false);
 constexpr RowKey RowsOfMessage = 4; ///< keys that each message takes: one an address, and one for lists
 constexpr RowKey ListRow = 3;
 
@@ -59,7 +58,7 @@ public:
     /// for each change of the folder.
     ULONG Count() override { return static_cast<ULONG>(AllKeys().size()); }
 
-    std::uint64_t Generation() override { return m_store->Generation(ContactsFolder, false); }
+    std::uint64_t Generation() override { return m_store->Contents().Generation(Contents); }
 
     std::vector<RowKey> Keys(const Restriction* restriction, const SortOrder* order) override
     {
@@ -94,17 +93,17 @@ public:
     void Read(const RowKey* keys, size_t count, const Visitor& visit) override
     {
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-        const ReadScope moment(m_store->Connection());
+        const ReadScope snapshot(m_store->Connection().Db());
         const ContactTags& tags = Tags();
         const PropertySet none;
-        Query query(m_store->Connection(), "SELECT props FROM message WHERE id=?");
+        Query query(m_store->Connection().Db(), "SELECT props FROM message WHERE id=?");
         for (size_t i = 0; i < count; ++i)
         {
             const MessageId message = MessageOf(keys[i]);
             bool shown = false;
             if (query.Bind(1, message).Step())
             {
-                const PropertyBlob blob(query.Bytes(0), *m_store);
+                const PropertyBlob blob(query.Bytes(0), m_store->Connection());
                 for (const AddressName& contact : ContactsIn(tags, message, blob))
                 {
                     if (!shown && KeyOf(contact) == keys[i])
@@ -139,12 +138,12 @@ public:
 private:
     static RowKey KeyOf(const AddressName& contact)
     {
-        const RowKey number = contact.key - FirstOf(ContainerOf(ContactsFolder, false));
+        const RowKey number = contact.key - Contents.FirstMessage();
         const bool list = contact.kind == AddressKind::ContactList;
         return number * RowsOfMessage + (list ? ListRow : static_cast<RowKey>(contact.index));
     }
 
-    static MessageId MessageOf(RowKey key) { return FirstOf(ContainerOf(ContactsFolder, false)) + key / RowsOfMessage; }
+    static MessageId MessageOf(RowKey key) { return Contents.FirstMessage() + key / RowsOfMessage; }
 
     // A name gets its number with the first contact that uses it, so the numbers
     // hold as long as the folder does not change.
@@ -162,7 +161,7 @@ private:
     const std::vector<RowKey>& AllKeys()
     {
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-        const ReadScope moment(m_store->Connection());
+        const ReadScope snapshot(m_store->Connection().Db());
         const std::uint64_t generation = Generation();
         if (m_keysOf == generation)
         {
@@ -183,14 +182,14 @@ private:
     void Walk(std::optional<RowKey> after, Visit&& visit)
     {
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-        const ReadScope moment(m_store->Connection());
+        const ReadScope snapshot(m_store->Connection().Db());
         const ContactTags& tags = Tags();
-        Query query(m_store->Connection(), "SELECT id, props FROM message WHERE id BETWEEN ? AND ? ORDER BY id");
-        query.Bind(1, after ? MessageOf(*after) : FirstOf(ContainerOf(ContactsFolder, false)));
-        query.Bind(2, LastOf(ContainerOf(ContactsFolder, false)));
+        Query query(m_store->Connection().Db(), "SELECT id, props FROM message WHERE id BETWEEN ? AND ? ORDER BY id");
+        query.Bind(1, after ? MessageOf(*after) : Contents.FirstMessage());
+        query.Bind(2, Contents.LastMessage());
         while (query.Step())
         {
-            const PropertyBlob blob(query.Bytes(1), *m_store);
+            const PropertyBlob blob(query.Bytes(1), m_store->Connection());
             for (const AddressName& contact : ContactsIn(tags, query.Number(0), blob))
             {
                 if ((!after || KeyOf(contact) > *after) &&

@@ -94,7 +94,7 @@ ContactTags ContactTagsOf(StoreFile& store)
         names[i].Kind.lID = numbers[i];
         pointers.push_back(&names[i]);
     }
-    const std::vector<ULONG> ids = store.IdsFromNames(pointers.data(), pointers.size(), false);
+    const std::vector<ULONG> ids = store.NamedProperties().Ids(pointers.data(), pointers.size(), false);
     const auto tagAt = [&](size_t index, ULONG type) { return ids[index] ? PROP_TAG(type, ids[index]) : 0; };
     ContactTags tags;
     tags.members = tagAt(0, PT_MV_BINARY);

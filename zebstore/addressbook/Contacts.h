@@ -3,6 +3,7 @@
 
 #include "zebstore/addressbook/AddressId.h"
 #include "zebstore/objects/StoreContext.h"
+#include "zebstore/storage/RowSource.h"
 
 #include <memory>
 #include <vector>

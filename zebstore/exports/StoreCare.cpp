@@ -1,5 +1,6 @@
 // The exports for the care of a store's file.
 #include "zebstore/base/Guard.h"
+#include "zebstore/notify/Notifier.h"
 #include "zebstore/storage/Repair.h"
 #include "zebstore/storage/Schema.h"
 #include "zebstore/zebstore.h"
@@ -80,23 +81,30 @@ private:
     bool m_kept = false;
 };
 
+std::shared_ptr<StoreFile> OpenToWrite(const char* path)
+{
+    StoreFile::OpenOptions options;
+    options.observer = &Notifier::The();
+    return StoreFile::Open(path, options);
+}
+
 void Repair(const char* path, const char* copy, const WorkReport& work)
 {
     if (!copy)
     {
-        return RepairStore(*StoreFile::Open(path, {}), work);
+        return RepairStore(*OpenToWrite(path), work);
     }
     if (!StoreFile::Exists(path))
     {
-        throw Error(MAPI_E_NOT_FOUND, std::string("The store file '") + path + "' does not exist.");
+        throw Error(MAPI_E_NOT_FOUND, std::string("the store file '") + path + "' does not exist");
     }
     if (StoreFile::Exists(copy))
     {
-        throw Error(MAPI_E_COLLISION, std::string("The file '") + copy + "' exists already.");
+        throw Error(MAPI_E_COLLISION, std::string("the file '") + copy + "' exists already");
     }
     NewFile made(copy);
     CopyStore(path, copy, work);
-    RepairStore(*StoreFile::Open(copy, {}), work);
+    RepairStore(*OpenToWrite(copy), work);
     made.Keep();
 }
 
@@ -129,6 +137,6 @@ HRESULT STDAPICALLTYPE ZebStoreCompact(const char* path, ZEBSTORE_REPORT* report
     return Run("ZebStoreCompact", failure, failureSize, [&]
     {
         Require(path != nullptr, "no path of a store file");
-        CompactStore(*StoreFile::Open(path, {}), ReportTo(report, context));
+        CompactStore(*OpenToWrite(path), ReportTo(report, context));
     });
 }

@@ -124,7 +124,7 @@ Ref<IAddrBook> OpenWabAddressBook(const std::string& file)
     {
         service = ServiceOfDefaultProfile();
     }
-    const StorePtr store = std::make_shared<StoreContext>(OpenServiceFile(service));
+    const StorePtr store = std::make_shared<StoreContext>(OpenServiceFile(service, &Notifier::The()));
     return NewAddressBook(store, store->File().IsReadOnly() ? Access::Read : Access::Write);
 }
 

@@ -1,8 +1,7 @@
 #include "zebstore/notify/Notifier.h"
 
-#include "zebstore/storage/Database.h"
-
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <new>
 
@@ -15,10 +14,10 @@ namespace
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
-// So soon another process's commit is seen.
+// Poll interval for commits of other processes.
 constexpr auto Poll = 20ms;
 // While one commit follows the other, the thread rests as long as it worked, so that it takes no more than half of the
-// store's time and tells of several at once.
+// store's time and reports several at once.
 constexpr Clock::duration LongestRest = 20ms;
 
 } // namespace
@@ -97,7 +96,6 @@ void Notifier::Add(const std::shared_ptr<Notified>& member)
         m_members.pop_back();
         throw;
     }
-    g_afterCommit = [] { The().Wake(); };
     m_changed.notify_all();
 }
 
@@ -135,10 +133,6 @@ void Notifier::Remove(const Notified* member)
     }
     last = std::move(*found);
     m_members.erase(found);
-    if (m_members.empty())
-    {
-        g_afterCommit = nullptr;
-    }
     if (m_runner != std::this_thread::get_id())
     {
         m_idle.wait(hold, [&] { return m_current != member; });
@@ -146,10 +140,10 @@ void Notifier::Remove(const Notified* member)
     hold.unlock();
 }
 
-void Notifier::Wake() noexcept
+void Notifier::Committed() noexcept
 {
     const std::lock_guard<std::mutex> hold(m_lock);
-    if (m_woken)
+    if (m_woken || m_members.empty())
     {
         return;
     }
@@ -165,7 +159,6 @@ void Notifier::Stop()
     }
     std::vector<std::shared_ptr<Notified>> members;
     std::unique_lock<std::mutex> hold(m_lock);
-    g_afterCommit = nullptr;
     members.swap(m_members);
     if (!m_thread.IsStarted() || m_runner == std::this_thread::get_id())
     {

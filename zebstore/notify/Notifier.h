@@ -4,6 +4,7 @@
 #include "platform/thread.h"
 #include "zebstore/base/Error.h"
 #include "zebstore/base/Object.h"
+#include "zebstore/storage/CommitObserver.h"
 
 #include <condition_variable>
 #include <memory>
@@ -44,14 +45,14 @@ class Notified
 {
 public:
     virtual ~Notified() = default;
-    /// Called on the notifier's thread after each commit of this process, and every few milliseconds for the sake of
+    /// Called on the notifier's thread after each commit of this process, and every few milliseconds for the commits of
     /// other processes. @return true when there was something to tell
     virtual bool LookAndDeliver() noexcept = 0;
 };
 
-/// Owns the provider's one notification thread, which runs from the first Add to Stop and sleeps while there is
-/// nobody to notify. Threads: any.
-class Notifier
+/// Owns the provider's one notification thread, which runs from the first Add to Stop and sleeps while it has no
+/// members. Threads: any.
+class Notifier : public CommitObserver
 {
 public:
     /// The one there is. It is never destroyed: a host that does not uninitialize may leave the thread behind.
@@ -61,8 +62,8 @@ public:
     /// After it `member` is not looked at any more, nor kept alive; a look in progress is waited for, unless it is this
     /// thread's own.
     void Remove(const Notified* member);
-    /// Something was committed.
-    void Wake() noexcept;
+    /// Wakes the thread.
+    void Committed() noexcept override;
     /// Forgets all members and ends the thread's work, which it waits for; called from a sink, on the thread itself, it
     /// leaves it asleep. May be called while the library is unloaded: the end of the thread itself is not waited for
     /// where it would need the loader.

@@ -108,7 +108,7 @@ IUnknown* Attachment::OpenObject(ULONG tag, const IID& iid, ULONG options, ULONG
         content = m_edit.embedded;
         if (!content)
         {
-            content = std::make_shared<MessageContent>(File().LoadWhole(m_owner.StoredEmbedded(m_number)));
+            content = std::make_shared<MessageContent>(File().Messages().LoadWhole(m_owner.StoredEmbedded(m_number)));
         }
     }
     const Access access = flags & (MAPI_MODIFY | MAPI_CREATE) ? Access::Write : Access::Read;

@@ -44,7 +44,7 @@ bool AddSyncKey(const MAPIUID& store, ULONG tag, const MessageOrigin& origin, Pr
         SetKey(out, PrSourceKey, SyncKey(store, origin.id));
         return true;
     case PROP_ID(PrParentSourceKey):
-        SetKey(out, PrParentSourceKey, SyncKey(store, FolderOf(origin.id)));
+        SetKey(out, PrParentSourceKey, SyncKey(store, ContentsKey::Of(origin.id).Folder()));
         return true;
     case PROP_ID(PrChangeKey):
         SetKey(out, PrChangeKey, SyncKey(store, origin.change()));

@@ -1,7 +1,7 @@
 // Properties that every message and folder has, whether or not somebody wrote them.
 #pragma once
 
-#include "zebstore/storage/RowSource.h"
+#include "zebstore/storage/ComputedProperties.h"
 
 #include <string>
 #include <string_view>

@@ -3,6 +3,9 @@
 #include "platform/datetime.h"
 #include "zebstore/objects/Defaults.h"
 #include "zebstore/objects/OpenFlags.h"
+#include "zebstore/storage/ContentsRows.h"
+#include "zebstore/storage/HierarchyRows.h"
+#include "zebstore/storage/MemoryRows.h"
 #include "zebstore/tables/Table.h"
 
 namespace zebstore
@@ -24,7 +27,7 @@ std::shared_ptr<RowSource> NothingOf(const ComputedProperties& computed)
 
 Ref<IMAPIFolder> OpenFolder(const StorePtr& store, FolderId folder, Access access)
 {
-    store->File().Folder(folder);
+    store->File().Folders().Info(folder);
     return Ref<IMAPIFolder>::Adopt(new Folder(store, folder, access));
 }
 
@@ -46,7 +49,7 @@ bool Folder::Answers(REFIID iid) const
 
 const PropertySet& Folder::Stored()
 {
-    m_properties = File().FolderProperties(m_folder);
+    m_properties = File().Folders().Properties(m_folder);
     return m_properties;
 }
 
@@ -77,7 +80,7 @@ bool Folder::Compute(ULONG tag, PropertySet& out)
     {
         return false;
     }
-    return Store()->Computed()->OfFolder(tag, File().Folder(m_folder), out);
+    return Store()->Computed()->OfFolder(tag, File().Folders().Info(m_folder), out);
 }
 
 // Who synchronizes folders asks for them by name.
@@ -88,14 +91,14 @@ bool Folder::Lists(ULONG tag)
 
 bool Folder::Default(ULONG tag, PropertySet& out)
 {
-    const auto times = [this] { return File().TimesOfFolder(m_folder); };
+    const auto times = [this] { return File().Folders().Times(m_folder); };
     return Store()->Computed()->DefaultOfFolder(tag, times, out);
 }
 
 void Folder::Edit(const std::function<void(PropertySet&)>& change)
 {
     const std::lock_guard<std::recursive_mutex> hold(File().Lock());
-    const PropertySet before = File().FolderProperties(m_folder);
+    const PropertySet before = File().Folders().Properties(m_folder);
     PropertySet properties = before;
     change(properties);
     CompleteChangeKeys(Store()->Uid(), properties.Binary(PrChangeKey) == before.Binary(PrChangeKey), properties);
@@ -105,7 +108,7 @@ void Folder::Edit(const std::function<void(PropertySet&)>& change)
     {
         properties.SetTime(PR_LAST_MODIFICATION_TIME, zeb::platform::CurrentFileTime());
     }
-    File().SaveFolderProperties(m_folder, properties);
+    File().Folders().SaveProperties(m_folder, properties);
 }
 
 IUnknown* Folder::OpenObject(ULONG tag, const IID& iid, ULONG options, ULONG flags)
@@ -134,7 +137,7 @@ IMAPITable* Folder::Contents(ULONG flags)
         return CreateTable(NothingOf(*Store()->Computed()), options).Detach();
     }
     return CreateTable(
-               MakeContentsRows(Store()->SharedFile(), m_folder, (flags & MAPI_ASSOCIATED) != 0, Store()->Computed()),
+               MakeContentsRows(Store()->SharedFile(), {m_folder, (flags & MAPI_ASSOCIATED) != 0}, Store()->Computed()),
                options)
         .Detach();
 }

@@ -19,9 +19,9 @@ bool IsStandardFolder(FolderId folder)
 
 std::uint64_t MessagesBelow(StoreFile& file, FolderId folder)
 {
-    const FolderInfo info = file.Folder(folder);
+    const FolderInfo info = file.Folders().Info(folder);
     std::uint64_t count = std::uint64_t{info.messages} + info.associated;
-    for (const FolderInfo& each : file.FoldersUnder(folder, true))
+    for (const FolderInfo& each : file.Folders().Under(folder, true))
     {
         count += std::uint64_t{1} + each.messages + each.associated;
     }
@@ -31,7 +31,7 @@ std::uint64_t MessagesBelow(StoreFile& file, FolderId folder)
 std::uint64_t StepsOf(const FolderContents& contents)
 {
     StoreFile& file = contents.source->File();
-    const FolderInfo info = file.Folder(contents.folder);
+    const FolderInfo info = file.Folders().Info(contents.folder);
     std::uint64_t steps = 0;
     if (contents.messages)
     {
@@ -43,7 +43,7 @@ std::uint64_t StepsOf(const FolderContents& contents)
     }
     if (contents.subfolders)
     {
-        for (const FolderInfo& each : file.FoldersUnder(contents.folder, false))
+        for (const FolderInfo& each : file.Folders().Under(contents.folder, false))
         {
             steps += 1 + MessagesBelow(file, each.id);
         }
@@ -61,17 +61,17 @@ void CopySome(const FolderContents& contents, const std::vector<MessageId>& mess
     }
     else if (contents.move)
     {
-        to.MoveMessages(messages, contents.into);
+        to.Messages().Move(messages, contents.into);
     }
     else
     {
-        to.CopyMessages(messages, contents.into);
+        to.Messages().Copy(messages, contents.into);
     }
 }
 
 void CopyMessagesOf(const FolderContents& contents, bool associated, Progress& progress)
 {
-    const std::vector<MessageId> all = contents.source->File().MessagesOf(contents.folder, associated);
+    const std::vector<MessageId> all = contents.source->File().Messages().In({contents.folder, associated});
     for (size_t done = 0; done < all.size();)
     {
         const size_t step = std::min(MessagesInStep, all.size() - done);
@@ -92,18 +92,18 @@ void RequireContentsFit(const FolderContents& contents)
     }
     StoreFile& from = contents.source->File();
     StoreFile& to = contents.target->File();
-    if (contents.source->IsSameStore(*contents.target) && to.IsWithin(contents.into, contents.folder))
+    if (contents.source->IsSameStore(*contents.target) && to.Folders().IsWithin(contents.into, contents.folder))
     {
         throw Error(MAPI_E_FOLDER_CYCLE, "a folder cannot be copied into itself");
     }
-    for (const FolderInfo& each : from.FoldersUnder(contents.folder, false))
+    for (const FolderInfo& each : from.Folders().Under(contents.folder, false))
     {
-        const std::string name = from.FolderProperties(each.id).Text(PR_DISPLAY_NAME_W);
+        const std::string name = from.Folders().Properties(each.id).Text(PR_DISPLAY_NAME_W);
         if (contents.move && IsStandardFolder(each.id))
         {
             throw Error(MAPI_E_NO_ACCESS, "the standard folder '" + name + "' cannot be moved");
         }
-        if (to.FindFolder(contents.into, name))
+        if (to.Folders().Find(contents.into, name))
         {
             throw Error(MAPI_E_COLLISION, "the target has a folder '" + name + "' already");
         }
@@ -126,7 +126,7 @@ void CopyFolderContents(const FolderContents& contents, IMAPIProgress* sink)
     {
         return;
     }
-    for (const FolderInfo& each : from.FoldersUnder(contents.folder, false))
+    for (const FolderInfo& each : from.Folders().Under(contents.folder, false))
     {
         const std::uint64_t steps = 1 + MessagesBelow(from, each.id);
         CopyFolderTree({contents.source, each.id, contents.target, contents.into, std::string(), contents.move, true});

@@ -24,7 +24,7 @@ std::vector<MessageId> Folder::MessagesHere(const ENTRYLIST* list, size_t& stran
     strangers = 0;
     for (MessageId message : Store()->ParseMessages(list))
     {
-        if (FolderOf(message) == m_folder && File().MessageExists(message))
+        if (ContentsKey::Of(message).Folder() == m_folder && File().Messages().Exists(message))
         {
             here.push_back(message);
         }
@@ -40,7 +40,7 @@ MessageId Folder::MessageHere(ULONG size, const ENTRYID* id) const
 {
     const SBinary binary = {size, reinterpret_cast<BYTE*>(const_cast<ENTRYID*>(id))};
     const MessageId message = Store()->ParseMessage(binary);
-    if (FolderOf(message) != m_folder)
+    if (ContentsKey::Of(message).Folder() != m_folder)
     {
         throw Error(MAPI_E_NOT_FOUND, "the message does not lie in this folder");
     }
@@ -70,17 +70,18 @@ size_t CopyMessagesBetween(StoreFile& source, const std::vector<MessageId>& mess
     std::vector<MessageId> done;
     for (MessageId message : messages)
     {
-        if (!source.MessageExists(message))
+        if (!source.Messages().Exists(message))
         {
             ++missing;
             continue;
         }
-        target.CreateMessage(folder, IsAssociated(message), source.LoadWhole(message));
+        target.Messages().Create({folder, ContentsKey::Of(message).IsAssociated()},
+                                 source.Messages().LoadWhole(message));
         done.push_back(message);
     }
     if (move)
     {
-        source.DeleteMessages(done);
+        source.Messages().Delete(done);
     }
     return missing;
 }
@@ -107,11 +108,11 @@ HRESULT Folder::CopyMessages(LPENTRYLIST list, LPCIID, LPVOID target, ULONG_PTR,
         }
         else if (move && to->Id() != m_folder)
         {
-            File().MoveMessages(messages, to->Id());
+            File().Messages().Move(messages, to->Id());
         }
         else if (!move)
         {
-            File().CopyMessages(messages, to->Id());
+            File().Messages().Copy(messages, to->Id());
         }
         return strangers ? MAPI_W_PARTIAL_COMPLETION : S_OK;
     });
@@ -125,7 +126,7 @@ HRESULT Folder::DeleteMessages(LPENTRYLIST list, ULONG_PTR, LPMAPIPROGRESS, ULON
         RequireWrite();
         size_t strangers = 0;
         const std::vector<MessageId> messages = MessagesHere(list, strangers);
-        File().DeleteMessages(messages);
+        File().Messages().Delete(messages);
         return strangers ? MAPI_W_PARTIAL_COMPLETION : S_OK;
     });
 }
@@ -151,7 +152,7 @@ HRESULT Folder::CreateFolder(ULONG type, LPTSTR name, LPTSTR comment, LPCIID iid
         const std::string text = TextArgument(name, flags);
         Require(!text.empty(), "a folder needs a name");
         const std::lock_guard<std::recursive_mutex> hold(File().Lock());
-        FolderId made = flags & OPEN_IF_EXISTS ? File().FindFolder(m_folder, text) : 0;
+        FolderId made = flags & OPEN_IF_EXISTS ? File().Folders().Find(m_folder, text) : 0;
         if (!made)
         {
             PropertySet properties;
@@ -160,7 +161,7 @@ HRESULT Folder::CreateFolder(ULONG type, LPTSTR name, LPTSTR comment, LPCIID iid
             {
                 properties.SetText(PR_COMMENT_W, TextArgument(comment, flags));
             }
-            made = File().CreateFolder(m_folder, properties, type);
+            made = File().Folders().Create(m_folder, properties, type);
         }
         *folder = OpenFolder(Store(), made, Access::Write).Detach();
     });
@@ -178,7 +179,7 @@ HRESULT Folder::CopyFolder(ULONG size, LPENTRYID id, LPCIID, LPVOID target, LPTS
         RequireOwn(to);
         to->RequireWrite();
         const FolderId folder = Store()->ParseFolder(id, size);
-        if (File().Folder(folder).parent != m_folder)
+        if (File().Folders().Info(folder).parent != m_folder)
         {
             throw Error(MAPI_E_NOT_FOUND, "the folder does not lie in this folder");
         }
@@ -201,11 +202,11 @@ HRESULT Folder::DeleteFolder(ULONG size, LPENTRYID id, ULONG_PTR, LPMAPIPROGRESS
         RequireWrite();
         Require(size > 0 && id, "no folder to delete");
         const FolderId folder = Store()->ParseFolder(id, size);
-        if (File().Folder(folder).parent != m_folder)
+        if (File().Folders().Info(folder).parent != m_folder)
         {
             throw Error(MAPI_E_NOT_FOUND, "the folder does not lie in this folder");
         }
-        File().DeleteFolder(folder, (flags & DEL_MESSAGES) != 0, (flags & DEL_FOLDERS) != 0);
+        File().Folders().Delete(folder, (flags & DEL_MESSAGES) != 0, (flags & DEL_FOLDERS) != 0);
     });
 }
 
@@ -215,7 +216,7 @@ HRESULT Folder::EmptyFolder(ULONG_PTR, LPMAPIPROGRESS, ULONG flags)
     {
         RequireFlags(flags, DEL_ASSOCIATED | FOLDER_DIALOG | MAPI_DIALOG | DeleteHardDelete);
         RequireWrite();
-        File().EmptyFolder(m_folder, (flags & DEL_ASSOCIATED) != 0);
+        File().Folders().Empty(m_folder, (flags & DEL_ASSOCIATED) != 0);
     });
 }
 
@@ -228,11 +229,11 @@ HRESULT Folder::SetReadFlags(LPENTRYLIST list, ULONG_PTR, LPMAPIPROGRESS, ULONG 
         RequireWrite();
         size_t strangers = 0;
         const std::vector<MessageId> messages =
-            list ? MessagesHere(list, strangers) : File().MessagesOf(m_folder, false);
+            list ? MessagesHere(list, strangers) : File().Messages().In({m_folder, false});
         if (!(flags & GENERATE_RECEIPT_ONLY))
         {
-            File().ChangeMessageFlags(messages, flags & CLEAR_READ_FLAG ? 0 : MSGFLAG_READ,
-                                      flags & CLEAR_READ_FLAG ? MSGFLAG_READ : 0);
+            File().Messages().ChangeFlags(messages, flags & CLEAR_READ_FLAG ? 0 : MSGFLAG_READ,
+                                          flags & CLEAR_READ_FLAG ? MSGFLAG_READ : 0);
         }
         return strangers ? MAPI_W_PARTIAL_COMPLETION : S_OK;
     });
@@ -244,7 +245,7 @@ HRESULT Folder::GetMessageStatus(ULONG size, LPENTRYID id, ULONG flags, ULONG* s
     {
         Require(status != nullptr, "no place for the status");
         RequireFlags(flags, 0);
-        *status = static_cast<ULONG>(File().LoadMessage(MessageHere(size, id)).properties.Long(PR_MSG_STATUS));
+        *status = static_cast<ULONG>(File().Messages().Load(MessageHere(size, id)).properties.Long(PR_MSG_STATUS));
     });
 }
 
@@ -255,12 +256,12 @@ HRESULT Folder::SetMessageStatus(ULONG size, LPENTRYID id, ULONG status, ULONG m
         RequireWrite();
         const MessageId message = MessageHere(size, id);
         const std::lock_guard<std::recursive_mutex> hold(File().Lock());
-        StoredMessage stored = File().LoadMessage(message);
+        StoredMessage stored = File().Messages().Load(message);
         const ULONG before = static_cast<ULONG>(stored.properties.Long(PR_MSG_STATUS));
         MessageContent content;
         content.properties = std::move(stored.properties);
         content.properties.SetLong(PR_MSG_STATUS, static_cast<LONG>((before & ~mask) | (status & mask)));
-        File().SaveMessage(message, content, stored.change);
+        File().Messages().Save(message, content, stored.change);
         if (old)
         {
             *old = before;
@@ -278,25 +279,26 @@ void CopyFolderTree(const FolderCopy& copy)
 {
     StoreFile& from = copy.source->File();
     StoreFile& to = copy.target->File();
-    PropertySet properties = from.FolderProperties(copy.folder);
+    PropertySet properties = from.Folders().Properties(copy.folder);
     const std::string name = copy.newName.empty() ? properties.Text(PR_DISPLAY_NAME_W) : copy.newName;
     if (copy.move && &from == &to)
     {
-        from.MoveFolder(copy.folder, copy.targetParent, name);
+        from.Folders().Move(copy.folder, copy.targetParent, name);
         return;
     }
-    if (copy.source->IsSameStore(*copy.target) && copy.subfolders && to.IsWithin(copy.targetParent, copy.folder))
+    if (copy.source->IsSameStore(*copy.target) && copy.subfolders &&
+        to.Folders().IsWithin(copy.targetParent, copy.folder))
     {
         throw Error(MAPI_E_FOLDER_CYCLE, "a folder cannot be copied into itself");
     }
     properties.SetText(PR_DISPLAY_NAME_W, name);
-    const FolderId made = to.CreateFolder(copy.targetParent, properties);
+    const FolderId made = to.Folders().Create(copy.targetParent, properties);
     for (bool associated : {false, true})
     {
-        const std::vector<MessageId> messages = from.MessagesOf(copy.folder, associated);
+        const std::vector<MessageId> messages = from.Messages().In({copy.folder, associated});
         if (&from == &to)
         {
-            to.CopyMessages(messages, made);
+            to.Messages().Copy(messages, made);
         }
         else
         {
@@ -305,14 +307,14 @@ void CopyFolderTree(const FolderCopy& copy)
     }
     if (copy.subfolders)
     {
-        for (const FolderInfo& each : from.FoldersUnder(copy.folder, false))
+        for (const FolderInfo& each : from.Folders().Under(copy.folder, false))
         {
             CopyFolderTree({copy.source, each.id, copy.target, made, std::string(), false, true});
         }
     }
     if (copy.move)
     {
-        from.DeleteFolder(copy.folder, true, true);
+        from.Folders().Delete(copy.folder, true, true);
     }
 }
 

@@ -1,6 +1,7 @@
 // Opening objects by identifier, and what the interfaces' answers share.
 #include "zebstore/objects/Objects.h"
 #include "zebstore/objects/OpenFlags.h"
+#include "zebstore/storage/MemoryRows.h"
 #include "zebstore/tables/Table.h"
 
 #include <cstring>

@@ -46,8 +46,8 @@ Ref<IMessage> NewMessage(const StorePtr& store, FolderId folder, bool associated
 Message::Message(const StorePtr& store, MessageId message, Access access)
     : PropObject(store, access)
     , m_id(message)
-    , m_folder(FolderOf(message))
-    , m_associated(IsAssociated(message))
+    , m_folder(ContentsKey::Of(message).Folder())
+    , m_associated(ContentsKey::Of(message).IsAssociated())
     , m_loaded(false)
     , m_saved(true)
 {
@@ -97,7 +97,7 @@ void Message::Load()
     {
         return;
     }
-    StoredMessage stored = File().LoadMessage(m_id);
+    StoredMessage stored = File().Messages().Load(m_id);
     m_properties = std::move(stored.properties);
     m_change = stored.change;
     m_loaded = true;
@@ -327,11 +327,11 @@ void Message::Commit(bool force)
         }
         else if (!m_id)
         {
-            m_id = File().CreateMessage(m_folder, m_associated, content);
+            m_id = File().Messages().Create({m_folder, m_associated}, content);
         }
         else
         {
-            File().SaveMessage(m_id, content, force ? 0 : m_change);
+            File().Messages().Save(m_id, content, force ? 0 : m_change);
         }
     }
     catch (...)
@@ -373,9 +373,9 @@ HRESULT Message::SetReadFlag(ULONG flags)
         Load();
         if (m_id)
         {
-            File().RequireWritable();
-            File().ChangeMessageFlags({m_id}, set, MSGFLAG_READ & ~set);
-            m_change = File().LoadMessage(m_id).change;
+            File().Connection().RequireWritable();
+            File().Messages().ChangeFlags({m_id}, set, MSGFLAG_READ & ~set);
+            m_change = File().Messages().Load(m_id).change;
         }
         else
         {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "zebstore/objects/Objects.h"
+#include "zebstore/storage/MemoryRows.h"
 
 #include <map>
 #include <set>

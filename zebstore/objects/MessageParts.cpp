@@ -45,7 +45,7 @@ const std::vector<PropertySet>& Message::Recipients()
 {
     if (!m_recipients)
     {
-        m_recipients = m_id ? File().Recipients(m_id) : std::vector<PropertySet>();
+        m_recipients = m_id ? File().Recipients().Load(m_id) : std::vector<PropertySet>();
     }
     return *m_recipients;
 }
@@ -161,7 +161,7 @@ std::set<ULONG> Message::Numbers()
     std::set<ULONG> numbers;
     if (m_id)
     {
-        for (ULONG number : File().AttachmentNumbers(m_id))
+        for (ULONG number : File().Attachments().Numbers(m_id))
         {
             numbers.insert(number);
         }
@@ -183,7 +183,7 @@ std::set<ULONG> Message::Numbers()
 /// False for one that came since the message was saved.
 bool Message::IsStored(ULONG number)
 {
-    const std::vector<ULONG> numbers = File().AttachmentNumbers(m_id);
+    const std::vector<ULONG> numbers = File().Attachments().Numbers(m_id);
     return std::binary_search(numbers.begin(), numbers.end(), number);
 }
 
@@ -205,7 +205,7 @@ AttachmentEdit Message::AttachmentNow(ULONG number)
     }
     AttachmentEdit now;
     now.number = number;
-    now.properties = File().Attachment(m_id, number);
+    now.properties = File().Attachments().Load(m_id, number);
     return now;
 }
 
@@ -216,7 +216,7 @@ MessageId Message::StoredEmbedded(ULONG number)
     {
         return 0;
     }
-    return File().EmbeddedMessage(m_id, number).value_or(0);
+    return File().Attachments().Embedded(m_id, number).value_or(0);
 }
 
 void Message::PutAttachment(AttachmentEdit edit)

@@ -82,7 +82,7 @@ void PropBase::RequireWrite() const
     {
         return;
     }
-    File().RequireWritable();
+    File().Connection().RequireWritable();
     throw Error(MAPI_E_NO_ACCESS, "the object was opened for reading");
 }
 
@@ -170,7 +170,7 @@ void PropBase::RequireWritable(ULONG tag)
         throw Error(MAPI_E_COMPUTED, "the property cannot be written");
     }
     const ULONG id = PROP_ID(tag);
-    if (id == PROP_ID_NULL || id == PROP_ID_INVALID || (id >= FirstNamedId && !File().NameFromId(id)))
+    if (id == PROP_ID_NULL || id == PROP_ID_INVALID || (id >= FirstNamedId && !File().NamedProperties().Name(id)))
     {
         throw Error(MAPI_E_UNEXPECTED_ID, "no property has this identifier");
     }
@@ -291,12 +291,12 @@ void PropBase::OpenPropertyOf(ULONG tag, const IID* iid, ULONG options, ULONG fl
         {
             throw Error(MAPI_E_NOT_FOUND, "there is no such property");
         }
-        *object = new Stream(OpenForReading(computed, tag, File()), false);
+        *object = new Stream(OpenForReading(computed, tag), false);
         return;
     }
     if (!(flags & (MAPI_MODIFY | MAPI_CREATE)))
     {
-        *object = new Stream(OpenForReading(Stored(), tag, File()), false);
+        *object = new Stream(OpenForReading(Stored(), tag), false);
         return;
     }
     RequireWritable(tag);

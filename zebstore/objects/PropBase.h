@@ -4,6 +4,7 @@
 #include "zebstore/base/Memory.h"
 #include "zebstore/base/Object.h"
 #include "zebstore/objects/OpenFlags.h"
+#include "zebstore/objects/PropStream.h"
 #include "zebstore/objects/StoreContext.h"
 #include "zebstore/storage/ValueBuilder.h"
 
@@ -14,8 +15,6 @@
 
 namespace zebstore
 {
-
-class PropertyBytes;
 
 /// Whether an object may be changed through the interface that was handed out.
 enum class Access
@@ -30,7 +29,7 @@ Access AccessFor(ULONG flags, Access most);
 
 /// The properties of one object, whatever its interface. Derived classes say where they live.
 /// Threads: any; each public method runs under the object's own recursive lock.
-class PropBase
+class PropBase : public StreamOwner
 {
 public:
     PropBase(StorePtr store, Access access)
@@ -41,9 +40,9 @@ public:
     PropBase(const PropBase&) = delete;
     PropBase& operator=(const PropBase&) = delete;
 
-    std::recursive_mutex& Lock() { return m_lock; }
+    std::recursive_mutex& Lock() override { return m_lock; }
     const StorePtr& Store() const { return m_store; }
-    StoreFile& File() const { return m_store->File(); }
+    StoreFile& File() const override { return m_store->File(); }
     Access AccessGiven() const { return m_access; }
 
     HRESULT GetPropsOf(const SPropTagArray* tags, ULONG flags, ULONG* count, SPropValue** values);
@@ -54,16 +53,12 @@ public:
     HRESULT NamesFromIds(SPropTagArray** tags, const GUID* set, ULONG flags, ULONG* count, MAPINAMEID*** names);
     HRESULT IdsFromNames(ULONG count, MAPINAMEID** names, ULONG flags, SPropTagArray** tags);
 
-    /// What PropertyBytes writes to: sets one property to a value written through a stream.
-    void PutStreamValue(ULONG tag, const std::shared_ptr<StagedValue>& value);
+    void PutStreamValue(ULONG tag, const std::shared_ptr<StagedValue>& value) override;
     /// Hands values that open streams have written so far to the object; before it is saved.
     void FlushStreams();
 
-    /// The object as its callers see it; streams hold a reference on it.
-    virtual IUnknown* Unknown() = 0;
-
 protected:
-    virtual ~PropBase() = default;
+    ~PropBase() override = default;
 
     /// All stored properties, changes that are not saved yet included.
     virtual const PropertySet& Stored() = 0;

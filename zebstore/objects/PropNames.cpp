@@ -10,7 +10,7 @@ namespace
 
 constexpr ULONG FirstNamedId = 0x8000;
 
-MAPINAMEID* BuildName(const StoreFile::PropertyName& name, void* parent)
+MAPINAMEID* BuildName(const PropertyName& name, void* parent)
 {
     auto* result = static_cast<MAPINAMEID*>(Allocate(sizeof(MAPINAMEID), parent));
     result->lpguid = static_cast<GUID*>(CopyBytes(&name.set, sizeof(GUID), parent));
@@ -27,20 +27,20 @@ MAPINAMEID* BuildName(const StoreFile::PropertyName& name, void* parent)
 }
 
 /// Identifiers below 0x8000 are names of their own in MAPI's property set.
-std::optional<StoreFile::PropertyName> NameOf(StoreFile& file, ULONG id)
+std::optional<PropertyName> NameOf(StoreFile& file, ULONG id)
 {
     if (id >= FirstNamedId)
     {
-        return file.NameFromId(id);
+        return file.NamedProperties().Name(id);
     }
-    StoreFile::PropertyName name;
+    PropertyName name;
     name.id = id;
     name.set = PS_MAPI;
     name.number = static_cast<LONG>(id);
     return name;
 }
 
-bool Wanted(const StoreFile::PropertyName& name, const GUID* set, ULONG flags)
+bool Wanted(const PropertyName& name, const GUID* set, ULONG flags)
 {
     if (set && !IsEqualGUID(*set, name.set))
     {
@@ -78,11 +78,11 @@ HRESULT PropBase::NamesFromIds(SPropTagArray** tags, const GUID* set, ULONG flag
     *count = 0;
     *names = nullptr;
     RequireFlags(flags, MAPI_NO_STRINGS | MAPI_NO_IDS);
-    std::vector<std::optional<StoreFile::PropertyName>> found;
+    std::vector<std::optional<PropertyName>> found;
     const bool all = *tags == nullptr;
     if (all)
     {
-        for (StoreFile::PropertyName& each : File().AllNames())
+        for (PropertyName& each : File().NamedProperties().All())
         {
             if (Wanted(each, set, flags))
             {
@@ -127,7 +127,7 @@ HRESULT PropBase::IdsFromNames(ULONG count, MAPINAMEID** names, ULONG flags, SPr
     if (!names || count == 0)
     {
         Require(!(flags & MAPI_CREATE), "no names to create");
-        for (const StoreFile::PropertyName& each : File().AllNames())
+        for (const PropertyName& each : File().NamedProperties().All())
         {
             result.push_back(PROP_TAG(PT_UNSPECIFIED, each.id));
         }
@@ -143,7 +143,7 @@ HRESULT PropBase::IdsFromNames(ULONG count, MAPINAMEID** names, ULONG flags, SPr
             asked.push_back(names[i]);
         }
     }
-    const std::vector<ULONG> ids = File().IdsFromNames(asked.data(), asked.size(), (flags & MAPI_CREATE) != 0);
+    const std::vector<ULONG> ids = File().NamedProperties().Ids(asked.data(), asked.size(), (flags & MAPI_CREATE) != 0);
     bool missing = false;
     for (ULONG i = 0, next = 0; i < count; ++i)
     {

@@ -1,7 +1,7 @@
 #include "zebstore/objects/PropStream.h"
 
+#include "zebstore/base/Guard.h"
 #include "zebstore/base/Memory.h"
-#include "zebstore/objects/PropBase.h"
 #include "zebstore/storage/ValueBuilder.h"
 
 #include <algorithm>
@@ -47,13 +47,12 @@ private:
     const std::string m_bytes;
 };
 
-/// A large value, read where it is.
+/// A large value, which is read in place and keeps its store open.
 class LargeBytes final : public StreamBytes
 {
 public:
-    LargeBytes(LargeValuePtr value, std::shared_ptr<StoreFile> file)
-        : m_file(std::move(file))
-        , m_value(std::move(value))
+    explicit LargeBytes(LargeValuePtr value)
+        : m_value(std::move(value))
     {
     }
 
@@ -77,7 +76,6 @@ public:
     void Commit() override {}
 
 private:
-    const std::shared_ptr<StoreFile> m_file;
     const LargeValuePtr m_value;
 };
 
@@ -117,7 +115,7 @@ std::string BytesOf(const SPropValue& value)
 
 } // namespace
 
-std::shared_ptr<StreamBytes> OpenForReading(const PropertySet& properties, ULONG tag, StoreFile& file)
+std::shared_ptr<StreamBytes> OpenForReading(const PropertySet& properties, ULONG tag)
 {
     const EncodedValue stored = properties.Find(tag);
     if (!stored)
@@ -128,7 +126,7 @@ std::shared_ptr<StreamBytes> OpenForReading(const PropertySet& properties, ULONG
     LargeValuePtr large = properties.Large(tag);
     if (large && type == stored.Type())
     {
-        return std::make_shared<LargeBytes>(std::move(large), file.shared_from_this());
+        return std::make_shared<LargeBytes>(std::move(large));
     }
     Buffer<char> parent(Allocate(1));
     SPropValue value{};
@@ -171,14 +169,14 @@ void SetFromBytes(PropertySet& properties, ULONG tag, const LargeValue& value)
     properties.Set(property);
 }
 
-PropertyBytes::PropertyBytes(PropBase& owner, const PropertySet& properties, ULONG tag, bool create)
+PropertyBytes::PropertyBytes(StreamOwner& owner, const PropertySet& properties, ULONG tag, bool create)
     : m_owner(owner)
     , m_keepsOwner(Ref<IUnknown>::Share(owner.Unknown()))
     , m_tag(PROP_TAG(StreamType(tag, properties.Find(tag).Type()), PROP_ID(tag)))
 {
     if (!create)
     {
-        m_original = OpenForReading(properties, m_tag, owner.File());
+        m_original = OpenForReading(properties, m_tag);
         return;
     }
     m_staged = owner.File().Stage();

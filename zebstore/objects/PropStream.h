@@ -6,15 +6,32 @@
 #include "zebstore/storage/PropertySet.h"
 #include "zebstore/storage/StoreFile.h"
 
+#include <memory>
+#include <mutex>
+
 namespace zebstore
 {
 
-class PropBase;
+/// The object whose property a stream writes.
+class StreamOwner
+{
+public:
+    /// The object as its callers see it; streams hold a reference on it.
+    virtual IUnknown* Unknown() = 0;
+    /// The object's own lock.
+    virtual std::recursive_mutex& Lock() = 0;
+    virtual StoreFile& File() const = 0;
+    /// Sets one property to a value written through a stream.
+    virtual void PutStreamValue(ULONG tag, const std::shared_ptr<StagedValue>& value) = 0;
+
+protected:
+    virtual ~StreamOwner() = default;
+};
 
 /// The bytes of a property of `properties`, for reading: large values are read where they are, a text of the
 /// other form is converted. @throws Error MAPI_E_NOT_FOUND; MAPI_E_INVALID_TYPE for what is neither binary
 /// nor text
-std::shared_ptr<StreamBytes> OpenForReading(const PropertySet& properties, ULONG tag, StoreFile& file);
+std::shared_ptr<StreamBytes> OpenForReading(const PropertySet& properties, ULONG tag);
 
 /// Sets a PT_BINARY, PT_STRING8 or PT_UNICODE property to the bytes of a small value.
 void SetFromBytes(PropertySet& properties, ULONG tag, const LargeValue& value);
@@ -26,7 +43,7 @@ class PropertyBytes final : public StreamBytes
 public:
     /// @param create starts empty, else the property must be there
     /// @throws Error MAPI_E_NOT_FOUND, MAPI_E_INVALID_TYPE
-    PropertyBytes(PropBase& owner, const PropertySet& properties, ULONG tag, bool create);
+    PropertyBytes(StreamOwner& owner, const PropertySet& properties, ULONG tag, bool create);
     ~PropertyBytes() override;
 
     std::uint64_t Size() override;
@@ -41,7 +58,7 @@ public:
 private:
     StagedValue& Staged();
 
-    PropBase& m_owner;
+    StreamOwner& m_owner;
     Ref<IUnknown> m_keepsOwner;
     const ULONG m_tag;
     std::shared_ptr<StreamBytes> m_original; ///< until the first write

@@ -88,9 +88,9 @@ public:
             const FolderId folder = size ? Store()->ParseFolder(id, size) : 0;
             if (folder)
             {
-                File().Folder(folder);
+                File().Folders().Info(folder);
             }
-            File().SetReceiveFolder(TextArgument(messageClass, flags), folder);
+            File().ReceiveFolders().Set(TextArgument(messageClass, flags), folder);
         });
     }
 
@@ -100,7 +100,7 @@ public:
         return Guarded("IMsgStore::GetReceiveFolder", [&]
         {
             RequireFlags(flags, MAPI_UNICODE);
-            const StoreFile::ReceiveFolder found = File().ReceiveFolderOf(TextArgument(messageClass, flags));
+            const ReceiveFolder found = File().ReceiveFolders().Of(TextArgument(messageClass, flags));
             const FolderEntryId entry = Store()->IdOfFolder(found.folder);
             Buffer<char> text;
             if (explicitClass)
@@ -126,7 +126,7 @@ public:
             *table = nullptr;
             RequireFlags(flags, MAPI_UNICODE | MAPI_DEFERRED_ERRORS);
             std::vector<PropertySet> rows;
-            for (const StoreFile::ReceiveFolder& each : File().ReceiveFolders())
+            for (const ReceiveFolder& each : File().ReceiveFolders().All())
             {
                 const FolderEntryId entry = Store()->IdOfFolder(each.folder);
                 PropertySet row;

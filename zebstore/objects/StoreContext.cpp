@@ -1,6 +1,7 @@
 #include "zebstore/objects/StoreContext.h"
 
 #include "zebstore/objects/Defaults.h"
+#include "zebstore/storage/RowSource.h"
 #include "zebstore/storage/Text.h"
 
 #include <algorithm>
@@ -44,7 +45,7 @@ public:
             SetId(out, CHANGE_PROP_TYPE(tag, PT_BINARY), MakeMessageEntryId(m_uid, message));
             return true;
         case PROP_ID(PR_PARENT_ENTRYID):
-            SetId(out, PR_PARENT_ENTRYID, MakeFolderEntryId(m_uid, FolderOf(message)));
+            SetId(out, PR_PARENT_ENTRYID, MakeFolderEntryId(m_uid, ContentsKey::Of(message).Folder()));
             return true;
         case PROP_ID(PR_OBJECT_TYPE):
             out.SetLong(PR_OBJECT_TYPE, MAPI_MESSAGE);

@@ -2,7 +2,8 @@
 #pragma once
 
 #include "zebstore/base/EntryId.h"
-#include "zebstore/storage/RowSource.h"
+#include "zebstore/storage/ComputedProperties.h"
+#include "zebstore/storage/StoreFile.h"
 
 namespace zebstore
 {

@@ -248,9 +248,10 @@ private:
 
 } // namespace
 
-std::shared_ptr<StoreFile> OpenServiceFile(const Service& service)
+std::shared_ptr<StoreFile> OpenServiceFile(const Service& service, CommitObserver* observer)
 {
     StoreFile::OpenOptions options;
+    options.observer = observer;
     options.fullDurability = service.fullDurability;
     try
     {

@@ -11,7 +11,7 @@ namespace zebstore
 IMsgServiceAdmin* NewServiceAdmin(const std::string& profile);
 
 /// Opens the file of a profile's store, for writing where that is allowed.
-std::shared_ptr<StoreFile> OpenServiceFile(const Service& service);
+std::shared_ptr<StoreFile> OpenServiceFile(const Service& service, CommitObserver* observer);
 
 /// Adds the provider's service with its default store, which is made when it is not there.
 void AddDefaultService(const std::string& profile);

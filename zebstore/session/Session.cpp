@@ -1,6 +1,7 @@
 #include "zebstore/session/Session.h"
 
 #include "zebstore/addressbook/AddressBook.h"
+#include "zebstore/notify/Notifier.h"
 #include "zebstore/objects/Objects.h"
 #include "zebstore/objects/OpenFlags.h"
 #include "zebstore/objects/StoreSinks.h"
@@ -279,7 +280,7 @@ private:
         {
             throw Error(MAPI_E_NOT_FOUND, "the profile '" + m_profile + "' has no store");
         }
-        m_store = std::make_shared<StoreContext>(OpenServiceFile(services.front()));
+        m_store = std::make_shared<StoreContext>(OpenServiceFile(services.front(), &Notifier::The()));
         return m_store;
     }
 

@@ -1,5 +1,5 @@
-// The entries of the address book as rows.
-#include "zebstore/storage/AddressStorage.h"
+#include "zebstore/storage/AddressRows.h"
+
 #include "zebstore/storage/PropertyBlob.h"
 #include "zebstore/storage/RowParts.h"
 #include "zebstore/storage/RowSelection.h"
@@ -17,7 +17,7 @@ constexpr int BlobColumn = 2;
 class AddressValues : public ValueSource
 {
 public:
-    AddressValues(StoreFile& store, const ComputedAddress& computed, const Query& query)
+    AddressValues(StoreConnection& store, const ComputedAddress& computed, const Query& query)
         : m_computed(computed)
         , m_address(query.Number(0))
         , m_type(static_cast<ULONG>(query.Number(TypeColumn)))
@@ -59,7 +59,7 @@ public:
     std::vector<RowKey> Keys(const Restriction* restriction, const SortOrder* order) override
     {
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-        const ReadScope moment(m_store->Connection());
+        const ReadScope moment(m_store->Connection().Db());
         if (Count() == 0)
         {
             return {};
@@ -68,13 +68,13 @@ public:
         const bool natural = !order || order->IsEmpty() || IsByName(*order);
         if (natural && !restriction)
         {
-            return Query(m_store->Connection(), "SELECT id FROM address ORDER BY key, id").Numbers(Count());
+            return Query(m_store->Connection().Db(), "SELECT id FROM address ORDER BY key, id").Numbers(Count());
         }
         RowSelection selection(restriction, natural ? nullptr : order);
-        Query query(m_store->Connection(), "SELECT id, type, props FROM address ORDER BY key, id");
+        Query query(m_store->Connection().Db(), "SELECT id, type, props FROM address ORDER BY key, id");
         while (query.Step())
         {
-            selection.Add(query.Number(0), AddressValues(*m_store, *m_computed, query));
+            selection.Add(query.Number(0), AddressValues(m_store->Connection(), *m_computed, query));
         }
         return selection.Take();
     }
@@ -82,12 +82,12 @@ public:
     std::vector<RowKey> KeysAfter(std::optional<RowKey> after, size_t count) override
     {
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-        const ReadScope moment(m_store->Connection());
+        const ReadScope moment(m_store->Connection().Db());
         if (Count() == 0)
         {
             return {};
         }
-        Query query(m_store->Connection(),
+        Query query(m_store->Connection().Db(),
                     after ? "SELECT id FROM address WHERE (key, id) > (SELECT key, id FROM address WHERE id=?2) "
                             "ORDER BY key, id LIMIT ?1"
                           : "SELECT id FROM address ORDER BY key, id LIMIT ?1");
@@ -102,13 +102,14 @@ public:
     void Read(const RowKey* keys, size_t count, const Visitor& visit) override
     {
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-        const ReadScope moment(m_store->Connection());
+        const ReadScope moment(m_store->Connection().Db());
         if (count == 0)
         {
             return;
         }
-        Query query(m_store->Connection(), "SELECT id, type, props FROM address WHERE id=?");
-        ReadByKey(query, keys, count, visit, [&](RowKey) { return AddressValues(*m_store, *m_computed, query); });
+        Query query(m_store->Connection().Db(), "SELECT id, type, props FROM address WHERE id=?");
+        ReadByKey(query, keys, count, visit,
+                  [&](RowKey) { return AddressValues(m_store->Connection(), *m_computed, query); });
     }
 
     std::vector<ULONG> DefaultColumns() override

@@ -2,7 +2,7 @@
 
 #include "zebstore/storage/Encoding.h"
 #include "zebstore/storage/PropertyBlob.h"
-#include "zebstore/storage/StoreParts.h"
+#include "zebstore/storage/Text.h"
 
 #include <algorithm>
 #include <optional>
@@ -20,13 +20,13 @@ std::string NameKey(const PropertySet& properties)
 
 [[noreturn]] void ThrowGone(const StoreFile& store, HRESULT code)
 {
-    throw Error(code, "The address book entry is not in the store file '" + store.Path() + "' any more.");
+    throw Error(code, "the address book entry does not exist in the store file '" + store.Path() + "'");
 }
 
 // The references to large values of a stored entry; nothing when it is not there.
 std::optional<std::vector<LargeReference>> LargeOf(StoreFile& store, AddressId address)
 {
-    Query query(store.Connection(), "SELECT props FROM address WHERE id=?");
+    Query query(store.Connection().Db(), "SELECT props FROM address WHERE id=?");
     if (!query.Bind(1, address).Step())
     {
         return std::nullopt;
@@ -55,13 +55,13 @@ AddressStorage::AddressStorage(std::shared_ptr<StoreFile> store)
 
 bool AddressStorage::IsThere() const
 {
-    Query query(m_store->Connection(), "SELECT 1 FROM sqlite_schema WHERE name='directory'");
+    Query query(m_store->Connection().Db(), "SELECT 1 FROM sqlite_schema WHERE name='directory'");
     return query.Step();
 }
 
 void AddressStorage::Touch(std::int64_t rows) const
 {
-    Query(m_store->Connection(), "UPDATE directory SET rows=rows+?, change=change+1").Bind(1, rows).Run();
+    Query(m_store->Connection().Db(), "UPDATE directory SET rows=rows+?, change=change+1").Bind(1, rows).Run();
 }
 
 ULONG AddressStorage::Count() const
@@ -71,7 +71,7 @@ ULONG AddressStorage::Count() const
     {
         return 0;
     }
-    Query query(m_store->Connection(), "SELECT rows FROM directory");
+    Query query(m_store->Connection().Db(), "SELECT rows FROM directory");
     return query.Step() ? static_cast<ULONG>(query.Number(0)) : 0;
 }
 
@@ -82,7 +82,7 @@ std::uint64_t AddressStorage::Generation() const
     {
         return 0;
     }
-    Query query(m_store->Connection(), "SELECT change FROM directory");
+    Query query(m_store->Connection().Db(), "SELECT change FROM directory");
     return query.Step() ? static_cast<std::uint64_t>(query.Number(0)) + 1 : 0;
 }
 
@@ -93,35 +93,35 @@ PropertySet AddressStorage::Properties() const
     {
         return {};
     }
-    Query query(m_store->Connection(), "SELECT props FROM directory");
-    return query.Step() && !query.IsNull(0) ? PropertyBlob(query.Bytes(0), *m_store, {"the address book"}).Decode()
-                                            : PropertySet();
+    Query query(m_store->Connection().Db(), "SELECT props FROM directory");
+    return query.Step() && !query.IsNull(0)
+               ? PropertyBlob(query.Bytes(0), m_store->Connection(), {"the address book"}).Decode()
+               : PropertySet();
 }
 
 void AddressStorage::SaveProperties(const PropertySet& properties) const
 {
     const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-    m_store->RequireWritable();
-    Transaction transaction(m_store->Connection());
+    m_store->Connection().RequireWritable();
+    Transaction transaction(m_store->Connection().Db());
     std::vector<LargeReference> kept;
     {
-        Query query(m_store->Connection(), "SELECT props FROM directory");
+        Query query(m_store->Connection().Db(), "SELECT props FROM directory");
         if (query.Step())
         {
             kept = ReferencesIn(query.Bytes(0));
         }
     }
-    bool large = false;
-    const std::string blob = WriteBlob(*m_store, properties, kept, large);
-    Query(m_store->Connection(), "UPDATE directory SET change=change+1, props=?").BindBlob(1, blob).Run();
-    DeleteReferences(m_store->Connection(), kept);
+    const std::string blob = WriteBlob(m_store->Connection(), properties, kept);
+    Query(m_store->Connection().Db(), "UPDATE directory SET change=change+1, props=?").BindBlob(1, blob).Run();
+    DeleteReferences(m_store->Connection().Db(), kept);
     transaction.Commit();
 }
 
 bool AddressStorage::Exists(AddressId address) const
 {
     const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-    return IsThere() && Query(m_store->Connection(), "SELECT 1 FROM address WHERE id=?").Bind(1, address).Step();
+    return IsThere() && Query(m_store->Connection().Db(), "SELECT 1 FROM address WHERE id=?").Bind(1, address).Step();
 }
 
 StoredAddress AddressStorage::Load(AddressId address) const
@@ -131,13 +131,13 @@ StoredAddress AddressStorage::Load(AddressId address) const
     {
         ThrowGone(*m_store, MAPI_E_NOT_FOUND);
     }
-    Query query(m_store->Connection(), "SELECT type, change, props FROM address WHERE id=?");
+    Query query(m_store->Connection().Db(), "SELECT type, change, props FROM address WHERE id=?");
     if (!query.Bind(1, address).Step())
     {
         ThrowGone(*m_store, MAPI_E_NOT_FOUND);
     }
     return {address, static_cast<ULONG>(query.Number(0)), query.Number(1),
-            PropertyBlob(query.Bytes(2), *m_store, {"address book entry", address}).Decode()};
+            PropertyBlob(query.Bytes(2), m_store->Connection(), {"address book entry", address}).Decode()};
 }
 
 std::vector<AddressId> AddressStorage::Named(std::string_view displayName) const
@@ -148,19 +148,17 @@ std::vector<AddressId> AddressStorage::Named(std::string_view displayName) const
         return {};
     }
     const std::string key = SortKey(displayName);
-    Query query(m_store->Connection(), "SELECT id FROM address WHERE key=? ORDER BY id");
+    Query query(m_store->Connection().Db(), "SELECT id FROM address WHERE key=? ORDER BY id");
     return query.BindText(1, key).Numbers();
 }
 
 AddressId AddressStorage::Create(ULONG type, const PropertySet& properties, AddressId list) const
 {
     const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-    m_store->RequireWritable();
-    Database& database = m_store->Connection();
+    m_store->Connection().RequireWritable();
+    Database& database = m_store->Connection().Db();
     Transaction transaction(database);
-    std::vector<LargeReference> none;
-    bool large = false;
-    const std::string blob = WriteBlob(*m_store, properties, none, large);
+    const std::string blob = WriteBlob(m_store->Connection(), properties);
     const std::string key = NameKey(properties);
     Query(database, "INSERT INTO address(type, change, key, props) VALUES(?, 1, ?, ?)")
         .Bind(1, type)
@@ -185,8 +183,8 @@ AddressId AddressStorage::Create(ULONG type, const PropertySet& properties, Addr
 std::int64_t AddressStorage::Save(AddressId address, const PropertySet& properties, std::int64_t change) const
 {
     const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-    m_store->RequireWritable();
-    Database& database = m_store->Connection();
+    m_store->Connection().RequireWritable();
+    Database& database = m_store->Connection().Db();
     Transaction transaction(database);
     std::optional<std::vector<LargeReference>> kept = LargeOf(*m_store, address);
     if (!kept)
@@ -201,11 +199,10 @@ std::int64_t AddressStorage::Save(AddressId address, const PropertySet& properti
     }
     if (change != 0 && change != now)
     {
-        throw Error(MAPI_E_OBJECT_CHANGED,
-                    "The address book entry in the store file '" + m_store->Path() + "' was changed since.");
+        throw Error(MAPI_E_OBJECT_CHANGED, "the address book entry in the store file '" + m_store->Path() +
+                                               "' was changed since it was opened");
     }
-    bool large = false;
-    const std::string blob = WriteBlob(*m_store, properties, *kept, large);
+    const std::string blob = WriteBlob(m_store->Connection(), properties, *kept);
     const std::string key = NameKey(properties);
     Query(database, "UPDATE address SET change=?2, key=?3, props=?4 WHERE id=?1")
         .Bind(1, address)
@@ -222,8 +219,8 @@ std::int64_t AddressStorage::Save(AddressId address, const PropertySet& properti
 size_t AddressStorage::Delete(const std::vector<AddressId>& addresses) const
 {
     const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-    m_store->RequireWritable();
-    Database& database = m_store->Connection();
+    m_store->Connection().RequireWritable();
+    Database& database = m_store->Connection().Db();
     Transaction transaction(database);
     size_t deleted = 0;
     for (const AddressId address : addresses)
@@ -244,7 +241,7 @@ size_t AddressStorage::Delete(const std::vector<AddressId>& addresses) const
 
 void AddressStorage::RequireList(AddressId list) const
 {
-    Query query(m_store->Connection(), "SELECT type FROM address WHERE id=?");
+    Query query(m_store->Connection().Db(), "SELECT type FROM address WHERE id=?");
     if (!query.Bind(1, list).Step() || query.Number(0) != MAPI_DISTLIST)
     {
         ThrowGone(*m_store, MAPI_E_NOT_FOUND);
@@ -254,14 +251,14 @@ void AddressStorage::RequireList(AddressId list) const
 std::vector<ListMember> AddressStorage::Members(AddressId list) const
 {
     const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-    const ReadScope moment(m_store->Connection());
+    const ReadScope snapshot(m_store->Connection().Db());
     if (!IsThere())
     {
         ThrowGone(*m_store, MAPI_E_NOT_FOUND);
     }
     RequireList(list);
     std::vector<ListMember> members;
-    Query query(m_store->Connection(), "SELECT address, entry FROM member WHERE list=? ORDER BY number");
+    Query query(m_store->Connection().Db(), "SELECT address, entry FROM member WHERE list=? ORDER BY number");
     query.Bind(1, list);
     while (query.Step())
     {
@@ -273,8 +270,8 @@ std::vector<ListMember> AddressStorage::Members(AddressId list) const
 void AddressStorage::AddMembers(AddressId list, const std::vector<ListMember>& members) const
 {
     const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-    m_store->RequireWritable();
-    Database& database = m_store->Connection();
+    m_store->Connection().RequireWritable();
+    Database& database = m_store->Connection().Db();
     Transaction transaction(database);
     RequireList(list);
     std::vector<ListMember> present = Members(list);
@@ -309,8 +306,8 @@ void AddressStorage::AddMembers(AddressId list, const std::vector<ListMember>& m
 size_t AddressStorage::RemoveMembers(AddressId list, const std::vector<ListMember>& members) const
 {
     const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-    m_store->RequireWritable();
-    Database& database = m_store->Connection();
+    m_store->Connection().RequireWritable();
+    Database& database = m_store->Connection().Db();
     Transaction transaction(database);
     const size_t before = Members(list).size();
     for (const ListMember& member : members)

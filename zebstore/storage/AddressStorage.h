@@ -1,7 +1,7 @@
 // The address book's part of a store file: mail users, distribution lists and their members.
 #pragma once
 
-#include "zebstore/storage/RowSource.h"
+#include "zebstore/storage/StoreFile.h"
 
 #include <memory>
 #include <string>
@@ -85,21 +85,5 @@ private:
 
     std::shared_ptr<StoreFile> m_store;
 };
-
-/// What an entry has beyond its stored properties: entry identifier, object type ... It goes before a stored property
-/// of the same identifier. Threads: any.
-class ComputedAddress
-{
-public:
-    virtual ~ComputedAddress() = default;
-    /// Adds the property with the identifier of `tag` to `out`. @return false when it is not computed
-    virtual bool OfEntry(ULONG tag, AddressId address, ULONG type, PropertySet& out) const = 0;
-    /// The tags of all that is computed.
-    virtual const std::vector<ULONG>& Tags() const = 0;
-};
-
-/// The entries as rows; their natural order is that of their names.
-std::shared_ptr<RowSource> MakeAddressRows(const AddressStorage& addresses,
-                                           std::shared_ptr<const ComputedAddress> computed);
 
 } // namespace zebstore

@@ -1,13 +1,9 @@
-// The messages of a folder as rows.
+#include "zebstore/storage/ContentsRows.h"
+
 #include "zebstore/storage/PropertyBlob.h"
-#include "zebstore/storage/RecentChanges.h"
 #include "zebstore/storage/RowParts.h"
 #include "zebstore/storage/RowSelection.h"
-#include "zebstore/storage/Schema.h"
 #include "zebstore/storage/SqlFilter.h"
-#include "zebstore/storage/StoreParts.h"
-
-#include <unordered_set>
 
 namespace zebstore
 {
@@ -15,7 +11,7 @@ namespace zebstore
 namespace
 {
 
-// One message while it is looked at; the blob is fetched when the first stored property is asked for.
+// One message while it is read; the blob is fetched when the first stored property is asked for.
 class MessageValues : public ValueSource
 {
 public:
@@ -42,7 +38,7 @@ public:
         }
         if (!m_blob)
         {
-            m_blob.emplace(m_query.Bytes(m_blobColumn), m_store, BlobOwner{"message", m_message});
+            m_blob.emplace(m_query.Bytes(m_blobColumn), m_store.Connection(), BlobOwner{"message", m_message});
         }
         const EncodedValue stored = m_blob->Find(tag);
         return stored || !m_computed || !m_computed->IsDefault(tag) ? stored : Default(tag);
@@ -52,12 +48,12 @@ public:
     {
         if (PROP_ID(tag) == PROP_ID(PR_MESSAGE_RECIPIENTS))
         {
-            const std::vector<PropertySet> recipients = m_store.Recipients(m_message);
+            const std::vector<PropertySet> recipients = m_store.Recipients().Load(m_message);
             return std::any_of(recipients.begin(), recipients.end(), test);
         }
-        for (const ULONG number : m_store.AttachmentNumbers(m_message))
+        for (const ULONG number : m_store.Attachments().Numbers(m_message))
         {
-            if (test(m_store.Attachment(m_message, number)))
+            if (test(m_store.Attachments().Load(m_message, number)))
             {
                 return true;
             }
@@ -76,7 +72,7 @@ private:
 
     static std::int64_t ChangeOf(StoreFile& store, MessageId message)
     {
-        Query query(store.Connection(), "SELECT change FROM message WHERE id=?");
+        Query query(store.Connection().Db(), "SELECT change FROM message WHERE id=?");
         return query.Bind(1, message).Step() ? query.Number(0) : 0;
     }
 
@@ -93,14 +89,11 @@ private:
 class ContentsRows : public RowSource
 {
 public:
-    ContentsRows(std::shared_ptr<StoreFile> store, FolderId folder, bool associated,
+    ContentsRows(std::shared_ptr<StoreFile> store, ContentsKey contents,
                  std::shared_ptr<const ComputedProperties> computed)
         : m_store(std::move(store))
-        , m_folder(folder)
-        , m_associated(associated)
+        , m_contents(contents)
         , m_computed(std::move(computed))
-        , m_first(FirstOf(ContainerOf(folder, associated)))
-        , m_last(LastOf(ContainerOf(folder, associated)))
     {
         if (m_computed)
         {
@@ -108,54 +101,42 @@ public:
         }
     }
 
-    ULONG Count() override { return m_store->Rows(m_folder, m_associated); }
+    ULONG Count() override { return m_store->Contents().Rows(m_contents); }
 
     void RequireAllRows(size_t seen) override
     {
-        // A change in between explains another number; the store looks at both at one moment.
+        // A change in between explains a difference; the store compares both in one snapshot.
         if (seen != Count())
         {
-            m_store->RequireAllRows(m_folder, m_associated);
+            m_store->Contents().RequireAllRows(m_contents);
         }
     }
 
-    std::uint64_t Generation() override { return m_store->Generation(m_folder, m_associated); }
+    std::uint64_t Generation() override { return m_store->Contents().Generation(m_contents); }
 
-    std::shared_ptr<void> Moment() override { return std::make_shared<StoreMoment>(*m_store); }
+    std::shared_ptr<void> Snapshot() override { return std::make_shared<StoreSnapshot>(m_store->Connection()); }
 
-    TouchedRows TouchedSince(std::uint64_t generation) override
+    RowChanges ChangesSince(std::uint64_t generation) override
     {
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-        Query query(m_store->Connection(), "SELECT change, recent FROM contents WHERE container=?");
-        query.Bind(1, ContainerOf(m_folder, m_associated));
-        TouchedRows touched;
-        if (!query.Step())
-        {
-            touched.kind = TouchedRows::Kind::Replaced;
-        }
-        else
-        {
-            List(touched, query, generation);
-        }
-        return touched;
+        return m_store->Contents().ChangesSince(m_contents, generation);
     }
 
     bool KeysRise() const override { return true; }
 
-    bool Exists(RowKey key) override { return m_store->MessageExists(key); }
+    bool Exists(RowKey key) override { return m_store->Messages().Exists(key); }
 
     std::optional<RowKey> KeyBefore(RowKey key) override
     {
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-        Query query(m_store->Connection(), "SELECT id FROM message WHERE id < ? AND id >= ? ORDER BY id DESC LIMIT 1");
-        query.Bind(1, key).Bind(2, m_first);
+        Query query(m_store->Connection().Db(),
+                    "SELECT id FROM message WHERE id < ? AND id >= ? ORDER BY id DESC LIMIT 1");
+        query.Bind(1, key).Bind(2, m_contents.FirstMessage());
         return query.Step() ? std::optional<RowKey>(query.Number(0)) : std::nullopt;
     }
 
     std::vector<RowKey> Keys(const Restriction* restriction, const SortOrder* order) override
     {
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-        const ReadScope moment(m_store->Connection());
+        const StoreSnapshot snapshot(m_store->Connection());
         std::optional<SqlFilter> filter;
         if (restriction)
         {
@@ -169,7 +150,7 @@ public:
         }
         RowSelection selection(restriction, order);
         const std::string sql = "SELECT id, parts, props FROM message" + Where(filter) + " ORDER BY id";
-        Query query(m_store->Connection(), sql);
+        Query query(m_store->Connection().Db(), sql);
         BindRange(query, filter);
         while (query.Step())
         {
@@ -182,16 +163,17 @@ public:
     std::vector<RowKey> KeysAfter(std::optional<RowKey> after, size_t count) override
     {
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-        Query query(m_store->Connection(), "SELECT id FROM message WHERE id > ? AND id <= ? ORDER BY id LIMIT ?");
-        query.Bind(1, after ? *after : m_first).Bind(2, m_last).Bind(3, static_cast<std::int64_t>(count));
+        Query query(m_store->Connection().Db(), "SELECT id FROM message WHERE id > ? AND id <= ? ORDER BY id LIMIT ?");
+        query.Bind(1, after ? *after : m_contents.FirstMessage())
+            .Bind(2, m_contents.LastMessage())
+            .Bind(3, static_cast<std::int64_t>(count));
         return query.Numbers();
     }
 
     void Read(const RowKey* keys, size_t count, const Visitor& visit) override
     {
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-        const ReadScope moment(m_store->Connection());
-        Query query(m_store->Connection(), "SELECT props FROM message WHERE id=?");
+        const StoreSnapshot snapshot(m_store->Connection());
+        Query query(m_store->Connection().Db(), "SELECT props FROM message WHERE id=?");
         ReadByKey(query, keys, count, visit, [&](RowKey key) { return ValuesOf(key, query, 0); });
     }
 
@@ -211,13 +193,14 @@ public:
     {
         ColumnList columns(DefaultColumns());
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-        // The first rows stand for all: a scan of a large folder for rare columns would be no open in
-        // constant time.
-        Query query(m_store->Connection(), "SELECT props FROM message WHERE id BETWEEN ? AND ? ORDER BY id LIMIT 100");
-        query.Bind(1, m_first).Bind(2, m_last);
+        // Only the first rows are read: a scan of a large folder for rare columns would take too long.
+        Query query(m_store->Connection().Db(),
+                    "SELECT props FROM message WHERE id BETWEEN ? AND ? ORDER BY id LIMIT 100");
+        query.Bind(1, m_contents.FirstMessage()).Bind(2, m_contents.LastMessage());
         while (query.Step())
         {
-            const PropertyBlob blob(query.Bytes(0), *m_store, {"a message of folder", m_folder});
+            const PropertyBlob blob(query.Bytes(0), m_store->Connection(),
+                                    {"a message of folder", m_contents.Folder()});
             for (size_t i = 0; i < blob.Count(); ++i)
             {
                 columns.Add(blob.At(i).tag);
@@ -227,53 +210,21 @@ public:
     }
 
 private:
-    // StoreFile::Generation is one more than the place's change number.
-    void List(TouchedRows& touched, const Query& query, std::uint64_t generation) const
-    {
-        const auto now = static_cast<std::uint64_t>(query.Number(0)) + 1;
-        if (generation == 0 || generation > now || now - generation > MostRecent)
-        {
-            return;
-        }
-        const std::vector<RecentChange> changes = LastRecent(query.Bytes(1), now - generation);
-        for (const RecentChange& change : changes)
-        {
-            if (change.IsEverything())
-            {
-                touched.kind = TouchedRows::Kind::Replaced;
-                return;
-            }
-        }
-        if (changes.size() < now - generation)
-        {
-            return;
-        }
-        touched.kind = TouchedRows::Kind::Listed;
-        std::unordered_set<RowKey> listed;
-        for (const RecentChange& change : changes)
-        {
-            if (const RowKey key = m_first | change.number; listed.insert(key).second)
-            {
-                touched.rows.push_back({key, change.event != RowEvent::Added});
-            }
-        }
-    }
-
     MessageValues ValuesOf(RowKey key, const Query& query, int blobColumn) const
     {
         return MessageValues(*m_store, m_computed.get(), m_computedIds, key, query, blobColumn);
     }
 
-    // Rows whose sort keys were cut are let through; the restriction itself judges them.
+    // Rows whose sort keys were cut pass; the restriction itself is applied to them.
     static std::string Where(const std::optional<SqlFilter>& filter)
     {
         const std::string range = " WHERE id BETWEEN ? AND ?";
-        return filter ? range + " AND (" + filter->sql + " OR (parts & 8))" : range;
+        return filter ? range + " AND (" + filter->sql + " OR (parts & " + std::to_string(HasCutKeys) + "))" : range;
     }
 
     void BindRange(Query& query, const std::optional<SqlFilter>& filter) const
     {
-        query.Bind(1, m_first).Bind(2, m_last);
+        query.Bind(1, m_contents.FirstMessage()).Bind(2, m_contents.LastMessage());
         if (filter)
         {
             filter->Bind(query, 3);
@@ -290,7 +241,7 @@ private:
         }
         const std::string sql =
             "SELECT id, parts FROM message" + Where(filter) + " ORDER BY " + (order.empty() ? "" : order + ", ") + "id";
-        Query query(m_store->Connection(), sql);
+        Query query(m_store->Connection().Db(), sql);
         BindRange(query, filter);
         while (query.Step())
         {
@@ -311,21 +262,18 @@ private:
     }
 
     std::shared_ptr<StoreFile> m_store;
-    FolderId m_folder;
-    bool m_associated;
+    ContentsKey m_contents;
     std::shared_ptr<const ComputedProperties> m_computed;
     std::vector<ULONG> m_computedIds;
-    MessageId m_first;
-    MessageId m_last;
 };
 
 } // namespace
 
-std::shared_ptr<RowSource> MakeContentsRows(std::shared_ptr<StoreFile> store, FolderId folder, bool associated,
+std::shared_ptr<RowSource> MakeContentsRows(std::shared_ptr<StoreFile> store, ContentsKey contents,
                                             std::shared_ptr<const ComputedProperties> computed)
 {
-    RequireFolder(*store, folder);
-    return std::make_shared<ContentsRows>(std::move(store), folder, associated, std::move(computed));
+    store->Folders().RequireExists(contents.Folder());
+    return std::make_shared<ContentsRows>(std::move(store), contents, std::move(computed));
 }
 
 } // namespace zebstore

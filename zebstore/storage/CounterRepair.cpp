@@ -1,65 +1,68 @@
+#include "zebstore/storage/CounterRepair.h"
+
 #include "zebstore/storage/RecentChanges.h"
-#include "zebstore/storage/ValueRepair.h"
 
 #include <algorithm>
 
 namespace zebstore
 {
 
-std::int64_t NumberOf(Query&& query)
-{
-    return query.Step() ? query.Number(0) : 0;
-}
-
-CounterRepair::CounterRepair(StoreFile& store, const WorkReport& report)
-    : m_database(store.Connection())
+CounterRepair::CounterRepair(Database& database, const WorkReport& report)
+    : m_database(database)
     , m_report(report)
 {
 }
 
 void CounterRepair::Mend()
 {
-    for (const Place& place : WrongPlaces())
+    for (const Counters& counters : WrongCounters())
     {
-        Correct(place);
+        Correct(counters);
     }
     MendDirectory();
 }
 
-std::vector<CounterRepair::Place> CounterRepair::WrongPlaces()
+// The first column of the first row, 0 without a row.
+std::int64_t CounterRepair::NumberOf(Query&& query) const
 {
-    std::vector<Place> wrong;
-    Query query(m_database, "SELECT c.container, count(m.id), CASE WHEN c.container=0 OR c.container & 1 THEN 0 ELSE "
-                            "coalesce(sum((m.flags & 1) = 0), 0) END, coalesce(max(m.id) & 4294967295, 0) + 1, "
-                            "c.rows, c.unread, c.next, c.recent FROM contents c LEFT JOIN message m ON "
-                            "m.id BETWEEN c.container << 32 AND (c.container << 32) + 4294967295 GROUP BY c.container");
-    // An empty place has one joined row without a message; a read flag of NULL counts nothing.
+    return query.Step() ? query.Number(0) : 0;
+}
+
+std::vector<CounterRepair::Counters> CounterRepair::WrongCounters()
+{
+    std::vector<Counters> wrong;
+    Query query(m_database, "SELECT c.container, count(m.id), coalesce(sum((m.flags & ?1) = 0), 0), "
+                            "coalesce(max(m.id) & ?2, 0) + 1, c.rows, c.unread, c.next, c.recent FROM contents c "
+                            "LEFT JOIN message m ON m.id BETWEEN c.container << ?3 AND (c.container << ?3) + ?2 "
+                            "GROUP BY c.container");
+    query.Bind(1, MSGFLAG_READ).Bind(2, ContentsKey::LastNumber).Bind(3, ContentsKey::MessageBits);
+    // Empty contents have one joined row without a message; a read flag of NULL counts nothing.
     while (query.Step())
     {
-        const Place place{query.Number(0), query.Number(1), query.Number(1) == 0 ? 0 : query.Number(2),
-                          std::max(query.Number(3), query.Number(6))};
-        if (place.rows != query.Number(4) || place.unread != query.Number(5) || place.next != query.Number(6) ||
+        const ContentsKey contents = ContentsKey::FromColumn(query.Number(0));
+        const Counters counted{contents, query.Number(1), contents.CountsUnread() ? query.Number(2) : 0,
+                               std::max(query.Number(3), query.Number(6))};
+        if (counted.rows != query.Number(4) || counted.unread != query.Number(5) || counted.next != query.Number(6) ||
             !IsRecentSound(query.Bytes(7)))
         {
-            wrong.push_back(place);
+            wrong.push_back(counted);
         }
     }
     return wrong;
 }
 
-void CounterRepair::Correct(const Place& place)
+void CounterRepair::Correct(const Counters& counters)
 {
-    m_report.found("folder " + std::to_string(place.container >> 1) +
-                   ": its counters do not match its messages: rebuilt (" + std::to_string(place.rows) + " messages, " +
-                   std::to_string(place.unread) + " unread)");
-    std::string recent;
-    AddRecent(recent, RecentChange::Everything());
+    m_report.found("folder " + std::to_string(counters.contents.Folder()) +
+                   ": its counters do not match its messages: rebuilt (" + std::to_string(counters.rows) +
+                   " messages, " + std::to_string(counters.unread) + " unread)");
+    const std::string recent = RecentReplaced();
     Query(m_database, "UPDATE contents SET rows=?, unread=?, next=?, change=change+1, recent=? WHERE container=?")
-        .Bind(1, place.rows)
-        .Bind(2, place.unread)
-        .Bind(3, place.next)
+        .Bind(1, counters.rows)
+        .Bind(2, counters.unread)
+        .Bind(3, counters.next)
         .BindBlob(4, recent)
-        .Bind(5, place.container)
+        .Bind(5, counters.contents.Column())
         .Run();
 }
 

@@ -2,19 +2,19 @@
 
 #include <sqlite3.h>
 
+#include <atomic>
+
 namespace zebstore
 {
-
-std::atomic<void (*)()> g_afterCommit{nullptr};
 
 namespace
 {
 
 constexpr int BusyMilliseconds = 10000;
 
-// A look at the file costs two locks of it, and a table asks for its count with each row. Another process
-// cannot tell of its commit in less time than a look lasts.
-constexpr std::chrono::microseconds LookLasts(10);
+// Poll interval for commits of other processes. A poll locks the file twice, and a table asks for its count with each
+// row; another process cannot tell of its commit in less time than this.
+constexpr std::chrono::microseconds PollInterval(10);
 
 // Commits of this process, to any file; counted after they can be seen.
 std::atomic<std::uint64_t> g_commitsHere{0};
@@ -48,30 +48,30 @@ HRESULT ResultOf(int code)
 
 std::string SentenceOf(const std::string& path, int code, const std::string& detail)
 {
-    const std::string file = "The store file '" + path + "' ";
+    const std::string file = "the store file '" + path + "' ";
     switch (code & 0xFF)
     {
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
-        return file + "is being written by another program.";
+        return file + "is being written by another program";
     case SQLITE_READONLY:
-        return file + "can not be written: it is read-only.";
+        return file + "cannot be written: it is read-only";
     case SQLITE_PERM:
     case SQLITE_AUTH:
     case SQLITE_CANTOPEN:
-        return file + "can not be opened.";
+        return file + "cannot be opened";
     case SQLITE_FULL:
-        return file + "can not grow: the disk is full.";
+        return file + "cannot grow: the disk is full";
     case SQLITE_CORRUPT:
-        return file + "is damaged or cut short.";
+        return file + "is damaged or truncated";
     case SQLITE_NOTADB:
-        return file + "is not a database.";
+        return file + "is not a database";
     default:
-        return file + "can not be used: " + detail + ".";
+        return file + "cannot be used: " + detail;
     }
 }
 
-/// The name by which SQLite opens a file that nobody writes; "file:///C:/x" for a path with a drive.
+/// The name by which SQLite opens a file that no process writes; "file:///C:/x" for a path with a drive.
 std::string ImmutableUri(const std::string& path)
 {
     std::string uri = "file:";
@@ -136,18 +136,18 @@ void Database::Fail(int code) const
 
 std::uint64_t Database::Commits()
 {
-    // What is read within a transaction is of its beginning, not of now.
+    // What is read within a transaction is the state at its begin.
     if (!sqlite3_get_autocommit(m_handle) || sqlite3_txn_state(m_handle, nullptr) != SQLITE_TXN_NONE)
     {
         return 0;
     }
     const std::uint64_t here = g_commitsHere.load(std::memory_order_acquire);
     const auto now = std::chrono::steady_clock::now();
-    if (m_commits != 0 && here == m_commitsHere && now - m_looked < LookLasts)
+    if (m_commits != 0 && here == m_commitsHere && now - m_polled < PollInterval)
     {
         return m_commits;
     }
-    // The data version is that of the last look at the file; the statement makes SQLite look.
+    // The data version is that of the last read of the file; the statement makes SQLite read it.
     Query(*this, "PRAGMA data_version").Run();
     std::uint32_t version = 0;
     const int code = sqlite3_file_control(m_handle, "main", SQLITE_FCNTL_DATA_VERSION, &version);
@@ -161,7 +161,7 @@ std::uint64_t Database::Commits()
         ++m_commits;
     }
     m_commitsHere = here;
-    m_looked = now;
+    m_polled = now;
     return m_commits;
 }
 
@@ -335,11 +335,11 @@ Transaction::~Transaction()
 {
     if (m_open)
     {
-        Undo();
+        RollBack();
     }
 }
 
-void Transaction::Undo() noexcept
+void Transaction::RollBack() noexcept
 {
     m_open = false;
     m_database.m_doomed = true;
@@ -364,15 +364,15 @@ void Transaction::Commit()
     }
     if (m_database.m_doomed)
     {
-        throw Error(MAPI_E_CALL_FAILED, "A part of the change to the store file '" + m_database.m_path + "' failed.");
+        throw Error(MAPI_E_CALL_FAILED, "a part of the change to the store file '" + m_database.m_path + "' failed");
     }
     Query(m_database, "COMMIT").Run();
     g_commitsHere.fetch_add(1, std::memory_order_release);
     m_open = false;
     --m_database.m_depth;
-    if (auto* const afterCommit = g_afterCommit.load(std::memory_order_acquire))
+    if (m_database.m_observer)
     {
-        afterCommit();
+        m_database.m_observer->Committed();
     }
 }
 

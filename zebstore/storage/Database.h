@@ -2,8 +2,8 @@
 #pragma once
 
 #include "zebstore/base/Error.h"
+#include "zebstore/storage/CommitObserver.h"
 
-#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <memory>
@@ -18,17 +18,14 @@ struct sqlite3_stmt;
 namespace zebstore
 {
 
-/// Called after each commit of this process, on its thread and under the store's lock; null: nobody. It must not throw.
-extern std::atomic<void (*)()> g_afterCommit;
-
-/// Owns the connection and its prepared statements. Threads: one at a time; the store file's lock sees to it.
+/// Owns the connection and its prepared statements. Threads: one at a time, under the lock of StoreConnection.
 class Database
 {
 public:
     enum class Mode
     {
         ReadOnly,
-        /// As ReadOnly, without locks and with no other writer: for a file next to which nothing can be made.
+        /// As ReadOnly, without locks and with no other writer: for a file in a folder that cannot be written.
         Immutable,
         ReadWrite,
         Create,
@@ -50,6 +47,8 @@ public:
     /// commit of this process is seen at once, one of another process after 10 microseconds at most. 0 when that
     /// cannot be told: in a transaction or a read of this connection.
     std::uint64_t Commits();
+    /// From now on `observer` (not owned) is called after each commit of this connection; null when there is no observer.
+    void SetCommitObserver(CommitObserver* observer) { m_observer = observer; }
 
     /// Throws the Error that says what SQLite's code means for this file.
     [[noreturn]] void Fail(int code) const;
@@ -69,12 +68,13 @@ private:
     std::string m_path;
     sqlite3* m_handle = nullptr;
     std::unordered_map<const void*, Prepared> m_statements; // by the address of the literal
-    int m_depth = 0;                                        // of transactions
+    CommitObserver* m_observer = nullptr;
+    int m_depth = 0; // of transactions
     bool m_doomed = false;
-    std::uint32_t m_dataVersion = 0; // as of the last call of Commits
+    std::uint32_t m_dataVersion = 0; // at the last call of Commits
     std::uint64_t m_commits = 0;
-    std::uint64_t m_commitsHere = 0; // the process's commits at the last look
-    std::chrono::steady_clock::time_point m_looked;
+    std::uint64_t m_commitsHere = 0; // the process's commits at the last poll
+    std::chrono::steady_clock::time_point m_polled;
 };
 
 /// One run of a statement. Text and blobs are bound without a copy: they must live until the query ends.
@@ -125,7 +125,7 @@ private:
     sqlite3_stmt* m_statement = nullptr;
 };
 
-/// A write transaction; inside another one it is a part of that. Without Commit it is undone.
+/// A write transaction; inside another one it is a part of that. Without Commit it is rolled back.
 class Transaction
 {
 public:
@@ -134,16 +134,16 @@ public:
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
 
-    /// @throws Error also when a part of the transaction failed before; it is then undone.
+    /// @throws Error also when a part of the transaction failed before; it is then rolled back.
     void Commit();
 
 private:
-    void Undo() noexcept;
+    void RollBack() noexcept;
     Database& m_database;
     bool m_open = true;
 };
 
-/// Rows read inside it are of one moment. Inside a transaction it adds nothing.
+/// A read transaction; no-op inside a write transaction or another read transaction.
 class ReadScope
 {
 public:

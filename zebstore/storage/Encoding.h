@@ -11,10 +11,13 @@
 //                       elements, each laid out as its single type
 #pragma once
 
-#include "zebstore/storage/PropertySet.h"
+#include "platform/mapi.h"
+#include "zebstore/storage/LargeValue.h"
 #include "zebstore/storage/Text.h"
 
 #include <cstring>
+#include <string>
+#include <string_view>
 
 namespace zebstore
 {

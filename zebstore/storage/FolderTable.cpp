@@ -1,10 +1,7 @@
-// The folder tree of StoreFile.
-#include "zebstore/storage/StoreFile.h"
+#include "zebstore/storage/FolderTable.h"
 
 #include "platform/datetime.h"
 #include "zebstore/storage/PropertyBlob.h"
-#include "zebstore/storage/Schema.h"
-#include "zebstore/storage/StoreParts.h"
 #include "zebstore/storage/Text.h"
 
 #include <algorithm>
@@ -22,7 +19,9 @@ constexpr FolderId MostFolders = FolderId(1) << 30;
 #define ZEB_FOLDER_COLUMNS                                                                                             \
     "SELECT f.id, f.parent, f.type, n.rows, n.unread, a.rows, "                                                        \
     "(SELECT count(*) FROM folder c WHERE c.parent=f.id) FROM folder f "                                               \
-    "JOIN contents n ON n.container=f.id*2 JOIN contents a ON a.container=f.id*2+1 "
+    "JOIN contents n ON n.container=" ZEB_NORMAL_CONTENTS(                                                             \
+        "f.id") " "                                                                                                    \
+                "JOIN contents a ON a.container=" ZEB_ASSOCIATED_CONTENTS("f.id") " "
 
 FolderInfo ReadInfo(const Query& query)
 {
@@ -37,20 +36,6 @@ FolderInfo ReadInfo(const Query& query)
     return info;
 }
 
-bool IsStandard(FolderId folder)
-{
-    return folder <= IdOf(StandardFolder::CommonViews);
-}
-
-void RefuseStandard(const StoreFile& store, FolderId folder, const char* what)
-{
-    if (IsStandard(folder))
-    {
-        throw Error(MAPI_E_NO_ACCESS,
-                    std::string("A standard folder of the store file '") + store.Path() + "' can not be " + what + ".");
-    }
-}
-
 std::int64_t Now()
 {
     const FILETIME time = zeb::platform::CurrentFileTime();
@@ -62,85 +47,96 @@ std::string KeyOf(std::string_view name)
     return Folded(name, TextFold::IgnoreCase);
 }
 
-void RequireNameIsFree(StoreFile& store, FolderId parent, std::string_view name, FolderId self)
+} // namespace
+
+void FolderTable::ThrowGone(FolderId folder) const
 {
-    Require(!name.empty(), "A folder needs a name.");
-    if (name.size() > LongestName && WideFromStored(name).size() > LongestName)
+    throw Error(MAPI_E_NOT_FOUND,
+                "folder " + std::to_string(folder) + " does not exist in the store file '" + m_connection.Path() + "'");
+}
+
+void FolderTable::RefuseStandard(FolderId folder, const char* what) const
+{
+    if (IsStandard(folder))
     {
-        throw Error(MAPI_E_STRING_TOO_LONG,
-                    "A folder's name has at most " + std::to_string(LongestName) + " characters.");
-    }
-    const FolderId found = store.FindFolder(parent, name);
-    if (found != 0 && found != self)
-    {
-        throw Error(MAPI_E_COLLISION, "The folder '" + std::string(name) + "' exists already.");
+        throw Error(MAPI_E_NO_ACCESS,
+                    "a standard folder of the store file '" + m_connection.Path() + "' cannot be " + what);
     }
 }
 
-FolderId ParentOf(StoreFile& store, FolderId folder)
+void FolderTable::RequireNameIsFree(FolderId parent, std::string_view name, FolderId self)
 {
-    Query query(store.Connection(), "SELECT parent FROM folder WHERE id=?");
-    query.Bind(1, folder);
-    if (!query.Step())
+    Require(!name.empty(), "the name of the folder is empty");
+    if (name.size() > LongestName && WideFromStored(name).size() > LongestName)
     {
-        throw Error(MAPI_E_NOT_FOUND, "The folder is not in the store file '" + store.Path() + "' any more.");
+        throw Error(MAPI_E_STRING_TOO_LONG,
+                    "the name of the folder is too long: at most " + std::to_string(LongestName) + " characters");
+    }
+    const FolderId found = Find(parent, name);
+    if (found != 0 && found != self)
+    {
+        throw Error(MAPI_E_COLLISION, "the folder '" + std::string(name) + "' exists already");
+    }
+}
+
+FolderId FolderTable::ParentOf(FolderId folder)
+{
+    Query query(m_connection.Db(), "SELECT parent FROM folder WHERE id=?");
+    if (!query.Bind(1, folder).Step())
+    {
+        ThrowGone(folder);
     }
     return query.Number(0);
 }
 
-void RequireRoomBelow(StoreFile& store, FolderId parent)
+void FolderTable::RequireRoomBelow(FolderId parent)
 {
     int levels = 1;
-    for (FolderId at = parent; at != 0; at = ParentOf(store, at))
+    for (FolderId at = parent; at != 0; at = ParentOf(at))
     {
         if (++levels > MostLevels)
         {
-            throw Error(MAPI_E_TOO_COMPLEX, "Folders can be nested " + std::to_string(MostLevels) + " deep.");
+            throw Error(MAPI_E_TOO_COMPLEX,
+                        "folders are nested too deep: at most " + std::to_string(MostLevels) + " levels are stored");
         }
     }
 }
 
-void DeleteEmptyFolder(StoreFile& store, FolderId folder)
+void FolderTable::DeleteRow(FolderId folder)
 {
     std::vector<LargeReference> references;
     {
-        Query query(store.Connection(), "SELECT props FROM folder WHERE id=?");
-        query.Bind(1, folder);
-        if (query.Step())
+        Query query(m_connection.Db(), "SELECT props FROM folder WHERE id=?");
+        if (query.Bind(1, folder).Step())
         {
             references = ReferencesIn(query.Bytes(0));
         }
     }
-    DeleteReferences(store.Connection(), references);
-    Query(store.Connection(), "DELETE FROM folder WHERE id=?").Bind(1, folder).Run();
+    DeleteReferences(m_connection.Db(), references);
+    Query(m_connection.Db(), "DELETE FROM folder WHERE id=?").Bind(1, folder).Run();
 }
 
-void ClearBoth(StoreFile& store, FolderId folder)
+void FolderTable::ClearContents(FolderId folder)
 {
-    ClearContents(store, ContainerOf(folder, false));
-    ClearContents(store, ContainerOf(folder, true));
+    m_messages.Clear({folder, false});
+    m_messages.Clear({folder, true});
 }
 
-} // namespace
-
-void RequireFolder(StoreFile& store, FolderId folder)
+void FolderTable::RequireExists(FolderId folder)
 {
-    if (!store.FolderExists(folder))
+    if (!Exists(folder))
     {
-        throw Error(MAPI_E_NOT_FOUND, "The folder is not in the store file '" + store.Path() + "' any more.");
+        ThrowGone(folder);
     }
 }
 
-FolderId InsertFolder(StoreFile& store, FolderId id, FolderId parent, const PropertySet& properties, ULONG type)
+FolderId FolderTable::Insert(FolderId id, FolderId parent, const PropertySet& properties, ULONG type)
 {
-    Database& database = store.Connection();
-    std::vector<LargeReference> none;
-    bool large = false;
-    const std::string blob = WriteBlob(store, properties, none, large);
+    const std::string blob = WriteBlob(m_connection, properties);
     const std::string key = KeyOf(properties.Text(PR_DISPLAY_NAME_W));
     {
-        Query query(database, "INSERT INTO folder(id, parent, type, key, props, created, modified) "
-                              "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?6) RETURNING id");
+        Query query(m_connection.Db(), "INSERT INTO folder(id, parent, type, key, props, created, modified) "
+                                       "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?6) RETURNING id");
         if (id == 0)
         {
             query.BindNull(1);
@@ -162,61 +158,58 @@ FolderId InsertFolder(StoreFile& store, FolderId id, FolderId parent, const Prop
     }
     if (id >= MostFolders)
     {
-        throw Error(MAPI_E_TOO_BIG, "The store file '" + store.Path() + "' has no number left for a folder.");
+        throw Error(MAPI_E_TOO_BIG, "the store file '" + m_connection.Path() + "' has no number left for a folder");
     }
-    InsertContents(database, ContainerOf(id, false), id);
-    InsertContents(database, ContainerOf(id, true), id);
+    m_contents.Insert({id, false});
+    m_contents.Insert({id, true});
     return id;
 }
 
-FolderInfo StoreFile::Folder(FolderId folder)
+FolderInfo FolderTable::Info(FolderId folder)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    Query query(*m_database, ZEB_FOLDER_COLUMNS "WHERE f.id=?");
-    query.Bind(1, folder);
-    if (!query.Step())
+    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    Query query(m_connection.Db(), ZEB_FOLDER_COLUMNS "WHERE f.id=?");
+    if (!query.Bind(1, folder).Step())
     {
-        throw Error(MAPI_E_NOT_FOUND, "The folder is not in the store file '" + m_path + "' any more.");
+        ThrowGone(folder);
     }
     return ReadInfo(query);
 }
 
-bool StoreFile::FolderExists(FolderId folder)
+bool FolderTable::Exists(FolderId folder)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    Query query(*m_database, "SELECT 1 FROM folder WHERE id=?");
+    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    Query query(m_connection.Db(), "SELECT 1 FROM folder WHERE id=?");
     return query.Bind(1, folder).Step();
 }
 
-PropertySet StoreFile::FolderProperties(FolderId folder)
+PropertySet FolderTable::Properties(FolderId folder)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    Query query(*m_database, "SELECT props FROM folder WHERE id=?");
-    query.Bind(1, folder);
-    if (!query.Step())
+    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    Query query(m_connection.Db(), "SELECT props FROM folder WHERE id=?");
+    if (!query.Bind(1, folder).Step())
     {
-        throw Error(MAPI_E_NOT_FOUND, "The folder is not in the store file '" + m_path + "' any more.");
+        ThrowGone(folder);
     }
-    return PropertyBlob(query.Bytes(0), *this, {"folder", folder}).Decode();
+    return PropertyBlob(query.Bytes(0), m_connection, {"folder", folder}).Decode();
 }
 
-FolderTimes StoreFile::TimesOfFolder(FolderId folder)
+FolderTimes FolderTable::Times(FolderId folder)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    if (m_version < FolderTimesVersion)
+    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    if (m_connection.Version() < FolderTimesVersion)
     {
         return {};
     }
-    Query query(*m_database, "SELECT created, modified FROM folder WHERE id=?");
+    Query query(m_connection.Db(), "SELECT created, modified FROM folder WHERE id=?");
     query.Bind(1, folder);
     return query.Step() ? FolderTimes{query.Number(0), query.Number(1)} : FolderTimes{};
 }
 
-std::vector<FolderInfo> StoreFile::FoldersUnder(FolderId folder, bool wholeTree)
+std::vector<FolderInfo> FolderTable::Under(FolderId folder, bool wholeTree)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    const ReadScope moment(*m_database);
-    RequireFolder(*this, folder);
+    const StoreSnapshot snapshot(m_connection);
+    RequireExists(folder);
     std::vector<FolderInfo> found;
     std::vector<FolderInfo> waiting{FolderInfo{}};
     waiting[0].id = folder;
@@ -233,7 +226,7 @@ std::vector<FolderInfo> StoreFile::FoldersUnder(FolderId folder, bool wholeTree)
             continue;
         }
         const size_t before = waiting.size();
-        Query query(*m_database, ZEB_FOLDER_COLUMNS "WHERE f.parent=? ORDER BY f.key");
+        Query query(m_connection.Db(), ZEB_FOLDER_COLUMNS "WHERE f.parent=? ORDER BY f.key");
         query.Bind(1, above.id);
         while (query.Step())
         {
@@ -246,138 +239,131 @@ std::vector<FolderInfo> StoreFile::FoldersUnder(FolderId folder, bool wholeTree)
     return found;
 }
 
-FolderId StoreFile::FindFolder(FolderId parent, std::string_view utf8Name)
+FolderId FolderTable::Find(FolderId parent, std::string_view utf8Name)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
     const std::string key = KeyOf(utf8Name);
-    Query query(*m_database, "SELECT id FROM folder WHERE parent=? AND key=?");
+    Query query(m_connection.Db(), "SELECT id FROM folder WHERE parent=? AND key=?");
     query.Bind(1, parent).BindText(2, key);
     return query.Step() ? query.Number(0) : 0;
 }
 
-FolderId StoreFile::CreateFolder(FolderId parent, const PropertySet& properties, ULONG type)
+FolderId FolderTable::Create(FolderId parent, const PropertySet& properties, ULONG type)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    Transaction transaction(*m_database);
-    RequireFolder(*this, parent);
-    RequireRoomBelow(*this, parent);
-    RequireNameIsFree(*this, parent, properties.Text(PR_DISPLAY_NAME_W), 0);
-    const FolderId folder = InsertFolder(*this, 0, parent, properties, type);
-    TouchTree(*m_database);
+    StoreTransaction transaction(m_connection);
+    RequireExists(parent);
+    RequireRoomBelow(parent);
+    RequireNameIsFree(parent, properties.Text(PR_DISPLAY_NAME_W), 0);
+    const FolderId folder = Insert(0, parent, properties, type);
+    m_contents.TouchTree();
     transaction.Commit();
     return folder;
 }
 
-void StoreFile::SaveFolderProperties(FolderId folder, const PropertySet& properties)
+void FolderTable::SaveProperties(FolderId folder, const PropertySet& properties)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    Transaction transaction(*m_database);
-    const FolderId parent = ParentOf(*this, folder);
+    StoreTransaction transaction(m_connection);
+    const FolderId parent = ParentOf(folder);
     const std::string name = properties.Text(PR_DISPLAY_NAME_W);
     if (parent != 0)
     {
-        RequireNameIsFree(*this, parent, name, folder);
+        RequireNameIsFree(parent, name, folder);
     }
     std::vector<LargeReference> kept;
     {
-        Query query(*m_database, "SELECT props FROM folder WHERE id=?");
+        Query query(m_connection.Db(), "SELECT props FROM folder WHERE id=?");
         query.Bind(1, folder).Step();
         kept = ReferencesIn(query.Bytes(0));
     }
-    bool large = false;
-    const std::string blob = WriteBlob(*this, properties, kept, large);
+    const std::string blob = WriteBlob(m_connection, properties, kept);
     const std::string key = KeyOf(name);
-    Query(*m_database, "UPDATE folder SET key=?, props=?, modified=max(?, coalesce(modified, 0)+1) WHERE id=?")
+    Query(m_connection.Db(), "UPDATE folder SET key=?, props=?, modified=max(?, coalesce(modified, 0)+1) WHERE id=?")
         .BindText(1, key)
         .BindBlob(2, blob)
         .Bind(3, Now())
         .Bind(4, folder)
         .Run();
-    DeleteReferences(*m_database, kept);
-    TouchTree(*m_database);
+    DeleteReferences(m_connection.Db(), kept);
+    m_contents.TouchTree();
     transaction.Commit();
 }
 
-void StoreFile::DeleteFolder(FolderId folder, bool withMessages, bool withFolders)
+void FolderTable::Delete(FolderId folder, bool withMessages, bool withFolders)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    RefuseStandard(*this, folder, "deleted");
-    Transaction transaction(*m_database);
-    const FolderInfo info = Folder(folder);
+    RefuseStandard(folder, "deleted");
+    StoreTransaction transaction(m_connection);
+    const FolderInfo info = Info(folder);
     if (info.subfolders > 0 && !withFolders)
     {
-        throw Error(MAPI_E_HAS_FOLDERS, "The folder has subfolders.");
+        throw Error(MAPI_E_HAS_FOLDERS, "the folder has subfolders");
     }
     if (info.messages + info.associated > 0 && !withMessages)
     {
-        throw Error(MAPI_E_HAS_MESSAGES, "The folder has messages.");
+        throw Error(MAPI_E_HAS_MESSAGES, "the folder has messages");
     }
-    std::vector<FolderInfo> below = FoldersUnder(folder, true);
+    std::vector<FolderInfo> below = Under(folder, true);
     below.insert(below.begin(), info);
     // Depth first order, so from the end every folder is empty when its turn comes.
     for (auto each = below.rbegin(); each != below.rend(); ++each)
     {
-        ClearBoth(*this, each->id);
-        DeleteEmptyFolder(*this, each->id);
+        ClearContents(each->id);
+        DeleteRow(each->id);
     }
-    TouchTree(*m_database);
+    m_contents.TouchTree();
     transaction.Commit();
 }
 
-void StoreFile::EmptyFolder(FolderId folder, bool withAssociated)
+void FolderTable::Empty(FolderId folder, bool withAssociated)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    Transaction transaction(*m_database);
-    const std::vector<FolderInfo> below = FoldersUnder(folder, true);
+    StoreTransaction transaction(m_connection);
+    const std::vector<FolderInfo> below = Under(folder, true);
     for (auto each = below.rbegin(); each != below.rend(); ++each)
     {
-        ClearBoth(*this, each->id);
-        if (!IsStandard(each->id) && Folder(each->id).subfolders == 0)
+        ClearContents(each->id);
+        if (!IsStandard(each->id) && Info(each->id).subfolders == 0)
         {
-            DeleteEmptyFolder(*this, each->id);
+            DeleteRow(each->id);
         }
     }
-    ClearContents(*this, ContainerOf(folder, false));
+    m_messages.Clear({folder, false});
     if (withAssociated)
     {
-        ClearContents(*this, ContainerOf(folder, true));
+        m_messages.Clear({folder, true});
     }
-    TouchTree(*m_database);
+    m_contents.TouchTree();
     transaction.Commit();
 }
 
-void StoreFile::MoveFolder(FolderId folder, FolderId newParent, std::string_view newUtf8Name)
+void FolderTable::Move(FolderId folder, FolderId newParent, std::string_view newUtf8Name)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    RefuseStandard(*this, folder, "moved");
-    Transaction transaction(*m_database);
-    RequireFolder(*this, newParent);
+    RefuseStandard(folder, "moved");
+    StoreTransaction transaction(m_connection);
+    RequireExists(newParent);
     if (IsWithin(newParent, folder))
     {
-        throw Error(MAPI_E_FOLDER_CYCLE, "A folder can not be moved below itself.");
+        throw Error(MAPI_E_FOLDER_CYCLE, "a folder cannot be moved below itself");
     }
-    RequireRoomBelow(*this, newParent);
-    PropertySet properties = FolderProperties(folder);
+    RequireRoomBelow(newParent);
+    PropertySet properties = Properties(folder);
     if (!newUtf8Name.empty())
     {
         properties.SetText(PR_DISPLAY_NAME_W, newUtf8Name);
     }
-    RequireNameIsFree(*this, newParent, properties.Text(PR_DISPLAY_NAME_W), folder);
+    RequireNameIsFree(newParent, properties.Text(PR_DISPLAY_NAME_W), folder);
     {
         // The key of the old name may be taken there; the key of the new one is not.
         const std::string key = KeyOf(properties.Text(PR_DISPLAY_NAME_W));
-        Query query(*m_database, "UPDATE folder SET parent=?, key=? WHERE id=?");
+        Query query(m_connection.Db(), "UPDATE folder SET parent=?, key=? WHERE id=?");
         query.Bind(1, newParent).BindText(2, key).Bind(3, folder).Run();
     }
-    SaveFolderProperties(folder, properties);
+    SaveProperties(folder, properties);
     transaction.Commit();
 }
 
-bool StoreFile::IsWithin(FolderId folder, FolderId ancestor)
+bool FolderTable::IsWithin(FolderId folder, FolderId ancestor)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    const ReadScope moment(*m_database);
-    for (FolderId at = folder; at != 0; at = ParentOf(*this, at))
+    const StoreSnapshot snapshot(m_connection);
+    for (FolderId at = folder; at != 0; at = ParentOf(at))
     {
         if (at == ancestor)
         {

@@ -1,7 +1,7 @@
-// The folders below a folder as rows.
+#include "zebstore/storage/HierarchyRows.h"
+
 #include "zebstore/storage/RowParts.h"
 #include "zebstore/storage/RowSelection.h"
-#include "zebstore/storage/StoreParts.h"
 
 #include <map>
 #include <tuple>
@@ -44,13 +44,13 @@ public:
         }
         if (!m_stored)
         {
-            m_stored = m_store.FolderProperties(m_info.id);
+            m_stored = m_store.Folders().Properties(m_info.id);
         }
         if (const EncodedValue stored = m_stored->Find(tag))
         {
             return stored;
         }
-        const auto times = [this] { return m_store.TimesOfFolder(m_info.id); };
+        const auto times = [this] { return m_store.Folders().Times(m_info.id); };
         const auto complete = [&](PropertySet& made)
         { return m_computed && m_computed->DefaultOfFolder(tag, times, made); };
         return m_made.Find(tag, complete).value_or(EncodedValue());
@@ -81,34 +81,37 @@ public:
     {
         if (!m_wholeTree)
         {
-            return m_store->Folder(m_folder).subfolders;
+            return m_store->Folders().Info(m_folder).subfolders;
         }
-        return static_cast<ULONG>(m_store->FoldersUnder(m_folder, true).size());
+        return static_cast<ULONG>(m_store->Folders().Under(m_folder, true).size());
     }
 
-    // The counters of folders move with every message; only who follows needs to know.
-    std::uint64_t Generation() override { return m_followed ? m_store->ChangeStamp() : m_store->Generation(0, false); }
+    // The counters of folders change with every message, which matters only to a table that is followed.
+    std::uint64_t Generation() override
+    {
+        return m_followed ? m_store->Contents().ChangeStamp() : m_store->Contents().TreeGeneration();
+    }
 
-    std::shared_ptr<void> Moment() override { return std::make_shared<StoreMoment>(*m_store); }
+    std::shared_ptr<void> Snapshot() override { return std::make_shared<StoreSnapshot>(m_store->Connection()); }
 
     void Follow() override
     {
         m_followed = true;
         m_seen = See();
-        m_seenTree = m_store->Generation(0, false);
+        m_seenTree = m_store->Contents().TreeGeneration();
         m_seenGeneration = Generation();
     }
 
-    TouchedRows TouchedSince(std::uint64_t generation) override
+    RowChanges ChangesSince(std::uint64_t generation) override
     {
-        TouchedRows touched;
+        RowChanges changes;
         if (!m_followed)
         {
-            return touched;
+            return changes;
         }
         const bool known = generation == m_seenGeneration;
         const std::map<FolderId, Seen> before = m_seen;
-        const std::uint64_t tree = m_store->Generation(0, false);
+        const std::uint64_t tree = m_store->Contents().TreeGeneration();
         if (tree == m_seenTree)
         {
             SeeCounters();
@@ -121,31 +124,36 @@ public:
         m_seenGeneration = Generation();
         if (!known)
         {
-            return touched;
+            return changes;
         }
-        touched.kind = TouchedRows::Kind::Listed;
+        changes.extent = RowChanges::Extent::Listed;
         for (const auto& [folder, seen] : before)
         {
-            if (const auto now = m_seen.find(folder); now == m_seen.end() || !(now->second == seen))
+            const auto now = m_seen.find(folder);
+            if (now == m_seen.end())
             {
-                touched.rows.push_back({folder, true});
+                changes.rows.push_back({RowChange::Kind::Deleted, folder, {}});
+            }
+            else if (!(now->second == seen))
+            {
+                changes.rows.push_back({RowChange::Kind::Modified, folder, {}});
             }
         }
         for (const auto& each : m_seen)
         {
             if (before.count(each.first) == 0)
             {
-                touched.rows.push_back({each.first, false});
+                changes.rows.push_back({RowChange::Kind::Added, each.first, {}});
             }
         }
-        return touched;
+        return changes;
     }
 
     std::vector<RowKey> Keys(const Restriction* restriction, const SortOrder* order) override
     {
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
         RowSelection selection(restriction, order);
-        for (const FolderInfo& info : m_store->FoldersUnder(m_folder, m_wholeTree))
+        for (const FolderInfo& info : m_store->Folders().Under(m_folder, m_wholeTree))
         {
             selection.Add(info.id, FolderValues(*m_store, m_computed.get(), info), !restriction);
         }
@@ -156,7 +164,7 @@ public:
     {
         std::vector<RowKey> keys;
         bool reached = !after;
-        for (const FolderInfo& info : m_store->FoldersUnder(m_folder, m_wholeTree))
+        for (const FolderInfo& info : m_store->Folders().Under(m_folder, m_wholeTree))
         {
             if (reached && keys.size() < count)
             {
@@ -169,17 +177,16 @@ public:
 
     void Read(const RowKey* keys, size_t count, const Visitor& visit) override
     {
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-        const ReadScope moment(m_store->Connection());
+        const StoreSnapshot snapshot(m_store->Connection());
         const PropertySet none;
         for (size_t i = 0; i < count; ++i)
         {
-            if (!m_store->FolderExists(keys[i]))
+            if (!m_store->Folders().Exists(keys[i]))
             {
                 visit(i, none);
                 continue;
             }
-            FolderInfo info = m_store->Folder(keys[i]);
+            FolderInfo info = m_store->Folders().Info(keys[i]);
             info.depth = DepthOf(info);
             visit(i, FolderValues(*m_store, m_computed.get(), info));
         }
@@ -199,9 +206,9 @@ public:
     {
         ColumnList columns(DefaultColumns());
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-        for (const FolderInfo& info : m_store->FoldersUnder(m_folder, m_wholeTree))
+        for (const FolderInfo& info : m_store->Folders().Under(m_folder, m_wholeTree))
         {
-            for (const ULONG tag : m_store->FolderProperties(info.id).Tags())
+            for (const ULONG tag : m_store->Folders().Properties(info.id).Tags())
             {
                 columns.Add(tag);
             }
@@ -232,11 +239,11 @@ private:
     {
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
         std::map<FolderId, Seen> seen;
-        Query query(m_store->Connection(), "SELECT props FROM folder WHERE id=?");
-        for (const FolderInfo& info : m_store->FoldersUnder(m_folder, m_wholeTree))
+        Query query(m_store->Connection().Db(), "SELECT props FROM folder WHERE id=?");
+        for (const FolderInfo& info : m_store->Folders().Under(m_folder, m_wholeTree))
         {
             query.Bind(1, info.id).Step();
-            seen[info.id] = {info, std::string(query.Bytes(0)), m_store->TimesOfFolder(info.id).modified};
+            seen[info.id] = {info, std::string(query.Bytes(0)), m_store->Folders().Times(info.id).modified};
             query.Reset();
         }
         return seen;
@@ -245,16 +252,17 @@ private:
     void SeeCounters()
     {
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-        Query query(m_store->Connection(), "SELECT container, rows, unread FROM contents");
+        Query query(m_store->Connection().Db(), "SELECT container, rows, unread FROM contents");
         while (query.Step())
         {
-            const auto seen = m_seen.find(query.Number(0) >> 1);
+            const ContentsKey contents = ContentsKey::FromColumn(query.Number(0));
+            const auto seen = m_seen.find(contents.Folder());
             if (seen == m_seen.end())
             {
                 continue;
             }
             FolderInfo& info = seen->second.info;
-            if (query.Number(0) & 1)
+            if (contents.IsAssociated())
             {
                 info.associated = static_cast<ULONG>(query.Number(1));
             }
@@ -269,7 +277,7 @@ private:
     ULONG DepthOf(const FolderInfo& info) const
     {
         ULONG depth = 1;
-        for (FolderId at = info.parent; at != m_folder && at != 0; at = m_store->Folder(at).parent)
+        for (FolderId at = info.parent; at != m_folder && at != 0; at = m_store->Folders().Info(at).parent)
         {
             ++depth;
         }
@@ -291,7 +299,7 @@ private:
 std::shared_ptr<RowSource> MakeHierarchyRows(std::shared_ptr<StoreFile> store, FolderId folder, bool wholeTree,
                                              std::shared_ptr<const ComputedProperties> computed)
 {
-    RequireFolder(*store, folder);
+    store->Folders().RequireExists(folder);
     return std::make_shared<HierarchyRows>(std::move(store), folder, wholeTree, std::move(computed));
 }
 

@@ -1,6 +1,7 @@
 #include "zebstore/storage/InstanceRows.h"
 
 #include "zebstore/storage/Encoding.h"
+#include "zebstore/storage/InstanceTag.h"
 #include "zebstore/storage/RowSelection.h"
 
 #include <algorithm>
@@ -102,15 +103,15 @@ std::uint64_t InstanceRows::Generation()
     return m_rows->Generation();
 }
 
-TouchedRows InstanceRows::TouchedSince(std::uint64_t generation)
+RowChanges InstanceRows::ChangesSince(std::uint64_t generation)
 {
-    TouchedRows touched = m_rows->TouchedSince(generation);
-    // Which values of a row came or went is not listed.
-    if (m_tag && touched.kind == TouchedRows::Kind::Listed)
+    RowChanges changes = m_rows->ChangesSince(generation);
+    // Which values of a row were added or removed is not listed.
+    if (m_tag && changes.extent == RowChanges::Extent::Listed)
     {
         return {};
     }
-    return touched;
+    return changes;
 }
 
 std::optional<RowKey> InstanceRows::KeyBefore(RowKey key)

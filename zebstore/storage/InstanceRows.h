@@ -9,12 +9,6 @@
 namespace zebstore
 {
 
-/// True for the tag of a column or sort key that asks for the single values of a multi-valued property.
-constexpr bool IsInstanceTag(ULONG tag)
-{
-    return (PROP_TYPE(tag) & (MV_FLAG | MV_INSTANCE)) == (MV_FLAG | MV_INSTANCE);
-}
-
 /// The rows of another source; while a property is chosen, each of them once for every value of it
 /// (once, too, without any). The values of such a row have the single one for the tag with MV_INSTANCE,
 /// and all for the tag without. Threads: as the other source.
@@ -29,9 +23,9 @@ public:
 
     ULONG Count() override;
     std::uint64_t Generation() override;
-    std::shared_ptr<void> Moment() override { return m_rows->Moment(); }
+    std::shared_ptr<void> Snapshot() override { return m_rows->Snapshot(); }
     void Follow() override { m_rows->Follow(); }
-    TouchedRows TouchedSince(std::uint64_t generation) override;
+    RowChanges ChangesSince(std::uint64_t generation) override;
     bool KeysRise() const override { return m_tag == 0 && m_rows->KeysRise(); }
     bool Exists(RowKey key) override { return m_tag == 0 && m_rows->Exists(key); }
     std::optional<RowKey> KeyBefore(RowKey key) override;

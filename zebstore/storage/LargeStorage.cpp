@@ -2,7 +2,7 @@
 
 #include "zebstore/storage/Checksum.h"
 #include "zebstore/storage/Encoding.h"
-#include "zebstore/storage/Schema.h"
+#include "zebstore/storage/StoreFormat.h"
 
 #include <algorithm>
 #include <atomic>
@@ -14,15 +14,14 @@ namespace
 {
 
 constexpr size_t ChunkSize = 65536;
-constexpr int ChunkBits = 24;
 constexpr std::uint64_t MostBytes = std::uint64_t(ChunkSize) << ChunkBits;
 
-/// The key of a piece. A damaged reference names no value, or a piece that no value can have.
+/// The key of a piece. A damaged reference has a number that no value or piece can have.
 std::int64_t ChunkId(std::int64_t value, std::uint64_t chunk)
 {
     if (!CanBeLargeId(value) || chunk >= std::uint64_t(1) << ChunkBits)
     {
-        throw Error(MAPI_E_CORRUPT_DATA, "The reference to a large value is damaged.");
+        throw Error(MAPI_E_CORRUPT_DATA, "the reference to a large value is damaged");
     }
     return (value << ChunkBits) | static_cast<std::int64_t>(chunk);
 }
@@ -54,7 +53,7 @@ std::int64_t WriteChunks(Database& database, const LargeValue& value, std::uint6
     size = value.Size();
     if (size > MostBytes)
     {
-        throw Error(MAPI_E_TOO_BIG, "A value is too large for the store file '" + database.Path() + "'.");
+        throw Error(MAPI_E_TOO_BIG, "a value is too large for the store file '" + database.Path() + "'");
     }
     Query add(database, "INSERT INTO large(size) VALUES(?) RETURNING id");
     add.Bind(1, static_cast<std::int64_t>(size)).Step();
@@ -66,7 +65,7 @@ std::int64_t WriteChunks(Database& database, const LargeValue& value, std::uint6
         const size_t count = value.Read(offset, &piece[0], piece.size());
         if (count != std::min<std::uint64_t>(size - offset, ChunkSize))
         {
-            throw Error(MAPI_E_CORRUPT_DATA, "A large value ended before its size.");
+            throw Error(MAPI_E_CORRUPT_DATA, "a large value ends before its size");
         }
         const std::int64_t key = ChunkId(id, offset / ChunkSize);
         const std::string_view bytes(piece.data(), count);
@@ -117,11 +116,11 @@ LargeReference WriteNarrow(Database& database, const LargeValue& value)
     return reference;
 }
 
-// Small content lives in m_small; once it has outgrown that, in rows of temp.staged.
+// Small content is held in m_small, larger content in rows of temp.staged.
 class TemporaryValue : public StagedValue
 {
 public:
-    explicit TemporaryValue(std::shared_ptr<StoreFile> store)
+    explicit TemporaryValue(std::shared_ptr<StoreConnection> store)
         : m_store(std::move(store))
     {
         static std::atomic<std::int64_t> next{1};
@@ -180,7 +179,7 @@ public:
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
         if (offset > MostBytes || count > MostBytes - offset)
         {
-            throw Error(MAPI_E_TOO_BIG, "A stream can not grow that far.");
+            throw Error(MAPI_E_TOO_BIG, "a stream cannot grow to this size");
         }
         const std::uint64_t end = std::max<std::uint64_t>(m_size, offset + count);
         if (!m_spilled && end > ChunkSize)
@@ -204,7 +203,7 @@ public:
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
         if (size > MostBytes)
         {
-            throw Error(MAPI_E_TOO_BIG, "A stream can not grow that far.");
+            throw Error(MAPI_E_TOO_BIG, "a stream cannot grow to this size");
         }
         if (!m_spilled && size > ChunkSize)
         {
@@ -228,24 +227,24 @@ public:
     }
 
 private:
-    Database& Connection() const { return m_store->Connection(); }
+    Database& Db() const { return m_store->Db(); }
 
     std::string Chunk(std::uint64_t number) const
     {
-        Query query(Connection(), "SELECT bytes FROM temp.staged WHERE id=?");
+        Query query(Db(), "SELECT bytes FROM temp.staged WHERE id=?");
         query.Bind(1, ChunkId(m_id, number));
         return query.Step() ? std::string(query.Bytes(0)) : std::string();
     }
 
     void PutChunk(std::uint64_t number, std::string_view bytes)
     {
-        Query query(Connection(), "INSERT OR REPLACE INTO temp.staged(id, bytes) VALUES(?, ?)");
+        Query query(Db(), "INSERT OR REPLACE INTO temp.staged(id, bytes) VALUES(?, ?)");
         query.Bind(1, ChunkId(m_id, number)).BindBlob(2, bytes).Run();
     }
 
     void DropChunksFrom(std::uint64_t number)
     {
-        Query query(Connection(), "DELETE FROM temp.staged WHERE id BETWEEN ? AND ?");
+        Query query(Db(), "DELETE FROM temp.staged WHERE id BETWEEN ? AND ?");
         query.Bind(1, ChunkId(m_id, number)).Bind(2, LargeChunks(m_id).last).Run();
     }
 
@@ -281,7 +280,7 @@ private:
         std::string().swap(m_small);
     }
 
-    std::shared_ptr<StoreFile> m_store;
+    std::shared_ptr<StoreConnection> m_store;
     std::int64_t m_id = 0;
     std::uint64_t m_size = 0;
     bool m_spilled = false;
@@ -331,7 +330,7 @@ std::vector<std::int64_t> LargeReference::Ids() const
     return {id};
 }
 
-StoredLargeValue::StoredLargeValue(std::shared_ptr<StoreFile> store, const LargeReference& reference)
+StoredLargeValue::StoredLargeValue(std::shared_ptr<StoreConnection> store, const LargeReference& reference)
     : m_store(std::move(store))
     , m_reference(reference)
 {
@@ -352,8 +351,8 @@ size_t StoredLargeValue::ReadChunks(std::int64_t id, std::uint64_t size, std::ui
     }
     count = static_cast<size_t>(std::min<std::uint64_t>(count, size - offset));
     const bool hasSums = m_store->Version() >= ChecksumVersion;
-    Query query = hasSums ? Query(m_store->Connection(), "SELECT bytes, sum FROM chunk WHERE id=?")
-                          : Query(m_store->Connection(), "SELECT bytes FROM chunk WHERE id=?");
+    Query query = hasSums ? Query(m_store->Db(), "SELECT bytes, sum FROM chunk WHERE id=?")
+                          : Query(m_store->Db(), "SELECT bytes FROM chunk WHERE id=?");
     for (size_t done = 0; done < count;)
     {
         const size_t within = (offset + done) % ChunkSize;
@@ -362,19 +361,19 @@ size_t StoredLargeValue::ReadChunks(std::int64_t id, std::uint64_t size, std::ui
         if (!query.Step())
         {
             throw Error(MAPI_E_OBJECT_DELETED,
-                        "A large value of the store file '" + m_store->Path() + "' has been replaced.");
+                        "a large value of the store file '" + m_store->Path() + "' was replaced");
         }
         const std::string_view chunk = query.Bytes(0);
-        // Whoever reads a piece in small steps pays for its checksum once.
+        // A piece that is read in small steps is verified once.
         if (hasSums && m_verified != key && PieceChecksum(key, chunk) != query.Number(1))
         {
-            throw Error(MAPI_E_CORRUPT_DATA, "A large value of the store file '" + m_store->Path() + "' is damaged.");
+            throw Error(MAPI_E_CORRUPT_DATA, "a large value of the store file '" + m_store->Path() + "' is damaged");
         }
         m_verified = key;
         const size_t part = std::min(count - done, ChunkSize - within);
         if (chunk.size() < within + part)
         {
-            throw Error(MAPI_E_CORRUPT_DATA, "A large value of the store file '" + m_store->Path() + "' is cut short.");
+            throw Error(MAPI_E_CORRUPT_DATA, "a large value of the store file '" + m_store->Path() + "' is truncated");
         }
         chunk.copy(static_cast<char*>(to) + done, part, within);
         done += part;
@@ -385,7 +384,7 @@ size_t StoredLargeValue::ReadChunks(std::int64_t id, std::uint64_t size, std::ui
 
 std::string StoredLargeValue::ReadAll(std::int64_t id, std::uint64_t size) const
 {
-    // Piece by piece: a damaged reference may tell any size, and what is not there ends it.
+    // Piece by piece: a damaged reference may have any size, and the first missing piece ends the read.
     std::string bytes;
     while (bytes.size() < size)
     {
@@ -439,7 +438,7 @@ void PrepareStaging(Database& database)
     database.Execute("CREATE TEMP TABLE staged(id INTEGER PRIMARY KEY, bytes BLOB NOT NULL)");
 }
 
-std::shared_ptr<StagedValue> MakeStagedValue(std::shared_ptr<StoreFile> store)
+std::shared_ptr<StagedValue> MakeStagedValue(std::shared_ptr<StoreConnection> store)
 {
     return std::make_shared<TemporaryValue>(std::move(store));
 }
@@ -479,6 +478,17 @@ bool CanBeLargeId(std::int64_t id)
 ChunkRange LargeChunks(std::int64_t id)
 {
     return {ChunkId(id, 0), ChunkId(id, (std::uint64_t(1) << ChunkBits) - 1)};
+}
+
+void DeleteReferences(Database& database, const std::vector<LargeReference>& references)
+{
+    for (const LargeReference& reference : references)
+    {
+        for (const std::int64_t id : reference.Ids())
+        {
+            DeleteLarge(database, id);
+        }
+    }
 }
 
 void DeleteLarge(Database& database, std::int64_t id)

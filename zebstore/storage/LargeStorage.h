@@ -3,7 +3,7 @@
 
 #include "zebstore/storage/Database.h"
 #include "zebstore/storage/LargeValue.h"
-#include "zebstore/storage/StoreFile.h"
+#include "zebstore/storage/StoreConnection.h"
 
 #include <string>
 #include <vector>
@@ -11,17 +11,17 @@
 namespace zebstore
 {
 
-/// Bytes that a value has at most beside its siblings; longer ones go to chunks of their own.
+/// The longest value, in bytes, that is stored in a property blob; longer ones are stored in chunks.
 constexpr size_t InlineLimit = 4096;
 
-/// Where a large value stands in the file, as it is kept in property blobs (17 or 33 bytes).
+/// The position of a large value in the file, as property blobs hold it (17 or 33 bytes).
 struct LargeReference
 {
     enum Form : unsigned char
     {
         Plain = 0,   ///< the chunks are what a stream shows, on either system
         Utf8 = 1,    ///< narrow text whose bytes are UTF-8
-        OwnBytes = 2 ///< narrow text: the UTF-8 text, and beside it the bytes as they were written
+        OwnBytes = 2 ///< narrow text: the UTF-8 text, and a second value with the bytes as they were written
     };
     Form form = Plain;
     std::int64_t id = 0;
@@ -39,14 +39,14 @@ struct LargeReference
 class StoredLargeValue : public LargeValue
 {
 public:
-    StoredLargeValue(std::shared_ptr<StoreFile> store, const LargeReference& reference);
+    StoredLargeValue(std::shared_ptr<StoreConnection> store, const LargeReference& reference);
 
     /// @throws Error MAPI_E_OBJECT_DELETED when the value has been replaced since.
     std::uint64_t Size() const override;
     size_t Read(std::uint64_t offset, void* to, size_t count) const override;
 
     const LargeReference& Reference() const { return m_reference; }
-    const StoreFile* Store() const { return m_store.get(); }
+    const StoreConnection* Store() const { return m_store.get(); }
 
 private:
     bool IsPlainHere() const;
@@ -54,7 +54,7 @@ private:
     size_t ReadChunks(std::int64_t id, std::uint64_t size, std::uint64_t offset, void* to, size_t count) const;
     std::string ReadAll(std::int64_t id, std::uint64_t size) const;
 
-    std::shared_ptr<StoreFile> m_store;
+    std::shared_ptr<StoreConnection> m_store;
     LargeReference m_reference;
     // Under the store's lock.
     mutable std::int64_t m_verified = 0; // the key of the piece that was read last
@@ -62,28 +62,32 @@ private:
     mutable std::string m_text;
 };
 
-/// Makes the temporary table of values that are being written; once for each connection.
+/// Creates the temporary table of values that are being written; once for each connection.
 void PrepareStaging(Database& database);
-std::shared_ptr<StagedValue> MakeStagedValue(std::shared_ptr<StoreFile> store);
+std::shared_ptr<StagedValue> MakeStagedValue(std::shared_ptr<StoreConnection> store);
 
 /// Copies a value into the file, in the caller's transaction, a piece at a time.
 /// @param type PT_STRING8, PT_UNICODE or PT_BINARY
 LargeReference WriteLarge(Database& database, ULONG type, const LargeValue& value);
 /// The same from encoded bytes.
 LargeReference WriteLarge(Database& database, ULONG type, std::string_view encoded);
-/// Deletes a value's pieces; nothing where there is none, or where `id` can be none.
+/// Deletes a value's pieces; does nothing when there is none, or when no value can have this `id`.
 void DeleteLarge(Database& database, std::int64_t id);
-/// Whether a number can be a value's: false only where a reference is damaged.
+/// Deletes the pieces of references that are no longer used.
+void DeleteReferences(Database& database, const std::vector<LargeReference>& references);
+/// Whether a value can have this number: false only for a damaged reference.
 bool CanBeLargeId(std::int64_t id);
 /// The checksum of a piece, as the table chunk keeps it.
 std::int64_t PieceChecksum(std::int64_t key, std::string_view bytes);
+/// A piece's key is the value's number, shifted left by these bits, plus the piece's number.
+constexpr int ChunkBits = 24;
 /// The keys that the pieces of a value have.
 struct ChunkRange
 {
     std::int64_t first;
     std::int64_t last;
 };
-/// @throws Error MAPI_E_CORRUPT_DATA when `id` can be no value's.
+/// @throws Error MAPI_E_CORRUPT_DATA when no value can have this `id`.
 ChunkRange LargeChunks(std::int64_t id);
 
 } // namespace zebstore

@@ -1,3 +1,5 @@
+#include "zebstore/storage/MemoryRows.h"
+
 #include "zebstore/storage/RowParts.h"
 #include "zebstore/storage/RowSelection.h"
 

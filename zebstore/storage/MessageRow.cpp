@@ -1,7 +1,6 @@
 #include "zebstore/storage/MessageRow.h"
 
 #include "zebstore/storage/Encoding.h"
-#include "zebstore/storage/Schema.h"
 
 #include <tuple>
 
@@ -146,6 +145,17 @@ MessageCopies ReadCopies(const Query& query, int first)
     copies.subject = KeyIn(query, first + 7);
     copies.sender = KeyIn(query, first + 8);
     return copies;
+}
+
+void RequireNoParts(Database& database, MessageId message, MessageParts kind)
+{
+    Query query(database, "SELECT 1 FROM message WHERE id=? AND (parts & ?) != 0");
+    if (query.Bind(1, message).Bind(2, kind).Step())
+    {
+        throw Error(MAPI_E_CORRUPT_STORE, "the store file '" + database.Path() + "' is damaged: " +
+                                              (kind == HasRecipients ? "the recipients" : "the attachments") +
+                                              " of message " + std::to_string(message) + " are missing");
+    }
 }
 
 } // namespace zebstore

@@ -3,6 +3,8 @@
 
 #include "zebstore/storage/Database.h"
 #include "zebstore/storage/PropertySet.h"
+#include "zebstore/storage/StoreFormat.h"
+#include "zebstore/storage/StoreIds.h"
 
 #include <cstdint>
 #include <optional>
@@ -11,7 +13,7 @@
 namespace zebstore
 {
 
-/// The copies; a time or text that the message does not have is nothing (NULL). They follow from the properties alone.
+/// The copies; a time or text that the message does not have is NULL. They follow from the properties alone.
 struct MessageCopies
 {
     LONG flags = 0; ///< PR_MESSAGE_FLAGS
@@ -27,7 +29,14 @@ struct MessageCopies
     bool operator==(const MessageCopies& other) const;
 };
 
-/// The columns of the copies, in the order in which Bind and Read take them; `parts` (see Schema.h) among them.
+/// The recipients or the attachments of a message, without its own row.
+struct PartsSize
+{
+    size_t count = 0;
+    std::uint64_t bytes = 0; ///< what they add to PR_MESSAGE_SIZE
+};
+
+/// The columns of the copies, in the order in which Bind and Read take them; `parts` (see StoreFormat.h) among them.
 #define ZEB_MESSAGE_COPIES "flags, size, parts, delivered, submitted, modified, class, subject, sender"
 
 /// Sets the properties that the copies are of; texts come without their case.
@@ -38,5 +47,9 @@ MessageCopies CopiesOf(const PropertySet& properties);
 void BindCopies(Query& query, int first, const MessageCopies& copies, std::int64_t parts);
 /// Reads the copies from column `first` on.
 MessageCopies ReadCopies(const Query& query, int first);
+
+/// For a message of which no recipients or no attachments were found.
+/// @throws Error MAPI_E_CORRUPT_STORE when its row has the bit `kind`: then they are lost
+void RequireNoParts(Database& database, MessageId message, MessageParts kind);
 
 } // namespace zebstore

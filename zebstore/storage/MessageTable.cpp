@@ -1,10 +1,6 @@
-// The messages of StoreFile.
-#include "zebstore/storage/StoreFile.h"
+#include "zebstore/storage/MessageTable.h"
 
-#include "zebstore/storage/MessageRow.h"
 #include "zebstore/storage/PropertyBlob.h"
-#include "zebstore/storage/Schema.h"
-#include "zebstore/storage/StoreParts.h"
 
 #include <algorithm>
 #include <limits>
@@ -17,97 +13,20 @@ namespace
 
 constexpr int MostNested = 64;
 
-// A message's row as it is written.
-struct Row
-{
-    MessageCopies copies;
-    std::int64_t parts = 0;
-    std::string blob;
-};
-
-std::uint64_t BytesOf(const PropertySet& properties)
-{
-    std::uint64_t bytes = 0;
-    for (const PropertySet::Item& item : properties.Items())
-    {
-        bytes += StoredSize(item);
-    }
-    return bytes;
-}
-
 LONG AsLong(std::uint64_t size)
 {
     return static_cast<LONG>(std::min<std::uint64_t>(size, std::numeric_limits<LONG>::max()));
 }
 
-// Settles the properties that the store sets itself, and the row's copies. `properties` is completed.
-Row MakeRow(StoreFile& store, PropertySet& properties, const PartsSummary& summary, std::vector<LargeReference>& kept)
+std::int64_t UnreadOf(ContentsKey contents, LONG flags)
 {
-    LONG flags = properties.Long(PR_MESSAGE_FLAGS) & ~MSGFLAG_HASATTACH;
-    if (summary.attachments)
-    {
-        flags |= MSGFLAG_HASATTACH;
-    }
-    properties.SetLong(PR_MESSAGE_FLAGS, flags);
-    properties.SetBool(PR_HASATTACH, summary.attachments);
-    properties.SetLong(PR_MESSAGE_SIZE, 0);
-    properties.SetLong(PR_MESSAGE_SIZE, AsLong(BytesOf(properties) + summary.bytes));
-    Row row;
-    if (summary.recipients)
-    {
-        row.parts |= HasRecipients;
-    }
-    if (summary.attachments)
-    {
-        row.parts |= HasAttachments;
-    }
-    bool large = false;
-    row.blob = WriteBlob(store, properties, kept, large);
-    if (large)
-    {
-        row.parts |= HasLargeValues;
-    }
-    row.copies = CopiesOf(properties);
-    return row;
+    return contents.CountsUnread() && !(flags & MSGFLAG_READ) ? 1 : 0;
 }
 
-// Parameters: the identifier, the change number, the properties, the copies.
-void RunWithRow(Query& query, MessageId message, std::int64_t change, const Row& row)
+[[noreturn]] void ThrowGone(const StoreConnection& connection, MessageId message, HRESULT code)
 {
-    query.Bind(1, message).Bind(2, change).BindBlob(3, row.blob);
-    BindCopies(query, 4, row.copies, row.parts);
-    query.Run();
-}
-
-void UpdateRow(Database& database, MessageId message, std::int64_t change, const Row& row)
-{
-    Query query(database,
-                "UPDATE message SET change=?2, props=?3, (" ZEB_MESSAGE_COPIES ")=(?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, "
-                "?12) WHERE id=?1");
-    RunWithRow(query, message, change, row);
-}
-
-std::int64_t UnreadOf(std::int64_t container, LONG flags)
-{
-    const bool counts = container != 0 && (container & 1) == 0;
-    return counts && !(flags & MSGFLAG_READ) ? 1 : 0;
-}
-
-[[noreturn]] void ThrowGone(const StoreFile& store, HRESULT code)
-{
-    throw Error(code, "The message is not in the store file '" + store.Path() + "' any more.");
-}
-
-void WriteParts(StoreFile& store, MessageId message, const MessageContent& content, int depth)
-{
-    if (content.recipients)
-    {
-        WriteRecipients(store, message, *content.recipients);
-    }
-    if (!content.attachments.empty())
-    {
-        WriteAttachments(store, message, content.attachments, depth);
-    }
+    throw Error(code,
+                "message " + std::to_string(message) + " does not exist in the store file '" + connection.Path() + "'");
 }
 
 bool HasParts(const MessageContent& content)
@@ -115,8 +34,10 @@ bool HasParts(const MessageContent& content)
     return (content.recipients && !content.recipients->empty()) || !content.attachments.empty();
 }
 
-// What a stored row says of itself before it is changed or deleted.
-struct OldRow
+} // namespace
+
+// A stored row before it is changed or deleted.
+struct MessageTable::Old
 {
     std::int64_t change = 0;
     LONG flags = 0;
@@ -124,11 +45,26 @@ struct OldRow
     std::vector<LargeReference> large;
 };
 
-bool ReadOldRow(StoreFile& store, MessageId message, OldRow& old)
+// A row as it is written.
+struct MessageTable::Row
 {
-    Query query(store.Connection(), "SELECT change, flags, parts, props FROM message WHERE id=?");
-    query.Bind(1, message);
-    if (!query.Step())
+    MessageCopies copies;
+    std::int64_t parts = 0;
+    std::string blob;
+
+    // Parameters: the identifier, the change number, the properties, the copies.
+    void Run(Query& query, MessageId message, std::int64_t change) const
+    {
+        query.Bind(1, message).Bind(2, change).BindBlob(3, blob);
+        BindCopies(query, 4, copies, parts);
+        query.Run();
+    }
+};
+
+bool MessageTable::ReadOld(MessageId message, Old& old)
+{
+    Query query(m_connection.Db(), "SELECT change, flags, parts, props FROM message WHERE id=?");
+    if (!query.Bind(1, message).Step())
     {
         return false;
     }
@@ -142,106 +78,150 @@ bool ReadOldRow(StoreFile& store, MessageId message, OldRow& old)
     return true;
 }
 
-} // namespace
+void MessageTable::WriteParts(MessageId message, const MessageContent& content, int depth)
+{
+    if (content.recipients)
+    {
+        m_recipients.Write(message, *content.recipients);
+    }
+    if (!content.attachments.empty())
+    {
+        m_attachments.Write(message, content.attachments, depth, *this);
+    }
+}
 
-MessageId InsertMessage(StoreFile& store, std::int64_t container, const MessageContent& content, int depth)
+// Sets the properties that the store sets itself. The size is known only when all is encoded, so it is put in then.
+MessageTable::Row MessageTable::Encode(MessageId message, PropertySet properties, bool hasParts,
+                                       std::vector<LargeReference>& kept)
+{
+    const PartsSize recipients = hasParts ? m_recipients.SizeOf(message) : PartsSize();
+    const PartsSize attachments = hasParts ? m_attachments.SizeOf(message) : PartsSize();
+    LONG flags = properties.Long(PR_MESSAGE_FLAGS) & ~MSGFLAG_HASATTACH;
+    if (attachments.count != 0)
+    {
+        flags |= MSGFLAG_HASATTACH;
+    }
+    properties.SetLong(PR_MESSAGE_FLAGS, flags);
+    properties.SetBool(PR_HASATTACH, attachments.count != 0);
+    properties.SetLong(PR_MESSAGE_SIZE, 0);
+    BlobWriter writer(m_connection, properties, kept);
+    const LONG size = AsLong(writer.ValueBytes() + recipients.bytes + attachments.bytes);
+    writer.ReplaceLong(PR_MESSAGE_SIZE, size);
+    properties.SetLong(PR_MESSAGE_SIZE, size);
+    Row row;
+    const auto mark = [&](bool has, MessageParts bit)
+    {
+        if (has)
+        {
+            row.parts |= bit;
+        }
+    };
+    mark(writer.HasLarge(), HasLargeValues);
+    mark(recipients.count != 0, HasRecipients);
+    mark(attachments.count != 0, HasAttachments);
+    row.blob = writer.Take();
+    row.copies = CopiesOf(properties);
+    return row;
+}
+
+MessageId MessageTable::Insert(ContentsKey contents, const MessageContent& content, int depth)
 {
     if (depth > MostNested)
     {
-        throw Error(MAPI_E_TOO_COMPLEX, "Messages can be nested " + std::to_string(MostNested) + " deep.");
+        throw Error(MAPI_E_TOO_COMPLEX,
+                    "messages are nested too deep: at most " + std::to_string(MostNested) + " levels are stored");
     }
-    Database& database = store.Connection();
-    PropertySet properties = content.properties;
     MessageId message = 0;
-    const std::int64_t unread = UnreadOf(container, properties.Long(PR_MESSAGE_FLAGS));
-    const std::int64_t change = AddToContents(database, container, unread, message);
-    PartsSummary summary;
-    if (HasParts(content))
+    const std::int64_t unread = UnreadOf(contents, content.properties.Long(PR_MESSAGE_FLAGS));
+    const std::int64_t change = m_contents.Add(contents, unread, message);
+    const bool hasParts = HasParts(content);
+    if (hasParts)
     {
-        // The row tells of its parts, so it is written once, after them; until the commit they may lack it.
-        database.Execute("PRAGMA defer_foreign_keys=ON");
-        WriteParts(store, message, content, depth);
-        summary = SummarizeParts(store, message);
+        // The row depends on its parts, so it is written once, after them; until the commit they may lack it.
+        m_connection.Db().Execute("PRAGMA defer_foreign_keys=ON");
+        WriteParts(message, content, depth);
     }
     std::vector<LargeReference> none;
-    const Row row = MakeRow(store, properties, summary, none);
-    Query query(database, "INSERT INTO message(id, change, props, " ZEB_MESSAGE_COPIES
-                          ") VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
-    RunWithRow(query, message, change, row);
+    const Row row = Encode(message, content.properties, hasParts, none);
+    Query query(m_connection.Db(), "INSERT INTO message(id, change, props, " ZEB_MESSAGE_COPIES
+                                   ") VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+    row.Run(query, message, change);
     return message;
 }
 
-MessageId StoreFile::CreateMessage(FolderId folder, bool associated, const MessageContent& content)
+MessageId MessageTable::InsertEmbedded(const MessageContent& content, int depth)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    Transaction transaction(*m_database);
-    const MessageId message = InsertMessage(*this, ContainerOf(folder, associated), content, 0);
+    return Insert(ContentsKey::Embedded(), content, depth);
+}
+
+MessageId MessageTable::Create(ContentsKey contents, const MessageContent& content)
+{
+    StoreTransaction transaction(m_connection);
+    const MessageId message = Insert(contents, content, 0);
     transaction.Commit();
     return message;
 }
 
-std::int64_t StoreFile::SaveMessage(MessageId message, const MessageContent& content, std::int64_t change)
+std::int64_t MessageTable::Save(MessageId message, const MessageContent& content, std::int64_t change)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    Transaction transaction(*m_database);
-    OldRow old;
-    if (!ReadOldRow(*this, message, old))
+    StoreTransaction transaction(m_connection);
+    Old old;
+    if (!ReadOld(message, old))
     {
-        ThrowGone(*this, MAPI_E_OBJECT_DELETED);
+        ThrowGone(m_connection, message, MAPI_E_OBJECT_DELETED);
     }
     if (change != 0 && change != old.change)
     {
-        throw Error(MAPI_E_OBJECT_CHANGED, "The message has been saved by somebody else since it was opened.");
+        throw Error(MAPI_E_OBJECT_CHANGED, "message " + std::to_string(message) + " in the store file '" +
+                                               m_connection.Path() + "' was saved elsewhere since it was opened");
     }
-    WriteParts(*this, message, content, 0);
-    PartsSummary summary;
-    if ((old.parts & (HasRecipients | HasAttachments)) || HasParts(content))
+    WriteParts(message, content, 0);
+    const bool hasParts = (old.parts & (HasRecipients | HasAttachments)) || HasParts(content);
+    const Row row = Encode(message, content.properties, hasParts, old.large);
+    const ContentsKey contents = ContentsKey::Of(message);
+    const std::int64_t unread = UnreadOf(contents, row.copies.flags) - UnreadOf(contents, old.flags);
+    const std::int64_t next = m_contents.Touch(message, RowChange::Kind::Modified, unread);
     {
-        summary = SummarizeParts(*this, message);
+        Query query(m_connection.Db(),
+                    "UPDATE message SET change=?2, props=?3, (" ZEB_MESSAGE_COPIES ")=(?4, ?5, ?6, ?7, ?8, ?9, ?10, "
+                    "?11, ?12) WHERE id=?1");
+        row.Run(query, message, next);
     }
-    PropertySet properties = content.properties;
-    const Row row = MakeRow(*this, properties, summary, old.large);
-    const std::int64_t container = ContainerOf(message);
-    const std::int64_t next = TouchContents(*m_database, message, RowEvent::Modified,
-                                            UnreadOf(container, row.copies.flags) - UnreadOf(container, old.flags));
-    UpdateRow(*m_database, message, next, row);
-    DeleteReferences(*m_database, old.large);
+    DeleteReferences(m_connection.Db(), old.large);
     transaction.Commit();
     return next;
 }
 
-StoredMessage StoreFile::LoadMessage(MessageId message)
+StoredMessage MessageTable::Load(MessageId message)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    Query query(*m_database, "SELECT change, props FROM message WHERE id=?");
-    query.Bind(1, message);
-    if (!query.Step())
+    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    Query query(m_connection.Db(), "SELECT change, props FROM message WHERE id=?");
+    if (!query.Bind(1, message).Step())
     {
-        ThrowGone(*this, MAPI_E_NOT_FOUND);
+        ThrowGone(m_connection, message, MAPI_E_NOT_FOUND);
     }
-    return {message, query.Number(0), PropertyBlob(query.Bytes(1), *this, {"message", message}).Decode()};
+    return {message, query.Number(0), PropertyBlob(query.Bytes(1), m_connection, {"message", message}).Decode()};
 }
 
-bool StoreFile::MessageExists(MessageId message)
+bool MessageTable::Exists(MessageId message)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    Query query(*m_database, "SELECT 1 FROM message WHERE id=?");
+    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    Query query(m_connection.Db(), "SELECT 1 FROM message WHERE id=?");
     return query.Bind(1, message).Step();
 }
 
-MessageContent StoreFile::LoadWhole(MessageId message)
+MessageContent MessageTable::LoadWhole(MessageId message)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    const ReadScope moment(*m_database);
+    const StoreSnapshot snapshot(m_connection);
     MessageContent content;
-    content.properties = LoadMessage(message).properties;
-    content.recipients = Recipients(message);
-    for (const ULONG number : AttachmentNumbers(message))
+    content.properties = Load(message).properties;
+    content.recipients = m_recipients.Load(message);
+    for (const ULONG number : m_attachments.Numbers(message))
     {
         AttachmentEdit edit;
         edit.number = number;
-        edit.properties = Attachment(message, number);
-        if (const std::optional<MessageId> embedded = EmbeddedMessage(message, number))
+        edit.properties = m_attachments.Load(message, number);
+        if (const std::optional<MessageId> embedded = m_attachments.Embedded(message, number))
         {
             edit.embedded = std::make_shared<MessageContent>(LoadWhole(*embedded));
         }
@@ -250,120 +230,131 @@ MessageContent StoreFile::LoadWhole(MessageId message)
     return content;
 }
 
-void DeleteMessageRow(StoreFile& store, MessageId message)
+std::vector<MessageId> MessageTable::In(ContentsKey contents)
 {
-    OldRow old;
-    if (!ReadOldRow(store, message, old))
+    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    Query query(m_connection.Db(), "SELECT id FROM message WHERE id BETWEEN ? AND ? ORDER BY id");
+    std::vector<MessageId> messages = query.Bind(1, contents.FirstMessage()).Bind(2, contents.LastMessage()).Numbers();
+    if (messages.size() != m_contents.Rows(contents))
+    {
+        m_contents.RequireAllRows(contents);
+    }
+    return messages;
+}
+
+void MessageTable::DeleteRow(MessageId message)
+{
+    Old old;
+    if (!ReadOld(message, old))
     {
         return;
     }
-    if (old.parts & HasAttachments || old.parts & HasRecipients)
+    // The rows of recipients and attachments are deleted with the message; what they refer to is not.
+    if (old.parts & (HasRecipients | HasAttachments))
     {
-        ReleaseParts(store, message);
+        m_recipients.Write(message, {});
+        m_attachments.DeleteAll(message, *this);
     }
-    DeleteReferences(store.Connection(), old.large);
-    Query(store.Connection(), "DELETE FROM message WHERE id=?").Bind(1, message).Run();
-    const std::int64_t container = ContainerOf(message);
-    TouchContents(store.Connection(), message, RowEvent::Deleted, -UnreadOf(container, old.flags));
+    DeleteReferences(m_connection.Db(), old.large);
+    Query(m_connection.Db(), "DELETE FROM message WHERE id=?").Bind(1, message).Run();
+    m_contents.Touch(message, RowChange::Kind::Deleted, -UnreadOf(ContentsKey::Of(message), old.flags));
 }
 
-void ClearContents(StoreFile& store, std::int64_t container)
+size_t MessageTable::Delete(const std::vector<MessageId>& messages)
 {
-    Database& database = store.Connection();
-    const std::vector<MessageId> withParts =
-        Query(database, "SELECT id FROM message WHERE id BETWEEN ? AND ? AND parts & 7")
-            .Bind(1, FirstOf(container))
-            .Bind(2, LastOf(container))
-            .Numbers();
-    for (const MessageId message : withParts)
-    {
-        DeleteMessageRow(store, message);
-    }
-    Query(database, "DELETE FROM message WHERE id BETWEEN ? AND ?")
-        .Bind(1, FirstOf(container))
-        .Bind(2, LastOf(container))
-        .Run();
-    TouchWholeContents(database, container);
-}
-
-size_t StoreFile::DeleteMessages(const std::vector<MessageId>& messages)
-{
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    Transaction transaction(*m_database);
+    StoreTransaction transaction(m_connection);
     size_t deleted = 0;
     for (const MessageId message : messages)
     {
-        if (!MessageExists(message))
+        if (Exists(message))
         {
-            continue;
+            DeleteRow(message);
+            ++deleted;
         }
-        DeleteMessageRow(*this, message);
-        ++deleted;
     }
     transaction.Commit();
     return deleted;
 }
 
-std::vector<MessageId> StoreFile::MoveMessages(const std::vector<MessageId>& messages, FolderId folder)
+void MessageTable::Clear(ContentsKey contents)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    Transaction transaction(*m_database);
-    RequireFolder(*this, folder);
+    Database& database = m_connection.Db();
+    const std::vector<MessageId> withParts =
+        Query(database, "SELECT id FROM message WHERE id BETWEEN ? AND ? AND parts & ?")
+            .Bind(1, contents.FirstMessage())
+            .Bind(2, contents.LastMessage())
+            .Bind(3, AllParts)
+            .Numbers();
+    for (const MessageId message : withParts)
+    {
+        DeleteRow(message);
+    }
+    Query(database, "DELETE FROM message WHERE id BETWEEN ? AND ?")
+        .Bind(1, contents.FirstMessage())
+        .Bind(2, contents.LastMessage())
+        .Run();
+    m_contents.Clear(contents);
+}
+
+MessageId MessageTable::MoveRow(MessageId message, const Old& old, ContentsKey to)
+{
+    const ContentsKey from = ContentsKey::Of(message);
+    if (from == to)
+    {
+        return message;
+    }
+    MessageId moved = 0;
+    const std::int64_t unread = UnreadOf(from, old.flags);
+    const std::int64_t change = m_contents.Add(to, unread, moved);
+    Query(m_connection.Db(), "UPDATE message SET id=?, change=? WHERE id=?")
+        .Bind(1, moved)
+        .Bind(2, change)
+        .Bind(3, message)
+        .Run();
+    m_contents.Touch(message, RowChange::Kind::Deleted, -unread);
+    return moved;
+}
+
+std::vector<MessageId> MessageTable::Move(const std::vector<MessageId>& messages, FolderId folder)
+{
+    StoreTransaction transaction(m_connection);
+    m_contents.RequireExists({folder, false});
     std::vector<MessageId> moved;
     for (const MessageId message : messages)
     {
-        OldRow old;
-        if (!ReadOldRow(*this, message, old))
-        {
-            moved.push_back(0);
-            continue;
-        }
-        const std::int64_t from = ContainerOf(message);
-        const std::int64_t to = ContainerOf(folder, IsAssociated(message));
-        MessageId placed = message;
-        if (from != to)
-        {
-            const std::int64_t unread = UnreadOf(from, old.flags);
-            const std::int64_t change = AddToContents(*m_database, to, unread, placed);
-            Query(*m_database, "UPDATE message SET id=?, change=? WHERE id=?")
-                .Bind(1, placed)
-                .Bind(2, change)
-                .Bind(3, message)
-                .Run();
-            TouchContents(*m_database, message, RowEvent::Deleted, -unread);
-        }
-        moved.push_back(placed);
+        Old old;
+        const ContentsKey to(folder, ContentsKey::Of(message).IsAssociated());
+        moved.push_back(ReadOld(message, old) ? MoveRow(message, old, to) : 0);
     }
     transaction.Commit();
     return moved;
 }
 
-std::vector<MessageId> StoreFile::CopyMessages(const std::vector<MessageId>& messages, FolderId folder)
+std::vector<MessageId> MessageTable::Copy(const std::vector<MessageId>& messages, FolderId folder)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    Transaction transaction(*m_database);
-    RequireFolder(*this, folder);
+    StoreTransaction transaction(m_connection);
+    m_contents.RequireExists({folder, false});
     std::vector<MessageId> copies;
     for (const MessageId message : messages)
     {
-        copies.push_back(MessageExists(message) ? CreateMessage(folder, IsAssociated(message), LoadWhole(message)) : 0);
+        const ContentsKey to(folder, ContentsKey::Of(message).IsAssociated());
+        copies.push_back(Exists(message) ? Create(to, LoadWhole(message)) : 0);
     }
     transaction.Commit();
     return copies;
 }
 
-void StoreFile::ChangeMessageFlags(const std::vector<MessageId>& messages, ULONG set, ULONG clear)
+void MessageTable::ChangeFlags(const std::vector<MessageId>& messages, ULONG set, ULONG clear)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    Transaction transaction(*m_database);
+    StoreTransaction transaction(m_connection);
     for (const MessageId message : messages)
     {
-        if (!MessageExists(message))
+        if (!Exists(message))
         {
             continue;
         }
         MessageContent content;
-        content.properties = LoadMessage(message).properties;
+        content.properties = Load(message).properties;
         const LONG before = content.properties.Long(PR_MESSAGE_FLAGS);
         const LONG after = static_cast<LONG>((static_cast<ULONG>(before) | set) & ~clear);
         if (after == before)
@@ -371,22 +362,9 @@ void StoreFile::ChangeMessageFlags(const std::vector<MessageId>& messages, ULONG
             continue;
         }
         content.properties.SetLong(PR_MESSAGE_FLAGS, after);
-        SaveMessage(message, content, 0);
+        Save(message, content, 0);
     }
     transaction.Commit();
-}
-
-std::vector<MessageId> StoreFile::MessagesOf(FolderId folder, bool associated)
-{
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    const std::int64_t container = ContainerOf(folder, associated);
-    Query query(*m_database, "SELECT id FROM message WHERE id BETWEEN ? AND ? ORDER BY id");
-    std::vector<MessageId> messages = query.Bind(1, FirstOf(container)).Bind(2, LastOf(container)).Numbers();
-    if (messages.size() != Rows(folder, associated))
-    {
-        RequireAllRows(folder, associated);
-    }
-    return messages;
 }
 
 } // namespace zebstore

@@ -1,7 +1,6 @@
-// The named properties of StoreFile.
+#include "zebstore/storage/NamedPropertyTable.h"
+
 #include "zebstore/storage/Encoding.h"
-#include "zebstore/storage/StoreFile.h"
-#include "zebstore/storage/StoreParts.h"
 
 namespace zebstore
 {
@@ -11,10 +10,10 @@ namespace
 
 constexpr ULONG FirstNamed = 0x8000;
 constexpr ULONG LastNamed = 0xFFFE;
-// MAPI_E_NAMED_PROP_QUOTA_EXCEEDED; the MAPI headers at hand do not name it.
+// MAPI_E_NAMED_PROP_QUOTA_EXCEEDED, which the MAPI headers do not name.
 constexpr HRESULT QuotaExceeded = static_cast<HRESULT>(0x80040900);
 
-// A name as the table `named` keeps it.
+// A name as the table holds it.
 struct NameRow
 {
     std::string guid;
@@ -25,8 +24,9 @@ struct NameRow
 
 NameRow RowOf(const MAPINAMEID& name)
 {
-    Require(name.lpguid != nullptr, "A named property needs its property set.");
-    Require(name.ulKind == MNID_ID || name.ulKind == MNID_STRING, "A named property has a number or a name.");
+    Require(name.lpguid != nullptr, "the property set of a named property is null");
+    Require(name.ulKind == MNID_ID || name.ulKind == MNID_STRING,
+            "a named property is of no known kind: it has a number or a name");
     NameRow row;
     row.guid.assign(reinterpret_cast<const char*>(name.lpguid), sizeof(GUID));
     row.kind = name.ulKind;
@@ -36,7 +36,7 @@ NameRow RowOf(const MAPINAMEID& name)
         return row;
     }
     const WCHAR* text = name.Kind.lpwstrName;
-    Require(text != nullptr && *text != 0, "A named property has an empty name.");
+    Require(text != nullptr && *text != 0, "the name of a named property is empty");
     row.name = StoredFromWide(text, zeb::platform::WideLength(text));
     return row;
 }
@@ -60,7 +60,7 @@ ULONG Add(Database& database, const NameRow& row)
     }
     if (id > LastNamed)
     {
-        throw Error(QuotaExceeded, "The store file '" + database.Path() + "' has no number left for a named property.");
+        throw Error(QuotaExceeded, "the store file '" + database.Path() + "' has no number left for a named property");
     }
     Query(database, "INSERT INTO named(id, guid, kind, number, name) VALUES(?, ?, ?, ?, ?)")
         .Bind(1, id)
@@ -72,9 +72,9 @@ ULONG Add(Database& database, const NameRow& row)
     return id;
 }
 
-StoreFile::PropertyName NameOf(const Query& query)
+PropertyName NameOf(const Query& query)
 {
-    StoreFile::PropertyName name;
+    PropertyName name;
     name.id = static_cast<ULONG>(query.Number(0));
     name.set = ReadNumber<GUID>(query.Bytes(1));
     if (query.Number(2) == MNID_ID)
@@ -90,47 +90,47 @@ StoreFile::PropertyName NameOf(const Query& query)
 
 } // namespace
 
-std::vector<ULONG> StoreFile::IdsFromNames(const MAPINAMEID* const* names, size_t count, bool create)
+std::vector<ULONG> NamedPropertyTable::Ids(const MAPINAMEID* const* names, size_t count, bool create)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
     std::vector<NameRow> rows;
     for (size_t i = 0; i < count; ++i)
     {
-        Require(names[i] != nullptr, "A named property needs its name.");
+        Require(names[i] != nullptr, "the name of a named property is null");
         rows.push_back(RowOf(*names[i]));
     }
     std::vector<ULONG> ids;
     bool complete = true;
     for (const NameRow& row : rows)
     {
-        ids.push_back(Find(*m_database, row));
+        ids.push_back(Find(m_connection.Db(), row));
         complete = complete && ids.back() != 0;
     }
     if (complete || !create)
     {
         return ids;
     }
-    Transaction transaction(*m_database);
+    Transaction transaction(m_connection.Db());
     for (size_t i = 0; i < count; ++i)
     {
-        // Another process, or an equal name before this one, may have added it meanwhile.
+        // Another process, or an equal name before this one, may have added it in the meantime.
         if (ids[i] == 0)
         {
-            ids[i] = Find(*m_database, rows[i]);
+            ids[i] = Find(m_connection.Db(), rows[i]);
         }
         if (ids[i] == 0)
         {
-            ids[i] = Add(*m_database, rows[i]);
+            ids[i] = Add(m_connection.Db(), rows[i]);
         }
     }
     transaction.Commit();
     return ids;
 }
 
-std::optional<StoreFile::PropertyName> StoreFile::NameFromId(ULONG id)
+std::optional<PropertyName> NamedPropertyTable::Name(ULONG id)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    Query query(*m_database, "SELECT id, guid, kind, number, name FROM named WHERE id=?");
+    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    Query query(m_connection.Db(), "SELECT id, guid, kind, number, name FROM named WHERE id=?");
     query.Bind(1, id);
     if (!query.Step())
     {
@@ -139,11 +139,11 @@ std::optional<StoreFile::PropertyName> StoreFile::NameFromId(ULONG id)
     return NameOf(query);
 }
 
-std::vector<StoreFile::PropertyName> StoreFile::AllNames()
+std::vector<PropertyName> NamedPropertyTable::All()
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
     std::vector<PropertyName> names;
-    Query query(*m_database, "SELECT id, guid, kind, number, name FROM named ORDER BY id");
+    Query query(m_connection.Db(), "SELECT id, guid, kind, number, name FROM named ORDER BY id");
     while (query.Step())
     {
         names.push_back(NameOf(query));

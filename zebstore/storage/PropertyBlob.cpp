@@ -65,8 +65,8 @@ bool CanBeLarge(ULONG type)
     return IsText(type) || type == PT_BINARY;
 }
 
-// Where a value of this store stands, when it may stay there.
-const LargeReference* KeptReference(const StoreFile& store, const PropertySet::Item& item,
+// The reference of a value of this store that may stay where it is.
+const LargeReference* KeptReference(const StoreConnection& store, const PropertySet::Item& item,
                                     std::vector<LargeReference>& kept)
 {
     const auto* stored = dynamic_cast<const StoredLargeValue*>(item.large.get());
@@ -84,29 +84,16 @@ const LargeReference* KeptReference(const StoreFile& store, const PropertySet::I
     return &stored->Reference();
 }
 
-std::string LargeBytes(StoreFile& store, const PropertySet::Item& item, std::vector<LargeReference>& kept)
-{
-    if (!item.large)
-    {
-        return WriteLarge(store.Connection(), PROP_TYPE(item.tag), item.bytes).Encoded();
-    }
-    if (const LargeReference* reference = KeptReference(store, item, kept))
-    {
-        return reference->Encoded();
-    }
-    return WriteLarge(store.Connection(), PROP_TYPE(item.tag), *item.large).Encoded();
-}
-
 // What a stream shows of 16-bit text may be twice its encoding; of other types it is never more.
 std::uint64_t LongestInline(ULONG type)
 {
     return type == PT_UNICODE ? 2 * InlineLimit : InlineLimit;
 }
 
-// The encoded bytes of a value that stays next to its siblings, nothing for one that goes to chunks. The encoding alone
-// decides, whether the value was given as bytes or as a large value.
-// @param room holds the bytes of a value that was given as a large one
-std::optional<std::string_view> InlineBytes(const PropertySet::Item& item, std::string& room)
+// The encoded bytes of a value that is stored in the blob, nothing for one that goes to chunks. Only the encoding
+// decides, not whether the value was given as bytes or as a large value.
+// @param buffer holds the bytes of a value that was given as a large one
+std::optional<std::string_view> InlineBytes(const PropertySet::Item& item, std::string& buffer)
 {
     const ULONG type = PROP_TYPE(item.tag);
     std::string_view bytes = item.bytes;
@@ -116,8 +103,8 @@ std::optional<std::string_view> InlineBytes(const PropertySet::Item& item, std::
         {
             return std::nullopt;
         }
-        room = EncodedFromLarge(type, *item.large);
-        bytes = room;
+        buffer = EncodedFromLarge(type, *item.large);
+        bytes = buffer;
     }
     if (bytes.size() > InlineLimit && CanBeLarge(type))
     {
@@ -128,22 +115,27 @@ std::optional<std::string_view> InlineBytes(const PropertySet::Item& item, std::
 
 } // namespace
 
-PropertyBlob::PropertyBlob(std::string_view bytes, StoreFile& store, const BlobOwner& owner)
+PropertyBlob::PropertyBlob(std::string_view bytes, StoreConnection& store, const BlobOwner& owner)
     : m_bytes(WithoutChecksum(bytes))
     , m_store(&store)
 {
     if (!EndsWithItsValues(m_bytes) || !IsAsWritten(bytes))
     {
-        throw Error(MAPI_E_CORRUPT_DATA, std::string("The properties of ") + owner.what +
+        throw Error(MAPI_E_CORRUPT_DATA, std::string("the properties of ") + owner.what +
                                              (owner.id == 0 ? "" : " " + std::to_string(owner.id)) +
-                                             " in the store file '" + store.Path() + "' are damaged.");
+                                             " in the store file '" + store.Path() + "' are damaged");
     }
     m_count = CountOf(m_bytes);
 }
 
-size_t PropertyBlob::SizeOf(std::string_view bytes)
+std::uint64_t PropertyBlob::SizeOf(std::string_view bytes)
 {
-    return WithoutChecksum(bytes).size();
+    std::uint64_t size = WithoutChecksum(bytes).size();
+    for (const LargeReference& reference : ReferencesIn(bytes))
+    {
+        size += reference.size;
+    }
+    return size;
 }
 
 ULONG PropertyBlob::RawTag(size_t index) const
@@ -280,59 +272,88 @@ std::vector<LargeReference> ReferencesIn(std::string_view blob)
     return references;
 }
 
-std::uint64_t StoredSize(const PropertySet::Item& item)
+BlobWriter::BlobWriter(StoreConnection& store, const PropertySet& properties, std::vector<LargeReference>& kept)
+    : m_store(store)
+    , m_kept(kept)
+    , m_index{BlobVersion, '\0'}
 {
-    std::string room;
-    if (const std::optional<std::string_view> bytes = InlineBytes(item, room))
+    AppendNumber(m_index, static_cast<std::uint16_t>(properties.Count()));
+    for (const PropertySet::Item& item : properties.Items())
     {
-        return bytes->size();
-    }
-    if (item.large)
-    {
-        return item.large->Size();
-    }
-    switch (PROP_TYPE(item.tag))
-    {
-    case PT_UNICODE:
-        return WideFromStored(item.bytes).size() * sizeof(WCHAR);
-    case PT_STRING8:
-        return NarrowOf(item.bytes).size();
-    default:
-        return item.bytes.size();
+        Add(item);
     }
 }
 
-std::string WriteBlob(StoreFile& store, const PropertySet& properties, std::vector<LargeReference>& kept,
-                      bool& hasLarge)
+void BlobWriter::Add(const PropertySet::Item& item)
 {
-    std::string index(1, BlobVersion);
-    index += '\0';
-    AppendNumber(index, static_cast<std::uint16_t>(properties.Count()));
-    std::string values;
-    std::string room;
-    for (const PropertySet::Item& item : properties.Items())
+    const std::optional<std::string_view> bytes = InlineBytes(item, m_buffer);
+    if (bytes)
     {
-        const std::optional<std::string_view> bytes = InlineBytes(item, room);
-        if (bytes)
-        {
-            values += *bytes;
-        }
-        else
-        {
-            values += LargeBytes(store, item, kept);
-            hasLarge = true;
-        }
-        if (values.size() > 0x7FFFFFFF)
-        {
-            throw Error(MAPI_E_TOO_BIG, "The properties of an object are too large together.");
-        }
-        AppendNumber(index, static_cast<std::uint16_t>(PROP_ID(item.tag)));
-        AppendNumber(index, static_cast<std::uint16_t>(PROP_TYPE(item.tag) | (bytes ? 0 : LargeFlag)));
-        AppendNumber(index, static_cast<std::uint32_t>(values.size()));
+        m_values += *bytes;
+        m_valueBytes += bytes->size();
     }
-    index += values;
-    AppendChecksum(index);
-    return index;
+    else
+    {
+        m_values += AddLarge(item);
+        m_hasLarge = true;
+    }
+    if (m_values.size() > 0x7FFFFFFF)
+    {
+        throw Error(MAPI_E_TOO_BIG, "the properties of an object are too large together");
+    }
+    AppendNumber(m_index, static_cast<std::uint16_t>(PROP_ID(item.tag)));
+    AppendNumber(m_index, static_cast<std::uint16_t>(PROP_TYPE(item.tag) | (bytes ? 0 : LargeFlag)));
+    AppendNumber(m_index, static_cast<std::uint32_t>(m_values.size()));
+}
+
+std::string BlobWriter::AddLarge(const PropertySet::Item& item)
+{
+    const ULONG type = PROP_TYPE(item.tag);
+    if (!item.large)
+    {
+        const LargeReference written = WriteLarge(m_store.Db(), type, item.bytes);
+        m_valueBytes += written.form == LargeReference::OwnBytes ? written.ownSize : written.size;
+        return written.Encoded();
+    }
+    m_valueBytes += item.large->Size();
+    if (const LargeReference* reference = KeptReference(m_store, item, m_kept))
+    {
+        return reference->Encoded();
+    }
+    return WriteLarge(m_store.Db(), type, *item.large).Encoded();
+}
+
+void BlobWriter::ReplaceLong(ULONG tag, LONG value)
+{
+    size_t begin = 0;
+    for (size_t at = HeaderSize; at < m_index.size(); at += EntrySize)
+    {
+        const size_t end = ReadNumber<std::uint32_t>(m_index, at + 4);
+        if (ReadNumber<std::uint16_t>(m_index, at) == PROP_ID(tag) && end - begin == sizeof(value))
+        {
+            m_values.replace(begin, sizeof(value), reinterpret_cast<const char*>(&value), sizeof(value));
+        }
+        begin = end;
+    }
+}
+
+std::string BlobWriter::Take()
+{
+    std::string blob = std::move(m_index);
+    blob += m_values;
+    AppendChecksum(blob);
+    return blob;
+}
+
+std::string WriteBlob(StoreConnection& store, const PropertySet& properties, std::vector<LargeReference>& kept)
+{
+    return BlobWriter(store, properties, kept).Take();
+}
+
+std::string WriteBlob(StoreConnection& store, const PropertySet& properties)
+{
+    std::vector<LargeReference> none;
+    return WriteBlob(store, properties, none);
 }
 
 } // namespace zebstore

@@ -26,7 +26,7 @@ namespace zebstore
 struct BlobOwner
 {
     const char* what = "an object";
-    std::int64_t id = 0; ///< 0: not told
+    std::int64_t id = 0; ///< 0: none
 };
 
 /// Reads single properties out of a blob without decoding the rest. The bytes must live as long as this.
@@ -35,15 +35,15 @@ class PropertyBlob : public ValueSource
 public:
     /// @param store where large values are read from
     /// @throws Error MAPI_E_CORRUPT_DATA when the bytes do not match their checksum or their index
-    PropertyBlob(std::string_view bytes, StoreFile& store, const BlobOwner& owner = {});
+    PropertyBlob(std::string_view bytes, StoreConnection& store, const BlobOwner& owner = {});
 
     EncodedValue Find(ULONG tag) const override;
     size_t Count() const { return m_count; }
     /// The property at a place of the index.
     EncodedValue At(size_t index) const;
     PropertySet Decode() const;
-    /// The bytes without the checksum, which is the file's and not the object's: what a size tells of.
-    static size_t SizeOf(std::string_view bytes);
+    /// What the blob and its large values add to the size of a message: all bytes but the checksum.
+    static std::uint64_t SizeOf(std::string_view bytes);
     /// True when the index fits the bytes; the checksum is not looked at.
     static bool IsSound(std::string_view bytes);
     /// True when the bytes match their checksum; always where a blob has none.
@@ -57,24 +57,49 @@ private:
     EncodedValue Make(size_t index) const;
 
     std::string_view m_bytes;
-    StoreFile* m_store;
+    StoreConnection* m_store;
     size_t m_count = 0;
     mutable std::vector<std::shared_ptr<StoredLargeValue>> m_large;
 };
 
-/// The bytes that WriteBlob stores for a value: of its encoding, or, when the value goes to chunks, of what a stream
-/// shows of it. Does not depend on the form in which the value was given.
-std::uint64_t StoredSize(const PropertySet::Item& item);
-
-/// References to large values of a blob that is to be replaced or deleted; none when it is damaged, for a wrong
-/// reference would name another object's value.
+/// References to large values of a blob that is to be replaced or deleted; none when it is damaged: a wrong reference
+/// would name another object's value.
 std::vector<LargeReference> ReferencesIn(std::string_view blob);
 
-/// Writes a set as a blob, its large values into chunks, in the caller's transaction.
-/// @param kept references of the object's blob so far: large values among them stay where they are, and are taken
-///   off the list; what is left on it is no longer used.
-/// @param hasLarge set to true when the blob holds a reference.
-std::string WriteBlob(StoreFile& store, const PropertySet& properties, std::vector<LargeReference>& kept,
-                      bool& hasLarge);
+/// Encodes one set as a blob, its large values into chunks, in the caller's transaction.
+class BlobWriter
+{
+public:
+    /// @param kept references of the object's blob so far: large values among them stay where they are, and are taken
+    ///   off the list; what is left on it is no longer used. Must outlive the writer.
+    BlobWriter(StoreConnection& store, const PropertySet& properties, std::vector<LargeReference>& kept);
+
+    /// True when the blob holds a reference.
+    bool HasLarge() const { return m_hasLarge; }
+    /// Bytes of all values: of the encodings, and of what a stream shows of those in chunks. Does not depend on the form
+    /// in which a value was given.
+    std::uint64_t ValueBytes() const { return m_valueBytes; }
+    /// Replaces the value of a PT_LONG property that the set has.
+    void ReplaceLong(ULONG tag, LONG value);
+    /// The blob with its checksum; the writer is then empty.
+    std::string Take();
+
+private:
+    void Add(const PropertySet::Item& item);
+    std::string AddLarge(const PropertySet::Item& item);
+
+    StoreConnection& m_store;
+    std::vector<LargeReference>& m_kept;
+    std::string m_index;
+    std::string m_values;
+    std::string m_buffer; // for the encoding of a small value that was given as a large one
+    std::uint64_t m_valueBytes = 0;
+    bool m_hasLarge = false;
+};
+
+/// The blob of a BlobWriter.
+std::string WriteBlob(StoreConnection& store, const PropertySet& properties, std::vector<LargeReference>& kept);
+/// The blob of an object that is new.
+std::string WriteBlob(StoreConnection& store, const PropertySet& properties);
 
 } // namespace zebstore

@@ -11,36 +11,76 @@ namespace
 {
 
 constexpr size_t EntrySize = sizeof(std::uint64_t);
+constexpr int KindBits = 2;
+constexpr std::uint64_t KindMask = (1 << KindBits) - 1;
+constexpr std::uint64_t AllMessages = 0;
+
+std::uint64_t EntryAt(std::string_view recent, size_t index)
+{
+    return ReadNumber<std::uint64_t>(recent, index * EntrySize);
+}
+
+void Append(std::string& recent, std::uint64_t number, RowChange::Kind kind)
+{
+    AppendNumber(recent, number << KindBits | static_cast<std::uint64_t>(kind));
+}
 
 } // namespace
 
-void AddRecent(std::string& recent, const RecentChange& change)
+void AddRecent(std::string& recent, MessageId message, RowChange::Kind kind)
 {
     if (recent.size() >= MostRecent * EntrySize)
     {
         recent.erase(0, recent.size() - (MostRecent - 1) * EntrySize);
     }
-    AppendNumber(recent, static_cast<std::uint64_t>(change.number) << 2 | static_cast<std::uint64_t>(change.event));
+    Append(recent, static_cast<std::uint64_t>(ContentsKey::NumberOf(message)), kind);
 }
 
-std::vector<RecentChange> LastRecent(std::string_view recent, size_t count)
+std::string RecentReplaced()
 {
-    const size_t first = recent.size() / EntrySize - std::min(count, recent.size() / EntrySize);
-    std::vector<RecentChange> changes;
-    for (size_t at = first * EntrySize; at + EntrySize <= recent.size(); at += EntrySize)
+    std::string recent;
+    Append(recent, AllMessages, RowChange::Kind::Modified);
+    return recent;
+}
+
+RowChanges LastRecent(std::string_view recent, ContentsKey contents, std::uint64_t count)
+{
+    const size_t entries = recent.size() / EntrySize;
+    const size_t listed = static_cast<size_t>(std::min<std::uint64_t>(count, entries));
+    RowChanges changes;
+    for (size_t i = entries - listed; i < entries; ++i)
     {
-        const auto entry = ReadNumber<std::uint64_t>(recent.substr(at));
-        changes.push_back({static_cast<std::int64_t>(entry >> 2), static_cast<RowEvent>(entry & 3)});
+        const std::uint64_t entry = EntryAt(recent, i);
+        if (entry >> KindBits == AllMessages)
+        {
+            return {RowChanges::Extent::Replaced, {}};
+        }
+        const auto number = static_cast<std::int64_t>(entry >> KindBits);
+        changes.rows.push_back({static_cast<RowChange::Kind>(entry & KindMask), contents.Message(number), {}});
     }
+    if (listed < count)
+    {
+        return {};
+    }
+    changes.extent = RowChanges::Extent::Listed;
     return changes;
 }
 
 bool IsRecentSound(std::string_view recent)
 {
-    const std::vector<RecentChange> changes = LastRecent(recent, MostRecent);
-    return changes.size() * EntrySize == recent.size() &&
-           std::all_of(changes.begin(), changes.end(),
-                       [](const RecentChange& change) { return change.event <= RowEvent::Modified; });
+    const size_t entries = recent.size() / EntrySize;
+    if (entries * EntrySize != recent.size() || entries > MostRecent)
+    {
+        return false;
+    }
+    for (size_t i = 0; i < entries; ++i)
+    {
+        if ((EntryAt(recent, i) & KindMask) > static_cast<std::uint64_t>(RowChange::Kind::Modified))
+        {
+            return false;
+        }
+    }
+    return true;
 }
 
 } // namespace zebstore

@@ -1,37 +1,31 @@
-// contents.recent: what the last changes of a place of messages were about.
+// The change log of a folder's contents: the column contents.recent.
 #pragma once
 
-#include "zebstore/storage/StoreParts.h"
+#include "zebstore/storage/RowChange.h"
+#include "zebstore/storage/StoreIds.h"
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace zebstore
 {
 
-/// One entry: eight bytes, little-endian, the message's number shifted left by two bits over the event. The last entry
-/// belongs to the place's change number, the one before it to the change number below, and so on.
-struct RecentChange
-{
-    /// Messages are numbered from 1: 0 stands for all of the place at once.
-    std::int64_t number = 0;
-    RowEvent event = RowEvent::Modified;
+// One entry: eight bytes, little-endian, the message's number shifted left by two bits over RowChange::Kind. The last
+// entry belongs to the contents' change number, the one before it to the change number below, and so on. Messages are
+// numbered from 1: the number 0 means that all messages were replaced.
 
-    static RecentChange Everything() { return {}; }
-    bool IsEverything() const { return number == 0; }
-};
-
-/// So many of the last changes are listed. Who looks on more seldom reads the place anew.
+/// Entries that the log holds at most. A reader that is further behind reads the whole contents again.
 constexpr size_t MostRecent = 128;
 
 /// Appends an entry and drops the oldest beyond MostRecent.
-void AddRecent(std::string& recent, const RecentChange& change);
+void AddRecent(std::string& recent, MessageId message, RowChange::Kind kind);
+/// The log of contents whose messages were all replaced.
+std::string RecentReplaced();
 
-/// The last `count` entries, oldest first; fewer when there are fewer.
-std::vector<RecentChange> LastRecent(std::string_view recent, size_t count);
+/// The last `count` changes, oldest first; Unknown when fewer are listed, Replaced when one of them replaced all.
+RowChanges LastRecent(std::string_view recent, ContentsKey contents, std::uint64_t count);
 
-/// True when it is made of whole entries, not too many, each with an event that there is.
+/// True when it consists of whole entries, not too many, each with a known kind.
 bool IsRecentSound(std::string_view recent);
 
 } // namespace zebstore

@@ -1,9 +1,9 @@
 #include "zebstore/storage/Repair.h"
 
+#include "zebstore/storage/CounterRepair.h"
 #include "zebstore/storage/MessageRow.h"
 #include "zebstore/storage/PropertyBlob.h"
 #include "zebstore/storage/ValueRepair.h"
-#include "zebstore/storage/Schema.h"
 
 #include <sqlite3.h>
 
@@ -16,6 +16,7 @@ namespace
 {
 
 constexpr int PagesAtOnce = 1000;
+constexpr MessageId LastEmbedded = ContentsKey::Embedded().LastMessage();
 
 std::string FirstDamage(Database& database)
 {
@@ -29,7 +30,7 @@ class RowRepair
 public:
     RowRepair(StoreFile& store, const WorkReport& report)
         : m_store(store)
-        , m_database(store.Connection())
+        , m_database(store.Connection().Db())
         , m_report(report)
     {
     }
@@ -44,8 +45,8 @@ public:
         m_database.Execute("REINDEX");
         if (!FirstDamage(m_database).empty())
         {
-            throw Error(MAPI_E_CORRUPT_STORE, "The store file '" + m_store.Path() +
-                                                  "' has damaged pages that cannot be repaired: " + damage + ".");
+            throw Error(MAPI_E_CORRUPT_STORE,
+                        "the store file '" + m_store.Path() + "' has damaged pages that cannot be repaired: " + damage);
         }
         m_report.found("an index does not fit its table (" + damage + "): rebuilt");
     }
@@ -57,26 +58,30 @@ public:
         Remove("attachments of messages that are missing",
                "DELETE FROM attachment WHERE message NOT IN (SELECT id FROM message)");
         Remove("receive folders that are missing", "DELETE FROM receive WHERE folder NOT IN (SELECT id FROM folder)");
-        Remove("members of what is no list or missing",
-               "DELETE FROM member WHERE list NOT IN (SELECT id FROM address WHERE type=8) OR "
-               "(address IS NULL) = (entry IS NULL) OR address NOT IN (SELECT id FROM address)");
+        Remove(
+            "members of what is not a list or is missing",
+            "DELETE FROM member WHERE list NOT IN (SELECT id FROM address WHERE type=" + std::to_string(MAPI_DISTLIST) +
+                ") OR "
+                "(address IS NULL) = (entry IS NULL) OR address NOT IN (SELECT id FROM address)");
         Change("attachments whose message is missing: kept without it",
                "UPDATE attachment SET embedded=NULL WHERE embedded IS NOT NULL AND embedded NOT IN "
-               "(SELECT id FROM message WHERE id <= 4294967295)");
+               "(SELECT id FROM message WHERE id <= " +
+                   std::to_string(LastEmbedded) + ")");
         Change("attachments whose message belongs to another one too: kept without it",
                "UPDATE attachment SET embedded=NULL WHERE EXISTS(SELECT 1 FROM attachment o WHERE "
                "o.embedded=attachment.embedded AND (o.message, o.number) < (attachment.message, "
                "attachment.number))");
     }
 
-    // A message inside an attachment that is gone; messages inside it become ownerless in their turn.
+    // Messages inside attachments that do not exist; the messages inside those lose their owner in the next round.
     void RemoveLostEmbedded()
     {
         for (;;)
         {
             const std::vector<std::int64_t> lost =
-                Query(m_database, "SELECT id FROM message WHERE id <= 4294967295 AND id NOT IN "
+                Query(m_database, "SELECT id FROM message WHERE id <= ? AND id NOT IN "
                                   "(SELECT embedded FROM attachment WHERE embedded IS NOT NULL)")
+                    .Bind(1, LastEmbedded)
                     .Numbers();
             if (lost.empty())
             {
@@ -95,11 +100,12 @@ public:
         const std::vector<std::int64_t> lost =
             Query(m_database, "WITH RECURSIVE tree(id) AS (SELECT 1 UNION SELECT f.id FROM folder f JOIN tree t "
                               "ON f.parent=t.id) SELECT id FROM folder WHERE id NOT IN tree AND (parent IS NULL OR "
-                              "parent NOT IN (SELECT id FROM folder) OR id > 10)")
+                              "parent NOT IN (SELECT id FROM folder) OR id > ?)")
+                .Bind(1, IdOf(StandardFolder::CommonViews))
                 .Numbers();
-        Change("places of messages whose folder is missing: removed",
+        Change("counters whose folder is missing: removed",
                "DELETE FROM contents WHERE folder IS NOT NULL AND folder NOT IN (SELECT id FROM folder)");
-        MakeMissingPlaces();
+        MakeMissingContents();
         for (const std::int64_t folder : lost)
         {
             if (!IsReached(folder))
@@ -111,23 +117,25 @@ public:
 
     void MoveLostMessages()
     {
-        const std::vector<std::int64_t> places =
-            Query(m_database, "SELECT DISTINCT id >> 32 FROM message WHERE (id >> 32) NOT IN "
+        const std::vector<std::int64_t> columns =
+            Query(m_database, "SELECT DISTINCT id >> ?1 FROM message WHERE (id >> ?1) NOT IN "
                               "(SELECT container FROM contents)")
+                .Bind(1, ContentsKey::MessageBits)
                 .Numbers();
-        for (const std::int64_t place : places)
+        for (const std::int64_t column : columns)
         {
+            const ContentsKey lost = ContentsKey::FromColumn(column);
             const FolderId folder = RecoveredFolder();
-            const std::int64_t target = ContainerOf(folder, (place & 1) != 0);
+            const ContentsKey target(folder, lost.IsAssociated());
             const std::vector<std::int64_t> messages =
                 Query(m_database, "SELECT id FROM message WHERE id BETWEEN ? AND ?")
-                    .Bind(1, FirstOf(place))
-                    .Bind(2, LastOf(place))
+                    .Bind(1, lost.FirstMessage())
+                    .Bind(2, lost.LastMessage())
                     .Numbers();
             for (const std::int64_t message : messages)
             {
                 MessageId placed = 0;
-                const std::int64_t change = AddToContents(m_database, target, 0, placed);
+                const std::int64_t change = m_store.Contents().Add(target, 0, placed);
                 Query(m_database, "UPDATE message SET id=?, change=? WHERE id=?")
                     .Bind(1, placed)
                     .Bind(2, change)
@@ -135,21 +143,22 @@ public:
                     .Run();
             }
             m_report.found(std::to_string(messages.size()) + " messages belong to no folder (" +
-                           std::to_string(place >> 1) + "): moved to folder " + std::to_string(folder));
+                           std::to_string(lost.Folder()) + "): moved to folder " + std::to_string(folder));
         }
     }
 
-    // A message is saved as it is: that settles its columns, its size and what it tells of its parts.
+    // Saving a message as it is corrects its columns, its size and the bits of its parts.
     void MendMessages()
     {
         std::vector<std::int64_t> changed;
         {
-            Query query(m_database, "SELECT m.id, m.props, m.parts & 7, EXISTS(SELECT 1 FROM recipient r WHERE "
+            Query query(m_database, "SELECT m.id, m.props, m.parts & ?, EXISTS(SELECT 1 FROM recipient r WHERE "
                                     "r.message=m.id), EXISTS(SELECT 1 FROM attachment a WHERE "
                                     "a.message=m.id), " ZEB_MESSAGE_COPIES " FROM message m");
+            query.Bind(1, AllParts);
             while (query.Step())
             {
-                const PropertyBlob blob(query.Bytes(1), m_store);
+                const PropertyBlob blob(query.Bytes(1), m_store.Connection());
                 std::int64_t parts = 0;
                 if (!ReferencesIn(query.Bytes(1)).empty())
                 {
@@ -173,19 +182,19 @@ public:
         {
             m_report.found("message " + std::to_string(message) +
                            ": its row does not match its properties, recipients and attachments: rebuilt");
-            Query(m_database, "UPDATE message SET parts=7 WHERE id=?").Bind(1, message).Run();
-            m_store.SaveMessage(message, {m_store.LoadMessage(message).properties, {}, {}}, 0);
+            Query(m_database, "UPDATE message SET parts=? WHERE id=?").Bind(1, AllParts).Bind(2, message).Run();
+            m_store.Messages().Save(message, {m_store.Messages().Load(message).properties, {}, {}}, 0);
         }
     }
 
 private:
-    std::int64_t Run(const char* sql)
+    std::int64_t Run(const std::string& sql)
     {
-        m_database.Execute(sql);
+        m_database.Execute(sql.c_str());
         return sqlite3_changes64(m_database.Handle());
     }
 
-    void Change(const char* what, const char* sql)
+    void Change(const std::string& what, const std::string& sql)
     {
         if (const std::int64_t changed = Run(sql); changed != 0)
         {
@@ -193,27 +202,32 @@ private:
         }
     }
 
-    void Remove(const char* what, const char* sql) { Change((std::string(what) + ": removed").c_str(), sql); }
+    void Remove(const std::string& what, const std::string& sql) { Change(what + ": removed", sql); }
 
-    void MakeMissingPlaces()
+    bool HasContents(ContentsKey contents)
     {
-        if (NumberOf(Query(m_database, "SELECT count(*) FROM contents WHERE container=0")) == 0)
+        Query query(m_database, "SELECT 1 FROM contents WHERE container=?");
+        return query.Bind(1, contents.Column()).Step();
+    }
+
+    void MakeMissingContents()
+    {
+        if (!HasContents(ContentsKey::Embedded()))
         {
-            m_report.found("the place of messages inside attachments is missing: made");
-            InsertContents(m_database, 0, 0);
+            m_report.found("the counters of messages inside attachments are missing: created");
+            m_store.Contents().Insert(ContentsKey::Embedded());
         }
         for (const std::int64_t folder : Query(m_database, "SELECT id FROM folder").Numbers())
         {
             for (const bool associated : {false, true})
             {
-                const std::int64_t container = ContainerOf(folder, associated);
-                Query query(m_database, "SELECT 1 FROM contents WHERE container=?");
-                if (query.Bind(1, container).Step())
+                const ContentsKey contents(folder, associated);
+                if (HasContents(contents))
                 {
                     continue;
                 }
                 m_report.found("folder " + std::to_string(folder) + ": its counters are missing: made");
-                InsertContents(m_database, container, folder);
+                m_store.Contents().Insert(contents);
             }
         }
     }
@@ -225,17 +239,17 @@ private:
         return query.Bind(1, folder).Step();
     }
 
-    // The name that a folder can have in the top of the subtree.
+    // A name that is free in the top of the subtree.
     std::string FreeName(const std::string& name, FolderId folder)
     {
         const FolderId top = IdOf(StandardFolder::IpmSubtree);
-        const bool isFree = !name.empty() && m_store.FindFolder(top, name) == 0;
+        const bool isFree = !name.empty() && m_store.Folders().Find(top, name) == 0;
         return isFree ? name : name + (name.empty() ? "" : " ") + "(" + std::to_string(folder) + ")";
     }
 
     void MoveToSubtree(FolderId folder)
     {
-        PropertySet properties = m_store.FolderProperties(folder);
+        PropertySet properties = m_store.Folders().Properties(folder);
         const std::string name = FreeName(properties.Text(PR_DISPLAY_NAME_W), folder);
         properties.SetText(PR_DISPLAY_NAME_W, name);
         const std::string passing = "\x01" + std::to_string(folder); // no folder's key begins so
@@ -244,7 +258,7 @@ private:
             .BindText(2, passing)
             .Bind(3, folder)
             .Run();
-        m_store.SaveFolderProperties(folder, properties);
+        m_store.Folders().SaveProperties(folder, properties);
         m_report.found("folder " + std::to_string(folder) + " is not reached from the root: moved to '" + name +
                        "' under the top of the subtree");
     }
@@ -252,13 +266,13 @@ private:
     FolderId RecoveredFolder()
     {
         const FolderId top = IdOf(StandardFolder::IpmSubtree);
-        if (const FolderId found = m_store.FindFolder(top, "Recovered"))
+        if (const FolderId found = m_store.Folders().Find(top, "Recovered"))
         {
             return found;
         }
         PropertySet properties;
         properties.SetText(PR_DISPLAY_NAME_W, "Recovered");
-        return m_store.CreateFolder(top, properties);
+        return m_store.Folders().Create(top, properties);
     }
 
     StoreFile& m_store;
@@ -273,7 +287,7 @@ void CopyStore(const std::string& from, const std::string& to, const WorkReport&
     std::error_code failure;
     if (std::filesystem::exists(std::filesystem::u8path(to), failure))
     {
-        throw Error(MAPI_E_COLLISION, "The file '" + to + "' exists already.");
+        throw Error(MAPI_E_COLLISION, "the file '" + to + "' exists already");
     }
     Database source(from, Database::Mode::ReadOnly);
     Database target(to, Database::Mode::Create);
@@ -299,15 +313,15 @@ void CopyStore(const std::string& from, const std::string& to, const WorkReport&
 
 void RepairStore(StoreFile& store, const WorkReport& report)
 {
-    const std::lock_guard<std::recursive_mutex> hold(store.Lock());
-    store.RequireWritable();
-    Transaction transaction(store.Connection());
-    // Rows are without their owners until all are in place.
-    store.Connection().Execute("PRAGMA defer_foreign_keys=ON");
+    store.Connection().RequireWritable();
+    Database& database = store.Connection().Db();
+    StoreTransaction transaction(store.Connection());
+    // Until the end rows may lack their owners.
+    database.Execute("PRAGMA defer_foreign_keys=ON");
     RowRepair rows(store, report);
     rows.MendIndexes();
     rows.RemoveOwnerless();
-    ValueRepair values(store, report);
+    ValueRepair values(store.Connection(), report);
     values.MendContent();
     rows.RemoveLostEmbedded();
     rows.MendFolders();
@@ -315,11 +329,11 @@ void RepairStore(StoreFile& store, const WorkReport& report)
     values.MendReferences();
     values.RemoveOrphans();
     rows.MendMessages();
-    CounterRepair(store, report).Mend();
+    CounterRepair(database, report).Mend();
     const std::vector<std::string> left = store.CheckWhole();
     if (!left.empty())
     {
-        throw Error(MAPI_E_CORRUPT_STORE, "The store file '" + store.Path() + "' cannot be repaired: " + left[0] + ".");
+        throw Error(MAPI_E_CORRUPT_STORE, "the store file '" + store.Path() + "' cannot be repaired: " + left[0]);
     }
     transaction.Commit();
 }
@@ -327,8 +341,8 @@ void RepairStore(StoreFile& store, const WorkReport& report)
 void CompactStore(StoreFile& store, const WorkReport& report)
 {
     const std::lock_guard<std::recursive_mutex> hold(store.Lock());
-    store.RequireWritable();
-    Database& database = store.Connection();
+    store.Connection().RequireWritable();
+    Database& database = store.Connection().Db();
     constexpr int InstructionsBetween = 100000;
     sqlite3_progress_handler(database.Handle(), InstructionsBetween, [](void* told)
     {

@@ -1,4 +1,4 @@
-// Filtering and sorting in memory, for rows that SQL can not judge.
+// Filtering and sorting in memory, for conditions that SQL cannot express.
 #pragma once
 
 #include "zebstore/storage/Restriction.h"

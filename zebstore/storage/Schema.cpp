@@ -28,7 +28,7 @@ struct TableSql
 // the number that the next message gets, so numbers are never given twice; `change` rises with every
 // transaction that touches a row of the place. Container 0 holds the messages inside attachments, and its
 // `change` stands for the folder tree. `recent` lists the rows that the last changes were about (see
-// StoreContents.cpp), so that an open table learns what happened without a search.
+// RecentChanges.h), so that an open table learns what happened without a search.
 //
 // A message's id is its container, shifted left by 32 bits, plus its number: the messages of a folder lie
 // side by side, in the order in which they came, and a save appends to one page. The columns before `props`
@@ -230,24 +230,24 @@ void UpgradeSchema(Database& database)
 
 std::int64_t CheckSchema(Database& database)
 {
-    const std::string file = "The store file '" + database.Path() + "' ";
+    const std::string file = "the store file '" + database.Path() + "' ";
     if (ReadPragma(database, "PRAGMA application_id") != ApplicationId)
     {
-        throw Error(MAPI_E_CORRUPT_STORE, file + "is a database, but not a store.");
+        throw Error(MAPI_E_CORRUPT_STORE, file + "is a database, but not a store");
     }
     const std::int64_t version = ReadPragma(database, "PRAGMA user_version");
     if (version > SchemaVersion)
     {
         throw Error(MAPI_E_VERSION, file + "has the schema version " + std::to_string(version) +
-                                        "; this program knows versions up to " + std::to_string(SchemaVersion) + ".");
+                                        "; this program knows versions up to " + std::to_string(SchemaVersion));
     }
     if (version == FirstVersion)
     {
-        throw Error(MAPI_E_VERSION, file + "has the old schema version 1; it must be opened for writing once.");
+        throw Error(MAPI_E_VERSION, file + "has the old schema version 1; it must be opened for writing once");
     }
     if (version < FirstVersion)
     {
-        throw Error(MAPI_E_CORRUPT_STORE, file + "has the impossible schema version " + std::to_string(version) + ".");
+        throw Error(MAPI_E_CORRUPT_STORE, file + "has the impossible schema version " + std::to_string(version));
     }
     Query query(database, "SELECT sql FROM sqlite_schema WHERE name=?");
     for (const TableSql& table : Tables)
@@ -260,8 +260,8 @@ std::int64_t CheckSchema(Database& database)
         const bool isOlder = table.older && version < ChecksumVersion;
         if (!query.Step() || query.Bytes(0) != (isOlder ? table.older : table.sql))
         {
-            throw Error(MAPI_E_CORRUPT_STORE,
-                        file + "is damaged: its table '" + table.name + "' is not as it must be.");
+            throw Error(MAPI_E_CORRUPT_STORE, file + "is damaged: its table '" + table.name +
+                                                  "' does not have the columns that it must have");
         }
         query.Reset();
     }

@@ -3,7 +3,7 @@
 #include "zebstore/base/Error.h"
 #include "zebstore/storage/Compare.h"
 #include "zebstore/storage/Encoding.h"
-#include "zebstore/storage/InstanceRows.h"
+#include "zebstore/storage/InstanceTag.h"
 
 namespace zebstore
 {

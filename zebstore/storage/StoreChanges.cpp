@@ -10,13 +10,13 @@ namespace zebstore
 namespace
 {
 
-StoreEvent::What WhatOf(RowEvent event)
+StoreEvent::What WhatOf(RowChange::Kind kind)
 {
-    switch (event)
+    switch (kind)
     {
-    case RowEvent::Added:
+    case RowChange::Kind::Added:
         return StoreEvent::What::Created;
-    case RowEvent::Deleted:
+    case RowChange::Kind::Deleted:
         return StoreEvent::What::Deleted;
     default:
         return StoreEvent::What::Modified;
@@ -28,19 +28,19 @@ StoreEvent::What WhatOf(RowEvent event)
 StoreChanges::StoreChanges(std::shared_ptr<StoreFile> store)
     : m_store(std::move(store))
 {
-    Next(); // tells of all there is, which is nobody's concern
+    Next(); // the first call reports all that exists
 }
 
 std::vector<StoreEvent> StoreChanges::Next()
 {
     std::vector<StoreEvent> events;
-    if (m_store->ChangeStamp() == m_stamp)
+    if (m_store->Contents().ChangeStamp() == m_stamp)
     {
         return events;
     }
-    const StoreMoment moment(*m_store);
-    const std::uint64_t stamp = m_store->ChangeStamp();
-    const std::uint64_t tree = m_store->Generation(0, false);
+    const StoreSnapshot snapshot(m_store->Connection());
+    const std::uint64_t stamp = m_store->Contents().ChangeStamp();
+    const std::uint64_t tree = m_store->Contents().TreeGeneration();
     if (tree != m_tree)
     {
         LookAtFolders(events);
@@ -54,7 +54,7 @@ std::vector<StoreEvent> StoreChanges::Next()
 void StoreChanges::LookAtFolders(std::vector<StoreEvent>& events)
 {
     std::map<FolderId, SeenFolder> now;
-    Query query(m_store->Connection(), "SELECT id, parent, props FROM folder");
+    Query query(m_store->Connection().Db(), "SELECT id, parent, props FROM folder");
     while (query.Step())
     {
         now[query.Number(0)] = {query.Number(1), std::string(query.Bytes(2))};
@@ -88,40 +88,38 @@ void StoreChanges::LookAtFolders(std::vector<StoreEvent>& events)
 void StoreChanges::LookAtContents(std::vector<StoreEvent>& events)
 {
     std::unordered_map<std::int64_t, std::int64_t> now;
-    Query query(m_store->Connection(), "SELECT container, change, recent FROM contents WHERE container != 0");
+    Query query(m_store->Connection().Db(), "SELECT container, change, recent FROM contents WHERE container != ?");
+    query.Bind(1, ContentsKey::Embedded().Column());
     while (query.Step())
     {
-        const std::int64_t container = query.Number(0);
+        const ContentsKey contents = ContentsKey::FromColumn(query.Number(0));
         const std::int64_t change = query.Number(1);
-        const auto was = m_changes.find(container);
-        // A place is made with change number 1.
+        const auto was = m_changes.find(contents.Column());
+        // Contents are created with change number 1.
         const std::int64_t before = was == m_changes.end() ? 1 : was->second;
         if (change > before)
         {
-            const auto folder = m_folders.find(container >> 1);
-            List(events, container, folder == m_folders.end() ? 0 : folder->second.parent, change - before,
+            const auto folder = m_folders.find(contents.Folder());
+            List(events, contents, folder == m_folders.end() ? 0 : folder->second.parent, change - before,
                  query.Bytes(2));
         }
-        now[container] = change;
+        now[contents.Column()] = change;
     }
     m_changes.swap(now);
 }
 
-void StoreChanges::List(std::vector<StoreEvent>& events, std::int64_t container, FolderId parent, std::int64_t count,
+void StoreChanges::List(std::vector<StoreEvent>& events, ContentsKey contents, FolderId parent, std::int64_t count,
                         std::string_view recent)
 {
-    const FolderId folder = container >> 1;
-    const std::vector<RecentChange> changes = LastRecent(recent, static_cast<size_t>(count));
-    const bool whole =
-        std::any_of(changes.begin(), changes.end(), [](const RecentChange& change) { return change.IsEverything(); });
-    if (whole || changes.size() < static_cast<size_t>(count))
+    const RowChanges changes = LastRecent(recent, contents, static_cast<std::uint64_t>(count));
+    if (changes.extent != RowChanges::Extent::Listed)
     {
-        events.push_back({StoreEvent::What::Modified, true, folder, parent, 0});
+        events.push_back({StoreEvent::What::Modified, true, contents.Folder(), parent, 0});
         return;
     }
-    for (const RecentChange& change : changes)
+    for (const RowChange& change : changes.rows)
     {
-        events.push_back({WhatOf(change.event), false, FirstOf(container) | change.number, folder, 0});
+        events.push_back({WhatOf(change.kind), false, change.key, contents.Folder(), 0});
     }
 }
 

@@ -26,9 +26,9 @@ struct StoreEvent
     FolderId oldParent = 0; ///< of what was moved
 };
 
-/// Remembers a store's state and tells how it differs from that. Events of one folder's messages come in the order of
+/// Remembers a store's state and reports how it has changed since. Events of one folder's messages come in the order of
 /// their commits; where there are too many to be listed, the folder is Modified instead. The messages of a deleted
-/// folder go with it and are not told. Threads: one at a time.
+/// folder are not reported. Threads: one at a time.
 class StoreChanges
 {
 public:
@@ -47,14 +47,14 @@ private:
 
     void LookAtFolders(std::vector<StoreEvent>& events);
     void LookAtContents(std::vector<StoreEvent>& events);
-    static void List(std::vector<StoreEvent>& events, std::int64_t container, FolderId parent, std::int64_t count,
+    static void List(std::vector<StoreEvent>& events, ContentsKey contents, FolderId parent, std::int64_t count,
                      std::string_view recent);
 
     const std::shared_ptr<StoreFile> m_store;
     std::uint64_t m_stamp = 0;
     std::uint64_t m_tree = 0;
     std::map<FolderId, SeenFolder> m_folders;
-    std::unordered_map<std::int64_t, std::int64_t> m_changes; // change number of each place of messages
+    std::unordered_map<std::int64_t, std::int64_t> m_changes; // change number by ContentsKey::Column
 };
 
 } // namespace zebstore

@@ -1,9 +1,9 @@
-// StoreFile::CheckWhole: the file's own rules, held against its rows.
+#include "zebstore/storage/StoreCheck.h"
+
 #include "zebstore/storage/MessageRow.h"
 #include "zebstore/storage/PropertyBlob.h"
 #include "zebstore/storage/RecentChanges.h"
 #include "zebstore/storage/Schema.h"
-#include "zebstore/storage/StoreParts.h"
 
 #include <map>
 #include <unordered_set>
@@ -39,11 +39,11 @@ void CheckDatabase(Database& database, Problems& problems)
     }
 }
 
-// The values that rows refer to; a value belongs to one row.
+// The large values that rows refer to; a value belongs to one row.
 class References
 {
 public:
-    References(StoreFile& store, Problems& problems)
+    References(StoreConnection& store, Problems& problems)
         : m_store(store)
         , m_problems(problems)
     {
@@ -73,7 +73,7 @@ public:
 
     void CheckOrphans()
     {
-        Query query(m_store.Connection(), "SELECT id FROM large");
+        Query query(m_store.Db(), "SELECT id FROM large");
         while (query.Step())
         {
             if (m_taken.count(query.Number(0)) == 0)
@@ -81,8 +81,8 @@ public:
                 m_problems.push_back(Named("large value", query.Number(0)) + " belongs to nothing");
             }
         }
-        Query chunks(m_store.Connection(), "SELECT count(*) FROM chunk WHERE (id >> 24) NOT IN (SELECT id FROM large)");
-        if (chunks.Step() && chunks.Number(0) != 0)
+        Query chunks(m_store.Db(), "SELECT count(*) FROM chunk WHERE (id >> ?) NOT IN (SELECT id FROM large)");
+        if (chunks.Bind(1, ChunkBits).Step() && chunks.Number(0) != 0)
         {
             m_problems.push_back(std::to_string(chunks.Number(0)) + " pieces belong to no large value");
         }
@@ -103,9 +103,8 @@ private:
         std::uint64_t bytes = 0;
         bool asWritten = true;
         const ChunkRange chunks = LargeChunks(id);
-        Query query = HasSums()
-                          ? Query(m_store.Connection(), "SELECT id, bytes, sum FROM chunk WHERE id BETWEEN ? AND ?")
-                          : Query(m_store.Connection(), "SELECT id, bytes FROM chunk WHERE id BETWEEN ? AND ?");
+        Query query = HasSums() ? Query(m_store.Db(), "SELECT id, bytes, sum FROM chunk WHERE id BETWEEN ? AND ?")
+                                : Query(m_store.Db(), "SELECT id, bytes FROM chunk WHERE id BETWEEN ? AND ?");
         query.Bind(1, chunks.first).Bind(2, chunks.last);
         while (query.Step())
         {
@@ -124,7 +123,7 @@ private:
 
     bool HasSums() const { return m_store.Version() >= ChecksumVersion; }
 
-    StoreFile& m_store;
+    StoreConnection& m_store;
     Problems& m_problems;
     std::unordered_set<std::int64_t> m_taken;
 };
@@ -132,21 +131,22 @@ private:
 void CheckCounters(Database& database, Problems& problems)
 {
     std::map<std::int64_t, std::pair<std::int64_t, std::int64_t>> counted;
-    Query rows(database, "SELECT id >> 32, count(*), sum((flags & 1) = 0), max(id) FROM message GROUP BY id >> 32");
+    Query rows(database, "SELECT id >> ?1 AS container, count(*), sum((flags & ?2) = 0), max(id) FROM message "
+                         "GROUP BY container");
+    rows.Bind(1, ContentsKey::MessageBits).Bind(2, MSGFLAG_READ);
     std::map<std::int64_t, std::int64_t> last;
     while (rows.Step())
     {
-        const std::int64_t container = rows.Number(0);
-        const bool counts = container != 0 && (container & 1) == 0;
-        counted[container] = {rows.Number(1), counts ? rows.Number(2) : 0};
-        last[container] = rows.Number(3) & 0xFFFFFFFF;
+        const ContentsKey contents = ContentsKey::FromColumn(rows.Number(0));
+        counted[contents.Column()] = {rows.Number(1), contents.CountsUnread() ? rows.Number(2) : 0};
+        last[contents.Column()] = ContentsKey::NumberOf(rows.Number(3));
     }
     Query query(database, "SELECT container, rows, unread, next, recent FROM contents");
     while (query.Step())
     {
         const std::int64_t container = query.Number(0);
         const std::pair<std::int64_t, std::int64_t> found = counted[container];
-        const std::string folder = Named("folder", container >> 1);
+        const std::string folder = Named("folder", ContentsKey::FromColumn(container).Folder());
         if (query.Number(1) != found.first)
         {
             problems.push_back(folder + ": it counts " + std::to_string(query.Number(1)) + " messages and has " +
@@ -170,14 +170,14 @@ void CheckCounters(Database& database, Problems& problems)
     for (const auto& lost : counted)
     {
         problems.push_back(std::to_string(lost.second.first) + " messages belong to no folder (" +
-                           std::to_string(lost.first >> 1) + ")");
+                           std::to_string(ContentsKey::FromColumn(lost.first).Folder()) + ")");
     }
 }
 
 void CheckFolders(Database& database, References& references, Problems& problems)
 {
     Query query(database, "SELECT f.id, f.props, (SELECT count(*) FROM contents c WHERE c.container IN "
-                          "(f.id*2, f.id*2+1)) FROM folder f");
+                          "(" ZEB_NORMAL_CONTENTS("f.id") ", " ZEB_ASSOCIATED_CONTENTS("f.id") ")) FROM folder f");
     while (query.Step())
     {
         references.Take(Named("folder", query.Number(0)), query.Bytes(1));
@@ -194,9 +194,9 @@ void CheckFolders(Database& database, References& references, Problems& problems
     }
 }
 
-void CheckMessages(StoreFile& store, References& references, Problems& problems)
+void CheckMessages(StoreConnection& store, References& references, Problems& problems)
 {
-    Database& database = store.Connection();
+    Database& database = store.Db();
     Query query(database, "SELECT id, props, " ZEB_MESSAGE_COPIES " FROM message");
     while (query.Step())
     {
@@ -209,8 +209,9 @@ void CheckMessages(StoreFile& store, References& references, Problems& problems)
         }
     }
     Query parts(database,
-                "SELECT id FROM message m WHERE ((parts & 2) != 0) != EXISTS(SELECT 1 FROM recipient r WHERE "
-                "r.message=m.id) OR ((parts & 4) != 0) != EXISTS(SELECT 1 FROM attachment a WHERE a.message=m.id)");
+                "SELECT id FROM message m WHERE ((parts & ?1) != 0) != EXISTS(SELECT 1 FROM recipient r WHERE "
+                "r.message=m.id) OR ((parts & ?2) != 0) != EXISTS(SELECT 1 FROM attachment a WHERE a.message=m.id)");
+    parts.Bind(1, HasRecipients).Bind(2, HasAttachments);
     while (parts.Step())
     {
         problems.push_back(Named("message", parts.Number(0)) + ": it does not know its recipients or attachments");
@@ -236,14 +237,16 @@ void CheckParts(Database& database, References& references, Problems& problems)
             problems.push_back(owner + ": its message belongs to another attachment too");
         }
     }
-    Query lost(database, "SELECT id FROM message WHERE id <= 4294967295 AND id NOT IN "
+    Query lost(database, "SELECT id FROM message WHERE id <= ? AND id NOT IN "
                          "(SELECT embedded FROM attachment WHERE embedded IS NOT NULL)");
+    lost.Bind(1, ContentsKey::Embedded().LastMessage());
     while (lost.Step())
     {
         problems.push_back(Named("message", lost.Number(0)) + " belongs to no attachment");
     }
     Query missing(database, "SELECT message FROM attachment WHERE embedded IS NOT NULL AND embedded NOT IN "
-                            "(SELECT id FROM message WHERE id <= 4294967295)");
+                            "(SELECT id FROM message WHERE id <= ?)");
+    missing.Bind(1, ContentsKey::Embedded().LastMessage());
     while (missing.Step())
     {
         problems.push_back(Named("message", missing.Number(0)) + ": a message inside it is missing");
@@ -279,26 +282,27 @@ void CheckAddresses(Database& database, References& references, Problems& proble
 
 } // namespace
 
-std::vector<std::string> StoreFile::CheckWhole()
+std::vector<std::string> CheckStore(StoreConnection& connection)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    const std::lock_guard<std::recursive_mutex> hold(connection.Lock());
+    Database& database = connection.Db();
     Problems problems;
     try
     {
-        const ReadScope moment(*m_database);
-        CheckDatabase(*m_database, problems);
-        References references(*this, problems);
+        const ReadScope snapshot(database);
+        CheckDatabase(database, problems);
+        References references(connection, problems);
         {
-            Query query(*m_database, "SELECT props FROM store WHERE id=1");
+            Query query(database, "SELECT props FROM store WHERE id=1");
             references.Take("the store", query.Step() ? query.Bytes(0) : std::string_view());
         }
-        CheckCounters(*m_database, problems);
-        CheckFolders(*m_database, references, problems);
-        CheckMessages(*this, references, problems);
-        CheckParts(*m_database, references, problems);
-        if (CheckSchema(*m_database) >= AddressBookVersion)
+        CheckCounters(database, problems);
+        CheckFolders(database, references, problems);
+        CheckMessages(connection, references, problems);
+        CheckParts(database, references, problems);
+        if (CheckSchema(database) >= AddressBookVersion)
         {
-            CheckAddresses(*m_database, references, problems);
+            CheckAddresses(database, references, problems);
         }
         references.CheckOrphans();
     }

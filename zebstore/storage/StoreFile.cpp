@@ -1,11 +1,10 @@
 #include "zebstore/storage/StoreFile.h"
 
 #include "zebstore/base/Guard.h"
-
 #include "zebstore/storage/Encoding.h"
 #include "zebstore/storage/PropertyBlob.h"
 #include "zebstore/storage/Schema.h"
-#include "zebstore/storage/StoreParts.h"
+#include "zebstore/storage/StoreCheck.h"
 
 #include <filesystem>
 #include <fstream>
@@ -75,11 +74,11 @@ void RequireHeader(const std::string& path)
     if (!failure && size < HeaderSize)
     {
         throw Error(MAPI_E_CORRUPT_STORE,
-                    "The store file '" + path + "' is no store: it has only " + std::to_string(size) + " bytes.");
+                    "the store file '" + path + "' is not a store: it has only " + std::to_string(size) + " bytes");
     }
 }
 
-// SQLite takes a last page that is cut short for one that ends in zeros. Without a log beside it the file must have
+// SQLite takes a last page that is cut short for one that ends in zeros. Without a log next to it the file must have
 // all the pages that its header counts; with one, SQLite itself finds what is missing.
 void RequireWholePages(const std::string& path)
 {
@@ -108,7 +107,7 @@ void RequireWholePages(const std::string& path)
     const std::uintmax_t size = fs::file_size(fs::u8path(path), failure);
     if (!failure && size < pageSize * bigEndian(28, 4))
     {
-        throw Error(MAPI_E_CORRUPT_STORE, "The store file '" + path + "' is cut short.");
+        throw Error(MAPI_E_CORRUPT_STORE, "the store file '" + path + "' is truncated");
     }
 }
 
@@ -121,30 +120,7 @@ void Configure(Database& database, const StoreFile::OpenOptions& options)
     // A save writes two pages to the log; at 16 MB they are carried over, many saves to a page together.
     database.Execute("PRAGMA wal_autocheckpoint=4000");
     PrepareStaging(database);
-}
-
-void FillNewStore(StoreFile& store, const std::string& displayName)
-{
-    Database& database = store.Connection();
-    const GUID uid = NewGuid();
-    PropertySet properties;
-    properties.SetText(PR_DISPLAY_NAME_W, displayName);
-    std::vector<LargeReference> none;
-    bool large = false;
-    const std::string blob = WriteBlob(store, properties, none, large);
-    Query(database, "INSERT INTO store(id, uid, props) VALUES(1, ?, ?)")
-        .BindBlob(1, {reinterpret_cast<const char*>(&uid), sizeof(uid)})
-        .BindBlob(2, blob)
-        .Run();
-    InsertContents(database, 0, 0);
-    for (const StandardName& each : StandardNames)
-    {
-        PropertySet folder;
-        folder.SetText(PR_DISPLAY_NAME_W, each.name);
-        const FolderId parent = each.folder == StandardFolder::Root ? 0 : IdOf(each.parent);
-        InsertFolder(store, IdOf(each.folder), parent, folder, each.type);
-    }
-    store.SetReceiveFolder("", IdOf(StandardFolder::Inbox));
+    database.SetCommitObserver(options.observer);
 }
 
 void RemoveFiles(const std::string& path)
@@ -188,15 +164,16 @@ std::unique_ptr<Database> OpenToRead(const std::string& path)
 
 } // namespace
 
-StoreFile::StoreFile() = default;
-StoreFile::~StoreFile() = default;
-
-void StoreFile::RequireWritable() const
+StoreFile::StoreFile(std::unique_ptr<Database> database, bool readOnly, std::int64_t version)
+    : m_connection(std::make_shared<StoreConnection>(std::move(database), readOnly, version))
+    , m_contents(*m_connection)
+    , m_recipients(*m_connection)
+    , m_attachments(*m_connection)
+    , m_messages(*m_connection, m_contents, m_recipients, m_attachments)
+    , m_folders(*m_connection, m_contents, m_messages)
+    , m_namedProperties(*m_connection)
+    , m_receiveFolders(*m_connection, m_folders)
 {
-    if (m_readOnly)
-    {
-        throw Error(MAPI_E_NO_ACCESS, "The store file '" + m_path + "' can only be read.");
-    }
 }
 
 bool StoreFile::Exists(const std::string& path)
@@ -210,159 +187,126 @@ std::shared_ptr<StoreFile> StoreFile::Create(const std::string& path, const std:
 {
     if (Exists(path))
     {
-        throw Error(MAPI_E_COLLISION, "The store file '" + path + "' exists already.");
+        throw Error(MAPI_E_COLLISION, "the store file '" + path + "' exists already");
     }
-    const std::shared_ptr<StoreFile> store(new StoreFile);
-    store->m_path = path;
+    auto database = std::make_unique<Database>(path, Database::Mode::Create);
+    std::shared_ptr<StoreFile> store;
     try
     {
-        store->m_database = std::make_unique<Database>(path, Database::Mode::Create);
-        Database& database = *store->m_database;
-        database.Execute("PRAGMA journal_mode=WAL");
-        Configure(database, options);
-        Transaction transaction(database);
-        CreateSchema(database);
-        store->m_version = SchemaVersion;
-        FillNewStore(*store, displayName);
-        transaction.Commit();
+        database->Execute("PRAGMA journal_mode=WAL");
+        Configure(*database, options);
+        store.reset(new StoreFile(std::move(database), false, SchemaVersion));
+        store->Fill(displayName);
+        store->ReadUid();
     }
     catch (...)
     {
-        const bool made = store->m_database != nullptr;
-        store->m_database.reset();
-        if (made)
-        {
-            RemoveFiles(path);
-        }
+        store.reset();
+        database.reset();
+        RemoveFiles(path);
         throw;
     }
-    store->ReadUid();
     return store;
+}
+
+void StoreFile::Fill(const std::string& displayName)
+{
+    StoreTransaction transaction(*m_connection);
+    Database& database = m_connection->Db();
+    CreateSchema(database);
+    const GUID uid = NewGuid();
+    PropertySet properties;
+    properties.SetText(PR_DISPLAY_NAME_W, displayName);
+    const std::string blob = WriteBlob(*m_connection, properties);
+    Query(database, "INSERT INTO store(id, uid, props) VALUES(1, ?, ?)")
+        .BindBlob(1, {reinterpret_cast<const char*>(&uid), sizeof(uid)})
+        .BindBlob(2, blob)
+        .Run();
+    m_contents.Insert(ContentsKey::Embedded());
+    for (const StandardName& each : StandardNames)
+    {
+        PropertySet folder;
+        folder.SetText(PR_DISPLAY_NAME_W, each.name);
+        const FolderId parent = each.folder == StandardFolder::Root ? 0 : IdOf(each.parent);
+        m_folders.Insert(IdOf(each.folder), parent, folder, each.type);
+    }
+    m_receiveFolders.Set("", IdOf(StandardFolder::Inbox));
+    transaction.Commit();
 }
 
 std::shared_ptr<StoreFile> StoreFile::Open(const std::string& path, const OpenOptions& options)
 {
     if (!Exists(path))
     {
-        throw Error(MAPI_E_NOT_FOUND, "The store file '" + path + "' does not exist.");
+        throw Error(MAPI_E_NOT_FOUND, "the store file '" + path + "' does not exist");
     }
     if (!fs::is_regular_file(fs::u8path(path)))
     {
-        throw Error(MAPI_E_CORRUPT_STORE, "The store file '" + path + "' is not a file.");
+        throw Error(MAPI_E_CORRUPT_STORE, "the store file '" + path + "' is not a file");
     }
     if (!options.readOnly && MayNotBeWritten(path))
     {
-        throw Error(MAPI_E_NO_ACCESS, "The store file '" + path + "' is read-only.");
+        throw Error(MAPI_E_NO_ACCESS, "the store file '" + path + "' is read-only");
     }
     RequireHeader(path);
-    const std::shared_ptr<StoreFile> store(new StoreFile);
-    store->m_path = path;
-    store->m_readOnly = options.readOnly;
-    store->m_database =
+    std::unique_ptr<Database> database =
         options.readOnly ? OpenToRead(path) : std::make_unique<Database>(path, Database::Mode::ReadWrite);
-    if (!options.readOnly && NeedsUpgrade(*store->m_database))
+    if (!options.readOnly && NeedsUpgrade(*database))
     {
         RequireWholePages(path);
         TraceNote("the store file '" + path +
                   "' is of an older version: it is upgraded, which reads and writes all of it");
-        UpgradeSchema(*store->m_database);
+        UpgradeSchema(*database);
     }
-    store->m_version = CheckSchema(*store->m_database);
+    const std::int64_t version = CheckSchema(*database);
     RequireWholePages(path);
-    Configure(*store->m_database, options);
+    Configure(*database, options);
+    const std::shared_ptr<StoreFile> store(new StoreFile(std::move(database), options.readOnly, version));
     store->ReadUid();
     return store;
 }
 
 void StoreFile::ReadUid()
 {
-    Query query(*m_database, "SELECT uid FROM store WHERE id=1");
+    Query query(m_connection->Db(), "SELECT uid FROM store WHERE id=1");
     if (!query.Step() || query.Bytes(0).size() != sizeof(GUID))
     {
-        throw Error(MAPI_E_CORRUPT_STORE, "The store file '" + m_path + "' is damaged: it has no identity.");
+        throw Error(MAPI_E_CORRUPT_STORE, "the store file '" + Path() + "' is damaged: it has no identifier");
     }
     m_uid = ReadNumber<GUID>(query.Bytes(0));
 }
 
+std::vector<std::string> StoreFile::CheckWhole()
+{
+    return CheckStore(*m_connection);
+}
+
 PropertySet StoreFile::Properties()
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    Query query(*m_database, "SELECT props FROM store WHERE id=1");
+    const std::lock_guard<std::recursive_mutex> hold(Lock());
+    Query query(m_connection->Db(), "SELECT props FROM store WHERE id=1");
     query.Step();
-    return PropertyBlob(query.Bytes(0), *this, {"the store"}).Decode();
+    return PropertyBlob(query.Bytes(0), *m_connection, {"the store"}).Decode();
 }
 
 void StoreFile::SaveProperties(const PropertySet& properties)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    Transaction transaction(*m_database);
+    StoreTransaction transaction(*m_connection);
     std::vector<LargeReference> kept;
     {
-        Query query(*m_database, "SELECT props FROM store WHERE id=1");
+        Query query(m_connection->Db(), "SELECT props FROM store WHERE id=1");
         query.Step();
         kept = ReferencesIn(query.Bytes(0));
     }
-    bool large = false;
-    const std::string blob = WriteBlob(*this, properties, kept, large);
-    Query(*m_database, "UPDATE store SET props=? WHERE id=1").BindBlob(1, blob).Run();
-    DeleteReferences(*m_database, kept);
+    const std::string blob = WriteBlob(*m_connection, properties, kept);
+    Query(m_connection->Db(), "UPDATE store SET props=? WHERE id=1").BindBlob(1, blob).Run();
+    DeleteReferences(m_connection->Db(), kept);
     transaction.Commit();
-}
-
-StoreFile::ReceiveFolder StoreFile::ReceiveFolderOf(const std::string& messageClass)
-{
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    Query query(*m_database, "SELECT class, folder FROM receive WHERE class=?");
-    for (std::string name = messageClass;;)
-    {
-        query.BindText(1, name);
-        if (query.Step())
-        {
-            return {std::string(query.Bytes(0)), query.Number(1)};
-        }
-        query.Reset();
-        if (name.empty())
-        {
-            throw Error(MAPI_E_NOT_FOUND, "The store file '" + m_path + "' has no receive folder.");
-        }
-        const size_t dot = name.rfind('.');
-        name.resize(dot == std::string::npos ? 0 : dot);
-    }
-}
-
-void StoreFile::SetReceiveFolder(const std::string& messageClass, FolderId folder)
-{
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    Require(IsAscii(messageClass), "A message class is ASCII.");
-    Require(folder != 0 || !messageClass.empty(), "The default receive folder can not be removed.");
-    Transaction transaction(*m_database);
-    Query(*m_database, "DELETE FROM receive WHERE class=?").BindText(1, messageClass).Run();
-    if (folder != 0)
-    {
-        RequireFolder(*this, folder);
-        Query(*m_database, "INSERT INTO receive(class, folder) VALUES(?, ?)")
-            .BindText(1, messageClass)
-            .Bind(2, folder)
-            .Run();
-    }
-    transaction.Commit();
-}
-
-std::vector<StoreFile::ReceiveFolder> StoreFile::ReceiveFolders()
-{
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    std::vector<ReceiveFolder> folders;
-    Query query(*m_database, "SELECT class, folder FROM receive ORDER BY class");
-    while (query.Step())
-    {
-        folders.push_back({std::string(query.Bytes(0)), query.Number(1)});
-    }
-    return folders;
 }
 
 std::shared_ptr<StagedValue> StoreFile::Stage()
 {
-    return MakeStagedValue(shared_from_this());
+    return MakeStagedValue(m_connection);
 }
 
 std::shared_ptr<StagedValue> StoreFile::Stage(const LargeValue& value)
@@ -378,77 +322,6 @@ std::shared_ptr<StagedValue> StoreFile::Stage(const LargeValue& value)
         count = value.Read(offset, &piece[0], piece.size());
     }
     return staged;
-}
-
-std::uint64_t StoreFile::Generation(FolderId folder, bool associated)
-{
-    return PlaceOf(folder, associated).generation;
-}
-
-ULONG StoreFile::Rows(FolderId folder, bool associated)
-{
-    return PlaceOf(folder, associated).rows;
-}
-
-// Asked at each call of a table: the file is read only when something was committed since.
-StoreFile::Place StoreFile::PlaceOf(FolderId folder, bool associated)
-{
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    const std::int64_t container = ContainerOf(folder, associated);
-    const std::uint64_t commits = m_database->Commits();
-    if (commits == 0)
-    {
-        return ReadPlace(container);
-    }
-    if (commits != m_placesOf)
-    {
-        m_places.clear();
-        m_placesOf = commits;
-    }
-    const auto known = m_places.find(container);
-    if (known != m_places.end())
-    {
-        return known->second;
-    }
-    return m_places[container] = ReadPlace(container);
-}
-
-StoreFile::Place StoreFile::ReadPlace(std::int64_t container)
-{
-    Query query(*m_database, "SELECT change, rows FROM contents WHERE container=?");
-    query.Bind(1, container);
-    if (!query.Step())
-    {
-        return {};
-    }
-    return {static_cast<std::uint64_t>(query.Number(0)) + 1, static_cast<ULONG>(query.Number(1))};
-}
-
-void StoreFile::RequireAllRows(FolderId folder, bool associated)
-{
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    const ReadScope moment(*m_database);
-    const std::int64_t container = ContainerOf(folder, associated);
-    const ULONG counted = ReadPlace(container).rows;
-    Query query(*m_database, "SELECT count(*) FROM message WHERE id BETWEEN ? AND ?");
-    query.Bind(1, FirstOf(container)).Bind(2, LastOf(container)).Step();
-    if (query.Number(0) != counted)
-    {
-        throw Error(MAPI_E_CORRUPT_STORE, "The store file '" + m_path + "' is damaged: of the " +
-                                              std::to_string(counted) + " messages of folder " +
-                                              std::to_string(folder) + " " + std::to_string(query.Number(0)) +
-                                              " can be read.");
-    }
-}
-
-// Between two changes of the tree the sum of all change numbers only rises; a deleted folder changes the tree.
-std::uint64_t StoreFile::ChangeStamp()
-{
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
-    const ReadScope moment(*m_database);
-    Query query(*m_database, "SELECT sum(change) FROM contents");
-    query.Step();
-    return (Generation(0, false) << 32) + (static_cast<std::uint64_t>(query.Number(0)) & 0xFFFFFFFF);
 }
 
 } // namespace zebstore

@@ -2,7 +2,7 @@
 
 #include "zebstore/base/Memory.h"
 #include "zebstore/storage/Encoding.h"
-#include "zebstore/storage/InstanceRows.h"
+#include "zebstore/storage/InstanceTag.h"
 
 #include <algorithm>
 #include <vector>

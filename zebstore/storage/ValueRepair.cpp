@@ -1,7 +1,8 @@
+#include "zebstore/storage/ValueRepair.h"
+
 #include "zebstore/storage/Encoding.h"
 #include "zebstore/storage/MessageRow.h"
 #include "zebstore/storage/PropertyBlob.h"
-#include "zebstore/storage/ValueRepair.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -11,8 +12,6 @@ namespace zebstore
 
 namespace
 {
-
-constexpr std::int64_t PieceBits = 24;
 
 std::string HexOf(ULONG tag)
 {
@@ -49,9 +48,9 @@ const ValueRepair::Table ValueRepair::Tables[] = {
      "UPDATE directory SET props=? WHERE id=? AND 0=?", nullptr},
 };
 
-ValueRepair::ValueRepair(StoreFile& store, const WorkReport& report)
+ValueRepair::ValueRepair(StoreConnection& store, const WorkReport& report)
     : m_store(store)
-    , m_database(store.Connection())
+    , m_database(store.Db())
     , m_report(report)
 {
     Query query(m_database, "SELECT (SELECT count(*) FROM message)+(SELECT count(*) FROM recipient)+(SELECT count(*) "
@@ -97,9 +96,7 @@ std::string ValueRepair::Replacement(const Table& table, const Row& row)
             AddCopies(properties, ReadCopies(query, 0));
         }
     }
-    std::vector<LargeReference> none;
-    bool large = false;
-    return WriteBlob(m_store, properties, none, large);
+    return WriteBlob(m_store, properties);
 }
 
 void ValueRepair::MendBlobs(const Table& table)
@@ -147,7 +144,7 @@ void ValueRepair::MendPieces()
     }
     for (const std::int64_t key : changed)
     {
-        m_report.found("large value " + std::to_string(key >> PieceBits) +
+        m_report.found("large value " + std::to_string(key >> ChunkBits) +
                        ": a piece of it does not match its checksum: kept as it reads");
         Query piece(m_database, "SELECT bytes FROM chunk WHERE id=?");
         piece.Bind(1, key).Step();
@@ -214,8 +211,7 @@ void ValueRepair::Rewrite(const Table& table, const Row& row)
             kept.push_back(reference);
         }
     }
-    bool large = false;
-    const Row changed{row.key, row.number, WriteBlob(m_store, properties, kept, large)};
+    const Row changed{row.key, row.number, WriteBlob(m_store, properties, kept)};
     Write(table, changed);
     for (const LargeReference& reference : ReferencesIn(changed.blob))
     {

@@ -4,6 +4,7 @@
 #include "zebstore/base/Memory.h"
 #include "zebstore/notify/Notifier.h"
 #include "zebstore/storage/InstanceRows.h"
+#include "zebstore/storage/InstanceTag.h"
 #include "zebstore/tables/Table.h"
 #include "zebstore/tables/TableView.h"
 

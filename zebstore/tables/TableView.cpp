@@ -63,7 +63,7 @@ void TableView::Load()
     {
         return;
     }
-    const std::shared_ptr<void> moment = m_rows->Moment();
+    const std::shared_ptr<void> moment = m_rows->Snapshot();
     m_generation = m_rows->Generation();
     m_keys = m_rows->Keys(m_restriction.get(), m_order.get());
     if (!m_restriction || m_keys.empty())

@@ -45,7 +45,7 @@ void TableView::StartFollowing()
     {
         return;
     }
-    const std::shared_ptr<void> moment = m_rows->Moment();
+    const std::shared_ptr<void> moment = m_rows->Snapshot();
     Sync();
     m_rows->Follow();
     if (!IsNatural() || !m_rows->KeysRise())
@@ -61,7 +61,7 @@ void TableView::Sync()
     {
         return;
     }
-    const std::shared_ptr<void> moment = m_rows->Moment();
+    const std::shared_ptr<void> moment = m_rows->Snapshot();
     const std::uint64_t generation = m_rows->Generation();
     if (!m_loaded && !IsNatural())
     {
@@ -83,12 +83,12 @@ void TableView::Sync()
 
 void TableView::TakeOver()
 {
-    TouchedRows touched;
+    RowChanges touched;
     if (m_rows->KeysRise() || m_listener)
     {
-        touched = m_rows->TouchedSince(m_generation);
+        touched = m_rows->ChangesSince(m_generation);
     }
-    const bool listed = touched.kind == TouchedRows::Kind::Listed;
+    const bool listed = touched.extent == RowChanges::Extent::Listed;
     if (listed && m_rows->KeysRise())
     {
         if (m_loaded)
@@ -120,7 +120,7 @@ void TableView::TakeOver()
     }
     else
     {
-        m_listener->AllChanged(touched.kind == TouchedRows::Kind::Replaced);
+        m_listener->AllChanged(touched.extent == RowChanges::Extent::Replaced);
     }
 }
 
@@ -192,7 +192,7 @@ void TableView::Settle(Mark& mark) const
     mark.key = mark.atEnd ? 0 : m_keys[mark.index];
 }
 
-void TableView::Apply(const std::vector<TouchedRow>& rows)
+void TableView::Apply(const std::vector<RowChange>& rows)
 {
     std::vector<Touch> touches = Look(rows);
     Mark cursor = MarkAt(m_position);
@@ -224,10 +224,10 @@ void TableView::Apply(const std::vector<TouchedRow>& rows)
     m_position = cursor.index;
 }
 
-std::vector<TableView::Touch> TableView::Look(const std::vector<TouchedRow>& rows)
+std::vector<TableView::Touch> TableView::Look(const std::vector<RowChange>& rows)
 {
     std::vector<Touch> touches;
-    for (const TouchedRow& row : rows)
+    for (const RowChange& row : rows)
     {
         Touch touch;
         touch.key = row.key;
@@ -249,13 +249,13 @@ std::vector<TableView::Touch> TableView::Look(const std::vector<TouchedRow>& row
     return touches;
 }
 
-void TableView::FindIndexes(const std::vector<TouchedRow>& rows, std::vector<Touch>& touches) const
+void TableView::FindIndexes(const std::vector<RowChange>& rows, std::vector<Touch>& touches) const
 {
     std::vector<std::pair<RowKey, size_t>> wanted;
     for (size_t i = 0; i < rows.size(); ++i)
     {
         touches[i].index = NoIndex;
-        if (rows[i].wasThere)
+        if (rows[i].WasThere())
         {
             wanted.emplace_back(rows[i].key, i);
         }
@@ -397,7 +397,7 @@ size_t TableView::PlaceOf(const Touch& touch)
     return begin;
 }
 
-void TableView::StepOver(const std::vector<TouchedRow>& rows)
+void TableView::StepOver(const std::vector<RowChange>& rows)
 {
     if (!m_listener && m_position == 0)
     {
@@ -405,12 +405,12 @@ void TableView::StepOver(const std::vector<TouchedRow>& rows)
     }
     std::vector<bool> is;
     std::int64_t moved = 0;
-    for (const TouchedRow& row : rows)
+    for (const RowChange& row : rows)
     {
         is.push_back(m_rows->Exists(row.key));
         if (m_before && row.key <= *m_before)
         {
-            moved += static_cast<int>(is.back()) - static_cast<int>(row.wasThere);
+            moved += static_cast<int>(is.back()) - static_cast<int>(row.WasThere());
         }
     }
     m_position = static_cast<size_t>(static_cast<std::int64_t>(m_position) + moved);
@@ -422,9 +422,9 @@ void TableView::StepOver(const std::vector<TouchedRow>& rows)
     {
         if (is[i])
         {
-            Tell(rows[i].key, m_rows->KeyBefore(rows[i].key), !rows[i].wasThere);
+            Tell(rows[i].key, m_rows->KeyBefore(rows[i].key), !rows[i].WasThere());
         }
-        else if (rows[i].wasThere)
+        else if (rows[i].WasThere())
         {
             m_listener->RowDeleted(rows[i].key);
         }
@@ -448,12 +448,12 @@ void TableView::Tell(RowKey key, std::optional<RowKey> prior, bool added)
 
 // `copy` is what a listener's copy holds of the rows that are at their right places among each other. Rows that were
 // touched are put into it one by one; others are moved only when they still stand in the way.
-void TableView::TellDifference(const std::vector<RowKey>& before, const std::vector<TouchedRow>& rows)
+void TableView::TellDifference(const std::vector<RowKey>& before, const std::vector<RowChange>& rows)
 {
     const std::unordered_set<RowKey> now(m_keys.begin(), m_keys.end());
     const std::unordered_set<RowKey> old(before.begin(), before.end());
     std::unordered_set<RowKey> touched;
-    for (const TouchedRow& row : rows)
+    for (const RowChange& row : rows)
     {
         touched.insert(row.key);
     }

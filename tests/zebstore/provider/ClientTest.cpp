@@ -5,7 +5,8 @@
 #include "zebstore/objects/Defaults.h"
 #include "zebstore/objects/Folder.h"
 #include "zebstore/objects/Objects.h"
-#include "zebstore/storage/StoreParts.h"
+#include "zebstore/profiles/ServiceAdmin.h"
+#include "zebstore/storage/StoreFile.h"
 
 #include <sqlite3.h>
 
@@ -348,7 +349,7 @@ TEST_F(Clients, AddAttachmentsWithoutALookAtThoseThatAreThere)
 {
     const Ref<IMessage> message = OpenMessage(SaveMessage(*Inbox()));
     int statements = 0;
-    sqlite3* const handle = OwnFolder(Inbox().Get())->Store()->File().Connection().Handle();
+    sqlite3* const handle = OwnFolder(Inbox().Get())->Store()->File().Connection().Db().Handle();
     for (int i = 0; i < 3; ++i)
     {
         statements = 0;
@@ -391,11 +392,11 @@ TEST_F(Clients, ReadAStoreThatNothingCanBeWrittenOfOrNextTo)
     service.path = sealed.u8string();
     {
         const zeb::test::UnprivilegedScope unprivileged;
-        const std::shared_ptr<StoreFile> file = OpenServiceFile(service);
+        const std::shared_ptr<StoreFile> file = OpenServiceFile(service, nullptr);
         EXPECT_TRUE(file->IsReadOnly());
-        const std::vector<MessageId> messages = file->MessagesOf(IdOf(StandardFolder::Inbox), false);
+        const std::vector<MessageId> messages = file->Messages().In({IdOf(StandardFolder::Inbox), false});
         ASSERT_EQ(messages.size(), 1u);
-        EXPECT_EQ(file->LoadMessage(messages[0]).properties.Text(PR_SUBJECT_W), "kept");
+        EXPECT_EQ(file->Messages().Load(messages[0]).properties.Text(PR_SUBJECT_W), "kept");
         if (unprivileged.IsInForce())
         {
             std::ifstream trace(switches.traceFile);

@@ -32,7 +32,7 @@ protected:
 
     std::int64_t Version()
     {
-        Query query(m_store->Connection(), "PRAGMA user_version");
+        Query query(m_store->Connection().Db(), "PRAGMA user_version");
         query.Step();
         return query.Number(0);
     }
@@ -74,7 +74,7 @@ TEST_F(AddressStorageTest, LargeValuesComeAndGoWithTheirEntry)
     EXPECT_EQ(Book().Load(ada).properties.Text(PR_COMMENT_W), std::string(8000, 'd'));
     EXPECT_TRUE(Store().CheckWhole().empty());
     Book().Delete({ada});
-    Query query(Store().Connection(), "SELECT count(*) FROM large");
+    Query query(Store().Connection().Db(), "SELECT count(*) FROM large");
     ASSERT_TRUE(query.Step());
     EXPECT_EQ(query.Number(0), 0);
 }
@@ -125,11 +125,11 @@ TEST_F(AddressStorageTest, AnotherConnectionSeesWhatWasCommitted)
 
 TEST_F(AddressStorageTest, AFileOfTheVersionBeforeIsUpgradedInPlace)
 {
-    const MessageId message = Store().CreateMessage(Inbox, false, Mail("kept"));
+    const MessageId message = Store().Messages().Create({Inbox, false}, Mail("kept"));
     MakeOld();
     m_store = StoreFile::Open(Path("test.zeb"), {});
     EXPECT_EQ(Version(), SchemaVersion);
-    EXPECT_EQ(Store().LoadMessage(message).properties.Text(PR_SUBJECT_W), "kept");
+    EXPECT_EQ(Store().Messages().Load(message).properties.Text(PR_SUBJECT_W), "kept");
     EXPECT_EQ(Book().Count(), 0u);
     const AddressId ada = Book().Create(MAPI_MAILUSER, Named("Ada"));
     Reopen();
@@ -138,15 +138,15 @@ TEST_F(AddressStorageTest, AFileOfTheVersionBeforeIsUpgradedInPlace)
 
 TEST_F(AddressStorageTest, AFileOfTheFirstVersionIsUpgradedInOneStep)
 {
-    const MessageId message = Store().CreateMessage(Inbox, false, Mail("kept"));
+    const MessageId message = Store().Messages().Create({Inbox, false}, Mail("kept"));
     MakeVeryOld();
     StoreFile::OpenOptions reading;
     reading.readOnly = true;
     EXPECT_EQ(CodeOf([&] { StoreFile::Open(Path("test.zeb"), reading); }), MAPI_E_VERSION);
     m_store = StoreFile::Open(Path("test.zeb"), {});
     EXPECT_EQ(Version(), SchemaVersion);
-    EXPECT_EQ(Store().LoadMessage(message).properties.Text(PR_SUBJECT_W), "kept");
-    Store().CreateMessage(Inbox, false, Mail("new"));
+    EXPECT_EQ(Store().Messages().Load(message).properties.Text(PR_SUBJECT_W), "kept");
+    Store().Messages().Create({Inbox, false}, Mail("new"));
     EXPECT_GT(Book().Create(MAPI_MAILUSER, Named("Ada")), 0);
 }
 
@@ -158,19 +158,19 @@ TEST_F(AddressStorageTest, AnOldFileThatIsCutShortIsNotUpgraded)
     const auto before = std::filesystem::last_write_time(path);
     std::string text;
     EXPECT_EQ(CodeOf([&] { StoreFile::Open(path, {}); }, &text), MAPI_E_CORRUPT_STORE);
-    EXPECT_NE(text.find("cut short"), std::string::npos) << text;
+    EXPECT_NE(text.find("truncated"), std::string::npos) << text;
     EXPECT_EQ(std::filesystem::last_write_time(path), before);
 }
 
 TEST_F(AddressStorageTest, AFileOfTheVersionBeforeThatCanOnlyBeReadStaysAsItIs)
 {
-    const MessageId message = Store().CreateMessage(Inbox, false, Mail("kept"));
+    const MessageId message = Store().Messages().Create({Inbox, false}, Mail("kept"));
     MakeOld();
     StoreFile::OpenOptions options;
     options.readOnly = true;
     m_store = StoreFile::Open(Path("test.zeb"), options);
     EXPECT_EQ(Version(), 2);
-    EXPECT_EQ(Store().LoadMessage(message).properties.Text(PR_SUBJECT_W), "kept");
+    EXPECT_EQ(Store().Messages().Load(message).properties.Text(PR_SUBJECT_W), "kept");
     EXPECT_EQ(Book().Count(), 0u);
     EXPECT_EQ(Book().Generation(), 0u);
     EXPECT_TRUE(Book().Named("Ada").empty());
@@ -215,15 +215,15 @@ TEST_F(AddressStorageTest, TheWholeCheckLooksAtTheAddressBook)
     };
     for (const auto& damage : damages)
     {
-        m_store->Connection().Execute("BEGIN");
-        m_store->Connection().Execute(damage.first);
+        m_store->Connection().Db().Execute("BEGIN");
+        m_store->Connection().Db().Execute(damage.first);
         std::string all;
         for (const std::string& problem : Store().CheckWhole())
         {
             all += problem + "\n";
         }
         EXPECT_NE(all.find(damage.second), std::string::npos) << damage.first << ":\n" << all;
-        m_store->Connection().Execute("ROLLBACK");
+        m_store->Connection().Db().Execute("ROLLBACK");
     }
 }
 

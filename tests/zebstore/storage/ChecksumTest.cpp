@@ -3,6 +3,7 @@
 
 #include "zebstore/base/Guard.h"
 #include "zebstore/storage/AddressStorage.h"
+#include "zebstore/storage/ContentsRows.h"
 #include "zebstore/storage/LargeStorage.h"
 #include "zebstore/storage/Restriction.h"
 #include "zebstore/storage/Schema.h"
@@ -28,7 +29,7 @@ protected:
     /// Inverts the lowest bit of one byte of a blob, counted from 1.
     void Flip(const std::string& table, const std::string& column, const std::string& where, size_t byte)
     {
-        Database& database = Store().Connection();
+        Database& database = Store().Connection().Db();
         std::string bytes;
         {
             Query query(database, "SELECT " + column + " FROM " + table + " WHERE " + where);
@@ -42,7 +43,7 @@ protected:
     }
     size_t Length(const std::string& table, const std::string& column, const std::string& where)
     {
-        Query query(Store().Connection(), "SELECT length(" + column + ") FROM " + table + " WHERE " + where);
+        Query query(Store().Connection().Db(), "SELECT length(" + column + ") FROM " + table + " WHERE " + where);
         return query.Step() ? static_cast<size_t>(query.Number(0)) : 0;
     }
     std::string Problems()
@@ -62,18 +63,18 @@ protected:
         AttachmentEdit edit;
         edit.properties.SetBinary(PR_ATTACH_DATA_BIN, "attached bytes", 14);
         content.attachments.push_back(edit);
-        return Store().CreateMessage(Inbox, false, content);
+        return Store().Messages().Create({Inbox, false}, content);
     }
     std::vector<RowKey> RowsOfInbox(LONG count)
     {
-        TableView view(MakeContentsRows(m_store, Inbox, false, nullptr));
+        TableView view(MakeContentsRows(m_store, {Inbox, false}, nullptr));
         return view.Take(count, true);
     }
     HRESULT ReadSubjects()
     {
         return CodeOf([&]
         {
-            const auto rows = MakeContentsRows(m_store, Inbox, false, nullptr);
+            const auto rows = MakeContentsRows(m_store, {Inbox, false}, nullptr);
             const std::vector<RowKey> keys = rows->KeysAfter(std::nullopt, 10);
             rows->Read(keys.data(), keys.size(), [](size_t, const ValueSource& values) { values.Find(PR_SUBJECT_W); });
         });
@@ -101,7 +102,7 @@ TEST_F(ChecksumTest, AnyFlippedByteOfAMessagesPropertiesIsSeen)
     {
         Flip("message", "props", where, byte);
         std::string text;
-        ASSERT_EQ(CodeOf([&] { Store().LoadMessage(message); }, &text), MAPI_E_CORRUPT_DATA) << byte;
+        ASSERT_EQ(CodeOf([&] { Store().Messages().Load(message); }, &text), MAPI_E_CORRUPT_DATA) << byte;
         ASSERT_NE(text.find("message " + std::to_string(message)), std::string::npos) << text;
         ASSERT_NE(text.find("test.zeb"), std::string::npos) << text;
         ASSERT_EQ(ReadSubjects(), MAPI_E_CORRUPT_DATA) << byte;
@@ -129,9 +130,9 @@ TEST_F(ChecksumTest, AFlippedByteOfAnyOtherObjectsPropertiesIsSeen)
         const char* owner;
         std::function<void()> read;
     } cases[] = {
-        {"recipient", "1", "a recipient of message", [&] { Store().Recipients(message); }},
-        {"attachment", "1", "attachment 0 of message", [&] { Store().Attachment(message, 0); }},
-        {"folder", "id=3", "folder 3", [&] { Store().FolderProperties(Inbox); }},
+        {"recipient", "1", "a recipient of message", [&] { Store().Recipients().Load(message); }},
+        {"attachment", "1", "attachment 0 of message", [&] { Store().Attachments().Load(message, 0); }},
+        {"folder", "id=3", "folder 3", [&] { Store().Folders().Properties(Inbox); }},
         {"store", "1", "the store", [&] { Store().Properties(); }},
         {"address", "1", "address book entry 1", [&] { book.Load(ada); }},
         {"directory", "1", "the address book", [&] { book.Properties(); }},
@@ -151,16 +152,16 @@ TEST_F(ChecksumTest, AFlippedByteOfAnyOtherObjectsPropertiesIsSeen)
 TEST_F(ChecksumTest, AFlippedByteOfALargeValueIsSeenInWhateverStepsItIsRead)
 {
     const MessageId message = Full(100000); // 200,000 bytes in a stream: four pieces
-    const LargeValuePtr body = Store().LoadMessage(message).properties.Large(PR_BODY_W);
+    const LargeValuePtr body = Store().Messages().Load(message).properties.Large(PR_BODY_W);
     ASSERT_TRUE(body);
     EXPECT_EQ(ReadAll(*body), S_OK);
     Flip("chunk", "bytes", "id=(SELECT max(id) FROM chunk)", 3);
     for (const size_t step : {size_t(100000), size_t(1000)})
     {
-        const LargeValuePtr damaged = Store().LoadMessage(message).properties.Large(PR_BODY_W);
+        const LargeValuePtr damaged = Store().Messages().Load(message).properties.Large(PR_BODY_W);
         EXPECT_EQ(ReadAll(*damaged, step), MAPI_E_CORRUPT_DATA) << step;
     }
-    EXPECT_EQ(CodeOf([&] { Store().LoadMessage(message).properties.Text(PR_BODY_W); }), MAPI_E_CORRUPT_DATA);
+    EXPECT_EQ(CodeOf([&] { Store().Messages().Load(message).properties.Text(PR_BODY_W); }), MAPI_E_CORRUPT_DATA);
     EXPECT_NE(Problems().find("its large value 1 does not match its checksum"), std::string::npos) << Problems();
 }
 
@@ -169,12 +170,12 @@ TEST_F(ChecksumTest, PiecesInEachOthersPlacesAreSeen)
     const MessageId message = Full(100000);
     MessageContent other = Mail("other");
     other.properties.SetText(PR_BODY_W, std::string(100000, 'c'));
-    Store().CreateMessage(Inbox, false, other);
-    Store().Connection().Execute(
+    Store().Messages().Create({Inbox, false}, other);
+    Store().Connection().Db().Execute(
         "CREATE TEMP TABLE first AS SELECT id, bytes, sum FROM chunk WHERE (id >> 24)=1;"
         "UPDATE chunk SET (bytes, sum)=(SELECT o.bytes, o.sum FROM chunk o WHERE o.id=chunk.id+(1<<24)) "
         "WHERE (id >> 24)=1");
-    EXPECT_EQ(CodeOf([&] { Store().LoadMessage(message).properties.Text(PR_BODY_W); }), MAPI_E_CORRUPT_DATA);
+    EXPECT_EQ(CodeOf([&] { Store().Messages().Load(message).properties.Text(PR_BODY_W); }), MAPI_E_CORRUPT_DATA);
     EXPECT_NE(Problems().find("checksum"), std::string::npos) << Problems();
 }
 
@@ -184,14 +185,14 @@ TEST_F(ChecksumTest, TheColumnsOfARowAreComparedWithItsProperties)
     for (const char* change : {"subject='other'", "subject=NULL", "sender='x'", "class='ipm'", "delivered=5",
                                "submitted=5", "modified=5", "size=size+1", "flags=flags|64", "parts=parts|8"})
     {
-        Store().Connection().Execute("BEGIN");
-        Store().Connection().Execute(("UPDATE message SET " + std::string(change)).c_str());
+        Store().Connection().Db().Execute("BEGIN");
+        Store().Connection().Db().Execute(("UPDATE message SET " + std::string(change)).c_str());
         EXPECT_NE(Problems().find("message " + std::to_string(message) +
                                   ": what tables sort and restrict by does not match its properties"),
                   std::string::npos)
             << change << "\n"
             << Problems();
-        Store().Connection().Execute("ROLLBACK");
+        Store().Connection().Db().Execute("ROLLBACK");
     }
     EXPECT_EQ(Problems(), "");
 }
@@ -201,16 +202,16 @@ TEST_F(ChecksumTest, ADamagedMessageCanBeDeletedAndTakesNothingOfOthersAlong)
     const MessageId whole = Full(9000);
     const MessageId damaged = Full(9000);
     Flip("message", "props", "id=" + std::to_string(damaged), 40);
-    EXPECT_EQ(Store().DeleteMessages({damaged}), 1u);
-    EXPECT_EQ(Store().LoadMessage(whole).properties.Text(PR_BODY_W), std::string(9000, 'b'));
-    EXPECT_EQ(Store().Folder(Inbox).messages, 1u);
+    EXPECT_EQ(Store().Messages().Delete({damaged}), 1u);
+    EXPECT_EQ(Store().Messages().Load(whole).properties.Text(PR_BODY_W), std::string(9000, 'b'));
+    EXPECT_EQ(Store().Folders().Info(Inbox).messages, 1u);
 }
 
 TEST_F(ChecksumTest, MessagesThatAreLostAreNoEmptyFolder)
 {
     for (int i = 0; i < 20; ++i)
     {
-        Store().CreateMessage(Inbox, false, Mail("lost"));
+        Store().Messages().Create({Inbox, false}, Mail("lost"));
     }
     const auto restricted = [&]
     {
@@ -218,30 +219,30 @@ TEST_F(ChecksumTest, MessagesThatAreLostAreNoEmptyFolder)
         SRestriction source{};
         source.rt = RES_PROPERTY;
         source.res.resProperty = {RELOP_EQ, PR_MESSAGE_FLAGS, &value};
-        TableView view(MakeContentsRows(m_store, Inbox, false, nullptr));
+        TableView view(MakeContentsRows(m_store, {Inbox, false}, nullptr));
         view.Restrict(std::make_unique<Restriction>(source));
         return view.Take(50, true);
     };
     EXPECT_EQ(restricted().size(), 20u);
     EXPECT_EQ(RowsOfInbox(50).size(), 20u);
-    Store().Connection().Execute("DELETE FROM message");
+    Store().Connection().Db().Execute("DELETE FROM message");
     std::string text;
     EXPECT_EQ(CodeOf([&] { RowsOfInbox(50); }, &text), MAPI_E_CORRUPT_STORE);
-    EXPECT_NE(text.find("of the 20 messages of folder 3 0 can be read"), std::string::npos) << text;
+    EXPECT_NE(text.find("only 0 of 20 messages of folder 3 can be read"), std::string::npos) << text;
     EXPECT_NE(text.find("test.zeb"), std::string::npos) << text;
     EXPECT_EQ(CodeOf([&] { RowsOfInbox(-1); }), MAPI_E_CORRUPT_STORE);
     EXPECT_EQ(CodeOf([&] { restricted(); }), MAPI_E_CORRUPT_STORE);
-    EXPECT_EQ(CodeOf([&] { Store().MessagesOf(Inbox, false); }), MAPI_E_CORRUPT_STORE);
+    EXPECT_EQ(CodeOf([&] { Store().Messages().In({Inbox, false}); }), MAPI_E_CORRUPT_STORE);
 }
 
 TEST_F(ChecksumTest, MessagesThatAreLostInPartAreSeenAtTheEndOfTheTable)
 {
     for (int i = 0; i < 20; ++i)
     {
-        Store().CreateMessage(Inbox, false, Mail("lost"));
+        Store().Messages().Create({Inbox, false}, Mail("lost"));
     }
-    Store().Connection().Execute("DELETE FROM message WHERE id % 2");
-    TableView view(MakeContentsRows(m_store, Inbox, false, nullptr));
+    Store().Connection().Db().Execute("DELETE FROM message WHERE id % 2");
+    TableView view(MakeContentsRows(m_store, {Inbox, false}, nullptr));
     EXPECT_EQ(view.Take(10, true).size(), 10u);
     EXPECT_EQ(CodeOf([&] { view.Take(10, true); }), MAPI_E_CORRUPT_STORE);
 }
@@ -249,10 +250,10 @@ TEST_F(ChecksumTest, MessagesThatAreLostInPartAreSeenAtTheEndOfTheTable)
 TEST_F(ChecksumTest, RecipientsAndAttachmentsThatAreLostAreNotNone)
 {
     const MessageId message = Full(10);
-    Store().Connection().Execute("DELETE FROM recipient; DELETE FROM attachment");
-    EXPECT_EQ(CodeOf([&] { Store().Recipients(message); }), MAPI_E_CORRUPT_STORE);
-    EXPECT_EQ(CodeOf([&] { Store().AttachmentNumbers(message); }), MAPI_E_CORRUPT_STORE);
-    EXPECT_EQ(Store().DeleteMessages({message}), 1u);
+    Store().Connection().Db().Execute("DELETE FROM recipient; DELETE FROM attachment");
+    EXPECT_EQ(CodeOf([&] { Store().Recipients().Load(message); }), MAPI_E_CORRUPT_STORE);
+    EXPECT_EQ(CodeOf([&] { Store().Attachments().Numbers(message); }), MAPI_E_CORRUPT_STORE);
+    EXPECT_EQ(Store().Messages().Delete({message}), 1u);
 }
 
 // A page of the file that says it has no rows: the database itself takes that for an empty table.
@@ -261,7 +262,7 @@ TEST_F(ChecksumTest, APageThatForgotItsRowsIsNoEmptyInbox)
     Full(10);
     std::int64_t page = 0;
     {
-        Query query(Store().Connection(), "SELECT rootpage FROM sqlite_schema WHERE name='message'");
+        Query query(Store().Connection().Db(), "SELECT rootpage FROM sqlite_schema WHERE name='message'");
         ASSERT_TRUE(query.Step());
         page = query.Number(0);
     }
@@ -282,7 +283,7 @@ TEST_F(ChecksumTest, ADamagedPageIsSeenWhenItIsRead)
     Full(10);
     std::int64_t page = 0;
     {
-        Query query(Store().Connection(), "SELECT rootpage FROM sqlite_schema WHERE name='message'");
+        Query query(Store().Connection().Db(), "SELECT rootpage FROM sqlite_schema WHERE name='message'");
         ASSERT_TRUE(query.Step());
         page = query.Number(0);
     }
@@ -297,7 +298,7 @@ TEST_F(ChecksumTest, ADamagedPageIsSeenWhenItIsRead)
     m_store = StoreFile::Open(Path("test.zeb"), {});
     std::string text;
     EXPECT_EQ(CodeOf([&] { RowsOfInbox(50); }, &text), MAPI_E_CORRUPT_STORE);
-    EXPECT_NE(text.find("is damaged or cut short"), std::string::npos) << text;
+    EXPECT_NE(text.find("is damaged or truncated"), std::string::npos) << text;
 }
 
 // Each byte of a message's text and of its attachment, where it lies in the file.
@@ -310,7 +311,7 @@ TEST_F(ChecksumTest, AFlippedByteOfTheFileIsSeenWhereItIsRead)
     const std::string attached = "<begin>" + std::string(30000, 'x') + "<middle>" + std::string(40000, 'x') + "<end>";
     edit.properties.SetBinary(PR_ATTACH_DATA_BIN, attached.data(), attached.size());
     content.attachments.push_back(edit);
-    const MessageId message = Store().CreateMessage(Inbox, false, content);
+    const MessageId message = Store().Messages().Create({Inbox, false}, content);
     m_store.reset();
     std::string whole;
     {
@@ -337,8 +338,8 @@ TEST_F(ChecksumTest, AFlippedByteOfTheFileIsSeenWhereItIsRead)
         EXPECT_NE(CodeOf(
                       [&]
         {
-            Store().LoadMessage(message).properties.Text(PR_BODY_W);
-            Store().Attachment(message, 0).Binary(PR_ATTACH_DATA_BIN);
+            Store().Messages().Load(message).properties.Text(PR_BODY_W);
+            Store().Attachments().Load(message, 0).Binary(PR_ATTACH_DATA_BIN);
         }),
                   S_OK)
             << place.first << place.second;
@@ -360,20 +361,20 @@ TEST_F(ChecksumTest, AFileOfAnyOlderVersionGetsItsChecksumsWhenItIsOpenedForWrit
         m_store = StoreFile::Open(path, {});
         EXPECT_EQ(Store().Version(), SchemaVersion);
         EXPECT_EQ(Problems(), "") << version;
-        EXPECT_EQ(Store().LoadMessage(large).properties.Text(PR_BODY_W), std::string(100000, 'b'));
-        Query unsealed(Store().Connection(),
+        EXPECT_EQ(Store().Messages().Load(large).properties.Text(PR_BODY_W), std::string(100000, 'b'));
+        Query unsealed(Store().Connection().Db(),
                        "SELECT (SELECT count(*) FROM chunk WHERE sum IS NULL) + (SELECT count(*) FROM message "
                        "WHERE substr(props, 1, 1)=x'01') + (SELECT count(*) FROM recipient WHERE "
                        "substr(props, 1, 1)=x'01') + (SELECT count(*) FROM attachment WHERE substr(props, 1, "
                        "1)=x'01') + (SELECT count(*) FROM folder WHERE substr(props, 1, 1)=x'01')");
         ASSERT_TRUE(unsealed.Step());
         EXPECT_EQ(unsealed.Number(0), 0) << version;
-        EXPECT_EQ(Store().TimesOfFolder(Inbox).created, 0) << version;
-        Store().SaveFolderProperties(Inbox, Store().FolderProperties(Inbox));
-        EXPECT_EQ(Store().TimesOfFolder(Inbox).created, 0) << "of a folder that was there before";
-        EXPECT_GT(Store().TimesOfFolder(Inbox).modified, 0) << version;
+        EXPECT_EQ(Store().Folders().Times(Inbox).created, 0) << version;
+        Store().Folders().SaveProperties(Inbox, Store().Folders().Properties(Inbox));
+        EXPECT_EQ(Store().Folders().Times(Inbox).created, 0) << "of a folder that was there before";
+        EXPECT_GT(Store().Folders().Times(Inbox).modified, 0) << version;
         Flip("message", "props", "id=" + std::to_string(shorter), 60);
-        EXPECT_EQ(CodeOf([&] { Store().LoadMessage(shorter); }), MAPI_E_CORRUPT_DATA);
+        EXPECT_EQ(CodeOf([&] { Store().Messages().Load(shorter); }), MAPI_E_CORRUPT_DATA);
     }
 }
 
@@ -407,9 +408,9 @@ TEST_F(ChecksumTest, AFileWithoutChecksumsIsReadAsItIs)
     options.readOnly = true;
     m_store = StoreFile::Open(Path("test.zeb"), options);
     EXPECT_EQ(Store().Version(), 3);
-    EXPECT_EQ(Store().LoadMessage(message).properties.Text(PR_BODY_W), std::string(100000, 'b'));
-    EXPECT_EQ(Store().Recipients(message).size(), 1u);
-    EXPECT_EQ(Store().TimesOfFolder(Inbox).modified, 0);
+    EXPECT_EQ(Store().Messages().Load(message).properties.Text(PR_BODY_W), std::string(100000, 'b'));
+    EXPECT_EQ(Store().Recipients().Load(message).size(), 1u);
+    EXPECT_EQ(Store().Folders().Times(Inbox).modified, 0);
     EXPECT_EQ(Problems(), "");
 }
 
@@ -417,10 +418,10 @@ TEST_F(ChecksumTest, WhatIsUnreadableBeforeTheUpgradeStaysSo)
 {
     const MessageId message = Full(100);
     MakeOlder(Store(), 3);
-    Store().Connection().Execute("UPDATE message SET props=x'0100FF00'");
+    Store().Connection().Db().Execute("UPDATE message SET props=x'0100FF00'");
     m_store.reset();
     m_store = StoreFile::Open(Path("test.zeb"), {});
-    EXPECT_EQ(CodeOf([&] { Store().LoadMessage(message); }), MAPI_E_CORRUPT_DATA);
+    EXPECT_EQ(CodeOf([&] { Store().Messages().Load(message); }), MAPI_E_CORRUPT_DATA);
     EXPECT_NE(Problems().find("its properties can not be read"), std::string::npos);
 }
 

@@ -1,7 +1,8 @@
 // That a store knows of commits without reading its tables.
 #include "tests/zebstore/storage/Storage.h"
+#include "zebstore/storage/ContentsRows.h"
 #include "zebstore/storage/RowSource.h"
-#include "zebstore/storage/StoreParts.h"
+#include "zebstore/storage/StoreFile.h"
 
 #include <sqlite3.h>
 
@@ -19,7 +20,7 @@ protected:
     {
         StorageTest::SetUp();
         m_other = StoreFile::Open(Path("test.zeb"), {});
-        m_rows = MakeContentsRows(m_store, Inbox, false, nullptr);
+        m_rows = MakeContentsRows(m_store, {Inbox, false}, nullptr);
     }
     void TearDown() override
     {
@@ -27,13 +28,13 @@ protected:
         m_other.reset();
         StorageTest::TearDown();
     }
-    std::uint64_t Number() { return Store().Connection().Commits(); }
+    std::uint64_t Number() { return Store().Connection().Db().Commits(); }
     /// The statements that `body` runs on the store's connection, besides asking for the data version.
     template <typename Body>
     int StatementsOf(Body&& body)
     {
         int count = 0;
-        sqlite3* const handle = Store().Connection().Handle();
+        sqlite3* const handle = Store().Connection().Db().Handle();
         sqlite3_trace_v2(handle, SQLITE_TRACE_STMT, [](unsigned, void* counted, void*, void* sql)
         {
             if (std::string_view(static_cast<const char*>(sql)) != "PRAGMA data_version")
@@ -56,10 +57,10 @@ TEST_F(Commits, CountWithEachOfAnyConnection)
     const std::uint64_t first = Number();
     EXPECT_NE(first, 0u);
     EXPECT_EQ(Number(), first);
-    Store().CreateMessage(Inbox, false, Mail("mine"));
+    Store().Messages().Create({Inbox, false}, Mail("mine"));
     const std::uint64_t second = Number();
     EXPECT_NE(second, first);
-    m_other->CreateMessage(Inbox, false, Mail("another's"));
+    m_other->Messages().Create({Inbox, false}, Mail("another's"));
     const std::uint64_t third = Number();
     EXPECT_NE(third, second);
     EXPECT_EQ(Number(), third);
@@ -73,23 +74,23 @@ TEST_F(Commits, OfThisProcessAreSeenAtOnceHoweverOftenItLooks)
         {
             EXPECT_EQ(m_rows->Count(), added - 1);
         }
-        m_other->CreateMessage(Inbox, false, Mail("another's"));
+        m_other->Messages().Create({Inbox, false}, Mail("another's"));
         ASSERT_EQ(m_rows->Count(), added);
     }
 }
 
 TEST_F(Commits, AreNotToldWithinATransaction)
 {
-    const StoreMoment moment(Store());
+    const StoreSnapshot snapshot(Store().Connection());
     EXPECT_EQ(Number(), 0u) << "even one that has not read yet";
-    Query query(Store().Connection(), "SELECT id FROM folder");
+    Query query(Store().Connection().Db(), "SELECT id FROM folder");
     EXPECT_TRUE(query.Step());
     EXPECT_EQ(Number(), 0u);
 }
 
 TEST_F(Commits, AreNotToldWhileAStatementReads)
 {
-    Query query(Store().Connection(), "SELECT id FROM folder");
+    Query query(Store().Connection().Db(), "SELECT id FROM folder");
     EXPECT_TRUE(query.Step());
     EXPECT_EQ(Number(), 0u);
 }
@@ -111,7 +112,7 @@ TEST_F(Commits, CountAndGenerationCostNoStatementUntilTheNextOne)
     for (ULONG added = 1; added <= 6; ++added)
     {
         StoreFile& writer = added % 2 != 0 ? *m_other : Store();
-        writer.CreateMessage(Inbox, false, Mail("new"));
+        writer.Messages().Create({Inbox, false}, Mail("new"));
         EXPECT_EQ(StatementsOf([&] { EXPECT_EQ(m_rows->Count(), added); }), 1);
         EXPECT_EQ(m_rows->Generation(), before + added);
     }
@@ -121,9 +122,9 @@ TEST_F(Commits, OfTheTimeOfAMomentAreSeenAfterIt)
 {
     m_rows->Count();
     {
-        const auto moment = m_rows->Moment();
+        const auto moment = m_rows->Snapshot();
         EXPECT_EQ(m_rows->Count(), 0u);
-        m_other->CreateMessage(Inbox, false, Mail("meanwhile"));
+        m_other->Messages().Create({Inbox, false}, Mail("meanwhile"));
         EXPECT_EQ(m_rows->Count(), 0u) << "a moment is one state";
     }
     EXPECT_EQ(m_rows->Count(), 1u);
@@ -132,7 +133,7 @@ TEST_F(Commits, OfTheTimeOfAMomentAreSeenAfterIt)
 TEST_F(Commits, OfOtherFoldersLeaveTheGeneration)
 {
     const std::uint64_t before = m_rows->Generation();
-    m_other->CreateMessage(IdOf(StandardFolder::SentItems), false, Mail("elsewhere"));
+    m_other->Messages().Create({IdOf(StandardFolder::SentItems), false}, Mail("elsewhere"));
     EXPECT_EQ(m_rows->Generation(), before);
 }
 

@@ -3,6 +3,7 @@
 
 #include "tests/zebstore/storage/Storage.h"
 
+#include "zebstore/storage/ComputedProperties.h"
 #include "zebstore/tables/Table.h"
 
 #include <memory>

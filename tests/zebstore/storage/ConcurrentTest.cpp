@@ -1,5 +1,6 @@
 #include "tests/zebstore/storage/Storage.h"
 
+#include "zebstore/storage/ContentsRows.h"
 #include "zebstore/tables/Table.h"
 
 #include <atomic>
@@ -35,7 +36,7 @@ TEST_F(StorageConcurrentTest, ObjectsOfOneStoreAreUsedFromSeveralThreads)
             }
         });
     };
-    const auto rows = MakeContentsRows(m_store, Inbox, false, nullptr);
+    const auto rows = MakeContentsRows(m_store, {Inbox, false}, nullptr);
     const Ref<IMAPITable> shared = CreateTable(rows, {});
     const auto readAll = [&](IMAPITable& table)
     {
@@ -51,8 +52,9 @@ TEST_F(StorageConcurrentTest, ObjectsOfOneStoreAreUsedFromSeveralThreads)
         Free(set);
     };
     std::thread threads[] = {
-        guarded([&](int i) { Store().CreateMessage(Inbox, false, Mail("a" + std::to_string(i))); }),
-        guarded([&](int i) { Store().DeleteMessages({Store().CreateMessage(Inbox, false, Mail(std::to_string(i)))}); }),
+        guarded([&](int i) { Store().Messages().Create({Inbox, false}, Mail("a" + std::to_string(i))); }),
+        guarded([&](int i)
+    { Store().Messages().Delete({Store().Messages().Create({Inbox, false}, Mail(std::to_string(i)))}); }),
         guarded([&](int) { readAll(*shared); }),
         guarded([&](int) { readAll(*shared); }),
         guarded([&](int) { readAll(*CreateTable(rows, {})); }),
@@ -64,8 +66,8 @@ TEST_F(StorageConcurrentTest, ObjectsOfOneStoreAreUsedFromSeveralThreads)
         staged->Write(0, bytes.data(), bytes.size());
         MessageContent content = Mail("large");
         content.properties.SetLarge(PR_RTF_COMPRESSED, staged);
-        const MessageId message = Store().CreateMessage(Inbox, false, content);
-        if (Store().LoadMessage(message).properties.Binary(PR_RTF_COMPRESSED) != bytes)
+        const MessageId message = Store().Messages().Create({Inbox, false}, content);
+        if (Store().Messages().Load(message).properties.Binary(PR_RTF_COMPRESSED) != bytes)
         {
             ++failures;
         }
@@ -76,7 +78,7 @@ TEST_F(StorageConcurrentTest, ObjectsOfOneStoreAreUsedFromSeveralThreads)
         thread.join();
     }
     EXPECT_EQ(failures, 0);
-    EXPECT_EQ(Store().Folder(Inbox).messages, ULONG(2 * Rounds));
+    EXPECT_EQ(Store().Folders().Info(Inbox).messages, ULONG(2 * Rounds));
 }
 
 } // namespace

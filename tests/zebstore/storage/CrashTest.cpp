@@ -49,13 +49,13 @@ TEST_F(CrashTest, WhatWasSavedSurvivesTheDeathOfTheProcessAndNothingIsHalfWritte
         EXPECT_FALSE(saved.empty());
         for (const MessageId message : saved)
         {
-            ASSERT_TRUE(Store().MessageExists(message)) << message;
+            ASSERT_TRUE(Store().Messages().Exists(message)) << message;
         }
-        const MessageContent last = Store().LoadWhole(saved.back());
+        const MessageContent last = Store().Messages().LoadWhole(saved.back());
         EXPECT_EQ(last.properties.Text(PR_BODY_W), std::string(20000, 'b'));
         EXPECT_EQ(last.recipients->size(), 1u);
         // At most the save that was under way may have been done without having been reported.
-        EXPECT_LE(Store().Folder(Inbox).messages, saved.size() + static_cast<size_t>(round) + 1);
+        EXPECT_LE(Store().Folders().Info(Inbox).messages, saved.size() + static_cast<size_t>(round) + 1);
     }
 }
 
@@ -65,11 +65,11 @@ TEST_F(CrashTest, TwoProcessesWriteTheSameStore)
     size_t mine = 0;
     while (Saved().size() < 5)
     {
-        Store().CreateMessage(Inbox, false, Mail("mine"));
+        Store().Messages().Create({Inbox, false}, Mail("mine"));
         ++mine;
     }
     other.join();
-    EXPECT_GE(Store().Folder(Inbox).messages, mine + Saved().size());
+    EXPECT_GE(Store().Folders().Info(Inbox).messages, mine + Saved().size());
 }
 
 } // namespace

@@ -35,7 +35,7 @@ protected:
     }
     std::int64_t Chunks()
     {
-        Query query(Store().Connection(), "SELECT count(*) FROM chunk");
+        Query query(Store().Connection().Db(), "SELECT count(*) FROM chunk");
         query.Step();
         return query.Number(0);
     }
@@ -43,7 +43,7 @@ protected:
     {
         MessageContent content = Mail("large");
         content.properties.SetLarge(tag, value);
-        return Store().CreateMessage(Inbox, false, content);
+        return Store().Messages().Create({Inbox, false}, content);
     }
 };
 
@@ -56,7 +56,7 @@ TEST_F(LargeValueTest, WhatWasStagedIsReadBackFromTheFileAtEverySize)
         const auto staged = Store().Stage();
         staged->Write(0, bytes.data(), bytes.size());
         const MessageId message = Save(PR_RTF_COMPRESSED, staged);
-        EXPECT_EQ(Store().LoadMessage(message).properties.Binary(PR_RTF_COMPRESSED), bytes) << size;
+        EXPECT_EQ(Store().Messages().Load(message).properties.Binary(PR_RTF_COMPRESSED), bytes) << size;
     }
 }
 
@@ -108,8 +108,8 @@ TEST_F(LargeValueTest, TextIsWhatAStreamOfItsTypeShows)
     const std::string ascii(20000, 'a');
     content.properties.SetEncoded(PR_BODY_A, std::string(1, '\0') + ascii);
     content.properties.SetText(PR_TRANSPORT_MESSAGE_HEADERS_W, std::string(9000, 'h'));
-    const MessageId message = Store().CreateMessage(Inbox, false, content);
-    const PropertySet back = Store().LoadMessage(message).properties;
+    const MessageId message = Store().Messages().Create({Inbox, false}, content);
+    const PropertySet back = Store().Messages().Load(message).properties;
     ASSERT_TRUE(back.Large(PR_BODY_A));
     EXPECT_EQ(ReadAll(*back.Large(PR_BODY_A)), ascii);
     EXPECT_EQ(back.Find(PR_BODY_A).tag, ULONG(PR_BODY_A));
@@ -128,7 +128,7 @@ TEST_F(LargeValueTest, NarrowTextBeyondAsciiIsTheSameTextOnBothSystemsAndTheSame
     const auto staged = Store().Stage();
     staged->Write(0, narrow.data(), narrow.size());
     const MessageId message = Save(PR_BODY_A, staged);
-    const PropertySet back = Store().LoadMessage(message).properties;
+    const PropertySet back = Store().Messages().Load(message).properties;
     EXPECT_EQ(ReadAll(*back.Large(PR_BODY_A)), narrow);
     std::string text;
     for (int i = 0; i < 5000; ++i)
@@ -144,8 +144,8 @@ TEST_F(LargeValueTest, BytesThatAreNoTextComeBackAsTheyWereWritten)
     const auto staged = Store().Stage();
     staged->Write(0, odd.data(), odd.size());
     const MessageId message = Save(PR_BODY_A, staged);
-    EXPECT_EQ(ReadAll(*Store().LoadMessage(message).properties.Large(PR_BODY_A)), odd);
-    Store().DeleteMessages({message});
+    EXPECT_EQ(ReadAll(*Store().Messages().Load(message).properties.Large(PR_BODY_A)), odd);
+    Store().Messages().Delete({message});
     EXPECT_EQ(Chunks(), 0);
 }
 
@@ -154,12 +154,12 @@ TEST_F(LargeValueTest, BytesThatAreNoTextAreSeenBeyondTheFirstPiece)
     const std::string odd = std::string(70000, 'a') + "\xFF\xC3";
     const auto staged = Store().Stage();
     staged->Write(0, odd.data(), odd.size());
-    const LargeReference reference = WriteLarge(Store().Connection(), PT_STRING8, *staged);
+    const LargeReference reference = WriteLarge(Store().Connection().Db(), PT_STRING8, *staged);
     EXPECT_EQ(reference.form, LargeReference::OwnBytes);
     EXPECT_EQ(reference.ownSize, odd.size());
     for (const std::int64_t id : reference.Ids())
     {
-        DeleteLarge(Store().Connection(), id);
+        DeleteLarge(Store().Connection().Db(), id);
     }
     EXPECT_EQ(Chunks(), 0);
 }
@@ -171,7 +171,7 @@ TEST_F(LargeValueTest, BytesThatMeanAnotherTextHereAreMadeOfTheText)
     {
         const auto staged = Store().Stage();
         staged->Write(0, bytes.data(), bytes.size());
-        const LargeReference written = WriteLarge(Store().Connection(), PT_BINARY, *staged);
+        const LargeReference written = WriteLarge(Store().Connection().Db(), PT_BINARY, *staged);
         id = written.id;
         size = written.size;
     };
@@ -179,11 +179,11 @@ TEST_F(LargeValueTest, BytesThatMeanAnotherTextHereAreMadeOfTheText)
     reference.form = LargeReference::OwnBytes;
     write("a \xC3\xA4 of the text", reference.id, reference.size);
     write("a \x84 of another code page", reference.ownId, reference.ownSize);
-    const StoredLargeValue value(m_store, reference);
+    const StoredLargeValue value(Store().Connection().shared_from_this(), reference);
     EXPECT_EQ(ReadAll(value), NarrowFromStored("a \xC3\xA4 of the text"));
     for (const std::int64_t id : reference.Ids())
     {
-        DeleteLarge(Store().Connection(), id);
+        DeleteLarge(Store().Connection().Db(), id);
     }
 }
 
@@ -202,7 +202,7 @@ TEST_F(LargeValueTest, AValueThatEndsBeforeItsSizeIsNotStored)
     };
     EXPECT_EQ(CodeOf([&] { Save(PR_RTF_COMPRESSED, std::make_shared<Short>()); }), MAPI_E_CORRUPT_DATA);
     EXPECT_EQ(Chunks(), 0);
-    EXPECT_EQ(Store().Folder(Inbox).messages, 0u);
+    EXPECT_EQ(Store().Folders().Info(Inbox).messages, 0u);
 }
 
 TEST_F(LargeValueTest, APieceThatWasCutShortIsDamage)
@@ -211,14 +211,14 @@ TEST_F(LargeValueTest, APieceThatWasCutShortIsDamage)
     const std::string bytes = Bytes(100000);
     staged->Write(0, bytes.data(), bytes.size());
     const MessageId message = Save(PR_RTF_COMPRESSED, staged);
-    const LargeValuePtr value = Store().LoadMessage(message).properties.Large(PR_RTF_COMPRESSED);
-    Store().Connection().Execute("UPDATE chunk SET bytes=substr(bytes, 1, 1000)");
+    const LargeValuePtr value = Store().Messages().Load(message).properties.Large(PR_RTF_COMPRESSED);
+    Store().Connection().Db().Execute("UPDATE chunk SET bytes=substr(bytes, 1, 1000)");
     std::string piece(1000, '\0');
     EXPECT_EQ(CodeOf([&] { value->Read(0, &piece[0], 1000); }), MAPI_E_CORRUPT_DATA);
     std::string text;
     EXPECT_EQ(CodeOf([&] { value->Read(1, &piece[0], 1000); }, &text), MAPI_E_CORRUPT_DATA);
     EXPECT_NE(text.find("test.zeb"), std::string::npos);
-    Store().DeleteMessages({message});
+    Store().Messages().Delete({message});
 }
 
 TEST_F(LargeValueTest, NoStagedValueGrowsBeyondWhatTheFileHolds)
@@ -240,7 +240,7 @@ TEST_F(LargeValueTest, AStagedValueThatIsGivenUpTakesItsOwnPiecesAlong)
 {
     const auto left = [&]
     {
-        Query query(Store().Connection(), "SELECT count(*) FROM temp.staged");
+        Query query(Store().Connection().Db(), "SELECT count(*) FROM temp.staged");
         query.Step();
         return query.Number(0);
     };
@@ -261,18 +261,18 @@ TEST_F(LargeValueTest, SavingAgainKeepsUnchangedValuesWhereTheyAre)
     const std::string bytes = Bytes(300000);
     staged->Write(0, bytes.data(), bytes.size());
     const MessageId message = Save(PR_RTF_COMPRESSED, staged);
-    Query last(Store().Connection(), "SELECT max(id) FROM large");
+    Query last(Store().Connection().Db(), "SELECT max(id) FROM large");
     last.Step();
     const std::int64_t before = last.Number(0);
-    StoredMessage stored = Store().LoadMessage(message);
+    StoredMessage stored = Store().Messages().Load(message);
     MessageContent content;
     content.properties = stored.properties;
     content.properties.SetText(PR_SUBJECT_W, "changed");
-    Store().SaveMessage(message, content, stored.change);
+    Store().Messages().Save(message, content, stored.change);
     last.Reset();
     last.Step();
     EXPECT_EQ(last.Number(0), before);
-    EXPECT_EQ(ReadAll(*Store().LoadMessage(message).properties.Large(PR_RTF_COMPRESSED)), bytes);
+    EXPECT_EQ(ReadAll(*Store().Messages().Load(message).properties.Large(PR_RTF_COMPRESSED)), bytes);
 }
 
 TEST_F(LargeValueTest, ReplacingRemovingAndDeletingFreeThePieces)
@@ -284,12 +284,12 @@ TEST_F(LargeValueTest, ReplacingRemovingAndDeletingFreeThePieces)
     const MessageId second = Save(PR_RTF_COMPRESSED, staged);
     EXPECT_EQ(Chunks(), 10);
     MessageContent content = Mail("without");
-    const LargeValuePtr old = Store().LoadMessage(first).properties.Large(PR_RTF_COMPRESSED);
-    Store().SaveMessage(first, content, 0);
+    const LargeValuePtr old = Store().Messages().Load(first).properties.Large(PR_RTF_COMPRESSED);
+    Store().Messages().Save(first, content, 0);
     EXPECT_EQ(Chunks(), 5);
     char byte = 0;
     EXPECT_EQ(CodeOf([&] { old->Read(0, &byte, 1); }), MAPI_E_OBJECT_DELETED);
-    Store().DeleteMessages({second});
+    Store().Messages().Delete({second});
     EXPECT_EQ(Chunks(), 0);
 }
 
@@ -300,9 +300,9 @@ TEST_F(LargeValueTest, AValueOfAnotherStoreIsCopied)
     staged->Write(0, bytes.data(), bytes.size());
     const MessageId message = Save(PR_RTF_COMPRESSED, staged);
     const auto other = StoreFile::Create(Path("other.zeb"), "Other", {});
-    const MessageId copy = other->CreateMessage(Inbox, false, Store().LoadWhole(message));
-    Store().DeleteMessages({message});
-    EXPECT_EQ(other->LoadMessage(copy).properties.Binary(PR_RTF_COMPRESSED), bytes);
+    const MessageId copy = other->Messages().Create({Inbox, false}, Store().Messages().LoadWhole(message));
+    Store().Messages().Delete({message});
+    EXPECT_EQ(other->Messages().Load(copy).properties.Binary(PR_RTF_COMPRESSED), bytes);
     EXPECT_TRUE(other->CheckWhole().empty());
 }
 
@@ -312,7 +312,7 @@ TEST_F(LargeValueTest, ASizeThatADamagedReferenceTellsTakesNoMemory)
     reference.form = LargeReference::OwnBytes;
     reference.id = 999;
     reference.size = reference.ownSize = std::uint64_t{9} << 56;
-    const StoredLargeValue value(m_store, reference);
+    const StoredLargeValue value(Store().Connection().shared_from_this(), reference);
     EXPECT_EQ(CodeOf([&] { value.Size(); }), MAPI_E_OBJECT_DELETED);
 }
 
@@ -321,7 +321,7 @@ TEST_F(LargeValueTest, APieceThatNoValueHasIsOneOfADamagedReference)
     LargeReference reference;
     reference.id = 1;
     reference.size = std::uint64_t{9} << 56;
-    const StoredLargeValue value(m_store, reference);
+    const StoredLargeValue value(Store().Connection().shared_from_this(), reference);
     char byte = 0;
     EXPECT_EQ(CodeOf([&] { value.Read(std::uint64_t{1} << 40, &byte, 1); }), MAPI_E_CORRUPT_DATA);
 }
@@ -335,13 +335,13 @@ TEST_F(LargeValueTest, AMessageWithADamagedReferenceSaysSoAndCanBeDeleted)
     const std::string damage =
         "DELETE FROM chunk; DELETE FROM large; UPDATE message SET props=" + std::string(DamagedReference) +
         " WHERE id=" + std::to_string(message);
-    Store().Connection().Execute(damage.c_str());
-    const LargeValuePtr damaged = Store().LoadMessage(message).properties.Large(PR_BODY_W);
+    Store().Connection().Db().Execute(damage.c_str());
+    const LargeValuePtr damaged = Store().Messages().Load(message).properties.Large(PR_BODY_W);
     ASSERT_NE(damaged, nullptr);
     char byte = 0;
     EXPECT_EQ(CodeOf([&] { damaged->Read(0, &byte, 1); }), MAPI_E_CORRUPT_DATA);
-    Store().DeleteMessages({message});
-    EXPECT_EQ(CodeOf([&] { Store().LoadMessage(message); }), MAPI_E_NOT_FOUND);
+    Store().Messages().Delete({message});
+    EXPECT_EQ(CodeOf([&] { Store().Messages().Load(message); }), MAPI_E_NOT_FOUND);
 }
 
 TEST_F(LargeValueTest, ATableCellOfALargeValueSaysSo)
@@ -353,7 +353,7 @@ TEST_F(LargeValueTest, ATableCellOfALargeValueSaysSo)
         staged->Write(0, bytes.data(), bytes.size());
         return staged;
     }()));
-    const PropertySet back = Store().LoadMessage(message).properties;
+    const PropertySet back = Store().Messages().Load(message).properties;
     const ULONG tag = PR_BODY_W;
     const Buffer<SPropValue> cell(BuildValues(&tag, 1, back, {}));
     EXPECT_EQ(cell->ulPropTag, PROP_TAG(PT_ERROR, PROP_ID(PR_BODY_W)));
@@ -373,12 +373,12 @@ TEST_F(LargeValueTest, AHundredMegabytesPassThroughInPieces)
         staged->Write(i << 20, piece.data(), piece.size());
     }
     const MessageId message = Save(PR_ATTACH_DATA_BIN, staged);
-    const LargeValuePtr back = Store().LoadMessage(message).properties.Large(PR_ATTACH_DATA_BIN);
+    const LargeValuePtr back = Store().Messages().Load(message).properties.Large(PR_ATTACH_DATA_BIN);
     ASSERT_EQ(back->Size(), 100ull << 20);
     std::string read(1 << 20, '\0');
     EXPECT_EQ(back->Read(99ull << 20, &read[0], read.size()), read.size());
     EXPECT_EQ(read, piece);
-    EXPECT_EQ(Store().LoadMessage(message).properties.Long(PR_MESSAGE_SIZE) >> 20, 100);
+    EXPECT_EQ(Store().Messages().Load(message).properties.Long(PR_MESSAGE_SIZE) >> 20, 100);
 }
 
 } // namespace

@@ -29,7 +29,7 @@ protected:
     }
     std::int64_t Rows(const char* table)
     {
-        Query query(Store().Connection(), std::string("SELECT count(*) FROM ") + table);
+        Query query(Store().Connection().Db(), std::string("SELECT count(*) FROM ") + table);
         query.Step();
         return query.Number(0);
     }
@@ -38,83 +38,83 @@ protected:
 
 TEST_F(MessageTest, AMessageComesBackAfterReopening)
 {
-    const MessageId message = Store().CreateMessage(Inbox, false, Mail("subject", MSGFLAG_READ));
+    const MessageId message = Store().Messages().Create({Inbox, false}, Mail("subject", MSGFLAG_READ));
     Reopen();
-    const StoredMessage stored = Store().LoadMessage(message);
+    const StoredMessage stored = Store().Messages().Load(message);
     EXPECT_EQ(stored.properties.Text(PR_SUBJECT_W), "subject");
     EXPECT_EQ(stored.properties.Long(PR_MESSAGE_FLAGS), MSGFLAG_READ);
     EXPECT_GT(stored.properties.Long(PR_MESSAGE_SIZE), 7);
     EXPECT_FALSE(stored.properties.Bool(PR_HASATTACH, true));
-    EXPECT_EQ(FolderOf(message), Inbox);
-    EXPECT_FALSE(IsAssociated(message));
-    EXPECT_TRUE(IsAssociated(Store().CreateMessage(Inbox, true, Mail("view"))));
+    EXPECT_EQ(ContentsKey::Of(message).Folder(), Inbox);
+    EXPECT_FALSE(ContentsKey::Of(message).IsAssociated());
+    EXPECT_TRUE(ContentsKey::Of(Store().Messages().Create({Inbox, true}, Mail("view"))).IsAssociated());
 }
 
 TEST_F(MessageTest, CountersFollowEveryChange)
 {
-    const MessageId unread = Store().CreateMessage(Inbox, false, Mail("a"));
-    const MessageId read = Store().CreateMessage(Inbox, false, Mail("b", MSGFLAG_READ));
-    Store().CreateMessage(Inbox, true, Mail("associated"));
+    const MessageId unread = Store().Messages().Create({Inbox, false}, Mail("a"));
+    const MessageId read = Store().Messages().Create({Inbox, false}, Mail("b", MSGFLAG_READ));
+    Store().Messages().Create({Inbox, true}, Mail("associated"));
     const auto expect = [&](FolderId folder, ULONG messages, ULONG unreadOnes, ULONG associated)
     {
-        const FolderInfo info = Store().Folder(folder);
+        const FolderInfo info = Store().Folders().Info(folder);
         EXPECT_EQ(info.messages, messages);
         EXPECT_EQ(info.unread, unreadOnes);
         EXPECT_EQ(info.associated, associated);
     };
     expect(Inbox, 2, 1, 1);
-    Store().ChangeMessageFlags({unread}, MSGFLAG_READ, 0);
+    Store().Messages().ChangeFlags({unread}, MSGFLAG_READ, 0);
     expect(Inbox, 2, 0, 1);
-    Store().ChangeMessageFlags({read}, 0, MSGFLAG_READ);
+    Store().Messages().ChangeFlags({read}, 0, MSGFLAG_READ);
     expect(Inbox, 2, 1, 1);
-    Store().MoveMessages({read}, Other());
+    Store().Messages().Move({read}, Other());
     expect(Inbox, 1, 0, 1);
     expect(Other(), 1, 1, 0);
-    Store().CopyMessages({unread}, Other());
+    Store().Messages().Copy({unread}, Other());
     expect(Other(), 2, 1, 0);
-    EXPECT_EQ(Store().DeleteMessages({unread, unread, 12345}), 1u);
+    EXPECT_EQ(Store().Messages().Delete({unread, unread, 12345}), 1u);
     expect(Inbox, 0, 0, 1);
 }
 
 TEST_F(MessageTest, ANumberIsNeverGivenAgain)
 {
-    const MessageId first = Store().CreateMessage(Inbox, false, Mail("a"));
-    Store().DeleteMessages({first});
-    EXPECT_GT(Store().CreateMessage(Inbox, false, Mail("b")), first);
+    const MessageId first = Store().Messages().Create({Inbox, false}, Mail("a"));
+    Store().Messages().Delete({first});
+    EXPECT_GT(Store().Messages().Create({Inbox, false}, Mail("b")), first);
 }
 
 TEST_F(MessageTest, TwoSavesFromTheSameStateCollideUnlessForced)
 {
-    const MessageId message = Store().CreateMessage(Inbox, false, Mail("a"));
-    const std::int64_t change = Store().LoadMessage(message).change;
-    const std::int64_t next = Store().SaveMessage(message, Mail("b"), change);
+    const MessageId message = Store().Messages().Create({Inbox, false}, Mail("a"));
+    const std::int64_t change = Store().Messages().Load(message).change;
+    const std::int64_t next = Store().Messages().Save(message, Mail("b"), change);
     EXPECT_GT(next, change);
-    EXPECT_EQ(CodeOf([&] { Store().SaveMessage(message, Mail("c"), change); }), MAPI_E_OBJECT_CHANGED);
-    EXPECT_EQ(Store().LoadMessage(message).properties.Text(PR_SUBJECT_W), "b");
-    Store().SaveMessage(message, Mail("d"), next);
-    Store().SaveMessage(message, Mail("e"), 0);
-    EXPECT_EQ(Store().LoadMessage(message).properties.Text(PR_SUBJECT_W), "e");
-    Store().DeleteMessages({message});
-    EXPECT_EQ(CodeOf([&] { Store().SaveMessage(message, Mail("f"), 0); }), MAPI_E_OBJECT_DELETED);
-    EXPECT_EQ(CodeOf([&] { Store().LoadMessage(message); }), MAPI_E_NOT_FOUND);
+    EXPECT_EQ(CodeOf([&] { Store().Messages().Save(message, Mail("c"), change); }), MAPI_E_OBJECT_CHANGED);
+    EXPECT_EQ(Store().Messages().Load(message).properties.Text(PR_SUBJECT_W), "b");
+    Store().Messages().Save(message, Mail("d"), next);
+    Store().Messages().Save(message, Mail("e"), 0);
+    EXPECT_EQ(Store().Messages().Load(message).properties.Text(PR_SUBJECT_W), "e");
+    Store().Messages().Delete({message});
+    EXPECT_EQ(CodeOf([&] { Store().Messages().Save(message, Mail("f"), 0); }), MAPI_E_OBJECT_DELETED);
+    EXPECT_EQ(CodeOf([&] { Store().Messages().Load(message); }), MAPI_E_NOT_FOUND);
 }
 
 TEST_F(MessageTest, RecipientsAndAttachmentsBelongToTheirMessage)
 {
-    const MessageId message = Store().CreateMessage(Inbox, false, WithParts());
+    const MessageId message = Store().Messages().Create({Inbox, false}, WithParts());
     Reopen();
-    EXPECT_EQ(Store().Recipients(message).size(), 2u);
-    EXPECT_EQ(Store().Recipients(message)[1].Text(PR_DISPLAY_NAME_W), "Bob");
-    EXPECT_EQ(Store().AttachmentNumbers(message), (std::vector<ULONG>{0, 3}));
-    EXPECT_EQ(Store().Attachment(message, 0).Binary(PR_ATTACH_DATA_BIN), std::string(10000, 'x'));
-    EXPECT_EQ(Store().Attachment(message, 3).Long(PR_ATTACH_NUM), 3);
-    EXPECT_FALSE(Store().EmbeddedMessage(message, 0));
-    const std::optional<MessageId> inner = Store().EmbeddedMessage(message, 3);
+    EXPECT_EQ(Store().Recipients().Load(message).size(), 2u);
+    EXPECT_EQ(Store().Recipients().Load(message)[1].Text(PR_DISPLAY_NAME_W), "Bob");
+    EXPECT_EQ(Store().Attachments().Numbers(message), (std::vector<ULONG>{0, 3}));
+    EXPECT_EQ(Store().Attachments().Load(message, 0).Binary(PR_ATTACH_DATA_BIN), std::string(10000, 'x'));
+    EXPECT_EQ(Store().Attachments().Load(message, 3).Long(PR_ATTACH_NUM), 3);
+    EXPECT_FALSE(Store().Attachments().Embedded(message, 0));
+    const std::optional<MessageId> inner = Store().Attachments().Embedded(message, 3);
     ASSERT_TRUE(inner);
-    EXPECT_EQ(Store().LoadMessage(*inner).properties.Text(PR_SUBJECT_W), "inner");
-    EXPECT_EQ(FolderOf(*inner), 0);
-    EXPECT_EQ(CodeOf([&] { Store().Attachment(message, 1); }), MAPI_E_NOT_FOUND);
-    const PropertySet properties = Store().LoadMessage(message).properties;
+    EXPECT_EQ(Store().Messages().Load(*inner).properties.Text(PR_SUBJECT_W), "inner");
+    EXPECT_EQ(ContentsKey::Of(*inner).Folder(), 0);
+    EXPECT_EQ(CodeOf([&] { Store().Attachments().Load(message, 1); }), MAPI_E_NOT_FOUND);
+    const PropertySet properties = Store().Messages().Load(message).properties;
     EXPECT_TRUE(properties.Bool(PR_HASATTACH));
     EXPECT_TRUE(properties.Long(PR_MESSAGE_FLAGS) & MSGFLAG_HASATTACH);
     EXPECT_GT(properties.Long(PR_MESSAGE_SIZE), 20000);
@@ -122,16 +122,16 @@ TEST_F(MessageTest, RecipientsAndAttachmentsBelongToTheirMessage)
 
 TEST_F(MessageTest, SavingLeavesPartsThatAreNotGiven)
 {
-    const MessageId message = Store().CreateMessage(Inbox, false, WithParts());
-    Store().SaveMessage(message, Mail("new subject"), 0);
-    EXPECT_EQ(Store().Recipients(message).size(), 2u);
-    EXPECT_EQ(Store().AttachmentNumbers(message).size(), 2u);
-    EXPECT_TRUE(Store().LoadMessage(message).properties.Bool(PR_HASATTACH));
+    const MessageId message = Store().Messages().Create({Inbox, false}, WithParts());
+    Store().Messages().Save(message, Mail("new subject"), 0);
+    EXPECT_EQ(Store().Recipients().Load(message).size(), 2u);
+    EXPECT_EQ(Store().Attachments().Numbers(message).size(), 2u);
+    EXPECT_TRUE(Store().Messages().Load(message).properties.Bool(PR_HASATTACH));
 }
 
 TEST_F(MessageTest, AttachmentsAreChangedAndRemovedOneByOne)
 {
-    const MessageId message = Store().CreateMessage(Inbox, false, WithParts());
+    const MessageId message = Store().Messages().Create({Inbox, false}, WithParts());
     MessageContent content = Mail("edited");
     AttachmentEdit edit;
     edit.number = 0;
@@ -141,21 +141,21 @@ TEST_F(MessageTest, AttachmentsAreChangedAndRemovedOneByOne)
     edit.number = 3;
     edit.dropEmbedded = true;
     content.attachments.push_back(edit);
-    Store().SaveMessage(message, content, 0);
-    EXPECT_EQ(Store().AttachmentNumbers(message), std::vector<ULONG>{3});
-    EXPECT_FALSE(Store().EmbeddedMessage(message, 3));
+    Store().Messages().Save(message, content, 0);
+    EXPECT_EQ(Store().Attachments().Numbers(message), std::vector<ULONG>{3});
+    EXPECT_FALSE(Store().Attachments().Embedded(message, 3));
     EXPECT_EQ(Rows("chunk"), 0);
     EXPECT_EQ(Rows("message"), 1);
     content.attachments = {edit};
     content.attachments[0].removed = true;
-    Store().SaveMessage(message, content, 0);
-    EXPECT_FALSE(Store().LoadMessage(message).properties.Bool(PR_HASATTACH, true));
+    Store().Messages().Save(message, content, 0);
+    EXPECT_FALSE(Store().Messages().Load(message).properties.Bool(PR_HASATTACH, true));
 }
 
 TEST_F(MessageTest, DeletingTakesEverythingWithIt)
 {
-    const MessageId message = Store().CreateMessage(Inbox, false, WithParts());
-    Store().DeleteMessages({message});
+    const MessageId message = Store().Messages().Create({Inbox, false}, WithParts());
+    Store().Messages().Delete({message});
     for (const char* table : {"message", "recipient", "attachment", "large", "chunk"})
     {
         EXPECT_EQ(Rows(table), 0) << table;
@@ -164,9 +164,9 @@ TEST_F(MessageTest, DeletingTakesEverythingWithIt)
 
 TEST_F(MessageTest, EmptyingAFolderTakesEverythingWithIt)
 {
-    Store().CreateMessage(Inbox, false, WithParts());
-    Store().CreateMessage(Inbox, false, Mail("plain"));
-    Store().EmptyFolder(Inbox, true);
+    Store().Messages().Create({Inbox, false}, WithParts());
+    Store().Messages().Create({Inbox, false}, Mail("plain"));
+    Store().Folders().Empty(Inbox, true);
     for (const char* table : {"message", "recipient", "attachment", "large", "chunk"})
     {
         EXPECT_EQ(Rows(table), 0) << table;
@@ -175,28 +175,28 @@ TEST_F(MessageTest, EmptyingAFolderTakesEverythingWithIt)
 
 TEST_F(MessageTest, MovingTakesPartsAlongAndKeepsAssociatedApart)
 {
-    const MessageId message = Store().CreateMessage(Inbox, false, WithParts());
-    const MessageId view = Store().CreateMessage(Inbox, true, Mail("view"));
-    const std::vector<MessageId> moved = Store().MoveMessages({message, 999, view}, Other());
+    const MessageId message = Store().Messages().Create({Inbox, false}, WithParts());
+    const MessageId view = Store().Messages().Create({Inbox, true}, Mail("view"));
+    const std::vector<MessageId> moved = Store().Messages().Move({message, 999, view}, Other());
     ASSERT_EQ(moved.size(), 3u);
     EXPECT_EQ(moved[1], 0);
-    EXPECT_EQ(FolderOf(moved[0]), Other());
-    EXPECT_TRUE(IsAssociated(moved[2]));
-    EXPECT_FALSE(Store().MessageExists(message));
-    EXPECT_EQ(Store().Recipients(moved[0]).size(), 2u);
-    EXPECT_EQ(Store().AttachmentNumbers(moved[0]).size(), 2u);
-    EXPECT_EQ(Store().MoveMessages({moved[0]}, Other())[0], moved[0]) << "to its own folder";
+    EXPECT_EQ(ContentsKey::Of(moved[0]).Folder(), Other());
+    EXPECT_TRUE(ContentsKey::Of(moved[2]).IsAssociated());
+    EXPECT_FALSE(Store().Messages().Exists(message));
+    EXPECT_EQ(Store().Recipients().Load(moved[0]).size(), 2u);
+    EXPECT_EQ(Store().Attachments().Numbers(moved[0]).size(), 2u);
+    EXPECT_EQ(Store().Messages().Move({moved[0]}, Other())[0], moved[0]) << "to its own folder";
 }
 
 TEST_F(MessageTest, ACopyIsOfItsOwn)
 {
-    const MessageId message = Store().CreateMessage(Inbox, false, WithParts());
-    const MessageId copy = Store().CopyMessages({message}, Inbox)[0];
-    Store().DeleteMessages({message});
-    EXPECT_EQ(Store().Recipients(copy).size(), 2u);
-    EXPECT_EQ(Store().Attachment(copy, 0).Binary(PR_ATTACH_DATA_BIN).size(), 10000u);
-    const MessageId inner = *Store().EmbeddedMessage(copy, 3);
-    EXPECT_EQ(Store().Recipients(inner)[0].Text(PR_DISPLAY_NAME_W), "Cid");
+    const MessageId message = Store().Messages().Create({Inbox, false}, WithParts());
+    const MessageId copy = Store().Messages().Copy({message}, Inbox)[0];
+    Store().Messages().Delete({message});
+    EXPECT_EQ(Store().Recipients().Load(copy).size(), 2u);
+    EXPECT_EQ(Store().Attachments().Load(copy, 0).Binary(PR_ATTACH_DATA_BIN).size(), 10000u);
+    const MessageId inner = *Store().Attachments().Embedded(copy, 3);
+    EXPECT_EQ(Store().Recipients().Load(inner)[0].Text(PR_DISPLAY_NAME_W), "Cid");
 }
 
 TEST_F(MessageTest, AFailedSaveLeavesTheStoreAsItWas)
@@ -210,26 +210,26 @@ TEST_F(MessageTest, AFailedSaveLeavesTheStoreAsItWas)
         outer.attachments.push_back(std::move(edit));
         deep = std::move(outer);
     }
-    EXPECT_EQ(CodeOf([&] { Store().CreateMessage(Inbox, false, deep); }), MAPI_E_TOO_COMPLEX);
+    EXPECT_EQ(CodeOf([&] { Store().Messages().Create({Inbox, false}, deep); }), MAPI_E_TOO_COMPLEX);
     EXPECT_EQ(Rows("message"), 0);
-    EXPECT_EQ(Store().Folder(Inbox).messages, 0u);
-    EXPECT_EQ(CodeOf([&] { Store().CreateMessage(4711, false, Mail("x")); }), MAPI_E_NOT_FOUND);
-    EXPECT_EQ(CodeOf([&] { Store().MoveMessages({1}, 4711); }), MAPI_E_NOT_FOUND);
+    EXPECT_EQ(Store().Folders().Info(Inbox).messages, 0u);
+    EXPECT_EQ(CodeOf([&] { Store().Messages().Create({4711, false}, Mail("x")); }), MAPI_E_NOT_FOUND);
+    EXPECT_EQ(CodeOf([&] { Store().Messages().Move({1}, 4711); }), MAPI_E_NOT_FOUND);
 }
 
 TEST_F(MessageTest, AFullDiskLeavesTheStoreAsItWas)
 {
-    const MessageId message = Store().CreateMessage(Inbox, false, Mail("before"));
-    Store().Connection().Execute("PRAGMA max_page_count=60");
+    const MessageId message = Store().Messages().Create({Inbox, false}, Mail("before"));
+    Store().Connection().Db().Execute("PRAGMA max_page_count=60");
     MessageContent content = Mail("after");
     content.properties.SetEncoded(PR_RTF_COMPRESSED, std::string(1000000, 'x'));
     std::string text;
-    EXPECT_EQ(CodeOf([&] { Store().SaveMessage(message, content, 0); }, &text), MAPI_E_NOT_ENOUGH_DISK);
+    EXPECT_EQ(CodeOf([&] { Store().Messages().Save(message, content, 0); }, &text), MAPI_E_NOT_ENOUGH_DISK);
     EXPECT_NE(text.find("disk is full"), std::string::npos);
-    EXPECT_EQ(Store().LoadMessage(message).properties.Text(PR_SUBJECT_W), "before");
-    Store().Connection().Execute("PRAGMA max_page_count=1000000");
-    Store().SaveMessage(message, content, 0);
-    EXPECT_EQ(Store().LoadMessage(message).properties.Text(PR_SUBJECT_W), "after");
+    EXPECT_EQ(Store().Messages().Load(message).properties.Text(PR_SUBJECT_W), "before");
+    Store().Connection().Db().Execute("PRAGMA max_page_count=1000000");
+    Store().Messages().Save(message, content, 0);
+    EXPECT_EQ(Store().Messages().Load(message).properties.Text(PR_SUBJECT_W), "after");
 }
 
 } // namespace

@@ -27,7 +27,7 @@ protected:
     ULONG IdOfName(const MAPINAMEID& name, bool create)
     {
         const MAPINAMEID* names[] = {&name};
-        return Store().IdsFromNames(names, 1, create)[0];
+        return Store().NamedProperties().Ids(names, 1, create)[0];
     }
 };
 
@@ -56,7 +56,7 @@ TEST_F(NamedPropertyTest, TheSameNewNameTwiceInOneCallGetsOneNumber)
 {
     const MAPINAMEID name = Number(PS_PUBLIC_STRINGS, 3);
     const MAPINAMEID* names[] = {&name, &name};
-    const std::vector<ULONG> ids = Store().IdsFromNames(names, 2, true);
+    const std::vector<ULONG> ids = Store().NamedProperties().Ids(names, 2, true);
     EXPECT_EQ(ids[0], ids[1]);
 }
 
@@ -64,12 +64,12 @@ TEST_F(NamedPropertyTest, NumbersLeadBackToNames)
 {
     const ULONG number = IdOfName(Number(PS_PUBLIC_STRINGS, -5), true);
     const ULONG text = IdOfName(Text(PS_PUBLIC_STRINGS, ZEBW("Gr\u00F6\u00DFe")), true);
-    EXPECT_EQ(Store().NameFromId(number)->number, -5);
-    EXPECT_EQ(Store().NameFromId(text)->name, ZEBW("Gr\u00F6\u00DFe"));
-    EXPECT_FALSE(Store().NameFromId(text)->number);
-    EXPECT_TRUE(IsEqualGUID(Store().NameFromId(text)->set, PS_PUBLIC_STRINGS));
-    EXPECT_FALSE(Store().NameFromId(0x9999));
-    EXPECT_EQ(Store().AllNames().size(), 2u);
+    EXPECT_EQ(Store().NamedProperties().Name(number)->number, -5);
+    EXPECT_EQ(Store().NamedProperties().Name(text)->name, ZEBW("Gr\u00F6\u00DFe"));
+    EXPECT_FALSE(Store().NamedProperties().Name(text)->number);
+    EXPECT_TRUE(IsEqualGUID(Store().NamedProperties().Name(text)->set, PS_PUBLIC_STRINGS));
+    EXPECT_FALSE(Store().NamedProperties().Name(0x9999));
+    EXPECT_EQ(Store().NamedProperties().All().size(), 2u);
 }
 
 TEST_F(NamedPropertyTest, ANameThatIsNoneIsRefusedAndNoneOfTheCallIsAdded)
@@ -79,12 +79,12 @@ TEST_F(NamedPropertyTest, ANameThatIsNoneIsRefusedAndNoneOfTheCallIsAdded)
     MAPINAMEID homeless = good;
     homeless.lpguid = nullptr;
     const MAPINAMEID* bad[] = {&good, &empty};
-    EXPECT_EQ(CodeOf([&] { Store().IdsFromNames(bad, 2, true); }), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(CodeOf([&] { Store().NamedProperties().Ids(bad, 2, true); }), MAPI_E_INVALID_PARAMETER);
     bad[1] = &homeless;
-    EXPECT_EQ(CodeOf([&] { Store().IdsFromNames(bad, 2, true); }), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(CodeOf([&] { Store().NamedProperties().Ids(bad, 2, true); }), MAPI_E_INVALID_PARAMETER);
     bad[1] = nullptr;
-    EXPECT_EQ(CodeOf([&] { Store().IdsFromNames(bad, 2, true); }), MAPI_E_INVALID_PARAMETER);
-    EXPECT_TRUE(Store().AllNames().empty());
+    EXPECT_EQ(CodeOf([&] { Store().NamedProperties().Ids(bad, 2, true); }), MAPI_E_INVALID_PARAMETER);
+    EXPECT_TRUE(Store().NamedProperties().All().empty());
 }
 
 TEST_F(NamedPropertyTest, WhenAllNumbersAreGivenTheQuotaIsExceeded)
@@ -99,7 +99,7 @@ TEST_F(NamedPropertyTest, WhenAllNumbersAreGivenTheQuotaIsExceeded)
     {
         pointers.push_back(&name);
     }
-    EXPECT_EQ(Store().IdsFromNames(pointers.data(), pointers.size(), true).back(), 0xFFFEu);
+    EXPECT_EQ(Store().NamedProperties().Ids(pointers.data(), pointers.size(), true).back(), 0xFFFEu);
     EXPECT_EQ(CodeOf([&] { IdOfName(Number(PS_PUBLIC_STRINGS, -1), true); }), static_cast<HRESULT>(0x80040900));
 }
 

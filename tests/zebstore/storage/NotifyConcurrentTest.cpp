@@ -47,19 +47,20 @@ protected:
         {
             if (mine.size() < 4 || random() % 3 == 0)
             {
-                mine.push_back(store->CreateMessage(Inbox, false, Numbered(LONG(random() % 100))));
+                mine.push_back(store->Messages().Create({Inbox, false}, Numbered(LONG(random() % 100))));
             }
             MessageId& message = mine[random() % mine.size()];
             switch (random() % 3)
             {
             case 0:
-                store->SaveMessage(message, Numbered(LONG(random() % 100)), 0);
+                store->Messages().Save(message, Numbered(LONG(random() % 100)), 0);
                 break;
             case 1:
-                message = store->MoveMessages({message}, FolderOf(message) == Inbox ? Archive : Inbox)[0];
+                message =
+                    store->Messages().Move({message}, ContentsKey::Of(message).Folder() == Inbox ? Archive : Inbox)[0];
                 break;
             default:
-                store->DeleteMessages({message});
+                store->Messages().Delete({message});
                 std::swap(message, mine.back());
                 mine.pop_back();
             }
@@ -105,7 +106,7 @@ TEST_F(NotifyConcurrentTest, SinksComeAndGoWhileTheyAreTold)
             const Ref<CountingSink> sink = Ref<CountingSink>::Adopt(new CountingSink(calls));
             ULONG_PTR connection = 0;
             EXPECT_EQ(table->Advise(fnevTableModified, sink.Get(), &connection), S_OK);
-            Store().CreateMessage(Inbox, false, Numbered(i));
+            Store().Messages().Create({Inbox, false}, Numbered(i));
             if (!ownTable)
             {
                 EXPECT_EQ(table->Unadvise(connection), S_OK);
@@ -122,10 +123,10 @@ TEST_F(NotifyConcurrentTest, TheThreadEndsAndComesAgain)
     for (int i = 0; i < 20; ++i)
     {
         Followed followed(Contents());
-        Race({[&] { Store().CreateMessage(Inbox, false, Numbered(i)); }, [] { Notifier::The().Stop(); }});
+        Race({[&] { Store().Messages().Create({Inbox, false}, Numbered(i)); }, [] { Notifier::The().Stop(); }});
     }
     Followed followed(Contents());
-    Store().CreateMessage(Inbox, false, Numbered(1));
+    Store().Messages().Create({Inbox, false}, Numbered(1));
     EXPECT_TRUE(followed.Sink().Hears(1));
 }
 

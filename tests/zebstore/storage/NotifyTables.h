@@ -6,6 +6,8 @@
 #include "tests/zebstore/storage/TableCopy.h"
 
 #include "zebstore/notify/Notifier.h"
+#include "zebstore/storage/ContentsRows.h"
+#include "zebstore/storage/HierarchyRows.h"
 #include "zebstore/tables/Table.h"
 
 #include <atomic>
@@ -32,17 +34,17 @@ protected:
     }
     MessageId Add(LONG number, FolderId folder = Inbox)
     {
-        return Store().CreateMessage(folder, false, Numbered(number));
+        return Store().Messages().Create({folder, false}, Numbered(number));
     }
     void Change(MessageId message, LONG number)
     {
         MessageContent content = Numbered(number);
-        Store().SaveMessage(message, content, 0);
+        Store().Messages().Save(message, content, 0);
     }
 
     Ref<IMAPITable> Contents(FolderId folder = Inbox)
     {
-        const auto table = CreateTable(MakeContentsRows(m_store, folder, false, Computed(PR_INSTANCE_KEY)), {});
+        const auto table = CreateTable(MakeContentsRows(m_store, {folder, false}, Computed(PR_INSTANCE_KEY)), {});
         EXPECT_EQ(table->SetColumns(TagArray({PR_SUBJECT_A, PR_IMPORTANCE, PR_INSTANCE_KEY}).Get(), 0), S_OK);
         return table;
     }

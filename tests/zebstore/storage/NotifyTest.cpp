@@ -2,6 +2,7 @@
 #include "tests/zebstore/storage/NotifyTables.h"
 
 #include "zebstore/storage/Database.h"
+#include "zebstore/storage/MemoryRows.h"
 
 #include <random>
 
@@ -21,12 +22,12 @@ TEST_F(NotifyTest, RowsAddedChangedAndDeletedAreToldOneByOne)
     ASSERT_TRUE(followed.Sink().Hears(1));
     Change(first, 9);
     ASSERT_TRUE(followed.Sink().Hears(2));
-    Store().DeleteMessages({first});
+    Store().Messages().Delete({first});
     ASSERT_TRUE(followed.Sink().Hears(3));
     EXPECT_EQ(followed.Sink().Events(), (Events{TABLE_ROW_ADDED, TABLE_ROW_MODIFIED, TABLE_ROW_DELETED}));
     ExpectFollowed(followed);
     EXPECT_EQ(followed.Sink().Rows().size(), 1u);
-    Store().DeleteMessages({second});
+    Store().Messages().Delete({second});
     EXPECT_TRUE(followed.Sink().Becomes({}));
 }
 
@@ -71,7 +72,7 @@ TEST_F(NotifyTest, AMoveIsDeletedInOneFolderAndAddedInTheOther)
     const MessageId message = Add(1);
     Followed from(Contents());
     Followed to(Contents(Archive));
-    Store().MoveMessages({message}, Archive);
+    Store().Messages().Move({message}, Archive);
     ASSERT_TRUE(from.Sink().Hears(1));
     ASSERT_TRUE(to.Sink().Hears(1));
     EXPECT_EQ(from.Sink().Events(), Events{TABLE_ROW_DELETED});
@@ -94,17 +95,17 @@ TEST_F(NotifyTest, FoldersCreatedRenamedMovedAndDeletedAreTold)
         EXPECT_EQ(children.Sink().Events(), ofChildren);
         children.Sink().Start(children.Sink().Rows());
     };
-    const FolderId box = Store().CreateFolder(top, Named("Box"));
+    const FolderId box = Store().Folders().Create(top, Named("Box"));
     expect("created", {TABLE_ROW_ADDED});
-    const FolderId inner = Store().CreateFolder(box, Named("Inner"));
+    const FolderId inner = Store().Folders().Create(box, Named("Inner"));
     expect("a subfolder made", {TABLE_ROW_MODIFIED});
-    Store().SaveFolderProperties(box, Named("Zebra"));
+    Store().Folders().SaveProperties(box, Named("Zebra"));
     expect("renamed", {TABLE_ROW_MODIFIED});
-    Store().CreateMessage(box, false, Mail("unread"));
+    Store().Messages().Create({box, false}, Mail("unread"));
     expect("a message more", {TABLE_ROW_MODIFIED});
-    Store().MoveFolder(inner, top, "");
+    Store().Folders().Move(inner, top, "");
     expect("moved up", {TABLE_ROW_ADDED, TABLE_ROW_MODIFIED}); // in the order of their names
-    Store().DeleteFolder(box, true, true);
+    Store().Folders().Delete(box, true, true);
     expect("deleted", {TABLE_ROW_DELETED});
 }
 
@@ -205,7 +206,7 @@ TEST_F(NotifyTest, AnEmptiedFolderIsToBeReloaded)
     Add(1);
     Add(2);
     Followed followed(Sorted(Contents(), PR_SUBJECT_A));
-    Store().EmptyFolder(Inbox, false);
+    Store().Folders().Empty(Inbox, false);
     ASSERT_TRUE(followed.Sink().HearsWhole());
     EXPECT_EQ(followed.Sink().Events(), Events{TABLE_RELOAD});
     EXPECT_TRUE(ReadCopy(followed.Table()).empty());
@@ -215,9 +216,9 @@ TEST_F(NotifyTest, CommitsThroughAnotherConnectionAreToldToo)
 {
     const auto other = StoreFile::Open(Path("test.zeb"), {});
     Followed followed(Sorted(Contents(), PR_SUBJECT_A));
-    const MessageId message = other->CreateMessage(Inbox, false, Numbered(3));
+    const MessageId message = other->Messages().Create({Inbox, false}, Numbered(3));
     ASSERT_TRUE(followed.Sink().Hears(1));
-    other->DeleteMessages({message});
+    other->Messages().Delete({message});
     ASSERT_TRUE(followed.Sink().Hears(2));
     EXPECT_EQ(followed.Sink().Events(), (Events{TABLE_ROW_ADDED, TABLE_ROW_DELETED}));
 }
@@ -260,22 +261,23 @@ TEST_F(NotifyTest, AfterItsEventsACopyIsWhatAFreshReadGives)
             {
                 return;
             }
-            Store().DeleteMessages({messages[at]});
+            Store().Messages().Delete({messages[at]});
             messages.erase(messages.begin() + static_cast<std::ptrdiff_t>(at));
             break;
         case 5:
-            messages[at] = Store().MoveMessages({messages[at]}, FolderOf(messages[at]) == Inbox ? Archive : Inbox)[0];
+            messages[at] = Store().Messages().Move(
+                {messages[at]}, ContentsKey::Of(messages[at]).Folder() == Inbox ? Archive : Inbox)[0];
             break;
         default:
             if (folders.size() < 12)
             {
                 folders.push_back(
-                    Store().CreateFolder(folders[below(folders.size())], Named("f" + std::to_string(random()))));
+                    Store().Folders().Create(folders[below(folders.size())], Named("f" + std::to_string(random()))));
             }
             else
             {
-                Store().SaveFolderProperties(folders[1 + below(folders.size() - 1)],
-                                             Named("r" + std::to_string(random())));
+                Store().Folders().SaveProperties(folders[1 + below(folders.size() - 1)],
+                                                 Named("r" + std::to_string(random())));
             }
         }
     };
@@ -303,7 +305,7 @@ TEST_F(NotifyTest, AListOfChangesThatCanNotBeReadIsFoundByTheCheck)
     EXPECT_TRUE(Store().CheckWhole().empty());
     const auto spoil = [&](const char* recent)
     {
-        Store().Connection().Execute(
+        Store().Connection().Db().Execute(
             (std::string("UPDATE contents SET recent=") + recent + " WHERE container=6").c_str());
         const std::vector<std::string> problems = Store().CheckWhole();
         return problems.empty() ? std::string() : problems[0];
@@ -343,12 +345,12 @@ TEST_F(NotifyTest, TheCursorStaysAtItsRowWhileRowsComeAndGo)
     Add(5);
     Add(25);
     EXPECT_EQ(next(BOOKMARK_CURRENT), at(30));
-    Store().DeleteMessages({messages[0], messages[5]});
+    Store().Messages().Delete({messages[0], messages[5]});
     EXPECT_EQ(next(bookmark), at(30));
     Change(messages[3], 1);
     EXPECT_EQ(next(BOOKMARK_CURRENT), at(1)) << "the row has moved, and the cursor with it";
     EXPECT_EQ(next(bookmark), at(1));
-    Store().DeleteMessages({messages[3]});
+    Store().Messages().Delete({messages[3]});
     EXPECT_EQ(next(BOOKMARK_CURRENT), at(5));
     EXPECT_EQ(next(bookmark), at(5, MAPI_W_POSITION_CHANGED));
     ASSERT_EQ(table->SeekRow(BOOKMARK_END, 0, nullptr), S_OK);
@@ -365,7 +367,7 @@ TEST_F(NotifyTest, TheCursorOfAPlainTableStaysAtItsRow)
     }
     const auto table = Contents();
     ASSERT_EQ(table->SeekRow(BOOKMARK_BEGINNING, 3, nullptr), S_OK);
-    Store().DeleteMessages({messages[0], messages[4]});
+    Store().Messages().Delete({messages[0], messages[4]});
     ULONG row = 0;
     ULONG unused = 0;
     EXPECT_EQ(table->QueryPosition(&row, &unused, &unused), S_OK);

@@ -15,9 +15,9 @@ protected:
     {
         MessageContent content;
         content.properties = properties;
-        const MessageId message = Store().CreateMessage(Inbox, false, content);
+        const MessageId message = Store().Messages().Create({Inbox, false}, content);
         Reopen();
-        return Store().LoadMessage(message).properties;
+        return Store().Messages().Load(message).properties;
     }
     Buffer<SPropValue> RoundTrip(const SPropValue& value)
     {

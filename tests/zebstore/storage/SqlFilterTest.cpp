@@ -1,6 +1,7 @@
 // What SQL and the rows themselves say of the same restriction and the same order must be the same.
 #include "tests/zebstore/storage/Restrictions.h"
 
+#include "zebstore/storage/ContentsRows.h"
 #include "zebstore/storage/RowSelection.h"
 #include "zebstore/storage/RowSource.h"
 #include "zebstore/storage/SqlFilter.h"
@@ -24,9 +25,9 @@ protected:
         std::mt19937 random(11);
         for (int i = 0; i < 300; ++i)
         {
-            Store().CreateMessage(Inbox, false, RandomMail(random));
+            Store().Messages().Create({Inbox, false}, RandomMail(random));
         }
-        m_rows = MakeContentsRows(m_store, Inbox, false, nullptr);
+        m_rows = MakeContentsRows(m_store, {Inbox, false}, nullptr);
     }
 
     static MessageContent RandomMail(std::mt19937& random)
@@ -126,9 +127,9 @@ protected:
     std::vector<RowKey> Naive(const Restriction* restriction, const SortOrder* order)
     {
         RowSelection selection(restriction, order);
-        for (const MessageId message : Store().MessagesOf(Inbox, false))
+        for (const MessageId message : Store().Messages().In({Inbox, false}))
         {
-            selection.Add(message, Store().LoadMessage(message).properties);
+            selection.Add(message, Store().Messages().Load(message).properties);
         }
         return selection.Take();
     }
@@ -164,9 +165,9 @@ TEST_F(SqlFilterTest, ManyAlternativesSayWhatEachOfThemSays)
             leaves.push_back(RandomLeaf(random));
         }
         std::vector<RowKey> expected;
-        for (const MessageId message : Store().MessagesOf(Inbox, false))
+        for (const MessageId message : Store().Messages().In({Inbox, false}))
         {
-            const PropertySet properties = Store().LoadMessage(message).properties;
+            const PropertySet properties = Store().Messages().Load(message).properties;
             if (std::any_of(leaves.begin(), leaves.end(),
                             [&](const SRestriction* leaf) { return Restriction(*leaf).Matches(properties); }))
             {

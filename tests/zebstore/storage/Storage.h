@@ -4,6 +4,7 @@
 #include "tests/support/TempFolder.h"
 #include "zebstore/base/Guard.h"
 #include "zebstore/base/Memory.h"
+#include "zebstore/notify/Notifier.h"
 #include "zebstore/storage/Database.h"
 #include "zebstore/storage/StoreFile.h"
 
@@ -116,7 +117,7 @@ HRESULT CodeOf(Body&& body, std::string* text = nullptr)
 /// an address book, 1 also without lists of recent changes.
 inline void MakeOlder(StoreFile& store, int version)
 {
-    Database& database = store.Connection();
+    Database& database = store.Connection().Db();
     database.Execute("ALTER TABLE chunk DROP COLUMN sum");
     database.Execute("ALTER TABLE folder DROP COLUMN created; ALTER TABLE folder DROP COLUMN modified");
     for (const char* table : {"store", "folder", "message", "recipient", "attachment", "address", "directory"})
@@ -146,7 +147,7 @@ protected:
     void SetUp() override
     {
         m_buffers = g_liveBuffers;
-        m_store = StoreFile::Create(Path("test.zeb"), "Test", {});
+        m_store = StoreFile::Create(Path("test.zeb"), "Test", Observed());
     }
     void TearDown() override
     {
@@ -166,7 +167,14 @@ protected:
     void Reopen()
     {
         m_store.reset();
-        m_store = StoreFile::Open(Path("test.zeb"), {});
+        m_store = StoreFile::Open(Path("test.zeb"), Observed());
+    }
+    /// As a session opens its stores.
+    static StoreFile::OpenOptions Observed()
+    {
+        StoreFile::OpenOptions options;
+        options.observer = &Notifier::The();
+        return options;
     }
     StoreFile& Store() { return *m_store; }
 

@@ -25,21 +25,21 @@ void ChangeOnce(StoreFile& store, std::vector<MessageId>& mine, std::mt19937& ra
     constexpr FolderId Inbox = IdOf(StandardFolder::Inbox);
     if (mine.size() < 3 || random() % 3 == 0)
     {
-        mine.push_back(store.CreateMessage(Inbox, false, Content(random)));
+        mine.push_back(store.Messages().Create({Inbox, false}, Content(random)));
         return;
     }
     MessageId& message = mine[random() % mine.size()];
     switch (random() % 3)
     {
     case 0:
-        store.SaveMessage(message, Content(random), 0);
+        store.Messages().Save(message, Content(random), 0);
         return;
     case 1:
-        message =
-            store.MoveMessages({message}, FolderOf(message) == Inbox ? IdOf(StandardFolder::SentItems) : Inbox)[0];
+        message = store.Messages().Move(
+            {message}, ContentsKey::Of(message).Folder() == Inbox ? IdOf(StandardFolder::SentItems) : Inbox)[0];
         return;
     default:
-        store.DeleteMessages({message});
+        store.Messages().Delete({message});
         std::swap(message, mine.back());
         mine.pop_back();
     }

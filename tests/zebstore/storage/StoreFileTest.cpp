@@ -22,7 +22,8 @@ protected:
         std::string& sentence = text ? *text : own;
         const HRESULT code = CodeOf([&] { StoreFile::Open(path, {}); }, &sentence);
         EXPECT_NE(sentence.find("'" + path + "'"), std::string::npos) << sentence;
-        EXPECT_EQ(sentence.back(), '.');
+        EXPECT_EQ(sentence.substr(0, 15), "the store file ");
+        EXPECT_NE(sentence.back(), '.');
         return code;
     }
     void Write(const std::string& path, const std::string& bytes)
@@ -34,23 +35,23 @@ protected:
         std::ifstream file(path, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     }
-    void Spoil(const char* sql) { m_store->Connection().Execute(sql); }
+    void Spoil(const char* sql) { m_store->Connection().Db().Execute(sql); }
 };
 
 TEST_F(StoreFileTest, ANewStoreHasTheStandardFolders)
 {
-    EXPECT_EQ(Store().Folder(IdOf(StandardFolder::Root)).parent, 0);
-    EXPECT_EQ(Store().Folder(IdOf(StandardFolder::Root)).type, ULONG(FOLDER_ROOT));
+    EXPECT_EQ(Store().Folders().Info(IdOf(StandardFolder::Root)).parent, 0);
+    EXPECT_EQ(Store().Folders().Info(IdOf(StandardFolder::Root)).type, ULONG(FOLDER_ROOT));
     for (const StandardFolder below : {StandardFolder::Inbox, StandardFolder::Outbox, StandardFolder::DeletedItems,
                                        StandardFolder::SentItems, StandardFolder::Contacts})
     {
-        EXPECT_EQ(Store().Folder(IdOf(below)).parent, IdOf(StandardFolder::IpmSubtree));
+        EXPECT_EQ(Store().Folders().Info(IdOf(below)).parent, IdOf(StandardFolder::IpmSubtree));
     }
     for (const StandardFolder below : {StandardFolder::Finder, StandardFolder::Views, StandardFolder::CommonViews})
     {
-        EXPECT_EQ(Store().Folder(IdOf(below)).parent, IdOf(StandardFolder::Root));
+        EXPECT_EQ(Store().Folders().Info(IdOf(below)).parent, IdOf(StandardFolder::Root));
     }
-    EXPECT_EQ(Store().FolderProperties(Inbox).Text(PR_DISPLAY_NAME_W), "Inbox");
+    EXPECT_EQ(Store().Folders().Properties(Inbox).Text(PR_DISPLAY_NAME_W), "Inbox");
     EXPECT_EQ(Store().Properties().Text(PR_DISPLAY_NAME_W), "Test");
 }
 
@@ -101,7 +102,7 @@ TEST_F(StoreFileTest, ATruncatedFileIsRefused)
 {
     for (int i = 0; i < 200; ++i)
     {
-        Store().CreateMessage(Inbox, false, Mail(std::string(300, 'a')));
+        Store().Messages().Create({Inbox, false}, Mail(std::string(300, 'a')));
     }
     m_store.reset();
     const std::string whole = Read(Path("test.zeb"));
@@ -132,7 +133,7 @@ TEST_F(StoreFileTest, ANewerSchemaIsAVersionError)
 
 TEST_F(StoreFileTest, AFileOfTheFirstVersionIsBroughtUpWhenItIsOpenedForWriting)
 {
-    const MessageId message = Store().CreateMessage(Inbox, false, Mail("old"));
+    const MessageId message = Store().Messages().Create({Inbox, false}, Mail("old"));
     MakeOlder(Store(), 1);
     m_store.reset();
     StoreFile::OpenOptions readOnly;
@@ -141,12 +142,12 @@ TEST_F(StoreFileTest, AFileOfTheFirstVersionIsBroughtUpWhenItIsOpenedForWriting)
     EXPECT_EQ(CodeOf([&] { StoreFile::Open(Path("test.zeb"), readOnly); }, &text), MAPI_E_VERSION);
     EXPECT_NE(text.find("opened for writing once"), std::string::npos) << text;
     m_store = StoreFile::Open(Path("test.zeb"), {});
-    EXPECT_EQ(Store().LoadMessage(message).properties.Text(PR_SUBJECT_W), "old");
-    Store().CreateMessage(Inbox, false, Mail("new"));
-    EXPECT_EQ(Store().Folder(Inbox).messages, 2u);
+    EXPECT_EQ(Store().Messages().Load(message).properties.Text(PR_SUBJECT_W), "old");
+    Store().Messages().Create({Inbox, false}, Mail("new"));
+    EXPECT_EQ(Store().Folders().Info(Inbox).messages, 2u);
     m_store.reset();
     m_store = StoreFile::Open(Path("test.zeb"), readOnly);
-    EXPECT_EQ(Store().Folder(Inbox).messages, 2u);
+    EXPECT_EQ(Store().Folders().Info(Inbox).messages, 2u);
 }
 
 TEST_F(StoreFileTest, AMissingTableIsRefused)
@@ -169,14 +170,14 @@ TEST_F(StoreFileTest, AReadOnlyFileIsRefusedUnlessOpenedForReading)
 
 TEST_F(StoreFileTest, AStoreOpenedForReadingRefusesWritesAndKeepsItsContent)
 {
-    Store().CreateMessage(Inbox, false, Mail("kept"));
+    Store().Messages().Create({Inbox, false}, Mail("kept"));
     m_store.reset();
     StoreFile::OpenOptions options;
     options.readOnly = true;
     m_store = StoreFile::Open(Path("test.zeb"), options);
     EXPECT_TRUE(Store().IsReadOnly());
-    EXPECT_EQ(CodeOf([&] { Store().CreateMessage(Inbox, false, Mail("no")); }), MAPI_E_NO_ACCESS);
-    EXPECT_EQ(Store().Folder(Inbox).messages, 1u);
+    EXPECT_EQ(CodeOf([&] { Store().Messages().Create({Inbox, false}, Mail("no")); }), MAPI_E_NO_ACCESS);
+    EXPECT_EQ(Store().Folders().Info(Inbox).messages, 1u);
 }
 
 TEST_F(StoreFileTest, CreatingOverAFileIsRefusedAndLeavesItAlone)
@@ -194,35 +195,35 @@ TEST_F(StoreFileTest, CreatingWhereNothingCanBeMadeLeavesNothing)
 TEST_F(StoreFileTest, TwoConnectionsSeeEachOthersCommits)
 {
     const auto other = StoreFile::Open(Path("test.zeb"), {});
-    const MessageId message = Store().CreateMessage(Inbox, false, Mail("mine"));
-    EXPECT_EQ(other->LoadMessage(message).properties.Text(PR_SUBJECT_W), "mine");
-    const std::uint64_t before = Store().Generation(Inbox, false);
-    other->CreateMessage(Inbox, false, Mail("theirs"));
-    EXPECT_GT(Store().Generation(Inbox, false), before);
-    EXPECT_EQ(Store().Folder(Inbox).messages, 2u);
+    const MessageId message = Store().Messages().Create({Inbox, false}, Mail("mine"));
+    EXPECT_EQ(other->Messages().Load(message).properties.Text(PR_SUBJECT_W), "mine");
+    const std::uint64_t before = Store().Contents().Generation({Inbox, false});
+    other->Messages().Create({Inbox, false}, Mail("theirs"));
+    EXPECT_GT(Store().Contents().Generation({Inbox, false}), before);
+    EXPECT_EQ(Store().Folders().Info(Inbox).messages, 2u);
 }
 
 TEST_F(StoreFileTest, ReceiveFoldersGoByTheLongestClass)
 {
-    const FolderId reports = Store().CreateFolder(IdOf(StandardFolder::IpmSubtree), Named("Reports"));
-    Store().SetReceiveFolder("IPM.Report", reports);
-    EXPECT_EQ(Store().ReceiveFolderOf("").folder, Inbox);
-    EXPECT_EQ(Store().ReceiveFolderOf("IPM.Note").folder, Inbox);
-    EXPECT_EQ(Store().ReceiveFolderOf("ipm.report.READ").folder, reports);
-    EXPECT_EQ(Store().ReceiveFolderOf("IPM.Report.Read").messageClass, "IPM.Report");
-    EXPECT_EQ(Store().ReceiveFolderOf("IPM.Reporter").folder, Inbox);
-    EXPECT_EQ(Store().ReceiveFolders().size(), 2u);
-    Store().SetReceiveFolder("IPM.Report", 0);
-    EXPECT_EQ(Store().ReceiveFolderOf("IPM.Report").folder, Inbox);
-    EXPECT_EQ(CodeOf([&] { Store().SetReceiveFolder("", 0); }), MAPI_E_INVALID_PARAMETER);
-    EXPECT_EQ(CodeOf([&] { Store().SetReceiveFolder("IPM.X", 999); }), MAPI_E_NOT_FOUND);
+    const FolderId reports = Store().Folders().Create(IdOf(StandardFolder::IpmSubtree), Named("Reports"));
+    Store().ReceiveFolders().Set("IPM.Report", reports);
+    EXPECT_EQ(Store().ReceiveFolders().Of("").folder, Inbox);
+    EXPECT_EQ(Store().ReceiveFolders().Of("IPM.Note").folder, Inbox);
+    EXPECT_EQ(Store().ReceiveFolders().Of("ipm.report.READ").folder, reports);
+    EXPECT_EQ(Store().ReceiveFolders().Of("IPM.Report.Read").messageClass, "IPM.Report");
+    EXPECT_EQ(Store().ReceiveFolders().Of("IPM.Reporter").folder, Inbox);
+    EXPECT_EQ(Store().ReceiveFolders().All().size(), 2u);
+    Store().ReceiveFolders().Set("IPM.Report", 0);
+    EXPECT_EQ(Store().ReceiveFolders().Of("IPM.Report").folder, Inbox);
+    EXPECT_EQ(CodeOf([&] { Store().ReceiveFolders().Set("", 0); }), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(CodeOf([&] { Store().ReceiveFolders().Set("IPM.X", 999); }), MAPI_E_NOT_FOUND);
 }
 
 TEST_F(StoreFileTest, TheWholeCheckFindsWhatIsWrong)
 {
     MessageContent content = Mail("checked");
     content.properties.SetEncoded(PR_BODY_W, std::string(9000, 'b'));
-    const MessageId message = Store().CreateMessage(Inbox, false, content);
+    const MessageId message = Store().Messages().Create({Inbox, false}, content);
     EXPECT_TRUE(Store().CheckWhole().empty());
     const std::string id = std::to_string(message);
     const std::pair<std::string, const char*> damages[] = {
@@ -241,7 +242,7 @@ TEST_F(StoreFileTest, TheWholeCheckFindsWhatIsWrong)
     };
     for (const auto& damage : damages)
     {
-        m_store->Connection().Execute("BEGIN");
+        m_store->Connection().Db().Execute("BEGIN");
         Spoil(damage.first.c_str());
         std::string all;
         for (const std::string& problem : Store().CheckWhole())
@@ -249,7 +250,7 @@ TEST_F(StoreFileTest, TheWholeCheckFindsWhatIsWrong)
             all += problem + "\n";
         }
         EXPECT_NE(all.find(damage.second), std::string::npos) << damage.first << ":\n" << all;
-        m_store->Connection().Execute("ROLLBACK");
+        m_store->Connection().Db().Execute("ROLLBACK");
     }
 }
 
@@ -258,7 +259,7 @@ TEST_F(StoreFileTest, FullDurabilityIsASettingOfTheConnection)
     StoreFile::OpenOptions options;
     options.fullDurability = true;
     const auto full = StoreFile::Open(Path("test.zeb"), options);
-    Query synchronous(full->Connection(), "PRAGMA synchronous");
+    Query synchronous(full->Connection().Db(), "PRAGMA synchronous");
     ASSERT_TRUE(synchronous.Step());
     EXPECT_EQ(synchronous.Number(0), 2);
 }

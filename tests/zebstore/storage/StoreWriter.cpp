@@ -35,7 +35,7 @@ int main(int count, char** arguments)
         for (;;)
         {
             const zebstore::MessageId message =
-                store->CreateMessage(zebstore::IdOf(zebstore::StandardFolder::Inbox), false, content);
+                store->Messages().Create({zebstore::IdOf(zebstore::StandardFolder::Inbox), false}, content);
             std::fprintf(log, "%lld\n", static_cast<long long>(message));
             std::fflush(log);
         }

@@ -1,6 +1,9 @@
 #include "tests/zebstore/storage/ComputedNumber.h"
 #include "tests/zebstore/storage/Restrictions.h"
 
+#include "zebstore/storage/ContentsRows.h"
+#include "zebstore/storage/HierarchyRows.h"
+#include "zebstore/storage/MemoryRows.h"
 #include "zebstore/storage/Restriction.h"
 #include "zebstore/tables/Table.h"
 #include "zebstore/tables/TableView.h"
@@ -17,7 +20,7 @@ protected:
     {
         for (int i = 0; i < count; ++i)
         {
-            m_messages.push_back(Store().CreateMessage(Inbox, false, Numbered(i)));
+            m_messages.push_back(Store().Messages().Create({Inbox, false}, Numbered(i)));
         }
     }
     static MessageContent Numbered(int number)
@@ -30,7 +33,7 @@ protected:
     {
         TableOptions options;
         options.unicode = unicode;
-        return CreateTable(MakeContentsRows(m_store, Inbox, associated, Computed(PR_ENTRYID)), options);
+        return CreateTable(MakeContentsRows(m_store, {Inbox, associated}, Computed(PR_ENTRYID)), options);
     }
     static void Columns(IMAPITable& table, std::vector<ULONG> tags)
     {
@@ -233,7 +236,7 @@ TEST_F(TableTest, CellsAreWhatTheirColumnsAskFor)
 {
     MessageContent content = Mail("Caf\xC3\xA9");
     content.properties.SetEncoded(PR_BODY_W, std::string(10000, 'b'));
-    Store().CreateMessage(Inbox, false, content);
+    Store().Messages().Create({Inbox, false}, content);
     const auto table = Contents(true);
     Columns(*table, {PR_SUBJECT_W, PR_SUBJECT_A, PROP_TAG(PT_UNSPECIFIED, PROP_ID(PR_SUBJECT_A)), PR_SENDER_NAME_A,
                      PR_BODY_W, PROP_TAG(PT_I2, PROP_ID(PR_MESSAGE_SIZE)), PR_NULL, PR_ENTRYID});
@@ -256,7 +259,7 @@ TEST_F(TableTest, CellsAreWhatTheirColumnsAskFor)
 
 TEST_F(TableTest, ColumnsAreWhatWasSetOrTheDefaultInTheTablesForm)
 {
-    Store().CreateMessage(Inbox, false, Numbered(1));
+    Store().Messages().Create({Inbox, false}, Numbered(1));
     const auto narrow = Contents();
     SPropTagArray* tags = nullptr;
     const auto has = [&](ULONG tag)
@@ -284,13 +287,13 @@ TEST_F(TableTest, ChangesOfTheFolderShowAtTheNextCall)
     Fill(4);
     const auto table = Contents();
     EXPECT_EQ(Rows(*table, 2), (Numbers{0, 1}));
-    Store().DeleteMessages({m_messages[0]});
+    Store().Messages().Delete({m_messages[0]});
     EXPECT_EQ(Count(*table), 3u);
     EXPECT_EQ(Position(*table), 1u);
     EXPECT_EQ(Rows(*table, 1), Numbers{2}) << "no row is skipped or read twice";
-    Store().CreateMessage(Inbox, false, Numbered(9));
+    Store().Messages().Create({Inbox, false}, Numbered(9));
     EXPECT_EQ(Rows(*table, 9), (Numbers{3, 9}));
-    Store().CreateMessage(Inbox, false, Numbered(10));
+    Store().Messages().Create({Inbox, false}, Numbered(10));
     EXPECT_EQ(Rows(*table, 9), Numbers{10}) << "also behind the end";
 }
 
@@ -301,7 +304,7 @@ TEST_F(TableTest, ASortedTableTakesChangesOfAnotherConnection)
     Sort(*table, PR_IMPORTANCE, TABLE_SORT_DESCEND);
     EXPECT_EQ(Rows(*table, 2), (Numbers{3, 2}));
     const auto other = StoreFile::Open(Path("test.zeb"), {});
-    other->CreateMessage(Inbox, false, Numbered(8));
+    other->Messages().Create({Inbox, false}, Numbered(8));
     EXPECT_EQ(Rows(*table, 9), (Numbers{1, 0}));
     EXPECT_EQ(Count(*table), 5u);
     table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr);
@@ -317,14 +320,14 @@ TEST_F(TableTest, ABookmarkStaysAtItsRow)
     ASSERT_EQ(table->CreateBookmark(&bookmark), S_OK);
     EXPECT_LE(bookmark, UINT32_MAX) << "all 64 bits are written";
     EXPECT_EQ(table->SeekRow(bookmark | 0x100000000, 0, nullptr), MAPI_E_INVALID_BOOKMARK) << "and all are read";
-    Store().DeleteMessages({m_messages[1]});
+    Store().Messages().Delete({m_messages[1]});
     LONG sought = 0;
     EXPECT_EQ(table->SeekRow(bookmark, 0, &sought), S_OK);
     EXPECT_EQ(Position(*table), 2u);
     EXPECT_EQ(Rows(*table, 1), Numbers{3});
     EXPECT_EQ(table->SeekRow(bookmark, -1, &sought), S_OK);
     EXPECT_EQ(Rows(*table, 1), Numbers{2});
-    Store().DeleteMessages({m_messages[3]});
+    Store().Messages().Delete({m_messages[3]});
     EXPECT_EQ(table->SeekRow(bookmark, 0, &sought), MAPI_W_POSITION_CHANGED);
     EXPECT_EQ(Rows(*table, 1), Numbers{4}) << "the next one that is left";
     EXPECT_EQ(table->FreeBookmark(bookmark), S_OK);
@@ -347,7 +350,7 @@ TEST_F(TableTest, SortingMakesBookmarksInvalid)
 TEST_F(TableTest, AssociatedMessagesHaveATableOfTheirOwn)
 {
     Fill(2);
-    Store().CreateMessage(Inbox, true, Numbered(50));
+    Store().Messages().Create({Inbox, true}, Numbered(50));
     EXPECT_EQ(Rows(*Contents(false, true), 9), Numbers{50});
     EXPECT_EQ(Count(*Contents()), 2u);
 }
@@ -360,7 +363,7 @@ TEST_F(TableTest, RecipientsAndAttachmentsAnswerASubRestriction)
     AttachmentEdit edit;
     edit.properties.SetText(PR_ATTACH_FILENAME_W, "plan.pdf");
     content.attachments.push_back(edit);
-    Store().CreateMessage(Inbox, false, content);
+    Store().Messages().Create({Inbox, false}, content);
     const auto table = Contents();
     table->Restrict(m_make.Sub(PR_MESSAGE_RECIPIENTS, m_make.Property(RELOP_EQ, NarrowValue(PR_DISPLAY_NAME_A, "bob"))),
                     0);
@@ -375,9 +378,9 @@ TEST_F(TableTest, RecipientsAndAttachmentsAnswerASubRestriction)
 
 TEST_F(TableTest, TheHierarchyShowsDepthAndCounts)
 {
-    const FolderId a = Store().CreateFolder(Inbox, Named("a"));
-    const FolderId b = Store().CreateFolder(a, Named("b"));
-    Store().CreateMessage(b, false, Mail("m"));
+    const FolderId a = Store().Folders().Create(Inbox, Named("a"));
+    const FolderId b = Store().Folders().Create(a, Named("b"));
+    Store().Messages().Create({b, false}, Mail("m"));
     const auto rows = [&](bool deep)
     { return CreateTable(MakeHierarchyRows(m_store, Inbox, deep, Computed(PR_ENTRYID)), {}); };
     EXPECT_EQ(Count(*rows(false)), 1u);
@@ -469,7 +472,7 @@ TEST_F(TableTest, ATableSaysWhatItIsAndWhatItDoesNotTake)
 TEST_F(TableTest, AnOpenTableTakesEightBytesARow)
 {
     Fill(3000);
-    TableView view(MakeContentsRows(m_store, Inbox, false, nullptr));
+    TableView view(MakeContentsRows(m_store, {Inbox, false}, nullptr));
     EXPECT_EQ(view.Count(), 3000u);
     EXPECT_EQ(view.Take(50, true).size(), 50u);
     EXPECT_EQ(view.MemoryUsed(), 0u) << "counting and the first rows need no keys";

@@ -24,7 +24,7 @@ class ValueForm : public StorageTest
 protected:
     std::int64_t LargeValues()
     {
-        Query query(Store().Connection(), "SELECT count(*) FROM large");
+        Query query(Store().Connection().Db(), "SELECT count(*) FROM large");
         query.Step();
         return query.Number(0);
     }
@@ -64,13 +64,13 @@ TEST_F(ValueForm, ABodyOfThreeByteCharactersIsWrittenOnceNextToParts)
         for (const MessageContent& content : {withRecipient, withAttachment, nested})
         {
             const std::int64_t expected = characters > 1365 ? 1 : 0;
-            const MessageId message = Store().CreateMessage(Inbox, false, content);
+            const MessageId message = Store().Messages().Create({Inbox, false}, content);
             EXPECT_EQ(LargeValues(), expected) << characters;
             ExpectSound();
-            const std::vector<MessageId> copies = Store().CopyMessages({message}, Inbox);
+            const std::vector<MessageId> copies = Store().Messages().Copy({message}, Inbox);
             EXPECT_EQ(LargeValues(), 2 * expected) << characters;
             ExpectSound();
-            Store().DeleteMessages({message, copies[0]});
+            Store().Messages().Delete({message, copies[0]});
             EXPECT_EQ(LargeValues(), 0) << characters;
         }
     }
@@ -81,14 +81,14 @@ TEST_F(ValueForm, ANewMessageKnowsItsPartsAndTheirSize)
     MessageContent content = WithBody("text");
     content.recipients = std::vector<PropertySet>{Named("Ada"), Named("Boris")};
     content.attachments.push_back(AttachmentOf("a.txt"));
-    const MessageId message = Store().CreateMessage(Inbox, false, content);
-    const PropertySet stored = Store().LoadMessage(message).properties;
+    const MessageId message = Store().Messages().Create({Inbox, false}, content);
+    const PropertySet stored = Store().Messages().Load(message).properties;
     EXPECT_TRUE(stored.Bool(PR_HASATTACH));
     EXPECT_TRUE(stored.Long(PR_MESSAGE_FLAGS) & MSGFLAG_HASATTACH);
-    EXPECT_EQ(Store().Recipients(message).size(), 2u);
-    EXPECT_EQ(Store().AttachmentNumbers(message).size(), 1u);
-    const MessageId bare = Store().CreateMessage(Inbox, false, WithBody("text"));
-    EXPECT_GT(stored.Long(PR_MESSAGE_SIZE), Store().LoadMessage(bare).properties.Long(PR_MESSAGE_SIZE));
+    EXPECT_EQ(Store().Recipients().Load(message).size(), 2u);
+    EXPECT_EQ(Store().Attachments().Numbers(message).size(), 1u);
+    const MessageId bare = Store().Messages().Create({Inbox, false}, WithBody("text"));
+    EXPECT_GT(stored.Long(PR_MESSAGE_SIZE), Store().Messages().Load(bare).properties.Long(PR_MESSAGE_SIZE));
 }
 
 TEST_F(ValueForm, TheSizeOfAMessageDoesNotCountChecksums)
@@ -96,12 +96,12 @@ TEST_F(ValueForm, TheSizeOfAMessageDoesNotCountChecksums)
     PropertySet type;
     type.SetLong(PR_RECIPIENT_TYPE, MAPI_TO);
     MessageContent content = WithBody("text");
-    const MessageId bare = Store().CreateMessage(Inbox, false, content);
+    const MessageId bare = Store().Messages().Create({Inbox, false}, content);
     content.recipients = std::vector<PropertySet>{type};
-    const MessageId message = Store().CreateMessage(Inbox, false, content);
+    const MessageId message = Store().Messages().Create({Inbox, false}, content);
     // The header, one entry of the index and a number of 4 bytes.
-    EXPECT_EQ(Store().LoadMessage(message).properties.Long(PR_MESSAGE_SIZE) -
-                  Store().LoadMessage(bare).properties.Long(PR_MESSAGE_SIZE),
+    EXPECT_EQ(Store().Messages().Load(message).properties.Long(PR_MESSAGE_SIZE) -
+                  Store().Messages().Load(bare).properties.Long(PR_MESSAGE_SIZE),
               4 + 8 + 4);
 }
 
@@ -113,11 +113,11 @@ TEST_F(ValueForm, TheFormDoesNotDependOnHowTheValueWasGiven)
     staged->Write(0, wide.data(), wide.size() * sizeof(WCHAR));
     MessageContent content = Mail("streamed");
     content.properties.SetLarge(PR_BODY_W, staged);
-    const MessageId streamed = Store().CreateMessage(Inbox, false, content);
-    const MessageId whole = Store().CreateMessage(Inbox, false, WithBody(text));
+    const MessageId streamed = Store().Messages().Create({Inbox, false}, content);
+    const MessageId whole = Store().Messages().Create({Inbox, false}, WithBody(text));
     EXPECT_EQ(LargeValues(), 0);
-    EXPECT_EQ(Store().LoadMessage(streamed).properties.Text(PR_BODY_W), text);
-    EXPECT_EQ(Store().LoadMessage(whole).properties.Text(PR_BODY_W), text);
+    EXPECT_EQ(Store().Messages().Load(streamed).properties.Text(PR_BODY_W), text);
+    EXPECT_EQ(Store().Messages().Load(whole).properties.Text(PR_BODY_W), text);
 }
 
 TEST_F(ValueForm, TheFormAndTheSizeStayWhenAMessageIsSavedAgain)
@@ -125,17 +125,17 @@ TEST_F(ValueForm, TheFormAndTheSizeStayWhenAMessageIsSavedAgain)
     for (const std::string& body : {ThreeByteText(1365), ThreeByteText(1700), ThreeByteText(3000),
                                     std::string(3000, 'a'), std::string(9000, 'a')})
     {
-        const MessageId message = Store().CreateMessage(Inbox, false, WithBody(body));
+        const MessageId message = Store().Messages().Create({Inbox, false}, WithBody(body));
         const std::int64_t large = LargeValues();
-        const StoredMessage first = Store().LoadMessage(message);
+        const StoredMessage first = Store().Messages().Load(message);
         MessageContent again;
         again.properties = first.properties;
-        Store().SaveMessage(message, again, first.change);
+        Store().Messages().Save(message, again, first.change);
         EXPECT_EQ(LargeValues(), large) << body.size();
-        const PropertySet second = Store().LoadMessage(message).properties;
+        const PropertySet second = Store().Messages().Load(message).properties;
         EXPECT_EQ(second.Long(PR_MESSAGE_SIZE), first.properties.Long(PR_MESSAGE_SIZE)) << body.size();
         EXPECT_EQ(second.Text(PR_BODY_W), body);
-        Store().DeleteMessages({message});
+        Store().Messages().Delete({message});
     }
 }
 
@@ -150,12 +150,12 @@ TEST_F(ValueForm, NarrowTextIsJudgedLikeWideText)
     MessageContent content = Mail("narrow");
     content.properties.Set(NarrowValue(PR_BODY_A, narrow.c_str()));
     content.recipients = std::vector<PropertySet>{Named("Ada")};
-    const MessageId message = Store().CreateMessage(Inbox, false, content);
+    const MessageId message = Store().Messages().Create({Inbox, false}, content);
     const std::int64_t large = LargeValues();
     ExpectSound();
-    Store().SaveMessage(message, {Store().LoadMessage(message).properties, {}, {}}, 0);
+    Store().Messages().Save(message, {Store().Messages().Load(message).properties, {}, {}}, 0);
     EXPECT_EQ(LargeValues(), large);
-    Store().DeleteMessages({message});
+    Store().Messages().Delete({message});
     EXPECT_EQ(LargeValues(), 0);
 }
 

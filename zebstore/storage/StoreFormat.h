@@ -1,0 +1,32 @@
+// The numbers by which a store file is known: identifier, schema versions, bits of columns.
+#pragma once
+
+#include <cstdint>
+
+namespace zebstore
+{
+
+/// "ZEBS", in the file's header.
+constexpr std::int32_t ApplicationId = 0x5A454253;
+constexpr std::int32_t SchemaVersion = 4;
+/// The version that brought the address book.
+constexpr std::int32_t AddressBookVersion = 3;
+/// The version that brought checksums of property blobs and of the pieces of large values.
+constexpr std::int32_t ChecksumVersion = 4;
+/// The version that brought the times of folders.
+constexpr std::int32_t FolderTimesVersion = 4;
+
+/// Bits of message.parts: which rows of other tables belong to a message, so that deleting one without them touches
+/// nothing else.
+enum MessageParts : std::int64_t
+{
+    HasLargeValues = 1,
+    HasRecipients = 2,
+    HasAttachments = 4,
+    /// The bits for rows of other tables.
+    AllParts = HasLargeValues | HasRecipients | HasAttachments,
+    /// A sort key of the row is cut: a condition of SQL on it is checked again on the whole text.
+    HasCutKeys = 8,
+};
+
+} // namespace zebstore
