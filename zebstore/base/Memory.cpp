@@ -1,7 +1,6 @@
 #include "zebstore/base/Memory.h"
 
 #include "platform/text.h"
-#include "zebstore/base/Guard.h"
 #include "zebstore/base/LiveBlocks.h"
 
 #include <cstdint>
@@ -10,8 +9,6 @@
 
 namespace zebstore
 {
-
-std::atomic<long> g_liveBuffers{0};
 
 namespace
 {

@@ -2,15 +2,12 @@
 #pragma once
 
 #include "zebstore/base/Error.h"
+#include "zebstore/base/Watch.h"
 
-#include <atomic>
 #include <utility>
 
 namespace zebstore
 {
-
-/// Root blocks that have been allocated and not yet freed.
-extern std::atomic<long> g_liveBuffers;
 
 /// The provider's own use of the allocator that it exports. Blocks are 16-byte aligned and not zeroed.
 /// @param parent any block of the chain that the new one joins; null for a root block.
