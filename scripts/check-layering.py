@@ -65,7 +65,7 @@ UMBRELLA = "zebapi/ZebAPI.h"
 EXCEPTIONS = {"tools/zeb/": {"zebapi/search/ProviderSearch.h", "zebstore/zebstore.h"}, "tools/common/": {"zebstore/zebstore.h"}}
 
 # Rooms whose units make no circles.
-ACYCLIC = ["platform", "framework", "qorlog", "qorth", "zebapi"]
+ACYCLIC = ["platform", "framework", "qorlog", "qorth", "zebapi", "zebstore"]
 
 # Headers of other makers, and who may use them.
 THIRD_PARTY = {

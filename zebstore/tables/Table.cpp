@@ -13,7 +13,6 @@ class Table : public Object<IMAPITable>
 public:
     Table(std::shared_ptr<RowSource> rows, const TableOptions& options)
         : m_state(std::make_shared<TableState>(std::move(rows), options))
-        , m_view(m_state->View())
     {
     }
 
@@ -26,12 +25,12 @@ public:
     {
         return Guarded("IMAPITable::Advise", [&]
         {
-            Require(connection != nullptr, "no place for the connection");
+            Require(connection != nullptr, "the output pointer is null");
             *connection = 0;
-            Require(sink != nullptr, "no advise sink");
+            Require(sink != nullptr, "the advise sink is null");
             if (!(events & fnevTableModified))
             {
-                throw Error(MAPI_E_NO_SUPPORT, "a table tells of changes of the table and of nothing else");
+                throw Error(MAPI_E_NO_SUPPORT, "tables notify of fnevTableModified only");
             }
             *connection = m_state->Advise(sink);
         });
@@ -57,7 +56,7 @@ public:
         return Call("IMAPITable::SetColumns", [&]
         {
             RequireFlags(flags, TBL_BATCH | TBL_ASYNC);
-            Require(tags && tags->cValues > 0, "A table needs at least one column.");
+            Require(tags && tags->cValues > 0, "the list of columns is empty");
             m_state->SetColumns({tags->aulPropTag, tags->aulPropTag + tags->cValues});
         });
     }
@@ -84,7 +83,7 @@ public:
         {
             RequireFlags(flags, TBL_NOWAIT);
             Require(count != nullptr);
-            *count = m_view.Count();
+            *count = m_state->Current().Count();
         });
     }
 
@@ -93,7 +92,7 @@ public:
         return Call("IMAPITable::SeekRow", [&]() -> HRESULT
         {
             LONG moved = 0;
-            const HRESULT result = m_view.Seek(origin, count, moved);
+            const HRESULT result = m_state->Current().Seek(origin, count, moved);
             if (sought)
             {
                 *sought = moved;
@@ -104,7 +103,7 @@ public:
 
     HRESULT STDMETHODCALLTYPE SeekRowApprox(ULONG numerator, ULONG denominator) override
     {
-        return Call("IMAPITable::SeekRowApprox", [&] { m_view.SeekApprox(numerator, denominator); });
+        return Call("IMAPITable::SeekRowApprox", [&] { m_state->Current().SeekApprox(numerator, denominator); });
     }
 
     HRESULT STDMETHODCALLTYPE QueryPosition(ULONG* row, ULONG* numerator, ULONG* denominator) override
@@ -112,8 +111,9 @@ public:
         return Call("IMAPITable::QueryPosition", [&]
         {
             Require(row && numerator && denominator);
-            const ULONG count = m_view.Count();
-            *row = m_view.Position();
+            TableView& view = m_state->Current();
+            const ULONG count = view.Count();
+            *row = view.Position();
             *numerator = *row;
             *denominator = count > 0 ? count : 1;
         });
@@ -124,8 +124,9 @@ public:
         return Call("IMAPITable::FindRow", [&]() -> HRESULT
         {
             RequireFlags(flags, DIR_BACKWARD);
-            Require(restriction != nullptr, "A search needs a restriction.");
-            return m_view.Find(Restriction(*restriction), origin, (flags & DIR_BACKWARD) != 0);
+            Require(restriction != nullptr, "the restriction is null");
+            const Restriction wanted(*restriction);
+            return m_state->Current().Find(wanted, origin, (flags & DIR_BACKWARD) != 0);
         });
     }
 
@@ -134,8 +135,7 @@ public:
         return Call("IMAPITable::Restrict", [&]
         {
             RequireFlags(flags, TBL_BATCH | TBL_ASYNC);
-            auto taken = restriction ? std::make_unique<Restriction>(*restriction) : nullptr;
-            m_state->Rearrange([&] { m_view.Restrict(std::move(taken)); });
+            m_state->Restrict(restriction);
         });
     }
 
@@ -144,13 +144,13 @@ public:
         return Call("IMAPITable::CreateBookmark", [&]
         {
             Require(bookmark != nullptr);
-            *bookmark = m_view.CreateBookmark();
+            *bookmark = m_state->Current().CreateBookmark();
         });
     }
 
     HRESULT STDMETHODCALLTYPE FreeBookmark(BOOKMARK bookmark) override
     {
-        return Call("IMAPITable::FreeBookmark", [&] { m_view.FreeBookmark(bookmark); });
+        return Call("IMAPITable::FreeBookmark", [&] { m_state->FreeBookmark(bookmark); });
     }
 
     HRESULT STDMETHODCALLTYPE SortTable(LPSSortOrderSet order, ULONG flags) override
@@ -158,17 +158,8 @@ public:
         return Call("IMAPITable::SortTable", [&]
         {
             RequireFlags(flags, TBL_BATCH | TBL_ASYNC);
-            Require(order != nullptr, "A sort needs its keys.");
-            auto taken = std::make_unique<SortOrder>(*order);
-            std::vector<SSortOrder> asGiven(order->aSort, order->aSort + order->cSorts);
-            std::vector<ULONG> tags;
-            for (const SSortOrder& each : asGiven)
-            {
-                tags.push_back(each.ulPropTag);
-            }
-            m_state->SetSortTags(tags);
-            m_state->Rearrange([&] { m_view.Sort(std::move(taken)); });
-            m_sorts.swap(asGiven);
+            Require(order != nullptr, "the sort order is null");
+            m_state->Sort(*order);
         });
     }
 
@@ -178,11 +169,12 @@ public:
         {
             Require(order != nullptr);
             *order = nullptr;
-            Buffer<SSortOrderSet> set(Allocate(CbNewSSortOrderSet(m_sorts.size())));
-            set->cSorts = static_cast<ULONG>(m_sorts.size());
+            const std::vector<SSortOrder>& sorts = m_state->Sorts();
+            Buffer<SSortOrderSet> set(Allocate(CbNewSSortOrderSet(sorts.size())));
+            set->cSorts = static_cast<ULONG>(sorts.size());
             set->cCategories = 0;
             set->cExpanded = 0;
-            std::copy(m_sorts.begin(), m_sorts.end(), set->aSort);
+            std::copy(sorts.begin(), sorts.end(), set->aSort);
             *order = set.Detach();
         });
     }
@@ -251,8 +243,6 @@ private:
     ~Table() override { m_state->Close(); }
 
     const std::shared_ptr<TableState> m_state;
-    TableView& m_view; // the state's
-    std::vector<SSortOrder> m_sorts;
 };
 
 } // namespace

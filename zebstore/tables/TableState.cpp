@@ -1,5 +1,6 @@
 #include "zebstore/tables/TableState.h"
 
+#include "zebstore/storage/InstanceTag.h"
 #include "zebstore/storage/ValueBuilder.h"
 
 #include <algorithm>
@@ -10,9 +11,6 @@ namespace zebstore
 
 namespace
 {
-
-// More events than these, waiting for a slow sink, become one that says that all has changed.
-constexpr size_t MostWaiting = 256;
 
 bool IsTextType(ULONG type)
 {
@@ -74,21 +72,9 @@ ULONG InstanceTagOf(const std::vector<ULONG>& tags)
     return found;
 }
 
-void FillInstanceKey(SPropValue& value, bool has, std::string& key)
-{
-    value.ulPropTag = PR_NULL;
-    if (!has)
-    {
-        return;
-    }
-    value.ulPropTag = PR_INSTANCE_KEY;
-    value.Value.bin.cb = static_cast<ULONG>(key.size());
-    value.Value.bin.lpb = reinterpret_cast<BYTE*>(&key[0]);
-}
-
 } // namespace
 
-// Text columns in the form in which the table was asked for.
+// Text columns are given in the form in which the table was asked for.
 std::vector<ULONG> TableState::InOwnForm(std::vector<ULONG> columns) const
 {
     const ULONG form = m_options.unicode ? PT_UNICODE : PT_STRING8;
@@ -109,9 +95,26 @@ void TableState::SetColumns(std::vector<ULONG> columns)
     m_columns.swap(columns);
 }
 
-void TableState::SetSortTags(const std::vector<ULONG>& tags)
+void TableState::Sort(const SSortOrderSet& order)
 {
+    auto taken = std::make_unique<SortOrder>(order);
+    std::vector<SSortOrder> keys(order.aSort, order.aSort + order.cSorts);
+    std::vector<ULONG> tags;
+    for (const SSortOrder& each : keys)
+    {
+        tags.push_back(each.ulPropTag);
+    }
     ChooseInstances(m_columnInstance, InstanceTagOf(tags));
+    m_sinks.Forget();
+    m_view.Sort(std::move(taken));
+    m_sorts.swap(keys);
+}
+
+void TableState::Restrict(const SRestriction* restriction)
+{
+    auto taken = restriction ? std::make_unique<Restriction>(*restriction) : nullptr;
+    m_sinks.Forget();
+    m_view.Restrict(std::move(taken));
 }
 
 void TableState::ChooseInstances(ULONG column, ULONG sort)
@@ -128,7 +131,8 @@ void TableState::ChooseInstances(ULONG column, ULONG sort)
         return;
     }
     m_instances->Choose(chosen);
-    Rearrange([&] { m_view.Renew(); });
+    m_sinks.Forget();
+    m_view.Renew();
 }
 
 std::vector<ULONG> TableState::Columns()
@@ -139,6 +143,7 @@ std::vector<ULONG> TableState::Columns()
 SRowSet* TableState::ReadRows(LONG count, bool advance)
 {
     const std::vector<ULONG> columns = Columns();
+    TakeOver();
     const TableView::Cursor before = m_view.GetCursor();
     const std::vector<RowKey> keys = m_view.Take(count, advance);
     try
@@ -147,7 +152,7 @@ SRowSet* TableState::ReadRows(LONG count, bool advance)
     }
     catch (...)
     {
-        // The cursor moves only when the rows are there to be handed out.
+        // The cursor moves only when the rows can be handed out.
         m_view.SetCursor(before);
         throw;
     }
@@ -168,14 +173,71 @@ SPropValue* TableState::BuildRow(const std::vector<ULONG>& columns, const ValueS
     return BuildValues(columns.data(), columns.size(), values, options);
 }
 
+TableView& TableState::Current()
+{
+    TakeOver();
+    return m_view;
+}
+
+void TableState::TakeOver()
+{
+    if (m_sinks.IsEmpty())
+    {
+        m_view.Sync();
+        return;
+    }
+    if (!m_view.IsBehind())
+    {
+        return;
+    }
+    // The values of the changed rows are read in the snapshot in which the changes were found.
+    const std::shared_ptr<void> snapshot = m_view.Rows().Snapshot();
+    const RowChanges changes = m_view.Sync();
+    m_lost = true;
+    Queue(changes);
+    m_lost = false;
+}
+
+void TableState::Queue(const RowChanges& changes)
+{
+    if (changes.extent != RowChanges::Extent::Listed)
+    {
+        m_sinks.QueueWhole(changes.extent == RowChanges::Extent::Replaced ? TABLE_RELOAD : TABLE_CHANGED);
+        return;
+    }
+    for (const RowChange& change : changes.rows)
+    {
+        if (m_sinks.IsFull())
+        {
+            m_sinks.QueueWhole(TABLE_CHANGED);
+        }
+        else
+        {
+            QueueRow(change);
+        }
+    }
+}
+
+void TableState::QueueRow(const RowChange& change)
+{
+    if (change.kind == RowChange::Kind::Deleted)
+    {
+        m_sinks.QueueRow(change, {}, 0);
+        return;
+    }
+    const std::vector<ULONG> columns = Columns();
+    m_view.Rows().Read(&change.key, 1, [&](size_t, const ValueSource& values)
+    { m_sinks.QueueRow(change, Buffer<SPropValue>(BuildRow(columns, values)), static_cast<ULONG>(columns.size())); });
+}
+
 ULONG_PTR TableState::Advise(IMAPIAdviseSink* sink)
 {
     const ULONG_PTR number = NextConnectionNumber();
     {
         const std::lock_guard<std::mutex> hold(m_lock);
-        m_view.SetListener(this);
-        m_view.Sync();
-        m_connections.emplace(number, Advised{std::make_shared<Connection>(sink), m_events.size()});
+        m_view.Follow(true);
+        TakeOver();
+        m_sinks.Add(number, sink);
     }
     LookFor(shared_from_this(), number);
     return number;
@@ -187,12 +249,11 @@ void TableState::Unadvise(ULONG_PTR number)
     bool last = false;
     {
         const std::lock_guard<std::mutex> hold(m_lock);
-        connection = TakeConnection(m_connections, number, "the table has no connection of this number");
-        last = m_connections.empty();
+        connection = m_sinks.Remove(number);
+        last = m_sinks.IsEmpty();
         if (last)
         {
-            m_view.SetListener(nullptr);
-            m_events.clear();
+            m_view.Follow(false);
         }
     }
     connection->Cut();
@@ -202,7 +263,7 @@ void TableState::Unadvise(ULONG_PTR number)
     }
     Notifier::The().Remove(this);
     std::unique_lock<std::mutex> hold(m_lock);
-    const bool again = !m_connections.empty(); // somebody advised meanwhile
+    const bool again = !m_sinks.IsEmpty(); // a connection was added in the meantime
     hold.unlock();
     if (again)
     {
@@ -212,12 +273,11 @@ void TableState::Unadvise(ULONG_PTR number)
 
 void TableState::Close() noexcept
 {
-    std::map<ULONG_PTR, Advised> connections;
+    TableSinks::Connections connections;
     {
         const std::lock_guard<std::mutex> hold(m_lock);
-        connections.swap(m_connections);
-        m_view.SetListener(nullptr);
-        m_events.clear();
+        connections = m_sinks.TakeAll();
+        m_view.Follow(false);
     }
     for (const auto& each : connections)
     {
@@ -229,80 +289,16 @@ void TableState::Close() noexcept
     }
 }
 
-void TableState::RowAdded(RowKey key, std::optional<RowKey> prior, const ValueSource& values)
-{
-    QueueRow(TABLE_ROW_ADDED, key, prior, &values);
-}
-
-void TableState::RowModified(RowKey key, std::optional<RowKey> prior, const ValueSource& values)
-{
-    QueueRow(TABLE_ROW_MODIFIED, key, prior, &values);
-}
-
-void TableState::RowDeleted(RowKey key)
-{
-    QueueRow(TABLE_ROW_DELETED, key, std::nullopt, nullptr);
-}
-
-void TableState::AllChanged(bool replaced)
-{
-    QueueWhole(replaced ? TABLE_RELOAD : TABLE_CHANGED);
-}
-
-void TableState::QueueRow(ULONG what, RowKey key, std::optional<RowKey> prior, const ValueSource* values)
-{
-    // Anew where that waits already: a connection that came since then was to pass it over.
-    if (m_events.size() >= MostWaiting || (m_events.size() == 1 && m_events.front().what == TABLE_CHANGED))
-    {
-        return QueueWhole(TABLE_CHANGED);
-    }
-    Event event;
-    event.what = what;
-    event.hasIndex = true;
-    event.index = InstanceKeyOf(key);
-    event.hasPrior = prior.has_value();
-    if (prior)
-    {
-        event.prior = InstanceKeyOf(*prior);
-    }
-    if (values)
-    {
-        const std::vector<ULONG> columns = Columns();
-        event.row = Buffer<SPropValue>(BuildRow(columns, *values));
-        event.columns = static_cast<ULONG>(columns.size());
-    }
-    m_events.push_back(std::move(event));
-}
-
-void TableState::ForgetEvents()
-{
-    m_events.clear();
-    for (auto& each : m_connections)
-    {
-        each.second.passedOver = 0;
-    }
-}
-
-// What waits before it is told by it too.
-void TableState::QueueWhole(ULONG what, HRESULT result)
-{
-    ForgetEvents();
-    Event event;
-    event.what = what;
-    event.result = result;
-    m_events.push_back(std::move(event));
-}
-
 void TableState::LookForChanges()
 {
     try
     {
         if (m_lost)
         {
-            QueueWhole(TABLE_CHANGED);
+            m_sinks.QueueWhole(TABLE_CHANGED);
         }
         m_lost = false;
-        m_view.Sync();
+        TakeOver();
         m_failed = false;
     }
     catch (...)
@@ -310,46 +306,33 @@ void TableState::LookForChanges()
         const HRESULT result = ResultOfCurrentException();
         if (!m_failed)
         {
-            QueueWhole(TABLE_ERROR, result);
+            m_sinks.QueueWhole(TABLE_ERROR, result);
         }
         m_failed = true;
     }
 }
 
-void TableState::Look(std::vector<Event>& events, Connections& connections)
+TableSinks::Delivery TableState::TakeDelivery()
 {
     const std::lock_guard<std::mutex> hold(m_lock);
-    if (m_connections.empty())
+    if (m_sinks.IsEmpty())
     {
-        return;
+        return {};
     }
     LookForChanges();
-    if (m_events.empty())
-    {
-        return;
-    }
-    m_lost = true;
-    for (auto& each : m_connections)
-    {
-        connections.push_back(each.second);
-        each.second.passedOver = 0;
-    }
-    events.swap(m_events);
-    m_lost = false;
+    return m_sinks.Take();
 }
 
 bool TableState::LookAndDeliver() noexcept
 {
     try
     {
-        std::vector<Event> events;
-        Connections connections;
-        Look(events, connections);
-        if (events.empty())
+        TableSinks::Delivery delivery = TakeDelivery();
+        if (delivery.IsEmpty())
         {
             return false;
         }
-        Deliver(events, connections);
+        delivery.Run();
     }
     catch (...)
     {
@@ -357,37 +340,6 @@ bool TableState::LookAndDeliver() noexcept
         m_lost = true;
     }
     return true;
-}
-
-void TableState::Deliver(std::vector<Event>& events, const Connections& connections)
-{
-    std::vector<NOTIFICATION> notifications(events.size());
-    for (const Advised& advised : connections)
-    {
-        // Anew for each sink: what one does to them is not the next one's.
-        for (size_t i = 0; i < events.size(); ++i)
-        {
-            Fill(notifications[i], events[i]);
-        }
-        const size_t first = advised.passedOver;
-        if (first < events.size())
-        {
-            advised.connection->Deliver(static_cast<ULONG>(events.size() - first), notifications.data() + first);
-        }
-    }
-}
-
-void TableState::Fill(NOTIFICATION& notification, Event& event)
-{
-    std::memset(static_cast<void*>(&notification), 0, sizeof(notification));
-    notification.ulEventType = fnevTableModified;
-    TABLE_NOTIFICATION& table = notification.info.tab;
-    table.ulTableEvent = event.what;
-    table.hResult = event.result;
-    FillInstanceKey(table.propIndex, event.hasIndex, event.index);
-    FillInstanceKey(table.propPrior, event.hasPrior, event.prior);
-    table.row.cValues = event.columns;
-    table.row.lpProps = event.row.Get();
 }
 
 } // namespace zebstore

@@ -1,8 +1,10 @@
 #include "zebstore/tables/TableView.h"
 
 #include "zebstore/base/Error.h"
+#include "zebstore/tables/RowDifference.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace zebstore
 {
@@ -10,8 +12,10 @@ namespace zebstore
 namespace
 {
 
-// So far from the beginning, or from the cursor, rows are stepped over rather than all keys loaded.
+// Up to this distance from the beginning or the cursor, rows are skipped one by one instead of loading all keys.
 constexpr size_t ShortWay = 1024;
+// A generation that no source has: the next Sync reads all keys again.
+constexpr std::uint64_t NoGeneration = std::numeric_limits<std::uint64_t>::max();
 
 } // namespace
 
@@ -24,7 +28,7 @@ TableView::TableView(std::shared_ptr<RowSource> rows)
 void TableView::Reset()
 {
     m_loaded = false;
-    std::vector<RowKey>().swap(m_keys);
+    m_keys.Take();
     m_position = 0;
     m_before.reset();
     for (auto& each : m_bookmarks)
@@ -63,70 +67,55 @@ void TableView::Load()
     {
         return;
     }
-    const std::shared_ptr<void> moment = m_rows->Snapshot();
+    const std::shared_ptr<void> snapshot = m_rows->Snapshot();
     m_generation = m_rows->Generation();
-    m_keys = m_rows->Keys(m_restriction.get(), m_order.get());
-    if (!m_restriction || m_keys.empty())
+    std::vector<RowKey> keys = m_rows->Keys(m_restriction.get(), m_order.get());
+    if (!m_restriction || keys.empty())
     {
-        m_rows->RequireAllRows(m_keys.size());
+        m_rows->RequireAllRows(keys.size());
     }
-    m_keys.shrink_to_fit();
-    m_loaded = true;
     if (m_before)
     {
-        const auto found = std::find(m_keys.begin(), m_keys.end(), *m_before);
-        if (found != m_keys.end())
+        const auto found = std::find(keys.begin(), keys.end(), *m_before);
+        if (found != keys.end())
         {
-            m_position = static_cast<size_t>(found - m_keys.begin()) + 1;
+            m_position = static_cast<size_t>(found - keys.begin()) + 1;
         }
     }
-    m_position = std::min(m_position, m_keys.size());
+    m_position = std::min(m_position, keys.size());
+    m_keys.Assign(std::move(keys));
+    m_loaded = true;
 }
 
 ULONG TableView::Count()
 {
-    Sync();
     if (!m_loaded && IsNatural())
     {
         return m_rows->Count();
     }
     Load();
-    return static_cast<ULONG>(m_keys.size());
-}
-
-ULONG TableView::Position()
-{
-    Sync();
-    return static_cast<ULONG>(m_position);
-}
-
-TableView::Cursor TableView::GetCursor()
-{
-    Sync();
-    return {m_position, m_before};
+    return static_cast<ULONG>(m_keys.Count());
 }
 
 void TableView::SetCursor(const Cursor& cursor)
 {
-    m_position = m_loaded ? std::min(cursor.position, m_keys.size()) : cursor.position;
+    m_position = m_loaded ? std::min(cursor.position, m_keys.Count()) : cursor.position;
     m_before = cursor.before;
 }
 
-TableView::Mark TableView::MarkAt(size_t index)
+Mark TableView::MarkAt(size_t index)
 {
-    Mark mark;
-    mark.index = index;
     if (!m_loaded && index == m_position)
     {
+        Mark mark;
+        mark.index = index;
         const std::vector<RowKey> next = m_rows->KeysAfter(m_before, 1);
         mark.atEnd = next.empty();
         mark.key = next.empty() ? 0 : next[0];
         return mark;
     }
     Load();
-    mark.atEnd = index >= m_keys.size();
-    mark.key = mark.atEnd ? 0 : m_keys[index];
-    return mark;
+    return m_keys.MarkAt(index);
 }
 
 void TableView::PlaceCursor(size_t index)
@@ -164,7 +153,6 @@ void TableView::PlaceCursor(size_t index)
 
 std::vector<RowKey> TableView::Take(LONG count, bool advance)
 {
-    Sync();
     if (!IsNatural() || count < 0)
     {
         Load();
@@ -188,7 +176,7 @@ std::vector<RowKey> TableView::Take(LONG count, bool advance)
     size_t end = m_position;
     if (count >= 0)
     {
-        end += std::min<size_t>(static_cast<size_t>(count), m_keys.size() - m_position);
+        end += std::min<size_t>(static_cast<size_t>(count), m_keys.Count() - m_position);
     }
     else
     {
@@ -198,7 +186,8 @@ std::vector<RowKey> TableView::Take(LONG count, bool advance)
     {
         m_position = count >= 0 ? end : begin;
     }
-    return {m_keys.begin() + static_cast<std::ptrdiff_t>(begin), m_keys.begin() + static_cast<std::ptrdiff_t>(end)};
+    const auto first = m_keys.All().begin();
+    return {first + static_cast<std::ptrdiff_t>(begin), first + static_cast<std::ptrdiff_t>(end)};
 }
 
 size_t TableView::IndexOf(BOOKMARK bookmark, bool& rowGone)
@@ -218,7 +207,8 @@ size_t TableView::IndexOf(BOOKMARK bookmark, bool& rowGone)
     const auto found = m_bookmarks.find(bookmark);
     if (found == m_bookmarks.end() || !found->second.valid)
     {
-        throw Error(MAPI_E_INVALID_BOOKMARK, "There is no such bookmark, or the table was sorted or restricted since.");
+        throw Error(MAPI_E_INVALID_BOOKMARK,
+                    "the bookmark does not exist, or the table was sorted or restricted since");
     }
     rowGone = found->second.rowGone;
     return found->second.index;
@@ -226,7 +216,6 @@ size_t TableView::IndexOf(BOOKMARK bookmark, bool& rowGone)
 
 HRESULT TableView::Seek(BOOKMARK origin, LONG count, LONG& moved)
 {
-    Sync();
     bool rowGone = false;
     const std::int64_t from = static_cast<std::int64_t>(IndexOf(origin, rowGone));
     const std::int64_t last = count > 0 || origin == BOOKMARK_END ? static_cast<std::int64_t>(Count()) : from;
@@ -238,17 +227,15 @@ HRESULT TableView::Seek(BOOKMARK origin, LONG count, LONG& moved)
 
 void TableView::SeekApprox(ULONG numerator, ULONG denominator)
 {
-    Require(denominator != 0, "A part of a table needs a denominator.");
-    Sync();
+    Require(denominator != 0, "the denominator is 0");
     const std::uint64_t count = Count();
     PlaceCursor(static_cast<size_t>(count * std::min(numerator, denominator) / denominator));
 }
 
 BOOKMARK TableView::CreateBookmark()
 {
-    Sync();
     const Mark mark = MarkAt(m_position);
-    // Bookmarks follow their rows by the array; a table with some keeps it.
+    // Bookmarks need the array to follow their rows.
     Load();
     const BOOKMARK bookmark = m_nextBookmark++;
     m_bookmarks[bookmark] = mark;
@@ -263,14 +250,14 @@ void TableView::FreeBookmark(BOOKMARK bookmark)
     }
     if (m_bookmarks.erase(bookmark) == 0)
     {
-        throw Error(MAPI_E_INVALID_BOOKMARK, "There is no such bookmark.");
+        throw Error(MAPI_E_INVALID_BOOKMARK, "the bookmark does not exist");
     }
 }
 
 std::optional<size_t> TableView::FindAhead(const Restriction& restriction, size_t begin, size_t end, bool backward)
 {
     std::optional<size_t> found;
-    const RowKey* keys = m_keys.data();
+    const RowKey* keys = m_keys.All().data();
     const size_t probe = std::min(end - begin, ShortWay);
     const size_t first = backward ? end - probe : begin;
     m_rows->Read(keys + first, probe, [&](size_t index, const ValueSource& values)
@@ -284,7 +271,7 @@ std::optional<size_t> TableView::FindAhead(const Restriction& restriction, size_
     {
         return found;
     }
-    // A long way: one pass over the source is cheaper than row by row.
+    // Far away: one pass over the source is cheaper than reading row by row.
     std::vector<RowKey> fitting = m_rows->Keys(&restriction, nullptr);
     std::sort(fitting.begin(), fitting.end());
     const auto fits = [&](size_t index) { return std::binary_search(fitting.begin(), fitting.end(), keys[index]); };
@@ -311,18 +298,273 @@ std::optional<size_t> TableView::FindAhead(const Restriction& restriction, size_
 
 HRESULT TableView::Find(const Restriction& restriction, BOOKMARK origin, bool backward)
 {
-    Sync();
     bool rowGone = false;
     const size_t from = IndexOf(origin, rowGone);
     Load();
     const std::optional<size_t> found =
-        backward ? FindAhead(restriction, 0, from, true) : FindAhead(restriction, from, m_keys.size(), false);
+        backward ? FindAhead(restriction, 0, from, true) : FindAhead(restriction, from, m_keys.Count(), false);
     if (!found)
     {
-        throw Error(MAPI_E_NOT_FOUND, "No row fits.");
+        throw Error(MAPI_E_NOT_FOUND, "no row matches the restriction");
     }
     m_position = *found;
     return rowGone ? MAPI_W_POSITION_CHANGED : S_OK;
+}
+
+void TableView::Follow(bool follow)
+{
+    if (!follow || m_isFollowed)
+    {
+        m_isFollowed = follow;
+        return;
+    }
+    Sync();
+    m_isFollowed = true;
+    try
+    {
+        StartFollowing();
+    }
+    catch (...)
+    {
+        m_isFollowed = false;
+        throw;
+    }
+}
+
+void TableView::StartFollowing()
+{
+    if (!m_isFollowed)
+    {
+        return;
+    }
+    const std::shared_ptr<void> snapshot = m_rows->Snapshot();
+    Sync();
+    m_rows->Follow();
+    if (!IsNatural() || !m_rows->KeysRise())
+    {
+        Load();
+    }
+    m_generation = m_rows->Generation();
+}
+
+RowChanges TableView::Sync()
+{
+    if (!IsBehind())
+    {
+        return RowChanges::None();
+    }
+    const std::shared_ptr<void> snapshot = m_rows->Snapshot();
+    const std::uint64_t generation = m_rows->Generation();
+    if (!m_loaded && !IsNatural())
+    {
+        // No keys are held yet.
+        m_generation = generation;
+        return RowChanges::None();
+    }
+    try
+    {
+        RowChanges changes = TakeOver();
+        m_generation = generation;
+        return m_isFollowed ? changes : RowChanges::None();
+    }
+    catch (...)
+    {
+        m_generation = NoGeneration;
+        throw;
+    }
+}
+
+RowChanges TableView::TakeOver()
+{
+    RowChanges changes;
+    if (m_rows->KeysRise() || m_isFollowed)
+    {
+        changes = m_rows->ChangesSince(m_generation);
+    }
+    const bool listed = changes.extent == RowChanges::Extent::Listed;
+    if (listed && m_rows->KeysRise())
+    {
+        return m_loaded ? Apply(changes.rows) : StepOver(changes.rows);
+    }
+    const std::vector<RowKey> before = listed ? m_keys.All() : std::vector<RowKey>();
+    if (m_loaded)
+    {
+        Rebuild();
+    }
+    else if (m_position > 0)
+    {
+        Load(); // skipped rows may be gone, so the index of the cursor must be counted again
+    }
+    return listed && m_isFollowed ? DifferenceOf(before, m_keys.All(), changes.rows) : changes;
+}
+
+std::vector<Mark*> TableView::Marks(Mark& cursor)
+{
+    std::vector<Mark*> marks{&cursor};
+    for (auto& each : m_bookmarks)
+    {
+        if (each.second.valid)
+        {
+            marks.push_back(&each.second);
+        }
+    }
+    return marks;
+}
+
+void TableView::Rebuild()
+{
+    Mark cursor = MarkAt(m_position);
+    std::vector<RowKey> before = m_keys.Take();
+    m_loaded = false;
+    m_before.reset();
+    try
+    {
+        Load();
+    }
+    catch (...)
+    {
+        m_keys.Assign(std::move(before));
+        m_loaded = true;
+        throw;
+    }
+    m_keys.Relocate(Marks(cursor), before);
+    m_position = cursor.index;
+}
+
+RowChanges TableView::Apply(const std::vector<RowChange>& changes)
+{
+    const std::vector<Place> places = PlacesOf(changes);
+    Mark cursor = MarkAt(m_position);
+    MarkedKeys::Edit edit(m_keys, Marks(cursor));
+    std::vector<std::pair<size_t, bool>> removed;
+    for (const Place& place : places)
+    {
+        if (place.index != MarkedKeys::NoIndex && !StaysInPlace(place))
+        {
+            removed.emplace_back(place.index, place.isShown);
+        }
+    }
+    edit.Remove(std::move(removed));
+    m_position = std::min(m_position, m_keys.Count());
+    RowChanges applied = RowChanges::None();
+    for (const Place& place : places)
+    {
+        const bool wasShown = place.index != MarkedKeys::NoIndex;
+        if (place.isShown)
+        {
+            const size_t index = IndexFor(place);
+            if (!StaysInPlace(place))
+            {
+                edit.Insert(index, place.key);
+            }
+            applied.rows.push_back({wasShown ? RowChange::Kind::Modified : RowChange::Kind::Added, place.key,
+                                    index > 0 ? std::optional<RowKey>(m_keys[index - 1]) : std::nullopt});
+        }
+        else if (wasShown)
+        {
+            applied.rows.push_back({RowChange::Kind::Deleted, place.key, {}});
+        }
+    }
+    edit.Finish();
+    m_position = cursor.index;
+    return applied;
+}
+
+std::vector<TableView::Place> TableView::PlacesOf(const std::vector<RowChange>& changes)
+{
+    std::vector<Place> places;
+    for (const RowChange& change : changes)
+    {
+        Place place;
+        place.key = change.key;
+        place.isShown = m_rows->Exists(change.key);
+        if (place.isShown && !IsNatural())
+        {
+            m_rows->Read(&change.key, 1, [&](size_t, const ValueSource& values)
+            {
+                place.isShown = !m_restriction || m_restriction->Matches(values);
+                if (place.isShown && m_order)
+                {
+                    place.order = m_order->BytesOf(values);
+                }
+            });
+        }
+        places.push_back(std::move(place));
+    }
+    std::vector<Place*> before;
+    for (size_t i = 0; i < changes.size(); ++i)
+    {
+        if (changes[i].WasThere())
+        {
+            before.push_back(&places[i]);
+        }
+    }
+    m_keys.FindIndexes(before, !m_order);
+    return places;
+}
+
+bool TableView::StaysInPlace(const Place& place) const
+{
+    return !m_order && place.isShown && place.index != MarkedKeys::NoIndex;
+}
+
+size_t TableView::IndexFor(const Place& place)
+{
+    const std::vector<RowKey>& keys = m_keys.All();
+    if (!m_order)
+    {
+        return static_cast<size_t>(std::lower_bound(keys.begin(), keys.end(), place.key) - keys.begin());
+    }
+    size_t begin = 0;
+    size_t end = keys.size();
+    while (begin < end)
+    {
+        const size_t middle = begin + (end - begin) / 2;
+        bool before = false;
+        m_rows->Read(&keys[middle], 1, [&](size_t, const ValueSource& values)
+        {
+            const int order = m_order->BytesOf(values).compare(place.order);
+            before = order < 0 || (order == 0 && keys[middle] < place.key);
+        });
+        if (before)
+        {
+            begin = middle + 1;
+        }
+        else
+        {
+            end = middle;
+        }
+    }
+    return begin;
+}
+
+RowChanges TableView::StepOver(const std::vector<RowChange>& changes)
+{
+    if (!m_isFollowed && m_position == 0)
+    {
+        return RowChanges::None();
+    }
+    RowChanges applied = RowChanges::None();
+    std::int64_t moved = 0;
+    for (const RowChange& change : changes)
+    {
+        const bool isThere = m_rows->Exists(change.key);
+        if (m_before && change.key <= *m_before)
+        {
+            moved += static_cast<int>(isThere) - static_cast<int>(change.WasThere());
+        }
+        if (isThere && m_isFollowed)
+        {
+            applied.rows.push_back({change.WasThere() ? RowChange::Kind::Modified : RowChange::Kind::Added, change.key,
+                                    m_rows->KeyBefore(change.key)});
+        }
+        else if (!isThere && change.WasThere())
+        {
+            applied.rows.push_back({RowChange::Kind::Deleted, change.key, {}});
+        }
+    }
+    m_position = static_cast<size_t>(static_cast<std::int64_t>(m_position) + moved);
+    return applied;
 }
 
 } // namespace zebstore

@@ -52,6 +52,33 @@ protected:
     std::shared_ptr<RowSource> m_rows;
 };
 
+TEST_F(Commits, AreToldToTheObserverOfTheirConnection)
+{
+    struct Counter final : CommitObserver
+    {
+        int commits = 0;
+        void Committed() noexcept override { ++commits; }
+    } counter;
+    StoreFile::OpenOptions options;
+    options.observer = &counter;
+    const auto observed = StoreFile::Open(Path("test.zeb"), options);
+    const int before = counter.commits;
+    observed->Messages().Create({Inbox, false}, Mail("observed"));
+    EXPECT_EQ(counter.commits, before + 1);
+    EXPECT_NE(CodeOf([&] { observed->Messages().Create({4711, false}, Mail("no folder")); }), S_OK);
+    EXPECT_EQ(counter.commits, before + 1) << "nothing was committed";
+    {
+        StoreTransaction transaction(observed->Connection());
+        observed->Messages().Create({Inbox, false}, Mail("one"));
+        observed->Messages().Create({Inbox, false}, Mail("two"));
+        EXPECT_EQ(counter.commits, before + 1) << "the transaction goes on";
+        transaction.Commit();
+    }
+    EXPECT_EQ(counter.commits, before + 2);
+    m_other->Messages().Create({Inbox, false}, Mail("of another connection"));
+    EXPECT_EQ(counter.commits, before + 2);
+}
+
 TEST_F(Commits, CountWithEachOfAnyConnection)
 {
     const std::uint64_t first = Number();
