@@ -40,7 +40,7 @@ void Connection::Deliver(ULONG count, NOTIFICATION* notifications)
     }
     catch (...)
     {
-        // A sink has nobody to throw to.
+        // A sink cannot report a failure to anyone.
     }
     // Before the call counts as over: whoever waits in Cut may unload the sink's code next.
     sink = {};

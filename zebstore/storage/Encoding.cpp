@@ -142,7 +142,7 @@ std::string Encode(const SPropValue& value)
     const ULONG type = PROP_TYPE(value.ulPropTag);
     if (!IsStorable(type))
     {
-        throw Error(MAPI_E_INVALID_TYPE, "a property of a type that can not be stored");
+        throw Error(MAPI_E_INVALID_TYPE, "a property of a type that cannot be stored");
     }
     if (type & MV_FLAG)
     {

@@ -1,4 +1,4 @@
-// Values that are too large to be held in memory beside their siblings, read and written in pieces.
+// Values that are too large to be held in memory with the other properties, read and written in pieces.
 #pragma once
 
 #include <cstddef>

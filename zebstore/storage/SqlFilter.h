@@ -31,7 +31,7 @@ struct SqlFilter
 /// Comparisons that are handed to SQL at most; what is wider is judged row by row by the restriction itself.
 constexpr size_t MostSqlTerms = 500;
 
-/// Nothing when SQL can not narrow the rows at all, or the restriction is too wide for it.
+/// Nothing when SQL cannot narrow the rows at all, or the restriction is too wide for it.
 /// @param computed identifiers that are computed and so not for SQL to judge
 std::optional<SqlFilter> MakeFilter(const RestrictionNode& node, const std::vector<ULONG>& computed);
 

@@ -53,7 +53,7 @@ public:
     {
         if (!PropertyBlob::IsSound(blob))
         {
-            m_problems.push_back(owner + ": its properties can not be read");
+            m_problems.push_back(owner + ": its properties cannot be read");
             return;
         }
         if (!PropertyBlob::IsAsWritten(blob))
@@ -163,7 +163,7 @@ void CheckCounters(Database& database, Problems& problems)
         }
         if (!IsRecentSound(query.Bytes(4)))
         {
-            problems.push_back(folder + ": its list of recent changes can not be read");
+            problems.push_back(folder + ": its list of recent changes cannot be read");
         }
         counted.erase(container);
     }

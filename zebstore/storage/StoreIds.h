@@ -36,8 +36,8 @@ public:
     static constexpr ContentsKey Embedded() { return ContentsKey(0); }
     static constexpr std::int64_t NumberOf(MessageId message) { return message & LastNumber; }
 
-    constexpr FolderId Folder() const { return m_column / 2; }
-    constexpr bool IsAssociated() const { return m_column % 2 != 0; }
+    constexpr FolderId Folder() const { return m_column >> 1; }
+    constexpr bool IsAssociated() const { return (m_column & 1) != 0; }
     constexpr bool IsEmbedded() const { return m_column == 0; }
     /// Only the normal messages of a folder are counted as unread.
     constexpr bool CountsUnread() const { return !IsEmbedded() && !IsAssociated(); }

@@ -33,7 +33,7 @@ bool IsUtf8(std::string_view text);
 
 /// Narrow text of this system (ANSI code page, UTF-8 on Linux) as stored text.
 std::string StoredFromNarrow(std::string_view narrow);
-/// Stored text as this system's narrow text; what it can not say is replaced.
+/// Stored text as this system's narrow text; what it cannot say is replaced.
 std::string NarrowFromStored(std::string_view stored);
 
 /// How two texts are held against each other.

@@ -19,7 +19,7 @@ struct BuildOptions
 
 /// Builds `count` values for `tags` (a tag of type PT_UNSPECIFIED takes the stored type), in this order, as one block
 /// of MAPI memory that the caller frees. A tag that was found has the asked type in the answer; one that was not is
-/// PT_ERROR with MAPI_E_NOT_FOUND; one whose stored type can not be given as the asked type is PT_ERROR with
+/// PT_ERROR with MAPI_E_NOT_FOUND; one whose stored type cannot be given as the asked type is PT_ERROR with
 /// MAPI_E_NOT_FOUND as well; a large value above `wholeUpTo` is PT_ERROR with MAPI_E_NOT_ENOUGH_MEMORY. PT_NULL asks
 /// for PT_NULL. A multi-valued text converts between its two forms like a single one. A tag with MV_INSTANCE is
 /// answered with one value, of the single type, under that tag.
@@ -29,7 +29,7 @@ SPropValue* BuildValues(const ULONG* tags, size_t count, const ValueSource& valu
                         size_t* errors = nullptr);
 
 /// One value; text and binaries are read whole even when large. Blocks are chained to `parent`.
-/// @return false when there is no such property or it can not be given as asked; `value` is then PT_ERROR.
+/// @return false when there is no such property or it cannot be given as asked; `value` is then PT_ERROR.
 bool BuildValue(ULONG tag, const ValueSource& values, const BuildOptions& options, SPropValue& value, void* parent);
 
 } // namespace zebstore

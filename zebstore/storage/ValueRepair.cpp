@@ -29,7 +29,7 @@ struct ValueRepair::Table
     const char* owner;
     const char* rows;
     const char* write;
-    const char* columns; // for what a row tells besides its blob; null: nothing
+    const char* columns; // other columns that the properties can be rebuilt from; null: none
 };
 
 const ValueRepair::Table ValueRepair::Tables[] = {

@@ -209,7 +209,7 @@ TEST_F(AddressStorageTest, TheWholeCheckLooksAtTheAddressBook)
     EXPECT_TRUE(Store().CheckWhole().empty());
     const std::pair<const char*, const char*> damages[] = {
         {"UPDATE directory SET rows=7", "does not count its 1 entries"},
-        {"UPDATE address SET props=x'0100FF00'", "address book entry 1: its properties can not be read"},
+        {"UPDATE address SET props=x'0100FF00'", "address book entry 1: its properties cannot be read"},
         {"UPDATE member SET address=NULL", "member 1 of list 1 is no member"},
         {"UPDATE address SET type=6", "is no member of a list"},
     };

@@ -422,7 +422,7 @@ TEST_F(ChecksumTest, WhatIsUnreadableBeforeTheUpgradeStaysSo)
     m_store.reset();
     m_store = StoreFile::Open(Path("test.zeb"), {});
     EXPECT_EQ(CodeOf([&] { Store().Messages().Load(message); }), MAPI_E_CORRUPT_DATA);
-    EXPECT_NE(Problems().find("its properties can not be read"), std::string::npos);
+    EXPECT_NE(Problems().find("its properties cannot be read"), std::string::npos);
 }
 
 } // namespace

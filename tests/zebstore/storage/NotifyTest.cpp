@@ -310,7 +310,7 @@ TEST_F(NotifyTest, AListOfChangesThatCanNotBeReadIsFoundByTheCheck)
         const std::vector<std::string> problems = Store().CheckWhole();
         return problems.empty() ? std::string() : problems[0];
     };
-    const std::string found = "folder 3: its list of recent changes can not be read";
+    const std::string found = "folder 3: its list of recent changes cannot be read";
     EXPECT_EQ(spoil("x'0102'"), found);
     EXPECT_EQ(spoil("x'0700000000000000'"), found) << "an event that there is not";
     EXPECT_EQ(spoil("zeroblob(1032)"), found) << "too many";

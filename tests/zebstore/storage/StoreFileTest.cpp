@@ -230,7 +230,7 @@ TEST_F(StoreFileTest, TheWholeCheckFindsWhatIsWrong)
         {"UPDATE contents SET rows=7 WHERE container=6", "counts 7 messages and has 1"},
         {"UPDATE contents SET unread=5 WHERE container=6", "unread"},
         {"UPDATE contents SET next=1 WHERE container=6", "next number"},
-        {"UPDATE message SET props=x'0100FF00' WHERE id=" + id, "properties can not be read"},
+        {"UPDATE message SET props=x'0100FF00' WHERE id=" + id, "properties cannot be read"},
         {"UPDATE message SET props=" + std::string(DamagedReference) + " WHERE id=" + id,
          "a reference to a large value is damaged"},
         {"DELETE FROM chunk", "not complete"},
