@@ -290,10 +290,3 @@ ProviderReport SearchProvider(const ProviderEnvironment& environment)
 }
 
 } // namespace zeb
-
-CStringA Zeb_GetMapiDllPath(EnumOfficeBitness& bitness)
-{
-    const zeb::ProviderReport report = zeb::framework::WithMemory([] { return zeb::SearchProvider(); });
-    bitness = report.bitness;
-    return CStringA(report.path);
-}

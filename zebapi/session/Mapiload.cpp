@@ -9,6 +9,7 @@
 #include "zebapi/frame/internal/Calls.h"
 #include "zebapi/frame/internal/EntryPoints.h"
 #include "zebapi/frame/internal/Subject.h"
+#include "zebapi/search/ProviderSearch.h"
 #include "zebapi/search/Registry.h"
 
 #include <array>
@@ -386,4 +387,11 @@ CZebProfAdmin CZebAPI::GetProfAdmin()
     ThrowIfFailed(zeb::MAPIAdminProfiles(0, profAdmin.Put()));
     zeb::RequireObject(static_cast<bool>(profAdmin));
     return CZebProfAdmin(profAdmin.Get());
+}
+
+CStringA Zeb_GetMapiDllPath(EnumOfficeBitness& bitness)
+{
+    const zeb::ProviderReport report = zeb::framework::WithMemory([] { return zeb::SearchProvider(); });
+    bitness = report.bitness;
+    return CStringA(report.path);
 }

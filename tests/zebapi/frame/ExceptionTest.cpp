@@ -480,7 +480,7 @@ TEST(Guarded, SaysWhetherTheBodyEnded)
 {
     LogCapture log;
     bool ran = false;
-    EXPECT_TRUE(Guarded("site", 1, [&ran] { ran = true; }));
+    EXPECT_TRUE(Guarded([&ran] { ran = true; }, "site", 1));
     EXPECT_TRUE(ran);
     EXPECT_TRUE(log.Lines().empty());
 }
@@ -488,7 +488,7 @@ TEST(Guarded, SaysWhetherTheBodyEnded)
 TEST(Guarded, LogsAndDeletesAFrameworkException)
 {
     LogCapture log;
-    EXPECT_FALSE(Guarded("site", 21, [] { ThrowIfFailed(NotFound, "x", 12); }));
+    EXPECT_FALSE(Guarded([] { ThrowIfFailed(NotFound, "x", 12); }, "site", 21));
     EXPECT_THAT(log.Lines(),
                 ElementsAre(Line(1, "THROW Exception 0x8004010f (MAPI_E_NOT_FOUND), File x, line 12"),
                             Line(1, "EXCEPTION: Description: \"MAPI_E_NOT_FOUND\", File: \"site\", Line: 21")));
@@ -503,7 +503,7 @@ TEST(Guarded, LogsAndDeletesAFrameworkException)
         int& m_deleted;
     };
     int deleted = 0;
-    EXPECT_FALSE(Guarded("site", 22, [&deleted] { throw static_cast<CException*>(new Counted(deleted)); }));
+    EXPECT_FALSE(Guarded([&deleted] { throw static_cast<CException*>(new Counted(deleted)); }, "site", 22));
     EXPECT_EQ(deleted, 1);
     EXPECT_EQ(log.Texts().back(), "EXCEPTION: Description: \"\", File: \"site\", Line: 22");
 }
@@ -511,17 +511,17 @@ TEST(Guarded, LogsAndDeletesAFrameworkException)
 TEST(Guarded, LogsAComErrorWithItsResult)
 {
     LogCapture log;
-    EXPECT_FALSE(Guarded("site", 3, [] { RaiseComError(E_POINTER); }));
+    EXPECT_FALSE(Guarded([] { RaiseComError(E_POINTER); }, "site", 3));
     EXPECT_THAT(log.Lines(), ElementsAre(Line(1, "EXCEPTION: _com_error: 0x80004003, File: \"site\", Line: 3")));
-    EXPECT_FALSE(Guarded("site", 4, [] { RaiseComError(static_cast<HRESULT>(0xDEADBEEF)); }));
+    EXPECT_FALSE(Guarded([] { RaiseComError(static_cast<HRESULT>(0xDEADBEEF)); }, "site", 4));
     EXPECT_EQ(log.Texts().back(), "EXCEPTION: _com_error: 0xDEADBEEF, File: \"site\", Line: 4");
 }
 
 TEST(Guarded, LogsAnythingElseAsUnknown)
 {
     LogCapture log;
-    EXPECT_FALSE(Guarded("a%sb", 4, [] { throw 42; }));
-    EXPECT_FALSE(Guarded("site", 5, [] { throw std::runtime_error("text"); }));
+    EXPECT_FALSE(Guarded([] { throw 42; }, "a%sb", 4));
+    EXPECT_FALSE(Guarded([] { throw std::runtime_error("text"); }, "site", 5));
     EXPECT_THAT(log.Lines(), ElementsAre(Line(1, "EXCEPTION: Description: <Unknown>, File: \"a%sb\", Line: 4"),
                                          Line(1, "EXCEPTION: Description: <Unknown>, File: \"site\", Line: 5")));
 }
@@ -530,7 +530,7 @@ TEST(Guarded, NothingLeavesItWhenThereIsNoMemoryForTheLine)
 {
     auto exception = std::make_unique<CZebException>(NotFound, nullptr, 0);
     FailingNew failing;
-    EXPECT_FALSE(Guarded("site", 6, [&exception] { throw static_cast<CException*>(exception.release()); }));
+    EXPECT_FALSE(Guarded([&exception] { throw static_cast<CException*>(exception.release()); }, "site", 6));
 }
 
 } // namespace zeb::test

@@ -1,6 +1,7 @@
 // Where a provider is looked for, and in which order.
 #include "tests/support/CurrentFolder.h"
 #include "tests/zebapi/frame/ProviderFixture.h"
+#include "zebapi/Mapiload.h"
 
 namespace zeb::test
 {
