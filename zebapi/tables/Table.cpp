@@ -13,6 +13,9 @@
 namespace
 {
 
+/// Rows of one batch of CZebTableRows.
+constexpr LONG RowsInBatch = 100;
+
 /// The 32-bit number that the host gets for one of the table's. Without memory for it `giveBack` returns the number.
 template <class GiveBack>
 ULONG GivenOut(IMAPITable* table, zeb::TableNumber kind, ULONG_PTR number, GiveBack giveBack)
@@ -198,4 +201,60 @@ void CZebTable::Restrict(SRestriction* restriction, ULONG flags)
 void CZebTable::Free()
 {
     zeb::Guarded([&] { m_table.Release(); });
+}
+
+CZebTableRows CZebTable::RowsOf(ULONG count, const ULONG* tags)
+{
+    // Using an empty handle is reported as such, whether or not there is memory for the columns.
+    m_table.Checked();
+    CZebPropTagArray columns;
+    for (ULONG i = 0; i < count; ++i)
+    {
+        columns.AddOne(tags[i]);
+    }
+    SetColumns(static_cast<SPropTagArray*>(columns));
+    SeekRow(BOOKMARK_BEGINNING, 0, nullptr);
+    return CZebTableRows(*this);
+}
+
+CZebTableRows::CZebTableRows(const CZebTable& table)
+    : m_table(table)
+{
+}
+
+CZebTableRows::~CZebTableRows() = default;
+
+CZebTableRows::Iterator CZebTableRows::begin()
+{
+    if (IsAtEnd())
+    {
+        ReadBatch();
+    }
+    return Iterator(this);
+}
+
+bool CZebTableRows::IsAtEnd() const
+{
+    return !m_batch.IsValid() || m_index >= m_batch.Count();
+}
+
+CZebRow CZebTableRows::Current() const
+{
+    return m_batch[m_index];
+}
+
+void CZebTableRows::Advance()
+{
+    ++m_index;
+    if (IsAtEnd())
+    {
+        ReadBatch();
+    }
+}
+
+void CZebTableRows::ReadBatch()
+{
+    // A provider may give fewer rows than asked for before the last one; no row at all is the end.
+    m_index = 0;
+    m_table.QueryRows(&m_batch, RowsInBatch, nullptr, nullptr);
 }

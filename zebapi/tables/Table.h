@@ -5,8 +5,12 @@
 #include "platform/export.h"
 #include "platform/mapi.h"
 #include "platform/overloads.h"
+#include "zebapi/tables/RowSet.h"
 
+#include <cstddef>
 #include <type_traits>
+
+class CZebTableRows;
 
 /// A handle on one MAPI table.
 ///
@@ -70,6 +74,83 @@ public:
         SetColumns(static_cast<ULONG>(count), static_cast<ULONG>(tags)...);
     }
 
+    /// Every row of the table with these columns, for a range-based for:
+    ///
+    ///     for (CZebRow row : table.Rows({PR_ENTRYID, PR_SUBJECT_W}))
+    ///
+    /// Sets the columns, goes to the first row, and reads the rows in batches while the loop runs (SetColumns, SeekRow,
+    /// QueryRows). Restriction and order stay as they are; columns and position are not restored. A row that comes or
+    /// goes during the loop moves those after it: to delete what a loop finds, collect the identifiers first.
+    /// @throws CZebException* as SetColumns, SeekRow and QueryRows, also while the loop runs
+    template <std::size_t count>
+    CZebTableRows Rows(const ULONG (&tags)[count]);
+    /// The same for `count` tags that are not known at compile time.
+    /// @throws CZebException* also E_INVALIDARG for no tags
+    CZebTableRows RowsOf(ULONG count, const ULONG* tags);
+
 protected:
     zeb::CComPtr<IMAPITable> m_table;
 };
+
+/// The rows of a table in one pass, read a batch at a time: what CZebTable::Rows gives to a range-based for.
+///
+/// It holds a reference of its own on the table and owns the batch that was read last. A row is a view, valid until the
+/// loop goes on to the next one; copy what is to be kept. One pass: a second loop over the same object goes on where the
+/// first one ended. Threads: none of its own.
+class ZEBAPI_EXPORT CZebTableRows
+{
+public:
+    struct End
+    {
+    };
+
+    class Iterator
+    {
+    public:
+        explicit Iterator(CZebTableRows* rows)
+            : m_rows(rows)
+        {
+        }
+        CZebRow operator*() const { return m_rows->Current(); }
+        Iterator& operator++()
+        {
+            m_rows->Advance();
+            return *this;
+        }
+        bool operator!=(End) const { return !m_rows->IsAtEnd(); }
+
+    private:
+        CZebTableRows* m_rows;
+    };
+
+    /// Reads the first batch. @throws CZebException* as CZebTable::QueryRows
+    Iterator begin();
+    End end() const { return End(); }
+
+    /// Whether there is no further row. True before the first batch is read.
+    bool IsAtEnd() const;
+    /// The row that the pass has come to. @throws CZebException* as CZebRowSet::operator[]
+    CZebRow Current() const;
+    /// Goes to the next row, and reads the next batch after the last row of this one, whose rows are then gone.
+    /// @throws CZebException* as CZebTable::QueryRows
+    void Advance();
+
+    /// The rows from the table's position on, with the columns that it has.
+    explicit CZebTableRows(const CZebTable& table);
+    ~CZebTableRows();
+    CZebTableRows(const CZebTableRows&) = delete;
+    CZebTableRows& operator=(const CZebTableRows&) = delete;
+
+private:
+    void ReadBatch();
+
+    CZebTable m_table;
+    CZebRowSet m_batch;
+    ULONG m_index = 0; ///< in the batch
+};
+
+template <std::size_t count>
+CZebTableRows CZebTable::Rows(const ULONG (&tags)[count])
+{
+    return RowsOf(static_cast<ULONG>(count), tags);
+}
