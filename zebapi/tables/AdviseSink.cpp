@@ -65,7 +65,7 @@ namespace
 {
 
 /// A registration under way, from before the provider knows the sink until its connection is stored. It lies on the
-/// stack of CAdviseSinkBinder::Advise.
+/// stack of CAdviseSinkBinder::Register.
 struct Attempt
 {
     const CAdviseSink* sink;
@@ -95,6 +95,20 @@ void End(const Attempt& attempt)
         at = &(*at)->next;
     }
     *at = attempt.next;
+}
+
+/// Ends the attempt; unless it was abandoned, `keep` runs under the lock, for the binder is there then.
+/// @return whether it was not abandoned
+template <class Keep>
+bool EndWith(const Attempt& attempt, Keep keep)
+{
+    const std::lock_guard<std::mutex> lock(g_registering);
+    End(attempt);
+    if (!attempt.abandoned)
+    {
+        keep();
+    }
+    return !attempt.abandoned;
 }
 
 /// REQUIRES: the lock.
@@ -216,23 +230,33 @@ CAdviseSinkBinder::~CAdviseSinkBinder()
 
 void CAdviseSinkBinder::Advise(CZebTable& table)
 {
+    zeb::Guarded([&] { Register(table); });
+}
+
+void CAdviseSinkBinder::AdviseChecked(CZebTable& table)
+{
+    zeb::framework::WithMemory([&] { Register(table); });
+}
+
+void CAdviseSinkBinder::Register(CZebTable& table)
+{
     Unadvise();
     zeb::Guarded([&] { m_table = table; });
-    CAdviseSink* sink = nullptr;
-    if (!zeb::Guarded([&] { sink = new CAdviseSink(m_delegate); }))
+    CComPtr<CAdviseSink> sink;
+    try
+    {
+        sink.Attach(new CAdviseSink(m_delegate));
+    }
+    catch (...)
     {
         m_table.Free();
         Unadvise();
-        return;
+        throw;
     }
-    if (!Register(sink))
-    {
-        Unadvise();
-    }
-    sink->Release();
+    Register(sink.Get());
 }
 
-bool CAdviseSinkBinder::Register(CAdviseSink* sink)
+void CAdviseSinkBinder::Register(CAdviseSink* sink)
 {
     // The table's own reference: a notification that comes early may end this binder, and with it m_table.
     CZebTable table;
@@ -248,27 +272,24 @@ bool CAdviseSinkBinder::Register(CAdviseSink* sink)
         m_sink = sink;
     }
     ULONG connection = 0;
-    const bool advised = zeb::Guarded([&] { table.Advise(sink, &connection); });
-    if (!advised)
+    try
+    {
+        table.Advise(sink, &connection);
+    }
+    catch (...)
     {
         // No handler is at work with the binder after this.
         sink->Cut();
-    }
-    bool abandoned = false;
-    {
-        const std::lock_guard<std::mutex> lock(g_registering);
-        End(attempt);
-        abandoned = attempt.abandoned;
-        if (advised && !abandoned)
+        if (EndWith(attempt, [] {}))
         {
-            m_connection = connection;
+            Unadvise();
         }
+        throw;
     }
-    if (advised && abandoned)
+    if (!EndWith(attempt, [&] { m_connection = connection; }))
     {
         zeb::Guarded([&] { table.Unadvise(connection); });
     }
-    return advised || abandoned;
 }
 
 void CAdviseSinkBinder::Unadvise()

@@ -73,7 +73,7 @@ private:
 
 /// Ties a delegate to a table: creates the sink, registers it for fnevTableModified, and unregisters it.
 ///
-/// Nothing here throws; failures are logged, and a failed registration ends without one. The delegate is not
+/// Nothing here but AdviseChecked throws; failures are logged, and a failed registration ends without one. The delegate is not
 /// owned and must outlive the binder. Do not copy a binder that is advised: the copy shares sink and
 /// connection uncounted. Threads: advise and unadvise from one thread, or inside a notification on the thread that
 /// delivers it. A notification may come before Advise has returned, and may unadvise or destroy the binder then.
@@ -94,9 +94,15 @@ public:
     CAdviseSinkBinder(const CAdviseSinkBinder& other);
     CAdviseSinkBinder& operator=(const CAdviseSinkBinder& other);
 
+    /// Advise that reports why it failed. Nothing is registered then.
+    /// @throws CZebException* as CZebTable::Advise; _com_error E_POINTER for an empty table
+    void AdviseChecked(CZebTable& table);
+
 private:
-    /// Registers the sink on the table held. @return false when it is not registered and still the binder's
-    bool Register(CAdviseSink* sink);
+    /// Registers a new sink on table. Throws anything.
+    void Register(CZebTable& table);
+    /// Registers the sink on the table held. After a failure nothing is registered. Throws anything.
+    void Register(CAdviseSink* sink);
 
     CAdviseSinkDelegate* m_delegate;
     CAdviseSink* m_sink = nullptr;

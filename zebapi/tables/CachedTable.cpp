@@ -116,6 +116,23 @@ void CZebCachedTable::Bind()
     }
 }
 
+void CZebCachedTable::BindChecked()
+{
+    m_table.Checked();
+    Unbind();
+    auto* const binder = zeb::framework::WithMemory([&] { return new CAdviseSinkBinder(this, nullptr); });
+    m_binder = binder;
+    try
+    {
+        binder->AdviseChecked(*this);
+    }
+    catch (...)
+    {
+        Unbind();
+        throw;
+    }
+}
+
 void CZebCachedTable::Unbind()
 {
     delete m_binder.Exchange(nullptr);

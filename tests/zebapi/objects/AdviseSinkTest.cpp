@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <functional>
+#include <memory>
 #include <thread>
 
 using namespace zeb::test;
@@ -248,6 +249,57 @@ TEST_F(AdviseSink, ASinkThatCannotBeAllocatedIsLoggedAndEndsIdle)
     EXPECT_EQ(m_double.References(), 1u) << "the table is let go";
     binder.Advise(m_table);
     EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)"}));
+}
+
+TEST_F(AdviseSink, ACheckedRegistrationNotifies)
+{
+    CAdviseSinkBinder binder(&m_listener, nullptr);
+    binder.AdviseChecked(m_table);
+    m_double.Notify(TABLE_ROW_ADDED);
+    binder.AdviseChecked(m_table);
+    EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)", "modified 0x3", "added", "table: Unadvise(0xABABABAB0000004D)",
+                              "table: Advise(0x100)"}));
+    EXPECT_EQ(m_log.Lines().size(), 0u);
+}
+
+TEST_F(AdviseSink, ACheckedRegistrationThrowsWhyItFailed)
+{
+    m_double.Fail("Advise", MAPI_E_NO_SUPPORT);
+    m_double.m_error = "no notifications here";
+    CAdviseSinkBinder binder(&m_listener, nullptr);
+    EXPECT_NE(Described([&] { binder.AdviseChecked(m_table); }).find("no notifications here"), std::string::npos);
+    EXPECT_EQ(Thrown([&] { binder.AdviseChecked(m_table); }), MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(m_double.References(), 1u) << "the table is let go";
+    EXPECT_EQ(Caught(), 0u);
+    CZebTable empty;
+    EXPECT_EQ(Raised([&] { binder.AdviseChecked(empty); }), E_POINTER);
+    Calls();
+    binder.Unadvise();
+    EXPECT_EQ(Calls(), Lines{});
+}
+
+TEST_F(AdviseSink, ACheckedRegistrationReportsThatMemoryIsOut)
+{
+    CAdviseSinkBinder binder(&m_listener, nullptr);
+    HRESULT thrown = S_OK;
+    {
+        const FailingNew failing(0, true);
+        thrown = Thrown([&] { binder.AdviseChecked(m_table); });
+    }
+    EXPECT_EQ(thrown, MAPI_E_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(Calls(), Lines{});
+    EXPECT_EQ(m_double.References(), 1u);
+}
+
+TEST_F(AdviseSink, AFailingCheckedRegistrationMayBeEndedByItsNotification)
+{
+    auto binder = std::make_unique<CAdviseSinkBinder>(&m_listener, nullptr);
+    m_double.Fail("Advise", MAPI_E_NO_SUPPORT);
+    m_listener.m_inside = [&] { binder.reset(); };
+    m_double.m_whileAdvising = [&] { m_double.Notify(TABLE_CHANGED); };
+    CAdviseSinkBinder* const advised = binder.get();
+    EXPECT_EQ(Thrown([&] { advised->AdviseChecked(m_table); }), MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(binder, nullptr);
 }
 
 TEST_F(AdviseSink, AdvisingAnotherTablePassesThroughIdle)

@@ -314,3 +314,26 @@ TEST_F(CachedTable, ACopyTakesRowsAndRegistrationAsTheyAre)
         m_double.Release();
     }
 }
+
+TEST_F(CachedTable, CheckedBindingRegistersATableThatWasShared)
+{
+    const CZebTable shared(&m_double);
+    CZebCachedTable table(shared);
+    table.BindChecked();
+    EXPECT_EQ(Calls(), Lines{"table: Advise(0x100)"});
+    table.BindChecked();
+    EXPECT_EQ(Calls(), (Lines{"table: Unadvise(0xABABABAB0000004D)", "table: Advise(0x100)"}));
+}
+
+TEST_F(CachedTable, CheckedBindingThrowsWhyItFailed)
+{
+    HasRows(3);
+    m_double.Fail("Advise", MAPI_E_NO_SUPPORT);
+    OpenTable table(&m_double);
+    EXPECT_EQ(Caught(), 1u) << "construction only logs it";
+    EXPECT_EQ(Thrown([&] { table.BindChecked(); }), MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(Caught(), 1u);
+    EXPECT_EQ(At(table, 2), 2) << "the table is read without notifications";
+    OpenTable none;
+    EXPECT_EQ(Raised([&] { none.BindChecked(); }), E_POINTER);
+}
