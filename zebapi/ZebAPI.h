@@ -13,6 +13,7 @@
 #include "zebapi/Exception.h"
 #include "zebapi/Folder.h"
 #include "zebapi/IProp.h"
+#include "zebapi/LogSink.h"
 #include "zebapi/MEM.h"
 #include "zebapi/Mapiload.h"
 #include "zebapi/Message.h"

@@ -1,0 +1,3 @@
+#pragma once
+
+#include "zebapi/frame/LogSink.h"
