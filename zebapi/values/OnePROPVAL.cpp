@@ -505,6 +505,78 @@ void CZebOnePropVal::GetMV(CArray<LONG>& values) const
     zeb::CopyOut(values, m_value->Value.MVl.lpl, m_value->Value.MVl.cValues);
 }
 
+CStringA CZebOnePropVal::StringUtf8(bool errorAsText) const
+{
+    const CStringW text = StringW(errorAsText);
+    return zeb::framework::WithMemory([&]
+    {
+        const std::string utf8 = zeb::platform::Utf8FromWide(text, static_cast<size_t>(text.GetLength()));
+        return CStringA(utf8.data(), static_cast<int>(utf8.size()));
+    });
+}
+
+void CZebOnePropVal::SetUtf8(const char* text)
+{
+    CheckEither(PT_UNICODE, PT_STRING8);
+    CheckText(text);
+    zeb::framework::WithMemory([&]
+    {
+        const zeb::platform::WideString wide = zeb::platform::WideFromUtf8(text, std::strlen(text));
+        if (PROP_TYPE(m_value->ulPropTag) == PT_UNICODE)
+        {
+            *this = wide.c_str();
+        }
+        else
+        {
+            *this = zeb::platform::NarrowFromWide(wide.c_str(), wide.size()).c_str();
+        }
+    });
+}
+
+bool CZebOnePropVal::IsOfType(ULONG type) const
+{
+    return m_value != nullptr && PROP_TYPE(m_value->ulPropTag) == type;
+}
+
+void CZebOnePropVal::CheckEither(ULONG type, ULONG orElse) const
+{
+    CheckValid();
+    if (PROP_TYPE(m_value->ulPropTag) != orElse)
+    {
+        CheckType(type);
+    }
+}
+
+CZebOnePropVal& CZebOnePropVal::operator=(const GUID& value)
+{
+    CheckType(PT_CLSID);
+    zeb::CheckParent(m_parent);
+    GUID* const copy = zeb::Allocate<GUID>(sizeof value, m_parent);
+    *copy = value;
+    m_value->Value.lpguid = copy;
+    return *this;
+}
+
+void CZebOnePropVal::SetElements(ULONG type, ULONG orElse, const void* elements, INT_PTR count, ULONG size)
+{
+    CheckEither(type, orElse);
+    zeb::CheckParent(m_parent);
+    auto* const copy = zeb::Allocate<BYTE>(zeb::BlockSize(0, static_cast<std::uint64_t>(count), size), m_parent);
+    if (count != 0)
+    {
+        std::memcpy(copy, elements, static_cast<size_t>(count) * size);
+    }
+    // Every array is a count and a pointer.
+    m_value->Value.MVl = {static_cast<ULONG>(count), reinterpret_cast<LONG*>(copy)};
+}
+
+const void* CZebOnePropVal::Elements(ULONG type, ULONG orElse, ULONG& count) const
+{
+    CheckEither(type, orElse);
+    count = zeb::CountOf(m_value->Value.MVl.lpl, m_value->Value.MVl.cValues);
+    return m_value->Value.MVl.lpl;
+}
+
 bool CZebOnePropVal::operator==(const CZebOnePropVal& other) const
 {
     CheckValid();

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <type_traits>
+#include <utility>
 
 namespace zeb
 {
@@ -199,7 +200,115 @@ public:
         return static_cast<T>(UseDefault(static_cast<zeb::IntegerAs<T>>(defaultValue)));
     }
 
+    /// String() in UTF-8, whatever the ANSI code page is.
+    /// @throws CZebException* as StringW
+    zeb::CStringA StringUtf8(bool errorAsText = true) const;
+    /// Text given in UTF-8, for PT_UNICODE and, in the ANSI code page then, for PT_STRING8. What is no UTF-8 becomes
+    /// U+FFFD.
+    /// @throws CZebException* MAPI_E_BAD_VALUE, MAPI_E_INVALID_TYPE, MAPI_E_INVALID_OBJECT, MAPI_E_INVALID_PARAMETER
+    /// for a null text
+    void SetUtf8(const char* text);
+
+    /// PT_DOUBLE, PT_APPTIME (days since 1899-12-30), PT_R4 (rounded).
+    CZebOnePropVal& operator=(double value)
+    {
+        if (IsOfType(PT_R4))
+        {
+            m_value->Value.flt = static_cast<float>(value);
+            return *this;
+        }
+        CheckEither(PT_DOUBLE, PT_APPTIME);
+        m_value->Value.dbl = value;
+        return *this;
+    }
+    /// PT_DOUBLE, PT_APPTIME, PT_R4.
+    double GetDouble() const
+    {
+        if (IsOfType(PT_R4))
+        {
+            return static_cast<double>(m_value->Value.flt);
+        }
+        CheckEither(PT_DOUBLE, PT_APPTIME);
+        return m_value->Value.dbl;
+    }
+    /// PT_CURRENCY, in ten-thousandths.
+    void SetCurrency(LONGLONG value)
+    {
+        CheckType(PT_CURRENCY);
+        m_value->Value.cur.int64 = value;
+    }
+    /// PT_CURRENCY, in ten-thousandths.
+    LONGLONG GetCurrency() const
+    {
+        CheckType(PT_CURRENCY);
+        return m_value->Value.cur.int64;
+    }
+    /// PT_CLSID; the value is copied.
+    CZebOnePropVal& operator=(const GUID& value);
+    /// PT_CLSID; all zero for a received value without one.
+    GUID GetGuid() const
+    {
+        CheckType(PT_CLSID);
+        return m_value->Value.lpguid != nullptr ? *m_value->Value.lpguid : GUID{};
+    }
+    /// PT_MV_I8, PT_MV_CURRENCY. Arrays are copied, in and out.
+    CZebOnePropVal& operator=(const zeb::CArray<std::int64_t>& values)
+    {
+        return SetArray(PT_MV_I8, PT_MV_CURRENCY, values);
+    }
+    /// PT_MV_DOUBLE, PT_MV_APPTIME.
+    CZebOnePropVal& operator=(const zeb::CArray<double>& values)
+    {
+        return SetArray(PT_MV_DOUBLE, PT_MV_APPTIME, values);
+    }
+    /// PT_MV_R4.
+    CZebOnePropVal& operator=(const zeb::CArray<float>& values) { return SetArray(PT_MV_R4, PT_MV_R4, values); }
+    /// PT_MV_SYSTIME.
+    CZebOnePropVal& operator=(const zeb::CArray<FILETIME>& values)
+    {
+        return SetArray(PT_MV_SYSTIME, PT_MV_SYSTIME, values);
+    }
+    /// PT_MV_CLSID.
+    CZebOnePropVal& operator=(const zeb::CArray<GUID>& values) { return SetArray(PT_MV_CLSID, PT_MV_CLSID, values); }
+    /// PT_MV_I8, PT_MV_CURRENCY.
+    void GetMV(zeb::CArray<std::int64_t>& values) const { GetArray(PT_MV_I8, PT_MV_CURRENCY, values); }
+    /// PT_MV_DOUBLE, PT_MV_APPTIME.
+    void GetMV(zeb::CArray<double>& values) const { GetArray(PT_MV_DOUBLE, PT_MV_APPTIME, values); }
+    /// PT_MV_R4.
+    void GetMV(zeb::CArray<float>& values) const { GetArray(PT_MV_R4, PT_MV_R4, values); }
+    /// PT_MV_SYSTIME.
+    void GetMV(zeb::CArray<FILETIME>& values) const { GetArray(PT_MV_SYSTIME, PT_MV_SYSTIME, values); }
+    /// PT_MV_CLSID.
+    void GetMV(zeb::CArray<GUID>& values) const { GetArray(PT_MV_CLSID, PT_MV_CLSID, values); }
+
 private:
+    bool IsOfType(ULONG type) const;
+    template <class T>
+    CZebOnePropVal& SetArray(ULONG type, ULONG orElse, const zeb::CArray<T>& values)
+    {
+        SetElements(type, orElse, values.begin(), values.GetSize(), sizeof(T));
+        return *this;
+    }
+    template <class T>
+    void GetArray(ULONG type, ULONG orElse, zeb::CArray<T>& values) const
+    {
+        ULONG count = 0;
+        const T* const elements = static_cast<const T*>(Elements(type, orElse, count));
+        zeb::CArray<T> copies;
+        copies.Reserve(static_cast<INT_PTR>(count));
+        for (ULONG i = 0; i < count; ++i)
+        {
+            copies.Add(elements[i]);
+        }
+        values = std::move(copies);
+    }
+    /// An array of `count` elements of `size` bytes, copied, for a value of either type.
+    /// @throws CZebException* as every write that allocates
+    void SetElements(ULONG type, ULONG orElse, const void* elements, INT_PTR count, ULONG size);
+    /// The elements of a value of either type, and their count. @throws CZebException* as every read
+    const void* Elements(ULONG type, ULONG orElse, ULONG& count) const;
+    /// @throws CZebException* as CheckType, when the type is neither
+    void CheckEither(ULONG type, ULONG orElse) const;
     bool HoldsError() const;
 
 protected:
