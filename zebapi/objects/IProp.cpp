@@ -2,6 +2,7 @@
 
 #include "qorlog/QorLog.h"
 #include "zebapi/frame/Exception.h"
+#include "zebapi/frame/internal/Blocks.h"
 #include "zebapi/frame/internal/Calls.h"
 #include "zebapi/frame/internal/Subject.h"
 #include "zebapi/session/SESSION.h"
@@ -263,6 +264,73 @@ ULONG CZebIProp::GetNameFromTag(ULONG tag, bool flag)
     }
     CheckIDsMap();
     return m_tags.GetName(tag, flag);
+}
+
+void CZebIProp::GetIDsFromNames(ULONG count, MAPINAMEID** names, ULONG flags, SPropTagArray** tags)
+{
+    ThrowIfFailed(Prop()->GetIDsFromNames(count, names, flags, tags), Prop());
+    zeb::RequireObject(*tags != nullptr);
+}
+
+void CZebIProp::GetNamesFromIDs(SPropTagArray** tags, GUID* set, ULONG flags, ULONG* count, MAPINAMEID*** names)
+{
+    ThrowIfFailed(Prop()->GetNamesFromIDs(tags, set, flags, count, names), Prop());
+    zeb::RequireObject(*names != nullptr || *count == 0);
+}
+
+ULONG CZebIProp::TagOfName(MAPINAMEID& name, ULONG type, bool create)
+{
+    MAPINAMEID* names = &name;
+    CZebPropTagArray tags;
+    GetIDsFromNames(1, &names, create ? MAPI_CREATE : 0, &tags);
+    if (tags.GetCount() == 1 && PROP_TYPE(tags[0]) != PT_ERROR)
+    {
+        return PROP_TAG(type, PROP_ID(tags[0]));
+    }
+    if (create)
+    {
+        CZebException::Throw(MAPI_E_NOT_FOUND, ZEB_FILE, ZEB_LINE, "GetNamedTag");
+    }
+    return 0;
+}
+
+ULONG CZebIProp::GetNamedTag(const GUID& set, LONG id, ULONG type, bool create)
+{
+    MAPINAMEID name = {const_cast<GUID*>(&set), MNID_ID, {}};
+    name.Kind.lID = id;
+    return zeb::About([id] { return zeb::NumberText("name", static_cast<ULONG>(id)); },
+                      [&] { return TagOfName(name, type, create); });
+}
+
+ULONG CZebIProp::GetNamedTag(const GUID& set, const WCHAR* text, ULONG type, bool create)
+{
+    if (text == nullptr || *text == 0)
+    {
+        CZebException::Throw(MAPI_E_INVALID_PARAMETER);
+    }
+    MAPINAMEID name = {const_cast<GUID*>(&set), MNID_STRING, {}};
+    name.Kind.lpwstrName = const_cast<WCHAR*>(text);
+    return zeb::AboutName(text, [&] { return TagOfName(name, type, create); });
+}
+
+bool CZebIProp::GetNameOfTag(ULONG tag, GUID& set, LONG& id, CStringW& text)
+{
+    CZebPropTagArray tags;
+    tags.AddOne(tag);
+    SPropTagArray* list = tags;
+    ULONG count = 0;
+    MAPINAMEID** names = nullptr;
+    zeb::AboutTag(tag, [&] { GetNamesFromIDs(&list, nullptr, 0, &count, &names); });
+    const zeb::Block<MAPINAMEID*> owner(names);
+    if (count == 0 || names[0] == nullptr || names[0]->lpguid == nullptr)
+    {
+        return false;
+    }
+    const bool isText = names[0]->ulKind == MNID_STRING;
+    text = isText ? CStringW(names[0]->Kind.lpwstrName) : CStringW();
+    id = isText ? 0 : names[0]->Kind.lID;
+    set = *names[0]->lpguid;
+    return true;
 }
 
 CZebBinary CZebIProp::GetEntryID()

@@ -155,10 +155,34 @@ public:
     CZebBinary GetBin(ULONG tag);
     /// As GetBin.
     CZebBinary GetBinary(ULONG tag) const;
-    /// A reference of the caller's own on the wrapped interface, for what the wrappers do not offer
-    /// (recipients, attachments): query it for the interface wanted. Empty when the wrapper is; using it
-    /// raises _com_error with E_POINTER then.
+    /// A reference of the caller's own on the wrapped interface, for what the wrappers do not offer: query it for the
+    /// interface wanted. Empty when the wrapper is; using it raises _com_error with E_POINTER then.
     zeb::CComPtr<IMAPIProp> GetInterface() const;
+    /// The object's tag for a host's own named property, of the type given: a tag as SetProps, GetProps and a table of
+    /// the object's store take it. Other stores have other tags. (IMAPIProp::GetIDsFromNames)
+    /// @param set     the property set, PS_PUBLIC_STRINGS or one of the host's own
+    /// @param type    PT_UNICODE, PT_LONG, ...
+    /// @param create  whether the store is to give a tag to a name that it does not know
+    /// @return 0 for a name without a tag
+    /// @throws CZebException* also MAPI_E_NOT_FOUND when create is given and the object gives no tag
+    ULONG GetNamedTag(const GUID& set, LONG id, ULONG type, bool create = true);
+    /// The same for a property that is named by text.
+    /// @throws CZebException* also MAPI_E_INVALID_PARAMETER for a null or empty name
+    ULONG GetNamedTag(const GUID& set, const WCHAR* name, ULONG type, bool create = true);
+    /// The name behind a tag of a named property. (IMAPIProp::GetNamesFromIDs)
+    /// @param id    receives the number; 0 for a property that is named by text
+    /// @param name  receives the text; empty for a property that is named by a number
+    /// @return false, with the outputs as they were, for a tag without a name
+    bool GetNameOfTag(ULONG tag, GUID& set, LONG& id, zeb::CStringW& name);
+    /// IMAPIProp::GetIDsFromNames for several names: *tags receives one tag each, of type PT_UNSPECIFIED, or PT_ERROR
+    /// for a name without one.
+    /// @param flags  MAPI_CREATE or 0
+    void GetIDsFromNames(ULONG count, MAPINAMEID** names, ULONG flags, SPropTagArray** tags);
+    /// IMAPIProp::GetNamesFromIDs: *names receives an array of *count pointers, null for a tag without a name, in one
+    /// buffer that the caller frees with Zeb_MemFree.
+    /// @param tags   *tags names the tags; null asks for all names, and *tags then receives their tags
+    /// @param set    only names of this property set; may be null
+    void GetNamesFromIDs(SPropTagArray** tags, GUID* set, ULONG flags, ULONG* count, MAPINAMEID*** names);
 
 protected:
     /// The wrapped interface, still owned by this object; raises _com_error with E_POINTER when the wrapper
@@ -180,6 +204,7 @@ protected:
     }
 
 private:
+    ULONG TagOfName(MAPINAMEID& name, ULONG type, bool create);
     HRESULT _HrGetOneProp_(IMAPIProp* prop, ULONG tag, SPropValue** value) const;
     bool MayHaveParent();
 

@@ -269,9 +269,27 @@ public:
     {
         return this->Unexpected("CopyProps");
     }
-    HRESULT STDMETHODCALLTYPE GetNamesFromIDs(LPSPropTagArray*, LPGUID, ULONG, ULONG*, LPMAPINAMEID**) override
+    HRESULT STDMETHODCALLTYPE GetNamesFromIDs(LPSPropTagArray* tags, LPGUID set, ULONG flags, ULONG* count,
+                                              LPMAPINAMEID** names) override
     {
-        return this->Unexpected("GetNamesFromIDs");
+        const ProviderScope inside;
+        *count = 0;
+        *names = nullptr;
+        const HRESULT result =
+            this->Called("GetNamesFromIDs", Tags(*tags) + ",set " + Null(set) + "," + Number(flags),
+                         FirstOf({RefuseFlags(flags, MAPI_NO_STRINGS | MAPI_NO_IDS), RequireTags(*tags)}));
+        if (FAILED(result) || m_givesNothing)
+        {
+            return result;
+        }
+        *count = (*tags)->cValues;
+        *names = static_cast<MAPINAMEID**>(Zeb_MemAllocate(*count * sizeof(MAPINAMEID*), nullptr));
+        for (ULONG i = 0; m_namesGiven.lpguid != nullptr && i < *count; ++i)
+        {
+            (*names)[i] = static_cast<MAPINAMEID*>(Zeb_MemAllocate(sizeof(MAPINAMEID), *names));
+            *(*names)[i] = m_namesGiven;
+        }
+        return m_namesGiven.lpguid != nullptr ? result : MAPI_W_ERRORS_RETURNED;
     }
     HRESULT STDMETHODCALLTYPE GetIDsFromNames(ULONG count, LPMAPINAMEID* names, ULONG flags,
                                               LPSPropTagArray* tags) override
@@ -289,6 +307,10 @@ public:
         for (auto& name : m_namesAsked)
         {
             m_idsAsked.push_back(name->Kind.lID);
+            if (name->ulKind == MNID_STRING)
+            {
+                m_textsAsked.emplace_back(name->Kind.lpwstrName);
+            }
         }
         const auto given = static_cast<ULONG>(m_namedTags.size());
         *tags = static_cast<SPropTagArray*>(Zeb_MemAllocate(CbNewSPropTagArray(given), nullptr));
@@ -311,6 +333,9 @@ public:
     /// The answer of GetIDsFromNames; empty: success with a null pointer.
     std::vector<ULONG> m_namedTags;
     std::vector<LONG> m_idsAsked;
+    std::vector<std::basic_string<WCHAR>> m_textsAsked;
+    /// The answer of GetNamesFromIDs for every tag; without a set: none has a name.
+    MAPINAMEID m_namesGiven = {};
     /// Runs at the end of GetIDsFromNames, when the tags are given.
     std::function<void()> m_named;
 
