@@ -95,26 +95,90 @@ public:
         : RecordingPropOf<IMessage>(journal, std::move(name), {&IID_IUnknown, &IID_IMAPIProp, &IID_IMessage})
     {
     }
-    HRESULT STDMETHODCALLTYPE GetAttachmentTable(ULONG, LPMAPITABLE*) override
+    HRESULT STDMETHODCALLTYPE GetAttachmentTable(ULONG flags, LPMAPITABLE* table) override
     {
-        return Unexpected("GetAttachmentTable");
+        const ProviderScope inside;
+        *table = nullptr;
+        const HRESULT result =
+            Called("GetAttachmentTable", Number(flags), RefuseFlags(flags, MAPI_UNICODE | MAPI_DEFERRED_ERRORS));
+        return FAILED(result) ? result : HandOut(m_attachments, table);
     }
-    HRESULT STDMETHODCALLTYPE OpenAttach(ULONG, LPCIID, ULONG, LPATTACH*) override { return Unexpected("OpenAttach"); }
-    HRESULT STDMETHODCALLTYPE CreateAttach(LPCIID, ULONG, ULONG*, LPATTACH*) override
+    HRESULT STDMETHODCALLTYPE OpenAttach(ULONG number, LPCIID iid, ULONG flags, LPATTACH* attachment) override
     {
-        return Unexpected("CreateAttach");
+        const ProviderScope inside;
+        *attachment = nullptr;
+        const HRESULT result = Called("OpenAttach", Number(number) + "," + Name(iid) + "," + Number(flags),
+                                      RefuseFlags(flags, MAPI_BEST_ACCESS | MAPI_MODIFY | MAPI_DEFERRED_ERRORS));
+        return FAILED(result) ? result : HandOut(m_attachment, attachment);
     }
-    HRESULT STDMETHODCALLTYPE DeleteAttach(ULONG, ULONG_PTR, LPMAPIPROGRESS, ULONG) override
+    HRESULT STDMETHODCALLTYPE CreateAttach(LPCIID iid, ULONG flags, ULONG* number, LPATTACH* attachment) override
     {
-        return Unexpected("DeleteAttach");
+        const ProviderScope inside;
+        *attachment = nullptr;
+        const HRESULT result =
+            Called("CreateAttach", Name(iid) + "," + Number(flags), RefuseFlags(flags, MAPI_DEFERRED_ERRORS));
+        if (SUCCEEDED(result))
+        {
+            *number = 7;
+        }
+        return FAILED(result) ? result : HandOut(m_attachment, attachment);
     }
-    HRESULT STDMETHODCALLTYPE GetRecipientTable(ULONG, LPMAPITABLE*) override
+    HRESULT STDMETHODCALLTYPE DeleteAttach(ULONG number, ULONG_PTR window, LPMAPIPROGRESS progress,
+                                           ULONG flags) override
     {
-        return Unexpected("GetRecipientTable");
+        const ProviderScope inside;
+        return Called("DeleteAttach",
+                      Number(number) + "," + Number(window) + ",progress " + Null(progress) + "," + Number(flags),
+                      RefuseFlags(flags, ATTACH_DIALOG));
     }
-    HRESULT STDMETHODCALLTYPE ModifyRecipients(ULONG, LPADRLIST) override { return Unexpected("ModifyRecipients"); }
+    HRESULT STDMETHODCALLTYPE GetRecipientTable(ULONG flags, LPMAPITABLE* table) override
+    {
+        const ProviderScope inside;
+        *table = nullptr;
+        const HRESULT result =
+            Called("GetRecipientTable", Number(flags), RefuseFlags(flags, MAPI_UNICODE | MAPI_DEFERRED_ERRORS));
+        return FAILED(result) ? result : HandOut(m_recipients, table);
+    }
+    /// Takes one way of changing at a time; what is changed or removed must be named by its row.
+    HRESULT STDMETHODCALLTYPE ModifyRecipients(ULONG flags, LPADRLIST list) override
+    {
+        const ProviderScope inside;
+        std::string text;
+        HRESULT refusal = FirstOf({RefuseFlags(flags, MODRECIP_ADD | MODRECIP_MODIFY | MODRECIP_REMOVE),
+                                   Require((flags & (flags - 1)) == 0 && list != nullptr)});
+        for (ULONG i = 0; list != nullptr && i < list->cEntries; ++i)
+        {
+            const ADRENTRY& entry = list->aEntries[i];
+            bool hasRow = false;
+            text += "[";
+            for (ULONG j = 0; j < entry.cValues; ++j)
+            {
+                text += (j != 0 ? "," : "") + Value(entry.rgPropVals[j]);
+                hasRow = hasRow || entry.rgPropVals[j].ulPropTag == PR_ROWID;
+                refusal = FirstOf({refusal, RequireWritable(entry.rgPropVals[j])});
+            }
+            text += "]";
+            const bool needsRow = (flags & (MODRECIP_MODIFY | MODRECIP_REMOVE)) != 0;
+            refusal = FirstOf({refusal, Require(entry.cValues != 0 && (hasRow || !needsRow))});
+        }
+        return Called("ModifyRecipients", Number(flags) + "," + text, refusal);
+    }
     HRESULT STDMETHODCALLTYPE SubmitMessage(ULONG) override { return Unexpected("SubmitMessage"); }
     HRESULT STDMETHODCALLTYPE SetReadFlag(ULONG) override { return Unexpected("SetReadFlag"); }
+
+    IMAPITable* m_recipients = nullptr;
+    IMAPITable* m_attachments = nullptr;
+    /// Handed out by OpenAttach and CreateAttach.
+    IAttach* m_attachment = nullptr;
+};
+
+class RecordingAttachment : public RecordingPropOf<IAttach>
+{
+public:
+    explicit RecordingAttachment(Journal& journal, std::string name = "attachment")
+        : RecordingPropOf<IAttach>(journal, std::move(name), {&IID_IUnknown, &IID_IMAPIProp, &IID_IAttachment})
+    {
+    }
 };
 
 class RecordingFolder : public RecordingContainerOf<IMAPIFolder>
