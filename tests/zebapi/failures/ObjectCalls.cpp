@@ -75,12 +75,40 @@ const std::vector<Call<World>>& ObjectCalls()
         {"CZebIProp::GetDisplayNameW", [](World& w) { w.zprop.GetDisplayNameW(); }},
         {"CZebIProp::GetEntryID", [](World& w) { w.zprop.GetEntryID(); }},
         {"CZebIProp::GetEntryID", [](World&) { CZebIProp().GetEntryID(); }},
+        {"CZebIProp::GetIDsFromNames",
+         [](World& w)
+         {
+             GUID set = {};
+             MAPINAMEID name = {&set, MNID_ID, {7}};
+             MAPINAMEID* names = &name;
+             CZebPropTagArray tags;
+             w.zmessage.GetIDsFromNames(1, &names, MAPI_CREATE, &tags);
+         }},
         {"CZebIProp::GetInterface", [](World& w) { w.zprop.GetInterface(); }},
         {"CZebIProp::GetInterfaceCIID", &Identify<CZebIProp>},
         {"CZebIProp::GetLongString", [](World& w) { w.zprop.GetLongString(PR_BODY_A); }},
         {"CZebIProp::GetLongStringA", [](World& w) { w.zprop.GetLongStringA(PR_BODY_A); }},
         {"CZebIProp::GetLongStringW", [](World& w) { w.zprop.GetLongStringW(PR_BODY_W); }},
         {"CZebIProp::GetMAPIType", &Type<CZebIProp>},
+        {"CZebIProp::GetNameOfTag",
+         [](World& w)
+         {
+             GUID set = {};
+             LONG id = 0;
+             CStringW name;
+             w.zmessage.GetNameOfTag(0x90000003, set, id, name);
+         }},
+        {"CZebIProp::GetNamedTag", [](World& w) { w.zmessage.GetNamedTag(GUID{}, 7, PT_LONG); }},
+        {"CZebIProp::GetNamedTag", [](World& w) { w.zmessage.GetNamedTag(GUID{}, ZEBW("a name"), PT_LONG); }},
+        {"CZebIProp::GetNamesFromIDs",
+         [](World& w)
+         {
+             ULONG count = 0;
+             MAPINAMEID** names = nullptr;
+             SPropTagArray* tags = w.tags;
+             w.zmessage.GetNamesFromIDs(&tags, nullptr, 0, &count, &names);
+             Zeb_MemFree(names);
+         }},
         {"CZebIProp::GetNameFromTag", [](World& w) { w.zprop.GetNameFromTag(NamedTag, true); }},
         {"CZebIProp::GetObjectType", [](World& w) { w.zprop.GetObjectType(); }},
         {"CZebIProp::GetParentID", [](World& w) { w.zprop.GetParentID(); }},
@@ -138,6 +166,49 @@ const std::vector<Call<World>>& ObjectCalls()
         {"CZebMessage::GetMessageA", [](World& w) { w.zmessage.GetMessageA(); }},
         {"CZebMessage::GetMessageA", [](World&) { OpenMessage().GetMessageA(); }},
         {"CZebMessage::operator=", &Assign<CZebMessage>},
+        {"CZebMessage::AddAttachment", [](World& w) { w.zmessage.AddAttachment(ZEBW("a.txt"), "bytes", 5); }},
+        {"CZebMessage::AddAttachment", [](World& w) { w.zmessage.AddAttachment(ZEBW("a.txt"), &w.file); }},
+        {"CZebMessage::AddRecipient",
+         [](World& w) { w.zmessage.AddRecipient(MAPI_TO, ZEBW("Ada"), ZEBW("ada.lovelace@analytical.example.org")); }},
+        {"CZebMessage::CreateAttachment", [](World& w) { w.zmessage.CreateAttachment(); }},
+        {"CZebMessage::DeleteAttachment", [](World& w) { w.zmessage.DeleteAttachment(7); }},
+        {"CZebMessage::GetAttachmentTable", [](World& w) { w.zmessage.GetAttachmentTable(); }},
+        {"CZebMessage::GetAttachments",
+         [](World& w)
+         {
+             CZebRowSet rows;
+             w.zmessage.GetAttachments(rows);
+         }},
+        {"CZebMessage::GetRecipientTable", [](World& w) { w.zmessage.GetRecipientTable(); }},
+        {"CZebMessage::GetRecipients",
+         [](World& w)
+         {
+             CZebRowSet rows;
+             w.zmessage.GetRecipients(rows);
+         }},
+        {"CZebMessage::OpenAttachment", [](World& w) { w.zmessage.OpenAttachment(7); }},
+        {"CZebMessage::RemoveRecipient", [](World& w) { w.zmessage.RemoveRecipient(3); }},
+        {"CZebAttachment::CZebAttachment", &Copy<CZebAttachment>},
+        {"CZebAttachment::CZebAttachment", [](World&) { CZebAttachment attachment; }},
+        {"CZebAttachment::CreateMessage",
+         [](World& w)
+         {
+             w.attachment.m_property = &w.message;
+             w.zattachment.CreateMessage();
+         }},
+        {"CZebAttachment::GetInterfaceCIID", &Identify<CZebAttachment>},
+        {"CZebAttachment::GetMAPIType", &Type<CZebAttachment>},
+        {"CZebAttachment::OpenMessage",
+         [](World& w)
+         {
+             w.attachment.m_property = &w.message;
+             w.zattachment.OpenMessage();
+         }},
+        {"CZebAttachment::SaveTo", [](World& w) { w.zattachment.SaveTo(&w.file); }},
+        {"CZebAttachment::SetContent", [](World& w) { w.zattachment.SetContent("bytes", 5); }},
+        {"CZebAttachment::SetContent", [](World& w) { w.zattachment.SetContent(&w.file); }},
+        {"CZebAttachment::SetFileName", [](World& w) { w.zattachment.SetFileName(ZEBW("a longer name.txt")); }},
+        {"CZebAttachment::operator=", &Assign<CZebAttachment>},
         {"CZebMailUser::CZebMailUser", &Copy<CZebMailUser>},
         {"CZebMailUser::CZebMailUser", [](World&) { CZebMailUser user; }},
         {"CZebMailUser::GetInterfaceCIID", &Identify<CZebMailUser>},

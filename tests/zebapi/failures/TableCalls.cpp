@@ -85,6 +85,14 @@ const std::vector<Call<World>>& TableCalls()
              w.ztable.QueryRows(&rows, 0, w.restriction, w.order);
          }},
         {"CZebTable::Restrict", [](World& w) { w.ztable.Restrict(w.restriction, 0); }},
+        {"CZebTable::RowsOf",
+         [](World& w)
+         {
+             for (CZebRow row : w.ztable.Rows({PR_ENTRYID, PR_SUBJECT_A}))
+             {
+                 row.Count();
+             }
+         }},
         {"CZebTable::SeekRow", [](World& w) { w.ztable.SeekRow(BOOKMARK_BEGINNING, 1, nullptr); }},
         {"CZebTable::SetColumns", [](World& w) { w.ztable.SetColumns(w.tags); }},
         {"CZebTable::SetColumns", [](World& w) { w.ztable.SetColumns(ULONG{2}, PR_ENTRYID, PR_SUBJECT_A); }},
@@ -99,7 +107,22 @@ const std::vector<Call<World>>& TableCalls()
          }},
         {"CZebTable::operator=", [](World& w) { w.ztable = CZebTable(); }},
 
+        {"CZebTableRows::Advance", [](World& w) { CZebTableRows(w.ztable).Advance(); }},
+        {"CZebTableRows::CZebTableRows", [](World& w) { CZebTableRows rows(w.ztable); }},
+        {"CZebTableRows::Current",
+         [](World& w)
+         {
+             CZebTableRows rows(w.ztable);
+             rows.begin();
+             rows.Current();
+         }},
+        {"CZebTableRows::Current", [](World& w) { CZebTableRows(w.ztable).Current(); }},
+        {"CZebTableRows::IsAtEnd", [](World& w) { CZebTableRows(w.ztable).IsAtEnd(); }},
+        {"CZebTableRows::begin", [](World& w) { CZebTableRows(w.ztable).begin(); }},
+        {"CZebTableRows::end", [](World& w) { CZebTableRows(w.ztable).end(); }},
+
         {"CZebCachedTable::Bind", [](World& w) { w.zcached.Bind(); }},
+        {"CZebCachedTable::BindChecked", [](World& w) { w.zcached.BindChecked(); }},
         {"CZebCachedTable::CZebCachedTable", [](World& w) { CZebCachedTable table(w.ztable); }},
         {"CZebCachedTable::CZebCachedTable",
          [](World& w)
@@ -320,6 +343,13 @@ const std::vector<Call<World>>& TableCalls()
              w.zcached.Free();
              CAdviseSinkBinder binder(&w.zcached, nullptr);
              binder.Advise(w.ztable);
+         }},
+        {"CAdviseSinkBinder::AdviseChecked",
+         [](World& w)
+         {
+             w.zcached.Free();
+             CAdviseSinkBinder binder(&w.zcached, nullptr);
+             binder.AdviseChecked(w.ztable);
          }},
         {"CAdviseSinkBinder::CAdviseSinkBinder",
          [](World& w)

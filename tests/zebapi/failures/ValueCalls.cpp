@@ -74,6 +74,14 @@ const std::vector<Call<World>>& ValueCalls()
          }},
         {"CZebOnePropVal::CheckType", [](World& w) { OpenValue(w.NewValue(PR_SUBJECT_A), nullptr).CheckType(PT_LONG); }},
         {"CZebOnePropVal::CheckValid", [](World&) { OpenValue(nullptr, nullptr).CheckValid(); }},
+        {"CZebOnePropVal::GetCurrency", [](World& w) { w.Value(PROP_TAG(PT_CURRENCY, 0x6700)).GetCurrency(); }},
+        {"CZebOnePropVal::GetDouble", [](World& w) { w.Value(PROP_TAG(PT_DOUBLE, 0x6700)).GetDouble(); }},
+        {"CZebOnePropVal::GetGuid", [](World& w) { w.Value(PR_SUBJECT_A).GetGuid(); }},
+        {"CZebOnePropVal::GetMV", [](World& w) { Read<std::int64_t>(w, PT_MV_I8); }},
+        {"CZebOnePropVal::GetMV", [](World& w) { Read<double>(w, PT_MV_DOUBLE); }},
+        {"CZebOnePropVal::GetMV", [](World& w) { Read<float>(w, PT_MV_R4); }},
+        {"CZebOnePropVal::GetMV", [](World& w) { Read<FILETIME>(w, PT_MV_SYSTIME); }},
+        {"CZebOnePropVal::GetMV", [](World& w) { Read<GUID>(w, PT_MV_CLSID); }},
         {"CZebOnePropVal::GetMV", [](World& w) { Read<CZebBinary>(w, PT_MV_BINARY); }},
         {"CZebOnePropVal::GetMV", [](World& w) { Read<LONG>(w, PT_MV_LONG); }},
         {"CZebOnePropVal::GetMV", [](World& w) { Read<SHORT>(w, PT_MV_I2); }},
@@ -84,6 +92,10 @@ const std::vector<Call<World>>& ValueCalls()
         {"CZebOnePropVal::GetType", [](World&) { CZebOnePropVal(nullptr, nullptr).GetType(); }},
         {"CZebOnePropVal::IsEmpty", [](World& w) { w.Value(PR_SUBJECT_A).IsEmpty(); }},
         {"CZebOnePropVal::Set", [](World& w) { w.values[PR_SUBJECT_A].Set(w.Two(PROP_TAG(PT_MV_STRING8, 0x6700))); }},
+        {"CZebOnePropVal::SetCurrency", [](World& w) { w.Value(PROP_TAG(PT_CURRENCY, 0x6700)).SetCurrency(7); }},
+        {"CZebOnePropVal::SetUtf8", [](World& w) { w.Value(PR_SUBJECT_W).SetUtf8("a text longer than a string holds"); }},
+        {"CZebOnePropVal::SetUtf8", [](World& w) { w.Value(PR_SUBJECT_A).SetUtf8("a text longer than a string holds"); }},
+        {"CZebOnePropVal::StringUtf8", [](World& w) { w.values[PR_ENTRYID].StringUtf8(); }},
         {"CZebOnePropVal::String", [](World& w) { WriteFirst(w, PT_LONG); }},
         {"CZebOnePropVal::String", [](World& w) { WriteFirst(w, PT_SYSTIME); }},
         {"CZebOnePropVal::String", [](World& w) { WriteFirst(w, PT_UNICODE); }},
@@ -118,6 +130,13 @@ const std::vector<Call<World>>& ValueCalls()
          [](World& w) { (void)(w.values[PR_ENTRYID] == w.Two(PROP_TAG(PT_MV_STRING8, 0x6700))); }},
         {"CZebOnePropVal::operator=",
          [](World& w) { w.Value(PR_BODY_A) = w.Value(PR_SUBJECT_A); }},
+        {"CZebOnePropVal::operator=", [](World& w) { w.Value(PROP_TAG(PT_DOUBLE, 0x6700)) = 1.5; }},
+        {"CZebOnePropVal::operator=", [](World& w) { w.Value(PROP_TAG(PT_CLSID, 0x6700)) = GUID{}; }},
+        {"CZebOnePropVal::operator=", [](World& w) { w.Value(PROP_TAG(PT_MV_I8, 0x6700)) = Array<std::int64_t>(1); }},
+        {"CZebOnePropVal::operator=", [](World& w) { w.Value(PROP_TAG(PT_MV_DOUBLE, 0x6700)) = Array<double>(1); }},
+        {"CZebOnePropVal::operator=", [](World& w) { w.Value(PROP_TAG(PT_MV_R4, 0x6700)) = Array<float>(1); }},
+        {"CZebOnePropVal::operator=", [](World& w) { w.Value(PROP_TAG(PT_MV_SYSTIME, 0x6700)) = Array(FILETIME{}); }},
+        {"CZebOnePropVal::operator=", [](World& w) { w.Value(PROP_TAG(PT_MV_CLSID, 0x6700)) = Array(GUID{}); }},
         {"CZebOnePropVal::operator=", [](World& w) { w.Value(PR_SUBJECT_A) = FILETIME{}; }},
         {"CZebOnePropVal::operator=", [](World& w) { w.values[PR_ENTRYID] = World::Id("another"); }},
         {"CZebOnePropVal::operator=",
@@ -362,6 +381,13 @@ const std::vector<Call<World>>& ValueCalls()
              ULONG value = 0;
              Zeb_ValueFromName("PropTags", "PR_NOTHING", &value);
          }},
+        {"Zeb_SetLogSink",
+         [](World&)
+         {
+             Zeb_SetLogSink([](void*, int, const char*, const char*) {}, nullptr);
+             Zeb_SetLogSink(nullptr, nullptr);
+         }},
+        {"Zeb_Wide", [](World&) { Zeb_Wide("a text that does not fit into the string itself"); }},
         {"Zeb_Utf8", [](World&) { Zeb_Utf8(CStringW(ZEBW("a text that does not fit into the string itself"))); }},
         {"Zeb_DumpEntryID", [](World&) { Zeb_DumpEntryID("00000000C0D1A8F3"); }},
         {"Zeb_DumpEntryID",

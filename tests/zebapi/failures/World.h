@@ -4,6 +4,7 @@
 
 #include "Scan.h"
 #include "tests/support/LogCapture.h"
+#include "tests/support/doubles/ByteStream.h"
 #include "tests/support/doubles/MapiUtilities.h"
 #include "tests/support/doubles/RecordingContainers.h"
 #include "tests/support/doubles/RecordingProfAdmin.h"
@@ -196,8 +197,8 @@ class World
 public:
     World()
     {
-        for (Bag* bag :
-             {&prop.m_bag, &message.m_bag, &folder.m_bag, &child.m_bag, &store.m_bag, &container.m_bag, &book.m_bag})
+        for (Bag* bag : {&prop.m_bag, &message.m_bag, &attachment.m_bag, &folder.m_bag, &child.m_bag, &store.m_bag,
+                         &container.m_bag, &book.m_bag})
         {
             Fill(*bag);
         }
@@ -273,6 +274,10 @@ public:
     ScanTable profiles{journal, "profiles"};
     RecordingProp prop{journal};
     RecordingMessage message{journal};
+    RecordingAttachment attachment{journal};
+    ByteStream bytes{journal, "The content of a file"};
+    ByteStream file{journal, "Another content"};
+    ScanTable parts{journal, "parts"};
     RecordingContainer container{journal};
     RecordingDistList list{journal};
     RecordingFolder folder{journal};
@@ -286,6 +291,7 @@ public:
     // The wrappers.
     OpenProp zprop{&prop};
     OpenMessage zmessage{&message};
+    CZebAttachment zattachment{&attachment};
     CZebMailUser zuser{&prop};
     CZebPropObj zobject{&prop};
     OpenContainer zcontainer{&container};
@@ -329,7 +335,7 @@ private:
     }
     void FillTables()
     {
-        for (RowTable* each : {&table, &stores, &hierarchy, &contents, &profiles})
+        for (RowTable* each : {&table, &stores, &hierarchy, &contents, &profiles, &parts})
         {
             for (LONG i = 0; i < 3; ++i)
             {
@@ -363,6 +369,12 @@ private:
         store.m_openable.Add("", &folder, MAPI_FOLDER);
         book.m_openable.Add("", &container, MAPI_ABCONT);
         prop.m_property = &stream;
+        attachment.m_property = &bytes;
+        message.m_attachment = &attachment;
+        message.m_attachments = &parts;
+        message.m_recipients = &parts;
+        message.m_namedTags.assign(1, 0x90000000);
+        message.m_namesGiven = {&m_set, MNID_ID, {7}};
         prop.m_namedTags.assign(81, 0x90000000);
         session.m_stores = &stores;
         session.m_store = &store;
@@ -401,13 +413,15 @@ private:
         m_entries = binaries.operator SBinaryArray*()->lpbin;
     }
     SBinary m_id = Id("one");
+    GUID m_set = {1, 2, 3, {4}};
     void* m_base = nullptr; ///< what values lie under
     /// The block of entries that an array of binaries leaves allocated, as it is meant to.
     SBinary* m_entries = nullptr;
     const char* m_texts[2] = {"one", "two"};
     const WCHAR* m_wideTexts[2] = {ZEBW("one"), ZEBW("two")};
     SBinary m_binaries[2] = {Id("one"), Id("two")};
-    LONG m_numbers[2] = {1, 2};
+    /// Two elements of any size up to an identifier's.
+    alignas(8) LONG m_numbers[8] = {1, 2};
 };
 
 } // namespace zeb::test

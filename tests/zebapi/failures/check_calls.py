@@ -24,9 +24,10 @@ PRIVATE = set("""
     CZebAPI::UninitializeWAB CZebAPI::Unload
     CZebCachedTable::ReadRow CZebCachedTable::ReadWindow
     CZebException::SetOperation CZebException::ThrowOutOfMemory
-    CZebIProp::MayHaveParent CZebIProp::_HrGetOneProp_
+    CZebIProp::MayHaveParent CZebIProp::TagOfName CZebIProp::_HrGetOneProp_
     CZebNameIdHelper::Fill CZebNameIdMap::Find
-    CZebOnePropVal::HoldsError CZebPropTagArray::Grow
+    CZebOnePropVal::CheckEither CZebOnePropVal::Elements CZebOnePropVal::HoldsError CZebOnePropVal::IsOfType
+    CZebOnePropVal::SetElements CZebPropTagArray::Grow CZebTableRows::ReadBatch
 """.split())
 PRIVATE_FORM = re.compile(r"CZebException::CZebException\((struct )?CZebException::Reserve\)")
 # What is no operation: the records and objects of classes, and what the compiler makes.
