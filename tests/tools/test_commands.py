@@ -561,8 +561,18 @@ class Example(World):
         self.assertEqual(done.returncode, 0, done.stderr)
         self.assertEqual(done.stdout.decode().split(), [f"subject{i:02}" for i in range(2, 12)])
 
+    def test_tours_the_library(self):
+        self.create_profile()
+        self.load(message("Another tour"), message("elsewhere"))
+        done = self.run_tool("example_tour")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertEqual(done.stdout.decode().splitlines(), [
+            "found Another tour, <error>", "found Gr\u00fc\u00dfe from the tour, 5",
+            "to Ada Lovelace, ada@example.org", "file note.txt, 0"])
+        self.assertEqual(done.stderr, b"")
+
     def test_says_why_it_can_not(self):
-        for name in "example_inbox", "example_list":
+        for name in "example_inbox", "example_list", "example_tour":
             # A host in a few lines does not clean up after a failure.
             done = self.run_tool(name, traced=False)
             self.assertEqual(done.returncode, 1)
