@@ -99,7 +99,7 @@ TEST_F(MessageParts, FilesAreAttachedAndSavedElsewhere)
     ASSERT_EQ(rows.Count(), 3u);
     EXPECT_EQ(rows[0][PR_ATTACH_NUM].operator ULONG(), first);
     EXPECT_STREQ(rows[0][PR_ATTACH_LONG_FILENAME_W].StringUtf8(), "\xCE\xB1.txt");
-    EXPECT_EQ(rows[1][PR_ATTACH_METHOD].operator LONG(), ATTACH_BY_VALUE);
+    EXPECT_EQ(rows[1][PR_ATTACH_METHOD].operator LONG(), static_cast<LONG>(ATTACH_BY_VALUE));
     EXPECT_GE(rows[1][PR_ATTACH_SIZE].operator LONG(), 300'000);
     EXPECT_EQ(ContentOf(again, first), "ab");
     EXPECT_EQ(ContentOf(again, second), large);
