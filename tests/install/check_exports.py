@@ -17,12 +17,14 @@ import unittest
 
 CLASSES = """
     CAdviseSink CAdviseSinkBinder CAdviseSinkDelegate
-    CZebABContainer CZebABItem CZebAPI CZebAddressBook CZebBinArray CZebBinary CZebCachedTable CZebContainer
-    CZebDistList CZebEntryIDRequest CZebException CZebFolder CZebIProp CZebMailUser CZebMessage CZebMsgStore
+    CZebABContainer CZebABItem CZebAPI CZebAddressBook CZebAttachment CZebBinArray CZebBinary CZebCachedTable
+    CZebContainer CZebDistList CZebEntryIDRequest CZebException CZebFolder CZebIProp CZebMailUser CZebMessage CZebMsgStore
     CZebNameIdHelper CZebNameIdMap CZebOnePropVal CZebProfAdmin CZebProfileNames CZebPropObj CZebPropProblemArray
     CZebPropTagArray CZebPropVal CZebPropValArray CZebRestriction CZebRestrictionAllocator CZebRow CZebRowSet
     CZebRowSetArray CZebSession CZebSortOrder CZebTable
 """.split()
+# Without virtual operations.
+PLAIN_CLASSES = ["CZebTableRows"]
 
 # Each with the number of its overloads.
 FUNCTIONS = {
@@ -34,6 +36,8 @@ FUNCTIONS = {
     "Zeb_GetResultDescription": 1,
     "Zeb_DescribeException": 1,
     "Zeb_Utf8": 1,
+    "Zeb_Wide": 1,
+    "Zeb_SetLogSink": 1,
     "Zeb_MemInitialize": 2,
     "Zeb_MemUninitialize": 1,
     "Zeb_MemAllocate": 1,
@@ -133,8 +137,9 @@ def needed(library):
 
 def owner(name):
     """The class or free function that an export belongs to; None for neither."""
-    for pattern, known in ((FUNCTION, FUNCTIONS), (RECORD, CLASSES), (MEMBER, CLASSES),
-                           (MSVC_FUNCTION, FUNCTIONS), (MSVC_RECORD, CLASSES), (MSVC_MEMBER, CLASSES), (MSVC_DATA, CLASSES)):
+    for pattern, known in ((FUNCTION, FUNCTIONS), (RECORD, CLASSES), (MEMBER, CLASSES + PLAIN_CLASSES),
+                           (MSVC_FUNCTION, FUNCTIONS), (MSVC_RECORD, CLASSES), (MSVC_MEMBER, CLASSES + PLAIN_CLASSES),
+                           (MSVC_DATA, CLASSES)):
         match = pattern.fullmatch(name)
         if match and match.group(1) in known:
             return match.group(1)
