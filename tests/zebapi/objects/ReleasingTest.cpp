@@ -95,7 +95,7 @@ TEST_F(Releasing, FreeKeepsInWhatAnObjectThrowsAndClearsTheMarkingAndTheNames)
     object.MarkWAB();
     EXPECT_EQ(object.GetRealTag(0x8005001E, true), 0x9000001Eu);
     object.Free();
-    ExpectSwallowed(1, "IProp.cpp");
+    ExpectSwallowed(1, "objects/IProp.cpp");
     EXPECT_FALSE(object.IsValid());
     EXPECT_FALSE(object.IsWAB());
     other.AddRef();
@@ -111,19 +111,19 @@ TEST_F(Releasing, DestructorsKeepInWhatAnObjectThrows)
     {
         const CZebIProp object(&leaving);
     }
-    ExpectSwallowed(1, "IProp.cpp");
+    ExpectSwallowed(1, "objects/IProp.cpp");
     Leaving<RecordingSession> session(m_journal, "session");
     session.m_throws = true;
     {
         const CZebSession object(&session);
     }
-    ExpectSwallowed(1, "SESSION.cpp");
+    ExpectSwallowed(1, "session/SESSION.cpp");
     Leaving<RecordingProfAdmin> admin(m_journal, "admin");
     admin.m_throws = true;
     {
         const CZebProfAdmin object(&admin);
     }
-    ExpectSwallowed(1, "Profiles.cpp");
+    ExpectSwallowed(1, "session/Profiles.cpp");
 }
 
 TEST_F(Releasing, LogoffAndCloseKeepInWhatLettingGoThrows)
@@ -133,13 +133,13 @@ TEST_F(Releasing, LogoffAndCloseKeepInWhatLettingGoThrows)
     CZebSession object(&session);
     object.Logoff(0, 0, 0);
     EXPECT_FALSE(object.IsValid());
-    ExpectSwallowed(1, "SESSION.cpp");
+    ExpectSwallowed(1, "session/SESSION.cpp");
     Leaving<RecordingProfAdmin> admin(m_journal, "admin");
     admin.m_throws = true;
     CZebProfAdmin profiles(&admin);
     profiles.Close();
     EXPECT_FALSE(profiles.IsValid());
-    ExpectSwallowed(1, "Profiles.cpp");
+    ExpectSwallowed(1, "session/Profiles.cpp");
     Calls();
 }
 
@@ -190,16 +190,16 @@ TEST_F(Releasing, FailuresNameTheirSourceAndCarryTheProvidersText)
     CZebMsgStore aStore(&store);
     CZebAddressBook aBook(&book);
     CZebPropObj target;
-    ExpectThrowIn("Container.cpp", [&] { aContainer.GetContentsTable(0); });
-    ExpectThrowIn("Container.cpp", [&] { aContainer.GetHierarchyTable(0); });
-    ExpectThrowIn("Container.cpp", [&] { aContainer.OpenEntry(ID("x"), target, 0); });
-    ExpectThrowIn("Folder.cpp", [&] { aFolder.CreateMessage(0); });
-    ExpectThrowIn("Folder.cpp", [&] { aFolder.EmptyFolder(nullptr, 0, nullptr); });
-    ExpectThrowIn("MsgStore.cpp", [&] { aStore.OpenInboxFolder(0); });
-    ExpectThrowIn("MsgStore.cpp", [&] { aStore.OpenEntry(ID("x"), target, 0); });
-    ExpectThrowIn("AddressBook.cpp", [&] { aBook.GetDefaultDirEntryID(); });
-    ExpectThrowIn("AddressBook.cpp", [&] { aBook.OpenRootContainer(0); });
-    ExpectThrowIn("AddressBook.cpp", [&] { aBook.OpenEntry(ID("x"), target, 0); });
+    ExpectThrowIn("objects/Container.cpp", [&] { aContainer.GetContentsTable(0); });
+    ExpectThrowIn("objects/Container.cpp", [&] { aContainer.GetHierarchyTable(0); });
+    ExpectThrowIn("objects/Container.cpp", [&] { aContainer.OpenEntry(ID("x"), target, 0); });
+    ExpectThrowIn("objects/Folder.cpp", [&] { aFolder.CreateMessage(0); });
+    ExpectThrowIn("objects/Folder.cpp", [&] { aFolder.EmptyFolder(nullptr, 0, nullptr); });
+    ExpectThrowIn("objects/MsgStore.cpp", [&] { aStore.OpenInboxFolder(0); });
+    ExpectThrowIn("objects/MsgStore.cpp", [&] { aStore.OpenEntry(ID("x"), target, 0); });
+    ExpectThrowIn("objects/AddressBook.cpp", [&] { aBook.GetDefaultDirEntryID(); });
+    ExpectThrowIn("objects/AddressBook.cpp", [&] { aBook.OpenRootContainer(0); });
+    ExpectThrowIn("objects/AddressBook.cpp", [&] { aBook.OpenEntry(ID("x"), target, 0); });
 }
 
 TEST_F(Releasing, OnlyASingleWideTextIsAskedForAsUnicode)
@@ -306,7 +306,7 @@ TEST_F(Walk, AComparisonThatFailsOnTheWayThrows)
 {
     m_double.m_error = "the provider says";
     m_double.Fail("CompareEntryIDs", MAPI_E_UNKNOWN_ENTRYID);
-    ExpectThrowIn("SESSION.cpp", [&] { Ask(); });
+    ExpectThrowIn("session/SESSION.cpp", [&] { Ask(); });
 }
 
 TEST_F(Walk, AParentOfATypeThatNoWrapperTakesThrows)

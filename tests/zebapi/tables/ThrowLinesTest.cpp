@@ -47,22 +47,22 @@ HRESULT WINAPI BusyAllRows(LPMAPITABLE, LPSPropTagArray, LPSRestriction, LPSSort
 TEST_F(ThrowLines, NameTheirClasses)
 {
     CZebRowSet rows;
-    ExpectThrowIn("RowSet.cpp", [&] { rows.Count(); });
-    ExpectThrowIn("RowSet.cpp", [&] { rows[0]; });
-    ExpectThrowIn("RowSet.cpp", [&] { rows.DetachToNew(); });
+    ExpectThrowIn("tables/RowSet.cpp", [&] { rows.Count(); });
+    ExpectThrowIn("tables/RowSet.cpp", [&] { rows[0]; });
+    ExpectThrowIn("tables/RowSet.cpp", [&] { rows.DetachToNew(); });
     SRow none = {};
     const CZebRow row(&none, &none);
-    ExpectThrowIn("Row.cpp", [] { CZebRow(nullptr, nullptr).Count(); });
-    ExpectThrowIn("Row.cpp", [&] { row.GetAt(0); });
-    ExpectThrowIn("Row.cpp", [&] { row[PR_SUBJECT_A]; });
+    ExpectThrowIn("tables/Row.cpp", [] { CZebRow(nullptr, nullptr).Count(); });
+    ExpectThrowIn("tables/Row.cpp", [&] { row.GetAt(0); });
+    ExpectThrowIn("tables/Row.cpp", [&] { row[PR_SUBJECT_A]; });
     CZebRestrictionAllocator tree;
-    ExpectThrowIn("Restrict.cpp", [&] { tree.CreateAnd(1); });
+    ExpectThrowIn("tables/Restrict.cpp", [&] { tree.CreateAnd(1); });
     tree.Allocate();
-    ExpectThrowIn("Restrict.cpp", [&] { tree[-1]; });
-    ExpectThrowIn("Restrict.cpp", [&] { tree[ULONG{7}]; });
-    ExpectThrowIn("Restrict.cpp", [&] { static_cast<CZebRestriction&>(tree) = tree; });
+    ExpectThrowIn("tables/Restrict.cpp", [&] { tree[-1]; });
+    ExpectThrowIn("tables/Restrict.cpp", [&] { tree[ULONG{7}]; });
+    ExpectThrowIn("tables/Restrict.cpp", [&] { static_cast<CZebRestriction&>(tree) = tree; });
     CZebSortOrder order(0, 0);
-    ExpectThrowIn("SortOrder.cpp", [&] { (void)static_cast<SSortOrderSet*>(order); });
+    ExpectThrowIn("tables/SortOrder.cpp", [&] { (void)static_cast<SSortOrderSet*>(order); });
 }
 
 TEST_F(ThrowLines, EachCallOfATableCarriesTheProvidersText)
@@ -94,7 +94,7 @@ TEST_F(ThrowLines, EachCallOfATableCarriesTheProvidersText)
     {
         provider.results[method] = MAPI_E_BUSY;
         SCOPED_TRACE(method);
-        ExpectThrowIn("Table.cpp", call, "the provider says");
+        ExpectThrowIn("tables/Table.cpp", call, "the provider says");
     }
     SetEntryPoint(EntryPoint::HrQueryAllRows, nullptr);
 }
