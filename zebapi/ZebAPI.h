@@ -33,7 +33,7 @@
 /// A text as UTF-8, whatever the ANSI code page is. What is no character of UTF-16 becomes U+FFFD.
 ZEBAPI_EXPORT zeb::CStringA Zeb_Utf8(const zeb::CStringW& text);
 
-/// A text in UTF-8 as 16-bit text; null as an empty one. What is no UTF-8 becomes U+FFFD.
+/// A text in UTF-8 as 16-bit text; null as an empty one. What is not UTF-8 becomes U+FFFD.
 ZEBAPI_EXPORT zeb::CStringW Zeb_Wide(const char* utf8);
 
 /// Whether a default profile is set (CZebAPI::GetDefaultProfileName). Never throws: a failure is logged and false.

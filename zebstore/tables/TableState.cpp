@@ -105,16 +105,16 @@ void TableState::Sort(const SSortOrderSet& order)
         tags.push_back(each.ulPropTag);
     }
     ChooseInstances(m_columnInstance, InstanceTagOf(tags));
-    m_sinks.Forget();
     m_view.Sort(std::move(taken));
+    m_sinks.Forget();
     m_sorts.swap(keys);
 }
 
 void TableState::Restrict(const SRestriction* restriction)
 {
     auto taken = restriction ? std::make_unique<Restriction>(*restriction) : nullptr;
-    m_sinks.Forget();
     m_view.Restrict(std::move(taken));
+    m_sinks.Forget();
 }
 
 void TableState::ChooseInstances(ULONG column, ULONG sort)
@@ -131,8 +131,8 @@ void TableState::ChooseInstances(ULONG column, ULONG sort)
         return;
     }
     m_instances->Choose(chosen);
-    m_sinks.Forget();
     m_view.Renew();
+    m_sinks.Forget();
 }
 
 std::vector<ULONG> TableState::Columns()
