@@ -6,7 +6,7 @@
 /// The service's name, as IMsgServiceAdmin::CreateMsgService takes it.
 #define ZEBSTORE_SERVICE_NAME "zebstore"
 
-/// The file name of the provider, as it stands in a store's entry identifier.
+/// The file name of the provider as written in a store's entry identifier.
 #define ZEBSTORE_DLL_NAME "zebstore.dll"
 
 /// Settings of the service, for IMsgServiceAdmin::ConfigureMsgService. The store's file.
@@ -19,28 +19,28 @@
 /// PT_BOOLEAN: create the store's file when it does not exist (true when not given).
 #define PR_ZEBSTORE_CREATE PROP_TAG(PT_BOOLEAN, 0x67F2)
 
-/// A computed property of a store: checks the whole file; "ok", or the problems, a line each.
+/// A computed property of a store: checks the whole file; "ok", or one line for each problem.
 #define PR_ZEBSTORE_CHECK_A PROP_TAG(PT_STRING8, 0x67F3)
 #define PR_ZEBSTORE_CHECK_W PROP_TAG(PT_UNICODE, 0x67F3)
 
-/// What the header of a store's file has as its application id (at byte 68, big-endian, as SQLite lays it out).
+/// The application id in the header of a store's file (at byte 68, big-endian, as defined by SQLite).
 #define ZEBSTORE_APPLICATION_ID 0x5A454253
-/// The version of a file as this provider writes it (at byte 60, big-endian). An older one is upgraded when it
-/// is opened for writing: all of it is read and written.
+/// The version of a file as this provider writes it (at byte 60, big-endian). An older file is upgraded when it is
+/// opened for writing: all of it is read and rewritten.
 #define ZEBSTORE_FILE_VERSION 4
 
-/// Exports for the care of a store's file; they need neither MAPIInitialize nor a session.
+/// Exports for the maintenance of a store's file; they need neither MAPIInitialize nor a session.
 extern "C"
 {
-    /// Told of the work as it goes on, on the calling thread. With `finding` (UTF-8): one line about what was wrong and
-    /// what was done about it. Without: `done` of `whole` steps, 0 of 0 where that is not known. It must not throw.
+    /// Reports progress, on the calling thread. With `finding` (UTF-8): one line: the problem and its repair. Without:
+    /// `done` of `whole` steps, 0 of 0 when unknown. It must not throw.
     typedef void(STDAPICALLTYPE ZEBSTORE_REPORT)(void* context, const char* finding, ULONGLONG done, ULONGLONG whole);
 
-    /// Repairs a store's file: makes counters, columns and indexes again, removes what belongs to nothing, takes
-    /// values off that cannot be read. Whole or not at all.
+    /// Repairs a store's file: rebuilds counters, columns and indexes, deletes orphaned rows and unreadable values.
+    /// Atomic: all or nothing.
     /// @param path the file, UTF-8
-    /// @param copy null: the file itself is repaired; else a file that is made: the repaired copy, UTF-8
-    /// @param failure gets the sentence of a failure, UTF-8, cut to `failureSize` bytes with the zero; may be null
+    /// @param copy null: repairs the file itself; else the path of the repaired copy, which is created, UTF-8
+    /// @param failure receives the error text, UTF-8, truncated to `failureSize` bytes including the zero; may be null
     /// @return MAPI_E_NOT_FOUND, MAPI_E_COLLISION (`copy` exists),
     /// MAPI_E_CORRUPT_STORE (beyond repair), MAPI_E_BUSY ...
     typedef HRESULT(STDAPICALLTYPE ZEBSTORE_REPAIR)(const char* path, const char* copy, ZEBSTORE_REPORT* report,
@@ -48,7 +48,7 @@ extern "C"
     HRESULT STDAPICALLTYPE ZebStoreRepair(const char* path, const char* copy, ZEBSTORE_REPORT* report, void* context,
                                           char* failure, ULONG failureSize);
 
-    /// Writes a store's file without the room that deleted content left; parameters as above.
+    /// Rewrites a store's file without the free space that deleted content left; parameters as above.
     typedef HRESULT(STDAPICALLTYPE ZEBSTORE_COMPACT)(const char* path, ZEBSTORE_REPORT* report, void* context,
                                                      char* failure, ULONG failureSize);
     HRESULT STDAPICALLTYPE ZebStoreCompact(const char* path, ZEBSTORE_REPORT* report, void* context, char* failure,

@@ -1,4 +1,4 @@
-"""Profiles and stores that can not be used: one clear sentence each."""
+"""Profiles and stores that cannot be used: one clear error text each."""
 from world import World, message
 
 
@@ -13,7 +13,7 @@ class BadStore(World):
             self.store.with_name(self.store.name + suffix).unlink(missing_ok=True)
 
     def test_a_profile_that_does_not_exist(self):
-        self.refused("inbox", "--profile", "nobody", saying="there is no profile 'nobody'")
+        self.refused("inbox", "--profile", "nobody", saying="the profile 'nobody' does not exist")
 
     def test_a_file_too_short_for_a_store(self):
         self.remove_side_files()
@@ -29,7 +29,7 @@ class BadStore(World):
         self.store.unlink()
         self.remove_side_files()
         self.refused("inbox", saying="the-store.zeb")
-        self.assertFalse(self.store.exists(), "it is not made anew")
+        self.assertFalse(self.store.exists(), "it is not created again")
 
     def test_a_file_that_is_no_database(self):
         self.remove_side_files()

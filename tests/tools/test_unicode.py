@@ -19,13 +19,13 @@ class Unicode(World):
         self.assertEqual([shown[name] for name in ("PR_SUBJECT", NAMED, "0x6800101F")], [TEXT, TEXT, [TEXT]])
         self.assertIn(TEXT, self.zeb("show", "Inbox", TEXT).out)
         self.assertEqual(self.zeb("set", "Inbox", TEXT, "PR_COMMENT=" + TEXT, "--delete", NAMED).out,
-                         f"message '{TEXT}' of folder 'Inbox' is changed\n")
+                         f"changed message '{TEXT}' of folder 'Inbox'\n")
         shown = self.shown("Inbox", TEXT)
         self.assertEqual((shown["PR_COMMENT"], NAMED in shown), (TEXT, False))
 
     def test_folders_are_named_and_messages_go_there(self):
         path = f"Inbox/{TEXT}"
-        self.assertEqual(self.zeb("mkdir", path).out, f"folder '{path}' is there\n")
+        self.assertEqual(self.zeb("mkdir", path).out, f"folder '{path}' exists\n")
         self.zeb("mkdir", "-p", f"{path}/{TEXT}")
         self.zeb("new", "Inbox", "PR_SUBJECT=a")
         self.assertEqual(self.zeb("mv", "Inbox", "a", path).out, f"message 'a' of folder 'Inbox' moved to folder '{path}'\n")
@@ -51,13 +51,13 @@ class Unicode(World):
         self.refused("ab", "show", TEXT, saying=f"'{TEXT}'")
         self.refused("ab", "list", TEXT, saying=f"'{TEXT}'")
         self.refused("load", self.path(TEXT), saying=TEXT)
-        self.refused("inbox", "--profile", TEXT, saying=f"there is no profile '{TEXT}'")
+        self.refused("inbox", "--profile", TEXT, saying=f"the profile '{TEXT}' does not exist")
         self.refused("profile", "delete", TEXT, saying=f"profile '{TEXT}'")
         self.refused("provider", "install", "--dll", self.path(TEXT), saying=TEXT)
 
     def test_profiles_are_named(self):
         self.assertEqual(self.zeb("profile", "create", TEXT, "--store", self.path(TEXT + ".zeb"), "--default").out.split("\n")[0],
-                         f"profile '{TEXT}' is there and is the default")
+                         f"created profile '{TEXT}' and made it the default")
         self.assertTrue((self.folder / (TEXT + ".zeb")).exists())
         self.assertEqual(self.zeb("profile", "default").out, TEXT + "\n")
         self.zeb("new", "Inbox", "PR_SUBJECT=a", "--profile", TEXT)
@@ -94,7 +94,7 @@ class Unicode(World):
         self.assertIn(TEXT, self.zeb("inbox").err)
         del self.environment["ZEBSTORE_FAULT"]
 
-    def test_a_store_lies_in_the_users_folder_when_nobody_says_where(self):
+    def test_a_store_without_a_path_is_in_the_users_folder(self):
         data = self.folder / TEXT
         data.mkdir()
         self.environment["LOCALAPPDATA" if world.WINDOWS else "XDG_DATA_HOME"] = self.path(TEXT)

@@ -12,7 +12,7 @@ namespace zebstore
 namespace
 {
 
-/// Where the address book keeps the choices that were made for it.
+/// The store property in which the address book keeps its settings.
 constexpr ULONG PrDefaultDir = PR_AB_DEFAULT_DIR;
 constexpr ULONG PrPersonal = PR_AB_DEFAULT_PAB;
 constexpr ULONG PrSearchPath = PROP_TAG(PT_MV_BINARY, 0x3D05);
@@ -23,7 +23,7 @@ AddressEntryId IdOfContainer(const StorePtr& store, AddressKind kind)
     return AddressEntryId(id.begin(), id.end());
 }
 
-/// What an IAddrBook is asked of itself.
+/// The properties of the IAddrBook object itself.
 const std::vector<ULONG>& BookTags()
 {
     static const std::vector<ULONG> tags = {PR_OBJECT_TYPE, PR_DISPLAY_NAME_W, PR_MAPPING_SIGNATURE};
@@ -45,7 +45,7 @@ public:
     {
         return Guarded("IAddrBook::OpenEntry", [&]
         {
-            Require(object != nullptr, "no place for the object");
+            Require(object != nullptr, "the output pointer is null");
             *object = nullptr;
             *object = OpenAddress(Store(), size, id, iid, flags, AccessGiven(), objectType);
         });
@@ -56,7 +56,7 @@ public:
     {
         return Guarded("IAddrBook::CompareEntryIDs", [&]
         {
-            Require(same != nullptr, "no place for the result");
+            Require(same != nullptr, "the output pointer is null");
             RequireFlags(flags, 0);
             *same = SameEntry(sizeA, a, sizeB, b);
         });
@@ -77,7 +77,7 @@ public:
         return Guarded("IAddrBook::CreateOneOff", [&]
         {
             RequireFlags(flags, MAPI_UNICODE | MAPI_SEND_NO_RICH_INFO);
-            Require(type && address, "a one-off address needs its type and the address");
+            Require(type && address, "a one-off address needs a type and an address");
             AddressName oneOff;
             oneOff.kind = AddressKind::OneOff;
             oneOff.type = TextArgument(type, flags);
@@ -98,9 +98,9 @@ public:
     {
         return Run("IAddrBook::ResolveName", [&]
         {
-            // Who allows a dialog gets none: there is nobody to show it.
+            // A caller that allows a dialog gets none: the provider has no user interface.
             RequireFlags(flags, MAPI_UNICODE | MAPI_DIALOG);
-            Require(list != nullptr, "no list of names");
+            Require(list != nullptr, "the list of names is null");
             ResolveAll(*list, (flags & MAPI_UNICODE) != 0);
         });
     }
@@ -124,7 +124,7 @@ public:
         return Guarded("IAddrBook::QueryDefaultRecipOpt", [&]
         {
             RequireFlags(flags, MAPI_UNICODE);
-            Require(count && options, "no place for the options");
+            Require(count && options, "the output pointer is null");
             *count = 0;
             *options = nullptr;
         });
@@ -152,7 +152,7 @@ public:
         return Run("IAddrBook::GetSearchPath", [&]
         {
             RequireFlags(flags, MAPI_UNICODE);
-            Require(path != nullptr, "no place for the search path");
+            Require(path != nullptr, "the output pointer is null");
             *path = nullptr;
             *path = RowsOf(SearchPath(), (flags & MAPI_UNICODE) != 0);
         });
@@ -163,7 +163,7 @@ public:
         return Run("IAddrBook::SetSearchPath", [&]
         {
             RequireFlags(flags, 0);
-            Require(path && path->cRows > 0, "no search path");
+            Require(path && path->cRows > 0, "the search path is null or empty");
             KeepSearchPath(*path);
         });
     }
@@ -173,7 +173,7 @@ public:
         return Run("IAddrBook::PrepareRecips", [&]
         {
             RequireFlags(flags, 0);
-            Require(list != nullptr, "no list of recipients");
+            Require(list != nullptr, "the recipient list is null");
             for (ULONG i = 0; tags && i < list->cEntries; ++i)
             {
                 Prepare(list->aEntries[i], *tags);
@@ -188,7 +188,7 @@ private:
     }
     static HRESULT RefuseWindow(const char* method)
     {
-        return Refuse(method, "this needs a window, and the provider shows none");
+        return Refuse(method, "the call needs a dialog, and the provider has no user interface");
     }
 
     bool Answers(REFIID iid) const override { return IsOneOf(iid, {&IID_IMAPIProp, &IID_IAddrBook}); }
@@ -213,7 +213,7 @@ private:
     }
     void Edit(const std::function<void(PropertySet&)>&) override
     {
-        throw Error(MAPI_E_NO_SUPPORT, "the address book keeps no properties of others");
+        throw Error(MAPI_E_NO_SUPPORT, "the address book has no writable properties");
     }
     void Save(ULONG) override {}
 
@@ -226,12 +226,12 @@ private:
     {
         if (!size || !id)
         {
-            throw Error(MAPI_E_INVALID_ENTRYID, "no entry identifier");
+            throw Error(MAPI_E_INVALID_ENTRYID, "the entry identifier is empty");
         }
         const AddressKind kind = ParseAddressId(Store()->Uid(), id, size).kind;
         if (kind != AddressKind::Directory && kind != AddressKind::Contacts)
         {
-            throw Error(MAPI_E_INVALID_ENTRYID, "the entry identifier names no container with entries");
+            throw Error(MAPI_E_INVALID_ENTRYID, "the entry identifier does not name a container of entries");
         }
         return kind;
     }
@@ -340,7 +340,7 @@ private:
         return all;
     }
 
-    /// "TYPE:address" and "who@where" need not stand in any container.
+    /// "TYPE:address" and "name@domain" resolve without an entry in any container.
     bool IsAddress(const std::string& name, PropertySet& entry) const
     {
         const size_t colon = name.find(':');
@@ -396,15 +396,15 @@ private:
         }
         if (failure == MAPI_E_AMBIGUOUS_RECIP)
         {
-            throw Error(failure, "the name '" + name + "' stands for several entries of the address book");
+            throw Error(failure, "the name '" + name + "' is ambiguous: several entries of the address book match");
         }
         if (failure != S_OK)
         {
-            throw Error(failure, "the address book has no entry '" + name + "'");
+            throw Error(failure, "no entry of the address book matches '" + name + "'");
         }
     }
 
-    /// The asked properties first, in their order, then what there was besides.
+    /// The requested properties first, in their order, then the other existing properties.
     void Prepare(ADRENTRY& entry, const SPropTagArray& tags) const
     {
         PropertySet known;
@@ -451,7 +451,7 @@ Access AccessOf(AddressKind kind, ULONG flags, Access most)
     const bool changes = kind == AddressKind::Directory || kind == AddressKind::User || kind == AddressKind::List;
     if (!changes && (flags & MAPI_MODIFY))
     {
-        throw Error(MAPI_E_NO_ACCESS, "this part of the address book can only be read");
+        throw Error(MAPI_E_NO_ACCESS, "this part of the address book is read-only");
     }
     return AccessFor(flags, changes ? most : Access::Read);
 }
@@ -470,7 +470,7 @@ IUnknown* OpenAddress(const StorePtr& store, ULONG size, const void* id, const I
     const AddressName name = ParseAddressId(store->Uid(), id, size);
     if (name.kind == AddressKind::NewUser || name.kind == AddressKind::NewList)
     {
-        throw Error(MAPI_E_INVALID_ENTRYID, "a template for new entries can not be opened");
+        throw Error(MAPI_E_INVALID_ENTRYID, "a template for new entries cannot be opened");
     }
     const Access access = AccessOf(name.kind, flags, most);
     const ULONG type = ObjectTypeOf(name.kind);

@@ -82,7 +82,7 @@ public:
     {
         return Guarded("IMAPIContainer::GetContentsTable", [&]
         {
-            Require(table != nullptr, "no place for the table");
+            Require(table != nullptr, "the output pointer is null");
             *table = nullptr;
             *table = Contents(flags);
         });
@@ -92,7 +92,7 @@ public:
     {
         return Guarded("IMAPIContainer::GetHierarchyTable", [&]
         {
-            Require(table != nullptr, "no place for the table");
+            Require(table != nullptr, "the output pointer is null");
             *table = nullptr;
             *table = Hierarchy(flags);
         });
@@ -103,7 +103,7 @@ public:
     {
         return Guarded("IMAPIContainer::OpenEntry", [&]
         {
-            Require(object != nullptr, "no place for the object");
+            Require(object != nullptr, "the output pointer is null");
             *object = nullptr;
             const Access most = File().IsReadOnly() ? Access::Read : Access::Write;
             *object = OpenAddress(Store(), size, id, iid, flags, most, objectType);
@@ -112,24 +112,24 @@ public:
 
     HRESULT STDMETHODCALLTYPE SetSearchCriteria(LPSRestriction, LPENTRYLIST, ULONG) override
     {
-        return Refuse("IMAPIContainer::SetSearchCriteria", "the address book keeps no searches");
+        return Refuse("IMAPIContainer::SetSearchCriteria", "the address book does not support search criteria");
     }
     HRESULT STDMETHODCALLTYPE GetSearchCriteria(ULONG, LPSRestriction*, LPENTRYLIST*, ULONG*) override
     {
-        return Refuse("IMAPIContainer::GetSearchCriteria", "the address book keeps no searches");
+        return Refuse("IMAPIContainer::GetSearchCriteria", "the address book does not support search criteria");
     }
 
     HRESULT STDMETHODCALLTYPE CreateEntry(ULONG size, LPENTRYID id, ULONG flags, LPMAPIPROP* entry) override
     {
         return Guarded("IABContainer::CreateEntry", [&]
         {
-            Require(entry != nullptr, "no place for the entry");
+            Require(entry != nullptr, "the output pointer is null");
             *entry = nullptr;
             RequireFlags(flags, CREATE_CHECK_DUP_STRICT | CREATE_CHECK_DUP_LOOSE | CREATE_REPLACE);
             RequireDirectory();
             if (!size)
             {
-                throw Error(MAPI_E_INVALID_ENTRYID, "no entry identifier");
+                throw Error(MAPI_E_INVALID_ENTRYID, "the entry identifier is empty");
             }
             NewEntry made;
             made.flags = flags;
@@ -141,10 +141,10 @@ public:
     {
         return Guarded("IABContainer::CopyEntries", [&]
         {
-            // CREATE_CHECK_DUP_STRICT has the value of AB_NO_DIALOG, so a copy can not ask for it.
+            // CREATE_CHECK_DUP_STRICT has the value of AB_NO_DIALOG, so a copy cannot request it.
             RequireFlags(flags, AB_NO_DIALOG | CREATE_CHECK_DUP_LOOSE | CREATE_REPLACE);
             RequireDirectory();
-            Require(entries && (entries->lpbin || !entries->cValues), "no list of entries");
+            Require(entries && (entries->lpbin || !entries->cValues), "the list of entries is null");
             for (ULONG i = 0; i < entries->cValues; ++i)
             {
                 Copy(entries->lpbin[i], flags & ~ULONG(AB_NO_DIALOG));
@@ -158,7 +158,7 @@ public:
         {
             RequireFlags(flags, 0);
             RequireDirectory();
-            Require(entries && (entries->lpbin || !entries->cValues), "no list of entries");
+            Require(entries && (entries->lpbin || !entries->cValues), "the list of entries is null");
             std::vector<AddressId> ids;
             for (ULONG i = 0; i < entries->cValues; ++i)
             {
@@ -210,7 +210,7 @@ private:
         change(before);
         if (!before.IsEmpty())
         {
-            throw Error(MAPI_E_NO_SUPPORT, "a container of the address book keeps no properties of others");
+            throw Error(MAPI_E_NO_SUPPORT, "a container of the address book has no writable properties");
         }
     }
     void Save(ULONG) override {}
@@ -232,7 +232,7 @@ private:
     {
         if (m_kind == AddressKind::Root)
         {
-            throw Error(MAPI_E_NO_SUPPORT, "the root of the address book has containers, no entries");
+            throw Error(MAPI_E_NO_SUPPORT, "the root of the address book has no entries, only containers");
         }
     }
     void RequireDirectory() const
@@ -240,7 +240,7 @@ private:
         RequireEntries();
         if (m_kind == AddressKind::Contacts)
         {
-            throw Error(MAPI_E_NO_SUPPORT, "contacts are changed as messages of the contacts folder");
+            throw Error(MAPI_E_NO_SUPPORT, "contacts are read-only here: change the messages of the contacts folder");
         }
         RequireWrite();
     }
@@ -273,7 +273,7 @@ private:
         NewEntry made;
         made.flags = flags;
         const Ref<IMAPIProp> entry = Ref<IMAPIProp>::Adopt(CreateAddressEntry(Store(), made, id.cb, id.lpb));
-        Check(entry->SaveChanges(0), "the copy of an entry can not be saved");
+        Check(entry->SaveChanges(0), "the copy of an entry cannot be saved");
     }
 
     const AddressKind m_kind;

@@ -62,7 +62,8 @@ void EntryData::Load()
         StoredAddress stored = m_addresses.Load(m_name.key);
         if (stored.type != ObjectTypeOf(m_name.kind))
         {
-            throw Error(MAPI_E_INVALID_ENTRYID, "the entry identifier takes a user for a list, or a list for a user");
+            throw Error(MAPI_E_INVALID_ENTRYID,
+                        "the entry identifier has the wrong kind: a user for a list, or a list for a user");
         }
         m_properties = std::move(stored.properties);
         m_change = stored.change;
@@ -75,7 +76,7 @@ void EntryData::Load()
         if (std::none_of(contacts.begin(), contacts.end(), [&](const AddressName& each)
         { return each.kind == m_name.kind && each.index == m_name.index; }))
         {
-            throw Error(MAPI_E_NOT_FOUND, "the contact has no such address any more");
+            throw Error(MAPI_E_NOT_FOUND, "the contact no longer has this address");
         }
     }
     m_loaded = true;
@@ -111,7 +112,7 @@ bool EntryData::Compute(ULONG tag, PropertySet& out)
     {
         return ComputeContact(*m_store, m_tags, m_name, m_properties, tag, out);
     }
-    // An entry has an identifier from its first save on.
+    // An entry has an identifier from its first save.
     if (m_name.key == 0 && HasId({PR_ENTRYID, PR_RECORD_KEY, PR_INSTANCE_KEY}, tag))
     {
         return false;
@@ -131,7 +132,7 @@ void EntryData::Complete()
     if (m_properties.Text(PR_DISPLAY_NAME_W).empty())
     {
         throw Error(MAPI_E_MISSING_REQUIRED_COLUMN,
-                    "an entry of the address book needs a display name before it is saved");
+                    "an entry of the address book cannot be saved: it has no display name");
     }
     const std::string address = m_properties.Text(PR_EMAIL_ADDRESS_W);
     if (address.empty())
@@ -203,7 +204,7 @@ void EntryData::Save(bool force)
             m_new.list = 0;
         }
         m_dirty = false;
-        // What the store keeps is read again when it is asked for; large values in it are then the stored ones.
+        // Stored properties are read again on the next request; large values then refer to the stored data.
         if (IsOfDirectory())
         {
             m_properties.Clear();
@@ -249,7 +250,7 @@ IMAPIProp* CreateAddressEntry(const StorePtr& store, const NewEntry& entry, ULON
     AddressName name = ParseAddressId(store->Uid(), id, size);
     if (ObjectTypeOf(name.kind) == MAPI_ABCONT)
     {
-        throw Error(MAPI_E_INVALID_ENTRYID, "a container can not become an entry of a list");
+        throw Error(MAPI_E_INVALID_ENTRYID, "a container cannot become an entry of a list");
     }
     if (name.kind != AddressKind::NewUser && name.kind != AddressKind::NewList && entry.list != 0)
     {

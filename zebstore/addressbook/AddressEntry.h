@@ -7,13 +7,13 @@
 namespace zebstore
 {
 
-/// The properties of one entry, wherever they come from: the global address list, a contact's message, the identifier
-/// itself. Entries of the global address list are changed here until they are saved; others do not change.
-/// Threads: the object's lock.
+/// The properties of one entry from any source: the global address list, a contact's message, or the identifier itself.
+/// Changes to an entry of the global address list stay here until it is saved; other entries are read-only. Threads:
+/// the object's lock.
 class EntryData
 {
 public:
-    /// Loads it at once. @throws Error MAPI_E_NOT_FOUND
+    /// Loads the entry at once. @throws Error MAPI_E_NOT_FOUND
     EntryData(const StorePtr& store, AddressName name, const NewEntry& entry);
 
     const AddressName& Name() const { return m_name; }
@@ -21,7 +21,7 @@ public:
     const std::vector<ULONG>& ComputedTags() const;
     bool Compute(ULONG tag, PropertySet& out);
     void Edit(const std::function<void(PropertySet&)>& change);
-    /// Stores what was changed; a new entry is stored in any case.
+    /// Stores the changes; a new entry is always stored.
     /// @throws Error MAPI_E_MISSING_REQUIRED_COLUMN without a name, MAPI_E_COLLISION, MAPI_E_OBJECT_CHANGED
     void Save(bool force);
     /// The content of a new entry.
@@ -45,7 +45,7 @@ private:
     bool m_dirty = false;
 };
 
-/// What mail users and lists have in common. Threads: any.
+/// The base of mail users and distribution lists. Threads: any.
 template <typename Interface>
 class EntryObject : public PropObject<Interface>
 {
@@ -97,13 +97,13 @@ public:
                                         LPUNKNOWN* object) override;
     HRESULT STDMETHODCALLTYPE SetSearchCriteria(LPSRestriction, LPENTRYLIST, ULONG) override;
     HRESULT STDMETHODCALLTYPE GetSearchCriteria(ULONG, LPSRestriction*, LPENTRYLIST*, ULONG*) override;
-    /// Of an entry: the object adds it to the list when it is saved. Of a template: a new entry of the global address
-    /// list and of this one.
+    /// For an entry: the object adds it to the list when it is saved. For a template: a new entry of the global address
+    /// list and of this list.
     HRESULT STDMETHODCALLTYPE CreateEntry(ULONG size, LPENTRYID id, ULONG flags, LPMAPIPROP* entry) override;
     /// Adds entries to the list.
     HRESULT STDMETHODCALLTYPE CopyEntries(LPENTRYLIST entries, ULONG_PTR window, LPMAPIPROGRESS progress,
                                           ULONG flags) override;
-    /// Takes entries off the list; the entries themselves stay.
+    /// Removes entries from the list; the entries themselves stay.
     HRESULT STDMETHODCALLTYPE DeleteEntries(LPENTRYLIST entries, ULONG flags) override;
     HRESULT STDMETHODCALLTYPE ResolveNames(LPSPropTagArray columns, ULONG flags, LPADRLIST list,
                                            LPFlagList found) override;

@@ -143,11 +143,11 @@ AddressName ParseDirectory(const MAPIUID& store, const BYTE* id, size_t size)
     constexpr size_t keyAt = storeAt + sizeof(MAPIUID);
     if (size != keyAt + KeySize)
     {
-        throw Invalid("is cut, or too long");
+        throw Invalid("is truncated or too long");
     }
     if (std::memcmp(id + storeAt, store.ab, sizeof(store.ab)) != 0)
     {
-        throw Invalid("is one of another address book");
+        throw Invalid("belongs to another address book");
     }
     AddressName name;
     name.kind = KindOf(DirectoryKinds, NumberAt(id + HeaderSize + sizeof(ULONG)));
@@ -164,7 +164,7 @@ AddressName ParseContact(const MAPIUID& store, const BYTE* id, size_t size)
 {
     if (size < ContactHeaderSize)
     {
-        throw Invalid("is cut");
+        throw Invalid("is truncated");
     }
     AddressName name;
     name.kind = KindOf(ContactKinds, NumberAt(id + HeaderSize + sizeof(ULONG)));
@@ -174,8 +174,8 @@ AddressName ParseContact(const MAPIUID& store, const BYTE* id, size_t size)
     const size_t nestedSize = folder ? FolderEntryIdSize : MessageEntryIdSize;
     if (size < nestedAt + nestedSize)
     {
-        throw Invalid(folder ? "is cut: the contacts folder's own identifier in it is not whole"
-                             : "is cut: the contact's own identifier in it is not whole");
+        throw Invalid(folder ? "is truncated: the identifier of the contacts folder in it is not complete"
+                             : "is truncated: the identifier of the contact's message in it is not complete");
     }
     name.key = ParseItemId(store, id + nestedAt, size - nestedAt).key;
     const AddressEntryId whole = MakeAddressId(store, name);
@@ -186,7 +186,7 @@ AddressName ParseContact(const MAPIUID& store, const BYTE* id, size_t size)
     return name;
 }
 
-// The text up to its zero; `at` moves behind it.
+// The text up to its zero; `at` is advanced past the zero.
 template <typename Character>
 std::basic_string<Character> TextAt(const BYTE* id, size_t size, size_t& at)
 {
@@ -202,7 +202,7 @@ std::basic_string<Character> TextAt(const BYTE* id, size_t size, size_t& at)
         }
         text += each;
     }
-    throw Invalid("is cut: a text in it has no end");
+    throw Invalid("is truncated: a text in it has no terminating zero");
 }
 
 std::string OneOffText(const BYTE* id, size_t size, size_t& at, bool unicode)
@@ -220,7 +220,7 @@ AddressName ParseOneOff(const BYTE* id, size_t size)
     size_t at = HeaderSize + sizeof(ULONG);
     if (size < at)
     {
-        throw Invalid("is cut");
+        throw Invalid("is truncated");
     }
     const ULONG flags = NumberAt(id + HeaderSize);
     const bool unicode = (flags & MAPI_UNICODE) != 0;
@@ -293,7 +293,7 @@ AddressName ParseAddressId(const MAPIUID& store, const void* bytes, size_t size)
     }
     if (!IsAddressId(bytes, size))
     {
-        throw Error(MAPI_E_INVALID_ENTRYID, "the entry identifier is none of the address book");
+        throw Error(MAPI_E_INVALID_ENTRYID, "the entry identifier does not belong to the address book");
     }
     const BYTE* id = static_cast<const BYTE*>(bytes);
     if (IsOf(DirectoryProvider, id))

@@ -16,7 +16,7 @@ constexpr ULONG RowTags[] = {PR_ENTRYID,        PR_RECORD_KEY,   PR_OBJECT_TYPE,
                              PR_DISPLAY_NAME_W, PR_ADDRTYPE_W,   PR_EMAIL_ADDRESS_W, PrSmtpAddress,   PR_SEARCH_KEY,
                              PR_ACCOUNT_W,      PR_GIVEN_NAME_W, PR_SURNAME_W};
 
-// The members as they are now: made anew whenever the address book or the contacts have changed.
+// The current members: rebuilt whenever the address book or the contacts have changed.
 class MemberRows final : public MemoryRows
 {
 public:
@@ -61,7 +61,7 @@ private:
 
 std::vector<ListMember> MembersIn(const StorePtr& store, const ENTRYLIST* entries)
 {
-    Require(entries && (entries->lpbin || !entries->cValues), "no list of entries");
+    Require(entries && (entries->lpbin || !entries->cValues), "the list of entries is null");
     std::vector<ListMember> members;
     for (ULONG i = 0; i < entries->cValues; ++i)
     {
@@ -76,7 +76,7 @@ ListMember MemberOf(const StorePtr& store, const SBinary& id)
 {
     if (!id.cb || !id.lpb)
     {
-        throw Error(MAPI_E_INVALID_ENTRYID, "no entry identifier");
+        throw Error(MAPI_E_INVALID_ENTRYID, "the entry identifier is empty");
     }
     const AddressName name = ParseAddressId(store->Uid(), id.lpb, id.cb);
     switch (name.kind)
@@ -89,7 +89,7 @@ ListMember MemberOf(const StorePtr& store, const SBinary& id)
     case AddressKind::OneOff:
         return {0, std::string(reinterpret_cast<const char*>(id.lpb), id.cb)};
     default:
-        throw Error(MAPI_E_INVALID_ENTRYID, "a container can not become an entry of a list");
+        throw Error(MAPI_E_INVALID_ENTRYID, "a container cannot become an entry of a list");
     }
 }
 
@@ -182,7 +182,7 @@ HRESULT DistList::GetContentsTable(ULONG flags, LPMAPITABLE* table)
 {
     return Run("IMAPIContainer::GetContentsTable", [&]
     {
-        Require(table != nullptr, "no place for the table");
+        Require(table != nullptr, "the output pointer is null");
         *table = nullptr;
         *table = Contents(flags);
     });
@@ -191,14 +191,14 @@ HRESULT DistList::GetContentsTable(ULONG flags, LPMAPITABLE* table)
 HRESULT DistList::GetHierarchyTable(ULONG, LPMAPITABLE*)
 {
     return Guarded("IMAPIContainer::GetHierarchyTable",
-                   [] { throw Error(MAPI_E_NO_SUPPORT, "a distribution list has members, no containers"); });
+                   [] { throw Error(MAPI_E_NO_SUPPORT, "a distribution list has no hierarchy table, only members"); });
 }
 
 HRESULT DistList::OpenEntry(ULONG size, LPENTRYID id, LPCIID iid, ULONG flags, ULONG* objectType, LPUNKNOWN* object)
 {
     return Guarded("IMAPIContainer::OpenEntry", [&]
     {
-        Require(object != nullptr, "no place for the object");
+        Require(object != nullptr, "the output pointer is null");
         *object = nullptr;
         const Access most = File().IsReadOnly() ? Access::Read : Access::Write;
         *object = OpenAddress(Store(), size, id, iid, flags, most, objectType);
@@ -208,13 +208,13 @@ HRESULT DistList::OpenEntry(ULONG size, LPENTRYID id, LPCIID iid, ULONG flags, U
 HRESULT DistList::SetSearchCriteria(LPSRestriction, LPENTRYLIST, ULONG)
 {
     return Guarded("IMAPIContainer::SetSearchCriteria",
-                   [] { throw Error(MAPI_E_NO_SUPPORT, "the address book keeps no searches"); });
+                   [] { throw Error(MAPI_E_NO_SUPPORT, "the address book does not support search criteria"); });
 }
 
 HRESULT DistList::GetSearchCriteria(ULONG, LPSRestriction*, LPENTRYLIST*, ULONG*)
 {
     return Guarded("IMAPIContainer::GetSearchCriteria",
-                   [] { throw Error(MAPI_E_NO_SUPPORT, "the address book keeps no searches"); });
+                   [] { throw Error(MAPI_E_NO_SUPPORT, "the address book does not support search criteria"); });
 }
 
 AddressId DistList::ListToChange()
@@ -222,7 +222,7 @@ AddressId DistList::ListToChange()
     RequireWrite();
     if (Entry().Name().key == 0)
     {
-        throw Error(MAPI_E_CALL_FAILED, "a new distribution list is saved before it gets members");
+        throw Error(MAPI_E_CALL_FAILED, "the distribution list has not been saved yet: save it before adding members");
     }
     return Entry().Name().key;
 }
@@ -231,7 +231,7 @@ HRESULT DistList::CreateEntry(ULONG size, LPENTRYID id, ULONG flags, LPMAPIPROP*
 {
     return Run("IDistList::CreateEntry", [&]
     {
-        Require(entry != nullptr, "no place for the entry");
+        Require(entry != nullptr, "the output pointer is null");
         *entry = nullptr;
         RequireFlags(flags, CREATE_CHECK_DUP_STRICT | CREATE_CHECK_DUP_LOOSE | CREATE_REPLACE);
         NewEntry made;
@@ -239,7 +239,7 @@ HRESULT DistList::CreateEntry(ULONG size, LPENTRYID id, ULONG flags, LPMAPIPROP*
         made.flags = flags;
         if (!size)
         {
-            throw Error(MAPI_E_INVALID_ENTRYID, "no entry identifier");
+            throw Error(MAPI_E_INVALID_ENTRYID, "the entry identifier is empty");
         }
         *entry = CreateAddressEntry(Store(), made, size, id);
     });

@@ -1,4 +1,4 @@
-// Finding entries by what people type.
+// Finds entries by typed names.
 #include "zebstore/addressbook/AddressBook.h"
 #include "zebstore/base/Memory.h"
 #include "zebstore/storage/Encoding.h"
@@ -57,7 +57,7 @@ std::vector<ULONG> ColumnsOf(const SPropTagArray* columns)
     return tags;
 }
 
-/// What a recipient has already; what can be no property is passed over.
+/// The existing properties of a recipient; invalid ones are skipped.
 PropertySet PropertiesOf(const ADRENTRY& entry)
 {
     PropertySet properties;
@@ -90,7 +90,7 @@ NameMatches FindByName(RowSource& rows, const std::string& name, const SPropTagA
 {
     NameMatches matches;
     std::vector<RowKey> keys = KeysByName(rows, name);
-    // The one whose whole name was typed is meant, whoever else begins with it.
+    // An exact match of the full name wins over entries that only begin with it.
     if (keys.size() > 1)
     {
         if (const std::vector<RowKey> whole = KeysByName(rows, "=" + name); whole.size() == 1)
@@ -130,8 +130,8 @@ void GiveProperties(ADRENTRY& entry, const PropertySet& found, bool unicode)
 void ResolveNamesIn(RowSource& rows, const SPropTagArray* columns, ULONG flags, ADRLIST* list, FlagList* found)
 {
     RequireFlags(flags, MAPI_UNICODE);
-    Require(list && found, "no list of names, or no place for the answers");
-    Require(found->cFlags == list->cEntries, "there are not as many answers as names");
+    Require(list && found, "the list of names or the output pointer is null");
+    Require(found->cFlags == list->cEntries, "the flag list and the list of names have different lengths");
     for (ULONG i = 0; i < list->cEntries; ++i)
     {
         ADRENTRY& entry = list->aEntries[i];

@@ -11,7 +11,7 @@ namespace
 {
 
 constexpr ContentsKey Contents(IdOf(StandardFolder::Contacts), false);
-constexpr RowKey RowsOfMessage = 4; ///< keys that each message takes: one an address, and one for lists
+constexpr RowKey RowsOfMessage = 4; ///< keys reserved for each message: one for each address, and one for lists
 constexpr RowKey ListRow = 3;
 
 class ContactValues final : public ValueSource
@@ -54,8 +54,8 @@ public:
     {
     }
 
-    /// Which messages are contacts, and how many addresses they have, only they know: this looks at all of them, once
-    /// for each change of the folder.
+    /// Only a message's properties tell whether it is a contact and how many addresses it has: all messages are read,
+    /// once for each change of the folder.
     ULONG Count() override { return static_cast<ULONG>(AllKeys().size()); }
 
     std::uint64_t Generation() override { return m_store->Contents().Generation(Contents); }
@@ -145,8 +145,8 @@ private:
 
     static MessageId MessageOf(RowKey key) { return Contents.FirstMessage() + key / RowsOfMessage; }
 
-    // A name gets its number with the first contact that uses it, so the numbers
-    // hold as long as the folder does not change.
+    // A named property gets its identifier with the first contact that uses it: the identifiers are valid until the
+    // folder changes.
     const ContactTags& Tags()
     {
         const std::uint64_t generation = Generation();
@@ -177,7 +177,7 @@ private:
         return m_keys;
     }
 
-    /// Visits the rows behind `after` in their order until `visit` answers false.
+    /// Visits the rows after `after` in order until `visit` returns false.
     template <typename Visit>
     void Walk(std::optional<RowKey> after, Visit&& visit)
     {

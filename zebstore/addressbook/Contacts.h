@@ -1,4 +1,4 @@
-// The messages of the contacts folder as entries of the address book.
+// Maps the messages of the contacts folder to entries of the address book.
 #pragma once
 
 #include "zebstore/addressbook/AddressId.h"
@@ -26,7 +26,8 @@ struct ContactTags
 };
 ContactTags ContactTagsOf(StoreFile& store);
 
-/// What a contact's entry has otherwise than its message: identifier, type, name and address. The tags of all of it.
+/// The properties in which a contact's entry differs from its message: identifier, type, name and address. The tags of
+/// all of them.
 const std::vector<ULONG>& ComputedContactTags();
 
 /// Adds the property with the identifier of `tag` to `out`. @param message the message's properties
@@ -37,10 +38,10 @@ bool ComputeContact(const StoreContext& store, const ContactTags& tags, const Ad
 /// The entry identifiers of the members of a list among the contacts.
 std::vector<std::string> ContactListMembers(const ContactTags& tags, const PropertySet& message);
 
-/// The entries that a message of the contacts folder is.
+/// The entries that a message of the contacts folder yields.
 std::vector<AddressName> ContactsIn(const ContactTags& tags, MessageId message, const ValueSource& values);
 
-/// The contacts as rows, in the order in which their messages came.
+/// The contacts as rows, in the order in which their messages were created.
 std::shared_ptr<RowSource> MakeContactRows(const std::shared_ptr<StoreContext>& store);
 
 } // namespace zebstore

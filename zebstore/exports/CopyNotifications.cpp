@@ -1,4 +1,4 @@
-// ScCopyNotifications: notifications with everything that they point to, in one block.
+// ScCopyNotifications: copies notifications with all data that they point to into one block.
 #include "zebstore/base/Guard.h"
 #include "zebstore/exports/CopyProperties.h"
 
@@ -9,7 +9,7 @@ namespace zebstore
 namespace
 {
 
-/// Lays copies one behind the other in a given block; without a block it only counts the bytes.
+/// Packs copies one after the other into a given block; without a block it only counts the bytes.
 class Packer
 {
 public:
@@ -28,10 +28,10 @@ public:
         return static_cast<T*>(PackBytes(source, count * sizeof(T)));
     }
 
-    /// Binds the packer to an allocator's signature for the length of one value copy.
+    /// Binds the packer to an allocator's signature for the duration of one value copy.
     void PackValue(SPropValue& dest, const SPropValue& source)
     {
-        Check(CopyValue(dest, source, AllocateHere, this), "a value can not be copied");
+        Check(CopyValue(dest, source, AllocateHere, this), "a value cannot be copied");
     }
 
     size_t Size() const { return m_size; }
@@ -126,7 +126,7 @@ void PackNotification(Packer& packer, NOTIFICATION& copy)
         copy.info.tab.row.lpProps = PackValues(packer, copy.info.tab.row.lpProps, copy.info.tab.row.cValues);
         break;
     default:
-        throw Error(MAPI_E_NO_SUPPORT, "a notification of this kind can not be copied");
+        throw Error(MAPI_E_NO_SUPPORT, "a notification of this kind cannot be copied");
     }
 }
 
@@ -138,7 +138,7 @@ SCODE WINAPI ScCopyNotifications(int count, LPNOTIFICATION notifications, LPVOID
     using namespace zebstore;
     return Guarded("ScCopyNotifications", [&]
     {
-        Require(count > 0 && notifications && block, "no notifications or no place for them");
+        Require(count > 0 && notifications && block, "the notifications or the output pointer is null");
         Packer packer(block);
         NOTIFICATION* copies = packer.Pack(notifications, static_cast<size_t>(count));
         for (int i = 0; i < count; ++i)

@@ -61,14 +61,14 @@ public:
         return copy;
     }
 
-    /// Makes an array of plain elements its copy.
+    /// Replaces an array of plain elements with its copy.
     template <typename T>
     void Own(T*& array, ULONG count)
     {
         array = Copy(array, count);
     }
 
-    /// The same with what each element points to.
+    /// The same, including the data that each element points to.
     template <typename T>
     void OwnEach(T*& array, ULONG count)
     {
@@ -228,7 +228,7 @@ SCODE CopyValue(SPropValue& dest, const SPropValue& source, ALLOCATEMORE* alloca
 
 void CopyValue(SPropValue& dest, const SPropValue& source, void* parent)
 {
-    Check(CopyValue(dest, source, MAPIAllocateMore, parent), "a value can not be copied");
+    Check(CopyValue(dest, source, MAPIAllocateMore, parent), "a value cannot be copied");
 }
 
 size_t SizeOfValue(const SPropValue& value)

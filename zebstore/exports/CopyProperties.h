@@ -6,15 +6,15 @@
 namespace zebstore
 {
 
-/// Copies `source` whole into `dest`; everything that it points to is allocated with `allocateMore` on `parent`.
-/// @return MAPI_E_INVALID_TYPE for a type that is none (PT_OBJECT is copied as a number), or the allocator's code;
-///         `dest` is then unchanged, what was allocated stays with `parent`.
+/// Makes a deep copy of `source` in `dest`; all data that it points to is allocated with `allocateMore` on `parent`.
+/// @return MAPI_E_INVALID_TYPE for an unknown type (PT_OBJECT is copied as a number), or the allocator's code. On
+/// failure `dest` is unchanged; memory already allocated stays with `parent`.
 SCODE CopyValue(SPropValue& dest, const SPropValue& source, ALLOCATEMORE* allocateMore, void* parent);
 
 /// The same with the provider's own allocator. @throws Error
 void CopyValue(SPropValue& dest, const SPropValue& source, void* parent);
 
-/// The bytes that a value points to, without those of its SPropValue itself.
+/// The size in bytes of the data that a value points to, without the SPropValue itself.
 size_t SizeOfValue(const SPropValue& value);
 
 } // namespace zebstore

@@ -26,8 +26,8 @@ int DigitOf(char digit)
     return -1;
 }
 
-/// Reads pairs of digits up to the end of the text. @return false at the first character that is no digit, at
-/// an odd one left over, or when `room` bytes are full before the text ends.
+/// Reads pairs of digits up to the end of the text. @return false at the first character that is not a digit, at an odd
+/// number of digits, or when `room` bytes are full before the text ends
 bool Parse(const char* text, BYTE* bytes, size_t room)
 {
     for (; *text; text += 2, ++bytes, --room)
@@ -54,7 +54,7 @@ SCODE WINAPI ScBinFromHexBounded(LPTSTR text, LPBYTE bytes, ULONG room)
 {
     return Guarded("ScBinFromHexBounded", [&]() -> HRESULT
     {
-        Require(text && (bytes || !room), "no text or no place for the bytes");
+        Require(text && (bytes || !room), "the text or the output pointer is null");
         return Parse(text, bytes, room) ? S_OK : MAPI_E_INVALID_PARAMETER;
     });
 }

@@ -1,4 +1,4 @@
-// Start, stop, logon and profile administration; and what the provider does not do.
+// Start, stop, logon and profile administration; exports that the provider does not support.
 #include "zebstore/exports/MapiInitialize.h"
 
 #include "platform/thread.h"
@@ -47,7 +47,7 @@ HRESULT WINAPI MAPIInitialize(LPVOID init)
         const auto* options = static_cast<const MAPIINIT_0*>(init);
         if (options && options->ulVersion != MAPI_INIT_VERSION)
         {
-            throw Error(MAPI_E_VERSION, "the start block has a version that is not known");
+            throw Error(MAPI_E_VERSION, "MAPIINIT_0 has an unknown version");
         }
         const std::lock_guard<std::mutex> hold(g_lifeLock);
         ++g_users;
@@ -68,7 +68,7 @@ void WINAPI MAPIUninitialize()
     {
         return TraceLiveCounts();
     }
-    // Not under the lock: an advise sink that is being called may ask whether MAPI is started.
+    // Not under the lock: an advise sink in a call may query whether MAPI is started.
     Notifier::The().Stop();
     TraceLiveCounts();
 }
@@ -77,11 +77,11 @@ HRESULT WINAPI MAPILogonEx(ULONG_PTR, LPTSTR profile, LPTSTR, ULONG flags, LPMAP
 {
     return Guarded("MAPILogonEx", [&]
     {
-        Require(session != nullptr, "no place for the session");
+        Require(session != nullptr, "the output pointer is null");
         *session = nullptr;
         if (!IsInitialized())
         {
-            throw Error(MAPI_E_NOT_INITIALIZED, "MAPIInitialize comes first");
+            throw Error(MAPI_E_NOT_INITIALIZED, "MAPIInitialize has not been called");
         }
         *session = Logon(profile, flags);
     });
@@ -91,12 +91,12 @@ HRESULT WINAPI MAPIAdminProfiles(ULONG flags, LPPROFADMIN* admin)
 {
     return Guarded("MAPIAdminProfiles", [&]
     {
-        Require(admin != nullptr, "no place for the profile administration");
+        Require(admin != nullptr, "the output pointer is null");
         *admin = nullptr;
         RequireFlags(flags, MAPI_UNICODE);
         if (!IsInitialized())
         {
-            throw Error(MAPI_E_NOT_INITIALIZED, "MAPIInitialize comes first");
+            throw Error(MAPI_E_NOT_INITIALIZED, "MAPIInitialize has not been called");
         }
         *admin = NewProfAdmin();
     });
@@ -121,5 +121,5 @@ SCODE WINAPI OpenIMsgOnIStg(LPMSGSESS, LPALLOCATEBUFFER, LPALLOCATEMORE, LPFREEB
 
 HRESULT WINAPI RTFSync(LPMESSAGE, ULONG, BOOL*)
 {
-    return Guarded("RTFSync", [] { throw Error(MAPI_E_NO_SUPPORT, "bodies are not synchronized"); });
+    return Guarded("RTFSync", [] { throw Error(MAPI_E_NO_SUPPORT, "RTF synchronization is not supported"); });
 }

@@ -1,4 +1,4 @@
-// The exported helpers of MAPI that work on any provider's objects.
+// Exported MAPI helpers that work on objects of any provider.
 #include "zebstore/base/Guard.h"
 #include "zebstore/base/LiveBlocks.h"
 #include "zebstore/base/Memory.h"
@@ -17,7 +17,7 @@ SCODE WINAPI PropCopyMore(LPSPropValue dest, LPSPropValue source, ALLOCATEMORE* 
 {
     return Guarded("PropCopyMore", [&]
     {
-        Require(dest && source, "no value to copy");
+        Require(dest && source, "the source or the target value is null");
         return zebstore::CopyValue(*dest, *source, allocateMore, parent);
     });
 }
@@ -31,7 +31,7 @@ HRESULT WINAPI HrGetOneProp(LPMAPIPROP object, ULONG tag, LPSPropValue* value)
 {
     return Guarded("HrGetOneProp", [&]() -> HRESULT
     {
-        Require(object && value, "no object or no place for the value");
+        Require(object && value, "the object or the output pointer is null");
         *value = nullptr;
         SizedSPropTagArray(1, tags) = {1, {tag}};
         ULONG count = 0;
@@ -60,7 +60,7 @@ HRESULT WINAPI HrSetOneProp(LPMAPIPROP object, LPSPropValue value)
 {
     return Guarded("HrSetOneProp", [&]() -> HRESULT
     {
-        Require(object && value, "no object or no value");
+        Require(object && value, "the object or the value is null");
         LPSPropProblemArray problems = nullptr;
         const HRESULT result = object->SetProps(1, value, &problems);
         Buffer<SPropProblemArray> owner(problems);
@@ -92,7 +92,7 @@ void WINAPI FreeProws(LPSRowSet rows)
 namespace
 {
 
-/// The rows gathered so far; frees them unless they are handed over.
+/// The rows collected so far; frees them unless they are released to the caller.
 class GatheredRows
 {
 public:
@@ -106,7 +106,7 @@ public:
 
     size_t Count() const { return m_rows.size(); }
 
-    /// Takes the rows out of `part` and frees its shell.
+    /// Moves the rows out of `part` and frees the empty row set.
     void Take(LPSRowSet part)
     {
         try
@@ -149,10 +149,10 @@ LPSRowSet QueryAll(LPMAPITABLE table, LONG most)
     for (;;)
     {
         LPSRowSet part = nullptr;
-        Check(table->QueryRows(static_cast<LONG>(expected), 0, &part), "the rows can not be read");
+        Check(table->QueryRows(static_cast<LONG>(expected), 0, &part), "the rows cannot be read");
         if (!part)
         {
-            throw Error(MAPI_E_CALL_FAILED, "the table answered without rows");
+            throw Error(MAPI_E_CALL_FAILED, "the table returned no row set");
         }
         if (part->cRows == 0)
         {
@@ -162,12 +162,12 @@ LPSRowSet QueryAll(LPMAPITABLE table, LONG most)
         rows.Take(part);
         if (most > 0 && rows.Count() > static_cast<size_t>(most))
         {
-            throw Error(MAPI_E_TABLE_TOO_BIG, "the table has more rows than were asked for");
+            throw Error(MAPI_E_TABLE_TOO_BIG, "the table has more rows than the given maximum");
         }
     }
 }
 
-/// Hands on what the table itself says of its failure; `otherwise` when it says nothing.
+/// Throws with the table's own error text; with `otherwise` when it has none.
 void CheckTable(HRESULT result, const char* otherwise)
 {
     if (FAILED(result))
@@ -184,21 +184,21 @@ HRESULT WINAPI HrQueryAllRows(LPMAPITABLE table, LPSPropTagArray columns, LPSRes
 {
     return Guarded("HrQueryAllRows", [&]
     {
-        Require(table && rows, "no table or no place for the rows");
+        Require(table && rows, "the table or the output pointer is null");
         *rows = nullptr;
         if (columns)
         {
-            CheckTable(table->SetColumns(columns, TBL_BATCH), "the columns were refused");
+            CheckTable(table->SetColumns(columns, TBL_BATCH), "the table refused the columns");
         }
         if (restriction)
         {
-            CheckTable(table->Restrict(restriction, TBL_BATCH), "the restriction was refused");
+            CheckTable(table->Restrict(restriction, TBL_BATCH), "the table refused the restriction");
         }
         if (order)
         {
-            CheckTable(table->SortTable(order, TBL_BATCH), "the sort order was refused");
+            CheckTable(table->SortTable(order, TBL_BATCH), "the table refused the sort order");
         }
-        CheckTable(table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr), "the table can not be rewound");
+        CheckTable(table->SeekRow(BOOKMARK_BEGINNING, 0, nullptr), "the table cannot seek to its first row");
         *rows = QueryAll(table, most);
     });
 }

@@ -1,4 +1,4 @@
-// The exports for the care of a store's file.
+// The exports for the maintenance of a store's file.
 #include "zebstore/base/Guard.h"
 #include "zebstore/notify/Notifier.h"
 #include "zebstore/storage/Repair.h"
@@ -14,7 +14,7 @@ namespace
 {
 
 static_assert(ApplicationId == ZEBSTORE_APPLICATION_ID && SchemaVersion == ZEBSTORE_FILE_VERSION,
-              "hosts know a store's file by its header");
+              "hosts identify a store's file by its header");
 
 WorkReport ReportTo(ZEBSTORE_REPORT* report, void* context)
 {
@@ -36,7 +36,7 @@ WorkReport ReportTo(ZEBSTORE_REPORT* report, void* context)
     return work;
 }
 
-// Cut at the beginning of a character.
+// Truncated at a character boundary.
 void GiveText(const std::string& text, char* to, ULONG size)
 {
     if (!to || size == 0)
@@ -52,7 +52,7 @@ void GiveText(const std::string& text, char* to, ULONG size)
     to[length] = '\0';
 }
 
-// What a failed repair leaves of its copy.
+// Deletes the copy that a failed repair left.
 class NewFile
 {
 public:
@@ -126,7 +126,7 @@ HRESULT STDAPICALLTYPE ZebStoreRepair(const char* path, const char* copy, ZEBSTO
 {
     return Run("ZebStoreRepair", failure, failureSize, [&]
     {
-        Require(path != nullptr, "no path of a store file");
+        Require(path != nullptr, "the path of the store file is null");
         Repair(path, copy, ReportTo(report, context));
     });
 }
@@ -136,7 +136,7 @@ HRESULT STDAPICALLTYPE ZebStoreCompact(const char* path, ZEBSTORE_REPORT* report
 {
     return Run("ZebStoreCompact", failure, failureSize, [&]
     {
-        Require(path != nullptr, "no path of a store file");
+        Require(path != nullptr, "the path of the store file is null");
         CompactStore(*OpenToWrite(path), ReportTo(report, context));
     });
 }

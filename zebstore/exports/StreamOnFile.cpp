@@ -1,4 +1,4 @@
-// OpenStreamOnFile: an IStream on a file of the system.
+// OpenStreamOnFile: an IStream over a file.
 #include "platform/text.h"
 #include "zebstore/objects/Stream.h"
 
@@ -32,7 +32,7 @@ public:
         m_file.open(m_path, mode);
         if (!m_file)
         {
-            throw Error(create ? MAPI_E_NO_ACCESS : MAPI_E_NOT_FOUND, m_path.string() + " can not be opened");
+            throw Error(create ? MAPI_E_NO_ACCESS : MAPI_E_NOT_FOUND, m_path.string() + " cannot be opened");
         }
     }
 
@@ -72,7 +72,7 @@ public:
         m_file.write(static_cast<const char*>(bytes), static_cast<std::streamsize>(size));
         if (!m_file)
         {
-            throw Error(STG_E_MEDIUMFULL, m_path.string() + " can not be written");
+            throw Error(STG_E_MEDIUMFULL, m_path.string() + " cannot be written");
         }
     }
 
@@ -92,7 +92,7 @@ public:
         m_file.flush();
         if (!m_file)
         {
-            throw Error(STG_E_MEDIUMFULL, m_path.string() + " can not be written");
+            throw Error(STG_E_MEDIUMFULL, m_path.string() + " cannot be written");
         }
     }
 
@@ -102,7 +102,7 @@ private:
     std::fstream m_file;
 };
 
-/// A name that no file has yet, in `folder` (the system's folder for temporary files when empty).
+/// An unused file name in `folder` (empty: the system's folder for temporary files).
 fs::path UniqueName(const fs::path& folder, const std::string& prefix)
 {
     const fs::path base = folder.empty() ? fs::temp_directory_path() : folder;
@@ -117,7 +117,7 @@ fs::path UniqueName(const fs::path& folder, const std::string& prefix)
             return path;
         }
     }
-    throw Error(MAPI_E_COLLISION, base.string() + " has no free name left");
+    throw Error(MAPI_E_COLLISION, base.string() + " has no unused file name left");
 }
 
 } // namespace
@@ -129,10 +129,10 @@ HRESULT STDMETHODCALLTYPE OpenStreamOnFile(LPALLOCATEBUFFER, LPFREEBUFFER, ULONG
     using namespace zebstore;
     return Guarded("OpenStreamOnFile", [&]
     {
-        Require(stream != nullptr, "no place for the stream");
+        Require(stream != nullptr, "the output pointer is null");
         *stream = nullptr;
         const bool unique = (flags & SOF_UNIQUEFILENAME) != 0;
-        Require(unique || (name && *name), "no file name");
+        Require(unique || (name && *name), "the file name is null or empty");
         const std::string narrow(name ? name : "");
         fs::path path(zeb::platform::WideFromNarrow(narrow.data(), narrow.size()));
         if (unique)

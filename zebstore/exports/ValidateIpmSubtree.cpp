@@ -1,4 +1,4 @@
-// HrValidateIPMSubtree: that a store has the folders that interpersonal mail needs.
+// HrValidateIPMSubtree: checks that a store has the folders of the IPM subtree.
 #include "zebstore/base/Guard.h"
 #include "zebstore/base/Memory.h"
 #include "zebstore/base/Object.h"
@@ -17,17 +17,17 @@ void RequireFolder(IMsgStore& store, const SPropValue& value)
 {
     if (PROP_TYPE(value.ulPropTag) != PT_BINARY)
     {
-        throw Error(MAPI_E_NOT_FOUND, "the store lacks a standard folder");
+        throw Error(MAPI_E_NOT_FOUND, "the store has no entry identifier of a standard folder");
     }
     ULONG type = 0;
     IUnknown* object = nullptr;
     Check(store.OpenEntry(value.Value.bin.cb, reinterpret_cast<LPENTRYID>(value.Value.bin.lpb), nullptr, 0, &type,
                           &object),
-          "a standard folder of the store can not be opened");
+          "a standard folder of the store cannot be opened");
     const Ref<IUnknown> owner = Ref<IUnknown>::Adopt(object);
     if (type != MAPI_FOLDER)
     {
-        throw Error(MAPI_E_CORRUPT_STORE, "a standard folder of the store is no folder");
+        throw Error(MAPI_E_CORRUPT_STORE, "a standard folder of the store is not a folder");
     }
 }
 
@@ -37,7 +37,7 @@ HRESULT WINAPI HrValidateIPMSubtree(LPMDB store, ULONG flags, ULONG* count, LPSP
 {
     return Guarded("HrValidateIPMSubtree", [&]
     {
-        Require(store != nullptr, "no store");
+        Require(store != nullptr, "the store is null");
         RequireFlags(flags, MAPI_FORCE_CREATE | MAPI_FULL_IPM_TREE);
         if (error)
         {
@@ -51,7 +51,7 @@ HRESULT WINAPI HrValidateIPMSubtree(LPMDB store, ULONG flags, ULONG* count, LPSP
         ULONG got = 0;
         LPSPropValue read = nullptr;
         Check(store->GetProps(reinterpret_cast<LPSPropTagArray>(&tags), 0, &got, &read),
-              "the store's folders can not be read");
+              "the entry identifiers of the store's standard folders cannot be read");
         Buffer<SPropValue> owner(read);
         for (ULONG i = 1; i < got; ++i)
         {

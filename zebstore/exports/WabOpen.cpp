@@ -16,7 +16,7 @@ namespace
 
 std::atomic<long> g_wabObjects{0};
 
-/// The WAB's host never calls MAPIUninitialize, so what would end there ends with the last WAB object. Threads: any.
+/// WAB hosts never call MAPIUninitialize: its cleanup happens when the last WAB object is released. Threads: any.
 class WabObject final : public Object<IWABObject>
 {
 public:
@@ -38,7 +38,7 @@ public:
     {
         return Guarded("IWABObject::AllocateBuffer", [&]
         {
-            Require(buffer != nullptr, "no place for the memory");
+            Require(buffer != nullptr, "the output pointer is null");
             *buffer = nullptr;
             *buffer = Allocate(size);
         });
@@ -48,7 +48,7 @@ public:
     {
         return Guarded("IWABObject::AllocateMore", [&]
         {
-            Require(buffer && parent, "no place for the memory, or nothing to add it to");
+            Require(buffer && parent, "the output pointer or the parent block is null");
             *buffer = nullptr;
             *buffer = Allocate(size, parent);
         });
@@ -87,10 +87,11 @@ public:
 private:
     static HRESULT Refuse(const char* method)
     {
-        return Guarded(method, [] { throw Error(MAPI_E_NO_SUPPORT, "the WAB object gives memory, nothing else"); });
+        return Guarded(method,
+                       [] { throw Error(MAPI_E_NO_SUPPORT, "the WAB object supports only memory allocation"); });
     }
 
-    // Its interface has no published identifier: IUnknown's stands for it.
+    // The interface has no published identifier: it answers to IID_IUnknown.
     bool Answers(REFIID) const override { return false; }
 };
 
@@ -99,7 +100,7 @@ Service ServiceOfDefaultProfile()
     const std::string profile = profiles::Default().value_or("");
     if (profile.empty())
     {
-        throw Error(MAPI_E_NOT_FOUND, "there is no default profile whose address book could be opened");
+        throw Error(MAPI_E_NOT_FOUND, "the address book cannot be opened: there is no default profile");
     }
     const std::vector<Service> services = profiles::Services(profile);
     if (services.empty() || services.front().path.empty())
@@ -134,14 +135,14 @@ using namespace zebstore;
 
 HRESULT STDMETHODCALLTYPE WABOpen(LPADRBOOK* book, LPWABOBJECT* object, LPWAB_PARAM param, DWORD)
 {
-    // The WAB's hosts never call MAPIInitialize.
+    // WAB hosts never call MAPIInitialize.
     if (!IsInitialized() && g_liveObjects == 0)
     {
         ApplySwitchesOfEnvironment();
     }
     return Guarded("WABOpen", [&]
     {
-        Require(book && object, "no place for the address book or its WAB object");
+        Require(book && object, "the output pointer is null");
         *book = nullptr;
         *object = nullptr;
         const char* file = param ? param->szFileName : nullptr;

@@ -103,7 +103,7 @@ IUnknown* Attachment::OpenObject(ULONG tag, const IID& iid, ULONG options, ULONG
     {
         if (!HasEmbedded())
         {
-            throw Error(MAPI_E_NOT_FOUND, "the attachment holds no message");
+            throw Error(MAPI_E_NOT_FOUND, "the attachment has no embedded message");
         }
         content = m_edit.embedded;
         if (!content)

@@ -15,7 +15,7 @@ void SetKey(PropertySet& out, ULONG tag, const std::string& key)
     out.SetBinary(tag, key.data(), key.size());
 }
 
-/// The number of a key of this store; 0 for another one's.
+/// The change number in a key of this store; 0 for a key of another store.
 std::int64_t NumberOf(const MAPIUID& store, std::string_view key)
 {
     const std::string_view own(reinterpret_cast<const char*>(store.ab), sizeof(store.ab));
@@ -33,7 +33,7 @@ std::int64_t NumberOf(const MAPIUID& store, std::string_view key)
 
 bool AddSyncKey(const MAPIUID& store, ULONG tag, const MessageOrigin& origin, PropertySet& out)
 {
-    // A message that is not stored, or lies in an attachment, has none.
+    // A message that is not stored, or is embedded in an attachment, has none.
     if (origin.id == 0)
     {
         return false;

@@ -13,11 +13,11 @@ namespace zebstore
 namespace
 {
 
-// Only this provider's folders answer to it, so a folder that a host hands back is known for our own.
+// Only this provider's folders answer to it: it identifies our own folders among those that a host passes in.
 constexpr IID OwnFolderId = {0x7B1D8A52, 0x3C5E, 0x4F0B, {0x9A, 0x41, 0x66, 0xE2, 0x0D, 0x57, 0xB8, 0x13}};
 constexpr ULONG PrContactsFolder = PROP_TAG(PT_BINARY, 0x36D1);
 
-/// A table of what was deleted and could be got back: deletions are for good, so it has no rows.
+/// The table of recoverable deleted items: deletions are permanent, so it has no rows.
 std::shared_ptr<RowSource> NothingOf(const ComputedProperties& computed)
 {
     return std::make_shared<MemoryRows>(std::vector<PropertySet>(), computed.MessageTags());
@@ -83,7 +83,7 @@ bool Folder::Compute(ULONG tag, PropertySet& out)
     return Store()->Computed()->OfFolder(tag, File().Folders().Info(m_folder), out);
 }
 
-// Who synchronizes folders asks for them by name.
+// Not listed: synchronizing clients ask for these by tag.
 bool Folder::Lists(ULONG tag)
 {
     return PROP_ID(tag) != PROP_ID(PrSourceKey) && PROP_ID(tag) != PROP_ID(PrParentSourceKey);
@@ -102,7 +102,7 @@ void Folder::Edit(const std::function<void(PropertySet&)>& change)
     PropertySet properties = before;
     change(properties);
     CompleteChangeKeys(Store()->Uid(), properties.Binary(PrChangeKey) == before.Binary(PrChangeKey), properties);
-    // A time that somebody wrote holds until the next change.
+    // A time that a client wrote holds until the next change.
     if (before.Has(PR_LAST_MODIFICATION_TIME) &&
         properties.Find(PR_LAST_MODIFICATION_TIME).bytes == before.Find(PR_LAST_MODIFICATION_TIME).bytes)
     {
@@ -161,7 +161,7 @@ HRESULT Folder::GetContentsTable(ULONG flags, LPMAPITABLE* table)
 {
     return Guarded("IMAPIContainer::GetContentsTable", [&]
     {
-        Require(table != nullptr, "no place for the table");
+        Require(table != nullptr, "the output pointer is null");
         *table = nullptr;
         *table = Contents(flags);
     });
@@ -171,7 +171,7 @@ HRESULT Folder::GetHierarchyTable(ULONG flags, LPMAPITABLE* table)
 {
     return Guarded("IMAPIContainer::GetHierarchyTable", [&]
     {
-        Require(table != nullptr, "no place for the table");
+        Require(table != nullptr, "the output pointer is null");
         *table = nullptr;
         *table = Hierarchy(flags);
     });
@@ -181,7 +181,7 @@ HRESULT Folder::OpenEntry(ULONG size, LPENTRYID id, LPCIID iid, ULONG flags, ULO
 {
     return Guarded("IMAPIContainer::OpenEntry", [&]
     {
-        Require(object != nullptr, "no place for the object");
+        Require(object != nullptr, "the output pointer is null");
         *object = nullptr;
         const Access most = File().IsReadOnly() ? Access::Read : Access::Write;
         *object = OpenItem(Store(), size, id, iid, flags, most, objectType);

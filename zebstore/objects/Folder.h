@@ -66,7 +66,7 @@ private:
 
     IMAPITable* Contents(ULONG flags);
     IMAPITable* Hierarchy(ULONG flags);
-    /// The messages of a list that lie in this folder; others are counted in `strangers`.
+    /// The messages of a list that are in this folder; all others are counted in `strangers`.
     std::vector<MessageId> MessagesHere(const ENTRYLIST* list, size_t& strangers) const;
     MessageId MessageHere(ULONG size, const ENTRYID* id) const;
 
@@ -74,7 +74,7 @@ private:
     PropertySet m_properties;
 };
 
-/// What a copy or move of a folder does, over the storage of one or two stores.
+/// Parameters of a folder copy or move within one store or between two stores.
 struct FolderCopy
 {
     StorePtr source;
@@ -87,7 +87,7 @@ struct FolderCopy
 };
 void CopyFolderTree(const FolderCopy& copy);
 
-/// The content of one folder that another one is to have too.
+/// The content of one folder to copy to another one.
 struct FolderContents
 {
     StorePtr source;
@@ -100,17 +100,17 @@ struct FolderContents
     bool move = false;
 };
 /// @throws Error MAPI_E_FOLDER_CYCLE, MAPI_E_COLLISION (a subfolder's name is taken), MAPI_E_NO_ACCESS (a standard
-/// folder would be moved) when they cannot be copied whole
+/// folder would be moved) when not all of it can be copied
 void RequireContentsFit(const FolderContents& contents);
-/// Copies or moves them in steps; when it fails, what was copied stays and nothing is lost.
-/// @param progress hears of the steps; may be null
+/// Copies or moves them in steps; on failure the finished steps stay and nothing is lost.
+/// @param progress receives the steps; may be null
 void CopyFolderContents(const FolderContents& contents, IMAPIProgress* progress);
 
-/// Copies or moves messages to a folder of another store. @return how many were not there
+/// Copies or moves messages to a folder of another store. @return how many did not exist
 size_t CopyMessagesBetween(StoreFile& source, const std::vector<MessageId>& messages, StoreFile& target,
                            FolderId folder, bool move);
 
-/// The provider's own folder behind an interface; null for a stranger's.
+/// This provider's folder that implements the interface; null when another provider owns it.
 Folder* OwnFolder(void* object);
 
 } // namespace zebstore

@@ -1,4 +1,4 @@
-// What CopyTo and CopyProps do with the messages and subfolders of a folder.
+// CopyTo and CopyProps for the messages and subfolders of a folder.
 #include "zebstore/objects/Folder.h"
 #include "zebstore/objects/Progress.h"
 
@@ -9,7 +9,7 @@ namespace zebstore
 namespace
 {
 
-// Messages are copied so many at a time, each step a transaction of its own, so that progress can be told in between.
+// Messages per step; each step is a transaction of its own, and progress is reported between steps.
 constexpr size_t MessagesInStep = 64;
 
 bool IsStandardFolder(FolderId folder)

@@ -1,4 +1,4 @@
-// What a folder does with its messages and subfolders.
+// IMAPIFolder: operations on messages and subfolders.
 #include "zebstore/objects/Folder.h"
 #include "zebstore/objects/OpenFlags.h"
 #include "zebstore/storage/Text.h"
@@ -42,7 +42,7 @@ MessageId Folder::MessageHere(ULONG size, const ENTRYID* id) const
     const MessageId message = Store()->ParseMessage(binary);
     if (ContentsKey::Of(message).Folder() != m_folder)
     {
-        throw Error(MAPI_E_NOT_FOUND, "the message does not lie in this folder");
+        throw Error(MAPI_E_NOT_FOUND, "the message is not in this folder");
     }
     return message;
 }
@@ -51,13 +51,13 @@ HRESULT Folder::CreateMessage(LPCIID iid, ULONG flags, LPMESSAGE* message)
 {
     return Guarded("IMAPIFolder::CreateMessage", [&]
     {
-        Require(message != nullptr, "no place for the message");
+        Require(message != nullptr, "the output pointer is null");
         *message = nullptr;
         RequireFlags(flags, MAPI_ASSOCIATED | MAPI_DEFERRED_ERRORS | ArrivalFlags);
         RequireWrite();
         if (iid && !IsEqualGUID(*iid, IID_IMessage) && !IsEqualGUID(*iid, IID_IMAPIProp))
         {
-            throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "a message does not have the interface that is asked for");
+            throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "a message does not support the requested interface");
         }
         *message = NewMessage(Store(), m_folder, (flags & MAPI_ASSOCIATED) != 0).Detach();
     });
@@ -91,7 +91,7 @@ HRESULT Folder::CopyMessages(LPENTRYLIST list, LPCIID, LPVOID target, ULONG_PTR,
     return Guarded("IMAPIFolder::CopyMessages", [&]() -> HRESULT
     {
         RequireFlags(flags, MESSAGE_MOVE | MESSAGE_DIALOG | MAPI_DIALOG | MAPI_DECLINE_OK);
-        Require(target != nullptr, "no folder to copy to");
+        Require(target != nullptr, "the target folder is null");
         const bool move = (flags & MESSAGE_MOVE) != 0;
         if (move)
         {
@@ -135,20 +135,20 @@ HRESULT Folder::CreateFolder(ULONG type, LPTSTR name, LPTSTR comment, LPCIID iid
 {
     return Guarded("IMAPIFolder::CreateFolder", [&]
     {
-        Require(folder != nullptr, "no place for the folder");
+        Require(folder != nullptr, "the output pointer is null");
         *folder = nullptr;
         RequireFlags(flags, MAPI_UNICODE | MAPI_DEFERRED_ERRORS | OPEN_IF_EXISTS);
         RequireWrite();
         if (iid && !IsEqualGUID(*iid, IID_IMAPIFolder) && !IsEqualGUID(*iid, IID_IMAPIContainer) &&
             !IsEqualGUID(*iid, IID_IMAPIProp))
         {
-            throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "a folder does not have the interface that is asked for");
+            throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "a folder does not support the requested interface");
         }
         if (type == FOLDER_SEARCH)
         {
             throw Error(MAPI_E_NO_SUPPORT, "the store has no search folders");
         }
-        Require(type == FOLDER_GENERIC, "no type that a folder can be created with");
+        Require(type == FOLDER_GENERIC, "this type of folder cannot be created");
         const std::string text = TextArgument(name, flags);
         Require(!text.empty(), "a folder needs a name");
         const std::lock_guard<std::recursive_mutex> hold(File().Lock());
@@ -174,14 +174,14 @@ HRESULT Folder::CopyFolder(ULONG size, LPENTRYID id, LPCIID, LPVOID target, LPTS
     {
         RequireFlags(flags,
                      COPY_SUBFOLDERS | FOLDER_MOVE | FOLDER_DIALOG | MAPI_UNICODE | MAPI_DIALOG | MAPI_DECLINE_OK);
-        Require(target != nullptr && size > 0, "no folder to copy, or none to copy to");
+        Require(target != nullptr && size > 0, "the source identifier is empty or the target folder is null");
         Folder* to = OwnFolder(target);
         RequireOwn(to);
         to->RequireWrite();
         const FolderId folder = Store()->ParseFolder(id, size);
         if (File().Folders().Info(folder).parent != m_folder)
         {
-            throw Error(MAPI_E_NOT_FOUND, "the folder does not lie in this folder");
+            throw Error(MAPI_E_NOT_FOUND, "the folder is not a subfolder of this folder");
         }
         if (flags & FOLDER_MOVE)
         {
@@ -200,11 +200,11 @@ HRESULT Folder::DeleteFolder(ULONG size, LPENTRYID id, ULONG_PTR, LPMAPIPROGRESS
     {
         RequireFlags(flags, DEL_MESSAGES | DEL_FOLDERS | FOLDER_DIALOG | MAPI_DIALOG | DeleteHardDelete);
         RequireWrite();
-        Require(size > 0 && id, "no folder to delete");
+        Require(size > 0 && id, "the entry identifier of the folder is empty");
         const FolderId folder = Store()->ParseFolder(id, size);
         if (File().Folders().Info(folder).parent != m_folder)
         {
-            throw Error(MAPI_E_NOT_FOUND, "the folder does not lie in this folder");
+            throw Error(MAPI_E_NOT_FOUND, "the folder is not a subfolder of this folder");
         }
         File().Folders().Delete(folder, (flags & DEL_MESSAGES) != 0, (flags & DEL_FOLDERS) != 0);
     });
@@ -243,7 +243,7 @@ HRESULT Folder::GetMessageStatus(ULONG size, LPENTRYID id, ULONG flags, ULONG* s
 {
     return Guarded("IMAPIFolder::GetMessageStatus", [&]
     {
-        Require(status != nullptr, "no place for the status");
+        Require(status != nullptr, "the output pointer is null");
         RequireFlags(flags, 0);
         *status = static_cast<ULONG>(File().Messages().Load(MessageHere(size, id)).properties.Long(PR_MSG_STATUS));
     });
@@ -272,7 +272,7 @@ HRESULT Folder::SetMessageStatus(ULONG size, LPENTRYID id, ULONG status, ULONG m
 HRESULT Folder::SaveContentsSort(LPSSortOrderSet, ULONG)
 {
     return Guarded("IMAPIFolder::SaveContentsSort",
-                   [] { throw Error(MAPI_E_NO_SUPPORT, "folders keep no sort order"); });
+                   [] { throw Error(MAPI_E_NO_SUPPORT, "folders do not store a sort order"); });
 }
 
 void CopyFolderTree(const FolderCopy& copy)

@@ -1,4 +1,4 @@
-// Opening objects by identifier, and what the interfaces' answers share.
+// Opens objects by identifier; results that several interfaces share.
 #include "zebstore/objects/Objects.h"
 #include "zebstore/objects/OpenFlags.h"
 #include "zebstore/storage/MemoryRows.h"
@@ -19,7 +19,7 @@ IUnknown* Answer(IUnknown* object, const IID* iid)
     void* asked = nullptr;
     if (FAILED(object->QueryInterface(*iid, &asked)))
     {
-        throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "the object does not have the interface that is asked for");
+        throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "the object does not support the requested interface");
     }
     return static_cast<IUnknown*>(asked);
 }
@@ -48,7 +48,7 @@ IUnknown* OpenItem(const StorePtr& store, ULONG size, const void* id, const IID*
 
 void GiveBytes(const void* bytes, size_t size, ULONG* sizeOut, ENTRYID** bytesOut)
 {
-    Require(sizeOut && bytesOut, "no place for the entry identifier");
+    Require(sizeOut && bytesOut, "the output pointer is null");
     *bytesOut = static_cast<ENTRYID*>(CopyBytes(bytes, size, nullptr));
     *sizeOut = static_cast<ULONG>(size);
 }
@@ -57,9 +57,9 @@ bool SameEntry(ULONG sizeA, const void* a, ULONG sizeB, const void* b)
 {
     if ((sizeA && !a) || (sizeB && !b))
     {
-        throw Error(MAPI_E_INVALID_ENTRYID, "an entry identifier without bytes");
+        throw Error(MAPI_E_INVALID_ENTRYID, "the entry identifier has no bytes");
     }
-    // A store is the same wherever its file lies.
+    // A store is the same wherever its file is: the path does not count.
     if (LooksLikeStoreEntryId(a, sizeA) && LooksLikeStoreEntryId(b, sizeB))
     {
         const StoreId first = ParseStoreEntryId(a, sizeA);

@@ -12,7 +12,7 @@ namespace zebstore
 namespace
 {
 
-/// 16 bytes that no other call gives.
+/// 16 bytes, unique for each call.
 std::array<std::uint64_t, 2> UniqueKey()
 {
     static std::mutex lock;
@@ -21,7 +21,7 @@ std::array<std::uint64_t, 2> UniqueKey()
     return {random(), random()};
 }
 
-// The store sets these when it saves a message; nobody else does.
+// Only the store sets these, when it saves a message.
 constexpr ULONG SetAtSave[] = {PR_MESSAGE_SIZE, PR_HASATTACH};
 
 std::vector<ULONG> TagsOfPlace(std::initializer_list<ULONG> tags)
@@ -140,7 +140,7 @@ bool Message::Compute(ULONG tag, PropertySet& out)
     case PROP_ID(PR_ENTRYID):
     case PROP_ID(PR_RECORD_KEY):
     case PROP_ID(PR_INSTANCE_KEY):
-        // A message has an identifier from its first save on, an embedded one never.
+        // A message has an identifier from its first save; an embedded message never has one.
         return m_id && Store()->Computed()->OfMessage(tag, m_id, out);
     default:
         return HasId(ComputedTags(), tag) && Store()->Computed()->OfMessage(tag, m_id, out);
@@ -155,7 +155,7 @@ bool Message::Default(ULONG tag, PropertySet& out)
 
 bool Message::IsFixed(ULONG tag)
 {
-    // After the first save the flags change by SetReadFlag and by what happens to the message.
+    // After the first save only SetReadFlag and the store itself change the flags.
     return (m_saved && PROP_ID(tag) == PROP_ID(PR_MESSAGE_FLAGS)) || PropBase::IsFixed(tag);
 }
 
@@ -249,7 +249,7 @@ void Message::CompleteSubject()
     std::string prefix = m_properties.Text(PR_SUBJECT_PREFIX_W);
     if (!WasWritten(PR_SUBJECT_PREFIX))
     {
-        // By MAPI's rule up to three letters, a colon and a space: "Re: ", "Fwd: ".
+        // MAPI's rule: up to three letters, a colon and a space, as in "Re: " and "Fwd: ".
         const size_t colon = subject.find(": ");
         const bool isPrefix = colon >= 1 && colon <= 3 && subject.find_first_of("0123456789 ") > colon;
         prefix = isPrefix ? subject.substr(0, colon + 2) : std::string();
@@ -346,7 +346,7 @@ void Message::Commit(bool force)
         GiveBack(std::move(content));
         return;
     }
-    // What the store keeps is read again when it is asked for; the large values in it are then the stored ones.
+    // Stored properties are read again on the next request; large values then refer to the stored data.
     m_edits.clear();
     m_numbersKnown = false;
     m_recipients.reset();
@@ -356,7 +356,8 @@ void Message::Commit(bool force)
 
 HRESULT Message::SubmitMessage(ULONG)
 {
-    return Guarded("IMessage::SubmitMessage", [] { throw Error(MAPI_E_NO_SUPPORT, "the store does not send"); });
+    return Guarded("IMessage::SubmitMessage",
+                   [] { throw Error(MAPI_E_NO_SUPPORT, "this store cannot submit messages"); });
 }
 
 HRESULT Message::SetReadFlag(ULONG flags)

@@ -12,19 +12,19 @@ namespace zebstore
 
 class Attachment;
 
-/// Only this provider's messages answer to it, so a message that a host hands back is known for our own.
+/// Only this provider's messages answer to it: it identifies our own messages among those that a host passes in.
 constexpr IID OwnMessageId = {0x2E94C1F6, 0x8D03, 0x4B7A, {0xA5, 0x1C, 0x70, 0x3B, 0xD2, 0x48, 0x96, 0xEF}};
 
-/// A message: stored, new, or embedded in an attachment. What is changed stays in the object until SaveChanges,
-/// which stores all of it or nothing. Threads: any.
+/// A message: stored, new, or embedded in an attachment. Changes stay in the object until SaveChanges, which stores all
+/// of them or none. Threads: any.
 class Message final : public PropObject<IMessage>
 {
 public:
-    /// A stored message; the object loads it at once. @throws Error MAPI_E_NOT_FOUND
+    /// A stored message; loaded at once. @throws Error MAPI_E_NOT_FOUND
     Message(const StorePtr& store, MessageId message, Access access);
-    /// A new one of a folder.
+    /// A new message of a folder.
     Message(const StorePtr& store, FolderId folder, bool associated);
-    /// One embedded in an attachment; SaveChanges hands it to the attachment. `content` null: a new one.
+    /// A message embedded in an attachment; SaveChanges passes it to the attachment. `content` null: a new message.
     Message(const StorePtr& store, Attachment& holder, std::shared_ptr<const MessageContent> content, Access access);
 
     HRESULT STDMETHODCALLTYPE GetAttachmentTable(ULONG flags, LPMAPITABLE* table) override;
@@ -37,15 +37,15 @@ public:
     HRESULT STDMETHODCALLTYPE SubmitMessage(ULONG flags) override;
     HRESULT STDMETHODCALLTYPE SetReadFlag(ULONG flags) override;
 
-    // For attachments.
-    /// An attachment as it is now, changes that the message has not saved included. @throws Error MAPI_E_NOT_FOUND
+    // For attachments. The current state of an attachment, including changes that the message has not saved. @throws
+    // Error MAPI_E_NOT_FOUND
     AttachmentEdit AttachmentNow(ULONG number);
-    /// The stored message embedded in an attachment, 0 for none.
+    /// The stored message embedded in an attachment; 0 when there is none.
     MessageId StoredEmbedded(ULONG number);
-    /// Takes an attachment that was saved.
+    /// Takes over a saved attachment.
     void PutAttachment(AttachmentEdit edit);
 
-    /// What a caller has changed and not saved.
+    /// Unsaved changes of a caller.
     struct Draft
     {
         bool dirty = false;
@@ -98,7 +98,7 @@ private:
 
     bool m_loaded = true;
     bool m_dirty = false;
-    bool m_saved = false; ///< at least once, now or before it was opened
+    bool m_saved = false; ///< at least once, through this object or an earlier one
     std::int64_t m_change = 0;
     PropertySet m_properties;
     std::set<ULONG> m_written; ///< identifiers that a caller wrote since the last save
@@ -112,13 +112,13 @@ private:
     std::shared_ptr<MemoryRows> m_attachmentRows;
 };
 
-/// One attachment of a message. What is changed goes to the message at SaveChanges. Threads: any.
+/// One attachment of a message. SaveChanges passes the changes to the message. Threads: any.
 class Attachment final : public PropObject<IAttach>
 {
 public:
     Attachment(Message& owner, ULONG number, Access access, bool isNew);
 
-    /// Takes the embedded message that was saved.
+    /// Takes over the saved embedded message.
     void PutEmbedded(std::shared_ptr<MessageContent> content);
 
 private:
@@ -142,7 +142,7 @@ private:
     bool m_sizeWritten = false;
 };
 
-/// A row of recipients or attachments as a table over memory shows it.
+/// A row of the recipient or attachment table, which is held in memory.
 IMAPITable* TableOver(const std::shared_ptr<MemoryRows>& rows, ULONG flags);
 
 } // namespace zebstore

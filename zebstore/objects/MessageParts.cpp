@@ -19,7 +19,7 @@ std::vector<PropertySet>::iterator FindRow(std::vector<PropertySet>& rows, LONG 
 PropertySet RecipientFrom(const ADRENTRY& entry)
 {
     PropertySet recipient;
-    Require(entry.rgPropVals || !entry.cValues, "a recipient without its values");
+    Require(entry.rgPropVals || !entry.cValues, "a recipient has no values");
     for (ULONG i = 0; i < entry.cValues; ++i)
     {
         const ULONG type = PROP_TYPE(entry.rgPropVals[i].ulPropTag);
@@ -59,12 +59,12 @@ void Message::MergeRecipient(ULONG flags, const ADRENTRY& entry)
     {
         if (!given.Has(PR_ROWID))
         {
-            throw Error(MAPI_E_INVALID_PARAMETER, "a recipient to change has no row identifier");
+            throw Error(MAPI_E_INVALID_PARAMETER, "a recipient to modify has no PR_ROWID");
         }
         known = FindRow(rows, given.Long(PR_ROWID));
         if (known == rows.end())
         {
-            throw Error(MAPI_E_NOT_FOUND, "there is no recipient with this row identifier");
+            throw Error(MAPI_E_NOT_FOUND, "no recipient has this PR_ROWID");
         }
         if (flags & MODRECIP_REMOVE)
         {
@@ -94,8 +94,9 @@ HRESULT Message::ModifyRecipients(ULONG flags, LPADRLIST list)
     return Run("IMessage::ModifyRecipients", [&]
     {
         RequireFlags(flags, MODRECIP_ADD | MODRECIP_MODIFY | MODRECIP_REMOVE);
-        Require((flags & (flags - 1)) == 0, "one way to change recipients at a time");
-        Require(list != nullptr, "no list of recipients");
+        Require((flags & (flags - 1)) == 0,
+                "more than one of MODRECIP_ADD, MODRECIP_MODIFY and MODRECIP_REMOVE is given");
+        Require(list != nullptr, "the recipient list is null");
         RequireWrite();
         const std::vector<PropertySet> before = Recipients();
         try
@@ -150,7 +151,7 @@ HRESULT Message::GetRecipientTable(ULONG flags, LPMAPITABLE* table)
 {
     return Run("IMessage::GetRecipientTable", [&]
     {
-        Require(table != nullptr, "no place for the table");
+        Require(table != nullptr, "the output pointer is null");
         *table = nullptr;
         *table = RecipientTable(flags);
     });
@@ -180,7 +181,7 @@ std::set<ULONG> Message::Numbers()
     return numbers;
 }
 
-/// False for one that came since the message was saved.
+/// False for an attachment that was added since the message was saved.
 bool Message::IsStored(ULONG number)
 {
     const std::vector<ULONG> numbers = File().Attachments().Numbers(m_id);
@@ -201,7 +202,7 @@ AttachmentEdit Message::AttachmentNow(ULONG number)
     }
     if (!m_id)
     {
-        throw Error(MAPI_E_NOT_FOUND, "the message has no attachment of this number");
+        throw Error(MAPI_E_NOT_FOUND, "the message has no attachment with this number");
     }
     AttachmentEdit now;
     now.number = number;
@@ -248,7 +249,7 @@ std::vector<PropertySet> Message::AttachmentRows(std::vector<RowKey>& keys)
 
 void Message::ShowAttachments()
 {
-    // Rows that no open table shows need not be kept.
+    // Rows are kept only while an open table shows them.
     if (m_attachmentRows.use_count() == 1)
     {
         m_attachmentRows.reset();
@@ -278,7 +279,7 @@ HRESULT Message::GetAttachmentTable(ULONG flags, LPMAPITABLE* table)
 {
     return Run("IMessage::GetAttachmentTable", [&]
     {
-        Require(table != nullptr, "no place for the table");
+        Require(table != nullptr, "the output pointer is null");
         *table = nullptr;
         *table = AttachmentTable(flags);
     });
@@ -288,7 +289,7 @@ HRESULT Message::OpenAttach(ULONG number, LPCIID iid, ULONG flags, LPATTACH* att
 {
     return Run("IMessage::OpenAttach", [&]
     {
-        Require(attach != nullptr, "no place for the attachment");
+        Require(attach != nullptr, "the output pointer is null");
         *attach = nullptr;
         RequireFlags(flags, MAPI_MODIFY | MAPI_BEST_ACCESS | MAPI_DEFERRED_ERRORS);
         const Access access = AccessFor(flags, AccessGiven());
@@ -301,7 +302,7 @@ HRESULT Message::CreateAttach(LPCIID iid, ULONG flags, ULONG* number, LPATTACH* 
 {
     return Run("IMessage::CreateAttach", [&]
     {
-        Require(attach && number, "no place for the attachment");
+        Require(attach && number, "the output pointer is null");
         *attach = nullptr;
         RequireFlags(flags, MAPI_DEFERRED_ERRORS);
         RequireWrite();
@@ -327,7 +328,7 @@ HRESULT Message::DeleteAttach(ULONG number, ULONG_PTR, LPMAPIPROGRESS, ULONG fla
         RequireWrite();
         if (!Numbers().count(number))
         {
-            throw Error(MAPI_E_NOT_FOUND, "the message has no attachment of this number");
+            throw Error(MAPI_E_NOT_FOUND, "the message has no attachment with this number");
         }
         AttachmentEdit edit;
         edit.number = number;

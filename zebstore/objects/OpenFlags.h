@@ -6,23 +6,23 @@
 namespace zebstore
 {
 
-/// How a client may keep copies of what it opens; a store in a file of its own has nothing to keep.
+/// Client-side cache modes; a store in a local file has no cache.
 constexpr ULONG MapiNoCache = 0x200;
 constexpr ULONG MapiCacheOnly = 0x4000;
-/// Of OpenMsgStore: past a client's copies to the store itself, which is what is always opened.
+/// OpenMsgStore: bypass the client's cache; this provider always opens the store itself.
 constexpr ULONG MdbOnline = 0x100;
-/// Rows or objects that were deleted and can still be got back; nothing is here.
+/// Recoverable deleted rows or objects; this provider has none.
 constexpr ULONG ShowSoftDeletes = 0x2;
-/// Of deletions: for good, as all are.
+/// Deletions: permanent, as all deletions of this provider are.
 constexpr ULONG DeleteHardDelete = 0x10;
 
-/// Of SaveChanges and CreateMessage: what a store does with mail that has just come, before others hear of it.
+/// SaveChanges and CreateMessage: what a store does with newly delivered mail before others are notified.
 constexpr ULONG SpamFilterOnSave = 0x80;
 constexpr ULONG ItemProcForce = 0x800;
 constexpr ULONG NonEmsXpSave = 0x1000;
 constexpr ULONG ArrivalFlags = SpamFilterOnSave | ItemProcForce | NonEmsXpSave;
 
-/// Of every call that opens an entry.
+/// All calls that open an entry.
 constexpr ULONG OpenEntryFlags = MAPI_MODIFY | MAPI_BEST_ACCESS | MAPI_DEFERRED_ERRORS | MapiNoCache | MapiCacheOnly;
 
 } // namespace zebstore

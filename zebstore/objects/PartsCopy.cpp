@@ -7,7 +7,7 @@ namespace zebstore
 namespace
 {
 
-/// The rows of a table that was just opened, freed with this object.
+/// The rows of a newly opened table; freed by the destructor.
 class OpenedRows
 {
 public:
@@ -192,7 +192,7 @@ void PartsCopy::CopyAttachment(ULONG number)
     ULONG newNumber = 0;
     Check(m_fromMessage->OpenAttach(number, nullptr, 0, &from), "an attachment cannot be opened");
     const Ref<IAttach> fromOwner = Ref<IAttach>::Adopt(from);
-    Check(m_toMessage->CreateAttach(nullptr, 0, &newNumber, &to), "an attachment cannot be made");
+    Check(m_toMessage->CreateAttach(nullptr, 0, &newNumber, &to), "an attachment cannot be created");
     const Ref<IAttach> toOwner = Ref<IAttach>::Adopt(to);
     Check(from->CopyTo(0, nullptr, nullptr, 0, nullptr, &IID_IAttachment, to, 0, nullptr),
           "an attachment cannot be copied");
@@ -225,7 +225,7 @@ void PartsCopy::CopyEmbedded()
         }
     }
     Check(m_request.target->OpenProperty(PR_ATTACH_DATA_OBJ, &IID_IMessage, 0, MAPI_CREATE | MAPI_MODIFY, &to),
-          "the embedded message cannot be made");
+          "the embedded message cannot be created");
     const Ref<IUnknown> toOwner = Ref<IUnknown>::Adopt(to);
     Check(static_cast<IMessage*>(from)->CopyTo(0, nullptr, nullptr, 0, nullptr, &IID_IMessage, to, 0, nullptr),
           "the embedded message cannot be copied");
@@ -252,7 +252,7 @@ void PartsCopy::CopyMembers()
     }
     if (!ids.empty() && (m_request.flags & MAPI_MOVE))
     {
-        Check(from->DeleteEntries(&list, 0), "the members cannot be taken off the source");
+        Check(from->DeleteEntries(&list, 0), "the members cannot be deleted from the source");
     }
 }
 
@@ -261,13 +261,14 @@ void PartsCopy::TakeFromSource()
     ADRLIST none{};
     if (m_recipientsCopied)
     {
-        Check(m_fromMessage->ModifyRecipients(0, &none), "the recipients cannot be taken from the source");
+        Check(m_fromMessage->ModifyRecipients(0, &none), "the recipients cannot be deleted from the source");
     }
     if (m_attachmentsCopied)
     {
         for (const ULONG number : AttachmentNumbersOf(*m_fromMessage))
         {
-            Check(m_fromMessage->DeleteAttach(number, 0, nullptr, 0), "an attachment cannot be taken from the source");
+            Check(m_fromMessage->DeleteAttach(number, 0, nullptr, 0),
+                  "an attachment cannot be deleted from the source");
         }
     }
 }

@@ -1,4 +1,4 @@
-// What CopyTo and CopyProps copy beyond values.
+// The parts that CopyTo and CopyProps copy in addition to property values.
 #pragma once
 
 #include "zebstore/objects/Message.h"
@@ -9,8 +9,8 @@
 namespace zebstore
 {
 
-/// The object's interface `Interface`. @return empty when it does not have it
-/// @throws Error when the object fails otherwise than by not having it
+/// The object's interface `Interface`. @return empty when the object does not support it
+/// @throws Error on any failure other than E_NOINTERFACE
 template <typename Interface>
 Ref<Interface> Ask(IUnknown* object, const IID& iid)
 {
@@ -18,7 +18,7 @@ Ref<Interface> Ask(IUnknown* object, const IID& iid)
     const HRESULT result = object ? object->QueryInterface(iid, &asked) : E_NOINTERFACE;
     if (result != E_NOINTERFACE)
     {
-        Check(result, "the object does not tell its interfaces");
+        Check(result, "the object's QueryInterface failed");
     }
     return FAILED(result) ? Ref<Interface>() : Ref<Interface>::Adopt(static_cast<Interface*>(asked));
 }
@@ -31,12 +31,12 @@ bool Covers(const CopyRequest& request, ULONG tag);
 class PartsCopy
 {
 public:
-    /// @throws Error when parts are asked for that cannot be copied to this target: nothing has been changed then
+    /// @throws Error when requested parts cannot be copied to this target; nothing has been changed in that case
     explicit PartsCopy(const CopyRequest& request);
 
-    /// Copies them; of a folder and with MAPI_MOVE they are moved.
+    /// Copies the parts; with MAPI_MOVE the parts of a folder are moved.
     void Run();
-    /// What MAPI_MOVE takes from a message once its copy is whole.
+    /// Deletes from the source message the parts that MAPI_MOVE has copied; called after the copy is complete.
     void TakeFromSource();
 
 private:
@@ -55,7 +55,7 @@ private:
     bool m_attachmentsCopied = false;
 };
 
-/// Puts a message of this provider back to what it was before a copy, unless the copy came to its end.
+/// Restores a message of this provider to its state before a copy, unless the copy was completed.
 class MessageKeeper
 {
 public:

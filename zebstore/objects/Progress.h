@@ -1,4 +1,4 @@
-// How far a long call is, told to the host.
+// Progress reports of a long call to the host.
 #pragma once
 
 #include "zebstore/base/Error.h"
@@ -13,7 +13,7 @@ namespace zebstore
 class Progress
 {
 public:
-    /// @param sink not owned; null: nobody is told
+    /// @param sink not owned; null: no reports
     /// @param total all steps of the call
     Progress(IMAPIProgress* sink, std::uint64_t total)
         : m_sink(sink)
@@ -23,12 +23,12 @@ public:
         {
             return;
         }
-        Check(m_sink->GetFlags(&m_flags), "the progress object does not tell its flags");
-        Check(m_sink->GetMin(&m_least), "the progress object does not tell its least value");
-        Check(m_sink->GetMax(&m_most), "the progress object does not tell its greatest value");
+        Check(m_sink->GetFlags(&m_flags), "the progress object's GetFlags failed");
+        Check(m_sink->GetMin(&m_least), "the progress object's GetMin failed");
+        Check(m_sink->GetMax(&m_most), "the progress object's GetMax failed");
     }
 
-    /// @throws Error what the progress object answers, MAPI_E_USER_CANCEL when the user stops the call
+    /// @throws Error the progress object's error, MAPI_E_USER_CANCEL when the user stops the call
     void Advance(std::uint64_t steps)
     {
         m_done += steps;

@@ -31,10 +31,10 @@ private:
     const PropertySet& m_stored;
 };
 
-// A value that was streamed is held in memory with its siblings up to this size.
+// A value written through a stream is held in memory with the other values up to this size (bytes).
 constexpr size_t LongestInMemory = 32 * 1024;
 constexpr ULONG FirstNamedId = 0x8000;
-// What GetProps gives; longer values are read through streams.
+// Size limit of GetProps in bytes; longer values are read through streams.
 constexpr size_t LongestGiven = 64 * 1024;
 
 bool IsText(ULONG type)
@@ -88,7 +88,7 @@ void PropBase::RequireWrite() const
 
 IUnknown* PropBase::OpenObject(ULONG, const IID&, ULONG, ULONG)
 {
-    throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "the property can not be opened with this interface");
+    throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "the property cannot be opened with this interface");
 }
 
 std::vector<ULONG> PropBase::AllTags(bool unicode)
@@ -114,11 +114,11 @@ std::vector<ULONG> PropBase::AllTags(bool unicode)
 
 HRESULT PropBase::GetPropsOf(const SPropTagArray* tags, ULONG flags, ULONG* count, SPropValue** values)
 {
-    Require(count && values, "no place for the values");
+    Require(count && values, "the output pointer is null");
     *count = 0;
     *values = nullptr;
     RequireFlags(flags, MAPI_UNICODE);
-    Require(!tags || tags->cValues > 0, "no properties are asked for");
+    Require(!tags || tags->cValues > 0, "the list of property tags is empty");
     const bool unicode = (flags & MAPI_UNICODE) != 0;
     std::vector<ULONG> all;
     if (!tags)
@@ -178,7 +178,7 @@ void PropBase::RequireWritable(ULONG tag)
 
 void PropBase::GetPropListOf(ULONG flags, SPropTagArray** tags)
 {
-    Require(tags != nullptr, "no place for the tags");
+    Require(tags != nullptr, "the output pointer is null");
     *tags = nullptr;
     RequireFlags(flags, MAPI_UNICODE);
     std::vector<ULONG> all = AllTags((flags & MAPI_UNICODE) != 0);
@@ -198,7 +198,7 @@ void PropBase::SetPropsOf(ULONG count, const SPropValue* values, SPropProblemArr
     {
         *problems = nullptr;
     }
-    Require(count > 0 && values, "no values to set");
+    Require(count > 0 && values, "the list of property values is null or empty");
     RequireWrite();
     Problems found;
     Edit([&](PropertySet& properties)
@@ -234,7 +234,7 @@ void PropBase::DeletePropsOf(const SPropTagArray* tags, SPropProblemArray** prob
     {
         *problems = nullptr;
     }
-    Require(tags && tags->cValues > 0, "no properties to delete");
+    Require(tags && tags->cValues > 0, "the list of property tags is null or empty");
     RequireWrite();
     Problems found;
     Edit([&](PropertySet& properties)
@@ -264,11 +264,11 @@ void PropBase::DeletePropsOf(const SPropTagArray* tags, SPropProblemArray** prob
 
 void PropBase::OpenPropertyOf(ULONG tag, const IID* iid, ULONG options, ULONG flags, IUnknown** object)
 {
-    Require(object != nullptr, "no place for the object");
+    Require(object != nullptr, "the output pointer is null");
     *object = nullptr;
     if (!iid)
     {
-        throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "no interface is asked for");
+        throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "the interface identifier is null");
     }
     RequireFlags(flags, MAPI_MODIFY | MAPI_CREATE | MAPI_DEFERRED_ERRORS);
     if (flags & (MAPI_MODIFY | MAPI_CREATE))
@@ -289,7 +289,7 @@ void PropBase::OpenPropertyOf(ULONG tag, const IID* iid, ULONG options, ULONG fl
         }
         if (!Compute(tag, computed))
         {
-            throw Error(MAPI_E_NOT_FOUND, "there is no such property");
+            throw Error(MAPI_E_NOT_FOUND, "the object does not have the property");
         }
         *object = new Stream(OpenForReading(computed, tag), false);
         return;

@@ -1,4 +1,4 @@
-// What every property object of the store has in common: the methods of IMAPIProp.
+// The base of every property object of the store: the methods of IMAPIProp.
 #pragma once
 
 #include "zebstore/base/Memory.h"
@@ -16,19 +16,19 @@
 namespace zebstore
 {
 
-/// Whether an object may be changed through the interface that was handed out.
+/// Whether an object may be changed through an interface that was given to a client.
 enum class Access
 {
     Read,
     Write,
 };
 
-/// The access that the flags of an open ask for (MAPI_MODIFY, MAPI_BEST_ACCESS), given the most that there is.
+/// The access that the flags of an open ask for (MAPI_MODIFY, MAPI_BEST_ACCESS), at most `most`.
 /// @throws Error MAPI_E_NO_ACCESS when MAPI_MODIFY asks for more
 Access AccessFor(ULONG flags, Access most);
 
-/// The properties of one object, whatever its interface. Derived classes say where they live.
-/// Threads: any; each public method runs under the object's own recursive lock.
+/// The properties of one object, independent of its interface. Derived classes define where they are stored. Threads:
+/// any; each public method runs under the object's own recursive lock.
 class PropBase : public StreamOwner
 {
 public:
@@ -54,32 +54,32 @@ public:
     HRESULT IdsFromNames(ULONG count, MAPINAMEID** names, ULONG flags, SPropTagArray** tags);
 
     void PutStreamValue(ULONG tag, const std::shared_ptr<StagedValue>& value) override;
-    /// Hands values that open streams have written so far to the object; before it is saved.
+    /// Passes the values that open streams have written so far to the object; called before it is saved.
     void FlushStreams();
 
 protected:
     ~PropBase() override = default;
 
-    /// All stored properties, changes that are not saved yet included.
+    /// All stored properties, including unsaved changes.
     virtual const PropertySet& Stored() = 0;
-    /// Adds the computed property with the identifier of `tag` to `out`; it hides a stored one. @return
-    /// false: none.
+    /// Adds the computed property with the identifier of `tag` to `out`; it hides a stored one. @return false: no
+    /// computed property
     virtual bool Compute(ULONG tag, PropertySet& out) = 0;
-    /// The tags of all that is computed; these can not be written.
+    /// The tags of all computed properties; these cannot be written.
     virtual const std::vector<ULONG>& ComputedTags() = 0;
-    /// False for a computed property that only those get who ask for it by its tag.
+    /// False for a computed property that is returned only when it is requested by its tag.
     virtual bool Lists(ULONG) { return true; }
-    /// Adds what a property has that is neither stored nor computed. It is not listed, and can be written.
+    /// Adds the default value of a property that is neither stored nor computed. It is not listed and can be written.
     /// @return false: nothing
     virtual bool Default(ULONG, PropertySet&) { return false; }
-    /// True for a property that callers cannot write or delete (any more).
+    /// True for a property that callers cannot write or delete, or can no longer.
     virtual bool IsFixed(ULONG tag);
     /// Changes the stored properties through `change`; an object without a transaction saves them at once.
     virtual void Edit(const std::function<void(PropertySet&)>& change) = 0;
-    /// Told of each property that a caller has set or deleted.
+    /// Called for each property that a caller has set or deleted.
     virtual void Written(ULONG) {}
-    /// Opens what is no stream: tables of a container, recipients, an embedded message.
-    /// @return an interface for the caller. @throws Error MAPI_E_INTERFACE_NOT_SUPPORTED
+    /// Opens properties that are not streams: tables of a container, recipients, an embedded message. @return an
+    /// interface owned by the caller @throws Error MAPI_E_INTERFACE_NOT_SUPPORTED
     virtual IUnknown* OpenObject(ULONG tag, const IID& iid, ULONG options, ULONG flags);
     /// PT_OBJECT properties, for GetPropList.
     virtual std::vector<ULONG> ObjectTags() { return {}; }
@@ -107,13 +107,13 @@ struct CopyRequest
     const SPropTagArray* include; ///< null: all
     const SPropTagArray* exclude; ///< may be null
     ULONG flags;                  ///< MAPI_NOREPLACE, MAPI_MOVE
-    bool parts;                   ///< false: nothing but values, its interface is excluded
+    bool parts;                   ///< false: only values; the interface of the parts is excluded
     IMAPIProgress* progress;      ///< may be null
 };
 /// @return the problems, null when there were none; owned by the caller.
 SPropProblemArray* CopyProperties(const CopyRequest& request);
 
-/// Gathers property problems and lays them out as MAPI wants them.
+/// Collects property problems and builds the MAPI structure.
 class Problems
 {
 public:
@@ -183,13 +183,13 @@ public:
     {
         return Run("IMAPIProp::CopyTo", [&]
         {
-            Require(excluded || !excludedCount, "no list of the interfaces to leave out");
+            Require(excluded || !excludedCount, "the list of interfaces to exclude is null");
             bool parts = true;
             for (ULONG i = 0; i < excludedCount; ++i)
             {
                 if (IsEqualGUID(excluded[i], IID_IMAPIProp))
                 {
-                    throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "nothing is left to copy");
+                    throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "all interfaces are excluded: nothing to copy");
                 }
                 parts = parts && !this->Answers(excluded[i]);
             }
@@ -202,7 +202,7 @@ public:
     {
         return Run("IMAPIProp::CopyProps", [&]
         {
-            Require(tags != nullptr, "no properties to copy");
+            Require(tags != nullptr, "the list of property tags is null");
             CopyTheseTo({this, nullptr, tags, nullptr, flags, true, progress}, iid, target, problems);
         });
     }
@@ -231,14 +231,14 @@ protected:
         });
     }
 
-    /// Saves a transacted object; others have nothing to do.
+    /// Saves a transacted object; no-op for others.
     virtual void Save(ULONG flags) = 0;
 
 private:
     /// @param request without its target
     void CopyTheseTo(CopyRequest request, LPCIID iid, LPVOID target, LPSPropProblemArray* problems)
     {
-        Require(iid && target, "no object to copy to");
+        Require(iid && target, "the target object or its interface identifier is null");
         RequireFlags(request.flags, MAPI_MOVE | MAPI_NOREPLACE | MAPI_DIALOG | MAPI_DECLINE_OK);
         if (request.flags & MAPI_MOVE)
         {
@@ -249,7 +249,7 @@ private:
             *problems = nullptr;
         }
         void* asked = nullptr;
-        Check(static_cast<IUnknown*>(target)->QueryInterface(IID_IMAPIProp, &asked), "the target has no properties");
+        Check(static_cast<IUnknown*>(target)->QueryInterface(IID_IMAPIProp, &asked), "the target does not support IMAPIProp");
         const Ref<IMAPIProp> dest = Ref<IMAPIProp>::Adopt(static_cast<IMAPIProp*>(asked));
         request.target = dest.Get();
         SPropProblemArray* found = CopyProperties(request);

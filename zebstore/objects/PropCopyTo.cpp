@@ -1,4 +1,5 @@
-// IMAPIProp::CopyTo and CopyProps, through the interfaces of both objects, so the target may be another provider's.
+// IMAPIProp::CopyTo and CopyProps, through the interfaces of both objects, so the target may belong to another
+// provider.
 #include "zebstore/objects/Defaults.h"
 #include "zebstore/objects/PartsCopy.h"
 
@@ -13,7 +14,7 @@ namespace
 
 constexpr ULONG FirstNamedId = 0x8000;
 
-/// What belongs to the object's place and identity and is never copied.
+/// Properties of the object's location and identity; never copied.
 constexpr ULONG NeverCopied[] = {PR_ENTRYID,        PR_RECORD_KEY,   PR_PARENT_ENTRYID,      PR_OBJECT_TYPE,
                                  PR_STORE_ENTRYID,  PR_ACCESS,       PR_STORE_RECORD_KEY,    PR_MAPPING_SIGNATURE,
                                  PR_INSTANCE_KEY,   PR_ACCESS_LEVEL, PR_CONTENT_COUNT,       PR_CONTENT_UNREAD,
@@ -50,7 +51,7 @@ public:
     }
 
 private:
-    /// An object is known by its identity, one that was opened twice by its entry identifier.
+    /// Same object: the same IUnknown, or the same entry identifier when it was opened twice.
     void RequireDifferent() const
     {
         bool same = Ask<IUnknown>(m_source, IID_IUnknown).Get() == Ask<IUnknown>(m_target, IID_IUnknown).Get();
@@ -78,7 +79,7 @@ private:
         return Buffer<SPropValue>(value);
     }
 
-    /// By the place of the tag among those that the caller gave, if it gave any.
+    /// The index of the tag in the caller's list, if the caller gave one.
     void AddProblem(size_t index, SCODE code)
     {
         const ULONG tag = m_tags[index];
@@ -131,7 +132,7 @@ private:
         return ids;
     }
 
-    /// Named properties have other identifiers in another store.
+    /// Named properties have different identifiers in each store.
     void MapNames()
     {
         m_targetTags = m_tags;
@@ -227,7 +228,7 @@ private:
     {
         LPSPropProblemArray problems = nullptr;
         HRESULT result = m_target->SetProps(count, values, &problems);
-        // The name of a folder may be taken next to the target; the rest can be copied all the same.
+        // A sibling of the target may already have the folder's name; the other properties can still be copied.
         const auto name = std::find_if(values, values + count, [](const SPropValue& each)
         { return PROP_ID(each.ulPropTag) == PROP_ID(PR_DISPLAY_NAME_W); });
         if (result == MAPI_E_COLLISION && name != values + count)
@@ -249,7 +250,7 @@ private:
         }
     }
 
-    /// What MAPI_MOVE takes from the source: all that the target took. What the source cannot lose stays.
+    /// MAPI_MOVE deletes from the source what the target accepted. Properties that the source cannot delete stay.
     void DeleteMoved()
     {
         std::vector<ULONG> tags = {0};
@@ -308,7 +309,7 @@ private:
     IMAPIProp* const m_target;
     std::vector<ULONG> m_tags;
     std::vector<ULONG> m_targetTags;
-    std::set<size_t> m_failed; ///< places in m_tags that were not copied
+    std::set<size_t> m_failed; ///< indexes in m_tags that were not copied
     Problems m_problems;
 };
 

@@ -26,7 +26,7 @@ MAPINAMEID* BuildName(const PropertyName& name, void* parent)
     return result;
 }
 
-/// Identifiers below 0x8000 are names of their own in MAPI's property set.
+/// Identifiers below 0x8000 name themselves in the property set PS_MAPI.
 std::optional<PropertyName> NameOf(StoreFile& file, ULONG id)
 {
     if (id >= FirstNamedId)
@@ -65,16 +65,16 @@ bool IsMapiName(const MAPINAMEID& name)
 
 void CheckName(const MAPINAMEID* name)
 {
-    Require(name && name->lpguid, "a property name without its set");
+    Require(name && name->lpguid, "a property name has no property set");
     Require(name->ulKind == MNID_ID || (name->ulKind == MNID_STRING && name->Kind.lpwstrName),
-            "a property name that is neither a number nor a text");
+            "the kind of a property name is neither MNID_ID nor MNID_STRING");
 }
 
 } // namespace
 
 HRESULT PropBase::NamesFromIds(SPropTagArray** tags, const GUID* set, ULONG flags, ULONG* count, MAPINAMEID*** names)
 {
-    Require(tags && count && names, "no place for the names");
+    Require(tags && count && names, "the output pointer is null");
     *count = 0;
     *names = nullptr;
     RequireFlags(flags, MAPI_NO_STRINGS | MAPI_NO_IDS);
@@ -120,13 +120,13 @@ HRESULT PropBase::NamesFromIds(SPropTagArray** tags, const GUID* set, ULONG flag
 
 HRESULT PropBase::IdsFromNames(ULONG count, MAPINAMEID** names, ULONG flags, SPropTagArray** tags)
 {
-    Require(tags != nullptr, "no place for the tags");
+    Require(tags != nullptr, "the output pointer is null");
     *tags = nullptr;
     RequireFlags(flags, MAPI_CREATE);
     std::vector<ULONG> result;
     if (!names || count == 0)
     {
-        Require(!(flags & MAPI_CREATE), "no names to create");
+        Require(!(flags & MAPI_CREATE), "the list of names is null or empty");
         for (const PropertyName& each : File().NamedProperties().All())
         {
             result.push_back(PROP_TAG(PT_UNSPECIFIED, each.id));

@@ -79,7 +79,7 @@ private:
     const LargeValuePtr m_value;
 };
 
-/// The type of the stream that a tag names, given the type that is stored (0: nothing is).
+/// The type of the stream for a tag, given the stored type (0: nothing is stored).
 ULONG StreamType(ULONG tag, ULONG storedType)
 {
     ULONG type = PROP_TYPE(tag);
@@ -87,14 +87,14 @@ ULONG StreamType(ULONG tag, ULONG storedType)
     {
         type = storedType;
     }
-    // An attachment's object is kept as the bytes that a stream on it shows.
+    // An attachment's PT_OBJECT data is stored as the bytes of its stream.
     if (type == PT_OBJECT)
     {
         type = PT_BINARY;
     }
     if (type != PT_BINARY && type != PT_STRING8 && type != PT_UNICODE)
     {
-        throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "only binaries and texts can be opened as streams");
+        throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "only binary and text properties can be opened as streams");
     }
     return type;
 }
@@ -120,7 +120,7 @@ std::shared_ptr<StreamBytes> OpenForReading(const PropertySet& properties, ULONG
     const EncodedValue stored = properties.Find(tag);
     if (!stored)
     {
-        throw Error(MAPI_E_NOT_FOUND, "there is no such property");
+        throw Error(MAPI_E_NOT_FOUND, "the object does not have the property");
     }
     const ULONG type = StreamType(tag, stored.Type());
     LargeValuePtr large = properties.Large(tag);
@@ -132,7 +132,7 @@ std::shared_ptr<StreamBytes> OpenForReading(const PropertySet& properties, ULONG
     SPropValue value{};
     if (!BuildValue(PROP_TAG(type, PROP_ID(tag)), properties, BuildOptions(), value, parent.Get()))
     {
-        throw Error(MAPI_E_NOT_FOUND, "there is no such property of this type");
+        throw Error(MAPI_E_NOT_FOUND, "the object does not have the property with this type");
     }
     return std::make_shared<HeldBytes>(BytesOf(value));
 }
@@ -146,7 +146,7 @@ void SetFromBytes(PropertySet& properties, ULONG tag, const LargeValue& value)
         const size_t got = value.Read(done, bytes.data() + done, size - done);
         if (got == 0)
         {
-            throw Error(MAPI_E_CORRUPT_DATA, "a value ended early");
+            throw Error(MAPI_E_CORRUPT_DATA, "a stored value is shorter than its recorded size");
         }
         done += got;
     }
@@ -158,7 +158,7 @@ void SetFromBytes(PropertySet& properties, ULONG tag, const LargeValue& value)
         property.Value.lpszA = reinterpret_cast<char*>(bytes.data());
         break;
     case PT_UNICODE:
-        // Half a character at the end is none, and the zero stands where one begins.
+        // Half a character at the end is dropped, so that the terminating zero is aligned.
         std::fill(bytes.begin() + static_cast<std::ptrdiff_t>(size - size % sizeof(WCHAR)), bytes.end(), BYTE(0));
         property.Value.lpszW = reinterpret_cast<WCHAR*>(bytes.data());
         break;
@@ -191,7 +191,7 @@ PropertyBytes::~PropertyBytes()
     }
     catch (...)
     {
-        // Whoever needs to know whether the value arrived calls Commit.
+        // Callers that need the result of the write call Commit.
         ResultOfCurrentException();
     }
 }

@@ -28,20 +28,19 @@ protected:
     virtual ~StreamOwner() = default;
 };
 
-/// The bytes of a property of `properties`, for reading: large values are read where they are, a text of the
-/// other form is converted. @throws Error MAPI_E_NOT_FOUND; MAPI_E_INVALID_TYPE for what is neither binary
-/// nor text
+/// The bytes of a property of `properties`, for reading: large values are read from storage; text is converted between
+/// 8-bit and 16-bit. @throws Error MAPI_E_NOT_FOUND; MAPI_E_INVALID_TYPE for other types than binary and text
 std::shared_ptr<StreamBytes> OpenForReading(const PropertySet& properties, ULONG tag);
 
 /// Sets a PT_BINARY, PT_STRING8 or PT_UNICODE property to the bytes of a small value.
 void SetFromBytes(PropertySet& properties, ULONG tag, const LargeValue& value);
 
-/// A property open for writing. Nothing is copied before the first write; what was written reaches the object
-/// at Commit, when the object is saved, and when the last stream on it is released.
+/// A property open for writing. Nothing is copied before the first write. The written value is set on the object at
+/// Commit, when the object is saved, and when the last stream on it is released.
 class PropertyBytes final : public StreamBytes
 {
 public:
-    /// @param create starts empty, else the property must be there
+    /// @param create true: start empty; false: the property must exist
     /// @throws Error MAPI_E_NOT_FOUND, MAPI_E_INVALID_TYPE
     PropertyBytes(StreamOwner& owner, const PropertySet& properties, ULONG tag, bool create);
     ~PropertyBytes() override;
@@ -52,7 +51,7 @@ public:
     void SetSize(std::uint64_t size) override;
     void Commit() override { Publish(); }
 
-    /// Hands what was written to the object.
+    /// Sets the written value on the object.
     void Publish();
 
 private:

@@ -62,7 +62,7 @@ public:
     {
         return Guarded("IMsgStore::CompareEntryIDs", [&]
         {
-            Require(same != nullptr, "no place for the result");
+            Require(same != nullptr, "the output pointer is null");
             RequireFlags(flags, 0);
             *same = SameEntry(sizeA, a, sizeB, b);
         });
@@ -73,7 +73,7 @@ public:
     {
         return Guarded("IMsgStore::OpenEntry", [&]
         {
-            Require(object != nullptr, "no place for the object");
+            Require(object != nullptr, "the output pointer is null");
             *object = nullptr;
             *object = OpenItem(Store(), size, id, iid, flags, AccessGiven(), objectType);
         });
@@ -122,7 +122,7 @@ public:
     {
         return Guarded("IMsgStore::GetReceiveFolderTable", [&]
         {
-            Require(table != nullptr, "no place for the table");
+            Require(table != nullptr, "the output pointer is null");
             *table = nullptr;
             RequireFlags(flags, MAPI_UNICODE | MAPI_DEFERRED_ERRORS);
             std::vector<PropertySet> rows;
@@ -164,7 +164,7 @@ private:
 
     static HRESULT Refuse(const char* method)
     {
-        return Guarded(method, [] { throw Error(MAPI_E_NO_SUPPORT, "the store does not send"); });
+        return Guarded(method, [] { throw Error(MAPI_E_NO_SUPPORT, "this store cannot submit messages"); });
     }
 
     bool Answers(REFIID iid) const override { return IsOneOf(iid, {&IID_IMAPIProp, &IID_IMsgStore}); }
@@ -201,7 +201,7 @@ private:
         return tags;
     }
 
-    // The check reads the whole file, so only who asks for it by name gets it.
+    // The check reads the whole file: returned only when requested by tag.
     bool Lists(ULONG tag) override { return PROP_ID(tag) != PROP_ID(PR_ZEBSTORE_CHECK_W); }
 
     bool Compute(ULONG tag, PropertySet& out) override

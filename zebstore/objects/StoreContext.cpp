@@ -25,7 +25,7 @@ void SetId(PropertySet& out, ULONG tag, const Id& id)
     out.SetBinary(tag, id.data(), id.size());
 }
 
-/// Folder and message cells share what comes from the store and differ in their identifiers.
+/// Cells of folder and message rows share the store's properties and differ in their identifiers.
 class StoreComputed final : public ComputedProperties
 {
 public:
@@ -225,7 +225,7 @@ MessageId StoreContext::ParseMessage(const SBinary& id) const
 
 std::vector<MessageId> StoreContext::ParseMessages(const ENTRYLIST* list) const
 {
-    Require(list != nullptr && (list->lpbin || !list->cValues), "no list of messages");
+    Require(list != nullptr && (list->lpbin || !list->cValues), "the list of messages is null");
     std::vector<MessageId> messages;
     messages.reserve(list->cValues);
     for (ULONG i = 0; i < list->cValues; ++i)

@@ -1,4 +1,4 @@
-// One opened store as its objects share it.
+// The opened store that its objects share.
 #pragma once
 
 #include "zebstore/base/EntryId.h"
@@ -8,8 +8,8 @@
 namespace zebstore
 {
 
-/// The store file, its identifiers and its computed properties. Each object of the store holds one, so the
-/// file stays open as long as any of them lives. Threads: any.
+/// The store file, its identifiers and its computed properties. Each object of the store holds a reference: the file
+/// stays open until the last one is released. Threads: any.
 class StoreContext : public std::enable_shared_from_this<StoreContext>
 {
 public:
@@ -18,7 +18,7 @@ public:
     StoreFile& File() const { return *m_file; }
     const std::shared_ptr<StoreFile>& SharedFile() const { return m_file; }
     const MAPIUID& Uid() const { return m_uid; }
-    /// True for another session's opening of the same file too.
+    /// True also when another session opened the same file.
     bool IsSameStore(const StoreContext& other) const;
     /// The store's own identifier.
     const std::vector<BYTE>& EntryId() const { return m_entryId; }
@@ -42,7 +42,7 @@ private:
     std::shared_ptr<const ComputedProperties> m_computed;
 };
 
-/// What the store can do, as PR_STORE_SUPPORT_MASK says it.
+/// The value of PR_STORE_SUPPORT_MASK.
 constexpr LONG StoreSupportMask = STORE_ENTRYID_UNIQUE | STORE_MODIFY_OK | STORE_CREATE_OK | STORE_ATTACH_OK |
                                   STORE_NOTIFY_OK | STORE_MV_PROPS_OK | STORE_RESTRICTION_OK | STORE_SORT_OK |
                                   0x00040000 /* STORE_UNICODE_OK */;
@@ -53,7 +53,7 @@ constexpr MAPIUID ProviderUid = {
 
 using StorePtr = std::shared_ptr<StoreContext>;
 
-/// True when `tags` has one with the identifier of `tag`.
+/// True when `tags` has a tag with the identifier of `tag`.
 bool HasId(const std::vector<ULONG>& tags, ULONG tag);
 
 /// A text argument of a MAPI method: 16-bit when `flags` has MAPI_UNICODE, else narrow. Null gives an empty text.

@@ -70,7 +70,7 @@ void Fill(NOTIFICATION& notification, const StoreEvent& event, Ids& ids)
     {
         return;
     }
-    // A folder keeps its identifier.
+    // A moved folder keeps its identifier.
     object.cbOldID = object.cbEntryID;
     object.lpOldID = object.lpEntryID;
     Point(object.cbOldParentID, object.lpOldParentID, ids.oldParent);
@@ -80,14 +80,14 @@ void Fill(NOTIFICATION& notification, const StoreEvent& event, Ids& ids)
 
 void RequireObjectEvents(ULONG events, const IMAPIAdviseSink* sink, ULONG_PTR* connection)
 {
-    Require(connection != nullptr, "no place for the connection");
+    Require(connection != nullptr, "the output pointer is null");
     *connection = 0;
     if (!(events & StoreSinks::Events))
     {
         throw Error(MAPI_E_NO_SUPPORT,
-                    "a store tells of objects created, deleted, modified and moved, and of nothing else");
+                    "the store does not support this event: only object created, deleted, modified and moved");
     }
-    Require(sink != nullptr, "no advise sink");
+    Require(sink != nullptr, "the advise sink is null");
 }
 
 bool StoreSinks::Advised::Hears(const StoreEvent& event) const
@@ -127,7 +127,7 @@ void StoreSinks::Unadvise(ULONG_PTR number)
     std::shared_ptr<Connection> connection;
     {
         const std::lock_guard<std::mutex> hold(m_lock);
-        connection = TakeConnection(m_advised, number, "there is no connection of this number");
+        connection = TakeConnection(m_advised, number, "no advise connection has this number");
         if (m_advised.empty())
         {
             m_changes.reset();
@@ -179,7 +179,7 @@ bool StoreSinks::LookAndDeliver() noexcept
     }
     catch (...)
     {
-        // What could not be read is looked at again.
+        // Changes that could not be read are read again.
     }
     return true;
 }

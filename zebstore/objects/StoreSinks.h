@@ -1,4 +1,4 @@
-// The advise sinks of a store: of what happens to its folders and messages.
+// The advise sinks of a store: notifications about its folders and messages.
 #pragma once
 
 #include "zebstore/notify/Notifier.h"
@@ -15,7 +15,7 @@ namespace zebstore
 class StoreSinks : public Notified, public std::enable_shared_from_this<StoreSinks>
 {
 public:
-    /// The events that a sink can be told of.
+    /// The events that a sink can subscribe to.
     static constexpr ULONG Events = fnevObjectCreated | fnevObjectDeleted | fnevObjectModified | fnevObjectMoved;
 
     explicit StoreSinks(StorePtr store)
@@ -23,12 +23,12 @@ public:
     {
     }
 
-    /// @param item what the sink is to hear of: a message, or a folder and what lies in it; nothing: all of the store
+    /// @param item the object to watch: a message, or a folder with its contents; empty: the whole store
     /// @return the connection's number
     ULONG_PTR Advise(const std::optional<ItemId>& item, ULONG events, IMAPIAdviseSink* sink);
     /// @throws Error MAPI_E_INVALID_PARAMETER for a number that no connection has
     void Unadvise(ULONG_PTR number);
-    /// Ends all connections.
+    /// Closes all connections.
     void Close() noexcept;
 
     bool LookAndDeliver() noexcept override;
@@ -48,10 +48,10 @@ private:
     const StorePtr m_store;
     std::mutex m_lock;
     std::map<ULONG_PTR, Advised> m_advised;
-    std::unique_ptr<StoreChanges> m_changes; // while somebody is advised
+    std::unique_ptr<StoreChanges> m_changes; // while at least one sink is advised
 };
 
-/// What the arguments of an Advise must hold. @throws Error MAPI_E_NO_SUPPORT, MAPI_E_INVALID_PARAMETER
+/// Validates the arguments of an Advise. @throws Error MAPI_E_NO_SUPPORT, MAPI_E_INVALID_PARAMETER
 void RequireObjectEvents(ULONG events, const IMAPIAdviseSink* sink, ULONG_PTR* connection);
 
 } // namespace zebstore

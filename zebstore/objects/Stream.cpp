@@ -132,7 +132,8 @@ void Stream::CopyLoop(IStream* target, std::uint64_t size, std::uint64_t& read, 
         }
         read += got;
         ULONG put = 0;
-        Check(target->Write(buffer.data(), static_cast<ULONG>(got), &put), "the target of the copy refused it");
+        Check(target->Write(buffer.data(), static_cast<ULONG>(got), &put),
+              "the target stream of the copy cannot be written");
         written += put;
         size -= got;
     }
@@ -144,7 +145,7 @@ HRESULT Stream::CopyTo(IStream* target, ULARGE_INTEGER size, ULARGE_INTEGER* rea
     {
         if (!target)
         {
-            throw Error(STG_E_INVALIDPOINTER, "no stream to copy to");
+            throw Error(STG_E_INVALIDPOINTER, "the target stream is null");
         }
         std::uint64_t bytesRead = 0;
         std::uint64_t bytesWritten = 0;
@@ -173,7 +174,7 @@ HRESULT Stream::Commit(DWORD)
 
 HRESULT Stream::Revert()
 {
-    return Guarded("IStream::Revert", [] { throw Error(MAPI_E_NO_SUPPORT, "a stream can not be reverted"); });
+    return Guarded("IStream::Revert", [] { throw Error(MAPI_E_NO_SUPPORT, "a stream cannot be reverted"); });
 }
 
 HRESULT Stream::LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD)

@@ -1,4 +1,4 @@
-// IStream over bytes that live elsewhere.
+// IStream over a byte source.
 #pragma once
 
 #include "zebstore/base/Object.h"
@@ -9,7 +9,7 @@
 namespace zebstore
 {
 
-/// The bytes behind a stream. Offsets and sizes are in bytes; failures are thrown as Error.
+/// The bytes of a stream. Offsets and sizes are in bytes; failures are thrown as Error.
 class StreamBytes
 {
 public:
@@ -17,11 +17,11 @@ public:
     virtual std::uint64_t Size() = 0;
     /// Reads up to `size` bytes from `offset`; fewer only at the end. @return the bytes read.
     virtual size_t ReadAt(std::uint64_t offset, void* buffer, size_t size) = 0;
-    /// Writes at `offset`; a gap behind the end becomes zeros.
+    /// Writes at `offset`; a gap after the end is filled with zeros.
     virtual void WriteAt(std::uint64_t offset, const void* bytes, size_t size) = 0;
-    /// Cuts or extends with zeros.
+    /// Truncates or extends with zeros.
     virtual void SetSize(std::uint64_t size) = 0;
-    /// Makes what was written last as the owner promises it.
+    /// Makes the written bytes as durable as the owner guarantees.
     virtual void Commit() = 0;
 };
 

@@ -8,7 +8,7 @@ namespace zebstore
 namespace
 {
 
-// Flags that ask for windows are taken and ignored: the provider shows none.
+// Flags that request dialogs are accepted and ignored: the provider has no user interface.
 constexpr ULONG KnownFlags = MAPI_UNICODE | MAPI_DIALOG | MAPI_DEFAULT_SERVICES;
 
 class ProfAdmin final : public Object<IProfAdmin>
@@ -23,7 +23,7 @@ public:
     {
         return Guarded("IProfAdmin::GetProfileTable", [&]
         {
-            Require(table != nullptr, "no place for the table");
+            Require(table != nullptr, "the output pointer is null");
             *table = nullptr;
             RequireFlags(flags, MAPI_UNICODE);
             const std::string byDefault = profiles::Default().value_or("");
@@ -75,7 +75,7 @@ public:
     HRESULT STDMETHODCALLTYPE ChangeProfilePassword(LPTSTR, LPTSTR, LPTSTR, ULONG) override
     {
         return Guarded("IProfAdmin::ChangeProfilePassword",
-                       [] { throw Error(MAPI_E_NO_SUPPORT, "profiles have no passwords"); });
+                       [] { throw Error(MAPI_E_NO_SUPPORT, "passwords of profiles are not supported"); });
     }
 
     HRESULT STDMETHODCALLTYPE CopyProfile(LPTSTR from, LPTSTR, LPTSTR to, ULONG_PTR, ULONG flags) override
@@ -117,7 +117,7 @@ public:
     {
         return Guarded("IProfAdmin::AdminServices", [&]
         {
-            Require(admin != nullptr, "no place for the service administration");
+            Require(admin != nullptr, "the output pointer is null");
             *admin = nullptr;
             RequireFlags(flags, KnownFlags);
             *admin = NewServiceAdmin(TextArgument(name, flags));

@@ -50,7 +50,7 @@ void RequireExists(const std::string& profile)
 {
     if (!Exists(profile))
     {
-        throw Error(MAPI_E_NOT_FOUND, "there is no profile '" + profile + "'");
+        throw Error(MAPI_E_NOT_FOUND, "the profile '" + profile + "' does not exist");
     }
 }
 
@@ -65,7 +65,7 @@ std::string TextOf(const MAPIUID& uid)
     return text;
 }
 
-/// Services of other providers stand in the same place; theirs have no such text.
+/// Services of other providers are under the same key; they do not have this value.
 std::optional<Service> ReadService(const std::string& profile, const std::string& uidText)
 {
     Service service;
@@ -94,7 +94,7 @@ void CheckName(const std::string& name)
     }
     if (!good)
     {
-        throw Error(MAPI_E_INVALID_PARAMETER, "'" + name + "' can not be the name of a profile");
+        throw Error(MAPI_E_INVALID_PARAMETER, "'" + name + "' is not a valid profile name");
     }
 }
 
@@ -138,7 +138,7 @@ void Create(const std::string& name)
     CheckName(name);
     if (Exists(name))
     {
-        throw Error(MAPI_E_NO_ACCESS, "there is a profile '" + name + "' already");
+        throw Error(MAPI_E_NO_ACCESS, "a profile '" + name + "' already exists");
     }
     RegistryKey::Create(RegistryRoot::CurrentUser, KeyOf(name));
     if (!Default())
@@ -205,7 +205,7 @@ Service ServiceOf(const std::string& profile, const MAPIUID& uid)
     auto service = ReadService(profile, TextOf(uid));
     if (!service)
     {
-        throw Error(MAPI_E_NOT_FOUND, "the profile '" + profile + "' has no such service");
+        throw Error(MAPI_E_NOT_FOUND, "the profile '" + profile + "' has no service with this identifier");
     }
     return *service;
 }
@@ -264,7 +264,7 @@ std::string DefaultStorePath(const std::string& profile)
     }
     if (folder.empty())
     {
-        throw Error(MAPI_E_NOT_FOUND, "the environment names no folder for the store; give its path");
+        throw Error(MAPI_E_NOT_FOUND, "no path for the store: the environment names no data folder");
     }
     std::string name = profile;
     for (char& each : name)

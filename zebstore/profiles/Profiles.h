@@ -1,4 +1,4 @@
-// Profiles as the registry keeps them: a key a profile, below it a key a message service.
+// Profiles in the registry: one key for each profile, with one subkey for each message service.
 #pragma once
 
 #include "platform/mapi.h"
@@ -19,24 +19,24 @@ struct Service
     bool fullDurability = false;
 };
 
-/// The profiles of this user. Names compare without case, as registry keys do. Nothing is kept in memory:
-/// each call reads or writes the registry. Names are UTF-8. All of them throw what the registry throws;
-/// changes of a profile that is not there: Error MAPI_E_NOT_FOUND.
+/// The profiles of this user. Names compare without case, as registry keys do. Nothing is cached: each call reads or
+/// writes the registry. Names are UTF-8. All calls throw the registry's errors; changes of a profile that does not
+/// exist: Error MAPI_E_NOT_FOUND.
 namespace profiles
 {
 
 std::vector<std::string> Names();
 bool Exists(const std::string& name);
-/// The profile that is named default, when it exists.
+/// The default profile, when it exists.
 std::optional<std::string> Default();
 
-/// The first profile becomes the default one.
-/// @throws Error MAPI_E_NO_ACCESS when there is one of this name; MAPI_E_INVALID_PARAMETER for a name that is empty,
+/// The first profile becomes the default. @throws Error MAPI_E_NO_ACCESS when the name is taken;
+/// MAPI_E_INVALID_PARAMETER for a name that is empty,
 ///   longer than 64 bytes or has a backslash or a control character
 void Create(const std::string& name);
-/// A default profile that is deleted is the default no more. Store files stay.
+/// A deleted default profile is no longer the default. Store files stay.
 void Delete(const std::string& name);
-/// Also for renaming, together with Delete; services keep their identifiers.
+/// Used with Delete for renaming; services keep their identifiers.
 void Copy(const std::string& from, const std::string& to);
 /// An empty name: no default.
 void SetDefault(const std::string& name);
@@ -44,7 +44,7 @@ void SetDefault(const std::string& name);
 std::vector<Service> Services(const std::string& profile);
 /// @throws Error MAPI_E_NOT_FOUND
 Service ServiceOf(const std::string& profile, const MAPIUID& uid);
-/// Adds the service or replaces what is kept of it.
+/// Adds or replaces the service.
 void SaveService(const std::string& profile, const Service& service);
 void DeleteService(const std::string& profile, const MAPIUID& uid);
 
@@ -54,7 +54,7 @@ bool SameName(const std::string& a, const std::string& b);
 /// A UID that no other service has.
 MAPIUID NewUid();
 
-/// Where the store of a profile lies when nobody says: <local data>/zebapi/<profile>.zeb.
+/// The default path of a profile's store: <local data>/zebapi/<profile>.zeb.
 /// @throws Error MAPI_E_NOT_FOUND when the environment names no folder for data
 std::string DefaultStorePath(const std::string& profile);
 

@@ -11,7 +11,7 @@ namespace zebstore
 namespace
 {
 
-/// What ConfigureMsgService was given.
+/// The settings given to ConfigureMsgService.
 struct Settings
 {
     std::string path;
@@ -24,14 +24,14 @@ std::string TextOf(const SPropValue& value)
     const bool unicode = PROP_TYPE(value.ulPropTag) == PT_UNICODE;
     if (!unicode && PROP_TYPE(value.ulPropTag) != PT_STRING8)
     {
-        throw Error(MAPI_E_INVALID_TYPE, "a setting of the service must be text");
+        throw Error(MAPI_E_INVALID_TYPE, "a setting of the service has the wrong type: text is needed");
     }
     return TextArgument(value.Value.lpszA, unicode ? MAPI_UNICODE : 0);
 }
 
 Settings ReadSettings(ULONG count, const SPropValue* values)
 {
-    Require(values || !count, "settings without values");
+    Require(values || !count, "the array of settings is null");
     Settings settings;
     for (ULONG i = 0; i < count; ++i)
     {
@@ -49,19 +49,20 @@ Settings ReadSettings(ULONG count, const SPropValue* values)
             const std::string durability = TextOf(value);
             if (durability != "normal" && durability != "full")
             {
-                throw Error(MAPI_E_INVALID_PARAMETER, "durability is 'normal' or 'full', not '" + durability + "'");
+                throw Error(MAPI_E_INVALID_PARAMETER,
+                            "the durability must be 'normal' or 'full', not '" + durability + "'");
             }
             settings.full = durability == "full";
         }
         else
         {
-            throw Error(MAPI_E_INVALID_PARAMETER, "the service has no such setting");
+            throw Error(MAPI_E_INVALID_PARAMETER, "the service has no setting with this tag");
         }
     }
     return settings;
 }
 
-/// The path from the root on, so that a profile means the same file wherever its host runs.
+/// The absolute path: a profile names the same file in whatever folder its host runs.
 std::string FullPath(const std::string& path)
 {
     namespace fs = std::filesystem;
@@ -101,12 +102,12 @@ void Configure(const std::string& profile, Service service, const Settings& sett
     profiles::SaveService(profile, service);
 }
 
-/// One store a profile: a second service is refused.
+/// One store for each profile: a second service is refused.
 Service AddService(const std::string& profile, const std::string& displayName)
 {
     if (!profiles::Services(profile).empty())
     {
-        throw Error(MAPI_E_NO_ACCESS, "the profile '" + profile + "' has its store already");
+        throw Error(MAPI_E_NO_ACCESS, "the profile '" + profile + "' already has a store");
     }
     Service service;
     service.uid = profiles::NewUid();
@@ -149,7 +150,7 @@ public:
     {
         return Guarded("IMsgServiceAdmin::GetMsgServiceTable", [&]
         {
-            Require(table != nullptr, "no place for the table");
+            Require(table != nullptr, "the output pointer is null");
             *table = nullptr;
             RequireFlags(flags, MAPI_UNICODE);
             std::vector<PropertySet> rows;
@@ -171,7 +172,7 @@ public:
             RequireFlags(flags, MAPI_UNICODE | SERVICE_UI_ALWAYS | SERVICE_UI_ALLOWED);
             if (TextArgument(name, flags) != ZEBSTORE_SERVICE_NAME)
             {
-                throw Error(MAPI_E_NOT_FOUND, "there is no service '" + TextArgument(name, flags) + "'");
+                throw Error(MAPI_E_NOT_FOUND, "the service '" + TextArgument(name, flags) + "' does not exist");
             }
             AddService(m_profile, TextArgument(displayName, flags));
         });
@@ -181,7 +182,7 @@ public:
     {
         return Guarded("IMsgServiceAdmin::DeleteMsgService", [&]
         {
-            Require(uid != nullptr, "no service is named");
+            Require(uid != nullptr, "the service identifier is null");
             profiles::DeleteService(m_profile, *uid);
         });
     }
@@ -195,7 +196,7 @@ public:
     {
         return Guarded("IMsgServiceAdmin::RenameMsgService", [&]
         {
-            Require(uid != nullptr, "no service is named");
+            Require(uid != nullptr, "the service identifier is null");
             RequireFlags(flags, MAPI_UNICODE);
             Service service = profiles::ServiceOf(m_profile, *uid);
             service.displayName = TextArgument(displayName, flags);
@@ -208,7 +209,7 @@ public:
     {
         return Guarded("IMsgServiceAdmin::ConfigureMsgService", [&]
         {
-            Require(uid != nullptr, "no service is named");
+            Require(uid != nullptr, "the service identifier is null");
             RequireFlags(flags, MAPI_UNICODE | SERVICE_UI_ALWAYS | SERVICE_UI_ALLOWED | MSG_SERVICE_UI_READ_ONLY);
             Configure(m_profile, profiles::ServiceOf(m_profile, *uid), ReadSettings(count, values));
         });
@@ -238,7 +239,7 @@ public:
 private:
     static HRESULT Refuse(const char* method)
     {
-        return Guarded(method, [] { throw Error(MAPI_E_NO_SUPPORT, "a profile holds one store and nothing else"); });
+        return Guarded(method, [] { throw Error(MAPI_E_NO_SUPPORT, "a profile supports only one store service"); });
     }
 
     bool Answers(REFIID iid) const override { return IsOneOf(iid, {&IID_IMsgServiceAdmin}); }
@@ -272,7 +273,7 @@ IMsgServiceAdmin* NewServiceAdmin(const std::string& profile)
 {
     if (!profiles::Exists(profile))
     {
-        throw Error(MAPI_E_NOT_FOUND, "there is no profile '" + profile + "'");
+        throw Error(MAPI_E_NOT_FOUND, "the profile '" + profile + "' does not exist");
     }
     return new ServiceAdmin(profile);
 }

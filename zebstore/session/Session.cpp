@@ -15,8 +15,8 @@ namespace zebstore
 namespace
 {
 
-/// A logged-on profile. The store is opened when it is first asked for and shared by all that the session opens; it
-/// stays open as long as one of these objects lives. Threads: any.
+/// A logged-on profile. The store is opened on first use and shared by all objects that the session opens; it stays
+/// open until the last of these objects is released. Threads: any.
 class Session final : public Object<IMAPISession>
 {
 public:
@@ -34,7 +34,7 @@ public:
     {
         return Guarded("IMAPISession::GetMsgStoresTable", [&]
         {
-            Require(table != nullptr, "no place for the table");
+            Require(table != nullptr, "the output pointer is null");
             *table = nullptr;
             RequireFlags(flags, MAPI_UNICODE);
             RequireLoggedOn();
@@ -56,7 +56,7 @@ public:
     {
         return Guarded("IMAPISession::OpenMsgStore", [&]
         {
-            Require(store != nullptr, "no place for the store");
+            Require(store != nullptr, "the output pointer is null");
             *store = nullptr;
             RequireFlags(flags, MDB_NO_DIALOG | MDB_WRITE | MDB_TEMPORARY | MDB_NO_MAIL | OpenEntryFlags | MdbOnline);
             *store = static_cast<IMsgStore*>(OpenStore(size, id, iid, flags));
@@ -67,7 +67,7 @@ public:
     {
         return Guarded("IMAPISession::OpenAddressBook", [&]
         {
-            Require(book != nullptr, "no place for the address book");
+            Require(book != nullptr, "the output pointer is null");
             *book = nullptr;
             RequireFlags(flags, AB_NO_DIALOG);
             *book = static_cast<IAddrBook*>(Answer(NewAddressBook(Opened(), MostAccess()).Get(), iid));
@@ -82,7 +82,7 @@ public:
     {
         return Guarded("IMAPISession::GetStatusTable", [&]
         {
-            Require(table != nullptr, "no place for the table");
+            Require(table != nullptr, "the output pointer is null");
             RequireFlags(flags, MAPI_UNICODE);
             *table = NewMemoryTable({}, {PR_DISPLAY_NAME_A, PR_ENTRYID, PR_RESOURCE_TYPE}, flags);
         });
@@ -93,11 +93,11 @@ public:
     {
         return Guarded("IMAPISession::OpenEntry", [&]
         {
-            Require(object != nullptr, "no place for the object");
+            Require(object != nullptr, "the output pointer is null");
             *object = nullptr;
             if (!size || !id)
             {
-                throw Error(MAPI_E_INVALID_ENTRYID, "no entry identifier");
+                throw Error(MAPI_E_INVALID_ENTRYID, "the entry identifier is empty");
             }
             if (LooksLikeStoreEntryId(id, size))
             {
@@ -118,7 +118,7 @@ public:
     {
         return Guarded("IMAPISession::CompareEntryIDs", [&]
         {
-            Require(same != nullptr, "no place for the result");
+            Require(same != nullptr, "the output pointer is null");
             RequireFlags(flags, 0);
             *same = SameEntry(sizeA, a, sizeB, b);
         });
@@ -132,7 +132,7 @@ public:
             RequireObjectEvents(events, sink, connection);
             if (!size || !id)
             {
-                throw Error(MAPI_E_NO_SUPPORT, "the session itself has nothing to tell");
+                throw Error(MAPI_E_NO_SUPPORT, "the session itself has no notifications");
             }
             std::optional<ItemId> item;
             if (LooksLikeStoreEntryId(id, size))
@@ -163,7 +163,7 @@ public:
     {
         return Guarded("IMAPISession::EnumAdrTypes", [&]
         {
-            Require(count && types, "no place for the types");
+            Require(count && types, "the output pointer is null");
             *count = 0;
             *types = nullptr;
         });
@@ -173,7 +173,7 @@ public:
     {
         return Guarded("IMAPISession::QueryIdentity", [&]
         {
-            Require(size && id, "no place for the identity");
+            Require(size && id, "the output pointer is null");
             *size = 0;
             *id = nullptr;
             throw Error(MAPI_E_NOT_FOUND, "the profile has no identity");
@@ -200,7 +200,7 @@ public:
     {
         return Guarded("IMAPISession::AdminServices", [&]
         {
-            Require(admin != nullptr, "no place for the service administration");
+            Require(admin != nullptr, "the output pointer is null");
             *admin = nullptr;
             RequireFlags(flags, 0);
             RequireLoggedOn();
@@ -221,7 +221,7 @@ public:
 private:
     ~Session() override { CloseSinks(); }
 
-    /// Those of the session, made when they are first asked for.
+    /// The session's sinks, created on first use.
     std::shared_ptr<StoreSinks> Sinks()
     {
         const StorePtr store = Opened();
@@ -240,7 +240,7 @@ private:
             const std::lock_guard<std::mutex> hold(m_lock);
             sinks.swap(m_sinks);
         }
-        // Not under the lock: a call in progress, which is waited for, may use the session.
+        // Not under the lock: this waits for calls in progress, which may use the session.
         if (sinks)
         {
             sinks->Close();
@@ -249,7 +249,7 @@ private:
 
     static HRESULT Refuse(const char* method)
     {
-        return Guarded(method, [] { throw Error(MAPI_E_NO_SUPPORT, "the provider has stores and nothing else"); });
+        return Guarded(method, [] { throw Error(MAPI_E_NO_SUPPORT, "the provider supports only stores"); });
     }
 
     bool Answers(REFIID iid) const override { return IsOneOf(iid, {&IID_IMAPISession}); }
@@ -263,7 +263,7 @@ private:
         }
     }
 
-    /// The profile's store, opened for writing where that is allowed.
+    /// The profile's store, opened for writing when that is allowed.
     StorePtr Opened()
     {
         const std::lock_guard<std::mutex> hold(m_lock);
@@ -292,7 +292,7 @@ private:
         StorePtr store = Opened();
         if (std::memcmp(asked.uid.ab, store->Uid().ab, sizeof(MAPIUID)) != 0)
         {
-            throw Error(MAPI_E_NOT_FOUND, "the store is none of the profile '" + m_profile + "'");
+            throw Error(MAPI_E_NOT_FOUND, "the store does not belong to the profile '" + m_profile + "'");
         }
         return store;
     }
@@ -307,7 +307,7 @@ private:
         }
         if ((flags & MDB_WRITE) && access == Access::Read)
         {
-            throw Error(MAPI_E_NO_ACCESS, store->File().Path() + " can only be read");
+            throw Error(MAPI_E_NO_ACCESS, store->File().Path() + " is read-only");
         }
         return Answer(NewStore(store, access).Get(), iid);
     }
@@ -346,14 +346,14 @@ IMAPISession* Logon(const char* profile, ULONG flags)
     {
         name = profiles::Default().value_or("");
     }
-    // MAPI would show a window now; this provider shows none.
+    // MAPI would show a dialog here; this provider has no user interface.
     if (name.empty())
     {
-        throw Error(MAPI_E_LOGON_FAILED, "no profile is named, and there is no default one");
+        throw Error(MAPI_E_LOGON_FAILED, "no profile is given, and there is no default profile");
     }
     if (!profiles::Exists(name))
     {
-        throw Error(MAPI_E_LOGON_FAILED, "there is no profile '" + name + "'");
+        throw Error(MAPI_E_LOGON_FAILED, "the profile '" + name + "' does not exist");
     }
     return new Session(name);
 }
