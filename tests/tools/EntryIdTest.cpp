@@ -16,8 +16,8 @@ constexpr ULONG kMessages = 47;
 
 const std::string kOneOffUid = "812B1FA4BEA310199D6E00DD010F5402";
 
-/// A one-off identifier, read plainly: four flag bytes, the provider, four more flag bytes of which the last one's top
-/// bit tells the width, three terminated texts.
+/// A one-off identifier: four flag bytes, the provider UID, four more flag bytes (the top bit of the last one is the
+/// width), three terminated texts.
 struct OneOff
 {
     explicit OneOff(const std::string& bytes)
@@ -64,7 +64,7 @@ std::string DumpOf(const std::string& hex)
     return std::string(Zeb_DumpEntryID(hex.c_str()).GetString());
 }
 
-/// Whatever is cut off an identifier, the rest is dumped as far as it goes.
+/// A truncated identifier is dumped as far as possible.
 void ExpectEveryCutToDump(const std::string& hex)
 {
     for (size_t size = 2; size < hex.size(); size += 2)
@@ -90,7 +90,8 @@ protected:
         EXPECT_EQ(std::system(import.c_str()), 0) << import;
     }
 
-    /// Expects the identifier in a row to dump as its bytes say, and to name the type and address beside it.
+    /// Expects the identifier in a row to be dumped according to its bytes, and to contain the row's address type and
+    /// address.
     void ExpectOneOff(const CZebRow& row, ULONG id, ULONG type, ULONG address)
     {
         const SBinary& binary = row[id];
@@ -98,7 +99,7 @@ protected:
         const OneOff oneOff(std::string(reinterpret_cast<const char*>(binary.lpb), binary.cb));
         EXPECT_EQ(DumpOf(hex), oneOff.Dump(hex));
         EXPECT_EQ(row[type].String(false), oneOff.texts[1].c_str());
-        // One sender's address stands there twice, in two forms; the identifier has the last.
+        // One sender has two forms of the address; the identifier has the last one.
         const CStringA named = row[address].String(false);
         EXPECT_EQ(named.Right(static_cast<int>(oneOff.texts[2].size())), oneOff.texts[2].c_str());
         ExpectEveryCutToDump(hex);

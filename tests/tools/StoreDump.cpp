@@ -1,5 +1,5 @@
-// Prints everything that the default store of a profile holds, one JSON object a line, every value as its bytes:
-// what other readers of the same mail can be compared with.
+// Prints the content of a profile's default store, one JSON object per line, every value as its bytes, for comparison
+// with other readers of the same mail.
 //
 // store_dump PROFILE
 #include "platform/text.h"
@@ -114,7 +114,7 @@ std::vector<std::string> ValuesOf(const SPropValue& value)
     }
 }
 
-/// The whole of a value that is too large to be handed out at once.
+/// The complete value of a property that is too large for one call.
 std::string StreamOf(CZebIProp& object, ULONG tag)
 {
     const CComPtr<IStream> stream = object.OpenProperty(tag, 0);
@@ -155,7 +155,7 @@ void AddName(CZebIProp& object, ULONG tag, Json& out)
     Zeb_MemFree(names);
 }
 
-/// @param owner whose names the tag's named property has
+/// @param owner the object that maps the names of named properties
 Json PropertyJson(CZebIProp& owner, const SPropValue& value)
 {
     Json out = {{"tag", Number(value.ulPropTag)}};

@@ -1,4 +1,4 @@
-"""What stands on a command line: dates, sizes, and properties with their values."""
+"""Arguments of command lines: dates, sizes, and properties with their values."""
 import datetime
 
 from world import World, message

@@ -1,4 +1,4 @@
-"""A registry file that can not be read: one clear sentence, and the file stays as it is."""
+"""An unreadable registry file: one clear error text, and the file is not changed."""
 from world import World
 
 LINUX_ONLY = True  # Windows keeps its registry itself; there is no file to be wrong

@@ -1,4 +1,4 @@
-"""zeb store repair and zeb store compact: a store's file is mended in a copy or in place, each repair said in a line."""
+"""zeb store repair and zeb store compact: a store's file is repaired in a copy or in place, with one line per repair."""
 import sqlite3
 
 from world import World, message
@@ -23,7 +23,7 @@ class Care(World):
     FINDINGS = ["large value 500 belongs to nothing: removed",
                 "folder 3: its counters do not match its messages: rebuilt (10 messages, 0 unread)"]
 
-    def test_a_sound_store_has_nothing_to_repair(self):
+    def test_an_intact_store_needs_no_repair(self):
         out = self.zeb("store", "repair", "--in-place").out
         self.assertEqual(out, f"store file '{self.path(self.store.name)}': 0 repairs\n")
         self.zeb("store", "check")

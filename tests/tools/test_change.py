@@ -13,7 +13,7 @@ class Changes(World):
         self.create_profile()
 
     def counts(self, *arguments):
-        """Path of every folder, and how many messages are in it."""
+        """Maps the path of every folder to its number of messages."""
         found = {}
 
         def walk(folders, above):
@@ -30,17 +30,17 @@ class Changes(World):
 
 class Folders(Changes):
     def test_folders_are_made_and_deleted(self):
-        self.assertEqual(self.zeb("mkdir", "Inbox/Sub").out, "folder 'Inbox/Sub' is there\n")
-        self.refused("mkdir", "Inbox/SUB", saying="folder 'Inbox/SUB' is there already")
+        self.assertEqual(self.zeb("mkdir", "Inbox/Sub").out, "folder 'Inbox/Sub' exists\n")
+        self.refused("mkdir", "Inbox/SUB", saying="folder 'Inbox/SUB' already exists")
         self.refused("mkdir", "Away/Sub", saying="there is no folder 'Away'")
         self.zeb("mkdir", "-p", "Away/Sub/Deep")
         self.zeb("mkdir", "-p", "Away/Sub/Deep")
         self.zeb("rmdir", "Away/Sub/Deep", "--yes")
         self.refused("rmdir", "Away", "--yes", saying=["'Away'", "0 messages and 1 folder", "--recursive"])
-        self.assertEqual(self.zeb("rmdir", "Away", "--recursive", "--yes").out, "folder 'Away' is deleted\n")
+        self.assertEqual(self.zeb("rmdir", "Away", "--recursive", "--yes").out, "deleted folder 'Away'\n")
         self.assertEqual({path for path in self.counts() if path.startswith(("Inbox", "Away"))}, {"Inbox", "Inbox/Sub"})
 
-    def test_nothing_is_deleted_where_nobody_can_be_asked(self):
+    def test_nothing_is_deleted_without_a_terminal(self):
         self.load(message("kept", folder="Sub"))
         before = self.counts()
         self.refused("rmdir", "Sub", "--recursive", code=2, saying=["'Sub'", "1 message", "--yes"])
@@ -62,17 +62,17 @@ class Folders(Changes):
                 self.zeb("rmdir", path, "--yes")
         self.assertEqual(self.zeb("mkdir", "n" * LONG).out.count("n"), 119)
         self.assertIn("n" * LONG, self.counts())
-        self.one_sentence(self.zeb("mkdir", "n" * LONG, code=1), "is there already")
+        self.one_sentence(self.zeb("mkdir", "n" * LONG, code=1), "already exists")
         self.zeb("rmdir", "n" * LONG, "--yes")
         self.refused("mkdir", "Inbox//Sub", saying="empty name")
         self.refused("mkdir", "", saying="the top folder")
         self.refused("mkdir", "/", saying="the root folder")
 
     def test_a_path_from_the_root_is_no_option(self):
-        self.assertEqual(self.zeb("mkdir", "/Mine").out, "folder '/Mine' is there\n")
+        self.assertEqual(self.zeb("mkdir", "/Mine").out, "folder '/Mine' exists\n")
         self.assertEqual(self.zeb("find", "/Mine").out, "0 messages\n")
         self.assertTrue(self.zeb("show", "/Mine").out.startswith("folder '/Mine'\n"))
-        self.assertEqual(self.zeb("rmdir", "/Mine", "--yes").out, "folder '/Mine' is deleted\n")
+        self.assertEqual(self.zeb("rmdir", "/Mine", "--yes").out, "deleted folder '/Mine'\n")
 
     def test_a_backslash_separates_nothing(self):
         before = self.counts()
@@ -85,8 +85,8 @@ class Folders(Changes):
         self.refused("rmdir", "Inbox", "--recursive", "--yes", saying=["'Inbox'", "MAPI_E_NO_ACCESS"])
         self.refused("mv", "Inbox", "Outbox", saying=["'Inbox'", "MAPI_E_NO_ACCESS"])
         self.assertIn("Inbox", self.counts())
-        self.refused("rmdir", "/", "--recursive", "--yes", saying="the root folder can not be deleted")
-        self.refused("rmdir", "", "--recursive", "--yes", saying="the top folder can not be deleted")
+        self.refused("rmdir", "/", "--recursive", "--yes", saying="the root folder cannot be deleted")
+        self.refused("rmdir", "", "--recursive", "--yes", saying="the top folder cannot be deleted")
 
     def test_a_folder_is_emptied(self):
         self.load(message("a", folder="Sub"), message("b", folder="Sub/Deep"), {**message("c", folder="Sub"), "associated": True})
@@ -123,7 +123,7 @@ class FolderDetails(Changes):
         self.refused("rmdir", "Sub", "--yes", saying="folder 'Sub' holds 1 message and 2 folders: --recursive deletes")
         self.refused("rmdir", "Sub/One/Two", "--yes", saying="holds 1 message and 0 folders")
         self.refused("rmdir", "Other", "--recursive", code=2, saying="delete folder 'Other' with 2 messages and 0 folders for")
-        self.refused("empty", "Other", code=2, saying="delete 1 message and 0 folders in folder 'Other' for good")
+        self.refused("empty", "Other", code=2, saying="delete 1 message and 0 folders in folder 'Other' permanently")
         self.assertEqual(self.zeb("empty", "Other", "--yes").out, "folder 'Other' is empty: 1 message and 0 folders deleted\n")
         self.assertEqual(self.zeb("empty", "Other", "--associated", "--yes").out,
                          "folder 'Other' is empty: 1 message and 0 folders deleted\n")
@@ -207,8 +207,8 @@ class Messages(Changes):
         self.refused("show", "Inbox", self.ids("abcd")[0], saying=["names no message of folder 'Inbox'"])
         self.assertEqual(self.shown("abcd", self.ids("abcd")[1])["PR_SUBJECT"], "cafe")
         self.refused("rm", "Inbox", str(2 ** 32 + 1), saying="no message 4294967297")
-        self.refused("mv", "/", "Inbox", saying="the root folder can not be moved")
-        self.refused("cp", "", "Inbox", saying="the top folder can not be copied")
+        self.refused("mv", "/", "Inbox", saying="the root folder cannot be moved")
+        self.refused("cp", "", "Inbox", saying="the top folder cannot be copied")
         self.refused("mv", "abcd", "5A" * 30, saying=["entry identifier", "as a folder"])
 
     def test_what_was_done_is_said(self):
@@ -216,16 +216,16 @@ class Messages(Changes):
         self.assertEqual(done, f"new message in folder 'Sub'\n  {self.found('Sub', '--associated')[0]['entryId']}\n")
         identifier = self.ids("Inbox")[0]
         shortened = f"the entry identifier {identifier[:36]}...{identifier[-9:]}"
-        self.assertEqual(self.zeb("set", identifier, "PR_COMMENT=x").out, f"{shortened} is changed\n")
-        self.assertEqual(self.zeb("set", "Sub", "two", "PR_COMMENT=x").out, "message 'two' of folder 'Sub' is changed\n")
+        self.assertEqual(self.zeb("set", identifier, "PR_COMMENT=x").out, f"changed {shortened}\n")
+        self.assertEqual(self.zeb("set", "Sub", "two", "PR_COMMENT=x").out, "changed message 'two' of folder 'Sub'\n")
         self.assertEqual(self.zeb("rm", "Inbox", "one", "--hard", "--yes").out,
-                         "message 'one' of folder 'Inbox' deleted for good\n")
-        self.assertEqual(self.zeb("rm", "Inbox", "1", "2", "--hard", "--yes").out, "2 messages deleted for good\n")
+                         "message 'one' of folder 'Inbox' deleted permanently\n")
+        self.assertEqual(self.zeb("rm", "Inbox", "1", "2", "--hard", "--yes").out, "2 messages deleted permanently\n")
 
     def test_a_very_long_subject_names_its_message_by_its_beginning(self):
         self.load(message("s" * 100_000, folder="Long"))
         self.assertEqual(self.zeb("rm", self.ids("Long")[0], "--hard", "--yes").out,
-                         f"message '{'s' * 59}\u2026' deleted for good\n")
+                         f"message '{'s' * 59}\u2026' deleted permanently\n")
 
     def test_messages_are_marked_as_read_and_unread_but_not_both(self):
         for flags, unread in ((["--read"], []), (["--unread"], ["two"]), (["--read", "PR_COMMENT=x"], [])):

@@ -42,7 +42,7 @@ class Usage(World):
     def test_help_ends_with_0(self):
         self.assertIn("doctor", self.zeb("--help").out)
         inbox = self.zeb("inbox", "--help").out
-        self.assertIn("  --limit N                   List only the first N\n", inbox)
+        self.assertIn("  --limit N                   List only the first N messages\n", inbox)
         self.assertIn("  --sort date|subject|size (date)\n", inbox)
         move = self.zeb("mv", "--help").out
         self.assertIn("Usage: zeb mv [OPTIONS] FOLDER [MESSAGE...] TARGET\n", move)
@@ -69,7 +69,7 @@ class Doctor(World):
 
 
 class DoctorOnProfiles(World):
-    """Where profiles are looked for, and where others keep theirs."""
+    """The location of the library's profiles, and of other programs' profiles."""
 
     SUBSYSTEM = "HKEY_CURRENT_USER\\Software\\Microsoft\\Windows NT\\CurrentVersion\\Windows Messaging Subsystem\\Profiles"
     OFFICE = "HKEY_CURRENT_USER\\Software\\Microsoft\\Office"
@@ -96,16 +96,16 @@ class DoctorOnProfiles(World):
 
     def test_says_that_the_default_profile_is_not_there(self):
         self.registry_add(self.SUBSYSTEM, "DefaultProfile", "ghost")
-        self.assertIn("the default one, 'ghost', is not there", self.zeb("doctor").out)
+        self.assertIn("the default one, 'ghost', does not exist", self.zeb("doctor").out)
         self.zeb("profile", "create", "mine", "--store", self.path("test.zeb"))
         self.registry_add(self.SUBSYSTEM, "DefaultProfile", "ghost")
         shown = self.zeb("doctor").out
-        self.assertIn("     mine\n     the default one, 'ghost', is not there", shown)
+        self.assertIn("     mine\n     the default one, 'ghost', does not exist", shown)
         self.assertEqual(self.doctor()["defaultProfile"], "ghost")
         self.registry_add(self.SUBSYSTEM, "DefaultProfile", "MINE")
         shown = self.zeb("doctor").out
         self.assertIn("   * mine\n", shown)
-        self.assertNotIn("is not there", shown)
+        self.assertNotIn("does not exist", shown)
 
     def test_says_where_an_outlook_keeps_profiles_that_are_not_looked_for(self):
         self.create_profile("mine")
@@ -136,7 +136,7 @@ class DoctorOnProfiles(World):
         self.set_current(16)
         self.assertEqual(self.doctor()["profilesElsewhere"],
                          [{"keeper": "Outlook 16.0", "key": f"{self.OFFICE}\\16.0\\Outlook\\Profiles", "profiles": []}])
-        self.assertIn("where the library does not look; there are none yet\n", self.zeb("doctor").out)
+        self.assertIn("where the library does not look; none exist yet\n", self.zeb("doctor").out)
         self.add_version("14.0", "Old")
         self.assertEqual([place["profiles"] for place in self.doctor()["profilesElsewhere"]], [["Old"], []])
 
@@ -162,11 +162,11 @@ class DoctorOnProfiles(World):
                          ["Outlook 15.0", "Outlook 16.0"])
         shown = self.zeb("doctor").out
         self.assertIn("none; 'zeb profile create", shown)
-        self.assertNotIn("is not there", shown)
+        self.assertNotIn("does not exist", shown)
 
 
 class DoctorWithoutProvider(World):
-    """Where there is none at all; Wine has one of its own."""
+    """Without any provider; Wine has its own."""
 
     registered = False
 
@@ -236,12 +236,12 @@ class Provider(World):
     OTHER = "/elsewhere/other.dll"
 
     def status(self):
-        """Key to what is registered and what was replaced."""
+        """Maps each key to the registered and the replaced value."""
         return {each["key"]: (each["registered"], each["replaced"])
                 for each in json.loads(self.zeb("provider", "status", "--json").out)}
 
     def own(self):
-        """What install registers, where nothing was before."""
+        """The entries that install registers on a clean machine."""
         self.run_tool("zeb", "provider", "remove")
         self.zeb("provider", "install")
         return self.status()[self.KEY][0]
@@ -255,7 +255,7 @@ class Provider(World):
                 self.refused("provider", "install", *options, saying=["another provider", self.OTHER, "--replace"])
                 self.assertEqual(self.status(), {self.KEY: (self.OTHER, None), self.WAB: (self.OTHER, None)})
                 done = self.zeb("provider", "install", "--replace", *options).out
-                self.assertEqual(done.count(f"  replaced {self.OTHER}; 'zeb provider remove' puts it back\n"), len(keys))
+                self.assertEqual(done.count(f"  replaced {self.OTHER}; 'zeb provider remove' restores it\n"), len(keys))
                 self.assertEqual([self.status()[key] for key in keys], [(own, self.OTHER)] * len(keys))
                 self.zeb("provider", "install", *options)
                 self.assertEqual([self.status()[key] for key in keys], [(own, self.OTHER)] * len(keys))
@@ -281,7 +281,7 @@ class Provider(World):
         self.run_tool("zeb", "provider", "remove")
         name, copy = ("zebstore.dll", "other.dll") if world.WINDOWS else ("libzebstore.so", "other.so")
         shutil.copy(world.BUILD / "bin" / name, self.folder / copy)
-        # One of zeb's own first: it tells how the path is written.
+        # First an entry written by zeb: it shows the form of the path.
         self.zeb("provider", "install", "--dll", self.path(copy))
         path = self.status()[self.KEY][0]
         self.zeb("provider", "remove")
@@ -347,7 +347,7 @@ class Provider(World):
     def test_install_refuses_a_file_that_is_missing_or_no_provider(self):
         self.zeb("provider", "install")
         before = self.zeb("doctor", "--json").out
-        self.refused("provider", "install", "--dll", self.path("none.dll"), saying=["there is no file", "none.dll"])
+        self.refused("provider", "install", "--dll", self.path("none.dll"), saying=["does not exist", "none.dll"])
         (self.folder / "text.dll").write_text("not a library")
         self.refused("provider", "install", "--dll", self.path("text.dll"), saying=["text.dll", "no MAPI provider"])
         self.assertEqual(self.zeb("doctor", "--json").out, before)
@@ -362,7 +362,7 @@ class Profile(World):
         self.assertTrue((self.folder / "one.zeb").exists())
         self.assertEqual(self.zeb("profile", "default").out, "two\n")
         self.assertEqual(sorted(self.zeb("profile", "list").out.splitlines()), ["  one", "* two"])
-        self.assertEqual(self.zeb("profile", "default", "one").out, "profile 'one' is the default\n")
+        self.assertEqual(self.zeb("profile", "default", "one").out, "made profile 'one' the default\n")
         listed = {entry["name"]: entry["default"] for entry in json.loads(self.zeb("profile", "list", "--json").out)}
         self.assertEqual(listed, {"one": True, "two": False})
         self.zeb("profile", "delete", "two")
@@ -371,14 +371,14 @@ class Profile(World):
 
     def test_each_step_says_what_it_did(self):
         self.assertEqual(self.zeb("profile", "create", "one", "--store", self.path("one.zeb"), "--default").out,
-                         "profile 'one' is there and is the default\n  store  " + self.path("one.zeb") + "\n")
+                         "created profile 'one' and made it the default\n  store  " + self.path("one.zeb") + "\n")
         self.assertEqual(self.zeb("profile", "create", "two", "--store", self.path("two.zeb"), "--durability", "full").out,
-                         "profile 'two' is there\n  store  " + self.path("two.zeb") + "\n")
+                         "created profile 'two'\n  store  " + self.path("two.zeb") + "\n")
         if not world.WINDOWS:
             self.assertIn('"Durability"="full"', self.registry_text())
-        self.assertEqual(self.zeb("profile", "delete", "two").out, "profile 'two' is deleted; its store file stays\n")
+        self.assertEqual(self.zeb("profile", "delete", "two").out, "deleted profile 'two'; its store file was kept\n")
 
-    def test_a_relative_path_is_that_of_the_moment(self):
+    def test_a_relative_path_is_made_absolute(self):
         self.check(self.run_tool("zeb", "profile", "create", "one", "--store", "here.zeb", cwd=self.folder), 0)
         self.assertTrue((self.folder / "here.zeb").exists())
         self.assertEqual(self.inbox("--profile", "one")["total"], 0)
@@ -397,7 +397,7 @@ class Profile(World):
 
     def test_no_folder_is_made_for_a_store(self):
         self.refused("profile", "create", "one", "--store", self.path("absent/deep/one.zeb"),
-                     saying=["there is no folder '" + self.path("absent/deep") + "'", "'one.zeb'"])
+                     saying=["the folder '" + self.path("absent/deep") + "'", "'one.zeb' does not exist"])
         self.assertFalse((self.folder / "absent").exists())
         self.assertEqual(self.zeb("profile", "list").out, "")
 
@@ -411,8 +411,8 @@ class Profile(World):
     def test_codes_that_are_not_mapis_are_put_into_words(self):
         self.create_profile()
         number = self.call_number("IMAPITable::QueryRows", "inbox")
-        for result, said in ((0x80030070, "the medium is full (0x80030070)"),
-                             (0x80041234, "a failure without a name (0x80041234)")):
+        for result, said in ((0x80030070, "the disk is full (0x80030070)"),
+                             (0x80041234, "unknown error (0x80041234)")):
             self.fail_at(number, "inbox", saying=said, result=result)
 
     def test_a_store_that_can_not_be_made_leaves_no_profile(self):
@@ -436,7 +436,7 @@ class Store(World):
     def test_check_of_a_sound_store(self):
         self.create_profile()
         self.load(message("a"))
-        self.assertIn("is sound", self.zeb("store", "check").out)
+        self.assertIn("is intact", self.zeb("store", "check").out)
 
     def test_check_of_a_damaged_store_says_so(self):
         store = self.create_profile()

@@ -1,4 +1,4 @@
-"""zeb doctor tells people and machines the same."""
+"""zeb doctor prints the same facts as text and as JSON."""
 import json
 import pathlib
 import shutil
@@ -16,7 +16,7 @@ class Account(World):
     registered = False
 
     def expect_account(self, code=0):
-        """Compares what people read with what machines do. Returns the latter."""
+        """Compares the text output with the JSON output. Returns the JSON."""
         found = json.loads(self.zeb("doctor", "--json", code=code).out)
         expected = ""
         for number, each in enumerate(found["candidates"], 1):
@@ -46,7 +46,7 @@ class Account(World):
 
     def test_providers_that_can_not_be_used(self):
         if world.WINDOWS:
-            # Wine has one of its own, and what is registered there is used.
+            # Wine has its own, and uses what is registered there.
             self.zeb("provider", "install")
             self.expect_account()
             return
@@ -60,7 +60,7 @@ class Account(World):
                 self.assertTrue(first["verdict"].startswith(verdict), first["verdict"])
                 self.assertEqual((found["provider"], found["class"], found["defaultProfile"]), (None, 0, None))
                 self.assertEqual(first["verdict"].endswith(": " + first["loadError"]), bool(first["loadError"]))
-        self.assertEqual(found["candidates"][1]["verdict"], "names no file to try")
+        self.assertEqual(found["candidates"][1]["verdict"], "no file to examine")
         self.assertEqual(first["file"], str(world.BUILD / "bin/libzebapi.so"))
         self.assertEqual((first["missingDecorated"], first["missingUndecorated"]), ("MAPIInitialize", "MAPIInitialize"))
         self.register("/nowhere/provider.so")
@@ -73,7 +73,7 @@ class Account(World):
         self.zeb("profile", "create", "mine", "--store", self.path("test.zeb"))
         self.registry_add(SUBSYSTEM, "DefaultProfile", "")
         shown = self.zeb("doctor").out
-        self.assertIn("profiles\n     mine\n     none of them is the default; 'zeb profile default NAME' makes it so\n", shown)
+        self.assertIn("profiles\n     mine\n     none of them is the default; 'zeb profile default NAME' sets the default\n", shown)
         self.assertIsNone(json.loads(self.zeb("doctor", "--json").out)["defaultProfile"])
 
 
@@ -89,12 +89,12 @@ class Machine(World):
 
     def setUp(self):
         super().setUp()
-        # The search takes a provider's path as narrow text.
+        # The search reads a provider's path as narrow text.
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="zeb-doctor-"))
         self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
         self.environment["ZEBAPI_REGISTRY"] = str(self.folder / "registry.reg")
         if world.WINDOWS:
-            # What follows finds its profiles by a provider.
+            # The following steps read the profiles through a provider.
             self.addCleanup(self.run_tool, "zeb", "provider", "install", "--replace")
             self.reg("delete", MAIL, "/f")
             self.reg("delete", CLIENTS, "/ve", "/f")
@@ -108,7 +108,7 @@ class Machine(World):
         self.program = str(own / f"zeb{suffix}")
 
     def doctor(self, code):
-        """What the doctor of the copy says: the findings by topic, and its last sentence."""
+        """The output of the copy's doctor: the findings by topic, and its last line."""
         command = ([str(world.ROOT / "scripts/wine-run.sh")] if world.WINDOWS else []) + [self.program, "doctor"]
         shown = self.check(self.run_command(command), code)
         found = json.loads(self.check(self.run_command([*command, "--json"]), code).out)
@@ -121,7 +121,7 @@ class Machine(World):
                 for topic in {each["topic"] for each in found["setup"]}}
 
     def library(self, name, machine):
-        """A file that is a Windows library's head."""
+        """A file with only the header of a Windows library."""
         file = self.folder / name
         file.parent.mkdir(parents=True, exist_ok=True)
         file.write_bytes(b"MZ" + bytes(58) + struct.pack("<I", 64) + b"PE\0\0" + struct.pack("<H", machine) + bytes(64))
@@ -143,7 +143,7 @@ class Machine(World):
     def test_a_client_whose_library_is_missing(self):
         self.client("Post", DLLPathEx=self.path("none.dll"))
         findings = self.doctor(code=1)
-        self.assertEqual(findings["mail client"][0], f"the default one is 'Post' ({CLIENTS})")
+        self.assertEqual(findings["mail client"][0], f"the default client is 'Post' ({CLIENTS})")
         self.assertIn("'Post', value DLLPathEx, names '" + self.path("none.dll") + "', which does not exist: unusable",
                       findings["mail client"][1])
 

@@ -1,4 +1,4 @@
-"""The pages' examples of zeb, run in the order they stand: each prints what stands below it, to the letter."""
+"""The pages' zeb examples, run in their order: each prints exactly the output shown below it."""
 import datetime
 import json
 import re
@@ -10,7 +10,7 @@ import time
 import world
 from world import World
 
-# What differs from run to run, as the pages write it. Everything else is compared as it stands.
+# What differs between runs, in the pages' form. Everything else is compared exactly.
 PAGE_STORE = "5E679F7A9408E74B9D80592745FD5AD5"  # the store's identifier, a part of those of all that is in it
 PAGE_DAY = "2026-02-01"  # the day on which the reader follows the page; the dates of the mail are others
 PAGE_PROVIDER = r"C:\zebapi\bin\zebstore.dll"
@@ -25,7 +25,7 @@ HEX = re.compile(r"[0-9A-F]{32,}")
 
 
 class Fold:
-    """Writes names in the place of what differs from run to run."""
+    """Replaces what differs between runs with names."""
 
     def __init__(self, store, provider, folder, is_now):
         self.store, self.provider, self.folder, self.is_now = store, provider, folder, is_now
@@ -41,7 +41,7 @@ class Fold:
         return HEX.sub(self.identifier, text)
 
     def identifier(self, digits):
-        """That of something in the store by the order in which they appear; other hexadecimal text stays."""
+        """Numbers the identifiers of the store's objects in order of appearance; other hexadecimal text is unchanged."""
         if not self.store or self.store not in digits[0]:
             return digits[0]
         if digits[0] not in self.identifiers:
@@ -50,7 +50,7 @@ class Fold:
 
 
 class Example:
-    """A command that a page shows, and what it shows below it."""
+    """A command of a page, with the output shown below it."""
 
     def __init__(self, place, section, command):
         self.place, self.section = place, section
@@ -91,7 +91,7 @@ class Documents(World):
                          lambda stamp: began <= datetime.datetime.fromisoformat(stamp) <= began + datetime.timedelta(hours=1))
 
     def follow(self, name):
-        """Does what the page shows, in order; a watch runs beside the examples behind it in its section."""
+        """Runs the page's examples in order; a watch runs in parallel to the following examples of its section."""
         found = examples(name)
         self.assertGreater(len(found), 0, name)
         for example in found:
@@ -108,7 +108,7 @@ class Documents(World):
             self.end_watch()
 
     def printed(self, example):
-        # What fails is shown with the sentence that says so; one that asks for an option is about the command line.
+        # A failing example shows its error text; a text that requests an option is a usage error.
         failed = example.shown().startswith("zeb: ")
         code = 0 if not failed else 2 if " give --" in example.shown() else 1
         done = self.run_tool("zeb", *self.arguments(example), cwd=self.folder)
@@ -117,7 +117,7 @@ class Documents(World):
         return output
 
     def arguments(self, example):
-        """An identifier that was shown before becomes the real one of the same place."""
+        """Replaces an identifier shown earlier with the real one."""
         known = self.page.identifiers
         return [self.real.identifiers[known.index(each)] if each in known else each for each in example.arguments]
 
@@ -126,7 +126,7 @@ class Documents(World):
             self.real.store = self.shown()["PR_RECORD_KEY"]
         shown = example.shown()
         if not world.WINDOWS:
-            # Only a DLL has a version, and only a version is told of a file that is in order.
+            # Only a DLL has a version, and for an intact file only the version is printed.
             shown = shown.replace(DLL_VERSION, "")
         self.assertEqual(self.page(shown), self.real(printed), example.place)
 
@@ -178,7 +178,7 @@ class Documents(World):
 
 
 class LoadFormat(World):
-    """docs/load-format.md: what it shows is taken, and comes back."""
+    """docs/load-format.md: its examples can be loaded and saved again."""
 
     SET = "{00020329-0000-0000-C000-000000000046}"
     # The names and values that the page's tables show, with values and types of ours.

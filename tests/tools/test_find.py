@@ -1,4 +1,4 @@
-"""zeb find: conditions, their combination, and the numbers by which the other commands know the messages."""
+"""zeb find: conditions, their combination, and the message numbers that other commands accept."""
 import json
 
 from world import World, message
@@ -56,7 +56,7 @@ class Find(World):
         at = lines[0].index("subject")
         self.assertEqual([line[at:] for line in lines[1:3]], ["Budget 2026", "the budget, again"])
         self.assertEqual([line.split()[0] for line in lines[:3]], ["#", "1", "3"])
-        self.assertEqual(lines[3:], ["2 messages found among 4"])
+        self.assertEqual(lines[3:], ["2 of 4 messages matched"])
         self.assertEqual(self.zeb("find", "Inbox", "--limit", "1").out.splitlines()[-1], "1 of 4 messages")
 
     def test_folders_below_are_searched_when_asked(self):
@@ -66,7 +66,7 @@ class Find(World):
         self.assertEqual((found["found"], found["searched"]), (3, 5))
         shown = self.zeb("find", "Inbox", "--subject", "budget", "-r").out
         self.assertIn("\n\nInbox/Sub\n", shown)
-        self.assertIn("3 messages found among 5\n", shown)
+        self.assertIn("3 of 5 messages matched\n", shown)
 
     def test_dates_sizes_and_folders_that_are_none_are_named(self):
         self.refused("find", "Inbox", "--since", "tomorrow", code=2, saying=["--since", "'tomorrow'"])

@@ -36,7 +36,7 @@ class Import(World):
         self.create_profile()
 
     def all_folders(self):
-        """Path of every folder, and how many messages are in it."""
+        """Maps the path of every folder to its number of messages."""
         found = {}
 
         def walk(folders, above):
@@ -60,7 +60,7 @@ class Pst(Import):
         self.assertEqual(folders["lokay-m/MLOKAY (Non-Privileged)/Systems"], 7)
         self.assertEqual(folders["lokay-m/MLOKAY (Non-Privileged)/Sent Items"], 2)
         self.assertEqual(folders["lokay-m/MLOKAY (Non-Privileged)"], 1)
-        self.assertIn("is sound", self.zeb("store", "check").out)
+        self.assertIn("is intact", self.zeb("store", "check").out)
 
     def test_folders_become_the_inbox(self):
         self.importer("pst", str(PST), "--inbox", PERSONAL, "--inbox", COMMERCIAL)
@@ -122,7 +122,7 @@ class Pst(Import):
         self.one_sentence(self.importer("pst", str(file), code=1), "text.pst")
 
     def damaged(self, offset):
-        """The sample with one block of it wiped out. Its lock file pins it, so offsets stay."""
+        """The sample with one block overwritten. Its lock file pins the version, so the offsets are stable."""
         data = bytearray(PST.read_bytes())
         data[offset:offset + 64] = bytes(64)
         file = self.folder / "damaged.pst"
@@ -134,7 +134,7 @@ class Pst(Import):
         self.assertRegex(done.out, r"^70 messages in \d+ folders, 1 item skipped\n$")
         self.one_sentence(done, [PERSONAL + ", message 25: skipped: "])
         self.assertEqual(self.all_folders()[PERSONAL], 46)
-        self.assertIn("is sound", self.zeb("store", "check").out)
+        self.assertIn("is intact", self.zeb("store", "check").out)
 
     def test_a_message_with_a_damaged_attachment_does_not_get_in_by_half(self):
         done = self.importer("pst", self.damaged(0xD1B040), code=3)
@@ -163,7 +163,7 @@ class Mime(Import):
         self.assertGreater(found["Gr\u00fc\u00dfe"]["size"], 100000)
 
     def saved(self, folder):
-        """The messages of a folder by their subjects, as zeb save has them."""
+        """The messages of a folder by subject, in the form of zeb save."""
         lines = [json.loads(line) for line in self.zeb("save", folder).out.splitlines()]
         return {line["properties"]["PR_SUBJECT"]: line for line in lines if "properties" in line}
 
@@ -224,8 +224,8 @@ class Mime(Import):
         (top / "z").symlink_to(top / "a")
         (top / "x\u001b.eml").write_bytes(b"no mail")
         done = self.importer("eml", f"{top}/", code=3)
-        self.assertEqual(done.out, "6 messages in 4 folders, 1 item skipped, 2 files passed over\n")
-        self.assertIn("/x .eml: skipped: it is no mail message\n", done.err)
+        self.assertEqual(done.out, "6 messages in 4 folders, 1 item skipped, 2 files ignored\n")
+        self.assertIn("/x .eml: skipped: it is not a mail message\n", done.err)
         found = [json.loads(line) for line in self.zeb("save", "mail").out.splitlines()]
         self.assertEqual([line["properties"]["PR_SUBJECT"] for line in found if "properties" in line],
                          ["top a", "top b", "top c", "a", "b", "c"])
@@ -311,8 +311,8 @@ class Mime(Import):
         (top / "sub" / "b.eml").write_bytes(bytes(mail("below")))
         (top / "notes.txt").write_text("no mail")
         done = self.importer("eml", str(top), "--inbox", "mail")
-        self.assertEqual(done.out, "2 messages in 2 folders, 1 file passed over\n")
-        self.one_sentence(done, "/notes.txt: passed over: ")
+        self.assertEqual(done.out, "2 messages in 2 folders, 1 file ignored\n")
+        self.one_sentence(done, "/notes.txt: ignored: ")
         self.assertEqual(self.subjects(), ["in the top"])
         self.assertEqual(self.all_folders()["Inbox/sub"], 1)
 

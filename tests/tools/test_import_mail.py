@@ -1,4 +1,4 @@
-"""zeb-import on Internet mail that keeps to no rules: nothing of it is lost, and what was repaired is told."""
+"""zeb-import on malformed Internet mail: nothing is lost, and repairs are reported."""
 import json
 import re
 import resource
@@ -31,12 +31,12 @@ class Mail(World):
         return top
 
     def saved(self, folder):
-        """The messages of a folder and those below it, as zeb save has them."""
+        """The messages of a folder and its subfolders, in the form of zeb save."""
         lines = [json.loads(line) for line in self.zeb("save", folder).out.splitlines()]
         return [line for line in lines if "properties" in line]
 
     def one(self, data, code=0):
-        """Imports one message. Returns its properties, its recipients, its attachments and what was said of it."""
+        """Imports one message. Returns its properties, its recipients, its attachments and its notes."""
         top = self.write("1.eml", data)
         done = self.importer("eml", str(top), code=code)
         [message] = self.saved(top.name)
@@ -54,7 +54,7 @@ class Mail(World):
         return self.one(data, code).get("PR_BODY")
 
     def mbox(self, data, code=0, name="box.mbox"):
-        """Imports an mbox file. Returns the messages and what the importer did."""
+        """Imports an mbox file. Returns the messages and the importer's result."""
         self.count += 1
         file = self.folder / f"box{self.count}" / name
         file.parent.mkdir()
@@ -253,7 +253,7 @@ class Parts(Mail):
         self.assertIn("hello", found["PR_BODY"])
 
     def cpu(self, count):
-        """The processor time of an import of so many small parts."""
+        """The processor time of an import with this number of small parts."""
         top = self.write("1.eml", parts(*[b"Content-Type: application/x-a; name=p%d\n\n%d" % (i, i) for i in range(count)]))
         before = resource.getrusage(resource.RUSAGE_CHILDREN).ru_utime
         self.importer("eml", str(top))
@@ -282,7 +282,7 @@ class WhoAndWhen(Mail):
     def test_a_date_that_is_none_is_told(self):
         for date in ("garbage", "Mon, 2 Jan 1500 03:04:05 +0000"):
             self.assertNotIn("PR_CLIENT_SUBMIT_TIME", self.one(f"Subject: x\nDate: {date}\n\nx\n".encode(), 3))
-            self.assertIn(f"'{date}' is no date", self.said)
+            self.assertIn(f"'{date}' is not a date", self.said)
 
     def test_of_two_headers_the_first_counts(self):
         found = self.one(b"Subject: first\nSubject: second\nFrom: a@x\nFrom: b@x\nSender: c@x\nSender: d@x\nMessage-ID: <1@x>\n"
@@ -337,7 +337,7 @@ class Mbox(Mail):
         self.assertEqual([each["properties"]["PR_SUBJECT"] for each in found], ["1", "3", "4"])
         self.assertEqual(done.out, "3 messages in 1 folder, 1 item skipped\n")
         offset = data.index(SEPARATOR + b"no headers")
-        self.one_sentence(done, f", message 2 at offset {offset}: skipped: it is no mail message")
+        self.one_sentence(done, f", message 2 at offset {offset}: skipped: it is not a mail message")
 
     def test_prose_that_begins_with_from_cuts_no_message(self):
         body = (b"text\n\nFrom here on it is prose.\n\nFrom Monday at 10:30 we meet\n\nFrom me\nFrom a@b Fri Jan  2 03:04:05 2026\n"
@@ -404,9 +404,9 @@ class Files(Mail):
                          "sub/c.eml", b"Subject: c\n\nx\n", "sub/d.eml.bak", b"x")
         (top / "link").symlink_to(top / "sub")
         done = self.importer("eml", str(top))
-        self.assertEqual(done.out, "3 messages in 2 folders, 3 files passed over\n")
-        for name in ("/link: passed over: it is a link to a folder", "/notes.txt: passed over: it is no .eml file",
-                     "/sub/d.eml.bak: passed over: it is no .eml file"):
+        self.assertEqual(done.out, "3 messages in 2 folders, 3 files ignored\n")
+        for name in ("/link: ignored: it is a link to a folder", "/notes.txt: ignored: it is not an .eml file",
+                     "/sub/d.eml.bak: ignored: it is not an .eml file"):
             self.assertIn(name, done.err)
         self.assertEqual([each["properties"]["PR_SUBJECT"] for each in self.saved(top.name)], ["A", "b", "c"])
 
@@ -425,9 +425,9 @@ class Files(Mail):
                          ".Sent.2020/cur/6.a:2,S", b"Subject: below\n\nx\n", ".Sent.2020/new/7", b"Subject: below too\n\nx\n",
                          "dovecot-uidlist", b"3")
         done = self.importer("eml", str(top))
-        self.assertEqual(done.out, "6 messages in 2 folders, 2 files passed over\n")
-        self.assertIn("/tmp/5.a: passed over: it is not yet delivered", done.err)
-        self.assertIn("/dovecot-uidlist: passed over", done.err)
+        self.assertEqual(done.out, "6 messages in 2 folders, 2 files ignored\n")
+        self.assertIn("/tmp/5.a: ignored: it is not yet delivered", done.err)
+        self.assertIn("/dovecot-uidlist: ignored", done.err)
         found = {each["properties"]["PR_SUBJECT"]: (each["folder"], each["properties"]["PR_MESSAGE_FLAGS"] & 9) for each in self.saved(top.name)}
         name = top.name
         self.assertEqual(found, {"seen": (name, 1), "unseen": (name, 0), "all": (name, 9), "new": (name, 0),
@@ -461,4 +461,4 @@ class Ending(Mail):
         told = self.interrupted("mbox", str(self.folder / "many.mbox"), "--inbox", "many")
         self.assertLess(told, count)
         self.assertEqual(self.inbox("--limit", "1")["total"], told)
-        self.assertIn("is sound", self.zeb("store", "check").out)
+        self.assertIn("is intact", self.zeb("store", "check").out)

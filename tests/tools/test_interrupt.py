@@ -1,4 +1,4 @@
-"""Ctrl-C ends each command with a word."""
+"""Ctrl-C stops each command with a message."""
 import json
 import os
 import signal
@@ -14,7 +14,7 @@ LINUX_ONLY = True  # no signal reaches a program of Wine's as Ctrl-C
 
 class Interrupt(test_watch.Watching):
     def interrupted(self, *arguments, when, code=1):
-        """Starts zeb, sends it Ctrl-C when the condition holds, and returns what it said on standard error."""
+        """Starts zeb, sends it Ctrl-C when the condition holds, and returns its standard error output."""
         process = subprocess.Popen([str(world.BUILD / "bin/zeb"), *arguments], env=self.environment, stdin=subprocess.DEVNULL,
                                    stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
         self.addCleanup(process.stderr.close)
@@ -43,7 +43,7 @@ class Interrupt(test_watch.Watching):
         size = (self.folder / "test.zeb").stat().st_size
         wal = self.folder / "test.zeb-wal"
         said = self.interrupted("load", str(file), when=lambda _: wal.exists() and wal.stat().st_size > size)
-        self.assertRegex(said, r"^zeb: .*many.jsonl:\d+: interrupted; the [\d,]+ lines before it are loaded, --from-line \d+ goes on\n$")
+        self.assertRegex(said, r"^zeb: .*many.jsonl:\d+: interrupted; the [\d,]+ lines before it are loaded; --from-line \d+ continues\n$")
         line = int(said.split("--from-line ")[1].split()[0])
         self.assertEqual(len(self.found("Many")), line - 1)
         self.zeb("load", str(file), "--from-line", str(line))

@@ -1,4 +1,4 @@
-"""The lines and objects in which zeb inbox, find and folders list what there is."""
+"""The text and JSON output of zeb inbox, find and folders."""
 import json
 
 import world
@@ -15,7 +15,7 @@ class Lines(World):
         self.create_profile()
 
     def line(self, each, sender, number=None):
-        """The line of a message that is listed as an object."""
+        """The text line of a message that is listed as a JSON object."""
         date = (each["date"] or "").replace("T", " ").rstrip("Z")
         begin = "" if number is None else f"{number:>7}  "
         return f"{begin}{date:<19}  {sender}  {each['size']:>10,}  {each['subject']}"
@@ -82,8 +82,8 @@ class Lines(World):
         self.load(dated("a", 1), dated("b", 2, folder="Sub"), dated("c", 3, folder="Sub"))
         self.assertEqual(self.zeb("inbox").out.splitlines()[-1], "1 message")
         self.assertEqual(self.zeb("find", "Inbox").out.splitlines()[-1], "1 message")
-        self.assertEqual(self.zeb("find", "Sub", "--subject", "b").out.splitlines()[-1], "1 message found among 2")
-        self.assertEqual(self.zeb("find", "Sub", "--subject", "d").out, "0 messages found among 2\n")
+        self.assertEqual(self.zeb("find", "Sub", "--subject", "b").out.splitlines()[-1], "1 of 2 messages matched")
+        self.assertEqual(self.zeb("find", "Sub", "--subject", "d").out, "0 of 2 messages matched\n")
 
     def test_the_limit_holds_over_all_folders_and_each_has_its_heading(self):
         self.load(*[dated(each, 1, folder=folder) for folder in ("Top", "Top/One", "Top/Two") for each in "ab"])

@@ -101,7 +101,7 @@ class Load(World):
         found = self.inbox()["messages"][0]
         self.assertEqual(found["subject"], "with parts")
         self.assertGreater(found["size"], 70000)
-        self.assertIn("is sound", self.zeb("store", "check").out)
+        self.assertIn("is intact", self.zeb("store", "check").out)
 
     def test_large_text_and_bytes_go_through(self):
         self.load(message("large", PR_BODY="\u00e4" * 300_000, PR_RTF_COMPRESSED="ab" * 200_000))
@@ -112,7 +112,7 @@ class Load(World):
         self.assertEqual(self.subjects(), ["shown"])
 
     def test_a_missing_file_is_named(self):
-        self.refused("load", self.path("absent.jsonl"), saying="absent.jsonl' is not there")
+        self.refused("load", self.path("absent.jsonl"), saying="absent.jsonl' does not exist")
         self.refused("load", self.path("."), saying="is a folder")
 
     def test_lines_of_folders_are_counted_beside_the_messages(self):
@@ -130,12 +130,12 @@ class BadLines(World):
         self.create_profile()
 
     def stops(self, line, saying):
-        """A good line, the bad one, another good one: only the first gets in."""
+        """A good line, the bad one, another good one: only the first is loaded."""
         before = self.folders()
         done = self.load(message("before", folder="Probe"), line, message("behind", folder="Probe"), code=1,
                          name="bad.jsonl")
         self.assertEqual(done.out, "")
-        self.one_sentence(done, ["bad.jsonl:2: ", "; the line before it is loaded, --from-line 2 goes on",
+        self.one_sentence(done, ["bad.jsonl:2: ", "; the line before it is loaded; --from-line 2 continues",
                                  *([saying] if isinstance(saying, str) else saying)])
         after = [folder for folder in self.folders() if folder["name"] == "Probe"]
         self.assertEqual([folder["messages"] for folder in after], [1])
@@ -152,20 +152,20 @@ class BadLines(World):
             with self.subTest(bad=bad):
                 (self.folder / "bytes.jsonl").write_bytes(good.encode() + b"\n" + bad + b"\n")
                 self.refused("load", self.path("bytes.jsonl"),
-                             saying=f"bytes.jsonl:2: no UTF-8: an invalid byte at column {column}; the line before it is")
+                             saying=f"bytes.jsonl:2: invalid UTF-8 at column {column}; the line before it is")
 
     def test_loading_goes_on_where_it_stopped(self):
         lines = [message("a"), message("b"), "", "wrong", message("c"), "wrong too", message("d")]
         self.one_sentence(self.load(*lines, code=1),
-                          "mail.jsonl:4: no JSON: unexpected text at column 1; the 3 lines before it are loaded, --from-line 4")
+                          "mail.jsonl:4: invalid JSON: unexpected text at column 1; the 3 lines before it are loaded; --from-line 4")
         self.assertEqual(sorted(self.subjects()), ["a", "b"])
         file = self.path("mail.jsonl")
         done = self.zeb("load", file, "--from-line", "4", code=1)
-        self.assertEqual(done.err, f"zeb: {file}:4: no JSON: unexpected text at column 1\n")
-        self.refused("load", file, "--from-line", "5", saying=":6: no JSON: unexpected text at column 1; line 5 is loaded, --from")
+        self.assertEqual(done.err, f"zeb: {file}:4: invalid JSON: unexpected text at column 1\n")
+        self.refused("load", file, "--from-line", "5", saying=":6: invalid JSON: unexpected text at column 1; line 5 is loaded; --from")
         self.assertEqual(self.zeb("load", file, "--from-line", "7").out, "1 message loaded\n")
         self.assertEqual(sorted(self.subjects()), ["a", "b", "c", "d"])
-        self.refused("load", file, "--from-line", "8", saying=":8: the file has no such line")
+        self.refused("load", file, "--from-line", "8", saying=":8: --from-line: the file has fewer lines")
         self.refused("load", file, "--from-line", "0", code=2, saying="--from-line")
 
     def test_not_json(self):
@@ -217,7 +217,7 @@ class BadLines(World):
         self.stops(line, "PR_SUBJECT")
 
     def test_the_column_of_what_is_no_json(self):
-        self.stops('{"folder": x}', "no JSON: unexpected text at column 12")
+        self.stops('{"folder": x}', "invalid JSON: unexpected text at column 12")
 
     def test_parts_of_the_wrong_kind(self):
         good = {"properties": {}}
@@ -240,7 +240,7 @@ class BadLines(World):
         guid = "{00062008-0000-0000-C000-000000000046}"
         for name, value, saying in (("0x68000002", 65536, "16 bits"), ("0x68000002", -32769, "16 bits"),
                                     ("0x68000014", 2 ** 63, "64 bits"), ("0x68000004", 1e39, "32 bits"),
-                                    ("0x6800001F", {"hex": "00"}, "two bytes a character"),
+                                    ("0x6800001F", {"hex": "00"}, "two bytes per character"),
                                     ("0x6800001F", {"hex": "0041", "more": 1}, "text"), ("0x6800001F", "a\u0000b", "zero"),
                                     ("PR_IMPORTANCE_A", 1, "PR_IMPORTANCE_A"), ("0x0000001F", "x", "0x0000001F"),
                                     (f"{guid}:PT_LONG:name:", 1, "name"), (f"{guid}:PT_LONG:id:0x123456789", 1, "identifier"),

@@ -1,4 +1,4 @@
-"""The inbox that README.md shows is the one that run.sh makes of the sample mailbox."""
+"""The inbox shown in README.md is the one that run.sh creates from the sample mailbox."""
 import re
 
 import world

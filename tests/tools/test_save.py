@@ -123,7 +123,7 @@ class Contents(Save):
         files = lambda: sorted(name for name in os.listdir(self.folder) if "jsonl" in name)
         before = files()
         self.refused("save", "Nowhere", "-o", self.path("new.jsonl"), saying="'Nowhere'")
-        self.refused("save", "Inbox", "-o", self.path("absent/new.jsonl"), saying=["new.jsonl", "can not be written"])
+        self.refused("save", "Inbox", "-o", self.path("absent/new.jsonl"), saying=["new.jsonl", "cannot be written"])
         (self.folder / "directory").mkdir()
         self.refused("save", "Inbox", "-o", self.path("directory"), saying="directory' is a directory")
         self.environment["ZEBSTORE_FAULT"] = "call:40:0x80004005"
@@ -148,7 +148,7 @@ class Contents(Save):
         number = self.call_number("IMAPIProp::OpenProperty", "save", "Inbox", which=0)
         self.environment["ZEBSTORE_FAULT"] = f"call:{number}:0x80040115"
         done = self.zeb("save", "Inbox", "-o", self.path("out.jsonl"), code=3)
-        self.one_sentence(done, ["a message of folder 'Inbox': property 0x", " is left out: ", "MAPI_E_NETWORK_ERROR"])
+        self.one_sentence(done, ["a message of folder 'Inbox': property 0x", " is omitted: ", "MAPI_E_NETWORK_ERROR"])
         self.assertEqual(done.out, "1 message in 1 folder saved\n")
         self.assertEqual(json.loads((self.folder / "out.jsonl").read_text().splitlines()[1])["properties"]["PR_SUBJECT"], "a")
 

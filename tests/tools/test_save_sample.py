@@ -1,4 +1,4 @@
-"""zeb save and zeb load on whole real mailboxes, which zeb-import brings in."""
+"""zeb save and zeb load on whole real mailboxes, which zeb-import imports."""
 import fcntl
 import json
 import os
@@ -21,12 +21,12 @@ class Sample(test_save.Save):
         lines = [json.loads(line) for line in first.splitlines()]
         self.assertGreater(sum("properties" in line for line in lines), 230)
         self.assert_same(first, self.again("first.jsonl"))
-        self.assertIn("is sound", self.zeb("store", "check").out)
+        self.assertIn("is intact", self.zeb("store", "check").out)
 
     def test_an_interrupted_save_leaves_nothing(self):
         self.importer("pst", str(SAMPLES / "enron.pst"))
         before = [name for name in os.listdir(self.folder) if "jsonl" in name]
-        # The trace goes into a pipe that holds little, so the program waits for its reader.
+        # The trace goes to a pipe with a small buffer, so the program waits for the reader.
         trace = self.folder / "trace"
         os.mkfifo(trace)
         process = subprocess.Popen([str(world.BUILD / "bin/zeb"), "save", "/", "-o", self.path("out.jsonl")],
@@ -47,10 +47,10 @@ class Sample(test_save.Save):
         self.load(*[world.message(f"{i:04}") for i in range(200)])
         size = len(self.saved("whole.jsonl", "Inbox"))
         self.assertGreater(size, 40_000, "room for what the store itself writes")
-        # One byte too few: the end fails, which is written when the file is closed.
+        # One byte too few: writing the end fails when the file is closed.
         for limit in (size - 1, 40_000):
             # The limit would cut the provider's trace too.
             done = self.run_tool("zeb", "save", "Inbox", "-o", self.path("out.jsonl"), traced=False, restore_signals=False,
                                  preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit)))
-            self.one_sentence(self.check(done, 1), ["out.jsonl", "can not be written"])
+            self.one_sentence(self.check(done, 1), ["out.jsonl", "cannot be written"])
             self.assertEqual([name for name in os.listdir(self.folder) if "out.jsonl" in name], [])

@@ -1,4 +1,4 @@
-"""zeb show: every property of an object, for people and for machines."""
+"""zeb show: every property of an object, as text and as JSON."""
 import json
 
 from world import World, message

@@ -1,4 +1,4 @@
-"""What a terminal sees and a pipe does not."""
+"""Output that goes to a terminal only, not to a pipe."""
 import fcntl
 import json
 import os
@@ -22,7 +22,7 @@ class Terminal(World):
         self.create_profile()
 
     def on_terminal(self, *arguments, columns=60):
-        """Runs zeb with a terminal of so many columns as output and error; returns what it wrote there."""
+        """Runs zeb with a terminal of this width as output and error; returns its output."""
         leader, follower = pty.openpty()
         fcntl.ioctl(follower, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
         process = subprocess.Popen([str(world.BUILD / "bin/zeb"), *arguments], env=self.environment,
@@ -42,7 +42,7 @@ class Terminal(World):
         return written.decode("utf-8")
 
     def answer(self, reply, *arguments, code):
-        """Runs zeb with a terminal as input, output and error, gives the reply to its question; returns what stood there."""
+        """Runs zeb with a terminal as input, output and error and answers its question; returns the terminal's content."""
         leader, follower = pty.openpty()
         process = subprocess.Popen([str(world.BUILD / "bin/zeb"), *arguments], env=self.environment, stdin=follower,
                                    stdout=follower, stderr=follower)
@@ -64,10 +64,10 @@ class Terminal(World):
         self.load(message("a"), message("b"))
         for reply in (b"n\n", b"\n", b"\x04"):
             shown = self.answer(reply, "rm", "Inbox", "a", "--hard", code=1)
-            self.assertTrue(shown.startswith("Really delete message 'a' of folder 'Inbox' for good? [y/N] "), shown)
-            self.assertIn("zeb: nothing is done", shown)
+            self.assertTrue(shown.startswith("Really delete message 'a' of folder 'Inbox' permanently? [y/N] "), shown)
+            self.assertIn("zeb: cancelled: nothing was changed", shown)
         self.assertEqual(len(self.subjects()), 2)
-        self.assertIn("deleted for good", self.answer(b"y\n", "rm", "Inbox", "a", "--hard", code=0))
+        self.assertIn("deleted permanently", self.answer(b"y\n", "rm", "Inbox", "a", "--hard", code=0))
         self.assertEqual(self.subjects(), ["b"])
         self.answer(b"y\n", "empty", "Inbox", code=0)
         self.assertEqual(self.subjects(), [])
@@ -78,7 +78,7 @@ class Terminal(World):
         done = self.run_tool("zeb", "rm", "Inbox", "a", "--hard", stdin=follower)
         os.close(follower)
         os.close(leader)
-        self.one_sentence(self.check(done, 2), "there is no terminal to ask on")
+        self.one_sentence(self.check(done, 2), "no terminal for the question")
         self.answer(b"Y\n", "rm", "Inbox", "a", "--hard", code=0)
         self.assertEqual(self.subjects(), [])
 
@@ -88,7 +88,7 @@ class Terminal(World):
             with self.subTest(command=command), open("/dev/full", "wb") as full:
                 done = subprocess.run([str(world.BUILD / "bin/zeb"), *command], env=self.environment, stdout=full,
                                       stderr=subprocess.PIPE, check=False)
-                self.assertEqual((done.returncode, done.stderr), (1, b"zeb: standard output can not be written\n"))
+                self.assertEqual((done.returncode, done.stderr), (1, b"zeb: standard output cannot be written\n"))
 
     def test_saving_shows_progress_but_not_between_lines(self):
         self.zeb("load", self.write_many(3000))
@@ -134,7 +134,7 @@ class Terminal(World):
         self.assertEqual((done.out, done.err), ("6,000 messages loaded\n", ""))
 
     def make_older(self, store):
-        """Writes the store's file as the program before the one that added checksums did."""
+        """Writes the store's file in the version before checksums."""
         database = sqlite3.connect(store)
         database.execute("ALTER TABLE chunk DROP COLUMN sum")
         for column in ("created", "modified"):

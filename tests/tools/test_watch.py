@@ -1,4 +1,4 @@
-"""zeb watch: each change of a folder, also one that another process makes."""
+"""zeb watch: each change of a folder, also by another process."""
 import datetime
 import json
 import subprocess
@@ -27,7 +27,7 @@ class Watching(World):
         process = subprocess.Popen(command, env=self.environment, stdin=subprocess.DEVNULL, stdout=self.out, stderr=self.err)
         self.addCleanup(process.wait)
         self.addCleanup(process.kill)
-        self.wait_until(lambda: "watching folder 'Inbox'; Ctrl-C ends" in self.said(self.err))
+        self.wait_until(lambda: "watching folder 'Inbox'; Ctrl-C stops" in self.said(self.err))
         return process
 
     def wait_until(self, holds):
@@ -47,7 +47,7 @@ class Watch(Watching):
         process = self.watch("Inbox", "--json", "--count", "3")
         self.load(message("second", PR_SENDER_NAME="Ada"), message("not here", folder="Sub"))
         self.wait_until(lambda: "second" in self.said(self.out))
-        # A message that is changed and gone before the watcher looks is told of once.
+        # A message that is changed and deleted between two polls is reported once.
         self.zeb("set", "Inbox", "first", "PR_SUBJECT=changed")
         self.wait_until(lambda: "changed" in self.said(self.out))
         self.zeb("rm", "Inbox", "changed", "--hard", "--yes")

@@ -1,4 +1,4 @@
-"""The world of one test: a folder, a registry and, on Windows, a Wine prefix, none of them anybody else's."""
+"""The environment of one test: its own folder, registry and, on Windows, Wine prefix."""
 import json
 import os
 import pathlib
@@ -52,7 +52,7 @@ class World(unittest.TestCase):
             self.zeb("provider", "install")
 
     def delete_profiles(self):
-        """Deletes what earlier tests have left in the prefix; a provider whose file is gone would hide it."""
+        """Deletes what earlier tests left in the prefix; a provider whose file is missing would hide the new one."""
         registered = self.registered_already()
         if not registered:
             self.reg("delete", MAIL, "/f")
@@ -92,12 +92,12 @@ class World(unittest.TestCase):
                               timeout=300).returncode
 
     def path(self, name):
-        """A file of the test's folder as the tool under test writes it."""
+        """A file of the test's folder in the path form of the tool."""
         file = str(self.folder / name)
         return "Z:" + file.replace("/", "\\") if WINDOWS else file
 
     def run_tool(self, tool, *arguments, traced=True, **more):
-        """Runs a tool; the provider's trace of it must end cleanly, unless the test does without (`traced` is false)."""
+        """Runs a tool; the provider's trace must end cleanly, unless `traced` is false."""
         command = [str(BUILD / "bin" / tool), *arguments]
         if WINDOWS:
             command = [str(ROOT / "scripts/wine-run.sh"), str(BUILD / "bin" / (tool + ".exe")), *arguments]
@@ -113,7 +113,7 @@ class World(unittest.TestCase):
         return done
 
     def check_trace(self, trace, done):
-        """A tool that started the provider ends with no object, no block and no second free, whatever its exit code."""
+        """A tool that started the provider ends without live objects, live blocks or double frees, whatever its exit code."""
         ends = [tuple(map(int, end)) for end in END.findall(trace)]
         kept = len(KEEPING.findall(trace))
         started = " MAPIInitialize 0x00000000" in trace
@@ -141,7 +141,7 @@ class World(unittest.TestCase):
         return done
 
     def zeb(self, *arguments, code=0, given=None):
-        """Runs zeb and expects its exit code; `given` is what it reads from standard input."""
+        """Runs zeb and expects its exit code; `given` is its standard input."""
         if given is None:
             return self.check(self.run_tool("zeb", *arguments), code)
         with tempfile.TemporaryFile() as stream:
@@ -153,7 +153,7 @@ class World(unittest.TestCase):
         return self.check(self.run_tool("zeb-import", *arguments), code)
 
     def refused(self, *arguments, saying, code=1, given=None):
-        """Runs zeb, expects failure with one sentence on standard error, in which `saying` occurs."""
+        """Runs zeb, expects failure with one error text on standard error that contains `saying`."""
         done = self.one_sentence(self.zeb(*arguments, code=code, given=given), saying)
         self.assertEqual(done.out, "")
         return done
@@ -166,7 +166,7 @@ class World(unittest.TestCase):
         return done
 
     def call_number(self, call, *arguments, which=-1, code=0):
-        """Runs zeb and returns the number that one of its calls of the provider has; the last one of that name."""
+        """Runs zeb and returns the number of its last call of that name to the provider."""
         self.environment["ZEBSTORE_TRACE"] = self.path("trace")
         self.zeb(*arguments, code=code)
         del self.environment["ZEBSTORE_TRACE"]
@@ -176,7 +176,7 @@ class World(unittest.TestCase):
         return int(calls[which])
 
     def fail_at(self, number, *arguments, saying, result=0x80040115):
-        """Runs zeb with a provider whose call of that number fails, and expects one sentence about it."""
+        """Runs zeb with a provider whose call of that number fails, and expects one error text about it."""
         self.environment["ZEBSTORE_FAULT"] = f"call:{number}:0x{result:08X}"
         self.refused(*arguments, saying=saying)
         del self.environment["ZEBSTORE_FAULT"]
@@ -186,13 +186,13 @@ class World(unittest.TestCase):
         return self.folder / store
 
     def load(self, *lines, code=0, name="mail.jsonl"):
-        """Writes the lines (objects, or text as it stands) into a file and loads it."""
+        """Writes the lines (objects, or raw text) to a file and loads it."""
         text = [line if isinstance(line, str) else json.dumps(line) for line in lines]
         (self.folder / name).write_text("\n".join(text) + "\n", encoding="utf-8")
         return self.zeb("load", self.path(name), code=code)
 
     def found(self, *arguments):
-        """What zeb find lists, as a list of objects."""
+        """The output of zeb find as a list of objects."""
         return json.loads(self.zeb("find", *arguments, "--json").out)["messages"]
 
     def shown(self, *arguments):

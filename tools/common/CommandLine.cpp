@@ -9,7 +9,7 @@ namespace zeb::tools
 namespace
 {
 
-/// The innermost command that the arguments chose, and what a user typed for it.
+/// The innermost command selected by the arguments, as the user typed it.
 struct ChosenCommand
 {
     explicit ChosenCommand(const CLI::App& app)
@@ -37,7 +37,7 @@ bool IsOption(const std::string& word)
     return word.size() > 1 && word.front() == '-';
 }
 
-/// About the first of the words that the command has no place for.
+/// The error text for the first superfluous argument.
 std::string UnknownWord(const ChosenCommand& chosen, const std::string& word)
 {
     const std::string command = "'" + chosen.name + "'";
@@ -52,7 +52,7 @@ std::string UnknownWord(const ChosenCommand& chosen, const std::string& word)
     return command + " takes no further argument, such as " + Quoted(word);
 }
 
-/// About what is required and was not given; empty when nothing is.
+/// The error text for missing required arguments; empty when none is missing.
 std::string MissingArgument(const ChosenCommand& chosen)
 {
     for (const CLI::Option* option : chosen.command->get_options())
@@ -66,7 +66,7 @@ std::string MissingArgument(const ChosenCommand& chosen)
     return {};
 }
 
-/// "--limit: 1 required N missing" is about an option without its value.
+/// "--limit: 1 required N missing": an option without its value.
 std::string MissingValue(const std::string& text)
 {
     const std::string option = text.substr(0, text.find(':'));

@@ -1,4 +1,4 @@
-// What the command lines of all tools have in common.
+// The common part of all tools' command lines.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -10,12 +10,11 @@
 namespace zeb::tools
 {
 
-/// Gives a command line the help and the --version that every tool has, and lets paths begin with a slash.
+/// Adds --help and --version, and allows paths that begin with a slash.
 void PrepareCommandLine(CLI::App& app);
 
-/// Reads UTF-8 arguments. Prints the help or the version when they ask for it, and on standard error one sentence about
-/// what is wrong with them.
-/// @return the exit code to end with, or nothing when the chosen command is to run
+/// Reads UTF-8 arguments. Prints the help or the version on request; on a usage error prints one sentence to standard
+/// error. @return the exit code; empty when the selected command should run
 std::optional<int> ReadCommandLine(CLI::App& app, std::vector<std::string> arguments);
 
 } // namespace zeb::tools

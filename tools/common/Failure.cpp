@@ -10,7 +10,7 @@ namespace zeb::tools
 namespace
 {
 
-/// Codes of Windows that reach a host without being MAPI's.
+/// Windows codes that reach a host and are not MAPI codes.
 struct OtherCode
 {
     HRESULT code;
@@ -18,12 +18,12 @@ struct OtherCode
 };
 
 constexpr OtherCode OtherCodes[] = {
-    {NameNotFound, "there is no such element"},
-    {E_NOTIMPL, "the provider does not do this"},
+    {NameNotFound, "the element does not exist"},
+    {E_NOTIMPL, "the provider does not support this"},
     {E_POINTER, "MAPI is not started"},
     {E_ABORT, "the operation was aborted"},
     {E_UNEXPECTED, "the provider failed unexpectedly"},
-    {STG_E_MEDIUMFULL, "the medium is full"},
+    {STG_E_MEDIUMFULL, "the disk is full"},
     {STG_E_ACCESSDENIED, "access is denied"},
     {STG_E_WRITEFAULT, "writing failed"},
     {STG_E_READFAULT, "reading failed"},
@@ -50,10 +50,10 @@ std::string NamedCode(HRESULT result)
             return each.text + (" (" + CodeText(result) + ")");
         }
     }
-    return "a failure without a name (" + CodeText(result) + ")";
+    return "unknown error (" + CodeText(result) + ")";
 }
 
-/// The provider's sentence out of an exception's description ("Ver:0, Error:..., Component:..., ..."); empty
+/// The provider's error text, extracted from an exception's description ("Ver:0, Error:..., Component:..., ..."); empty
 /// when the description has no extended error.
 std::string ProviderSentence(const std::string& description)
 {
@@ -106,7 +106,7 @@ std::string CurrentFailure()
     }
     catch (...)
     {
-        return "an unknown failure";
+        return "unknown error";
     }
 }
 

@@ -1,4 +1,4 @@
-// One place that turns exceptions into messages and exit codes.
+// Converts exceptions to messages and exit codes.
 #pragma once
 
 #include <functional>
@@ -11,12 +11,12 @@ namespace zeb::tools
 enum ExitCode : int
 {
     ExitDone = 0,
-    ExitFailed = 1,  ///< the library's failure, or a file that can not be used; described on standard error
+    ExitFailed = 1,  ///< the library failed, or a file cannot be used; described on standard error
     ExitUsage = 2,   ///< wrong usage
-    ExitSkipped = 3, ///< an import that is done but for the items it reported
+    ExitSkipped = 3, ///< an import that completed except for the reported items
 };
 
-/// A failure with its whole sentence, UTF-8.
+/// A failure with its complete message, UTF-8.
 class ToolError : public std::runtime_error
 {
 public:
@@ -30,14 +30,14 @@ public:
     using ToolError::ToolError;
 };
 
-/// What the exception in flight says, in one line of UTF-8: the provider's own sentence where there is one,
-/// else the name of the result code. Deletes a framework exception. Call it inside a catch block.
+/// The message of the current exception in one line of UTF-8: the provider's own error text if there is one, else the
+/// name of the result code. Deletes a framework exception. Call it inside a catch block.
 std::string CurrentFailure();
 
-/// The result code of the exception in flight, E_FAIL when it has none; does not delete it.
+/// The result code of the current exception, E_FAIL when it has none; does not delete it.
 long CurrentResult();
 
-/// Throws ToolError: `doing`, a colon, and what the exception in flight says. Call it inside a catch block.
+/// Throws ToolError: `doing`, a colon, and the message of the current exception. Call it inside a catch block.
 [[noreturn]] void FailWhile(const std::string& doing);
 
 /// Runs a tool's body: returns its exit code, or prints "tool: failure" on standard error and returns

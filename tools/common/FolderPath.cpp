@@ -25,7 +25,7 @@ std::string Escaped(const std::string& name)
     return text;
 }
 
-/// Who separates folders by '\' must not get one folder named by all of the path.
+/// A path separated by '\' must not create one folder named after the whole path.
 void RefuseLoneBackslash(const std::string& text, size_t behind)
 {
     if (behind >= text.size() || (text[behind] != '/' && text[behind] != '\\'))
@@ -35,7 +35,7 @@ void RefuseLoneBackslash(const std::string& text, size_t behind)
     }
 }
 
-/// Looks a subfolder up by its name. @return false when there is none.
+/// Looks up a subfolder by its name. @return false when it does not exist
 bool Find(CZebFolder& parent, const std::string& name, CZebFolder& folder)
 {
     try
@@ -132,7 +132,7 @@ CZebFolder CreateSubfolder(CZebFolder& parent, const std::string& name)
     {
         return parent.CreateFolder(narrow.c_str(), false, false, 0, nullptr, FOLDER_GENERIC);
     }
-    // The wrapper takes narrow text only, which can not say every name.
+    // The wrapper accepts only narrow text, which cannot represent every name.
     const CComPtr<IMAPIFolder> owner = InterfaceOf(parent);
     CComPtr<IMAPIFolder> created;
     CStringW wide = WideFromUtf8(name);

@@ -10,12 +10,11 @@
 namespace zeb::tools
 {
 
-/// The system's code for an element that was not found, which the library's look-ups by name throw.
+/// Windows' code for "element not found", which the library's look-ups by name throw.
 constexpr long NameNotFound = 1168;
 
-/// The names of a folder path: "Inbox/Sub" below the folder that users see as the top of their mail,
-/// "/Finder" below the store's root. A slash or backslash inside a name is written with a backslash before
-/// it. Empty: the top itself.
+/// The names of a folder path: "Inbox/Sub" below the top of the IPM subtree, "/Finder" below the store's root. A slash
+/// or backslash inside a name is escaped with a backslash. Empty: the top itself.
 struct FolderPath
 {
     bool fromRoot = false;
@@ -25,14 +24,14 @@ struct FolderPath
     static FolderPath Parse(const std::string& text);
     std::string Text() const;
     FolderPath Below(const std::string& name) const;
-    /// The path of the folder above; of a top, itself.
+    /// The path of the parent folder; a top folder returns itself.
     FolderPath Above() const;
 };
 
-/// A path as a sentence names it: "folder 'Inbox/Sub'".
+/// A path as shown in messages: "folder 'Inbox/Sub'".
 std::string Named(const FolderPath& path);
 
-/// Creates a folder in `parent`; `name` is UTF-8. @throws CZebException* MAPI_E_COLLISION when there is one
+/// Creates a folder in `parent`; `name` is UTF-8. @throws CZebException* MAPI_E_COLLISION when the name is taken
 CZebFolder CreateSubfolder(CZebFolder& parent, const std::string& name);
 
 /// Opens folders of one store by path, creates what is missing, and keeps them open.
@@ -44,7 +43,7 @@ public:
     /// @throws CZebException*
     CZebFolder& Open(const FolderPath& path) { return Open(path, true); }
 
-    /// Opens a folder that must be there. @throws ToolError naming the path; CZebException*
+    /// Opens an existing folder. @throws ToolError naming the path; CZebException*
     CZebFolder& Existing(const FolderPath& path) { return Open(path, false); }
 
     /// Deletes the folders that Open created since the last Keep, deepest first.

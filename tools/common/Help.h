@@ -1,4 +1,4 @@
-// How the tools' --help looks.
+// The format of the tools' --help.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -9,8 +9,8 @@
 namespace zeb::tools
 {
 
-/// Names an argument by what it is ("FOLDER"), in the usage line as in the list, and of an option's type only what a
-/// reader needs: its name, or the words there are to choose from.
+/// Shows an argument by its kind ("FOLDER"), in the usage line and in the list, and an option's type in short form: its
+/// name, or the allowed words.
 class HelpFormatter : public CLI::Formatter
 {
 public:
@@ -37,7 +37,7 @@ public:
     }
 
 private:
-    /// Of "N:UINT in [1 - 9]" the name, of "TEXT:{a,b}" the words as "a|b".
+    /// "N:UINT in [1 - 9]" becomes "N"; "TEXT:{a,b}" becomes "a|b".
     static std::string TypeOf(const CLI::Option* option)
     {
         const std::string type = option->get_type_name();

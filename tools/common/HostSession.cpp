@@ -13,7 +13,7 @@ namespace zeb::tools
 namespace
 {
 
-/// False when MAPI's administration, asked for its profiles, has none of that name.
+/// False when MAPI's profile administration lists no profile of that name.
 bool MayExist(const std::string& profile)
 {
     try
@@ -36,8 +36,8 @@ std::string NamedProfile(const std::string& profile)
     return profile.empty() ? "the default profile" : "profile '" + ValidUtf8(profile) + "'";
 }
 
-/// For people at a terminal: asks the profile for its store's file, since the
-/// session's table of stores opens it already.
+/// Only for a terminal: asks the profile for its store's file, because reading the session's table of stores already
+/// opens the store.
 void AnnounceUpgradeOf(const std::string& profile)
 {
     if (!platform::IsTerminal(platform::OutputStream::Error))
@@ -51,7 +51,7 @@ void AnnounceUpgradeOf(const std::string& profile)
     }
     catch (...)
     {
-        // Logging on says what is wrong with the profile.
+        // The logon reports the problem with the profile.
         CurrentFailure();
     }
 }
@@ -81,7 +81,7 @@ HostSession::HostSession(const std::string& profile)
 {
     if (profile.empty() && Zeb_GetMAPI().GetDefaultProfileName().IsEmpty())
     {
-        throw ToolError("there is no default profile; 'zeb profile list' shows the profiles there are");
+        throw ToolError("there is no default profile; 'zeb profile list' shows the existing profiles");
     }
     AnnounceUpgradeOf(profile);
     try
@@ -102,7 +102,7 @@ HostSession::HostSession(const std::string& profile)
         if (!profile.empty() && !MayExist(profile))
         {
             throw ToolError("there is no " + NamedProfile(profile) +
-                            "; 'zeb profile list' shows the profiles there are");
+                            "; 'zeb profile list' shows the existing profiles");
         }
         throw ToolError("logging on to " + NamedProfile(profile) + ": " + failure);
     }

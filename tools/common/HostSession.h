@@ -1,4 +1,4 @@
-// MAPI for as long as one command needs it.
+// MAPI for the duration of one command.
 #pragma once
 
 #include "zebapi/ZebAPI.h"
@@ -8,7 +8,8 @@
 namespace zeb::tools
 {
 
-/// MAPI initialised, until the object goes. @throws ToolError when no provider is found or it does not start.
+/// Keeps MAPI initialised for the lifetime of the object. @throws ToolError when no provider is found or it cannot be
+/// started
 class HostMapi
 {
 public:
@@ -18,7 +19,7 @@ public:
     HostMapi& operator=(const HostMapi&) = delete;
 };
 
-/// A session on a profile. Everything opened from it must be gone before it is.
+/// A session on a profile. All objects opened from it must be released before it is destroyed.
 class HostSession
 {
 public:
@@ -31,7 +32,7 @@ public:
 
     CZebSession& Session() { return m_session; }
 
-    /// The profile's default store, opened for writing when it can be.
+    /// The profile's default store, opened for writing when possible.
     CZebMsgStore OpenStore();
 
 private:
@@ -40,10 +41,10 @@ private:
     CZebSession m_session;
 };
 
-/// Reads a property of a store, folder or message that may be missing.
-/// @return the text, empty when there is none.
+/// Reads an optional text property of a store, folder or message. @return the text, empty when the object does not have
+/// it
 std::string TextOf(CZebIProp& object, ULONG wideTag);
-/// The same of a cell of a row.
+/// The same for a cell of a row.
 std::string TextOf(const CZebRow& row, ULONG wideTag);
 
 } // namespace zeb::tools

@@ -8,7 +8,7 @@ namespace zeb::tools
 namespace
 {
 
-/// As deep as a file can carry them.
+/// The nesting limit of the file format.
 constexpr int DeepestMessage = 32;
 
 CComPtr<IMessage> MessageOf(const CZebIProp& object)
@@ -18,7 +18,7 @@ CComPtr<IMessage> MessageOf(const CZebIProp& object)
     return message;
 }
 
-/// Every column that a table can show, text in 16 bits.
+/// All available columns of a table, text in 16 bits.
 std::vector<ULONG> AllColumns(IMAPITable* table)
 {
     Given<SPropTagArray> all;
@@ -102,7 +102,7 @@ MessageContent PropertyReader::ReadMessage(CZebIProp& message, int depth)
 {
     if (depth > DeepestMessage)
     {
-        throw ToolError("messages are embedded in each other more than " + std::to_string(DeepestMessage) + " deep");
+        throw ToolError("embedded messages are nested more than " + std::to_string(DeepestMessage) + " deep");
     }
     MessageContent content;
     content.properties = ReadObject(message);
@@ -165,7 +165,7 @@ Properties PropertyReader::ReadRecipient(const CZebRow& row, const std::vector<U
         {
             if (value.Value.err != MAPI_E_NOT_FOUND)
             {
-                m_unread.push_back({columns[i], "it is too large for a row of recipients"});
+                m_unread.push_back({columns[i], "the value is too large for the recipient table"});
             }
             continue;
         }
@@ -188,7 +188,7 @@ AttachmentContent PropertyReader::ReadAttachment(IMessage* message, ULONG number
     {
         return content;
     }
-    // Any other object, as the bytes that it shows.
+    // Any other object, as the bytes of its stream.
     try
     {
         Property data;

@@ -14,7 +14,7 @@ namespace
 
 constexpr uint64_t TicksPerSecond = 10'000'000;
 constexpr uint64_t SecondsPerDay = 86'400;
-/// The first file time of year 10000.
+/// The first file time of the year 10000.
 constexpr uint64_t EndOfYears = 2'650'467'744'000'000'000ull;
 constexpr const char* Ellipsis = "\xE2\x80\xA6";
 
@@ -23,7 +23,7 @@ struct CivilDate
     int year, month, day;
 };
 
-/// Days since 1601-01-01 as a date of the Gregorian calendar; 1601 begins a cycle of 400 years.
+/// Converts days since 1601-01-01 to a Gregorian date; 1601 begins a cycle of 400 years.
 CivilDate DateOfDays(int64_t days)
 {
     // Counted from 1 March 1600, so that the leap day ends a year.
@@ -72,7 +72,7 @@ std::string DateAndTime(uint64_t ticks, char separator)
     return text;
 }
 
-/// The code point at `at`, which moves behind it; bytes that are no UTF-8 count one each.
+/// The code point at `at`, which is advanced past it; each byte that is not valid UTF-8 counts as one.
 char32_t NextCodePoint(std::string_view text, size_t& at)
 {
     const auto lead = static_cast<unsigned char>(text[at++]);
@@ -89,7 +89,7 @@ char32_t NextCodePoint(std::string_view text, size_t& at)
     return point;
 }
 
-/// Columns of one code point: none for combining marks and joiners, two for the wide blocks of East Asia.
+/// The columns of one code point: none for combining marks and joiners, two for the wide East Asian blocks.
 size_t ColumnsOf(char32_t point)
 {
     if ((point >= 0x300 && point <= 0x36F) || (point >= 0x200B && point <= 0x200F) ||
@@ -104,7 +104,7 @@ size_t ColumnsOf(char32_t point)
     return wide ? 2 : 1;
 }
 
-/// Reads `digits` digits at `at`, which moves behind them.
+/// Reads `digits` digits at `at`, which is advanced past them.
 bool ReadNumber(const std::string& text, size_t& at, int digits, int& number)
 {
     number = 0;
@@ -124,7 +124,7 @@ bool ReadSign(const std::string& text, size_t& at, char sign)
     return at < text.size() && text[at++] == sign;
 }
 
-/// Reads ".1234567" when it is there, as 100 ns units.
+/// Reads an optional ".1234567" as 100 ns units.
 bool ReadFraction(const std::string& text, size_t& at, uint64_t& ticks)
 {
     ticks = 0;
@@ -313,7 +313,7 @@ void Print(const std::string& text)
 {
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size())
     {
-        throw std::runtime_error("standard output can not be written");
+        throw std::runtime_error("standard output cannot be written");
     }
 }
 
@@ -321,7 +321,7 @@ void FlushOutput()
 {
     if (std::fflush(stdout) != 0 || std::ferror(stdout))
     {
-        throw std::runtime_error("standard output can not be written");
+        throw std::runtime_error("standard output cannot be written");
     }
 }
 

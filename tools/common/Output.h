@@ -1,4 +1,4 @@
-// What the tools print: UTF-8 on both targets, safe for a terminal, in columns.
+// Output of the tools: UTF-8 on both targets, safe for a terminal, in columns.
 #pragma once
 
 #include "zebapi/ZebAPI.h"
@@ -15,7 +15,7 @@ std::string Utf8(const CStringW& text);
 /// Narrow text (the ANSI code page on Windows) as UTF-8.
 std::string Utf8FromNarrow(const std::string& text);
 
-/// Text that was given as UTF-8, with U+FFFD for what is none.
+/// Text as valid UTF-8: invalid bytes become U+FFFD.
 std::string ValidUtf8(const std::string& text);
 
 /// UTF-8 as the library's wide text.
@@ -24,34 +24,33 @@ CStringW WideFromUtf8(const std::string& text);
 /// UTF-8 as narrow text.
 std::string NarrowFromUtf8(const std::string& text);
 
-/// The text with every control character replaced by a blank, so that a subject can not move the cursor or
-/// break a line.
+/// The text with every control character replaced by a blank, so that a subject cannot move the cursor or break a line.
 std::string OneLine(std::string text);
 
 /// The columns that UTF-8 text takes on a terminal.
 size_t DisplayWidth(std::string_view text);
 
-/// The text padded with blanks to `width` columns, or cut to it with an ellipsis.
+/// The text padded with blanks to `width` columns, or truncated to it with an ellipsis.
 std::string Fitted(const std::string& text, size_t width);
 
-/// The text cut to `width` columns with an ellipsis; unchanged when it fits or `width` is 0.
+/// The text truncated to `width` columns with an ellipsis; unchanged when it fits or `width` is 0.
 std::string Shortened(const std::string& text, size_t width);
 
-/// A file time as ISO 8601 in UTC with as many digits of the second as it needs (100 ns units):
-/// "2026-01-02T03:04:05Z", "2026-01-02T03:04:05.0000001Z". Times that are no date from year 1601 to 9999 come
-/// as "0x" and 16 hexadecimal digits.
+/// A file time as ISO 8601 in UTC with as many fractional digits as needed (100 ns units): "2026-01-02T03:04:05Z",
+/// "2026-01-02T03:04:05.0000001Z". Times outside the years 1601 to 9999 are printed as "0x" and 16 hexadecimal digits.
 std::string TimeForMachines(const FILETIME& time);
 
-/// The inverse of TimeForMachines; also takes fewer or more zeros. @return false when the text is neither form.
+/// The inverse of TimeForMachines; also accepts fewer or more trailing zeros. @return false when the text has neither
+/// form
 bool ParseTime(const std::string& text, FILETIME& time);
 
 /// 1234567 as "1,234,567".
 std::string Grouped(unsigned long long number);
 
-/// Writes to standard output. @throws std::runtime_error when it can not be written (a full disk, a closed pipe).
+/// Writes to standard output. @throws std::runtime_error when it cannot be written (full disk, closed pipe)
 void Print(const std::string& text);
 
-/// Writes what is still buffered. @throws std::runtime_error as Print.
+/// Flushes the buffer. @throws std::runtime_error as Print
 void FlushOutput();
 
 } // namespace zeb::tools

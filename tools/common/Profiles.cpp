@@ -56,7 +56,7 @@ std::vector<ProfileEntry> ListProfiles(CZebProfAdmin& administration)
 {
     CZebTable table = administration.GetProfileTable();
     std::vector<ProfileEntry> entries = Read(table, PR_DISPLAY_NAME_W);
-    // Some providers have narrow names only.
+    // Some providers support only narrow names.
     if (std::any_of(entries.begin(), entries.end(), [](const ProfileEntry& each) { return each.name.empty(); }))
     {
         entries = Read(table, PR_DISPLAY_NAME_A);
@@ -97,7 +97,7 @@ std::string FileOfStore(CZebProfAdmin& administration, const std::string& profil
     CComPtr<IMAPITable> raw;
     ThrowIfFailed(services->GetMsgServiceTable(0, raw.Put()), services);
     CZebTable table(raw.Get());
-    // Its own columns have narrow text.
+    // The table's default columns have narrow text.
     table.SetColumns(1, PR_ZEBSTORE_PATH_W);
     CZebRowSet rows;
     table.QueryAllRows(&rows, nullptr, nullptr);

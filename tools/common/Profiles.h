@@ -1,4 +1,4 @@
-// Profiles by names in UTF-8, which may have characters that the ANSI code page lacks.
+// Profiles with names in UTF-8, which may have characters outside the ANSI code page.
 #pragma once
 
 #include "zebapi/ZebAPI.h"
@@ -9,15 +9,15 @@
 namespace zeb::tools
 {
 
-/// A profile's name as MAPI's calls take it: narrow where that says all of it, because many providers take nothing
-/// else, otherwise wide.
+/// A profile's name as an argument of MAPI calls: narrow when the ANSI code page can represent it, because many
+/// providers accept only narrow names; otherwise wide.
 class ProfileName
 {
 public:
     /// @param name UTF-8
     explicit ProfileName(const std::string& name);
 
-    /// The text of either width, which MAPI declares without const; valid while the object lives.
+    /// The text in its width, which MAPI declares without const; valid for the lifetime of the object.
     LPTSTR Text() const;
     /// MAPI_UNICODE for wide text, otherwise 0.
     ULONG Flags() const { return m_isWide ? MAPI_UNICODE : 0; }
@@ -40,12 +40,12 @@ struct ProfileEntry
 /// The profiles that the provider's administration lists. @throws CZebException*
 std::vector<ProfileEntry> ListProfiles(CZebProfAdmin& administration);
 
-/// The name itself, or that of the default profile where none is given; UTF-8, empty when there is none.
+/// The given name, or the name of the default profile when none is given; UTF-8, empty when there is none.
 std::string NameOfProfile(CZebProfAdmin& administration, const std::string& profile);
 
-/// The file of the profile's store, asked of the profile: the store need not open for that.
+/// The file of the profile's store, read from the profile: the store is not opened.
 /// @param profile UTF-8; empty: the default profile
-/// @return UTF-8; empty when it has no store of zebstore's. @throws ToolError when the profile cannot be read
+/// @return UTF-8; empty when the profile has no zebstore store @throws ToolError when the profile cannot be read
 std::string FileOfStore(CZebProfAdmin& administration, const std::string& profile);
 
 } // namespace zeb::tools

@@ -1,4 +1,4 @@
-// One line of progress on a terminal.
+// A progress line on a terminal.
 #pragma once
 
 #include <chrono>
@@ -8,22 +8,21 @@
 namespace zeb::tools
 {
 
-/// Says on standard error how far a long step is: items, items a second and, when the whole is known, the
-/// time left. Prints nothing when standard error is no terminal. The line is cleared when the object goes.
+/// Shows the progress of a long operation on standard error: items, items per second and, when the total is known, the
+/// time left. Prints nothing when standard error is not a terminal. The destructor clears the line.
 class Progress
 {
 public:
     /// @param what the items in the plural, "messages".
-    /// @param whole the amount that makes up the whole step, in any unit; 0 when it is not known.
-    /// @param quiet print nothing in any case
+    /// @param whole the total amount, in any unit; 0 when unknown. @param quiet print nothing
     Progress(std::string what, uint64_t whole, bool quiet = false);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    /// One more item is done, `amount` of the whole lies behind. Prints at most ten times a second.
+    /// One more item is done; `amount` of the total is completed. Prints at most ten times per second.
     void Step(uint64_t amount);
-    /// Clears the line, so that something else can be printed there.
+    /// Clears the line for other output.
     void Clear();
 
 private:

@@ -27,7 +27,7 @@ void* Allocate(size_t size, void* parent)
     return Zeb_MemAllocate(static_cast<unsigned long>(size), parent);
 }
 
-/// A copy of the bytes in MAPI memory with two bytes of zero behind them.
+/// A copy of the bytes in MAPI memory, followed by two zero bytes.
 char* Terminated(const std::string& bytes, void* parent)
 {
     char* copy = static_cast<char*>(Allocate(bytes.size() + 2, parent));
@@ -75,7 +75,7 @@ void SetSingle(const Property& property, SPropValue& value, void* parent)
     }
 }
 
-/// The elements of a fixed-size multi-valued property, one behind the other.
+/// The elements of a fixed-size multi-valued property, in sequence.
 void* Packed(const Property& property, size_t size, void* parent)
 {
     char* packed = static_cast<char*>(Allocate(property.values.size() * size, parent));
@@ -93,7 +93,7 @@ void* Packed(const Property& property, size_t size, void* parent)
 void SetMany(const Property& property, SPropValue& value, void* parent)
 {
     const size_t count = property.values.size();
-    // All members of the union of arrays share one layout: a count and a pointer.
+    // All array members of the union have the same layout: a count and a pointer.
     value.Value.MVl.cValues = static_cast<ULONG>(count);
     if (const size_t size = ElementSize(property.Type() & ~MV_FLAG))
     {
@@ -145,7 +145,7 @@ size_t ElementSize(ULONG type)
         return 0;
     default:
         char text[64];
-        std::snprintf(text, sizeof text, "no property can be written with type 0x%04X", static_cast<unsigned>(type));
+        std::snprintf(text, sizeof text, "properties cannot be written with type 0x%04X", static_cast<unsigned>(type));
         throw ToolError(text);
     }
 }

@@ -1,4 +1,4 @@
-// A property on its way into a store, with its value in the bytes that MAPI's files use.
+// A property to be written to a store, with its value in the byte form of MAPI's file formats.
 #pragma once
 
 #include "zebapi/ZebAPI.h"
@@ -18,31 +18,31 @@ struct PropertyName
 {
     GUID set{};
     bool isText = false;
-    LONG id = 0;                   ///< when it is a number
-    std::basic_string<WCHAR> text; ///< when it is a text
+    LONG id = 0;                   ///< used when the name is a number
+    std::basic_string<WCHAR> text; ///< used when the name is a text
 };
 
-/// Bytes that are read piece by piece, for values too large to hold.
+/// A byte source that is read in pieces, for values too large for memory.
 class ByteSource
 {
 public:
     virtual ~ByteSource() = default;
-    /// The bytes that there are in all.
+    /// The total number of bytes.
     virtual uint64_t Size() = 0;
     /// Reads at most `size` bytes into `buffer`. @return the bytes read, 0 at the end.
     virtual size_t Read(char* buffer, size_t size) = 0;
 };
 
-/// One property. A value is its bytes in little-endian order: numbers in their own size, PT_BOOLEAN in 2
-/// bytes, text without its terminator (PT_UNICODE in UTF-16), a GUID in 16 bytes, binaries as they are. A
-/// single value is one element; a multi-valued property has any number.
+/// One property. A value is its bytes in little-endian order: numbers in their size, PT_BOOLEAN in 2 bytes, text
+/// without a terminator (PT_UNICODE in UTF-16), a GUID in 16 bytes, binaries unchanged. A single value is one element;
+/// a multi-valued property has any number.
 struct Property
 {
-    ULONG tag = 0; ///< of a named property only the type counts
+    ULONG tag = 0; ///< for a named property only the type is used
     std::optional<PropertyName> name;
     std::vector<std::string> values;
     std::shared_ptr<ByteSource> source; ///< when set: the value of a string or binary instead of `values`
-    bool removed = false;               ///< on its way into a store: the object is not to have the property
+    bool removed = false;               ///< when writing: delete the property from the object
 
     ULONG Type() const { return PROP_TYPE(tag); }
 };
@@ -50,7 +50,7 @@ struct Property
 using Properties = std::vector<Property>;
 
 /// The size of one element of a fixed-size type in a Property; 0 for strings and binaries.
-/// @throws ToolError when no property can have the type
+/// @throws ToolError for a type that no property can have
 size_t ElementSize(ULONG type);
 
 /// "PR_SUBJECT", or "0x68010003" when the identifier has no name, or the name of a named property.
@@ -58,7 +58,7 @@ std::string PropertyText(const Property& property);
 
 /// A GUID as "{00062008-0000-0000-C000-000000000046}".
 std::string GuidText(const GUID& guid);
-/// The inverse; takes either case. @return false when the text is no GUID.
+/// The inverse; accepts either case. @return false when the text is not a GUID
 bool ParseGuid(const std::string& text, GUID& guid);
 
 /// Properties as an array of SPropValue in MAPI memory, freed with the object.
@@ -70,13 +70,13 @@ public:
     PropertyArray(const PropertyArray&) = delete;
     PropertyArray& operator=(const PropertyArray&) = delete;
 
-    /// Copies `properties` whose tags are all real; those with a source are refused.
+    /// Copies `properties` whose tags are all real; properties with a source are refused.
     /// @throws ToolError for bytes that do not fit the type
     void Assign(const std::vector<const Property*>& properties);
 
     SPropValue* Values() { return m_values; }
     ULONG Count() const { return m_count; }
-    /// Hands the buffer to the caller, who frees it with Zeb_MemFree.
+    /// Releases the buffer to the caller, who frees it with Zeb_MemFree.
     SPropValue* Detach();
 
 private:

@@ -10,7 +10,7 @@ namespace zeb::tools
 namespace
 {
 
-/// What `object` has under the identifiers of `changes`; what it does not have is marked as removed.
+/// The current properties of `object` for the identifiers of `changes`; missing ones are marked as removed.
 Properties Before(CZebIProp& object, const Properties& changes)
 {
     PropertyReader reader(ReadWhat::Values);
@@ -54,7 +54,7 @@ void ChangeProperties(CZebIProp& object, Properties& properties, NameResolver& n
     }
     const CComPtr<IMAPIProp> raw = object.GetInterface();
     names.Resolve(raw.Get(), properties);
-    // A message keeps its changes to itself until it is saved.
+    // Changes of a message are not stored until it is saved.
     const bool writesAtOnce = object.GetObjectType() != MAPI_MESSAGE;
     Properties before = writesAtOnce ? Before(object, properties) : Properties();
     try

@@ -1,4 +1,4 @@
-// Changes to objects that are stored already: all or nothing.
+// Atomic changes to stored objects.
 #pragma once
 
 #include "tools/common/PropertyWriter.h"
@@ -10,8 +10,8 @@ namespace zeb::tools
 void RefuseProblems(const std::vector<Refusal>& refusals);
 
 /// Writes `properties` to a stored object and saves it; a property that is marked as removed is deleted.
-/// Either all of it is done, or, with an exception, nothing: objects that write at once (folders, stores)
-/// get back what they had.
+/// All changes are made, or, with an exception, none: on failure objects that write immediately (folders, stores) get
+/// their old values back.
 /// @throws CZebException*, ToolError
 void ChangeProperties(CZebIProp& object, Properties& properties, NameResolver& names);
 

@@ -16,7 +16,7 @@ struct NamedTag
 #define ZEB_OF_HEADER(name) {#name, name}
 
 constexpr NamedTag NamedTags[] = {
-    // Of the platform's mapitags.h.
+    // From the platform's mapitags.h.
     ZEB_OF_HEADER(PR_ORIGIN_CHECK),
     ZEB_OF_HEADER(PR_ORIGINAL_SENSITIVITY),
     ZEB_OF_HEADER(PR_SUBJECT_PREFIX),
@@ -102,7 +102,7 @@ constexpr NamedTag NamedTags[] = {
     ZEB_OF_HEADER(PR_AB_SEARCH_PATH_UPDATE),
     ZEB_OF_HEADER(PR_PROFILE_NAME),
     ZEB_OF_HEADER(PR_REMOTE_VALIDATE_OK),
-    // Of later headers.
+    // From later headers.
     {"PR_HTML", PROP_TAG(PT_BINARY, 0x1013)},
     {"PR_NATIVE_BODY_INFO", PROP_TAG(PT_LONG, 0x1016)},
     {"PR_INTERNET_MESSAGE_ID", PROP_TAG(PT_STRING8, 0x1035)},

@@ -13,7 +13,7 @@ namespace
 {
 
 constexpr ULONG FirstNamedId = 0x8000;
-/// Binaries above this stay in their stream.
+/// Larger binaries (bytes) stay in their stream.
 constexpr uint64_t LargestInMemory = 256 * 1024;
 
 /// A property's stream.
@@ -72,7 +72,7 @@ PropertyName NameOf(const MAPINAMEID& raw)
     return name;
 }
 
-/// One text property in its 8-bit form; empty when it can not be had.
+/// One text property in its 8-bit form; empty when it cannot be read.
 std::vector<std::string> NarrowForm(CZebIProp& object, ULONG tag)
 {
     ULONG count = 0;
@@ -120,7 +120,8 @@ bool IsStoresOwn(ObjectKind kind, ULONG tag)
     static const std::set<ULONG> folder = {PROP_ID(PR_CONTENT_COUNT), PROP_ID(PR_CONTENT_UNREAD),
                                            PROP_ID(PR_SUBFOLDERS), PROP_ID(PR_FOLDER_TYPE),
                                            PROP_ID(PR_ASSOC_CONTENT_COUNT)};
-    // Where the inbox and the root name the store's calendar, contacts, journal, notes, tasks and drafts.
+    // The properties of the inbox and the root that hold the entry identifiers of calendar, contacts, journal, notes,
+    // tasks and drafts.
     const bool namesOtherFolder = PROP_ID(tag) >= 0x36D0 && PROP_ID(tag) <= 0x36D7;
     const ULONG id = PROP_ID(tag);
     switch (kind)
@@ -251,7 +252,7 @@ Properties PropertyReader::ReadObject(CZebIProp& object)
     object.GetProps(TagList(list).Get(), &count, values.Put(), 0);
     for (ULONG i = 0; i < count; ++i)
     {
-        // Gone since it was listed.
+        // Deleted since it was listed.
         if (PROP_TYPE(values.Get()[i].ulPropTag) != PT_ERROR || values.Get()[i].Value.err != MAPI_E_NOT_FOUND)
         {
             ReadValue(object, list[i], values.Get()[i], properties);

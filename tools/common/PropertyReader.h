@@ -9,14 +9,14 @@
 namespace zeb::tools
 {
 
-/// The names of a store's named properties, by identifier, remembered once they were asked for.
+/// A cache of the names of a store's named properties, by identifier.
 class NameReader
 {
 public:
-    /// Learns those of `tags` that are not known yet, in one call on an object of the store.
+    /// Queries the names of all unknown tags of `tags` in one call on an object of the store.
     /// @throws CZebException*
     void Learn(IMAPIProp* object, const std::vector<ULONG>& tags);
-    /// The name of an identifier that was learned; null when the store has none for it.
+    /// The name of a queried identifier; null when the store has none.
     const PropertyName* Find(ULONG id) const;
 
 private:
@@ -30,10 +30,10 @@ struct Unread
     std::string reason;
 };
 
-/// How much of an object is read at once.
+/// How much of an object is read in one call.
 enum class ReadWhat
 {
-    Beginnings, ///< every value that GetProps does not give is left to be read from its source
+    Beginnings, ///< all values that GetProps does not return are left to their source
     Values,     ///< only binaries above 256 KiB are left to their source
 };
 
@@ -46,17 +46,17 @@ public:
     {
     }
 
-    /// All properties of an object but those that are objects themselves. Text comes as PT_UNICODE, but as
-    /// PT_STRING8 where it was written in 8 bits that no text can say.
+    /// All properties of an object except PT_OBJECT ones. Text is returned as PT_UNICODE, or as PT_STRING8 when it was
+    /// written in 8 bits that cannot be converted.
     /// @throws CZebException*
     Properties ReadObject(CZebIProp& object);
 
-    /// A message with its recipients and attachments, embedded messages included.
+    /// A message with its recipients and attachments, including embedded messages.
     /// @throws CZebException*, ToolError
     MessageContent ReadMessage(CZebIProp& message);
 
     const NameReader& Names() const { return m_names; }
-    /// What could not be read since the last call.
+    /// The properties that could not be read since the last call.
     std::vector<Unread> TakeUnread() { return std::exchange(m_unread, {}); }
 
 private:
@@ -64,7 +64,7 @@ private:
     void ReadValue(CZebIProp& object, ULONG tag, const SPropValue& value, Properties& properties);
     void ReadLarge(CZebIProp& object, Property& property);
     std::vector<Properties> ReadRecipients(IMessage* message);
-    /// @param lost set when a text may have been written in 8 bits that no text can say
+    /// @param lost set when a text may have been written in 8 bits that cannot be converted
     Properties ReadRecipient(const CZebRow& row, const std::vector<ULONG>& columns, bool& lost);
     AttachmentContent ReadAttachment(IMessage* message, ULONG number, int depth);
     bool ReadEmbedded(IAttach* attachment, AttachmentContent& content, int depth);
@@ -75,19 +75,19 @@ private:
     std::vector<Unread> m_unread;
 };
 
-/// Reads a source to its end.
+/// Reads a source completely.
 std::string ReadAll(ByteSource& source);
 
 enum class ObjectKind
 {
     Folder,
-    Message, ///< embedded ones too
+    Message, ///< including embedded ones
     Recipient,
     Attachment,
 };
 
-/// Whether a property says what the store knows by itself of an object: its identifiers, counts, sizes. Such
-/// ones can not be written, or mean nothing in another store.
+/// Whether a property is maintained by the store itself: identifiers, counts, sizes. These cannot be written, or have
+/// no meaning in another store.
 bool IsStoresOwn(ObjectKind kind, ULONG tag);
 
 } // namespace zeb::tools

@@ -47,7 +47,7 @@ std::vector<std::string> ManyBytes(const SPropValue& value)
 {
     const ULONG type = PROP_TYPE(value.ulPropTag) & ~static_cast<ULONG>(MV_FLAG);
     const size_t size = ElementSize(type);
-    // All members of the union of arrays share one layout: a count and a pointer.
+    // All array members of the union have the same layout: a count and a pointer.
     const char* elements = reinterpret_cast<const char*>(value.Value.MVl.lpl);
     std::vector<std::string> values;
     for (ULONG i = 0; i < value.Value.MVl.cValues; ++i)

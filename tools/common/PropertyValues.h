@@ -1,4 +1,4 @@
-// Values of MAPI's structures in the form of Property.
+// Conversion of MAPI values to Property.
 #pragma once
 
 #include "tools/common/Property.h"
@@ -6,7 +6,7 @@
 namespace zeb::tools
 {
 
-/// A buffer that a MAPI call handed out, freed with the object.
+/// A buffer returned by a MAPI call; freed by the destructor.
 template <class T>
 class Given
 {
@@ -28,7 +28,7 @@ private:
     T* m_buffer = nullptr;
 };
 
-/// Tags as MAPI takes them, for the length of one call.
+/// A tag array for the duration of one MAPI call.
 class TagList
 {
 public:
@@ -39,20 +39,20 @@ private:
     std::vector<ULONG> m_counted;
 };
 
-/// Whether a type is that of text, of either width, single or multi-valued.
+/// Whether a type is a text type: 8-bit or 16-bit, single or multi-valued.
 bool IsText(ULONG type);
 
-/// The tag of a text in its 8-bit form.
+/// The tag of a text property in its 8-bit form.
 ULONG Narrowed(ULONG tag);
 
-/// The bytes of a value as Property has them. @throws ToolError for a type that no property can have
+/// The bytes of a value in the form of Property. @throws ToolError for a type that no property can have
 std::vector<std::string> ValueBytes(const SPropValue& value);
 
-/// Whether PT_UNICODE text holds the character that stands for bytes which are no text.
+/// Whether PT_UNICODE text holds the replacement character for invalid bytes.
 bool HasReplacement(const std::vector<std::string>& values);
 
-/// Gives a text, read as PT_UNICODE, the 8-bit form that it was written in where the 16-bit form lost
-/// something of it. @param narrow the same text read in 8 bits
+/// Replaces a text that was read as PT_UNICODE with its original 8-bit form when the conversion to 16 bits lost data.
+/// @param narrow the same text read in 8 bits
 void SettleWidth(Property& property, const std::vector<std::string>& narrow);
 
 } // namespace zeb::tools

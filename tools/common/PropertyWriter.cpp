@@ -10,7 +10,7 @@ namespace zeb::tools
 namespace
 {
 
-/// Above this a value goes through a stream: a provider may refuse more in one call.
+/// Larger values (bytes) are written through a stream: a provider may refuse more in one call.
 constexpr size_t LargestInOneCall = 32 * 1024;
 constexpr size_t StreamPiece = 256 * 1024;
 
@@ -56,7 +56,7 @@ void WriteByStream(CZebIProp& object, const Property& property)
     ThrowIfFailed(stream->Commit(STGC_DEFAULT));
 }
 
-/// A value of nothing, for a property that is set only to be deleted.
+/// An empty value, for a property that is set only to be deleted.
 Property Blank(const Property& property)
 {
     Property blank;
@@ -68,7 +68,7 @@ Property Blank(const Property& property)
     return blank;
 }
 
-/// A store completes what a new object never had; what was set and deleted again it leaves alone.
+/// A store adds defaults that a new object never had; it does not add what was set and deleted again.
 void RemoveProperties(IMAPIProp* object, const Properties& properties)
 {
     std::vector<Property> blanks;
@@ -248,7 +248,7 @@ void NameResolver::Ask(IMAPIProp* object, const std::map<std::string, const Prop
     {
         if (PROP_TYPE(tags[index]) == PT_ERROR)
         {
-            throw ToolError("the store gives no identifier for a named property of " + GuidText(entry.second->set));
+            throw ToolError("the store returned no identifier for a named property of " + GuidText(entry.second->set));
         }
         m_identifiers[entry.first] = PROP_ID(tags[index++]);
     }

@@ -8,20 +8,20 @@
 namespace zeb::tools
 {
 
-/// What was not written: the provider's answer for single properties.
+/// A property that was not written, with the provider's error.
 struct Refusal
 {
     std::string property; ///< its name
     long code = 0;
 };
 
-/// Maps the names of named properties to the store's tags and remembers them: names mean the same in all
-/// objects of one store.
+/// Maps the names of named properties to the store's tags and caches them: a name has the same tag in all objects of
+/// one store.
 class NameResolver
 {
 public:
-    /// Gives every named property of `properties` its tag in the store of `object`; asks for all names that
-    /// are not known yet in one call.
+    /// Gives every named property of `properties` its tag in the store of `object`; queries all unknown names in one
+    /// call.
     /// @throws CZebException*, ToolError
     void Resolve(IMAPIProp* object, Properties& properties);
 
@@ -31,15 +31,15 @@ private:
     std::map<std::string, ULONG> m_identifiers;
 };
 
-/// Writes `properties` to `object`, does not save. Values above 32 KiB go through a stream.
-/// @return the properties that the provider refused; computed ones (MAPI_E_COMPUTED) are among them.
+/// Writes `properties` to `object`; does not save. Values above 32 KiB go through a stream.
+/// @return the properties that the provider refused; including computed ones (MAPI_E_COMPUTED).
 /// @throws CZebException*, ToolError
 std::vector<Refusal> WriteProperties(IMAPIProp* object, Properties& properties, NameResolver& names);
 
 /// One attachment of a message.
 struct AttachmentContent;
 
-/// All of one message.
+/// One complete message.
 struct MessageContent
 {
     Properties properties;
@@ -50,20 +50,20 @@ struct MessageContent
 struct AttachmentContent
 {
     Properties properties;
-    std::shared_ptr<MessageContent> message; ///< the embedded message, when it is one
+    std::shared_ptr<MessageContent> message; ///< the embedded message, if the attachment is one
 };
 
-/// Fills a new message, embedded messages included; the message itself is not saved.
+/// Fills a new message, including embedded messages; the message itself is not saved.
 /// @throws CZebException*, ToolError
 std::vector<Refusal> WriteMessage(IMessage* message, MessageContent& content, NameResolver& names);
 
-/// The folder's own interface, for the calls that the wrapper does not offer.
+/// The folder's MAPI interface, for calls that the wrapper does not have.
 CComPtr<IMAPIFolder> InterfaceOf(const CZebFolder& folder);
 
-/// Creates a message in the folder. @param associated among the folder's associated contents.
+/// Creates a message in the folder. @param associated true: in the folder's associated contents table
 CComPtr<IMessage> CreateMessage(const CZebFolder& folder, bool associated);
 
-/// Saves for good. @throws CZebException*
+/// Saves permanently. @throws CZebException*
 void Save(IMAPIProp* object);
 
 } // namespace zeb::tools

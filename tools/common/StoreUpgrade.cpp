@@ -31,7 +31,7 @@ bool IsOlderStore(const std::string& file)
     std::filesystem::path log = path;
     log += "-wal";
     std::error_code failure;
-    // What a log next to the file says goes before the file's header.
+    // A write-ahead log next to the file overrides the file's header.
     if (std::filesystem::file_size(log, failure) > 0 && !failure)
     {
         return false;

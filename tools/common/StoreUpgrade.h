@@ -1,4 +1,4 @@
-// Store files of zebstore's that an older program wrote.
+// zebstore store files written by an older version.
 #pragma once
 
 #include <string>
@@ -6,8 +6,8 @@
 namespace zeb::tools
 {
 
-/// Says on standard error, when that is a terminal, that the store is about to be upgraded: opening such a file for
-/// writing takes long, and MAPI has no progress for it. Says nothing of any other file.
+/// Announces on standard error, when that is a terminal, that the store is about to be upgraded: opening such a file
+/// for writing takes long, and MAPI has no progress for it. Prints nothing for other files.
 /// @param file UTF-8; may be empty or missing
 void AnnounceUpgrade(const std::string& file);
 

@@ -8,7 +8,7 @@ namespace zeb::tools
 namespace
 {
 
-/// Cuts a list at its commas, but not at those in quotes, comments, angle brackets and groups.
+/// Splits a list at its commas, except at those in quotes, comments, angle brackets and groups.
 std::vector<std::string> Entries(const std::string& list)
 {
     std::vector<std::string> entries(1);
@@ -63,7 +63,7 @@ void Append(std::vector<MailAddress>& to, InternetAddressList* list)
     }
 }
 
-/// A group is no address even without members, as in "undisclosed-recipients:;".
+/// A group is not an address, even without members, as in "undisclosed-recipients:;".
 bool IsGroup(const std::string& entry)
 {
     return !entry.empty() && entry.find(':') != std::string::npos;

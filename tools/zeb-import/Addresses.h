@@ -9,11 +9,11 @@ namespace zeb::tools
 
 struct MailAddress
 {
-    std::string name;    ///< what is shown: the name, else the address
+    std::string name;    ///< the display name: the name, else the address
     std::string address; ///< empty when the header gives only a name
 };
 
-/// The addresses of a header's value, with those in groups. An entry that is no address is kept as a name.
+/// The addresses of a header's value, including those in groups. An entry that is not an address becomes a name.
 std::vector<MailAddress> ParseAddresses(const std::string& value);
 
 } // namespace zeb::tools

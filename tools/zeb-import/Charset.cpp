@@ -11,7 +11,7 @@ namespace
 
 constexpr const char* Replacement = "\xEF\xBF\xBD";
 
-/// The characters of windows-1252 from 0x80 to 0x9F; 0 where it has none.
+/// The characters of windows-1252 from 0x80 to 0x9F; 0 for undefined ones.
 constexpr gunichar Windows1252[] = {0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
                                     0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0,      0x017D, 0,
                                     0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
@@ -33,13 +33,13 @@ void AppendByte(std::string& text, unsigned char byte)
     text.append(utf8, static_cast<size_t>(g_unichar_to_utf8(character, utf8)));
 }
 
-/// One conversion to UTF-8; empty when iconv does not know the character set.
+/// A conversion to UTF-8; empty when iconv does not support the character set.
 class Converter
 {
 public:
     explicit Converter(const std::string& charset)
     {
-        // A suffix such as "//IGNORE" would make iconv leave bytes out.
+        // A suffix such as "//IGNORE" would make iconv skip bytes.
         if (charset.find('/') == std::string::npos)
         {
             m_iconv = g_iconv_open("UTF-8", g_mime_charset_iconv_name(charset.c_str()));

@@ -1,4 +1,4 @@
-// Text of mail in any character set.
+// Decodes mail text in any character set.
 #pragma once
 
 #include <string>
@@ -12,9 +12,9 @@ struct DecodedText
     bool guessed = false; ///< whether bytes were not text of the named character set
 };
 
-/// Turns bytes into text and drops none of them: what `charset` does not have is read as UTF-8 when all of it
-/// is UTF-8, otherwise byte by byte as windows-1252 or, when that has no character either, as U+FFFD. A zero
-/// character becomes U+FFFD too, as MAPI's texts end at one.
+/// Decodes bytes to text and drops none: bytes that are invalid in `charset` are read as UTF-8 when all of them are
+/// valid UTF-8, otherwise byte by byte as windows-1252 or, when undefined there, as U+FFFD. A zero character becomes
+/// U+FFFD too, because it ends a MAPI text.
 /// @param charset its MIME name; empty or unknown: UTF-8
 DecodedText DecodeText(const std::string& bytes, const std::string& charset);
 

@@ -36,8 +36,7 @@ std::string Decoded(char encoding, std::string text)
     return bytes;
 }
 
-/// The encoded word that begins at `begin`, where "=?" is.
-/// @return false when there is none
+/// The encoded word that begins at `begin`, where "=?" is. @return false when there is no valid word
 bool ReadWord(const std::string& header, size_t begin, Word& word)
 {
     const size_t charsetEnd = header.find('?', begin + 2);
@@ -66,7 +65,7 @@ bool ReadWord(const std::string& header, size_t begin, Word& word)
     return true;
 }
 
-/// Encoded words with nothing but white space between them, which is no part of their text.
+/// Encoded words separated only by white space, which is not part of their text.
 struct Sequence
 {
     size_t end = 0;
@@ -81,7 +80,7 @@ size_t NextWord(const std::string& header, size_t end)
     return next != std::string::npos && header.compare(next, 2, "=?") == 0 ? next : std::string::npos;
 }
 
-/// The words of one character set are decoded together: one character may be in two of them.
+/// Words of the same character set are decoded together: a character may be split between two words.
 Sequence ReadSequence(const std::string& header, size_t begin)
 {
     Sequence sequence;

@@ -6,10 +6,10 @@
 namespace zeb::tools
 {
 
-/// Rewrites the encoded words that GMime does not decode whole into words of UTF-8: those whose bytes are not
-/// text of the character set that they name, with what DecodeText makes of them, and several words that follow
-/// each other, of which it loses those after the padding of base64. All other text stays as it is.
-/// @return whether bytes were not text of their character set
+/// Rewrites the encoded words that GMime does not decode completely as UTF-8 words: words whose bytes are invalid in
+/// their character set (decoded by DecodeText), and sequences of words, of which GMime loses those after base64
+/// padding. All other text is unchanged.
+/// @return whether bytes were invalid in their character set
 bool MendEncodedWords(std::string& header);
 
 } // namespace zeb::tools

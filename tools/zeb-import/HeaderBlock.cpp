@@ -18,7 +18,7 @@ std::string ValueOf(const std::string& header)
     return Trimmed(header.substr(header.find(':') + 1));
 }
 
-/// Zero characters and bytes that are no UTF-8.
+/// Zero characters and bytes that are not valid UTF-8.
 void MendBytes(std::string& header, Notes& notes)
 {
     bool plain = true;
@@ -142,7 +142,7 @@ HeaderBlock::Kind HeaderBlock::Mend(const std::function<bool(const std::string& 
         }
         if (typed)
         {
-            // The parser takes the last one.
+            // The parser uses the last one.
             header.insert(0, "X-Second-");
         }
         else

@@ -16,18 +16,17 @@ public:
     enum class Kind
     {
         Other,
-        Message, ///< a message follows, with headers of its own
+        Message, ///< an embedded message with its own headers follows
     };
 
-    /// Adds a line with its line end. @param begins whether a header begins with it
+    /// Adds a line, including the line end. @param begins whether a header begins with it
     void Add(const std::string& line, bool begins);
     bool IsEmpty() const { return m_headers.empty(); }
 
-    /// Repairs the headers; call it once, after the last line.
-    /// @param occurs whether a boundary is found in what follows
+    /// Repairs the headers; call it once, after the last line. @param occurs whether a boundary occurs in the body
     Kind Mend(const std::function<bool(const std::string& boundary)>& occurs, Notes& notes);
     std::string Text() const;
-    /// That of a multipart, after Mend; empty for others.
+    /// The boundary of a multipart, after Mend; empty for other types.
     const std::string& Boundary() const { return m_boundary; }
 
 private:

@@ -44,8 +44,8 @@ bool IsApart(std::string_view name)
     return IsOneOf(names, name);
 }
 
-/// Puts the text of a page together from the parser's events. The events are taken, not the parser's tree: the
-/// tree has a greatest depth, and what lies deeper would be lost.
+/// Collects the text of a page from the parser's events. Events instead of the parser's tree: the tree has a maximum
+/// depth, and deeper content would be lost.
 class PageText
 {
 public:
@@ -111,7 +111,7 @@ public:
             }
             else if (text.compare(i, 2, "\xC2\xA0") == 0)
             {
-                // A space that does not break is text.
+                // A non-breaking space is text.
                 Append(" ");
                 ++i;
             }
@@ -172,7 +172,7 @@ private:
         m_space = false;
     }
 
-    /// The next text begins after at least that many line ends.
+    /// The next text begins after at least this number of line ends.
     void Break(size_t lines)
     {
         m_space = false;

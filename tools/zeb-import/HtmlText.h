@@ -1,4 +1,4 @@
-// The text of an HTML page, for readers that show no HTML.
+// The text of an HTML page, for clients that do not show HTML.
 #pragma once
 
 #include <string>
@@ -6,9 +6,8 @@
 namespace zeb::tools
 {
 
-/// The text that a page shows, in lines as its blocks have them, with "\n" between lines. Scripts, styles and
-/// the page's head are left out.
-/// @param html UTF-8, whatever the page says of its own character set
+/// The visible text of a page, one line per block line, separated by "\n". Without scripts, styles and the page's head.
+/// @param html UTF-8, even if the page names another character set
 std::string TextOfHtml(const std::string& html);
 
 } // namespace zeb::tools

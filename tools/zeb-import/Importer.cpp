@@ -24,8 +24,8 @@ bool SamePath(const FolderPath& a, const FolderPath& b)
     return a.fromRoot == b.fromRoot && a.names == b.names;
 }
 
-/// Properties that say what the source's own store thought of the object, not what the object is: the new
-/// store answers for them itself and says so.
+/// Properties of the source store's view of the object, not of the object itself: the new store computes and reports
+/// them.
 bool IsAnsweredByStore(const Refusal& refusal)
 {
     return refusal.code == MAPI_E_COMPUTED || refusal.code == MAPI_E_NO_ACCESS;
@@ -45,7 +45,7 @@ Importer::Importer(HostSession& session, std::vector<FolderPath> inbox, uint64_t
 
 FolderPath Importer::TargetOf(const FolderPath& source) const
 {
-    // The nearest folder above (or the folder itself) that becomes the inbox decides.
+    // The nearest ancestor (or the folder itself) that becomes the inbox decides.
     for (FolderPath above = source;; above.names.pop_back())
     {
         const bool isInbox =
@@ -71,11 +71,11 @@ void Importer::AddFolder(const FolderPath& source, Properties properties)
     {
         const FolderPath target = TargetOf(source);
         CZebFolder& folder = m_tree.Open(target);
-        // The folder has its name already: that of the file, or the store's own for its inbox and its top.
+        // The folder already has its name: the file's name, or the store's name for its inbox and its top folder.
         properties.erase(std::remove_if(properties.begin(), properties.end(), [](const Property& property)
         { return !property.name && PROP_ID(property.tag) == PROP_ID(PR_DISPLAY_NAME); }),
                          properties.end());
-        // Where several folders become one, it is like the first of them.
+        // When several folders are merged, the first one's properties win.
         if (!properties.empty() && m_described.insert(target.Text()).second)
         {
             const CComPtr<IMAPIFolder> raw = InterfaceOf(folder);
@@ -122,7 +122,7 @@ void Importer::ReportRefusals(const std::string& item, const std::vector<Refusal
             continue;
         }
         const char* name = Zeb_NameFromValue("MAPIErrors", static_cast<ULONG>(refusal.code), nullptr);
-        Skip(item, "the store refuses " + refusal.property + (name ? " (" + std::string(name) + ")" : ""));
+        Skip(item, "the store refused " + refusal.property + (name ? " (" + std::string(name) + ")" : ""));
     }
 }
 
@@ -150,7 +150,7 @@ void Importer::Skip(const std::string& item, const std::string& reason)
 void Importer::PassOver(const std::string& item, const std::string& reason)
 {
     ++m_passedOver;
-    Report(item, "passed over: " + reason);
+    Report(item, "ignored: " + reason);
 }
 
 void Importer::Report(const std::string& item, const std::string& what)

@@ -1,4 +1,4 @@
-// The receiving end of every import: puts folders and messages of any source into one store.
+// The target of every import: writes folders and messages of any source to one store.
 #pragma once
 
 #include "tools/common/FolderPath.h"
@@ -23,16 +23,16 @@ struct Interruption
 {
 };
 
-/// Where the messages come from; reads one file or folder tree and hands everything to an Importer.
+/// A source of messages; reads one file or folder tree and passes everything to an Importer.
 class MailSource
 {
 public:
     virtual ~MailSource() = default;
-    /// All folders of the source, in the order of the source, above before below.
+    /// All folders of the source, in its order, parents before children.
     virtual std::vector<FolderPath> Folders() = 0;
-    /// The number of messages, for the progress; 0 when it is not known beforehand.
+    /// The number of messages, for the progress; 0 when unknown.
     virtual uint64_t MessageCount() = 0;
-    /// Hands every folder and message to the importer.
+    /// Passes every folder and message to the importer.
     virtual void Run(Importer& importer) = 0;
 };
 
@@ -43,14 +43,13 @@ public:
     /// @param inbox the source folders that become the inbox
     Importer(HostSession& session, std::vector<FolderPath> inbox, uint64_t messages);
 
-    /// Makes the folder when it is not there, and gives it the properties that the source has for it.
-    /// Failures are reported and counted, not thrown.
+    /// Creates the folder when it does not exist, and sets the properties of the source's folder. Failures are reported
+    /// and counted, not thrown.
     /// @throws Interruption
     void AddFolder(const FolderPath& source, Properties properties);
 
-    /// Reads and adds one message. What `read` or the store throws is reported and counted with `item`, and
-    /// nothing of the message is in the store then. What `read` notes is reported, too, and the message counted
-    /// as repaired.
+    /// Reads and adds one message. Exceptions of `read` or of the store are reported with `item` and counted; the store
+    /// then contains nothing of the message. Notes of `read` are reported too, and the message counts as repaired.
     /// @throws Interruption
     void AddMessage(const FolderPath& source, bool associated, const std::string& item,
                     const std::function<MessageContent(Notes& notes)>& read);
@@ -58,7 +57,7 @@ public:
     /// Reports an item that could not be read.
     void Skip(const std::string& item, const std::string& reason);
 
-    /// Reports a file that is not taken for mail.
+    /// Reports a file that is not mail.
     void PassOver(const std::string& item, const std::string& reason);
 
     uint64_t Messages() const { return m_messages; }
@@ -78,7 +77,7 @@ private:
     FolderPath m_inboxTarget;
     std::vector<FolderPath> m_inbox;
     NameResolver m_names;
-    std::set<std::string> m_described; ///< the folders that have been given properties
+    std::set<std::string> m_described; ///< the folders whose properties have been set
     Progress m_progress;
     uint64_t m_messages = 0, m_folders = 0, m_skipped = 0, m_repaired = 0, m_passedOver = 0;
 };

@@ -9,16 +9,16 @@ namespace zeb::tools
 namespace
 {
 
-/// File time of the Unix epoch and its units a second.
+/// The file time of the Unix epoch, and the file time units per second.
 constexpr int64_t EpochAsFileTime = 116'444'736'000'000'000, UnitsPerSecond = 10'000'000;
-/// The calendar repeats, weekdays too, after 400 years.
+/// The calendar, including weekdays, repeats after 400 years.
 constexpr int CycleYears = 400;
 constexpr int64_t CycleSeconds = int64_t(146'097) * 24 * 60 * 60;
-/// Longer ones are no dates.
+/// Longer texts are not dates.
 constexpr size_t LongestDate = 200;
 
-/// GMime takes no year before 1969 and reads 69 as 2069: such a date is given to it a cycle later.
-/// @return the seconds by which it is later
+/// GMime accepts no year before 1969 and reads 69 as 2069: such a date is shifted by one cycle. @return the shift in
+/// seconds
 int64_t MakeReadable(std::string& date)
 {
     static const std::regex dayMonthYear("^([^0-9]*[0-9]{1,2}[ -][A-Za-z]{3,9}[ -])([0-9]{2,4})(?![0-9:])"),

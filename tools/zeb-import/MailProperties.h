@@ -1,4 +1,4 @@
-// Properties made of texts, numbers and moments.
+// Creates properties from texts, numbers and times.
 #pragma once
 
 #include "tools/common/Property.h"
@@ -6,7 +6,7 @@
 namespace zeb::tools
 {
 
-// Tags of mail that MAPI's headers do not name.
+// Mail tags that MAPI's headers do not define.
 constexpr ULONG TagTransportHeaders = PROP_TAG(PT_UNICODE, 0x007D);
 constexpr ULONG TagInternetMessageId = PROP_TAG(PT_UNICODE, 0x1035);
 constexpr ULONG TagReferences = PROP_TAG(PT_UNICODE, 0x1039);

@@ -10,7 +10,7 @@ bool Has(const std::string& flags, char flag)
     return flags.find(flag) != std::string::npos;
 }
 
-/// Headers of this name may say other things than flags.
+/// Headers of this name may contain other text than flags.
 bool AreFlags(const std::string& text)
 {
     return text.find_first_not_of("ROADFTNU ") == std::string::npos;
@@ -35,7 +35,7 @@ std::optional<MailState> StateInHeaders(const std::string& status, const std::st
 
 MailState StateInFileName(const std::string& name, bool isNew)
 {
-    // Where no colon can be in a name, programs write another character.
+    // On file systems without colons in names, programs write another character.
     const size_t info = name.rfind("2,");
     const bool told = info != std::string::npos && info > 0 && Has(":;!", name[info - 1]);
     const std::string flags = told ? name.substr(info + 2) : std::string();

@@ -1,4 +1,4 @@
-// What a mail program noted of a message: whether it was read, answered, flagged.
+// The state that a mail program stored for a message: read, answered, flagged.
 #pragma once
 
 #include <optional>
@@ -15,10 +15,10 @@ struct MailState
     bool draft = false;
 };
 
-/// The state in the headers "Status" and "X-Status" of mbox files; nothing without either.
+/// The state in the headers "Status" and "X-Status" of mbox files; empty without both.
 std::optional<MailState> StateInHeaders(const std::string& status, const std::string& otherStatus);
 
-/// The state in the name of a file of a Maildir, "...:2,FRS"; what lies in "new" is unread.
+/// The state in the name of a file of a Maildir, "...:2,FRS"; a message in "new" is unread.
 /// @param isNew whether the file is in "new"
 MailState StateInFileName(const std::string& name, bool isNew);
 

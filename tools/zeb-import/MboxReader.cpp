@@ -25,7 +25,7 @@ bool IsBlank(const std::string& line)
     return line == "\n" || line == "\r\n";
 }
 
-/// Takes one ">" from ">From ", ">>From " and so on.
+/// Removes one ">" from ">From ", ">>From " and so on.
 void Unquote(std::string& line)
 {
     const size_t from = line.find_first_not_of('>');
@@ -35,7 +35,7 @@ void Unquote(std::string& line)
     }
 }
 
-/// The empty line before a separator is the file's, not the message's.
+/// The empty line before a separator belongs to the file format, not to the message.
 void DropLastEmptyLine(std::string& bytes)
 {
     for (const char* end : {"\r\n\r\n", "\n\n"})
@@ -49,7 +49,7 @@ void DropLastEmptyLine(std::string& bytes)
     }
 }
 
-/// The number in the header of that name; nothing when there is none, or something else.
+/// The number in the header of that name; empty when the header is missing or not a number.
 std::optional<uint64_t> ContentLength(const std::string& headers)
 {
     constexpr const char* name = "\ncontent-length:";
@@ -69,7 +69,7 @@ std::optional<uint64_t> ContentLength(const std::string& headers)
     return std::stoull(number);
 }
 
-/// Whether a line of the text looks like a separator: where no such lines are quoted, none are to be unquoted.
+/// Whether a text line looks like a separator: a file with such unquoted lines has no quoting to remove.
 bool HasUnquoted(const std::string& body)
 {
     return IsFrom(body) || body.find("\nFrom ") != std::string::npos;
@@ -115,7 +115,7 @@ MboxReader::MboxReader(const std::string& file)
     std::error_code failure;
     if (!std::filesystem::is_regular_file(path, failure))
     {
-        throw ToolError("'" + file + "' is no file");
+        throw ToolError("'" + file + "' is not a file");
     }
     m_size = std::filesystem::file_size(path, failure);
     m_stream.open(path, std::ios::binary);
@@ -147,7 +147,7 @@ void MboxReader::SkipToFirst()
             break;
         }
     }
-    throw ToolError("'" + m_file + "' is no mbox file: it does not begin with \"From \"");
+    throw ToolError("'" + m_file + "' is not an mbox file: it does not begin with \"From \"");
 }
 
 bool MboxReader::ReadLine(std::string& line)

@@ -15,17 +15,17 @@ bool IsSeparator(const std::string& line);
 struct MboxMessage
 {
     uint64_t number = 0; ///< from 1
-    uint64_t offset = 0; ///< of its separator in the file
+    uint64_t offset = 0; ///< offset of its separator in the file
     std::string bytes;   ///< without the separator and the quoting of "From " in the text
 };
 
-/// Reads an mbox file from its beginning to its end, one message at a time. A message ends before a separator
-/// that follows an empty line, or where its Content-Length says, if there is exactly a separator or the end of
-/// the file. Lines of the text that begin with ">From ", ">>From " and so on lose one ">".
+/// Reads an mbox file sequentially, one message at a time. A message ends before a separator that follows an empty
+/// line, or after its Content-Length, if a separator or the end of the file is exactly there. Lines of the text that
+/// begin with ">From ", ">>From " and so on lose one ">".
 class MboxReader
 {
 public:
-    /// @throws ToolError naming the file when it cannot be read or is no mbox file
+    /// @throws ToolError naming the file when it cannot be read or is not an mbox file
     explicit MboxReader(const std::string& file);
 
     /// @return false at the end of the file @throws ToolError when the file cannot be read
@@ -42,8 +42,8 @@ private:
     const std::string m_file;
     std::ifstream m_stream;
     uint64_t m_offset = 0, m_size = 0;
-    std::optional<uint64_t> m_separator; ///< the offset of the one before the next message
-    std::string m_firstOfBody;           ///< a line that was read with the headers and is none
+    std::optional<uint64_t> m_separator; ///< the offset of the separator before the next message
+    std::string m_firstOfBody;           ///< a line that was read with the headers but is not a header
     uint64_t m_number = 0;
 };
 

@@ -27,7 +27,7 @@ bool IsEnvelopeLine(const std::string& line)
     return line.compare(0, 5, "From ") == 0 || line.compare(0, 6, ">From ") == 0;
 }
 
-/// Walks over the lines of a message, in and between the headers of all its parts.
+/// Scans the lines of a message, in and between the headers of all its parts.
 class Mender
 {
 public:
@@ -117,8 +117,7 @@ private:
         m_inHeaders = false;
     }
 
-    /// @param body where what follows the headers begins
-    /// @return whether the headers of a message inside are next
+    /// @param body the offset of the body @return whether the headers of an embedded message follow
     bool EndHeaders(size_t body)
     {
         const HeaderBlock::Kind kind =
@@ -132,7 +131,7 @@ private:
         return kind == HeaderBlock::Kind::Message;
     }
 
-    /// Whether a part begins with that boundary at or after `from`.
+    /// Whether a part with this boundary begins at or after `from`.
     bool Occurs(const std::string& boundary, size_t from) const
     {
         const std::string mark = "--" + boundary;
@@ -161,7 +160,7 @@ private:
     bool m_inHeaders = true;
 };
 
-/// UTF-16 with a byte order mark as UTF-8; other bytes as they are, without a mark of UTF-8.
+/// Converts UTF-16 with a byte order mark to UTF-8; other bytes are unchanged except for a removed UTF-8 mark.
 void TakeByteOrderMark(std::string& bytes)
 {
     if (bytes.compare(0, 3, "\xEF\xBB\xBF") == 0)
@@ -183,7 +182,7 @@ void TakeByteOrderMark(std::string& bytes)
     bytes = platform::Utf8FromWide(wide.data(), wide.size());
 }
 
-/// Old files of the Macintosh end their lines with a carriage return alone.
+/// Old Macintosh files have a single carriage return as line end.
 void MendLineEnds(std::string& bytes)
 {
     if (bytes.find('\n') == std::string::npos)
@@ -203,7 +202,7 @@ void DropFirstLine(std::string& bytes)
     bytes.erase(0, end == std::string::npos ? end : end + 1);
 }
 
-/// The headers as they are written, up to the empty line or what is no header.
+/// The headers as written, up to the empty line or the first line that is not a header.
 std::string HeadersOf(const std::string& bytes)
 {
     size_t at = 0;
@@ -251,7 +250,7 @@ MessageText MendMessage(std::string bytes, Notes& notes)
     }
     if (!IsHeaderLine(FirstLine(bytes)))
     {
-        throw ToolError("it is no mail message");
+        throw ToolError("it is not a mail message");
     }
     MessageText result;
     result.headers = HeadersOf(bytes);

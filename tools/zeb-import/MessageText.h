@@ -1,4 +1,4 @@
-// The bytes of a message, made fit for a parser that keeps to the rules.
+// Repairs the bytes of a message for a strict parser.
 #pragma once
 
 #include "tools/zeb-import/Mime.h"
@@ -13,15 +13,15 @@ bool IsHeaderLine(const std::string& line);
 
 struct MessageText
 {
-    std::string text;    ///< to be parsed
-    std::string headers; ///< those of the message as they were written
+    std::string text;    ///< the text to parse
+    std::string headers; ///< the headers of the message as written
 };
 
-/// Repairs what would make a parser leave text out, in the message and in the messages and parts inside it,
-/// and notes each: headers that end without an empty line, zero characters and bytes of no known character set
-/// in headers, encoded words that do not decode, multiparts without a usable boundary and parts without a
-/// usable type (they become plain text), several Content-Type headers (the first counts). A byte order mark
-/// and the "From " line of an mbox file before the headers are left out.
+/// Repairs everything that would make a parser drop text, in the message and its embedded messages and parts, and adds
+/// a note for each: headers that end without an empty line, zero characters and bytes of no known character set in
+/// headers, encoded words that cannot be decoded, multiparts without a usable boundary and parts without a usable type
+/// (they become plain text), several Content-Type headers (the first one is used). Removes a byte order mark and the
+/// "From " line of an mbox file before the headers.
 /// @throws ToolError when it does not begin with headers
 MessageText MendMessage(std::string bytes, Notes& notes);
 

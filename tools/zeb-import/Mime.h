@@ -1,4 +1,4 @@
-// GMime's objects.
+// Owners of GMime objects.
 #pragma once
 
 #include "tools/zeb-import/Notes.h"
@@ -25,7 +25,7 @@ struct GFree
 /// A text that GLib allocated.
 using GText = std::unique_ptr<char, GFree>;
 
-/// Starts GMime; once a process.
+/// Starts GMime; once per process.
 void StartMime();
 
 } // namespace zeb::tools

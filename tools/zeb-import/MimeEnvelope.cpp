@@ -13,10 +13,10 @@ namespace zeb::tools
 namespace
 {
 
-/// Answered, as PR_LAST_VERB_EXECUTED says it; marked for following up, as PR_FLAG_STATUS does.
+/// Values of PR_LAST_VERB_EXECUTED (answered) and PR_FLAG_STATUS (marked for follow-up).
 constexpr LONG VerbReply = 102, FlagMarked = 2;
 
-/// The headers of one message, as they are encoded, without the folding.
+/// The headers of one message, encoded and unfolded.
 class Headers
 {
 public:
@@ -25,7 +25,7 @@ public:
     {
     }
 
-    /// The values of all headers of the name, in their order.
+    /// The values of all headers of that name, in order.
     std::vector<std::string> All(const char* name) const
     {
         std::vector<std::string> values;
@@ -43,7 +43,7 @@ public:
         return values;
     }
 
-    /// The value of the first one; nothing when there is none.
+    /// The value of the first header of that name; empty when there is none.
     std::optional<std::string> First(const char* name) const
     {
         const std::vector<std::string> all = All(name);
@@ -102,8 +102,8 @@ void AppendNumber(std::string& bytes, ULONG number)
     }
 }
 
-/// A one-off entry identifier: flags, the identifier of such ones, version 0, Unicode without rich text, then
-/// name, address type and address.
+/// A one-off entry identifier: flags, the one-off UID, version 0, Unicode without rich text, then name, address type
+/// and address.
 std::string OneOff(const MailAddress& person)
 {
     constexpr unsigned char head[] = {0,    0,    0,    0,    0x81, 0x2B, 0x1F, 0xA4, 0xBE, 0xA3, 0x10, 0x19,
@@ -117,7 +117,8 @@ std::string OneOff(const MailAddress& person)
     return bytes;
 }
 
-/// Names as a list, identifiers as a FLATENTRYLIST: count, bytes, then each with its size, padded to 4 bytes.
+/// Names as a list, identifiers as a FLATENTRYLIST: count, total bytes, then each identifier with its size, padded to 4
+/// bytes.
 void AddReplyTo(Properties& properties, const Headers& headers)
 {
     std::string names, entries;
@@ -142,7 +143,7 @@ void AddReplyTo(Properties& properties, const Headers& headers)
     AddText(properties, PR_REPLY_RECIPIENT_NAMES_W, names);
 }
 
-/// When the mail arrived: the date of the topmost Received header (after its last semicolon).
+/// The delivery time: the date of the topmost Received header (after its last semicolon).
 std::optional<int64_t> ArrivalOf(const Headers& headers)
 {
     const std::string received = headers.FirstOr("Received", "");
@@ -157,7 +158,7 @@ void AddDates(Properties& properties, const Headers& headers, Notes& notes)
     const std::optional<int64_t> arrived = ArrivalOf(headers);
     if (date && !sent)
     {
-        notes.Add("'" + *date + "' is no date");
+        notes.Add("'" + *date + "' is not a date");
     }
     if (sent)
     {

@@ -9,9 +9,9 @@ namespace zeb::tools
 {
 
 /// Adds class, subject, author, sender, reply addresses, dates, identifiers, importance, state, the headers as
-/// text, and the recipients. Of several headers of one name the first counts; recipients are those of all.
-/// @param headers as they were written; empty: as GMime has them
-/// @param state what is known of the message besides its headers, which come second
+/// text, and the recipients. For several headers of one name the first one is used; recipients come from all of them.
+/// @param headers the headers as written; empty: as GMime has them @param state known state of the message; it
+/// overrides the headers
 void AddEnvelope(MessageContent& content, GMimeMessage* message, const std::string& headers,
                  const std::optional<MailState>& state, Notes& notes);
 

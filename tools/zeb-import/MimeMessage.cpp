@@ -76,7 +76,7 @@ private:
         AddStray(g_mime_multipart_get_epilogue(part), "text after the last part is kept as an attachment");
     }
 
-    /// Text that is in no part, as the body of a message that has no other or else as an attachment.
+    /// Text outside all parts: the body of a message without another body, otherwise an attachment.
     void AddStray(const char* text, const std::string& note)
     {
         if (!text || Trimmed(text).empty())
@@ -99,7 +99,7 @@ private:
         m_hasBody = true;
     }
 
-    /// HTML goes in as UTF-8 with its code page; a message without plain text gets that of its HTML.
+    /// HTML is stored as UTF-8 with its code page; a message without plain text gets the text of its HTML.
     void AddHtml(const std::string& html)
     {
         if (!m_hasBody)
@@ -141,7 +141,7 @@ private:
         std::string bytes = DecodedBytes(part, m_notes);
         const GText type(g_mime_content_type_get_mime_type(g_mime_object_get_content_type(GMIME_OBJECT(part))));
         const std::string typeName = LowerCase(type ? type.get() : "");
-        // With a transfer encoding, which such a part should not have, it is not parsed.
+        // Such a part should not have a transfer encoding; if it has one, it is not parsed.
         const bool isMessage = typeName == "message/rfc822" || typeName == "message/global";
         if (isMessage && IsHeaderLine(bytes.substr(0, bytes.find('\n'))))
         {
@@ -200,7 +200,7 @@ MessageContent ContentOf(GMimeMessage* message, const std::string& headers, cons
 {
     if (depth > DeepestMessage)
     {
-        throw ToolError("messages are embedded in each other more than " + std::to_string(DeepestMessage) + " deep");
+        throw ToolError("embedded messages are nested more than " + std::to_string(DeepestMessage) + " deep");
     }
     MessageContent content;
     AddEnvelope(content, message, headers, state, notes);
@@ -219,7 +219,7 @@ MessageContent ContentOfBytes(std::string bytes, const std::optional<MailState>&
     const GRef<GMimeMessage> message(g_mime_parser_construct_message(parser.get(), nullptr));
     if (!message)
     {
-        throw ToolError("it is no mail message");
+        throw ToolError("it is not a mail message");
     }
     return ContentOf(message.get(), mail.headers, state, depth, notes);
 }

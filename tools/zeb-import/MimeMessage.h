@@ -8,10 +8,9 @@
 namespace zeb::tools
 {
 
-/// Turns the bytes of a mail into properties: class, subject, author, recipients, dates, identifiers, headers,
-/// plain and HTML text, attachments. Nothing is dropped without a note.
-/// @param state what is known of it besides its headers
-/// @throws ToolError when it is no mail, or when more than 32 messages are embedded in each other
+/// Converts the bytes of a mail to properties: class, subject, author, recipients, dates, identifiers, headers, plain
+/// and HTML text, attachments. Nothing is dropped without a note. @param state known state in addition to the headers
+/// @throws ToolError when it is not a mail, or when embedded messages are nested more than 32 deep
 MessageContent ContentOfMail(std::string bytes, const std::optional<MailState>& state, Notes& notes);
 
 } // namespace zeb::tools

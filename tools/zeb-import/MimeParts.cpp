@@ -50,7 +50,7 @@ std::string BytesIn(GMimeStream* stream)
     return std::string(reinterpret_cast<const char*>(bytes->data), bytes->len);
 }
 
-/// The bytes as they are in the message, transfer encoding and all.
+/// The bytes as in the message, including the transfer encoding.
 std::string EncodedBytes(GMimeDataWrapper* content)
 {
     const GRef<GMimeStream> copy(g_mime_stream_mem_new());
@@ -65,8 +65,8 @@ bool IsBase64Character(char character)
     return g_ascii_isalnum(character) || (character != '\0' && std::strchr("+/= \t\r\n", character));
 }
 
-/// Where the text stops to be base64: at the first line with a character that cannot be in it, or with two
-/// words after the padding. npos when all of it is base64.
+/// The end of the base64 text: the first line with an invalid character, or with two words after the padding. npos when
+/// all of it is base64.
 size_t EndOfBase64(const std::string& text)
 {
     bool padded = false;
@@ -99,7 +99,7 @@ bool IsBase64(GMimePart* part)
     return g_mime_part_get_content_encoding(part) == GMIME_CONTENT_ENCODING_BASE64;
 }
 
-/// The character set that an HTML page names at its beginning; empty when it names none.
+/// The character set that an HTML page declares at its beginning; empty when it declares none.
 std::string CharsetInPage(const std::string& html)
 {
     constexpr size_t beginning = 2048;
@@ -134,7 +134,7 @@ std::string DecodedBytes(GMimePart* part, Notes& notes)
     }
     if (IsBase64(part) && EndOfBase64(EncodedBytes(content)) != std::string::npos)
     {
-        notes.Add("an attachment has characters that are not base64, which were left out");
+        notes.Add("an attachment has characters that are not base64, which were removed");
     }
     const GRef<GMimeStream> stream(g_mime_stream_mem_new());
     if (g_mime_data_wrapper_write_to_stream(content, stream.get()) < 0)
@@ -160,7 +160,7 @@ std::string TextOf(GMimePart* part, Notes& notes)
     }
     else
     {
-        notes.Add("text that is not base64 is kept as it is");
+        notes.Add("text that is not base64 is kept unchanged");
         bytes = FromBase64(encoded.substr(0, end));
         bytes += (bytes.empty() || bytes.back() == '\n' ? "" : "\n") + encoded.substr(end);
     }

@@ -43,7 +43,7 @@ bool IsFolder(const fs::path& path)
     return fs::is_directory(path, ignored);
 }
 
-/// A Maildir keeps its messages in "cur" and "new", and in "tmp" what is not yet delivered.
+/// A Maildir keeps its messages in "cur" and "new", and messages not yet delivered in "tmp".
 bool IsMaildir(const fs::path& directory)
 {
     return IsFolder(directory / "cur") && IsFolder(directory / "new");
@@ -55,7 +55,7 @@ bool IsPartOfMaildir(const fs::path& directory)
     return (name == "cur" || name == "new" || name == "tmp") && IsMaildir(directory.parent_path());
 }
 
-/// The path of a folder below: ".Sent.2020" of a Maildir is the folder "2020" in "Sent".
+/// The path of a subfolder: ".Sent.2020" of a Maildir is the folder "2020" in "Sent".
 FolderPath PathBelow(const FolderPath& above, const fs::path& folder, bool inMaildir)
 {
     const std::string name = folder.filename().u8string();
@@ -116,7 +116,7 @@ EmlSource::EmlSource(const std::string& input)
     }
     if (!IsFolder(path))
     {
-        throw ToolError("'" + input + "' is no folder and no file");
+        throw ToolError("'" + input + "' is neither a folder nor a file");
     }
     Walk(path, TopNamed(Whole(path).filename().u8string()), true);
 }
@@ -147,7 +147,7 @@ EmlSource::Listing EmlSource::List(const fs::path& directory, bool isTop)
         }
         else
         {
-            PassOver(entry->path(), "it is no file");
+            PassOver(entry->path(), "it is not a file");
         }
     }
     if (failure && isTop)
@@ -206,7 +206,7 @@ void EmlSource::Walk(const fs::path& directory, const FolderPath& path, bool isT
         }
         else
         {
-            PassOver(file, "it is no .eml file");
+            PassOver(file, "it is not an .eml file");
         }
     }
     if (isMaildir)

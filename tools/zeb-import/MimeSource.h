@@ -14,7 +14,7 @@ namespace zeb::tools
 class MboxSource : public MailSource
 {
 public:
-    /// @throws ToolError naming the file when it cannot be read or is none
+    /// @throws ToolError naming the file when it cannot be read or is not an mbox file
     explicit MboxSource(const std::string& file);
 
     std::vector<FolderPath> Folders() override { return {m_folder}; }
@@ -27,8 +27,8 @@ private:
     MboxReader m_reader;
 };
 
-/// A folder of .eml files with its subfolders, Maildirs among them, or one file. The top one is named after
-/// the folder, the others are below it; one file goes where the whole of its folder would put it.
+/// A folder of .eml files with its subfolders, including Maildirs, or one file. The top folder is named after the
+/// folder, the others are below it; one file goes to the place that it would have with its whole folder.
 class EmlSource : public MailSource
 {
 public:
@@ -43,7 +43,7 @@ private:
     struct File
     {
         std::filesystem::path path;
-        std::optional<MailState> state; ///< what the place and the name of the file tell
+        std::optional<MailState> state; ///< the state from the location and the name of the file
     };
     struct Folder
     {

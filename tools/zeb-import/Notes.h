@@ -1,4 +1,4 @@
-// What is said of a message that was not as it should be.
+// Notes about defects of a message.
 #pragma once
 
 #include <algorithm>
@@ -8,7 +8,7 @@
 namespace zeb::tools
 {
 
-/// What was repaired or guessed while a message was read, each kind once.
+/// Repairs and guesses made while a message was read, each kind once.
 class Notes
 {
 public:

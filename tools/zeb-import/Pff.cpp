@@ -61,7 +61,7 @@ std::string NarrowTextOf(libpff_record_entry_t* entry)
     return text.substr(0, text.find('\0'));
 }
 
-/// UTF-16 text without a terminator and what may follow it.
+/// UTF-16 text up to its terminator.
 std::string WithoutTerminator(std::string utf16)
 {
     utf16.resize(utf16.size() & ~size_t{1});
@@ -75,8 +75,8 @@ std::string WithoutTerminator(std::string utf16)
     return utf16;
 }
 
-/// The stored bytes of a single value in the form of a Property. Short numbers stand in four bytes in the
-/// file, or in fewer than their type has.
+/// The stored bytes of a single value in the form of a Property. The file stores short numbers in four bytes, or in
+/// fewer bytes than their type has.
 std::string SingleValue(ULONG type, std::string data)
 {
     if (type == PT_UNICODE)
@@ -100,8 +100,8 @@ uint32_t NumberAt(const std::string& data, size_t offset)
     return number;
 }
 
-/// Where the elements of a multi-valued property begin, and after them the end of the last: numbers are
-/// side by side; before texts and binaries stand their count and the offset of each.
+/// The offsets of the elements of a multi-valued property, followed by the end of the last one: numbers are contiguous;
+/// texts and binaries are preceded by their count and the offset of each.
 std::vector<size_t> Bounds(const std::string& data, size_t elementSize)
 {
     constexpr size_t word = 4;
@@ -181,7 +181,7 @@ PropertyName NameOf(libpff_name_to_id_map_entry_t* map)
     return name;
 }
 
-/// @return false for an entry that is no property (a row's own bookkeeping has no type)
+/// @return false for an entry that is not a property (a row's internal entries have no type)
 bool ReadEntry(libpff_record_entry_t* entry, Property& property)
 {
     uint32_t id = 0, type = 0;
@@ -190,7 +190,7 @@ bool ReadEntry(libpff_record_entry_t* entry, Property& property)
     {
         return false;
     }
-    // An object is read by its own means; it has no property here.
+    // Objects are read separately; they have no property here.
     if (type == PT_OBJECT || type == PT_NULL || type == PT_UNSPECIFIED)
     {
         return false;
@@ -202,7 +202,7 @@ bool ReadEntry(libpff_record_entry_t* entry, Property& property)
     {
         property.name = NameOf(map);
     }
-    // A name that the file's own map does not explain has no meaning outside the file.
+    // A name that is missing from the file's map has no meaning outside the file.
     else if (id >= 0x8000)
     {
         return false;

@@ -1,4 +1,4 @@
-// libpff's handles, owned, and its failures as exceptions.
+// Owners of libpff's handles, and conversion of its failures to exceptions.
 #pragma once
 
 #include "tools/common/Property.h"
@@ -11,17 +11,17 @@
 namespace zeb::tools::pff
 {
 
-/// Throws ToolError with `what` and libpff's own words when `result` is -1; else returns it.
+/// Throws ToolError with `what` and libpff's error text when `result` is -1; otherwise returns it.
 int Check(int result, libpff_error_t*& error, const std::string& what);
 
 struct FreeItem
 {
     void operator()(libpff_item_t* item) const { libpff_item_free(&item, nullptr); }
 };
-/// A folder, message, attachment or recipient list. The file must stay open longer.
+/// A folder, message, attachment or recipient list. Must be released before the file is closed.
 using Item = std::unique_ptr<libpff_item_t, FreeItem>;
 
-/// Takes the item that a call hands out: `call(libpff_item_t**, libpff_error_t**)`.
+/// Takes over the item that a call returns: `call(libpff_item_t**, libpff_error_t**)`.
 /// @return empty when there is none
 template <typename Call>
 Item Take(const std::string& what, Call&& call)
@@ -34,7 +34,7 @@ Item Take(const std::string& what, Call&& call)
     return item;
 }
 
-/// A number that a call hands out: `call(int*, libpff_error_t**)`.
+/// A number that a call returns: `call(int*, libpff_error_t**)`.
 template <typename Call>
 int Number(const std::string& what, Call&& call)
 {
@@ -44,11 +44,11 @@ int Number(const std::string& what, Call&& call)
     return number;
 }
 
-/// The properties of one record set of an item, every one with its tag, type, value and name.
+/// The properties of one record set of an item, each with its tag, type, value and name.
 /// @throws ToolError for a value that cannot be read
 Properties ReadRecordSet(libpff_item_t* item, int index);
 
-/// The number of record sets: one for messages and folders, one a recipient for recipients.
+/// The number of record sets: one for messages and folders, one per recipient for recipient lists.
 int RecordSets(libpff_item_t* item);
 
 } // namespace zeb::tools::pff

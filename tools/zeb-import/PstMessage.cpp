@@ -6,7 +6,7 @@ namespace zeb::tools
 namespace
 {
 
-/// Attachments above this are read piece by piece.
+/// Larger attachments (bytes) are read in pieces.
 constexpr size64_t LargestInMemory = 1024 * 1024;
 constexpr int DeepestMessage = 32;
 
@@ -50,8 +50,8 @@ Property* Find(Properties& properties, ULONG id)
     return nullptr;
 }
 
-/// The file keeps the length of the subject's prefix ("RE: ") in two characters before the text; they are no
-/// part of the property.
+/// The file keeps the length of the subject's prefix ("RE: ") in two characters before the text; they are not part of
+/// the property.
 void StripSubjectMark(Properties& properties)
 {
     Property* subject = Find(properties, PROP_ID(PR_SUBJECT));
@@ -67,8 +67,8 @@ void StripSubjectMark(Properties& properties)
     }
 }
 
-/// Leaves the bytes of a large attachment to be read when they are written. Those of an OLE object, which
-/// the file keeps next to its properties, become the property by which MAPI hands them out.
+/// Defers reading the bytes of a large attachment until they are written. The bytes of an OLE object, which the file
+/// stores next to its properties, become the property that MAPI uses for them.
 void ReadAttachmentData(const std::shared_ptr<libpff_item_t>& message, pff::Item attachment, Properties& properties)
 {
     size64_t size = 0;
@@ -105,7 +105,7 @@ AttachmentContent ReadAttachment(const std::shared_ptr<libpff_item_t>& message, 
         pff::Item embedded =
             pff::Take("an embedded message cannot be read", [&](libpff_item_t** item, libpff_error_t** error)
         { return libpff_attachment_get_item(attachment.get(), item, error); });
-        // The embedded item lives no longer than its attachment, and that no longer than the message.
+        // The embedded item must not outlive its attachment, nor the attachment the message.
         struct Owner
         {
             std::shared_ptr<libpff_item_t> message;
@@ -136,7 +136,7 @@ MessageContent ReadMessage(const std::shared_ptr<libpff_item_t>& item, int depth
 {
     if (depth > DeepestMessage)
     {
-        throw ToolError("messages are embedded in each other more than " + std::to_string(DeepestMessage) + " deep");
+        throw ToolError("embedded messages are nested more than " + std::to_string(DeepestMessage) + " deep");
     }
     MessageContent content;
     content.properties = pff::ReadRecordSet(item.get(), 0);

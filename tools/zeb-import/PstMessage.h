@@ -7,8 +7,8 @@
 namespace zeb::tools
 {
 
-/// Reads a message whole: properties, recipients and attachments, embedded messages included. Large
-/// attachments are read when they are written; `item` must live until then.
+/// Reads a complete message: properties, recipients and attachments, including embedded messages. Large attachments are
+/// read when they are written; `item` must stay valid until then.
 /// @throws ToolError
 MessageContent ReadPstMessage(std::shared_ptr<libpff_item_t> item);
 

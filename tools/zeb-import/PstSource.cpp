@@ -16,7 +16,7 @@ namespace
 /// The last four bytes of a folder's entry identifier in a PST file are its node.
 constexpr size_t EntryIdSize = 24, NodeInEntryId = 20;
 
-/// The size that the file's header tells; 0 when there is no such header.
+/// The size in the file's header; 0 without a valid header.
 uint64_t SizeInHeader(const std::string& file)
 {
     unsigned char header[0xC0] = {};
@@ -25,7 +25,7 @@ uint64_t SizeInHeader(const std::string& file)
     {
         return 0;
     }
-    // The field moved when the format went from 32 to 64 bits.
+    // The offset of the field differs between the 32-bit and the 64-bit format.
     const unsigned version = header[10] | header[11] << 8;
     const size_t field = version >= 23 ? 0xB8 : 0xA8;
     uint64_t size = 0;
@@ -71,7 +71,7 @@ pff::Item SubFolder(libpff_item_t* folder, int index)
     { return libpff_folder_get_sub_folder(folder, index, item, error); });
 }
 
-/// The subfolder of that name; empty when there is none.
+/// The subfolder of that name; empty when it does not exist.
 pff::Item ChildNamed(libpff_item_t* folder, const std::string& name)
 {
     for (int i = 0, count = SubFolders(folder); i < count; ++i)
@@ -92,7 +92,7 @@ bool IsSearch(libpff_item_t* folder)
     return (IdentifierOf(folder) & nodeTypeMask) == nodeTypeSearchFolder;
 }
 
-/// The messages that the folder itself holds.
+/// The messages in the folder itself.
 int Messages(libpff_item_t* folder, bool associated)
 {
     if (IsSearch(folder))
@@ -120,15 +120,15 @@ PstSource::PstSource(const std::string& file)
     const uint64_t told = SizeInHeader(file);
     if (told == 0)
     {
-        throw ToolError("'" + m_name + "' is no PST or OST file");
+        throw ToolError("'" + m_name + "' is not a PST or OST file");
     }
     if (told > size)
     {
-        throw ToolError("'" + m_name + "' is cut short: it should have " + Grouped(told) + " bytes and has " +
+        throw ToolError("'" + m_name + "' is truncated: it should have " + Grouped(told) + " bytes and has " +
                         Grouped(size));
     }
     libpff_error_t* error = nullptr;
-    pff::Check(libpff_file_initialize(&m_file, &error), error, "libpff does not start");
+    pff::Check(libpff_file_initialize(&m_file, &error), error, "libpff cannot be started");
     try
     {
         pff::Check(libpff_file_open(m_file, file.c_str(), LIBPFF_OPEN_READ, &error), error,
@@ -181,7 +181,7 @@ uint32_t PstSource::IdentifierOfTop() const
             }
         }
     }
-    // An OST file has the server's identifier there; its own tree has fixed names.
+    // In an OST file this is the server's identifier; its own tree has fixed names.
     const pff::Item mailbox = ChildNamed(m_root.get(), "Root - Mailbox");
     const pff::Item top = mailbox ? ChildNamed(mailbox.get(), "IPM_SUBTREE") : pff::Item();
     return top ? IdentifierOf(top.get()) : 0;
@@ -251,7 +251,7 @@ void PstSource::ImportFolder(Importer& importer, libpff_item_t* folder, const Fo
 {
     try
     {
-        // The root of the file is not a folder of the store's, but for its place.
+        // The root of the file only gives the position; it is not a folder of the store.
         const bool isRoot = path.fromRoot && path.names.empty();
         importer.AddFolder(path, isRoot ? Properties() : pff::ReadRecordSet(folder, 0));
         ImportMessages(importer, folder, path, false);

@@ -7,12 +7,12 @@
 namespace zeb::tools
 {
 
-/// Reads a PST or OST file. Folder paths begin below the file's top of user-visible folders; what stands
-/// beside it has paths from the root.
+/// Reads a PST or OST file. Folder paths begin below the file's top of user-visible folders; folders outside it have
+/// paths from the root.
 class PstSource : public MailSource
 {
 public:
-    /// @throws ToolError naming the file when it is missing, no such file, or cut short
+    /// @throws ToolError naming the file when it is missing, not such a file, or truncated
     explicit PstSource(const std::string& file);
     ~PstSource() override;
     PstSource(const PstSource&) = delete;

@@ -25,7 +25,7 @@ struct Options
     std::vector<std::string> inbox;
 };
 
-/// The folders named on the command line; every one must be in the source.
+/// The folders named on the command line; each one must exist in the source.
 std::vector<FolderPath> InboxFolders(const Options& options, MailSource& source)
 {
     const std::vector<FolderPath> known = source.Folders();
@@ -54,7 +54,7 @@ std::string Counted(uint64_t number, const char* one, const char* many)
     return Grouped(number) + " " + (number == 1 ? one : many);
 }
 
-/// What went in: "3 messages in 1 folder, 1 item skipped".
+/// The result: "3 messages in 1 folder, 1 item skipped".
 std::string Summary(const Importer& importer)
 {
     std::string text =
@@ -69,12 +69,12 @@ std::string Summary(const Importer& importer)
     }
     if (importer.PassedOver())
     {
-        text += ", " + Counted(importer.PassedOver(), "file", "files") + " passed over";
+        text += ", " + Counted(importer.PassedOver(), "file", "files") + " ignored";
     }
     return text;
 }
 
-/// Whatever ends an import early, what is in the store by then is told.
+/// When an import ends early, the counts of the imported items are printed.
 void Run(MailSource& source, Importer& importer)
 {
     try
@@ -113,10 +113,10 @@ void AddKind(CLI::App& app, const std::shared_ptr<Options>& options, std::functi
              const char* what, const char* argument)
 {
     CLI::App* command = app.add_subcommand(name, what);
-    command->add_option("input", options->input, "What to read")->required()->type_name(argument);
+    command->add_option("input", options->input, "The source to read")->required()->type_name(argument);
     command
         ->add_option("--inbox", options->inbox,
-                     "A source folder that becomes the inbox, by its path (\"Top/Sub\"); several go into one")
+                     "A source folder that becomes the inbox, by its path (\"Top/Sub\"); several are merged")
         ->type_name("PATH")
         ->expected(1)
         ->take_all();
@@ -137,9 +137,9 @@ void AddKind(CLI::App& app, const std::shared_ptr<Options>& options, std::functi
 int main(int argc, char** argv)
 {
     zeb::platform::PrepareConsole();
-    CLI::App app("Brings mail into the default store of a profile.", "zeb-import");
+    CLI::App app("Imports mail into the default store of a profile.", "zeb-import");
     PrepareCommandLine(app);
-    app.footer("Exit codes: 0 done, 1 failed, 2 wrong usage, 3 done but for the items that were reported as "
+    app.footer("Exit codes: 0 done, 1 failed, 2 wrong usage, 3 done except for the items that were reported as "
                "skipped or repaired.");
     const auto options = std::make_shared<Options>();
     std::function<int()> action;

@@ -29,7 +29,7 @@ struct Options
     bool json = false;
     bool expand = false;
     std::string subject; ///< the container, or the entry
-    std::string other;   ///< what it is compared with
+    std::string other;   ///< the entry to compare with
     ULONG limit = 0;
 };
 
@@ -172,7 +172,7 @@ std::string PropertyName(ULONG tag)
     return PropertyText(property);
 }
 
-/// The members of a list. @param seen identifiers of the lists that were walked through; null: direct members only
+/// The members of a list. @param seen identifiers of the lists already visited; null: direct members only
 void GatherMembers(AddressBookHost& host, CZebDistList& list, std::set<std::string>* seen,
                    std::vector<AddressRow>& members)
 {
@@ -185,7 +185,7 @@ void GatherMembers(AddressBookHost& host, CZebDistList& list, std::set<std::stri
     });
     for (const AddressRow& each : direct)
     {
-        // A list may be a member of itself, straight or by way of another.
+        // A list may be a member of itself, directly or through another list.
         if (seen && !seen->insert(each.entryId).second)
         {
             continue;
@@ -329,29 +329,30 @@ CLI::App* AddCommand(CLI::App& group, const char* name, const char* help, Body b
 
 void AddAddressBook(CLI::App& app, Action& action)
 {
-    CLI::App* group = app.add_subcommand("ab", "Reads the address book");
+    CLI::App* group = app.add_subcommand("ab", "Shows the address book");
     group->require_subcommand(1);
     auto options = std::make_shared<Options>();
 
-    CLI::App* list = AddCommand(*group, "list", "Lists the containers, or the entries of one by their names", &List,
+    CLI::App* list = AddCommand(*group, "list", "Lists the containers, or the entries of one sorted by name", &List,
                                 options, action);
-    list->add_option("container", options->subject, "Its name, or its entry identifier in hexadecimal digits")
+    list->add_option("container", options->subject,
+                     "The container's name, or its entry identifier in hexadecimal digits")
         ->type_name("CONTAINER");
     AddCountOption(*list, "--limit", options->limit, "List only the first N entries");
 
-    CLI::App* show = AddCommand(*group, "show", "Shows an entry with its properties, and of a list the members", &Show,
+    CLI::App* show = AddCommand(*group, "show", "Shows an entry with its properties, and the members of a list", &Show,
                                 options, action);
-    show->add_option("entry", options->subject, "Its name, its address, or its entry identifier in hexadecimal digits")
+    show->add_option("entry", options->subject, "The entry's name, address, or entry identifier in hexadecimal digits")
         ->required()
         ->type_name("ENTRY");
     show->add_flag("--expand", options->expand, "Show the members of lists inside the list, each once");
 
-    CLI::App* compare =
-        AddCommand(*group, "compare", "Says whether two entry identifiers name the same", &Compare, options, action);
-    compare->add_option("first", options->subject, "An entry identifier in hexadecimal digits")
+    CLI::App* compare = AddCommand(*group, "compare", "Compares two entry identifiers: do they name the same entry",
+                                   &Compare, options, action);
+    compare->add_option("first", options->subject, "The first entry identifier in hexadecimal digits")
         ->required()
         ->type_name("A");
-    compare->add_option("second", options->other, "Another one")->required()->type_name("B");
+    compare->add_option("second", options->other, "The second entry identifier")->required()->type_name("B");
 }
 
 } // namespace zeb::tools

@@ -10,9 +10,9 @@ namespace zeb::tools
 namespace
 {
 
-/// Rows read in one call: few calls, and no whole address book in memory.
+/// Rows per call: few calls without holding the whole address book in memory.
 constexpr LONG RowsInOneCall = 200;
-/// Flags and provider: what each entry identifier begins with.
+/// Flags and provider UID: the start of every entry identifier.
 constexpr size_t ShortestEntryId = 2 * 20;
 
 std::unique_ptr<HostSession> SessionOf(const std::string& profile, bool wab)
@@ -164,7 +164,7 @@ AddressRow AddressBookHost::FindContainer(const std::string& nameOrId)
     }
     if (!IsEntryId(nameOrId))
     {
-        throw ToolError("the address book has no container '" + nameOrId + "'; 'zeb ab list' shows those it has");
+        throw ToolError("the address book has no container '" + nameOrId + "'; 'zeb ab list' lists the containers");
     }
     AddressRow row;
     row.entryId = nameOrId;
@@ -220,8 +220,9 @@ std::string AddressBookHost::FindEntry(const std::string& nameOrId)
     }
     if (found.size() > 1)
     {
-        throw ToolError("'" + nameOrId + "' stands for " + std::to_string(found.size()) +
-                        " entries of the address book; name one by its identifier ('zeb ab list --json' shows them)");
+        throw ToolError(
+            "'" + nameOrId + "' is ambiguous: " + std::to_string(found.size()) +
+            " entries of the address book match; give the entry identifier ('zeb ab list --json' shows it)");
     }
     return found.front().entryId;
 }

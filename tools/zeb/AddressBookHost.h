@@ -1,4 +1,4 @@
-// The address book of a profile, or the Windows Address Book, for the commands that read it.
+// The address book of a profile, or the Windows Address Book, for the commands that use it.
 #pragma once
 
 #include "tools/common/HostSession.h"
@@ -11,19 +11,20 @@
 namespace zeb::tools
 {
 
-/// What is listed of a container or an entry. Texts are UTF-8.
+/// The listed columns of a container or an entry. Texts are UTF-8.
 struct AddressRow
 {
     std::string name, addressType, address, entryId;
-    LONG objectType = 0;  ///< MAPI_ABCONT, MAPI_MAILUSER, MAPI_DISTLIST; 0 when the provider does not say
+    LONG objectType = 0;  ///< MAPI_ABCONT, MAPI_MAILUSER, MAPI_DISTLIST; 0 when the provider does not set it
     LONG displayType = 0; ///< DT_...
 };
 
-/// The address book, open until the object goes. Everything opened from it must be gone before it is.
+/// The address book, open for the lifetime of the object. All objects opened from it must be released before it is
+/// destroyed.
 class AddressBookHost
 {
 public:
-    /// @param wab the Windows Address Book, by the library that the registry names, instead of a profile's
+    /// @param wab the Windows Address Book, by the library that the registry names, instead of a profile's address book
     /// @throws ToolError
     AddressBookHost(const std::string& profile, bool wab);
     ~AddressBookHost();
@@ -40,12 +41,12 @@ public:
     AddressRow FindContainer(const std::string& nameOrId);
     CZebABContainer OpenContainer(const std::string& entryId);
 
-    /// The identifier of an entry: hexadecimal text as it is, else the one entry of the containers with this name or
-    /// address, or, when none has it, the one whose name begins so.
+    /// The identifier of an entry: hexadecimal text is decoded; otherwise the only entry of the containers with this
+    /// name or address, or else the only entry whose name begins with it.
     /// @throws ToolError when there is none, or several
     std::string FindEntry(const std::string& nameOrId);
 
-    /// Reads a table's rows from the first on, some at a time, until `visit` answers false.
+    /// Reads a table's rows from the first one, in batches, until `visit` returns false.
     void ReadRows(CZebTable& table, const std::function<bool(const AddressRow&)>& visit) const;
 
 private:
@@ -56,7 +57,7 @@ private:
     CZebAddressBook m_book;
 };
 
-/// True when the text is hexadecimal digits, two a byte, enough for an entry identifier.
+/// True when the text consists of hexadecimal digits, two for each byte, and is long enough for an entry identifier.
 bool IsEntryId(const std::string& text);
 
 } // namespace zeb::tools

@@ -150,14 +150,14 @@ void Confirm(const std::string& what, bool yes)
     }
     if (!platform::InputIsTerminal() || !platform::IsTerminal(platform::OutputStream::Error))
     {
-        throw UsageError("there is no terminal to ask on, so nothing is done: to " + what + " give --yes");
+        throw UsageError("no terminal for the question: to " + what + " give --yes");
     }
     std::fprintf(stderr, "Really %s? [y/N] ", what.c_str());
     std::fflush(stderr);
     char answer[16] = "";
     if (!std::fgets(answer, sizeof answer, stdin) || (answer[0] != 'y' && answer[0] != 'Y'))
     {
-        throw ToolError("nothing is done");
+        throw ToolError("cancelled: nothing was changed");
     }
 }
 

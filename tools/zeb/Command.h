@@ -1,4 +1,4 @@
-// The commands of zeb. Each group stands in a file of its own and adds itself to the command line.
+// The commands of zeb. Each group has its own file and adds itself to the command line.
 #pragma once
 
 #include "zebapi/ZebAPI.h"
@@ -11,7 +11,7 @@
 namespace zeb::tools
 {
 
-/// What the chosen command does; set when the command line has been read.
+/// The action of the selected command; set when the command line has been parsed.
 using Action = std::function<int()>;
 
 void AddDoctor(CLI::App& app, Action& action);
@@ -37,7 +37,7 @@ inline void AddProfileOption(CLI::App& command, std::string& profile)
         ->type_name("NAME");
 }
 
-/// Adds the required folder that a command works on.
+/// Adds the required folder argument of a command.
 inline void AddFolderArgument(CLI::App& command, std::string& folder)
 {
     command.add_option("folder", folder, "A folder, by path (\"Inbox/Sub\", \"/\" is the root) or entry identifier")
@@ -45,13 +45,13 @@ inline void AddFolderArgument(CLI::App& command, std::string& folder)
         ->type_name("FOLDER");
 }
 
-/// Adds an option that takes a count, "--limit N"; 0 stays where it is not given.
+/// Adds an option with a count, "--limit N"; 0 when not given.
 inline void AddCountOption(CLI::App& command, const char* name, ULONG& count, const char* help)
 {
     command.add_option(name, count, help)->type_name("N")->check(CLI::Range(1u, 0x7FFFFFFFu));
 }
 
-/// Adds "--sort", the order of a listing of messages.
+/// Adds "--sort", the order of a message list.
 inline void AddSortOption(CLI::App& command, std::string& sort)
 {
     command.add_option("--sort", sort, "By date (newest first), subject or size (largest first)")
@@ -59,16 +59,16 @@ inline void AddSortOption(CLI::App& command, std::string& sort)
         ->capture_default_str();
 }
 
-/// Adds "--utc" to a command that shows or takes dates.
+/// Adds "--utc" to a command that shows or accepts dates.
 inline void AddUtcOption(CLI::App& command, bool& utc)
 {
     command.add_flag("--utc", utc, "Dates in UTC; without it in local time");
 }
 
-/// Adds the option that answers the question of a command that destroys something.
+/// Adds the option that confirms a destructive command.
 inline void AddYesOption(CLI::App& command, bool& yes)
 {
-    command.add_flag("--yes", yes, "Do not ask; needed where there is no terminal to ask on");
+    command.add_flag("--yes", yes, "Do not ask; needed when there is no terminal");
 }
 
 } // namespace zeb::tools

@@ -14,7 +14,7 @@ void Contains(CZebRestriction& node, ULONG tag, const CStringW& text)
     node.CreateContentW(tag, text, FL_SUBSTRING | FL_IGNORECASE);
 }
 
-/// The same as a listing shows: the author, or for a message that names none the one who sent it.
+/// The sender as listings show it: the author, or the sender of a message without an author.
 void IsFrom(CZebRestriction& node, const CStringW& from)
 {
     node.CreateOr(3);
@@ -30,7 +30,7 @@ void IsFrom(CZebRestriction& node, const CStringW& from)
     Contains(senderAddress, PR_SENDER_EMAIL_ADDRESS_W, from);
 }
 
-/// The date that listings show: when the message was sent or, where that is not known, delivered.
+/// The date that listings show: the submit time, or the delivery time when it has none.
 void CompareDate(CZebRestriction& node, ULONG relop, const FILETIME& time)
 {
     node.CreateOr(2);

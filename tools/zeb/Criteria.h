@@ -1,4 +1,4 @@
-// What messages are looked for, as a restriction.
+// Search conditions for messages, as a restriction.
 #pragma once
 
 #include "zebapi/ZebAPI.h"
@@ -10,7 +10,7 @@
 namespace zeb::tools
 {
 
-/// The conditions as they stand on a command line; empty ones do not count.
+/// The conditions as given on the command line; empty ones are ignored.
 struct CriteriaText
 {
     std::string subject, from, since, until, size, maxSize, messageClass;
@@ -23,12 +23,12 @@ struct CriteriaText
 class Criteria
 {
 public:
-    /// @throws UsageError for a date or a size that is none
+    /// @throws UsageError for an invalid date or size
     explicit Criteria(const CriteriaText& text);
 
-    /// Without a condition everything matches.
+    /// Without conditions every message matches.
     bool IsEmpty() const { return m_conditions.empty(); }
-    /// Fills a fresh node. @throws CZebException*
+    /// Fills a new node. @throws CZebException*
     void Build(CZebRestriction& node) const;
 
 private:

@@ -1,4 +1,4 @@
-// zeb doctor: why MAPI works here, or does not.
+// zeb doctor: diagnoses whether and why MAPI works on this machine.
 #include "tools/common/Failure.h"
 #include "tools/common/Output.h"
 #include "tools/zeb/Command.h"
@@ -19,8 +19,8 @@ namespace
 struct ProfileNames
 {
     std::vector<std::string> all;
-    std::string chosen; ///< the default one; empty when there is none
-    std::string key;    ///< where they stand, below HKEY_CURRENT_USER
+    std::string chosen; ///< the default profile; empty when there is none
+    std::string key;    ///< the profiles' key below HKEY_CURRENT_USER
     std::vector<ProfilePlace> elsewhere;
 };
 
@@ -60,7 +60,7 @@ void PrintCandidate(size_t number, const ProviderCandidate& candidate)
     Print("\n");
 }
 
-/// Names compare as the keys that they are.
+/// Profile names are registry keys and compare without case.
 bool SameName(const std::string& one, const std::string& other)
 {
     return WideFromUtf8(one).CompareNoCase(WideFromUtf8(other)) == 0;
@@ -78,16 +78,16 @@ void PrintProfiles(const ProfileNames& profiles)
     }
     if (profiles.all.empty())
     {
-        Print("     none; 'zeb profile create NAME --default' makes one\n");
+        Print("     none; 'zeb profile create NAME --default' creates one\n");
     }
     else if (profiles.chosen.empty())
     {
-        Print("     none of them is the default; 'zeb profile default NAME' makes it so\n");
+        Print("     none of them is the default; 'zeb profile default NAME' sets the default\n");
     }
     if (!profiles.chosen.empty() && !chosenIsThere)
     {
         Print("     the default one, '" + OneLine(profiles.chosen) +
-              "', is not there; 'zeb profile default NAME' chooses another\n");
+              "', does not exist; 'zeb profile default NAME' sets another\n");
     }
     PrintField("from", "HKEY_CURRENT_USER\\" + profiles.key);
     for (const ProfilePlace& place : profiles.elsewhere)
@@ -98,8 +98,7 @@ void PrintProfiles(const ProfileNames& profiles)
             names += (names.empty() ? ": " : ", ") + name;
         }
         PrintField("not seen", place.keeper + " keeps its profiles in HKEY_CURRENT_USER\\" + place.key +
-                                   ", where the library does not look" +
-                                   (names.empty() ? "; there are none yet" : names));
+                                   ", where the library does not look" + (names.empty() ? "; none exist yet" : names));
     }
     Print("\n");
 }
@@ -219,8 +218,9 @@ void AddDoctor(CLI::App& app, Action& action)
 {
     auto json = std::make_shared<bool>(false);
     CLI::App* command = app.add_subcommand(
-        "doctor", "Looks for a MAPI provider as the library does and says what it found where; exit code 1 when none "
-                  "is usable");
+        "doctor",
+        "Searches for a MAPI provider like the library and reports the result of each step; exit code 1 when none "
+        "is usable");
     command->add_flag("--json", *json, "Print JSON");
     command->callback([json, &action] { action = [json] { return Run(*json); }; });
 }

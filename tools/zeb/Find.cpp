@@ -17,7 +17,7 @@ namespace zeb::tools
 namespace
 {
 
-/// Rows read in one call: few calls, and no whole folder in memory.
+/// Rows per call: few calls without holding a whole folder in memory.
 constexpr ULONG RowsInOneCall = 500, NumbersInOneCall = 5000;
 
 struct Options
@@ -32,13 +32,13 @@ struct Options
     bool json = false;
 };
 
-/// The bytes of an entry identifier, as a key.
+/// The bytes of an entry identifier as a map key.
 std::string KeyOf(const SBinary& entryId)
 {
     return std::string(reinterpret_cast<const char*>(entryId.lpb), entryId.cb);
 }
 
-/// Searches folders and prints what is found.
+/// Searches folders and prints the matches.
 class Search
 {
 public:
@@ -96,7 +96,8 @@ public:
         }
         else
         {
-            Print(counts + " found among " + Grouped(m_searched) + "\n");
+            Print(Grouped(m_found) + " of " + Grouped(m_searched) + (m_searched == 1 ? " message" : " messages") +
+                  " matched" + (m_shown == m_found ? "" : ", " + Grouped(m_shown) + " shown") + "\n");
         }
     }
 
@@ -126,7 +127,7 @@ private:
         return rows;
     }
 
-    /// Gives each message its place in the folder, in one pass over it that ends with the last one found.
+    /// Sets each message's position in the folder, in one pass over the folder that ends at the last match.
     void SetNumbers(CZebFolder& folder, std::vector<MessageRow>& rows) const
     {
         if (rows.empty())
@@ -226,16 +227,15 @@ void AddCriteria(CLI::App& command, CriteriaText& criteria)
     const auto add = [&](const char* name, std::string& value, const char* type, const char* help)
     { command.add_option(name, value, help)->type_name(type)->group("Conditions"); };
     add("--subject", criteria.subject, "TEXT", "The subject contains the text, in any letter case");
-    add("--from", criteria.from, "TEXT", "The name or address of whom it is from contains the text");
-    add("--since", criteria.since, "DATE", "Sent then or later: 2026-01-02, 2026-01-02T03:04:05+01:00, yesterday, 7d");
-    add("--until", criteria.until, "DATE", "Sent then or earlier; a day counts whole");
-    add("--size", criteria.size, "BYTES", "At least so large: 1500, 10k, 2M");
-    add("--max-size", criteria.maxSize, "BYTES", "At most so large");
-    add("--class", criteria.messageClass, "CLASS", "The message class begins so: IPM.Note");
-    command.add_flag("--unread", criteria.unread, "Not read")->group("Conditions");
-    command.add_flag("--attachments", criteria.attachments, "Has attachments")->group("Conditions");
-    command.add_flag("--or", criteria.any, "One of the conditions is enough; without it all must hold")
-        ->group("Conditions");
+    add("--from", criteria.from, "TEXT", "The name or address of the sender contains the text");
+    add("--since", criteria.since, "DATE", "Sent at or after: 2026-01-02, 2026-01-02T03:04:05+01:00, yesterday, 7d");
+    add("--until", criteria.until, "DATE", "Sent at or before; a date includes the whole day");
+    add("--size", criteria.size, "BYTES", "At least this size: 1500, 10k, 2M");
+    add("--max-size", criteria.maxSize, "BYTES", "At most this size");
+    add("--class", criteria.messageClass, "CLASS", "The message class begins with the text, such as IPM.Note");
+    command.add_flag("--unread", criteria.unread, "Unread messages")->group("Conditions");
+    command.add_flag("--attachments", criteria.attachments, "Messages with attachments")->group("Conditions");
+    command.add_flag("--or", criteria.any, "Match any of the conditions instead of all")->group("Conditions");
 }
 
 } // namespace
@@ -243,18 +243,19 @@ void AddCriteria(CLI::App& command, CriteriaText& criteria)
 void AddFind(CLI::App& app, Action& action)
 {
     auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand("find", "Lists the messages of a folder, all or those that are looked for");
+    CLI::App* command =
+        app.add_subcommand("find", "Lists the messages of a folder, all or those that match conditions");
     AddProfileOption(*command, options->profile);
     AddFolderArgument(*command, options->folder);
     AddCriteria(*command, options->criteria);
-    command->add_flag("-r,--recursive", options->recursive, "Look into the folders below, too");
-    command->add_flag("--associated", options->associated, "Look among the hidden (associated) messages");
-    AddCountOption(*command, "--limit", options->limit, "List only the first N");
+    command->add_flag("-r,--recursive", options->recursive, "Search the subfolders too");
+    command->add_flag("--associated", options->associated, "Search the hidden (associated) messages");
+    AddCountOption(*command, "--limit", options->limit, "List only the first N messages");
     AddSortOption(*command, options->sort);
     AddUtcOption(*command, options->criteria.utc);
     command->add_flag("--json", options->json, "Print JSON");
-    command->footer("The # is the message's number in its folder, by which the other commands know it; 1 is the "
-                    "one that came first.");
+    command->footer("The # is the message's number in its folder, which the other commands accept; 1 is the "
+                    "oldest message.");
     command->callback([options, &action] { action = [options] { return Run(*options); }; });
 }
 

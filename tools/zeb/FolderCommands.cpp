@@ -65,7 +65,7 @@ int MakeFolder(const Options& options)
     const FolderPath path = FolderPath::Parse(ValidUtf8(options.folder));
     if (path.names.empty())
     {
-        throw ToolError(Named(path) + " is there already");
+        throw ToolError(Named(path) + " already exists");
     }
     Mailbox mailbox(options.profile);
     FolderTree& folders = mailbox.Folders();
@@ -86,13 +86,13 @@ int MakeFolder(const Options& options)
         if (exception->GetResult() == MAPI_E_COLLISION)
         {
             exception->Delete();
-            throw ToolError(Named(path) + " is there already");
+            throw ToolError(Named(path) + " already exists");
         }
-        const std::string failure = "making " + Named(path) + ": " + CurrentFailure();
+        const std::string failure = "creating " + Named(path) + ": " + CurrentFailure();
         folders.UndoCreated();
         throw ToolError(failure);
     }
-    Print(Named(path) + " is there\n");
+    Print(Named(path) + " exists\n");
     return ExitDone;
 }
 
@@ -103,15 +103,15 @@ int RemoveFolder(const Options& options)
     const FolderPath path = mailbox.PathOf(folder);
     if (path.names.empty())
     {
-        throw ToolError(Named(path) + " can not be deleted");
+        throw ToolError(Named(path) + " cannot be deleted");
     }
     const Contents contents = ContentsOf(folder);
     const bool isEmpty = contents.messages + contents.associated + contents.folders == 0;
     if (!isEmpty && !options.recursive)
     {
-        throw ToolError(Named(path) + " holds " + Described(contents) + ": --recursive deletes them with it");
+        throw ToolError(Named(path) + " contains " + Described(contents) + "; --recursive deletes them too");
     }
-    Confirm("delete " + Named(path) + (isEmpty ? "" : " with " + Described(contents)) + " for good", options.yes);
+    Confirm("delete " + Named(path) + (isEmpty ? "" : " with " + Described(contents)) + " permanently", options.yes);
     try
     {
         CZebFolder parent(nullptr);
@@ -122,7 +122,7 @@ int RemoveFolder(const Options& options)
     {
         FailWhile("deleting " + Named(path));
     }
-    Print(Named(path) + " is deleted\n");
+    Print("deleted " + Named(path) + "\n");
     return ExitDone;
 }
 
@@ -136,7 +136,7 @@ int Empty(const Options& options)
     {
         contents.associated = 0;
     }
-    Confirm("delete " + Described(contents) + " in " + Named(path) + " for good", options.yes);
+    Confirm("delete " + Described(contents) + " in " + Named(path) + " permanently", options.yes);
     try
     {
         folder.EmptyFolder(nullptr, options.associated ? DEL_ASSOCIATED : 0, nullptr);
@@ -149,7 +149,7 @@ int Empty(const Options& options)
     return ExitDone;
 }
 
-/// The information message; made when there is none and that is asked for.
+/// The information message; created on request when there is none.
 CZebMessage InformationMessage(CZebFolder& folder, const FolderPath& path, bool create)
 {
     try
@@ -164,7 +164,7 @@ CZebMessage InformationMessage(CZebFolder& folder, const FolderPath& path, bool 
         }
         exception->Delete();
     }
-    throw ToolError(Named(path) + " has no information message; --create makes one");
+    throw ToolError(Named(path) + " has no information message; --create creates one");
 }
 
 int Information(const Options& options)
@@ -214,25 +214,25 @@ void AddFolderCommands(CLI::App& app, Action& action)
 {
     auto options = std::make_shared<Options>();
     CLI::App* make =
-        AddCommand(app, action, *options, "mkdir", "Makes a folder", [options] { return MakeFolder(*options); });
+        AddCommand(app, action, *options, "mkdir", "Creates a folder", [options] { return MakeFolder(*options); });
     make->add_flag("-p,--parents", options->parents,
-                   "Make the folders above it too; a folder that is there is no failure");
+                   "Create missing parent folders too; not an error when the folder exists");
 
-    CLI::App* remove = AddCommand(app, action, *options, "rmdir", "Deletes a folder for good",
+    CLI::App* remove = AddCommand(app, action, *options, "rmdir", "Deletes a folder permanently",
                                   [options] { return RemoveFolder(*options); });
-    remove->add_flag("-r,--recursive", options->recursive, "With the messages and folders in it");
+    remove->add_flag("-r,--recursive", options->recursive, "Delete its messages and subfolders too");
     AddYesOption(*remove, options->yes);
 
-    CLI::App* empty =
-        AddCommand(app, action, *options, "empty", "Deletes what is in a folder, subfolders included, for good",
-                   [options] { return Empty(*options); });
-    empty->add_flag("--associated", options->associated, "The hidden (associated) messages too");
+    CLI::App* empty = AddCommand(app, action, *options, "empty",
+                                 "Deletes the contents of a folder, including subfolders, permanently",
+                                 [options] { return Empty(*options); });
+    empty->add_flag("--associated", options->associated, "Delete the hidden (associated) messages too");
     AddYesOption(*empty, options->yes);
 
     CLI::App* information =
         AddCommand(app, action, *options, "info", "Shows the library's information message of a folder",
                    [options] { return Information(*options); });
-    information->add_flag("--create", options->create, "Make one when there is none");
+    information->add_flag("--create", options->create, "Create the message when there is none");
     AddUtcOption(*information, options->utc);
     information->add_flag("--json", options->json, "Print JSON");
 }

@@ -30,7 +30,7 @@ struct Node
     CZebBinary entryId;
 };
 
-/// The strokes of the tree.
+/// The lines of the tree.
 struct Strokes
 {
     const char *branch, *last, *pass, *blank;
@@ -89,7 +89,7 @@ std::string Counts(const Node& node)
     return text;
 }
 
-/// Prints what stands below `folder`. @return the folders printed.
+/// Prints the folders below `folder`. @return the number of folders printed
 size_t PrintTree(CZebFolder& folder, const Strokes& strokes, const std::string& indent)
 {
     const std::vector<Node> nodes = ChildrenOf(folder);
@@ -157,7 +157,7 @@ void AddFolders(CLI::App& app, Action& action)
     auto options = std::make_shared<Options>();
     CLI::App* command = app.add_subcommand("folders", "Shows the folders of the default store as a tree");
     AddProfileOption(*command, options->profile);
-    command->add_flag("--all", options->all, "Begin at the store's root, not where users see their mail begin");
+    command->add_flag("--all", options->all, "Begin at the store's root instead of the top of the mail folders");
     command->add_flag("--json", options->json, "Print JSON");
     command->callback([options, &action] { action = [options] { return Run(*options); }; });
 }

@@ -14,7 +14,7 @@ namespace zeb::tools
 namespace
 {
 
-/// Rows read in one call: few calls, and no whole inbox in memory.
+/// Rows per call: few calls without holding the whole inbox in memory.
 constexpr ULONG RowsInOneCall = 500;
 
 struct Options
@@ -26,7 +26,7 @@ struct Options
     bool json = false;
 };
 
-/// Prints the listing row by row, as people or machines read it.
+/// Prints the list row by row, as text or JSON.
 class Listing
 {
 public:
@@ -140,7 +140,7 @@ void AddInbox(CLI::App& app, Action& action)
     auto options = std::make_shared<Options>();
     CLI::App* command = app.add_subcommand("inbox", "Lists the messages of the inbox");
     AddProfileOption(*command, options->profile);
-    AddCountOption(*command, "--limit", options->limit, "List only the first N");
+    AddCountOption(*command, "--limit", options->limit, "List only the first N messages");
     AddSortOption(*command, options->sort);
     AddUtcOption(*command, options->utc);
     command->add_flag("--json", options->json, "Print JSON");

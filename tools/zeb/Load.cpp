@@ -39,7 +39,7 @@ public:
         const std::string named = "'" + ValidUtf8(file) + "' ";
         if (!std::filesystem::exists(path, ignored))
         {
-            throw ToolError(named + "is not there");
+            throw ToolError(named + "does not exist");
         }
         if (std::filesystem::is_directory(path, ignored))
         {
@@ -47,14 +47,14 @@ public:
         }
         if (!m_stream)
         {
-            throw ToolError(named + "can not be read");
+            throw ToolError(named + "cannot be read");
         }
         const auto size = std::filesystem::file_size(path, ignored);
         m_size = ignored ? 0 : size;
     }
 
-    /// The next line that is not blank. @return false at the end. @throws ToolError;
-    /// Number is then the line that cannot be read
+    /// The next line that is not blank. @return false at the end. @throws ToolError; Number then returns the line that
+    /// cannot be read
     bool Next(std::string& line)
     {
         while (std::getline(m_stream, line))
@@ -86,8 +86,7 @@ private:
     uint64_t m_size = 0, m_read = 0, m_number = 0;
 };
 
-/// Writes the line's message, or changes its folder. Either all of it is in the store
-/// afterwards, or, with an exception, nothing.
+/// Writes the line's message, or changes its folder. Atomic: an exception leaves the store unchanged.
 void WriteLine(LoadLine& line, FolderTree& folders, NameResolver& names)
 {
     try
@@ -136,7 +135,7 @@ void PrintCounts(const Counts& counts)
     PrintCount(counts.addresses, "address book entry", "address book entries");
 }
 
-/// Loads lines into the store of one session.
+/// Loads lines into the store of a session.
 class Loader
 {
 public:
@@ -175,7 +174,8 @@ private:
     Counts m_counts;
 };
 
-/// What is in the store when loading stops before line `number`, and how it goes on; empty when nothing is.
+/// The text about the lines already loaded when loading stops before line `number`, and how to continue; empty when
+/// none are loaded.
 std::string WhatIsLoaded(const Options& options, uint64_t number)
 {
     if (number <= options.fromLine)
@@ -194,7 +194,7 @@ std::string WhatIsLoaded(const Options& options, uint64_t number)
     {
         lines = count == 1 ? "the line before it" : "the " + Grouped(count) + " lines before it";
     }
-    return "; " + lines + be + " loaded, --from-line " + std::to_string(number) + " goes on";
+    return "; " + lines + be + " loaded; --from-line " + std::to_string(number) + " continues";
 }
 
 void LoadLines(LineReader& reader, Loader& loader, const Options& options, Progress& progress)
@@ -215,7 +215,7 @@ void LoadLines(LineReader& reader, Loader& loader, const Options& options, Progr
     }
     if (options.fromLine > 1 && reader.Number() < options.fromLine)
     {
-        throw ToolError("the file has no such line");
+        throw ToolError("--from-line: the file has fewer lines");
     }
 }
 
@@ -251,10 +251,10 @@ void AddLoad(CLI::App& app, Action& action)
 {
     auto options = std::make_shared<Options>();
     CLI::App* command =
-        app.add_subcommand("load", "Loads messages and address book entries from a .jsonl file, one a line");
+        app.add_subcommand("load", "Loads messages and address book entries from a .jsonl file, one per line");
     AddProfileOption(*command, options->profile);
-    command->add_option("file", options->file, "The file")->required()->type_name("FILE.jsonl");
-    command->add_option("--from-line", options->fromLine, "Begin at line N, to go on where a load stopped")
+    command->add_option("file", options->file, "The file to load")->required()->type_name("FILE.jsonl");
+    command->add_option("--from-line", options->fromLine, "Begin at line N, to continue where a load stopped")
         ->type_name("N")
         ->check(CLI::Range(uint64_t{1}, uint64_t{1'000'000'000'000}));
     command->callback([options, &action] { action = [options] { return Run(*options); }; });

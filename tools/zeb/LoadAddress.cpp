@@ -16,7 +16,7 @@ CComPtr<Interface> Query(IMAPIProp* object, const IID& iid)
     return result;
 }
 
-/// One recipient whose name is to be resolved; frees what stands in it then.
+/// One recipient to resolve; frees the resolved properties.
 class OneRecipient
 {
 public:
@@ -46,7 +46,7 @@ public:
                 return CZebBinary(entry.rgPropVals[i].Value.bin);
             }
         }
-        throw ToolError("the address book gives no identifier");
+        throw ToolError("the address book returned no entry identifier");
     }
 
 private:
@@ -106,7 +106,7 @@ std::vector<Refusal> AddressWriter::Write(AddressLine& line, NameResolver& names
     {
         if (line.isList)
         {
-            AddMembers(entry.Get(), Resolve(line.members)); // one may be the list itself
+            AddMembers(entry.Get(), Resolve(line.members)); // a member may be the list itself
         }
     }
     catch (...)

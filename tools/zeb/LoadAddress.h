@@ -1,4 +1,4 @@
-// Address book entries out of a .jsonl file.
+// Address book entries from a .jsonl file.
 #pragma once
 
 #include "tools/common/HostSession.h"
@@ -10,12 +10,12 @@
 namespace zeb::tools
 {
 
-/// A line that is an entry of the address book.
+/// A line with an entry of the address book.
 struct AddressLine
 {
     bool isList = false;
     Properties properties;
-    std::vector<std::string> members; ///< of a list: names or addresses, UTF-8
+    std::vector<std::string> members; ///< members of a list: names or addresses, UTF-8
 };
 
 /// Adds entries to the default directory of a session's address book.
@@ -24,9 +24,8 @@ class AddressWriter
 public:
     explicit AddressWriter(CZebSession& session);
 
-    /// Adds the entry whole or, with an exception, not at all.
-    /// @return the properties that the provider refused; nothing is added then
-    /// @throws CZebException*, ToolError naming the member that is not known
+    /// Adds the complete entry; an exception adds nothing. @return the properties that the provider refused; in that
+    /// case nothing is added @throws CZebException*, ToolError naming the unknown member
     std::vector<Refusal> Write(AddressLine& line, NameResolver& names);
 
 private:

@@ -14,7 +14,7 @@ namespace
 
 using Json = nlohmann::json;
 
-/// Attachments may hold messages with attachments; deeper than this is a mistake or an attack on the stack.
+/// The nesting limit of embedded messages: deeper files are errors or attacks on the stack.
 constexpr int DeepestMessage = 32;
 
 void RequireObject(const Json& value, const char* what)
@@ -36,7 +36,7 @@ void RefuseOtherKeys(const Json& object, const std::set<std::string>& known, con
     }
 }
 
-/// @param mayBeNull whether null stands for "has no such property"
+/// @param mayBeNull whether null means "does not have the property"
 Properties ParseProperties(const Json& object, const char* where, bool mayBeNull)
 {
     RequireObject(object, where);
@@ -108,7 +108,7 @@ MessageContent ParseMessage(const Json& object, const char* where, int depth)
 {
     if (depth > DeepestMessage)
     {
-        throw ToolError("messages are embedded in each other more than " + std::to_string(DeepestMessage) + " deep");
+        throw ToolError("embedded messages are nested more than " + std::to_string(DeepestMessage) + " deep");
     }
     MessageContent message;
     message.properties = PropertiesOf(object, where);
@@ -130,7 +130,7 @@ Json ParseJson(const std::string& line)
     const std::string valid = ValidUtf8(line);
     if (valid != line)
     {
-        throw ToolError("no UTF-8: an invalid byte at column " +
+        throw ToolError("invalid UTF-8 at column " +
                         std::to_string(std::mismatch(line.begin(), line.end(), valid.begin(), valid.end()).first -
                                        line.begin() + 1));
     }
@@ -140,7 +140,7 @@ Json ParseJson(const std::string& line)
     }
     catch (const Json::parse_error& error)
     {
-        throw ToolError("no JSON: unexpected text at column " + std::to_string(error.byte));
+        throw ToolError("invalid JSON: unexpected text at column " + std::to_string(error.byte));
     }
 }
 

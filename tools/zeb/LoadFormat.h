@@ -1,4 +1,4 @@
-// One line of a .jsonl file: a message, or an entry of the address book; docs/load-format.md is its description.
+// One line of a .jsonl file: a message, or an entry of the address book; docs/load-format.md describes the format.
 #pragma once
 
 #include "tools/common/FolderPath.h"
@@ -13,14 +13,14 @@ namespace zeb::tools
 
 struct LoadLine
 {
-    std::optional<AddressLine> address; ///< when set, the line is an entry of the address book, no message
+    std::optional<AddressLine> address; ///< when set, the line is an entry of the address book, not a message
     FolderPath folder;
-    bool isFolder = false; ///< the line is about the folder itself, whose properties are the message's
+    bool isFolder = false; ///< the line describes the folder itself; `message` holds its properties
     bool associated = false;
     MessageContent message;
 };
 
-/// Reads one line. Everything about it is checked; nothing is written anywhere.
+/// Parses and validates one line; writes nothing.
 /// @throws ToolError with the reason, without file and line
 LoadLine ParseLoadLine(const std::string& line);
 

@@ -39,8 +39,7 @@ bool IsHex(const std::string& text, size_t from)
     return text.find_first_not_of("0123456789abcdefABCDEF", from) == std::string::npos;
 }
 
-/// "0x" and `digits` hexadecimal digits as the little-endian bytes of that number. @return false when it is
-/// not that.
+/// "0x" and `digits` hexadecimal digits as the little-endian bytes of that number. @return false for other text
 bool RawNumber(const Json& value, size_t digits, std::string& bytes)
 {
     if (!value.is_string())
@@ -162,13 +161,13 @@ std::string BinaryBytes(const Json& value)
 
 std::string TextBytes(const Json& value, bool wide)
 {
-    // Bytes that are no text of JSON come as {"hex": "..."}.
+    // Bytes that JSON text cannot represent are written as {"hex": "..."}.
     if (value.is_object() && value.size() == 1 && value.contains("hex"))
     {
         std::string bytes = BinaryBytes(value["hex"]);
         if (wide && bytes.size() % 2 != 0)
         {
-            WrongType("two bytes a character", value);
+            WrongType("two bytes per character", value);
         }
         return bytes;
     }
@@ -232,7 +231,7 @@ std::string ValueBytes(ULONG type, const Json& value)
     }
 }
 
-/// A type by its name; text without a width is PT_UNICODE.
+/// Parses a type name; text without a width is PT_UNICODE.
 ULONG TypeNamed(const std::string& name)
 {
     if (name == "PT_TSTRING")
@@ -260,7 +259,7 @@ Property NamedProperty(const std::string& text)
         !ParseGuid(text.substr(0, guidLength), property.name->set))
     {
         throw ToolError("\"" + text +
-                        "\" is no named property: it is written \"{GUID}:PT_LONG:id:0x8503\" or "
+                        "\" is not a named property: the form is \"{GUID}:PT_LONG:id:0x8503\" or "
                         "\"{GUID}:PT_UNICODE:name:Keywords\"");
     }
     property.tag = PROP_TAG(TypeNamed(text.substr(type, kind - type)), 0);
@@ -281,7 +280,7 @@ Property NamedProperty(const std::string& text)
     return property;
 }
 
-/// The tag of a narrow text property as that of the wide one; other tags as they are.
+/// The wide tag of a narrow text property; other tags unchanged.
 ULONG Widened(ULONG tag)
 {
     if (PROP_TYPE(tag) == PT_STRING8)
@@ -295,12 +294,12 @@ ULONG Widened(ULONG tag)
     return tag;
 }
 
-/// A name of MAPI's headers; "_A" and "_W" at its end choose the width of text.
+/// A name from MAPI's headers; the suffixes "_A" and "_W" choose the width of text.
 bool TagNamed(const std::string& name, ULONG& tag)
 {
     if (TagOfProperty(name, tag))
     {
-        // The table says PT_STRING8; text in a file is Unicode unless asked otherwise.
+        // The table has PT_STRING8; text in a file is Unicode by default.
         tag = Widened(tag);
         return true;
     }
@@ -341,9 +340,9 @@ Property PropertyNamed(const std::string& name)
     if (!property.name && (PROP_ID(property.tag) == 0 || PROP_ID(property.tag) >= 0x8000))
     {
         throw ToolError("\"" + name +
-                        "\" is no property that a file can carry: identifiers from 0x8000 belong to names");
+                        "\" cannot be stored in a file: identifiers from 0x8000 belong to named properties");
     }
-    // An attachment's object stands in a file as the bytes that it shows.
+    // A file stores an attachment's object as the bytes of its stream.
     if (property.tag != PR_ATTACH_DATA_OBJ)
     {
         ElementSize(property.Type() & ~static_cast<ULONG>(MV_FLAG));

@@ -1,4 +1,4 @@
-// JSON values as property values.
+// Conversion of JSON values to property values.
 #pragma once
 
 #include "tools/common/Property.h"
@@ -15,7 +15,7 @@ namespace zeb::tools
 /// @throws ToolError
 Property PropertyNamed(const std::string& name);
 
-/// The values of a property out of JSON, by its type.
+/// Reads the values of a property of the given type from JSON.
 /// @throws ToolError for a value of the wrong type or out of range
 void SetValues(Property& property, const nlohmann::json& value);
 

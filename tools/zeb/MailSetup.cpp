@@ -21,11 +21,11 @@ constexpr char ClientsKey[] = "SOFTWARE\\Clients\\Mail";
 constexpr char ClickToRunKey[] = "SOFTWARE\\Microsoft\\Office\\ClickToRun\\Configuration";
 constexpr char WindowsKey[] = "Software\\Microsoft\\Windows\\CurrentVersion";
 constexpr char AddressBookKey[] = "Software\\Microsoft\\WAB\\DLLPath";
-// The component that the search asks for: Outlook 2007 and before.
+// The component that the search queries: Outlook 2007 and before.
 constexpr char SearchedComponent[] = "{FF1D0740-D227-11D1-A4B0-006008AF820E}";
 constexpr unsigned OwnBits = 8 * sizeof(void*);
 
-/// A text of the registry; empty when the key or the value does not exist.
+/// A text value of the registry; empty when the key or the value does not exist.
 std::string Value(RegistryRoot root, const std::string& path, const std::string& name)
 {
     const auto key = RegistryKey::Open(root, path);
@@ -42,7 +42,7 @@ bool SameText(const std::string& one, const std::string& other)
     return WideFromUtf8(one).CompareNoCase(WideFromUtf8(other)) == 0;
 }
 
-/// The library that a component of Windows Installer is, asked of the stub at `stub`; empty when it knows none.
+/// The library of a Windows Installer component, queried from the stub at `stub`; empty when unknown.
 std::string ComponentFile(const std::string& stub, const std::string& component)
 {
     using Function = BOOL WINAPI(LPCSTR component, LPCSTR qualifier, LPSTR path, DWORD size, BOOL install);
@@ -59,7 +59,7 @@ std::string ComponentFile(const std::string& stub, const std::string& component)
     return Utf8FromNarrow(path);
 }
 
-/// The file that the loader takes for `path`.
+/// The file that the loader would load for `path`.
 platform::ImageFile ImageAt(const std::string& path)
 {
     const platform::ImageFile image = platform::ReadImageFile(path);
@@ -95,7 +95,7 @@ public:
 private:
     void Add(const char* topic, std::string text) { m_setup.findings.push_back({topic, std::move(text)}); }
 
-    /// What the file of each candidate is, where that tells more than its path.
+    /// Details of each candidate's file, when they add to its path.
     void Files()
     {
         for (const ProviderCandidate& candidate : m_report.candidates)
@@ -109,7 +109,7 @@ private:
         }
     }
 
-    /// The search joins CommonFilesDir as it is, when it comes so far.
+    /// The search uses CommonFilesDir unchanged, if it reaches that step.
     void Common()
     {
         if (m_report.candidates.size() < 2)
@@ -125,7 +125,7 @@ private:
         }
     }
 
-    /// The default mail client, which the system's stub hands over to.
+    /// The default mail client, to which the system's stub forwards.
     void Client()
     {
         const std::optional<ProviderCandidate> stub = ChosenStub();
@@ -141,7 +141,7 @@ private:
         if (asked)
         {
             Add("mail client", client.empty() ? "no default mail client is registered in " + place
-                                              : "the default one is '" + client + "' (" + place + ")");
+                                              : "the default client is '" + client + "' (" + place + ")");
             const bool behind = !client.empty() && HasMapi(client, stub);
             m_setup.stubWithoutClient = stub && !behind;
         }
@@ -151,7 +151,8 @@ private:
         }
     }
 
-    /// Says where a registered client's MAPI is. @return whether that is a provider that this program can use
+    /// Reports where a registered client's MAPI library is. @return whether that is a provider that this program can
+    /// use
     bool HasMapi(const std::string& client, const std::optional<ProviderCandidate>& stub)
     {
         const std::string key = std::string(ClientsKey) + "\\" + client;
@@ -175,7 +176,7 @@ private:
         return usable || installed;
     }
 
-    /// Says where a client's component leads. @return whether to a library of this program's bits
+    /// Reports the library of a client's component. @return whether it is a library with this program's bitness
     bool Component(const std::string& client, const std::optional<ProviderCandidate>& stub)
     {
         const std::string component =
@@ -197,7 +198,7 @@ private:
         return ImageAt(file).bits == OwnBits;
     }
 
-    /// The chosen candidate when it is the system's, which hands over to a mail client instead of being one.
+    /// The selected candidate when it is the system's stub, which forwards to a mail client.
     std::optional<ProviderCandidate> ChosenStub() const
     {
         if (m_report.path.empty() || m_report.candidates.back().step != ProviderStep::System ||

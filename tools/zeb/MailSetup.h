@@ -1,5 +1,5 @@
-// How mail is set up on this machine, beyond what the library's search looks at: the registered mail clients, Office's
-// installations, the Windows Address Book.
+// The mail setup of this machine beyond the library's search: the registered mail clients, Office's installations, the
+// Windows Address Book.
 #pragma once
 
 #include "zebapi/search/ProviderSearch.h"
@@ -10,7 +10,7 @@
 namespace zeb::tools
 {
 
-/// One thing that was looked at. Texts are UTF-8.
+/// One finding. Texts are UTF-8.
 struct SetupFinding
 {
     std::string topic; ///< "mail client", "component", "Click-to-Run", "common MAPI", "address book", "file"
@@ -20,12 +20,12 @@ struct SetupFinding
 struct MailSetup
 {
     std::vector<SetupFinding> findings;
-    /// The provider that the search chose is the system's stub, and it has no client with MAPI: logging on fails.
+    /// The selected provider is the system's stub, and no client with MAPI is registered: logon fails.
     bool stubWithoutClient = false;
 };
 
-/// Looks at the registry and at the files that it names; loads only what may be a provider for the system's stub, and
-/// the stub itself. @throws RegistryError
+/// Examines the registry and the files that it names; loads only the stub and candidates to which it may forward.
+/// @throws RegistryError
 MailSetup LookAtMailSetup(const ProviderReport& report);
 
 /// "C:\...\olmapi32.dll (version 16.0.1.2, x64)", "..., which does not exist", "..., which is 32-bit

@@ -49,7 +49,7 @@ int TransferMessages(Mailbox& mailbox, const Options& options)
     const FolderPath path = mailbox.PathOf(target);
     if (options.move && mailbox.Session().CompareEntryIDs(found.folder.GetEntryID(), target.GetEntryID()))
     {
-        throw ToolError(Named(found.messages) + " can not be moved: it is in " + Named(path) + " already");
+        throw ToolError(Named(found.messages) + " cannot be moved: it already is in " + Named(path));
     }
     CZebBinArray list(static_cast<ULONG>(found.messages.size()));
     FillList(list, found.messages);
@@ -72,7 +72,7 @@ int TransferMessages(Mailbox& mailbox, const Options& options)
     return ExitDone;
 }
 
-/// Where a folder goes: into a folder that is there, or, under a new name, beside others.
+/// The target of a folder: an existing parent folder, or a parent folder and a new name.
 struct FolderTarget
 {
     CZebFolder parent{nullptr};
@@ -112,7 +112,7 @@ int TransferFolder(Mailbox& mailbox, const Options& options)
     const FolderPath path = mailbox.PathOf(folder);
     if (path.names.empty())
     {
-        throw ToolError(Named(path) + " can not be " + (options.move ? "moved" : "copied"));
+        throw ToolError(Named(path) + " cannot be " + (options.move ? "moved" : "copied"));
     }
     const FolderTarget target = FindTarget(mailbox, options.arguments.back(), path.names.back());
     try
@@ -153,12 +153,12 @@ int Delete(const Options& options)
     if (!options.hard && mailbox.Store().IsUnderDeleted(mailbox.Session(), first))
     {
         throw ToolError(Named(found.messages) +
-                        " can not be deleted that way: it is in the deleted items already; --hard deletes it "
-                        "for good");
+                        " cannot be moved to the deleted items: it already is there; --hard deletes it "
+                        "permanently");
     }
     if (options.hard)
     {
-        Confirm("delete " + Named(found.messages) + " for good", options.yes);
+        Confirm("delete " + Named(found.messages) + " permanently", options.yes);
     }
     CZebBinArray list(static_cast<ULONG>(found.messages.size()));
     FillList(list, found.messages);
@@ -170,7 +170,7 @@ int Delete(const Options& options)
     {
         FailWhile("deleting " + Named(found.messages));
     }
-    Print(Named(found.messages) + (options.hard ? " deleted for good\n" : " moved to the deleted items\n"));
+    Print(Named(found.messages) + (options.hard ? " deleted permanently\n" : " moved to the deleted items\n"));
     return ExitDone;
 }
 
@@ -204,14 +204,14 @@ int New(const Options& options)
     }
     catch (...)
     {
-        FailWhile("making a message in " + Named(path));
+        FailWhile("creating a message in " + Named(path));
     }
     Print("new message in " + Named(path) + "\n  " +
           std::string(static_cast<const char*>(message.GetEntryID().String())) + "\n");
     return ExitDone;
 }
 
-/// What `set` works on, and how a sentence names it.
+/// The object that `set` changes, and its name in messages.
 struct Target
 {
     CZebPropObj object{nullptr};
@@ -246,7 +246,7 @@ void SetReadFlag(CZebPropObj& object, bool read)
     CComPtr<IMessage> message;
     if (FAILED(object.GetInterface().QueryInterface(IID_IMessage, message)))
     {
-        throw ToolError("only a message can be read or unread");
+        throw ToolError("--read and --unread apply only to messages");
     }
     ThrowIfFailed(message->SetReadFlag(SUPPRESS_RECEIPT | (read ? 0 : CLEAR_READ_FLAG)), message);
 }
@@ -262,7 +262,7 @@ int Set(const Options& options)
     Properties properties = Assignments(options, names.size());
     if (properties.empty() && !options.read && !options.unread)
     {
-        throw UsageError("nothing is to be set: give NAME=VALUE, --delete NAME, --read or --unread");
+        throw UsageError("nothing to change: give NAME=VALUE, --delete NAME, --read or --unread");
     }
     Mailbox mailbox(options.profile);
     Target target = FindTarget(mailbox, names);
@@ -279,13 +279,13 @@ int Set(const Options& options)
     {
         FailWhile("changing " + target.name);
     }
-    Print(target.name + " is changed\n");
+    Print("changed " + target.name + "\n");
     return ExitDone;
 }
 
 constexpr const char* HowToName =
-    "A message is named by its folder and its number there (the # of 'zeb find') or its subject, or by its "
-    "entry identifier alone; subject:123 is the subject 123.";
+    "A message is given by its folder and its number there (the # of 'zeb find') or its subject, or by its "
+    "entry identifier alone; subject:123 means the subject 123.";
 
 void AddTransfer(CLI::App& app, Action& action, const char* name, const char* help, bool move)
 {
@@ -295,8 +295,8 @@ void AddTransfer(CLI::App& app, Action& action, const char* name, const char* he
     AddProfileOption(*command, options->profile);
     command
         ->add_option("objects", options->arguments,
-                     "A folder and the folder to go to; or a folder, its messages, and the folder to go to. A "
-                     "folder may go to a new name")
+                     "A folder and the target folder; or a folder, its messages, and the target folder. A "
+                     "folder may get a new name")
         ->required()
         ->expected(2, 10000)
         ->type_name("FOLDER [MESSAGE...] TARGET");
@@ -317,30 +317,30 @@ void AddAssignments(CLI::App& command, Options& options, const char* type, const
 
 void AddMessageCommands(CLI::App& app, Action& action)
 {
-    AddTransfer(app, action, "mv", "Moves messages, or a folder with all that is in it", true);
-    AddTransfer(app, action, "cp", "Copies messages, or a folder with all that is in it", false);
+    AddTransfer(app, action, "mv", "Moves messages, or a folder with all its contents", true);
+    AddTransfer(app, action, "cp", "Copies messages, or a folder with all its contents", false);
 
     auto removal = std::make_shared<Options>();
-    CLI::App* remove = app.add_subcommand("rm", "Moves messages to the deleted items, or deletes them for good");
+    CLI::App* remove = app.add_subcommand("rm", "Moves messages to the deleted items, or deletes them permanently");
     AddProfileOption(*remove, removal->profile);
     remove->add_option("messages", removal->arguments, "A folder and its messages")
         ->required()
         ->expected(1, 10000)
         ->type_name("FOLDER MESSAGE...");
-    remove->add_flag("--hard", removal->hard, "Delete for good");
+    remove->add_flag("--hard", removal->hard, "Delete permanently");
     AddYesOption(*remove, removal->yes);
     remove->footer(HowToName);
     remove->callback([removal, &action] { action = [removal] { return Delete(*removal); }; });
 
     auto made = std::make_shared<Options>();
-    CLI::App* create = app.add_subcommand("new", "Makes a message");
+    CLI::App* create = app.add_subcommand("new", "Creates a message");
     AddAssignments(*create, *made, "FOLDER [NAME=VALUE...]", "The folder, and the message's properties");
-    create->add_flag("--associated", made->associated, "Among the folder's hidden (associated) messages");
+    create->add_flag("--associated", made->associated, "Create a hidden (associated) message");
     create->callback([made, &action] { action = [made] { return New(*made); }; });
 
     auto changed = std::make_shared<Options>();
     CLI::App* set = app.add_subcommand("set", "Changes properties of a message or folder, all or none");
-    AddAssignments(*set, *changed, "FOLDER [MESSAGE] [NAME=VALUE...]", "What to change, and how");
+    AddAssignments(*set, *changed, "FOLDER [MESSAGE] [NAME=VALUE...]", "The message or folder, and the changes");
     set->add_option("--delete", changed->removals, "Delete a property")->type_name("NAME")->allow_extra_args(false);
     CLI::Option* read = set->add_flag("--read", changed->read, "Mark a message as read");
     set->add_flag("--unread", changed->unread, "Mark a message as unread")->excludes(read);

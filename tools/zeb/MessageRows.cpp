@@ -12,7 +12,7 @@ namespace
 
 constexpr size_t NumberWidth = 7, DateWidth = 19, DayWidth = 10, SenderWidth = 28, NarrowSender = 12, SizeWidth = 10;
 constexpr size_t Gap = 2;
-/// What is left for the subject before another column gives way.
+/// The minimum width of the subject; below it another column shrinks.
 constexpr size_t SubjectWidth = 20;
 
 std::string RightAligned(const std::string& text, size_t width)
@@ -88,7 +88,7 @@ MessageColumns::MessageColumns(bool numbered, size_t terminal, Zone zone)
     }
 }
 
-/// Sets the widths, with a sender as wide as there is room for. @return whether that is wide enough
+/// Sets the widths, with the sender as wide as possible. @return whether that is wide enough
 bool MessageColumns::Fits(size_t date, size_t size)
 {
     m_date = date;

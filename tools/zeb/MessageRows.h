@@ -1,4 +1,4 @@
-// Messages of a contents table as lines, for people and for machines.
+// Messages of a contents table as lines of text or JSON.
 #pragma once
 
 #include "tools/common/Times.h"
@@ -10,32 +10,31 @@
 namespace zeb::tools
 {
 
-/// What a listing shows of a message; text is UTF-8.
+/// The listed columns of a message; text is UTF-8.
 struct MessageRow
 {
     FILETIME date{};
     bool hasDate = false;
-    std::string sender, subject; ///< whom it is from, as AuthorOf says; what it is about
+    std::string sender, subject; ///< the sender, see AuthorOf; the subject
     CZebBinary entryId;
     LONG size = 0;
     bool unread = false;
-    ULONG number = 0; ///< the place among the folder's messages from 1; 0 where none is shown
+    ULONG number = 0; ///< the position among the folder's messages, from 1; 0: not shown
 };
 
-/// Whom the message in the row is from: the author, PR_SENT_REPRESENTING_NAME, or when there is none the one who
-/// sent it, PR_SENDER_NAME.
+/// The sender of the message in the row: the author, PR_SENT_REPRESENTING_NAME, or without one PR_SENDER_NAME.
 std::string AuthorOf(const CZebRow& row);
 
 /// The columns that ReadMessageRow reads.
 void SetMessageColumns(CZebTable& table);
 MessageRow ReadMessageRow(const CZebRow& row);
 
-/// Newest first ("date"), by subject from A to Z ("subject"), largest first ("size"); equals by date, then
-/// by subject, so that the order is settled.
+/// Newest first ("date"), by subject from A to Z ("subject"), largest first ("size"); equal ones by date, then by
+/// subject, so that the order is defined.
 void AddSortKeys(const std::string& by, CZebSortOrder& order);
 
-/// The columns of a listing. On a narrow terminal the sender, then the size, the time of day and the sender altogether
-/// give way, so that the beginning of the subject is seen.
+/// The columns of a listing. On a narrow terminal the sender shrinks, then the size, the time of day and the sender are
+/// left out, so that the beginning of the subject is visible.
 class MessageColumns
 {
 public:
@@ -55,10 +54,10 @@ private:
     const bool m_numbered;
     const size_t m_terminal;
     const Zone m_zone;
-    size_t m_date = 0, m_sender = 0, m_size = 0; ///< widths; a column of 0 is left out
+    size_t m_date = 0, m_sender = 0, m_size = 0; ///< widths; a column with width 0 is left out
 };
 
-/// The same as an object.
+/// The same as a JSON object.
 nlohmann::ordered_json MessageForMachines(const MessageRow& row);
 
 } // namespace zeb::tools

@@ -31,7 +31,7 @@ FILETIME TimeOf(int64_t ticks)
     return time;
 }
 
-/// Whether the text begins, at `at`, with what the pattern says: 'd' is a digit, others stand for themselves.
+/// Whether the text at `at` matches the pattern: 'd' is a digit, other characters match themselves.
 bool Matches(const std::string& text, size_t at, const char* pattern)
 {
     for (size_t i = 0; pattern[i] != '\0'; ++i)
@@ -49,13 +49,13 @@ bool Matches(const std::string& text, size_t at, const char* pattern)
     return true;
 }
 
-/// The time of a clock in the zone as UTC.
+/// Converts a local time of the zone to UTC.
 std::optional<FILETIME> UtcOf(const FILETIME& clock, Zone zone)
 {
     return zone == Zone::Utc ? clock : platform::UtcFromLocal(clock);
 }
 
-/// The day, in the zone, that lies `days` before that of a point in time.
+/// The day in the zone that is `days` before the day of a point in time.
 std::optional<Moment> DayOf(const FILETIME& clock, int days, Zone zone)
 {
     const int64_t begin = Ticks(clock) / TicksADay * TicksADay - days * TicksADay;
@@ -96,8 +96,8 @@ std::optional<Moment> BeforeNow(const std::string& text)
     return Moment{TimeOf(time), TimeOf(time), false};
 }
 
-/// What a text ends with after the time of day: "Z", "+01", "+01:00" or "+0100". Takes it away from the text.
-/// @return what the zone is ahead of UTC by, in ticks; nothing when the text names no zone
+/// The zone at the end of a text: "Z", "+01", "+01:00" or "+0100". Removes it from the text. @return the offset from
+/// UTC in ticks; empty when the text has no zone
 std::optional<int64_t> TakeZone(std::string& text)
 {
     constexpr size_t shortest = 16; // 2026-01-02T03:04

@@ -52,7 +52,7 @@ void RequireTable(const std::string& table)
     {
         known += (known.empty() ? "" : ", ") + std::string(each);
     }
-    throw UsageError("there is no table '" + Shortened(OneLine(ValidUtf8(table)), 40) + "'; the tables are " + known);
+    throw UsageError("there is no table '" + Shortened(OneLine(ValidUtf8(table)), 40) + "'; the tables are: " + known);
 }
 
 /// A number of 32 bits, signed or not, decimal or "0x".
@@ -71,7 +71,7 @@ ULONG ParseValue(const std::string& text)
         }
     }
     throw UsageError("'" + Shortened(OneLine(ValidUtf8(text)), 40) +
-                     "' is no number of 32 bits, such as 26, -5 or 0x0037001E");
+                     "' is not a 32-bit number such as 26, -5 or 0x0037001E");
 }
 
 int ListTables(const Options& options)
@@ -124,7 +124,7 @@ struct FoundName
     std::string table, name;
 };
 
-/// The names of a property tag of which the tables have another form: text has a narrow one there.
+/// The names of a property tag whose form differs in the tables: text has its narrow form there.
 void AddTagNames(ULONG value, std::vector<FoundName>& found)
 {
     const char* type = Zeb_NameFromValue("PropType", PROP_TYPE(value), nullptr);
@@ -151,7 +151,7 @@ void AddTagNames(ULONG value, std::vector<FoundName>& found)
     }
 }
 
-/// The names that a number has in any of the tables.
+/// The names of a number in all tables.
 int ShowNames(const Options& options, ULONG value)
 {
     std::vector<FoundName> found;
@@ -243,7 +243,7 @@ int ShowValue(const Options& options)
     return ExitDone;
 }
 
-/// The argument, or, for "-", what stands on standard input.
+/// The argument, or, for "-", the text of standard input.
 std::string HexArgument(const std::string& argument)
 {
     if (argument != "-")
@@ -263,7 +263,7 @@ std::string HexArgument(const std::string& argument)
 int ShowEntryId(const Options& options)
 {
     const std::string hex = HexArgument(options.hex);
-    // The library keeps what it takes apart in the provider's memory; no profile is needed.
+    // The library decodes into memory of the provider; no profile is needed.
     HostMapi mapi;
     EntryIdFromText(hex);
     const std::string dump = Utf8FromNarrow(static_cast<const char*>(Zeb_DumpEntryID(hex.c_str())));
@@ -281,10 +281,10 @@ int ShowEntryId(const Options& options)
 void AddNames(CLI::App& app, Action& action)
 {
     auto options = std::make_shared<Options>();
-    CLI::App* name = app.add_subcommand("name", "Tells the name of one of MAPI's constants");
+    CLI::App* name = app.add_subcommand("name", "Shows the name of a MAPI constant");
     name->add_option("table", options->table,
-                     "The table, such as PropTags; without it the tables are listed. Or a value, to look in "
-                     "all of them")
+                     "The table, such as PropTags; without it the tables are listed. Or a value, to search "
+                     "all tables")
         ->type_name("TABLE");
     name->add_option("value", options->value,
                      "The value, decimal or 0x hexadecimal; without it the whole table is listed")
@@ -292,13 +292,13 @@ void AddNames(CLI::App& app, Action& action)
     name->add_flag("--json", options->json, "Print JSON");
     name->callback([options, &action] { action = [options] { return ShowName(*options); }; });
 
-    CLI::App* value = app.add_subcommand("value", "Tells the value of one of MAPI's constants");
+    CLI::App* value = app.add_subcommand("value", "Shows the value of a MAPI constant");
     value->add_option("table", options->table, "The table; 'zeb name' lists them")->required()->type_name("TABLE");
     value->add_option("name", options->name, "The constant's name, in its letter case")->required()->type_name("NAME");
     value->add_flag("--json", options->json, "Print JSON");
     value->callback([options, &action] { action = [options] { return ShowValue(*options); }; });
 
-    CLI::App* eid = app.add_subcommand("eid", "Takes an entry identifier apart");
+    CLI::App* eid = app.add_subcommand("eid", "Decodes an entry identifier");
     eid->add_option("hex", options->hex, "The identifier in hexadecimal text; - reads it from standard input")
         ->required()
         ->type_name("HEX");

@@ -11,7 +11,7 @@ namespace zeb::tools
 namespace
 {
 
-/// Flags and the provider's identifier, which every entry identifier begins with.
+/// Flags and provider UID: the start of every entry identifier.
 constexpr size_t ShortestEntryId = 20;
 constexpr size_t DeepestFolder = 1000;
 
@@ -25,7 +25,7 @@ bool IsNumber(const std::string& text)
     return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
 }
 
-/// Marks a subject that would be taken for a number, an identifier or an assignment.
+/// Prefix of a subject that looks like a number, an identifier or an assignment.
 constexpr const char* SubjectMark = "subject:";
 
 bool IsMarkedSubject(const std::string& text)
@@ -33,7 +33,7 @@ bool IsMarkedSubject(const std::string& text)
     return text.rfind(SubjectMark, 0) == 0;
 }
 
-/// A text as a sentence quotes it.
+/// A text quoted for a message.
 std::string Quoted(const std::string& text)
 {
     return "'" + Shortened(OneLine(ValidUtf8(text)), 60) + "'";
@@ -79,7 +79,7 @@ CZebBinary EntryIdFromText(const std::string& text)
     if (text.size() % 2 != 0)
     {
         throw UsageError("the entry identifier has " + Grouped(text.size()) +
-                         " digits: every byte takes two, so one is missing");
+                         " digits: it must have two for each byte");
     }
     return CZebBinary(text.c_str());
 }
@@ -182,14 +182,14 @@ FoundMessage Mailbox::FindMessage(CZebFolder& folder, const FolderPath& path, co
         if (number == 0 || number > count)
         {
             throw ToolError("there is no message " + text + " in " + Named(path) + ": it has " + Grouped(count) +
-                            (count == 1 ? " message" : " messages") + "; a subject of digits is written " +
-                            SubjectMark + text);
+                            (count == 1 ? " message" : " messages") + "; write a subject of digits as " + SubjectMark +
+                            text);
         }
         table.SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(number - 1), nullptr);
         table.QueryRows(&rows, 1, nullptr, nullptr);
         if (!rows.IsValid())
         {
-            throw ToolError("message " + text + " of " + Named(path) + " is not there any more");
+            throw ToolError("message " + text + " of " + Named(path) + " no longer exists");
         }
         return {EntryIdAt(rows, 0),
                 "message " + text + " (" + Quoted(TextOf(rows[0], PR_SUBJECT_W)) + ") of " + Named(path)};
@@ -203,7 +203,7 @@ FoundMessage Mailbox::FindMessage(CZebFolder& folder, const FolderPath& path, co
     if (matches > 1)
     {
         throw ToolError(Grouped(matches) + " messages of " + Named(path) + " have the subject " + Quoted(subject) +
-                        ": say which by its number, which 'zeb find' shows");
+                        "; give the number that 'zeb find' shows");
     }
     table.QueryRows(&rows, 1, nullptr, nullptr);
     if (!rows.IsValid())
@@ -227,7 +227,7 @@ FoundMessages Mailbox::MessagesById(const std::vector<std::string>& identifiers)
         const CZebBinary above = object.GetParentID();
         if (parent.IsValid() && !Session().CompareEntryIDs(parent, above))
         {
-            throw ToolError(NamedEntryId(hex) + " names a message of another folder than the one before it");
+            throw ToolError(NamedEntryId(hex) + " names a message in another folder than the previous one");
         }
         parent = above;
         found.messages.push_back({EntryIdFromText(hex), MessageNamed(object)});
@@ -250,7 +250,7 @@ FoundMessages Mailbox::FindMessages(const std::vector<std::string>& arguments)
     }
     if (arguments.size() < 2)
     {
-        throw UsageError("no message is named: give its number or subject behind the folder, or its entry "
+        throw UsageError("no message is given: give its number or subject after the folder, or its entry "
                          "identifier");
     }
     FoundMessages found;

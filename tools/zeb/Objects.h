@@ -1,5 +1,4 @@
-// How the commands name what they work on: folders by path, messages by number or subject, anything by its
-// entry identifier.
+// How command lines name objects: folders by path, messages by number or subject, any object by its entry identifier.
 #pragma once
 
 #include "tools/common/FolderPath.h"
@@ -11,21 +10,21 @@
 namespace zeb::tools
 {
 
-/// Whether an argument is an entry identifier and no path: hexadecimal digits only, at least as many as the
-/// shortest identifier has.
+/// Whether an argument is an entry identifier and not a path: hexadecimal digits only, at least as many as the shortest
+/// identifier has.
 bool LooksLikeEntryId(const std::string& text);
 
-/// The bytes that hexadecimal text says. @throws UsageError for text that is none
+/// Decodes hexadecimal text. @throws UsageError for other text
 CZebBinary EntryIdFromText(const std::string& text);
 
-/// An entry identifier as a sentence names it: its first and last digits.
+/// An entry identifier as shown in messages: its first and last digits.
 std::string NamedEntryId(const std::string& hex);
 
-/// A message and where it was looked for.
+/// A message and its name in messages.
 struct FoundMessage
 {
     CZebBinary entryId;
-    std::string name; ///< as a sentence names it
+    std::string name; ///< as shown in messages
 };
 
 /// The folder of the messages, and the messages.
@@ -36,7 +35,7 @@ struct FoundMessages
     std::vector<FoundMessage> messages;
 };
 
-/// The default store of a profile while one command works on it.
+/// The default store of a profile for the duration of one command.
 class Mailbox
 {
 public:
@@ -48,20 +47,18 @@ public:
 
     /// A folder by path or entry identifier. @throws ToolError naming it
     CZebFolder OpenFolder(const std::string& text);
-    /// The path of a folder of the store: below the top folder where it lies there, else below the root.
+    /// The path of a folder of the store: relative to the top of the IPM subtree when it is in there, else to the root.
     FolderPath PathOf(CZebFolder& folder);
-    /// Whether a folder is the one that users see as the top of their mail.
+    /// Whether a folder is the top of the IPM subtree.
     bool IsTop(CZebFolder& folder);
     /// Any object by its entry identifier. @throws ToolError naming it
     CZebPropObj OpenAny(const std::string& hex);
-    /// A message of a folder, by its number in the folder (1 is the one that came first), its subject or its
-    /// entry identifier. "subject:" before a subject makes it one whatever it looks like.
-    /// @throws ToolError when there is none, or several of that subject
+    /// A message of a folder, by its number in the folder (1 is the oldest), its subject or its entry identifier. The
+    /// prefix "subject:" forces a subject. @throws ToolError when there is none, or several have that subject
     FoundMessage FindMessage(CZebFolder& folder, const FolderPath& path, const std::string& text,
                              bool associated = false);
-    /// Messages as a command line names them: a folder and its messages, or entry identifiers of messages
-    /// of one folder.
-    /// @throws UsageError when no message is named; ToolError
+    /// Messages of a command line: a folder and its messages, or entry identifiers of messages of one folder.
+    /// @throws UsageError when no message is given; ToolError
     FoundMessages FindMessages(const std::vector<std::string>& arguments);
 
 private:
@@ -70,7 +67,7 @@ private:
     HostSession m_session;
     CZebMsgStore m_store;
     FolderTree m_folders;
-    CZebBinary m_top; ///< not valid when the store has none
+    CZebBinary m_top; ///< not valid when the store has no IPM subtree
 };
 
 } // namespace zeb::tools

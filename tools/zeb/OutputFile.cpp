@@ -43,7 +43,7 @@ OutputFile::~OutputFile()
 
 void OutputFile::Fail() const
 {
-    throw ToolError("'" + ValidUtf8(m_file) + "' can not be written");
+    throw ToolError("'" + ValidUtf8(m_file) + "' cannot be written");
 }
 
 void OutputFile::Write(const std::string& text)

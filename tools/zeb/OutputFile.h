@@ -1,4 +1,4 @@
-// A file that is there whole or not at all.
+// Atomic file write (temporary file, then rename).
 #pragma once
 
 #include <fstream>
@@ -7,8 +7,8 @@
 namespace zeb::tools
 {
 
-/// Writes to a file, or, when its name is empty, to standard output. The file is written beside its place
-/// under a name of its own and moved there by Finish; an object that goes before leaves nothing behind.
+/// Writes to a file, or, when its name is empty, to standard output. The data goes to a temporary file in the same
+/// folder, which Finish renames; an object destroyed before Finish deletes it.
 class OutputFile
 {
 public:

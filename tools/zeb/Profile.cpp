@@ -45,7 +45,7 @@ private:
     CZebProfAdmin m_profiles;
 };
 
-/// Runs one call on the administration; a failure names what was being done.
+/// Runs one call on the administration; a failure names the operation.
 void Do(const std::string& what, const std::string& name, IProfAdmin* profiles, HRESULT result)
 {
     try
@@ -80,7 +80,7 @@ int List(const Options& options)
     return ExitDone;
 }
 
-/// What the profile's one service is known by, and the file of its store.
+/// The UID of the profile's only service, and the file of its store.
 struct StoreService
 {
     CZebBinary uid;
@@ -115,7 +115,7 @@ Property TextProperty(ULONG tag, const std::string& text)
     return property;
 }
 
-/// The path from the root on; UTF-8. @throws ToolError when its folder does not exist
+/// The absolute path, UTF-8. @throws ToolError when its folder does not exist
 std::string WholePath(const std::string& file)
 {
     namespace fs = std::filesystem;
@@ -123,8 +123,8 @@ std::string WholePath(const std::string& file)
     std::error_code ignored;
     if (!fs::is_directory(path.parent_path(), ignored))
     {
-        throw ToolError("there is no folder '" + ValidUtf8(path.parent_path().u8string()) + "' for the store '" +
-                        ValidUtf8(path.filename().u8string()) + "'");
+        throw ToolError("the folder '" + ValidUtf8(path.parent_path().u8string()) + "' of the store file '" +
+                        ValidUtf8(path.filename().u8string()) + "' does not exist");
     }
     return path.u8string();
 }
@@ -175,7 +175,7 @@ int Create(const Options& options)
     }
     catch (...)
     {
-        // The half-made profile goes again; what made it fail is what counts.
+        // Deletes the incomplete profile; its own failure is ignored in favour of the first one.
         profiles->DeleteProfile(name.Text(), name.Flags());
         FailWhile("creating profile '" + ValidUtf8(options.name) + "'");
     }
@@ -183,8 +183,8 @@ int Create(const Options& options)
     {
         Do("choosing", options.name, profiles, profiles->SetDefaultProfile(name.Text(), name.Flags()));
     }
-    Print("profile '" + ValidUtf8(options.name) + "' is there" +
-          (options.makeDefault ? " and is the default\n" : "\n"));
+    Print("created profile '" + ValidUtf8(options.name) +
+          (options.makeDefault ? "' and made it the default\n" : "'\n"));
     Print("  store  " + OneLine(store) + "\n");
     return ExitDone;
 }
@@ -195,7 +195,7 @@ int Delete(const Options& options)
     IProfAdmin* profiles = administration.Interface();
     const ProfileName name(options.name);
     Do("deleting", options.name, profiles, profiles->DeleteProfile(name.Text(), name.Flags()));
-    Print("profile '" + ValidUtf8(options.name) + "' is deleted; its store file stays\n");
+    Print("deleted profile '" + ValidUtf8(options.name) + "'; its store file was kept\n");
     return ExitDone;
 }
 
@@ -218,7 +218,7 @@ int Default(const Options& options)
     IProfAdmin* profiles = administration.Interface();
     const ProfileName name(options.name);
     Do("choosing", options.name, profiles, profiles->SetDefaultProfile(name.Text(), name.Flags()));
-    Print("profile '" + ValidUtf8(options.name) + "' is the default\n");
+    Print("made profile '" + ValidUtf8(options.name) + "' the default\n");
     return ExitDone;
 }
 
@@ -227,16 +227,17 @@ int Default(const Options& options)
 void AddProfile(CLI::App& app, Action& action)
 {
     auto options = std::make_shared<Options>();
-    CLI::App* profile = app.add_subcommand("profile", "Looks after profiles");
+    CLI::App* profile = app.add_subcommand("profile", "Manages profiles");
     profile->require_subcommand(1);
 
-    CLI::App* list = profile->add_subcommand("list", "Lists the profiles; * marks the default one");
+    CLI::App* list = profile->add_subcommand("list", "Lists the profiles; * marks the default profile");
     list->add_flag("--json", options->json, "Print JSON");
     list->callback([options, &action] { action = [options] { return List(*options); }; });
 
     CLI::App* create = profile->add_subcommand("create", "Creates a profile with one zebstore store");
     create->add_option("name", options->name, "The profile's name")->required()->type_name("NAME");
-    create->add_option("--store", options->store, "The store's file; made when it is not there")->type_name("FILE");
+    create->add_option("--store", options->store, "The store's file; created when it does not exist")
+        ->type_name("FILE");
     create
         ->add_option("--durability", options->durability,
                      "normal: a commit survives the death of the process; full: also the loss of power")
@@ -244,7 +245,7 @@ void AddProfile(CLI::App& app, Action& action)
     create->add_flag("--default", options->makeDefault, "Make it the default profile");
     create->callback([options, &action] { action = [options] { return Create(*options); }; });
 
-    CLI::App* remove = profile->add_subcommand("delete", "Deletes a profile; its store file stays");
+    CLI::App* remove = profile->add_subcommand("delete", "Deletes a profile; its store file is kept");
     remove->add_option("name", options->name, "The profile's name")->required()->type_name("NAME");
     remove->callback([options, &action] { action = [options] { return Delete(*options); }; });
 

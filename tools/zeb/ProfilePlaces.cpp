@@ -33,8 +33,8 @@ std::vector<std::string> SubKeysOf(const std::string& path)
     return names;
 }
 
-/// The number of the Outlook that is installed, as its keys bear it ("16.0"); empty for none, and for those that share
-/// the subsystem's profiles.
+/// The version of the installed Outlook as in its registry keys ("16.0"); empty when none is installed, and for
+/// versions that share the subsystem's profiles.
 std::string InstalledVersion()
 {
     const auto key = RegistryKey::Open(RegistryRoot::ClassesRoot, "Outlook.Application\\CurVer");

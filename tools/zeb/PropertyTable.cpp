@@ -16,13 +16,13 @@ namespace zeb::tools
 namespace
 {
 
-/// The line without a terminal; long enough for most, short enough to read.
+/// The line width without a terminal.
 constexpr size_t ColumnsWithoutTerminal = 120;
 constexpr size_t NarrowestValue = 12, NarrowestName = 16, WidestName = 40, TypeWidth = 13;
-/// Bytes of a long value that are looked at when it is shown short.
+/// The number of bytes read of a long value that is shown shortened.
 constexpr size_t BeginningOfValue = 1024;
 
-/// A number that is one of MAPI's constants: the property, and the table of its names.
+/// A property whose values are MAPI constants, and the table of their names.
 struct KnownNumber
 {
     ULONG tag;
@@ -57,7 +57,7 @@ std::string NamesOfBits(const char* table, ULONG value)
     return names;
 }
 
-/// A number with the name it has, if any: "5 (MAPI_MESSAGE)".
+/// A number with its name, if any: "5 (MAPI_MESSAGE)".
 std::string NumberText(const Property& property, LONG value)
 {
     std::string text = std::to_string(value);
@@ -108,7 +108,7 @@ std::string ErrorText(ULONG code)
     return name ? name : number;
 }
 
-/// A text as it is shown: in one line, or whole with its line breaks.
+/// A text for display: in one line, or complete with line breaks.
 std::string ShownText(const std::string& text, bool full)
 {
     if (!full)
@@ -126,7 +126,7 @@ std::string ShownText(const std::string& text, bool full)
     return shown;
 }
 
-/// One element as people read it.
+/// One element as text for display.
 std::string ElementText(const Property& property, const std::string& bytes, const TableStyle& style)
 {
     const ULONG type = property.Type() & ~static_cast<ULONG>(MV_FLAG);
@@ -162,7 +162,7 @@ std::string SizeText(const Property& property, uint64_t bytes)
     return "(" + Grouped(bytes) + (bytes == 1 ? " byte) " : " bytes) ");
 }
 
-/// Some first bytes of a source, or, with `full`, all.
+/// The first bytes of a source, or, with `full`, all of them.
 std::string Beginning(ByteSource& source, bool full)
 {
     std::string bytes(full ? static_cast<size_t>(source.Size()) : BeginningOfValue, '\0');
@@ -205,7 +205,7 @@ std::string TypeText(const Property& property)
     return name ? name : number;
 }
 
-/// The name in the first column; of a named property that within its set.
+/// The name in the first column; for a named property its name within the set.
 std::string ShortName(const Property& property)
 {
     if (!property.name)

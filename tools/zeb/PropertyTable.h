@@ -1,4 +1,4 @@
-// Properties as a table for people, and as JSON for machines.
+// Properties as a text table and as JSON.
 #pragma once
 
 #include "tools/common/PropertyWriter.h"
@@ -14,15 +14,15 @@ namespace zeb::tools
 /// How properties are shown.
 struct TableStyle
 {
-    size_t columns = 0; ///< of the terminal; 0 for none
-    bool full = false;  ///< show every value whole, text with its line breaks
+    size_t columns = 0; ///< terminal width; 0 without a terminal
+    bool full = false;  ///< show complete values, text with line breaks
     Zone zone = Zone::Local;
 };
 
-/// Prints properties in columns: name, type, value; named ones below, by their set.
+/// Prints properties in columns: name, type, value; named properties below, grouped by set.
 void PrintProperties(const Properties& properties, const std::string& indent, const TableStyle& style);
 
-/// The same as an array of objects; values as in a .jsonl file, always whole.
+/// The same as an array of objects; complete values in the form of a .jsonl file.
 nlohmann::ordered_json PropertiesForMachines(const Properties& properties);
 
 } // namespace zeb::tools

@@ -27,7 +27,7 @@ struct Options
     bool json = false;
 };
 
-/// The file to register, as a path that the library can read: it reads the registry in narrow text.
+/// The file to register, as a path that the library can read: it reads narrow text from the registry.
 std::string FileToInstall(const std::string& given)
 {
     namespace fs = std::filesystem;
@@ -37,7 +37,7 @@ std::string FileToInstall(const std::string& given)
     const std::string path = file.u8string();
     if (!fs::is_regular_file(file, ignored))
     {
-        throw ToolError("there is no file '" + ValidUtf8(path) + "'");
+        throw ToolError("the provider file does not exist: '" + ValidUtf8(path) + "'");
     }
     const auto narrowable = platform::NarrowablePath(path);
     if (!narrowable)
@@ -57,7 +57,7 @@ void RefuseReplacing(const Registration& registration, const std::string& path, 
         return;
     }
     throw ToolError("another provider is registered: " + registration.Place() + " is '" + *other +
-                    "'; --replace registers this one and keeps that value for 'zeb provider remove'");
+                    "'; --replace registers this one and saves that value for 'zeb provider remove'");
 }
 
 void PrintRegistration(const Registration& registration)
@@ -67,7 +67,7 @@ void PrintRegistration(const Registration& registration)
     Print("  " + registration.ShownName() + (current ? " = " + ValidUtf8(*current) : " is not set") + "\n");
     if (const auto replaced = registration.Replaced())
     {
-        Print("  replaced " + ValidUtf8(*replaced) + "; 'zeb provider remove' puts it back\n");
+        Print("  replaced " + ValidUtf8(*replaced) + "; 'zeb provider remove' restores it\n");
     }
 }
 
@@ -77,7 +77,7 @@ int Install(const Options& options)
     const ProviderClass found = CheckMAPIDll(NarrowFromUtf8(path), ProviderEnvironment::Machine());
     if (found.bitness == OfficeBitnessNone)
     {
-        throw ToolError("'" + ValidUtf8(path) + "' is no MAPI provider: " + VerdictOn(found));
+        throw ToolError("'" + ValidUtf8(path) + "' is not a MAPI provider: " + VerdictOn(found));
     }
     std::vector<Registration> registrations = {Registration::OfMail()};
     if (options.wab)
@@ -111,7 +111,7 @@ int Remove()
     }
     if (removed == 0)
     {
-        throw ToolError("no provider is registered that 'zeb provider install' has registered");
+        throw ToolError("nothing to remove: no registered provider was registered by 'zeb provider install'");
     }
     return ExitDone;
 }
@@ -170,7 +170,7 @@ std::string VerdictOn(const ProviderCandidate& candidate)
 {
     if (!candidate.examined)
     {
-        return "names no file to try";
+        return "no file to examine";
     }
     const unsigned bits = platform::ReadImageFile(Utf8FromNarrow(candidate.found.resolved)).bits;
     constexpr unsigned OwnBits = 8 * sizeof(void*);
@@ -188,19 +188,19 @@ void AddProvider(CLI::App& app, Action& action)
     CLI::App* provider = app.add_subcommand("provider", "Registers MAPI providers");
     provider->require_subcommand(1);
     CLI::App* install = provider->add_subcommand(
-        "install", "Registers a provider where the library looks first, the mail client's entry in the registry");
+        "install", "Registers a provider in the mail client's registry entry, where the library searches first");
     install->add_option("--dll", options->file, "The provider's file; without it the zebstore in zeb's own folder")
         ->type_name("PATH");
     install->add_flag("--wab", options->wab, "Register it as the Windows Address Book too");
     install->add_flag("--replace", options->replace,
-                      "Take the place of another provider, whose entry is kept; without it that is refused");
+                      "Replace another provider and save its entry; without this option that is refused");
     install->callback([options, &action] { action = [options] { return Install(*options); }; });
 
     CLI::App* remove =
-        provider->add_subcommand("remove", "Takes back what install registered, and puts back what it replaced");
+        provider->add_subcommand("remove", "Removes what install registered, and restores what it replaced");
     remove->callback([&action] { action = [] { return Remove(); }; });
 
-    CLI::App* status = provider->add_subcommand("status", "Shows what is registered, and what was replaced");
+    CLI::App* status = provider->add_subcommand("status", "Shows the registered provider, and the replaced one");
     status->add_flag("--json", options->json, "Print JSON");
     status->callback([options, &action] { action = [options] { return Status(*options); }; });
 }

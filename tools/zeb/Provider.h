@@ -1,4 +1,4 @@
-// What a library is worth as a MAPI provider, in words.
+// The verdict on a library as a MAPI provider, as text.
 #pragma once
 
 #include "zebapi/ZebAPI.h"
@@ -9,10 +9,10 @@
 namespace zeb::tools
 {
 
-/// One line: that it is a provider and of which kind, or exactly what makes it unusable. UTF-8.
+/// One line: the kind of provider, or the exact reason why it is unusable. UTF-8.
 std::string VerdictOn(const ProviderCandidate& candidate);
 
-/// The same of a library that was classified.
+/// The same for a classified library.
 std::string VerdictOn(const ProviderClass& found);
 
 } // namespace zeb::tools

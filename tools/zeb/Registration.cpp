@@ -86,7 +86,7 @@ void Registration::Set(const std::string& path)
     const auto current = Current();
     if (current && SameFile(*current, path) && !IsSetHere())
     {
-        return; // another's own entry for the same file, which Remove must not take
+        return; // another provider's entry for the same file, which Remove must not delete
     }
     const bool replaces = current && !IsOwn(path);
     RegistryKey key = RegistryKey::Create(RegistryRoot::LocalMachine, m_key);

@@ -1,4 +1,4 @@
-// A provider's entry in the registry, and what it took the place of.
+// A provider's registry entry, and the value that it replaced.
 #pragma once
 
 #include <optional>
@@ -7,37 +7,37 @@
 namespace zeb::tools
 {
 
-/// One registry value below HKEY_LOCAL_MACHINE that names a provider's library. Next to it, in values of the same key,
-/// the path that was registered through this class and the value that it replaced are kept. Text is UTF-8.
-/// All operations throw what the registry throws.
+/// One registry value below HKEY_LOCAL_MACHINE that names a provider's library. Other values of the same key store the
+/// path that was registered through this class and the value that it replaced. Text is UTF-8. All operations throw the
+/// registry's errors.
 class Registration
 {
 public:
-    /// The mail client's entry, where the library looks first.
+    /// The mail client's entry, where the library searches first.
     static Registration OfMail();
-    /// The Windows Address Book's.
+    /// The Windows Address Book's entry.
     static Registration OfAddressBook();
 
     const std::string& Key() const { return m_key; }
     /// The value's name; empty for the key's default value.
     const std::string& Value() const { return m_value; }
     std::string ShownName() const { return m_value.empty() ? "(default)" : m_value; }
-    /// Key and value as a sentence names them.
+    /// Key and value as shown in messages.
     std::string Place() const;
 
-    /// The path that is registered; nothing when there is none.
+    /// The registered path; empty when there is none.
     std::optional<std::string> Current() const;
-    /// What was replaced and is kept.
+    /// The saved value that was replaced.
     std::optional<std::string> Replaced() const;
-    /// Whether what is registered may be overwritten by `path` without loss: it is that path, was registered through
-    /// this class, or is another copy of the embedded provider.
+    /// Whether `path` may overwrite the entry without loss: the entry is that path, was registered through this class,
+    /// or is another copy of the embedded provider.
     bool IsOwn(const std::string& path) const;
-    /// Whether what is registered was registered through this class, or is the embedded provider.
+    /// Whether the entry was registered through this class, or is the embedded provider.
     bool IsSetHere() const;
 
-    /// Registers `path` and keeps what it replaces, if that was another's.
+    /// Registers `path` and saves the replaced value if it belongs to another provider.
     void Set(const std::string& path);
-    /// Puts back what was replaced, or leaves no value.
+    /// Restores the replaced value, or deletes the entry.
     void Remove();
 
 private:
@@ -45,8 +45,8 @@ private:
     std::optional<std::string> Read(const std::string& value) const;
 
     std::string m_key, m_value;
-    std::string m_installed; ///< the name of the value that keeps what was registered through this class
-    std::string m_replaced;  ///< the name of the value that keeps what was replaced
+    std::string m_installed; ///< the name of the value with the path registered through this class
+    std::string m_replaced;  ///< the name of the value with the replaced entry
 };
 
 } // namespace zeb::tools

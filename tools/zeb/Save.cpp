@@ -28,7 +28,7 @@ struct Options
     bool onlyThis = false;
 };
 
-/// Saves a folder, its messages, and what stands below it.
+/// Saves a folder with its messages and subfolders.
 class Saver
 {
 public:
@@ -109,7 +109,7 @@ private:
         }
         catch (CZebException* exception)
         {
-            // Deleted since the table was read: it is no part of the folder any more.
+            // Deleted since the table was read: no longer part of the folder.
             if (exception->GetResult() != MAPI_E_NOT_FOUND && exception->GetResult() != MAPI_E_OBJECT_DELETED)
             {
                 throw;
@@ -123,14 +123,14 @@ private:
         m_progress.Step(++m_messages);
     }
 
-    /// Notes the properties that no line can carry.
+    /// Records the properties that a line cannot represent.
     static void NoteNameless(const Properties& properties, std::vector<Unread>& unread)
     {
         for (const Property& property : properties)
         {
             if (NameInFile(property).empty())
             {
-                unread.push_back({property.tag, "it has an identifier of named properties and no name"});
+                unread.push_back({property.tag, "it has the identifier of a named property, but no name"});
             }
         }
     }
@@ -162,7 +162,7 @@ private:
             char tag[16];
             std::snprintf(tag, sizeof tag, "0x%08X", static_cast<unsigned>(each.tag));
             m_progress.Clear();
-            Complain("zeb", where + ": property " + tag + " is left out: " + each.reason);
+            Complain("zeb", where + ": property " + tag + " is omitted: " + each.reason);
             ++m_skipped;
         }
     }
@@ -175,7 +175,7 @@ private:
     uint64_t m_messages = 0, m_folders = 0, m_skipped = 0;
 };
 
-/// The messages in a folder and, with `subfolders`, below it.
+/// The number of messages in a folder and, with `subfolders`, below it.
 uint64_t CountMessages(CZebFolder& folder, bool subfolders)
 {
     CZebPropValArray values;
@@ -216,7 +216,7 @@ int Run(const Options& options)
     CZebFolder folder = mailbox.OpenFolder(options.folder);
     const FolderPath path = mailbox.PathOf(folder);
     OutputFile out(options.file);
-    // Where the lines themselves go to the terminal, no progress belongs between them.
+    // No progress when the lines themselves go to the terminal.
     const bool quiet = options.file.empty() && platform::IsTerminal(platform::OutputStream::Output);
     uint64_t messages = 0, folders = 0, skipped = 0;
     {
@@ -246,10 +246,10 @@ void AddSave(CLI::App& app, Action& action)
     AddFolderArgument(*command, options->folder);
     command
         ->add_option("-o,--output", options->file,
-                     "The file to write; without it standard output. The file appears when all is written")
+                     "The file to write; without it standard output. The file appears when everything is written")
         ->type_name("FILE.jsonl");
-    command->add_flag("--this-only", options->onlyThis, "Leave the subfolders out");
-    command->footer("Exit code 3: saved but for properties that no file can carry, which are named.");
+    command->add_flag("--this-only", options->onlyThis, "Omit the subfolders");
+    command->footer("Exit code 3: saved except for properties that a file cannot represent, which are listed.");
     command->callback([options, &action] { action = [options] { return Run(*options); }; });
 }
 

@@ -49,7 +49,7 @@ std::string Hex(const std::string& bytes)
     return text;
 }
 
-/// The bits of a number, "0x" and its digits.
+/// The bits of a number as "0x" and hexadecimal digits.
 template <typename Number>
 std::string Bits(const std::string& bytes)
 {
@@ -71,7 +71,7 @@ Json FloatInFile(const std::string& bytes, bool isDouble)
 
 Json TextInFile(const std::string& bytes, bool isWide)
 {
-    // Bytes that the text of JSON can not carry back go as they are.
+    // Bytes that JSON text cannot represent are written as hexadecimal digits.
     if (!isWide)
     {
         const std::string text = Utf8FromNarrow(bytes);
@@ -132,7 +132,7 @@ std::string Dumped(const Json& value)
     return value.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-/// The name of a tag that has one in MAPI's headers and is read back as the same tag; empty for others.
+/// The name of a tag in MAPI's headers if it is read back as the same tag; empty for others.
 std::string LookUpHeaderName(ULONG tag)
 {
     const char* name = Zeb_NameFromValue("PropTags", tag, nullptr);
@@ -182,7 +182,7 @@ std::string NamedName(const Property& property)
     return text + number;
 }
 
-/// The properties of one object in the order of their names, which is the same for every store.
+/// The properties of one object sorted by name; the same order for every store.
 void AppendProperties(std::string& out, ObjectKind kind, const Properties& properties,
                       const std::vector<ULONG>& removed = {})
 {
@@ -225,7 +225,7 @@ bool Has(const Properties& properties, ULONG tag)
                        [&](const Property& each) { return !each.name && PROP_ID(each.tag) == PROP_ID(tag); });
 }
 
-/// What a store adds to a message when it is saved, and this message does not have.
+/// Properties that a store adds when it saves a message, and that this message does not have.
 std::vector<ULONG> RemovedOf(const MessageContent& message)
 {
     std::vector<ULONG> candidates = {PR_MESSAGE_CLASS_W};
@@ -350,7 +350,7 @@ std::string FolderLine(const FolderPath& folder, const Properties& properties)
     Properties own;
     for (const Property& property : properties)
     {
-        // The path says the name.
+        // The path contains the name.
         if (property.name || PROP_ID(property.tag) != PROP_ID(PR_DISPLAY_NAME))
         {
             own.push_back(property);

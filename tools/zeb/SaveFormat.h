@@ -1,4 +1,4 @@
-// Folders and messages as lines of a .jsonl file; docs/load-format.md is its description.
+// Folders and messages as lines of a .jsonl file; docs/load-format.md describes the format.
 #pragma once
 
 #include "tools/common/FolderPath.h"
@@ -11,19 +11,19 @@
 namespace zeb::tools
 {
 
-/// The name by which a .jsonl file calls a property; empty when a file can not carry it.
+/// The name of a property in a .jsonl file; empty when a file cannot represent it.
 std::string NameInFile(const Property& property);
 
-/// The values of a property whose source, if it has one, is read to its end.
+/// The values of a property; a source is read completely.
 nlohmann::json ValueInFile(const Property& property);
 
-/// A value as a .jsonl file has it, appended as JSON text; a source is copied piece by piece.
+/// Appends a value as JSON text in the form of a .jsonl file; a source is copied in pieces.
 void AppendValue(std::string& out, const Property& property);
 
-/// The line of a folder, line end included.
+/// The line of a folder, including the line end.
 std::string FolderLine(const FolderPath& folder, const Properties& properties);
 
-/// The line of a message, line end included. What the store knows by itself is left out.
+/// The line of a message, including the line end. Properties that the store maintains itself are omitted.
 std::string MessageLine(const FolderPath& folder, bool associated, const MessageContent& message);
 
 } // namespace zeb::tools

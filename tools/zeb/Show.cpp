@@ -27,7 +27,7 @@ struct Options
     bool json = false;
 };
 
-/// The object to show and how a heading calls it.
+/// The object to show and its heading.
 struct Target
 {
     CZebPropObj object{nullptr};
@@ -176,7 +176,7 @@ void AddShow(CLI::App& app, Action& action)
     AddProfileOption(*command, options->profile);
     command
         ->add_option("object", options->object,
-                     "A folder by path, or anything by entry identifier; without it the store")
+                     "A folder by path, or any object by entry identifier; without it the store")
         ->type_name("OBJECT");
     command
         ->add_option("message", options->message,
@@ -184,9 +184,9 @@ void AddShow(CLI::App& app, Action& action)
         ->type_name("MESSAGE");
     command->add_flag("--associated", options->associated,
                       "The message is one of the folder's hidden (associated) ones");
-    command->add_flag("--full", options->full, "Show long values whole, with their line breaks");
+    command->add_flag("--full", options->full, "Show long values completely, with line breaks");
     AddUtcOption(*command, options->utc);
-    command->add_flag("--json", options->json, "Print JSON, with every value whole");
+    command->add_flag("--json", options->json, "Print JSON, with complete values");
     command->callback([options, &action] { action = [options] { return Run(*options); }; });
 }
 

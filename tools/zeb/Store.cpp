@@ -24,8 +24,8 @@ namespace
 struct Options
 {
     std::string profile;
-    std::string file;   ///< of the store to look after, UTF-8; empty: the profile's
-    std::string output; ///< of the repaired copy, UTF-8; empty: next to the store's file
+    std::string file;   ///< path of the store's file, UTF-8; empty: the profile's store
+    std::string output; ///< path of the repaired copy, UTF-8; empty: next to the store's file
     bool inPlace = false;
     bool json = false;
 };
@@ -43,7 +43,7 @@ int ListStores(const Options& options)
         const CZebRow row = rows[i];
         const bool isDefault = row.hasRealValue(PR_DEFAULT_STORE) && static_cast<bool>(row[PR_DEFAULT_STORE]);
         const std::string name = TextOf(row, PR_DISPLAY_NAME_W);
-        // Of the stores of other providers no file is known.
+        // The files of other providers' stores are unknown.
         const std::string file = TextOf(row, PR_ZEBSTORE_PATH_W);
         if (!options.json)
         {
@@ -74,18 +74,18 @@ int CheckStore(const Options& options)
     const std::string verdict = TextOf(store, PR_ZEBSTORE_CHECK_W);
     if (verdict.empty())
     {
-        throw ToolError("store '" + name + "' can not check itself: it is none of zebstore's");
+        throw ToolError("store '" + name + "' cannot be checked: it is not a zebstore store");
     }
     if (verdict == "ok")
     {
-        Print("store '" + OneLine(name) + "' is sound\n");
+        Print("store '" + OneLine(name) + "' is intact\n");
         return ExitDone;
     }
     Complain("zeb", "store '" + OneLine(name) + "' is damaged:\n" + verdict);
     return ExitFailed;
 }
 
-/// The file of a profile's store. @throws ToolError when it has none of zebstore's
+/// The file of a profile's store. @throws ToolError when the profile has no zebstore store
 std::string FileOf(const std::string& profile)
 {
     const HostMapi mapi;
@@ -93,13 +93,12 @@ std::string FileOf(const std::string& profile)
     const std::string file = FileOfStore(administration, profile);
     if (file.empty())
     {
-        throw ToolError("profile '" + ValidUtf8(NameOfProfile(administration, profile)) +
-                        "' has no store of zebstore's");
+        throw ToolError("profile '" + ValidUtf8(NameOfProfile(administration, profile)) + "' has no zebstore store");
     }
     return file;
 }
 
-/// An export of the embedded provider for the care of a store's file.
+/// An export of the embedded provider for the maintenance of a store's file.
 /// @throws ToolError when the provider of this machine has no such export
 template <typename Function>
 Function* CareExport(const char* name)
@@ -113,12 +112,12 @@ Function* CareExport(const char* name)
     if (!found)
     {
         throw ToolError("the provider '" + Utf8FromNarrow(path) +
-                        "' cannot look after store files: " + (module ? "it is not zebstore" : Utf8FromNarrow(reason)));
+                        "' cannot maintain store files: " + (module ? "it is not zebstore" : Utf8FromNarrow(reason)));
     }
     return reinterpret_cast<Function*>(found);
 }
 
-/// What is told while the provider works on a file.
+/// Progress and findings reported while the provider works on a file.
 class Care
 {
 public:
@@ -216,7 +215,7 @@ int CompactStore(const Options& options)
 void AddFileArgument(CLI::App& command, const std::shared_ptr<Options>& options)
 {
     AddProfileOption(command, options->profile);
-    command.add_option("file", options->file, "The store's file; without it that of the profile's store")
+    command.add_option("file", options->file, "The store's file; without it the file of the profile's store")
         ->type_name("FILE")
         ->excludes("--profile");
 }
@@ -226,20 +225,20 @@ void AddFileArgument(CLI::App& command, const std::shared_ptr<Options>& options)
 void AddStore(CLI::App& app, Action& action)
 {
     auto options = std::make_shared<Options>();
-    CLI::App* list = app.add_subcommand("stores", "Lists the message stores of a profile; * marks the default one");
+    CLI::App* list = app.add_subcommand("stores", "Lists the message stores of a profile; * * marks the default store");
     AddProfileOption(*list, options->profile);
     list->add_flag("--json", options->json, "Print JSON");
     list->callback([options, &action] { action = [options] { return ListStores(*options); }; });
 
-    CLI::App* store = app.add_subcommand("store", "Looks after a store");
+    CLI::App* store = app.add_subcommand("store", "Maintains a store");
     store->require_subcommand(1);
     CLI::App* check = store->add_subcommand("check", "Checks the whole file of the default store");
     AddProfileOption(*check, options->profile);
     check->callback([options, &action] { action = [options] { return CheckStore(*options); }; });
 
     CLI::App* repair = store->add_subcommand(
-        "repair", "Repairs a store's file, in a copy unless --in-place: counters and columns are made again, what "
-                  "belongs to nothing is removed; a line for each repair");
+        "repair", "Repairs a store's file, in a copy unless --in-place: counters and columns are rebuilt, "
+                  "orphaned rows are deleted; prints a line for each repair");
     AddFileArgument(*repair, options);
     CLI::Option* inPlace = repair->add_flag("--in-place", options->inPlace, "Repair the file itself instead of a copy");
     repair->add_option("--output", options->output, "The copy; without it next to the file: NAME.repaired.zeb")
@@ -248,7 +247,7 @@ void AddStore(CLI::App& app, Action& action)
     repair->callback([options, &action] { action = [options] { return RepairStore(*options); }; });
 
     CLI::App* compact = store->add_subcommand(
-        "compact", "Gives back the room that deleted content left in a store's file; no other program may use it");
+        "compact", "Frees the space that deleted content left in a store's file; no other program may have it open");
     AddFileArgument(*compact, options);
     compact->callback([options, &action] { action = [options] { return CompactStore(*options); }; });
 }

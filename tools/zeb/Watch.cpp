@@ -22,9 +22,9 @@ namespace zeb::tools
 namespace
 {
 
-/// Messages that are remembered, so that one that is deleted can be named.
+/// The number of messages kept in memory, so that a deleted one can be named.
 constexpr ULONG MostRemembered = 100'000;
-/// How soon Ctrl-C is noticed.
+/// Poll interval for Ctrl-C.
 constexpr std::chrono::milliseconds Patience{200};
 
 struct Options
@@ -59,7 +59,7 @@ std::string EntryIdOf(const CZebRow& row)
     return row.hasRealValue(PR_ENTRYID) ? static_cast<const char*>(row[PR_ENTRYID].String(false)) : "";
 }
 
-/// Takes changes on the provider's thread and hands them out on the command's own.
+/// Queue of changes from the provider's thread to the command's thread.
 class Changes : public CAdviseSinkDelegate
 {
 public:
@@ -81,7 +81,7 @@ public:
         m_arrived.notify_one();
     }
 
-    /// @return false when none came within a moment
+    /// @return false when none arrived within the poll interval
     bool Next(Change& change)
     {
         std::unique_lock<std::mutex> hold(m_lock);
@@ -119,8 +119,8 @@ private:
     std::deque<Change> m_waiting;
 };
 
-/// The changes of a table go to a delegate for as long as the object lives. The library's binder would only
-/// log a refusal; here it is a failure.
+/// Passes the changes of a table to a delegate for the lifetime of the object. The library's binder only logs a refused
+/// advise; here it is an error.
 class Subscription
 {
 public:
@@ -148,7 +148,7 @@ public:
         }
         catch (...)
         {
-            // The table goes at once, and the connection with it.
+            // Releases the table immediately, and with it the connection.
             CurrentFailure();
         }
         m_sink->Release();
@@ -163,7 +163,7 @@ private:
     ULONG m_connection = 0;
 };
 
-/// The messages of the table by their keys; of one that is deleted the notification has nothing else.
+/// The messages of the table by key; the notification of a deletion contains only the key.
 class Memory
 {
 public:
@@ -184,7 +184,7 @@ public:
         }
     }
 
-    /// Gives a deleted message the subject and the identifier it had, and remembers those of others.
+    /// Fills in subject and identifier of a deleted message, and stores those of others.
     void Complete(Change& change)
     {
         if (change.key.empty())
@@ -254,7 +254,7 @@ int Run(const Options& options)
     Changes changes;
     const Subscription subscription(table, changes, path);
     Memory memory(table);
-    Complain("zeb", "watching " + Named(path) + "; Ctrl-C ends");
+    Complain("zeb", "watching " + Named(path) + "; Ctrl-C stops");
     for (ULONG shown = 0; (options.count == 0 || shown < options.count) && !platform::Interrupted();)
     {
         Change change;
@@ -276,12 +276,12 @@ void AddWatch(CLI::App& app, Action& action)
 {
     auto options = std::make_shared<Options>();
     CLI::App* command =
-        app.add_subcommand("watch", "Prints each change of a folder's messages as it comes, until Ctrl-C");
+        app.add_subcommand("watch", "Prints each change of a folder's messages as it happens, until Ctrl-C");
     AddProfileOption(*command, options->profile);
     AddFolderArgument(*command, options->folder);
-    AddCountOption(*command, "--count", options->count, "End after N changes");
+    AddCountOption(*command, "--count", options->count, "Stop after N changes");
     AddUtcOption(*command, options->utc);
-    command->add_flag("--json", options->json, "Print JSON, an object a line");
+    command->add_flag("--json", options->json, "Print JSON, one object per line");
     command->callback([options, &action] { action = [options] { return Run(*options); }; });
 }
 

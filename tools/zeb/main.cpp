@@ -9,10 +9,10 @@ int main(int argc, char** argv)
 {
     using namespace zeb::tools;
     zeb::platform::PrepareConsole();
-    // Commands that write item by item end by themselves instead and say how far they came.
+    // Commands that write item by item stop by themselves instead and report their progress.
     zeb::platform::EndOnInterrupt("zeb: interrupted\n");
 
-    CLI::App app("Looks after MAPI providers, profiles and stores, and shows what is in them.", "zeb");
+    CLI::App app("Manages MAPI providers, profiles and stores, and shows their contents.", "zeb");
     PrepareCommandLine(app);
     Action action;
     AddDoctor(app, action);

@@ -1,4 +1,4 @@
-// FGetComponentPath of the stub: gives the file that the variable ZEB_TEST_COMPONENT names.
+// FGetComponentPath of the stub: returns the file that the variable ZEB_TEST_COMPONENT names.
 #include "platform/export.h"
 #include "platform/mapi.h"
 

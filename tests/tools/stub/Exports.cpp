@@ -1,5 +1,5 @@
-// The names by which a library is known for a MAPI provider; nothing calls them. This file includes
-// no MAPI header, so that they need no parameters.
+// The exports that identify a library as a MAPI provider; they are never called. This file includes no MAPI header, so
+// that they need no parameters.
 #include "platform/export.h"
 
 #define EXPORT(name)                                                                                                   \
