@@ -123,7 +123,7 @@ class AddressBook(World):
         self.assertEqual(self.zeb("ab", "compare", ada, boris).out, "different\n")
         self.assertEqual(json.loads(self.zeb("ab", "compare", ada, boris, "--json").out), {"same": False})
         self.assertEqual(json.loads(self.zeb("ab", "compare", ada, ada, "--json").out), {"same": True})
-        self.refused("ab", "compare", ada, boris + "0", code=2, saying="every byte takes two")
+        self.refused("ab", "compare", ada, boris + "0", code=2, saying="must have two for each byte")
         self.refused("ab", "compare", ada, "xyz", code=2, saying="hexadecimal text, not 'xyz'")
         self.refused("ab", "compare", "00", "00", code=2, saying="the entry identifier '00' is too short")
         self.refused("ab", "compare", ada, "", code=2, saying="the entry identifier is empty")
@@ -141,7 +141,7 @@ class AddressBook(World):
         self.refused("ab", "list", "Nowhere", saying=["'Nowhere'", "zeb ab list"])
         self.refused("ab", "list", "00" * 30, saying="entry identifier")
         contacts = self.containers()[1]["entryId"]
-        self.refused("ab", "list", contacts[:-10], saying="contacts folder's own identifier")
+        self.refused("ab", "list", contacts[:-10], saying="identifier of the contacts folder")
         self.refused("ab", "show", contacts, saying="MAPI_E_INVALID_TYPE")
 
     def test_lines_that_are_wrong_are_refused_and_leave_nothing(self):

@@ -13,7 +13,7 @@ class BadStore(World):
             self.store.with_name(self.store.name + suffix).unlink(missing_ok=True)
 
     def test_a_profile_that_does_not_exist(self):
-        self.refused("inbox", "--profile", "nobody", saying="the profile 'nobody' does not exist")
+        self.refused("inbox", "--profile", "nobody", saying="there is no profile 'nobody'")
 
     def test_a_file_too_short_for_a_store(self):
         self.remove_side_files()

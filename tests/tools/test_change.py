@@ -120,8 +120,8 @@ class FolderDetails(Changes):
     def test_what_goes_with_a_folder_is_counted_hidden_messages_and_deep_folders_too(self):
         hidden = {**message("hidden", folder="Sub"), "associated": True}
         self.load(hidden, hidden | {"folder": "Sub/One/Two"}, message("shown", folder="Other"), hidden | {"folder": "Other"})
-        self.refused("rmdir", "Sub", "--yes", saying="folder 'Sub' holds 1 message and 2 folders: --recursive deletes")
-        self.refused("rmdir", "Sub/One/Two", "--yes", saying="holds 1 message and 0 folders")
+        self.refused("rmdir", "Sub", "--yes", saying="folder 'Sub' contains 1 message and 2 folders; --recursive deletes")
+        self.refused("rmdir", "Sub/One/Two", "--yes", saying="contains 1 message and 0 folders")
         self.refused("rmdir", "Other", "--recursive", code=2, saying="delete folder 'Other' with 2 messages and 0 folders for")
         self.refused("empty", "Other", code=2, saying="delete 1 message and 0 folders in folder 'Other' permanently")
         self.assertEqual(self.zeb("empty", "Other", "--yes").out, "folder 'Other' is empty: 1 message and 0 folders deleted\n")
@@ -131,7 +131,7 @@ class FolderDetails(Changes):
     def test_folders_above_one_that_can_not_be_made_go_again(self):
         number = self.call_number("IMAPIFolder::CreateFolder", "mkdir", "-p", "One/Two")
         self.zeb("rmdir", "One", "--recursive", "--yes")
-        self.fail_at(number, "mkdir", "-p", "One/Two", saying=["making folder 'One/Two'", "MAPI_E_NETWORK_ERROR"])
+        self.fail_at(number, "mkdir", "-p", "One/Two", saying=["creating folder 'One/Two'", "MAPI_E_NETWORK_ERROR"])
         self.assertNotIn("One", self.counts())
 
     def test_a_look_up_that_fails_is_no_folder_that_is_not_there(self):
@@ -172,7 +172,7 @@ class Messages(Changes):
         self.refused("rm", "Inbox", "4", saying=["no message 4", "3 messages"])
         self.refused("rm", "Inbox", "0", saying="no message 0")
         self.refused("rm", "Inbox", "99999999999999999999", saying="no message 99999999999999999999")
-        self.refused("rm", "Inbox", code=2, saying="no message is named")
+        self.refused("rm", "Inbox", code=2, saying="no message is given")
         self.zeb("cp", "Inbox", "2", "Inbox")
         self.refused("mv", "Inbox", "two", "Sub", saying=["2 messages", "'two'", "number"])
         self.refused("mv", "Inbox", "1", "Inbox", saying="already")
@@ -185,7 +185,7 @@ class Messages(Changes):
                 self.assertEqual(self.shown("Inbox", "subject:" + subject)["PR_SUBJECT"], subject)
                 self.zeb("set", "Inbox", "subject:" + subject, "PR_COMMENT=found")
                 self.zeb("rm", "Inbox", "subject:" + subject, "--hard", "--yes")
-        self.refused("show", "Inbox", "2026", saying="a subject of digits is written subject:2026")
+        self.refused("show", "Inbox", "2026", saying="write a subject of digits as subject:2026")
         self.refused("show", "Inbox", "subject:8", saying="no message with the subject '8'")
 
     def test_identifiers_of_nothing_here_are_named(self):
@@ -268,7 +268,7 @@ class Messages(Changes):
         self.refused("set", "Inbox", "1", "PR_SENDER_SEARCH_KEY=abc", code=2, saying=["PR_SENDER_SEARCH_KEY", "abc"])
         self.refused("set", "Inbox", "1", "0x68001003=1", code=2, saying="array")
         self.refused("set", "Inbox", "1", "--delete", "colour", code=2, saying='"colour"')
-        self.refused("set", "Inbox", "1", code=2, saying="nothing is to be set")
+        self.refused("set", "Inbox", "1", code=2, saying="nothing to change")
         self.refused("set", "Inbox", "1", "2", "PR_SUBJECT=x", code=2, saying="'2' is not NAME=VALUE")
         self.refused("new", "Inbox", "subject", code=2, saying='"subject"')
-        self.refused("set", "Inbox", "--read", saying="only a message")
+        self.refused("set", "Inbox", "--read", saying="apply only to messages")

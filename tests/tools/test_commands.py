@@ -213,7 +213,7 @@ class DoctorWithoutProvider(World):
         library = world.BUILD / "bin" / ("zebapi.dll" if world.WINDOWS else "libzebapi.so")
         if world.WINDOWS:
             done = self.zeb("provider", "install", "--dll", "Z:" + str(library).replace("/", "\\"), code=1)
-            self.one_sentence(done, ["is no MAPI provider", "MAPIInitialize"])
+            self.one_sentence(done, ["is not a MAPI provider", "MAPIInitialize"])
             return
         self.register(library)
         verdict = self.doctor_says()
@@ -261,7 +261,7 @@ class Provider(World):
                 self.assertEqual([self.status()[key] for key in keys], [(own, self.OTHER)] * len(keys))
                 self.assertIn(f"DLLPathEx = {self.OTHER}\n", self.zeb("provider", "remove").out)
                 self.assertEqual(self.status(), {self.KEY: (self.OTHER, None), self.WAB: (self.OTHER, None)})
-                self.refused("provider", "remove", saying="no provider is registered that")
+                self.refused("provider", "remove", saying="nothing to remove: no registered provider")
 
     def test_what_replaced_nothing_leaves_nothing(self):
         own = self.own()
@@ -274,7 +274,7 @@ class Provider(World):
     def test_what_another_registered_afterwards_is_not_removed(self):
         self.own()
         self.registry_add(self.KEY, "DLLPathEx", self.OTHER)
-        self.refused("provider", "remove", saying="no provider is registered that")
+        self.refused("provider", "remove", saying="nothing to remove: no registered provider")
         self.assertEqual(self.status()[self.KEY][0], self.OTHER)
 
     def test_an_entry_of_anothers_for_the_same_file_stays_anothers(self):
@@ -287,7 +287,7 @@ class Provider(World):
         self.zeb("provider", "remove")
         self.registry_add(self.KEY, "DLLPathEx", path)
         self.zeb("provider", "install", "--dll", self.path(copy))
-        self.refused("provider", "remove", saying="no provider is registered that")
+        self.refused("provider", "remove", saying="nothing to remove: no registered provider")
         self.assertEqual(self.status()[self.KEY], (path, None))
 
     def test_a_copy_of_the_provider_follows_another_without_a_question(self):

@@ -116,7 +116,7 @@ class Pst(Import):
     def test_what_is_no_pst_is_refused(self):
         file = self.folder / "text.pst"
         file.write_text("no such file " * 100)
-        self.one_sentence(self.importer("pst", str(file), code=1), ["text.pst", "no PST or OST file"])
+        self.one_sentence(self.importer("pst", str(file), code=1), ["text.pst", "is not a PST or OST file"])
         self.one_sentence(self.importer("pst", str(self.folder / "absent.pst"), code=1), "absent.pst")
         file.write_bytes(b"!BDN")
         self.one_sentence(self.importer("pst", str(file), code=1), "text.pst")
@@ -301,7 +301,7 @@ class Mime(Import):
     def test_what_is_no_mbox_is_refused(self):
         file = self.folder / "text.mbox"
         file.write_text("Just text\n")
-        self.one_sentence(self.importer("mbox", str(file), code=1), ["text.mbox", "no mbox"])
+        self.one_sentence(self.importer("mbox", str(file), code=1), ["text.mbox", "is not an mbox"])
         self.one_sentence(self.importer("mbox", str(self.folder / "absent.mbox"), code=1), "absent.mbox")
 
     def test_a_folder_of_eml_files(self):
@@ -339,7 +339,7 @@ class Usage(World):
                 self.importer(*arguments, code=2)
 
     def test_help_tells_the_exit_codes(self):
-        self.assertIn("3 done but", self.importer("--help").out)
+        self.assertIn("3 done except", self.importer("--help").out)
 
     def test_without_a_profile_nothing_is_imported(self):
         self.one_sentence(self.importer("pst", str(PST), code=1), "no default profile")

@@ -45,7 +45,7 @@ class Names(World):
         self.assertIn({"table": "RecipType", "name": "MAPI_TO"}, found)
         self.assertIn("PR_INTERNET_CPID", self.zeb("name", "0x3FDE0003").out)
         self.refused("name", "0x80041234", saying="no table has a name for 0x80041234")
-        self.refused("name", "12345678901", code=2, saying="32 bits")
+        self.refused("name", "12345678901", code=2, saying="32-bit")
 
     def test_an_unknown_table_is_refused_with_those_there_are(self):
         self.refused("name", "Colours", "1", code=2, saying=["'Colours'", "MAPIErrors", "AttachMethod"])
@@ -59,7 +59,7 @@ class Names(World):
         for text in ("many", "0x", "4294967296", "0x100000000", "-2147483649", "1.5"):
             with self.subTest(text=text):
                 arguments = ["name", "PropTags", "--", text] if text.startswith("-") else ["name", "PropTags", text]
-                self.refused(*arguments, code=2, saying=[f"'{text}'", "32 bits"])
+                self.refused(*arguments, code=2, saying=[f"'{text}'", "32-bit"])
 
 
 class EntryIdentifiers(World):

@@ -51,7 +51,7 @@ class Unicode(World):
         self.refused("ab", "show", TEXT, saying=f"'{TEXT}'")
         self.refused("ab", "list", TEXT, saying=f"'{TEXT}'")
         self.refused("load", self.path(TEXT), saying=TEXT)
-        self.refused("inbox", "--profile", TEXT, saying=f"the profile '{TEXT}' does not exist")
+        self.refused("inbox", "--profile", TEXT, saying=f"there is no profile '{TEXT}'")
         self.refused("profile", "delete", TEXT, saying=f"profile '{TEXT}'")
         self.refused("provider", "install", "--dll", self.path(TEXT), saying=TEXT)
 

@@ -443,7 +443,7 @@ TEST_F(AddressBooks, WhatNeedsAWindowIsNotSupported)
     EXPECT_EQ(Book().Details(nullptr, nullptr, nullptr, 0, nullptr, nullptr, nullptr, nullptr, 0), MAPI_E_NO_SUPPORT);
     EXPECT_EQ(Book().RecipOptions(0, 0, nullptr), MAPI_E_NO_SUPPORT);
     EXPECT_EQ(Book().NewEntry(0, 0, 0, nullptr, 0, nullptr, nullptr, nullptr), MAPI_E_NO_SUPPORT);
-    EXPECT_NE(BookErrorText(MAPI_E_NO_SUPPORT).find("window"), std::string::npos);
+    EXPECT_NE(BookErrorText(MAPI_E_NO_SUPPORT).find("dialog"), std::string::npos);
     ULONG_PTR connection = 0;
     EXPECT_EQ(Book().Advise(0, nullptr, 0, nullptr, &connection), MAPI_E_NO_SUPPORT);
     ULONG count = 1;

@@ -132,7 +132,7 @@ TEST_F(AddressIds, AContactsIdentifierWhoseFolderIsCutSaysSo)
     Bytes id = ContactsId();
     id.resize(id.size() - 5);
     OpenInBook<IMAPIProp>(id, 0, nullptr, MAPI_E_INVALID_ENTRYID);
-    EXPECT_NE(BookErrorText(MAPI_E_INVALID_ENTRYID).find("contacts folder's own identifier"), std::string::npos)
+    EXPECT_NE(BookErrorText(MAPI_E_INVALID_ENTRYID).find("identifier of the contacts folder"), std::string::npos)
         << BookErrorText(MAPI_E_INVALID_ENTRYID);
 }
 
