@@ -349,7 +349,7 @@ class Provider(World):
         before = self.zeb("doctor", "--json").out
         self.refused("provider", "install", "--dll", self.path("none.dll"), saying=["does not exist", "none.dll"])
         (self.folder / "text.dll").write_text("not a library")
-        self.refused("provider", "install", "--dll", self.path("text.dll"), saying=["text.dll", "no MAPI provider"])
+        self.refused("provider", "install", "--dll", self.path("text.dll"), saying=["text.dll", "not a MAPI provider"])
         self.assertEqual(self.zeb("doctor", "--json").out, before)
 
 

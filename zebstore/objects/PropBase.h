@@ -249,7 +249,8 @@ private:
             *problems = nullptr;
         }
         void* asked = nullptr;
-        Check(static_cast<IUnknown*>(target)->QueryInterface(IID_IMAPIProp, &asked), "the target does not support IMAPIProp");
+        Check(static_cast<IUnknown*>(target)->QueryInterface(IID_IMAPIProp, &asked),
+              "the target does not support IMAPIProp");
         const Ref<IMAPIProp> dest = Ref<IMAPIProp>::Adopt(static_cast<IMAPIProp*>(asked));
         request.target = dest.Get();
         SPropProblemArray* found = CopyProperties(request);
