@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Measures the library and the provider against hand-written baselines, each pair in one run, natively on Linux, and
-# prints "RATIO name value goal" a measurement; the same, with every figure, as JSON in build/bench/results.json.
+# prints one line "RATIO name value goal" per measurement; all figures are written as JSON to build/bench/results.json.
 #
 #   ./bench.sh [NAME...]     all, or those named
 #   ./bench.sh --short       small stores and few pairs: shows that it works, says nothing about speed

@@ -3,8 +3,8 @@
 # MinGW-w64 builds them and in the MSVC ABI, and by zeb and libzebapi.so natively. The last four lines are the three
 # counts and "identical".
 #
-# Installs what is missing (as root). Everything it makes stands in build/; the Wine prefix and the registry file are its
-# own, in build/demo/.
+# Installs what is missing (as root). All output is in build/; it uses its own Wine prefix and registry file, in
+# build/demo/.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 root=$PWD
@@ -16,7 +16,7 @@ mailbox=$root/build/deps/node_modules/pst-extractor/example/testdata/enron.pst
 # Two folders of the mailbox together make an inbox worth showing.
 inbox=("lokay-m/MLOKAY (Non-Privileged)/Personal" "lokay-m/MLOKAY (Non-Privileged)/TW-Commercial Group")
 
-# Nothing outside the checkout is written, a compiler's or a font's cache neither.
+# Nothing outside the checkout is written, including compiler and font caches.
 export CCACHE_DIR=$root/build/ccache XDG_CACHE_HOME=$root/build/cache
 
 if [ $# -gt 0 ]; then
@@ -51,7 +51,7 @@ build() { # PRESET TARGET...
 export XDG_CONFIG_HOME=$demo/config ZEBAPI_REGISTRY=$demo/registry.reg
 unset ZEBAPI_LOG ZEBSTORE_TRACE ZEBSTORE_FAULT
 native() { "$linux/zeb" "$@"; }
-# Each Windows build has a Wine prefix of its own, so that it reads by its own provider.
+# Each Windows build has its own Wine prefix, so it uses its own provider.
 under_wine() { # BIN_DIR ARG...
     local bin=$1
     shift
@@ -81,7 +81,7 @@ build linux-release zeb zeb-import zebapi zebstore
 build windows-release zeb zebapi zebstore
 build windows-msvc zeb zebapi zebstore
 
-# The store is made anew when its mailbox or what wrote it is newer.
+# The store is created again when its mailbox or the importer is newer.
 store=$demo/demo.zeb
 stamp=$demo/store.stamp
 made_from() {

@@ -58,9 +58,9 @@ tests() { scripts/run-tests.py --tally "$tally" "$@"; }
 
 say "installing what is missing"
 scripts/setup.sh test || exit 1
-# The compiler cache, where there is one, serves every clone.
+# All clones share the compiler cache, if there is one.
 export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
-# It keeps what was compiled with precompiled headers only when told so.
+# It caches objects with precompiled headers only with these settings.
 export CCACHE_SLOPPINESS=pch_defines,time_macros
 export ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:detect_stack_use_after_return=1
 export UBSAN_OPTIONS=print_stacktrace=1

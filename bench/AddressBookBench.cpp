@@ -1,4 +1,4 @@
-// ab-open: the first look into a large address book.
+// ab-open: opening a large address book.
 #include "bench/Benches.h"
 #include "bench/Stores.h"
 
@@ -13,7 +13,7 @@ namespace
 
 constexpr LONG kFirstRows = 50;
 
-/// A session on a store whose global address list has `count` users. Made through the provider and kept as
+/// A session on a store whose global address list has `count` users. Created through the provider and kept as
 /// FOLDER/addresses-COUNT.zeb.
 class AddressBookOf
 {

@@ -1,4 +1,4 @@
-// The measurements. Each gets what it needs ready when its function is called, and keeps it until it is dropped.
+// The measurements. Each prepares its data when its function is called, and keeps it until it is destroyed.
 #pragma once
 
 #include "bench/Harness.h"
@@ -10,7 +10,7 @@ namespace bench
 
 struct Options
 {
-    /// Where stores, registry and results stand.
+    /// The folder of stores, registry and results.
     std::string folder;
     /// Few messages and few pairs.
     bool brief = false;

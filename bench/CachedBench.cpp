@@ -24,7 +24,7 @@ void Check(HRESULT result)
     }
 }
 
-/// A row by hand, as careful code takes it.
+/// A row read by careful hand-written code.
 const SRow& RowOf(const SRowSet& rows, ULONG index)
 {
     if (index >= rows.cRows)
@@ -34,7 +34,7 @@ const SRow& RowOf(const SRowSet& rows, ULONG index)
     return rows.aRow[index];
 }
 
-/// Both ways into one folder of messages, each with a table of its own.
+/// Both ways to read one folder of messages, each with its own table.
 struct Tables
 {
     explicit Tables(std::shared_ptr<StoreOf> of)
@@ -53,7 +53,7 @@ struct Tables
         Check(hand->SetColumns(reinterpret_cast<SPropTagArray*>(&columns), 0));
     }
 
-    /// Up to 50 rows from the current position, which `use` gets.
+    /// Passes up to 50 rows from the current position to `use`.
     template <class Use>
     ULONG QueryByHand(const Use& use)
     {
@@ -184,7 +184,7 @@ struct Hits
                 {
                     added += read(index);
                 }
-                // Each round reads the rows anew.
+                // Each round reads the rows again.
                 Keep(added);
             }
             sum = added;

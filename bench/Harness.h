@@ -8,16 +8,16 @@
 namespace bench
 {
 
-/// One measurement: what the library or the provider takes, over what the same result takes by hand.
+/// One measurement: the cost of the library or the provider relative to hand-written code with the same result.
 struct Measurement
 {
     std::string name;
     double goal;
-    /// Runs once, and returns the seconds (or bytes) of the part that counts.
+    /// Runs once, and returns the seconds (or bytes) of the measured part.
     std::function<double()> ours;
-    /// The baseline; when empty, what `ours` returns is the value itself.
+    /// The baseline; when empty, the result of `ours` is the value itself.
     std::function<double()> baseline;
-    /// How many pairs are run; one more is run first and thrown away.
+    /// The number of pairs; one more is run first and discarded.
     int pairs;
 };
 
@@ -39,7 +39,7 @@ void Print(const Outcome& outcome);
 /// Writes all outcomes, with every single figure. @throws std::runtime_error naming the file
 void WriteJson(const std::string& path, const std::vector<Outcome>& outcomes);
 
-/// Seconds that `body` took.
+/// The duration of `body` in seconds.
 double Seconds(const std::function<void()>& body);
 
 /// Keeps the compiler from dropping a computation whose result nobody uses.

@@ -13,7 +13,7 @@ namespace bench
 namespace
 {
 
-/// The same work by hand must come to the same result.
+/// The same work by hand must produce the same result.
 void Require(bool same, const char* what)
 {
     if (!same)
@@ -22,7 +22,7 @@ void Require(bool same, const char* what)
     }
 }
 
-/// What engineers write down without thinking.
+/// Straightforward hand-written code.
 std::string HexOf(const BYTE* bytes, ULONG count)
 {
     static const char digits[] = "0123456789ABCDEF";
@@ -77,7 +77,7 @@ TextValues MakeTextValues(ULONG number)
     return made;
 }
 
-/// Points the values at the texts beside them.
+/// Sets the values' pointers to the texts stored with them.
 void Link(TextValues& values)
 {
     values.values[4].Value.lpszA = values.subject;
@@ -199,7 +199,7 @@ void BuildByHand(IMAPIProp& message)
     }
 }
 
-/// The rows of a table of constants, and values that it has not.
+/// The rows of a table of constants, and values that are not in it.
 struct NameRows
 {
     std::vector<ZebNamedValue> rows;
@@ -215,7 +215,7 @@ NameRows MakeNameRows()
         const ULONG value = Zeb_ValueAt("PropTags", i);
         made.rows.push_back({value, Zeb_NameFromValue("PropTags", value)});
         made.asked.push_back(value);
-        // The same identifiers under a type that none of them has.
+        // The same identifiers with a type that none of them has.
         made.asked.push_back(CHANGE_PROP_TYPE(value, PT_CURRENCY));
     }
     return made;

@@ -49,7 +49,7 @@ public:
         m_pipe = popen(command.c_str(), "w");
         if (!m_pipe)
         {
-            throw std::runtime_error("zeb does not start.");
+            throw std::runtime_error("zeb cannot be started.");
         }
     }
     ~Loader()
@@ -92,8 +92,8 @@ struct LoadState
     double first = 0, last = 0;
 };
 
-/// Loads all messages into a new store and notes how long the first and the last tenth took. What the pipe holds
-/// is little beside a tenth.
+/// Loads all messages into a new store and measures the first and the last tenth. The content of the pipe is small
+/// compared to a tenth.
 void LoadAll(LoadState& state, ULONG count)
 {
     DeleteStore(state.path);

@@ -1,4 +1,4 @@
-// store-notify: one added row in an open, sorted table that is advised, against reading the table anew.
+// store-notify: one added row in an open, sorted table that is advised, against reading the table again.
 #include "bench/Benches.h"
 #include "bench/Stores.h"
 
@@ -22,7 +22,7 @@ void Sort(CZebTable& table)
     table.SortTable(order);
 }
 
-/// Counts the single rows that it is told of; anything else than single rows spoils the measurement.
+/// Counts notifications of single rows; any other notification invalidates the measurement.
 class RowCounter : public CAdviseSinkDelegate
 {
 public:
@@ -40,7 +40,7 @@ public:
         const auto isThere = [&] { return m_heard >= heard; };
         if (!m_changed.wait_for(hold, std::chrono::seconds(60), isThere) || m_spoilt)
         {
-            throw std::runtime_error("store-notify was not told of a single row.");
+            throw std::runtime_error("store-notify received no notification of a single row.");
         }
     }
 
@@ -72,7 +72,7 @@ struct Advised
         }
     }
 
-    /// Saves a message, and takes it away again when the clock has stopped.
+    /// Saves a message, and deletes it again after the measurement.
     double AddOne()
     {
         CZebPropValArray values(12);

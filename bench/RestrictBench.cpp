@@ -17,7 +17,7 @@ constexpr const char* kWord = "budget";
 constexpr long long kSince = 132000000000000000ll + (1ll << 31) * 10000000ll;
 constexpr LONG kWindow = 50;
 
-/// Restricts a new table, counts what is left and reads the first of it.
+/// Restricts a new table, counts its rows and reads the first ones.
 size_t RestrictByTable(StoreOf& store)
 {
     CZebTable table = store.Inbox().GetContentsTable(MAPI_UNICODE);

@@ -32,7 +32,7 @@ inline SqlDatabase SqlOpen(const std::string& path)
     const int code = sqlite3_open_v2(path.c_str(), &raw, SQLITE_OPEN_READWRITE, nullptr);
     SqlDatabase database(raw);
     SqlCheck(raw, code);
-    // As the provider opens its files.
+    // Like the provider opens its files.
     SqlCheck(raw, sqlite3_exec(raw,
                                "PRAGMA foreign_keys=ON; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-16384; "
                                "PRAGMA wal_autocheckpoint=4000",
@@ -47,7 +47,7 @@ inline SqlStatement SqlPrepare(sqlite3* database, const char* sql)
     return SqlStatement(raw);
 }
 
-/// Runs a statement that gives no row, and makes it ready for the next time.
+/// Runs a statement without result rows, and resets it.
 inline void SqlRun(sqlite3* database, sqlite3_stmt* statement)
 {
     SqlCheck(database, sqlite3_step(statement));

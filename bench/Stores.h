@@ -1,4 +1,4 @@
-// Stores of a known size to measure on, made through the provider and kept between runs.
+// Stores of a known size to measure on, created through the provider and kept between runs.
 #pragma once
 
 #include "zebapi/ZebAPI.h"
@@ -8,7 +8,7 @@
 namespace bench
 {
 
-/// Points the provider search at the zebstore beside this program, by a registry file of the benchmarks' own.
+/// Points the provider search to the zebstore in this program's folder, with the benchmarks' own registry file.
 void UseOwnRegistry(const std::string& folder);
 
 /// The tags of the twelve properties that every message of a benchmark store has.
@@ -18,7 +18,7 @@ extern const ULONG kMessageTags[12];
 /// The values are linked to `values`' own buffer.
 void FillMessage(CZebPropValArray& values, ULONG number);
 
-/// A session on a store whose inbox holds `count` messages. The store is made at the first use, with progress on
+/// A session on a store whose inbox holds `count` messages. The store is created on first use, with progress on
 /// standard error, and kept as FOLDER/messages-COUNT.zeb.
 class StoreOf
 {

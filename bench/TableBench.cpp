@@ -56,7 +56,7 @@ double OpenOnce(StoreOf& store)
     });
 }
 
-/// An open table that has been sought in, and the positions that are read next.
+/// An open table after a first seek, and the positions to read next.
 struct Sought
 {
     explicit Sought(std::shared_ptr<StoreOf> of)

@@ -1,4 +1,4 @@
-// value-read: typed reads and UseDefault against one virtual call a value that makes the same checks inline.
+// value-read: typed reads and UseDefault against one virtual call per value with the same checks inline.
 #include "bench/Benches.h"
 #include "zebapi/ZebAPI.h"
 
@@ -10,7 +10,7 @@ namespace bench
 namespace
 {
 
-/// What a hand-written reader does: one virtual call, the checks inline.
+/// A hand-written reader: one virtual call, checks inline.
 class Reader
 {
 public:

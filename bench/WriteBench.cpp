@@ -12,7 +12,7 @@ namespace bench
 namespace
 {
 
-/// One row as SQLite gave it; the values are SQLite's own copies.
+/// One row from SQLite; the values are SQLite's own copies.
 class StoredRow
 {
 public:
@@ -70,7 +70,7 @@ double WriteByMapi(WriteState& state)
     CZebSession session = Zeb_GetMAPI().OpenSession(nullptr, "write");
     CZebMsgStore store = session.OpenDefaultMsgStore(nullptr, MDB_WRITE | MAPI_BEST_ACCESS);
     CZebFolder inbox = store.OpenInboxFolder(MAPI_BEST_ACCESS);
-    // The values are made beforehand, as the baseline's rows are.
+    // The values are created before the measurement, like the baseline's rows.
     std::vector<std::unique_ptr<CZebPropValArray>> messages;
     for (ULONG number = 0; number < state.count; ++number)
     {
@@ -90,7 +90,7 @@ double WriteByMapi(WriteState& state)
     return seconds;
 }
 
-/// What the provider wrote, to be written again by hand.
+/// The rows that the provider wrote, for the baseline.
 void ReadRows(WriteState& state)
 {
     SqlDatabase database = SqlOpen(state.OursPath());

@@ -69,9 +69,9 @@ int main(int argc, char** argv)
         known.push_back(entry.name);
     }
     std::vector<std::string> names;
-    app.add_option("--folder", options.folder, "Where stores and results stand");
+    app.add_option("--folder", options.folder, "The folder of stores and results");
     app.add_flag("--short", options.brief, "Small stores, few pairs: shows that it works");
-    app.add_option("names", names, "Which measurements; all when none is named")->check(CLI::IsMember(known));
+    app.add_option("names", names, "The measurements to run; all by default")->check(CLI::IsMember(known));
     try
     {
         app.parse(argc, argv);

@@ -1,13 +1,13 @@
 # Third-party headers and sources, each from a Debian package or from the npm lock file in deps/ (scripts/setup.sh
-# installs both). Nothing of it is in the tree.
+# installs both). None of them are in the tree.
 set(ZEB_DEPS_DIR ${CMAKE_SOURCE_DIR}/build/deps CACHE PATH "Where scripts/setup.sh unpacked the npm packages")
 set(ZEB_SQLITE_DIR ${ZEB_DEPS_DIR}/node_modules/better-sqlite3/deps/sqlite3)
 if(NOT EXISTS ${ZEB_SQLITE_DIR}/sqlite3.c)
   message(FATAL_ERROR "SQLite is not there: run scripts/setup.sh first (looked in ${ZEB_SQLITE_DIR})")
 endif()
 
-# Header-only libraries serve both targets, so they are linked into an include folder of their own: /usr/include
-# must never stand on the cross compiler's path.
+# Header-only libraries serve both targets, so they are linked into a separate include folder: /usr/include must never
+# be in the cross compiler's path.
 set(ZEB_HEADER_ONLY_ROOT /usr/include CACHE PATH "The folder of CLI/, nlohmann/ and xxhash.h")
 set(ZEB_HEADER_ONLY ${CMAKE_BINARY_DIR}/header-only)
 file(MAKE_DIRECTORY ${ZEB_HEADER_ONLY})
@@ -52,7 +52,7 @@ if(NOT WIN32)
   target_include_directories(zeb_mapi_headers SYSTEM INTERFACE ${ZEB_WINE_HEADERS})
 endif()
 
-# SQLite, for zebstore and for what measures against it.
+# SQLite, for zebstore and its benchmarks.
 add_library(zeb_sqlite STATIC EXCLUDE_FROM_ALL ${ZEB_SQLITE_DIR}/sqlite3.c)
 target_include_directories(zeb_sqlite SYSTEM PUBLIC ${ZEB_SQLITE_DIR})
 target_compile_definitions(zeb_sqlite PRIVATE

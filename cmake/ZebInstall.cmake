@@ -1,4 +1,5 @@
-# cmake --install: what a host needs (library, headers, package configuration), the provider, and the command line.
+# cmake --install: installs the host's files (library, headers, package configuration), the provider, and the command
+# line.
 include(GNUInstallDirs)
 
 install(TARGETS zebapi zebstore RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}

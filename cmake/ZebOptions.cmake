@@ -1,4 +1,4 @@
-# What every target is compiled with.
+# Compile options of every target.
 set(CMAKE_CXX_STANDARD 17)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
@@ -66,20 +66,20 @@ if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
   # Several classes hide a base's overload on purpose (each says so); GCC's -Wall does not ask about it.
   target_compile_options(zeb_options INTERFACE -Wno-overloaded-virtual)
   if(WIN32)
-    # What clang takes for MSVC's sake only has no place in the sources.
+    # Extensions that clang accepts only for MSVC compatibility are not allowed in the sources.
     target_compile_options(zeb_options INTERFACE -Wmicrosoft)
   endif()
 endif()
 
 if(MINGW)
-  # One file a product: the compiler's runtime is linked in.
+  # Each product is one file: the compiler's runtime is linked statically.
   add_link_options(-static -static-libgcc -static-libstdc++)
 endif()
 if(WIN32)
   add_compile_definitions(_WIN32_WINNT=0x0601 NOMINMAX WIN32_LEAN_AND_MEAN)
 endif()
 if(MSVC)
-  # It would warn of the standard's own functions (getenv, strerror) and of POSIX's names.
+  # It would warn about standard functions (getenv, strerror) and POSIX names.
   add_compile_definitions(_CRT_SECURE_NO_WARNINGS _CRT_NONSTDC_NO_WARNINGS)
 endif()
 

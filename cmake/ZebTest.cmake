@@ -24,7 +24,7 @@ endif()
 
 # zeb_test_target(TARGET): how a target of the tests is compiled.
 function(zeb_test_target name)
-  # What is tested is optimised; the tests themselves need not be, and compile in half the time.
+  # The tested code is optimised; the tests themselves are not, and compile in half the time.
   target_compile_options(${name} PRIVATE ${zeb_unoptimised})
   if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
     # MAPI declares its arrays of any length with one element, in a way that Clang does not know for that.
@@ -45,7 +45,7 @@ function(zeb_debug_containers name)
   else()
     target_compile_definitions(${name} PRIVATE _GLIBCXX_DEBUG)
   endif()
-  # The headers that other tests share are compiled without it.
+  # The headers shared with other tests are compiled without it.
   set_target_properties(${name} PROPERTIES DISABLE_PRECOMPILE_HEADERS ON)
 endfunction()
 

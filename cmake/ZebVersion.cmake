@@ -1,5 +1,5 @@
-# The version of zebapi's binary interface. It rises when a change breaks hosts that are built already, and is then part of
-# the library's file name, so that they do not start with it: libzebapi.so.1, zebapi-1.dll. 0: nothing was released yet.
+# The version of zebapi's binary interface. It is incremented when a change breaks existing hosts. It is part of the
+# library's file name, so such hosts do not start: libzebapi.so.1, zebapi-1.dll. 0: not released yet.
 set(ZEB_INTERFACE_VERSION 0)
 
 # zeb_interface_version(TARGET): puts the interface's version into the name of the library's file.

@@ -11,9 +11,10 @@ try
     {
         CZebMsgStore store = session.OpenDefaultMsgStore(nullptr, MAPI_BEST_ACCESS);
         CZebTable contents = store.OpenInboxFolder(MAPI_BEST_ACCESS).GetContentsTable(0);
-        // Before the first read: rows that are cached keep the columns they were read with.
+        // Before the first read: cached rows keep their columns.
         contents.SetColumns(2, PR_ENTRYID, PR_SUBJECT_W);
-        // Assigned, the list hears of changes; made from the table, `CZebCachedTable list(contents)`, it would not.
+        // An assigned list is notified of changes; one constructed from the table, `CZebCachedTable list(contents)`, is
+        // not.
         CZebCachedTable list;
         list = contents;
         const ULONG count = list.GetRowCount();

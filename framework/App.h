@@ -7,7 +7,7 @@
 namespace zeb
 {
 
-/// Base of the one application object of a binary.
+/// Base of the application object of a binary; each binary has one.
 class CWinApp : public CObject
 {
 public:

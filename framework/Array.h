@@ -1,4 +1,4 @@
-// Growing arrays. Elements may overload their unary '&' and assignment: nothing here takes an element's address by it.
+// Growing arrays. Elements may overload unary '&' and assignment: the array does not use an element's operator&.
 #pragma once
 
 #include "framework/Memory.h"
@@ -15,12 +15,12 @@
 namespace zeb
 {
 
-/// A growing array of values, in one block of shared memory. Indexes outside it throw
-/// std::out_of_range; more elements than an address space holds, std::length_error; no memory,
-/// std::bad_alloc (inside the library, CZebException* for both).
+/// A growing array of values, in one block of shared memory. An index out of range throws std::out_of_range, too many
+/// elements for the address space std::length_error, out of memory std::bad_alloc (inside the library, CZebException*
+/// for the latter two).
 ///
-/// The layout is part of the library's interface: pointer, count, capacity. Adding and growing leave the array as it
-/// was when they throw. Elements given to it may be its own.
+/// The layout is part of the library's interface: pointer, count, capacity. Adding and growing leave the array
+/// unchanged when they throw. An added element may be one of the array's own.
 template <class TYPE, class ARG_TYPE = const TYPE&>
 class CArray
 {
@@ -54,7 +54,7 @@ public:
     INT_PTR GetUpperBound() const { return m_count - 1; }
     bool IsEmpty() const { return m_count == 0; }
 
-    /// Cuts, or appends default values.
+    /// Truncates, or appends default values.
     void SetSize(INT_PTR size)
     {
         CheckSize(size);
@@ -79,7 +79,7 @@ public:
             throw;
         }
     }
-    /// Makes room for `size` elements in all.
+    /// Reserves memory for `size` elements in total.
     void Reserve(INT_PTR size)
     {
         CheckSize(size);
@@ -161,7 +161,7 @@ public:
     TYPE* end() { return m_items + m_count; }
 
 private:
-    // A function: the elements' type may be incomplete where the array is declared.
+    // A function, because the element type may be incomplete where the array is declared.
     static constexpr INT_PTR MaxCount()
     {
         return std::numeric_limits<INT_PTR>::max() / static_cast<INT_PTR>(sizeof(TYPE));
@@ -203,7 +203,7 @@ private:
             m_capacity = capacity;
         }
     }
-    /// REQUIRES: there is room. @throws what copying an element throws
+    /// REQUIRES: enough capacity. @throws what copying an element throws
     void CopyItems(const CArray& other)
     {
         for (INT_PTR i = 0; i < other.m_count; ++i)
@@ -212,7 +212,7 @@ private:
             ++m_count;
         }
     }
-    /// As CopyItems; elements whose move cannot throw are moved.
+    /// Like CopyItems, but elements with a non-throwing move are moved.
     void MoveItems(CArray& other)
     {
         for (INT_PTR i = 0; i < other.m_count; ++i)
@@ -225,7 +225,7 @@ private:
     {
         CArray grown;
         grown.Allocate(std::max<INT_PTR>(4, m_capacity > MaxCount() / 2 ? m_capacity + 1 : 2 * m_capacity));
-        // Before the others are moved: the item may be one of them.
+        // Before the others are moved: the item may be one of the array's own.
         TYPE* const added = ::new (static_cast<void*>(grown.m_items + m_count)) TYPE(item);
         try
         {
@@ -253,7 +253,7 @@ private:
     INT_PTR m_capacity = 0;
 };
 
-/// An array of untyped pointers, which it does not own. Indexes outside it throw std::out_of_range.
+/// An array of untyped pointers, which it does not own. An index out of range throws std::out_of_range.
 class CPtrArray : public CObject
 {
 public:

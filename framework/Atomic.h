@@ -1,4 +1,4 @@
-// A value that several threads read and write, with a layout of its own.
+// An atomic value with a fixed layout.
 #pragma once
 
 #include <atomic>
@@ -7,14 +7,14 @@
 namespace zeb::framework
 {
 
-/// What std::atomic is, as a plain value of `T` in the object that has it. All operations are sequentially consistent.
-/// `T` is an integer, a bool or a pointer.
+/// Like std::atomic, with the layout of a plain `T`. All operations are sequentially consistent. `T` is an integer, a
+/// bool or a pointer.
 template <class T>
 class Atomic
 {
     static_assert(sizeof(std::atomic<T>) == sizeof(T) && alignof(std::atomic<T>) == alignof(T) &&
                       std::atomic<T>::is_always_lock_free,
-                  "an atomic takes the place of its value");
+                  "an atomic has the layout of its value");
 
 public:
     Atomic(T value = T()) noexcept { ::new (static_cast<void*>(m_place)) std::atomic<T>(value); }

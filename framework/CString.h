@@ -18,11 +18,11 @@
 namespace zeb
 {
 
-/// A string that converts to its terminated character pointer. A null pointer given as text means the empty text.
+/// A string that converts to its terminated character pointer. A null pointer as an argument means the empty text.
 ///
 /// Positions and lengths are in characters. Text may contain zeros. Through an argument list (Format) pass the pointer,
 /// not the string: `static_cast<const char*>(text)`. Layout and memory are the library's own and shared by host and
-/// library (framework::TextBuffer). More than 2^31 - 2 characters throw std::length_error, no memory std::bad_alloc
+/// library (framework::TextBuffer). More than 2^31 - 2 characters throw std::length_error, out of memory std::bad_alloc
 /// (inside the library, CZebException* for both).
 template <class CHAR_TYPE>
 class CStringT
@@ -40,7 +40,7 @@ public:
     {
     }
     CStringT(XCHAR character, int count) { m_text.Append(Start(count), character); }
-    /// From a string of another library: what has data() and size(), std::string for one.
+    /// From any string type with data() and size(), such as std::string.
     template <class Text, class = std::enable_if_t<
                               std::is_convertible_v<decltype(std::declval<const Text&>().data()), const XCHAR*> &&
                               std::is_convertible_v<decltype(std::declval<const Text&>().size()), size_t>>>
@@ -67,22 +67,21 @@ public:
     void SetAt(int index, XCHAR character) { m_text.Data()[Checked(index)] = character; }
     XCHAR operator[](int index) const { return GetAt(index); }
 
-    /// A buffer of `length` characters and a terminator that may be written; until ReleaseBuffer nothing else
-    /// may be done with the string. It begins with what the string held.
+    /// A writable buffer of `length` characters and a terminator, which begins with the string's current text. Until
+    /// ReleaseBuffer no other operation may be used.
     XCHAR* GetBuffer(int length)
     {
         m_text.Resize(std::max(Start(length), m_text.Length()));
         return m_text.Data();
     }
     XCHAR* GetBuffer() { return GetBuffer(0); }
-    /// Ends GetBuffer: the text is the buffer's first `length` characters, or reaches to its terminator when
-    /// -1.
+    /// Ends GetBuffer: the text becomes the buffer's first `length` characters, or up to its terminator when -1.
     void ReleaseBuffer(int length = -1)
     {
         m_text.Resize(length < 0 ? LengthOf(m_text.Data()) : static_cast<size_t>(length));
     }
 
-    /// Replaces the text: printf, with Windows' %I64 as well. The arguments may be of this string.
+    /// Replaces the text: printf, including Windows' %I64. The arguments may point into this string.
     void Format(const XCHAR* format, ...)
     {
         va_list args;
@@ -108,7 +107,7 @@ public:
 
     /// Negative, 0 or positive, by character code.
     int Compare(const XCHAR* other) const { return Order(*this, other, LengthOf(other)); }
-    /// As Compare, with the ASCII letters taken as equal to their other case.
+    /// Like Compare, ignoring the case of ASCII letters.
     int CompareNoCase(const XCHAR* other) const
     {
         CStringT left(*this);
@@ -131,7 +130,7 @@ public:
         return Position(std::basic_string_view<XCHAR>(m_text.Data(), m_text.Length()).rfind(character));
     }
 
-    /// Parts of the text; what lies outside it is left out.
+    /// Parts of the text; the range is clipped to the text.
     CStringT Mid(int first, int count) const
     {
         const size_t from = std::min(Start(first), m_text.Length());
@@ -147,7 +146,7 @@ public:
     CStringT& MakeUpper() { return ShiftCase('a', 'z', 'A'); }
     CStringT& MakeLower() { return ShiftCase('A', 'Z', 'a'); }
 
-    /// @return how many were replaced.
+    /// @return the number of replacements
     int Replace(XCHAR from, XCHAR to)
     {
         int count = 0;
@@ -272,7 +271,7 @@ using CString = CStringA;
 
 } // namespace zeb
 
-/// The same in every binary (FNV-1a over the characters): host and library look into the same maps.
+/// The same in every binary (FNV-1a over the characters): host and library share maps.
 template <class CHAR_TYPE>
 struct std::hash<zeb::CStringT<CHAR_TYPE>>
 {

@@ -1,4 +1,4 @@
-// The error of COM's own support, thrown by value: _com_error, with Error() giving the result code.
+// The error of compiler COM support, thrown by value: _com_error; Error() returns the result code.
 #pragma once
 
 #include "platform/mapi.h"

@@ -9,10 +9,10 @@
 namespace zeb
 {
 
-/// Holds one counted reference on `T`, or nothing.
+/// Owns one counted reference on `T`, or is empty.
 ///
-/// Using an empty one (->, *, Checked, QueryInterface) raises _com_error with E_POINTER. There is no implicit
-/// conversion to T*, so that a null never slips into a call: pass Checked(), or Get() where null is allowed.
+/// Using an empty pointer (->, *, Checked, QueryInterface) throws _com_error with E_POINTER. There is no implicit
+/// conversion to T*, to prevent accidental null arguments: pass Checked(), or Get() where null is allowed.
 template <class T>
 class CComPtr
 {
@@ -68,7 +68,7 @@ public:
         return *this;
     }
 
-    /// Takes over the caller's reference; what was held is released.
+    /// Takes over the caller's reference; the previous one is released.
     void Attach(T* pointer)
     {
         CComPtr old;
@@ -81,15 +81,16 @@ public:
         taken.m_pointer = pointer;
         return taken;
     }
-    /// Hands the reference to the caller.
+    /// Releases ownership: the reference becomes the caller's.
     T* Detach() { return std::exchange(m_pointer, nullptr); }
-    /// Empties, then the address of the pointer: a call deposits a reference there, which is owned from then on.
+    /// Releases the reference and returns the pointer's address, for a call that stores a reference there; the object
+    /// owns it.
     T** Put()
     {
         Release();
         return &m_pointer;
     }
-    /// Put() as the untyped or base out-parameter that the call declares.
+    /// Put() as an untyped or base-class output parameter.
     template <class U>
     U** PutAs()
     {
@@ -98,14 +99,14 @@ public:
 
     void Release()
     {
-        // Emptied first: releasing may run code that looks at this object.
+        // Emptied first: the release may run code that uses this object.
         if (T* pointer = std::exchange(m_pointer, nullptr))
         {
             pointer->Release();
         }
     }
 
-    /// The held pointer, perhaps null; borrowed.
+    /// The held pointer, may be null; borrowed.
     T* Get() const { return m_pointer; }
     /// The held pointer; borrowed. @throws _com_error E_POINTER when empty
     T* Checked() const

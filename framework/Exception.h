@@ -9,14 +9,14 @@
 namespace zeb
 {
 
-/// An exception made on the heap and thrown by pointer; whoever catches it calls Delete().
+/// An exception allocated on the heap and thrown by pointer; the catcher calls Delete().
 ///
 /// Slots after CObject's five: GetErrorMessage, ReportError, Dispose.
 class CException : public CObject
 {
 public:
-    /// `autoDelete` false: the object is not on the heap (one kept for the case that memory is out); Delete()
-    /// leaves it alone.
+    /// `autoDelete` false: the object is not on the heap (such as the reserve for out of memory); Delete() does
+    /// nothing.
     explicit CException(bool autoDelete = true)
         : m_autoDelete(autoDelete)
     {
@@ -29,9 +29,8 @@ public:
     }
     CRuntimeClass* GetRuntimeClass() const override { return GetThisClass(); }
 
-    /// Copies a description into `buffer`, at most `maxChars` bytes, and sets `*helpContext`, when given, to
-    /// 0.
-    /// @return FALSE when there is no description; the base has none and writes an empty text.
+    /// Copies the description to `buffer`, at most `maxChars` bytes, and sets `*helpContext`, if not null, to 0.
+    /// @return FALSE when there is no description; the base class has none and writes an empty text.
     virtual BOOL GetErrorMessage(char* buffer, unsigned int maxChars, unsigned int* helpContext)
     {
         if (helpContext != nullptr)
@@ -46,7 +45,7 @@ public:
     }
 
     /// Writes the description, or the class's name when there is none, to standard error.
-    /// @return 1, as a message box would whose only button was pressed.
+    /// @return 1, like a message box with an OK button
     virtual int ReportError(unsigned int /*type*/ = 0, unsigned int /*messageId*/ = 0)
     {
         char text[1024 + 1] = {};
@@ -55,11 +54,11 @@ public:
         return 1;
     }
 
-    /// Deletes the object, or, when it is not on the heap, leaves it.
+    /// Deletes the object if it is on the heap.
     void Delete() { Dispose(); }
 
 protected:
-    /// How Delete() gets rid of the object: in the binary that made it.
+    /// The deleter for Delete(): runs in the binary that created the object.
     virtual void Dispose()
     {
         if (m_autoDelete)

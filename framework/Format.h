@@ -1,4 +1,4 @@
-// printf-style text, the same on both targets.
+// printf-style formatting, identical on both targets.
 #pragma once
 
 #include "framework/TextBuffer.h"
@@ -14,8 +14,8 @@
 namespace zeb::framework
 {
 
-/// Appends `format` with Windows' length modifiers I64 and I32 spelt as C spells
-/// them ("%I64d" as "%lld", "%I32u" as "%u").
+/// Appends `format` with Windows' length modifiers I64 and I32 replaced by the C forms ("%I64d" as "%lld", "%I32u" as
+/// "%u").
 inline void AppendPortableFormat(TextBuffer<char>& result, const char* format)
 {
     for (const char* at = format; *at != '\0'; ++at)
@@ -42,7 +42,7 @@ inline void AppendPortableFormat(TextBuffer<char>& result, const char* format)
     }
 }
 
-/// vsprintf into `text`, which is empty. A format or an argument that the C library refuses gives an empty text.
+/// vsprintf into `text`, which is empty. A format or an argument that the C library rejects gives an empty text.
 inline void FormatText(TextBuffer<char>& text, const char* format, va_list args)
 {
     TextBuffer<char> portable;
@@ -67,13 +67,13 @@ inline void FormatText(TextBuffer<char>& text, const char* format, va_list args)
     va_end(again);
 }
 
-/// One conversion of a 16-bit format: "%-8.3I64d" and its like.
+/// One conversion of a 16-bit format, such as "%-8.3I64d".
 class WideConversion
 {
 public:
     using Wide = TextBuffer<WCHAR>;
 
-    /// REQUIRES: `at` is the place after the '%'. Moves it past the conversion.
+    /// REQUIRES: `at` points after the '%'. Advances it past the conversion.
     explicit WideConversion(const WCHAR*& at)
     {
         for (; IsOneOf(*at, "+- #0"); ++at)
@@ -151,7 +151,7 @@ private:
         return *set != '\0';
     }
 
-    /// Keeps each flag once, so that there is room for all.
+    /// Stores each flag once: the array has room for all of them.
     void AddFlag(char flag)
     {
         if (std::strchr(m_flags, flag) == nullptr)
@@ -290,7 +290,7 @@ private:
         }
     }
 
-    char m_flags[8] = {}; ///< the five there are, terminated
+    char m_flags[8] = {}; ///< the five flags, terminated
     int m_width = none;
     int m_precision = none;
     int m_bits = 32;
@@ -300,7 +300,7 @@ private:
 };
 
 /// Appends printf's 16-bit text to `text`: %s takes 16-bit text, %S and %hs narrow
-/// text of which only ASCII is kept ('?' else).
+/// text of which only ASCII is kept ('?' otherwise).
 inline void FormatText(TextBuffer<WCHAR>& text, const WCHAR* format, va_list args)
 {
     va_list walk;

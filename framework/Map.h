@@ -17,8 +17,8 @@ namespace zeb
 namespace framework
 {
 
-/// The hash of a key. It is part of the library's interface, since host and library look into the same maps: numbers
-/// and pointers are hashed here, text by its own hash, other types by std::hash.
+/// The hash of a key. It is part of the library's interface, because host and library share maps: numbers and pointers
+/// are hashed here, text by its own hash, other types by std::hash.
 template <class KEY>
 std::size_t HashOf(const KEY& key)
 {
@@ -40,14 +40,14 @@ std::size_t HashOf(const KEY& key)
 } // namespace framework
 
 struct MapPosition;
-/// A place in a CMap; null is the end. Valid until the map changes.
+/// A position in a CMap; null is the end. Valid until the map changes.
 using POSITION = const MapPosition*;
 
 /// A hash map in shared memory. Keys are numbers, pointers, or types with std::hash, and have ==.
 ///
 /// The layout is part of the library's interface: buckets, their number, the number of entries.
 /// An empty map allocates nothing. An operation that throws (std::bad_alloc, or what copying a
-/// key or a value throws) leaves the map as it was.
+/// key or a value throws) leaves the map unchanged.
 template <class KEY, class ARG_KEY, class VALUE, class ARG_VALUE>
 class CMap
 {
@@ -90,7 +90,7 @@ public:
     INT_PTR GetSize() const { return GetCount(); }
     bool IsEmpty() const { return m_count == 0; }
 
-    /// Inserts, or overwrites what the key had.
+    /// Inserts, or overwrites the existing value.
     void SetAt(ARG_KEY key, ARG_VALUE value)
     {
         const KEY& wanted = key;
@@ -108,7 +108,7 @@ public:
         Entry* const found = Find(wanted);
         return found != nullptr ? found->value : Insert(wanted).value;
     }
-    /// @return whether the key is in the map; `value` is left alone when it is not.
+    /// @return whether the key is in the map; `value` is unchanged if not
     bool Lookup(ARG_KEY key, VALUE& value) const
     {
         const Entry* const found = Find(key);
@@ -158,9 +158,9 @@ public:
         m_count = 0;
     }
 
-    /// Where an iteration starts, in no stated order; null when the map is empty.
+    /// The start of an iteration, in unspecified order; null when the map is empty.
     POSITION GetStartPosition() const { return FirstFrom(0); }
-    /// The entry at `position`, which moves on to the next. REQUIRES: not null.
+    /// The entry at `position`, which is advanced to the next one. REQUIRES: not null.
     void GetNextAssoc(POSITION& position, KEY& key, VALUE& value) const
     {
         const auto* entry = reinterpret_cast<const Entry*>(position);
@@ -187,7 +187,7 @@ private:
     };
     static_assert(alignof(Entry) <= alignof(std::max_align_t), "shared memory has the usual alignment");
 
-    /// REQUIRES: there are buckets. Their number is a power of two.
+    /// REQUIRES: buckets are allocated. Their number is a power of two.
     std::size_t BucketOf(const KEY& key) const { return framework::HashOf(key) & (m_bucketCount - 1); }
 
     Entry* Find(const KEY& key) const

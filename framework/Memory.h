@@ -1,4 +1,4 @@
-// Memory that a host and the library share: what one of them allocates the other may free.
+// Memory shared by a host and the library: either may free what the other allocated.
 #pragma once
 
 #include "platform/mapi.h"
@@ -12,10 +12,10 @@
 namespace zeb::framework
 {
 
-/// Throws this module's exception for want of memory. Each module (a program, a library) has its own, null at first.
+/// Throws this module's exception for out of memory. Each module (a program, a library) has its own, null at first.
 inline void (*g_throwOutOfMemory)() = nullptr;
 
-/// Says that memory is out: throws what this module throws for it, std::bad_alloc when nothing else was set.
+/// Reports out of memory: calls this module's handler; std::bad_alloc when none is set.
 [[noreturn]] inline void ThrowOutOfMemory()
 {
     if (g_throwOutOfMemory != nullptr)
@@ -25,7 +25,7 @@ inline void (*g_throwOutOfMemory)() = nullptr;
     throw std::bad_alloc();
 }
 
-/// The same for more elements than a container can hold; std::length_error when nothing else was set.
+/// The same for more elements than a container can hold; std::length_error when no handler is set.
 [[noreturn]] inline void ThrowTooLong(const char* what)
 {
     if (g_throwOutOfMemory != nullptr)
@@ -35,8 +35,7 @@ inline void (*g_throwOutOfMemory)() = nullptr;
     throw std::length_error(what);
 }
 
-/// Runs `body`; where the standard library finds no memory, ThrowOutOfMemory says so.
-/// @return what `body` returns
+/// Runs `body`; converts std::bad_alloc to ThrowOutOfMemory. @return the result of `body`
 template <class Body>
 auto WithMemory(Body&& body) -> decltype(body())
 {
@@ -54,8 +53,8 @@ auto WithMemory(Body&& body) -> decltype(body())
     }
 }
 
-/// A block of the process: the process heap on Windows, which every C runtime of the process can free; malloc on Linux,
-/// where there is one C library.
+/// Allocates a block that every C runtime of the process can free: from the process heap on Windows, with malloc on
+/// Linux (one C library).
 /// @return never null, aligned for any fundamental type. @throws as ThrowOutOfMemory
 inline void* AllocateShared(std::size_t bytes)
 {
@@ -71,7 +70,7 @@ inline void* AllocateShared(std::size_t bytes)
     return block;
 }
 
-/// Frees a block of AllocateShared; null is left alone.
+/// Frees a block of AllocateShared; null is allowed.
 inline void FreeShared(void* block) noexcept
 {
 #ifdef _WIN32

@@ -7,12 +7,12 @@
 namespace zeb
 {
 
-class CArchive; // nothing is serialised: the name only keeps Serialize's place
+class CArchive; // nothing is serialised: only Serialize's slot needs the name
 
 /// The record of a dynamic class: its name, its size and its base.
 ///
-/// Header-only classes have one record in each binary that uses them, so records are told apart by what they
-/// say, not by their address.
+/// Header-only classes have one record in each binary that uses them, so records are compared by content, not by
+/// address.
 struct CRuntimeClass
 {
     const char* m_lpszClassName;
@@ -25,7 +25,7 @@ struct CRuntimeClass
                                  std::strcmp(m_lpszClassName, other->m_lpszClassName) == 0);
     }
 
-    /// Whether this is `base` or derives from it, however far.
+    /// Whether this class is `base` or derives from it directly or indirectly.
     bool IsDerivedFrom(const CRuntimeClass* base) const
     {
         for (const CRuntimeClass* step = this; step != nullptr;
@@ -40,8 +40,8 @@ struct CRuntimeClass
     }
 };
 
-/// In a class's body: gives it a run-time class record. The members are of the class, so that an exported
-/// class exports them.
+/// In a class's body: gives it a run-time class record. The members belong to the class, so an exported class exports
+/// them.
 #define ZEB_DECLARE_DYNAMIC(class_name)                                                                                \
 public:                                                                                                                \
     static ::zeb::CRuntimeClass class##class_name;                                                                     \
@@ -63,7 +63,7 @@ public:                                                                         
 
 #define ZEB_RUNTIME_CLASS(class_name) (class_name::GetThisClass())
 
-/// Where Dump writes: any stream that takes text by <<, std::ostream for one. Borrows the stream.
+/// The target of Dump: any stream with << for text, such as std::ostream. Borrows the stream.
 class CDumpContext
 {
 public:
@@ -103,11 +103,11 @@ public:
     virtual CRuntimeClass* GetRuntimeClass() const { return GetThisClass(); }
     virtual ~CObject() = default;
 
-    /// Writes nothing: no class of the library is kept in an archive.
+    /// Does nothing: no class of the library is archived.
     virtual void Serialize(CArchive&) {}
     /// Nothing to check in the root.
     virtual void AssertValid() const {}
-    /// Writes the class's name; derived classes add what they hold.
+    /// Writes the class's name; derived classes add their content.
     virtual void Dump(const CDumpContext& out) const { out << GetRuntimeClass()->m_lpszClassName; }
 
     bool IsKindOf(const CRuntimeClass* wanted) const { return GetRuntimeClass()->IsDerivedFrom(wanted); }

@@ -10,9 +10,9 @@
 namespace zeb
 {
 
-/// A recursive critical section: the thread that holds it may take it again, and releases it as often.
+/// A recursive critical section: the owning thread may lock it again, and must unlock it the same number of times.
 ///
-/// It is the system's own object, so that a host may lock what the library hands out.
+/// It is the system's own object, so a host can lock the one that the library returns.
 class CCriticalSection
 {
 public:
@@ -66,7 +66,7 @@ private:
 class CSingleLock
 {
 public:
-    /// `initialLock`: take the lock at once.
+    /// `initialLock`: lock immediately.
     explicit CSingleLock(CCriticalSection* section, bool initialLock = false)
         : m_section(section)
     {
@@ -87,7 +87,7 @@ public:
         }
         return m_locked;
     }
-    /// @return whether it held the lock.
+    /// @return whether the lock was held
     bool Unlock()
     {
         if (!m_locked)

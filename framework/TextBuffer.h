@@ -1,4 +1,4 @@
-// The characters of a string: their memory and length.
+// The memory and the length of a string.
 #pragma once
 
 #include "framework/Memory.h"
@@ -13,12 +13,12 @@
 namespace zeb::framework
 {
 
-/// A terminated, growing run of characters, which may contain zeros. Text of up to 15 bytes is kept inside the object,
-/// longer text in shared memory.
+/// A terminated, growing sequence of characters, which may contain zeros. Text of up to 15 bytes is kept inside the
+/// object, longer text in shared memory.
 ///
-/// The layout is part of the library's interface: 32 bytes, whatever the compiler and its standard library. Text that
-/// is given to it may be part of its own. Lengths are in characters and below 2^31 - 1; beyond that ThrowTooLong is
-/// called. An operation that throws leaves the text as it was.
+/// The layout is part of the library's interface: 32 bytes, whatever the compiler and its standard library. A text
+/// argument may be part of its own text. Lengths are in characters and below 2^31 - 1; beyond that ThrowTooLong is
+/// called. An operation that throws leaves the text unchanged.
 template <class CHAR_TYPE>
 class TextBuffer
 {
@@ -94,7 +94,7 @@ public:
     }
     void Append(CHAR_TYPE character) { Append(&character, 1); }
 
-    /// Cuts, or appends zeros.
+    /// Truncates, or appends zeros.
     void Resize(std::size_t length)
     {
         if (length > m_length)
@@ -103,7 +103,7 @@ public:
         }
         SetLength(length);
     }
-    /// Makes room for `more` characters after the text.
+    /// Reserves memory for `more` characters after the text.
     void Reserve(std::size_t more)
     {
         if (more > m_capacity - m_length)
@@ -136,7 +136,7 @@ private:
         return static_cast<CHAR_TYPE*>(AllocateShared((capacity + 1) * sizeof(CHAR_TYPE)));
     }
 
-    /// REQUIRES: `more` does not fit.
+    /// REQUIRES: `more` characters do not fit.
     std::size_t GrownCapacity(std::size_t more) const
     {
         if (more > maxLength - m_length)
@@ -164,7 +164,7 @@ private:
             FreeShared(m_text);
         }
     }
-    /// REQUIRES: this text is empty and inside. Leaves the other one so.
+    /// REQUIRES: this text is empty and inline. The other text becomes empty and inline.
     void TakeOver(TextBuffer& other)
     {
         if (other.m_text == other.m_inside)
@@ -193,6 +193,6 @@ private:
 };
 
 static_assert(sizeof(TextBuffer<char>) == 32 && sizeof(TextBuffer<WCHAR>) == 32,
-              "the layout that host and library share");
+              "the layout shared by host and library");
 
 } // namespace zeb::framework

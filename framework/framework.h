@@ -1,4 +1,4 @@
-// Everything of the framework.
+// Includes the whole framework.
 #pragma once
 
 #include "framework/App.h"

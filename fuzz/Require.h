@@ -1,4 +1,4 @@
-// What a fuzzer holds to be true of every input.
+// Checks a property that must hold for every input.
 #pragma once
 
 #include <cstdio>

@@ -18,7 +18,7 @@ void Examine(const std::uint8_t* data, size_t size)
     const CStringA dump = info.Dump("");
     Require(dump == copy.Dump(""), "a copy dumps the same");
     Require(std::strncmp(dump, "CEntryIDInfo\r\n", 14) == 0, "a dump begins with its name");
-    Require(info.Unread() <= size, "no more is left unread than there was");
+    Require(info.Unread() <= size, "the unread part is not larger than the input");
     CStringA hex = identifier.String();
     if (size != 0)
     {

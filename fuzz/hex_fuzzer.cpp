@@ -1,4 +1,4 @@
-// Hexadecimal text: never writes beyond nor counts more than it holds, and its own text comes back.
+// Hexadecimal text: never writes or counts beyond its end, and round-trips.
 #include "fuzz/Require.h"
 #include "qorth/Hex.h"
 
@@ -17,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size)
     String2Bin(text.c_str(), bytes.get(), count);
     CStringA back;
     Bin2String(back, bytes.get(), count, 0);
-    Require(static_cast<unsigned long>(back.GetLength()) == count * 2, "two digits a byte are written");
+    Require(static_cast<unsigned long>(back.GetLength()) == count * 2, "two digits per byte are written");
     std::string expected = text.substr(0, static_cast<size_t>(count) * 2);
     std::transform(expected.begin(), expected.end(), expected.begin(),
                    [](char c) { return c >= 'a' && c <= 'f' ? static_cast<char>(c - 'a' + 'A') : c; });

@@ -1,5 +1,5 @@
-// Stored property sets and the provider's entry identifiers: any bytes are read without a crash, and every value that
-// can be given in one form can be freed again.
+// Stored property sets and the provider's entry identifiers: any bytes are read without a crash, and every returned
+// value can be freed.
 #include "fuzz/Require.h"
 #include "zebstore/base/EntryId.h"
 #include "zebstore/base/Memory.h"
@@ -17,13 +17,13 @@ namespace
 
 using namespace zebstore;
 
-/// A store of this process's own, for the values that a blob says are large.
+/// A private store, for the values that a blob declares as large.
 StoreFile& Store()
 {
     static const std::shared_ptr<StoreFile> store = []
     {
         std::string folder = (std::filesystem::temp_directory_path() / "blob-fuzzer-XXXXXX").string();
-        ::Require(mkdtemp(&folder[0]) != nullptr, "a temporary folder can be made");
+        ::Require(mkdtemp(&folder[0]) != nullptr, "a temporary folder can be created");
         static const std::string kept = folder;
         std::atexit([] { std::filesystem::remove_all(kept); });
         return StoreFile::Create(folder + "/store.zeb", "fuzz", {});
@@ -57,7 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size)
     {
         const PropertyBlob blob(bytes, Store().Connection());
         const bool sound = PropertyBlob::IsSound(bytes);
-        ::Require(!sound || size >= 4, "a sound blob has its index");
+        ::Require(!sound || size >= 4, "an intact blob has its index");
         Build(blob, PT_UNSPECIFIED);
         Build(blob, PT_UNICODE);
         Build(blob, PT_MV_STRING8);
@@ -78,7 +78,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size)
     }
     catch (const Error&)
     {
-        // A foreign or cut identifier is refused.
+        // A foreign or truncated identifier is refused.
     }
     return 0;
 }

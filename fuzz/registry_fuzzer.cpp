@@ -1,4 +1,4 @@
-// Registry text: whatever can be read is written so that it reads the same.
+// Registry text: everything that can be read is written so that it reads the same.
 #include "fuzz/Require.h"
 #include "platform/posix/regfile.h"
 

@@ -1,4 +1,4 @@
-// The terminal, and what a program prints.
+// The terminal and the standard streams.
 #pragma once
 
 namespace zeb::platform
@@ -10,20 +10,19 @@ enum class OutputStream
     Error,  ///< standard error
 };
 
-/// Makes the three standard streams carry UTF-8 bytes as they are: no translation of line ends, and a console that
-/// shows and gives UTF-8 until the program ends. Call it once, before anything is printed or read.
+/// Sets the three standard streams to raw UTF-8: no translation of line ends, and a console in UTF-8 until the program
+/// ends. Call it once, before any input or output.
 void PrepareConsole();
 
 bool IsTerminal(OutputStream stream);
 
-/// Whether somebody at a terminal can answer a question: standard input is one.
+/// Whether standard input is a terminal, so a user can answer a question.
 bool InputIsTerminal();
 
-/// The columns of the terminal behind `stream`; 0 when it is none or does not tell.
+/// The columns of the terminal of `stream`; 0 when it is not a terminal or the width is unknown.
 int TerminalColumns(OutputStream stream);
 
-/// True when whoever reads standard output can be taken to show UTF-8: a console on Windows, a UTF-8 locale
-/// on Linux.
+/// True when standard output probably displays UTF-8: a console on Windows, a UTF-8 locale on Linux.
 bool OutputShowsUtf8();
 
 } // namespace zeb::platform

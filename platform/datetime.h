@@ -1,4 +1,4 @@
-// Dates as people read them.
+// Dates for display.
 #pragma once
 
 #include "platform/mapi.h"
@@ -10,11 +10,11 @@ namespace zeb::platform
 {
 
 /// A UTC file time as local date and time: the user's locale on Windows (VarBstrFromDate, locale 0x0400, no
-/// flags), the C locale's "%x %X" on Linux. Nothing when the time lies outside what an OLE date can say, or
-/// when the date's round trip changes year, month, day, hour, minute or second (milliseconds do not count).
+/// flags), the C locale's "%x %X" on Linux. Empty when the time is outside the range of an OLE date, or when the date's
+/// round trip changes year, month, day, hour, minute or second (milliseconds do not count).
 std::optional<std::string> LocalDateText(const FILETIME& time);
 
-/// Now, in UTC.
+/// The current time in UTC.
 FILETIME CurrentFileTime();
 
 } // namespace zeb::platform

@@ -8,10 +8,10 @@
 namespace zeb::platform
 {
 
-/// A variable of the environment; nothing when it is not set.
+/// A variable of the environment; empty when it is not set.
 std::optional<std::string> EnvironmentVariable(const char* name);
 
-/// Opens a file as std::fopen does. @return null on failure, which errno explains
+/// Opens a file like std::fopen. @return null on failure; errno has the reason
 std::FILE* OpenFile(const std::string& path, const char* mode);
 
 } // namespace zeb::platform

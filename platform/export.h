@@ -1,4 +1,4 @@
-// ZEBAPI_EXPORT marks the library's exported classes and functions; everything else stays inside.
+// ZEBAPI_EXPORT marks the library's exported classes and functions; everything else is hidden.
 #pragma once
 
 #if defined(_WIN32) && defined(ZEBAPI_BUILDING)

@@ -1,4 +1,4 @@
-// The one definition of MAPI's interface identifiers in each binary.
+// Defines MAPI's interface identifiers, once in each binary.
 #define USES_IID_IMAPISession
 #define USES_IID_IMAPITable
 #define USES_IID_IMAPITableData

@@ -23,7 +23,7 @@ unsigned Number16(const unsigned char* bytes)
     return bytes[0] | bytes[1] << 8;
 }
 
-/// `count` bytes at `offset`. @return false when the file ends before
+/// Reads `count` bytes at `offset`. @return false when the file is shorter
 bool ReadAt(std::FILE* file, long offset, unsigned char* bytes, size_t count)
 {
     return std::fseek(file, offset, SEEK_SET) == 0 && std::fread(bytes, 1, count, file) == count;
@@ -81,7 +81,7 @@ ImageFile ReadImageFile(const std::string& path)
     ImageFile image;
     const File file(OpenFile(path, "rb"));
     std::array<unsigned char, 64> head{};
-    // A folder opens on Linux and cannot be read.
+    // On Linux a folder can be opened, but not read.
     if (file == nullptr || (std::fread(head.data(), 1, 1, file.get()) != 1 && std::ferror(file.get()) != 0))
     {
         return image;

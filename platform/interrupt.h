@@ -4,12 +4,11 @@
 namespace zeb::platform
 {
 
-/// From now on Ctrl-C ends the process at once with exit code 1, after writing `text` on standard error. What is
-/// buffered for standard output is lost.
-/// @param text must live as long as the process
+/// After this call Ctrl-C ends the process immediately with exit code 1, after writing `text` to standard error.
+/// Buffered standard output is lost. @param text must stay valid until the process ends
 void EndOnInterrupt(const char* text);
 
-/// From now on Ctrl-C does not end the process but is noted. Call it before the work that it may interrupt.
+/// After this call Ctrl-C only sets a flag. Call it before the work that it may interrupt.
 void CatchInterrupt();
 
 /// Whether Ctrl-C was pressed since CatchInterrupt.

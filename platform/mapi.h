@@ -6,8 +6,7 @@
 // is written once.
 #pragma once
 
-// MAPI's methods are implemented by classes that may throw (test doubles do), so the headers must not mark
-// them as never throwing.
+// Classes that implement MAPI's methods may throw (test doubles do), so the headers must not declare them noexcept.
 #ifndef COM_STDMETHOD_CAN_THROW
 #define COM_STDMETHOD_CAN_THROW
 #endif
@@ -35,7 +34,7 @@
 #include <objbase.h>
 #include <oleauto.h>
 
-// What windows.h would have declared for the MAPI headers.
+// Declarations that the MAPI headers expect from windows.h.
 #define _WINDOWS_
 #define __WCHAR_DEFINED
 #define __LHANDLE

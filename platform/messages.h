@@ -1,7 +1,6 @@
 // Window messages: posted by any thread, read by the thread that owns the window.
 //
-// On Linux a "window" is no more than its queue. Its handle names the queue in the whole process, whichever binary
-// made it.
+// On Linux a "window" is only its queue. Its handle identifies the queue in the whole process, for all binaries.
 #pragma once
 
 #include "platform/mapi.h"
@@ -16,16 +15,16 @@ struct WindowMessage
     LPARAM lParam;
 };
 
-/// Appends a message to the window's queue and returns at once; nothing waits for it to be read (PostMessageA on
-/// Windows). @return false when there is no such window or its queue is full (thousands of messages)
+/// Appends a message to the window's queue and returns immediately (PostMessageA on Windows). @return false when the
+/// window does not exist or its queue is full (thousands of messages)
 bool PostWindowMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
-/// A window that shows nothing and only receives messages, read by the calling thread. @return null on failure
+/// A message-only window, read by the calling thread. @return null on failure
 HWND CreateMessageWindow();
 void DestroyMessageWindow(HWND window);
 
-/// Takes the next message out of the queue of a window made by CreateMessageWindow, on the thread that made it;
-/// waits for one up to `milliseconds`. @return whether there was one
+/// Removes the next message from the queue of a window created by CreateMessageWindow, on the thread that created it;
+/// waits up to `milliseconds` for one. @return whether there was one
 bool WaitWindowMessage(HWND window, unsigned int milliseconds, WindowMessage& message);
 
 } // namespace zeb::platform

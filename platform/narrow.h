@@ -7,12 +7,12 @@
 namespace zeb::platform
 {
 
-/// What the code page cannot say is replaced.
+/// Characters outside the code page are replaced.
 std::string NarrowFromUtf8(const std::string& text);
 std::string Utf8FromNarrow(const std::string& text);
 
-/// A path, in UTF-8, of the same file that narrow text can say whole: the path itself, or on Windows its short form;
-/// nothing when there is none.
+/// A path (UTF-8) of the same file that narrow text can represent completely: the path itself, or on Windows its short
+/// form; empty when there is none.
 std::optional<std::string> NarrowablePath(const std::string& path);
 
 } // namespace zeb::platform

@@ -1,9 +1,9 @@
 // ZEB_OVERLOADS(declaration, ...): the overloads of one name, declared in the order of their slots.
 //
 // In the Itanium C++ ABI (GCC) virtual operations take their slots in the order of declaration. In the MSVC ABI the
-// overloads of one name stand together, at the place of the first, in reverse order of declaration. The declarations
-// are given in the order of their slots, so that this order holds in both; a compiler of the MSVC ABI meets them in
-// reverse. At most 18 declarations; commas within parentheses do not divide them.
+// overloads of one name are grouped at the position of the first, in reverse order of declaration. The arguments are in
+// slot order; for the MSVC ABI the macro reverses them, so the slot order is the same in both ABIs. At most 18
+// declarations; commas within parentheses do not separate them.
 //
 //     ZEB_OVERLOADS(
 //         /// Appends the tags of an argument list.
@@ -12,7 +12,7 @@
 //         virtual void Add(ULONG tag, ...));
 #pragma once
 
-// The macro for as many declarations as there are: the one that the arguments push to the last place.
+// Selects the macro for the number of declarations: the arguments shift it to the last position.
 #define ZEB_OVERLOADS(...)                                                                                             \
     ZEB_OVERLOADS_EXPAND(ZEB_OVERLOADS_LAST(__VA_ARGS__, ZEB_OVERLOADS_18, ZEB_OVERLOADS_17, ZEB_OVERLOADS_16,         \
                                             ZEB_OVERLOADS_15, ZEB_OVERLOADS_14, ZEB_OVERLOADS_13, ZEB_OVERLOADS_12,    \
@@ -21,7 +21,7 @@
                                             ZEB_OVERLOADS_3, ZEB_OVERLOADS_2, ZEB_OVERLOADS_1)(__VA_ARGS__))
 #define ZEB_OVERLOADS_LAST(d1, d2, d3, d4, d5, d6, d7, d8, d9, d10, d11, d12, d13, d14, d15, d16, d17, d18, name, ...) \
     name
-// MSVC's traditional preprocessor hands __VA_ARGS__ on as one argument; another look at it divides them.
+// MSVC's traditional preprocessor passes __VA_ARGS__ on as one argument; another expansion splits it.
 #define ZEB_OVERLOADS_EXPAND(...) __VA_ARGS__
 
 #ifdef _MSC_VER

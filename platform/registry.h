@@ -29,14 +29,14 @@ public:
 /// text, names as well as values, is UTF-8 on both targets.
 ///
 /// On Linux the file named by ZEBAPI_REGISTRY (default $XDG_CONFIG_HOME/zebapi/registry.reg, or
-/// ~/.config/zebapi/registry.reg) is read at every Open, and every write replaces the file whole (written
-/// beside it and renamed), under a lock, so that two processes do not lose each other's keys. A missing file
-/// is an empty registry. Comments in it are lost at the first write that changes something.
+/// ~/.config/zebapi/registry.reg) is read at every Open, and every write replaces the file atomically (temporary file,
+/// then rename), under a lock, so two processes do not lose each other's keys. A missing file is an empty registry.
+/// Comments in it are lost at the first write that changes something.
 class RegistryKey
 {
 public:
-    /// Opens a key for reading; nothing when it is absent or closed to this user. On Linux the key shows what the
-    /// file held when it was opened, and what was written through this object.
+    /// Opens a key for reading; empty when it is absent or access is denied. On Linux the key has the file's content at
+    /// the time of opening, plus writes through this object.
     /// @throws RegistryError
     static std::optional<RegistryKey> Open(RegistryRoot root, const std::string& path);
 
@@ -44,7 +44,7 @@ public:
     /// @throws RegistryError
     static RegistryKey Create(RegistryRoot root, const std::string& path);
 
-    /// Deletes a key with all its values and sub-keys; an absent key is no error.
+    /// Deletes a key with all its values and sub-keys; an absent key is not an error.
     /// @throws RegistryError
     static void DeleteTree(RegistryRoot root, const std::string& path);
 
@@ -53,20 +53,20 @@ public:
     ~RegistryKey();
 
     /// A REG_SZ value, or a REG_EXPAND_SZ value with its %VARIABLE%s replaced by this process's (one that is not set
-    /// stays as it is written); "" names the default value.
+    /// stays unchanged); "" names the default value.
     std::optional<std::string> StringValue(const std::string& name) const;
     std::optional<std::vector<unsigned char>> BinaryValue(const std::string& name) const;
 
-    /// The name of the sub-key at `index` in the registry's order; nothing past the last.
+    /// The name of the sub-key at `index` in the registry's order; empty past the last.
     std::optional<std::string> SubKeyName(unsigned long index) const;
 
     /// Writes REG_SZ. @throws RegistryError
     void SetStringValue(const std::string& name, const std::string& value);
     /// Writes REG_BINARY. @throws RegistryError
     void SetBinaryValue(const std::string& name, const std::vector<unsigned char>& value);
-    /// An absent value is no error. @throws RegistryError
+    /// An absent value is not an error. @throws RegistryError
     void DeleteValue(const std::string& name);
-    /// Gives the value `to` the type and content of the value `from`, whatever its type is.
+    /// Copies type and content of the value `from` to the value `to`; any type.
     /// @throws RegistryError also when `from` is absent
     void CopyValue(const std::string& from, const std::string& to);
 

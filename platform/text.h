@@ -10,8 +10,8 @@ namespace zeb::platform
 
 using WideString = std::basic_string<WCHAR>;
 
-/// What the other form can not say is replaced (by U+FFFD, or '?' where that does not fit), and nothing
-/// behind it is lost. `length` is in characters; characters of value 0 are converted like others.
+/// Characters that the other form cannot represent are replaced (by U+FFFD, or '?' where U+FFFD does not exist); the
+/// text after them is kept. `length` is in characters; characters of value 0 are converted like others.
 /// @throws std::length_error on Windows beyond 2^31 - 1 characters
 std::string NarrowFromWide(const WCHAR* text, size_t length);
 WideString WideFromNarrow(const char* text, size_t length);
@@ -19,12 +19,12 @@ WideString WideFromNarrow(const char* text, size_t length);
 std::string Utf8FromWide(const WCHAR* text, size_t length);
 WideString WideFromUtf8(const char* text, size_t length);
 
-/// How many bytes of a narrow text fit into `limit` without half a character at the end.
+/// The number of bytes of a narrow text that fit in `limit` without splitting a character.
 size_t NarrowPrefix(const char* text, size_t length, size_t limit);
 size_t Utf8Prefix(const char* text, size_t length, size_t limit);
 
-/// The upper case of one 16-bit unit, in no particular language; what has none, and a surrogate, is returned
-/// as it is.
+/// The upper case of one 16-bit unit, independent of language; characters without one, and surrogates, are returned
+/// unchanged.
 WCHAR UpperWide(WCHAR unit);
 
 /// The length of a terminated 16-bit text in characters.

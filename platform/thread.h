@@ -17,20 +17,20 @@ public:
     LibraryThread(const LibraryThread&) = delete;
     LibraryThread& operator=(const LibraryThread&) = delete;
 
-    /// Runs `body(argument)` on a new thread; the object holds none yet.
-    /// @return false when the system gives no thread
+    /// Runs `body(argument)` on a new thread. REQUIRES: no thread is running. @return false when the system cannot
+    /// create a thread
     bool Start(void (*body)(void*), void* argument) noexcept;
     bool IsStarted() const { return m_thread != nullptr; }
-    /// Gives the thread up; `body` has returned or is about to. After it the library may be unloaded: on Windows the
-    /// thread itself keeps the library loaded to its end and is not waited for, since a thread cannot end while
-    /// another one is inside the loader; elsewhere it is waited for.
+    /// Releases the thread; `body` has returned or is about to. After this call the library may be unloaded: on Windows
+    /// the thread itself keeps the library loaded until it ends and is not joined, because a thread cannot end while
+    /// another one is in the loader; elsewhere it is joined.
     void End() noexcept;
 
 private:
     void* m_thread = nullptr; // of the system
 };
 
-/// True when the process is ending and its other threads are gone, perhaps in the middle of what they held.
+/// True when the process is exiting and its other threads have been terminated, possibly while holding locks.
 bool IsProcessEnding() noexcept;
 
 } // namespace zeb::platform

@@ -1,4 +1,4 @@
-// UTF-8 and UTF-16, on both targets alike.
+// UTF-8 and UTF-16, the same on both targets.
 #include "platform/text.h"
 
 namespace zeb::platform
@@ -43,8 +43,8 @@ void AppendUtf8(std::string& out, char32_t code)
     }
 }
 
-/// What a first byte says of its sequence. The range of the second byte keeps out overlong forms, surrogates
-/// and what lies beyond U+10FFFF.
+/// The properties of a sequence by its first byte. The range of the second byte excludes overlong forms, surrogates and
+/// values above U+10FFFF.
 struct Sequence
 {
     int following;
@@ -72,8 +72,8 @@ Sequence SequenceOf(unsigned char first)
     return {0, Replacement};
 }
 
-/// Reads one character at `at` and moves behind it. What is no character counts as one replacement character
-/// for as many bytes as began one.
+/// Reads one character at `at` and advances past it. An invalid sequence is one replacement character for all its
+/// bytes.
 char32_t ReadUtf8(const char* text, size_t length, size_t& at)
 {
     const auto first = static_cast<unsigned char>(text[at++]);
@@ -111,7 +111,7 @@ size_t Utf8Prefix(const char* text, size_t length, size_t limit)
     {
         --end;
     }
-    // What has no beginning is no UTF-8: any cut is as good.
+    // Without a first byte the text is not UTF-8: any position is acceptable.
     return isInside(end) ? limit : end;
 }
 

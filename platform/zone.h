@@ -8,8 +8,8 @@
 namespace zeb::platform
 {
 
-/// A UTC file time as the same count of a clock in the user's time zone, by the zone's rules at that time; and
-/// the other way round. Nothing when the system cannot say.
+/// Converts a UTC file time to local time in the user's time zone, by the zone's rules at that time, and back. Empty
+/// when the system cannot convert it.
 std::optional<FILETIME> LocalFromUtc(const FILETIME& utc);
 std::optional<FILETIME> UtcFromLocal(const FILETIME& local);
 

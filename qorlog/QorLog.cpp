@@ -21,7 +21,7 @@ namespace
 constexpr int FailureLevel = 1;
 constexpr int DefaultLevel = 3;
 
-/// The sink that the environment asks for.
+/// The sink selected by the environment.
 class DefaultSink
 {
 public:
@@ -32,7 +32,7 @@ public:
 
     bool IsEnabled(int level) const
     {
-        // A line without a level is no failure.
+        // A line without a level is not a failure.
         return m_file != nullptr && (level == NoLevel ? FailureLevel + 1 : level) <= m_maxLevel;
     }
 
@@ -48,7 +48,7 @@ public:
         line += ": ";
         line += text;
         line += '\n';
-        // One write a line, so that the lines of several processes do not mix.
+        // One write per line, so the lines of several processes are not mixed.
         std::fwrite(line.data(), 1, line.size(), m_file);
         std::fflush(m_file);
     }
@@ -78,7 +78,7 @@ private:
         m_file = zeb::platform::OpenFile(target, "ab");
         if (m_file == nullptr)
         {
-            std::fprintf(stderr, "ZEBAPI_LOG: can not open '%s': %s\n", target.c_str(), std::strerror(errno));
+            std::fprintf(stderr, "ZEBAPI_LOG: cannot open '%s': %s\n", target.c_str(), std::strerror(errno));
         }
     }
 
@@ -102,7 +102,7 @@ struct State
     Sink sink;
 };
 
-/// Never destroyed: destructors of static objects log too.
+/// Never destroyed, because destructors of static objects may log.
 State& TheState()
 {
     static State* state = new State;
@@ -113,8 +113,8 @@ State& TheState()
 
 std::string UtcText(long long milliseconds)
 {
-    // Not gmtime: its result is one for the whole process, or thread, and may be in the host's use. The calendar
-    // repeats every 400 years; its years are taken from March on, so that a leap day is the last of its year.
+    // Not gmtime: its result is shared by the process or thread, and the host may use it. The calendar repeats every
+    // 400 years; years begin in March here, so a leap day is the last day.
     constexpr long long DaysOf400Years = 146'097;
     constexpr long long DaysBefore1970 = 719'468; // from 0000-03-01
     const long long seconds = milliseconds / 1000;
@@ -193,7 +193,7 @@ void WriteNote(int level, const char* component, const char* text)
 namespace
 {
 
-/// @return nothing when memory is out: a line that cannot be written is lost, what the caller does goes on
+/// @return empty when out of memory: the line is lost and the caller continues
 std::optional<std::string> Printed(const char* format, va_list args)
 {
     va_list again;

@@ -1,4 +1,4 @@
-// Logging: lines with a component and perhaps a level, handed to one sink.
+// Logging: lines with a component and an optional level, passed to one sink.
 //
 // The default sink is chosen by the environment when the first line is written: ZEBAPI_LOG names a file to
 // append to, or "stderr"; unset or empty, lines go nowhere. ZEBAPI_LOG_LEVEL (default 3) is the highest level
@@ -18,18 +18,18 @@ constexpr int NoLevel = -1;
 /// Receives one line: no line end, no time stamp. The pointers are valid during the call.
 using Sink = std::function<void(int level, const char* component, const char* text)>;
 
-/// Sends every line of every level to `sink` instead of the default one; an empty `sink` brings the default one back
-/// (and reads the environment again). Calls of a sink never overlap; a sink may log, which calls it again.
+/// Sends every line of every level to `sink` instead of the default one; an empty `sink` restores the default one (and
+/// reads the environment again). Calls of a sink never overlap; a sink may log, which calls it again.
 void SetSink(Sink sink);
 
 /// Whether a line of `level` would reach a sink.
 bool IsEnabled(int level);
 
-/// Writes `text` as it stands: a '%' in it is no format.
+/// Writes `text` unchanged: a '%' in it is not a format.
 void Write(int level, const char* component, const char* text);
 
-/// As Write, for a line that reports no failure whatever its level: the default sink leaves it out where only failures
-/// are written.
+/// Like Write, for a line that does not report a failure, whatever its level: the default sink omits it when only
+/// failures are written.
 void WriteNote(int level, const char* component, const char* text);
 
 /// Explains the failure line before it, printf-style. Only the default sink writes
@@ -39,7 +39,7 @@ void WriteDetail(const char* component, const char* format, ...);
 /// A time in UTC, in milliseconds since 1970, as "2026-01-03T11:58:40.000Z".
 std::string UtcText(long long milliseconds);
 
-/// Writes printf-style text. Call it through LLog and Log, which see to the text without arguments.
+/// Writes printf-style text. Call it through LLog and Log, which handle text without arguments.
 void WriteFormat(int level, const char* component, const char* format, ...);
 
 template <class T>
@@ -47,7 +47,7 @@ constexpr bool IsPrintable = std::is_arithmetic_v<T> || std::is_enum_v<T> || std
 
 } // namespace qorlog
 
-/// Writes a line with a level: 1 for errors, 3 for progress. Without arguments `text` is written as it stands.
+/// Writes a line with a level: 1 for errors, 3 for progress. Without arguments `text` is written unchanged.
 inline void LLog(int level, const char* component, const char* text)
 {
     qorlog::Write(level, component, text);
@@ -61,7 +61,7 @@ void LLog(int level, const char* component, const char* format, First first, Res
     qorlog::WriteFormat(level, component, format, first, rest...);
 }
 
-/// Writes a line without a level. Without arguments `text` is written as it stands.
+/// Writes a line without a level. Without arguments `text` is written unchanged.
 inline void Log(const char* component, const char* text)
 {
     qorlog::Write(qorlog::NoLevel, component, text);
@@ -75,7 +75,7 @@ void Log(const char* component, const char* format, First first, Rest... rest)
     qorlog::WriteFormat(qorlog::NoLevel, component, format, first, rest...);
 }
 
-/// Writes a line with a level that reports no failure; `text` is written as it stands.
+/// Writes a line with a level that does not report a failure; `text` is written unchanged.
 inline void LNote(int level, const char* component, const char* text)
 {
     qorlog::WriteNote(level, component, text);

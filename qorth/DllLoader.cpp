@@ -9,7 +9,7 @@ CDllLoader::CDllLoader() = default;
 
 CDllLoader::CDllLoader(const char* path, long mode)
 {
-    // Not virtual here on purpose: an override's object is not there yet.
+    // Not a virtual call: a derived object is not constructed yet.
     CDllLoader::Load(path, mode);
 }
 

@@ -5,32 +5,31 @@
 
 /// Owns one loaded library, or nothing; unloads it when destroyed.
 ///
-/// Modes are the sum of bits: 2 keep the library for the process's calls, 4 quiet (no error box), 16 take its
-/// dependencies from its own folder. In every mode a bare name is looked for beside the binary that holds
-/// this code, then in the system folder; never in the current folder or on a search path. A path with a
-/// folder names exactly that file. An empty path is refused. Threads: none of its own; use one object under
-/// one lock.
+/// Modes are sums of bits: 2 keep the library for the process's calls, 4 quiet (no error box), 16 load its dependencies
+/// from its own folder. In every mode a bare name is searched in the folder of the binary with this code, then in the
+/// system folder; never in the current folder or on a search path. A path with a folder names exactly that file. An
+/// empty path is refused. Threads: none of its own; use one object under one lock.
 class CDllLoader
 {
 public:
     CDllLoader();
-    /// Loads at once; IsEmpty() says whether it worked.
+    /// Loads immediately; IsEmpty() returns whether it failed.
     CDllLoader(const char* path, long mode);
     virtual ~CDllLoader();
     CDllLoader(const CDllLoader&) = delete;
     CDllLoader& operator=(const CDllLoader&) = delete;
 
-    /// Loads a library; one that is already held is released after the new one was loaded.
-    /// @return whether it was loaded. When not, what was held stays, and Reason() says why.
+    /// Loads a library; the previous one is released after the new one was loaded. @return whether it was loaded. If
+    /// not, the previous one is kept and Reason() has the cause.
     virtual bool Load(const char* path, long mode);
 
     /// Whether nothing is loaded.
     bool IsEmpty() const;
 
-    /// The address of an export, or null when it is not there or nothing is loaded.
+    /// The address of an export; null when it does not exist or nothing is loaded.
     void* GetProc(const char* name) const;
 
-    /// The same with the function's type. @return whether it is there; `proc` is null when not.
+    /// The same with the function's type. @return whether it exists; `proc` is null if not
     template <class Function>
     bool GetProc(const char* name, Function*& proc) const
     {
@@ -38,10 +37,10 @@ public:
         return proc != nullptr;
     }
 
-    /// Releases the library; nothing when none is held.
+    /// Releases the library; no-op when none is loaded.
     void Unload();
 
-    /// Why the last Load failed, in the system's words; empty after one that worked.
+    /// The system's error text of the last failed Load; empty after a successful one.
     zeb::CStringA Reason() const;
 
 private:

@@ -35,7 +35,7 @@ unsigned char DigitValue(char digit)
     return DigitValues[static_cast<unsigned char>(digit)];
 }
 
-// Long texts are taken in blocks, by arithmetic without branches: compilers make vector operations of it.
+// Long texts are processed in blocks with branch-free arithmetic, which compilers vectorize.
 constexpr size_t BlockBytes = 16;
 constexpr size_t BlockDigits = 2 * BlockBytes;
 
@@ -52,7 +52,7 @@ bool AreDigits(const char* block)
     return foreign == 0;
 }
 
-/// What a block of digits says. The low half of a digit is its value; that of a letter lacks nine.
+/// Decodes a block of digits. The low half of a digit is its value; for a letter nine is added.
 void ReadBlock(const char* block, unsigned char* bytes)
 {
     unsigned char values[BlockDigits];
@@ -125,7 +125,7 @@ ULONG String2Bin(const char* hex, void* bytes, ULONG cb)
     }
     for (; count < cb; ++count, hex += 2)
     {
-        // The text's terminator is no digit either, so nothing behind it is read.
+        // The terminator is not a digit, so nothing after it is read.
         const unsigned char high = DigitValue(hex[0]);
         const unsigned char low = high == NoDigit ? NoDigit : DigitValue(hex[1]);
         if (low == NoDigit)
@@ -141,7 +141,7 @@ void Bin2String(CStringA& text, const void* bytes, ULONG cb, int)
 {
     if (cb > INT_MAX / 2)
     {
-        throw std::length_error("Bin2String: more bytes than a text can show");
+        throw std::length_error("Bin2String: too many bytes for a text");
     }
     CStringA result;
     if (bytes != nullptr && cb > 0)
@@ -149,7 +149,7 @@ void Bin2String(CStringA& text, const void* bytes, ULONG cb, int)
         Bin2Digits(result.GetBuffer(static_cast<int>(cb * 2)), bytes, cb);
         result.ReleaseBuffer(static_cast<int>(cb * 2));
     }
-    // Assigned last: `bytes` may be the text's own.
+    // Assigned last: `bytes` may point into the text.
     text = std::move(result);
 }
 

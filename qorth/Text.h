@@ -3,7 +3,7 @@
 
 #include "framework/CString.h"
 
-/// Never fails: what the other form can not say is replaced, and nothing behind it is lost.
-/// `length` is in characters; -1 takes the text up to its terminator. A null text gives an empty one.
+/// Never fails: characters that the other form cannot represent are replaced; the text after them is kept. `length` is
+/// in characters; -1 means up to the terminator. A null text gives an empty one.
 CStringA QorConvertStringByANSITable(const WCHAR* text, int length = -1);
 CStringW QorConvertStringByANSITable(const char* text, int length = -1);

@@ -11,7 +11,7 @@ struct Report
     CTimeProfile::Reporter reporter;
 };
 
-/// Never destroyed: static objects may be measured while they go.
+/// Never destroyed: destructors of static objects may be measured.
 Report& TheReport()
 {
     static Report* report = new Report;
@@ -43,7 +43,7 @@ CTimeProfile::~CTimeProfile()
     }
     catch (...)
     {
-        // A measurement that can not be reported is no failure of what was measured.
+        // A measurement that cannot be reported must not fail the measured code.
         return;
     }
 }

@@ -4,13 +4,13 @@
 #include <chrono>
 #include <functional>
 
-/// Measures from construction to destruction and hands name and seconds to the reporter, when there is one.
+/// Measures from construction to destruction and passes name and seconds to the reporter, if one is set.
 class CTimeProfile
 {
 public:
     using Reporter = std::function<void(const char* name, double seconds)>;
 
-    /// @param name outlives the object; null counts as empty
+    /// @param name must outlive the object; null counts as empty
     explicit CTimeProfile(const char* name);
     ~CTimeProfile();
     CTimeProfile(const CTimeProfile&) = delete;
@@ -19,11 +19,11 @@ public:
     /// Seconds since construction.
     double Elapsed() const;
 
-    /// Who hears of every measured scope, from the thread that leaves it; an empty one hears nothing, which
-    /// is how a process starts.
+    /// Sets the reporter of all measured scopes, called on the thread that leaves the scope; empty (the default)
+    /// reports nothing.
     static void SetReporter(Reporter reporter);
 
 private:
-    const char* m_name; // not a copy, for which there may be no memory
+    const char* m_name; // not a copy: there may be no memory for it
     std::chrono::steady_clock::time_point m_start;
 };

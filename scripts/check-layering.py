@@ -9,7 +9,7 @@ import sys
 import tempfile
 from pathlib import Path
 
-# Rooms a room may include besides itself. Tests, benches and fuzzers look everywhere.
+# The rooms that a room may include besides itself. Tests, benches and fuzzers may include all.
 MAY_INCLUDE = {
     "platform": set(),
     "framework": {"platform"},
@@ -61,13 +61,13 @@ ROOMS = [*MAY_INCLUDE, "tests", "bench", "fuzz"]
 # Hosts include the library's public headers, which are those that the umbrella brings.
 HOSTS = {"tools", "examples"}
 UMBRELLA = "zebapi/ZebAPI.h"
-# The doctor looks inside the provider search; the tools know the embedded provider's public constants.
+# The doctor uses the internals of the provider search; the tools use the embedded provider's public constants.
 EXCEPTIONS = {"tools/zeb/": {"zebapi/search/ProviderSearch.h", "zebstore/zebstore.h"}, "tools/common/": {"zebstore/zebstore.h"}}
 
-# Rooms whose units make no circles.
+# Rooms whose units must not form circles.
 ACYCLIC = ["platform", "framework", "qorlog", "qorth", "zebapi", "zebstore"]
 
-# Headers of other makers, and who may use them.
+# Third-party headers, and who may use them.
 THIRD_PARTY = {
     "utf8proc.h": {"zebstore", "tests"},
     "xxhash.h": {"zebstore"},

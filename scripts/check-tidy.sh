@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # clang-tidy over the product's sources with the compile commands of a Linux build: check-tidy.sh BUILD_DIR [FILE...].
-# A file whose text, headers and settings have not changed since it last passed is not read again.
+# A file is skipped when its text, headers and settings have not changed since it last passed.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 build=${1:?usage: check-tidy.sh BUILD_DIR [FILE...]}

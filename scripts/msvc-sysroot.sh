@@ -38,7 +38,7 @@ echo "Assembling the MSVC ABI's libraries"
 rm -rf "$out/.inputs" "$out/lib" "$out/obj"
 mkdir -p "$out/lib" "$out/obj"
 
-# As in every build of the project, the compiler cache serves every clone.
+# As in every build of the project, all clones share the compiler cache.
 cd "$out"
 export CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1
 cache=()

@@ -90,7 +90,7 @@ def main():
     parser.add_argument("--list", action="store_true")
     arguments = parser.parse_args()
     build = arguments.build.resolve()
-    # Those that may take longest first, so that none of them is left to run alone at the end.
+    # Longest first, so that no long one runs alone at the end.
     found = sorted(programs(build, arguments.only), key=lambda each: -each[2].get("TIMEOUT", 0))
     if arguments.list:
         print("\n".join(name for name, _, _ in found))

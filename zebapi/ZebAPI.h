@@ -1,7 +1,7 @@
-// Everything of the library: what a host includes.
+// The umbrella header: a host includes this file.
 //
-// What an operation throws is a CZebException*, or the _com_error of an empty wrapper.
-// Nothing else leaves it, whatever fails on its way.
+// An operation throws a CZebException*, or the _com_error of an empty wrapper. No other exception leaves it, whatever
+// fails.
 #pragma once
 
 #include "zebapi/AddressBook.h"
@@ -30,7 +30,7 @@
 #include "zebapi/TAGS.h"
 #include "zebapi/Table.h"
 
-/// A text as UTF-8, whatever the ANSI code page is. What is no character of UTF-16 becomes U+FFFD.
+/// A text as UTF-8, independent of the ANSI code page. Invalid UTF-16 becomes U+FFFD.
 ZEBAPI_EXPORT zeb::CStringA Zeb_Utf8(const zeb::CStringW& text);
 
 /// A text in UTF-8 as 16-bit text; null as an empty one. What is not UTF-8 becomes U+FFFD.
@@ -39,5 +39,5 @@ ZEBAPI_EXPORT zeb::CStringW Zeb_Wide(const char* utf8);
 /// Whether a default profile is set (CZebAPI::GetDefaultProfileName). Never throws: a failure is logged and false.
 ZEBAPI_EXPORT bool Zeb_HasDefaultProfile();
 
-/// What Zeb_HasDefaultProfile answered at the first call in this process, also after profiles have changed.
+/// The result of the first call of Zeb_HasDefaultProfile in this process, even after profiles have changed.
 ZEBAPI_EXPORT bool Zeb_HasDefaultStaticProfile();

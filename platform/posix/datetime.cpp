@@ -39,7 +39,7 @@ std::optional<std::string> LocalDateText(const FILETIME& time)
         return std::nullopt;
     }
     char text[64] = {};
-    // "%x %X" of the C locale, spelled out: the process's locale may be another.
+    // "%x %X" of the C locale, written out because the process's locale may differ.
     const size_t length = strftime(text, sizeof text, "%m/%d/%y %H:%M:%S", &local);
     return std::string(text, length);
 }

@@ -23,13 +23,13 @@ void Note(int)
 std::atomic<const char*> lastWords{nullptr};
 static_assert(std::atomic<const char*>::is_always_lock_free, "a signal handler reads it");
 
-/// Calls only what a signal handler may.
+/// Only async-signal-safe calls.
 void End(int)
 {
     const char* text = lastWords;
     if (write(STDERR_FILENO, text, std::strlen(text)) < 0)
     {
-        // The process ends without its last words.
+        // The process ends without the message.
     }
     _exit(1);
 }

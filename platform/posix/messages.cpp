@@ -13,14 +13,14 @@ namespace zeb::platform
 namespace
 {
 
-// A queue is a pipe, so that every binary of the process reaches it. The handle holds both its ends and, above them,
-// the pipe's inode number: the ends' numbers are given out again after the window is destroyed, to anything.
+// A queue is a pipe, so every binary of the process can use it. The handle contains both file descriptors and, in the
+// upper bits, the pipe's inode number, because descriptors are reused after the window is destroyed.
 constexpr unsigned int EndBits = 16;
 constexpr int EndLimit = 1 << EndBits;
 constexpr unsigned int InodeShift = 2 * EndBits;
 constexpr int QueueBytes = 1 << 20;
 
-/// The number of a pipe, as far as a handle has room for it; 0 for what is no pipe.
+/// The inode number of a pipe, truncated to the bits of a handle; 0 when the descriptor is not a pipe.
 std::uint32_t PipeNumber(int end)
 {
     struct stat status = {};
@@ -44,7 +44,7 @@ int WriteEnd(HWND window)
     return static_cast<int>(reinterpret_cast<std::uintptr_t>(window) & (EndLimit - 1));
 }
 
-/// Whether an end is one of the window's own pipe.
+/// Whether a descriptor belongs to the window's pipe.
 bool IsOwn(HWND window, int end)
 {
     const std::uint32_t number = PipeNumber(end);
@@ -63,8 +63,8 @@ void Close(int end)
 
 bool PostWindowMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
-    // Ends of this call's own: those of the window may be closed, and their numbers be another's, between look and
-    // write. Without a reader the write would end the process by a signal.
+    // Duplicates for this call: the window's descriptors may be closed and reused between the check and the write.
+    // Without a reader the write would raise SIGPIPE.
     const int reader = fcntl(ReadEnd(window), F_DUPFD_CLOEXEC, 0);
     const int writer = fcntl(WriteEnd(window), F_DUPFD_CLOEXEC, 0);
     const WindowMessage posted = {message, wParam, lParam};
@@ -89,7 +89,7 @@ HWND CreateMessageWindow()
         close(ends[1]);
         return nullptr;
     }
-    // Where the larger queue is refused, the usual one does.
+    // When the larger queue is refused, the default size is used.
     (void)fcntl(ends[1], F_SETPIPE_SZ, QueueBytes);
     return Handle(ends[0], ends[1], number);
 }

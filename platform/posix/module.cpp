@@ -32,7 +32,7 @@ std::string RealPath(const char* path)
     return real ? real.get() : path;
 }
 
-/// The file of the library or program that holds `address`.
+/// The file of the library or program that contains `address`.
 std::string FileHolding(const void* address)
 {
     Dl_info info = {};
@@ -41,7 +41,7 @@ std::string FileHolding(const void* address)
     {
         return {};
     }
-    // The program's own entry has no name; what dladdr gives for it is how it was called.
+    // The program's own entry has no name; dladdr returns the name with which it was called.
     return RealPath(map->l_name == nullptr || *map->l_name == '\0' ? "/proc/self/exe" : map->l_name);
 }
 
@@ -61,7 +61,7 @@ bool IsBareName(const std::string& path)
     return path.find_first_of("/\\") == std::string::npos;
 }
 
-/// A path as Windows writes it names no file here.
+/// A Windows path does not name a file here.
 bool HasDrive(const std::string& path)
 {
     return path.size() > 1 && path[1] == ':';
@@ -119,18 +119,18 @@ ModuleHandle LoadModule(const std::string& path, long, std::string* reason)
 {
     if (path.empty())
     {
-        SetReason(reason, "no file is named");
+        SetReason(reason, "the file name is empty");
         return nullptr;
     }
     std::string file = ResolveModulePath(path);
     if (file.empty())
     {
-        SetReason(reason, path + ": there is no such file in " + OwnFolder() + " or " + SystemFolder() + "/");
+        SetReason(reason, path + ": the file does not exist in " + OwnFolder() + " or " + SystemFolder() + "/");
         return nullptr;
     }
     if (file.find('/') == std::string::npos)
     {
-        // A literal name with backslashes: without a slash the loader would search its path for it.
+        // A literal name with backslashes: without a slash the loader would use its search path.
         file.insert(0, "./");
     }
     void* module = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
@@ -142,7 +142,7 @@ ModuleHandle LoadModule(const std::string& path, long, std::string* reason)
 void* FindExport(ModuleHandle module, const char* name)
 {
     void* address = dlsym(module, name);
-    // dlsym goes on to the library's dependencies; what they export is not the library's own.
+    // dlsym also searches the library's dependencies, whose exports do not belong to the library.
     link_map* own = nullptr;
     link_map* holder = nullptr;
     Dl_info info = {};

@@ -1,4 +1,4 @@
-// The registry as a tree, and the text form of it that Windows' registry editor imports and exports.
+// The registry as a tree, and its text form, which Windows' registry editor imports and exports.
 #pragma once
 
 #include <cstddef>
@@ -13,23 +13,23 @@
 namespace zeb::platform::regfile
 {
 
-/// Whether two names are the same to the registry: without case. Names are UTF-8.
+/// Whether two names are equal in the registry: without case. Names are UTF-8.
 bool SameName(std::string_view a, std::string_view b);
 
-/// One value of a key. Text is kept as text; every other kind as its written form behind the '=', so that a
-/// kind that is not understood is written back as it was.
+/// One value of a key. Text is stored as text; every other kind as its written form after the '=', so unknown kinds are
+/// written back unchanged.
 struct Value
 {
     std::string name; ///< "" is the default value
     bool isText = false;
-    std::string text;    ///< when isText; UTF-8
-    std::string written; ///< when not, as "hex(2):41,00"
+    std::string text;    ///< if isText; UTF-8
+    std::string written; ///< otherwise, as "hex(2):41,00"
 
-    /// REG_SZ or REG_EXPAND_SZ as UTF-8, terminators left out; nothing for other kinds.
+    /// REG_SZ or REG_EXPAND_SZ as UTF-8, without terminators; empty for other kinds.
     std::optional<std::string> AsText() const;
     /// Whether it is REG_EXPAND_SZ.
     bool IsExpandable() const;
-    /// REG_BINARY; nothing for other kinds.
+    /// REG_BINARY; empty for other kinds.
     std::optional<std::vector<unsigned char>> AsBinary() const;
 };
 
@@ -40,12 +40,12 @@ struct Key
     std::vector<Value> values;
     std::vector<std::unique_ptr<Key>> keys;
 
-    /// A sub-key by its one name; null when absent.
+    /// A sub-key by its name; null when absent.
     Key* Child(std::string_view childName) const;
     const Value* FindValue(std::string_view valueName) const;
     /// The sub-key at a path of names separated by backslashes; "" is the key itself. Null when absent.
     Key* Find(std::string_view path);
-    /// As Find; what is absent is added.
+    /// Like Find, but adds missing keys.
     Key& Make(std::string_view path);
     /// Replaces a value of the same name, or adds it.
     void SetValue(Value value);
@@ -57,7 +57,7 @@ struct Key
 Value TextValue(std::string name, std::string text);
 Value BinaryValue(std::string name, const std::vector<unsigned char>& bytes);
 
-/// What is wrong with a text, and in which line, counted from 1.
+/// A syntax error with its line number, counted from 1.
 class SyntaxError : public std::runtime_error
 {
 public:
@@ -74,12 +74,12 @@ private:
 
 /// Reads a whole file's bytes: UTF-8 with or without its mark, or UTF-16LE with its mark. The tree's
 /// top-level keys are the roots (HKEY_LOCAL_MACHINE, ...). Empty bytes are an empty registry. Deletions
-/// ("[-KEY]", "name"=-) take effect on what stands above them. Comments are not kept.
+/// ("[-KEY]", "name"=-) apply to the lines above them. Comments are not kept.
 /// @throws SyntaxError
 Key Parse(std::string_view bytes);
 
-/// The bytes of a file that says the same. Lines end with CR LF. Plain ASCII where that suffices; with other
-/// characters, or with text written as bytes, UTF-16LE with its mark, which is what importers read without loss.
+/// The bytes of the file for a tree. Lines end with CR LF. Plain ASCII if possible; with other characters, or with text
+/// written as bytes, UTF-16LE with its mark, which importers read without loss.
 std::string Write(const Key& tree);
 
 } // namespace zeb::platform::regfile

@@ -56,13 +56,12 @@ std::string FilePath()
     {
         return std::string(home) + "/.config/zebapi/registry.reg";
     }
-    throw RegistryError("there is no place for the registry file: ZEBAPI_REGISTRY, XDG_CONFIG_HOME and HOME are empty");
+    throw RegistryError("no path for the registry file: ZEBAPI_REGISTRY, XDG_CONFIG_HOME and HOME are empty");
 }
 
 [[noreturn]] void Fail(const char* action, const std::string& path, int error)
 {
-    throw RegistryError(std::string("can not ") + action + " the registry file '" + path +
-                        "': " + std::strerror(error));
+    throw RegistryError(std::string("cannot ") + action + " the registry file '" + path + "': " + std::strerror(error));
 }
 
 /// Closes a file descriptor at the end of a scope.
@@ -160,7 +159,7 @@ bool WriteAll(int descriptor, std::string_view bytes)
     return true;
 }
 
-/// Replaces the file whole: what is at `path` is the old or the new content at every moment.
+/// Replaces the file atomically: `path` always has the old or the new content.
 void Replace(const std::string& path, const std::string& bytes)
 {
     struct stat old = {};
@@ -180,14 +179,14 @@ void Replace(const std::string& path, const std::string& bytes)
     }
 }
 
-/// Where a link leads, so that the file is replaced and not the link.
+/// The target of a link: the file is replaced, not the link.
 std::string LinkTarget(const std::string& path)
 {
     const std::unique_ptr<char, decltype(&std::free)> real(realpath(path.c_str(), nullptr), &std::free);
     return real ? real.get() : path;
 }
 
-/// Reads the file, changes the tree and replaces the file, alone among all processes and threads.
+/// Reads the file, changes the tree and replaces the file, with a lock against all processes and threads.
 /// @return the changed tree.
 std::shared_ptr<regfile::Key> Change(const std::string& named, const std::function<void(regfile::Key&)>& change)
 {
@@ -217,7 +216,7 @@ std::shared_ptr<regfile::Key> Change(const std::string& named, const std::functi
     return tree;
 }
 
-/// Names are written into lines, so they can not hold line ends.
+/// Names are written into lines, so they cannot contain line ends.
 void CheckName(const std::string& name, const char* what)
 {
     for (const char character : name)
@@ -229,7 +228,7 @@ void CheckName(const std::string& name, const char* what)
     }
 }
 
-/// The text with its %VARIABLE%s replaced; one that is not set stays as it is written.
+/// The text with its %VARIABLE%s replaced; one that is not set stays unchanged.
 std::string Expanded(const std::string& text)
 {
     std::string out;
@@ -244,7 +243,7 @@ std::string Expanded(const std::string& text)
         }
         const char* value = std::getenv(text.substr(begin + 1, end - begin - 1).c_str());
         out += text.substr(from, begin - from);
-        // What closes a name that is not set may open the next one.
+        // The '%' that ends an unset name may begin the next one.
         out += value != nullptr ? value : text.substr(begin, end - begin);
         from = value != nullptr ? end + 1 : end;
     }
@@ -299,7 +298,7 @@ void RegistryKey::DeleteTree(RegistryRoot root, const std::string& path)
 {
     if (path.find_first_not_of('\\') == std::string::npos)
     {
-        throw RegistryError("a registry root can not be deleted");
+        throw RegistryError("a registry root cannot be deleted");
     }
     const std::string file = FilePath();
     const std::string full = RootName(root) + "\\" + path;
@@ -353,7 +352,7 @@ void RegistryKey::CopyValue(const std::string& from, const std::string& to)
         const regfile::Value* found = key.FindValue(from);
         if (found == nullptr)
         {
-            throw RegistryError("there is no registry value '" + from + "' to copy");
+            throw RegistryError("the registry value '" + from + "' to copy does not exist");
         }
         regfile::Value copy = *found;
         copy.name = to;

@@ -1,4 +1,4 @@
-// Reading the registry editor's text.
+// Reads the registry editor's text format.
 #include "platform/posix/regfile.h"
 
 #include "platform/text.h"
@@ -85,7 +85,7 @@ std::string Decode(std::string_view bytes)
     return std::string(bytes);
 }
 
-/// Walks over the lines of a text.
+/// Iterates over the lines of a text.
 class Lines
 {
 public:
@@ -178,7 +178,7 @@ private:
         const std::string_view root = path.substr(0, path.find('\\'));
         if (std::none_of(Roots.begin(), Roots.end(), [&](std::string_view known) { return SameName(known, root); }))
         {
-            Fail("there is no registry root '" + std::string(root) + "'");
+            Fail("unknown registry root '" + std::string(root) + "'");
         }
         if (path.back() == '\\' || path.find("\\\\") != std::string_view::npos)
         {
@@ -200,7 +200,7 @@ private:
     {
         if (m_key == nullptr)
         {
-            Fail(m_inDeletedKey ? "a value stands below a key that is deleted" : "a value stands before the first key");
+            Fail(m_inDeletedKey ? "a value follows a deleted key" : "a value precedes the first key");
         }
         std::string name;
         if (line.front() == '@')
@@ -218,7 +218,7 @@ private:
         line = Trim(line);
         if (line.empty() || line.front() != '=')
         {
-            Fail("there is no '=' behind the name of the value '" + name + "'");
+            Fail("no '=' after the name of the value '" + name + "'");
         }
         ReadData(std::move(name), Trim(line.substr(1)));
     }
@@ -245,13 +245,13 @@ private:
         }
     }
 
-    /// Behind a complete value only a comment may stand.
+    /// Only a comment may follow a complete value.
     void CheckEnd(std::string_view rest, const std::string& name) const
     {
         rest = Trim(rest);
         if (!rest.empty() && rest.front() != ';')
         {
-            Fail("something stands behind the value '" + name + "'");
+            Fail("unexpected text after the value '" + name + "'");
         }
     }
 
@@ -274,10 +274,10 @@ private:
                 text += line[i];
             }
         }
-        Fail("a quoted text does not end");
+        Fail("a quoted text has no closing quote");
     }
 
-    /// `data` with the lines that continue it.
+    /// `data` with its continuation lines.
     std::string Joined(std::string_view data)
     {
         std::string joined(data);
@@ -287,14 +287,14 @@ private:
             joined.pop_back();
             if (!m_lines.Next(next))
             {
-                Fail("the value goes on behind the end of the file");
+                Fail("the value continues after the end of the file");
             }
             joined += Trim(next);
         }
         return joined;
     }
 
-    /// The written form of a value that is no quoted text, checked as far as its kind is understood.
+    /// The written form of a value that is not a quoted text, checked if its kind is known.
     std::string Written(const std::string& data, const std::string& name) const
     {
         const size_t colon = data.find(':');
@@ -324,7 +324,7 @@ private:
         const std::string_view digits = WithoutComment(text);
         if (digits.empty() || digits.size() > 8 || !std::all_of(digits.begin(), digits.end(), IsHexDigit))
         {
-            Fail("the value '" + name + "' is no dword of up to eight hexadecimal digits");
+            Fail("the value '" + name + "' is not a dword of up to eight hexadecimal digits");
         }
         return std::string(8 - digits.size(), '0') + std::string(digits);
     }
@@ -340,7 +340,7 @@ private:
             const std::string_view digits = Trim(rest.substr(0, comma));
             if (digits.empty() || digits.size() > 2 || !std::all_of(digits.begin(), digits.end(), IsHexDigit))
             {
-                Fail("the value '" + name + "' is no list of hexadecimal bytes");
+                Fail("the value '" + name + "' is not a list of hexadecimal bytes");
             }
             list += list.empty() ? "" : ",";
             list += digits.size() == 1 ? "0" : "";
@@ -371,7 +371,7 @@ private:
     }
 
     Lines m_lines;
-    size_t m_line = 0; ///< where the key or value that is being read began
+    size_t m_line = 0; ///< the start of the current key or value
     bool m_version4 = false;
     bool m_inDeletedKey = false;
     Key m_tree;

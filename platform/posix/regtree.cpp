@@ -26,7 +26,7 @@ bool SameAscii(std::string_view a, std::string_view b)
            std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) { return UpperAscii(x) == UpperAscii(y); });
 }
 
-/// Takes the separators off both ends of a path.
+/// Removes the separators at both ends of a path.
 std::string_view Trimmed(std::string_view path)
 {
     while (!path.empty() && path.front() == '\\')

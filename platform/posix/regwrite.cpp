@@ -1,4 +1,4 @@
-// Writing the registry editor's text.
+// Writes the registry editor's text format.
 #include "platform/posix/regfile.h"
 
 #include "platform/text.h"
@@ -37,7 +37,7 @@ std::string Quoted(const std::string& text)
     return quoted + "\"";
 }
 
-/// A line that is too long, broken behind commas as the registry editor breaks it.
+/// A long line, broken after commas like the registry editor does.
 std::string Wrapped(const std::string& line)
 {
     std::string wrapped;
@@ -54,7 +54,7 @@ std::string Wrapped(const std::string& line)
     return wrapped;
 }
 
-/// Only a list of bytes may be broken: of a kind that is not understood nobody knows where a line may end.
+/// Only a list of bytes may be broken: for an unknown kind the allowed positions are unknown.
 bool IsByteList(const std::string& written)
 {
     return written.rfind("hex:", 0) == 0 || written.rfind("hex(", 0) == 0;
@@ -62,7 +62,7 @@ bool IsByteList(const std::string& written)
 
 void WriteKey(std::string& out, const Key& key, const std::string& path)
 {
-    // A key that has only sub-keys is there by theirs.
+    // A key with only sub-keys is created by theirs.
     if (!key.values.empty() || (key.keys.empty() && path.find('\\') != std::string::npos))
     {
         out += "[" + path + "]" + LineEnd;
@@ -72,7 +72,7 @@ void WriteKey(std::string& out, const Key& key, const std::string& path)
             out += name + (value.isText ? Quoted(value.text) : "");
             if (IsByteList(value.written))
             {
-                // The name in front of the list must stay whole.
+                // The name before the list must not be broken.
                 out += Wrapped(std::string(name.size(), ' ') + value.written).substr(name.size());
             }
             else
@@ -94,7 +94,8 @@ bool IsAscii(const std::string& text)
     return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-/// Whether an 8-bit file says all below a key: in one, importers differ on what the bytes of text kinds are.
+/// Whether an 8-bit file can represent everything below a key: importers disagree about the bytes of text kinds in
+/// 8-bit files.
 bool IsPlain(const Key& key)
 {
     const auto plainValue = [](const Value& value)
@@ -127,7 +128,7 @@ Value TextValue(std::string name, std::string text)
         value.text = std::move(text);
         return value;
     }
-    // Quotes can not hold line ends and their like.
+    // Quoted text cannot contain line ends and other control characters.
     std::vector<unsigned char> bytes;
     for (const WCHAR unit : WideFromUtf8(text.data(), text.size()) + WCHAR(0))
     {

@@ -11,8 +11,8 @@ namespace zeb::platform
 namespace
 {
 
-/// The classes of characters beyond ASCII, whatever the process' own locale is; null when the system does not have
-/// them. Freed when the library that this is part of is unloaded; what ends later than that makes it again.
+/// A UTF-8 locale for the character classes beyond ASCII, independent of the process's locale; null when the system has
+/// none. Freed when this library is unloaded; later users create it again.
 locale_t Characters()
 {
     static locale_t locale = nullptr;

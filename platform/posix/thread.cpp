@@ -31,7 +31,7 @@ void LibraryThread::End() noexcept
 
 bool IsProcessEnding() noexcept
 {
-    // Functions of exit run while the other threads do.
+    // Exit functions run while other threads are still running.
     return false;
 }
 

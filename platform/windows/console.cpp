@@ -17,7 +17,7 @@ HANDLE Handle(OutputStream stream)
     return GetStdHandle(stream == OutputStream::Output ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
 }
 
-/// The console's code pages when the program started; 0 where there is no console.
+/// The console's code pages at program start; 0 without a console.
 UINT outputBefore = 0, inputBefore = 0;
 
 void RestoreConsole()
@@ -39,7 +39,7 @@ void PrepareConsole()
     _setmode(_fileno(stdout), _O_BINARY);
     _setmode(_fileno(stderr), _O_BINARY);
     _setmode(_fileno(stdin), _O_BINARY);
-    // The code pages belong to the console and outlive the program: whoever runs next finds them as they were.
+    // The code pages belong to the console and outlive the program, so they are restored.
     outputBefore = GetConsoleOutputCP();
     inputBefore = GetConsoleCP();
     if (outputBefore == 0 && inputBefore == 0)

@@ -15,7 +15,7 @@ bool SameSecond(const SYSTEMTIME& a, const SYSTEMTIME& b)
            a.wMinute == b.wMinute && a.wSecond == b.wSecond;
 }
 
-/// The OLE date of a local time; nothing when an OLE date can not say it to the second.
+/// The OLE date of a local time; empty when an OLE date cannot represent it to the second.
 std::optional<DATE> OleDate(SYSTEMTIME local)
 {
     // Dropped first: half a second would round up.

@@ -20,7 +20,7 @@ std::optional<std::string> EnvironmentVariable(const char* name)
     WideString value(256, L'\0');
     for (;;)
     {
-        // An empty value and a missing variable both give 0.
+        // The result is 0 for an empty value and for a missing variable.
         SetLastError(ERROR_SUCCESS);
         const DWORD length = GetEnvironmentVariableW(wideName.c_str(), value.data(), static_cast<DWORD>(value.size()));
         if (length == 0 && GetLastError() != ERROR_SUCCESS)

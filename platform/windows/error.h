@@ -1,4 +1,4 @@
-// The system's words for its error codes.
+// The system's error texts.
 #pragma once
 
 #include "platform/mapi.h"
@@ -8,7 +8,8 @@
 namespace zeb::platform
 {
 
-/// The message of a system error code, without its line end; `subject` stands where the message names a file.
+/// The message of a system error code, without its line end; `subject` replaces the message's placeholder for a file
+/// name.
 std::string SystemMessage(DWORD code, const std::string& subject = std::string());
 
 } // namespace zeb::platform

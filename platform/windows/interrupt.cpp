@@ -18,7 +18,7 @@ bool IsInterrupt(DWORD event)
     return event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT;
 }
 
-// The handlers run on a thread of the system's own.
+// The handlers run on a thread of the system.
 BOOL WINAPI Note(DWORD event)
 {
     if (!IsInterrupt(event))
@@ -38,7 +38,7 @@ BOOL WINAPI End(DWORD event)
     const char* text = lastWords;
     DWORD written = 0;
     WriteFile(GetStdHandle(STD_ERROR_HANDLE), text, static_cast<DWORD>(std::strlen(text)), &written, nullptr);
-    // Not ExitProcess: the libraries' ends would run while the command's own thread is in them.
+    // Not ExitProcess: the libraries' cleanup would run while the command's thread uses them.
     TerminateProcess(GetCurrentProcess(), 1);
     return TRUE;
 }
@@ -53,7 +53,7 @@ void EndOnInterrupt(const char* text)
 
 void CatchInterrupt()
 {
-    // The handler that was added last is asked first.
+    // The handler added last is called first.
     SetConsoleCtrlHandler(Note, TRUE);
 }
 

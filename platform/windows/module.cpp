@@ -39,7 +39,7 @@ bool IsBareName(const std::string& path)
     return path.find_first_of("\\/:") == std::string::npos;
 }
 
-/// The name as the loader would complete it.
+/// The name with the extension that the loader would add.
 std::string WithExtension(const std::string& name)
 {
     return name.find('.') == std::string::npos ? name + ".dll" : name;
@@ -50,7 +50,7 @@ std::string FullPath(const std::string& path)
     return PathFrom([&](char* to, DWORD size) { return GetFullPathNameA(path.c_str(), size, to, nullptr); });
 }
 
-/// Keeps the system's error boxes away in this thread for a scope.
+/// Suppresses the system's error boxes in this thread for a scope.
 class QuietErrors
 {
 public:
@@ -126,19 +126,19 @@ ModuleHandle LoadModule(const std::string& path, long mode, std::string* reason)
 {
     if (path.empty())
     {
-        SetReason(reason, "no file is named");
+        SetReason(reason, "the file name is empty");
         return nullptr;
     }
     const std::string file = ResolveModulePath(path);
     if (file.empty())
     {
-        SetReason(reason, path + ": there is no such file in " + OwnFolder() + " or " + SystemFolder() + "\\");
+        SetReason(reason, path + ": the file does not exist in " + OwnFolder() + " or " + SystemFolder() + "\\");
         return nullptr;
     }
     const QuietErrors quiet((mode & ModuleQuiet) != 0);
     constexpr DWORD flags =
         LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_APPLICATION_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32;
-    // A full path with backslashes, whatever was given: the loader searches its path for anything less.
+    // Always a full path with backslashes: for anything else the loader uses its search path.
     const HMODULE module = LoadLibraryExA(FullPath(file).c_str(), nullptr, flags);
     SetReason(reason, module == nullptr ? file + ": " + SystemMessage(GetLastError(), file) : "");
     return module;

@@ -39,7 +39,7 @@ WideString Wide(const std::string& text)
     return WideFromUtf8(text.data(), text.size());
 }
 
-/// The text with its %VARIABLE%s replaced; one that is not set stays as it is written.
+/// The text with its %VARIABLE%s replaced; one that is not set stays unchanged.
 WideString Expanded(const WideString& text)
 {
     WideString buffer(text.size() + MAX_PATH, L'\0');
@@ -74,7 +74,7 @@ struct RegistryKey::Impl
     Impl(const Impl&) = delete;
     Impl& operator=(const Impl&) = delete;
 
-    /// The bytes of a value and their type; nothing when it is absent or can not be read.
+    /// The bytes of a value and their type; empty when it is absent or cannot be read.
     std::optional<std::pair<DWORD, std::vector<unsigned char>>> Query(const std::string& name) const
     {
         const WideString wideName = Wide(name);
@@ -139,7 +139,7 @@ void RegistryKey::DeleteTree(RegistryRoot root, const std::string& path)
 {
     if (path.find_first_not_of('\\') == std::string::npos)
     {
-        throw RegistryError("a registry root can not be deleted");
+        throw RegistryError("a registry root cannot be deleted");
     }
     const LSTATUS status = RegDeleteTreeW(RootKey(root), Wide(path).c_str());
     if (status != ERROR_FILE_NOT_FOUND && status != ERROR_PATH_NOT_FOUND)
@@ -210,7 +210,7 @@ void RegistryKey::CopyValue(const std::string& from, const std::string& to)
     const auto value = m_impl->Query(from);
     if (!value)
     {
-        throw RegistryError("there is no registry value '" + from + "' to copy");
+        throw RegistryError("the registry value '" + from + "' to copy does not exist");
     }
     m_impl->Set(to, value->first, value->second.data(), value->second.size());
 }

@@ -12,7 +12,7 @@ int CheckedLength(size_t length)
 {
     if (length > INT_MAX)
     {
-        throw std::length_error("a text of more than 2^31 - 1 characters can not be converted");
+        throw std::length_error("a text of more than 2^31 - 1 characters cannot be converted");
     }
     return static_cast<int>(length);
 }

@@ -14,7 +14,7 @@ int64_t CountOf(const FILETIME& time)
     return static_cast<int64_t>(static_cast<uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime);
 }
 
-/// `time` by as much later as the conversion makes it; by the rules that its year has.
+/// `time` shifted by the offset of the conversion, with the rules of its year.
 std::optional<FILETIME> Converted(const FILETIME& time, Conversion convert)
 {
     SYSTEMTIME from = {};

@@ -1,4 +1,4 @@
-// The dump of what we use of MAPI's declarations: one fact a line.
+// The dump of the MAPI declarations that we use: one fact per line.
 #pragma once
 
 #include <string>

@@ -1,4 +1,4 @@
-// Sizes, offsets and places in the tables of virtual functions.
+// Sizes, offsets and positions in the tables of virtual functions.
 #include "tests/abi/Dump.h"
 
 #include "platform/mapi.h"

@@ -1,5 +1,5 @@
 // The layouts of the library's classes as numbers: the same for every compiler, standard library and build mode, in
-// both C++ ABIs of Windows. A change of one of them breaks every host that is already built.
+// both C++ ABIs of Windows. Changing one of them breaks every existing host.
 #include "zebapi/ZebAPI.h"
 
 #include <gtest/gtest.h>

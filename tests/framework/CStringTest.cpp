@@ -117,7 +117,7 @@ TEST(CString, ABufferIsWrittenAndReleased)
 {
     CStringA text("xy");
     char* buffer = text.GetBuffer(10);
-    EXPECT_STREQ(buffer, "xy") << "what it held stands at its start";
+    EXPECT_STREQ(buffer, "xy") << "the buffer begins with the previous text";
     std::strcpy(buffer, "hello");
     text.ReleaseBuffer();
     EXPECT_EQ(text.GetLength(), 5);
@@ -163,7 +163,7 @@ TEST(CString, TakesTheStringsOfOtherLibraries)
     static_assert(!std::is_constructible_v<CStringA, std::basic_string<WCHAR>>, "not of another width");
 }
 
-/// Lengths about the border between text inside the object and text outside it.
+/// Lengths around the limit between inline and allocated text.
 template <class Text>
 void GrowsCopiesAndMovesAtEveryLength()
 {

@@ -17,7 +17,7 @@
 namespace
 {
 
-/// An element whose '&' hands out its inside, as the library's owners do, and whose copies are counted.
+/// An element whose '&' returns an internal address, like the library's owners, and which counts its copies.
 class Awkward
 {
 public:

@@ -42,7 +42,7 @@ TEST(Format, WindowsLengthModifiersWorkOnBothTargets)
     EXPECT_EQ(Narrow("[%-22I64d]", big), "[-9000000000000000007  ]");
     EXPECT_EQ(Narrow("%I32d", 5), "5");
     EXPECT_EQ(Narrow("%lld", static_cast<long long>(big)), "-9000000000000000007");
-    EXPECT_EQ(Narrow("%%I64d %d I64", 3), "%I64d 3 I64") << "behind a doubled '%' it is text";
+    EXPECT_EQ(Narrow("%%I64d %d I64", 3), "%I64d 3 I64") << "after a doubled '%' it is text";
 }
 
 TEST(Format, LongTextIsWhole)

@@ -1,4 +1,4 @@
-// What host and library share: layouts and memory.
+// Layouts and memory shared by host and library.
 #include "framework/Memory.h"
 #include "framework/Atomic.h"
 #include "framework/framework.h"

@@ -55,7 +55,7 @@ FUNCTIONS = {
     "Zeb_TableCount": 1,
 }
 
-# Of the system, or the compiler's runtime (and that of its sanitizers, in a build with them).
+# Names of the system or of the compiler's runtime (including its sanitizers, in a build with them).
 NEEDED = {
     "elf": r"lib(c|m|dl|pthread|stdc\+\+|gcc_s|asan|ubsan|tsan)\.so\.\d+|ld-linux-x86-64\.so\.2",
     "pe": r"(?i)(kernel32|advapi32|user32|ole32|oleaut32|msvcrt)\.dll",
@@ -67,7 +67,7 @@ LISTS = pathlib.Path(__file__).parent / "exports"
 MEMBER = re.compile(r"(?:non-virtual thunk to )?(\w+)::.*")
 RECORD = re.compile(r"(?:typeinfo|typeinfo name|vtable|VTT) for (\w+)\*?")
 FUNCTION = re.compile(r"(Zeb_\w+)\(.*\)")
-# The same in the words of the MSVC ABI.
+# The same in the MSVC ABI.
 MSVC_MEMBER = re.compile(r"(?:\[thunk\]: )?(?:public|protected|private): .*?__cdecl (\w+)::.*")
 MSVC_DATA = re.compile(r"(?:public|protected|private): static (?:(?!__cdecl).)* (\w+)::\w+")
 MSVC_RECORD = re.compile(r"const (\w+)::`vftable'.*")

@@ -116,7 +116,7 @@ TEST_F(AddressBook, AContactsIdentifierWhoseFolderIsCutIsInvalid)
     {
         const Failure failure = FailureOf([&] { m_book.OpenContainer({size, bytes.lpb}, MAPI_BEST_ACCESS); });
         EXPECT_EQ(failure.result, MAPI_E_INVALID_ENTRYID) << size;
-        // One without a byte of the folder's identifier does not even reach the provider.
+        // One that lacks a byte of the folder's identifier is not passed to the provider.
         EXPECT_EQ(failure.text.find("entry identifier") != std::string::npos, size > 44) << failure.text;
     }
     CZebABContainer container;

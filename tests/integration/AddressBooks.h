@@ -1,4 +1,4 @@
-// Entries of the provider's address book, made and read through the library's own wrappers.
+// Creates and reads entries of the provider's address book through the library's wrappers.
 #pragma once
 
 #include "tests/integration/Host.h"
@@ -54,7 +54,7 @@ struct BookRow
     CZebBinary id;
 };
 
-/// All rows of a table, read a few at a time. Frees them itself: the library can not in WAB mode.
+/// All rows of a table, read in batches. Frees them itself: the library cannot in WAB mode.
 inline std::vector<BookRow> RowsOf(CZebTable table, bool wab = false)
 {
     table.SetColumns(3, PR_DISPLAY_NAME_A, PR_EMAIL_ADDRESS_A, PR_ENTRYID);

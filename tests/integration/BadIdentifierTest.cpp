@@ -1,4 +1,4 @@
-// Identifiers that name nothing, in every place that takes one: a clear failure, the target empty, nothing changed.
+// Invalid identifiers in every call that accepts one: a clear error, an empty target, and no change.
 #include "tests/integration/Host.h"
 
 #include <functional>
@@ -31,7 +31,7 @@ protected:
     static Bytes BytesOf(const SBinary& id) { return Bytes(id.lpb, id.lpb + id.cb); }
     static SBinary Binary(const Bytes& id) { return {static_cast<ULONG>(id.size()), const_cast<BYTE*>(id.data())}; }
 
-    /// Opens by session, store and folder; each must refuse with one of `codes` and a sentence.
+    /// Opens by session, store and folder; each must refuse with one of `codes` and an error text.
     void ExpectRefused(const Bytes& id, const std::vector<HRESULT>& codes, const std::string& what)
     {
         const std::function<void(CZebIProp&)> openers[] = {
@@ -145,7 +145,7 @@ TEST_F(BadIdentifier, OfADeletedObjectIsNotFound)
     m_inbox.DeleteFolder(Binary(folderId), nullptr, 0, nullptr);
     ExpectRefused(m_message, {MAPI_E_NOT_FOUND}, "message");
     ExpectRefused(folderId, {MAPI_E_NOT_FOUND}, "folder");
-    // An object that was open says so as well, and brings nothing back.
+    // An object that was open fails too, and does not restore anything.
     EXPECT_EQ(FailureOf([&] { message.SetDisplayName("x"); }).result, MAPI_E_OBJECT_DELETED);
     EXPECT_EQ(FailureOf([&] { folder.SetDisplayName("x"); }).result, MAPI_E_NOT_FOUND);
     EXPECT_EQ(FailureOf([&] { folder.GetContentsTable(0); }).result, MAPI_E_NOT_FOUND);
@@ -207,7 +207,7 @@ TEST_F(BadIdentifier, InHexadecimalTextCountsNoMoreThanItHolds)
     refuse(hex.substr(0, hex.size() - 2), "cut");
     refuse(hex.substr(0, hex.size() - 1), "odd");
     EXPECT_TRUE(m_session->CompareEntryIDs(CZebBinary((hex + "0").c_str()), id)) << "half a byte is none";
-    refuse("bad text", "not hexadecimal behind its first byte");
+    refuse("bad text", "not hexadecimal after its first byte");
     refuse(std::string(1'000'000, 'F'), "a megabyte");
     refuse(std::string(999'999, 'F'), "an odd megabyte");
     for (const char* text : {"", "no hexadecimal text", "F", "\xFF\xFE"})

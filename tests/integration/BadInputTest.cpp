@@ -1,4 +1,4 @@
-// Restrictions and names that no sensible host gives: a clear failure or the right result.
+// Extreme restrictions and names: a clear error or the correct result.
 #include "tests/integration/Host.h"
 
 #include <vector>
@@ -31,7 +31,7 @@ protected:
         }
         node.CreateProp(PR_IMPORTANCE, RELOP_EQ) = static_cast<LONG>(1);
     }
-    /// ANDs and ORs by turns, each with one child.
+    /// Alternating ANDs and ORs, each with one child.
     static void BuildPairs(CZebRestrictionAllocator& root, int levels)
     {
         root.Allocate();

@@ -1,4 +1,4 @@
-// Profiles and store files that can not be used: one clear sentence that names the thing, nothing changed.
+// Profiles and store files that cannot be used: one clear error text that names the object, and nothing is changed.
 #include "tests/integration/Host.h"
 
 #include <filesystem>
@@ -41,7 +41,7 @@ protected:
         Start();
     }
 
-    /// Logging on and opening the store, wherever it fails.
+    /// Logs on and opens the store; either may fail.
     Failure OpenStore()
     {
         const Failure thrown = FailureOf([&]

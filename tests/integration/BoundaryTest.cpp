@@ -1,4 +1,4 @@
-// What crosses the boundary of the library, and what is left when it is stopped.
+// Objects that cross the library's boundary, and resources after it is stopped.
 #include "tests/integration/Content.h"
 
 #include <fstream>
@@ -59,7 +59,7 @@ TEST_F(Boundary, OpeningAFolderAsAMessageIsRefusedAndLeavesTheMessageEmpty)
         const HRESULT byStore = FailureOf([&] { store.OpenEntry(folder, message, MAPI_BEST_ACCESS); }).result;
         EXPECT_TRUE(byStore == MAPI_E_INVALID_TYPE || byStore == MAPI_E_INTERFACE_NOT_SUPPORTED) << std::hex << byStore;
         EXPECT_FALSE(message.IsValid());
-        // Asked for no interface of its own, the object is opened and its type refuses it.
+        // Without a specific interface the object is opened, and then refused because of its type.
         CZebMailUser user;
         EXPECT_EQ(FailureOf([&] { session.OpenEntry(folder, user, MAPI_BEST_ACCESS); }).result, MAPI_E_INVALID_TYPE);
         EXPECT_FALSE(user.IsValid());
@@ -78,7 +78,7 @@ TEST_F(Boundary, AFailedCallOfTheProviderCarriesItsSentence)
     });
 }
 
-/// The last line of a file that has something in it.
+/// The last non-empty line of a file.
 std::string LastLine(const std::string& name)
 {
     std::ifstream file(name);
@@ -122,7 +122,7 @@ TEST_F(Boundary, NothingOfTheProviderIsAliveAfterTheStop)
         }
         Zeb_GetMAPI().Uninitialize(&session);
     }
-    // A library that the process keeps loaded also counts what tests before this one left on purpose.
+    // A library that stays loaded also counts what earlier tests left by design.
     EXPECT_EQ(LastLine(trace), before);
     EXPECT_EQ(before.rfind("live objects 0, ", 0), 0u) << before;
     EXPECT_NE(before.find(", bad frees 0"), std::string::npos) << before;

@@ -1,4 +1,4 @@
-// What lies in a folder, read through its tables.
+// The content of a folder, read through its tables.
 #pragma once
 
 #include "tests/integration/Host.h"
@@ -48,7 +48,7 @@ inline CZebFolder MakeFolder(CZebFolder& parent, const char* name)
     return parent.CreateFolder(name, false, true, 0, nullptr, FOLDER_GENERIC);
 }
 
-/// Whether the object has the property, and with which value.
+/// Whether the object has the property with this value.
 inline bool HasTrue(CZebIProp& object, ULONG tag)
 {
     CZebPropValArray values;
@@ -63,7 +63,7 @@ inline LONG NumberOf(CZebIProp& object, ULONG tag)
     return values.hasRealValue(tag) ? static_cast<LONG>(values[tag]) : -1;
 }
 
-/// The object's interface that no wrapper offers whole.
+/// The object's interface, for calls that the wrapper does not have.
 template <class Interface>
 CComPtr<Interface> InterfaceOf(const CZebIProp& object, const IID& iid)
 {

@@ -1,4 +1,4 @@
-// What the exceptions of failed operations say about the thing that they failed on.
+// The context in the exceptions of failed operations.
 #include "tests/integration/Content.h"
 
 using namespace zeb::test;

@@ -1,4 +1,4 @@
-// The dumps of the identifiers that the provider gives its store, folders and messages.
+// Dumps of the provider's identifiers of store, folders and messages.
 #include "tests/integration/Host.h"
 
 namespace zeb::test
@@ -8,7 +8,7 @@ namespace
 
 using EntryIdDump = StoreHost;
 
-/// What a folder's or message's identifier says: the object type behind the header, then a database identifier.
+/// The content of a folder's or message's identifier: the object type after the header, then a database identifier.
 std::string ItemDump(const std::string& hex, const std::string& type, const std::string& number,
                      const std::string& object)
 {
@@ -23,7 +23,7 @@ std::string DumpOf(const CZebBinary& id)
     return std::string(Zeb_DumpEntryID(id.String()).GetString());
 }
 
-/// Each cut of the identifier still gives a dump of just what is left.
+/// Each truncated identifier still gives a dump of the remaining part.
 void ExpectEveryCutToDump(const CZebBinary& id)
 {
     const std::string hex(id.String().GetString());

@@ -11,12 +11,12 @@ class FolderNames : public StoreHost
 protected:
     CZebFolder m_home = Inbox();
 
-    /// Creates, finds in both widths, opens and deletes a folder of this name, which others do not hide.
+    /// Creates, finds in both widths, opens and deletes a folder of this name among others.
     void LivesAs(const CStringA& name)
     {
         SCOPED_TRACE("name: " + std::string(name.GetString()).substr(0, 60));
         CZebFolder made = m_home.CreateFolder(name, false, true, 0, nullptr, FOLDER_GENERIC);
-        // However long a name is, a stream gives it whole.
+        // A stream returns the complete name, whatever its length.
         const CStringW wide = made.GetLongStringW(PR_DISPLAY_NAME_W);
         EXPECT_EQ(std::string(made.GetLongStringA(PR_DISPLAY_NAME_A)), std::string(name));
         EXPECT_EQ(wide.GetLength(), name.GetLength());

@@ -8,8 +8,8 @@ namespace zeb::test
 
 void RegisterProvider()
 {
-    // There is no key of Outlook's: the search ends at the system's MAPI library, which loads the library of the mail
-    // client that is the default one.
+    // Without Outlook's key the search ends at the system's MAPI library, which loads the library of the default mail
+    // client.
     constexpr auto root = platform::RegistryRoot::LocalMachine;
     platform::RegistryKey::Create(root, "SOFTWARE\\Clients\\Mail").SetStringValue("", "zebstore");
     platform::RegistryKey::Create(root, "SOFTWARE\\Clients\\Mail\\zebstore")

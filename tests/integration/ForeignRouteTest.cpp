@@ -1,4 +1,4 @@
-// The way by the system's own MAPI library to the mail client registered behind it.
+// Access through the system's own MAPI library to the registered mail client.
 #include "tests/integration/Host.h"
 
 #include "platform/module.h"

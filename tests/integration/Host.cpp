@@ -17,12 +17,12 @@ LPTSTR Text(const std::string& text)
     return reinterpret_cast<LPTSTR>(const_cast<char*>(text.c_str()));
 }
 
-/// Every end that a trace tells of must be clean.
+/// Every shutdown in the trace must be clean.
 void ExpectCleanTrace(const std::string& name)
 {
-    // What the tests of this process have left on purpose, which a library that stays loaded goes on counting.
+    // What earlier tests of this process left by design; a library that stays loaded still counts it.
     static long kept = 0;
-    std::ifstream file(name, std::ios::binary); // a name may hold what ends a text file
+    std::ifstream file(name, std::ios::binary); // a name may contain a character that ends a text file
     bool started = false, ended = false;
     for (std::string line; std::getline(file, line);)
     {

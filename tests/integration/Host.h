@@ -1,4 +1,4 @@
-// A host in a world of its own: an empty registry, a folder for files, the embedded provider registered.
+// A host with its own environment: an empty registry, a folder for files, the embedded provider registered.
 #pragma once
 
 #include "tests/integration/Route.h"
@@ -19,13 +19,13 @@ namespace zeb::test
 /// False in programs whose threads a trace would order.
 extern bool g_hostsAreTraced;
 
-/// Names the embedded provider beside this program as the machine's.
+/// Registers the embedded provider in this program's folder as the machine's provider.
 void RegisterStore();
 /// Creates a profile whose store is `file`. Needs MAPI started.
 void CreateStoreProfile(const std::string& name, const std::string& file, bool makeDefault);
 
-/// MAPI is not started. Nothing of it outlives a test: at the end the provider's trace must tell of no live objects, no
-/// bad frees, and no live buffers but the extended errors that exceptions keep.
+/// MAPI is not started. Nothing outlives a test: at the end the provider's trace must show no live objects, no bad
+/// frees, and no live buffers except the extended errors that exceptions keep.
 class Host : public testing::Test
 {
 protected:
@@ -34,12 +34,12 @@ protected:
 
     /// Starts MAPI. @throws CZebException*
     void Start();
-    /// Logs off what is logged on and stops MAPI.
+    /// Logs off and stops MAPI.
     void Stop();
     /// Creates a profile whose store is `file`. Needs Start().
     void CreateProfile(const std::string& name, const std::string& file, bool makeDefault = true);
     CZebSession LogOn(const char* profile = nullptr);
-    /// Starts MAPI, logs on to a new default profile, hands out its session and store, and logs off.
+    /// Starts MAPI, logs on to a new default profile, returns its session and store, and logs off.
     template <class Use>
     void WithStore(Use use)
     {
@@ -57,11 +57,11 @@ protected:
 private:
     RegistryScope m_registry;
     TempFolder m_folder;
-    std::string m_trace; // empty when somebody else reads it
+    std::string m_trace; // empty when another reader uses it
     std::optional<EnvironmentScope> m_traced;
 };
 
-/// A host that is logged on to a store of its own.
+/// A host that is logged on to its own store.
 class StoreHost : public Host
 {
 protected:
@@ -69,7 +69,7 @@ protected:
     ~StoreHost() override;
 
     void LogOff();
-    /// Logs off and on again, and opens the store anew.
+    /// Logs off and on again, and reopens the store.
     void LogOnAgain();
     /// Opens an object of the store with the best access.
     template <class Wrapper>
@@ -88,7 +88,7 @@ protected:
     std::unique_ptr<CZebMsgStore> m_store;
 };
 
-/// What a CZebException* thrown by `body` says. Fails the test and returns empty when none is thrown.
+/// The data of the CZebException* thrown by `body`. Fails the test and returns empty when none is thrown.
 struct Failure
 {
     HRESULT result = S_OK;

@@ -1,4 +1,4 @@
-// The whole main job: from nothing to the subjects of the inbox.
+// The main use case: from the start to the subjects of the inbox.
 #include "tests/integration/Content.h"
 
 #include <vector>

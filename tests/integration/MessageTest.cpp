@@ -1,4 +1,4 @@
-// Messages, what hangs on them, and which wrapper takes which object.
+// Messages, their parts, and which wrapper accepts which object.
 #include "tests/integration/Host.h"
 
 #include <functional>
@@ -224,7 +224,7 @@ TEST_F(Messages, FoldersAndStoresAreTakenByTheWrappersOfTheirTypeOnly)
                     EXPECT_TRUE(m_session->CompareEntryIDs(target->GetEntryID(), ids[kind]));
                     continue;
                 }
-                // A mail user asks for no interface of its own, so the object is opened and its type refuses it.
+                // A mail user requests no specific interface, so the object is opened and refused because of its type.
                 const bool opens = *target->GetInterfaceCIID() == IID_IMAPIProp;
                 EXPECT_EQ(FailureOf([&] { openers[opener](ids[kind], *target); }).result,
                           opens ? MAPI_E_INVALID_TYPE : MAPI_E_INTERFACE_NOT_SUPPORTED);

@@ -23,7 +23,7 @@ class NamedProperty : public StoreHost
 protected:
     CZebMessage NewMessage() { return Inbox().CreateMessage(0); }
 
-    /// The name behind a tag of the store, as "set number" or "set text".
+    /// The name of a tag of the store, as "set number" or "set text".
     static std::string NameOf(CZebIProp& object, ULONG tag)
     {
         CZebPropTagArray tags;
@@ -142,13 +142,13 @@ TEST_F(NamedProperty, HaveNumbersOfTheirOwnInEachStore)
         EXPECT_NE(there, here);
         EXPECT_EQ(NameOf(store, there), "address " + std::to_string(PROP_ID(EmailAddress)));
 
-        // An object that is given another store's object asks that one.
+        // A wrapper assigned an object of another store queries that store.
         CZebMessage message = NewMessage();
         EXPECT_EQ(message.GetRealTag(EmailAddress, true), here);
         message = store.OpenInboxFolder(MAPI_BEST_ACCESS).CreateMessage(0);
         EXPECT_EQ(message.GetRealTag(EmailAddress, true), there);
 
-        // Copied into it, a property keeps its name and takes the store's number.
+        // A copied property keeps its name and gets the target store's identifier.
         CZebMessage source = NewMessage();
         CZebPropValArray values(1);
         values[here] = ZEBW("a@example.org");

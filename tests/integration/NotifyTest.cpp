@@ -14,7 +14,7 @@ namespace zeb::test
 namespace
 {
 
-/// Counts what it is told, by event.
+/// Counts notifications by event.
 class Counter : public CAdviseSinkDelegate
 {
 public:
@@ -31,14 +31,14 @@ public:
     void OnTableModified_Row_Deleted(TABLE_NOTIFICATION*) override { Count(m_deleted); }
     void OnTableModified_Row_Modified(TABLE_NOTIFICATION*) override { Count(m_modified); }
 
-    /// Waits until it was told so often. @return false after ten seconds
+    /// Waits for this number of notifications. @return false after ten seconds
     bool Has(int added, int modified, int deleted, int whole = 0)
     {
         std::unique_lock<std::mutex> hold(m_lock);
         return m_heard.wait_for(hold, std::chrono::seconds(10), [&]
         { return m_added == added && m_modified == modified && m_deleted == deleted && m_whole == whole; });
     }
-    /// By how many rows the table has grown as far as it was told.
+    /// The growth of the table in rows, according to the notifications.
     bool HasGrownBy(int rows)
     {
         std::unique_lock<std::mutex> hold(m_lock);

@@ -1,4 +1,4 @@
-// Profiles as the embedded provider keeps them, read from the registry and through MAPI.
+// Profiles of the embedded provider, read from the registry and through MAPI.
 #include "tests/integration/Content.h"
 #include "tests/support/ProfileKeys.h"
 
@@ -99,7 +99,7 @@ TEST_F(Profiles, AreReadFromTheRegistryWithoutMapi)
     EXPECT_EQ(before.size(), 2u);
     EXPECT_EQ(DefaultInRegistry(), "mine");
     EXPECT_TRUE(Zeb_HasDefaultProfile());
-    EXPECT_FALSE(Zeb_GetMAPI().WasInitialized()) << "nobody started it";
+    EXPECT_FALSE(Zeb_GetMAPI().WasInitialized()) << "it was not started";
     EXPECT_EQ(FailureOf([] { CZebProfAdmin::Open(); }).result, MAPI_E_CALL_FAILED);
 }
 
@@ -121,7 +121,7 @@ TEST_P(ProfilesByVersion, LieWhereTheVersionOfOutlookSays)
     CZebSession session = LogOn();
     EXPECT_TRUE(session.IsValid());
     session.Logoff(0, 0, 0);
-    // Outlook goes: both look elsewhere from now on.
+    // Outlook is removed: both use the other key from now on.
     SetOutlookVersion(own ? "Outlook.Application.16" : "Outlook.Application.15");
     EXPECT_TRUE(InRegistry().empty());
     EXPECT_TRUE(ThroughMapi().empty());

@@ -1,4 +1,4 @@
-// What property objects do, for effect: read, write, delete, copy, save.
+// Effects of property object operations: read, write, delete, copy, save.
 #include "tests/integration/Host.h"
 
 #include <algorithm>
@@ -140,7 +140,7 @@ TEST_F(PropertyOperation, GivesTextInEitherWidth)
     m_message.SetProps(values, true, nullptr);
     CZebMessage again = Again();
     EXPECT_EQ(std::basic_string<WCHAR>(again.GetStringPropW(PR_SUBJECT_W).GetString()), ZEBW("caf\u00e9"));
-    // Asked for by the other tag, and converted by the library.
+    // Requested by the other tag, and converted by the library.
     EXPECT_STREQ(again.GetStringPropA(PR_SUBJECT_A), again.GetStringPropA(PR_SUBJECT_W));
     EXPECT_EQ(std::basic_string<WCHAR>(again.GetStringPropW(PR_COMMENT_A).GetString()), ZEBW("plain"));
     EXPECT_EQ(FailureOf([&] { again.GetStringPropA(PR_IMPORTANCE); }).result, MAPI_E_INVALID_TYPE);

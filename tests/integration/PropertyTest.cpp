@@ -12,7 +12,7 @@ namespace
 class PropertyRoundTrip : public StoreHost
 {
 protected:
-    /// Saves `value` in a new message, opens the message again and hands what it then has to `check`.
+    /// Saves `value` in a new message, reopens the message and passes the stored value to `check`.
     void RoundTrip(const SPropValue& value, const std::function<void(const SPropValue&)>& check)
     {
         CZebMessage written = Inbox().CreateMessage(0);

@@ -1,6 +1,6 @@
-// How a host comes upon the embedded provider, and what it must do by other means there. Each test program
-// links one of the two: DirectRoute.cpp (Outlook's key names the provider) or ForeignRoute.cpp (the system's
-// own MAPI library hands over to it, but not everything).
+// How a host reaches the embedded provider, and the workarounds that it needs. Each test program links one of:
+// DirectRoute.cpp (Outlook's key names the provider) or ForeignRoute.cpp (the system's own MAPI library forwards most
+// calls to it).
 #pragma once
 
 #include "zebapi/ZebAPI.h"
@@ -11,7 +11,7 @@ namespace zeb::test
 /// Registers the embedded provider in the registry of the test.
 void RegisterProvider();
 
-/// Opens the default store of the session's profile for writing where it can be. @throws CZebException*
+/// Opens the default store of the session's profile for writing when possible. @throws CZebException*
 CZebMsgStore OpenDefaultStore(CZebSession& session);
 
 } // namespace zeb::test

@@ -1,4 +1,4 @@
-// What a session does, on profiles with stores of the embedded provider.
+// Sessions on profiles with stores of the embedded provider.
 #include "tests/integration/Host.h"
 
 #include <cstring>
@@ -40,7 +40,7 @@ TEST_F(Sessions, OpenTheStoreByDefaultAndByIdentifier)
     EXPECT_TRUE(m_session->CompareEntryIDs(byId.GetEntryID(), m_store->GetEntryID()));
     byId.OpenInboxFolder(MAPI_BEST_ACCESS).CreateFolder("made", false, true, 0, "", FOLDER_GENERIC);
     EXPECT_TRUE(Inbox().OpenFolderByName("made").IsValid());
-    // Without a flag that asks for it, the store can only be read.
+    // Without a flag for write access the store is read-only.
     CZebMsgStore forReading = m_session->OpenMsgStore(id, nullptr, 0);
     EXPECT_EQ(FailureOf([&] { forReading.SetDisplayName("x"); }).result, MAPI_E_NO_ACCESS);
 }
@@ -113,7 +113,7 @@ TEST_F(Sessions, AreSharedByCopiesAndOverForAllOfThemAfterLogoff)
     EXPECT_EQ(FailureOf([&] { assigned.OpenEntry(inbox.GetEntryID(), target, 0); }).result, MAPI_E_END_OF_SESSION);
     assigned.Logoff(0, 0, 0);
     EXPECT_FALSE(assigned.IsValid());
-    // What was opened lives on.
+    // Opened objects stay valid.
     inbox.CreateFolder("afterwards", false, true, 0, "", FOLDER_GENERIC);
     EXPECT_TRUE(inbox.OpenFolderByName("afterwards").IsValid());
 }

@@ -66,7 +66,7 @@ std::string TextOf(const CZebRow& row)
     return text;
 }
 
-/// One cached table that is scrolled, and what it is compared with.
+/// A cached table that is scrolled, and the reference for the comparison.
 class Scrolled
 {
 public:
@@ -139,7 +139,7 @@ private:
         {
             const CZebRow row = m_table[index];
             const CStringA sender = row[PR_SENDER_NAME_A].String(true);
-            // What vanished between the window's list of rows and their values has none.
+            // A row deleted between reading the list and the values has no values.
             if (row.hasRealValue(PR_SENDER_NAME_A) && sender != row[PR_DISPLAY_TO_A].String(true))
             {
                 m_mixed = TextOf(row);
@@ -178,7 +178,7 @@ private:
     std::string m_mixed;
 };
 
-/// What a thread found.
+/// The result of a thread.
 struct Result
 {
     std::vector<std::string> problems;
@@ -206,7 +206,7 @@ int Drain(HWND window)
 class Soak : public StoreHost
 {
 protected:
-    /// Four tables of one folder on a thread of their own, until the writer has ended and all is seen.
+    /// Four tables of one folder on a thread of their own, until the writer has ended and all changes have arrived.
     void Scroll(CZebFolder folder, unsigned seed, Result& result)
     {
         const HWND window = platform::CreateMessageWindow();
@@ -241,7 +241,7 @@ protected:
         result.messages += Drain(window);
         platform::DestroyMessageWindow(window);
     }
-    /// The last notifications may still be under way.
+    /// The last notifications may not have arrived yet.
     static void Compare(Scrolled& table, Result& result)
     {
         std::string difference;

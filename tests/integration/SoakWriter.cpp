@@ -12,14 +12,14 @@
 namespace
 {
 
-// So many messages later a message is changed, and moved.
+// A message is changed and moved after this number of further messages.
 constexpr size_t ChangedAfter = 500;
 constexpr size_t MovedAfter = 1000;
-// So many stay in the folder of moved ones; above them the first are deleted, so many at a time.
+// The number of messages kept in the folder of moved ones; beyond it the oldest are deleted in batches.
 constexpr ULONG Kept = 1500;
 constexpr LONG DeletedAtOnce = 20;
 
-/// Sender and receivers say the same, so that a row that mixes two states shows.
+/// Sender and receivers have the same text, so a row that mixes two states is detected.
 void Fill(CZebPropValArray& properties, int number, int revision)
 {
     CStringA subject, state;

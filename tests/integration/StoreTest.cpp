@@ -1,4 +1,4 @@
-// The store itself: its special folders, what may be opened as what, its tables, and who keeps it open.
+// The store itself: its special folders, the types of opened objects, its tables, and the references that keep it open.
 #include "tests/integration/Content.h"
 
 namespace zeb::test
@@ -123,7 +123,7 @@ TEST_F(Store, TheDefaultOneIsTheOneThatIsMarked)
 
 TEST_F(Store, RefusesObjectsOfAnotherTypeAndLeavesTheTargetEmpty)
 {
-    // A wrapper with an interface of its own is refused by the provider, one without by the library.
+    // A wrapper with a specific interface is refused by the provider, one without by the library.
     CZebFolder folder = Inbox();
     EXPECT_EQ(Refused(m_message, folder), MAPI_E_INTERFACE_NOT_SUPPORTED);
     CZebMessage message;

@@ -41,7 +41,7 @@ protected:
 
     CZebAPI& Library() { return Zeb_GetMAPI(); }
 
-    CStringA m_user, m_list; ///< identifiers as text: memory of MAPI's ends with it
+    CStringA m_user, m_list; ///< identifiers as text: MAPI memory is freed with the provider
 };
 
 TEST_F(Wab, OpensTheAddressBookOfTheDefaultProfile)
@@ -179,7 +179,7 @@ TEST_F(Wab, EntriesAreChangedThroughIt)
     Library().Uninitialize(nullptr);
 }
 
-/// Counts what it is told.
+/// Counts notifications.
 class CountingSink final : public IMAPIAdviseSink
 {
 public:

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Runs the integration suite by way of the system's own MAPI library: run_foreign.py LAUNCHER PROGRAM LIST
 
-What can not work there is listed in LIST (docs/windows.md), a row each that names the test which shows it:
+LIST (docs/windows.md) lists what cannot work there, one row with the name of the test for each:
 | what | `Suite.Name` | why |
 A listed test must fail, every other one pass, and every listed one be there; anything else fails.
 """

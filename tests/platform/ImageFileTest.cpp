@@ -16,7 +16,7 @@ namespace
 class ImageFileTest : public ::testing::Test
 {
 protected:
-    /// Writes a file. @return what is read of it
+    /// Writes a file. @return the header that is read from it
     ImageFile Read(const std::string& bytes)
     {
         const std::string path = m_folder.Path() + "/library.dll";
@@ -24,7 +24,7 @@ protected:
         return ReadImageFile(path);
     }
 
-    /// The head of a Windows library for a machine.
+    /// The header of a Windows library for a machine.
     static std::string Windows(const std::string& machine)
     {
         std::string head(0x80, '\0');

@@ -29,7 +29,7 @@ int Answer(ModuleHandle module, const char* name)
     return function == nullptr ? -1 : function();
 }
 
-/// A folder of its own, current during the test.
+/// A new folder that is the current one during the test.
 class CurrentFolder
 {
 public:

@@ -1,4 +1,4 @@
-// What the compiler's runtime owes every program; in one of the Windows builds a part of it is ours.
+// Services of the compiler's runtime; in one of the Windows builds a part of it is our own code.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -12,7 +12,7 @@ namespace
 
 int s_alive = 0;
 
-/// Counts its objects, and is no longer itself once destroyed.
+/// Counts its objects, and marks destroyed ones.
 class Counted : public std::runtime_error
 {
 public:

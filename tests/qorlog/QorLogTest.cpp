@@ -41,7 +41,7 @@ protected:
         std::filesystem::remove("qorlog_test.log");
     }
 
-    /// What the default sink writes to a file while `action` runs.
+    /// The output of the default sink to a file while `action` runs.
     static std::vector<std::string> FileLines(void (*action)(), const char* level = "")
     {
         zeb::test::SetEnvironment("ZEBAPI_LOG", "qorlog_test.log");
@@ -265,7 +265,7 @@ TEST_F(QorLog, AFileThatCanNotBeOpenedIsSaidOnceAndLinesGoNowhere)
     LLog(1, "ZebAPI", "a");
     LLog(1, "ZebAPI", "b");
     EXPECT_EQ(::testing::internal::GetCapturedStderr(),
-              "ZEBAPI_LOG: can not open 'no/such/folder/x.log': No such file or directory\n");
+              "ZEBAPI_LOG: cannot open 'no/such/folder/x.log': No such file or directory\n");
     EXPECT_FALSE(qorlog::IsEnabled(1));
 }
 

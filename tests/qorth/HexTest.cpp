@@ -10,14 +10,14 @@
 namespace
 {
 
-/// What String2Bin writes into a buffer of `cb` bytes, with a guard behind it.
+/// The output of String2Bin to a buffer of `cb` bytes, with guard bytes after it.
 std::vector<unsigned char> Bytes(const char* hex, ULONG cb)
 {
     std::vector<unsigned char> bytes(cb + 4, 0xEE);
     const ULONG count = String2Bin(hex, bytes.data(), cb);
     for (size_t i = count; i < bytes.size(); ++i)
     {
-        EXPECT_EQ(bytes[i], 0xEE) << "written behind what was counted, at " << i;
+        EXPECT_EQ(bytes[i], 0xEE) << "written after the counted bytes, at " << i;
     }
     bytes.resize(count);
     return bytes;
@@ -105,7 +105,7 @@ TEST(Hex, NullAndEmptyTextHoldNoBytes)
     EXPECT_EQ(Bytes("", 4), List{});
 }
 
-/// One byte after the other, as plainly as it can be said.
+/// The simplest form: one byte after the other.
 List Plainly(const std::string& text)
 {
     List bytes;

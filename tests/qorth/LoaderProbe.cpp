@@ -1,4 +1,4 @@
-// A library that says which it is, and tells its host when it is unloaded.
+// A library that returns its number and notifies its host when it is unloaded.
 #include "platform/export.h"
 
 extern "C" ZEBAPI_EXPORT int ProbeNumber()

@@ -1,4 +1,4 @@
-// What an exception says of its subject.
+// The context of an exception.
 #pragma once
 
 #include "zebapi/Exception.h"

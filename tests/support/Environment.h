@@ -11,7 +11,7 @@ namespace zeb::test
 /// Sets a variable, for getenv and for child processes; nothing removes it. Both are UTF-8.
 void SetEnvironment(const std::string& name, const std::optional<std::string>& value);
 
-/// Sets a variable for its lifetime, then gives it back its old value.
+/// Sets a variable for its lifetime, then restores the old value.
 class EnvironmentScope
 {
 public:

@@ -1,4 +1,4 @@
-// Makes allocations fail on purpose.
+// Simulates failing allocations.
 #pragma once
 
 namespace zeb::test
@@ -15,11 +15,11 @@ public:
     FailingNew(const FailingNew&) = delete;
     FailingNew& operator=(const FailingNew&) = delete;
 
-    /// Whether an allocation has failed by now.
+    /// Whether an allocation has failed so far.
     bool HasFailed() const;
 };
 
-/// Counts an allocation. @return whether it is to fail
+/// Counts an allocation. @return whether it must fail
 bool AllocationFails();
 
 } // namespace zeb::test

@@ -1,4 +1,4 @@
-// Makes calls of the operating system fail on purpose.
+// Simulates failing calls of the operating system.
 #pragma once
 
 namespace zeb::test
@@ -10,17 +10,17 @@ namespace zeb::test
 class FailingSystem
 {
 public:
-    /// @param error the system's code of the failure (an errno on Linux, a status on Windows); 0 for an everyday one
+    /// @param error the system's code of the failure (an errno on Linux, a status on Windows); 0 for a common one
     FailingSystem(int after, bool once, int error = 0);
     ~FailingSystem();
     FailingSystem(const FailingSystem&) = delete;
     FailingSystem& operator=(const FailingSystem&) = delete;
 
-    /// Whether a call has failed by now.
+    /// Whether a call has failed so far.
     bool HasFailed() const;
 };
 
-/// Counts a call. @return the system's code that it is to fail with; 0 when it is not to fail
+/// Counts a call. @return the system's code with which it must fail; 0 when it must succeed
 int SystemFailure(int everyday);
 
 } // namespace zeb::test

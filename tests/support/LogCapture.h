@@ -1,4 +1,4 @@
-// Collects what is logged while a test runs.
+// Collects log lines during a test.
 #pragma once
 
 #include "qorlog/QorLog.h"
@@ -34,7 +34,7 @@ inline LogLine Line(int level, std::string text)
     return {level, "ZebAPI", std::move(text)};
 }
 
-/// Takes the log's sink for its lifetime. One at a time. Threads: lines may come from any.
+/// Replaces the log's sink for its lifetime. One at a time. Threads: lines may come from any.
 class LogCapture
 {
 public:

@@ -1,5 +1,5 @@
-// A MAPI allocator that counts: bound for the length of a test, it fails the test when a block is left or
-// freed wrongly.
+// A counting MAPI allocator: bound for the duration of a test, it fails the test when a block is leaked or freed
+// wrongly.
 #pragma once
 
 #include "platform/mapi.h"
@@ -20,9 +20,9 @@ namespace zeb::test
 
 /// Binds itself by Zeb_MemInitialize; the destructor unbinds and expects every root block to have been freed.
 ///
-/// Blocks come filled with 0xCD and go filled with 0xDD; freeing a root frees what was allocated
-/// under it. Freeing a child, a foreign pointer or a block twice fails the test. There may be one
-/// object at a time. Threads: may be called from any.
+/// New blocks are filled with 0xCD, freed ones with 0xDD; freeing a root frees what was allocated under it. Freeing a
+/// child, a foreign pointer or a block twice fails the test. There may be one object at a time. Threads: may be called
+/// from any.
 class MapiMemory
 {
 public:
@@ -47,7 +47,7 @@ public:
     /// Binds this allocator again, after a test has bound something else.
     void Bind() { Zeb_MemInitialize(&AllocateBuffer, &AllocateMore, &FreeBuffer); }
 
-    /// Root blocks that are not freed yet, without those kept on purpose.
+    /// Root blocks that are not freed yet, except those kept by design.
     size_t LiveRoots() const
     {
         std::lock_guard<std::mutex> lock(m_mutex);
@@ -70,27 +70,27 @@ public:
         std::lock_guard<std::mutex> lock(m_mutex);
         return m_roots.count(const_cast<void*>(block)) != 0;
     }
-    /// The size asked for a live block, root or child; 0 for none of ours.
+    /// The requested size of a live block, root or child; 0 for a foreign block.
     ULONG SizeOf(const void* block) const
     {
         std::lock_guard<std::mutex> lock(m_mutex);
         const auto found = m_sizes.find(const_cast<void*>(block));
         return found != m_sizes.end() ? found->second : 0;
     }
-    /// The n-th allocation from now (1 is the next) returns `result` and gives nothing; later ones succeed again.
+    /// The n-th allocation from now (1 is the next) fails with `result`; later ones succeed again.
     void FailAllocation(size_t n, SCODE result = MAPI_E_NOT_ENOUGH_MEMORY)
     {
         std::lock_guard<std::mutex> lock(m_mutex);
         m_failAt = m_allocations + n;
         m_failure = result;
     }
-    /// As FailAllocation, of the library's own allocations: those that a double makes for its answers do not count.
+    /// Like FailAllocation, for the library's own allocations: those of doubles do not count.
     void FailOwnAllocation(size_t n)
     {
         std::lock_guard<std::mutex> lock(m_mutex);
         m_failAtOwn = m_ownAllocations + n;
     }
-    /// Whether the allocation of FailOwnAllocation has come.
+    /// Whether the allocation of FailOwnAllocation has been reached.
     bool HasFailedOwn() const
     {
         std::lock_guard<std::mutex> lock(m_mutex);
@@ -110,7 +110,7 @@ public:
     /// The n-th allocation from now succeeds with a null pointer.
     void GiveNull(size_t n) { FailAllocation(n, S_OK); }
 
-    /// Memory as a provider hands it out.
+    /// Memory as returned by a provider.
     void* Allocate(ULONG size)
     {
         void* block = nullptr;
@@ -134,8 +134,8 @@ public:
         return static_cast<char*>(std::memcpy(AllocateUnder(parent, static_cast<ULONG>(size)), text, size));
     }
 
-    /// The extended error of a MAPI object. Exceptions keep it for good, so it does not count as left behind;
-    /// nothing else is exempt.
+    /// The extended error of a MAPI object. Exceptions keep it permanently, so it does not count as a leak; nothing
+    /// else is exempt.
     MAPIERROR* NewMapiError(ULONG version, const char* error, const char* component, ULONG lowLevelError, ULONG context)
     {
         auto* mapiError = static_cast<MAPIERROR*>(Allocate(sizeof(MAPIERROR)));
@@ -212,7 +212,7 @@ private:
         return current;
     }
 
-    /// Counts an allocation that no double makes. @return whether it is to fail
+    /// Counts an allocation that is not made by a double. @return whether it must fail
     bool OwnFails() { return !ProviderScope::IsInside() && ++m_ownAllocations == m_failAtOwn; }
 
     SCODE Make(ULONG size, void** block, bool fails)
@@ -245,7 +245,7 @@ private:
         FreeOne(root);
     }
 
-    /// Spoiled first, so that reading what was freed shows where nothing watches memory.
+    /// Overwritten first, so reading freed memory is detected without a memory checker.
     void FreeOne(void* block)
     {
         const auto size = m_sizes.find(block);

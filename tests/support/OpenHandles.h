@@ -1,4 +1,4 @@
-// What this process holds open.
+// The open handles of this process.
 #pragma once
 
 #include <cstddef>

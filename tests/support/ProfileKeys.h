@@ -1,4 +1,4 @@
-// Where the registry keeps profiles, and which Outlook is installed.
+// Registry keys of profiles and of the installed Outlook.
 #pragma once
 
 #include "platform/registry.h"

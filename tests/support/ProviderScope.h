@@ -1,4 +1,4 @@
-// Which code runs: the library's, or that of a double in the place of a provider.
+// Distinguishes the library's code from that of a double acting as provider.
 #pragma once
 
 #include "platform/mapi.h"
@@ -6,8 +6,7 @@
 namespace zeb::test
 {
 
-/// While it lives, this thread runs a provider's code, or a host's: what is allocated there does not fail with what the
-/// library allocates.
+/// While it lives, this thread runs a provider's code, or a host's: its allocations are exempt from simulated failures.
 class ProviderScope
 {
 public:
@@ -45,7 +44,7 @@ public:
 
     bool HasFailed() const { return Failed(); }
 
-    /// Counts a call. @return whether it is to fail
+    /// Counts a call. @return whether it must fail
     static bool NextFails()
     {
         int& left = Left();

@@ -1,4 +1,4 @@
-// An empty registry for the length of a test.
+// An empty registry for the duration of a test.
 #pragma once
 
 #include "platform/registry.h"
@@ -7,8 +7,8 @@
 #include <string>
 
 /// While it lives, this process sees an empty HKEY_CLASSES_ROOT, HKEY_CURRENT_USER and HKEY_LOCAL_MACHINE: on Windows
-/// redirected below a key of its own, on Linux a file of its own (ZEBAPI_REGISTRY, which child processes see too).
-/// One at a time. Link zeb_test_registry.
+/// redirected below a separate key, on Linux a separate file (ZEBAPI_REGISTRY, which child processes see too). One at a
+/// time. Link zeb_test_registry.
 class RegistryScope
 {
 public:

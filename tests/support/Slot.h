@@ -2,8 +2,8 @@
 // either C++ ABI.
 //
 // In the Itanium ABI such a pointer is one more than the entry's offset; in the MSVC ABI it is the address of a few
-// instructions that jump by the entry. Both are asked in the same way: called for an object whose table's entries
-// answer with their own numbers.
+// instructions that jump by the entry. Both are resolved in the same way: by a call on an object whose table entries
+// return their own numbers.
 #pragma once
 
 #include <array>
@@ -15,7 +15,7 @@
 namespace zeb::test
 {
 
-/// An object with nothing but a table of methods, whose entry N returns N.
+/// An object with only a table of methods, whose entry N returns N.
 class SlotProbe
 {
 public:
@@ -66,7 +66,7 @@ size_t SlotOf(Pointer member)
     return (const_cast<SlotProbe&>(SlotProbe::Instance()).*asked)();
 }
 
-/// The entry of a slot, where the destructor counts as one slot: it takes two entries in the Itanium ABI.
+/// The entry of a slot, where the destructor counts as one slot: it has two entries in the Itanium ABI.
 constexpr size_t EntryOfSlot(size_t slot, size_t destructor)
 {
     return slot + (!MsvcAbi && slot > destructor ? 1 : 0);

@@ -1,4 +1,4 @@
-// A folder that goes away with the test.
+// A folder that is deleted after the test.
 #pragma once
 
 #include <filesystem>
@@ -8,7 +8,7 @@
 namespace zeb::test
 {
 
-/// Makes an empty folder with a name of its own; removes it and what is in it at the end, as far as the system lets it.
+/// Creates an empty folder with a unique name; the destructor deletes it with its content, as far as possible.
 class TempFolder
 {
 public:
@@ -31,7 +31,7 @@ public:
 
     /// The folder, without a trailing separator.
     std::string Path() const { return m_path.string(); }
-    /// A file of it; folders on the way are made.
+    /// The path of a file in it; creates missing folders.
     std::string File(const std::string& name) const
     {
         const std::filesystem::path file = m_path / name;

@@ -1,4 +1,4 @@
-// What a piece of code throws.
+// The exceptions that code throws.
 #pragma once
 
 #include "zebapi/Exception.h"

@@ -1,10 +1,10 @@
-// Work as a user whom the system's file permissions bind.
+// Runs code as a user who is subject to file permissions.
 #pragma once
 
 namespace zeb::test
 {
 
-/// For its lifetime this process is no administrator, where the system can say so; else it changes nothing.
+/// For its lifetime this process has no administrator rights, if the system supports that; otherwise no effect.
 class UnprivilegedScope
 {
 public:

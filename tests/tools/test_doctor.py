@@ -44,13 +44,13 @@ class Account(World):
         self.assertEqual(last["file"].replace("\\", "/").rsplit("/", maxsplit=1)[-1],
                          "zebstore.dll" if world.WINDOWS else "libzebstore.so")
 
-    def test_providers_that_can_not_be_used(self):
+    def test_providers_that_cannot_be_used(self):
         if world.WINDOWS:
             # Wine has its own, and uses what is registered there.
             self.zeb("provider", "install")
             self.expect_account()
             return
-        for path, verdict in (("", "unusable, it does not load: no file is named"), ("/nowhere/provider.so", "unusable, it does not load: "),
+        for path, verdict in (("", "unusable, it does not load: the file name is empty"), ("/nowhere/provider.so", "unusable, it does not load: "),
                               ("libzebapi.so", "unusable, it does not export MAPIInitialize")):
             with self.subTest(path=path):
                 self.register(path)

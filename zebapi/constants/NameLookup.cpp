@@ -9,7 +9,7 @@
 namespace
 {
 
-/// Plain ASCII, whatever the locale: `key` is of lower-case letters and ends where no character looks like it.
+/// Plain ASCII, independent of the locale: `key` consists of lower-case letters.
 bool SameTableName(const char* key, const char* asked)
 {
     size_t i = 0;
@@ -41,7 +41,7 @@ const zeb::IndexedNameTable* FindTable(const char* name)
     return nullptr;
 }
 
-/// The first row for which `same` holds, looked for from `hash` on; null when there is none.
+/// The first row that `same` accepts, searched from `hash` on; null when there is none.
 template <class Same>
 const ZebNamedValue* FindRow(const zeb::IndexedNameTable& indexed, const std::uint16_t* index, ULONG hash, Same same)
 {

@@ -1,6 +1,6 @@
 #include "zebapi/constants/internal/NameTables.h"
 
-// Simple MAPI's session handle, which its header wants declared.
+// Simple MAPI's session handle, required by its header.
 typedef ULONG_PTR LHANDLE, *LPLHANDLE;
 #include <mapi.h>
 #include <xcmc.h>
@@ -68,7 +68,7 @@ constexpr ZebNamedValue propTypes[] = {
     ZEB_NAMED(PT_MV_UNICODE)
     ZEB_NAMED(PT_MV_CLSID)
     ZEB_NAMED(PT_MV_I8)
-    // A second name of the narrow type, whatever character type this is compiled for.
+    // A second name of the narrow type, for either character type.
     {PT_MV_STRING8, "PT_MV_TSTRING"},
 };
 
@@ -234,7 +234,7 @@ constexpr ZebNamedValue attachMethods[] = {
 };
 // clang-format on
 
-/// A power of two that leaves at least three quarters of the slots free: most look-ups then end at the first.
+/// A power of two with at least three quarters of the slots free: most look-ups end at the first slot.
 constexpr size_t SlotCount(size_t rows)
 {
     size_t slots = 4;
@@ -260,7 +260,7 @@ constexpr bool SameName(const char* a, const char* b)
 template <size_t Slots>
 using Index = std::array<std::uint16_t, Slots>;
 
-/// The index of rows by what `Hash` and `Same` tell of them.
+/// The index of rows by `Hash` and `Same`.
 template <size_t Slots, size_t Rows, class Hash, class Same>
 constexpr Index<Slots> IndexOf(const ZebNamedValue (&rows)[Rows], Hash hash, Same same)
 {
@@ -292,7 +292,7 @@ constexpr Index<slotsOf<Rows>> byName =
     IndexOf<slotsOf<Rows>>(Rows, [](const ZebNamedValue& row) { return HashOfName(row.name); },
                            [](const ZebNamedValue& a, const ZebNamedValue& b) { return SameName(a.name, b.name); });
 
-/// The table of these rows, of which there must be as many as said.
+/// The table of these rows; their number must equal the declared one.
 template <const auto& Rows, size_t Count>
 constexpr IndexedNameTable Table(const char* name)
 {

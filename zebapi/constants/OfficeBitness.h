@@ -3,7 +3,7 @@
 
 #include "platform/mapi.h"
 
-/// How a provider library spells its exports.
+/// The form of a provider library's export names.
 enum EnumOfficeBitness : LONG
 {
     OfficeBitnessNone = 0, ///< not a MAPI provider

@@ -85,7 +85,7 @@ void CBinaryParser::ReadBytes(std::uint64_t n, void* destination)
     Fetch(n, destination);
 }
 
-/// With the terminator; 0 when there is none in what is left.
+/// Including the terminator; 0 when the rest has none.
 template <>
 std::uint64_t CBinaryParser::TerminatedLength<char>() const
 {

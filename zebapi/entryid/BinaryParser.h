@@ -1,4 +1,4 @@
-// Internal: reading a byte buffer from front to back, never beyond its end.
+// Internal: reads a byte buffer sequentially, never beyond its end.
 #pragma once
 
 #include "framework/CString.h"
@@ -11,7 +11,7 @@
 namespace zeb
 {
 
-/// An owned array for short use; a small one needs no memory of its own. Its items are not set at first.
+/// An owned temporary array; a small one needs no heap memory. Its items are uninitialized.
 template <class T>
 class CSafeArray
 {
@@ -32,15 +32,15 @@ private:
 
 /// Reads integers (little-endian), bytes and text from a borrowed buffer, at any alignment.
 ///
-/// No read goes past the end and none throws for want of bytes: one that does not fit gives zero or empty
-/// text and leaves the position, and with it its bytes, to the next read. Threads: none of its own.
+/// No read goes past the end, and none throws because of missing bytes: a read that does not fit returns zero or empty
+/// text and leaves the position unchanged. Threads: none of its own.
 class CBinaryParser
 {
 public:
     virtual ~CBinaryParser();
     /// Bytes between the position and the end; 0 when the position was moved past it.
     virtual std::uint64_t Remaining() const;
-    /// Moves the position on by `n` bytes, past the end if need be.
+    /// Advances the position by `n` bytes, possibly past the end.
     virtual void Advance(std::uint64_t n);
     /// The position, counted from the start.
     virtual std::uint64_t Offset() const;
@@ -53,9 +53,9 @@ public:
     /// Copies `n` bytes to `destination`; does nothing when it is null or they do not fit.
     virtual void ReadBytes(std::uint64_t n, void* destination);
     ZEB_OVERLOADS(
-        /// Text up to and with its terminator; empty, and nothing consumed, when there is none in what is left.
+        /// Text up to and including its terminator; empty, and nothing consumed, when the rest has no terminator.
         virtual CStringA ReadStringA(),
-        /// `n` characters, all of them consumed; the text ends at the first terminator among them.
+        /// Consumes `n` characters; the text ends at the first terminator among them.
         virtual CStringA ReadStringA(std::uint64_t n));
     ZEB_OVERLOADS(
         virtual CStringW ReadStringW(),
@@ -76,7 +76,7 @@ private:
     std::uint64_t m_size;
     const BYTE* m_start;
     const BYTE* m_end;
-    std::uint64_t m_offset = 0; ///< may lie past the end; never wraps round
+    std::uint64_t m_offset = 0; ///< may be past the end; never wraps
 };
 
 } // namespace zeb

@@ -18,7 +18,7 @@ std::unique_ptr<CEntryIDProviderData> Make()
     return std::make_unique<Data>();
 }
 
-/// The provider UIDs that say what an identifier is, in the order they are looked at.
+/// The provider UIDs that determine an identifier's kind, in the order of the checks.
 struct KnownProvider
 {
     BYTE uid[16];
@@ -41,7 +41,7 @@ constexpr KnownProvider knownProviders[] = {
      &Make<CEntryIDMessageDatabaseObject>},
 };
 
-// What is left behind the header of an identifier that no provider UID tells, for a folder and for a message.
+// The sizes after the header of an identifier with an unknown provider UID, for a folder and for a message.
 constexpr std::uint64_t folderRest = 18;
 constexpr std::uint64_t messageRest = 34;
 
@@ -49,7 +49,7 @@ constexpr BYTE topBit = 0x80;
 
 constexpr char invalidBinary[] = "<InvalidBinary>";
 
-// What a dump has room for at once: identifiers of this many bytes, and its lines without what they show.
+// Initial capacity of a dump: identifiers of this size in bytes, and the fixed text of its lines.
 constexpr size_t usualCount = 1024;
 constexpr size_t usualLines = 768;
 
@@ -152,7 +152,7 @@ CStringA CEntryIDInfo::String() const
 
 CStringA CEntryIDInfo::Dump(const char* prefix) const
 {
-    // The identifier is shown up to twice, the second time by what it wraps.
+    // The identifier is printed up to twice, the second time by the wrapped object.
     const size_t count = m_binary.IsValid() ? static_cast<ULONG>(m_binary) : 0;
     CDumpText text(4 * std::min(count, usualCount) + usualLines);
     Dump(text, prefix);
@@ -175,7 +175,7 @@ void CEntryIDInfo::Dump(CDumpText& out, const std::string& prefix) const
     out.Line(prefix, "  ShortTerm: ", YesNo((m_flags[0] & topBit) != 0));
     out.Line(prefix, "  Compound: ", YesNo((m_flags[1] & topBit) != 0));
     out.LineOfHex(prefix, "  ProviderUID: ", m_providerUID, sizeof m_providerUID);
-    // The object follows on the same line, behind a prefix of its own.
+    // The object follows on the same line, after its own prefix.
     out.Begin(prefix, "  Object:");
     DumpOrNull(m_data.get(), out, prefix + "  ");
 }
@@ -212,7 +212,7 @@ namespace
 constexpr std::uint16_t folderType = 2;
 constexpr std::uint16_t messageType = 3;
 
-// Behind the four numbers of a contact identifier that stands for a folder.
+// After the four numbers of a contact identifier of a folder.
 constexpr std::uint64_t contactFolderGap = 8;
 
 std::string_view ContactTypeName(std::uint32_t type)

@@ -13,14 +13,14 @@ namespace zeb
 
 class CEntryIDInfo;
 
-/// Type code of a contact identifier that stands for a contacts folder of a message store.
+/// Type code of a contact identifier for a contacts folder of a message store.
 constexpr ULONG CONTAB_FOLDER = 3;
 constexpr ULONG CONTAB_USER = 4;
 constexpr ULONG CONTAB_DISTLIST = 5;
 
-/// What stands behind an identifier's 20-byte header. Parsing never throws: what a short identifier lacks is
-/// zero or empty. Dumps go to the end of `out`; each line begins with `prefix` and ends with "\r\n", and what
-/// is nested is indented by two blanks more. Texts are written as they are.
+/// The part of an identifier after its 20-byte header. Parsing never throws: missing parts of a short identifier are
+/// zero or empty. Dumps go to the end of `out`; each line begins with `prefix` and ends with "\r\n", and nested objects
+/// are indented by two more blanks. Texts are written unchanged.
 class CEntryIDProviderData
 {
 public:
@@ -50,7 +50,7 @@ protected:
     CEntryIDDataObject& operator=(const CEntryIDDataObject&) = default;
 };
 
-/// Where an object lies in its database: 24 bytes.
+/// The position of an object in its database: 24 bytes.
 struct CEntryIDLocation
 {
     BYTE databaseGuid[16] = {};
@@ -112,7 +112,7 @@ private:
     std::uint8_t m_version = 0;
     std::uint8_t m_flag = 0;
     CStringA m_dllFileName;
-    bool m_isExchange = false; ///< what follows is there for Exchange stores only
+    bool m_isExchange = false; ///< the following fields exist only for Exchange stores
     std::uint32_t m_wrappedFlags = 0;
     BYTE m_wrappedProviderUID[16] = {};
     std::uint32_t m_wrappedResourceType = 0;
@@ -120,7 +120,7 @@ private:
     CStringA m_mailboxDN;
 };
 
-/// The three texts of a one-off identifier, in the width they were written in.
+/// The three texts of a one-off identifier, in their original width.
 template <class Text>
 class CEntryIDOneOffInfo
 {
@@ -135,7 +135,7 @@ private:
     Text m_emailAddress;
 };
 
-/// A recipient that is in no address book.
+/// A recipient without an address book entry.
 class CEntryIDOneOffRecipientObject : public CEntryIDProviderData
 {
 public:
@@ -151,7 +151,7 @@ private:
     CEntryIDOneOffInfo<CStringW> m_wide;
 };
 
-/// An entry of the Exchange address book; nothing of it is taken apart.
+/// An entry of the Exchange address book; not decoded further.
 class CEntryIDAddressBookObject : public CEntryIDProviderData
 {
 public:
@@ -186,7 +186,7 @@ private:
     std::unique_ptr<CEntryIDInfo> m_wrapped;
 };
 
-/// How a dump says whether.
+/// The text of a boolean in a dump.
 constexpr std::string_view YesNo(bool yes)
 {
     return yes ? "Yes" : "No";
@@ -217,21 +217,21 @@ enum eidt : LONG
     eidtOneOff = 5,
     eidtAddressBook = 6,
     eidtContact = 7,
-    eidtNewsGroupFolder = 8, ///< has a name; no identifier is taken for one
+    eidtNewsGroupFolder = 8, ///< has a name, but no identifier gets this kind
 };
 
-/// An entry identifier taken apart.
+/// A decoded entry identifier.
 ///
-/// The kind follows from the provider UID, or else from the length. Nothing throws over what is in the bytes:
-/// a short or unknown identifier is classified and dumped all the same. An object without a header gives an
-/// empty info. Copies are deep. Threads: none of its own.
+/// The kind follows from the provider UID, or else from the length. The content of the bytes never throws: a short or
+/// unknown identifier is classified and dumped as well. An object without a header gives an empty info. Copies are
+/// deep. Threads: none of its own.
 class CEntryIDInfo
 {
 public:
     explicit CEntryIDInfo(const CZebBinary& identifier);
     /// From hexadecimal text.
     explicit CEntryIDInfo(const char* hex);
-    /// The identifier of `count` bytes that stands inside another one, which makes it a message's.
+    /// The identifier of `count` bytes inside another one; it is treated as that of a message.
     CEntryIDInfo(ULONG count, const BYTE* nested);
     CEntryIDInfo(const CEntryIDInfo& other);
     CEntryIDInfo& operator=(const CEntryIDInfo&) = delete;
@@ -239,11 +239,11 @@ public:
 
     eidt Type() const { return m_type; }
     const char* TypeName() const;
-    /// Bytes that are left unread behind what the identifier's kind says.
+    /// Unread bytes after the end of the identifier's known structure.
     std::uint64_t Unread() const { return m_unread; }
     /// The identifier as hexadecimal text; "<InvalidBinary>" without a header.
     CStringA String() const;
-    /// Lines that end with "\r\n", each behind `prefix`.
+    /// Lines that end with "\r\n", each after `prefix`.
     CStringA Dump(const char* prefix) const;
     void Dump(CDumpText& out, const std::string& prefix) const;
 

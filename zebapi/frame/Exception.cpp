@@ -111,7 +111,7 @@ void CZebException::SetOperation(const char* operation) noexcept
 {
     try
     {
-        // A lambda has no name of its own, and the arguments of a template say nothing to a host.
+        // A lambda has no name, and template arguments mean nothing to a host.
         const bool isNamed = operation != nullptr && std::strcmp(operation, "operator()") != 0;
         const bool isOperator = isNamed && std::strncmp(operation, "operator", 8) == 0;
         m_context = isNamed ? operation : "";
@@ -121,7 +121,7 @@ void CZebException::SetOperation(const char* operation) noexcept
             m_context = m_context.Left(arguments);
         }
     }
-    catch (...) // only memory can be out
+    catch (...) // the only possible failure is out of memory
     {
         m_context.Empty();
     }
@@ -141,7 +141,7 @@ void CZebException::AddContext(const char* thing)
     }
     catch (...)
     {
-        // Memory is out. What was thrown is worth more than where.
+        // Out of memory: the exception matters more than its context.
     }
 }
 
@@ -152,7 +152,7 @@ void CZebException::Throw(LONG result, const char* file, int line, const char* o
 
 void CZebException::ThrowWithError(LONG result, const char* error, const char* file, int line, const char* operation)
 {
-    /// Gives the text as the extended error of an object would be given.
+    /// Returns the text in the form of an object's extended error.
     struct Source
     {
         MAPIERROR error;
@@ -171,13 +171,13 @@ void CZebException::ThrowOutOfMemory(const char* file, int line)
         }
         catch (...)
         {
-            // Memory is out. The line is lost, the failure is not.
+            // Out of memory: the log line is lost, the exception is kept.
         }
     }
     throw &s_outOfMemory;
 }
 
-/// From here on the library's strings and containers say that memory is out by a CZebException.
+/// From here on the library's strings and containers report out of memory as a CZebException.
 const bool CZebException::s_hasOwnOutOfMemory = []
 {
     zeb::framework::g_throwOutOfMemory = [] { ThrowOutOfMemory(nullptr, 0); };
@@ -259,7 +259,7 @@ void LogCaught(const char* file, int line) noexcept
     }
     catch (...)
     {
-        // No memory for the line: what was caught stays caught.
+        // No memory for the line: the exception is still handled.
     }
 }
 

@@ -1,4 +1,4 @@
-// The library's one failure type, the check that turns a MAPI result into it, and the guard that keeps it in.
+// The library's exception, the check that converts a MAPI result to it, and the guard that stops it.
 #pragma once
 
 #include "framework/CString.h"
@@ -14,21 +14,21 @@
 
 /// A failed MAPI call: its result code and a readable description.
 ///
-/// Made on the heap and thrown by pointer; whoever catches it (as CZebException*, CException* or CObject*)
-/// calls Delete(). Making one with a file name writes one line to the log, level 1: "THROW Exception 0x%08x
-/// (%s), File %s, line %d". Threads: objects are independent of each other.
+/// Created on the heap and thrown by pointer; the catcher (as CZebException*, CException* or CObject*) calls Delete().
+/// Creating one with a file name writes one line to the log, level 1: "THROW Exception 0x%08x (%s), File %s, line %d".
+/// Threads: objects are independent of each other.
 class ZEBAPI_EXPORT CZebException : public zeb::CException
 {
     ZEB_DECLARE_DYNAMIC(CZebException)
 
 public:
     /// The description is the MAPI name of `result`, or "0x%08X" for a code that has none.
-    /// @param file where the failing call stands; null writes no log line
+    /// @param file the source file of the failing call; null writes no log line
     CZebException(LONG result, const char* file, int line);
 
     /// The description is the extended error of the object on which the failing call was made
     /// (Object::GetLastError(result, 0, ...), 8-bit texts), or the name of `result` when the object gives
-    /// none. The MAPIERROR that the object hands out is not freed.
+    /// none. The MAPIERROR that the object returns is not freed.
     /// @param object any interface with MAPI's GetLastError; may be null
     template <class Object>
     CZebException(LONG result, Object* object, const char* file, int line)
@@ -45,22 +45,21 @@ public:
     ~CZebException() override;
 
     /// Copies at most `maxChars` bytes of the description into `buffer`, whole characters only; a terminator follows
-    /// only where what was copied is shorter than that. Sets `*helpContext`, when given, to 0.
+    /// only when the copy is shorter than that. Sets `*helpContext`, if not null, to 0.
     /// @return TRUE
     BOOL GetErrorMessage(char* buffer, unsigned int maxChars, unsigned int* helpContext) override;
 
     /// The MAPI result code.
     virtual HRESULT GetResult();
 
-    /// What failed, besides the code: the operation and, where one is known, the thing ("CreateFolder 'Projects'",
-    /// "operator[] row 7 of 3"). Empty for an exception that was made, not thrown by Throw.
+    /// What failed: the operation and, if known, its object ("CreateFolder 'Projects'", "operator[] row 7 of 3"). Empty
+    /// for an exception that was not thrown by Throw.
     zeb::CStringA GetContext() const;
 
-    /// Adds a thing to the context. The default log sink shows the context in a line after that of the throw.
+    /// Adds an object to the context. The default log sink shows the context in a line after that of the throw.
     void AddContext(const char* thing);
 
-    /// Throws a new exception, or, when memory for it is out, one kept for the case:
-    /// MAPI_E_NOT_ENOUGH_MEMORY.
+    /// Throws a new exception, or, when out of memory, a preallocated one: MAPI_E_NOT_ENOUGH_MEMORY.
     /// @param operation what GetContext() begins with: the calling function unless another is given
     [[noreturn]] static void Throw(LONG result, const char* file = ZEB_FILE, int line = ZEB_LINE,
                                    const char* operation = ZEB_CALLER);
@@ -79,7 +78,7 @@ public:
         {
             ThrowOutOfMemory(file, line);
         }
-        catch (CZebException*) // the one for want of memory, without a line of the log
+        catch (CZebException*) // the preallocated one for out of memory; writes no log line
         {
             ThrowOutOfMemory(file, line);
         }
@@ -87,12 +86,12 @@ public:
         throw exception;
     }
 
-    /// As above, with a text of the library's own as the extended error.
+    /// As above, with the library's own text as the extended error.
     [[noreturn]] static void ThrowWithError(LONG result, const char* error, const char* file = ZEB_FILE,
                                             int line = ZEB_LINE, const char* operation = ZEB_CALLER);
 
 protected:
-    /// What the constructors have in common: keeps the result, makes the description, writes the log line.
+    /// Common part of the constructors: stores the result, creates the description, writes the log line.
     /// @param error may be null; stays the caller's
     void Construct(LONG result, LPMAPIERROR error, const char* file, int line);
 
@@ -101,11 +100,11 @@ private:
     {
     };
     explicit CZebException(Reserve);
-    /// Begins the context; without memory for it there is none.
+    /// Begins the context; empty when out of memory.
     void SetOperation(const char* operation) noexcept;
     [[noreturn]] static void ThrowOutOfMemory(const char* file, int line);
 
-    /// Made when the library is loaded, so that it is there when memory is not. Threads share it unchanged.
+    /// Created when the library is loaded, for out of memory. Threads share it; it is never modified.
     static CZebException s_outOfMemory;
     static const bool s_hasOwnOutOfMemory;
 
@@ -114,17 +113,17 @@ private:
     zeb::CStringA m_context;
 };
 
-/// The text that `e->GetErrorMessage` gives, up to 1024 bytes of it. Works for any CException.
+/// The text of `e->GetErrorMessage`, at most 1024 bytes. Works for any CException.
 ZEBAPI_EXPORT zeb::CStringA Zeb_GetExceptionDescription(zeb::CException* e);
 
 /// The description of a result code: its MAPI name, or "0x%08X" for a code that has none.
 ZEBAPI_EXPORT zeb::CStringA Zeb_GetResultDescription(HRESULT result);
 
-/// Inside a catch block: one line that describes the exception in flight, whatever the library has
-/// thrown: a CException (which is deleted), _com_error of an empty wrapper, std::bad_alloc.
-/// "operation: description" where the operation is known.
+/// Inside a catch block: one line that describes the current exception, of any type that the library throws: a
+/// CException (which is deleted), _com_error of an empty wrapper, std::bad_alloc. "operation: description" if the
+/// operation is known.
 ///
-/// A host ends with it:
+/// For the end of a host's main function:
 ///
 ///     catch (...)
 ///     {
@@ -180,7 +179,7 @@ inline HRESULT ThrowIfFailed(HRESULT result, const char* file = ZEB_FILE, int li
     return result;
 }
 
-/// As above, for a call on a MAPI object: the description is the object's extended error where it gives one.
+/// As above, for a call on a MAPI object: the description is the object's extended error if it has one.
 template <class Object>
 HRESULT ThrowIfFailed(HRESULT result, Object* object, const char* file = ZEB_FILE, int line = ZEB_LINE,
                       const char* operation = ZEB_CALLER)
@@ -192,7 +191,7 @@ HRESULT ThrowIfFailed(HRESULT result, Object* object, const char* file = ZEB_FIL
     return result;
 }
 
-/// As above, for a call through a counted pointer; an empty one gives no extended error.
+/// As above, for a call through a counted pointer; an empty one has no extended error.
 template <class Object>
 HRESULT ThrowIfFailed(HRESULT result, const zeb::CComPtr<Object>& object, const char* file = ZEB_FILE,
                       int line = ZEB_LINE, const char* operation = ZEB_CALLER)
@@ -203,13 +202,12 @@ HRESULT ThrowIfFailed(HRESULT result, const zeb::CComPtr<Object>& object, const 
 namespace zeb
 {
 
-/// Inside a catch block: writes the line of the exception in flight (level 1) with the catch site's file and
-/// line, and deletes a CException. Nothing leaves it.
+/// Inside a catch block: writes a line about the current exception (level 1) with the catch site's file and line, and
+/// deletes a CException. Throws nothing.
 void LogCaught(const char* file = ZEB_FILE, int line = ZEB_LINE) noexcept;
 
-/// Runs `body`; a CZebException that leaves it is told the thing that it was about.
-/// @param thing gives its text; called only then
-/// @return what `body` returns
+/// Runs `body`; adds the object's text to the context of a CZebException that leaves it. @param thing returns the text;
+/// called only on failure @return the result of `body`
 template <class Thing, class Body>
 auto About(Thing&& thing, Body&& body) -> decltype(body())
 {
@@ -225,13 +223,13 @@ auto About(Thing&& thing, Body&& body) -> decltype(body())
         }
         catch (...)
         {
-            // Memory is out. What was thrown is worth more than what it was about.
+            // Out of memory: the exception matters more than its context.
         }
         throw;
     }
 }
 
-/// Runs `body` and lets no exception out: what it throws is logged by LogCaught.
+/// Runs `body` and stops all exceptions: LogCaught logs them.
 /// @return whether `body` ended without an exception
 template <class Body>
 bool Guarded(Body&& body, const char* file = ZEB_FILE, int line = ZEB_LINE)

@@ -10,10 +10,10 @@
 namespace
 {
 
-// IWABObject has no identifier of its own that anybody publishes; the object itself is what is wanted.
+// IWABObject has no published identifier; the object itself is used.
 const IID& IID_ZebIWABObject = IID_IUnknown;
 
-// Lives in plain memory: it is dropped or abandoned with the provider, not in an order of destructors.
+// Plain memory without a destructor: released or abandoned together with the provider.
 struct AllocatorBinding
 {
     LPALLOCATEBUFFER allocateBuffer;

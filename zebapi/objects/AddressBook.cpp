@@ -9,10 +9,10 @@
 namespace
 {
 
-// A contact identifier of this type stands for a contacts folder of a message store and wraps that folder's own.
+// A contact identifier of this type names a contacts folder of a message store and wraps that folder's own identifier.
 constexpr ULONG ContactFolder = 3;
 
-/// Whether the identifier is an address book entry that stands for a contacts folder.
+/// Whether the identifier is an address book entry for a contacts folder.
 bool IsContactsFolder(const zeb::CEntryIDInfo& info)
 {
     return info.Type() == zeb::eidtContact && info.Contact() != nullptr && info.Contact()->Type() == ContactFolder;

@@ -50,8 +50,8 @@ public:
 
 /// The address book of a session, or the Windows Address Book.
 ///
-/// Beside the address book it keeps references on the session that opened it and on the WAB object that it
-/// came from; copies carry both. Threads: none of its own; use one object from one thread at a time.
+/// In addition it holds references to the session that opened it and to its WAB object; copies share both. Threads:
+/// none of its own; use one object from one thread at a time.
 class ZEBAPI_EXPORT CZebAddressBook : public CZebIProp
 {
     friend class CZebAPI;
@@ -75,11 +75,11 @@ public:
     /// Opens the root container, by IAddrBook::OpenEntry of an identifier without bytes.
     /// @throws CZebException* MAPI_E_INVALID_TYPE when the root is no address book container
     virtual CZebABContainer OpenRootContainer(ULONG flags);
-    /// Opens a container. An identifier of an address book entry that stands for a contacts folder opens that
-    /// folder, through the session.
+    /// Opens a container. The identifier of an address book entry for a contacts folder opens that folder, through the
+    /// session.
     /// @throws CZebException* MAPI_E_INVALID_ENTRYID when such an identifier names no folder
     virtual CZebContainer OpenContainer(const SBinary& entryID, ULONG flags);
-    /// Opens any entry: through the session when there is one and this is no Windows Address Book, else by
+    /// Opens any entry: through the session when there is one and this is not the Windows Address Book, else by
     /// IAddrBook::OpenEntry; only the latter gives the target this object's WAB marking.
     /// @throws CZebException* MAPI_E_INVALID_TYPE when the target does not accept the object's type; the
     /// target is
@@ -92,7 +92,7 @@ public:
     virtual CZebContainer OpenMainContainer(const char* entryIDHex);
     /// Whether two identifiers in hexadecimal text name one object: in the Windows Address Book when the
     /// texts are equal in any letter case, else by IMAPISession::CompareEntryIDs. Null counts as empty.
-    /// @throws _com_error E_POINTER when there is no session to ask
+    /// @throws _com_error E_POINTER without a session
     virtual bool CompareEntryIDs(const char* entryIDHex1, const char* entryIDHex2);
 
     /// Adds a reference on prop, which may be null.

@@ -6,8 +6,8 @@
 
 /// Any MAPI container: a folder, an address book container, a distribution list.
 ///
-/// As an owner it is a CZebIProp; beside it keeps the container's address book provider identifier, once
-/// asked for. Threads: none of its own; use one object from one thread at a time.
+/// Ownership as in CZebIProp; it also caches the container's address book provider identifier after the first query.
+/// Threads: none of its own; use one object from one thread at a time.
 class ZEBAPI_EXPORT CZebContainer : public CZebIProp
 {
 public:
@@ -16,7 +16,7 @@ public:
     ULONG GetMAPIType() override;
 
 protected:
-    /// The object's IMAPIContainer. One of the Windows Address Book is taken as it is, without a query.
+    /// The object's IMAPIContainer. An object of the Windows Address Book is used directly, without a query.
     /// @throws _com_error E_POINTER when empty, E_NOINTERFACE when the object refuses
     virtual zeb::CComPtr<IMAPIContainer> GetContainer();
 
@@ -38,7 +38,7 @@ public:
     /// IMAPIContainer::GetHierarchyTable.
     virtual CZebTable GetHierarchyTable(ULONG flags);
     /// Whether the container belongs to the Exchange address book provider. PR_AB_PROVIDER_ID is read at the
-    /// first call only; when that fails, it is logged and the answer is false from then on.
+    /// first call only; when that fails, it is logged and the result is false from then on.
     virtual bool IsExchange();
     /// The tag under which this container's items carry their display name.
     virtual ULONG GetABItemDisplayNameTagForContainer(bool unicode) const;
@@ -49,7 +49,7 @@ public:
 
     /// Whether id is the Exchange address book provider's identifier; false when it holds nothing.
     static bool IsExchangeProviderID(CZebBinary& id);
-    /// Whether a container's name says that it is a mobile one: it contains "(mobile)" in any letter case.
+    /// Whether a container is a mobile one by its name: it contains "(mobile)" in any letter case.
     static bool IsMobileContainer(const zeb::CStringA& name);
 
 private:

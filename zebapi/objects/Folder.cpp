@@ -18,7 +18,7 @@
 namespace
 {
 
-// The system's code for an element that was not found: positive, and so never thrown by a check.
+// Windows' code for "element not found": positive, so no check throws it.
 constexpr LONG ElementNotFound = 1168;
 constexpr ULONG SaveFlags = KEEP_OPEN_READWRITE | FORCE_SAVE;
 constexpr ULONG PR_HIDDEN_FOLDER = PROP_TAG(PT_BOOLEAN, 0x10F4);
@@ -44,7 +44,7 @@ CZebBinary FindByString(CZebTable table, ULONG tag, const Char* text, const char
     return CZebBinary(zeb::Received(rows[0][PR_ENTRYID]));
 }
 
-/// What a call on a list of messages is about.
+/// The context text of a call on a list of messages.
 auto CountOf(const SBinaryArray* list)
 {
     return [list] { return zeb::CountText(list != nullptr ? list->cValues : 0, "message"); };

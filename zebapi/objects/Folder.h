@@ -7,8 +7,8 @@
 
 /// A folder of a message store.
 ///
-/// Windows are parents of what a provider shows, and may be null, as may be the progress object.
-/// Threads: none of its own; use one object from one thread at a time.
+/// Windows are parents of a provider's dialogs and may be null, as may the progress object. Threads: none of its own;
+/// use one object from one thread at a time.
 class ZEBAPI_EXPORT CZebFolder : public CZebContainer
 {
 public:
@@ -24,8 +24,8 @@ protected:
 public:
     /// Shares the object of other and takes its provider identifier. Never throws.
     virtual CZebFolder& operator=(const CZebFolder& other);
-    /// IMAPIFolder::CreateFolder. With flags exactly OPEN_IF_EXISTS a subfolder of that name is looked for
-    /// first and returned as it is, neither hidden nor saved.
+    /// IMAPIFolder::CreateFolder. With flags exactly OPEN_IF_EXISTS an existing subfolder of that name is returned
+    /// unchanged, neither hidden nor saved.
     /// @param hidden      sets PR_ATTR_HIDDEN on the new folder
     /// @param save        saves the new folder
     /// @param folderType  FOLDER_GENERIC or FOLDER_SEARCH
@@ -62,13 +62,13 @@ public:
     /// IMAPIFolder::EmptyFolder.
     virtual void EmptyFolder(HWND parent, ULONG flags, IMAPIProgress* progress);
     ZEB_OVERLOADS(
-        /// Creates a message with these properties, cut at the first free entry.
+        /// Creates a message with these properties, up to the first free entry.
         /// @param save  saves the message when anything was written, and this folder in any case
         virtual CZebMessage CreateMessage(CZebPropValArray& props, bool save, ULONG flags),
         /// IMAPIFolder::CreateMessage.
         virtual CZebMessage CreateMessage(ULONG flags));
     /// Creates the library's information message in this folder.
-    /// @param openExisting  return the one that is there, if any; that it could not be opened is logged
+    /// @param openExisting  return the existing one, if any; a failure to open it is logged
     /// @param save          saves the new message
     virtual CZebMessage CreateQorInfoMessage(bool openExisting, bool save);
     /// Opens the library's information message of this folder, with the best access.
@@ -79,8 +79,8 @@ public:
         virtual void GetPropsOfChild(CZebSession& session, const SBinary& childID, CZebPropValArray& result,
                                      ULONG n, ...),
         /// Reads properties of a direct child of this folder.
-        /// @throws CZebException* MAPI_E_NOT_FOUND when the object lies elsewhere; result holds its
-        /// properties all the same
+        /// @throws CZebException* MAPI_E_NOT_FOUND when the object is in another folder; result still contains its
+        /// properties
         virtual void GetPropsOfChild(CZebSession& session, const SBinary& childID, SPropTagArray* tags,
                                      CZebPropValArray& result));
 

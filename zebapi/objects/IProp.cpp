@@ -24,7 +24,7 @@ namespace
 
 constexpr ULONG FirstNamedTag = 0x80000000;
 constexpr ULONG SaveFlags = KEEP_OPEN_READWRITE | FORCE_SAVE;
-// What Simple MAPI answers for "not supported"; a positive code, so that no check takes it for a failure.
+// Simple MAPI's code for "not supported"; positive, so no check treats it as a failure.
 constexpr HRESULT SimpleNotSupported = 26;
 
 bool RefusesNames(HRESULT result)
@@ -37,7 +37,7 @@ std::string BytesOf(const SBinary& binary)
     return std::string(reinterpret_cast<const char*>(binary.lpb), binary.cb);
 }
 
-/// Maps every name of the list to the tag that the object gave for it.
+/// Maps every name of the list to the object's tag for it.
 void FillMap(CZebNameIdMap& map, const CZebNameIdHelper& names, ULONG count, const SPropTagArray& tags)
 {
     try
@@ -52,7 +52,7 @@ void FillMap(CZebNameIdMap& map, const CZebNameIdHelper& names, ULONG count, con
     }
     catch (...)
     {
-        // A map of some names counts as filled, and the others would never be asked for.
+        // A partial map would count as filled, and the other names would never be queried.
         map.EmptyIdMap();
         throw;
     }
@@ -76,7 +76,7 @@ String ReadWhole(const CComPtr<IStream>& stream)
     {
         buffer = text.GetBuffer(length + 1);
     }
-    catch (CZebException*) // the one for want of memory, which nobody deletes
+    catch (CZebException*) // the preallocated exception for out of memory, never deleted
     {
         CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY);
     }
@@ -196,7 +196,7 @@ bool CZebIProp::IsWAB()
 
 CZebIProp& CZebIProp::operator=(const CZebIProp& other)
 {
-    // Taken before freeing, which may be the freeing of other.
+    // Copied before freeing, because that may free `other`.
     CComPtr<IUnknown> object(other.m_object);
     const bool isWAB = other.m_bWAB;
     zeb::Guarded([&]
@@ -418,7 +418,7 @@ void CZebIProp::GetAllProps(ULONG* count, SPropValue** values, ULONG flags)
 
 void CZebIProp::GetProps(CZebPropValArray& result, ULONG n, ...)
 {
-    Prop(); // an empty wrapper leaves the result as it is
+    Prop(); // an empty wrapper leaves the result unchanged
     CZebPropTagArray tags;
     tags.Reserve(n);
     va_list args;
@@ -496,7 +496,7 @@ bool CZebIProp::IsChildOf(CZebSession& session, const SBinary& parentID, bool di
     {
         return false;
     }
-    // A store whose folders are each other's parents must not keep the walk going.
+    // A store with a cycle of parent folders must not cause an endless loop.
     std::set<std::string> seen;
     CZebPropObj above;
     CZebIProp* current = this;

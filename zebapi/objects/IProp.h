@@ -18,34 +18,34 @@ class CZebSession;
 /// the Windows Address Book, and the object's tags of the library's named properties, resolved when first
 /// needed. Copying or assigning a wrapper shares the MAPI object.
 ///
-/// A failing MAPI result is thrown as CZebException* with the object's extended error; warnings pass. Using
-/// an empty wrapper raises _com_error with E_POINTER and reaches no MAPI call. What MAPI returns through a
-/// pointer argument (SPropTagArray, SPropValue, SPropProblemArray) belongs to the caller, who frees it with
-/// Zeb_MemFree or hands it to CZebPropTagArray, CZebPropValArray, CZebPropProblemArray by their operator&.
-/// Threads: none of its own; use one object from one thread at a time.
+/// A failing MAPI result is thrown as CZebException* with the object's extended error; warnings pass. Using an empty
+/// wrapper throws _com_error with E_POINTER without a MAPI call. Data that MAPI returns through a pointer argument
+/// (SPropTagArray, SPropValue, SPropProblemArray) belongs to the caller, who frees it with Zeb_MemFree or hands it to
+/// CZebPropTagArray, CZebPropValArray, CZebPropProblemArray by their operator&. Threads: none of its own; use one
+/// object from one thread at a time.
 class ZEBAPI_EXPORT CZebIProp
 {
     friend class CZebAPI;
 
 protected:
     /// Fills the tags map once, by IMAPIProp::GetIDsFromNames with MAPI_CREATE over the library's list. An
-    /// object that refuses (MAPI_E_NO_SUPPORT, E_ACCESSDENIED, 26) gets the single entry 0 to 0, so that it
-    /// is not asked again.
+    /// object that refuses (MAPI_E_NO_SUPPORT, E_ACCESSDENIED, 26) gets the single entry 0 to 0, so it is not queried
+    /// again.
     virtual void CheckIDsMap();
 
     ZEB_OVERLOADS(
     public:
-        /// Takes the WAB marking of other.
+        /// Copies the WAB marking of other.
         virtual void SetWAB(CZebIProp& other),
 
     protected:
-        /// Marks the object as one of the Windows Address Book, or not.
+        /// Sets whether the object belongs to the Windows Address Book.
         virtual void SetWAB(bool isWAB));
 
 public:
     /// Releases the object.
     virtual ~CZebIProp();
-    /// The interface that an open asks for; each derived class answers with its own. Static storage.
+    /// The interface that an open requests; each derived class returns its own. Static storage.
     virtual const GUID* GetInterfaceCIID();
     /// The MAPI_* object type of the class; 0 for no particular one.
     virtual ULONG GetMAPIType();
@@ -60,8 +60,8 @@ public:
     /// Shares the object of other and takes its WAB marking. Never throws: an empty other leaves this one
     /// empty, with one logged exception line.
     virtual CZebIProp& operator=(const CZebIProp& other);
-    /// Frees, then gives the address of the empty slot: a MAPI call deposits an interface derived from
-    /// IMAPIProp there, whose reference this object then owns.
+    /// Frees, then returns the address of the empty pointer: a MAPI call stores an interface derived from IMAPIProp
+    /// there, and this object owns its reference.
     virtual IUnknown** operator&();
     /// This object.
     virtual operator CZebIProp*();
@@ -71,12 +71,12 @@ public:
     virtual void Free();
     /// Whether an object is held.
     virtual bool IsValid() const;
-    /// The map of named properties, filled. The reference lives as long as this object.
+    /// The map of named properties, filled. The reference is valid for the lifetime of this object.
     virtual CZebNameIdMap& GetTagsMap();
-    /// The object's own tag for a symbolic one; a tag with an id below 0x8000 is returned as it is, without asking.
-    /// @param flag  whether an unknown tag throws MAPI_E_BAD_VALUE; without it the answer is 0
+    /// The object's own tag for a symbolic one; a tag with an id below 0x8000 is returned unchanged, without a query.
+    /// @param flag whether an unknown tag throws MAPI_E_BAD_VALUE; otherwise the result is 0
     virtual ULONG GetRealTag(ULONG tag, bool flag);
-    /// CZebNameIdMap::GetName on the filled map; a tag with an id below 0x8000 is returned as it is.
+    /// CZebNameIdMap::GetName on the filled map; a tag with an id below 0x8000 is returned unchanged.
     virtual ULONG GetNameFromTag(ULONG tag, bool flag);
     /// PR_ENTRYID.
     virtual CZebBinary GetEntryID();
@@ -97,16 +97,16 @@ public:
     /// PR_DISPLAY_NAME_W when unicode, else PR_DISPLAY_NAME_A.
     virtual ULONG GetDisplayNameTag(bool unicode) const;
     /// A text property; empty when the object has none. Text of the other width is converted.
-    /// @throws CZebException* MAPI_E_INVALID_TYPE when the value is no text
+    /// @throws CZebException* MAPI_E_INVALID_TYPE when the value is not a text
     virtual zeb::CStringA GetStringPropA(ULONG tag);
     /// A text property; empty when the object has none. Text of the other width is converted.
-    /// @throws CZebException* MAPI_E_INVALID_TYPE when the value is no text
+    /// @throws CZebException* MAPI_E_INVALID_TYPE when the value is not a text
     virtual zeb::CStringW GetStringPropW(ULONG tag);
     /// As GetStringPropA.
     virtual zeb::CStringA GetStringProp(ULONG tag);
     /// IMAPIProp::OpenProperty for IID_IStream: read and write when flags has MAPI_MODIFY, else read only.
     virtual zeb::CComPtr<IStream> OpenProperty(ULONG tag, ULONG flags);
-    /// The whole of a text property too long for GetProps, read through its stream and not converted: the
+    /// The complete text of a property that is too long for GetProps, read through its stream and not converted: the
     /// tag's type must be PT_STRING8. A text ends at its first zero.
     /// @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY when the text does not fit a string
     virtual zeb::CStringA GetLongStringA(ULONG tag);
@@ -116,18 +116,17 @@ public:
     virtual zeb::CStringA GetLongString(ULONG tag);
     /// IMAPIProp::GetPropList.
     virtual void GetPropList(SPropTagArray** out, ULONG flags);
-    /// Every property of the object. flags reach GetPropList only; where the object does not know that code
-    /// page (MAPI_E_UNKNOWN_CPID), MAPI is asked for all properties without a list.
+    /// Every property of the object. flags go to GetPropList only; when the object does not support that code page
+    /// (MAPI_E_UNKNOWN_CPID), all properties are requested without a list.
     virtual void GetAllProps(ULONG* count, SPropValue** values, ULONG flags);
     ZEB_OVERLOADS(
         /// Reads exactly n properties, given as n tags (ULONG each), into result.
         virtual void GetProps(CZebPropValArray& result, ULONG n, ...),
-        /// IMAPIProp::GetProps; null tags ask for all. A list of no tags gives no
-        /// values, without a call: MAPI refuses it.
+        /// IMAPIProp::GetProps; null tags request all. An empty list returns no values, without a call: MAPI refuses
+        /// it.
         virtual void GetProps(SPropTagArray* tags, ULONG* count, SPropValue** values, ULONG flags));
     ZEB_OVERLOADS(
-        /// Writes what the array holds, after cutting it at its first free entry; an array that is then empty
-        /// writes and saves nothing.
+        /// Writes the array up to its first free entry; an empty array writes and saves nothing.
         /// @param save      save the object afterwards, with KEEP_OPEN_READWRITE | FORCE_SAVE
         /// @param problems  may be null
         virtual void SetProps(CZebPropValArray& values, bool save, SPropProblemArray** problems),
@@ -137,13 +136,12 @@ public:
     virtual void DeleteProps(SPropTagArray* tags, SPropProblemArray** problems);
     /// IMAPIProp::SaveChanges.
     virtual void SaveChanges(ULONG flags);
-    /// Whether the object lies in the container parentID: directly, or at any depth below it unless
-    /// directOnly. False for an empty parentID, a store, an address book, a root folder, and for a chain of
-    /// parents that runs in a circle. Every parent above is opened through session.
-    /// @throws CZebException* MAPI_E_INVALID_TYPE when an object on the way has no PR_PARENT_ENTRYID
+    /// Whether the object is in the container parentID: directly, or at any depth below it unless directOnly. False for
+    /// an empty parentID, a store, an address book, a root folder, and for a cyclic chain of parents. Every parent is
+    /// opened through session. @throws CZebException* MAPI_E_INVALID_TYPE when a parent has no PR_PARENT_ENTRYID
     virtual bool IsChildOf(CZebSession& session, const SBinary& parentID, bool directOnly);
-    /// Logs every property of the object, one line each, at level 3: name, type, value. Values are written as
-    /// they are, addresses and bodies included. Never throws.
+    /// Logs every property of the object, one line each, at level 3: name, type, value. Values are written unredacted,
+    /// including addresses and bodies. Never throws.
     virtual void DumpAllProps();
 
     /// Adds a reference on prop, which may be null.
@@ -185,12 +183,12 @@ public:
     void GetNamesFromIDs(SPropTagArray** tags, GUID* set, ULONG flags, ULONG* count, MAPINAMEID*** names);
 
 protected:
-    /// The wrapped interface, still owned by this object; raises _com_error with E_POINTER when the wrapper
-    /// is empty.
+    /// The wrapped interface, borrowed; throws _com_error with E_POINTER when the wrapper is empty.
     IMAPIProp* Prop() const;
-    /// Gives `target`, which was opened from this object and may be this object, the marking that this one had before.
+    /// Sets on `target`, which was opened from this object and may be this object, the marking that this object had
+    /// before.
     void PassWAB(bool wasWAB, CZebIProp& target);
-    /// The object queried for another of its interfaces.
+    /// Queries the object for another of its interfaces.
     /// @throws _com_error E_POINTER when the wrapper is empty, E_NOINTERFACE when the object refuses
     template <class Interface>
     zeb::CComPtr<Interface> QueryFor(const IID& iid) const
@@ -209,7 +207,7 @@ private:
     bool MayHaveParent();
 
     bool m_bWAB = false;
-    // Kept as IUnknown, so that handing its address out as IUnknown** needs no cast.
+    // Stored as IUnknown, so its address can be passed as IUnknown** without a cast.
     zeb::CComPtr<IUnknown> m_object;
     CZebNameIdMap m_tags;
 };

@@ -334,7 +334,7 @@ CComPtr<IDistList> CZebDistList::GetDistList()
 
 CZebDistList& CZebDistList::operator=(const CZebDistList& other)
 {
-    // Not the container's: what IsExchange found out about the list held before stays.
+    // Not the container's operator: the cached result of IsExchange of the previous list stays.
     CZebIProp::operator=(other);
     return *this;
 }

@@ -134,16 +134,16 @@ protected:
     virtual zeb::CComPtr<IDistList> GetDistList();
 
 public:
-    /// Shares the object of other. The answer that IsExchange gave before stays. Never throws.
+    /// Shares the object of other. The cached result of IsExchange stays. Never throws.
     virtual CZebDistList& operator=(const CZebDistList& other);
 
     /// Adds a reference on prop, which may be null.
     explicit CZebDistList(IMAPIProp* prop = nullptr);
-    /// Shares the object of other; IsExchange starts unasked.
+    /// Shares the object of other; IsExchange is not cached yet.
     CZebDistList(const CZebDistList& other);
 };
 
-/// Any object whose properties are to be read: every type from MAPI_STORE to MAPI_DISTLIST is accepted.
+/// Any object, to read its properties: every type from MAPI_STORE to MAPI_DISTLIST is accepted.
 class ZEBAPI_EXPORT CZebPropObj : public CZebIProp
 {
 public:

@@ -39,15 +39,15 @@ public:
     /// target is
     ///         empty then
     virtual void OpenEntry(const SBinary& entryId, CZebIProp& target, ULONG flags);
-    /// Deletes messages, which must all lie in the folder of the first one: for good, or by moving them to
-    /// the deleted items.
+    /// Deletes messages, which must all be in the folder of the first one: permanently, or by moving them to the
+    /// deleted items.
     /// @param entryIds  at least one identifier
-    /// @throws CZebException* MAPI_E_INVALID_PARAMETER for none; what opening the first message, its folder or
-    ///         the deleted items throws, and nothing is deleted then
+    /// @throws CZebException* MAPI_E_INVALID_PARAMETER for none; the errors of opening the first message, its folder or
+    /// the deleted items; nothing is deleted in that case
     virtual void DeleteMessages(SBinaryArray* entryIds, bool hardDelete);
     /// Deletes one message.
     virtual void DeleteMessage(const SBinary& entryId, bool hardDelete);
-    /// Whether item lies in the store's deleted items, at any depth.
+    /// Whether item is in the store's deleted items, at any depth.
     virtual bool IsUnderDeleted(CZebSession& session, CZebIProp& item);
 
     /// Adds a reference on store, which may be null.

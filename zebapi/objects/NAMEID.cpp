@@ -91,7 +91,7 @@ CZebNameIdMap& CZebNameIdMap::operator=(const CZebNameIdMap& other)
     {
         for (const IdMap* map : {&other.m_forward, &other.m_reverse})
         {
-            // From a copy: of a map assigned to itself, the first round would grow what it walks through.
+            // From a copy: when a map is assigned to itself, the loop would modify the map that it iterates over.
             const IdMap entries(*map);
             for (POSITION position = entries.GetStartPosition(); position != nullptr;)
             {

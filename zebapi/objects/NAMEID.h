@@ -5,11 +5,11 @@
 #include "platform/export.h"
 #include "platform/mapi.h"
 
-/// Symbolic tags of named properties against the tags that one store assigned to them.
+/// Maps symbolic tags of named properties to the tags that one store assigned to them.
 ///
-/// A named property has another id in every store. Callers write it with a fixed symbolic tag: its id is the
-/// property's numeric name, its type the real type. The map answers with the store's id and the caller's
-/// type. Only the ids (the high 16 bits) are kept. Threads: none of its own; use one object from one thread.
+/// A named property has another id in every store. Callers use a fixed symbolic tag: its id is the property's numeric
+/// name, its type the real type. The map returns the store's id with the caller's type. Only the ids (the high 16 bits)
+/// are kept. Threads: none of its own; use one object from one thread.
 class ZEBAPI_EXPORT CZebNameIdMap
 {
 public:
@@ -20,15 +20,15 @@ public:
     virtual void EmptyIdMap();
     /// The number of symbolic ids known.
     virtual int GetCount() const;
-    /// Maps the id of symbolicTag to the id of realTag, both ways; an id already there is overwritten.
-    /// @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY, and nothing is mapped then
+    /// Maps the id of symbolicTag to the id of realTag, both ways; an existing id is overwritten. @throws
+    /// CZebException* MAPI_E_NOT_ENOUGH_MEMORY; nothing is mapped in that case
     virtual void SetTag(ULONG symbolicTag, ULONG realTag);
     /// The store's tag for a symbolic one: the store's id with the type of tag. A tag with an id below 0x8000
-    /// is returned as it is; an unknown one gives 0.
+    /// is returned unchanged; an unknown one gives 0.
     /// @throws CZebException* MAPI_E_BAD_VALUE when the tag is unknown and mustExist is set
     virtual ULONG GetTag(ULONG tag, bool mustExist) const;
     /// Looks the whole tag up among the store's 16-bit ids, so a named tag is never found: 0, or the
-    /// exception. A tag with an id below 0x8000 is returned as it is.
+    /// exception. A tag with an id below 0x8000 is returned unchanged.
     /// @throws CZebException* MAPI_E_BAD_VALUE when the tag is unknown and mustExist is set
     virtual ULONG GetName(ULONG tag, bool mustExist) const;
     /// Takes the entries of both directions of other into the forward direction; the reverse one stays empty.
@@ -44,10 +44,10 @@ private:
     IdMap m_reverse;
 };
 
-/// The library's fixed list of named properties, as IMAPIProp::GetIDsFromNames takes it.
+/// The library's fixed list of named properties, as the argument of IMAPIProp::GetIDsFromNames.
 ///
-/// Owns one chain of MAPI memory: the array of pointers, and every MAPINAMEID allocated on it. Needs a bound
-/// allocator, and lives for one call only.
+/// Owns one chain of MAPI memory: the array of pointers, and every MAPINAMEID allocated on it. Needs a bound allocator,
+/// and is used for one call only.
 class ZEBAPI_EXPORT CZebNameIdHelper
 {
 public:

@@ -15,7 +15,7 @@ namespace zeb
 namespace
 {
 
-// Modes of CDllLoader: a library that is only looked at, and one whose FGetComponentPath is asked.
+// Modes of CDllLoader: a library that is only examined, and one whose FGetComponentPath is called.
 constexpr long ModeClassify = 20;
 constexpr long ModeStub = 4;
 
@@ -49,19 +49,19 @@ const char* FirstMissing(const CDllLoader& library, const char* const* names)
     return nullptr;
 }
 
-/// A folder with a trailing backslash and where it came from, or an empty one and why.
+/// A folder with a trailing backslash and its source, or an empty one and the reason.
 struct MapiFolder
 {
     std::string path;
     std::string origin;
 };
 
-/// The path that FGetComponentPath gives for MAPI; empty when it knows none.
+/// The path that FGetComponentPath returns for MAPI; empty when it returns none.
 std::string ComponentPath(ComponentPathFunction* componentPath)
 {
     for (const char* qualifier : {OutlookLanguageQualifier, OfficeLanguageQualifier, static_cast<const char*>(nullptr)})
     {
-        // One byte more than the function is told of, always zero.
+        // One byte more than the size passed to the function, always zero.
         char buffer[ComponentPathSize + 1] = {};
         if (componentPath(MapiComponent, qualifier, buffer, ComponentPathSize, TRUE) && buffer[0] != '\0')
         {
@@ -209,7 +209,7 @@ private:
         m_report.candidates.push_back(std::move(candidate));
     }
 
-    /// Takes the candidate that was examined last. @return true
+    /// Selects the candidate examined last. @return true
     bool Choose()
     {
         const ProviderCandidate& chosen = m_report.candidates.back();
@@ -255,7 +255,7 @@ ProviderClass CheckMAPIDll(const std::string& path, const ProviderEnvironment& e
     ProviderClass found;
     const std::string located = environment.locate(path);
     Log("ZebAPI", "Checking '%s'", path.c_str());
-    // Elsewhere the path would name another file in each current folder, which anyone may have put there.
+    // A relative path would depend on the current folder, where anyone may have placed a file.
     const bool isFixed = located.empty() || platform::IsBareOrAbsolutePath(located);
     CDllLoader library;
     if (!isFixed || !library.Load(located.c_str(), ModeClassify))

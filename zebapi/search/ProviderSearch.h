@@ -1,4 +1,4 @@
-// The search for a MAPI provider, with an account of everything it looked at.
+// The search for a MAPI provider, with a report of every candidate.
 #pragma once
 
 #include "platform/mapi.h"
@@ -11,71 +11,69 @@
 namespace zeb
 {
 
-/// The places where a provider is looked for, in their order.
+/// The steps of the search, in order.
 enum class ProviderStep
 {
-    Outlook,         ///< Outlook's entry among the registered mail clients
+    Outlook,         ///< Outlook's entry of the registered mail clients
     Common,          ///< MAPI32.DLL in the common MAPI folder
     CommonSubfolder, ///< MAPI32.DLL in the common MAPI folder's NT\ (or 95\)
     System,          ///< MAPI32.DLL of the system
 };
 
-/// A name for people: "Outlook", "common MAPI", "common MAPI, sub-folder", "system".
+/// A display name: "Outlook", "common MAPI", "common MAPI, sub-folder", "system".
 const char* ProviderStepName(ProviderStep step);
 
-/// What CheckMAPIDll found out about one library.
+/// The result of CheckMAPIDll for one library.
 struct ProviderClass
 {
     EnumOfficeBitness bitness = OfficeBitnessNone;
     bool loaded = false;
-    std::string loadError;                    ///< why nothing was loaded, in the system's words; empty when it was
-    std::string resolved;                     ///< the file that the loader takes for the path; empty when there is none
+    std::string loadError; ///< the system's error text when the library was not loaded; empty otherwise
+    std::string resolved;  ///< the file that the loader uses for the path; empty when there is none
     const char* missingDecorated = nullptr;   ///< first decorated name that is not exported; null when all are
-    const char* missingUndecorated = nullptr; ///< likewise; null also when the list was not tried
+    const char* missingUndecorated = nullptr; ///< likewise; null also when the list was not checked
 };
 
-/// One place that was looked at.
+/// One candidate of the search.
 struct ProviderCandidate
 {
     ProviderStep step = ProviderStep::Outlook;
-    /// Where the path came from, registry key and value or call, or why there is none; a sentence without a
-    /// full stop.
+    /// The source of the path, registry key and value or call, or why there is none; a sentence without a full stop.
     std::string origin;
-    std::string path;      ///< as it is handed to the loader; empty when the place named none
+    std::string path;      ///< as passed to the loader; empty when the step yields none
     bool examined = false; ///< whether the library at `path` was classified
     ProviderClass found;
 };
 
-/// The whole search.
+/// The result of the search.
 struct ProviderReport
 {
-    std::vector<ProviderCandidate> candidates; ///< in the order of the search, the chosen one last
+    std::vector<ProviderCandidate> candidates; ///< in the order of the search, the selected one last
     std::string path;                          ///< the provider to use; empty when there is none
     EnumOfficeBitness bitness = OfficeBitnessNone;
 };
 
-/// What the search asks the machine for besides the registry.
+/// What the search needs from the machine in addition to the registry.
 struct ProviderEnvironment
 {
-    /// The system's library folder with one trailing backslash; empty when the system does not tell.
+    /// The system's library folder with one trailing backslash; empty when unknown.
     std::function<std::string()> systemDir;
     /// Whether this is an NT system: names the sub-folder of the common MAPI folder.
     std::function<bool()> isNT;
-    /// The path that is loaded for a path of the search; the path itself unless a test puts another folder
-    /// under it.
+    /// The path to load for a path of the search; the path itself unless a test redirects it.
     std::function<std::string(const std::string& path)> locate;
 
-    /// The machine as it is.
+    /// The real machine.
     static ProviderEnvironment Machine();
 };
 
-/// Loads a library, sees which list of entry points it exports whole, and unloads it. Writes its lines with Log.
+/// Loads a library, checks which list of entry points it exports completely, and unloads it. Logs its lines.
 ProviderClass CheckMAPIDll(const std::string& path, const ProviderEnvironment& environment);
 
-/// Runs the search; Zeb_GetMapiDllPath is this on the machine as it is. Writes the same lines to the log.
+/// Runs the search; Zeb_GetMapiDllPath runs it on the real machine. Writes the same lines to the log.
 ProviderReport SearchProvider(const ProviderEnvironment& environment = ProviderEnvironment::Machine());
 
-/// The system's library folder with one trailing backslash; empty when the system does not tell.
+/// The system's library folder with one trailing backslash; empty when unknown.
 std::string GetSystemDir();
 
 } // namespace zeb

@@ -1,4 +1,4 @@
-// Reading the registry for the library, whose failures are CZebExceptions.
+// Registry access of the library; failures are CZebExceptions.
 #pragma once
 
 #include "platform/narrow.h"
@@ -9,7 +9,7 @@
 namespace zeb
 {
 
-/// Opens a registry key for reading; a key that is absent or closed to this user is not open.
+/// Opens a registry key for reading; a key that is absent or denied to this user is not open.
 /// @throws CZebException* MAPI_E_CALL_FAILED when the registry cannot be read, with the reason as its extended error
 inline CQorRegKey OpenRegistry(HKEY root, const char* path, const char* file = ZEB_FILE, int line = ZEB_LINE,
                                const char* operation = ZEB_CALLER)

@@ -33,7 +33,7 @@ const zeb::EntryPointRow* LoadTable(EnumOfficeBitness bitness)
     return bitness == OfficeBitness32 ? zeb::DecoratedEntryPoints : zeb::UndecoratedEntryPoints;
 }
 
-/// The object whose provider the allocator and the entry points are of; null when there is none.
+/// The object that has set the allocator and the entry points; null when there is none.
 std::atomic<const CZebAPI*> boundBy{nullptr};
 
 void ForgetEntryPoints()
@@ -49,16 +49,16 @@ void ForgetEntryPoints()
 namespace zeb
 {
 
-/// The library's one object, in memory of its own: it is not destroyed when a provider is still loaded. The process is
-/// ending then, and the provider's own objects are gone already, or this library is unloaded, and what the provider
-/// waits for would wait for the loader's lock.
+/// The library's only object, in static memory: it is not destroyed while a provider is still loaded. In that case
+/// either the process is ending and the provider's own objects are already destroyed, or this library is being unloaded
+/// and the provider's threads would wait for the loader lock.
 class LibraryObject
 {
 public:
     LibraryObject() { new (m_memory) CZebAPI; }
     ~LibraryObject()
     {
-        // What a host frees later, in destructors of its own static objects, must not reach the provider.
+        // Memory that a host frees later, in destructors of static objects, must not reach the provider.
         ForgetEntryPoints();
         if (Get().m_loader.IsEmpty())
         {
@@ -279,7 +279,7 @@ void CZebAPI::InitializeWAB()
     CComPtr<IWABObject> wabObject = OpenWAB(addressBook);
     boundBy = this;
     Zeb_MemInitialize(wabObject.Get());
-    // Nothing can fail any more: an address book that is kept is one that UninitializeWAB releases.
+    // Nothing can fail from here on: UninitializeWAB releases a stored address book.
     *reinterpret_cast<LPADRBOOK*>(&m_wabAddressBook) = addressBook.Detach();
     m_wabAddressBook.SetWAB(true);
     m_wab = true;
@@ -336,7 +336,7 @@ CZebSession CZebAPI::OpenSession(HWND parent, const char* profileName)
     {
         return Logon(parent, nullptr, 0);
     }
-    // A name that fills the buffer has no terminator of its own: one byte more is always zero.
+    // A name that fills the buffer has no terminator: one extra byte is always zero.
     char name[ProfileNameSize + 1] = {};
     // Whole characters only.
     std::memcpy(name, profileName, zeb::platform::NarrowPrefix(profileName, std::strlen(profileName), ProfileNameSize));
@@ -360,7 +360,7 @@ CZebSession CZebAPI::Logon(HWND parent, const void* profileName, ULONG flags)
         flags |= LogonFlags;
         flags |= profileName != nullptr ? MAPI_NEW_SESSION : MAPI_USE_DEFAULT | MAPI_ALLOW_OTHERS;
         CComPtr<IMAPISession> session;
-        // MAPI declares the name without const and as either kind of character.
+        // MAPI declares the name without const, for both character types.
         ThrowIfFailed(zeb::MAPILogonEx(reinterpret_cast<ULONG_PTR>(parent),
                                        static_cast<LPTSTR>(const_cast<void*>(profileName)), nullptr, flags,
                                        session.Put()),

@@ -19,7 +19,7 @@ bool IsOutlook15()
     return zeb::OpenRegistry(HKEY_CLASSES_ROOT, "Outlook.Application\\CurVer").GetString().Find("15") >= 0;
 }
 
-/// A mark of another type is no mark.
+/// A mark of another type is ignored.
 bool IsDefaultProfile(const CZebRow& row)
 {
     if (!row.IsExists(PR_DEFAULT_PROFILE))

@@ -10,10 +10,10 @@
 
 /// Reads the profiles' names straight from the registry; works without MAPI.
 ///
-/// Outlook 15 keeps its profiles in a place of its own; everything else uses Windows' messaging subsystem.
-/// Which one is installed is what "Outlook.Application\CurVer" says. The constructor and what is marked so
-/// throw CZebException* MAPI_E_CALL_FAILED when the registry cannot be read at all; what is absent is empty.
-/// Threads: none of its own; use one object from one thread.
+/// Outlook 15 has its own profiles key; all others use the key of Windows' messaging subsystem. The installed version
+/// is read from "Outlook.Application\CurVer". The constructor and the operations documented so throw CZebException*
+/// MAPI_E_CALL_FAILED when the registry cannot be read at all; absent values are empty. Threads: none of its own; use
+/// one object from one thread.
 class ZEBAPI_EXPORT CZebProfileNames
 {
 public:
@@ -26,7 +26,7 @@ public:
     void Reset();
 
     /// The next name, in the registry's order.
-    /// @return 1; or 0 when there are no more, and `name` is as it was
+    /// @return 1; or 0 when there are no more, and `name` is unchanged
     int GetNextName(zeb::CString& name);
 
     /// The default profile's name; empty when none is set.
@@ -48,7 +48,7 @@ private:
 class ZEBAPI_EXPORT CZebProfAdmin
 {
 protected:
-    /// Drops the reference; logs and swallows what is thrown.
+    /// Releases the reference; exceptions are logged and ignored.
     virtual void Free();
 
 public:
@@ -61,15 +61,15 @@ public:
     /// @throws CZebException* what MAPIAdminProfiles returned; MAPI_E_CALL_FAILED when no provider is loaded
     static CZebProfAdmin Open();
 
-    /// The wrapped object, counted; empty when there is none. For the operations that are not wrapped: profiles are
-    /// created, configured and deleted through IProfAdmin itself.
+    /// The wrapped object, counted; empty when there is none. For operations that are not wrapped: create, configure
+    /// and delete profiles through IProfAdmin itself.
     zeb::CComPtr<IProfAdmin> GetInterface() const { return m_profAdmin; }
 
-    /// Takes a reference to the other's object. When there is none, this is empty, the failure is logged and
-    /// not thrown.
+    /// Adds a reference to the other's object. When it has none, this object becomes empty; the failure is logged, not
+    /// thrown.
     virtual CZebProfAdmin& operator=(const CZebProfAdmin& other);
     virtual bool IsValid() const;
-    /// Drops the reference.
+    /// Releases the reference.
     virtual void Close();
 
     /// The table of profiles (IProfAdmin::GetProfileTable).

@@ -14,22 +14,22 @@
 ///
 /// Holds one counted reference on an IMAPISession (none: the session is empty); copies share the session. A
 /// failing MAPI result is thrown as CZebException* with the session's extended error; using an empty session
-/// raises _com_error with E_POINTER. Windows are parents of what a provider shows, and may be null. Threads:
-/// none of its own; use one object from one thread at a time.
+/// raises _com_error with E_POINTER. Windows are parents of a provider's dialogs and may be null. Threads: none of its
+/// own; use one object from one thread at a time.
 class ZEBAPI_EXPORT CZebSession
 {
 protected:
-    /// Drops the reference. Never throws.
+    /// Releases the reference. Never throws.
     virtual void Free();
 
 public:
     virtual ~CZebSession();
-    /// Shares the session of other, which is asked for IMAPISession. Never throws: an empty other leaves this
-    /// one empty, with one logged exception line.
+    /// Shares the session of other, which is queried for IMAPISession. Never throws: an empty other leaves this one
+    /// empty, with one logged exception line.
     virtual CZebSession& operator=(const CZebSession& other);
     /// Whether a session is held.
     virtual bool IsValid() const;
-    /// IMAPISession::Logoff, then drops the session in any case. Never throws: a failure is logged.
+    /// IMAPISession::Logoff, then always releases the session. Never throws: a failure is logged.
     virtual void Logoff(ULONG uiParam, ULONG flags, ULONG reserved);
     /// IMAPISession::GetMsgStoresTable.
     virtual CZebTable GetMsgStoresTable();
@@ -52,7 +52,7 @@ public:
     explicit CZebSession(IMAPISession* session = nullptr);
     /// Shares the session of other, or is empty like it.
     CZebSession(const CZebSession& other);
-    /// A reference of the caller's own on the session; empty when this object is.
+    /// A separate reference to the session; empty when this object is.
     zeb::CComPtr<IMAPISession> GetInterface() const;
 
 private:

@@ -69,13 +69,13 @@ namespace
 struct Attempt
 {
     const CAdviseSink* sink;
-    /// The sink was unadvised meanwhile, and the binder may be gone.
+    /// The sink was unadvised meanwhile, and the binder may have been destroyed.
     bool abandoned;
     Attempt* next;
 };
 
-// A notification may come, and unadvise, before the provider has answered the registration: a binder's sink and
-// connection change together, and only under this lock. It is never held across a call.
+// A notification may arrive, and unadvise, before the provider's Advise returns: a binder's sink and connection change
+// together, and only under this lock. It is never held across a call.
 std::mutex g_registering;
 Attempt* g_attempts = nullptr;
 
@@ -224,7 +224,7 @@ CAdviseSinkBinder& CAdviseSinkBinder::operator=(const CAdviseSinkBinder& other) 
 CAdviseSinkBinder::~CAdviseSinkBinder()
 {
     CAdviseSinkBinder::Unadvise();
-    // The delegate may have unadvised inside a notification that another thread has not come out of yet.
+    // The delegate may have unadvised inside a notification that is still running on another thread.
     CAdviseSink::AwaitDeliveries(m_delegate);
 }
 
@@ -258,7 +258,7 @@ void CAdviseSinkBinder::Register(CZebTable& table)
 
 void CAdviseSinkBinder::Register(CAdviseSink* sink)
 {
-    // The table's own reference: a notification that comes early may end this binder, and with it m_table.
+    // Holds a reference to the table: an early notification may destroy this binder, and with it m_table.
     CZebTable table;
     if (m_table.IsValid())
     {
@@ -278,7 +278,7 @@ void CAdviseSinkBinder::Register(CAdviseSink* sink)
     }
     catch (...)
     {
-        // No handler is at work with the binder after this.
+        // No handler uses the binder after this.
         sink->Cut();
         if (EndWith(attempt, [] {}))
         {

@@ -6,7 +6,7 @@
 #include "platform/mapi.h"
 #include "zebapi/tables/Table.h"
 
-/// Receiver of a table's notifications: derive and override what is of interest.
+/// Receiver of a table's notifications: derive and override the operations of interest.
 ///
 /// A change, an error and a reload all end in OnTableModified_ReloadCommon; row events are ignored.
 /// Threads: the operations run on the thread on which MAPI delivers, inside the delivery.
@@ -17,9 +17,9 @@ public:
     CAdviseSinkDelegate(const CAdviseSinkDelegate& other);
     CAdviseSinkDelegate& operator=(const CAdviseSinkDelegate& other);
     virtual ~CAdviseSinkDelegate();
-    /// Every table event; calls the operation for it. The notification lives for this call only.
+    /// Every table event; calls the operation for it. The notification is valid only during this call.
     virtual void OnTable_Modified(TABLE_NOTIFICATION* notification);
-    /// The table is to be read anew.
+    /// The table must be read again.
     virtual void OnTableModified_ReloadCommon();
     /// TABLE_CHANGED.
     virtual void OnTableModified_Changed();
@@ -37,9 +37,9 @@ public:
 
 /// The object that MAPI notifies; it passes table events on to one delegate.
 ///
-/// Counted, with 1 at construction, and deletes itself; create it with new. The delegate is not owned: it
-/// must outlive the sink or be cut off from it. Threads: notifications may arrive on any thread, several at
-/// once. Nothing is held while a delegate is called.
+/// Counted, with 1 at construction, and deletes itself; create it with new. The delegate is not owned: it must outlive
+/// the sink or be detached from it. Threads: notifications may arrive on any thread, also concurrently. No lock is held
+/// while a delegate is called.
 class ZEBAPI_EXPORT CAdviseSink : public IMAPIAdviseSink
 {
 public:
@@ -47,20 +47,20 @@ public:
     STDMETHOD(QueryInterface)(REFIID riid, void** ppv) override;
     STDMETHOD_(ULONG, AddRef)() override;
     STDMETHOD_(ULONG, Release)() override;
-    /// Calls the delegate for each fnevTableModified, in order. What a delegate throws is logged, and the
-    /// next one goes on. Always 0. The sink is kept alive while this runs.
+    /// Calls the delegate for each fnevTableModified, in order. An exception of the delegate is logged, and the next
+    /// notification is processed. Always 0. The sink is kept alive while this runs.
     STDMETHOD_(ULONG, OnNotify)(ULONG count, LPNOTIFICATION notifications) override;
     virtual ~CAdviseSink();
 
-    /// @param delegate  may be null: notifications are accepted and nothing is done
+    /// @param delegate  may be null: notifications are accepted and ignored
     explicit CAdviseSink(CAdviseSinkDelegate* delegate);
     CAdviseSink(const CAdviseSink& other);
     CAdviseSink& operator=(const CAdviseSink& other);
 
-    /// Takes the delegate away and waits until no other thread is inside it: afterwards it is called no more.
-    /// A call from inside a delivery does not wait for that one.
+    /// Detaches the delegate and waits until no other thread is inside it: after that it is not called any more. A call
+    /// from inside a delivery does not wait for that delivery.
     void Cut();
-    /// Waits until no other thread is inside a notification that `delegate` was called with before this. From inside a
+    /// Waits until no other thread is inside a notification in which `delegate` was called before this. From inside a
     /// notification of that delegate, returns at once.
     static void AwaitDeliveries(const CAdviseSinkDelegate* delegate);
 
@@ -68,25 +68,25 @@ private:
     void Deliver(TABLE_NOTIFICATION* notification);
 
     zeb::framework::Atomic<ULONG> m_references{1};
-    CAdviseSinkDelegate* m_delegate; // guarded by the lock of the deliveries under way
+    CAdviseSinkDelegate* m_delegate; // guarded by the lock of the active deliveries
 };
 
-/// Ties a delegate to a table: creates the sink, registers it for fnevTableModified, and unregisters it.
+/// Connects a delegate to a table: creates the sink, registers it for fnevTableModified, and unregisters it.
 ///
 /// Nothing here but AdviseChecked throws; failures are logged, and a failed registration ends without one. The delegate is not
 /// owned and must outlive the binder. Do not copy a binder that is advised: the copy shares sink and
 /// connection uncounted. Threads: advise and unadvise from one thread, or inside a notification on the thread that
-/// delivers it. A notification may come before Advise has returned, and may unadvise or destroy the binder then.
+/// delivers it. A notification may arrive before Advise has returned, and may unadvise or destroy the binder.
 class ZEBAPI_EXPORT CAdviseSinkBinder
 {
 public:
-    /// Unadvises, and waits until no other thread is inside a notification of the delegate, of
-    /// whatever table; not at all inside such a notification.
+    /// Unadvises, and waits until no other thread is inside a notification of the delegate, for any table; does not
+    /// wait inside such a notification.
     virtual ~CAdviseSinkBinder();
-    /// Registers a new sink on table, by CZebTable::Advise; what was registered before is unregistered first.
+    /// Registers a new sink on table, by CZebTable::Advise; the previous sink is unregistered first.
     virtual void Advise(CZebTable& table);
-    /// Cuts the delegate off, unregisters the sink and releases it. When it returns, no notification of this
-    /// registration is in progress (but one that this was called from) and none will follow.
+    /// Detaches the delegate, unregisters the sink and releases it. When it returns, no notification of this
+    /// registration is in progress (except one that it was called from) and none will follow.
     virtual void Unadvise();
 
     /// @param table  advised at once when not null

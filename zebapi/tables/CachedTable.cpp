@@ -109,7 +109,7 @@ void CZebCachedTable::Bind()
         CAdviseSinkBinder* binder = nullptr;
         if (zeb::Guarded([&] { binder = new CAdviseSinkBinder(this, nullptr); }))
         {
-            // Before it advises: a notification that comes early may unbind, which destroys the binder.
+            // Before it advises: an early notification may unbind, which destroys the binder.
             m_binder = binder;
             binder->Advise(*this);
         }
@@ -136,13 +136,13 @@ void CZebCachedTable::BindChecked()
 void CZebCachedTable::Unbind()
 {
     delete m_binder.Exchange(nullptr);
-    // A handler on another thread may have taken the binder, and be at work with it.
+    // A handler on another thread may have taken the binder and be using it.
     CAdviseSink::AwaitDeliveries(this);
 }
 
 void CZebCachedTable::EmptyCache()
 {
-    // In a notification the rows stay, since the reading thread may look at them; its next operation frees them.
+    // In a notification the rows are kept, because the reading thread may use them; its next operation frees them.
     const bool notified = zeb::Deliveries().IsInside(this);
     {
         const CSingleLock lock(&m_lock, true);
@@ -179,7 +179,7 @@ CZebRow CZebCachedTable::operator[](ULONG index)
 CZebRow CZebCachedTable::ReadRow(ULONG index)
 {
     const ULONG start = index > m_batch ? index - m_batch : 0;
-    // Seeking counts in LONG.
+    // SeekRow takes a LONG.
     if (start > INT_MAX)
     {
         CZebException::Throw(E_INVALIDARG);
@@ -217,7 +217,7 @@ void CZebCachedTable::ReadWindow(ULONG start)
         EmptyCache();
         throw;
     }
-    // Rows read while a notification came may be of either state: they are given out once and not kept.
+    // Rows read during a notification may have the old or the new state: they are returned once and not cached.
     const CSingleLock lock(&m_lock, true);
     m_firstRow = generation == m_generation ? start : NoRow;
 }

@@ -6,7 +6,7 @@
 namespace
 {
 
-/// A content restriction over a copy of `text`; nothing of the tree is touched but its chain of allocations.
+/// A content restriction over a copy of `text`; only the tree's allocation chain changes.
 template <class Char>
 SContentRestriction ContentOf(ULONG propTag, const Char* text, ULONG fuzzyLevel, void* base)
 {
@@ -153,7 +153,7 @@ CZebRestriction CZebRestriction::operator[](ULONG index)
     {
         CZebException::Throw(MAPI_E_INVALID_OBJECT);
     }
-    // AND and OR have one layout: a count and the children.
+    // AND and OR have the same layout: a count and the children.
     const SAndRestriction& children = m_node->res.resAnd;
     if (index >= zeb::CountOf(children.lpRes, children.cRes))
     {

@@ -4,14 +4,14 @@
 #include "platform/overloads.h"
 #include "zebapi/values/OnePROPVAL.h"
 
-/// A view of one node of a restriction tree: turns the node into one kind of restriction and hands out views
-/// of its children, so that a tree is built from the top down.
+/// A view of one node of a restriction tree: makes the node one kind of restriction and returns views of its children,
+/// so a tree is built top-down.
 ///
 /// The view owns nothing; everything is chained to the tree's root, which a CZebRestrictionAllocator owns,
-/// and views are valid while that holds the tree. A fresh node is all zero: an AND without children. Building
-/// a node twice overwrites it; the memory of the first stays until the tree is freed. Every builder, `[]` and
-/// the conversion throw MAPI_E_INVALID_OBJECT for an empty view. Relational operators, fuzzy levels and
-/// bitmask relations are MAPI's own values. Threads: none of its own.
+/// and views are valid while it owns the tree. A new node is all zero: an AND without children. Building a node twice
+/// overwrites it; the memory of the first stays until the tree is freed. Every builder, `[]` and the conversion throw
+/// MAPI_E_INVALID_OBJECT for an empty view. Relational operators, fuzzy levels and bitmask relations are MAPI's own
+/// values. Threads: none of its own.
 class ZEBAPI_EXPORT CZebRestriction
 {
 protected:
@@ -28,15 +28,15 @@ public:
     /// RES_NOT. @return a view of the negated child.
     virtual CZebRestriction CreateNot();
     /// RES_PROPERTY. @return a view of the value to compare with, which has the tag and no value yet. Write it with `=`
-    /// from a plain value, or with Set: `CreateProp(...) = otherView` only makes a temporary look elsewhere.
+    /// from a plain value, or with Set: `CreateProp(...) = otherView` only rebinds a temporary view.
     virtual CZebOnePropVal CreateProp(ULONG propTag, ULONG relop);
     /// RES_EXIST.
     virtual void CreateExist(ULONG propTag);
     /// RES_COMPAREPROPS.
     virtual void CreateCompareProps(ULONG propTag1, ULONG propTag2, ULONG relop);
     /// RES_CONTENT over a PT_STRING8 property; the text is copied.
-    /// @throws CZebException* MAPI_E_INVALID_TYPE for a tag of another type, MAPI_E_INVALID_PARAMETER for a
-    /// null text; the node is then as it was.
+    /// @throws CZebException* MAPI_E_INVALID_TYPE for a tag of another type, MAPI_E_INVALID_PARAMETER for a null text;
+    /// the node is then unchanged.
     virtual void CreateContentA(ULONG propTag, const char* text, ULONG fuzzyLevel);
     /// RES_CONTENT over a PT_UNICODE property, likewise.
     virtual void CreateContentW(ULONG propTag, const WCHAR* text, ULONG fuzzyLevel);
@@ -49,7 +49,7 @@ public:
         /// @throws CZebException* MAPI_E_INVALID_OBJECT for a node of another kind, E_INVALIDARG for an index outside.
         virtual CZebRestriction operator[](int index),
         virtual CZebRestriction operator[](ULONG index));
-    /// Looks at what `other` looks at.
+    /// Refers to the node of `other`.
     virtual CZebRestriction& operator=(const CZebRestriction& other);
     /// The node, borrowed.
     virtual operator SRestriction*();
@@ -66,8 +66,8 @@ protected:
 
 /// Owns a restriction tree and is the view of its root. Call Allocate before building.
 ///
-/// Everything of the tree hangs on the root's allocation and is freed in one call. An owner can not be copied
-/// or assigned; a view may be made from it.
+/// The whole tree is chained to the root's allocation and is freed in one call. An owner cannot be copied or assigned;
+/// views can be created from it.
 class ZEBAPI_EXPORT CZebRestrictionAllocator : public CZebRestriction
 {
 public:
@@ -76,7 +76,7 @@ public:
     CZebRestriction& operator=(const CZebRestriction& other) override;
     /// @throws CZebException* E_INVALIDARG always.
     CZebRestrictionAllocator& operator=(const CZebRestrictionAllocator& other);
-    /// Frees the tree and makes a fresh root. @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY, MAPI_E_NOT_INITIALIZED
+    /// Frees the tree and creates a new root. @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY, MAPI_E_NOT_INITIALIZED
     virtual void Allocate();
     /// Frees the tree; all views of it dangle.
     virtual void Free();

@@ -17,7 +17,7 @@ void CZebRow::CheckValid() const
 int CZebRow::FindTag(ULONG propTag) const
 {
     CheckValid();
-    // Rows are short: for a few columns a plain loop is quicker than the search of arrays.
+    // Rows are short: for a few columns a plain loop is faster than the search in arrays.
     const ULONG id = PROP_ID(propTag);
     const ULONG count = zeb::CountOf(m_row->lpProps, m_row->cValues);
     for (ULONG i = 0; i < count; ++i)

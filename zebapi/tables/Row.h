@@ -3,21 +3,21 @@
 
 #include "zebapi/values/OnePROPVAL.h"
 
-/// A view of one SRow of a row set: finds columns by property identifier and hands out views of their values.
+/// A view of one SRow of a row set: finds columns by property identifier and returns views of their values.
 ///
-/// It owns nothing and is valid while the row set that gave it lives. Columns are found whatever their type,
-/// so one that came back as PT_ERROR is found under its ordinary tag. Threads: none of its own.
+/// It owns nothing and is valid as long as its row set. Columns of any type are found, so a column with PT_ERROR is
+/// found under its ordinary tag. Threads: none of its own.
 class ZEBAPI_EXPORT CZebRow
 {
 protected:
-    /// @throws CZebException* MAPI_E_BAD_VALUE for a view of nothing.
+    /// @throws CZebException* MAPI_E_BAD_VALUE for an empty view.
     virtual void CheckValid() const;
     /// The index of the first value with the property identifier of `propTag`; -1 when there is none.
     virtual int FindTag(ULONG propTag) const;
 
 public:
     virtual ~CZebRow() = default;
-    /// Looks at what `other` looks at.
+    /// Refers to the row of `other`.
     virtual CZebRow& operator=(const CZebRow& other);
     /// The number of values. @throws CZebException* MAPI_E_BAD_VALUE
     virtual ULONG Count() const;
@@ -35,7 +35,7 @@ public:
     /// @throws CZebException* MAPI_E_BAD_VALUE
     virtual bool hasRealValue(ULONG propTag) const;
 
-    /// A view of `row`, which lives in the MAPI buffer `base`: the allocation parent of the values handed out.
+    /// A view of `row`, which is in the MAPI buffer `base`: the allocation parent of the returned values.
     CZebRow(SRow* row, void* base)
         : m_base(base)
         , m_row(row)

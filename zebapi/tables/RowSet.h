@@ -6,8 +6,8 @@
 
 /// Owns one SRowSet, as IMAPITable::QueryRows returns it, and frees it with its rows.
 ///
-/// Reads of a set that was never filled report MAPI_E_NO_SUPPORT; reads of one that was handed out to be
-/// filled report that it is empty or too short. Threads: none of its own.
+/// Reads of a set that was never filled report MAPI_E_NO_SUPPORT; reads of one that was passed to a call to be filled
+/// report that it is empty or too short. Threads: none of its own.
 class ZEBAPI_EXPORT CZebRowSet
 {
 protected:
@@ -22,22 +22,22 @@ public:
     virtual ULONG Count() const;
     /// True when there is at least one row.
     virtual bool IsValid() const;
-    /// Empties the object and gives the address of its pointer, for a call that returns rows. The object owns them.
+    /// Empties the object and returns the address of its pointer, for a call that returns rows. The object owns them.
     virtual SRowSet** operator&();
     /// Moves the rows into a new object, which the caller deletes, and leaves this one empty, as never filled.
     /// @throws CZebException* without a set: MAPI_E_NO_SUPPORT when never filled, else MAPI_E_BAD_VALUE.
     virtual CZebRowSet* DetachToNew();
-    /// A view of a row, good while the set is held.
+    /// A view of a row, valid while the set is held.
     /// @throws CZebException* MAPI_E_NO_SUPPORT when never filled; else MAPI_E_BAD_VALUE without a set and
     /// E_INVALIDARG for an index at or past the count.
     virtual CZebRow operator[](ULONG index) const;
 
-    /// The set itself, which stays the object's; null without one.
+    /// The set itself, borrowed; null without one.
     SRowSet* Get() const { return m_rows; }
 
     CZebRowSet();
-    /// Copying and assigning copy the pointer, not the rows: both objects then free the same set, and
-    /// assigning loses the set held before. Pass row sets by reference, or move one with DetachToNew.
+    /// Copying and assigning copy the pointer, not the rows: both objects then free the same set, and assigning leaks
+    /// the previous set. Pass row sets by reference, or move one with DetachToNew.
     CZebRowSet(const CZebRowSet& other);
     CZebRowSet& operator=(const CZebRowSet& other);
 

@@ -23,16 +23,15 @@ public:
     virtual int GetCount() const;
     /// Whether there is a set, even one of no keys.
     virtual bool IsValid() const;
-    /// Appends a key. `order`: TABLE_SORT_ASCEND, TABLE_SORT_DESCEND, TABLE_SORT_COMBINE. The first key can
-    /// not be combined with a previous one, so it loses TABLE_SORT_COMBINE. @throws CZebException* as
-    /// Allocate does.
+    /// Appends a key. `order`: TABLE_SORT_ASCEND, TABLE_SORT_DESCEND, TABLE_SORT_COMBINE. The first key cannot be
+    /// combined with a previous one, so TABLE_SORT_COMBINE is removed from it. @throws CZebException* as Allocate does.
     virtual void Add(ULONG propTag, ULONG order);
     /// Holds a copy; a source without a set, and assigning the object to itself, empties it.
     virtual CZebSortOrder& operator=(const CZebSortOrder& other);
     /// The set, borrowed. @throws CZebException* E_INVALIDARG without a set.
     virtual operator SSortOrderSet*();
-    /// Empties the object and gives the address of its pointer, for a MAPI call to fill
-    /// (IMAPITable::QuerySortOrder). The object then owns that buffer.
+    /// Empties the object and returns the address of its pointer, for a MAPI call to fill (IMAPITable::QuerySortOrder).
+    /// The object then owns that buffer.
     virtual SSortOrderSet** operator&();
 
     /// One key; none when `propTag` is 0.

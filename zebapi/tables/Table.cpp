@@ -16,7 +16,7 @@ namespace
 /// Rows of one batch of CZebTableRows.
 constexpr LONG RowsInBatch = 100;
 
-/// The 32-bit number that the host gets for one of the table's. Without memory for it `giveBack` returns the number.
+/// The host's 32-bit number for a number of the table. When out of memory, `giveBack` returns the number to the table.
 template <class GiveBack>
 ULONG GivenOut(IMAPITable* table, zeb::TableNumber kind, ULONG_PTR number, GiveBack giveBack)
 {
@@ -85,7 +85,7 @@ bool CZebTable::IsValid() const
 
 void CZebTable::SetColumns(ULONG count, ...)
 {
-    // Using an empty handle is told as such, whether or not there is memory for the columns.
+    // Using an empty handle is reported first, even when memory for the columns is missing.
     m_table.Checked();
     CZebPropTagArray columns;
     columns.Reserve(count);
@@ -121,7 +121,7 @@ void CZebTable::QueryRows(SRowSet** rows, LONG count, SRestriction* restriction,
         const ULONG all = GetRowCount();
         if (all > INT32_MAX)
         {
-            // It would read as a count of rows backwards.
+            // It would count as a negative row count (backwards).
             CZebException::Throw(MAPI_E_TABLE_TOO_BIG);
         }
         count = static_cast<LONG>(all);

@@ -15,19 +15,19 @@ class CZebTableRows;
 /// A handle on one MAPI table.
 ///
 /// It holds a counted reference to the table; copies share it. Every operation is one synchronous call of an
-/// IMAPITable method; a failing result is thrown as CZebException* with the provider's own error text where
-/// it has one, and warnings pass. Using an empty handle raises _com_error with E_POINTER. Threads: none of
-/// its own; use one handle from one thread.
+/// IMAPITable method; a failing result is thrown as CZebException* with the provider's own error text if it has one;
+/// warnings pass. Using an empty handle raises _com_error with E_POINTER. Threads: none of its own; use one handle from
+/// one thread.
 class ZEBAPI_EXPORT CZebTable
 {
 public:
     virtual ~CZebTable();
-    /// Drops the table and takes the other's. Never throws: an empty source leaves an empty handle and a line
-    /// in the log. Assigning a handle to itself empties it.
+    /// Releases the table and shares the other's. Never throws: an empty source leaves an empty handle and a line in
+    /// the log. Assigning a handle to itself empties it.
     virtual CZebTable& operator=(const CZebTable& other);
-    /// Asks for fnevTableModified; `connection` receives what Unadvise takes, and keeps its value when the
-    /// call fails. MAPI's number is pointer-sized: one above 32 bits is replaced by a number that the handles
-    /// of this table translate back. (IMAPITable::Advise)
+    /// Advises for fnevTableModified; `connection` receives the number for Unadvise, and is unchanged when the call
+    /// fails. MAPI's number is pointer-sized: one above 32 bits is replaced by a number that the handles of this table
+    /// translate back. (IMAPITable::Advise)
     /// @throws CZebException* also MAPI_E_NOT_ENOUGH_MEMORY
     virtual void Advise(IMAPIAdviseSink* sink, ULONG* connection);
     /// Ends the connection. (IMAPITable::Unadvise)
@@ -41,10 +41,10 @@ public:
     /// Reads rows from the current position into `*rows`, which the caller frees (CZebRowSet's `&` does).
     ///
     /// With a count, reads that many; restriction and order are ignored. With 0, first applies the restriction and the
-    /// order where given, which stay applied, and then reads as many rows as the table counts.
+    /// order if given, which stay applied, and then reads all rows that the table counts.
     /// @throws CZebException* also MAPI_E_TABLE_TOO_BIG when the table counts more rows than a LONG holds.
     virtual void QueryRows(SRowSet** rows, LONG count, SRestriction* restriction, SSortOrderSet* order);
-    /// Reads all rows, restricted and sorted where asked. (HrQueryAllRows)
+    /// Reads all rows, optionally restricted and sorted. (HrQueryAllRows)
     virtual void QueryAllRows(SRowSet** rows, SRestriction* restriction, SSortOrderSet* order);
     /// Marks the current row. A number above 32 bits is replaced as that of a
     /// connection is. (IMAPITable::CreateBookmark)
@@ -57,13 +57,13 @@ public:
     virtual ULONG QueryPosition();
     /// `origin`: a bookmark or BOOKMARK_BEGINNING, BOOKMARK_CURRENT, BOOKMARK_END; `rowsSought` may be null.
     virtual void SeekRow(ULONG origin, LONG rowCount, LONG* rowsSought);
-    /// Whether a row matches; the table then stands at it. `flags`: DIR_BACKWARD or 0.
+    /// Whether a row matches; the table is then positioned at it. `flags`: DIR_BACKWARD or 0.
     virtual bool FindRow(SRestriction* restriction, ULONG origin, ULONG flags);
     virtual void Restrict(SRestriction* restriction, ULONG flags);
-    /// Drops the table. Never throws.
+    /// Releases the table. Never throws.
     virtual void Free();
 
-    /// Takes a reference of its own; the caller keeps his.
+    /// Adds a reference; the caller keeps its own.
     CZebTable(IMAPITable* table = nullptr);
     CZebTable(const CZebTable& other);
 

@@ -8,7 +8,7 @@
 ///
 /// The header and the block of entries are two top-level MAPI buffers; the bytes of each entry are chained to
 /// the header. Emptying frees the header, and with it every entry's bytes, but not the block of entries,
-/// which stays allocated until the provider's allocator goes. Threads: none of its own.
+/// which stays allocated until the provider is unloaded. Threads: none of its own.
 class ZEBAPI_EXPORT CZebBinArray
 {
 protected:
@@ -24,8 +24,7 @@ public:
     virtual void Empty();
     virtual bool IsValid() const;
     ZEB_OVERLOADS(
-        /// Stores the bytes that hexadecimal text says; the entry's former bytes stay chained until the array
-        /// is emptied.
+        /// Stores the bytes of hexadecimal text; the entry's previous bytes stay chained until the array is emptied.
         /// @throws CZebException* as CheckValid, and MAPI_E_INVALID_OBJECT for a null text.
         virtual void SetAt(ULONG index, const char* hex),
         /// Stores a copy of the bytes.

@@ -50,8 +50,8 @@ void CheckBytes(ULONG cb, const void* bytes, int line = ZEB_LINE)
     }
 }
 
-/// Puts the header that `make` gives in place of the one held. The new one is made first, since the source
-/// may be in the old one; a failure leaves the object empty.
+/// Replaces the header with the result of `make`. The new one is created first, because the source may be in the old
+/// one; a failure leaves the object empty.
 template <class Make>
 void Replace(CZebBinary& binary, SBinary*& held, Make make)
 {
@@ -288,7 +288,7 @@ CZebBinary& CZebEntryIDRequest::operator=(const SBinary& source)
         Header header = NewHeader();
         if (source.cb != 0)
         {
-            // Not chained: what a request holds is freed by itself.
+            // Not chained: the buffer of a request is freed separately.
             CopyTo(*header, source, nullptr);
         }
         return header;

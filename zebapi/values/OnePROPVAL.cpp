@@ -418,7 +418,7 @@ CZebOnePropVal& CZebPropVal::operator=(const CZebOnePropVal& other)
         copy.reset(zeb::Allocate<SPropValue>(sizeof(SPropValue), nullptr));
         CopyValue(*copy, *source, copy.get());
     }
-    // After copying: the source may lie in what is held.
+    // After copying: the source may be part of the current value.
     Empty();
     m_value = copy.release();
     return *this;

@@ -12,8 +12,8 @@
 namespace zeb
 {
 
-/// Which of the value classes' integer types stands for an integer type that the platform spells otherwise:
-/// `int` is LONG where LONG is `long`, and the other way round. There is none for 64-bit unsigned integers.
+/// Maps an integer type that the platform spells differently to one of the value classes' integer types: `int` is LONG
+/// where LONG is `long`, and the other way round. There is none for 64-bit unsigned integers.
 template <class T>
 using IntegerAs = std::conditional_t<sizeof(T) == sizeof(std::int64_t), std::int64_t,
                                      std::conditional_t<std::is_signed_v<T>, LONG, ULONG>>;
@@ -28,18 +28,17 @@ using IfOtherInteger =
 
 /// A typed view of one SPropValue: reads, writes, prints, compares and copies it.
 ///
-/// The view owns nothing: it is valid while the memory lives that it looks at. What a write must allocate is
-/// chained to the allocation parent, the MAPI buffer that holds the value, and goes when that buffer is
-/// freed; what was there before stays until then. A view without an allocation parent can not be given text,
-/// binaries or arrays.
+/// The view owns nothing: it is valid as long as the memory of the value. Memory that a write allocates is chained to
+/// the allocation parent, the MAPI buffer that holds the value, and is freed with it; so is the memory of previous
+/// values. A view without an allocation parent cannot be assigned text, binaries or arrays.
 ///
 /// The type of a value is the low half of its tag. Every typed read or write checks, in this order: no value
 /// MAPI_E_BAD_VALUE, other type MAPI_E_INVALID_TYPE, and, for a write that allocates, no allocation parent
-/// MAPI_E_INVALID_OBJECT. So a value's tag must be set before a value is assigned. A check that fails leaves
-/// the value as it was.
+/// MAPI_E_INVALID_OBJECT. So a value's tag must be set before a value is assigned. A failed check leaves the value
+/// unchanged.
 ///
 /// Narrow text is in the ANSI code page (UTF-8 on Linux). Null text in a received value reads as empty text,
-/// but for the conversions to pointers, which hand out the null. An array or binary that has a count and a null pointer
+/// except in the conversions to pointers, which return null. An array or binary that has a count and a null pointer
 /// reads and compares as empty. Threads: none of its own.
 class ZEBAPI_EXPORT CZebOnePropVal
 {
@@ -54,12 +53,12 @@ public:
     /// Whether String(false) has a text for this type; false without a value.
     virtual bool StringConversionPossible() const;
     /// The value as text: numbers in decimal, "true" and "false", narrow text, dates as local date and time,
-    /// binaries as hexadecimal text; PT_ERROR as "<error>" when `errorAsText` asks for it. A date that no
-    /// calendar knows reads "Invalid DateTime".
+    /// binaries as hexadecimal text; PT_ERROR as "<error>" when `errorAsText` asks for it. An invalid date reads
+    /// "Invalid DateTime".
     /// @throws CZebException* MAPI_E_BAD_VALUE, MAPI_E_NO_SUPPORT for any other type, MAPI_E_NOT_ENOUGH_MEMORY
-    /// for a binary that no text can show.
+    /// for a binary that is too large for a text.
     virtual zeb::CStringA String(bool errorAsText) const;
-    /// String() in 16-bit characters; PT_UNICODE text as it is.
+    /// String() in 16-bit characters; PT_UNICODE text unchanged.
     virtual zeb::CStringW StringW(bool errorAsText) const;
     /// Assigns a deep copy of another value, tag included (PropCopyMore).
     /// @throws CZebException* MAPI_E_BAD_VALUE for either side; the result of PropCopyMore.
@@ -102,8 +101,8 @@ public:
         /// A deep copy of any value, tag included (PropCopyMore, chained to the allocation parent; without
         /// one only values that need no allocation can be copied).
         virtual CZebOnePropVal& operator=(const SPropValue& value),
-        /// Looks at what `other` looks at; nothing is copied. To copy the value, use Set. Only an owner, assigned
-        /// to through its base, takes a deep copy, and is as it was when that fails.
+        /// Refers to the value of `other`; nothing is copied. To copy the value, use Set. Only an owner, assigned
+        /// through its base, makes a deep copy, and is unchanged when that fails.
         virtual CZebOnePropVal& operator=(const CZebOnePropVal& other));
 
     /// PT_BOOLEAN.
@@ -133,7 +132,7 @@ public:
 
     ZEB_OVERLOADS(
         /// Replaces the array's contents by copies of the elements of PT_MV_BINARY, which may lie in the
-        /// array's own binaries. A read that fails leaves the array as it was.
+        /// array's own binaries. A failed read leaves the array unchanged.
         virtual void GetMV(zeb::CArray<CZebBinary>& values) const,
         /// PT_MV_UNICODE.
         virtual void GetMV(zeb::CArray<zeb::CStringW>& values) const,
@@ -145,9 +144,9 @@ public:
         virtual void GetMV(zeb::CArray<LONG>& values) const);
 
     ZEB_OVERLOADS(
-        /// UseDefault: the default for PT_ERROR (a property that could not be had), else the typed read of
-        /// the default's type. @throws CZebException* MAPI_E_BAD_VALUE without a value, MAPI_E_INVALID_TYPE
-        /// for another type.
+        /// UseDefault: the default for PT_ERROR (a property that could not be read), else the typed read of the
+        /// default's type. @throws CZebException* MAPI_E_BAD_VALUE without a value, MAPI_E_INVALID_TYPE for another
+        /// type.
         virtual zeb::CStringW UseDefault(const zeb::CStringW& defaultValue) const,
         virtual zeb::CStringA UseDefault(const zeb::CStringA& defaultValue) const,
         virtual ULONG UseDefault(ULONG defaultValue) const,
@@ -172,13 +171,13 @@ public:
     /// The high half of the tag. @throws CZebException* MAPI_E_BAD_VALUE
     virtual ULONG GetPropID() const;
 
-    /// Looks at `value` (null: no value); allocations are chained to `allocationParent` (null: none possible).
+    /// Refers to `value` (null: no value); allocations are chained to `allocationParent` (null: none possible).
     CZebOnePropVal(SPropValue* value, void* allocationParent)
         : m_parent(allocationParent)
         , m_value(value)
     {
     }
-    /// Looks at what `other` looks at.
+    /// Refers to the value of `other`.
     CZebOnePropVal(const CZebOnePropVal& other) = default;
 
     /// PT_BINARY; the bytes are copied.
@@ -312,7 +311,7 @@ private:
     bool HoldsError() const;
 
 protected:
-    /// What a view looks at; null for no value.
+    /// The value of the view; null for no value.
     static const SPropValue* ValueOf(const CZebOnePropVal& view) { return view.m_value; }
 
     void* m_parent;      ///< the MAPI buffer that allocations are chained to; not owned
@@ -321,8 +320,8 @@ protected:
 
 /// Owns one SPropValue: a top-level MAPI buffer as MAPI calls return it.
 ///
-/// It is filled whole, by a MAPI call through `&`. It has no allocation parent, so that text, binaries and
-/// arrays can not be assigned to it. It can not be copied; Set of another value's view copies out of it.
+/// It is filled completely, by a MAPI call through `&`. It has no allocation parent, so text, binaries and arrays
+/// cannot be assigned to it. It cannot be copied; use Set of another value's view.
 class ZEBAPI_EXPORT CZebPropVal : public CZebOnePropVal
 {
 public:
@@ -330,7 +329,7 @@ public:
     using CZebOnePropVal::operator=;
     /// Frees the value.
     virtual void Empty();
-    /// Empties the object and gives the address of its value pointer, for a MAPI call to fill.
+    /// Empties the object and returns the address of its value pointer, for a MAPI call to fill.
     virtual SPropValue** operator&();
 
     CZebPropVal();
@@ -338,7 +337,7 @@ public:
     CZebPropVal& operator=(const CZebPropVal&) = delete;
 
 private:
-    // Reached through the base only. An owner that looked at another's value would free it, so it takes a deep copy;
-    // one of a view without a value leaves it empty.
+    // Called through the base only. An owner that referred to another's value would free it, so it makes a deep copy; a
+    // view without a value leaves it empty.
     CZebOnePropVal& operator=(const CZebOnePropVal& other) override;
 };

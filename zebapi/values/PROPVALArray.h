@@ -5,21 +5,20 @@
 
 /// Owns a counted array of SPropValue entries in one top-level MAPI buffer.
 ///
-/// Either built here, tag by tag, and handed to IMAPIProp::SetProps, or received from IMAPIProp::GetProps through
+/// Either built here, tag by tag, and passed to IMAPIProp::SetProps, or received from IMAPIProp::GetProps through
 /// CountPtr() and `&`. An entry whose property identifier is 0 is a free slot. Entries are read and written through
-/// views whose allocations are chained to the array's buffer, so everything goes with the array.
+/// views whose allocations are chained to the array's buffer, so everything is freed with the array.
 ///
-/// Views, and pointers read from them, are gone when the array grows, empties or is filled anew: the entries
-/// are then copied into a new buffer and the old one is freed. `values[NEW_TAG] = (const
-/// char*)values[OLD_TAG]` therefore reads freed memory when NEW_TAG makes the array grow; construct it large
-/// enough. `values[A] = other[A]` only makes a temporary view look elsewhere: to copy a value write
-/// `values[A].Set(other[A])`. Threads: none of its own.
+/// Views, and pointers read from them, become invalid when the array grows, empties or is filled again: the entries are
+/// then copied into a new buffer and the old one is freed. `values[NEW_TAG] = (const char*)values[OLD_TAG]` therefore
+/// reads freed memory when NEW_TAG makes the array grow; construct it large enough. `values[A] = other[A]` only rebinds
+/// a temporary view: to copy a value write `values[A].Set(other[A])`. Threads: none of its own.
 class ZEBAPI_EXPORT CZebPropValArray
 {
 protected:
-    /// Makes room for `n` entries. Up to the present count only the count is set. Beyond it the entries are
-    /// copied deeply into a new buffer (free slots stay free), in which all further ones are free; a failure
-    /// leaves the array as it was.
+    /// Resizes to `n` entries. Up to the current count only the count is set. Beyond it the entries are deep-copied to
+    /// a new buffer (free slots stay free), in which all additional slots are free; a failure leaves the array
+    /// unchanged.
     /// @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY, the result of PropCopyMore
     virtual void Allocate(ULONG n);
     /// The index of the first entry with the property identifier of `tag`, whatever its type; -1 when there
@@ -35,19 +34,19 @@ public:
     virtual bool IsValid() const;
     /// The address of the count, for a MAPI call to fill.
     virtual ULONG* CountPtr();
-    /// Empties the array and gives the address of its buffer pointer, for a MAPI call to fill. The array owns
-    /// what is stored there and takes no new tags.
+    /// Empties the array and returns the address of its buffer pointer, for a MAPI call to fill. The array owns the
+    /// stored buffer and accepts no new tags.
     virtual SPropValue** operator&();
     virtual ULONG Count() const;
     /// The entries, borrowed. @throws CZebException* E_INVALIDARG without a buffer.
     virtual operator SPropValue*() const;
-    /// The entry with the property identifier of `tag`, under the tag it has. A new tag takes the first free
-    /// slot of an array that is built here, which grows by one entry when there is none.
+    /// The entry with the property identifier of `tag`, under its stored tag. A new tag uses the first free slot of an
+    /// array that is built here, which grows by one entry when there is none.
     /// @throws CZebException* MAPI_E_UNEXPECTED_ID for a new tag in a received array.
     virtual CZebOnePropVal operator[](ULONG tag);
     /// @throws CZebException* MAPI_E_UNEXPECTED_ID for an index at or past the count.
     virtual CZebOnePropVal GetAt(ULONG index);
-    /// Ends the array before its first free slot.
+    /// Truncates the array before its first free slot.
     virtual void TruncateToExisting();
     virtual bool IsExists(ULONG tag) const;
     /// Whether there is such an entry with a value: not PT_UNSPECIFIED, PT_NULL, PT_ERROR or empty text.
@@ -84,7 +83,7 @@ public:
     virtual SPropProblem& operator[](int i);
     /// The array, borrowed; null when there is none.
     virtual operator SPropProblemArray*();
-    /// Empties the object and gives the address of its pointer, for a MAPI call to fill.
+    /// Empties the object and returns the address of its pointer, for a MAPI call to fill.
     virtual SPropProblemArray** operator&();
 
     CZebPropProblemArray();

@@ -15,7 +15,7 @@ ULONG TagsSize(std::uint64_t count)
     return zeb::BlockSize(offsetof(SPropTagArray, aulPropTag), count, sizeof(ULONG));
 }
 
-/// How many tags an argument list holds in front of its first 0.
+/// The number of tags in an argument list before the first 0.
 ULONG CountTags(va_list& args)
 {
     ULONG count = 0;
@@ -136,7 +136,7 @@ void CZebPropTagArray::ApplyTo(CZebIProp& object)
     {
         CZebException::Throw(E_INVALIDARG);
     }
-    // Into a copy first: an object that refuses a tag must not leave half of them its own.
+    // Into a copy first: an object that refuses a tag must not leave half of them converted.
     CZebPropTagArray applied(*this);
     for (ULONG i = 0; i < applied.m_tags->cValues; ++i)
     {

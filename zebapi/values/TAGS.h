@@ -30,12 +30,12 @@ public:
     virtual void AddOne(ULONG tag);
     ZEB_OVERLOADS(
         /// Appends `tag`, whatever it is, and then the tags of an argument list up to the first 0, growing
-        /// once. The list is left behind that 0.
+        /// once. The list is then positioned after that 0.
         ///
         /// Inside a function that received its va_list as a parameter, this overload may lose to the variadic
         /// one, which would read the list itself as a tag: call AddList there.
         virtual void Add(ULONG tag, va_list& args),
-        /// Appends `tag`, whatever it is, and then the further tags up to the first 0, which must be there.
+        /// Appends `tag`, whatever it is, and then the further tags up to the first 0, which is required.
         virtual void Add(ULONG tag, ...));
     /// Holds a copy; a source without a buffer, and assigning the object to itself, empties it.
     virtual CZebPropTagArray& operator=(const CZebPropTagArray& source);
@@ -43,27 +43,28 @@ public:
     virtual ULONG operator[](int i) const;
     /// The array, borrowed. @throws CZebException* E_INVALIDARG without a buffer.
     virtual operator SPropTagArray*();
-    /// Empties the object and gives the address of its pointer, for a MAPI call to fill.
+    /// Empties the object and returns the address of its pointer, for a MAPI call to fill.
     virtual SPropTagArray** operator&();
-    /// Replaces every tag by the object's real one, so that tags of named properties become those of its
-    /// store. When it throws, the tags are as they were.
+    /// Replaces every tag with the object's real one: tags of named properties become those of its store. When it
+    /// throws, the tags are unchanged.
     /// @throws CZebException* E_INVALIDARG without a buffer; what CZebIProp::GetRealTag throws; as Allocate does.
     virtual void ApplyTo(CZebIProp& object);
 
     CZebPropTagArray();
     CZebPropTagArray(const CZebPropTagArray& source);
 
-    /// Makes room for `count` more tags; 0 makes an array of no tags, which is valid.
+    /// Reserves memory for `count` more tags; 0 creates an empty array, which is valid.
     /// @throws CZebException* as Allocate does.
     void Reserve(ULONG count);
-    /// Appends exactly `count` tags of an argument list, whatever they are, and leaves the list after the last. Never throws.
+    /// Appends exactly `count` tags of an argument list, whatever they are, and positions the list after the last.
+    /// Never throws.
     /// REQUIRES: Reserve(count) came just before.
     void Fill(ULONG count, va_list& args);
-    /// Add(tag, args) for a list that came as a parameter; the caller's list is not moved.
+    /// Add(tag, args) for a list received as a parameter; the caller's list is not advanced.
     void AddList(ULONG tag, va_list args);
 
 private:
-    /// Allocates for `more` tags than there are.
+    /// Allocates memory for `more` additional tags.
     void Grow(std::uint64_t more);
 
     SPropTagArray* m_tags = nullptr; ///< owned

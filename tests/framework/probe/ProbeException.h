@@ -14,7 +14,7 @@ public:
     BOOL GetErrorMessage(char* buffer, unsigned int maxChars, unsigned int* helpContext) override;
     virtual int GetNumber();
 
-    /// How many there are.
+    /// The number of live objects.
     static int Alive();
 
 private:

@@ -1,4 +1,4 @@
-// A system that has no locale to give.
+// A system without locales.
 #include "platform/datetime.h"
 #include "platform/text.h"
 
@@ -16,7 +16,7 @@ using NewLocale = locale_t (*)(int, const char*, locale_t);
 
 } // namespace
 
-// In the place of the C library's, for this whole program.
+// Replaces the C library's function in this program.
 extern "C" locale_t newlocale(int mask, const char* name, locale_t base)
 {
     static const auto next = reinterpret_cast<NewLocale>(dlsym(RTLD_NEXT, "newlocale"));
@@ -29,7 +29,7 @@ namespace
 using zeb::platform::LocalDateText;
 using zeb::platform::UpperWide;
 
-/// In a process of its own: locales that were made before stay.
+/// In a separate process: locales created earlier stay.
 void UseTextWithoutLocales()
 {
     refuseLocales = true;

@@ -1,4 +1,4 @@
-// Windows' handles as file descriptors: numbers that the system gives out again.
+// Window handles as file descriptors, which the system reuses.
 #include "platform/messages.h"
 
 #include <gtest/gtest.h>

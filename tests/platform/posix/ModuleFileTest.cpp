@@ -1,4 +1,4 @@
-// Files whose names hold backslashes: only here can there be any.
+// Files with backslashes in their names, which exist only on this system.
 #include "platform/module.h"
 
 #include <gtest/gtest.h>

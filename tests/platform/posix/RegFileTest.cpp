@@ -35,7 +35,7 @@ std::optional<std::string> TextOf(const std::string& body, const char* name = "v
 struct Refusal
 {
     const char* name;
-    const char* text; ///< behind the header's two lines
+    const char* text; ///< the text after the header's two lines
     size_t line;
     const char* words;
 };
@@ -67,39 +67,36 @@ INSTANTIATE_TEST_SUITE_P(
     All, RegFileRefusal,
     ::testing::Values(
         Refusal{"KeyWithoutEnd", "[HKEY_CURRENT_USER\\K\r\n", 3, "a key's line does not end with ']'"},
-        Refusal{"UnknownRoot", "[HKLM\\K]\n", 3, "there is no registry root 'HKLM'"},
-        Refusal{"NoRoot", "[]\n", 3, "there is no registry root ''"},
+        Refusal{"UnknownRoot", "[HKLM\\K]\n", 3, "unknown registry root 'HKLM'"},
+        Refusal{"NoRoot", "[]\n", 3, "unknown registry root ''"},
         Refusal{"EmptyName", "[HKEY_CURRENT_USER\\\\K]\n", 3, "a key has an empty name"},
         Refusal{"TrailingBackslash", "[HKEY_CURRENT_USER\\K\\]\n", 3, "a key has an empty name"},
-        Refusal{"ValueBeforeKey", "\n\"a\"=\"b\"\n", 4, "a value stands before the first key"},
-        Refusal{"ValueBelowDeletedKey", "[-HKEY_CURRENT_USER\\K]\n@=\"b\"\n", 4,
-                "a value stands below a key that is deleted"},
+        Refusal{"ValueBeforeKey", "\n\"a\"=\"b\"\n", 4, "a value precedes the first key"},
+        Refusal{"ValueBelowDeletedKey", "[-HKEY_CURRENT_USER\\K]\n@=\"b\"\n", 4, "a value follows a deleted key"},
         Refusal{"NeitherKeyNorValue", "[HKEY_CURRENT_USER\\K]\nhello\n", 4,
                 "a line is neither a key, a value nor a comment"},
-        Refusal{"NoEquals", "[HKEY_CURRENT_USER\\K]\n\"a\" \"b\"\n", 4,
-                "there is no '=' behind the name of the value 'a'"},
-        Refusal{"TextWithoutEnd", "[HKEY_CURRENT_USER\\K]\n\n\"a\"=\"b\n", 5, "a quoted text does not end"},
-        Refusal{"NameWithoutEnd", "[HKEY_CURRENT_USER\\K]\n\"a\n", 4, "a quoted text does not end"},
-        Refusal{"EscapeAtEnd", "[HKEY_CURRENT_USER\\K]\n\"a\"=\"b\\", 4, "a quoted text does not end"},
+        Refusal{"NoEquals", "[HKEY_CURRENT_USER\\K]\n\"a\" \"b\"\n", 4, "no '=' after the name of the value 'a'"},
+        Refusal{"TextWithoutEnd", "[HKEY_CURRENT_USER\\K]\n\n\"a\"=\"b\n", 5, "a quoted text has no closing quote"},
+        Refusal{"NameWithoutEnd", "[HKEY_CURRENT_USER\\K]\n\"a\n", 4, "a quoted text has no closing quote"},
+        Refusal{"EscapeAtEnd", "[HKEY_CURRENT_USER\\K]\n\"a\"=\"b\\", 4, "a quoted text has no closing quote"},
         Refusal{"SingleBackslash", "[HKEY_CURRENT_USER\\K]\n\"a\"=\"C:\\mail\"\n", 4,
                 "a backslash inside quotes must be written as \\\\"},
-        Refusal{"TextBehindText", "[HKEY_CURRENT_USER\\K]\n\"a\"=\"b\" c\n", 4,
-                "something stands behind the value 'a'"},
-        Refusal{"TextBehindDeletion", "[HKEY_CURRENT_USER\\K]\n\"a\"=-1\n", 4, "something stands behind the value 'a'"},
+        Refusal{"TextAfterText", "[HKEY_CURRENT_USER\\K]\n\"a\"=\"b\" c\n", 4, "unexpected text after the value 'a'"},
+        Refusal{"TextAfterDeletion", "[HKEY_CURRENT_USER\\K]\n\"a\"=-1\n", 4, "unexpected text after the value 'a'"},
         Refusal{"NoKind", "[HKEY_CURRENT_USER\\K]\n\"a\"=17\n", 4, "the value 'a' has no kind"},
         Refusal{"Nothing", "[HKEY_CURRENT_USER\\K]\n\"a\"=\n", 4, "the value 'a' has no kind"},
         Refusal{"LongDword", "[HKEY_CURRENT_USER\\K]\n\"a\"=dword:123456789\n", 4,
-                "the value 'a' is no dword of up to eight hexadecimal digits"},
+                "the value 'a' is not a dword of up to eight hexadecimal digits"},
         Refusal{"EmptyDword", "[HKEY_CURRENT_USER\\K]\n\"a\"=dword:\n", 4,
-                "the value 'a' is no dword of up to eight hexadecimal digits"},
+                "the value 'a' is not a dword of up to eight hexadecimal digits"},
         Refusal{"ForeignHex", "[HKEY_CURRENT_USER\\K]\n\"a\"=hex:0g\n", 4,
-                "the value 'a' is no list of hexadecimal bytes"},
+                "the value 'a' is not a list of hexadecimal bytes"},
         Refusal{"WideHex", "[HKEY_CURRENT_USER\\K]\n\"a\"=hex:012\n", 4,
-                "the value 'a' is no list of hexadecimal bytes"},
+                "the value 'a' is not a list of hexadecimal bytes"},
         Refusal{"HoleInHex", "[HKEY_CURRENT_USER\\K]\n\"a\"=hex:01,,02\n", 4,
-                "the value 'a' is no list of hexadecimal bytes"},
+                "the value 'a' is not a list of hexadecimal bytes"},
         Refusal{"HexGoesOnNowhere", "[HKEY_CURRENT_USER\\K]\n\"a\"=hex:01,\\\n", 4,
-                "the value goes on behind the end of the file"},
+                "the value continues after the end of the file"},
         Refusal{"NoUtf8", "[HKEY_CURRENT_USER\\K]\n\"a\"=\"\xE4\"\n", 4, "the text is not UTF-8"}),
     [](const auto& info) { return std::string(info.param.name); });
 
@@ -170,7 +167,7 @@ TEST(RegFile, UnknownKindsAreWrittenBack)
 
 TEST(RegFile, UnknownKindsAreNeverBroken)
 {
-    // The blank behind the comma would be lost at the beginning of a line.
+    // The blank after the comma would be lost at the beginning of a line.
     const std::string text = Header + "[HKEY_CURRENT_USER\\K]\r\n\"v\"=hexx:" + std::string(80, '1') + ", 2\r\n\r\n";
     EXPECT_EQ(Write(Parse(text)), text);
 }

@@ -77,7 +77,7 @@ TEST_F(RegistryFile, AFileThatCanNotBeReadIsNamed)
 {
     fs::create_directory(File());
     EXPECT_EQ(ErrorOf([] { RegistryKey::Open(RegistryRoot::CurrentUser, "K"); }),
-              "can not read the registry file '" + File().string() + "': Is a directory");
+              "cannot read the registry file '" + File().string() + "': Is a directory");
 }
 
 TEST_F(RegistryFile, AFailedWriteLeavesTheOldFileAndNothingBesideIt)
@@ -91,7 +91,7 @@ TEST_F(RegistryFile, AFailedWriteLeavesTheOldFileAndNothingBesideIt)
     std::ifstream errors(File().string() + ".errors");
     std::string line;
     std::getline(errors, line);
-    EXPECT_EQ(line, "can not write the registry file '" + File().string() + "': File too large");
+    EXPECT_EQ(line, "cannot write the registry file '" + File().string() + "': File too large");
     EXPECT_NO_THROW(RegistryKey::Open(RegistryRoot::CurrentUser, "K"));
     EXPECT_EQ(Content().substr(0, before.size() - 2), before.substr(0, before.size() - 2));
     for (const auto& entry : fs::directory_iterator(File().parent_path()))
@@ -107,7 +107,7 @@ TEST_F(RegistryFile, AFolderThatCanNotBeMadeIsNamed)
     const std::string below = File().string() + "/deeper/registry.reg";
     setenv("ZEBAPI_REGISTRY", below.c_str(), 1);
     EXPECT_EQ(ErrorOf([] { RegistryKey::Create(RegistryRoot::CurrentUser, "K"); }),
-              "can not write the registry file '" + below + "': Not a directory");
+              "cannot write the registry file '" + below + "': Not a directory");
 }
 
 TEST_F(RegistryFile, FoldersAreMadeAndTheFileIsPrivate)

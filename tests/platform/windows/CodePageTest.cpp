@@ -1,4 +1,4 @@
-// Cutting text of code pages whose characters have one or two bytes.
+// Truncates text of code pages with characters of one or two bytes.
 #include "platform/windows/text.h"
 
 #include <gtest/gtest.h>

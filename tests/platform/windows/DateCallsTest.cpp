@@ -1,5 +1,5 @@
-// What the system's conversions answer decides whether a date has a text, and what they give is freed. This program's
-// imports of them lead here.
+// The results of the system's conversions decide whether a date has a text, and are freed. This program's imports of
+// them are replaced here.
 #include "platform/datetime.h"
 #include "tests/support/FailingNew.h"
 
@@ -27,7 +27,7 @@ bool givesLongText = false;
 int textsMade = 0;
 int textsFreed = 0;
 
-/// As long as it lives, the text of a date is too long for a string to keep inside itself.
+/// While it lives, the text of a date is too long for a string's inline storage.
 struct LongTexts
 {
     LongTexts() { givesLongText = true; }

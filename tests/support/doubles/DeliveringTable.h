@@ -1,4 +1,4 @@
-// A double of IMAPITable that notifies without pause, from a thread of its own.
+// A double of IMAPITable that notifies continuously, from its own thread.
 #pragma once
 
 #include "tests/support/doubles/RowTable.h"
@@ -11,10 +11,10 @@
 namespace zeb::test
 {
 
-/// Rows that say their index, and a thread that sends an event to every sink for as long as the table lives.
+/// Rows that contain their index, and a thread that sends events to every sink during the table's lifetime.
 ///
-/// Each reading tells the generation of the rows in a second column: it counts up with every change, and a change is
-/// made before it is told. Nothing is written down. Threads: any.
+/// Each reading tells the generation of the rows in a second column: it is incremented with every change, and a change
+/// is made before its notification. Calls are not recorded. Threads: any.
 class DeliveringTable : public IMAPITable
 {
 public:
@@ -45,7 +45,7 @@ public:
 
     /// Notifications that reached a sink.
     ULONG Delivered() const { return m_delivered; }
-    /// Waits until a sink has been notified once more, from begin to end.
+    /// Waits until one more notification of a sink is complete.
     void AwaitDelivery()
     {
         for (const ULONG until = m_delivered + 2; static_cast<LONG>(m_delivered - until) < 0;)
@@ -53,7 +53,7 @@ public:
             std::this_thread::yield();
         }
     }
-    /// Also notifies inside Advise, on the thread that advises, before the connection is given.
+    /// Also notifies inside Advise, on the thread that advises, before the connection is returned.
     std::atomic<bool> m_notifiesAdvisers{false};
     /// The sinks that are registered.
     size_t Sinks()

@@ -1,4 +1,4 @@
-// What doubles of MAPI objects write down: one line a call, in the order of the calls of all of them.
+// The journal of the doubles of MAPI objects: one line per call, in the order of all calls.
 #pragma once
 
 #include "platform/mapi.h"
@@ -153,7 +153,7 @@ inline std::string Name(const IID* iid)
 }
 
 /// IUnknown of a double that lives on the test's stack: references are counted, and none may be left at the end.
-/// QueryInterface answers for the interfaces given.
+/// QueryInterface supports the given interfaces.
 template <class Interface>
 class Counted : public Interface
 {
@@ -195,19 +195,19 @@ public:
     }
 
     ULONG References() const { return m_references; }
-    /// Writes queries down as well.
+    /// Records queries too.
     void NoteQueries() { m_queries = true; }
-    /// Answers no queries but for IUnknown and IMAPIProp.
+    /// Supports only IUnknown and IMAPIProp.
     void RefuseInterfaces() { m_interfaces = {&IID_IUnknown, &IID_IMAPIProp}; }
 
-    /// Returned by the method of that name from now on, once its line is written.
+    /// Returned by the method of that name from now on, after its line is recorded.
     void Fail(const std::string& method, HRESULT result) { m_failures.push_back({method, result}); }
     /// The text of the extended error; empty for none.
     std::string m_error;
 
 protected:
     void Note(const std::string& call) { m_journal.Write(m_name + ": " + call); }
-    /// Writes the call down; the result that the test wants, or `otherwise`.
+    /// Records the call; returns the test's result for it, or `otherwise`.
     HRESULT Called(const std::string& method, const std::string& arguments, HRESULT otherwise = S_OK)
     {
         Note(method + "(" + arguments + ")");

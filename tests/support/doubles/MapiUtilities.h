@@ -12,8 +12,7 @@
 namespace zeb::test
 {
 
-/// Puts PropCopyMore and FreeProws in place for its lifetime. They work on MapiMemory, which must outlive it. One at
-/// a time.
+/// Binds PropCopyMore and FreeProws for its lifetime. They work on MapiMemory, which must outlive it. One at a time.
 class MapiUtilities
 {
 public:

@@ -270,8 +270,8 @@ public:
                       RefuseFlags(flags, FOLDER_DIALOG | DEL_ASSOCIATED | HardDelete));
     }
 
-    /// An array of one identifier leaves its block of entries allocated, as it is meant to; a test that passes one
-    /// keeps the blocks and frees them at its end.
+    /// An array of one identifier leaves its block of entries allocated by design; a test that passes one keeps the
+    /// blocks and frees them at its end.
     void KeepLists() { m_keepsLists = true; }
     void FreeLists()
     {
@@ -282,7 +282,7 @@ public:
         m_blocks.clear();
     }
 
-    /// Handed out by CreateMessage and CreateFolder.
+    /// Returned by CreateMessage and CreateFolder.
     IMessage* m_message = nullptr;
     IMAPIFolder* m_created = nullptr;
 

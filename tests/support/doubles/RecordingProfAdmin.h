@@ -6,7 +6,7 @@
 namespace zeb::test
 {
 
-/// Hands out a profile table; everything else is unexpected.
+/// Returns a profile table; all other calls are unexpected.
 class RecordingProfAdmin : public Counted<IProfAdmin>
 {
 public:
@@ -49,7 +49,7 @@ public:
         return Unexpected("AdminServices");
     }
 
-    /// What GetProfileTable gives.
+    /// The result of GetProfileTable.
     RowTable* m_table = nullptr;
 };
 

@@ -1,4 +1,4 @@
-// Doubles of MAPI's property objects and of streams, which write every call down and answer from what a test gave them.
+// Doubles of MAPI's property objects and of streams, which record every call and answer with the test's data.
 #pragma once
 
 #include "tests/support/doubles/Journal.h"
@@ -12,7 +12,7 @@
 namespace zeb::test
 {
 
-/// A property that a double answers with. Text is kept as bytes and given in the width asked for.
+/// A property of a double. Text is stored as bytes and returned in the requested width.
 struct Property
 {
     ULONG tag;
@@ -69,7 +69,7 @@ public:
     void Set(ULONG tag, LONG number) { m_properties.push_back({tag, number, ""}); }
     void Set(ULONG tag, const std::string& bytes) { m_properties.push_back({tag, 0, bytes}); }
 
-    /// The asked values in a buffer of their own, as GetProps gives them; null tags ask for all.
+    /// The requested values in a separate buffer, as GetProps returns them; null tags request all.
     HRESULT Give(const SPropTagArray* tags, ULONG* count, SPropValue** values) const
     {
         const ULONG wanted = tags != nullptr ? tags->cValues : static_cast<ULONG>(m_properties.size());
@@ -130,7 +130,7 @@ public:
         , m_bytes(std::move(bytes))
     {
     }
-    /// What Stat says, whatever there is to read.
+    /// The result of Stat, independent of the data.
     void ClaimSize(unsigned long long size) { m_size = size; }
 
     HRESULT STDMETHODCALLTYPE Read(void* buffer, ULONG count, ULONG* read) override
@@ -324,19 +324,19 @@ public:
     }
 
     Bag m_bag;
-    /// GetProps succeeds with null values, and says that there is one.
+    /// GetProps succeeds with null values and a count of 1.
     bool m_givesNothing = false;
-    /// GetProps gives binaries with their counts and without their bytes.
+    /// GetProps returns binaries with counts but without bytes.
     bool m_dropsBytes = false;
-    /// Handed out by OpenProperty.
+    /// Returned by OpenProperty.
     IUnknown* m_property = nullptr;
-    /// The answer of GetIDsFromNames; empty: success with a null pointer.
+    /// The result of GetIDsFromNames; empty: success with a null pointer.
     std::vector<ULONG> m_namedTags;
     std::vector<LONG> m_idsAsked;
     std::vector<std::basic_string<WCHAR>> m_textsAsked;
     /// The answer of GetNamesFromIDs for every tag; without a set: none has a name.
     MAPINAMEID m_namesGiven = {};
-    /// Runs at the end of GetIDsFromNames, when the tags are given.
+    /// Runs at the end of GetIDsFromNames, after the tags are set.
     std::function<void()> m_named;
 
 private:

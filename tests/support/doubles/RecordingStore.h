@@ -6,7 +6,7 @@
 namespace zeb::test
 {
 
-/// An entry identifier as a provider hands it out, in a buffer of its own.
+/// An entry identifier as returned by a provider, in a separate buffer.
 inline HRESULT GiveEntryID(const std::string& bytes, ULONG* count, LPENTRYID* entryID)
 {
     *count = static_cast<ULONG>(bytes.size());
@@ -176,7 +176,7 @@ public:
     HRESULT STDMETHODCALLTYPE PrepareForm(LPCIID, LPMESSAGE, ULONG_PTR*) override { return Unexpected("PrepareForm"); }
 
     Openable m_openable;
-    /// Handed out by the methods of these names.
+    /// Returned by the methods of these names.
     IMAPITable* m_stores = nullptr;
     IMsgStore* m_store = nullptr;
     IAddrBook* m_addressBook = nullptr;

@@ -1,4 +1,4 @@
-// A table that writes down what it is asked.
+// A table that records its calls.
 #pragma once
 
 #include "tests/support/MapiMemory.h"
@@ -18,26 +18,26 @@ namespace zeb::test
 /// Records every call of IMAPITable, with its arguments, as one line of text in `calls`, and answers from its fields.
 ///
 /// It lives on the stack or in its owner and counts references, which a test may read; it is never deleted by them.
-/// Reference counting and GetLastError are not recorded. Rows that QueryRows hands out are MapiMemory's.
+/// Reference counting and GetLastError are not recorded. Rows that QueryRows returns are in MapiMemory.
 class RecordingTable : public IMAPITable
 {
 public:
     /// The calls so far, for instance "GetRowCount(flags 0)".
     std::vector<std::string> calls;
-    /// What a method returns, by its name; S_OK where nothing is said. A failing method gives nothing else.
+    /// The results of methods, by name; S_OK by default. A failing method returns nothing else.
     std::map<std::string, HRESULT> results;
-    /// The extended error that GetLastError hands out; from MapiMemory::NewMapiError.
+    /// The extended error that GetLastError returns; from MapiMemory::NewMapiError.
     MAPIERROR* lastError = nullptr;
     /// Runs inside a method, after it was recorded, by its name.
     std::map<std::string, std::function<void()>> actions;
 
     ULONG references = 1;
-    ULONG rowCount = 0;       ///< what GetRowCount tells
-    ULONG position = 0;       ///< what QueryPosition tells, and the first row that QueryRows reads
-    LONG sought = 0;          ///< what SeekRow tells
-    ULONG_PTR connection = 0; ///< what Advise tells
-    BOOKMARK bookmark = 0;    ///< what CreateBookmark tells
-    /// The rows: one text each, which QueryRows gives as PR_SUBJECT_A from `position` on.
+    ULONG rowCount = 0;       ///< the result of GetRowCount
+    ULONG position = 0;       ///< the result of QueryPosition, and the first row that QueryRows reads
+    LONG sought = 0;          ///< the result of SeekRow
+    ULONG_PTR connection = 0; ///< the result of Advise
+    BOOKMARK bookmark = 0;    ///< the result of CreateBookmark
+    /// The rows: one text each, which QueryRows returns as PR_SUBJECT_A from `position` on.
     std::vector<std::string> subjects;
     /// QueryRows succeeds without a row set.
     bool givesNullRows = false;
@@ -161,7 +161,7 @@ public:
     }
     HRESULT WINAPI SetCollapseState(ULONG, ULONG, LPBYTE, BOOKMARK*) override { return Record("SetCollapseState", ""); }
 
-    /// A pointer as the calls show it.
+    /// A pointer as shown in the recorded calls.
     static std::string Pointer(const void* pointer)
     {
         char text[32];
@@ -170,7 +170,7 @@ public:
     }
 
 protected:
-    /// Writes the call down, runs its action and gives its result: the one that the test wants, or `otherwise`.
+    /// Records the call, runs its action and returns the test's result for it, or `otherwise`.
     HRESULT Record(const std::string& method, const std::string& arguments, HRESULT otherwise = S_OK)
     {
         calls.push_back(method + "(" + arguments + ")");
@@ -183,7 +183,7 @@ protected:
         return result == results.end() ? otherwise : result->second;
     }
 
-    /// At most `count` rows from the position on, which moves.
+    /// At most `count` rows from the position, which is advanced.
     virtual SRowSet* Rows(LONG count)
     {
         const ULONG left = position < subjects.size() ? static_cast<ULONG>(subjects.size()) - position : 0;

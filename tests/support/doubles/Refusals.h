@@ -1,4 +1,4 @@
-// What MAPI's documentation lets every provider refuse, so that doubles refuse it too.
+// Arguments that every provider may refuse according to MAPI's documentation; doubles refuse them too.
 #pragma once
 
 #include "platform/mapi.h"
@@ -8,7 +8,7 @@
 namespace zeb::test
 {
 
-/// MAPI_E_UNKNOWN_FLAGS for a flag that is none of `known`.
+/// MAPI_E_UNKNOWN_FLAGS for a flag that is not in `known`.
 inline HRESULT RefuseFlags(ULONG flags, ULONG known)
 {
     return (flags & ~known) != 0 ? MAPI_E_UNKNOWN_FLAGS : S_OK;
@@ -32,13 +32,13 @@ inline HRESULT FirstOf(std::initializer_list<HRESULT> results)
     return S_OK;
 }
 
-/// A list of tags that is there and names at least one.
+/// A list of tags that is not null and not empty.
 inline HRESULT RequireTags(const SPropTagArray* tags)
 {
     return Require(tags != nullptr && tags->cValues != 0);
 }
 
-/// A list of identifiers that is there and names at least one, each with its bytes.
+/// A list of identifiers that is not null and not empty, each with its bytes.
 inline HRESULT RequireList(const SBinaryArray* list)
 {
     bool whole = list != nullptr && list->cValues != 0 && list->lpbin != nullptr;
@@ -55,7 +55,7 @@ inline HRESULT RequireBytes(ULONG count, const void* entryID)
     return Require(count == 0 || entryID != nullptr);
 }
 
-/// What every OpenEntry takes.
+/// The arguments of every OpenEntry.
 inline HRESULT RefuseOpen(ULONG count, const void* entryID, ULONG flags)
 {
     constexpr ULONG NoCache = 0x200;
@@ -66,7 +66,7 @@ inline HRESULT RefuseOpen(ULONG count, const void* entryID, ULONG flags)
                     RequireBytes(count, entryID)});
 }
 
-/// A value as SetProps takes it: of a type that can be written, and with what it points to.
+/// A valid value for SetProps: of a writable type, and with its data.
 inline HRESULT RequireWritable(const SPropValue& value)
 {
     switch (PROP_TYPE(value.ulPropTag))

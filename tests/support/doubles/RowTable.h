@@ -1,4 +1,4 @@
-// A double of IMAPITable over rows that a test gives: writes every call down, seeks, filters and notifies.
+// A double of IMAPITable over a test's rows: records every call, seeks, filters and notifies.
 #pragma once
 
 #include "tests/support/doubles/RecordingProp.h"
@@ -13,7 +13,7 @@ namespace zeb::test
 
 using RowData = std::vector<Property>;
 
-/// The rows in MAPI memory, each with a buffer of its own.
+/// The rows in MAPI memory, each in a separate buffer.
 inline SRowSet* NewRowSet(const std::vector<RowData>& rows)
 {
     const auto count = static_cast<ULONG>(rows.size());
@@ -73,22 +73,22 @@ public:
         : Counted<IMAPITable>(journal, std::move(name), {&IID_IUnknown, &IID_IMAPITable})
     {
     }
-    /// Rows, whatever columns were set.
+    /// The rows, independent of the set columns.
     std::vector<RowData> m_rows;
-    /// Runs inside QueryRows, before the rows are given.
+    /// Runs inside QueryRows, before the rows are returned.
     std::function<void()> m_whileReading;
     /// QueryRows succeeds with a null set.
     bool m_givesNothing = false;
-    /// The connection number that Advise gives: all 64 bits of it count.
+    /// The connection number that Advise returns: all 64 bits are significant.
     ULONG_PTR m_connection = 0xABABABAB0000004D;
     bool m_fillsConnectionOnFailure = false;
-    /// Runs inside Advise, when the sink is known and the connection not yet given.
+    /// Runs inside Advise, when the sink is known and the connection not yet returned.
     std::function<void()> m_whileAdvising;
-    /// Run inside the method of that name, before anything is given.
+    /// Run inside the method of that name, before anything is returned.
     std::function<void()> m_whileCounting;
     std::function<void()> m_whileSeeking;
 
-    /// Sends one event to the sink, as a provider does.
+    /// Sends one event to the sink, like a provider.
     void Notify(ULONG tableEvent)
     {
         NOTIFICATION notification = {};
@@ -172,7 +172,7 @@ public:
         return Called("FindRow", Null(restriction) + "," + Number(origin) + "," + Number(flags),
                       FirstOf({RefuseFlags(flags, DIR_BACKWARD), Require(restriction != nullptr)}));
     }
-    /// Writes a property restriction down with its value; keeps the rows that match it when the column is text.
+    /// Records a property restriction with its value; filters the rows when the column is text.
     HRESULT STDMETHODCALLTYPE Restrict(LPSRestriction restriction, ULONG flags) override
     {
         const ProviderScope inside;
@@ -249,7 +249,7 @@ public:
         return Unexpected("SetCollapseState");
     }
 
-    /// What GetRowCount says; 0 for the true count.
+    /// The result of GetRowCount; 0 for the true count.
     ULONG m_claimedCount = 0;
 
 private:

@@ -1,4 +1,4 @@
-// The memory that host and library share fails when FailingNew says so: the linker (--wrap) sends malloc here.
+// The memory that host and library share fails under FailingNew: the linker (--wrap) sends malloc here.
 #include "tests/support/FailingNew.h"
 
 #include <cstddef>

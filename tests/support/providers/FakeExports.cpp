@@ -1,5 +1,5 @@
-// Exports of the test provider that only have to be there. This file knows no MAPI
-// header, so that they need no parameters.
+// Exports of the test provider that only have to exist. This file knows no MAPI header, so that they need no
+// parameters.
 #include "platform/export.h"
 
 #define EXPORT(name)                                                                                                   \

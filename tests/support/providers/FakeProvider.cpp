@@ -1,5 +1,5 @@
-// A provider library that does as a FakeProviderControl says. Its decorated exports are spelled with '_' in place of
-// '@'; ProviderFile puts the '@' into a copy.
+// A provider library controlled by a FakeProviderControl. Its decorated exports are spelled with '_' in place of '@';
+// ProviderFile puts the '@' into a copy.
 #include "tests/support/providers/FakeProvider.h"
 
 #include "platform/export.h"
@@ -91,7 +91,7 @@ HRESULT HandOut(HRESULT result, Interface* object, Interface** target)
     return result;
 }
 
-/// What WABOpen gives when no test controls it: lives until its last reference goes, and traces its releases.
+/// The result of WABOpen without a control: lives until its last reference is released, and traces its releases.
 class OwnWabObject : public zeb::test::WabObject
 {
 public:
@@ -107,8 +107,8 @@ public:
     }
 };
 
-// Where a host that lets go of nothing leaves them. The address book is only counted and released: a stand-in with the
-// slots of IUnknown serves.
+// The objects of a host that releases nothing. The address book is only counted and released: a substitute with the
+// slots of IUnknown is enough.
 OwnWabObject* ownWabObject = nullptr;
 OwnWabObject* ownAddressBook = nullptr;
 
@@ -248,7 +248,7 @@ extern "C"
         control->componentInstalls[call] = install;
         if (control->componentPaths[call] == nullptr)
         {
-            // What a refusal leaves in the buffer must not be taken for a path.
+            // The buffer's content after a refusal must not be used as a path.
             std::memcpy(path, "junk", 5);
             return FALSE;
         }
@@ -278,7 +278,7 @@ extern "C"
         return control->wabOpen;
     }
 
-// The utilities: each says which spelling was called.
+// The utility functions: each records which spelling was called.
 #define UTILITY(type, name, suffix, parameters, result)                                                                \
     ZEBAPI_EXPORT type WINAPI name parameters                                                                          \
     {                                                                                                                  \

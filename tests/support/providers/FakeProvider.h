@@ -1,4 +1,4 @@
-// The small provider library of the tests, and how a test in the same process tells it what to do.
+// The small provider library of the tests, and its control by a test in the same process.
 #pragma once
 
 #include "platform/mapi.h"
@@ -10,22 +10,23 @@ namespace zeb::test
 constexpr char FakeProviderVariable[] = "ZEB_FAKE_PROVIDER";
 
 /// The environment variable with the name of a file that the library writes its end to ("ended") and, when no control
-/// is set, each release of what WABOpen gave ("released"); none when unset.
+/// is set, each release of WABOpen's objects ("released"); none when unset.
 constexpr char FakeProviderTraceVariable[] = "ZEB_FAKE_PROVIDER_TRACE";
 
-/// What the library answers, and what it saw. Every call looks for it anew, so it outlives loads and unloads.
+/// The answers of the library and the calls that it received. Every call looks it up again, so it outlives loads and
+/// unloads.
 struct FakeProviderControl
 {
     // Answers.
     HRESULT initialize = S_OK;
     HRESULT logon = S_OK;
     bool throwsOnLogon = false;
-    IMAPISession* session = nullptr; ///< handed out with a reference of its own
+    IMAPISession* session = nullptr; ///< returned with an additional reference
     HRESULT admin = S_OK;
-    IProfAdmin* profAdmin = nullptr; ///< handed out with a reference of its own
+    IProfAdmin* profAdmin = nullptr; ///< returned with an additional reference
     HRESULT wabOpen = S_OK;
-    IAddrBook* addressBook = nullptr; ///< handed out with a reference of its own
-    IWABObject* wabObject = nullptr;  ///< handed out with a reference of its own
+    IAddrBook* addressBook = nullptr; ///< returned with an additional reference
+    IWABObject* wabObject = nullptr;  ///< returned with an additional reference
     bool handsOutOnFailure = false;   ///< WABOpen fills its out pointers although it fails
     /// Of FGetComponentPath's calls in their order: null is FALSE, a text is TRUE with that path.
     const char* componentPaths[3] = {};

@@ -1,4 +1,4 @@
-// The test provider's control, in force for a test.
+// The test provider's control for the duration of a test.
 #pragma once
 
 #include "tests/support/Environment.h"

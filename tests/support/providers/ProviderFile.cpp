@@ -57,7 +57,7 @@ public:
         m_ordinals = OffsetOf(Read<uint32_t>(image, exports + 36));
     }
 
-    /// Where the name stands; 0 when it is no export.
+    /// The offset of the name; 0 when it is not an export.
     size_t Find(const std::string& name) const
     {
         for (uint32_t i = 0; i < m_count; ++i)
@@ -116,7 +116,7 @@ private:
     size_t m_ordinals;
 };
 
-/// A Linux library linked with --hash-style=sysv: names are found by hash, so the buckets are made anew.
+/// A Linux library linked with --hash-style=sysv: names are found by hash, so the buckets are rebuilt.
 class SharedObject
 {
 public:
@@ -193,7 +193,7 @@ private:
 
     void ReadDynamic(size_t entry)
     {
-        // The tables stand in the first segment, where address and file offset are equal.
+        // The tables are in the first segment, where address and file offset are equal.
         for (; Read<uint64_t>(m_image, entry) != 0; entry += 16)
         {
             const auto value = Read<uint64_t>(m_image, entry + 8);
@@ -233,7 +233,7 @@ void RenameIn(Image& image, const std::string& from, const std::string& to)
     const size_t offset = format.Find(from);
     if (offset == 0 || from.size() != to.size())
     {
-        throw std::runtime_error("can not rename export " + from + " to " + to);
+        throw std::runtime_error("cannot rename export " + from + " to " + to);
     }
     std::copy(to.begin(), to.end(), image.begin() + static_cast<std::ptrdiff_t>(offset));
     format.Reindex();
@@ -266,7 +266,7 @@ ProviderFile::ProviderFile(std::vector<unsigned char> image)
 
 ProviderFile ProviderFile::Template()
 {
-    // Test programs stand beside it or one folder deeper.
+    // Test programs are in the same folder or one folder deeper.
     const std::string name = ZEB_FAKE_PROVIDER_FILE;
     std::ifstream file(platform::OwnFolder() + name, std::ios::binary);
     if (!file)
@@ -275,7 +275,7 @@ ProviderFile ProviderFile::Template()
     }
     if (!file)
     {
-        throw std::runtime_error("can not read " + name);
+        throw std::runtime_error("cannot read " + name);
     }
     return ProviderFile(Image(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()));
 }
@@ -332,7 +332,7 @@ void ProviderFile::Save(const std::string& path) const
     file.close();
     if (!file)
     {
-        throw std::runtime_error("can not write " + path);
+        throw std::runtime_error("cannot write " + path);
     }
 }
 

@@ -12,7 +12,7 @@ namespace zeb::test
 class ProviderFile
 {
 public:
-    /// The test provider as it was built, from beside the test program: every undecorated name, and every decorated one
+    /// The test provider as built, from the folder of the test program: every undecorated name, and every decorated one
     /// with '_' for '@', so that none of those resolves. @throws std::runtime_error
     static ProviderFile Template();
 
@@ -25,7 +25,7 @@ public:
 
     /// Gives an export another name of the same length. @throws std::runtime_error when there is no such export
     ProviderFile& Rename(const std::string& from, const std::string& to);
-    /// Takes an export away: its last character is changed to '~'.
+    /// Removes an export: its last character is changed to '~'.
     ProviderFile& Remove(const std::string& name);
 
     /// Writes the library. @throws std::runtime_error

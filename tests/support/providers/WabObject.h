@@ -1,4 +1,4 @@
-// An IWABObject that counts.
+// A counting IWABObject.
 #pragma once
 
 #include "platform/mapi.h"
@@ -10,13 +10,12 @@
 namespace zeb::test
 {
 
-/// Lives where the test puts it; `references` is 1 when nobody else holds it. A
-/// child block lives until the object does.
+/// Allocated by the test; `references` is 1 when it has no other reference. A child block lives until the object does.
 class WabObject : public IWABObject
 {
 public:
     HRESULT answer = S_OK;       ///< of QueryInterface
-    IUnknown* answerWith = this; ///< the object that QueryInterface hands out
+    IUnknown* answerWith = this; ///< the object that QueryInterface returns
     int references = 1;
     int queries = 0;
     IID askedFor = {};

@@ -23,7 +23,7 @@ RegistryScope::RegistryScope()
     std::string name = (std::filesystem::temp_directory_path() / "zeb-registry-XXXXXX").string();
     if (mkdtemp(name.data()) == nullptr)
     {
-        throw std::runtime_error("can not make a folder for the test's registry");
+        throw std::runtime_error("cannot create a folder for the test's registry");
     }
     m_impl->folder = name;
     if (const char* set = std::getenv("ZEBAPI_REGISTRY"))

@@ -1,4 +1,4 @@
-// The memory that host and library share fails when FailingNew says so: this program's import of HeapAlloc leads here.
+// The memory that host and library share fails under FailingNew: this program's import of HeapAlloc is replaced here.
 #include "platform/mapi.h"
 #include "tests/support/FailingNew.h"
 

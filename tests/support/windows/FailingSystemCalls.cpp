@@ -1,4 +1,4 @@
-// This program's imports of the system's functions lead here, so that FailingSystem can make them fail.
+// This program's imports of system functions are replaced here, so that FailingSystem can make them fail.
 #include "platform/mapi.h"
 #include "tests/support/FailingSystem.h"
 

@@ -14,7 +14,7 @@ size_t OpenHandles()
     {
         return count;
     }
-    // Wine does not count them, but gives out the lowest number that is free.
+    // Wine does not count them, but returns the lowest free number.
     const HANDLE next = CreateEventA(nullptr, FALSE, FALSE, nullptr);
     CloseHandle(next);
     return reinterpret_cast<std::uintptr_t>(next);

@@ -125,7 +125,7 @@ TEST_F(EntryIDInfo, MessageOfThirtyFourBytesShowsAZeroMessageDatabase)
                              "    CEntryIDMessageObject\r\n      FolderDatabaseGUID: " +
                              guid + "\r\n      MessageDatabaseGUID: " + zeroUID +
                              "\r\n      TODO: dump more there...\r\n");
-    EXPECT_EQ(Info(hex).Unread(), 0u) << "what did not fit went to the fields behind it";
+    EXPECT_EQ(Info(hex).Unread(), 0u) << "what did not fit went to the following fields";
 }
 
 TEST_F(EntryIDInfo, OtherObjectTypesAreOnlyRecorded)
@@ -299,7 +299,7 @@ TEST_F(EntryIDInfo, HeaderIsReadByteForByteAsFarAsItGoes)
 
 TEST_F(EntryIDInfo, FieldsThatDoNotFitAreZeroAndTheNextOnesTakeTheirBytes)
 {
-    // Ten bytes for a GUID: they go to the counter and the padding behind it.
+    // Ten bytes for a GUID: they go to the counter and the padding after it.
     const std::string hex = "00000000" + contactUID + "01000000" + "04000000" + "00000000" + "20000000" + "00000000" +
                             unknownUID + "0200" + Filled("A1", 10);
     const std::string dump = Dump(hex);

@@ -171,7 +171,7 @@ struct OpenRows : CZebRowSet
 
 constexpr ULONG NamedTag = 0x8083001E;
 
-/// Frees at its end what a call has left behind on purpose (CZebBinArray does).
+/// Its destructor frees what a call leaves allocated by design (CZebBinArray does).
 struct RestFreer
 {
     explicit RestFreer(MapiMemory& owner)

@@ -96,7 +96,7 @@ TEST_F(BadRegistry, NoPlaceForItIsAFailure)
     const EnvironmentScope config("XDG_CONFIG_HOME", std::nullopt);
     const EnvironmentScope home("HOME", std::nullopt);
     SetEnvironment("ZEBAPI_REGISTRY", std::nullopt);
-    ExpectFailures("there is no place for the registry file");
+    ExpectFailures("no path for the registry file");
 }
 
 TEST_F(BadRegistry, NamesThatAreOpenStayReadableAndTheDefaultFails)

@@ -138,7 +138,7 @@ TEST_F(Classification, APathWithAPercentSignIsWrittenAsItStands)
 TEST_P(MissingName, OfTheUndecoratedListIsNamed)
 {
     const std::string name = UndecoratedTestList[GetParam()];
-    // The first eight names and OpenStreamOnFile stand in both lists, so the decorated list stops there too.
+    // The first eight names and OpenStreamOnFile are in both lists, so the decorated list stops there too.
     const bool shared = name == DecoratedTestList[GetParam()];
     const std::string path = Library("MAPI32.DLL", ProviderFile::Undecorated().Remove(name));
     const ProviderClass found = CheckMAPIDll(path, ProviderEnvironment::Machine());

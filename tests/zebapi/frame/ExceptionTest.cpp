@@ -203,7 +203,7 @@ TEST(ThrowIfFailed, OutOfMemoryForTheExceptionThrowsOneThatWasKept)
         ASSERT_NE(caught, nullptr);
         if (caught->GetResult() == NotFound)
         {
-            ASSERT_GT(after, 0) << "with no memory at all the exception was made anew";
+            ASSERT_GT(after, 0) << "without any memory a new exception was created";
             return;
         }
         EXPECT_EQ(caught->GetResult(), MAPI_E_NOT_ENOUGH_MEMORY);

@@ -11,8 +11,8 @@
 namespace zeb::test
 {
 
-/// Each test begins and ends with nothing loaded, on a machine without a provider: a text file beside the test program
-/// stands in the way of the system's.
+/// Each test begins and ends with nothing loaded, on a machine without a provider: a text file in the test program's
+/// folder hides the system's provider.
 class LibraryFixture : public ProviderFixture
 {
 protected:
@@ -60,7 +60,7 @@ protected:
         library.Initialize(false);
     }
 
-    /// No provider behind the entry points.
+    /// The entry points have no provider.
     void ExpectNothingLoaded()
     {
         EXPECT_FALSE(library.WasInitialized());

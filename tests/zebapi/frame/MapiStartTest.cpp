@@ -408,7 +408,7 @@ TEST_F(MapiStart, TheSameExceptionPassesOn)
 TEST_F(MapiStart, AFailedStartOverARunningOneLeavesTheEntryPointsAtTheNextStop)
 {
     Start(ProviderFile::Undecorated());
-    // Keeps the code behind the entry points in memory.
+    // Keeps the code of the entry points in memory.
     const CDllLoader keeper(folder.File("provider.dll").c_str(), 22);
     platform::RegistryKey::DeleteTree(platform::RegistryRoot::LocalMachine, OutlookClientKey);
     EXPECT_EQ(ThrownBy([this] { library.Initialize(false); }), MAPI_E_CALL_FAILED);

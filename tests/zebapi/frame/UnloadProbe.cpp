@@ -36,7 +36,7 @@ std::string Contents(const char* path)
 
 } // namespace
 
-/// What the library abandons is left behind on purpose, and so is its log.
+/// The library abandons these objects by design, including its log.
 extern "C" int __lsan_is_turned_off()
 {
     return 1;

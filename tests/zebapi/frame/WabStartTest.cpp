@@ -152,7 +152,7 @@ TEST_F(WabStart, MapisUtilitiesAreNotThereAndALogonFails)
 
 TEST_F(WabStart, UnloadingWithoutAKnownSpellingLeavesTheEntryPoints)
 {
-    // A start that finds no provider leaves no spelling behind.
+    // A start without a provider leaves no bitness set.
     ThrownBy([this] { library.Initialize(false); });
     StartWab();
     EntryPointScope scope(EntryPoint::HrSetOneProp, reinterpret_cast<void*>(&AnswerBusy));

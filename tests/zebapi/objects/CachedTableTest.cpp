@@ -309,7 +309,7 @@ TEST_F(CachedTable, ACopyTakesRowsAndRegistrationAsTheyAre)
     for (CZebCachedTable* of : {copy, assigned})
     {
         EXPECT_TRUE(Hits(*of, 25));
-        // The binder stands behind the bases, two numbers and the rows.
+        // The binder comes after the bases, two numbers and the rows.
         EXPECT_EQ(std::memcmp(reinterpret_cast<char*>(of) + 56, reinterpret_cast<char*>(&table) + 56, 8), 0);
         m_double.Release();
     }

@@ -24,7 +24,7 @@ namespace
 
 struct FieldTable
 {
-    size_t first; ///< where the fields begin: behind the table of operations, or behind what the base holds
+    size_t first; ///< the start of the fields: after the table of operations, or after the base's fields
     std::map<size_t, std::pair<std::string, size_t>> fields; ///< name and offset, by number
 };
 
@@ -54,7 +54,7 @@ struct RegisteredField
     static inline const bool s_done = Register();
 };
 
-constexpr size_t behindOperations = sizeof(void*);
+constexpr size_t AfterOperations = sizeof(void*);
 
 /// A field: its class, where that begins its fields, the field's number among them, its name.
 #define FIELD(CLASS, FIRST, NUMBER, MEMBER)                                                                            \
@@ -76,43 +76,43 @@ constexpr size_t behindOperations = sizeof(void*);
     }                                                                                                                  \
     template struct RegisteredField<ZEB_JOIN(Field, __LINE__), &CLASS::MEMBER>;
 
-FIELD(CZebAPI, behindOperations, 0, m_loader)
-FIELD(CZebAPI, behindOperations, 1, m_wasFailed)
-FIELD(CZebAPI, behindOperations, 2, m_initialized)
-FIELD(CZebAPI, behindOperations, 3, m_wab)
-FIELD(CZebAPI, behindOperations, 4, m_bitness)
-FIELD(CZebAPI, behindOperations, 5, m_globalMAPI)
-FIELD(CZebAPI, behindOperations, 6, m_lock)
-FIELD(CZebAPI, behindOperations, 7, m_wabAddressBook)
+FIELD(CZebAPI, AfterOperations, 0, m_loader)
+FIELD(CZebAPI, AfterOperations, 1, m_wasFailed)
+FIELD(CZebAPI, AfterOperations, 2, m_initialized)
+FIELD(CZebAPI, AfterOperations, 3, m_wab)
+FIELD(CZebAPI, AfterOperations, 4, m_bitness)
+FIELD(CZebAPI, AfterOperations, 5, m_globalMAPI)
+FIELD(CZebAPI, AfterOperations, 6, m_lock)
+FIELD(CZebAPI, AfterOperations, 7, m_wabAddressBook)
 
 FIELD(CZebException, sizeof(CException), 0, m_description)
 FIELD(CZebException, sizeof(CException), 1, m_result)
 
-FIELD(CZebOnePropVal, behindOperations, 0, m_parent)
-FIELD(CZebOnePropVal, behindOperations, 1, m_value)
+FIELD(CZebOnePropVal, AfterOperations, 0, m_parent)
+FIELD(CZebOnePropVal, AfterOperations, 1, m_value)
 
-FIELD(CZebPropValArray, behindOperations, 0, m_count)
-FIELD(CZebPropValArray, behindOperations, 1, m_values)
-FIELD(CZebPropValArray, behindOperations, 2, m_growable)
+FIELD(CZebPropValArray, AfterOperations, 0, m_count)
+FIELD(CZebPropValArray, AfterOperations, 1, m_values)
+FIELD(CZebPropValArray, AfterOperations, 2, m_growable)
 
-FIELD(CZebPropProblemArray, behindOperations, 0, m_problems)
-FIELD(CZebPropTagArray, behindOperations, 0, m_tags)
-FIELD(CZebBinary, behindOperations, 0, m_binary)
-FIELD(CZebBinArray, behindOperations, 0, m_array)
-FIELD(CZebSession, behindOperations, 0, m_session)
+FIELD(CZebPropProblemArray, AfterOperations, 0, m_problems)
+FIELD(CZebPropTagArray, AfterOperations, 0, m_tags)
+FIELD(CZebBinary, AfterOperations, 0, m_binary)
+FIELD(CZebBinArray, AfterOperations, 0, m_array)
+FIELD(CZebSession, AfterOperations, 0, m_session)
 
-FIELD(CZebProfileNames, behindOperations, 0, m_index)
-FIELD(CZebProfileNames, behindOperations, 1, m_profiles)
-FIELD(CZebProfAdmin, behindOperations, 0, m_profAdmin)
+FIELD(CZebProfileNames, AfterOperations, 0, m_index)
+FIELD(CZebProfileNames, AfterOperations, 1, m_profiles)
+FIELD(CZebProfAdmin, AfterOperations, 0, m_profAdmin)
 
-FIELD(CZebIProp, behindOperations, 0, m_bWAB)
-FIELD(CZebIProp, behindOperations, 1, m_object)
-FIELD(CZebIProp, behindOperations, 2, m_tags)
+FIELD(CZebIProp, AfterOperations, 0, m_bWAB)
+FIELD(CZebIProp, AfterOperations, 1, m_object)
+FIELD(CZebIProp, AfterOperations, 2, m_tags)
 
-FIELD(CZebNameIdMap, behindOperations, 0, m_forward)
-FIELD(CZebNameIdMap, behindOperations, 1, m_reverse)
-FIELD(CZebNameIdHelper, behindOperations, 0, m_names)
-FIELD(CZebNameIdHelper, behindOperations, 1, m_count)
+FIELD(CZebNameIdMap, AfterOperations, 0, m_forward)
+FIELD(CZebNameIdMap, AfterOperations, 1, m_reverse)
+FIELD(CZebNameIdHelper, AfterOperations, 0, m_names)
+FIELD(CZebNameIdHelper, AfterOperations, 1, m_count)
 
 FIELD(CZebContainer, sizeof(CZebIProp), 0, m_providerID)
 FIELD(CZebContainer, sizeof(CZebIProp), 1, m_providerChecked)
@@ -120,23 +120,23 @@ FIELD(CZebContainer, sizeof(CZebIProp), 1, m_providerChecked)
 FIELD(CZebAddressBook, sizeof(CZebIProp), 0, m_wabObject)
 FIELD(CZebAddressBook, sizeof(CZebIProp), 1, m_session)
 
-FIELD(CZebTable, behindOperations, 0, m_table)
+FIELD(CZebTable, AfterOperations, 0, m_table)
 
-FIELD(CZebRowSet, behindOperations, 0, m_rows)
-FIELD(CZebRowSet, behindOperations, 1, m_neverHandedOut)
-FIELD(CZebRow, behindOperations, 0, m_base)
-FIELD(CZebRow, behindOperations, 1, m_row)
+FIELD(CZebRowSet, AfterOperations, 0, m_rows)
+FIELD(CZebRowSet, AfterOperations, 1, m_neverHandedOut)
+FIELD(CZebRow, AfterOperations, 0, m_base)
+FIELD(CZebRow, AfterOperations, 1, m_row)
 
-FIELD(CZebRestriction, behindOperations, 0, m_base)
-FIELD(CZebRestriction, behindOperations, 1, m_node)
-FIELD(CZebSortOrder, behindOperations, 0, m_sortSet)
+FIELD(CZebRestriction, AfterOperations, 0, m_base)
+FIELD(CZebRestriction, AfterOperations, 1, m_node)
+FIELD(CZebSortOrder, AfterOperations, 0, m_sortSet)
 
-FIELD(CAdviseSink, behindOperations, 0, m_references)
-FIELD(CAdviseSink, behindOperations, 1, m_delegate)
-FIELD(CAdviseSinkBinder, behindOperations, 0, m_delegate)
-FIELD(CAdviseSinkBinder, behindOperations, 1, m_sink)
-FIELD(CAdviseSinkBinder, behindOperations, 2, m_table)
-FIELD(CAdviseSinkBinder, behindOperations, 3, m_connection)
+FIELD(CAdviseSink, AfterOperations, 0, m_references)
+FIELD(CAdviseSink, AfterOperations, 1, m_delegate)
+FIELD(CAdviseSinkBinder, AfterOperations, 0, m_delegate)
+FIELD(CAdviseSinkBinder, AfterOperations, 1, m_sink)
+FIELD(CAdviseSinkBinder, AfterOperations, 2, m_table)
+FIELD(CAdviseSinkBinder, AfterOperations, 3, m_connection)
 
 FIELD(CZebCachedTable, sizeof(CZebTable) + sizeof(CAdviseSinkDelegate), 0, m_firstRow)
 FIELD(CZebCachedTable, sizeof(CZebTable) + sizeof(CAdviseSinkDelegate), 1, m_batch)
@@ -144,10 +144,10 @@ FIELD(CZebCachedTable, sizeof(CZebTable) + sizeof(CAdviseSinkDelegate), 2, m_cac
 FIELD(CZebCachedTable, sizeof(CZebTable) + sizeof(CAdviseSinkDelegate), 3, m_binder)
 FIELD(CZebCachedTable, sizeof(CZebTable) + sizeof(CAdviseSinkDelegate), 4, m_window)
 
-FIELD(CBinaryParser, behindOperations, 0, m_size)
-FIELD(CBinaryParser, behindOperations, 1, m_start)
-FIELD(CBinaryParser, behindOperations, 2, m_end)
-FIELD(CBinaryParser, behindOperations, 3, m_offset)
+FIELD(CBinaryParser, AfterOperations, 0, m_size)
+FIELD(CBinaryParser, AfterOperations, 1, m_start)
+FIELD(CBinaryParser, AfterOperations, 2, m_end)
+FIELD(CBinaryParser, AfterOperations, 3, m_offset)
 
 FIELD(CEntryIDInfo, 0, 0, m_type)
 FIELD(CEntryIDInfo, 0, 1, m_flags)

@@ -1,4 +1,4 @@
-// What objects hold, which hosts and other compilers count on: a table of operations and the fields behind it.
+// The layout of objects on which hosts and other compilers depend: a table of operations and the fields after it.
 #include "zebapi/AdviseSink.h"
 #include "zebapi/BinArray.h"
 #include "zebapi/NAMEID.h"

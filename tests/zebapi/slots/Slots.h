@@ -15,7 +15,7 @@
 namespace zeb::test
 {
 
-/// A virtual member behind all those of a class.
+/// A virtual member after all those of a class.
 template <class Base>
 class Behind : public Base
 {
@@ -35,7 +35,7 @@ struct SlotTable
     size_t first; ///< the first slot that the class adds
     size_t count; ///< all its slots
     size_t destructor;
-    size_t behind; ///< the entry behind its last one
+    size_t behind; ///< the entry after its last one
     std::vector<SlotRow> rows;
 };
 

@@ -48,7 +48,7 @@ protected:
     IMAPIAdviseSink* const m_sink = reinterpret_cast<IMAPIAdviseSink*>(&m_double);
 };
 
-/// Fills the stack below the caller, so that a local that nobody cleared holds anything but zeros.
+/// Fills the stack below the caller, so that an uninitialized local is not zero.
 void PoisonStack()
 {
     volatile unsigned char bytes[4096];

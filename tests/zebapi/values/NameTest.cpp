@@ -261,7 +261,7 @@ TEST(Names, ErrorDisplayedHasItsHeaderValue)
 
 TEST(Names, EveryTableHasItsNamesInTheirOrder)
 {
-    // The 32-bit FNV-1a sums of the names, each with a line feed behind it.
+    // The 32-bit FNV-1a sums of the names, each followed by a line feed.
     const std::map<std::string, ULONG> sums = {
         {"MAPIErrors", 0x5886A84B},   {"CMCErrors", 0xD948782F},   {"PropTags", 0xB7DB35C3},
         {"PropType", 0x84D93395},     {"FolderType", 0x9354ED37},  {"TableStatus", 0xE005D65E},

@@ -48,7 +48,7 @@ protected:
     }
     static void AddListParameter(CZebPropTagArray& tags, ULONG tag, va_list args) { tags.AddList(tag, args); }
 
-    /// @return what stands in the list behind its 0
+    /// @return the content of the list after its 0
     static ULONG AddThenNext(CZebPropTagArray& tags, ULONG tag, ...)
     {
         va_list args;

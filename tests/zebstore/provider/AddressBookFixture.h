@@ -1,4 +1,4 @@
-// A session's address book, and entries made briefly.
+// A session's address book, with helpers that create entries.
 #pragma once
 
 #include "tests/zebstore/provider/ProviderFixture.h"
@@ -19,7 +19,7 @@ inline Bytes Joined(std::initializer_list<Bytes> parts)
     return all;
 }
 
-/// Recipients as MAPI's calls take and replace them; frees what is left in them.
+/// Recipients as MAPI's calls accept and replace them; the destructor frees them.
 class Recipients
 {
 public:
@@ -93,7 +93,7 @@ protected:
         return *m_book;
     }
 
-    /// Opens by the address book. @param type receives the object's type
+    /// Opens an entry through the address book. @param type receives the object's type
     template <typename Interface>
     Ref<Interface> OpenInBook(const Bytes& id, ULONG flags = MAPI_BEST_ACCESS, ULONG* type = nullptr,
                               HRESULT expected = S_OK)

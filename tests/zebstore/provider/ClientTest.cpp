@@ -1,4 +1,4 @@
-// What clients pass, write and read routinely.
+// Arguments and properties that clients routinely use.
 #include "platform/datetime.h"
 #include "tests/support/Unprivileged.h"
 #include "tests/zebstore/provider/ProviderFixture.h"
@@ -18,7 +18,7 @@ namespace zebstore
 namespace
 {
 
-// As published, and not by the provider's own constants: a client passes numbers.
+// The published values, not the provider's constants: a client passes numbers.
 constexpr ULONG MdbOnlineFlag = 0x100;
 constexpr ULONG NoCacheFlag = 0x200;
 constexpr ULONG CacheOnlyFlag = 0x4000;
@@ -266,7 +266,7 @@ TEST_F(Clients, SeeAnotherChangeKeyAfterEachSaveThatDoesNotWriteOne)
     }
 }
 
-// They are not listed: what reads all properties of a folder and writes them to another one must not carry them over.
+// They are not listed: a client that copies all listed properties to another folder must not copy these.
 TEST_F(Clients, KnowFoldersAndTheirChangesByTimesAndKeysThatAreNotListed)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
@@ -343,8 +343,7 @@ TEST_F(Clients, GetAttachmentsByTheInterfaceTheyAskFor)
     other->Release();
 }
 
-// What is in the file is asked for once: a message of very many attachments is
-// made in time that grows with their number.
+// The file is queried once: creating a message with many attachments takes time linear in their number.
 TEST_F(Clients, AddAttachmentsWithoutALookAtThoseThatAreThere)
 {
     const Ref<IMessage> message = OpenMessage(SaveMessage(*Inbox()));

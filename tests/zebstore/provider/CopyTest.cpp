@@ -1,4 +1,4 @@
-// IMAPIProp::CopyTo and CopyProps: what is not a property is copied too, once, or the call fails.
+// IMAPIProp::CopyTo and CopyProps: parts that are not properties are copied too, once, or the call fails.
 #include "tests/zebstore/provider/ProviderFixture.h"
 
 #include <algorithm>
@@ -9,7 +9,7 @@ namespace zebstore
 namespace
 {
 
-/// Notes each report; cancels at one of them when asked.
+/// Records each report; optionally cancels at one of them.
 class ProgressDouble final : public IMAPIProgress
 {
 public:

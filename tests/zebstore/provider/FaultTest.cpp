@@ -1,5 +1,5 @@
-// One host's work with each call and each allocation failing in turn: it may fail, but it
-// never crashes, leaks or leaves half a message.
+// A host's work while each call and each allocation fails in turn: it may fail, but never crashes, leaks or leaves half
+// a message.
 #include "tests/zebstore/provider/ProviderFixture.h"
 
 namespace zebstore
@@ -11,7 +11,7 @@ class Faults : public Provider
 {
 protected:
     /// Logs on, reads the inbox and saves a message with a recipient, an attachment and a stream; stops at the first
-    /// failure, as a host would.
+    /// failure, like a host.
     HRESULT Work()
     {
         IMAPISession* opened = nullptr;
@@ -103,7 +103,7 @@ protected:
         return SUCCEEDED(result) ? attach->SaveChanges(0) : result;
     }
 
-    /// What the store holds of the message: nothing, or all of it.
+    /// The stored part of the message: nothing, or all of it.
     void ExpectWholeOrAbsent(HRESULT result)
     {
         const Ref<IMAPIFolder> inbox = Inbox();

@@ -91,8 +91,8 @@ TEST(ProviderMemory, CountsAndNamesWhatIsFreedWithoutBeingLive)
     g_badFrees = 0;
 }
 
-// The leak checker judges: hosts may leave blocks, and the library that counts them
-// can be unloaded before the process ends.
+// The leak checker decides: hosts may leave blocks, and the library that counts them may be unloaded before the process
+// ends.
 TEST(ProviderMemory, ItsEndFreesTheTablesOfBlocksThatWereLeft)
 {
     LiveBlocks blocks;

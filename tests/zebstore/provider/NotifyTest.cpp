@@ -10,7 +10,7 @@ namespace
 
 using test::CopyingSink;
 
-/// What a store's sink was told, as it can be compared.
+/// The notifications of a store's sink in a comparable form.
 struct Told
 {
     ULONG event = 0;
@@ -36,7 +36,7 @@ public:
         m_heard.notify_all();
         return 0;
     }
-    /// The next thing told; an empty one after ten seconds.
+    /// The next notification; an empty one after ten seconds.
     Told Next()
     {
         std::unique_lock<std::mutex> hold(m_lock);
@@ -176,7 +176,7 @@ TEST_F(Notifications, ASinkOfOneFolderHearsOfThatFolderOnly)
     const Bytes other = SaveMessage(*inbox);
     ExpectTold(m_sink->Next(), fnevObjectCreated, MAPI_MESSAGE, other);
     EXPECT_TRUE(m_sink->IsAllRead());
-    // Logging off ends what the session told.
+    // Logoff ends the session's notifications.
     EXPECT_EQ(Session().Logoff(0, 0, 0), S_OK);
     m_sink->AddRef();
     EXPECT_EQ(m_sink->Release(), 1u);
@@ -247,7 +247,7 @@ TEST_F(Notifications, UninitializingEndsTheThreadBeforeTheLastCountOfObjects)
     ApplySwitches({});
     std::ifstream file(trace);
     const std::string text((std::istreambuf_iterator<char>(file)), {});
-    // One object lives: the fixture's sink.
+    // One live object: the fixture's sink.
     EXPECT_NE(text.find("live objects 1, live buffers 0, bad frees 0\n"), std::string::npos) << text;
     EXPECT_EQ(MAPIInitialize(nullptr), S_OK);
 }
@@ -261,7 +261,7 @@ TEST_F(Notifications, ATableThatOutlivesTheThreadIsReleasedInPeace)
     const Ref<IMAPIFolder> inbox = Inbox();
     MAPIUninitialize();
     SaveMessage(*inbox);
-    // Several times as long as another process's commit takes to be told.
+    // Several times the delay with which another process's commit is reported.
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     EXPECT_TRUE(before->Events().empty()) << "told after the end";
     EXPECT_EQ(MAPIInitialize(nullptr), S_OK);

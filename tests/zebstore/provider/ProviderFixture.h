@@ -1,4 +1,4 @@
-// A started provider with one profile and its store, in a registry and a folder of their own.
+// A started provider with one profile and its store, in its own registry and folder.
 #pragma once
 
 #include "platform/mapi.h"

@@ -30,7 +30,7 @@ TEST(ProviderUtilities, ReleaseOfNothingIsNothing)
     FreeProws(nullptr);
 }
 
-/// Copies `value` into a block of its own and hands the copy to `check`, after the original is overwritten.
+/// Copies `value` to a separate block and passes the copy to `check`, after the original is overwritten.
 template <typename Check>
 void CopyAndCheck(SPropValue value, Check check)
 {

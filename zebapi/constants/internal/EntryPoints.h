@@ -1,4 +1,4 @@
-// The names by which a provider's entry points are resolved, and those by which a provider is recognised.
+// The export names of a provider's entry points, and the export names that identify a provider.
 #pragma once
 
 #include <cstddef>
@@ -34,7 +34,7 @@ struct EntryPointRow
 extern const EntryPointRow UndecoratedEntryPoints[EntryPointCount];
 extern const EntryPointRow DecoratedEntryPoints[EntryPointCount];
 
-/// What a provider must export to be taken for one, 22 names each, ended by null.
+/// The exports that a library must have to count as a provider, 22 names each, terminated by null.
 extern const char* const DecoratedTestList[];
 extern const char* const UndecoratedTestList[];
 

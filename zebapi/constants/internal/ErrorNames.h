@@ -14,7 +14,7 @@ struct ErrorName
     char name[48]; ///< padded with zeros
 };
 
-/// Searched front to back: the first row of a code gives its name.
+/// Searched in order: the first row of a code has its name.
 extern const ErrorName ErrorNames[];
 extern const size_t ErrorNameCount;
 

@@ -9,9 +9,9 @@
 namespace zeb
 {
 
-/// A table and the index built over it when the library is compiled. Every slot of the index holds the number of a row,
-/// counted from 1, or 0 when it is free; a value or a name is looked for from its hash on, until a free slot. Of rows
-/// with one value, or one name, the index has the first.
+/// A table and its index, which is built at compile time. Every slot of the index holds the number of a row, counted
+/// from 1, or 0 when it is free; a look-up starts at the hash of the value or name and ends at a free slot. Of rows
+/// with the same value, or the same name, the index has the first.
 struct IndexedNameTable
 {
     ZebNameTable table;
@@ -28,7 +28,7 @@ extern const std::array<IndexedNameTable, nameTableCount> nameTables;
 /// For every letter, the first table whose name begins with it; nameTableCount when none does.
 extern const std::array<std::uint8_t, 26> firstTableOfLetter;
 
-/// Makes an upper-case letter lower case; nothing else becomes a letter by this.
+/// Makes an upper-case letter lower case; no other character becomes a letter.
 constexpr char LowerLetter(char character)
 {
     return static_cast<char>(character | 0x20);

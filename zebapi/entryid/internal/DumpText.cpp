@@ -11,7 +11,7 @@ namespace zeb
 namespace
 {
 
-constexpr size_t longest = INT_MAX - 1; ///< what a string holds
+constexpr size_t longest = INT_MAX - 1; ///< the maximum size of a string
 
 } // namespace
 

@@ -12,12 +12,12 @@ namespace zeb
 
 /// Text that grows at its end, in one block of memory. Texts are data: nothing in them is interpreted.
 ///
-/// What would not fit a string is refused: every operation that appends throws MAPI_E_NOT_ENOUGH_MEMORY
-/// (CZebException*) instead. Threads: none of its own.
+/// Text beyond the maximum size of a string is refused: every appending operation throws MAPI_E_NOT_ENOUGH_MEMORY
+/// (CZebException*). Threads: none of its own.
 class CDumpText
 {
 public:
-    /// Makes room for `expected` characters at once.
+    /// Reserves memory for `expected` characters.
     explicit CDumpText(size_t expected);
 
     void Append(std::string_view text);
@@ -53,7 +53,7 @@ public:
         PutLineEnd(Room(lineEndSize));
     }
 
-    /// Hands the text over; nothing is left.
+    /// Moves the text out; this object becomes empty.
     CStringA Take();
 
 private:
@@ -70,7 +70,7 @@ private:
         place[0] = '\r';
         place[1] = '\n';
     }
-    /// The place of `count` further characters, which the caller writes.
+    /// A buffer for `count` more characters, which the caller writes.
     char* Room(size_t count)
     {
         if (count > static_cast<size_t>(m_text.GetLength()) - m_length)
@@ -83,7 +83,7 @@ private:
     }
     void Grow(size_t count);
 
-    CStringA m_text; ///< longer than what is written
+    CStringA m_text; ///< longer than the written part
     size_t m_length = 0;
 };
 

@@ -1,4 +1,4 @@
-// Internal: MAPI memory with its size checked, its type kept and its owner known.
+// Internal: MAPI memory with checked size, typed pointers and ownership.
 #pragma once
 
 #include "zebapi/frame/Exception.h"
@@ -10,8 +10,8 @@
 namespace zeb
 {
 
-/// head + count * each bytes, as MAPI's allocator takes sizes.
-/// @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY when that is more than 32 bits say
+/// head + count * each in bytes, for MAPI's allocator. @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY when the size
+/// exceeds 32 bits
 inline ULONG BlockSize(std::uint64_t head, std::uint64_t count, std::uint64_t each, const char* file = ZEB_FILE,
                        int line = ZEB_LINE)
 {
@@ -36,7 +36,7 @@ T* AllocateArray(std::uint64_t count, void* parent, const char* file = ZEB_FILE,
     return Allocate<T>(BlockSize(0, count, sizeof(T), file, line), parent);
 }
 
-/// Frees a root block, with all that is chained to it, and clears the pointer; null is left alone.
+/// Frees a root block, with all that is chained to it, and clears the pointer; null is allowed.
 template <class T>
 void FreeBlock(T*& block)
 {
@@ -50,7 +50,7 @@ struct BlockDeleter
     void operator()(void* block) const { Zeb_MemExFree(block); }
 };
 
-/// Owns a root block until it is handed on.
+/// Owns a root block until it is released to another owner.
 template <class T>
 using Block = std::unique_ptr<T, BlockDeleter>;
 

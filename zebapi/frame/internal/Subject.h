@@ -1,4 +1,4 @@
-// What failures are about, for the context of an exception.
+// Texts of objects for the context of an exception.
 #pragma once
 
 #include "zebapi/frame/Exception.h"
@@ -6,24 +6,24 @@
 namespace zeb
 {
 
-/// A property tag as "PR_SUBJECT 0x0037001F", or without a name where it has none.
+/// A property tag as "PR_SUBJECT 0x0037001F", or without a name if it has none.
 CStringA TagText(ULONG tag);
 
-/// Throws a failure that is about a property.
+/// Throws a failure about a property.
 [[noreturn]] void ThrowTag(LONG result, ULONG tag, const char* file = ZEB_FILE, int line = ZEB_LINE,
                            const char* operation = ZEB_CALLER);
 
-/// Throws a failure that is about an index beyond the count: "row 7 of 3".
+/// Throws a failure about an index beyond the count: "row 7 of 3".
 /// @param what a row, a value; static text
 [[noreturn]] void ThrowIndex(LONG result, const char* what, LONG index, ULONG count, const char* file = ZEB_FILE,
                              int line = ZEB_LINE, const char* operation = ZEB_CALLER);
 
-// Texts of things, for the functions below.
+// Texts of objects, for the functions below.
 
-/// An entry identifier in hexadecimal, cut after 32 bytes: "entry 00000000ABCD (46 bytes)".
+/// An entry identifier in hexadecimal, truncated after 32 bytes: "entry 00000000ABCD (46 bytes)".
 CStringA EntryText(const SBinary& entryID);
 /// "1 message", "3 messages".
-/// @param one the name of one thing; static text
+/// @param one the singular; static text
 CStringA CountText(ULONG count, const char* one);
 /// "'Projects'"; a null name is an empty one. A wide name is shown in the ANSI code page.
 CStringA NameText(const char* name);
@@ -37,8 +37,7 @@ CStringA RowsText(LONG count);
 CStringA TagsText(const SPropTagArray* tags);
 CStringA ValuesText(ULONG count, const SPropValue* values);
 
-/// ThrowIfFailed for a call about a thing.
-/// @param thing gives its text; called only for a failure
+/// ThrowIfFailed with the object of the call. @param thing returns its text; called only for a failure
 template <class Object, class Thing>
 void ThrowIfFailedAbout(Thing&& thing, HRESULT result, const Object& object, const char* file = ZEB_FILE,
                         int line = ZEB_LINE, const char* operation = ZEB_CALLER)
@@ -49,7 +48,7 @@ void ThrowIfFailedAbout(Thing&& thing, HRESULT result, const Object& object, con
     }
 }
 
-/// Throws a failure that is about a thing.
+/// Throws a failure about an object.
 template <class Thing>
 [[noreturn]] void ThrowAbout(Thing&& thing, LONG result, const char* file = ZEB_FILE, int line = ZEB_LINE,
                              const char* operation = ZEB_CALLER)

@@ -1,4 +1,4 @@
-// Opening an object by entry identifier, the same for everything that can: sessions, stores, containers, address books.
+// Opens an object by entry identifier; shared by sessions, stores, containers and address books.
 #pragma once
 
 #include "zebapi/frame/Exception.h"
@@ -9,8 +9,8 @@
 namespace zeb
 {
 
-/// Asks `source` for the object as the target's interface and checks that the target accepts its type.
-/// REQUIRES: the caller holds a reference on `source`; `target` is emptied and may be what else held it.
+/// Opens the object from `source` with the target's interface and checks that the target accepts its type.
+/// REQUIRES: the caller holds a reference on `source`; `target` is emptied and may be the only other holder of it.
 /// @throws CZebException* the call's result, with the extended error of `source`; MAPI_E_INVALID_TYPE, with `target`
 /// left empty, when it does not accept the type; MAPI_E_CALL_FAILED when there is no object
 template <class Interface>

@@ -7,6 +7,6 @@
 class CZebAPIApp : public CWinApp
 {
 public:
-    /// Logs the start at level 1. @return what the base's start returns
+    /// Logs the start at level 1. @return the result of the base class
     BOOL InitInstance() override;
 };

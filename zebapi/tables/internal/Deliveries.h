@@ -1,4 +1,4 @@
-// Internal: the calls of delegates that are under way, of every sink of the process.
+// Internal: the active calls of delegates, of all sinks of the process.
 #pragma once
 
 #include <condition_variable>
@@ -11,7 +11,7 @@ class CAdviseSinkDelegate;
 namespace zeb
 {
 
-/// A call of a delegate that is under way; it lies on the stack of the thread that delivers.
+/// An active call of a delegate; on the stack of the delivering thread.
 struct Delivery
 {
     const CAdviseSink* sink; ///< null for a handler that was called without a sink
@@ -26,16 +26,16 @@ struct Delivery
 class DeliveryList
 {
 public:
-    /// Counts the calling thread in and gives the delegate to call, unless there is none.
+    /// Registers the calling thread and returns the delegate to call; null when there is none.
     CAdviseSinkDelegate* Enter(Delivery& delivery, const CAdviseSink* sink, CAdviseSinkDelegate* const& delegate);
     void Leave(const Delivery& delivery);
     /// Whether the calling thread is inside a delivery to `delegate`.
     bool IsInside(const CAdviseSinkDelegate* delegate) const;
     CAdviseSinkDelegate* Read(CAdviseSinkDelegate* const& delegate) const;
     void Write(CAdviseSinkDelegate*& delegate, CAdviseSinkDelegate* value);
-    /// Waits until no other thread is in a delivery of `sink`, which is to have lost its delegate.
+    /// Waits until no other thread is in a delivery of `sink`. REQUIRES: the sink's delegate is detached.
     void AwaitSink(const CAdviseSink* sink);
-    /// Waits until no other thread is in a delivery to `delegate` that it had entered by now; not at all inside one.
+    /// Waits for all deliveries to `delegate` that other threads have already entered; does not wait inside a delivery.
     void AwaitDelegate(const CAdviseSinkDelegate* delegate);
 
 private:

@@ -11,12 +11,12 @@ namespace
 
 using Key = std::tuple<const IMAPITable*, TableNumber, ULONG>;
 
-// Far above the numbers that tables count up from, and above the three bookmarks that every table has.
+// Far above the usual numbers of tables, and above the three standard bookmarks.
 constexpr ULONG FirstSubstitute = 0xC0000000;
 
-/// The substitutes of the process. A table that was released without taking a number back leaves
-/// its entry here; an entry is never mistaken for a number of another table at the same address,
-/// since ShortNumber gives out no number that has one.
+/// The substitutes of the process. A table that is released without freeing a number leaves its entry here. An entry is
+/// never confused with a number of another table at the same address, because ShortNumber never returns a number that
+/// has an entry.
 struct Substitutes
 {
     std::mutex lock;

@@ -1,4 +1,4 @@
-// Internal: bytes as the hexadecimal text that the library shows.
+// Internal: bytes as hexadecimal text.
 #pragma once
 
 #include "qorth/Hex.h"
@@ -9,8 +9,8 @@
 namespace zeb
 {
 
-/// Two upper-case digits a byte; empty for null bytes.
-/// @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY for more bytes than a text can show
+/// Two upper-case digits per byte; empty for null bytes. @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY for too many
+/// bytes for a text
 inline CStringA HexText(const void* bytes, ULONG count)
 {
     if (bytes == nullptr)

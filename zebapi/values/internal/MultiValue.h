@@ -1,4 +1,4 @@
-// Internal: arrays of values into MAPI memory and out of it.
+// Internal: copies arrays of values to and from MAPI memory.
 #pragma once
 
 #include "framework/Containers.h"
@@ -49,7 +49,7 @@ template <class T, class Element>
 void CopyOut(CArray<T>& values, const Element* elements, ULONG claimed)
 {
     const ULONG count = CountOf(elements, claimed);
-    // Into an array aside: the elements may lie in what the array holds.
+    // Into a separate array: the elements may belong to the array itself.
     CArray<T> copies;
     copies.Reserve(static_cast<INT_PTR>(count));
     for (ULONG i = 0; i < count; ++i)

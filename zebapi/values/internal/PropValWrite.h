@@ -1,4 +1,4 @@
-// Internal: what the allocating writes of property values have in common.
+// Internal: the common part of property value writes that allocate.
 #pragma once
 
 #include "zebapi/frame/internal/Blocks.h"

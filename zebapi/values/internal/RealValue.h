@@ -1,4 +1,4 @@
-// Internal: what counts as a value.
+// Internal: the definition of a real value.
 #pragma once
 
 #include "platform/mapi.h"

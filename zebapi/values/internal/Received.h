@@ -1,4 +1,4 @@
-// Internal: values as MAPI objects give them, whose counts may come without the elements that they count.
+// Internal: values received from MAPI objects, whose counts may be set without elements.
 #pragma once
 
 #include "platform/mapi.h"
@@ -8,19 +8,19 @@
 namespace zeb
 {
 
-/// The elements that there are: none where the pointer is null, whatever the count says.
+/// The number of elements: 0 when the pointer is null, whatever the count is.
 inline ULONG CountOf(const void* elements, ULONG count)
 {
     return elements != nullptr ? count : 0;
 }
 
-/// The binary, with a count of 0 where it has no bytes; the bytes stay the owner's.
+/// The binary, with a count of 0 when it has no bytes; the bytes are borrowed.
 inline SBinary Received(const SBinary& binary)
 {
     return {CountOf(binary.lpb, binary.cb), binary.lpb};
 }
 
-/// Whether the value is of a type that keeps its contents elsewhere and points to none: nothing to copy with it.
+/// Whether the value has a pointer type and the pointer is null: no data to copy.
 inline bool PointsNowhere(const SPropValue& value)
 {
     const auto& held = value.Value;

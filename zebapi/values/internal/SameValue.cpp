@@ -51,7 +51,7 @@ bool SameTime(const FILETIME& a, const FILETIME& b)
     return a.dwLowDateTime == b.dwLowDateTime && a.dwHighDateTime == b.dwHighDateTime;
 }
 
-/// Values of one type that has several; false for the types that never compare equal.
+/// Compares multi-valued types; false for the types that never compare equal.
 bool SameArray(ULONG type, const SPropValue& a, const SPropValue& b)
 {
     switch (type)
