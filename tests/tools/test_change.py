@@ -122,7 +122,7 @@ class FolderDetails(Changes):
         self.load(hidden, hidden | {"folder": "Sub/One/Two"}, message("shown", folder="Other"), hidden | {"folder": "Other"})
         self.refused("rmdir", "Sub", "--yes", saying="folder 'Sub' contains 1 message and 2 folders; --recursive deletes")
         self.refused("rmdir", "Sub/One/Two", "--yes", saying="contains 1 message and 0 folders")
-        self.refused("rmdir", "Other", "--recursive", code=2, saying="delete folder 'Other' with 2 messages and 0 folders for")
+        self.refused("rmdir", "Other", "--recursive", code=2, saying="delete folder 'Other' with 2 messages and 0 folders permanently")
         self.refused("empty", "Other", code=2, saying="delete 1 message and 0 folders in folder 'Other' permanently")
         self.assertEqual(self.zeb("empty", "Other", "--yes").out, "folder 'Other' is empty: 1 message and 0 folders deleted\n")
         self.assertEqual(self.zeb("empty", "Other", "--associated", "--yes").out,
