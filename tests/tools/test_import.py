@@ -110,7 +110,7 @@ class Pst(Import):
         before = self.all_folders()
         half = self.folder / "half.pst"
         half.write_bytes(PST.read_bytes()[:PST.stat().st_size // 2])
-        self.one_sentence(self.importer("pst", str(half), code=1), ["half.pst", "cut short"])
+        self.one_sentence(self.importer("pst", str(half), code=1), ["half.pst", "truncated"])
         self.assertEqual(self.all_folders(), before)
 
     def test_what_is_no_pst_is_refused(self):

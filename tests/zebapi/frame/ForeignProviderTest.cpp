@@ -1,5 +1,6 @@
 // The MAPI library that the system itself brings.
 #include "tests/zebapi/frame/ProviderFixture.h"
+#include "zebapi/Mapiload.h"
 
 namespace zeb::test
 {
