@@ -11,6 +11,10 @@ shift
 }
 passed=build/tidy-passed
 mkdir -p "$passed"
+# Clang cannot read what GCC precompiled.
+commands=build/tidy-commands
+mkdir -p "$commands"
+sed -E 's/ -Winvalid-pch -include [^ ]*cmake_pch\.hxx//; s/ -fpch-preprocess//' "$build/compile_commands.json" >"$commands/compile_commands.json"
 settings=$(cat .clang-tidy <(clang-tidy --version) | sha256sum)
 headers=$(git ls-files -z --cached --others --exclude-standard '*.h' '*.inc' | sort -z | xargs -0 cat | sha256sum)
 if [ $# -gt 0 ]; then files=("$@"); else
@@ -21,7 +25,7 @@ one() {
     local file=$1 key
     key=$(printf '%s%s' "$settings" "$headers" | cat - "$file" | sha256sum | cut -d' ' -f1)
     [ -f "$passed/$key" ] && return 0
-    if clang-tidy -p "$build" --quiet "$file" 2>"$passed/$key.err"; then
+    if clang-tidy -p "$commands" --quiet "$file" 2>"$passed/$key.err"; then
         rm -f "$passed/$key.err"
         touch "$passed/$key"
         return 0
@@ -31,5 +35,5 @@ one() {
     return 1
 }
 export -f one
-export settings headers passed build
+export settings headers passed commands
 printf '%s\0' "${files[@]}" | xargs -0 -n 1 -P "$(nproc)" bash -c 'one "$0"'
