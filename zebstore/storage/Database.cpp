@@ -12,10 +12,6 @@ namespace
 
 constexpr int BusyMilliseconds = 10000;
 
-// Poll interval for commits of other processes. A poll locks the file twice, and a table asks for its count with each
-// row; another process cannot tell of its commit in less time than this.
-constexpr std::chrono::microseconds PollInterval(10);
-
 // Commits of this process, to any file; counted after they can be seen.
 std::atomic<std::uint64_t> g_commitsHere{0};
 
@@ -143,7 +139,7 @@ std::uint64_t Database::Commits()
     }
     const std::uint64_t here = g_commitsHere.load(std::memory_order_acquire);
     const auto now = std::chrono::steady_clock::now();
-    if (m_commits != 0 && here == m_commitsHere && now - m_polled < PollInterval)
+    if (m_commits != 0 && here == m_commitsHere && now - m_polled < m_pollInterval)
     {
         return m_commits;
     }

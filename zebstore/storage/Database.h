@@ -44,9 +44,12 @@ public:
     sqlite3* Handle() const { return m_handle; }
 
     /// Becomes another number with each commit to the file, of any connection of any process; reads no table. A
-    /// commit of this process is seen at once, one of another process after 10 microseconds at most. 0 when that
+    /// commit of this process is seen at once, one of another process after the poll interval at most. 0 when that
     /// cannot be told: in a transaction or a read of this connection.
     std::uint64_t Commits();
+    /// For how long Commits does without a poll of the file while this process commits nothing: 10 microseconds unless
+    /// set. A poll locks the file twice, and a table asks for its count with each row.
+    void SetPollInterval(std::chrono::steady_clock::duration interval) { m_pollInterval = interval; }
     /// From now on `observer` (not owned) is called after each commit of this connection; null when there is no observer.
     void SetCommitObserver(CommitObserver* observer) { m_observer = observer; }
 
@@ -75,6 +78,7 @@ private:
     std::uint64_t m_commits = 0;
     std::uint64_t m_commitsHere = 0; // the process's commits at the last poll
     std::chrono::steady_clock::time_point m_polled;
+    std::chrono::steady_clock::duration m_pollInterval = std::chrono::microseconds(10);
 };
 
 /// One run of a statement. Text and blobs are bound without a copy: they must live until the query ends.
