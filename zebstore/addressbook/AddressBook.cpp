@@ -2,6 +2,8 @@
 #include "zebstore/addressbook/AddressBook.h"
 #include "zebstore/addressbook/AddressValues.h"
 #include "zebstore/base/Memory.h"
+#include "zebstore/objects/EntryIdBytes.h"
+#include "zebstore/objects/Interfaces.h"
 #include "zebstore/storage/Encoding.h"
 #include "zebstore/storage/ValueBuilder.h"
 

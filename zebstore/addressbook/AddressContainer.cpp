@@ -2,6 +2,7 @@
 #include "zebstore/addressbook/AddressBook.h"
 #include "zebstore/addressbook/AddressValues.h"
 #include "zebstore/addressbook/Contacts.h"
+#include "zebstore/objects/MemoryTable.h"
 #include "zebstore/tables/Table.h"
 
 namespace zebstore

@@ -1,7 +1,7 @@
 // Distribution lists and their members.
 #include "zebstore/addressbook/AddressEntry.h"
 #include "zebstore/addressbook/AddressValues.h"
-#include "zebstore/storage/MemoryRows.h"
+#include "zebstore/objects/MemoryTable.h"
 #include "zebstore/storage/SortOrder.h"
 #include "zebstore/tables/Table.h"
 

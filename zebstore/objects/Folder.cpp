@@ -2,6 +2,8 @@
 
 #include "platform/datetime.h"
 #include "zebstore/objects/Defaults.h"
+#include "zebstore/objects/Interfaces.h"
+#include "zebstore/objects/Message.h"
 #include "zebstore/objects/OpenFlags.h"
 #include "zebstore/storage/ContentsRows.h"
 #include "zebstore/storage/HierarchyRows.h"
@@ -29,6 +31,28 @@ Ref<IMAPIFolder> OpenFolder(const StorePtr& store, FolderId folder, Access acces
 {
     store->File().Folders().Info(folder);
     return Ref<IMAPIFolder>::Adopt(new Folder(store, folder, access));
+}
+
+IUnknown* OpenItem(const StorePtr& store, ULONG size, const void* id, const IID* iid, ULONG flags, Access most,
+                   ULONG* objectType)
+{
+    RequireFlags(flags, OpenEntryFlags | ShowSoftDeletes);
+    const ItemId item = store->Parse(id, size);
+    const Access access = AccessFor(flags, most);
+    IUnknown* answer = nullptr;
+    if (item.objectType == MAPI_FOLDER)
+    {
+        answer = Answer(OpenFolder(store, item.key, access).Get(), iid);
+    }
+    else
+    {
+        answer = Answer(OpenMessage(store, item.key, access).Get(), iid);
+    }
+    if (objectType)
+    {
+        *objectType = item.objectType;
+    }
+    return answer;
 }
 
 Folder* OwnFolder(void* object)

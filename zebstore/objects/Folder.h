@@ -1,7 +1,7 @@
 // IMAPIFolder.
 #pragma once
 
-#include "zebstore/objects/Objects.h"
+#include "zebstore/objects/PropBase.h"
 
 namespace zebstore
 {
@@ -109,6 +109,16 @@ void CopyFolderContents(const FolderContents& contents, IMAPIProgress* progress)
 /// Copies or moves messages to a folder of another store. @return how many did not exist
 size_t CopyMessagesBetween(StoreFile& source, const std::vector<MessageId>& messages, StoreFile& target,
                            FolderId folder, bool move);
+
+/// IMAPIFolder. @throws Error MAPI_E_NOT_FOUND when the folder no longer exists
+Ref<IMAPIFolder> OpenFolder(const StorePtr& store, FolderId folder, Access access);
+
+/// Opens a folder or message by its identifier (empty: the root folder), as IMsgStore::OpenEntry does.
+/// @param iid null: the object's own interface
+/// @param most the access that MAPI_BEST_ACCESS grants
+/// @return the interface, owned by the caller
+IUnknown* OpenItem(const StorePtr& store, ULONG size, const void* id, const IID* iid, ULONG flags, Access most,
+                   ULONG* objectType);
 
 /// This provider's folder that implements the interface; null when another provider owns it.
 Folder* OwnFolder(void* object);

@@ -1,5 +1,6 @@
 // IMAPIFolder: operations on messages and subfolders.
 #include "zebstore/objects/Folder.h"
+#include "zebstore/objects/Message.h"
 #include "zebstore/objects/OpenFlags.h"
 #include "zebstore/storage/Text.h"
 

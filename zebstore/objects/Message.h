@@ -1,7 +1,7 @@
 // IMessage and IAttach.
 #pragma once
 
-#include "zebstore/objects/Objects.h"
+#include "zebstore/objects/PropBase.h"
 #include "zebstore/storage/MemoryRows.h"
 
 #include <map>
@@ -142,7 +142,9 @@ private:
     bool m_sizeWritten = false;
 };
 
-/// A row of the recipient or attachment table, which is held in memory.
-IMAPITable* TableOver(const std::shared_ptr<MemoryRows>& rows, ULONG flags);
+/// IMessage over a stored message. @throws Error MAPI_E_NOT_FOUND
+Ref<IMessage> OpenMessage(const StorePtr& store, MessageId message, Access access);
+/// A message that is stored when it is saved.
+Ref<IMessage> NewMessage(const StorePtr& store, FolderId folder, bool associated);
 
 } // namespace zebstore

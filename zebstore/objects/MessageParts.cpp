@@ -1,6 +1,7 @@
 // A message's recipients and attachments.
+#include "zebstore/objects/Interfaces.h"
+#include "zebstore/objects/MemoryTable.h"
 #include "zebstore/objects/Message.h"
-#include "zebstore/tables/Table.h"
 
 #include <algorithm>
 
@@ -32,14 +33,6 @@ PropertySet RecipientFrom(const ADRENTRY& entry)
 }
 
 } // namespace
-
-IMAPITable* TableOver(const std::shared_ptr<MemoryRows>& rows, ULONG flags)
-{
-    TableOptions options;
-    options.unicode = (flags & MAPI_UNICODE) != 0;
-    options.type = TBLTYPE_DYNAMIC;
-    return CreateTable(rows, options).Detach();
-}
 
 const std::vector<PropertySet>& Message::Recipients()
 {

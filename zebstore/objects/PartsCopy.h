@@ -1,6 +1,7 @@
 // The parts that CopyTo and CopyProps copy in addition to property values.
 #pragma once
 
+#include "zebstore/objects/Interfaces.h"
 #include "zebstore/objects/Message.h"
 #include "zebstore/objects/PropBase.h"
 
@@ -8,20 +9,6 @@
 
 namespace zebstore
 {
-
-/// The object's interface `Interface`. @return empty when the object does not support it
-/// @throws Error on any failure other than E_NOINTERFACE
-template <typename Interface>
-Ref<Interface> Ask(IUnknown* object, const IID& iid)
-{
-    void* asked = nullptr;
-    const HRESULT result = object ? object->QueryInterface(iid, &asked) : E_NOINTERFACE;
-    if (result != E_NOINTERFACE)
-    {
-        Check(result, "the object's QueryInterface failed");
-    }
-    return FAILED(result) ? Ref<Interface>() : Ref<Interface>::Adopt(static_cast<Interface*>(asked));
-}
 
 /// True when the request covers the property with the identifier of `tag`.
 bool Covers(const CopyRequest& request, ULONG tag);

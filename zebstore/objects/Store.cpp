@@ -1,8 +1,10 @@
-// IMsgStore.
-#include "zebstore/objects/Objects.h"
+#include "zebstore/objects/Store.h"
+
+#include "zebstore/objects/EntryIdBytes.h"
+#include "zebstore/objects/Folder.h"
+#include "zebstore/objects/MemoryTable.h"
 #include "zebstore/objects/StoreSinks.h"
 #include "zebstore/storage/Text.h"
-#include "zebstore/tables/Table.h"
 
 namespace zebstore
 {

@@ -1,6 +1,8 @@
 #include "zebstore/profiles/ServiceAdmin.h"
 
-#include "zebstore/objects/Objects.h"
+#include "zebstore/base/Object.h"
+#include "zebstore/objects/MemoryTable.h"
+#include "zebstore/objects/StoreContext.h"
 #include "zebstore/zebstore.h"
 
 #include <cstring>

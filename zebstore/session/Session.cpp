@@ -2,8 +2,12 @@
 
 #include "zebstore/addressbook/AddressBook.h"
 #include "zebstore/notify/Notifier.h"
-#include "zebstore/objects/Objects.h"
+#include "zebstore/objects/EntryIdBytes.h"
+#include "zebstore/objects/Folder.h"
+#include "zebstore/objects/Interfaces.h"
+#include "zebstore/objects/MemoryTable.h"
 #include "zebstore/objects/OpenFlags.h"
+#include "zebstore/objects/Store.h"
 #include "zebstore/objects/StoreSinks.h"
 #include "zebstore/profiles/ServiceAdmin.h"
 

@@ -4,7 +4,6 @@
 #include "tests/zebstore/provider/ProviderFixture.h"
 #include "zebstore/objects/Defaults.h"
 #include "zebstore/objects/Folder.h"
-#include "zebstore/objects/Objects.h"
 #include "zebstore/profiles/ServiceAdmin.h"
 #include "zebstore/storage/StoreFile.h"
 
