@@ -2,12 +2,14 @@
 
 #include "platform/datetime.h"
 #include "zebstore/objects/Defaults.h"
+#include "zebstore/objects/FolderCopy.h"
 #include "zebstore/objects/Interfaces.h"
 #include "zebstore/objects/Message.h"
 #include "zebstore/objects/OpenFlags.h"
 #include "zebstore/storage/ContentsRows.h"
 #include "zebstore/storage/HierarchyRows.h"
 #include "zebstore/storage/MemoryRows.h"
+#include "zebstore/storage/Text.h"
 #include "zebstore/tables/Table.h"
 
 namespace zebstore
@@ -15,14 +17,22 @@ namespace zebstore
 namespace
 {
 
-// Only this provider's folders answer to it: it identifies our own folders among those that a host passes in.
-constexpr IID OwnFolderId = {0x7B1D8A52, 0x3C5E, 0x4F0B, {0x9A, 0x41, 0x66, 0xE2, 0x0D, 0x57, 0xB8, 0x13}};
 constexpr ULONG PrContactsFolder = PROP_TAG(PT_BINARY, 0x36D1);
 
 /// The table of recoverable deleted items: deletions are permanent, so it has no rows.
 std::shared_ptr<RowSource> NothingOf(const ComputedProperties& computed)
 {
     return std::make_shared<MemoryRows>(std::vector<PropertySet>(), computed.MessageTags());
+}
+
+OwnFolder& RequireOwn(void* target)
+{
+    OwnFolder* folder = AsOwnFolder(target);
+    if (!folder)
+    {
+        throw Error(MAPI_E_NO_SUPPORT, "the target is not a folder of this provider");
+    }
+    return *folder;
 }
 
 } // namespace
@@ -53,17 +63,6 @@ IUnknown* OpenItem(const StorePtr& store, ULONG size, const void* id, const IID*
         *objectType = item.objectType;
     }
     return answer;
-}
-
-Folder* OwnFolder(void* object)
-{
-    void* asked = nullptr;
-    if (!object || FAILED(static_cast<IUnknown*>(object)->QueryInterface(OwnFolderId, &asked)))
-    {
-        return nullptr;
-    }
-    const Ref<IMAPIFolder> folder = Ref<IMAPIFolder>::Adopt(static_cast<IMAPIFolder*>(asked));
-    return static_cast<Folder*>(folder.Get());
 }
 
 bool Folder::Answers(REFIID iid) const
@@ -222,6 +221,239 @@ HRESULT Folder::GetSearchCriteria(ULONG, LPSRestriction*, LPENTRYLIST*, ULONG*)
 {
     return Guarded("IMAPIContainer::GetSearchCriteria",
                    [] { throw Error(MAPI_E_NO_SUPPORT, "the store has no search folders"); });
+}
+
+std::vector<MessageId> Folder::MessagesHere(const ENTRYLIST* list, size_t& strangers) const
+{
+    std::vector<MessageId> here;
+    strangers = 0;
+    for (MessageId message : Store()->ParseMessages(list))
+    {
+        if (ContentsKey::Of(message).Folder() == m_folder && File().Messages().Exists(message))
+        {
+            here.push_back(message);
+        }
+        else
+        {
+            ++strangers;
+        }
+    }
+    return here;
+}
+
+MessageId Folder::MessageHere(ULONG size, const ENTRYID* id) const
+{
+    const SBinary binary = {size, reinterpret_cast<BYTE*>(const_cast<ENTRYID*>(id))};
+    const MessageId message = Store()->ParseMessage(binary);
+    if (ContentsKey::Of(message).Folder() != m_folder)
+    {
+        throw Error(MAPI_E_NOT_FOUND, "the message is not in this folder");
+    }
+    return message;
+}
+
+HRESULT Folder::CreateMessage(LPCIID iid, ULONG flags, LPMESSAGE* message)
+{
+    return Guarded("IMAPIFolder::CreateMessage", [&]
+    {
+        Require(message != nullptr, "the output pointer is null");
+        *message = nullptr;
+        RequireFlags(flags, MAPI_ASSOCIATED | MAPI_DEFERRED_ERRORS | ArrivalFlags);
+        RequireWrite();
+        if (iid && !IsEqualGUID(*iid, IID_IMessage) && !IsEqualGUID(*iid, IID_IMAPIProp))
+        {
+            throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "a message does not support the requested interface");
+        }
+        *message = NewMessage(Store(), m_folder, (flags & MAPI_ASSOCIATED) != 0).Detach();
+    });
+}
+
+HRESULT Folder::CopyMessages(LPENTRYLIST list, LPCIID, LPVOID target, ULONG_PTR, LPMAPIPROGRESS, ULONG flags)
+{
+    return Guarded("IMAPIFolder::CopyMessages", [&]() -> HRESULT
+    {
+        RequireFlags(flags, MESSAGE_MOVE | MESSAGE_DIALOG | MAPI_DIALOG | MAPI_DECLINE_OK);
+        Require(target != nullptr, "the target folder is null");
+        const bool move = (flags & MESSAGE_MOVE) != 0;
+        if (move)
+        {
+            RequireWrite();
+        }
+        OwnFolder& to = RequireOwn(target);
+        to.RequireChanges();
+        size_t strangers = 0;
+        const std::vector<MessageId> messages = MessagesHere(list, strangers);
+        StoreFile& file = to.StoreOfFolder()->File();
+        if (&file != &File())
+        {
+            strangers += CopyMessagesBetween(File(), messages, file, to.Id(), move);
+        }
+        else if (move && to.Id() != m_folder)
+        {
+            File().Messages().Move(messages, to.Id());
+        }
+        else if (!move)
+        {
+            File().Messages().Copy(messages, to.Id());
+        }
+        return strangers ? MAPI_W_PARTIAL_COMPLETION : S_OK;
+    });
+}
+
+HRESULT Folder::DeleteMessages(LPENTRYLIST list, ULONG_PTR, LPMAPIPROGRESS, ULONG flags)
+{
+    return Guarded("IMAPIFolder::DeleteMessages", [&]() -> HRESULT
+    {
+        RequireFlags(flags, MESSAGE_DIALOG | MAPI_DIALOG | DeleteHardDelete);
+        RequireWrite();
+        size_t strangers = 0;
+        const std::vector<MessageId> messages = MessagesHere(list, strangers);
+        File().Messages().Delete(messages);
+        return strangers ? MAPI_W_PARTIAL_COMPLETION : S_OK;
+    });
+}
+
+HRESULT Folder::CreateFolder(ULONG type, LPTSTR name, LPTSTR comment, LPCIID iid, ULONG flags, LPMAPIFOLDER* folder)
+{
+    return Guarded("IMAPIFolder::CreateFolder", [&]
+    {
+        Require(folder != nullptr, "the output pointer is null");
+        *folder = nullptr;
+        RequireFlags(flags, MAPI_UNICODE | MAPI_DEFERRED_ERRORS | OPEN_IF_EXISTS);
+        RequireWrite();
+        if (iid && !IsEqualGUID(*iid, IID_IMAPIFolder) && !IsEqualGUID(*iid, IID_IMAPIContainer) &&
+            !IsEqualGUID(*iid, IID_IMAPIProp))
+        {
+            throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "a folder does not support the requested interface");
+        }
+        if (type == FOLDER_SEARCH)
+        {
+            throw Error(MAPI_E_NO_SUPPORT, "the store has no search folders");
+        }
+        Require(type == FOLDER_GENERIC, "this type of folder cannot be created");
+        const std::string text = TextArgument(name, flags);
+        Require(!text.empty(), "a folder needs a name");
+        const std::lock_guard<std::recursive_mutex> hold(File().Lock());
+        FolderId made = flags & OPEN_IF_EXISTS ? File().Folders().Find(m_folder, text) : 0;
+        if (!made)
+        {
+            PropertySet properties;
+            properties.SetText(PR_DISPLAY_NAME_W, text);
+            if (comment)
+            {
+                properties.SetText(PR_COMMENT_W, TextArgument(comment, flags));
+            }
+            made = File().Folders().Create(m_folder, properties, type);
+        }
+        *folder = OpenFolder(Store(), made, Access::Write).Detach();
+    });
+}
+
+HRESULT Folder::CopyFolder(ULONG size, LPENTRYID id, LPCIID, LPVOID target, LPTSTR name, ULONG_PTR, LPMAPIPROGRESS,
+                           ULONG flags)
+{
+    return Guarded("IMAPIFolder::CopyFolder", [&]
+    {
+        RequireFlags(flags,
+                     COPY_SUBFOLDERS | FOLDER_MOVE | FOLDER_DIALOG | MAPI_UNICODE | MAPI_DIALOG | MAPI_DECLINE_OK);
+        Require(target != nullptr && size > 0, "the source identifier is empty or the target folder is null");
+        OwnFolder& to = RequireOwn(target);
+        to.RequireChanges();
+        const FolderId folder = Store()->ParseFolder(id, size);
+        if (File().Folders().Info(folder).parent != m_folder)
+        {
+            throw Error(MAPI_E_NOT_FOUND, "the folder is not a subfolder of this folder");
+        }
+        if (flags & FOLDER_MOVE)
+        {
+            RequireWrite();
+        }
+        FolderCopy copy{Store(), folder, to.StoreOfFolder(), to.Id(), TextArgument(name, flags), false, false};
+        copy.move = (flags & FOLDER_MOVE) != 0;
+        copy.subfolders = copy.move || (flags & COPY_SUBFOLDERS) != 0;
+        CopyFolderTree(copy);
+    });
+}
+
+HRESULT Folder::DeleteFolder(ULONG size, LPENTRYID id, ULONG_PTR, LPMAPIPROGRESS, ULONG flags)
+{
+    return Guarded("IMAPIFolder::DeleteFolder", [&]
+    {
+        RequireFlags(flags, DEL_MESSAGES | DEL_FOLDERS | FOLDER_DIALOG | MAPI_DIALOG | DeleteHardDelete);
+        RequireWrite();
+        Require(size > 0 && id, "the entry identifier of the folder is empty");
+        const FolderId folder = Store()->ParseFolder(id, size);
+        if (File().Folders().Info(folder).parent != m_folder)
+        {
+            throw Error(MAPI_E_NOT_FOUND, "the folder is not a subfolder of this folder");
+        }
+        File().Folders().Delete(folder, (flags & DEL_MESSAGES) != 0, (flags & DEL_FOLDERS) != 0);
+    });
+}
+
+HRESULT Folder::EmptyFolder(ULONG_PTR, LPMAPIPROGRESS, ULONG flags)
+{
+    return Guarded("IMAPIFolder::EmptyFolder", [&]
+    {
+        RequireFlags(flags, DEL_ASSOCIATED | FOLDER_DIALOG | MAPI_DIALOG | DeleteHardDelete);
+        RequireWrite();
+        File().Folders().Empty(m_folder, (flags & DEL_ASSOCIATED) != 0);
+    });
+}
+
+HRESULT Folder::SetReadFlags(LPENTRYLIST list, ULONG_PTR, LPMAPIPROGRESS, ULONG flags)
+{
+    return Guarded("IMAPIFolder::SetReadFlags", [&]() -> HRESULT
+    {
+        RequireFlags(flags, SUPPRESS_RECEIPT | CLEAR_READ_FLAG | GENERATE_RECEIPT_ONLY | MAPI_DEFERRED_ERRORS |
+                                MAPI_DIALOG | MESSAGE_DIALOG | ULONG(0x20) | ULONG(0x40));
+        RequireWrite();
+        size_t strangers = 0;
+        const std::vector<MessageId> messages =
+            list ? MessagesHere(list, strangers) : File().Messages().In({m_folder, false});
+        if (!(flags & GENERATE_RECEIPT_ONLY))
+        {
+            File().Messages().ChangeFlags(messages, flags & CLEAR_READ_FLAG ? 0 : MSGFLAG_READ,
+                                          flags & CLEAR_READ_FLAG ? MSGFLAG_READ : 0);
+        }
+        return strangers ? MAPI_W_PARTIAL_COMPLETION : S_OK;
+    });
+}
+
+HRESULT Folder::GetMessageStatus(ULONG size, LPENTRYID id, ULONG flags, ULONG* status)
+{
+    return Guarded("IMAPIFolder::GetMessageStatus", [&]
+    {
+        Require(status != nullptr, "the output pointer is null");
+        RequireFlags(flags, 0);
+        *status = static_cast<ULONG>(File().Messages().Load(MessageHere(size, id)).properties.Long(PR_MSG_STATUS));
+    });
+}
+
+HRESULT Folder::SetMessageStatus(ULONG size, LPENTRYID id, ULONG status, ULONG mask, ULONG* old)
+{
+    return Guarded("IMAPIFolder::SetMessageStatus", [&]
+    {
+        RequireWrite();
+        const MessageId message = MessageHere(size, id);
+        const std::lock_guard<std::recursive_mutex> hold(File().Lock());
+        StoredMessage stored = File().Messages().Load(message);
+        const ULONG before = static_cast<ULONG>(stored.properties.Long(PR_MSG_STATUS));
+        MessageContent content;
+        content.properties = std::move(stored.properties);
+        content.properties.SetLong(PR_MSG_STATUS, static_cast<LONG>((before & ~mask) | (status & mask)));
+        File().Messages().Save(message, content, stored.change);
+        if (old)
+        {
+            *old = before;
+        }
+    });
+}
+
+HRESULT Folder::SaveContentsSort(LPSSortOrderSet, ULONG)
+{
+    return Guarded("IMAPIFolder::SaveContentsSort",
+                   [] { throw Error(MAPI_E_NO_SUPPORT, "folders do not store a sort order"); });
 }
 
 } // namespace zebstore

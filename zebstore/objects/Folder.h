@@ -1,13 +1,14 @@
 // IMAPIFolder.
 #pragma once
 
-#include "zebstore/objects/PropBase.h"
+#include "zebstore/objects/OwnFolder.h"
+#include "zebstore/objects/PropObject.h"
 
 namespace zebstore
 {
 
 /// One folder. Its properties are saved as they are set. Threads: any.
-class Folder final : public PropObject<IMAPIFolder>
+class Folder final : public PropObject<OwnFolder>
 {
 public:
     Folder(const StorePtr& store, FolderId folder, Access access)
@@ -16,9 +17,10 @@ public:
     {
     }
 
-    FolderId Id() const { return m_folder; }
-    /// @throws Error MAPI_E_NO_ACCESS when the folder was opened for reading
-    void RequireChanges() const { RequireWrite(); }
+    // OwnFolder
+    const StorePtr& StoreOfFolder() const override { return Store(); }
+    FolderId Id() const override { return m_folder; }
+    void RequireChanges() const override { RequireWrite(); }
 
     // IMAPIContainer
     HRESULT STDMETHODCALLTYPE GetContentsTable(ULONG flags, LPMAPITABLE* table) override;
@@ -74,42 +76,6 @@ private:
     PropertySet m_properties;
 };
 
-/// Parameters of a folder copy or move within one store or between two stores.
-struct FolderCopy
-{
-    StorePtr source;
-    FolderId folder;
-    StorePtr target;
-    FolderId targetParent;
-    std::string newName; ///< UTF-8; empty: the folder's own
-    bool move;
-    bool subfolders;
-};
-void CopyFolderTree(const FolderCopy& copy);
-
-/// The content of one folder to copy to another one.
-struct FolderContents
-{
-    StorePtr source;
-    FolderId folder = 0;
-    StorePtr target;
-    FolderId into = 0;
-    bool messages = false;
-    bool associated = false;
-    bool subfolders = false;
-    bool move = false;
-};
-/// @throws Error MAPI_E_FOLDER_CYCLE, MAPI_E_COLLISION (a subfolder's name is taken), MAPI_E_NO_ACCESS (a standard
-/// folder would be moved) when not all of it can be copied
-void RequireContentsFit(const FolderContents& contents);
-/// Copies or moves them in steps; on failure the finished steps stay and nothing is lost.
-/// @param progress receives the steps; may be null
-void CopyFolderContents(const FolderContents& contents, IMAPIProgress* progress);
-
-/// Copies or moves messages to a folder of another store. @return how many did not exist
-size_t CopyMessagesBetween(StoreFile& source, const std::vector<MessageId>& messages, StoreFile& target,
-                           FolderId folder, bool move);
-
 /// IMAPIFolder. @throws Error MAPI_E_NOT_FOUND when the folder no longer exists
 Ref<IMAPIFolder> OpenFolder(const StorePtr& store, FolderId folder, Access access);
 
@@ -119,8 +85,5 @@ Ref<IMAPIFolder> OpenFolder(const StorePtr& store, FolderId folder, Access acces
 /// @return the interface, owned by the caller
 IUnknown* OpenItem(const StorePtr& store, ULONG size, const void* id, const IID* iid, ULONG flags, Access most,
                    ULONG* objectType);
-
-/// This provider's folder that implements the interface; null when another provider owns it.
-Folder* OwnFolder(void* object);
 
 } // namespace zebstore

@@ -1,5 +1,6 @@
-// CopyTo and CopyProps for the messages and subfolders of a folder.
-#include "zebstore/objects/Folder.h"
+#include "zebstore/objects/FolderContents.h"
+
+#include "zebstore/objects/FolderCopy.h"
 #include "zebstore/objects/Progress.h"
 
 #include <algorithm>

@@ -166,6 +166,11 @@ Message::Draft Message::GetDraft()
     return {m_dirty, m_properties, m_written, m_recipients, m_recipientsChanged, m_edits};
 }
 
+std::function<void()> Message::DraftRestorer()
+{
+    return [this, draft = GetDraft()]() mutable { SetDraft(std::move(draft)); };
+}
+
 void Message::SetDraft(Draft draft)
 {
     const std::lock_guard<std::recursive_mutex> hold(Lock());

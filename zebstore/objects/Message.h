@@ -1,7 +1,8 @@
 // IMessage and IAttach.
 #pragma once
 
-#include "zebstore/objects/PropBase.h"
+#include "zebstore/objects/OwnMessage.h"
+#include "zebstore/objects/PropObject.h"
 #include "zebstore/storage/MemoryRows.h"
 
 #include <map>
@@ -12,12 +13,9 @@ namespace zebstore
 
 class Attachment;
 
-/// Only this provider's messages answer to it: it identifies our own messages among those that a host passes in.
-constexpr IID OwnMessageId = {0x2E94C1F6, 0x8D03, 0x4B7A, {0xA5, 0x1C, 0x70, 0x3B, 0xD2, 0x48, 0x96, 0xEF}};
-
 /// A message: stored, new, or embedded in an attachment. Changes stay in the object until SaveChanges, which stores all
 /// of them or none. Threads: any.
-class Message final : public PropObject<IMessage>
+class Message final : public PropObject<OwnMessage>
 {
 public:
     /// A stored message; loaded at once. @throws Error MAPI_E_NOT_FOUND
@@ -57,6 +55,7 @@ public:
     };
     Draft GetDraft();
     void SetDraft(Draft draft);
+    std::function<void()> DraftRestorer() override;
 
 private:
     bool Answers(REFIID iid) const override { return IsOneOf(iid, {&IID_IMAPIProp, &IID_IMessage, &OwnMessageId}); }

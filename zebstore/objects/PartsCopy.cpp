@@ -1,6 +1,10 @@
 #include "zebstore/objects/PartsCopy.h"
 
-#include "zebstore/objects/Folder.h"
+#include "zebstore/objects/FolderContents.h"
+#include "zebstore/objects/Interfaces.h"
+#include "zebstore/objects/OwnFolder.h"
+
+#include <vector>
 
 namespace zebstore
 {
@@ -61,9 +65,9 @@ bool IsContainer(IMAPIProp* object)
     return static_cast<bool>(Ask<IMAPIContainer>(object, IID_IMAPIContainer));
 }
 
-FolderContents ContentsToCopy(const CopyRequest& request, const Folder& from, const Folder& to)
+FolderContents ContentsToCopy(const CopyRequest& request, const OwnFolder& from, const OwnFolder& to)
 {
-    FolderContents contents{from.Store(), from.Id(), to.Store(), to.Id()};
+    FolderContents contents{from.StoreOfFolder(), from.Id(), to.StoreOfFolder(), to.Id()};
     contents.messages = Covers(request, PR_CONTAINER_CONTENTS);
     contents.associated = Covers(request, PR_FOLDER_ASSOCIATED_CONTENTS);
     contents.subfolders = Covers(request, PR_CONTAINER_HIERARCHY);
@@ -72,22 +76,6 @@ FolderContents ContentsToCopy(const CopyRequest& request, const Folder& from, co
 }
 
 } // namespace
-
-bool Covers(const CopyRequest& request, ULONG tag)
-{
-    const auto names = [&](const SPropTagArray* tags)
-    {
-        for (ULONG i = 0; tags && i < tags->cValues; ++i)
-        {
-            if (PROP_ID(tags->aulPropTag[i]) == PROP_ID(tag))
-            {
-                return true;
-            }
-        }
-        return false;
-    };
-    return (!request.include || names(request.include)) && !names(request.exclude);
-}
 
 PartsCopy::PartsCopy(const CopyRequest& request)
     : m_request(request)
@@ -103,8 +91,8 @@ PartsCopy::PartsCopy(const CopyRequest& request)
 
 void PartsCopy::RequireTarget() const
 {
-    const Folder* from = OwnFolder(m_request.source);
-    Folder* to = OwnFolder(m_request.target);
+    const OwnFolder* from = AsOwnFolder(m_request.source);
+    const OwnFolder* to = AsOwnFolder(m_request.target);
     if (from && to)
     {
         to->RequireChanges();
@@ -141,8 +129,8 @@ void PartsCopy::Run()
     {
         return;
     }
-    const Folder* from = OwnFolder(m_request.source);
-    const Folder* to = OwnFolder(m_request.target);
+    const OwnFolder* from = AsOwnFolder(m_request.source);
+    const OwnFolder* to = AsOwnFolder(m_request.target);
     if (from && to)
     {
         CopyFolderContents(ContentsToCopy(m_request, *from, *to), m_request.progress);
@@ -270,23 +258,6 @@ void PartsCopy::TakeFromSource()
             Check(m_fromMessage->DeleteAttach(number, 0, nullptr, 0),
                   "an attachment cannot be deleted from the source");
         }
-    }
-}
-
-MessageKeeper::MessageKeeper(IUnknown* target)
-    : m_message(Ask<IMessage>(target, OwnMessageId))
-{
-    if (m_message)
-    {
-        m_before = static_cast<Message*>(m_message.Get())->GetDraft();
-    }
-}
-
-MessageKeeper::~MessageKeeper()
-{
-    if (m_message)
-    {
-        static_cast<Message*>(m_message.Get())->SetDraft(std::move(*m_before));
     }
 }
 

@@ -1,17 +1,11 @@
 // The parts that CopyTo and CopyProps copy in addition to property values.
 #pragma once
 
-#include "zebstore/objects/Interfaces.h"
-#include "zebstore/objects/Message.h"
-#include "zebstore/objects/PropBase.h"
-
-#include <optional>
+#include "zebstore/base/Object.h"
+#include "zebstore/objects/CopyRequest.h"
 
 namespace zebstore
 {
-
-/// True when the request covers the property with the identifier of `tag`.
-bool Covers(const CopyRequest& request, ULONG tag);
 
 /// The parts of one copied object: recipients and attachments of a message, the message in an attachment, messages and
 /// subfolders of a folder, members of a distribution list. Threads: the caller's.
@@ -40,21 +34,6 @@ private:
     const bool m_containers;
     bool m_recipientsCopied = false;
     bool m_attachmentsCopied = false;
-};
-
-/// Restores a message of this provider to its state before a copy, unless the copy was completed.
-class MessageKeeper
-{
-public:
-    explicit MessageKeeper(IUnknown* target);
-    ~MessageKeeper();
-    MessageKeeper(const MessageKeeper&) = delete;
-    MessageKeeper& operator=(const MessageKeeper&) = delete;
-    void Done() { m_message = {}; }
-
-private:
-    Ref<IMessage> m_message;
-    std::optional<Message::Draft> m_before;
 };
 
 } // namespace zebstore

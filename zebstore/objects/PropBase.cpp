@@ -1,9 +1,12 @@
 #include "zebstore/objects/PropBase.h"
 
-#include "zebstore/objects/PropStream.h"
+#include "zebstore/base/Memory.h"
+#include "zebstore/objects/Problems.h"
+#include "zebstore/objects/PropNames.h"
+#include "zebstore/storage/ValueBuilder.h"
 
 #include <algorithm>
-#include <cstring>
+#include <cstddef>
 
 namespace zebstore
 {
@@ -33,7 +36,6 @@ private:
 
 // A value written through a stream is held in memory with the other values up to this size (bytes).
 constexpr size_t LongestInMemory = 32 * 1024;
-constexpr ULONG FirstNamedId = 0x8000;
 // Size limit of GetProps in bytes; longer values are read through streams.
 constexpr size_t LongestGiven = 64 * 1024;
 
@@ -53,28 +55,6 @@ ULONG WithTextForm(ULONG tag, bool unicode)
 }
 
 } // namespace
-
-Access AccessFor(ULONG flags, Access most)
-{
-    if ((flags & MAPI_MODIFY) && most == Access::Read)
-    {
-        throw Error(MAPI_E_NO_ACCESS, "the store was opened for reading");
-    }
-    return flags & (MAPI_MODIFY | MAPI_BEST_ACCESS) ? most : Access::Read;
-}
-
-SPropProblemArray* Problems::Detach() const
-{
-    if (m_problems.empty())
-    {
-        return nullptr;
-    }
-    Buffer<SPropProblemArray> array(
-        Allocate(offsetof(SPropProblemArray, aProblem) + m_problems.size() * sizeof(SPropProblem)));
-    array->cProblem = static_cast<ULONG>(m_problems.size());
-    std::memcpy(array->aProblem, m_problems.data(), m_problems.size() * sizeof(SPropProblem));
-    return array.Detach();
-}
 
 void PropBase::RequireWrite() const
 {

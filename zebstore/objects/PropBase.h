@@ -1,12 +1,9 @@
-// The base of every property object of the store: the methods of IMAPIProp.
+// The base of every property object of the store.
 #pragma once
 
-#include "zebstore/base/Memory.h"
-#include "zebstore/base/Object.h"
-#include "zebstore/objects/OpenFlags.h"
+#include "zebstore/objects/Access.h"
 #include "zebstore/objects/PropStream.h"
 #include "zebstore/objects/StoreContext.h"
-#include "zebstore/storage/ValueBuilder.h"
 
 #include <functional>
 #include <memory>
@@ -15,17 +12,6 @@
 
 namespace zebstore
 {
-
-/// Whether an object may be changed through an interface that was given to a client.
-enum class Access
-{
-    Read,
-    Write,
-};
-
-/// The access that the flags of an open ask for (MAPI_MODIFY, MAPI_BEST_ACCESS), at most `most`.
-/// @throws Error MAPI_E_NO_ACCESS when MAPI_MODIFY asks for more
-Access AccessFor(ULONG flags, Access most);
 
 /// The properties of one object, independent of its interface. Derived classes define where they are stored. Threads:
 /// any; each public method runs under the object's own recursive lock.
@@ -50,8 +36,6 @@ public:
     void SetPropsOf(ULONG count, const SPropValue* values, SPropProblemArray** problems);
     void DeletePropsOf(const SPropTagArray* tags, SPropProblemArray** problems);
     void OpenPropertyOf(ULONG tag, const IID* iid, ULONG options, ULONG flags, IUnknown** object);
-    HRESULT NamesFromIds(SPropTagArray** tags, const GUID* set, ULONG flags, ULONG* count, MAPINAMEID*** names);
-    HRESULT IdsFromNames(ULONG count, MAPINAMEID** names, ULONG flags, SPropTagArray** tags);
 
     void PutStreamValue(ULONG tag, const std::shared_ptr<StagedValue>& value) override;
     /// Passes the values that open streams have written so far to the object; called before it is saved.
@@ -97,172 +81,6 @@ private:
     Access m_access;
     std::recursive_mutex m_lock;
     std::vector<std::weak_ptr<PropertyBytes>> m_streams;
-};
-
-/// Copies properties from one object to another through their interfaces, as IMAPIProp::CopyTo and CopyProps do.
-struct CopyRequest
-{
-    IMAPIProp* source;
-    IMAPIProp* target;
-    const SPropTagArray* include; ///< null: all
-    const SPropTagArray* exclude; ///< may be null
-    ULONG flags;                  ///< MAPI_NOREPLACE, MAPI_MOVE
-    bool parts;                   ///< false: only values; the interface of the parts is excluded
-    IMAPIProgress* progress;      ///< may be null
-};
-/// @return the problems, null when there were none; owned by the caller.
-SPropProblemArray* CopyProperties(const CopyRequest& request);
-
-/// Collects property problems and builds the MAPI structure.
-class Problems
-{
-public:
-    void Add(ULONG index, ULONG tag, SCODE code) { m_problems.push_back({index, tag, code}); }
-    bool IsEmpty() const { return m_problems.empty(); }
-    /// @return null when there are none
-    SPropProblemArray* Detach() const;
-
-private:
-    std::vector<SPropProblem> m_problems;
-};
-
-/// IMAPIProp for an interface that derives from it.
-template <typename Interface>
-class PropObject : public Object<Interface>, public PropBase
-{
-public:
-    using PropBase::PropBase;
-
-    IUnknown* Unknown() override { return static_cast<Interface*>(this); }
-
-    HRESULT STDMETHODCALLTYPE GetLastError(HRESULT code, ULONG flags, LPMAPIERROR* error) override
-    {
-        return Guarded("IMAPIProp::GetLastError", [&] { return LastErrorAsMapi(code, flags, error); });
-    }
-
-    HRESULT STDMETHODCALLTYPE SaveChanges(ULONG flags) override
-    {
-        return Run("IMAPIProp::SaveChanges", [&]
-        {
-            RequireFlags(flags,
-                         KEEP_OPEN_READONLY | KEEP_OPEN_READWRITE | FORCE_SAVE | MAPI_DEFERRED_ERRORS | ArrivalFlags);
-            FlushStreams();
-            Save(flags);
-        });
-    }
-
-    HRESULT STDMETHODCALLTYPE GetProps(LPSPropTagArray tags, ULONG flags, ULONG* count, LPSPropValue* values) override
-    {
-        return Run("IMAPIProp::GetProps", [&] { return GetPropsOf(tags, flags, count, values); });
-    }
-
-    HRESULT STDMETHODCALLTYPE GetPropList(ULONG flags, LPSPropTagArray* tags) override
-    {
-        return Run("IMAPIProp::GetPropList", [&] { GetPropListOf(flags, tags); });
-    }
-
-    HRESULT STDMETHODCALLTYPE OpenProperty(ULONG tag, LPCIID iid, ULONG options, ULONG flags,
-                                           LPUNKNOWN* object) override
-    {
-        return Run("IMAPIProp::OpenProperty", [&] { OpenPropertyOf(tag, iid, options, flags, object); });
-    }
-
-    HRESULT STDMETHODCALLTYPE SetProps(ULONG count, LPSPropValue values, LPSPropProblemArray* problems) override
-    {
-        return Run("IMAPIProp::SetProps", [&] { SetPropsOf(count, values, problems); });
-    }
-
-    HRESULT STDMETHODCALLTYPE DeleteProps(LPSPropTagArray tags, LPSPropProblemArray* problems) override
-    {
-        return Run("IMAPIProp::DeleteProps", [&] { DeletePropsOf(tags, problems); });
-    }
-
-    HRESULT STDMETHODCALLTYPE CopyTo(ULONG excludedCount, LPCIID excluded, LPSPropTagArray excludedTags, ULONG_PTR,
-                                     LPMAPIPROGRESS progress, LPCIID iid, LPVOID target, ULONG flags,
-                                     LPSPropProblemArray* problems) override
-    {
-        return Run("IMAPIProp::CopyTo", [&]
-        {
-            Require(excluded || !excludedCount, "the list of interfaces to exclude is null");
-            bool parts = true;
-            for (ULONG i = 0; i < excludedCount; ++i)
-            {
-                if (IsEqualGUID(excluded[i], IID_IMAPIProp))
-                {
-                    throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "all interfaces are excluded: nothing to copy");
-                }
-                parts = parts && !this->Answers(excluded[i]);
-            }
-            CopyTheseTo({this, nullptr, nullptr, excludedTags, flags, parts, progress}, iid, target, problems);
-        });
-    }
-
-    HRESULT STDMETHODCALLTYPE CopyProps(LPSPropTagArray tags, ULONG_PTR, LPMAPIPROGRESS progress, LPCIID iid,
-                                        LPVOID target, ULONG flags, LPSPropProblemArray* problems) override
-    {
-        return Run("IMAPIProp::CopyProps", [&]
-        {
-            Require(tags != nullptr, "the list of property tags is null");
-            CopyTheseTo({this, nullptr, tags, nullptr, flags, true, progress}, iid, target, problems);
-        });
-    }
-
-    HRESULT STDMETHODCALLTYPE GetNamesFromIDs(LPSPropTagArray* tags, LPGUID set, ULONG flags, ULONG* count,
-                                              LPMAPINAMEID** names) override
-    {
-        return Run("IMAPIProp::GetNamesFromIDs", [&] { return NamesFromIds(tags, set, flags, count, names); });
-    }
-
-    HRESULT STDMETHODCALLTYPE GetIDsFromNames(ULONG count, LPMAPINAMEID* names, ULONG flags,
-                                              LPSPropTagArray* tags) override
-    {
-        return Run("IMAPIProp::GetIDsFromNames", [&] { return IdsFromNames(count, names, flags, tags); });
-    }
-
-protected:
-    /// Runs a method's body under the guard and the object's lock.
-    template <typename Body>
-    HRESULT Run(const char* method, Body&& body)
-    {
-        return Guarded(method, [&]
-        {
-            const std::lock_guard<std::recursive_mutex> hold(Lock());
-            return body();
-        });
-    }
-
-    /// Saves a transacted object; no-op for others.
-    virtual void Save(ULONG flags) = 0;
-
-private:
-    /// @param request without its target
-    void CopyTheseTo(CopyRequest request, LPCIID iid, LPVOID target, LPSPropProblemArray* problems)
-    {
-        Require(iid && target, "the target object or its interface identifier is null");
-        RequireFlags(request.flags, MAPI_MOVE | MAPI_NOREPLACE | MAPI_DIALOG | MAPI_DECLINE_OK);
-        if (request.flags & MAPI_MOVE)
-        {
-            RequireWrite();
-        }
-        if (problems)
-        {
-            *problems = nullptr;
-        }
-        void* asked = nullptr;
-        Check(static_cast<IUnknown*>(target)->QueryInterface(IID_IMAPIProp, &asked),
-              "the target does not support IMAPIProp");
-        const Ref<IMAPIProp> dest = Ref<IMAPIProp>::Adopt(static_cast<IMAPIProp*>(asked));
-        request.target = dest.Get();
-        SPropProblemArray* found = CopyProperties(request);
-        if (problems)
-        {
-            *problems = found;
-        }
-        else
-        {
-            Free(found);
-        }
-    }
 };
 
 } // namespace zebstore

@@ -1,7 +1,12 @@
-// IMAPIProp::CopyTo and CopyProps, through the interfaces of both objects, so the target may belong to another
-// provider.
+#include "zebstore/objects/PropCopyTo.h"
+
+#include "zebstore/base/Memory.h"
 #include "zebstore/objects/Defaults.h"
+#include "zebstore/objects/Interfaces.h"
+#include "zebstore/objects/MessageKeeper.h"
 #include "zebstore/objects/PartsCopy.h"
+#include "zebstore/objects/Problems.h"
+#include "zebstore/objects/PropNames.h"
 
 #include <algorithm>
 #include <cstring>
@@ -11,8 +16,6 @@ namespace zebstore
 {
 namespace
 {
-
-constexpr ULONG FirstNamedId = 0x8000;
 
 /// Properties of the object's location and identity; never copied.
 constexpr ULONG NeverCopied[] = {PR_ENTRYID,        PR_RECORD_KEY,   PR_PARENT_ENTRYID,      PR_OBJECT_TYPE,

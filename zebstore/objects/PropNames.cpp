@@ -1,14 +1,14 @@
-// Named properties of a store's objects.
-#include "zebstore/objects/PropBase.h"
+#include "zebstore/objects/PropNames.h"
 
-#include <cstring>
+#include "zebstore/base/Memory.h"
+
+#include <algorithm>
+#include <cstddef>
 
 namespace zebstore
 {
 namespace
 {
-
-constexpr ULONG FirstNamedId = 0x8000;
 
 MAPINAMEID* BuildName(const PropertyName& name, void* parent)
 {
@@ -72,7 +72,8 @@ void CheckName(const MAPINAMEID* name)
 
 } // namespace
 
-HRESULT PropBase::NamesFromIds(SPropTagArray** tags, const GUID* set, ULONG flags, ULONG* count, MAPINAMEID*** names)
+HRESULT NamesFromIds(StoreFile& file, SPropTagArray** tags, const GUID* set, ULONG flags, ULONG* count,
+                     MAPINAMEID*** names)
 {
     Require(tags && count && names, "the output pointer is null");
     *count = 0;
@@ -82,7 +83,7 @@ HRESULT PropBase::NamesFromIds(SPropTagArray** tags, const GUID* set, ULONG flag
     const bool all = *tags == nullptr;
     if (all)
     {
-        for (PropertyName& each : File().NamedProperties().All())
+        for (PropertyName& each : file.NamedProperties().All())
         {
             if (Wanted(each, set, flags))
             {
@@ -94,7 +95,7 @@ HRESULT PropBase::NamesFromIds(SPropTagArray** tags, const GUID* set, ULONG flag
     {
         for (ULONG i = 0; i < (*tags)->cValues; ++i)
         {
-            found.push_back(NameOf(File(), PROP_ID((*tags)->aulPropTag[i])));
+            found.push_back(NameOf(file, PROP_ID((*tags)->aulPropTag[i])));
         }
     }
     Buffer<MAPINAMEID*> result(Allocate((found.size() + 1) * sizeof(MAPINAMEID*)));
@@ -118,7 +119,7 @@ HRESULT PropBase::NamesFromIds(SPropTagArray** tags, const GUID* set, ULONG flag
     return missing ? MAPI_W_ERRORS_RETURNED : S_OK;
 }
 
-HRESULT PropBase::IdsFromNames(ULONG count, MAPINAMEID** names, ULONG flags, SPropTagArray** tags)
+HRESULT IdsFromNames(StoreFile& file, ULONG count, MAPINAMEID** names, ULONG flags, SPropTagArray** tags)
 {
     Require(tags != nullptr, "the output pointer is null");
     *tags = nullptr;
@@ -127,7 +128,7 @@ HRESULT PropBase::IdsFromNames(ULONG count, MAPINAMEID** names, ULONG flags, SPr
     if (!names || count == 0)
     {
         Require(!(flags & MAPI_CREATE), "the list of names is null or empty");
-        for (const PropertyName& each : File().NamedProperties().All())
+        for (const PropertyName& each : file.NamedProperties().All())
         {
             result.push_back(PROP_TAG(PT_UNSPECIFIED, each.id));
         }
@@ -143,7 +144,7 @@ HRESULT PropBase::IdsFromNames(ULONG count, MAPINAMEID** names, ULONG flags, SPr
             asked.push_back(names[i]);
         }
     }
-    const std::vector<ULONG> ids = File().NamedProperties().Ids(asked.data(), asked.size(), (flags & MAPI_CREATE) != 0);
+    const std::vector<ULONG> ids = file.NamedProperties().Ids(asked.data(), asked.size(), (flags & MAPI_CREATE) != 0);
     bool missing = false;
     for (ULONG i = 0, next = 0; i < count; ++i)
     {

@@ -3,6 +3,7 @@
 #include "zebstore/objects/EntryIdBytes.h"
 #include "zebstore/objects/Folder.h"
 #include "zebstore/objects/MemoryTable.h"
+#include "zebstore/objects/PropObject.h"
 #include "zebstore/objects/StoreSinks.h"
 #include "zebstore/storage/Text.h"
 

@@ -1,7 +1,9 @@
 // IMsgStore.
 #pragma once
 
-#include "zebstore/objects/PropBase.h"
+#include "zebstore/base/Object.h"
+#include "zebstore/objects/Access.h"
+#include "zebstore/objects/StoreContext.h"
 
 namespace zebstore
 {

@@ -3,7 +3,7 @@
 #include "tests/support/Unprivileged.h"
 #include "tests/zebstore/provider/ProviderFixture.h"
 #include "zebstore/objects/Defaults.h"
-#include "zebstore/objects/Folder.h"
+#include "zebstore/objects/OwnFolder.h"
 #include "zebstore/profiles/ServiceAdmin.h"
 #include "zebstore/storage/StoreFile.h"
 
@@ -347,7 +347,7 @@ TEST_F(Clients, AddAttachmentsWithoutALookAtThoseThatAreThere)
 {
     const Ref<IMessage> message = OpenMessage(SaveMessage(*Inbox()));
     int statements = 0;
-    sqlite3* const handle = OwnFolder(Inbox().Get())->Store()->File().Connection().Db().Handle();
+    sqlite3* const handle = AsOwnFolder(Inbox().Get())->StoreOfFolder()->File().Connection().Db().Handle();
     for (int i = 0; i < 3; ++i)
     {
         statements = 0;

@@ -1,0 +1,22 @@
+#include "zebstore/objects/CopyRequest.h"
+
+namespace zebstore
+{
+
+bool Covers(const CopyRequest& request, ULONG tag)
+{
+    const auto names = [&](const SPropTagArray* tags)
+    {
+        for (ULONG i = 0; tags && i < tags->cValues; ++i)
+        {
+            if (PROP_ID(tags->aulPropTag[i]) == PROP_ID(tag))
+            {
+                return true;
+            }
+        }
+        return false;
+    };
+    return (!request.include || names(request.include)) && !names(request.exclude);
+}
+
+} // namespace zebstore
