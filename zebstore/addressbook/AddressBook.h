@@ -2,7 +2,7 @@
 #pragma once
 
 #include "zebstore/addressbook/AddressId.h"
-#include "zebstore/objects/PropObject.h"
+#include "zebstore/objects/PropBase.h"
 #include "zebstore/storage/AddressStorage.h"
 #include "zebstore/storage/RowSource.h"
 

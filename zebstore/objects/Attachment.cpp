@@ -1,12 +1,14 @@
-#include "zebstore/objects/Message.h"
+#include "zebstore/objects/Attachment.h"
+
+#include <algorithm>
 
 namespace zebstore
 {
 
-Attachment::Attachment(Message& owner, ULONG number, Access access, bool isNew)
-    : PropObject(owner.Store(), access)
+Attachment::Attachment(AttachmentOwner& owner, ULONG number, Access access, bool isNew)
+    : PropObject(owner.StoreOfOwner(), access)
     , m_owner(owner)
-    , m_keepsOwner(Ref<IMessage>::Share(&owner))
+    , m_keepsOwner(Ref<IMessage>::Share(owner.OwnerInterface()))
     , m_number(number)
 {
     if (!isNew)
@@ -112,7 +114,7 @@ IUnknown* Attachment::OpenObject(ULONG tag, const IID& iid, ULONG options, ULONG
         }
     }
     const Access access = flags & (MAPI_MODIFY | MAPI_CREATE) ? Access::Write : Access::Read;
-    return Ref<IMessage>::Adopt(new Message(Store(), *this, content, access)).Detach();
+    return m_owner.OpenEmbedded(*this, std::move(content), access).Detach();
 }
 
 void Attachment::PutEmbedded(std::shared_ptr<MessageContent> content)

@@ -1,8 +1,9 @@
 #include "zebstore/objects/Message.h"
 
 #include "platform/datetime.h"
+#include "zebstore/objects/Attachment.h"
 #include "zebstore/objects/Defaults.h"
-#include "zebstore/tables/Table.h"
+#include "zebstore/objects/Interfaces.h"
 
 #include <mutex>
 #include <random>
@@ -50,6 +51,8 @@ Message::Message(const StorePtr& store, MessageId message, Access access)
     , m_associated(ContentsKey::Of(message).IsAssociated())
     , m_loaded(false)
     , m_saved(true)
+    , m_recipients(store, message)
+    , m_attachments(store, message)
 {
     Load();
 }
@@ -58,15 +61,19 @@ Message::Message(const StorePtr& store, FolderId folder, bool associated)
     : PropObject(store, Access::Write)
     , m_folder(folder)
     , m_associated(associated)
+    , m_recipients(store, 0)
+    , m_attachments(store, 0)
 {
     StartNew(associated);
 }
 
-Message::Message(const StorePtr& store, Attachment& holder, std::shared_ptr<const MessageContent> content,
+Message::Message(const StorePtr& store, EmbeddedHolder& holder, std::shared_ptr<const MessageContent> content,
                  Access access)
     : PropObject(store, access)
-    , m_keepsHolder(Ref<IAttach>::Share(&holder))
+    , m_keepsHolder(Ref<IAttach>::Share(holder.HolderInterface()))
     , m_holder(&holder)
+    , m_recipients(store, 0)
+    , m_attachments(store, 0)
 {
     if (!content)
     {
@@ -75,18 +82,14 @@ Message::Message(const StorePtr& store, Attachment& holder, std::shared_ptr<cons
     }
     m_saved = true;
     m_properties = content->properties;
-    m_recipients = content->recipients;
-    for (const AttachmentEdit& each : content->attachments)
-    {
-        m_edits[each.number] = each;
-        m_nextNumber = std::max(m_nextNumber, each.number + 1);
-    }
+    m_recipients.Start(content->recipients);
+    m_attachments.Start(content->attachments);
 }
 
 void Message::StartNew(bool associated)
 {
     m_dirty = true;
-    m_recipients.emplace();
+    m_recipients.Start(std::vector<PropertySet>());
     m_properties.SetText(PR_MESSAGE_CLASS_W, "IPM.Note");
     m_properties.SetLong(PR_MESSAGE_FLAGS, MSGFLAG_READ | MSGFLAG_UNSENT | (associated ? MSGFLAG_ASSOCIATED : 0));
 }
@@ -159,16 +162,12 @@ bool Message::IsFixed(ULONG tag)
     return (m_saved && PROP_ID(tag) == PROP_ID(PR_MESSAGE_FLAGS)) || PropBase::IsFixed(tag);
 }
 
-Message::Draft Message::GetDraft()
+std::function<void()> Message::DraftRestorer()
 {
     const std::lock_guard<std::recursive_mutex> hold(Lock());
     Load();
-    return {m_dirty, m_properties, m_written, m_recipients, m_recipientsChanged, m_edits};
-}
-
-std::function<void()> Message::DraftRestorer()
-{
-    return [this, draft = GetDraft()]() mutable { SetDraft(std::move(draft)); };
+    Draft draft{m_dirty, m_properties, m_written, m_recipients.GetDraft(), m_attachments.GetEdits()};
+    return [this, draft = std::move(draft)]() mutable { SetDraft(std::move(draft)); };
 }
 
 void Message::SetDraft(Draft draft)
@@ -177,11 +176,8 @@ void Message::SetDraft(Draft draft)
     m_dirty = draft.dirty;
     m_properties = std::move(draft.properties);
     m_written = std::move(draft.written);
-    m_recipients = std::move(draft.recipients);
-    m_recipientsChanged = draft.recipientsChanged;
-    m_edits = std::move(draft.edits);
-    ShowRecipients();
-    ShowAttachments();
+    m_recipients.SetDraft(std::move(draft.recipients));
+    m_attachments.SetEdits(std::move(draft.attachments));
 }
 
 void Message::Edit(const std::function<void(PropertySet&)>& change)
@@ -195,11 +191,11 @@ IUnknown* Message::OpenObject(ULONG tag, const IID& iid, ULONG options, ULONG fl
 {
     if (IsEqualGUID(iid, IID_IMAPITable) && PROP_ID(tag) == PROP_ID(PR_MESSAGE_RECIPIENTS))
     {
-        return RecipientTable(options & MAPI_UNICODE);
+        return m_recipients.Table(options & MAPI_UNICODE);
     }
     if (IsEqualGUID(iid, IID_IMAPITable) && PROP_ID(tag) == PROP_ID(PR_MESSAGE_ATTACHMENTS))
     {
-        return AttachmentTable(options & MAPI_UNICODE);
+        return m_attachments.Table(options & MAPI_UNICODE);
     }
     return PropBase::OpenObject(tag, iid, options, flags);
 }
@@ -266,7 +262,7 @@ void Message::CompleteSubject()
 
 void Message::CompleteNames()
 {
-    if (!m_recipientsChanged)
+    if (!m_recipients.IsChanged())
     {
         return;
     }
@@ -282,7 +278,7 @@ void Message::CompleteNames()
             continue;
         }
         std::string names;
-        for (const PropertySet& each : Recipients())
+        for (const PropertySet& each : m_recipients.Rows())
         {
             if (each.Long(PR_RECIPIENT_TYPE, MAPI_TO) == list.type)
             {
@@ -297,28 +293,16 @@ MessageContent Message::TakeContent()
 {
     MessageContent content;
     content.properties = std::move(m_properties);
-    if (m_recipients && (m_recipientsChanged || !m_id))
-    {
-        content.recipients = std::move(m_recipients);
-    }
-    for (auto& each : m_edits)
-    {
-        content.attachments.push_back(std::move(each.second));
-    }
+    content.recipients = m_recipients.Take();
+    content.attachments = m_attachments.Take();
     return content;
 }
 
 void Message::GiveBack(MessageContent&& content)
 {
     m_properties = std::move(content.properties);
-    if (content.recipients)
-    {
-        m_recipients = std::move(content.recipients);
-    }
-    for (AttachmentEdit& each : content.attachments)
-    {
-        m_edits[each.number] = std::move(each);
-    }
+    m_recipients.GiveBack(std::move(content.recipients));
+    m_attachments.GiveBack(std::move(content.attachments));
 }
 
 void Message::Commit(bool force)
@@ -344,7 +328,7 @@ void Message::Commit(bool force)
         GiveBack(std::move(content));
         throw;
     }
-    m_recipientsChanged = false;
+    m_recipients.Saved();
     m_saved = true;
     if (m_holder)
     {
@@ -352,9 +336,8 @@ void Message::Commit(bool force)
         return;
     }
     // Stored properties are read again on the next request; large values then refer to the stored data.
-    m_edits.clear();
-    m_numbersKnown = false;
-    m_recipients.reset();
+    m_attachments.Forget(m_id);
+    m_recipients.Forget(m_id);
     m_properties.Clear();
     m_loaded = false;
 }
@@ -390,6 +373,116 @@ HRESULT Message::SetReadFlag(ULONG flags)
         const LONG now = m_properties.Long(PR_MESSAGE_FLAGS);
         m_properties.SetLong(PR_MESSAGE_FLAGS, (now & ~LONG(MSGFLAG_READ)) | static_cast<LONG>(set));
     });
+}
+
+HRESULT Message::GetRecipientTable(ULONG flags, LPMAPITABLE* table)
+{
+    return Run("IMessage::GetRecipientTable", [&]
+    {
+        Require(table != nullptr, "the output pointer is null");
+        *table = nullptr;
+        *table = m_recipients.Table(flags);
+    });
+}
+
+HRESULT Message::ModifyRecipients(ULONG flags, LPADRLIST list)
+{
+    return Run("IMessage::ModifyRecipients", [&]
+    {
+        RequireFlags(flags, MODRECIP_ADD | MODRECIP_MODIFY | MODRECIP_REMOVE);
+        Require((flags & (flags - 1)) == 0,
+                "more than one of MODRECIP_ADD, MODRECIP_MODIFY and MODRECIP_REMOVE is given");
+        Require(list != nullptr, "the recipient list is null");
+        RequireWrite();
+        m_recipients.Modify(flags, *list);
+        Load();
+        m_dirty = true;
+        m_recipients.MarkChanged();
+    });
+}
+
+HRESULT Message::GetAttachmentTable(ULONG flags, LPMAPITABLE* table)
+{
+    return Run("IMessage::GetAttachmentTable", [&]
+    {
+        Require(table != nullptr, "the output pointer is null");
+        *table = nullptr;
+        *table = m_attachments.Table(flags);
+    });
+}
+
+HRESULT Message::OpenAttach(ULONG number, LPCIID iid, ULONG flags, LPATTACH* attach)
+{
+    return Run("IMessage::OpenAttach", [&]
+    {
+        Require(attach != nullptr, "the output pointer is null");
+        *attach = nullptr;
+        RequireFlags(flags, MAPI_MODIFY | MAPI_BEST_ACCESS | MAPI_DEFERRED_ERRORS);
+        const Access access = AccessFor(flags, AccessGiven());
+        const Ref<Attachment> opened = Ref<Attachment>::Adopt(new Attachment(*this, number, access, false));
+        *attach = static_cast<IAttach*>(Answer(opened.Get(), iid));
+    });
+}
+
+HRESULT Message::CreateAttach(LPCIID iid, ULONG flags, ULONG* number, LPATTACH* attach)
+{
+    return Run("IMessage::CreateAttach", [&]
+    {
+        Require(attach && number, "the output pointer is null");
+        *attach = nullptr;
+        RequireFlags(flags, MAPI_DEFERRED_ERRORS);
+        RequireWrite();
+        const ULONG next = m_attachments.FreeNumber();
+        const Ref<Attachment> made = Ref<Attachment>::Adopt(new Attachment(*this, next, Access::Write, true));
+        *attach = static_cast<IAttach*>(Answer(made.Get(), iid));
+        m_attachments.UseNumber(next);
+        *number = next;
+    });
+}
+
+HRESULT Message::DeleteAttach(ULONG number, ULONG_PTR, LPMAPIPROGRESS, ULONG flags)
+{
+    return Run("IMessage::DeleteAttach", [&]
+    {
+        RequireFlags(flags, ATTACH_DIALOG);
+        RequireWrite();
+        if (!m_attachments.Has(number))
+        {
+            throw Error(MAPI_E_NOT_FOUND, "the message has no attachment with this number");
+        }
+        AttachmentEdit edit;
+        edit.number = number;
+        edit.removed = true;
+        m_attachments.UseNumber(number);
+        PutAttachment(std::move(edit));
+    });
+}
+
+AttachmentEdit Message::AttachmentNow(ULONG number)
+{
+    const std::lock_guard<std::recursive_mutex> hold(Lock());
+    return m_attachments.Now(number);
+}
+
+MessageId Message::StoredEmbedded(ULONG number)
+{
+    const std::lock_guard<std::recursive_mutex> hold(Lock());
+    return m_attachments.StoredEmbedded(number);
+}
+
+void Message::PutAttachment(AttachmentEdit edit)
+{
+    const std::lock_guard<std::recursive_mutex> hold(Lock());
+    RequireWrite();
+    Load();
+    m_dirty = true;
+    m_attachments.Put(std::move(edit));
+}
+
+Ref<IMessage> Message::OpenEmbedded(EmbeddedHolder& holder, std::shared_ptr<const MessageContent> content,
+                                    Access access)
+{
+    return Ref<IMessage>::Adopt(new Message(Store(), holder, std::move(content), access));
 }
 
 } // namespace zebstore
