@@ -1,9 +1,13 @@
-// IAddrBook.
 #include "zebstore/addressbook/AddressBook.h"
+
+#include "zebstore/addressbook/AddressObjects.h"
+#include "zebstore/addressbook/AddressResolve.h"
 #include "zebstore/addressbook/AddressValues.h"
+#include "zebstore/addressbook/ContainerRows.h"
+#include "zebstore/addressbook/EntryRow.h"
 #include "zebstore/base/Memory.h"
 #include "zebstore/objects/EntryIdBytes.h"
-#include "zebstore/objects/Interfaces.h"
+#include "zebstore/objects/PropObject.h"
 #include "zebstore/storage/Encoding.h"
 #include "zebstore/storage/ValueBuilder.h"
 
@@ -446,50 +450,11 @@ private:
     const PropertySet m_none;
 };
 
-constexpr ULONG OpenFlags = OpenEntryFlags | ULONG(0x80) /* MAPI_GAL_ONLY */;
-
-Access AccessOf(AddressKind kind, ULONG flags, Access most)
-{
-    const bool changes = kind == AddressKind::Directory || kind == AddressKind::User || kind == AddressKind::List;
-    if (!changes && (flags & MAPI_MODIFY))
-    {
-        throw Error(MAPI_E_NO_ACCESS, "this part of the address book is read-only");
-    }
-    return AccessFor(flags, changes ? most : Access::Read);
-}
-
 } // namespace
 
 Ref<IAddrBook> NewAddressBook(const StorePtr& store, Access access)
 {
     return Ref<IAddrBook>::Adopt(new AddressBook(store, access));
-}
-
-IUnknown* OpenAddress(const StorePtr& store, ULONG size, const void* id, const IID* iid, ULONG flags, Access most,
-                      ULONG* objectType)
-{
-    RequireFlags(flags, OpenFlags);
-    const AddressName name = ParseAddressId(store->Uid(), id, size);
-    if (name.kind == AddressKind::NewUser || name.kind == AddressKind::NewList)
-    {
-        throw Error(MAPI_E_INVALID_ENTRYID, "a template for new entries cannot be opened");
-    }
-    const Access access = AccessOf(name.kind, flags, most);
-    const ULONG type = ObjectTypeOf(name.kind);
-    IUnknown* answer = nullptr;
-    if (type == MAPI_ABCONT)
-    {
-        answer = Answer(NewAddressContainer(store, name.kind, access).Get(), iid);
-    }
-    else
-    {
-        answer = Answer(Ref<IMAPIProp>::Adopt(NewAddressEntry(store, name, access)).Get(), iid);
-    }
-    if (objectType)
-    {
-        *objectType = type;
-    }
-    return answer;
 }
 
 } // namespace zebstore

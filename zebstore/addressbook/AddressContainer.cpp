@@ -1,8 +1,10 @@
-// The containers of the address book: the root, the global address list, the contacts.
-#include "zebstore/addressbook/AddressBook.h"
-#include "zebstore/addressbook/AddressValues.h"
-#include "zebstore/addressbook/Contacts.h"
+#include "zebstore/addressbook/AddressContainer.h"
+
+#include "zebstore/addressbook/AddressResolve.h"
+#include "zebstore/addressbook/ContainerRows.h"
+#include "zebstore/addressbook/ListMembers.h"
 #include "zebstore/objects/MemoryTable.h"
+#include "zebstore/objects/PropObject.h"
 #include "zebstore/tables/Table.h"
 
 namespace zebstore
@@ -10,72 +12,15 @@ namespace zebstore
 namespace
 {
 
-AddressName NameOfContainer(AddressKind kind)
-{
-    AddressName name;
-    name.kind = kind;
-    if (kind == AddressKind::Contacts)
-    {
-        name.key = IdOf(StandardFolder::Contacts);
-    }
-    return name;
-}
-
-const char* DisplayNameOf(AddressKind kind)
-{
-    switch (kind)
-    {
-    case AddressKind::Directory:
-        return "Global Address List";
-    case AddressKind::Contacts:
-        return "Contacts";
-    default:
-        return "Address Book";
-    }
-}
-
-const MAPIUID& ProviderOf(AddressKind kind)
-{
-    switch (kind)
-    {
-    case AddressKind::Directory:
-        return DirectoryProvider;
-    case AddressKind::Contacts:
-        return ContactProvider;
-    default:
-        return RootProvider;
-    }
-}
-
-LONG FlagsOf(AddressKind kind, bool writable)
-{
-    if (kind == AddressKind::Root)
-    {
-        return AB_SUBCONTAINERS | AB_UNMODIFIABLE;
-    }
-    const bool modifiable = kind == AddressKind::Directory && writable;
-    return static_cast<LONG>(AB_RECIPIENTS | (modifiable ? AB_MODIFIABLE : AB_UNMODIFIABLE));
-}
-
-void SetTemplates(const StorePtr& store, PropertySet& row)
-{
-    AddressName name;
-    name.kind = AddressKind::NewUser;
-    const AddressEntryId user = MakeAddressId(store->Uid(), name);
-    row.SetBinary(PR_DEF_CREATE_MAILUSER, user.data(), user.size());
-    name.kind = AddressKind::NewList;
-    const AddressEntryId list = MakeAddressId(store->Uid(), name);
-    row.SetBinary(PR_DEF_CREATE_DL, list.data(), list.size());
-}
-
 /// Threads: any.
 class AddressContainer final : public PropObject<IABContainer>
 {
 public:
-    AddressContainer(const StorePtr& store, AddressKind kind, Access access)
+    AddressContainer(const StorePtr& store, AddressKind kind, Access access, const AddressFactory& factory)
         : PropObject(store, access)
         , m_kind(kind)
         , m_row(ContainerRow(store, kind, access == Access::Write))
+        , m_factory(factory)
     {
     }
 
@@ -107,7 +52,7 @@ public:
             Require(object != nullptr, "the output pointer is null");
             *object = nullptr;
             const Access most = File().IsReadOnly() ? Access::Read : Access::Write;
-            *object = OpenAddress(Store(), size, id, iid, flags, most, objectType);
+            *object = m_factory.Open(Store(), size, id, iid, flags, most, objectType);
         });
     }
 
@@ -134,7 +79,7 @@ public:
             }
             NewEntry made;
             made.flags = flags;
-            *entry = CreateAddressEntry(Store(), made, size, id);
+            *entry = m_factory.Create(Store(), made, size, id);
         });
     }
 
@@ -273,57 +218,22 @@ private:
     {
         NewEntry made;
         made.flags = flags;
-        const Ref<IMAPIProp> entry = Ref<IMAPIProp>::Adopt(CreateAddressEntry(Store(), made, id.cb, id.lpb));
+        const Ref<IMAPIProp> entry = Ref<IMAPIProp>::Adopt(m_factory.Create(Store(), made, id.cb, id.lpb));
         Check(entry->SaveChanges(0), "the copy of an entry cannot be saved");
     }
 
     const AddressKind m_kind;
     const PropertySet m_row;
     const PropertySet m_none;
+    const AddressFactory& m_factory;
 };
 
 } // namespace
 
-const std::vector<ULONG>& ContainerTags()
+Ref<IABContainer> NewAddressContainer(const StorePtr& store, AddressKind kind, Access access,
+                                      const AddressFactory& factory)
 {
-    static const std::vector<ULONG> tags = {
-        PR_ENTRYID,        PR_DISPLAY_NAME_W, PR_OBJECT_TYPE,        PR_DISPLAY_TYPE, PR_CONTAINER_FLAGS,
-        PR_AB_PROVIDER_ID, PR_DEPTH,          PR_RECORD_KEY,         PR_INSTANCE_KEY, PR_MAPPING_SIGNATURE,
-        PR_ACCESS_LEVEL,   PR_DEF_CREATE_DL,  PR_DEF_CREATE_MAILUSER};
-    return tags;
-}
-
-PropertySet ContainerRow(const StorePtr& store, AddressKind kind, bool writable)
-{
-    PropertySet row;
-    for (const ULONG tag : ComputedEntryTags())
-    {
-        ComputeEntry(*store, NameOfContainer(kind), tag, row);
-    }
-    row.SetText(PR_DISPLAY_NAME_W, DisplayNameOf(kind));
-    row.SetLong(PR_CONTAINER_FLAGS, FlagsOf(kind, writable));
-    row.SetBinary(PR_AB_PROVIDER_ID, ProviderOf(kind).ab, sizeof(MAPIUID));
-    row.SetLong(PR_DEPTH, kind == AddressKind::Root ? 0 : 1);
-    row.SetLong(PR_ACCESS_LEVEL, writable ? 1 : 0);
-    if (kind == AddressKind::Directory)
-    {
-        SetTemplates(store, row);
-    }
-    return row;
-}
-
-std::shared_ptr<RowSource> MakeContainerRows(const StorePtr& store, AddressKind kind)
-{
-    if (kind == AddressKind::Contacts)
-    {
-        return MakeContactRows(store);
-    }
-    return MakeAddressRows(AddressStorage(store->SharedFile()), MakeComputedAddress(store));
-}
-
-Ref<IABContainer> NewAddressContainer(const StorePtr& store, AddressKind kind, Access access)
-{
-    return Ref<IABContainer>::Adopt(new AddressContainer(store, kind, access));
+    return Ref<IABContainer>::Adopt(new AddressContainer(store, kind, access, factory));
 }
 
 } // namespace zebstore

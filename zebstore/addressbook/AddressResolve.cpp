@@ -1,6 +1,7 @@
-// Finds entries by typed names.
-#include "zebstore/addressbook/AddressBook.h"
+#include "zebstore/addressbook/AddressResolve.h"
+
 #include "zebstore/base/Memory.h"
+#include "zebstore/storage/AddressStorage.h"
 #include "zebstore/storage/Encoding.h"
 #include "zebstore/storage/Restriction.h"
 #include "zebstore/storage/ValueBuilder.h"

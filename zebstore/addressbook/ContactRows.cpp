@@ -1,4 +1,5 @@
-// The contacts as rows of a table.
+#include "zebstore/addressbook/ContactRows.h"
+
 #include "zebstore/addressbook/AddressValues.h"
 #include "zebstore/addressbook/Contacts.h"
 #include "zebstore/storage/PropertyBlob.h"

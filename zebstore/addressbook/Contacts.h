@@ -3,9 +3,9 @@
 
 #include "zebstore/addressbook/AddressId.h"
 #include "zebstore/objects/StoreContext.h"
-#include "zebstore/storage/RowSource.h"
+#include "zebstore/storage/PropertySet.h"
 
-#include <memory>
+#include <string>
 #include <vector>
 
 namespace zebstore
@@ -40,8 +40,5 @@ std::vector<std::string> ContactListMembers(const ContactTags& tags, const Prope
 
 /// The entries that a message of the contacts folder yields.
 std::vector<AddressName> ContactsIn(const ContactTags& tags, MessageId message, const ValueSource& values);
-
-/// The contacts as rows, in the order in which their messages were created.
-std::shared_ptr<RowSource> MakeContactRows(const std::shared_ptr<StoreContext>& store);
 
 } // namespace zebstore

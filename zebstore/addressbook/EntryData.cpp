@@ -1,6 +1,7 @@
-#include "zebstore/addressbook/AddressEntry.h"
+#include "zebstore/addressbook/EntryData.h"
 
 #include "zebstore/addressbook/AddressValues.h"
+#include "zebstore/addressbook/ListMembers.h"
 
 #include <algorithm>
 
@@ -219,60 +220,6 @@ void EntryData::Save(bool force)
     m_addresses.AddMembers(m_new.list,
                            {MemberOf(m_store, SBinary{static_cast<ULONG>(id.size()), const_cast<BYTE*>(id.data())})});
     m_new.list = 0;
-}
-
-PropertySet ContentOfEntry(const StorePtr& store, const AddressName& name)
-{
-    EntryData entry(store, name, {});
-    PropertySet content = entry.Stored();
-    for (const ULONG tag : {PR_DISPLAY_NAME_W, PR_ADDRTYPE_W, PR_EMAIL_ADDRESS_W})
-    {
-        entry.Compute(tag, content);
-    }
-    for (const ULONG tag : ComputedEntryTags())
-    {
-        content.Remove(tag);
-    }
-    return content;
-}
-
-IMAPIProp* NewAddressEntry(const StorePtr& store, const AddressName& name, Access access, const NewEntry& entry)
-{
-    if (ObjectTypeOf(name.kind) == MAPI_DISTLIST)
-    {
-        return new DistList(store, name, access, entry);
-    }
-    return new MailUser(store, name, access, entry);
-}
-
-IMAPIProp* CreateAddressEntry(const StorePtr& store, const NewEntry& entry, ULONG size, const void* id)
-{
-    AddressName name = ParseAddressId(store->Uid(), id, size);
-    if (ObjectTypeOf(name.kind) == MAPI_ABCONT)
-    {
-        throw Error(MAPI_E_INVALID_ENTRYID, "a container cannot become an entry of a list");
-    }
-    if (name.kind != AddressKind::NewUser && name.kind != AddressKind::NewList && entry.list != 0)
-    {
-        return NewAddressEntry(store, name, Access::Write, entry);
-    }
-    const bool isTemplate = name.kind == AddressKind::NewUser || name.kind == AddressKind::NewList;
-    PropertySet content;
-    if (!isTemplate)
-    {
-        content = ContentOfEntry(store, name);
-    }
-    AddressName made;
-    made.kind = ObjectTypeOf(name.kind) == MAPI_DISTLIST ? AddressKind::List : AddressKind::User;
-    if (made.kind == AddressKind::List)
-    {
-        const Ref<DistList> list = Ref<DistList>::Adopt(new DistList(store, made, Access::Write, entry));
-        list->Entry().Fill(std::move(content));
-        return Ref<DistList>(list).Detach();
-    }
-    const Ref<MailUser> user = Ref<MailUser>::Adopt(new MailUser(store, made, Access::Write, entry));
-    user->Entry().Fill(std::move(content));
-    return Ref<MailUser>(user).Detach();
 }
 
 } // namespace zebstore
