@@ -143,41 +143,6 @@ void CopyMultiple(_PV& value, ULONG type, Copier& copier)
     }
 }
 
-size_t SizeOfMultiple(const _PV& value, ULONG type)
-{
-    size_t size = 0;
-    switch (type)
-    {
-    case PT_MV_I2:
-        return size_t{value.MVi.cValues} * 2;
-    case PT_MV_LONG:
-    case PT_MV_R4:
-        return size_t{value.MVl.cValues} * 4;
-    case PT_MV_CLSID:
-        return size_t{value.MVguid.cValues} * sizeof(GUID);
-    case PT_MV_STRING8:
-        for (ULONG i = 0; i < value.MVszA.cValues; ++i)
-        {
-            size += std::strlen(value.MVszA.lppszA[i]) + 1;
-        }
-        return size;
-    case PT_MV_UNICODE:
-        for (ULONG i = 0; i < value.MVszW.cValues; ++i)
-        {
-            size += (zeb::platform::WideLength(value.MVszW.lppszW[i]) + 1) * sizeof(WCHAR);
-        }
-        return size;
-    case PT_MV_BINARY:
-        for (ULONG i = 0; i < value.MVbin.cValues; ++i)
-        {
-            size += value.MVbin.lpbin[i].cb;
-        }
-        return size;
-    default:
-        return size_t{value.MVdbl.cValues} * 8;
-    }
-}
-
 } // namespace
 
 SCODE CopyValue(SPropValue& dest, const SPropValue& source, ALLOCATEMORE* allocateMore, void* parent)
@@ -229,24 +194,6 @@ SCODE CopyValue(SPropValue& dest, const SPropValue& source, ALLOCATEMORE* alloca
 void CopyValue(SPropValue& dest, const SPropValue& source, void* parent)
 {
     Check(CopyValue(dest, source, MAPIAllocateMore, parent), "a value cannot be copied");
-}
-
-size_t SizeOfValue(const SPropValue& value)
-{
-    const ULONG type = PROP_TYPE(value.ulPropTag);
-    switch (type)
-    {
-    case PT_STRING8:
-        return std::strlen(value.Value.lpszA) + 1;
-    case PT_UNICODE:
-        return (zeb::platform::WideLength(value.Value.lpszW) + 1) * sizeof(WCHAR);
-    case PT_BINARY:
-        return value.Value.bin.cb;
-    case PT_CLSID:
-        return sizeof(GUID);
-    default:
-        return type & MV_FLAG ? SizeOfMultiple(value.Value, type) : 0;
-    }
 }
 
 } // namespace zebstore

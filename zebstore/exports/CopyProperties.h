@@ -14,7 +14,4 @@ SCODE CopyValue(SPropValue& dest, const SPropValue& source, ALLOCATEMORE* alloca
 /// The same with the provider's own allocator. @throws Error
 void CopyValue(SPropValue& dest, const SPropValue& source, void* parent);
 
-/// The size in bytes of the data that a value points to, without the SPropValue itself.
-size_t SizeOfValue(const SPropValue& value);
-
 } // namespace zebstore
