@@ -1,15 +1,9 @@
-// Start, stop, logon and profile administration; exports that the provider does not support.
 #include "zebstore/exports/MapiInitialize.h"
 
 #include "platform/thread.h"
 #include "zebstore/base/Guard.h"
 #include "zebstore/base/Memory.h"
 #include "zebstore/notify/Notifier.h"
-#include "zebstore/profiles/ProfAdmin.h"
-#include "zebstore/session/Session.h"
-
-#include <imessage.h>
-#include <mapiform.h>
 
 #include <mutex>
 
@@ -71,55 +65,4 @@ void WINAPI MAPIUninitialize()
     // Not under the lock: an advise sink in a call may query whether MAPI is started.
     Notifier::The().Stop();
     TraceLiveCounts();
-}
-
-HRESULT WINAPI MAPILogonEx(ULONG_PTR, LPTSTR profile, LPTSTR, ULONG flags, LPMAPISESSION* session)
-{
-    return Guarded("MAPILogonEx", [&]
-    {
-        Require(session != nullptr, "the output pointer is null");
-        *session = nullptr;
-        if (!IsInitialized())
-        {
-            throw Error(MAPI_E_NOT_INITIALIZED, "MAPIInitialize has not been called");
-        }
-        *session = Logon(profile, flags);
-    });
-}
-
-HRESULT WINAPI MAPIAdminProfiles(ULONG flags, LPPROFADMIN* admin)
-{
-    return Guarded("MAPIAdminProfiles", [&]
-    {
-        Require(admin != nullptr, "the output pointer is null");
-        *admin = nullptr;
-        RequireFlags(flags, MAPI_UNICODE);
-        if (!IsInitialized())
-        {
-            throw Error(MAPI_E_NOT_INITIALIZED, "MAPIInitialize has not been called");
-        }
-        *admin = NewProfAdmin();
-    });
-}
-
-HRESULT WINAPI MAPIOpenFormMgr(LPMAPISESSION, LPMAPIFORMMGR*)
-{
-    return Guarded("MAPIOpenFormMgr", [] { throw Error(MAPI_E_NO_SUPPORT, "forms are not supported"); });
-}
-
-SCODE WINAPI CreateTable(LPCIID, ALLOCATEBUFFER*, ALLOCATEMORE*, FREEBUFFER*, LPVOID, ULONG, ULONG, LPSPropTagArray,
-                         LPTABLEDATA*)
-{
-    return Guarded("CreateTable", [] { throw Error(MAPI_E_NO_SUPPORT, "table data objects are not supported"); });
-}
-
-SCODE WINAPI OpenIMsgOnIStg(LPMSGSESS, LPALLOCATEBUFFER, LPALLOCATEMORE, LPFREEBUFFER, LPMALLOC, LPVOID, LPSTORAGE,
-                            MSGCALLRELEASE*, ULONG, ULONG, LPMESSAGE*)
-{
-    return Guarded("OpenIMsgOnIStg", [] { throw Error(MAPI_E_NO_SUPPORT, "message files are not supported"); });
-}
-
-HRESULT WINAPI RTFSync(LPMESSAGE, ULONG, BOOL*)
-{
-    return Guarded("RTFSync", [] { throw Error(MAPI_E_NO_SUPPORT, "RTF synchronization is not supported"); });
 }

@@ -1,4 +1,4 @@
-#include "zebstore/exports/CopyProperties.h"
+#include "zebstore/exports/CopyValue.h"
 
 #include "platform/text.h"
 #include "zebstore/base/Error.h"

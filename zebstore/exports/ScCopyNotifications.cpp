@@ -1,6 +1,6 @@
 // ScCopyNotifications: copies notifications with all data that they point to into one block.
 #include "zebstore/base/Guard.h"
-#include "zebstore/exports/CopyProperties.h"
+#include "zebstore/exports/CopyValue.h"
 
 #include <cstring>
 

@@ -1,9 +1,8 @@
-// Exported MAPI helpers that work on objects of any provider.
+// HrQueryAllRows: reads all rows of a table of any provider.
 #include "zebstore/base/Guard.h"
-#include "zebstore/base/LiveBlocks.h"
 #include "zebstore/base/Memory.h"
-#include "zebstore/exports/CopyProperties.h"
 
+#include <cstddef>
 #include <cstring>
 #include <vector>
 
@@ -12,82 +11,6 @@ using zebstore::Check;
 using zebstore::Error;
 using zebstore::Guarded;
 using zebstore::Require;
-
-SCODE WINAPI PropCopyMore(LPSPropValue dest, LPSPropValue source, ALLOCATEMORE* allocateMore, LPVOID parent)
-{
-    return Guarded("PropCopyMore", [&]
-    {
-        Require(dest && source, "the source or the target value is null");
-        return zebstore::CopyValue(*dest, *source, allocateMore, parent);
-    });
-}
-
-ULONG WINAPI UlRelease(LPVOID object)
-{
-    return object ? static_cast<IUnknown*>(object)->Release() : 0;
-}
-
-HRESULT WINAPI HrGetOneProp(LPMAPIPROP object, ULONG tag, LPSPropValue* value)
-{
-    return Guarded("HrGetOneProp", [&]() -> HRESULT
-    {
-        Require(object && value, "the object or the output pointer is null");
-        *value = nullptr;
-        SizedSPropTagArray(1, tags) = {1, {tag}};
-        ULONG count = 0;
-        LPSPropValue got = nullptr;
-        const ULONG flags = PROP_TYPE(tag) == PT_UNICODE ? MAPI_UNICODE : 0;
-        const HRESULT result = object->GetProps(reinterpret_cast<LPSPropTagArray>(&tags), flags, &count, &got);
-        Buffer<SPropValue> owner(got);
-        if (FAILED(result))
-        {
-            return result;
-        }
-        if (count != 1 || !got)
-        {
-            return MAPI_E_CALL_FAILED;
-        }
-        if (PROP_TYPE(got->ulPropTag) == PT_ERROR && PROP_TYPE(tag) != PT_ERROR)
-        {
-            return got->Value.err;
-        }
-        *value = owner.Detach();
-        return S_OK;
-    });
-}
-
-HRESULT WINAPI HrSetOneProp(LPMAPIPROP object, LPSPropValue value)
-{
-    return Guarded("HrSetOneProp", [&]() -> HRESULT
-    {
-        Require(object && value, "the object or the value is null");
-        LPSPropProblemArray problems = nullptr;
-        const HRESULT result = object->SetProps(1, value, &problems);
-        Buffer<SPropProblemArray> owner(problems);
-        if (FAILED(result))
-        {
-            return result;
-        }
-        return problems && problems->cProblem ? problems->aProblem[0].scode : S_OK;
-    });
-}
-
-void WINAPI FreeProws(LPSRowSet rows)
-{
-    if (!rows)
-    {
-        return;
-    }
-    if (!zebstore::g_roots.Has(rows))
-    {
-        return zebstore::CountBadFree("FreeProws", rows);
-    }
-    for (ULONG i = 0; i < rows->cRows; ++i)
-    {
-        zebstore::FreeOf(rows->aRow[i].lpProps, "FreeProws");
-    }
-    zebstore::FreeOf(rows, "FreeProws");
-}
 
 namespace
 {

@@ -1,0 +1,7 @@
+// UlRelease: releases an object of any provider.
+#include "platform/mapi.h"
+
+ULONG WINAPI UlRelease(LPVOID object)
+{
+    return object ? static_cast<IUnknown*>(object)->Release() : 0;
+}
