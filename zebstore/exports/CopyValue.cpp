@@ -143,6 +143,38 @@ void CopyMultiple(_PV& value, ULONG type, Copier& copier)
     }
 }
 
+/// Replaces the data that `copy` shares with its source with copies.
+void CopyData(SPropValue& copy, Copier& copier)
+{
+    const ULONG type = PROP_TYPE(copy.ulPropTag) & ~ULONG(MV_INSTANCE);
+    // An instance of a multi-valued column carries one value of the single type.
+    const bool instance = (PROP_TYPE(copy.ulPropTag) & MV_INSTANCE) != 0;
+    switch (instance ? type & ~ULONG(MV_FLAG) : type)
+    {
+    case PT_STRING8:
+        copy.Value.lpszA = copier.Copy(copy.Value.lpszA);
+        break;
+    case PT_UNICODE:
+        copy.Value.lpszW = copier.Copy(copy.Value.lpszW);
+        break;
+    case PT_BINARY:
+        copy.Value.bin = copier.Copy(copy.Value.bin);
+        break;
+    case PT_CLSID:
+        copy.Value.lpguid = copier.Copy(copy.Value.lpguid, 1);
+        break;
+    default:
+        if (!instance)
+        {
+            CopyMultiple(copy.Value, type, copier);
+        }
+        else if (!IsPlain(type & ~ULONG(MV_FLAG)))
+        {
+            copier.Fail(MAPI_E_INVALID_TYPE);
+        }
+    }
+}
+
 } // namespace
 
 SCODE CopyValue(SPropValue& dest, const SPropValue& source, ALLOCATEMORE* allocateMore, void* parent)
@@ -156,32 +188,7 @@ SCODE CopyValue(SPropValue& dest, const SPropValue& source, ALLOCATEMORE* alloca
             return MAPI_E_INVALID_PARAMETER;
         }
         Copier copier(allocateMore, parent);
-        // An instance of a multi-valued column carries one value of the single type.
-        const bool instance = (PROP_TYPE(source.ulPropTag) & MV_INSTANCE) != 0;
-        switch (instance ? type & ~ULONG(MV_FLAG) : type)
-        {
-        case PT_STRING8:
-            copy.Value.lpszA = copier.Copy(source.Value.lpszA);
-            break;
-        case PT_UNICODE:
-            copy.Value.lpszW = copier.Copy(source.Value.lpszW);
-            break;
-        case PT_BINARY:
-            copy.Value.bin = copier.Copy(source.Value.bin);
-            break;
-        case PT_CLSID:
-            copy.Value.lpguid = copier.Copy(source.Value.lpguid, 1);
-            break;
-        default:
-            if (!instance)
-            {
-                CopyMultiple(copy.Value, type, copier);
-            }
-            else if (!IsPlain(type & ~ULONG(MV_FLAG)))
-            {
-                copier.Fail(MAPI_E_INVALID_TYPE);
-            }
-        }
+        CopyData(copy, copier);
         if (FAILED(copier.Result()))
         {
             return copier.Result();

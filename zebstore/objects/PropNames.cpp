@@ -49,6 +49,30 @@ bool Wanted(const PropertyName& name, const GUID* set, ULONG flags)
     return !(flags & (name.number ? MAPI_NO_IDS : MAPI_NO_STRINGS));
 }
 
+/// The names of a store that match the arguments of GetNamesFromIDs.
+std::vector<std::optional<PropertyName>> WantedNames(StoreFile& file, const GUID* set, ULONG flags)
+{
+    std::vector<std::optional<PropertyName>> found;
+    for (PropertyName& each : file.NamedProperties().All())
+    {
+        if (Wanted(each, set, flags))
+        {
+            found.emplace_back(std::move(each));
+        }
+    }
+    return found;
+}
+
+std::vector<std::optional<PropertyName>> NamesOf(StoreFile& file, const SPropTagArray& tags)
+{
+    std::vector<std::optional<PropertyName>> found;
+    for (ULONG i = 0; i < tags.cValues; ++i)
+    {
+        found.push_back(NameOf(file, PROP_ID(tags.aulPropTag[i])));
+    }
+    return found;
+}
+
 SPropTagArray* BuildTags(const std::vector<ULONG>& tags)
 {
     Buffer<SPropTagArray> array(Allocate(offsetof(SPropTagArray, aulPropTag) + (tags.size() + 1) * sizeof(ULONG)));
@@ -79,25 +103,8 @@ HRESULT NamesFromIds(StoreFile& file, SPropTagArray** tags, const GUID* set, ULO
     *count = 0;
     *names = nullptr;
     RequireFlags(flags, MAPI_NO_STRINGS | MAPI_NO_IDS);
-    std::vector<std::optional<PropertyName>> found;
     const bool all = *tags == nullptr;
-    if (all)
-    {
-        for (PropertyName& each : file.NamedProperties().All())
-        {
-            if (Wanted(each, set, flags))
-            {
-                found.emplace_back(std::move(each));
-            }
-        }
-    }
-    else
-    {
-        for (ULONG i = 0; i < (*tags)->cValues; ++i)
-        {
-            found.push_back(NameOf(file, PROP_ID((*tags)->aulPropTag[i])));
-        }
-    }
+    const std::vector<std::optional<PropertyName>> found = all ? WantedNames(file, set, flags) : NamesOf(file, **tags);
     Buffer<MAPINAMEID*> result(Allocate((found.size() + 1) * sizeof(MAPINAMEID*)));
     std::vector<ULONG> ids;
     bool missing = false;
