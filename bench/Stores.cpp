@@ -2,6 +2,7 @@
 
 #include "platform/module.h"
 #include "platform/registry.h"
+#include "platform/tags.h"
 #include "zebstore/zebstore.h"
 
 #include <cstdio>
@@ -15,9 +16,6 @@ namespace bench
 
 namespace
 {
-
-/// PR_INTERNET_MESSAGE_ID as 16-bit text; the compiler's MAPI headers do not name it.
-constexpr ULONG kInternetMessageId = PROP_TAG(PT_UNICODE, 0x1035);
 
 const char* const kSenders[] = {"Ada Brandt", "Boris Cole", "Chen Wei", "Dana Ford", "Emil Gray", "Fatima Haddad"};
 const char* const kWords[] = {"budget", "meeting",  "contract", "draft",  "schedule", "review", "invoice", "travel",
@@ -54,7 +52,7 @@ void Check(HRESULT result, const char* what)
 const ULONG kMessageTags[12] = {
     PR_SUBJECT_W,     PR_MESSAGE_CLASS_W,       PR_SENDER_NAME_W,      PR_SENDER_EMAIL_ADDRESS_W,
     PR_DISPLAY_TO_W,  PR_MESSAGE_DELIVERY_TIME, PR_CLIENT_SUBMIT_TIME, PR_IMPORTANCE,
-    PR_MESSAGE_FLAGS, kInternetMessageId,       PR_SEARCH_KEY,         PR_BODY_W};
+    PR_MESSAGE_FLAGS, PR_INTERNET_MESSAGE_ID_W, PR_SEARCH_KEY,         PR_BODY_W};
 
 void FillMessage(CZebPropValArray& values, ULONG number)
 {
@@ -87,7 +85,7 @@ void FillMessage(CZebPropValArray& values, ULONG number)
     values[PR_CLIENT_SUBMIT_TIME] = date;
     values[PR_IMPORTANCE] = static_cast<LONG>(mixed % 3);
     values[PR_MESSAGE_FLAGS] = static_cast<LONG>(mixed & MSGFLAG_READ);
-    values[kInternetMessageId] = wide(identifier);
+    values[PR_INTERNET_MESSAGE_ID_W] = wide(identifier);
     values[PR_SEARCH_KEY] = searchKey;
     values[PR_BODY_W] = wide(body);
 }

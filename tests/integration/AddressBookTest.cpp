@@ -2,6 +2,7 @@
 #include "tests/integration/AddressBooks.h"
 
 #include "framework/ComError.h"
+#include "platform/tags.h"
 
 namespace zeb::test
 {
@@ -146,7 +147,7 @@ TEST_F(AddressBook, EntriesAreListedFoundAndOpened)
     CZebMailUser user;
     directory.OpenEntry(ada, user, MAPI_BEST_ACCESS);
     EXPECT_STREQ(user.GetStringPropA(PR_EMAIL_ADDRESS_A), "ada@example.org");
-    EXPECT_STREQ(user.GetStringPropA(PROP_TAG(PT_STRING8, 0x39FE)), "ada@example.org");
+    EXPECT_STREQ(user.GetStringPropA(PR_SMTP_ADDRESS_A), "ada@example.org");
     EXPECT_STREQ(user.GetStringPropA(PR_ADDRTYPE_A), "SMTP");
     EXPECT_EQ(user.GetObjectType(), ULONG(MAPI_MAILUSER));
 }

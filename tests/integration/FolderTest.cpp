@@ -1,12 +1,11 @@
 // Folders of the embedded provider through CZebFolder.
+#include "platform/tags.h"
 #include "tests/integration/Content.h"
 
 namespace zeb::test
 {
 namespace
 {
-
-constexpr ULONG Hidden = PROP_TAG(PT_BOOLEAN, 0x10F4);
 
 class Folders : public StoreHost
 {
@@ -43,7 +42,7 @@ TEST_F(Folders, ACreatedOneIsThereWithNameCommentAndPlace)
     EXPECT_STREQ(opened.GetStringProp(PR_COMMENT_A), "what is running");
     EXPECT_EQ(opened.GetObjectType(), static_cast<ULONG>(MAPI_FOLDER));
     EXPECT_EQ(NumberOf(opened, PR_FOLDER_TYPE), static_cast<LONG>(FOLDER_GENERIC));
-    EXPECT_FALSE(HasTrue(opened, Hidden));
+    EXPECT_FALSE(HasTrue(opened, PR_ATTR_HIDDEN));
     EXPECT_TRUE(opened.IsChildOf(*m_session, m_home.GetEntryID(), true));
 }
 
@@ -54,7 +53,7 @@ TEST_F(Folders, AHiddenOneIsMarkedAndStillListed)
         const char* const name = save ? "saved" : "not saved";
         m_home.CreateFolder(name, true, save, 0, nullptr, FOLDER_GENERIC);
         CZebFolder again = m_home.OpenFolderByName(name);
-        EXPECT_TRUE(HasTrue(again, Hidden)) << name;
+        EXPECT_TRUE(HasTrue(again, PR_ATTR_HIDDEN)) << name;
     }
     EXPECT_EQ(SubfoldersOf(m_home), (Names{"not saved", "saved"}));
 }
@@ -65,12 +64,12 @@ TEST_F(Folders, ASecondOneOfTheNameIsRefusedUnlessTheExistingIsAskedFor)
     EXPECT_EQ(FailureOf([&] { MakeFolder(m_home, "Projects"); }).result, MAPI_E_COLLISION);
     CZebFolder existing = m_home.CreateFolder("Projects", true, true, OPEN_IF_EXISTS, "second", FOLDER_GENERIC);
     EXPECT_EQ(existing.GetEntryID(), first.GetEntryID());
-    EXPECT_FALSE(HasTrue(first, Hidden)) << "the wrapper found it and left it alone";
+    EXPECT_FALSE(HasTrue(first, PR_ATTR_HIDDEN)) << "the wrapper found it and left it alone";
     EXPECT_STREQ(first.GetStringProp(PR_COMMENT_A), "first");
     CZebFolder byProvider =
         m_home.CreateFolder("Projects", true, true, OPEN_IF_EXISTS | MAPI_DEFERRED_ERRORS, "third", FOLDER_GENERIC);
     EXPECT_EQ(byProvider.GetEntryID(), first.GetEntryID());
-    EXPECT_TRUE(HasTrue(first, Hidden)) << "the provider opened it, and the wrapper took it for new";
+    EXPECT_TRUE(HasTrue(first, PR_ATTR_HIDDEN)) << "the provider opened it, and the wrapper took it for new";
     EXPECT_STREQ(first.GetStringProp(PR_COMMENT_A), "first");
     EXPECT_EQ(SubfoldersOf(m_home), Names{"Projects"});
 }
@@ -78,7 +77,7 @@ TEST_F(Folders, ASecondOneOfTheNameIsRefusedUnlessTheExistingIsAskedFor)
 TEST_F(Folders, WhatDoesNotExistIsCreatedThoughTheExistingWasAskedFor)
 {
     CZebFolder made = m_home.CreateFolder("new", true, true, OPEN_IF_EXISTS, nullptr, FOLDER_GENERIC);
-    EXPECT_TRUE(HasTrue(made, Hidden));
+    EXPECT_TRUE(HasTrue(made, PR_ATTR_HIDDEN));
     EXPECT_EQ(SubfoldersOf(m_home), Names{"new"});
 }
 

@@ -1,12 +1,11 @@
 // The store itself: its special folders, the types of opened objects, its tables, and the references that keep it open.
+#include "platform/tags.h"
 #include "tests/integration/Content.h"
 
 namespace zeb::test
 {
 namespace
 {
-
-constexpr ULONG ContactsTag = PROP_TAG(PT_BINARY, 0x36D1);
 
 class Store : public StoreHost
 {
@@ -77,11 +76,11 @@ TEST_F(Store, TheContactsFolderIsNamedByTheInboxAndNotByTheStore)
 {
     CZebFolder contacts = m_store->OpenContactsFolder(MAPI_BEST_ACCESS);
     EXPECT_STREQ(contacts.GetDisplayName(), "Contacts");
-    EXPECT_EQ(contacts.GetEntryID(), Inbox().GetBin(ContactsTag));
+    EXPECT_EQ(contacts.GetEntryID(), Inbox().GetBin(PR_IPM_CONTACT_ENTRYID));
     EXPECT_EQ(NumberOf(contacts, PR_ACCESS_LEVEL), 1);
     CZebFolder readOnly = m_store->OpenContactsFolder(0);
     EXPECT_EQ(NumberOf(readOnly, PR_ACCESS_LEVEL), 0);
-    EXPECT_EQ(FailureOf([&] { m_store->GetSpecialFolderEntryID(ContactsTag); }).result, MAPI_E_INVALID_TYPE);
+    EXPECT_EQ(FailureOf([&] { m_store->GetSpecialFolderEntryID(PR_IPM_CONTACT_ENTRYID); }).result, MAPI_E_INVALID_TYPE);
 }
 
 TEST_F(Store, TheInboxIsTheReceiveFolderOfEveryClass)

@@ -1,5 +1,6 @@
 #include "tools/zeb-import/MimeEnvelope.h"
 
+#include "platform/tags.h"
 #include "platform/text.h"
 #include "tools/zeb-import/Addresses.h"
 #include "tools/zeb-import/Charset.h"
@@ -220,11 +221,11 @@ void AddState(Properties& properties, const MailState& state)
     AddLong(properties, PR_MESSAGE_FLAGS, (state.read ? MSGFLAG_READ : 0) | (state.draft ? MSGFLAG_UNSENT : 0));
     if (state.answered)
     {
-        AddLong(properties, TagLastVerb, VerbReply);
+        AddLong(properties, PR_LAST_VERB_EXECUTED, VerbReply);
     }
     if (state.flagged)
     {
-        AddLong(properties, TagFlagStatus, FlagMarked);
+        AddLong(properties, PR_FLAG_STATUS, FlagMarked);
     }
 }
 
@@ -232,15 +233,15 @@ void AddIdentifiers(Properties& properties, const Headers& headers)
 {
     if (const auto id = headers.First("Message-ID"))
     {
-        AddText(properties, TagInternetMessageId, Decoded(*id));
+        AddText(properties, PR_INTERNET_MESSAGE_ID_W, Decoded(*id));
     }
     if (const auto id = headers.First("In-Reply-To"))
     {
-        AddText(properties, TagInReplyTo, Decoded(*id));
+        AddText(properties, PR_IN_REPLY_TO_ID_W, Decoded(*id));
     }
     if (const auto ids = headers.First("References"))
     {
-        AddText(properties, TagReferences, Decoded(*ids));
+        AddText(properties, PR_INTERNET_REFERENCES_W, Decoded(*ids));
     }
 }
 
@@ -254,7 +255,7 @@ void AddHeaderText(Properties& properties, GMimeMessage* message, const std::str
     }
     if (!text.empty())
     {
-        AddText(properties, TagTransportHeaders, WithCrLf(DecodeText(text, "").utf8));
+        AddText(properties, PR_TRANSPORT_MESSAGE_HEADERS_W, WithCrLf(DecodeText(text, "").utf8));
     }
 }
 
@@ -269,7 +270,7 @@ void AddRecipients(std::vector<Properties>& recipients, const Headers& headers, 
             AddPerson(recipient, {PR_DISPLAY_NAME_W, PR_ADDRTYPE_W, PR_EMAIL_ADDRESS_W}, person);
             if (!person.address.empty())
             {
-                AddText(recipient, TagSmtpAddress, person.address);
+                AddText(recipient, PR_SMTP_ADDRESS_W, person.address);
             }
             recipients.push_back(std::move(recipient));
         }

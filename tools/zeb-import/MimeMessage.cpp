@@ -1,5 +1,6 @@
 #include "tools/zeb-import/MimeMessage.h"
 
+#include "platform/tags.h"
 #include "tools/common/Failure.h"
 #include "tools/zeb-import/Charset.h"
 #include "tools/zeb-import/HtmlText.h"
@@ -89,7 +90,7 @@ private:
             return AddBody(DecodeText(text, "").utf8);
         }
         AttachmentContent& attachment = NewAttachment(ATTACH_BY_VALUE);
-        AddText(attachment.properties, TagAttachMimeType, "text/plain");
+        AddText(attachment.properties, PR_ATTACH_MIME_TAG_W, "text/plain");
         AddBytes(attachment.properties, PR_ATTACH_DATA_BIN, text);
     }
 
@@ -106,8 +107,8 @@ private:
         {
             AddBody(TextOfHtml(html));
         }
-        AddBytes(m_content.properties, TagHtml, html);
-        AddLong(m_content.properties, TagCodePage, Utf8CodePage);
+        AddBytes(m_content.properties, PR_HTML, html);
+        AddLong(m_content.properties, PR_INTERNET_CPID, Utf8CodePage);
     }
 
     AttachmentContent& NewAttachment(LONG method)
@@ -132,7 +133,7 @@ private:
         }
         if (const char* id = g_mime_object_get_content_id(part))
         {
-            AddText(properties, TagAttachContentId, id);
+            AddText(properties, PR_ATTACH_CONTENT_ID_W, id);
         }
     }
 
@@ -151,7 +152,7 @@ private:
         AddNames(attachment.properties, GMIME_OBJECT(part), std::string());
         if (type)
         {
-            AddText(attachment.properties, TagAttachMimeType, type.get());
+            AddText(attachment.properties, PR_ATTACH_MIME_TAG_W, type.get());
         }
         AddBytes(attachment.properties, PR_ATTACH_DATA_BIN, std::move(bytes));
     }
@@ -165,7 +166,7 @@ private:
         m_notes.Add("an attached message is empty");
         AttachmentContent& attachment = NewAttachment(ATTACH_BY_VALUE);
         AddNames(attachment.properties, GMIME_OBJECT(part), std::string());
-        AddText(attachment.properties, TagAttachMimeType, "message/rfc822");
+        AddText(attachment.properties, PR_ATTACH_MIME_TAG_W, "message/rfc822");
         AddBytes(attachment.properties, PR_ATTACH_DATA_BIN, std::string());
     }
 

@@ -1,5 +1,6 @@
 #include "zebapi/objects/Folder.h"
 
+#include "platform/tags.h"
 #include "zebapi/frame/Exception.h"
 #include "zebapi/frame/internal/Subject.h"
 #include "zebapi/objects/internal/OpenEntry.h"
@@ -21,7 +22,6 @@ namespace
 // Windows' code for "element not found": positive, so no check throws it.
 constexpr LONG ElementNotFound = 1168;
 constexpr ULONG SaveFlags = KEEP_OPEN_READWRITE | FORCE_SAVE;
-constexpr ULONG PR_HIDDEN_FOLDER = PROP_TAG(PT_BOOLEAN, 0x10F4);
 const char InfoSubject[] = "QorInfo";
 const char InfoClass[] = "IPM.Note.QorInfo";
 
@@ -113,7 +113,7 @@ CZebFolder CZebFolder::CreateFolder(const char* name, bool hidden, bool save, UL
     if (hidden)
     {
         CZebPropValArray values(1);
-        values[PR_HIDDEN_FOLDER] = true;
+        values[PR_ATTR_HIDDEN] = true;
         result.SetProps(values, false, nullptr);
     }
     if (save)

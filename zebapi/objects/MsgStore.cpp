@@ -1,16 +1,10 @@
 #include "zebapi/objects/MsgStore.h"
 
+#include "platform/tags.h"
 #include "zebapi/frame/Exception.h"
 #include "zebapi/objects/internal/OpenEntry.h"
 #include "zebapi/session/SESSION.h"
 #include "zebapi/values/BinArray.h"
-
-namespace
-{
-
-constexpr ULONG PR_CONTACTS_ENTRYID = PROP_TAG(PT_BINARY, 0x36D1);
-
-} // namespace
 
 CZebMsgStore::CZebMsgStore(IMAPIProp* store)
     : CZebIProp(store)
@@ -77,7 +71,7 @@ CZebFolder CZebMsgStore::OpenContactsFolder(ULONG flags)
 {
     CZebFolder inbox = OpenInboxFolder(MAPI_BEST_ACCESS);
     CZebFolder folder;
-    OpenEntry(inbox.GetBin(PR_CONTACTS_ENTRYID), folder, flags);
+    OpenEntry(inbox.GetBin(PR_IPM_CONTACT_ENTRYID), folder, flags);
     return folder;
 }
 

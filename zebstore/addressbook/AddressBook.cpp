@@ -21,7 +21,6 @@ namespace
 /// The store property in which the address book keeps its settings.
 constexpr ULONG PrDefaultDir = PR_AB_DEFAULT_DIR;
 constexpr ULONG PrPersonal = PR_AB_DEFAULT_PAB;
-constexpr ULONG PrSearchPath = PROP_TAG(PT_MV_BINARY, 0x3D05);
 
 AddressEntryId IdOfContainer(const StorePtr& store, AddressKind kind)
 {
@@ -263,7 +262,7 @@ private:
     {
         std::vector<AddressKind> path;
         const PropertySet properties = m_addresses.Properties();
-        const EncodedValue kept = properties.Find(PrSearchPath);
+        const EncodedValue kept = properties.Find(PR_AB_SEARCH_PATH);
         for (ULONG i = 0; kept && i < ElementCount(kept.Type(), kept.bytes); ++i)
         {
             const std::string_view id = Element(kept.Type(), kept.bytes, i);
@@ -292,7 +291,7 @@ private:
             ContainerNamed(each.cb, each.lpb);
         }
         SPropValue value{};
-        value.ulPropTag = PrSearchPath;
+        value.ulPropTag = PR_AB_SEARCH_PATH;
         value.Value.MVbin.cValues = static_cast<ULONG>(ids.size());
         value.Value.MVbin.lpbin = ids.data();
         const std::lock_guard<std::recursive_mutex> hold(File().Lock());

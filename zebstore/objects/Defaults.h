@@ -1,6 +1,7 @@
 // Default properties that every message and folder has even if no client wrote them.
 #pragma once
 
+#include "platform/tags.h"
 #include "zebstore/storage/ComputedProperties.h"
 
 #include <string>
@@ -10,10 +11,10 @@ namespace zebstore
 {
 
 // The properties by which synchronizing clients identify an object and its changes.
-constexpr ULONG PrSourceKey = PROP_TAG(PT_BINARY, 0x65E0);
-constexpr ULONG PrParentSourceKey = PROP_TAG(PT_BINARY, 0x65E1);
-constexpr ULONG PrChangeKey = PROP_TAG(PT_BINARY, 0x65E2);
-constexpr ULONG PrPredecessorChangeList = PROP_TAG(PT_BINARY, 0x65E3);
+constexpr ULONG PrSourceKey = PR_SOURCE_KEY;
+constexpr ULONG PrParentSourceKey = PR_PARENT_SOURCE_KEY;
+constexpr ULONG PrChangeKey = PR_CHANGE_KEY;
+constexpr ULONG PrPredecessorChangeList = PR_PREDECESSOR_CHANGE_LIST;
 
 /// True for a property of messages that AddMessageDefault knows.
 bool IsMessageDefault(ULONG tag);

@@ -1,6 +1,7 @@
 #include "zebstore/objects/Folder.h"
 
 #include "platform/datetime.h"
+#include "platform/tags.h"
 #include "zebstore/objects/Defaults.h"
 #include "zebstore/objects/FolderCopy.h"
 #include "zebstore/objects/Interfaces.h"
@@ -16,8 +17,6 @@ namespace zebstore
 {
 namespace
 {
-
-constexpr ULONG PrContactsFolder = PROP_TAG(PT_BINARY, 0x36D1);
 
 /// The table of recoverable deleted items: deletions are permanent, so it has no rows.
 std::shared_ptr<RowSource> NothingOf(const ComputedProperties& computed)
@@ -86,7 +85,7 @@ const std::vector<ULONG>& Folder::ComputedTags()
     static const std::vector<ULONG> inbox = []
     {
         std::vector<ULONG> tags = folders;
-        tags.push_back(PrContactsFolder);
+        tags.push_back(PR_IPM_CONTACT_ENTRYID);
         return tags;
     }();
     return m_folder == IdOf(StandardFolder::Inbox) ? inbox : folders;

@@ -1,5 +1,6 @@
 #include "zebstore/objects/StoreContext.h"
 
+#include "platform/tags.h"
 #include "zebstore/objects/Defaults.h"
 #include "zebstore/storage/RowSource.h"
 #include "zebstore/storage/Text.h"
@@ -16,8 +17,6 @@ constexpr LONG FolderAccess = MAPI_ACCESS_MODIFY | MAPI_ACCESS_READ | MAPI_ACCES
                               MAPI_ACCESS_CREATE_HIERARCHY | MAPI_ACCESS_CREATE_CONTENTS |
                               MAPI_ACCESS_CREATE_ASSOCIATED;
 constexpr LONG MessageAccess = MAPI_ACCESS_MODIFY | MAPI_ACCESS_READ | MAPI_ACCESS_DELETE;
-constexpr ULONG PrInstanceKey = PROP_TAG(PT_BINARY, 0x0FF6);
-constexpr ULONG PrContactsFolder = PROP_TAG(PT_BINARY, 0x36D1);
 
 template <typename Id>
 void SetId(PropertySet& out, ULONG tag, const Id& id)
@@ -81,12 +80,12 @@ public:
         case PROP_ID(PrParentSourceKey):
             SetId(out, PrParentSourceKey, folder.parent ? SyncKey(m_uid, folder.parent) : std::string());
             return true;
-        case PROP_ID(PrContactsFolder):
+        case PROP_ID(PR_IPM_CONTACT_ENTRYID):
             if (folder.id != IdOf(StandardFolder::Inbox))
             {
                 return false;
             }
-            SetId(out, PrContactsFolder, MakeFolderEntryId(m_uid, IdOf(StandardFolder::Contacts)));
+            SetId(out, PR_IPM_CONTACT_ENTRYID, MakeFolderEntryId(m_uid, IdOf(StandardFolder::Contacts)));
             return true;
         default:
             return OfFolderCounts(tag, folder, out) || OfAny(tag, folder.id, out);
@@ -107,7 +106,7 @@ public:
     std::vector<ULONG> MessageTags() const override
     {
         return {PR_ENTRYID,      PR_RECORD_KEY,         PR_PARENT_ENTRYID,   PR_OBJECT_TYPE,
-                PR_ACCESS,       PR_STORE_ENTRYID,      PR_STORE_RECORD_KEY, PrInstanceKey,
+                PR_ACCESS,       PR_STORE_ENTRYID,      PR_STORE_RECORD_KEY, PR_INSTANCE_KEY,
                 PR_ACCESS_LEVEL, PR_STORE_SUPPORT_MASK, PR_MAPPING_SIGNATURE};
     }
 
@@ -157,10 +156,10 @@ private:
         case PROP_ID(PR_MAPPING_SIGNATURE):
             out.SetBinary(CHANGE_PROP_TYPE(tag, PT_BINARY), m_uid.ab, sizeof(m_uid.ab));
             return true;
-        case PROP_ID(PrInstanceKey):
+        case PROP_ID(PR_INSTANCE_KEY):
         {
             const std::string bytes = InstanceKeyOf(key);
-            out.SetBinary(PrInstanceKey, bytes.data(), bytes.size());
+            out.SetBinary(PR_INSTANCE_KEY, bytes.data(), bytes.size());
             return true;
         }
         case PROP_ID(PR_ACCESS_LEVEL):

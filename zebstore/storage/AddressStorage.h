@@ -1,6 +1,7 @@
 // The address book's part of a store file: mail users, distribution lists and their members.
 #pragma once
 
+#include "platform/tags.h"
 #include "zebstore/storage/StoreFile.h"
 
 #include <memory>
@@ -10,8 +11,8 @@
 namespace zebstore
 {
 
-/// The SMTP address of an entry, whatever its own address type; MAPI's older headers do not name it.
-constexpr ULONG PrSmtpAddress = PROP_TAG(PT_UNICODE, 0x39FE);
+/// The SMTP address of an entry, whatever its own address type.
+constexpr ULONG PrSmtpAddress = PR_SMTP_ADDRESS_W;
 
 /// Entries are numbered from 1; a number is never given twice.
 using AddressId = std::int64_t;

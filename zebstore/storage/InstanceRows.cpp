@@ -12,8 +12,6 @@ namespace zebstore
 namespace
 {
 
-constexpr ULONG PrInstanceKey = PROP_TAG(PT_BINARY, 0x0FF6);
-
 ULONG ValuesOf(const ValueSource& values, ULONG tag)
 {
     const EncodedValue value = values.Find(tag);
@@ -34,7 +32,7 @@ public:
     EncodedValue Find(ULONG tag) const override
     {
         const EncodedValue value = m_values.Find(tag);
-        if (PROP_ID(tag) == PROP_ID(PrInstanceKey) && value)
+        if (PROP_ID(tag) == PROP_ID(PR_INSTANCE_KEY) && value)
         {
             return KeyOf(value);
         }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Scan.h"
+#include "platform/tags.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/doubles/ByteStream.h"
 #include "tests/support/doubles/MapiUtilities.h"
@@ -330,7 +331,7 @@ private:
         bag.Set(PR_DISPLAY_NAME_A, "A name");
         bag.Set(PR_SUBJECT_A, "A subject");
         bag.Set(PR_IPM_WASTEBASKET_ENTRYID, "folder");
-        bag.Set(PROP_TAG(PT_BINARY, 0x36D1), "folder"); // the contacts
+        bag.Set(PR_IPM_CONTACT_ENTRYID, "folder");
         bag.Set(PR_AB_PROVIDER_ID, "provider");
     }
     void FillTables()

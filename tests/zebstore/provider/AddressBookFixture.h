@@ -1,6 +1,7 @@
 // A session's address book, with helpers that create entries.
 #pragma once
 
+#include "platform/tags.h"
 #include "tests/zebstore/provider/ProviderFixture.h"
 
 #include <cstddef>
@@ -78,7 +79,7 @@ private:
 class AddressBookProvider : public Provider
 {
 protected:
-    static constexpr ULONG SmtpAddress = PROP_TAG(PT_STRING8, 0x39FE);
+    static constexpr ULONG SmtpAddress = PR_SMTP_ADDRESS_A;
 
     ~AddressBookProvider() override { m_book = {}; }
 
@@ -200,7 +201,7 @@ protected:
 
     Ref<IMAPIFolder> ContactsFolder()
     {
-        const Bytes id = GetBytes(Inbox().Get(), PROP_TAG(PT_BINARY, 0x36D1));
+        const Bytes id = GetBytes(Inbox().Get(), PR_IPM_CONTACT_ENTRYID);
         return OpenFolder(id);
     }
 

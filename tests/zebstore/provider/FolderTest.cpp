@@ -1,3 +1,4 @@
+#include "platform/tags.h"
 #include "tests/zebstore/provider/ProviderFixture.h"
 
 namespace zebstore
@@ -51,15 +52,15 @@ TEST_F(Folders, KnowTheirPlace)
     EXPECT_EQ(GetLong(made.Get(), PR_OBJECT_TYPE), LONG(MAPI_FOLDER));
     EXPECT_TRUE(Get(inbox.Get(), PR_SUBFOLDERS)->Value.b);
     EXPECT_FALSE(Get(made.Get(), PR_SUBFOLDERS)->Value.b);
-    EXPECT_FALSE(GetBytes(inbox.Get(), PROP_TAG(PT_BINARY, 0x36D1)).empty());
-    EXPECT_TRUE(GetBytes(made.Get(), PROP_TAG(PT_BINARY, 0x36D1)).empty());
+    EXPECT_FALSE(GetBytes(inbox.Get(), PR_IPM_CONTACT_ENTRYID).empty());
+    EXPECT_TRUE(GetBytes(made.Get(), PR_IPM_CONTACT_ENTRYID).empty());
 }
 
 TEST_F(Folders, SaveTheirPropertiesAtOnce)
 {
     const Ref<IMAPIFolder> made = NewFolder(*Inbox(), "Projects");
     SPropValue hidden{};
-    hidden.ulPropTag = PROP_TAG(PT_BOOLEAN, 0x10F4);
+    hidden.ulPropTag = PR_ATTR_HIDDEN;
     hidden.Value.b = TRUE;
     EXPECT_EQ(Set(made.Get(), hidden), S_OK);
     EXPECT_EQ(Set(made.Get(), NarrowValue(PR_CONTAINER_CLASS_A, "IPF.Task")), S_OK);
