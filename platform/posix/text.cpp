@@ -1,4 +1,4 @@
-#include "platform/text.h"
+#include "platform/utf8.h"
 
 #include <cwctype>
 
@@ -60,8 +60,7 @@ WCHAR UpperWide(WCHAR unit)
         return unit >= u'a' && unit <= u'z' ? static_cast<WCHAR>(unit - u'a' + u'A') : unit;
     }
     const locale_t characters = Characters();
-    const bool surrogate = unit >= 0xD800 && unit < 0xE000;
-    const wint_t upper = surrogate || characters == nullptr ? unit : towupper_l(unit, characters);
+    const wint_t upper = IsSurrogate(unit) || characters == nullptr ? unit : towupper_l(unit, characters);
     return upper < 0x10000 ? static_cast<WCHAR>(upper) : unit;
 }
 

@@ -28,8 +28,6 @@ inline size_t WideBound(size_t storedBytes)
 size_t DecodeStored(std::string_view text, WCHAR* to);
 
 bool IsAscii(std::string_view text);
-/// True for well-formed UTF-8 (lone surrogates are not).
-bool IsUtf8(std::string_view text);
 
 /// Narrow text of this system (ANSI code page, UTF-8 on Linux) as stored text.
 std::string StoredFromNarrow(std::string_view narrow);
