@@ -61,7 +61,7 @@ target_compile_definitions(zeb_sqlite PRIVATE
   SQLITE_MAX_EXPR_DEPTH=0)
 target_compile_options(zeb_sqlite PRIVATE ${zeb_no_warnings} ${zeb_optimised})
 
-# Case folding and base letters of Unicode, for zebstore.
+# Unicode's data: case folding and base letters for zebstore, display widths for the tools.
 set(ZEB_UTF8PROC_DIR ${ZEB_DEPS_DIR}/utf8proc)
 if(NOT EXISTS ${ZEB_UTF8PROC_DIR}/utf8proc.c)
   message(FATAL_ERROR "utf8proc is missing: run scripts/setup.sh first (looked in ${ZEB_UTF8PROC_DIR})")

@@ -69,7 +69,7 @@ ACYCLIC = ["platform", "framework", "qorlog", "qorth", "zebapi", "zebstore"]
 
 # Third-party headers, and who may use them.
 THIRD_PARTY = {
-    "utf8proc.h": {"zebstore", "tests"},
+    "utf8proc.h": {"zebstore", "tools", "tests"},
     "xxhash.h": {"zebstore"},
     "sqlite3.h": {"zebstore", "bench", "tests", "fuzz"},
     "CLI/": {"tools", "bench", "tests"},

@@ -38,6 +38,13 @@ class Lines(World):
                  for each, sender, number in zip(listed, senders, numbers)]
         self.assertEqual(self.zeb("find", "Inbox").out.splitlines()[1:], [*shown, "5 messages"])
 
+    def test_columns_have_the_widths_of_unicode(self):
+        watch, pointed = "\u231a", "\u05d0\u05b0"
+        self.load(dated("wide", 9, PR_SENDER_NAME=watch * 20), dated("marks", 8, PR_SENDER_NAME=pointed * 20))
+        shown = [self.line(each, sender) for each, sender in
+                 zip(self.inbox()["messages"], [watch * 13 + "\u2026 ", pointed * 20 + " " * 8])]
+        self.assertEqual(self.zeb("inbox").out.splitlines()[1:], [*shown, "2 messages"])
+
     def test_an_object_says_what_a_line_says_and_more(self):
         self.load({"folder": "Inbox", "properties": {"PR_SUBJECT": "a", "PR_MESSAGE_FLAGS": 0}},
                   dated("b", 1, PR_MESSAGE_FLAGS=1, PR_SENDER_NAME="Ada"))

@@ -1,6 +1,8 @@
 #include "tools/common/Output.h"
 
-#include "platform/text.h"
+#include "platform/utf8.h"
+
+#include <utf8proc.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -72,36 +74,12 @@ std::string DateAndTime(uint64_t ticks, char separator)
     return text;
 }
 
-/// The code point at `at`, which is advanced past it; each byte that is not valid UTF-8 counts as one.
-char32_t NextCodePoint(std::string_view text, size_t& at)
+/// The columns of the code point at `at`, which is advanced past it: none for combining marks and joiners, two for wide
+/// characters. Each invalid sequence has the column of its U+FFFD.
+size_t NextColumns(std::string_view text, size_t& at)
 {
-    const auto lead = static_cast<unsigned char>(text[at++]);
-    const int more = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC0 ? 1 : 0;
-    if (more == 0)
-    {
-        return lead;
-    }
-    char32_t point = lead & (0x3F >> more);
-    for (int i = 0; i < more && at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80; ++i)
-    {
-        point = (point << 6) | (static_cast<unsigned char>(text[at++]) & 0x3F);
-    }
-    return point;
-}
-
-/// The columns of one code point: none for combining marks and joiners, two for the wide East Asian blocks.
-size_t ColumnsOf(char32_t point)
-{
-    if ((point >= 0x300 && point <= 0x36F) || (point >= 0x200B && point <= 0x200F) ||
-        (point >= 0xFE00 && point <= 0xFE0F) || point == 0xFEFF)
-    {
-        return 0;
-    }
-    const bool wide = (point >= 0x1100 && point <= 0x115F) || (point >= 0x2E80 && point <= 0xA4CF) ||
-                      (point >= 0xAC00 && point <= 0xD7A3) || (point >= 0xF900 && point <= 0xFAFF) ||
-                      (point >= 0xFE30 && point <= 0xFE6F) || (point >= 0xFF00 && point <= 0xFF60) ||
-                      (point >= 0x1F300 && point <= 0x1FAFF) || (point >= 0x20000 && point <= 0x3FFFD);
-    return wide ? 2 : 1;
+    const char32_t code = platform::NextCodePoint(text, at, platform::LoneSurrogate::Replaced);
+    return static_cast<size_t>(utf8proc_charwidth(static_cast<utf8proc_int32_t>(code)));
 }
 
 /// Reads `digits` digits at `at`, which is advanced past them.
@@ -218,7 +196,7 @@ size_t DisplayWidth(std::string_view text)
     size_t width = 0;
     for (size_t at = 0; at < text.size();)
     {
-        width += ColumnsOf(NextCodePoint(text, at));
+        width += NextColumns(text, at);
     }
     return width;
 }
@@ -232,7 +210,7 @@ std::string Shortened(const std::string& text, size_t width)
     size_t used = 0, end = 0;
     for (size_t at = 0; at < text.size(); end = at)
     {
-        used += ColumnsOf(NextCodePoint(text, at));
+        used += NextColumns(text, at);
         if (used > width - 1)
         {
             break;
