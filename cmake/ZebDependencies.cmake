@@ -8,10 +8,10 @@ endif()
 
 # Header-only libraries serve both targets, so they are linked into a separate include folder: /usr/include must never
 # be in the cross compiler's path.
-set(ZEB_HEADER_ONLY_ROOT /usr/include CACHE PATH "The folder of CLI/, nlohmann/ and xxhash.h")
+set(ZEB_HEADER_ONLY_ROOT /usr/include CACHE PATH "The folder of CLI/, date/, nlohmann/ and xxhash.h")
 set(ZEB_HEADER_ONLY ${CMAKE_BINARY_DIR}/header-only)
 file(MAKE_DIRECTORY ${ZEB_HEADER_ONLY})
-foreach(package CLI nlohmann xxhash.h)
+foreach(package CLI date nlohmann xxhash.h)
   if(NOT EXISTS ${ZEB_HEADER_ONLY_ROOT}/${package})
     message(FATAL_ERROR "${ZEB_HEADER_ONLY_ROOT}/${package} is missing: run scripts/setup.sh first")
   endif()

@@ -72,6 +72,7 @@ THIRD_PARTY = {
     "utf8proc.h": {"zebstore", "tools", "tests"},
     "xxhash.h": {"zebstore"},
     "sqlite3.h": {"zebstore", "bench", "tests", "fuzz"},
+    "date/": {"tools"},
     "CLI/": {"tools", "bench", "tests"},
     "nlohmann/": {"tools", "bench", "tests", "fuzz"},
     "libpff": {"tools", "tests"},

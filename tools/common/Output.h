@@ -36,14 +36,6 @@ std::string Fitted(const std::string& text, size_t width);
 /// The text truncated to `width` columns with an ellipsis; unchanged when it fits or `width` is 0.
 std::string Shortened(const std::string& text, size_t width);
 
-/// A file time as ISO 8601 in UTC with as many fractional digits as needed (100 ns units): "2026-01-02T03:04:05Z",
-/// "2026-01-02T03:04:05.0000001Z". Times outside the years 1601 to 9999 are printed as "0x" and 16 hexadecimal digits.
-std::string TimeForMachines(const FILETIME& time);
-
-/// The inverse of TimeForMachines; also accepts fewer or more trailing zeros. @return false when the text has neither
-/// form
-bool ParseTime(const std::string& text, FILETIME& time);
-
 /// 1234567 as "1,234,567".
 std::string Grouped(unsigned long long number);
 

@@ -1,4 +1,4 @@
-// Dates for display, in the local time zone or in UTC.
+// Dates as text: for display in the local time zone or in UTC, and as ISO 8601.
 #pragma once
 
 #include "zebapi/ZebAPI.h"
@@ -16,6 +16,14 @@ enum class Zone
 
 /// "local" or "UTC".
 const char* NameOfZone(Zone zone);
+
+/// A file time as ISO 8601 in UTC with as many fractional digits as needed (100 ns units): "2026-01-02T03:04:05Z",
+/// "2026-01-02T03:04:05.0000001Z". Times outside the years 1601 to 9999 are printed as "0x" and 16 hexadecimal digits.
+std::string TimeForMachines(const FILETIME& time);
+
+/// The inverse of TimeForMachines; also accepts fewer or more trailing zeros. @return false when the text has neither
+/// form
+bool ParseTime(const std::string& text, FILETIME& time);
 
 /// A file time (UTC) as "2026-01-02 03:04:05". Times outside the years 1601 to 9999 are printed as "0x" and 16 digits.
 std::string TimeForPeople(const FILETIME& time, Zone zone);

@@ -4,6 +4,7 @@
 #include "tools/common/Failure.h"
 #include "tools/common/Output.h"
 #include "tools/common/PropertyNames.h"
+#include "tools/common/Times.h"
 
 #include <cmath>
 #include <cstdint>

@@ -3,33 +3,17 @@
 #include "platform/datetime.h"
 #include "platform/zone.h"
 #include "tools/common/Failure.h"
+#include "tools/common/FileTime.h"
 #include "tools/common/Output.h"
 
 #include <cctype>
-#include <cstdint>
+#include <chrono>
 #include <optional>
 
 namespace zeb::tools
 {
 namespace
 {
-
-constexpr int64_t TicksAMinute = 600'000'000;
-constexpr int64_t TicksAnHour = 60 * TicksAMinute;
-constexpr int64_t TicksADay = 24 * TicksAnHour;
-
-int64_t Ticks(const FILETIME& time)
-{
-    return static_cast<int64_t>((static_cast<uint64_t>(time.dwHighDateTime) << 32) | time.dwLowDateTime);
-}
-
-FILETIME TimeOf(int64_t ticks)
-{
-    FILETIME time;
-    time.dwLowDateTime = static_cast<DWORD>(ticks);
-    time.dwHighDateTime = static_cast<DWORD>(static_cast<uint64_t>(ticks) >> 32);
-    return time;
-}
 
 /// Whether the text at `at` matches the pattern: 'd' is a digit, other characters match themselves.
 bool Matches(const std::string& text, size_t at, const char* pattern)
@@ -49,22 +33,32 @@ bool Matches(const std::string& text, size_t at, const char* pattern)
     return true;
 }
 
-/// Converts a local time of the zone to UTC.
-std::optional<FILETIME> UtcOf(const FILETIME& clock, Zone zone)
+/// Converts a local time of the zone to UTC. Empty when a file time cannot represent it.
+std::optional<FILETIME> UtcOf(FilePoint clock, Zone zone)
 {
-    return zone == Zone::Utc ? clock : platform::UtcFromLocal(clock);
-}
-
-/// The day in the zone that is `days` before the day of a point in time.
-std::optional<Moment> DayOf(const FILETIME& clock, int days, Zone zone)
-{
-    const int64_t begin = Ticks(clock) / TicksADay * TicksADay - days * TicksADay;
-    if (begin < 0)
+    if (clock < FirstFileDay)
     {
         return std::nullopt;
     }
-    const auto time = UtcOf(TimeOf(begin), zone), end = UtcOf(TimeOf(begin + TicksADay), zone);
-    return time && end ? std::optional<Moment>(Moment{*time, *end, true}) : std::nullopt;
+    const std::optional<FILETIME> time =
+        zone == Zone::Utc ? FileTimeOf(clock) : platform::UtcFromLocal(FileTimeOf(clock));
+    return time && PointOf(*time) >= FirstFileDay ? time : std::nullopt;
+}
+
+/// A day of the zone.
+std::optional<Moment> WholeDay(date::sys_days day, Zone zone)
+{
+    const auto begin = UtcOf(day, zone), end = UtcOf(day + date::days(1), zone);
+    return begin && end ? std::optional<Moment>(Moment{*begin, *end, true}) : std::nullopt;
+}
+
+std::optional<Moment> MomentAt(FilePoint point)
+{
+    if (point < FirstFileDay)
+    {
+        return std::nullopt;
+    }
+    return Moment{FileTimeOf(point), FileTimeOf(point), false};
 }
 
 std::optional<Moment> NamedDay(const std::string& text, Zone zone)
@@ -75,7 +69,8 @@ std::optional<Moment> NamedDay(const std::string& text, Zone zone)
     }
     const FILETIME now = platform::CurrentFileTime();
     const FILETIME clock = zone == Zone::Utc ? now : platform::LocalFromUtc(now).value_or(now);
-    return DayOf(clock, text == "today" ? 0 : 1, zone);
+    const auto today = date::floor<date::days>(PointOf(clock));
+    return WholeDay(text == "today" ? today : today - date::days(1), zone);
 }
 
 /// "7d"
@@ -86,19 +81,24 @@ std::optional<Moment> BeforeNow(const std::string& text)
     {
         return std::nullopt;
     }
-    const char unit = text.back();
-    const int64_t ticks = unit == 'h' ? TicksAnHour : unit == 'd' ? TicksADay : unit == 'w' ? 7 * TicksADay : 0;
-    const int64_t time = Ticks(platform::CurrentFileTime()) - std::stoll(text.substr(0, digits)) * ticks;
-    if (ticks == 0 || time < 0)
+    const FilePoint now = PointOf(platform::CurrentFileTime());
+    const int count = std::stoi(text.substr(0, digits));
+    switch (text.back())
     {
+    case 'h':
+        return MomentAt(now - std::chrono::hours(count));
+    case 'd':
+        return MomentAt(now - date::days(count));
+    case 'w':
+        return MomentAt(now - date::weeks(count));
+    default:
         return std::nullopt;
     }
-    return Moment{TimeOf(time), TimeOf(time), false};
 }
 
-/// The zone at the end of a text: "Z", "+01", "+01:00" or "+0100". Removes it from the text. @return the offset from
-/// UTC in ticks; empty when the text has no zone
-std::optional<int64_t> TakeZone(std::string& text)
+/// The zone at the end of a text: "Z", "+01", "+01:00" or "+0100". Removes it from the text. @return how far
+/// it is ahead of UTC; empty when the text has no zone
+std::optional<std::chrono::minutes> TakeZone(std::string& text)
 {
     constexpr size_t shortest = 16; // 2026-01-02T03:04
     const size_t at = text.find_first_of("Z+-", shortest);
@@ -110,7 +110,7 @@ std::optional<int64_t> TakeZone(std::string& text)
     if (zone == "Z")
     {
         text.resize(at);
-        return 0;
+        return std::chrono::minutes(0);
     }
     const bool isHours = zone.size() == 3 && Matches(zone, 1, "dd");
     const bool isPlain = zone.size() == 5 && Matches(zone, 1, "dddd");
@@ -122,7 +122,8 @@ std::optional<int64_t> TakeZone(std::string& text)
         return std::nullopt;
     }
     text.resize(at);
-    return (zone[0] == '-' ? -1 : 1) * (hours * TicksAnHour + minutes * TicksAMinute);
+    const std::chrono::minutes ahead = std::chrono::hours(hours) + std::chrono::minutes(minutes);
+    return zone[0] == '-' ? -ahead : ahead;
 }
 
 std::optional<Moment> IsoDate(const std::string& text, Zone zone)
@@ -134,14 +135,15 @@ std::optional<Moment> IsoDate(const std::string& text, Zone zone)
     }
     if (text.size() == 10)
     {
-        return ParseTime(text + "T00:00:00Z", clock) ? DayOf(clock, 0, zone) : std::nullopt;
+        return ParseTime(text + "T00:00:00Z", clock) ? WholeDay(date::floor<date::days>(PointOf(clock)), zone)
+                                                     : std::nullopt;
     }
     std::string rest = text;
     if (rest[10] == ' ')
     {
         rest[10] = 'T';
     }
-    const std::optional<int64_t> ahead = TakeZone(rest);
+    const std::optional<std::chrono::minutes> ahead = TakeZone(rest);
     if (rest.size() == 16)
     {
         rest += ":00";
@@ -150,12 +152,12 @@ std::optional<Moment> IsoDate(const std::string& text, Zone zone)
     {
         return std::nullopt;
     }
-    const std::optional<FILETIME> time = ahead ? TimeOf(Ticks(clock) - *ahead) : UtcOf(clock, zone);
-    if (!time || Ticks(*time) < 0)
+    if (ahead)
     {
-        return std::nullopt;
+        return MomentAt(PointOf(clock) - *ahead);
     }
-    return Moment{*time, *time, false};
+    const std::optional<FILETIME> time = UtcOf(PointOf(clock), zone);
+    return time ? std::optional<Moment>(Moment{*time, *time, false}) : std::nullopt;
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "tools/common/Output.h"
 #include "tools/common/PropertyReader.h"
 #include "tools/common/PropertyValues.h"
+#include "tools/common/Times.h"
 #include "tools/zeb/LoadValues.h"
 
 #include <algorithm>
