@@ -5,9 +5,8 @@
 #include "tools/common/Property.h"
 #include "tools/zeb/AddressBookHost.h"
 #include "tools/zeb/Command.h"
+#include "tools/zeb/Lister.h"
 #include "tools/zeb/Objects.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <memory>
@@ -17,8 +16,6 @@ namespace zeb::tools
 {
 namespace
 {
-
-using Json = nlohmann::ordered_json;
 
 constexpr size_t NameWidth = 32, KindWidth = 10, PropertyWidth = 30;
 
@@ -46,11 +43,6 @@ const char* KindOf(LONG objectType)
     default:
         return "unknown";
     }
-}
-
-std::string Dumped(const Json& json, int indent)
-{
-    return json.dump(indent, ' ', false, Json::error_handler_t::replace);
 }
 
 Json JsonOf(const AddressRow& row)
@@ -87,32 +79,53 @@ std::string Counted(unsigned long long count, const char* one, const char* many)
     return Grouped(count) + " " + (count == 1 ? one : many);
 }
 
+/// A container of the address book.
+struct ListedContainer
+{
+    std::string name, entryId;
+    ULONG entries = 0;
+    bool isDefault = false, isExchange = false;
+};
+
+std::vector<ListedContainer> ReadContainers(AddressBookHost& host)
+{
+    const std::vector<AddressRow> rows = host.Containers();
+    const std::string standard = host.DefaultDirectory();
+    std::vector<ListedContainer> containers;
+    for (const AddressRow& row : rows)
+    {
+        CZebABContainer container = host.OpenContainer(row.entryId);
+        const ULONG entries = container.GetContentsTable(MAPI_UNICODE).GetRowCount();
+        containers.push_back({row.name, row.entryId, entries, row.entryId == standard, container.IsExchange()});
+    }
+    return containers;
+}
+
+Json JsonOf(const std::vector<ListedContainer>& containers)
+{
+    Json list = Json::array();
+    for (const ListedContainer& each : containers)
+    {
+        list.push_back({{"name", each.name},
+                        {"entries", each.entries},
+                        {"default", each.isDefault},
+                        {"exchange", each.isExchange},
+                        {"entryId", each.entryId}});
+    }
+    return Json{{"containers", list}};
+}
+
 int ListContainers(AddressBookHost& host, bool json)
 {
-    const std::vector<AddressRow> containers = host.Containers();
-    const std::string standard = host.DefaultDirectory();
-    Json list = Json::array();
-    for (const AddressRow& each : containers)
+    const std::vector<ListedContainer> containers = ReadContainers(host);
+    Lister(json).Object([&] { return JsonOf(containers); }, [&]
     {
-        CZebABContainer container = host.OpenContainer(each.entryId);
-        const ULONG entries = container.GetContentsTable(MAPI_UNICODE).GetRowCount();
-        Json object;
-        object["name"] = each.name;
-        object["entries"] = entries;
-        object["default"] = each.entryId == standard;
-        object["exchange"] = container.IsExchange();
-        object["entryId"] = each.entryId;
-        list.push_back(object);
-        if (!json)
+        for (const ListedContainer& each : containers)
         {
-            Print((each.entryId == standard ? "* " : "  ") + OneLine(each.name) + "  " +
-                  Counted(entries, "entry", "entries") + "\n");
+            Print((each.isDefault ? "* " : "  ") + OneLine(each.name) + "  " +
+                  Counted(each.entries, "entry", "entries") + "\n");
         }
-    }
-    if (json)
-    {
-        Print(Dumped(Json{{"containers", list}}, 2) + "\n");
-    }
+    });
     return ExitDone;
 }
 
@@ -125,43 +138,23 @@ int ListEntries(AddressBookHost& host, const Options& options)
     table.SortTable(order);
     const ULONG total = table.GetRowCount();
     const ULONG wanted = options.limit == 0 ? total : std::min(options.limit, total);
-    ULONG shown = 0;
-    if (options.json)
-    {
-        Print("{\n  \"container\": " + Dumped(container.IsValid() ? Utf8(container.GetDisplayNameW()) : "", -1) +
-              ",\n  \"total\": " + std::to_string(total) + ",\n  \"entries\": [");
-    }
-    else if (total > 0)
-    {
-        Print(Line("name", "kind", "address"));
-    }
+    Lister lister(options.json);
+    lister.Begin([&] { return Json{{"container", Utf8(container.GetDisplayNameW())}, {"total", total}}; }, "entries");
+    lister.Text([&] { Print(total > 0 ? Line("name", "kind", "address") : ""); });
     if (wanted > 0)
     {
         host.ReadRows(table, [&](const AddressRow& row)
         {
-            if (options.json)
-            {
-                Print((shown ? ",\n    " : "\n    ") + Dumped(JsonOf(row), -1));
-            }
-            else
-            {
-                PrintEntry(row);
-            }
-            return ++shown < wanted;
+            lister.Row([&] { return JsonOf(row); }, [&] { PrintEntry(row); });
+            return lister.Count() < wanted;
         });
     }
-    if (options.json)
+    lister.End();
+    lister.Text([&]
     {
-        Print(shown ? "\n  ]\n}\n" : "]\n}\n");
-    }
-    else if (shown == total)
-    {
-        Print(Counted(total, "entry", "entries") + "\n");
-    }
-    else
-    {
-        Print(Grouped(shown) + " of " + Grouped(total) + " entries\n");
-    }
+        Print(lister.Count() == total ? Counted(total, "entry", "entries") + "\n"
+                                      : Grouped(lister.Count()) + " of " + Grouped(total) + " entries\n");
+    });
     return ExitDone;
 }
 
@@ -211,64 +204,83 @@ std::vector<AddressRow> MembersOf(AddressBookHost& host, const std::string& entr
     return members;
 }
 
-int Show(AddressBookHost& host, const Options& options)
+/// What is shown of an entry.
+struct ShownEntry
 {
-    const std::string entryId = host.FindEntry(options.subject);
+    std::string name, entryId;
+    LONG type = 0;
+    std::vector<std::pair<std::string, std::string>> properties; ///< names and values, in the provider's order
+    std::vector<AddressRow> members;                             ///< of a list
+};
+
+ShownEntry ReadEntry(AddressBookHost& host, const std::string& entryId, bool expand)
+{
     CZebABItem entry;
     host.Book().OpenEntry(CZebBinary(entryId.c_str()), entry, MAPI_BEST_ACCESS);
-    const LONG type = static_cast<LONG>(entry.GetObjectType());
+    ShownEntry shown;
+    shown.entryId = entryId;
+    shown.type = static_cast<LONG>(entry.GetObjectType());
     CZebPropValArray values;
     ULONG* const count = values.CountPtr();
     entry.GetAllProps(count, &values, MAPI_UNICODE);
-    Json properties = Json::object();
-    const std::string name = Utf8(entry.GetDisplayNameW());
-    if (!options.json)
-    {
-        Print(OneLine(name) + "\n" + KindOf(type) + "\n");
-    }
+    shown.name = Utf8(entry.GetDisplayNameW());
     for (ULONG i = 0; i < values.GetCount(); ++i)
     {
         const CZebOnePropVal value = values.GetAt(i);
-        if (!value.StringConversionPossible())
+        if (value.StringConversionPossible())
         {
-            continue;
-        }
-        const std::string text = Utf8(value.StringW(true));
-        properties[PropertyName(value.GetTag())] = text;
-        if (!options.json)
-        {
-            Print("  " + Fitted(PropertyName(value.GetTag()), PropertyWidth) + "  " + OneLine(text) + "\n");
+            shown.properties.emplace_back(PropertyName(value.GetTag()), value.StringUtf8().GetString());
         }
     }
-    std::vector<AddressRow> members;
-    if (type == MAPI_DISTLIST)
+    if (shown.type == MAPI_DISTLIST)
     {
-        members = MembersOf(host, entryId, options.expand);
+        shown.members = MembersOf(host, entryId, expand);
     }
-    Json list = Json::array();
-    for (const AddressRow& each : members)
+    return shown;
+}
+
+Json JsonOf(const ShownEntry& entry)
+{
+    Json properties = Json::object();
+    for (const auto& property : entry.properties)
     {
-        list.push_back(JsonOf(each));
+        properties[property.first] = property.second;
     }
-    if (options.json)
+    Json object = {
+        {"name", entry.name}, {"kind", KindOf(entry.type)}, {"entryId", entry.entryId}, {"properties", properties}};
+    if (entry.type == MAPI_DISTLIST)
     {
-        Json object = {{"name", name}, {"kind", KindOf(type)}, {"entryId", entryId}, {"properties", properties}};
-        if (type == MAPI_DISTLIST)
+        object["members"] = Json::array();
+        for (const AddressRow& each : entry.members)
         {
-            object["members"] = list;
+            object["members"].push_back(JsonOf(each));
         }
-        Print(Dumped(object, 2) + "\n");
-        return ExitDone;
     }
-    if (type != MAPI_DISTLIST)
+    return object;
+}
+
+void PrintShown(const ShownEntry& entry)
+{
+    Print(OneLine(entry.name) + "\n" + KindOf(entry.type) + "\n");
+    for (const auto& property : entry.properties)
     {
-        return ExitDone;
+        Print("  " + Fitted(property.first, PropertyWidth) + "  " + OneLine(property.second) + "\n");
     }
-    Print(Counted(members.size(), "member", "members") + "\n");
-    for (const AddressRow& each : members)
+    if (entry.type != MAPI_DISTLIST)
+    {
+        return;
+    }
+    Print(Counted(entry.members.size(), "member", "members") + "\n");
+    for (const AddressRow& each : entry.members)
     {
         Print("  " + Line(each.name, KindOf(each.objectType), AddressText(each)));
     }
+}
+
+int Show(AddressBookHost& host, const Options& options)
+{
+    const ShownEntry entry = ReadEntry(host, host.FindEntry(options.subject), options.expand);
+    Lister(options.json).Object([&] { return JsonOf(entry); }, [&] { PrintShown(entry); });
     return ExitDone;
 }
 
@@ -289,14 +301,7 @@ int Compare(AddressBookHost& host, const Options& options)
         RequireEntryId(each);
     }
     const bool same = host.Book().CompareEntryIDs(options.subject.c_str(), options.other.c_str());
-    if (options.json)
-    {
-        Print(Dumped(Json{{"same", same}}, 2) + "\n");
-    }
-    else
-    {
-        Print(same ? "same\n" : "different\n");
-    }
+    Lister(options.json).Object([&] { return Json{{"same", same}}; }, [&] { Print(same ? "same\n" : "different\n"); });
     return ExitDone;
 }
 

@@ -2,11 +2,10 @@
 #include "tools/common/Failure.h"
 #include "tools/common/Output.h"
 #include "tools/zeb/Command.h"
+#include "tools/zeb/Lister.h"
 #include "tools/zeb/MailSetup.h"
 #include "tools/zeb/ProfilePlaces.h"
 #include "tools/zeb/Provider.h"
-
-#include <nlohmann/json.hpp>
 
 #include <memory>
 #include <vector>
@@ -117,9 +116,9 @@ void PrintSetup(const MailSetup& setup)
     Print("\n");
 }
 
-nlohmann::ordered_json JsonOf(const ProviderCandidate& candidate)
+Json JsonOf(const ProviderCandidate& candidate)
 {
-    nlohmann::ordered_json object;
+    Json object;
     object["step"] = ProviderStepName(candidate.step);
     object["origin"] = Utf8FromNarrow(candidate.origin);
     object["path"] = Utf8FromNarrow(candidate.path);
@@ -128,25 +127,19 @@ nlohmann::ordered_json JsonOf(const ProviderCandidate& candidate)
     object["class"] = static_cast<int>(candidate.found.bitness);
     object["loaded"] = candidate.found.loaded;
     object["loadError"] = Utf8FromNarrow(candidate.found.loadError);
-    const auto nameOrNull = [](const char* name)
-    { return name ? nlohmann::ordered_json(name) : nlohmann::ordered_json(nullptr); };
+    const auto nameOrNull = [](const char* name) { return name ? Json(name) : Json(nullptr); };
     object["missingDecorated"] = nameOrNull(candidate.found.missingDecorated);
     object["missingUndecorated"] = nameOrNull(candidate.found.missingUndecorated);
     object["verdict"] = VerdictOn(candidate);
     return object;
 }
 
-nlohmann::ordered_json TextOrNull(const std::string& text)
+Json JsonOf(const ProviderReport& report, const ProfileNames& profiles, const MailSetup& setup)
 {
-    return text.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(text);
-}
-
-void PrintJson(const ProviderReport& report, const ProfileNames& profiles, const MailSetup& setup)
-{
-    nlohmann::ordered_json object;
+    Json object;
     object["provider"] = TextOrNull(Utf8FromNarrow(report.path));
     object["class"] = static_cast<int>(report.bitness);
-    object["candidates"] = nlohmann::ordered_json::array();
+    object["candidates"] = Json::array();
     for (const ProviderCandidate& candidate : report.candidates)
     {
         object["candidates"].push_back(JsonOf(candidate));
@@ -154,19 +147,29 @@ void PrintJson(const ProviderReport& report, const ProfileNames& profiles, const
     object["profiles"] = profiles.all;
     object["defaultProfile"] = TextOrNull(profiles.chosen);
     object["profilesKey"] = "HKEY_CURRENT_USER\\" + profiles.key;
-    object["profilesElsewhere"] = nlohmann::ordered_json::array();
+    object["profilesElsewhere"] = Json::array();
     for (const ProfilePlace& place : profiles.elsewhere)
     {
         object["profilesElsewhere"].push_back(
             {{"keeper", place.keeper}, {"key", "HKEY_CURRENT_USER\\" + place.key}, {"profiles", place.profiles}});
     }
-    object["setup"] = nlohmann::ordered_json::array();
+    object["setup"] = Json::array();
     for (const SetupFinding& finding : setup.findings)
     {
         object["setup"].push_back({{"topic", finding.topic}, {"text", finding.text}});
     }
     object["stubWithoutClient"] = setup.stubWithoutClient;
-    Print(object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+    return object;
+}
+
+void PrintText(const ProviderReport& report, const ProfileNames& profiles, const MailSetup& setup)
+{
+    for (size_t i = 0; i < report.candidates.size(); ++i)
+    {
+        PrintCandidate(i + 1, report.candidates[i]);
+    }
+    PrintProfiles(profiles);
+    PrintSetup(setup);
 }
 
 int Run(bool json)
@@ -174,19 +177,8 @@ int Run(bool json)
     const ProviderReport report = SearchProvider();
     const ProfileNames profiles = ReadProfiles();
     const MailSetup setup = LookAtMailSetup(report);
-    if (json)
-    {
-        PrintJson(report, profiles, setup);
-    }
-    else
-    {
-        for (size_t i = 0; i < report.candidates.size(); ++i)
-        {
-            PrintCandidate(i + 1, report.candidates[i]);
-        }
-        PrintProfiles(profiles);
-        PrintSetup(setup);
-    }
+    const Lister lister(json);
+    lister.Object([&] { return JsonOf(report, profiles, setup); }, [&] { PrintText(report, profiles, setup); });
     if (report.path.empty())
     {
         FlushOutput();
@@ -205,10 +197,7 @@ int Run(bool json)
                             "that comes with zeb");
         return ExitFailed;
     }
-    if (!json)
-    {
-        Print("usable: " + Utf8FromNarrow(report.path) + "\n");
-    }
+    lister.Text([&] { Print("usable: " + Utf8FromNarrow(report.path) + "\n"); });
     return ExitDone;
 }
 

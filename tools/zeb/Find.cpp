@@ -5,6 +5,7 @@
 #include "tools/common/Output.h"
 #include "tools/zeb/Command.h"
 #include "tools/zeb/Criteria.h"
+#include "tools/zeb/Lister.h"
 #include "tools/zeb/MessageRows.h"
 #include "tools/zeb/Objects.h"
 
@@ -17,8 +18,8 @@ namespace zeb::tools
 namespace
 {
 
-/// Rows per call: few calls without holding a whole folder in memory.
-constexpr ULONG RowsInOneCall = 500, NumbersInOneCall = 5000;
+/// Rows per call when only their numbers are needed.
+constexpr LONG NumbersInOneCall = 5000;
 
 struct Options
 {
@@ -47,11 +48,9 @@ public:
         , m_criteria(criteria)
         , m_columns(true, static_cast<size_t>(platform::TerminalColumns(platform::OutputStream::Output)),
                     options.criteria.utc ? Zone::Utc : Zone::Local)
+        , m_lister(options.json)
     {
-        if (m_options.json)
-        {
-            Print("{\n  \"messages\": [");
-        }
+        m_lister.Begin([] { return Json::object(); }, "messages");
     }
 
     void In(CZebFolder& folder, const FolderPath& path)
@@ -71,7 +70,7 @@ public:
         table.SortTable(order);
         const ULONG found = table.GetRowCount();
         m_found += found;
-        const ULONG room = m_options.limit == 0 ? found : m_options.limit - m_shown;
+        const ULONG room = m_options.limit == 0 ? found : m_options.limit - Shown();
         std::vector<MessageRow> rows = Read(table, std::min(found, room));
         SetNumbers(folder, rows);
         Show(rows, path);
@@ -81,27 +80,27 @@ public:
         }
     }
 
-    void End() const
+    void End()
     {
-        const std::string counts = (m_shown == m_found ? "" : Grouped(m_shown) + " of ") + Grouped(m_found) +
-                                   (m_found == 1 ? " message" : " messages");
-        if (m_options.json)
-        {
-            Print(std::string(m_shown ? "\n  ]" : "]") + ",\n  \"found\": " + std::to_string(m_found) +
-                  ",\n  \"searched\": " + std::to_string(m_searched) + "\n}\n");
-        }
-        else if (m_criteria.IsEmpty())
-        {
-            Print(counts + "\n");
-        }
-        else
-        {
-            Print(Grouped(m_found) + " of " + Grouped(m_searched) + (m_searched == 1 ? " message" : " messages") +
-                  " matched" + (m_shown == m_found ? "" : ", " + Grouped(m_shown) + " shown") + "\n");
-        }
+        m_lister.End(Json{{"found", m_found}, {"searched", m_searched}});
+        m_lister.Text([&] { Print(Counts() + "\n"); });
     }
 
 private:
+    ULONG Shown() const { return static_cast<ULONG>(m_lister.Count()); }
+
+    std::string Counts() const
+    {
+        const bool all = Shown() == m_found;
+        if (m_criteria.IsEmpty())
+        {
+            return (all ? "" : Grouped(Shown()) + " of ") + Grouped(m_found) +
+                   (m_found == 1 ? " message" : " messages");
+        }
+        return Grouped(m_found) + " of " + Grouped(m_searched) + (m_searched == 1 ? " message" : " messages") +
+               " matched" + (all ? "" : ", " + Grouped(Shown()) + " shown");
+    }
+
     CZebTable Contents(CZebFolder& folder) const
     {
         return folder.GetContentsTable(MAPI_UNICODE | (m_options.associated ? MAPI_ASSOCIATED : 0));
@@ -110,20 +109,7 @@ private:
     static std::vector<MessageRow> Read(CZebTable& table, ULONG count)
     {
         std::vector<MessageRow> rows;
-        while (rows.size() < count)
-        {
-            CZebRowSet set;
-            const ULONG left = count - static_cast<ULONG>(rows.size());
-            table.QueryRows(&set, static_cast<LONG>(std::min(left, RowsInOneCall)), nullptr, nullptr);
-            if (!set.IsValid())
-            {
-                break;
-            }
-            for (ULONG i = 0; i < set.Count(); ++i)
-            {
-                rows.push_back(ReadMessageRow(set[i]));
-            }
-        }
+        ForEachMessage(table, count, [&](const MessageRow& row) { rows.push_back(row); });
         return rows;
     }
 
@@ -168,35 +154,28 @@ private:
         {
             return;
         }
-        if (!m_options.json && m_options.recursive)
-        {
-            Print((m_shown ? "\n" : "") + OneLine(path.Text()) + "\n");
-        }
-        if (!m_options.json && (m_options.recursive || m_shown == 0))
-        {
-            Print(m_columns.Heading());
-        }
+        m_lister.Text([&] { Print(HeadingOf(path)); });
         for (const MessageRow& row : rows)
         {
-            if (m_options.json)
-            {
-                ShowJson(row, path);
-            }
-            else
-            {
-                Print(m_columns.Line(row));
-            }
-            ++m_shown;
+            m_lister.Row([&] { return JsonOf(row, path); }, [&] { Print(m_columns.Line(row)); });
         }
     }
 
-    void ShowJson(const MessageRow& row, const FolderPath& path) const
+    std::string HeadingOf(const FolderPath& path) const
     {
-        nlohmann::ordered_json object;
+        if (!m_options.recursive)
+        {
+            return Shown() == 0 ? m_columns.Heading() : "";
+        }
+        return (Shown() ? "\n" : "") + OneLine(path.Text()) + "\n" + m_columns.Heading();
+    }
+
+    static Json JsonOf(const MessageRow& row, const FolderPath& path)
+    {
+        Json object;
         object["folder"] = path.Text();
         object.update(MessageForMachines(row));
-        Print((m_shown ? ",\n    " : "\n    ") +
-              object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+        return object;
     }
 
     void Below(CZebFolder& folder, const FolderPath& path)
@@ -207,7 +186,8 @@ private:
     const Options& m_options;
     const Criteria& m_criteria;
     const MessageColumns m_columns;
-    ULONG m_shown = 0, m_found = 0, m_searched = 0;
+    Lister m_lister;
+    ULONG m_found = 0, m_searched = 0;
 };
 
 int Run(const Options& options)

@@ -4,9 +4,8 @@
 #include "tools/common/Times.h"
 #include "tools/zeb/Arguments.h"
 #include "tools/zeb/Command.h"
+#include "tools/zeb/Lister.h"
 #include "tools/zeb/Objects.h"
-
-#include <nlohmann/json.hpp>
 
 #include <memory>
 
@@ -173,7 +172,7 @@ int Information(const Options& options)
     CZebFolder folder = mailbox.OpenFolder(options.folder);
     const FolderPath path = mailbox.PathOf(folder);
     CZebMessage message = InformationMessage(folder, path, options.create);
-    nlohmann::ordered_json object;
+    Json object;
     object["folder"] = path.Text();
     object["subject"] = TextOf(message, PR_SUBJECT_W);
     object["name"] = TextOf(message, PR_DISPLAY_NAME_W);
@@ -182,19 +181,19 @@ int Information(const Options& options)
     message.GetProps(values, 1, PR_CREATION_TIME);
     const bool hasTime = values.hasRealValue(PR_CREATION_TIME);
     const FILETIME time = hasTime ? static_cast<const FILETIME&>(values[PR_CREATION_TIME]) : FILETIME{};
-    object["created"] = hasTime ? nlohmann::ordered_json(TimeForMachines(time)) : nullptr;
+    object["created"] = hasTime ? Json(TimeForMachines(time)) : Json(nullptr);
     object["entryId"] = static_cast<const char*>(message.GetEntryID().String());
-    if (options.json)
+    Lister(options.json)
+        .Object([&] { return object; }, [&]
     {
-        Print(object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
-        return ExitDone;
-    }
-    Print("information message of " + Named(path) + "\n");
-    Print("  subject  " + OneLine(object["subject"]) + "\n");
-    Print("  name     " + OneLine(object["name"]) + "\n");
-    Print("  class    " + OneLine(object["class"]) + "\n");
-    Print("  created  " + (hasTime ? TimeWithZone(time, options.utc ? Zone::Utc : Zone::Local) : std::string()) + "\n");
-    Print("  entry    " + object["entryId"].get<std::string>() + "\n");
+        const std::string created = hasTime ? TimeWithZone(time, options.utc ? Zone::Utc : Zone::Local) : "";
+        Print("information message of " + Named(path) + "\n");
+        Print("  subject  " + OneLine(object["subject"]) + "\n");
+        Print("  name     " + OneLine(object["name"]) + "\n");
+        Print("  class    " + OneLine(object["class"]) + "\n");
+        Print("  created  " + created + "\n");
+        Print("  entry    " + object["entryId"].get<std::string>() + "\n");
+    });
     return ExitDone;
 }
 

@@ -4,8 +4,7 @@
 #include "tools/common/HostSession.h"
 #include "tools/common/Output.h"
 #include "tools/zeb/Command.h"
-
-#include <nlohmann/json.hpp>
+#include "tools/zeb/Lister.h"
 
 #include <memory>
 #include <vector>
@@ -26,8 +25,9 @@ struct Node
 {
     std::string name;
     LONG messages = 0, unread = 0;
-    bool hasChildren = false;
+    bool hasFolders = false;
     CZebBinary entryId;
+    std::vector<Node> folders;
 };
 
 /// The lines of the tree.
@@ -50,33 +50,32 @@ LONG NumberAt(const CZebRow& row, ULONG tag)
     return row.hasRealValue(tag) ? static_cast<LONG>(row[tag]) : 0;
 }
 
-std::vector<Node> ChildrenOf(CZebFolder& folder)
+/// The folders below `folder`, at any depth, sorted by name.
+std::vector<Node> ReadTree(CZebFolder& folder)
 {
     CZebTable table = folder.GetHierarchyTable(MAPI_UNICODE);
-    table.SetColumns(5, PR_DISPLAY_NAME_W, PR_CONTENT_COUNT, PR_CONTENT_UNREAD, PR_SUBFOLDERS, PR_ENTRYID);
-    CZebSortOrder order(PR_DISPLAY_NAME_W, TABLE_SORT_ASCEND);
-    CZebRowSet rows;
-    table.QueryAllRows(&rows, nullptr, order);
+    table.SortTable(CZebSortOrder(PR_DISPLAY_NAME_W, TABLE_SORT_ASCEND));
     std::vector<Node> nodes;
-    for (ULONG i = 0; i < rows.Count(); ++i)
+    for (CZebRow row : table.Rows({PR_DISPLAY_NAME_W, PR_CONTENT_COUNT, PR_CONTENT_UNREAD, PR_SUBFOLDERS, PR_ENTRYID}))
     {
-        const CZebRow row = rows[i];
         Node node;
         node.name = FolderName(folder, row);
         node.messages = NumberAt(row, PR_CONTENT_COUNT);
         node.unread = NumberAt(row, PR_CONTENT_UNREAD);
-        node.hasChildren = row.hasRealValue(PR_SUBFOLDERS) && static_cast<bool>(row[PR_SUBFOLDERS]);
         node.entryId = static_cast<const SBinary&>(row[PR_ENTRYID]);
+        node.hasFolders = row.hasRealValue(PR_SUBFOLDERS) && static_cast<bool>(row[PR_SUBFOLDERS]);
         nodes.push_back(node);
     }
+    for (Node& node : nodes)
+    {
+        if (node.hasFolders)
+        {
+            CZebFolder child(nullptr);
+            folder.OpenEntry(node.entryId, child, MAPI_BEST_ACCESS);
+            node.folders = ReadTree(child);
+        }
+    }
     return nodes;
-}
-
-CZebFolder OpenChild(CZebFolder& folder, const Node& node)
-{
-    CZebFolder child(nullptr);
-    folder.OpenEntry(node.entryId, child, MAPI_BEST_ACCESS);
-    return child;
 }
 
 std::string Counts(const Node& node)
@@ -89,42 +88,29 @@ std::string Counts(const Node& node)
     return text;
 }
 
-/// Prints the folders below `folder`. @return the number of folders printed
-size_t PrintTree(CZebFolder& folder, const Strokes& strokes, const std::string& indent)
+/// @return the number of folders printed
+size_t PrintTree(const std::vector<Node>& nodes, const Strokes& strokes, const std::string& indent)
 {
-    const std::vector<Node> nodes = ChildrenOf(folder);
     size_t count = nodes.size();
     for (size_t i = 0; i < nodes.size(); ++i)
     {
         const bool last = i + 1 == nodes.size();
         Print(indent + (last ? strokes.last : strokes.branch) + OneLine(nodes[i].name) + Counts(nodes[i]) + "\n");
-        if (!nodes[i].hasChildren)
-        {
-            continue;
-        }
-        CZebFolder child = OpenChild(folder, nodes[i]);
-        count += PrintTree(child, strokes, indent + (last ? strokes.blank : strokes.pass));
+        count += PrintTree(nodes[i].folders, strokes, indent + (last ? strokes.blank : strokes.pass));
     }
     return count;
 }
 
-nlohmann::ordered_json JsonTree(CZebFolder& folder)
+Json JsonOf(const std::vector<Node>& nodes)
 {
-    nlohmann::ordered_json list = nlohmann::ordered_json::array();
-    for (const Node& node : ChildrenOf(folder))
+    Json list = Json::array();
+    for (const Node& node : nodes)
     {
-        nlohmann::ordered_json object;
-        object["name"] = node.name;
-        object["messages"] = node.messages;
-        object["unread"] = node.unread;
-        object["entryId"] = static_cast<const char*>(node.entryId.String());
-        object["folders"] = nlohmann::ordered_json::array();
-        if (node.hasChildren)
-        {
-            CZebFolder child = OpenChild(folder, node);
-            object["folders"] = JsonTree(child);
-        }
-        list.push_back(object);
+        list.push_back({{"name", node.name},
+                        {"messages", node.messages},
+                        {"unread", node.unread},
+                        {"entryId", static_cast<const char*>(node.entryId.String())},
+                        {"folders", JsonOf(node.folders)}});
     }
     return list;
 }
@@ -136,17 +122,14 @@ int Run(const Options& options)
     CZebFolder top = options.all ? store.OpenRootFolder(MAPI_BEST_ACCESS)
                                  : store.OpenSpecialFolder(PR_IPM_SUBTREE_ENTRYID, MAPI_BEST_ACCESS);
     const std::string storeName = TextOf(store, PR_DISPLAY_NAME_W);
-    if (options.json)
+    const std::vector<Node> tree = ReadTree(top);
+    Lister(options.json)
+        .Object([&] { return Json{{"store", storeName}, {"folders", JsonOf(tree)}}; }, [&]
     {
-        nlohmann::ordered_json object;
-        object["store"] = storeName;
-        object["folders"] = JsonTree(top);
-        Print(object.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
-        return 0;
-    }
-    Print(OneLine(storeName) + "\n");
-    const size_t count = PrintTree(top, StrokesOfOutput(), "");
-    Print(Grouped(count) + (count == 1 ? " folder\n" : " folders\n"));
+        Print(OneLine(storeName) + "\n");
+        const size_t count = PrintTree(tree, StrokesOfOutput(), "");
+        Print(Grouped(count) + (count == 1 ? " folder\n" : " folders\n"));
+    });
     return 0;
 }
 

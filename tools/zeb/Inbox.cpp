@@ -4,6 +4,7 @@
 #include "tools/common/HostSession.h"
 #include "tools/common/Output.h"
 #include "tools/zeb/Command.h"
+#include "tools/zeb/Lister.h"
 #include "tools/zeb/MessageRows.h"
 
 #include <algorithm>
@@ -14,9 +15,6 @@ namespace zeb::tools
 namespace
 {
 
-/// Rows per call: few calls without holding the whole inbox in memory.
-constexpr ULONG RowsInOneCall = 500;
-
 struct Options
 {
     std::string profile;
@@ -24,64 +22,6 @@ struct Options
     ULONG limit = 0;
     bool utc = false;
     bool json = false;
-};
-
-/// Prints the list row by row, as text or JSON.
-class Listing
-{
-public:
-    Listing(bool json, Zone zone)
-        : m_json(json)
-        , m_columns(false, static_cast<size_t>(platform::TerminalColumns(platform::OutputStream::Output)), zone)
-    {
-    }
-
-    void Begin(ULONG total)
-    {
-        if (m_json)
-        {
-            Print("{\n  \"total\": " + std::to_string(total) + ",\n  \"messages\": [");
-        }
-        else if (total > 0)
-        {
-            Print(m_columns.Heading());
-        }
-    }
-
-    void Add(const MessageRow& row)
-    {
-        if (m_json)
-        {
-            Print((m_shown ? ",\n    " : "\n    ") +
-                  MessageForMachines(row).dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
-        }
-        else
-        {
-            Print(m_columns.Line(row));
-        }
-        ++m_shown;
-    }
-
-    void End(ULONG total)
-    {
-        if (m_json)
-        {
-            Print(m_shown ? "\n  ]\n}\n" : "]\n}\n");
-        }
-        else if (m_shown == total)
-        {
-            Print(Grouped(total) + (total == 1 ? " message\n" : " messages\n"));
-        }
-        else
-        {
-            Print(Grouped(m_shown) + " of " + Grouped(total) + " messages\n");
-        }
-    }
-
-private:
-    const bool m_json;
-    const MessageColumns m_columns;
-    ULONG m_shown = 0;
 };
 
 void ListTable(CZebTable& table, const Options& options)
@@ -92,24 +32,20 @@ void ListTable(CZebTable& table, const Options& options)
     table.SortTable(order);
 
     const ULONG total = table.GetRowCount();
-    Listing listing(options.json, options.utc ? Zone::Utc : Zone::Local);
-    listing.Begin(total);
-    ULONG left = options.limit == 0 ? total : std::min(options.limit, total);
-    while (left > 0)
+    const ULONG wanted = options.limit == 0 ? total : std::min(options.limit, total);
+    const MessageColumns columns(false, static_cast<size_t>(platform::TerminalColumns(platform::OutputStream::Output)),
+                                 options.utc ? Zone::Utc : Zone::Local);
+    Lister lister(options.json);
+    lister.Begin([&] { return Json{{"total", total}}; }, "messages");
+    lister.Text([&] { Print(total > 0 ? columns.Heading() : ""); });
+    ForEachMessage(table, wanted, [&](const MessageRow& row)
+    { lister.Row([&] { return MessageForMachines(row); }, [&] { Print(columns.Line(row)); }); });
+    lister.End();
+    lister.Text([&]
     {
-        CZebRowSet rows;
-        table.QueryRows(&rows, static_cast<LONG>(std::min(left, RowsInOneCall)), nullptr, nullptr);
-        if (!rows.IsValid())
-        {
-            break;
-        }
-        for (ULONG i = 0; i < rows.Count(); ++i)
-        {
-            listing.Add(ReadMessageRow(rows[i]));
-        }
-        left -= std::min(left, rows.Count());
-    }
-    listing.End(total);
+        const std::string shown = lister.Count() == total ? "" : Grouped(lister.Count()) + " of ";
+        Print(shown + Grouped(total) + (shown.empty() && total == 1 ? " message\n" : " messages\n"));
+    });
 }
 
 CZebFolder OpenInbox(CZebMsgStore& store)

@@ -20,20 +20,6 @@ std::string RightAligned(const std::string& text, size_t width)
     return std::string(text.size() < width ? width - text.size() : 0, ' ') + text;
 }
 
-} // namespace
-
-std::string AuthorOf(const CZebRow& row)
-{
-    const std::string author = TextOf(row, PR_SENT_REPRESENTING_NAME_W);
-    return author.empty() ? TextOf(row, PR_SENDER_NAME_W) : author;
-}
-
-void SetMessageColumns(CZebTable& table)
-{
-    table.SetColumns(8, PR_CLIENT_SUBMIT_TIME, PR_SENT_REPRESENTING_NAME_W, PR_SENDER_NAME_W, PR_MESSAGE_SIZE,
-                     PR_SUBJECT_W, PR_ENTRYID, PR_MESSAGE_FLAGS, PR_MESSAGE_DELIVERY_TIME);
-}
-
 MessageRow ReadMessageRow(const CZebRow& row)
 {
     MessageRow line;
@@ -57,6 +43,36 @@ MessageRow ReadMessageRow(const CZebRow& row)
     }
     line.unread = row.hasRealValue(PR_MESSAGE_FLAGS) && (static_cast<LONG>(row[PR_MESSAGE_FLAGS]) & MSGFLAG_READ) == 0;
     return line;
+}
+
+} // namespace
+
+std::string AuthorOf(const CZebRow& row)
+{
+    const std::string author = TextOf(row, PR_SENT_REPRESENTING_NAME_W);
+    return author.empty() ? TextOf(row, PR_SENDER_NAME_W) : author;
+}
+
+void SetMessageColumns(CZebTable& table)
+{
+    table.SetColumns(8, PR_CLIENT_SUBMIT_TIME, PR_SENT_REPRESENTING_NAME_W, PR_SENDER_NAME_W, PR_MESSAGE_SIZE,
+                     PR_SUBJECT_W, PR_ENTRYID, PR_MESSAGE_FLAGS, PR_MESSAGE_DELIVERY_TIME);
+}
+
+void ForEachMessage(CZebTable& table, ULONG count, const std::function<void(const MessageRow& row)>& take)
+{
+    if (count == 0)
+    {
+        return;
+    }
+    for (CZebRow row : CZebTableRows(table))
+    {
+        take(ReadMessageRow(row));
+        if (--count == 0)
+        {
+            return;
+        }
+    }
 }
 
 void AddSortKeys(const std::string& by, CZebSortOrder& order)
@@ -133,14 +149,14 @@ std::string MessageColumns::Line(const MessageRow& row) const
                   Grouped(static_cast<unsigned long long>(std::max<LONG>(row.size, 0))), OneLine(row.subject));
 }
 
-nlohmann::ordered_json MessageForMachines(const MessageRow& row)
+Json MessageForMachines(const MessageRow& row)
 {
-    nlohmann::ordered_json object;
+    Json object;
     if (row.number != 0)
     {
         object["number"] = row.number;
     }
-    object["date"] = row.hasDate ? nlohmann::ordered_json(TimeForMachines(row.date)) : nullptr;
+    object["date"] = row.hasDate ? Json(TimeForMachines(row.date)) : Json(nullptr);
     object["sender"] = row.sender;
     object["size"] = row.size;
     object["subject"] = row.subject;

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "tools/common/Times.h"
+#include "tools/zeb/Lister.h"
 
-#include <nlohmann/json.hpp>
-
+#include <functional>
 #include <string>
 
 namespace zeb::tools
@@ -25,9 +25,11 @@ struct MessageRow
 /// The sender of the message in the row: the author, PR_SENT_REPRESENTING_NAME, or without one PR_SENDER_NAME.
 std::string AuthorOf(const CZebRow& row);
 
-/// The columns that ReadMessageRow reads.
+/// The columns of a MessageRow.
 void SetMessageColumns(CZebTable& table);
-MessageRow ReadMessageRow(const CZebRow& row);
+
+/// Reads the next `count` messages of a table with those columns, fewer when the table ends before.
+void ForEachMessage(CZebTable& table, ULONG count, const std::function<void(const MessageRow& row)>& take);
 
 /// Newest first ("date"), by subject from A to Z ("subject"), largest first ("size"); equal ones by date, then by
 /// subject, so that the order is defined.
@@ -58,6 +60,6 @@ private:
 };
 
 /// The same as a JSON object.
-nlohmann::ordered_json MessageForMachines(const MessageRow& row);
+Json MessageForMachines(const MessageRow& row);
 
 } // namespace zeb::tools

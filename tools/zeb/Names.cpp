@@ -4,9 +4,8 @@
 #include "tools/common/Output.h"
 #include "tools/common/PropertyNames.h"
 #include "tools/zeb/Command.h"
+#include "tools/zeb/Lister.h"
 #include "tools/zeb/Objects.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cstdio>
@@ -76,46 +75,29 @@ ULONG ParseValue(const std::string& text)
 
 int ListTables(const Options& options)
 {
-    nlohmann::ordered_json list = nlohmann::ordered_json::array();
+    Lister lister(options.json);
     for (const char* table : Tables)
     {
-        if (options.json)
-        {
-            list.push_back({{"table", table}, {"rows", Zeb_TableCount(table)}});
-        }
-        else
-        {
-            Print(Fitted(table, 16) + "  " + std::to_string(Zeb_TableCount(table)) + "\n");
-        }
+        const ULONG rows = Zeb_TableCount(table);
+        lister.Row([&] { return Json{{"table", table}, {"rows", rows}}; },
+                   [&] { Print(Fitted(table, 16) + "  " + std::to_string(rows) + "\n"); });
     }
-    if (options.json)
-    {
-        Print(list.dump(2) + "\n");
-    }
+    lister.End();
     return ExitDone;
 }
 
 int ListTable(const Options& options)
 {
-    nlohmann::ordered_json list = nlohmann::ordered_json::array();
+    Lister lister(options.json);
     char name[64];
     for (ULONG i = 0; i < Zeb_TableCount(options.table.c_str()); ++i)
     {
         const ULONG value = Zeb_ValueAt(options.table.c_str(), i);
         Zeb_NameAt(options.table.c_str(), i, name);
-        if (options.json)
-        {
-            list.push_back({{"name", name}, {"value", value}});
-        }
-        else
-        {
-            Print(Hex(value) + "  " + name + "\n");
-        }
+        lister.Row([&] { return Json{{"name", name}, {"value", value}}; },
+                   [&] { Print(Hex(value) + "  " + name + "\n"); });
     }
-    if (options.json)
-    {
-        Print(list.dump(2) + "\n");
-    }
+    lister.End();
     return ExitDone;
 }
 
@@ -167,22 +149,13 @@ int ShowNames(const Options& options, ULONG value)
     {
         throw ToolError("no table has a name for " + Hex(value));
     }
-    nlohmann::ordered_json list = nlohmann::ordered_json::array();
+    Lister lister(options.json);
     for (const FoundName& each : found)
     {
-        if (options.json)
-        {
-            list.push_back({{"table", each.table}, {"name", each.name}});
-        }
-        else
-        {
-            Print(Fitted(each.table, 16) + "  " + each.name + "\n");
-        }
+        lister.Row([&] { return Json{{"table", each.table}, {"name", each.name}}; },
+                   [&] { Print(Fitted(each.table, 16) + "  " + each.name + "\n"); });
     }
-    if (options.json)
-    {
-        Print(list.dump(2) + "\n");
-    }
+    lister.End();
     return ExitDone;
 }
 
@@ -212,14 +185,8 @@ int ShowName(const Options& options)
     {
         throw ToolError("table '" + options.table + "' has no name for " + Hex(value));
     }
-    if (options.json)
-    {
-        Print(nlohmann::ordered_json{{"name", name}, {"value", value}}.dump(2) + "\n");
-    }
-    else
-    {
-        Print(std::string(name) + "\n");
-    }
+    Lister(options.json)
+        .Object([&] { return Json{{"name", name}, {"value", value}}; }, [&] { Print(std::string(name) + "\n"); });
     return ExitDone;
 }
 
@@ -232,14 +199,8 @@ int ShowValue(const Options& options)
         throw ToolError("table '" + options.table + "' has no '" + Shortened(OneLine(ValidUtf8(options.name)), 60) +
                         "'");
     }
-    if (options.json)
-    {
-        Print(nlohmann::ordered_json{{"name", options.name}, {"value", value}}.dump(2) + "\n");
-    }
-    else
-    {
-        Print(Hex(value) + "\n");
-    }
+    Lister(options.json)
+        .Object([&] { return Json{{"name", options.name}, {"value", value}}; }, [&] { Print(Hex(value) + "\n"); });
     return ExitDone;
 }
 

@@ -6,9 +6,8 @@
 #include "tools/common/Profiles.h"
 #include "tools/common/Property.h"
 #include "tools/zeb/Command.h"
+#include "tools/zeb/Lister.h"
 #include "zebstore/zebstore.h"
-
-#include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <memory>
@@ -61,22 +60,13 @@ void Do(const std::string& what, const std::string& name, IProfAdmin* profiles, 
 int List(const Options& options)
 {
     Administration administration;
-    nlohmann::ordered_json list = nlohmann::ordered_json::array();
+    Lister lister(options.json);
     for (const ProfileEntry& each : ListProfiles(administration.Profiles()))
     {
-        if (options.json)
-        {
-            list.push_back({{"name", each.name}, {"default", each.isDefault}});
-        }
-        else
-        {
-            Print((each.isDefault ? "* " : "  ") + OneLine(each.name) + "\n");
-        }
+        lister.Row([&] { return Json{{"name", each.name}, {"default", each.isDefault}}; },
+                   [&] { Print((each.isDefault ? "* " : "  ") + OneLine(each.name) + "\n"); });
     }
-    if (options.json)
-    {
-        Print(list.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
-    }
+    lister.End();
     return ExitDone;
 }
 

@@ -270,12 +270,12 @@ void PrintProperties(const Properties& properties, const std::string& indent, co
     }
 }
 
-nlohmann::ordered_json PropertiesForMachines(const Properties& properties)
+Json PropertiesForMachines(const Properties& properties)
 {
-    std::map<std::string, nlohmann::ordered_json> byName;
+    std::map<std::string, Json> byName;
     for (const Property& property : properties)
     {
-        nlohmann::ordered_json object;
+        Json object;
         const std::string name = NameInFile(property);
         char tag[16];
         std::snprintf(tag, sizeof tag, "0x%08X", static_cast<unsigned>(property.tag));
@@ -285,7 +285,7 @@ nlohmann::ordered_json PropertiesForMachines(const Properties& properties)
         object["value"] = ValueInFile(property);
         byName.emplace(object["name"], object);
     }
-    nlohmann::ordered_json list = nlohmann::ordered_json::array();
+    Json list = Json::array();
     for (const auto& entry : byName)
     {
         list.push_back(entry.second);

@@ -3,8 +3,7 @@
 
 #include "tools/common/PropertyWriter.h"
 #include "tools/common/Times.h"
-
-#include <nlohmann/json.hpp>
+#include "tools/zeb/Lister.h"
 
 #include <string>
 
@@ -23,6 +22,6 @@ struct TableStyle
 void PrintProperties(const Properties& properties, const std::string& indent, const TableStyle& style);
 
 /// The same as an array of objects; complete values in the form of a .jsonl file.
-nlohmann::ordered_json PropertiesForMachines(const Properties& properties);
+Json PropertiesForMachines(const Properties& properties);
 
 } // namespace zeb::tools

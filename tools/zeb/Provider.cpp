@@ -7,9 +7,8 @@
 #include "tools/common/Failure.h"
 #include "tools/common/Output.h"
 #include "tools/zeb/Command.h"
+#include "tools/zeb/Lister.h"
 #include "tools/zeb/Registration.h"
-
-#include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <memory>
@@ -116,27 +115,23 @@ int Remove()
     return ExitDone;
 }
 
+Json JsonOf(const Registration& registration)
+{
+    const auto textOrNull = [](const std::optional<std::string>& text) { return text ? Json(*text) : Json(nullptr); };
+    return {{"key", "HKEY_LOCAL_MACHINE\\" + registration.Key()},
+            {"value", registration.Value()},
+            {"registered", textOrNull(registration.Current())},
+            {"replaced", textOrNull(registration.Replaced())}};
+}
+
 int Status(const Options& options)
 {
-    nlohmann::ordered_json list = nlohmann::ordered_json::array();
+    Lister lister(options.json);
     for (const Registration& registration : {Registration::OfMail(), Registration::OfAddressBook()})
     {
-        if (!options.json)
-        {
-            PrintRegistration(registration);
-            continue;
-        }
-        const auto textOrNull = [](const std::optional<std::string>& text)
-        { return text ? nlohmann::ordered_json(*text) : nlohmann::ordered_json(nullptr); };
-        list.push_back({{"key", "HKEY_LOCAL_MACHINE\\" + registration.Key()},
-                        {"value", registration.Value()},
-                        {"registered", textOrNull(registration.Current())},
-                        {"replaced", textOrNull(registration.Replaced())}});
+        lister.Row([&] { return JsonOf(registration); }, [&] { PrintRegistration(registration); });
     }
-    if (options.json)
-    {
-        Print(list.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
-    }
+    lister.End();
     return ExitDone;
 }
 

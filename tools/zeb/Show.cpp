@@ -4,6 +4,7 @@
 #include "tools/common/Output.h"
 #include "tools/common/PropertyReader.h"
 #include "tools/zeb/Command.h"
+#include "tools/zeb/Lister.h"
 #include "tools/zeb/Objects.h"
 #include "tools/zeb/PropertyTable.h"
 
@@ -13,8 +14,6 @@ namespace zeb::tools
 {
 namespace
 {
-
-using Json = nlohmann::ordered_json;
 
 struct Options
 {
@@ -92,6 +91,17 @@ size_t PrintContent(const MessageContent& content, const std::string& title, con
     return count;
 }
 
+void PrintAll(const std::string& name, const MessageContent& content, const Options& options)
+{
+    TableStyle style;
+    style.columns = static_cast<size_t>(platform::TerminalColumns(platform::OutputStream::Output));
+    style.full = options.full;
+    style.zone = options.utc ? Zone::Utc : Zone::Local;
+    Print(name + "\n");
+    const size_t count = PrintContent(content, "", style);
+    Print(Grouped(count) + (count == 1 ? " property\n" : " properties\n"));
+}
+
 Json ContentForMachines(const MessageContent& content)
 {
     Json object;
@@ -111,6 +121,21 @@ Json ContentForMachines(const MessageContent& content)
             each["message"] = ContentForMachines(*attachment.message);
         }
         object["attachments"].push_back(each);
+    }
+    return object;
+}
+
+Json JsonOf(const std::string& name, const MessageContent& content, bool isMessage)
+{
+    Json object;
+    object["object"] = name;
+    if (isMessage)
+    {
+        object.update(ContentForMachines(content));
+    }
+    else
+    {
+        object["properties"] = PropertiesForMachines(content.properties);
     }
     return object;
 }
@@ -141,28 +166,9 @@ int Run(const Options& options)
         content.properties = reader.ReadObject(target.object);
     }
     ReportUnread(reader);
-    if (options.json)
-    {
-        Json object;
-        object["object"] = target.name;
-        if (isMessage)
-        {
-            object.update(ContentForMachines(content));
-        }
-        else
-        {
-            object["properties"] = PropertiesForMachines(content.properties);
-        }
-        Print(object.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
-        return ExitDone;
-    }
-    TableStyle style;
-    style.columns = static_cast<size_t>(platform::TerminalColumns(platform::OutputStream::Output));
-    style.full = options.full;
-    style.zone = options.utc ? Zone::Utc : Zone::Local;
-    Print(target.name + "\n");
-    const size_t count = PrintContent(content, "", style);
-    Print(Grouped(count) + (count == 1 ? " property\n" : " properties\n"));
+    Lister(options.json)
+        .Object([&] { return JsonOf(target.name, content, isMessage); },
+                [&] { PrintAll(target.name, content, options); });
     return ExitDone;
 }
 

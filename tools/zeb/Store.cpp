@@ -7,10 +7,9 @@
 #include "tools/common/Progress.h"
 #include "tools/common/StoreUpgrade.h"
 #include "tools/zeb/Command.h"
+#include "tools/zeb/Lister.h"
 #include "zebapi/search/ProviderSearch.h"
 #include "zebstore/zebstore.h"
-
-#include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <memory>
@@ -30,39 +29,52 @@ struct Options
     bool json = false;
 };
 
+/// A store of a profile.
+struct ListedStore
+{
+    std::string name, provider, entryId;
+    std::string file; ///< empty for the stores of other providers
+    bool isDefault = false;
+};
+
+ListedStore StoreOf(const CZebRow& row)
+{
+    ListedStore store;
+    store.name = TextOf(row, PR_DISPLAY_NAME_W);
+    store.provider = TextOf(row, PR_PROVIDER_DISPLAY_W);
+    store.entryId = static_cast<const char*>(row[PR_ENTRYID].String(false));
+    store.file = TextOf(row, PR_ZEBSTORE_PATH_W);
+    store.isDefault = row.hasRealValue(PR_DEFAULT_STORE) && static_cast<bool>(row[PR_DEFAULT_STORE]);
+    return store;
+}
+
+Json JsonOf(const ListedStore& store)
+{
+    return {{"name", store.name},
+            {"default", store.isDefault},
+            {"provider", store.provider},
+            {"file", TextOrNull(store.file)},
+            {"entryId", store.entryId}};
+}
+
+void PrintStore(const ListedStore& store)
+{
+    Print((store.isDefault ? "* " : "  ") + OneLine(store.name) + "  " + OneLine(store.provider) +
+          (store.file.empty() ? "" : "  " + OneLine(store.file)) + "\n");
+}
+
 int ListStores(const Options& options)
 {
     HostSession session(options.profile);
     CZebTable table = session.Session().GetMsgStoresTable();
-    table.SetColumns(5, PR_DISPLAY_NAME_W, PR_DEFAULT_STORE, PR_PROVIDER_DISPLAY_W, PR_ENTRYID, PR_ZEBSTORE_PATH_W);
-    CZebRowSet rows;
-    table.QueryAllRows(&rows, nullptr, nullptr);
-    nlohmann::ordered_json list = nlohmann::ordered_json::array();
-    for (ULONG i = 0; i < rows.Count(); ++i)
+    Lister lister(options.json);
+    for (CZebRow row :
+         table.Rows({PR_DISPLAY_NAME_W, PR_DEFAULT_STORE, PR_PROVIDER_DISPLAY_W, PR_ENTRYID, PR_ZEBSTORE_PATH_W}))
     {
-        const CZebRow row = rows[i];
-        const bool isDefault = row.hasRealValue(PR_DEFAULT_STORE) && static_cast<bool>(row[PR_DEFAULT_STORE]);
-        const std::string name = TextOf(row, PR_DISPLAY_NAME_W);
-        // The files of other providers' stores are unknown.
-        const std::string file = TextOf(row, PR_ZEBSTORE_PATH_W);
-        if (!options.json)
-        {
-            Print((isDefault ? "* " : "  ") + OneLine(name) + "  " + OneLine(TextOf(row, PR_PROVIDER_DISPLAY_W)) +
-                  (file.empty() ? "" : "  " + OneLine(file)) + "\n");
-            continue;
-        }
-        nlohmann::ordered_json object;
-        object["name"] = name;
-        object["default"] = isDefault;
-        object["provider"] = TextOf(row, PR_PROVIDER_DISPLAY_W);
-        object["file"] = file.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(file);
-        object["entryId"] = static_cast<const char*>(row[PR_ENTRYID].String(false));
-        list.push_back(object);
+        const ListedStore store = StoreOf(row);
+        lister.Row([&] { return JsonOf(store); }, [&] { PrintStore(store); });
     }
-    if (options.json)
-    {
-        Print(list.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
-    }
+    lister.End();
     return ExitDone;
 }
 

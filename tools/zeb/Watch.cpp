@@ -5,10 +5,9 @@
 #include "tools/common/Output.h"
 #include "tools/common/Times.h"
 #include "tools/zeb/Command.h"
+#include "tools/zeb/Lister.h"
 #include "tools/zeb/MessageRows.h"
 #include "tools/zeb/Objects.h"
-
-#include <nlohmann/json.hpp>
 
 #include <chrono>
 #include <condition_variable>
@@ -218,29 +217,27 @@ private:
     std::map<std::string, Message> m_known;
 };
 
-std::string Line(const Change& change, const Options& options)
+std::string LineOf(const Change& change, Zone zone)
 {
-    if (!options.json)
+    std::string line = TimeForPeople(change.time, zone) + "  " + Fitted(change.event, 8);
+    if (!change.subject.empty() || !change.key.empty())
     {
-        std::string line =
-            TimeForPeople(change.time, options.utc ? Zone::Utc : Zone::Local) + "  " + Fitted(change.event, 8);
-        if (!change.subject.empty() || !change.key.empty())
-        {
-            line += "  '" + OneLine(change.subject) + "'";
-        }
-        if (!change.sender.empty())
-        {
-            line += " from " + OneLine(change.sender);
-        }
-        return line + "\n";
+        line += "  '" + OneLine(change.subject) + "'";
     }
-    nlohmann::ordered_json object;
-    object["time"] = TimeForMachines(change.time);
-    object["event"] = change.event;
-    object["subject"] = change.subject;
-    object["sender"] = change.sender;
-    object["entryId"] = change.entryId;
-    return object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    if (!change.sender.empty())
+    {
+        line += " from " + OneLine(change.sender);
+    }
+    return line;
+}
+
+Json JsonOf(const Change& change)
+{
+    return {{"time", TimeForMachines(change.time)},
+            {"event", change.event},
+            {"subject", change.subject},
+            {"sender", change.sender},
+            {"entryId", change.entryId}};
 }
 
 int Run(const Options& options)
@@ -255,6 +252,8 @@ int Run(const Options& options)
     const Subscription subscription(table, changes, path);
     Memory memory(table);
     Complain("zeb", "watching " + Named(path) + "; Ctrl-C stops");
+    const Lister lister(options.json);
+    const Zone zone = options.utc ? Zone::Utc : Zone::Local;
     for (ULONG shown = 0; (options.count == 0 || shown < options.count) && !platform::Interrupted();)
     {
         Change change;
@@ -263,7 +262,7 @@ int Run(const Options& options)
             continue;
         }
         memory.Complete(change);
-        Print(Line(change, options));
+        lister.Line([&] { return JsonOf(change); }, [&] { Print(LineOf(change, zone) + "\n"); });
         FlushOutput();
         ++shown;
     }
