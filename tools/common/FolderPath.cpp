@@ -2,7 +2,6 @@
 
 #include "tools/common/Failure.h"
 #include "tools/common/Output.h"
-#include "tools/common/PropertyWriter.h"
 
 #include <utility>
 
@@ -123,6 +122,13 @@ std::string Named(const FolderPath& path)
         return path.fromRoot ? "the root folder" : "the top folder";
     }
     return "folder '" + Shortened(OneLine(path.Text()), 120) + "'";
+}
+
+CComPtr<IMAPIFolder> InterfaceOf(const CZebFolder& folder)
+{
+    CComPtr<IMAPIFolder> result;
+    ThrowIfFailed(folder.GetInterface().QueryInterface(IID_IMAPIFolder, result));
+    return result;
 }
 
 CZebFolder CreateSubfolder(CZebFolder& parent, const std::string& name)

@@ -11,22 +11,25 @@ namespace
 /// The nesting limit of the file format.
 constexpr int DeepestMessage = 32;
 
-CComPtr<IMessage> MessageOf(const CZebIProp& object)
+/// The recipients of a message, as a table whose available columns can be asked for.
+CComPtr<IMAPITable> RecipientTable(const CZebMessage& message)
 {
-    CComPtr<IMessage> message;
-    ThrowIfFailed(object.GetInterface().QueryInterface(IID_IMessage, message));
-    return message;
+    CComPtr<IMessage> owner;
+    ThrowIfFailed(message.GetInterface().QueryInterface(IID_IMessage, owner));
+    CComPtr<IMAPITable> table;
+    ThrowIfFailed(owner->GetRecipientTable(MAPI_UNICODE, table.Put()), owner);
+    return table;
 }
 
 /// All available columns of a table, text in 16 bits.
-std::vector<ULONG> AllColumns(IMAPITable* table)
+std::vector<ULONG> AllColumns(const CComPtr<IMAPITable>& table)
 {
-    Given<SPropTagArray> all;
-    ThrowIfFailed(table->QueryColumns(TBL_ALL_COLUMNS, all.Put()), table);
+    CZebPropTagArray all;
+    ThrowIfFailed(table->QueryColumns(TBL_ALL_COLUMNS, &all), table);
     std::vector<ULONG> tags;
-    for (ULONG i = 0; i < all.Get()->cValues; ++i)
+    for (int i = 0; i < all.GetCount(); ++i)
     {
-        const ULONG tag = all.Get()->aulPropTag[i];
+        const ULONG tag = all[i];
         if (IsText(PROP_TYPE(tag)))
         {
             tags.push_back(PROP_TAG(PT_UNICODE | (PROP_TYPE(tag) & MV_FLAG), PROP_ID(tag)));
@@ -53,25 +56,19 @@ std::vector<ULONG> NarrowedText(std::vector<ULONG> tags)
 
 void QueryColumns(CZebTable& table, const std::vector<ULONG>& columns, CZebRowSet& rows)
 {
-    table.SetColumns(TagList(columns).Get());
+    table.SetColumns(static_cast<SPropTagArray*>(TagArray(columns)));
     table.SeekRow(BOOKMARK_BEGINNING, 0, nullptr);
     table.QueryAllRows(&rows, nullptr, nullptr);
 }
 
-std::vector<ULONG> AttachmentNumbers(IMessage* message)
+std::vector<ULONG> AttachmentNumbers(CZebMessage& message)
 {
-    CComPtr<IMAPITable> raw;
-    ThrowIfFailed(message->GetAttachmentTable(0, raw.Put()), message);
-    CZebTable table(raw.Get());
-    table.SetColumns(1, PR_ATTACH_NUM);
-    CZebRowSet rows;
-    table.QueryAllRows(&rows, nullptr, nullptr);
     std::vector<ULONG> numbers;
-    for (ULONG i = 0; i < rows.Count(); ++i)
+    for (CZebRow row : message.GetAttachmentTable(0).Rows({PR_ATTACH_NUM}))
     {
-        if (rows[i].hasRealValue(PR_ATTACH_NUM))
+        if (row.hasRealValue(PR_ATTACH_NUM))
         {
-            numbers.push_back(rows[i][PR_ATTACH_NUM]);
+            numbers.push_back(row[PR_ATTACH_NUM]);
         }
     }
     return numbers;
@@ -93,12 +90,12 @@ bool HasObject(CZebIProp& object, ULONG tag)
 
 } // namespace
 
-MessageContent PropertyReader::ReadMessage(CZebIProp& message)
+MessageContent PropertyReader::ReadMessage(CZebMessage& message)
 {
     return ReadMessage(message, 0);
 }
 
-MessageContent PropertyReader::ReadMessage(CZebIProp& message, int depth)
+MessageContent PropertyReader::ReadMessage(CZebMessage& message, int depth)
 {
     if (depth > DeepestMessage)
     {
@@ -106,26 +103,24 @@ MessageContent PropertyReader::ReadMessage(CZebIProp& message, int depth)
     }
     MessageContent content;
     content.properties = ReadObject(message);
-    const CComPtr<IMessage> raw = MessageOf(message);
-    content.recipients = ReadRecipients(raw.Get());
-    for (const ULONG number : AttachmentNumbers(raw.Get()))
+    content.recipients = ReadRecipients(message);
+    for (const ULONG number : AttachmentNumbers(message))
     {
-        content.attachments.push_back(ReadAttachment(raw.Get(), number, depth));
+        content.attachments.push_back(ReadAttachment(message, number, depth));
     }
     return content;
 }
 
-std::vector<Properties> PropertyReader::ReadRecipients(IMessage* message)
+std::vector<Properties> PropertyReader::ReadRecipients(CZebMessage& message)
 {
-    CComPtr<IMAPITable> raw;
-    ThrowIfFailed(message->GetRecipientTable(MAPI_UNICODE, raw.Put()), message);
+    const CComPtr<IMAPITable> raw = RecipientTable(message);
     CZebTable table(raw.Get());
     std::vector<Properties> recipients;
     if (table.GetRowCount() == 0)
     {
         return recipients;
     }
-    const std::vector<ULONG> columns = AllColumns(raw.Get());
+    const std::vector<ULONG> columns = AllColumns(raw);
     m_names.Learn(message, columns);
     CZebRowSet rows;
     QueryColumns(table, columns, rows);
@@ -177,14 +172,12 @@ Properties PropertyReader::ReadRecipient(const CZebRow& row, const std::vector<U
     return recipient;
 }
 
-AttachmentContent PropertyReader::ReadAttachment(IMessage* message, ULONG number, int depth)
+AttachmentContent PropertyReader::ReadAttachment(CZebMessage& message, ULONG number, int depth)
 {
-    CComPtr<IAttach> attachment;
-    ThrowIfFailed(message->OpenAttach(number, nullptr, MAPI_BEST_ACCESS, attachment.Put()), message);
-    CZebPropObj object(attachment.Get());
+    CZebAttachment attachment = message.OpenAttachment(number);
     AttachmentContent content;
-    content.properties = ReadObject(object);
-    if (!HasObject(object, PR_ATTACH_DATA_OBJ) || ReadEmbedded(attachment.Get(), content, depth))
+    content.properties = ReadObject(attachment);
+    if (!HasObject(attachment, PR_ATTACH_DATA_OBJ) || ReadEmbedded(attachment, content, depth))
     {
         return content;
     }
@@ -193,7 +186,7 @@ AttachmentContent PropertyReader::ReadAttachment(IMessage* message, ULONG number
     {
         Property data;
         data.tag = PR_ATTACH_DATA_OBJ;
-        ReadLarge(object, data);
+        ReadLarge(attachment, data);
         content.properties.push_back(std::move(data));
     }
     catch (...)
@@ -203,16 +196,18 @@ AttachmentContent PropertyReader::ReadAttachment(IMessage* message, ULONG number
     return content;
 }
 
-bool PropertyReader::ReadEmbedded(IAttach* attachment, AttachmentContent& content, int depth)
+bool PropertyReader::ReadEmbedded(CZebAttachment& attachment, AttachmentContent& content, int depth)
 {
-    CComPtr<IMessage> embedded;
-    const HRESULT result =
-        attachment->OpenProperty(PR_ATTACH_DATA_OBJ, &IID_IMessage, 0, 0, embedded.PutAs<IUnknown>());
-    if (FAILED(result))
+    CZebMessage message;
+    try
     {
+        message = attachment.OpenMessage();
+    }
+    catch (CZebException* exception)
+    {
+        exception->Delete();
         return false;
     }
-    CZebMessage message(embedded.Get());
     content.message = std::make_shared<MessageContent>(ReadMessage(message, depth + 1));
     return true;
 }

@@ -14,14 +14,9 @@ namespace
 
 std::vector<ProfileEntry> Read(CZebTable& table, ULONG nameTag)
 {
-    table.SetColumns(2, nameTag, PR_DEFAULT_PROFILE);
-    table.SeekRow(BOOKMARK_BEGINNING, 0, nullptr);
-    CZebRowSet rows;
-    table.QueryAllRows(&rows, nullptr, nullptr);
     std::vector<ProfileEntry> entries;
-    for (ULONG i = 0; i < rows.Count(); ++i)
+    for (CZebRow row : table.Rows({nameTag, PR_DEFAULT_PROFILE}))
     {
-        const CZebRow row = rows[i];
         ProfileEntry entry;
         if (nameTag == PR_DISPLAY_NAME_W)
         {
@@ -96,16 +91,11 @@ std::string FileOfStore(CZebProfAdmin& administration, const std::string& profil
     }
     CComPtr<IMAPITable> raw;
     ThrowIfFailed(services->GetMsgServiceTable(0, raw.Put()), services);
-    CZebTable table(raw.Get());
-    // The table's default columns have narrow text.
-    table.SetColumns(1, PR_ZEBSTORE_PATH_W);
-    CZebRowSet rows;
-    table.QueryAllRows(&rows, nullptr, nullptr);
-    for (ULONG i = 0; i < rows.Count(); ++i)
+    for (CZebRow row : CZebTable(raw.Get()).Rows({PR_ZEBSTORE_PATH_W}))
     {
-        if (rows[i].hasRealValue(PR_ZEBSTORE_PATH_W))
+        if (row.hasRealValue(PR_ZEBSTORE_PATH_W))
         {
-            return TextOf(rows[i], PR_ZEBSTORE_PATH_W);
+            return TextOf(row, PR_ZEBSTORE_PATH_W);
         }
     }
     return {};

@@ -6,7 +6,6 @@
 
 #include <cstdio>
 #include <cstring>
-#include <utility>
 
 namespace zeb::tools
 {
@@ -206,28 +205,12 @@ std::string PropertyText(const Property& property)
     return number;
 }
 
-PropertyArray::~PropertyArray()
+void FillValues(CZebPropValArray& values, const std::vector<const Property*>& properties)
 {
-    if (m_values)
-    {
-        Zeb_MemFree(m_values);
-    }
-}
-
-SPropValue* PropertyArray::Detach()
-{
-    m_count = 0;
-    return std::exchange(m_values, nullptr);
-}
-
-void PropertyArray::Assign(const std::vector<const Property*>& properties)
-{
-    if (m_values)
-    {
-        Zeb_MemFree(Detach());
-    }
-    m_values = static_cast<SPropValue*>(Allocate(properties.size() * sizeof(SPropValue), nullptr));
-    m_count = static_cast<ULONG>(properties.size());
+    // The buffer is the array's from here on.
+    SPropValue*& buffer = *&values;
+    buffer = static_cast<SPropValue*>(Allocate(properties.size() * sizeof(SPropValue), nullptr));
+    *values.CountPtr() = static_cast<ULONG>(properties.size());
     for (size_t i = 0; i < properties.size(); ++i)
     {
         const Property& property = *properties[i];
@@ -235,14 +218,14 @@ void PropertyArray::Assign(const std::vector<const Property*>& properties)
         {
             BadValue(property, "is too large for memory");
         }
-        m_values[i].ulPropTag = property.tag;
+        buffer[i].ulPropTag = property.tag;
         if (property.Type() & MV_FLAG)
         {
-            SetMany(property, m_values[i], m_values);
+            SetMany(property, buffer[i], buffer);
         }
         else
         {
-            SetSingle(property, m_values[i], m_values);
+            SetSingle(property, buffer[i], buffer);
         }
     }
 }

@@ -61,27 +61,9 @@ std::string GuidText(const GUID& guid);
 /// The inverse; accepts either case. @return false when the text is not a GUID
 bool ParseGuid(const std::string& text, GUID& guid);
 
-/// Properties as an array of SPropValue in MAPI memory, freed with the object.
-class PropertyArray
-{
-public:
-    PropertyArray() = default;
-    ~PropertyArray();
-    PropertyArray(const PropertyArray&) = delete;
-    PropertyArray& operator=(const PropertyArray&) = delete;
-
-    /// Copies `properties` whose tags are all real; properties with a source are refused.
-    /// @throws ToolError for bytes that do not fit the type
-    void Assign(const std::vector<const Property*>& properties);
-
-    SPropValue* Values() { return m_values; }
-    ULONG Count() const { return m_count; }
-    /// Releases the buffer to the caller, who frees it with Zeb_MemFree.
-    SPropValue* Detach();
-
-private:
-    SPropValue* m_values = nullptr;
-    ULONG m_count = 0;
-};
+/// Fills `values` with copies of `properties`, whose tags are all real, byte by byte: also what the array's typed
+/// assignments do not keep, such as other truth values than 0 and 1. Properties with a source are refused.
+/// @throws ToolError for bytes that do not fit the type
+void FillValues(CZebPropValArray& values, const std::vector<const Property*>& properties);
 
 } // namespace zeb::tools

@@ -52,14 +52,13 @@ void ChangeProperties(CZebIProp& object, Properties& properties, NameResolver& n
     {
         return;
     }
-    const CComPtr<IMAPIProp> raw = object.GetInterface();
-    names.Resolve(raw.Get(), properties);
+    names.Resolve(object, properties);
     // Changes of a message are not stored until it is saved.
     const bool writesAtOnce = object.GetObjectType() != MAPI_MESSAGE;
     Properties before = writesAtOnce ? Before(object, properties) : Properties();
     try
     {
-        RefuseProblems(WriteProperties(raw.Get(), properties, names));
+        RefuseProblems(WriteProperties(object, properties, names));
         object.SaveChanges(KEEP_OPEN_READWRITE | FORCE_SAVE);
     }
     catch (...)
@@ -67,7 +66,7 @@ void ChangeProperties(CZebIProp& object, Properties& properties, NameResolver& n
         const std::string failure = CurrentFailure();
         if (writesAtOnce)
         {
-            WriteProperties(raw.Get(), before, names);
+            WriteProperties(object, before, names);
         }
         throw ToolError(failure);
     }

@@ -75,14 +75,18 @@ PropertyName NameOf(const MAPINAMEID& raw)
 /// One text property in its 8-bit form; empty when it cannot be read.
 std::vector<std::string> NarrowForm(CZebIProp& object, ULONG tag)
 {
-    ULONG count = 0;
-    Given<SPropValue> values;
-    object.GetProps(TagList({Narrowed(tag)}).Get(), &count, values.Put(), 0);
-    if (count == 1 && values.Get()->ulPropTag == Narrowed(tag))
+    CZebPropValArray values;
+    object.GetProps(values, 1, Narrowed(tag));
+    if (values.GetCount() != 1)
     {
-        return ValueBytes(*values.Get());
+        return {};
     }
-    if (count != 1 || !IsTooLarge(*values.Get()))
+    const SPropValue& value = *static_cast<SPropValue*>(values);
+    if (value.ulPropTag == Narrowed(tag))
+    {
+        return ValueBytes(value);
+    }
+    if (!IsTooLarge(value))
     {
         return {};
     }
@@ -138,7 +142,7 @@ bool IsStoresOwn(ObjectKind kind, ULONG tag)
     return false;
 }
 
-void NameReader::Learn(IMAPIProp* object, const std::vector<ULONG>& tags)
+void NameReader::Learn(CZebIProp& object, const std::vector<ULONG>& tags)
 {
     std::vector<ULONG> unknown;
     for (const ULONG tag : tags)
@@ -152,16 +156,17 @@ void NameReader::Learn(IMAPIProp* object, const std::vector<ULONG>& tags)
     {
         return;
     }
-    TagList list(unknown);
-    SPropTagArray* asked = list.Get();
+    CZebPropTagArray list = TagArray(unknown);
+    SPropTagArray* asked = list;
     ULONG count = 0;
-    Given<MAPINAMEID*> names;
-    ThrowIfFailed(object->GetNamesFromIDs(&asked, nullptr, 0, &count, names.Put()), object);
+    MAPINAMEID** names = nullptr;
+    object.GetNamesFromIDs(&asked, nullptr, 0, &count, &names);
+    const std::unique_ptr<MAPINAMEID*, void (*)(void*)> owner(names, [](void* buffer) { Zeb_MemFree(buffer); });
     for (ULONG i = 0; i < count && i < asked->cValues; ++i)
     {
-        if (names.Get()[i] && names.Get()[i]->lpguid)
+        if (names[i] && names[i]->lpguid)
         {
-            m_names[PROP_ID(asked->aulPropTag[i])] = NameOf(*names.Get()[i]);
+            m_names[PROP_ID(asked->aulPropTag[i])] = NameOf(*names[i]);
         }
     }
 }
@@ -246,16 +251,17 @@ Properties PropertyReader::ReadObject(CZebIProp& object)
     {
         return properties;
     }
-    m_names.Learn(object.GetInterface().Get(), list);
-    ULONG count = 0;
-    Given<SPropValue> values;
-    object.GetProps(TagList(list).Get(), &count, values.Put(), 0);
-    for (ULONG i = 0; i < count; ++i)
+    m_names.Learn(object, list);
+    CZebPropValArray values;
+    ULONG* const count = values.CountPtr();
+    object.GetProps(TagArray(list), count, &values, 0);
+    for (ULONG i = 0; i < values.GetCount(); ++i)
     {
+        const SPropValue& value = static_cast<SPropValue*>(values)[i];
         // Deleted since it was listed.
-        if (PROP_TYPE(values.Get()[i].ulPropTag) != PT_ERROR || values.Get()[i].Value.err != MAPI_E_NOT_FOUND)
+        if (PROP_TYPE(value.ulPropTag) != PT_ERROR || value.Value.err != MAPI_E_NOT_FOUND)
         {
-            ReadValue(object, list[i], values.Get()[i], properties);
+            ReadValue(object, list[i], value, properties);
         }
     }
     return properties;

@@ -15,7 +15,7 @@ class NameReader
 public:
     /// Queries the names of all unknown tags of `tags` in one call on an object of the store.
     /// @throws CZebException*
-    void Learn(IMAPIProp* object, const std::vector<ULONG>& tags);
+    void Learn(CZebIProp& object, const std::vector<ULONG>& tags);
     /// The name of a queried identifier; null when the store has none.
     const PropertyName* Find(ULONG id) const;
 
@@ -53,21 +53,21 @@ public:
 
     /// A message with its recipients and attachments, including embedded messages.
     /// @throws CZebException*, ToolError
-    MessageContent ReadMessage(CZebIProp& message);
+    MessageContent ReadMessage(CZebMessage& message);
 
     const NameReader& Names() const { return m_names; }
     /// The properties that could not be read since the last call.
     std::vector<Unread> TakeUnread() { return std::exchange(m_unread, {}); }
 
 private:
-    MessageContent ReadMessage(CZebIProp& message, int depth);
+    MessageContent ReadMessage(CZebMessage& message, int depth);
     void ReadValue(CZebIProp& object, ULONG tag, const SPropValue& value, Properties& properties);
     void ReadLarge(CZebIProp& object, Property& property);
-    std::vector<Properties> ReadRecipients(IMessage* message);
+    std::vector<Properties> ReadRecipients(CZebMessage& message);
     /// @param lost set when a text may have been written in 8 bits that cannot be converted
     Properties ReadRecipient(const CZebRow& row, const std::vector<ULONG>& columns, bool& lost);
-    AttachmentContent ReadAttachment(IMessage* message, ULONG number, int depth);
-    bool ReadEmbedded(IAttach* attachment, AttachmentContent& content, int depth);
+    AttachmentContent ReadAttachment(CZebMessage& message, ULONG number, int depth);
+    bool ReadEmbedded(CZebAttachment& attachment, AttachmentContent& content, int depth);
     void Name(Property& property) const;
 
     const ReadWhat m_what;

@@ -81,10 +81,14 @@ platform::WideString WideOf(const std::string& bytes)
 
 } // namespace
 
-TagList::TagList(const std::vector<ULONG>& tags)
+CZebPropTagArray TagArray(const std::vector<ULONG>& tags)
 {
-    m_counted.push_back(static_cast<ULONG>(tags.size()));
-    m_counted.insert(m_counted.end(), tags.begin(), tags.end());
+    CZebPropTagArray array;
+    for (const ULONG tag : tags)
+    {
+        array.AddOne(tag);
+    }
+    return array;
 }
 
 bool IsText(ULONG type)

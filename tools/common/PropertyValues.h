@@ -6,38 +6,8 @@
 namespace zeb::tools
 {
 
-/// A buffer returned by a MAPI call; freed by the destructor.
-template <class T>
-class Given
-{
-public:
-    Given() = default;
-    ~Given()
-    {
-        if (m_buffer)
-        {
-            Zeb_MemFree(m_buffer);
-        }
-    }
-    Given(const Given&) = delete;
-    Given& operator=(const Given&) = delete;
-    T** Put() { return &m_buffer; }
-    T* Get() const { return m_buffer; }
-
-private:
-    T* m_buffer = nullptr;
-};
-
-/// A tag array for the duration of one MAPI call.
-class TagList
-{
-public:
-    explicit TagList(const std::vector<ULONG>& tags);
-    SPropTagArray* Get() { return reinterpret_cast<SPropTagArray*>(m_counted.data()); }
-
-private:
-    std::vector<ULONG> m_counted;
-};
+/// The tags as an array for MAPI calls.
+CZebPropTagArray TagArray(const std::vector<ULONG>& tags);
 
 /// Whether a type is a text type: 8-bit or 16-bit, single or multi-valued.
 bool IsText(ULONG type);

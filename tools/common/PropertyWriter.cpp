@@ -3,7 +3,8 @@
 #include "tools/common/Failure.h"
 #include "tools/common/PropertyValues.h"
 
-#include <cstring>
+#include <deque>
+#include <memory>
 
 namespace zeb::tools
 {
@@ -69,7 +70,7 @@ Property Blank(const Property& property)
 }
 
 /// A store adds defaults that a new object never had; it does not add what was set and deleted again.
-void RemoveProperties(IMAPIProp* object, const Properties& properties)
+void RemoveProperties(CZebIProp& object, const Properties& properties)
 {
     std::vector<Property> blanks;
     std::vector<ULONG> tags;
@@ -90,10 +91,10 @@ void RemoveProperties(IMAPIProp* object, const Properties& properties)
     {
         pointers.push_back(&blank);
     }
-    PropertyArray array;
-    array.Assign(pointers);
-    ThrowIfFailed(object->SetProps(array.Count(), array.Values(), nullptr), object);
-    ThrowIfFailed(object->DeleteProps(TagList(tags).Get(), nullptr), object);
+    CZebPropValArray values;
+    FillValues(values, pointers);
+    object.SetProps(values.Count(), values, nullptr);
+    object.DeleteProps(TagArray(tags), nullptr);
 }
 
 std::vector<Refusal> RefusalsOf(CZebPropProblemArray& problems, const std::vector<const Property*>& properties)
@@ -114,27 +115,18 @@ void Append(std::vector<Refusal>& to, std::vector<Refusal> more)
     to.insert(to.end(), more.begin(), more.end());
 }
 
-void FreeAddressList(ADRLIST* list)
-{
-    for (ULONG i = 0; i < list->cEntries; ++i)
-    {
-        if (list->aEntries[i].rgPropVals)
-        {
-            Zeb_MemFree(list->aEntries[i].rgPropVals);
-        }
-    }
-    Zeb_MemFree(list);
-}
-
-void WriteRecipients(IMessage* message, std::vector<Properties>& recipients, NameResolver& names)
+/// All recipients in one call, with all their properties.
+void WriteRecipients(CZebMessage& message, std::vector<Properties>& recipients, NameResolver& names)
 {
     if (recipients.empty())
     {
         return;
     }
     const auto size = static_cast<unsigned long>(CbNewADRLIST(recipients.size()));
-    std::unique_ptr<ADRLIST, void (*)(ADRLIST*)> list(static_cast<ADRLIST*>(Zeb_MemAllocate(size, nullptr)),
-                                                      FreeAddressList);
+    const std::unique_ptr<void, void (*)(void*)> buffer(Zeb_MemAllocate(size, nullptr),
+                                                        [](void* list) { Zeb_MemFree(list); });
+    auto* const list = static_cast<ADRLIST*>(buffer.get());
+    std::deque<CZebPropValArray> owners;
     for (Properties& recipient : recipients)
     {
         names.Resolve(message, recipient);
@@ -143,38 +135,35 @@ void WriteRecipients(IMessage* message, std::vector<Properties>& recipients, Nam
         {
             all.push_back(&property);
         }
-        PropertyArray array;
-        array.Assign(all);
-        ADRENTRY& entry = list->aEntries[list->cEntries];
-        entry.cValues = array.Count();
-        entry.rgPropVals = array.Detach();
+        CZebPropValArray& values = owners.emplace_back();
+        FillValues(values, all);
+        list->aEntries[list->cEntries].cValues = values.Count();
+        list->aEntries[list->cEntries].rgPropVals = values;
         ++list->cEntries;
     }
-    ThrowIfFailed(message->ModifyRecipients(MODRECIP_ADD, list.get()), message);
+    CComPtr<IMessage> owner;
+    ThrowIfFailed(message.GetInterface().QueryInterface(IID_IMessage, owner));
+    ThrowIfFailed(owner->ModifyRecipients(MODRECIP_ADD, list), owner);
 }
 
-std::vector<Refusal> WriteEmbedded(IAttach* attachment, MessageContent& content, NameResolver& names)
+std::vector<Refusal> WriteEmbedded(CZebAttachment& attachment, MessageContent& content, NameResolver& names)
 {
-    CComPtr<IMessage> message;
-    ThrowIfFailed(attachment->OpenProperty(PR_ATTACH_DATA_OBJ, &IID_IMessage, 0, MAPI_CREATE | MAPI_MODIFY,
-                                           message.PutAs<IUnknown>()),
-                  attachment);
-    std::vector<Refusal> refusals = WriteMessage(message.Get(), content, names);
-    Save(message.Get());
+    // Not CreateMessage, which sets properties of the attachment that the content may lack.
+    CZebMessage message = attachment.OpenMessage(MAPI_CREATE | MAPI_MODIFY);
+    std::vector<Refusal> refusals = WriteMessage(message, content, names);
+    message.SaveChanges(KEEP_OPEN_READWRITE);
     return refusals;
 }
 
-std::vector<Refusal> WriteAttachment(IMessage* message, AttachmentContent& content, NameResolver& names)
+std::vector<Refusal> WriteAttachment(CZebMessage& message, AttachmentContent& content, NameResolver& names)
 {
-    CComPtr<IAttach> attachment;
-    ULONG number = 0;
-    ThrowIfFailed(message->CreateAttach(nullptr, 0, &number, attachment.Put()), message);
-    std::vector<Refusal> refusals = WriteProperties(attachment.Get(), content.properties, names);
+    CZebAttachment attachment = message.CreateAttachment();
+    std::vector<Refusal> refusals = WriteProperties(attachment, content.properties, names);
     if (content.message)
     {
-        Append(refusals, WriteEmbedded(attachment.Get(), *content.message, names));
+        Append(refusals, WriteEmbedded(attachment, *content.message, names));
     }
-    Save(attachment.Get());
+    attachment.SaveChanges(KEEP_OPEN_READWRITE);
     return refusals;
 }
 
@@ -194,7 +183,7 @@ std::string NameResolver::KeyOf(const PropertyName& name)
     return key;
 }
 
-void NameResolver::Resolve(IMAPIProp* object, Properties& properties)
+void NameResolver::Resolve(CZebIProp& object, Properties& properties)
 {
     std::map<std::string, const PropertyName*> missing;
     for (const Property& property : properties)
@@ -217,7 +206,7 @@ void NameResolver::Resolve(IMAPIProp* object, Properties& properties)
     }
 }
 
-void NameResolver::Ask(IMAPIProp* object, const std::map<std::string, const PropertyName*>& missing)
+void NameResolver::Ask(CZebIProp& object, const std::map<std::string, const PropertyName*>& missing)
 {
     std::vector<MAPINAMEID> names;
     for (const auto& entry : missing)
@@ -241,8 +230,7 @@ void NameResolver::Ask(IMAPIProp* object, const std::map<std::string, const Prop
         pointers.push_back(&name);
     }
     CZebPropTagArray tags;
-    ThrowIfFailed(object->GetIDsFromNames(static_cast<ULONG>(pointers.size()), pointers.data(), MAPI_CREATE, &tags),
-                  object);
+    object.GetIDsFromNames(static_cast<ULONG>(pointers.size()), pointers.data(), MAPI_CREATE, &tags);
     int index = 0;
     for (const auto& entry : missing)
     {
@@ -254,7 +242,7 @@ void NameResolver::Ask(IMAPIProp* object, const std::map<std::string, const Prop
     }
 }
 
-std::vector<Refusal> WriteProperties(IMAPIProp* object, Properties& properties, NameResolver& names)
+std::vector<Refusal> WriteProperties(CZebIProp& object, Properties& properties, NameResolver& names)
 {
     names.Resolve(object, properties);
     RemoveProperties(object, properties);
@@ -269,24 +257,23 @@ std::vector<Refusal> WriteProperties(IMAPIProp* object, Properties& properties, 
     std::vector<Refusal> refusals;
     if (!inRow.empty())
     {
-        PropertyArray array;
-        array.Assign(inRow);
+        CZebPropValArray values;
+        FillValues(values, inRow);
         CZebPropProblemArray problems;
-        ThrowIfFailed(object->SetProps(array.Count(), array.Values(), &problems), object);
+        object.SetProps(values.Count(), values, &problems);
         refusals = RefusalsOf(problems, inRow);
     }
-    CZebPropObj wrapper(object);
     for (const Property& property : properties)
     {
         if (!property.removed && GoesByStream(property))
         {
-            WriteByStream(wrapper, property);
+            WriteByStream(object, property);
         }
     }
     return refusals;
 }
 
-std::vector<Refusal> WriteMessage(IMessage* message, MessageContent& content, NameResolver& names)
+std::vector<Refusal> WriteMessage(CZebMessage& message, MessageContent& content, NameResolver& names)
 {
     std::vector<Refusal> refusals = WriteProperties(message, content.properties, names);
     WriteRecipients(message, content.recipients, names);
@@ -295,26 +282,6 @@ std::vector<Refusal> WriteMessage(IMessage* message, MessageContent& content, Na
         Append(refusals, WriteAttachment(message, attachment, names));
     }
     return refusals;
-}
-
-CComPtr<IMAPIFolder> InterfaceOf(const CZebFolder& folder)
-{
-    CComPtr<IMAPIFolder> result;
-    ThrowIfFailed(folder.GetInterface().QueryInterface(IID_IMAPIFolder, result));
-    return result;
-}
-
-CComPtr<IMessage> CreateMessage(const CZebFolder& folder, bool associated)
-{
-    const CComPtr<IMAPIFolder> owner = InterfaceOf(folder);
-    CComPtr<IMessage> message;
-    ThrowIfFailed(owner->CreateMessage(nullptr, associated ? MAPI_ASSOCIATED : 0, message.Put()), owner);
-    return message;
-}
-
-void Save(IMAPIProp* object)
-{
-    ThrowIfFailed(object->SaveChanges(KEEP_OPEN_READWRITE), object);
 }
 
 } // namespace zeb::tools

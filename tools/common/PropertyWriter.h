@@ -23,10 +23,10 @@ public:
     /// Gives every named property of `properties` its tag in the store of `object`; queries all unknown names in one
     /// call.
     /// @throws CZebException*, ToolError
-    void Resolve(IMAPIProp* object, Properties& properties);
+    void Resolve(CZebIProp& object, Properties& properties);
 
 private:
-    void Ask(IMAPIProp* object, const std::map<std::string, const PropertyName*>& missing);
+    void Ask(CZebIProp& object, const std::map<std::string, const PropertyName*>& missing);
     static std::string KeyOf(const PropertyName& name);
     std::map<std::string, ULONG> m_identifiers;
 };
@@ -34,7 +34,7 @@ private:
 /// Writes `properties` to `object`; does not save. Values above 32 KiB go through a stream.
 /// @return the properties that the provider refused; including computed ones (MAPI_E_COMPUTED).
 /// @throws CZebException*, ToolError
-std::vector<Refusal> WriteProperties(IMAPIProp* object, Properties& properties, NameResolver& names);
+std::vector<Refusal> WriteProperties(CZebIProp& object, Properties& properties, NameResolver& names);
 
 /// One attachment of a message.
 struct AttachmentContent;
@@ -55,15 +55,6 @@ struct AttachmentContent
 
 /// Fills a new message, including embedded messages; the message itself is not saved.
 /// @throws CZebException*, ToolError
-std::vector<Refusal> WriteMessage(IMessage* message, MessageContent& content, NameResolver& names);
-
-/// The folder's MAPI interface, for calls that the wrapper does not have.
-CComPtr<IMAPIFolder> InterfaceOf(const CZebFolder& folder);
-
-/// Creates a message in the folder. @param associated true: in the folder's associated contents table
-CComPtr<IMessage> CreateMessage(const CZebFolder& folder, bool associated);
-
-/// Saves permanently. @throws CZebException*
-void Save(IMAPIProp* object);
+std::vector<Refusal> WriteMessage(CZebMessage& message, MessageContent& content, NameResolver& names);
 
 } // namespace zeb::tools

@@ -78,9 +78,8 @@ void Importer::AddFolder(const FolderPath& source, Properties properties)
         // When several folders are merged, the first one's properties win.
         if (!properties.empty() && m_described.insert(target.Text()).second)
         {
-            const CComPtr<IMAPIFolder> raw = InterfaceOf(folder);
-            ReportRefusals(source.Text(), WriteProperties(raw.Get(), properties, m_names));
-            Save(raw.Get());
+            ReportRefusals(source.Text(), WriteProperties(folder, properties, m_names));
+            folder.SaveChanges(KEEP_OPEN_READWRITE);
         }
         ++m_folders;
     }
@@ -99,9 +98,9 @@ void Importer::AddMessage(const FolderPath& source, bool associated, const std::
     {
         Notes notes;
         MessageContent content = read(notes);
-        const CComPtr<IMessage> message = CreateMessage(m_tree.Open(TargetOf(source)), associated);
-        ReportRefusals(item, WriteMessage(message.Get(), content, m_names));
-        Save(message.Get());
+        CZebMessage message = m_tree.Open(TargetOf(source)).CreateMessage(associated ? MAPI_ASSOCIATED : 0);
+        ReportRefusals(item, WriteMessage(message, content, m_names));
+        message.SaveChanges(KEEP_OPEN_READWRITE);
         ++m_messages;
         ReportNotes(item, notes);
     }

@@ -98,9 +98,9 @@ void WriteLine(LoadLine& line, FolderTree& folders, NameResolver& names)
             folders.Keep();
             return;
         }
-        const CComPtr<IMessage> message = CreateMessage(folder, line.associated);
-        RefuseProblems(WriteMessage(message.Get(), line.message, names));
-        Save(message.Get());
+        CZebMessage message = folder.CreateMessage(line.associated ? MAPI_ASSOCIATED : 0);
+        RefuseProblems(WriteMessage(message, line.message, names));
+        message.SaveChanges(KEEP_OPEN_READWRITE);
         folders.Keep();
     }
     catch (...)

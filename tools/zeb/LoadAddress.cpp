@@ -9,10 +9,10 @@ namespace
 {
 
 template <typename Interface>
-CComPtr<Interface> Query(IMAPIProp* object, const IID& iid)
+CComPtr<Interface> Query(const CZebIProp& object, const IID& iid)
 {
     CComPtr<Interface> result;
-    ThrowIfFailed(object->QueryInterface(iid, reinterpret_cast<void**>(result.Put())));
+    ThrowIfFailed(object.GetInterface().QueryInterface(iid, result));
     return result;
 }
 
@@ -63,7 +63,7 @@ AddressWriter::AddressWriter(CZebSession& session)
 
 std::vector<CZebBinary> AddressWriter::Resolve(const std::vector<std::string>& members)
 {
-    const CComPtr<IAddrBook> book = Query<IAddrBook>(m_book.GetInterface().Get(), IID_IAddrBook);
+    const CComPtr<IAddrBook> book = Query<IAddrBook>(m_book, IID_IAddrBook);
     std::vector<CZebBinary> found;
     for (const std::string& each : members)
     {
@@ -74,7 +74,7 @@ std::vector<CZebBinary> AddressWriter::Resolve(const std::vector<std::string>& m
     return found;
 }
 
-void AddressWriter::AddMembers(IMAPIProp* list, const std::vector<CZebBinary>& members)
+void AddressWriter::AddMembers(CZebIProp& list, const std::vector<CZebBinary>& members)
 {
     const CComPtr<IDistList> target = Query<IDistList>(list, IID_IDistList);
     std::vector<SBinary> entries;
@@ -91,28 +91,29 @@ void AddressWriter::AddMembers(IMAPIProp* list, const std::vector<CZebBinary>& m
 
 std::vector<Refusal> AddressWriter::Write(AddressLine& line, NameResolver& names)
 {
-    const CComPtr<IABContainer> directory = Query<IABContainer>(m_directory.GetInterface().Get(), IID_IABContainer);
+    const CComPtr<IABContainer> directory = Query<IABContainer>(m_directory, IID_IABContainer);
     const CZebBinary model = m_directory.GetBin(line.isList ? PR_DEF_CREATE_DL : PR_DEF_CREATE_MAILUSER);
     const SBinary& id = model;
-    CComPtr<IMAPIProp> entry;
-    ThrowIfFailed(directory->CreateEntry(id.cb, reinterpret_cast<LPENTRYID>(id.lpb), 0, entry.Put()), directory);
-    const std::vector<Refusal> refused = WriteProperties(entry.Get(), line.properties, names);
+    CComPtr<IMAPIProp> created;
+    ThrowIfFailed(directory->CreateEntry(id.cb, reinterpret_cast<LPENTRYID>(id.lpb), 0, created.Put()), directory);
+    CZebABItem entry(created.Get());
+    const std::vector<Refusal> refused = WriteProperties(entry, line.properties, names);
     if (!refused.empty())
     {
         return refused;
     }
-    Save(entry.Get());
+    entry.SaveChanges(KEEP_OPEN_READWRITE);
     try
     {
         if (line.isList)
         {
-            AddMembers(entry.Get(), Resolve(line.members)); // a member may be the list itself
+            AddMembers(entry, Resolve(line.members)); // a member may be the list itself
         }
     }
     catch (...)
     {
         const std::string failure = CurrentFailure();
-        const CZebBinary made = CZebPropObj(entry.Get()).GetEntryID();
+        const CZebBinary made = entry.GetEntryID();
         SBinary one = made;
         ENTRYLIST entries = {1, &one};
         directory->DeleteEntries(&entries, 0);

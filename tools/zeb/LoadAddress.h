@@ -30,7 +30,7 @@ public:
 
 private:
     std::vector<CZebBinary> Resolve(const std::vector<std::string>& members);
-    void AddMembers(IMAPIProp* list, const std::vector<CZebBinary>& members);
+    void AddMembers(CZebIProp& list, const std::vector<CZebBinary>& members);
 
     CZebAddressBook m_book;
     CZebContainer m_directory;

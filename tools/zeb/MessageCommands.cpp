@@ -199,7 +199,7 @@ int New(const Options& options)
     try
     {
         message = folder.CreateMessage(options.associated ? MAPI_ASSOCIATED : 0);
-        RefuseProblems(WriteProperties(message.GetInterface().Get(), properties, names));
+        RefuseProblems(WriteProperties(message, properties, names));
         message.SaveChanges(KEEP_OPEN_READWRITE | FORCE_SAVE);
     }
     catch (...)

@@ -1,10 +1,8 @@
 // zeb profile list|create|delete|default
-#include "platform/text.h"
 #include "tools/common/Failure.h"
 #include "tools/common/HostSession.h"
 #include "tools/common/Output.h"
 #include "tools/common/Profiles.h"
-#include "tools/common/Property.h"
 #include "tools/zeb/Command.h"
 #include "tools/zeb/Lister.h"
 #include "zebstore/zebstore.h"
@@ -81,28 +79,14 @@ StoreService ServiceOf(IMsgServiceAdmin* services)
 {
     CComPtr<IMAPITable> raw;
     ThrowIfFailed(services->GetMsgServiceTable(0, raw.Put()), services);
-    CZebTable table(raw.Get());
-    table.SetColumns(2, PR_SERVICE_UID, PR_ZEBSTORE_PATH_W);
-    CZebRowSet rows;
-    table.QueryAllRows(&rows, nullptr, nullptr);
-    for (ULONG i = 0; i < rows.Count(); ++i)
+    for (CZebRow row : CZebTable(raw.Get()).Rows({PR_SERVICE_UID, PR_ZEBSTORE_PATH_W}))
     {
-        if (rows[i].hasRealValue(PR_SERVICE_UID))
+        if (row.hasRealValue(PR_SERVICE_UID))
         {
-            return {CZebBinary(static_cast<const SBinary&>(rows[i][PR_SERVICE_UID])),
-                    TextOf(rows[i], PR_ZEBSTORE_PATH_W)};
+            return {CZebBinary(static_cast<const SBinary&>(row[PR_SERVICE_UID])), TextOf(row, PR_ZEBSTORE_PATH_W)};
         }
     }
     throw ToolError("the new profile has no message service");
-}
-
-Property TextProperty(ULONG tag, const std::string& text)
-{
-    const platform::WideString wide = platform::WideFromUtf8(text.data(), text.size());
-    Property property;
-    property.tag = tag;
-    property.values.emplace_back(reinterpret_cast<const char*>(wide.data()), wide.size() * sizeof(WCHAR));
-    return property;
 }
 
 /// The absolute path, UTF-8. @throws ToolError when its folder does not exist
@@ -128,25 +112,19 @@ std::string AddStoreService(IProfAdmin* profiles, const Options& options, const 
     ThrowIfFailed(services->CreateMsgService(service.Text(), service.Text(), 0, service.Flags()), services);
     const CZebBinary uid = ServiceOf(services.Get()).uid;
 
-    Properties settings;
+    CZebPropValArray settings(2);
     if (!file.empty())
     {
-        settings.push_back(TextProperty(PR_ZEBSTORE_PATH_W, file));
+        settings[PR_ZEBSTORE_PATH_W].SetUtf8(file.c_str());
     }
     if (!options.durability.empty())
     {
-        settings.push_back(TextProperty(PR_ZEBSTORE_DURABILITY_W, options.durability));
+        settings[PR_ZEBSTORE_DURABILITY_W].SetUtf8(options.durability.c_str());
     }
-    std::vector<const Property*> pointers;
-    for (const Property& setting : settings)
-    {
-        pointers.push_back(&setting);
-    }
-    PropertyArray array;
-    array.Assign(pointers);
+    settings.TruncateToExisting();
     const SBinary& bytes = uid;
     ThrowIfFailed(
-        services->ConfigureMsgService(reinterpret_cast<LPMAPIUID>(bytes.lpb), 0, 0, array.Count(), array.Values()),
+        services->ConfigureMsgService(reinterpret_cast<LPMAPIUID>(bytes.lpb), 0, 0, settings.Count(), settings),
         services);
     return ServiceOf(services.Get()).file;
 }

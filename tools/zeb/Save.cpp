@@ -18,8 +18,6 @@ namespace zeb::tools
 namespace
 {
 
-constexpr LONG RowsInOneCall = 500;
-
 struct Options
 {
     std::string profile;
@@ -80,19 +78,9 @@ private:
     void SaveMessages(CZebFolder& folder, const FolderPath& path, bool associated)
     {
         CZebTable table = folder.GetContentsTable(MAPI_UNICODE | (associated ? MAPI_ASSOCIATED : 0));
-        table.SetColumns(1, PR_ENTRYID);
-        while (true)
+        for (CZebRow row : table.Rows({PR_ENTRYID}))
         {
-            CZebRowSet rows;
-            table.QueryRows(&rows, RowsInOneCall, nullptr, nullptr);
-            if (!rows.IsValid())
-            {
-                return;
-            }
-            for (ULONG i = 0; i < rows.Count(); ++i)
-            {
-                SaveMessage(folder, path, associated, rows[i][PR_ENTRYID]);
-            }
+            SaveMessage(folder, path, associated, row[PR_ENTRYID]);
         }
     }
 
@@ -193,16 +181,13 @@ uint64_t CountMessages(CZebFolder& folder, bool subfolders)
         return count;
     }
     CZebTable table = folder.GetHierarchyTable(CONVENIENT_DEPTH);
-    table.SetColumns(2, PR_CONTENT_COUNT, PR_ASSOC_CONTENT_COUNT);
-    CZebRowSet rows;
-    table.QueryAllRows(&rows, nullptr, nullptr);
-    for (ULONG i = 0; i < rows.Count(); ++i)
+    for (CZebRow row : table.Rows({PR_CONTENT_COUNT, PR_ASSOC_CONTENT_COUNT}))
     {
         for (const ULONG tag : {PR_CONTENT_COUNT, PR_ASSOC_CONTENT_COUNT})
         {
-            if (rows[i].hasRealValue(tag))
+            if (row.hasRealValue(tag))
             {
-                count += static_cast<ULONG>(rows[i][tag]);
+                count += static_cast<ULONG>(row[tag]);
             }
         }
     }

@@ -159,7 +159,8 @@ int Run(const Options& options)
     MessageContent content;
     if (isMessage)
     {
-        content = reader.ReadMessage(target.object);
+        CZebMessage message(target.object.GetInterface().Get());
+        content = reader.ReadMessage(message);
     }
     else
     {

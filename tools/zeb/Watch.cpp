@@ -118,50 +118,6 @@ private:
     std::deque<Change> m_waiting;
 };
 
-/// Passes the changes of a table to a delegate for the lifetime of the object. The library's binder only logs a refused
-/// advise; here it is an error.
-class Subscription
-{
-public:
-    Subscription(CZebTable& table, CAdviseSinkDelegate& delegate, const FolderPath& path)
-        : m_table(table)
-        , m_sink(new CAdviseSink(&delegate))
-    {
-        try
-        {
-            m_table.Advise(m_sink, &m_connection);
-        }
-        catch (...)
-        {
-            m_sink->Release();
-            FailWhile("watching " + Named(path));
-        }
-    }
-
-    ~Subscription()
-    {
-        m_sink->Cut();
-        try
-        {
-            m_table.Unadvise(m_connection);
-        }
-        catch (...)
-        {
-            // Releases the table immediately, and with it the connection.
-            CurrentFailure();
-        }
-        m_sink->Release();
-    }
-
-    Subscription(const Subscription&) = delete;
-    Subscription& operator=(const Subscription&) = delete;
-
-private:
-    CZebTable& m_table;
-    CAdviseSink* m_sink;
-    ULONG m_connection = 0;
-};
-
 /// The messages of the table by key; the notification of a deletion contains only the key.
 class Memory
 {
@@ -172,13 +128,11 @@ public:
         {
             return;
         }
-        CZebRowSet rows;
-        table.QueryAllRows(&rows, nullptr, nullptr);
-        for (ULONG i = 0; i < rows.Count(); ++i)
+        for (CZebRow row : CZebTableRows(table))
         {
-            if (rows[i].hasRealValue(PR_INSTANCE_KEY))
+            if (row.hasRealValue(PR_INSTANCE_KEY))
             {
-                m_known[KeyOf(rows[i][PR_INSTANCE_KEY])] = {TextOf(rows[i], PR_SUBJECT_W), EntryIdOf(rows[i])};
+                m_known[KeyOf(row[PR_INSTANCE_KEY])] = {TextOf(row, PR_SUBJECT_W), EntryIdOf(row)};
             }
         }
     }
@@ -249,7 +203,15 @@ int Run(const Options& options)
     CZebTable table = folder.GetContentsTable(MAPI_UNICODE);
     table.SetColumns(5, PR_INSTANCE_KEY, PR_SUBJECT_W, PR_SENT_REPRESENTING_NAME_W, PR_SENDER_NAME_W, PR_ENTRYID);
     Changes changes;
-    const Subscription subscription(table, changes, path);
+    CAdviseSinkBinder subscription(&changes, nullptr);
+    try
+    {
+        subscription.AdviseChecked(table);
+    }
+    catch (...)
+    {
+        FailWhile("watching " + Named(path));
+    }
     Memory memory(table);
     Complain("zeb", "watching " + Named(path) + "; Ctrl-C stops");
     const Lister lister(options.json);
