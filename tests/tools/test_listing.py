@@ -57,6 +57,26 @@ class Lines(World):
             self.assertEqual(self.shown(each["entryId"])["PR_MESSAGE_SIZE"], each["size"])
         self.assertEqual([list(each) for each in self.found("Inbox")], [["folder", "number", *listed[0]]] * 2)
 
+    def test_a_long_list_has_one_row_a_line(self):
+        self.load(dated("a \u4f60", 1), dated('"b"', 2))
+        for arguments, before, after in ((["inbox"], {"total": 2}, {}), (["find", "Inbox"], {}, {"found": 2, "searched": 2}),
+                                         (["find", "Inbox", "--subject", "x"], {}, {"found": 0, "searched": 2}),
+                                         (["ab", "list", "Contacts"], {"container": "Contacts", "total": 0}, {})):
+            out = self.zeb(*arguments, "--json").out
+            name = "entries" if arguments[0] == "ab" else "messages"
+            rows = [json.dumps(each, separators=(",", ":"), ensure_ascii=False) for each in json.loads(out)[name]]
+            body = "[" + ",".join("\n    " + row for row in rows) + ("\n  ]" if rows else "]")
+            members = [f'"{key}": {json.dumps(value)}' for key, value in before.items()] + [f'"{name}": {body}']
+            members += [f'"{key}": {value}' for key, value in after.items()]
+            self.assertEqual(out, "{\n  " + ",\n  ".join(members) + "\n}\n")
+
+    def test_a_short_list_is_indented(self):
+        self.load(dated("a", 1, folder="Inbox/Sub"))
+        for arguments in (["name"], ["name", "0x80040111"], ["profile", "list"], ["provider", "status"], ["stores"],
+                          ["folders"], ["ab", "list"], ["show", "Inbox"], ["show", "Inbox/Sub", "1"]):
+            out = self.zeb(*arguments, "--json").out
+            self.assertEqual(out, json.dumps(json.loads(out), indent=2, ensure_ascii=False) + "\n")
+
     def test_equals_are_sorted_by_date_and_then_by_subject(self):
         self.load(dated("same", 1), dated("same", 3), dated("same", 2), dated("dame", 2), dated("tame", 2))
         date = lambda each: (each["subject"], each["date"][8:10])
