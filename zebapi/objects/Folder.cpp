@@ -44,6 +44,12 @@ CZebBinary FindByString(CZebTable table, ULONG tag, const Char* text, const char
     return CZebBinary(zeb::Received(rows[0][PR_ENTRYID]));
 }
 
+/// A wide text for a call with MAPI_UNICODE: MAPI declares it narrow, and without const.
+LPTSTR WideArgument(const WCHAR* text)
+{
+    return reinterpret_cast<LPTSTR>(const_cast<WCHAR*>(text));
+}
+
 /// The context text of a call on a list of messages.
 auto CountOf(const SBinaryArray* list)
 {
@@ -155,6 +161,34 @@ CZebFolder CZebFolder::OpenFolderByNameW(const WCHAR* name)
 CZebFolder CZebFolder::OpenFolderByName(const char* name)
 {
     return OpenFolderByNameA(name);
+}
+
+CZebFolder CZebFolder::CreateFolderW(const WCHAR* name, const WCHAR* comment, ULONG flags, ULONG folderType)
+{
+    CComPtr<IMAPIFolder> folder = GetFolder();
+    CComPtr<IMAPIFolder> created;
+    zeb::ThrowIfFailedAbout([name] { return zeb::NameText(name); },
+                            folder->CreateFolder(folderType, WideArgument(name), WideArgument(comment),
+                                                 &IID_IMAPIFolder, flags | MAPI_UNICODE, created.Put()),
+                            folder);
+    zeb::RequireObject(static_cast<bool>(created));
+    return CZebFolder(created.Get());
+}
+
+void CZebFolder::CopyFolder(const SBinary& entryID, CZebFolder& dest, const WCHAR* newName, ULONG flags)
+{
+    CComPtr<IMAPIFolder> folder = GetFolder();
+    CComPtr<IMAPIFolder> target = dest.GetFolder();
+    const WCHAR* const name = newName != nullptr && *newName != 0 ? newName : nullptr;
+    zeb::ThrowIfFailedAbout([&] { return zeb::EntryText(entryID); },
+                            folder->CopyFolder(entryID.cb, zeb::EntryID(entryID), dest.GetInterfaceCIID(),
+                                               target.Checked(), WideArgument(name), 0, nullptr, flags | MAPI_UNICODE),
+                            folder);
+}
+
+void CZebFolder::MoveFolder(const SBinary& entryID, CZebFolder& dest, const WCHAR* newName)
+{
+    CopyFolder(entryID, dest, newName, FOLDER_MOVE);
 }
 
 void CZebFolder::DeleteFolder(const SBinary& entryID, HWND parent, ULONG flags, IMAPIProgress* progress)

@@ -87,4 +87,19 @@ public:
     /// Adds a reference on prop, which may be null.
     explicit CZebFolder(IMAPIProp* prop = nullptr);
     CZebFolder(const CZebFolder& other);
+    /// Creates a subfolder by a wide name. (IMAPIFolder::CreateFolder with MAPI_UNICODE)
+    /// @param comment     may be null
+    /// @param flags       OPEN_IF_EXISTS opens a subfolder of that name
+    /// @param folderType  FOLDER_GENERIC or FOLDER_SEARCH
+    /// @throws CZebException* also MAPI_E_COLLISION when there is a subfolder of that name
+    CZebFolder CreateFolderW(const WCHAR* name, const WCHAR* comment = nullptr, ULONG flags = 0,
+                             ULONG folderType = FOLDER_GENERIC);
+    /// Copies a direct subfolder into dest, with its subfolders. (IMAPIFolder::CopyFolder)
+    /// @param newName  of the copy; null or empty: the folder's own
+    /// @param flags    COPY_SUBFOLDERS, or 0 for the folder with its messages alone
+    void CopyFolder(const SBinary& entryID, CZebFolder& dest, const WCHAR* newName = nullptr,
+                    ULONG flags = COPY_SUBFOLDERS);
+    /// Moves a direct subfolder into dest. (IMAPIFolder::CopyFolder with FOLDER_MOVE)
+    /// @param newName  null or empty: the folder keeps its name
+    void MoveFolder(const SBinary& entryID, CZebFolder& dest, const WCHAR* newName = nullptr);
 };

@@ -8,6 +8,8 @@
 #include "zebapi/values/PROPVALArray.h"
 #include "zebapi/values/TAGS.h"
 
+#include <cstddef>
+
 namespace
 {
 
@@ -140,6 +142,24 @@ void CZebMessage::AddRecipient(ULONG type, const WCHAR* name, const WCHAR* addre
     zeb::AboutName(shown, [&] { ModifyRecipient(*message, MODRECIP_ADD, values, operation); });
 }
 
+void CZebMessage::AddRecipients(ULONG count, CZebPropValArray* const* recipients)
+{
+    RequireArgument(count == 0 || recipients != nullptr);
+    const CComPtr<IMessage> message = GetMessageA();
+    const zeb::Block<ADRLIST> list(
+        zeb::Allocate<ADRLIST>(zeb::BlockSize(offsetof(ADRLIST, aEntries), count, sizeof(ADRENTRY)), nullptr));
+    for (; list->cEntries < count; ++list->cEntries)
+    {
+        CZebPropValArray& values = *recipients[list->cEntries];
+        values.TruncateToExisting();
+        ADRENTRY& entry = list->aEntries[list->cEntries];
+        entry.cValues = values.Count();
+        entry.rgPropVals = values.IsValid() ? static_cast<SPropValue*>(values) : nullptr;
+    }
+    zeb::ThrowIfFailedAbout([count] { return zeb::CountText(count, "recipient"); },
+                            message->ModifyRecipients(MODRECIP_ADD, list.get()), message);
+}
+
 void CZebMessage::RemoveRecipient(ULONG rowID)
 {
     const CComPtr<IMessage> message = GetMessageA();
@@ -207,6 +227,12 @@ void CZebMessage::DeleteAttachment(ULONG number)
     const CComPtr<IMessage> message = GetMessageA();
     zeb::ThrowIfFailedAbout([number] { return zeb::NumberText("attachment", number); },
                             message->DeleteAttach(number, 0, nullptr, 0), message);
+}
+
+void CZebMessage::SetReadFlag(ULONG flags)
+{
+    const CComPtr<IMessage> message = GetMessageA();
+    ThrowIfFailed(message->SetReadFlag(flags), message);
 }
 
 CZebAttachment::CZebAttachment(IMAPIProp* prop)

@@ -42,6 +42,9 @@ public:
     /// @param addressType  of the address, "SMTP" or another
     /// @throws CZebException* also MAPI_E_INVALID_PARAMETER without name and address, or without the address's type
     void AddRecipient(ULONG type, const WCHAR* name, const WCHAR* address, const WCHAR* addressType = ZEBW("SMTP"));
+    /// Adds recipients with all their properties, in one call. (IMessage::ModifyRecipients with MODRECIP_ADD)
+    /// @param recipients  `count` pointers, none of them null; up to the first free entry of each array
+    void AddRecipients(ULONG count, CZebPropValArray* const* recipients);
     /// Removes the recipient with this PR_ROWID. (IMessage::ModifyRecipients with MODRECIP_REMOVE)
     void RemoveRecipient(ULONG rowID);
 
@@ -67,6 +70,10 @@ public:
     ULONG AddAttachment(const WCHAR* fileName, IStream* content);
     /// Deletes an attachment by its PR_ATTACH_NUM. (IMessage::DeleteAttach)
     void DeleteAttachment(ULONG number);
+
+    /// Marks the message as read or unread, at once. (IMessage::SetReadFlag)
+    /// @param flags  0 marks it as read, CLEAR_READ_FLAG as unread; SUPPRESS_RECEIPT sends no receipt
+    void SetReadFlag(ULONG flags);
 };
 
 /// An attachment of a message: a file, or another message. CZebMessage opens and creates it.
@@ -98,7 +105,8 @@ public:
     /// @throws CZebException* also MAPI_E_NOT_FOUND when it has none (an embedded message), MAPI_E_INVALID_PARAMETER for null
     void SaveTo(IStream* target);
     /// Opens the message that is embedded (PR_ATTACH_DATA_OBJ, by IMAPIProp::OpenProperty).
-    /// @param flags  MAPI_MODIFY, or 0 for reading only
+    /// @param flags  MAPI_MODIFY, or 0 for reading only; MAPI_CREATE | MAPI_MODIFY makes an empty message of an
+    ///               attachment whose other properties the host sets itself
     CZebMessage OpenMessage(ULONG flags = 0);
     /// Makes the attachment an embedded message, empty (PR_ATTACH_METHOD ATTACH_EMBEDDED_MSG). Save that message first,
     /// then the attachment, then the message around it.

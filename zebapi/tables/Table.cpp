@@ -203,6 +203,12 @@ void CZebTable::Free()
     zeb::Guarded([&] { m_table.Release(); });
 }
 
+void CZebTable::QueryColumns(SPropTagArray** columns, ULONG flags)
+{
+    ThrowIfFailed(m_table->QueryColumns(flags, columns), m_table);
+    zeb::RequireObject(*columns != nullptr);
+}
+
 CZebTableRows CZebTable::RowsOf(ULONG count, const ULONG* tags)
 {
     // Using an empty handle is reported as such, whether or not there is memory for the columns.

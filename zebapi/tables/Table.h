@@ -74,6 +74,11 @@ public:
         SetColumns(static_cast<ULONG>(count), static_cast<ULONG>(tags)...);
     }
 
+    /// The tags of the columns. (IMAPITable::QueryColumns)
+    /// @param columns  receives an array that the caller frees with Zeb_MemFree (CZebPropTagArray's `&` does)
+    /// @param flags    0 for the columns set; TBL_ALL_COLUMNS for all that the table can show
+    /// @throws CZebException* also MAPI_E_CALL_FAILED when there are none
+    void QueryColumns(SPropTagArray** columns, ULONG flags = 0);
     /// Every row of the table with these columns, for a range-based for:
     ///
     ///     for (CZebRow row : table.Rows({PR_ENTRYID, PR_SUBJECT_W}))

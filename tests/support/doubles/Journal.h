@@ -67,6 +67,24 @@ inline std::string Text(const char* text)
     return text != nullptr ? "'" + std::string(text) + "'" : "null";
 }
 
+/// Only for ASCII.
+inline std::string Text(const WCHAR* text)
+{
+    std::string narrow;
+    for (; text != nullptr && *text != 0; ++text)
+    {
+        narrow += static_cast<char>(*text);
+    }
+    return text != nullptr ? "'" + narrow + "'" : "null";
+}
+
+/// Text whose width the flags of the call tell.
+inline std::string Text(LPTSTR text, ULONG flags)
+{
+    return (flags & MAPI_UNICODE) != 0 ? Text(reinterpret_cast<const WCHAR*>(text))
+                                       : Text(reinterpret_cast<const char*>(text));
+}
+
 inline std::string Null(const void* pointer)
 {
     return pointer != nullptr ? "given" : "null";

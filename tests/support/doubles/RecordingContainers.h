@@ -164,7 +164,12 @@ public:
         return Called("ModifyRecipients", Number(flags) + "," + text, refusal);
     }
     HRESULT STDMETHODCALLTYPE SubmitMessage(ULONG) override { return Unexpected("SubmitMessage"); }
-    HRESULT STDMETHODCALLTYPE SetReadFlag(ULONG) override { return Unexpected("SetReadFlag"); }
+    HRESULT STDMETHODCALLTYPE SetReadFlag(ULONG flags) override
+    {
+        const ProviderScope inside;
+        return Called("SetReadFlag", Number(flags),
+                      RefuseFlags(flags, CLEAR_READ_FLAG | SUPPRESS_RECEIPT | MAPI_DEFERRED_ERRORS));
+    }
 
     IMAPITable* m_recipients = nullptr;
     IMAPITable* m_attachments = nullptr;
@@ -225,18 +230,26 @@ public:
     {
         const ProviderScope inside;
         *folder = nullptr;
-        const HRESULT result =
-            Called("CreateFolder",
-                   Number(type) + "," + Text(name) + "," + Text(comment) + "," + Name(iid) + "," + Number(flags),
-                   FirstOf({RefuseFlags(flags, OPEN_IF_EXISTS | MAPI_UNICODE | MAPI_DEFERRED_ERRORS),
-                            Require(type == FOLDER_GENERIC || type == FOLDER_SEARCH),
-                            Require(name != nullptr && *name != 0)}));
+        const HRESULT result = Called("CreateFolder",
+                                      Number(type) + "," + Text(name, flags) + "," + Text(comment, flags) + "," +
+                                          Name(iid) + "," + Number(flags),
+                                      FirstOf({RefuseFlags(flags, OPEN_IF_EXISTS | MAPI_UNICODE | MAPI_DEFERRED_ERRORS),
+                                               Require(type == FOLDER_GENERIC || type == FOLDER_SEARCH),
+                                               Require(name != nullptr && *name != 0)}));
         return FAILED(result) ? result : HandOut<IMAPIFolder>(m_created, folder);
     }
-    HRESULT STDMETHODCALLTYPE CopyFolder(ULONG, LPENTRYID, LPCIID, LPVOID, LPTSTR, ULONG_PTR, LPMAPIPROGRESS,
-                                         ULONG) override
+    HRESULT STDMETHODCALLTYPE CopyFolder(ULONG count, LPENTRYID entryID, LPCIID iid, LPVOID dest, LPTSTR name,
+                                         ULONG_PTR window, LPMAPIPROGRESS progress, ULONG flags) override
     {
-        return Unexpected("CopyFolder");
+        const ProviderScope inside;
+        const auto* folder = static_cast<RecordingFolder*>(static_cast<IMAPIFolder*>(dest));
+        return Called(
+            "CopyFolder",
+            Hex(entryID, count) + "," + Name(iid) + "," + (folder != nullptr ? folder->m_name : "null") + "," +
+                Text(name, flags) + "," + Number(window) + ",progress " + Null(progress) + "," + Number(flags),
+            FirstOf({RefuseFlags(flags, COPY_SUBFOLDERS | FOLDER_MOVE | FOLDER_DIALOG | MAPI_UNICODE | MAPI_DECLINE_OK),
+                     Require(count != 0 && entryID != nullptr && dest != nullptr),
+                     Require(name == nullptr || *name != 0)}));
     }
     HRESULT STDMETHODCALLTYPE DeleteFolder(ULONG count, LPENTRYID entryID, ULONG_PTR window, LPMAPIPROGRESS progress,
                                            ULONG flags) override

@@ -224,7 +224,25 @@ public:
         return result;
     }
     HRESULT STDMETHODCALLTYPE GetStatus(ULONG*, ULONG*) override { return Unexpected("GetStatus"); }
-    HRESULT STDMETHODCALLTYPE QueryColumns(ULONG, LPSPropTagArray*) override { return Unexpected("QueryColumns"); }
+    /// The columns of the first row.
+    HRESULT STDMETHODCALLTYPE QueryColumns(ULONG flags, LPSPropTagArray* columns) override
+    {
+        const ProviderScope inside;
+        *columns = nullptr;
+        const HRESULT result = Called("QueryColumns", Number(flags), RefuseFlags(flags, TBL_ALL_COLUMNS));
+        if (FAILED(result) || m_givesNothing)
+        {
+            return result;
+        }
+        const RowData first = m_rows.empty() ? RowData() : m_rows.front();
+        const auto count = static_cast<ULONG>(first.size());
+        *columns = static_cast<SPropTagArray*>(Zeb_MemAllocate(CbNewSPropTagArray(count + 1), nullptr));
+        for (; (*columns)->cValues < count; ++(*columns)->cValues)
+        {
+            (*columns)->aulPropTag[(*columns)->cValues] = first[(*columns)->cValues].tag;
+        }
+        return result;
+    }
     HRESULT STDMETHODCALLTYPE SeekRowApprox(ULONG, ULONG) override { return Unexpected("SeekRowApprox"); }
     HRESULT STDMETHODCALLTYPE QueryPosition(ULONG*, ULONG*, ULONG*) override { return Unexpected("QueryPosition"); }
     HRESULT STDMETHODCALLTYPE CreateBookmark(BOOKMARK*) override { return Unexpected("CreateBookmark"); }

@@ -170,6 +170,13 @@ const std::vector<Call<World>>& ObjectCalls()
         {"CZebMessage::AddAttachment", [](World& w) { w.zmessage.AddAttachment(ZEBW("a.txt"), &w.file); }},
         {"CZebMessage::AddRecipient",
          [](World& w) { w.zmessage.AddRecipient(MAPI_TO, ZEBW("Ada"), ZEBW("ada.lovelace@analytical.example.org")); }},
+        {"CZebMessage::AddRecipients",
+         [](World& w)
+         {
+             CZebPropValArray* const one[] = {std::addressof(w.values)};
+             w.zmessage.AddRecipients(1, one);
+         }},
+        {"CZebMessage::SetReadFlag", [](World& w) { w.zmessage.SetReadFlag(0); }},
         {"CZebMessage::CreateAttachment", [](World& w) { w.zmessage.CreateAttachment(); }},
         {"CZebMessage::DeleteAttachment", [](World& w) { w.zmessage.DeleteAttachment(7); }},
         {"CZebMessage::GetAttachmentTable", [](World& w) { w.zmessage.GetAttachmentTable(); }},
@@ -294,6 +301,9 @@ const std::vector<Call<World>>& ObjectCalls()
              w.hierarchy.m_rows.clear();
              w.zfolder.CreateFolder("New", true, true, OPEN_IF_EXISTS, nullptr, FOLDER_GENERIC);
          }},
+        {"CZebFolder::CopyFolder", [](World& w) { w.zfolder.CopyFolder(World::Id("one"), w.zchild, ZEBW("New")); }},
+        {"CZebFolder::CreateFolderW", [](World& w) { w.zfolder.CreateFolderW(ZEBW("New")); }},
+        {"CZebFolder::MoveFolder", [](World& w) { w.zfolder.MoveFolder(World::Id("one"), w.zchild); }},
         {"CZebFolder::CreateMessage", [](World& w) { w.zfolder.CreateMessage(0); }},
         {"CZebFolder::CreateMessage", [](World& w) { w.zfolder.CreateMessage(w.values, true, 0); }},
         {"CZebFolder::CreateQorInfoMessage", [](World& w) { w.zfolder.CreateQorInfoMessage(true, true); }},

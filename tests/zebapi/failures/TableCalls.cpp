@@ -77,6 +77,12 @@ const std::vector<Call<World>>& TableCalls()
              CZebRowSet rows;
              w.ztable.QueryAllRows(&rows, nullptr, nullptr);
          }},
+        {"CZebTable::QueryColumns",
+         [](World& w)
+         {
+             CZebPropTagArray columns;
+             w.ztable.QueryColumns(&columns, TBL_ALL_COLUMNS);
+         }},
         {"CZebTable::QueryPosition", [](World& w) { w.ztable.QueryPosition(); }},
         {"CZebTable::QueryRows",
          [](World& w)

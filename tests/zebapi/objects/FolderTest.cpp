@@ -94,6 +94,39 @@ TEST_F(Folder, CreatesWhatCouldNotBeOpenedAndLogsWhy)
     EXPECT_EQ(m_log.CountBeginning("EXCEPTION: Description: \"0x00000490\""), 1u);
 }
 
+TEST_F(Folder, CreatesAFolderByAWideName)
+{
+    EXPECT_TRUE(m_folder.CreateFolderW(ZEBW("sub")).IsValid());
+    m_folder.CreateFolderW(ZEBW("sub"), ZEBW("about"), OPEN_IF_EXISTS, FOLDER_SEARCH);
+    EXPECT_EQ(Calls(), (Lines{"folder: CreateFolder(0x1,'sub',null,IMAPIFolder,0x80000000)",
+                              "folder: CreateFolder(0x2,'sub','about',IMAPIFolder,0x80000001)"}));
+    EXPECT_EQ(m_new.References(), 1u);
+    m_double.Fail("CreateFolder", MAPI_E_COLLISION);
+    EXPECT_EQ(ContextOf([&] { m_folder.CreateFolderW(ZEBW("Projects")); }), "CreateFolderW 'Projects'");
+    EXPECT_EQ(Thrown([&] { m_folder.CreateFolderW(nullptr); }), MAPI_E_COLLISION);
+}
+
+TEST_F(Folder, SuccessWithoutANewFolderIsAFailure)
+{
+    m_double.m_created = nullptr;
+    EXPECT_EQ(Thrown([&] { m_folder.CreateFolderW(ZEBW("sub")); }), MAPI_E_CALL_FAILED);
+}
+
+TEST_F(Folder, CopiesAndMovesSubfolders)
+{
+    CZebFolder dest(&m_existing);
+    m_folder.CopyFolder(ID("ab"), dest);
+    m_folder.CopyFolder(ID("ab"), dest, ZEBW("copy"), 0);
+    m_folder.MoveFolder(ID("ab"), dest, ZEBW(""));
+    EXPECT_EQ(Calls(), (Lines{"folder: CopyFolder(6162,IMAPIFolder,existing,null,0x0,progress null,0x80000010)",
+                              "folder: CopyFolder(6162,IMAPIFolder,existing,'copy',0x0,progress null,0x80000000)",
+                              "folder: CopyFolder(6162,IMAPIFolder,existing,null,0x0,progress null,0x80000001)"}));
+    CZebFolder empty;
+    EXPECT_EQ(Raised([&] { m_folder.CopyFolder(ID("ab"), empty); }), E_POINTER);
+    m_double.Fail("CopyFolder", MAPI_E_COLLISION);
+    EXPECT_EQ(ContextOf([&] { m_folder.MoveFolder(ID("ab"), dest); }), "CopyFolder entry 6162 (2 bytes)");
+}
+
 TEST_F(Folder, DoesNotLookFirstWithAnyFurtherFlag)
 {
     HasSubfolder("sub");

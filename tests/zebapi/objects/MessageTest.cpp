@@ -118,6 +118,31 @@ TEST_F(Message, ARecipientNeedsANameOrAnAddressOfAType)
     EXPECT_EQ(Calls(), Lines{});
 }
 
+TEST_F(Message, RecipientsAreAddedInOneCall)
+{
+    CZebPropValArray one(3), two(1);
+    one[PR_DISPLAY_NAME_W] = ZEBW("Ada");
+    one[PR_RECIPIENT_TYPE] = MAPI_TO;
+    two[PR_DISPLAY_NAME_W] = ZEBW("Grace");
+    CZebPropValArray* const both[] = {std::addressof(one), std::addressof(two)};
+    m_message.AddRecipients(2, both);
+    EXPECT_EQ(Calls(), Lines{"message: ModifyRecipients(0x2,[0x3001001F=Ada,0xC150003=0x1][0x3001001F=Grace])"});
+    m_message.AddRecipients(0, nullptr);
+    EXPECT_EQ(Calls(), Lines{"message: ModifyRecipients(0x2,)"});
+    m_object.Fail("ModifyRecipients", MAPI_E_NO_ACCESS);
+    EXPECT_EQ(ContextOf([&] { m_message.AddRecipients(2, both); }), "AddRecipients 2 recipients");
+    EXPECT_EQ(Thrown([&] { m_message.AddRecipients(1, nullptr); }), MAPI_E_INVALID_PARAMETER);
+}
+
+TEST_F(Message, AMessageIsMarkedAsReadOrUnread)
+{
+    m_message.SetReadFlag(0);
+    m_message.SetReadFlag(CLEAR_READ_FLAG | SUPPRESS_RECEIPT);
+    EXPECT_EQ(Calls(), (Lines{"message: SetReadFlag(0x0)", "message: SetReadFlag(0x5)"}));
+    m_object.Fail("SetReadFlag", MAPI_E_NO_ACCESS);
+    EXPECT_EQ(ContextOf([&] { m_message.SetReadFlag(0); }), "SetReadFlag");
+}
+
 TEST_F(Message, ARecipientIsRemovedByItsRow)
 {
     m_message.RemoveRecipient(3);

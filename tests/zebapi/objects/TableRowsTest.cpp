@@ -1,5 +1,7 @@
 // The range-based for over a table.
 #include "ObjectsTest.h"
+#include "tests/support/Context.h"
+#include "zebapi/TAGS.h"
 #include "zebapi/Table.h"
 
 #include <type_traits>
@@ -71,6 +73,27 @@ TEST_F(TableRows, ComeWithTheirColumnsInBatches)
     EXPECT_EQ(Calls(), (Lines{"table: SetColumns([0x30000003,0x37001F],0x0)", "table: SeekRow(0x0,0,sought null)",
                               "table: QueryRows(100,0x0)", "table: QueryRows(100,0x0)", "table: QueryRows(100,0x0)",
                               "table: QueryRows(100,0x0)"}));
+}
+
+TEST_F(TableRows, TheColumnsAreTold)
+{
+    HasRows(1);
+    CZebPropTagArray columns;
+    m_table.QueryColumns(&columns, TBL_ALL_COLUMNS);
+    ASSERT_EQ(columns.GetCount(), 2);
+    EXPECT_EQ(columns[1], PR_SUBJECT_W);
+    m_table.QueryColumns(&columns);
+    EXPECT_EQ(Calls(), (Lines{"table: QueryColumns(0x1)", "table: QueryColumns(0x0)"}));
+    m_double.Fail("QueryColumns", MAPI_E_BUSY);
+    EXPECT_EQ(ContextOf([&] { m_table.QueryColumns(&columns); }), "QueryColumns");
+    EXPECT_EQ(Raised([&] { CZebTable().QueryColumns(&columns); }), E_POINTER);
+}
+
+TEST_F(TableRows, SuccessWithoutColumnsIsAFailure)
+{
+    m_double.m_givesNothing = true;
+    CZebPropTagArray columns;
+    EXPECT_EQ(Thrown([&] { m_table.QueryColumns(&columns); }), MAPI_E_CALL_FAILED);
 }
 
 TEST_F(TableRows, OfAnEmptyTableAreNone)
