@@ -124,13 +124,6 @@ std::string Named(const FolderPath& path)
     return "folder '" + Shortened(OneLine(path.Text()), 120) + "'";
 }
 
-CComPtr<IMAPIFolder> InterfaceOf(const CZebFolder& folder)
-{
-    CComPtr<IMAPIFolder> result;
-    ThrowIfFailed(folder.GetInterface().QueryInterface(IID_IMAPIFolder, result));
-    return result;
-}
-
 CZebFolder CreateSubfolder(CZebFolder& parent, const std::string& name)
 {
     const std::string narrow = NarrowFromUtf8(name);
@@ -138,14 +131,8 @@ CZebFolder CreateSubfolder(CZebFolder& parent, const std::string& name)
     {
         return parent.CreateFolder(narrow.c_str(), false, false, 0, nullptr, FOLDER_GENERIC);
     }
-    // The wrapper accepts only narrow text, which cannot represent every name.
-    const CComPtr<IMAPIFolder> owner = InterfaceOf(parent);
-    CComPtr<IMAPIFolder> created;
-    CStringW wide = WideFromUtf8(name);
-    ThrowIfFailed(owner->CreateFolder(FOLDER_GENERIC, reinterpret_cast<LPTSTR>(wide.GetBuffer()), nullptr, nullptr,
-                                      MAPI_UNICODE, created.Put()),
-                  owner);
-    return CZebFolder(created.Get());
+    // Wide only where it must be: some providers support only narrow names.
+    return parent.CreateFolderW(WideFromUtf8(name));
 }
 
 FolderTree::FolderTree(CZebMsgStore& store)

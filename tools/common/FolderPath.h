@@ -31,9 +31,6 @@ struct FolderPath
 /// A path as shown in messages: "folder 'Inbox/Sub'".
 std::string Named(const FolderPath& path);
 
-/// The folder's MAPI interface, for calls that the wrapper does not have.
-CComPtr<IMAPIFolder> InterfaceOf(const CZebFolder& folder);
-
 /// Creates a folder in `parent`; `name` is UTF-8. @throws CZebException* MAPI_E_COLLISION when the name is taken
 CZebFolder CreateSubfolder(CZebFolder& parent, const std::string& name);
 

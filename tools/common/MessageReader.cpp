@@ -11,21 +11,11 @@ namespace
 /// The nesting limit of the file format.
 constexpr int DeepestMessage = 32;
 
-/// The recipients of a message, as a table whose available columns can be asked for.
-CComPtr<IMAPITable> RecipientTable(const CZebMessage& message)
-{
-    CComPtr<IMessage> owner;
-    ThrowIfFailed(message.GetInterface().QueryInterface(IID_IMessage, owner));
-    CComPtr<IMAPITable> table;
-    ThrowIfFailed(owner->GetRecipientTable(MAPI_UNICODE, table.Put()), owner);
-    return table;
-}
-
 /// All available columns of a table, text in 16 bits.
-std::vector<ULONG> AllColumns(const CComPtr<IMAPITable>& table)
+std::vector<ULONG> AllColumns(CZebTable& table)
 {
     CZebPropTagArray all;
-    ThrowIfFailed(table->QueryColumns(TBL_ALL_COLUMNS, &all), table);
+    table.QueryColumns(&all, TBL_ALL_COLUMNS);
     std::vector<ULONG> tags;
     for (int i = 0; i < all.GetCount(); ++i)
     {
@@ -113,14 +103,13 @@ MessageContent PropertyReader::ReadMessage(CZebMessage& message, int depth)
 
 std::vector<Properties> PropertyReader::ReadRecipients(CZebMessage& message)
 {
-    const CComPtr<IMAPITable> raw = RecipientTable(message);
-    CZebTable table(raw.Get());
+    CZebTable table = message.GetRecipientTable();
     std::vector<Properties> recipients;
     if (table.GetRowCount() == 0)
     {
         return recipients;
     }
-    const std::vector<ULONG> columns = AllColumns(raw);
+    const std::vector<ULONG> columns = AllColumns(table);
     m_names.Learn(message, columns);
     CZebRowSet rows;
     QueryColumns(table, columns, rows);

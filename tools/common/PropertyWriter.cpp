@@ -122,11 +122,8 @@ void WriteRecipients(CZebMessage& message, std::vector<Properties>& recipients, 
     {
         return;
     }
-    const auto size = static_cast<unsigned long>(CbNewADRLIST(recipients.size()));
-    const std::unique_ptr<void, void (*)(void*)> buffer(Zeb_MemAllocate(size, nullptr),
-                                                        [](void* list) { Zeb_MemFree(list); });
-    auto* const list = static_cast<ADRLIST*>(buffer.get());
     std::deque<CZebPropValArray> owners;
+    std::vector<CZebPropValArray*> pointers;
     for (Properties& recipient : recipients)
     {
         names.Resolve(message, recipient);
@@ -137,13 +134,9 @@ void WriteRecipients(CZebMessage& message, std::vector<Properties>& recipients, 
         }
         CZebPropValArray& values = owners.emplace_back();
         FillValues(values, all);
-        list->aEntries[list->cEntries].cValues = values.Count();
-        list->aEntries[list->cEntries].rgPropVals = values;
-        ++list->cEntries;
+        pointers.push_back(std::addressof(values));
     }
-    CComPtr<IMessage> owner;
-    ThrowIfFailed(message.GetInterface().QueryInterface(IID_IMessage, owner));
-    ThrowIfFailed(owner->ModifyRecipients(MODRECIP_ADD, list), owner);
+    message.AddRecipients(static_cast<ULONG>(pointers.size()), pointers.data());
 }
 
 std::vector<Refusal> WriteEmbedded(CZebAttachment& attachment, MessageContent& content, NameResolver& names)

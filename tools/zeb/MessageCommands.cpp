@@ -114,18 +114,20 @@ int TransferFolder(Mailbox& mailbox, const Options& options)
     {
         throw ToolError(Named(path) + " cannot be " + (options.move ? "moved" : "copied"));
     }
-    const FolderTarget target = FindTarget(mailbox, options.arguments.back(), path.names.back());
+    FolderTarget target = FindTarget(mailbox, options.arguments.back(), path.names.back());
     try
     {
         CZebFolder parent(nullptr);
         mailbox.Store().OpenEntry(folder.GetParentID(), parent, MAPI_BEST_ACCESS);
-        const CComPtr<IMAPIFolder> from = InterfaceOf(parent), to = InterfaceOf(target.parent);
-        const CZebBinary entryId = folder.GetEntryID();
-        CStringW name = WideFromUtf8(target.newName);
-        ThrowIfFailed(from->CopyFolder(entryId, entryId, nullptr, to.Get(),
-                                       target.newName.empty() ? nullptr : reinterpret_cast<LPTSTR>(name.GetBuffer()), 0,
-                                       nullptr, MAPI_UNICODE | (options.move ? FOLDER_MOVE : COPY_SUBFOLDERS)),
-                      from);
+        const CStringW name = WideFromUtf8(target.newName);
+        if (options.move)
+        {
+            parent.MoveFolder(folder.GetEntryID(), target.parent, name);
+        }
+        else
+        {
+            parent.CopyFolder(folder.GetEntryID(), target.parent, name);
+        }
     }
     catch (...)
     {
@@ -243,12 +245,11 @@ Target FindTarget(Mailbox& mailbox, const std::vector<std::string>& names)
 
 void SetReadFlag(CZebPropObj& object, bool read)
 {
-    CComPtr<IMessage> message;
-    if (FAILED(object.GetInterface().QueryInterface(IID_IMessage, message)))
+    if (object.GetObjectType() != MAPI_MESSAGE)
     {
         throw ToolError("--read and --unread apply only to messages");
     }
-    ThrowIfFailed(message->SetReadFlag(SUPPRESS_RECEIPT | (read ? 0 : CLEAR_READ_FLAG)), message);
+    CZebMessage(object.GetInterface().Get()).SetReadFlag(SUPPRESS_RECEIPT | (read ? 0 : CLEAR_READ_FLAG));
 }
 
 int Set(const Options& options)
