@@ -3,8 +3,8 @@
 
 run-tests.py BUILD_DIR [--only REGEX] [--tally FILE] [--jobs N] [--list]
 
-GoogleTest programs are counted by their own report, Python's unittest programs by their summary, anything else as
-one test. Prints one line a program, the whole output of one that failed, and appends "NAME PASSED FAILED" lines to
+GoogleTest's programs and pytest are counted by their own report, Python's unittest programs by their summary, anything
+else as one test. A program runs as a whole, not each of its tests by itself: starting one takes longer than most tests. Prints one line a program, the whole output of one that failed, and appends "NAME PASSED FAILED" lines to
 the tally file. Exit code 1 when a test failed or a program crashed, 2 when there was nothing to run.
 """
 import argparse
@@ -16,6 +16,7 @@ import re
 import subprocess
 import sys
 import time
+from xml.etree import ElementTree
 
 
 def programs(build, only):
@@ -33,11 +34,12 @@ def count(report, output, code):
     """Passed and failed tests of one program that ended with `code`."""
     if report.exists():
         try:
-            data = json.loads(report.read_text(encoding="utf-8", errors="replace"))
-            failed = data["failures"] + data["errors"]
-            return data["tests"] - failed - data.get("disabled", 0), failed
-        except (ValueError, KeyError):
+            tests = list(ElementTree.parse(report).iter("testcase"))
+        except ElementTree.ParseError:
             return 0, 1
+        ran = [test for test in tests if test.get("status") != "notrun"]
+        bad = sum(1 for test in ran if any(test.find(kind) is not None for kind in ("failure", "error", "skipped")))
+        return len(ran) - bad, bad
     summary = re.search(r"^Ran (\d+) tests? in", output, re.M)
     if summary:
         total = int(summary.group(1))
@@ -59,7 +61,7 @@ def run_once(command, log, folder, environment, timeout):
 
 
 def run(build, logs, name, command, properties):
-    report = logs / f"{name}.json"
+    report = logs / f"{name}.xml"
     log = logs / f"{name}.log"
     report.unlink(missing_ok=True)
     environment = dict(os.environ)
@@ -68,7 +70,8 @@ def run(build, logs, name, command, properties):
         environment[key] = value
     # Under Wine a Linux path is found on drive Z.
     windows = any(part.endswith(".exe") for part in command)
-    environment["GTEST_OUTPUT"] = f"json:{'Z:' if windows else ''}{report}"
+    environment["GTEST_OUTPUT"] = f"xml:{'Z:' if windows else ''}{report}"
+    environment["PYTEST_ADDOPTS"] = f"--junit-xml={report}"
     begin = time.monotonic()
     timeout = properties.get("TIMEOUT", 600)
     code, output = run_once(command, log, properties.get("WORKING_DIRECTORY", build), environment, timeout)

@@ -11,9 +11,9 @@ packages=(g++ cmake ninja-build ccache pkg-config git ca-certificates npm
     libxml2-dev python3 libgtest-dev libgmock-dev googletest)
 case $what in
 build | run) ;;
-test) packages+=(clang clang-format-19 clang-tidy libclang-rt-14-dev python3-clang-14 pff-tools binutils) ;;
+test) packages+=(clang clang-format-19 clang-tidy libclang-rt-14-dev python3-clang-14 python3-pytest python3-pytest-xdist pff-tools binutils) ;;
 bench) packages+=(libbenchmark-dev) ;;
-all) packages+=(clang clang-format-19 clang-tidy libclang-rt-14-dev python3-clang-14 pff-tools binutils
+all) packages+=(clang clang-format-19 clang-tidy libclang-rt-14-dev python3-clang-14 python3-pytest python3-pytest-xdist pff-tools binutils
     libbenchmark-dev) ;;
 *)
     echo "setup.sh: unknown purpose '$what' (build, run, test or bench)" >&2

@@ -21,10 +21,16 @@ KEEPING = re.compile(r"::GetLastError 0x00000000$| IMAPIFolder::(?:Delete|Copy)M
 FOLDER = "zeb \u65e5\u672c\U0001F600-"
 
 
-def setup(build, windows, part):
+def setup(build, worker):
+    """Names the tools' build folder and, for tools of Windows, the Wine prefix of the process `worker`."""
     global BUILD, WINDOWS, PREFIX
-    BUILD, WINDOWS = build, windows
-    PREFIX = ROOT / f"build/wine-tools-{part}"
+    BUILD, WINDOWS = build, (build / "bin/zeb.exe").exists()
+    PREFIX = ROOT / f"build/wine-tools-{worker}"
+
+
+def libraries():
+    """The files of the library: one DLL, or a shared object under each of its names."""
+    return sorted((BUILD / "bin").glob("zebapi*.dll" if WINDOWS else "libzebapi.so*"))
 
 
 def teardown():
