@@ -13,13 +13,22 @@ function(zeb_interface_version target)
   endif()
 endfunction()
 
+# zeb_dll_name(TARGET RESULT): the file name of a DLL.
+function(zeb_dll_name target result)
+  get_target_property(name ${target} RUNTIME_OUTPUT_NAME)
+  if(NOT name)
+    set(name ${target})
+  endif()
+  set(${result} ${name}.dll PARENT_SCOPE)
+endfunction()
+
 # zeb_version(TARGET DESCRIPTION): a DLL says which version it is, by a version resource.
 function(zeb_version target description)
   if(NOT WIN32)
     return()
   endif()
   string(REPLACE "." "," numbers ${PROJECT_VERSION}.0)
-  set(name ${target}.dll)
+  zeb_dll_name(${target} name)
   set(script ${CMAKE_CURRENT_BINARY_DIR}/${target}-version.rc)
   configure_file(${CMAKE_SOURCE_DIR}/cmake/version.rc.in ${script} @ONLY)
   find_program(ZEB_RESOURCE_COMPILER NAMES ${CMAKE_RC_COMPILER} rc llvm-rc llvm-rc-14 REQUIRED)

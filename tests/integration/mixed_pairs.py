@@ -38,8 +38,8 @@ class Pairs(unittest.TestCase):
         """A folder with the programs and the library of one build, and the provider of the other."""
         folder = self.folder / f"{library.name}-over-{provider.name}"
         folder.mkdir()
-        for name in ("zebapi.dll", *programs):
-            shutil.copy(library / "bin" / name, folder)
+        for file in (*(library / "bin").glob("zebapi*.dll"), *(library / "bin" / name for name in programs)):
+            shutil.copy(file, folder)
         shutil.copy(provider / "bin/zebstore.dll", folder)
         return folder
 

@@ -210,7 +210,7 @@ class DoctorWithoutProvider(World):
         self.assertEqual(verdict["path"], "/nowhere/provider.so")
 
     def test_names_the_export_that_is_missing(self):
-        library = world.BUILD / "bin" / ("zebapi.dll" if world.WINDOWS else "libzebapi.so")
+        library = world.libraries()[0]
         if world.WINDOWS:
             done = self.zeb("provider", "install", "--dll", "Z:" + str(library).replace("/", "\\"), code=1)
             self.one_sentence(done, ["is not a MAPI provider", "MAPIInitialize"])
@@ -332,9 +332,8 @@ class Provider(World):
 
     def test_a_provider_that_is_missing_has_the_name_of_this_system(self):
         tool = "zeb.exe" if world.WINDOWS else "zeb"
-        library = ["zebapi.dll"] if world.WINDOWS else ["libzebapi.so"]
-        for name in [tool, *library]:
-            shutil.copy(world.BUILD / "bin" / name, self.folder / name)
+        for file in [world.BUILD / "bin" / tool, *world.libraries()]:
+            shutil.copy(file, self.folder)
         command = [str(world.ROOT / "scripts/wine-run.sh")] if world.WINDOWS else []
         more = {} if world.WINDOWS else {"LD_LIBRARY_PATH": str(self.folder)}
         done = subprocess.run([*command, str(self.folder / tool), "provider", "install"], stderr=subprocess.PIPE, check=False,

@@ -102,8 +102,8 @@ class Machine(World):
         suffix = ".exe" if world.WINDOWS else ""
         own = self.folder / "bin"
         own.mkdir()
-        for name in (f"zeb{suffix}", "zebapi.dll" if world.WINDOWS else "libzebapi.so"):
-            shutil.copy(world.BUILD / "bin" / name, own / name)
+        for file in (world.BUILD / "bin" / f"zeb{suffix}", *world.libraries()):
+            shutil.copy(file, own)
         shutil.copy(world.BUILD / "bin/mapi_stub.dll", own / "MAPI32.DLL")
         self.program = str(own / f"zeb{suffix}")
 
