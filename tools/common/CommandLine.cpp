@@ -4,6 +4,11 @@
 #include "tools/common/Help.h"
 #include "tools/common/Output.h"
 
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <utility>
+
 namespace zeb::tools
 {
 namespace
@@ -105,32 +110,140 @@ std::string UsageText(const CLI::App& app, const CLI::ParseError& error)
 
 } // namespace
 
-void PrepareCommandLine(CLI::App& app)
+Option Option::Required() const
 {
-    app.require_subcommand(1);
-    app.formatter(std::make_shared<HelpFormatter>());
-    app.allow_windows_style_options(false); // "/Inbox" is a folder on either system
-    app.set_version_flag("--version", app.get_name() + " " + ZEB_VERSION);
+    return Option(m_option->required());
 }
 
-std::optional<int> ReadCommandLine(CLI::App& app, std::vector<std::string> arguments)
+Option Option::Type(const char* word) const
+{
+    return Option(m_option->type_name(word));
+}
+
+Option Option::Group(const char* heading) const
+{
+    return Option(m_option->group(heading));
+}
+
+Option Option::OneOf(std::initializer_list<const char*> words) const
+{
+    return Option(m_option->check(CLI::IsMember(std::vector<std::string>(words.begin(), words.end()))));
+}
+
+Option Option::Between(std::uint64_t least, std::uint64_t most) const
+{
+    return Option(m_option->check(CLI::Range(least, most)));
+}
+
+Option Option::Expect(int least, int most) const
+{
+    return Option(m_option->expected(least, most));
+}
+
+Option Option::TakeAll() const
+{
+    return Option(m_option->take_all());
+}
+
+Option Option::OneValueEach() const
+{
+    return Option(m_option->allow_extra_args(false));
+}
+
+Option Option::ShowDefault() const
+{
+    return Option(m_option->capture_default_str());
+}
+
+Option Option::Excludes(const Option& other) const
+{
+    return Option(m_option->excludes(other.m_option));
+}
+
+Option Option::Excludes(const char* other) const
+{
+    return Option(m_option->excludes(other));
+}
+
+Command Command::AddCommand(const char* name, const char* help) const
+{
+    return {m_app->add_subcommand(name, help), m_chosen};
+}
+
+Option Command::AddOption(const char* name, std::string& value, const char* help) const
+{
+    return Option(m_app->add_option(name, value, help));
+}
+
+Option Command::AddOption(const char* name, std::vector<std::string>& values, const char* help) const
+{
+    return Option(m_app->add_option(name, values, help));
+}
+
+Option Command::AddOption(const char* name, ULONG& value, const char* help) const
+{
+    return Option(m_app->add_option(name, value, help));
+}
+
+Option Command::AddOption(const char* name, std::uint64_t& value, const char* help) const
+{
+    return Option(m_app->add_option(name, value, help));
+}
+
+Option Command::AddFlag(const char* name, bool& value, const char* help) const
+{
+    return Option(m_app->add_flag(name, value, help));
+}
+
+void Command::NeedsCommand() const
+{
+    m_app->require_subcommand(1);
+}
+
+void Command::Footer(const char* text) const
+{
+    m_app->footer(text);
+}
+
+void Command::Runs(std::function<int()> action) const
+{
+    m_app->callback([chosen = m_chosen, action = std::move(action)] { *chosen = action; });
+}
+
+CommandLine::CommandLine(const char* name, const char* help)
+    : m_app(std::make_unique<CLI::App>(help, name))
+{
+    m_app->require_subcommand(1);
+    m_app->formatter(std::make_shared<HelpFormatter>());
+    m_app->allow_windows_style_options(false); // "/Inbox" is a folder on either system
+    m_app->set_version_flag("--version", std::string(name) + " " + ZEB_VERSION);
+}
+
+CommandLine::~CommandLine() = default;
+
+Command CommandLine::Root()
+{
+    return {m_app.get(), &m_chosen};
+}
+
+int CommandLine::Run(std::vector<std::string> arguments)
 {
     try
     {
         std::reverse(arguments.begin(), arguments.end()); // as CLI11 takes them
-        app.parse(std::move(arguments));
-        return std::nullopt;
+        m_app->parse(std::move(arguments));
     }
     catch (const CLI::Success& success)
     {
-        app.exit(success);
+        m_app->exit(success);
         return ExitDone;
     }
     catch (const CLI::ParseError& error)
     {
-        Complain(app.get_name().c_str(), UsageText(app, error));
+        Complain(m_app->get_name().c_str(), UsageText(*m_app, error));
         return ExitUsage;
     }
+    return RunTool(m_app->get_name().c_str(), m_chosen);
 }
 
 } // namespace zeb::tools

@@ -8,8 +8,6 @@
 #include "tools/zeb-import/MimeSource.h"
 #include "tools/zeb-import/PstSource.h"
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 #include <memory>
 
@@ -109,26 +107,23 @@ int Import(const Options& options, MailSource& source)
 }
 
 template <typename Source>
-void AddKind(CLI::App& app, const std::shared_ptr<Options>& options, std::function<int()>& action, const char* name,
-             const char* what, const char* argument)
+void AddKind(Command app, const std::shared_ptr<Options>& options, const char* name, const char* what,
+             const char* argument)
 {
-    CLI::App* command = app.add_subcommand(name, what);
-    command->add_option("input", options->input, "The source to read")->required()->type_name(argument);
+    Command command = app.AddCommand(name, what);
+    command.AddOption("input", options->input, "The source to read").Required().Type(argument);
     command
-        ->add_option("--inbox", options->inbox,
-                     "A source folder that becomes the inbox, by its path (\"Top/Sub\"); several are merged")
-        ->type_name("PATH")
-        ->expected(1)
-        ->take_all();
-    command->add_option("--profile", options->profile, "The profile to log on to; without it the default profile")
-        ->type_name("NAME");
-    command->callback([options, &action]
+        .AddOption("--inbox", options->inbox,
+                   "A source folder that becomes the inbox, by its path (\"Top/Sub\"); several are merged")
+        .Type("PATH")
+        .Expect(1)
+        .TakeAll();
+    command.AddOption("--profile", options->profile, "The profile to log on to; without it the default profile")
+        .Type("NAME");
+    command.Runs([options]
     {
-        action = [options]
-        {
-            Source source(options->input);
-            return Import(*options, source);
-        };
+        Source source(options->input);
+        return Import(*options, source);
     });
 }
 
@@ -137,18 +132,13 @@ void AddKind(CLI::App& app, const std::shared_ptr<Options>& options, std::functi
 int main(int argc, char** argv)
 {
     zeb::platform::PrepareConsole();
-    CLI::App app("Imports mail into the default store of a profile.", "zeb-import");
-    PrepareCommandLine(app);
-    app.footer("Exit codes: 0 done, 1 failed, 2 wrong usage, 3 done except for the items that were reported as "
+    CommandLine line("zeb-import", "Imports mail into the default store of a profile.");
+    const Command app = line.Root();
+    app.Footer("Exit codes: 0 done, 1 failed, 2 wrong usage, 3 done except for the items that were reported as "
                "skipped or repaired.");
     const auto options = std::make_shared<Options>();
-    std::function<int()> action;
-    AddKind<PstSource>(app, options, action, "pst", "Imports a PST or OST file with every property", "FILE");
-    AddKind<MboxSource>(app, options, action, "mbox", "Imports an mbox file", "FILE");
-    AddKind<EmlSource>(app, options, action, "eml", "Imports a folder of .eml files, a Maildir, or one file", "PATH");
-    if (const auto code = ReadCommandLine(app, zeb::platform::Arguments(argc, argv)))
-    {
-        return *code;
-    }
-    return RunTool("zeb-import", action);
+    AddKind<PstSource>(app, options, "pst", "Imports a PST or OST file with every property", "FILE");
+    AddKind<MboxSource>(app, options, "mbox", "Imports an mbox file", "FILE");
+    AddKind<EmlSource>(app, options, "eml", "Imports a folder of .eml files, a Maildir, or one file", "PATH");
+    return line.Run(zeb::platform::Arguments(argc, argv));
 }

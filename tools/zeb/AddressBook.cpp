@@ -312,52 +312,48 @@ int List(AddressBookHost& host, const Options& options)
 
 using Body = int (*)(AddressBookHost&, const Options&);
 
-CLI::App* AddCommand(CLI::App& group, const char* name, const char* help, Body body,
-                     const std::shared_ptr<Options>& options, Action& action)
+Command AddCommand(Command group, const char* name, const char* help, Body body,
+                   const std::shared_ptr<Options>& options)
 {
-    CLI::App* command = group.add_subcommand(name, help);
-    AddProfileOption(*command, options->profile);
-    command->add_flag("--wab", options->wab, "Read the Windows Address Book instead of a profile's");
-    command->add_flag("--json", options->json, "Print JSON");
-    command->callback([options, body, &action]
+    Command command = group.AddCommand(name, help);
+    AddProfileOption(command, options->profile);
+    command.AddFlag("--wab", options->wab, "Read the Windows Address Book instead of a profile's");
+    command.AddFlag("--json", options->json, "Print JSON");
+    command.Runs([options, body]
     {
-        action = [options, body]
-        {
-            AddressBookHost host(options->profile, options->wab);
-            return body(host, *options);
-        };
+        AddressBookHost host(options->profile, options->wab);
+        return body(host, *options);
     });
     return command;
 }
 
 } // namespace
 
-void AddAddressBook(CLI::App& app, Action& action)
+void AddAddressBook(Command app)
 {
-    CLI::App* group = app.add_subcommand("ab", "Shows the address book");
-    group->require_subcommand(1);
+    Command group = app.AddCommand("ab", "Shows the address book");
+    group.NeedsCommand();
     auto options = std::make_shared<Options>();
 
-    CLI::App* list = AddCommand(*group, "list", "Lists the containers, or the entries of one sorted by name", &List,
-                                options, action);
-    list->add_option("container", options->subject,
-                     "The container's name, or its entry identifier in hexadecimal digits")
-        ->type_name("CONTAINER");
-    AddCountOption(*list, "--limit", options->limit, "List only the first N entries");
+    Command list =
+        AddCommand(group, "list", "Lists the containers, or the entries of one sorted by name", &List, options);
+    list.AddOption("container", options->subject, "The container's name, or its entry identifier in hexadecimal digits")
+        .Type("CONTAINER");
+    AddCountOption(list, "--limit", options->limit, "List only the first N entries");
 
-    CLI::App* show = AddCommand(*group, "show", "Shows an entry with its properties, and the members of a list", &Show,
-                                options, action);
-    show->add_option("entry", options->subject, "The entry's name, address, or entry identifier in hexadecimal digits")
-        ->required()
-        ->type_name("ENTRY");
-    show->add_flag("--expand", options->expand, "Show the members of lists inside the list, each once");
+    Command show =
+        AddCommand(group, "show", "Shows an entry with its properties, and the members of a list", &Show, options);
+    show.AddOption("entry", options->subject, "The entry's name, address, or entry identifier in hexadecimal digits")
+        .Required()
+        .Type("ENTRY");
+    show.AddFlag("--expand", options->expand, "Show the members of lists inside the list, each once");
 
-    CLI::App* compare = AddCommand(*group, "compare", "Compares two entry identifiers: do they name the same entry",
-                                   &Compare, options, action);
-    compare->add_option("first", options->subject, "The first entry identifier in hexadecimal digits")
-        ->required()
-        ->type_name("A");
-    compare->add_option("second", options->other, "The second entry identifier")->required()->type_name("B");
+    Command compare =
+        AddCommand(group, "compare", "Compares two entry identifiers: do they name the same entry", &Compare, options);
+    compare.AddOption("first", options->subject, "The first entry identifier in hexadecimal digits")
+        .Required()
+        .Type("A");
+    compare.AddOption("second", options->other, "The second entry identifier").Required().Type("B");
 }
 
 } // namespace zeb::tools

@@ -203,15 +203,15 @@ int Run(bool json)
 
 } // namespace
 
-void AddDoctor(CLI::App& app, Action& action)
+void AddDoctor(Command app)
 {
     auto json = std::make_shared<bool>(false);
-    CLI::App* command = app.add_subcommand(
+    Command command = app.AddCommand(
         "doctor",
         "Searches for a MAPI provider like the library and reports the result of each step; exit code 1 when none "
         "is usable");
-    command->add_flag("--json", *json, "Print JSON");
-    command->callback([json, &action] { action = [json] { return Run(*json); }; });
+    command.AddFlag("--json", *json, "Print JSON");
+    command.Runs([json] { return Run(*json); });
 }
 
 } // namespace zeb::tools

@@ -202,10 +202,10 @@ int Run(const Options& options)
     return ExitDone;
 }
 
-void AddCriteria(CLI::App& command, CriteriaText& criteria)
+void AddCriteria(Command command, CriteriaText& criteria)
 {
     const auto add = [&](const char* name, std::string& value, const char* type, const char* help)
-    { command.add_option(name, value, help)->type_name(type)->group("Conditions"); };
+    { command.AddOption(name, value, help).Type(type).Group("Conditions"); };
     add("--subject", criteria.subject, "TEXT", "The subject contains the text, in any letter case");
     add("--from", criteria.from, "TEXT", "The name or address of the sender contains the text");
     add("--since", criteria.since, "DATE", "Sent at or after: 2026-01-02, 2026-01-02T03:04:05+01:00, yesterday, 7d");
@@ -213,30 +213,29 @@ void AddCriteria(CLI::App& command, CriteriaText& criteria)
     add("--size", criteria.size, "BYTES", "At least this size: 1500, 10k, 2M");
     add("--max-size", criteria.maxSize, "BYTES", "At most this size");
     add("--class", criteria.messageClass, "CLASS", "The message class begins with the text, such as IPM.Note");
-    command.add_flag("--unread", criteria.unread, "Unread messages")->group("Conditions");
-    command.add_flag("--attachments", criteria.attachments, "Messages with attachments")->group("Conditions");
-    command.add_flag("--or", criteria.any, "Match any of the conditions instead of all")->group("Conditions");
+    command.AddFlag("--unread", criteria.unread, "Unread messages").Group("Conditions");
+    command.AddFlag("--attachments", criteria.attachments, "Messages with attachments").Group("Conditions");
+    command.AddFlag("--or", criteria.any, "Match any of the conditions instead of all").Group("Conditions");
 }
 
 } // namespace
 
-void AddFind(CLI::App& app, Action& action)
+void AddFind(Command app)
 {
     auto options = std::make_shared<Options>();
-    CLI::App* command =
-        app.add_subcommand("find", "Lists the messages of a folder, all or those that match conditions");
-    AddProfileOption(*command, options->profile);
-    AddFolderArgument(*command, options->folder);
-    AddCriteria(*command, options->criteria);
-    command->add_flag("-r,--recursive", options->recursive, "Search the subfolders too");
-    command->add_flag("--associated", options->associated, "Search the hidden (associated) messages");
-    AddCountOption(*command, "--limit", options->limit, "List only the first N messages");
-    AddSortOption(*command, options->sort);
-    AddUtcOption(*command, options->criteria.utc);
-    command->add_flag("--json", options->json, "Print JSON");
-    command->footer("The # is the message's number in its folder, which the other commands accept; 1 is the "
-                    "oldest message.");
-    command->callback([options, &action] { action = [options] { return Run(*options); }; });
+    Command command = app.AddCommand("find", "Lists the messages of a folder, all or those that match conditions");
+    AddProfileOption(command, options->profile);
+    AddFolderArgument(command, options->folder);
+    AddCriteria(command, options->criteria);
+    command.AddFlag("-r,--recursive", options->recursive, "Search the subfolders too");
+    command.AddFlag("--associated", options->associated, "Search the hidden (associated) messages");
+    AddCountOption(command, "--limit", options->limit, "List only the first N messages");
+    AddSortOption(command, options->sort);
+    AddUtcOption(command, options->criteria.utc);
+    command.AddFlag("--json", options->json, "Print JSON");
+    command.Footer("The # is the message's number in its folder, which the other commands accept; 1 is the "
+                   "oldest message.");
+    command.Runs([options] { return Run(*options); });
 }
 
 } // namespace zeb::tools

@@ -197,43 +197,40 @@ int Information(const Options& options)
     return ExitDone;
 }
 
-CLI::App* AddCommand(CLI::App& app, Action& action, Options& options, const char* name, const char* help,
-                     const std::function<int()>& body)
+Command AddCommand(Command app, Options& options, const char* name, const char* help, const std::function<int()>& body)
 {
-    CLI::App* command = app.add_subcommand(name, help);
-    AddProfileOption(*command, options.profile);
-    AddFolderArgument(*command, options.folder);
-    command->callback([body, &action] { action = body; });
+    Command command = app.AddCommand(name, help);
+    AddProfileOption(command, options.profile);
+    AddFolderArgument(command, options.folder);
+    command.Runs(body);
     return command;
 }
 
 } // namespace
 
-void AddFolderCommands(CLI::App& app, Action& action)
+void AddFolderCommands(Command app)
 {
     auto options = std::make_shared<Options>();
-    CLI::App* make =
-        AddCommand(app, action, *options, "mkdir", "Creates a folder", [options] { return MakeFolder(*options); });
-    make->add_flag("-p,--parents", options->parents,
-                   "Create missing parent folders too; not an error when the folder exists");
+    Command make = AddCommand(app, *options, "mkdir", "Creates a folder", [options] { return MakeFolder(*options); });
+    make.AddFlag("-p,--parents", options->parents,
+                 "Create missing parent folders too; not an error when the folder exists");
 
-    CLI::App* remove = AddCommand(app, action, *options, "rmdir", "Deletes a folder permanently",
-                                  [options] { return RemoveFolder(*options); });
-    remove->add_flag("-r,--recursive", options->recursive, "Delete its messages and subfolders too");
-    AddYesOption(*remove, options->yes);
+    Command remove = AddCommand(app, *options, "rmdir", "Deletes a folder permanently",
+                                [options] { return RemoveFolder(*options); });
+    remove.AddFlag("-r,--recursive", options->recursive, "Delete its messages and subfolders too");
+    AddYesOption(remove, options->yes);
 
-    CLI::App* empty = AddCommand(app, action, *options, "empty",
-                                 "Deletes the contents of a folder, including subfolders, permanently",
-                                 [options] { return Empty(*options); });
-    empty->add_flag("--associated", options->associated, "Delete the hidden (associated) messages too");
-    AddYesOption(*empty, options->yes);
+    Command empty =
+        AddCommand(app, *options, "empty", "Deletes the contents of a folder, including subfolders, permanently",
+                   [options] { return Empty(*options); });
+    empty.AddFlag("--associated", options->associated, "Delete the hidden (associated) messages too");
+    AddYesOption(empty, options->yes);
 
-    CLI::App* information =
-        AddCommand(app, action, *options, "info", "Shows the library's information message of a folder",
-                   [options] { return Information(*options); });
-    information->add_flag("--create", options->create, "Create the message when there is none");
-    AddUtcOption(*information, options->utc);
-    information->add_flag("--json", options->json, "Print JSON");
+    Command information = AddCommand(app, *options, "info", "Shows the library's information message of a folder",
+                                     [options] { return Information(*options); });
+    information.AddFlag("--create", options->create, "Create the message when there is none");
+    AddUtcOption(information, options->utc);
+    information.AddFlag("--json", options->json, "Print JSON");
 }
 
 } // namespace zeb::tools

@@ -135,14 +135,14 @@ int Run(const Options& options)
 
 } // namespace
 
-void AddFolders(CLI::App& app, Action& action)
+void AddFolders(Command app)
 {
     auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand("folders", "Shows the folders of the default store as a tree");
-    AddProfileOption(*command, options->profile);
-    command->add_flag("--all", options->all, "Begin at the store's root instead of the top of the mail folders");
-    command->add_flag("--json", options->json, "Print JSON");
-    command->callback([options, &action] { action = [options] { return Run(*options); }; });
+    Command command = app.AddCommand("folders", "Shows the folders of the default store as a tree");
+    AddProfileOption(command, options->profile);
+    command.AddFlag("--all", options->all, "Begin at the store's root instead of the top of the mail folders");
+    command.AddFlag("--json", options->json, "Print JSON");
+    command.Runs([options] { return Run(*options); });
 }
 
 } // namespace zeb::tools

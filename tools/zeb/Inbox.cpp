@@ -71,16 +71,16 @@ int Run(const Options& options)
 
 } // namespace
 
-void AddInbox(CLI::App& app, Action& action)
+void AddInbox(Command app)
 {
     auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand("inbox", "Lists the messages of the inbox");
-    AddProfileOption(*command, options->profile);
-    AddCountOption(*command, "--limit", options->limit, "List only the first N messages");
-    AddSortOption(*command, options->sort);
-    AddUtcOption(*command, options->utc);
-    command->add_flag("--json", options->json, "Print JSON");
-    command->callback([options, &action] { action = [options] { return Run(*options); }; });
+    Command command = app.AddCommand("inbox", "Lists the messages of the inbox");
+    AddProfileOption(command, options->profile);
+    AddCountOption(command, "--limit", options->limit, "List only the first N messages");
+    AddSortOption(command, options->sort);
+    AddUtcOption(command, options->utc);
+    command.AddFlag("--json", options->json, "Print JSON");
+    command.Runs([options] { return Run(*options); });
 }
 
 } // namespace zeb::tools

@@ -247,17 +247,17 @@ int Run(const Options& options)
 
 } // namespace
 
-void AddLoad(CLI::App& app, Action& action)
+void AddLoad(Command app)
 {
     auto options = std::make_shared<Options>();
-    CLI::App* command =
-        app.add_subcommand("load", "Loads messages and address book entries from a .jsonl file, one per line");
-    AddProfileOption(*command, options->profile);
-    command->add_option("file", options->file, "The file to load")->required()->type_name("FILE.jsonl");
-    command->add_option("--from-line", options->fromLine, "Begin at line N, to continue where a load stopped")
-        ->type_name("N")
-        ->check(CLI::Range(uint64_t{1}, uint64_t{1'000'000'000'000}));
-    command->callback([options, &action] { action = [options] { return Run(*options); }; });
+    Command command =
+        app.AddCommand("load", "Loads messages and address book entries from a .jsonl file, one per line");
+    AddProfileOption(command, options->profile);
+    command.AddOption("file", options->file, "The file to load").Required().Type("FILE.jsonl");
+    command.AddOption("--from-line", options->fromLine, "Begin at line N, to continue where a load stopped")
+        .Type("N")
+        .Between(uint64_t{1}, uint64_t{1'000'000'000'000});
+    command.Runs([options] { return Run(*options); });
 }
 
 } // namespace zeb::tools

@@ -288,64 +288,64 @@ constexpr const char* HowToName =
     "A message is given by its folder and its number there (the # of 'zeb find') or its subject, or by its "
     "entry identifier alone; subject:123 means the subject 123.";
 
-void AddTransfer(CLI::App& app, Action& action, const char* name, const char* help, bool move)
+void AddTransfer(Command app, const char* name, const char* help, bool move)
 {
     auto options = std::make_shared<Options>();
     options->move = move;
-    CLI::App* command = app.add_subcommand(name, help);
-    AddProfileOption(*command, options->profile);
+    Command command = app.AddCommand(name, help);
+    AddProfileOption(command, options->profile);
     command
-        ->add_option("objects", options->arguments,
-                     "A folder and the target folder; or a folder, its messages, and the target folder. A "
-                     "folder may get a new name")
-        ->required()
-        ->expected(2, 10000)
-        ->type_name("FOLDER [MESSAGE...] TARGET");
-    command->footer(HowToName);
-    command->callback([options, &action] { action = [options] { return Transfer(*options); }; });
+        .AddOption("objects", options->arguments,
+                   "A folder and the target folder; or a folder, its messages, and the target folder. A "
+                   "folder may get a new name")
+        .Required()
+        .Expect(2, 10000)
+        .Type("FOLDER [MESSAGE...] TARGET");
+    command.Footer(HowToName);
+    command.Runs([options] { return Transfer(*options); });
 }
 
-void AddAssignments(CLI::App& command, Options& options, const char* type, const char* help)
+void AddAssignments(Command command, Options& options, const char* type, const char* help)
 {
     AddProfileOption(command, options.profile);
-    command.add_option("arguments", options.arguments, help)->required()->expected(1, 10000)->type_name(type);
-    command.footer("Properties are named and written as in the files of 'zeb load': PR_SUBJECT=Hello, "
+    command.AddOption("arguments", options.arguments, help).Required().Expect(1, 10000).Type(type);
+    command.Footer("Properties are named and written as in the files of 'zeb load': PR_SUBJECT=Hello, "
                    "PR_IMPORTANCE=2, PR_START_DATE=2026-01-02T03:04:05Z, 0x68001003=[1,2], "
                    "{GUID}:PT_LONG:id:0x8503=7.");
 }
 
 } // namespace
 
-void AddMessageCommands(CLI::App& app, Action& action)
+void AddMessageCommands(Command app)
 {
-    AddTransfer(app, action, "mv", "Moves messages, or a folder with all its contents", true);
-    AddTransfer(app, action, "cp", "Copies messages, or a folder with all its contents", false);
+    AddTransfer(app, "mv", "Moves messages, or a folder with all its contents", true);
+    AddTransfer(app, "cp", "Copies messages, or a folder with all its contents", false);
 
     auto removal = std::make_shared<Options>();
-    CLI::App* remove = app.add_subcommand("rm", "Moves messages to the deleted items, or deletes them permanently");
-    AddProfileOption(*remove, removal->profile);
-    remove->add_option("messages", removal->arguments, "A folder and its messages")
-        ->required()
-        ->expected(1, 10000)
-        ->type_name("FOLDER MESSAGE...");
-    remove->add_flag("--hard", removal->hard, "Delete permanently");
-    AddYesOption(*remove, removal->yes);
-    remove->footer(HowToName);
-    remove->callback([removal, &action] { action = [removal] { return Delete(*removal); }; });
+    Command remove = app.AddCommand("rm", "Moves messages to the deleted items, or deletes them permanently");
+    AddProfileOption(remove, removal->profile);
+    remove.AddOption("messages", removal->arguments, "A folder and its messages")
+        .Required()
+        .Expect(1, 10000)
+        .Type("FOLDER MESSAGE...");
+    remove.AddFlag("--hard", removal->hard, "Delete permanently");
+    AddYesOption(remove, removal->yes);
+    remove.Footer(HowToName);
+    remove.Runs([removal] { return Delete(*removal); });
 
     auto made = std::make_shared<Options>();
-    CLI::App* create = app.add_subcommand("new", "Creates a message");
-    AddAssignments(*create, *made, "FOLDER [NAME=VALUE...]", "The folder, and the message's properties");
-    create->add_flag("--associated", made->associated, "Create a hidden (associated) message");
-    create->callback([made, &action] { action = [made] { return New(*made); }; });
+    Command create = app.AddCommand("new", "Creates a message");
+    AddAssignments(create, *made, "FOLDER [NAME=VALUE...]", "The folder, and the message's properties");
+    create.AddFlag("--associated", made->associated, "Create a hidden (associated) message");
+    create.Runs([made] { return New(*made); });
 
     auto changed = std::make_shared<Options>();
-    CLI::App* set = app.add_subcommand("set", "Changes properties of a message or folder, all or none");
-    AddAssignments(*set, *changed, "FOLDER [MESSAGE] [NAME=VALUE...]", "The message or folder, and the changes");
-    set->add_option("--delete", changed->removals, "Delete a property")->type_name("NAME")->allow_extra_args(false);
-    CLI::Option* read = set->add_flag("--read", changed->read, "Mark a message as read");
-    set->add_flag("--unread", changed->unread, "Mark a message as unread")->excludes(read);
-    set->callback([changed, &action] { action = [changed] { return Set(*changed); }; });
+    Command set = app.AddCommand("set", "Changes properties of a message or folder, all or none");
+    AddAssignments(set, *changed, "FOLDER [MESSAGE] [NAME=VALUE...]", "The message or folder, and the changes");
+    set.AddOption("--delete", changed->removals, "Delete a property").Type("NAME").OneValueEach();
+    Option read = set.AddFlag("--read", changed->read, "Mark a message as read");
+    set.AddFlag("--unread", changed->unread, "Mark a message as unread").Excludes(read);
+    set.Runs([changed] { return Set(*changed); });
 }
 
 } // namespace zeb::tools

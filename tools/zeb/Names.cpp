@@ -239,31 +239,31 @@ int ShowEntryId(const Options& options)
 
 } // namespace
 
-void AddNames(CLI::App& app, Action& action)
+void AddNames(Command app)
 {
     auto options = std::make_shared<Options>();
-    CLI::App* name = app.add_subcommand("name", "Shows the name of a MAPI constant");
-    name->add_option("table", options->table,
-                     "The table, such as PropTags; without it the tables are listed. Or a value, to search "
-                     "all tables")
-        ->type_name("TABLE");
-    name->add_option("value", options->value,
-                     "The value, decimal or 0x hexadecimal; without it the whole table is listed")
-        ->type_name("VALUE");
-    name->add_flag("--json", options->json, "Print JSON");
-    name->callback([options, &action] { action = [options] { return ShowName(*options); }; });
+    Command name = app.AddCommand("name", "Shows the name of a MAPI constant");
+    name.AddOption("table", options->table,
+                   "The table, such as PropTags; without it the tables are listed. Or a value, to search "
+                   "all tables")
+        .Type("TABLE");
+    name.AddOption("value", options->value,
+                   "The value, decimal or 0x hexadecimal; without it the whole table is listed")
+        .Type("VALUE");
+    name.AddFlag("--json", options->json, "Print JSON");
+    name.Runs([options] { return ShowName(*options); });
 
-    CLI::App* value = app.add_subcommand("value", "Shows the value of a MAPI constant");
-    value->add_option("table", options->table, "The table; 'zeb name' lists them")->required()->type_name("TABLE");
-    value->add_option("name", options->name, "The constant's name, in its letter case")->required()->type_name("NAME");
-    value->add_flag("--json", options->json, "Print JSON");
-    value->callback([options, &action] { action = [options] { return ShowValue(*options); }; });
+    Command value = app.AddCommand("value", "Shows the value of a MAPI constant");
+    value.AddOption("table", options->table, "The table; 'zeb name' lists them").Required().Type("TABLE");
+    value.AddOption("name", options->name, "The constant's name, in its letter case").Required().Type("NAME");
+    value.AddFlag("--json", options->json, "Print JSON");
+    value.Runs([options] { return ShowValue(*options); });
 
-    CLI::App* eid = app.add_subcommand("eid", "Decodes an entry identifier");
-    eid->add_option("hex", options->hex, "The identifier in hexadecimal text; - reads it from standard input")
-        ->required()
-        ->type_name("HEX");
-    eid->callback([options, &action] { action = [options] { return ShowEntryId(*options); }; });
+    Command eid = app.AddCommand("eid", "Decodes an entry identifier");
+    eid.AddOption("hex", options->hex, "The identifier in hexadecimal text; - reads it from standard input")
+        .Required()
+        .Type("HEX");
+    eid.Runs([options] { return ShowEntryId(*options); });
 }
 
 } // namespace zeb::tools

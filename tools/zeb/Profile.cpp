@@ -192,34 +192,33 @@ int Default(const Options& options)
 
 } // namespace
 
-void AddProfile(CLI::App& app, Action& action)
+void AddProfile(Command app)
 {
     auto options = std::make_shared<Options>();
-    CLI::App* profile = app.add_subcommand("profile", "Manages profiles");
-    profile->require_subcommand(1);
+    Command profile = app.AddCommand("profile", "Manages profiles");
+    profile.NeedsCommand();
 
-    CLI::App* list = profile->add_subcommand("list", "Lists the profiles; * marks the default profile");
-    list->add_flag("--json", options->json, "Print JSON");
-    list->callback([options, &action] { action = [options] { return List(*options); }; });
+    Command list = profile.AddCommand("list", "Lists the profiles; * marks the default profile");
+    list.AddFlag("--json", options->json, "Print JSON");
+    list.Runs([options] { return List(*options); });
 
-    CLI::App* create = profile->add_subcommand("create", "Creates a profile with one zebstore store");
-    create->add_option("name", options->name, "The profile's name")->required()->type_name("NAME");
-    create->add_option("--store", options->store, "The store's file; created when it does not exist")
-        ->type_name("FILE");
+    Command create = profile.AddCommand("create", "Creates a profile with one zebstore store");
+    create.AddOption("name", options->name, "The profile's name").Required().Type("NAME");
+    create.AddOption("--store", options->store, "The store's file; created when it does not exist").Type("FILE");
     create
-        ->add_option("--durability", options->durability,
-                     "normal: a commit survives the death of the process; full: also the loss of power")
-        ->check(CLI::IsMember({"normal", "full"}));
-    create->add_flag("--default", options->makeDefault, "Make it the default profile");
-    create->callback([options, &action] { action = [options] { return Create(*options); }; });
+        .AddOption("--durability", options->durability,
+                   "normal: a commit survives the death of the process; full: also the loss of power")
+        .OneOf({"normal", "full"});
+    create.AddFlag("--default", options->makeDefault, "Make it the default profile");
+    create.Runs([options] { return Create(*options); });
 
-    CLI::App* remove = profile->add_subcommand("delete", "Deletes a profile; its store file is kept");
-    remove->add_option("name", options->name, "The profile's name")->required()->type_name("NAME");
-    remove->callback([options, &action] { action = [options] { return Delete(*options); }; });
+    Command remove = profile.AddCommand("delete", "Deletes a profile; its store file is kept");
+    remove.AddOption("name", options->name, "The profile's name").Required().Type("NAME");
+    remove.Runs([options] { return Delete(*options); });
 
-    CLI::App* choose = profile->add_subcommand("default", "Shows the default profile, or makes NAME the default");
-    choose->add_option("name", options->name, "The profile's name")->type_name("NAME");
-    choose->callback([options, &action] { action = [options] { return Default(*options); }; });
+    Command choose = profile.AddCommand("default", "Shows the default profile, or makes NAME the default");
+    choose.AddOption("name", options->name, "The profile's name").Type("NAME");
+    choose.Runs([options] { return Default(*options); });
 }
 
 } // namespace zeb::tools

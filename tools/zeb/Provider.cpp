@@ -177,27 +177,26 @@ std::string VerdictOn(const ProviderCandidate& candidate)
     return VerdictOn(candidate.found);
 }
 
-void AddProvider(CLI::App& app, Action& action)
+void AddProvider(Command app)
 {
     auto options = std::make_shared<Options>();
-    CLI::App* provider = app.add_subcommand("provider", "Registers MAPI providers");
-    provider->require_subcommand(1);
-    CLI::App* install = provider->add_subcommand(
+    Command provider = app.AddCommand("provider", "Registers MAPI providers");
+    provider.NeedsCommand();
+    Command install = provider.AddCommand(
         "install", "Registers a provider in the mail client's registry entry, where the library searches first");
-    install->add_option("--dll", options->file, "The provider's file; without it the zebstore in zeb's own folder")
-        ->type_name("PATH");
-    install->add_flag("--wab", options->wab, "Register it as the Windows Address Book too");
-    install->add_flag("--replace", options->replace,
-                      "Replace another provider and save its entry; without this option that is refused");
-    install->callback([options, &action] { action = [options] { return Install(*options); }; });
+    install.AddOption("--dll", options->file, "The provider's file; without it the zebstore in zeb's own folder")
+        .Type("PATH");
+    install.AddFlag("--wab", options->wab, "Register it as the Windows Address Book too");
+    install.AddFlag("--replace", options->replace,
+                    "Replace another provider and save its entry; without this option that is refused");
+    install.Runs([options] { return Install(*options); });
 
-    CLI::App* remove =
-        provider->add_subcommand("remove", "Removes what install registered, and restores what it replaced");
-    remove->callback([&action] { action = [] { return Remove(); }; });
+    Command remove = provider.AddCommand("remove", "Removes what install registered, and restores what it replaced");
+    remove.Runs([] { return Remove(); });
 
-    CLI::App* status = provider->add_subcommand("status", "Shows the registered provider, and the replaced one");
-    status->add_flag("--json", options->json, "Print JSON");
-    status->callback([options, &action] { action = [options] { return Status(*options); }; });
+    Command status = provider.AddCommand("status", "Shows the registered provider, and the replaced one");
+    status.AddFlag("--json", options->json, "Print JSON");
+    status.Runs([options] { return Status(*options); });
 }
 
 } // namespace zeb::tools

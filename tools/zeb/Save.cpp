@@ -222,20 +222,20 @@ int Run(const Options& options)
 
 } // namespace
 
-void AddSave(CLI::App& app, Action& action)
+void AddSave(Command app)
 {
     auto options = std::make_shared<Options>();
-    CLI::App* command =
-        app.add_subcommand("save", "Saves a folder with its messages and subfolders as lines that 'zeb load' reads");
-    AddProfileOption(*command, options->profile);
-    AddFolderArgument(*command, options->folder);
+    Command command =
+        app.AddCommand("save", "Saves a folder with its messages and subfolders as lines that 'zeb load' reads");
+    AddProfileOption(command, options->profile);
+    AddFolderArgument(command, options->folder);
     command
-        ->add_option("-o,--output", options->file,
-                     "The file to write; without it standard output. The file appears when everything is written")
-        ->type_name("FILE.jsonl");
-    command->add_flag("--this-only", options->onlyThis, "Omit the subfolders");
-    command->footer("Exit code 3: saved except for properties that a file cannot represent, which are listed.");
-    command->callback([options, &action] { action = [options] { return Run(*options); }; });
+        .AddOption("-o,--output", options->file,
+                   "The file to write; without it standard output. The file appears when everything is written")
+        .Type("FILE.jsonl");
+    command.AddFlag("--this-only", options->onlyThis, "Omit the subfolders");
+    command.Footer("Exit code 3: saved except for properties that a file cannot represent, which are listed.");
+    command.Runs([options] { return Run(*options); });
 }
 
 } // namespace zeb::tools

@@ -175,26 +175,25 @@ int Run(const Options& options)
 
 } // namespace
 
-void AddShow(CLI::App& app, Action& action)
+void AddShow(Command app)
 {
     auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand(
+    Command command = app.AddCommand(
         "show", "Shows all properties of a folder or message, with recipients and attachments, or of the store");
-    AddProfileOption(*command, options->profile);
+    AddProfileOption(command, options->profile);
     command
-        ->add_option("object", options->object,
-                     "A folder by path, or any object by entry identifier; without it the store")
-        ->type_name("OBJECT");
+        .AddOption("object", options->object,
+                   "A folder by path, or any object by entry identifier; without it the store")
+        .Type("OBJECT");
     command
-        ->add_option("message", options->message,
-                     "A message of that folder, by its number (the # of 'zeb find') or its subject")
-        ->type_name("MESSAGE");
-    command->add_flag("--associated", options->associated,
-                      "The message is one of the folder's hidden (associated) ones");
-    command->add_flag("--full", options->full, "Show long values completely, with line breaks");
-    AddUtcOption(*command, options->utc);
-    command->add_flag("--json", options->json, "Print JSON, with complete values");
-    command->callback([options, &action] { action = [options] { return Run(*options); }; });
+        .AddOption("message", options->message,
+                   "A message of that folder, by its number (the # of 'zeb find') or its subject")
+        .Type("MESSAGE");
+    command.AddFlag("--associated", options->associated, "The message is one of the folder's hidden (associated) ones");
+    command.AddFlag("--full", options->full, "Show long values completely, with line breaks");
+    AddUtcOption(command, options->utc);
+    command.AddFlag("--json", options->json, "Print JSON, with complete values");
+    command.Runs([options] { return Run(*options); });
 }
 
 } // namespace zeb::tools

@@ -224,44 +224,44 @@ int CompactStore(const Options& options)
     return ExitDone;
 }
 
-void AddFileArgument(CLI::App& command, const std::shared_ptr<Options>& options)
+void AddFileArgument(Command command, const std::shared_ptr<Options>& options)
 {
     AddProfileOption(command, options->profile);
-    command.add_option("file", options->file, "The store's file; without it the file of the profile's store")
-        ->type_name("FILE")
-        ->excludes("--profile");
+    command.AddOption("file", options->file, "The store's file; without it the file of the profile's store")
+        .Type("FILE")
+        .Excludes("--profile");
 }
 
 } // namespace
 
-void AddStore(CLI::App& app, Action& action)
+void AddStore(Command app)
 {
     auto options = std::make_shared<Options>();
-    CLI::App* list = app.add_subcommand("stores", "Lists the message stores of a profile; * * marks the default store");
-    AddProfileOption(*list, options->profile);
-    list->add_flag("--json", options->json, "Print JSON");
-    list->callback([options, &action] { action = [options] { return ListStores(*options); }; });
+    Command list = app.AddCommand("stores", "Lists the message stores of a profile; * * marks the default store");
+    AddProfileOption(list, options->profile);
+    list.AddFlag("--json", options->json, "Print JSON");
+    list.Runs([options] { return ListStores(*options); });
 
-    CLI::App* store = app.add_subcommand("store", "Maintains a store");
-    store->require_subcommand(1);
-    CLI::App* check = store->add_subcommand("check", "Checks the whole file of the default store");
-    AddProfileOption(*check, options->profile);
-    check->callback([options, &action] { action = [options] { return CheckStore(*options); }; });
+    Command store = app.AddCommand("store", "Maintains a store");
+    store.NeedsCommand();
+    Command check = store.AddCommand("check", "Checks the whole file of the default store");
+    AddProfileOption(check, options->profile);
+    check.Runs([options] { return CheckStore(*options); });
 
-    CLI::App* repair = store->add_subcommand(
+    Command repair = store.AddCommand(
         "repair", "Repairs a store's file, in a copy unless --in-place: counters and columns are rebuilt, "
                   "orphaned rows are deleted; prints a line for each repair");
-    AddFileArgument(*repair, options);
-    CLI::Option* inPlace = repair->add_flag("--in-place", options->inPlace, "Repair the file itself instead of a copy");
-    repair->add_option("--output", options->output, "The copy; without it next to the file: NAME.repaired.zeb")
-        ->type_name("FILE")
-        ->excludes(inPlace);
-    repair->callback([options, &action] { action = [options] { return RepairStore(*options); }; });
+    AddFileArgument(repair, options);
+    Option inPlace = repair.AddFlag("--in-place", options->inPlace, "Repair the file itself instead of a copy");
+    repair.AddOption("--output", options->output, "The copy; without it next to the file: NAME.repaired.zeb")
+        .Type("FILE")
+        .Excludes(inPlace);
+    repair.Runs([options] { return RepairStore(*options); });
 
-    CLI::App* compact = store->add_subcommand(
+    Command compact = store.AddCommand(
         "compact", "Frees the space that deleted content left in a store's file; no other program may have it open");
-    AddFileArgument(*compact, options);
-    compact->callback([options, &action] { action = [options] { return CompactStore(*options); }; });
+    AddFileArgument(compact, options);
+    compact.Runs([options] { return CompactStore(*options); });
 }
 
 } // namespace zeb::tools

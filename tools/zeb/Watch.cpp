@@ -233,17 +233,16 @@ int Run(const Options& options)
 
 } // namespace
 
-void AddWatch(CLI::App& app, Action& action)
+void AddWatch(Command app)
 {
     auto options = std::make_shared<Options>();
-    CLI::App* command =
-        app.add_subcommand("watch", "Prints each change of a folder's messages as it happens, until Ctrl-C");
-    AddProfileOption(*command, options->profile);
-    AddFolderArgument(*command, options->folder);
-    AddCountOption(*command, "--count", options->count, "Stop after N changes");
-    AddUtcOption(*command, options->utc);
-    command->add_flag("--json", options->json, "Print JSON, one object per line");
-    command->callback([options, &action] { action = [options] { return Run(*options); }; });
+    Command command = app.AddCommand("watch", "Prints each change of a folder's messages as it happens, until Ctrl-C");
+    AddProfileOption(command, options->profile);
+    AddFolderArgument(command, options->folder);
+    AddCountOption(command, "--count", options->count, "Stop after N changes");
+    AddUtcOption(command, options->utc);
+    command.AddFlag("--json", options->json, "Print JSON, one object per line");
+    command.Runs([options] { return Run(*options); });
 }
 
 } // namespace zeb::tools
