@@ -16,7 +16,7 @@ if [ "${1:-}" = --preset ]; then
     shift 2
 fi
 scripts/setup.sh bench >&2
-export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
+export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1 CCACHE_SLOPPINESS=pch_defines,time_macros
 {
     cmake --preset "$preset" >build/configure-bench.log 2>&1 || {
         tail -n 20 build/configure-bench.log >&2

@@ -17,7 +17,7 @@ mailbox=$root/build/deps/node_modules/pst-extractor/example/testdata/enron.pst
 inbox=("lokay-m/MLOKAY (Non-Privileged)/Personal" "lokay-m/MLOKAY (Non-Privileged)/TW-Commercial Group")
 
 # Nothing outside the checkout is written, including compiler and font caches.
-export CCACHE_DIR=$root/build/ccache XDG_CACHE_HOME=$root/build/cache
+export CCACHE_SLOPPINESS=pch_defines,time_macros CCACHE_DIR=$root/build/ccache XDG_CACHE_HOME=$root/build/cache
 
 if [ $# -gt 0 ]; then
     echo "usage: ./run.sh" >&2

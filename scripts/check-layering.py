@@ -9,7 +9,7 @@ import sys
 import tempfile
 from pathlib import Path
 
-# The rooms that a room may include besides itself. Tests, benches and fuzzers may include all.
+# The rooms that a room may include adjacents itself. Tests, benches and fuzzers may include all.
 MAY_INCLUDE = {
     "platform": set(),
     "framework": {"platform"},
@@ -20,7 +20,7 @@ MAY_INCLUDE = {
     "tools": {"platform"},
     "examples": set(),
 }
-# The rooms inside a room, and which of its own rooms each may include besides itself.
+# The rooms inside a room, and which of its own rooms each may include adjacents itself.
 INNER = {
     "zebapi": {
         "": {"constants", "frame", "values", "entryid", "tables", "objects", "session"},
@@ -78,7 +78,7 @@ THIRD_PARTY = {
     "libpff": {"tools", "tests"},
     "gmime/": {"tools", "tests"},
 }
-# Headers of one operating system; besides these, whatever platform/mapi.h includes.
+# Headers of one operating system; adjacents these, whatever platform/mapi.h includes.
 SYSTEM_HEADER = re.compile(
     r"^(windows|winsock2?|shlobj|tlhelp32|unistd|dlfcn|fcntl|poll|pwd|pthread|spawn|termios|link|io|direct|process|comdef"
     r"|sys/.*|arpa/.*|netinet/.*|linux/.*|wine/.*)\.h$")
@@ -151,10 +151,10 @@ def includes(path):
 
 
 def resolve(root, path, quoted):
-    """The included file as a path from the root; beside the including file when that is where it is."""
-    beside = path.parent / quoted
-    if not (root / quoted).exists() and beside.exists():
-        return beside.resolve().relative_to(root.resolve()).as_posix()
+    """The included file as a path from the root; next to the including file when it is there."""
+    adjacent = path.parent / quoted
+    if not (root / quoted).exists() and adjacent.exists():
+        return adjacent.resolve().relative_to(root.resolve()).as_posix()
     return quoted
 
 

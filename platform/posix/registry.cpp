@@ -164,17 +164,17 @@ void Replace(const std::string& path, const std::string& bytes)
 {
     struct stat old = {};
     const mode_t mode = stat(path.c_str(), &old) == 0 ? old.st_mode & 07777 : NewFile;
-    std::string beside = path + ".XXXXXX";
-    Descriptor file(mkostemp(beside.data(), O_CLOEXEC));
+    std::string partial = path + ".XXXXXX";
+    Descriptor file(mkostemp(partial.data(), O_CLOEXEC));
     if (!file.Valid())
     {
         Fail("write", path, errno);
     }
     if (!WriteAll(file.Get(), bytes) || fchmod(file.Get(), mode) != 0 || fsync(file.Get()) != 0 || !file.Close() ||
-        rename(beside.c_str(), path.c_str()) != 0)
+        rename(partial.c_str(), path.c_str()) != 0)
     {
         const int error = errno;
-        unlink(beside.c_str());
+        unlink(partial.c_str());
         Fail("write", path, error);
     }
 }

@@ -95,7 +95,7 @@ TEST_F(ImageFileTest, MissingFilesAndFoldersDoNotExist)
 
 TEST_F(ImageFileTest, TheProgramsOwnLibrariesAreRead)
 {
-    const ImageFile probe = ReadImageFile(OwnFolder() + "probe_beside.dll");
+    const ImageFile probe = ReadImageFile(OwnFolder() + "probe_adjacent.dll");
     EXPECT_TRUE(probe.exists);
     EXPECT_EQ(probe.bits, 64u);
     EXPECT_EQ(probe.machine, "x64");

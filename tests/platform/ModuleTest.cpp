@@ -152,11 +152,11 @@ TEST(Module, ABareNameIsFoundBesideTheBinary)
     for (const long mode : {0L, 4L, 20L, 22L})
     {
         std::string reason;
-        const ModuleHandle module = LoadModule("probe_beside.dll", mode, &reason);
+        const ModuleHandle module = LoadModule("probe_adjacent.dll", mode, &reason);
         ASSERT_NE(module, nullptr) << mode << ": " << reason;
         UnloadModule(module);
     }
-    EXPECT_EQ(ResolveModulePath("probe_beside.dll"), OwnFolder() + "probe_beside.dll");
+    EXPECT_EQ(ResolveModulePath("probe_adjacent.dll"), OwnFolder() + "probe_beside.dll");
 }
 
 TEST(Module, ABareNameIsNotLookedForInTheCurrentFolder)
@@ -202,7 +202,7 @@ TEST(Module, WhatIsNoLibraryGivesTheSystemsReason)
 
 TEST(Module, TheOwnFolderEndsWithASeparatorAndTheSystemsDoesNot)
 {
-    EXPECT_TRUE(fs::exists(OwnFolder() + "probe_beside.dll")) << OwnFolder();
+    EXPECT_TRUE(fs::exists(OwnFolder() + "probe_adjacent.dll")) << OwnFolder();
     ASSERT_FALSE(SystemFolder().empty());
     EXPECT_TRUE(fs::is_directory(SystemFolder()));
     EXPECT_EQ(std::string("\\/").find(SystemFolder().back()), std::string::npos);

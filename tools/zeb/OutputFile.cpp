@@ -21,24 +21,24 @@ OutputFile::OutputFile(std::string file)
     {
         throw ToolError("'" + ValidUtf8(m_file) + "' is a directory");
     }
-    m_beside = m_file + "." + std::to_string(std::random_device{}()) + ".part";
-    m_stream.open(std::filesystem::u8path(m_beside), std::ios::binary | std::ios::trunc);
+    m_partial = m_file + "." + std::to_string(std::random_device{}()) + ".part";
+    m_stream.open(std::filesystem::u8path(m_partial), std::ios::binary | std::ios::trunc);
     if (!m_stream)
     {
-        m_beside.clear();
+        m_partial.clear();
         Fail();
     }
 }
 
 OutputFile::~OutputFile()
 {
-    if (m_beside.empty())
+    if (m_partial.empty())
     {
         return;
     }
     m_stream.close();
     std::error_code ignored;
-    std::filesystem::remove(std::filesystem::u8path(m_beside), ignored);
+    std::filesystem::remove(std::filesystem::u8path(m_partial), ignored);
 }
 
 void OutputFile::Fail() const
@@ -68,13 +68,13 @@ void OutputFile::Finish()
     std::error_code failure;
     if (m_stream)
     {
-        std::filesystem::rename(std::filesystem::u8path(m_beside), std::filesystem::u8path(m_file), failure);
+        std::filesystem::rename(std::filesystem::u8path(m_partial), std::filesystem::u8path(m_file), failure);
     }
     if (!m_stream || failure)
     {
         Fail();
     }
-    m_beside.clear();
+    m_partial.clear();
 }
 
 } // namespace zeb::tools

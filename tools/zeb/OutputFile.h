@@ -25,7 +25,7 @@ private:
     [[noreturn]] void Fail() const;
 
     const std::string m_file;
-    std::string m_beside;
+    std::string m_partial;
     std::ofstream m_stream;
 };
 

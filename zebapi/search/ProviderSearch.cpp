@@ -180,7 +180,7 @@ private:
     bool TrySystem()
     {
         LLog(3, "ZebAPI", "Check system MAPI: %s", ProviderFile);
-        if (!Examine(ProviderStep::System, "beside this library or in the system folder", ProviderFile))
+        if (!Examine(ProviderStep::System, "next to this library or in the system folder", ProviderFile))
         {
             return false;
         }

@@ -74,7 +74,7 @@ public:
     /// As the copy constructor.
     CZebCachedTable& operator=(const CZebCachedTable& other);
 
-    /// Registers for the table's notifications, anew where it did before, and reports why it cannot. Assignment and
+    /// Registers for the table's notifications, again if it did before, and reports why it cannot. Assignment and
     /// construction keep quiet about it: without notifications the window is dropped by the operations of this object only.
     /// @throws CZebException* as CZebTable::Advise; _com_error E_POINTER when empty
     void BindChecked();

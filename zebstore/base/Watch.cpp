@@ -119,7 +119,7 @@ void ApplySwitches(const Switches& switches)
         watch.trace = zeb::platform::OpenFile(switches.traceFile, "a");
         if (!watch.trace)
         {
-            std::fprintf(stderr, "zebstore: the trace file %s can not be written\n", switches.traceFile.c_str());
+            std::fprintf(stderr, "zebstore: the trace file %s cannot be written\n", switches.traceFile.c_str());
         }
     }
     g_callsWatched = watch.trace || switches.failingCall || switches.failingAllocation;

@@ -73,7 +73,7 @@ std::optional<SqlFilter> PropertyFilter(const RestrictionNode& node, const HotCo
 
 std::optional<SqlFilter> ContentFilter(const RestrictionNode& node, const HotColumn& column)
 {
-    // Accents stand in the sort keys, so a search without them must look at the text itself.
+    // The sort keys contain accents, so a search without them must look at the text itself.
     if (!IsText(PROP_TYPE(column.tag)) || !IsText(node.valueType) || (node.fuzzy & (FL_IGNORENONSPACE | FL_LOOSE)))
     {
         return std::nullopt;

@@ -87,7 +87,7 @@ TEST_F(NotifyConcurrentTest, CopiesCatchUpWithSeveralWriters)
         }
     };
     Race({[&] { Write(1, 60); }, [&] { Write(2, 60); }, read});
-    // After too much at once a client reads anew; else the copy is what a fresh read gives.
+    // After too many changes at once a client reads everything again; otherwise its copy equals a new read.
     for (Followed& each : tables)
     {
         EXPECT_TRUE(each.Sink().BecomesOrIsLost(ReadCopy(each.Table())));

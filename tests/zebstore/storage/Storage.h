@@ -17,7 +17,7 @@
 namespace zebstore::test
 {
 
-/// The stored properties of a message whose PR_BODY_W refers to a large value that can not be: its number is -1.
+/// The stored properties of a message whose PR_BODY_W refers to a large value that cannot exist: its number is -1.
 constexpr const char* DamagedReference = "x'0100010000101F8011000000"
                                          "00FFFFFFFFFFFFFFFF0900000000000000'";
 

@@ -91,7 +91,7 @@ inline CopiedRows ReadCopy(IMAPITable& table)
     return rows;
 }
 
-/// Follows what it is told; what can not be followed is a failure of the test. Threads: any.
+/// Applies the changes that it receives; one that it cannot apply fails the test. Threads: any.
 class CopyingSink final : public Object<IMAPIAdviseSink>
 {
 public:
@@ -197,7 +197,7 @@ private:
         m_events.push_back(table.ulTableEvent);
         if (m_whole > 0)
         {
-            return; // the copy must be read anew before it can follow again
+            return; // the copy must be read again before it can apply changes
         }
         switch (table.ulTableEvent)
         {
