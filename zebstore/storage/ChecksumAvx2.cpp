@@ -1,0 +1,14 @@
+#include "zebstore/storage/ChecksumAvx2.h"
+
+#define XXH_INLINE_ALL
+#include <xxhash.h>
+
+namespace zebstore
+{
+
+uint64_t ChecksumAvx2(const void* bytes, size_t size, uint64_t seed)
+{
+    return XXH3_64bits_withSeed(bytes, size, seed);
+}
+
+} // namespace zebstore
