@@ -78,7 +78,7 @@ THIRD_PARTY = {
     "libpff": {"tools", "tests"},
     "gmime/": {"tools", "tests"},
 }
-# Headers of one operating system; adjacents these, whatever platform/mapi.h includes.
+# Headers of one operating system; besides these, whatever platform/mapi.h includes.
 SYSTEM_HEADER = re.compile(
     r"^(windows|winsock2?|shlobj|tlhelp32|unistd|dlfcn|fcntl|poll|pwd|pthread|spawn|termios|link|io|direct|process|comdef"
     r"|sys/.*|arpa/.*|netinet/.*|linux/.*|wine/.*)\.h$")
