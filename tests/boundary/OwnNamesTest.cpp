@@ -96,7 +96,7 @@ public:
 };
 IMPLEMENT_DYNAMIC(Document, CObject)
 
-TEST(OwnNames, TheHostsNamesMeanTheHostsTypes)
+TEST(OwnNames, TheHostsNamesMeanItsTypes)
 {
     const CString text("of the host");
     EXPECT_EQ(text.Length(), 11u);
@@ -109,7 +109,7 @@ TEST(OwnNames, TheHostsNamesMeanTheHostsTypes)
     EXPECT_EQ(position, 7);
 }
 
-TEST(OwnNames, TheLibrarysTypesAreInItsNamespace)
+TEST(OwnNames, LibraryTypesAreInItsNamespace)
 {
     SPropValue value = {};
     value.ulPropTag = PROP_TAG(PT_LONG, 0x6001);
@@ -122,7 +122,7 @@ TEST(OwnNames, TheLibrarysTypesAreInItsNamespace)
     EXPECT_TRUE(zeb::CObject::GetThisClass()->m_pfnGetBaseClass == nullptr);
 }
 
-TEST(OwnNames, TheLibrarysExceptionIsNotTheHosts)
+TEST(OwnNames, TheLibrarysExceptionIsItsOwn)
 {
     try
     {

@@ -58,7 +58,7 @@ void operator delete(void* block, size_t) noexcept
 namespace
 {
 
-TEST(SharedMemory, ATextOfTheLibraryIsFreedByTheHost)
+TEST(SharedMemory, TheHostFreesTheLibrarysText)
 {
     BYTE bytes[40] = {0xAB};
     SPropValue value = {};
@@ -78,7 +78,7 @@ TEST(SharedMemory, ATextOfTheLibraryIsFreedByTheHost)
     }
 }
 
-TEST(SharedMemory, ATextOfTheHostIsGrownByTheLibraryAndFreedByTheHost)
+TEST(SharedMemory, TheLibraryGrowsTheHostsText)
 {
     CString name("a name of the host that is longer than what fits inside");
     CZebProfileNames profiles;
@@ -92,7 +92,7 @@ TEST(SharedMemory, ATextOfTheHostIsGrownByTheLibraryAndFreedByTheHost)
     EXPECT_GT(name.GetLength(), 16);
 }
 
-TEST(SharedMemory, AnArrayIsFilledByTheLibraryAndFreedByTheHost)
+TEST(SharedMemory, TheHostFreesTheLibrarysArray)
 {
     char first[] = "the first of the texts, which fits inside no object";
     char second[] = "the second of the texts, which fits inside no object";
@@ -117,7 +117,7 @@ TEST(SharedMemory, AnArrayIsFilledByTheLibraryAndFreedByTheHost)
     EXPECT_EQ(array[11], first);
 }
 
-TEST(SharedMemory, AnExceptionOfTheLibraryIsDeletedByTheHost)
+TEST(SharedMemory, TheHostDeletesTheLibrarysException)
 {
     for (int i = 0; i < 10; ++i)
     {
@@ -134,7 +134,7 @@ TEST(SharedMemory, AnExceptionOfTheLibraryIsDeletedByTheHost)
     }
 }
 
-TEST(SharedMemory, TheLibrarysLockIsTakenByTheHost)
+TEST(SharedMemory, TheHostTakesTheLibrarysLock)
 {
     CCriticalSection* const section = Zeb_GetMAPI().GetGlobalMAPICriticalSection();
     const CSingleLock once(section, true);

@@ -30,7 +30,7 @@ public:
     BOOL InitInstance() override { return FALSE; }
 };
 
-TEST(WinApp, TheInstanceStartsWhenMadeAndEndsWhenDestroyed)
+TEST(WinApp, InstancesStartAndEndTheApp)
 {
     story.clear();
     {
@@ -42,7 +42,7 @@ TEST(WinApp, TheInstanceStartsWhenMadeAndEndsWhenDestroyed)
     EXPECT_EQ(story, "start end");
 }
 
-TEST(WinApp, OneThatDidNotStartDoesNotEnd)
+TEST(WinApp, AFailedStartHasNoEnd)
 {
     story.clear();
     {

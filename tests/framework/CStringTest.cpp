@@ -64,7 +64,7 @@ TEST(CString, JoinsAndCompares)
     EXPECT_GT(CStringA("b").Compare("a"), 0);
 }
 
-TEST(CString, CompareNoCaseLooksThroughTheCaseOfAsciiOnly)
+TEST(CString, CompareNoCaseFoldsOnlyAscii)
 {
     EXPECT_EQ(CStringA("MAPI32.dll").CompareNoCase("mapi32.DLL"), 0);
     EXPECT_NE(CStringA("\xC4").CompareNoCase("\xE4"), 0);
@@ -89,7 +89,7 @@ TEST(CString, PartsStayInsideTheText)
     EXPECT_EQ(text.Mid(-1, 2), "ab");
 }
 
-TEST(CString, FindGivesThePositionOrMinusOne)
+TEST(CString, FindGivesPositionOrMinusOne)
 {
     const CStringA text("abcabc");
     EXPECT_EQ(text.Find('c'), 2);
@@ -139,7 +139,7 @@ TEST(CString, CharactersAreCheckedAgainstTheLength)
     EXPECT_THROW(text.GetAt(-1), std::out_of_range);
 }
 
-TEST(CString, TextWithTerminatorsInsideKeepsItsLength)
+TEST(CString, TextWithZerosKeepsItsLength)
 {
     const CStringA text("a\0b", 3);
     EXPECT_EQ(text.GetLength(), 3);
@@ -193,7 +193,7 @@ void GrowsCopiesAndMovesAtEveryLength()
     }
 }
 
-TEST(CString, IsTheSameInsideTheObjectAndOutsideIt)
+TEST(CString, IsTheSameInsideAndOutside)
 {
     GrowsCopiesAndMovesAtEveryLength<CStringA>();
     GrowsCopiesAndMovesAtEveryLength<CStringW>();

@@ -48,7 +48,7 @@ HRESULT ErrorOf(const std::function<void()>& action)
     return S_OK;
 }
 
-TEST(ComPtr, UsingAnEmptyOneRaisesEPointer)
+TEST(ComPtr, AnEmptyOneRaisesEPointer)
 {
     Sink sink;
     IUnknown* unknown = nullptr;
@@ -61,7 +61,7 @@ TEST(ComPtr, UsingAnEmptyOneRaisesEPointer)
     EXPECT_TRUE(!sink);
 }
 
-TEST(ComPtr, ConstructionFromAPointerAddsAReference)
+TEST(ComPtr, ConstructionAddsAReference)
 {
     Counted object;
     {
@@ -105,7 +105,7 @@ TEST(ComPtr, AssigningItselfKeepsTheReference)
     EXPECT_EQ(object.count, 1u);
 }
 
-TEST(ComPtr, AttachAndTakeKeepTheCallersReferenceAndDetachGivesItBack)
+TEST(ComPtr, AttachAndDetachKeepTheCount)
 {
     Counted object;
     Counted other;
@@ -134,7 +134,7 @@ TEST(ComPtr, PutEmptiesAndReceivesAReference)
     EXPECT_EQ(object.count, 1u);
 }
 
-TEST(ComPtr, QueriesGiveACountedReferenceOrTheFailure)
+TEST(ComPtr, QueriesGiveAReferenceOrFail)
 {
     Counted object;
     const Sink sink(&object);

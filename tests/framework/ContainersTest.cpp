@@ -50,7 +50,7 @@ private:
 
 int Awkward::alive = 0;
 
-TEST(CArray, NeverUsesAnElementsOwnAddressOperator)
+TEST(CArray, IgnoresAnElementsOwnAddressOperator)
 {
     {
         CArray<Awkward> array;
@@ -143,7 +143,7 @@ public:
     ~OwningArray() override { OwningArray::RemoveAll(); }
 };
 
-TEST(CPtrArray, HoldsPointersAndCanBeDerivedFromToOwnThem)
+TEST(CPtrArray, ADerivedClassOwnsItsPointers)
 {
     OwningArray array;
     EXPECT_EQ(array.Add(new int(1)), 0);
@@ -242,7 +242,7 @@ TEST(CMap, CopiesAreIndependentAndMovingEmpties)
     EXPECT_FALSE(map.Lookup(1, value));
 }
 
-TEST(CMap, AnEntryThatMemoryIsOutForIsNotThere)
+TEST(CMap, LackOfMemoryAddsNoEntry)
 {
     for (int after = 0;; ++after)
     {
@@ -275,7 +275,7 @@ TEST(CMap, AnEntryThatMemoryIsOutForIsNotThere)
     }
 }
 
-TEST(CArray, WhatMemoryIsOutForChangesNothing)
+TEST(CArray, LackOfMemoryChangesNothing)
 {
     CArray<CStringA> array;
     const CStringA text("a text that is longer than what fits inside");

@@ -39,7 +39,7 @@ public:
 };
 IMPLEMENT_DYNAMIC(DerivedProbe, ProbeException)
 
-TEST(Exception, SlotsAreThoseOfTheObjectThenOfTheException)
+TEST(Exception, SlotsFollowThoseOfTheObject)
 {
     constexpr size_t destructor = 1;
     EXPECT_EQ(SlotOf(&CObject::GetRuntimeClass), 0u);
@@ -53,7 +53,7 @@ TEST(Exception, SlotsAreThoseOfTheObjectThenOfTheException)
     EXPECT_EQ(SlotOf(&ProbeException::GetNumber), EntryOfSlot(8, destructor)) << "after the base's two other slots";
 }
 
-TEST(Exception, IsCaughtByPointerToAnyOfItsClassesAcrossBinaries)
+TEST(Exception, EachClassCatchesItAcrossBinaries)
 {
     const int before = ProbeException::Alive();
     try
@@ -98,7 +98,7 @@ TEST(Exception, DeleteDeletesIt)
     EXPECT_EQ(ProbeException::Alive(), before);
 }
 
-TEST(Exception, DeleteLeavesOneThatIsNotOnTheHeap)
+TEST(Exception, DeleteLeavesOneOnTheStack)
 {
     LocalException kept(false);
     kept.Delete();
@@ -116,7 +116,7 @@ TEST(Exception, TheBaseHasNoDescription)
     EXPECT_EQ(error.GetErrorMessage(nullptr, 0, nullptr), FALSE);
 }
 
-TEST(Exception, ReportErrorWritesTheDescriptionOrTheClass)
+TEST(Exception, ReportErrorWritesDescriptionOrClass)
 {
     ::testing::internal::CaptureStderr();
     LocalException error(false);
@@ -127,7 +127,7 @@ TEST(Exception, ReportErrorWritesTheDescriptionOrTheClass)
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "LocalException\nprobe 4\n");
 }
 
-TEST(RuntimeClass, RecordsNameClassAndBaseAcrossBinaries)
+TEST(RuntimeClass, RecordsNameClassesAcrossBinaries)
 {
     const CRuntimeClass* record = RUNTIME_CLASS(ProbeException);
     EXPECT_STREQ(record->m_lpszClassName, "ProbeException");
@@ -141,7 +141,7 @@ TEST(RuntimeClass, RecordsNameClassAndBaseAcrossBinaries)
     EXPECT_FALSE(record->IsDerivedFrom(nullptr));
 }
 
-TEST(RuntimeClass, ObjectsAreOfTheirClassAndItsBases)
+TEST(RuntimeClass, ObjectsAreOfClassAndBases)
 {
     DerivedProbe object;
     EXPECT_TRUE(object.IsKindOf(RUNTIME_CLASS(DerivedProbe)));

@@ -34,7 +34,7 @@ std::string Wide(const WCHAR* format, ...)
     return narrow;
 }
 
-TEST(Format, WindowsLengthModifiersWorkOnBothTargets)
+TEST(Format, WindowsLengthModifiersWorkEverywhere)
 {
     const int64_t big = -9'000'000'000'000'000'007;
     EXPECT_EQ(Narrow("%I64d", big), "-9000000000000000007");
@@ -54,7 +54,7 @@ TEST(Format, LongTextIsWhole)
     EXPECT_EQ(Narrow("%s", ""), "");
 }
 
-TEST(Format, ItsOwnTextMayBeAnArgument)
+TEST(Format, AcceptsItsOwnTextAsArgument)
 {
     CStringA text("abc");
     text.Format("<%s>", static_cast<const char*>(text));
@@ -81,7 +81,7 @@ TEST(FormatWide, NumbersAreAsInNarrowText)
     EXPECT_EQ(Wide(ZEBW("%zu"), sizeof(int)), "4");
 }
 
-TEST(FormatWide, TextIsWideAndNarrowTextIsMarked)
+TEST(FormatWide, TextIsWideUnlessMarkedNarrow)
 {
     EXPECT_EQ(Wide(ZEBW("%s|%ls|%S|%hs"), ZEBW("a"), ZEBW("b"), "c", "d"), "a|b|c|d");
     EXPECT_EQ(Wide(ZEBW("[%4s][%-4s][%.2s][%.0s]"), ZEBW("ab"), ZEBW("cd"), ZEBW("efg"), ZEBW("x")),

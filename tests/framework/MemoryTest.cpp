@@ -27,7 +27,7 @@ static_assert(sizeof(CCriticalSection) == 40 && sizeof(CSingleLock) == 16);
 static_assert(sizeof(CComPtr<IUnknown>) == 8);
 static_assert(sizeof(Atomic<bool>) == 1 && sizeof(Atomic<ULONG>) == 4 && sizeof(Atomic<void*>) == 8);
 
-TEST(SharedMemory, IsBadAllocWhenItIsOut)
+TEST(SharedMemory, ThrowsBadAllocWhenExhausted)
 {
     CStringA text;
     CArray<int> array;
@@ -40,7 +40,7 @@ TEST(SharedMemory, IsBadAllocWhenItIsOut)
     EXPECT_TRUE(text.IsEmpty() && array.IsEmpty() && map.IsEmpty());
 }
 
-TEST(SharedMemory, WhatAModuleThrowsWhenItIsOutIsItsOwnAffair)
+TEST(SharedMemory, AModuleMayThrowItsOwn)
 {
     struct Out
     {
@@ -100,7 +100,7 @@ TEST(Atomic, CountsAcrossThreads)
     EXPECT_EQ(count.Load(), 7u);
 }
 
-TEST(Object, DumpsItsClassNameIntoAnyStream)
+TEST(Object, DumpsItsClassNameIntoStreams)
 {
     const CPtrArray array;
     std::ostringstream stream;

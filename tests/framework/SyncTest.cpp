@@ -46,7 +46,7 @@ TEST(CriticalSection, KeepsThreadsApart)
     EXPECT_EQ(value, 20000);
 }
 
-TEST(SingleLock, LocksWhenAskedAndUnlocksAtTheEnd)
+TEST(SingleLock, LocksWhenAskedAndUnlocks)
 {
     CCriticalSection section;
     {

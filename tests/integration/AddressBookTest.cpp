@@ -52,7 +52,7 @@ HRESULT Raised(Body&& body)
     return S_OK;
 }
 
-TEST_F(AddressBook, TheRootHoldsTheGlobalAddressListAndTheContacts)
+TEST_F(AddressBook, RootHoldsGlobalListAndContacts)
 {
     CZebABContainer root = m_book.OpenRootContainer(MAPI_BEST_ACCESS);
     EXPECT_EQ(root.GetObjectType(), ULONG(MAPI_ABCONT));
@@ -61,7 +61,7 @@ TEST_F(AddressBook, TheRootHoldsTheGlobalAddressListAndTheContacts)
     EXPECT_FALSE(root.IsWAB());
 }
 
-TEST_F(AddressBook, OnlyTheGlobalAddressListIsExchanges)
+TEST_F(AddressBook, OnlyTheGlobalListIsExchange)
 {
     EXPECT_TRUE(m_book.OpenMainContainer(nullptr).IsExchange());
     EXPECT_FALSE(m_book.OpenRootContainer(MAPI_BEST_ACCESS).IsExchange());
@@ -74,7 +74,7 @@ TEST_F(AddressBook, OnlyTheGlobalAddressListIsExchanges)
     EXPECT_FALSE(list.IsExchange());
 }
 
-TEST_F(AddressBook, NoTextAndEmptyTextOpenTheDefaultDirectory)
+TEST_F(AddressBook, NoTextOpensTheDefaultDirectory)
 {
     const CZebBinary directory = ContainerID(m_book, "Global Address List");
     EXPECT_TRUE(m_book.GetDefaultDirEntryID() == directory);
@@ -83,7 +83,7 @@ TEST_F(AddressBook, NoTextAndEmptyTextOpenTheDefaultDirectory)
     EXPECT_TRUE(m_book.OpenMainContainer(directory.String()).GetEntryID() == directory);
 }
 
-TEST_F(AddressBook, AContactsIdentifierOpensTheFolderThatItWraps)
+TEST_F(AddressBook, AContactsIdentifierOpensItsFolder)
 {
     AddContact("Ada Brandt", "ada@example.org");
     CZebContainer container = m_book.OpenContainer(ContainerID(m_book, "Contacts"), MAPI_BEST_ACCESS);
@@ -101,7 +101,7 @@ TEST_F(AddressBook, AContactsIdentifierOpensTheFolderThatItWraps)
     EXPECT_STREQ(contact.GetDisplayName(), "Ada Brandt");
 }
 
-TEST_F(AddressBook, AContainerThatIsNoContactsFolderIsOpenedAsItIs)
+TEST_F(AddressBook, AnyOtherContainerOpensAsItself)
 {
     CZebContainer directory = m_book.OpenContainer(m_book.GetDefaultDirEntryID(), MAPI_BEST_ACCESS);
     EXPECT_EQ(directory.GetObjectType(), ULONG(MAPI_ABCONT));
@@ -109,7 +109,7 @@ TEST_F(AddressBook, AContainerThatIsNoContactsFolderIsOpenedAsItIs)
     EXPECT_EQ(directory.GetABItemDisplayNameTagForContainer(true), PR_DISPLAY_NAME_W);
 }
 
-TEST_F(AddressBook, AContactsIdentifierWhoseFolderIsCutIsInvalid)
+TEST_F(AddressBook, ACutFolderIdentifierIsInvalid)
 {
     const CZebBinary whole = ContainerID(m_book, "Contacts");
     const SBinary& bytes = whole;
@@ -152,7 +152,7 @@ TEST_F(AddressBook, EntriesAreListedFoundAndOpened)
     EXPECT_EQ(user.GetObjectType(), ULONG(MAPI_MAILUSER));
 }
 
-TEST_F(AddressBook, AUserIsRenamedThroughItsWrapper)
+TEST_F(AddressBook, AUserIsRenamedThroughWrapper)
 {
     const CZebBinary id = AddEntry(m_book, "Ada", "ada@example.org");
     CZebMailUser user;
@@ -162,7 +162,7 @@ TEST_F(AddressBook, AUserIsRenamedThroughItsWrapper)
     EXPECT_EQ(NamesOf(RowsOf(m_book.OpenMainContainer(nullptr).GetContentsTable(0))), (Names{"Max", "Zara"}));
 }
 
-TEST_F(AddressBook, ItemsAreUsersAndListsButNoContainers)
+TEST_F(AddressBook, ItemsAreUsersAndListsOnly)
 {
     const CZebBinary user = AddEntry(m_book, "Ada", "ada@example.org");
     const CZebBinary list = AddEntry(m_book, "Team", nullptr);
@@ -192,7 +192,7 @@ TEST_F(AddressBook, AMessageIsAnItemToo)
     EXPECT_EQ(item.GetObjectType(), ULONG(MAPI_MESSAGE));
 }
 
-TEST_F(AddressBook, AListThatContainsItselfIsOpenedOutOfItself)
+TEST_F(AddressBook, AListOpensFromItself)
 {
     const CZebBinary id = AddEntry(m_book, "Loop", nullptr);
     AddMember(m_book, id, id);
@@ -221,7 +221,7 @@ TEST_F(AddressBook, IdentifiersAreComparedByTheSession)
     EXPECT_FALSE(m_book.CompareEntryIDs(ada.String(), nullptr));
 }
 
-TEST_F(AddressBook, ACopyOutlivesTheOneItCameFrom)
+TEST_F(AddressBook, ACopyOutlivesItsOriginal)
 {
     const CZebBinary ada = AddEntry(m_book, "Ada", "ada@example.org");
     CZebAddressBook copy(m_book);
@@ -234,7 +234,7 @@ TEST_F(AddressBook, ACopyOutlivesTheOneItCameFrom)
     EXPECT_EQ(Raised([&] { m_book.CompareEntryIDs("00", "00"); }), E_POINTER);
 }
 
-TEST_F(AddressBook, EntriesStayWhenTheSessionIsOpenedAnew)
+TEST_F(AddressBook, EntriesSurviveANewSession)
 {
     const CZebBinary ada = AddEntry(m_book, "Ada", "ada@example.org");
     m_book.Free();

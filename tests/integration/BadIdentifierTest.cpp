@@ -73,7 +73,7 @@ TEST_F(BadIdentifier, CutAtEveryLengthIsRefused)
     }
 }
 
-TEST_F(BadIdentifier, WithAnyByteChangedOrMoreBytesIsRefused)
+TEST_F(BadIdentifier, ChangedOrLengthenedIsRefused)
 {
     for (const Bytes* id : {&m_message, &m_folder})
     {
@@ -136,7 +136,7 @@ TEST_F(BadIdentifier, OfAnotherStoreIsRefused)
     session.Logoff(0, 0, 0);
 }
 
-TEST_F(BadIdentifier, OfADeletedObjectIsNotFound)
+TEST_F(BadIdentifier, OfDeletedObjectsIsNotFound)
 {
     CZebFolder folder = Inbox().CreateFolder("gone soon", false, true, 0, "", FOLDER_GENERIC);
     const Bytes folderId = BytesOf(folder.GetEntryID());
@@ -152,7 +152,7 @@ TEST_F(BadIdentifier, OfADeletedObjectIsNotFound)
     EXPECT_EQ(Contents().GetRowCount(), 0u);
 }
 
-TEST_F(BadIdentifier, OpensNoStoreAndIsTheSameAsNoOther)
+TEST_F(BadIdentifier, OpensNoStoreAndMatchesNone)
 {
     for (const Bytes* id : {&m_message, &m_folder})
     {
@@ -182,7 +182,7 @@ TEST_F(BadIdentifier, OpensNoStoreAndIsTheSameAsNoOther)
     }
 }
 
-TEST_F(BadIdentifier, WithoutBytesOpensTheRootOfAStoreAndNothingOfASession)
+TEST_F(BadIdentifier, WithoutBytesOpensOnlyStoreRoots)
 {
     const SBinary nothing{0, nullptr};
     EXPECT_TRUE(
@@ -196,7 +196,7 @@ TEST_F(BadIdentifier, WithoutBytesOpensTheRootOfAStoreAndNothingOfASession)
     EXPECT_EQ(FailureOf([&] { m_inbox.OpenEntry(noPointer, target, 0); }).result, MAPI_E_INVALID_ENTRYID);
 }
 
-TEST_F(BadIdentifier, InHexadecimalTextCountsNoMoreThanItHolds)
+TEST_F(BadIdentifier, InHexadecimalCountsWholePairsOnly)
 {
     const CZebBinary id(Inbox().GetEntryID());
     const std::string hex = id.String().GetString();

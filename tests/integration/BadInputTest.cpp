@@ -57,7 +57,7 @@ protected:
     }
 };
 
-TEST_F(BadRestriction, NestedTenThousandDeepIsRefusedByEveryCallThatTakesOne)
+TEST_F(BadRestriction, NestedTooDeepIsRefusedEverywhere)
 {
     CZebRestrictionAllocator nots, pairs;
     BuildNots(nots, Deep);
@@ -83,7 +83,7 @@ TEST_F(BadRestriction, NestedTenThousandDeepIsRefusedByEveryCallThatTakesOne)
     ExpectTooComplex(FailureOf([&] { stores.Restrict(pairs, 0); }));
 }
 
-TEST_F(BadRestriction, OfAnyKindThatNestsIsRefusedTenThousandDeep)
+TEST_F(BadRestriction, EachKindTooDeepIsRefused)
 {
     for (const ULONG kind : {RES_COMMENT, RES_SUBRESTRICTION, RES_NOT})
     {
@@ -112,7 +112,7 @@ TEST_F(BadRestriction, OfAnyKindThatNestsIsRefusedTenThousandDeep)
     }
 }
 
-TEST_F(BadRestriction, NestedAsDeepAsAHostMeansItHolds)
+TEST_F(BadRestriction, UpToAHundredDeepHolds)
 {
     CZebRestrictionAllocator restriction;
     for (const int levels : {1, 2, 99, 100})
@@ -145,7 +145,7 @@ TEST_F(BadRestriction, WithTenThousandPartsHolds)
     EXPECT_EQ(table.GetRowCount(), 1u);
 }
 
-TEST_F(BadRestriction, WithMorePartsThanMemorySaysIsRefusedAndLeavesTheNode)
+TEST_F(BadRestriction, WithImpossiblyManyPartsIsRefused)
 {
     CZebRestrictionAllocator restriction;
     restriction.Allocate();
@@ -158,7 +158,7 @@ class LongFolderName : public StoreHost
 {
 };
 
-TEST_F(LongFolderName, OfAllThatIsAllowedIsReadAsTheDisplayName)
+TEST_F(LongFolderName, OfMaximumLengthIsDisplayName)
 {
     const std::string name(32'767, 'n');
     CZebFolder folder = Inbox().CreateFolder(name.c_str(), false, true, 0, "", FOLDER_GENERIC);
@@ -171,7 +171,7 @@ TEST_F(LongFolderName, OfAllThatIsAllowedIsReadAsTheDisplayName)
     EXPECT_TRUE(m_session->CompareEntryIDs(Inbox().GetFolderEntryIdByNameW(wide.c_str()), folder.GetEntryID()));
 }
 
-TEST_F(LongFolderName, OfMoreIsRefusedAndNothingIsMadeOrRenamed)
+TEST_F(LongFolderName, OfMoreIsRefused)
 {
     const std::string name(32'768, 'n');
     CZebFolder parent = Inbox();

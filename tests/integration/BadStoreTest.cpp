@@ -71,14 +71,14 @@ protected:
     const std::string m_file;
 };
 
-TEST_F(BadStore, AProfileThatDoesNotExistIsRefused)
+TEST_F(BadStore, AMissingProfileIsRefused)
 {
     const Failure thrown = FailureOf([&] { LogOn("nobody"); });
     EXPECT_TRUE(thrown.result == MAPI_E_NOT_FOUND || thrown.result == MAPI_E_LOGON_FAILED) << std::hex << thrown.result;
     EXPECT_TRUE(Zeb_GetMAPI().WasFailed());
 }
 
-TEST_F(BadStore, AMissingFileIsNamedAndNotMade)
+TEST_F(BadStore, AMissingFileIsOnlyNamed)
 {
     std::filesystem::remove(m_file);
     std::filesystem::remove(m_file + "-wal");
@@ -87,7 +87,7 @@ TEST_F(BadStore, AMissingFileIsNamedAndNotMade)
     EXPECT_FALSE(std::filesystem::exists(m_file));
 }
 
-TEST_F(BadStore, AFileThatIsNoDatabaseIsNamedAndLeftAlone)
+TEST_F(BadStore, ANonDatabaseIsLeftAlone)
 {
     const std::string text(5000, 't');
     Write(m_file, text);
@@ -95,7 +95,7 @@ TEST_F(BadStore, AFileThatIsNoDatabaseIsNamedAndLeftAlone)
     EXPECT_EQ(Contents(m_file), text);
 }
 
-TEST_F(BadStore, AnEmptyFileIsNamedAndLeftAlone)
+TEST_F(BadStore, AnEmptyFileIsLeftAlone)
 {
     Write(m_file, "");
     ExpectSentenceNamesTheFile(OpenStore());
@@ -112,7 +112,7 @@ TEST_F(BadStore, ATruncatedFileIsNamed)
     EXPECT_EQ(Contents(m_file), half);
 }
 
-TEST_F(BadStore, AFileOfANewerSchemaIsNamedAndLeftAlone)
+TEST_F(BadStore, ANewerSchemaIsLeftAlone)
 {
     // SQLite keeps the user version in four bytes, high byte first, at offset 60 of the header.
     std::string bytes = Contents(m_file);
@@ -124,7 +124,7 @@ TEST_F(BadStore, AFileOfANewerSchemaIsNamedAndLeftAlone)
     EXPECT_EQ(Contents(m_file), bytes);
 }
 
-TEST_F(BadStore, AReadOnlyFileIsReadAndAChangeIsRefusedNamingIt)
+TEST_F(BadStore, AReadOnlyFileRefusesChanges)
 {
     namespace fs = std::filesystem;
     fs::permissions(m_file, fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,

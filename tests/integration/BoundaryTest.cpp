@@ -10,7 +10,7 @@ namespace
 
 using Boundary = Host;
 
-TEST_F(Boundary, AnExceptionOfTheLibraryIsCaughtByEachOfItsTypes)
+TEST_F(Boundary, ExceptionsAreCaughtByEachType)
 {
     Start();
     bool caught = false;
@@ -40,7 +40,7 @@ TEST_F(Boundary, AnExceptionOfTheLibraryIsCaughtByEachOfItsTypes)
     EXPECT_TRUE(caught);
 }
 
-TEST_F(Boundary, UsingAnEmptyWrapperRaisesAComError)
+TEST_F(Boundary, AnEmptyWrapperRaisesComError)
 {
     CZebTable table;
     EXPECT_THROW(table.GetRowCount(), _com_error);
@@ -50,7 +50,7 @@ TEST_F(Boundary, UsingAnEmptyWrapperRaisesAComError)
     EXPECT_THROW(session.GetMsgStoresTable(), _com_error);
 }
 
-TEST_F(Boundary, OpeningAFolderAsAMessageIsRefusedAndLeavesTheMessageEmpty)
+TEST_F(Boundary, OpeningFoldersAsMessagesIsRefused)
 {
     WithStore([&](CZebSession& session, CZebMsgStore& store)
     {
@@ -66,7 +66,7 @@ TEST_F(Boundary, OpeningAFolderAsAMessageIsRefusedAndLeavesTheMessageEmpty)
     });
 }
 
-TEST_F(Boundary, AFailedCallOfTheProviderCarriesItsSentence)
+TEST_F(Boundary, AFailureCarriesTheProvidersSentence)
 {
     WithStore([&](CZebSession&, CZebMsgStore& store)
     {
@@ -93,7 +93,7 @@ std::string LastLine(const std::string& name)
     return last;
 }
 
-TEST_F(Boundary, NothingOfTheProviderIsAliveAfterTheStop)
+TEST_F(Boundary, NothingOfTheProviderOutlivesStop)
 {
     const std::string trace = File("trace.txt"), empty = File("empty.txt");
     {

@@ -37,7 +37,7 @@ void ExpectEveryCutToDump(const CZebBinary& id)
     }
 }
 
-TEST_F(EntryIdDump, StoreNamesItsProvidersFileAndIsNotOfExchange)
+TEST_F(EntryIdDump, StoreNamesItsProvidersFile)
 {
     const CZebBinary id = m_store->GetEntryID();
     const std::string dump = DumpOf(id);
@@ -51,7 +51,7 @@ TEST_F(EntryIdDump, StoreNamesItsProvidersFileAndIsNotOfExchange)
     ExpectEveryCutToDump(id);
 }
 
-TEST_F(EntryIdDump, FolderIsToldByItsLength)
+TEST_F(EntryIdDump, ItsLengthMarksAFolder)
 {
     const CZebBinary id = Inbox().GetEntryID();
     const std::string hex(id.String().GetString());
@@ -60,7 +60,7 @@ TEST_F(EntryIdDump, FolderIsToldByItsLength)
     ExpectEveryCutToDump(id);
 }
 
-TEST_F(EntryIdDump, MessageIsToldByItsLength)
+TEST_F(EntryIdDump, ItsLengthMarksAMessage)
 {
     AddMessage("one", 1);
     CZebTable table = Contents();

@@ -42,7 +42,7 @@ TEST_F(FolderNames, HoldAnyAsciiCharacterAnywhere)
     }
 }
 
-TEST_F(FolderNames, HoldSeparatorsAtTheirEndsAndAlone)
+TEST_F(FolderNames, HoldSeparatorsAtEndsAndAlone)
 {
     for (const char* name : {"\\",
                              "/",
@@ -96,7 +96,7 @@ TEST_F(FolderNames, HoldSeparatorsAtTheirEndsAndAlone)
     }
 }
 
-TEST_F(FolderNames, AreAsLongAsAnybodyLikes)
+TEST_F(FolderNames, MayHaveAnyLength)
 {
     for (const int length : {255, 256, 1024, 32766, 32767})
     {
@@ -106,7 +106,7 @@ TEST_F(FolderNames, AreAsLongAsAnybodyLikes)
     }
 }
 
-TEST_F(FolderNames, LongOnesAreToldApartByTheirLastCharacter)
+TEST_F(FolderNames, LongOnesDifferInLastCharacter)
 {
     std::string name(32767, 'n');
     CZebFolder one = MakeFolder(m_home, name.c_str());

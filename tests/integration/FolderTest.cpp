@@ -31,7 +31,7 @@ protected:
     }
 };
 
-TEST_F(Folders, ACreatedOneIsThereWithNameCommentAndPlace)
+TEST_F(Folders, ACreatedOneHasItsProperties)
 {
     CZebFolder made = m_home.CreateFolder("Projects", false, true, 0, "what is running", FOLDER_GENERIC);
     EXPECT_EQ(SubfoldersOf(m_home), Names{"Projects"});
@@ -46,7 +46,7 @@ TEST_F(Folders, ACreatedOneIsThereWithNameCommentAndPlace)
     EXPECT_TRUE(opened.IsChildOf(*m_session, m_home.GetEntryID(), true));
 }
 
-TEST_F(Folders, AHiddenOneIsMarkedAndStillListed)
+TEST_F(Folders, AHiddenOneIsStillListed)
 {
     for (const bool save : {false, true})
     {
@@ -58,7 +58,7 @@ TEST_F(Folders, AHiddenOneIsMarkedAndStillListed)
     EXPECT_EQ(SubfoldersOf(m_home), (Names{"not saved", "saved"}));
 }
 
-TEST_F(Folders, ASecondOneOfTheNameIsRefusedUnlessTheExistingIsAskedFor)
+TEST_F(Folders, TakenNamesAreOpenedOrRefused)
 {
     CZebFolder first = m_home.CreateFolder("Projects", false, true, 0, "first", FOLDER_GENERIC);
     EXPECT_EQ(FailureOf([&] { MakeFolder(m_home, "Projects"); }).result, MAPI_E_COLLISION);
@@ -74,14 +74,14 @@ TEST_F(Folders, ASecondOneOfTheNameIsRefusedUnlessTheExistingIsAskedFor)
     EXPECT_EQ(SubfoldersOf(m_home), Names{"Projects"});
 }
 
-TEST_F(Folders, WhatDoesNotExistIsCreatedThoughTheExistingWasAskedFor)
+TEST_F(Folders, OpenIfExistsCreatesMissingOnes)
 {
     CZebFolder made = m_home.CreateFolder("new", true, true, OPEN_IF_EXISTS, nullptr, FOLDER_GENERIC);
     EXPECT_TRUE(HasTrue(made, PR_ATTR_HIDDEN));
     EXPECT_EQ(SubfoldersOf(m_home), Names{"new"});
 }
 
-TEST_F(Folders, AFailedCreationLeavesNothingAndSaysWhy)
+TEST_F(Folders, AFailedCreationLeavesNothing)
 {
     const Failure search = FailureOf([&] { m_home.CreateFolder("s", true, true, 0, nullptr, FOLDER_SEARCH); });
     EXPECT_EQ(search.result, MAPI_E_NO_SUPPORT);
@@ -96,7 +96,7 @@ TEST_F(Folders, AFailedCreationLeavesNothingAndSaysWhy)
     EXPECT_TRUE(SubfoldersOf(m_home).empty());
 }
 
-TEST_F(Folders, AreFoundByNameInBothWidths)
+TEST_F(Folders, AreFoundInBothWidths)
 {
     CZebFolder made = MakeFolder(m_home, "to be renamed");
     made.SetDisplayNameW(ZEBW("B\u00FCro"));
@@ -113,7 +113,7 @@ TEST_F(Folders, AreFoundByNameInBothWidths)
     EXPECT_EQ(FailureOf([&] { m_home.OpenFolderByNameW(ZEBW("B\u00FCro")); }).result, 1168);
 }
 
-TEST_F(Folders, OnlyDirectSubfoldersAreFoundByName)
+TEST_F(Folders, OnlyDirectSubfoldersAreFound)
 {
     CZebFolder child = MakeFolder(m_home, "child");
     MakeFolder(child, "grandchild");
@@ -136,7 +136,7 @@ TEST_F(Folders, AreOpenedByNameForWriting)
     EXPECT_EQ(SubfoldersOf(m_home), Names{"again"});
 }
 
-TEST_F(Folders, EmptyingTakesMessagesAndSubfoldersAndKeepsTheAssociatedUnlessAsked)
+TEST_F(Folders, EmptyingKeepsTheAssociatedUnlessAsked)
 {
     CZebFolder inner = MakeFolder(m_home, "inner");
     SaveMessage(inner, "deep");
@@ -154,7 +154,7 @@ TEST_F(Folders, EmptyingTakesMessagesAndSubfoldersAndKeepsTheAssociatedUnlessAsk
     EXPECT_EQ(FailureOf([&] { m_home.EmptyFolder(nullptr, 0x40000000, nullptr); }).result, MAPI_E_UNKNOWN_FLAGS);
 }
 
-TEST_F(Folders, AreDeletedWithTheirContentOnlyWhenAsked)
+TEST_F(Folders, AreDeletedWithContentWhenAsked)
 {
     CZebFolder parent = MakeFolder(m_home, "parent");
     CZebFolder child = MakeFolder(parent, "child");
@@ -184,7 +184,7 @@ TEST_F(Folders, OnlyTheParentDeletesAFolder)
     EXPECT_EQ(SubfoldersOf(child), Names{"grandchild"});
 }
 
-TEST_F(Folders, AreCopiedWithAndWithoutTheirSubfolders)
+TEST_F(Folders, AreCopiedWithAndWithoutSubfolders)
 {
     CZebFolder source = MakeFolder(m_home, "source");
     CZebFolder inner = MakeFolder(source, "inner");
@@ -209,7 +209,7 @@ TEST_F(Folders, AreCopiedWithAndWithoutTheirSubfolders)
     EXPECT_EQ(FailureOf([&] { CopyFolder(m_home, source, inner, "x", COPY_SUBFOLDERS); }).result, MAPI_E_FOLDER_CYCLE);
 }
 
-TEST_F(Folders, MovedOnesKeepTheirIdentityAndTheirContent)
+TEST_F(Folders, MovedOnesKeepIdentityAndContent)
 {
     CZebFolder source = MakeFolder(m_home, "source");
     CZebFolder inner = MakeFolder(source, "inner");

@@ -10,7 +10,7 @@ namespace
 
 using ForeignRoute = StoreHost;
 
-TEST_F(ForeignRoute, TheSystemsLibraryIsChosenAsDecorated)
+TEST_F(ForeignRoute, TheSystemLibraryIsDecorated)
 {
     EnumOfficeBitness bitness = OfficeBitnessNone;
     EXPECT_EQ(std::string(Zeb_GetMapiDllPath(bitness)), "MAPI32.DLL");
@@ -18,7 +18,7 @@ TEST_F(ForeignRoute, TheSystemsLibraryIsChosenAsDecorated)
     EXPECT_NE(platform::ResolveModulePath("MAPI32.DLL").find(platform::SystemFolder()), std::string::npos);
 }
 
-TEST_F(ForeignRoute, TheStoreBehindItIsTheRegisteredClients)
+TEST_F(ForeignRoute, ItsStoreIsTheRegisteredClients)
 {
     const CZebBinary provider = m_store->GetBinary(PR_MDB_PROVIDER);
     const SBinary& bytes = provider;

@@ -102,7 +102,7 @@ TEST_F(LargeProperty, WideTextComesBack)
     EXPECT_TRUE(ByStream(PR_BODY_W, text.data()).GetLongStringW(PR_BODY_W).GetString() == text);
 }
 
-TEST_F(LargeProperty, ThatIsNotSavedLeavesNothingInTheStore)
+TEST_F(LargeProperty, UnsavedLeavesNothingInTheStore)
 {
     const auto size = std::filesystem::file_size(File("test.zeb"));
     {
@@ -120,7 +120,7 @@ TEST_F(LargeProperty, ThatIsNotSavedLeavesNothingInTheStore)
     EXPECT_LT(std::filesystem::file_size(File("test.zeb")), size + 1'000'000);
 }
 
-TEST_F(LargeProperty, BeyondTwoGigabytesIsRefusedAndTheRestStays)
+TEST_F(LargeProperty, BeyondTwoGigabytesIsRefused)
 {
     CZebMessage message = Inbox().CreateMessage(0);
     const CComPtr<IStream> stream = message.OpenProperty(PR_BODY_A, MAPI_CREATE | MAPI_MODIFY);

@@ -49,7 +49,7 @@ protected:
     }
 };
 
-TEST_F(LongText, NarrowTextOfEveryLengthComesBack)
+TEST_F(LongText, NarrowTextOfEveryLengthReturns)
 {
     for (const size_t size : {0u, 1u, 7u, 65'535u, 10'000'000u})
     {
@@ -61,7 +61,7 @@ TEST_F(LongText, NarrowTextOfEveryLengthComesBack)
     }
 }
 
-TEST_F(LongText, WideTextOfEveryLengthComesBack)
+TEST_F(LongText, WideTextOfEveryLengthReturns)
 {
     for (const size_t length : {0u, 1u, 7u, 32'768u, 5'000'000u})
     {
@@ -75,7 +75,7 @@ TEST_F(LongText, WideTextOfEveryLengthComesBack)
     }
 }
 
-TEST_F(LongText, HalfACharacterAtTheEndOfWideTextIsNoCharacter)
+TEST_F(LongText, HalfAWideCharacterIsDropped)
 {
     for (const size_t length : {3u, 32'767u})
     {
@@ -85,7 +85,7 @@ TEST_F(LongText, HalfACharacterAtTheEndOfWideTextIsNoCharacter)
     }
 }
 
-TEST_F(LongText, TextWrittenByAnArrayComesBackThroughAStreamAndBackAgain)
+TEST_F(LongText, ArraysAndStreamsExchangeText)
 {
     const std::string text = Text(300'000);
     CZebPropValArray values(1);
@@ -97,7 +97,7 @@ TEST_F(LongText, TextWrittenByAnArrayComesBackThroughAStreamAndBackAgain)
     EXPECT_STREQ(Opened<CZebMessage>(message.GetEntryID()).GetStringProp(PR_BODY_A), "short");
 }
 
-TEST_F(LongText, UpTo64KilobytesAreGivenAsAValueAndMoreThroughAStreamOnly)
+TEST_F(LongText, Above64KilobytesNeedsAStream)
 {
     for (const size_t size : {4'096u, 4'098u, 65'536u, 65'538u})
     {
@@ -130,7 +130,7 @@ TEST_F(LongText, UpTo64KilobytesAreGivenAsAValueAndMoreThroughAStreamOnly)
     }
 }
 
-TEST_F(LongText, APropertyThatIsMissingOrNoTextIsNotRead)
+TEST_F(LongText, MissingAndOtherPropertiesAreRefused)
 {
     CZebPropValArray values(1);
     values[PR_IMPORTANCE] = static_cast<LONG>(1);
@@ -141,7 +141,7 @@ TEST_F(LongText, APropertyThatIsMissingOrNoTextIsNotRead)
     EXPECT_NE(thrown.text.find("binary and text"), std::string::npos) << thrown.text;
 }
 
-TEST_F(LongText, AStreamOpenedForReadingRefusesWrites)
+TEST_F(LongText, AReadingStreamRefusesWrites)
 {
     CZebMessage message = Saved(PR_BODY_A, "text", 4);
     const CComPtr<IStream> stream = message.OpenProperty(PR_BODY_A, 0);
@@ -163,7 +163,7 @@ TEST_F(LongText, BinariesOfEveryLengthComeBack)
     }
 }
 
-TEST_F(LongText, WhatWasWrittenAndNotSavedIsNotThere)
+TEST_F(LongText, UnsavedWritesAreLost)
 {
     CZebMessage message = Saved(PR_BODY_A, "kept", 4);
     const std::string text = Text(100'000);

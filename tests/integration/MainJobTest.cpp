@@ -25,7 +25,7 @@ std::vector<std::string> SubjectsOfInbox(CZebMsgStore& store)
     return subjects;
 }
 
-TEST_F(MainJob, ReadsTheSubjectsOfTheInboxOfTheDefaultProfile)
+TEST_F(MainJob, ReadsSubjectsOfTheDefaultInbox)
 {
     Start();
     CreateProfile("mine", File("mine.zeb"));
@@ -47,7 +47,7 @@ TEST_F(MainJob, ReadsTheSubjectsOfTheInboxOfTheDefaultProfile)
     EXPECT_FALSE(Zeb_GetMAPI().WasInitialized());
 }
 
-TEST_F(MainJob, OpensTheDefaultStoreOfTheProfile)
+TEST_F(MainJob, OpensTheProfilesDefaultStore)
 {
     Start();
     CreateProfile("mine", File("mine.zeb"));
@@ -59,7 +59,7 @@ TEST_F(MainJob, OpensTheDefaultStoreOfTheProfile)
     Zeb_GetMAPI().Uninitialize(&session);
 }
 
-TEST_F(MainJob, MessagesAreThereAfterMapiWasStoppedAndStartedAgain)
+TEST_F(MainJob, MessagesSurviveARestartOfMapi)
 {
     Start();
     CreateProfile("mine", File("mine.zeb"));
@@ -81,12 +81,12 @@ TEST_F(MainJob, MessagesAreThereAfterMapiWasStoppedAndStartedAgain)
     session.Logoff(0, 0, 0);
 }
 
-TEST_F(MainJob, AnInboxWithNothingInItHasNoRows)
+TEST_F(MainJob, AnEmptyInboxHasNoRows)
 {
     WithStore([&](CZebSession&, CZebMsgStore& store) { EXPECT_TRUE(SubjectsOfInbox(store).empty()); });
 }
 
-TEST_F(MainJob, FoldersAreFoundByNameBelowTheTopOfTheMail)
+TEST_F(MainJob, FoldersAreFoundByName)
 {
     WithStore([&](CZebSession&, CZebMsgStore& store)
     {
@@ -104,7 +104,7 @@ TEST_F(MainJob, FoldersAreFoundByNameBelowTheTopOfTheMail)
     });
 }
 
-TEST_F(MainJob, ADeletedMessageIsMovedOrGone)
+TEST_F(MainJob, DeletedMessagesAreMovedOrGone)
 {
     WithStore([&](CZebSession&, CZebMsgStore& store)
     {

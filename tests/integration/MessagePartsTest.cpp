@@ -71,7 +71,7 @@ TEST_F(MessageParts, RecipientsAreAddedReadAndRemoved)
               (std::vector<std::string>{"Ada \xCE\xB1", "/o=Org/cn=boris"}));
 }
 
-TEST_F(MessageParts, AnAddressIsAOneOffEntry)
+TEST_F(MessageParts, AnAddressIsAOneOff)
 {
     CZebMessage message = Saved();
     message.AddRecipient(MAPI_TO, ZEBW("Ada"), ZEBW("ada@example.org"));
@@ -167,7 +167,7 @@ TEST_F(MessageParts, AMessageHoldsAMessage)
         MAPI_E_NOT_FOUND);
 }
 
-TEST_F(MessageParts, RowsComeInBatchesInTheTablesOrder)
+TEST_F(MessageParts, RowsComeInBatchesInOrder)
 {
     CZebFolder inbox = Inbox();
     for (int i = 0; i < 230; ++i)
@@ -187,7 +187,7 @@ TEST_F(MessageParts, RowsComeInBatchesInTheTablesOrder)
     EXPECT_EQ(next, 999);
 }
 
-TEST_F(MessageParts, AHostsOwnNamedPropertyIsWrittenAndFound)
+TEST_F(MessageParts, AHostsNamedPropertyIsFound)
 {
     const GUID set = {0x12345678, 1, 2, {3, 4, 5, 6, 7, 8, 9, 10}};
     CZebMessage message = Saved();
@@ -216,7 +216,7 @@ TEST_F(MessageParts, AHostsOwnNamedPropertyIsWrittenAndFound)
     EXPECT_FALSE(again.GetNameOfTag(PROP_TAG(PT_LONG, 0x8FFF), itsSet, id, name));
 }
 
-TEST_F(MessageParts, ValuesOfEveryKindComeBackFromTheStore)
+TEST_F(MessageParts, ValuesOfEveryKindComeBack)
 {
     CZebMessage message = Saved();
     CArray<double> numbers;
@@ -254,7 +254,7 @@ TEST_F(MessageParts, TheLogReachesTheHostsSink)
     EXPECT_EQ(lines.find("THROW Exception 0x8004010f"), 0u) << lines;
 }
 
-TEST_F(MessageParts, ACheckedBindingHearsOfANewMessage)
+TEST_F(MessageParts, ACheckedBindingSeesNewMessages)
 {
     CZebCachedTable list(Contents());
     list.BindChecked();

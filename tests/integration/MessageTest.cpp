@@ -26,7 +26,7 @@ protected:
     }
 };
 
-TEST_F(Messages, AreInTheirFolderOnceTheyAreSaved)
+TEST_F(Messages, AreInTheirFolderOnceSaved)
 {
     CZebPropValArray properties(3);
     properties[PR_SUBJECT_A] = "mine";
@@ -40,7 +40,7 @@ TEST_F(Messages, AreInTheirFolderOnceTheyAreSaved)
     EXPECT_EQ(Contents().GetRowCount(), 2u);
 }
 
-TEST_F(Messages, WithoutPropertiesAreNotSavedByTheirCreation)
+TEST_F(Messages, WithoutPropertiesCreationSavesNothing)
 {
     CZebPropValArray none(3);
     CZebMessage message = Inbox().CreateMessage(none, true, 0);
@@ -69,7 +69,7 @@ TEST_F(Messages, KnowTheirPlace)
     EXPECT_FALSE(m_store->IsChildOf(*m_session, root.GetEntryID(), false));
 }
 
-TEST_F(Messages, AreSharedByCopiesOfTheirWrapper)
+TEST_F(Messages, AreSharedByTheirWrappersCopies)
 {
     CZebMessage message = Saved("before");
     CZebMessage copy(message);
@@ -83,7 +83,7 @@ TEST_F(Messages, AreSharedByCopiesOfTheirWrapper)
     EXPECT_STREQ(other.GetDisplayName(), "shown");
 }
 
-TEST_F(Messages, OutliveTheStoreAndTheSessionThatOpenedThem)
+TEST_F(Messages, OutliveTheirStoreAndSession)
 {
     CZebMessage message = Saved("still here");
     LogOff();
@@ -121,7 +121,7 @@ TEST_F(Messages, HaveRecipientsThroughTheirInterface)
     EXPECT_STREQ(again.GetStringProp(PR_DISPLAY_CC_A), "Two");
 }
 
-TEST_F(Messages, HaveAttachmentsThatAPlainObjectWraps)
+TEST_F(Messages, HaveAttachmentsAsPlainObjects)
 {
     CZebMessage message = Saved("with a file");
     {
@@ -188,7 +188,7 @@ Taking TakingOf(const char* name, bool store, bool folder, bool message)
     return {name, [] { return std::make_unique<Wrapper>(); }, {store, folder, message}};
 }
 
-TEST_F(Messages, FoldersAndStoresAreTakenByTheWrappersOfTheirTypeOnly)
+TEST_F(Messages, WrappersTakeOnlyTheirTypes)
 {
     const Taking wrappers[] = {
         TakingOf<CZebIProp>("IProp", true, true, true),

@@ -46,7 +46,7 @@ protected:
     }
 };
 
-TEST_F(NamedProperty, EachOfTheLibrarysTagsHasOneOfTheStore)
+TEST_F(NamedProperty, EachTagHasAStoreTag)
 {
     CZebMessage message = NewMessage();
     CZebNameIdHelper helper;
@@ -71,7 +71,7 @@ TEST_F(NamedProperty, EachOfTheLibrarysTagsHasOneOfTheStore)
     EXPECT_EQ(message.GetTagsMap().GetCount(), 48);
 }
 
-TEST_F(NamedProperty, AreTheSameForEveryObjectOfAStore)
+TEST_F(NamedProperty, AreTheSameThroughoutAStore)
 {
     CZebMessage message = NewMessage();
     CZebFolder inbox = Inbox();
@@ -79,7 +79,7 @@ TEST_F(NamedProperty, AreTheSameForEveryObjectOfAStore)
     EXPECT_EQ(m_store->GetRealTag(OwnNumber, true), message.GetRealTag(OwnNumber, true));
 }
 
-TEST_F(NamedProperty, AreWrittenAndReadInTwoSessions)
+TEST_F(NamedProperty, AreWrittenAndReadAcrossSessions)
 {
     CZebMessage message = NewMessage();
     const ULONG address = message.GetRealTag(EmailAddress, true);
@@ -119,7 +119,7 @@ TEST_F(NamedProperty, OutsideTheListAreUnknown)
     EXPECT_EQ(FailureOf([&] { message.GetNameFromTag(0x8083001F, true); }).result, MAPI_E_BAD_VALUE);
 }
 
-TEST_F(NamedProperty, HaveNumbersOfTheirOwnInEachStore)
+TEST_F(NamedProperty, HaveTheirOwnNumbersPerStore)
 {
     // The host's own name comes first in the other store, so the library's move by one.
     const ULONG here = NewMessage().GetRealTag(EmailAddress, true);
@@ -162,7 +162,7 @@ TEST_F(NamedProperty, HaveNumbersOfTheirOwnInEachStore)
     session.Logoff(0, 0, 0);
 }
 
-TEST_F(NamedProperty, OfAStoreThatCanOnlyBeReadAreThoseItHas)
+TEST_F(NamedProperty, AReadOnlyStoreAddsNone)
 {
     namespace fs = std::filesystem;
     const std::string file = File("test.zeb");

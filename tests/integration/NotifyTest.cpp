@@ -107,7 +107,7 @@ protected:
     }
 };
 
-TEST_F(Notified, ADelegateHearsOfEveryRow)
+TEST_F(Notified, ADelegateReceivesEveryRow)
 {
     AddMessage("first", 1);
     CZebTable table = Sorted();
@@ -136,7 +136,7 @@ TEST_F(Notified, ADelegateHearsOfEveryRow)
     EXPECT_TRUE(counter.Has(2, 1, 1));
 }
 
-TEST_F(Notified, ACachedTableShowsWhatWasAdded)
+TEST_F(Notified, ACachedTableShowsAdditions)
 {
     AddMessage("first", 1);
     CZebCachedTable table(nullptr);
@@ -147,7 +147,7 @@ TEST_F(Notified, ACachedTableShowsWhatWasAdded)
     EXPECT_EQ(SubjectOf(table, 1), "first");
 }
 
-TEST_F(Notified, WhatAnotherProcessDoesIsHeardRowByRow)
+TEST_F(Notified, AnotherProcessNotifiesRowByRow)
 {
     CZebTable table = Sorted();
     const auto before = static_cast<int>(table.GetRowCount());
@@ -176,7 +176,7 @@ TEST_F(Notified, ACachedTableFollowsAnotherProcess)
     }
 }
 
-TEST_F(Notified, DestroyingABoundTableWhileItIsToldDoesNoHarm)
+TEST_F(Notified, DestroyingTablesDuringNotificationsIsSafe)
 {
     CZebFolder inbox = Inbox();
     std::thread writer([&]

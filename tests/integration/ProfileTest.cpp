@@ -70,7 +70,7 @@ class ProfilesByVersion : public Profiles, public testing::WithParamInterface<st
 {
 };
 
-TEST_F(Profiles, AreTheSameInTheRegistryAndThroughMapi)
+TEST_F(Profiles, AreEqualInRegistryAndMapi)
 {
     Start();
     for (const char* name : {"beta", "Alpha", "gamma"})
@@ -87,7 +87,7 @@ TEST_F(Profiles, AreTheSameInTheRegistryAndThroughMapi)
     EXPECT_EQ(DefaultThroughMapi(), "gamma");
 }
 
-TEST_F(Profiles, AreReadFromTheRegistryWithoutMapi)
+TEST_F(Profiles, AreReadWithoutMapi)
 {
     Start();
     CreateProfile("mine", File("mine.zeb"));
@@ -103,7 +103,7 @@ TEST_F(Profiles, AreReadFromTheRegistryWithoutMapi)
     EXPECT_EQ(FailureOf([] { CZebProfAdmin::Open(); }).result, MAPI_E_CALL_FAILED);
 }
 
-TEST_P(ProfilesByVersion, LieWhereTheVersionOfOutlookSays)
+TEST_P(ProfilesByVersion, AreWhereTheOutlookVersionSays)
 {
     const auto [version, own] = GetParam();
     SetOutlookVersion(version);
@@ -135,7 +135,7 @@ INSTANTIATE_TEST_SUITE_P(CurVer, ProfilesByVersion,
                                          std::pair{"Outlook.Application.16", false},
                                          std::pair{"Outlook.Application.150", true}));
 
-TEST_F(Profiles, WithoutADefaultTheRegistryAnswersEmptyAndMapiNotFound)
+TEST_F(Profiles, WithoutADefaultOnlyMapiFails)
 {
     Start();
     EXPECT_EQ(DefaultInRegistry(), "");
@@ -153,7 +153,7 @@ TEST_F(Profiles, WithoutADefaultTheRegistryAnswersEmptyAndMapiNotFound)
     EXPECT_FALSE(logon.text.empty());
 }
 
-TEST_F(Profiles, ADefaultThatIsDeletedIsNone)
+TEST_F(Profiles, ADeletedDefaultIsNone)
 {
     Start();
     CreateProfile("mine", File("mine.zeb"));
@@ -165,7 +165,7 @@ TEST_F(Profiles, ADefaultThatIsDeletedIsNone)
     EXPECT_EQ(FailureOf([] { DefaultThroughMapi(); }).result, MAPI_E_NOT_FOUND);
 }
 
-TEST_F(Profiles, ADefaultThatWasNeverMadeIsNamedByTheRegistryOnly)
+TEST_F(Profiles, OnlyTheRegistryNamesMissingDefaults)
 {
     RegistryKey::Create(RegistryRoot::CurrentUser, Subsystem).SetStringValue("DefaultProfile", "ghost");
     Start();
@@ -174,7 +174,7 @@ TEST_F(Profiles, ADefaultThatWasNeverMadeIsNamedByTheRegistryOnly)
     EXPECT_TRUE(InRegistry().empty());
 }
 
-TEST_F(Profiles, RenamedAndCopiedOnesAreSeenByBoth)
+TEST_F(Profiles, BothSeeRenamedAndCopiedOnes)
 {
     Start();
     CreateProfile("mine", File("mine.zeb"));
@@ -186,7 +186,7 @@ TEST_F(Profiles, RenamedAndCopiedOnesAreSeenByBoth)
     EXPECT_EQ(DefaultThroughMapi(), "new");
 }
 
-TEST_F(Profiles, OfTheRegistryAloneAreListedByMapiToo)
+TEST_F(Profiles, MapiListsTheRegistrysOwnToo)
 {
     RegistryKey::Create(RegistryRoot::CurrentUser, std::string(Subsystem) + "\\by hand");
     Start();

@@ -39,7 +39,7 @@ protected:
     CZebMessage m_message;
 };
 
-TEST_F(PropertyOperation, WritesArraysUpToTheirFirstFreeEntryAndSavesWhenAsked)
+TEST_F(PropertyOperation, WritesArraysToFirstFreeEntry)
 {
     CZebPropValArray values(3);
     values[PR_SUBJECT_A] = "other";
@@ -65,7 +65,7 @@ TEST_F(PropertyOperation, ReadsExactlyTheTagsGiven)
     EXPECT_EQ(values.Count(), 0u) << "a provider refuses an empty list; here it gives an empty result";
 }
 
-TEST_F(PropertyOperation, DeletesAndReportsWhatWasNotThere)
+TEST_F(PropertyOperation, DeletesAndReportsWhatIsMissing)
 {
     CZebPropTagArray tags;
     tags.Add(PR_IMPORTANCE, PR_REPORT_TEXT_A, PR_ENTRYID, 0);
@@ -84,7 +84,7 @@ TEST_F(PropertyOperation, DeletesAndReportsWhatWasNotThere)
     EXPECT_FALSE(Has(TagsOf(after, 0), PR_IMPORTANCE));
 }
 
-TEST_F(PropertyOperation, ReportsWhatCanNotBeWrittenAndWritesTheRest)
+TEST_F(PropertyOperation, ReportsWhatItCannotWrite)
 {
     CZebPropValArray values(3);
     values[PR_OBJECT_TYPE] = static_cast<LONG>(MAPI_FOLDER);
@@ -99,7 +99,7 @@ TEST_F(PropertyOperation, ReportsWhatCanNotBeWrittenAndWritesTheRest)
     m_message.SetProps(values, false, nullptr);
 }
 
-TEST_F(PropertyOperation, ListsItsPropertiesInTheWidthAskedFor)
+TEST_F(PropertyOperation, ListsPropertiesInTheRequestedWidth)
 {
     EXPECT_TRUE(Has(TagsOf(m_message, 0), PR_SUBJECT_A));
     EXPECT_TRUE(Has(TagsOf(m_message, MAPI_UNICODE), PR_SUBJECT_W));
@@ -146,7 +146,7 @@ TEST_F(PropertyOperation, GivesTextInEitherWidth)
     EXPECT_EQ(FailureOf([&] { again.GetStringPropA(PR_IMPORTANCE); }).result, MAPI_E_INVALID_TYPE);
 }
 
-TEST_F(PropertyOperation, CopiesTheWholeOrAFewThroughTheInterface)
+TEST_F(PropertyOperation, CopiesAllOrAFewProperties)
 {
     CZebMessage whole = Inbox().CreateMessage(0);
     CZebMessage few = Inbox().CreateMessage(0);
@@ -183,7 +183,7 @@ TEST_F(PropertyOperation, DisplayNamesAreSavedAtOnce)
     EXPECT_STREQ(folder.GetDisplayName(), "after");
 }
 
-TEST_F(PropertyOperation, AnObjectKeptOpenForReadingRefusesChanges)
+TEST_F(PropertyOperation, ObjectsKeptForReadingRefuseChanges)
 {
     m_message.SaveChanges(KEEP_OPEN_READONLY);
     CZebPropValArray values(1);
@@ -199,7 +199,7 @@ TEST_F(PropertyOperation, AnObjectKeptOpenForReadingRefusesChanges)
               MAPI_E_NO_ACCESS);
 }
 
-TEST_F(PropertyOperation, SavingOverAnothersChangeNeedsForceWhichTheLibraryGives)
+TEST_F(PropertyOperation, ForceSavesOverAnothersChange)
 {
     CZebMessage other = Again();
     CZebPropValArray values(1);

@@ -148,7 +148,7 @@ TEST_F(PropertyRoundTrip, ManyValues)
     });
 }
 
-TEST_F(PropertyRoundTrip, NamedPropertiesKeepTheirTagAcrossSessions)
+TEST_F(PropertyRoundTrip, NamedPropertiesKeepTheirTag)
 {
     GUID set = {0x12345678, 0x1234, 0x5678, {1, 2, 3, 4, 5, 6, 7, 8}};
     std::basic_string<WCHAR> text = ZEBW("Keywords");
@@ -212,7 +212,7 @@ TEST_F(PropertyRoundTrip, LargeTextGoesThroughAStream)
     EXPECT_EQ(read.GetLongString(PR_BODY_A).GetString(), body);
 }
 
-TEST_F(PropertyRoundTrip, NothingOfAMessageThatWasNotSavedIsInTheStore)
+TEST_F(PropertyRoundTrip, UnsavedMessagesLeaveNothing)
 {
     CZebMessage message = Inbox().CreateMessage(0);
     CZebPropValArray values(1);
@@ -222,7 +222,7 @@ TEST_F(PropertyRoundTrip, NothingOfAMessageThatWasNotSavedIsInTheStore)
     EXPECT_EQ(Contents().GetRowCount(), 0u);
 }
 
-TEST_F(PropertyRoundTrip, AMissingPropertyReadsAsEmptyTextAndAsAnError)
+TEST_F(PropertyRoundTrip, MissingPropertiesAreEmptyOrErrors)
 {
     CZebMessage message = Inbox().CreateMessage(0);
     message.SaveChanges(KEEP_OPEN_READWRITE);

@@ -73,7 +73,7 @@ TEST_F(Restricted, ByTextWholePartAndPrefix)
     EXPECT_TRUE(ByContent("%", FL_SUBSTRING).empty()) << "text is never a pattern";
 }
 
-TEST_F(Restricted, ByAllOfAnyOfAndNotOf)
+TEST_F(Restricted, ByAllAnyAndNot)
 {
     m_restriction.CreateAnd(2);
     m_restriction[0].CreateContent(PR_SUBJECT_A, "red", FL_PREFIX);
@@ -103,7 +103,7 @@ TEST_F(Restricted, ByBits)
     EXPECT_EQ(Matching(m_restriction), (List{"green Apple", "red apple"}));
 }
 
-TEST_F(Restricted, ByTwoPropertiesComparedWithEachOther)
+TEST_F(Restricted, ByTwoPropertiesCompared)
 {
     m_restriction.CreateCompareProps(PR_SUBJECT_A, PR_NORMALIZED_SUBJECT_A, RELOP_EQ);
     EXPECT_EQ(Matching(m_restriction).size(), 3u);

@@ -22,7 +22,7 @@ protected:
     }
 };
 
-TEST_F(Sessions, ListTheStoreOfTheProfileAsTheDefaultOne)
+TEST_F(Sessions, ListTheProfilesStoreAsDefault)
 {
     CZebTable table = m_session->GetMsgStoresTable();
     CZebRowSet rows;
@@ -32,7 +32,7 @@ TEST_F(Sessions, ListTheStoreOfTheProfileAsTheDefaultOne)
     EXPECT_TRUE(m_session->CompareEntryIDs(rows[0][PR_ENTRYID], m_store->GetEntryID()));
 }
 
-TEST_F(Sessions, OpenTheStoreByDefaultAndByIdentifier)
+TEST_F(Sessions, OpenStoresByDefaultOrIdentifier)
 {
     const CZebBinary id = StoreIn(*m_session);
     CZebMsgStore byId = m_session->OpenMsgStore(id, nullptr, MAPI_BEST_ACCESS);
@@ -45,7 +45,7 @@ TEST_F(Sessions, OpenTheStoreByDefaultAndByIdentifier)
     EXPECT_EQ(FailureOf([&] { forReading.SetDisplayName("x"); }).result, MAPI_E_NO_ACCESS);
 }
 
-TEST_F(Sessions, OpenProfilesByNameSideBySide)
+TEST_F(Sessions, OpenSeveralProfilesByName)
 {
     CreateProfile("second", File("second.zeb"), false);
     CZebSession second = LogOn("second");
@@ -61,7 +61,7 @@ TEST_F(Sessions, OpenProfilesByNameSideBySide)
     second.Logoff(0, 0, 0);
 }
 
-TEST_F(Sessions, WithoutAStoreHaveNoDefaultOne)
+TEST_F(Sessions, WithoutAStoreHaveNoDefault)
 {
     const CComPtr<IProfAdmin> profiles = CZebProfAdmin::Open().GetInterface();
     char name[] = "bare";
@@ -95,7 +95,7 @@ TEST_F(Sessions, CompareIdentifiersOfEveryKind)
               MAPI_E_INVALID_ENTRYID);
 }
 
-TEST_F(Sessions, AreSharedByCopiesAndOverForAllOfThemAfterLogoff)
+TEST_F(Sessions, LogoffEndsAllCopies)
 {
     CZebSession copy(*m_session);
     CZebSession assigned;
@@ -118,7 +118,7 @@ TEST_F(Sessions, AreSharedByCopiesAndOverForAllOfThemAfterLogoff)
     EXPECT_TRUE(inbox.OpenFolderByName("afterwards").IsValid());
 }
 
-TEST_F(Sessions, LoggedOffTwiceAreEmptyAllTheSame)
+TEST_F(Sessions, LoggedOffTwiceAreEmpty)
 {
     CZebSession copy(*m_session);
     m_session->Logoff(0, 0, 0);
@@ -129,7 +129,7 @@ TEST_F(Sessions, LoggedOffTwiceAreEmptyAllTheSame)
     EXPECT_THROW(copy.GetMsgStoresTable(), _com_error);
 }
 
-TEST_F(Sessions, TellClassesOfMessagesApart)
+TEST_F(Sessions, DistinguishClassesOfMessages)
 {
     CZebPropValArray values(1);
     values[PR_MESSAGE_CLASS_A] = "IPM.Note.Special";

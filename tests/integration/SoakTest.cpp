@@ -262,7 +262,7 @@ protected:
 
 } // namespace
 
-TEST_F(Soak, EightCachedTablesAgreeWithWhatAnotherProcessMadeOfTheStore)
+TEST_F(Soak, EightCachedTablesFollowAnotherProcess)
 {
     CZebFolder inbox = Inbox();
     CZebFolder moved = inbox.CreateFolder("moved", false, true, 0, nullptr, FOLDER_GENERIC);

@@ -36,7 +36,7 @@ protected:
     };
 };
 
-TEST_F(StoreMessages, AreInTheFolderOnceTheyAreSaved)
+TEST_F(StoreMessages, AreInTheFolderOnceSaved)
 {
     CZebPropValArray properties(1);
     properties[PR_SUBJECT_A] = "dropped";
@@ -62,7 +62,7 @@ TEST_F(StoreMessages, WithoutAnyPropertyAreNotSaved)
     EXPECT_TRUE(SubjectsOf(m_inbox).empty());
 }
 
-TEST_F(StoreMessages, CanBeWrittenOnAfterTheirFirstSave)
+TEST_F(StoreMessages, CanBeWrittenAfterFirstSave)
 {
     CZebMessage message = SaveMessage(m_inbox, "first");
     CZebPropValArray properties(1);
@@ -71,7 +71,7 @@ TEST_F(StoreMessages, CanBeWrittenOnAfterTheirFirstSave)
     EXPECT_EQ(SubjectsOf(m_inbox), Names{"second"});
 }
 
-TEST_F(StoreMessages, AssociatedOnesLieApart)
+TEST_F(StoreMessages, AssociatedOnesAreSeparate)
 {
     SaveMessage(m_inbox, "plain");
     SaveMessage(m_inbox, "associated", MAPI_ASSOCIATED);
@@ -112,7 +112,7 @@ TEST_F(StoreMessages, AreCopiedIntoTheirOwnFolder)
     EXPECT_TRUE(CZebFolder(m_inbox).IsValid());
 }
 
-TEST_F(StoreMessages, MovedOnesAreOnlyWhereTheyWentTo)
+TEST_F(StoreMessages, MovedOnesLeaveTheirOldFolder)
 {
     const CZebBinary a = SaveMessage(m_inbox, "a").GetEntryID();
     List bc({SaveMessage(m_inbox, "b").GetEntryID(), SaveMessage(m_inbox, "c").GetEntryID()});
@@ -125,7 +125,7 @@ TEST_F(StoreMessages, MovedOnesAreOnlyWhereTheyWentTo)
     EXPECT_EQ(SubjectsOf(m_other), (Names{"a", "b", "c"}));
 }
 
-TEST_F(StoreMessages, OfAListThoseThatLieInTheFolderAreTakenAndTheRestIsPassedOver)
+TEST_F(StoreMessages, OfOtherFoldersAreSkipped)
 {
     List both({SaveMessage(m_inbox, "here").GetEntryID(), SaveMessage(m_deleted, "there").GetEntryID()});
     m_inbox.CopyMessages(&both.array, m_other, 0, nullptr, nullptr);
@@ -136,7 +136,7 @@ TEST_F(StoreMessages, OfAListThoseThatLieInTheFolderAreTakenAndTheRestIsPassedOv
     EXPECT_EQ(SubjectsOf(m_deleted), Names{"there"});
 }
 
-TEST_F(StoreMessages, AreNotMovedIntoAFolderOpenedForReading)
+TEST_F(StoreMessages, AreNotMovedWithoutWriteAccess)
 {
     const CZebBinary id = SaveMessage(m_inbox, "a").GetEntryID();
     CZebFolder readOnly;
@@ -157,7 +157,7 @@ TEST_F(StoreMessages, TheFolderDeletesForGood)
     EXPECT_EQ(OpeningThrows(a), MAPI_E_NOT_FOUND);
 }
 
-TEST_F(StoreMessages, TheStoreDeletesSoftlyIntoTheDeletedItemsAndHardForGood)
+TEST_F(StoreMessages, TheStoreDeletesSoftlyOrHard)
 {
     List soft({SaveMessage(m_inbox, "a").GetEntryID(), SaveMessage(m_inbox, "b").GetEntryID()});
     List hard({SaveMessage(m_inbox, "c").GetEntryID(), SaveMessage(m_inbox, "d").GetEntryID()});
@@ -175,7 +175,7 @@ TEST_F(StoreMessages, TheStoreDeletesSoftlyIntoTheDeletedItemsAndHardForGood)
     }
 }
 
-TEST_F(StoreMessages, DeletedSoftlyFromTheDeletedItemsStayThere)
+TEST_F(StoreMessages, DeletedSoftlyFromDeletedItemsStay)
 {
     const CZebBinary id = SaveMessage(m_deleted, "a").GetEntryID();
     m_store->DeleteMessage(id, false);
@@ -184,7 +184,7 @@ TEST_F(StoreMessages, DeletedSoftlyFromTheDeletedItemsStayThere)
     EXPECT_TRUE(SubjectsOf(m_deleted).empty());
 }
 
-TEST_F(StoreMessages, OfTwoFoldersOnlyThoseBesideTheFirstAreDeleted)
+TEST_F(StoreMessages, DeletionAffectsTheFirstsFolderOnly)
 {
     for (const bool hard : {false, true})
     {
@@ -197,7 +197,7 @@ TEST_F(StoreMessages, OfTwoFoldersOnlyThoseBesideTheFirstAreDeleted)
     EXPECT_EQ(SubjectsOf(m_deleted), Names{"first"});
 }
 
-TEST_F(StoreMessages, AMessageThatIsNotThereIsNotDeleted)
+TEST_F(StoreMessages, AMissingMessageIsNotDeleted)
 {
     const CZebBinary id = SaveMessage(m_inbox, "a").GetEntryID();
     m_inbox.DeleteMessage(id);
@@ -205,7 +205,7 @@ TEST_F(StoreMessages, AMessageThatIsNotThereIsNotDeleted)
     EXPECT_EQ(FailureOf([&] { m_store->DeleteMessage(id, false); }).result, MAPI_E_NOT_FOUND);
 }
 
-TEST_F(StoreMessages, WhatLiesUnderTheDeletedItemsIsTold)
+TEST_F(StoreMessages, ThoseUnderDeletedItemsAreRecognized)
 {
     CZebFolder bin = MakeFolder(m_deleted, "bin");
     CZebFolder inner = MakeFolder(bin, "inner");
@@ -223,7 +223,7 @@ TEST_F(StoreMessages, WhatLiesUnderTheDeletedItemsIsTold)
     EXPECT_FALSE(m_store->IsUnderDeleted(*m_session, root));
 }
 
-TEST_F(StoreMessages, TheInformationMessageIsFoundOnceItWasCreated)
+TEST_F(StoreMessages, InformationMessageIsFoundOnceCreated)
 {
     EXPECT_EQ(FailureOf([&] { m_inbox.OpenQorInfoMessage(); }).result, 1168);
     m_inbox.CreateQorInfoMessage(false, false);
@@ -243,7 +243,7 @@ TEST_F(StoreMessages, TheInformationMessageIsFoundOnceItWasCreated)
     EXPECT_STREQ(made.GetStringProp(PR_SUBJECT_A), "QorInfo");
 }
 
-TEST_F(StoreMessages, TheInformationMessageIsOpenedOrCreatedASecondTime)
+TEST_F(StoreMessages, InformationMessageIsReopenedOrRecreated)
 {
     CZebMessage first = m_inbox.CreateQorInfoMessage(false, true);
     CZebMessage again = m_inbox.CreateQorInfoMessage(true, true);
@@ -256,7 +256,7 @@ TEST_F(StoreMessages, TheInformationMessageIsOpenedOrCreatedASecondTime)
     EXPECT_TRUE(found == first.GetEntryID() || found == second.GetEntryID());
 }
 
-TEST_F(StoreMessages, TheInformationMessageIsToldByItsWholeSubject)
+TEST_F(StoreMessages, InformationMessageNeedsItsWholeSubject)
 {
     for (const char* subject : {"QorInfo2", "My QorInfo", "Qor", ""})
     {
@@ -268,7 +268,7 @@ TEST_F(StoreMessages, TheInformationMessageIsToldByItsWholeSubject)
     EXPECT_EQ(m_inbox.OpenQorInfoMessage().GetEntryID(), id) << "whatever its class";
 }
 
-TEST_F(StoreMessages, PropertiesOfAChildAreReadWhoeverItIs)
+TEST_F(StoreMessages, PropertiesOfAnyChildAreRead)
 {
     CZebPropValArray values;
     const CZebBinary message = SaveMessage(m_inbox, "child").GetEntryID();
@@ -282,7 +282,7 @@ TEST_F(StoreMessages, PropertiesOfAChildAreReadWhoeverItIs)
     EXPECT_GT(values.Count(), 5u);
 }
 
-TEST_F(StoreMessages, PropertiesOfAGrandchildAndAStrangerAreReadAndRefused)
+TEST_F(StoreMessages, NonChildrenAreReadButRefused)
 {
     SaveMessage(m_inbox, "child");
     const CZebBinary grandchild = SaveMessage(m_other, "grandchild").GetEntryID();

@@ -32,7 +32,7 @@ protected:
     }
 };
 
-TEST_F(Store, OpensEverySpecialFolderThatItNames)
+TEST_F(Store, OpensEverySpecialFolderItNames)
 {
     const std::pair<ULONG, const char*> folders[] = {{PR_IPM_SUBTREE_ENTRYID, "Top of Personal Folders"},
                                                      {PR_IPM_WASTEBASKET_ENTRYID, "Deleted Items"},
@@ -59,7 +59,7 @@ TEST_F(Store, OpensEverySpecialFolderThatItNames)
               MAPI_E_INVALID_TYPE);
 }
 
-TEST_F(Store, TheRootIsWhatAnIdentifierWithoutBytesOpens)
+TEST_F(Store, NoBytesOpenTheRoot)
 {
     CZebFolder root = m_store->OpenRootFolder(MAPI_BEST_ACCESS);
     EXPECT_EQ(NumberOf(root, PR_FOLDER_TYPE), static_cast<LONG>(FOLDER_ROOT));
@@ -72,7 +72,7 @@ TEST_F(Store, TheRootIsWhatAnIdentifierWithoutBytesOpens)
     EXPECT_EQ(NumberOf(readOnly, PR_ACCESS_LEVEL), 0);
 }
 
-TEST_F(Store, TheContactsFolderIsNamedByTheInboxAndNotByTheStore)
+TEST_F(Store, TheInboxNamesTheContactsFolder)
 {
     CZebFolder contacts = m_store->OpenContactsFolder(MAPI_BEST_ACCESS);
     EXPECT_STREQ(contacts.GetDisplayName(), "Contacts");
@@ -83,7 +83,7 @@ TEST_F(Store, TheContactsFolderIsNamedByTheInboxAndNotByTheStore)
     EXPECT_EQ(FailureOf([&] { m_store->GetSpecialFolderEntryID(PR_IPM_CONTACT_ENTRYID); }).result, MAPI_E_INVALID_TYPE);
 }
 
-TEST_F(Store, TheInboxIsTheReceiveFolderOfEveryClass)
+TEST_F(Store, TheInboxReceivesEveryClass)
 {
     EXPECT_STREQ(Inbox().GetDisplayName(), "Inbox");
     CZebFolder top = m_store->OpenSpecialFolder(PR_IPM_SUBTREE_ENTRYID, MAPI_BEST_ACCESS);
@@ -104,7 +104,7 @@ TEST_F(Store, TheInboxIsTheReceiveFolderOfEveryClass)
     EXPECT_EQ(NumberOf(readOnly, PR_ACCESS_LEVEL), 0);
 }
 
-TEST_F(Store, TheDefaultOneIsTheOneThatIsMarked)
+TEST_F(Store, TheDefaultOneIsMarked)
 {
     CZebTable table = m_session->GetMsgStoresTable();
     table.SetColumns(4, PR_ENTRYID, PR_DEFAULT_STORE, PR_DISPLAY_NAME_A, PR_OBJECT_TYPE);
@@ -120,7 +120,7 @@ TEST_F(Store, TheDefaultOneIsTheOneThatIsMarked)
     EXPECT_EQ(m_store->GetObjectType(), static_cast<ULONG>(MAPI_STORE));
 }
 
-TEST_F(Store, RefusesObjectsOfAnotherTypeAndLeavesTheTargetEmpty)
+TEST_F(Store, RefusesObjectsOfAnotherType)
 {
     // A wrapper with a specific interface is refused by the provider, one without by the library.
     CZebFolder folder = Inbox();
@@ -136,7 +136,7 @@ TEST_F(Store, RefusesObjectsOfAnotherTypeAndLeavesTheTargetEmpty)
     EXPECT_EQ(Refused(m_message, user), MAPI_E_INVALID_TYPE);
 }
 
-TEST_F(Store, OpensAnyObjectAsAPlainOneAndAFolderAsAContainer)
+TEST_F(Store, OpensPlainObjectsAndContainers)
 {
     CZebPropObj object;
     m_store->OpenEntry(m_message, object, 0);
@@ -150,7 +150,7 @@ TEST_F(Store, OpensAnyObjectAsAPlainOneAndAFolderAsAContainer)
     EXPECT_FALSE(container.IsWAB());
 }
 
-TEST_F(Store, RefusesIdentifiersOfNobodyAndLeavesTheTargetEmpty)
+TEST_F(Store, RefusesUnknownIdentifiers)
 {
     CZebPropObj target;
     EXPECT_EQ(FailureOf([&] { m_store->OpenEntry(CZebBinary("00112233"), target, 0); }).result, MAPI_E_INVALID_ENTRYID);
@@ -164,7 +164,7 @@ TEST_F(Store, RefusesIdentifiersOfNobodyAndLeavesTheTargetEmpty)
     }
 }
 
-TEST_F(Store, GivesTheTablesOfAFolderByTheirFlags)
+TEST_F(Store, GivesFolderTablesByTheirFlags)
 {
     CZebFolder inbox = Inbox();
     CZebFolder child = MakeFolder(inbox, "child");
@@ -200,7 +200,7 @@ TEST_F(Store, GivesTheTablesOfAFolderByTheirFlags)
     }
 }
 
-TEST_F(Store, TablesHaveNarrowTextUnlessWideIsAskedFor)
+TEST_F(Store, TablesHaveNarrowTextByDefault)
 {
     CZebFolder inbox = Inbox();
     MakeFolder(inbox, "child");
@@ -225,7 +225,7 @@ TEST_F(Store, TablesHaveNarrowTextUnlessWideIsAskedFor)
     }
 }
 
-TEST_F(Store, DepthIsToldInAHierarchyOfTheWholeTree)
+TEST_F(Store, TheWholeTreesHierarchyShowsDepth)
 {
     CZebFolder inbox = Inbox();
     CZebFolder child = MakeFolder(inbox, "child");
@@ -239,7 +239,7 @@ TEST_F(Store, DepthIsToldInAHierarchyOfTheWholeTree)
     EXPECT_EQ(static_cast<LONG>(rows[1][PR_DEPTH]), 2);
 }
 
-TEST_F(Store, CopiesOfWrappersWorkOnAfterTheOriginalIsGone)
+TEST_F(Store, CopiesOfWrappersOutliveTheOriginal)
 {
     auto store = std::make_unique<CZebMsgStore>(*m_store);
     m_store->Free();
@@ -268,7 +268,7 @@ TEST_F(Store, CopiesOfWrappersWorkOnAfterTheOriginalIsGone)
     EXPECT_EQ(FailureOf([&] { CZebMessage(messageCopy).SetDisplayName("x"); }).result, MAPI_E_OBJECT_DELETED);
 }
 
-TEST_F(Store, RowsThatVanishBetweenCountingAndReadingAreNotGiven)
+TEST_F(Store, RowsThatVanishAreLeftOut)
 {
     CZebFolder inbox = Inbox();
     for (const char* subject : {"n", "o", "p"})

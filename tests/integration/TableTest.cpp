@@ -42,7 +42,7 @@ protected:
 
 using List = std::vector<std::string>;
 
-TEST_F(ContentsTable, HasExactlyTheColumnsThatWereSetInTheirOrder)
+TEST_F(ContentsTable, HasExactlyTheColumnsSet)
 {
     m_table.SetColumns(3, PR_IMPORTANCE, PR_SUBJECT_A, PR_REPORT_TEXT_A);
     CZebRowSet rows;
@@ -57,7 +57,7 @@ TEST_F(ContentsTable, HasExactlyTheColumnsThatWereSetInTheirOrder)
     EXPECT_FALSE(row.hasRealValue(PR_REPORT_TEXT_A));
 }
 
-TEST_F(ContentsTable, GivesTheSameTextNarrowAndWide)
+TEST_F(ContentsTable, GivesTextNarrowAndWide)
 {
     m_table.SetColumns(1, PR_SUBJECT_W);
     CZebRowSet rows;
@@ -71,7 +71,7 @@ TEST_F(ContentsTable, SortsWithoutRegardToCase)
     EXPECT_EQ(Next(10), (List{"Alpha", "Bravo", "charlie", "delta", "echo"}));
 }
 
-TEST_F(ContentsTable, SortsByTwoKeysInTheirOwnDirections)
+TEST_F(ContentsTable, SortsByKeysInOwnDirections)
 {
     CZebSortOrder order(PR_IMPORTANCE, TABLE_SORT_DESCEND);
     order.Add(PR_SUBJECT_A, TABLE_SORT_ASCEND);
@@ -79,7 +79,7 @@ TEST_F(ContentsTable, SortsByTwoKeysInTheirOwnDirections)
     EXPECT_EQ(Next(10), (List{"Alpha", "echo", "charlie", "delta", "Bravo"}));
 }
 
-TEST_F(ContentsTable, SeeksFromTheBeginningTheCurrentRowAndTheEnd)
+TEST_F(ContentsTable, SeeksFromEveryOrigin)
 {
     LONG sought = 0;
     m_table.SeekRow(BOOKMARK_BEGINNING, 2, &sought);
@@ -107,13 +107,13 @@ TEST_F(ContentsTable, ABookmarkBringsItsRowBack)
     EXPECT_EQ(FailureOf([&] { m_table.SeekRow(bookmark, 0, nullptr); }).result, MAPI_E_INVALID_BOOKMARK);
 }
 
-TEST_F(ContentsTable, ReadingAllRowsBeginsAtTheCurrentOne)
+TEST_F(ContentsTable, ReadingAllBeginsAtCurrentRow)
 {
     m_table.SeekRow(BOOKMARK_BEGINNING, 3, nullptr);
     EXPECT_EQ(Next(0), (List{"delta", "echo"}));
 }
 
-TEST_F(ContentsTable, ReadsAllRowsWhereverItStands)
+TEST_F(ContentsTable, ReadsAllRowsFromAnyPosition)
 {
     m_table.SeekRow(BOOKMARK_BEGINNING, 3, nullptr);
     CZebRowSet rows;
@@ -142,7 +142,7 @@ TEST_F(ContentsTable, FindsBackwards)
     EXPECT_EQ(Next(1), (List{"delta"}));
 }
 
-TEST_F(ContentsTable, KeepsARestrictionUntilAnotherIsSet)
+TEST_F(ContentsTable, KeepsARestrictionUntilTheNext)
 {
     CZebRestrictionAllocator restriction;
     restriction.Allocate();
@@ -155,7 +155,7 @@ TEST_F(ContentsTable, KeepsARestrictionUntilAnotherIsSet)
     EXPECT_EQ(m_table.GetRowCount(), 5u);
 }
 
-TEST_F(ContentsTable, AssociatedMessagesHaveATableOfTheirOwn)
+TEST_F(ContentsTable, AssociatedMessagesHaveTheirOwnTable)
 {
     CZebFolder inbox = Inbox();
     CZebMessage hidden = inbox.CreateMessage(MAPI_ASSOCIATED);
@@ -164,7 +164,7 @@ TEST_F(ContentsTable, AssociatedMessagesHaveATableOfTheirOwn)
     EXPECT_EQ(inbox.GetContentsTable(MAPI_ASSOCIATED).GetRowCount(), 1u);
 }
 
-TEST_F(ContentsTable, TheHierarchyOfAllDepthsTellsTheDepth)
+TEST_F(ContentsTable, TheDeepHierarchyShowsTheDepth)
 {
     CZebFolder top = m_store->OpenSpecialFolder(PR_IPM_SUBTREE_ENTRYID, MAPI_BEST_ACCESS);
     const ULONG before = top.GetHierarchyTable(0).GetRowCount();

@@ -44,7 +44,7 @@ protected:
     CStringA m_user, m_list; ///< identifiers as text: MAPI memory is freed with the provider
 };
 
-TEST_F(Wab, OpensTheAddressBookOfTheDefaultProfile)
+TEST_F(Wab, OpensTheDefaultProfilesAddressBook)
 {
     Library().Initialize(true);
     EXPECT_TRUE(Library().IsWAB());
@@ -62,7 +62,7 @@ TEST_F(Wab, OpensTheAddressBookOfTheDefaultProfile)
     EXPECT_FALSE(Library().WasInitialized());
 }
 
-TEST_F(Wab, TheMarkingGoesThroughEveryOpenEntry)
+TEST_F(Wab, EveryOpenEntryTakesTheMarking)
 {
     Library().Initialize(true);
     {
@@ -93,7 +93,7 @@ TEST_F(Wab, TheMarkingGoesThroughEveryOpenEntry)
     Library().Uninitialize(nullptr);
 }
 
-TEST_F(Wab, AnotherInstanceIsAnAddressBookOfItsOwn)
+TEST_F(Wab, AnotherInstanceHasItsOwnBook)
 {
     Library().Initialize(true);
     {
@@ -110,7 +110,7 @@ TEST_F(Wab, AnotherInstanceIsAnAddressBookOfItsOwn)
     Library().Uninitialize(nullptr);
 }
 
-TEST_F(Wab, MemoryComesFromTheWabObjectAsLongAsItIsBound)
+TEST_F(Wab, MemoryComesFromBoundWabObject)
 {
     Library().Initialize(true);
     {
@@ -126,7 +126,7 @@ TEST_F(Wab, MemoryComesFromTheWabObjectAsLongAsItIsBound)
     EXPECT_EQ(FailureOf([] { Zeb_MemAllocate(1, nullptr); }).result, MAPI_E_NOT_INITIALIZED);
 }
 
-TEST_F(Wab, IdentifiersAreComparedAsTextsWithoutRegardToCase)
+TEST_F(Wab, IdentifiersCompareAsTextsIgnoringCase)
 {
     Library().Initialize(true);
     {
@@ -138,7 +138,7 @@ TEST_F(Wab, IdentifiersAreComparedAsTextsWithoutRegardToCase)
     Library().Uninitialize(nullptr);
 }
 
-TEST_F(Wab, WhatNeedsASessionOrMapisUtilitiesIsNotThere)
+TEST_F(Wab, SessionsAndUtilitiesAreMissing)
 {
     Library().Initialize(true);
     {
@@ -210,7 +210,7 @@ private:
     std::atomic<ULONG> m_told{0};
 };
 
-TEST_F(Wab, TablesNotifyAndNothingRunsOnWhenItIsStopped)
+TEST_F(Wab, TablesNotifyUntilTheStop)
 {
     CountingSink sink;
     Library().Initialize(true);
@@ -245,7 +245,7 @@ TEST_F(Wab, MapiAndTheWabTakeTurns)
     }
 }
 
-TEST_F(Wab, WithoutADefaultProfileSaysSoAndStopsCleanly)
+TEST_F(Wab, WithoutADefaultProfileFailsCleanly)
 {
     Start();
     {

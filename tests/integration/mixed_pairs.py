@@ -72,7 +72,7 @@ class Pairs(unittest.TestCase):
         for pair, lists in printed.items():
             self.assertEqual(lists, first, pair)
 
-    def test_the_integration_suite_passes_over_the_other_provider(self):
+    def test_integration_passes_over_the_other_provider(self):
         for library, provider in (BUILDS, BUILDS[::-1]):
             with self.subTest(library=library.name):
                 folder = self.pair(library, provider, "integration_test.exe")
@@ -98,7 +98,7 @@ class Links(unittest.TestCase):
             words = [re.sub(r"(out-implib,|/implib:|/pdb:)\S*?([^/]*)$", rf"\g<1>{folder}/\2", word) for word in words]
             return subprocess.run(words[2:-2], cwd=build, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
 
-    def test_only_the_library_of_the_hosts_abi_is_taken(self):
+    def test_only_the_hosts_abi_is_taken(self):
         for host in BUILDS:
             for library in BUILDS:
                 done = self.link(host, library)

@@ -22,7 +22,7 @@ FILETIME FileTime(uint64_t ticks)
     return time;
 }
 
-TEST(DateTime, FractionsOfASecondDoNotShow)
+TEST(DateTime, FractionsOfASecondAreHidden)
 {
     const auto text = LocalDateText(FileTime(Year2026));
     ASSERT_TRUE(text.has_value());
@@ -30,7 +30,7 @@ TEST(DateTime, FractionsOfASecondDoNotShow)
     EXPECT_NE(LocalDateText(FileTime(Year2026 + Second)), text);
 }
 
-TEST(DateTime, DatesBeyondTheYear9999HaveNoText)
+TEST(DateTime, TheYear10000HasNoText)
 {
     EXPECT_TRUE(LocalDateText(FileTime(Year9999)).has_value());
     EXPECT_FALSE(LocalDateText(FileTime(Year9999 + 365 * 86400 * Second)).has_value());

@@ -10,7 +10,7 @@
 using zeb::platform::EnvironmentVariable;
 using zeb::platform::OpenFile;
 
-TEST(Environment, AVariableIsReadAsItIsNow)
+TEST(Environment, AVariablesPresentValueIsRead)
 {
     const zeb::test::EnvironmentScope scope("ZEB_TEST_VARIABLE", "first");
     EXPECT_EQ(EnvironmentVariable("ZEB_TEST_VARIABLE"), "first");
@@ -20,7 +20,7 @@ TEST(Environment, AVariableIsReadAsItIsNow)
     EXPECT_EQ(EnvironmentVariable("ZEB_TEST_VARIABLE"), std::nullopt);
 }
 
-TEST(Environment, AValueOutsideEveryCodePageIsReadWhole)
+TEST(Environment, ValuesOfAnyCharactersAreWhole)
 {
     const std::string text = "C:\\\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E \xF0\x9F\x98\x80 \xD0\x96 \xC3\xA9";
     const zeb::test::EnvironmentScope scope("ZEB_TEST_VARIABLE", text);
@@ -34,7 +34,7 @@ TEST(Environment, AValueOutsideEveryCodePageIsReadWhole)
     EXPECT_EQ(EnvironmentVariable("ZEB_TEST_VARIABLE"), whole);
 }
 
-TEST(Environment, AFileIsOpenedByAnyName)
+TEST(Environment, AFileMayHaveAnyName)
 {
     const std::filesystem::path path =
         std::filesystem::temp_directory_path() /

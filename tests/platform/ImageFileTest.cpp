@@ -36,7 +36,7 @@ protected:
     test::TempFolder m_folder;
 };
 
-TEST_F(ImageFileTest, WindowsLibrariesTellTheirMachine)
+TEST_F(ImageFileTest, WindowsLibrariesNameTheirMachine)
 {
     const ImageFile narrow = Read(Windows("\x4C\x01"));
     EXPECT_EQ(narrow.machine, "x86");
@@ -55,7 +55,7 @@ TEST_F(ImageFileTest, OtherMachinesAreNamedByNothing)
     EXPECT_EQ(other.bits, 0u);
 }
 
-TEST_F(ImageFileTest, LinuxLibrariesTellTheirMachine)
+TEST_F(ImageFileTest, LinuxLibrariesNameTheirMachine)
 {
     std::string head(64, '\0');
     head.replace(0, 4,
@@ -67,7 +67,7 @@ TEST_F(ImageFileTest, LinuxLibrariesTellTheirMachine)
     EXPECT_EQ(Read(head).machine, "x64");
 }
 
-TEST_F(ImageFileTest, AFileThatEndsInItsHeadIsNoLibrary)
+TEST_F(ImageFileTest, ATruncatedHeaderIsNoLibrary)
 {
     const std::string whole = Windows("\x64\x86");
     for (const size_t size : {0, 1, 2, 63, 64, 0x81, 0x85})
@@ -79,14 +79,14 @@ TEST_F(ImageFileTest, AFileThatEndsInItsHeadIsNoLibrary)
     EXPECT_EQ(Read(whole.substr(0, 0x86)).bits, 64u);
 }
 
-TEST_F(ImageFileTest, AnOffsetBeyondTheFileIsNoLibrary)
+TEST_F(ImageFileTest, AnOversizedOffsetIsNoLibrary)
 {
     std::string head = Windows("\x64\x86");
     head.replace(0x3C, 4, "\xFF\xFF\xFF\xFF");
     EXPECT_EQ(Read(head).bits, 0u);
 }
 
-TEST_F(ImageFileTest, MissingFilesAndFoldersDoNotExist)
+TEST_F(ImageFileTest, FoldersAndMissingFilesAreAbsent)
 {
     EXPECT_FALSE(ReadImageFile(m_folder.Path() + "/none.dll").exists);
     EXPECT_FALSE(ReadImageFile(m_folder.Path()).exists);

@@ -7,7 +7,7 @@ using namespace zeb::platform;
 namespace
 {
 
-TEST(MessageWindow, MessagesAreReadInTheOrderInWhichTheyWerePosted)
+TEST(MessageWindow, MessagesKeepTheirPostedOrder)
 {
     const HWND window = CreateMessageWindow();
     ASSERT_NE(window, nullptr);

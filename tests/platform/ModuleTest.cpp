@@ -81,7 +81,7 @@ TEST(Module, BackslashesAreTakenForSlashes)
     UnloadModule(module);
 }
 
-TEST(Module, DependenciesComeFromTheLibrarysOwnFolder)
+TEST(Module, DependenciesComeFromItsOwnFolder)
 {
     std::string reason;
     const ModuleHandle module = LoadModule(ModulesFolder() + "/probe_outer.dll", Classification, &reason);
@@ -90,7 +90,7 @@ TEST(Module, DependenciesComeFromTheLibrarysOwnFolder)
     UnloadModule(module);
 }
 
-TEST(Module, ExportsOfADependencyAreNotTheLibrarysOwn)
+TEST(Module, IgnoresADependencysExports)
 {
     const ModuleHandle module = LoadModule(ModulesFolder() + "/probe_outer.dll", Classification);
     ASSERT_NE(module, nullptr);
@@ -99,7 +99,7 @@ TEST(Module, ExportsOfADependencyAreNotTheLibrarysOwn)
     UnloadModule(module);
 }
 
-TEST(Module, ADependencyIsNotLookedForInTheCurrentFolderOrOnThePath)
+TEST(Module, DependenciesIgnoreCurrentFolderAndPath)
 {
     const CurrentFolder here;
     const fs::path alone = fs::current_path() / "alone";
@@ -133,7 +133,7 @@ TEST(Module, ADependencyIsNotLookedForInTheCurrentFolderOrOnThePath)
     }
 }
 
-TEST(Module, APathIsBareOrAbsoluteOrNeither)
+TEST(Module, RecognizesBareAndAbsolutePaths)
 {
     for (const char* bare : {"MAPI32.DLL", "mapi32", "a b.dll"})
     {
@@ -147,7 +147,7 @@ TEST(Module, APathIsBareOrAbsoluteOrNeither)
     }
 }
 
-TEST(Module, ABareNameIsFoundBesideTheBinary)
+TEST(Module, BareNamesMeanTheBinarysFolder)
 {
     for (const long mode : {0L, 4L, 20L, 22L})
     {
@@ -159,7 +159,7 @@ TEST(Module, ABareNameIsFoundBesideTheBinary)
     EXPECT_EQ(ResolveModulePath("probe_adjacent.dll"), OwnFolder() + "probe_beside.dll");
 }
 
-TEST(Module, ABareNameIsNotLookedForInTheCurrentFolder)
+TEST(Module, ABareNameIgnoresCurrentFolder)
 {
     const CurrentFolder here;
     // An earlier run may have left it, and not every standard library overwrites it.
@@ -180,7 +180,7 @@ TEST(Module, ABareNameIsNotLookedForInTheCurrentFolder)
     }
 }
 
-TEST(Module, AFolderBesideTheBinaryIsNoLibrary)
+TEST(Module, AFolderIsNoLibrary)
 {
     fs::create_directories(fs::path(OwnFolder()) / "probe_folder.dll");
     EXPECT_EQ(ResolveModulePath("probe_folder.dll"), "");
@@ -188,7 +188,7 @@ TEST(Module, AFolderBesideTheBinaryIsNoLibrary)
     fs::remove(fs::path(OwnFolder()) / "probe_folder.dll");
 }
 
-TEST(Module, WhatIsNoLibraryGivesTheSystemsReason)
+TEST(Module, ANonLibraryGivesTheReason)
 {
     const CurrentFolder here;
     std::ofstream("broken.dll") << "this is no library";
@@ -200,7 +200,7 @@ TEST(Module, WhatIsNoLibraryGivesTheSystemsReason)
     EXPECT_NE(reason.find("absent.dll"), std::string::npos) << reason;
 }
 
-TEST(Module, TheOwnFolderEndsWithASeparatorAndTheSystemsDoesNot)
+TEST(Module, OnlyOwnFolderEndsWithSeparator)
 {
     EXPECT_TRUE(fs::exists(OwnFolder() + "probe_adjacent.dll")) << OwnFolder();
     ASSERT_FALSE(SystemFolder().empty());

@@ -25,12 +25,12 @@ protected:
     RegistryScope m_scope;
 };
 
-TEST_F(Registry, AKeyThatIsAbsentDoesNotOpen)
+TEST_F(Registry, AnAbsentKeyDoesNotOpen)
 {
     EXPECT_FALSE(RegistryKey::Open(RegistryRoot::LocalMachine, "Software\\Nobody").has_value());
 }
 
-TEST_F(Registry, CreatingAKeyCreatesTheKeysAboveIt)
+TEST_F(Registry, CreatingAKeyCreatesItsParents)
 {
     RegistryKey::Create(RegistryRoot::LocalMachine, "Software\\A\\B");
     EXPECT_TRUE(RegistryKey::Open(RegistryRoot::LocalMachine, "Software\\A\\B").has_value());
@@ -58,7 +58,7 @@ TEST_F(Registry, NamesCompareWithoutCase)
     EXPECT_EQ(RegistryKey::Open(RegistryRoot::CurrentUser, "")->SubKeyName(1), std::nullopt);
 }
 
-TEST_F(Registry, TextOutsideEveryCodePageIsKept)
+TEST_F(Registry, TextOfEveryCharacterIsKept)
 {
     const std::string text = "\xC3\xA9 \xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E \xF0\x9F\x98\x80";
     RegistryKey::Create(RegistryRoot::CurrentUser, "Software\\" + text).SetStringValue(text, text);
@@ -72,7 +72,7 @@ TEST_F(Registry, TextOutsideEveryCodePageIsKept)
     EXPECT_EQ(RegistryKey::Open(RegistryRoot::CurrentUser, "Software")->SubKeyName(0), std::nullopt);
 }
 
-TEST_F(Registry, ACopiedValueHasTheTypeAndTheContent)
+TEST_F(Registry, ACopiedValueIsTheSame)
 {
     auto key = RegistryKey::Create(RegistryRoot::CurrentUser, "Software");
     key.SetStringValue("text", "a");
@@ -87,14 +87,14 @@ TEST_F(Registry, ACopiedValueHasTheTypeAndTheContent)
     EXPECT_EQ(key.BinaryValue("text"), key.BinaryValue("bytes"));
 }
 
-TEST_F(Registry, ATrailingBackslashNamesTheSameKey)
+TEST_F(Registry, ATrailingBackslashChangesNothing)
 {
     RegistryKey::Create(RegistryRoot::CurrentUser, "Software\\Mail\\");
     EXPECT_TRUE(RegistryKey::Open(RegistryRoot::CurrentUser, "Software\\Mail").has_value());
     EXPECT_TRUE(RegistryKey::Open(RegistryRoot::CurrentUser, "Software\\Mail\\").has_value());
 }
 
-TEST_F(Registry, TextKeepsQuotesBackslashesAndLineEnds)
+TEST_F(Registry, TextKeepsQuotesAndLineEnds)
 {
     const std::string text = "C:\\mail\\\"x\"; [a]=b\r\n%s 100%";
     RegistryKey::Create(RegistryRoot::CurrentUser, "K").SetStringValue("a=\"\\b", text);
@@ -124,7 +124,7 @@ TEST_F(Registry, BytesComeBackAsTheyWere)
     EXPECT_EQ(again->BinaryValue("none"), std::vector<unsigned char>());
 }
 
-TEST_F(Registry, AValueOfAnotherKindIsAbsent)
+TEST_F(Registry, ValuesOfAnotherKindAreAbsent)
 {
     auto key = RegistryKey::Create(RegistryRoot::CurrentUser, "K");
     key.SetStringValue("text", "1");
@@ -133,7 +133,7 @@ TEST_F(Registry, AValueOfAnotherKindIsAbsent)
     EXPECT_EQ(key.StringValue("bytes"), std::nullopt);
 }
 
-TEST_F(Registry, AnExpandableTextComesWithItsVariablesExpanded)
+TEST_F(Registry, AnExpandableTextComesExpanded)
 {
     const zeb::test::EnvironmentScope folder("ZEB_TEST_FOLDER", "C:\\Common Files");
     const zeb::test::EnvironmentScope none("ZEB_TEST_NONE", std::nullopt);
@@ -158,7 +158,7 @@ TEST_F(Registry, APlainTextIsNotExpanded)
     EXPECT_EQ(RegistryKey::Open(RegistryRoot::CurrentUser, "K")->StringValue("path"), "%ZEB_TEST_FOLDER%");
 }
 
-TEST_F(Registry, AKeyIsClosedWhenMemoryRunsOutOnTheWay)
+TEST_F(Registry, LackOfMemoryClosesTheKey)
 {
     RegistryKey::Create(RegistryRoot::CurrentUser, "Software\\Key");
     const size_t before = zeb::test::OpenHandles();
@@ -207,7 +207,7 @@ TEST_F(Registry, SubKeysEndWithNothing)
     EXPECT_EQ(key->SubKeyName(2), std::nullopt);
 }
 
-TEST_F(Registry, DeletingATreeTakesAllBelowIt)
+TEST_F(Registry, DeletingATreeDeletesAllBelow)
 {
     RegistryKey::Create(RegistryRoot::CurrentUser, "Profiles\\Anna\\Store").SetStringValue("a", "b");
     RegistryKey::Create(RegistryRoot::CurrentUser, "Profiles\\Bert");
@@ -216,7 +216,7 @@ TEST_F(Registry, DeletingATreeTakesAllBelowIt)
     EXPECT_TRUE(RegistryKey::Open(RegistryRoot::CurrentUser, "Profiles\\Bert").has_value());
 }
 
-TEST_F(Registry, DeletingWhatIsAbsentIsNoError)
+TEST_F(Registry, DeletingAbsentItemsIsNoError)
 {
     EXPECT_NO_THROW(RegistryKey::DeleteTree(RegistryRoot::CurrentUser, "Nobody\\Here"));
     auto key = RegistryKey::Create(RegistryRoot::CurrentUser, "K");

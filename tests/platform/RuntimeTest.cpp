@@ -42,7 +42,7 @@ std::string TextOf(const std::exception_ptr& stored)
     }
 }
 
-TEST(Runtime, AStoredExceptionOfAnotherThreadIsThrownAsOftenAsWanted)
+TEST(Runtime, AStoredExceptionIsThrownRepeatedly)
 {
     const char* const text = "a text that is too long for the inside of a string";
     {
@@ -68,7 +68,7 @@ TEST(Runtime, AStoredExceptionOfAnotherThreadIsThrownAsOftenAsWanted)
     EXPECT_EQ(s_alive, 0);
 }
 
-TEST(Runtime, ACharacterIsPrintedAsANumber)
+TEST(Runtime, ACharacterPrintsAsANumber)
 {
     char text[64];
     // Not a literal: compilers warn of numbers that do not fit.

@@ -15,7 +15,7 @@ std::string ThereAndBack(const std::string& utf8)
     return Utf8FromWide(wide.data(), wide.size());
 }
 
-TEST(Text, CharactersOfEveryLengthGoThereAndBack)
+TEST(Text, CharactersOfEveryLengthRoundTrip)
 {
     const std::string text = "a\xC3\xA4\xE2\x82\xAC\xF0\x9F\x93\xA7z";
     const WideString wide = WideFromUtf8(text.data(), text.size());
@@ -23,7 +23,7 @@ TEST(Text, CharactersOfEveryLengthGoThereAndBack)
     EXPECT_EQ(ThereAndBack(text), text);
 }
 
-TEST(Text, InvalidBytesAreReplacedAndNothingBehindThemIsLost)
+TEST(Text, InvalidBytesLoseNothingAfterThem)
 {
     const std::string mark = "\xEF\xBF\xBD";
     EXPECT_EQ(ThereAndBack("a\xFFz"), "a" + mark + "z");
@@ -34,7 +34,7 @@ TEST(Text, InvalidBytesAreReplacedAndNothingBehindThemIsLost)
     EXPECT_EQ(ThereAndBack("\xF4\x90\x80\x80z"), mark + mark + mark + mark + "z") << "beyond U+10FFFF";
 }
 
-TEST(Text, LoneSurrogatesAreReplacedAndNothingBehindThemIsLost)
+TEST(Text, LoneSurrogatesLoseNothingAfterThem)
 {
     const WCHAR text[] = {'a', 0xD83D, 'b', 0xDCE7, 0xD83D, 0xDCE7, 0xD83D};
     EXPECT_EQ(Utf8FromWide(text, 7), "a\xEF\xBF\xBD"
@@ -49,7 +49,7 @@ TEST(Text, CharactersOfValueZeroAreConverted)
     EXPECT_EQ(NarrowFromWide(wide.data(), wide.size()), text);
 }
 
-TEST(Text, NarrowAsciiIsTheSameOnBothTargets)
+TEST(Text, NarrowAsciiIsTheSameEverywhere)
 {
     const std::string text = "Subject: 100% \\\"";
     const WideString wide = WideFromNarrow(text.data(), text.size());
@@ -59,7 +59,7 @@ TEST(Text, NarrowAsciiIsTheSameOnBothTargets)
     EXPECT_TRUE(WideFromNarrow(nullptr, 0).empty());
 }
 
-TEST(Text, WhatNarrowTextCanNotSayLosesNothingBehindIt)
+TEST(Text, UnconvertibleTextLosesNothingAfterIt)
 {
     const WCHAR text[] = {'a', 0x0416, 0xD83D, 'z'};
     const std::string narrow = NarrowFromWide(text, 4);
@@ -68,7 +68,7 @@ TEST(Text, WhatNarrowTextCanNotSayLosesNothingBehindIt)
     EXPECT_GE(narrow.size(), 4u);
 }
 
-TEST(Text, LengthCountsUnitsUpToTheTerminator)
+TEST(Text, LengthStopsAtTheTerminator)
 {
     EXPECT_EQ(WideLength(ZEBW("")), 0u);
     EXPECT_EQ(WideLength(ZEBW("ab\U0001F4E7")), 4u);
@@ -83,7 +83,7 @@ TEST(Text, UpperCaseIsUnitByUnit)
     EXPECT_EQ(UpperWide(0xD83D), 0xD83D);
 }
 
-TEST(Text, APrefixOfUtf8EndsWithAWholeCharacter)
+TEST(Text, APrefixNeverCutsACharacter)
 {
     const std::string text = "a\xC3\xBC\xE2\x82\xAC\xF0\x9F\x98\x80z"; // 1, 2, 3, 4 and 1 bytes
     const size_t expected[] = {0, 1, 1, 3, 3, 3, 6, 6, 6, 6, 10, 11, 11};

@@ -32,7 +32,7 @@ std::vector<std::pair<char32_t, size_t>> CodePoints(const std::string& text, Lon
 
 using Found = std::vector<std::pair<char32_t, size_t>>;
 
-TEST(Utf8, AKeptSurrogateHasThreeBytesAndComesBack)
+TEST(Utf8, AKeptSurrogateHasThreeBytes)
 {
     const WCHAR lone[] = {0xDC00, 'a', 0xD800, 0xD83D, 0xDCE7, 0xD83D};
     const std::string text = Utf8FromWide(lone, 6, LoneSurrogate::Kept);
@@ -41,7 +41,7 @@ TEST(Utf8, AKeptSurrogateHasThreeBytesAndComesBack)
     EXPECT_EQ(Decoded(text, LoneSurrogate::Kept), WideString(lone, 6));
 }
 
-TEST(Utf8, EveryUnitComesBackWhenSurrogatesAreKept)
+TEST(Utf8, KeptSurrogatesKeepEveryUnit)
 {
     for (unsigned unit = 0; unit < 0x10000; ++unit)
     {
@@ -50,7 +50,7 @@ TEST(Utf8, EveryUnitComesBackWhenSurrogatesAreKept)
     }
 }
 
-TEST(Utf8, AReplacedSurrogateIsTheReplacementCharacter)
+TEST(Utf8, SurrogatesBecomeReplacementCharacters)
 {
     const WCHAR lone[] = {0xDC00, 'a', 0xD800};
     EXPECT_EQ(Utf8FromWide(lone, 3, LoneSurrogate::Replaced), "\xEF\xBF\xBD"
@@ -58,7 +58,7 @@ TEST(Utf8, AReplacedSurrogateIsTheReplacementCharacter)
     EXPECT_EQ(Decoded("\xED\xA0\x80z", LoneSurrogate::Replaced), WideString(ZEBW("\uFFFD\uFFFD\uFFFDz")));
 }
 
-TEST(Utf8, CodePointsOfEveryLengthAreRead)
+TEST(Utf8, ReadsCodePointsOfEveryLength)
 {
     const Found expected = {{'a', 1}, {0xE4, 2}, {0x20AC, 3}, {0x1F4E7, 4}, {0x10FFFF, 4}};
     const std::string text = "a\xC3\xA4\xE2\x82\xAC\xF0\x9F\x93\xA7\xF4\x8F\xBF\xBF";
@@ -72,7 +72,7 @@ TEST(Utf8, CodePointsOfEveryLengthAreRead)
     EXPECT_EQ(again, text);
 }
 
-TEST(Utf8, AnInvalidSequenceEndsBeforeWhatCannotContinueIt)
+TEST(Utf8, InvalidSequencesEndBeforeForeignBytes)
 {
     EXPECT_EQ(CodePoints("\xF0\x9F\x93z", LoneSurrogate::Kept), (Found{{0xFFFD, 3}, {'z', 1}}));
     EXPECT_EQ(CodePoints("\xE2\x82", LoneSurrogate::Kept), (Found{{0xFFFD, 2}}));
@@ -84,7 +84,7 @@ TEST(Utf8, AnInvalidSequenceEndsBeforeWhatCannotContinueIt)
     EXPECT_EQ(CodePoints("\xED\xA0\x80", LoneSurrogate::Replaced), (Found{{0xFFFD, 1}, {0xFFFD, 1}, {0xFFFD, 1}}));
 }
 
-TEST(Utf8, IsValidWithoutInvalidSequencesAndSurrogates)
+TEST(Utf8, SequencesAndSurrogatesDecideOnValidity)
 {
     EXPECT_TRUE(IsUtf8(""));
     EXPECT_TRUE(IsUtf8("a\xC3\xA4\xF0\x9F\x98\x80"));

@@ -62,7 +62,7 @@ protected:
     std::vector<Line> m_lines;
 };
 
-TEST_F(QorLog, ASinkReceivesLevelComponentAndText)
+TEST_F(QorLog, ASinkReceivesEveryPart)
 {
     LLog(1, "ZebAPI", "THROW Exception 0x%08x (%s), line %d", 0x8004010F, "MAPI_E_NOT_FOUND", 12);
     Log("ZebAPI", "Checking '%s'", "MAPI32.DLL");
@@ -110,7 +110,7 @@ TEST_F(QorLog, ASinkReceivesEveryLevel)
     EXPECT_TRUE(qorlog::IsEnabled(99));
 }
 
-TEST_F(QorLog, ASinkMayLogAndMayReplaceItself)
+TEST_F(QorLog, ASinkMayReplaceItself)
 {
     int calls = 0;
     qorlog::SetSink([&](int, const char*, const char* text)
@@ -126,14 +126,14 @@ TEST_F(QorLog, ASinkMayLogAndMayReplaceItself)
     EXPECT_EQ(calls, 2);
 }
 
-TEST_F(QorLog, ASinkThatThrowsLeavesTheLogUsable)
+TEST_F(QorLog, AThrowingSinkLeavesItUsable)
 {
     qorlog::SetSink([](int, const char*, const char*) { throw std::runtime_error("x"); });
     EXPECT_THROW(LLog(1, "a", "b"), std::runtime_error);
     std::thread([] { EXPECT_THROW(LLog(1, "a", "b"), std::runtime_error); }).join();
 }
 
-TEST_F(QorLog, CallsOfASinkDoNotOverlap)
+TEST_F(QorLog, SinkCallsDoNotOverlap)
 {
     const auto write = []
     {
@@ -158,7 +158,7 @@ TEST_F(QorLog, ByDefaultLinesGoNowhere)
     EXPECT_TRUE(m_lines.empty());
 }
 
-TEST_F(QorLog, TheEnvironmentNamesAFileThatLinesAreAppendedTo)
+TEST_F(QorLog, AppendsToTheEnvironmentsFile)
 {
     const auto write = []
     {
@@ -174,7 +174,7 @@ TEST_F(QorLog, TheEnvironmentNamesAFileThatLinesAreAppendedTo)
     EXPECT_EQ(lines[0][23], 'Z');
 }
 
-TEST_F(QorLog, TheHighestLevelWrittenIsThreeOrTheEnvironments)
+TEST_F(QorLog, ThreeIsTheHighestDefaultLevel)
 {
     const auto write = []
     {
@@ -191,7 +191,7 @@ TEST_F(QorLog, TheHighestLevelWrittenIsThreeOrTheEnvironments)
     EXPECT_EQ(FileLines(write, "1").size(), 2u) << "a line without a level is no failure";
 }
 
-TEST_F(QorLog, ANoteHasItsLevelForASinkAndIsNoFailureInTheFile)
+TEST_F(QorLog, ANoteIsNoFailure)
 {
     LNote(1, "ZebAPI", "started, 100%s");
     ASSERT_EQ(m_lines.size(), 1u);
@@ -211,7 +211,7 @@ TEST_F(QorLog, ANoteHasItsLevelForASinkAndIsNoFailureInTheFile)
     EXPECT_EQ(lines[0].substr(24), " 1 ZebAPI: started");
 }
 
-TEST_F(QorLog, TheHostsOwnTimeIsNotOverwritten)
+TEST_F(QorLog, TheHostsTimeIsNotOverwritten)
 {
     const std::time_t epoch = 0;
     const std::tm* own = std::gmtime(&epoch);
@@ -221,7 +221,7 @@ TEST_F(QorLog, TheHostsOwnTimeIsNotOverwritten)
     EXPECT_EQ(own->tm_sec, 0);
 }
 
-TEST_F(QorLog, TheTimeOfALineIsNowInUtc)
+TEST_F(QorLog, LinesHaveUtcTimes)
 {
     const auto now = [] { return std::chrono::system_clock::to_time_t(std::chrono::system_clock::now()); };
     const std::time_t before = now();
@@ -238,7 +238,7 @@ TEST_F(QorLog, TheTimeOfALineIsNowInUtc)
     EXPECT_NE(std::find(possible.begin(), possible.end(), lines[0].substr(0, 19)), possible.end()) << lines[0];
 }
 
-TEST(UtcText, IsTheCalendarsFromTheFirstSecondToLeapDays)
+TEST(UtcText, FollowsTheCalendarIncludingLeapDays)
 {
     EXPECT_EQ(qorlog::UtcText(0), "1970-01-01T00:00:00.000Z");
     EXPECT_EQ(qorlog::UtcText(951'782'399'999), "2000-02-28T23:59:59.999Z");
@@ -247,7 +247,7 @@ TEST(UtcText, IsTheCalendarsFromTheFirstSecondToLeapDays)
     EXPECT_EQ(qorlog::UtcText(1'767'225'599'120), "2025-12-31T23:59:59.120Z");
 }
 
-TEST_F(QorLog, StandardErrorIsNamedByAWord)
+TEST_F(QorLog, AWordNamesStandardError)
 {
     ::testing::internal::CaptureStderr();
     zeb::test::SetEnvironment("ZEBAPI_LOG", "stderr");
@@ -257,7 +257,7 @@ TEST_F(QorLog, StandardErrorIsNamedByAWord)
     EXPECT_NE(text.find(" 1 ZebAPI: here\n"), std::string::npos) << text;
 }
 
-TEST_F(QorLog, AFileThatCanNotBeOpenedIsSaidOnceAndLinesGoNowhere)
+TEST_F(QorLog, AnUnopenableFileIsReportedOnce)
 {
     ::testing::internal::CaptureStderr();
     zeb::test::SetEnvironment("ZEBAPI_LOG", "no/such/folder/x.log");

@@ -47,7 +47,7 @@ TEST_F(DllLoader, StartsEmpty)
     EXPECT_TRUE(loader.IsEmpty());
 }
 
-TEST_F(DllLoader, ConstructionWithAPathLoadsAtOnceInEveryMode)
+TEST_F(DllLoader, ConstructionWithPathLoadsAtOnce)
 {
     for (const long mode : {4L, 20L, 22L})
     {
@@ -59,7 +59,7 @@ TEST_F(DllLoader, ConstructionWithAPathLoadsAtOnceInEveryMode)
     }
 }
 
-TEST_F(DllLoader, TheTypedAddressIsNullWhenTheNameIsMissing)
+TEST_F(DllLoader, AMissingNamesAddressIsNull)
 {
     const CDllLoader loader(Library(1), 20);
     int (*number)() = [] { return 0; };
@@ -85,7 +85,7 @@ TEST_F(DllLoader, UnloadEmpties)
     EXPECT_EQ(unloaded, std::vector<int>{1});
 }
 
-TEST_F(DllLoader, ALoaderThatHoldsALibraryLoadsTheNewOneThenReleasesTheOld)
+TEST_F(DllLoader, LoadsTheNewBeforeReleasingOld)
 {
     CDllLoader loader(Library(1), 22);
     Watch(loader);
@@ -94,7 +94,7 @@ TEST_F(DllLoader, ALoaderThatHoldsALibraryLoadsTheNewOneThenReleasesTheOld)
     EXPECT_EQ(NumberOf(loader), 2);
 }
 
-TEST_F(DllLoader, LoadingTheSameLibraryAgainKeepsItLoaded)
+TEST_F(DllLoader, ReloadingTheSameLibraryKeepsIt)
 {
     CDllLoader loader(Library(1), 22);
     Watch(loader);
@@ -104,7 +104,7 @@ TEST_F(DllLoader, LoadingTheSameLibraryAgainKeepsItLoaded)
     EXPECT_EQ(unloaded, std::vector<int>{1});
 }
 
-TEST_F(DllLoader, AFailedLoadKeepsWhatWasHeldAndSaysWhy)
+TEST_F(DllLoader, AFailedLoadKeepsTheOld)
 {
     CDllLoader loader(Library(1), 22);
     EXPECT_FALSE(loader.Load("no_such_library.dll", 22));

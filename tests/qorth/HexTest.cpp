@@ -25,7 +25,7 @@ std::vector<unsigned char> Bytes(const char* hex, ULONG cb)
 
 using List = std::vector<unsigned char>;
 
-TEST(Hex, BytesAreTwoUpperCaseDigitsEach)
+TEST(Hex, BytesAreTwoUpperCaseDigits)
 {
     const unsigned char bytes[] = {0x00, 0x09, 0x0A, 0xF0, 0xFF, 0x7F};
     CStringA text("old");
@@ -59,14 +59,14 @@ TEST(Hex, EveryByteRoundTrips)
     EXPECT_EQ(Bytes(text, 256), bytes) << "lower case is read as well";
 }
 
-TEST(Hex, TheTextMayBeMadeOfItsOwnBytes)
+TEST(Hex, TheTextMayBeItsSource)
 {
     CStringA text("AB");
     Bin2String(text, static_cast<const char*>(text), 2, 0);
     EXPECT_EQ(text, "4142");
 }
 
-TEST(Hex, OddTextCountsAndWritesCompletePairsOnly)
+TEST(Hex, OddTextHoldsCompletePairsOnly)
 {
     EXPECT_EQ(String2BinBuffLen("A"), 0u);
     EXPECT_EQ(String2BinBuffLen("ABC"), 1u);
@@ -74,7 +74,7 @@ TEST(Hex, OddTextCountsAndWritesCompletePairsOnly)
     EXPECT_EQ(Bytes("A", 4), List{});
 }
 
-TEST(Hex, PairsEndAtTheFirstForeignCharacter)
+TEST(Hex, PairsEndAtAForeignCharacter)
 {
     EXPECT_EQ(String2BinBuffLen("12G4"), 1u);
     EXPECT_EQ(Bytes("12G4", 4), List{0x12});
@@ -90,14 +90,14 @@ TEST(Hex, PairsEndAtTheFirstForeignCharacter)
     }
 }
 
-TEST(Hex, NothingIsWrittenBehindTheBuffer)
+TEST(Hex, NothingIsWrittenAfterTheBuffer)
 {
     EXPECT_EQ(Bytes("112233", 2), (List{0x11, 0x22}));
     EXPECT_EQ(Bytes("112233", 0), List{});
     EXPECT_EQ(Bytes("11", 8), List{0x11});
 }
 
-TEST(Hex, NullAndEmptyTextHoldNoBytes)
+TEST(Hex, EmptyAndNullHoldNoBytes)
 {
     EXPECT_EQ(String2BinBuffLen(nullptr), 0u);
     EXPECT_EQ(String2BinBuffLen(""), 0u);
@@ -147,7 +147,7 @@ TEST(Hex, TextOfEveryLengthRoundTrips)
     }
 }
 
-TEST(Hex, AForeignCharacterAnywhereEndsTheText)
+TEST(Hex, AForeignCharacterEndsTheText)
 {
     for (size_t at = 0; at < 100; ++at)
     {
@@ -165,7 +165,7 @@ TEST(Hex, AForeignCharacterAnywhereEndsTheText)
     }
 }
 
-TEST(Hex, NothingIsWrittenBehindABufferOfAnySize)
+TEST(Hex, NoBufferIsExceeded)
 {
     const std::string text = Digits(120);
     const List all = Plainly(text);

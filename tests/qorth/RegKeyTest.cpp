@@ -17,7 +17,7 @@ protected:
     RegistryScope m_scope;
 };
 
-TEST_F(RegKey, AnAbsentKeyIsNotOpenAndReadsEmpty)
+TEST_F(RegKey, AnAbsentKeyReadsEmpty)
 {
     const CQorRegKey key(HKEY_LOCAL_MACHINE, "Software\\Nobody", 0, 1);
     EXPECT_FALSE(key.IsOpen());
@@ -31,7 +31,7 @@ TEST_F(RegKey, AnAbsentKeyIsNotOpenAndReadsEmpty)
     EXPECT_EQ(text, "");
 }
 
-TEST_F(RegKey, ReadsNamedAndDefaultValuesOfEachRoot)
+TEST_F(RegKey, ReadsValuesOfEachRoot)
 {
     RegistryKey::Create(RegistryRoot::LocalMachine, "K").SetStringValue("name", "machine");
     RegistryKey::Create(RegistryRoot::CurrentUser, "K").SetStringValue("name", "user");
@@ -53,7 +53,7 @@ TEST_F(RegKey, BelowAnotherRootNothingOpens)
     EXPECT_FALSE(CQorRegKey(nullptr, "K").IsOpen());
 }
 
-TEST_F(RegKey, EnumeratesSubKeysUpToTheLast)
+TEST_F(RegKey, EnumeratesAllSubKeys)
 {
     RegistryKey::Create(RegistryRoot::CurrentUser, "Profiles\\Anna");
     RegistryKey::Create(RegistryRoot::CurrentUser, "Profiles\\Bert");

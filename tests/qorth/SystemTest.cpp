@@ -13,13 +13,13 @@
 namespace
 {
 
-TEST(System, IsOfTheNtLineAndLaterThanVista)
+TEST(System, IsNtAndLaterThanVista)
 {
     EXPECT_TRUE(QorIsNTRunning());
     EXPECT_TRUE(QorIsWinVistaorHigher());
 }
 
-TEST(System, TheFilePathIsTheDirectoryWithoutItsSeparator)
+TEST(System, TheFilePathLosesItsSeparator)
 {
     EXPECT_EQ(QorGetFilePath("C:\\Program Files\\Mail\\mapi32.dll"), "C:\\Program Files\\Mail");
     EXPECT_EQ(QorGetFilePath("/usr/lib/libx.so"), "/usr/lib");
@@ -30,7 +30,7 @@ TEST(System, TheFilePathIsTheDirectoryWithoutItsSeparator)
     EXPECT_EQ(QorGetFilePath("C:\\folder\\"), "C:\\folder");
 }
 
-TEST(System, TheLastSlashIsExactlyOneBackslash)
+TEST(System, TheLastSlashIsOneBackslash)
 {
     EXPECT_EQ(QorCheckLastSlash("C:\\Mail"), "C:\\Mail\\");
     EXPECT_EQ(QorCheckLastSlash("C:\\Mail\\"), "C:\\Mail\\");
@@ -39,7 +39,7 @@ TEST(System, TheLastSlashIsExactlyOneBackslash)
     EXPECT_EQ(QorCheckLastSlash("/"), "\\");
 }
 
-TEST(System, AnEmptyPathDoesNotBecomeTheRoot)
+TEST(System, AnEmptyPathStaysEmpty)
 {
     EXPECT_EQ(QorCheckLastSlash(""), "");
     EXPECT_EQ(QorCheckLastSlash(nullptr), "");
@@ -61,7 +61,7 @@ TEST(AnsiTable, NullAndEmptyTextAreEmpty)
     EXPECT_EQ(QorConvertStringByANSITable(ZEBW("")), "");
 }
 
-TEST(AnsiTable, WhatNarrowTextCanNotSayLosesNothingBehindIt)
+TEST(AnsiTable, UnconvertibleTextLosesNothingAfterIt)
 {
     const WCHAR text[] = {'a', 0xD83D, 'z', 0};
     const CStringA narrow = QorConvertStringByANSITable(text);
@@ -69,7 +69,7 @@ TEST(AnsiTable, WhatNarrowTextCanNotSayLosesNothingBehindIt)
     EXPECT_EQ(narrow.Right(1), "z");
 }
 
-TEST(TimeProfile, ReportsNameAndSecondsAtTheEnd)
+TEST(TimeProfile, ReportsNameAndSeconds)
 {
     std::vector<std::pair<std::string, double>> reports;
     CTimeProfile::SetReporter([&](const char* name, double seconds) { reports.emplace_back(name, seconds); });
@@ -89,7 +89,7 @@ TEST(TimeProfile, ReportsNameAndSecondsAtTheEnd)
     EXPECT_LT(reports[0].second, 60.0);
 }
 
-TEST(TimeProfile, AReporterThatThrowsIsNoFailureOfTheWork)
+TEST(TimeProfile, AThrowingReporterIsNoFailure)
 {
     CTimeProfile::SetReporter([](const char*, double) { throw std::runtime_error("x"); });
     EXPECT_NO_THROW({ const CTimeProfile profile("work"); });

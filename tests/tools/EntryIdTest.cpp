@@ -110,7 +110,7 @@ protected:
     ULONG m_narrow = 0;
 };
 
-TEST_F(RealIdentifiers, OfSendersNameWhatTheMessageNames)
+TEST_F(RealIdentifiers, OfSendersMatchTheMessage)
 {
     CZebTable table = Contents();
     table.SetColumns(6, PR_SENDER_ENTRYID, PR_SENDER_ADDRTYPE_A, PR_SENDER_EMAIL_ADDRESS_A,
@@ -127,7 +127,7 @@ TEST_F(RealIdentifiers, OfSendersNameWhatTheMessageNames)
     }
 }
 
-TEST_F(RealIdentifiers, OfRecipientsNameWhatTheirRowsName)
+TEST_F(RealIdentifiers, OfRecipientsMatchTheirRows)
 {
     CZebTable table = Contents();
     table.SetColumns(1, PR_ENTRYID);

@@ -11,7 +11,7 @@ class Dates(World):
         super().setUp()
         self.create_profile()
 
-    def test_a_date_is_written_with_or_without_time_seconds_and_zone(self):
+    def test_a_date_in_each_form(self):
         self.load(message("noon", "2026-01-03T12:00:00Z"), message("later", "2026-01-03T12:00:30Z"),
                   message("midnight", "2026-01-04T00:00:00Z"))
         for moment, wanted in (("2026-01-03", ["midnight", "later", "noon"]), ("2026-01-04", ["midnight"]),
@@ -54,7 +54,7 @@ class Zones(World):
         self.environment["TZ"] = zone
         return [each["subject"] for each in self.found("Inbox", "--sort", "subject", *arguments)]
 
-    def test_lists_and_properties_show_local_time_and_say_so(self):
+    def test_local_time_is_shown_and_named(self):
         self.load(message("winter", "2026-01-02T03:04:05Z"), message("summer", "2026-07-02T03:04:05Z"))
         for zone, winter, summer, offsets in (
                 ("JST-9", "2026-01-02 12:04:05", "2026-07-02 12:04:05", ("+09:00", "+09:00")),
@@ -69,7 +69,7 @@ class Zones(World):
                 for subject, shown, offset in (("winter", winter, offsets[0]), ("summer", summer, offsets[1])):
                     self.assertRegex(self.at(zone, "show", "Inbox", subject), rf"PR_CLIENT_SUBMIT_TIME .* {shown} \{offset}\n")
 
-    def test_dates_are_shown_in_utc_when_asked(self):
+    def test_utc_is_shown_when_asked(self):
         self.load(message("a", "2026-01-02T03:04:05Z"))
         zone = "JST-9"
         self.assertEqual(self.at(zone, "inbox", "--utc").splitlines()[0][:19].rstrip(), "date (UTC)")
@@ -99,7 +99,7 @@ class Zones(World):
             with self.subTest(text=text):
                 self.refused("find", "Inbox", "--since", text, code=2, saying=["--since", f"'{text}'"])
 
-    def test_days_and_hours_before_now_are_counted(self):
+    def test_days_and_hours_before_now(self):
         now = datetime.datetime.now(datetime.timezone.utc).replace(tzinfo=None)
         ages = {"a": 1 / 24, "b": 30 / 24, "c": 6.9, "d": 7.1, "e": 15}
         self.load(*[message(name, (now - datetime.timedelta(days=age)).strftime("%Y-%m-%dT%H:%M:%SZ"))
@@ -109,7 +109,7 @@ class Zones(World):
                 self.assertEqual("".join(self.since("UTC", "--since", moment)), wanted)
         self.assertEqual(self.since("UTC", "--until", "7d"), ["d", "e"])
 
-    def test_today_and_yesterday_are_days_of_the_zone(self):
+    def test_today_and_yesterday_in_the_zone(self):
         now = datetime.datetime.now(datetime.timezone.utc)
         local = now.astimezone(datetime.timezone(datetime.timedelta(hours=9)))
         midnight = local.replace(hour=0, minute=0, second=0, microsecond=0).astimezone(datetime.timezone.utc)
@@ -131,11 +131,11 @@ class Sizes(World):
     def count(self, *conditions):
         return len(self.found("Inbox", *conditions))
 
-    def test_a_size_itself_counts_as_so_large_and_as_no_larger(self):
+    def test_both_limits_include_the_size(self):
         self.assertEqual([self.count("--size", str(self.size + more)) for more in (-1, 0, 1)], [1, 1, 0])
         self.assertEqual([self.count("--max-size", str(self.size + more)) for more in (-1, 0, 1)], [0, 1, 1])
 
-    def test_units_are_of_1024_in_either_letter_case(self):
+    def test_units_of_1024_in_either_case(self):
         whole = self.size // 1024
         self.assertLess((whole + 1) * 1000, self.size, "the units of 1000 would tell")
         for unit in "kK":
@@ -144,7 +144,7 @@ class Sizes(World):
         for size in ("1m", "1M", "1g", "1G", "2047m", "2147483647"):
             self.assertEqual((self.count("--size", size), self.count("--max-size", size)), (0, 1), size)
 
-    def test_sizes_that_are_none_or_too_large_are_refused(self):
+    def test_bad_or_large_sizes_are_refused(self):
         for text in ("k", "1.5k", "10kk", "10 k", "10t", "2147483648", "2g", "2048M", "18014398509481984k"):
             with self.subTest(text=text):
                 self.refused("find", "Inbox", "--size", text, code=2, saying=["--size", f"'{text}'"])
@@ -162,7 +162,7 @@ class Assignments(World):
         self.refused("set", "Inbox", "a", "PR_IMPORTANCE=0x", code=2, saying="PR_IMPORTANCE")
         self.refused("set", "Inbox", "a", "PR_IMPORTANCE=0x10000000000000000", code=2, saying="PR_IMPORTANCE")
 
-    def test_what_is_no_name_before_the_sign_is_a_subject(self):
+    def test_without_a_name_is_a_subject(self):
         for subject in ("a b=c", "=d", "PR-X=e"):
             with self.subTest(subject=subject):
                 self.zeb("new", "Inbox", f"PR_SUBJECT={subject}")
@@ -170,7 +170,7 @@ class Assignments(World):
                 shown = self.shown("Inbox", subject)
                 self.assertEqual((shown["PR_COMMENT"], shown[NAMED]), ("found", 7))
 
-    def test_numbers_that_do_not_fit_are_refused(self):
+    def test_numbers_out_of_range_are_refused(self):
         self.zeb("new", "Inbox", "PR_SUBJECT=a")
         for assignment in ("0x68000002=65536", "0x68000002=-32769", "PR_IMPORTANCE=4294967296", "PR_IMPORTANCE=-2147483649",
                            "0x68010014=9223372036854775808", "0x68020004=1e39", "0x68020004=true", "PR_IMPORTANCE=1.5"):

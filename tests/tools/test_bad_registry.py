@@ -5,7 +5,7 @@ LINUX_ONLY = True  # Windows keeps its registry itself; there is no file to be w
 
 
 class BadRegistry(World):
-    def test_a_syntax_error_is_named_with_file_and_line(self):
+    def test_a_syntax_error_names_its_line(self):
         registry = self.folder / "registry.reg"
         lines = len(registry.read_text().splitlines())
         with registry.open("a") as file:

@@ -15,7 +15,7 @@ class BadStore(World):
     def test_a_profile_that_does_not_exist(self):
         self.refused("inbox", "--profile", "nobody", saying="there is no profile 'nobody'")
 
-    def test_a_file_too_short_for_a_store(self):
+    def test_a_file_too_short(self):
         self.remove_side_files()
         for size in (0, 1, 99):
             with self.subTest(size=size):

@@ -28,7 +28,7 @@ class Care(World):
         self.assertEqual(out, f"store file '{self.path(self.store.name)}': 0 repairs\n")
         self.zeb("store", "check")
 
-    def test_a_copy_is_repaired_and_the_file_stays(self):
+    def test_a_copy_is_repaired(self):
         self.spoil_counter_and_leave_an_orphan()
         lines = self.zeb("store", "repair").out.splitlines()
         self.assertEqual(lines[:-1], self.FINDINGS)
@@ -38,7 +38,7 @@ class Care(World):
         self.zeb("store", "check", code=1)
         self.refused("store", "repair", saying=["the store ü.repaired.zeb", "exists already"])
 
-    def test_a_copy_goes_where_it_is_wanted(self):
+    def test_a_copy_goes_where_wanted(self):
         self.spoil_counter_and_leave_an_orphan()
         self.zeb("store", "repair", "--output", self.path("other.zeb"))
         self.assertEqual(self.zeb("store", "repair", self.path("other.zeb"), "--in-place").out,
@@ -52,14 +52,14 @@ class Care(World):
         self.zeb("store", "check")
         self.assertFalse((self.folder / "the store ü.repaired.zeb").exists())
 
-    def test_what_cannot_be_repaired_is_said_and_left(self):
+    def test_what_cannot_be_repaired_is_named(self):
         self.refused("store", "repair", self.path("missing.zeb"), saying=["cannot repair", "missing.zeb", "does not exist"])
         (self.folder / "text.zeb").write_text("no database " * 1000)
         self.refused("store", "repair", self.path("text.zeb"), saying=["cannot repair", "text.zeb"])
         self.assertFalse((self.folder / "text.repaired.zeb").exists())
         self.refused("store", "repair", "--profile", "nobody", saying="nobody")
 
-    def test_a_compact_file_is_smaller_and_has_the_same_messages(self):
+    def test_a_compact_file_is_smaller(self):
         self.spoil("CREATE TABLE room AS SELECT randomblob(3000000) AS bytes")
         self.spoil("DROP TABLE room")
         before = self.store.stat().st_size

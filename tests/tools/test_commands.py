@@ -18,7 +18,7 @@ class Usage(World):
             with self.subTest(arguments=arguments):
                 self.one_sentence(self.zeb(*arguments, code=2), ["zeb: ", "--help'"])
 
-    def test_what_is_wrong_is_named_as_it_was_typed(self):
+    def test_mistakes_are_named_as_typed(self):
         for arguments, said in ((["frobnicate"], "'zeb' has no command 'frobnicate'"), ([], "'zeb' needs a command"),
                                 (["profile", "frob"], "'zeb profile' has no command 'frob'"),
                                 (["profile"], "'zeb profile' needs a command"),
@@ -35,7 +35,7 @@ class Usage(World):
             with self.subTest(arguments=arguments):
                 self.refused(*arguments, code=2, saying=f"zeb: {said}; see 'zeb")
 
-    def test_the_version_is_told(self):
+    def test_the_version_is_printed(self):
         version = re.search(r"project\(\w+ VERSION (\S+)", (world.ROOT / "CMakeLists.txt").read_text())[1]
         self.assertEqual(self.zeb("--version").out, f"zeb {version}\n")
 
@@ -53,7 +53,7 @@ class Usage(World):
 class Doctor(World):
     registered = False
 
-    def test_finds_the_registered_provider_and_the_profiles(self):
+    def test_finds_provider_and_profiles(self):
         self.zeb("provider", "install")
         self.create_profile("mine")
         shown = self.zeb("doctor").out
@@ -94,7 +94,7 @@ class DoctorOnProfiles(World):
         self.assertIn(f"from     {self.SUBSYSTEM}\n", shown)
         self.assertNotIn("does not look", shown)
 
-    def test_says_that_the_default_profile_is_not_there(self):
+    def test_names_a_missing_default_profile(self):
         self.registry_add(self.SUBSYSTEM, "DefaultProfile", "ghost")
         self.assertIn("the default one, 'ghost', does not exist", self.zeb("doctor").out)
         self.zeb("profile", "create", "mine", "--store", self.path("test.zeb"))
@@ -107,7 +107,7 @@ class DoctorOnProfiles(World):
         self.assertIn("   * mine\n", shown)
         self.assertNotIn("does not exist", shown)
 
-    def test_says_where_an_outlook_keeps_profiles_that_are_not_looked_for(self):
+    def test_names_where_outlook_keeps_others(self):
         self.create_profile("mine")
         self.set_current(16)
         self.add_version("16.0", "Home", "Work")
@@ -120,7 +120,7 @@ class DoctorOnProfiles(World):
         self.assertIn(f"Outlook 16.0 keeps its profiles in {self.OFFICE}\\16.0\\Outlook\\Profiles, where the library does "
                       "not look: Home, Work\n", self.zeb("doctor").out)
 
-    def test_says_that_the_older_place_is_not_looked_at_where_outlook_15_is(self):
+    def test_names_the_older_place_as_unused(self):
         self.create_profile("mine")
         self.set_current(15)
         self.add_version("15.0", "Real")
@@ -132,7 +132,7 @@ class DoctorOnProfiles(World):
         self.assertIn(f"Windows' messaging subsystem keeps its profiles in {self.SUBSYSTEM}, where the library does not "
                       "look: mine\n", self.zeb("doctor").out)
 
-    def test_names_the_key_of_the_installed_outlook_though_it_is_empty(self):
+    def test_names_the_empty_outlook_key(self):
         self.set_current(16)
         self.assertEqual(self.doctor()["profilesElsewhere"],
                          [{"keeper": "Outlook 16.0", "key": f"{self.OFFICE}\\16.0\\Outlook\\Profiles", "profiles": []}])
@@ -140,19 +140,19 @@ class DoctorOnProfiles(World):
         self.add_version("14.0", "Old")
         self.assertEqual([place["profiles"] for place in self.doctor()["profilesElsewhere"]], [["Old"], []])
 
-    def test_names_no_place_for_an_outlook_whose_profiles_are_looked_for(self):
+    def test_names_no_place_already_searched(self):
         for version in ("14", "15", "", "9" * 30):
             with self.subTest(version=version):
                 self.set_current(version)
                 self.assertEqual(self.doctor()["profilesElsewhere"], [])
 
-    def test_says_where_a_version_that_only_looks_like_15_keeps_its_profiles(self):
+    def test_names_the_place_of_lookalike_15(self):
         self.set_current(150)
         found = self.doctor()
         self.assertEqual(found["profilesKey"], f"{self.OFFICE}\\15.0\\Outlook\\Profiles")
         self.assertEqual([place["keeper"] for place in found["profilesElsewhere"]], ["Outlook 150.0"])
 
-    def test_names_every_version_that_has_profiles_and_no_other(self):
+    def test_names_only_versions_with_profiles(self):
         self.set_current(14)
         self.add_version("14.0")
         self.add_version("15.0", "Left")
@@ -199,7 +199,7 @@ class DoctorWithoutProvider(World):
         self.assertIn("profiles\n     none", self.zeb("doctor", code=1).out)
         self.refused("inbox", saying="no usable MAPI provider")
 
-    def test_says_that_the_file_does_not_load(self):
+    def test_says_the_file_does_not_load(self):
         if world.WINDOWS:
             self.refused("provider", "install", "--dll", self.path("absent.dll"), saying="absent.dll")
             return
@@ -246,7 +246,7 @@ class Provider(World):
         self.zeb("provider", "install")
         return self.status()[self.KEY][0]
 
-    def test_another_provider_is_replaced_only_when_asked_and_comes_back(self):
+    def test_another_provider_is_replaced_when_asked(self):
         own = self.own()
         for options, keys in (([], [self.KEY]), (["--wab"], [self.KEY, self.WAB])):
             self.registry_add(self.KEY, "DLLPathEx", self.OTHER)
@@ -271,13 +271,13 @@ class Provider(World):
         shown = self.zeb("provider", "status").out
         self.assertEqual(shown, f"{self.KEY}\n  DLLPathEx is not set\n{self.WAB}\n  (default) is not set\n")
 
-    def test_what_another_registered_afterwards_is_not_removed(self):
+    def test_later_registrations_are_not_removed(self):
         self.own()
         self.registry_add(self.KEY, "DLLPathEx", self.OTHER)
         self.refused("provider", "remove", saying="nothing to remove: no registered provider")
         self.assertEqual(self.status()[self.KEY][0], self.OTHER)
 
-    def test_an_entry_of_anothers_for_the_same_file_stays_anothers(self):
+    def test_anothers_entry_for_the_file_stays(self):
         self.run_tool("zeb", "provider", "remove")
         name, copy = ("zebstore.dll", "other.dll") if world.WINDOWS else ("libzebstore.so", "other.so")
         shutil.copy(world.BUILD / "bin" / name, self.folder / copy)
@@ -290,7 +290,7 @@ class Provider(World):
         self.refused("provider", "remove", saying="nothing to remove: no registered provider")
         self.assertEqual(self.status()[self.KEY], (path, None))
 
-    def test_a_copy_of_the_provider_follows_another_without_a_question(self):
+    def test_a_copy_replaces_without_a_question(self):
         own = self.own()
         name = "zebstore.dll" if world.WINDOWS else "libzebstore.so"
         (self.folder / "copy").mkdir()
@@ -300,14 +300,14 @@ class Provider(World):
         self.assertNotEqual(registered, own)
         self.assertIsNone(replaced)
 
-    def test_a_refusal_of_one_place_leaves_both_as_they_are(self):
+    def test_one_refusal_leaves_both_places(self):
         self.own()
         self.zeb("provider", "remove")
         self.registry_add(self.WAB, "", self.OTHER)
         self.refused("provider", "install", "--wab", saying=["another provider", "WAB", self.OTHER])
         self.assertEqual(self.status(), {self.KEY: (None, None), self.WAB: (self.OTHER, None)})
 
-    def test_the_kind_of_a_replaced_value_is_kept(self):
+    def test_a_replaced_values_kind_is_kept(self):
         if world.WINDOWS:
             return self.reg_expand_test()
         own = self.own()
@@ -330,7 +330,7 @@ class Provider(World):
                                env=self.environment, check=True, stdout=subprocess.PIPE, timeout=300).stdout.decode()
         self.assertRegex(shown, r"DLLPathEx\s+REG_EXPAND_SZ\s+%A%")
 
-    def test_a_provider_that_is_missing_has_the_name_of_this_system(self):
+    def test_a_missing_provider_has_platform_name(self):
         tool = "zeb.exe" if world.WINDOWS else "zeb"
         for file in [world.BUILD / "bin" / tool, *world.libraries()]:
             shutil.copy(file, self.folder)
@@ -343,7 +343,7 @@ class Provider(World):
         self.assertIn(wanted, done.stderr.decode())
         self.assertNotIn(other + "'", done.stderr.decode())
 
-    def test_install_refuses_a_file_that_is_missing_or_no_provider(self):
+    def test_install_refuses_what_is_no_provider(self):
         self.zeb("provider", "install")
         before = self.zeb("doctor", "--json").out
         self.refused("provider", "install", "--dll", self.path("none.dll"), saying=["does not exist", "none.dll"])
@@ -387,41 +387,41 @@ class Profile(World):
         path = json.loads(self.zeb("doctor", "--json").out)["provider"].replace("\\", "/")
         self.assertTrue(path.endswith(f"{world.BUILD}/bin/{library}"), path)
 
-    def test_names_that_are_taken_or_unknown_are_refused(self):
+    def test_taken_or_unknown_names_are_refused(self):
         self.create_profile("one")
         self.refused("profile", "create", "one", "--store", self.path("x.zeb"), saying="'one'")
         self.refused("profile", "delete", "other", saying="'other'")
         self.refused("profile", "default", "other", saying="'other'")
         self.assertFalse((self.folder / "x.zeb").exists())
 
-    def test_no_folder_is_made_for_a_store(self):
+    def test_no_folder_is_made(self):
         self.refused("profile", "create", "one", "--store", self.path("absent/deep/one.zeb"),
                      saying=["the folder '" + self.path("absent/deep") + "'", "'one.zeb' does not exist"])
         self.assertFalse((self.folder / "absent").exists())
         self.assertEqual(self.zeb("profile", "list").out, "")
 
-    def test_a_profile_without_a_store_is_named(self):
+    def test_a_profile_without_a_store(self):
         self.registry_add("HKEY_CURRENT_USER\\Software\\Microsoft\\Windows NT\\CurrentVersion\\Windows Messaging Subsystem"
                           "\\Profiles\\bare")
         for command in (["inbox"], ["folders"], ["store", "check"], ["find", "Inbox"]):
             with self.subTest(command=command):
                 self.refused(*command, "--profile", "bare", saying="opening the default store of profile 'bare': MAPI_E_NOT_FOUND")
 
-    def test_codes_that_are_not_mapis_are_put_into_words(self):
+    def test_other_codes_are_put_into_words(self):
         self.create_profile()
         number = self.call_number("IMAPITable::QueryRows", "inbox")
         for result, said in ((0x80030070, "the disk is full (0x80030070)"),
                              (0x80041234, "unknown error (0x80041234)")):
             self.fail_at(number, "inbox", saying=said, result=result)
 
-    def test_a_store_that_can_not_be_made_leaves_no_profile(self):
+    def test_a_failed_store_leaves_no_profile(self):
         (self.folder / "file").write_text("in the way")
         self.refused("profile", "create", "one", "--store", self.path("file/one.zeb"), saying="one.zeb")
         self.assertEqual(self.zeb("profile", "list").out, "")
 
 
 class Store(World):
-    def test_stores_lists_the_store_of_the_profile(self):
+    def test_stores_lists_the_profiles_store(self):
         self.create_profile()
         self.assertTrue(self.zeb("stores").out.startswith("* "))
         stores = json.loads(self.zeb("stores", "--json").out)
@@ -437,7 +437,7 @@ class Store(World):
         self.load(message("a"))
         self.assertIn("is intact", self.zeb("store", "check").out)
 
-    def test_check_of_a_damaged_store_says_so(self):
+    def test_check_of_a_damaged_store(self):
         store = self.create_profile()
         self.load(*[message(f"subject {i}", PR_BODY="x" * 3000) for i in range(200)])
         data = bytearray(store.read_bytes())
@@ -491,7 +491,7 @@ class Inbox(World):
         self.assertEqual(self.zeb("inbox").out, "0 messages\n")
         self.assertEqual(self.inbox(), {"total": 0, "messages": []})
 
-    def test_lists_aligned_columns_and_ends_with_the_count(self):
+    def test_aligns_columns_and_ends_with_count(self):
         self.load_three()
         lines = self.zeb("inbox").out.splitlines()
         self.assertEqual(lines[-1], "3 messages")
@@ -520,14 +520,14 @@ class Inbox(World):
         self.assertEqual(found["sender"], "\u0410\u043d\u043d\u0430")
         self.assertIn("\u4f60\u597d \U0001F600", self.zeb("inbox").out)
 
-    def test_control_characters_do_not_reach_the_terminal(self):
+    def test_control_characters_are_filtered(self):
         self.load(message("a\u001b[2Jb\u0007c\nd\u009be"))
         shown = self.zeb("inbox").out
         self.assertEqual(len(shown.splitlines()), 3)
         self.assertTrue(all(character == "\n" or character >= " " for character in shown))
         self.assertNotIn("\u009b", shown)
 
-    def test_a_long_sender_is_cut_and_the_columns_stay(self):
+    def test_a_long_sender_is_cut(self):
         self.load(message("after", PR_SENDER_NAME="\u4f60" * 60))
         lines = self.zeb("inbox").out.splitlines()
         self.assertIn("\u2026", lines[1])
@@ -546,7 +546,7 @@ class Inbox(World):
 
 
 class Example(World):
-    def test_prints_the_subjects_of_the_default_inbox(self):
+    def test_prints_the_default_inboxs_subjects(self):
         self.create_profile()
         self.load(message("one"), message("two"))
         done = self.run_tool("example_inbox")

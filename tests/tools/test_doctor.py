@@ -68,7 +68,7 @@ class Account(World):
         self.assertIn("/nowhere/provider.so", first["loadError"])
         self.assertIsNone(first["missingDecorated"])
 
-    def test_profiles_of_which_none_is_the_default(self):
+    def test_profiles_without_a_default(self):
         self.zeb("provider", "install")
         self.zeb("profile", "create", "mine", "--store", self.path("test.zeb"))
         self.registry_add(SUBSYSTEM, "DefaultProfile", "")
@@ -135,7 +135,7 @@ class Machine(World):
         for value, text in values.items():
             self.registry_add(f"{CLIENTS}\\{name}", value, self.escaped(text))
 
-    def test_a_stub_without_a_client_is_not_usable(self):
+    def test_a_stub_without_a_client(self):
         findings = self.doctor(code=1)
         self.assertEqual(findings["mail client"], [f"no default mail client is registered in {CLIENTS}"])
         self.assertIn("is the system's stub, and no mail client with 64-bit MAPI is registered", self.error)
@@ -155,7 +155,7 @@ class Machine(World):
         self.assertIn("'Post', value DLLPath, names '", findings["mail client"][1])
         self.assertTrue(findings["mail client"][1].endswith(": usable, a provider with undecorated names"))
 
-    def test_where_the_component_of_a_newer_office_leads(self):
+    def test_the_component_of_a_newer_office(self):
         self.client("Microsoft Outlook", MSIComponentID=OUTLOOK_2016)
         findings = self.doctor(code=1)
         self.assertEqual(findings["component"], [
@@ -177,7 +177,7 @@ class Machine(World):
         self.assertEqual(self.doctor(code=1)["Click-to-Run"], [
             f"Office 16.0.17932.20700 (x64) is installed in '{self.path('office')}'; its MAPI is '{file}' (x64)"])
 
-    def test_a_click_to_run_office_of_32_bits(self):
+    def test_click_to_run_of_32_bits(self):
         key = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Office\\ClickToRun\\Configuration"
         self.registry_add(key, "InstallationPath", self.escaped(self.path("office")))
         self.registry_add(key, "Platform", "x86")
@@ -185,7 +185,7 @@ class Machine(World):
         self.assertTrue(self.doctor(code=1)["Click-to-Run"][0].endswith(
             "which is of a 32-bit Office; this program has 64 bits"))
 
-    def test_a_32_bit_office_is_named_in_the_verdict(self):
+    def test_the_verdict_names_32_bit_office(self):
         self.registry_add(MAIL, "DLLPathEx", self.escaped(self.library("olmapi32.dll", X86)))
         command = ([str(world.ROOT / "scripts/wine-run.sh")] if world.WINDOWS else []) + [self.program, "doctor", "--json"]
         found = json.loads(self.check(self.run_command(command), 1).out)
@@ -199,7 +199,7 @@ class Machine(World):
         self.library("wab32.dll", X64)
         self.assertEqual(self.doctor(code=1)["address book"], [f"{key} names '{self.path('wab32.dll')}' (x64)"])
 
-    def test_the_joined_path_of_the_common_folder(self):
+    def test_the_joined_common_folder_path(self):
         key = "HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion"
         if not world.WINDOWS:
             self.registry_add(key, "CommonFilesDir", self.escaped("C:\\Program Files\\Common Files"))

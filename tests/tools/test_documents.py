@@ -170,10 +170,10 @@ class Documents(World):
     def test_the_readme_shows_what_zeb_prints(self):
         self.follow("README.md")
 
-    def test_the_page_of_commands_shows_what_zeb_prints(self):
+    def test_the_commands_page_is_right(self):
         self.follow("docs/zeb.md")
 
-    def test_the_page_of_the_provider_shows_what_zeb_prints(self):
+    def test_the_providers_page_is_right(self):
         self.follow("docs/zebstore.md")
 
 
@@ -202,7 +202,7 @@ class LoadFormat(World):
     def saved(self):
         return [json.loads(line) for line in self.zeb("save", "/").out.splitlines()]
 
-    def test_the_lines_that_it_shows_load_and_come_back(self):
+    def test_its_lines_load_and_come_back(self):
         lines = [json.loads(line) for block in re.findall(r"```json\n(.*?)```", self.page, re.S)
                  for line in block.splitlines()]
         self.assertEqual(self.load(*lines).out, "1 message loaded\n1 folder loaded\n3 address book entries loaded\n")
@@ -215,7 +215,7 @@ class LoadFormat(World):
         self.assertEqual([each["name"] for each in entries],
                          [line["properties"]["PR_DISPLAY_NAME"] for line in lines if "addressBook" in line])
 
-    def test_each_form_of_a_name_is_taken(self):
+    def test_each_name_form_is_taken(self):
         self.assertEqual(self.table("Names of properties", 0), list(self.NAMES))
         names = {name.replace("{GUID}", self.SET): value for name, value in self.NAMES.items()}
         self.load(*[{"folder": "Inbox", "properties": {name: value}} for name, value in names.items()])
@@ -224,7 +224,7 @@ class LoadFormat(World):
         for each, (name, value) in zip(saved, names.items()):
             self.assertEqual(each[re.sub("_[AW]$", "", name)], value)
 
-    def test_each_form_of_a_value_is_taken(self):
+    def test_each_value_form_is_taken(self):
         shown = [code for code in self.table("Values", 1) if not re.match(r'PT_|null|{"hex"', code)]
         self.assertEqual(shown, list(dict.fromkeys(self.VALUES.values())))
         self.load("{" + '"folder": "Inbox", "properties": {'

@@ -34,7 +34,7 @@ class Find(World):
         self.assertEqual(self.numbers("--unread"), [1])
         self.assertEqual(self.numbers("--attachments"), [4])
 
-    def test_from_looks_for_the_author_before_the_one_who_sent(self):
+    def test_from_prefers_author_over_sender(self):
         self.load(message("Minutes", "2026-01-06T00:00:00Z", PR_SENDER_NAME="Secretary", PR_SENDER_EMAIL_ADDRESS="office@x",
                           PR_SENT_REPRESENTING_NAME="Konrad Z\u00fcrn", PR_SENT_REPRESENTING_EMAIL_ADDRESS="kz@y"))
         for text, found in (("konrad", ["Minutes"]), ("Z\u00dcRN", ["Minutes"]), ("KZ@Y", ["Minutes"]), ("secretary", []),
@@ -51,7 +51,7 @@ class Find(World):
         self.assertEqual(self.numbers("--sort", "subject"), [1, 4, 2, 3])
         self.assertEqual([each["number"] for each in self.found("Inbox", "--associated")], [1])
 
-    def test_the_listing_is_aligned_numbered_and_counted(self):
+    def test_the_listing_is_aligned_and_counted(self):
         lines = self.zeb("find", "Inbox", "--subject", "budget").out.splitlines()
         at = lines[0].index("subject")
         self.assertEqual([line[at:] for line in lines[1:3]], ["Budget 2026", "the budget, again"])
@@ -68,7 +68,7 @@ class Find(World):
         self.assertIn("\n\nInbox/Sub\n", shown)
         self.assertIn("3 of 5 messages matched\n", shown)
 
-    def test_dates_sizes_and_folders_that_are_none_are_named(self):
+    def test_bad_dates_sizes_and_folders(self):
         self.refused("find", "Inbox", "--since", "tomorrow", code=2, saying=["--since", "'tomorrow'"])
         self.refused("find", "Inbox", "--until", "2026-02-30", code=2, saying=["--until", "'2026-02-30'"])
         self.refused("find", "Inbox", "--size=-1", code=2, saying=["--size", "'-1'"])

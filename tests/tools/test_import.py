@@ -70,7 +70,7 @@ class Pst(Import):
         self.assertEqual(sum(not entry["subject"] for entry in inbox["messages"]), 1, "one was sent without")
         self.assertNotIn(PERSONAL, self.all_folders())
 
-    def test_the_subjects_and_dates_are_those_that_another_reader_finds(self):
+    def test_another_reader_finds_the_same(self):
         self.importer("pst", str(PST), "--inbox", PERSONAL)
         subprocess.run(["pffexport", "-q", "-t", str(self.folder / "other"), str(PST)], check=True,
                        stdout=subprocess.DEVNULL)
@@ -81,7 +81,7 @@ class Pst(Import):
         self.assertEqual(len(expected), 47)
         self.assertEqual(sorted(subject.strip() for subject in self.subjects()), sorted(expected))
 
-    def test_a_folder_above_the_inbox_brings_its_subfolders_along(self):
+    def test_a_parent_brings_its_subfolders(self):
         self.importer("pst", str(PST), "--inbox", "lokay-m/MLOKAY (Non-Privileged)")
         self.assertEqual(self.inbox()["total"], 1)
         self.assertEqual(self.all_folders()["Inbox/Personal"], 47)
@@ -92,7 +92,7 @@ class Pst(Import):
         folders = self.all_folders()
         self.assertEqual(folders["Calendar/United States holidays"], 160)
 
-    def test_an_inbox_out_of_several_folders_is_like_the_first_in_the_file(self):
+    def test_a_merged_inbox_follows_the_first(self):
         for folders in (("Calendar", "Contacts"), ("Contacts", "Calendar")):
             self.create_profile(folders[0], f"{folders[0]}.zeb")
             self.importer("pst", str(SAMPLES / "pstextractortest@outlook.com.ost"),
@@ -100,13 +100,13 @@ class Pst(Import):
             # Its own inbox comes before either in the file.
             self.assertEqual(self.shown("Inbox")["PR_CONTAINER_CLASS"], "IPF.Note")
 
-    def test_an_unknown_inbox_folder_is_refused_with_those_there_are(self):
+    def test_an_unknown_inbox_folder_is_refused(self):
         done = self.importer("pst", str(PST), "--inbox", "Nowhere", code=1)
         self.assertIn("no folder 'Nowhere'", done.err)
         self.assertIn(PERSONAL, done.err)
         self.assertNotIn("lokay-m", self.all_folders())
 
-    def test_a_file_cut_in_half_is_one_sentence_and_the_store_as_it_was(self):
+    def test_half_a_file_changes_nothing(self):
         before = self.all_folders()
         half = self.folder / "half.pst"
         half.write_bytes(PST.read_bytes()[:PST.stat().st_size // 2])
@@ -129,14 +129,14 @@ class Pst(Import):
         file.write_bytes(data)
         return str(file)
 
-    def test_a_damaged_message_is_reported_with_its_path_and_the_rest_goes_in(self):
+    def test_a_damaged_message_is_reported(self):
         done = self.importer("pst", self.damaged(0x29C000), code=3)
         self.assertRegex(done.out, r"^70 messages in \d+ folders, 1 item skipped\n$")
         self.one_sentence(done, [PERSONAL + ", message 25: skipped: "])
         self.assertEqual(self.all_folders()[PERSONAL], 46)
         self.assertIn("is intact", self.zeb("store", "check").out)
 
-    def test_a_message_with_a_damaged_attachment_does_not_get_in_by_half(self):
+    def test_a_damaged_attachment_omits_its_message(self):
         done = self.importer("pst", self.damaged(0xD1B040), code=3)
         self.assertRegex(done.out, r"^70 messages in \d+ folders, 1 item skipped\n$")
         self.one_sentence(done, ": skipped: ")
@@ -167,7 +167,7 @@ class Mime(Import):
         lines = [json.loads(line) for line in self.zeb("save", folder).out.splitlines()]
         return {line["properties"]["PR_SUBJECT"]: line for line in lines if "properties" in line}
 
-    def test_every_part_of_a_mail_becomes_what_mapi_calls_it(self):
+    def test_every_part_has_its_mapi_form(self):
         made = mail("whole", Sender="Secretary <sec@example.org>", Bcc="hidden@example.org", In_Reply_To="<zero@example.org>",
                     References="<a@example.org> <b@example.org>",
                     Received="from x by y; Sat, 03 Jan 2026 00:00:00 +0000")
@@ -214,7 +214,7 @@ class Mime(Import):
                          ("bare@example.org",) * 3)
         self.assertEqual(plain["PR_MESSAGE_DELIVERY_TIME"], "2026-01-02T02:04:05Z", "as when it was sent")
 
-    def test_files_come_in_the_order_of_their_names_and_nothing_else_comes(self):
+    def test_files_come_in_name_order(self):
         top = self.folder / "mail"
         for name in ("c", "b", "a"):
             (top / name).mkdir(parents=True)
@@ -232,7 +232,7 @@ class Mime(Import):
         self.refused("find", "/mail", saying="there is no folder '/mail'")
         self.assertIn("no folder '/mail'", self.importer("eml", str(top), "--inbox", "/mail", code=1).err)
 
-    def test_folders_that_become_the_inbox_go_in_by_the_order_of_their_names(self):
+    def test_inbox_folders_come_in_name_order(self):
         for name in ("c", "b", "a"):
             (self.folder / "mail" / name).mkdir(parents=True)
             (self.folder / "mail" / name / "1.eml").write_bytes(bytes(mail(name)))
@@ -240,7 +240,7 @@ class Mime(Import):
         self.assertEqual([(each["number"], each["subject"]) for each in self.found("Inbox", "--sort", "subject")],
                          [(1, "a"), (2, "b"), (3, "c")])
 
-    def test_text_that_is_attached_or_comes_second_is_an_attachment(self):
+    def test_attached_or_second_text_is_attached(self):
         top = self.folder / "mail"
         top.mkdir()
         page = email.message.EmailMessage()
@@ -261,7 +261,7 @@ class Mime(Import):
             self.assertEqual([bytes.fromhex(each["properties"]["PR_ATTACH_DATA_BIN"]) for each in found[subject]["attachments"]],
                              [data])
 
-    def test_a_mail_of_an_mbox_file_that_is_skipped_is_named_by_its_number(self):
+    def test_a_skipped_mail_has_its_number(self):
         box = mailbox.mbox(self.folder / "some.mbox")
         whole = mail("inmost")
         for _ in range(33):
@@ -277,7 +277,7 @@ class Mime(Import):
         told = re.search(r"some\.mbox, message 2 at offset (\d+): skipped: ", self.one_sentence(done, "some.mbox").err)
         self.assertTrue(told and 0 < offset - int(told[1]) < 100, done.err)
 
-    def test_mails_are_embedded_32_deep_and_no_deeper(self):
+    def test_mails_nest_at_most_32_deep(self):
         top = self.folder / "mail"
         top.mkdir()
         for depth in (32, 33):
@@ -291,7 +291,7 @@ class Mime(Import):
         self.assertEqual(done.out, "1 message in 1 folder, 1 item skipped\n")
         self.one_sentence(done, ["33.eml: skipped: ", "more than 32 deep"])
 
-    def test_an_mbox_file_is_a_folder_of_its_own(self):
+    def test_an_mbox_file_is_a_folder(self):
         box = mailbox.mbox(self.folder / "old.mbox")
         box.add(mail("a"))
         box.flush()
@@ -316,7 +316,7 @@ class Mime(Import):
         self.assertEqual(self.subjects(), ["in the top"])
         self.assertEqual(self.all_folders()["Inbox/sub"], 1)
 
-    def test_a_damaged_eml_file_is_reported_and_skipped(self):
+    def test_a_damaged_eml_file_is_skipped(self):
         top = self.folder / "mail"
         top.mkdir()
         (top / "1.eml").write_bytes(bytes(mail("good")))
@@ -338,7 +338,7 @@ class Usage(World):
             with self.subTest(arguments=arguments):
                 self.importer(*arguments, code=2)
 
-    def test_help_tells_the_exit_codes(self):
+    def test_help_lists_the_exit_codes(self):
         self.assertIn("3 done except", self.importer("--help").out)
 
     def test_without_a_profile_nothing_is_imported(self):

@@ -34,7 +34,7 @@ class Interrupt(test_watch.Watching):
         self.assertEqual(process.wait(60), 0)
         self.assertEqual(self.said(self.out), "")
 
-    def test_loading_says_what_is_loaded_and_goes_on_from_there(self):
+    def test_loading_continues_after_an_interrupt(self):
         count = 20_000
         file = self.folder / "many.jsonl"
         with file.open("w") as stream:
@@ -49,7 +49,7 @@ class Interrupt(test_watch.Watching):
         self.zeb("load", str(file), "--from-line", str(line))
         self.assertEqual([each["subject"] for each in self.found("Many", "--sort", "subject")], [f"{i:05}" for i in range(count)])
 
-    def test_a_command_that_is_in_a_long_call_ends_too(self):
+    def test_a_long_call_ends_too(self):
         self.load(*[message(f"{i}", PR_BODY="x" * 20_000) for i in range(2_000)])
         for command in (["store", "check"], ["find", "Inbox", "--subject", "nowhere"]):
             with self.subTest(command=command):

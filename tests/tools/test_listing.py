@@ -45,7 +45,7 @@ class Lines(World):
                  zip(self.inbox()["messages"], [watch * 13 + "\u2026 ", pointed * 20 + " " * 8])]
         self.assertEqual(self.zeb("inbox").out.splitlines()[1:], [*shown, "2 messages"])
 
-    def test_an_object_says_what_a_line_says_and_more(self):
+    def test_objects_say_more_than_lines(self):
         self.load({"folder": "Inbox", "properties": {"PR_SUBJECT": "a", "PR_MESSAGE_FLAGS": 0}},
                   dated("b", 1, PR_MESSAGE_FLAGS=1, PR_SENDER_NAME="Ada"))
         listed = self.inbox()["messages"]
@@ -57,7 +57,7 @@ class Lines(World):
             self.assertEqual(self.shown(each["entryId"])["PR_MESSAGE_SIZE"], each["size"])
         self.assertEqual([list(each) for each in self.found("Inbox")], [["folder", "number", *listed[0]]] * 2)
 
-    def test_a_long_list_has_one_row_a_line(self):
+    def test_long_lists_have_rows_in_lines(self):
         self.load(dated("a \u4f60", 1), dated('"b"', 2))
         for arguments, before, after in ((["inbox"], {"total": 2}, {}), (["find", "Inbox"], {}, {"found": 2, "searched": 2}),
                                          (["find", "Inbox", "--subject", "x"], {}, {"found": 0, "searched": 2}),
@@ -77,7 +77,7 @@ class Lines(World):
             out = self.zeb(*arguments, "--json").out
             self.assertEqual(out, json.dumps(json.loads(out), indent=2, ensure_ascii=False) + "\n")
 
-    def test_equals_are_sorted_by_date_and_then_by_subject(self):
+    def test_equals_sort_by_date_then_subject(self):
         self.load(dated("same", 1), dated("same", 3), dated("same", 2), dated("dame", 2), dated("tame", 2))
         date = lambda each: (each["subject"], each["date"][8:10])
         self.assertEqual({each["size"] for each in self.inbox()["messages"]}, {self.inbox()["messages"][0]["size"]})
@@ -88,7 +88,7 @@ class Lines(World):
             self.assertEqual([date(each) for each in command("--sort", "subject")["messages"]],
                              [("dame", "02"), ("same", "03"), ("same", "02"), ("same", "01"), ("tame", "02")])
 
-    def test_a_message_without_a_submit_time_has_the_date_of_its_delivery(self):
+    def test_delivery_time_replaces_submit_time(self):
         bare = {"folder": "Inbox", "properties": {"PR_SUBJECT": "b", "PR_MESSAGE_DELIVERY_TIME": "2026-01-05T06:07:08Z"}}
         self.load(dated("a", 9, PR_MESSAGE_DELIVERY_TIME="2026-01-20T00:00:00Z"), bare,
                   {"folder": "Inbox", "properties": {"PR_SUBJECT": "c"}})
@@ -112,7 +112,7 @@ class Lines(World):
         self.assertEqual(self.zeb("find", "Sub", "--subject", "b").out.splitlines()[-1], "1 of 2 messages matched")
         self.assertEqual(self.zeb("find", "Sub", "--subject", "d").out, "0 of 2 messages matched\n")
 
-    def test_the_limit_holds_over_all_folders_and_each_has_its_heading(self):
+    def test_the_limit_spans_all_folders(self):
         self.load(*[dated(each, 1, folder=folder) for folder in ("Top", "Top/One", "Top/Two") for each in "ab"])
         self.assertEqual([(each["folder"], each["subject"]) for each in self.found("Top", "-r", "--limit", "3")],
                          [("Top", "a"), ("Top", "b"), ("Top/One", "a")])
@@ -121,7 +121,7 @@ class Lines(World):
         self.assertTrue(heading.startswith("      #  date (local) "), heading)
         self.assertEqual(lines, ["Top", heading, lines[2], lines[3], "", "Top/One", heading, lines[7], "3 of 6 messages"])
 
-    def test_more_messages_than_one_call_reads_are_found_with_their_numbers(self):
+    def test_more_messages_than_one_call_reads(self):
         count = 1_203 if world.WINDOWS else 5_203
         self.load(*[message(f"subject {i:04}") for i in range(count)])
         found = self.found("Inbox", "--sort", "subject")
@@ -131,7 +131,7 @@ class Lines(World):
 
 
 class Folders(World):
-    def test_the_tree_is_drawn_in_the_order_of_names_with_counts(self):
+    def test_the_tree_is_sorted_and_counted(self):
         self.create_profile()
         self.load(dated("a", 1, folder="Inbox/Sub/Deep", PR_MESSAGE_FLAGS=0), dated("b", 1, folder="Inbox/Sub/Deep"),
                   dated("c", 1, folder="Inbox/Other"), dated("d", 1, folder="Zoo/Last"))

@@ -15,11 +15,11 @@ class Load(World):
         self.assertEqual(self.load(message("a"), "", message("b")).out, "2 messages loaded\n")
         self.assertEqual(self.load(message("c")).out, "1 message loaded\n")
 
-    def test_a_byte_order_mark_and_windows_line_ends_are_read(self):
+    def test_byte_order_mark_and_windows_lines(self):
         self.load("\ufeff" + '{"folder": "Inbox", "properties": {"PR_SUBJECT": "a"}}\r')
         self.assertEqual(self.subjects(), ["a"])
 
-    def test_creates_folders_and_takes_slashes_in_names(self):
+    def test_creates_folders_with_slashes_in_names(self):
         self.load(message("a", folder="Projects/One\\/Two"), message("b", folder="Projects/One\\/Two"),
                   message("c", folder="/Beside"))
         projects = next(folder for folder in self.folders() if folder["name"] == "Projects")
@@ -35,7 +35,7 @@ class Load(World):
         self.assertEqual(self.load("\r", message("a"), " \t\r").out, "1 message loaded\n")
         self.assertEqual(self.load("\ufeff", message("a")).out, "1 message loaded\n", "a mark is not text")
 
-    def test_messages_are_embedded_32_deep_and_no_deeper(self):
+    def test_messages_nest_at_most_32_deep(self):
         def nested(depth):
             inner = {"properties": {"PR_SUBJECT": str(depth)}}
             if depth < self.depth:
@@ -48,7 +48,7 @@ class Load(World):
         self.one_sentence(self.load({"folder": "Inbox", **nested(0)}, code=1), ["mail.jsonl:1: ", "more than 32 deep"])
         self.assertEqual(self.subjects(), ["0"])
 
-    def test_hexadecimal_digits_are_of_either_letter_case(self):
+    def test_hexadecimal_digits_in_either_case(self):
         self.load(message("a", **{"0x68000102": "aAfF09", "0x68010003": "0x0000aBcD", "0x680A001E": "x",
                                   "{00062008-0000-0000-c000-00000000004a}:PT_TSTRING:id:0xABcd": "y"}))
         shown = self.shown("Inbox", "a")
@@ -89,7 +89,7 @@ class Load(World):
         self.load(*[message(moment.isoformat(), moment.isoformat() + "Z") for moment in moments])
         self.assertEqual(self.subjects(), [moment.isoformat() for moment in sorted(moments, reverse=True)])
 
-    def test_recipients_attachments_and_embedded_messages_are_taken(self):
+    def test_recipients_attachments_and_embedded_messages(self):
         line = message("with parts")
         line["recipients"] = [{"properties": {"PR_DISPLAY_NAME": "Ada", "PR_RECIPIENT_TYPE": 1,
                                               "PR_EMAIL_ADDRESS": "ada@example.org", "PR_ADDRTYPE": "SMTP"}}]
@@ -107,7 +107,7 @@ class Load(World):
         self.load(message("large", PR_BODY="\u00e4" * 300_000, PR_RTF_COMPRESSED="ab" * 200_000))
         self.assertGreater(self.inbox()["messages"][0]["size"], 500_000)
 
-    def test_associated_messages_are_no_part_of_the_listing(self):
+    def test_associated_messages_are_not_listed(self):
         self.load({**message("hidden"), "associated": True}, message("shown"))
         self.assertEqual(self.subjects(), ["shown"])
 
@@ -115,7 +115,7 @@ class Load(World):
         self.refused("load", self.path("absent.jsonl"), saying="absent.jsonl' does not exist")
         self.refused("load", self.path("."), saying="is a folder")
 
-    def test_lines_of_folders_are_counted_beside_the_messages(self):
+    def test_folder_lines_are_counted_separately(self):
         folder = {"folder": "Sub", "folderProperties": {"PR_COMMENT": "of the folder"}}
         self.assertEqual(self.load(folder).out, "1 folder loaded\n")
         self.assertEqual(self.load(message("a"), folder, folder).out, "1 message loaded\n2 folders loaded\n")
@@ -195,7 +195,7 @@ class BadLines(World):
     def test_a_type_without_values(self):
         self.stops(self.with_property("0x6800000D", 1), "0x000D")
 
-    def test_an_identifier_that_belongs_to_a_name(self):
+    def test_an_identifier_of_a_name(self):
         self.stops(self.with_property("0x8001001F", "x"), "0x8001001F")
 
     def test_a_named_property_that_is_none(self):
@@ -216,7 +216,7 @@ class BadLines(World):
                                 "message": {"properties": {"PR_SUBJECT": 1}}}]
         self.stops(line, "PR_SUBJECT")
 
-    def test_the_column_of_what_is_no_json(self):
+    def test_the_column_of_bad_json(self):
         self.stops('{"folder": x}', "invalid JSON: unexpected text at column 12")
 
     def test_parts_of_the_wrong_kind(self):
@@ -236,7 +236,7 @@ class BadLines(World):
         if any(folder["name"] == "Probe" for folder in self.folders()):
             self.zeb("rmdir", "Probe", "--recursive", "--yes")
 
-    def test_values_and_names_that_are_nearly_right(self):
+    def test_values_and_names_nearly_right(self):
         guid = "{00062008-0000-0000-C000-000000000046}"
         for name, value, saying in (("0x68000002", 65536, "16 bits"), ("0x68000002", -32769, "16 bits"),
                                     ("0x68000014", 2 ** 63, "64 bits"), ("0x68000004", 1e39, "32 bits"),

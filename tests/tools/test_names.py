@@ -10,7 +10,7 @@ ONE_OFF = ("00000000812B1FA4BEA310199D6E00DD010F54020000018041006400610000005300
 class Names(World):
     registered = False
 
-    def test_a_value_has_a_name_and_a_name_a_value(self):
+    def test_values_and_names_find_each_other(self):
         self.assertEqual(self.zeb("name", "proptags", "0x0037001E").out, "PR_SUBJECT\n")
         self.assertEqual(self.zeb("name", "MAPIErrors", "--", "-2147221233").out, "MAPI_E_NOT_FOUND\n")
         self.assertEqual(self.zeb("value", "PropIDs", "PR_SUBJECT").out, "0x00000037\n")
@@ -35,7 +35,7 @@ class Names(World):
                          {"name": "PRIO_URGENT", "value": 1})
         self.assertEqual(self.zeb("name").out.splitlines()[:2], ["MAPIErrors        98", "CMCErrors         39"])
 
-    def test_a_value_alone_is_looked_for_in_all_tables(self):
+    def test_a_value_searches_all_tables(self):
         self.assertEqual(self.zeb("name", "0x80040115").out, f"{'MAPIErrors':<16}  MAPI_E_NETWORK_ERROR\n")
         self.assertEqual(self.zeb("name", "0x0037001F").out.splitlines(),
                          [f"{table:<16}  {name}" for table, name in
@@ -47,15 +47,15 @@ class Names(World):
         self.refused("name", "0x80041234", saying="no table has a name for 0x80041234")
         self.refused("name", "12345678901", code=2, saying="32-bit")
 
-    def test_an_unknown_table_is_refused_with_those_there_are(self):
+    def test_an_unknown_table_is_refused(self):
         self.refused("name", "Colours", "1", code=2, saying=["'Colours'", "MAPIErrors", "AttachMethod"])
         self.refused("value", "Colours", "RED", code=2, saying=["'Colours'", "MAPIErrors", "AttachMethod"])
 
-    def test_an_unknown_value_or_name_is_named(self):
+    def test_unknown_values_and_names_are_named(self):
         self.refused("name", "Priority", "7", saying=["Priority", "0x00000007"])
         self.refused("value", "Priority", "prio_urgent", saying=["Priority", "prio_urgent"])
 
-    def test_what_is_no_number_of_32_bits_is_refused(self):
+    def test_only_32_bit_numbers_are_taken(self):
         for text in ("many", "0x", "4294967296", "0x100000000", "-2147483649", "1.5"):
             with self.subTest(text=text):
                 arguments = ["name", "PropTags", "--", text] if text.startswith("-") else ["name", "PropTags", text]
@@ -63,14 +63,14 @@ class Names(World):
 
 
 class EntryIdentifiers(World):
-    def test_an_identifier_is_taken_apart_without_a_profile(self):
+    def test_an_identifier_needs_no_profile(self):
         shown = self.zeb("eid", ONE_OFF).out.splitlines()
         self.assertEqual(shown[0], "CEntryIDInfo")
         self.assertIn("  Type: eidtOneOff", shown)
         self.assertIn("ada@example.org", "\n".join(shown))
         self.assertEqual(self.zeb("eid", "-", given="\n " + ONE_OFF.lower() + "\r\n").out.splitlines()[2:], shown[2:])
 
-    def test_odd_empty_and_foreign_text_is_refused(self):
+    def test_odd_empty_and_foreign_text(self):
         self.refused("eid", "", code=2, saying="empty")
         self.refused("eid", "-", given=" \n", code=2, saying="empty")
         self.refused("eid", ONE_OFF[:-1], code=2, saying=[f"{len(ONE_OFF) - 1} digits", "two"])
@@ -83,6 +83,6 @@ class EntryIdentifiers(World):
         self.assertIn("0" * 1_000_000, done.out)
         self.refused("eid", "-", given="0" * 1_000_001, code=2, saying="1,000,001")
 
-    def test_text_in_an_identifier_can_not_move_the_cursor(self):
+    def test_identifier_text_cannot_move_the_cursor(self):
         evil = ONE_OFF.replace("410064006100", "1B005B003200")
         self.assertNotIn("\x1b", self.zeb("eid", evil).out)

@@ -8,7 +8,7 @@ LINUX_ONLY = True  # zeb-import is a Linux program
 
 
 class ReadmeMailbox(World):
-    def test_the_lines_that_the_readme_shows_are_in_the_inbox(self):
+    def test_the_readmes_lines_are_there(self):
         script = (world.ROOT / "run.sh").read_text(encoding="utf-8")
         folders = re.findall(r'"([^"]+)"', re.search(r"^inbox=\((.*)\)$", script, re.M)[1])
         self.create_profile()

@@ -81,7 +81,7 @@ class Save(World):
 
 
 class Contents(Save):
-    def test_what_is_loaded_saved_loaded_and_saved_stays_the_same_bytes(self):
+    def test_saving_and_loading_keeps_every_byte(self):
         self.load(*LINES)
         first = self.saved("first.jsonl", "/")
         self.assert_same(first, self.again("first.jsonl"))
@@ -108,7 +108,7 @@ class Contents(Save):
         self.assertEqual(folders["Projects/One\\/Two\\\\Three"], LINES[1]["folderProperties"])
         self.assertIn("Inbox", folders)
 
-    def test_a_part_of_the_store_goes_to_standard_output(self):
+    def test_part_of_the_store_to_output(self):
         self.load(message("a", folder="Sub"), message("b", folder="Sub/Deep"), message("c"))
         lines = [json.loads(line) for line in self.zeb("save", "Sub").out.splitlines()]
         self.assertEqual([(line["folder"], line.get("properties", {}).get("PR_SUBJECT")) for line in lines],
@@ -117,7 +117,7 @@ class Contents(Save):
         folder = self.shown("Sub/Deep")["PR_ENTRYID"]
         self.assertEqual(json.loads(self.zeb("save", folder).out.splitlines()[0])["folder"], "Sub/Deep")
 
-    def test_a_file_is_there_whole_or_not_at_all(self):
+    def test_a_file_is_whole_or_absent(self):
         self.load(message("a"))
         (self.folder / "kept.jsonl").write_text("kept")
         files = lambda: sorted(name for name in os.listdir(self.folder) if "jsonl" in name)
@@ -134,7 +134,7 @@ class Contents(Save):
         self.assertEqual(self.zeb("save", "Inbox", "-o", self.path("kept.jsonl")).out, "1 message in 1 folder saved\n")
         self.assertEqual(files(), before)
 
-    def test_a_message_that_vanishes_while_saving_is_left_out(self):
+    def test_a_vanishing_message_is_omitted(self):
         self.load(message("a"), message("b"), message("c"))
         number = self.call_number("IMAPIContainer::OpenEntry", "save", "Inbox", which=-2)
         self.fail_at(number, "save", "Inbox", "-o", self.path("x.jsonl"), saying="MAPI_E_NETWORK_ERROR")
@@ -143,7 +143,7 @@ class Contents(Save):
         self.assertEqual(done.err, "")
         self.assertEqual([json.loads(line)["properties"]["PR_SUBJECT"] for line in done.out.splitlines()[1:]], ["a", "c"])
 
-    def test_what_can_not_be_read_is_named_and_ends_with_3(self):
+    def test_unreadable_values_end_with_3(self):
         self.load(message("a", PR_BODY="x" * 600_000, PR_RTF_COMPRESSED="ab" * 300_000))
         number = self.call_number("IMAPIProp::OpenProperty", "save", "Inbox", which=0)
         self.environment["ZEBSTORE_FAULT"] = f"call:{number}:0x80040115"
@@ -152,7 +152,7 @@ class Contents(Save):
         self.assertEqual(done.out, "1 message in 1 folder saved\n")
         self.assertEqual(json.loads((self.folder / "out.jsonl").read_text().splitlines()[1])["properties"]["PR_SUBJECT"], "a")
 
-    def test_folders_are_counted_apart_and_many_messages_are_all_saved(self):
+    def test_many_messages_and_folder_counts(self):
         self.assertEqual(self.load({"folder": "Sub", "folderProperties": {}}).out, "1 folder loaded\n")
         self.load(*[message(f"{i:04}", folder="Sub") for i in range(1101)], message("below", folder="Sub/Deep"))
         self.assertEqual(self.zeb("save", "Sub", "-o", self.path("out.jsonl")).out, "1,102 messages in 2 folders saved\n")
@@ -160,7 +160,7 @@ class Contents(Save):
         self.assertEqual([line["properties"]["PR_SUBJECT"] for line in lines if "properties" in line],
                          [f"{i:04}" for i in range(1101)] + ["below"])
 
-    def test_a_folder_line_is_written_whole_or_not_at_all(self):
+    def test_a_folder_line_is_never_partial(self):
         self.load({"folder": "Sub", "folderProperties": {"PR_COMMENT": "before"}})
         done = self.load({"folder": "Sub", "folderProperties": {"PR_COMMENT": "after", "PR_CONTENT_COUNT": 7}}, code=1)
         self.one_sentence(done, ["mail.jsonl:1: ", "PR_CONTENT_COUNT"])
@@ -173,6 +173,6 @@ class Contents(Save):
         self.load({"folder": "Sub", "folderProperties": {"PR_COMMENT": None}})
         self.assertNotIn("PR_COMMENT", self.shown("Sub"))
 
-    def test_recipients_have_no_property_without_a_value(self):
+    def test_recipients_have_no_empty_property(self):
         line = message("a") | {"recipients": [{"properties": {"PR_DISPLAY_NAME": None}}]}
         self.one_sentence(self.load(line, code=1), ["mail.jsonl:1: ", "PR_DISPLAY_NAME"])

@@ -14,7 +14,7 @@ LINUX_ONLY = True  # as zeb-import is
 
 
 class Sample(test_save.Save):
-    def test_the_sample_mailbox_comes_back_byte_by_byte(self):
+    def test_the_sample_comes_back_exactly(self):
         for name in ("enron.pst", "pstextractortest@outlook.com.ost"):
             self.importer("pst", str(SAMPLES / name))
         first = self.saved("first.jsonl", "/")
@@ -43,7 +43,7 @@ class Sample(test_save.Save):
         self.assertEqual((process.returncode, said), (1, "zeb: interrupted\n"))
         self.assertEqual([name for name in os.listdir(self.folder) if "jsonl" in name], before)
 
-    def test_a_file_that_can_not_be_finished_is_not_there(self):
+    def test_an_unfinished_file_is_removed(self):
         self.load(*[world.message(f"{i:04}") for i in range(200)])
         size = len(self.saved("whole.jsonl", "Inbox"))
         self.assertGreater(size, 40_000, "room for what the store itself writes")

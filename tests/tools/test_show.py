@@ -19,7 +19,7 @@ class Show(World):
                 {"properties": {"PR_ATTACH_METHOD": 1, "PR_ATTACH_DATA_BIN": "ab" * 70000}},
                 {"properties": {"PR_ATTACH_METHOD": 5}, "message": {"properties": {"PR_SUBJECT": "inside"}}}]})
 
-    def test_everything_of_a_message_is_shown_in_columns(self):
+    def test_a_whole_message_in_columns(self):
         lines = self.zeb("show", "Inbox", "1").out.splitlines()
         self.assertEqual(lines[0], "message 1 ('Hello [2J') of folder 'Inbox'")
         self.assertRegex(lines[-1], r"^\d+ properties$")
@@ -69,7 +69,7 @@ class Show(World):
         self.assertEqual(json.loads(self.zeb("show", "Inbox", "--json").out)["object"], "folder 'Inbox'")
         self.assertEqual(self.zeb("show", "Inbox").out.splitlines()[0], "folder 'Inbox'")
 
-    def test_what_can_not_be_read_is_named_and_the_rest_is_shown(self):
+    def test_what_cannot_be_read_is_named(self):
         number = self.call_number("IMAPIProp::OpenProperty", "show", "Inbox", "1", which=0)
         self.environment["ZEBSTORE_FAULT"] = f"call:{number}:0x80040115"
         done = self.one_sentence(self.zeb("show", "Inbox", "1"), [" cannot be read: ", "MAPI_E_NETWORK_ERROR"])
@@ -87,7 +87,7 @@ class Show(World):
         self.assertEqual(lines[first + 1:first + 20_000], [" " * at + "line"] * 19_999)
         self.assertTrue(lines[first + 20_001].startswith("  PR_"), lines[first + 20_001])
 
-    def test_line_breaks_of_windows_are_line_breaks_and_the_rest_is_harmless(self):
+    def test_windows_line_breaks_are_line_breaks(self):
         self.load(message("breaks", folder="Breaks", PR_BODY="a\r\nb\rc\n\n\u001bd"))
         lines = self.zeb("show", "Breaks", "1", "--full").out.splitlines()
         first = next(i for i, line in enumerate(lines) if line.startswith("  PR_BODY "))
@@ -130,7 +130,7 @@ class Show(World):
         self.assertEqual(self.shown()["PR_ENTRYID"], folder["PR_STORE_ENTRYID"])
         self.assertTrue(self.zeb("show", folder["PR_STORE_ENTRYID"]).out.startswith("MAPI_STORE\n"))
 
-    def test_objects_that_are_not_there_are_named(self):
+    def test_missing_objects_are_named(self):
         self.refused("show", "Inbox/Nowhere", saying="'Inbox/Nowhere'")
         self.refused("show", "Inbox", "2", saying=["no message 2", "1 message"])
         self.refused("show", "Inbox", "1", "--associated", saying="0 messages")

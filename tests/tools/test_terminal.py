@@ -60,7 +60,7 @@ class Terminal(World):
         self.assertEqual(process.wait(), code, shown)
         return shown.decode("utf-8")
 
-    def test_what_destroys_asks_and_does_what_is_answered(self):
+    def test_destructive_commands_ask_and_obey(self):
         self.load(message("a"), message("b"))
         for reply in (b"n\n", b"\n", b"\x04"):
             shown = self.answer(reply, "rm", "Inbox", "a", "--hard", code=1)
@@ -72,7 +72,7 @@ class Terminal(World):
         self.answer(b"y\n", "empty", "Inbox", code=0)
         self.assertEqual(self.subjects(), [])
 
-    def test_a_capital_answer_is_one_and_a_question_needs_both_ways(self):
+    def test_capital_answers_and_half_a_terminal(self):
         self.load(message("a"))
         leader, follower = pty.openpty()
         done = self.run_tool("zeb", "rm", "Inbox", "a", "--hard", stdin=follower)
@@ -82,7 +82,7 @@ class Terminal(World):
         self.answer(b"Y\n", "rm", "Inbox", "a", "--hard", code=0)
         self.assertEqual(self.subjects(), [])
 
-    def test_what_can_not_be_written_is_a_failure(self):
+    def test_failed_output_is_a_failure(self):
         self.load(message("a"))
         for command in (["inbox"], ["inbox", "--json"], ["find", "Inbox"], ["save", "Inbox"], ["doctor"], ["name", "PropTags"]):
             with self.subTest(command=command), open("/dev/full", "wb") as full:
@@ -90,7 +90,7 @@ class Terminal(World):
                                       stderr=subprocess.PIPE, check=False)
                 self.assertEqual((done.returncode, done.stderr), (1, b"zeb: standard output cannot be written\n"))
 
-    def test_saving_shows_progress_but_not_between_lines(self):
+    def test_saving_progress_not_between_lines(self):
         self.zeb("load", self.write_many(3000))
         shown = self.on_terminal("save", "Inbox", "-o", self.path("out.jsonl"))
         self.assertRegex(shown, r"\r[\d,]+ messages, [\d,]+/s, \d+ %, \d+:\d\d left")
@@ -115,7 +115,7 @@ class Terminal(World):
                 stream.write(json.dumps(message(f"subject {i}", PR_BODY="x" * 2000)) + "\n")
         return str(file)
 
-    def test_loading_shows_rate_and_time_left_and_clears_the_line(self):
+    def test_loading_shows_rate_and_time(self):
         file = self.write_many(6000)
         begin = time.monotonic()
         shown = self.on_terminal("load", file)
@@ -129,7 +129,7 @@ class Terminal(World):
         self.assertTrue(all(int(minutes) < 60 for _, minutes in steps), steps)
         self.assertTrue(shown.endswith("\r\x1b[K6,000 messages loaded\r\n"), shown[-100:])
 
-    def test_loading_into_a_pipe_shows_no_progress(self):
+    def test_loading_into_pipes_shows_no_progress(self):
         done = self.zeb("load", self.write_many(6000))
         self.assertEqual((done.out, done.err), ("6,000 messages loaded\n", ""))
 
@@ -147,7 +147,7 @@ class Terminal(World):
         database.execute("PRAGMA wal_checkpoint(TRUNCATE)")
         database.close()
 
-    def test_an_upgrade_of_an_older_store_is_announced(self):
+    def test_an_upgrade_is_announced(self):
         store = self.folder / "test.zeb"
         self.load(message("kept"))
         line = f"upgrading store '{store}'\r\n"
@@ -166,7 +166,7 @@ class Terminal(World):
             self.assertLessEqual(len(line), 60)
         self.assertIn("a very long subject " * 9, self.zeb("inbox").out)
 
-    def test_the_subject_is_seen_on_a_narrow_terminal(self):
+    def test_narrow_terminals_show_the_subject(self):
         self.load(message("a very long subject " * 10, PR_SENDER_NAME="Ada Lovelace, Countess of"))
         for command in (["inbox"], ["find", "Inbox"]):
             for columns in (40, 50, 60, 70, 80, 90, 120):
@@ -181,7 +181,7 @@ class Terminal(World):
                     if columns >= 90:
                         self.assertIn("2026-01-02 03:04:05", lines[1])
 
-    def test_long_names_of_properties_fit_the_terminal(self):
+    def test_long_property_names_fit(self):
         self.load(message("a", **{"{00020329-0000-0000-C000-000000000046}:PT_UNICODE:name:" + "n" * 60: "v" * 60}))
         lines = self.on_terminal("show", "Inbox", "1", columns=60).splitlines()
         self.assertTrue(all(len(line) <= 60 for line in lines[1:]), max(lines[1:], key=len))

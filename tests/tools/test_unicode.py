@@ -13,7 +13,7 @@ class Unicode(World):
         super().setUp()
         self.create_profile()
 
-    def test_subjects_values_and_names_of_properties_are_kept(self):
+    def test_subjects_values_and_names_are_kept(self):
         self.zeb("new", "Inbox", f"PR_SUBJECT={TEXT}", f"{NAMED}={TEXT}", f"0x6800101F=[\"{TEXT}\"]")
         shown = self.shown("Inbox", TEXT)
         self.assertEqual([shown[name] for name in ("PR_SUBJECT", NAMED, "0x6800101F")], [TEXT, TEXT, [TEXT]])
@@ -23,7 +23,7 @@ class Unicode(World):
         shown = self.shown("Inbox", TEXT)
         self.assertEqual((shown["PR_COMMENT"], NAMED in shown), (TEXT, False))
 
-    def test_folders_are_named_and_messages_go_there(self):
+    def test_folders_are_named_and_filled(self):
         path = f"Inbox/{TEXT}"
         self.assertEqual(self.zeb("mkdir", path).out, f"folder '{path}' exists\n")
         self.zeb("mkdir", "-p", f"{path}/{TEXT}")
@@ -94,7 +94,7 @@ class Unicode(World):
         self.assertIn(TEXT, self.zeb("inbox").err)
         del self.environment["ZEBSTORE_FAULT"]
 
-    def test_a_store_without_a_path_is_in_the_users_folder(self):
+    def test_the_default_store_path(self):
         data = self.folder / TEXT
         data.mkdir()
         self.environment["LOCALAPPDATA" if world.WINDOWS else "XDG_DATA_HOME"] = self.path(TEXT)
@@ -105,7 +105,7 @@ class Unicode(World):
         else:
             self.assertTrue((data / "zebapi" / "here.zeb").exists())
 
-    def test_a_provider_in_a_folder_of_any_name_is_registered_so_that_it_is_found(self):
+    def test_a_registered_provider_is_found(self):
         folder = self.folder / TEXT
         folder.mkdir()
         name = "zebstore.dll" if world.WINDOWS else "libzebstore.so"

@@ -43,7 +43,7 @@ class Watching(World):
 
 
 class Watch(Watching):
-    def test_additions_changes_and_deletions_are_told_as_they_come(self):
+    def test_additions_changes_and_deletions_are_shown(self):
         process = self.watch("Inbox", "--json", "--count", "3")
         self.load(message("second", PR_SENDER_NAME="Ada"), message("not here", folder="Sub"))
         self.wait_until(lambda: "second" in self.said(self.out))
@@ -58,13 +58,13 @@ class Watch(Watching):
         self.assertEqual(changes[0]["sender"], "Ada")
         self.assertEqual(self.shown(changes[0]["entryId"])["PR_SUBJECT"], "second")
 
-    def test_changes_are_lines_that_can_not_move_the_cursor(self):
+    def test_changes_cannot_move_the_cursor(self):
         process = self.watch("Inbox", "--count", "1")
         self.load(message("line\u001b break"))
         self.assertEqual(process.wait(60), 0)
         self.assertRegex(self.said(self.out), r"^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d  added     'line  break'\n$")
 
-    def test_the_time_is_in_utc_when_asked(self):
+    def test_the_time_is_utc_when_asked(self):
         self.environment["TZ"] = "JST-9"
         for more, hours in (("--utc", 0), (None, 9)):
             process = self.watch("Inbox", "--count", "1", *([more] if more else []))
@@ -91,14 +91,14 @@ class Watch(Watching):
         self.assertEqual([line[21:] for line in lines],
                          ["added     'second' from Ada", "modified  'first' from Grace  Hopper", "deleted   'first'", "reload  "])
 
-    def test_very_many_changes_at_once_are_one(self):
+    def test_very_many_changes_are_one(self):
         self.load(*[message(f"{i}") for i in range(200)])
         process = self.watch("Inbox", "--count", "1", "--json")
         self.zeb("mv", "Inbox", *[str(i) for i in range(2, 202)], "Sub")
         self.assertEqual(process.wait(60), 0)
         self.assertEqual(json.loads(self.said(self.out))["event"], "changed")
 
-    def test_an_object_has_the_time_and_the_identifier(self):
+    def test_objects_have_time_and_identifier(self):
         first = self.found("Inbox", "--subject", "first")[0]["entryId"]
         process = self.watch("Inbox", "--json", "--count", "2")
         self.load(message("second"))
@@ -113,7 +113,7 @@ class Watch(Watching):
         self.assertEqual((deleted["event"], deleted["subject"]), ("deleted", "first"))
         self.assertEqual(deleted["entryId"], first)
 
-    def test_one_that_came_while_it_was_watched_is_known_when_it_goes(self):
+    def test_deletions_of_new_messages_are_known(self):
         process = self.watch("Inbox", "--json", "--count", "2")
         self.load(message("second"))
         self.wait_until(lambda: "second" in self.said(self.out))
@@ -122,5 +122,5 @@ class Watch(Watching):
         added, deleted = [json.loads(line) for line in self.said(self.out).splitlines()]
         self.assertEqual((deleted["event"], deleted["subject"], deleted["entryId"]), ("deleted", "second", added["entryId"]))
 
-    def test_a_folder_that_is_not_there_is_named(self):
+    def test_a_missing_folder_is_named(self):
         self.refused("watch", "Nowhere", saying="'Nowhere'")

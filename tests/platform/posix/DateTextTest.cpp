@@ -53,7 +53,7 @@ private:
     std::string m_before;
 };
 
-TEST_F(DateText, IsLocalDateAndTimeOfTheCLocale)
+TEST_F(DateText, IsLocalTimeInCLocale)
 {
     Zone("UTC0");
     EXPECT_EQ(LocalDateText(FileTime(Year2026)), "11/21/26 15:36:11");

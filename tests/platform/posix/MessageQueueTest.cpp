@@ -16,7 +16,7 @@ bool IsOpen(int descriptor)
     return fcntl(descriptor, F_GETFD) >= 0;
 }
 
-TEST(MessageQueue, APostToADestroyedWindowReachesNoPipeThatHasItsNumbersNow)
+TEST(MessageQueue, PostsIgnoreReusedDescriptors)
 {
     const HWND window = CreateMessageWindow();
     DestroyMessageWindow(window);

@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 namespace
 {
 
-TEST(ModuleFile, ALiteralNameWithBackslashesGoesBeforeTheMappedOne)
+TEST(ModuleFile, ALiteralBackslashNameGoesFirst)
 {
     const fs::path folder = fs::path(OwnFolder()) / "module_file_test_folder";
     fs::create_directories(folder / "sub");

@@ -115,7 +115,7 @@ TEST(RegFile, AnotherFirstLineIsRefused)
     }
 }
 
-TEST(RegFile, Utf16WithHalfACharacterIsRefused)
+TEST(RegFile, TruncatedUtf16IsRefused)
 {
     EXPECT_THROW(Parse(Utf16(Header) + "x"), SyntaxError);
     EXPECT_THROW(Parse(Utf16(Header) + std::string("\x00\xD8", 2)), SyntaxError);
@@ -132,7 +132,7 @@ TEST(RegFile, EscapesInsideQuotesAreRead)
     EXPECT_EQ(TextOf("\"a\\\\\\\"b\"=\"x\"\r\n", "a\\\"b"), "x");
 }
 
-TEST(RegFile, TheDefaultValueIsNamedByAnAt)
+TEST(RegFile, AnAtNamesTheDefaultValue)
 {
     EXPECT_EQ(TextOf("@=\"x\"\n", ""), "x");
 }
@@ -143,14 +143,14 @@ TEST(RegFile, CommentsAndBlankLinesSayNothing)
     EXPECT_EQ(TextOf("\"v\"=\"a;b\"\n"), "a;b");
 }
 
-TEST(RegFile, ATextOfBytesIsReadAsText)
+TEST(RegFile, ByteTextIsReadAsText)
 {
     EXPECT_EQ(TextOf("\"v\"=hex(2):25,00,41,00,25,00,00,00\n"), "%A%");
     EXPECT_EQ(TextOf("\"v\"=hex(1):41,00,\\\r\n  42,00,\\\r\n  00,00\r\n"), "AB");
     EXPECT_EQ(TextOf("\"v\"=hex(7):41,00,00,00,00,00\n"), std::nullopt);
 }
 
-TEST(RegFile, TheOldFormatsBytesAreNarrowText)
+TEST(RegFile, OldFormatBytesAreNarrowText)
 {
     Key tree = Parse("REGEDIT4\n\n[HKEY_CURRENT_USER\\K]\n\"v\"=hex(2):25,41,00\n\"b\"=hex:25,41\n");
     const Key* key = tree.Find("HKEY_CURRENT_USER\\K");
@@ -172,13 +172,13 @@ TEST(RegFile, UnknownKindsAreNeverBroken)
     EXPECT_EQ(Write(Parse(text)), text);
 }
 
-TEST(RegFile, BlanksBehindAnUnknownKindThatGoesOnAreNotKept)
+TEST(RegFile, TrailingBlanksOfUnknownKindsVanish)
 {
     EXPECT_EQ(Write(Parse(Header + "[HKEY_CURRENT_USER\\K]\n\"v\"=x:1 \\\n  \n")),
               Header + "[HKEY_CURRENT_USER\\K]\r\n\"v\"=x:1\r\n\r\n");
 }
 
-TEST(RegFile, DeletionsTakeEffectOnWhatStandsAbove)
+TEST(RegFile, DeletionsAffectWhatPrecedesThem)
 {
     Key tree =
         Parse(Header + "[HKEY_CURRENT_USER\\A\\B]\n\"v\"=\"1\"\n\"w\"=\"2\"\n[HKEY_CURRENT_USER\\C]\n"
@@ -188,7 +188,7 @@ TEST(RegFile, DeletionsTakeEffectOnWhatStandsAbove)
     EXPECT_EQ(tree.Find("HKEY_CURRENT_USER\\A\\B")->FindValue("w")->AsText(), "2");
 }
 
-TEST(RegFile, KeysThatDifferInCaseAreOneAtTheirFirstPlace)
+TEST(RegFile, KeysDifferingInCaseAreOne)
 {
     Key tree = Parse(Header + "[HKEY_CURRENT_USER\\B]\n\"x\"=\"1\"\n[HKEY_CURRENT_USER\\A]\n[HKEY_CURRENT_USER\\b]\n"
                               "\"X\"=\"2\"\n");
@@ -217,7 +217,7 @@ TEST(RegFile, EveryEncodingReadsTheSame)
     }
 }
 
-TEST(RegFile, AsciiIsWrittenPlainAndOtherTextAsUtf16)
+TEST(RegFile, OnlyAsciiIsWrittenPlain)
 {
     Key tree;
     tree.Make("HKEY_CURRENT_USER\\K").SetValue(TextValue("v", "a"));
@@ -226,13 +226,13 @@ TEST(RegFile, AsciiIsWrittenPlainAndOtherTextAsUtf16)
     EXPECT_EQ(Write(tree), Utf16(Header + "[HKEY_CURRENT_USER\\K]\r\n\"v\"=\"\xC3\xA4\"\r\n\r\n"));
 }
 
-TEST(RegFile, TextAsBytesIsWrittenInAFileOf16BitText)
+TEST(RegFile, ByteTextIsWrittenWide)
 {
     const std::string text = Header + "[HKEY_CURRENT_USER\\K]\r\n\"v\"=hex(2):25,00,00,00\r\n\r\n";
     EXPECT_EQ(Write(Parse(text)), Utf16(text));
 }
 
-TEST(RegFile, WhatIsWrittenReadsBackTheSame)
+TEST(RegFile, WhatIsWrittenReadsBack)
 {
     std::vector<unsigned char> bytes(200, 0xAB);
     Key tree;

@@ -54,14 +54,14 @@ protected:
     RegistryScope m_scope;
 };
 
-TEST_F(RegistryFile, AMissingFileIsAnEmptyRegistryAndIsNotMadeByReading)
+TEST_F(RegistryFile, AMissingFileReadsAsEmpty)
 {
     EXPECT_FALSE(RegistryKey::Open(RegistryRoot::CurrentUser, "K").has_value());
     RegistryKey::DeleteTree(RegistryRoot::CurrentUser, "K");
     EXPECT_FALSE(fs::exists(File()));
 }
 
-TEST_F(RegistryFile, ASyntaxErrorNamesFileAndLineAndLeavesTheFile)
+TEST_F(RegistryFile, ASyntaxErrorNamesItsLine)
 {
     const std::string broken = "REGEDIT4\n\n[HKEY_CURRENT_USER\\K]\n\"a\"=\"C:\\mail\"\n";
     Fill(broken);
@@ -73,14 +73,14 @@ TEST_F(RegistryFile, ASyntaxErrorNamesFileAndLineAndLeavesTheFile)
     EXPECT_EQ(Content(), broken);
 }
 
-TEST_F(RegistryFile, AFileThatCanNotBeReadIsNamed)
+TEST_F(RegistryFile, AnUnreadableFileIsNamed)
 {
     fs::create_directory(File());
     EXPECT_EQ(ErrorOf([] { RegistryKey::Open(RegistryRoot::CurrentUser, "K"); }),
               "cannot read the registry file '" + File().string() + "': Is a directory");
 }
 
-TEST_F(RegistryFile, AFailedWriteLeavesTheOldFileAndNothingBesideIt)
+TEST_F(RegistryFile, FailedWritesKeepTheOldFile)
 {
     auto key = RegistryKey::Create(RegistryRoot::CurrentUser, "K");
     const std::string before = Content();
@@ -101,7 +101,7 @@ TEST_F(RegistryFile, AFailedWriteLeavesTheOldFileAndNothingBesideIt)
     }
 }
 
-TEST_F(RegistryFile, AFolderThatCanNotBeMadeIsNamed)
+TEST_F(RegistryFile, AnImpossibleFolderIsNamed)
 {
     Fill("");
     const std::string below = File().string() + "/deeper/registry.reg";
@@ -110,7 +110,7 @@ TEST_F(RegistryFile, AFolderThatCanNotBeMadeIsNamed)
               "cannot write the registry file '" + below + "': Not a directory");
 }
 
-TEST_F(RegistryFile, FoldersAreMadeAndTheFileIsPrivate)
+TEST_F(RegistryFile, FoldersAreMadeAndFilesPrivate)
 {
     setenv("ZEBAPI_REGISTRY", (File().parent_path() / "a/b/registry.reg").c_str(), 1);
     RegistryKey::Create(RegistryRoot::CurrentUser, "K");
@@ -133,7 +133,7 @@ TEST_F(RegistryFile, ALinkStaysALink)
     EXPECT_GT(fs::file_size(real), 30u);
 }
 
-TEST_F(RegistryFile, WhatChangesNothingDoesNotRewriteTheFile)
+TEST_F(RegistryFile, UnchangedContentIsNotRewritten)
 {
     const std::string text = "REGEDIT4\n\n; a comment\n[HKEY_CURRENT_USER\\K]\n\"a\"=\"b\"\n";
     Fill(text);
@@ -162,7 +162,7 @@ TEST_F(RegistryFile, NamesWithControlCharactersAreRefused)
     EXPECT_THROW(key.SetBinaryValue("a\rb", {1}), RegistryError);
 }
 
-TEST_F(RegistryFile, ThreadsThatWriteDifferentKeysLoseNothing)
+TEST_F(RegistryFile, ThreadsWritingDifferentKeysLoseNothing)
 {
     constexpr int count = 20;
     const auto write = [](const std::string& name)
@@ -187,7 +187,7 @@ TEST_F(RegistryFile, ThreadsThatWriteDifferentKeysLoseNothing)
     }
 }
 
-TEST_F(RegistryFile, ProcessesThatWriteDifferentKeysLoseNothing)
+TEST_F(RegistryFile, ProcessesWritingDifferentKeysLoseNothing)
 {
     const std::string writer = OwnFolder() + "registry_writer";
     const std::string command =
@@ -204,7 +204,7 @@ TEST_F(RegistryFile, ProcessesThatWriteDifferentKeysLoseNothing)
     }
 }
 
-TEST_F(RegistryFile, WithoutAFileNamedItLiesInTheUsersConfiguration)
+TEST_F(RegistryFile, ByDefaultIsInUsersConfiguration)
 {
     const fs::path home = File().parent_path();
     const std::string oldHome = std::getenv("HOME") == nullptr ? "/" : std::getenv("HOME");

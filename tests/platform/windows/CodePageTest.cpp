@@ -10,7 +10,7 @@ using zeb::platform::PrefixInCodePage;
 namespace
 {
 
-TEST(CodePage, TheTwoBytesOfACharacterStayTogether)
+TEST(CodePage, TwoByteCharactersStayWhole)
 {
     constexpr UINT ShiftJis = 932;
     const std::string text = "a\x93\xFA\x96\x7B"; // "a", then two characters of two bytes each
@@ -21,13 +21,13 @@ TEST(CodePage, TheTwoBytesOfACharacterStayTogether)
     }
 }
 
-TEST(CodePage, OneByteACharacterIsCutAnywhere)
+TEST(CodePage, SingleByteTextIsCutAnywhere)
 {
     EXPECT_EQ(PrefixInCodePage(1252, "\xFC\xFC\xFC", 3, 2), 2u);
     EXPECT_EQ(PrefixInCodePage(1252, "\xFC", 1, 2), 1u);
 }
 
-TEST(CodePage, Utf8IsCutAsUtf8)
+TEST(CodePage, Utf8IsCutBetweenCharacters)
 {
     EXPECT_EQ(PrefixInCodePage(CP_UTF8, "a\xC3\xBC", 3, 2), 1u);
 }

@@ -86,7 +86,7 @@ SysFreeStringFunction __imp_SysFreeString = OwnSysFreeString;
 namespace zeb::platform
 {
 
-TEST(DateCalls, ADateThatComesBackAsAnotherHasNoText)
+TEST(DateCalls, AChangedDateHasNoText)
 {
     ASSERT_TRUE(LocalDateText(Year2026()).has_value());
     void (*const changes[])(SYSTEMTIME&) = {
@@ -105,7 +105,7 @@ TEST(DateCalls, ADateThatComesBackAsAnotherHasNoText)
     spoil = nullptr;
 }
 
-TEST(DateCalls, TheTextIsFreedWhenMemoryRunsOut)
+TEST(DateCalls, LackOfMemoryFreesTheText)
 {
     const LongTexts longTexts;
     int failures = 0;

@@ -10,7 +10,7 @@ using namespace zeb::platform;
 namespace
 {
 
-TEST(DateText, IsTheUsersOwnFormOfTheLocalOleDate)
+TEST(DateText, IsInTheUsersForm)
 {
     SYSTEMTIME local = {};
     local.wYear = 2026;

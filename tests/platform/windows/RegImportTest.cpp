@@ -59,7 +59,7 @@ protected:
     ~RegImport() override { RegDeleteTreeA(HKEY_CURRENT_USER, place.c_str()); }
 };
 
-TEST_F(RegImport, TheSystemReadsWhatTheWriterWrote)
+TEST_F(RegImport, TheSystemReadsTheWritersOutput)
 {
     const std::string path = "HKEY_CURRENT_USER\\" + place;
     std::vector<unsigned char> bytes(200);

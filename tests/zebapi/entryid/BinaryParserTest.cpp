@@ -33,7 +33,7 @@ private:
 
 } // namespace
 
-TEST(BinaryParser, ReadsLittleEndianIntegersAtAnyAlignment)
+TEST(BinaryParser, ReadsLittleEndianAtAnyAlignment)
 {
     const Bytes bytes = {0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x08, 0x09, 0x0A, 0x0B, 0x0C, 0x0D, 0x0E, 0x0F};
     CBinaryParser parser = bytes.Parser();
@@ -47,7 +47,7 @@ TEST(BinaryParser, ReadsLittleEndianIntegersAtAnyAlignment)
     EXPECT_EQ(parser.Offset(), 15u);
 }
 
-TEST(BinaryParser, ReadThatDoesNotFitGivesZeroAndKeepsTheBytes)
+TEST(BinaryParser, AReadTooLongGivesZero)
 {
     const Bytes bytes = {0xAA, 0xBB, 0xCC};
     CBinaryParser parser = bytes.Parser();
@@ -63,7 +63,7 @@ TEST(BinaryParser, ReadThatDoesNotFitGivesZeroAndKeepsTheBytes)
     EXPECT_EQ(parser.Read8(), 0u);
 }
 
-TEST(BinaryParser, PositionMovesPastTheEndAndNeverWraps)
+TEST(BinaryParser, PositionPassesTheEndWithoutWrapping)
 {
     const Bytes bytes = {1, 2, 3, 4};
     CBinaryParser parser = bytes.Parser();
@@ -133,7 +133,7 @@ TEST(BinaryParser, TerminatedTextConsumesItsTerminator)
     EXPECT_EQ(parser.Remaining(), 1u);
 }
 
-TEST(BinaryParser, WideTextMayStandAtAnOddAddressAndBeCutMidCharacter)
+TEST(BinaryParser, WideTextMayBeUnaligned)
 {
     const Bytes bytes = {'a', 0, 0xE9, 0, 0, 0, 'z', 0, 0};
     CBinaryParser parser = bytes.Parser();
@@ -143,7 +143,7 @@ TEST(BinaryParser, WideTextMayStandAtAnOddAddressAndBeCutMidCharacter)
     EXPECT_EQ(parser.Offset(), 6u);
 }
 
-TEST(BinaryParser, TextInMoreThanAnIntegerCanCountIsNotMeasured)
+TEST(BinaryParser, TextLongerThanIntegersIsEmpty)
 {
     // What is said to follow is never looked at.
     const Bytes bytes = {'a', 'b', 0, 0, 0, 0};
@@ -172,7 +172,7 @@ TEST(BinaryParser, LongTextIsReadWhole)
     }
 }
 
-TEST(BinaryParser, CountedTextEndsAtTheFirstTerminatorAndConsumesAll)
+TEST(BinaryParser, CountedTextEndsAtItsTerminator)
 {
     const Bytes bytes = {'a', 'b', 0, 'c', 'd'};
     CBinaryParser parser = bytes.Parser();
@@ -184,7 +184,7 @@ TEST(BinaryParser, CountedTextEndsAtTheFirstTerminatorAndConsumesAll)
     EXPECT_EQ(parser.ReadStringA(1), "d");
 }
 
-TEST(BinaryParser, CountedWideTextNeverOverflowsItsCount)
+TEST(BinaryParser, CountedWideTextNeverOverflows)
 {
     const Bytes bytes = {'a', 0, 'b', 0};
     CBinaryParser parser = bytes.Parser();

@@ -82,7 +82,7 @@ protected:
 
 } // namespace
 
-TEST_F(EntryIDInfo, UnknownIdentifiersAreToldByTheirTopFlag)
+TEST_F(EntryIDInfo, TheTopFlagClassifiesUnknownIdentifiers)
 {
     EXPECT_EQ(Info("80000000" + unknownUID + "0000").Type(), eidtShortTerm);
     EXPECT_EQ(Info("7F000000" + unknownUID + "0000").Type(), eidtUnknown);
@@ -93,7 +93,7 @@ TEST_F(EntryIDInfo, UnknownIdentifiersAreToldByTheirTopFlag)
     EXPECT_EQ(Info(plain).Unread(), 2u);
 }
 
-TEST_F(EntryIDInfo, LengthTellsFoldersAndMessages)
+TEST_F(EntryIDInfo, LengthDistinguishesFoldersAndMessages)
 {
     EXPECT_EQ(Info("00000000" + unknownUID + Filled("00", 18)).Type(), eidtFolder);
     EXPECT_EQ(Info("00000000" + unknownUID + Filled("00", 34)).Type(), eidtMessage);
@@ -105,7 +105,7 @@ TEST_F(EntryIDInfo, LengthTellsFoldersAndMessages)
     EXPECT_EQ(Info("80000000" + unknownUID + Filled("00", 18)).Type(), eidtFolder);
 }
 
-TEST_F(EntryIDInfo, FolderOfEighteenBytesShowsItsDatabase)
+TEST_F(EntryIDInfo, EighteenBytesShowAFoldersDatabase)
 {
     const std::string guid = Filled("A1", 16);
     const std::string hex = "00000000" + unknownUID + "0200" + guid;
@@ -116,7 +116,7 @@ TEST_F(EntryIDInfo, FolderOfEighteenBytesShowsItsDatabase)
     EXPECT_EQ(Info(hex).Unread(), 0u);
 }
 
-TEST_F(EntryIDInfo, MessageOfThirtyFourBytesShowsAZeroMessageDatabase)
+TEST_F(EntryIDInfo, ShortMessagesShowAZeroDatabase)
 {
     const std::string guid = Filled("B2", 16);
     const std::string hex = "00000000" + unknownUID + "0300" + guid + Filled("C3", 16);
@@ -136,7 +136,7 @@ TEST_F(EntryIDInfo, OtherObjectTypesAreOnlyRecorded)
     EXPECT_EQ(Info(hex).Unread(), 16u);
 }
 
-TEST_F(EntryIDInfo, StoreIsOfExchangeByItsDllName)
+TEST_F(EntryIDInfo, TheDllNameDecidesOnExchange)
 {
     // Header 20, version and flag 2, name 11: the next multiple of 4 is 36, three bytes on.
     for (const char* dll : {"emsmdb.dll", "EMSMDB.DLL"})
@@ -161,7 +161,7 @@ TEST_F(EntryIDInfo, OtherStoresShowEmptyFields)
     EXPECT_EQ(Info(hex).Unread(), 3u);
 }
 
-TEST_F(EntryIDInfo, NarrowOneOffShowsItsThreeTexts)
+TEST_F(EntryIDInfo, NarrowOneOffShowsThreeTexts)
 {
     // What looks like a format, and any length, goes out as it is.
     const std::string name = "%s%n" + std::string(3000, 'x');
@@ -186,7 +186,7 @@ TEST_F(EntryIDInfo, WideOneOffIsNarrowed)
                              "\r\n    AddressType: SMTP\r\n    EmailAddress=j@example.org\r\n");
 }
 
-TEST_F(EntryIDInfo, TheTopBitOfItsFlagsAloneMakesAOneOffWide)
+TEST_F(EntryIDInfo, OnlyTheTopBitMeansWide)
 {
     const std::string texts = Text("n") + Text("t") + Text("e");
     const auto shown = [&](const std::string& flags) { return Dump("00000000" + oneOffUID + flags + texts); };
@@ -195,7 +195,7 @@ TEST_F(EntryIDInfo, TheTopBitOfItsFlagsAloneMakesAOneOffWide)
     EXPECT_NE(shown("00000080").find("Unicode: Yes\r\n"), std::string::npos) << "0x80000000";
 }
 
-TEST_F(EntryIDInfo, TypeEightHasANameAndWhatLiesOutsideIsUnknown)
+TEST_F(EntryIDInfo, TypesOutsideTheTableAreUnknown)
 {
     CEntryIDInfo info("00");
     // No identifier is of these types; the type is the first field.
@@ -211,7 +211,7 @@ TEST_F(EntryIDInfo, TypeEightHasANameAndWhatLiesOutsideIsUnknown)
     EXPECT_EQ(named(0x7FFFFFFF), "eidtUnknown");
 }
 
-TEST_F(EntryIDInfo, AddressBookEntryIsNotTakenApart)
+TEST_F(EntryIDInfo, AddressBookEntryIsNotParsed)
 {
     const std::string hex = "00000000" + exchangeUID + "0100000000000000" + Text("/o=org/cn=x");
     EXPECT_EQ(Dump(hex), Head(hex, "eidtAddressBook", exchangeUID) + "  CEntryIDAddressBookObject\r\n    TODO...\r\n");
@@ -251,7 +251,7 @@ TEST_F(EntryIDInfo, ContactWrapsAMessage)
                              unknownUID + "\r\n      Object:" + indented("?" + object, "      "));
 }
 
-TEST_F(EntryIDInfo, ContactFolderHasEightBytesMoreInFront)
+TEST_F(EntryIDInfo, ContactFolderHasEightBytesMore)
 {
     const std::string wrapped = "00000000" + unknownUID + "0200" + Filled("A1", 24);
     const std::string hex =
@@ -263,7 +263,7 @@ TEST_F(EntryIDInfo, ContactFolderHasEightBytesMoreInFront)
     EXPECT_NE(Dump(hex).find("CEntryIDFolderObject"), std::string::npos);
 }
 
-TEST_F(EntryIDInfo, ContactFolderCutInItsGapWrapsNothing)
+TEST_F(EntryIDInfo, TruncatedContactFolderWrapsNothing)
 {
     const std::string numbers = "00000000" + contactUID + "03000000" + "03000000" + "00000000" + "2E000000";
     for (int rest = 0; rest <= 8; ++rest)
@@ -276,7 +276,7 @@ TEST_F(EntryIDInfo, ContactFolderCutInItsGapWrapsNothing)
     EXPECT_NE(Info(numbers + Filled("EE", 9)).Contact()->Wrapped(), nullptr);
 }
 
-TEST_F(EntryIDInfo, WrappedIdentifierIsAMessagesWhateverItsProvider)
+TEST_F(EntryIDInfo, WrappedIdentifierIsAlwaysAMessages)
 {
     const std::string wrapped = "80000000" + oneOffUID + "0200" + Filled("A1", 24);
     const CEntryIDInfo info =
@@ -286,7 +286,7 @@ TEST_F(EntryIDInfo, WrappedIdentifierIsAMessagesWhateverItsProvider)
     EXPECT_NE(dump.find("CEntryIDFolderObject"), std::string::npos);
 }
 
-TEST_F(EntryIDInfo, HeaderIsReadByteForByteAsFarAsItGoes)
+TEST_F(EntryIDInfo, TruncatedHeaderIsReadByBytes)
 {
     EXPECT_EQ(Dump("80"), Head("80", "eidtShortTerm", zeroUID, "Yes") + "  <NULL>");
     EXPECT_EQ(Dump("0080"), Head("0080", "eidtUnknown", zeroUID, "No", "Yes") + "  <NULL>");
@@ -297,7 +297,7 @@ TEST_F(EntryIDInfo, HeaderIsReadByteForByteAsFarAsItGoes)
     EXPECT_EQ(Info("8000000081" + Filled("2B", 15)).Unread(), 0u);
 }
 
-TEST_F(EntryIDInfo, FieldsThatDoNotFitAreZeroAndTheNextOnesTakeTheirBytes)
+TEST_F(EntryIDInfo, FieldsThatAreCutAreZero)
 {
     // Ten bytes for a GUID: they go to the counter and the padding after it.
     const std::string hex = "00000000" + contactUID + "01000000" + "04000000" + "00000000" + "20000000" + "00000000" +
@@ -307,7 +307,7 @@ TEST_F(EntryIDInfo, FieldsThatDoNotFitAreZeroAndTheNextOnesTakeTheirBytes)
     EXPECT_EQ(Info(hex).Unread(), 2u);
 }
 
-TEST_F(EntryIDInfo, HexadecimalTextIsReadAsFarAsItIs)
+TEST_F(EntryIDInfo, HexadecimalTextEndsAtOtherCharacters)
 {
     const std::string good = "00000000" + unknownUID + "0200" + Filled("A1", 16);
     EXPECT_EQ(Dump(good + "F"), Dump(good)) << "an odd digit is none";
@@ -318,14 +318,14 @@ TEST_F(EntryIDInfo, HexadecimalTextIsReadAsFarAsItIs)
     EXPECT_EQ(Dump(megabyte), Head(megabyte, "eidtUnknown", Filled("5A", 16)) + "  <NULL>");
 }
 
-TEST_F(EntryIDInfo, TextsOfAMegabyteAreShownWhole)
+TEST_F(EntryIDInfo, TextsOfAMegabyteAreWhole)
 {
     const std::string name(1 << 20, '%');
     const std::string hex = "00000000" + oneOffUID + "00000000" + Text(name) + Text("SMTP") + Text("a@example.org");
     EXPECT_NE(Dump(hex).find("DisplayName: " + name + "\r\n    AddressType: SMTP\r\n"), std::string::npos);
 }
 
-TEST_F(EntryIDInfo, TextThatAStringCanNotHoldIsRefused)
+TEST_F(EntryIDInfo, TextBeyondAStringIsRefused)
 {
     CDumpText text(0);
     text.Append("kept");
@@ -347,7 +347,7 @@ TEST_F(EntryIDInfo, OtherContactTypesAreNamed)
     EXPECT_NE(typeLine("07000000").find("Type: <Unknown> (0x00000007)"), std::string::npos);
 }
 
-TEST_F(EntryIDInfo, ContactThatWrapsNothingHasNoObject)
+TEST_F(EntryIDInfo, AnEmptyContactHasNoObject)
 {
     const std::string hex = "00000000" + contactUID + "03000000" + "04000000" + "00000000" + "00000000";
     const CEntryIDInfo info = Info(hex);
@@ -413,7 +413,7 @@ TEST_F(EntryIDInfo, CopiesAreDeep)
     }
 }
 
-TEST_F(EntryIDInfo, IdentifiersCutAnywhereAreClassifiedAndDumped)
+TEST_F(EntryIDInfo, TruncatedIdentifiersAreClassifiedAndDumped)
 {
     const std::string wrapped = "00000000" + unknownUID + "0300" + Filled("B2", 48);
     const std::string hexes[] = {
@@ -447,7 +447,7 @@ TEST_F(EntryIDInfo, UnterminatedTextsAreEmpty)
     EXPECT_EQ(Info(hex).Unread(), 6u);
 }
 
-TEST_F(EntryIDInfo, EmptyTextDumpsAsAnEmptyResult)
+TEST_F(EntryIDInfo, EmptyTextDumpsAsEmptyResult)
 {
     EXPECT_EQ(Dump(""), "");
     EXPECT_EQ(std::string(Zeb_DumpEntryID(nullptr)), "");

@@ -70,19 +70,19 @@ protected:
 
 } // namespace
 
-TEST_F(BadRegistry, ASyntaxErrorIsAFailureThatNamesTheLine)
+TEST_F(BadRegistry, ASyntaxErrorNamesTheLine)
 {
     std::ofstream(m_own) << "REGEDIT4\n\n[HKEY_CURRENT_USER\\K]\nthis is no value\n";
     ExpectFailures("has an error in line 4");
 }
 
-TEST_F(BadRegistry, AFileThatCannotBeReadIsAFailure)
+TEST_F(BadRegistry, AnUnreadableFileIsAFailure)
 {
     std::filesystem::create_directory(m_own);
     ExpectFailures("registry.reg");
 }
 
-TEST_F(BadRegistry, AFileThatIsClosedToThisUserIsAFailure)
+TEST_F(BadRegistry, AForbiddenFileIsAFailure)
 {
     std::ofstream(m_own) << "REGEDIT4\n";
     std::filesystem::permissions(m_own, std::filesystem::perms::none);
@@ -91,7 +91,7 @@ TEST_F(BadRegistry, AFileThatIsClosedToThisUserIsAFailure)
     ExpectFailures("Permission denied");
 }
 
-TEST_F(BadRegistry, NoPlaceForItIsAFailure)
+TEST_F(BadRegistry, AMissingPlaceIsAFailure)
 {
     const EnvironmentScope config("XDG_CONFIG_HOME", std::nullopt);
     const EnvironmentScope home("HOME", std::nullopt);
@@ -99,7 +99,7 @@ TEST_F(BadRegistry, NoPlaceForItIsAFailure)
     ExpectFailures("no path for the registry file");
 }
 
-TEST_F(BadRegistry, NamesThatAreOpenStayReadableAndTheDefaultFails)
+TEST_F(BadRegistry, OpenNamesStayReadable)
 {
     platform::RegistryKey::Create(platform::RegistryRoot::CurrentUser,
                                   std::string(CZebProfileNames::GetProfilesKey()) + "\\Alpha");

@@ -36,7 +36,7 @@ std::vector<std::string> Names(const char* const* list)
 
 } // namespace
 
-TEST(TestLists, HoldTheSame22EntryPointsInTheSameOrder)
+TEST(TestLists, Have22EntryPointsInOrder)
 {
     const std::vector<std::string> decorated = Names(DecoratedTestList);
     const std::vector<std::string> undecorated = Names(UndecoratedTestList);
@@ -54,7 +54,7 @@ TEST(TestLists, HoldTheSame22EntryPointsInTheSameOrder)
                             "OpenStreamOnFile", "RTFSync"));
 }
 
-TEST(TestLists, DecoratedNamesCarryTheSizeOfTheirArguments)
+TEST(TestLists, DecoratedNamesCarryTheirArgumentsSize)
 {
     const std::vector<std::string> names = Names(DecoratedTestList);
     EXPECT_THAT(std::vector<std::string>(names.begin() + 8, names.end()),
@@ -99,7 +99,7 @@ TEST_F(Classification, DecoratedGoesBeforeUndecorated)
                                          Plain("'" + path + "' is correct and MAPI is for 32-bit Office.")));
 }
 
-TEST_F(Classification, UndecoratedIsTriedWhenOneDecoratedNameIsMissing)
+TEST_F(Classification, UndecoratedIsTriedAfterDecorated)
 {
     const std::string path = Library("MAPI32.DLL", ProviderFile::Both().Remove("RTFSync@12"));
     const ProviderClass found = Check(path);
@@ -109,7 +109,7 @@ TEST_F(Classification, UndecoratedIsTriedWhenOneDecoratedNameIsMissing)
                                          Plain("'" + path + "' is correct and MAPI is for 64-bit Office.")));
 }
 
-TEST_F(Classification, WhatIsNoLibraryDoesNotLoad)
+TEST_F(Classification, ANonLibraryDoesNotLoad)
 {
     const std::string path = TextFile("MAPI32.DLL");
     const ProviderClass found = Check(path);
@@ -128,7 +128,7 @@ TEST_F(Classification, AnEmptyPathDoesNotLoad)
     EXPECT_THAT(log.Lines(), ElementsAre(Plain("Checking ''"), Plain("Unable to load ''")));
 }
 
-TEST_F(Classification, APathWithAPercentSignIsWrittenAsItStands)
+TEST_F(Classification, APercentSignIsWrittenUnchanged)
 {
     const std::string path = folder.File("50%s%n.dll");
     Check(path);
@@ -170,7 +170,7 @@ TEST_P(MissingName, OfTheDecoratedListIsNamed)
 
 INSTANTIATE_TEST_SUITE_P(Position, MissingName, ::testing::Range(0, 22));
 
-TEST_F(Classification, TakingANameAwayLeavesTheOthersThere)
+TEST_F(Classification, RemovingANameLeavesTheOthers)
 {
     const CDllLoader library(Library("MAPI32.DLL", ProviderFile::Both().Remove("HrGetOneProp@12")).c_str(), 20);
     ASSERT_FALSE(library.IsEmpty());

@@ -192,7 +192,7 @@ std::string NameOf(const ::testing::TestParamInfo<Wrapper>& info)
 
 } // namespace
 
-TEST_P(EntryPoints, HandTheArgumentsOnAndBringTheResultBack)
+TEST_P(EntryPoints, PassArgumentsAndResults)
 {
     const EntryPointScope scope(GetParam().slot, GetParam().function);
     EXPECT_EQ(GetParam().call(), Answer);
@@ -200,7 +200,7 @@ TEST_P(EntryPoints, HandTheArgumentsOnAndBringTheResultBack)
     EXPECT_TRUE(argumentsArrived);
 }
 
-TEST_P(EntryPoints, WithoutAProviderReportAFailedCall)
+TEST_P(EntryPoints, WithoutAProviderTheCallFails)
 {
     EXPECT_EQ(GetParam().call(), GetParam().hasResult ? MAPI_E_CALL_FAILED : Answer);
     EXPECT_EQ(calls, 0);

@@ -84,7 +84,7 @@ TEST(ThrowIfFailed, ReturnsSuccessAndWarningsUnchanged)
     EXPECT_TRUE(log.Lines().empty());
 }
 
-TEST(ThrowIfFailed, ThrowsTheResultByNameAndLogsOneLine)
+TEST(ThrowIfFailed, ThrowsTheNameAndLogsOnce)
 {
     LogCapture log;
     Caught caught = Catch([] { ThrowIfFailed(NotFound, "x", 12); });
@@ -93,13 +93,13 @@ TEST(ThrowIfFailed, ThrowsTheResultByNameAndLogsOneLine)
     EXPECT_THAT(log.Lines(), ElementsAre(Line(1, "THROW Exception 0x8004010f (MAPI_E_NOT_FOUND), File x, line 12")));
 }
 
-TEST(ThrowIfFailed, IsCaughtAsEachOfItsBases)
+TEST(ThrowIfFailed, IsCaughtAsEachBase)
 {
     EXPECT_NO_THROW(try { ThrowIfFailed(NotFound, nullptr, 0); } catch (CException* e) { e->Delete(); });
     EXPECT_NO_THROW(try { ThrowIfFailed(NotFound, nullptr, 0); } catch (CObject* e) { delete e; });
 }
 
-TEST(ThrowIfFailed, GivesAnUnknownCodeInUpperCaseHexadecimal)
+TEST(ThrowIfFailed, GivesUnknownCodesInUpperCase)
 {
     LogCapture log;
     Caught caught = Catch([] { ThrowIfFailed(Unknown, "file", 3); });
@@ -135,7 +135,7 @@ TEST(ThrowIfFailed, RethrowingAddsNoLine)
     EXPECT_EQ(log.Lines().size(), 1u);
 }
 
-TEST(ThrowIfFailed, AsksTheObjectForItsExtendedErrorOfThisResultInEightBitTexts)
+TEST(ThrowIfFailed, AsksTheObjectForItsError)
 {
     MapiMemory memory;
     LogCapture log;
@@ -151,14 +151,14 @@ TEST(ThrowIfFailed, AsksTheObjectForItsExtendedErrorOfThisResultInEightBitTexts)
     EXPECT_TRUE(memory.IsRoot(object.error)) << "the extended error is not freed";
 }
 
-TEST(ThrowIfFailed, DoesNotAskTheObjectAfterSuccess)
+TEST(ThrowIfFailed, DoesNotAskAfterSuccess)
 {
     ErrorObject object;
     EXPECT_EQ(ThrowIfFailed(S_FALSE, &object, "x", 1), S_FALSE);
     EXPECT_EQ(object.calls, 0);
 }
 
-TEST(ThrowIfFailed, PrintsMissingTextsOfTheExtendedErrorAsNull)
+TEST(ThrowIfFailed, PrintsMissingTextsAsNull)
 {
     MapiMemory memory;
     ErrorObject object;
@@ -167,7 +167,7 @@ TEST(ThrowIfFailed, PrintsMissingTextsOfTheExtendedErrorAsNull)
     EXPECT_EQ(Description(caught.get()), "Ver:0, Error:(null), Component:(null), LowLewelError:-1, Context:0 \n");
 }
 
-TEST(ThrowIfFailed, TheReturnedErrorAloneDecidesNotTheObjectsResult)
+TEST(ThrowIfFailed, TheReturnedErrorAloneDecides)
 {
     MapiMemory memory;
     ErrorObject failing;
@@ -182,7 +182,7 @@ TEST(ThrowIfFailed, TheReturnedErrorAloneDecidesNotTheObjectsResult)
     EXPECT_EQ(Description(plain.get()), "MAPI_E_NOT_FOUND");
 }
 
-TEST(ThrowIfFailed, WithANullObjectNamesTheResult)
+TEST(ThrowIfFailed, WithoutAnObjectNamesTheResult)
 {
     Caught raw = Catch([] { ThrowIfFailed(NotFound, static_cast<IMAPISession*>(nullptr), nullptr, 0); });
     EXPECT_EQ(Description(raw.get()), "MAPI_E_NOT_FOUND");
@@ -190,7 +190,7 @@ TEST(ThrowIfFailed, WithANullObjectNamesTheResult)
     EXPECT_EQ(Description(counted.get()), "MAPI_E_NOT_FOUND");
 }
 
-TEST(ThrowIfFailed, OutOfMemoryForTheExceptionThrowsOneThatWasKept)
+TEST(ThrowIfFailed, WithoutMemoryThrowsAKeptException)
 {
     LogCapture log;
     for (int after = 0; after < 8; ++after)
@@ -227,7 +227,7 @@ TEST(ThrowIfFailed, TheKeptExceptionSurvivesItsDeletion)
     }
 }
 
-TEST(Exception, ItsClassRecordNamesItAndItsBase)
+TEST(Exception, ItsClassRecordNamesItsBase)
 {
     Caught exception(new CZebException(NotFound, nullptr, 0));
     EXPECT_STREQ(exception->GetRuntimeClass()->m_lpszClassName, "CZebException");
@@ -237,7 +237,7 @@ TEST(Exception, ItsClassRecordNamesItAndItsBase)
     EXPECT_TRUE(CZebException::GetThisClass()->m_pfnGetBaseClass()->IsSameClass(RUNTIME_CLASS(CException)));
 }
 
-TEST(Exception, MessageIsCutWithoutATerminatorWhereTheBufferIsTooShort)
+TEST(Exception, ATruncatedMessageHasNoTerminator)
 {
     Caught exception(new CZebException(NotFound, nullptr, 0));
     char buffer[8];
@@ -271,7 +271,7 @@ TEST(Exception, MessageIsCutBetweenCharacters)
     }
 }
 
-TEST(Exception, ALongDescriptionEndsWithAWholeCharacter)
+TEST(Exception, ALongDescriptionEndsBetweenCharacters)
 {
     const WCHAR euro[] = {0x20AC};
     const std::string character = platform::NarrowFromWide(euro, 1);
@@ -305,7 +305,7 @@ TEST(Context, IsTheFunctionThatThrew)
     EXPECT_EQ(log.Lines().size(), 3u) << "the stated lines and no others";
 }
 
-TEST(Context, TakesTheThingsOnTheWayUpAndLeavesTheDescription)
+TEST(Context, CollectsThingsAndLeavesTheDescription)
 {
     LogCapture log;
     Caught caught =
@@ -317,7 +317,7 @@ TEST(Context, TakesTheThingsOnTheWayUpAndLeavesTheDescription)
     EXPECT_EQ(About([]() -> const char* { throw 42; }, [] { return 7; }), 7) << "asked only for a failure";
 }
 
-TEST(Context, TheDefaultSinkShowsItAfterTheThrow)
+TEST(Context, TheDefaultSinkShowsIt)
 {
     const TempFolder folder;
     const std::string file = folder.File("log.txt");
@@ -338,7 +338,7 @@ TEST(Context, TheDefaultSinkShowsItAfterTheThrow)
                                    " 1 ZebAPI: CONTEXT CreateFolder 100%s"));
 }
 
-TEST(Context, TheExceptionForLackOfMemoryHasNone)
+TEST(Context, TheKeptExceptionHasNone)
 {
     Caught caught = Catch([]
     {
@@ -349,7 +349,7 @@ TEST(Context, TheExceptionForLackOfMemoryHasNone)
     EXPECT_EQ(caught->GetContext(), "");
 }
 
-TEST(Describe, SaysInOneLineWhateverWasThrown)
+TEST(Describe, WritesAnyExceptionInOneLine)
 {
     const auto described = [](auto&& body) -> std::string
     {
@@ -391,7 +391,7 @@ TEST(Describe, SaysInOneLineWhateverWasThrown)
     EXPECT_EQ(deleted, 1);
 }
 
-TEST(Exception, MessageThatFillsTheBufferExactlyHasNoTerminator)
+TEST(Exception, AnExactMessageHasNoTerminator)
 {
     Caught exception(new CZebException(NotFound, nullptr, 0));
     const std::string text = "MAPI_E_NOT_FOUND";
@@ -402,7 +402,7 @@ TEST(Exception, MessageThatFillsTheBufferExactlyHasNoTerminator)
     EXPECT_EQ(buffer, text + '\0' + '#');
 }
 
-TEST(Exception, MessageClearsTheHelpContextAndWritesNothingForNoRoom)
+TEST(Exception, MessageWithoutRoomClearsHelpContext)
 {
     Caught exception(new CZebException(NotFound, nullptr, 0));
     unsigned int helpContext = 77;
@@ -412,7 +412,7 @@ TEST(Exception, MessageClearsTheHelpContextAndWritesNothingForNoRoom)
     EXPECT_EQ(buffer[0], '#');
 }
 
-TEST(Exception, DescriptionOfALongErrorIsCutAt1024BytesAndTerminated)
+TEST(Exception, DescriptionIsCutAt1024Bytes)
 {
     MapiMemory memory;
     ErrorObject object;
@@ -455,7 +455,7 @@ TEST(ErrorNames, EveryRowGivesItsNameOnce)
     }
 }
 
-TEST(ErrorNames, HaveThePublishedValuesInTheTablesOrder)
+TEST(ErrorNames, HavePublishedValuesInTableOrder)
 {
     static_assert(sizeof(ErrorName) == 52, "a code and 48 characters");
     const ULONG published[] = {
@@ -508,7 +508,7 @@ TEST(Guarded, LogsAndDeletesAFrameworkException)
     EXPECT_EQ(log.Texts().back(), "EXCEPTION: Description: \"\", File: \"site\", Line: 22");
 }
 
-TEST(Guarded, LogsAComErrorWithItsResult)
+TEST(Guarded, LogsComErrorsWithTheirResult)
 {
     LogCapture log;
     EXPECT_FALSE(Guarded([] { RaiseComError(E_POINTER); }, "site", 3));
@@ -526,7 +526,7 @@ TEST(Guarded, LogsAnythingElseAsUnknown)
                                          Line(1, "EXCEPTION: Description: <Unknown>, File: \"site\", Line: 5")));
 }
 
-TEST(Guarded, NothingLeavesItWhenThereIsNoMemoryForTheLine)
+TEST(Guarded, LackOfMemoryThrowsNothing)
 {
     auto exception = std::make_unique<CZebException>(NotFound, nullptr, 0);
     FailingNew failing;

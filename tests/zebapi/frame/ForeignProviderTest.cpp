@@ -14,7 +14,7 @@ using ForeignProvider = ProviderFixture;
 
 } // namespace
 
-TEST_F(ForeignProvider, TheSystemsOwnLibraryIsFoundLastAndDecorated)
+TEST_F(ForeignProvider, TheSystemsLibraryIsFoundLast)
 {
     EnumOfficeBitness bitness = OfficeBitnessNone;
     EXPECT_EQ(std::string(Zeb_GetMapiDllPath(bitness)), "MAPI32.DLL");

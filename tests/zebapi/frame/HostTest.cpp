@@ -62,21 +62,21 @@ protected:
 
 } // namespace
 
-TEST_F(Host, ThePlaceBesideTheLibraryIsTheFirstForABareName)
+TEST_F(Host, BareNamesMeanTheLibrarysFolder)
 {
     ProviderFile::Both().Save(folder.File("MAPI32.DLL"));
     EXPECT_EQ(Run("stop"), "found 'MAPI32.DLL', class 1\nstarted\nallocated\nstopped\n");
     EXPECT_THAT(Log(), HasSubstr("System MAPI is correct: MAPI32.DLL"));
 }
 
-TEST_F(Host, WhatIsNoLibraryBesideItIsNoProvider)
+TEST_F(Host, ANonLibraryIsNoProvider)
 {
     std::ofstream(folder.File("MAPI32.DLL")) << "not a library at all\n";
     EXPECT_EQ(Run("stop"), "found '', class 0\nfailed with MAPI_E_CALL_FAILED\nstopped\n");
     EXPECT_THAT(Log(), HasSubstr("Unable to load 'MAPI32.DLL'"));
 }
 
-TEST_F(Host, ABareNameIsNotLookedForOnTheSearchPath)
+TEST_F(Host, ABareNameIgnoresSearchPaths)
 {
     const std::string elsewhere = folder.File("elsewhere/zebwab32.dll");
     ProviderFile::Undecorated().Save(elsewhere);
@@ -88,7 +88,7 @@ TEST_F(Host, ABareNameIsNotLookedForOnTheSearchPath)
     EXPECT_EQ(Run("wab-stop zebwab32.dll"), "started\nallocated\nstopped\n");
 }
 
-TEST_F(Host, LoadingTheLibraryWritesItsStartLineFirst)
+TEST_F(Host, LoadingWritesTheStartLineFirst)
 {
     std::ofstream(folder.File("MAPI32.DLL")) << "not a library at all\n";
     Run("stop");
@@ -97,13 +97,13 @@ TEST_F(Host, LoadingTheLibraryWritesItsStartLineFirst)
     EXPECT_THAT(first, HasSubstr("CZebAPIApp::InitInstance started"));
 }
 
-TEST_F(Host, AProcessMayEndWithMapiStarted)
+TEST_F(Host, ProcessesMayEndWithMapiStarted)
 {
     ProviderFile::Undecorated().Save(folder.File("MAPI32.DLL"));
     EXPECT_EQ(Run("leave"), "found 'MAPI32.DLL', class 2\nstarted\nallocated\n");
 }
 
-TEST_F(Host, AProcessMayEndWithTheAddressBookOpen)
+TEST_F(Host, ProcessesMayEndWithBookOpen)
 {
     const std::string wab = folder.File("wab32.dll");
     ProviderFile::Undecorated().Save(wab);
@@ -111,7 +111,7 @@ TEST_F(Host, AProcessMayEndWithTheAddressBookOpen)
     EXPECT_EQ(Run("wab-leave " + wab), "started\nallocated\n");
 }
 
-TEST_F(Host, AProcessThatEndsWithTheAddressBookOpenReleasesNothingOfTheProvider)
+TEST_F(Host, AProcessEndReleasesNothing)
 {
     const std::string wab = folder.File("wab32.dll");
     ProviderFile::Undecorated().Save(wab);
@@ -123,7 +123,7 @@ TEST_F(Host, AProcessThatEndsWithTheAddressBookOpenReleasesNothingOfTheProvider)
     EXPECT_EQ(Contents(trace), std::string(ReleasedByTheStart) + "released\nreleased\nended\n");
 }
 
-TEST_F(Host, UnloadingTheLibraryWithTheAddressBookOpenReleasesNothingAndKeepsTheProvider)
+TEST_F(Host, UnloadingKeepsTheProvider)
 {
     const std::string wab = folder.File("wab32.dll");
     ProviderFile::Undecorated().Save(wab);

@@ -35,7 +35,7 @@ public:
 
 } // namespace
 
-TEST_F(Lifetime, FlagsMayBeReadWhileMapiIsStartedAgain)
+TEST_F(Lifetime, FlagsAreReadableDuringAnotherStart)
 {
     Start(ProviderFile::Undecorated());
     std::atomic<bool> stop{false};
@@ -66,7 +66,7 @@ TEST_F(Lifetime, FlagsMayBeReadWhileMapiIsStartedAgain)
     EXPECT_EQ(provider.initializeCalls, 21);
 }
 
-TEST_F(Lifetime, StartsAndStopsOfSeveralThreadsFollowOneAnother)
+TEST_F(Lifetime, StartsAndStopsTakeTurns)
 {
     Install(ProviderFile::Decorated());
     std::atomic<bool> stop{false};
@@ -104,7 +104,7 @@ TEST_F(Lifetime, StartsAndStopsOfSeveralThreadsFollowOneAnother)
     ExpectNothingLoaded();
 }
 
-TEST_F(Lifetime, WhatUsesTheProviderWaitsForAStopThatIsUnderWay)
+TEST_F(Lifetime, ProviderCallsAwaitARunningStop)
 {
     Journal journal;
     SlowSession session(journal);

@@ -31,7 +31,7 @@ protected:
 
 } // namespace
 
-TEST_F(LoaderMode, AProviderIsClassifiedIn20AndLoadedIn22)
+TEST_F(LoaderMode, ProvidersAreLoadedIn22)
 {
     const std::string path = Install(ProviderFile::Undecorated());
     library.Initialize(false);
@@ -47,7 +47,7 @@ TEST_F(LoaderMode, TheStubsAreLoadedIn4)
     EXPECT_EQ(Loads()[2].mode, 20);
 }
 
-TEST_F(LoaderMode, TheAddressBooksLibraryIsLoadedIn22)
+TEST_F(LoaderMode, WabLibrariesAreLoadedIn22)
 {
     Journal journal;
     RecordingAddrBook book(journal);
@@ -60,7 +60,7 @@ TEST_F(LoaderMode, TheAddressBooksLibraryIsLoadedIn22)
     library.Uninitialize(nullptr);
 }
 
-TEST_F(LoaderMode, BeforeVistaAnotherInstanceIsTheSameAddressBook)
+TEST_F(LoaderMode, BeforeVistaInstancesShareOneBook)
 {
     Journal journal;
     RecordingAddrBook book(journal);

@@ -40,7 +40,7 @@ protected:
 
 } // namespace
 
-TEST_F(LogSink, ReceivesEveryLineAsItStands)
+TEST_F(LogSink, ReceivesEveryLineUnchanged)
 {
     Zeb_SetLogSink(&Keep, &m_received);
     Log("ZebAPI", "100% of it");
@@ -61,7 +61,7 @@ TEST_F(LogSink, ReceivesEveryLineAsItStands)
         << m_received.lines[2];
 }
 
-TEST_F(LogSink, ReceivesNothingAfterItIsTakenBack)
+TEST_F(LogSink, ReceivesNothingAfterItsRemoval)
 {
     Zeb_SetLogSink(&Keep, &m_received);
     Received other;
@@ -82,7 +82,7 @@ TEST_F(LogSink, MayTakeItselfBack)
     EXPECT_EQ(m_received.lines.size(), 1u);
 }
 
-TEST_F(LogSink, IsNotCalledWhileAnotherThreadTakesItBack)
+TEST_F(LogSink, IsNotCalledDuringItsRemoval)
 {
     struct Slow
     {

@@ -35,7 +35,7 @@ TEST_F(Logon, NeedsAStartedProvider)
     EXPECT_TRUE(library.WasFailed());
 }
 
-TEST_F(Logon, WithoutANameSharesTheDefaultProfilesSession)
+TEST_F(Logon, NoNameSharesTheDefaultSession)
 {
     provider.session = &session;
     Start(ProviderFile::Undecorated());
@@ -51,7 +51,7 @@ TEST_F(Logon, WithoutANameSharesTheDefaultProfilesSession)
     EXPECT_FALSE(library.WasFailed());
 }
 
-TEST_F(Logon, WithANameOpensANewSessionOfThatProfile)
+TEST_F(Logon, ANameOpensANewSession)
 {
     provider.session = &session;
     Start(ProviderFile::Undecorated());
@@ -63,7 +63,7 @@ TEST_F(Logon, WithANameOpensANewSessionOfThatProfile)
     EXPECT_EQ(provider.logonFlags, 0x8023u);
 }
 
-TEST_F(Logon, AWideNameGoesToTheProviderAsItIs)
+TEST_F(Logon, AWideNameIsPassedUnchanged)
 {
     provider.session = &session;
     Start(ProviderFile::Undecorated());
@@ -73,7 +73,7 @@ TEST_F(Logon, AWideNameGoesToTheProviderAsItIs)
     EXPECT_EQ(provider.logonFlags, 0x8023u | MAPI_UNICODE);
 }
 
-TEST_F(Logon, WithoutAWideNameSharesTheDefaultProfilesSession)
+TEST_F(Logon, NoWideNameSharesTheDefault)
 {
     provider.session = &session;
     Start(ProviderFile::Undecorated());
@@ -82,7 +82,7 @@ TEST_F(Logon, WithoutAWideNameSharesTheDefaultProfilesSession)
     EXPECT_EQ(provider.logonFlags, 0x8069u);
 }
 
-TEST_F(Logon, AWideNameNeedsAStartedProvider)
+TEST_F(Logon, AWideNameNeedsAProvider)
 {
     EXPECT_EQ(ThrownBy([this] { library.OpenSessionW(nullptr, ZEBW("x")); }), E_POINTER);
     EXPECT_TRUE(library.WasFailed());
@@ -98,7 +98,7 @@ TEST_F(Logon, AnEmptyNameIsAName)
     EXPECT_EQ(provider.logonFlags, 0x8023u);
 }
 
-TEST_F(Logon, ALongNameIsCutAt1024Bytes)
+TEST_F(Logon, LongNamesEndAt1024Bytes)
 {
     provider.session = &session;
     Start(ProviderFile::Undecorated());
@@ -110,7 +110,7 @@ TEST_F(Logon, ALongNameIsCutAt1024Bytes)
     EXPECT_EQ(provider.logonName, std::string(1024, 'c'));
 }
 
-TEST_F(Logon, AFailureIsThrownAndBlocksTheNextStart)
+TEST_F(Logon, AFailureBlocksTheNextStart)
 {
     provider.logon = MAPI_E_USER_CANCEL;
     Start(ProviderFile::Undecorated());
@@ -132,7 +132,7 @@ TEST_F(Logon, AFailureNamesTheProfile)
     EXPECT_EQ(ContextOf([this] { library.OpenSession(nullptr, nullptr); }), "OpenSession");
 }
 
-TEST_F(Logon, SuccessWithoutASessionIsAFailure)
+TEST_F(Logon, SuccessWithoutASessionFails)
 {
     Start(ProviderFile::Undecorated());
     EXPECT_EQ(ThrownBy([this] { library.OpenSession(nullptr, "x"); }), MAPI_E_CALL_FAILED);
@@ -140,7 +140,7 @@ TEST_F(Logon, SuccessWithoutASessionIsAFailure)
     EXPECT_TRUE(library.WasFailed());
 }
 
-TEST_F(Logon, AnyExceptionOfALogonBlocksTheNextStart)
+TEST_F(Logon, AnyExceptionBlocksTheNextStart)
 {
     provider.session = &session;
     Start(ProviderFile::Undecorated());
@@ -160,7 +160,7 @@ TEST_F(Logon, AnyExceptionOfALogonBlocksTheNextStart)
     EXPECT_TRUE(library.WasFailed());
 }
 
-TEST_F(Logon, ALongNameIsCutBetweenCharacters)
+TEST_F(Logon, LongNamesAreCutBetweenCharacters)
 {
     const std::string letter = NarrowLetter();
     provider.session = &session;
@@ -182,7 +182,7 @@ TEST_F(Logon, StoppingLogsTheSessionOffFirst)
     ExpectNothingLoaded();
 }
 
-TEST_F(Logon, AFailingLogoffDoesNotStopTheStop)
+TEST_F(Logon, AFailingLogoffAllowsTheStop)
 {
     provider.session = &session;
     session.Fail("Logoff", MAPI_E_NETWORK_ERROR);

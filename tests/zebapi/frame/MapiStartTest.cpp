@@ -77,7 +77,7 @@ TEST_F(MapiStart, IsEmptyBeforeTheFirstStart)
     EXPECT_EQ(&Zeb_GetMAPI(), &library);
 }
 
-TEST_F(MapiStart, LoadsTheProviderAndStartsItForNotificationsOnItsOwnThreads)
+TEST_F(MapiStart, StartsTheProviderForThreadedNotifications)
 {
     Start(ProviderFile::Undecorated());
     EXPECT_EQ(provider.initializeCalls, 1);
@@ -90,7 +90,7 @@ TEST_F(MapiStart, LoadsTheProviderAndStartsItForNotificationsOnItsOwnThreads)
     EXPECT_EQ(log.CountBeginning("THROW"), 0u);
 }
 
-TEST_F(MapiStart, ResolvesTheUndecoratedNamesFor64Bit)
+TEST_F(MapiStart, ResolvesUndecoratedNamesFor64Bit)
 {
     Start(ProviderFile::Undecorated());
     for (const EntryPointRow& row : UndecoratedEntryPoints)
@@ -102,7 +102,7 @@ TEST_F(MapiStart, ResolvesTheUndecoratedNamesFor64Bit)
     }
 }
 
-TEST_F(MapiStart, ResolvesTheDecoratedNamesFor32Bit)
+TEST_F(MapiStart, ResolvesDecoratedNamesFor32Bit)
 {
     Start(ProviderFile::Both());
     for (const EntryPointRow& row : DecoratedEntryPoints)
@@ -150,7 +150,7 @@ TEST_F(MapiStart, StoppingUndoesIt)
     EXPECT_EQ(zeb::PropCopyMore(nullptr, nullptr, nullptr, nullptr), MAPI_E_CALL_FAILED);
 }
 
-TEST_F(MapiStart, MemoryFreedAfterTheStopIsGivenUp)
+TEST_F(MapiStart, MemoryFreedAfterTheStopLeaks)
 {
     Start(ProviderFile::Undecorated());
     void* block = Zeb_MemAllocate(10, nullptr);
@@ -179,7 +179,7 @@ TEST_F(MapiStart, AnotherStartAfterTheStopWorks)
     EXPECT_EQ(provider.initializeCalls, 2);
 }
 
-TEST_F(MapiStart, ASecondStartRunsAgainAndOneStopUndoesBoth)
+TEST_F(MapiStart, OneStopUndoesTwoStarts)
 {
     Start(ProviderFile::Undecorated());
     library.Initialize(false);
@@ -190,7 +190,7 @@ TEST_F(MapiStart, ASecondStartRunsAgainAndOneStopUndoesBoth)
     ExpectNothingLoaded();
 }
 
-TEST_F(MapiStart, WithoutAProviderFailsAndIsNotTriedAgain)
+TEST_F(MapiStart, WithoutAProviderIsNotRetried)
 {
     EXPECT_EQ(ThrownBy([this] { library.Initialize(false); }), MAPI_E_CALL_FAILED);
     EXPECT_TRUE(library.WasFailed());
@@ -207,14 +207,14 @@ TEST_F(MapiStart, WithoutAProviderFailsAndIsNotTriedAgain)
     EXPECT_TRUE(library.WasInitialized());
 }
 
-TEST_F(MapiStart, ASearchThatFindsNothingTakesTheCallersSpellingBack)
+TEST_F(MapiStart, AFailedSearchResetsTheSpelling)
 {
     EnumOfficeBitness bitness = OfficeBitness64;
     EXPECT_EQ(std::string(Zeb_GetMapiDllPath(bitness)), "");
     EXPECT_EQ(bitness, OfficeBitnessNone);
 }
 
-TEST_F(MapiStart, AnInstanceThatEndsStartedLeavesNothingBehind)
+TEST_F(MapiStart, AnEndingInstanceLeavesNothing)
 {
     Install(ProviderFile::Decorated());
     {
@@ -231,7 +231,7 @@ TEST_F(MapiStart, AnInstanceThatEndsStartedLeavesNothingBehind)
     ExpectNothingLoaded();
 }
 
-TEST_F(MapiStart, AnObjectThatStartedNothingEndsNothing)
+TEST_F(MapiStart, WithoutAStartNothingEnds)
 {
     Start(ProviderFile::Decorated());
     const auto expectStarted = [this](const char* when)
@@ -306,7 +306,7 @@ TEST_F(MapiStart, AnyExceptionIsAFailedStart)
     FAIL() << "never had enough memory";
 }
 
-TEST_F(MapiStart, NothingButTheStartOfMapiTakesTheGlobalSection)
+TEST_F(MapiStart, OnlyMapiStartsTakeTheSection)
 {
     Start(ProviderFile::Undecorated());
     const auto finishes = [](std::function<void()> body)
@@ -324,7 +324,7 @@ TEST_F(MapiStart, NothingButTheStartOfMapiTakesTheGlobalSection)
     EXPECT_FALSE(library.WasInitialized());
 }
 
-TEST_F(MapiStart, ALibraryThatNoLongerLoadsFails)
+TEST_F(MapiStart, ALibraryNoLongerLoadableFails)
 {
     InstallChanging(ProviderFile::Undecorated());
     TextFile("next.dll");
@@ -358,7 +358,7 @@ INSTANTIATE_TEST_SUITE_P(Row, MissingAtLoad,
                          ::testing::Combine(::testing::Range(0, 10),
                                             ::testing::Values(OfficeBitness32, OfficeBitness64)));
 
-TEST_F(MapiStart, PropCopyMoreIsRequiredThoughNoTestListNamesIt)
+TEST_F(MapiStart, PropCopyMoreIsRequiredToo)
 {
     const std::string path = Install(ProviderFile::Undecorated().Remove("PropCopyMore"));
     EXPECT_EQ(ThrownBy([this] { library.Initialize(false); }), MAPI_E_VERSION);
@@ -380,7 +380,7 @@ TEST_P(AllocatorMissingAtLoad, IsReportedAndTheLibraryUnloaded)
 INSTANTIATE_TEST_SUITE_P(Name, AllocatorMissingAtLoad,
                          ::testing::Values("MAPIAllocateBuffer", "MAPIAllocateMore", "MAPIFreeBuffer"));
 
-TEST_F(MapiStart, AFailingMapiInitializeIsThrownAndTheLibraryUnloaded)
+TEST_F(MapiStart, AFailingMapiInitializeUnloadsLibrary)
 {
     provider.initialize = MAPI_E_LOGON_FAILED;
     Install(ProviderFile::Undecorated());
@@ -405,7 +405,7 @@ TEST_F(MapiStart, TheSameExceptionPassesOn)
     EXPECT_EQ(log.CountBeginning("THROW"), 1u) << "it is not made again";
 }
 
-TEST_F(MapiStart, AFailedStartOverARunningOneLeavesTheEntryPointsAtTheNextStop)
+TEST_F(MapiStart, AFailedRestartKeepsEntryPoints)
 {
     Start(ProviderFile::Undecorated());
     // Keeps the code of the entry points in memory.
@@ -420,7 +420,7 @@ TEST_F(MapiStart, AFailedStartOverARunningOneLeavesTheEntryPointsAtTheNextStop)
     EXPECT_EQ(ThrownBy([] { Zeb_MemAllocate(1, nullptr); }), MAPI_E_NOT_INITIALIZED);
 }
 
-TEST_F(MapiStart, TheGlobalSectionIsTakenBeforeTheObjectLock)
+TEST_F(MapiStart, GlobalSectionPrecedesTheObjectLock)
 {
     Install(ProviderFile::Undecorated());
     CCriticalSection* global = library.GetGlobalMAPICriticalSection();
@@ -438,7 +438,7 @@ TEST_F(MapiStart, TheGlobalSectionIsTakenBeforeTheObjectLock)
     EXPECT_TRUE(library.WasInitialized());
 }
 
-TEST_F(MapiStart, TheGlobalSectionMayBeHeldByTheStartingThread)
+TEST_F(MapiStart, TheStarterMayHoldTheSection)
 {
     Install(ProviderFile::Undecorated());
     CSingleLock lock(library.GetGlobalMAPICriticalSection(), true);

@@ -66,7 +66,7 @@ TEST(Mem, AllocatesAZeroedRootBlock)
     Zeb_MemFree(block);
 }
 
-TEST(Mem, AllocatesUnderAParentThatFreesIt)
+TEST(Mem, AllocatesUnderAParent)
 {
     MapiMemory memory;
     void* root = Zeb_MemAllocate(8, nullptr);
@@ -78,7 +78,7 @@ TEST(Mem, AllocatesUnderAParentThatFreesIt)
     EXPECT_EQ(memory.SizeOf(child), 0u);
 }
 
-TEST(Mem, ZeroBytesAreAskedForAndWhatComesIsReturned)
+TEST(Mem, ZeroBytesAreAskedFor)
 {
     MapiMemory memory;
     void* block = Zeb_MemAllocate(0, nullptr);
@@ -88,7 +88,7 @@ TEST(Mem, ZeroBytesAreAskedForAndWhatComesIsReturned)
     Zeb_MemFree(block);
 }
 
-TEST(Mem, AFailingAllocationIsThrownWithItsOwnResult)
+TEST(Mem, AFailingAllocationThrowsItsResult)
 {
     MapiMemory memory;
     LogCapture log;
@@ -98,7 +98,7 @@ TEST(Mem, AFailingAllocationIsThrownWithItsOwnResult)
     EXPECT_THAT(log.Texts()[0], ::testing::HasSubstr("File zebapi/frame/MEM.cpp, line"));
 }
 
-TEST(Mem, AFailingAllocationUnderAParentIsThrownLikewise)
+TEST(Mem, FailingChildAllocationsThrowTheirResult)
 {
     MapiMemory memory;
     void* root = Zeb_MemAllocate(8, nullptr);
@@ -107,7 +107,7 @@ TEST(Mem, AFailingAllocationUnderAParentIsThrownLikewise)
     Zeb_MemFree(root);
 }
 
-TEST(Mem, ANullBlockIsOutOfMemory)
+TEST(Mem, ANullBlockIsNoMemory)
 {
     MapiMemory memory;
     memory.GiveNull(1);
@@ -118,7 +118,7 @@ TEST(Mem, ANullBlockIsOutOfMemory)
     Zeb_MemFree(root);
 }
 
-TEST(Mem, TheResultOfAFreeIsIgnored)
+TEST(Mem, TheResultOfFreeIsIgnored)
 {
     Zeb_MemInitialize(nullptr, nullptr, &RefuseFree);
     int block = 0;
@@ -143,7 +143,7 @@ TEST(Mem, ReallocatingToLessCopiesWhatFits)
     Zeb_MemFree(block);
 }
 
-TEST(Mem, ReallocatingToMoreLeavesTheRestZero)
+TEST(Mem, ReallocatingToMoreFillsWithZeros)
 {
     MapiMemory memory;
     auto* old = static_cast<char*>(Zeb_MemAllocate(8, nullptr));
@@ -164,7 +164,7 @@ TEST(Mem, ReallocatingNothingAllocates)
     Zeb_MemFree(block);
 }
 
-TEST(Mem, AFailedReallocationKeepsTheOldBlock)
+TEST(Mem, FailedReallocationKeepsTheOldBlock)
 {
     MapiMemory memory;
     void* old = Zeb_MemAllocate(8, nullptr);
@@ -174,7 +174,7 @@ TEST(Mem, AFailedReallocationKeepsTheOldBlock)
     Zeb_MemFree(old);
 }
 
-TEST(Mem, ExFreeFreesAndClearsThePointer)
+TEST(Mem, ExFreeClearsThePointer)
 {
     MapiMemory memory;
     void* block = Zeb_MemAllocate(8, nullptr);
@@ -185,7 +185,7 @@ TEST(Mem, ExFreeFreesAndClearsThePointer)
     EXPECT_EQ(memory.Frees(), 1u) << "a null pointer is not handed to the allocator";
 }
 
-TEST(Mem, UnboundThrowsNotInitializedAndFreesNothing)
+TEST(Mem, UnboundThrowsAndFreesNothing)
 {
     Zeb_MemUninitialize();
     EXPECT_EQ(ThrownBy([] { Zeb_MemAllocate(8, nullptr); }), MAPI_E_NOT_INITIALIZED);
@@ -198,7 +198,7 @@ TEST(Mem, UnboundThrowsNotInitializedAndFreesNothing)
     EXPECT_EQ(pointer, nullptr) << "a block kept beyond the provider is given up";
 }
 
-TEST(Mem, MapiGoesBeforeTheWabAndEachEntryPointIsLookedUpAlone)
+TEST(Mem, MapiIsPreferredPerEntryPoint)
 {
     WabObject wab;
     {
@@ -222,7 +222,7 @@ TEST(Mem, MapiGoesBeforeTheWabAndEachEntryPointIsLookedUpAlone)
     EXPECT_EQ(wab.references, 1) << "unbinding releases the WAB object";
 }
 
-TEST(Mem, TheWabObjectAllocatesMoreAndFrees)
+TEST(Mem, TheWabObjectAllocatesAndFrees)
 {
     WabObject wab;
     Zeb_MemInitialize(&wab);
@@ -239,7 +239,7 @@ TEST(Mem, TheWabObjectAllocatesMoreAndFrees)
     EXPECT_EQ(wab.references, 1);
 }
 
-TEST(Mem, BindingAWabObjectAsksItAndKeepsAReference)
+TEST(Mem, ABoundWabObjectIsReferenced)
 {
     WabObject wab;
     Zeb_MemInitialize(&wab);
@@ -251,7 +251,7 @@ TEST(Mem, BindingAWabObjectAsksItAndKeepsAReference)
     EXPECT_EQ(ThrownBy([] { Zeb_MemAllocate(8, nullptr); }), MAPI_E_NOT_INITIALIZED);
 }
 
-TEST(Mem, TheAnswerToTheQuestionIsTheAllocator)
+TEST(Mem, TheQueriedInterfaceAllocates)
 {
     WabObject inner;
     WabObject outer;
@@ -265,7 +265,7 @@ TEST(Mem, TheAnswerToTheQuestionIsTheAllocator)
     EXPECT_EQ(inner.references, 1);
 }
 
-TEST(Mem, BindingAnotherWabObjectReleasesTheFirst)
+TEST(Mem, BindingAnotherReleasesTheFirst)
 {
     WabObject first;
     WabObject second;
@@ -277,7 +277,7 @@ TEST(Mem, BindingAnotherWabObjectReleasesTheFirst)
     EXPECT_EQ(second.references, 1);
 }
 
-TEST(Mem, AWabObjectWithoutTheInterfaceLeavesNoneBound)
+TEST(Mem, AMissingWabInterfaceBindsNothing)
 {
     WabObject first;
     WabObject refusing;
@@ -289,7 +289,7 @@ TEST(Mem, AWabObjectWithoutTheInterfaceLeavesNoneBound)
     EXPECT_EQ(ThrownBy([] { Zeb_MemAllocate(8, nullptr); }), MAPI_E_NOT_INITIALIZED);
 }
 
-TEST(Mem, AWabObjectThatFailsOtherwiseRaisesAndLeavesNoneBound)
+TEST(Mem, AFailingWabObjectRaises)
 {
     WabObject first;
     WabObject failing;
@@ -300,7 +300,7 @@ TEST(Mem, AWabObjectThatFailsOtherwiseRaisesAndLeavesNoneBound)
     EXPECT_EQ(ThrownBy([] { Zeb_MemAllocate(8, nullptr); }), MAPI_E_NOT_INITIALIZED);
 }
 
-TEST(Mem, PropCopyMoreGoesToMapiWithTheBoundAllocator)
+TEST(Mem, PropCopyMorePassesBoundAllocators)
 {
     MapiMemory memory;
     EntryPointScope scope(EntryPoint::PropCopyMore, reinterpret_cast<void*>(&RecordPropCopyMore));
@@ -317,7 +317,7 @@ TEST(Mem, PropCopyMoreGoesToMapiWithTheBoundAllocator)
     EXPECT_EQ(ThrownBy([&] { Zeb_PropCopyMore(&dest, &src, &parent); }), MAPI_E_NOT_ENOUGH_MEMORY);
 }
 
-TEST(Mem, PropCopyMoreWithOnlyAWabBoundHandsOverNoAllocator)
+TEST(Mem, PropCopyMoreIgnoresWabAllocators)
 {
     WabObject wab;
     Zeb_MemInitialize(&wab);
@@ -330,7 +330,7 @@ TEST(Mem, PropCopyMoreWithOnlyAWabBoundHandsOverNoAllocator)
     Zeb_MemUninitialize();
 }
 
-TEST(Mem, WithoutAProviderPropCopyMoreFailsAndFreeProwsDoesNothing)
+TEST(Mem, PropCopyMoreNeedsAProvider)
 {
     SPropValue value = {};
     EXPECT_EQ(ThrownBy([&] { Zeb_PropCopyMore(&value, &value, nullptr); }), MAPI_E_CALL_FAILED);

@@ -98,7 +98,7 @@ using OwnOperations = LibraryFixture;
 
 } // namespace
 
-TEST_F(OwnOperations, AStartAsksWhetherOneFailedAndIsTheDerivedClasss)
+TEST_F(OwnOperations, AStartAsksTheDerivedClass)
 {
     WatchedStart own;
     CZebAPI& base = own;
@@ -114,7 +114,7 @@ TEST_F(OwnOperations, AStartAsksWhetherOneFailedAndIsTheDerivedClasss)
     EXPECT_THAT(own.notes, ElementsAre("WasFailed"));
 }
 
-TEST_F(OwnOperations, AFailedStartAndAFailedLogonAreMarkedByTheDerivedClass)
+TEST_F(OwnOperations, TheDerivedClassMarksFailures)
 {
     WatchedStart own;
     CZebAPI& base = own;
@@ -126,7 +126,7 @@ TEST_F(OwnOperations, AFailedStartAndAFailedLogonAreMarkedByTheDerivedClass)
     EXPECT_THAT(own.notes, ElementsAre("SetWasFailed(true)"));
 }
 
-TEST_F(OwnOperations, AStopIsOfTheKindThatTheDerivedClassTells)
+TEST_F(OwnOperations, TheDerivedClassDecidesTheStop)
 {
     WatchedStart own;
     CZebAPI& base = own;
@@ -140,7 +140,7 @@ TEST_F(OwnOperations, AStopIsOfTheKindThatTheDerivedClassTells)
     EXPECT_THAT(own.notes, ElementsAre("IsWAB", "UninitializeWAB"));
 }
 
-TEST_F(OwnOperations, AStopUnloadsThroughTheDerivedClassAndLogsTheSessionOff)
+TEST_F(OwnOperations, AStopUsesTheDerivedClass)
 {
     WatchedUnload own;
     CZebAPI& base = own;
@@ -154,7 +154,7 @@ TEST_F(OwnOperations, AStopUnloadsThroughTheDerivedClassAndLogsTheSessionOff)
     EXPECT_THAT(own.notes, ElementsAre("IsWAB", "Unload"));
 }
 
-TEST_F(OwnOperations, AStartThatLacksAnEntryPointUnloadsThroughTheDerivedClass)
+TEST_F(OwnOperations, MissingEntryPointsUnloadThroughThem)
 {
     Install(ProviderFile::Undecorated().Remove("PropCopyMore"));
     WatchedUnload own;
@@ -163,7 +163,7 @@ TEST_F(OwnOperations, AStartThatLacksAnEntryPointUnloadsThroughTheDerivedClass)
     EXPECT_THAT(own.notes, ElementsAre("WasFailed", "Unload", "SetWasFailed(true)"));
 }
 
-TEST_F(OwnOperations, AStartThatLacksAnAllocatorUnloadsThroughTheDerivedClass)
+TEST_F(OwnOperations, AMissingAllocatorUnloadsThroughThem)
 {
     InstallChanging(ProviderFile::Undecorated());
     ProviderFile::Undecorated().Remove("MAPIAllocateMore").Save(Next());
@@ -173,7 +173,7 @@ TEST_F(OwnOperations, AStartThatLacksAnAllocatorUnloadsThroughTheDerivedClass)
     EXPECT_THAT(own.notes, ElementsAre("WasFailed", "Unload", "SetWasFailed(true)"));
 }
 
-TEST_F(OwnOperations, AStartThatTheProviderRefusesUnloadsThroughTheDerivedClass)
+TEST_F(OwnOperations, ARefusedStartUnloadsThroughThem)
 {
     Install(ProviderFile::Undecorated());
     provider.initialize = MAPI_E_BUSY;
@@ -183,7 +183,7 @@ TEST_F(OwnOperations, AStartThatTheProviderRefusesUnloadsThroughTheDerivedClass)
     EXPECT_THAT(own.notes, ElementsAre("WasFailed", "Unload", "SetWasFailed(true)"));
 }
 
-TEST_F(OwnOperations, ProfileAdministrationIsOpenedThroughTheLibrarysSlot)
+TEST_F(OwnOperations, TheLibraryOpensProfileAdministration)
 {
     const OwnAdminLibrary donor;
     unsigned char table[sizeof(void*)];
@@ -195,7 +195,7 @@ TEST_F(OwnOperations, ProfileAdministrationIsOpenedThroughTheLibrarysSlot)
     EXPECT_EQ(result, MAPI_E_BUSY);
 }
 
-TEST_F(OwnOperations, ProfileAdministrationClosesAndAssignsThroughTheDerivedClass)
+TEST_F(OwnOperations, TheDerivedClassClosesProfileAdministration)
 {
     Journal journal;
     RecordingProfAdmin admin(journal);

@@ -151,7 +151,7 @@ TEST_F(ProfileNames, AreOutlooksOwnWithOutlook15)
     EXPECT_EQ(std::string(CZebProfileNames().GetDefaultProfile()), "Gamma");
 }
 
-TEST_P(OutlookVersion, Is15WhereTheTextHoldsTheDigits)
+TEST_P(OutlookVersion, Is15WhereTextContains15)
 {
     const auto [version, is15] = GetParam();
     SetOutlookVersion(version);
@@ -172,7 +172,7 @@ INSTANTIATE_TEST_SUITE_P(Text, OutlookVersion,
                                            std::pair{"Outlook.Application.51", false}, std::pair{"1.5", false},
                                            std::pair{"1 5", false}, std::pair{"1", false}, std::pair{"", false}));
 
-TEST_F(ProfileNames, TheKeyOfTheVersionIsDecidedAtConstruction)
+TEST_F(ProfileNames, ConstructionDecidesTheVersionsKey)
 {
     AddProfiles(Subsystem, {"Alpha", "Beta"});
     AddProfiles(Outlook15Profiles, {"Gamma"});
@@ -184,7 +184,7 @@ TEST_F(ProfileNames, TheKeyOfTheVersionIsDecidedAtConstruction)
     EXPECT_THAT(All(), ElementsAre("Gamma"));
 }
 
-TEST_F(ProfileNames, AVersionThatIsNoTextCountsAsNone)
+TEST_F(ProfileNames, AVersionMustBeText)
 {
     RegistryKey::Create(RegistryRoot::ClassesRoot, "Outlook.Application\\CurVer").SetBinaryValue("", {'1', '5', 0});
     AddProfiles(Subsystem, {"subsystem"});
@@ -195,7 +195,7 @@ TEST_F(ProfileNames, AVersionThatIsNoTextCountsAsNone)
     EXPECT_THAT(All(), ElementsAre("subsystem")) << "only CurVer of the classes' root counts";
 }
 
-TEST_F(ProfileNames, ADefaultThatIsNoTextCountsAsNone)
+TEST_F(ProfileNames, ADefaultMustBeText)
 {
     RegistryKey::Create(RegistryRoot::CurrentUser, Subsystem).SetBinaryValue("DefaultProfile", {'x', 0});
     EXPECT_EQ(std::string(CZebProfileNames().GetDefaultProfile()), "");
@@ -203,7 +203,7 @@ TEST_F(ProfileNames, ADefaultThatIsNoTextCountsAsNone)
     EXPECT_EQ(std::string(CZebProfileNames().GetDefaultProfile()), "");
 }
 
-TEST_F(ProfileNames, AreTheSubKeysOnlyAndInTheRegistrysOrder)
+TEST_F(ProfileNames, AreSubKeysInRegistryOrder)
 {
     AddProfiles(Subsystem, {"Beta", "Alpha\\inner", "Gamma"});
     SetDefault(Subsystem, "Alpha");
@@ -217,7 +217,7 @@ TEST_F(ProfileNames, AreTheSubKeysOnlyAndInTheRegistrysOrder)
     EXPECT_EQ(All(), order);
 }
 
-TEST_F(ProfileNames, TheEndStaysTheEndUntilReset)
+TEST_F(ProfileNames, TheEndLastsUntilReset)
 {
     AddProfiles(Subsystem, {"Alpha", "Beta"});
     CZebProfileNames profiles;
@@ -231,7 +231,7 @@ TEST_F(ProfileNames, TheEndStaysTheEndUntilReset)
     EXPECT_EQ(std::string(name), "Alpha");
 }
 
-TEST_F(ProfileNames, TheVersionOfTheDefaultIsDecidedAfresh)
+TEST_F(ProfileNames, TheDefaultsVersionIsReadAgain)
 {
     SetDefault(Subsystem, "subsystem");
     SetDefault(Outlook15, "outlook");
@@ -241,14 +241,14 @@ TEST_F(ProfileNames, TheVersionOfTheDefaultIsDecidedAfresh)
     EXPECT_EQ(std::string(profiles.GetDefaultProfile()), "outlook");
 }
 
-TEST_F(ProfileNames, TheLibraryAsksThemForTheDefault)
+TEST_F(ProfileNames, TheLibraryTakesTheirDefault)
 {
     EXPECT_EQ(std::string(library.GetDefaultProfileName()), "");
     SetDefault(Subsystem, "Beta");
     EXPECT_EQ(std::string(library.GetDefaultProfileName()), "Beta");
 }
 
-TEST_F(ProfileNames, HasDefaultProfileSaysWhetherTheNameIsEmpty)
+TEST_F(ProfileNames, HasDefaultProfileChecksTheName)
 {
     EXPECT_FALSE(Zeb_HasDefaultProfile());
     SetDefault(Subsystem, "Beta");
@@ -258,7 +258,7 @@ TEST_F(ProfileNames, HasDefaultProfileSaysWhetherTheNameIsEmpty)
     EXPECT_TRUE(log.Lines().empty());
 }
 
-TEST_F(ProfileNames, HasDefaultProfileLogsWhatIsThrownAndSaysNo)
+TEST_F(ProfileNames, HasDefaultProfileLogsAnyException)
 {
     SetDefault(Subsystem, "Beta");
     bool has = true;
@@ -273,7 +273,7 @@ TEST_F(ProfileNames, HasDefaultProfileLogsWhatIsThrownAndSaysNo)
     EXPECT_EQ(log.Lines()[0].level, 1);
 }
 
-TEST_F(ProfileNames, HasDefaultProfileAsksTheVirtualOperationAndLogsEachKindOfException)
+TEST_F(ProfileNames, HasDefaultProfileAsksVirtualOperations)
 {
     const RaisingLibrary donor;
     const OperationsScope operations(library, donor);
@@ -295,7 +295,7 @@ TEST_F(ProfileNames, HasDefaultProfileAsksTheVirtualOperationAndLogsEachKindOfEx
     EXPECT_TRUE(log.Lines().empty());
 }
 
-TEST_F(ProfileNames, HasDefaultStaticProfileKeepsItsFirstAnswer)
+TEST_F(ProfileNames, HasDefaultStaticProfileKeepsAnswers)
 {
     SetDefault(Subsystem, "Beta");
     EXPECT_TRUE(Zeb_HasDefaultStaticProfile());
@@ -304,7 +304,7 @@ TEST_F(ProfileNames, HasDefaultStaticProfileKeepsItsFirstAnswer)
     EXPECT_TRUE(Zeb_HasDefaultStaticProfile());
 }
 
-TEST_F(ProfAdmin, IsHandedOutByTheStartedProvider)
+TEST_F(ProfAdmin, ComesFromTheStartedProvider)
 {
     provider.profAdmin = &admin;
     Start(ProviderFile::Undecorated());
@@ -318,7 +318,7 @@ TEST_F(ProfAdmin, IsHandedOutByTheStartedProvider)
     EXPECT_FALSE(library.WasFailed());
 }
 
-TEST_F(ProfAdmin, WithoutAProviderCanNotBeOpened)
+TEST_F(ProfAdmin, WithoutAProviderCannotBeOpened)
 {
     EXPECT_EQ(ThrownBy([] { CZebProfAdmin::Open(); }), MAPI_E_CALL_FAILED);
 }
@@ -354,7 +354,7 @@ TEST_F(ProfAdmin, AssigningSharesTheObject)
     EXPECT_TRUE(log.Lines().empty());
 }
 
-TEST_F(ProfAdmin, AssigningAnEmptyOneEmptiesAndWritesTwoLines)
+TEST_F(ProfAdmin, AssigningAnEmptyOneLogsTwice)
 {
     CZebProfAdmin target(&admin);
     target = CZebProfAdmin();
@@ -366,7 +366,7 @@ TEST_F(ProfAdmin, AssigningAnEmptyOneEmptiesAndWritesTwoLines)
                                                     "\"zebapi/session/Profiles.cpp\", Line: ")));
 }
 
-TEST_F(ProfAdmin, AssigningAsksTheOtherForTheInterface)
+TEST_F(ProfAdmin, AssigningQueriesTheOther)
 {
     CZebProfAdmin source(&admin);
     admin.NoteQueries();
@@ -380,7 +380,7 @@ TEST_F(ProfAdmin, AssigningAsksTheOtherForTheInterface)
     EXPECT_EQ(log.CountBeginning("EXCEPTION: Description: \"MAPI_E_INTERFACE_NOT_SUPPORTED\""), 1u);
 }
 
-TEST_F(ProfAdmin, TheTableIsReadThroughTheObjectsOwnOperation)
+TEST_F(ProfAdmin, TheTableComesFromOwnOperation)
 {
     class Own : public CZebProfAdmin
     {
@@ -425,7 +425,7 @@ TEST_F(ProfAdmin, AFailureCarriesTheObjectsError)
               1u);
 }
 
-TEST_F(ProfAdmin, TheFirstRowMarkedDefaultNamesTheProfile)
+TEST_F(ProfAdmin, TheFirstMarkedRowIsDefault)
 {
     table.m_rows = {Row("Alpha", false), Row("Beta", true), Row("Gamma", true)};
     EXPECT_EQ(std::string(CZebProfAdmin(&admin).GetDefaultProfileName()), "Beta");
@@ -434,7 +434,7 @@ TEST_F(ProfAdmin, TheFirstRowMarkedDefaultNamesTheProfile)
         << "every row as it comes, no columns set";
 }
 
-TEST_F(ProfAdmin, RowsWithoutTheMarkArePassedOver)
+TEST_F(ProfAdmin, RowsWithoutTheMarkAreSkipped)
 {
     table.m_rows = {
         {{PR_DISPLAY_NAME_A, 0, "Alpha"}},
@@ -443,7 +443,7 @@ TEST_F(ProfAdmin, RowsWithoutTheMarkArePassedOver)
     EXPECT_EQ(std::string(CZebProfAdmin(&admin).GetDefaultProfileName()), "Gamma");
 }
 
-TEST_F(ProfAdmin, AMarkOfAnotherTypeIsNoMark)
+TEST_F(ProfAdmin, AnotherTypesMarkIsNone)
 {
     table.m_rows = {{{PR_DISPLAY_NAME_A, 0, "Alpha"}, {PROP_TAG(PT_LONG, PROP_ID(PR_DEFAULT_PROFILE)), 1, ""}},
                     {{PR_DISPLAY_NAME_A, 0, "Beta"}, {PROP_TAG(PT_STRING8, PROP_ID(PR_DEFAULT_PROFILE)), 0, "yes"}},
@@ -451,7 +451,7 @@ TEST_F(ProfAdmin, AMarkOfAnotherTypeIsNoMark)
     EXPECT_EQ(std::string(CZebProfAdmin(&admin).GetDefaultProfileName()), "Gamma");
 }
 
-TEST_F(ProfAdmin, SuccessWithoutAnObjectIsAFailure)
+TEST_F(ProfAdmin, SuccessWithoutAnObjectFails)
 {
     Start(ProviderFile::Undecorated());
     EXPECT_EQ(ThrownBy([] { CZebProfAdmin::Open(); }), MAPI_E_CALL_FAILED);
@@ -459,14 +459,14 @@ TEST_F(ProfAdmin, SuccessWithoutAnObjectIsAFailure)
     EXPECT_FALSE(library.WasFailed());
 }
 
-TEST_F(ProfAdmin, SuccessWithoutATableIsAFailure)
+TEST_F(ProfAdmin, SuccessWithoutATableFails)
 {
     admin.m_table = nullptr;
     EXPECT_EQ(ThrownBy([this] { CZebProfAdmin(&admin).GetProfileTable(); }), MAPI_E_CALL_FAILED);
     EXPECT_EQ(ThrownBy([this] { CZebProfAdmin(&admin).GetDefaultProfileName(); }), MAPI_E_CALL_FAILED);
 }
 
-TEST_F(ProfAdmin, RowsThatVanishWhileTheyAreReadAreNoDefault)
+TEST_F(ProfAdmin, RowsThatVanishAreNoDefault)
 {
     table.m_rows = {Row("Alpha", false), Row("Beta", true)};
     table.m_whileReading = [this] { table.m_rows.resize(1); };
@@ -478,14 +478,14 @@ TEST_F(ProfAdmin, RowsThatVanishWhileTheyAreReadAreNoDefault)
         << "success without rows";
 }
 
-TEST_F(ProfAdmin, ATableThatCanNotBeReadThrows)
+TEST_F(ProfAdmin, AnUnreadableTableThrows)
 {
     table.m_rows = {Row("Beta", true)};
     table.Fail("QueryRows", MAPI_E_BUSY);
     EXPECT_EQ(ThrownBy([this] { CZebProfAdmin(&admin).GetDefaultProfileName(); }), MAPI_E_BUSY);
 }
 
-TEST_F(ProfAdmin, WithoutADefaultIsNotFoundWhereTheRegistryAnswersEmpty)
+TEST_F(ProfAdmin, WithoutADefaultIsNotFound)
 {
     table.m_rows = {Row("Alpha", false)};
     EXPECT_EQ(ThrownBy([this] { CZebProfAdmin(&admin).GetDefaultProfileName(); }), MAPI_E_NOT_FOUND);

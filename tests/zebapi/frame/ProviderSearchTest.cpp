@@ -64,7 +64,7 @@ TEST_F(ProviderSearch, OutlooksLibraryIsTakenFirst)
     EXPECT_EQ(report.candidates[0].found.resolved, path);
 }
 
-TEST_F(ProviderSearch, TheExportedFunctionGivesPathAndSpelling)
+TEST_F(ProviderSearch, TheExportGivesPathAndSpelling)
 {
     RegisterOutlook(Library("outlook.dll", ProviderFile::Decorated()));
     EnumOfficeBitness bitness = OfficeBitnessNone;
@@ -72,7 +72,7 @@ TEST_F(ProviderSearch, TheExportedFunctionGivesPathAndSpelling)
     EXPECT_EQ(bitness, OfficeBitness32);
 }
 
-TEST_F(ProviderSearch, NothingAnywhereGivesAnEmptyPathAndNoSpelling)
+TEST_F(ProviderSearch, NothingFoundGivesAnEmptyPath)
 {
     const ProviderReport report = Search();
     EXPECT_EQ(report.path, "");
@@ -93,7 +93,7 @@ TEST_F(ProviderSearch, NothingAnywhereGivesAnEmptyPathAndNoSpelling)
     EXPECT_FALSE(report.candidates[2].found.loadError.empty());
 }
 
-TEST_F(ProviderSearch, AnOutlookLibraryThatDoesNotLoadIsPassedOver)
+TEST_F(ProviderSearch, OutlooksUnloadableLibraryIsSkipped)
 {
     const std::string path = TextFile("outlook.dll");
     RegisterOutlook(path);
@@ -105,7 +105,7 @@ TEST_F(ProviderSearch, AnOutlookLibraryThatDoesNotLoadIsPassedOver)
                             Plain("Unable to load '" + path + "'"), Progress("Checking common MAPI: ")));
 }
 
-TEST_F(ProviderSearch, AnOutlookLibraryOfTheCurrentFolderIsPassedOver)
+TEST_F(ProviderSearch, OutlooksRelativeLibraryIsSkipped)
 {
     Library("sub/outlook.dll", ProviderFile::Undecorated());
     const CurrentFolder here(folder.Path());
@@ -120,7 +120,7 @@ TEST_F(ProviderSearch, AnOutlookLibraryOfTheCurrentFolderIsPassedOver)
     EXPECT_EQ(log.CountBeginning("Unable to load 'sub\\outlook.dll'"), 1u);
 }
 
-TEST_F(ProviderSearch, ACommonFolderBelowTheCurrentFolderIsPassedOver)
+TEST_F(ProviderSearch, ARelativeCommonFolderIsSkipped)
 {
     Library("System/Mapi/1033/MAPI32.DLL", ProviderFile::Undecorated());
     const CurrentFolder here(folder.Path());
@@ -137,7 +137,7 @@ TEST_F(ProviderSearch, VariablesInOutlooksPathAreExpanded)
     EXPECT_EQ(Search().path, path);
 }
 
-TEST_F(ProviderSearch, AnOutlookLibraryThatIsNoProviderIsPassedOver)
+TEST_F(ProviderSearch, OutlooksNonProviderIsSkipped)
 {
     RegisterOutlook(Library("outlook.dll", ProviderFile::Undecorated().Remove("RTFSync")));
     const ProviderReport report = Search();
@@ -146,7 +146,7 @@ TEST_F(ProviderSearch, AnOutlookLibraryThatIsNoProviderIsPassedOver)
     EXPECT_STREQ(report.candidates[0].found.missingUndecorated, "RTFSync");
 }
 
-TEST_F(ProviderSearch, AnOutlookKeyWithoutThePathIsClassifiedAsTheEmptyPath)
+TEST_F(ProviderSearch, OutlooksMissingPathIsEmpty)
 {
     platform::RegistryKey::Create(RegistryRoot::LocalMachine, OutlookClientKey);
     const ProviderReport report = Search();
@@ -158,7 +158,7 @@ TEST_F(ProviderSearch, AnOutlookKeyWithoutThePathIsClassifiedAsTheEmptyPath)
     EXPECT_EQ(report.candidates[0].path, "");
 }
 
-TEST_F(ProviderSearch, TheCommonFolderIsTakenWithoutALineOfItsOwn)
+TEST_F(ProviderSearch, TheCommonFolderWritesNoLine)
 {
     const std::string common = folder.Path() + "\\";
     RegisterCommonFiles(common);
@@ -176,7 +176,7 @@ TEST_F(ProviderSearch, TheCommonFolderIsTakenWithoutALineOfItsOwn)
               "HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion, value CommonFilesDir");
 }
 
-TEST_F(ProviderSearch, TheCommonFolderIsFoundByTheExportedFunctionToo)
+TEST_F(ProviderSearch, TheExportFindsTheCommonFolder)
 {
     const std::string common = folder.Path() + "\\";
     RegisterCommonFiles(common);
@@ -186,7 +186,7 @@ TEST_F(ProviderSearch, TheCommonFolderIsFoundByTheExportedFunctionToo)
     EXPECT_EQ(bitness, OfficeBitness32);
 }
 
-TEST_F(ProviderSearch, TheNtFolderBelowTheCommonOneComesNext)
+TEST_F(ProviderSearch, TheNtFolderComesNext)
 {
     const std::string common = folder.Path() + "\\";
     RegisterCommonFiles(common);
@@ -206,7 +206,7 @@ TEST_F(ProviderSearch, TheNtFolderBelowTheCommonOneComesNext)
     EXPECT_EQ(report.candidates[2].step, ProviderStep::CommonSubfolder);
 }
 
-TEST_F(ProviderSearch, OlderSystemsHaveA95FolderInstead)
+TEST_F(ProviderSearch, OlderSystemsHaveA95Folder)
 {
     isNT = false;
     RegisterCommonFiles(folder.Path() + "\\");
@@ -216,7 +216,7 @@ TEST_F(ProviderSearch, OlderSystemsHaveA95FolderInstead)
     EXPECT_EQ(Search().path, folder.Path() + "\\System\\Mapi\\1033\\95\\MAPI32.DLL");
 }
 
-TEST_F(ProviderSearch, CommonFilesWithoutATrailingBackslashIsJoinedAsItStands)
+TEST_F(ProviderSearch, CommonFilesIsJoinedUnchanged)
 {
     RegisterCommonFiles(folder.Path());
     Library("System/Mapi/1033/MAPI32.DLL", ProviderFile::Undecorated());
@@ -241,7 +241,7 @@ TEST_F(ProviderSearch, TheSystemsLibraryComesLast)
                             Progress("System MAPI is correct: MAPI32.DLL")));
 }
 
-TEST_F(ProviderSearch, TheFirstQualifierThatIsAnsweredNamesTheFolder)
+TEST_F(ProviderSearch, TheFirstQualifierNamesTheFolder)
 {
     InstallStub();
     const std::string office = Library("office/mapi.dll", ProviderFile::Undecorated());
@@ -281,7 +281,7 @@ TEST_F(ProviderSearch, NoQualifierIsAskedLast)
     EXPECT_STREQ(provider.componentQualifiers[2], "(null)");
 }
 
-TEST_F(ProviderSearch, OfficesFolderGoesBeforeTheCommonFilesFolder)
+TEST_F(ProviderSearch, OfficesFolderPrecedesCommonFiles)
 {
     InstallStub();
     RegisterCommonFiles(folder.Path() + "\\");
@@ -292,7 +292,7 @@ TEST_F(ProviderSearch, OfficesFolderGoesBeforeTheCommonFilesFolder)
     EXPECT_EQ(log.CountBeginning("Checking common MAPI: " + folder.File("office") + "\\"), 1u);
 }
 
-TEST_F(ProviderSearch, ThreeRefusalsLeadToTheCommonFilesFolder)
+TEST_F(ProviderSearch, ThreeRefusalsLeadToCommonFiles)
 {
     InstallStub();
     RegisterCommonFiles(folder.Path() + "\\");
@@ -301,7 +301,7 @@ TEST_F(ProviderSearch, ThreeRefusalsLeadToTheCommonFilesFolder)
     EXPECT_EQ(provider.componentCalls, 3);
 }
 
-TEST_F(ProviderSearch, AnEmptyPathCountsAsARefusal)
+TEST_F(ProviderSearch, AnEmptyPathIsARefusal)
 {
     InstallStub();
     provider.componentPaths[0] = "";
@@ -315,7 +315,7 @@ TEST_F(ProviderSearch, AnEmptyPathCountsAsARefusal)
                                                         "mapistub.dll knows no MAPI component, and there is no"));
 }
 
-TEST_F(ProviderSearch, AComponentWithoutAFolderNamesNone)
+TEST_F(ProviderSearch, AComponentMayHaveNoFolder)
 {
     InstallStub();
     provider.componentPaths[0] = "mapi.dll";
@@ -331,7 +331,7 @@ TEST_F(ProviderSearch, AComponentWithoutAFolderNamesNone)
                            "mapistub.dll gives no folder but 'mapi.dll', and there is no HKEY_LOCAL_MACHINE"));
 }
 
-TEST_F(ProviderSearch, APathThatFillsTheBufferIsReadNoFurther)
+TEST_F(ProviderSearch, PathsEndWithTheBuffer)
 {
     InstallStub();
     const std::string office = folder.Path() + "\\" + std::string(300, 'x');
@@ -340,7 +340,7 @@ TEST_F(ProviderSearch, APathThatFillsTheBufferIsReadNoFurther)
     EXPECT_EQ(Search().path, folder.Path() + "\\MAPI32.DLL");
 }
 
-TEST_F(ProviderSearch, WithoutAStubTheSystemsLibraryIsAskedForTheComponent)
+TEST_F(ProviderSearch, WithoutAStubTheSystemAnswers)
 {
     InstallStub("mapi32.dll");
     const std::string office = folder.File("office/mapi.dll");
@@ -351,7 +351,7 @@ TEST_F(ProviderSearch, WithoutAStubTheSystemsLibraryIsAskedForTheComponent)
     EXPECT_EQ(report.candidates.back().origin, "FGetComponentPath of mapi32.dll");
 }
 
-TEST_F(ProviderSearch, AStubWithoutTheFunctionIsTheEndOfThatWay)
+TEST_F(ProviderSearch, AStubMayLackTheFunction)
 {
     Library("system/mapistub.dll", ProviderFile::Undecorated().Remove("FGetComponentPath"));
     const std::string office = folder.File("office/mapi.dll");
@@ -370,7 +370,7 @@ TEST_F(ProviderSearch, TheStubIsUnloadedAgain)
     EXPECT_GT(provider.loads, 0);
 }
 
-TEST(ProviderSearchMachine, TheSystemFolderEndsInOneBackslash)
+TEST(ProviderSearchMachine, TheSystemFolderEndsInBackslash)
 {
     const std::string path = GetSystemDir();
     ASSERT_GT(path.size(), 2u);

@@ -55,7 +55,7 @@ protected:
 
 } // namespace
 
-TEST_F(WabStart, OpensTheAddressBookOfTheRegisteredLibrary)
+TEST_F(WabStart, OpensTheRegisteredLibrarysAddressBook)
 {
     StartWab();
     EXPECT_TRUE(library.IsWAB());
@@ -92,7 +92,7 @@ TEST_F(WabStart, StoppingReleasesEverything)
     ExpectNothingLoaded();
 }
 
-TEST_F(WabStart, AnInstanceThatEndsStartedReleasesEverything)
+TEST_F(WabStart, AnEndingInstanceReleasesEverything)
 {
     RegisterWab(Library("wab32.dll", ProviderFile::Undecorated()));
     {
@@ -106,7 +106,7 @@ TEST_F(WabStart, AnInstanceThatEndsStartedReleasesEverything)
     ExpectNothingLoaded();
 }
 
-TEST_F(WabStart, HandsOutTheAddressBookThatItOpened)
+TEST_F(WabStart, HandsOutItsOpenAddressBook)
 {
     StartWab();
     {
@@ -118,7 +118,7 @@ TEST_F(WabStart, HandsOutTheAddressBookThatItOpened)
     EXPECT_EQ(wab.references, 2);
 }
 
-TEST_F(WabStart, AnotherInstanceIsOpenedWithItsOwnWabObject)
+TEST_F(WabStart, AnotherInstanceHasItsOwnObject)
 {
     StartWab();
     {
@@ -135,13 +135,13 @@ TEST_F(WabStart, AnotherInstanceIsOpenedWithItsOwnWabObject)
     EXPECT_EQ(ThrownBy([this] { library.GetWABAddressBook(true); }), MAPI_E_NO_ACCESS);
 }
 
-TEST_F(WabStart, WithoutALibraryThereIsNoAddressBook)
+TEST_F(WabStart, WithoutALibraryHasNoBook)
 {
     EXPECT_FALSE(library.GetWABAddressBook(false).IsValid());
     EXPECT_EQ(ThrownBy([this] { library.GetWABAddressBook(true); }), MAPI_E_VERSION);
 }
 
-TEST_F(WabStart, MapisUtilitiesAreNotThereAndALogonFails)
+TEST_F(WabStart, MapiUtilitiesAndLogonFail)
 {
     StartWab();
     EXPECT_EQ(zeb::HrQueryAllRows(nullptr, nullptr, nullptr, nullptr, 0, nullptr), MAPI_E_CALL_FAILED);
@@ -150,7 +150,7 @@ TEST_F(WabStart, MapisUtilitiesAreNotThereAndALogonFails)
     EXPECT_EQ(ThrownBy([this] { library.OpenSession(nullptr, nullptr); }), MAPI_E_CALL_FAILED);
 }
 
-TEST_F(WabStart, UnloadingWithoutAKnownSpellingLeavesTheEntryPoints)
+TEST_F(WabStart, UnknownSpellingLeavesTheEntryPoints)
 {
     // A start without a provider leaves no bitness set.
     ThrownBy([this] { library.Initialize(false); });
@@ -168,7 +168,7 @@ TEST_F(WabStart, WithoutARegisteredLibraryFails)
     ExpectNothingLoaded();
 }
 
-TEST_F(WabStart, WithALibraryThatDoesNotLoadFails)
+TEST_F(WabStart, WithAnUnloadableLibraryFails)
 {
     RegisterWab(TextFile("wab32.dll"));
     EXPECT_EQ(ThrownBy([this] { library.Initialize(true); }), MAPI_E_CALL_FAILED);
@@ -176,7 +176,7 @@ TEST_F(WabStart, WithALibraryThatDoesNotLoadFails)
     ExpectNothingLoaded();
 }
 
-TEST_F(WabStart, ALibraryWithoutWabOpenIsRefusedAndUnloaded)
+TEST_F(WabStart, ALibraryNeedsWabOpen)
 {
     const std::string path = RegisterWab(Library("wab32.dll", ProviderFile::Undecorated().Remove("WABOpen")));
     EXPECT_EQ(ThrownBy([this] { library.Initialize(true); }), MAPI_E_VERSION);
@@ -185,7 +185,7 @@ TEST_F(WabStart, ALibraryWithoutWabOpenIsRefusedAndUnloaded)
     ExpectNothingLoaded();
 }
 
-TEST_F(WabStart, AFailingWabOpenLeavesTheLibraryUntilTheNextStop)
+TEST_F(WabStart, FailedWabOpenKeepsTheLibrary)
 {
     provider.wabOpen = MAPI_E_NOT_FOUND;
     RegisterWab(Library("wab32.dll", ProviderFile::Undecorated()));
@@ -199,7 +199,7 @@ TEST_F(WabStart, AFailingWabOpenLeavesTheLibraryUntilTheNextStop)
     ExpectNothingLoaded();
 }
 
-TEST_F(WabStart, WhatAFailingWabOpenGaveIsReleased)
+TEST_F(WabStart, FailedWabOpensObjectsAreReleased)
 {
     provider.wabOpen = MAPI_E_NOT_FOUND;
     provider.handsOutOnFailure = true;
@@ -210,7 +210,7 @@ TEST_F(WabStart, WhatAFailingWabOpenGaveIsReleased)
     EXPECT_FALSE(library.GetWABAddressBook(false).IsValid());
 }
 
-TEST_F(WabStart, AnAllocatorThatRefusesLeavesNoAddressBook)
+TEST_F(WabStart, ARefusingAllocatorLeavesNoBook)
 {
     wab.answer = E_FAIL;
     RegisterWab(Library("wab32.dll", ProviderFile::Undecorated()));
@@ -227,7 +227,7 @@ TEST_F(WabStart, AnAllocatorThatRefusesLeavesNoAddressBook)
     EXPECT_EQ(book.References(), 1u);
 }
 
-TEST_F(WabStart, SuccessWithoutAnObjectIsAFailure)
+TEST_F(WabStart, SuccessWithoutAnObjectFails)
 {
     RegisterWab(Library("wab32.dll", ProviderFile::Undecorated()));
     provider.addressBook = nullptr;
@@ -244,7 +244,7 @@ TEST_F(WabStart, SuccessWithoutAnObjectIsAFailure)
     EXPECT_EQ(wab.references, 2) << "the binding's";
 }
 
-TEST_F(WabStart, VariablesInTheRegisteredPathAreExpanded)
+TEST_F(WabStart, VariablesInThePathAreExpanded)
 {
     Library("wab32.dll", ProviderFile::Undecorated());
     const EnvironmentScope variable("ZEB_TEST_FOLDER", folder.Path());
@@ -254,7 +254,7 @@ TEST_F(WabStart, VariablesInTheRegisteredPathAreExpanded)
     EXPECT_TRUE(library.IsWAB());
 }
 
-TEST_F(WabStart, ALibraryOfTheCurrentFolderIsNotLoaded)
+TEST_F(WabStart, ARelativeLibraryIsNotLoaded)
 {
     Library("sub/wab32.dll", ProviderFile::Undecorated());
     const CurrentFolder here(folder.Path());
@@ -308,7 +308,7 @@ TEST_F(WabStart, AnyExceptionIsAFailedStart)
     FAIL() << "never had enough memory";
 }
 
-TEST_F(WabStart, MayBeTriedAfterAFailedMapiStart)
+TEST_F(WabStart, MayFollowAFailedMapiStart)
 {
     provider.initialize = MAPI_E_CALL_FAILED;
     Install(ProviderFile::Undecorated());

@@ -75,7 +75,7 @@ TEST_F(AddressBook, IsOneOfItsType)
     EXPECT_EQ(Raised([] { OpenBook().GetAddrBook(); }), E_POINTER);
 }
 
-TEST_F(AddressBook, CopiesCarryBothExtraReferencesAndFreeReleasesThem)
+TEST_F(AddressBook, CopiesHoldBothExtraReferences)
 {
     m_book.SetSession(&m_session);
     m_book.SetWABObject(&m_wabObject);
@@ -98,7 +98,7 @@ TEST_F(AddressBook, CopiesCarryBothExtraReferencesAndFreeReleasesThem)
     EXPECT_EQ(m_session.References() + m_wabObject.References() + m_double.References(), 0u);
 }
 
-TEST_F(AddressBook, AHeldSessionOpensEntriesAndPassesNoMarkingOn)
+TEST_F(AddressBook, AHeldSessionOpensEntriesUnmarked)
 {
     m_book.SetSession(&m_session);
     CZebMailUser user;
@@ -107,7 +107,7 @@ TEST_F(AddressBook, AHeldSessionOpensEntriesAndPassesNoMarkingOn)
     EXPECT_FALSE(user.IsWAB());
 }
 
-TEST_F(AddressBook, InTheWABTheAddressBookOpensEntriesItself)
+TEST_F(AddressBook, AWabBookOpensEntriesItself)
 {
     m_book.SetSession(&m_session);
     m_book.MarkWAB();
@@ -117,7 +117,7 @@ TEST_F(AddressBook, InTheWABTheAddressBookOpensEntriesItself)
     EXPECT_TRUE(user.IsWAB());
 }
 
-TEST_F(AddressBook, WithoutASessionTheAddressBookOpensEntriesItself)
+TEST_F(AddressBook, WithoutSessionItOpensEntriesItself)
 {
     CZebDistList list;
     m_book.OpenEntry(ID("list"), list, 0);
@@ -130,7 +130,7 @@ TEST_F(AddressBook, WithoutASessionTheAddressBookOpensEntriesItself)
               "Ver:1, Error:closed, Component:book, LowLewelError:2, Context:3 \n");
 }
 
-TEST_F(AddressBook, AnEmptyOneLeavesTheTargetAlone)
+TEST_F(AddressBook, AnEmptyOneLeavesTheTarget)
 {
     CZebAddressBook empty;
     CZebMailUser user(&m_user);
@@ -141,7 +141,7 @@ TEST_F(AddressBook, AnEmptyOneLeavesTheTargetAlone)
     EXPECT_EQ(Raised([&] { empty.OpenMainContainer(nullptr); }), E_POINTER);
 }
 
-TEST_F(AddressBook, TheRootIsOpenedByAnIdentifierWithoutBytes)
+TEST_F(AddressBook, NoBytesOpenTheRoot)
 {
     m_book.MarkWAB();
     CZebABContainer root = m_book.OpenRootContainer(0x10);
@@ -151,7 +151,7 @@ TEST_F(AddressBook, TheRootIsOpenedByAnIdentifierWithoutBytes)
     EXPECT_FALSE(root.IsMAPITypeAcceptable(MAPI_FOLDER));
 }
 
-TEST_F(AddressBook, ARootThatIsNoContainerIsRefused)
+TEST_F(AddressBook, ARootMustBeAContainer)
 {
     m_double.m_openable.Add("", &m_list, MAPI_DISTLIST);
     EXPECT_EQ(Thrown([&] { m_book.OpenRootContainer(0); }), MAPI_E_INVALID_TYPE);
@@ -166,7 +166,7 @@ TEST_F(AddressBook, TheDefaultDirectoryIsAskedFor)
     EXPECT_EQ(Thrown([&] { m_book.GetDefaultDirEntryID(); }), MAPI_E_NOT_FOUND);
 }
 
-TEST_F(AddressBook, NoTextAndEmptyTextOpenTheDefaultDirectory)
+TEST_F(AddressBook, NoTextMeansTheDefaultDirectory)
 {
     const Lines expected = {"book: GetDefaultDir()", "book: OpenEntry(646972,IMAPIContainer,0x10)"};
     EXPECT_TRUE(m_book.OpenMainContainer(nullptr).IsValid());
@@ -177,7 +177,7 @@ TEST_F(AddressBook, NoTextAndEmptyTextOpenTheDefaultDirectory)
     EXPECT_EQ(Calls(), (Lines{expected[1]}));
 }
 
-TEST_F(AddressBook, AContactsFolderIsOpenedThroughTheSession)
+TEST_F(AddressBook, TheSessionOpensAContactsFolder)
 {
     m_book.SetSession(&m_session);
     const std::string id = ContactID(3, "folder");
@@ -186,7 +186,7 @@ TEST_F(AddressBook, AContactsFolderIsOpenedThroughTheSession)
     EXPECT_EQ(m_contacts.References(), 1u);
 }
 
-TEST_F(AddressBook, AContactThatIsNoFolderIsOpenedAsItIs)
+TEST_F(AddressBook, AnotherContactOpensAsItself)
 {
     m_book.SetSession(&m_session);
     for (char type : {4, 5})
@@ -198,7 +198,7 @@ TEST_F(AddressBook, AContactThatIsNoFolderIsOpenedAsItIs)
     }
 }
 
-TEST_F(AddressBook, AContactsFolderThatWrapsNothingIsAnInvalidIdentifier)
+TEST_F(AddressBook, AnEmptyContactsFolderIsInvalid)
 {
     m_book.SetSession(&m_session);
     const std::string id = ContactID(3, "");
@@ -206,13 +206,13 @@ TEST_F(AddressBook, AContactsFolderThatWrapsNothingIsAnInvalidIdentifier)
     EXPECT_TRUE(Calls().empty());
 }
 
-TEST_F(AddressBook, AContactsFolderWithoutASessionRaisesAComError)
+TEST_F(AddressBook, AContactsFolderNeedsASession)
 {
     const std::string id = ContactID(3, "folder");
     EXPECT_EQ(Raised([&] { m_book.OpenContainer(IDOf(id), 0); }), E_POINTER);
 }
 
-TEST_F(AddressBook, ComparesTextsInTheWABWithoutRegardToCase)
+TEST_F(AddressBook, AWabComparesTextsIgnoringCase)
 {
     m_book.MarkWAB();
     EXPECT_TRUE(m_book.CompareEntryIDs("00AB", "00ab"));
@@ -221,7 +221,7 @@ TEST_F(AddressBook, ComparesTextsInTheWABWithoutRegardToCase)
     EXPECT_TRUE(Calls().empty());
 }
 
-TEST_F(AddressBook, ComparesThroughTheSessionOtherwiseAlsoEmptyTexts)
+TEST_F(AddressBook, OtherwiseTheSessionComparesTexts)
 {
     EXPECT_EQ(Raised([&] { m_book.CompareEntryIDs("00AB", "00ab"); }), E_POINTER);
     m_book.SetSession(&m_session);
@@ -249,7 +249,7 @@ TEST_F(AddressBook, ItemsAreMessagesUsersAndLists)
     EXPECT_FALSE(item.IsValid());
 }
 
-TEST_F(AddressBook, ItemsConvertIntoTheSpecificWrappersAndBack)
+TEST_F(AddressBook, ItemsConvertToWrappersAndBack)
 {
     m_book.MarkWAB();
     CZebABItem item(&m_user);
@@ -271,7 +271,7 @@ TEST_F(AddressBook, ItemsConvertIntoTheSpecificWrappersAndBack)
     EXPECT_FALSE(static_cast<CZebMailUser>(CZebABItem()).IsValid());
 }
 
-TEST_F(AddressBook, OpeningTheRootAndTheMainContainerIsMeasured)
+TEST_F(AddressBook, OpeningMainContainersIsMeasured)
 {
     std::vector<std::string> measured;
     CTimeProfile::SetReporter([&](const char* name, double) { measured.emplace_back(name); });
@@ -285,13 +285,13 @@ TEST_F(AddressBook, OpeningTheRootAndTheMainContainerIsMeasured)
                                         "CZebAddressBook::OpenMainContainer"}));
 }
 
-TEST_F(AddressBook, OutsideTheWABTheRootIsNotMarked)
+TEST_F(AddressBook, OutsideTheWabRootsAreUnmarked)
 {
     EXPECT_FALSE(m_book.OpenRootContainer(0).IsWAB());
     EXPECT_FALSE(m_book.OpenContainer(ID("dir"), 0).IsWAB());
 }
 
-TEST_F(AddressBook, InTheWABContainersAreMarkedButAContactsFolderOfTheSessionIsNot)
+TEST_F(AddressBook, WabMarksContainersButNotContacts)
 {
     m_book.SetSession(&m_session);
     m_book.MarkWAB();
@@ -302,7 +302,7 @@ TEST_F(AddressBook, InTheWABContainersAreMarkedButAContactsFolderOfTheSessionIsN
     EXPECT_EQ(Calls(), (Lines{"session: OpenEntry(666F6C646572,IMAPIContainer,0x0)"}));
 }
 
-TEST_F(AddressBook, ADerivedAddressBooksOperationsAreUsedByTheOthers)
+TEST_F(AddressBook, OverriddenOperationsApplyToTheOthers)
 {
     class Derived : public OpenBook
     {
@@ -337,7 +337,7 @@ TEST_F(AddressBook, ADerivedAddressBooksOperationsAreUsedByTheOthers)
     EXPECT_EQ(book.calls, (Lines{"GetAddrBook"}));
 }
 
-TEST_F(AddressBook, AContactsFolderThatWrapsACutIdentifierIsTheSessionsToJudge)
+TEST_F(AddressBook, TheSessionJudgesCutWrappedIdentifiers)
 {
     m_book.SetSession(&m_session);
     m_session.Fail("OpenEntry", MAPI_E_INVALID_ENTRYID);
@@ -346,7 +346,7 @@ TEST_F(AddressBook, AContactsFolderThatWrapsACutIdentifierIsTheSessionsToJudge)
     EXPECT_EQ(Calls(), (Lines{"session: OpenEntry(666F6C,IMAPIContainer,0x0)"}));
 }
 
-TEST_F(AddressBook, FreeingClearsTheMarkingWithTheRest)
+TEST_F(AddressBook, FreeingClearsTheMarking)
 {
     m_book.SetSession(&m_session);
     m_book.MarkWAB();
@@ -356,7 +356,7 @@ TEST_F(AddressBook, FreeingClearsTheMarkingWithTheRest)
     EXPECT_EQ(Caught(), 0u);
 }
 
-TEST_F(AddressBook, OneOfTheWABOpenedIntoItselfKeepsItsMarking)
+TEST_F(AddressBook, OpenedIntoItselfKeepsItsMarking)
 {
     m_double.m_openable.Add("self", &m_double, MAPI_ADDRBOOK);
     m_book.MarkWAB();
@@ -365,7 +365,7 @@ TEST_F(AddressBook, OneOfTheWABOpenedIntoItselfKeepsItsMarking)
     EXPECT_TRUE(m_book.IsWAB());
 }
 
-TEST_F(AddressBook, AFailedComparisonNamesTheAddressBookAndCarriesTheSessionsError)
+TEST_F(AddressBook, AFailedComparisonCarriesTheError)
 {
     m_book.SetSession(&m_session);
     m_session.m_error = "no comparison";

@@ -71,7 +71,7 @@ TEST_F(AdviseSink, EachEventReachesItsOperation)
                      "modified 0x8", "modified 0x9", "reload common", "modified 0xA"}));
 }
 
-TEST_F(AdviseSink, ASinkWithoutADelegateAcceptsEverything)
+TEST_F(AdviseSink, WithoutADelegateAcceptsEverything)
 {
     auto* sink = new CAdviseSink(nullptr);
     NOTIFICATION notification = Event(TABLE_CHANGED);
@@ -80,7 +80,7 @@ TEST_F(AdviseSink, ASinkWithoutADelegateAcceptsEverything)
     EXPECT_EQ(sink->Release(), 0u);
 }
 
-TEST_F(AdviseSink, OnlyTableEventsOfABatchReachTheDelegate)
+TEST_F(AdviseSink, OnlyTableEventsReachTheDelegate)
 {
     auto* sink = new CAdviseSink(&m_listener);
     NOTIFICATION batch[] = {Event(TABLE_ROW_ADDED), Event(TABLE_ROW_DELETED, fnevNewMail), Event(TABLE_SORT_DONE)};
@@ -108,7 +108,7 @@ TEST_F(AdviseSink, AnswersForItsTwoInterfaces)
     EXPECT_EQ(sink->Release(), 0u);
 }
 
-TEST_F(AdviseSink, CopiesCopyTheCountAndTheDelegate)
+TEST_F(AdviseSink, CopiesCopyCountAndDelegate)
 {
     auto* sink = new CAdviseSink(&m_listener);
     sink->AddRef();
@@ -126,7 +126,7 @@ TEST_F(AdviseSink, CopiesCopyTheCountAndTheDelegate)
     EXPECT_EQ(sink->Release(), 0u);
 }
 
-TEST_F(AdviseSink, WhatADelegateThrowsIsLoggedAndTheNextEventGoesOn)
+TEST_F(AdviseSink, ADelegatesExceptionIsLogged)
 {
     auto* sink = new CAdviseSink(&m_listener);
     int calls = 0;
@@ -177,14 +177,14 @@ TEST_F(AdviseSink, UnadvisingTwiceUnregistersOnce)
     EXPECT_EQ(m_log.Lines().size(), 0u);
 }
 
-TEST_F(AdviseSink, ABinderWithoutATableIsIdle)
+TEST_F(AdviseSink, ABinderMayHaveNoTable)
 {
     CAdviseSinkBinder binder(&m_listener, nullptr);
     binder.Unadvise();
     EXPECT_TRUE(Calls().empty());
 }
 
-TEST_F(AdviseSink, AdvisingAnEmptyTableLogsAndEndsIdle)
+TEST_F(AdviseSink, AnEmptyTableEndsIdle)
 {
     CZebTable empty;
     CAdviseSinkBinder binder(&m_listener, &empty);
@@ -193,7 +193,7 @@ TEST_F(AdviseSink, AdvisingAnEmptyTableLogsAndEndsIdle)
     EXPECT_TRUE(Calls().empty());
 }
 
-TEST_F(AdviseSink, ARefusedRegistrationIsLoggedAndEndsIdle)
+TEST_F(AdviseSink, ARefusedRegistrationEndsIdle)
 {
     m_double.Fail("Advise", MAPI_E_NO_SUPPORT);
     CAdviseSinkBinder binder(&m_listener, &m_table);
@@ -203,7 +203,7 @@ TEST_F(AdviseSink, ARefusedRegistrationIsLoggedAndEndsIdle)
     EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)"}));
 }
 
-TEST_F(AdviseSink, AFailingUnregistrationIsLoggedAndNoDelegateIsCalledAfterIt)
+TEST_F(AdviseSink, AFailingUnregistrationIsLogged)
 {
     m_double.Fail("Unadvise", MAPI_E_NETWORK_ERROR);
     CAdviseSinkBinder binder(&m_listener, &m_table);
@@ -237,7 +237,7 @@ TEST_F(AdviseSink, FailuresAreLoggedWithTheirSource)
     EXPECT_NE(m_log.Texts().at(0).find("File: \"zebapi/tables/AdviseSink.cpp\""), std::string::npos);
 }
 
-TEST_F(AdviseSink, ASinkThatCannotBeAllocatedIsLoggedAndEndsIdle)
+TEST_F(AdviseSink, LackOfMemoryEndsIdle)
 {
     CAdviseSinkBinder binder(&m_listener, nullptr);
     {
@@ -262,7 +262,7 @@ TEST_F(AdviseSink, ACheckedRegistrationNotifies)
     EXPECT_EQ(m_log.Lines().size(), 0u);
 }
 
-TEST_F(AdviseSink, ACheckedRegistrationThrowsWhyItFailed)
+TEST_F(AdviseSink, ACheckedRegistrationThrowsItsFailure)
 {
     m_double.Fail("Advise", MAPI_E_NO_SUPPORT);
     m_double.m_error = "no notifications here";
@@ -278,7 +278,7 @@ TEST_F(AdviseSink, ACheckedRegistrationThrowsWhyItFailed)
     EXPECT_EQ(Calls(), Lines{});
 }
 
-TEST_F(AdviseSink, ACheckedRegistrationReportsThatMemoryIsOut)
+TEST_F(AdviseSink, CheckedRegistrationReportsLackOfMemory)
 {
     CAdviseSinkBinder binder(&m_listener, nullptr);
     HRESULT thrown = S_OK;
@@ -291,7 +291,7 @@ TEST_F(AdviseSink, ACheckedRegistrationReportsThatMemoryIsOut)
     EXPECT_EQ(m_double.References(), 1u);
 }
 
-TEST_F(AdviseSink, AFailingCheckedRegistrationMayBeEndedByItsNotification)
+TEST_F(AdviseSink, NotificationsMayEndACheckedRegistration)
 {
     auto binder = std::make_unique<CAdviseSinkBinder>(&m_listener, nullptr);
     m_double.Fail("Advise", MAPI_E_NO_SUPPORT);
@@ -319,7 +319,7 @@ TEST_F(AdviseSink, AdvisingAnotherTablePassesThroughIdle)
     EXPECT_TRUE(Calls().empty());
 }
 
-TEST_F(AdviseSink, ARefusalThatFillsTheConnectionIsNotUnregistered)
+TEST_F(AdviseSink, ARefusedConnectionIsNotUnregistered)
 {
     m_double.Fail("Advise", MAPI_E_NO_SUPPORT);
     m_double.m_fillsConnectionOnFailure = true;
@@ -348,7 +348,7 @@ TEST_F(AdviseSink, TheBinderUnadvisesThroughItsSlot)
     EXPECT_EQ(binder.m_unadvised, 3) << "once first, once after the failure";
 }
 
-TEST_F(AdviseSink, MapisOwnReferenceKeepsTheSinkAlive)
+TEST_F(AdviseSink, MapisReferenceKeepsTheSinkAlive)
 {
     CAdviseSinkBinder binder(&m_listener, &m_table);
     IMAPIAdviseSink* const sink = m_double.Sink();
@@ -357,7 +357,7 @@ TEST_F(AdviseSink, MapisOwnReferenceKeepsTheSinkAlive)
     EXPECT_EQ(sink->Release(), 0u);
 }
 
-TEST_F(AdviseSink, CopyingABinderSharesSinkAndConnectionUncounted)
+TEST_F(AdviseSink, CopiedBindersShareSinkAndConnection)
 {
     m_double.m_connection = 0x4D;
     CAdviseSinkBinder binder(&m_listener, &m_table);
@@ -387,7 +387,7 @@ TEST_F(AdviseSink, CopyingADelegateCopiesNothing)
     EXPECT_EQ(sizeof(CAdviseSinkDelegate), sizeof(void*));
 }
 
-TEST_F(AdviseSink, ADelegateMayUnadviseInsideItsOwnNotification)
+TEST_F(AdviseSink, ADelegateMayUnadviseInside)
 {
     CAdviseSinkBinder binder(&m_listener, &m_table);
     m_listener.m_inside = [&] { binder.Unadvise(); };
@@ -396,7 +396,7 @@ TEST_F(AdviseSink, ADelegateMayUnadviseInsideItsOwnNotification)
     EXPECT_EQ(Calls(), (Lines{"table: Advise(0x100)", "modified 0x6", "table: Unadvise(0xABABABAB0000004D)"}));
 }
 
-TEST_F(AdviseSink, UnadvisingWaitsForADeliveryOnAnotherThread)
+TEST_F(AdviseSink, UnadvisingAwaitsADelivery)
 {
     CAdviseSinkBinder binder(&m_listener, &m_table);
     std::atomic<bool> entered{false};
@@ -422,7 +422,7 @@ TEST_F(AdviseSink, UnadvisingWaitsForADeliveryOnAnotherThread)
     provider.join();
 }
 
-TEST_F(AdviseSink, ABinderMayGoWhileNotificationsArrive)
+TEST_F(AdviseSink, ABinderMayGoDuringNotifications)
 {
     std::atomic<bool> alive{false};
     std::atomic<bool> stop{false};

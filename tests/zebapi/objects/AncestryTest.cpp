@@ -48,7 +48,7 @@ protected:
 
 } // namespace
 
-TEST_F(Ancestry, PropertiesOfADirectChildAreRead)
+TEST_F(Ancestry, ADirectChildsPropertiesAreRead)
 {
     m_child.m_bag.Set(PR_PARENT_ENTRYID, "here");
     CZebPropValArray result;
@@ -59,7 +59,7 @@ TEST_F(Ancestry, PropertiesOfADirectChildAreRead)
                               "child: GetProps([0xE090102],0x0)", "session: CompareEntryIDs(68657265,68657265,0x0)"}));
 }
 
-TEST_F(Ancestry, WideTextOfAChildIsReadWithoutAFlagToo)
+TEST_F(Ancestry, WideTextIsReadWithoutFlag)
 {
     m_child.m_bag.Set(PR_PARENT_ENTRYID, "here");
     CZebPropValArray result;
@@ -71,7 +71,7 @@ TEST_F(Ancestry, WideTextOfAChildIsReadWithoutAFlagToo)
     EXPECT_EQ(Calls()[1], "child: GetProps([0x1000001F],0x0)");
 }
 
-TEST_F(Ancestry, AGrandchildAndAStrangerAreNotFoundButReadAllTheSame)
+TEST_F(Ancestry, OthersAreNotFoundButRead)
 {
     m_child.m_bag.Set(PR_PARENT_ENTRYID, "middle");
     IsFolder(m_middle, "middle", "here");
@@ -107,7 +107,7 @@ TEST_F(Ancestry, WalksUpToTheContainer)
     EXPECT_TRUE(m_message.IsChildOf(m_session, ID("middle"), true));
 }
 
-TEST_F(Ancestry, NothingLiesBelowAnEmptyIdentifier)
+TEST_F(Ancestry, NothingIsBelowAnEmptyIdentifier)
 {
     EXPECT_FALSE(m_message.IsChildOf(m_session, SBinary{0, nullptr}, false));
     EXPECT_TRUE(Calls().empty());
@@ -123,7 +123,7 @@ TEST_F(Ancestry, TheWalkStopsAtARoot)
     EXPECT_EQ(Calls().back(), "top: GetProps([0x36010003],0x0)") << "a root is not asked for its parent";
 }
 
-TEST_F(Ancestry, StoresAndAddressBooksLieInNothing)
+TEST_F(Ancestry, StoresAndBooksHaveNoParent)
 {
     for (LONG type : {MAPI_STORE, MAPI_ADDRBOOK})
     {
@@ -153,7 +153,7 @@ TEST_F(Ancestry, ACircleOfParentsEnds)
     EXPECT_FALSE(m_message.IsChildOf(m_session, ID("here"), false));
 }
 
-TEST_F(Ancestry, AFolderThatIsItsOwnParentEndsTheWalk)
+TEST_F(Ancestry, ASelfParentEndsTheWalk)
 {
     m_child.m_bag.Set(PR_PARENT_ENTRYID, "middle");
     IsFolder(m_middle, "middle", "middle");
@@ -163,7 +163,7 @@ TEST_F(Ancestry, AFolderThatIsItsOwnParentEndsTheWalk)
     EXPECT_TRUE(own.IsChildOf(m_session, ID("middle"), true));
 }
 
-TEST_F(Ancestry, AStoreWhoseFoldersRunInACircleAnswersWhatItIsAsked)
+TEST_F(Ancestry, CircularFoldersAnswerEveryQuestion)
 {
     m_child.m_bag.Set(PR_PARENT_ENTRYID, "middle");
     IsFolder(m_middle, "middle", "top");
@@ -178,7 +178,7 @@ TEST_F(Ancestry, AStoreWhoseFoldersRunInACircleAnswersWhatItIsAsked)
     EXPECT_TRUE(result.hasRealValue(PR_SUBJECT_A));
 }
 
-TEST_F(Ancestry, AChainOfFourThousandParentsIsWalked)
+TEST_F(Ancestry, FourThousandParentsAreWalked)
 {
     std::list<RecordingFolder> chain;
     for (int i = 0; i < 4000; ++i)
@@ -190,7 +190,7 @@ TEST_F(Ancestry, AChainOfFourThousandParentsIsWalked)
     EXPECT_TRUE(m_message.IsChildOf(m_session, ID("4000"), false));
 }
 
-TEST_F(Ancestry, AParentThatCanNotBeOpenedThrows)
+TEST_F(Ancestry, AnUnopenableParentThrows)
 {
     m_child.m_bag.Set(PR_PARENT_ENTRYID, "gone");
     EXPECT_EQ(Thrown([&] { m_message.IsChildOf(m_session, ID("here"), false); }), MAPI_E_NOT_FOUND);

@@ -11,7 +11,7 @@
 using namespace zeb::test;
 using zeb::platform::WindowMessage;
 
-TEST_F(CachedTable, AClassDerivedFromItHearsOfTheEventOnly)
+TEST_F(CachedTable, DerivedClassesReceiveOnlyTheEvent)
 {
     class Derived : public CZebCachedTable
     {
@@ -34,7 +34,7 @@ TEST_F(CachedTable, AClassDerivedFromItHearsOfTheEventOnly)
     EXPECT_EQ(table.m_others, 0);
 }
 
-TEST_F(CachedTable, AssigningMovesTheRegistrationAndKeepsTheOwnerWindow)
+TEST_F(CachedTable, AssigningMovesRegistrationNotOwnerWindow)
 {
     RowTable other(m_journal, "other");
     const CZebTable plain(&other);
@@ -57,7 +57,7 @@ TEST_F(CachedTable, AssigningMovesTheRegistrationAndKeepsTheOwnerWindow)
     zeb::platform::DestroyMessageWindow(window);
 }
 
-TEST_F(CachedTable, EveryChangeDropsTheWindowAndPostsOneMessage)
+TEST_F(CachedTable, EveryChangeDropsTheWindow)
 {
     const HWND window = zeb::platform::CreateMessageWindow();
     ASSERT_NE(window, nullptr);
@@ -87,7 +87,7 @@ TEST_F(CachedTable, EveryChangeDropsTheWindowAndPostsOneMessage)
     zeb::platform::DestroyMessageWindow(window);
 }
 
-TEST_F(CachedTable, ARowStaysReadableWhenANotificationDropsTheWindow)
+TEST_F(CachedTable, ARowStaysReadableAfterDrops)
 {
     HasRows(10);
     OpenTable table(&m_double);
@@ -100,7 +100,7 @@ TEST_F(CachedTable, ARowStaysReadableWhenANotificationDropsTheWindow)
     EXPECT_EQ(m_memory.LiveRoots(), blocks) << "the next read freed the old rows";
 }
 
-TEST_F(CachedTable, AWindowReadDuringANotificationIsGivenOutOnceAndNotKept)
+TEST_F(CachedTable, WindowsReadDuringNotificationsAreDropped)
 {
     HasRows(10);
     OpenTable table(&m_double);
@@ -127,7 +127,7 @@ TEST_F(CachedTable, AWindowReadDuringANotificationIsGivenOutOnceAndNotKept)
     EXPECT_TRUE(Hits(table, 3));
 }
 
-TEST_F(CachedTable, IsBoundFromAnInterfaceAndByAssignmentAndUnboundByFree)
+TEST_F(CachedTable, AssignmentBindsAndFreeUnbinds)
 {
     HasRows(10);
     OpenTable table(&m_double);
@@ -154,7 +154,7 @@ TEST_F(CachedTable, IsBoundFromAnInterfaceAndByAssignmentAndUnboundByFree)
     EXPECT_EQ(Calls(), (Lines{"table: Unadvise(0xABABABAB0000004D)", "table: Advise(0x100)"})) << "never twice at once";
 }
 
-TEST_F(CachedTable, AnEmptyOneIsNotBoundAndReadingItRaisesAComError)
+TEST_F(CachedTable, AnEmptyOneIsNotBound)
 {
     OpenTable table;
     EXPECT_EQ(m_log.Lines().size(), 0u);
@@ -162,7 +162,7 @@ TEST_F(CachedTable, AnEmptyOneIsNotBoundAndReadingItRaisesAComError)
     EXPECT_TRUE(Calls().empty());
 }
 
-TEST_F(CachedTable, AssigningAnEmptyTableEmptiesAndLogs)
+TEST_F(CachedTable, AssigningAnEmptyTableEmpties)
 {
     HasRows(10);
     OpenTable table(&m_double);
@@ -173,7 +173,7 @@ TEST_F(CachedTable, AssigningAnEmptyTableEmptiesAndLogs)
     EXPECT_EQ(m_double.References(), 0u);
 }
 
-TEST_F(CachedTable, AProviderThatRefusesNotificationsLeavesTheTableWorking)
+TEST_F(CachedTable, WorksWithoutNotifications)
 {
     HasRows(10);
     m_double.Fail("Advise", MAPI_E_NO_SUPPORT);
@@ -185,7 +185,7 @@ TEST_F(CachedTable, AProviderThatRefusesNotificationsLeavesTheTableWorking)
     EXPECT_TRUE(Calls().empty()) << "nothing to unregister";
 }
 
-TEST_F(CachedTable, ScrollsWhileNotificationsArriveOnAnotherThread)
+TEST_F(CachedTable, ScrollsWhileNotificationsArrive)
 {
     HasRows(200);
     OpenTable table(&m_double);
@@ -230,7 +230,7 @@ private:
 
 } // namespace
 
-TEST_F(CachedTable, RowsStayReadableWhateverAHandlerCalls)
+TEST_F(CachedTable, RowsSurviveWhateverAHandlerCalls)
 {
     HasRows(100);
     const CZebTable source(&m_double);
@@ -266,7 +266,7 @@ TEST_F(CachedTable, RowsStayReadableWhateverAHandlerCalls)
     Calls();
 }
 
-TEST_F(CachedTable, AWindowReadWhileAHandlerDropsItIsNotKept)
+TEST_F(CachedTable, WindowsDroppedDuringReadsAreGone)
 {
     HasRows(100);
     const CZebTable source(&m_double);
@@ -280,7 +280,7 @@ TEST_F(CachedTable, AWindowReadWhileAHandlerDropsItIsNotKept)
     Calls();
 }
 
-TEST_F(CachedTable, AHandlerThatIsCalledWithoutASinkDropsTheWindow)
+TEST_F(CachedTable, HandlersWithoutSinkDropTheWindow)
 {
     HasRows(100);
     OpenTable table(&m_double);

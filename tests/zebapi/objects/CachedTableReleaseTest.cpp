@@ -47,7 +47,7 @@ bool AllSwallowedHere(const LogCapture& log, size_t count)
 
 } // namespace
 
-TEST_F(CachedTable, DroppingTheWindowKeepsInWhatFreeingTheRowsThrows)
+TEST_F(CachedTable, DroppingTheWindowThrowsNothing)
 {
     HasRows(100);
     OpenTable table(&m_double);
@@ -64,7 +64,7 @@ TEST_F(CachedTable, DroppingTheWindowKeepsInWhatFreeingTheRowsThrows)
     table.EmptyCache();
 }
 
-TEST_F(CachedTable, FreeKeepsInWhatReleasingTheTableThrows)
+TEST_F(CachedTable, FreeThrowsNothing)
 {
     LeavingTable leaving(m_journal);
     leaving.m_throws = true;
@@ -79,7 +79,7 @@ TEST_F(CachedTable, FreeKeepsInWhatReleasingTheTableThrows)
     Calls();
 }
 
-TEST_F(CachedTable, TheRowsAtBothEdgesOfAWindowAreReadFromTheRightPlaces)
+TEST_F(CachedTable, AWindowsEdgeRowsAreRight)
 {
     HasRows(1000);
     OpenTable table(&m_double);
@@ -91,7 +91,7 @@ TEST_F(CachedTable, TheRowsAtBothEdgesOfAWindowAreReadFromTheRightPlaces)
     EXPECT_EQ(Calls(), Miss("449"));
 }
 
-TEST_F(CachedTable, ADerivedTablesOperationsAreUsedByTheOthers)
+TEST_F(CachedTable, OverriddenOperationsApplyToTheOthers)
 {
     class Watched : public OpenTable
     {
@@ -140,7 +140,7 @@ TEST_F(CachedTable, ADerivedTablesOperationsAreUsedByTheOthers)
     Calls();
 }
 
-TEST_F(CachedTable, AChangeAnErrorAndAReloadReachTheirOwnOperations)
+TEST_F(CachedTable, EachEventReachesItsOperation)
 {
     class Listener : public CAdviseSinkDelegate
     {

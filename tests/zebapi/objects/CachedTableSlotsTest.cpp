@@ -67,7 +67,7 @@ protected:
 
 } // namespace
 
-TEST_F(CachedTableSlots, WhatIsNotValidIsNotBound)
+TEST_F(CachedTableSlots, WhatIsInvalidIsNotBound)
 {
     m_table.m_claimsToBeValid = false;
     Calls();
@@ -75,7 +75,7 @@ TEST_F(CachedTableSlots, WhatIsNotValidIsNotBound)
     EXPECT_EQ(Calls(), (Lines{"table: Unadvise(0xABABABAB0000004D)"})) << "and no registration";
 }
 
-TEST_F(CachedTableSlots, WhatMovesOrChangesTheTableEmpties)
+TEST_F(CachedTableSlots, WhatChangesTheTableEmpties)
 {
     SSortOrderSet order = {};
     SRestriction none = {};

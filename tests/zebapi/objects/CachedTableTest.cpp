@@ -20,7 +20,7 @@ TEST_F(CachedTable, ASmallTableIsReadOnce)
     EXPECT_TRUE(Hits(table, 4));
 }
 
-TEST_F(CachedTable, AMissPutsTheRowTwentyFiveRowsIntoTheWindow)
+TEST_F(CachedTable, AMissCentersTheRow)
 {
     HasRows(1000);
     OpenTable table(&m_double);
@@ -39,7 +39,7 @@ TEST_F(CachedTable, AMissPutsTheRowTwentyFiveRowsIntoTheWindow)
     EXPECT_EQ(Calls(), Miss("974"));
 }
 
-TEST_F(CachedTable, AnIndexPastTheCountIsRefusedAndTheWindowStays)
+TEST_F(CachedTable, AnIndexTooLargeIsRefused)
 {
     HasRows(10);
     OpenTable table(&m_double);
@@ -57,7 +57,7 @@ TEST_F(CachedTable, AnIndexPastTheCountIsRefusedAndTheWindowStays)
     EXPECT_EQ(Calls(), Miss("2147483647"));
 }
 
-TEST_F(CachedTable, ARowThatVanishedIsNotFoundAndTheWindowStays)
+TEST_F(CachedTable, AVanishedRowIsNotFound)
 {
     HasRows(10);
     m_double.m_claimedCount = 20;
@@ -66,7 +66,7 @@ TEST_F(CachedTable, ARowThatVanishedIsNotFoundAndTheWindowStays)
     EXPECT_TRUE(Hits(table, 9));
 }
 
-TEST_F(CachedTable, ASetThatIsNotThereEmptiesTheWindow)
+TEST_F(CachedTable, AMissingSetEmptiesTheWindow)
 {
     HasRows(10);
     OpenTable table(&m_double);
@@ -76,7 +76,7 @@ TEST_F(CachedTable, ASetThatIsNotThereEmptiesTheWindow)
     EXPECT_FALSE(Hits(table, 3));
 }
 
-TEST_F(CachedTable, ANullSetLeavesNoRowsOfTheOldWindow)
+TEST_F(CachedTable, ANullSetLeavesNoRows)
 {
     HasRows(100);
     OpenTable table(&m_double);
@@ -104,7 +104,7 @@ TEST_F(CachedTable, FailuresBearTheirSource)
     }
 }
 
-TEST_F(CachedTable, AFailureOfTheCountOrTheSeekIsThrownOn)
+TEST_F(CachedTable, CountAndSeekFailuresAreThrown)
 {
     HasRows(100);
     for (const char* method : {"GetRowCount", "SeekRow"})
@@ -160,7 +160,7 @@ TEST_F(CachedTable, ReadsThroughTheSlots)
     EXPECT_EQ(table.m_slots, "empty empty ");
 }
 
-TEST_F(CachedTable, ASeekThatFailsBeforeDroppingTheWindowDropsItAllTheSame)
+TEST_F(CachedTable, AFailingSeekDropsTheWindow)
 {
     class Refusing : public OpenTable
     {
@@ -185,7 +185,7 @@ TEST_F(CachedTable, ASeekThatFailsBeforeDroppingTheWindowDropsItAllTheSame)
     EXPECT_FALSE(Hits(table, 3));
 }
 
-TEST_F(CachedTable, AFailedReadEmptiesTheWindowAndThrowsOn)
+TEST_F(CachedTable, AFailedReadEmptiesTheWindow)
 {
     HasRows(100);
     OpenTable table(&m_double);
@@ -200,7 +200,7 @@ TEST_F(CachedTable, AFailedReadEmptiesTheWindowAndThrowsOn)
     EXPECT_EQ(Calls().size(), 3u) << "nothing was kept";
 }
 
-TEST_F(CachedTable, CursorSortRestrictionAndSearchDropTheWindow)
+TEST_F(CachedTable, CursorAndSortDropTheWindow)
 {
     HasRows(10);
     OpenTable table(&m_double);
@@ -236,7 +236,7 @@ TEST_F(CachedTable, CursorSortRestrictionAndSearchDropTheWindow)
     EXPECT_FALSE(Hits(table, 1));
 }
 
-TEST_F(CachedTable, OperationsThatDropTheWindowPassTheirArgumentsOn)
+TEST_F(CachedTable, DroppingOperationsPassTheirArguments)
 {
     OpenTable table(&m_double);
     Calls();
@@ -255,7 +255,7 @@ TEST_F(CachedTable, OperationsThatDropTheWindowPassTheirArgumentsOn)
     EXPECT_EQ(Calls(), cached);
 }
 
-TEST_F(CachedTable, ColumnsAndPlainReadsLeaveTheWindow)
+TEST_F(CachedTable, PlainReadsLeaveTheWindow)
 {
     HasRows(10);
     OpenTable table(&m_double);
@@ -295,7 +295,7 @@ TEST_F(CachedTable, ACopySharesTableAndWindow)
 }
 
 // Both would free the same rows and the same registration, so the copies are never destroyed here.
-TEST_F(CachedTable, ACopyTakesRowsAndRegistrationAsTheyAre)
+TEST_F(CachedTable, ACopyTakesRowsAndRegistration)
 {
     HasRows(60);
     CZebCachedTable table(&m_double);
@@ -315,7 +315,7 @@ TEST_F(CachedTable, ACopyTakesRowsAndRegistrationAsTheyAre)
     }
 }
 
-TEST_F(CachedTable, CheckedBindingRegistersATableThatWasShared)
+TEST_F(CachedTable, CheckedBindingRegistersASharedTable)
 {
     const CZebTable shared(&m_double);
     CZebCachedTable table(shared);

@@ -31,7 +31,7 @@ protected:
 
 } // namespace
 
-TEST_F(Container, AcceptsAnyTypeAndAsksForContainers)
+TEST_F(Container, AcceptsAnyTypeButRequestsContainers)
 {
     EXPECT_TRUE(*m_container.GetInterfaceCIID() == IID_IMAPIContainer);
     EXPECT_EQ(m_container.GetMAPIType(), 0u);
@@ -44,7 +44,7 @@ TEST_F(Container, AcceptsAnyTypeAndAsksForContainers)
     EXPECT_EQ(constantSame, std::addressof(constant));
 }
 
-TEST_F(Container, IsQueriedForItsInterfaceUnlessItBelongsToTheWAB)
+TEST_F(Container, QueriesItsInterfaceOutsideTheWab)
 {
     RowTable table(m_journal);
     m_double.m_contents = &table;
@@ -56,7 +56,7 @@ TEST_F(Container, IsQueriedForItsInterfaceUnlessItBelongsToTheWAB)
     EXPECT_EQ(Calls(), (Lines{"container: GetContentsTable(0x48)"}));
 }
 
-TEST_F(Container, AnObjectThatIsNoContainerRaisesNoInterface)
+TEST_F(Container, AnotherObjectRaisesNoInterface)
 {
     m_double.RefuseInterfaces();
     EXPECT_EQ(Raised([&] { m_container.GetContentsTable(0); }), E_NOINTERFACE);
@@ -81,7 +81,7 @@ TEST_F(Container, HandsOutItsTables)
     EXPECT_EQ(Thrown([&] { m_container.GetHierarchyTable(0); }), MAPI_E_NO_SUPPORT);
 }
 
-TEST_F(Container, OpensAnEntryAndPassesTheMarkingOn)
+TEST_F(Container, OpeningAnEntryPassesTheMarking)
 {
     RecordingMessage message(m_journal);
     m_double.m_openable.Add("m", &message, MAPI_MESSAGE);
@@ -95,7 +95,7 @@ TEST_F(Container, OpensAnEntryAndPassesTheMarkingOn)
     EXPECT_EQ(message.References(), 1u);
 }
 
-TEST_F(Container, AnEntryOfTheWrongTypeLeavesTheTargetEmpty)
+TEST_F(Container, WrongTypesLeaveTheTargetEmpty)
 {
     RecordingMessage message(m_journal);
     RecordingDistList list(m_journal);
@@ -110,7 +110,7 @@ TEST_F(Container, AnEntryOfTheWrongTypeLeavesTheTargetEmpty)
     EXPECT_EQ(message.References() + list.References(), 0u);
 }
 
-TEST_F(Container, AnEmptyContainerLeavesTheTargetAlone)
+TEST_F(Container, AnEmptyOneLeavesTheTarget)
 {
     RecordingMessage message(m_journal);
     CZebMessage target(&message);
@@ -137,7 +137,7 @@ TEST_F(Container, IsExchangeReadsTheProviderOnce)
     EXPECT_EQ(Calls(), (Lines{"container: GetProps([0x36150102],0x0)"}));
 }
 
-TEST_F(Container, AProviderThatCanNotBeReadIsNotExchangeAndNotAskedAgain)
+TEST_F(Container, AnUnreadableProviderIsNotExchange)
 {
     m_double.Fail("GetProps", MAPI_E_NO_ACCESS);
     EXPECT_FALSE(m_container.IsExchange());
@@ -156,7 +156,7 @@ TEST_F(Container, AnotherProviderIsNotExchange)
     EXPECT_TRUE(CZebContainer::IsExchangeProviderID(exchange));
 }
 
-TEST_F(Container, CopiesTakeTheProviderAndThatItWasAskedFor)
+TEST_F(Container, CopiesTakeTheKnownProvider)
 {
     m_double.m_bag.Set(0x36150102, Exchange);
     EXPECT_TRUE(m_container.IsExchange());
@@ -183,7 +183,7 @@ TEST_F(Container, FreeingKeepsTheProvider)
     EXPECT_TRUE(m_container.IsExchange());
 }
 
-TEST_F(Container, AMobileOneIsToldByItsNameInAnyCase)
+TEST_F(Container, TheNameMarksAMobileOne)
 {
     EXPECT_TRUE(CZebContainer::IsMobileContainer("Contacts (mobile)"));
     EXPECT_TRUE(CZebContainer::IsMobileContainer("(MoBiLe) x"));
@@ -191,7 +191,7 @@ TEST_F(Container, AMobileOneIsToldByItsNameInAnyCase)
     EXPECT_FALSE(CZebContainer::IsMobileContainer(""));
 }
 
-TEST_F(Container, ItemsCarryTheirNamesUnderTheDisplayNameTag)
+TEST_F(Container, ItemsCarryNamesAsDisplayNames)
 {
     EXPECT_EQ(m_container.GetABItemDisplayNameTagForContainer(true), PR_DISPLAY_NAME_W);
     EXPECT_EQ(m_container.GetABItemDisplayNameTagForContainer(false), PR_DISPLAY_NAME_A);
@@ -220,7 +220,7 @@ public:
 
 } // namespace
 
-TEST_F(Wrappers, EachAsksForItsInterfaceAndAcceptsItsType)
+TEST_F(Wrappers, EachAcceptsItsTypeAndInterface)
 {
     CZebMessage message;
     CZebMailUser user;
@@ -240,7 +240,7 @@ TEST_F(Wrappers, EachAsksForItsInterfaceAndAcceptsItsType)
     }
 }
 
-TEST_F(Wrappers, QueryTheirInterfaceAlsoInTheWAB)
+TEST_F(Wrappers, QueryTheirInterfaceInWabToo)
 {
     RecordingMessage message(m_journal);
     RecordingDistList list(m_journal);
@@ -282,7 +282,7 @@ TEST_F(Wrappers, CopiesShareTheObject)
     EXPECT_EQ(m_log.Lines().size(), 0u);
 }
 
-TEST_F(Wrappers, AssigningADistributionListKeepsWhatWasFoundOutBefore)
+TEST_F(Wrappers, AssigningListsKeepsTheKnownProvider)
 {
     RecordingDistList exchange(m_journal, "exchange");
     exchange.m_bag.Set(0x36150102, Exchange);
@@ -302,7 +302,7 @@ TEST_F(Wrappers, AssigningADistributionListKeepsWhatWasFoundOutBefore)
     EXPECT_EQ(Calls(), (Lines{"exchange: GetProps([0x36150102],0x0)"}));
 }
 
-TEST_F(Container, OneOfTheWABOpenedIntoItselfKeepsItsMarking)
+TEST_F(Container, OpenedIntoItselfKeepsItsMarking)
 {
     m_double.m_openable.Add("self", &m_double, MAPI_ABCONT);
     m_container.MarkWAB();

@@ -45,7 +45,7 @@ private:
 
 } // namespace
 
-TEST_F(Delivery, TenThousandBoundTablesGoWhileNotificationsArrive)
+TEST_F(Delivery, TenThousandTablesGoDuringNotifications)
 {
     DeliveringTable provider(60);
     for (int i = 0; i < Rounds; ++i)
@@ -61,7 +61,7 @@ TEST_F(Delivery, TenThousandBoundTablesGoWhileNotificationsArrive)
     EXPECT_EQ(m_log.Lines().size(), 0u);
 }
 
-TEST_F(Delivery, TenThousandBoundTablesGoWhileAProviderDeliversWithItsLockHeld)
+TEST_F(Delivery, TenThousandGoDuringLockedDeliveries)
 {
     DeliveringTable provider(60, DeliveringTable::Lock::Held);
     provider.m_notifiesReaders = true;
@@ -77,7 +77,7 @@ TEST_F(Delivery, TenThousandBoundTablesGoWhileAProviderDeliversWithItsLockHeld)
     EXPECT_EQ(m_log.Lines().size(), 0u);
 }
 
-TEST_F(Delivery, TenThousandTablesGoWhileTheirHandlersThrow)
+TEST_F(Delivery, TenThousandGoWhileHandlersThrow)
 {
     DeliveringTable provider(60);
     const CZebTable source(&provider);
@@ -101,7 +101,7 @@ TEST_F(Delivery, TenThousandTablesGoWhileTheirHandlersThrow)
     EXPECT_EQ(caught, calls) << "every throw is caught and logged";
 }
 
-TEST_F(Delivery, TenThousandTablesGoWhileTheirHandlersUnbindThemselves)
+TEST_F(Delivery, TenThousandGoWhileHandlersUnbind)
 {
     DeliveringTable provider(60);
     const CZebTable source(&provider);
@@ -141,7 +141,7 @@ TEST_F(Delivery, TenThousandTablesGoWhileTheirHandlersUnbindThemselves)
     EXPECT_EQ(m_log.Lines().size(), 0u);
 }
 
-TEST_F(Delivery, RowsReadWhileNotificationsArriveAreWholeAndNeverStale)
+TEST_F(Delivery, RowsReadDuringDeliveriesAreFresh)
 {
     for (const auto lock : {DeliveringTable::Lock::Dropped, DeliveringTable::Lock::Held})
     {
@@ -166,7 +166,7 @@ TEST_F(Delivery, RowsReadWhileNotificationsArriveAreWholeAndNeverStale)
     }
 }
 
-TEST_F(Delivery, TheOwnerWindowReceivesItsMessageOnItsOwnThread)
+TEST_F(Delivery, TheOwnerWindowReceivesItsMessage)
 {
     RowTable provider(m_journal);
     provider.m_rows.resize(10);
@@ -199,7 +199,7 @@ TEST_F(Delivery, TheOwnerWindowReceivesItsMessageOnItsOwnThread)
     Calls();
 }
 
-TEST_F(Delivery, ANotificationNeverWaitsForAWindowThatDoesNotLook)
+TEST_F(Delivery, NotificationsNeverWaitForAWindow)
 {
     RowTable provider(m_journal);
     CZebCachedTable table(&provider);
@@ -214,7 +214,7 @@ TEST_F(Delivery, ANotificationNeverWaitsForAWindowThatDoesNotLook)
     Calls();
 }
 
-TEST_F(Delivery, FreeingATableWaitsForAHandlerThatUnboundItself)
+TEST_F(Delivery, FreeingWaitsForAnUnbindingHandler)
 {
     RowTable provider(m_journal);
     const CZebTable source(&provider);
@@ -239,7 +239,7 @@ TEST_F(Delivery, FreeingATableWaitsForAHandlerThatUnboundItself)
     Calls();
 }
 
-TEST_F(Delivery, TwoHandlersOfOneTableMayUnbindAtOnce)
+TEST_F(Delivery, TwoHandlersMayUnbindAtOnce)
 {
     RowTable provider(m_journal);
     const CZebTable source(&provider);
@@ -264,7 +264,7 @@ TEST_F(Delivery, TwoHandlersOfOneTableMayUnbindAtOnce)
     Calls();
 }
 
-TEST_F(Delivery, UnadvisingAgainWaitsForAHandlerThatUnadvisedItself)
+TEST_F(Delivery, UnadvisingWaitsForAnUnadvisingHandler)
 {
     RowTable provider(m_journal);
     CZebTable table(&provider);
@@ -290,7 +290,7 @@ TEST_F(Delivery, UnadvisingAgainWaitsForAHandlerThatUnadvisedItself)
     Calls();
 }
 
-TEST_F(Delivery, DeliveriesOfSeveralSinksGoOnSideBySide)
+TEST_F(Delivery, SeveralSinksReceiveInParallel)
 {
     Meeting first;
     Meeting second;
@@ -317,7 +317,7 @@ TEST_F(Delivery, DeliveriesOfSeveralSinksGoOnSideBySide)
     otherSink->Release();
 }
 
-TEST_F(Delivery, CuttingASinkOffWaitsForItsDelivery)
+TEST_F(Delivery, CuttingASinkOffAwaitsDelivery)
 {
     Meeting entered;
     std::atomic<bool> done{false};
@@ -337,7 +337,7 @@ TEST_F(Delivery, CuttingASinkOffWaitsForItsDelivery)
 }
 
 // A delegate of several tables can be notified without pause.
-TEST_F(Delivery, AwaitingDeliveriesDoesNotWaitForThoseThatBeginMeanwhile)
+TEST_F(Delivery, AwaitingIgnoresLaterDeliveries)
 {
     bool returned = false;
     // Where the machine is too busy to begin waiting in time, another try tells.
@@ -378,7 +378,7 @@ TEST_F(Delivery, AwaitingDeliveriesDoesNotWaitForThoseThatBeginMeanwhile)
     EXPECT_TRUE(returned);
 }
 
-TEST_F(Delivery, UnadvisingDoesNotWaitForTheDeliveryOfAnotherTable)
+TEST_F(Delivery, UnadvisingIgnoresAnotherTablesDelivery)
 {
     RowTable first(m_journal, "first");
     RowTable second(m_journal, "second");
@@ -403,7 +403,7 @@ TEST_F(Delivery, UnadvisingDoesNotWaitForTheDeliveryOfAnotherTable)
     Calls();
 }
 
-TEST_F(Delivery, DestroyingABinderWaitsForEveryDeliveryOfItsDelegate)
+TEST_F(Delivery, DestroyingABinderAwaitsEveryDelivery)
 {
     RowTable first(m_journal, "first");
     RowTable second(m_journal, "second");

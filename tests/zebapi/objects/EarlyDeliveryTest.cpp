@@ -46,7 +46,7 @@ protected:
 
 } // namespace
 
-TEST_P(EarlyDelivery, ADelegateThatUnadvisesBeforeAdviseReturnsIsUnregistered)
+TEST_P(EarlyDelivery, ADelegateMayUnadvise)
 {
     CAdviseSinkBinder* unadvised = nullptr;
     int calls = 0;
@@ -71,7 +71,7 @@ TEST_P(EarlyDelivery, ADelegateThatUnadvisesBeforeAdviseReturnsIsUnregistered)
     Calls();
 }
 
-TEST_P(EarlyDelivery, ADelegateMayDestroyTheBinderBeforeAdviseReturns)
+TEST_P(EarlyDelivery, ADelegateMayDestroyTheBinder)
 {
     for (const bool refused : {false, true})
     {
@@ -94,7 +94,7 @@ TEST_P(EarlyDelivery, ADelegateMayDestroyTheBinderBeforeAdviseReturns)
     }
 }
 
-TEST_F(Delivery, AHandlerThatOutlastsARefusedRegistrationMayDestroyTheBinder)
+TEST_F(Delivery, LateHandlersMayDestroyTheBinder)
 {
     RowTable provider(m_journal);
     CZebTable table(&provider);
@@ -128,7 +128,7 @@ TEST_F(Delivery, AHandlerThatOutlastsARefusedRegistrationMayDestroyTheBinder)
     Calls();
 }
 
-TEST_P(EarlyDelivery, ADelegateMayAdviseOnAnotherTableBeforeAdviseReturns)
+TEST_P(EarlyDelivery, ADelegateMayAdviseOnAnother)
 {
     RowTable other(m_journal, "other");
     other.m_connection = 5;
@@ -147,7 +147,7 @@ TEST_P(EarlyDelivery, ADelegateMayAdviseOnAnotherTableBeforeAdviseReturns)
     EXPECT_EQ(m_log.Lines().size(), 0u);
 }
 
-TEST_P(EarlyDelivery, ACachedTableMayUnbindBeforeItIsBound)
+TEST_P(EarlyDelivery, ACachedTableMayUnbind)
 {
     Handling table([](Handling& handling) { handling.Unbind(); });
     NotifyEarly(m_provider, GetParam());

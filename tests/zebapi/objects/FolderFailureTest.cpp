@@ -29,7 +29,7 @@ protected:
 
 } // namespace
 
-TEST_F(FailingFolder, EveryCallCarriesTheFoldersExtendedError)
+TEST_F(FailingFolder, EveryCallCarriesTheExtendedError)
 {
     m_double.m_error = "why not";
     SBinaryArray none = {0, nullptr};
@@ -67,7 +67,7 @@ TEST_F(FailingFolder, WarningsPass)
     EXPECT_EQ(m_log.Lines().size(), 0u);
 }
 
-TEST_F(FailingFolder, EveryUseOfAnEmptyOneRaisesEPointer)
+TEST_F(FailingFolder, AnEmptyOneRaisesEPointer)
 {
     CZebFolder empty;
     CZebPropValArray values(1);
@@ -102,7 +102,7 @@ TEST_F(FailingFolder, EveryUseOfAnEmptyOneRaisesEPointer)
     EXPECT_TRUE(values.hasRealValue(PR_SUBJECT_A)) << "the result is left alone";
 }
 
-TEST_F(FailingFolder, AFailedOpenLeavesTheTargetEmpty)
+TEST_F(FailingFolder, FailedOpensLeaveTheTargetEmpty)
 {
     CZebFolder target(&m_existing);
     EXPECT_EQ(Thrown([&] { m_folder.OpenEntry(ID("gone"), target, 0); }), MAPI_E_NOT_FOUND);
@@ -110,7 +110,7 @@ TEST_F(FailingFolder, AFailedOpenLeavesTheTargetEmpty)
     EXPECT_EQ(m_existing.References(), 0u);
 }
 
-TEST_F(FailingFolder, AnEntryOpenedWithSuccessAndNoObjectIsAFailure)
+TEST_F(FailingFolder, SuccessWithoutAnEntryFails)
 {
     CZebFolder target;
     EXPECT_EQ(Thrown([&] { m_folder.OpenEntry(ID("hollow"), target, 0); }), MAPI_E_CALL_FAILED);
@@ -121,7 +121,7 @@ TEST_F(FailingFolder, AnEntryOpenedWithSuccessAndNoObjectIsAFailure)
     EXPECT_EQ(Thrown([&] { m_folder.GetHierarchyTable(0); }), MAPI_E_CALL_FAILED);
 }
 
-TEST_F(FailingFolder, AHiddenFolderThatCanNotBeHiddenIsNotSaved)
+TEST_F(FailingFolder, AFailedHidingIsNotSaved)
 {
     m_new.m_error = "why not";
     m_new.Fail("SetProps", MAPI_E_NO_ACCESS);
@@ -134,7 +134,7 @@ TEST_F(FailingFolder, AHiddenFolderThatCanNotBeHiddenIsNotSaved)
     EXPECT_EQ(Thrown([&] { m_folder.CreateFolder("n", false, true, 0, nullptr, FOLDER_GENERIC); }), MAPI_E_DISK_ERROR);
 }
 
-TEST_F(FailingFolder, AnExistingFolderThatDoesNotOpenIsLoggedAndCreated)
+TEST_F(FailingFolder, AnUnopenableFolderIsCreated)
 {
     m_double.Fail("OpenEntry", MAPI_E_NO_ACCESS);
     const CZebFolder made = m_folder.CreateFolder("sub", false, false, OPEN_IF_EXISTS, nullptr, 2);
@@ -144,7 +144,7 @@ TEST_F(FailingFolder, AnExistingFolderThatDoesNotOpenIsLoggedAndCreated)
     EXPECT_EQ(Calls().back(), "folder: CreateFolder(0x2,'sub',null,IMAPIFolder,0x1)");
 }
 
-TEST_F(FailingFolder, ASearchThrowsWhatTheTableAnswers)
+TEST_F(FailingFolder, ASearchThrowsTheTablesAnswer)
 {
     m_subfolders.m_error = "why not";
     for (const char* name : {"QueryRows", "Restrict", "SetColumns"})
@@ -155,7 +155,7 @@ TEST_F(FailingFolder, ASearchThrowsWhatTheTableAnswers)
     }
 }
 
-TEST_F(FailingFolder, AFoundRowWithoutAnIdentifierThrows)
+TEST_F(FailingFolder, ARowWithoutAnIdentifierThrows)
 {
     m_subfolders.m_rows = {{{PR_DISPLAY_NAME_A, 0, "sub"}}};
     EXPECT_EQ(Thrown([&] { m_folder.GetFolderEntryIdByNameA("sub"); }), MAPI_E_UNEXPECTED_ID);
@@ -163,7 +163,7 @@ TEST_F(FailingFolder, AFoundRowWithoutAnIdentifierThrows)
     EXPECT_EQ(Thrown([&] { m_folder.GetFolderEntryIdByNameA("sub"); }), MAPI_E_INVALID_TYPE);
 }
 
-TEST_F(FailingFolder, ARowThatVanishesWhileItIsSoughtIsNotFound)
+TEST_F(FailingFolder, AVanishingRowIsNotFound)
 {
     m_subfolders.m_whileReading = [this] { m_subfolders.m_rows.clear(); };
     EXPECT_EQ(Thrown([&] { m_folder.OpenFolderByNameA("sub"); }), 1168);
@@ -172,13 +172,13 @@ TEST_F(FailingFolder, ARowThatVanishesWhileItIsSoughtIsNotFound)
     EXPECT_EQ(Thrown([&] { m_folder.OpenQorInfoMessage(); }), 1168);
 }
 
-TEST_F(FailingFolder, AnEntryThatVanishesBetweenFindingAndOpeningThrowsTheProvidersCode)
+TEST_F(FailingFolder, VanishedEntriesThrowTheProvidersCode)
 {
     m_subfolders.m_rows = {{{PR_ENTRYID, 0, "gone"}, {PR_DISPLAY_NAME_A, 0, "sub"}}};
     EXPECT_EQ(Thrown([&] { m_folder.OpenFolderByNameA("sub"); }), MAPI_E_NOT_FOUND);
 }
 
-TEST_F(FailingFolder, AMessageWhosePropertiesAreRefusedIsNotSavedAndNorIsTheFolder)
+TEST_F(FailingFolder, RefusedPropertiesPreventTheSave)
 {
     CZebPropValArray values(1);
     values[PR_SUBJECT_A] = "s";
@@ -190,7 +190,7 @@ TEST_F(FailingFolder, AMessageWhosePropertiesAreRefusedIsNotSavedAndNorIsTheFold
     EXPECT_EQ(Thrown([&] { m_folder.CreateMessage(nothing, true, 0); }), MAPI_E_DISK_ERROR);
 }
 
-TEST_F(FailingFolder, TheFlagsOfAMessageWithPropertiesReachMapi)
+TEST_F(FailingFolder, TheMessagesFlagsReachMapi)
 {
     CZebPropValArray values(1);
     values[PR_SUBJECT_A] = "s";
@@ -198,7 +198,7 @@ TEST_F(FailingFolder, TheFlagsOfAMessageWithPropertiesReachMapi)
     EXPECT_EQ(Calls().front(), "folder: CreateMessage(null,0x48)");
 }
 
-TEST_F(FailingFolder, AnInformationMessageThatDoesNotOpenIsLoggedAndCreated)
+TEST_F(FailingFolder, AnUnopenableInformationMessageIsCreated)
 {
     m_messages.m_rows = {{{PR_ENTRYID, 0, "gone"}, {PR_SUBJECT_A, 0, "QorInfo"}}};
     const CZebMessage made = m_folder.CreateQorInfoMessage(true, false);
@@ -209,7 +209,7 @@ TEST_F(FailingFolder, AnInformationMessageThatDoesNotOpenIsLoggedAndCreated)
     EXPECT_EQ(Thrown([&] { m_folder.CreateQorInfoMessage(false, true); }), MAPI_E_DISK_ERROR);
 }
 
-TEST_F(FailingFolder, AChildWhosePropertiesAreRefusedThrowsAndNothingIsAskedAfterIt)
+TEST_F(FailingFolder, ARefusingChildThrowsAtOnce)
 {
     RecordingSession sessionDouble(m_journal);
     CZebSession session(&sessionDouble);
@@ -222,7 +222,7 @@ TEST_F(FailingFolder, AChildWhosePropertiesAreRefusedThrowsAndNothingIsAskedAfte
     EXPECT_FALSE(result.IsValid());
 }
 
-TEST_F(FailingFolder, AssignedToItselfItIsStillTheSame)
+TEST_F(FailingFolder, AssignedToItselfStaysTheSame)
 {
     m_double.m_bag.Set(0x36150102, "provider");
     m_folder.IsExchange();
@@ -235,7 +235,7 @@ TEST_F(FailingFolder, AssignedToItselfItIsStillTheSame)
     EXPECT_TRUE(Calls().empty()) << "it was asked already";
 }
 
-TEST_F(FailingFolder, IsQueriedForItsInterfaceAlsoInTheWAB)
+TEST_F(FailingFolder, QueriesItsInterfaceInWabToo)
 {
     class Marked : public CZebFolder
     {
@@ -333,7 +333,7 @@ protected:
 
 } // namespace
 
-TEST_F(Overridden, NamesAreSoughtThroughTheFoldersOwnOperations)
+TEST_F(Overridden, NamesUseTheFoldersOwnOperations)
 {
     m_base.OpenFolderByName("x");
     EXPECT_EQ(m_own.Calls(), (Lines{"FindA", "OpenEntry", "GetContainer", "OpenA"}));
@@ -351,7 +351,7 @@ TEST_F(Overridden, NamesAreSoughtThroughTheFoldersOwnOperations)
     EXPECT_EQ(m_base.GetABItemDisplayNameTagForContainer(false), PR_COMMENT_A);
 }
 
-TEST_F(Overridden, MessagesGoThroughTheFoldersOwnOperations)
+TEST_F(Overridden, MessagesUseTheFoldersOwnOperations)
 {
     CZebFolder dest(&m_existing);
     m_base.MoveMessage(ID("a"), dest, 4);
@@ -364,7 +364,7 @@ TEST_F(Overridden, MessagesGoThroughTheFoldersOwnOperations)
     EXPECT_TRUE(FailingFolder::Calls().empty());
 }
 
-TEST_F(Overridden, CreatedMessagesGoThroughTheFoldersOwnOperations)
+TEST_F(Overridden, CreationUsesTheFoldersOwnOperations)
 {
     CZebPropValArray values(1);
     m_base.CreateMessage(values, true, 0);
@@ -377,7 +377,7 @@ TEST_F(Overridden, CreatedMessagesGoThroughTheFoldersOwnOperations)
     EXPECT_EQ(m_own.Calls(), (Lines{"GetContainer", "GetContentsTable"}));
 }
 
-TEST_F(Overridden, PropertiesOfAChildByNumbersGoThroughTheFoldersOwnOperation)
+TEST_F(Overridden, ChildPropertiesUseTheFoldersOperation)
 {
     RecordingSession sessionDouble(m_journal);
     CZebSession session(&sessionDouble);

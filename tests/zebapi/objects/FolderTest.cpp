@@ -44,7 +44,7 @@ TEST_F(Folder, AcceptsFoldersOnly)
     EXPECT_FALSE(m_folder.IsMAPITypeAcceptable(MAPI_MESSAGE));
 }
 
-TEST_F(Folder, AnObjectThatIsNoFolderRaisesNoInterface)
+TEST_F(Folder, AnotherObjectRaisesNoInterface)
 {
     m_double.RefuseInterfaces();
     EXPECT_EQ(Raised([&] { m_folder.CreateMessage(0); }), E_NOINTERFACE);
@@ -67,7 +67,7 @@ TEST_F(Folder, CreatesAFolderPlainly)
     EXPECT_EQ(Calls(), (Lines{"folder: CreateFolder(0x1,'sub','about',IMAPIFolder,0x0)"}));
 }
 
-TEST_F(Folder, HidesAndSavesTheNewFolderWhenAsked)
+TEST_F(Folder, HidesTheNewFolderWhenAsked)
 {
     m_folder.CreateFolder("sub", true, true, 0, nullptr, FOLDER_SEARCH);
     EXPECT_EQ(Calls(), (Lines{"folder: CreateFolder(0x2,'sub',null,IMAPIFolder,0x0)",
@@ -76,7 +76,7 @@ TEST_F(Folder, HidesAndSavesTheNewFolderWhenAsked)
     EXPECT_EQ(Calls().size(), 2u);
 }
 
-TEST_F(Folder, OpensAnExistingFolderAndLeavesItAsItIs)
+TEST_F(Folder, LeavesAnExistingFolderUnchanged)
 {
     HasSubfolder("sub");
     CZebFolder opened = m_folder.CreateFolder("sub", true, true, OPEN_IF_EXISTS, "about", FOLDER_GENERIC);
@@ -85,7 +85,7 @@ TEST_F(Folder, OpensAnExistingFolderAndLeavesItAsItIs)
     EXPECT_EQ(m_log.Lines().size(), 0u);
 }
 
-TEST_F(Folder, CreatesWhatCouldNotBeOpenedAndLogsWhy)
+TEST_F(Folder, CreatesWhatCouldNotBeOpened)
 {
     const CZebFolder created = m_folder.CreateFolder("sub", false, false, OPEN_IF_EXISTS, "", FOLDER_GENERIC);
     EXPECT_EQ(m_new.References(), 1u);
@@ -94,7 +94,7 @@ TEST_F(Folder, CreatesWhatCouldNotBeOpenedAndLogsWhy)
     EXPECT_EQ(m_log.CountBeginning("EXCEPTION: Description: \"0x00000490\""), 1u);
 }
 
-TEST_F(Folder, CreatesAFolderByAWideName)
+TEST_F(Folder, CreatesAFolderByWideName)
 {
     EXPECT_TRUE(m_folder.CreateFolderW(ZEBW("sub")).IsValid());
     m_folder.CreateFolderW(ZEBW("sub"), ZEBW("about"), OPEN_IF_EXISTS, FOLDER_SEARCH);
@@ -106,7 +106,7 @@ TEST_F(Folder, CreatesAFolderByAWideName)
     EXPECT_EQ(Thrown([&] { m_folder.CreateFolderW(nullptr); }), MAPI_E_COLLISION);
 }
 
-TEST_F(Folder, SuccessWithoutANewFolderIsAFailure)
+TEST_F(Folder, SuccessWithoutANewFolderFails)
 {
     m_double.m_created = nullptr;
     EXPECT_EQ(Thrown([&] { m_folder.CreateFolderW(ZEBW("sub")); }), MAPI_E_CALL_FAILED);
@@ -127,7 +127,7 @@ TEST_F(Folder, CopiesAndMovesSubfolders)
     EXPECT_EQ(ContextOf([&] { m_folder.MoveFolder(ID("ab"), dest); }), "CopyFolder entry 6162 (2 bytes)");
 }
 
-TEST_F(Folder, DoesNotLookFirstWithAnyFurtherFlag)
+TEST_F(Folder, FurtherFlagsSkipTheLookUp)
 {
     HasSubfolder("sub");
     m_folder.CreateFolder("sub", false, false, OPEN_IF_EXISTS | MAPI_DEFERRED_ERRORS, "", FOLDER_GENERIC);
@@ -143,7 +143,7 @@ TEST_F(Folder, AFailedCreationNamesTheFolder)
     EXPECT_EQ(context(nullptr), "CreateFolder ''");
 }
 
-TEST_F(Folder, AFailedCreationThrowsWithTheFoldersExtendedError)
+TEST_F(Folder, AFailedCreationCarriesItsError)
 {
     m_double.Fail("CreateFolder", MAPI_E_COLLISION);
     EXPECT_EQ(Thrown([&] { m_folder.CreateFolder("sub", true, true, 0, nullptr, 1); }), MAPI_E_COLLISION);
@@ -152,7 +152,7 @@ TEST_F(Folder, AFailedCreationThrowsWithTheFoldersExtendedError)
               "Ver:1, Error:there is one, Component:folder, LowLewelError:2, Context:3 \n");
 }
 
-TEST_F(Folder, SuccessWithoutAnObjectIsAFailure)
+TEST_F(Folder, SuccessWithoutAnObjectFails)
 {
     m_double.m_created = nullptr;
     m_double.m_message = nullptr;
@@ -160,7 +160,7 @@ TEST_F(Folder, SuccessWithoutAnObjectIsAFailure)
     EXPECT_EQ(Thrown([&] { m_folder.CreateMessage(0); }), MAPI_E_CALL_FAILED);
 }
 
-TEST_F(Folder, FindsSubfoldersByNameInBothWidths)
+TEST_F(Folder, FindsSubfoldersInBothWidths)
 {
     HasSubfolder("sub");
     EXPECT_STREQ(m_folder.GetFolderEntryIdByNameA("sub").String(), "6F6E65");
@@ -175,7 +175,7 @@ TEST_F(Folder, FindsSubfoldersByNameInBothWidths)
     EXPECT_EQ(Calls(), FindExisting);
 }
 
-TEST_F(Folder, OpensSubfoldersByNameInBothWidths)
+TEST_F(Folder, OpensSubfoldersInBothWidths)
 {
     for (int form = 0; form < 3; ++form)
     {
@@ -188,7 +188,7 @@ TEST_F(Folder, OpensSubfoldersByNameInBothWidths)
     }
 }
 
-TEST_F(Folder, AMissingNameThrowsTheSystemsCode)
+TEST_F(Folder, MissingNamesThrowTheSystemsCode)
 {
     EXPECT_EQ(Thrown([&] { m_folder.OpenFolderByNameA("sub"); }), 1168);
     EXPECT_EQ(Thrown([&] { m_folder.OpenFolderByNameW(ZEBW("sub")); }), 1168);
@@ -198,7 +198,7 @@ TEST_F(Folder, AMissingNameThrowsTheSystemsCode)
     EXPECT_EQ(Thrown([&] { m_folder.GetFolderEntryIdByName(nullptr); }), MAPI_E_INVALID_PARAMETER);
 }
 
-TEST_F(Folder, DeletesAndEmptiesWithTheArgumentsInTheirPlaces)
+TEST_F(Folder, DeletingAndEmptyingPassTheirArguments)
 {
     auto* progress = reinterpret_cast<IMAPIProgress*>(&m_double);
     m_folder.DeleteFolder(ID("ab"), m_window, 5, progress);
@@ -232,7 +232,7 @@ TEST_F(Folder, CopiesAndMovesLists)
     EXPECT_EQ(Thrown([&] { m_folder.CopyMessages(&list, dest, 0, nullptr, nullptr); }), MAPI_E_DECLINE_COPY);
 }
 
-TEST_F(Folder, OneMessageIsAListOfOne)
+TEST_F(Folder, OneMessageMakesAList)
 {
     CZebFolder dest(&m_existing);
     m_double.KeepLists();
@@ -270,7 +270,7 @@ TEST_F(Folder, CreatesAMessage)
     EXPECT_EQ(Calls(), (Lines{"folder: CreateMessage(null,0x40)"}));
 }
 
-TEST_F(Folder, CreatesAMessageWithPropertiesAndSavesBothWhenAsked)
+TEST_F(Folder, CreatesMessagesWithPropertiesAndSaves)
 {
     CZebPropValArray values(2);
     values[PR_SUBJECT_A] = "s";
@@ -281,7 +281,7 @@ TEST_F(Folder, CreatesAMessageWithPropertiesAndSavesBothWhenAsked)
     EXPECT_EQ(Calls(), (Lines{"folder: CreateMessage(null,0x0)", "message: SetProps(0x37001E='s',problems null)"}));
 }
 
-TEST_F(Folder, WithoutPropertiesTheFolderIsSavedButNotTheMessage)
+TEST_F(Folder, WithoutPropertiesOnlyFoldersAreSaved)
 {
     CZebPropValArray values(2);
     m_folder.CreateMessage(values, true, 0);
@@ -307,7 +307,7 @@ TEST_F(Folder, CreatesTheInformationMessage)
     EXPECT_EQ(Calls(), CreateInfo);
 }
 
-TEST_F(Folder, OpensTheInformationMessageThatIsThere)
+TEST_F(Folder, OpensTheExistingInformationMessage)
 {
     m_messages.m_rows = {{{PR_ENTRYID, 0, "x"}, {PR_SUBJECT_A, 0, "other"}},
                          {{PR_ENTRYID, 0, "info"}, {PR_SUBJECT_A, 0, "QorInfo"}}};
@@ -319,14 +319,14 @@ TEST_F(Folder, OpensTheInformationMessageThatIsThere)
     EXPECT_EQ(Calls(), FindInfo + Lines{"folder: OpenEntry(696E666F,IMessage,0x10)"});
 }
 
-TEST_F(Folder, CreatesASecondInformationMessageWhenNotToldToOpen)
+TEST_F(Folder, CreatesAnotherInformationMessageUnlessOpening)
 {
     m_messages.m_rows = {{{PR_ENTRYID, 0, "info"}, {PR_SUBJECT_A, 0, "QorInfo"}}};
     m_folder.CreateQorInfoMessage(false, false);
     EXPECT_EQ(Calls(), CreateInfo);
 }
 
-TEST_F(Folder, CreatesTheInformationMessageThatCouldNotBeOpenedAndLogsWhy)
+TEST_F(Folder, CreatesTheUnopenableInformationMessage)
 {
     m_folder.CreateQorInfoMessage(true, true);
     EXPECT_EQ(Calls(), FindInfo + CreateInfo + Lines{"message: SaveChanges(0x6)"});

@@ -103,25 +103,25 @@ protected:
 
 } // namespace
 
-TEST_F(IPropSlots, TheMarkingIsTakenThroughBothForms)
+TEST_F(IPropSlots, BothFormsTakeTheMarking)
 {
     Watched other(m_own);
     EXPECT_EQ(Own([&] { m_prop.SetWAB(other); }), (Lines{"IsWAB", "SetWAB(true)"}));
 }
 
-TEST_F(IPropSlots, AssignmentAndTheSlotFreeThroughTheDerivedClass)
+TEST_F(IPropSlots, AssignmentFreesThroughTheDerivedClass)
 {
     const CZebIProp source(&m_object);
     EXPECT_EQ(Own([&] { m_prop = source; }), (Lines{"Free", "IsValid"}));
     EXPECT_EQ(Own([&] { &m_prop; }), (Lines{"Free"}));
 }
 
-TEST_F(IPropSlots, TypesAreComparedWithTheDerivedClassesOwn)
+TEST_F(IPropSlots, TheDerivedClassComparesTypes)
 {
     EXPECT_EQ(Own([&] { m_prop.IsMAPITypeAcceptable(3); }), (Lines{"GetMAPIType"}));
 }
 
-TEST_F(IPropSlots, NamedTagsAreResolvedByTheDerivedClass)
+TEST_F(IPropSlots, TheDerivedClassResolvesNamedTags)
 {
     EXPECT_EQ(Own([&] { m_prop.GetTagsMap(); }), (Lines{"GetTagsMap", "CheckIDsMap"}));
     EXPECT_EQ(Own([&] { m_prop.GetRealTag(0x8005001E, true); }), (Lines{"CheckIDsMap"}));
@@ -129,7 +129,7 @@ TEST_F(IPropSlots, NamedTagsAreResolvedByTheDerivedClass)
     EXPECT_EQ(Own([&] { m_prop.GetRealTag(PR_SUBJECT_A, true); }), Lines());
 }
 
-TEST_F(IPropSlots, TheDisplayNameStandsUnderTheDerivedClassesTag)
+TEST_F(IPropSlots, DisplayNamesUseTheDerivedTag)
 {
     EXPECT_STREQ(m_prop.GetDisplayNameA(), "subject");
     EXPECT_EQ(Own([&] { m_prop.GetDisplayNameA(); }), (Lines{"GetDisplayNameTag(false)", "GetStringPropA"}));
@@ -147,14 +147,14 @@ TEST_F(IPropSlots, TheDisplayNameStandsUnderTheDerivedClassesTag)
     EXPECT_EQ(Own([&] { m_prop.SetDisplayNameW(ZEBW("x")); }), expected);
 }
 
-TEST_F(IPropSlots, TextsAreReadThroughTheDerivedClass)
+TEST_F(IPropSlots, TheDerivedClassReadsTexts)
 {
     EXPECT_EQ(Own([&] { m_prop.GetStringProp(PR_SUBJECT_A); }), (Lines{"GetStringProp", "GetStringPropA"}));
     EXPECT_EQ(Own([&] { m_prop.GetLongString(PR_BODY_A); }), (Lines{"GetLongStringA", "OpenProperty"}));
     EXPECT_EQ(Own([&] { m_prop.GetLongStringW(PR_BODY_W); }), (Lines{"OpenProperty"}));
 }
 
-TEST_F(IPropSlots, ArraysAreReadAndWrittenThroughThePlainForms)
+TEST_F(IPropSlots, ArraysGoThroughThePlainForms)
 {
     CZebPropValArray values;
     EXPECT_EQ(Own([&] { m_prop.GetProps(values, 1, PR_SUBJECT_A); }), (Lines{"GetProps"}));
@@ -165,7 +165,7 @@ TEST_F(IPropSlots, ArraysAreReadAndWrittenThroughThePlainForms)
     EXPECT_EQ(Own([&] { m_prop.DumpAllProps(); }), (Lines{"GetAllProps", "GetPropList", "GetProps"}));
 }
 
-TEST_F(IPropSlots, AncestryAsksTheDerivedClassForTypeAndParent)
+TEST_F(IPropSlots, AncestryAsksTheDerivedClass)
 {
     RecordingSession sessionDouble(m_journal);
     CZebSession session(&sessionDouble);

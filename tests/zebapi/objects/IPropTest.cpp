@@ -56,7 +56,7 @@ TEST_F(IProp, HoldsOneReferenceAndReleasesIt)
     EXPECT_FALSE(CZebIProp().IsValid());
 }
 
-TEST_F(IProp, TheSlotHandedOutIsEmptyAndOwnsWhatACallPutsThere)
+TEST_F(IProp, TheSlotIsEmptyAndOwning)
 {
     CZebIProp* const same = m_prop;
     EXPECT_EQ(same, std::addressof(m_prop));
@@ -70,7 +70,7 @@ TEST_F(IProp, TheSlotHandedOutIsEmptyAndOwnsWhatACallPutsThere)
     EXPECT_EQ(m_object.References(), 0u);
 }
 
-TEST_F(IProp, CopiesShareTheObjectAndTakeTheMarking)
+TEST_F(IProp, CopiesShareObjectAndMarking)
 {
     OpenProp source(&m_object);
     source.SetWAB(true);
@@ -87,7 +87,7 @@ TEST_F(IProp, CopiesShareTheObjectAndTakeTheMarking)
     EXPECT_FALSE(copy.IsWAB());
 }
 
-TEST_F(IProp, AssigningAnEmptyOneEmptiesLogsOnceAndTakesTheMarking)
+TEST_F(IProp, AssigningAnEmptyOneLogsOnce)
 {
     OpenProp empty;
     empty.SetWAB(true);
@@ -101,7 +101,7 @@ TEST_F(IProp, AssigningAnEmptyOneEmptiesLogsOnceAndTakesTheMarking)
     EXPECT_EQ(m_log.Lines().back().level, 1);
 }
 
-TEST_F(IProp, AssigningAnObjectToItselfIsSafe)
+TEST_F(IProp, SelfAssignmentIsSafe)
 {
     const CZebIProp& same = m_prop;
     OpenProp marked;
@@ -114,7 +114,7 @@ TEST_F(IProp, AssigningAnObjectToItselfIsSafe)
     EXPECT_TRUE(m_log.Lines().empty());
 }
 
-TEST_F(IProp, ACopyOfAnEmptyOneIsEmptyWithALineInTheLog)
+TEST_F(IProp, AnEmptyOnesCopyIsLogged)
 {
     OpenProp empty;
     empty.SetWAB(true);
@@ -134,7 +134,7 @@ TEST_F(IProp, CopiesResolveNamesThemselves)
     EXPECT_EQ(Calls(), (Lines{"prop: GetIDsFromNames(0x51,0x2)"}));
 }
 
-TEST_F(IProp, EveryUseOfAnEmptyOneRaisesAComError)
+TEST_F(IProp, AnEmptyOneRaisesComErrors)
 {
     CZebIProp empty;
     CZebPropValArray values(1);
@@ -175,7 +175,7 @@ TEST_F(IProp, EveryUseOfAnEmptyOneRaisesAComError)
     EXPECT_TRUE(Calls().empty());
 }
 
-TEST_F(IProp, TheBaseHasNoTypeOfItsOwnAndAcceptsAny)
+TEST_F(IProp, TheBaseAcceptsAnyType)
 {
     EXPECT_TRUE(*m_prop.GetInterfaceCIID() == IID_IMAPIProp);
     EXPECT_EQ(m_prop.GetMAPIType(), 0u);
@@ -183,7 +183,7 @@ TEST_F(IProp, TheBaseHasNoTypeOfItsOwnAndAcceptsAny)
     EXPECT_TRUE(m_prop.IsMAPITypeAcceptable(77));
 }
 
-TEST_F(IProp, ReadsOnePropertyWithTheFlagOfItsWidth)
+TEST_F(IProp, ReadsWithItsWidthsFlag)
 {
     m_object.m_bag.Set(PR_OBJECT_TYPE, MAPI_FOLDER);
     m_object.m_bag.Set(PR_ENTRYID, "ab");
@@ -200,7 +200,7 @@ TEST_F(IProp, ReadsOnePropertyWithTheFlagOfItsWidth)
                               "prop: GetProps([0x3001001F],0x80000000)", "prop: GetProps([0x3001001E],0x0)"}));
 }
 
-TEST_F(IProp, AMissingTextIsEmptyAndAMissingBinaryOrNumberAFailure)
+TEST_F(IProp, OnlyAMissingTextIsEmpty)
 {
     EXPECT_EQ(Str(m_prop.GetStringPropA(PR_SUBJECT_A)), "");
     EXPECT_EQ(Str(m_prop.GetStringPropW(PR_SUBJECT_W)), u"");
@@ -209,7 +209,7 @@ TEST_F(IProp, AMissingTextIsEmptyAndAMissingBinaryOrNumberAFailure)
     EXPECT_EQ(Thrown([&] { m_prop.GetObjectType(); }), MAPI_E_INVALID_TYPE);
 }
 
-TEST_F(IProp, AFailingReadThrowsWithTheObjectsExtendedError)
+TEST_F(IProp, AFailingReadCarriesItsError)
 {
     m_object.Fail("GetProps", MAPI_E_NETWORK_ERROR);
     EXPECT_EQ(Thrown([&] { m_prop.GetStringPropA(PR_SUBJECT_A); }), MAPI_E_NETWORK_ERROR);
@@ -228,7 +228,7 @@ TEST_F(IProp, AFailingReadNamesTheProperty)
     EXPECT_EQ(ContextOf([&] { m_prop.GetBin(PR_ENTRYID); }), "GetBinary PR_ENTRYID 0x0FFF0102");
 }
 
-TEST_F(IProp, EveryFailingCallThrowsItsResultWithTheObjectsExtendedErrorAndThisFile)
+TEST_F(IProp, EveryFailureCarriesErrorAndFile)
 {
     CZebPropValArray values(1);
     values[PR_SUBJECT_A] = "s";
@@ -264,7 +264,7 @@ TEST_F(IProp, EveryFailingCallThrowsItsResultWithTheObjectsExtendedErrorAndThisF
     }
 }
 
-TEST_F(IProp, SuccessWithoutAValueIsAFailure)
+TEST_F(IProp, SuccessWithoutAValueFails)
 {
     m_object.m_givesNothing = true;
     EXPECT_EQ(Thrown([&] { m_prop.GetBin(PR_ENTRYID); }), MAPI_E_BAD_VALUE);
@@ -272,7 +272,7 @@ TEST_F(IProp, SuccessWithoutAValueIsAFailure)
     EXPECT_EQ(Thrown([&] { m_prop.GetStringPropA(PR_SUBJECT_A); }), MAPI_E_BAD_VALUE);
 }
 
-TEST_F(IProp, SettingTheDisplayNameWritesItAndSaves)
+TEST_F(IProp, SettingTheDisplayNameSaves)
 {
     m_prop.SetDisplayNameA("one");
     m_prop.SetDisplayNameW(ZEBW("two"));
@@ -282,7 +282,7 @@ TEST_F(IProp, SettingTheDisplayNameWritesItAndSaves)
                               "prop: SetProps(0x3001001E='three',problems null)", "prop: SaveChanges(0x6)"}));
 }
 
-TEST_F(IProp, SetPropsCutsAtTheFirstFreeEntryAndSavesWhenAsked)
+TEST_F(IProp, SetPropsStopsAtFreeEntries)
 {
     CZebPropValArray values(3);
     values[PR_SUBJECT_A] = "s";
@@ -294,7 +294,7 @@ TEST_F(IProp, SetPropsCutsAtTheFirstFreeEntryAndSavesWhenAsked)
     EXPECT_EQ(Calls(), (Lines{"prop: SetProps(0x37001E='s',problems null)", "prop: SaveChanges(0x6)"}));
 }
 
-TEST_F(IProp, SetPropsOfNothingNeitherWritesNorSaves)
+TEST_F(IProp, SetPropsOfNothingSavesNothing)
 {
     CZebPropValArray values(3);
     m_prop.SetProps(values, true, nullptr);
@@ -334,7 +334,7 @@ TEST_F(IProp, WarningsPass)
     EXPECT_EQ(Thrown([&] { m_prop.SaveChanges(0); }), 0);
 }
 
-TEST_F(IProp, GetPropsTakesExactlyTheTagsGiven)
+TEST_F(IProp, GetPropsTakesExactlyTheTags)
 {
     m_object.m_bag.Set(PR_SUBJECT_A, "s");
     CZebPropValArray result;
@@ -346,7 +346,7 @@ TEST_F(IProp, GetPropsTakesExactlyTheTagsGiven)
     EXPECT_EQ(Thrown([&] { result[PR_ENTRYID]; }), MAPI_E_UNEXPECTED_ID) << "a received array does not grow";
 }
 
-TEST_F(IProp, GetPropsOfNoTagsGivesNoneWithoutACall)
+TEST_F(IProp, GetPropsWithoutTagsCallsNothing)
 {
     CZebPropValArray result(3);
     m_prop.GetProps(result, 0);
@@ -365,7 +365,7 @@ TEST_F(IProp, GetPropsOfNoTagsGivesNoneWithoutACall)
     EXPECT_EQ(Raised([&] { CZebIProp().GetProps(*slot, &count, &values, 0); }), E_POINTER);
 }
 
-TEST_F(IProp, AllPropsAreReadByTheListWithFlagsZero)
+TEST_F(IProp, AllPropsComeFromTheList)
 {
     m_object.m_bag.Set(PR_SUBJECT_W, "s");
     CZebPropValArray values;
@@ -374,7 +374,7 @@ TEST_F(IProp, AllPropsAreReadByTheListWithFlagsZero)
     EXPECT_EQ(values.Count(), 1u);
 }
 
-TEST_F(IProp, AllPropsAreAskedForWithoutAListWhereTheCodePageIsUnknown)
+TEST_F(IProp, UnknownCodePagesReadWithoutList)
 {
     m_object.m_bag.Set(PR_SUBJECT_W, "s");
     m_object.Fail("GetPropList", MAPI_E_UNKNOWN_CPID);
@@ -429,7 +429,7 @@ TEST_F(IProp, FreeingEmptiesTheMap)
     EXPECT_EQ(Calls().size(), 2u);
 }
 
-TEST_F(IProp, NamesTheStoreDoesNotGiveAreLeftOut)
+TEST_F(IProp, NamesWithoutATagAreOmitted)
 {
     // Three tags for 81 names, the last of them, that of 0x8062, an error.
     m_object.m_namedTags = {0x90000000, 0x90010000, PROP_TAG(PT_ERROR, 0)};
@@ -445,7 +445,7 @@ TEST_F(IProp, OneNameIsEnough)
     EXPECT_EQ(m_prop.GetRealTag(0x8005001E, true), 0x9000001Eu);
 }
 
-TEST_F(IProp, TheFirstNamedTagIsLookedUp)
+TEST_F(IProp, TheFirstNamedTagIsFound)
 {
     m_object.m_namedTags = {0x90000000};
     EXPECT_EQ(m_prop.GetRealTag(0x7FFF001F, false), 0x7FFF001Fu);
@@ -455,7 +455,7 @@ TEST_F(IProp, TheFirstNamedTagIsLookedUp)
     EXPECT_EQ(Calls().size(), 1u);
 }
 
-TEST_F(IProp, AStoreThatRefusesNamesIsAskedOnce)
+TEST_F(IProp, ARefusingStoreIsAskedOnce)
 {
     for (HRESULT refusal : {MAPI_E_NO_SUPPORT, E_ACCESSDENIED, static_cast<HRESULT>(26)})
     {
@@ -473,7 +473,7 @@ TEST_F(IProp, AStoreThatRefusesNamesIsAskedOnce)
     }
 }
 
-TEST_F(IProp, OtherFailuresOfTheNamesPropagateAndAreAskedAgain)
+TEST_F(IProp, OtherNameFailuresPropagate)
 {
     m_object.Fail("GetIDsFromNames", MAPI_E_NETWORK_ERROR);
     EXPECT_EQ(Thrown([&] { m_prop.GetTagsMap(); }), MAPI_E_NETWORK_ERROR);
@@ -481,7 +481,7 @@ TEST_F(IProp, OtherFailuresOfTheNamesPropagateAndAreAskedAgain)
     EXPECT_EQ(Calls().size(), 2u);
 }
 
-TEST_F(IProp, NamesThatCanNotBeListedForWantOfMemoryLeaveTheMapEmpty)
+TEST_F(IProp, LackOfMemoryEmptiesTheMap)
 {
     m_object.m_namedTags.assign(81, 0x90000000);
     m_memory.FailAllocation(40);
@@ -496,14 +496,14 @@ TEST_F(IProp, SuccessWithoutTagsIsAFailure)
     EXPECT_EQ(Thrown([&] { m_prop.GetTagsMap(); }), E_INVALIDARG);
 }
 
-TEST_F(IProp, TheInterfaceGivenOutIsAReferenceOfItsOwn)
+TEST_F(IProp, AnInterfaceGivenOutIsCounted)
 {
     const CComPtr<IMAPIProp> given = m_prop.GetInterface();
     EXPECT_EQ(given.Get(), &m_object);
     EXPECT_EQ(m_object.References(), 2u);
 }
 
-TEST_F(IProp, ThePlacesOfTheFieldsAreTheDocumentedOnes)
+TEST_F(IProp, FieldsAreInTheirDocumentedPlaces)
 {
     OpenProp prop(&m_object);
     prop.SetWAB(true);
@@ -514,7 +514,7 @@ TEST_F(IProp, ThePlacesOfTheFieldsAreTheDocumentedOnes)
     EXPECT_EQ(held, static_cast<IUnknown*>(&m_object));
 }
 
-TEST_F(IProp, NamesThatCanNotAllBeMappedAreAskedForAgain)
+TEST_F(IProp, UnmappableNamesAreAskedForAgain)
 {
     for (ULONG i = 0; i < 81; ++i)
     {
@@ -548,7 +548,7 @@ TEST_F(IProp, NamesThatCanNotAllBeMappedAreAskedForAgain)
     EXPECT_FALSE(failed);
 }
 
-TEST_F(IProp, AnObjectWithoutPropertiesHasNoneToRead)
+TEST_F(IProp, AnObjectMayHaveNoProperties)
 {
     CZebPropValArray values;
     m_prop.GetAllProps(values.CountPtr(), &values, 0);
@@ -557,7 +557,7 @@ TEST_F(IProp, AnObjectWithoutPropertiesHasNoneToRead)
     EXPECT_EQ(Calls(), (Lines{"prop: GetPropList(0x0)"}));
 }
 
-TEST_F(IProp, ABinaryWithoutItsBytesReadsAsOneOfNoBytes)
+TEST_F(IProp, ABinaryWithoutBytesReadsEmpty)
 {
     m_object.m_dropsBytes = true;
     m_object.m_bag.Set(PR_ENTRYID, "abc");

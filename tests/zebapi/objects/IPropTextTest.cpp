@@ -25,7 +25,7 @@ std::u16string Str(const CStringW& text)
 
 } // namespace
 
-TEST_F(IPropText, APropertyIsOpenedAsAStreamForReadingOrWriting)
+TEST_F(IPropText, PropertiesAreOpenedAsStreams)
 {
     RecordingStream stream(m_journal, "");
     m_object.m_property = &stream;
@@ -38,12 +38,12 @@ TEST_F(IPropText, APropertyIsOpenedAsAStreamForReadingOrWriting)
     EXPECT_EQ(stream.References(), 0u);
 }
 
-TEST_F(IPropText, SuccessWithoutAStreamIsAFailure)
+TEST_F(IPropText, SuccessWithoutAStreamFails)
 {
     EXPECT_EQ(Thrown([&] { m_prop.OpenProperty(PR_BODY_A, 0); }), MAPI_E_CALL_FAILED);
 }
 
-TEST_F(IPropText, ALongNarrowTextIsReadWhole)
+TEST_F(IPropText, ALongNarrowTextIsWhole)
 {
     for (size_t size : {0u, 1u, 7u, 65535u, 10000000u})
     {
@@ -56,7 +56,7 @@ TEST_F(IPropText, ALongNarrowTextIsReadWhole)
     }
 }
 
-TEST_F(IPropText, ALongWideTextOfSevenBytesHasThreeCharacters)
+TEST_F(IPropText, SevenWideBytesAreThreeCharacters)
 {
     RecordingStream stream(m_journal, std::string("a\0b\0c\0d", 7));
     m_object.m_property = &stream;
@@ -65,7 +65,7 @@ TEST_F(IPropText, ALongWideTextOfSevenBytesHasThreeCharacters)
               (Lines{"prop: OpenProperty(0x1000001F,IStream,0x0,0x0)", "stream: Stat(0x1)", "stream: Read(0x7,null)"}));
 }
 
-TEST_F(IPropText, ALongTextEndsAtItsFirstZeroAndWhereTheStreamEnds)
+TEST_F(IPropText, ALongTextEndsAtZero)
 {
     RecordingStream zero(m_journal, std::string("ab\0cd", 5));
     m_object.m_property = &zero;
@@ -80,7 +80,7 @@ TEST_F(IPropText, ALongTextEndsAtItsFirstZeroAndWhereTheStreamEnds)
     EXPECT_EQ(Str(m_prop.GetLongStringW(PR_BODY_W)), u"ab");
 }
 
-TEST_F(IPropText, ATextThatNoStringHoldsIsRefusedUnread)
+TEST_F(IPropText, OversizedTextIsRefusedUnread)
 {
     for (unsigned long long size : {0x7FFFFFFFull, 0xFFFFFFFFull, 0x100000000ull, 0x100000005ull, ~0ull})
     {
@@ -96,7 +96,7 @@ TEST_F(IPropText, ATextThatNoStringHoldsIsRefusedUnread)
     }
 }
 
-TEST_F(IPropText, ALongWideTextIsReadWhole)
+TEST_F(IPropText, ALongWideTextIsWhole)
 {
     for (size_t size : {0u, 1u, 7u, 65535u, 10000000u})
     {
@@ -111,7 +111,7 @@ TEST_F(IPropText, ALongWideTextIsReadWhole)
     }
 }
 
-TEST_F(IPropText, AFailingStreamThrowsItsOwnResult)
+TEST_F(IPropText, AFailingStreamThrowsItsResult)
 {
     m_object.m_error = "not the stream's";
     RecordingStream stream(m_journal, "abc");
@@ -125,13 +125,13 @@ TEST_F(IPropText, AFailingStreamThrowsItsOwnResult)
     EXPECT_EQ(Thrown([&] { m_prop.GetLongStringW(PR_BODY_W); }), STG_E_ACCESSDENIED);
 }
 
-TEST_F(IPropText, TheDumpOfNothingIsTwoLines)
+TEST_F(IPropText, NothingDumpsAsTwoLines)
 {
     m_prop.DumpAllProps();
     EXPECT_EQ(m_log.Lines(), (std::vector<LogLine>{Line(3, "------------------"), Line(3, "------------------")}));
 }
 
-TEST_F(IPropText, TheDumpNamesTagsAndTypesAndCutsValues)
+TEST_F(IPropText, TheDumpNamesTagsAndTypes)
 {
     const std::string percent = "100%s %n\r\nnext";
     m_object.m_bag.Set(PR_SUBJECT_W, percent);
@@ -159,7 +159,7 @@ TEST_F(IPropText, TheDumpNamesTagsAndTypesAndCutsValues)
     EXPECT_EQ(Calls().front(), "prop: GetPropList(0x80000000)");
 }
 
-TEST_F(IPropText, TheDumpWritesLongAndHostileValuesAsTheyAre)
+TEST_F(IPropText, TheDumpWritesHostileValuesUnchanged)
 {
     m_object.m_bag.Set(PR_SUBJECT_A, std::string("%s%n%1$s%"));
     m_object.m_bag.Set(PR_BODY_W, std::string(300, 'w'));
@@ -178,7 +178,7 @@ TEST_F(IPropText, TheDumpWritesLongAndHostileValuesAsTheyAre)
                                     "PR_COMMENT\tPT_STRING8\t", "------------------"}));
 }
 
-TEST_F(IPropText, TheDumpOfValuesThatAreNotThereIsTwoLines)
+TEST_F(IPropText, MissingValuesDumpAsTwoLines)
 {
     m_object.m_bag.Set(PR_SUBJECT_A, "s");
     m_object.m_givesNothing = true;
@@ -186,7 +186,7 @@ TEST_F(IPropText, TheDumpOfValuesThatAreNotThereIsTwoLines)
     EXPECT_EQ(m_log.Texts(), (Lines{"------------------", "------------------"}));
 }
 
-TEST_F(IPropText, ADumpThatFailsIsLoggedAndGoesNoFurther)
+TEST_F(IPropText, AFailingDumpIsLogged)
 {
     m_object.m_bag.Set(PR_SUBJECT_A, "s");
     m_object.Fail("GetProps", MAPI_E_NO_ACCESS);

@@ -70,7 +70,7 @@ TEST_F(Message, TablesTakeTheFlagsGiven)
     EXPECT_EQ(Thrown([&] { m_message.GetRecipientTable(MAPI_MODIFY); }), MAPI_E_UNKNOWN_FLAGS);
 }
 
-TEST_F(Message, SuccessWithoutATableIsAFailure)
+TEST_F(Message, SuccessWithoutATableFails)
 {
     m_object.m_recipients = nullptr;
     m_object.m_attachments = nullptr;
@@ -78,7 +78,7 @@ TEST_F(Message, SuccessWithoutATableIsAFailure)
     EXPECT_EQ(ContextOf([&] { m_message.GetAttachmentTable(); }), "GetAttachmentTable");
 }
 
-TEST_F(Message, ARecipientWithAnAddressIsAddedResolved)
+TEST_F(Message, ARecipientWithAddressIsResolved)
 {
     m_message.AddRecipient(MAPI_CC, ZEBW("Ada"), ZEBW("ada@x.org"));
     const Lines calls = Calls();
@@ -94,7 +94,7 @@ TEST_F(Message, ARecipientWithAnAddressIsAddedResolved)
         << calls[0];
 }
 
-TEST_F(Message, ARecipientWithoutAnAddressIsLeftToBeResolved)
+TEST_F(Message, ARecipientWithoutAddressIsUnresolved)
 {
     m_message.AddRecipient(MAPI_TO, ZEBW("Ada"), nullptr);
     m_message.AddRecipient(MAPI_BCC, ZEBW("Ada"), ZEBW(""), nullptr);
@@ -102,13 +102,13 @@ TEST_F(Message, ARecipientWithoutAnAddressIsLeftToBeResolved)
                               "message: ModifyRecipients(0x2,[0xC150003=0x3,0x3001001F=Ada])"}));
 }
 
-TEST_F(Message, ARecipientWithoutANameShowsItsAddress)
+TEST_F(Message, AnUnnamedRecipientShowsItsAddress)
 {
     m_message.AddRecipient(MAPI_TO, nullptr, ZEBW("ada@x.org"));
     EXPECT_NE(Calls().at(0).find("0x3001001F=ada@x.org,"), std::string::npos);
 }
 
-TEST_F(Message, ARecipientNeedsANameOrAnAddressOfAType)
+TEST_F(Message, ARecipientNeedsNameOrAddress)
 {
     EXPECT_EQ(Thrown([&] { m_message.AddRecipient(MAPI_TO, nullptr, nullptr); }), MAPI_E_INVALID_PARAMETER);
     EXPECT_EQ(Thrown([&] { m_message.AddRecipient(MAPI_TO, ZEBW(""), ZEBW("")); }), MAPI_E_INVALID_PARAMETER);
@@ -134,7 +134,7 @@ TEST_F(Message, RecipientsAreAddedInOneCall)
     EXPECT_EQ(Thrown([&] { m_message.AddRecipients(1, nullptr); }), MAPI_E_INVALID_PARAMETER);
 }
 
-TEST_F(Message, AMessageIsMarkedAsReadOrUnread)
+TEST_F(Message, MessagesAreMarkedReadOrUnread)
 {
     m_message.SetReadFlag(0);
     m_message.SetReadFlag(CLEAR_READ_FLAG | SUPPRESS_RECEIPT);
@@ -143,13 +143,13 @@ TEST_F(Message, AMessageIsMarkedAsReadOrUnread)
     EXPECT_EQ(ContextOf([&] { m_message.SetReadFlag(0); }), "SetReadFlag");
 }
 
-TEST_F(Message, ARecipientIsRemovedByItsRow)
+TEST_F(Message, ARecipientIsRemovedByRow)
 {
     m_message.RemoveRecipient(3);
     EXPECT_EQ(Calls(), Lines{"message: ModifyRecipients(0x8,[0x30000003=0x3])"});
 }
 
-TEST_F(Message, AFailureOfARecipientNamesIt)
+TEST_F(Message, AFailureNamesTheRecipient)
 {
     m_object.m_error = "no such recipient";
     m_object.Fail("ModifyRecipients", MAPI_E_NOT_FOUND);
@@ -170,7 +170,7 @@ TEST_F(Message, AttachmentsAreReadWithTheirColumns)
     EXPECT_EQ(rows[0][PR_ATTACH_NUM].operator LONG(), 7);
 }
 
-TEST_F(Message, AnAttachmentIsOpenedByItsNumber)
+TEST_F(Message, AnAttachmentIsOpenedByNumber)
 {
     CZebAttachment attachment = m_message.OpenAttachment(7);
     EXPECT_EQ(attachment.GetMAPIType(), static_cast<ULONG>(MAPI_ATTACH));
@@ -183,7 +183,7 @@ TEST_F(Message, AnAttachmentIsOpenedByItsNumber)
     EXPECT_EQ(m_attachment.References(), 2u);
 }
 
-TEST_F(Message, SuccessWithoutAnAttachmentIsAFailure)
+TEST_F(Message, SuccessWithoutAnAttachmentFails)
 {
     m_object.m_attachment = nullptr;
     ULONG number = 99;
@@ -192,7 +192,7 @@ TEST_F(Message, SuccessWithoutAnAttachmentIsAFailure)
     EXPECT_EQ(number, 99u);
 }
 
-TEST_F(Message, BytesAreAttachedThroughAStreamAndSaved)
+TEST_F(Message, BytesAreAttachedThroughAStream)
 {
     const std::string bytes("a\0b", 3);
     EXPECT_EQ(m_message.AddAttachment(ZEBW("a.txt"), bytes.data(), 3), 7u);
@@ -208,7 +208,7 @@ TEST_F(Message, AnEmptyFileIsAttachedToo)
                                        "stream: Commit(0x0)", "attachment: SaveChanges(0x6)"}));
 }
 
-TEST_F(Message, AStreamIsAttachedFromItsPositionToItsEnd)
+TEST_F(Message, StreamsAreAttachedFromTheirPosition)
 {
     std::string content = "xx";
     for (int i = 0; i < 100'000; ++i)
@@ -224,7 +224,7 @@ TEST_F(Message, AStreamIsAttachedFromItsPositionToItsEnd)
     EXPECT_EQ(file.References(), 0u);
 }
 
-TEST_F(Message, AnAttachmentNeedsANameAndItsBytes)
+TEST_F(Message, AnAttachmentNeedsNameAndBytes)
 {
     EXPECT_EQ(Thrown([&] { m_message.AddAttachment(nullptr, "a", 1); }), MAPI_E_INVALID_PARAMETER);
     EXPECT_EQ(Thrown([&] { m_message.AddAttachment(ZEBW(""), &m_stream); }), MAPI_E_INVALID_PARAMETER);
@@ -237,7 +237,7 @@ TEST_F(Message, AnAttachmentNeedsANameAndItsBytes)
     EXPECT_EQ(Calls(), Lines{});
 }
 
-TEST_F(Message, AnAttachmentThatCannotBeWrittenIsNotSaved)
+TEST_F(Message, AnUnwritableAttachmentIsNotSaved)
 {
     m_stream.Fail("Write", STG_E_ACCESSDENIED);
     EXPECT_EQ(ContextOf([&] { m_message.AddAttachment(ZEBW("a.txt"), "a", 1); }), "SetContent 'a.txt'");
@@ -246,19 +246,19 @@ TEST_F(Message, AnAttachmentThatCannotBeWrittenIsNotSaved)
     EXPECT_EQ(m_stream.References(), 0u);
 }
 
-TEST_F(Message, AStreamThatTakesNothingIsFull)
+TEST_F(Message, AStreamTakingNothingIsFull)
 {
     m_stream.m_atOnce = 0;
     EXPECT_EQ(Thrown([&] { m_wrapped.SetContent("a", 1); }), STG_E_MEDIUMFULL);
 }
 
-TEST_F(Message, AContentThatCannotBeCommittedIsAFailure)
+TEST_F(Message, AnUncommittedContentIsAFailure)
 {
     m_stream.Fail("Commit", STG_E_ACCESSDENIED);
     EXPECT_EQ(Thrown([&] { m_wrapped.SetContent("a", 1); }), STG_E_ACCESSDENIED);
 }
 
-TEST_F(Message, AnAttachmentIsSavedToAStream)
+TEST_F(Message, AnAttachmentIsSavedToStreams)
 {
     m_stream.m_bytes = std::string(40'000, 'x') + "end";
     m_stream.m_atOnce = 999;
@@ -270,14 +270,14 @@ TEST_F(Message, AnAttachmentIsSavedToAStream)
     EXPECT_EQ(Calls().front(), "attachment: OpenProperty(0x37010102,IStream,0x0,0x0)");
 }
 
-TEST_F(Message, AnAttachmentWithoutContentIsNotSaved)
+TEST_F(Message, AttachmentsWithoutContentAreNotSaved)
 {
     m_attachment.Fail("OpenProperty", MAPI_E_NOT_FOUND);
     ByteStream target(m_journal, "", "target");
     EXPECT_EQ(Thrown([&] { m_wrapped.SaveTo(&target); }), MAPI_E_NOT_FOUND);
 }
 
-TEST_F(Message, AnAttachmentIsDeletedByItsNumber)
+TEST_F(Message, AnAttachmentIsDeletedByNumber)
 {
     m_message.DeleteAttachment(7);
     EXPECT_EQ(Calls(), Lines{"message: DeleteAttach(0x7,0x0,progress null,0x0)"});
@@ -311,7 +311,7 @@ TEST_F(Message, AnEmbeddedMessageIsCreated)
                               "attachment: OpenProperty(0x3701000D,IMessage,0x0,0x3)"}));
 }
 
-TEST_F(Message, SuccessWithoutAnEmbeddedMessageIsAFailure)
+TEST_F(Message, SuccessWithoutAnEmbeddedMessageFails)
 {
     m_attachment.m_property = nullptr;
     EXPECT_EQ(Thrown([&] { m_wrapped.OpenMessage(); }), MAPI_E_CALL_FAILED);
@@ -319,7 +319,7 @@ TEST_F(Message, SuccessWithoutAnEmbeddedMessageIsAFailure)
     EXPECT_EQ(ContextOf([&] { m_wrapped.OpenMessage(); }), "OpenMessage");
 }
 
-TEST_F(Message, AnEmptyMessageRaisesAComError)
+TEST_F(Message, AnEmptyMessageRaisesComErrors)
 {
     CZebMessage none;
     CZebAttachment nothing;

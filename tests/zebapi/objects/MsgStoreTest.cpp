@@ -54,7 +54,7 @@ TEST_F(MsgStore, IsOneOfItsType)
     EXPECT_EQ(m_double.References(), 3u);
 }
 
-TEST_F(MsgStore, TheRootIsOpenedByAnIdentifierWithoutBytes)
+TEST_F(MsgStore, NoBytesOpenTheRoot)
 {
     const CZebFolder root = m_store.OpenRootFolder(0x10);
     EXPECT_EQ(m_root.References(), 1u);
@@ -72,7 +72,7 @@ TEST_F(MsgStore, TheInboxIsTheReceiveFolder)
               "Ver:1, Error:none here, Component:store, LowLewelError:2, Context:3 \n");
 }
 
-TEST_F(MsgStore, TheContactsFolderIsNamedByTheInbox)
+TEST_F(MsgStore, TheInboxNamesTheContactsFolder)
 {
     const CZebFolder contacts = m_store.OpenContactsFolder(3);
     EXPECT_EQ(m_contacts.References(), 1u);
@@ -80,7 +80,7 @@ TEST_F(MsgStore, TheContactsFolderIsNamedByTheInbox)
                               "inbox: GetProps([0x36D10102],0x0)", "store: OpenEntry(636F6E,IMAPIFolder,0x3)"}));
 }
 
-TEST_F(MsgStore, SpecialFoldersAreNamedByTheStore)
+TEST_F(MsgStore, TheStoreNamesSpecialFolders)
 {
     const CZebFolder bin = m_store.OpenSpecialFolder(PR_IPM_WASTEBASKET_ENTRYID, 3);
     EXPECT_EQ(m_bin.References(), 1u);
@@ -88,7 +88,7 @@ TEST_F(MsgStore, SpecialFoldersAreNamedByTheStore)
     EXPECT_EQ(Thrown([&] { m_store.GetSpecialFolderEntryID(PR_IPM_OUTBOX_ENTRYID); }), MAPI_E_INVALID_TYPE);
 }
 
-TEST_F(MsgStore, OpenedObjectsTakeTheMarkingAndMustBeOfTheTargetsType)
+TEST_F(MsgStore, OpenedObjectsAreMarkedAndChecked)
 {
     m_store.MarkWAB();
     CZebMessage message;
@@ -99,7 +99,7 @@ TEST_F(MsgStore, OpenedObjectsTakeTheMarkingAndMustBeOfTheTargetsType)
     EXPECT_FALSE(folder.IsValid());
 }
 
-TEST_F(MsgStore, AnObjectThatIsNoStoreRaisesNoInterfaceAndAnEmptyOneEPointer)
+TEST_F(MsgStore, NonStoresRaiseNoInterface)
 {
     CZebMessage target(&m_message);
     CZebMsgStore empty;
@@ -111,7 +111,7 @@ TEST_F(MsgStore, AnObjectThatIsNoStoreRaisesNoInterfaceAndAnEmptyOneEPointer)
     EXPECT_TRUE(target.IsValid());
 }
 
-TEST_F(MsgStore, HardDeletionAsksTheFolderOfTheFirstMessage)
+TEST_F(MsgStore, HardDeletionAsksTheFirstsFolder)
 {
     SBinary ids[] = {ID("m"), ID("elsewhere")};
     SBinaryArray list = {2, ids};
@@ -121,7 +121,7 @@ TEST_F(MsgStore, HardDeletionAsksTheFolderOfTheFirstMessage)
                               "inbox: DeleteMessages([6D,656C73657768657265],0x0,progress null,0x0)"}));
 }
 
-TEST_F(MsgStore, SoftDeletionMovesToTheDeletedItems)
+TEST_F(MsgStore, SoftDeletionMovesToDeletedItems)
 {
     m_inbox.KeepLists();
     m_store.DeleteMessage(ID("m"), false);
@@ -132,7 +132,7 @@ TEST_F(MsgStore, SoftDeletionMovesToTheDeletedItems)
     m_inbox.FreeLists();
 }
 
-TEST_F(MsgStore, SoftDeletionOfADeletedMessageMovesItOntoItsOwnFolder)
+TEST_F(MsgStore, DeletedMessagesMoveOntoTheirFolder)
 {
     RecordingMessage deleted(m_journal, "deleted");
     deleted.m_bag.Set(PR_PARENT_ENTRYID, "bin");
@@ -144,7 +144,7 @@ TEST_F(MsgStore, SoftDeletionOfADeletedMessageMovesItOntoItsOwnFolder)
     EXPECT_EQ(Calls().back(), "bin: CopyMessages([64],IMAPIFolder,bin,0x0,progress null,0x1)");
 }
 
-TEST_F(MsgStore, SoftDeletionMovesAllOfTheListOutOfTheFolderOfTheFirst)
+TEST_F(MsgStore, SoftDeletionUsesTheFirstsFolder)
 {
     SBinary ids[] = {ID("m"), ID("elsewhere")};
     SBinaryArray list = {2, ids};
@@ -152,7 +152,7 @@ TEST_F(MsgStore, SoftDeletionMovesAllOfTheListOutOfTheFolderOfTheFirst)
     EXPECT_EQ(Calls().back(), "inbox: CopyMessages([6D,656C73657768657265],IMAPIFolder,bin,0x0,progress null,0x1)");
 }
 
-TEST_F(MsgStore, WithoutDeletedItemsSoftDeletionThrowsAndMovesNothing)
+TEST_F(MsgStore, SoftDeletionNeedsDeletedItems)
 {
     RecordingStore bare(m_journal, "bare");
     bare.m_openable.Add("in", &m_inbox, MAPI_FOLDER);
@@ -166,7 +166,7 @@ TEST_F(MsgStore, WithoutDeletedItemsSoftDeletionThrowsAndMovesNothing)
     EXPECT_EQ(Calls().back(), "inbox: DeleteMessages([6D],0x0,progress null,0x0)");
 }
 
-TEST_F(MsgStore, AMessageWithoutAParentIsNotDeleted)
+TEST_F(MsgStore, AMessageWithoutAParentStays)
 {
     RecordingMessage orphan(m_journal, "orphan");
     m_double.m_openable.Add("o", &orphan, MAPI_MESSAGE);
@@ -180,7 +180,7 @@ TEST_F(MsgStore, AMessageWithoutAParentIsNotDeleted)
     EXPECT_EQ(Thrown([&] { m_store.DeleteMessages(&list, true); }), MAPI_E_INVALID_TYPE) << "no message";
 }
 
-TEST_F(MsgStore, AFailedOpenCarriesTheStoresErrorAndLeavesTheTargetEmpty)
+TEST_F(MsgStore, FailedOpensCarryTheStoresError)
 {
     m_double.m_error = "closed for today";
     CZebMessage target(&m_message);
@@ -191,7 +191,7 @@ TEST_F(MsgStore, AFailedOpenCarriesTheStoresErrorAndLeavesTheTargetEmpty)
     EXPECT_EQ(Thrown([&] { m_store.OpenEntry(ID("hollow"), target, 0); }), MAPI_E_CALL_FAILED);
 }
 
-TEST_F(MsgStore, TheContactsFolderIsOpenedWithTheFlagsGivenAndNeedsItsNameInTheInbox)
+TEST_F(MsgStore, AnInboxWithoutContactsFolderThrows)
 {
     RecordingFolder plain(m_journal, "plain");
     m_double.m_openable.Add("plain", &plain, MAPI_FOLDER);
@@ -200,7 +200,7 @@ TEST_F(MsgStore, TheContactsFolderIsOpenedWithTheFlagsGivenAndNeedsItsNameInTheI
     EXPECT_EQ(Calls().back(), "plain: GetProps([0x36D10102],0x0)");
 }
 
-TEST_F(MsgStore, EveryUseOfAnEmptyOneRaisesEPointer)
+TEST_F(MsgStore, AnEmptyOneRaisesEPointer)
 {
     RecordingSession sessionDouble(m_journal);
     CZebSession session(&sessionDouble);
@@ -258,7 +258,7 @@ private:
 
 } // namespace
 
-TEST_F(MsgStore, OperationsGoThroughEachOtherSoThatADerivedClassMayChangeThem)
+TEST_F(MsgStore, OperationsUseTheDerivedClass)
 {
     OwnStore own(&m_double);
     CZebMsgStore& store = own;
@@ -292,7 +292,7 @@ TEST_F(MsgStore, DeletingNoMessagesIsRefused)
     EXPECT_TRUE(Calls().empty());
 }
 
-TEST_F(MsgStore, TellsWhatLiesUnderTheDeletedItems)
+TEST_F(MsgStore, RecognizesWhatIsUnderDeletedItems)
 {
     RecordingSession sessionDouble(m_journal);
     CZebSession session(&sessionDouble);
@@ -322,7 +322,7 @@ TEST_F(MsgStore, TellsWhatLiesUnderTheDeletedItems)
     EXPECT_EQ(Thrown([&] { bareStore.IsUnderDeleted(session, gone); }), MAPI_E_INVALID_TYPE);
 }
 
-TEST_F(MsgStore, OneOfTheWABOpenedIntoItselfKeepsItsMarking)
+TEST_F(MsgStore, OpenedIntoItselfKeepsItsMarking)
 {
     m_double.m_openable.Add("self", &m_double, MAPI_STORE);
     m_store.MarkWAB();

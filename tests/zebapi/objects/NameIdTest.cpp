@@ -21,7 +21,7 @@ class NameIdHelper : public ObjectsTest
 
 } // namespace
 
-TEST_F(NameIdMap, TagsBelowTheNamedOnesAreReturnedUnchangedEvenWhenTheMapIsEmpty)
+TEST_F(NameIdMap, TagsBelowNamedOnesAreUnchanged)
 {
     const CZebNameIdMap map;
     EXPECT_EQ(map.GetTag(0x0037001E, true), 0x0037001Eu);
@@ -29,7 +29,7 @@ TEST_F(NameIdMap, TagsBelowTheNamedOnesAreReturnedUnchangedEvenWhenTheMapIsEmpty
     EXPECT_EQ(map.GetTag(0x7FFF001E, true), 0x7FFF001Eu);
 }
 
-TEST_F(NameIdMap, AKnownTagTakesTheStoresIdAndTheCallersType)
+TEST_F(NameIdMap, KnownTagsTakeTheStoresId)
 {
     CZebNameIdMap map;
     map.SetTag(0x80830001, 0x85120102);
@@ -37,7 +37,7 @@ TEST_F(NameIdMap, AKnownTagTakesTheStoresIdAndTheCallersType)
     EXPECT_EQ(map.GetTag(0x80831102, true), 0x85121102u);
 }
 
-TEST_F(NameIdMap, AnUnknownTagIsZeroOrAnExceptionWithoutAnObject)
+TEST_F(NameIdMap, UnknownTagsAreZeroOrError)
 {
     CZebNameIdMap map;
     map.SetTag(0x80830001, 0x85120102);
@@ -45,7 +45,7 @@ TEST_F(NameIdMap, AnUnknownTagIsZeroOrAnExceptionWithoutAnObject)
     EXPECT_EQ(Thrown([&] { map.GetTag(0x8999001E, true); }), MAPI_E_BAD_VALUE);
 }
 
-TEST_F(NameIdMap, NamesAreLookedUpByTheWholeTagAndSoNeverFound)
+TEST_F(NameIdMap, NamesAreNeverFoundByTag)
 {
     CZebNameIdMap map;
     map.SetTag(0x80830001, 0x85120102);
@@ -53,7 +53,7 @@ TEST_F(NameIdMap, NamesAreLookedUpByTheWholeTagAndSoNeverFound)
     EXPECT_EQ(Thrown([&] { map.GetName(0x8512001F, true); }), MAPI_E_BAD_VALUE);
 }
 
-TEST_F(NameIdMap, ASecondTagForAnIdOverwritesTheFirst)
+TEST_F(NameIdMap, ASecondTagOverwritesTheFirst)
 {
     CZebNameIdMap map;
     map.SetTag(0x80830001, 0x85120102);
@@ -72,7 +72,7 @@ TEST_F(NameIdMap, TheFallbackEntryCountsAsOne)
     EXPECT_EQ(map.GetCount(), 0);
 }
 
-TEST_F(NameIdMap, AssignmentTakesBothDirectionsIntoTheForwardOne)
+TEST_F(NameIdMap, AssignmentMergesBothDirections)
 {
     CZebNameIdMap source;
     source.SetTag(0x80830001, 0x85120102);
@@ -91,7 +91,7 @@ TEST_F(NameIdMap, AssignmentTakesBothDirectionsIntoTheForwardOne)
     EXPECT_EQ(again.GetCount(), 3);
 }
 
-TEST_F(NameIdMap, AssigningAMapToItselfEmptiesIt)
+TEST_F(NameIdMap, AssigningAMapToItselfEmpties)
 {
     CZebNameIdMap map;
     map.SetTag(0x80830001, 0x85120102);
@@ -100,7 +100,7 @@ TEST_F(NameIdMap, AssigningAMapToItselfEmptiesIt)
     EXPECT_EQ(map.GetCount(), 0);
 }
 
-TEST_F(NameIdHelper, ListsEightyOneNamesOfTwoSets)
+TEST_F(NameIdHelper, ListsEightyOneNames)
 {
     CZebNameIdHelper helper;
     ASSERT_EQ(static_cast<ULONG>(helper), 81u);
@@ -118,7 +118,7 @@ TEST_F(NameIdHelper, ListsEightyOneNamesOfTwoSets)
     EXPECT_EQ(m_memory.LiveRoots(), 1u);
 }
 
-TEST_F(NameIdHelper, TheRowsStandInTheirOrder)
+TEST_F(NameIdHelper, TheRowsAreInTheirOrder)
 {
     const CZebNameIdHelper helper;
     const ULONG expected[] = {
@@ -155,7 +155,7 @@ TEST_F(NameIdHelper, EachRowHasItsType)
     }
 }
 
-TEST_F(NameIdHelper, AnIndexPastTheListIsRefused)
+TEST_F(NameIdHelper, AnIndexTooLargeIsRefused)
 {
     const CZebNameIdHelper helper;
     EXPECT_EQ(Thrown([&] { helper.GetID(81); }), E_INVALIDARG);
@@ -163,7 +163,7 @@ TEST_F(NameIdHelper, AnIndexPastTheListIsRefused)
     EXPECT_EQ(helper.GetID(80), 0x8957u);
 }
 
-TEST_F(NameIdHelper, AnAllocationThatFailsMidwayLeavesNothingBehind)
+TEST_F(NameIdHelper, AFailedAllocationLeavesNothing)
 {
     for (size_t n : {1u, 2u, 40u, 82u})
     {
@@ -173,7 +173,7 @@ TEST_F(NameIdHelper, AnAllocationThatFailsMidwayLeavesNothingBehind)
     }
 }
 
-TEST_F(NameIdMap, ATagThatCanNotBeMappedToAnotherOneKeepsTheFormer)
+TEST_F(NameIdMap, AFailedRemappingKeepsTheOld)
 {
     bool failed = true;
     for (int after = 0; failed; ++after)
@@ -199,7 +199,7 @@ TEST_F(NameIdMap, ATagThatCanNotBeMappedToAnotherOneKeepsTheFormer)
     }
 }
 
-TEST_F(NameIdMap, ATagThatCanNotBeMappedLeavesNoHalfOfItself)
+TEST_F(NameIdMap, AFailedMappingLeavesNothing)
 {
     CZebNameIdMap map;
     map.SetTag(0x80830001, 0x85120102);

@@ -20,7 +20,7 @@ protected:
 
 } // namespace
 
-TEST_F(NamedTag, OfANumberHasTheTypeGiven)
+TEST_F(NamedTag, OfANumberHasGivenType)
 {
     m_object.m_namedTags = {PROP_TAG(PT_UNSPECIFIED, 0x8123)};
     EXPECT_EQ(m_prop.GetNamedTag(Set, 0x8502, PT_LONG), PROP_TAG(PT_LONG, 0x8123));
@@ -28,7 +28,7 @@ TEST_F(NamedTag, OfANumberHasTheTypeGiven)
     EXPECT_EQ(Calls(), Lines{"prop: GetIDsFromNames(0x1,0x2)"});
 }
 
-TEST_F(NamedTag, OfATextIsAskedByTheText)
+TEST_F(NamedTag, OfTextIsAskedByText)
 {
     m_object.m_namedTags = {PROP_TAG(PT_UNSPECIFIED, 0x8123)};
     EXPECT_EQ(m_prop.GetNamedTag(Set, ZEBW("Color"), PT_UNICODE, false), PROP_TAG(PT_UNICODE, 0x8123));
@@ -36,7 +36,7 @@ TEST_F(NamedTag, OfATextIsAskedByTheText)
     EXPECT_EQ(Calls(), Lines{"prop: GetIDsFromNames(0x1,0x0)"});
 }
 
-TEST_F(NamedTag, ThatTheObjectDoesNotGiveIsZeroOrAFailure)
+TEST_F(NamedTag, WhenMissingIsZeroOrFails)
 {
     m_object.m_namedTags = {PROP_TAG(PT_ERROR, 0)};
     EXPECT_EQ(m_prop.GetNamedTag(Set, 0x8502, PT_LONG, false), 0u);
@@ -91,7 +91,7 @@ TEST_F(NamedTag, WithoutANameLeavesTheOutputs)
               "GetNamesFromIDs PR_SUBJECT 0x0037001F");
 }
 
-TEST_F(NamedTag, OfAnEmptyObjectRaisesAComError)
+TEST_F(NamedTag, OfEmptyObjectsRaisesComErrors)
 {
     CZebIProp none;
     GUID set = {};

@@ -86,7 +86,7 @@ using NameIdSlots = ObjectsTest;
 
 } // namespace
 
-TEST_F(SessionSlots, TheDefaultStoreIsFoundAndOpenedThroughThem)
+TEST_F(SessionSlots, TheyFindTheDefaultStore)
 {
     RowTable stores(m_journal);
     stores.m_rows = {{{PR_DEFAULT_STORE, 1, ""}, {PR_ENTRYID, 0, "id"}}};
@@ -106,7 +106,7 @@ TEST_F(SessionSlots, LoggingOffFrees)
     EXPECT_FALSE(m_session.CZebSession::IsValid());
 }
 
-TEST_F(SessionSlots, AssigningAsksBothWhetherTheyAreValid)
+TEST_F(SessionSlots, AssigningAsksBothForValidity)
 {
     WatchedSession target(m_own);
     CZebSession& base = target;
@@ -159,7 +159,7 @@ TEST_F(NameIdSlots, AssigningEmptiesThroughTheOwnOperation)
     EXPECT_EQ(target.GetTag(0x8084001E, false), 0x8600001Eu);
 }
 
-TEST_F(NameIdSlots, ATagIsMadeOfTheOwnIdentifier)
+TEST_F(NameIdSlots, ATagHasTheOwnIdentifier)
 {
     const ShiftedHelper helper;
     const CZebNameIdHelper& base = helper;

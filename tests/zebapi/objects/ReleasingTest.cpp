@@ -84,7 +84,7 @@ protected:
 
 } // namespace
 
-TEST_F(Releasing, FreeKeepsInWhatAnObjectThrowsAndClearsTheMarkingAndTheNames)
+TEST_F(Releasing, FreeThrowsNothingAndClears)
 {
     Leaving<RecordingProp> leaving(m_journal, "leaving");
     RecordingProp other(m_journal, "other");
@@ -104,7 +104,7 @@ TEST_F(Releasing, FreeKeepsInWhatAnObjectThrowsAndClearsTheMarkingAndTheNames)
     Calls();
 }
 
-TEST_F(Releasing, DestructorsKeepInWhatAnObjectThrows)
+TEST_F(Releasing, DestructorsThrowNothing)
 {
     Leaving<RecordingProp> leaving(m_journal, "leaving");
     leaving.m_throws = true;
@@ -126,7 +126,7 @@ TEST_F(Releasing, DestructorsKeepInWhatAnObjectThrows)
     ExpectSwallowed(1, "session/Profiles.cpp");
 }
 
-TEST_F(Releasing, LogoffAndCloseKeepInWhatLettingGoThrows)
+TEST_F(Releasing, LogoffAndCloseThrowNothing)
 {
     Leaving<RecordingSession> session(m_journal, "session");
     session.m_throws = true;
@@ -143,7 +143,7 @@ TEST_F(Releasing, LogoffAndCloseKeepInWhatLettingGoThrows)
     Calls();
 }
 
-TEST_F(Releasing, AnAddressBookLetsGoOfItsOwnerThenTheSessionThenItself)
+TEST_F(Releasing, AnAddressBookReleasesItselfLast)
 {
     Leaving<RecordingProp> wab(m_journal, "wab");
     Leaving<RecordingSession> session(m_journal, "session");
@@ -169,7 +169,7 @@ TEST_F(Releasing, AnAddressBookLetsGoOfItsOwnerThenTheSessionThenItself)
     }
 }
 
-TEST_F(Releasing, FailuresNameTheirSourceAndCarryTheProvidersText)
+TEST_F(Releasing, FailuresNameSourceAndProvidersText)
 {
     RecordingContainer container(m_journal);
     RecordingFolder folder(m_journal);
@@ -202,7 +202,7 @@ TEST_F(Releasing, FailuresNameTheirSourceAndCarryTheProvidersText)
     ExpectThrowIn("objects/AddressBook.cpp", [&] { aBook.OpenEntry(ID("x"), target, 0); });
 }
 
-TEST_F(Releasing, OnlyASingleWideTextIsAskedForAsUnicode)
+TEST_F(Releasing, OnlySingleWideTextsAreUnicode)
 {
     RecordingProp prop(m_journal);
     CZebIProp object(&prop);
@@ -214,7 +214,7 @@ TEST_F(Releasing, OnlyASingleWideTextIsAskedForAsUnicode)
                               "prop: GetProps([0x37001F,0x1000001F],0x0)"}));
 }
 
-TEST_F(Releasing, ASetThatWarnsIsSavedAllTheSame)
+TEST_F(Releasing, AWarningStillSaves)
 {
     RecordingProp prop(m_journal);
     prop.Fail("SetProps", MAPI_W_ERRORS_RETURNED);
@@ -225,7 +225,7 @@ TEST_F(Releasing, ASetThatWarnsIsSavedAllTheSame)
     EXPECT_EQ(Calls(), (Lines{"prop: SetProps(0x37001E='s',problems null)", "prop: SaveChanges(0x6)"}));
 }
 
-TEST_F(Releasing, AnEmptyContainerIsNotExchangeAndLogsItsComErrorOnce)
+TEST_F(Releasing, AnEmptyContainerIsNotExchange)
 {
     CZebContainer container;
     EXPECT_FALSE(container.IsExchange());
@@ -234,7 +234,7 @@ TEST_F(Releasing, AnEmptyContainerIsNotExchangeAndLogsItsComErrorOnce)
     EXPECT_EQ(m_log.Texts()[0].find("EXCEPTION: _com_error: 0x80004003, File: \"zebapi/objects/Container.cpp\""), 0u);
 }
 
-TEST_F(Releasing, ADestinationThatIsNoFolderRaisesNoInterface)
+TEST_F(Releasing, DestinationsMustBeFolders)
 {
     RecordingFolder source(m_journal, "source");
     RecordingProp plain(m_journal, "plain");
@@ -246,7 +246,7 @@ TEST_F(Releasing, ADestinationThatIsNoFolderRaisesNoInterface)
     EXPECT_TRUE(Calls().empty());
 }
 
-TEST_F(Releasing, SoftDeletionOpensTheDeletedItemsThroughTheStoresOwnOperation)
+TEST_F(Releasing, SoftDeletionUsesTheStoresOperation)
 {
     class Redirecting : public CZebMsgStore
     {
@@ -302,14 +302,14 @@ protected:
 
 } // namespace
 
-TEST_F(Walk, AComparisonThatFailsOnTheWayThrows)
+TEST_F(Walk, AFailingComparisonThrows)
 {
     m_double.m_error = "the provider says";
     m_double.Fail("CompareEntryIDs", MAPI_E_UNKNOWN_ENTRYID);
     ExpectThrowIn("session/SESSION.cpp", [&] { Ask(); });
 }
 
-TEST_F(Walk, AParentOfATypeThatNoWrapperTakesThrows)
+TEST_F(Walk, AParentWithoutAWrapperThrows)
 {
     m_double.m_openable.Add("up", &m_up, 99);
     EXPECT_EQ(Thrown([&] { Ask(); }), MAPI_E_INVALID_TYPE);
@@ -319,7 +319,7 @@ TEST_F(Walk, AParentOfATypeThatNoWrapperTakesThrows)
     }
 }
 
-TEST_F(Walk, EndsAtAParentThatIsAStore)
+TEST_F(Walk, EndsAtAStore)
 {
     RecordingStore store(m_journal);
     store.m_bag.Set(PR_OBJECT_TYPE, MAPI_STORE);
@@ -338,7 +338,7 @@ TEST_F(Walk, AnEmptySessionRaisesEPointer)
     Calls();
 }
 
-TEST_F(Walk, AFolderWithoutAFolderTypeThrows)
+TEST_F(Walk, AFolderWithoutFolderTypeThrows)
 {
     m_up.m_bag.Set(PR_OBJECT_TYPE, MAPI_FOLDER);
     m_up.m_bag.Set(PR_PARENT_ENTRYID, "far");

@@ -38,7 +38,7 @@ TEST_F(Session, CopiesShareTheSession)
     EXPECT_EQ(Calls(), (Lines{"session: QueryInterface(IMAPISession)"}));
 }
 
-TEST_F(Session, AssigningAnEmptyOneEmptiesAndLogsOnce)
+TEST_F(Session, AssigningAnEmptyOneLogsOnce)
 {
     const CZebSession empty;
     m_session = empty;
@@ -48,7 +48,7 @@ TEST_F(Session, AssigningAnEmptyOneEmptiesAndLogsOnce)
     EXPECT_EQ(m_double.References(), 0u);
 }
 
-TEST_F(Session, AssigningWhatIsNoSessionEmptiesAndLogsOnce)
+TEST_F(Session, AssigningANonSessionLogsOnce)
 {
     RecordingSession stranger(m_journal, "stranger");
     const CZebSession source(&stranger);
@@ -70,7 +70,7 @@ TEST_F(Session, AssigningItselfKeepsTheSession)
     EXPECT_EQ(m_double.References(), 1u);
 }
 
-TEST_F(Session, UsingAnEmptyOneRaisesAComErrorAndLeavesTheTargetAlone)
+TEST_F(Session, AnEmptyOneLeavesTheTarget)
 {
     CZebSession empty;
     RecordingProp object(m_journal);
@@ -84,7 +84,7 @@ TEST_F(Session, UsingAnEmptyOneRaisesAComErrorAndLeavesTheTargetAlone)
     EXPECT_TRUE(target.IsValid());
 }
 
-TEST_F(Session, LogoffPassesItsArgumentsAndDropsTheSession)
+TEST_F(Session, LogoffPassesArgumentsAndDropsIt)
 {
     m_session.Logoff(1, 2, 3);
     EXPECT_EQ(Calls(), (Lines{"session: Logoff(0x1,0x2,0x3)"}));
@@ -92,7 +92,7 @@ TEST_F(Session, LogoffPassesItsArgumentsAndDropsTheSession)
     EXPECT_EQ(m_double.References(), 0u);
 }
 
-TEST_F(Session, AFailingLogoffIsLoggedAndDropsTheSessionAllTheSame)
+TEST_F(Session, AFailingLogoffDropsTheSession)
 {
     m_double.Fail("Logoff", MAPI_E_NETWORK_ERROR);
     m_double.m_error = "gone";
@@ -101,7 +101,7 @@ TEST_F(Session, AFailingLogoffIsLoggedAndDropsTheSessionAllTheSame)
     EXPECT_FALSE(m_session.IsValid());
 }
 
-TEST_F(Session, LogoffOfAnEmptySessionLogsOneLine)
+TEST_F(Session, LogoffOfAnEmptySessionLogs)
 {
     CZebSession empty;
     empty.Logoff(0, 0, 0);
@@ -110,7 +110,7 @@ TEST_F(Session, LogoffOfAnEmptySessionLogsOneLine)
     EXPECT_EQ(m_log.CountBeginning("EXCEPTION: _com_error: 0x80004003, File: \""), 1u);
 }
 
-TEST_F(Session, OpensAStoreAndTheAddressBookWithTheWindowAsUIParameter)
+TEST_F(Session, PassesTheWindowAsUIParameter)
 {
     RecordingStore store(m_journal);
     RecordingAddrBook book(m_journal);
@@ -129,7 +129,7 @@ TEST_F(Session, OpensAStoreAndTheAddressBookWithTheWindowAsUIParameter)
                               "session: OpenAddressBook(0x0,null,0x1)"}));
 }
 
-TEST_F(Session, SuccessWithoutAnObjectIsAFailure)
+TEST_F(Session, SuccessWithoutAnObjectFails)
 {
     EXPECT_EQ(Thrown([&] { m_session.OpenMsgStore(ID("s"), nullptr, 0); }), MAPI_E_CALL_FAILED);
     EXPECT_EQ(Thrown([&] { m_session.OpenAddressBook(nullptr, 0); }), MAPI_E_CALL_FAILED);
@@ -139,7 +139,7 @@ TEST_F(Session, SuccessWithoutAnObjectIsAFailure)
     EXPECT_EQ(Thrown([&] { m_session.OpenEntry(ID("a"), anything, 0); }), MAPI_E_CALL_FAILED);
 }
 
-TEST_F(Session, OpensAnEntryAsTheTargetsInterface)
+TEST_F(Session, OpensEntriesAsTheTargetsInterface)
 {
     RecordingFolder folder(m_journal);
     m_double.m_openable.Add("f", &folder, MAPI_FOLDER);
@@ -149,7 +149,7 @@ TEST_F(Session, OpensAnEntryAsTheTargetsInterface)
     EXPECT_EQ(folder.References(), 1u);
 }
 
-TEST_F(Session, RefusesAFolderAsAMessageAndLeavesTheTargetEmpty)
+TEST_F(Session, RefusesAFolderAsAMessage)
 {
     RecordingFolder folder(m_journal);
     m_double.m_openable.Add("f", &folder, MAPI_FOLDER);
@@ -159,7 +159,7 @@ TEST_F(Session, RefusesAFolderAsAMessageAndLeavesTheTargetEmpty)
     EXPECT_EQ(folder.References(), 0u);
 }
 
-TEST_F(Session, APlainObjectTakesStoresToDistributionListsAndNothingElse)
+TEST_F(Session, PlainObjectsTakeOnlyEightTypes)
 {
     for (ULONG type = 0; type <= 12; ++type)
     {
@@ -174,7 +174,7 @@ TEST_F(Session, APlainObjectTakesStoresToDistributionListsAndNothingElse)
     }
 }
 
-TEST_F(Session, AFailureCarriesTheSessionsExtendedError)
+TEST_F(Session, AFailureCarriesTheExtendedError)
 {
     m_double.m_error = "denied";
     CZebMessage target;
@@ -183,7 +183,7 @@ TEST_F(Session, AFailureCarriesTheSessionsExtendedError)
     EXPECT_EQ(Calls().back(), "session: GetLastError(0x8004010F,0x0)");
 }
 
-TEST_F(Session, EveryFailingCallThrowsItsResultWithTheSessionsExtendedError)
+TEST_F(Session, EveryFailureCarriesTheExtendedError)
 {
     RowTable stores(m_journal);
     stores.m_rows = {{{PR_ENTRYID, 0, "d"}, {PR_DEFAULT_STORE, 1, ""}}};
@@ -211,7 +211,7 @@ TEST_F(Session, EveryFailingCallThrowsItsResultWithTheSessionsExtendedError)
     }
 }
 
-TEST_F(Session, AFailedOpenLeavesTheTargetEmpty)
+TEST_F(Session, FailedOpensLeaveTheTargetEmpty)
 {
     RecordingProp before(m_journal);
     CZebPropObj target(&before);
@@ -220,7 +220,7 @@ TEST_F(Session, AFailedOpenLeavesTheTargetEmpty)
     EXPECT_EQ(before.References(), 0u);
 }
 
-TEST_F(Session, ADefaultStoreWithoutAnIdentifierIsNotOpened)
+TEST_F(Session, ADefaultStoreNeedsAnIdentifier)
 {
     const auto openWith = [&](const RowData& row)
     {
@@ -249,7 +249,7 @@ TEST_F(Session, ComparesIdentifiers)
     EXPECT_EQ(Thrown([&] { m_session.CompareEntryIDs(ID("ab"), ID("cd")); }), MAPI_E_INVALID_ENTRYID);
 }
 
-TEST_F(Session, TheDefaultStoreIsTheFirstOneMarked)
+TEST_F(Session, TheFirstMarkedStoreIsDefault)
 {
     RowTable table(m_journal);
     table.m_rows = {{{PR_ENTRYID, 0, "a"}},
@@ -265,7 +265,7 @@ TEST_F(Session, TheDefaultStoreIsTheFirstOneMarked)
                               "session: OpenMsgStore(0xFFFFFFFF12345678,64,IMsgStore,0x10)"}));
 }
 
-TEST_F(Session, AProfileWithoutADefaultStoreHasNone)
+TEST_F(Session, AProfileMayLackADefault)
 {
     RowTable table(m_journal);
     m_double.m_stores = &table;
@@ -276,7 +276,7 @@ TEST_F(Session, AProfileWithoutADefaultStoreHasNone)
     EXPECT_EQ(Thrown([&] { m_session.OpenDefaultMsgStore(nullptr, 0); }), MAPI_E_NOT_FOUND);
 }
 
-TEST(MessageClass, IsASubclassWhenItBeginsWithTheBase)
+TEST(MessageClass, IsASubclassByItsBeginning)
 {
     EXPECT_TRUE(Zeb_IsClassSubclassOf("IPM.Note", "IPM.Note"));
     EXPECT_TRUE(Zeb_IsClassSubclassOf("ipm.note.Private", "IPM.Note"));

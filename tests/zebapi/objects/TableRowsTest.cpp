@@ -75,7 +75,7 @@ TEST_F(TableRows, ComeWithTheirColumnsInBatches)
                               "table: QueryRows(100,0x0)"}));
 }
 
-TEST_F(TableRows, TheColumnsAreTold)
+TEST_F(TableRows, TheColumnsAreQueried)
 {
     HasRows(1);
     CZebPropTagArray columns;
@@ -103,7 +103,7 @@ TEST_F(TableRows, OfAnEmptyTableAreNone)
     EXPECT_EQ(Read(), UpTo(0)) << "success without a row set";
 }
 
-TEST_F(TableRows, EndWithAnEmptyBatchNotAShortOne)
+TEST_F(TableRows, EndWithAnEmptyBatchOnly)
 {
     HasRows(7);
     m_double.m_atOnce = 3;
@@ -111,7 +111,7 @@ TEST_F(TableRows, EndWithAnEmptyBatchNotAShortOne)
     EXPECT_EQ(m_double.m_reads, 4);
 }
 
-TEST_F(TableRows, BeginAtTheFirstRowEachTime)
+TEST_F(TableRows, BeginAtTheFirstRow)
 {
     HasRows(5);
     m_table.SeekRow(BOOKMARK_BEGINNING, 3, nullptr);
@@ -131,7 +131,7 @@ TEST_F(TableRows, OutliveTheHandleTheyCameFrom)
     EXPECT_EQ(m_double.References(), 1u);
 }
 
-TEST_F(TableRows, LeaveNothingWhenTheLoopIsLeft)
+TEST_F(TableRows, AreFreedWhenTheLoopEnds)
 {
     HasRows(3);
     for (CZebRow row : m_table.Rows({PR_ROWID}))
@@ -173,7 +173,7 @@ TEST_F(TableRows, TakeTagsKnownAtRunTime)
     EXPECT_EQ(Thrown([&] { m_table.RowsOf(0, nullptr); }), E_INVALIDARG);
 }
 
-TEST_F(TableRows, OfAnEmptyHandleRaiseAComError)
+TEST_F(TableRows, OfEmptyHandlesRaiseComErrors)
 {
     CZebTable none;
     EXPECT_EQ(Raised([&] { none.Rows({PR_ROWID}); }), E_POINTER);

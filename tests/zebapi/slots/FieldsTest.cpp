@@ -156,7 +156,7 @@ FIELD(CEntryIDInfo, 0, 3, m_binary)
 FIELD(CEntryIDInfo, 0, 4, m_data)
 FIELD(CEntryIDInfo, 0, 5, m_unread)
 
-TEST(Fields, StandInTheirOrder)
+TEST(Fields, AreInTheirOrder)
 {
     EXPECT_EQ(FieldTables().size(), 26u);
     for (const auto& [name, table] : FieldTables())
@@ -171,14 +171,14 @@ TEST(Fields, StandInTheirOrder)
     }
 }
 
-TEST(Fields, TheThreeFlagsOfTheLibraryObjectAreOneByteEach)
+TEST(Fields, LibraryFlagsAreOneByteEach)
 {
     const auto& fields = FieldTables().at("CZebAPI").fields;
     EXPECT_EQ(fields.at(2).second, fields.at(1).second + 1);
     EXPECT_EQ(fields.at(3).second, fields.at(2).second + 1);
 }
 
-TEST(Fields, DerivedClassesThatNeedNoneAddNone)
+TEST(Fields, DerivedClassesAddOnlyNeededOnes)
 {
     EXPECT_EQ(sizeof(CZebPropVal), sizeof(CZebOnePropVal));
     EXPECT_EQ(sizeof(CZebEntryIDRequest), sizeof(CZebBinary));

@@ -7,7 +7,7 @@ TEST(Slots, EveryClassHasItsTable)
     EXPECT_EQ(SlotTables().size(), 37u);
 }
 
-TEST(Slots, EveryOperationStandsInItsSlot)
+TEST(Slots, EveryOperationHasItsSlot)
 {
     for (const auto& [name, table] : SlotTables())
     {
@@ -18,7 +18,7 @@ TEST(Slots, EveryOperationStandsInItsSlot)
     }
 }
 
-TEST(Slots, EverySlotThatAClassAddsIsPinned)
+TEST(Slots, EveryAddedSlotIsPinned)
 {
     for (const auto& [name, table] : SlotTables())
     {

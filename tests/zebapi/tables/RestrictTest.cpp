@@ -30,7 +30,7 @@ protected:
 
 } // namespace
 
-TEST_F(Restriction, OwnerWithoutATreeIsEmptyAndBuildsNothing)
+TEST_F(Restriction, OwnerWithoutATreeBuildsNothing)
 {
     CZebRestrictionAllocator none;
     EXPECT_TRUE(none.IsEmpty());
@@ -51,7 +51,7 @@ TEST_F(Restriction, OwnerWithoutATreeIsEmptyAndBuildsNothing)
     refuses([&] { (void)static_cast<SRestriction*>(none); });
 }
 
-TEST_F(Restriction, FreshNodeIsAnAndWithoutChildren)
+TEST_F(Restriction, FreshNodeIsAnEmptyAnd)
 {
     EXPECT_FALSE(owner.IsEmpty());
     EXPECT_EQ(Root()->rt, ULONG{RES_AND});
@@ -59,7 +59,7 @@ TEST_F(Restriction, FreshNodeIsAnAndWithoutChildren)
     EXPECT_EQ(ThrownBy([&] { owner[0]; }), E_INVALIDARG);
 }
 
-TEST_F(Restriction, AndAndOrHaveFreshChildrenInOneBlock)
+TEST_F(Restriction, AndOrChildrenShareOneBlock)
 {
     owner.CreateAnd(3);
     SRestriction* node = Root();
@@ -85,7 +85,7 @@ TEST_F(Restriction, AndOfNoChildrenIsValid)
     EXPECT_EQ(ThrownBy([&] { owner[0]; }), E_INVALIDARG);
 }
 
-TEST_F(Restriction, ChildrenAreOfAndAndOrOnly)
+TEST_F(Restriction, OnlyAndOrHaveChildren)
 {
     EXPECT_EQ(ThrownBy([&] { owner[-1]; }), E_INVALIDARG);
     owner.CreateContentA(PR_SUBJECT_A, "x", FL_SUBSTRING);
@@ -107,7 +107,7 @@ TEST_F(Restriction, NotHandsOutItsChild)
     EXPECT_EQ(Root()->res.resNot.lpRes->res.resBitMask.ulPropTag, ULONG{PR_MESSAGE_FLAGS});
 }
 
-TEST_F(Restriction, PropertyHandsOutTheValueToCompareWith)
+TEST_F(Restriction, PropertyHandsOutItsValue)
 {
     CZebOnePropVal value = owner.CreateProp(PR_MESSAGE_SIZE, RELOP_GE);
     value = LONG(100);
@@ -161,7 +161,7 @@ TEST_F(Restriction, ContentCopiesTheWholeText)
     EXPECT_EQ(std::basic_string<WCHAR>(Root()->res.resContent.lpProp->Value.lpszW), ZEBW("wide"));
 }
 
-TEST_F(Restriction, ContentThatFailsLeavesTheNodeAlone)
+TEST_F(Restriction, FailedContentLeavesTheNodeAlone)
 {
     owner.CreateExist(PR_ENTRYID);
     EXPECT_EQ(ThrownBy([&] { owner.CreateContentA(PR_SUBJECT_A, nullptr, 0); }), MAPI_E_INVALID_PARAMETER);
@@ -192,7 +192,7 @@ TEST_F(Restriction, FailedAllocationsLeaveTheNodeAlone)
     fails([&] { owner.CreateProp(PR_SUBJECT_A, 0); });
 }
 
-TEST_F(Restriction, MoreChildrenThanMemoryCanHoldAreRefusedBeforeAllocating)
+TEST_F(Restriction, ImpossiblyManyChildrenAreRefused)
 {
     const size_t before = memory.Allocations();
     EXPECT_EQ(ThrownBy([&] { owner.CreateAnd(0x08000000); }), MAPI_E_NOT_ENOUGH_MEMORY);
@@ -200,7 +200,7 @@ TEST_F(Restriction, MoreChildrenThanMemoryCanHoldAreRefusedBeforeAllocating)
     EXPECT_EQ(memory.Allocations(), before);
 }
 
-TEST_F(Restriction, BuildingANodeTwiceKeepsTheFirstUntilTheTreeGoes)
+TEST_F(Restriction, ReplacedNodesStayInTheTree)
 {
     owner.CreateAnd(2);
     SRestriction* first = Root()->res.resAnd.lpRes;
@@ -225,7 +225,7 @@ TEST_F(Restriction, AllocatingAgainFreesTheFirstTree)
     EXPECT_EQ(memory.LiveRoots(), 0u);
 }
 
-TEST_F(Restriction, CallsItsOwnOperationsThroughTheirSlots)
+TEST_F(Restriction, OwnOperationsGoThroughTheirSlots)
 {
     class Overriding : public CZebRestrictionAllocator
     {
@@ -318,7 +318,7 @@ TEST_F(Restriction, ViewsCopyWhatTheyLookAt)
     EXPECT_EQ(static_cast<SRestriction*>(child), Root());
 }
 
-TEST_F(Restriction, EveryKindNestsTenThousandDeepAndGoesWithItsOwner)
+TEST_F(Restriction, EveryKindNestsTenThousandDeep)
 {
     CZebRestriction node(owner);
     for (int depth = 0; depth < 10000; ++depth)
@@ -339,7 +339,7 @@ TEST_F(Restriction, EveryKindNestsTenThousandDeepAndGoesWithItsOwner)
     EXPECT_EQ(memory.LiveRoots(), 0u);
 }
 
-TEST_F(Restriction, NestsAsDeepAsAHostLikes)
+TEST_F(Restriction, NestsAsDeepAsHostsNeed)
 {
     CZebRestriction node(owner);
     for (int depth = 0; depth < 10000; ++depth)
@@ -357,7 +357,7 @@ TEST_F(Restriction, NestsAsDeepAsAHostLikes)
     EXPECT_EQ(walked->rt, ULONG{RES_EXIST});
 }
 
-TEST_F(Restriction, ANodeThatCountsChildrenItHasNotHandsOutNone)
+TEST_F(Restriction, MissingChildrenAreNotHandedOut)
 {
     CZebRestrictionAllocator tree;
     tree.Allocate();

@@ -50,7 +50,7 @@ TEST_F(RowSet, NewSetWasNeverFilled)
     EXPECT_EQ(ThrownBy([&] { rows.DetachToNew(); }), MAPI_E_NO_SUPPORT);
 }
 
-TEST_F(RowSet, FillerThatLeavesNothingIsTold)
+TEST_F(RowSet, FillerThatLeavesNothingIsReported)
 {
     CZebRowSet rows;
     EXPECT_EQ(*&rows, nullptr);
@@ -60,7 +60,7 @@ TEST_F(RowSet, FillerThatLeavesNothingIsTold)
     EXPECT_EQ(ThrownBy([&] { rows.DetachToNew(); }), MAPI_E_BAD_VALUE);
 }
 
-TEST_F(RowSet, SetOfNoRowsIsCountedButNotValid)
+TEST_F(RowSet, SetOfNoRowsIsInvalid)
 {
     CZebRowSet rows;
     *&rows = NewRows(0);
@@ -83,7 +83,7 @@ TEST_F(RowSet, GivesItsRowsAndFreesThem)
     EXPECT_EQ(memory.LiveRoots(), 0u);
 }
 
-TEST_F(RowSet, AFailureNamesTheIndexAndTheCount)
+TEST_F(RowSet, AFailureNamesIndexAndCount)
 {
     CZebRowSet rows;
     *&rows = NewRows(2);
@@ -91,7 +91,7 @@ TEST_F(RowSet, AFailureNamesTheIndexAndTheCount)
     EXPECT_EQ(ContextOf([&] { rows[7]; }), "operator[] row 7 of 2");
 }
 
-TEST_F(RowSet, ValuesOfItsRowsAllocateUnderTheSet)
+TEST_F(RowSet, ValuesAllocateUnderTheSet)
 {
     SPropValue subject = {};
     subject.ulPropTag = PR_SUBJECT_A;
@@ -106,7 +106,7 @@ TEST_F(RowSet, ValuesOfItsRowsAllocateUnderTheSet)
     (*slot)->aRow[0].lpProps = values;
 }
 
-TEST_F(RowSet, CopyingCopiesThePointerAndTheState)
+TEST_F(RowSet, CopyingCopiesPointerAndState)
 {
     CZebRowSet rows;
     SRowSet** slot = &rows;

@@ -48,7 +48,7 @@ protected:
 
 } // namespace
 
-TEST_F(Row, AFailureNamesTheTagOrTheIndexAndTheCount)
+TEST_F(Row, AFailureNamesTagOrIndex)
 {
     EXPECT_EQ(ContextOf([&] { view[PR_ENTRYID]; }), "operator[] PR_ENTRYID 0x0FFF0102");
     EXPECT_EQ(ContextOf([&] { view[PR_SENDER_NAME_W]; }), "operator[] PR_SENDER_NAME 0x0C1A001F")
@@ -69,7 +69,7 @@ TEST_F(Row, EmptyViewThrowsOnEveryRead)
     refuses([&] { none.hasRealValue(PR_SUBJECT_A); });
 }
 
-TEST_F(Row, FindsColumnsByIdentifierWhateverTheirType)
+TEST_F(Row, FindsColumnsWhateverTheirType)
 {
     EXPECT_EQ(view[PR_SUBJECT_A].String(false), "s");
     EXPECT_EQ(view[PR_SUBJECT_W].GetTag(), ULONG{PR_SUBJECT_A}) << "the first of two, under its own tag";
@@ -78,7 +78,7 @@ TEST_F(Row, FindsColumnsByIdentifierWhateverTheirType)
     EXPECT_EQ(ThrownBy([&] { view[PR_ENTRYID]; }), MAPI_E_UNEXPECTED_ID);
 }
 
-TEST_F(Row, ErrorColumnIsThereAndHasNoRealValue)
+TEST_F(Row, ErrorColumnHasNoRealValue)
 {
     EXPECT_TRUE(view.IsExists(PR_DISPLAY_NAME_A));
     EXPECT_FALSE(view.hasRealValue(PR_DISPLAY_NAME_A));
@@ -86,7 +86,7 @@ TEST_F(Row, ErrorColumnIsThereAndHasNoRealValue)
     EXPECT_TRUE(view[PR_DISPLAY_NAME_A].IsEmpty());
 }
 
-TEST_F(Row, RealValuesAreThoseThatSaySomething)
+TEST_F(Row, EmptyTextsAndErrorsAreUnreal)
 {
     EXPECT_TRUE(view.hasRealValue(PR_SUBJECT_A)) << "a text of one character";
     EXPECT_FALSE(view.hasRealValue(PR_BODY_A)) << "an empty text";
@@ -117,7 +117,7 @@ TEST_F(Row, OverriddenOperationsApplyToTheOthers)
     EXPECT_EQ(row3[PR_ENTRYID].GetTag(), ULONG{PR_MESSAGE_SIZE});
 }
 
-TEST_F(Row, AnOverriddenCheckAppliesToEveryRead)
+TEST_F(Row, OverriddenChecksApplyToEveryRead)
 {
     class Refusing : public CZebRow
     {
@@ -171,7 +171,7 @@ TEST_F(Row, CopiesLookAtTheSameRow)
     EXPECT_EQ(assigned.Count(), 11u);
 }
 
-TEST(RowOfNoValues, HasNoColumnsWhateverItsCountSays)
+TEST(RowOfNoValues, HasNoColumnsWhateverItsCount)
 {
     SRow claims = {0, 3, nullptr};
     const CZebRow row(&claims, &claims);

@@ -47,7 +47,7 @@ TEST_F(SortOrder, FirstKeyLosesTheCombineBit)
     EXPECT_EQ(SetOf(built)->aSort[0].ulOrder, ULONG{TABLE_SORT_ASCEND});
 }
 
-TEST_F(SortOrder, GrowsByOneKeyAtATimeInAnExactBuffer)
+TEST_F(SortOrder, GrowsByOneKey)
 {
     CZebSortOrder order(PR_SUBJECT_A, TABLE_SORT_ASCEND);
     EXPECT_EQ(memory.SizeOf(SetOf(order)), 20u);
@@ -96,7 +96,7 @@ TEST_F(SortOrder, AssigningToItselfEmpties)
     EXPECT_EQ(memory.LiveRoots(), 0u);
 }
 
-TEST_F(SortOrder, AddressEmptiesAndTakesWhatIsStored)
+TEST_F(SortOrder, AddressEmptiesAndTakesNewContent)
 {
     CZebSortOrder order(PR_SUBJECT_A, TABLE_SORT_ASCEND);
     SSortOrderSet** slot = &order;
@@ -110,7 +110,7 @@ TEST_F(SortOrder, AddressEmptiesAndTakesWhatIsStored)
     EXPECT_EQ(SetOf(order)->aSort[0].ulOrder, 0u);
 }
 
-TEST_F(SortOrder, CallsItsOwnOperationsThroughTheirSlots)
+TEST_F(SortOrder, OwnOperationsGoThroughTheirSlots)
 {
     class Overriding : public CZebSortOrder
     {
@@ -156,7 +156,7 @@ TEST_F(SortOrder, CallsItsOwnOperationsThroughTheirSlots)
     EXPECT_EQ(order.Calls(), "Empty ");
 }
 
-TEST_F(SortOrder, FailedGrowthLeavesTheSetAsItWas)
+TEST_F(SortOrder, FailedGrowthChangesNothing)
 {
     CZebSortOrder order(PR_SUBJECT_A, TABLE_SORT_DESCEND);
     SSortOrderSet* before = order;
@@ -168,7 +168,7 @@ TEST_F(SortOrder, FailedGrowthLeavesTheSetAsItWas)
     EXPECT_EQ(ThrownBy([&] { CZebSortOrder copy(order); }), MAPI_E_NOT_ENOUGH_MEMORY);
 }
 
-TEST_F(SortOrder, AReceivedSetThatClaimsTooManyKeysDoesNotGrow)
+TEST_F(SortOrder, SetsClaimingTooManyKeysStay)
 {
     for (const ULONG claimed : {0x1FFFFFFEu, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu})
     {
@@ -199,7 +199,7 @@ public:
 
 } // namespace
 
-TEST_F(SortOrder, ASizeOfMoreThanThirtyTwoBitsIsRefused)
+TEST_F(SortOrder, SizesAbove32BitsAreRefused)
 {
     OpenOrder order;
     for (const int count : {0x1FFFFFFF, 0x7FFFFFFF, -1})

@@ -60,7 +60,7 @@ void PoisonStack()
 
 } // namespace
 
-TEST_F(TableNumbers, NothingNextToTheConnectionIsWritten)
+TEST_F(TableNumbers, OnlyTheConnectionIsWritten)
 {
     m_double.connection = Wide;
     ULONG connection[3] = {0xABABABAB, 0, 0xABABABAB};
@@ -79,7 +79,7 @@ TEST_F(TableNumbers, AWideConnectionComesBackWhole)
     EXPECT_THAT(m_double.calls, ElementsAre("Advise(mask 256)", "Unadvise(connection " + std::to_string(Wide) + ")"));
 }
 
-TEST_F(TableNumbers, WideConnectionsThatShareTheirLowerHalfStayApart)
+TEST_F(TableNumbers, WideConnectionsWithEqualHalvesDiffer)
 {
     ULONG first = 0;
     ULONG second = 0;
@@ -98,7 +98,7 @@ TEST_F(TableNumbers, WideConnectionsThatShareTheirLowerHalfStayApart)
                                             "Unadvise(connection 5)"));
 }
 
-TEST_F(TableNumbers, ANumberThatIsInUseIsNotGivenOutTwice)
+TEST_F(TableNumbers, ANumberInUseStaysUnique)
 {
     ULONG wide = 0;
     m_double.connection = Wide;
@@ -114,7 +114,7 @@ TEST_F(TableNumbers, ANumberThatIsInUseIsNotGivenOutTwice)
                                             "Unadvise(connection " + std::to_string(Wide) + ")"));
 }
 
-TEST_F(TableNumbers, AConnectionThatWasNotEndedKeepsItsNumber)
+TEST_F(TableNumbers, AnOpenConnectionKeepsItsNumber)
 {
     m_double.connection = Wide;
     ULONG connection = 0;
@@ -128,7 +128,7 @@ TEST_F(TableNumbers, AConnectionThatWasNotEndedKeepsItsNumber)
     EXPECT_THAT(m_double.calls, ElementsAre(call, call));
 }
 
-TEST_F(TableNumbers, AFailedAdviseLeavesTheHostsNumber)
+TEST_F(TableNumbers, AFailedAdviseLeavesTheNumber)
 {
     m_double.connection = Wide;
     m_double.results["Advise"] = MAPI_E_NO_SUPPORT;
@@ -137,7 +137,7 @@ TEST_F(TableNumbers, AFailedAdviseLeavesTheHostsNumber)
     EXPECT_EQ(connection, 9u);
 }
 
-TEST_F(TableNumbers, AWideBookmarkIsSoughtFoundAndFreedWhole)
+TEST_F(TableNumbers, AWideBookmarkIsUsedWhole)
 {
     m_double.bookmark = Wide;
     const ULONG bookmark = m_table.CreateBookmark();
@@ -164,7 +164,7 @@ TEST_F(TableNumbers, BookmarksAndConnectionsAreCountedApart)
     m_table.Unadvise(connection);
 }
 
-TEST_F(TableNumbers, OtherTablesHaveNumbersOfTheirOwn)
+TEST_F(TableNumbers, OtherTablesHaveTheirOwnNumbers)
 {
     RecordingTable otherDouble;
     CZebTable other(&otherDouble);
@@ -176,7 +176,7 @@ TEST_F(TableNumbers, OtherTablesHaveNumbersOfTheirOwn)
     m_table.Unadvise(connection);
 }
 
-TEST_F(TableNumbers, TheAddressBookWritesHalfOfItsNumbers)
+TEST_F(TableNumbers, HalfWrittenNumbersAreRead)
 {
     AddressBookTable narrow;
     CZebTable table(&narrow);

@@ -55,7 +55,7 @@ HRESULT WINAPI QueryAllRowsDouble(LPMAPITABLE table, LPSPropTagArray tags, LPSRe
 
 } // namespace
 
-TEST_F(Table, EmptyHandleRaisesAComErrorOnEveryOperation)
+TEST_F(Table, EmptyHandleRaisesComErrors)
 {
     CZebTable table;
     SRowSet* rows = nullptr;
@@ -80,7 +80,7 @@ TEST_F(Table, EmptyHandleRaisesAComErrorOnEveryOperation)
     table.Free();
 }
 
-TEST_F(Table, EmptyHandleRaisesItsComErrorWithoutMemoryToo)
+TEST_F(Table, EmptyHandleRaisesWithoutMemoryToo)
 {
     CZebTable table;
     Zeb_MemUninitialize();
@@ -88,7 +88,7 @@ TEST_F(Table, EmptyHandleRaisesItsComErrorWithoutMemoryToo)
     memory.Bind();
 }
 
-TEST_F(Table, HoldsAReferenceOfItsOwnAndCopiesShareTheTable)
+TEST_F(Table, CopiesShareTheTable)
 {
     {
         CZebTable table(&double_);
@@ -106,7 +106,7 @@ TEST_F(Table, HoldsAReferenceOfItsOwnAndCopiesShareTheTable)
     EXPECT_EQ(double_.references, 1u);
 }
 
-TEST_F(Table, AssigningAnEmptyHandleReleasesAndLogsOnce)
+TEST_F(Table, AssigningAnEmptyHandleLogsOnce)
 {
     CZebTable table(&double_);
     LogCapture log;
@@ -118,7 +118,7 @@ TEST_F(Table, AssigningAnEmptyHandleReleasesAndLogsOnce)
                                                     "File: \"zebapi/tables/Table.cpp\"")));
 }
 
-TEST_F(Table, AssigningToItselfEmptiesAndLogsOnce)
+TEST_F(Table, AssigningToItselfLogsOnce)
 {
     CZebTable table(&double_);
     const CZebTable& same = table;
@@ -174,7 +174,7 @@ TEST_F(Table, SetsExactlyTheColumnsCounted)
                                            "SetColumns(columns 0x0FFF0102 0x00000000 0x0037001E, flags 0)"));
 }
 
-TEST_F(Table, NoColumnsAreAnEmptyArrayWhichMapiRefuses)
+TEST_F(Table, NoColumnsAreAnEmptyArray)
 {
     CZebTable table(&double_);
     EXPECT_EQ(ThrownBy([&] { table.SetColumns(0); }), MAPI_E_INVALID_PARAMETER);
@@ -192,7 +192,7 @@ TEST_F(Table, PassesColumnArraysAsTheyAre)
                 ElementsAre("SetColumns(columns 0x0037001E 0x0FFF0102, flags 0)", "SetColumns(no columns, flags 0)"));
 }
 
-TEST_F(Table, ColumnListIsFreedWhenTheCallFails)
+TEST_F(Table, FailedCallsFreeTheColumnList)
 {
     CZebTable table(&double_);
     double_.results["SetColumns"] = MAPI_E_BUSY;
@@ -213,7 +213,7 @@ TEST_F(Table, CountedReadIgnoresRestrictionAndOrder)
     EXPECT_EQ(rows.Count(), 2u);
 }
 
-TEST_F(Table, ReadOfAllRestrictsSortsCountsAndReads)
+TEST_F(Table, ReadAllRestrictsSortsAndCounts)
 {
     CZebTable table(&double_);
     double_.rowCount = 3;
@@ -226,7 +226,7 @@ TEST_F(Table, ReadOfAllRestrictsSortsCountsAndReads)
     EXPECT_EQ(rows.Count(), 3u);
 }
 
-TEST_F(Table, ReadOfAllStartsAtThePosition)
+TEST_F(Table, ReadAllStartsAtThePosition)
 {
     CZebTable table(&double_);
     double_.rowCount = 3;
@@ -240,7 +240,7 @@ TEST_F(Table, ReadOfAllStartsAtThePosition)
     EXPECT_EQ(rows[1][PR_SUBJECT_A].String(false), "c");
 }
 
-TEST_F(Table, RowsThatVanishBetweenCountingAndReadingAreNotThere)
+TEST_F(Table, RowsThatVanishAreLeftOut)
 {
     CZebTable table(&double_);
     double_.rowCount = 3;
@@ -257,7 +257,7 @@ TEST_F(Table, RowsThatVanishBetweenCountingAndReadingAreNotThere)
     EXPECT_FALSE(rows.IsValid());
 }
 
-TEST_F(Table, ReadOfAllGoesThroughTheVirtualOperations)
+TEST_F(Table, ReadAllUsesVirtualOperations)
 {
     class Overriding : public CZebTable
     {
@@ -289,7 +289,7 @@ TEST_F(Table, ReadOfAllGoesThroughTheVirtualOperations)
     EXPECT_THAT(double_.calls, ElementsAre("QueryRows(rows 9, flags 0)"));
 }
 
-TEST_F(Table, MoreRowsThanALongAreRefused)
+TEST_F(Table, MoreRowsThanLongsAreRefused)
 {
     CZebTable table(&double_);
     SRowSet* rows = nullptr;
@@ -300,7 +300,7 @@ TEST_F(Table, MoreRowsThanALongAreRefused)
     Zeb_FreeProws(rows);
 }
 
-TEST_F(Table, SuccessWithoutRowsCountsAsAnEmptyFill)
+TEST_F(Table, SuccessWithoutRowsIsEmpty)
 {
     CZebTable table(&double_);
     double_.givesNullRows = true;
@@ -310,7 +310,7 @@ TEST_F(Table, SuccessWithoutRowsCountsAsAnEmptyFill)
     EXPECT_EQ(ThrownBy([&] { rows[0]; }), MAPI_E_BAD_VALUE);
 }
 
-TEST_F(Table, AllRowsAreReadByTheProvidersFunction)
+TEST_F(Table, TheProvidersFunctionReadsAllRows)
 {
     CZebTable table(&double_);
     SRowSet* rows = nullptr;
@@ -367,7 +367,7 @@ TEST_F(Table, FindRowAnswersYesOrNo)
     EXPECT_THROW(table.FindRow(&restriction, BOOKMARK_BEGINNING, 0), std::runtime_error);
 }
 
-TEST_F(Table, FailuresCarryTheProvidersTextAndWarningsPass)
+TEST_F(Table, FailuresCarryTextAndWarningsPass)
 {
     CZebTable table(&double_);
     double_.results["GetRowCount"] = MAPI_W_APPROX_COUNT;

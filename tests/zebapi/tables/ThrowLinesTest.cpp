@@ -65,7 +65,7 @@ TEST_F(ThrowLines, NameTheirClasses)
     ExpectThrowIn("tables/SortOrder.cpp", [&] { (void)static_cast<SSortOrderSet*>(order); });
 }
 
-TEST_F(ThrowLines, EachCallOfATableCarriesTheProvidersText)
+TEST_F(ThrowLines, EachTableCallCarriesProvidersText)
 {
     RecordingTable provider;
     provider.lastError = memory.NewMapiError(1, "the provider says", "store", 2, 3);
@@ -99,7 +99,7 @@ TEST_F(ThrowLines, EachCallOfATableCarriesTheProvidersText)
     SetEntryPoint(EntryPoint::HrQueryAllRows, nullptr);
 }
 
-TEST_F(ThrowLines, ATableOfNoRowsIsReadAsSuchAndANegativeCountGoesBackwards)
+TEST_F(ThrowLines, NegativeCountsReadBackwards)
 {
     RecordingTable provider;
     CZebTable table(&provider);
@@ -112,7 +112,7 @@ TEST_F(ThrowLines, ATableOfNoRowsIsReadAsSuchAndANegativeCountGoesBackwards)
                                                        "QueryRows(rows -3, flags 0)"));
 }
 
-TEST_F(ThrowLines, AnIndexPastTheRowsOfASetThatCountsAsNeverFilledIsToldAsThat)
+TEST_F(ThrowLines, AnUnfilledSetRefusesEveryIndex)
 {
     CZebRowSet rows;
     SRowSet** slot = &rows;
@@ -123,7 +123,7 @@ TEST_F(ThrowLines, AnIndexPastTheRowsOfASetThatCountsAsNeverFilledIsToldAsThat)
     EXPECT_EQ(ThrownBy([&] { rows[7]; }), MAPI_E_NO_SUPPORT);
 }
 
-TEST_F(ThrowLines, WideContentIsCopiedWholeIntoTheTree)
+TEST_F(ThrowLines, WideContentIsCopiedWhole)
 {
     CZebRestrictionAllocator tree;
     tree.Allocate();

@@ -49,7 +49,7 @@ TEST_F(BinArray, RefusesMoreThanMemoryCanHold)
     EXPECT_EQ(memory.LiveRoots(), 0u);
 }
 
-TEST_F(BinArray, HeaderAndEntriesAreTopLevelAndBytesHangOnTheHeader)
+TEST_F(BinArray, HeaderAndEntriesAreTopLevel)
 {
     auto array = std::make_unique<CZebBinArray>(2);
     EntryBlock entries(*array);

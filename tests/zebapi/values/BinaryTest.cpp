@@ -42,7 +42,7 @@ protected:
 
 } // namespace
 
-TEST_F(Binary, NewObjectHasNoHeaderAndThrowsOnEveryRead)
+TEST_F(Binary, NewObjectThrowsOnEveryRead)
 {
     CZebBinary binary;
     EXPECT_FALSE(binary.IsValid());
@@ -55,7 +55,7 @@ TEST_F(Binary, NewObjectHasNoHeaderAndThrowsOnEveryRead)
     EXPECT_EQ(memory.Allocations(), 0u);
 }
 
-TEST_F(Binary, OfNoBytesIsValidAndEmptyAndHasANullPointer)
+TEST_F(Binary, NoBytesAreANullPointer)
 {
     CZebBinary binary(0, static_cast<void*>(nullptr));
     EXPECT_TRUE(binary.IsValid());
@@ -64,7 +64,7 @@ TEST_F(Binary, OfNoBytesIsValidAndEmptyAndHasANullPointer)
     EXPECT_EQ(static_cast<ULONG>(binary), 0u);
 }
 
-TEST_F(Binary, EmptyTextGivesAHeaderOfNoBytes)
+TEST_F(Binary, EmptyTextGivesAValidHeader)
 {
     CZebBinary binary("");
     EXPECT_TRUE(binary.IsValid());
@@ -78,7 +78,7 @@ TEST_F(Binary, NullTextGivesNoHeader)
     EXPECT_FALSE(CZebBinary(static_cast<const char*>(nullptr)).IsValid());
 }
 
-TEST_F(Binary, BytesAreChainedToASixteenByteHeader)
+TEST_F(Binary, BytesAreChainedToTheHeader)
 {
     BYTE bytes[] = {0x01, 0xAB, 0xFF};
     CZebBinary binary(sizeof bytes, static_cast<void*>(bytes));
@@ -92,7 +92,7 @@ TEST_F(Binary, BytesAreChainedToASixteenByteHeader)
     EXPECT_EQ(std::memcmp(header.lpb, bytes, sizeof bytes), 0);
 }
 
-TEST_F(Binary, TextIsUpperCaseHexadecimalAndRoundTrips)
+TEST_F(Binary, TextIsUpperCaseHexadecimal)
 {
     CZebBinary binary("01abFF00");
     EXPECT_EQ(static_cast<ULONG>(binary), 4u);
@@ -104,7 +104,7 @@ TEST_F(Binary, TextIsUpperCaseHexadecimalAndRoundTrips)
     EXPECT_EQ(converted, "01ABFF00");
 }
 
-TEST_F(Binary, OddAndForeignTextHoldsOnlyWhatItSays)
+TEST_F(Binary, OddTextHoldsWholePairsOnly)
 {
     for (const char* text : {"0", "01A", "01zz", "01 02", "xyz", "0g"})
     {
@@ -127,7 +127,7 @@ TEST_F(Binary, EntryIdentifiersAreHeldAlike)
     EXPECT_EQ(reinterpret_cast<BYTE*>(static_cast<ENTRYID*>(set)), static_cast<unsigned char*>(set));
 }
 
-TEST_F(Binary, CopiesAndAssignmentsHaveBytesOfTheirOwn)
+TEST_F(Binary, CopiesHaveBytesOfTheirOwn)
 {
     CZebBinary source("0102");
     CZebBinary copy(source);
@@ -141,7 +141,7 @@ TEST_F(Binary, CopiesAndAssignmentsHaveBytesOfTheirOwn)
     EXPECT_EQ(assigned.String(), "0102");
 }
 
-TEST_F(Binary, AssigningAnObjectWithoutAHeaderEmpties)
+TEST_F(Binary, AssigningNoHeaderEmpties)
 {
     CZebBinary binary("0102");
     binary = CZebBinary();
@@ -157,7 +157,7 @@ TEST_F(Binary, AssigningToItselfKeepsTheBytes)
     EXPECT_EQ(binary.String(), "0A0B0C");
 }
 
-TEST_F(Binary, SettingFromItsOwnBytesReadsNothingFreed)
+TEST_F(Binary, MayBeSetFromItsBytes)
 {
     CZebBinary binary("0A0B0C0D");
     binary.SetBinary(2, static_cast<unsigned char*>(binary) + 1);
@@ -166,7 +166,7 @@ TEST_F(Binary, SettingFromItsOwnBytesReadsNothingFreed)
     EXPECT_EQ(binary.String(), "0B0C");
 }
 
-TEST_F(Binary, AddressOperatorEmptiesAndTakesWhatIsStored)
+TEST_F(Binary, AddressOperatorEmptiesAndFills)
 {
     CZebBinary binary("0102");
     SBinary** slot = &binary;
@@ -205,7 +205,7 @@ TEST_F(Binary, ComparesCountsAndBytes)
     EXPECT_TRUE(CZebBinary("0102") != CZebBinary("0103"));
 }
 
-TEST_F(Binary, FailedAllocationLeavesItEmptyAndLeaksNothing)
+TEST_F(Binary, FailedAllocationLeavesItEmpty)
 {
     BYTE bytes[] = {1, 2, 3};
     for (size_t failing = 1; failing <= 2; ++failing)
@@ -226,21 +226,21 @@ TEST_F(Binary, FailedAllocationLeavesItEmptyAndLeaksNothing)
     }
 }
 
-TEST_F(Binary, NullBytesWithACountAreRefusedAndChangeNothing)
+TEST_F(Binary, NullBytesNeedAZeroCount)
 {
     CZebBinary binary("0102");
     EXPECT_EQ(ThrownBy([&] { binary.SetBinary(3, nullptr); }), MAPI_E_INVALID_PARAMETER);
     EXPECT_EQ(binary.String(), "0102");
 }
 
-TEST_F(Binary, BytesThatNoTextCanShowAreRefused)
+TEST_F(Binary, BytesWithoutATextAreRefused)
 {
     CZebBinary binary("01");
     const_cast<SBinary&>(static_cast<const SBinary&>(binary)).cb = 0x40000000;
     EXPECT_EQ(ThrownBy([&] { binary.String(); }), MAPI_E_NOT_ENOUGH_MEMORY);
 }
 
-TEST_F(Binary, CopyToChainsTheBytesToTheParent)
+TEST_F(Binary, CopyToChainsToTheParent)
 {
     std::vector<BYTE> bytes = {9, 8, 7};
     void* parent = memory.Allocate(16);
@@ -252,7 +252,7 @@ TEST_F(Binary, CopyToChainsTheBytesToTheParent)
     Zeb_MemFree(parent);
 }
 
-TEST_F(Binary, CopyToWithoutAParentMakesATopLevelBlockEvenForNoBytes)
+TEST_F(Binary, CopyToMayMakeARoot)
 {
     SBinary target = {7, nullptr};
     CZebBinary::CopyTo(target, SBinary{0, nullptr}, nullptr);
@@ -261,7 +261,7 @@ TEST_F(Binary, CopyToWithoutAParentMakesATopLevelBlockEvenForNoBytes)
     Zeb_MemFree(target.lpb);
 }
 
-TEST_F(Binary, CopyToThatFailsLeavesTheTargetAlone)
+TEST_F(Binary, FailedCopyToLeavesTheTarget)
 {
     std::vector<BYTE> bytes = {1};
     BYTE old = 0;
@@ -325,7 +325,7 @@ TEST_F(EntryIDRequest, CopiesOwnATopLevelIdentifier)
     EXPECT_EQ(copy.String(), "03");
 }
 
-TEST_F(EntryIDRequest, AssigningToItselfOrFromABinaryWorks)
+TEST_F(EntryIDRequest, AssigningToItselfWorks)
 {
     CZebEntryIDRequest request;
     Fill(request, {1, 2});
@@ -365,7 +365,7 @@ TEST_F(EntryIDRequest, FailedAllocationsLeakNothing)
     EXPECT_EQ(ThrownBy([&] { (void)static_cast<ULONG*>(fresh); }), MAPI_E_NOT_ENOUGH_MEMORY);
 }
 
-TEST_F(Binary, DumpOfNullOrEmptyTextIsEmpty)
+TEST_F(Binary, DumpOfEmptyTextIsEmpty)
 {
     CStringA empty;
     EXPECT_EQ(Zeb_DumpEntryID(nullptr), "");
@@ -373,7 +373,7 @@ TEST_F(Binary, DumpOfNullOrEmptyTextIsEmpty)
     EXPECT_EQ(CZebBinary::DumpEntryID(empty), "");
 }
 
-TEST_F(EntryIDRequest, NullBytesWithACountAreRefusedAndChangeNothing)
+TEST_F(EntryIDRequest, NullBytesNeedAZeroCount)
 {
     BYTE bytes[] = {1, 2, 3};
     CZebEntryIDRequest request;
@@ -385,7 +385,7 @@ TEST_F(EntryIDRequest, NullBytesWithACountAreRefusedAndChangeNothing)
     EXPECT_EQ(request.CZebBinary::String(), "010203");
 }
 
-TEST_F(Binary, CopyToOfNoBytesWantsNoPointer)
+TEST_F(Binary, CopyToNeedsNoPointer)
 {
     SBinary target = {9, nullptr};
     auto* parent = static_cast<BYTE*>(memory.Allocate(8));
@@ -397,7 +397,7 @@ TEST_F(Binary, CopyToOfNoBytesWantsNoPointer)
     Zeb_MemFree(parent);
 }
 
-TEST_F(EntryIDRequest, AnIdentifierOfNoBytesIsHeldAsOne)
+TEST_F(EntryIDRequest, AnIdentifierMayBeEmpty)
 {
     CZebEntryIDRequest request;
     const auto give = [](ULONG* count, ENTRYID** entryID)
@@ -414,7 +414,7 @@ TEST_F(EntryIDRequest, AnIdentifierOfNoBytesIsHeldAsOne)
     EXPECT_TRUE(other.IsEmpty());
 }
 
-TEST_F(Binary, ADumpThatCanNotBeMadeThrows)
+TEST_F(Binary, AnImpossibleDumpThrows)
 {
     CStringA hex("00000000");
     for (const auto& dump : {std::function<void()>([&] { CZebBinary::DumpEntryID(hex); }),

@@ -81,7 +81,7 @@ TEST(Names, TableNamesCompareWithoutCase)
     }
 }
 
-TEST(Names, NoCharacterButALetterBeginsATable)
+TEST(Names, OnlyLettersBeginATable)
 {
     for (int character = 1; character < 256; ++character)
     {
@@ -112,7 +112,7 @@ std::string MacroOf(const std::string& table, const std::string& name)
     return plain ? name : symbol->second;
 }
 
-TEST(Names, EveryValueOfEveryTableIsTheHeadersOwn)
+TEST(Names, EveryValueIsTheHeadersOwn)
 {
     size_t compared = 0;
     for (const TableSize& table : tables)
@@ -138,7 +138,7 @@ TEST(Names, TextTagsAreTheNarrowOnes)
     }
 }
 
-TEST(Names, IdentifiersAreThoseOfTheTagsUnderTheSameNames)
+TEST(Names, IdentifiersAreThoseOfTheTags)
 {
     for (ULONG i = 0; i < Zeb_TableCount("PropIDs"); ++i)
     {
@@ -150,7 +150,7 @@ TEST(Names, IdentifiersAreThoseOfTheTagsUnderTheSameNames)
     EXPECT_STREQ(Zeb_NameFromValue("PropTags", PR_REMOTE_PROGRESS), "PR_REMOTE_PROGRESS");
 }
 
-TEST(Names, FirstRowAnswersForAValueThatHasSeveral)
+TEST(Names, TheFirstRowAnswersForDuplicates)
 {
     EXPECT_STREQ(Zeb_NameFromValue("PropIDs", 0x3701), "PR_ATTACH_DATA_BIN");
     EXPECT_STREQ(Zeb_NameFromValue("PropTags", PR_ATTACH_DATA_OBJ), "PR_ATTACH_DATA_OBJ");
@@ -159,7 +159,7 @@ TEST(Names, FirstRowAnswersForAValueThatHasSeveral)
     EXPECT_STREQ(Zeb_NameFromValue("MAPIErrors", static_cast<ULONG>(E_OUTOFMEMORY)), "MAPI_E_NOT_ENOUGH_MEMORY");
 }
 
-TEST(Names, LookUpsAnswerAsAScanWould)
+TEST(Names, LookUpsAnswerLikeAScan)
 {
     for (const TableSize& table : tables)
     {
@@ -201,7 +201,7 @@ TEST(Names, NameIsCopiedIntoABuffer)
     EXPECT_EQ(Zeb_NameFromValue("PropTags", 0x12345678), nullptr);
 }
 
-TEST(Names, NoNameIsLongerThanFortyThreeCharacters)
+TEST(Names, NamesHave43CharactersAtMost)
 {
     size_t longest = 0;
     for (const TableSize& table : tables)
@@ -259,7 +259,7 @@ TEST(Names, ErrorDisplayedHasItsHeaderValue)
     EXPECT_EQ(Zeb_ValueAt("CMCErrors", 37), 37u);
 }
 
-TEST(Names, EveryTableHasItsNamesInTheirOrder)
+TEST(Names, TablesHaveTheirNamesInOrder)
 {
     // The 32-bit FNV-1a sums of the names, each followed by a line feed.
     const std::map<std::string, ULONG> sums = {
@@ -285,7 +285,7 @@ TEST(Names, EveryTableHasItsNamesInTheirOrder)
     }
 }
 
-TEST(Names, RowsStandInTheirOrder)
+TEST(Names, RowsAreInTheirOrder)
 {
     EXPECT_EQ(NameAt("MAPIErrors", 0), "SUCCESS_SUCCESS");
     EXPECT_EQ(NameAt("MAPIErrors", 97), "E_ABORT");

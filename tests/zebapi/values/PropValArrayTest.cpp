@@ -86,7 +86,7 @@ TEST_F(PropValArray, EmptyArrayHasNoEntries)
     EXPECT_EQ(array.GetCount(), 0u);
 }
 
-TEST_F(PropValArray, NewTagsTakeFreeSlotsInOrderAndThenGrowByOne)
+TEST_F(PropValArray, NewTagsFillFreeSlotsFirst)
 {
     CZebPropValArray array(3);
     EXPECT_EQ(array.GetCount(), 3u);
@@ -107,7 +107,7 @@ TEST_F(PropValArray, NewTagsTakeFreeSlotsInOrderAndThenGrowByOne)
     EXPECT_EQ(memory.LiveRoots(), 1u);
 }
 
-TEST_F(PropValArray, FindsByIdentifierAndKeepsTheStoredTag)
+TEST_F(PropValArray, FindsByIdentifierKeepingTheTag)
 {
     CZebPropValArray array(1);
     array[PR_SUBJECT_A] = "narrow";
@@ -117,7 +117,7 @@ TEST_F(PropValArray, FindsByIdentifierAndKeepsTheStoredTag)
     EXPECT_TRUE(array.IsExists(PR_SUBJECT_W));
 }
 
-TEST_F(PropValArray, FindsTheFirstEntryOfAnIdentifierAtEveryPlace)
+TEST_F(PropValArray, FindsAnIdentifiersFirstEntry)
 {
     for (ULONG count = 1; count <= 10; ++count)
     {
@@ -155,7 +155,7 @@ TEST_F(PropValArray, ReceivedArrayTakesNoNewTags)
     EXPECT_EQ(array.GetCount(), 1u) << "an emptied array grows again";
 }
 
-TEST_F(PropValArray, CountWithoutABufferIsNoEntries)
+TEST_F(PropValArray, CountWithoutABufferIsZero)
 {
     CZebPropValArray array;
     EXPECT_EQ(*&array, nullptr);
@@ -177,7 +177,7 @@ TEST_F(PropValArray, IndexesAreChecked)
     EXPECT_EQ(ThrownBy([&] { array.GetAt(2); }), MAPI_E_UNEXPECTED_ID);
 }
 
-TEST_F(PropValArray, AFailureNamesTheTagOrTheIndexAndTheCount)
+TEST_F(PropValArray, AFailureNamesTagOrIndex)
 {
     CZebPropValArray array(0);
     Receive(array, 3);
@@ -200,7 +200,7 @@ TEST_F(PropValArray, TruncatesBeforeTheFirstFreeSlot)
     EXPECT_FALSE(untouched.IsValid());
 }
 
-TEST_F(PropValArray, RealValuesAreThoseThatSaySomething)
+TEST_F(PropValArray, EmptyTextsAndErrorsAreUnreal)
 {
     CZebPropValArray array(6);
     array[PR_SUBJECT_A] = "";
@@ -235,7 +235,7 @@ TEST_F(PropValArray, ShrinkingNeitherFreesNorMoves)
     EXPECT_EQ(memory.Frees(), 0u);
 }
 
-TEST_F(PropValArray, GrowingCopiesDeeplyAndLeavesFreeSlotsOut)
+TEST_F(PropValArray, GrowingCopiesWithoutFreeSlots)
 {
     OpenArray array(3);
     array[PR_SUBJECT_A] = "subject";
@@ -253,7 +253,7 @@ TEST_F(PropValArray, GrowingCopiesDeeplyAndLeavesFreeSlotsOut)
     EXPECT_EQ(memory.LiveRoots(), 1u);
 }
 
-TEST_F(PropValArray, FailedGrowthLeavesTheArrayAsItWas)
+TEST_F(PropValArray, FailedGrowthChangesNothing)
 {
     CZebPropValArray array(1);
     array[PR_SUBJECT_A] = "subject";
@@ -269,7 +269,7 @@ TEST_F(PropValArray, FailedGrowthLeavesTheArrayAsItWas)
     EXPECT_EQ(memory.LiveRoots(), 1u);
 }
 
-TEST_F(PropValArray, MoreEntriesThanMemoryCanHoldAreRefused)
+TEST_F(PropValArray, ImpossiblyManyEntriesAreRefused)
 {
     EXPECT_EQ(ThrownBy([] { CZebPropValArray array(0x10000000); }), MAPI_E_NOT_ENOUGH_MEMORY);
     memory.FailAllocation(1);
@@ -287,7 +287,7 @@ TEST_F(PropValArray, EntriesAreCopiedBySet)
     EXPECT_EQ(to[PR_SUBJECT_A].String(false), "subject");
 }
 
-TEST_F(PropValArray, CallsItsOwnOperationsThroughTheirSlots)
+TEST_F(PropValArray, OwnOperationsGoThroughTheirSlots)
 {
     class Overriding : public CZebPropValArray
     {
@@ -374,7 +374,7 @@ TEST_F(PropProblemArray, CopiesAndSelfAssignmentEmpties)
     EXPECT_FALSE(assigned.IsValid());
 }
 
-TEST_F(PropProblemArray, ReallocatingKeepsTheCountNeverAboveTheSize)
+TEST_F(PropProblemArray, ReallocatingLimitsTheCount)
 {
     OpenProblems problems;
     Fill(problems, 3);
@@ -394,7 +394,7 @@ TEST_F(PropProblemArray, ReallocatingKeepsTheCountNeverAboveTheSize)
     EXPECT_EQ(fresh.GetCount(), 0);
 }
 
-TEST_F(PropValArray, GrowthCopiesEveryKindOfEntryIntoTheNewBuffer)
+TEST_F(PropValArray, GrowthCopiesEveryKindOfEntry)
 {
     constexpr ULONG Wide = PROP_TAG(PT_UNICODE, 0x6100);
     constexpr ULONG Binary = PROP_TAG(PT_BINARY, 0x6101);
@@ -442,7 +442,7 @@ TEST_F(PropValArray, GrowthCopiesEveryKindOfEntryIntoTheNewBuffer)
     EXPECT_EQ(memory.LiveRoots(), 1u);
 }
 
-TEST_F(PropValArray, ACountThatNoArrayHasIsRefusedBeforeItGrows)
+TEST_F(PropValArray, AnImpossibleCountIsRefused)
 {
     CZebPropValArray array;
     for (const ULONG claimed : {0x7FFFFFFFu, 0xFFFFFFFFu})
@@ -468,7 +468,7 @@ TEST_F(PropProblemArray, AShrinkingAllocateKeepsWhatFits)
     EXPECT_EQ(memory.LiveRoots(), 1u);
 }
 
-TEST_F(PropProblemArray, ACopyHasExactlyTheBytesOfItsProblems)
+TEST_F(PropProblemArray, ACopyHasExactlyItsProblems)
 {
     CZebPropProblemArray problems;
     Fill(problems, 3);

@@ -36,7 +36,7 @@ auto Put(Member member, T value)
 
 } // namespace
 
-TEST_F(PropValCompare, TheSameValueIsEqualWhateverItsType)
+TEST_F(PropValCompare, AValueEqualsItself)
 {
     SPropValue error = Tagged(PT_ERROR);
     EXPECT_TRUE(View(error) == View(error));
@@ -90,7 +90,7 @@ TEST_F(PropValCompare, BooleansCompareByTruth)
     EXPECT_FALSE(Same(PT_BOOLEAN, truth(0), truth(2)));
 }
 
-TEST_F(PropValCompare, TextComparesByCharacterAndNullAsEmpty)
+TEST_F(PropValCompare, TextComparesWithNullAsEmpty)
 {
     const auto text = [this](const char* t)
     {
@@ -139,7 +139,7 @@ TEST_F(PropValCompare, IdentifiersAndBinariesCompareByBytes)
     EXPECT_TRUE(Same(PT_BINARY, bytes(""), bytes("")));
 }
 
-TEST_F(PropValCompare, ArraysCompareElementByElementInOrder)
+TEST_F(PropValCompare, ArraysCompareElementByElement)
 {
     const auto longs = [this](std::vector<LONG> numbers)
     {
@@ -222,7 +222,7 @@ TEST_F(PropValCompare, CountsWithoutElementsCompareAsEmpty)
     EXPECT_EQ(View(claims).String(false), "");
 }
 
-TEST_F(PropValCompare, ArraysOfDifferentCountsAreUnequalWhereTheOneBeginsTheOther)
+TEST_F(PropValCompare, ArraysOfDifferentCountsAreUnequal)
 {
     char first[] = "a";
     char second[] = "b";

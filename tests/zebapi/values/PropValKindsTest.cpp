@@ -36,7 +36,7 @@ const WCHAR* const Wide = ZEBW("\u03B1\u03B2 \xD834\xDD1E");
 
 } // namespace
 
-TEST_F(PropValKinds, TextGoesInAndOutAsUtf8)
+TEST_F(PropValKinds, TextRoundTripsAsUtf8)
 {
     SPropValue value = Tagged(PT_UNICODE);
     CZebOnePropVal view = View(value);
@@ -56,14 +56,14 @@ TEST_F(PropValKinds, NarrowTextTakesUtf8)
     EXPECT_EQ(static_cast<CStringW>(view), CStringW(ZEBW("caf\u00E9")));
 }
 
-TEST_F(PropValKinds, WhatIsNoUtf8IsReplaced)
+TEST_F(PropValKinds, InvalidUtf8IsReplaced)
 {
     SPropValue value = Tagged(PT_UNICODE);
     View(value).SetUtf8("a\xFFz");
     EXPECT_STREQ(View(value).StringUtf8(), "a\xEF\xBF\xBDz");
 }
 
-TEST_F(PropValKinds, OtherValuesAreUtf8TextToo)
+TEST_F(PropValKinds, OtherValuesAreUtf8Text)
 {
     SPropValue value = Tagged(PT_LONG);
     value.Value.l = -7;
@@ -73,7 +73,7 @@ TEST_F(PropValKinds, OtherValuesAreUtf8TextToo)
     EXPECT_EQ(ThrownBy([&] { View(value).StringUtf8(false); }), MAPI_E_NO_SUPPORT);
 }
 
-TEST_F(PropValKinds, Utf8IsRefusedByOtherTypesAndForNull)
+TEST_F(PropValKinds, OtherTypesRefuseUtf8)
 {
     SPropValue value = Tagged(PT_LONG);
     EXPECT_EQ(ThrownBy([&] { View(value).SetUtf8("a"); }), MAPI_E_INVALID_TYPE);
@@ -83,7 +83,7 @@ TEST_F(PropValKinds, Utf8IsRefusedByOtherTypesAndForNull)
     EXPECT_EQ(ThrownBy([&] { CZebOnePropVal(nullptr, nullptr).SetUtf8("a"); }), MAPI_E_BAD_VALUE);
 }
 
-TEST_F(PropValKinds, WideIsTheOtherWayOfUtf8)
+TEST_F(PropValKinds, WideTextConvertsUtf8)
 {
     EXPECT_EQ(Zeb_Wide(Utf8), CStringW(Wide));
     EXPECT_STREQ(Zeb_Utf8(Zeb_Wide(Utf8)), Utf8);
@@ -91,7 +91,7 @@ TEST_F(PropValKinds, WideIsTheOtherWayOfUtf8)
     EXPECT_EQ(Zeb_Wide("a\xFF"), CStringW(ZEBW("a\uFFFD")));
 }
 
-TEST_F(PropValKinds, FloatingNumbersAreWrittenByTheTypeOfTheTag)
+TEST_F(PropValKinds, FloatingNumbersFollowTheTag)
 {
     for (const ULONG type : {PT_DOUBLE, PT_APPTIME})
     {
@@ -135,7 +135,7 @@ TEST_F(PropValKinds, IdentifiersAreCopied)
     EXPECT_EQ(ThrownBy([&] { View(value).GetGuid(); }), MAPI_E_INVALID_TYPE);
 }
 
-TEST_F(PropValKinds, ArraysOfEveryKindAreCopiedInAndOut)
+TEST_F(PropValKinds, ArraysOfEveryKindAreCopied)
 {
     const FILETIME early = {1, 2};
     const FILETIME late = {3, 4};
@@ -163,7 +163,7 @@ TEST_F(PropValKinds, ArraysOfAnotherTypeAreRefused)
     EXPECT_EQ(ThrownBy([&] { CZebOnePropVal(&value, nullptr) = numbers; }), MAPI_E_INVALID_OBJECT);
 }
 
-TEST_F(PropValKinds, ACountWithoutElementsReadsAsNone)
+TEST_F(PropValKinds, ACountWithoutElementsIsEmpty)
 {
     SPropValue value = Tagged(PT_MV_DOUBLE);
     value.Value.MVdbl.cValues = 5;
@@ -175,7 +175,7 @@ TEST_F(PropValKinds, ACountWithoutElementsReadsAsNone)
     EXPECT_EQ(value.Value.MVdbl.cValues, 0u);
 }
 
-TEST_F(PropValKinds, AnArrayOfValuesTakesEveryKind)
+TEST_F(PropValKinds, ValueArraysTakeEveryKind)
 {
     CZebPropValArray values(3);
     values[PROP_TAG(PT_DOUBLE, 0x6701)] = 2.5;

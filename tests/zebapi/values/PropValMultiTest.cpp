@@ -78,7 +78,7 @@ TEST_F(PropValMulti, WideTextsHaveABlockEach)
     EXPECT_EQ(read[1], ZEBW(""));
 }
 
-TEST_F(PropValMulti, BinariesPointIntoTheirObjectsAndReadAsCopies)
+TEST_F(PropValMulti, BinariesPointIntoTheirObjects)
 {
     CArray<CZebBinary> binaries;
     binaries.Add(CZebBinary("01"));
@@ -117,7 +117,7 @@ TEST_F(PropValMulti, NullTextsReadAsEmpty)
     EXPECT_TRUE(read[0].IsEmpty());
 }
 
-TEST_F(PropValMulti, BinariesAreReadBackIntoTheArrayThatHoldsTheirBytes)
+TEST_F(PropValMulti, BinariesReadIntoTheirOwnArray)
 {
     CArray<CZebBinary> binaries;
     binaries.Add(CZebBinary("01"));
@@ -130,7 +130,7 @@ TEST_F(PropValMulti, BinariesAreReadBackIntoTheArrayThatHoldsTheirBytes)
     EXPECT_EQ(binaries[1].String(), "0203");
 }
 
-TEST_F(PropValMulti, ReadThatFailsMidwayLeavesTheArrayAsItWas)
+TEST_F(PropValMulti, FailedReadLeavesTheArray)
 {
     BYTE byte = 1;
     SBinary entries[] = {{1, &byte}, {1, &byte}};
@@ -227,7 +227,7 @@ TEST_F(PropValMulti, CountsWithoutElementsReadAsEmpty)
     ExpectNone<LONG>(View(longs));
 }
 
-TEST_F(PropValMulti, ABinaryWithoutItsBytesReadsAsOneOfNoBytes)
+TEST_F(PropValMulti, ABinaryWithoutBytesReadsEmpty)
 {
     SBinary entries[] = {{3, nullptr}, {1, reinterpret_cast<BYTE*>(const_cast<char*>("a"))}};
     SPropValue value = Tagged(PT_MV_BINARY);

@@ -76,7 +76,7 @@ const WCHAR* const wideText = ZEBW("wide \u00e9");
 
 } // namespace
 
-TEST_F(PropVal, WithoutAValueIsEmptyAndThrowsBadValueOnEveryUse)
+TEST_F(PropVal, WithoutAValueThrowsBadValue)
 {
     CZebOnePropVal none(nullptr, nullptr);
     SPropValue value = Tagged(PT_LONG);
@@ -98,7 +98,7 @@ TEST_F(PropVal, WithoutAValueIsEmptyAndThrowsBadValueOnEveryUse)
     EXPECT_EQ(ThrownBy([&] { (void)(none == none); }), MAPI_E_BAD_VALUE);
 }
 
-TEST_F(PropVal, ErrorsAreEmptyAndOtherTypesAreNot)
+TEST_F(PropVal, OnlyErrorsAreEmpty)
 {
     SPropValue error = Tagged(PT_ERROR);
     SPropValue number = Tagged(PT_LONG);
@@ -106,7 +106,7 @@ TEST_F(PropVal, ErrorsAreEmptyAndOtherTypesAreNot)
     EXPECT_FALSE(View(number).IsEmpty());
 }
 
-TEST_F(PropVal, TellsTagTypeAndIdentifier)
+TEST_F(PropVal, GivesTagTypeAndIdentifier)
 {
     SPropValue value = {};
     value.ulPropTag = PR_SUBJECT_A;
@@ -170,7 +170,7 @@ TEST_F(PropVal, PlainNumbersAreLongs)
     EXPECT_EQ(wideRead, 1LL << 40);
 }
 
-TEST_F(PropVal, AssigningALongToAShortThrowsAndChangesNothing)
+TEST_F(PropVal, AssigningALongToShortsThrows)
 {
     SPropValue value = Tagged(PT_I2);
     value.Value.li.QuadPart = 0x1122334455667788;
@@ -234,7 +234,7 @@ TEST_F(PropVal, TextIsCopiedUnderTheParent)
     EXPECT_EQ(wideBorrowed, wide.Value.lpszW);
 }
 
-TEST_F(PropVal, ReplacedTextStaysUntilTheParentGoes)
+TEST_F(PropVal, ReplacedTextStaysWithTheParent)
 {
     SPropValue value = Tagged(PT_STRING8);
     View(value) = "first";
@@ -308,7 +308,7 @@ TEST_F(PropVal, SetCopiesTagAndValueDeeply)
     EXPECT_EQ(utilities.lastParent, parent);
 }
 
-TEST_F(PropVal, WithoutAParentOnlyScalarsAreCopied)
+TEST_F(PropVal, WithoutParentOnlyScalarsAreCopied)
 {
     SPropValue number = Tagged(PT_LONG);
     number.Value.l = 9;
@@ -323,7 +323,7 @@ TEST_F(PropVal, WithoutAParentOnlyScalarsAreCopied)
     EXPECT_EQ(target.Value.l, 9);
 }
 
-TEST_F(PropVal, CopyingAViewLooksAtTheSameValue)
+TEST_F(PropVal, CopyingAViewKeepsTheValue)
 {
     SPropValue value = Tagged(PT_LONG);
     SPropValue other = Tagged(PT_LONG);
@@ -339,7 +339,7 @@ TEST_F(PropVal, CopyingAViewLooksAtTheSameValue)
     EXPECT_EQ(utilities.copies, 0);
 }
 
-TEST_F(PropVal, TheWholeValueIsReadForAnyType)
+TEST_F(PropVal, TheWholeValueIsAlwaysRead)
 {
     SPropValue value = Tagged(PT_OBJECT);
     const CZebOnePropVal view = View(value);
@@ -370,7 +370,7 @@ TEST_F(PropVal, DefaultIsUsedForErrorsOnly)
     EXPECT_EQ(wide, wideText);
 }
 
-TEST_F(PropVal, DefaultGivesWayToAValueOfItsType)
+TEST_F(PropVal, DefaultYieldsToAProperValue)
 {
     SPropValue wide = Tagged(PT_I8);
     wide.Value.li.QuadPart = 1LL << 40;
@@ -387,7 +387,7 @@ TEST_F(PropVal, DefaultGivesWayToAValueOfItsType)
     EXPECT_EQ(ThrownBy([&] { View(wide).UseDefault(true); }), MAPI_E_INVALID_TYPE);
 }
 
-TEST_F(PropVal, OverriddenOperationsApplyToThoseThatForwardToThem)
+TEST_F(PropVal, OverriddenOperationsApplyToTheOthers)
 {
     SPropValue value = Tagged(PT_LONG);
     SPropValue other = Tagged(PT_LONG);
@@ -404,7 +404,7 @@ TEST_F(PropVal, OverriddenOperationsApplyToThoseThatForwardToThem)
     EXPECT_EQ(view.UseDefault(LONG(1)), 42);
 }
 
-TEST_F(PropVal, OverriddenChecksApplyToEveryTypedOperation)
+TEST_F(PropVal, OverriddenChecksApplyToTypedOperations)
 {
     SPropValue value = Tagged(PT_LONG);
     CountingView view(&value, nullptr);
@@ -418,7 +418,7 @@ TEST_F(PropVal, OverriddenChecksApplyToEveryTypedOperation)
     EXPECT_EQ(view.validChecks, 5);
 }
 
-TEST_F(PropVal, OwnerIsFilledThroughItsAddressAndFreesWhatItHolds)
+TEST_F(PropVal, OwnerIsFilledThroughItsAddress)
 {
     CZebPropVal owner;
     EXPECT_TRUE(owner.IsEmpty());
@@ -437,7 +437,7 @@ TEST_F(PropVal, OwnerIsFilledThroughItsAddressAndFreesWhatItHolds)
     EXPECT_EQ(memory.LiveRoots(), 1u);
 }
 
-TEST_F(PropVal, OwnerCanNotBeGivenWhatMustBeAllocated)
+TEST_F(PropVal, OwnerRefusesAllocatedValues)
 {
     CZebPropVal owner;
     SPropValue** slot = &owner;
@@ -458,7 +458,7 @@ TEST_F(PropVal, OwnerIsNeitherCopiedNorRebound)
     SUCCEED();
 }
 
-TEST_F(PropVal, AnOwnerThatIsAssignedToThroughItsBaseTakesACopyOfItsOwn)
+TEST_F(PropVal, AssigningThroughTheBaseCopies)
 {
     SPropValue text = Tagged(PT_STRING8);
     View(text) = "text";
@@ -478,7 +478,7 @@ TEST_F(PropVal, AnOwnerThatIsAssignedToThroughItsBaseTakesACopyOfItsOwn)
     EXPECT_STREQ(static_cast<const char*>(owner), "text");
 }
 
-TEST_F(PropVal, OwnersOfOneAnotherThroughTheirBaseFreeTheirOwnValues)
+TEST_F(PropVal, OwnersFreeTheirOwnValues)
 {
     CZebPropVal first;
     Fill(first, Tagged(PT_LONG)).Value.l = 1;
@@ -490,7 +490,7 @@ TEST_F(PropVal, OwnersOfOneAnotherThroughTheirBaseFreeTheirOwnValues)
     EXPECT_EQ(static_cast<LONG>(first), 2);
 }
 
-TEST_F(PropVal, AnOwnerTakesACopyOfWhatLiesInItsOwnBuffer)
+TEST_F(PropVal, AnOwnerCopiesItsOwnBuffer)
 {
     CZebPropVal owner;
     SPropValue& held = Fill(owner, Tagged(PT_LONG));
@@ -502,7 +502,7 @@ TEST_F(PropVal, AnOwnerTakesACopyOfWhatLiesInItsOwnBuffer)
     EXPECT_EQ(memory.LiveRoots(), 2u);
 }
 
-TEST_F(PropVal, AnOwnerKeepsItsValueWhenTheCopyFails)
+TEST_F(PropVal, FailedCopiesKeepTheOwnersValue)
 {
     SPropValue text = Tagged(PT_STRING8);
     View(text) = "text";
@@ -521,7 +521,7 @@ TEST_F(PropVal, AnOwnerKeepsItsValueWhenTheCopyFails)
     EXPECT_EQ(static_cast<LONG>(owner), 7);
 }
 
-TEST_F(PropVal, AnOwnerIsFilledWholeByAnSPropValue)
+TEST_F(PropVal, SPropValuesFillAnOwner)
 {
     CZebPropVal owner;
     SPropValue number = Tagged(PT_I8);
@@ -538,7 +538,7 @@ TEST_F(PropVal, AnOwnerIsFilledWholeByAnSPropValue)
     EXPECT_EQ(static_cast<LONGLONG>(owner), 1LL << 40);
 }
 
-TEST_F(PropVal, NullWideTextReadsAsEmptyAndIsNotAssigned)
+TEST_F(PropVal, NullWideTextReadsAsEmpty)
 {
     SPropValue value = Tagged(PT_UNICODE);
     EXPECT_EQ(View(value).String(false), "");
@@ -553,7 +553,7 @@ TEST_F(PropVal, NullWideTextReadsAsEmptyAndIsNotAssigned)
     EXPECT_EQ(static_cast<CStringW>(View(value)), ZEBW("text"));
 }
 
-TEST_F(PropVal, AValueThatPointsNowhereIsCopiedAsItIs)
+TEST_F(PropVal, NullPointersAreCopiedUnchanged)
 {
     for (const ULONG type : {PT_STRING8, PT_UNICODE, PT_CLSID, PT_BINARY, PT_MV_I2, PT_MV_LONG, PT_MV_STRING8,
                              PT_MV_UNICODE, PT_MV_BINARY})

@@ -77,7 +77,7 @@ TEST_F(PropValText, BinariesAreHexadecimal)
     EXPECT_EQ(View(value).StringW(false), ZEBW("00ABFF"));
 }
 
-TEST_F(PropValText, BinariesThatNoTextCanShowAreRefused)
+TEST_F(PropValText, BinariesWithoutATextAreRefused)
 {
     BYTE byte = 1;
     SPropValue value = Tagged(PT_BINARY);
@@ -86,7 +86,7 @@ TEST_F(PropValText, BinariesThatNoTextCanShowAreRefused)
     EXPECT_EQ(ThrownBy([&] { View(value).StringW(false); }), MAPI_E_NOT_ENOUGH_MEMORY);
 }
 
-TEST_F(PropValText, NarrowTextIsTheTextAndWideTextIsNarrowed)
+TEST_F(PropValText, WideTextIsNarrowed)
 {
     const WideString wide = ZEBW("gr\u00fcn");
     const std::string narrow = platform::NarrowFromWide(wide.data(), wide.size());
@@ -107,7 +107,7 @@ TEST_F(PropValText, NarrowTextIsTheTextAndWideTextIsNarrowed)
     EXPECT_EQ(narrowed, narrow.c_str());
 }
 
-TEST_F(PropValText, WhatCanNotBeSaidIsReplacedAndNothingBehindItIsLost)
+TEST_F(PropValText, UnconvertibleTextLosesNothingAfterIt)
 {
     const WCHAR lone[] = {'a', 0xD800, 'b', 0};
     SPropValue value = Tagged(PT_UNICODE);
@@ -119,7 +119,7 @@ TEST_F(PropValText, WhatCanNotBeSaidIsReplacedAndNothingBehindItIsLost)
     EXPECT_EQ(View(value).StringW(false), lone) << "the text itself, by no other form";
 }
 
-TEST_F(PropValText, NullTextReadsAsEmptyAndPointersHandOutTheNull)
+TEST_F(PropValText, NullTextReadsAsEmpty)
 {
     SPropValue value = Tagged(PT_STRING8);
     EXPECT_EQ(View(value).String(false), "");
@@ -150,7 +150,7 @@ TEST_F(PropValText, DatesAreLocalDateAndTime)
     EXPECT_NE(expected->find(":06"), std::string::npos) << *expected;
 }
 
-TEST_F(PropValText, DatesThatNoCalendarKnowsSaySo)
+TEST_F(PropValText, DatesOutsideTheCalendarSaySo)
 {
     SPropValue value = Tagged(PT_SYSTIME);
     value.Value.ft = {0xFFFFFFFF, 0xFFFFFFFF};

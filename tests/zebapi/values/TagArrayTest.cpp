@@ -83,7 +83,7 @@ public:
 
 } // namespace
 
-TEST_F(TagArray, NeverFilledIsEmptyAndNotValid)
+TEST_F(TagArray, NeverFilledIsInvalid)
 {
     CZebPropTagArray tags;
     EXPECT_EQ(tags.GetCount(), 0);
@@ -91,7 +91,7 @@ TEST_F(TagArray, NeverFilledIsEmptyAndNotValid)
     EXPECT_EQ(ThrownBy([&] { (void)static_cast<SPropTagArray*>(tags); }), E_INVALIDARG);
 }
 
-TEST_F(TagArray, ListEndsAtTheFirstZeroAndGrowsOnce)
+TEST_F(TagArray, ListEndsAtTheFirstZero)
 {
     CZebPropTagArray tags;
     tags.Add(PR_SUBJECT_A, PR_BODY_A, 0);
@@ -103,21 +103,21 @@ TEST_F(TagArray, ListEndsAtTheFirstZeroAndGrowsOnce)
     EXPECT_EQ(memory.LiveRoots(), 1u);
 }
 
-TEST_F(TagArray, FirstTagIsStoredWhateverItIs)
+TEST_F(TagArray, TheFirstTagMayBeZero)
 {
     CZebPropTagArray tags;
     tags.Add(0, 0);
     EXPECT_EQ(TagsOf(tags), (Tags{0}));
 }
 
-TEST_F(TagArray, ListFormLeavesTheListBehindItsZero)
+TEST_F(TagArray, ListFormStopsAtItsZero)
 {
     CZebPropTagArray tags;
     EXPECT_EQ(AddThenNext(tags, PR_SUBJECT_A, PR_BODY_A, 0, 99), 99u);
     EXPECT_EQ(TagsOf(tags), (Tags{PR_SUBJECT_A, PR_BODY_A}));
 }
 
-TEST_F(TagArray, ListReceivedAsAParameterWorksToo)
+TEST_F(TagArray, ListMayBeAParameter)
 {
     CZebPropTagArray tags;
     AddThroughList(tags, PR_SUBJECT_A, PR_BODY_A, PR_ENTRYID, 0);
@@ -140,7 +140,7 @@ TEST_F(TagArray, GathersExactlyAsManyAsCounted)
     EXPECT_EQ(tags.GetCount(), 3);
 }
 
-TEST_F(TagArray, AddsOneAtATimeInAnExactBuffer)
+TEST_F(TagArray, AddsOneAtATime)
 {
     CZebPropTagArray tags;
     for (ULONG i = 0; i < 5; ++i)
@@ -153,7 +153,7 @@ TEST_F(TagArray, AddsOneAtATimeInAnExactBuffer)
     EXPECT_EQ(tags[0], 100u);
 }
 
-TEST_F(TagArray, CallsItsOwnOperationsThroughTheirSlots)
+TEST_F(TagArray, OwnOperationsGoThroughTheirSlots)
 {
     class Overriding : public CZebPropTagArray
     {
@@ -230,7 +230,7 @@ TEST_F(TagArray, CopiesAndSelfAssignmentEmpties)
     EXPECT_FALSE(assigned.IsValid());
 }
 
-TEST_F(TagArray, AddressEmptiesAndTakesWhatIsStored)
+TEST_F(TagArray, AddressEmptiesAndTakesNewContent)
 {
     CZebPropTagArray tags;
     tags.AddOne(1);
@@ -243,7 +243,7 @@ TEST_F(TagArray, AddressEmptiesAndTakesWhatIsStored)
     EXPECT_EQ(TagsOf(tags), (Tags{PR_ENTRYID, PR_SUBJECT_A}));
 }
 
-TEST_F(TagArray, FailedGrowthLeavesTheArrayAsItWas)
+TEST_F(TagArray, FailedGrowthChangesNothing)
 {
     CZebPropTagArray tags;
     tags.AddOne(1);
@@ -256,7 +256,7 @@ TEST_F(TagArray, FailedGrowthLeavesTheArrayAsItWas)
     EXPECT_EQ(ThrownBy([&] { CZebPropTagArray copy(tags); }), MAPI_E_NOT_ENOUGH_MEMORY);
 }
 
-TEST_F(TagArray, AppliesToAnObjectsRealTagsInPlace)
+TEST_F(TagArray, AppliesRealTagsInPlace)
 {
     Renumbering object;
     CZebPropTagArray tags;
@@ -268,7 +268,7 @@ TEST_F(TagArray, AppliesToAnObjectsRealTagsInPlace)
     EXPECT_EQ(static_cast<SPropTagArray*>(tags), before);
 }
 
-TEST_F(TagArray, KeepsAllItsTagsWhenOneCanNotBeApplied)
+TEST_F(TagArray, FailedApplicationKeepsAllTags)
 {
     Renumbering object;
     object.unknown = 0x80020003;

@@ -13,7 +13,7 @@ using AddressBooks = AddressBookProvider;
 const Bytes ExchangeProvider = {0xDC, 0xA7, 0x40, 0xC8, 0xC0, 0x42, 0x10, 0x1A,
                                 0xB4, 0xB9, 0x08, 0x00, 0x2B, 0x2F, 0xE1, 0x82};
 
-TEST_F(AddressBooks, HaveARootWithTheGlobalAddressListAndTheContacts)
+TEST_F(AddressBooks, HaveARootWithTwoContainers)
 {
     ULONG type = 0;
     const auto root = OpenInBook<IABContainer>({}, MAPI_BEST_ACCESS, &type);
@@ -34,7 +34,7 @@ TEST_F(AddressBooks, HaveARootWithTheGlobalAddressListAndTheContacts)
     EXPECT_EQ(GetText(OpenInBook<IABContainer>(again).Get(), PR_DISPLAY_NAME_A), "Address Book");
 }
 
-TEST_F(AddressBooks, OnlyTheGlobalAddressListHasTheExchangeProvider)
+TEST_F(AddressBooks, OnlyTheGlobalListIsExchange)
 {
     EXPECT_EQ(GetBytes(Directory().Get(), PR_AB_PROVIDER_ID), ExchangeProvider);
     EXPECT_EQ(GetBytes(Root().Get(), PR_AB_PROVIDER_ID).size(), 16u);
@@ -65,7 +65,7 @@ TEST_F(AddressBooks, KeepUsersWithTheirAddresses)
     EXPECT_EQ(GetText(OpenInBook<IMailUser>(id).Get(), PR_DISPLAY_NAME_A), "Ada Brandt");
 }
 
-TEST_F(AddressBooks, AddressOfAnotherTypeIsNoSmtpAddress)
+TEST_F(AddressBooks, OtherTypesHaveNoSmtpAddress)
 {
     const Ref<IMAPIProp> user = New(*Directory(), PR_DEF_CREATE_MAILUSER);
     Set(user.Get(), NarrowValue(PR_DISPLAY_NAME_A, "Fax machine"));
@@ -116,7 +116,7 @@ TEST_F(AddressBooks, SortByAnythingAndBackwards)
     EXPECT_EQ(sorted(PR_EMAIL_ADDRESS_A, TABLE_SORT_ASCEND), (Texts{"B", "C", "A"}));
 }
 
-TEST_F(AddressBooks, SortEqualNamesByWhatIsAskedForNext)
+TEST_F(AddressBooks, SortEqualNamesByFurtherKeys)
 {
     AddUser("A", "1@x.org");
     AddUser("A", "2@x.org");
@@ -171,7 +171,7 @@ TEST_F(AddressBooks, AnswerToTheBeginningsOfNames)
     EXPECT_EQ(found("gado"), (Texts{"Chief"}));
 }
 
-TEST_F(AddressBooks, ShowListsAsListsInTheirTable)
+TEST_F(AddressBooks, ShowListsAsLists)
 {
     AddList("Team");
     IMAPITable* table = nullptr;
@@ -182,7 +182,7 @@ TEST_F(AddressBooks, ShowListsAsListsInTheirTable)
     EXPECT_EQ(rows.Cell(0, 1).Value.l, LONG(DT_DISTLIST));
 }
 
-TEST_F(AddressBooks, RefuseANameSearchByAnotherRelation)
+TEST_F(AddressBooks, RefuseOtherRelationsInNameSearch)
 {
     IMAPITable* table = nullptr;
     ASSERT_EQ(Directory()->GetContentsTable(0, &table), S_OK);
@@ -194,7 +194,7 @@ TEST_F(AddressBooks, RefuseANameSearchByAnotherRelation)
     EXPECT_EQ(table->Restrict(&restriction, 0), MAPI_E_TOO_COMPLEX);
 }
 
-TEST_F(AddressBooks, ChangesAreSavedTogetherAndConflictsAreSeen)
+TEST_F(AddressBooks, ChangesAreSavedTogether)
 {
     const Bytes id = AddUser("Ada", "ada@example.org");
     const auto first = OpenInBook<IMailUser>(id);
@@ -209,7 +209,7 @@ TEST_F(AddressBooks, ChangesAreSavedTogetherAndConflictsAreSeen)
     EXPECT_EQ(GetText(OpenInBook<IMailUser>(id).Get(), PR_DISPLAY_NAME_A), "Ada");
 }
 
-TEST_F(AddressBooks, AnEntryNeedsANameAndHasAnIdentifierFromItsFirstSaveOn)
+TEST_F(AddressBooks, EntriesNeedANameToSave)
 {
     const Ref<IMAPIProp> user = New(*Directory(), PR_DEF_CREATE_MAILUSER);
     EXPECT_TRUE(GetBytes(user.Get(), PR_ENTRYID).empty());
@@ -228,7 +228,7 @@ TEST_F(AddressBooks, IdentifyingPropertiesCanNotBeWritten)
     EXPECT_EQ(Set(user.Get(), BinaryValue(PR_ENTRYID, {1})), MAPI_E_COMPUTED);
 }
 
-TEST_F(AddressBooks, WritingNeedsAnEntryOpenedForIt)
+TEST_F(AddressBooks, WritingNeedsWriteAccess)
 {
     const Bytes id = AddUser("Ada");
     const auto user = OpenInBook<IMailUser>(id, 0);
@@ -240,7 +240,7 @@ TEST_F(AddressBooks, WritingNeedsAnEntryOpenedForIt)
     EXPECT_EQ(Set(saved.Get(), NarrowValue(PR_DISPLAY_NAME_A, "C")), MAPI_E_NO_ACCESS);
 }
 
-TEST_F(AddressBooks, DuplicatesAreRefusedOrReplacedWhenThatIsAskedFor)
+TEST_F(AddressBooks, DuplicatesAreRefusedOrReplaced)
 {
     const Bytes id = AddUser("Ada", "ada@example.org");
     const auto save = [&](ULONG flags, const char* address)
@@ -277,7 +277,7 @@ TEST_F(AddressBooks, CopyAndDeleteEntries)
     EXPECT_NE(BookErrorText(MAPI_E_NOT_FOUND).find("main.zeb"), std::string::npos);
 }
 
-TEST_F(AddressBooks, ACopyIsADuplicateOnlyOfItsKindAndOnlyWhenAsked)
+TEST_F(AddressBooks, OnlyEqualKindsAreDuplicates)
 {
     AddList("Eve");
     const Bytes oneOff = OneOff("Eve", "SMTP", "eve@example.org");
@@ -287,7 +287,7 @@ TEST_F(AddressBooks, ACopyIsADuplicateOnlyOfItsKindAndOnlyWhenAsked)
     EXPECT_EQ(NamesIn(*Directory()), (Texts{"Eve", "Eve", "Eve"}));
 }
 
-TEST_F(AddressBooks, ACopyHasNothingOfTheIdentifierOfWhatItWasMadeOf)
+TEST_F(AddressBooks, ACopyHasItsOwnIdentifier)
 {
     const Bytes oneOff = OneOff("Eve", "SMTP", "eve@example.org");
     IMAPIProp* entry = nullptr;
@@ -298,7 +298,7 @@ TEST_F(AddressBooks, ACopyHasNothingOfTheIdentifierOfWhatItWasMadeOf)
     EXPECT_TRUE(GetBytes(copy.Get(), PR_RECORD_KEY).empty());
 }
 
-TEST_F(AddressBooks, AnEntryThatReplacedAnotherGoesOnAsThatOne)
+TEST_F(AddressBooks, AReplacingEntryContinuesTheOther)
 {
     const Bytes id = AddUser("Ada", "ada@example.org");
     const Ref<IMAPIProp> user = New(*Directory(), PR_DEF_CREATE_MAILUSER, CREATE_CHECK_DUP_LOOSE | CREATE_REPLACE);
@@ -310,7 +310,7 @@ TEST_F(AddressBooks, AnEntryThatReplacedAnotherGoesOnAsThatOne)
     EXPECT_EQ(NamesIn(*Directory()), (Texts{"Ada Brandt"}));
 }
 
-TEST_F(AddressBooks, AnEntryWithoutAnAddressHasNoneComputed)
+TEST_F(AddressBooks, EntriesWithoutAddressComputeNone)
 {
     const auto user = OpenInBook<IMailUser>(AddUser("Ada"));
     for (const ULONG tag : {ULONG(PR_SEARCH_KEY), ULONG(PR_ADDRTYPE_A), SmtpAddress})
@@ -335,7 +335,7 @@ TEST_F(AddressBooks, TheSessionOpensTheirEntriesToo)
     EXPECT_EQ(same, 1u);
 }
 
-TEST_F(AddressBooks, TheDefaultDirectoryIsTheGlobalAddressListUntilAnotherIsChosen)
+TEST_F(AddressBooks, TheGlobalListIsTheDefault)
 {
     const auto given = [&](HRESULT (STDMETHODCALLTYPE IAddrBook::*get)(ULONG*, LPENTRYID*))
     {
@@ -405,7 +405,7 @@ TEST_F(AddressBooks, TheSearchPathIsKept)
     FreeProws(wide);
 }
 
-TEST_F(AddressBooks, ATemplateIsNoEntryThatOpens)
+TEST_F(AddressBooks, ATemplateDoesNotOpen)
 {
     for (const ULONG tag : {PR_DEF_CREATE_MAILUSER, PR_DEF_CREATE_DL})
     {
@@ -413,7 +413,7 @@ TEST_F(AddressBooks, ATemplateIsNoEntryThatOpens)
     }
 }
 
-TEST_F(AddressBooks, AContainerKeepsNoPropertiesOfOthers)
+TEST_F(AddressBooks, AContainerRefusesOtherProperties)
 {
     const auto directory = Directory();
     EXPECT_EQ(Set(directory.Get(), NarrowValue(PR_COMMENT_A, "x")), MAPI_E_NO_SUPPORT);
@@ -422,7 +422,7 @@ TEST_F(AddressBooks, AContainerKeepsNoPropertiesOfOthers)
     EXPECT_EQ(code, MAPI_E_NOT_FOUND);
 }
 
-TEST_F(AddressBooks, TheRootStandsAboveItsContainersWhichOpenAsATableToo)
+TEST_F(AddressBooks, RootAndContainersOpenAsTables)
 {
     const auto root = Root();
     EXPECT_EQ(GetLong(root.Get(), PR_DEPTH), 0);
@@ -437,7 +437,7 @@ TEST_F(AddressBooks, TheRootStandsAboveItsContainersWhichOpenAsATableToo)
     EXPECT_EQ(NamesOf(static_cast<IMAPITable*>(table)), (Texts{"Ada"}));
 }
 
-TEST_F(AddressBooks, WhatNeedsAWindowIsNotSupported)
+TEST_F(AddressBooks, DialogsAreNotSupported)
 {
     EXPECT_EQ(Book().Address(nullptr, nullptr, nullptr), MAPI_E_NO_SUPPORT);
     EXPECT_EQ(Book().Details(nullptr, nullptr, nullptr, 0, nullptr, nullptr, nullptr, nullptr, 0), MAPI_E_NO_SUPPORT);

@@ -38,13 +38,13 @@ TEST_F(AddressIds, OneOffIdentifiersOpenToUsers)
     EXPECT_EQ(zeb::platform::WideString(name->Value.lpszW), ZEBW("Zo\u00eb"));
 }
 
-TEST_F(AddressIds, AOneOffWithoutANameIsCalledByItsAddress)
+TEST_F(AddressIds, AnUnnamedOneOffShowsAddress)
 {
     const auto user = OpenInBook<IMailUser>(OneOff(nullptr, "SMTP", "eve@example.org"));
     EXPECT_EQ(GetText(user.Get(), PR_DISPLAY_NAME_A), "eve@example.org");
 }
 
-TEST_F(AddressIds, EveryCutIdentifierIsRefusedWithASentence)
+TEST_F(AddressIds, EveryCutIdentifierIsRefused)
 {
     const Bytes contact = AddContact("Ada", {"ada@example.org"});
     IMAPITable* table = nullptr;
@@ -66,7 +66,7 @@ TEST_F(AddressIds, EveryCutIdentifierIsRefusedWithASentence)
     OpenInBook<IMAPIProp>(contact, 0, nullptr, MAPI_E_INVALID_ENTRYID);
 }
 
-TEST_F(AddressIds, AnIdentifierWithAnyOtherByteOrOneMoreOpensNothing)
+TEST_F(AddressIds, ChangedAndLongerIdentifiersOpenNothing)
 {
     AddContact("Ada", {"ada@example.org"});
     IMAPITable* table = nullptr;
@@ -98,7 +98,7 @@ TEST_F(AddressIds, AnIdentifierWithAnyOtherByteOrOneMoreOpensNothing)
     }
 }
 
-TEST_F(AddressIds, AnIdentifierHasItsVersionAndItsKindBehindTheProvider)
+TEST_F(AddressIds, HaveVersionAndKindAfterProvider)
 {
     AddContact("Ada", {"ada@example.org"});
     IMAPITable* table = nullptr;
@@ -116,7 +116,7 @@ TEST_F(AddressIds, AnIdentifierHasItsVersionAndItsKindBehindTheProvider)
     }
 }
 
-TEST_F(AddressIds, AnIdentifierThatTakesAUserForAListIsRefused)
+TEST_F(AddressIds, ConfusingUsersAndListsIsRefused)
 {
     constexpr size_t kindAt = 24;
     for (Bytes id : {AddUser("U"), AddList("L")})
@@ -127,7 +127,7 @@ TEST_F(AddressIds, AnIdentifierThatTakesAUserForAListIsRefused)
     }
 }
 
-TEST_F(AddressIds, AContactsIdentifierWhoseFolderIsCutSaysSo)
+TEST_F(AddressIds, AContactsCutFolderIsNamed)
 {
     Bytes id = ContactsId();
     id.resize(id.size() - 5);
@@ -136,7 +136,7 @@ TEST_F(AddressIds, AContactsIdentifierWhoseFolderIsCutSaysSo)
         << BookErrorText(MAPI_E_INVALID_ENTRYID);
 }
 
-TEST_F(AddressIds, AnEntryOfAnotherStoreIsRefused)
+TEST_F(AddressIds, AnotherStoresEntryIsRefused)
 {
     const Bytes user = AddUser("Ada");
     EXPECT_EQ(MakeProfile("Other", m_folder.File("other.zeb")), S_OK);

@@ -49,7 +49,7 @@ protected:
     }
 };
 
-TEST_F(Attachments, AreThereWhenTheyAndTheirMessageAreSaved)
+TEST_F(Attachments, AppearWhenTheirMessageIsSaved)
 {
     const Ref<IMessage> message = NewMessage(*Inbox());
     const Ref<IAttach> first = Create(*message, "a");
@@ -109,7 +109,7 @@ TEST_F(Attachments, HoldMessages)
     EXPECT_EQ(Subjects(*Inbox()), Texts({"outer"}));
 }
 
-TEST_F(Attachments, ThatHoldMessagesKeepTheirLargeBodiesWhenTheyAreChanged)
+TEST_F(Attachments, KeepTheirMessagesLargeBodies)
 {
     const std::string body(200000, 'b');
     const Ref<IMessage> message = NewMessage(*Inbox(), "outer");

@@ -64,7 +64,7 @@ protected:
     }
 };
 
-TEST_F(Clients, OpenStoresAndEntriesPastCopiesThatAreNotThere)
+TEST_F(Clients, OpenWithFlagsForCachedCopies)
 {
     for (const ULONG flag : {MdbOnlineFlag, NoCacheFlag, CacheOnlyFlag})
     {
@@ -84,7 +84,7 @@ TEST_F(Clients, OpenStoresAndEntriesPastCopiesThatAreNotThere)
     }
 }
 
-TEST_F(Clients, SaveWithWhatTheyKnowOfMailThatJustCame)
+TEST_F(Clients, SaveNewMailWithItsFlags)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     IMessage* made = nullptr;
@@ -124,14 +124,14 @@ TEST_F(Clients, DeleteForGoodAndAllowDialogs)
               S_OK);
 }
 
-TEST_F(Clients, AreToldWhatTheStoreCanDo)
+TEST_F(Clients, SeeWhatTheStoreCanDo)
 {
     const LONG mask = GetLong(OpenStore().Get(), PR_STORE_SUPPORT_MASK);
     EXPECT_TRUE(mask & STORE_NOTIFY_OK);
     EXPECT_FALSE(mask & STORE_OLE_OK);
 }
 
-TEST_F(Clients, SetTheFlagsOfAMessageBeforeItsFirstSaveOnly)
+TEST_F(Clients, SetMessageFlagsBeforeSavingOnly)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     const Ref<IMessage> message = NewMessage(*inbox);
@@ -147,7 +147,7 @@ TEST_F(Clients, SetTheFlagsOfAMessageBeforeItsFirstSaveOnly)
     EXPECT_EQ(GetLong(hidden.Get(), PR_MESSAGE_FLAGS), LONG(MSGFLAG_ASSOCIATED));
 }
 
-TEST_F(Clients, AreRefusedIdentifiersThatNoPropertyHas)
+TEST_F(Clients, AreRefusedInvalidIdentifiers)
 {
     const Ref<IMessage> message = NewMessage(*Inbox());
     for (const ULONG id : {0u, 0xFFFFu, 0x8123u})
@@ -206,7 +206,7 @@ TEST_F(Clients, ReadWhatEveryMessageHas)
     EXPECT_EQ(GetLong(OpenMessage(id).Get(), PR_MSG_STATUS), 4);
 }
 
-TEST_F(Clients, ReadNoNamesOfRecipientsThatWereTakenOff)
+TEST_F(Clients, ReadNoNamesOfRemovedRecipients)
 {
     const Ref<IMessage> message = NewMessage(*Inbox());
     SPropValue name = NarrowValue(PR_DISPLAY_NAME_A, "Ann");
@@ -220,7 +220,7 @@ TEST_F(Clients, ReadNoNamesOfRecipientsThatWereTakenOff)
     EXPECT_EQ(GetText(message.Get(), PR_DISPLAY_TO_A), "");
 }
 
-TEST_F(Clients, KnowMessagesAndTheirChangesByKeys)
+TEST_F(Clients, KnowMessagesByKeys)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     const Ref<IMessage> message = OpenMessage(SaveMessage(*inbox));
@@ -240,7 +240,7 @@ TEST_F(Clients, KnowMessagesAndTheirChangesByKeys)
     EXPECT_EQ(BinaryOf(NewMessage(*inbox).Get(), PrSourceKey), "");
 }
 
-TEST_F(Clients, SeeAnotherChangeKeyAfterEachSaveThatDoesNotWriteOne)
+TEST_F(Clients, SeeNewChangeKeysAfterSaves)
 {
     const Ref<IMessage> message = NewMessage(*Inbox());
     const Bytes imported = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 0, 0, 0, 7};
@@ -266,7 +266,7 @@ TEST_F(Clients, SeeAnotherChangeKeyAfterEachSaveThatDoesNotWriteOne)
 }
 
 // They are not listed: a client that copies all listed properties to another folder must not copy these.
-TEST_F(Clients, KnowFoldersAndTheirChangesByTimesAndKeysThatAreNotListed)
+TEST_F(Clients, KnowFoldersByUnlistedKeys)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     const std::int64_t start = Now();
@@ -301,7 +301,7 @@ TEST_F(Clients, KnowFoldersAndTheirChangesByTimesAndKeysThatAreNotListed)
     EXPECT_EQ(rows.BytesCell(0, 2), GetBytes(folder.Get(), PrChangeKey));
 }
 
-TEST_F(Clients, WriteTimesAndKeysOfAFolderThatHoldUntilItsNextChange)
+TEST_F(Clients, WriteAFoldersTimesAndKeys)
 {
     const Ref<IMAPIFolder> folder = NewFolder(*Inbox(), "Projects");
     const Bytes imported = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 0, 0, 0, 7};
@@ -323,7 +323,7 @@ TEST_F(Clients, WriteTimesAndKeysOfAFolderThatHoldUntilItsNextChange)
     EXPECT_NE(BinaryOf(folder.Get(), PrPredecessorChangeList).find(importedEntry), std::string::npos);
 }
 
-TEST_F(Clients, GetAttachmentsByTheInterfaceTheyAskFor)
+TEST_F(Clients, GetAttachmentsByInterface)
 {
     const Ref<IMessage> message = NewMessage(*Inbox());
     ULONG number = 0;
@@ -343,7 +343,7 @@ TEST_F(Clients, GetAttachmentsByTheInterfaceTheyAskFor)
 }
 
 // The file is queried once: creating a message with many attachments takes time linear in their number.
-TEST_F(Clients, AddAttachmentsWithoutALookAtThoseThatAreThere)
+TEST_F(Clients, AddAttachmentsWithoutReadingOthers)
 {
     const Ref<IMessage> message = OpenMessage(SaveMessage(*Inbox()));
     int statements = 0;
@@ -367,7 +367,7 @@ TEST_F(Clients, AddAttachmentsWithoutALookAtThoseThatAreThere)
     }
 }
 
-TEST_F(Clients, ReadAStoreThatNothingCanBeWrittenOfOrNextTo)
+TEST_F(Clients, ReadAStoreWithoutWritableFolder)
 {
     namespace fs = std::filesystem;
     SaveMessage(*Inbox(), "kept");

@@ -148,7 +148,7 @@ protected:
     }
 };
 
-TEST_F(Copies, OfAMessageToItselfAreRefused)
+TEST_F(Copies, OfAMessageToItselfFail)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     const Ref<IMessage> message = Full(*inbox, "one", "Ann", "a.txt");
@@ -164,7 +164,7 @@ TEST_F(Copies, OfAMessageToItselfAreRefused)
     EXPECT_EQ(CopyTo(*unsaved, *NewMessage(*inbox)), S_OK);
 }
 
-TEST_F(Copies, OfAMessageReplaceWhatTheTargetHasOfRecipientsAndAttachments)
+TEST_F(Copies, ReplaceTheTargetsRecipientsAndAttachments)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     const Ref<IMessage> source = Full(*inbox, "source", "Ann", "a.txt");
@@ -182,7 +182,7 @@ TEST_F(Copies, OfAMessageReplaceWhatTheTargetHasOfRecipientsAndAttachments)
     EXPECT_EQ(GetText(again.Get(), PR_DISPLAY_TO_A), "Ann");
 }
 
-TEST_F(Copies, ThatReplaceNothingLeaveTheTargetsRecipientsAndAttachments)
+TEST_F(Copies, ThatReplaceNothingKeepTheTargets)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     const Ref<IMessage> source = Full(*inbox, "source", "Ann", "a.txt");
@@ -200,7 +200,7 @@ TEST_F(Copies, ThatReplaceNothingLeaveTheTargetsRecipientsAndAttachments)
     }
 }
 
-TEST_F(Copies, OfASavedMessageTakeAttachmentsThatAreNotSavedYet)
+TEST_F(Copies, TakeAttachmentsThatAreNotSaved)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     const Ref<IMessage> source = Full(*inbox, "source", "Ann", "a.txt");
@@ -214,7 +214,7 @@ TEST_F(Copies, OfASavedMessageTakeAttachmentsThatAreNotSavedYet)
     EXPECT_EQ(Files(*OpenMessage(GetBytes(target.Get(), PR_ENTRYID))), Texts({"b.txt", "c.txt"}));
 }
 
-TEST_F(Copies, ThatFailLeaveTheTargetMessageAsItWas)
+TEST_F(Copies, ThatFailLeaveTheTargetMessage)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     const Ref<IMessage> source = Full(*inbox, "source", "Ann", "a.txt");
@@ -242,7 +242,7 @@ TEST_F(Copies, ThatFailLeaveTheTargetMessageAsItWas)
     }
 }
 
-TEST_F(Copies, ThatMoveTakeFromTheSourceWhatTheTargetGot)
+TEST_F(Copies, ThatMoveRemoveWhatArrived)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     const Ref<IMessage> source = Full(*inbox, "source", "Ann", "a.txt");
@@ -259,7 +259,7 @@ TEST_F(Copies, ThatMoveTakeFromTheSourceWhatTheTargetGot)
     EXPECT_EQ(CopyTo(*readOnly, *target, MAPI_MOVE), MAPI_E_NO_ACCESS);
 }
 
-TEST_F(Copies, OfAFolderTakeItsMessagesAndSubfolders)
+TEST_F(Copies, OfAFolderTakeItsContents)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     const Ref<IMAPIFolder> source = Tree(*inbox);
@@ -276,7 +276,7 @@ TEST_F(Copies, OfAFolderTakeItsMessagesAndSubfolders)
     }
 }
 
-TEST_F(Copies, OfAFolderLeaveOutWhatIsExcluded)
+TEST_F(Copies, OfAFolderOmitExcludedContents)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     const Ref<IMAPIFolder> source = Tree(*inbox);
@@ -301,7 +301,7 @@ TEST_F(Copies, OfAFolderLeaveOutWhatIsExcluded)
     EXPECT_EQ(Subfolders(*third), Texts());
 }
 
-TEST_F(Copies, OfNamedPropertiesTakeAFoldersContentsToo)
+TEST_F(Copies, OfNamedPropertiesTakeContentsToo)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     const Ref<IMAPIFolder> source = Tree(*inbox);
@@ -317,7 +317,7 @@ TEST_F(Copies, OfNamedPropertiesTakeAFoldersContentsToo)
     EXPECT_EQ(Subjects(*source), Texts({"a", "b"}));
 }
 
-TEST_F(Copies, OfAFolderThatMoveLeaveItEmpty)
+TEST_F(Copies, ThatMoveLeaveFoldersEmpty)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     const Ref<IMAPIFolder> source = Tree(*inbox);
@@ -332,7 +332,7 @@ TEST_F(Copies, OfAFolderThatMoveLeaveItEmpty)
     EXPECT_EQ(Subjects(*SubfolderOf(*target)), Texts({"i"}));
 }
 
-TEST_F(Copies, OfAFolderThatCanNotBeWholeChangeNothing)
+TEST_F(Copies, OfAFolderNeverStayPartial)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     const Ref<IMAPIFolder> source = Tree(*inbox);
@@ -352,7 +352,7 @@ TEST_F(Copies, OfAFolderThatCanNotBeWholeChangeNothing)
     EXPECT_EQ(Subjects(*target), Texts());
 }
 
-TEST_F(Copies, OfAFolderToOneNextToItReportTheNameThatIsTaken)
+TEST_F(Copies, ReportANameThatIsTaken)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     const Ref<IMAPIFolder> source = Tree(*inbox);
@@ -368,7 +368,7 @@ TEST_F(Copies, OfAFolderToOneNextToItReportTheNameThatIsTaken)
     EXPECT_EQ(GetText(target.Get(), PR_COMMENT_A), "kept");
 }
 
-TEST_F(Copies, OfAFolderTellTheirProgressAndStopWhenTheUserCancels)
+TEST_F(Copies, OfAFolderMayBeCancelled)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     const Ref<IMAPIFolder> source = Tree(*inbox);
@@ -396,7 +396,7 @@ TEST_F(Copies, OfAFolderTellTheirProgressAndStopWhenTheUserCancels)
     EXPECT_EQ(Subjects(*source).size() + Subjects(*third).size(), 152u);
 }
 
-TEST_F(Copies, ToAFolderOfAnotherStoreAreWhole)
+TEST_F(Copies, ToAnotherStoreAreWhole)
 {
     const std::string path = m_folder.File("other.zeb");
     ASSERT_EQ(MakeProfile("Other", path), S_OK);
@@ -414,7 +414,7 @@ TEST_F(Copies, ToAFolderOfAnotherStoreAreWhole)
     EXPECT_EQ(Subfolders(*source), Texts());
 }
 
-TEST_F(Copies, ThatWouldMoveStandardFoldersChangeNothing)
+TEST_F(Copies, ThatMoveStandardFoldersChangeNothing)
 {
     ASSERT_EQ(MakeProfile("Other", m_folder.File("other.zeb")), S_OK);
     const Ref<IMAPIFolder> inbox = Inbox();
@@ -434,7 +434,7 @@ TEST_F(Copies, ThatWouldMoveStandardFoldersChangeNothing)
     EXPECT_EQ(Subfolders(*target).size(), before.size());
 }
 
-TEST_F(Copies, NumberTheirProblemsByTheTagsThatWereGiven)
+TEST_F(Copies, NumberProblemsByTheGivenTags)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     const Ref<IMAPIFolder> source = Tree(*inbox);

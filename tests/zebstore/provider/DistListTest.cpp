@@ -60,7 +60,7 @@ TEST_F(DistLists, AnOpenTableFollowsTheMembers)
     EXPECT_EQ(count, 0u);
 }
 
-TEST_F(DistLists, AnOpenTableFollowsTheContactsAmongTheMembersToo)
+TEST_F(DistLists, OpenTablesFollowContactMembers)
 {
     const Bytes message = AddContact("Ada", {"ada@example.org"});
     IMAPITable* table = nullptr;
@@ -82,13 +82,13 @@ TEST_F(DistLists, AnOpenTableFollowsTheContactsAmongTheMembersToo)
     EXPECT_EQ(names(), (Texts{"Ada Brandt"}));
 }
 
-TEST_F(DistLists, AListThatIsNotSavedHasNoMembers)
+TEST_F(DistLists, AnUnsavedListHasNoMembers)
 {
     const Ref<IMAPIProp> fresh = New(*Directory(), PR_DEF_CREATE_DL);
     EXPECT_EQ(NamesIn(*static_cast<IDistList*>(fresh.Get())), Texts());
 }
 
-TEST_F(DistLists, MembersAreTakenOffAndStayEntries)
+TEST_F(DistLists, RemovedMembersStayEntries)
 {
     const Bytes ada = AddUser("Ada");
     const Bytes eve = OneOff("Eve", "SMTP", "eve@example.org");
@@ -120,7 +120,7 @@ TEST_F(DistLists, ACopyHasTheMembersToo)
     EXPECT_EQ(NamesIn(*Directory()), (Texts{"Ada", "Copy", "Team"}));
 }
 
-TEST_F(DistLists, ACopyLeavesTheMembersOutWhenTheyAreExcluded)
+TEST_F(DistLists, ACopyMayExcludeItsMembers)
 {
     const Bytes list = AddList("Team", {AddUser("Ada")});
     const Bytes copy = AddList("Copy");
@@ -133,7 +133,7 @@ TEST_F(DistLists, ACopyLeavesTheMembersOutWhenTheyAreExcluded)
     EXPECT_EQ(Members(copy), Texts());
 }
 
-TEST_F(DistLists, CreatingAnEntryInAListAddsItWhenItIsSaved)
+TEST_F(DistLists, CreatedEntriesJoinTheirList)
 {
     const Bytes ada = AddUser("Ada");
     const Bytes list = AddList("Team");
@@ -153,7 +153,7 @@ TEST_F(DistLists, CreatingAnEntryInAListAddsItWhenItIsSaved)
     EXPECT_EQ(NamesIn(*Directory()), (Texts{"Ada", "Boris", "Team"}));
 }
 
-TEST_F(DistLists, AListThatContainsItselfShowsItselfOnceAndOpens)
+TEST_F(DistLists, AListMayContainItself)
 {
     const Bytes list = AddList("Loop");
     EXPECT_EQ(AddMember(list, list), S_OK);
@@ -170,7 +170,7 @@ TEST_F(DistLists, AListThatContainsItselfShowsItselfOnceAndOpens)
     EXPECT_EQ(GetText(OpenStore().Get(), PROP_TAG(PT_STRING8, 0x67F3)), "ok");
 }
 
-TEST_F(DistLists, RefuseContainersAndWhatIsNoEntry)
+TEST_F(DistLists, RefuseContainersAndNonEntries)
 {
     const Bytes list = AddList("Team");
     EXPECT_EQ(AddMember(list, DirectoryId()), MAPI_E_INVALID_ENTRYID);
@@ -192,7 +192,7 @@ class NameResolving : public AddressBookProvider
 {
 };
 
-TEST_F(NameResolving, GivesTheOneEntryThatAnswersAndKeepsWhatWasThere)
+TEST_F(NameResolving, GivesTheOneMatchingEntry)
 {
     AddUser("Ada Brandt", "ada@example.org");
     AddUser("Boris Cole", "boris@example.org");
@@ -211,7 +211,7 @@ TEST_F(NameResolving, GivesTheOneEntryThatAnswersAndKeepsWhatWasThere)
     EXPECT_EQ(recipients.Value(1, PR_ENTRYID), nullptr);
 }
 
-TEST_F(NameResolving, GivesTheColumnsThatAreAskedForAndTheIdentifier)
+TEST_F(NameResolving, GivesTheColumnsAskedFor)
 {
     const Bytes ada = AddUser("Ada Brandt", "ada@example.org");
     Recipients recipients({"bran"});
@@ -227,7 +227,7 @@ TEST_F(NameResolving, GivesTheColumnsThatAreAskedForAndTheIdentifier)
     EXPECT_EQ(recipients.Value(0, PR_SEARCH_KEY), nullptr);
 }
 
-TEST_F(NameResolving, LeavesWhatIsMarkedAsResolvedAndTakesWhatHasAnEmptyIdentifier)
+TEST_F(NameResolving, SkipsOnlyWhatIsMarkedResolved)
 {
     AddUser("Ada Brandt", "ada@example.org");
     Recipients recipients({"ada", "ada", "ada"});
@@ -245,7 +245,7 @@ TEST_F(NameResolving, LeavesWhatIsMarkedAsResolvedAndTakesWhatHasAnEmptyIdentifi
     EXPECT_EQ(Directory()->ResolveNames(nullptr, 0, recipients.List(), recipients.Found()), MAPI_E_INVALID_PARAMETER);
 }
 
-TEST_F(NameResolving, TheWholeNameGoesBeforeItsLongerOnes)
+TEST_F(NameResolving, AWholeNamePrecedesLongerOnes)
 {
     AddUser("Ada", "ada@example.org");
     AddUser("Ada Brandt", "brandt@example.org");
@@ -254,7 +254,7 @@ TEST_F(NameResolving, TheWholeNameGoesBeforeItsLongerOnes)
     EXPECT_EQ(recipients.TextOf(0, PR_EMAIL_ADDRESS_A), "ada@example.org");
 }
 
-TEST_F(NameResolving, TheAddressBookLooksIntoItsSearchPathAndTakesAddressesAsTheyAre)
+TEST_F(NameResolving, SearchesThePathAndTakesAddresses)
 {
     AddUser("Boris Cole", "boris@example.org");
     AddContact("Ada Brandt", {"ada@example.org"});
@@ -271,7 +271,7 @@ TEST_F(NameResolving, TheAddressBookLooksIntoItsSearchPathAndTakesAddressesAsThe
     }
 }
 
-TEST_F(NameResolving, TheFirstContainerThatKnowsTheNameAloneDecides)
+TEST_F(NameResolving, TheFirstMatchingContainerDecides)
 {
     AddContact("Boris Cole", {"cole@example.org"});
     AddContact("Boris Dale", {"dale@example.org"});
@@ -283,7 +283,7 @@ TEST_F(NameResolving, TheFirstContainerThatKnowsTheNameAloneDecides)
     EXPECT_EQ(one.TextOf(0, PR_EMAIL_ADDRESS_A), "egan@example.org");
 }
 
-TEST_F(NameResolving, WhatOnlyLooksLikeAnAddressIsANameThatNobodyHas)
+TEST_F(NameResolving, AnInvalidAddressIsAName)
 {
     for (const char* name : {":+49 30 1", "FAX:", "see this:+49 30 1", "eve@example.org:x y", "Eve eve@example.org",
                              "eve@example.org,ada@example.org"})
@@ -294,7 +294,7 @@ TEST_F(NameResolving, WhatOnlyLooksLikeAnAddressIsANameThatNobodyHas)
     }
 }
 
-TEST_F(NameResolving, WhoHasAnIdentifierIsNotLookedForAgain)
+TEST_F(NameResolving, AnIdentifierPreventsANewSearch)
 {
     const Bytes ada = AddUser("Ada Brandt", "ada@example.org");
     Recipients recipients({"ada"});
@@ -305,7 +305,7 @@ TEST_F(NameResolving, WhoHasAnIdentifierIsNotLookedForAgain)
     EXPECT_EQ(recipients.TextOf(0, PR_EMAIL_ADDRESS_A), "ada@example.org");
 }
 
-TEST_F(NameResolving, SaysWhichNameIsUnknownOrAmbiguousAndResolvesTheOthers)
+TEST_F(NameResolving, NamesUnknownAndAmbiguousOnes)
 {
     AddUser("Ada Brandt");
     AddUser("Boris Cole");
@@ -319,7 +319,7 @@ TEST_F(NameResolving, SaysWhichNameIsUnknownOrAmbiguousAndResolvesTheOthers)
     EXPECT_NE(BookErrorText(MAPI_E_AMBIGUOUS_RECIP).find("'boris'"), std::string::npos);
 }
 
-TEST_F(NameResolving, PreparedRecipientsBeginWithWhatWasAskedFor)
+TEST_F(NameResolving, PreparedRecipientsBeginWithRequestedProperties)
 {
     AddUser("Ada Brandt", "ada@example.org");
     Recipients recipients({"ada"});
@@ -335,7 +335,7 @@ TEST_F(NameResolving, PreparedRecipientsBeginWithWhatWasAskedFor)
     EXPECT_NE(recipients.Value(0, PR_ENTRYID), nullptr);
 }
 
-TEST_F(NameResolving, PreparedRecipientsKeepWhatTheyHaveAndHaveItOnce)
+TEST_F(NameResolving, PreparedRecipientsKeepTheirValuesOnce)
 {
     const Bytes ada = AddUser("Ada Brandt", "ada@example.org");
     Recipients recipients({"ada"});
@@ -367,7 +367,7 @@ protected:
     }
 };
 
-TEST_F(ContactBooks, AreTheMessagesOfTheContactsFolder)
+TEST_F(ContactBooks, ListTheContactsFoldersMessages)
 {
     AddContact("Ada Brandt", {"ada@example.org"});
     AddContact("No address", {});
@@ -385,7 +385,7 @@ TEST_F(ContactBooks, AreTheMessagesOfTheContactsFolder)
     EXPECT_EQ(rows.TextCell(1, 1), "<none>");
 }
 
-TEST_F(ContactBooks, ATableThatIsOpenBeforeTheFirstContactShowsItsAddress)
+TEST_F(ContactBooks, OpenTablesShowTheFirstContact)
 {
     IMAPITable* table = nullptr;
     ASSERT_EQ(Contacts()->GetContentsTable(0, &table), S_OK);
@@ -399,7 +399,7 @@ TEST_F(ContactBooks, ATableThatIsOpenBeforeTheFirstContactShowsItsAddress)
     EXPECT_EQ(rows.TextCell(0, 0), "ada@example.org");
 }
 
-TEST_F(ContactBooks, EachAddressOfAContactIsAnEntry)
+TEST_F(ContactBooks, EachAddressIsAnEntry)
 {
     AddContact("Ada", {"one@x.org", "", "three@x.org"});
     AddContact("Boris", {"b@x.org"});
@@ -415,7 +415,7 @@ TEST_F(ContactBooks, EachAddressOfAContactIsAnEntry)
     EXPECT_EQ(Set(third.Get(), NarrowValue(PR_GIVEN_NAME_A, "x")), MAPI_E_NO_ACCESS);
 }
 
-TEST_F(ContactBooks, AnAddressHasItsOwnNameAndType)
+TEST_F(ContactBooks, AnAddressHasItsOwnName)
 {
     const Ref<IMAPIFolder> folder = ContactsFolder();
     const Ref<IMessage> message = NewMessage(*folder, "Ada");
@@ -435,7 +435,7 @@ TEST_F(ContactBooks, AnAddressHasItsOwnNameAndType)
     EXPECT_EQ(code, MAPI_E_NOT_FOUND);
 }
 
-TEST_F(ContactBooks, TheTableFollowsTheFolderAndReadsInSteps)
+TEST_F(ContactBooks, TheTableFollowsTheFolder)
 {
     for (int i = 0; i < 10; ++i)
     {
@@ -470,7 +470,7 @@ TEST_F(ContactBooks, TheTableFollowsTheFolderAndReadsInSteps)
     EXPECT_EQ(count, 21u);
 }
 
-TEST_F(ContactBooks, ADeletedContactAndALostAddressAreNotFound)
+TEST_F(ContactBooks, DeletedContactsAndAddressesAreMissing)
 {
     const Bytes message = AddContact("Ada", {"one@x.org", "two@x.org"});
     const std::vector<Bytes> ids = EntryIds();
@@ -495,7 +495,7 @@ TEST_F(ContactBooks, AreChangedAsMessagesOnly)
     EXPECT_EQ(Contacts()->CopyEntries(&entries, 0, nullptr, 0), MAPI_E_NO_SUPPORT);
 }
 
-TEST_F(ContactBooks, AListAmongTheContactsHasItsMembers)
+TEST_F(ContactBooks, AListOfContactsHasMembers)
 {
     const Bytes ada = AddUser("Ada", "ada@example.org");
     const Ref<IMAPIFolder> folder = ContactsFolder();

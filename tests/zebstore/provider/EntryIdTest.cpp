@@ -16,7 +16,7 @@ HRESULT CodeOf(const MAPIUID& store, const void* bytes, size_t size)
 
 constexpr MAPIUID SomeStore = {{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}};
 
-TEST(ProviderEntryId, FoldersHave18AndMessages34BytesAfterTheProviderUid)
+TEST(ProviderEntryId, FoldersHave18Messages34Bytes)
 {
     const FolderEntryId folder = MakeFolderEntryId(SomeStore, 77);
     const MessageEntryId message = MakeMessageEntryId(SomeStore, 78);
@@ -29,7 +29,7 @@ TEST(ProviderEntryId, FoldersHave18AndMessages34BytesAfterTheProviderUid)
     EXPECT_EQ(ParseItemId(SomeStore, message.data(), message.size()).objectType, MAPI_MESSAGE);
 }
 
-TEST(ProviderEntryId, ACutOrChangedOneIsRefused)
+TEST(ProviderEntryId, CutAndChangedOnesAreRefused)
 {
     const MessageEntryId id = MakeMessageEntryId(SomeStore, 5);
     for (size_t size = 0; size < id.size(); ++size)
@@ -47,7 +47,7 @@ TEST(ProviderEntryId, ACutOrChangedOneIsRefused)
     EXPECT_EQ(CodeOf(SomeStore, nullptr, id.size()), MAPI_E_INVALID_ENTRYID);
 }
 
-TEST(ProviderEntryId, AStoreIsAWrappedStoreIdentifierWithTheProvidersFileName)
+TEST(ProviderEntryId, AStoreNamesTheProvidersFile)
 {
     const Bytes id = MakeStoreEntryId(SomeStore, "/mail/a.zeb");
     const MAPIUID wrap = {
@@ -107,7 +107,7 @@ TEST_F(OpenEntryRefusals, OfRandomBytes)
     }
 }
 
-TEST_F(OpenEntryRefusals, OfAnInterfaceThatTheObjectDoesNotHave)
+TEST_F(OpenEntryRefusals, OfAnInterfaceTheObjectLacks)
 {
     const Bytes id = InboxId();
     ULONG type = 0;

@@ -143,7 +143,7 @@ protected:
     }
 };
 
-TEST_F(Faults, OfEachCallInTurnLeaveTheMessageWholeOrAbsent)
+TEST_F(Faults, OfEachCallKeepMessagesWhole)
 {
     int calls = 1;
     while (RunWithFault("call:" + std::to_string(calls) + ":0x80040115") && !HasFailure())
@@ -153,7 +153,7 @@ TEST_F(Faults, OfEachCallInTurnLeaveTheMessageWholeOrAbsent)
     EXPECT_GT(calls, 15);
 }
 
-TEST_F(Faults, OfEachAllocationInTurnLeaveTheMessageWholeOrAbsent)
+TEST_F(Faults, OfEachAllocationKeepMessagesWhole)
 {
     int allocations = 1;
     while (RunWithFault("alloc:" + std::to_string(allocations)) && !HasFailure())

@@ -29,7 +29,7 @@ protected:
     }
 };
 
-TEST_F(Folders, AreCreatedOnceUnlessOpenIfExistsIsAsked)
+TEST_F(Folders, AreCreatedOnceOrOpened)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     const Ref<IMAPIFolder> made = NewFolder(*inbox, "Projects");
@@ -124,7 +124,7 @@ TEST_F(Folders, CopyAndMoveMessages)
     EXPECT_EQ(inbox->CopyMessages(&list, nullptr, nullptr, 0, nullptr, 0), MAPI_E_INVALID_PARAMETER);
 }
 
-TEST_F(Folders, AreDeletedWithTheirContentOnlyWhenAsked)
+TEST_F(Folders, DeleteTheirContentOnlyWhenAsked)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     const Ref<IMAPIFolder> parent = NewFolder(*inbox, "P");

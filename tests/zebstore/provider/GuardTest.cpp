@@ -22,7 +22,7 @@ TEST(CallGuard, TurnsExceptionsIntoCodes)
     EXPECT_EQ(Guarded("a", [] { throw Error(S_OK, "success is no failure"); }), MAPI_E_CALL_FAILED);
 }
 
-TEST(CallGuard, KeepsTheLastTextOfEachThread)
+TEST(CallGuard, KeepsEachThreadsLastText)
 {
     Guarded("a", [] { throw Error(MAPI_E_NOT_FOUND, "mine"); });
     std::thread other([]
@@ -53,7 +53,7 @@ TEST(CallGuard, ReadsTheFaultText)
     }
 }
 
-TEST(CallGuard, FailsTheCallAndTheAllocationAskedFor)
+TEST(CallGuard, FailsTheChosenCallAndAllocation)
 {
     Switches switches;
     ASSERT_TRUE(ParseFault("call:2:0x80040115", switches));
@@ -84,7 +84,7 @@ class CallTrace : public Provider
 {
 };
 
-TEST_F(CallTrace, NamesEachCallAndEndsWithWhatLives)
+TEST_F(CallTrace, NamesCallsAndLiveObjects)
 {
     const std::string file = m_folder.File("trace.txt");
     Switches switches;

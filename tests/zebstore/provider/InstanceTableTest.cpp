@@ -83,7 +83,7 @@ TEST_F(InstanceTable, HasARowForEachValue)
     EXPECT_EQ(Read(*table, 1), Texts({"b:-"}));
 }
 
-TEST_F(InstanceTable, IsSortedAndRestrictedByTheSingleValues)
+TEST_F(InstanceTable, SortsAndRestrictsBySingleValues)
 {
     Add("a", {"red", "blue"});
     Add("b", {"green"});
@@ -105,7 +105,7 @@ TEST_F(InstanceTable, IsSortedAndRestrictedByTheSingleValues)
     EXPECT_EQ(Read(*table), Texts({"a:blue", "c:blue"}));
 }
 
-TEST_F(InstanceTable, GivesEachRowAnInstanceKeyOfItsOwn)
+TEST_F(InstanceTable, GivesEachRowAnInstanceKey)
 {
     Add("a", {"red", "blue", "green"});
     const Ref<IMAPITable> table = Table();
@@ -126,7 +126,7 @@ TEST_F(InstanceTable, GivesEachRowAnInstanceKeyOfItsOwn)
     FreeProws(rows);
 }
 
-TEST_F(InstanceTable, GoesBackToARowForEachMessage)
+TEST_F(InstanceTable, ReturnsToARowPerMessage)
 {
     Add("a", {"red", "blue"});
     const Ref<IMAPITable> table = Table();
@@ -144,7 +144,7 @@ TEST_F(InstanceTable, GoesBackToARowForEachMessage)
     EXPECT_EQ(count, 2u) << "the sort order alone asks for the values too";
 }
 
-TEST_F(InstanceTable, ShowsTheValuesOfOnePropertyAtATime)
+TEST_F(InstanceTable, ShowsOnePropertyAtATime)
 {
     const Ref<IMAPITable> table = Table();
     EXPECT_EQ(SetColumns(*table, {EachCategory, EachNumber}), MAPI_E_TOO_COMPLEX);
@@ -165,7 +165,7 @@ TEST_F(InstanceTable, FollowsChangesAndKeepsItsPlace)
     EXPECT_EQ(Read(*table), Texts({"a:blue", "b:green", "c:x", "c:y"}));
 }
 
-TEST_F(InstanceTable, FollowsChangesInTheOrderOfItsValues)
+TEST_F(InstanceTable, FollowsChangesInSortedOrder)
 {
     Add("a", {"red", "blue"});
     Add("b", {"green"});

@@ -17,7 +17,7 @@ namespace zebstore
 namespace
 {
 
-TEST(ProviderMemory, BlocksAreAlignedAndFreedWithTheirRoot)
+TEST(ProviderMemory, BlocksAreAlignedAndFreedTogether)
 {
     const long before = g_liveBuffers;
     void* root = nullptr;
@@ -58,7 +58,7 @@ TEST(ProviderMemory, RefusesWhatIsNoRoot)
     EXPECT_EQ(MAPIAllocateBuffer(8, nullptr), MAPI_E_INVALID_PARAMETER);
 }
 
-TEST(ProviderMemory, CountsAndNamesWhatIsFreedWithoutBeingLive)
+TEST(ProviderMemory, CountsAndNamesInvalidFrees)
 {
     const zeb::test::TempFolder folder;
     Switches switches;
@@ -93,7 +93,7 @@ TEST(ProviderMemory, CountsAndNamesWhatIsFreedWithoutBeingLive)
 
 // The leak checker decides: hosts may leave blocks, and the library that counts them may be unloaded before the process
 // ends.
-TEST(ProviderMemory, ItsEndFreesTheTablesOfBlocksThatWereLeft)
+TEST(ProviderMemory, BlocksMayOutliveItsEnd)
 {
     LiveBlocks blocks;
     for (std::uint64_t i = 1; i <= 20000; ++i)

@@ -91,7 +91,7 @@ TEST_F(Messages, KeepWhatAnImporterWrites)
     EXPECT_EQ(GetLong(again.Get(), PR_MESSAGE_FLAGS), 0);
 }
 
-TEST_F(Messages, GiveTextInTheFormAskedFor)
+TEST_F(Messages, GiveTextAsAskedFor)
 {
     const Ref<IMessage> message = OpenMessage(SaveMessage(*Inbox(), "Hello"));
     SizedSPropTagArray(3, tags) = {3, {PR_SUBJECT_A, PR_SUBJECT_W, PROP_TAG(PT_UNSPECIFIED, 0x0037)}};
@@ -108,7 +108,7 @@ TEST_F(Messages, GiveTextInTheFormAskedFor)
     }
 }
 
-TEST_F(Messages, ReportMissingPropertiesAsErrorsInTheirCells)
+TEST_F(Messages, ReportMissingPropertiesAsErrors)
 {
     const Ref<IMessage> message = OpenMessage(SaveMessage(*Inbox()));
     SizedSPropTagArray(2, tags) = {2, {PR_SUBJECT_A, PR_BODY_A}};
@@ -178,7 +178,7 @@ TEST_F(Messages, LoseDeletedProperties)
     EXPECT_EQ(GetText(message.Get(), PR_SUBJECT_A), "<none>");
 }
 
-TEST_F(Messages, KeepTheirChangesToThemselvesUntilSaved)
+TEST_F(Messages, HideTheirChangesUntilSaved)
 {
     const Bytes id = SaveMessage(*Inbox(), "before");
     {
@@ -189,7 +189,7 @@ TEST_F(Messages, KeepTheirChangesToThemselvesUntilSaved)
     EXPECT_EQ(Subjects(*Inbox()), Texts({"before"}));
 }
 
-TEST_F(Messages, ThatSomebodyElseSavedAreOverwrittenOnlyByForce)
+TEST_F(Messages, ForceOverwritesAnothersSave)
 {
     const Bytes id = SaveMessage(*Inbox(), "start");
     const Ref<IMessage> first = OpenMessage(id);
@@ -215,7 +215,7 @@ TEST_F(Messages, OpenedForReadingRefuseChanges)
     EXPECT_EQ(GetLong(message.Get(), PR_ACCESS_LEVEL), 0);
 }
 
-TEST_F(Messages, HaveRecipientsThatAreAddedChangedAndRemoved)
+TEST_F(Messages, ChangeTheirRecipients)
 {
     const Ref<IMessage> message = NewMessage(*Inbox());
     EXPECT_EQ(AddRecipient(*message, MODRECIP_ADD, {NarrowValue(PR_DISPLAY_NAME_A, "Ann")}), S_OK);

@@ -31,7 +31,7 @@ protected:
     }
 };
 
-TEST_F(NamedProperties, AreGivenStableNumbersOnlyWhenAsked)
+TEST_F(NamedProperties, GetStableNumbersWhenAsked)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     MAPINAMEID number = Number(0x8005);
@@ -52,7 +52,7 @@ TEST_F(NamedProperties, AreGivenStableNumbersOnlyWhenAsked)
     MAPIFreeBuffer(again);
 }
 
-TEST_F(NamedProperties, TellTheirNames)
+TEST_F(NamedProperties, GiveTheirNames)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     MAPINAMEID number = Number(0x8005);
@@ -107,7 +107,7 @@ TEST_F(NamedProperties, AreListedBySetAndKind)
     EXPECT_EQ(countOf(MAPI_NO_IDS), 1u);
 }
 
-TEST_F(NamedProperties, OfMapisOwnSetAreTheTagsThemselves)
+TEST_F(NamedProperties, OfMapisSetAreTheTags)
 {
     MAPINAMEID name = Number(0x37);
     GUID set = PS_MAPI;

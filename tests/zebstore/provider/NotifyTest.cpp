@@ -90,7 +90,7 @@ protected:
     const Ref<ObjectSink> m_sink = Ref<ObjectSink>::Adopt(new ObjectSink);
 };
 
-TEST_F(Notifications, ATableTellsOfWhatItsFolderGoesThrough)
+TEST_F(Notifications, ATableReportsItsFoldersChanges)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     test::Followed followed(Contents(*inbox));
@@ -108,7 +108,7 @@ TEST_F(Notifications, ATableTellsOfWhatItsFolderGoesThrough)
     EXPECT_EQ(followed.Sink().Rows(), test::ReadCopy(followed.Table()));
 }
 
-TEST_F(Notifications, AnotherSessionsCommitsAreTold)
+TEST_F(Notifications, AnotherSessionsCommitsAreReported)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     test::Followed followed(Contents(*inbox));
@@ -120,7 +120,7 @@ TEST_F(Notifications, AnotherSessionsCommitsAreTold)
     EXPECT_NE(followed.Sink().Rows().at(0).cells.at(0).find("from the other"), std::string::npos);
 }
 
-TEST_F(Notifications, TheStoreTellsOfMessagesAndFolders)
+TEST_F(Notifications, TheStoreReportsMessagesAndFolders)
 {
     const Ref<IMsgStore> store = OpenStore();
     const Ref<IMAPIFolder> inbox = Inbox();
@@ -156,7 +156,7 @@ TEST_F(Notifications, TheStoreTellsOfMessagesAndFolders)
     EXPECT_TRUE(m_sink->IsAllRead());
 }
 
-TEST_F(Notifications, ASinkOfOneFolderHearsOfThatFolderOnly)
+TEST_F(Notifications, ASinkMayFollowOneFolder)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     const Ref<IMAPIFolder> box = NewFolder(*inbox, "Box");
@@ -182,7 +182,7 @@ TEST_F(Notifications, ASinkOfOneFolderHearsOfThatFolderOnly)
     EXPECT_EQ(m_sink->Release(), 1u);
 }
 
-TEST_F(Notifications, WhatCanNotBeToldIsRefused)
+TEST_F(Notifications, UnsupportedEventsAreRefused)
 {
     const Ref<IMAPITable> table = Contents(*Inbox());
     ULONG_PTR connection = 0xABABABABABABABAB;
@@ -200,7 +200,7 @@ TEST_F(Notifications, WhatCanNotBeToldIsRefused)
     EXPECT_EQ(Session().Advise(0, nullptr, StoreEvents, m_sink.Get(), &connection), MAPI_E_NO_SUPPORT);
 }
 
-TEST_F(Notifications, TablesThatDoNotChangeTakeSinksToo)
+TEST_F(Notifications, FixedTablesTakeSinksToo)
 {
     IMAPITable* table = nullptr;
     ASSERT_EQ(Session().GetMsgStoresTable(0, &table), S_OK);
@@ -212,7 +212,7 @@ TEST_F(Notifications, TablesThatDoNotChangeTakeSinksToo)
     EXPECT_TRUE(m_sink->IsAllRead());
 }
 
-TEST_F(Notifications, TheFaultSwitchRefusesAdviseAndNothingIsLeftBehind)
+TEST_F(Notifications, AFaultyAdviseLeavesNothing)
 {
     const Ref<IMAPITable> table = Contents(*Inbox());
     Switches switches;
@@ -230,7 +230,7 @@ TEST_F(Notifications, TheFaultSwitchRefusesAdviseAndNothingIsLeftBehind)
     EXPECT_TRUE(followed.Sink().Hears(1));
 }
 
-TEST_F(Notifications, UninitializingEndsTheThreadBeforeTheLastCountOfObjects)
+TEST_F(Notifications, UninitializingEndsTheThreadFirst)
 {
     const std::string trace = m_folder.File("trace.txt");
     {
@@ -252,7 +252,7 @@ TEST_F(Notifications, UninitializingEndsTheThreadBeforeTheLastCountOfObjects)
     EXPECT_EQ(MAPIInitialize(nullptr), S_OK);
 }
 
-TEST_F(Notifications, ATableThatOutlivesTheThreadIsReleasedInPeace)
+TEST_F(Notifications, ATableMayOutliveTheThread)
 {
     const Ref<IMAPITable> table = Contents(*Inbox());
     const Ref<CopyingSink> before = Ref<CopyingSink>::Adopt(new CopyingSink);

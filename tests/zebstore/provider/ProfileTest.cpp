@@ -33,7 +33,7 @@ protected:
     }
 };
 
-TEST_F(Profiles, StandWhereMapiKeepsThem)
+TEST_F(Profiles, AreWhereMapiKeepsThem)
 {
     EXPECT_TRUE(RegistryKey::Open(RegistryRoot::CurrentUser, std::string(ClassicProfiles) + "\\Main"));
     const auto key = RegistryKey::Open(RegistryRoot::CurrentUser, ClassicProfiles);
@@ -41,7 +41,7 @@ TEST_F(Profiles, StandWhereMapiKeepsThem)
     EXPECT_EQ(key->StringValue("DefaultProfile"), "Main");
 }
 
-TEST_F(Profiles, OfOutlook15StandInItsOwnPlace)
+TEST_F(Profiles, OfOutlook15HaveTheirPlace)
 {
     RegistryKey::Create(RegistryRoot::ClassesRoot, "Outlook.Application\\CurVer")
         .SetStringValue("", "Outlook.Application.15");
@@ -54,7 +54,7 @@ TEST_F(Profiles, OfOutlook15StandInItsOwnPlace)
     EXPECT_EQ(key->StringValue("DefaultProfile"), "Other");
 }
 
-TEST_F(Profiles, AreCreatedListedMadeDefaultAndDeleted)
+TEST_F(Profiles, AreCreatedListedAndDeleted)
 {
     EXPECT_EQ(Names(), Texts({"Main*"}));
     EXPECT_EQ(Admin()->CreateProfile(Text("Second"), nullptr, 0, 0), S_OK);
@@ -72,7 +72,7 @@ TEST_F(Profiles, AreCreatedListedMadeDefaultAndDeleted)
     }
 }
 
-TEST_F(Profiles, ThatAreRenamedKeepTheirStoreAndTheirPlaceAsDefault)
+TEST_F(Profiles, ThatAreRenamedKeepTheirStore)
 {
     EXPECT_EQ(Admin()->RenameProfile(Text("Main"), nullptr, Text("Work"), 0, 0), S_OK);
     EXPECT_EQ(Names(), Texts({"Work*"}));
@@ -92,7 +92,7 @@ TEST_F(Profiles, HaveOneStore)
     EXPECT_EQ(Admin()->AdminServices(Text("None"), nullptr, 0, 0, &none), MAPI_E_NOT_FOUND);
 }
 
-TEST_F(Profiles, ShowTheirStoreInTheServiceTable)
+TEST_F(Profiles, ShowTheirStoreAsAService)
 {
     IMAPITable* table = nullptr;
     ASSERT_EQ(Services("Main")->GetMsgServiceTable(0, &table), S_OK);
@@ -104,7 +104,7 @@ TEST_F(Profiles, ShowTheirStoreInTheServiceTable)
     EXPECT_EQ(rows.TextCell(0, 3), "normal");
 }
 
-TEST_F(Profiles, AreNotConfiguredWithAMissingFileThatIsNotToBeCreated)
+TEST_F(Profiles, RefuseAMissingFile)
 {
     const std::string path = m_folder.File("none.zeb");
     EXPECT_EQ(MakeProfile("Second", path, false), MAPI_E_NOT_FOUND);
@@ -112,7 +112,7 @@ TEST_F(Profiles, AreNotConfiguredWithAMissingFileThatIsNotToBeCreated)
     EXPECT_FALSE(StoreFile::Exists(path));
 }
 
-TEST_F(Profiles, AreNotConfiguredWithAFileThatIsNoStore)
+TEST_F(Profiles, RefuseAFileWithoutAStore)
 {
     const std::string path = m_folder.File("text.zeb");
     std::ofstream(path) << "this is no database";

@@ -45,7 +45,7 @@ TEST_F(Sessions, OpenByNameAndByDefault)
     EXPECT_EQ(LogonCode("Main\\x", 0x8023), MAPI_E_LOGON_FAILED);
 }
 
-TEST_F(Sessions, NeedADefaultWhenNoNameIsGiven)
+TEST_F(Sessions, NeedANameOrADefault)
 {
     EXPECT_EQ(Admin()->DeleteProfile(Text("Main"), 0), S_OK);
     EXPECT_EQ(LogonCode(nullptr, 0x8069), MAPI_E_LOGON_FAILED);
@@ -63,7 +63,7 @@ TEST_F(Sessions, NeedAStartedProvider)
     EXPECT_EQ(MAPIInitialize(&right), S_OK);
 }
 
-TEST_F(Sessions, ListTheStoreAsTheDefaultOne)
+TEST_F(Sessions, ListTheStoreAsDefault)
 {
     IMAPITable* table = nullptr;
     ASSERT_EQ(Session().GetMsgStoresTable(0, &table), S_OK);
@@ -78,7 +78,7 @@ TEST_F(Sessions, ListTheStoreAsTheDefaultOne)
     EXPECT_EQ(rows.BytesCell(0, 5).size(), 16u);
 }
 
-TEST_F(Sessions, DefaultColumnsOfTheStoreTableNameTheDefaultStoreAndItsIdentifier)
+TEST_F(Sessions, StoreTablesBeginWithTheDefault)
 {
     IMAPITable* table = nullptr;
     ASSERT_EQ(Session().GetMsgStoresTable(0, &table), S_OK);
@@ -108,7 +108,7 @@ TEST_F(Sessions, SayWhichFileIsNoStore)
     EXPECT_NE(SessionErrorText(code).find("main.zeb"), std::string::npos) << SessionErrorText(code);
 }
 
-TEST_F(Sessions, OpenAnyIdentifierAndSayWhatItIs)
+TEST_F(Sessions, OpenAnyIdentifierWithItsType)
 {
     const auto typeOf = [&](const Bytes& id)
     {
@@ -146,7 +146,7 @@ TEST_F(Sessions, CompareIdentifiers)
     EXPECT_EQ(same(StoreId(), inbox), 0u);
 }
 
-TEST_F(Sessions, AreOverAfterLogoffButTheirObjectsLiveOn)
+TEST_F(Sessions, EndWhileTheirObjectsLive)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     EXPECT_EQ(Session().Logoff(0, 0, 0), S_OK);
@@ -155,7 +155,7 @@ TEST_F(Sessions, AreOverAfterLogoffButTheirObjectsLiveOn)
     EXPECT_EQ(GetLong(inbox.Get(), PR_CONTENT_COUNT), 0);
 }
 
-TEST_F(Sessions, RefuseWhatTheProviderDoesNotHave)
+TEST_F(Sessions, RefuseWhatTheProviderLacks)
 {
     ULONG_PTR connection = 0;
     EXPECT_EQ(Session().Advise(0, nullptr, 0, nullptr, &connection), MAPI_E_NO_SUPPORT);

@@ -48,7 +48,7 @@ TEST_F(Stores, HaveTheStandardFolders)
     EXPECT_EQ(values[1].ulPropTag, PR_IPM_SUBTREE_ENTRYID);
 }
 
-TEST_F(Stores, OpenTheirRootByAnEmptyIdentifier)
+TEST_F(Stores, OpenTheirRootWithoutIdentifier)
 {
     const Ref<IMsgStore> store = OpenStore();
     ULONG type = 0;
@@ -73,7 +73,7 @@ TEST_F(Stores, SayWhatTheyAre)
     EXPECT_EQ(Set(store.Get(), LongValue(PR_VALID_FOLDER_MASK, 0)), MAPI_E_COMPUTED);
 }
 
-TEST_F(Stores, CheckTheirWholeFileOnlyWhenAskedByName)
+TEST_F(Stores, CheckTheirFileOnlyWhenAsked)
 {
     const Ref<IMsgStore> store = OpenStore();
     EXPECT_EQ(GetText(store.Get(), PR_ZEBSTORE_CHECK_A), "ok");

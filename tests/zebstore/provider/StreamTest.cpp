@@ -55,7 +55,7 @@ protected:
     }
 };
 
-TEST_F(Streams, WriteLargeValuesThatGetPropsRefuses)
+TEST_F(Streams, WriteValuesThatGetPropsRefuses)
 {
     const std::string body(300000, 'x');
     const Ref<IMessage> message = NewMessage(*Inbox());
@@ -76,7 +76,7 @@ TEST_F(Streams, WriteLargeValuesThatGetPropsRefuses)
     EXPECT_EQ(ReadAll(*again, PR_BODY_W).size(), 2 * body.size());
 }
 
-TEST_F(Streams, NeedNoCommitBeforeTheirObjectIsSaved)
+TEST_F(Streams, NeedNoCommitBeforeTheSave)
 {
     const Ref<IMessage> message = NewMessage(*Inbox());
     const Ref<IStream> open = OpenStream(*message, PR_BODY_A, MAPI_CREATE | MAPI_MODIFY);
@@ -127,7 +127,7 @@ TEST_F(Streams, ReadSeekCutAndGrow)
     EXPECT_EQ(stream->Revert(), MAPI_E_NO_SUPPORT);
 }
 
-TEST_F(Streams, SeekFromWhereTheyAreAndBeyondTheEnd)
+TEST_F(Streams, SeekRelativelyAndBeyondTheEnd)
 {
     const Ref<IMessage> message = NewMessage(*Inbox());
     EXPECT_EQ(Set(message.Get(), NarrowValue(PR_BODY_A, "0123456789")), S_OK);
@@ -154,7 +154,7 @@ TEST_F(Streams, SeekFromWhereTheyAreAndBeyondTheEnd)
     EXPECT_EQ(position.QuadPart, 100u);
 }
 
-TEST_F(Streams, ThatAreMadeAndNotWrittenMakeAnEmptyValue)
+TEST_F(Streams, ThatAreUnwrittenMakeEmptyValues)
 {
     const Ref<IMessage> message = NewMessage(*Inbox());
     const ULONG tag = PROP_TAG(PT_BINARY, 0x6604);
@@ -165,14 +165,14 @@ TEST_F(Streams, ThatAreMadeAndNotWrittenMakeAnEmptyValue)
     EXPECT_EQ(value->Value.bin.cb, 0u);
 }
 
-TEST_F(Streams, AreOfTheStoredTypeWhereNoneIsNamed)
+TEST_F(Streams, TakeTheStoredType)
 {
     const Ref<IMessage> message = NewMessage(*Inbox());
     EXPECT_EQ(Set(message.Get(), NarrowValue(PR_BODY_A, "Hello")), S_OK);
     EXPECT_EQ(ReadAll(*message, PROP_TAG(PT_UNSPECIFIED, PROP_ID(PR_BODY))), "Hello");
 }
 
-TEST_F(Streams, OnAnAttachedObjectShowTheBytesOfTheAttachment)
+TEST_F(Streams, OnAttachedObjectsShowTheirBytes)
 {
     const Ref<IMessage> message = NewMessage(*Inbox());
     ULONG number = 0;
@@ -197,7 +197,7 @@ TEST_F(Streams, SayWhetherTheyCanBeWritten)
     EXPECT_EQ(stat.grfMode, DWORD(STGM_READWRITE));
 }
 
-TEST_F(Streams, GrowToTwoGigabytesAndNoFurther)
+TEST_F(Streams, GrowToTwoGigabytesOnly)
 {
     const Ref<IMessage> message = NewMessage(*Inbox());
     const Ref<IStream> stream = OpenStream(*message, PROP_TAG(PT_BINARY, 0x6605), MAPI_CREATE | MAPI_MODIFY);
@@ -211,7 +211,7 @@ TEST_F(Streams, GrowToTwoGigabytesAndNoFurther)
     EXPECT_EQ(stat.cbSize.QuadPart, 0u);
 }
 
-TEST(StreamValues, ThatEndBeforeTheirSizeAreNotTaken)
+TEST(StreamValues, ThatEndEarlyAreRefused)
 {
     class Short : public LargeValue
     {
@@ -270,7 +270,7 @@ TEST_F(Streams, CopyToEachOther)
     EXPECT_EQ(source->CopyTo(nullptr, SizeOf(5), nullptr, nullptr), STG_E_INVALIDPOINTER);
 }
 
-TEST_F(Streams, CopyMoreThanOnePieceToEachOther)
+TEST_F(Streams, CopySeveralPiecesToEachOther)
 {
     const Ref<IMessage> message = NewMessage(*Inbox());
     const ULONG from = PROP_TAG(PT_BINARY, 0x6606);
@@ -302,7 +302,7 @@ TEST_F(Streams, OpenedForReadingRefuseWrites)
     EXPECT_EQ(GetText(message.Get(), PR_BODY_A), "Hello");
 }
 
-TEST_F(Streams, AreRefusedForWhatIsNeitherTextNorBinary)
+TEST_F(Streams, NeedTextOrBinary)
 {
     const Ref<IMessage> message = NewMessage(*Inbox());
     OpenStream(*message, PR_MESSAGE_FLAGS, 0, MAPI_E_INTERFACE_NOT_SUPPORTED);
@@ -322,7 +322,7 @@ TEST_F(Streams, OnAFolderSaveAtCommit)
     EXPECT_EQ(GetBytes(Inbox().Get(), tag), Bytes({'a', 'b', 'c'}));
 }
 
-TEST_F(Streams, OnFilesReadAndWriteTheFile)
+TEST_F(Streams, OnFilesReadAndWrite)
 {
     const std::string path = m_folder.File("file.bin");
     IStream* opened = nullptr;
@@ -347,7 +347,7 @@ TEST_F(Streams, OnFilesReadAndWriteTheFile)
               MAPI_E_NO_ACCESS);
 }
 
-TEST_F(Streams, OnFilesOfAUniqueNameGoAwayWhenAsked)
+TEST_F(Streams, OnUniqueFilesMayRemoveThem)
 {
     IStream* opened = nullptr;
     const std::string folder = m_folder.File("temp/x");

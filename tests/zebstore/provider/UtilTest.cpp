@@ -42,7 +42,7 @@ void CopyAndCheck(SPropValue value, Check check)
     check(copy->Value);
 }
 
-TEST(ProviderUtilities, PropCopyMoreCopiesWhatAValuePointsTo)
+TEST(ProviderUtilities, PropCopyMoreCopiesDeeply)
 {
     SPropValue value{};
     char text[] = "narrow";
@@ -76,7 +76,7 @@ TEST(ProviderUtilities, PropCopyMoreCopiesWhatAValuePointsTo)
     });
 }
 
-TEST(ProviderUtilities, PropCopyMoreCopiesCountedArraysOfEveryWidth)
+TEST(ProviderUtilities, PropCopyMoreCopiesEveryWidth)
 {
     std::int64_t numbers[] = {0x1122334455667788, -5};
     const struct
@@ -104,7 +104,7 @@ TEST(ProviderUtilities, PropCopyMoreCopiesCountedArraysOfEveryWidth)
     CopyAndCheck(value, [&](const _PV& copy) { EXPECT_TRUE(IsEqualGUID(*copy.lpguid, guid) && copy.lpguid != &guid); });
 }
 
-TEST(ProviderUtilities, PropCopyMoreRefusesWhatItCanNotCopy)
+TEST(ProviderUtilities, PropCopyMoreRefusesOthers)
 {
     SPropValue dest{};
     SPropValue value{};
@@ -159,7 +159,7 @@ protected:
     }
 };
 
-TEST_F(QueryAllRows, AppliesColumnsRestrictionAndSortFromTheFirstRow)
+TEST_F(QueryAllRows, AppliesColumnsRestrictionAndSort)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     for (const char* subject : {"b", "c", "a", "x"})
@@ -184,7 +184,7 @@ TEST_F(QueryAllRows, AppliesColumnsRestrictionAndSortFromTheFirstRow)
     FreeProws(rows);
 }
 
-TEST_F(QueryAllRows, RefusesATableWithMoreRowsThanAskedFor)
+TEST_F(QueryAllRows, RefusesMoreRowsThanAskedFor)
 {
     const Ref<IMAPIFolder> inbox = Inbox();
     for (int i = 0; i < 3; ++i)
@@ -200,7 +200,7 @@ TEST_F(QueryAllRows, RefusesATableWithMoreRowsThanAskedFor)
     FreeProws(rows);
 }
 
-TEST_F(QueryAllRows, OfAnEmptyTableGivesAnEmptySet)
+TEST_F(QueryAllRows, OfEmptyTablesGivesEmptySets)
 {
     LPSRowSet rows = nullptr;
     ASSERT_EQ(HrQueryAllRows(Contents(*Inbox()).Get(), nullptr, nullptr, nullptr, 0, &rows), S_OK);
@@ -210,7 +210,7 @@ TEST_F(QueryAllRows, OfAnEmptyTableGivesAnEmptySet)
 
 using OneProperty = Provider;
 
-TEST_F(OneProperty, FailsWithTheCodeOfItsCell)
+TEST_F(OneProperty, FailsWithItsCellsCode)
 {
     const Ref<IMessage> message = OpenMessage(SaveMessage(*Inbox()));
     HRESULT code = S_OK;

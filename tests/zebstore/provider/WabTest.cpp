@@ -37,7 +37,7 @@ protected:
     Ref<IWABObject> m_wab;
 };
 
-TEST_F(WabMode, GivesTheAddressBookOfTheDefaultProfile)
+TEST_F(WabMode, GivesTheDefaultProfilesBook)
 {
     AddUser("Ada");
     m_book = {};
@@ -62,7 +62,7 @@ TEST_F(WabMode, OpensTheFileThatIsNamed)
     EXPECT_EQ(Open(m_folder.File("none.zeb").c_str()), MAPI_E_NOT_FOUND);
 }
 
-TEST_F(WabMode, AFileThatCanOnlyBeReadIsAnAddressBookThatCanOnlyBeRead)
+TEST_F(WabMode, AReadOnlyFileRefusesWrites)
 {
     namespace fs = std::filesystem;
     const Bytes ada = AddUser("Ada");
@@ -104,7 +104,7 @@ TEST_F(WabMode, ItsObjectGivesMemoryInChains)
     EXPECT_EQ(m_wab->AllocateBuffer(1, nullptr), MAPI_E_INVALID_PARAMETER);
 }
 
-TEST_F(WabMode, ItsObjectAnswersToIUnknownWithItself)
+TEST_F(WabMode, ItsObjectAnswersToIUnknown)
 {
     ASSERT_EQ(Open(), S_OK);
     void* object = nullptr;
@@ -114,7 +114,7 @@ TEST_F(WabMode, ItsObjectAnswersToIUnknownWithItself)
     EXPECT_EQ(m_wab->QueryInterface(IID_IMAPIProp, &object), E_NOINTERFACE);
 }
 
-TEST_F(WabMode, WhatItDoesNotDoSaysSo)
+TEST_F(WabMode, WhatItLacksSaysSo)
 {
     ASSERT_EQ(Open(), S_OK);
     EXPECT_EQ(m_wab->Backup(nullptr), MAPI_E_NO_SUPPORT);

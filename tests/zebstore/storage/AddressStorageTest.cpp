@@ -38,7 +38,7 @@ protected:
     }
 };
 
-TEST_F(AddressStorageTest, EntriesAreCountedLoadedSavedAndDeleted)
+TEST_F(AddressStorageTest, EntriesAreCountedSavedAndDeleted)
 {
     EXPECT_EQ(Book().Count(), 0u);
     const std::uint64_t before = Book().Generation();
@@ -60,7 +60,7 @@ TEST_F(AddressStorageTest, EntriesAreCountedLoadedSavedAndDeleted)
     EXPECT_GT(Book().Create(MAPI_MAILUSER, Named("Next")), ada);
 }
 
-TEST_F(AddressStorageTest, LargeValuesComeAndGoWithTheirEntry)
+TEST_F(AddressStorageTest, LargeValuesFollowTheirEntry)
 {
     PropertySet properties = Named("Ada");
     properties.SetEncoded(PR_COMMENT_W, std::string(9000, 'c'));
@@ -79,7 +79,7 @@ TEST_F(AddressStorageTest, LargeValuesComeAndGoWithTheirEntry)
     EXPECT_EQ(query.Number(0), 0);
 }
 
-TEST_F(AddressStorageTest, AMemberThatIsDeletedLeavesItsLists)
+TEST_F(AddressStorageTest, DeletedMembersLeaveTheirLists)
 {
     const AddressId ada = Book().Create(MAPI_MAILUSER, Named("Ada"));
     const AddressId list = Book().Create(MAPI_DISTLIST, Named("Team"));
@@ -95,7 +95,7 @@ TEST_F(AddressStorageTest, AMemberThatIsDeletedLeavesItsLists)
     EXPECT_TRUE(Book().Members(list).empty());
 }
 
-TEST_F(AddressStorageTest, OnlyTheMembersThatAreNamedAreTakenOff)
+TEST_F(AddressStorageTest, OnlyTheNamedMembersAreRemoved)
 {
     const AddressId ada = Book().Create(MAPI_MAILUSER, Named("Ada"));
     const AddressId boris = Book().Create(MAPI_MAILUSER, Named("Boris"));
@@ -123,7 +123,7 @@ TEST_F(AddressStorageTest, AnotherConnectionSeesWhatWasCommitted)
     EXPECT_GT(theirs.Generation(), between);
 }
 
-TEST_F(AddressStorageTest, AFileOfTheVersionBeforeIsUpgradedInPlace)
+TEST_F(AddressStorageTest, ThePreviousVersionIsUpgraded)
 {
     const MessageId message = Store().Messages().Create({Inbox, false}, Mail("kept"));
     MakeOld();
@@ -136,7 +136,7 @@ TEST_F(AddressStorageTest, AFileOfTheVersionBeforeIsUpgradedInPlace)
     EXPECT_EQ(Book().Load(ada).properties.Text(PR_DISPLAY_NAME_W), "Ada");
 }
 
-TEST_F(AddressStorageTest, AFileOfTheFirstVersionIsUpgradedInOneStep)
+TEST_F(AddressStorageTest, TheFirstVersionIsUpgradedDirectly)
 {
     const MessageId message = Store().Messages().Create({Inbox, false}, Mail("kept"));
     MakeVeryOld();
@@ -150,7 +150,7 @@ TEST_F(AddressStorageTest, AFileOfTheFirstVersionIsUpgradedInOneStep)
     EXPECT_GT(Book().Create(MAPI_MAILUSER, Named("Ada")), 0);
 }
 
-TEST_F(AddressStorageTest, AnOldFileThatIsCutShortIsNotUpgraded)
+TEST_F(AddressStorageTest, ATruncatedOldFileStays)
 {
     MakeOld();
     const std::string path = Path("test.zeb");
@@ -162,7 +162,7 @@ TEST_F(AddressStorageTest, AnOldFileThatIsCutShortIsNotUpgraded)
     EXPECT_EQ(std::filesystem::last_write_time(path), before);
 }
 
-TEST_F(AddressStorageTest, AFileOfTheVersionBeforeThatCanOnlyBeReadStaysAsItIs)
+TEST_F(AddressStorageTest, AReadOnlyOldFileStays)
 {
     const MessageId message = Store().Messages().Create({Inbox, false}, Mail("kept"));
     MakeOld();
@@ -181,7 +181,7 @@ TEST_F(AddressStorageTest, AFileOfTheVersionBeforeThatCanOnlyBeReadStaysAsItIs)
     EXPECT_TRUE(Store().CheckWhole().empty());
 }
 
-TEST_F(AddressStorageTest, AnUpgradeThatFailsLeavesTheFileAsItWas)
+TEST_F(AddressStorageTest, AFailedUpgradeChangesNothing)
 {
     MakeOld();
     {
@@ -202,7 +202,7 @@ TEST_F(AddressStorageTest, AnUpgradeThatFailsLeavesTheFileAsItWas)
     EXPECT_EQ(Version(), SchemaVersion);
 }
 
-TEST_F(AddressStorageTest, TheWholeCheckLooksAtTheAddressBook)
+TEST_F(AddressStorageTest, TheWholeCheckCoversTheBook)
 {
     const AddressId list = Book().Create(MAPI_DISTLIST, Named("Team"));
     Book().AddMembers(list, {{list, ""}});

@@ -116,7 +116,7 @@ protected:
     }
 };
 
-TEST_F(ChecksumTest, AnyFlippedByteOfAMessagesPropertiesIsSeen)
+TEST_F(ChecksumTest, AMessagesFlippedByteIsSeen)
 {
     const MessageId message = Full(200);
     const std::string where = "id=" + std::to_string(message);
@@ -141,7 +141,7 @@ TEST_F(ChecksumTest, AnyFlippedByteOfAMessagesPropertiesIsSeen)
     EXPECT_EQ(ReadSubjects(), S_OK);
 }
 
-TEST_F(ChecksumTest, AFlippedByteOfAnyOtherObjectsPropertiesIsSeen)
+TEST_F(ChecksumTest, AnotherObjectsFlippedByteIsSeen)
 {
     const MessageId message = Full(200);
     const AddressStorage book(m_store);
@@ -173,7 +173,7 @@ TEST_F(ChecksumTest, AFlippedByteOfAnyOtherObjectsPropertiesIsSeen)
     EXPECT_EQ(Problems(), "");
 }
 
-TEST_F(ChecksumTest, AFlippedByteOfALargeValueIsSeenInWhateverStepsItIsRead)
+TEST_F(ChecksumTest, LargeValuesFlippedBytesAreSeen)
 {
     const MessageId message = Full(100000); // 200,000 bytes in a stream: four pieces
     const LargeValuePtr body = Store().Messages().Load(message).properties.Large(PR_BODY_W);
@@ -189,7 +189,7 @@ TEST_F(ChecksumTest, AFlippedByteOfALargeValueIsSeenInWhateverStepsItIsRead)
     EXPECT_NE(Problems().find("its large value 1 does not match its checksum"), std::string::npos) << Problems();
 }
 
-TEST_F(ChecksumTest, PiecesInEachOthersPlacesAreSeen)
+TEST_F(ChecksumTest, ExchangedPiecesAreSeen)
 {
     const MessageId message = Full(100000);
     MessageContent other = Mail("other");
@@ -203,7 +203,7 @@ TEST_F(ChecksumTest, PiecesInEachOthersPlacesAreSeen)
     EXPECT_NE(Problems().find("checksum"), std::string::npos) << Problems();
 }
 
-TEST_F(ChecksumTest, TheColumnsOfARowAreComparedWithItsProperties)
+TEST_F(ChecksumTest, ColumnsAreComparedWithProperties)
 {
     const MessageId message = Full(10);
     for (const char* change : {"subject='other'", "subject=NULL", "sender='x'", "class='ipm'", "delivered=5",
@@ -221,7 +221,7 @@ TEST_F(ChecksumTest, TheColumnsOfARowAreComparedWithItsProperties)
     EXPECT_EQ(Problems(), "");
 }
 
-TEST_F(ChecksumTest, ADamagedMessageCanBeDeletedAndTakesNothingOfOthersAlong)
+TEST_F(ChecksumTest, ADamagedMessageCanBeDeleted)
 {
     const MessageId whole = Full(9000);
     const MessageId damaged = Full(9000);
@@ -231,7 +231,7 @@ TEST_F(ChecksumTest, ADamagedMessageCanBeDeletedAndTakesNothingOfOthersAlong)
     EXPECT_EQ(Store().Folders().Info(Inbox).messages, 1u);
 }
 
-TEST_F(ChecksumTest, MessagesThatAreLostAreNoEmptyFolder)
+TEST_F(ChecksumTest, LostMessagesAreNoEmptyFolder)
 {
     for (int i = 0; i < 20; ++i)
     {
@@ -259,7 +259,7 @@ TEST_F(ChecksumTest, MessagesThatAreLostAreNoEmptyFolder)
     EXPECT_EQ(CodeOf([&] { Store().Messages().In({Inbox, false}); }), MAPI_E_CORRUPT_STORE);
 }
 
-TEST_F(ChecksumTest, MessagesThatAreLostInPartAreSeenAtTheEndOfTheTable)
+TEST_F(ChecksumTest, PartialLossIsSeenAtEnd)
 {
     for (int i = 0; i < 20; ++i)
     {
@@ -271,7 +271,7 @@ TEST_F(ChecksumTest, MessagesThatAreLostInPartAreSeenAtTheEndOfTheTable)
     EXPECT_EQ(CodeOf([&] { view.Take(10, true); }), MAPI_E_CORRUPT_STORE);
 }
 
-TEST_F(ChecksumTest, RecipientsAndAttachmentsThatAreLostAreNotNone)
+TEST_F(ChecksumTest, LostRecipientsAndAttachmentsAreSeen)
 {
     const MessageId message = Full(10);
     Store().Connection().Db().Execute("DELETE FROM recipient; DELETE FROM attachment");
@@ -281,7 +281,7 @@ TEST_F(ChecksumTest, RecipientsAndAttachmentsThatAreLostAreNotNone)
 }
 
 // A page of the file that says it has no rows: the database itself takes that for an empty table.
-TEST_F(ChecksumTest, APageThatForgotItsRowsIsNoEmptyInbox)
+TEST_F(ChecksumTest, AnEmptiedPageIsSeen)
 {
     Full(10);
     std::int64_t page = 0;
@@ -302,7 +302,7 @@ TEST_F(ChecksumTest, APageThatForgotItsRowsIsNoEmptyInbox)
 }
 
 // A page that points to a row which would end beyond it.
-TEST_F(ChecksumTest, ADamagedPageIsSeenWhenItIsRead)
+TEST_F(ChecksumTest, ADamagedPageIsSeen)
 {
     Full(10);
     std::int64_t page = 0;
@@ -326,7 +326,7 @@ TEST_F(ChecksumTest, ADamagedPageIsSeenWhenItIsRead)
 }
 
 // Each byte of a message's text and of its attachment, where it lies in the file.
-TEST_F(ChecksumTest, AFlippedByteOfTheFileIsSeenWhereItIsRead)
+TEST_F(ChecksumTest, TheFilesFlippedByteIsSeen)
 {
     const std::string body = "the text of the body, in the row";
     MessageContent content = Mail("subject");
@@ -372,7 +372,7 @@ TEST_F(ChecksumTest, AFlippedByteOfTheFileIsSeenWhereItIsRead)
     }
 }
 
-TEST_F(ChecksumTest, AFileOfAnyOlderVersionGetsItsChecksumsWhenItIsOpenedForWriting)
+TEST_F(ChecksumTest, OlderFilesGetChecksumsOnOpening)
 {
     for (const int version : {3, 2, 1})
     {
@@ -402,7 +402,7 @@ TEST_F(ChecksumTest, AFileOfAnyOlderVersionGetsItsChecksumsWhenItIsOpenedForWrit
     }
 }
 
-TEST_F(ChecksumTest, AnUpgradeIsToldInTheTrace)
+TEST_F(ChecksumTest, TheTraceNamesAnUpgrade)
 {
     Switches switches;
     switches.traceFile = Path("trace.txt");
@@ -423,7 +423,7 @@ TEST_F(ChecksumTest, AnUpgradeIsToldInTheTrace)
     m_store = StoreFile::Open(Path("test.zeb"), {});
 }
 
-TEST_F(ChecksumTest, AFileWithoutChecksumsIsReadAsItIs)
+TEST_F(ChecksumTest, AFileWithoutChecksumsIsRead)
 {
     const MessageId message = Full(100000);
     MakeOlder(Store(), 3);
@@ -438,7 +438,7 @@ TEST_F(ChecksumTest, AFileWithoutChecksumsIsReadAsItIs)
     EXPECT_EQ(Problems(), "");
 }
 
-TEST_F(ChecksumTest, WhatIsUnreadableBeforeTheUpgradeStaysSo)
+TEST_F(ChecksumTest, UnreadableBeforeAnUpgradeStaysSo)
 {
     const MessageId message = Full(100);
     MakeOlder(Store(), 3);

@@ -52,7 +52,7 @@ protected:
     std::shared_ptr<RowSource> m_rows;
 };
 
-TEST_F(Commits, AreToldToTheObserverOfTheirConnection)
+TEST_F(Commits, ReachTheirConnectionsObserver)
 {
     struct Counter final : CommitObserver
     {
@@ -93,7 +93,7 @@ TEST_F(Commits, CountWithEachOfAnyConnection)
     EXPECT_EQ(Number(), third);
 }
 
-TEST_F(Commits, OfThisProcessAreSeenAtOnce)
+TEST_F(Commits, OfThisProcessAreSeenImmediately)
 {
     Store().Connection().Db().SetPollInterval(std::chrono::hours(1));
     for (ULONG added = 1; added <= 10; ++added)
@@ -104,7 +104,7 @@ TEST_F(Commits, OfThisProcessAreSeenAtOnce)
     }
 }
 
-TEST_F(Commits, OfOtherProcessesAreSeenAfterThePollInterval)
+TEST_F(Commits, OfOtherProcessesAreSeenLater)
 {
     // Written past the storage, so that this process does not count the commit.
     sqlite3* const other = m_other->Connection().Db().Handle();
@@ -116,7 +116,7 @@ TEST_F(Commits, OfOtherProcessesAreSeenAfterThePollInterval)
     EXPECT_NE(Number(), first);
 }
 
-TEST_F(Commits, AreNotToldWithinATransaction)
+TEST_F(Commits, AreNotReportedInsideATransaction)
 {
     const StoreSnapshot snapshot(Store().Connection());
     EXPECT_EQ(Number(), 0u) << "even one that has not read yet";
@@ -125,14 +125,14 @@ TEST_F(Commits, AreNotToldWithinATransaction)
     EXPECT_EQ(Number(), 0u);
 }
 
-TEST_F(Commits, AreNotToldWhileAStatementReads)
+TEST_F(Commits, AreNotReportedDuringAStatement)
 {
     Query query(Store().Connection().Db(), "SELECT id FROM folder");
     EXPECT_TRUE(query.Step());
     EXPECT_EQ(Number(), 0u);
 }
 
-TEST_F(Commits, CountAndGenerationCostNoStatementUntilTheNextOne)
+TEST_F(Commits, CountAndGenerationAreCached)
 {
     EXPECT_EQ(m_rows->Count(), 0u);
     const std::uint64_t before = m_rows->Generation();
@@ -155,7 +155,7 @@ TEST_F(Commits, CountAndGenerationCostNoStatementUntilTheNextOne)
     }
 }
 
-TEST_F(Commits, OfTheTimeOfAMomentAreSeenAfterIt)
+TEST_F(Commits, DuringASnapshotAreSeenAfterwards)
 {
     m_rows->Count();
     {

@@ -15,7 +15,7 @@ class StorageConcurrentTest : public StorageTest
 {
 };
 
-TEST_F(StorageConcurrentTest, ObjectsOfOneStoreAreUsedFromSeveralThreads)
+TEST_F(StorageConcurrentTest, SeveralThreadsShareOneStore)
 {
     constexpr int Rounds = 60;
     std::atomic<int> failures{0};

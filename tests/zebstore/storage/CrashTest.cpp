@@ -34,7 +34,7 @@ protected:
     }
 };
 
-TEST_F(CrashTest, WhatWasSavedSurvivesTheDeathOfTheProcessAndNothingIsHalfWritten)
+TEST_F(CrashTest, SavedMessagesSurviveACrash)
 {
     for (int round = 0; round < 4; ++round)
     {

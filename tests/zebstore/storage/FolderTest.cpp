@@ -15,7 +15,7 @@ protected:
     }
 };
 
-TEST_F(FolderTest, AFolderIsFoundByItsNameInAnyCase)
+TEST_F(FolderTest, NamesAreFoundInAnyCase)
 {
     const FolderId folder = Make("Pr\xC3\x9C"
                                  "fung");
@@ -31,7 +31,7 @@ TEST_F(FolderTest, AFolderIsFoundByItsNameInAnyCase)
                                                                             "fung");
 }
 
-TEST_F(FolderTest, ANameIsTakenOnceBelowAParent)
+TEST_F(FolderTest, NamesBelowAParentAreUnique)
 {
     const FolderId folder = Make("One");
     EXPECT_EQ(CodeOf([&] { Make("ONE"); }), MAPI_E_COLLISION);
@@ -44,7 +44,7 @@ TEST_F(FolderTest, ANameIsTakenOnceBelowAParent)
     EXPECT_EQ(CodeOf([&] { Make("x", 4711); }), MAPI_E_NOT_FOUND);
 }
 
-TEST_F(FolderTest, TheTreeComesDepthFirstBySiblingsNames)
+TEST_F(FolderTest, TheTreeComesDepthFirst)
 {
     const FolderId b = Make("b", Inbox);
     const FolderId a = Make("A", Inbox);
@@ -106,7 +106,7 @@ TEST_F(FolderTest, EmptyingKeepsAssociatedMessagesUnlessAsked)
     EXPECT_EQ(Store().Folders().Info(folder).associated, 0u);
 }
 
-TEST_F(FolderTest, AFolderMovesWithWhatItHoldsButNotBelowItself)
+TEST_F(FolderTest, AFolderMovesWithItsContent)
 {
     const FolderId a = Make("a");
     const FolderId b = Make("b", a);
@@ -137,7 +137,7 @@ TEST_F(FolderTest, NestingHasAnEnd)
     EXPECT_GT(Store().Folders().Under(Top, true).size(), 400u);
 }
 
-TEST_F(FolderTest, TheTreesGenerationRisesWithEachChange)
+TEST_F(FolderTest, EachChangeRaisesTheTreesGeneration)
 {
     std::uint64_t before = Store().Contents().Generation({0, false});
     const auto risen = [&]

@@ -47,7 +47,7 @@ protected:
     }
 };
 
-TEST_F(LargeValueTest, WhatWasStagedIsReadBackFromTheFileAtEverySize)
+TEST_F(LargeValueTest, StagedValuesOfEverySizeReturn)
 {
     for (const size_t size : {size_t(0), size_t(1), size_t(4096), size_t(4097), size_t(65535), size_t(65536),
                               size_t(65537), size_t(1000000)})
@@ -92,7 +92,7 @@ TEST_F(LargeValueTest, StagedBytesBehaveLikeAStream)
     EXPECT_EQ(shorter->Read(2, &byte, 1), 0u);
 }
 
-TEST_F(LargeValueTest, NothingReachesTheFileBeforeTheSave)
+TEST_F(LargeValueTest, NothingIsWrittenBeforeTheSave)
 {
     const auto staged = Store().Stage();
     const std::string bytes = Bytes(500000);
@@ -102,7 +102,7 @@ TEST_F(LargeValueTest, NothingReachesTheFileBeforeTheSave)
     EXPECT_EQ(Chunks(), 8);
 }
 
-TEST_F(LargeValueTest, TextIsWhatAStreamOfItsTypeShows)
+TEST_F(LargeValueTest, TextIsWhatItsStreamShows)
 {
     MessageContent content = Mail("text");
     const std::string ascii(20000, 'a');
@@ -117,7 +117,7 @@ TEST_F(LargeValueTest, TextIsWhatAStreamOfItsTypeShows)
     EXPECT_EQ(back.Text(PR_TRANSPORT_MESSAGE_HEADERS_W), std::string(9000, 'h'));
 }
 
-TEST_F(LargeValueTest, NarrowTextBeyondAsciiIsTheSameTextOnBothSystemsAndTheSameBytesHere)
+TEST_F(LargeValueTest, NarrowTextKeepsTextAndBytes)
 {
     std::string narrow;
     const WCHAR letter[] = {0xE4};
@@ -138,7 +138,7 @@ TEST_F(LargeValueTest, NarrowTextBeyondAsciiIsTheSameTextOnBothSystemsAndTheSame
     EXPECT_EQ(back.Text(PR_BODY_A), text);
 }
 
-TEST_F(LargeValueTest, BytesThatAreNoTextComeBackAsTheyWereWritten)
+TEST_F(LargeValueTest, InvalidTextComesBackUnchanged)
 {
     const std::string odd = std::string(6000, 'a') + "\xFF\xC3";
     const auto staged = Store().Stage();
@@ -149,7 +149,7 @@ TEST_F(LargeValueTest, BytesThatAreNoTextComeBackAsTheyWereWritten)
     EXPECT_EQ(Chunks(), 0);
 }
 
-TEST_F(LargeValueTest, BytesThatAreNoTextAreSeenBeyondTheFirstPiece)
+TEST_F(LargeValueTest, LateInvalidTextIsRecognized)
 {
     const std::string odd = std::string(70000, 'a') + "\xFF\xC3";
     const auto staged = Store().Stage();
@@ -165,7 +165,7 @@ TEST_F(LargeValueTest, BytesThatAreNoTextAreSeenBeyondTheFirstPiece)
 }
 
 // The store may have been written on a system that reads narrow text otherwise.
-TEST_F(LargeValueTest, BytesThatMeanAnotherTextHereAreMadeOfTheText)
+TEST_F(LargeValueTest, AnotherCodePagesBytesAreRebuilt)
 {
     const auto write = [&](const std::string& bytes, std::int64_t& id, std::uint64_t& size)
     {
@@ -187,7 +187,7 @@ TEST_F(LargeValueTest, BytesThatMeanAnotherTextHereAreMadeOfTheText)
     }
 }
 
-TEST_F(LargeValueTest, AValueThatEndsBeforeItsSizeIsNotStored)
+TEST_F(LargeValueTest, ValuesThatEndEarlyAreRefused)
 {
     class Short : public LargeValue
     {
@@ -205,7 +205,7 @@ TEST_F(LargeValueTest, AValueThatEndsBeforeItsSizeIsNotStored)
     EXPECT_EQ(Store().Folders().Info(Inbox).messages, 0u);
 }
 
-TEST_F(LargeValueTest, APieceThatWasCutShortIsDamage)
+TEST_F(LargeValueTest, ATruncatedPieceIsDamage)
 {
     const auto staged = Store().Stage();
     const std::string bytes = Bytes(100000);
@@ -221,7 +221,7 @@ TEST_F(LargeValueTest, APieceThatWasCutShortIsDamage)
     Store().Messages().Delete({message});
 }
 
-TEST_F(LargeValueTest, NoStagedValueGrowsBeyondWhatTheFileHolds)
+TEST_F(LargeValueTest, StagedValuesStayWithinTheLimit)
 {
     const std::uint64_t most = std::uint64_t{1} << 40;
     const auto staged = Store().Stage();
@@ -236,7 +236,7 @@ TEST_F(LargeValueTest, NoStagedValueGrowsBeyondWhatTheFileHolds)
     EXPECT_EQ(byte, 'x');
 }
 
-TEST_F(LargeValueTest, AStagedValueThatIsGivenUpTakesItsOwnPiecesAlong)
+TEST_F(LargeValueTest, AbandonedStagedValuesRemoveTheirPieces)
 {
     const auto left = [&]
     {
@@ -255,7 +255,7 @@ TEST_F(LargeValueTest, AStagedValueThatIsGivenUpTakesItsOwnPiecesAlong)
     EXPECT_EQ(ReadAll(*second), bytes);
 }
 
-TEST_F(LargeValueTest, SavingAgainKeepsUnchangedValuesWhereTheyAre)
+TEST_F(LargeValueTest, SavingAgainKeepsUnchangedValues)
 {
     const auto staged = Store().Stage();
     const std::string bytes = Bytes(300000);
@@ -275,7 +275,7 @@ TEST_F(LargeValueTest, SavingAgainKeepsUnchangedValuesWhereTheyAre)
     EXPECT_EQ(ReadAll(*Store().Messages().Load(message).properties.Large(PR_RTF_COMPRESSED)), bytes);
 }
 
-TEST_F(LargeValueTest, ReplacingRemovingAndDeletingFreeThePieces)
+TEST_F(LargeValueTest, ReplacingAndDeletingFreeThePieces)
 {
     const auto staged = Store().Stage();
     const std::string bytes = Bytes(300000);
@@ -293,7 +293,7 @@ TEST_F(LargeValueTest, ReplacingRemovingAndDeletingFreeThePieces)
     EXPECT_EQ(Chunks(), 0);
 }
 
-TEST_F(LargeValueTest, AValueOfAnotherStoreIsCopied)
+TEST_F(LargeValueTest, AnotherStoresValueIsCopied)
 {
     const auto staged = Store().Stage();
     const std::string bytes = Bytes(200000);
@@ -306,7 +306,7 @@ TEST_F(LargeValueTest, AValueOfAnotherStoreIsCopied)
     EXPECT_TRUE(other->CheckWhole().empty());
 }
 
-TEST_F(LargeValueTest, ASizeThatADamagedReferenceTellsTakesNoMemory)
+TEST_F(LargeValueTest, ADamagedSizeTakesNoMemory)
 {
     LargeReference reference;
     reference.form = LargeReference::OwnBytes;
@@ -316,7 +316,7 @@ TEST_F(LargeValueTest, ASizeThatADamagedReferenceTellsTakesNoMemory)
     EXPECT_EQ(CodeOf([&] { value.Size(); }), MAPI_E_OBJECT_DELETED);
 }
 
-TEST_F(LargeValueTest, APieceThatNoValueHasIsOneOfADamagedReference)
+TEST_F(LargeValueTest, APieceOutsideValuesIsDamage)
 {
     LargeReference reference;
     reference.id = 1;
@@ -326,7 +326,7 @@ TEST_F(LargeValueTest, APieceThatNoValueHasIsOneOfADamagedReference)
     EXPECT_EQ(CodeOf([&] { value.Read(std::uint64_t{1} << 40, &byte, 1); }), MAPI_E_CORRUPT_DATA);
 }
 
-TEST_F(LargeValueTest, AMessageWithADamagedReferenceSaysSoAndCanBeDeleted)
+TEST_F(LargeValueTest, ADamagedMessageCanBeDeleted)
 {
     const auto staged = Store().Stage();
     const std::string bytes = Bytes(200000);
@@ -344,7 +344,7 @@ TEST_F(LargeValueTest, AMessageWithADamagedReferenceSaysSoAndCanBeDeleted)
     EXPECT_EQ(CodeOf([&] { Store().Messages().Load(message); }), MAPI_E_NOT_FOUND);
 }
 
-TEST_F(LargeValueTest, ATableCellOfALargeValueSaysSo)
+TEST_F(LargeValueTest, LargeValuesAreErrorsInCells)
 {
     const MessageId message = Save(PR_BODY_W, Store().Stage(*[&]
     {
@@ -364,7 +364,7 @@ TEST_F(LargeValueTest, ATableCellOfALargeValueSaysSo)
     EXPECT_EQ(zeb::platform::WideLength(whole.Value.lpszW) > 0, true);
 }
 
-TEST_F(LargeValueTest, AHundredMegabytesPassThroughInPieces)
+TEST_F(LargeValueTest, AHundredMegabytesPassInPieces)
 {
     const auto staged = Store().Stage();
     const std::string piece = Bytes(1 << 20);

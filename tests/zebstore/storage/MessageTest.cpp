@@ -83,7 +83,7 @@ TEST_F(MessageTest, ANumberIsNeverGivenAgain)
     EXPECT_GT(Store().Messages().Create({Inbox, false}, Mail("b")), first);
 }
 
-TEST_F(MessageTest, TwoSavesFromTheSameStateCollideUnlessForced)
+TEST_F(MessageTest, CollidingSavesNeedForce)
 {
     const MessageId message = Store().Messages().Create({Inbox, false}, Mail("a"));
     const std::int64_t change = Store().Messages().Load(message).change;
@@ -99,7 +99,7 @@ TEST_F(MessageTest, TwoSavesFromTheSameStateCollideUnlessForced)
     EXPECT_EQ(CodeOf([&] { Store().Messages().Load(message); }), MAPI_E_NOT_FOUND);
 }
 
-TEST_F(MessageTest, RecipientsAndAttachmentsBelongToTheirMessage)
+TEST_F(MessageTest, RecipientsAndAttachmentsFollowTheirMessage)
 {
     const MessageId message = Store().Messages().Create({Inbox, false}, WithParts());
     Reopen();
@@ -120,7 +120,7 @@ TEST_F(MessageTest, RecipientsAndAttachmentsBelongToTheirMessage)
     EXPECT_GT(properties.Long(PR_MESSAGE_SIZE), 20000);
 }
 
-TEST_F(MessageTest, SavingLeavesPartsThatAreNotGiven)
+TEST_F(MessageTest, SavingKeepsPartsNotGiven)
 {
     const MessageId message = Store().Messages().Create({Inbox, false}, WithParts());
     Store().Messages().Save(message, Mail("new subject"), 0);
@@ -129,7 +129,7 @@ TEST_F(MessageTest, SavingLeavesPartsThatAreNotGiven)
     EXPECT_TRUE(Store().Messages().Load(message).properties.Bool(PR_HASATTACH));
 }
 
-TEST_F(MessageTest, AttachmentsAreChangedAndRemovedOneByOne)
+TEST_F(MessageTest, AttachmentsAreChangedOneByOne)
 {
     const MessageId message = Store().Messages().Create({Inbox, false}, WithParts());
     MessageContent content = Mail("edited");
@@ -162,7 +162,7 @@ TEST_F(MessageTest, DeletingTakesEverythingWithIt)
     }
 }
 
-TEST_F(MessageTest, EmptyingAFolderTakesEverythingWithIt)
+TEST_F(MessageTest, EmptyingAFolderDeletesEverything)
 {
     Store().Messages().Create({Inbox, false}, WithParts());
     Store().Messages().Create({Inbox, false}, Mail("plain"));
@@ -173,7 +173,7 @@ TEST_F(MessageTest, EmptyingAFolderTakesEverythingWithIt)
     }
 }
 
-TEST_F(MessageTest, MovingTakesPartsAlongAndKeepsAssociatedApart)
+TEST_F(MessageTest, MovingTakesPartsAlong)
 {
     const MessageId message = Store().Messages().Create({Inbox, false}, WithParts());
     const MessageId view = Store().Messages().Create({Inbox, true}, Mail("view"));
@@ -199,7 +199,7 @@ TEST_F(MessageTest, ACopyIsOfItsOwn)
     EXPECT_EQ(Store().Recipients().Load(inner)[0].Text(PR_DISPLAY_NAME_W), "Cid");
 }
 
-TEST_F(MessageTest, AFailedSaveLeavesTheStoreAsItWas)
+TEST_F(MessageTest, AFailedSaveChangesNothing)
 {
     MessageContent deep = Mail("deepest");
     for (int i = 0; i < 80; ++i)
@@ -217,7 +217,7 @@ TEST_F(MessageTest, AFailedSaveLeavesTheStoreAsItWas)
     EXPECT_EQ(CodeOf([&] { Store().Messages().Move({1}, 4711); }), MAPI_E_NOT_FOUND);
 }
 
-TEST_F(MessageTest, AFullDiskLeavesTheStoreAsItWas)
+TEST_F(MessageTest, AFullDiskChangesNothing)
 {
     const MessageId message = Store().Messages().Create({Inbox, false}, Mail("before"));
     Store().Connection().Db().Execute("PRAGMA max_page_count=60");

@@ -31,7 +31,7 @@ protected:
     }
 };
 
-TEST_F(NamedPropertyTest, NumbersAreStableAndStartAt8000)
+TEST_F(NamedPropertyTest, NumbersAreStableFrom8000)
 {
     const MAPINAMEID number = Number(PS_PUBLIC_STRINGS, 0x8501);
     const MAPINAMEID text = Text(PS_PUBLIC_STRINGS, ZEBW("Keywords"));
@@ -43,7 +43,7 @@ TEST_F(NamedPropertyTest, NumbersAreStableAndStartAt8000)
     EXPECT_EQ(IdOfName(text, false), 0x8001u);
 }
 
-TEST_F(NamedPropertyTest, SetKindAndLetterCaseMakeADifference)
+TEST_F(NamedPropertyTest, SetKindAndCaseMatter)
 {
     const ULONG one = IdOfName(Text(PS_PUBLIC_STRINGS, ZEBW("name")), true);
     EXPECT_NE(IdOfName(Text(PS_PUBLIC_STRINGS, ZEBW("Name")), true), one);
@@ -52,7 +52,7 @@ TEST_F(NamedPropertyTest, SetKindAndLetterCaseMakeADifference)
     EXPECT_EQ(IdOfName(Text(PS_PUBLIC_STRINGS, ZEBW("name")), true), one);
 }
 
-TEST_F(NamedPropertyTest, TheSameNewNameTwiceInOneCallGetsOneNumber)
+TEST_F(NamedPropertyTest, RepeatedNewNamesGetOneNumber)
 {
     const MAPINAMEID name = Number(PS_PUBLIC_STRINGS, 3);
     const MAPINAMEID* names[] = {&name, &name};
@@ -72,7 +72,7 @@ TEST_F(NamedPropertyTest, NumbersLeadBackToNames)
     EXPECT_EQ(Store().NamedProperties().All().size(), 2u);
 }
 
-TEST_F(NamedPropertyTest, ANameThatIsNoneIsRefusedAndNoneOfTheCallIsAdded)
+TEST_F(NamedPropertyTest, AnInvalidNameAddsNone)
 {
     const MAPINAMEID good = Number(PS_PUBLIC_STRINGS, 1);
     const MAPINAMEID empty = Text(PS_PUBLIC_STRINGS, ZEBW(""));
@@ -87,7 +87,7 @@ TEST_F(NamedPropertyTest, ANameThatIsNoneIsRefusedAndNoneOfTheCallIsAdded)
     EXPECT_TRUE(Store().NamedProperties().All().empty());
 }
 
-TEST_F(NamedPropertyTest, WhenAllNumbersAreGivenTheQuotaIsExceeded)
+TEST_F(NamedPropertyTest, TooManyNamesExceedTheQuota)
 {
     std::vector<MAPINAMEID> names;
     for (LONG i = 0; i < 0xFFFE - 0x8000 + 1; ++i)

@@ -94,7 +94,7 @@ TEST_F(NotifyConcurrentTest, CopiesCatchUpWithSeveralWriters)
     }
 }
 
-TEST_F(NotifyConcurrentTest, SinksComeAndGoWhileTheyAreTold)
+TEST_F(NotifyConcurrentTest, SinksMayChangeDuringNotifications)
 {
     const Ref<IMAPITable> shared = Sorted(Contents(), PR_SUBJECT_A);
     std::atomic<int> calls{0};

@@ -12,7 +12,7 @@ namespace
 using NotifyProcessTest = NotifyTables;
 
 // No more changes than a folder lists, so that every one of them is told.
-TEST_F(NotifyProcessTest, WhatAnotherProcessChangesIsToldRowByRow)
+TEST_F(NotifyProcessTest, AnotherProcessIsReportedByRow)
 {
     for (LONG i = 0; i < 30; ++i)
     {

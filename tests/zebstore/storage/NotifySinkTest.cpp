@@ -56,7 +56,7 @@ protected:
     }
 };
 
-TEST_F(NotifySinkTest, ASinkThatThrowsIsToldOn)
+TEST_F(NotifySinkTest, AThrowingSinkStaysNotified)
 {
     Followed followed(Contents());
     followed.Sink().Then([] { throw std::runtime_error("from a sink"); });
@@ -67,7 +67,7 @@ TEST_F(NotifySinkTest, ASinkThatThrowsIsToldOn)
     followed.Sink().Then({});
 }
 
-TEST_F(NotifySinkTest, AfterUnadviseNothingIsToldAndTheSinkIsReleased)
+TEST_F(NotifySinkTest, UnadviseReleasesTheSink)
 {
     const Ref<IMAPITable> table = Contents();
     const Ref<CopyingSink> sink = Ref<CopyingSink>::Adopt(new CopyingSink);
@@ -87,7 +87,7 @@ TEST_F(NotifySinkTest, AfterUnadviseNothingIsToldAndTheSinkIsReleased)
     EXPECT_EQ(sink->Events().size(), 1u);
 }
 
-TEST_F(NotifySinkTest, ASinkMayReadAndUnadviseInItsOwnCall)
+TEST_F(NotifySinkTest, ASinkMayReadAndUnadvise)
 {
     Followed followed(Contents());
     CopiedRows seen;
@@ -105,7 +105,7 @@ TEST_F(NotifySinkTest, ASinkMayReadAndUnadviseInItsOwnCall)
     followed.Forget();
 }
 
-TEST_F(NotifySinkTest, ASlowSinkIsToldThatAllHasChangedWhenTooMuchWaits)
+TEST_F(NotifySinkTest, ASlowSinkReceivesTableChanged)
 {
     Followed followed(Contents());
     Gate gate = Hold(followed);
@@ -123,7 +123,7 @@ TEST_F(NotifySinkTest, ASlowSinkIsToldThatAllHasChangedWhenTooMuchWaits)
     followed.Sink().Then({});
 }
 
-TEST_F(NotifySinkTest, ASinkThatComesWhileAllHasChangedWaitsIsToldOfWhatComesLater)
+TEST_F(NotifySinkTest, ALateSinkReceivesLaterChanges)
 {
     Followed followed(Contents());
     Gate gate = Hold(followed);
@@ -143,7 +143,7 @@ TEST_F(NotifySinkTest, ASinkThatComesWhileAllHasChangedWaitsIsToldOfWhatComesLat
     followed.Sink().Then({});
 }
 
-TEST_F(NotifySinkTest, WhatWaitsWhenTheTableIsSortedIsNotToldOfTheOldOrder)
+TEST_F(NotifySinkTest, SortingDropsWaitingNotifications)
 {
     Followed followed(Contents());
     Gate gate = Hold(followed);
@@ -159,7 +159,7 @@ TEST_F(NotifySinkTest, WhatWaitsWhenTheTableIsSortedIsNotToldOfTheOldOrder)
     followed.Sink().Then({});
 }
 
-TEST_F(NotifySinkTest, ASinkHearsOnlyOfWhatComesAfterItsAdvise)
+TEST_F(NotifySinkTest, AnAdviseSeesOnlyLaterChanges)
 {
     Followed followed(Contents());
     Gate gate = Hold(followed);
@@ -176,7 +176,7 @@ TEST_F(NotifySinkTest, ASinkHearsOnlyOfWhatComesAfterItsAdvise)
     followed.Sink().Then({});
 }
 
-TEST_F(NotifySinkTest, UnadviseWaitsForACallInProgress)
+TEST_F(NotifySinkTest, UnadviseAwaitsARunningCall)
 {
     Followed followed(Contents());
     const Followed stays(followed.TablePointer());

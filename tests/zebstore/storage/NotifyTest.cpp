@@ -14,7 +14,7 @@ namespace
 using NotifyTest = NotifyTables;
 using Events = std::vector<ULONG>;
 
-TEST_F(NotifyTest, RowsAddedChangedAndDeletedAreToldOneByOne)
+TEST_F(NotifyTest, RowChangesAreReportedSeparately)
 {
     const MessageId first = Add(1);
     Followed followed(Contents());
@@ -31,7 +31,7 @@ TEST_F(NotifyTest, RowsAddedChangedAndDeletedAreToldOneByOne)
     EXPECT_TRUE(followed.Sink().Becomes({}));
 }
 
-TEST_F(NotifyTest, ASortedTableTellsWhereARowCameToStand)
+TEST_F(NotifyTest, ASortedTableReportsNewPositions)
 {
     Add(10);
     const MessageId middle = Add(20);
@@ -49,7 +49,7 @@ TEST_F(NotifyTest, ASortedTableTellsWhereARowCameToStand)
     EXPECT_EQ(followed.Sink().Events(), (Events{TABLE_ROW_ADDED, TABLE_ROW_MODIFIED, TABLE_ROW_MODIFIED}));
 }
 
-TEST_F(NotifyTest, ARowThatComesToFitTheRestrictionIsAddedAndOneThatNoLongerDoesIsDeleted)
+TEST_F(NotifyTest, RowsEnterAndLeaveTheRestriction)
 {
     const MessageId message = Add(50);
     Followed followed(Restricted(Contents(), 10));
@@ -67,7 +67,7 @@ TEST_F(NotifyTest, ARowThatComesToFitTheRestrictionIsAddedAndOneThatNoLongerDoes
     ExpectFollowed(followed);
 }
 
-TEST_F(NotifyTest, AMoveIsDeletedInOneFolderAndAddedInTheOther)
+TEST_F(NotifyTest, AMoveDeletesAndAdds)
 {
     const MessageId message = Add(1);
     Followed from(Contents());
@@ -81,7 +81,7 @@ TEST_F(NotifyTest, AMoveIsDeletedInOneFolderAndAddedInTheOther)
     ExpectFollowed(to);
 }
 
-TEST_F(NotifyTest, FoldersCreatedRenamedMovedAndDeletedAreTold)
+TEST_F(NotifyTest, FolderChangesAreReported)
 {
     const FolderId top = IdOf(StandardFolder::IpmSubtree);
     Followed children(Hierarchy(top, false));
@@ -109,7 +109,7 @@ TEST_F(NotifyTest, FoldersCreatedRenamedMovedAndDeletedAreTold)
     expect("deleted", {TABLE_ROW_DELETED});
 }
 
-TEST_F(NotifyTest, TooManyChangesAtOnceAreOneThatSaysAllHasChanged)
+TEST_F(NotifyTest, TooManyChangesBecomeOne)
 {
     const auto addAtOnce = [&](int count)
     {
@@ -133,7 +133,7 @@ TEST_F(NotifyTest, TooManyChangesAtOnceAreOneThatSaysAllHasChanged)
     ExpectFollowed(followed);
 }
 
-TEST_F(NotifyTest, ATableThatIsSortedOrRestrictedAnewTellsOfItsNewOrder)
+TEST_F(NotifyTest, ResortedTablesReportTheirNewOrder)
 {
     for (LONG i = 0; i < 10; ++i)
     {
@@ -157,7 +157,7 @@ TEST_F(NotifyTest, ATableThatIsSortedOrRestrictedAnewTellsOfItsNewOrder)
     expectTold(45);
 }
 
-TEST_F(NotifyTest, ColumnsThatAreSetLaterComeWithTheNextRow)
+TEST_F(NotifyTest, NewColumnsComeWithLaterRows)
 {
     Followed followed(Contents());
     Add(7);
@@ -169,7 +169,7 @@ TEST_F(NotifyTest, ColumnsThatAreSetLaterComeWithTheNextRow)
     EXPECT_EQ(followed.Sink().Rows().at(1).cells.size(), 2u);
 }
 
-TEST_F(NotifyTest, RowsInMemoryThatAreReplacedAreToBeReadAnew)
+TEST_F(NotifyTest, ReplacedMemoryRowsChangeTheTable)
 {
     PropertySet row;
     row.SetLong(PR_IMPORTANCE, 1);
@@ -183,7 +183,7 @@ TEST_F(NotifyTest, RowsInMemoryThatAreReplacedAreToBeReadAnew)
     EXPECT_EQ(sink->Events(), Events{TABLE_CHANGED});
 }
 
-TEST_F(NotifyTest, ARowThatCanNotBeBuiltIsAnErrorAndThenAllIsToBeReadAnew)
+TEST_F(NotifyTest, AnUnbuildableRowIsAnError)
 {
     Followed followed(Sorted(Contents(), PR_IMPORTANCE));
     Switches switches;
@@ -201,7 +201,7 @@ TEST_F(NotifyTest, ARowThatCanNotBeBuiltIsAnErrorAndThenAllIsToBeReadAnew)
     ExpectFollowed(followed);
 }
 
-TEST_F(NotifyTest, AnEmptiedFolderIsToBeReloaded)
+TEST_F(NotifyTest, AnEmptiedFolderReloads)
 {
     Add(1);
     Add(2);
@@ -212,7 +212,7 @@ TEST_F(NotifyTest, AnEmptiedFolderIsToBeReloaded)
     EXPECT_TRUE(ReadCopy(followed.Table()).empty());
 }
 
-TEST_F(NotifyTest, CommitsThroughAnotherConnectionAreToldToo)
+TEST_F(NotifyTest, AnotherConnectionsCommitsAreReported)
 {
     const auto other = StoreFile::Open(Path("test.zeb"), {});
     Followed followed(Sorted(Contents(), PR_SUBJECT_A));
@@ -224,7 +224,7 @@ TEST_F(NotifyTest, CommitsThroughAnotherConnectionAreToldToo)
 }
 
 // Any changes, in any order, alone and many in one transaction, under tables of every kind: who follows has the rows.
-TEST_F(NotifyTest, AfterItsEventsACopyIsWhatAFreshReadGives)
+TEST_F(NotifyTest, ACopyEqualsAFreshRead)
 {
     std::vector<Followed> tables;
     std::vector<MessageId> messages;
@@ -299,7 +299,7 @@ TEST_F(NotifyTest, AfterItsEventsACopyIsWhatAFreshReadGives)
     }
 }
 
-TEST_F(NotifyTest, AListOfChangesThatCanNotBeReadIsFoundByTheCheck)
+TEST_F(NotifyTest, AnUnreadableChangeListIsFound)
 {
     Add(1);
     EXPECT_TRUE(Store().CheckWhole().empty());
@@ -317,7 +317,7 @@ TEST_F(NotifyTest, AListOfChangesThatCanNotBeReadIsFoundByTheCheck)
     EXPECT_EQ(spoil("zeroblob(1024)"), "");
 }
 
-TEST_F(NotifyTest, TheCursorStaysAtItsRowWhileRowsComeAndGo)
+TEST_F(NotifyTest, TheCursorStaysAtItsRow)
 {
     std::vector<MessageId> messages;
     for (LONG i = 0; i < 6; ++i)
@@ -358,7 +358,7 @@ TEST_F(NotifyTest, TheCursorStaysAtItsRowWhileRowsComeAndGo)
     EXPECT_EQ(next(BOOKMARK_CURRENT), at(99)) << "what comes at the end comes after the cursor";
 }
 
-TEST_F(NotifyTest, TheCursorOfAPlainTableStaysAtItsRow)
+TEST_F(NotifyTest, APlainTablesCursorStays)
 {
     std::vector<MessageId> messages;
     for (LONG i = 0; i < 6; ++i)

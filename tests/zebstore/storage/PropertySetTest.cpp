@@ -54,7 +54,7 @@ TEST_F(PropertySetTest, EveryFixedTypeComesBack)
     EXPECT_TRUE(IsEqualGUID(*RoundTrip(clsid)->Value.lpguid, guid));
 }
 
-TEST_F(PropertySetTest, BinariesComeBackEmptyOrWithZeros)
+TEST_F(PropertySetTest, BinariesReturnEmptyOrWithZeros)
 {
     const std::string bytes("a\0b\xFF", 4);
     const Buffer<SPropValue> back = RoundTrip(BinaryValue(PROP_TAG(PT_BINARY, Id), bytes));
@@ -64,7 +64,7 @@ TEST_F(PropertySetTest, BinariesComeBackEmptyOrWithZeros)
     EXPECT_EQ(empty->Value.bin.cb, 0u);
 }
 
-TEST_F(PropertySetTest, EveryMultiValuedFixedTypeComesBack)
+TEST_F(PropertySetTest, MultiValuedFixedTypesComeBack)
 {
     for (const ULONG type : {PT_MV_I2, PT_MV_LONG, PT_MV_R4, PT_MV_DOUBLE, PT_MV_CURRENCY, PT_MV_APPTIME, PT_MV_SYSTIME,
                              PT_MV_I8, PT_MV_CLSID})
@@ -88,7 +88,7 @@ TEST_F(PropertySetTest, EveryMultiValuedFixedTypeComesBack)
     }
 }
 
-TEST_F(PropertySetTest, EveryMultiValuedVariableTypeComesBack)
+TEST_F(PropertySetTest, MultiValuedVariableTypesComeBack)
 {
     const char* narrow[] = {"one", "", "three"};
     SPropValue value = Value(PROP_TAG(PT_MV_STRING8, Id));
@@ -120,14 +120,14 @@ TEST_F(PropertySetTest, EveryMultiValuedVariableTypeComesBack)
     EXPECT_EQ(back->Value.MVbin.lpbin[1].cb, 0u);
 }
 
-TEST_F(PropertySetTest, AnEmptyMultiValuedPropertyComesBackEmpty)
+TEST_F(PropertySetTest, EmptyMultiValuesComeBackEmpty)
 {
     const Buffer<SPropValue> back = RoundTrip(Value(PROP_TAG(PT_MV_UNICODE, Id)));
     EXPECT_EQ(back->ulPropTag, PROP_TAG(PT_MV_UNICODE, Id));
     EXPECT_EQ(back->Value.MVszW.cValues, 0u);
 }
 
-TEST_F(PropertySetTest, TextIsGivenInTheFormAskedFor)
+TEST_F(PropertySetTest, TextComesAsAskedFor)
 {
     PropertySet properties;
     properties.Set(NarrowValue(PR_SUBJECT_A, "plain"));
@@ -140,7 +140,7 @@ TEST_F(PropertySetTest, TextIsGivenInTheFormAskedFor)
     EXPECT_EQ(properties.Find(PR_SUBJECT_W).tag, ULONG(PR_SUBJECT_A)) << "the written type stays";
 }
 
-TEST_F(PropertySetTest, UnspecifiedTextGoesByTheOptionOrKeepsItsType)
+TEST_F(PropertySetTest, UnspecifiedTextFollowsTheOption)
 {
     PropertySet properties;
     properties.Set(NarrowValue(PR_SUBJECT_A, "x"));
@@ -152,14 +152,14 @@ TEST_F(PropertySetTest, UnspecifiedTextGoesByTheOptionOrKeepsItsType)
     EXPECT_EQ(Buffer<SPropValue>(BuildValues(&tag, 1, properties, options))->ulPropTag, ULONG(PR_SUBJECT_A));
 }
 
-TEST_F(PropertySetTest, NarrowBytesComeBackAsTheyWereWritten)
+TEST_F(PropertySetTest, NarrowBytesComeBackUnchanged)
 {
     const std::string odd("caf\xE9 \xFF\xFE", 7);
     const Buffer<SPropValue> back = RoundTrip(NarrowValue(PR_SUBJECT_A, odd.c_str()));
     EXPECT_EQ(std::string(back->Value.lpszA), odd);
 }
 
-TEST_F(PropertySetTest, AMissingValueAndAForeignTypeAreNotFound)
+TEST_F(PropertySetTest, MissingAndForeignTypesAreAbsent)
 {
     PropertySet properties;
     properties.SetLong(PR_IMPORTANCE, 1);
@@ -174,7 +174,7 @@ TEST_F(PropertySetTest, AMissingValueAndAForeignTypeAreNotFound)
     EXPECT_EQ(values.Get()[3].ulPropTag, ULONG(PR_NULL));
 }
 
-TEST_F(PropertySetTest, WhatIsNoValueIsRefusedAndNothingChanges)
+TEST_F(PropertySetTest, AnInvalidValueChangesNothing)
 {
     PropertySet properties;
     properties.SetLong(PROP_TAG(PT_LONG, Id), 5);
@@ -201,7 +201,7 @@ TEST_F(PropertySetTest, SettingReplacesWhateverTypeWasThere)
     EXPECT_TRUE(properties.IsEmpty());
 }
 
-TEST_F(PropertySetTest, TagsComeInTheOrderOfIdentifiersHoweverTheyWereSet)
+TEST_F(PropertySetTest, TagsAreInIdentifierOrder)
 {
     PropertySet properties;
     for (const ULONG id : {0x9000u, 0x0037u, 0x8001u, 0x3001u})

@@ -76,7 +76,7 @@ protected:
     MessageId m_second = 0;
 };
 
-TEST_F(RepairTest, ASoundStoreIsLeftAsItIs)
+TEST_F(RepairTest, ASoundStoreIsUnchanged)
 {
     const std::uint64_t before = Store().Connection().Db().Commits();
     const Told told = Repair();
@@ -87,7 +87,7 @@ TEST_F(RepairTest, ASoundStoreIsLeftAsItIs)
     EXPECT_EQ(Body(m_first), std::string(50000, 'b'));
 }
 
-TEST_F(RepairTest, EachDamageIsMendedAndToldInALine)
+TEST_F(RepairTest, EachDamageIsRepairedAndReported)
 {
     const std::string first = std::to_string(m_first);
     const std::pair<std::string, std::string> damages[] = {
@@ -164,7 +164,7 @@ TEST_F(RepairTest, WhatIsNotDamagedIsKept)
     EXPECT_EQ(Store().Folders().Info(Inbox).messages, 2u);
 }
 
-TEST_F(RepairTest, ALostMessageIsFoundAgainInAFolderOfItsOwn)
+TEST_F(RepairTest, LostMessagesGetTheirOwnFolder)
 {
     // With foreign keys: recipients and attachments go along.
     const std::string lost = std::to_string(MessageId(4000) << 33);
@@ -180,7 +180,7 @@ TEST_F(RepairTest, ALostMessageIsFoundAgainInAFolderOfItsOwn)
     EXPECT_EQ(Store().Folders().Info(Inbox).messages, 1u);
 }
 
-TEST_F(RepairTest, ALostFolderWhoseNameIsTakenGetsItsNumber)
+TEST_F(RepairTest, LostFoldersGetANumberedName)
 {
     PropertySet properties;
     properties.SetText(PR_DISPLAY_NAME_W, "Outbox");
@@ -192,7 +192,7 @@ TEST_F(RepairTest, ALostFolderWhoseNameIsTakenGetsItsNumber)
     EXPECT_EQ(Store().Folders().Find(IdOf(StandardFolder::IpmSubtree), "Outbox"), IdOf(StandardFolder::Outbox));
 }
 
-TEST_F(RepairTest, AnIndexThatLacksRowsIsMadeAgain)
+TEST_F(RepairTest, AnIncompleteIndexIsRebuilt)
 {
     // The schema forgets the index while a row is added.
     Spoil("PRAGMA writable_schema=ON; CREATE TEMP TABLE kept AS SELECT * FROM sqlite_schema WHERE "
@@ -208,7 +208,7 @@ TEST_F(RepairTest, AnIndexThatLacksRowsIsMadeAgain)
     EXPECT_EQ(Repair().findings, "");
 }
 
-TEST_F(RepairTest, WhatStaysWrongIsAFailureThatChangesNothing)
+TEST_F(RepairTest, AFailedRepairChangesNothing)
 {
     Spoil("UPDATE folder SET parent=7 WHERE id=7; UPDATE contents SET rows=7 WHERE container=6");
     const std::vector<std::string> before = Store().CheckWhole();
@@ -220,7 +220,7 @@ TEST_F(RepairTest, WhatStaysWrongIsAFailureThatChangesNothing)
     Repair();
 }
 
-TEST_F(RepairTest, ACopyIsToldStepByStepAndReplacesNothing)
+TEST_F(RepairTest, ACopyReportsAndReplacesNothing)
 {
     Told told;
     CopyStore(Path("test.zeb"), Path("copy.zeb"), ReportTo(told));
@@ -233,7 +233,7 @@ TEST_F(RepairTest, ACopyIsToldStepByStepAndReplacesNothing)
     EXPECT_EQ(StoreFile::Open(Path("copy.zeb"), {})->CheckWhole(), std::vector<std::string>());
 }
 
-TEST_F(RepairTest, AValueWithTwoOwnersBecomesTwo)
+TEST_F(RepairTest, ASharedValueBecomesTwo)
 {
     Spoil("UPDATE message SET props=(SELECT props FROM message WHERE id=" + std::to_string(m_second) +
           ") WHERE id=" + std::to_string(m_first));
@@ -242,7 +242,7 @@ TEST_F(RepairTest, AValueWithTwoOwnersBecomesTwo)
     EXPECT_EQ(Body(m_first), std::string(50000, 'b'));
 }
 
-TEST_F(RepairTest, OrphansThatAnEarlierProgramLeftAreRemoved)
+TEST_F(RepairTest, EarlierProgramsOrphansAreRemoved)
 {
     Spoil("INSERT INTO large(id, size) VALUES(500, 3); INSERT INTO chunk(id, bytes, sum) VALUES(500 << 24, "
           "x'010203', 0)");
@@ -267,7 +267,7 @@ struct Export
     }
 };
 
-TEST_F(RepairTest, ACopyIsRepairedAndTheFileStaysAsItIs)
+TEST_F(RepairTest, OnlyACopyIsRepaired)
 {
     Spoil("UPDATE contents SET rows=7 WHERE container=6");
     Told told;
@@ -288,7 +288,7 @@ TEST_F(RepairTest, ACopyIsRepairedAndTheFileStaysAsItIs)
     EXPECT_TRUE(Store().CheckWhole().empty());
 }
 
-TEST_F(RepairTest, AFailedRepairLeavesNoCopyAndSaysWhy)
+TEST_F(RepairTest, AFailedRepairLeavesNoCopy)
 {
     char failure[40] = "";
     EXPECT_EQ(ZebStoreRepair(Path("missing.zeb").c_str(), Path("copy.zeb").c_str(), nullptr, nullptr, failure,
@@ -304,7 +304,7 @@ TEST_F(RepairTest, AFailedRepairLeavesNoCopyAndSaysWhy)
     m_store.reset();
 }
 
-TEST_F(RepairTest, TheSentenceOfAFailureIsCutBetweenCharacters)
+TEST_F(RepairTest, AFailuresTextEndsBetweenCharacters)
 {
     const std::string path = Path("\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E\xF0\x9F\x98\x80.zeb");
     const std::string whole = "the store file '" + path + "' does not exist";
@@ -318,7 +318,7 @@ TEST_F(RepairTest, TheSentenceOfAFailureIsCutBetweenCharacters)
     }
 }
 
-TEST_F(RepairTest, ACompactFileHasNoRoomLeftOfWhatWasDeleted)
+TEST_F(RepairTest, CompactFilesHaveNoFreeSpace)
 {
     for (int i = 0; i < 20; ++i)
     {
@@ -336,7 +336,7 @@ TEST_F(RepairTest, ACompactFileHasNoRoomLeftOfWhatWasDeleted)
 }
 
 // The log is emptied by the call itself: while somebody else has the store open, closing it does not.
-TEST_F(RepairTest, AFileIsCompactAtOnceAndTheWorkIsTold)
+TEST_F(RepairTest, AFileIsCompactedWithReports)
 {
     Store().Connection().Db().Execute("CREATE TABLE rows AS WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 "
                                       "FROM n WHERE i < 100000) SELECT i FROM n");

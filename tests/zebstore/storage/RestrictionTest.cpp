@@ -58,7 +58,7 @@ TEST_F(RestrictionTest, NumbersCompareWithTheirSign)
     EXPECT_TRUE(Matches(m_make.Property(RELOP_NE, real)));
 }
 
-TEST_F(RestrictionTest, AMissingPropertyOrAnotherTypeFulfilsNoRelation)
+TEST_F(RestrictionTest, MissingPropertiesFulfilNoRelation)
 {
     m_row.SetLong(PR_PRIORITY, 1);
     for (ULONG relop = RELOP_LT; relop <= RELOP_NE; ++relop)
@@ -70,7 +70,7 @@ TEST_F(RestrictionTest, AMissingPropertyOrAnotherTypeFulfilsNoRelation)
     EXPECT_TRUE(Matches(m_make.Not(m_make.Property(RELOP_EQ, LongValue(PR_IMPORTANCE, 1)))));
 }
 
-TEST_F(RestrictionTest, TextRelationsIgnoreCaseAndTheTextsForm)
+TEST_F(RestrictionTest, TextRelationsIgnoreCaseAndForm)
 {
     m_row.Set(NarrowValue(PR_SUBJECT_A, "Hello"));
     EXPECT_TRUE(Matches(m_make.Property(RELOP_EQ, WideValue(PR_SUBJECT_W, ZEBW("hELLO")))));
@@ -78,7 +78,7 @@ TEST_F(RestrictionTest, TextRelationsIgnoreCaseAndTheTextsForm)
     EXPECT_FALSE(Matches(m_make.Property(RELOP_EQ, NarrowValue(PR_SUBJECT_A, "hello "))));
 }
 
-TEST_F(RestrictionTest, EveryFuzzyLevelHoldsAsItSays)
+TEST_F(RestrictionTest, EveryFuzzyLevelHolds)
 {
     m_row.Set(WideValue(PR_SUBJECT_W, ZEBW("Caf\u00E9 au lait")));
     const auto holds = [&](ULONG fuzzy, const WCHAR* text)
@@ -107,7 +107,7 @@ TEST_F(RestrictionTest, BinariesAreSearchedByBytes)
     EXPECT_TRUE(Matches(m_make.Property(RELOP_GT, BinaryValue(PR_SEARCH_KEY, "SMTP:A"))));
 }
 
-TEST_F(RestrictionTest, OneValueOfAMultiValuedPropertyIsEnough)
+TEST_F(RestrictionTest, OneOfMultipleValuesIsEnough)
 {
     const char* texts[] = {"red", "green"};
     SPropValue value = Value(PROP_TAG(PT_MV_STRING8, 0x6002));
@@ -121,7 +121,7 @@ TEST_F(RestrictionTest, OneValueOfAMultiValuedPropertyIsEnough)
     EXPECT_TRUE(Matches(m_make.Property(RELOP_EQ, value))) << "the whole against the whole";
 }
 
-TEST_F(RestrictionTest, BitsAreLookedAtThroughTheMask)
+TEST_F(RestrictionTest, BitsAreComparedThroughTheMask)
 {
     m_row.SetLong(PR_MESSAGE_FLAGS, 0x11);
     EXPECT_TRUE(Matches(m_make.BitMask(PR_MESSAGE_FLAGS, 0x10, BMR_NEZ)));
@@ -130,7 +130,7 @@ TEST_F(RestrictionTest, BitsAreLookedAtThroughTheMask)
     EXPECT_FALSE(Matches(m_make.BitMask(PR_IMPORTANCE, 0x2, BMR_EQZ))) << "missing";
 }
 
-TEST_F(RestrictionTest, SizesCountTheBytesOfTheValue)
+TEST_F(RestrictionTest, SizesCountTheValuesBytes)
 {
     m_row.Set(NarrowValue(PR_SUBJECT_A, "four"));
     m_row.SetBinary(PR_SEARCH_KEY, "abc", 3);
@@ -142,7 +142,7 @@ TEST_F(RestrictionTest, SizesCountTheBytesOfTheValue)
     EXPECT_FALSE(Matches(m_make.Size(RELOP_GE, PR_BODY_A, 0))) << "missing";
 }
 
-TEST_F(RestrictionTest, TwoPropertiesOfARowAreCompared)
+TEST_F(RestrictionTest, TwoPropertiesAreCompared)
 {
     m_row.SetLong(PR_IMPORTANCE, 1);
     m_row.SetLong(PR_PRIORITY, 2);
@@ -177,7 +177,7 @@ TEST_F(RestrictionTest, AndOrNotCommentCombine)
     EXPECT_TRUE(Matches(m_make.Comment(nullptr)));
 }
 
-TEST_F(RestrictionTest, WhatTablesCanNotSayIsTooComplex)
+TEST_F(RestrictionTest, TheUnsupportedIsTooComplex)
 {
     EXPECT_EQ(CodeFor(m_make.Property(RELOP_RE, LongValue(PR_IMPORTANCE, 1))), MAPI_E_TOO_COMPLEX);
     EXPECT_EQ(CodeFor(m_make.Property(99, LongValue(PR_IMPORTANCE, 1))), MAPI_E_TOO_COMPLEX);
@@ -199,7 +199,7 @@ TEST_F(RestrictionTest, NullPointersAreRefused)
     EXPECT_EQ(CodeFor(hollow), MAPI_E_INVALID_PARAMETER);
 }
 
-TEST_F(RestrictionTest, NestingBeyondItsLimitIsRefusedWithoutACrash)
+TEST_F(RestrictionTest, NestingTooDeepIsRefused)
 {
     SRestriction* node = m_make.Exist(PR_SUBJECT_A);
     for (int i = 1; i < Restriction::MostLevels; ++i)

@@ -154,7 +154,7 @@ TEST_F(SqlFilterTest, RestrictionsSayTheSameEitherWay)
     EXPECT_GT(some, 200u) << "the restrictions must tell rows apart";
 }
 
-TEST_F(SqlFilterTest, ManyAlternativesSayWhatEachOfThemSays)
+TEST_F(SqlFilterTest, ManyAlternativesEqualEachAlone)
 {
     std::mt19937 random(7);
     for (int i = 0; i < 20; ++i)
@@ -181,7 +181,7 @@ TEST_F(SqlFilterTest, ManyAlternativesSayWhatEachOfThemSays)
 }
 
 // More comparisons than an SQL statement can have parameters.
-TEST_F(SqlFilterTest, AWideRestrictionThatIsAcceptedIsAnswered)
+TEST_F(SqlFilterTest, AWideRestrictionIsAnswered)
 {
     constexpr size_t Wide = 40000;
     SPropValue wanted = NarrowValue(PR_SUBJECT_A, "alpha");
@@ -214,7 +214,7 @@ TEST_F(SqlFilterTest, AWideRestrictionThatIsAcceptedIsAnswered)
 }
 
 // However wide it is: SQL gets few comparisons, and a row costs one look-up of each of its texts.
-TEST_F(SqlFilterTest, AWideRestrictionCostsARowOneLookUp)
+TEST_F(SqlFilterTest, WideRestrictionsNeedOneLookUp)
 {
     std::vector<SRestriction*> any;
     const auto add = [&](size_t count)
@@ -277,7 +277,7 @@ TEST_F(SqlFilterTest, OnlyEqualTextsAreLookedUp)
     }
 }
 
-TEST_F(SqlFilterTest, ARestrictionThatIsWideByItsDepthIsAnsweredToo)
+TEST_F(SqlFilterTest, AWideDeepRestrictionIsAnswered)
 {
     std::vector<SRestriction*> outer;
     SPropValue wanted = NarrowValue(PR_SUBJECT_A, "alpha");

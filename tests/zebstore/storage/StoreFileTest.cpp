@@ -38,7 +38,7 @@ protected:
     void Spoil(const char* sql) { m_store->Connection().Db().Execute(sql); }
 };
 
-TEST_F(StoreFileTest, ANewStoreHasTheStandardFolders)
+TEST_F(StoreFileTest, ANewStoreHasStandardFolders)
 {
     EXPECT_EQ(Store().Folders().Info(IdOf(StandardFolder::Root)).parent, 0);
     EXPECT_EQ(Store().Folders().Info(IdOf(StandardFolder::Root)).type, ULONG(FOLDER_ROOT));
@@ -55,7 +55,7 @@ TEST_F(StoreFileTest, ANewStoreHasTheStandardFolders)
     EXPECT_EQ(Store().Properties().Text(PR_DISPLAY_NAME_W), "Test");
 }
 
-TEST_F(StoreFileTest, ItsIdentityIsKeptAndItsOwn)
+TEST_F(StoreFileTest, ItsIdentityIsStableAndUnique)
 {
     const GUID uid = Store().Uid();
     Reopen();
@@ -64,7 +64,7 @@ TEST_F(StoreFileTest, ItsIdentityIsKeptAndItsOwn)
     EXPECT_FALSE(IsEqualGUID(uid, other->Uid()));
 }
 
-TEST_F(StoreFileTest, APathInUtf8NamesTheFile)
+TEST_F(StoreFileTest, Utf8PathsNameTheFile)
 {
     const std::string path = m_folder.Path() + "/Gr\xC3\xB6\xC3\x9F"
                                                "e \xE6\x97\xA5.zeb";
@@ -74,13 +74,13 @@ TEST_F(StoreFileTest, APathInUtf8NamesTheFile)
     EXPECT_TRUE(StoreFile::Exists(path));
 }
 
-TEST_F(StoreFileTest, AMissingFileIsNotFoundAndIsNotMade)
+TEST_F(StoreFileTest, AMissingFileIsNotMade)
 {
     EXPECT_EQ(OpenCode(Path("missing.zeb")), MAPI_E_NOT_FOUND);
     EXPECT_FALSE(fs::exists(Path("missing.zeb")));
 }
 
-TEST_F(StoreFileTest, AFileThatIsNoDatabaseIsRefused)
+TEST_F(StoreFileTest, ANonDatabaseIsRefused)
 {
     Write(Path("text.zeb"), std::string(5000, 'x'));
     EXPECT_EQ(OpenCode(Path("text.zeb")), MAPI_E_CORRUPT_STORE);
@@ -122,7 +122,7 @@ TEST_F(StoreFileTest, AnotherProgramsDatabaseIsRefused)
     EXPECT_EQ(OpenCode(Path("other.db")), MAPI_E_CORRUPT_STORE);
 }
 
-TEST_F(StoreFileTest, ANewerSchemaIsAVersionError)
+TEST_F(StoreFileTest, ANewerSchemaIsRefused)
 {
     Spoil("PRAGMA user_version=5");
     m_store.reset();
@@ -131,7 +131,7 @@ TEST_F(StoreFileTest, ANewerSchemaIsAVersionError)
     EXPECT_NE(text.find("version 5"), std::string::npos);
 }
 
-TEST_F(StoreFileTest, AFileOfTheFirstVersionIsBroughtUpWhenItIsOpenedForWriting)
+TEST_F(StoreFileTest, TheFirstVersionIsUpgraded)
 {
     const MessageId message = Store().Messages().Create({Inbox, false}, Mail("old"));
     MakeOlder(Store(), 1);
@@ -159,7 +159,7 @@ TEST_F(StoreFileTest, AMissingTableIsRefused)
     EXPECT_NE(text.find("'chunk'"), std::string::npos);
 }
 
-TEST_F(StoreFileTest, AReadOnlyFileIsRefusedUnlessOpenedForReading)
+TEST_F(StoreFileTest, ReadOnlyFilesNeedReadingMode)
 {
     m_store.reset();
     fs::permissions(Path("test.zeb"), fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write,
@@ -168,7 +168,7 @@ TEST_F(StoreFileTest, AReadOnlyFileIsRefusedUnlessOpenedForReading)
     fs::permissions(Path("test.zeb"), fs::perms::owner_write, fs::perm_options::add);
 }
 
-TEST_F(StoreFileTest, AStoreOpenedForReadingRefusesWritesAndKeepsItsContent)
+TEST_F(StoreFileTest, AReadOnlyStoreRefusesWrites)
 {
     Store().Messages().Create({Inbox, false}, Mail("kept"));
     m_store.reset();
@@ -180,14 +180,14 @@ TEST_F(StoreFileTest, AStoreOpenedForReadingRefusesWritesAndKeepsItsContent)
     EXPECT_EQ(Store().Folders().Info(Inbox).messages, 1u);
 }
 
-TEST_F(StoreFileTest, CreatingOverAFileIsRefusedAndLeavesItAlone)
+TEST_F(StoreFileTest, CreatingOverAFileIsRefused)
 {
     Write(Path("mine.txt"), "mine");
     EXPECT_EQ(CodeOf([&] { StoreFile::Create(Path("mine.txt"), "x", {}); }), MAPI_E_COLLISION);
     EXPECT_EQ(Read(Path("mine.txt")), "mine");
 }
 
-TEST_F(StoreFileTest, CreatingWhereNothingCanBeMadeLeavesNothing)
+TEST_F(StoreFileTest, FailedCreationLeavesNothing)
 {
     EXPECT_EQ(CodeOf([&] { StoreFile::Create(m_folder.Path() + "/no/such/folder.zeb", "x", {}); }), MAPI_E_NO_ACCESS);
 }
@@ -203,7 +203,7 @@ TEST_F(StoreFileTest, TwoConnectionsSeeEachOthersCommits)
     EXPECT_EQ(Store().Folders().Info(Inbox).messages, 2u);
 }
 
-TEST_F(StoreFileTest, ReceiveFoldersGoByTheLongestClass)
+TEST_F(StoreFileTest, TheLongestClassDecidesTheFolder)
 {
     const FolderId reports = Store().Folders().Create(IdOf(StandardFolder::IpmSubtree), Named("Reports"));
     Store().ReceiveFolders().Set("IPM.Report", reports);
@@ -219,7 +219,7 @@ TEST_F(StoreFileTest, ReceiveFoldersGoByTheLongestClass)
     EXPECT_EQ(CodeOf([&] { Store().ReceiveFolders().Set("IPM.X", 999); }), MAPI_E_NOT_FOUND);
 }
 
-TEST_F(StoreFileTest, TheWholeCheckFindsWhatIsWrong)
+TEST_F(StoreFileTest, TheWholeCheckFindsFaults)
 {
     MessageContent content = Mail("checked");
     content.properties.SetEncoded(PR_BODY_W, std::string(9000, 'b'));
@@ -254,7 +254,7 @@ TEST_F(StoreFileTest, TheWholeCheckFindsWhatIsWrong)
     }
 }
 
-TEST_F(StoreFileTest, FullDurabilityIsASettingOfTheConnection)
+TEST_F(StoreFileTest, FullDurabilityIsAConnectionSetting)
 {
     StoreFile::OpenOptions options;
     options.fullDurability = true;

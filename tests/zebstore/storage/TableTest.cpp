@@ -81,7 +81,7 @@ protected:
 
 using Numbers = std::vector<LONG>;
 
-TEST_F(TableTest, RowsComeInTheOrderInWhichTheyWereSaved)
+TEST_F(TableTest, RowsComeInSavedOrder)
 {
     Fill(5);
     const auto table = Contents();
@@ -104,7 +104,7 @@ TEST_F(TableTest, AnEmptyTableGivesNoRows)
     EXPECT_EQ(sought, 0);
 }
 
-TEST_F(TableTest, RowsBeforeTheCursorAreReadBackwards)
+TEST_F(TableTest, RowsAreReadBackwards)
 {
     Fill(6);
     const auto table = Contents();
@@ -116,7 +116,7 @@ TEST_F(TableTest, RowsBeforeTheCursorAreReadBackwards)
     EXPECT_EQ(Rows(*table, -9), Numbers{0});
 }
 
-TEST_F(TableTest, SeekingStopsAtTheEndsAndSaysHowFarItWent)
+TEST_F(TableTest, SeekingStopsAtTheEnds)
 {
     Fill(6);
     const auto table = Contents();
@@ -149,7 +149,7 @@ TEST_F(TableTest, SeekingByParts)
     EXPECT_EQ(table->SeekRowApprox(1, 0), MAPI_E_INVALID_PARAMETER);
 }
 
-TEST_F(TableTest, SortingGoesByEveryKeyInItsDirection)
+TEST_F(TableTest, SortingUsesEveryKeysDirection)
 {
     Fill(6);
     const auto table = Contents();
@@ -168,7 +168,7 @@ TEST_F(TableTest, SortingGoesByEveryKeyInItsDirection)
     EXPECT_EQ(Rows(*table, 2), (Numbers{0, 1}));
 }
 
-TEST_F(TableTest, CategoriesAreTooComplexAndLeaveTheOrder)
+TEST_F(TableTest, CategoriesAreTooComplex)
 {
     Fill(3);
     const auto table = Contents();
@@ -179,7 +179,7 @@ TEST_F(TableTest, CategoriesAreTooComplexAndLeaveTheOrder)
     EXPECT_EQ(table->CollapseRow(0, nullptr, 0, nullptr), MAPI_E_NO_SUPPORT);
 }
 
-TEST_F(TableTest, ARestrictionStaysUntilItIsTakenAway)
+TEST_F(TableTest, ARestrictionStaysUntilRemoved)
 {
     Fill(8);
     const auto table = Contents();
@@ -232,7 +232,7 @@ TEST_F(TableTest, FindRowGoesALongWay)
     EXPECT_EQ(table->FindRow(Is(2501), BOOKMARK_BEGINNING, 0), MAPI_E_NOT_FOUND);
 }
 
-TEST_F(TableTest, CellsAreWhatTheirColumnsAskFor)
+TEST_F(TableTest, CellsFollowTheirColumns)
 {
     MessageContent content = Mail("Caf\xC3\xA9");
     content.properties.SetEncoded(PR_BODY_W, std::string(10000, 'b'));
@@ -257,7 +257,7 @@ TEST_F(TableTest, CellsAreWhatTheirColumnsAskFor)
     Free(set);
 }
 
-TEST_F(TableTest, ColumnsAreWhatWasSetOrTheDefaultInTheTablesForm)
+TEST_F(TableTest, ColumnsAreSetOrDefault)
 {
     Store().Messages().Create({Inbox, false}, Numbered(1));
     const auto narrow = Contents();
@@ -282,7 +282,7 @@ TEST_F(TableTest, ColumnsAreWhatWasSetOrTheDefaultInTheTablesForm)
     EXPECT_EQ(wide->SetColumns(nullptr, 0), MAPI_E_INVALID_PARAMETER);
 }
 
-TEST_F(TableTest, ChangesOfTheFolderShowAtTheNextCall)
+TEST_F(TableTest, TheNextCallShowsChanges)
 {
     Fill(4);
     const auto table = Contents();
@@ -297,7 +297,7 @@ TEST_F(TableTest, ChangesOfTheFolderShowAtTheNextCall)
     EXPECT_EQ(Rows(*table, 9), Numbers{10}) << "also behind the end";
 }
 
-TEST_F(TableTest, ASortedTableTakesChangesOfAnotherConnection)
+TEST_F(TableTest, SortedTablesFollowAnotherConnection)
 {
     Fill(4);
     const auto table = Contents();
@@ -347,7 +347,7 @@ TEST_F(TableTest, SortingMakesBookmarksInvalid)
     EXPECT_EQ(table->FreeBookmark(bookmark), S_OK);
 }
 
-TEST_F(TableTest, AssociatedMessagesHaveATableOfTheirOwn)
+TEST_F(TableTest, AssociatedMessagesHaveATable)
 {
     Fill(2);
     Store().Messages().Create({Inbox, true}, Numbered(50));
@@ -355,7 +355,7 @@ TEST_F(TableTest, AssociatedMessagesHaveATableOfTheirOwn)
     EXPECT_EQ(Count(*Contents()), 2u);
 }
 
-TEST_F(TableTest, RecipientsAndAttachmentsAnswerASubRestriction)
+TEST_F(TableTest, RecipientsAndAttachmentsAnswerSubRestrictions)
 {
     Fill(1);
     MessageContent content = Numbered(7);
@@ -404,7 +404,7 @@ TEST_F(TableTest, TheHierarchyShowsDepthAndCounts)
     EXPECT_EQ(Count(*table), 1u);
 }
 
-TEST_F(TableTest, AnAllocationThatFailsLeavesTheCursorAndNothingBehind)
+TEST_F(TableTest, AFailedAllocationLeavesTheCursor)
 {
     Fill(5);
     const auto table = Contents();
@@ -437,7 +437,7 @@ TEST_F(TableTest, AnAllocationThatFailsLeavesTheCursorAndNothingBehind)
     EXPECT_EQ(failed, 4) << "the set and each of its rows";
 }
 
-TEST_F(TableTest, RowsInMemoryAreReplacedUnderOpenTables)
+TEST_F(TableTest, MemoryRowsAreReplacedUnderTables)
 {
     const auto row = [](LONG number)
     {
@@ -454,7 +454,7 @@ TEST_F(TableTest, RowsInMemoryAreReplacedUnderOpenTables)
     EXPECT_EQ(CodeOf([&] { rows->Replace({row(1)}, {1, 2}); }), MAPI_E_INVALID_PARAMETER);
 }
 
-TEST_F(TableTest, ATableSaysWhatItIsAndWhatItDoesNotTake)
+TEST_F(TableTest, ATableStatesItsLimits)
 {
     const auto table = Contents();
     ULONG_PTR connection = 1;
@@ -469,7 +469,7 @@ TEST_F(TableTest, ATableSaysWhatItIsAndWhatItDoesNotTake)
     EXPECT_EQ(table->GetRowCount(0x40, &type), MAPI_E_UNKNOWN_FLAGS);
 }
 
-TEST_F(TableTest, AnOpenTableTakesEightBytesARow)
+TEST_F(TableTest, EachTableRowTakesEightBytes)
 {
     Fill(3000);
     TableView view(MakeContentsRows(m_store, {Inbox, false}, nullptr));

@@ -52,7 +52,7 @@ protected:
     }
 };
 
-TEST_F(TableViewTest, SyncReturnsEachChangeWithItsPrior)
+TEST_F(TableViewTest, SyncReturnsChangesWithTheirPrior)
 {
     const MessageId first = Create("a");
     TableView view(Rows());
@@ -77,7 +77,7 @@ TEST_F(TableViewTest, SyncReturnsEachChangeWithItsPrior)
     EXPECT_TRUE(view.Sync().IsNone());
 }
 
-TEST_F(TableViewTest, AReplacedContentIsToldAsAWhole)
+TEST_F(TableViewTest, ReplacedContentIsReportedWhole)
 {
     Create("a");
     TableView view(Rows());
@@ -87,7 +87,7 @@ TEST_F(TableViewTest, AReplacedContentIsToldAsAWhole)
     EXPECT_EQ(view.Count(), 0u);
 }
 
-TEST_F(TableViewTest, AViewThatIsNotFollowedReturnsNothing)
+TEST_F(TableViewTest, AnUnfollowedViewReturnsNothing)
 {
     TableView view(Rows());
     Create("a");
@@ -101,7 +101,7 @@ TEST_F(TableViewTest, AViewThatIsNotFollowedReturnsNothing)
     EXPECT_EQ(view.Count(), 2u);
 }
 
-TEST_F(TableViewTest, ALoadedViewShowsTheRowsOfItsLastSync)
+TEST_F(TableViewTest, AViewShowsItsLastSync)
 {
     Create("b");
     TableView view(Rows());
@@ -113,7 +113,7 @@ TEST_F(TableViewTest, ALoadedViewShowsTheRowsOfItsLastSync)
     EXPECT_EQ(view.Count(), 2u);
 }
 
-TEST_F(TableViewTest, ACopyThatAppliesTheChangesOfASortedViewStaysEqual)
+TEST_F(TableViewTest, ACopyFollowsASortedView)
 {
     std::mt19937 random(7);
     std::vector<MessageId> messages;
@@ -145,7 +145,7 @@ TEST_F(TableViewTest, ACopyThatAppliesTheChangesOfASortedViewStaysEqual)
     }
 }
 
-TEST(RowDifference, LeadsFromTheOldOrderToTheNew)
+TEST(RowDifference, LeadsFromOldToNewOrder)
 {
     std::mt19937 random(11);
     for (int round = 0; round < 200; ++round)
@@ -164,7 +164,7 @@ TEST(RowDifference, LeadsFromTheOldOrderToTheNew)
     }
 }
 
-TEST(RowDifference, ListsAChangedRowThatStaysInItsPlace)
+TEST(RowDifference, ListsAChangedUnmovedRow)
 {
     const RowChanges changes = DifferenceOf({1, 2, 3}, {1, 2, 3}, {{Kind::Modified, 2, {}}});
     ASSERT_EQ(changes.rows.size(), 1u);
@@ -185,7 +185,7 @@ TEST(RowDifference, IsUnknownBeyond128Changes)
     EXPECT_EQ(DifferenceOf({}, after, {}).extent, Extent::Unknown);
 }
 
-TEST(ContentsKey, IsTheUpperPartOfAMessage)
+TEST(ContentsKey, IsAMessagesUpperPart)
 {
     constexpr ContentsKey contents(5, true);
     constexpr MessageId message = contents.Message(7);

@@ -41,7 +41,7 @@ TEST(TextFold, AccentsAreLeftOutWhenAsked)
 }
 
 // Sort keys in files are made by this folding: another result needs another schema version.
-TEST(TextFold, TheFoldingOfAllOfUnicodeIsThatOfTheSortKeysInFiles)
+TEST(TextFold, FoldingMatchesTheFilesSortKeys)
 {
     std::uint64_t hash = 14695981039346656037u; // FNV-1a over all folded code points
     std::uint64_t folding = 0;
@@ -64,7 +64,7 @@ TEST(TextFold, TheFoldingOfAllOfUnicodeIsThatOfTheSortKeysInFiles)
     EXPECT_EQ(hash, 4538059348495901805u);
 }
 
-TEST(TextFold, LettersThatFoldToSequencesHaveASimpleFolding)
+TEST(TextFold, LettersWithSequencesFoldSimply)
 {
     EXPECT_EQ(Folded(Utf8(0x1E9E), TextFold::IgnoreCase), Utf8(0xDF));
     EXPECT_EQ(Folded(Utf8(0x1F88), TextFold::IgnoreCase), Utf8(0x1F80));
@@ -74,7 +74,7 @@ TEST(TextFold, LettersThatFoldToSequencesHaveASimpleFolding)
     EXPECT_EQ(Folded(Utf8(0x17F), TextFold::IgnoreCase), "s");
 }
 
-TEST(TextFold, BaseLettersAreThoseOfTheCanonicalDecompositions)
+TEST(TextFold, BaseLettersFollowCanonicalDecompositions)
 {
     EXPECT_EQ(Folded(Utf8(0x1EA4), TextFold::IgnoreMarks), "A");                      // two marks
     EXPECT_EQ(Folded(Utf8(0x622), TextFold::IgnoreMarks), Utf8(0x627));               // Arabic
@@ -88,7 +88,7 @@ TEST(TextFold, BaseLettersAreThoseOfTheCanonicalDecompositions)
     EXPECT_EQ(Folded("\xED\xA0\x80", TextFold::IgnoreCaseAndMarks), "\xED\xA0\x80"); // a lone surrogate
 }
 
-TEST(TextFold, ASortKeyStandsForTheFirstCharacters)
+TEST(TextFold, SortKeysHoldTheFirstCharacters)
 {
     EXPECT_EQ(SortKey(std::string(300, 'A')), std::string(SortKeyCharacters, 'a'));
     std::string accents;
@@ -99,7 +99,7 @@ TEST(TextFold, ASortKeyStandsForTheFirstCharacters)
     EXPECT_EQ(SortKey(accents).size(), SortKeyCharacters * 2);
 }
 
-TEST(TextFold, EveryWideTextComesBackAsItWas)
+TEST(TextFold, EveryWideTextComesBack)
 {
     zeb::platform::WideString text;
     for (unsigned code = 1; code < 0x10000; ++code)
@@ -114,7 +114,7 @@ TEST(TextFold, EveryWideTextComesBackAsItWas)
     EXPECT_EQ(WideFromStored(StoredFromWide(lone, 3)), zeb::platform::WideString(lone, 3));
 }
 
-TEST(TextFold, DamagedTextNeverReadsBeyondItsEnd)
+TEST(TextFold, DamagedTextIsReadWithinBounds)
 {
     for (const std::string& damaged : {std::string("\xF0\x9F"), std::string("\xC3"), std::string("a\x80\xFFz"),
                                        std::string("\xF5\x80\x80\x80"), std::string("\xE0\x80\x80")})
@@ -125,7 +125,7 @@ TEST(TextFold, DamagedTextNeverReadsBeyondItsEnd)
     }
 }
 
-TEST(TextFold, NarrowTextGoesThroughTheSystemsCodePage)
+TEST(TextFold, NarrowTextUsesTheCodePage)
 {
     const WCHAR wide[] = {0xE4, 'b'};
     const std::string narrow = zeb::platform::NarrowFromWide(wide, 2);

@@ -49,7 +49,7 @@ protected:
     }
 };
 
-TEST_F(ValueForm, ABodyOfThreeByteCharactersIsWrittenOnceNextToParts)
+TEST_F(ValueForm, ALongBodyIsWrittenOnce)
 {
     // Around the sizes at which only the one or the other form is over the limit.
     for (const size_t characters : {size_t(1365), size_t(1366), size_t(1700), size_t(2048), size_t(2049), size_t(5000)})
@@ -76,7 +76,7 @@ TEST_F(ValueForm, ABodyOfThreeByteCharactersIsWrittenOnceNextToParts)
     }
 }
 
-TEST_F(ValueForm, ANewMessageKnowsItsPartsAndTheirSize)
+TEST_F(ValueForm, ANewMessageKnowsItsParts)
 {
     MessageContent content = WithBody("text");
     content.recipients = std::vector<PropertySet>{Named("Ada"), Named("Boris")};
@@ -91,7 +91,7 @@ TEST_F(ValueForm, ANewMessageKnowsItsPartsAndTheirSize)
     EXPECT_GT(stored.Long(PR_MESSAGE_SIZE), Store().Messages().Load(bare).properties.Long(PR_MESSAGE_SIZE));
 }
 
-TEST_F(ValueForm, TheSizeOfAMessageDoesNotCountChecksums)
+TEST_F(ValueForm, AMessagesSizeExcludesChecksums)
 {
     PropertySet type;
     type.SetLong(PR_RECIPIENT_TYPE, MAPI_TO);
@@ -105,7 +105,7 @@ TEST_F(ValueForm, TheSizeOfAMessageDoesNotCountChecksums)
               4 + 8 + 4);
 }
 
-TEST_F(ValueForm, TheFormDoesNotDependOnHowTheValueWasGiven)
+TEST_F(ValueForm, TheFormIgnoresTheInputForm)
 {
     const std::string text(3000, 'a'); // 3,000 bytes in the file, 6,000 in a stream
     const zeb::platform::WideString wide(3000, WCHAR('a'));
@@ -120,7 +120,7 @@ TEST_F(ValueForm, TheFormDoesNotDependOnHowTheValueWasGiven)
     EXPECT_EQ(Store().Messages().Load(whole).properties.Text(PR_BODY_W), text);
 }
 
-TEST_F(ValueForm, TheFormAndTheSizeStayWhenAMessageIsSavedAgain)
+TEST_F(ValueForm, FormAndSizeSurviveAnotherSave)
 {
     for (const std::string& body : {ThreeByteText(1365), ThreeByteText(1700), ThreeByteText(3000),
                                     std::string(3000, 'a'), std::string(9000, 'a')})
@@ -139,7 +139,7 @@ TEST_F(ValueForm, TheFormAndTheSizeStayWhenAMessageIsSavedAgain)
     }
 }
 
-TEST_F(ValueForm, NarrowTextIsJudgedLikeWideText)
+TEST_F(ValueForm, NarrowTextIsTreatedLikeWide)
 {
     std::string narrow;
     const WCHAR letter[] = {0xE4};

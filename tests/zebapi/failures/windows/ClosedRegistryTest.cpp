@@ -62,12 +62,12 @@ protected:
 
 } // namespace
 
-TEST_F(ClosedRegistry, WithNothingClosedTheNameIsRead)
+TEST_F(ClosedRegistry, NothingClosedReadsTheName)
 {
     EXPECT_EQ(std::string(m_names.GetDefaultProfile()), "New");
 }
 
-TEST_F(ClosedRegistry, WhatIsClosedToThisUserReadsAsAbsent)
+TEST_F(ClosedRegistry, KeysClosedToUsersAreAbsent)
 {
     EXPECT_EQ(DefaultWith(OpenVersionKey, ERROR_ACCESS_DENIED), "Old");
     EXPECT_EQ(DefaultWith(ReadVersion, ERROR_ACCESS_DENIED), "Old");
@@ -76,14 +76,14 @@ TEST_F(ClosedRegistry, WhatIsClosedToThisUserReadsAsAbsent)
     EXPECT_EQ(log.CountBeginning("THROW"), 0u);
 }
 
-TEST_F(ClosedRegistry, AnotherStatusIsAFailureThatNamesTheKey)
+TEST_F(ClosedRegistry, AnotherStatusNamesTheKey)
 {
     EXPECT_THAT(DefaultWith(OpenVersionKey, ERROR_BADDB), HasSubstr("'Outlook.Application\\CurVer'"));
     EXPECT_THAT(DefaultWith(OpenProfilesKey, ERROR_BADDB), HasSubstr("'Software\\Microsoft\\Office\\15.0\\Outlook'"));
     EXPECT_EQ(DefaultWith(ReadDefault, ERROR_BADKEY), "") << "a value that cannot be read is none";
 }
 
-TEST_F(ClosedRegistry, TheSearchPassesOverAKeyThatIsClosedAndEndsWithAnotherStatus)
+TEST_F(ClosedRegistry, TheSearchSkipsOnlyClosedKeys)
 {
     const std::string path = Install(ProviderFile::Undecorated());
     EnumOfficeBitness bitness = OfficeBitnessNone;
