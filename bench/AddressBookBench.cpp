@@ -11,7 +11,7 @@ namespace bench
 namespace
 {
 
-constexpr LONG kFirstRows = 50;
+constexpr LONG FirstRows = 50;
 
 /// A session on a store whose global address list has `count` users. Created through the provider and kept as
 /// FOLDER/addresses-COUNT.zeb.
@@ -78,8 +78,8 @@ double OpenOnce(AddressBookOf& addresses)
             throw std::runtime_error("The address book did not count every entry.");
         }
         CZebRowSet rows;
-        table.QueryRows(&rows, kFirstRows, nullptr, nullptr);
-        if (rows.Count() != static_cast<ULONG>(kFirstRows))
+        table.QueryRows(&rows, FirstRows, nullptr, nullptr);
+        if (rows.Count() != static_cast<ULONG>(FirstRows))
         {
             throw std::runtime_error("The address book did not give its first rows.");
         }

@@ -14,9 +14,9 @@ namespace bench
 namespace
 {
 
-constexpr ULONG kWindow = 50;
-constexpr ULONG kBefore = 25;
-constexpr ULONG kSubject = 1;
+constexpr ULONG Window = 50;
+constexpr ULONG Before = 25;
+constexpr ULONG Subject = 1;
 /// Passes over all indexes of a cached-hit round.
 constexpr int PassesPerRound = 10;
 
@@ -62,7 +62,7 @@ struct Tables
     ULONG QueryByHand(const Use& use)
     {
         SRowSet* rows = nullptr;
-        Check(hand->QueryRows(kWindow, 0, &rows));
+        Check(hand->QueryRows(Window, 0, &rows));
         const ULONG read = rows->cRows;
         use(*rows);
         for (ULONG i = 0; i < read; ++i)
@@ -79,7 +79,7 @@ struct Tables
         {
             for (ULONG i = 0; i < count; ++i)
             {
-                sum += cached[i].TagAt(kSubject);
+                sum += cached[i].TagAt(Subject);
             }
         });
     }
@@ -92,7 +92,7 @@ struct Tables
             {
                 for (ULONG i = 0; i < rows.cRows; ++i)
                 {
-                    sum += RowOf(rows, i).lpProps[kSubject].ulPropTag;
+                    sum += RowOf(rows, i).lpProps[Subject].ulPropTag;
                 }
             };
             while (QueryByHand(addUp) != 0)
@@ -106,7 +106,7 @@ struct Tables
         {
             for (const ULONG index : indexes)
             {
-                sum += cached[index].TagAt(kSubject);
+                sum += cached[index].TagAt(Subject);
             }
         });
     }
@@ -116,10 +116,9 @@ struct Tables
         {
             for (const ULONG index : indexes)
             {
-                const ULONG start = index > kBefore ? index - kBefore : 0;
+                const ULONG start = index > Before ? index - Before : 0;
                 Check(hand->SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(start), nullptr));
-                QueryByHand([&](const SRowSet& rows)
-                { sum += RowOf(rows, index - start).lpProps[kSubject].ulPropTag; });
+                QueryByHand([&](const SRowSet& rows) { sum += RowOf(rows, index - start).lpProps[Subject].ulPropTag; });
             }
         });
     }
@@ -163,9 +162,9 @@ struct Hits
     {
         cached = static_cast<const CZebTable&>(tables.cached);
         cached.m_count = tables.count;
-        Check(tables.hand->QueryRows(kWindow, 0, &rows));
+        Check(tables.hand->QueryRows(Window, 0, &rows));
         std::mt19937 random(20260101);
-        std::uniform_int_distribution<ULONG> any(0, kWindow - 1);
+        std::uniform_int_distribution<ULONG> any(0, Window - 1);
         for (ULONG& index : order)
         {
             index = any(random);
@@ -203,11 +202,11 @@ struct Hits
     double Cached(ULONG rounds)
     {
         CZebCachedTable& table = cached;
-        Keep(table[0].TagAt(kSubject));
+        Keep(table[0].TagAt(Subject));
         unsigned long long counts = 0;
         unsigned long long sum = 0;
         const double counting = Each(rounds, counts, [&](ULONG) { return table.GetRowCount(); });
-        const double reading = Each(rounds, sum, [&](ULONG index) { return table[index].TagAt(kSubject); });
+        const double reading = Each(rounds, sum, [&](ULONG index) { return table[index].TagAt(Subject); });
         Tables::Expect(sum, rounds * PassesPerRound * std::size(order));
         return reading - counting;
     }
@@ -215,7 +214,7 @@ struct Hits
     {
         unsigned long long sum = 0;
         const double reading =
-            Each(rounds, sum, [&](ULONG index) { return RowOf(*rows, index).lpProps[kSubject].ulPropTag; });
+            Each(rounds, sum, [&](ULONG index) { return RowOf(*rows, index).lpProps[Subject].ulPropTag; });
         Tables::Expect(sum, rounds * PassesPerRound * std::size(order));
         return reading;
     }
@@ -249,12 +248,12 @@ Measurement CachedRandom(const Options& options)
     // The same rows for both ways; no two are close enough to share a window.
     auto indexes = std::make_shared<std::vector<ULONG>>();
     std::mt19937 random(20260101);
-    std::uniform_int_distribution<ULONG> any(kBefore, tables->count - kWindow);
+    std::uniform_int_distribution<ULONG> any(Before, tables->count - Window);
     for (int i = 0; i < (options.brief ? 50 : 2000); ++i)
     {
         const ULONG index = any(random);
         const ULONG last = indexes->empty() ? 0 : indexes->back();
-        if (index > last + kWindow || index + kWindow < last)
+        if (index > last + Window || index + Window < last)
         {
             indexes->push_back(index);
         }

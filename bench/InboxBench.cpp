@@ -10,8 +10,8 @@ namespace bench
 namespace
 {
 
-constexpr ULONG kColumns = 5;
-constexpr LONG kBatch = 1000;
+constexpr ULONG Columns = 5;
+constexpr LONG Batch = 1000;
 
 unsigned long long Sum(const WCHAR* text)
 {
@@ -27,13 +27,13 @@ unsigned long long Sum(const FILETIME& time)
 unsigned long long ReadByLibrary(CZebFolder& inbox, ULONG& rowsRead)
 {
     CZebTable table = inbox.GetContentsTable(MAPI_UNICODE);
-    table.SetColumns(kColumns, PR_SUBJECT_W, PR_SENDER_NAME_W, PR_MESSAGE_CLASS_W, PR_MESSAGE_DELIVERY_TIME,
+    table.SetColumns(Columns, PR_SUBJECT_W, PR_SENDER_NAME_W, PR_MESSAGE_CLASS_W, PR_MESSAGE_DELIVERY_TIME,
                      PR_IMPORTANCE);
     unsigned long long sum = 0;
     for (;;)
     {
         CZebRowSet rows;
-        table.QueryRows(&rows, kBatch, nullptr, nullptr);
+        table.QueryRows(&rows, Batch, nullptr, nullptr);
         const ULONG count = rows.Count();
         if (count == 0)
         {
@@ -75,14 +75,14 @@ unsigned long long ReadByHand(IMAPIContainer& inbox, ULONG& rowsRead)
 {
     IMAPITable* table = nullptr;
     Check(inbox.GetContentsTable(MAPI_UNICODE, &table));
-    SizedSPropTagArray(kColumns, columns) = {
-        kColumns, {PR_SUBJECT_W, PR_SENDER_NAME_W, PR_MESSAGE_CLASS_W, PR_MESSAGE_DELIVERY_TIME, PR_IMPORTANCE}};
+    SizedSPropTagArray(Columns, columns) = {
+        Columns, {PR_SUBJECT_W, PR_SENDER_NAME_W, PR_MESSAGE_CLASS_W, PR_MESSAGE_DELIVERY_TIME, PR_IMPORTANCE}};
     Check(table->SetColumns(reinterpret_cast<SPropTagArray*>(&columns), 0));
     unsigned long long sum = 0;
     for (;;)
     {
         SRowSet* rows = nullptr;
-        Check(table->QueryRows(kBatch, 0, &rows));
+        Check(table->QueryRows(Batch, 0, &rows));
         const ULONG count = rows->cRows;
         rowsRead += count;
         for (ULONG i = 0; i < count; ++i)

@@ -147,7 +147,7 @@ std::string TextByHand(const SPropValue& value)
     }
 }
 
-constexpr ULONG kArraySize = 50;
+constexpr ULONG ArraySize = 50;
 
 /// Property `i` of those that are set: a number, a flag, a text, a date or a binary.
 ULONG ArrayTag(ULONG i)
@@ -156,19 +156,19 @@ ULONG ArrayTag(ULONG i)
     return PROP_TAG(types[i % 5], 0x6100 + i);
 }
 
-const char kArrayText[] = "the minutes of the meeting";
+const char ArrayText[] = "the minutes of the meeting";
 BYTE g_arrayBytes[16] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
 
 void BuildByLibrary(CZebMessage& message)
 {
-    CZebPropValArray values(kArraySize);
+    CZebPropValArray values(ArraySize);
     const FILETIME time = {1000, 29000000};
     const SBinary binary = {sizeof g_arrayBytes, g_arrayBytes};
-    for (ULONG i = 0; i < kArraySize; i += 5)
+    for (ULONG i = 0; i < ArraySize; i += 5)
     {
         values[ArrayTag(i)] = static_cast<LONG>(i);
         values[ArrayTag(i + 1)] = true;
-        values[ArrayTag(i + 2)] = kArrayText;
+        values[ArrayTag(i + 2)] = ArrayText;
         values[ArrayTag(i + 3)] = time;
         values[ArrayTag(i + 4)] = binary;
     }
@@ -178,20 +178,20 @@ void BuildByLibrary(CZebMessage& message)
 /// Nothing is copied: the provider copies what it is given.
 void BuildByHand(IMAPIProp& message)
 {
-    auto* values = static_cast<SPropValue*>(Zeb_MemAllocate(kArraySize * sizeof(SPropValue), nullptr));
-    for (ULONG i = 0; i < kArraySize; ++i)
+    auto* values = static_cast<SPropValue*>(Zeb_MemAllocate(ArraySize * sizeof(SPropValue), nullptr));
+    for (ULONG i = 0; i < ArraySize; ++i)
     {
         values[i].ulPropTag = ArrayTag(i);
     }
-    for (ULONG i = 0; i < kArraySize; i += 5)
+    for (ULONG i = 0; i < ArraySize; i += 5)
     {
         values[i].Value.l = static_cast<LONG>(i);
         values[i + 1].Value.b = 1;
-        values[i + 2].Value.lpszA = const_cast<char*>(kArrayText);
+        values[i + 2].Value.lpszA = const_cast<char*>(ArrayText);
         values[i + 3].Value.ft = {1000, 29000000};
         values[i + 4].Value.bin = {sizeof g_arrayBytes, g_arrayBytes};
     }
-    const HRESULT result = message.SetProps(kArraySize, values, nullptr);
+    const HRESULT result = message.SetProps(ArraySize, values, nullptr);
     Zeb_MemFree(values);
     if (FAILED(result))
     {
@@ -242,10 +242,10 @@ struct DumpedID
     std::string address;
 };
 
-const char kOneOffUID[] = "812B1FA4BEA310199D6E00DD010F5402";
-const char kStoreUID[] = "38A1BB1005E5101AA1BB08002B2A56C2";
-const char kContactUID[] = "FE42AA0A18C71A10E8850B651C240000";
-const char kDatabaseUID[] = "0102030405060708090A0B0C0D0E0F10";
+const char OneOffUID[] = "812B1FA4BEA310199D6E00DD010F5402";
+const char StoreUID[] = "38A1BB1005E5101AA1BB08002B2A56C2";
+const char ContactUID[] = "FE42AA0A18C71A10E8850B651C240000";
+const char DatabaseUID[] = "0102030405060708090A0B0C0D0E0F10";
 
 std::string Terminated(const std::string& text)
 {
@@ -260,7 +260,7 @@ std::string OneOffByHand(const DumpedID& id)
                   "  ProviderUID: %s\r\n  Object:  CEntryIDOneOffRecipientObject\r\n    Unicode: %s\r\n"
                   "    CEntryIDOneOffInfo\r\n    DisplayName: %s\r\n    AddressType: %s\r\n"
                   "    EmailAddress=%s\r\n",
-                  id.hex.c_str(), "eidtOneOff", "No", "No", kOneOffUID, "No", id.name.c_str(), id.type.c_str(),
+                  id.hex.c_str(), "eidtOneOff", "No", "No", OneOffUID, "No", id.name.c_str(), id.type.c_str(),
                   id.address.c_str());
     return text;
 }
@@ -273,7 +273,7 @@ std::string StoreByHand(const DumpedID& id)
                   "  ProviderUID: %s\r\n  Object:  CEntryIDMessageDatabaseObject\r\n    DLLFileName: %s\r\n"
                   "    bIsExchange: %s\r\n    WrappedProviderUID = %s\r\n    ServerShortname = %s\r\n"
                   "    MailboxDN = %s\r\n",
-                  id.hex.c_str(), "eidtMessageDatabase", "No", "No", kStoreUID, id.type.c_str(), "Yes", kDatabaseUID,
+                  id.hex.c_str(), "eidtMessageDatabase", "No", "No", StoreUID, id.type.c_str(), "Yes", DatabaseUID,
                   id.name.c_str(), id.address.c_str());
     return text;
 }
@@ -290,8 +290,8 @@ std::string ContactByHand(const DumpedID& id)
                   "      Object:      CEntryIDData\r\n        Type: 0x%08X\r\n        Object:\r\n"
                   "        CEntryIDMessageObject\r\n          FolderDatabaseGUID: %s\r\n"
                   "          MessageDatabaseGUID: %s\r\n          TODO: dump more there...\r\n",
-                  id.hex.c_str(), "eidtContact", "No", "No", kContactUID, 3u, "CONTAB_USER", 4u, 1u, 70u,
-                  id.name.c_str(), "eidtMessage", "No", "No", kDatabaseUID, 3u, kDatabaseUID, kDatabaseUID);
+                  id.hex.c_str(), "eidtContact", "No", "No", ContactUID, 3u, "CONTAB_USER", 4u, 1u, 70u,
+                  id.name.c_str(), "eidtMessage", "No", "No", DatabaseUID, 3u, DatabaseUID, DatabaseUID);
     return text;
 }
 
@@ -304,16 +304,16 @@ struct DumpCase
 std::vector<DumpCase> MakeDumpCases()
 {
     DumpedID oneOff = {"", "Maria Lokay", "SMTP", "maria.lokay@example.org"};
-    oneOff.hex = "00000000" + std::string(kOneOffUID) + "00000000" + Terminated(oneOff.name) + Terminated(oneOff.type) +
+    oneOff.hex = "00000000" + std::string(OneOffUID) + "00000000" + Terminated(oneOff.name) + Terminated(oneOff.type) +
                  Terminated(oneOff.address);
     DumpedID store = {"", "SERVER01", "emsmdb.dll", "/o=Example/ou=First/cn=Recipients/cn=mlokay"};
-    store.hex = "00000000" + std::string(kStoreUID) + "0000" + Terminated(store.type) + "000000" + "01000000" +
-                kDatabaseUID + "0C000000" + Terminated(store.name) + Terminated(store.address);
+    store.hex = "00000000" + std::string(StoreUID) + "0000" + Terminated(store.type) + "000000" + "01000000" +
+                DatabaseUID + "0C000000" + Terminated(store.name) + Terminated(store.address);
     DumpedID contact;
-    contact.name = "00000000" + std::string(kDatabaseUID) + "0300" + kDatabaseUID + "0000000001000000" + kDatabaseUID +
+    contact.name = "00000000" + std::string(DatabaseUID) + "0300" + DatabaseUID + "0000000001000000" + DatabaseUID +
                    "0000000002000000";
     contact.hex =
-        "00000000" + std::string(kContactUID) + "03000000" + "04000000" + "01000000" + "46000000" + contact.name;
+        "00000000" + std::string(ContactUID) + "03000000" + "04000000" + "01000000" + "46000000" + contact.name;
     return {{oneOff, OneOffByHand}, {store, StoreByHand}, {contact, ContactByHand}};
 }
 

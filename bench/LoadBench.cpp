@@ -17,7 +17,7 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 
-const char* const kWords[] = {"budget", "meeting", "contract", "draft", "schedule", "review", "invoice", "travel"};
+const char* const Words[] = {"budget", "meeting", "contract", "draft", "schedule", "review", "invoice", "travel"};
 
 /// One message as the tool reads it.
 std::string LineOf(ULONG number)
@@ -32,8 +32,8 @@ std::string LineOf(ULONG number)
                   "\"PR_MESSAGE_DELIVERY_TIME\":\"0x%016llX\",\"PR_CLIENT_SUBMIT_TIME\":\"0x%016llX\","
                   "\"PR_IMPORTANCE\":%u,\"PR_MESSAGE_FLAGS\":%u,\"0x1035001F\":\"<%08x.%08x@example.org>\","
                   "\"PR_SEARCH_KEY\":\"%08X%08X\",\"PR_BODY\":\"The %s is attached. Please read it.\"}}\n",
-                  kWords[mixed >> 29], kWords[(mixed >> 26) & 7], mixed % 53, number, mixed % 97, mixed % 97, date,
-                  date, mixed % 3, mixed & 1, number, mixed, number, mixed, kWords[(mixed >> 23) & 7]);
+                  Words[mixed >> 29], Words[(mixed >> 26) & 7], mixed % 53, number, mixed % 97, mixed % 97, date, date,
+                  mixed % 3, mixed & 1, number, mixed, number, mixed, Words[(mixed >> 23) & 7]);
     return text;
 }
 

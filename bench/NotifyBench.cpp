@@ -13,7 +13,7 @@ namespace bench
 namespace
 {
 
-constexpr LONG kWindow = 50;
+constexpr LONG Window = 50;
 
 void Sort(CZebTable& table)
 {
@@ -104,8 +104,8 @@ double ReadAnew(StoreOf& store)
         CZebTable table = store.Inbox().GetContentsTable(MAPI_UNICODE);
         Sort(table);
         CZebRowSet rows;
-        table.QueryRows(&rows, kWindow, nullptr, nullptr);
-        if (rows.Count() != kWindow)
+        table.QueryRows(&rows, Window, nullptr, nullptr);
+        if (rows.Count() != Window)
         {
             throw std::runtime_error("A window did not hold the rows it should.");
         }

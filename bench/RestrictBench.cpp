@@ -13,9 +13,9 @@ namespace
 {
 
 /// A word in one subject of eight, and the middle of the dates.
-constexpr const char* kWord = "budget";
-constexpr long long kSince = 132000000000000000ll + (1ll << 31) * 10000000ll;
-constexpr LONG kWindow = 50;
+constexpr const char* Word = "budget";
+constexpr long long Since = 132000000000000000ll + (1ll << 31) * 10000000ll;
+constexpr LONG Window = 50;
 
 /// Restricts a new table, counts its rows and reads the first ones.
 size_t RestrictByTable(StoreOf& store)
@@ -25,13 +25,13 @@ size_t RestrictByTable(StoreOf& store)
     CZebRestrictionAllocator both;
     both.Allocate();
     both.CreateAnd(2);
-    both[0].CreateContent(PR_SUBJECT_A, kWord, FL_SUBSTRING | FL_IGNORECASE);
-    const FILETIME since = {static_cast<DWORD>(kSince), static_cast<DWORD>(kSince >> 32)};
+    both[0].CreateContent(PR_SUBJECT_A, Word, FL_SUBSTRING | FL_IGNORECASE);
+    const FILETIME since = {static_cast<DWORD>(Since), static_cast<DWORD>(Since >> 32)};
     both[1].CreateProp(PR_MESSAGE_DELIVERY_TIME, RELOP_GE) = since;
     table.Restrict(both, 0);
     const ULONG count = table.GetRowCount();
     CZebRowSet rows;
-    table.QueryRows(&rows, kWindow, nullptr, nullptr);
+    table.QueryRows(&rows, Window, nullptr, nullptr);
     Keep(rows.Count());
     return count;
 }
@@ -41,8 +41,8 @@ size_t RestrictBySql(sqlite3* database)
 {
     SqlStatement select = SqlPrepare(database, "SELECT id FROM message WHERE instr(subject, ?) > 0 "
                                                "AND delivered >= ? ORDER BY id");
-    SqlCheck(database, sqlite3_bind_text(select.get(), 1, kWord, -1, SQLITE_STATIC));
-    SqlCheck(database, sqlite3_bind_int64(select.get(), 2, kSince));
+    SqlCheck(database, sqlite3_bind_text(select.get(), 1, Word, -1, SQLITE_STATIC));
+    SqlCheck(database, sqlite3_bind_int64(select.get(), 2, Since));
     std::vector<long long> keys;
     int code = SQLITE_ROW;
     while ((code = sqlite3_step(select.get())) == SQLITE_ROW)

@@ -17,9 +17,9 @@ namespace bench
 namespace
 {
 
-const char* const kSenders[] = {"Ada Brandt", "Boris Cole", "Chen Wei", "Dana Ford", "Emil Gray", "Fatima Haddad"};
-const char* const kWords[] = {"budget", "meeting",  "contract", "draft",  "schedule", "review", "invoice", "travel",
-                              "report", "question", "answer",   "agenda", "summary",  "launch", "update",  "minutes"};
+const char* const Senders[] = {"Ada Brandt", "Boris Cole", "Chen Wei", "Dana Ford", "Emil Gray", "Fatima Haddad"};
+const char* const Words[] = {"budget", "meeting",  "contract", "draft",  "schedule", "review", "invoice", "travel",
+                             "report", "question", "answer",   "agenda", "summary",  "launch", "update",  "minutes"};
 
 /// A reproducible scramble of `number` (a 32-bit finaliser), so that neither subjects nor dates come in order.
 ULONG Scramble(ULONG number)
@@ -49,7 +49,7 @@ void Check(HRESULT result, const char* what)
 
 } // namespace
 
-const ULONG kMessageTags[12] = {
+const ULONG MessageTags[12] = {
     PR_SUBJECT_W,     PR_MESSAGE_CLASS_W,       PR_SENDER_NAME_W,      PR_SENDER_EMAIL_ADDRESS_W,
     PR_DISPLAY_TO_W,  PR_MESSAGE_DELIVERY_TIME, PR_CLIENT_SUBMIT_TIME, PR_IMPORTANCE,
     PR_MESSAGE_FLAGS, PR_INTERNET_MESSAGE_ID_W, PR_SEARCH_KEY,         PR_BODY_W};
@@ -57,13 +57,13 @@ const ULONG kMessageTags[12] = {
 void FillMessage(CZebPropValArray& values, ULONG number)
 {
     const ULONG mixed = Scramble(number);
-    const char* sender = kSenders[mixed % 6];
+    const char* sender = Senders[mixed % 6];
     CStringA subject, address, identifier, body;
-    subject.Format("%s %s of week %u (%08x)", kWords[mixed % 16], kWords[(mixed >> 4) % 16], mixed % 53, number);
+    subject.Format("%s %s of week %u (%08x)", Words[mixed % 16], Words[(mixed >> 4) % 16], mixed % 53, number);
     address.Format("%.4s%u@example.org", sender, mixed % 97);
     identifier.Format("<%08x.%08x@example.org>", number, mixed);
-    body.Format("The %s is attached. Please read it before the %s on day %u.", kWords[(mixed >> 8) % 16],
-                kWords[(mixed >> 12) % 16], mixed % 28);
+    body.Format("The %s is attached. Please read it before the %s on day %u.", Words[(mixed >> 8) % 16],
+                Words[(mixed >> 12) % 16], mixed % 28);
     const auto wide = [](const CStringA& text)
     {
         std::basic_string<WCHAR> result;

@@ -12,7 +12,7 @@ namespace bench
 void UseOwnRegistry(const std::string& folder);
 
 /// The tags of the twelve properties that every message of a benchmark store has.
-extern const ULONG kMessageTags[12];
+extern const ULONG MessageTags[12];
 
 /// Writes the properties of message number `number`; the same number gives the same message.
 /// The values are linked to `values`' own buffer.

@@ -13,7 +13,7 @@ namespace bench
 namespace
 {
 
-constexpr LONG kWindow = 50;
+constexpr LONG Window = 50;
 
 std::shared_ptr<StoreOf> Large(const Options& options)
 {
@@ -33,7 +33,7 @@ void SetListColumns(CZebTable& table)
 void ReadWindow(CZebTable& table, ULONG expected)
 {
     CZebRowSet rows;
-    table.QueryRows(&rows, kWindow, nullptr, nullptr);
+    table.QueryRows(&rows, Window, nullptr, nullptr);
     if (rows.Count() != expected)
     {
         throw std::runtime_error("A window did not hold the rows it should.");
@@ -52,7 +52,7 @@ double OpenOnce(StoreOf& store)
         {
             throw std::runtime_error("The table did not count every row.");
         }
-        ReadWindow(table, kWindow);
+        ReadWindow(table, Window);
     });
 }
 
@@ -62,11 +62,11 @@ struct Sought
     explicit Sought(std::shared_ptr<StoreOf> of)
         : store(std::move(of))
         , table(store->Inbox().GetContentsTable(MAPI_UNICODE))
-        , positions(0, store->Count() - kWindow)
+        , positions(0, store->Count() - Window)
     {
         SetListColumns(table);
         table.SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(store->Count() / 2), nullptr);
-        ReadWindow(table, kWindow);
+        ReadWindow(table, Window);
     }
     double Windows(int count)
     {
@@ -75,7 +75,7 @@ struct Sought
             for (int i = 0; i < count; ++i)
             {
                 table.SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(positions(random)), nullptr);
-                ReadWindow(table, kWindow);
+                ReadWindow(table, Window);
             }
         });
     }
@@ -85,19 +85,19 @@ struct Sought
     std::uniform_int_distribution<ULONG> positions;
 };
 
-const ULONG kSortTags[] = {PR_SUBJECT_W, PR_MESSAGE_DELIVERY_TIME};
+const ULONG SortTags[] = {PR_SUBJECT_W, PR_MESSAGE_DELIVERY_TIME};
 
 double SortByTable(StoreOf& store)
 {
     return Seconds([&]
     {
-        for (const ULONG tag : kSortTags)
+        for (const ULONG tag : SortTags)
         {
             CZebTable table = store.Inbox().GetContentsTable(MAPI_UNICODE);
             SetListColumns(table);
             CZebSortOrder order(tag, TABLE_SORT_ASCEND);
             table.SortTable(order);
-            ReadWindow(table, kWindow);
+            ReadWindow(table, Window);
         }
     });
 }
@@ -172,7 +172,7 @@ Measurement StoreMemory(const Options& options)
         CZebSortOrder order(PR_SUBJECT_W, TABLE_SORT_ASCEND);
         table.SortTable(order);
         table.SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(large->Count() / 2), nullptr);
-        ReadWindow(table, kWindow);
+        ReadWindow(table, Window);
         const size_t after = HeapInUse();
         return static_cast<double>(after > before ? after - before : 0) / large->Count();
     };

@@ -16,7 +16,7 @@ struct Entry
     bench::Measurement (*make)(const bench::Options&);
 };
 
-const Entry kEntries[] = {
+const Entry Entries[] = {
     {"inbox-read", bench::InboxRead},
     {"value-read", bench::ValueRead},
     {"store-write", bench::StoreWrite},
@@ -42,7 +42,7 @@ int Measure(const bench::Options& options, const std::vector<std::string>& names
     bench::UseOwnRegistry(options.folder);
     Zeb_GetMAPI().Initialize(false);
     std::vector<bench::Outcome> outcomes;
-    for (const Entry& entry : kEntries)
+    for (const Entry& entry : Entries)
     {
         if (!names.empty() && std::find(names.begin(), names.end(), entry.name) == names.end())
         {
@@ -64,7 +64,7 @@ int main(int argc, char** argv)
     bench::Options options;
     options.folder = "build/bench";
     std::vector<std::string> known;
-    for (const Entry& entry : kEntries)
+    for (const Entry& entry : Entries)
     {
         known.push_back(entry.name);
     }

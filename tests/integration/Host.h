@@ -95,7 +95,7 @@ struct Failure
     std::string text;
     std::string context; ///< CZebException::GetContext
 };
-template <typename Body>
+template <class Body>
 Failure FailureOf(Body&& body)
 {
     try

@@ -11,10 +11,10 @@ namespace zeb::test
 namespace
 {
 
-constexpr const char* kInbox = "lokay-m/MLOKAY (Non-Privileged)/Personal";
-constexpr ULONG kMessages = 47;
+constexpr const char* Inbox = "lokay-m/MLOKAY (Non-Privileged)/Personal";
+constexpr ULONG Messages = 47;
 
-const std::string kOneOffUid = "812B1FA4BEA310199D6E00DD010F5402";
+const std::string OneOffUid = "812B1FA4BEA310199D6E00DD010F5402";
 
 /// A one-off identifier: four flag bytes, the provider UID, four more flag bytes (the top bit of the last one is the
 /// width), three terminated texts.
@@ -49,7 +49,7 @@ struct OneOff
     std::string Dump(const std::string& hex) const
     {
         return "CEntryIDInfo\r\n  EntryID: " + hex +
-               "\r\n  Type: eidtOneOff\r\n  ShortTerm: No\r\n  Compound: No\r\n  ProviderUID: " + kOneOffUid +
+               "\r\n  Type: eidtOneOff\r\n  ShortTerm: No\r\n  Compound: No\r\n  ProviderUID: " + OneOffUid +
                "\r\n  Object:  CEntryIDOneOffRecipientObject\r\n    Unicode: " + (wide ? "Yes" : "No") +
                "\r\n    CEntryIDOneOffInfo\r\n    DisplayName: " + texts[0] + "\r\n    AddressType: " + texts[1] +
                "\r\n    EmailAddress=" + texts[2] + "\r\n";
@@ -74,7 +74,7 @@ void ExpectEveryCutToDump(const std::string& hex)
         const std::string dump = DumpOf(cut);
         const std::string head =
             "CEntryIDInfo\r\n  EntryID: " + cut + "\r\n  Type: " + (header ? "eidtOneOff" : "eidtUnknown") +
-            "\r\n  ShortTerm: No\r\n  Compound: No\r\n  ProviderUID: " + (header ? kOneOffUid : std::string(32, '0')) +
+            "\r\n  ShortTerm: No\r\n  Compound: No\r\n  ProviderUID: " + (header ? OneOffUid : std::string(32, '0')) +
             "\r\n  Object:  " + (header ? "CEntryIDOneOffRecipientObject\r\n" : "<NULL>");
         EXPECT_EQ(dump.compare(0, head.size(), head), 0) << dump;
     }
@@ -86,7 +86,7 @@ protected:
     RealIdentifiers()
     {
         const std::string import = "'" + platform::OwnFolder() + "zeb-import' pst '" + ZEB_SAMPLE_PST + "' --inbox '" +
-                                   kInbox + "' > '" + File("import.log") + "' 2>&1";
+                                   Inbox + "' > '" + File("import.log") + "' 2>&1";
         EXPECT_EQ(std::system(import.c_str()), 0) << import;
     }
 
@@ -118,7 +118,7 @@ TEST_F(RealIdentifiers, OfSendersMatchTheMessage)
                      PR_SENT_REPRESENTING_EMAIL_ADDRESS_A);
     CZebRowSet rows;
     table.QueryRows(&rows, 0, nullptr, nullptr);
-    ASSERT_EQ(rows.Count(), kMessages);
+    ASSERT_EQ(rows.Count(), Messages);
     for (ULONG i = 0; i < rows.Count(); ++i)
     {
         ExpectOneOff(rows[i], PR_SENDER_ENTRYID, PR_SENDER_ADDRTYPE_A, PR_SENDER_EMAIL_ADDRESS_A);
@@ -159,7 +159,7 @@ TEST_F(RealIdentifiers, OfRecipientsMatchTheirRows)
             }
         }
     }
-    EXPECT_GT(m_wide + m_narrow, kMessages);
+    EXPECT_GT(m_wide + m_narrow, Messages);
     EXPECT_LE(m_wide + m_narrow, recipients);
 }
 

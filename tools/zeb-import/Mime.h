@@ -15,7 +15,7 @@ struct Unref
     void operator()(void* object) const { g_object_unref(object); }
 };
 /// A counted GMime object.
-template <typename T>
+template <class T>
 using GRef = std::unique_ptr<T, Unref>;
 
 struct GFree

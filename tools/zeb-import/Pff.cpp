@@ -24,7 +24,7 @@ using Entry = std::unique_ptr<libpff_record_entry_t, FreeEntry>;
 constexpr const char* Reading = "a property cannot be read";
 
 /// Calls libpff and throws when it fails.
-template <typename Call>
+template <class Call>
 int Do(Call&& call)
 {
     libpff_error_t* error = nullptr;

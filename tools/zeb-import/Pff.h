@@ -23,7 +23,7 @@ using Item = std::unique_ptr<libpff_item_t, FreeItem>;
 
 /// Takes over the item that a call returns: `call(libpff_item_t**, libpff_error_t**)`.
 /// @return empty when there is none
-template <typename Call>
+template <class Call>
 Item Take(const std::string& what, Call&& call)
 {
     libpff_item_t* raw = nullptr;
@@ -35,7 +35,7 @@ Item Take(const std::string& what, Call&& call)
 }
 
 /// A number that a call returns: `call(int*, libpff_error_t**)`.
-template <typename Call>
+template <class Call>
 int Number(const std::string& what, Call&& call)
 {
     int number = 0;

@@ -106,7 +106,7 @@ int Import(const Options& options, MailSource& source)
     return incomplete ? ExitSkipped : ExitDone;
 }
 
-template <typename Source>
+template <class Source>
 void AddKind(Command app, const std::shared_ptr<Options>& options, const char* name, const char* what,
              const char* argument)
 {

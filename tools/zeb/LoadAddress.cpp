@@ -8,7 +8,7 @@ namespace zeb::tools
 namespace
 {
 
-template <typename Interface>
+template <class Interface>
 CComPtr<Interface> Query(const CZebIProp& object, const IID& iid)
 {
     CComPtr<Interface> result;

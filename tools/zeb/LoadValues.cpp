@@ -19,7 +19,7 @@ namespace
 
 using Json = nlohmann::json;
 
-template <typename Number>
+template <class Number>
 std::string Bytes(Number number)
 {
     return std::string(reinterpret_cast<const char*>(&number), sizeof number);

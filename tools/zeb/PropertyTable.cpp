@@ -36,7 +36,7 @@ constexpr KnownNumber KnownNumbers[] = {
     {PR_ATTACH_METHOD, "AttachMethod", false}, {PR_FOLDER_TYPE, "FolderType", false},
     {PR_RESOURCE_TYPE, "ResourceType", false}};
 
-template <typename Number>
+template <class Number>
 Number NumberOf(const std::string& bytes)
 {
     Number number{};

@@ -23,7 +23,7 @@ using Json = nlohmann::json;
 
 constexpr size_t SourcePiece = 64 * 1024;
 
-template <typename Number>
+template <class Number>
 Number NumberOf(const std::string& bytes)
 {
     Number number{};
@@ -51,7 +51,7 @@ std::string Hex(const std::string& bytes)
 }
 
 /// The bits of a number as "0x" and hexadecimal digits.
-template <typename Number>
+template <class Number>
 std::string Bits(const std::string& bytes)
 {
     char text[20];

@@ -112,7 +112,7 @@ std::string FileOf(const std::string& profile)
 
 /// An export of the embedded provider for the maintenance of a store's file.
 /// @throws ToolError when the provider of this machine has no such export
-template <typename Function>
+template <class Function>
 Function* CareExport(const char* name)
 {
     const std::string path = SearchProvider().path;

@@ -187,7 +187,7 @@ AddressName ParseContact(const MAPIUID& store, const BYTE* id, size_t size)
 }
 
 // The text up to its zero; `at` is advanced past the zero.
-template <typename Character>
+template <class Character>
 std::basic_string<Character> TextAt(const BYTE* id, size_t size, size_t& at)
 {
     std::basic_string<Character> text;

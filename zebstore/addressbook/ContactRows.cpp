@@ -179,7 +179,7 @@ private:
     }
 
     /// Visits the rows after `after` in order until `visit` returns false.
-    template <typename Visit>
+    template <class Visit>
     void Walk(std::optional<RowKey> after, Visit&& visit)
     {
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());

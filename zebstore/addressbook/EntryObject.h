@@ -8,7 +8,7 @@ namespace zebstore
 {
 
 /// The base of mail users and distribution lists. Threads: any.
-template <typename Interface>
+template <class Interface>
 class EntryObject : public PropObject<Interface>
 {
 public:

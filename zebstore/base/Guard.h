@@ -17,7 +17,7 @@ HRESULT ResultOfCurrentException() noexcept;
 /// fault switch can fail it before the body runs.
 /// @param method "Interface::Method", a literal.
 /// @param body returns HRESULT, or nothing for S_OK.
-template <typename Body>
+template <class Body>
 HRESULT Guarded(const char* method, Body&& body) noexcept
 {
     const bool watched = g_callsWatched.load(std::memory_order_relaxed);

@@ -28,7 +28,7 @@ WCHAR* CopyWide(const WCHAR* text, void* parent);
 void* CopyBytes(const void* bytes, size_t size, void* parent);
 
 /// Owns one root block.
-template <typename T>
+template <class T>
 class Buffer
 {
 public:

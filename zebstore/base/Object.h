@@ -12,7 +12,7 @@ namespace zebstore
 
 /// A COM object that implements `Interface` and answers for the identifiers that its class names. Starts with one
 /// reference, which the creator owns. Threads: the count is atomic; the rest is the derived class's.
-template <typename Interface>
+template <class Interface>
 class Object : public Interface
 {
 public:
@@ -72,7 +72,7 @@ private:
 };
 
 /// Owns one reference on a COM object; null when empty.
-template <typename T>
+template <class T>
 class Ref
 {
 public:

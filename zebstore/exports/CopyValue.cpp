@@ -20,7 +20,7 @@ public:
     {
     }
 
-    template <typename T>
+    template <class T>
     T* Copy(const T* source, size_t count)
     {
         if (FAILED(m_result) || (!source && count == 0))
@@ -62,14 +62,14 @@ public:
     }
 
     /// Replaces an array of plain elements with its copy.
-    template <typename T>
+    template <class T>
     void Own(T*& array, ULONG count)
     {
         array = Copy(array, count);
     }
 
     /// The same, including the data that each element points to.
-    template <typename T>
+    template <class T>
     void OwnEach(T*& array, ULONG count)
     {
         Own(array, count);

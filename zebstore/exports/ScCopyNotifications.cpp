@@ -18,7 +18,7 @@ public:
     {
     }
 
-    template <typename T>
+    template <class T>
     T* Pack(const T* source, size_t count)
     {
         if (!source || !count)

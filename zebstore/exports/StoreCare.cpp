@@ -108,7 +108,7 @@ void Repair(const char* path, const char* copy, const WorkReport& work)
     made.Keep();
 }
 
-template <typename Body>
+template <class Body>
 HRESULT Run(const char* name, char* failure, ULONG failureSize, Body&& body)
 {
     const HRESULT result = Guarded(name, body);

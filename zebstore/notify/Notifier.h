@@ -97,7 +97,7 @@ private:
 };
 
 /// Has the notifier look at `member` for the sake of its connection `number`, which ends when that fails.
-template <typename Member>
+template <class Member>
 void LookFor(const std::shared_ptr<Member>& member, ULONG_PTR number)
 {
     try
@@ -113,7 +113,7 @@ void LookFor(const std::shared_ptr<Member>& member, ULONG_PTR number)
 
 /// Takes the connection of this number out of a map of what is known of each connection.
 /// @throws Error MAPI_E_INVALID_PARAMETER with this text when there is none
-template <typename Map>
+template <class Map>
 std::shared_ptr<Connection> TakeConnection(Map& connections, ULONG_PTR number, const char* none)
 {
     const auto found = connections.find(number);

@@ -8,7 +8,7 @@ namespace zebstore
 
 /// The object's interface `Interface`. @return empty when the object does not support it
 /// @throws Error on any failure other than E_NOINTERFACE
-template <typename Interface>
+template <class Interface>
 Ref<Interface> Ask(IUnknown* object, const IID& iid)
 {
     void* asked = nullptr;

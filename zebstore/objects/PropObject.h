@@ -12,7 +12,7 @@ namespace zebstore
 {
 
 /// IMAPIProp for an interface that derives from it.
-template <typename Interface>
+template <class Interface>
 class PropObject : public Object<Interface>, public PropBase
 {
 public:
@@ -106,7 +106,7 @@ public:
 
 protected:
     /// Runs a method's body under the guard and the object's lock.
-    template <typename Body>
+    template <class Body>
     HRESULT Run(const char* method, Body&& body)
     {
         return Guarded(method, [&]

@@ -18,7 +18,7 @@ constexpr LONG FolderAccess = MAPI_ACCESS_MODIFY | MAPI_ACCESS_READ | MAPI_ACCES
                               MAPI_ACCESS_CREATE_ASSOCIATED;
 constexpr LONG MessageAccess = MAPI_ACCESS_MODIFY | MAPI_ACCESS_READ | MAPI_ACCESS_DELETE;
 
-template <typename Id>
+template <class Id>
 void SetId(PropertySet& out, ULONG tag, const Id& id)
 {
     out.SetBinary(tag, id.data(), id.size());

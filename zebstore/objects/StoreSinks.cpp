@@ -31,7 +31,7 @@ struct Ids
     std::vector<BYTE> oldParent;
 };
 
-template <typename Id>
+template <class Id>
 std::vector<BYTE> BytesOf(const Id& id)
 {
     return {id.begin(), id.end()};

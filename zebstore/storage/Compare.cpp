@@ -11,19 +11,19 @@ namespace zebstore
 namespace
 {
 
-template <typename T>
+template <class T>
 int Order(T left, T right)
 {
     return left < right ? -1 : right < left ? 1 : 0;
 }
 
-template <typename T>
+template <class T>
 int OrderNumbers(std::string_view left, std::string_view right)
 {
     return Order(ReadNumber<T>(left), ReadNumber<T>(right));
 }
 
-template <typename T>
+template <class T>
 int OrderReals(std::string_view left, std::string_view right, bool& comparable)
 {
     const T a = ReadNumber<T>(left);
@@ -77,14 +77,14 @@ void AppendOrdered(std::string& to, std::uint64_t bits, size_t size)
     }
 }
 
-template <typename Signed, typename Bits>
+template <class Signed, class Bits>
 void AppendInteger(std::string& to, std::string_view bytes)
 {
     const Bits top = Bits(Bits(1) << (sizeof(Bits) * 8 - 1));
     AppendOrdered(to, static_cast<Bits>(static_cast<Bits>(ReadNumber<Signed>(bytes)) ^ top), sizeof(Bits));
 }
 
-template <typename Bits>
+template <class Bits>
 void AppendReal(std::string& to, std::string_view bytes)
 {
     const Bits top = Bits(1) << (sizeof(Bits) * 8 - 1);

@@ -14,7 +14,7 @@ constexpr char SameBytes = 0;
 constexpr char OwnBytes = 1;
 
 // The elements of a multi-valued type with their layout.
-template <typename Each>
+template <class Each>
 std::string EncodeElements(ULONG count, Each&& each)
 {
     std::string ends;

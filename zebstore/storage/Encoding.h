@@ -38,7 +38,7 @@ std::string Encode(const SPropValue& value);
 /// PT_STRING8 from narrow characters.
 std::string EncodeNarrow(std::string_view narrow);
 
-template <typename T>
+template <class T>
 T ReadNumber(std::string_view bytes, size_t at = 0)
 {
     T number{};
@@ -48,7 +48,7 @@ T ReadNumber(std::string_view bytes, size_t at = 0)
     }
     return number;
 }
-template <typename T>
+template <class T>
 void AppendNumber(std::string& to, T number)
 {
     to.append(reinterpret_cast<const char*>(&number), sizeof(T));

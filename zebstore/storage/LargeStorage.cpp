@@ -76,7 +76,7 @@ std::int64_t WriteChunks(Database& database, const LargeValue& value, std::uint6
 }
 
 // Reads a value piece by piece while `test` holds for each.
-template <typename Test>
+template <class Test>
 bool EveryPiece(const LargeValue& value, Test&& test)
 {
     std::string piece(ChunkSize, '\0');

@@ -57,7 +57,7 @@ class ComputedValues
 public:
     /// @param compute adds the property to the set that it is given, or returns false when it is not computed
     /// @return nothing when it is not computed; else what there is, good as long as this object
-    template <typename Compute>
+    template <class Compute>
     std::optional<EncodedValue> Find(ULONG tag, const Compute& compute)
     {
         PropertySet& computed = m_computed.emplace_back();
@@ -75,7 +75,7 @@ private:
 
 /// Reads rows by a query for the row of one key.
 /// @param valuesOf makes the values of the key's row, to which the query was stepped
-template <typename ValuesOf>
+template <class ValuesOf>
 void ReadByKey(Query& query, const RowKey* keys, size_t count, const RowSource::Visitor& visit,
                const ValuesOf& valuesOf)
 {

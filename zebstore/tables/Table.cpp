@@ -230,7 +230,7 @@ protected:
     bool Answers(REFIID iid) const override { return IsOneOf(iid, {&IID_IMAPITable}); }
 
 private:
-    template <typename Body>
+    template <class Body>
     HRESULT Call(const char* method, Body&& body)
     {
         return Guarded(method, [&]() -> decltype(body())

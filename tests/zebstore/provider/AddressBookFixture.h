@@ -95,7 +95,7 @@ protected:
     }
 
     /// Opens an entry through the address book. @param type receives the object's type
-    template <typename Interface>
+    template <class Interface>
     Ref<Interface> OpenInBook(const Bytes& id, ULONG flags = MAPI_BEST_ACCESS, ULONG* type = nullptr,
                               HRESULT expected = S_OK)
     {
@@ -171,7 +171,7 @@ protected:
         return OpenInBook<IDistList>(list)->CopyEntries(&entries, 0, nullptr, 0);
     }
 
-    template <typename Container>
+    template <class Container>
     static std::vector<std::string> NamesIn(Container& container)
     {
         IMAPITable* table = nullptr;

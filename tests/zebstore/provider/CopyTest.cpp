@@ -101,7 +101,7 @@ protected:
         return Column(table, PR_DISPLAY_NAME_A);
     }
 
-    template <typename Object>
+    template <class Object>
     static HRESULT CopyTo(Object& source, IMAPIProp& target, ULONG flags = 0, std::vector<ULONG> excluded = {},
                           IMAPIProgress* progress = nullptr, SPropProblemArray** problems = nullptr)
     {

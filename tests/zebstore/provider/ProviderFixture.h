@@ -224,7 +224,7 @@ protected:
         return Ref<IMsgStore>::Adopt(store);
     }
 
-    template <typename Interface>
+    template <class Interface>
     Ref<Interface> Open(const Bytes& id, const IID& iid, ULONG flags = MAPI_BEST_ACCESS)
     {
         ULONG type = 0;

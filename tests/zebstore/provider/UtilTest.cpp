@@ -31,7 +31,7 @@ TEST(ProviderUtilities, ReleaseOfNothingIsNothing)
 }
 
 /// Copies `value` to a separate block and passes the copy to `check`, after the original is overwritten.
-template <typename Check>
+template <class Check>
 void CopyAndCheck(SPropValue value, Check check)
 {
     void* parent = nullptr;

@@ -30,7 +30,7 @@ protected:
     }
     std::uint64_t Number() { return Store().Connection().Db().Commits(); }
     /// The statements that `body` runs on the store's connection, besides asking for the data version.
-    template <typename Body>
+    template <class Body>
     int StatementsOf(Body&& body)
     {
         int count = 0;

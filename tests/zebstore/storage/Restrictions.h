@@ -96,7 +96,7 @@ private:
         m_values.push_back(value);
         return &m_values.back();
     }
-    template <typename Children>
+    template <class Children>
     SRestriction* Many(ULONG kind, const Children& children)
     {
         m_arrays.emplace_back();

@@ -95,7 +95,7 @@ inline Buffer<SPropTagArray> TagArray(const std::vector<ULONG>& tags)
 }
 
 /// The code of the Error that `body` throws, S_OK when it throws none.
-template <typename Body>
+template <class Body>
 HRESULT CodeOf(Body&& body, std::string* text = nullptr)
 {
     try

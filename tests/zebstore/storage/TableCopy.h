@@ -171,7 +171,7 @@ public:
 private:
     bool Answers(REFIID iid) const override { return IsOneOf(iid, {&IID_IMAPIAdviseSink}); }
 
-    template <typename Test>
+    template <class Test>
     bool Waits(Test&& test)
     {
         std::unique_lock<std::mutex> hold(m_lock);
