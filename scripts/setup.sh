@@ -8,12 +8,12 @@ what=${1:-all}
 packages=(g++ cmake ninja-build ccache pkg-config git ca-certificates npm
     g++-mingw-w64-x86-64-posix wine wine64 libwine-dev clang-14 lld-14 llvm-14 xz-utils
     nlohmann-json3-dev libcli11-dev libxxhash-dev libhowardhinnant-date-dev libpff-dev libgmime-3.0-dev
-    libxml2-dev python3 libgtest-dev libgmock-dev googletest)
+    libxml2-dev python3 python3-pytest python3-pytest-xdist libgtest-dev libgmock-dev googletest)
 case $what in
 build | run) ;;
-test) packages+=(clang clang-format-19 clang-tidy libclang-rt-14-dev python3-clang-14 python3-pytest python3-pytest-xdist pff-tools binutils) ;;
+test) packages+=(clang clang-format-19 clang-tidy libclang-rt-14-dev python3-clang-14 pff-tools binutils) ;;
 bench) packages+=(libbenchmark-dev) ;;
-all) packages+=(clang clang-format-19 clang-tidy libclang-rt-14-dev python3-clang-14 python3-pytest python3-pytest-xdist pff-tools binutils
+all) packages+=(clang clang-format-19 clang-tidy libclang-rt-14-dev python3-clang-14 pff-tools binutils
     libbenchmark-dev) ;;
 *)
     echo "setup.sh: unknown purpose '$what' (build, run, test or bench)" >&2
