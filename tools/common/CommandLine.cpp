@@ -135,6 +135,11 @@ Option Option::Between(std::uint64_t least, std::uint64_t most) const
     return Option(m_option->check(CLI::Range(least, most)));
 }
 
+Option Option::Expect(int count) const
+{
+    return Option(m_option->expected(count));
+}
+
 Option Option::Expect(int least, int most) const
 {
     return Option(m_option->expected(least, most));

@@ -36,6 +36,7 @@ public:
     Option OneOf(std::initializer_list<const char*> words) const;
     Option Between(std::uint64_t least, std::uint64_t most) const;
     /// How many values it takes.
+    Option Expect(int count) const;
     Option Expect(int least, int most) const;
     /// Given several times, it has the values of all.
     Option TakeAll() const;

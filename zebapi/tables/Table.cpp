@@ -1,6 +1,7 @@
 #include "zebapi/tables/Table.h"
 
 #include "zebapi/frame/Exception.h"
+#include "zebapi/frame/internal/Calls.h"
 #include "zebapi/frame/internal/EntryPoints.h"
 #include "zebapi/frame/internal/Subject.h"
 #include "zebapi/tables/internal/TableNumbers.h"

@@ -1,6 +1,7 @@
 #include "zebstore/session/Session.h"
 
 #include "zebstore/addressbook/AddressBook.h"
+#include "zebstore/addressbook/AddressId.h"
 #include "zebstore/addressbook/AddressObjects.h"
 #include "zebstore/notify/Notifier.h"
 #include "zebstore/objects/EntryIdBytes.h"
