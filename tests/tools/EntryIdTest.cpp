@@ -11,7 +11,7 @@ namespace zeb::test
 namespace
 {
 
-constexpr const char* Inbox = "lokay-m/MLOKAY (Non-Privileged)/Personal";
+constexpr const char* InboxPath = "lokay-m/MLOKAY (Non-Privileged)/Personal";
 constexpr ULONG Messages = 47;
 
 const std::string OneOffUid = "812B1FA4BEA310199D6E00DD010F5402";
@@ -86,7 +86,7 @@ protected:
     RealIdentifiers()
     {
         const std::string import = "'" + platform::OwnFolder() + "zeb-import' pst '" + ZEB_SAMPLE_PST + "' --inbox '" +
-                                   Inbox + "' > '" + File("import.log") + "' 2>&1";
+                                   InboxPath + "' > '" + File("import.log") + "' 2>&1";
         EXPECT_EQ(std::system(import.c_str()), 0) << import;
     }
 

@@ -1,6 +1,7 @@
 // That a repair mends what the check of the whole file finds, says so in a line each, and touches nothing else.
 #include "tests/zebstore/storage/Storage.h"
 
+#include "platform/utf8.h"
 #include "zebstore/storage/AddressStorage.h"
 #include "zebstore/storage/Repair.h"
 #include "zebstore/storage/Text.h"
@@ -313,7 +314,7 @@ TEST_F(RepairTest, AFailuresTextEndsBetweenCharacters)
         std::string failure(size, 'x');
         EXPECT_EQ(ZebStoreRepair(path.c_str(), nullptr, nullptr, nullptr, failure.data(), size), MAPI_E_NOT_FOUND);
         const std::string text = failure.c_str();
-        EXPECT_TRUE(IsUtf8(text)) << size << ": " << text;
+        EXPECT_TRUE(zeb::platform::IsUtf8(text)) << size << ": " << text;
         EXPECT_TRUE(text.size() + 4 >= size || text == whole) << "no more than needed is cut off";
     }
 }
