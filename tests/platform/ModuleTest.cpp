@@ -156,7 +156,7 @@ TEST(Module, BareNamesMeanTheBinarysFolder)
         ASSERT_NE(module, nullptr) << mode << ": " << reason;
         UnloadModule(module);
     }
-    EXPECT_EQ(ResolveModulePath("probe_adjacent.dll"), OwnFolder() + "probe_beside.dll");
+    EXPECT_EQ(ResolveModulePath("probe_adjacent.dll"), OwnFolder() + "probe_adjacent.dll");
 }
 
 TEST(Module, ABareNameIgnoresCurrentFolder)
