@@ -1,5 +1,8 @@
 #include "zebstore/storage/ChecksumAvx2.h"
 
+// For compilers whose intrin.h lacks the types of AVX2.
+#include <immintrin.h>
+
 #define XXH_INLINE_ALL
 #include <xxhash.h>
 
