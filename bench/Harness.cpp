@@ -80,6 +80,16 @@ double Seconds(const std::function<void()>& body)
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 
+double FastestSeconds(int rounds, const std::function<void()>& body)
+{
+    double fastest = Seconds(body);
+    for (int i = 1; i < rounds; ++i)
+    {
+        fastest = std::min(fastest, Seconds(body));
+    }
+    return fastest;
+}
+
 void Keep(unsigned long long value)
 {
     g_kept.fetch_add(value, std::memory_order_relaxed);

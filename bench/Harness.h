@@ -41,6 +41,8 @@ void WriteJson(const std::string& path, const std::vector<Outcome>& outcomes);
 
 /// The duration of `body` in seconds.
 double Seconds(const std::function<void()>& body);
+/// The same of the fastest of `rounds` runs: for bodies so short that an interruption changes the ratio.
+double FastestSeconds(int rounds, const std::function<void()>& body);
 
 /// Keeps the compiler from dropping a computation whose result nobody uses.
 void Keep(unsigned long long value);
