@@ -10,7 +10,5 @@ namespace zebstore
 /// The same on both targets.
 /// @param seed where the bytes belong, so that bytes in the wrong place are noticed too; 0: anywhere
 std::uint64_t Checksum(std::string_view bytes, std::uint64_t seed = 0);
-/// The same number, on any processor.
-std::uint64_t PortableChecksum(std::string_view bytes, std::uint64_t seed = 0);
 
 } // namespace zebstore

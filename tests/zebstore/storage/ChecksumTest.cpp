@@ -21,24 +21,6 @@ namespace
 TEST(Checksum, IsTheOneThatXxhashPublishes)
 {
     EXPECT_EQ(Checksum({}), 0x2D06800538D394C2u);
-    EXPECT_EQ(PortableChecksum({}), 0x2D06800538D394C2u);
-}
-
-TEST(Checksum, IsTheSameOnEveryProcessor)
-{
-    std::string bytes;
-    for (int i = 0; i < 3000; ++i)
-    {
-        bytes += static_cast<char>(i * 7 + i / 256);
-    }
-    for (size_t size = 0; size <= bytes.size(); size += size < 600 ? 1 : 61)
-    {
-        const std::string_view part(bytes.data() + size % 32, std::min(size, bytes.size() - 32));
-        for (const std::uint64_t seed : {std::uint64_t{0}, std::uint64_t{4711}, ~std::uint64_t{0}})
-        {
-            ASSERT_EQ(Checksum(part, seed), PortableChecksum(part, seed)) << size << ", seed " << seed;
-        }
-    }
 }
 
 class ChecksumTest : public StorageTest
