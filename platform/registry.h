@@ -59,6 +59,9 @@ public:
 
     /// The name of the sub-key at `index` in the registry's order; empty past the last.
     std::optional<std::string> SubKeyName(unsigned long index) const;
+    /// The names of all sub-keys of the key at `path`, in the registry's order; none when the key cannot be opened.
+    /// @throws RegistryError
+    static std::vector<std::string> SubKeyNames(RegistryRoot root, const std::string& path);
 
     /// Writes REG_SZ. @throws RegistryError
     void SetStringValue(const std::string& name, const std::string& value);

@@ -35,21 +35,7 @@ protected:
     }
     static std::string DefaultInRegistry() { return CZebProfileNames().GetDefaultProfile().GetString(); }
     static std::string DefaultThroughMapi() { return CZebProfAdmin::Open().GetDefaultProfileName().GetString(); }
-    static Names SubKeys(const char* path)
-    {
-        Names names;
-        const auto key = RegistryKey::Open(RegistryRoot::CurrentUser, path);
-        for (unsigned long i = 0; key; ++i)
-        {
-            const auto name = key->SubKeyName(i);
-            if (!name)
-            {
-                break;
-            }
-            names.push_back(*name);
-        }
-        return names;
-    }
+    static Names SubKeys(const char* path) { return RegistryKey::SubKeyNames(RegistryRoot::CurrentUser, path); }
     static std::string DefaultValue(const char* path)
     {
         const auto key = RegistryKey::Open(RegistryRoot::CurrentUser, path);

@@ -205,6 +205,9 @@ TEST_F(Registry, SubKeysEndWithNothing)
     EXPECT_EQ(key->SubKeyName(0), "Anna");
     EXPECT_EQ(key->SubKeyName(1), "Bert");
     EXPECT_EQ(key->SubKeyName(2), std::nullopt);
+    EXPECT_EQ(RegistryKey::SubKeyNames(RegistryRoot::CurrentUser, "Profiles"),
+              (std::vector<std::string>{"Anna", "Bert"}));
+    EXPECT_TRUE(RegistryKey::SubKeyNames(RegistryRoot::CurrentUser, "Absent").empty());
 }
 
 TEST_F(Registry, DeletingATreeDeletesAllBelow)

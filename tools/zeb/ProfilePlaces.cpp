@@ -17,22 +17,6 @@ constexpr char SubsystemKey[] =
     "Software\\Microsoft\\Windows NT\\CurrentVersion\\Windows Messaging Subsystem\\Profiles";
 constexpr int LastWithoutKey = 14;
 
-std::vector<std::string> SubKeysOf(const std::string& path)
-{
-    std::vector<std::string> names;
-    const auto key = RegistryKey::Open(RegistryRoot::CurrentUser, path);
-    for (unsigned long i = 0; key; ++i)
-    {
-        const auto name = key->SubKeyName(i);
-        if (!name)
-        {
-            break;
-        }
-        names.push_back(*name);
-    }
-    return names;
-}
-
 /// The version of the installed Outlook as in its registry keys ("16.0"); empty when none is installed, and for
 /// versions that share the subsystem's profiles.
 std::string InstalledVersion()
@@ -58,7 +42,7 @@ public:
             return;
         }
         ProfilePlace place{keeper, path, {}};
-        for (const std::string& name : SubKeysOf(path))
+        for (const std::string& name : RegistryKey::SubKeyNames(RegistryRoot::CurrentUser, path))
         {
             place.profiles.push_back(name);
         }
@@ -91,7 +75,7 @@ std::vector<ProfilePlace> ProfilePlacesNotLookedAt()
     places.Add("Windows' messaging subsystem", SubsystemKey, false);
     const std::string installed = InstalledVersion();
     bool seen = installed.empty();
-    for (const std::string& version : SubKeysOf(OfficeKey))
+    for (const std::string& version : RegistryKey::SubKeyNames(RegistryRoot::CurrentUser, OfficeKey))
     {
         places.AddOutlook(version, version == installed);
         seen = seen || version == installed;

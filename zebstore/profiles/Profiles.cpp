@@ -102,18 +102,7 @@ void CheckName(const std::string& name)
 
 std::vector<std::string> Names()
 {
-    std::vector<std::string> names;
-    const auto key = RegistryKey::Open(RegistryRoot::CurrentUser, ProfilesPath());
-    for (unsigned long i = 0; key; ++i)
-    {
-        const auto name = key->SubKeyName(i);
-        if (!name)
-        {
-            break;
-        }
-        names.push_back(*name);
-    }
-    return names;
+    return RegistryKey::SubKeyNames(RegistryRoot::CurrentUser, ProfilesPath());
 }
 
 bool Exists(const std::string& name)
@@ -184,15 +173,9 @@ std::vector<Service> Services(const std::string& profile)
 {
     RequireExists(profile);
     std::vector<Service> services;
-    const auto key = RegistryKey::Open(RegistryRoot::CurrentUser, KeyOf(profile));
-    for (unsigned long i = 0; key; ++i)
+    for (const std::string& name : RegistryKey::SubKeyNames(RegistryRoot::CurrentUser, KeyOf(profile)))
     {
-        const auto name = key->SubKeyName(i);
-        if (!name)
-        {
-            break;
-        }
-        if (auto service = ReadService(profile, *name))
+        if (auto service = ReadService(profile, name))
         {
             services.push_back(std::move(*service));
         }

@@ -207,12 +207,7 @@ TEST_F(ProfileNames, AreSubKeysInRegistryOrder)
 {
     AddProfiles(Subsystem, {"Beta", "Alpha\\inner", "Gamma"});
     SetDefault(Subsystem, "Alpha");
-    std::vector<std::string> order;
-    const auto key = RegistryKey::Open(RegistryRoot::CurrentUser, Subsystem);
-    for (unsigned long i = 0; const auto name = key->SubKeyName(i); ++i)
-    {
-        order.push_back(*name);
-    }
+    const std::vector<std::string> order = RegistryKey::SubKeyNames(RegistryRoot::CurrentUser, Subsystem);
     EXPECT_EQ(order.size(), 3u);
     EXPECT_EQ(All(), order);
 }
