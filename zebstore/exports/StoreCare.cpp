@@ -1,4 +1,5 @@
 // The exports for the maintenance of a store's file.
+#include "platform/text.h"
 #include "zebstore/base/Guard.h"
 #include "zebstore/notify/Notifier.h"
 #include "zebstore/storage/Repair.h"
@@ -43,11 +44,7 @@ void GiveText(const std::string& text, char* to, ULONG size)
     {
         return;
     }
-    size_t length = std::min<size_t>(text.size(), size - 1);
-    while (length < text.size() && length > 0 && (static_cast<unsigned char>(text[length]) & 0xC0) == 0x80)
-    {
-        --length;
-    }
+    const size_t length = zeb::platform::Utf8Prefix(text.data(), text.size(), size - 1);
     text.copy(to, length);
     to[length] = '\0';
 }

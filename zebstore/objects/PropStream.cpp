@@ -47,6 +47,22 @@ private:
     const std::string m_bytes;
 };
 
+/// LargeValue::Read until `size` bytes are read or the value ends. @return the number of bytes
+size_t ReadWhole(const LargeValue& value, std::uint64_t offset, void* buffer, size_t size)
+{
+    size_t done = 0;
+    while (done < size)
+    {
+        const size_t got = value.Read(offset + done, static_cast<char*>(buffer) + done, size - done);
+        if (got == 0)
+        {
+            break;
+        }
+        done += got;
+    }
+    return done;
+}
+
 /// A large value, which is read in place and keeps its store open.
 class LargeBytes final : public StreamBytes
 {
@@ -59,17 +75,7 @@ public:
     std::uint64_t Size() override { return m_value->Size(); }
     size_t ReadAt(std::uint64_t offset, void* buffer, size_t size) override
     {
-        size_t done = 0;
-        while (done < size)
-        {
-            const size_t got = m_value->Read(offset + done, static_cast<char*>(buffer) + done, size - done);
-            if (got == 0)
-            {
-                break;
-            }
-            done += got;
-        }
-        return done;
+        return ReadWhole(*m_value, offset, buffer, size);
     }
     void WriteAt(std::uint64_t, const void*, size_t) override { RefuseWrite(); }
     void SetSize(std::uint64_t) override { RefuseWrite(); }
@@ -232,17 +238,7 @@ size_t PropertyBytes::ReadAt(std::uint64_t offset, void* buffer, size_t size)
     {
         return m_original->ReadAt(offset, buffer, size);
     }
-    size_t done = 0;
-    while (done < size)
-    {
-        const size_t got = m_staged->Read(offset + done, static_cast<char*>(buffer) + done, size - done);
-        if (got == 0)
-        {
-            break;
-        }
-        done += got;
-    }
-    return done;
+    return ReadWhole(*m_staged, offset, buffer, size);
 }
 
 void PropertyBytes::WriteAt(std::uint64_t offset, const void* bytes, size_t size)
