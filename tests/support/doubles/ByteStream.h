@@ -1,7 +1,7 @@
 // A stream over bytes in memory, with a position.
 #pragma once
 
-#include "tests/support/doubles/Journal.h"
+#include "tests/support/doubles/UnusedStream.h"
 
 #include <algorithm>
 #include <cstring>
@@ -11,11 +11,11 @@ namespace zeb::test
 {
 
 /// Reads and writes as a provider's stream may: fewer bytes than asked for in one call, no error at the end.
-class ByteStream : public Counted<IStream>
+class ByteStream : public UnusedStream
 {
 public:
     explicit ByteStream(Journal& journal, std::string bytes = "", std::string name = "stream")
-        : Counted<IStream>(journal, std::move(name), {&IID_IUnknown, &IID_IStream})
+        : UnusedStream(journal, std::move(name))
         , m_bytes(std::move(bytes))
     {
     }
@@ -60,23 +60,6 @@ public:
         const ProviderScope inside;
         return Called("Commit", Number(flags));
     }
-    HRESULT STDMETHODCALLTYPE Stat(STATSTG*, DWORD) override { return Unexpected("Stat"); }
-    HRESULT STDMETHODCALLTYPE Seek(LARGE_INTEGER, DWORD, ULARGE_INTEGER*) override { return Unexpected("Seek"); }
-    HRESULT STDMETHODCALLTYPE SetSize(ULARGE_INTEGER) override { return Unexpected("SetSize"); }
-    HRESULT STDMETHODCALLTYPE CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*, ULARGE_INTEGER*) override
-    {
-        return Unexpected("CopyTo");
-    }
-    HRESULT STDMETHODCALLTYPE Revert() override { return Unexpected("Revert"); }
-    HRESULT STDMETHODCALLTYPE LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override
-    {
-        return Unexpected("LockRegion");
-    }
-    HRESULT STDMETHODCALLTYPE UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override
-    {
-        return Unexpected("UnlockRegion");
-    }
-    HRESULT STDMETHODCALLTYPE Clone(IStream**) override { return Unexpected("Clone"); }
 };
 
 } // namespace zeb::test

@@ -1,7 +1,7 @@
 // Doubles of MAPI's property objects and of streams, which record every call and answer with the test's data.
 #pragma once
 
-#include "tests/support/doubles/Journal.h"
+#include "tests/support/doubles/UnusedStream.h"
 #include "zebapi/MEM.h"
 
 #include <cstring>
@@ -121,11 +121,11 @@ private:
 };
 
 /// A stream over bytes.
-class RecordingStream : public Counted<IStream>
+class RecordingStream : public UnusedStream
 {
 public:
     RecordingStream(Journal& journal, std::string bytes)
-        : Counted<IStream>(journal, "stream", {&IID_IUnknown, &IID_IStream})
+        : UnusedStream(journal, "stream")
         , m_size(bytes.size())
         , m_bytes(std::move(bytes))
     {
@@ -150,24 +150,6 @@ public:
         stat->cbSize.QuadPart = m_size;
         return result;
     }
-    HRESULT STDMETHODCALLTYPE Write(const void*, ULONG, ULONG*) override { return Unexpected("Write"); }
-    HRESULT STDMETHODCALLTYPE Seek(LARGE_INTEGER, DWORD, ULARGE_INTEGER*) override { return Unexpected("Seek"); }
-    HRESULT STDMETHODCALLTYPE SetSize(ULARGE_INTEGER) override { return Unexpected("SetSize"); }
-    HRESULT STDMETHODCALLTYPE CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*, ULARGE_INTEGER*) override
-    {
-        return Unexpected("CopyTo");
-    }
-    HRESULT STDMETHODCALLTYPE Commit(DWORD) override { return Unexpected("Commit"); }
-    HRESULT STDMETHODCALLTYPE Revert() override { return Unexpected("Revert"); }
-    HRESULT STDMETHODCALLTYPE LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override
-    {
-        return Unexpected("LockRegion");
-    }
-    HRESULT STDMETHODCALLTYPE UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override
-    {
-        return Unexpected("UnlockRegion");
-    }
-    HRESULT STDMETHODCALLTYPE Clone(IStream**) override { return Unexpected("Clone"); }
 
 private:
     unsigned long long m_size;
