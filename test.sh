@@ -7,7 +7,7 @@
 #   ./test.sh --quick   the developer's loop: source checks and the Linux suite with sanitizers, but for the tests that
 #                       drive the tools as processes (a minute of their own)
 #
-# Installs what is missing (as root). Logs stand in build/<preset>/test-logs.
+# Installs what is missing (as root). Logs are in build/<preset>/test-logs.
 set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 

@@ -44,7 +44,7 @@ double Seconds(const std::function<void()>& body);
 /// The same of the fastest of `rounds` runs: for bodies so short that an interruption changes the ratio.
 double FastestSeconds(int rounds, const std::function<void()>& body);
 
-/// Keeps the compiler from dropping a computation whose result nobody uses.
+/// Keeps the compiler from dropping a computation whose result is not used.
 void Keep(unsigned long long value);
 
 /// Seconds of `rounds` times `read` with every item, whose results are added up and kept.

@@ -97,7 +97,7 @@ struct Advised
     int heard = 0;
 };
 
-double ReadAnew(StoreOf& store)
+double ReadAgain(StoreOf& store)
 {
     return Seconds([&]
     {
@@ -118,7 +118,7 @@ Measurement StoreNotify(const Options& options)
 {
     auto store = std::make_shared<StoreOf>(options.folder, options.brief ? 5000 : 1000000);
     auto advised = std::make_shared<Advised>(store);
-    return {"store-notify", 0.001, [advised] { return advised->AddOne(); }, [store] { return ReadAnew(*store); },
+    return {"store-notify", 0.001, [advised] { return advised->AddOne(); }, [store] { return ReadAgain(*store); },
             options.brief ? 3 : 11};
 }
 

@@ -1,4 +1,4 @@
-// A tour: writes a message with a recipient, a file and a named property, hears of it, finds it, and prints it in UTF-8.
+// A tour: writes a message with a recipient, a file and a named property, is notified of it, finds it, and prints it in UTF-8.
 #include "zebapi/ZebAPI.h"
 
 #include <chrono>

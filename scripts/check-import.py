@@ -343,7 +343,7 @@ def compare(comparison, lines, exported, output):
     if shown + left_out != store.count():
         comparison.problem("the mailbox", f"{store.count()} messages in the store, not {shown + left_out}")
     for name, tags in comparison.names.clashes().items():
-        comparison.problem("named properties", f"{name} stands for {[hex(tag) for tag in tags]} of the file")
+        comparison.problem("named properties", f"{name} is mapped to {[hex(tag) for tag in tags]} of the file")
 
 
 def check(build, mailboxes, explained):
@@ -402,7 +402,7 @@ def damages(lines):
         "a byte of a message's text": flip_in("message", TEXT),
         "a byte of a named property": flip_in("message", "0x8...001f"),
         "an element of a multi-valued property": flip_in("message", "0x....101f"),
-        "a byte behind the mark of a subject": flip_in("message", "0x0037001f"),
+        "a byte after the mark of a subject": flip_in("message", "0x0037001f"),
         "a byte of a folder": flip_in("folder", "0x30070040"),
         "a type": retype,
         "the set of one name": rename,

@@ -172,7 +172,7 @@ def public_headers(root):
 
 
 def covered_headers(root):
-    """The system headers that platform/mapi.h stands for."""
+    """The system headers that platform/mapi.h includes."""
     path = root / "platform/mapi.h"
     return {angle for _, _, angle in includes(path) if angle} if path.exists() else set()
 

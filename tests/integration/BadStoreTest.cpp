@@ -112,7 +112,7 @@ TEST_F(BadStore, ATruncatedFileIsNamed)
     EXPECT_EQ(Contents(m_file), half);
 }
 
-TEST_F(BadStore, ANewerSchemaIsLeftAlone)
+TEST_F(BadStore, NewerSchemasAreLeftAlone)
 {
     // SQLite keeps the user version in four bytes, high byte first, at offset 60 of the header.
     std::string bytes = Contents(m_file);

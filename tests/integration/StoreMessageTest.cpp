@@ -286,11 +286,11 @@ TEST_F(StoreMessages, NonChildrenAreReadButRefused)
 {
     SaveMessage(m_inbox, "child");
     const CZebBinary grandchild = SaveMessage(m_other, "grandchild").GetEntryID();
-    const CZebBinary stranger = SaveMessage(m_deleted, "stranger").GetEntryID();
+    const CZebBinary foreign = SaveMessage(m_deleted, "foreign").GetEntryID();
     CZebPropValArray values;
     CZebPropTagArray tags;
     tags.AddOne(PR_SUBJECT_A);
-    for (const auto& [id, subject] : {std::pair{grandchild, "grandchild"}, std::pair{stranger, "stranger"}})
+    for (const auto& [id, subject] : {std::pair{grandchild, "grandchild"}, std::pair{foreign, "foreign"}})
     {
         EXPECT_EQ(FailureOf([&, &id = id] { m_inbox.GetPropsOfChild(*m_session, id, values, 1, PR_SUBJECT_A); }).result,
                   MAPI_E_NOT_FOUND);

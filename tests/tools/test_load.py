@@ -132,7 +132,7 @@ class BadLines(World):
     def stops(self, line, saying):
         """A good line, the bad one, another good one: only the first is loaded."""
         before = self.folders()
-        done = self.load(message("before", folder="Probe"), line, message("behind", folder="Probe"), code=1,
+        done = self.load(message("before", folder="Probe"), line, message("after", folder="Probe"), code=1,
                          name="bad.jsonl")
         self.assertEqual(done.out, "")
         self.one_sentence(done, ["bad.jsonl:2: ", "; the line before it is loaded; --from-line 2 continues",

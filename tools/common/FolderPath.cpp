@@ -25,9 +25,9 @@ std::string Escaped(const std::string& name)
 }
 
 /// A path separated by '\' must not create one folder named after the whole path.
-void RefuseLoneBackslash(const std::string& text, size_t behind)
+void RefuseLoneBackslash(const std::string& text, size_t after)
 {
-    if (behind >= text.size() || (text[behind] != '/' && text[behind] != '\\'))
+    if (after >= text.size() || (text[after] != '/' && text[after] != '\\'))
     {
         throw ToolError("the folder path \"" + text +
                         "\" has a lone backslash: '/' separates folders, and a backslash of a name is written '\\\\'");

@@ -37,8 +37,8 @@ MailState StateInFileName(const std::string& name, bool isNew)
 {
     // On file systems without colons in names, programs write another character.
     const size_t info = name.rfind("2,");
-    const bool told = info != std::string::npos && info > 0 && Has(":;!", name[info - 1]);
-    const std::string flags = told ? name.substr(info + 2) : std::string();
+    const bool hasFlags = info != std::string::npos && info > 0 && Has(":;!", name[info - 1]);
+    const std::string flags = hasFlags ? name.substr(info + 2) : std::string();
     MailState state;
     state.read = !isNew && Has(flags, 'S');
     state.answered = Has(flags, 'R');

@@ -292,9 +292,9 @@ void AddEnvelope(MessageContent& content, GMimeMessage* message, const std::stri
     AddIdentifiers(properties, headers);
     AddRank(properties, headers);
     AddHeaderText(properties, message, headerText);
-    const std::optional<MailState> told =
+    const std::optional<MailState> known =
         state ? state : StateInHeaders(headers.FirstOr("Status", ""), headers.FirstOr("X-Status", ""));
-    AddState(properties, told.value_or(MailState()));
+    AddState(properties, known.value_or(MailState()));
     AddRecipients(content.recipients, headers, "To", MAPI_TO);
     AddRecipients(content.recipients, headers, "Cc", MAPI_CC);
     AddRecipients(content.recipients, headers, "Bcc", MAPI_BCC);

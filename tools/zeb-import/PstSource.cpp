@@ -117,14 +117,14 @@ PstSource::PstSource(const std::string& file)
     {
         throw ToolError("'" + m_name + "' cannot be read: " + failure.message());
     }
-    const uint64_t told = SizeInHeader(file);
-    if (told == 0)
+    const uint64_t stated = SizeInHeader(file);
+    if (stated == 0)
     {
         throw ToolError("'" + m_name + "' is not a PST or OST file");
     }
-    if (told > size)
+    if (stated > size)
     {
-        throw ToolError("'" + m_name + "' is truncated: it should have " + Grouped(told) + " bytes and has " +
+        throw ToolError("'" + m_name + "' is truncated: it should have " + Grouped(stated) + " bytes and has " +
                         Grouped(size));
     }
     libpff_error_t* error = nullptr;

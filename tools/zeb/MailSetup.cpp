@@ -142,8 +142,8 @@ private:
         {
             Add("mail client", client.empty() ? "no default mail client is registered in " + place
                                               : "the default client is '" + client + "' (" + place + ")");
-            const bool behind = !client.empty() && HasMapi(client, stub);
-            m_setup.stubWithoutClient = stub && !behind;
+            const bool served = !client.empty() && HasMapi(client, stub);
+            m_setup.stubWithoutClient = stub && !served;
         }
         if (!asked || !SameText(client, "Microsoft Outlook"))
         {

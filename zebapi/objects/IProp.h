@@ -167,7 +167,7 @@ public:
     /// The same for a property that is named by text.
     /// @throws CZebException* also MAPI_E_INVALID_PARAMETER for a null or empty name
     ULONG GetNamedTag(const GUID& set, const WCHAR* name, ULONG type, bool create = true);
-    /// The name behind a tag of a named property. (IMAPIProp::GetNamesFromIDs)
+    /// The name of the named property with this tag. (IMAPIProp::GetNamesFromIDs)
     /// @param id    receives the number; 0 for a property that is named by text
     /// @param name  receives the text; empty for a property that is named by a number
     /// @return false, with the outputs as they were, for a tag without a name

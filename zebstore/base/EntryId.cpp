@@ -133,7 +133,7 @@ StoreId ParseStoreEntryId(const void* bytes, size_t size)
     {
         throw Invalid("is not one of a store");
     }
-    // What stands before the store's UID is the same in each identifier.
+    // The bytes before the store's UID are the same in each identifier.
     std::vector<BYTE> front = MakeStoreEntryId(MAPIUID{}, std::string());
     front.resize(front.size() - sizeof(MAPIUID) - 1);
     const BYTE* id = static_cast<const BYTE*>(bytes);

@@ -16,7 +16,7 @@ namespace
 constexpr std::uint64_t RootMark = 0x5A45425354524F54;
 constexpr std::uint64_t MoreMark = 0x5A454253544D4F52;
 
-// Stands before each block. A chain is a list through `next`, in which a new block stands behind any block
+// The header before each block. A chain is a list through `next`, in which a new block follows any block
 // given as its parent; so a block that was itself chained serves as a parent too.
 struct alignas(16) Header
 {

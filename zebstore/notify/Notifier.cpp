@@ -211,7 +211,7 @@ void Notifier::RunUntilStopped(std::unique_lock<std::mutex>& hold, const bool& s
 
 bool Notifier::LookAtAll(std::unique_lock<std::mutex>& hold, const bool& stopping)
 {
-    bool told = false;
+    bool delivered = false;
     const std::vector<std::weak_ptr<Notified>> members(m_members.begin(), m_members.end());
     for (const std::weak_ptr<Notified>& each : members)
     {
@@ -222,13 +222,13 @@ bool Notifier::LookAtAll(std::unique_lock<std::mutex>& hold, const bool& stoppin
         }
         m_current = member.get();
         hold.unlock();
-        told = member->LookAndDeliver() || told;
+        delivered = member->LookAndDeliver() || delivered;
         member.reset();
         hold.lock();
         m_current = nullptr;
         m_idle.notify_all();
     }
-    return told;
+    return delivered;
 }
 
 } // namespace zebstore

@@ -55,7 +55,7 @@ public:
 class Notifier : public CommitObserver
 {
 public:
-    /// The one there is. It is never destroyed: a host that does not uninitialize may leave the thread behind.
+    /// The only one. It is never destroyed: a host that does not uninitialize may leave the thread running.
     static Notifier& The();
 
     void Add(const std::shared_ptr<Notified>& member);

@@ -222,10 +222,10 @@ HRESULT Folder::GetSearchCriteria(ULONG, LPSRestriction*, LPENTRYLIST*, ULONG*)
                    [] { throw Error(MAPI_E_NO_SUPPORT, "the store has no search folders"); });
 }
 
-std::vector<MessageId> Folder::MessagesHere(const ENTRYLIST* list, size_t& strangers) const
+std::vector<MessageId> Folder::MessagesHere(const ENTRYLIST* list, size_t& others) const
 {
     std::vector<MessageId> here;
-    strangers = 0;
+    others = 0;
     for (MessageId message : Store()->ParseMessages(list))
     {
         if (ContentsKey::Of(message).Folder() == m_folder && File().Messages().Exists(message))
@@ -234,7 +234,7 @@ std::vector<MessageId> Folder::MessagesHere(const ENTRYLIST* list, size_t& stran
         }
         else
         {
-            ++strangers;
+            ++others;
         }
     }
     return here;
@@ -280,12 +280,12 @@ HRESULT Folder::CopyMessages(LPENTRYLIST list, LPCIID, LPVOID target, ULONG_PTR,
         }
         OwnFolder& to = RequireOwn(target);
         to.RequireChanges();
-        size_t strangers = 0;
-        const std::vector<MessageId> messages = MessagesHere(list, strangers);
+        size_t others = 0;
+        const std::vector<MessageId> messages = MessagesHere(list, others);
         StoreFile& file = to.StoreOfFolder()->File();
         if (&file != &File())
         {
-            strangers += CopyMessagesBetween(File(), messages, file, to.Id(), move);
+            others += CopyMessagesBetween(File(), messages, file, to.Id(), move);
         }
         else if (move && to.Id() != m_folder)
         {
@@ -295,7 +295,7 @@ HRESULT Folder::CopyMessages(LPENTRYLIST list, LPCIID, LPVOID target, ULONG_PTR,
         {
             File().Messages().Copy(messages, to.Id());
         }
-        return strangers ? MAPI_W_PARTIAL_COMPLETION : S_OK;
+        return others ? MAPI_W_PARTIAL_COMPLETION : S_OK;
     });
 }
 
@@ -305,10 +305,10 @@ HRESULT Folder::DeleteMessages(LPENTRYLIST list, ULONG_PTR, LPMAPIPROGRESS, ULON
     {
         RequireFlags(flags, MESSAGE_DIALOG | MAPI_DIALOG | DeleteHardDelete);
         RequireWrite();
-        size_t strangers = 0;
-        const std::vector<MessageId> messages = MessagesHere(list, strangers);
+        size_t others = 0;
+        const std::vector<MessageId> messages = MessagesHere(list, others);
         File().Messages().Delete(messages);
-        return strangers ? MAPI_W_PARTIAL_COMPLETION : S_OK;
+        return others ? MAPI_W_PARTIAL_COMPLETION : S_OK;
     });
 }
 
@@ -407,15 +407,15 @@ HRESULT Folder::SetReadFlags(LPENTRYLIST list, ULONG_PTR, LPMAPIPROGRESS, ULONG 
         RequireFlags(flags, SUPPRESS_RECEIPT | CLEAR_READ_FLAG | GENERATE_RECEIPT_ONLY | MAPI_DEFERRED_ERRORS |
                                 MAPI_DIALOG | MESSAGE_DIALOG | ULONG(0x20) | ULONG(0x40));
         RequireWrite();
-        size_t strangers = 0;
+        size_t others = 0;
         const std::vector<MessageId> messages =
-            list ? MessagesHere(list, strangers) : File().Messages().In({m_folder, false});
+            list ? MessagesHere(list, others) : File().Messages().In({m_folder, false});
         if (!(flags & GENERATE_RECEIPT_ONLY))
         {
             File().Messages().ChangeFlags(messages, flags & CLEAR_READ_FLAG ? 0 : MSGFLAG_READ,
                                           flags & CLEAR_READ_FLAG ? MSGFLAG_READ : 0);
         }
-        return strangers ? MAPI_W_PARTIAL_COMPLETION : S_OK;
+        return others ? MAPI_W_PARTIAL_COMPLETION : S_OK;
     });
 }
 

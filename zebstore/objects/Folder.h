@@ -68,8 +68,8 @@ private:
 
     IMAPITable* Contents(ULONG flags);
     IMAPITable* Hierarchy(ULONG flags);
-    /// The messages of a list that are in this folder; all others are counted in `strangers`.
-    std::vector<MessageId> MessagesHere(const ENTRYLIST* list, size_t& strangers) const;
+    /// The messages of a list that are in this folder; the rest is counted in `others`.
+    std::vector<MessageId> MessagesHere(const ENTRYLIST* list, size_t& others) const;
     MessageId MessageHere(ULONG size, const ENTRYID* id) const;
 
     const FolderId m_folder;

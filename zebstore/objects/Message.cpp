@@ -25,7 +25,7 @@ std::array<std::uint64_t, 2> UniqueKey()
 // Only the store sets these, when it saves a message.
 constexpr ULONG SetAtSave[] = {PR_MESSAGE_SIZE, PR_HASATTACH};
 
-std::vector<ULONG> TagsOfPlace(std::initializer_list<ULONG> tags)
+std::vector<ULONG> WithTagsSetAtSave(std::initializer_list<ULONG> tags)
 {
     std::vector<ULONG> all(tags);
     all.insert(all.end(), std::begin(SetAtSave), std::end(SetAtSave));
@@ -114,7 +114,7 @@ const PropertySet& Message::Stored()
 
 const std::vector<ULONG>& Message::ComputedTags()
 {
-    static const std::vector<ULONG> embedded = TagsOfPlace(
+    static const std::vector<ULONG> embedded = WithTagsSetAtSave(
         {PR_OBJECT_TYPE, PR_ACCESS, PR_ACCESS_LEVEL, PR_STORE_ENTRYID, PR_STORE_RECORD_KEY, PR_STORE_SUPPORT_MASK,
          PR_MAPPING_SIGNATURE, PR_ENTRYID, PR_RECORD_KEY, PR_PARENT_ENTRYID, PR_INSTANCE_KEY});
     return embedded;

@@ -90,7 +90,7 @@ void RequireObjectEvents(ULONG events, const IMAPIAdviseSink* sink, ULONG_PTR* c
     Require(sink != nullptr, "the advise sink is null");
 }
 
-bool StoreSinks::Advised::Hears(const StoreEvent& event) const
+bool StoreSinks::Advised::Wants(const StoreEvent& event) const
 {
     if (!(events & TypeOf(event)))
     {
@@ -189,7 +189,7 @@ void StoreSinks::Deliver(const Advised& advised, const std::vector<StoreEvent>& 
     std::vector<StoreEvent> heard;
     for (const StoreEvent& event : events)
     {
-        if (advised.Hears(event))
+        if (advised.Wants(event))
         {
             heard.push_back(event);
         }

@@ -40,7 +40,7 @@ private:
         ULONG events = 0;
         std::shared_ptr<Connection> connection;
 
-        bool Hears(const StoreEvent& event) const;
+        bool Wants(const StoreEvent& event) const;
     };
 
     void Deliver(const Advised& advised, const std::vector<StoreEvent>& events) const;

@@ -127,7 +127,7 @@ public:
     {
         ColumnList columns(DefaultColumns());
         const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
-        const std::vector<RowKey> keys = KeysAfter(std::nullopt, 100); // the first rows stand for all
+        const std::vector<RowKey> keys = KeysAfter(std::nullopt, 100); // the first rows represent all
         for (const RowKey key : keys)
         {
             for (const ULONG tag : m_addresses.Load(key).properties.Tags())

@@ -66,7 +66,7 @@ public:
     std::vector<AddressId> Named(std::string_view displayName) const;
     /// @param change the StoredAddress::change that the properties are based on; 0 overwrites whatever is there
     /// @return the entry's new change number
-    /// @throws Error MAPI_E_OBJECT_CHANGED when somebody saved it since, MAPI_E_OBJECT_DELETED when it is gone
+    /// @throws Error MAPI_E_OBJECT_CHANGED when it was saved in the meantime, MAPI_E_OBJECT_DELETED when it is gone
     std::int64_t Save(AddressId address, const PropertySet& properties, std::int64_t change) const;
     /// Deletes entries, and with them their membership in lists; those that are not there are passed over.
     /// @return how many were deleted

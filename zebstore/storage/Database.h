@@ -45,7 +45,7 @@ public:
 
     /// Becomes another number with each commit to the file, of any connection of any process; reads no table. A
     /// commit of this process is seen at once, one of another process after the poll interval at most. 0 when that
-    /// cannot be told: in a transaction or a read of this connection.
+    /// is unknown: in a transaction or a read of this connection.
     std::uint64_t Commits();
     /// For how long Commits does without a poll of the file while this process commits nothing: 10 microseconds unless
     /// set. A poll locks the file twice, and a table asks for its count with each row.

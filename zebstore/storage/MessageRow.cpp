@@ -10,7 +10,7 @@ namespace zebstore
 namespace
 {
 
-// The sort key of a text property; `isCut` learns when it stands for a longer text.
+// The sort key of a text property; `isCut` is set when the text is longer.
 std::optional<std::string> KeyOf(const PropertySet& properties, ULONG tag, bool& isCut)
 {
     const EncodedValue value = properties.Find(tag);

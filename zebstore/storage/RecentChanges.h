@@ -14,7 +14,7 @@ namespace zebstore
 // entry belongs to the contents' change number, the one before it to the change number below, and so on. Messages are
 // numbered from 1: the number 0 means that all messages were replaced.
 
-/// Entries that the log holds at most. A reader that is further behind reads the whole contents again.
+/// Entries that the log holds at most. A reader that lags further reads the whole contents again.
 constexpr size_t MostRecent = 128;
 
 /// Appends an entry and drops the oldest beyond MostRecent.

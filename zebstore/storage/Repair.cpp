@@ -344,9 +344,9 @@ void CompactStore(StoreFile& store, const WorkReport& report)
     store.Connection().RequireWritable();
     Database& database = store.Connection().Db();
     constexpr int InstructionsBetween = 100000;
-    sqlite3_progress_handler(database.Handle(), InstructionsBetween, [](void* told)
+    sqlite3_progress_handler(database.Handle(), InstructionsBetween, [](void* report)
     {
-        static_cast<const WorkReport*>(told)->progress(0, 0);
+        static_cast<const WorkReport*>(report)->progress(0, 0);
         return 0;
     }, const_cast<WorkReport*>(&report));
     try

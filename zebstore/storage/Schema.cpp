@@ -24,10 +24,10 @@ struct TableSql
 // folder.key is the sort key of the folder's name; siblings never share one. Its times are those of FILETIME;
 // null in a folder of an older file, until it is saved.
 //
-// contents has a row for each place of messages: container = 2 * folder + 1 for associated ones. `next` is
+// contents has a row for each folder contents: container = 2 * folder, + 1 for associated messages. `next` is
 // the number that the next message gets, so numbers are never given twice; `change` rises with every
-// transaction that touches a row of the place. Container 0 holds the messages inside attachments, and its
-// `change` stands for the folder tree. `recent` lists the rows that the last changes were about (see
+// transaction that touches a row of the contents. Container 0 holds the messages inside attachments, and its
+// `change` is the change number of the folder tree. `recent` lists the rows that the last changes were about (see
 // RecentChanges.h), so that an open table learns what happened without a search.
 //
 // A message's id is its container, shifted left by 32 bits, plus its number: the messages of a folder lie
@@ -169,7 +169,7 @@ void SumPiece(sqlite3_context* context, int, sqlite3_value** values)
     sqlite3_result_int64(context, PieceChecksum(sqlite3_value_int64(values[0]), BytesOf(values[1])));
 }
 
-// What is damaged already cannot be told from what is not, except where an index does not fit its bytes: that is left
+// What is damaged already cannot be distinguished from what is not, except where an index does not fit its bytes: that is left
 // as it is.
 void AddChecksums(Database& database)
 {

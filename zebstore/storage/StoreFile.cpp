@@ -158,7 +158,7 @@ std::unique_ptr<Database> OpenToRead(const std::string& path)
     }
     database = std::make_unique<Database>(path, Database::Mode::Immutable);
     TraceNote("the store file '" + path +
-              "' is opened as one that nobody writes: neither it nor its folder can be written");
+              "' is opened as a file that never changes: neither it nor its folder can be written");
     return database;
 }
 

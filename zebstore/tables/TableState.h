@@ -1,4 +1,4 @@
-// What an open table holds behind its interface: view, columns, advise sinks.
+// The state of an open table: view, columns, advise sinks.
 #pragma once
 
 #include "zebstore/notify/Notifier.h"
@@ -73,7 +73,7 @@ private:
     std::vector<ULONG> m_columns; // empty: the default ones
     std::vector<SSortOrder> m_sorts;
     TableSinks m_sinks;
-    bool m_failed = false; // the last look for changes; the sinks were told
+    bool m_failed = false; // the last look for changes; the sinks were notified
     bool m_lost = false;   // changes were not queued, for want of memory
 };
 

@@ -1,5 +1,5 @@
 // MinGW-w64's own file under this name, read as by a compiler that is not MSVC's: what it puts in the place of
-// MSVC's attributes comes behind declarators, where clang does not take it, and it leaves the definition of a class's
+// MSVC's attributes comes after declarators, where clang does not take it, and it leaves the definition of a class's
 // __uuidof to the compiler, for which the classes here are not marked.
 #pragma once
 #pragma push_macro("_MSC_VER")

@@ -101,7 +101,7 @@ TEST_F(EntryIDInfo, LengthDistinguishesFoldersAndMessages)
     {
         EXPECT_EQ(Info("00000000" + unknownUID + Filled("00", length)).Type(), eidtUnknown) << length;
     }
-    // A top flag is of no account once the length has told.
+    // The length decides; the top flag is then ignored.
     EXPECT_EQ(Info("80000000" + unknownUID + Filled("00", 18)).Type(), eidtFolder);
 }
 
@@ -176,7 +176,7 @@ TEST_F(EntryIDInfo, WideOneOffIsNarrowed)
 {
     const std::u16string wide = u"J\u00f6rg";
     const platform::WideString name(wide.begin(), wide.end());
-    // An odd narrow byte in front of nothing: wide texts stand where they stand.
+    // An odd number of narrow bytes before: wide texts are not aligned.
     const std::string hex =
         "00000000" + oneOffUID + "00000080" + WideText(wide) + WideText(u"SMTP") + WideText(u"j@example.org");
     EXPECT_EQ(Dump(hex), Head(hex, "eidtOneOff", oneOffUID) +

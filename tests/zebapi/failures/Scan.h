@@ -91,7 +91,7 @@ private:
 /// What left a call: empty for nothing and for what may leave the library, else its
 /// description. What was caught is deleted.
 template <class World>
-std::string Stranger(const Call<World>& call, World& world)
+std::string UnstatedException(const Call<World>& call, World& world)
 {
     try
     {
@@ -153,18 +153,18 @@ int Scan(const Call<World>& call, Kind kind)
     {
         World& world = NextWorld(own);
         bool failed = false;
-        std::string stranger;
+        std::string unstated;
         {
             const Failing failing(kind, after, world.Memory());
-            stranger = Stranger(call, world);
+            unstated = UnstatedException(call, world);
             failed = failing.HasFailed();
         }
-        EXPECT_EQ(stranger, "") << call.name << " with " << KindName(kind) << " failing after " << after;
+        EXPECT_EQ(unstated, "") << call.name << " with " << KindName(kind) << " failing after " << after;
         if (!failed)
         {
             return after;
         }
-        EXPECT_EQ(Stranger(call, world), "")
+        EXPECT_EQ(UnstatedException(call, world), "")
             << call.name << " again after " << KindName(kind) << " failed after " << after;
     }
     ADD_FAILURE() << call.name << " never ends with " << KindName(kind) << " failing";

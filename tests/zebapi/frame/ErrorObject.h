@@ -6,7 +6,7 @@
 namespace zeb::test
 {
 
-/// Gives the extended error it was told to, and records how it was asked.
+/// Returns the extended error that the test sets, and records the call.
 struct ErrorObject
 {
     MAPIERROR* error = nullptr;

@@ -16,7 +16,7 @@ namespace zeb::test
 class LibraryFixture : public ProviderFixture
 {
 protected:
-    LibraryFixture() { std::ofstream(Beside(), std::ios::trunc) << "not a library at all\n"; }
+    LibraryFixture() { std::ofstream(InOwnFolder(), std::ios::trunc) << "not a library at all\n"; }
     ~LibraryFixture() override
     {
         library.Uninitialize(nullptr);
@@ -29,7 +29,7 @@ protected:
     }
 
     /// Where the system's provider is looked for first.
-    static std::string Beside() { return platform::OwnFolder() + "MAPI32.DLL"; }
+    static std::string InOwnFolder() { return platform::OwnFolder() + "MAPI32.DLL"; }
 
     /// Puts a provider where Outlook's is looked for. @return its path
     std::string Install(const ProviderFile& file)

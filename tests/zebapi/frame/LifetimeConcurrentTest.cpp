@@ -16,7 +16,7 @@ namespace
 
 using Lifetime = LibraryFixture;
 
-/// Stays in Logoff until it is told to go on.
+/// Stays in Logoff until it is released.
 class SlowSession : public RecordingSession
 {
 public:

@@ -412,7 +412,7 @@ TEST_F(MapiStart, AFailedRestartKeepsEntryPoints)
     const CDllLoader keeper(folder.File("provider.dll").c_str(), 22);
     platform::RegistryKey::DeleteTree(platform::RegistryRoot::LocalMachine, OutlookClientKey);
     EXPECT_EQ(ThrownBy([this] { library.Initialize(false); }), MAPI_E_CALL_FAILED);
-    EXPECT_TRUE(library.WasInitialized()) << "the first start still stands";
+    EXPECT_TRUE(library.WasInitialized()) << "the first start is still valid";
     library.Uninitialize(nullptr);
     EXPECT_EQ(provider.uninitializeCalls, 1);
     EXPECT_FALSE(library.WasInitialized());

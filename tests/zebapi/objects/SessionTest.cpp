@@ -50,9 +50,9 @@ TEST_F(Session, AssigningAnEmptyOneLogsOnce)
 
 TEST_F(Session, AssigningANonSessionLogsOnce)
 {
-    RecordingSession stranger(m_journal, "stranger");
-    const CZebSession source(&stranger);
-    stranger.RefuseInterfaces();
+    RecordingSession foreign(m_journal, "foreign");
+    const CZebSession source(&foreign);
+    foreign.RefuseInterfaces();
     m_session = source;
     EXPECT_FALSE(m_session.IsValid());
     EXPECT_TRUE(source.IsValid());

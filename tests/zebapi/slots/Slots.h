@@ -17,7 +17,7 @@ namespace zeb::test
 
 /// A virtual member after all those of a class.
 template <class Base>
-class Behind : public Base
+class Following : public Base
 {
 public:
     virtual void Last() {}
@@ -35,7 +35,7 @@ struct SlotTable
     size_t first; ///< the first slot that the class adds
     size_t count; ///< all its slots
     size_t destructor;
-    size_t behind; ///< the entry after its last one
+    size_t following; ///< the entry after its last one
     std::vector<SlotRow> rows;
 };
 
@@ -76,7 +76,7 @@ struct RegisteredTable
         table.first = Tag::First;
         table.count = Tag::Count;
         table.destructor = Tag::Destructor;
-        table.behind = SlotOf(&Behind<typename Tag::Type>::Last);
+        table.following = SlotOf(&Following<typename Tag::Type>::Last);
         return true;
     }
     static inline const bool s_done = Register();

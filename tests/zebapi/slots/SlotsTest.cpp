@@ -38,6 +38,6 @@ TEST(Slots, NoClassHasFurtherOnes)
 {
     for (const auto& [name, table] : SlotTables())
     {
-        EXPECT_EQ(table.behind, EntryOfSlot(table.count, table.destructor)) << name;
+        EXPECT_EQ(table.following, EntryOfSlot(table.count, table.destructor)) << name;
     }
 }

@@ -122,7 +122,7 @@ TEST(Slots, TheSinkFollowsItsInterface)
     EXPECT_EQ(SlotOf(&CAdviseSink::Release), 2u);
     EXPECT_EQ(SlotOf(&CAdviseSink::OnNotify), 3u);
     // The destructor comes next, and nothing after it.
-    EXPECT_EQ(SlotOf(&Behind<CAdviseSink>::Last), EntryOfSlot(5, 4));
+    EXPECT_EQ(SlotOf(&Following<CAdviseSink>::Last), EntryOfSlot(5, 4));
 }
 
 } // namespace zeb::test

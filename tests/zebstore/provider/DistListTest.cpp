@@ -502,10 +502,10 @@ TEST_F(ContactBooks, AListOfContactsHasMembers)
     const Ref<IMessage> message = NewMessage(*folder, "Friends");
     Set(message.Get(), NarrowValue(PR_MESSAGE_CLASS_A, "IPM.DistList"));
     Bytes eve = OneOff("Eve", "SMTP", "eve@example.org");
-    Bytes stranger(30, 0x77);
+    Bytes foreign(30, 0x77);
     SBinary ids[] = {{static_cast<ULONG>(ada.size()), const_cast<BYTE*>(ada.data())},
                      {static_cast<ULONG>(eve.size()), eve.data()},
-                     {static_cast<ULONG>(stranger.size()), stranger.data()}};
+                     {static_cast<ULONG>(foreign.size()), foreign.data()}};
     SPropValue members{};
     members.ulPropTag = ContactTag(*message.Get(), 0x8055, PT_MV_BINARY);
     members.Value.MVbin = {3, ids};
@@ -522,7 +522,7 @@ TEST_F(ContactBooks, AListOfContactsHasMembers)
     ASSERT_EQ(list->GetContentsTable(0, &table), S_OK);
     const Rows rows(table, {PR_INSTANCE_KEY});
     EXPECT_EQ(rows.BytesCell(1, 0), eve);
-    EXPECT_EQ(rows.BytesCell(2, 0), stranger);
+    EXPECT_EQ(rows.BytesCell(2, 0), foreign);
 }
 
 } // namespace

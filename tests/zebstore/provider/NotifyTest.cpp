@@ -11,7 +11,7 @@ namespace
 using test::CopyingSink;
 
 /// The notifications of a store's sink in a comparable form.
-struct Told
+struct Received
 {
     ULONG event = 0;
     ULONG type = 0;
@@ -29,7 +29,7 @@ public:
         for (ULONG i = 0; i < count; ++i)
         {
             const OBJECT_NOTIFICATION& object = notifications[i].info.obj;
-            m_told.push_back(
+            m_received.push_back(
                 {notifications[i].ulEventType, object.ulObjType, BytesOf(object.cbEntryID, object.lpEntryID),
                  BytesOf(object.cbParentID, object.lpParentID), BytesOf(object.cbOldParentID, object.lpOldParentID)});
         }
@@ -37,19 +37,19 @@ public:
         return 0;
     }
     /// The next notification; an empty one after ten seconds.
-    Told Next()
+    Received Next()
     {
         std::unique_lock<std::mutex> hold(m_lock);
-        if (!m_heard.wait_for(hold, std::chrono::seconds(10), [&] { return m_next < m_told.size(); }))
+        if (!m_heard.wait_for(hold, std::chrono::seconds(10), [&] { return m_next < m_received.size(); }))
         {
             return {};
         }
-        return m_told[m_next++];
+        return m_received[m_next++];
     }
     bool IsAllRead()
     {
         const std::lock_guard<std::mutex> hold(m_lock);
-        return m_next == m_told.size();
+        return m_next == m_received.size();
     }
 
 private:
@@ -62,7 +62,7 @@ private:
 
     std::mutex m_lock;
     std::condition_variable m_heard;
-    std::vector<Told> m_told;
+    std::vector<Received> m_received;
     size_t m_next = 0;
 };
 
@@ -79,11 +79,11 @@ protected:
         EXPECT_EQ(table->SetColumns(reinterpret_cast<LPSPropTagArray>(&columns), 0), S_OK);
         return Ref<IMAPITable>::Adopt(table);
     }
-    static void ExpectTold(const Told& told, ULONG event, ULONG type, const Bytes& entry)
+    static void ExpectReceived(const Received& received, ULONG event, ULONG type, const Bytes& entry)
     {
-        EXPECT_EQ(told.event, event);
-        EXPECT_EQ(told.type, type);
-        EXPECT_EQ(told.entry, entry);
+        EXPECT_EQ(received.event, event);
+        EXPECT_EQ(received.type, type);
+        EXPECT_EQ(received.entry, entry);
     }
     static Bytes IdOf(IMAPIFolder& folder) { return GetBytes(&folder, PR_ENTRYID); }
 
@@ -95,14 +95,14 @@ TEST_F(Notifications, ATableReportsItsFoldersChanges)
     const Ref<IMAPIFolder> inbox = Inbox();
     test::Followed followed(Contents(*inbox));
     SaveMessage(*inbox, "first");
-    ASSERT_TRUE(followed.Sink().Hears(1));
+    ASSERT_TRUE(followed.Sink().Receives(1));
     const Bytes second = SaveMessage(*inbox, "second");
-    ASSERT_TRUE(followed.Sink().Hears(2));
+    ASSERT_TRUE(followed.Sink().Receives(2));
     EntryList list(second);
     EXPECT_EQ(inbox->SetReadFlags(&list, 0, nullptr, CLEAR_READ_FLAG), S_OK);
-    ASSERT_TRUE(followed.Sink().Hears(3));
+    ASSERT_TRUE(followed.Sink().Receives(3));
     EXPECT_EQ(inbox->DeleteMessages(&list, 0, nullptr, 0), S_OK);
-    ASSERT_TRUE(followed.Sink().Hears(4));
+    ASSERT_TRUE(followed.Sink().Receives(4));
     EXPECT_EQ(followed.Sink().Events(),
               (std::vector<ULONG>{TABLE_ROW_ADDED, TABLE_ROW_ADDED, TABLE_ROW_MODIFIED, TABLE_ROW_DELETED}));
     EXPECT_EQ(followed.Sink().Rows(), test::ReadCopy(followed.Table()));
@@ -116,7 +116,7 @@ TEST_F(Notifications, AnotherSessionsCommitsAreReported)
     ASSERT_EQ(MAPILogonEx(0, Text("Main"), nullptr, MAPI_EXTENDED | MAPI_NEW_SESSION, &other), S_OK);
     const Ref<IMAPISession> mine = std::exchange(m_session, Ref<IMAPISession>::Adopt(other));
     SaveMessage(*Inbox(), "from the other");
-    ASSERT_TRUE(followed.Sink().Hears(1));
+    ASSERT_TRUE(followed.Sink().Receives(1));
     EXPECT_NE(followed.Sink().Rows().at(0).cells.at(0).find("from the other"), std::string::npos);
 }
 
@@ -127,30 +127,30 @@ TEST_F(Notifications, TheStoreReportsMessagesAndFolders)
     ULONG_PTR connection = 0;
     ASSERT_EQ(store->Advise(0, nullptr, StoreEvents, m_sink.Get(), &connection), S_OK);
     const Bytes message = SaveMessage(*inbox);
-    const Told created = m_sink->Next();
-    ExpectTold(created, fnevObjectCreated, MAPI_MESSAGE, message);
+    const Received created = m_sink->Next();
+    ExpectReceived(created, fnevObjectCreated, MAPI_MESSAGE, message);
     EXPECT_EQ(created.parent, IdOf(*inbox));
     EXPECT_EQ(Set(OpenMessage(message).Get(), NarrowValue(PR_SUBJECT_A, "unsaved")), S_OK);
     EntryList list(message);
     EXPECT_EQ(inbox->SetReadFlags(&list, 0, nullptr, CLEAR_READ_FLAG), S_OK);
-    ExpectTold(m_sink->Next(), fnevObjectModified, MAPI_MESSAGE, message);
+    ExpectReceived(m_sink->Next(), fnevObjectModified, MAPI_MESSAGE, message);
     EXPECT_EQ(inbox->DeleteMessages(&list, 0, nullptr, 0), S_OK);
-    ExpectTold(m_sink->Next(), fnevObjectDeleted, MAPI_MESSAGE, message);
+    ExpectReceived(m_sink->Next(), fnevObjectDeleted, MAPI_MESSAGE, message);
 
     const Ref<IMAPIFolder> box = NewFolder(*inbox, "Box");
     const Bytes boxId = IdOf(*box);
-    ExpectTold(m_sink->Next(), fnevObjectCreated, MAPI_FOLDER, boxId);
+    ExpectReceived(m_sink->Next(), fnevObjectCreated, MAPI_FOLDER, boxId);
     const Ref<IMAPIFolder> shelf = NewFolder(*inbox, "Shelf");
-    ExpectTold(m_sink->Next(), fnevObjectCreated, MAPI_FOLDER, IdOf(*shelf));
+    ExpectReceived(m_sink->Next(), fnevObjectCreated, MAPI_FOLDER, IdOf(*shelf));
     EXPECT_EQ(inbox->CopyFolder(static_cast<ULONG>(boxId.size()), Id(boxId), nullptr, shelf.Get(), nullptr, 0, nullptr,
                                 FOLDER_MOVE),
               S_OK);
-    const Told moved = m_sink->Next();
-    ExpectTold(moved, fnevObjectMoved, MAPI_FOLDER, boxId);
+    const Received moved = m_sink->Next();
+    ExpectReceived(moved, fnevObjectMoved, MAPI_FOLDER, boxId);
     EXPECT_EQ(moved.parent, IdOf(*shelf));
     EXPECT_EQ(moved.oldParent, IdOf(*inbox));
     EXPECT_EQ(shelf->DeleteFolder(static_cast<ULONG>(boxId.size()), Id(boxId), 0, nullptr, 0), S_OK);
-    ExpectTold(m_sink->Next(), fnevObjectDeleted, MAPI_FOLDER, boxId);
+    ExpectReceived(m_sink->Next(), fnevObjectDeleted, MAPI_FOLDER, boxId);
     EXPECT_EQ(store->Unadvise(connection), S_OK);
     EXPECT_EQ(store->Unadvise(connection), MAPI_E_INVALID_PARAMETER);
     EXPECT_TRUE(m_sink->IsAllRead());
@@ -167,14 +167,14 @@ TEST_F(Notifications, ASinkMayFollowOneFolder)
         S_OK);
     SaveMessage(*inbox);
     const Bytes message = SaveMessage(*box);
-    ExpectTold(m_sink->Next(), fnevObjectCreated, MAPI_MESSAGE, message);
+    ExpectReceived(m_sink->Next(), fnevObjectCreated, MAPI_MESSAGE, message);
     EXPECT_EQ(Session().Unadvise(connection), S_OK);
     const Bytes storeId = StoreId();
     ASSERT_EQ(
         Session().Advise(static_cast<ULONG>(storeId.size()), Id(storeId), fnevObjectCreated, m_sink.Get(), &connection),
         S_OK);
     const Bytes other = SaveMessage(*inbox);
-    ExpectTold(m_sink->Next(), fnevObjectCreated, MAPI_MESSAGE, other);
+    ExpectReceived(m_sink->Next(), fnevObjectCreated, MAPI_MESSAGE, other);
     EXPECT_TRUE(m_sink->IsAllRead());
     // Logoff ends the session's notifications.
     EXPECT_EQ(Session().Logoff(0, 0, 0), S_OK);
@@ -227,7 +227,7 @@ TEST_F(Notifications, AFaultyAdviseLeavesNothing)
     EXPECT_EQ(m_sink->Release(), 1u);
     test::Followed followed(table);
     SaveMessage(*Inbox());
-    EXPECT_TRUE(followed.Sink().Hears(1));
+    EXPECT_TRUE(followed.Sink().Receives(1));
 }
 
 TEST_F(Notifications, UninitializingEndsTheThreadFirst)
@@ -237,7 +237,7 @@ TEST_F(Notifications, UninitializingEndsTheThreadFirst)
         const Ref<IMAPIFolder> inbox = Inbox();
         test::Followed followed(Contents(*inbox));
         SaveMessage(*inbox);
-        ASSERT_TRUE(followed.Sink().Hears(1));
+        ASSERT_TRUE(followed.Sink().Receives(1));
     }
     m_session = {};
     Switches switches;
@@ -263,11 +263,11 @@ TEST_F(Notifications, ATableMayOutliveTheThread)
     SaveMessage(*inbox);
     // Several times the delay with which another process's commit is reported.
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    EXPECT_TRUE(before->Events().empty()) << "told after the end";
+    EXPECT_TRUE(before->Events().empty()) << "notified after the end";
     EXPECT_EQ(MAPIInitialize(nullptr), S_OK);
     test::Followed followed(table);
     SaveMessage(*Inbox());
-    EXPECT_TRUE(followed.Sink().Hears(1)) << "the thread came again";
+    EXPECT_TRUE(followed.Sink().Receives(1)) << "the thread came again";
     EXPECT_EQ(table->Unadvise(connection), S_OK);
 }
 

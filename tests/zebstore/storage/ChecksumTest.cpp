@@ -401,7 +401,7 @@ TEST_F(ChecksumTest, TheTraceNamesAnUpgrade)
     const std::string text((std::istreambuf_iterator<char>(file)), {});
     EXPECT_EQ(text, "note: the store file '" + Path("test.zeb") +
                         "' is of an older version: it is upgraded, which reads and writes all of it\n")
-        << "told once: the second opening finds it upgraded";
+        << "reported once: the second opening finds it upgraded";
     m_store = StoreFile::Open(Path("test.zeb"), {});
 }
 

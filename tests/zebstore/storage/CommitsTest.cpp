@@ -159,10 +159,10 @@ TEST_F(Commits, DuringASnapshotAreSeenAfterwards)
 {
     m_rows->Count();
     {
-        const auto moment = m_rows->Snapshot();
+        const auto snapshot = m_rows->Snapshot();
         EXPECT_EQ(m_rows->Count(), 0u);
         m_other->Messages().Create({Inbox, false}, Mail("meanwhile"));
-        EXPECT_EQ(m_rows->Count(), 0u) << "a moment is one state";
+        EXPECT_EQ(m_rows->Count(), 0u) << "a snapshot is one state";
     }
     EXPECT_EQ(m_rows->Count(), 1u);
 }

@@ -127,7 +127,7 @@ TEST_F(NotifyConcurrentTest, TheThreadEndsAndComesAgain)
     }
     Followed followed(Contents());
     Store().Messages().Create({Inbox, false}, Numbered(1));
-    EXPECT_TRUE(followed.Sink().Hears(1));
+    EXPECT_TRUE(followed.Sink().Receives(1));
 }
 
 } // namespace

@@ -11,7 +11,7 @@ namespace
 
 using NotifyProcessTest = NotifyTables;
 
-// No more changes than a folder lists, so that every one of them is told.
+// No more changes than a folder lists, so that every one of them is notified.
 TEST_F(NotifyProcessTest, AnotherProcessIsReportedByRow)
 {
     for (LONG i = 0; i < 30; ++i)

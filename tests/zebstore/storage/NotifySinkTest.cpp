@@ -46,7 +46,7 @@ private:
 class NotifySinkTest : public NotifyTables
 {
 protected:
-    // Adds a first message, of which the sink is being told until the gate is opened.
+    // Adds a first message; its notification lasts until the gate is opened.
     Gate Hold(Followed& followed)
     {
         Gate gate(followed.Sink());
@@ -61,9 +61,9 @@ TEST_F(NotifySinkTest, AThrowingSinkStaysNotified)
     Followed followed(Contents());
     followed.Sink().Then([] { throw std::runtime_error("from a sink"); });
     Add(1);
-    ASSERT_TRUE(followed.Sink().Hears(1));
+    ASSERT_TRUE(followed.Sink().Receives(1));
     Add(2);
-    ASSERT_TRUE(followed.Sink().Hears(2));
+    ASSERT_TRUE(followed.Sink().Receives(2));
     followed.Sink().Then({});
 }
 
@@ -76,14 +76,14 @@ TEST_F(NotifySinkTest, UnadviseReleasesTheSink)
     EXPECT_LE(connection, UINT32_MAX) << "all 64 bits are written";
     EXPECT_EQ(table->Unadvise(connection | 0x100000000), MAPI_E_INVALID_PARAMETER) << "and all are read";
     Add(1);
-    ASSERT_TRUE(sink->Hears(1));
+    ASSERT_TRUE(sink->Receives(1));
     EXPECT_EQ(table->Unadvise(connection), S_OK);
     sink->AddRef();
     EXPECT_EQ(sink->Release(), 1u) << "the provider's reference is gone";
     EXPECT_EQ(table->Unadvise(connection), MAPI_E_INVALID_PARAMETER);
     Followed witness(Contents());
     Add(2);
-    ASSERT_TRUE(witness.Sink().Hears(1));
+    ASSERT_TRUE(witness.Sink().Receives(1));
     EXPECT_EQ(sink->Events().size(), 1u);
 }
 
@@ -99,7 +99,7 @@ TEST_F(NotifySinkTest, ASinkMayReadAndUnadvise)
     });
     Followed witness(Contents());
     Add(1);
-    ASSERT_TRUE(witness.Sink().Hears(2));
+    ASSERT_TRUE(witness.Sink().Receives(2));
     EXPECT_EQ(seen.size(), 1u);
     EXPECT_EQ(followed.Sink().Events().size(), 1u);
     followed.Forget();
@@ -153,7 +153,7 @@ TEST_F(NotifySinkTest, SortingDropsWaitingNotifications)
     followed.Sink().Start(ReadCopy(followed.Table()));
     gate.Open();
     Add(60);
-    EXPECT_TRUE(followed.Sink().Hears(1));
+    EXPECT_TRUE(followed.Sink().Receives(1));
     ExpectFollowed(followed);
     EXPECT_EQ(followed.Sink().Events(), Events{TABLE_ROW_ADDED});
     followed.Sink().Then({});
@@ -168,7 +168,7 @@ TEST_F(NotifySinkTest, AnAdviseSeesOnlyLaterChanges)
     EXPECT_EQ(later.Sink().Rows().size(), 2u);
     gate.Open();
     Add(2);
-    EXPECT_TRUE(later.Sink().Hears(1));
+    EXPECT_TRUE(later.Sink().Receives(1));
     ExpectFollowed(later);
     ExpectFollowed(followed);
     EXPECT_EQ(later.Sink().Events(), Events{TABLE_ROW_ADDED});

@@ -91,7 +91,7 @@ public:
     }
     ULONG STDMETHODCALLTYPE OnNotify(ULONG, LPNOTIFICATION) override
     {
-        EXPECT_FALSE(m_closed) << "told after Unadvise";
+        EXPECT_FALSE(m_closed) << "notified after Unadvise";
         ++m_calls;
         return 0;
     }

@@ -19,11 +19,11 @@ TEST_F(NotifyTest, RowChangesAreReportedSeparately)
     const MessageId first = Add(1);
     Followed followed(Contents());
     const MessageId second = Add(2);
-    ASSERT_TRUE(followed.Sink().Hears(1));
+    ASSERT_TRUE(followed.Sink().Receives(1));
     Change(first, 9);
-    ASSERT_TRUE(followed.Sink().Hears(2));
+    ASSERT_TRUE(followed.Sink().Receives(2));
     Store().Messages().Delete({first});
-    ASSERT_TRUE(followed.Sink().Hears(3));
+    ASSERT_TRUE(followed.Sink().Receives(3));
     EXPECT_EQ(followed.Sink().Events(), (Events{TABLE_ROW_ADDED, TABLE_ROW_MODIFIED, TABLE_ROW_DELETED}));
     ExpectFollowed(followed);
     EXPECT_EQ(followed.Sink().Rows().size(), 1u);
@@ -38,13 +38,13 @@ TEST_F(NotifyTest, ASortedTableReportsNewPositions)
     Add(30);
     Followed followed(Sorted(Contents(), PR_IMPORTANCE, TABLE_SORT_DESCEND));
     Add(25);
-    ASSERT_TRUE(followed.Sink().Hears(1));
+    ASSERT_TRUE(followed.Sink().Receives(1));
     ExpectFollowed(followed);
     Change(middle, 99);
-    ASSERT_TRUE(followed.Sink().Hears(2));
+    ASSERT_TRUE(followed.Sink().Receives(2));
     ExpectFollowed(followed);
     Change(middle, 1);
-    ASSERT_TRUE(followed.Sink().Hears(3));
+    ASSERT_TRUE(followed.Sink().Receives(3));
     ExpectFollowed(followed);
     EXPECT_EQ(followed.Sink().Events(), (Events{TABLE_ROW_ADDED, TABLE_ROW_MODIFIED, TABLE_ROW_MODIFIED}));
 }
@@ -54,14 +54,14 @@ TEST_F(NotifyTest, RowsEnterAndLeaveTheRestriction)
     const MessageId message = Add(50);
     Followed followed(Restricted(Contents(), 10));
     Change(message, 5);
-    ASSERT_TRUE(followed.Sink().Hears(1));
+    ASSERT_TRUE(followed.Sink().Receives(1));
     Change(message, 6);
-    ASSERT_TRUE(followed.Sink().Hears(2));
+    ASSERT_TRUE(followed.Sink().Receives(2));
     Change(message, 60);
-    ASSERT_TRUE(followed.Sink().Hears(3));
+    ASSERT_TRUE(followed.Sink().Receives(3));
     Change(message, 70); // of no concern
     Add(7);
-    ASSERT_TRUE(followed.Sink().Hears(4));
+    ASSERT_TRUE(followed.Sink().Receives(4));
     EXPECT_EQ(followed.Sink().Events(),
               (Events{TABLE_ROW_ADDED, TABLE_ROW_MODIFIED, TABLE_ROW_DELETED, TABLE_ROW_ADDED}));
     ExpectFollowed(followed);
@@ -73,8 +73,8 @@ TEST_F(NotifyTest, AMoveDeletesAndAdds)
     Followed from(Contents());
     Followed to(Contents(Archive));
     Store().Messages().Move({message}, Archive);
-    ASSERT_TRUE(from.Sink().Hears(1));
-    ASSERT_TRUE(to.Sink().Hears(1));
+    ASSERT_TRUE(from.Sink().Receives(1));
+    ASSERT_TRUE(to.Sink().Receives(1));
     EXPECT_EQ(from.Sink().Events(), Events{TABLE_ROW_DELETED});
     EXPECT_EQ(to.Sink().Events(), Events{TABLE_ROW_ADDED});
     ExpectFollowed(from);
@@ -89,7 +89,7 @@ TEST_F(NotifyTest, FolderChangesAreReported)
     const auto expect = [&](const char* what, const Events& ofChildren)
     {
         SCOPED_TRACE(what);
-        ASSERT_TRUE(children.Sink().Hears(ofChildren.size()));
+        ASSERT_TRUE(children.Sink().Receives(ofChildren.size()));
         ExpectFollowed(children);
         ExpectFollowed(tree);
         EXPECT_EQ(children.Sink().Events(), ofChildren);
@@ -121,7 +121,7 @@ TEST_F(NotifyTest, TooManyChangesBecomeOne)
     };
     Followed followed(Contents());
     addAtOnce(128);
-    ASSERT_TRUE(followed.Sink().Hears(128));
+    ASSERT_TRUE(followed.Sink().Receives(128));
     ExpectFollowed(followed);
     followed.Sink().Start({});
     addAtOnce(129);
@@ -129,7 +129,7 @@ TEST_F(NotifyTest, TooManyChangesBecomeOne)
     EXPECT_EQ(followed.Sink().Events(), Events{TABLE_CHANGED});
     followed.Sink().Start(ReadCopy(followed.Table()));
     Add(1000);
-    ASSERT_TRUE(followed.Sink().Hears(1));
+    ASSERT_TRUE(followed.Sink().Receives(1));
     ExpectFollowed(followed);
 }
 
@@ -144,7 +144,7 @@ TEST_F(NotifyTest, ResortedTablesReportTheirNewOrder)
     {
         followed.Sink().Start(ReadCopy(followed.Table()));
         Add(number);
-        ASSERT_TRUE(followed.Sink().Hears(1));
+        ASSERT_TRUE(followed.Sink().Receives(1));
         ExpectFollowed(followed);
     };
     expectTold(15);
@@ -161,11 +161,11 @@ TEST_F(NotifyTest, NewColumnsComeWithLaterRows)
 {
     Followed followed(Contents());
     Add(7);
-    ASSERT_TRUE(followed.Sink().Hears(1));
+    ASSERT_TRUE(followed.Sink().Receives(1));
     EXPECT_EQ(followed.Sink().Rows().at(0).cells.size(), 3u);
     ASSERT_EQ(followed.Table().SetColumns(TagArray({PR_IMPORTANCE, PR_INSTANCE_KEY}).Get(), 0), S_OK);
     Add(8);
-    ASSERT_TRUE(followed.Sink().Hears(2));
+    ASSERT_TRUE(followed.Sink().Receives(2));
     EXPECT_EQ(followed.Sink().Rows().at(1).cells.size(), 2u);
 }
 
@@ -190,14 +190,14 @@ TEST_F(NotifyTest, AnUnbuildableRowIsAnError)
     switches.failingAllocation = 1;
     ApplySwitches(switches);
     Add(1);
-    EXPECT_TRUE(followed.Sink().Hears(2));
+    EXPECT_TRUE(followed.Sink().Receives(2));
     EXPECT_TRUE(FaultHappened());
     ApplySwitches({});
     EXPECT_EQ(followed.Sink().Events(), (Events{TABLE_ERROR, TABLE_CHANGED}));
     EXPECT_EQ(ReadCopy(followed.Table()).size(), 1u);
     followed.Sink().Start(ReadCopy(followed.Table()));
     Add(2);
-    ASSERT_TRUE(followed.Sink().Hears(1));
+    ASSERT_TRUE(followed.Sink().Receives(1));
     ExpectFollowed(followed);
 }
 
@@ -217,9 +217,9 @@ TEST_F(NotifyTest, AnotherConnectionsCommitsAreReported)
     const auto other = StoreFile::Open(Path("test.zeb"), {});
     Followed followed(Sorted(Contents(), PR_SUBJECT_A));
     const MessageId message = other->Messages().Create({Inbox, false}, Numbered(3));
-    ASSERT_TRUE(followed.Sink().Hears(1));
+    ASSERT_TRUE(followed.Sink().Receives(1));
     other->Messages().Delete({message});
-    ASSERT_TRUE(followed.Sink().Hears(2));
+    ASSERT_TRUE(followed.Sink().Receives(2));
     EXPECT_EQ(followed.Sink().Events(), (Events{TABLE_ROW_ADDED, TABLE_ROW_DELETED}));
 }
 

@@ -14,7 +14,7 @@ namespace zebstore::test
 namespace
 {
 
-struct Told
+struct Reported
 {
     std::string findings;
     std::uint64_t last = 0;
@@ -47,23 +47,23 @@ protected:
         return content;
     }
 
-    static WorkReport ReportTo(Told& told)
+    static WorkReport ReportTo(Reported& reported)
     {
-        return {[&](const std::string& finding) { told.findings += finding + "\n"; },
+        return {[&](const std::string& finding) { reported.findings += finding + "\n"; },
                 [&](std::uint64_t done, std::uint64_t whole)
         {
-            EXPECT_GE(done, told.whole == whole ? told.last : 0);
+            EXPECT_GE(done, reported.whole == whole ? reported.last : 0);
             EXPECT_LE(done, whole);
-            told.last = done;
-            told.whole = whole;
-            ++told.steps;
+            reported.last = done;
+            reported.whole = whole;
+            ++reported.steps;
         }};
     }
-    Told Repair()
+    Reported Repair()
     {
-        Told told;
-        RepairStore(Store(), ReportTo(told));
-        return told;
+        Reported reported;
+        RepairStore(Store(), ReportTo(reported));
+        return reported;
     }
     void Spoil(const std::string& sql)
     {
@@ -80,10 +80,10 @@ protected:
 TEST_F(RepairTest, ASoundStoreIsUnchanged)
 {
     const std::uint64_t before = Store().Connection().Db().Commits();
-    const Told told = Repair();
-    EXPECT_EQ(told.findings, "");
-    EXPECT_GT(told.steps, 0);
-    EXPECT_EQ(told.last, told.whole);
+    const Reported reported = Repair();
+    EXPECT_EQ(reported.findings, "");
+    EXPECT_GT(reported.steps, 0);
+    EXPECT_EQ(reported.last, reported.whole);
     EXPECT_NE(before, 0u);
     EXPECT_EQ(Body(m_first), std::string(50000, 'b'));
 }
@@ -223,13 +223,14 @@ TEST_F(RepairTest, AFailedRepairChangesNothing)
 
 TEST_F(RepairTest, ACopyReportsAndReplacesNothing)
 {
-    Told told;
-    CopyStore(Path("test.zeb"), Path("copy.zeb"), ReportTo(told));
-    EXPECT_GT(told.steps, 0);
-    EXPECT_EQ(told.last, told.whole);
-    EXPECT_GT(told.whole, 0u);
+    Reported reported;
+    CopyStore(Path("test.zeb"), Path("copy.zeb"), ReportTo(reported));
+    EXPECT_GT(reported.steps, 0);
+    EXPECT_EQ(reported.last, reported.whole);
+    EXPECT_GT(reported.whole, 0u);
     std::string text;
-    EXPECT_EQ(CodeOf([&] { CopyStore(Path("test.zeb"), Path("copy.zeb"), ReportTo(told)); }, &text), MAPI_E_COLLISION);
+    EXPECT_EQ(CodeOf([&] { CopyStore(Path("test.zeb"), Path("copy.zeb"), ReportTo(reported)); }, &text),
+              MAPI_E_COLLISION);
     EXPECT_NE(text.find("copy.zeb"), std::string::npos) << text;
     EXPECT_EQ(StoreFile::Open(Path("copy.zeb"), {})->CheckWhole(), std::vector<std::string>());
 }
@@ -257,35 +258,35 @@ struct Export
 {
     static void STDAPICALLTYPE Take(void* context, const char* finding, ULONGLONG done, ULONGLONG whole)
     {
-        Told& told = *static_cast<Told*>(context);
+        Reported& reported = *static_cast<Reported*>(context);
         if (finding)
         {
-            told.findings += std::string(finding) + "\n";
+            reported.findings += std::string(finding) + "\n";
         }
-        told.last = done;
-        told.whole = whole;
-        ++told.steps;
+        reported.last = done;
+        reported.whole = whole;
+        ++reported.steps;
     }
 };
 
 TEST_F(RepairTest, OnlyACopyIsRepaired)
 {
     Spoil("UPDATE contents SET rows=7 WHERE container=6");
-    Told told;
+    Reported reported;
     char failure[200] = "x";
     const std::string copy = Path("copy.zeb");
     // While the store is open: what was committed is in the copy.
-    EXPECT_EQ(ZebStoreRepair(Path("test.zeb").c_str(), copy.c_str(), Export::Take, &told, failure, sizeof(failure)),
+    EXPECT_EQ(ZebStoreRepair(Path("test.zeb").c_str(), copy.c_str(), Export::Take, &reported, failure, sizeof(failure)),
               S_OK);
     EXPECT_STREQ(failure, "");
-    EXPECT_NE(told.findings.find("folder 3: its counters"), std::string::npos) << told.findings;
+    EXPECT_NE(reported.findings.find("folder 3: its counters"), std::string::npos) << reported.findings;
     EXPECT_EQ(StoreFile::Open(copy, {})->Folders().Info(Inbox).messages, 2u);
     EXPECT_FALSE(Store().CheckWhole().empty());
     EXPECT_EQ(ZebStoreRepair(Path("test.zeb").c_str(), copy.c_str(), nullptr, nullptr, failure, sizeof(failure)),
               MAPI_E_COLLISION);
     EXPECT_NE(std::string(failure).find("copy.zeb"), std::string::npos);
     EXPECT_EQ(StoreFile::Open(copy, {})->Folders().Info(Inbox).messages, 2u) << "the file that was there stays";
-    EXPECT_EQ(ZebStoreRepair(Path("test.zeb").c_str(), nullptr, Export::Take, &told, nullptr, 0), S_OK);
+    EXPECT_EQ(ZebStoreRepair(Path("test.zeb").c_str(), nullptr, Export::Take, &reported, nullptr, 0), S_OK);
     EXPECT_TRUE(Store().CheckWhole().empty());
 }
 
@@ -327,8 +328,8 @@ TEST_F(RepairTest, CompactFilesHaveNoFreeSpace)
     }
     m_store.reset();
     const auto before = std::filesystem::file_size(Path("test.zeb"));
-    Told told;
-    EXPECT_EQ(ZebStoreCompact(Path("test.zeb").c_str(), Export::Take, &told, nullptr, 0), S_OK);
+    Reported reported;
+    EXPECT_EQ(ZebStoreCompact(Path("test.zeb").c_str(), Export::Take, &reported, nullptr, 0), S_OK);
     EXPECT_LT(std::filesystem::file_size(Path("test.zeb")), before);
     EXPECT_FALSE(std::filesystem::exists(Path("test.zeb-wal")));
     m_store = StoreFile::Open(Path("test.zeb"), {});
@@ -349,9 +350,9 @@ TEST_F(RepairTest, AFileIsCompactedWithReports)
     Store().Messages().Delete(gone);
     Store().Connection().Db().Execute("PRAGMA wal_checkpoint(TRUNCATE)");
     const auto before = std::filesystem::file_size(Path("test.zeb"));
-    Told told;
-    EXPECT_EQ(ZebStoreCompact(Path("test.zeb").c_str(), Export::Take, &told, nullptr, 0), S_OK);
-    EXPECT_GT(told.steps, 0);
+    Reported reported;
+    EXPECT_EQ(ZebStoreCompact(Path("test.zeb").c_str(), Export::Take, &reported, nullptr, 0), S_OK);
+    EXPECT_GT(reported.steps, 0);
     EXPECT_LT(std::filesystem::file_size(Path("test.zeb")), before);
     EXPECT_EQ(std::filesystem::file_size(Path("test.zeb-wal")), 0u);
     Store().Connection().Db().Execute("DROP TABLE rows");

@@ -38,7 +38,7 @@ protected:
     void Spoil(const char* sql) { m_store->Connection().Db().Execute(sql); }
 };
 
-TEST_F(StoreFileTest, ANewStoreHasStandardFolders)
+TEST_F(StoreFileTest, NewStoresHaveStandardFolders)
 {
     EXPECT_EQ(Store().Folders().Info(IdOf(StandardFolder::Root)).parent, 0);
     EXPECT_EQ(Store().Folders().Info(IdOf(StandardFolder::Root)).type, ULONG(FOLDER_ROOT));
@@ -122,7 +122,7 @@ TEST_F(StoreFileTest, AnotherProgramsDatabaseIsRefused)
     EXPECT_EQ(OpenCode(Path("other.db")), MAPI_E_CORRUPT_STORE);
 }
 
-TEST_F(StoreFileTest, ANewerSchemaIsRefused)
+TEST_F(StoreFileTest, NewerSchemasAreRefused)
 {
     Spoil("PRAGMA user_version=5");
     m_store.reset();

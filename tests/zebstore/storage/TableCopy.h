@@ -135,13 +135,13 @@ public:
     {
         return Waits([&] { return m_rows == expected; });
     }
-    /// The same, or is told that all may have changed.
+    /// The same, or a notification that all may have changed.
     bool BecomesOrIsLost(const CopiedRows& expected)
     {
         return Waits([&] { return m_rows == expected || m_whole > 0; });
     }
     /// Waits for `count` events in all.
-    bool Hears(size_t count)
+    bool Receives(size_t count)
     {
         return Waits([&] { return m_events.size() >= count; });
     }

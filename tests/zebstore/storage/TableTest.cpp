@@ -294,7 +294,7 @@ TEST_F(TableTest, TheNextCallShowsChanges)
     Store().Messages().Create({Inbox, false}, Numbered(9));
     EXPECT_EQ(Rows(*table, 9), (Numbers{3, 9}));
     Store().Messages().Create({Inbox, false}, Numbered(10));
-    EXPECT_EQ(Rows(*table, 9), Numbers{10}) << "also behind the end";
+    EXPECT_EQ(Rows(*table, 9), Numbers{10}) << "also after the end";
 }
 
 TEST_F(TableTest, SortedTablesFollowAnotherConnection)

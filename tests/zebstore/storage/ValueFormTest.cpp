@@ -76,7 +76,7 @@ TEST_F(ValueForm, ALongBodyIsWrittenOnce)
     }
 }
 
-TEST_F(ValueForm, ANewMessageKnowsItsParts)
+TEST_F(ValueForm, NewMessagesKnowTheirParts)
 {
     MessageContent content = WithBody("text");
     content.recipients = std::vector<PropertySet>{Named("Ada"), Named("Boris")};
