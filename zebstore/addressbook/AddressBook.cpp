@@ -18,10 +18,6 @@ namespace zebstore
 namespace
 {
 
-/// The store property in which the address book keeps its settings.
-constexpr ULONG PrDefaultDir = PR_AB_DEFAULT_DIR;
-constexpr ULONG PrPersonal = PR_AB_DEFAULT_PAB;
-
 AddressEntryId IdOfContainer(const StorePtr& store, AddressKind kind)
 {
     const std::string id = ContainerRow(store, kind, false).Binary(PR_ENTRYID);
@@ -137,19 +133,20 @@ public:
 
     HRESULT STDMETHODCALLTYPE GetPAB(ULONG* size, LPENTRYID* id) override
     {
-        return Run("IAddrBook::GetPAB", [&] { Give(Chosen(PrPersonal, AddressKind::Contacts), size, id); });
+        return Run("IAddrBook::GetPAB", [&] { Give(Chosen(PR_AB_DEFAULT_PAB, AddressKind::Contacts), size, id); });
     }
     HRESULT STDMETHODCALLTYPE SetPAB(ULONG size, LPENTRYID id) override
     {
-        return Run("IAddrBook::SetPAB", [&] { Choose(PrPersonal, size, id); });
+        return Run("IAddrBook::SetPAB", [&] { Choose(PR_AB_DEFAULT_PAB, size, id); });
     }
     HRESULT STDMETHODCALLTYPE GetDefaultDir(ULONG* size, LPENTRYID* id) override
     {
-        return Run("IAddrBook::GetDefaultDir", [&] { Give(Chosen(PrDefaultDir, AddressKind::Directory), size, id); });
+        return Run("IAddrBook::GetDefaultDir",
+                   [&] { Give(Chosen(PR_AB_DEFAULT_DIR, AddressKind::Directory), size, id); });
     }
     HRESULT STDMETHODCALLTYPE SetDefaultDir(ULONG size, LPENTRYID id) override
     {
-        return Run("IAddrBook::SetDefaultDir", [&] { Choose(PrDefaultDir, size, id); });
+        return Run("IAddrBook::SetDefaultDir", [&] { Choose(PR_AB_DEFAULT_DIR, size, id); });
     }
 
     HRESULT STDMETHODCALLTYPE GetSearchPath(ULONG flags, LPSRowSet* path) override

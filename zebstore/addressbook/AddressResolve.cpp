@@ -1,5 +1,6 @@
 #include "zebstore/addressbook/AddressResolve.h"
 
+#include "platform/tags.h"
 #include "zebstore/base/Memory.h"
 #include "zebstore/storage/AddressStorage.h"
 #include "zebstore/storage/Encoding.h"
@@ -13,8 +14,9 @@ namespace zebstore
 namespace
 {
 
-constexpr ULONG UsualColumns[] = {PR_ENTRYID,         PR_OBJECT_TYPE, PR_DISPLAY_TYPE, PR_DISPLAY_NAME_W, PR_ADDRTYPE_W,
-                                  PR_EMAIL_ADDRESS_W, PrSmtpAddress,  PR_SEARCH_KEY,   PR_RECORD_KEY};
+constexpr ULONG UsualColumns[] = {PR_ENTRYID,        PR_OBJECT_TYPE, PR_DISPLAY_TYPE,
+                                  PR_DISPLAY_NAME_W, PR_ADDRTYPE_W,  PR_EMAIL_ADDRESS_W,
+                                  PR_SMTP_ADDRESS_W, PR_SEARCH_KEY,  PR_RECORD_KEY};
 
 std::vector<RowKey> KeysByName(RowSource& rows, const std::string& name)
 {

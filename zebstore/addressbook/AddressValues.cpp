@@ -1,5 +1,6 @@
 #include "zebstore/addressbook/AddressValues.h"
 
+#include "platform/tags.h"
 #include "zebstore/storage/Text.h"
 
 #include <algorithm>
@@ -126,12 +127,12 @@ bool ComputeFromAddress(const std::string& type, const std::string& address, ULO
     case PROP_ID(PR_EMAIL_ADDRESS):
         out.SetText(PR_EMAIL_ADDRESS_W, address);
         return true;
-    case PROP_ID(PrSmtpAddress):
+    case PROP_ID(PR_SMTP_ADDRESS_W):
         if (UpperAscii(type) != "SMTP")
         {
             return false;
         }
-        out.SetText(PrSmtpAddress, address);
+        out.SetText(PR_SMTP_ADDRESS_W, address);
         return true;
     case PROP_ID(PR_SEARCH_KEY):
     {

@@ -1,5 +1,6 @@
 #include "zebstore/addressbook/Contacts.h"
 
+#include "platform/tags.h"
 #include "zebstore/addressbook/AddressValues.h"
 #include "zebstore/storage/Encoding.h"
 
@@ -112,7 +113,7 @@ const std::vector<ULONG>& ComputedContactTags()
     static const std::vector<ULONG> tags = []
     {
         std::vector<ULONG> all = ComputedEntryTags();
-        for (const ULONG tag : {PR_DISPLAY_NAME_W, PR_ADDRTYPE_W, PR_EMAIL_ADDRESS_W, PrSmtpAddress, PR_SEARCH_KEY})
+        for (const ULONG tag : {PR_DISPLAY_NAME_W, PR_ADDRTYPE_W, PR_EMAIL_ADDRESS_W, PR_SMTP_ADDRESS_W, PR_SEARCH_KEY})
         {
             all.push_back(tag);
         }

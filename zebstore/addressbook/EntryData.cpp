@@ -1,5 +1,6 @@
 #include "zebstore/addressbook/EntryData.h"
 
+#include "platform/tags.h"
 #include "zebstore/addressbook/AddressValues.h"
 #include "zebstore/addressbook/ListMembers.h"
 
@@ -23,7 +24,7 @@ PropertySet OneOffProperties(const StoreContext& store, const AddressName& name)
     {
         ComputeEntry(store, name, tag, properties);
     }
-    for (const ULONG tag : {PR_ADDRTYPE_W, PR_EMAIL_ADDRESS_W, PrSmtpAddress, PR_SEARCH_KEY})
+    for (const ULONG tag : {PR_ADDRTYPE_W, PR_EMAIL_ADDRESS_W, PR_SMTP_ADDRESS_W, PR_SEARCH_KEY})
     {
         ComputeFromAddress(name.type, name.address, tag, properties);
     }
@@ -145,7 +146,7 @@ void EntryData::Complete()
         m_properties.SetText(PR_ADDRTYPE_W, "SMTP");
     }
     const std::string type = m_properties.Text(PR_ADDRTYPE_W);
-    for (const ULONG tag : {PrSmtpAddress, PR_SEARCH_KEY})
+    for (const ULONG tag : {PR_SMTP_ADDRESS_W, PR_SEARCH_KEY})
     {
         ComputeFromAddress(type, address, tag, m_properties);
     }

@@ -1,5 +1,6 @@
 #include "zebstore/addressbook/EntryRow.h"
 
+#include "platform/tags.h"
 #include "zebstore/addressbook/AddressValues.h"
 #include "zebstore/addressbook/EntryData.h"
 
@@ -8,9 +9,9 @@ namespace zebstore
 
 const std::vector<ULONG>& EntryRowTags()
 {
-    static const std::vector<ULONG> tags = {PR_ENTRYID,      PR_RECORD_KEY,     PR_OBJECT_TYPE, PR_DISPLAY_TYPE,
-                                            PR_INSTANCE_KEY, PR_DISPLAY_NAME_W, PR_ADDRTYPE_W,  PR_EMAIL_ADDRESS_W,
-                                            PrSmtpAddress,   PR_SEARCH_KEY,     PR_ACCOUNT_W,   PR_GIVEN_NAME_W,
+    static const std::vector<ULONG> tags = {PR_ENTRYID,        PR_RECORD_KEY,     PR_OBJECT_TYPE, PR_DISPLAY_TYPE,
+                                            PR_INSTANCE_KEY,   PR_DISPLAY_NAME_W, PR_ADDRTYPE_W,  PR_EMAIL_ADDRESS_W,
+                                            PR_SMTP_ADDRESS_W, PR_SEARCH_KEY,     PR_ACCOUNT_W,   PR_GIVEN_NAME_W,
                                             PR_SURNAME_W};
     return tags;
 }

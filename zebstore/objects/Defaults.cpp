@@ -1,6 +1,7 @@
 #include "zebstore/objects/Defaults.h"
 
 #include "platform/datetime.h"
+#include "platform/tags.h"
 
 #include <algorithm>
 #include <map>
@@ -40,17 +41,17 @@ bool AddSyncKey(const MAPIUID& store, ULONG tag, const MessageOrigin& origin, Pr
     }
     switch (PROP_ID(tag))
     {
-    case PROP_ID(PrSourceKey):
-        SetKey(out, PrSourceKey, SyncKey(store, origin.id));
+    case PROP_ID(PR_SOURCE_KEY):
+        SetKey(out, PR_SOURCE_KEY, SyncKey(store, origin.id));
         return true;
-    case PROP_ID(PrParentSourceKey):
-        SetKey(out, PrParentSourceKey, SyncKey(store, ContentsKey::Of(origin.id).Folder()));
+    case PROP_ID(PR_PARENT_SOURCE_KEY):
+        SetKey(out, PR_PARENT_SOURCE_KEY, SyncKey(store, ContentsKey::Of(origin.id).Folder()));
         return true;
-    case PROP_ID(PrChangeKey):
-        SetKey(out, PrChangeKey, SyncKey(store, origin.change()));
+    case PROP_ID(PR_CHANGE_KEY):
+        SetKey(out, PR_CHANGE_KEY, SyncKey(store, origin.change()));
         return true;
     default:
-        SetKey(out, PrPredecessorChangeList, WithChange({}, SyncKey(store, origin.change())));
+        SetKey(out, PR_PREDECESSOR_CHANGE_LIST, WithChange({}, SyncKey(store, origin.change())));
         return true;
     }
 }
@@ -77,10 +78,10 @@ bool IsMessageDefault(ULONG tag)
     case PROP_ID(PR_DISPLAY_TO_W):
     case PROP_ID(PR_DISPLAY_CC_W):
     case PROP_ID(PR_DISPLAY_BCC_W):
-    case PROP_ID(PrSourceKey):
-    case PROP_ID(PrParentSourceKey):
-    case PROP_ID(PrChangeKey):
-    case PROP_ID(PrPredecessorChangeList):
+    case PROP_ID(PR_SOURCE_KEY):
+    case PROP_ID(PR_PARENT_SOURCE_KEY):
+    case PROP_ID(PR_CHANGE_KEY):
+    case PROP_ID(PR_PREDECESSOR_CHANGE_LIST):
         return true;
     default:
         return false;
@@ -117,11 +118,11 @@ bool AddFolderDefault(const MAPIUID& store, ULONG tag, const FolderTimesReader& 
         return AddTime(PR_CREATION_TIME, times().created, out);
     case PROP_ID(PR_LAST_MODIFICATION_TIME):
         return AddTime(PR_LAST_MODIFICATION_TIME, times().modified, out);
-    case PROP_ID(PrChangeKey):
-        SetKey(out, PrChangeKey, SyncKey(store, times().modified));
+    case PROP_ID(PR_CHANGE_KEY):
+        SetKey(out, PR_CHANGE_KEY, SyncKey(store, times().modified));
         return true;
-    case PROP_ID(PrPredecessorChangeList):
-        SetKey(out, PrPredecessorChangeList, WithChange({}, SyncKey(store, times().modified)));
+    case PROP_ID(PR_PREDECESSOR_CHANGE_LIST):
+        SetKey(out, PR_PREDECESSOR_CHANGE_LIST, WithChange({}, SyncKey(store, times().modified)));
         return true;
     default:
         return false;
@@ -130,19 +131,19 @@ bool AddFolderDefault(const MAPIUID& store, ULONG tag, const FolderTimesReader& 
 
 void CompleteChangeKeys(const MAPIUID& store, bool isNext, PropertySet& properties)
 {
-    if (!properties.Has(PrChangeKey) && !properties.Has(PrPredecessorChangeList))
+    if (!properties.Has(PR_CHANGE_KEY) && !properties.Has(PR_PREDECESSOR_CHANGE_LIST))
     {
         return;
     }
-    std::string key = properties.Binary(PrChangeKey);
-    std::string list = properties.Binary(PrPredecessorChangeList);
+    std::string key = properties.Binary(PR_CHANGE_KEY);
+    std::string list = properties.Binary(PR_PREDECESSOR_CHANGE_LIST);
     if (isNext || key.empty())
     {
         list = WithChange(list, key);
         key = NextChangeKey(store, key);
-        SetKey(properties, PrChangeKey, key);
+        SetKey(properties, PR_CHANGE_KEY, key);
     }
-    SetKey(properties, PrPredecessorChangeList, WithChange(list, key));
+    SetKey(properties, PR_PREDECESSOR_CHANGE_LIST, WithChange(list, key));
 }
 
 std::string SyncKey(const MAPIUID& store, std::int64_t number)

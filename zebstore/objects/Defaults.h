@@ -1,7 +1,7 @@
-// Default properties that every message and folder has even if no client wrote them.
+// Default properties that every message and folder has even if no client wrote them, among them the keys by which
+// synchronizing clients identify an object and its changes.
 #pragma once
 
-#include "platform/tags.h"
 #include "zebstore/storage/ComputedProperties.h"
 
 #include <string>
@@ -9,12 +9,6 @@
 
 namespace zebstore
 {
-
-// The properties by which synchronizing clients identify an object and its changes.
-constexpr ULONG PrSourceKey = PR_SOURCE_KEY;
-constexpr ULONG PrParentSourceKey = PR_PARENT_SOURCE_KEY;
-constexpr ULONG PrChangeKey = PR_CHANGE_KEY;
-constexpr ULONG PrPredecessorChangeList = PR_PREDECESSOR_CHANGE_LIST;
 
 /// True for a property of messages that AddMessageDefault knows.
 bool IsMessageDefault(ULONG tag);

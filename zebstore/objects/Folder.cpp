@@ -78,10 +78,10 @@ const PropertySet& Folder::Stored()
 const std::vector<ULONG>& Folder::ComputedTags()
 {
     static const std::vector<ULONG> folders = {
-        PR_ENTRYID,           PR_RECORD_KEY,       PR_PARENT_ENTRYID, PR_OBJECT_TYPE,         PR_ACCESS,
-        PR_STORE_ENTRYID,     PR_STORE_RECORD_KEY, PR_INSTANCE_KEY,   PR_ACCESS_LEVEL,        PR_STORE_SUPPORT_MASK,
-        PR_MAPPING_SIGNATURE, PR_CONTENT_COUNT,    PR_CONTENT_UNREAD, PR_ASSOC_CONTENT_COUNT, PR_SUBFOLDERS,
-        PR_FOLDER_TYPE,       PrSourceKey,         PrParentSourceKey};
+        PR_ENTRYID,           PR_RECORD_KEY,       PR_PARENT_ENTRYID,   PR_OBJECT_TYPE,         PR_ACCESS,
+        PR_STORE_ENTRYID,     PR_STORE_RECORD_KEY, PR_INSTANCE_KEY,     PR_ACCESS_LEVEL,        PR_STORE_SUPPORT_MASK,
+        PR_MAPPING_SIGNATURE, PR_CONTENT_COUNT,    PR_CONTENT_UNREAD,   PR_ASSOC_CONTENT_COUNT, PR_SUBFOLDERS,
+        PR_FOLDER_TYPE,       PR_SOURCE_KEY,       PR_PARENT_SOURCE_KEY};
     static const std::vector<ULONG> inbox = []
     {
         std::vector<ULONG> tags = folders;
@@ -108,7 +108,7 @@ bool Folder::Compute(ULONG tag, PropertySet& out)
 // Not listed: synchronizing clients ask for these by tag.
 bool Folder::Lists(ULONG tag)
 {
-    return PROP_ID(tag) != PROP_ID(PrSourceKey) && PROP_ID(tag) != PROP_ID(PrParentSourceKey);
+    return PROP_ID(tag) != PROP_ID(PR_SOURCE_KEY) && PROP_ID(tag) != PROP_ID(PR_PARENT_SOURCE_KEY);
 }
 
 bool Folder::Default(ULONG tag, PropertySet& out)
@@ -123,7 +123,7 @@ void Folder::Edit(const std::function<void(PropertySet&)>& change)
     const PropertySet before = File().Folders().Properties(m_folder);
     PropertySet properties = before;
     change(properties);
-    CompleteChangeKeys(Store()->Uid(), properties.Binary(PrChangeKey) == before.Binary(PrChangeKey), properties);
+    CompleteChangeKeys(Store()->Uid(), properties.Binary(PR_CHANGE_KEY) == before.Binary(PR_CHANGE_KEY), properties);
     // A time that a client wrote holds until the next change.
     if (before.Has(PR_LAST_MODIFICATION_TIME) &&
         properties.Find(PR_LAST_MODIFICATION_TIME).bytes == before.Find(PR_LAST_MODIFICATION_TIME).bytes)

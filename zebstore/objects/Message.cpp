@@ -1,6 +1,7 @@
 #include "zebstore/objects/Message.h"
 
 #include "platform/datetime.h"
+#include "platform/tags.h"
 #include "zebstore/objects/Attachment.h"
 #include "zebstore/objects/Defaults.h"
 #include "zebstore/objects/Interfaces.h"
@@ -237,7 +238,7 @@ void Message::Complete()
     m_properties.SetLong(PR_MESSAGE_FLAGS, (m_properties.Long(PR_MESSAGE_FLAGS) & ~LONG(MSGFLAG_ASSOCIATED)) | kind);
     CompleteSubject();
     CompleteNames();
-    CompleteChangeKeys(Store()->Uid(), m_saved && !WasWritten(PrChangeKey), m_properties);
+    CompleteChangeKeys(Store()->Uid(), m_saved && !WasWritten(PR_CHANGE_KEY), m_properties);
 }
 
 void Message::CompleteSubject()

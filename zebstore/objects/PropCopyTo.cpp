@@ -1,5 +1,6 @@
 #include "zebstore/objects/PropCopyTo.h"
 
+#include "platform/tags.h"
 #include "zebstore/base/Memory.h"
 #include "zebstore/objects/Defaults.h"
 #include "zebstore/objects/Interfaces.h"
@@ -18,12 +19,12 @@ namespace
 {
 
 /// Properties of the object's location and identity; never copied.
-constexpr ULONG NeverCopied[] = {PR_ENTRYID,        PR_RECORD_KEY,   PR_PARENT_ENTRYID,      PR_OBJECT_TYPE,
-                                 PR_STORE_ENTRYID,  PR_ACCESS,       PR_STORE_RECORD_KEY,    PR_MAPPING_SIGNATURE,
-                                 PR_INSTANCE_KEY,   PR_ACCESS_LEVEL, PR_CONTENT_COUNT,       PR_CONTENT_UNREAD,
-                                 PR_SUBFOLDERS,     PR_FOLDER_TYPE,  PR_STORE_SUPPORT_MASK,  PR_ATTACH_NUM,
-                                 PR_MESSAGE_SIZE,   PR_HASATTACH,    PR_ASSOC_CONTENT_COUNT, PrSourceKey,
-                                 PrParentSourceKey, PrChangeKey,     PrPredecessorChangeList};
+constexpr ULONG NeverCopied[] = {PR_ENTRYID,           PR_RECORD_KEY,   PR_PARENT_ENTRYID,         PR_OBJECT_TYPE,
+                                 PR_STORE_ENTRYID,     PR_ACCESS,       PR_STORE_RECORD_KEY,       PR_MAPPING_SIGNATURE,
+                                 PR_INSTANCE_KEY,      PR_ACCESS_LEVEL, PR_CONTENT_COUNT,          PR_CONTENT_UNREAD,
+                                 PR_SUBFOLDERS,        PR_FOLDER_TYPE,  PR_STORE_SUPPORT_MASK,     PR_ATTACH_NUM,
+                                 PR_MESSAGE_SIZE,      PR_HASATTACH,    PR_ASSOC_CONTENT_COUNT,    PR_SOURCE_KEY,
+                                 PR_PARENT_SOURCE_KEY, PR_CHANGE_KEY,   PR_PREDECESSOR_CHANGE_LIST};
 
 class Copier
 {

@@ -74,11 +74,11 @@ public:
         case PROP_ID(PR_ACCESS):
             out.SetLong(PR_ACCESS, m_readOnly ? LONG(MAPI_ACCESS_READ) : FolderAccess);
             return true;
-        case PROP_ID(PrSourceKey):
-            SetId(out, PrSourceKey, SyncKey(m_uid, folder.id));
+        case PROP_ID(PR_SOURCE_KEY):
+            SetId(out, PR_SOURCE_KEY, SyncKey(m_uid, folder.id));
             return true;
-        case PROP_ID(PrParentSourceKey):
-            SetId(out, PrParentSourceKey, folder.parent ? SyncKey(m_uid, folder.parent) : std::string());
+        case PROP_ID(PR_PARENT_SOURCE_KEY):
+            SetId(out, PR_PARENT_SOURCE_KEY, folder.parent ? SyncKey(m_uid, folder.parent) : std::string());
             return true;
         case PROP_ID(PR_IPM_CONTACT_ENTRYID):
             if (folder.id != IdOf(StandardFolder::Inbox))

@@ -1,5 +1,6 @@
 #include "zebstore/storage/AddressRows.h"
 
+#include "platform/tags.h"
 #include "zebstore/storage/PropertyBlob.h"
 #include "zebstore/storage/RowParts.h"
 #include "zebstore/storage/RowSelection.h"
@@ -116,7 +117,7 @@ public:
     {
         std::vector<ULONG> columns = m_computed->Tags();
         for (const ULONG tag :
-             {PR_DISPLAY_NAME_W, PR_ADDRTYPE_W, PR_EMAIL_ADDRESS_W, PrSmtpAddress, PR_ACCOUNT_W, PR_SEARCH_KEY})
+             {PR_DISPLAY_NAME_W, PR_ADDRTYPE_W, PR_EMAIL_ADDRESS_W, PR_SMTP_ADDRESS_W, PR_ACCOUNT_W, PR_SEARCH_KEY})
         {
             columns.push_back(tag);
         }

@@ -1,7 +1,6 @@
 // The address book's part of a store file: mail users, distribution lists and their members.
 #pragma once
 
-#include "platform/tags.h"
 #include "zebstore/storage/StoreFile.h"
 
 #include <memory>
@@ -10,9 +9,6 @@
 
 namespace zebstore
 {
-
-/// The SMTP address of an entry, whatever its own address type.
-constexpr ULONG PrSmtpAddress = PR_SMTP_ADDRESS_W;
 
 /// Entries are numbered from 1; a number is never given twice.
 using AddressId = std::int64_t;

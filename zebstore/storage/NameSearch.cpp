@@ -1,5 +1,6 @@
 #include "zebstore/storage/NameSearch.h"
 
+#include "platform/tags.h"
 #include "zebstore/storage/AddressStorage.h"
 #include "zebstore/storage/Compare.h"
 #include "zebstore/storage/Encoding.h"
@@ -16,7 +17,7 @@ namespace
 {
 
 constexpr ULONG WordTags[] = {PR_DISPLAY_NAME_W, PR_GIVEN_NAME_W, PR_SURNAME_W};
-constexpr ULONG WholeTags[] = {PR_ACCOUNT_W, PR_EMAIL_ADDRESS_W, PrSmtpAddress};
+constexpr ULONG WholeTags[] = {PR_ACCOUNT_W, PR_EMAIL_ADDRESS_W, PR_SMTP_ADDRESS_W};
 
 std::string FoldedText(const ValueSource& entry, ULONG tag)
 {

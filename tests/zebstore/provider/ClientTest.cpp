@@ -1,5 +1,6 @@
 // Arguments and properties that clients routinely use.
 #include "platform/datetime.h"
+#include "platform/tags.h"
 #include "tests/support/Unprivileged.h"
 #include "tests/zebstore/provider/ProviderFixture.h"
 #include "zebstore/objects/Defaults.h"
@@ -193,12 +194,12 @@ TEST_F(Clients, ReadWhatEveryMessageHas)
     normal.rt = RES_PROPERTY;
     normal.res.resProperty = {RELOP_EQ, PR_IMPORTANCE, &value};
     EXPECT_EQ(table->Restrict(&normal, 0), S_OK);
-    const Rows rows(table, {PR_IMPORTANCE, PR_DISPLAY_TO_A, PrSourceKey, PrChangeKey});
+    const Rows rows(table, {PR_IMPORTANCE, PR_DISPLAY_TO_A, PR_SOURCE_KEY, PR_CHANGE_KEY});
     ASSERT_EQ(rows.Count(), 1u);
     EXPECT_EQ(rows.Cell(0, 0).Value.l, LONG(IMPORTANCE_NORMAL));
     EXPECT_EQ(rows.TextCell(0, 1), "");
-    EXPECT_EQ(rows.BytesCell(0, 2), GetBytes(message.Get(), PrSourceKey));
-    EXPECT_EQ(rows.BytesCell(0, 3), GetBytes(message.Get(), PrChangeKey));
+    EXPECT_EQ(rows.BytesCell(0, 2), GetBytes(message.Get(), PR_SOURCE_KEY));
+    EXPECT_EQ(rows.BytesCell(0, 3), GetBytes(message.Get(), PR_CHANGE_KEY));
     EXPECT_EQ(Set(message.Get(), LongValue(PR_IMPORTANCE, 2)), S_OK);
     EXPECT_EQ(GetLong(message.Get(), PR_IMPORTANCE), 2);
     ULONG old = 1;
@@ -225,40 +226,40 @@ TEST_F(Clients, KnowMessagesByKeys)
     const Ref<IMAPIFolder> inbox = Inbox();
     const Ref<IMessage> message = OpenMessage(SaveMessage(*inbox));
     const Ref<IMessage> other = OpenMessage(SaveMessage(*inbox));
-    EXPECT_EQ(GetBytes(message.Get(), PrSourceKey).size(), 24u);
-    EXPECT_NE(GetBytes(message.Get(), PrSourceKey), GetBytes(other.Get(), PrSourceKey));
-    EXPECT_EQ(GetBytes(message.Get(), PrParentSourceKey), GetBytes(inbox.Get(), PrSourceKey));
+    EXPECT_EQ(GetBytes(message.Get(), PR_SOURCE_KEY).size(), 24u);
+    EXPECT_NE(GetBytes(message.Get(), PR_SOURCE_KEY), GetBytes(other.Get(), PR_SOURCE_KEY));
+    EXPECT_EQ(GetBytes(message.Get(), PR_PARENT_SOURCE_KEY), GetBytes(inbox.Get(), PR_SOURCE_KEY));
     const Ref<IMAPIFolder> parent = OpenFolder(GetBytes(inbox.Get(), PR_PARENT_ENTRYID));
-    EXPECT_EQ(GetBytes(inbox.Get(), PrParentSourceKey), GetBytes(parent.Get(), PrSourceKey));
-    const std::string before = BinaryOf(message.Get(), PrChangeKey);
-    EXPECT_EQ(BinaryOf(message.Get(), PrPredecessorChangeList), std::string(1, 24) + before);
+    EXPECT_EQ(GetBytes(inbox.Get(), PR_PARENT_SOURCE_KEY), GetBytes(parent.Get(), PR_SOURCE_KEY));
+    const std::string before = BinaryOf(message.Get(), PR_CHANGE_KEY);
+    EXPECT_EQ(BinaryOf(message.Get(), PR_PREDECESSOR_CHANGE_LIST), std::string(1, 24) + before);
     EXPECT_EQ(Set(message.Get(), NarrowValue(PR_SUBJECT_A, "changed")), S_OK);
     EXPECT_EQ(message->SaveChanges(KEEP_OPEN_READWRITE), S_OK);
-    const std::string after = BinaryOf(message.Get(), PrChangeKey);
+    const std::string after = BinaryOf(message.Get(), PR_CHANGE_KEY);
     EXPECT_GT(after, before);
-    EXPECT_EQ(BinaryOf(message.Get(), PrPredecessorChangeList), std::string(1, 24) + after);
-    EXPECT_EQ(BinaryOf(NewMessage(*inbox).Get(), PrSourceKey), "");
+    EXPECT_EQ(BinaryOf(message.Get(), PR_PREDECESSOR_CHANGE_LIST), std::string(1, 24) + after);
+    EXPECT_EQ(BinaryOf(NewMessage(*inbox).Get(), PR_SOURCE_KEY), "");
 }
 
 TEST_F(Clients, SeeNewChangeKeysAfterSaves)
 {
     const Ref<IMessage> message = NewMessage(*Inbox());
     const Bytes imported = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 0, 0, 0, 7};
-    EXPECT_EQ(Set(message.Get(), BinaryValue(PrChangeKey, imported)), S_OK);
+    EXPECT_EQ(Set(message.Get(), BinaryValue(PR_CHANGE_KEY, imported)), S_OK);
     EXPECT_EQ(message->SaveChanges(KEEP_OPEN_READWRITE), S_OK);
-    EXPECT_EQ(GetBytes(message.Get(), PrChangeKey), imported);
+    EXPECT_EQ(GetBytes(message.Get(), PR_CHANGE_KEY), imported);
     const std::string importedEntry = std::string(1, 20) + std::string(imported.begin(), imported.end());
-    EXPECT_EQ(BinaryOf(message.Get(), PrPredecessorChangeList), importedEntry);
+    EXPECT_EQ(BinaryOf(message.Get(), PR_PREDECESSOR_CHANGE_LIST), importedEntry);
     std::string last;
     for (int i = 0; i < 2; ++i)
     {
         EXPECT_EQ(Set(message.Get(), NarrowValue(PR_SUBJECT_A, std::to_string(i).c_str())), S_OK);
         EXPECT_EQ(message->SaveChanges(KEEP_OPEN_READWRITE), S_OK);
-        const std::string key = BinaryOf(message.Get(), PrChangeKey);
+        const std::string key = BinaryOf(message.Get(), PR_CHANGE_KEY);
         EXPECT_EQ(key.size(), 24u);
         EXPECT_GT(key, last);
         last = key;
-        const std::string list = BinaryOf(message.Get(), PrPredecessorChangeList);
+        const std::string list = BinaryOf(message.Get(), PR_PREDECESSOR_CHANGE_LIST);
         EXPECT_EQ(list.size(), 21u + 25u);
         EXPECT_NE(list.find(importedEntry), std::string::npos);
         EXPECT_NE(list.find(std::string(1, 24) + key), std::string::npos);
@@ -276,29 +277,29 @@ TEST_F(Clients, KnowFoldersByUnlistedKeys)
     EXPECT_LE(created, Now());
     const std::int64_t modified = TimeOf(folder.Get(), PR_LAST_MODIFICATION_TIME);
     EXPECT_EQ(modified, created);
-    const std::string key = BinaryOf(folder.Get(), PrChangeKey);
-    EXPECT_EQ(BinaryOf(folder.Get(), PrPredecessorChangeList), std::string(1, 24) + key);
+    const std::string key = BinaryOf(folder.Get(), PR_CHANGE_KEY);
+    EXPECT_EQ(BinaryOf(folder.Get(), PR_PREDECESSOR_CHANGE_LIST), std::string(1, 24) + key);
     EXPECT_EQ(Set(folder.Get(), NarrowValue(PR_COMMENT_A, "new")), S_OK);
     EXPECT_EQ(TimeOf(folder.Get(), PR_CREATION_TIME), created);
     EXPECT_GT(TimeOf(folder.Get(), PR_LAST_MODIFICATION_TIME), modified);
-    EXPECT_GT(BinaryOf(folder.Get(), PrChangeKey), key);
+    EXPECT_GT(BinaryOf(folder.Get(), PR_CHANGE_KEY), key);
     SPropTagArray* tags = nullptr;
     ASSERT_EQ(folder->GetPropList(0, &tags), S_OK);
     const Buffer<SPropTagArray> owner(tags);
     for (ULONG i = 0; i < tags->cValues; ++i)
     {
-        for (const ULONG tag : {PR_CREATION_TIME, PR_LAST_MODIFICATION_TIME, PrChangeKey, PrPredecessorChangeList})
+        for (const ULONG tag : {PR_CREATION_TIME, PR_LAST_MODIFICATION_TIME, PR_CHANGE_KEY, PR_PREDECESSOR_CHANGE_LIST})
         {
             EXPECT_NE(PROP_ID(tags->aulPropTag[i]), PROP_ID(tag));
         }
     }
     IMAPITable* table = nullptr;
     ASSERT_EQ(inbox->GetHierarchyTable(0, &table), S_OK);
-    const Rows rows(table, {PR_CREATION_TIME, PR_LAST_MODIFICATION_TIME, PrChangeKey});
+    const Rows rows(table, {PR_CREATION_TIME, PR_LAST_MODIFICATION_TIME, PR_CHANGE_KEY});
     ASSERT_EQ(rows.Count(), 1u);
     EXPECT_EQ(NumberOf(rows.Cell(0, 0).Value.ft), created);
     EXPECT_EQ(NumberOf(rows.Cell(0, 1).Value.ft), TimeOf(folder.Get(), PR_LAST_MODIFICATION_TIME));
-    EXPECT_EQ(rows.BytesCell(0, 2), GetBytes(folder.Get(), PrChangeKey));
+    EXPECT_EQ(rows.BytesCell(0, 2), GetBytes(folder.Get(), PR_CHANGE_KEY));
 }
 
 TEST_F(Clients, WriteAFoldersTimesAndKeys)
@@ -313,14 +314,14 @@ TEST_F(Clients, WriteAFoldersTimesAndKeys)
     time.ulPropTag = PR_LAST_MODIFICATION_TIME;
     EXPECT_EQ(Set(folder.Get(), time), S_OK);
     EXPECT_EQ(TimeOf(folder.Get(), PR_LAST_MODIFICATION_TIME), NumberOf(time.Value.ft));
-    EXPECT_EQ(Set(folder.Get(), BinaryValue(PrChangeKey, imported)), S_OK);
-    EXPECT_EQ(GetBytes(folder.Get(), PrChangeKey), imported);
-    EXPECT_EQ(BinaryOf(folder.Get(), PrPredecessorChangeList), importedEntry);
+    EXPECT_EQ(Set(folder.Get(), BinaryValue(PR_CHANGE_KEY, imported)), S_OK);
+    EXPECT_EQ(GetBytes(folder.Get(), PR_CHANGE_KEY), imported);
+    EXPECT_EQ(BinaryOf(folder.Get(), PR_PREDECESSOR_CHANGE_LIST), importedEntry);
     EXPECT_EQ(Set(folder.Get(), NarrowValue(PR_COMMENT_A, "new")), S_OK);
     EXPECT_EQ(TimeOf(folder.Get(), PR_CREATION_TIME), NumberOf(time.Value.ft));
     EXPECT_GT(TimeOf(folder.Get(), PR_LAST_MODIFICATION_TIME), NumberOf(time.Value.ft));
-    EXPECT_NE(GetBytes(folder.Get(), PrChangeKey), imported);
-    EXPECT_NE(BinaryOf(folder.Get(), PrPredecessorChangeList).find(importedEntry), std::string::npos);
+    EXPECT_NE(GetBytes(folder.Get(), PR_CHANGE_KEY), imported);
+    EXPECT_NE(BinaryOf(folder.Get(), PR_PREDECESSOR_CHANGE_LIST).find(importedEntry), std::string::npos);
 }
 
 TEST_F(Clients, GetAttachmentsByInterface)
