@@ -81,7 +81,8 @@ public:
         m_text.Resize(length < 0 ? LengthOf(m_text.Data()) : static_cast<size_t>(length));
     }
 
-    /// Replaces the text: printf, including Windows' %I64. The arguments may point into this string.
+    /// Replaces the text: printf, including Windows' %I64. %s takes text of the string's own characters; in a CStringW
+    /// %S and %hs take narrow text. The arguments may point into this string.
     void Format(const XCHAR* format, ...)
     {
         va_list args;

@@ -1,4 +1,4 @@
-// printf-style formatting, identical on both targets.
+// printf-style formatting by the C library, the same on both targets.
 #pragma once
 
 #include "framework/TextBuffer.h"
@@ -7,18 +7,26 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstddef>
-#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 namespace zeb::framework
 {
 
-/// Appends `format` with Windows' length modifiers I64 and I32 replaced by the C forms ("%I64d" as "%lld", "%I32u" as
-/// "%u").
-inline void AppendPortableFormat(TextBuffer<char>& result, const char* format)
+template <class CHAR_TYPE>
+bool IsOneOf(CHAR_TYPE character, const char* set)
 {
-    for (const char* at = format; *at != '\0'; ++at)
+    const auto code = static_cast<unsigned>(character);
+    return code != 0 && code < 128 && std::strchr(set, static_cast<char>(code)) != nullptr;
+}
+
+/// A format with Windows' length modifiers I64 and I32 replaced by the C forms ("%I64d" as "%lld", "%I32u" as "%u").
+template <class CHAR_TYPE>
+TextBuffer<CHAR_TYPE> PortableFormat(const CHAR_TYPE* format)
+{
+    TextBuffer<CHAR_TYPE> result;
+    for (const CHAR_TYPE* at = format; *at != 0; ++at)
     {
         result.Append(*at);
         if (*at != '%')
@@ -30,16 +38,17 @@ inline void AppendPortableFormat(TextBuffer<char>& result, const char* format)
             result.Append(*++at);
             continue;
         }
-        while (at[1] != '\0' && std::strchr("+- #0123456789.*", at[1]) != nullptr)
+        while (IsOneOf(at[1], "+- #0123456789.*"))
         {
             result.Append(*++at);
         }
         if (at[1] == 'I' && ((at[2] == '6' && at[3] == '4') || (at[2] == '3' && at[3] == '2')))
         {
-            result.Append("ll", at[2] == '6' ? 2 : 0);
+            result.Append(at[2] == '6' ? 2 : 0, CHAR_TYPE('l'));
             at += 3;
         }
     }
+    return result;
 }
 
 /// vsprintf into `text`, which is empty. A format or an argument that the C library rejects gives an empty text.
@@ -48,7 +57,7 @@ inline void FormatText(TextBuffer<char>& text, const char* format, va_list args)
     TextBuffer<char> portable;
     if (std::strchr(format, 'I') != nullptr)
     {
-        AppendPortableFormat(portable, format);
+        portable = PortableFormat(format);
         format = portable.Data();
     }
     char buffer[256];
@@ -67,253 +76,202 @@ inline void FormatText(TextBuffer<char>& text, const char* format, va_list args)
     va_end(again);
 }
 
-/// One conversion of a 16-bit format, such as "%-8.3I64d".
+/// One conversion of a 16-bit format, written by the C library as narrow text: the conversion of a number as it is, that
+/// of a text with one mark for each of its characters, which then take the places of the marks.
 class WideConversion
 {
 public:
-    using Wide = TextBuffer<WCHAR>;
-
-    /// REQUIRES: `at` points after the '%'. Advances it past the conversion.
-    explicit WideConversion(const WCHAR*& at)
+    /// `args` points to a va_list, so that it advances.
+    WideConversion(TextBuffer<WCHAR>& out, va_list* args)
+        : m_out(out)
+        , m_args(args)
     {
-        for (; IsOneOf(*at, "+- #0"); ++at)
-        {
-            AddFlag(static_cast<char>(*at));
-        }
-        m_width = Number(at);
-        if (*at == '.')
-        {
-            ++at;
-            m_precision = Number(at);
-            m_precision = m_precision == none ? 0 : m_precision;
-        }
-        Length(at);
-        if (*at != 0)
-        {
-            m_kind = static_cast<char>(*at < 128 ? *at : '?');
-            ++at;
-        }
     }
 
-    /// Reads the conversion's arguments and appends its text. `args` points to a va_list, so that it advances.
-    void Append(Wide& out, va_list* args)
+    /// Appends the conversion whose text begins at `at`, after the '%'. @return the position after it
+    const WCHAR* Append(const WCHAR* at)
     {
-        m_width = m_width == argument ? va_arg(*args, int) : m_width;
-        m_precision = m_precision == argument ? va_arg(*args, int) : m_precision;
-        switch (m_kind)
+        m_conversion.Append('%');
+        for (; IsOneOf(*at, "+- #0123456789.*"); ++at)
         {
-        case '%':
-            out.Append(WCHAR('%'));
-            break;
-        case 'c':
-            AppendCharacter(out, static_cast<WCHAR>(va_arg(*args, int)));
-            break;
-        case 's':
-        case 'S':
-            AppendString(out, args);
-            break;
-        case 'e':
-        case 'E':
-        case 'f':
-        case 'F':
-        case 'g':
-        case 'G':
-        case 'a':
-        case 'A':
-            AppendNarrow(out, "", va_arg(*args, double));
-            break;
-        case 'p':
-            AppendNarrow(out, "", va_arg(*args, void*));
-            break;
-        case 'd':
-        case 'i':
-        case 'u':
-        case 'x':
-        case 'X':
-        case 'o':
-            AppendInteger(out, args);
-            break;
-        default:
-            break;
+            AppendOption(static_cast<char>(*at));
         }
+        for (; IsOneOf(*at, "hlzjt"); ++at)
+        {
+            m_length.Append(static_cast<char>(*at));
+        }
+        if (*at == 0)
+        {
+            return at;
+        }
+        Convert(static_cast<char>(*at < 128 ? *at : '?'));
+        return at + 1;
     }
 
 private:
-    static constexpr int none = -1;
-    static constexpr int argument = -2;
-
-    static bool IsOneOf(WCHAR c, const char* set)
+    void AppendOption(char option)
     {
-        while (*set != '\0' && WCHAR(*set) != c)
+        if (option != '*')
         {
-            ++set;
+            m_conversion.Append(option);
+            return;
         }
-        return *set != '\0';
+        const int value = va_arg(*m_args, int);
+        const bool isPrecision = m_conversion.Data()[m_conversion.Length() - 1] == '.';
+        if (value < 0 && isPrecision)
+        {
+            m_conversion.Resize(m_conversion.Length() - 1); // as if there were none
+            return;
+        }
+        char digits[16];
+        m_conversion.Append(digits, static_cast<size_t>(std::snprintf(digits, sizeof digits, "%d", value)));
     }
 
-    /// Stores each flag once: the array has room for all of them.
-    void AddFlag(char flag)
+    void Convert(char kind)
     {
-        if (std::strchr(m_flags, flag) == nullptr)
+        if (kind == '%')
         {
-            m_flags[std::strlen(m_flags)] = flag;
+            m_out.Append(WCHAR('%'));
         }
-    }
-
-    static int Number(const WCHAR*& at)
-    {
-        if (*at == '*')
+        else if (kind == 'c')
         {
-            ++at;
-            return argument;
+            const auto character = static_cast<WCHAR>(va_arg(*m_args, int));
+            AppendText(&character, 1);
         }
-        int value = none;
-        while (*at >= '0' && *at <= '9')
+        else if (kind == 'S' || kind == 's')
         {
-            value = std::min((value == none ? 0 : value) * 10 + (*at++ - '0'), 100000);
+            AppendString((kind == 'S' || HasLength("h")) && !HasLength("l"));
         }
-        return value;
-    }
-
-    void Length(const WCHAR*& at)
-    {
-        if (at[0] == 'I' && at[1] == '6' && at[2] == '4')
+        else if (IsOneOf(kind, "eEfFgGaA"))
         {
-            m_bits = 64;
-            at += 3;
+            AppendNumber(kind, va_arg(*m_args, double));
         }
-        else if (at[0] == 'I' && at[1] == '3' && at[2] == '2')
+        else if (kind == 'p')
         {
-            at += 3;
+            AppendNumber(kind, va_arg(*m_args, void*));
         }
-        else if (at[0] == 'l' && at[1] == 'l')
+        else if (IsOneOf(kind, "diuxXo"))
         {
-            m_bits = 64;
-            at += 2;
-        }
-        else if (*at == 'z' || *at == 't' || *at == 'j')
-        {
-            m_bits = 64;
-            ++at;
-        }
-        else if (*at == 'l')
-        {
-            m_bits = sizeof(long) * 8;
-            m_wide = true;
-            ++at;
-        }
-        while (*at == 'h')
-        {
-            m_bits = m_bits == 16 ? 8 : 16;
-            m_narrow = true;
-            ++at;
+            AppendInteger(kind);
         }
     }
 
-    void AppendCharacter(Wide& out, WCHAR character) { AppendPadded(out, Wide(&character, 1)); }
+    bool HasLength(const char* length) const { return std::strstr(m_length.Data(), length) != nullptr; }
 
-    void AppendString(Wide& out, va_list* args)
+    void AppendInteger(char kind)
     {
-        const size_t limit = m_precision < 0 ? size_t(-1) : size_t(m_precision);
-        Wide text;
-        if ((m_kind == 'S' || m_narrow) && !m_wide)
+        m_conversion.Append(m_length.Data(), m_length.Length());
+        if (HasLength("ll") || HasLength("z") || HasLength("j") || HasLength("t"))
         {
-            const char* from = va_arg(*args, const char*);
-            for (from = from == nullptr ? "(null)" : from; *from != '\0' && text.Length() < limit; ++from)
-            {
-                text.Append(static_cast<WCHAR>(static_cast<unsigned char>(*from) < 128 ? *from : '?'));
-            }
+            AppendNumber(kind, va_arg(*m_args, long long));
+        }
+        else if (HasLength("l"))
+        {
+            AppendNumber(kind, va_arg(*m_args, long));
         }
         else
         {
-            const WCHAR* from = va_arg(*args, const WCHAR*);
-            for (from = from == nullptr ? ZEBW("(null)") : from; *from != 0 && text.Length() < limit; ++from)
-            {
-                text.Append(*from);
-            }
-        }
-        AppendPadded(out, text);
-    }
-
-    void AppendPadded(Wide& out, const Wide& text)
-    {
-        const bool left = m_width < -1 || std::strchr(m_flags, '-') != nullptr;
-        const size_t width = m_width < -1 ? size_t(-m_width) : m_width < 0 ? 0 : size_t(m_width);
-        const size_t padding = text.Length() < width ? width - text.Length() : 0;
-        out.Append(left ? 0 : padding, WCHAR(' '));
-        out.Append(text.Data(), text.Length());
-        out.Append(left ? padding : 0, WCHAR(' '));
-    }
-
-    void AppendInteger(Wide& out, va_list* args)
-    {
-        const bool isSigned = m_kind == 'd' || m_kind == 'i';
-        if (m_bits == 64 && isSigned)
-        {
-            AppendNarrow(out, "ll", static_cast<long long>(va_arg(*args, int64_t)));
-        }
-        else if (m_bits == 64)
-        {
-            AppendNarrow(out, "ll", static_cast<unsigned long long>(va_arg(*args, uint64_t)));
-        }
-        else
-        {
-            AppendNarrow(out, m_bits == 8 ? "hh" : m_bits == 16 ? "h" : "", va_arg(*args, int));
+            AppendNumber(kind, va_arg(*m_args, int));
         }
     }
 
-    /// Formats a number as narrow text, which is ASCII, and appends it.
-    template <class T>
-    void AppendNarrow(Wide& out, const char* length, T value)
+    template <class NUMBER>
+    void AppendNumber(char kind, NUMBER number)
     {
-        char precision[16] = "";
-        if (m_precision >= 0)
-        {
-            std::snprintf(precision, sizeof precision, ".%d", m_precision);
-        }
-        char format[40];
-        std::snprintf(format, sizeof format, "%%%s%s%s%s%c", m_flags, m_width == none ? "" : "*", precision, length,
-                      m_kind);
-        const auto print = [&](char* to, size_t size)
-        {
-            return m_width == none ? std::snprintf(to, size, format, value)
-                                   : std::snprintf(to, size, format, m_width, value);
-        };
-        TextBuffer<char> text;
-        const int size = print(nullptr, 0);
-        text.Resize(static_cast<size_t>(std::max(size, 0)));
-        print(text.Data(), text.Length() + 1);
-        out.Reserve(text.Length());
+        const TextBuffer<char> text = Print(kind, number);
         for (size_t i = 0; i < text.Length(); ++i)
         {
-            out.Append(static_cast<WCHAR>(text.Data()[i]));
+            m_out.Append(static_cast<WCHAR>(text.Data()[i]));
         }
     }
 
-    char m_flags[8] = {}; ///< the five flags, terminated
-    int m_width = none;
-    int m_precision = none;
-    int m_bits = 32;
-    bool m_wide = false;
-    bool m_narrow = false;
-    char m_kind = '\0';
+    void AppendString(bool isNarrow)
+    {
+        if (isNarrow)
+        {
+            AppendNarrow(va_arg(*m_args, const char*));
+        }
+        else
+        {
+            AppendWide(va_arg(*m_args, const WCHAR*));
+        }
+    }
+
+    void AppendNarrow(const char* text)
+    {
+        text = text == nullptr ? "(null)" : text;
+        const size_t limit = Limit();
+        TextBuffer<WCHAR> wide;
+        for (size_t i = 0; i < limit && text[i] != '\0'; ++i)
+        {
+            wide.Append(static_cast<WCHAR>(static_cast<unsigned char>(text[i]) < 128 ? text[i] : '?'));
+        }
+        AppendText(wide.Data(), wide.Length());
+    }
+
+    void AppendWide(const WCHAR* text)
+    {
+        text = text == nullptr ? ZEBW("(null)") : text;
+        const size_t limit = Limit();
+        size_t length = 0;
+        while (length < limit && text[length] != 0)
+        {
+            ++length;
+        }
+        AppendText(text, length);
+    }
+
+    /// The precision: no more characters of a text are read.
+    size_t Limit() const
+    {
+        const char* const precision = std::strchr(m_conversion.Data(), '.');
+        return precision == nullptr ? size_t(-1) : std::strtoul(precision + 1, nullptr, 10);
+    }
+
+    void AppendText(const WCHAR* text, size_t length)
+    {
+        constexpr char Mark = 'x';
+        TextBuffer<char> marks;
+        marks.Append(length, Mark);
+        const TextBuffer<char> padded = Print('s', static_cast<const char*>(marks.Data()));
+        for (size_t i = 0; i < padded.Length(); ++i)
+        {
+            m_out.Append(padded.Data()[i] == Mark ? *text++ : static_cast<WCHAR>(padded.Data()[i]));
+        }
+    }
+
+    template <class VALUE>
+    TextBuffer<char> Print(char kind, VALUE value)
+    {
+        m_conversion.Append(kind);
+        TextBuffer<char> text;
+        text.Resize(static_cast<size_t>(std::max(std::snprintf(nullptr, 0, m_conversion.Data(), value), 0)));
+        std::snprintf(text.Data(), text.Length() + 1, m_conversion.Data(), value);
+        return text;
+    }
+
+    TextBuffer<WCHAR>& m_out;
+    va_list* m_args;
+    TextBuffer<char> m_conversion; ///< '%', flags, width and precision; the kind when it is printed
+    TextBuffer<char> m_length;     ///< the length modifiers
 };
 
-/// Appends printf's 16-bit text to `text`: %s takes 16-bit text, %S and %hs narrow
-/// text of which only ASCII is kept ('?' otherwise).
+/// Appends printf's 16-bit text to `text`: %s takes 16-bit text, %S and %hs narrow text of which only ASCII is kept ('?'
+/// otherwise). No C library does all of it on both targets: wchar_t has 32 bits on Linux, and on Windows the meaning of
+/// %s differs between C libraries. So the arguments are taken one by one.
 inline void FormatText(TextBuffer<WCHAR>& text, const WCHAR* format, va_list args)
 {
+    const TextBuffer<WCHAR> portable = PortableFormat(format);
     va_list walk;
     va_copy(walk, args);
-    for (const WCHAR* at = format; *at != 0;)
+    for (const WCHAR* at = portable.Data(); *at != 0;)
     {
         if (*at != '%')
         {
             text.Append(*at++);
             continue;
         }
-        ++at;
-        WideConversion(at).Append(text, &walk);
+        at = WideConversion(text, &walk).Append(at + 1);
     }
     va_end(walk);
 }

@@ -79,6 +79,7 @@ TEST(FormatWide, NumbersAreAsInNarrowText)
     EXPECT_EQ(Wide(ZEBW("%hd %hhu"), 65537, 257), "1 1");
     EXPECT_EQ(Wide(ZEBW("%.2f %g %e"), 1.5, 0.25, 1.0).substr(0, 9), "1.50 0.25");
     EXPECT_EQ(Wide(ZEBW("%zu"), sizeof(int)), "4");
+    EXPECT_EQ(Wide(ZEBW("%ld|%lu|%I32d"), -5L, 5UL, 6), "-5|5|6");
 }
 
 TEST(FormatWide, TextIsWideUnlessMarkedNarrow)
@@ -90,6 +91,17 @@ TEST(FormatWide, TextIsWideUnlessMarkedNarrow)
     EXPECT_EQ(Wide(ZEBW("%s %S"), static_cast<const WCHAR*>(nullptr), static_cast<const char*>(nullptr)),
               "(null) (null)");
     EXPECT_EQ(Wide(ZEBW("%c%c %%"), 'x', 'y'), "xy %");
+}
+
+TEST(FormatWide, WidthAndPrecisionCountCharacters)
+{
+    CStringW text;
+    text.Format(ZEBW("[%4s][%-4.2s][%3c]"), ZEBW("\u00E4\u20AC"), ZEBW("x\u00E4x"), 0x20AC);
+    EXPECT_EQ(text, ZEBW("[  \u00E4\u20AC][x\u00E4  ][  \u20AC]"));
+    const WCHAR unterminated[] = {'a', 'b'};
+    const char unterminatedNarrow[] = {'c', 'd'};
+    EXPECT_EQ(Wide(ZEBW("%.2s %.*S"), unterminated, 2, unterminatedNarrow), "ab cd");
+    EXPECT_EQ(Wide(ZEBW("[%.*d][%.*s]"), -1, 7, -1, ZEBW("whole")), "[7][whole]") << "a negative precision is none";
 }
 
 TEST(FormatWide, AnUnfinishedConversionEndsTheText)
