@@ -6,7 +6,6 @@
 #include "zebstore/storage/Schema.h"
 #include "zebstore/zebstore.h"
 
-#include <algorithm>
 #include <filesystem>
 
 namespace zebstore
