@@ -37,6 +37,17 @@ void Trace(const char* line)
     }
 }
 
+bool g_hasEnded = false;
+
+/// A real provider's objects are gone after its end: whoever calls it then crashes, sometimes.
+void TraceWhenEnded()
+{
+    if (g_hasEnded)
+    {
+        Trace("called after its end");
+    }
+}
+
 /// Counts loads and unloads.
 struct Lifetime
 {
@@ -50,6 +61,7 @@ struct Lifetime
     ~Lifetime()
     {
         Trace("ended");
+        g_hasEnded = true;
         FakeProviderControl* control = Control();
         if (control != nullptr && ++control->unloads == 1 && control->replaceFile != nullptr)
         {
@@ -74,6 +86,7 @@ void CopyMultiText(char* target, const char* texts)
 
 void Called(const char* name)
 {
+    TraceWhenEnded();
     if (FakeProviderControl* control = Control())
     {
         std::snprintf(control->called, sizeof control->called, "%s", name);
@@ -104,6 +117,11 @@ public:
             delete this;
         }
         return left;
+    }
+    HRESULT STDMETHODCALLTYPE FreeBuffer(void* block) override
+    {
+        TraceWhenEnded();
+        return WabObject::FreeBuffer(block);
     }
 };
 
@@ -219,6 +237,7 @@ extern "C"
 
     ZEBAPI_EXPORT ULONG WINAPI MAPIFreeBuffer(LPVOID buffer)
     {
+        TraceWhenEnded();
         Block* block = buffer != nullptr ? static_cast<Block*>(buffer) - 1 : nullptr;
         FakeProviderControl* control = Control();
         if (block != nullptr && control != nullptr)

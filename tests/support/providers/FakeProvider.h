@@ -10,7 +10,8 @@ namespace zeb::test
 constexpr char FakeProviderVariable[] = "ZEB_FAKE_PROVIDER";
 
 /// The environment variable with the name of a file that the library writes its end to ("ended") and, when no control
-/// is set, each release of WABOpen's objects ("released"); none when unset.
+/// is set, each release of WABOpen's objects ("released"), and calls that release something after the end ("called after its
+/// end"); none when unset.
 constexpr char FakeProviderTraceVariable[] = "ZEB_FAKE_PROVIDER_TRACE";
 
 /// The answers of the library and the calls that it received. Every call looks it up again, so it outlives loads and

@@ -19,6 +19,7 @@ namespace zeb::test
 namespace
 {
 
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 
 /// The start's own reference on the WAB object; the binding keeps another.
@@ -47,6 +48,20 @@ protected:
     {
         const std::string output = folder.File("output.txt");
         const std::string command = folder.File(ZEB_PROBE_FILE) + " " + output + " " + arguments;
+        EXPECT_EQ(std::system(command.c_str()), 0) << command;
+        return Contents(output);
+    }
+    /// The same with the host that loads the library itself; its provider is wab32.dll and MAPI32.DLL.
+    std::string RunUnload(const std::string& mode)
+    {
+        const std::string probe = folder.File(ZEB_UNLOAD_PROBE_FILE);
+        std::filesystem::copy_file(platform::OwnFolder() + ZEB_UNLOAD_PROBE_FILE, probe);
+        const std::string wab = folder.File("wab32.dll");
+        ProviderFile::Undecorated().Save(wab);
+        ProviderFile::Undecorated().Save(folder.File("MAPI32.DLL"));
+        const std::string output = folder.File("output.txt");
+        const std::string command =
+            probe + " " + output + " " + folder.File(ZEB_LIBRARY_FILE) + " " + wab + " " + trace + " " + mode;
         EXPECT_EQ(std::system(command.c_str()), 0) << command;
         return Contents(output);
     }
@@ -125,15 +140,21 @@ TEST_F(Host, AProcessEndReleasesNothing)
 
 TEST_F(Host, UnloadingKeepsTheProvider)
 {
-    const std::string wab = folder.File("wab32.dll");
-    ProviderFile::Undecorated().Save(wab);
-    std::filesystem::copy_file(platform::OwnFolder() + ZEB_UNLOAD_PROBE_FILE, folder.File(ZEB_UNLOAD_PROBE_FILE));
-    const std::string output = folder.File("output.txt");
-    const std::string command = folder.File(ZEB_UNLOAD_PROBE_FILE) + " " + output + " " +
-                                folder.File(ZEB_LIBRARY_FILE) + " " + wab + " " + trace;
-    EXPECT_EQ(std::system(command.c_str()), 0) << command;
-    EXPECT_EQ(Contents(output), "started\nunloaded\n") << "the provider has not ended when the library is unloaded";
+    EXPECT_EQ(RunUnload("wab-unload"), "started\nunloaded\n")
+        << "the provider has not ended when the library is unloaded";
     EXPECT_EQ(Contents(trace), std::string(ReleasedByTheStart) + "ended\n");
+}
+
+TEST_F(Host, FreeingLateDoesNotReachTheBook)
+{
+    EXPECT_EQ(RunUnload("wab-leave"), "started\nfreed\n");
+    EXPECT_EQ(Contents(trace), std::string(ReleasedByTheStart) + "ended\n");
+}
+
+TEST_F(Host, FreeingLateDoesNotReachMapi)
+{
+    EXPECT_EQ(RunUnload("leave"), "started\nfreed\n");
+    EXPECT_THAT(Contents(trace), EndsWith("ended\n"));
 }
 
 } // namespace zeb::test

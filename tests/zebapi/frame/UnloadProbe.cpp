@@ -1,31 +1,83 @@
-// A host that loads the library itself, opens the Windows Address Book and unloads the library.
+// A host that loads the library itself, starts MAPI or opens the Windows Address Book, and ends without stopping it.
 //
-// frame_unload_probe OUTPUT ZEBAPI WAB TRACE    the library, the library of the WAB, and the file that the WAB traces into
+// frame_unload_probe OUTPUT ZEBAPI WAB TRACE MODE
+//     the library, the library of the WAB, and the file that the provider traces into
+//     wab-unload    opens the address book and unloads the library
+//     wab-leave     opens the address book and leaves the library loaded; a static object frees what it holds
+//     leave         the same with MAPI started
 #include "platform/module.h"
 #include "platform/registry.h"
 #include "tests/support/RegistryScope.h"
 #include "zebapi/Mapiload.h"
 
 #include <fstream>
+#include <initializer_list>
 #include <iterator>
+#include <optional>
 #include <string>
 
 namespace
 {
 
-using GetMapi = CZebAPI& (*)();
-
-/// Zeb_GetMAPI as either C++ ABI spells it.
-GetMapi FindGetMapi(zeb::platform::ModuleHandle module)
+/// An export of the library, as each C++ ABI spells it; null when there is none.
+template <class Function>
+Function Find(zeb::platform::ModuleHandle module, std::initializer_list<const char*> names)
 {
-    for (const char* name : {"_Z11Zeb_GetMAPIv", "?Zeb_GetMAPI@@YAAEAVCZebAPI@@XZ"})
+    for (const char* name : names)
     {
         if (void* address = zeb::platform::FindExport(module, name))
         {
-            return reinterpret_cast<GetMapi>(address);
+            return reinterpret_cast<Function>(address);
         }
     }
     return nullptr;
+}
+
+/// The functions of the library that the probe calls.
+struct Library
+{
+    explicit Library(zeb::platform::ModuleHandle module)
+        : getMapi(Find<decltype(getMapi)>(module, {"_Z11Zeb_GetMAPIv", "?Zeb_GetMAPI@@YAAEAVCZebAPI@@XZ"}))
+        , allocate(Find<decltype(allocate)>(
+              module, {"_Z15Zeb_MemAllocatejPv", "_Z15Zeb_MemAllocatemPv", "?Zeb_MemAllocate@@YAPEAXKPEAX@Z"}))
+        , free(Find<decltype(free)>(module, {"_Z11Zeb_MemFreePv", "?Zeb_MemFree@@YAXPEAX@Z"}))
+        , freeProws(
+              Find<decltype(freeProws)>(module, {"_Z13Zeb_FreeProwsP8_SRowSet", "?Zeb_FreeProws@@YAXPEAU_SRowSet@@@Z"}))
+    {
+    }
+
+    CZebAPI& (*getMapi)();
+    void* (*allocate)(ULONG, void*);
+    void (*free)(void*);
+    void (*freeProws)(LPSRowSet);
+};
+
+/// Frees in the destructor of a static object, which is older than the library: on Linux it goes after the library has
+/// ended, on Windows before.
+struct Holder
+{
+    ~Holder()
+    {
+        if (library)
+        {
+            library->free(block);
+            library->freeProws(rows);
+            std::ofstream(output, std::ios::app) << "freed\n";
+        }
+    }
+
+    std::optional<Library> library;
+    std::string output;
+    void* block = nullptr;
+    LPSRowSet rows = nullptr;
+} g_holder;
+
+void HoldMemory(const Library& library, const char* output)
+{
+    g_holder.block = library.allocate(100, nullptr);
+    g_holder.rows = static_cast<LPSRowSet>(library.allocate(sizeof(SRowSet), nullptr));
+    g_holder.output = output;
+    g_holder.library = library;
 }
 
 std::string Contents(const char* path)
@@ -44,24 +96,30 @@ extern "C" int __lsan_is_turned_off()
 
 int main(int count, char** arguments)
 {
-    if (count != 5)
+    if (count != 6)
     {
         return 2;
     }
+    const std::string mode = arguments[5];
     const RegistryScope registry;
     zeb::platform::RegistryKey::Create(zeb::platform::RegistryRoot::LocalMachine, "Software\\Microsoft\\WAB\\DLLPath")
         .SetStringValue("", arguments[3]);
     std::ofstream output(arguments[1], std::ios::trunc);
     const zeb::platform::ModuleHandle module = zeb::platform::LoadModule(arguments[2], 0);
-    const GetMapi getMapi = FindGetMapi(module);
-    if (getMapi == nullptr)
+    const Library library(module);
+    if (library.getMapi == nullptr || library.allocate == nullptr || library.free == nullptr ||
+        library.freeProws == nullptr)
     {
-        output << "no Zeb_GetMAPI\n";
+        output << "a function is missing\n";
         return 1;
     }
     try
     {
-        getMapi().Initialize(true);
+        library.getMapi().Initialize(mode != "leave");
+        if (mode != "wab-unload")
+        {
+            HoldMemory(library, arguments[1]);
+        }
     }
     catch (...)
     {
@@ -69,6 +127,10 @@ int main(int count, char** arguments)
         return 1;
     }
     output << "started\n";
+    if (mode != "wab-unload")
+    {
+        return 0;
+    }
     const std::string before = Contents(arguments[4]);
     zeb::platform::UnloadModule(module);
     output << (Contents(arguments[4]) == before ? "unloaded\n" : "the provider was called\n");
