@@ -14,18 +14,17 @@ struct HotColumn
 {
     ULONG tag;
     const char* name;
-    bool always; // never NULL
 };
 
 constexpr HotColumn HotColumns[] = {
-    {PR_SUBJECT_W, "subject", false},
-    {PR_MESSAGE_DELIVERY_TIME, "delivered", false},
-    {PR_CLIENT_SUBMIT_TIME, "submitted", false},
-    {PR_LAST_MODIFICATION_TIME, "modified", false},
-    {PR_MESSAGE_SIZE, "size", true},
-    {PR_MESSAGE_FLAGS, "flags", true},
-    {PR_MESSAGE_CLASS_W, "class", false},
-    {PR_SENDER_NAME_W, "sender", false},
+    {PR_SUBJECT_W, "subject"},
+    {PR_MESSAGE_DELIVERY_TIME, "delivered"},
+    {PR_CLIENT_SUBMIT_TIME, "submitted"},
+    {PR_LAST_MODIFICATION_TIME, "modified"},
+    {PR_MESSAGE_SIZE, "size"},
+    {PR_MESSAGE_FLAGS, "flags"},
+    {PR_MESSAGE_CLASS_W, "class"},
+    {PR_SENDER_NAME_W, "sender"},
 };
 
 const HotColumn* FindColumn(ULONG tag, const std::vector<ULONG>& computed)
@@ -42,10 +41,10 @@ const HotColumn* FindColumn(ULONG tag, const std::vector<ULONG>& computed)
 
 const char* const Operators[] = {"<", "<=", ">", ">=", "=", "!="};
 
-SqlFilter Condition(const HotColumn& column, const std::string& test)
+SqlFilter Condition(const std::string& test)
 {
     SqlFilter filter;
-    filter.sql = column.always ? "(" + test + ")" : std::string("(") + column.name + " IS NOT NULL AND " + test + ")";
+    filter.sql = "(" + test + ")";
     return filter;
 }
 
@@ -55,7 +54,7 @@ std::optional<SqlFilter> PropertyFilter(const RestrictionNode& node, const HotCo
     {
         return std::nullopt;
     }
-    SqlFilter filter = Condition(column, std::string(column.name) + Operators[node.relation] + "?");
+    SqlFilter filter = Condition(std::string(column.name) + Operators[node.relation] + "?");
     if (IsText(node.valueType))
     {
         filter.parameters.emplace_back(node.foldedValue);
@@ -84,17 +83,18 @@ std::optional<SqlFilter> ContentFilter(const RestrictionNode& node, const HotCol
     switch (node.fuzzy & 0xFFFF)
     {
     case FL_SUBSTRING:
-        filter = Condition(column, "instr(" + name + ",?)>0");
+        filter = Condition("instr(" + name + ",?)>0");
         break;
     case FL_PREFIX:
-        filter = Condition(column, "instr(" + name + ",?)=1");
+        filter = Condition("instr(" + name + ",?)=1");
         break;
     default:
-        filter = Condition(column, name + "=?");
+        filter = Condition(name + "=?");
         break;
     }
     filter.parameters.emplace_back(folded);
     filter.exact = (node.fuzzy & FL_IGNORECASE) != 0;
+    filter.searches = (node.fuzzy & 0xFFFF) != FL_FULLSTRING;
     return filter;
 }
 
@@ -104,8 +104,7 @@ std::optional<SqlFilter> BitFilter(const RestrictionNode& node, const HotColumn&
     {
         return std::nullopt;
     }
-    SqlFilter filter =
-        Condition(column, std::string("(") + column.name + " & ?)" + (node.relation == BMR_NEZ ? "!=0" : "=0"));
+    SqlFilter filter = Condition(std::string("(") + column.name + " & ?)" + (node.relation == BMR_NEZ ? "!=0" : "=0"));
     filter.parameters.emplace_back(std::int64_t(static_cast<std::int32_t>(node.number)));
     return filter;
 }
@@ -117,39 +116,56 @@ std::optional<SqlFilter> ExistFilter(const RestrictionNode& node, const HotColum
     {
         return std::nullopt;
     }
-    return Condition(column, "1");
+    return Condition(std::string(column.name) + " IS NOT NULL");
 }
 
-void Join(SqlFilter& to, const SqlFilter& more, const char* with)
+void Append(SqlFilter& to, const SqlFilter& more, const char* with)
 {
     to.sql += to.sql.empty() ? "(" : with;
     to.sql += more.sql;
     to.parameters.insert(to.parameters.end(), more.parameters.begin(), more.parameters.end());
     to.exact = to.exact && more.exact;
     to.terms += more.terms;
+    to.searches = to.searches || more.searches;
+}
+
+// SQLite evaluates the parts from left to right and no more of them than it needs: the cheap ones go first.
+std::optional<SqlFilter> Joined(std::vector<SqlFilter> parts, const char* with)
+{
+    if (parts.empty())
+    {
+        return std::nullopt;
+    }
+    std::stable_partition(parts.begin(), parts.end(), [](const SqlFilter& part) { return !part.searches; });
+    SqlFilter joined;
+    joined.terms = 0;
+    for (const SqlFilter& part : parts)
+    {
+        Append(joined, part, with);
+    }
+    joined.sql += ")";
+    return joined;
 }
 
 std::optional<SqlFilter> AndFilter(const RestrictionNode& node, const std::vector<ULONG>& computed)
 {
-    SqlFilter joined;
-    joined.terms = 0;
+    std::vector<SqlFilter> parts;
+    size_t terms = 0;
     for (const RestrictionNode& child : node.children)
     {
         const std::optional<SqlFilter> filter = MakeFilter(child, computed);
-        if (filter && joined.terms + filter->terms <= MostSqlTerms)
+        if (filter && terms + filter->terms <= MostSqlTerms)
         {
-            Join(joined, *filter, " AND ");
-        }
-        else
-        {
-            joined.exact = false;
+            terms += filter->terms;
+            parts.push_back(*filter);
         }
     }
-    if (joined.sql.empty())
+    const bool isWhole = parts.size() == node.children.size();
+    std::optional<SqlFilter> joined = Joined(std::move(parts), " AND ");
+    if (joined)
     {
-        return std::nullopt;
+        joined->exact = joined->exact && isWhole;
     }
-    joined.sql += ")";
     return joined;
 }
 
@@ -159,34 +175,30 @@ std::optional<SqlFilter> OrFilter(const RestrictionNode& node, const std::vector
     {
         return std::nullopt;
     }
-    SqlFilter joined;
-    joined.terms = 0;
+    std::vector<SqlFilter> parts;
+    size_t terms = 0;
     for (const RestrictionNode& child : node.children)
     {
         const std::optional<SqlFilter> filter = MakeFilter(child, computed);
-        if (!filter || joined.terms + filter->terms > MostSqlTerms)
+        if (!filter || terms + filter->terms > MostSqlTerms)
         {
             return std::nullopt;
         }
-        Join(joined, *filter, " OR ");
+        terms += filter->terms;
+        parts.push_back(*filter);
     }
-    if (joined.sql.empty())
-    {
-        return std::nullopt;
-    }
-    joined.sql += ")";
-    return joined;
+    return Joined(std::move(parts), " OR ");
 }
 
 std::optional<SqlFilter> NotFilter(const RestrictionNode& node, const std::vector<ULONG>& computed)
 {
     std::optional<SqlFilter> filter = MakeFilter(node.children[0], computed);
-    // The opposite of "more than fits" is less than fits.
+    // The opposite of "more than matches" is less than matches.
     if (!filter || !filter->exact)
     {
         return std::nullopt;
     }
-    filter->sql = "(NOT " + filter->sql + ")";
+    filter->sql = "(" + filter->sql + " IS NOT TRUE)"; // also where a column is NULL
     return filter;
 }
 
@@ -223,7 +235,7 @@ std::optional<SqlFilter> MakeFilter(const RestrictionNode& node, const std::vect
         break;
     }
     const HotColumn* column = FindColumn(node.tag, computed);
-    if (!column)
+    if (column == nullptr)
     {
         return std::nullopt;
     }
@@ -248,7 +260,7 @@ std::optional<std::string> MakeOrder(const SortOrder& order, const std::vector<U
     for (const SortOrder::Key& key : order.Keys())
     {
         const HotColumn* column = FindColumn(key.tag, computed);
-        if (!column || !TypesMatch(PROP_TYPE(column->tag), PROP_TYPE(key.tag)))
+        if (column == nullptr || !TypesMatch(PROP_TYPE(column->tag), PROP_TYPE(key.tag)))
         {
             return std::nullopt;
         }

@@ -13,7 +13,8 @@
 namespace zebstore
 {
 
-/// A condition over message's columns that is 0 or 1, never NULL, with its parameters in the order of their marks.
+/// A condition over message's columns with its parameters in the order of their marks. A row passes when it is true; of a
+/// row without the column it is 0 or NULL.
 struct SqlFilter
 {
     std::string sql;
@@ -23,6 +24,8 @@ struct SqlFilter
     bool exact = true;
     /// Comparisons in the condition.
     size_t terms = 1;
+    /// Looks for a text inside another, which takes longer than any other comparison.
+    bool searches = false;
 
     /// Binds the parameters from `first` on; the filter must outlive the query. @return the next index
     int Bind(Query& query, int first) const;
