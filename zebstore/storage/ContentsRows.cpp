@@ -38,10 +38,10 @@ public:
         }
         if (!m_blob)
         {
-            m_blob.emplace(m_query.Bytes(m_blobColumn), m_store.Connection(), BlobOwner{"message", m_message});
+            OpenBlob();
         }
         const EncodedValue stored = m_blob->Find(tag);
-        return stored || !m_computed || !m_computed->IsDefault(tag) ? stored : Default(tag);
+        return stored || m_computed == nullptr || !m_computed->IsDefault(tag) ? stored : Default(tag);
     }
 
     bool AnyOf(ULONG tag, const std::function<bool(const ValueSource&)>& test) const override
@@ -62,6 +62,18 @@ public:
     }
 
 private:
+    void OpenBlob() const
+    {
+        VerifiedRows& verified = m_store.Messages().Verified();
+        const bool isVerified = verified.Has(m_message);
+        m_blob.emplace(m_query.Bytes(m_blobColumn), m_store.Connection(), BlobOwner{"message", m_message},
+                       isVerified ? BlobCheck::Index : BlobCheck::Checksum);
+        if (!isVerified)
+        {
+            verified.Add(m_message);
+        }
+    }
+
     EncodedValue Default(ULONG tag) const
     {
         const MessageOrigin origin{m_message, [this] { return ChangeOf(m_store, m_message); }};
@@ -138,12 +150,12 @@ public:
     {
         const StoreSnapshot snapshot(m_store->Connection());
         std::optional<SqlFilter> filter;
-        if (restriction)
+        if (restriction != nullptr)
         {
             filter = MakeFilter(restriction->Root(), m_computedIds);
         }
-        const std::optional<std::string> sqlOrder = order ? MakeOrder(*order, m_computedIds) : std::string();
-        const bool sqlKnowsAll = !restriction || (filter && filter->exact);
+        const std::optional<std::string> sqlOrder = order != nullptr ? MakeOrder(*order, m_computedIds) : std::string();
+        const bool sqlKnowsAll = restriction == nullptr || (filter && filter->exact);
         if (sqlKnowsAll && sqlOrder)
         {
             return KeysBySql(restriction, filter, *sqlOrder);
@@ -155,7 +167,7 @@ public:
         while (query.Step())
         {
             const RowKey key = query.Number(0);
-            selection.Add(key, ValuesOf(key, query, 2), sqlKnowsAll && !(query.Number(1) & HasCutKeys));
+            selection.Add(key, ValuesOf(key, query, 2), sqlKnowsAll && ((query.Number(1) & HasCutKeys) == 0));
         }
         return selection.Take();
     }
@@ -235,7 +247,7 @@ private:
                                   const std::string& order)
     {
         std::vector<RowKey> keys;
-        if (!restriction)
+        if (restriction == nullptr)
         {
             keys.reserve(Count());
         }
@@ -246,7 +258,7 @@ private:
         while (query.Step())
         {
             const RowKey key = query.Number(0);
-            if (!restriction || !(query.Number(1) & HasCutKeys) || MatchesWhole(key, *restriction))
+            if (restriction == nullptr || !(query.Number(1) & HasCutKeys) || MatchesWhole(key, *restriction))
             {
                 keys.push_back(key);
             }

@@ -6,6 +6,7 @@
 #include "zebstore/storage/LargeStorage.h"
 #include "zebstore/storage/MessageContent.h"
 #include "zebstore/storage/RecipientTable.h"
+#include "zebstore/storage/VerifiedRows.h"
 
 #include <vector>
 
@@ -37,6 +38,9 @@ public:
     /// @throws Error MAPI_E_NOT_FOUND
     StoredMessage Load(MessageId message);
     bool Exists(MessageId message);
+    /// The messages whose properties were compared with their checksum by a table. Load compares them each time.
+    /// REQUIRES: the connection's lock is held while it is used.
+    VerifiedRows& Verified() { return m_verified; }
     /// A message with all that belongs to it, fit for Create in this or another store. @throws Error MAPI_E_NOT_FOUND
     MessageContent LoadWhole(MessageId message);
     /// All messages of a folder in their natural order.
@@ -71,6 +75,7 @@ private:
     ContentsTable& m_contents;
     RecipientTable& m_recipients;
     AttachmentTable& m_attachments;
+    VerifiedRows m_verified;
 };
 
 } // namespace zebstore

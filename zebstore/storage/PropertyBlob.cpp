@@ -70,7 +70,7 @@ const LargeReference* KeptReference(const StoreConnection& store, const Property
                                     std::vector<LargeReference>& kept)
 {
     const auto* stored = dynamic_cast<const StoredLargeValue*>(item.large.get());
-    if (!stored || stored->Store() != &store)
+    if (stored == nullptr || stored->Store() != &store)
     {
         return nullptr;
     }
@@ -115,11 +115,11 @@ std::optional<std::string_view> InlineBytes(const PropertySet::Item& item, std::
 
 } // namespace
 
-PropertyBlob::PropertyBlob(std::string_view bytes, StoreConnection& store, const BlobOwner& owner)
+PropertyBlob::PropertyBlob(std::string_view bytes, StoreConnection& store, const BlobOwner& owner, BlobCheck check)
     : m_bytes(WithoutChecksum(bytes))
     , m_store(&store)
 {
-    if (!EndsWithItsValues(m_bytes) || !IsAsWritten(bytes))
+    if (!EndsWithItsValues(m_bytes) || (check == BlobCheck::Checksum && !IsAsWritten(bytes)))
     {
         throw Error(MAPI_E_CORRUPT_DATA, std::string("the properties of ") + owner.what +
                                              (owner.id == 0 ? "" : " " + std::to_string(owner.id)) +
@@ -205,7 +205,7 @@ PropertySet PropertyBlob::Decode() const
     for (size_t i = 0; i < m_count; ++i)
     {
         const EncodedValue value = Make(i);
-        properties.SetEncoded(value.tag, value.bytes, value.large ? m_large.back() : nullptr);
+        properties.SetEncoded(value.tag, value.bytes, value.large != nullptr ? m_large.back() : nullptr);
     }
     return properties;
 }

@@ -29,13 +29,21 @@ struct BlobOwner
     std::int64_t id = 0; ///< 0: none
 };
 
+/// What is compared when a blob is opened.
+enum class BlobCheck
+{
+    Checksum, ///< the index with the length of the bytes, and all bytes with their checksum
+    Index     ///< the index alone, where the checksum was compared before
+};
+
 /// Reads single properties out of a blob without decoding the rest. The bytes must live as long as this.
 class PropertyBlob : public ValueSource
 {
 public:
     /// @param store where large values are read from
     /// @throws Error MAPI_E_CORRUPT_DATA when the bytes do not match their checksum or their index
-    PropertyBlob(std::string_view bytes, StoreConnection& store, const BlobOwner& owner = {});
+    PropertyBlob(std::string_view bytes, StoreConnection& store, const BlobOwner& owner = {},
+                 BlobCheck check = BlobCheck::Checksum);
 
     EncodedValue Find(ULONG tag) const override;
     size_t Count() const { return m_count; }

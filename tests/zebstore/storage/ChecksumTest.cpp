@@ -112,6 +112,7 @@ TEST_F(ChecksumTest, AMessagesFlippedByteIsSeen)
         ASSERT_NE(text.find("message " + std::to_string(message)), std::string::npos) << text;
         ASSERT_NE(text.find("test.zeb"), std::string::npos) << text;
         ASSERT_EQ(ReadSubjects(), MAPI_E_CORRUPT_DATA) << byte;
+        ASSERT_EQ(ReadSubjects(), MAPI_E_CORRUPT_DATA) << byte << " again";
         if (byte % 50 == 1)
         {
             ASSERT_NE(Problems().find("message " + std::to_string(message) + ": its properties"), std::string::npos)
@@ -121,6 +122,22 @@ TEST_F(ChecksumTest, AMessagesFlippedByteIsSeen)
     }
     EXPECT_EQ(Problems(), "");
     EXPECT_EQ(ReadSubjects(), S_OK);
+}
+
+TEST_F(ChecksumTest, ATableVerifiesEachRowOnce)
+{
+    const MessageId first = Full(200);
+    const MessageId second = Full(200);
+    EXPECT_EQ(ReadSubjects(), S_OK);
+    const std::string where = "id=" + std::to_string(first);
+    Flip("message", "props", where, Length("message", "props", where));
+    EXPECT_EQ(ReadSubjects(), S_OK);
+    EXPECT_EQ(CodeOf([&] { Store().Messages().Load(first); }), MAPI_E_CORRUPT_DATA);
+    EXPECT_EQ(CodeOf([&] { Store().Messages().Load(second); }), S_OK);
+    EXPECT_NE(Problems(), "");
+
+    Reopen();
+    EXPECT_EQ(ReadSubjects(), MAPI_E_CORRUPT_DATA);
 }
 
 TEST_F(ChecksumTest, AnotherObjectsFlippedByteIsSeen)
