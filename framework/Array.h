@@ -164,6 +164,7 @@ private:
     // A function, because the element type may be incomplete where the array is declared.
     static constexpr INT_PTR MaxCount()
     {
+        // NOLINTNEXTLINE(bugprone-sizeof-expression): an element may be a pointer
         return std::numeric_limits<INT_PTR>::max() / static_cast<INT_PTR>(sizeof(TYPE));
     }
 
@@ -199,6 +200,7 @@ private:
         }
         if (capacity > 0)
         {
+            // NOLINTNEXTLINE(bugprone-sizeof-expression): an element may be a pointer
             m_items = static_cast<TYPE*>(framework::AllocateShared(static_cast<std::size_t>(capacity) * sizeof(TYPE)));
             m_capacity = capacity;
         }

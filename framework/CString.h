@@ -238,7 +238,8 @@ private:
         const size_t leftLength = left.m_text.Length();
         const int order =
             std::char_traits<XCHAR>::compare(left.GetString(), OrEmpty(right), std::min(leftLength, rightLength));
-        return order != 0 ? order : (leftLength > rightLength) - (leftLength < rightLength);
+        return order != 0 ? order
+                          : static_cast<int>(leftLength > rightLength) - static_cast<int>(leftLength < rightLength);
     }
 
     static CStringT Join(const XCHAR* left, size_t leftLength, const XCHAR* right, size_t rightLength)

@@ -246,6 +246,7 @@ private:
     void Rehash(std::size_t bucketCount)
     {
         CMap rehashed;
+        // NOLINTNEXTLINE(bugprone-sizeof-expression): the buckets are pointers
         rehashed.m_buckets = static_cast<Entry**>(framework::AllocateShared(bucketCount * sizeof(Entry*)));
         rehashed.m_bucketCount = bucketCount;
         for (std::size_t i = 0; i < bucketCount; ++i)

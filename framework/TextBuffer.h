@@ -116,8 +116,8 @@ public:
     }
 
 private:
-    static constexpr std::size_t insideCapacity = 16 / sizeof(CHAR_TYPE) - 1;
-    static constexpr std::size_t maxLength = 0x7FFFFFFE;
+    static constexpr std::size_t InsideCapacity = 16 / sizeof(CHAR_TYPE) - 1;
+    static constexpr std::size_t MaxLength = 0x7FFFFFFE;
 
     static void Move(CHAR_TYPE* to, const CHAR_TYPE* from, std::size_t count)
     {
@@ -129,7 +129,7 @@ private:
 
     static CHAR_TYPE* NewBlock(std::size_t capacity)
     {
-        if (capacity > maxLength)
+        if (capacity > MaxLength)
         {
             ThrowTooLong("text too long for a string");
         }
@@ -139,17 +139,17 @@ private:
     /// REQUIRES: `more` characters do not fit.
     std::size_t GrownCapacity(std::size_t more) const
     {
-        if (more > maxLength - m_length)
+        if (more > MaxLength - m_length)
         {
             ThrowTooLong("text too long for a string");
         }
-        return std::max(m_length + more, std::min<std::size_t>(std::size_t{2} * m_capacity, maxLength));
+        return std::max(m_length + more, std::min<std::size_t>(std::size_t{2} * m_capacity, MaxLength));
     }
 
     void StartInside()
     {
         m_text = m_inside;
-        m_capacity = insideCapacity;
+        m_capacity = InsideCapacity;
         SetLength(0);
     }
     void SetLength(std::size_t length)
@@ -189,7 +189,7 @@ private:
     CHAR_TYPE* m_text;        ///< m_inside, or a block of shared memory
     std::uint32_t m_length;   ///< without the terminator
     std::uint32_t m_capacity; ///< likewise
-    CHAR_TYPE m_inside[insideCapacity + 1];
+    CHAR_TYPE m_inside[InsideCapacity + 1];
 };
 
 static_assert(sizeof(TextBuffer<char>) == 32 && sizeof(TextBuffer<WCHAR>) == 32,

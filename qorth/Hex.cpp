@@ -47,7 +47,7 @@ bool AreDigits(const char* block)
         const auto character = static_cast<unsigned char>(block[i]);
         const auto number = static_cast<unsigned char>(character - '0');
         const auto letter = static_cast<unsigned char>((character | 0x20) - 'a');
-        foreign |= static_cast<unsigned char>((number > 9) & (letter > 5));
+        foreign |= static_cast<unsigned char>(static_cast<int>(number > 9) & static_cast<int>(letter > 5));
     }
     return foreign == 0;
 }
@@ -69,7 +69,7 @@ void ReadBlock(const char* block, unsigned char* bytes)
 
 constexpr unsigned char Digit(unsigned char value)
 {
-    return static_cast<unsigned char>(value + '0' + (value > 9) * ('A' - '0' - 10));
+    return static_cast<unsigned char>(value + '0' + static_cast<int>(value > 9) * ('A' - '0' - 10));
 }
 
 void WriteBlock(char* block, const unsigned char* bytes)

@@ -46,12 +46,12 @@ bool OutputShowsUtf8()
     for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"})
     {
         const char* value = std::getenv(name);
-        if (!value || !*value)
+        if (value == nullptr || !*value)
         {
             continue;
         }
         const char* dot = std::strchr(value, '.');
-        return dot && (strncasecmp(dot, ".utf-8", 6) == 0 || strncasecmp(dot, ".utf8", 5) == 0);
+        return dot != nullptr && (strncasecmp(dot, ".utf-8", 6) == 0 || strncasecmp(dot, ".utf8", 5) == 0);
     }
     return false;
 }

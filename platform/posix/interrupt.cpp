@@ -12,21 +12,21 @@ namespace zeb::platform
 namespace
 {
 
-std::atomic<bool> interrupted{false};
+std::atomic<bool> g_interrupted{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler writes it");
 
 void Note(int)
 {
-    interrupted = true;
+    g_interrupted = true;
 }
 
-std::atomic<const char*> lastWords{nullptr};
+std::atomic<const char*> g_lastWords{nullptr};
 static_assert(std::atomic<const char*>::is_always_lock_free, "a signal handler reads it");
 
 /// Only async-signal-safe calls.
 void End(int)
 {
-    const char* text = lastWords;
+    const char* text = g_lastWords;
     if (write(STDERR_FILENO, text, std::strlen(text)) < 0)
     {
         // The process ends without the message.
@@ -48,7 +48,7 @@ void Handle(void (*handler)(int))
 
 void EndOnInterrupt(const char* text)
 {
-    lastWords = text;
+    g_lastWords = text;
     Handle(End);
 }
 
@@ -59,7 +59,7 @@ void CatchInterrupt()
 
 bool Interrupted()
 {
-    return interrupted;
+    return g_interrupted;
 }
 
 } // namespace zeb::platform

@@ -45,7 +45,7 @@ std::string FileHolding(const void* address)
     return RealPath(map->l_name == nullptr || *map->l_name == '\0' ? "/proc/self/exe" : map->l_name);
 }
 
-const char hereMark = 0;
+const char HereMark = 0;
 
 std::string WithSlashes(std::string path)
 {
@@ -79,7 +79,7 @@ void SetReason(std::string* reason, const std::string& text)
 
 std::string OwnFolder()
 {
-    static const std::string folder = FolderOf(FileHolding(&hereMark)) + "/";
+    static const std::string folder = FolderOf(FileHolding(&HereMark)) + "/";
     return folder;
 }
 

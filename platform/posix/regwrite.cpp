@@ -15,13 +15,13 @@ constexpr const char* LineEnd = "\r\n";
 
 std::string HexList(const std::vector<unsigned char>& bytes)
 {
-    constexpr char digits[] = "0123456789abcdef";
+    constexpr char Digits[] = "0123456789abcdef";
     std::string list;
     for (const unsigned char byte : bytes)
     {
         list += list.empty() ? "" : ",";
-        list += digits[byte >> 4];
-        list += digits[byte & 15];
+        list += Digits[byte >> 4];
+        list += Digits[byte & 15];
     }
     return list;
 }

@@ -21,7 +21,7 @@ void LibraryThread::End() noexcept
 {
     auto* const thread = static_cast<std::thread*>(m_thread);
     m_thread = nullptr;
-    if (!thread)
+    if (thread == nullptr)
     {
         return;
     }

@@ -10,8 +10,8 @@ namespace zeb::platform
 namespace
 {
 
-std::atomic<bool> interrupted{false};
-std::atomic<const char*> lastWords{nullptr};
+std::atomic<bool> g_interrupted{false};
+std::atomic<const char*> g_lastWords{nullptr};
 
 bool IsInterrupt(DWORD event)
 {
@@ -25,7 +25,7 @@ BOOL WINAPI Note(DWORD event)
     {
         return FALSE;
     }
-    interrupted = true;
+    g_interrupted = true;
     return TRUE;
 }
 
@@ -35,7 +35,7 @@ BOOL WINAPI End(DWORD event)
     {
         return FALSE;
     }
-    const char* text = lastWords;
+    const char* text = g_lastWords;
     DWORD written = 0;
     WriteFile(GetStdHandle(STD_ERROR_HANDLE), text, static_cast<DWORD>(std::strlen(text)), &written, nullptr);
     // Not ExitProcess: the libraries' cleanup would run while the command's thread uses them.
@@ -47,7 +47,7 @@ BOOL WINAPI End(DWORD event)
 
 void EndOnInterrupt(const char* text)
 {
-    lastWords = text;
+    g_lastWords = text;
     SetConsoleCtrlHandler(End, TRUE);
 }
 
@@ -59,7 +59,7 @@ void CatchInterrupt()
 
 bool Interrupted()
 {
-    return interrupted;
+    return g_interrupted;
 }
 
 } // namespace zeb::platform

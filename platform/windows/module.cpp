@@ -10,7 +10,7 @@ namespace zeb::platform
 namespace
 {
 
-const char hereMark = 0;
+const char HereMark = 0;
 
 /// Calls a function that fills a buffer with a path and returns its length, with a buffer that is long enough.
 template <class Fill>
@@ -86,7 +86,7 @@ void SetReason(std::string* reason, const std::string& text)
 std::string OwnFolder()
 {
     HMODULE module = nullptr;
-    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT, &hereMark,
+    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT, &HereMark,
                        &module);
     const std::string file = PathFrom([&](char* to, DWORD size) { return GetModuleFileNameA(module, to, size); });
     return file.substr(0, file.find_last_of("\\/") + 1);
@@ -136,10 +136,10 @@ ModuleHandle LoadModule(const std::string& path, long mode, std::string* reason)
         return nullptr;
     }
     const QuietErrors quiet((mode & ModuleQuiet) != 0);
-    constexpr DWORD flags =
+    constexpr DWORD Flags =
         LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_APPLICATION_DIR | LOAD_LIBRARY_SEARCH_SYSTEM32;
     // Always a full path with backslashes: for anything else the loader uses its search path.
-    const HMODULE module = LoadLibraryExA(FullPath(file).c_str(), nullptr, flags);
+    const HMODULE module = LoadLibraryExA(FullPath(file).c_str(), nullptr, Flags);
     SetReason(reason, module == nullptr ? file + ": " + SystemMessage(GetLastError(), file) : "");
     return module;
 }

@@ -9,7 +9,7 @@ namespace zeb::platform
 namespace
 {
 
-const char hereMark = 0;
+const char HereMark = 0;
 
 struct Work
 {
@@ -31,14 +31,14 @@ DWORD WINAPI RunWork(void* given)
 bool LibraryThread::Start(void (*body)(void*), void* argument) noexcept
 {
     Work* const work = new (std::nothrow) Work{body, argument, nullptr};
-    if (!work)
+    if (work == nullptr)
     {
         return false;
     }
-    if (GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, &hereMark, &work->library))
+    if (GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, &HereMark, &work->library))
     {
         m_thread = CreateThread(nullptr, 0, RunWork, work, 0, nullptr);
-        if (m_thread)
+        if (m_thread != nullptr)
         {
             return true;
         }
@@ -50,7 +50,7 @@ bool LibraryThread::Start(void (*body)(void*), void* argument) noexcept
 
 void LibraryThread::End() noexcept
 {
-    if (m_thread)
+    if (m_thread != nullptr)
     {
         CloseHandle(m_thread);
     }

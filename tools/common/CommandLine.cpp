@@ -85,7 +85,7 @@ std::string UsageText(const CLI::App& app, const CLI::ParseError& error)
     const bool needsCommand =
         chosen.command->get_require_subcommand_min() > 0 && chosen.command->get_subcommands().empty();
     std::string text;
-    if (!unknown.empty() && (needsCommand || dynamic_cast<const CLI::ExtrasError*>(&error)))
+    if (!unknown.empty() && (needsCommand || dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr))
     {
         text = UnknownWord(chosen, unknown.front());
     }
@@ -93,11 +93,11 @@ std::string UsageText(const CLI::App& app, const CLI::ParseError& error)
     {
         text = "'" + chosen.name + "' needs a command";
     }
-    else if (dynamic_cast<const CLI::RequiredError*>(&error))
+    else if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr)
     {
         text = MissingArgument(chosen);
     }
-    else if (dynamic_cast<const CLI::ArgumentMismatch*>(&error))
+    else if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr)
     {
         text = MissingArgument(chosen);
         if (text.empty())

@@ -57,14 +57,14 @@ std::string NamedCode(HRESULT result)
 /// when the description has no extended error.
 std::string ProviderSentence(const std::string& description)
 {
-    constexpr const char* begin = ", Error:";
-    const size_t error = description.find(begin);
+    constexpr const char* Begin = ", Error:";
+    const size_t error = description.find(Begin);
     const size_t component = description.rfind(", Component:");
     if (description.compare(0, 4, "Ver:") != 0 || error == std::string::npos || component == std::string::npos)
     {
         return {};
     }
-    const size_t from = error + std::char_traits<char>::length(begin);
+    const size_t from = error + std::char_traits<char>::length(Begin);
     return component > from ? description.substr(from, component - from) : std::string();
 }
 
@@ -73,7 +73,7 @@ std::string Describe(CException& exception)
     const auto* mapi = dynamic_cast<CZebException*>(&exception);
     const CStringA description = Zeb_GetExceptionDescription(&exception);
     const std::string text = static_cast<const char*>(description);
-    if (!mapi)
+    if (mapi == nullptr)
     {
         return text;
     }

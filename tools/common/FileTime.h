@@ -24,8 +24,8 @@ constexpr date::sys_days EndOfYears = date::year{10000} / date::January / 1;
 /// True for a time before EndOfYears.
 inline bool HasDate(const FILETIME& time)
 {
-    constexpr FileTicks end = EndOfYears - FirstFileDay;
-    return (static_cast<uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime) < static_cast<uint64_t>(end.count());
+    constexpr FileTicks End = EndOfYears - FirstFileDay;
+    return (static_cast<uint64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime) < static_cast<uint64_t>(End.count());
 }
 
 /// A time of 2^63 units or more is a negative number of units, that is a time before FirstFileDay.

@@ -160,19 +160,19 @@ std::string GuidText(const GUID& guid)
 
 bool ParseGuid(const std::string& text, GUID& guid)
 {
-    constexpr const char* shape = "{xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx}";
-    if (text.size() != std::strlen(shape))
+    constexpr const char* Shape = "{xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx}";
+    if (text.size() != std::strlen(Shape))
     {
         return false;
     }
     std::string digits;
     for (size_t i = 0; i < text.size(); ++i)
     {
-        if (shape[i] != 'x' ? text[i] != shape[i] : !std::strchr("0123456789abcdefABCDEF", text[i]))
+        if (Shape[i] != 'x' ? text[i] != Shape[i] : std::strchr("0123456789abcdefABCDEF", text[i]) == nullptr)
         {
             return false;
         }
-        if (shape[i] == 'x')
+        if (Shape[i] == 'x')
         {
             digits += text[i];
         }

@@ -43,7 +43,7 @@ void RefuseProblems(const std::vector<Refusal>& refusals)
     }
     const Refusal& first = refusals.front();
     const char* name = Zeb_NameFromValue("MAPIErrors", static_cast<ULONG>(first.code), nullptr);
-    throw ToolError("the store refuses " + first.property + (name ? " (" + std::string(name) + ")" : ""));
+    throw ToolError("the store refuses " + first.property + (name != nullptr ? " (" + std::string(name) + ")" : ""));
 }
 
 void ChangeProperties(CZebIProp& object, Properties& properties, NameResolver& names)

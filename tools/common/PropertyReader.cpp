@@ -48,7 +48,7 @@ std::string CodeName(long code)
 {
     char text[16];
     const char* name = Zeb_NameFromValue("MAPIErrors", static_cast<ULONG>(code), nullptr);
-    return name ? name : (std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned>(code)), text);
+    return name != nullptr ? name : (std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned>(code)), text);
 }
 
 bool IsTooLarge(const SPropValue& value)
@@ -131,11 +131,11 @@ bool IsStoresOwn(ObjectKind kind, ULONG tag)
     switch (kind)
     {
     case ObjectKind::Folder:
-        return place.count(id) || entry.count(id) || folder.count(id) || namesOtherFolder;
+        return place.count(id) != 0 || entry.count(id) != 0 || folder.count(id) != 0 || namesOtherFolder;
     case ObjectKind::Message:
-        return place.count(id) || entry.count(id) || message.count(id);
+        return place.count(id) != 0 || entry.count(id) != 0 || message.count(id) != 0;
     case ObjectKind::Attachment:
-        return place.count(id) || id == PROP_ID(PR_ATTACH_NUM);
+        return place.count(id) != 0 || id == PROP_ID(PR_ATTACH_NUM);
     case ObjectKind::Recipient:
         return id == PROP_ID(PR_ROWID);
     }
@@ -164,7 +164,7 @@ void NameReader::Learn(CZebIProp& object, const std::vector<ULONG>& tags)
     const std::unique_ptr<MAPINAMEID*, void (*)(void*)> owner(names, [](void* buffer) { Zeb_MemFree(buffer); });
     for (ULONG i = 0; i < count && i < asked->cValues; ++i)
     {
-        if (names[i] && names[i]->lpguid)
+        if (names[i] != nullptr && names[i]->lpguid != nullptr)
         {
             m_names[PROP_ID(asked->aulPropTag[i])] = NameOf(*names[i]);
         }

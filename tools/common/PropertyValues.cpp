@@ -12,18 +12,19 @@ namespace
 
 std::string WideBytes(const WCHAR* text)
 {
-    return text ? std::string(reinterpret_cast<const char*>(text), platform::WideLength(text) * sizeof(WCHAR))
-                : std::string();
+    return text != nullptr
+               ? std::string(reinterpret_cast<const char*>(text), platform::WideLength(text) * sizeof(WCHAR))
+               : std::string();
 }
 
 std::string NarrowBytes(const char* text)
 {
-    return text ? std::string(text) : std::string();
+    return text != nullptr ? std::string(text) : std::string();
 }
 
 std::string BinaryBytes(const SBinary& binary)
 {
-    return binary.lpb ? std::string(reinterpret_cast<const char*>(binary.lpb), binary.cb) : std::string();
+    return binary.lpb != nullptr ? std::string(reinterpret_cast<const char*>(binary.lpb), binary.cb) : std::string();
 }
 
 std::string SingleBytes(const SPropValue& value)

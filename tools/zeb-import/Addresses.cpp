@@ -49,7 +49,7 @@ std::vector<std::string> Entries(const std::string& list)
 
 void Append(std::vector<MailAddress>& to, InternetAddressList* list)
 {
-    for (int i = 0, count = list ? internet_address_list_length(list) : 0; i < count; ++i)
+    for (int i = 0, count = list != nullptr ? internet_address_list_length(list) : 0; i < count; ++i)
     {
         InternetAddress* entry = internet_address_list_get_address(list, i);
         if (INTERNET_ADDRESS_IS_GROUP(entry))
@@ -59,7 +59,7 @@ void Append(std::vector<MailAddress>& to, InternetAddressList* list)
         }
         const char* name = internet_address_get_name(entry);
         const char* address = internet_address_mailbox_get_addr(INTERNET_ADDRESS_MAILBOX(entry));
-        to.push_back({name && *name ? name : address, address});
+        to.push_back({name != nullptr && *name != '\0' ? name : address, address});
     }
 }
 

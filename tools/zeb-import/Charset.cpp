@@ -166,9 +166,9 @@ std::string LowerCase(std::string text)
 
 std::string Trimmed(const std::string& text)
 {
-    constexpr const char* space = " \t\r\n";
-    const size_t first = text.find_first_not_of(space);
-    return first == std::string::npos ? std::string() : text.substr(first, text.find_last_not_of(space) + 1 - first);
+    constexpr const char* Space = " \t\r\n";
+    const size_t first = text.find_first_not_of(Space);
+    return first == std::string::npos ? std::string() : text.substr(first, text.find_last_not_of(Space) + 1 - first);
 }
 
 } // namespace zeb::tools

@@ -55,7 +55,7 @@ std::string BoundaryIn(const std::string& value)
 {
     const GRef<GMimeContentType> type(g_mime_content_type_parse(nullptr, value.c_str()));
     const char* boundary = type ? g_mime_content_type_get_parameter(type.get(), "boundary") : nullptr;
-    return boundary ? boundary : "";
+    return boundary != nullptr ? boundary : "";
 }
 
 /// Replaces the type before the parameters.

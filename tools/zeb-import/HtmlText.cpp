@@ -251,7 +251,7 @@ std::string TextOfHtml(const std::string& html)
     const htmlDocPtr document =
         htmlCtxtReadMemory(parser.get(), html.data(), static_cast<int>(size), nullptr, "UTF-8",
                            HTML_PARSE_RECOVER | HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING | HTML_PARSE_NONET);
-    if (document)
+    if (document != nullptr)
     {
         xmlFreeDoc(document);
     }

@@ -121,7 +121,7 @@ void Importer::ReportRefusals(const std::string& item, const std::vector<Refusal
             continue;
         }
         const char* name = Zeb_NameFromValue("MAPIErrors", static_cast<ULONG>(refusal.code), nullptr);
-        Skip(item, "the store refused " + refusal.property + (name ? " (" + std::string(name) + ")" : ""));
+        Skip(item, "the store refused " + refusal.property + (name != nullptr ? " (" + std::string(name) + ")" : ""));
     }
 }
 

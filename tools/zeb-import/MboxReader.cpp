@@ -52,17 +52,17 @@ void DropLastEmptyLine(std::string& bytes)
 /// The number in the header of that name; empty when the header is missing or not a number.
 std::optional<uint64_t> ContentLength(const std::string& headers)
 {
-    constexpr const char* name = "\ncontent-length:";
-    constexpr size_t mostDigits = 15;
+    constexpr const char* Name = "\ncontent-length:";
+    constexpr size_t MostDigits = 15;
     const std::string text = "\n" + LowerCase(headers);
-    const size_t found = text.find(name);
+    const size_t found = text.find(Name);
     if (found == std::string::npos)
     {
         return std::nullopt;
     }
-    const size_t begin = found + std::char_traits<char>::length(name);
+    const size_t begin = found + std::char_traits<char>::length(Name);
     const std::string number = Trimmed(text.substr(begin, text.find('\n', begin) - begin));
-    if (number.empty() || number.size() > mostDigits || number.find_first_not_of("0123456789") != std::string::npos)
+    if (number.empty() || number.size() > MostDigits || number.find_first_not_of("0123456789") != std::string::npos)
     {
         return std::nullopt;
     }

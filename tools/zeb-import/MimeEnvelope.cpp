@@ -38,7 +38,7 @@ public:
                 continue;
             }
             const char* raw = g_mime_header_get_raw_value(header);
-            const GText value(g_mime_utils_header_unfold(raw ? raw : ""));
+            const GText value(g_mime_utils_header_unfold(raw != nullptr ? raw : ""));
             values.push_back(Trimmed(value.get()));
         }
         return values;
@@ -107,9 +107,9 @@ void AppendNumber(std::string& bytes, ULONG number)
 /// and address.
 std::string OneOff(const MailAddress& person)
 {
-    constexpr unsigned char head[] = {0,    0,    0,    0,    0x81, 0x2B, 0x1F, 0xA4, 0xBE, 0xA3, 0x10, 0x19,
+    constexpr unsigned char Head[] = {0,    0,    0,    0,    0x81, 0x2B, 0x1F, 0xA4, 0xBE, 0xA3, 0x10, 0x19,
                                       0x9D, 0x6E, 0x00, 0xDD, 0x01, 0x0F, 0x54, 0x02, 0,    0,    0x01, 0x90};
-    std::string bytes(reinterpret_cast<const char*>(head), sizeof head);
+    std::string bytes(reinterpret_cast<const char*>(Head), sizeof Head);
     for (const std::string& text : {person.name, std::string("SMTP"), person.address})
     {
         const platform::WideString wide = platform::WideFromUtf8(text.data(), text.size());

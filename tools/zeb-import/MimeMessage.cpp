@@ -36,11 +36,11 @@ public:
     {
         m_text = TextPartsOf(root);
         ReadPart(root);
-        if (m_text.plain)
+        if (m_text.plain != nullptr)
         {
             AddBody(TextOf(m_text.plain, m_notes));
         }
-        if (m_text.html)
+        if (m_text.html != nullptr)
         {
             AddHtml(TextOf(m_text.html, m_notes));
         }
@@ -80,12 +80,12 @@ private:
     /// Text outside all parts: the body of a message without another body, otherwise an attachment.
     void AddStray(const char* text, const std::string& note)
     {
-        if (!text || Trimmed(text).empty())
+        if (text == nullptr || Trimmed(text).empty())
         {
             return;
         }
         m_notes.Add(note);
-        if (!m_text.plain && !m_text.html && !m_hasBody)
+        if (m_text.plain == nullptr && m_text.html == nullptr && !m_hasBody)
         {
             return AddBody(DecodeText(text, "").utf8);
         }

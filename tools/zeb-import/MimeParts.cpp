@@ -23,22 +23,23 @@ void FindIn(GMimeObject* part, bool isRoot, TextParts& text)
         for (int i = 0, count = g_mime_multipart_get_count(GMIME_MULTIPART(part)); i < count; ++i)
         {
             FindIn(g_mime_multipart_get_part(GMIME_MULTIPART(part), i), false, text);
-            if (!alternative && (text.plain || text.html))
+            if (!alternative && (text.plain != nullptr || text.html != nullptr))
             {
                 return;
             }
         }
         return;
     }
-    if (!GMIME_IS_PART(part) || g_mime_part_is_attachment(GMIME_PART(part)) || (!isRoot && !FileNameOf(part).empty()))
+    if (!GMIME_IS_PART(part) || (g_mime_part_is_attachment(GMIME_PART(part)) != 0) ||
+        (!isRoot && !FileNameOf(part).empty()))
     {
         return;
     }
-    if (!text.plain && IsType(part, "text", "plain"))
+    if (text.plain == nullptr && IsType(part, "text", "plain"))
     {
         text.plain = GMIME_PART(part);
     }
-    else if (!text.html && IsType(part, "text", "html"))
+    else if (text.html == nullptr && IsType(part, "text", "html"))
     {
         text.html = GMIME_PART(part);
     }
@@ -62,7 +63,7 @@ std::string EncodedBytes(GMimeDataWrapper* content)
 
 bool IsBase64Character(char character)
 {
-    return g_ascii_isalnum(character) || (character != '\0' && std::strchr("+/= \t\r\n", character));
+    return g_ascii_isalnum(character) || (character != '\0' && (std::strchr("+/= \t\r\n", character) != nullptr));
 }
 
 /// The end of the base64 text: the first line with an invalid character, or with two words after the padding. npos when
@@ -102,8 +103,8 @@ bool IsBase64(GMimePart* part)
 /// The character set that an HTML page declares at its beginning; empty when it declares none.
 std::string CharsetInPage(const std::string& html)
 {
-    constexpr size_t beginning = 2048;
-    const std::string head = LowerCase(html.substr(0, beginning));
+    constexpr size_t Beginning = 2048;
+    const std::string head = LowerCase(html.substr(0, Beginning));
     const size_t found = head.find("charset=");
     if (found == std::string::npos || head.rfind("<meta", found) == std::string::npos)
     {
@@ -118,7 +119,7 @@ std::string CharsetInPage(const std::string& html)
 TextParts TextPartsOf(GMimeObject* root)
 {
     TextParts text;
-    if (root)
+    if (root != nullptr)
     {
         FindIn(root, true, text);
     }
@@ -128,7 +129,7 @@ TextParts TextPartsOf(GMimeObject* root)
 std::string DecodedBytes(GMimePart* part, Notes& notes)
 {
     GMimeDataWrapper* content = g_mime_part_get_content(part);
-    if (!content)
+    if (content == nullptr)
     {
         return {};
     }
@@ -147,7 +148,7 @@ std::string DecodedBytes(GMimePart* part, Notes& notes)
 std::string TextOf(GMimePart* part, Notes& notes)
 {
     GMimeDataWrapper* content = g_mime_part_get_content(part);
-    if (!content)
+    if (content == nullptr)
     {
         return {};
     }
@@ -165,7 +166,7 @@ std::string TextOf(GMimePart* part, Notes& notes)
         bytes += (bytes.empty() || bytes.back() == '\n' ? "" : "\n") + encoded.substr(end);
     }
     const char* named = g_mime_object_get_content_type_parameter(GMIME_OBJECT(part), "charset");
-    std::string charset = named ? named : "";
+    std::string charset = named != nullptr ? named : "";
     if (charset.empty() && IsType(GMIME_OBJECT(part), "text", "html"))
     {
         charset = CharsetInPage(bytes);
@@ -184,12 +185,12 @@ std::string FileNameOf(GMimeObject* part)
     if (GMIME_IS_PART(part))
     {
         const char* name = g_mime_part_get_filename(GMIME_PART(part));
-        return name ? name : "";
+        return name != nullptr ? name : "";
     }
     for (const char* name : {g_mime_object_get_content_disposition_parameter(part, "filename"),
                              g_mime_object_get_content_type_parameter(part, "name")})
     {
-        if (name && *name)
+        if (name != nullptr && *name)
         {
             return name;
         }

@@ -104,7 +104,7 @@ uint32_t NumberAt(const std::string& data, size_t offset)
 /// texts and binaries are preceded by their count and the offset of each.
 std::vector<size_t> Bounds(const std::string& data, size_t elementSize)
 {
-    constexpr size_t word = 4;
+    constexpr size_t Word = 4;
     std::vector<size_t> bounds;
     bool sound = true;
     if (elementSize != 0)
@@ -117,11 +117,11 @@ std::vector<size_t> Bounds(const std::string& data, size_t elementSize)
     }
     else
     {
-        const size_t count = data.size() < word ? 0 : NumberAt(data, 0);
-        sound = (data.empty() || data.size() >= word) && count <= data.size() / word - (data.empty() ? 0 : 1);
+        const size_t count = data.size() < Word ? 0 : NumberAt(data, 0);
+        sound = (data.empty() || data.size() >= Word) && count <= data.size() / Word - (data.empty() ? 0 : 1);
         for (size_t i = 0; sound && i < count; ++i)
         {
-            bounds.push_back(NumberAt(data, word * (i + 1)));
+            bounds.push_back(NumberAt(data, Word * (i + 1)));
         }
         bounds.push_back(data.size());
     }
@@ -198,7 +198,7 @@ bool ReadEntry(libpff_record_entry_t* entry, Property& property)
     libpff_name_to_id_map_entry_t* map = nullptr;
     if (Do([&](libpff_error_t** error) { return libpff_record_entry_get_name_to_id_map_entry(entry, &map, error); }) ==
             1 &&
-        map)
+        map != nullptr)
     {
         property.name = NameOf(map);
     }
@@ -232,7 +232,7 @@ int Check(int result, libpff_error_t*& error, const std::string& what)
         return result;
     }
     char text[512] = "";
-    if (error)
+    if (error != nullptr)
     {
         libpff_error_sprint(error, text, sizeof text);
     }

@@ -55,7 +55,7 @@ Property* Find(Properties& properties, ULONG id)
 void StripSubjectMark(Properties& properties)
 {
     Property* subject = Find(properties, PROP_ID(PR_SUBJECT));
-    if (!subject || subject->values.size() != 1)
+    if (subject == nullptr || subject->values.size() != 1)
     {
         return;
     }
@@ -76,11 +76,11 @@ void ReadAttachmentData(const std::shared_ptr<libpff_item_t>& message, pff::Item
     const int known = libpff_attachment_get_data_size(attachment.get(), &size, &error);
     pff::Check(known, error, "an attachment cannot be read");
     Property* data = Find(properties, PROP_ID(PR_ATTACH_DATA_BIN));
-    if (known != 1 || (data ? size <= LargestInMemory : size == 0))
+    if (known != 1 || data != nullptr ? size <= LargestInMemory : size == 0)
     {
         return;
     }
-    if (!data)
+    if (data == nullptr)
     {
         properties.emplace_back();
         data = &properties.back();

@@ -88,8 +88,8 @@ pff::Item ChildNamed(libpff_item_t* folder, const std::string& name)
 /// A search folder lists messages of other folders.
 bool IsSearch(libpff_item_t* folder)
 {
-    constexpr uint32_t nodeTypeMask = 0x1F, nodeTypeSearchFolder = 0x03;
-    return (IdentifierOf(folder) & nodeTypeMask) == nodeTypeSearchFolder;
+    constexpr uint32_t NodeTypeMask = 0x1F, NodeTypeSearchFolder = 0x03;
+    return (IdentifierOf(folder) & NodeTypeMask) == NodeTypeSearchFolder;
 }
 
 /// The messages in the folder itself.

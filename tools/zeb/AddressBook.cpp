@@ -179,11 +179,11 @@ void GatherMembers(AddressBookHost& host, CZebDistList& list, std::set<std::stri
     for (const AddressRow& each : direct)
     {
         // A list may be a member of itself, directly or through another list.
-        if (seen && !seen->insert(each.entryId).second)
+        if (seen != nullptr && !seen->insert(each.entryId).second)
         {
             continue;
         }
-        if (!seen || each.objectType != MAPI_DISTLIST)
+        if (seen == nullptr || each.objectType != MAPI_DISTLIST)
         {
             members.push_back(each);
             continue;

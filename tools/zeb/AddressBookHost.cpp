@@ -64,11 +64,11 @@ class ReadSet
 public:
     ~ReadSet()
     {
-        for (ULONG i = 0; m_rows && i < m_rows->cRows; ++i)
+        for (ULONG i = 0; m_rows != nullptr && i < m_rows->cRows; ++i)
         {
             Zeb_MemFree(m_rows->aRow[i].lpProps);
         }
-        if (m_rows)
+        if (m_rows != nullptr)
         {
             Zeb_MemFree(m_rows);
         }
@@ -78,7 +78,7 @@ public:
     ReadSet& operator=(const ReadSet&) = delete;
 
     SRowSet** Place() { return &m_rows; }
-    ULONG Count() const { return m_rows ? m_rows->cRows : 0; }
+    ULONG Count() const { return m_rows != nullptr ? m_rows->cRows : 0; }
     CZebRow At(ULONG index) const { return {&m_rows->aRow[index], m_rows}; }
 
 private:

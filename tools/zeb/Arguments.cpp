@@ -124,7 +124,7 @@ Property ParseRemoval(const std::string& name)
 
 LONG ParseSize(const std::string& what, const std::string& text)
 {
-    constexpr uint64_t largest = 0x7FFFFFFF;
+    constexpr uint64_t Largest = 0x7FFFFFFF;
     const size_t digits = std::min(text.find_first_not_of("0123456789"), text.size());
     const std::string unit = text.substr(digits);
     uint64_t factor = 1;
@@ -134,7 +134,7 @@ LONG ParseSize(const std::string& what, const std::string& text)
         factor = known ? factor : factor * 1024;
         known = known || (unit.size() == 1 && (unit[0] == name[0] || unit[0] == name[1]));
     }
-    if (!known || digits == 0 || digits > 10 || std::stoull(text.substr(0, digits)) * factor > largest)
+    if (!known || digits == 0 || digits > 10 || std::stoull(text.substr(0, digits)) * factor > Largest)
     {
         throw UsageError(what + " needs a number of bytes such as 1500, 10k or 2M, not '" +
                          Shortened(OneLine(ValidUtf8(text)), 40) + "'");
@@ -155,7 +155,7 @@ void Confirm(const std::string& what, bool yes)
     std::fprintf(stderr, "Really %s? [y/N] ", what.c_str());
     std::fflush(stderr);
     char answer[16] = "";
-    if (!std::fgets(answer, sizeof answer, stdin) || (answer[0] != 'y' && answer[0] != 'Y'))
+    if ((std::fgets(answer, sizeof answer, stdin) == nullptr) || (answer[0] != 'y' && answer[0] != 'Y'))
     {
         throw ToolError("cancelled: nothing was changed");
     }

@@ -127,7 +127,7 @@ Json JsonOf(const ProviderCandidate& candidate)
     object["class"] = static_cast<int>(candidate.found.bitness);
     object["loaded"] = candidate.found.loaded;
     object["loadError"] = Utf8FromNarrow(candidate.found.loadError);
-    const auto nameOrNull = [](const char* name) { return name ? Json(name) : Json(nullptr); };
+    const auto nameOrNull = [](const char* name) { return name != nullptr ? Json(name) : Json(nullptr); };
     object["missingDecorated"] = nameOrNull(candidate.found.missingDecorated);
     object["missingUndecorated"] = nameOrNull(candidate.found.missingUndecorated);
     object["verdict"] = VerdictOn(candidate);

@@ -250,14 +250,14 @@ ULONG TypeNamed(const std::string& name)
 /// "{GUID}:PT_LONG:id:0x8503" or "{GUID}:PT_UNICODE:name:Keywords".
 Property NamedProperty(const std::string& text)
 {
-    constexpr size_t guidLength = 38;
+    constexpr size_t GuidLength = 38;
     Property property;
     property.name.emplace();
-    const size_t type = guidLength + 1;
+    const size_t type = GuidLength + 1;
     const size_t kind = text.find(':', type);
     const size_t name = kind == std::string::npos ? kind : text.find(':', kind + 1);
-    if (name == std::string::npos || text.size() < type || text[guidLength] != ':' ||
-        !ParseGuid(text.substr(0, guidLength), property.name->set))
+    if (name == std::string::npos || text.size() < type || text[GuidLength] != ':' ||
+        !ParseGuid(text.substr(0, GuidLength), property.name->set))
     {
         throw ToolError("\"" + text +
                         "\" is not a named property: the form is \"{GUID}:PT_LONG:id:0x8503\" or "

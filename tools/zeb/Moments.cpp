@@ -100,8 +100,8 @@ std::optional<Moment> BeforeNow(const std::string& text)
 /// it is ahead of UTC; empty when the text has no zone
 std::optional<std::chrono::minutes> TakeZone(std::string& text)
 {
-    constexpr size_t shortest = 16; // 2026-01-02T03:04
-    const size_t at = text.find_first_of("Z+-", shortest);
+    constexpr size_t Shortest = 16; // 2026-01-02T03:04
+    const size_t at = text.find_first_of("Z+-", Shortest);
     if (at == std::string::npos)
     {
         return std::nullopt;

@@ -110,7 +110,7 @@ struct FoundName
 void AddTagNames(ULONG value, std::vector<FoundName>& found)
 {
     const char* type = Zeb_NameFromValue("PropType", PROP_TYPE(value), nullptr);
-    if (PROP_ID(value) == 0 || !type)
+    if (PROP_ID(value) == 0 || type == nullptr)
     {
         return;
     }
@@ -125,7 +125,7 @@ void AddTagNames(ULONG value, std::vector<FoundName>& found)
     const char* inTable = Zeb_NameFromValue("PropIDs", PROP_ID(value), nullptr);
     if (const char* name = NameOfProperty(PROP_ID(value)))
     {
-        found.push_back({inTable ? "PropIDs" : "headers", name});
+        found.push_back({inTable != nullptr ? "PropIDs" : "headers", name});
     }
     if (!found.empty())
     {
@@ -181,7 +181,7 @@ int ShowName(const Options& options)
     }
     const ULONG value = ParseValue(options.value);
     const char* name = Zeb_NameFromValue(options.table.c_str(), value, nullptr);
-    if (!name)
+    if (name == nullptr)
     {
         throw ToolError("table '" + options.table + "' has no name for " + Hex(value));
     }

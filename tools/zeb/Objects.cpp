@@ -58,12 +58,12 @@ bool LooksLikeEntryId(const std::string& text)
 
 std::string NamedEntryId(const std::string& hex)
 {
-    constexpr size_t shown = 48;
-    if (hex.size() <= shown)
+    constexpr size_t Shown = 48;
+    if (hex.size() <= Shown)
     {
         return "the entry identifier " + hex;
     }
-    return "the entry identifier " + hex.substr(0, shown - 12) + "..." + hex.substr(hex.size() - 9);
+    return "the entry identifier " + hex.substr(0, Shown - 12) + "..." + hex.substr(hex.size() - 9);
 }
 
 CZebBinary EntryIdFromText(const std::string& text)

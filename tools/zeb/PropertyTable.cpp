@@ -68,7 +68,9 @@ std::string NumberText(const Property& property, LONG value)
             continue;
         }
         const char* name = Zeb_NameFromValue(known.table, static_cast<ULONG>(value), nullptr);
-        const std::string names = known.isBits ? NamesOfBits(known.table, static_cast<ULONG>(value)) : name ? name : "";
+        const std::string names = known.isBits      ? NamesOfBits(known.table, static_cast<ULONG>(value))
+                                  : name != nullptr ? name
+                                                    : "";
         if (!names.empty())
         {
             text += " (" + names + ")";
@@ -105,7 +107,7 @@ std::string ErrorText(ULONG code)
     const char* name = Zeb_NameFromValue("MAPIErrors", code, nullptr);
     char number[16];
     std::snprintf(number, sizeof number, "0x%08X", static_cast<unsigned>(code));
-    return name ? name : number;
+    return name != nullptr ? name : number;
 }
 
 /// A text for display: in one line, or complete with line breaks.
@@ -202,7 +204,7 @@ std::string TypeText(const Property& property)
     const char* name = Zeb_NameFromValue("PropType", property.Type(), nullptr);
     char number[16];
     std::snprintf(number, sizeof number, "0x%04X", static_cast<unsigned>(property.Type()));
-    return name ? name : number;
+    return name != nullptr ? name : number;
 }
 
 /// The name in the first column; for a named property its name within the set.

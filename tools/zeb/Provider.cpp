@@ -151,8 +151,8 @@ std::string VerdictOn(const ProviderClass& found)
     {
         return "unusable, it does not load" + (found.loadError.empty() ? "" : ": " + Utf8FromNarrow(found.loadError));
     }
-    const std::string plain = found.missingUndecorated ? found.missingUndecorated : "";
-    const std::string decorated = found.missingDecorated ? found.missingDecorated : "";
+    const std::string plain = found.missingUndecorated != nullptr ? found.missingUndecorated : "";
+    const std::string decorated = found.missingDecorated != nullptr ? found.missingDecorated : "";
     std::string text = "unusable, it does not export " + (plain.empty() ? decorated : plain);
     if (!plain.empty() && !decorated.empty() && plain != decorated)
     {

@@ -33,12 +33,12 @@ Number NumberOf(const std::string& bytes)
 
 void AppendHex(std::string& out, const char* bytes, size_t size)
 {
-    constexpr char digits[] = "0123456789ABCDEF";
+    constexpr char Digits[] = "0123456789ABCDEF";
     for (size_t i = 0; i < size; ++i)
     {
         const auto byte = static_cast<unsigned char>(bytes[i]);
-        out += digits[byte >> 4];
-        out += digits[byte & 15];
+        out += Digits[byte >> 4];
+        out += Digits[byte & 15];
     }
 }
 
@@ -138,12 +138,12 @@ std::string LookUpHeaderName(ULONG tag)
 {
     const char* name = Zeb_NameFromValue("PropTags", tag, nullptr);
     const bool isText = IsText(PROP_TYPE(tag));
-    if (!name && isText)
+    if (name == nullptr && isText)
     {
         name = Zeb_NameFromValue("PropTags", Narrowed(tag), nullptr);
     }
     ULONG back = 0;
-    if (!name || !Zeb_ValueFromName("PropTags", name, &back))
+    if (name == nullptr || !Zeb_ValueFromName("PropTags", name, &back))
     {
         return {};
     }
@@ -169,7 +169,7 @@ const std::string& HeaderName(ULONG tag)
 std::string NamedName(const Property& property)
 {
     const char* type = Zeb_NameFromValue("PropType", property.Type(), nullptr);
-    if (!type)
+    if (type == nullptr)
     {
         return {};
     }
@@ -207,7 +207,7 @@ void AppendProperties(std::string& out, ObjectKind kind, const Properties& prope
     for (const auto& entry : byName)
     {
         out += separator + Dumped(entry.first) + ": ";
-        if (entry.second)
+        if (entry.second != nullptr)
         {
             AppendValue(out, *entry.second);
         }

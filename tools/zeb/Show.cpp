@@ -47,7 +47,7 @@ Target FindTarget(Mailbox& mailbox, const Options& options)
         target.object = mailbox.OpenAny(options.object);
         const ULONG type = target.object.GetObjectType();
         const char* name = Zeb_NameFromValue("MAPIObjTypes", type, nullptr);
-        target.name = name ? name : "object";
+        target.name = name != nullptr ? name : "object";
         return target;
     }
     CZebFolder folder = mailbox.OpenFolder(options.object);

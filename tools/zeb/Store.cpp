@@ -141,7 +141,7 @@ public:
     static void STDAPICALLTYPE Take(void* context, const char* finding, ULONGLONG done, ULONGLONG whole)
     {
         Care& care = *static_cast<Care*>(context);
-        if (finding)
+        if (finding != nullptr)
         {
             care.m_progress.Clear();
             care.m_findings.push_back(finding);

@@ -27,15 +27,15 @@ const zeb::IndexedNameTable* FindTable(const char* name)
         return nullptr;
     }
     const unsigned letter = static_cast<unsigned char>(zeb::LowerLetter(*name)) - unsigned{'a'};
-    if (letter >= zeb::firstTableOfLetter.size())
+    if (letter >= zeb::FirstTableOfLetter.size())
     {
         return nullptr;
     }
-    for (size_t i = zeb::firstTableOfLetter[letter]; i < zeb::nameTableCount; ++i)
+    for (size_t i = zeb::FirstTableOfLetter[letter]; i < zeb::NameTableCount; ++i)
     {
-        if (SameTableName(zeb::nameTables[i].key, name))
+        if (SameTableName(zeb::NameTables[i].key, name))
         {
-            return &zeb::nameTables[i];
+            return &zeb::NameTables[i];
         }
     }
     return nullptr;

@@ -13,17 +13,17 @@ namespace
 
 #define ZEB_NAMED(name) {static_cast<ULONG>(name), #name},
 
-constexpr ZebNamedValue mapiErrors[] = {
+constexpr ZebNamedValue MapiErrors[] = {
 #include "zebapi/constants/MapiErrors.inc"
 };
 
-constexpr ZebNamedValue cmcErrors[] = {
+constexpr ZebNamedValue CmcErrors[] = {
 #include "zebapi/constants/CmcErrors.inc"
 };
 
 #define ZEB_TAG(name, value) {value, #name},
 #define ZEB_TAG_AS(name, value, idName) {value, #name},
-constexpr ZebNamedValue propTags[] = {
+constexpr ZebNamedValue PropTags[] = {
 #include "zebapi/constants/PropTags.inc"
 };
 #undef ZEB_TAG
@@ -31,14 +31,14 @@ constexpr ZebNamedValue propTags[] = {
 
 #define ZEB_TAG(name, value) {PROP_ID(value), #name},
 #define ZEB_TAG_AS(name, value, idName) {PROP_ID(value), idName},
-constexpr ZebNamedValue propIDs[] = {
+constexpr ZebNamedValue PropIDs[] = {
 #include "zebapi/constants/PropTags.inc"
 };
 #undef ZEB_TAG
 #undef ZEB_TAG_AS
 
 // clang-format off
-constexpr ZebNamedValue propTypes[] = {
+constexpr ZebNamedValue PropTypes[] = {
     ZEB_NAMED(PT_UNSPECIFIED)
     ZEB_NAMED(PT_NULL)
     ZEB_NAMED(PT_I2)
@@ -72,13 +72,13 @@ constexpr ZebNamedValue propTypes[] = {
     {PT_MV_STRING8, "PT_MV_TSTRING"},
 };
 
-constexpr ZebNamedValue folderTypes[] = {
+constexpr ZebNamedValue FolderTypes[] = {
     ZEB_NAMED(FOLDER_GENERIC)
     ZEB_NAMED(FOLDER_ROOT)
     ZEB_NAMED(FOLDER_SEARCH)
 };
 
-constexpr ZebNamedValue tableStatus[] = {
+constexpr ZebNamedValue TableStatus[] = {
     ZEB_NAMED(TBLSTAT_COMPLETE)
     ZEB_NAMED(TBLSTAT_QCHANGED)
     ZEB_NAMED(TBLSTAT_SORTING)
@@ -89,19 +89,19 @@ constexpr ZebNamedValue tableStatus[] = {
     ZEB_NAMED(TBLSTAT_RESTRICT_ERROR)
 };
 
-constexpr ZebNamedValue tableTypes[] = {
+constexpr ZebNamedValue TableTypes[] = {
     ZEB_NAMED(TBLTYPE_SNAPSHOT)
     ZEB_NAMED(TBLTYPE_KEYSET)
     ZEB_NAMED(TBLTYPE_DYNAMIC)
 };
 
-constexpr ZebNamedValue sortOrders[] = {
+constexpr ZebNamedValue SortOrders[] = {
     ZEB_NAMED(TABLE_SORT_ASCEND)
     ZEB_NAMED(TABLE_SORT_DESCEND)
     ZEB_NAMED(TABLE_SORT_COMBINE)
 };
 
-constexpr ZebNamedValue restrictionTypes[] = {
+constexpr ZebNamedValue RestrictionTypes[] = {
     ZEB_NAMED(RES_AND)
     ZEB_NAMED(RES_OR)
     ZEB_NAMED(RES_NOT)
@@ -115,7 +115,7 @@ constexpr ZebNamedValue restrictionTypes[] = {
     ZEB_NAMED(RES_COMMENT)
 };
 
-constexpr ZebNamedValue relationalOperators[] = {
+constexpr ZebNamedValue RelationalOperators[] = {
     {RELOP_LT, "<"},
     {RELOP_LE, "<="},
     {RELOP_GT, ">"},
@@ -125,12 +125,12 @@ constexpr ZebNamedValue relationalOperators[] = {
     {RELOP_RE, "LIKE"},
 };
 
-constexpr ZebNamedValue bitmaskRelations[] = {
+constexpr ZebNamedValue BitmaskRelations[] = {
     {BMR_EQZ, "==0"},
     {BMR_NEZ, "!=0"},
 };
 
-constexpr ZebNamedValue fuzzyLevels[] = {
+constexpr ZebNamedValue FuzzyLevels[] = {
     ZEB_NAMED(FL_FULLSTRING)
     ZEB_NAMED(FL_SUBSTRING)
     ZEB_NAMED(FL_PREFIX)
@@ -139,7 +139,7 @@ constexpr ZebNamedValue fuzzyLevels[] = {
     ZEB_NAMED(FL_LOOSE)
 };
 
-constexpr ZebNamedValue objectTypes[] = {
+constexpr ZebNamedValue ObjectTypes[] = {
     ZEB_NAMED(MAPI_STORE)
     ZEB_NAMED(MAPI_ADDRBOOK)
     ZEB_NAMED(MAPI_FOLDER)
@@ -154,7 +154,7 @@ constexpr ZebNamedValue objectTypes[] = {
     ZEB_NAMED(MAPI_FORMINFO)
 };
 
-constexpr ZebNamedValue notificationEvents[] = {
+constexpr ZebNamedValue NotificationEvents[] = {
     ZEB_NAMED(fnevCriticalError)
     ZEB_NAMED(fnevNewMail)
     ZEB_NAMED(fnevObjectCreated)
@@ -169,7 +169,7 @@ constexpr ZebNamedValue notificationEvents[] = {
     ZEB_NAMED(fnevExtended)
 };
 
-constexpr ZebNamedValue tableEvents[] = {
+constexpr ZebNamedValue TableEvents[] = {
     ZEB_NAMED(TABLE_CHANGED)
     ZEB_NAMED(TABLE_ERROR)
     ZEB_NAMED(TABLE_ROW_ADDED)
@@ -180,7 +180,7 @@ constexpr ZebNamedValue tableEvents[] = {
     ZEB_NAMED(TABLE_SETCOL_DONE)
 };
 
-constexpr ZebNamedValue messageFlags[] = {
+constexpr ZebNamedValue MessageFlags[] = {
     ZEB_NAMED(MSGFLAG_READ)
     ZEB_NAMED(MSGFLAG_UNMODIFIED)
     ZEB_NAMED(MSGFLAG_SUBMIT)
@@ -191,14 +191,14 @@ constexpr ZebNamedValue messageFlags[] = {
     ZEB_NAMED(MSGFLAG_RESEND)
 };
 
-constexpr ZebNamedValue recipientTypes[] = {
+constexpr ZebNamedValue RecipientTypes[] = {
     ZEB_NAMED(MAPI_ORIG)
     ZEB_NAMED(MAPI_TO)
     ZEB_NAMED(MAPI_CC)
     ZEB_NAMED(MAPI_BCC)
 };
 
-constexpr ZebNamedValue entryIDFlags[] = {
+constexpr ZebNamedValue EntryIDFlags[] = {
     ZEB_NAMED(MAPI_SHORTTERM)
     ZEB_NAMED(MAPI_NOTRECIP)
     ZEB_NAMED(MAPI_THISSESSION)
@@ -206,7 +206,7 @@ constexpr ZebNamedValue entryIDFlags[] = {
     ZEB_NAMED(MAPI_NOTRESERVED)
 };
 
-constexpr ZebNamedValue resourceTypes[] = {
+constexpr ZebNamedValue ResourceTypes[] = {
     ZEB_NAMED(MAPI_STORE_PROVIDER)
     ZEB_NAMED(MAPI_AB)
     ZEB_NAMED(MAPI_AB_PROVIDER)
@@ -217,13 +217,13 @@ constexpr ZebNamedValue resourceTypes[] = {
     ZEB_NAMED(MAPI_HOOK_PROVIDER)
 };
 
-constexpr ZebNamedValue priorities[] = {
+constexpr ZebNamedValue Priorities[] = {
     ZEB_NAMED(PRIO_URGENT)
     ZEB_NAMED(PRIO_NORMAL)
     ZEB_NAMED(PRIO_NONURGENT)
 };
 
-constexpr ZebNamedValue attachMethods[] = {
+constexpr ZebNamedValue AttachMethods[] = {
     ZEB_NAMED(NO_ATTACHMENT)
     ZEB_NAMED(ATTACH_BY_VALUE)
     ZEB_NAMED(ATTACH_BY_REFERENCE)
@@ -281,15 +281,15 @@ constexpr Index<Slots> IndexOf(const ZebNamedValue (&rows)[Rows], Hash hash, Sam
 }
 
 template <const auto& Rows>
-constexpr size_t slotsOf = SlotCount(sizeof(Rows) / sizeof(ZebNamedValue));
+constexpr size_t SlotsOf = SlotCount(sizeof(Rows) / sizeof(ZebNamedValue));
 
 template <const auto& Rows>
-constexpr Index<slotsOf<Rows>> byValue = IndexOf<slotsOf<Rows>>(Rows, [](const ZebNamedValue& row)
+constexpr Index<SlotsOf<Rows>> ByValue = IndexOf<SlotsOf<Rows>>(Rows, [](const ZebNamedValue& row)
 { return HashOfValue(row.value); }, [](const ZebNamedValue& a, const ZebNamedValue& b) { return a.value == b.value; });
 
 template <const auto& Rows>
-constexpr Index<slotsOf<Rows>> byName =
-    IndexOf<slotsOf<Rows>>(Rows, [](const ZebNamedValue& row) { return HashOfName(row.name); },
+constexpr Index<SlotsOf<Rows>> ByName =
+    IndexOf<SlotsOf<Rows>>(Rows, [](const ZebNamedValue& row) { return HashOfName(row.name); },
                            [](const ZebNamedValue& a, const ZebNamedValue& b) { return SameName(a.name, b.name); });
 
 /// The table of these rows; their number must equal the declared one.
@@ -297,7 +297,7 @@ template <const auto& Rows, size_t Count>
 constexpr IndexedNameTable Table(const char* name)
 {
     static_assert(sizeof(Rows) / sizeof(ZebNamedValue) == Count, "rows of the table");
-    IndexedNameTable indexed = {{name, Count, Rows}, slotsOf<Rows> - 1, byValue<Rows>.data(), byName<Rows>.data(), {}};
+    IndexedNameTable indexed = {{name, Count, Rows}, SlotsOf<Rows> - 1, ByValue<Rows>.data(), ByName<Rows>.data(), {}};
     for (size_t i = 0; name[i] != 0; ++i)
     {
         indexed.key[i] = LowerLetter(name[i]);
@@ -305,29 +305,29 @@ constexpr IndexedNameTable Table(const char* name)
     return indexed;
 }
 
-constexpr std::array<IndexedNameTable, nameTableCount> tables = {{
-    Table<mapiErrors, 98>("MAPIErrors"),
-    Table<cmcErrors, 39>("CMCErrors"),
-    Table<propTags, 338>("PropTags"),
-    Table<propIDs, 338>("PropIDs"),
-    Table<propTypes, 30>("PropType"),
-    Table<folderTypes, 3>("FolderType"),
-    Table<tableStatus, 8>("TableStatus"),
-    Table<tableTypes, 3>("TableType"),
-    Table<sortOrders, 3>("SortOrder"),
-    Table<restrictionTypes, 11>("RestrictionType"),
-    Table<relationalOperators, 7>("RelOp"),
-    Table<bitmaskRelations, 2>("Bmr"),
-    Table<fuzzyLevels, 6>("FuzzyLevel"),
-    Table<objectTypes, 12>("MAPIObjTypes"),
-    Table<notificationEvents, 12>("NotifEvents"),
-    Table<tableEvents, 8>("TableEvents"),
-    Table<messageFlags, 8>("MsgFlags"),
-    Table<recipientTypes, 4>("RecipType"),
-    Table<entryIDFlags, 5>("EIDFlags"),
-    Table<resourceTypes, 8>("ResourceType"),
-    Table<priorities, 3>("Priority"),
-    Table<attachMethods, 7>("AttachMethod"),
+constexpr std::array<IndexedNameTable, NameTableCount> Tables = {{
+    Table<MapiErrors, 98>("MAPIErrors"),
+    Table<CmcErrors, 39>("CMCErrors"),
+    Table<PropTags, 338>("PropTags"),
+    Table<PropIDs, 338>("PropIDs"),
+    Table<PropTypes, 30>("PropType"),
+    Table<FolderTypes, 3>("FolderType"),
+    Table<TableStatus, 8>("TableStatus"),
+    Table<TableTypes, 3>("TableType"),
+    Table<SortOrders, 3>("SortOrder"),
+    Table<RestrictionTypes, 11>("RestrictionType"),
+    Table<RelationalOperators, 7>("RelOp"),
+    Table<BitmaskRelations, 2>("Bmr"),
+    Table<FuzzyLevels, 6>("FuzzyLevel"),
+    Table<ObjectTypes, 12>("MAPIObjTypes"),
+    Table<NotificationEvents, 12>("NotifEvents"),
+    Table<TableEvents, 8>("TableEvents"),
+    Table<MessageFlags, 8>("MsgFlags"),
+    Table<RecipientTypes, 4>("RecipType"),
+    Table<EntryIDFlags, 5>("EIDFlags"),
+    Table<ResourceTypes, 8>("ResourceType"),
+    Table<Priorities, 3>("Priority"),
+    Table<AttachMethods, 7>("AttachMethod"),
 }};
 
 constexpr std::array<std::uint8_t, 26> FirstTables()
@@ -335,18 +335,18 @@ constexpr std::array<std::uint8_t, 26> FirstTables()
     std::array<std::uint8_t, 26> first = {};
     for (std::uint8_t& table : first)
     {
-        table = nameTableCount;
+        table = NameTableCount;
     }
-    for (size_t i = nameTableCount; i-- > 0;)
+    for (size_t i = NameTableCount; i-- > 0;)
     {
-        first[static_cast<size_t>(tables[i].key[0] - 'a')] = static_cast<std::uint8_t>(i);
+        first[static_cast<size_t>(Tables[i].key[0] - 'a')] = static_cast<std::uint8_t>(i);
     }
     return first;
 }
 
 } // namespace
 
-const std::array<IndexedNameTable, nameTableCount> nameTables = tables;
-const std::array<std::uint8_t, 26> firstTableOfLetter = FirstTables();
+const std::array<IndexedNameTable, NameTableCount> NameTables = Tables;
+const std::array<std::uint8_t, 26> FirstTableOfLetter = FirstTables();
 
 } // namespace zeb

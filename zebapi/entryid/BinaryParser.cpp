@@ -9,7 +9,7 @@ namespace
 {
 
 /// Text of this many characters or more is not measured.
-constexpr std::uint64_t longestText = 0x80000000;
+constexpr std::uint64_t LongestText = 0x80000000;
 
 } // namespace
 
@@ -90,7 +90,7 @@ template <>
 std::uint64_t CBinaryParser::TerminatedLength<char>() const
 {
     const std::uint64_t bound = Remaining();
-    if (bound == 0 || bound >= longestText)
+    if (bound == 0 || bound >= LongestText)
     {
         return 0;
     }
@@ -103,7 +103,7 @@ template <class Char>
 std::uint64_t CBinaryParser::TerminatedLength() const
 {
     const std::uint64_t bound = Remaining() / sizeof(Char);
-    if (bound >= longestText)
+    if (bound >= LongestText)
     {
         return 0;
     }

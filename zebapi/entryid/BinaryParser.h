@@ -17,17 +17,17 @@ class CSafeArray
 {
 public:
     explicit CSafeArray(size_t count)
-        : m_heap(count > smallCount ? framework::WithMemory([count] { return new T[count]; }) : nullptr)
+        : m_heap(count > SmallCount ? framework::WithMemory([count] { return new T[count]; }) : nullptr)
     {
     }
     T* Get() { return m_heap != nullptr ? m_heap.get() : m_small; }
     T& operator[](size_t index) { return Get()[index]; }
 
 private:
-    static constexpr size_t smallCount = 64;
+    static constexpr size_t SmallCount = 64;
 
     std::unique_ptr<T[]> m_heap;
-    T m_small[smallCount];
+    T m_small[SmallCount];
 };
 
 /// Reads integers (little-endian), bytes and text from a borrowed buffer, at any alignment.

@@ -26,7 +26,7 @@ struct KnownProvider
     std::unique_ptr<CEntryIDProviderData> (*make)();
 };
 
-constexpr KnownProvider knownProviders[] = {
+constexpr KnownProvider KnownProviders[] = {
     {{0x81, 0x2B, 0x1F, 0xA4, 0xBE, 0xA3, 0x10, 0x19, 0x9D, 0x6E, 0x00, 0xDD, 0x01, 0x0F, 0x54, 0x02},
      eidtOneOff,
      &Make<CEntryIDOneOffRecipientObject>},
@@ -42,16 +42,16 @@ constexpr KnownProvider knownProviders[] = {
 };
 
 // The sizes after the header of an identifier with an unknown provider UID, for a folder and for a message.
-constexpr std::uint64_t folderRest = 18;
-constexpr std::uint64_t messageRest = 34;
+constexpr std::uint64_t FolderRest = 18;
+constexpr std::uint64_t MessageRest = 34;
 
-constexpr BYTE topBit = 0x80;
+constexpr BYTE TopBit = 0x80;
 
-constexpr char invalidBinary[] = "<InvalidBinary>";
+constexpr char InvalidBinary[] = "<InvalidBinary>";
 
 // Initial capacity of a dump: identifiers of this size in bytes, and the fixed text of its lines.
-constexpr size_t usualCount = 1024;
-constexpr size_t usualLines = 768;
+constexpr size_t UsualCount = 1024;
+constexpr size_t UsualLines = 768;
 
 } // namespace
 
@@ -111,7 +111,7 @@ void CEntryIDInfo::Parse(bool nested)
     {
         m_data->Parse(parser);
     }
-    if (m_type == eidtUnknown && (m_flags[0] & topBit) != 0)
+    if (m_type == eidtUnknown && (m_flags[0] & TopBit) != 0)
     {
         m_type = eidtShortTerm;
     }
@@ -120,7 +120,7 @@ void CEntryIDInfo::Parse(bool nested)
 
 void CEntryIDInfo::Classify(const CBinaryParser& parser)
 {
-    for (const KnownProvider& provider : knownProviders)
+    for (const KnownProvider& provider : KnownProviders)
     {
         if (std::memcmp(provider.uid, m_providerUID, sizeof m_providerUID) == 0)
         {
@@ -130,9 +130,9 @@ void CEntryIDInfo::Classify(const CBinaryParser& parser)
         }
     }
     const std::uint64_t rest = parser.Remaining();
-    if (rest == folderRest || rest == messageRest)
+    if (rest == FolderRest || rest == MessageRest)
     {
-        m_type = rest == folderRest ? eidtFolder : eidtMessage;
+        m_type = rest == FolderRest ? eidtFolder : eidtMessage;
         m_data = Make<CEntryIDData>();
     }
 }
@@ -147,14 +147,14 @@ const char* CEntryIDInfo::TypeName() const
 
 CStringA CEntryIDInfo::String() const
 {
-    return m_binary.IsValid() ? m_binary.String() : CStringA(invalidBinary);
+    return m_binary.IsValid() ? m_binary.String() : CStringA(InvalidBinary);
 }
 
 CStringA CEntryIDInfo::Dump(const char* prefix) const
 {
     // The identifier is printed up to twice, the second time by the wrapped object.
     const size_t count = m_binary.IsValid() ? static_cast<ULONG>(m_binary) : 0;
-    CDumpText text(4 * std::min(count, usualCount) + usualLines);
+    CDumpText text(4 * std::min(count, UsualCount) + UsualLines);
     Dump(text, prefix);
     return text.Take();
 }
@@ -169,11 +169,11 @@ void CEntryIDInfo::Dump(CDumpText& out, const std::string& prefix) const
     }
     else
     {
-        out.Line(prefix, "  EntryID: ", invalidBinary);
+        out.Line(prefix, "  EntryID: ", InvalidBinary);
     }
     out.Line(prefix, "  Type: ", TypeName());
-    out.Line(prefix, "  ShortTerm: ", YesNo((m_flags[0] & topBit) != 0));
-    out.Line(prefix, "  Compound: ", YesNo((m_flags[1] & topBit) != 0));
+    out.Line(prefix, "  ShortTerm: ", YesNo((m_flags[0] & TopBit) != 0));
+    out.Line(prefix, "  Compound: ", YesNo((m_flags[1] & TopBit) != 0));
     out.LineOfHex(prefix, "  ProviderUID: ", m_providerUID, sizeof m_providerUID);
     // The object follows on the same line, after its own prefix.
     out.Begin(prefix, "  Object:");
@@ -209,11 +209,11 @@ namespace
 {
 
 // Object types of a folder's or message's identifier.
-constexpr std::uint16_t folderType = 2;
-constexpr std::uint16_t messageType = 3;
+constexpr std::uint16_t FolderType = 2;
+constexpr std::uint16_t MessageType = 3;
 
 // After the four numbers of a contact identifier of a folder.
-constexpr std::uint64_t contactFolderGap = 8;
+constexpr std::uint64_t ContactFolderGap = 8;
 
 std::string_view ContactTypeName(std::uint32_t type)
 {
@@ -302,11 +302,11 @@ CEntryIDData::CEntryIDData(const CEntryIDData& other)
 void CEntryIDData::Parse(CBinaryParser& parser)
 {
     m_objectType = parser.Read16();
-    if (m_objectType == folderType)
+    if (m_objectType == FolderType)
     {
         m_object = std::make_unique<CEntryIDFolderObject>();
     }
-    else if (m_objectType == messageType)
+    else if (m_objectType == MessageType)
     {
         m_object = std::make_unique<CEntryIDMessageObject>();
     }
@@ -455,7 +455,7 @@ void CEntryIDContactAddressBookObject::Parse(CBinaryParser& parser)
     m_entryIDCount = parser.Read32();
     if (m_type == CONTAB_FOLDER)
     {
-        parser.Advance(contactFolderGap);
+        parser.Advance(ContactFolderGap);
     }
     const std::uint64_t rest = parser.Remaining();
     if (rest != 0)

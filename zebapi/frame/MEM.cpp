@@ -60,20 +60,20 @@ struct AllocatorBinding
     }
 };
 
-AllocatorBinding binding = {};
+AllocatorBinding g_binding = {};
 
 } // namespace
 
 void Zeb_MemInitialize(LPALLOCATEBUFFER allocateBuffer, LPALLOCATEMORE allocateMore, LPFREEBUFFER freeBuffer)
 {
-    binding.allocateBuffer = allocateBuffer;
-    binding.allocateMore = allocateMore;
-    binding.freeBuffer = freeBuffer;
+    g_binding.allocateBuffer = allocateBuffer;
+    g_binding.allocateMore = allocateMore;
+    g_binding.freeBuffer = freeBuffer;
 }
 
 void Zeb_MemInitialize(void* wabObject)
 {
-    binding.DropWabObject();
+    g_binding.DropWabObject();
     if (wabObject == nullptr)
     {
         return;
@@ -88,25 +88,25 @@ void Zeb_MemInitialize(void* wabObject)
     {
         RaiseComError(result);
     }
-    binding.wabReference = static_cast<IUnknown*>(answer);
-    binding.wabObject = static_cast<IWABObject*>(answer);
+    g_binding.wabReference = static_cast<IUnknown*>(answer);
+    g_binding.wabObject = static_cast<IWABObject*>(answer);
 }
 
 void Zeb_MemUninitialize()
 {
     Zeb_MemInitialize(nullptr, nullptr, nullptr);
-    binding.DropWabObject();
+    g_binding.DropWabObject();
 }
 
 void zeb::AbandonMem()
 {
-    binding = {};
+    g_binding = {};
 }
 
 void* Zeb_MemAllocate(ULONG size, void* parent)
 {
     void* block = nullptr;
-    ThrowIfFailed(parent != nullptr ? binding.AllocateMore(size, parent, &block) : binding.Allocate(size, &block));
+    ThrowIfFailed(parent != nullptr ? g_binding.AllocateMore(size, parent, &block) : g_binding.Allocate(size, &block));
     if (block == nullptr)
     {
         CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY);
@@ -128,7 +128,7 @@ void* Zeb_MemReallocate(void* old, ULONG newSize, ULONG oldSize)
 
 void Zeb_MemFree(void* block)
 {
-    binding.Free(block);
+    g_binding.Free(block);
 }
 
 void Zeb_MemExFree(void*& block)
@@ -141,7 +141,7 @@ void Zeb_MemExFree(void*& block)
 
 void Zeb_PropCopyMore(SPropValue* dest, SPropValue* src, void* parent)
 {
-    ThrowIfFailed(zeb::PropCopyMore(dest, src, binding.allocateMore, parent));
+    ThrowIfFailed(zeb::PropCopyMore(dest, src, g_binding.allocateMore, parent));
 }
 
 void Zeb_FreeProws(SRowSet* rows)

@@ -41,8 +41,8 @@ void ModifyRecipient(IMessage& message, ULONG how, CZebPropValArray& values, con
     ThrowIfFailed(message.ModifyRecipients(how, list.get()), &message, ZEB_FILE, ZEB_LINE, operation);
 }
 
-template <std::size_t count>
-void ReadAll(CZebTable table, const ULONG (&tags)[count], CZebRowSet& rows)
+template <std::size_t Count>
+void ReadAll(CZebTable table, const ULONG (&tags)[Count], CZebRowSet& rows)
 {
     CZebPropTagArray columns;
     for (const ULONG tag : tags)

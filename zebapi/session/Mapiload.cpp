@@ -34,7 +34,7 @@ const zeb::EntryPointRow* LoadTable(EnumOfficeBitness bitness)
 }
 
 /// The object that has set the allocator and the entry points; null when there is none.
-std::atomic<const CZebAPI*> boundBy{nullptr};
+std::atomic<const CZebAPI*> g_boundBy{nullptr};
 
 void ForgetEntryPoints()
 {
@@ -84,30 +84,30 @@ private:
 namespace
 {
 
-zeb::LibraryObject library;
+zeb::LibraryObject g_library;
 
 } // namespace
 
 CZebAPI& Zeb_GetMAPI()
 {
-    return library.Get();
+    return g_library.Get();
 }
 
 CZebAPI::CZebAPI() = default;
 
 CZebAPI::~CZebAPI()
 {
-    if (boundBy == this)
+    if (g_boundBy == this)
     {
         Zeb_MemUninitialize();
         ForgetEntryPoints();
-        boundBy = nullptr;
+        g_boundBy = nullptr;
     }
 }
 
 bool CZebAPI::MayUnbind() const
 {
-    return boundBy == this || boundBy == nullptr;
+    return g_boundBy == this || g_boundBy == nullptr;
 }
 
 bool CZebAPI::IsWAB()
@@ -203,7 +203,7 @@ void CZebAPI::ResolveEntryPoints(const CStringA& path)
             RefuseLibrary(table[i].name, path);
         }
     }
-    boundBy = this;
+    g_boundBy = this;
     for (size_t i = 0; i < addresses.size(); ++i)
     {
         zeb::SetEntryPoint(table[i].slot, addresses[i]);
@@ -257,7 +257,7 @@ void CZebAPI::Unload()
         {
             ForgetEntryPoints();
         }
-        boundBy = nullptr;
+        g_boundBy = nullptr;
     }
     m_loader.Unload();
     m_initialized = false;
@@ -277,7 +277,7 @@ void CZebAPI::InitializeWAB()
     }
     CComPtr<IAddrBook> addressBook;
     CComPtr<IWABObject> wabObject = OpenWAB(addressBook);
-    boundBy = this;
+    g_boundBy = this;
     Zeb_MemInitialize(wabObject.Get());
     // Nothing can fail from here on: UninitializeWAB releases a stored address book.
     *reinterpret_cast<LPADRBOOK*>(&m_wabAddressBook) = addressBook.Detach();

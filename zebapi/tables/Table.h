@@ -87,8 +87,8 @@ public:
     /// QueryRows). Restriction and order stay as they are; columns and position are not restored. A row that comes or
     /// goes during the loop moves those after it: to delete what a loop finds, collect the identifiers first.
     /// @throws CZebException* as SetColumns, SeekRow and QueryRows, also while the loop runs
-    template <std::size_t count>
-    CZebTableRows Rows(const ULONG (&tags)[count]);
+    template <std::size_t Count>
+    CZebTableRows Rows(const ULONG (&tags)[Count]);
     /// The same for `count` tags that are not known at compile time.
     /// @throws CZebException* also E_INVALIDARG for no tags
     CZebTableRows RowsOf(ULONG count, const ULONG* tags);
@@ -154,8 +154,8 @@ private:
     ULONG m_index = 0; ///< in the batch
 };
 
-template <std::size_t count>
-CZebTableRows CZebTable::Rows(const ULONG (&tags)[count])
+template <std::size_t Count>
+CZebTableRows CZebTable::Rows(const ULONG (&tags)[Count])
 {
-    return RowsOf(static_cast<ULONG>(count), tags);
+    return RowsOf(static_cast<ULONG>(Count), tags);
 }

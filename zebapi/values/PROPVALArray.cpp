@@ -11,11 +11,11 @@
 namespace
 {
 
-constexpr ULONG problemsHead = offsetof(SPropProblemArray, aProblem);
+constexpr ULONG ProblemsHead = offsetof(SPropProblemArray, aProblem);
 
 ULONG ProblemsSize(std::uint64_t count)
 {
-    return zeb::BlockSize(problemsHead, count, sizeof(SPropProblem));
+    return zeb::BlockSize(ProblemsHead, count, sizeof(SPropProblem));
 }
 
 } // namespace

@@ -59,7 +59,7 @@ public:
         {
             Require(same != nullptr, "the output pointer is null");
             RequireFlags(flags, 0);
-            *same = SameEntry(sizeA, a, sizeB, b);
+            *same = SameEntry(sizeA, a, sizeB, b) ? TRUE : FALSE;
         });
     }
 
@@ -78,13 +78,13 @@ public:
         return Guarded("IAddrBook::CreateOneOff", [&]
         {
             RequireFlags(flags, MAPI_UNICODE | MAPI_SEND_NO_RICH_INFO);
-            Require(type && address, "a one-off address needs a type and an address");
+            Require(type != nullptr && address != nullptr, "a one-off address needs a type and an address");
             AddressName oneOff;
             oneOff.kind = AddressKind::OneOff;
             oneOff.type = TextArgument(type, flags);
             oneOff.address = TextArgument(address, flags);
-            oneOff.displayName = name ? TextArgument(name, flags) : oneOff.address;
-            oneOff.richInfo = !(flags & MAPI_SEND_NO_RICH_INFO);
+            oneOff.displayName = name != nullptr ? TextArgument(name, flags) : oneOff.address;
+            oneOff.richInfo = (flags & MAPI_SEND_NO_RICH_INFO) == 0;
             Give(MakeOneOffId(oneOff, (flags & MAPI_UNICODE) != 0), size, id);
         });
     }
@@ -125,7 +125,7 @@ public:
         return Guarded("IAddrBook::QueryDefaultRecipOpt", [&]
         {
             RequireFlags(flags, MAPI_UNICODE);
-            Require(count && options, "the output pointer is null");
+            Require(count != nullptr && options != nullptr, "the output pointer is null");
             *count = 0;
             *options = nullptr;
         });
@@ -165,7 +165,7 @@ public:
         return Run("IAddrBook::SetSearchPath", [&]
         {
             RequireFlags(flags, 0);
-            Require(path && path->cRows > 0, "the search path is null or empty");
+            Require(path != nullptr && path->cRows > 0, "the search path is null or empty");
             KeepSearchPath(*path);
         });
     }
@@ -176,7 +176,7 @@ public:
         {
             RequireFlags(flags, 0);
             Require(list != nullptr, "the recipient list is null");
-            for (ULONG i = 0; tags && i < list->cEntries; ++i)
+            for (ULONG i = 0; tags != nullptr && i < list->cEntries; ++i)
             {
                 Prepare(list->aEntries[i], *tags);
             }
@@ -226,7 +226,7 @@ private:
 
     AddressKind ContainerNamed(ULONG size, const void* id) const
     {
-        if (!size || !id)
+        if (!size || id == nullptr)
         {
             throw Error(MAPI_E_INVALID_ENTRYID, "the entry identifier is empty");
         }

@@ -90,7 +90,8 @@ public:
             // CREATE_CHECK_DUP_STRICT has the value of AB_NO_DIALOG, so a copy cannot request it.
             RequireFlags(flags, AB_NO_DIALOG | CREATE_CHECK_DUP_LOOSE | CREATE_REPLACE);
             RequireDirectory();
-            Require(entries && (entries->lpbin || !entries->cValues), "the list of entries is null");
+            Require(entries != nullptr && (entries->lpbin != nullptr || entries->cValues == 0),
+                    "the list of entries is null");
             for (ULONG i = 0; i < entries->cValues; ++i)
             {
                 Copy(entries->lpbin[i], flags & ~ULONG(AB_NO_DIALOG));
@@ -104,7 +105,8 @@ public:
         {
             RequireFlags(flags, 0);
             RequireDirectory();
-            Require(entries && (entries->lpbin || !entries->cValues), "the list of entries is null");
+            Require(entries != nullptr && (entries->lpbin != nullptr || entries->cValues == 0),
+                    "the list of entries is null");
             std::vector<AddressId> ids;
             for (ULONG i = 0; i < entries->cValues; ++i)
             {

@@ -139,19 +139,19 @@ AddressEntryId ContactId(const MAPIUID& store, const AddressName& name, ULONG nu
 
 AddressName ParseDirectory(const MAPIUID& store, const BYTE* id, size_t size)
 {
-    constexpr size_t storeAt = HeaderSize + 2 * sizeof(ULONG);
-    constexpr size_t keyAt = storeAt + sizeof(MAPIUID);
-    if (size != keyAt + KeySize)
+    constexpr size_t StoreAt = HeaderSize + 2 * sizeof(ULONG);
+    constexpr size_t KeyAt = StoreAt + sizeof(MAPIUID);
+    if (size != KeyAt + KeySize)
     {
         throw Invalid("is truncated or too long");
     }
-    if (std::memcmp(id + storeAt, store.ab, sizeof(store.ab)) != 0)
+    if (std::memcmp(id + StoreAt, store.ab, sizeof(store.ab)) != 0)
     {
         throw Invalid("belongs to another address book");
     }
     AddressName name;
     name.kind = KindOf(DirectoryKinds, NumberAt(id + HeaderSize + sizeof(ULONG)));
-    std::memcpy(&name.key, id + keyAt, sizeof(name.key));
+    std::memcpy(&name.key, id + KeyAt, sizeof(name.key));
     const AddressEntryId whole = MakeAddressId(store, name);
     if (!std::equal(whole.begin(), whole.end(), id))
     {
@@ -226,7 +226,7 @@ AddressName ParseOneOff(const BYTE* id, size_t size)
     const bool unicode = (flags & MAPI_UNICODE) != 0;
     AddressName name;
     name.kind = AddressKind::OneOff;
-    name.richInfo = !(flags & MAPI_SEND_NO_RICH_INFO);
+    name.richInfo = (flags & MAPI_SEND_NO_RICH_INFO) == 0;
     name.displayName = OneOffText(id, size, at, unicode);
     name.type = OneOffText(id, size, at, unicode);
     name.address = OneOffText(id, size, at, unicode);
@@ -280,7 +280,7 @@ bool IsAddressId(const void* bytes, size_t size)
         return true;
     }
     const BYTE* id = static_cast<const BYTE*>(bytes);
-    return id && size >= HeaderSize &&
+    return id != nullptr && size >= HeaderSize &&
            (IsOf(RootProvider, id) || IsOf(DirectoryProvider, id) || IsOf(ContactProvider, id) ||
             IsOf(OneOffProvider, id));
 }

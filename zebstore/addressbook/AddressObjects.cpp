@@ -126,7 +126,7 @@ IUnknown* OpenAddress(const StorePtr& store, ULONG size, const void* id, const I
     {
         answer = Answer(Ref<IMAPIProp>::Adopt(NewAddressEntry(store, name, access, {})).Get(), iid);
     }
-    if (objectType)
+    if (objectType != nullptr)
     {
         *objectType = type;
     }

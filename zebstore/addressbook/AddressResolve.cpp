@@ -40,7 +40,7 @@ PropertySet ReadRow(RowSource& rows, RowKey key, const std::vector<ULONG>& colum
     {
         for (const ULONG tag : columns)
         {
-            if (const EncodedValue value = values.Find(tag); value && !value.large)
+            if (const EncodedValue value = values.Find(tag); value && value.large == nullptr)
             {
                 row.SetEncoded(value.tag, value.bytes);
             }
@@ -51,7 +51,7 @@ PropertySet ReadRow(RowSource& rows, RowKey key, const std::vector<ULONG>& colum
 
 std::vector<ULONG> ColumnsOf(const SPropTagArray* columns)
 {
-    if (!columns)
+    if (columns == nullptr)
     {
         return {std::begin(UsualColumns), std::end(UsualColumns)};
     }
@@ -133,7 +133,7 @@ void GiveProperties(ADRENTRY& entry, const PropertySet& found, bool unicode)
 void ResolveNamesIn(RowSource& rows, const SPropTagArray* columns, ULONG flags, ADRLIST* list, FlagList* found)
 {
     RequireFlags(flags, MAPI_UNICODE);
-    Require(list && found, "the list of names or the output pointer is null");
+    Require(list != nullptr && found != nullptr, "the list of names or the output pointer is null");
     Require(found->cFlags == list->cEntries, "the flag list and the list of names have different lengths");
     for (ULONG i = 0; i < list->cEntries; ++i)
     {

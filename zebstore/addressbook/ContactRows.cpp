@@ -63,7 +63,7 @@ public:
 
     std::vector<RowKey> Keys(const Restriction* restriction, const SortOrder* order) override
     {
-        if (!restriction && (!order || order->IsEmpty()))
+        if (restriction == nullptr && (order == nullptr || order->IsEmpty()))
         {
             return AllKeys();
         }

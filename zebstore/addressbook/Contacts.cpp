@@ -22,7 +22,8 @@ constexpr LONG AddressOffset = 3;
 std::string TextIn(const ValueSource& values, ULONG tag)
 {
     const EncodedValue value = tag ? values.Find(tag) : EncodedValue();
-    return IsText(value.Type()) && !value.large ? std::string(StoredTextOf(value.Type(), value.bytes)) : std::string();
+    return IsText(value.Type()) && value.large == nullptr ? std::string(StoredTextOf(value.Type(), value.bytes))
+                                                          : std::string();
 }
 
 std::string AddressOf(const ContactTags& tags, ULONG index, const ValueSource& message)

@@ -14,7 +14,7 @@ namespace
 
 std::vector<ListMember> MembersIn(const StorePtr& store, const ENTRYLIST* entries)
 {
-    Require(entries && (entries->lpbin || !entries->cValues), "the list of entries is null");
+    Require(entries != nullptr && (entries->lpbin != nullptr || entries->cValues == 0), "the list of entries is null");
     std::vector<ListMember> members;
     for (ULONG i = 0; i < entries->cValues; ++i)
     {

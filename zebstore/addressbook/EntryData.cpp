@@ -159,7 +159,7 @@ bool EntryData::IsDuplicate(AddressId other)
     {
         return false;
     }
-    return !(m_new.flags & CREATE_CHECK_DUP_STRICT) ||
+    return (m_new.flags & CREATE_CHECK_DUP_STRICT) == 0 ||
            stored.properties.Binary(PR_SEARCH_KEY) == m_properties.Binary(PR_SEARCH_KEY);
 }
 

@@ -27,7 +27,7 @@ PropertySet RowOfEntry(const StorePtr& store, const void* id, size_t size)
         {
             if (!entry.Compute(tag, row))
             {
-                if (const EncodedValue value = stored.Find(tag); value && !value.large)
+                if (const EncodedValue value = stored.Find(tag); value && value.large == nullptr)
                 {
                     row.SetEncoded(value.tag, value.bytes);
                 }

@@ -8,7 +8,7 @@ namespace zebstore
 
 ListMember MemberOf(const StorePtr& store, const SBinary& id)
 {
-    if (!id.cb || !id.lpb)
+    if (!id.cb || id.lpb == nullptr)
     {
         throw Error(MAPI_E_INVALID_ENTRYID, "the entry identifier is empty");
     }

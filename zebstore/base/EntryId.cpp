@@ -89,7 +89,7 @@ MessageEntryId MakeMessageEntryId(const MAPIUID& store, std::int64_t key)
 ItemId ParseItemId(const MAPIUID& store, const void* bytes, size_t size)
 {
     const BYTE* id = static_cast<const BYTE*>(bytes);
-    if (!id || (size != FolderEntryIdSize && size != MessageEntryIdSize))
+    if (id == nullptr || (size != FolderEntryIdSize && size != MessageEntryIdSize))
     {
         throw Invalid("has a length that no folder's or message's has");
     }
@@ -123,7 +123,7 @@ std::vector<BYTE> MakeStoreEntryId(const MAPIUID& store, const std::string& path
 
 bool LooksLikeStoreEntryId(const void* bytes, size_t size)
 {
-    return bytes && size > HeaderSize &&
+    return bytes != nullptr && size > HeaderSize &&
            std::memcmp(static_cast<const BYTE*>(bytes) + FlagsSize, StoreWrap, sizeof(StoreWrap)) == 0;
 }
 

@@ -61,7 +61,7 @@ void RememberError(HRESULT code, const char* text) noexcept
         Errors& errors = g_errors.errors;
         const std::lock_guard<std::mutex> hold(errors.lock);
         LastError* error = FindErrorOfThisThread();
-        if (!error)
+        if (error == nullptr)
         {
             error = &errors.ring[errors.next];
             errors.next = (errors.next + 1) % errors.ring.size();
@@ -84,7 +84,7 @@ void ForgetErrorText(HRESULT code) noexcept
     }
     const std::lock_guard<std::mutex> hold(g_errors.errors.lock);
     LastError* error = FindErrorOfThisThread();
-    if (error && error->code == code)
+    if (error != nullptr && error->code == code)
     {
         error->code = S_OK;
     }
@@ -98,7 +98,7 @@ std::string LastErrorText(HRESULT code)
     }
     const std::lock_guard<std::mutex> hold(g_errors.errors.lock);
     const LastError* error = FindErrorOfThisThread();
-    return error && error->code == code ? error->text : std::string();
+    return error != nullptr && error->code == code ? error->text : std::string();
 }
 
 } // namespace zebstore

@@ -73,7 +73,7 @@ size_t LiveBlocks::Part::PlaceOf(const void* block)
 {
     void** const slots = Slots();
     size_t place = (HashOf(block) >> 20) & (m_size - 1);
-    while (slots[place] && slots[place] != block)
+    while (slots[place] != nullptr && slots[place] != block)
     {
         place = (place + 1) & (m_size - 1);
     }
@@ -83,7 +83,7 @@ size_t LiveBlocks::Part::PlaceOf(const void* block)
 bool LiveBlocks::Part::Grow() noexcept
 {
     void** const larger = static_cast<void**>(std::calloc(m_size * 2, sizeof(void*)));
-    if (!larger)
+    if (larger == nullptr)
     {
         return false;
     }
@@ -94,7 +94,7 @@ bool LiveBlocks::Part::Grow() noexcept
     m_size *= 2;
     for (size_t i = 0; i < oldSize; ++i)
     {
-        if (old[i])
+        if (old[i] != nullptr)
         {
             larger[PlaceOf(old[i])] = old[i];
         }
@@ -142,13 +142,13 @@ bool LiveBlocks::Part::Remove(void* block) noexcept
         return true;
     }
     const size_t place = PlaceOf(block);
-    if (!Slots()[place])
+    if (Slots()[place] == nullptr)
     {
         return false;
     }
     Slots()[place] = nullptr;
     CloseGap(place);
-    if (--m_count == 0 && m_more)
+    if (--m_count == 0 && m_more != nullptr)
     {
         std::free(m_more);
         m_more = nullptr;
@@ -162,7 +162,7 @@ void LiveBlocks::Part::CloseGap(size_t gap)
 {
     void** const slots = Slots();
     const size_t mask = m_size - 1;
-    for (size_t at = (gap + 1) & mask; slots[at]; at = (at + 1) & mask)
+    for (size_t at = (gap + 1) & mask; slots[at] != nullptr; at = (at + 1) & mask)
     {
         const size_t wanted = (HashOf(slots[at]) >> 20) & mask;
         if (((at - wanted) & mask) < ((at - gap) & mask))

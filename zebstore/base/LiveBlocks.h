@@ -35,7 +35,7 @@ private:
     private:
         class Hold;
 
-        void** Slots() { return m_more ? m_more : m_own; }
+        void** Slots() { return m_more != nullptr ? m_more : m_own; }
         size_t PlaceOf(const void* block);
         bool Grow() noexcept;
         void CloseGap(size_t gap);

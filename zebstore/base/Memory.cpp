@@ -42,7 +42,7 @@ Header* NewBlock(ULONG size) noexcept
 SCODE NewRoot(ULONG size, void** block) noexcept
 {
     Header* header = NewBlock(size);
-    if (!header)
+    if (header == nullptr)
     {
         return MAPI_E_NOT_ENOUGH_MEMORY;
     }
@@ -66,7 +66,7 @@ SCODE NewMore(ULONG size, void* parent, void** block) noexcept
         return MAPI_E_INVALID_PARAMETER;
     }
     Header* header = NewBlock(size);
-    if (!header)
+    if (header == nullptr)
     {
         return MAPI_E_NOT_ENOUGH_MEMORY;
     }
@@ -87,7 +87,7 @@ HRESULT FreeChain(void* root, const char* by) noexcept
     }
     Header* header = HeaderOf(root);
     g_liveBuffers.fetch_sub(1, std::memory_order_relaxed);
-    while (header)
+    while (header != nullptr)
     {
         Header* next = header->next;
         header->mark = 0;
@@ -107,7 +107,7 @@ void* Allocate(size_t size, void* parent)
         throw Error(MAPI_E_NOT_ENOUGH_MEMORY, "more memory than MAPI can say");
     }
     const ULONG bytes = static_cast<ULONG>(size);
-    Check(parent ? NewMore(bytes, parent, &block) : NewRoot(bytes, &block), "out of memory");
+    Check(parent != nullptr ? NewMore(bytes, parent, &block) : NewRoot(bytes, &block), "out of memory");
     return block;
 }
 
@@ -118,7 +118,7 @@ void Free(void* root) noexcept
 
 HRESULT FreeOf(void* root, const char* by) noexcept
 {
-    return root ? FreeChain(root, by) : S_OK;
+    return root != nullptr ? FreeChain(root, by) : S_OK;
 }
 
 char* CopyNarrow(const char* text, void* parent)
@@ -150,12 +150,12 @@ using zebstore::NewRoot;
 // of all.
 SCODE WINAPI MAPIAllocateBuffer(ULONG size, LPVOID* block)
 {
-    return block ? NewRoot(size, block) : MAPI_E_INVALID_PARAMETER;
+    return block != nullptr ? NewRoot(size, block) : MAPI_E_INVALID_PARAMETER;
 }
 
 SCODE WINAPI MAPIAllocateMore(ULONG size, LPVOID parent, LPVOID* block)
 {
-    return block && parent ? NewMore(size, parent, block) : MAPI_E_INVALID_PARAMETER;
+    return block != nullptr && parent != nullptr ? NewMore(size, parent, block) : MAPI_E_INVALID_PARAMETER;
 }
 
 ULONG WINAPI MAPIFreeBuffer(LPVOID block)

@@ -58,7 +58,7 @@ void CallEnds(unsigned long number, const char* method, HRESULT result) noexcept
 {
     Watch& watch = TheWatch();
     const std::lock_guard<std::mutex> hold(watch.lock);
-    if (!watch.trace)
+    if (watch.trace == nullptr)
     {
         return;
     }
@@ -104,7 +104,7 @@ void ApplySwitches(const Switches& switches)
     Watch& watch = TheWatch();
     const std::lock_guard<std::mutex> hold(watch.lock);
     g_callsWatched = false;
-    if (watch.trace)
+    if (watch.trace != nullptr)
     {
         std::fclose(watch.trace);
     }
@@ -117,12 +117,12 @@ void ApplySwitches(const Switches& switches)
     if (!switches.traceFile.empty())
     {
         watch.trace = zeb::platform::OpenFile(switches.traceFile, "a");
-        if (!watch.trace)
+        if (watch.trace == nullptr)
         {
             std::fprintf(stderr, "zebstore: the trace file %s cannot be written\n", switches.traceFile.c_str());
         }
     }
-    g_callsWatched = watch.trace || switches.failingCall || switches.failingAllocation;
+    g_callsWatched = watch.trace != nullptr || switches.failingCall != 0 || switches.failingAllocation != 0;
 }
 
 void ApplySwitchesOfEnvironment()
@@ -163,7 +163,7 @@ void CountBadFree(const char* by, const void* block) noexcept
     ++g_badFrees;
     Watch& watch = TheWatch();
     const std::lock_guard<std::mutex> hold(watch.lock);
-    if (!watch.trace)
+    if (watch.trace == nullptr)
     {
         return;
     }
@@ -175,7 +175,7 @@ void TraceNote(const std::string& text) noexcept
 {
     Watch& watch = TheWatch();
     const std::lock_guard<std::mutex> hold(watch.lock);
-    if (!watch.trace)
+    if (watch.trace == nullptr)
     {
         return;
     }
@@ -192,7 +192,7 @@ void TraceLiveCounts() noexcept
     {
         return;
     }
-    if (!watch.trace)
+    if (watch.trace == nullptr)
     {
         return;
     }

@@ -51,8 +51,11 @@ public:
         return static_cast<T*>(block);
     }
 
-    LPSTR Copy(const char* text) { return text ? Copy(text, std::strlen(text) + 1) : nullptr; }
-    LPWSTR Copy(const WCHAR* text) { return text ? Copy(text, zeb::platform::WideLength(text) + 1) : nullptr; }
+    LPSTR Copy(const char* text) { return text != nullptr ? Copy(text, std::strlen(text) + 1) : nullptr; }
+    LPWSTR Copy(const WCHAR* text)
+    {
+        return text != nullptr ? Copy(text, zeb::platform::WideLength(text) + 1) : nullptr;
+    }
 
     SBinary Copy(const SBinary& binary)
     {
@@ -183,7 +186,7 @@ SCODE CopyValue(SPropValue& dest, const SPropValue& source, ALLOCATEMORE* alloca
     const ULONG type = PROP_TYPE(source.ulPropTag) & ~ULONG(MV_INSTANCE);
     if (!IsPlain(type))
     {
-        if (!allocateMore)
+        if (allocateMore == nullptr)
         {
             return MAPI_E_INVALID_PARAMETER;
         }

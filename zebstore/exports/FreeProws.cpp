@@ -4,7 +4,7 @@
 
 void WINAPI FreeProws(LPSRowSet rows)
 {
-    if (!rows)
+    if (rows == nullptr)
     {
         return;
     }

@@ -47,21 +47,21 @@ bool Parse(const char* text, BYTE* bytes, size_t room)
 
 BOOL WINAPI FBinFromHex(LPTSTR text, LPBYTE bytes)
 {
-    return text && bytes && Parse(text, bytes, std::strlen(text));
+    return text != nullptr && bytes != nullptr && Parse(text, bytes, std::strlen(text)) ? TRUE : FALSE;
 }
 
 SCODE WINAPI ScBinFromHexBounded(LPTSTR text, LPBYTE bytes, ULONG room)
 {
     return Guarded("ScBinFromHexBounded", [&]() -> HRESULT
     {
-        Require(text && (bytes || !room), "the text or the output pointer is null");
+        Require(text != nullptr && (bytes != nullptr || room == 0), "the text or the output pointer is null");
         return Parse(text, bytes, room) ? S_OK : MAPI_E_INVALID_PARAMETER;
     });
 }
 
 void WINAPI HexFromBin(LPBYTE bytes, int count, LPTSTR text)
 {
-    if (!text || (!bytes && count > 0))
+    if (text == nullptr || (bytes == nullptr && count > 0))
     {
         return;
     }

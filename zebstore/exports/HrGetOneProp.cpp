@@ -10,7 +10,7 @@ HRESULT WINAPI HrGetOneProp(LPMAPIPROP object, ULONG tag, LPSPropValue* value)
 {
     return Guarded("HrGetOneProp", [&]() -> HRESULT
     {
-        Require(object && value, "the object or the output pointer is null");
+        Require(object != nullptr && value != nullptr, "the object or the output pointer is null");
         *value = nullptr;
         SizedSPropTagArray(1, tags) = {1, {tag}};
         ULONG count = 0;
@@ -22,7 +22,7 @@ HRESULT WINAPI HrGetOneProp(LPMAPIPROP object, ULONG tag, LPSPropValue* value)
         {
             return result;
         }
-        if (count != 1 || !got)
+        if (count != 1 || got == nullptr)
         {
             return MAPI_E_CALL_FAILED;
         }

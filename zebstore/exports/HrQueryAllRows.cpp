@@ -73,7 +73,7 @@ LPSRowSet QueryAll(LPMAPITABLE table, LONG most)
     {
         LPSRowSet part = nullptr;
         Check(table->QueryRows(static_cast<LONG>(expected), 0, &part), "the rows cannot be read");
-        if (!part)
+        if (part == nullptr)
         {
             throw Error(MAPI_E_CALL_FAILED, "the table returned no row set");
         }
@@ -107,17 +107,17 @@ HRESULT WINAPI HrQueryAllRows(LPMAPITABLE table, LPSPropTagArray columns, LPSRes
 {
     return Guarded("HrQueryAllRows", [&]
     {
-        Require(table && rows, "the table or the output pointer is null");
+        Require(table != nullptr && rows != nullptr, "the table or the output pointer is null");
         *rows = nullptr;
-        if (columns)
+        if (columns != nullptr)
         {
             CheckTable(table->SetColumns(columns, TBL_BATCH), "the table refused the columns");
         }
-        if (restriction)
+        if (restriction != nullptr)
         {
             CheckTable(table->Restrict(restriction, TBL_BATCH), "the table refused the restriction");
         }
-        if (order)
+        if (order != nullptr)
         {
             CheckTable(table->SortTable(order, TBL_BATCH), "the table refused the sort order");
         }

@@ -10,7 +10,7 @@ HRESULT WINAPI HrSetOneProp(LPMAPIPROP object, LPSPropValue value)
 {
     return Guarded("HrSetOneProp", [&]() -> HRESULT
     {
-        Require(object && value, "the object or the value is null");
+        Require(object != nullptr && value != nullptr, "the object or the value is null");
         LPSPropProblemArray problems = nullptr;
         const HRESULT result = object->SetProps(1, value, &problems);
         Buffer<SPropProblemArray> owner(problems);
@@ -18,6 +18,6 @@ HRESULT WINAPI HrSetOneProp(LPMAPIPROP object, LPSPropValue value)
         {
             return result;
         }
-        return problems && problems->cProblem ? problems->aProblem[0].scode : S_OK;
+        return problems != nullptr && problems->cProblem ? problems->aProblem[0].scode : S_OK;
     });
 }

@@ -39,7 +39,7 @@ HRESULT WINAPI HrValidateIPMSubtree(LPMDB store, ULONG flags, ULONG* count, LPSP
     {
         Require(store != nullptr, "the store is null");
         RequireFlags(flags, MAPI_FORCE_CREATE | MAPI_FULL_IPM_TREE);
-        if (error)
+        if (error != nullptr)
         {
             *error = nullptr;
         }
@@ -57,11 +57,11 @@ HRESULT WINAPI HrValidateIPMSubtree(LPMDB store, ULONG flags, ULONG* count, LPSP
         {
             RequireFolder(*store, read[i]);
         }
-        if (count)
+        if (count != nullptr)
         {
             *count = got;
         }
-        if (values)
+        if (values != nullptr)
         {
             *values = owner.Detach();
         }

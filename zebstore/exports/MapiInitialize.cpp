@@ -39,7 +39,7 @@ HRESULT WINAPI MAPIInitialize(LPVOID init)
     return Guarded("MAPIInitialize", [&]
     {
         const auto* options = static_cast<const MAPIINIT_0*>(init);
-        if (options && options->ulVersion != MAPI_INIT_VERSION)
+        if (options != nullptr && options->ulVersion != MAPI_INIT_VERSION)
         {
             throw Error(MAPI_E_VERSION, "MAPIINIT_0 has an unknown version");
         }

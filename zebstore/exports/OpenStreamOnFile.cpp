@@ -132,12 +132,12 @@ HRESULT STDMETHODCALLTYPE OpenStreamOnFile(LPALLOCATEBUFFER, LPFREEBUFFER, ULONG
         Require(stream != nullptr, "the output pointer is null");
         *stream = nullptr;
         const bool unique = (flags & SOF_UNIQUEFILENAME) != 0;
-        Require(unique || (name && *name), "the file name is null or empty");
-        const std::string narrow(name ? name : "");
+        Require(unique || (name != nullptr && *name != 0), "the file name is null or empty");
+        const std::string narrow(name != nullptr ? name : "");
         fs::path path(zeb::platform::WideFromNarrow(narrow.data(), narrow.size()));
         if (unique)
         {
-            path = UniqueName(path, prefix ? prefix : "SOF");
+            path = UniqueName(path, prefix != nullptr ? prefix : "SOF");
         }
         const bool writable = unique || (flags & (STGM_READWRITE | STGM_WRITE)) != 0;
         const bool create = unique || (flags & STGM_CREATE) != 0;

@@ -9,7 +9,7 @@ SCODE WINAPI PropCopyMore(LPSPropValue dest, LPSPropValue source, ALLOCATEMORE* 
 {
     return Guarded("PropCopyMore", [&]
     {
-        Require(dest && source, "the source or the target value is null");
+        Require(dest != nullptr && source != nullptr, "the source or the target value is null");
         return zebstore::CopyValue(*dest, *source, allocateMore, parent);
     });
 }

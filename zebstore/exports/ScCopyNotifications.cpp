@@ -66,7 +66,7 @@ private:
 SPropValue* PackValues(Packer& packer, SPropValue* values, ULONG count)
 {
     SPropValue* copy = packer.Pack(values, count);
-    for (ULONG i = 0; copy && i < count; ++i)
+    for (ULONG i = 0; copy != nullptr && i < count; ++i)
     {
         packer.PackValue(copy[i], values[i]);
     }
@@ -84,7 +84,7 @@ void PackObject(Packer& packer, OBJECT_NOTIFICATION& object)
     PackEntry(packer, object.cbParentID, object.lpParentID);
     PackEntry(packer, object.cbOldID, object.lpOldID);
     PackEntry(packer, object.cbOldParentID, object.lpOldParentID);
-    if (object.lpPropTagArray)
+    if (object.lpPropTagArray != nullptr)
     {
         object.lpPropTagArray = reinterpret_cast<LPSPropTagArray>(
             packer.Pack(reinterpret_cast<const BYTE*>(object.lpPropTagArray), CbSPropTagArray(object.lpPropTagArray)));
@@ -102,7 +102,7 @@ void PackNotification(Packer& packer, NOTIFICATION& copy)
     case fnevNewMail:
         PackEntry(packer, copy.info.newmail.cbEntryID, copy.info.newmail.lpEntryID);
         PackEntry(packer, copy.info.newmail.cbParentID, copy.info.newmail.lpParentID);
-        if (copy.info.newmail.lpszMessageClass && !(copy.info.newmail.ulFlags & MAPI_UNICODE))
+        if (copy.info.newmail.lpszMessageClass != nullptr && !(copy.info.newmail.ulFlags & MAPI_UNICODE))
         {
             copy.info.newmail.lpszMessageClass =
                 packer.Pack(copy.info.newmail.lpszMessageClass, std::strlen(copy.info.newmail.lpszMessageClass) + 1);
@@ -138,14 +138,15 @@ SCODE WINAPI ScCopyNotifications(int count, LPNOTIFICATION notifications, LPVOID
     using namespace zebstore;
     return Guarded("ScCopyNotifications", [&]
     {
-        Require(count > 0 && notifications && block, "the notifications or the output pointer is null");
+        Require(count > 0 && notifications != nullptr && block != nullptr,
+                "the notifications or the output pointer is null");
         Packer packer(block);
         NOTIFICATION* copies = packer.Pack(notifications, static_cast<size_t>(count));
         for (int i = 0; i < count; ++i)
         {
             PackNotification(packer, copies[i]);
         }
-        if (size)
+        if (size != nullptr)
         {
             *size = static_cast<ULONG>(packer.Size());
         }

@@ -21,14 +21,14 @@ WorkReport ReportTo(ZEBSTORE_REPORT* report, void* context)
     WorkReport work;
     work.found = [=](const std::string& finding)
     {
-        if (report)
+        if (report != nullptr)
         {
             report(context, finding.c_str(), 0, 0);
         }
     };
     work.progress = [=](std::uint64_t done, std::uint64_t whole)
     {
-        if (report)
+        if (report != nullptr)
         {
             report(context, nullptr, done, whole);
         }
@@ -39,7 +39,7 @@ WorkReport ReportTo(ZEBSTORE_REPORT* report, void* context)
 // Truncated at a character boundary.
 void GiveText(const std::string& text, char* to, ULONG size)
 {
-    if (!to || size == 0)
+    if (to == nullptr || size == 0)
     {
         return;
     }
@@ -86,7 +86,7 @@ std::shared_ptr<StoreFile> OpenToWrite(const char* path)
 
 void Repair(const char* path, const char* copy, const WorkReport& work)
 {
-    if (!copy)
+    if (copy == nullptr)
     {
         return RepairStore(*OpenToWrite(path), work);
     }

@@ -3,5 +3,5 @@
 
 ULONG WINAPI UlRelease(LPVOID object)
 {
-    return object ? static_cast<IUnknown*>(object)->Release() : 0;
+    return object != nullptr ? static_cast<IUnknown*>(object)->Release() : 0;
 }

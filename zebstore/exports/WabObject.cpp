@@ -45,7 +45,7 @@ public:
     {
         return Guarded("IWABObject::AllocateMore", [&]
         {
-            Require(buffer && parent, "the output pointer or the parent block is null");
+            Require(buffer != nullptr && parent != nullptr, "the output pointer or the parent block is null");
             *buffer = nullptr;
             *buffer = Allocate(size, parent);
         });

@@ -54,11 +54,11 @@ HRESULT STDMETHODCALLTYPE WABOpen(LPADRBOOK* book, LPWABOBJECT* object, LPWAB_PA
     }
     return Guarded("WABOpen", [&]
     {
-        Require(book && object, "the output pointer is null");
+        Require(book != nullptr && object != nullptr, "the output pointer is null");
         *book = nullptr;
         *object = nullptr;
-        const char* file = param ? param->szFileName : nullptr;
-        Ref<IAddrBook> opened = OpenWabAddressBook(file ? StoredFromNarrow(file) : std::string());
+        const char* file = param != nullptr ? param->szFileName : nullptr;
+        Ref<IAddrBook> opened = OpenWabAddressBook(file != nullptr ? StoredFromNarrow(file) : std::string());
         Ref<IWABObject> wab = NewWabObject();
         *book = opened.Detach();
         *object = wab.Detach();

@@ -82,7 +82,7 @@ void Attachment::Save(ULONG flags)
 
 bool Attachment::HasEmbedded()
 {
-    return m_edit.embedded || (!m_edit.dropEmbedded && m_owner.StoredEmbedded(m_number));
+    return m_edit.embedded || (!m_edit.dropEmbedded && m_owner.StoredEmbedded(m_number) != 0);
 }
 
 std::vector<ULONG> Attachment::ObjectTags()

@@ -7,7 +7,7 @@ bool Covers(const CopyRequest& request, ULONG tag)
 {
     const auto names = [&](const SPropTagArray* tags)
     {
-        for (ULONG i = 0; tags && i < tags->cValues; ++i)
+        for (ULONG i = 0; tags != nullptr && i < tags->cValues; ++i)
         {
             if (PROP_ID(tags->aulPropTag[i]) == PROP_ID(tag))
             {
@@ -16,7 +16,7 @@ bool Covers(const CopyRequest& request, ULONG tag)
         }
         return false;
     };
-    return (!request.include || names(request.include)) && !names(request.exclude);
+    return (request.include == nullptr || names(request.include)) && !names(request.exclude);
 }
 
 } // namespace zebstore

@@ -10,14 +10,14 @@ namespace zebstore
 
 void GiveBytes(const void* bytes, size_t size, ULONG* sizeOut, ENTRYID** bytesOut)
 {
-    Require(sizeOut && bytesOut, "the output pointer is null");
+    Require(sizeOut != nullptr && bytesOut != nullptr, "the output pointer is null");
     *bytesOut = static_cast<ENTRYID*>(CopyBytes(bytes, size, nullptr));
     *sizeOut = static_cast<ULONG>(size);
 }
 
 bool SameEntry(ULONG sizeA, const void* a, ULONG sizeB, const void* b)
 {
-    if ((sizeA && !a) || (sizeB && !b))
+    if ((sizeA && a == nullptr) || (sizeB && b == nullptr))
     {
         throw Error(MAPI_E_INVALID_ENTRYID, "the entry identifier has no bytes");
     }

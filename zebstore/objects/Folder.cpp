@@ -27,7 +27,7 @@ std::shared_ptr<RowSource> NothingOf(const ComputedProperties& computed)
 OwnFolder& RequireOwn(void* target)
 {
     OwnFolder* folder = AsOwnFolder(target);
-    if (!folder)
+    if (folder == nullptr)
     {
         throw Error(MAPI_E_NO_SUPPORT, "the target is not a folder of this provider");
     }
@@ -57,7 +57,7 @@ IUnknown* OpenItem(const StorePtr& store, ULONG size, const void* id, const IID*
     {
         answer = Answer(OpenMessage(store, item.key, access).Get(), iid);
     }
-    if (objectType)
+    if (objectType != nullptr)
     {
         *objectType = item.objectType;
     }
@@ -259,7 +259,7 @@ HRESULT Folder::CreateMessage(LPCIID iid, ULONG flags, LPMESSAGE* message)
         *message = nullptr;
         RequireFlags(flags, MAPI_ASSOCIATED | MAPI_DEFERRED_ERRORS | ArrivalFlags);
         RequireWrite();
-        if (iid && !IsEqualGUID(*iid, IID_IMessage) && !IsEqualGUID(*iid, IID_IMAPIProp))
+        if (iid != nullptr && !IsEqualGUID(*iid, IID_IMessage) && !IsEqualGUID(*iid, IID_IMAPIProp))
         {
             throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "a message does not support the requested interface");
         }
@@ -320,7 +320,7 @@ HRESULT Folder::CreateFolder(ULONG type, LPTSTR name, LPTSTR comment, LPCIID iid
         *folder = nullptr;
         RequireFlags(flags, MAPI_UNICODE | MAPI_DEFERRED_ERRORS | OPEN_IF_EXISTS);
         RequireWrite();
-        if (iid && !IsEqualGUID(*iid, IID_IMAPIFolder) && !IsEqualGUID(*iid, IID_IMAPIContainer) &&
+        if (iid != nullptr && !IsEqualGUID(*iid, IID_IMAPIFolder) && !IsEqualGUID(*iid, IID_IMAPIContainer) &&
             !IsEqualGUID(*iid, IID_IMAPIProp))
         {
             throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "a folder does not support the requested interface");
@@ -338,7 +338,7 @@ HRESULT Folder::CreateFolder(ULONG type, LPTSTR name, LPTSTR comment, LPCIID iid
         {
             PropertySet properties;
             properties.SetText(PR_DISPLAY_NAME_W, text);
-            if (comment)
+            if (comment != nullptr)
             {
                 properties.SetText(PR_COMMENT_W, TextArgument(comment, flags));
             }
@@ -380,7 +380,7 @@ HRESULT Folder::DeleteFolder(ULONG size, LPENTRYID id, ULONG_PTR, LPMAPIPROGRESS
     {
         RequireFlags(flags, DEL_MESSAGES | DEL_FOLDERS | FOLDER_DIALOG | MAPI_DIALOG | DeleteHardDelete);
         RequireWrite();
-        Require(size > 0 && id, "the entry identifier of the folder is empty");
+        Require(size > 0 && id != nullptr, "the entry identifier of the folder is empty");
         const FolderId folder = Store()->ParseFolder(id, size);
         if (File().Folders().Info(folder).parent != m_folder)
         {
@@ -409,7 +409,7 @@ HRESULT Folder::SetReadFlags(LPENTRYLIST list, ULONG_PTR, LPMAPIPROGRESS, ULONG 
         RequireWrite();
         size_t others = 0;
         const std::vector<MessageId> messages =
-            list ? MessagesHere(list, others) : File().Messages().In({m_folder, false});
+            list != nullptr ? MessagesHere(list, others) : File().Messages().In({m_folder, false});
         if (!(flags & GENERATE_RECEIPT_ONLY))
         {
             File().Messages().ChangeFlags(messages, flags & CLEAR_READ_FLAG ? 0 : MSGFLAG_READ,
@@ -442,7 +442,7 @@ HRESULT Folder::SetMessageStatus(ULONG size, LPENTRYID id, ULONG status, ULONG m
         content.properties = std::move(stored.properties);
         content.properties.SetLong(PR_MSG_STATUS, static_cast<LONG>((before & ~mask) | (status & mask)));
         File().Messages().Save(message, content, stored.change);
-        if (old)
+        if (old != nullptr)
         {
             *old = before;
         }

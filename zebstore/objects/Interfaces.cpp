@@ -5,7 +5,7 @@ namespace zebstore
 
 IUnknown* Answer(IUnknown* object, const IID* iid)
 {
-    if (!iid)
+    if (iid == nullptr)
     {
         object->AddRef();
         return object;

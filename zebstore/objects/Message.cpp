@@ -133,7 +133,7 @@ bool Message::Compute(ULONG tag, PropertySet& out)
         return true;
     case PROP_ID(PR_PARENT_ENTRYID):
     {
-        if (m_holder)
+        if (m_holder != nullptr)
         {
             return false;
         }
@@ -145,7 +145,7 @@ bool Message::Compute(ULONG tag, PropertySet& out)
     case PROP_ID(PR_RECORD_KEY):
     case PROP_ID(PR_INSTANCE_KEY):
         // A message has an identifier from its first save; an embedded message never has one.
-        return m_id && Store()->Computed()->OfMessage(tag, m_id, out);
+        return m_id != 0 && Store()->Computed()->OfMessage(tag, m_id, out);
     default:
         return HasId(ComputedTags(), tag) && Store()->Computed()->OfMessage(tag, m_id, out);
     }
@@ -271,8 +271,8 @@ void Message::CompleteNames()
     {
         LONG type;
         ULONG tag;
-    } lists[] = {{MAPI_TO, PR_DISPLAY_TO_W}, {MAPI_CC, PR_DISPLAY_CC_W}, {MAPI_BCC, PR_DISPLAY_BCC_W}};
-    for (const auto& list : lists)
+    } Lists[] = {{MAPI_TO, PR_DISPLAY_TO_W}, {MAPI_CC, PR_DISPLAY_CC_W}, {MAPI_BCC, PR_DISPLAY_BCC_W}};
+    for (const auto& list : Lists)
     {
         if (WasWritten(list.tag))
         {
@@ -311,7 +311,7 @@ void Message::Commit(bool force)
     MessageContent content = TakeContent();
     try
     {
-        if (m_holder)
+        if (m_holder != nullptr)
         {
             m_holder->PutEmbedded(std::make_shared<MessageContent>(content));
         }
@@ -331,7 +331,7 @@ void Message::Commit(bool force)
     }
     m_recipients.Saved();
     m_saved = true;
-    if (m_holder)
+    if (m_holder != nullptr)
     {
         GiveBack(std::move(content));
         return;
@@ -429,7 +429,7 @@ HRESULT Message::CreateAttach(LPCIID iid, ULONG flags, ULONG* number, LPATTACH* 
 {
     return Run("IMessage::CreateAttach", [&]
     {
-        Require(attach && number, "the output pointer is null");
+        Require(attach != nullptr && number != nullptr, "the output pointer is null");
         *attach = nullptr;
         RequireFlags(flags, MAPI_DEFERRED_ERRORS);
         RequireWrite();

@@ -6,7 +6,7 @@ namespace zebstore
 OwnFolder* AsOwnFolder(void* object)
 {
     void* asked = nullptr;
-    if (!object || FAILED(static_cast<IUnknown*>(object)->QueryInterface(OwnFolderId, &asked)))
+    if (object == nullptr || FAILED(static_cast<IUnknown*>(object)->QueryInterface(OwnFolderId, &asked)))
     {
         return nullptr;
     }

@@ -81,7 +81,8 @@ PartsCopy::PartsCopy(const CopyRequest& request)
     : m_request(request)
     , m_fromMessage(request.parts ? Ask<IMessage>(request.source, IID_IMessage) : Ref<IMessage>())
     , m_toMessage(request.parts ? Ask<IMessage>(request.target, IID_IMessage) : Ref<IMessage>())
-    , m_containers(request.parts && NamesContainerParts(request) && (request.include || IsContainer(request.source)))
+    , m_containers(request.parts && NamesContainerParts(request) &&
+                   (request.include != nullptr || IsContainer(request.source)))
 {
     if (m_containers)
     {
@@ -93,7 +94,7 @@ void PartsCopy::RequireTarget() const
 {
     const OwnFolder* from = AsOwnFolder(m_request.source);
     const OwnFolder* to = AsOwnFolder(m_request.target);
-    if (from && to)
+    if (from != nullptr && to != nullptr)
     {
         to->RequireChanges();
         RequireContentsFit(ContentsToCopy(m_request, *from, *to));
@@ -131,7 +132,7 @@ void PartsCopy::Run()
     }
     const OwnFolder* from = AsOwnFolder(m_request.source);
     const OwnFolder* to = AsOwnFolder(m_request.target);
-    if (from && to)
+    if (from != nullptr && to != nullptr)
     {
         CopyFolderContents(ContentsToCopy(m_request, *from, *to), m_request.progress);
     }

@@ -19,7 +19,7 @@ public:
         : m_sink(sink)
         , m_total(total)
     {
-        if (!m_sink)
+        if (m_sink == nullptr)
         {
             return;
         }
@@ -32,7 +32,7 @@ public:
     void Advance(std::uint64_t steps)
     {
         m_done += steps;
-        if (!m_sink || m_total == 0)
+        if (m_sink == nullptr || m_total == 0)
         {
             return;
         }

@@ -94,26 +94,26 @@ std::vector<ULONG> PropBase::AllTags(bool unicode)
 
 HRESULT PropBase::GetPropsOf(const SPropTagArray* tags, ULONG flags, ULONG* count, SPropValue** values)
 {
-    Require(count && values, "the output pointer is null");
+    Require(count != nullptr && values != nullptr, "the output pointer is null");
     *count = 0;
     *values = nullptr;
     RequireFlags(flags, MAPI_UNICODE);
-    Require(!tags || tags->cValues > 0, "the list of property tags is empty");
+    Require(tags == nullptr || tags->cValues > 0, "the list of property tags is empty");
     const bool unicode = (flags & MAPI_UNICODE) != 0;
     std::vector<ULONG> all;
-    if (!tags)
+    if (tags == nullptr)
     {
         all = AllTags(unicode);
     }
-    const ULONG* asked = tags ? tags->aulPropTag : all.data();
-    const size_t askedCount = tags ? tags->cValues : all.size();
+    const ULONG* asked = tags != nullptr ? tags->aulPropTag : all.data();
+    const size_t askedCount = tags != nullptr ? tags->cValues : all.size();
     PropertySet computed;
     for (size_t i = 0; i < askedCount; ++i)
     {
         Compute(asked[i], computed);
     }
     const PropertySet& stored = Stored();
-    if (tags)
+    if (tags != nullptr)
     {
         AddDefaults(asked, askedCount, stored, computed);
     }
@@ -174,11 +174,11 @@ void PropBase::GetPropListOf(ULONG flags, SPropTagArray** tags)
 
 void PropBase::SetPropsOf(ULONG count, const SPropValue* values, SPropProblemArray** problems)
 {
-    if (problems)
+    if (problems != nullptr)
     {
         *problems = nullptr;
     }
-    Require(count > 0 && values, "the list of property values is null or empty");
+    Require(count > 0 && values != nullptr, "the list of property values is null or empty");
     RequireWrite();
     Problems found;
     Edit([&](PropertySet& properties)
@@ -202,7 +202,7 @@ void PropBase::SetPropsOf(ULONG count, const SPropValue* values, SPropProblemArr
             }
         }
     });
-    if (problems)
+    if (problems != nullptr)
     {
         *problems = found.Detach();
     }
@@ -210,11 +210,11 @@ void PropBase::SetPropsOf(ULONG count, const SPropValue* values, SPropProblemArr
 
 void PropBase::DeletePropsOf(const SPropTagArray* tags, SPropProblemArray** problems)
 {
-    if (problems)
+    if (problems != nullptr)
     {
         *problems = nullptr;
     }
-    Require(tags && tags->cValues > 0, "the list of property tags is null or empty");
+    Require(tags != nullptr && tags->cValues > 0, "the list of property tags is null or empty");
     RequireWrite();
     Problems found;
     Edit([&](PropertySet& properties)
@@ -236,7 +236,7 @@ void PropBase::DeletePropsOf(const SPropTagArray* tags, SPropProblemArray** prob
             }
         }
     });
-    if (problems)
+    if (problems != nullptr)
     {
         *problems = found.Detach();
     }
@@ -246,7 +246,7 @@ void PropBase::OpenPropertyOf(ULONG tag, const IID* iid, ULONG options, ULONG fl
 {
     Require(object != nullptr, "the output pointer is null");
     *object = nullptr;
-    if (!iid)
+    if (iid == nullptr)
     {
         throw Error(MAPI_E_INTERFACE_NOT_SUPPORTED, "the interface identifier is null");
     }

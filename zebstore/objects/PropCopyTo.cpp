@@ -63,7 +63,7 @@ private:
         {
             const Buffer<SPropValue> from = OneProp(m_source, PR_ENTRYID);
             const Buffer<SPropValue> to = OneProp(m_target, PR_ENTRYID);
-            same = from.Get() && to.Get() && from->Value.bin.cb == to->Value.bin.cb &&
+            same = from.Get() != nullptr && to.Get() != nullptr && from->Value.bin.cb == to->Value.bin.cb &&
                    std::memcmp(from->Value.bin.lpb, to->Value.bin.lpb, from->Value.bin.cb) == 0;
         }
         if (same)
@@ -88,7 +88,7 @@ private:
     {
         const ULONG tag = m_tags[index];
         ULONG place = static_cast<ULONG>(index);
-        if (m_request.include)
+        if (m_request.include != nullptr)
         {
             for (place = 0; PROP_ID(m_request.include->aulPropTag[place]) != PROP_ID(tag);)
             {
@@ -115,7 +115,7 @@ private:
             const ULONG tag = listed->aulPropTag[i];
             const bool never = std::any_of(std::begin(NeverCopied), std::end(NeverCopied),
                                            [&](ULONG each) { return PROP_ID(each) == PROP_ID(tag); });
-            if (!never && Covers(m_request, tag) && PROP_TYPE(tag) != PT_OBJECT && !there.count(PROP_ID(tag)))
+            if (!never && Covers(m_request, tag) && PROP_TYPE(tag) != PT_OBJECT && (there.count(PROP_ID(tag)) == 0))
             {
                 m_tags.push_back(tag);
             }
@@ -173,7 +173,7 @@ private:
     {
         HRESULT result = MAPI_E_NOT_FOUND;
         LPSPropTagArray mapped = nullptr;
-        if (name)
+        if (name != nullptr)
         {
             result = m_target->GetIDsFromNames(1, &name, MAPI_CREATE, &mapped);
         }
@@ -208,7 +208,7 @@ private:
         for (ULONG i = 0; i < count; ++i)
         {
             SPropValue& value = values[i];
-            if (m_failed.count(i))
+            if (m_failed.count(i) != 0)
             {
                 value.ulPropTag = PR_NULL;
             }
@@ -243,7 +243,7 @@ private:
         }
         const Buffer<SPropProblemArray> owner(problems);
         Check(result, "the target refused the properties");
-        for (ULONG i = 0; problems && i < problems->cProblem; ++i)
+        for (ULONG i = 0; problems != nullptr && i < problems->cProblem; ++i)
         {
             const SPropProblem& problem = problems->aProblem[i];
             if (problem.scode != MAPI_E_COMPUTED)

@@ -42,11 +42,11 @@ std::optional<PropertyName> NameOf(StoreFile& file, ULONG id)
 
 bool Wanted(const PropertyName& name, const GUID* set, ULONG flags)
 {
-    if (set && !IsEqualGUID(*set, name.set))
+    if (set != nullptr && !IsEqualGUID(*set, name.set))
     {
         return false;
     }
-    return !(flags & (name.number ? MAPI_NO_IDS : MAPI_NO_STRINGS));
+    return (flags & (name.number ? MAPI_NO_IDS : MAPI_NO_STRINGS)) == 0;
 }
 
 /// The names of a store that match the arguments of GetNamesFromIDs.
@@ -83,14 +83,14 @@ SPropTagArray* BuildTags(const std::vector<ULONG>& tags)
 
 bool IsMapiName(const MAPINAMEID& name)
 {
-    return name.lpguid && IsEqualGUID(*name.lpguid, PS_MAPI) && name.ulKind == MNID_ID && name.Kind.lID > 0 &&
-           name.Kind.lID < static_cast<LONG>(FirstNamedId);
+    return name.lpguid != nullptr && IsEqualGUID(*name.lpguid, PS_MAPI) && name.ulKind == MNID_ID &&
+           name.Kind.lID > 0 && name.Kind.lID < static_cast<LONG>(FirstNamedId);
 }
 
 void CheckName(const MAPINAMEID* name)
 {
-    Require(name && name->lpguid, "a property name has no property set");
-    Require(name->ulKind == MNID_ID || (name->ulKind == MNID_STRING && name->Kind.lpwstrName),
+    Require(name != nullptr && name->lpguid != nullptr, "a property name has no property set");
+    Require(name->ulKind == MNID_ID || (name->ulKind == MNID_STRING && name->Kind.lpwstrName != nullptr),
             "the kind of a property name is neither MNID_ID nor MNID_STRING");
 }
 
@@ -99,7 +99,7 @@ void CheckName(const MAPINAMEID* name)
 HRESULT NamesFromIds(StoreFile& file, SPropTagArray** tags, const GUID* set, ULONG flags, ULONG* count,
                      MAPINAMEID*** names)
 {
-    Require(tags && count && names, "the output pointer is null");
+    Require(tags != nullptr && count != nullptr && names != nullptr, "the output pointer is null");
     *count = 0;
     *names = nullptr;
     RequireFlags(flags, MAPI_NO_STRINGS | MAPI_NO_IDS);
@@ -132,9 +132,9 @@ HRESULT IdsFromNames(StoreFile& file, ULONG count, MAPINAMEID** names, ULONG fla
     *tags = nullptr;
     RequireFlags(flags, MAPI_CREATE);
     std::vector<ULONG> result;
-    if (!names || count == 0)
+    if (names == nullptr || count == 0)
     {
-        Require(!(flags & MAPI_CREATE), "the list of names is null or empty");
+        Require((flags & MAPI_CREATE) == 0, "the list of names is null or empty");
         for (const PropertyName& each : file.NamedProperties().All())
         {
             result.push_back(PROP_TAG(PT_UNSPECIFIED, each.id));

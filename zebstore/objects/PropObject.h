@@ -68,7 +68,7 @@ public:
     {
         return Run("IMAPIProp::CopyTo", [&]
         {
-            Require(excluded || !excludedCount, "the list of interfaces to exclude is null");
+            Require(excluded != nullptr || excludedCount == 0, "the list of interfaces to exclude is null");
             bool parts = true;
             for (ULONG i = 0; i < excludedCount; ++i)
             {
@@ -123,13 +123,13 @@ private:
     /// @param request without its target
     void CopyTheseTo(CopyRequest request, LPCIID iid, LPVOID target, LPSPropProblemArray* problems)
     {
-        Require(iid && target, "the target object or its interface identifier is null");
+        Require(iid != nullptr && target != nullptr, "the target object or its interface identifier is null");
         RequireFlags(request.flags, MAPI_MOVE | MAPI_NOREPLACE | MAPI_DIALOG | MAPI_DECLINE_OK);
         if (request.flags & MAPI_MOVE)
         {
             RequireWrite();
         }
-        if (problems)
+        if (problems != nullptr)
         {
             *problems = nullptr;
         }
@@ -139,7 +139,7 @@ private:
         const Ref<IMAPIProp> dest = Ref<IMAPIProp>::Adopt(static_cast<IMAPIProp*>(asked));
         request.target = dest.Get();
         SPropProblemArray* found = CopyProperties(request);
-        if (problems)
+        if (problems != nullptr)
         {
             *problems = found;
         }

@@ -20,7 +20,7 @@ std::vector<PropertySet>::iterator FindRow(std::vector<PropertySet>& rows, LONG 
 PropertySet RecipientFrom(const ADRENTRY& entry)
 {
     PropertySet recipient;
-    Require(entry.rgPropVals || !entry.cValues, "a recipient has no values");
+    Require(entry.rgPropVals != nullptr || entry.cValues == 0, "a recipient has no values");
     for (ULONG i = 0; i < entry.cValues; ++i)
     {
         const ULONG type = PROP_TYPE(entry.rgPropVals[i].ulPropTag);

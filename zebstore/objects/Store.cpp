@@ -67,7 +67,7 @@ public:
         {
             Require(same != nullptr, "the output pointer is null");
             RequireFlags(flags, 0);
-            *same = SameEntry(sizeA, a, sizeB, b);
+            *same = SameEntry(sizeA, a, sizeB, b) ? TRUE : FALSE;
         });
     }
 
@@ -106,7 +106,7 @@ public:
             const ReceiveFolder found = File().ReceiveFolders().Of(TextArgument(messageClass, flags));
             const FolderEntryId entry = Store()->IdOfFolder(found.folder);
             Buffer<char> text;
-            if (explicitClass)
+            if (explicitClass != nullptr)
             {
                 text =
                     Buffer<char>(flags & MAPI_UNICODE
@@ -114,7 +114,7 @@ public:
                                      : CopyNarrow(found.messageClass.c_str(), nullptr));
             }
             GiveBytes(entry.data(), entry.size(), size, id);
-            if (explicitClass)
+            if (explicitClass != nullptr)
             {
                 *explicitClass = text.Detach();
             }
@@ -146,7 +146,7 @@ public:
     {
         return Guarded("IMsgStore::StoreLogoff", [&]
         {
-            if (flags)
+            if (flags != nullptr)
             {
                 *flags = LOGOFF_COMPLETE;
             }

@@ -224,7 +224,7 @@ MessageId StoreContext::ParseMessage(const SBinary& id) const
 
 std::vector<MessageId> StoreContext::ParseMessages(const ENTRYLIST* list) const
 {
-    Require(list != nullptr && (list->lpbin || !list->cValues), "the list of messages is null");
+    Require(list != nullptr && (list->lpbin != nullptr || list->cValues == 0), "the list of messages is null");
     std::vector<MessageId> messages;
     messages.reserve(list->cValues);
     for (ULONG i = 0; i < list->cValues; ++i)
@@ -241,7 +241,7 @@ bool HasId(const std::vector<ULONG>& tags, ULONG tag)
 
 std::string TextArgument(const void* text, ULONG flags)
 {
-    if (!text)
+    if (text == nullptr)
     {
         return {};
     }

@@ -25,16 +25,16 @@ HRESULT Stream::Read(void* buffer, ULONG size, ULONG* read)
 {
     return Guarded("IStream::Read", [&]() -> HRESULT
     {
-        if (read)
+        if (read != nullptr)
         {
             *read = 0;
         }
-        if (!buffer)
+        if (buffer == nullptr)
         {
             return STG_E_INVALIDPOINTER;
         }
         const size_t got = ReadHere(buffer, size);
-        if (read)
+        if (read != nullptr)
         {
             *read = static_cast<ULONG>(got);
         }
@@ -46,7 +46,7 @@ HRESULT Stream::Write(const void* bytes, ULONG size, ULONG* written)
 {
     return Guarded("IStream::Write", [&]() -> HRESULT
     {
-        if (written)
+        if (written != nullptr)
         {
             *written = 0;
         }
@@ -54,7 +54,7 @@ HRESULT Stream::Write(const void* bytes, ULONG size, ULONG* written)
         {
             throw Error(STG_E_ACCESSDENIED, "the stream was opened for reading");
         }
-        if (!bytes)
+        if (bytes == nullptr)
         {
             return STG_E_INVALIDPOINTER;
         }
@@ -64,7 +64,7 @@ HRESULT Stream::Write(const void* bytes, ULONG size, ULONG* written)
         }
         m_bytes->WriteAt(m_position, bytes, size);
         m_position += size;
-        if (written)
+        if (written != nullptr)
         {
             *written = size;
         }
@@ -89,13 +89,13 @@ HRESULT Stream::Seek(LARGE_INTEGER move, DWORD origin, ULARGE_INTEGER* position)
         {
             return STG_E_INVALIDFUNCTION;
         }
-        constexpr std::int64_t furthest = std::int64_t{1} << 62;
-        if (move.QuadPart > furthest || move.QuadPart < -furthest || base + move.QuadPart < 0)
+        constexpr std::int64_t Furthest = std::int64_t{1} << 62;
+        if (move.QuadPart > Furthest || move.QuadPart < -Furthest || base + move.QuadPart < 0)
         {
             return STG_E_INVALIDFUNCTION;
         }
         m_position = static_cast<std::uint64_t>(base + move.QuadPart);
-        if (position)
+        if (position != nullptr)
         {
             position->QuadPart = m_position;
         }
@@ -143,18 +143,18 @@ HRESULT Stream::CopyTo(IStream* target, ULARGE_INTEGER size, ULARGE_INTEGER* rea
 {
     return Guarded("IStream::CopyTo", [&]
     {
-        if (!target)
+        if (target == nullptr)
         {
             throw Error(STG_E_INVALIDPOINTER, "the target stream is null");
         }
         std::uint64_t bytesRead = 0;
         std::uint64_t bytesWritten = 0;
         CopyLoop(target, size.QuadPart, bytesRead, bytesWritten);
-        if (read)
+        if (read != nullptr)
         {
             read->QuadPart = bytesRead;
         }
-        if (written)
+        if (written != nullptr)
         {
             written->QuadPart = bytesWritten;
         }
@@ -191,7 +191,7 @@ HRESULT Stream::Stat(STATSTG* stat, DWORD)
 {
     return Guarded("IStream::Stat", [&]() -> HRESULT
     {
-        if (!stat)
+        if (stat == nullptr)
         {
             return STG_E_INVALIDPOINTER;
         }
@@ -207,7 +207,7 @@ HRESULT Stream::Clone(IStream** clone)
 {
     return Guarded("IStream::Clone", [&]() -> HRESULT
     {
-        if (!clone)
+        if (clone == nullptr)
         {
             return STG_E_INVALIDPOINTER;
         }

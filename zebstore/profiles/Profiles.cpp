@@ -252,7 +252,7 @@ std::string DefaultStorePath(const std::string& profile)
     std::string name = profile;
     for (char& each : name)
     {
-        if (std::strchr("/\\:*?\"<>|", each))
+        if (std::strchr("/\\:*?\"<>|", each) != nullptr)
         {
             each = '_';
         }

@@ -33,7 +33,7 @@ std::string TextOf(const SPropValue& value)
 
 Settings ReadSettings(ULONG count, const SPropValue* values)
 {
-    Require(values || !count, "the array of settings is null");
+    Require(values != nullptr || count == 0, "the array of settings is null");
     Settings settings;
     for (ULONG i = 0; i < count; ++i)
     {

@@ -101,14 +101,14 @@ public:
         {
             Require(object != nullptr, "the output pointer is null");
             *object = nullptr;
-            if (!size || !id)
+            if (!size || id == nullptr)
             {
                 throw Error(MAPI_E_INVALID_ENTRYID, "the entry identifier is empty");
             }
             if (LooksLikeStoreEntryId(id, size))
             {
                 *object = OpenStore(size, id, iid, flags);
-                if (objectType)
+                if (objectType != nullptr)
                 {
                     *objectType = MAPI_STORE;
                 }
@@ -126,7 +126,7 @@ public:
         {
             Require(same != nullptr, "the output pointer is null");
             RequireFlags(flags, 0);
-            *same = SameEntry(sizeA, a, sizeB, b);
+            *same = SameEntry(sizeA, a, sizeB, b) ? TRUE : FALSE;
         });
     }
 
@@ -136,7 +136,7 @@ public:
         return Guarded("IMAPISession::Advise", [&]
         {
             RequireObjectEvents(events, sink, connection);
-            if (!size || !id)
+            if (!size || id == nullptr)
             {
                 throw Error(MAPI_E_NO_SUPPORT, "the session itself has no notifications");
             }
@@ -169,7 +169,7 @@ public:
     {
         return Guarded("IMAPISession::EnumAdrTypes", [&]
         {
-            Require(count && types, "the output pointer is null");
+            Require(count != nullptr && types != nullptr, "the output pointer is null");
             *count = 0;
             *types = nullptr;
         });
@@ -179,7 +179,7 @@ public:
     {
         return Guarded("IMAPISession::QueryIdentity", [&]
         {
-            Require(size && id, "the output pointer is null");
+            Require(size != nullptr && id != nullptr, "the output pointer is null");
             *size = 0;
             *id = nullptr;
             throw Error(MAPI_E_NOT_FOUND, "the profile has no identity");

@@ -66,8 +66,8 @@ public:
             return {};
         }
         // The natural order is that of the names, so the commonest sort order asks for nothing.
-        const bool natural = !order || order->IsEmpty() || IsByName(*order);
-        if (natural && !restriction)
+        const bool natural = order == nullptr || order->IsEmpty() || IsByName(*order);
+        if (natural && restriction == nullptr)
         {
             return Query(m_store->Connection().Db(), "SELECT id FROM address ORDER BY key, id").Numbers(Count());
         }

@@ -213,7 +213,7 @@ void AppendSortBytes(std::string& to, const EncodedValue& value, bool descending
 
 std::string_view BytesOf(const EncodedValue& value, std::string& room)
 {
-    if (!value.large)
+    if (value.large == nullptr)
     {
         return value.bytes;
     }

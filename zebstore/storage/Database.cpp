@@ -186,7 +186,7 @@ sqlite3_stmt* Database::Prepare(std::string_view sql, bool forLong)
 Database::Prepared& Database::Cached(const char* literal)
 {
     Prepared& prepared = m_statements[literal];
-    if (!prepared.statement)
+    if (prepared.statement == nullptr)
     {
         prepared.statement = Prepare(literal, true);
     }
@@ -215,7 +215,7 @@ Query::Query(Database& database, const std::string& sql)
 
 Query::~Query()
 {
-    if (!m_cached)
+    if (m_cached == nullptr)
     {
         sqlite3_finalize(m_statement);
         return;
@@ -241,14 +241,15 @@ Query& Query::Bind(int index, std::int64_t number)
 
 Query& Query::BindText(int index, std::string_view text)
 {
-    Check(sqlite3_bind_text64(m_statement, index, text.data() ? text.data() : "", text.size(), SQLITE_STATIC,
+    Check(sqlite3_bind_text64(m_statement, index, text.data() != nullptr ? text.data() : "", text.size(), SQLITE_STATIC,
                               SQLITE_UTF8));
     return *this;
 }
 
 Query& Query::BindBlob(int index, std::string_view bytes)
 {
-    Check(sqlite3_bind_blob64(m_statement, index, bytes.data() ? bytes.data() : "", bytes.size(), SQLITE_STATIC));
+    Check(sqlite3_bind_blob64(m_statement, index, bytes.data() != nullptr ? bytes.data() : "", bytes.size(),
+                              SQLITE_STATIC));
     return *this;
 }
 
@@ -304,7 +305,7 @@ std::string_view Query::Bytes(int column) const
 {
     const void* bytes = sqlite3_column_blob(m_statement, column);
     const int size = sqlite3_column_bytes(m_statement, column);
-    if (!bytes && size == 0 && sqlite3_errcode(m_database.m_handle) == SQLITE_NOMEM)
+    if (bytes == nullptr && size == 0 && sqlite3_errcode(m_database.m_handle) == SQLITE_NOMEM)
     {
         m_database.Fail(SQLITE_NOMEM);
     }
@@ -366,7 +367,7 @@ void Transaction::Commit()
     g_commitsHere.fetch_add(1, std::memory_order_release);
     m_open = false;
     --m_database.m_depth;
-    if (m_database.m_observer)
+    if (m_database.m_observer != nullptr)
     {
         m_database.m_observer->Committed();
     }

@@ -41,7 +41,7 @@ std::string EncodeFixedArray(ULONG count, const void* elements, size_t elementSi
 
 std::string EncodeBinary(const SBinary& binary)
 {
-    Require(binary.cb == 0 || binary.lpb, "a binary value without its bytes");
+    Require(binary.cb == 0 || binary.lpb != nullptr, "a binary value without its bytes");
     return std::string(reinterpret_cast<const char*>(binary.lpb), binary.cb);
 }
 
@@ -56,7 +56,7 @@ std::string EncodeMany(const SPropValue& value)
     const ULONG type = PROP_TYPE(value.ulPropTag);
     // Every array of the union starts with its count and the pointer to its elements.
     const ULONG count = value.Value.MVl.cValues;
-    Require(count == 0 || value.Value.MVl.lpl, "a multi-valued property without its values");
+    Require(count == 0 || value.Value.MVl.lpl != nullptr, "a multi-valued property without its values");
     switch (type)
     {
     case PT_MV_STRING8:

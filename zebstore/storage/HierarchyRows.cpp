@@ -37,7 +37,8 @@ public:
         {
             return count;
         }
-        const auto compute = [&](PropertySet& made) { return m_computed && m_computed->OfFolder(tag, m_info, made); };
+        const auto compute = [&](PropertySet& made)
+        { return m_computed != nullptr && m_computed->OfFolder(tag, m_info, made); };
         if (const auto value = m_made.Find(tag, compute))
         {
             return *value;
@@ -52,7 +53,7 @@ public:
         }
         const auto times = [this] { return m_store.Folders().Times(m_info.id); };
         const auto complete = [&](PropertySet& made)
-        { return m_computed && m_computed->DefaultOfFolder(tag, times, made); };
+        { return m_computed != nullptr && m_computed->DefaultOfFolder(tag, times, made); };
         return m_made.Find(tag, complete).value_or(EncodedValue());
     }
 
@@ -155,7 +156,7 @@ public:
         RowSelection selection(restriction, order);
         for (const FolderInfo& info : m_store->Folders().Under(m_folder, m_wholeTree))
         {
-            selection.Add(info.id, FolderValues(*m_store, m_computed.get(), info), !restriction);
+            selection.Add(info.id, FolderValues(*m_store, m_computed.get(), info), restriction == nullptr);
         }
         return selection.Take();
     }

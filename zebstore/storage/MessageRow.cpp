@@ -18,8 +18,9 @@ std::optional<std::string> KeyOf(const PropertySet& properties, ULONG tag, bool&
     {
         return std::nullopt;
     }
-    const std::string whole = value.large ? EncodedFromLarge(value.Type(), *value.large) : std::string();
-    const std::string_view text = StoredTextOf(value.Type(), value.large ? std::string_view(whole) : value.bytes);
+    const std::string whole = value.large != nullptr ? EncodedFromLarge(value.Type(), *value.large) : std::string();
+    const std::string_view text =
+        StoredTextOf(value.Type(), value.large != nullptr ? std::string_view(whole) : value.bytes);
     std::string key = SortKey(text);
     if (text.size() > SortKeyCharacters && Folded(text, TextFold::IgnoreCase).size() > key.size())
     {

@@ -176,7 +176,7 @@ std::int64_t MessageTable::Save(MessageId message, const MessageContent& content
                                                m_connection.Path() + "' was saved elsewhere since it was opened");
     }
     WriteParts(message, content, 0);
-    const bool hasParts = (old.parts & (HasRecipients | HasAttachments)) || HasParts(content);
+    const bool hasParts = ((old.parts & (HasRecipients | HasAttachments)) != 0) || HasParts(content);
     const Row row = Encode(message, content.properties, hasParts, old.large);
     const ContentsKey contents = ContentsKey::Of(message);
     const std::int64_t unread = UnreadOf(contents, row.copies.flags) - UnreadOf(contents, old.flags);

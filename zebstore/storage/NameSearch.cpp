@@ -22,7 +22,7 @@ constexpr ULONG WholeTags[] = {PR_ACCOUNT_W, PR_EMAIL_ADDRESS_W, PR_SMTP_ADDRESS
 std::string FoldedText(const ValueSource& entry, ULONG tag)
 {
     const EncodedValue value = entry.Find(tag);
-    if (!IsText(value.Type()) || value.large)
+    if (!IsText(value.Type()) || value.large != nullptr)
     {
         return {};
     }
@@ -59,13 +59,13 @@ bool BeginsAWord(std::string_view text, std::string_view beginning)
 
 std::vector<std::string_view> WordsOf(std::string_view name)
 {
-    constexpr const char* between = " \t,;";
+    constexpr const char* Between = " \t,;";
     std::vector<std::string_view> words;
-    for (size_t begin = name.find_first_not_of(between); begin != std::string_view::npos;)
+    for (size_t begin = name.find_first_not_of(Between); begin != std::string_view::npos;)
     {
-        const size_t end = std::min(name.find_first_of(between, begin), name.size());
+        const size_t end = std::min(name.find_first_of(Between, begin), name.size());
         words.push_back(name.substr(begin, end - begin));
-        begin = name.find_first_not_of(between, end);
+        begin = name.find_first_not_of(Between, end);
     }
     return words;
 }

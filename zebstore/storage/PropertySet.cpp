@@ -19,7 +19,7 @@ bool BeforeId(const PropertySet::Item& item, ULONG id)
 // The encoded bytes, those of a large value read whole.
 std::string WholeBytes(const EncodedValue& value)
 {
-    return value.large ? EncodedFromLarge(value.Type(), *value.large) : std::string(value.bytes);
+    return value.large != nullptr ? EncodedFromLarge(value.Type(), *value.large) : std::string(value.bytes);
 }
 
 } // namespace

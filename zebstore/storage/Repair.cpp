@@ -292,7 +292,7 @@ void CopyStore(const std::string& from, const std::string& to, const WorkReport&
     Database source(from, Database::Mode::ReadOnly);
     Database target(to, Database::Mode::Create);
     sqlite3_backup* const backup = sqlite3_backup_init(target.Handle(), "main", source.Handle(), "main");
-    if (!backup)
+    if (backup == nullptr)
     {
         target.Fail(sqlite3_errcode(target.Handle()));
     }

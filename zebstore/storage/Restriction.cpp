@@ -98,7 +98,7 @@ RestrictionNode Take(const SRestriction* source, int level);
 
 void TakeChildren(const SRestriction* children, ULONG count, RestrictionNode& node, int level)
 {
-    Require(count == 0 || children, "A restriction has no children where it counts some.");
+    Require(count == 0 || children != nullptr, "A restriction has no children where it counts some.");
     for (ULONG i = 0; i < count; ++i)
     {
         node.children.push_back(Take(children + i, level + 1));
@@ -186,7 +186,7 @@ void TakeRest(const SRestriction& source, RestrictionNode& node, int level)
         return TakeSub(source.res.resSub, node, level);
     case RES_COMMENT:
         // The values of a comment are the caller's own; they say nothing of rows.
-        TakeChildren(source.res.resComment.lpRes, source.res.resComment.lpRes ? 1 : 0, node, level);
+        TakeChildren(source.res.resComment.lpRes, source.res.resComment.lpRes != nullptr ? 1 : 0, node, level);
         return;
     default:
         TooComplex("A restriction is of a kind that tables do not know.");
@@ -347,7 +347,7 @@ std::uint64_t SizeOf(const EncodedValue& value, ULONG asked)
 {
     const ULONG single = ~static_cast<ULONG>(MV_FLAG);
     // A large value tells its size without being read, unless its text has to be converted for the answer.
-    if (value.large && (value.Type() == asked || value.Type() == PT_BINARY))
+    if (value.large != nullptr && (value.Type() == asked || value.Type() == PT_BINARY))
     {
         return value.large->Size() + (value.Type() == PT_UNICODE ? 2 : value.Type() == PT_STRING8 ? 1 : 0);
     }

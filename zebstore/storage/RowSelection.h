@@ -17,18 +17,18 @@ class RowSelection
 public:
     RowSelection(const Restriction* restriction, const SortOrder* order)
         : m_restriction(restriction)
-        , m_order(order && !order->IsEmpty() ? order : nullptr)
+        , m_order(order != nullptr && !order->IsEmpty() ? order : nullptr)
     {
     }
 
     /// @param fits the row is known to fit; the restriction is not asked
     void Add(RowKey key, const ValueSource& values, bool fits = false)
     {
-        if (!fits && m_restriction && !m_restriction->Matches(values))
+        if (!fits && m_restriction != nullptr && !m_restriction->Matches(values))
         {
             return;
         }
-        if (m_order)
+        if (m_order != nullptr)
         {
             m_sorted.emplace_back(m_order->BytesOf(values), key);
         }
@@ -40,7 +40,7 @@ public:
 
     std::vector<RowKey> Take()
     {
-        if (!m_order)
+        if (m_order == nullptr)
         {
             return std::move(m_keys);
         }

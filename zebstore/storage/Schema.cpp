@@ -173,10 +173,10 @@ void SumPiece(sqlite3_context* context, int, sqlite3_value** values)
 // as it is.
 void AddChecksums(Database& database)
 {
-    constexpr int flags = SQLITE_UTF8 | SQLITE_DETERMINISTIC;
+    constexpr int Flags = SQLITE_UTF8 | SQLITE_DETERMINISTIC;
     const auto define = [&](const char* name, int arguments, auto* function)
     {
-        const int code = sqlite3_create_function_v2(database.Handle(), name, arguments, flags, nullptr, function,
+        const int code = sqlite3_create_function_v2(database.Handle(), name, arguments, Flags, nullptr, function,
                                                     nullptr, nullptr, nullptr);
         if (code != SQLITE_OK)
         {
@@ -257,7 +257,7 @@ std::int64_t CheckSchema(Database& database)
             continue;
         }
         query.BindText(1, table.name);
-        const bool isOlder = table.older && version < ChecksumVersion;
+        const bool isOlder = table.older != nullptr && version < ChecksumVersion;
         if (!query.Step() || query.Bytes(0) != (isOlder ? table.older : table.sql))
         {
             throw Error(MAPI_E_CORRUPT_STORE, file + "is damaged: its table '" + table.name +

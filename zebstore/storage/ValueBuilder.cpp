@@ -276,7 +276,7 @@ SPropValue* BuildValues(const ULONG* tags, size_t count, const ValueSource& valu
     {
         Cell& cell = cells[i];
         cell.error = Look(tags[i], values, options, cell);
-        if (cell.error == S_OK && cell.value.large)
+        if (cell.error == S_OK && cell.value.large != nullptr)
         {
             if (cell.value.large->Size() > options.wholeUpTo)
             {
@@ -291,7 +291,7 @@ SPropValue* BuildValues(const ULONG* tags, size_t count, const ValueSource& valu
         {
             room += Room(cell);
         }
-        failed += cell.error != S_OK;
+        failed += cell.error != S_OK ? 1 : 0;
     }
     char* memory = static_cast<char*>(Allocate(std::max<size_t>(room, 1)));
     SPropValue* built = reinterpret_cast<SPropValue*>(memory);
@@ -300,7 +300,7 @@ SPropValue* BuildValues(const ULONG* tags, size_t count, const ValueSource& valu
     {
         Fill(cells[i], built[i], arena);
     }
-    if (errors)
+    if (errors != nullptr)
     {
         *errors = failed;
     }
@@ -311,7 +311,7 @@ bool BuildValue(ULONG tag, const ValueSource& values, const BuildOptions& option
 {
     Cell cell;
     cell.error = Look(tag, values, options, cell);
-    if (cell.error == S_OK && cell.value.large)
+    if (cell.error == S_OK && cell.value.large != nullptr)
     {
         ReadWhole(cell);
     }

@@ -83,7 +83,7 @@ void ValueRepair::Write(const Table& table, const Row& row)
 std::string ValueRepair::Replacement(const Table& table, const Row& row)
 {
     PropertySet properties;
-    if (table.columns)
+    if (table.columns != nullptr)
     {
         Query query(m_database, std::string(table.columns));
         query.Bind(1, row.key).Step();
@@ -188,7 +188,7 @@ void ValueRepair::Rewrite(const Table& table, const Row& row)
     for (const ULONG tag : properties.Tags())
     {
         const auto* value = dynamic_cast<const StoredLargeValue*>(properties.Large(tag).get());
-        if (!value)
+        if (value == nullptr)
         {
             continue;
         }

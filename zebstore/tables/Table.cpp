@@ -45,7 +45,7 @@ public:
     {
         return Guarded("IMAPITable::GetStatus", [&]
         {
-            Require(status && type);
+            Require(status != nullptr && type != nullptr);
             *status = TBLSTAT_COMPLETE;
             *type = m_state->Options().type;
         });
@@ -56,7 +56,7 @@ public:
         return Call("IMAPITable::SetColumns", [&]
         {
             RequireFlags(flags, TBL_BATCH | TBL_ASYNC);
-            Require(tags && tags->cValues > 0, "the list of columns is empty");
+            Require(tags != nullptr && tags->cValues > 0, "the list of columns is empty");
             m_state->SetColumns({tags->aulPropTag, tags->aulPropTag + tags->cValues});
         });
     }
@@ -93,7 +93,7 @@ public:
         {
             LONG moved = 0;
             const HRESULT result = m_state->Current().Seek(origin, count, moved);
-            if (sought)
+            if (sought != nullptr)
             {
                 *sought = moved;
             }
@@ -110,7 +110,7 @@ public:
     {
         return Call("IMAPITable::QueryPosition", [&]
         {
-            Require(row && numerator && denominator);
+            Require(row != nullptr && numerator != nullptr && denominator != nullptr);
             TableView& view = m_state->Current();
             const ULONG count = view.Count();
             *row = view.Position();
@@ -209,7 +209,7 @@ public:
     {
         return Guarded("IMAPITable::WaitForCompletion", [&]
         {
-            if (status)
+            if (status != nullptr)
             {
                 *status = TBLSTAT_COMPLETE;
             }

@@ -28,7 +28,7 @@ public:
     }
     ~RowSetBuffer()
     {
-        if (m_set.Get())
+        if (m_set.Get() != nullptr)
         {
             for (ULONG i = 0; i < m_set->cRows; ++i)
             {
@@ -112,7 +112,7 @@ void TableState::Sort(const SSortOrderSet& order)
 
 void TableState::Restrict(const SRestriction* restriction)
 {
-    auto taken = restriction ? std::make_unique<Restriction>(*restriction) : nullptr;
+    auto taken = restriction != nullptr ? std::make_unique<Restriction>(*restriction) : nullptr;
     m_view.Restrict(std::move(taken));
     m_sinks.Forget();
 }

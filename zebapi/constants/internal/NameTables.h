@@ -22,11 +22,11 @@ struct IndexedNameTable
 };
 
 /// The 22 tables, in their order.
-constexpr ULONG nameTableCount = 22;
-extern const std::array<IndexedNameTable, nameTableCount> nameTables;
+constexpr ULONG NameTableCount = 22;
+extern const std::array<IndexedNameTable, NameTableCount> NameTables;
 
 /// For every letter, the first table whose name begins with it; nameTableCount when none does.
-extern const std::array<std::uint8_t, 26> firstTableOfLetter;
+extern const std::array<std::uint8_t, 26> FirstTableOfLetter;
 
 /// Makes an upper-case letter lower case; no other character becomes a letter.
 constexpr char LowerLetter(char character)

@@ -9,7 +9,7 @@ namespace zeb
 {
 
 /// The length of a number's text.
-constexpr size_t numberLength = sizeof "0x12345678" - 1;
+constexpr size_t NumberLength = sizeof "0x12345678" - 1;
 
 /// Writes "0x%08X", without a terminator. @return the position after it
 inline char* WriteNumber(char* text, ULONG number)

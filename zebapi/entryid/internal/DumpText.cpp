@@ -11,22 +11,22 @@ namespace zeb
 namespace
 {
 
-constexpr size_t longest = INT_MAX - 1; ///< the maximum size of a string
+constexpr size_t Longest = INT_MAX - 1; ///< the maximum size of a string
 
 } // namespace
 
 CDumpText::CDumpText(size_t expected)
 {
-    m_text.GetBuffer(static_cast<int>(std::min(expected, longest)));
+    m_text.GetBuffer(static_cast<int>(std::min(expected, Longest)));
 }
 
 void CDumpText::Grow(size_t count)
 {
-    if (count > longest - m_length)
+    if (count > Longest - m_length)
     {
         CZebException::Throw(MAPI_E_NOT_ENOUGH_MEMORY);
     }
-    const size_t doubled = std::min(2 * static_cast<size_t>(m_text.GetLength()), longest);
+    const size_t doubled = std::min(2 * static_cast<size_t>(m_text.GetLength()), Longest);
     m_text.GetBuffer(static_cast<int>(std::max(m_length + count, doubled)));
 }
 
@@ -42,7 +42,7 @@ void CDumpText::AppendHex(const void* bytes, ULONG count)
 
 void CDumpText::AppendNumber(ULONG number)
 {
-    WriteNumber(Room(numberLength), number);
+    WriteNumber(Room(NumberLength), number);
 }
 
 CStringA CDumpText::Take()

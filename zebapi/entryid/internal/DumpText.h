@@ -35,7 +35,7 @@ public:
     template <size_t Size>
     void Line(std::string_view prefix, const char (&label)[Size], std::string_view text = {})
     {
-        char* place = Room(prefix.size() + Size - 1 + text.size() + lineEndSize);
+        char* place = Room(prefix.size() + Size - 1 + text.size() + LineEndSize);
         PutLineEnd(Put(PutLabel(Put(place, prefix), label), text));
     }
     template <size_t Size>
@@ -43,21 +43,21 @@ public:
     {
         Begin(prefix, label);
         AppendHex(bytes, count);
-        PutLineEnd(Room(lineEndSize));
+        PutLineEnd(Room(LineEndSize));
     }
     template <size_t Size>
     void LineOfNumber(std::string_view prefix, const char (&label)[Size], ULONG number)
     {
         Begin(prefix, label);
         AppendNumber(number);
-        PutLineEnd(Room(lineEndSize));
+        PutLineEnd(Room(LineEndSize));
     }
 
     /// Moves the text out; this object becomes empty.
     CStringA Take();
 
 private:
-    static constexpr size_t lineEndSize = 2;
+    static constexpr size_t LineEndSize = 2;
 
     static char* Put(char* place, std::string_view text) { return std::copy(text.begin(), text.end(), place); }
     template <size_t Size>

@@ -8,12 +8,12 @@ namespace zeb
 namespace
 {
 
-std::atomic<void*> slots[EntryPointCount];
+std::atomic<void*> g_slots[EntryPointCount];
 
 template <class Function>
 Function Loaded(EntryPoint slot)
 {
-    return reinterpret_cast<Function>(slots[static_cast<size_t>(slot)].load(std::memory_order_acquire));
+    return reinterpret_cast<Function>(g_slots[static_cast<size_t>(slot)].load(std::memory_order_acquire));
 }
 
 template <class Function, class... Args>
@@ -36,7 +36,7 @@ void CallVoid(EntryPoint slot, Args... args)
 
 void SetEntryPoint(EntryPoint slot, void* address)
 {
-    slots[static_cast<size_t>(slot)].store(address, std::memory_order_release);
+    g_slots[static_cast<size_t>(slot)].store(address, std::memory_order_release);
 }
 
 HRESULT MAPIInitialize(void* init)

@@ -19,18 +19,18 @@ CStringA TagText(ULONG tag)
 
 CStringA EntryText(const SBinary& entryID)
 {
-    constexpr ULONG shown = 32;
+    constexpr ULONG Shown = 32;
     CStringA text("entry ");
     if (entryID.lpb != nullptr)
     {
-        const ULONG count = entryID.cb < shown ? entryID.cb : shown;
+        const ULONG count = entryID.cb < Shown ? entryID.cb : Shown;
         for (ULONG i = 0; i < count; ++i)
         {
             CStringA byte;
             byte.Format("%02X", static_cast<unsigned int>(entryID.lpb[i]));
             text += byte;
         }
-        text += entryID.cb > shown ? "... " : " ";
+        text += entryID.cb > Shown ? "... " : " ";
     }
     return text + "(" + CountText(entryID.cb, "byte") + ")";
 }

@@ -5,7 +5,7 @@
 namespace
 {
 
-CWinAppInstance<CZebAPIApp> application;
+CWinAppInstance<CZebAPIApp> g_application;
 
 } // namespace
 
