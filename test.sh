@@ -99,7 +99,7 @@ if [ $quick = no ]; then
     build linux-fuzz fuzzers && check fuzz scripts/run-fuzzers.sh build/linux-fuzz
 
     say "clang-tidy"
-    check tidy scripts/check-tidy.sh build/linux-asan
+    check tidy scripts/check-tidy.sh
 
     say "benchmarks, short form"
     check bench ./bench.sh --preset linux-asan --short

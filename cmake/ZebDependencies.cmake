@@ -59,7 +59,7 @@ target_compile_definitions(zeb_sqlite PRIVATE
   SQLITE_DQS=0 SQLITE_THREADSAFE=2 SQLITE_DEFAULT_MEMSTATUS=0 SQLITE_DEFAULT_WAL_SYNCHRONOUS=1
   SQLITE_LIKE_DOESNT_MATCH_BLOBS SQLITE_OMIT_DEPRECATED SQLITE_OMIT_LOAD_EXTENSION SQLITE_OMIT_SHARED_CACHE
   SQLITE_MAX_EXPR_DEPTH=0)
-target_compile_options(zeb_sqlite PRIVATE ${zeb_no_warnings} ${zeb_optimised})
+target_compile_options(zeb_sqlite PRIVATE ${zeb_no_warnings} ${zeb_third_party})
 
 # Unicode's data: case folding and base letters for zebstore, display widths for the tools.
 set(ZEB_UTF8PROC_DIR ${ZEB_DEPS_DIR}/utf8proc)
@@ -69,6 +69,6 @@ endif()
 add_library(zeb_utf8proc STATIC EXCLUDE_FROM_ALL ${ZEB_UTF8PROC_DIR}/utf8proc.c)
 target_include_directories(zeb_utf8proc SYSTEM PUBLIC ${ZEB_UTF8PROC_DIR})
 target_compile_definitions(zeb_utf8proc PUBLIC UTF8PROC_STATIC)
-target_compile_options(zeb_utf8proc PRIVATE ${zeb_no_warnings} ${zeb_optimised})
+target_compile_options(zeb_utf8proc PRIVATE ${zeb_no_warnings} ${zeb_third_party})
 
 find_package(Threads REQUIRED)

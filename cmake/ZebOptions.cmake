@@ -58,6 +58,13 @@ if(ZEB_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
+# For libraries that are compiled with ours. Undefined behaviour in them is not looked for: SQLite would take two minutes
+# instead of half of one.
+set(zeb_third_party ${zeb_optimised})
+if(ZEB_SANITIZE MATCHES undefined)
+  list(APPEND zeb_third_party -fno-sanitize=undefined -O1)
+endif()
+
 # Our own sources link this; third-party sources do not.
 add_library(zeb_options INTERFACE)
 target_include_directories(zeb_options INTERFACE ${CMAKE_SOURCE_DIR})
@@ -109,6 +116,20 @@ function(zeb_reuse_precompiled target name)
     target_compile_options(${target} PRIVATE -fPIC)
   endif()
 endfunction()
+
+option(ZEB_UNITY "Compile several sources of a target at once: half the time of a build from nothing" ON)
+# zeb_unity(TARGET): for targets whose sources use no name twice.
+function(zeb_unity target)
+  if(NOT ZEB_UNITY)
+    return()
+  endif()
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 5)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # A test's class derives from a fixture without a name for other files, and now is in an included file itself.
+    target_compile_options(${target} PRIVATE -Wno-subobject-linkage)
+  endif()
+endfunction()
+
 if(ZEB_PRECOMPILE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # What the compiler cache needs to keep what was compiled with precompiled headers.
   add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fpch-preprocess>)

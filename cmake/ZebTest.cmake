@@ -26,6 +26,7 @@ endif()
 function(zeb_test_target name)
   # The tested code is optimised; the tests themselves are not, and compile in half the time.
   target_compile_options(${name} PRIVATE ${zeb_unoptimised})
+  zeb_unity(${name})
   if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
     # MAPI declares its arrays of any length with one element, in a way that Clang does not know for that.
     target_compile_options(${name} PRIVATE -Wno-array-bounds)

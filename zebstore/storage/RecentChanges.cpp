@@ -10,14 +10,14 @@ namespace zebstore
 namespace
 {
 
-constexpr size_t EntrySize = sizeof(std::uint64_t);
+constexpr size_t ChangeSize = sizeof(std::uint64_t);
 constexpr int KindBits = 2;
 constexpr std::uint64_t KindMask = (1 << KindBits) - 1;
 constexpr std::uint64_t AllMessages = 0;
 
 std::uint64_t EntryAt(std::string_view recent, size_t index)
 {
-    return ReadNumber<std::uint64_t>(recent, index * EntrySize);
+    return ReadNumber<std::uint64_t>(recent, index * ChangeSize);
 }
 
 void Append(std::string& recent, std::uint64_t number, RowChange::Kind kind)
@@ -29,9 +29,9 @@ void Append(std::string& recent, std::uint64_t number, RowChange::Kind kind)
 
 void AddRecent(std::string& recent, MessageId message, RowChange::Kind kind)
 {
-    if (recent.size() >= MostRecent * EntrySize)
+    if (recent.size() >= MostRecent * ChangeSize)
     {
-        recent.erase(0, recent.size() - (MostRecent - 1) * EntrySize);
+        recent.erase(0, recent.size() - (MostRecent - 1) * ChangeSize);
     }
     Append(recent, static_cast<std::uint64_t>(ContentsKey::NumberOf(message)), kind);
 }
@@ -45,7 +45,7 @@ std::string RecentReplaced()
 
 RowChanges LastRecent(std::string_view recent, ContentsKey contents, std::uint64_t count)
 {
-    const size_t entries = recent.size() / EntrySize;
+    const size_t entries = recent.size() / ChangeSize;
     const size_t listed = static_cast<size_t>(std::min<std::uint64_t>(count, entries));
     RowChanges changes;
     for (size_t i = entries - listed; i < entries; ++i)
@@ -68,8 +68,8 @@ RowChanges LastRecent(std::string_view recent, ContentsKey contents, std::uint64
 
 bool IsRecentSound(std::string_view recent)
 {
-    const size_t entries = recent.size() / EntrySize;
-    if (entries * EntrySize != recent.size() || entries > MostRecent)
+    const size_t entries = recent.size() / ChangeSize;
+    if (entries * ChangeSize != recent.size() || entries > MostRecent)
     {
         return false;
     }

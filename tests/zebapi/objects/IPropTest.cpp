@@ -33,16 +33,6 @@ public:
 
 constexpr ULONG Named = 0x8001001E;
 
-std::string Str(const CStringA& text)
-{
-    return static_cast<const char*>(text);
-}
-
-std::u16string Str(const CStringW& text)
-{
-    return std::u16string(text.GetString(), text.GetString() + text.GetLength());
-}
-
 } // namespace
 
 TEST_F(IProp, HoldsOneReferenceAndReleasesIt)

@@ -13,16 +13,6 @@ protected:
     CZebIProp m_prop{&m_object};
 };
 
-std::string Str(const CStringA& text)
-{
-    return static_cast<const char*>(text);
-}
-
-std::u16string Str(const CStringW& text)
-{
-    return std::u16string(text.GetString(), text.GetString() + text.GetLength());
-}
-
 } // namespace
 
 TEST_F(IPropText, PropertiesAreOpenedAsStreams)

@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <utility>
 
 namespace zeb::test
@@ -65,6 +66,16 @@ protected:
 inline SBinary ID(const char* text)
 {
     return {static_cast<ULONG>(std::strlen(text)), reinterpret_cast<BYTE*>(const_cast<char*>(text))};
+}
+
+/// Texts in a form that GoogleTest compares and prints.
+inline std::string Str(const CStringA& text)
+{
+    return static_cast<const char*>(text);
+}
+inline std::u16string Str(const CStringW& text)
+{
+    return std::u16string(text.GetString(), text.GetString() + text.GetLength());
 }
 
 } // namespace zeb::test
