@@ -41,8 +41,13 @@ std::set<ULONG> AttachmentList::Numbers()
 /// False for an attachment that was added since the message was saved.
 bool AttachmentList::IsStored(ULONG number)
 {
-    const std::vector<ULONG> numbers = m_store->File().Attachments().Numbers(m_message);
-    return std::binary_search(numbers.begin(), numbers.end(), number);
+    return m_message != 0 && m_store->File().Attachments().Has(m_message, number);
+}
+
+bool AttachmentList::Has(ULONG number)
+{
+    const auto edit = m_edits.find(number);
+    return edit != m_edits.end() ? !edit->second.removed : IsStored(number);
 }
 
 AttachmentEdit AttachmentList::Now(ULONG number)

@@ -23,7 +23,8 @@ public:
     /// @param message the stored message; 0: a message without stored attachments
     AttachmentList(StorePtr store, MessageId message);
 
-    bool Has(ULONG number) { return Numbers().count(number) != 0; }
+    /// @throws Error MAPI_E_CORRUPT_STORE when all attachments of the stored message are lost
+    bool Has(ULONG number);
     /// The current state of an attachment. @throws Error MAPI_E_NOT_FOUND
     AttachmentEdit Now(ULONG number);
     /// The stored message embedded in an attachment; 0 when there is none.

@@ -142,6 +142,22 @@ std::vector<ULONG> AttachmentTable::Numbers(MessageId message)
     return numbers;
 }
 
+bool AttachmentTable::Has(MessageId message, ULONG number)
+{
+    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    Query query(m_connection.Db(), "SELECT 1 FROM attachment WHERE message=? AND number=?");
+    if (query.Bind(1, message).Bind(2, number).Step())
+    {
+        return true;
+    }
+    Query any(m_connection.Db(), "SELECT 1 FROM attachment WHERE message=? LIMIT 1");
+    if (!any.Bind(1, message).Step())
+    {
+        RequireNoParts(m_connection.Db(), message, HasAttachments);
+    }
+    return false;
+}
+
 PropertySet AttachmentTable::Load(MessageId message, ULONG number)
 {
     const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());

@@ -35,6 +35,9 @@ public:
 
     /// In ascending order. @throws Error MAPI_E_CORRUPT_STORE when the message should have some and has none
     std::vector<ULONG> Numbers(MessageId message);
+    /// Reads one row, however many attachments there are.
+    /// @throws Error MAPI_E_CORRUPT_STORE when the message should have attachments and has none
+    bool Has(MessageId message, ULONG number);
     /// @throws Error MAPI_E_NOT_FOUND
     PropertySet Load(MessageId message, ULONG number);
     /// The message inside an attachment. @throws Error MAPI_E_NOT_FOUND

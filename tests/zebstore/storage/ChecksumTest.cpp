@@ -273,9 +273,12 @@ TEST_F(ChecksumTest, PartialLossIsSeenAtEnd)
 TEST_F(ChecksumTest, LostRecipientsAndAttachmentsAreSeen)
 {
     const MessageId message = Full(10);
+    EXPECT_TRUE(Store().Attachments().Has(message, 0));
+    EXPECT_FALSE(Store().Attachments().Has(message, 1));
     Store().Connection().Db().Execute("DELETE FROM recipient; DELETE FROM attachment");
     EXPECT_EQ(CodeOf([&] { Store().Recipients().Load(message); }), MAPI_E_CORRUPT_STORE);
     EXPECT_EQ(CodeOf([&] { Store().Attachments().Numbers(message); }), MAPI_E_CORRUPT_STORE);
+    EXPECT_EQ(CodeOf([&] { Store().Attachments().Has(message, 0); }), MAPI_E_CORRUPT_STORE);
     EXPECT_EQ(Store().Messages().Delete({message}), 1u);
 }
 
