@@ -80,6 +80,7 @@ TEST(Utf8, InvalidSequencesEndBeforeForeignBytes)
     EXPECT_EQ(CodePoints("\x80\xFF", LoneSurrogate::Kept), (Found{{0xFFFD, 1}, {0xFFFD, 1}}));
     EXPECT_EQ(CodePoints("\xF4\x90", LoneSurrogate::Kept), (Found{{0xFFFD, 1}, {0xFFFD, 1}})) << "above U+10FFFF";
     EXPECT_EQ(CodePoints("\xE0\x80", LoneSurrogate::Kept), (Found{{0xFFFD, 1}, {0xFFFD, 1}})) << "overlong";
+    EXPECT_EQ(CodePoints("\xF0\x80", LoneSurrogate::Kept), (Found{{0xFFFD, 1}, {0xFFFD, 1}})) << "overlong";
     EXPECT_EQ(CodePoints("\xED\xA0\x80", LoneSurrogate::Kept), (Found{{0xD800, 3}}));
     EXPECT_EQ(CodePoints("\xED\xA0\x80", LoneSurrogate::Replaced), (Found{{0xFFFD, 1}, {0xFFFD, 1}, {0xFFFD, 1}}));
 }
@@ -89,7 +90,8 @@ TEST(Utf8, SequencesAndSurrogatesDecideOnValidity)
     EXPECT_TRUE(IsUtf8(""));
     EXPECT_TRUE(IsUtf8("a\xC3\xA4\xF0\x9F\x98\x80"));
     EXPECT_TRUE(IsUtf8("\xEF\xBF\xBD")) << "a replacement character is a character";
-    for (const char* invalid : {"\xF0\x9F", "\xC3", "a\x80z", "\xF5\x80\x80\x80", "\xE0\x80\x80", "\xED\xA0\x80"})
+    for (const char* invalid :
+         {"\xF0\x9F", "\xC3", "a\x80z", "\xF5\x80\x80\x80", "\xE0\x80\x80", "\xED\xA0\x80", "\xF0\x80\x80\x80"})
     {
         EXPECT_FALSE(IsUtf8(invalid)) << invalid;
     }
