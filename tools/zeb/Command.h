@@ -16,6 +16,7 @@ void AddFolders(Command app);
 void AddInbox(Command app);
 void AddLoad(Command app);
 void AddAddressBook(Command app);
+void AddAttachments(Command app);
 void AddSave(Command app);
 void AddShow(Command app);
 void AddFind(Command app);

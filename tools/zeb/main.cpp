@@ -22,6 +22,7 @@ int main(int argc, char** argv)
     AddFind(app);
     AddWatch(app);
     AddShow(app);
+    AddAttachments(app);
     AddMessageCommands(app);
     AddFolderCommands(app);
     AddLoad(app);
