@@ -12,6 +12,7 @@ namespace zeb::framework
 template <class T>
 class Atomic
 {
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): the value may be a pointer
     static_assert(sizeof(std::atomic<T>) == sizeof(T) && alignof(std::atomic<T>) == alignof(T) &&
                       std::atomic<T>::is_always_lock_free,
                   "an atomic has the layout of its value");
@@ -38,6 +39,7 @@ public:
     }
 
 private:
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): the value may be a pointer
     alignas(T) unsigned char m_place[sizeof(T)];
 };
 

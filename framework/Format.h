@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <type_traits>
 
 namespace zeb::framework
 {
@@ -17,7 +18,7 @@ namespace zeb::framework
 template <class CHAR_TYPE>
 bool IsOneOf(CHAR_TYPE character, const char* set)
 {
-    const auto code = static_cast<unsigned>(character);
+    const auto code = static_cast<std::make_unsigned_t<CHAR_TYPE>>(character);
     return code != 0 && code < 128 && std::strchr(set, static_cast<char>(code)) != nullptr;
 }
 

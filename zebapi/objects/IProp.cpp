@@ -523,7 +523,7 @@ bool CZebIProp::IsChildOf(CZebSession& session, const SBinary& parentID, bool di
 
 void CZebIProp::DumpAllProps()
 {
-    static const char Separator[] = "------------------";
+    static constexpr char Separator[] = "------------------";
     zeb::Guarded([&]
     {
         CZebPropValArray values;
