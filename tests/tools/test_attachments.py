@@ -55,7 +55,10 @@ class Attachments(World):
         (self.folder / "out" / "a.tar.gz").write_bytes(b"mine")
         self.with_attachments(attachment("a.tar.gz", b"1"), attachment("a.tar.gz", b"2"))
         out = self.zeb("attachments", "Inbox", "Files", "--save", self.path("out")).out
-        self.assertIn("a.tar (2).gz", out)
+        self.assertRegex(out, r"  1  a\.tar\.gz  \d+ bytes  saved as a\.tar \(2\)\.gz\n")
+        listed = json.loads(self.zeb("attachments", "Inbox", "Files", "--save", self.path("more"), "--json").out)
+        self.assertEqual([each["file"] for each in listed],
+                         [self.path("more/a.tar.gz"), self.path("more/a.tar (2).gz")])
         self.assertEqual({each.name: each.read_bytes() for each in (self.folder / "out").iterdir()},
                          {"a.tar.gz": b"mine", "a.tar (2).gz": b"1", "a.tar (3).gz": b"2"})
 

@@ -146,6 +146,11 @@ void MakeDirectory(const std::string& directory)
     }
 }
 
+std::string FileNameOf(const std::string& path)
+{
+    return std::filesystem::u8path(path).filename().u8string();
+}
+
 Json JsonOf(const ListedAttachment& attachment)
 {
     return {{"number", attachment.number},
@@ -160,7 +165,7 @@ void PrintAttachment(const ListedAttachment& attachment, size_t position)
     const std::string name = attachment.name.empty() ? "(no name)" : OneLine(attachment.name);
     Print("  " + std::to_string(position) + "  " + name + (IsMessage(attachment) ? "  message" : "") + "  " +
           Grouped(static_cast<unsigned long long>(attachment.size)) + " bytes" +
-          (attachment.file.empty() ? "" : "  saved as " + OneLine(attachment.file)) + "\n");
+          (attachment.file.empty() ? "" : "  saved as " + OneLine(FileNameOf(attachment.file))) + "\n");
 }
 
 /// @return false for an attachment that was to be saved and was not
