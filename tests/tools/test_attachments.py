@@ -65,7 +65,7 @@ class Attachments(World):
     def test_names_stay_in_the_directory(self):
         wanted = {"../../evil.sh": "_.._evil.sh", "/etc/passwd": "_etc_passwd", "C:\\temp\\x.txt": "C__temp_x.txt",
                   "..": "attachment", "...hidden": "hidden", "nul.txt": "_nul.txt", "Com1": "_Com1", "COMET": "COMET",
-                  "a\u0007b\nc?.txt": "a b c_.txt", "dots. . ": "dots", "x" * 300 + ".pdf": "x" * 196 + ".pdf",
+                  "a\u0007b\nc?.txt": "a b c_.txt", "dots. . ": "dots", "x" * 300 + ".pdf": "x" * 196 + ".pdf", "y" * 199 + " z": "y" * 199,
                   "ü" * 150 + ".txt": "ü" * 98 + ".txt"}
         self.with_attachments(*(attachment(name, name.encode()) for name in wanted))
         self.assertEqual(self.saved(), {safe: name.encode() for name, safe in wanted.items()})

@@ -64,6 +64,12 @@ std::string SafeFileName(const std::string& name, const std::string& otherwise)
             character = '_';
         }
     }
+    if (safe.size() > LongestName)
+    {
+        const std::string extension = safe.substr(ExtensionOf(safe));
+        safe.erase(platform::Utf8Prefix(safe.data(), safe.size(), LongestName - extension.size()));
+        safe += extension;
+    }
     // Windows drops blanks and dots at the end; a dot at the beginning hides a file, or names a directory.
     const size_t last = safe.find_last_not_of(" .");
     safe.erase(last == std::string::npos ? 0 : last + 1);
@@ -71,12 +77,6 @@ std::string SafeFileName(const std::string& name, const std::string& otherwise)
     if (IsDevice(safe))
     {
         safe.insert(0, 1, '_');
-    }
-    if (safe.size() > LongestName)
-    {
-        const std::string extension = safe.substr(ExtensionOf(safe));
-        safe.erase(platform::Utf8Prefix(safe.data(), safe.size(), LongestName - extension.size()));
-        safe += extension;
     }
     return safe.empty() ? otherwise : safe;
 }
