@@ -143,4 +143,9 @@ std::string TextOf(const CZebRow& row, ULONG wideTag)
     return row.hasRealValue(wideTag) ? Utf8(static_cast<CStringW>(row[wideTag])) : std::string();
 }
 
+LONG NumberOf(const CZebRow& row, ULONG tag)
+{
+    return row.hasRealValue(tag) ? static_cast<LONG>(row[tag]) : 0;
+}
+
 } // namespace zeb::tools

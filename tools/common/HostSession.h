@@ -46,5 +46,7 @@ private:
 std::string TextOf(CZebIProp& object, ULONG wideTag);
 /// The same for a cell of a row.
 std::string TextOf(const CZebRow& row, ULONG wideTag);
+/// Reads an optional number of a cell. @return the number, 0 when the row does not have it
+LONG NumberOf(const CZebRow& row, ULONG tag);
 
 } // namespace zeb::tools

@@ -117,6 +117,11 @@ std::string Grouped(unsigned long long number)
     return text;
 }
 
+std::string Counted(unsigned long long count, const char* one, const char* many)
+{
+    return Grouped(count) + " " + (count == 1 ? one : many);
+}
+
 void Print(const std::string& text)
 {
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size())

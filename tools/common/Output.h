@@ -39,6 +39,9 @@ std::string Shortened(const std::string& text, size_t width);
 /// 1234567 as "1,234,567".
 std::string Grouped(unsigned long long number);
 
+/// "1 message", "1,234 messages".
+std::string Counted(unsigned long long count, const char* one, const char* many);
+
 /// Writes to standard output. @throws std::runtime_error when it cannot be written (full disk, closed pipe)
 void Print(const std::string& text);
 

@@ -3,7 +3,9 @@
 
 #include "zebapi/ZebAPI.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -52,6 +54,15 @@ using Properties = std::vector<Property>;
 /// The size of one element of a fixed-size type in a Property; 0 for strings and binaries.
 /// @throws ToolError for a type that no property can have
 size_t ElementSize(ULONG type);
+
+/// An element of a property as a number; the bytes that it does not have are 0.
+template <class Number>
+Number NumberFromBytes(const std::string& bytes)
+{
+    Number number{};
+    std::memcpy(&number, bytes.data(), std::min(bytes.size(), sizeof number));
+    return number;
+}
 
 /// "PR_SUBJECT", or "0x68010003" when the identifier has no name, or the name of a named property.
 std::string PropertyText(const Property& property);

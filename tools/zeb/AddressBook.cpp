@@ -19,7 +19,7 @@ namespace
 
 constexpr size_t NameWidth = 32, KindWidth = 10, PropertyWidth = 30;
 
-struct Options
+struct AddressBookOptions
 {
     std::string profile;
     bool wab = false;
@@ -74,11 +74,6 @@ void PrintEntry(const AddressRow& row)
     Print(Line(row.name, KindOf(row.objectType), AddressText(row)));
 }
 
-std::string Counted(unsigned long long count, const char* one, const char* many)
-{
-    return Grouped(count) + " " + (count == 1 ? one : many);
-}
-
 /// A container of the address book.
 struct ListedContainer
 {
@@ -129,7 +124,7 @@ int ListContainers(AddressBookHost& host, bool json)
     return ExitDone;
 }
 
-int ListEntries(AddressBookHost& host, const Options& options)
+int ListEntries(AddressBookHost& host, const AddressBookOptions& options)
 {
     const AddressRow name = host.FindContainer(options.subject);
     CZebABContainer container = host.OpenContainer(name.entryId);
@@ -158,7 +153,7 @@ int ListEntries(AddressBookHost& host, const Options& options)
     return ExitDone;
 }
 
-std::string PropertyName(ULONG tag)
+std::string NameOfTag(ULONG tag)
 {
     Property property;
     property.tag = tag;
@@ -229,7 +224,7 @@ ShownEntry ReadEntry(AddressBookHost& host, const std::string& entryId, bool exp
         const CZebOnePropVal value = values.GetAt(i);
         if (value.StringConversionPossible())
         {
-            shown.properties.emplace_back(PropertyName(value.GetTag()), value.StringUtf8().GetString());
+            shown.properties.emplace_back(NameOfTag(value.GetTag()), value.StringUtf8().GetString());
         }
     }
     if (shown.type == MAPI_DISTLIST)
@@ -277,7 +272,7 @@ void PrintShown(const ShownEntry& entry)
     }
 }
 
-int Show(AddressBookHost& host, const Options& options)
+int Show(AddressBookHost& host, const AddressBookOptions& options)
 {
     const ShownEntry entry = ReadEntry(host, host.FindEntry(options.subject), options.expand);
     Lister(options.json).Object([&] { return JsonOf(entry); }, [&] { PrintShown(entry); });
@@ -294,7 +289,7 @@ void RequireEntryId(const std::string& text)
     throw UsageError("the entry identifier '" + text + "' is too short: the shortest has 20 bytes, 40 digits");
 }
 
-int Compare(AddressBookHost& host, const Options& options)
+int Compare(AddressBookHost& host, const AddressBookOptions& options)
 {
     for (const std::string& each : {options.subject, options.other})
     {
@@ -305,15 +300,15 @@ int Compare(AddressBookHost& host, const Options& options)
     return ExitDone;
 }
 
-int List(AddressBookHost& host, const Options& options)
+int List(AddressBookHost& host, const AddressBookOptions& options)
 {
     return options.subject.empty() ? ListContainers(host, options.json) : ListEntries(host, options);
 }
 
-using Body = int (*)(AddressBookHost&, const Options&);
+using Body = int (*)(AddressBookHost&, const AddressBookOptions&);
 
 Command AddCommand(Command group, const char* name, const char* help, Body body,
-                   const std::shared_ptr<Options>& options)
+                   const std::shared_ptr<AddressBookOptions>& options)
 {
     Command command = group.AddCommand(name, help);
     AddProfileOption(command, options->profile);
@@ -333,7 +328,7 @@ void AddAddressBook(Command app)
 {
     Command group = app.AddCommand("ab", "Shows the address book");
     group.NeedsCommand();
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<AddressBookOptions>();
 
     Command list =
         AddCommand(group, "list", "Lists the containers, or the entries of one sorted by name", &List, options);

@@ -2,6 +2,7 @@
 
 #include "tools/common/Failure.h"
 #include "tools/common/Output.h"
+#include "tools/zeb/Objects.h"
 
 #include <algorithm>
 
@@ -12,8 +13,6 @@ namespace
 
 /// Rows per call: few calls without holding the whole address book in memory.
 constexpr LONG RowsInOneCall = 200;
-/// Flags and provider UID: the start of every entry identifier.
-constexpr size_t ShortestEntryId = 2 * 20;
 
 std::unique_ptr<HostSession> SessionOf(const std::string& profile, bool wab)
 {
@@ -38,19 +37,14 @@ std::unique_ptr<HostSession> SessionOf(const std::string& profile, bool wab)
     return nullptr;
 }
 
-LONG NumberAt(const CZebRow& row, ULONG tag)
-{
-    return row.hasRealValue(tag) ? static_cast<LONG>(row[tag]) : 0;
-}
-
 AddressRow RowOf(const CZebRow& cells)
 {
     AddressRow row;
     row.name = TextOf(cells, PR_DISPLAY_NAME_W);
     row.addressType = TextOf(cells, PR_ADDRTYPE_W);
     row.address = TextOf(cells, PR_EMAIL_ADDRESS_W);
-    row.objectType = NumberAt(cells, PR_OBJECT_TYPE);
-    row.displayType = NumberAt(cells, PR_DISPLAY_TYPE);
+    row.objectType = NumberOf(cells, PR_OBJECT_TYPE);
+    row.displayType = NumberOf(cells, PR_DISPLAY_TYPE);
     if (cells.hasRealValue(PR_ENTRYID))
     {
         row.entryId = static_cast<const char*>(cells[PR_ENTRYID].String(false));
@@ -97,8 +91,7 @@ std::string Lower(const std::string& text)
 
 bool IsEntryId(const std::string& text)
 {
-    return text.size() >= ShortestEntryId && text.size() % 2 == 0 &&
-           text.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos;
+    return LooksLikeEntryId(text) && text.size() % 2 == 0;
 }
 
 AddressBookHost::AddressBookHost(const std::string& profile, bool wab)

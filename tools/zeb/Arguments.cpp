@@ -16,8 +16,6 @@ namespace zeb::tools
 namespace
 {
 
-using Json = nlohmann::json;
-
 bool IsNumberType(ULONG type)
 {
     return type == PT_I2 || type == PT_LONG || type == PT_I8 || type == PT_CURRENCY || type == PT_R4 ||
@@ -25,7 +23,7 @@ bool IsNumberType(ULONG type)
 }
 
 /// "0x10" as a number; false for anything else.
-bool HexNumber(const std::string& text, Json& number)
+bool HexNumber(const std::string& text, FileJson& number)
 {
     if (text.size() < 3 || text.size() > 18 || text.compare(0, 2, "0x") != 0 ||
         text.find_first_not_of("0123456789abcdefABCDEF", 2) != std::string::npos)
@@ -37,19 +35,19 @@ bool HexNumber(const std::string& text, Json& number)
     return true;
 }
 
-Json ValueOf(ULONG type, const std::string& text)
+FileJson ValueOf(ULONG type, const std::string& text)
 {
     if (type == PT_STRING8 || type == PT_UNICODE || !(IsNumberType(type) || (type & MV_FLAG)))
     {
         return text;
     }
-    Json number;
+    FileJson number;
     if ((type == PT_I2 || type == PT_LONG || type == PT_I8 || type == PT_CURRENCY) && HexNumber(text, number))
     {
         return number;
     }
-    Json parsed = Json::parse(text, nullptr, false);
-    return parsed.is_discarded() ? Json(text) : parsed;
+    FileJson parsed = FileJson::parse(text, nullptr, false);
+    return parsed.is_discarded() ? FileJson(text) : parsed;
 }
 
 } // namespace

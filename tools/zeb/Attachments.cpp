@@ -16,7 +16,7 @@ namespace zeb::tools
 namespace
 {
 
-struct Options
+struct AttachmentOptions
 {
     std::string profile;
     std::string folder;
@@ -45,11 +45,6 @@ std::string NameOf(const CZebRow& row)
         }
     }
     return "";
-}
-
-LONG NumberOf(const CZebRow& row, ULONG tag)
-{
-    return row.hasRealValue(tag) ? static_cast<LONG>(row[tag]) : 0;
 }
 
 ListedAttachment AttachmentOf(const CZebRow& row)
@@ -169,7 +164,7 @@ void PrintAttachment(const ListedAttachment& attachment, size_t position)
 }
 
 /// @return false for an attachment that was to be saved and was not
-bool List(CZebMessage& message, ListedAttachment attachment, const Options& options, Lister& lister)
+bool List(CZebMessage& message, ListedAttachment attachment, const AttachmentOptions& options, Lister& lister)
 {
     const size_t position = lister.Count() + 1;
     const bool saves = !options.directory.empty();
@@ -193,7 +188,7 @@ bool List(CZebMessage& message, ListedAttachment attachment, const Options& opti
     return why.empty();
 }
 
-int Run(const Options& options)
+int Run(const AttachmentOptions& options)
 {
     Mailbox mailbox(options.profile);
     CZebFolder folder = mailbox.OpenFolder(options.folder);
@@ -213,7 +208,7 @@ int Run(const Options& options)
     {
         isWhole = List(message, AttachmentOf(rows[i]), options, lister) && isWhole;
     }
-    lister.Text([&] { Print(Grouped(lister.Count()) + (lister.Count() == 1 ? " attachment\n" : " attachments\n")); });
+    lister.Text([&] { Print(Counted(lister.Count(), "attachment", "attachments") + "\n"); });
     lister.End();
     return isWhole ? ExitDone : ExitSkipped;
 }
@@ -222,7 +217,7 @@ int Run(const Options& options)
 
 void AddAttachments(Command app)
 {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<AttachmentOptions>();
     Command command = app.AddCommand("attachments", "Lists the attachments of a message, or saves them as files");
     AddProfileOption(command, options->profile);
     AddFolderArgument(command, options->folder);

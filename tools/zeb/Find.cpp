@@ -21,7 +21,7 @@ namespace
 /// Rows per call when only their numbers are needed.
 constexpr LONG NumbersInOneCall = 5000;
 
-struct Options
+struct FindOptions
 {
     std::string profile;
     std::string folder;
@@ -43,7 +43,7 @@ std::string KeyOf(const SBinary& entryId)
 class Search
 {
 public:
-    Search(const Options& options, const Criteria& criteria)
+    Search(const FindOptions& options, const Criteria& criteria)
         : m_options(options)
         , m_criteria(criteria)
         , m_columns(true, static_cast<size_t>(platform::TerminalColumns(platform::OutputStream::Output)),
@@ -94,11 +94,10 @@ private:
         const bool all = Shown() == m_found;
         if (m_criteria.IsEmpty())
         {
-            return (all ? "" : Grouped(Shown()) + " of ") + Grouped(m_found) +
-                   (m_found == 1 ? " message" : " messages");
+            return (all ? "" : Grouped(Shown()) + " of ") + Counted(m_found, "message", "messages");
         }
-        return Grouped(m_found) + " of " + Grouped(m_searched) + (m_searched == 1 ? " message" : " messages") +
-               " matched" + (all ? "" : ", " + Grouped(Shown()) + " shown");
+        return Grouped(m_found) + " of " + Counted(m_searched, "message", "messages") + " matched" +
+               (all ? "" : ", " + Grouped(Shown()) + " shown");
     }
 
     CZebTable Contents(CZebFolder& folder) const
@@ -183,14 +182,14 @@ private:
         ForEachSubfolder(folder, [&](CZebFolder& child, const std::string& name) { In(child, path.Below(name)); });
     }
 
-    const Options& m_options;
+    const FindOptions& m_options;
     const Criteria& m_criteria;
     const MessageColumns m_columns;
     Lister m_lister;
     ULONG m_found = 0, m_searched = 0;
 };
 
-int Run(const Options& options)
+int Run(const FindOptions& options)
 {
     const Criteria criteria(options.criteria);
     Mailbox mailbox(options.profile);
@@ -222,7 +221,7 @@ void AddCriteria(Command command, CriteriaText& criteria)
 
 void AddFind(Command app)
 {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<FindOptions>();
     Command command = app.AddCommand("find", "Lists the messages of a folder, all or those that match conditions");
     AddProfileOption(command, options->profile);
     AddFolderArgument(command, options->folder);

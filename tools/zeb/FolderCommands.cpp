@@ -14,7 +14,7 @@ namespace zeb::tools
 namespace
 {
 
-struct Options
+struct FolderChangeOptions
 {
     std::string profile;
     std::string folder;
@@ -49,17 +49,13 @@ Contents ContentsOf(CZebFolder& folder)
     return contents;
 }
 
-std::string Counted(ULONG count, const std::string& one)
-{
-    return Grouped(count) + " " + one + (count == 1 ? "" : "s");
-}
-
 std::string Described(const Contents& contents)
 {
-    return Counted(contents.messages + contents.associated, "message") + " and " + Counted(contents.folders, "folder");
+    return Counted(contents.messages + contents.associated, "message", "messages") + " and " +
+           Counted(contents.folders, "folder", "folders");
 }
 
-int MakeFolder(const Options& options)
+int MakeFolder(const FolderChangeOptions& options)
 {
     const FolderPath path = FolderPath::Parse(ValidUtf8(options.folder));
     if (path.names.empty())
@@ -95,7 +91,7 @@ int MakeFolder(const Options& options)
     return ExitDone;
 }
 
-int RemoveFolder(const Options& options)
+int RemoveFolder(const FolderChangeOptions& options)
 {
     Mailbox mailbox(options.profile);
     CZebFolder folder = mailbox.OpenFolder(options.folder);
@@ -125,7 +121,7 @@ int RemoveFolder(const Options& options)
     return ExitDone;
 }
 
-int Empty(const Options& options)
+int Empty(const FolderChangeOptions& options)
 {
     Mailbox mailbox(options.profile);
     CZebFolder folder = mailbox.OpenFolder(options.folder);
@@ -166,7 +162,7 @@ CZebMessage InformationMessage(CZebFolder& folder, const FolderPath& path, bool 
     throw ToolError(Named(path) + " has no information message; --create creates one");
 }
 
-int Information(const Options& options)
+int Information(const FolderChangeOptions& options)
 {
     Mailbox mailbox(options.profile);
     CZebFolder folder = mailbox.OpenFolder(options.folder);
@@ -197,7 +193,8 @@ int Information(const Options& options)
     return ExitDone;
 }
 
-Command AddCommand(Command app, Options& options, const char* name, const char* help, const std::function<int()>& body)
+Command AddCommand(Command app, FolderChangeOptions& options, const char* name, const char* help,
+                   const std::function<int()>& body)
 {
     Command command = app.AddCommand(name, help);
     AddProfileOption(command, options.profile);
@@ -210,7 +207,7 @@ Command AddCommand(Command app, Options& options, const char* name, const char* 
 
 void AddFolderCommands(Command app)
 {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<FolderChangeOptions>();
     Command make = AddCommand(app, *options, "mkdir", "Creates a folder", [options] { return MakeFolder(*options); });
     make.AddFlag("-p,--parents", options->parents,
                  "Create missing parent folders too; not an error when the folder exists");

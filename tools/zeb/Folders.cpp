@@ -14,7 +14,7 @@ namespace zeb::tools
 namespace
 {
 
-struct Options
+struct FolderListOptions
 {
     std::string profile;
     bool all = false;
@@ -45,11 +45,6 @@ Strokes StrokesOfOutput()
     return {"|- ", "`- ", "|  ", "   "};
 }
 
-LONG NumberAt(const CZebRow& row, ULONG tag)
-{
-    return row.hasRealValue(tag) ? static_cast<LONG>(row[tag]) : 0;
-}
-
 /// The folders below `folder`, at any depth, sorted by name.
 std::vector<Node> ReadTree(CZebFolder& folder)
 {
@@ -60,8 +55,8 @@ std::vector<Node> ReadTree(CZebFolder& folder)
     {
         Node node;
         node.name = FolderName(folder, row);
-        node.messages = NumberAt(row, PR_CONTENT_COUNT);
-        node.unread = NumberAt(row, PR_CONTENT_UNREAD);
+        node.messages = NumberOf(row, PR_CONTENT_COUNT);
+        node.unread = NumberOf(row, PR_CONTENT_UNREAD);
         node.entryId = static_cast<const SBinary&>(row[PR_ENTRYID]);
         node.hasFolders = row.hasRealValue(PR_SUBFOLDERS) && static_cast<bool>(row[PR_SUBFOLDERS]);
         nodes.push_back(node);
@@ -78,7 +73,7 @@ std::vector<Node> ReadTree(CZebFolder& folder)
     return nodes;
 }
 
-std::string Counts(const Node& node)
+std::string CountsOf(const Node& node)
 {
     std::string text = "  " + Grouped(static_cast<unsigned long long>(node.messages));
     if (node.unread > 0)
@@ -95,7 +90,7 @@ size_t PrintTree(const std::vector<Node>& nodes, const Strokes& strokes, const s
     for (size_t i = 0; i < nodes.size(); ++i)
     {
         const bool last = i + 1 == nodes.size();
-        Print(indent + (last ? strokes.last : strokes.branch) + OneLine(nodes[i].name) + Counts(nodes[i]) + "\n");
+        Print(indent + (last ? strokes.last : strokes.branch) + OneLine(nodes[i].name) + CountsOf(nodes[i]) + "\n");
         count += PrintTree(nodes[i].folders, strokes, indent + (last ? strokes.blank : strokes.pass));
     }
     return count;
@@ -115,7 +110,7 @@ Json JsonOf(const std::vector<Node>& nodes)
     return list;
 }
 
-int Run(const Options& options)
+int Run(const FolderListOptions& options)
 {
     HostSession session(options.profile);
     CZebMsgStore store = session.OpenStore();
@@ -137,7 +132,7 @@ int Run(const Options& options)
 
 void AddFolders(Command app)
 {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<FolderListOptions>();
     Command command = app.AddCommand("folders", "Shows the folders of the default store as a tree");
     AddProfileOption(command, options->profile);
     command.AddFlag("--all", options->all, "Begin at the store's root instead of the top of the mail folders");

@@ -15,7 +15,7 @@ namespace zeb::tools
 namespace
 {
 
-struct Options
+struct InboxOptions
 {
     std::string profile;
     std::string sort = "date";
@@ -24,7 +24,7 @@ struct Options
     bool json = false;
 };
 
-void ListTable(CZebTable& table, const Options& options)
+void ListTable(CZebTable& table, const InboxOptions& options)
 {
     SetMessageColumns(table);
     CZebSortOrder order(0, 0);
@@ -60,7 +60,7 @@ CZebFolder OpenInbox(CZebMsgStore& store)
     }
 }
 
-int Run(const Options& options)
+int Run(const InboxOptions& options)
 {
     HostSession session(options.profile);
     CZebMsgStore store = session.OpenStore();
@@ -73,7 +73,7 @@ int Run(const Options& options)
 
 void AddInbox(Command app)
 {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<InboxOptions>();
     Command command = app.AddCommand("inbox", "Lists the messages of the inbox");
     AddProfileOption(command, options->profile);
     AddCountOption(command, "--limit", options->limit, "List only the first N messages");

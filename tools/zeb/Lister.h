@@ -1,16 +1,13 @@
 // Results of commands, as text or as JSON.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include "tools/zeb/Json.h"
 
 #include <cstddef>
 #include <string>
 
 namespace zeb::tools
 {
-
-/// Objects keep their members in the order in which they were set.
-using Json = nlohmann::ordered_json;
 
 /// A value as JSON text; bytes that are not UTF-8 become U+FFFD.
 /// @param indent blanks per level; -1: in one line

@@ -20,7 +20,7 @@ namespace zeb::tools
 namespace
 {
 
-struct Options
+struct LoadOptions
 {
     std::string profile;
     std::string file;
@@ -176,7 +176,7 @@ private:
 
 /// The text about the lines already loaded when loading stops before line `number`, and how to continue; empty when
 /// none are loaded.
-std::string WhatIsLoaded(const Options& options, uint64_t number)
+std::string WhatIsLoaded(const LoadOptions& options, uint64_t number)
 {
     if (number <= options.fromLine)
     {
@@ -197,7 +197,7 @@ std::string WhatIsLoaded(const Options& options, uint64_t number)
     return "; " + lines + be + " loaded; --from-line " + std::to_string(number) + " continues";
 }
 
-void LoadLines(LineReader& reader, Loader& loader, const Options& options, Progress& progress)
+void LoadLines(LineReader& reader, Loader& loader, const LoadOptions& options, Progress& progress)
 {
     std::string text;
     while (reader.Next(text))
@@ -219,7 +219,7 @@ void LoadLines(LineReader& reader, Loader& loader, const Options& options, Progr
     }
 }
 
-int Run(const Options& options)
+int Run(const LoadOptions& options)
 {
     LineReader reader(options.file);
     platform::CatchInterrupt();
@@ -249,7 +249,7 @@ int Run(const Options& options)
 
 void AddLoad(Command app)
 {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<LoadOptions>();
     Command command =
         app.AddCommand("load", "Loads messages and address book entries from a .jsonl file, one per line");
     AddProfileOption(command, options->profile);

@@ -12,12 +12,10 @@ namespace zeb::tools
 namespace
 {
 
-using Json = nlohmann::json;
-
 /// The nesting limit of embedded messages: deeper files are errors or attacks on the stack.
 constexpr int DeepestMessage = 32;
 
-void RequireObject(const Json& value, const char* what)
+void RequireObject(const FileJson& value, const char* what)
 {
     if (!value.is_object())
     {
@@ -25,7 +23,7 @@ void RequireObject(const Json& value, const char* what)
     }
 }
 
-void RefuseOtherKeys(const Json& object, const std::set<std::string>& known, const char* where)
+void RefuseOtherKeys(const FileJson& object, const std::set<std::string>& known, const char* where)
 {
     for (const auto& entry : object.items())
     {
@@ -37,7 +35,7 @@ void RefuseOtherKeys(const Json& object, const std::set<std::string>& known, con
 }
 
 /// @param mayBeNull whether null means "does not have the property"
-Properties ParseProperties(const Json& object, const char* where, bool mayBeNull)
+Properties ParseProperties(const FileJson& object, const char* where, bool mayBeNull)
 {
     RequireObject(object, where);
     Properties properties;
@@ -61,9 +59,9 @@ Properties ParseProperties(const Json& object, const char* where, bool mayBeNull
     return properties;
 }
 
-const Json& ArrayOf(const Json& object, const char* key)
+const FileJson& ArrayOf(const FileJson& object, const char* key)
 {
-    static const Json none = Json::array();
+    static const FileJson none = FileJson::array();
     const auto found = object.find(key);
     if (found == object.end())
     {
@@ -76,7 +74,7 @@ const Json& ArrayOf(const Json& object, const char* key)
     return *found;
 }
 
-Properties PropertiesOf(const Json& object, const char* where, bool mayBeNull = true)
+Properties PropertiesOf(const FileJson& object, const char* where, bool mayBeNull = true)
 {
     const auto found = object.find("properties");
     if (found == object.end())
@@ -86,9 +84,9 @@ Properties PropertiesOf(const Json& object, const char* where, bool mayBeNull = 
     return ParseProperties(*found, "\"properties\"", mayBeNull);
 }
 
-MessageContent ParseMessage(const Json& object, const char* where, int depth);
+MessageContent ParseMessage(const FileJson& object, const char* where, int depth);
 
-AttachmentContent ParseAttachment(const Json& object, int depth)
+AttachmentContent ParseAttachment(const FileJson& object, int depth)
 {
     RequireObject(object, "an attachment");
     RefuseOtherKeys(object, {"properties", "message"}, "an attachment");
@@ -104,7 +102,7 @@ AttachmentContent ParseAttachment(const Json& object, int depth)
     return attachment;
 }
 
-MessageContent ParseMessage(const Json& object, const char* where, int depth)
+MessageContent ParseMessage(const FileJson& object, const char* where, int depth)
 {
     if (depth > DeepestMessage)
     {
@@ -112,20 +110,20 @@ MessageContent ParseMessage(const Json& object, const char* where, int depth)
     }
     MessageContent message;
     message.properties = PropertiesOf(object, where);
-    for (const Json& recipient : ArrayOf(object, "recipients"))
+    for (const FileJson& recipient : ArrayOf(object, "recipients"))
     {
         RequireObject(recipient, "a recipient");
         RefuseOtherKeys(recipient, {"properties"}, "a recipient");
         message.recipients.push_back(PropertiesOf(recipient, "a recipient", false));
     }
-    for (const Json& attachment : ArrayOf(object, "attachments"))
+    for (const FileJson& attachment : ArrayOf(object, "attachments"))
     {
         message.attachments.push_back(ParseAttachment(attachment, depth));
     }
     return message;
 }
 
-Json ParseJson(const std::string& line)
+FileJson ParseJson(const std::string& line)
 {
     const std::string valid = ValidUtf8(line);
     if (valid != line)
@@ -136,9 +134,9 @@ Json ParseJson(const std::string& line)
     }
     try
     {
-        return Json::parse(line);
+        return FileJson::parse(line);
     }
-    catch (const Json::parse_error& error)
+    catch (const FileJson::parse_error& error)
     {
         throw ToolError("invalid JSON: unexpected text at column " + std::to_string(error.byte));
     }
@@ -149,23 +147,23 @@ Json ParseJson(const std::string& line)
 namespace
 {
 
-AddressLine ParseAddress(const Json& object)
+AddressLine ParseAddress(const FileJson& object)
 {
     RefuseOtherKeys(object, {"addressBook", "properties", "members"}, "an address book line");
     AddressLine line;
-    const Json& kind = object.at("addressBook");
+    const FileJson& kind = object.at("addressBook");
     if (kind != "user" && kind != "list")
     {
         throw ToolError("\"addressBook\" must be \"user\" or \"list\"");
     }
     line.isList = kind == "list";
     line.properties = PropertiesOf(object, "the line");
-    const Json& members = ArrayOf(object, "members");
+    const FileJson& members = ArrayOf(object, "members");
     if (!members.empty() && !line.isList)
     {
         throw ToolError("a user has no \"members\"");
     }
-    for (const Json& each : members)
+    for (const FileJson& each : members)
     {
         if (!each.is_string())
         {
@@ -180,7 +178,7 @@ AddressLine ParseAddress(const Json& object)
 
 LoadLine ParseLoadLine(const std::string& text)
 {
-    const Json object = ParseJson(text);
+    const FileJson object = ParseJson(text);
     RequireObject(object, "a line");
     if (object.contains("addressBook"))
     {

@@ -17,17 +17,15 @@ namespace zeb::tools
 namespace
 {
 
-using Json = nlohmann::json;
-
 template <class Number>
 std::string Bytes(Number number)
 {
     return std::string(reinterpret_cast<const char*>(&number), sizeof number);
 }
 
-[[noreturn]] void WrongType(const char* wanted, const Json& value)
+[[noreturn]] void WrongType(const char* wanted, const FileJson& value)
 {
-    std::string shown = value.dump(-1, ' ', false, Json::error_handler_t::replace);
+    std::string shown = value.dump(-1, ' ', false, FileJson::error_handler_t::replace);
     if (shown.size() > 60)
     {
         shown = shown.substr(0, 57) + "...";
@@ -41,7 +39,7 @@ bool IsHex(const std::string& text, size_t from)
 }
 
 /// "0x" and `digits` hexadecimal digits as the little-endian bytes of that number. @return false for other text
-bool RawNumber(const Json& value, size_t digits, std::string& bytes)
+bool RawNumber(const FileJson& value, size_t digits, std::string& bytes)
 {
     if (!value.is_string())
     {
@@ -58,7 +56,7 @@ bool RawNumber(const Json& value, size_t digits, std::string& bytes)
 }
 
 /// An integer from `lowest` to `highest`.
-int64_t Integer(const Json& value, int64_t lowest, int64_t highest, const char* wanted)
+int64_t Integer(const FileJson& value, int64_t lowest, int64_t highest, const char* wanted)
 {
     if (!value.is_number_integer())
     {
@@ -77,7 +75,7 @@ int64_t Integer(const Json& value, int64_t lowest, int64_t highest, const char* 
     return number;
 }
 
-std::string LongBytes(const Json& value)
+std::string LongBytes(const FileJson& value)
 {
     std::string raw;
     if (RawNumber(value, 8, raw))
@@ -88,7 +86,7 @@ std::string LongBytes(const Json& value)
                                                std::numeric_limits<uint32_t>::max(), "an integer of 32 bits")));
 }
 
-std::string FloatBytes(const Json& value, bool isDouble)
+std::string FloatBytes(const FileJson& value, bool isDouble)
 {
     std::string raw;
     if (RawNumber(value, isDouble ? 16 : 8, raw))
@@ -111,7 +109,7 @@ std::string FloatBytes(const Json& value, bool isDouble)
     return Bytes(static_cast<float>(number));
 }
 
-std::string BooleanBytes(const Json& value)
+std::string BooleanBytes(const FileJson& value)
 {
     if (value.is_boolean())
     {
@@ -125,7 +123,7 @@ std::string BooleanBytes(const Json& value)
     WrongType("true or false", value);
 }
 
-std::string TimeBytes(const Json& value)
+std::string TimeBytes(const FileJson& value)
 {
     FILETIME time{};
     if (!value.is_string() || !ParseTime(value.get_ref<const std::string&>(), time))
@@ -140,7 +138,7 @@ unsigned Digit(char digit)
     return static_cast<unsigned>(digit <= '9' ? digit - '0' : (digit | 0x20) - 'a' + 10);
 }
 
-std::string BinaryBytes(const Json& value)
+std::string BinaryBytes(const FileJson& value)
 {
     if (!value.is_string())
     {
@@ -160,7 +158,7 @@ std::string BinaryBytes(const Json& value)
     return bytes;
 }
 
-std::string TextBytes(const Json& value, bool wide)
+std::string TextBytes(const FileJson& value, bool wide)
 {
     // Bytes that JSON text cannot represent are written as {"hex": "..."}.
     if (value.is_object() && value.size() == 1 && value.contains("hex"))
@@ -189,7 +187,7 @@ std::string TextBytes(const Json& value, bool wide)
     return std::string(reinterpret_cast<const char*>(converted.data()), converted.size() * sizeof(WCHAR));
 }
 
-std::string GuidBytes(const Json& value)
+std::string GuidBytes(const FileJson& value)
 {
     GUID guid{};
     if (!value.is_string() || !ParseGuid(value.get_ref<const std::string&>(), guid))
@@ -199,7 +197,7 @@ std::string GuidBytes(const Json& value)
     return Bytes(guid);
 }
 
-std::string ValueBytes(ULONG type, const Json& value)
+std::string ValueBytes(ULONG type, const FileJson& value)
 {
     switch (type)
     {
@@ -351,7 +349,7 @@ Property PropertyNamed(const std::string& name)
     return property;
 }
 
-void SetValues(Property& property, const Json& value)
+void SetValues(Property& property, const FileJson& value)
 {
     const ULONG element = property.Type() & ~static_cast<ULONG>(MV_FLAG);
     if ((property.Type() & MV_FLAG) == 0)
@@ -363,7 +361,7 @@ void SetValues(Property& property, const Json& value)
     {
         WrongType("an array", value);
     }
-    for (const Json& one : value)
+    for (const FileJson& one : value)
     {
         property.values.push_back(ValueBytes(element, one));
     }

@@ -2,8 +2,7 @@
 #pragma once
 
 #include "tools/common/Property.h"
-
-#include <nlohmann/json.hpp>
+#include "tools/zeb/Json.h"
 
 #include <string>
 
@@ -17,6 +16,6 @@ Property PropertyNamed(const std::string& name);
 
 /// Reads the values of a property of the given type from JSON.
 /// @throws ToolError for a value of the wrong type or out of range
-void SetValues(Property& property, const nlohmann::json& value);
+void SetValues(Property& property, const FileJson& value);
 
 } // namespace zeb::tools

@@ -14,7 +14,7 @@ namespace zeb::tools
 namespace
 {
 
-struct Options
+struct MessageChangeOptions
 {
     std::string profile;
     std::vector<std::string> arguments;
@@ -41,7 +41,7 @@ void FillList(CZebBinArray& list, const std::vector<FoundMessage>& messages)
     }
 }
 
-int TransferMessages(Mailbox& mailbox, const Options& options)
+int TransferMessages(Mailbox& mailbox, const MessageChangeOptions& options)
 {
     const std::vector<std::string> sources(options.arguments.begin(), options.arguments.end() - 1);
     FoundMessages found = mailbox.FindMessages(sources);
@@ -80,7 +80,7 @@ struct FolderTarget
     std::string newName;
 };
 
-FolderTarget FindTarget(Mailbox& mailbox, const std::string& text, const std::string& name)
+FolderTarget FindChangedObject(Mailbox& mailbox, const std::string& text, const std::string& name)
 {
     FolderTarget target;
     try
@@ -106,7 +106,7 @@ FolderTarget FindTarget(Mailbox& mailbox, const std::string& text, const std::st
     return target;
 }
 
-int TransferFolder(Mailbox& mailbox, const Options& options)
+int TransferFolder(Mailbox& mailbox, const MessageChangeOptions& options)
 {
     CZebFolder folder = mailbox.OpenFolder(options.arguments.front());
     const FolderPath path = mailbox.PathOf(folder);
@@ -114,7 +114,7 @@ int TransferFolder(Mailbox& mailbox, const Options& options)
     {
         throw ToolError(Named(path) + " cannot be " + (options.move ? "moved" : "copied"));
     }
-    FolderTarget target = FindTarget(mailbox, options.arguments.back(), path.names.back());
+    FolderTarget target = FindChangedObject(mailbox, options.arguments.back(), path.names.back());
     try
     {
         CZebFolder parent(nullptr);
@@ -137,7 +137,7 @@ int TransferFolder(Mailbox& mailbox, const Options& options)
     return ExitDone;
 }
 
-int Transfer(const Options& options)
+int Transfer(const MessageChangeOptions& options)
 {
     Mailbox mailbox(options.profile);
     const bool isMessage =
@@ -146,7 +146,7 @@ int Transfer(const Options& options)
     return isMessage ? TransferMessages(mailbox, options) : TransferFolder(mailbox, options);
 }
 
-int Delete(const Options& options)
+int Delete(const MessageChangeOptions& options)
 {
     Mailbox mailbox(options.profile);
     FoundMessages found = mailbox.FindMessages(options.arguments);
@@ -176,7 +176,7 @@ int Delete(const Options& options)
     return ExitDone;
 }
 
-Properties Assignments(const Options& options, size_t from)
+Properties Assignments(const MessageChangeOptions& options, size_t from)
 {
     Properties properties;
     for (size_t i = from; i < options.arguments.size(); ++i)
@@ -190,7 +190,7 @@ Properties Assignments(const Options& options, size_t from)
     return properties;
 }
 
-int New(const Options& options)
+int New(const MessageChangeOptions& options)
 {
     Properties properties = Assignments(options, 1);
     Mailbox mailbox(options.profile);
@@ -214,15 +214,15 @@ int New(const Options& options)
 }
 
 /// The object that `set` changes, and its name in messages.
-struct Target
+struct ChangedObject
 {
     CZebPropObj object{nullptr};
     std::string name;
 };
 
-Target FindTarget(Mailbox& mailbox, const std::vector<std::string>& names)
+ChangedObject FindChangedObject(Mailbox& mailbox, const std::vector<std::string>& names)
 {
-    Target target;
+    ChangedObject target;
     if (names.size() == 1 && LooksLikeEntryId(names.front()))
     {
         target.object = mailbox.OpenAny(names.front());
@@ -252,7 +252,7 @@ void SetReadFlag(CZebPropObj& object, bool read)
     CZebMessage(object.GetInterface().Get()).SetReadFlag(SUPPRESS_RECEIPT | (read ? 0 : CLEAR_READ_FLAG));
 }
 
-int Set(const Options& options)
+int Set(const MessageChangeOptions& options)
 {
     const auto first = std::find_if(options.arguments.begin() + 1, options.arguments.end(), IsAssignment);
     const std::vector<std::string> names(options.arguments.begin(), first);
@@ -266,7 +266,7 @@ int Set(const Options& options)
         throw UsageError("nothing to change: give NAME=VALUE, --delete NAME, --read or --unread");
     }
     Mailbox mailbox(options.profile);
-    Target target = FindTarget(mailbox, names);
+    ChangedObject target = FindChangedObject(mailbox, names);
     NameResolver resolver;
     try
     {
@@ -290,7 +290,7 @@ constexpr const char* HowToName =
 
 void AddTransfer(Command app, const char* name, const char* help, bool move)
 {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<MessageChangeOptions>();
     options->move = move;
     Command command = app.AddCommand(name, help);
     AddProfileOption(command, options->profile);
@@ -305,7 +305,7 @@ void AddTransfer(Command app, const char* name, const char* help, bool move)
     command.Runs([options] { return Transfer(*options); });
 }
 
-void AddAssignments(Command command, Options& options, const char* type, const char* help)
+void AddAssignments(Command command, MessageChangeOptions& options, const char* type, const char* help)
 {
     AddProfileOption(command, options.profile);
     command.AddOption("arguments", options.arguments, help).Required().Expect(1, 10000).Type(type);
@@ -321,7 +321,7 @@ void AddMessageCommands(Command app)
     AddTransfer(app, "mv", "Moves messages, or a folder with all its contents", true);
     AddTransfer(app, "cp", "Copies messages, or a folder with all its contents", false);
 
-    auto removal = std::make_shared<Options>();
+    auto removal = std::make_shared<MessageChangeOptions>();
     Command remove = app.AddCommand("rm", "Moves messages to the deleted items, or deletes them permanently");
     AddProfileOption(remove, removal->profile);
     remove.AddOption("messages", removal->arguments, "A folder and its messages")
@@ -333,13 +333,13 @@ void AddMessageCommands(Command app)
     remove.Footer(HowToName);
     remove.Runs([removal] { return Delete(*removal); });
 
-    auto made = std::make_shared<Options>();
+    auto made = std::make_shared<MessageChangeOptions>();
     Command create = app.AddCommand("new", "Creates a message");
     AddAssignments(create, *made, "FOLDER [NAME=VALUE...]", "The folder, and the message's properties");
     create.AddFlag("--associated", made->associated, "Create a hidden (associated) message");
     create.Runs([made] { return New(*made); });
 
-    auto changed = std::make_shared<Options>();
+    auto changed = std::make_shared<MessageChangeOptions>();
     Command set = app.AddCommand("set", "Changes properties of a message or folder, all or none");
     AddAssignments(set, *changed, "FOLDER [MESSAGE] [NAME=VALUE...]", "The message or folder, and the changes");
     set.AddOption("--delete", changed->removals, "Delete a property").Type("NAME").OneValueEach();

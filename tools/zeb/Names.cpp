@@ -24,7 +24,7 @@ constexpr const char* Tables[] = {"MAPIErrors",  "CMCErrors",   "PropTags",   "P
                                   "TableEvents", "MsgFlags",    "RecipType",  "EIDFlags",     "ResourceType",
                                   "Priority",    "AttachMethod"};
 
-struct Options
+struct NameOptions
 {
     std::string table;
     std::string value;
@@ -73,7 +73,7 @@ ULONG ParseValue(const std::string& text)
                      "' is not a 32-bit number such as 26, -5 or 0x0037001E");
 }
 
-int ListTables(const Options& options)
+int ListTables(const NameOptions& options)
 {
     Lister lister(options.json);
     for (const char* table : Tables)
@@ -86,7 +86,7 @@ int ListTables(const Options& options)
     return ExitDone;
 }
 
-int ListTable(const Options& options)
+int ListTable(const NameOptions& options)
 {
     Lister lister(options.json);
     char name[64];
@@ -134,7 +134,7 @@ void AddTagNames(ULONG value, std::vector<FoundName>& found)
 }
 
 /// The names of a number in all tables.
-int ShowNames(const Options& options, ULONG value)
+int ShowNames(const NameOptions& options, ULONG value)
 {
     std::vector<FoundName> found;
     for (const char* table : Tables)
@@ -164,7 +164,7 @@ bool LooksLikeNumber(const std::string& text)
     return text.find_first_of("0123456789") == (text.compare(0, 1, "-") == 0 ? 1u : 0u);
 }
 
-int ShowName(const Options& options)
+int ShowName(const NameOptions& options)
 {
     if (options.table.empty())
     {
@@ -190,7 +190,7 @@ int ShowName(const Options& options)
     return ExitDone;
 }
 
-int ShowValue(const Options& options)
+int ShowValue(const NameOptions& options)
 {
     RequireTable(options.table);
     ULONG value = 0;
@@ -221,7 +221,7 @@ std::string HexArgument(const std::string& argument)
     return text;
 }
 
-int ShowEntryId(const Options& options)
+int ShowEntryId(const NameOptions& options)
 {
     const std::string hex = HexArgument(options.hex);
     // The library decodes into memory of the provider; no profile is needed.
@@ -241,7 +241,7 @@ int ShowEntryId(const Options& options)
 
 void AddNames(Command app)
 {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<NameOptions>();
     Command name = app.AddCommand("name", "Shows the name of a MAPI constant");
     name.AddOption("table", options->table,
                    "The table, such as PropTags; without it the tables are listed. Or a value, to search "

@@ -15,7 +15,7 @@ namespace zeb::tools
 namespace
 {
 
-struct Options
+struct ProfileOptions
 {
     std::string name;
     std::string store;
@@ -55,7 +55,7 @@ void Do(const std::string& what, const std::string& name, IProfAdmin* profiles, 
     }
 }
 
-int List(const Options& options)
+int List(const ProfileOptions& options)
 {
     Administration administration;
     Lister lister(options.json);
@@ -104,7 +104,7 @@ std::string WholePath(const std::string& file)
 }
 
 /// @return the file of the store
-std::string AddStoreService(IProfAdmin* profiles, const Options& options, const std::string& file)
+std::string AddStoreService(IProfAdmin* profiles, const ProfileOptions& options, const std::string& file)
 {
     CComPtr<IMsgServiceAdmin> services;
     const ProfileName name(options.name), service(ZEBSTORE_SERVICE_NAME);
@@ -129,7 +129,7 @@ std::string AddStoreService(IProfAdmin* profiles, const Options& options, const 
     return ServiceOf(services.Get()).file;
 }
 
-int Create(const Options& options)
+int Create(const ProfileOptions& options)
 {
     const std::string file = options.store.empty() ? std::string() : WholePath(options.store);
     Administration administration;
@@ -157,7 +157,7 @@ int Create(const Options& options)
     return ExitDone;
 }
 
-int Delete(const Options& options)
+int Delete(const ProfileOptions& options)
 {
     Administration administration;
     IProfAdmin* profiles = administration.Interface();
@@ -167,7 +167,7 @@ int Delete(const Options& options)
     return ExitDone;
 }
 
-int Default(const Options& options)
+int Default(const ProfileOptions& options)
 {
     if (options.name.empty())
     {
@@ -194,7 +194,7 @@ int Default(const Options& options)
 
 void AddProfile(Command app)
 {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<ProfileOptions>();
     Command profile = app.AddCommand("profile", "Manages profiles");
     profile.NeedsCommand();
 

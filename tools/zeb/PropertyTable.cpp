@@ -36,14 +36,6 @@ constexpr KnownNumber KnownNumbers[] = {
     {PR_ATTACH_METHOD, "AttachMethod", false}, {PR_FOLDER_TYPE, "FolderType", false},
     {PR_RESOURCE_TYPE, "ResourceType", false}};
 
-template <class Number>
-Number NumberOf(const std::string& bytes)
-{
-    Number number{};
-    std::memcpy(&number, bytes.data(), std::min(bytes.size(), sizeof number));
-    return number;
-}
-
 std::string NamesOfBits(const char* table, ULONG value)
 {
     std::string names;
@@ -135,14 +127,14 @@ std::string ElementText(const Property& property, const std::string& bytes, cons
     switch (type)
     {
     case PT_LONG:
-        return NumberText(property, NumberOf<LONG>(bytes));
+        return NumberText(property, NumberFromBytes<LONG>(bytes));
     case PT_ERROR:
-        return ErrorText(NumberOf<ULONG>(bytes));
+        return ErrorText(NumberFromBytes<ULONG>(bytes));
     case PT_STRING8:
     case PT_UNICODE:
         return ShownText(TextOfBytes(bytes, type == PT_UNICODE), style.full);
     case PT_SYSTIME:
-        return TimeWithZone(NumberOf<FILETIME>(bytes), style.zone);
+        return TimeWithZone(NumberFromBytes<FILETIME>(bytes), style.zone);
     case PT_BINARY:
         return HexOf(bytes);
     default:
@@ -151,7 +143,7 @@ std::string ElementText(const Property& property, const std::string& bytes, cons
     Property single;
     single.tag = PROP_TAG(type, PROP_ID(property.tag));
     single.values.push_back(bytes);
-    const nlohmann::json value = ValueInFile(single);
+    const FileJson value = ValueInFile(single);
     return value.is_string() ? value.get<std::string>() : value.dump();
 }
 

@@ -18,7 +18,7 @@ namespace zeb::tools
 namespace
 {
 
-struct Options
+struct ProviderOptions
 {
     std::string file;
     bool wab = false;
@@ -70,7 +70,7 @@ void PrintRegistration(const Registration& registration)
     }
 }
 
-int Install(const Options& options)
+int Install(const ProviderOptions& options)
 {
     const std::string path = FileToInstall(options.file);
     const ProviderClass found = CheckMAPIDll(NarrowFromUtf8(path), ProviderEnvironment::Machine());
@@ -124,7 +124,7 @@ Json JsonOf(const Registration& registration)
             {"replaced", textOrNull(registration.Replaced())}};
 }
 
-int Status(const Options& options)
+int Status(const ProviderOptions& options)
 {
     Lister lister(options.json);
     for (const Registration& registration : {Registration::OfMail(), Registration::OfAddressBook()})
@@ -179,7 +179,7 @@ std::string VerdictOn(const ProviderCandidate& candidate)
 
 void AddProvider(Command app)
 {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<ProviderOptions>();
     Command provider = app.AddCommand("provider", "Registers MAPI providers");
     provider.NeedsCommand();
     Command install = provider.AddCommand(

@@ -18,7 +18,7 @@ namespace zeb::tools
 namespace
 {
 
-struct Options
+struct SaveOptions
 {
     std::string profile;
     std::string folder;
@@ -194,7 +194,7 @@ uint64_t CountMessages(CZebFolder& folder, bool subfolders)
     return count;
 }
 
-int Run(const Options& options)
+int Run(const SaveOptions& options)
 {
     platform::CatchInterrupt();
     Mailbox mailbox(options.profile);
@@ -224,7 +224,7 @@ int Run(const Options& options)
 
 void AddSave(Command app)
 {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<SaveOptions>();
     Command command =
         app.AddCommand("save", "Saves a folder with its messages and subfolders as lines that 'zeb load' reads");
     AddProfileOption(command, options->profile);

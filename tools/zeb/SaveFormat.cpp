@@ -19,17 +19,7 @@ namespace zeb::tools
 namespace
 {
 
-using Json = nlohmann::json;
-
 constexpr size_t SourcePiece = 64 * 1024;
-
-template <class Number>
-Number NumberOf(const std::string& bytes)
-{
-    Number number{};
-    std::memcpy(&number, bytes.data(), std::min(bytes.size(), sizeof number));
-    return number;
-}
 
 void AppendHex(std::string& out, const char* bytes, size_t size)
 {
@@ -56,13 +46,14 @@ std::string Bits(const std::string& bytes)
 {
     char text[20];
     std::snprintf(text, sizeof text, "0x%0*llX", static_cast<int>(2 * sizeof(Number)),
-                  static_cast<unsigned long long>(NumberOf<Number>(bytes)));
+                  static_cast<unsigned long long>(NumberFromBytes<Number>(bytes)));
     return text;
 }
 
-Json FloatInFile(const std::string& bytes, bool isDouble)
+FileJson FloatInFile(const std::string& bytes, bool isDouble)
 {
-    const double number = isDouble ? NumberOf<double>(bytes) : static_cast<double>(NumberOf<float>(bytes));
+    const double number =
+        isDouble ? NumberFromBytes<double>(bytes) : static_cast<double>(NumberFromBytes<float>(bytes));
     if (std::isfinite(number))
     {
         return number;
@@ -70,7 +61,7 @@ Json FloatInFile(const std::string& bytes, bool isDouble)
     return isDouble ? Bits<uint64_t>(bytes) : Bits<uint32_t>(bytes);
 }
 
-Json TextInFile(const std::string& bytes, bool isWide)
+FileJson TextInFile(const std::string& bytes, bool isWide)
 {
     // Bytes that JSON text cannot represent are written as hexadecimal digits.
     if (!isWide)
@@ -92,45 +83,45 @@ Json TextInFile(const std::string& bytes, bool isWide)
     return {{"hex", Hex(bytes)}};
 }
 
-Json ElementInFile(ULONG type, const std::string& bytes)
+FileJson ElementInFile(ULONG type, const std::string& bytes)
 {
     switch (type)
     {
     case PT_I2:
-        return NumberOf<int16_t>(bytes);
+        return NumberFromBytes<int16_t>(bytes);
     case PT_LONG:
-        return NumberOf<int32_t>(bytes);
+        return NumberFromBytes<int32_t>(bytes);
     case PT_ERROR:
         return Bits<uint32_t>(bytes);
     case PT_I8:
     case PT_CURRENCY:
-        return NumberOf<int64_t>(bytes);
+        return NumberFromBytes<int64_t>(bytes);
     case PT_R4:
         return FloatInFile(bytes, false);
     case PT_DOUBLE:
     case PT_APPTIME:
         return FloatInFile(bytes, true);
     case PT_BOOLEAN:
-        if (NumberOf<uint16_t>(bytes) > 1)
+        if (NumberFromBytes<uint16_t>(bytes) > 1)
         {
             return Bits<uint16_t>(bytes);
         }
-        return NumberOf<uint16_t>(bytes) == 1;
+        return NumberFromBytes<uint16_t>(bytes) == 1;
     case PT_STRING8:
     case PT_UNICODE:
         return TextInFile(bytes, type == PT_UNICODE);
     case PT_SYSTIME:
-        return TimeForMachines(NumberOf<FILETIME>(bytes));
+        return TimeForMachines(NumberFromBytes<FILETIME>(bytes));
     case PT_CLSID:
-        return GuidText(NumberOf<GUID>(bytes));
+        return GuidText(NumberFromBytes<GUID>(bytes));
     default:
         return Hex(bytes);
     }
 }
 
-std::string Dumped(const Json& value)
+std::string Dumped(const FileJson& value)
 {
-    return value.dump(-1, ' ', false, Json::error_handler_t::replace);
+    return value.dump(-1, ' ', false, FileJson::error_handler_t::replace);
 }
 
 /// The name of a tag in MAPI's headers if it is read back as the same tag; empty for others.
@@ -310,7 +301,7 @@ std::string NameInFile(const Property& property)
     return number;
 }
 
-nlohmann::json ValueInFile(const Property& property)
+FileJson ValueInFile(const Property& property)
 {
     const ULONG type = property.Type() & ~static_cast<ULONG>(MV_FLAG);
     if (property.source)
@@ -321,7 +312,7 @@ nlohmann::json ValueInFile(const Property& property)
     {
         return ElementInFile(type, property.values.front());
     }
-    Json list = Json::array();
+    FileJson list = FileJson::array();
     for (const std::string& bytes : property.values)
     {
         list.push_back(ElementInFile(type, bytes));

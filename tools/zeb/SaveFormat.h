@@ -3,8 +3,7 @@
 
 #include "tools/common/FolderPath.h"
 #include "tools/common/PropertyWriter.h"
-
-#include <nlohmann/json.hpp>
+#include "tools/zeb/Json.h"
 
 #include <string>
 
@@ -15,7 +14,7 @@ namespace zeb::tools
 std::string NameInFile(const Property& property);
 
 /// The values of a property; a source is read completely.
-nlohmann::json ValueInFile(const Property& property);
+FileJson ValueInFile(const Property& property);
 
 /// Appends a value as JSON text in the form of a .jsonl file; a source is copied in pieces.
 void AppendValue(std::string& out, const Property& property);

@@ -15,7 +15,7 @@ namespace zeb::tools
 namespace
 {
 
-struct Options
+struct ShowOptions
 {
     std::string profile;
     std::string object;
@@ -27,15 +27,15 @@ struct Options
 };
 
 /// The object to show and its heading.
-struct Target
+struct ShownObject
 {
     CZebPropObj object{nullptr};
     std::string name;
 };
 
-Target FindTarget(Mailbox& mailbox, const Options& options)
+ShownObject FindShownObject(Mailbox& mailbox, const ShowOptions& options)
 {
-    Target target;
+    ShownObject target;
     if (options.object.empty())
     {
         target.object = CZebPropObj(mailbox.Store().GetInterface().Get());
@@ -91,7 +91,7 @@ size_t PrintContent(const MessageContent& content, const std::string& title, con
     return count;
 }
 
-void PrintAll(const std::string& name, const MessageContent& content, const Options& options)
+void PrintAll(const std::string& name, const MessageContent& content, const ShowOptions& options)
 {
     TableStyle style;
     style.columns = static_cast<size_t>(platform::TerminalColumns(platform::OutputStream::Output));
@@ -150,10 +150,10 @@ void ReportUnread(PropertyReader& reader)
     }
 }
 
-int Run(const Options& options)
+int Run(const ShowOptions& options)
 {
     Mailbox mailbox(options.profile);
-    Target target = FindTarget(mailbox, options);
+    ShownObject target = FindShownObject(mailbox, options);
     const bool isMessage = target.object.GetObjectType() == MAPI_MESSAGE;
     PropertyReader reader(ReadWhat::Beginnings);
     MessageContent content;
@@ -177,7 +177,7 @@ int Run(const Options& options)
 
 void AddShow(Command app)
 {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<ShowOptions>();
     Command command = app.AddCommand(
         "show", "Shows all properties of a folder or message, with recipients and attachments, or of the store");
     AddProfileOption(command, options->profile);

@@ -20,7 +20,7 @@ namespace zeb::tools
 namespace
 {
 
-struct Options
+struct StoreOptions
 {
     std::string profile;
     std::string file;   ///< path of the store's file, UTF-8; empty: the profile's store
@@ -63,7 +63,7 @@ void PrintStore(const ListedStore& store)
           (store.file.empty() ? "" : "  " + OneLine(store.file)) + "\n");
 }
 
-int ListStores(const Options& options)
+int ListStores(const StoreOptions& options)
 {
     HostSession session(options.profile);
     CZebTable table = session.Session().GetMsgStoresTable();
@@ -78,7 +78,7 @@ int ListStores(const Options& options)
     return ExitDone;
 }
 
-int CheckStore(const Options& options)
+int CheckStore(const StoreOptions& options)
 {
     HostSession session(options.profile);
     CZebMsgStore store = session.OpenStore();
@@ -180,7 +180,7 @@ std::string CopyNameOf(const std::string& file)
     return path.u8string();
 }
 
-int RepairStore(const Options& options)
+int RepairStore(const StoreOptions& options)
 {
     const std::string file = options.file.empty() ? FileOf(options.profile) : options.file;
     const std::string copy = options.output.empty() ? CopyNameOf(file) : options.output;
@@ -208,7 +208,7 @@ unsigned long long SizeOf(const std::string& file)
     return failure ? 0 : size;
 }
 
-int CompactStore(const Options& options)
+int CompactStore(const StoreOptions& options)
 {
     const std::string file = options.file.empty() ? FileOf(options.profile) : options.file;
     const unsigned long long before = SizeOf(file) + SizeOf(file + "-wal");
@@ -224,7 +224,7 @@ int CompactStore(const Options& options)
     return ExitDone;
 }
 
-void AddFileArgument(Command command, const std::shared_ptr<Options>& options)
+void AddFileArgument(Command command, const std::shared_ptr<StoreOptions>& options)
 {
     AddProfileOption(command, options->profile);
     command.AddOption("file", options->file, "The store's file; without it the file of the profile's store")
@@ -236,7 +236,7 @@ void AddFileArgument(Command command, const std::shared_ptr<Options>& options)
 
 void AddStore(Command app)
 {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<StoreOptions>();
     Command list = app.AddCommand("stores", "Lists the message stores of a profile; * * marks the default store");
     AddProfileOption(list, options->profile);
     list.AddFlag("--json", options->json, "Print JSON");

@@ -26,7 +26,7 @@ constexpr ULONG MostRemembered = 100'000;
 /// Poll interval for Ctrl-C.
 constexpr std::chrono::milliseconds Patience{200};
 
-struct Options
+struct WatchOptions
 {
     std::string profile;
     std::string folder;
@@ -44,7 +44,7 @@ struct Change
     std::string subject, sender, entryId;
 };
 
-std::string KeyOf(const SPropValue& value)
+std::string InstanceKeyOf(const SPropValue& value)
 {
     if (PROP_TYPE(value.ulPropTag) != PT_BINARY)
     {
@@ -67,7 +67,7 @@ public:
         Change change;
         change.event = NameOf(notification->ulTableEvent);
         change.time = platform::CurrentFileTime();
-        change.key = KeyOf(notification->propIndex);
+        change.key = InstanceKeyOf(notification->propIndex);
         const CZebRow row(&notification->row, nullptr);
         if (notification->row.cValues > 0)
         {
@@ -132,7 +132,7 @@ public:
         {
             if (row.hasRealValue(PR_INSTANCE_KEY))
             {
-                m_known[KeyOf(row[PR_INSTANCE_KEY])] = {TextOf(row, PR_SUBJECT_W), EntryIdOf(row)};
+                m_known[InstanceKeyOf(row[PR_INSTANCE_KEY])] = {TextOf(row, PR_SUBJECT_W), EntryIdOf(row)};
             }
         }
     }
@@ -194,7 +194,7 @@ Json JsonOf(const Change& change)
             {"entryId", change.entryId}};
 }
 
-int Run(const Options& options)
+int Run(const WatchOptions& options)
 {
     platform::CatchInterrupt();
     Mailbox mailbox(options.profile);
@@ -235,7 +235,7 @@ int Run(const Options& options)
 
 void AddWatch(Command app)
 {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<WatchOptions>();
     Command command = app.AddCommand("watch", "Prints each change of a folder's messages as it happens, until Ctrl-C");
     AddProfileOption(command, options->profile);
     AddFolderArgument(command, options->folder);

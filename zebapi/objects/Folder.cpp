@@ -4,6 +4,7 @@
 #include "zebapi/frame/Exception.h"
 #include "zebapi/frame/internal/Subject.h"
 #include "zebapi/objects/internal/OpenEntry.h"
+#include "zebapi/objects/internal/SaveFlags.h"
 #include "zebapi/session/SESSION.h"
 #include "zebapi/tables/Restrict.h"
 #include "zebapi/tables/RowSet.h"
@@ -21,7 +22,6 @@ namespace
 
 // Windows' code for "element not found": positive, so no check throws it.
 constexpr LONG ElementNotFound = 1168;
-constexpr ULONG SaveFlags = KEEP_OPEN_READWRITE | FORCE_SAVE;
 const char InfoSubject[] = "QorInfo";
 const char InfoClass[] = "IPM.Note.QorInfo";
 

@@ -5,6 +5,7 @@
 #include "zebapi/frame/internal/Blocks.h"
 #include "zebapi/frame/internal/Calls.h"
 #include "zebapi/frame/internal/Subject.h"
+#include "zebapi/objects/internal/SaveFlags.h"
 #include "zebapi/session/SESSION.h"
 #include "zebapi/values/OnePROPVAL.h"
 #include "zebapi/values/PROPVALArray.h"
@@ -23,7 +24,6 @@ namespace
 {
 
 constexpr ULONG FirstNamedTag = 0x80000000;
-constexpr ULONG SaveFlags = KEEP_OPEN_READWRITE | FORCE_SAVE;
 // Simple MAPI's code for "not supported"; positive, so no check treats it as a failure.
 constexpr HRESULT SimpleNotSupported = 26;
 

@@ -4,6 +4,7 @@
 #include "zebapi/frame/internal/Calls.h"
 #include "zebapi/frame/internal/Subject.h"
 #include "zebapi/objects/internal/OneOff.h"
+#include "zebapi/objects/internal/SaveFlags.h"
 #include "zebapi/objects/internal/Streams.h"
 #include "zebapi/values/PROPVALArray.h"
 #include "zebapi/values/TAGS.h"
@@ -13,7 +14,6 @@
 namespace
 {
 
-constexpr ULONG SaveFlags = KEEP_OPEN_READWRITE | FORCE_SAVE;
 // Of an attachment that is not shown inside the text.
 constexpr LONG NotInTheText = -1;
 

@@ -8,7 +8,7 @@ namespace
 
 DeliveryList g_deliveries;
 
-bool Own(const Delivery& delivery)
+bool OfThisThread(const Delivery& delivery)
 {
     return delivery.thread == std::this_thread::get_id();
 }
@@ -60,7 +60,7 @@ void DeliveryList::Leave(const Delivery& delivery)
 bool DeliveryList::IsInside(const CAdviseSinkDelegate* delegate) const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    return Any([&](const Delivery& d) { return d.delegate == delegate && Own(d); });
+    return Any([&](const Delivery& d) { return d.delegate == delegate && OfThisThread(d); });
 }
 
 CAdviseSinkDelegate* DeliveryList::Read(CAdviseSinkDelegate* const& delegate) const
@@ -78,13 +78,13 @@ void DeliveryList::Write(CAdviseSinkDelegate*& delegate, CAdviseSinkDelegate* va
 void DeliveryList::AwaitSink(const CAdviseSink* sink)
 {
     std::unique_lock<std::mutex> lock(m_mutex);
-    m_left.wait(lock, [&] { return !Any([&](const Delivery& d) { return d.sink == sink && !Own(d); }); });
+    m_left.wait(lock, [&] { return !Any([&](const Delivery& d) { return d.sink == sink && !OfThisThread(d); }); });
 }
 
 void DeliveryList::AwaitDelegate(const CAdviseSinkDelegate* delegate)
 {
     std::unique_lock<std::mutex> lock(m_mutex);
-    if (Any([&](const Delivery& d) { return d.delegate == delegate && Own(d); }))
+    if (Any([&](const Delivery& d) { return d.delegate == delegate && OfThisThread(d); }))
     {
         return;
     }
