@@ -22,6 +22,10 @@ if(ZEB_TESTS)
     HEADERS <gmock/gmock.h> <gtest/gtest.h> <platform/mapi.h>)
 endif()
 
+if(MINGW)
+  find_program(ZEB_LLD NAMES ld.lld-14 ld.lld)
+endif()
+
 # zeb_test_target(TARGET): how a target of the tests is compiled.
 function(zeb_test_target name)
   # The tested code is optimised; the tests themselves are not, and compile in half the time.
@@ -57,6 +61,9 @@ function(zeb_add_test name)
   target_link_libraries(${name} PRIVATE zeb_options ${ARG_LIBS} GTest::gmock GTest::gtest GTest::gtest_main)
   if(WIN32)
     target_link_libraries(${name} PRIVATE ole32 oleaut32 uuid)
+  endif()
+  if(MINGW AND ZEB_LLD)
+    target_link_options(${name} PRIVATE "SHELL:-wrapper ${PROJECT_SOURCE_DIR}/cmake/mingw-lld.sh,${ZEB_LLD}")
   endif()
   add_test(NAME ${name} COMMAND ${name})
   set_tests_properties(${name} PROPERTIES TIMEOUT 600)
