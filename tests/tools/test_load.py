@@ -128,20 +128,24 @@ class BadLines(World):
     def setUp(self):
         super().setUp()
         self.create_profile()
+        self.probes = 0
+        self.before = {folder["name"]: folder["messages"] for folder in self.folders()}
+
+    def tearDown(self):
+        self.zeb("store", "check")
 
     def stops(self, line, saying):
-        """A good line, the bad one, another good one: only the first is loaded."""
-        before = self.folders()
-        done = self.load(message("before", folder="Probe"), line, message("after", folder="Probe"), code=1,
-                         name="bad.jsonl")
+        """A good line, the bad one, another good one: only the first is loaded. Each call uses a folder of its own."""
+        self.probes += 1
+        probe = f"Probe {self.probes}"
+        done = self.load(message("before", folder=probe), line, message("after", folder=probe), code=1, name="bad.jsonl")
         self.assertEqual(done.out, "")
         self.one_sentence(done, ["bad.jsonl:2: ", "; the line before it is loaded; --from-line 2 continues",
                                  *([saying] if isinstance(saying, str) else saying)])
-        after = [folder for folder in self.folders() if folder["name"] == "Probe"]
-        self.assertEqual([folder["messages"] for folder in after], [1])
-        self.zeb("store", "check")
-        names = [folder["name"] for folder in self.folders()]
-        self.assertEqual(sorted(names), sorted({folder["name"] for folder in before} | {"Probe"}))
+        after = {folder["name"]: folder["messages"] for folder in self.folders()}
+        self.assertEqual(after.pop(probe), 1)
+        self.assertEqual(after, self.before)
+        self.before = {**after, probe: 1}
 
     def with_property(self, name, value):
         return {"folder": "New folder", "properties": {"PR_SUBJECT": "bad", name: value}}
@@ -229,12 +233,7 @@ class BadLines(World):
                              ({"attachments": [{**good, "message": {**good, "folder": "x"}}]}, ['"folder"', "embedded"]),
                              ({"associated": 1}, '"associated" must be true or false'), ({"properties": []}, '"properties"')):
             with self.subTest(more=more):
-                self.forget_probe()
                 self.stops({**message("bad", folder="New folder"), **more}, saying)
-
-    def forget_probe(self):
-        if any(folder["name"] == "Probe" for folder in self.folders()):
-            self.zeb("rmdir", "Probe", "--recursive", "--yes")
 
     def test_values_and_names_nearly_right(self):
         guid = "{00062008-0000-0000-C000-000000000046}"
@@ -247,5 +246,4 @@ class BadLines(World):
                                     (f"{guid}:PT_NONE:id:0x1", 1, '"PT_NONE"'), ("PR_ENTRYID", "00", "refuses PR_ENTRYID"),
                                     ("0x6800001F", ["x" * 100], "x" * 55 + "...")):
             with self.subTest(name=name, value=value):
-                self.forget_probe()
                 self.stops(self.with_property(name, value), saying)

@@ -59,17 +59,15 @@ class World(unittest.TestCase):
 
     def delete_profiles(self):
         """Deletes what earlier tests left in the prefix; a provider whose file is missing would hide the new one."""
-        registered = self.registered_already()
-        if not registered:
+        listed = self.run_tool("zeb", "profile", "list", "--json")
+        if listed.returncode != 0:
             self.reg("delete", MAIL, "/f")
             self.zeb("provider", "install")
-        for profile in json.loads(self.zeb("profile", "list", "--json").stdout):
+            listed = self.zeb("profile", "list", "--json")
+        for profile in json.loads(listed.stdout):
             self.zeb("profile", "delete", profile["name"])
-        if not registered:
+        if not self.registered:
             self.reg("delete", MAIL, "/f")
-
-    def registered_already(self):
-        return self.run_tool("zeb", "profile", "list", "--json").returncode == 0
 
     def registry_add(self, key, value=None, data=None, undo=None):
         """Creates a key (its root's name in full) and, when `value` is given, sets a text in it ("" is its default).
