@@ -6,7 +6,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 what=${1:-all}
 
 packages=(g++ cmake ninja-build ccache pkg-config git ca-certificates npm
-    g++-mingw-w64-x86-64-posix wine wine64 libwine-dev clang-14 lld-14 llvm-14 xz-utils
+    g++-mingw-w64-x86-64-posix wine wine64 libwine-dev clang-14 lld-14 llvm-14 xz-utils patch
     nlohmann-json3-dev libcli11-dev libxxhash-dev libhowardhinnant-date-dev libpff-dev libgmime-3.0-dev
     libxml2-dev python3 python3-pytest python3-pytest-xdist libgtest-dev libgmock-dev googletest)
 case $what in
@@ -51,4 +51,5 @@ if ! cmp -s "$root/deps/package-lock.json" "$deps/.installed"; then
     (cd "$deps" && npm ci --ignore-scripts --no-audit --no-fund --loglevel=error --cache "$deps/.npm-cache")
     cp "$root/deps/package-lock.json" "$deps/.installed"
 fi
+"$root/scripts/debian-source.sh" libxml2
 "$root/scripts/debian-source.sh" utf8proc '*/utf8proc.c' '*/utf8proc.h' '*/utf8proc_data.c' '*/LICENSE.md'
