@@ -77,6 +77,7 @@ THIRD_PARTY = {
     "nlohmann/": {"tools", "bench", "tests", "fuzz"},
     "libpff": {"tools", "tests"},
     "gmime/": {"tools", "tests"},
+    "libxml/": {"tools"},
 }
 # Headers of one operating system; besides these, whatever platform/mapi.h includes.
 SYSTEM_HEADER = re.compile(

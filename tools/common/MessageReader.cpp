@@ -8,9 +8,6 @@ namespace zeb::tools
 namespace
 {
 
-/// The nesting limit of the file format.
-constexpr int DeepestMessage = 32;
-
 /// All available columns of a table, text in 16 bits.
 std::vector<ULONG> AllColumns(CZebTable& table)
 {
@@ -80,6 +77,15 @@ bool HasObject(CZebIProp& object, ULONG tag)
 
 } // namespace
 
+void RefuseTooDeep(int depth)
+{
+    constexpr int DeepestMessage = 32;
+    if (depth > DeepestMessage)
+    {
+        throw ToolError("embedded messages are nested more than " + std::to_string(DeepestMessage) + " deep");
+    }
+}
+
 MessageContent PropertyReader::ReadMessage(CZebMessage& message)
 {
     return ReadMessage(message, 0);
@@ -87,10 +93,7 @@ MessageContent PropertyReader::ReadMessage(CZebMessage& message)
 
 MessageContent PropertyReader::ReadMessage(CZebMessage& message, int depth)
 {
-    if (depth > DeepestMessage)
-    {
-        throw ToolError("embedded messages are nested more than " + std::to_string(DeepestMessage) + " deep");
-    }
+    RefuseTooDeep(depth);
     MessageContent content;
     content.properties = ReadObject(message);
     content.recipients = ReadRecipients(message);

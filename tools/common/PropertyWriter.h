@@ -53,6 +53,10 @@ struct AttachmentContent
     std::shared_ptr<MessageContent> message; ///< the embedded message, if the attachment is one
 };
 
+/// Refuses embedded messages that are nested deeper than 32: files with such are errors or attacks on the stack.
+/// @param depth 0 for the message itself @throws ToolError
+void RefuseTooDeep(int depth);
+
 /// Fills a new message, including embedded messages; the message itself is not saved.
 /// @throws CZebException*, ToolError
 std::vector<Refusal> WriteMessage(CZebMessage& message, MessageContent& content, NameResolver& names);

@@ -20,11 +20,6 @@ bool IsFrom(const std::string& line)
     return line.compare(0, 5, "From ") == 0;
 }
 
-bool IsBlank(const std::string& line)
-{
-    return line == "\n" || line == "\r\n";
-}
-
 /// Removes one ">" from ">From ", ">>From " and so on.
 void Unquote(std::string& line)
 {

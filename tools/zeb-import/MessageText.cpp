@@ -12,11 +12,6 @@ namespace zeb::tools
 namespace
 {
 
-bool IsBlank(const std::string& line)
-{
-    return line == "\n" || line == "\r\n";
-}
-
 bool IsContinuation(const std::string& line)
 {
     return line[0] == ' ' || line[0] == '\t';
@@ -220,6 +215,11 @@ std::string HeadersOf(const std::string& bytes)
 }
 
 } // namespace
+
+bool IsBlank(const std::string& line)
+{
+    return line == "\n" || line == "\r\n";
+}
 
 bool IsHeaderLine(const std::string& line)
 {

@@ -8,6 +8,9 @@
 namespace zeb::tools
 {
 
+/// Whether a line consists of its end.
+bool IsBlank(const std::string& line);
+
 /// Whether a line begins with a header's name and a colon.
 bool IsHeaderLine(const std::string& line);
 

@@ -2,10 +2,10 @@
 
 #include "platform/tags.h"
 #include "platform/text.h"
+#include "tools/common/MailProperties.h"
 #include "tools/zeb-import/Addresses.h"
 #include "tools/zeb-import/Charset.h"
 #include "tools/zeb-import/MailDate.h"
-#include "tools/zeb-import/MailProperties.h"
 
 #include <cstring>
 
@@ -13,9 +13,6 @@ namespace zeb::tools
 {
 namespace
 {
-
-/// Values of PR_LAST_VERB_EXECUTED (answered) and PR_FLAG_STATUS (marked for follow-up).
-constexpr LONG VerbReply = 102, FlagMarked = 2;
 
 /// The headers of one message, encoded and unfolded.
 class Headers

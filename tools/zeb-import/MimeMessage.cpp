@@ -2,9 +2,9 @@
 
 #include "platform/tags.h"
 #include "tools/common/Failure.h"
+#include "tools/common/HtmlText.h"
+#include "tools/common/MailProperties.h"
 #include "tools/zeb-import/Charset.h"
-#include "tools/zeb-import/HtmlText.h"
-#include "tools/zeb-import/MailProperties.h"
 #include "tools/zeb-import/MessageText.h"
 #include "tools/zeb-import/MimeEnvelope.h"
 #include "tools/zeb-import/MimeParts.h"
@@ -15,8 +15,6 @@ namespace
 {
 
 constexpr LONG Utf8CodePage = 65001;
-constexpr int DeepestMessage = 32;
-
 MessageContent ContentOfBytes(std::string bytes, const std::optional<MailState>& state, int depth, Notes& notes);
 MessageContent ContentOf(GMimeMessage* message, const std::string& headers, const std::optional<MailState>& state,
                          int depth, Notes& notes);
@@ -199,10 +197,7 @@ private:
 MessageContent ContentOf(GMimeMessage* message, const std::string& headers, const std::optional<MailState>& state,
                          int depth, Notes& notes)
 {
-    if (depth > DeepestMessage)
-    {
-        throw ToolError("embedded messages are nested more than " + std::to_string(DeepestMessage) + " deep");
-    }
+    RefuseTooDeep(depth);
     MessageContent content;
     AddEnvelope(content, message, headers, state, notes);
     if (GMimeObject* root = g_mime_message_get_mime_part(message))

@@ -8,8 +8,6 @@ namespace
 
 /// Larger attachments (bytes) are read in pieces.
 constexpr size64_t LargestInMemory = 1024 * 1024;
-constexpr int DeepestMessage = 32;
-
 /// An attachment's bytes; keeps the attachment and its message open.
 class AttachmentBytes : public ByteSource
 {
@@ -134,10 +132,7 @@ std::vector<Properties> ReadRecipients(libpff_item_t* message)
 
 MessageContent ReadMessage(const std::shared_ptr<libpff_item_t>& item, int depth)
 {
-    if (depth > DeepestMessage)
-    {
-        throw ToolError("embedded messages are nested more than " + std::to_string(DeepestMessage) + " deep");
-    }
+    RefuseTooDeep(depth);
     MessageContent content;
     content.properties = pff::ReadRecordSet(item.get(), 0);
     StripSubjectMark(content.properties);

@@ -12,9 +12,6 @@ namespace zeb::tools
 namespace
 {
 
-/// The nesting limit of embedded messages: deeper files are errors or attacks on the stack.
-constexpr int DeepestMessage = 32;
-
 void RequireObject(const FileJson& value, const char* what)
 {
     if (!value.is_object())
@@ -104,10 +101,7 @@ AttachmentContent ParseAttachment(const FileJson& object, int depth)
 
 MessageContent ParseMessage(const FileJson& object, const char* where, int depth)
 {
-    if (depth > DeepestMessage)
-    {
-        throw ToolError("embedded messages are nested more than " + std::to_string(DeepestMessage) + " deep");
-    }
+    RefuseTooDeep(depth);
     MessageContent message;
     message.properties = PropertiesOf(object, where);
     for (const FileJson& recipient : ArrayOf(object, "recipients"))

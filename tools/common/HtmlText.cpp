@@ -1,4 +1,4 @@
-#include "tools/zeb-import/HtmlText.h"
+#include "tools/common/HtmlText.h"
 
 #include <libxml/HTMLparser.h>
 

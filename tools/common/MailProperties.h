@@ -6,6 +6,11 @@
 namespace zeb::tools
 {
 
+/// Values of PR_LAST_VERB_EXECUTED: answered, to the sender or to all.
+constexpr LONG VerbReply = 102, VerbReplyToAll = 103;
+/// The value of PR_FLAG_STATUS for a message that is marked for follow-up.
+constexpr LONG FlagMarked = 2;
+
 void AddBytes(Properties& properties, ULONG tag, std::string bytes);
 /// @param text UTF-8
 void AddText(Properties& properties, ULONG tag, const std::string& text);

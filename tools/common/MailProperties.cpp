@@ -1,4 +1,4 @@
-#include "tools/zeb-import/MailProperties.h"
+#include "tools/common/MailProperties.h"
 
 #include "platform/text.h"
 
