@@ -80,6 +80,16 @@ CZebRestriction CZebRestriction::CreateNot()
     return CZebRestriction(child, m_base);
 }
 
+CZebRestriction CZebRestriction::CreateSubRestriction(ULONG subObject)
+{
+    CheckValid();
+    auto* child = zeb::Allocate<SRestriction>(sizeof(SRestriction), m_base);
+    m_node->res.resSub.ulSubObject = subObject;
+    m_node->res.resSub.lpRes = child;
+    m_node->rt = RES_SUBRESTRICTION;
+    return CZebRestriction(child, m_base);
+}
+
 CZebOnePropVal CZebRestriction::CreateProp(ULONG propTag, ULONG relop)
 {
     CheckValid();

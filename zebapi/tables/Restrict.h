@@ -44,6 +44,9 @@ public:
     virtual void CreateContent(ULONG propTag, const char* text, ULONG fuzzyLevel);
     /// RES_BITMASK.
     virtual void CreateBitMask(ULONG propTag, ULONG mask, ULONG relBMR);
+    /// RES_SUBRESTRICTION: one recipient or one attachment of the message fits. @return a view of the condition for it.
+    /// @param subObject  PR_MESSAGE_RECIPIENTS or PR_MESSAGE_ATTACHMENTS
+    CZebRestriction CreateSubRestriction(ULONG subObject);
     ZEB_OVERLOADS(
         /// A child of an AND or OR.
         /// @throws CZebException* MAPI_E_INVALID_OBJECT for a node of another kind, E_INVALIDARG for an index outside.

@@ -259,6 +259,8 @@ const std::vector<Call<World>>& TableCalls()
         {"CZebRestriction::CreateOr", [](World& w) { w.restriction.CreateOr(2); }},
         {"CZebRestriction::CreateProp",
          [](World& w) { w.restriction.CreateProp(PR_SUBJECT_A, RELOP_EQ) = "Another"; }},
+        {"CZebRestriction::CreateSubRestriction",
+         [](World& w) { w.restriction.CreateSubRestriction(PR_MESSAGE_RECIPIENTS).CreateExist(PR_EMAIL_ADDRESS_A); }},
         {"CZebRestriction::IsEmpty", [](World& w) { w.restriction.IsEmpty(); }},
         {"CZebRestriction::operator type", [](World&) { OpenRestriction().operator SRestriction*(); }},
         {"CZebRestriction::operator=",

@@ -38,6 +38,7 @@ TEST_F(Restriction, OwnerWithoutATreeBuildsNothing)
     refuses([&] { none.CreateAnd(1); });
     refuses([&] { none.CreateOr(1); });
     refuses([&] { none.CreateNot(); });
+    refuses([&] { none.CreateSubRestriction(PR_MESSAGE_RECIPIENTS); });
     refuses([&] { none.CreateProp(PR_SUBJECT_A, RELOP_EQ); });
     refuses([&] { none.CreateExist(PR_SUBJECT_A); });
     refuses([&] { none.CreateCompareProps(PR_SUBJECT_A, PR_BODY_A, RELOP_EQ); });
@@ -105,6 +106,17 @@ TEST_F(Restriction, NotHandsOutItsChild)
     EXPECT_EQ(Root()->res.resNot.lpRes->res.resBitMask.ulMask, ULONG{MSGFLAG_READ});
     EXPECT_EQ(Root()->res.resNot.lpRes->res.resBitMask.relBMR, ULONG{BMR_NEZ});
     EXPECT_EQ(Root()->res.resNot.lpRes->res.resBitMask.ulPropTag, ULONG{PR_MESSAGE_FLAGS});
+}
+
+TEST_F(Restriction, SubRestrictionHandsOutItsCondition)
+{
+    CZebRestriction child = owner.CreateSubRestriction(PR_MESSAGE_ATTACHMENTS);
+    EXPECT_EQ(Root()->rt, ULONG{RES_SUBRESTRICTION});
+    EXPECT_EQ(Root()->res.resSub.ulSubObject, ULONG{PR_MESSAGE_ATTACHMENTS});
+    EXPECT_EQ(Root()->res.resSub.lpRes, static_cast<SRestriction*>(child));
+    child.CreateExist(PR_ATTACH_SIZE);
+    EXPECT_EQ(Root()->res.resSub.lpRes->rt, ULONG{RES_EXIST});
+    EXPECT_EQ(ThrownBy([&] { owner[0]; }), MAPI_E_INVALID_OBJECT);
 }
 
 TEST_F(Restriction, PropertyHandsOutItsValue)
@@ -189,6 +201,7 @@ TEST_F(Restriction, FailedAllocationsLeaveTheNodeAlone)
     fails([&] { owner.CreateAnd(1); });
     fails([&] { owner.CreateOr(1); });
     fails([&] { owner.CreateNot(); });
+    fails([&] { owner.CreateSubRestriction(PR_MESSAGE_RECIPIENTS); });
     fails([&] { owner.CreateProp(PR_SUBJECT_A, 0); });
 }
 
