@@ -4,6 +4,8 @@
 check-mail.py BUILD_DIR               imports the three sample mailboxes and the collection of tests/tools/mail_collection.py, reads
                                       the stores back (store_dump), and compares subject, author, dates, recipients, text and the
                                       hashes of the attachments with those that pffexport and Python's email package find.
+                                      Exports the collection as .eml and mbox, imports both again, and compares these and the
+                                      headers with what was exported; proves that a change of each is seen.
                                       Prints the counts, each difference, and at the end "N different".
 check-mail.py --self-test BUILD_DIR   proves on the collection that a change of each of these is seen
 """
@@ -36,6 +38,7 @@ SPEC.loader.exec_module(mailboxes)
 ASPECTS = ("subject", "author", "dates", "recipients", "text", "attachments")
 SUBJECT, CLASS, AUTHOR, AUTHOR_ADDRESS, SENDER, SENDER_ADDRESS = 0x37, 0x1A, 0x42, 0x65, 0xC1A, 0xC1F
 SUBMITTED, DELIVERED, BODY, HTML, CODE_PAGE, FLAGS = 0x39, 0xE06, 0x1000, 0x1013, 0x3FDE, 0xE07
+HEADERS = 0x7D
 NAME, ADDRESS, KIND, DATA, FILE_NAME, SHORT_NAME = 0x3001, 0x3003, 0xC15, 0x3701, 0x3707, 0x3704
 
 
@@ -254,18 +257,73 @@ def wanted(message):
 
 # Both.
 
-def import_collection(build, folder):
+def environment_of(folder):
     environment = dict(os.environ, ZEBAPI_REGISTRY=str(folder / "registry.reg"), XDG_CONFIG_HOME=str(folder))
     for name in ("ZEBAPI_LOG", "ZEBSTORE_TRACE", "ZEBSTORE_FAULT"):
         environment.pop(name, None)
+    return environment
+
+
+def dump(build, profile, environment):
+    return [json.loads(line) for line in mailboxes.run([build / "bin/store_dump", profile], env=environment).splitlines()]
+
+
+def import_collection(build, folder):
+    environment = environment_of(folder)
     tools, files = build / "bin", folder / "files"
     expected = mail_collection.write(files)
     mailboxes.run([tools / "zeb", "provider", "install"], env=environment)
     mailboxes.run([tools / "zeb", "profile", "create", "check", "--store", folder / "check.zeb", "--default"], env=environment)
     for source in [("eml", "mail"), ("eml", "box"), *(("mbox", file.name) for file in sorted(files.glob("*.mbox")))]:
         mailboxes.run([tools / "zeb-import", source[0], files / source[1]], codes=(0, 3), env=environment)
-    lines = [json.loads(line) for line in mailboxes.run([tools / "store_dump", "check"], env=environment).splitlines()]
-    return expected, lines
+    return expected, dump(build, "check", environment)
+
+
+def export_collection(build, folder, expected):
+    """Exports what import_collection imported in both forms of mail and imports that into another store.
+    @return what is there, and the folders of each form by those of the collection"""
+    environment = environment_of(folder)
+    tools, out = build / "bin", folder / "exported"
+    out.mkdir()
+    places = {}
+    for number, path in enumerate(expected):
+        name = "/".join(part.replace("/", "\\/") for part in path)
+        mailboxes.run([tools / "zeb", "export", "eml", name, "-o", out / f"eml/{number:03}"], env=environment)
+        mailboxes.run([tools / "zeb", "export", "mbox", name, "-o", out / f"{number:03}.mbox"], env=environment)
+        places[path] = ("eml", f"{number:03}"), (f"{number:03}",)
+    mailboxes.run([tools / "zeb", "profile", "create", "again", "--store", folder / "again.zeb", "--default"], env=environment)
+    for source in [("eml", "eml"), *(("mbox", file.name) for file in sorted(out.glob("*.mbox")))]:
+        mailboxes.run([tools / "zeb-import", source[0], out / source[1]], codes=(0, 3), env=environment)
+    return dump(build, "again", environment), places
+
+
+def header_lines(message):
+    """The stored headers but for those that describe the parts or the state, each in one line."""
+    text = text_in(by_identifier(message["properties"]), HEADERS)
+    lines = re.sub(r"\r\n[ \t]+", " ", text.split("\r\n\r\n")[0]).split("\r\n")
+    return [line.rstrip() for line in lines if re.match(r"[^\s:]+:", line)
+            and not re.match(r"(?i)content-|mime-version:|status:|x-status:", line)]
+
+
+def compare_exported(differences, lines, again, places):
+    store, other = mailboxes.Store(lines), mailboxes.Store(again)
+    for path, forms in places.items():
+        messages = store.messages.get(store.top + path, [])
+        for form, is_mbox in zip(forms, (False, True)):
+            found = other.messages.get(other.top + form, [])
+            where = f"{'/'.join(path)} as {'mbox' if is_mbox else 'eml'}"
+            if len(found) != len(messages):
+                differences.differ(f"{where}: {len(found)} messages come back, not {len(messages)}")
+            for number, (message, copied) in enumerate(zip(messages, found), 1):
+                differences.compare(f"{where}, message {number}", comparable(message, is_mbox), comparable(copied, is_mbox))
+
+
+def comparable(message, is_mbox):
+    aspects = dict(stored(message), headers=header_lines(message))
+    if is_mbox and isinstance(aspects["text"], str):
+        # The file's last line has an end.
+        aspects["text"] = aspects["text"].rstrip("\r\n")
+    return aspects
 
 
 def compare_collection(differences, expected, lines):
@@ -355,44 +413,75 @@ def check(build):
         different += report(name, differences) + (not differences.compared["text"])
     differences = Differences()
     with tempfile.TemporaryDirectory(prefix="zeb-mail-") as folder:
-        compare_collection(differences, *import_collection(build, pathlib.Path(folder)))
+        expected, lines = import_collection(build, pathlib.Path(folder))
+        compare_collection(differences, expected, lines)
+        exported = Differences()
+        again, places = export_collection(build, pathlib.Path(folder), expected)
+        compare_exported(exported, lines, again, places)
     different += report("collection", differences) + (not differences.compared["text"])
+    different += report("collection, exported and imported again", exported) + (not exported.compared["headers"])
+    print("changes of what was exported and imported again:")
+    different += missed_after_export(lines, again, places)
     print(f"{different} different")
     return different
 
 
-def self_test(build):
-    def last(lines, tag):
-        return [each for line in lines if line["kind"] == "message" for each in line["properties"] if each["tag"] == tag][-1]
+def last(lines, tag):
+    return [each for line in lines if line["kind"] == "message" for each in line["properties"] if each["tag"] == tag][-1]
 
-    def flip(values):
-        values[-1] = values[-1][:-1] + ("0" if values[-1][-1:] != "0" else "1")
 
-    def with_part(lines, part):
-        return [line for line in lines if line["kind"] == "message" and line[part]][-1][part][-1]
+def flip(values):
+    values[-1] = values[-1][:-1] + ("0" if values[-1][-1:] != "0" else "1")
 
-    changes = {
-        "subject": lambda lines: flip(last(lines, "0x0037001f")["values"]),
-        "author": lambda lines: flip(last(lines, "0x0042001f")["values"]),
-        "dates": lambda lines: flip(last(lines, "0x00390040")["values"]),
-        "text": lambda lines: flip(last(lines, "0x1000001f")["values"]),
-        "state": lambda lines: last(lines, "0x0e070003").update(values=["00000000" if last(lines, "0x0e070003")["values"][0][1] != "0" else "01000000"]),
-        "recipients": lambda lines: flip([each for each in with_part(lines, "recipients") if each["tag"] == "0x3001001f"][-1]["values"]),
-        "attachments": lambda lines: flip([each for each in with_part(lines, "attachments")["properties"] if each["tag"] == "0x37010102"][-1]["values"]),
-        "messages": lambda lines: lines.remove([line for line in lines if line["kind"] == "message"][-1]),
-    }
+
+def with_part(lines, part):
+    return [line for line in lines if line["kind"] == "message" and line[part]][-1][part][-1]
+
+
+# A change of the last message that has it, by what is to be seen.
+CHANGES = {
+    "subject": lambda lines: flip(last(lines, "0x0037001f")["values"]),
+    "author": lambda lines: flip(last(lines, "0x0042001f")["values"]),
+    "dates": lambda lines: flip(last(lines, "0x00390040")["values"]),
+    "text": lambda lines: flip(last(lines, "0x1000001f")["values"]),
+    "state": lambda lines: last(lines, "0x0e070003").update(values=["00000000" if last(lines, "0x0e070003")["values"][0][1] != "0" else "01000000"]),
+    "recipients": lambda lines: flip([each for each in with_part(lines, "recipients") if each["tag"] == "0x3001001f"][-1]["values"]),
+    "attachments": lambda lines: flip([each for each in with_part(lines, "attachments")["properties"] if each["tag"] == "0x37010102"][-1]["values"]),
+    "messages": lambda lines: lines.remove([line for line in lines if line["kind"] == "message"][-1]),
+}
+
+
+def missed_changes(changes, lines, compare):
+    """The number of changes that the comparison does not see. Prints what it says of each."""
     missed = 0
-    with tempfile.TemporaryDirectory(prefix="zeb-mail-") as folder:
-        expected, lines = import_collection(build, pathlib.Path(folder))
     for name, change in changes.items():
         changed = copy.deepcopy(lines)
         change(changed)
         differences = Differences()
-        compare_collection(differences, expected, changed)
+        compare(differences, changed)
         seen = any(name in each for each in differences.shown)
         print(f"  {name}: {differences.shown[0][:150] if seen else 'NOT SEEN'}")
         missed += not seen
     return missed
+
+
+def missed_after_export(lines, again, places):
+    # Without the message of 20,000 parts, which takes long to copy.
+    lines, again = ([line for line in each if len(line.get("attachments", [])) < 1000] for each in (lines, again))
+
+    def change_headers(changed):
+        values = last(changed, "0x007d001f")["values"]
+        values[0] = values[0][:1] + ("0" if values[0][1] != "0" else "1") + values[0][2:]
+
+    changes = {name: change for name, change in CHANGES.items() if name != "state"}
+    return missed_changes({**changes, "headers": change_headers}, again,
+                          lambda differences, changed: compare_exported(differences, lines, changed, places))
+
+
+def self_test(build):
+    with tempfile.TemporaryDirectory(prefix="zeb-mail-") as folder:
+        expected, lines = import_collection(build, pathlib.Path(folder))
+    return missed_changes(CHANGES, lines, lambda differences, changed: compare_collection(differences, expected, changed))
 
 
 def main():

@@ -192,7 +192,7 @@ class Messages(Changes):
         self.zeb("profile", "create", "other", "--store", self.path("other.zeb"))
         inside, other = self.ids("Inbox")[0], self.ids("Sub")[0]
         self.refused("show", inside, "--profile", "other", saying=["entry identifier", inside[-9:], "MAPI_E_"])
-        self.refused("rm", inside, other, "--hard", "--yes", saying="another folder")
+        self.refused("rm", inside, "5A" * 70, "--hard", "--yes", saying=["entry identifier", "MAPI_E_"])
         self.zeb("rm", inside, "--hard", "--yes")
         self.refused("show", inside, saying=["entry identifier", inside[-9:], "MAPI_E_NOT_FOUND"])
         self.refused("set", inside, "PR_SUBJECT=x", saying="MAPI_E_NOT_FOUND")
@@ -200,6 +200,19 @@ class Messages(Changes):
         self.refused("show", "5A" * 70, saying=["entry identifier", "MAPI_E_"])
         self.refused("show", other + "0", code=2, saying="digits")
         self.refused("find", other, saying=["entry identifier", "as a folder"])
+
+    def test_identifiers_may_be_of_several_folders(self):
+        inside, other = self.ids("Inbox")[0], self.ids("Sub")[0]
+        self.assertEqual(self.zeb("cp", inside, other, inside, "Outbox").out, "3 messages copied to folder 'Outbox'\n")
+        self.refused("mv", inside, other, "Sub", saying="it already is in folder 'Sub'")
+        self.zeb("mv", "Inbox", "three", "Deleted Items")
+        deleted = self.ids("Deleted Items")
+        self.refused("rm", inside, *deleted, saying="it already is there; --hard")
+        self.assertEqual(self.ids("Deleted Items"), deleted)
+        self.assertIn(inside, self.ids("Inbox"))
+        self.assertEqual(self.zeb("rm", inside, other, "--hard", "--yes").out, "2 messages deleted permanently\n")
+        self.assertNotIn(inside, self.ids("Inbox"))
+        self.assertNotIn(other, self.ids("Sub"))
 
     def test_hexadecimal_names_and_foreign_identifiers(self):
         self.load(message("beef", folder="abcd"), message("cafe", folder="abcd"))

@@ -30,7 +30,7 @@ class Usage(World):
                                 (["mv", "a"], "'zeb mv' needs FOLDER [MESSAGE...] TARGET"),
                                 (["ab", "compare", "00"], "'zeb ab compare' needs B"),
                                 (["inbox", "--limit"], "--limit needs a value"),
-                                (["inbox", "--sort", "colour"], "--sort: colour not in {date,subject,size}"),
+                                (["inbox", "--sort", "colour"], "--sort: colour not in {date,received,sender,subject,class,size}"),
                                 (["\u65e5\u672c\u8a9e"], "'zeb' has no command '\u65e5\u672c\u8a9e'")):
             with self.subTest(arguments=arguments):
                 self.refused(*arguments, code=2, saying=f"zeb: {said}; see 'zeb")
@@ -43,7 +43,7 @@ class Usage(World):
         self.assertIn("doctor", self.zeb("--help").out)
         inbox = self.zeb("inbox", "--help").out
         self.assertIn("  --limit N                   List only the first N messages\n", inbox)
-        self.assertIn("  --sort date|subject|size (date)\n", inbox)
+        self.assertIn("  --sort date|received|sender|subject|class|size (date)\n", inbox)
         move = self.zeb("mv", "--help").out
         self.assertIn("Usage: zeb mv [OPTIONS] FOLDER [MESSAGE...] TARGET\n", move)
         self.assertIn("\n  FOLDER [MESSAGE...] TARGET  A folder and", move.replace("TARGET\n" + " " * 30, "TARGET  "))

@@ -74,3 +74,61 @@ class Find(World):
         self.refused("find", "Inbox", "--size=-1", code=2, saying=["--size", "'-1'"])
         self.refused("find", "Inbox", "--max-size", "9999999999999999999999k", code=2, saying="--max-size")
         self.refused("find", "Nowhere/Else", saying="'Nowhere'")
+
+    def test_conditions_on_more_parts(self):
+        self.load({**message("Plan", "2026-01-07T00:00:00Z", PR_SENDER_NAME="Zed", PR_BODY="Soup and GRÜSSE", **{"0x10900003": 2}),
+                   "recipients": [{"properties": {"PR_RECIPIENT_TYPE": 2, "PR_DISPLAY_NAME": "Bob Çelik", "PR_EMAIL_ADDRESS": "bob@example.org"}},
+                                  {"properties": {"PR_RECIPIENT_TYPE": 1, "PR_DISPLAY_NAME": "Dan", "0x39FE001F": "dan@smtp.example"}}]})
+        def subjects(*conditions):
+            return [each["subject"] for each in self.found("Inbox", *conditions)]
+        for text in ("çelik", "BOB@example", "dan@smtp"):
+            self.assertEqual(subjects("--to", text), ["Plan"], text)
+        self.assertEqual(subjects("--to", "zed"), [])
+        self.assertEqual(subjects("--body", "grüsse"), ["Plan"])
+        self.assertEqual(subjects("--flag"), ["Plan"])
+        for text in ("plan", "soup", "ZED", "bob çel"):
+            self.assertEqual(subjects("--text", text), ["Plan"], text)
+        self.assertEqual(subjects("--not", "--text", "soup"), ["Budget 2026", "the budget, again", "Lunch", "Early"])
+        self.assertEqual(subjects("--not", "--subject", "budget", "--from", "ada"), ["Plan", "the budget, again", "Lunch", "Early"])
+        self.assertEqual(subjects("--not", "--subject", "budget", "--from", "ada", "--or"), ["Plan", "Early"])
+        self.refused("find", "Inbox", "--not", saying="--not needs a condition", code=2)
+
+    def test_any_property_is_compared(self):
+        self.load(message("Odd", "2026-01-08T00:00:00Z", PR_IMPORTANCE=2, PR_START_DATE="2026-05-01T00:00:00Z",
+                          **{"{00062008-0000-0000-C000-000000000046}:PT_LONG:id:0x8503": 7, "0x6801101F": ["a", "b"], "0x68020003": -5}))
+        def subjects(*conditions):
+            return [each["subject"] for each in self.found("Inbox", *sum((["--where", each] for each in conditions), []))]
+        for condition in ("PR_IMPORTANCE = 2", "PR_IMPORTANCE=2", "PR_IMPORTANCE > 1", "PR_IMPORTANCE >= 2", "PR_START_DATE > 2026-04-30", "0x68020003 < 0",
+                          "{00062008-0000-0000-C000-000000000046}:PT_LONG:id:0x8503 = 7", "PR_SUBJECT ~ ODD", "PR_SUBJECT = Odd", "PR_START_DATE"):
+            self.assertEqual(subjects(condition), ["Odd"], condition)
+        self.assertEqual(subjects("PR_MESSAGE_SIZE > 20K"), ["Lunch"])
+        self.assertEqual(subjects("PR_MESSAGE_SIZE < 20K", "PR_SENDER_NAME != Ada"), ["the budget, again", "Early"])
+        self.assertEqual(subjects("0x68020003 > 0"), [])
+        for condition, saying in (("PR_NONSENSE > 1", "PR_NONSENSE"), ("PR_IMPORTANCE ! 2", "operators"), ("PR_IMPORTANCE > much", "PR_IMPORTANCE"),
+                                  ("PR_IMPORTANCE ~ 2", "only texts"), ("0x6801101F = a", "several values"), ("= 2", "")):
+            self.refused("find", "Inbox", "--where", condition, saying=saying, code=2)
+
+    def test_orders_offsets_and_reverse(self):
+        def subjects(*options):
+            return [each["subject"] for each in self.found("Inbox", *options)]
+        self.assertEqual(subjects("--sort", "sender"), ["Budget 2026", "Early", "the budget, again", "Lunch"])
+        self.assertEqual(subjects("--sort", "sender", "--reverse"), ["Lunch", "the budget, again", "Early", "Budget 2026"])
+        self.assertEqual(subjects("--sort", "class")[-1], "the budget, again")
+        self.assertEqual(subjects("--reverse"), ["Early", "Lunch", "the budget, again", "Budget 2026"])
+        self.assertEqual(subjects("--offset", "1", "--limit", "2"), ["the budget, again", "Lunch"])
+        self.assertEqual(subjects("--offset", "9"), [])
+        self.assertEqual(subjects("--offset", "3", "--recursive"), ["Early", "Budget below"])
+        self.assertEqual(subjects("--offset", "4", "--recursive"), ["Budget below"])
+
+    def test_what_is_found_is_changed(self):
+        ids = self.zeb("find", "Inbox", "--subject", "budget", "--recursive", "--ids").out
+        self.assertEqual([len(line) for line in ids.splitlines()], [108] * 3)
+        self.assertEqual(self.zeb("cp", "-", "Outbox", given=ids).out, "3 messages copied to folder 'Outbox'\n")
+        copies = self.zeb("find", "Outbox", "--ids").out
+        exported = json.loads(self.zeb("export", "json", "-", given=copies).out)["messages"]
+        self.assertEqual(len(exported), 3)
+        self.assertEqual(self.zeb("mv", "-", "Sent Items", given=copies.replace("\n", "\r\n\r\n")).out, "3 messages moved to folder 'Sent Items'\n")
+        self.assertEqual(self.zeb("rm", "-", "--hard", "--yes", given=ids).out, "3 messages deleted permanently\n")
+        self.assertEqual(self.found("Inbox", "--subject", "budget", "--recursive"), [])
+        self.refused("rm", "-", saying="no message is given", code=2, given="\n")
+        self.refused("rm", "-", saying="0011", given="0011" * 12 + "\n")

@@ -186,3 +186,18 @@ class Terminal(World):
         lines = self.on_terminal("show", "Inbox", "1", columns=60).splitlines()
         self.assertTrue(all(len(line) <= 60 for line in lines[1:]), max(lines[1:], key=len))
         self.assertRegex("\n".join(lines), r"n+\u2026  PT_UNICODE     v{5,}\u2026")
+
+    def test_reading_wraps_and_uses_the_pager(self):
+        self.load(message("a", PR_BODY="word " * 30))
+        self.environment.pop("PAGER", None)
+        lines = self.on_terminal("read", "Inbox", "a", columns=50).splitlines()
+        self.assertEqual(lines[-3:], [("word " * 10)[:-1]] * 3)
+        self.environment["PAGER"] = "sed 's/^/through: /'"
+        shown = self.on_terminal("read", "Inbox", "a", columns=50).splitlines()
+        self.assertEqual(shown, ["through: " + line for line in lines])
+        self.assertEqual(self.on_terminal("read", "Inbox", "a", "--no-pager", columns=50).splitlines(), lines)
+        self.assertNotIn("through", self.zeb("read", "Inbox", "a").out)
+        self.environment["PAGER"] = "no-such-pager"
+        shown = self.on_terminal("read", "Inbox", "a", columns=50).splitlines()
+        self.assertEqual(shown[-len(lines):], lines)
+        self.assertIn("zeb: the pager 'no-such-pager' cannot be started", shown)

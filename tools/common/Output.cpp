@@ -14,14 +14,6 @@ namespace
 
 constexpr const char* Ellipsis = "\xE2\x80\xA6";
 
-/// The columns of the code point at `at`, which is advanced past it: none for combining marks and joiners, two for wide
-/// characters. Each invalid sequence has the column of its U+FFFD.
-size_t NextColumns(std::string_view text, size_t& at)
-{
-    const char32_t code = platform::NextCodePoint(text, at, platform::LoneSurrogate::Replaced);
-    return static_cast<size_t>(utf8proc_charwidth(static_cast<utf8proc_int32_t>(code)));
-}
-
 } // namespace
 
 std::string Utf8(const CStringW& text)
@@ -68,6 +60,12 @@ std::string OneLine(std::string text)
         }
     }
     return text;
+}
+
+size_t NextColumns(std::string_view text, size_t& at)
+{
+    const char32_t code = platform::NextCodePoint(text, at, platform::LoneSurrogate::Replaced);
+    return static_cast<size_t>(utf8proc_charwidth(static_cast<utf8proc_int32_t>(code)));
 }
 
 size_t DisplayWidth(std::string_view text)

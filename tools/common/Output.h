@@ -27,6 +27,10 @@ std::string NarrowFromUtf8(const std::string& text);
 /// The text with every control character replaced by a blank, so that a subject cannot move the cursor or break a line.
 std::string OneLine(std::string text);
 
+/// The columns of the code point at `at`, which is advanced past it: none for combining marks and joiners, two for wide
+/// characters. Each invalid sequence has the column of its U+FFFD.
+size_t NextColumns(std::string_view text, size_t& at);
+
 /// The columns that UTF-8 text takes on a terminal.
 size_t DisplayWidth(std::string_view text);
 

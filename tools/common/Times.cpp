@@ -104,7 +104,62 @@ bool ParseHexTime(const std::string& text, FILETIME& time)
     return true;
 }
 
+/// The parts of a date and a time of day, with the names that mail gives to days and months.
+struct MailTime
+{
+    explicit MailTime(const FILETIME& time)
+    {
+        constexpr const char* Weekdays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+        constexpr const char* Months[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                          "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+        const FilePoint point = PointOf(time);
+        const auto dayPoint = date::floor<date::days>(point);
+        const date::year_month_day civil(dayPoint);
+        const date::hh_mm_ss<FileTicks> sinceMidnight(point - dayPoint);
+        char text[16];
+        std::snprintf(text, sizeof text, "%02d:%02d:%02d", static_cast<int>(sinceMidnight.hours().count()),
+                      static_cast<int>(sinceMidnight.minutes().count()),
+                      static_cast<int>(sinceMidnight.seconds().count()));
+        clock = text;
+        weekday = Weekdays[date::weekday(dayPoint).c_encoding()];
+        month = Months[static_cast<unsigned>(civil.month()) - 1];
+        day = static_cast<unsigned>(civil.day());
+        year = static_cast<int>(civil.year());
+    }
+    std::string clock;
+    const char* weekday = "";
+    const char* month = "";
+    unsigned day = 0;
+    int year = 0;
+};
+
 } // namespace
+
+std::string TimeForMail(const FILETIME& time)
+{
+    if (!HasDate(time))
+    {
+        return "";
+    }
+    const MailTime parts(time);
+    char text[40];
+    std::snprintf(text, sizeof text, "%s, %02u %s %04d %s +0000", parts.weekday, parts.day, parts.month, parts.year,
+                  parts.clock.c_str());
+    return text;
+}
+
+std::string TimeForMbox(const FILETIME& time)
+{
+    if (!HasDate(time))
+    {
+        return "Thu Jan  1 00:00:00 1970";
+    }
+    const MailTime parts(time);
+    char text[40];
+    std::snprintf(text, sizeof text, "%s %s %2u %s %04d", parts.weekday, parts.month, parts.day, parts.clock.c_str(),
+                  parts.year);
+    return text;
+}
 
 const char* NameOfZone(Zone zone)
 {

@@ -31,4 +31,11 @@ std::string TimeForPeople(const FILETIME& time, Zone zone);
 /// The same with the offset from UTC: "2026-01-02 03:04:05 +09:00", or "2026-01-02 03:04:05 UTC".
 std::string TimeWithZone(const FILETIME& time, Zone zone);
 
+/// A file time as the date of a mail, in UTC: "Fri, 02 Jan 2026 03:04:05 +0000"; empty outside the years 1601 to 9999.
+std::string TimeForMail(const FILETIME& time);
+
+/// A file time as the date of a message in an mbox file, in UTC: "Fri Jan  2 03:04:05 2026"; that of 1970 outside the
+/// years 1601 to 9999.
+std::string TimeForMbox(const FILETIME& time);
+
 } // namespace zeb::tools

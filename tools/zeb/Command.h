@@ -18,6 +18,8 @@ void AddLoad(Command app);
 void AddAddressBook(Command app);
 void AddAttachments(Command app);
 void AddSave(Command app);
+void AddExport(Command app);
+void AddRead(Command app);
 void AddShow(Command app);
 void AddFind(Command app);
 void AddWatch(Command app);
@@ -39,6 +41,16 @@ inline void AddFolderArgument(Command command, std::string& folder)
         .Type("FOLDER");
 }
 
+/// Adds the required argument for a message of that folder.
+inline void AddMessageArgument(Command command, std::string& message)
+{
+    command
+        .AddOption("message", message,
+                   "A message of that folder, by its number (the # of 'zeb find'), its subject or its entry identifier")
+        .Required()
+        .Type("MESSAGE");
+}
+
 /// Adds an option with a count, "--limit N"; 0 when not given.
 inline void AddCountOption(Command command, const char* name, ULONG& count, const char* help)
 {
@@ -48,8 +60,9 @@ inline void AddCountOption(Command command, const char* name, ULONG& count, cons
 /// Adds "--sort", the order of a message list.
 inline void AddSortOption(Command command, std::string& sort)
 {
-    command.AddOption("--sort", sort, "By date (newest first), subject or size (largest first)")
-        .OneOf({"date", "subject", "size"})
+    command
+        .AddOption("--sort", sort, "By date or received (newest first), sender, subject, class or size (largest first)")
+        .OneOf({"date", "received", "sender", "subject", "class", "size"})
         .ShowDefault();
 }
 

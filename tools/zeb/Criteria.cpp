@@ -1,8 +1,13 @@
 #include "tools/zeb/Criteria.h"
 
+#include "platform/tags.h"
+#include "tools/common/Failure.h"
+#include "tools/common/MailProperties.h"
 #include "tools/common/Output.h"
 #include "tools/zeb/Arguments.h"
 #include "tools/zeb/Moments.h"
+
+#include <iterator>
 
 namespace zeb::tools
 {
@@ -30,6 +35,30 @@ void IsFrom(CZebRestriction& node, const CStringW& from)
     Contains(senderAddress, PR_SENDER_EMAIL_ADDRESS_W, from);
 }
 
+/// The name or an address of a recipient.
+void IsTo(CZebRestriction& node, const CStringW& to)
+{
+    constexpr ULONG Tags[] = {PR_DISPLAY_NAME_W, PR_EMAIL_ADDRESS_W, PR_SMTP_ADDRESS_W};
+    CZebRestriction recipient = node.CreateSubRestriction(PR_MESSAGE_RECIPIENTS);
+    recipient.CreateOr(static_cast<ULONG>(std::size(Tags)));
+    for (ULONG i = 0; i < std::size(Tags); ++i)
+    {
+        CZebRestriction child = recipient[i];
+        Contains(child, Tags[i], to);
+    }
+}
+
+/// The subject, the text, the sender or a recipient.
+void IsAnywhere(CZebRestriction& node, const CStringW& text)
+{
+    node.CreateOr(4);
+    CZebRestriction subject = node[0], body = node[1], from = node[2], to = node[3];
+    Contains(subject, PR_SUBJECT_W, text);
+    Contains(body, PR_BODY_W, text);
+    IsFrom(from, text);
+    IsTo(to, text);
+}
+
 /// The date that listings show: the submit time, or the delivery time when it has none.
 void CompareDate(CZebRestriction& node, ULONG relop, const FILETIME& time)
 {
@@ -46,31 +75,64 @@ void CompareDate(CZebRestriction& node, ULONG relop, const FILETIME& time)
 
 Criteria::Criteria(const CriteriaText& text)
     : m_any(text.any)
+    , m_inverted(text.inverted)
 {
-    if (!text.subject.empty())
-    {
-        m_conditions.push_back([subject = WideFromUtf8(text.subject)](CZebRestriction& node)
-        { Contains(node, PR_SUBJECT_W, subject); });
-    }
-    if (!text.from.empty())
-    {
-        m_conditions.push_back([from = WideFromUtf8(text.from)](CZebRestriction& node) { IsFrom(node, from); });
-    }
+    AddTexts(text);
     AddTimes(text);
     AddSizes(text);
-    if (!text.messageClass.empty())
+    AddStates(text);
+    for (const std::string& each : text.where)
     {
-        m_conditions.push_back([messageClass = WideFromUtf8(text.messageClass)](CZebRestriction& node)
-        { node.CreateContentW(PR_MESSAGE_CLASS_W, messageClass, FL_PREFIX | FL_IGNORECASE); });
+        m_comparisons.push_back(std::make_shared<Comparison>(ParseComparison(each)));
+        m_conditions.push_back([comparison = m_comparisons.back()](CZebRestriction& node) { comparison->Build(node); });
     }
+    if (m_inverted && m_conditions.empty())
+    {
+        throw UsageError("--not needs a condition");
+    }
+}
+
+void Criteria::AddTexts(const CriteriaText& text)
+{
+    const auto add = [&](const std::string& value, const auto& build)
+    {
+        if (!value.empty())
+        {
+            m_conditions.push_back([wanted = WideFromUtf8(value), build](CZebRestriction& node)
+            { build(node, wanted); });
+        }
+    };
+    add(text.subject, [](CZebRestriction& node, const CStringW& wanted) { Contains(node, PR_SUBJECT_W, wanted); });
+    add(text.from, IsFrom);
+    add(text.to, IsTo);
+    add(text.body, [](CZebRestriction& node, const CStringW& wanted) { Contains(node, PR_BODY_W, wanted); });
+    add(text.text, IsAnywhere);
+    add(text.messageClass, [](CZebRestriction& node, const CStringW& wanted)
+    { node.CreateContentW(PR_MESSAGE_CLASS_W, wanted, FL_PREFIX | FL_IGNORECASE); });
+}
+
+void Criteria::AddStates(const CriteriaText& text)
+{
     if (text.unread)
     {
         m_conditions.push_back([](CZebRestriction& node)
         { node.CreateBitMask(PR_MESSAGE_FLAGS, MSGFLAG_READ, BMR_EQZ); });
     }
+    if (text.flagged)
+    {
+        m_conditions.push_back([](CZebRestriction& node) { node.CreateProp(PR_FLAG_STATUS, RELOP_EQ) = FlagMarked; });
+    }
     if (text.attachments)
     {
         m_conditions.push_back([](CZebRestriction& node) { node.CreateProp(PR_HASATTACH, RELOP_EQ) = true; });
+    }
+}
+
+void Criteria::Resolve(CZebIProp& object)
+{
+    for (const std::shared_ptr<Comparison>& each : m_comparisons)
+    {
+        each->Resolve(object);
     }
 }
 
@@ -104,6 +166,16 @@ void Criteria::AddSizes(const CriteriaText& text)
 }
 
 void Criteria::Build(CZebRestriction& node) const
+{
+    if (!m_inverted)
+    {
+        return BuildAll(node);
+    }
+    CZebRestriction inner = node.CreateNot();
+    BuildAll(inner);
+}
+
+void Criteria::BuildAll(CZebRestriction& node) const
 {
     if (m_conditions.size() == 1)
     {

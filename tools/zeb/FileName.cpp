@@ -1,6 +1,7 @@
 #include "tools/zeb/FileName.h"
 
 #include "platform/text.h"
+#include "tools/common/Failure.h"
 #include "tools/common/Output.h"
 
 #include <algorithm>
@@ -91,6 +92,17 @@ std::string FreeFile(const std::string& directory, const std::string& name)
             Joined(directory, name.substr(0, extension) + " (" + std::to_string(number) + ")" + name.substr(extension));
     }
     return path;
+}
+
+void MakeDirectory(const std::string& directory)
+{
+    std::error_code failure;
+    const auto path = std::filesystem::u8path(directory);
+    std::filesystem::create_directories(path, failure);
+    if (!std::filesystem::is_directory(path, failure))
+    {
+        throw ToolError("the directory '" + ValidUtf8(directory) + "' cannot be created");
+    }
 }
 
 } // namespace zeb::tools

@@ -28,6 +28,9 @@ struct FindOptions
     CriteriaText criteria;
     std::string sort = "date";
     ULONG limit = 0;
+    ULONG offset = 0; ///< matches that are not listed
+    bool reverse = false;
+    bool ids = false; ///< only entry identifiers
     bool associated = false;
     bool recursive = false;
     bool json = false;
@@ -50,7 +53,10 @@ public:
                     options.criteria.utc ? Zone::Utc : Zone::Local)
         , m_lister(options.json)
     {
-        m_lister.Begin([] { return Json::object(); }, "messages");
+        if (!m_options.ids)
+        {
+            m_lister.Begin([] { return Json::object(); }, "messages");
+        }
     }
 
     void In(CZebFolder& folder, const FolderPath& path)
@@ -66,14 +72,27 @@ public:
             table.Restrict(restriction, 0);
         }
         CZebSortOrder order(0, 0);
-        AddSortKeys(m_options.sort, order);
+        AddSortKeys(m_options.sort, m_options.reverse, order);
         table.SortTable(order);
         const ULONG found = table.GetRowCount();
+        const ULONG skipped = std::min(found, m_options.offset - std::min(m_options.offset, m_found));
         m_found += found;
-        const ULONG room = m_options.limit == 0 ? found : m_options.limit - Shown();
-        std::vector<MessageRow> rows = Read(table, std::min(found, room));
-        SetNumbers(folder, rows);
-        Show(rows, path);
+        const ULONG left = found - skipped;
+        const ULONG room = m_options.limit == 0 ? left : m_options.limit - Shown();
+        if (skipped != 0)
+        {
+            table.SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(skipped), nullptr);
+        }
+        std::vector<MessageRow> rows = Read(table, std::min(left, room));
+        if (m_options.ids)
+        {
+            ShowIds(rows);
+        }
+        else
+        {
+            SetNumbers(folder, rows);
+            Show(rows, path);
+        }
         if (m_options.recursive)
         {
             Below(folder, path);
@@ -82,6 +101,10 @@ public:
 
     void End()
     {
+        if (m_options.ids)
+        {
+            return;
+        }
         m_lister.End(Json{{"found", m_found}, {"searched", m_searched}});
         m_lister.Text([&] { Print(Counts() + "\n"); });
     }
@@ -160,6 +183,14 @@ private:
         }
     }
 
+    void ShowIds(const std::vector<MessageRow>& rows)
+    {
+        for (const MessageRow& row : rows)
+        {
+            m_lister.Row([] { return Json(); }, [&] { Print(std::string(row.entryId.String()) + "\n"); });
+        }
+    }
+
     std::string HeadingOf(const FolderPath& path) const
     {
         if (!m_options.recursive)
@@ -191,8 +222,9 @@ private:
 
 int Run(const FindOptions& options)
 {
-    const Criteria criteria(options.criteria);
+    Criteria criteria(options.criteria);
     Mailbox mailbox(options.profile);
+    criteria.Resolve(mailbox.Store());
     CZebFolder folder = mailbox.OpenFolder(options.folder);
     const FolderPath path = mailbox.PathOf(folder);
     Search search(options, criteria);
@@ -207,13 +239,26 @@ void AddCriteria(Command command, CriteriaText& criteria)
     { command.AddOption(name, value, help).Type(type).Group("Conditions"); };
     add("--subject", criteria.subject, "TEXT", "The subject contains the text, in any letter case");
     add("--from", criteria.from, "TEXT", "The name or address of the sender contains the text");
+    add("--to", criteria.to, "TEXT", "The name or address of a recipient contains the text");
+    add("--body", criteria.body, "TEXT", "The text of the message contains the text");
+    add("--text", criteria.text, "TEXT", "The subject, the text, the sender or a recipient contains the text");
     add("--since", criteria.since, "DATE", "Sent at or after: 2026-01-02, 2026-01-02T03:04:05+01:00, yesterday, 7d");
     add("--until", criteria.until, "DATE", "Sent at or before; a date includes the whole day");
     add("--size", criteria.size, "BYTES", "At least this size: 1500, 10k, 2M");
     add("--max-size", criteria.maxSize, "BYTES", "At most this size");
     add("--class", criteria.messageClass, "CLASS", "The message class begins with the text, such as IPM.Note");
     command.AddFlag("--unread", criteria.unread, "Unread messages").Group("Conditions");
+    command.AddFlag("--flag", criteria.flagged, "Messages marked for follow-up").Group("Conditions");
+    command
+        .AddOption("--where", criteria.where,
+                   "A property compares with a value (= != < <= > >=), contains a text (~) or exists: "
+                   "\"PR_MESSAGE_SIZE > 100K\"")
+        .Type("CONDITION")
+        .OneValueEach()
+        .TakeAll()
+        .Group("Conditions");
     command.AddFlag("--attachments", criteria.attachments, "Messages with attachments").Group("Conditions");
+    command.AddFlag("--not", criteria.inverted, "List the messages that do not match").Group("Conditions");
     command.AddFlag("--or", criteria.any, "Match any of the conditions instead of all").Group("Conditions");
 }
 
@@ -229,9 +274,13 @@ void AddFind(Command app)
     command.AddFlag("-r,--recursive", options->recursive, "Search the subfolders too");
     command.AddFlag("--associated", options->associated, "Search the hidden (associated) messages");
     AddCountOption(command, "--limit", options->limit, "List only the first N messages");
+    AddCountOption(command, "--offset", options->offset, "Leave out the first N messages");
     AddSortOption(command, options->sort);
+    command.AddFlag("--reverse", options->reverse, "List in the reverse order");
     AddUtcOption(command, options->criteria.utc);
     command.AddFlag("--json", options->json, "Print JSON");
+    command.AddFlag("--ids", options->ids, "Print only entry identifiers, which other commands accept as -")
+        .Excludes("--json");
     command.Footer("The # is the message's number in its folder, which the other commands accept; 1 is the "
                    "oldest message.");
     command.Runs([options] { return Run(*options); });

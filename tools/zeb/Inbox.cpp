@@ -28,7 +28,7 @@ void ListTable(CZebTable& table, const InboxOptions& options)
 {
     SetMessageColumns(table);
     CZebSortOrder order(0, 0);
-    AddSortKeys(options.sort, order);
+    AddSortKeys(options.sort, false, order);
     table.SortTable(order);
 
     const ULONG total = table.GetRowCount();

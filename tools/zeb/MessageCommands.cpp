@@ -44,31 +44,37 @@ void FillList(CZebBinArray& list, const std::vector<FoundMessage>& messages)
 int TransferMessages(Mailbox& mailbox, const MessageChangeOptions& options)
 {
     const std::vector<std::string> sources(options.arguments.begin(), options.arguments.end() - 1);
-    FoundMessages found = mailbox.FindMessages(sources);
+    std::vector<FoundMessages> groups = mailbox.FindMessages(sources);
     CZebFolder target = mailbox.OpenFolder(options.arguments.back());
     const FolderPath path = mailbox.PathOf(target);
-    if (options.move && mailbox.Session().CompareEntryIDs(found.folder.GetEntryID(), target.GetEntryID()))
+    for (FoundMessages& found : groups)
     {
-        throw ToolError(Named(found.messages) + " cannot be moved: it already is in " + Named(path));
-    }
-    CZebBinArray list(static_cast<ULONG>(found.messages.size()));
-    FillList(list, found.messages);
-    try
-    {
-        if (options.move)
+        if (options.move && mailbox.Session().CompareEntryIDs(found.folder.GetEntryID(), target.GetEntryID()))
         {
-            found.folder.MoveMessages(list, target, 0, nullptr, nullptr);
-        }
-        else
-        {
-            found.folder.CopyMessages(list, target, 0, nullptr, nullptr);
+            throw ToolError(Named(found.messages) + " cannot be moved: it already is in " + Named(path));
         }
     }
-    catch (...)
+    for (FoundMessages& found : groups)
     {
-        FailWhile((options.move ? "moving " : "copying ") + Named(found.messages));
+        CZebBinArray list(static_cast<ULONG>(found.messages.size()));
+        FillList(list, found.messages);
+        try
+        {
+            if (options.move)
+            {
+                found.folder.MoveMessages(list, target, 0, nullptr, nullptr);
+            }
+            else
+            {
+                found.folder.CopyMessages(list, target, 0, nullptr, nullptr);
+            }
+        }
+        catch (...)
+        {
+            FailWhile((options.move ? "moving " : "copying ") + Named(found.messages));
+        }
     }
-    Print(Named(found.messages) + (options.move ? " moved to " : " copied to ") + Named(path) + "\n");
+    Print(Named(AllOf(groups)) + (options.move ? " moved to " : " copied to ") + Named(path) + "\n");
     return ExitDone;
 }
 
@@ -80,7 +86,7 @@ struct FolderTarget
     std::string newName;
 };
 
-FolderTarget FindChangedObject(Mailbox& mailbox, const std::string& text, const std::string& name)
+FolderTarget FindFolderTarget(Mailbox& mailbox, const std::string& text, const std::string& name)
 {
     FolderTarget target;
     try
@@ -114,7 +120,7 @@ int TransferFolder(Mailbox& mailbox, const MessageChangeOptions& options)
     {
         throw ToolError(Named(path) + " cannot be " + (options.move ? "moved" : "copied"));
     }
-    FolderTarget target = FindChangedObject(mailbox, options.arguments.back(), path.names.back());
+    FolderTarget target = FindFolderTarget(mailbox, options.arguments.back(), path.names.back());
     try
     {
         CZebFolder parent(nullptr);
@@ -140,39 +146,46 @@ int TransferFolder(Mailbox& mailbox, const MessageChangeOptions& options)
 int Transfer(const MessageChangeOptions& options)
 {
     Mailbox mailbox(options.profile);
-    const bool isMessage =
-        options.arguments.size() > 2 || (LooksLikeEntryId(options.arguments.front()) &&
-                                         mailbox.OpenAny(options.arguments.front()).GetObjectType() == MAPI_MESSAGE);
+    const bool isMessage = options.arguments.size() > 2 || options.arguments.front() == InputMark ||
+                           (LooksLikeEntryId(options.arguments.front()) &&
+                            mailbox.OpenAny(options.arguments.front()).GetObjectType() == MAPI_MESSAGE);
     return isMessage ? TransferMessages(mailbox, options) : TransferFolder(mailbox, options);
 }
 
 int Delete(const MessageChangeOptions& options)
 {
     Mailbox mailbox(options.profile);
-    FoundMessages found = mailbox.FindMessages(options.arguments);
-    CZebMessage first(nullptr);
-    found.folder.OpenEntry(found.messages.front().entryId, first, MAPI_BEST_ACCESS);
-    if (!options.hard && mailbox.Store().IsUnderDeleted(mailbox.Session(), first))
+    const std::vector<FoundMessages> groups = mailbox.FindMessages(options.arguments);
+    const std::vector<FoundMessage> messages = AllOf(groups);
+    for (const FoundMessages& found : groups)
     {
-        throw ToolError(Named(found.messages) +
-                        " cannot be moved to the deleted items: it already is there; --hard deletes it "
-                        "permanently");
+        CZebMessage first(nullptr);
+        mailbox.Store().OpenEntry(found.messages.front().entryId, first, MAPI_BEST_ACCESS);
+        if (!options.hard && mailbox.Store().IsUnderDeleted(mailbox.Session(), first))
+        {
+            throw ToolError(Named(found.messages) +
+                            " cannot be moved to the deleted items: it already is there; --hard deletes it "
+                            "permanently");
+        }
     }
     if (options.hard)
     {
-        Confirm("delete " + Named(found.messages) + " permanently", options.yes);
+        Confirm("delete " + Named(messages) + " permanently", options.yes);
     }
-    CZebBinArray list(static_cast<ULONG>(found.messages.size()));
-    FillList(list, found.messages);
-    try
+    for (const FoundMessages& found : groups)
     {
-        mailbox.Store().DeleteMessages(list, options.hard);
+        CZebBinArray list(static_cast<ULONG>(found.messages.size()));
+        FillList(list, found.messages);
+        try
+        {
+            mailbox.Store().DeleteMessages(list, options.hard);
+        }
+        catch (...)
+        {
+            FailWhile("deleting " + Named(found.messages));
+        }
     }
-    catch (...)
-    {
-        FailWhile("deleting " + Named(found.messages));
-    }
-    Print(Named(found.messages) + (options.hard ? " deleted permanently\n" : " moved to the deleted items\n"));
+    Print(Named(messages) + (options.hard ? " deleted permanently\n" : " moved to the deleted items\n"));
     return ExitDone;
 }
 
@@ -286,7 +299,8 @@ int Set(const MessageChangeOptions& options)
 
 constexpr const char* HowToName =
     "A message is given by its folder and its number there (the # of 'zeb find') or its subject, or by its "
-    "entry identifier alone; subject:123 means the subject 123.";
+    "entry identifier alone; several by numbers and ranges (1-3,7,12-); - stands for entry identifiers on standard "
+    "input ('zeb find --ids'); subject:123 means the subject 123.";
 
 void AddTransfer(Command app, const char* name, const char* help, bool move)
 {

@@ -75,21 +75,42 @@ void ForEachMessage(CZebTable& table, ULONG count, const std::function<void(cons
     }
 }
 
-void AddSortKeys(const std::string& by, CZebSortOrder& order)
+void AddSortKeys(const std::string& by, bool reverse, CZebSortOrder& order)
 {
+    const auto add = [&](ULONG tag, ULONG direction)
+    {
+        const ULONG other = direction == TABLE_SORT_ASCEND ? TABLE_SORT_DESCEND : TABLE_SORT_ASCEND;
+        order.Add(tag, reverse ? other : direction);
+    };
     if (by == "subject")
     {
-        order.Add(PR_SUBJECT_W, TABLE_SORT_ASCEND);
+        add(PR_SUBJECT_W, TABLE_SORT_ASCEND);
     }
-    if (by == "size")
+    else if (by == "size")
     {
-        order.Add(PR_MESSAGE_SIZE, TABLE_SORT_DESCEND);
+        add(PR_MESSAGE_SIZE, TABLE_SORT_DESCEND);
     }
-    order.Add(PR_CLIENT_SUBMIT_TIME, TABLE_SORT_DESCEND);
-    order.Add(PR_MESSAGE_DELIVERY_TIME, TABLE_SORT_DESCEND);
+    else if (by == "sender")
+    {
+        add(PR_SENT_REPRESENTING_NAME_W, TABLE_SORT_ASCEND);
+        add(PR_SENDER_NAME_W, TABLE_SORT_ASCEND);
+    }
+    else if (by == "received")
+    {
+        add(PR_MESSAGE_DELIVERY_TIME, TABLE_SORT_DESCEND);
+    }
+    else if (by == "class")
+    {
+        add(PR_MESSAGE_CLASS_W, TABLE_SORT_ASCEND);
+    }
+    add(PR_CLIENT_SUBMIT_TIME, TABLE_SORT_DESCEND);
+    if (by != "received")
+    {
+        add(PR_MESSAGE_DELIVERY_TIME, TABLE_SORT_DESCEND);
+    }
     if (by != "subject")
     {
-        order.Add(PR_SUBJECT_W, TABLE_SORT_ASCEND);
+        add(PR_SUBJECT_W, TABLE_SORT_ASCEND);
     }
 }
 

@@ -31,9 +31,9 @@ void SetMessageColumns(CZebTable& table);
 /// Reads the next `count` messages of a table with those columns, fewer when the table ends before.
 void ForEachMessage(CZebTable& table, ULONG count, const std::function<void(const MessageRow& row)>& take);
 
-/// Newest first ("date"), by subject from A to Z ("subject"), largest first ("size"); equal ones by date, then by
-/// subject, so that the order is defined.
-void AddSortKeys(const std::string& by, CZebSortOrder& order);
+/// Newest first ("date" sent, "received"), from A to Z ("subject", "sender", "class"), largest first ("size"); equal ones
+/// by date, then by subject, so that the order is defined.
+void AddSortKeys(const std::string& by, bool reverse, CZebSortOrder& order);
 
 /// The columns of a listing. On a narrow terminal the sender shrinks, then the size, the time of day and the sender are
 /// left out, so that the beginning of the subject is visible.

@@ -2,9 +2,12 @@
 
 #include "tools/common/Failure.h"
 #include "tools/common/Output.h"
+#include "tools/zeb/NumberList.h"
 
 #include <algorithm>
 #include <cstring>
+#include <iostream>
+#include <set>
 
 namespace zeb::tools
 {
@@ -47,6 +50,35 @@ std::string MessageNamed(CZebPropObj& message)
 CZebBinary EntryIdAt(const CZebRowSet& rows, ULONG index)
 {
     return CZebBinary(static_cast<const SBinary&>(rows[index][PR_ENTRYID]));
+}
+
+/// The arguments with the lines of standard input in place of each InputMark.
+std::vector<std::string> WithInput(const std::vector<std::string>& arguments)
+{
+    std::vector<std::string> all;
+    for (const std::string& argument : arguments)
+    {
+        if (argument != InputMark)
+        {
+            all.push_back(argument);
+            continue;
+        }
+        for (std::string line; std::getline(std::cin, line);)
+        {
+            line.erase(line.find_last_not_of(" \t\r") + 1);
+            if (!line.empty())
+            {
+                all.push_back(line);
+            }
+        }
+    }
+    return all;
+}
+
+/// A message as shown in messages. @param row with PR_SUBJECT_W
+std::string NumberedMessage(const std::string& number, const CZebRow& row, const FolderPath& path)
+{
+    return "message " + number + " (" + Quoted(TextOf(row, PR_SUBJECT_W)) + ") of " + Named(path);
 }
 
 } // namespace
@@ -181,8 +213,8 @@ FoundMessage Mailbox::FindMessage(CZebFolder& folder, const FolderPath& path, co
         const ULONG number = text.size() < 10 ? static_cast<ULONG>(std::stoul(text)) : 0;
         if (number == 0 || number > count)
         {
-            throw ToolError("there is no message " + text + " in " + Named(path) + ": it has " + Grouped(count) +
-                            (count == 1 ? " message" : " messages") + "; write a subject of digits as " + SubjectMark +
+            throw ToolError("there is no message " + text + " in " + Named(path) + ": it has " +
+                            Counted(count, "message", "messages") + "; write a subject of digits as " + SubjectMark +
                             text);
         }
         table.SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(number - 1), nullptr);
@@ -191,8 +223,7 @@ FoundMessage Mailbox::FindMessage(CZebFolder& folder, const FolderPath& path, co
         {
             throw ToolError("message " + text + " of " + Named(path) + " no longer exists");
         }
-        return {EntryIdAt(rows, 0),
-                "message " + text + " (" + Quoted(TextOf(rows[0], PR_SUBJECT_W)) + ") of " + Named(path)};
+        return {EntryIdAt(rows, 0), NumberedMessage(text, rows[0], path)};
     }
     const std::string subject = IsMarkedSubject(text) ? text.substr(std::strlen(SubjectMark)) : text;
     CZebRestrictionAllocator bySubject;
@@ -213,10 +244,10 @@ FoundMessage Mailbox::FindMessage(CZebFolder& folder, const FolderPath& path, co
     return {EntryIdAt(rows, 0), "message " + Quoted(subject) + " of " + Named(path)};
 }
 
-FoundMessages Mailbox::MessagesById(const std::vector<std::string>& identifiers)
+std::vector<FoundMessages> Mailbox::MessagesById(const std::vector<std::string>& identifiers)
 {
-    FoundMessages found;
-    CZebBinary parent;
+    std::vector<FoundMessages> groups;
+    std::vector<CZebBinary> parents;
     for (const std::string& hex : identifiers)
     {
         CZebPropObj object = OpenAny(hex);
@@ -224,22 +255,29 @@ FoundMessages Mailbox::MessagesById(const std::vector<std::string>& identifiers)
         {
             throw ToolError(NamedEntryId(hex) + " names no message");
         }
-        const CZebBinary above = object.GetParentID();
-        if (parent.IsValid() && !Session().CompareEntryIDs(parent, above))
+        const CZebBinary parent = object.GetParentID();
+        size_t at = parents.size();
+        while (at > 0 && !Session().CompareEntryIDs(parents[at - 1], parent))
         {
-            throw ToolError(NamedEntryId(hex) + " names a message in another folder than the previous one");
+            --at;
         }
-        parent = above;
-        found.messages.push_back({EntryIdFromText(hex), MessageNamed(object)});
+        if (at == 0)
+        {
+            parents.push_back(parent);
+            FoundMessages& group = groups.emplace_back();
+            m_store.OpenEntry(parent, group.folder, MAPI_BEST_ACCESS);
+            group.path = PathOf(group.folder);
+            at = groups.size();
+        }
+        groups[at - 1].messages.push_back({EntryIdFromText(hex), MessageNamed(object)});
     }
-    m_store.OpenEntry(parent, found.folder, MAPI_BEST_ACCESS);
-    found.path = PathOf(found.folder);
-    return found;
+    return groups;
 }
 
-FoundMessages Mailbox::FindMessages(const std::vector<std::string>& arguments)
+std::vector<FoundMessages> Mailbox::FindMessages(const std::vector<std::string>& given)
 {
-    const bool allIds = std::all_of(arguments.begin(), arguments.end(), LooksLikeEntryId);
+    const std::vector<std::string> arguments = WithInput(given);
+    const bool allIds = !arguments.empty() && std::all_of(arguments.begin(), arguments.end(), LooksLikeEntryId);
     if (allIds)
     {
         CZebPropObj first = OpenAny(arguments.front());
@@ -258,9 +296,56 @@ FoundMessages Mailbox::FindMessages(const std::vector<std::string>& arguments)
     found.path = PathOf(found.folder);
     for (size_t i = 1; i < arguments.size(); ++i)
     {
-        found.messages.push_back(FindMessage(found.folder, found.path, arguments[i]));
+        AddMessages(found, arguments[i]);
     }
-    return found;
+    return {found};
+}
+
+std::vector<FoundMessage> AllOf(const std::vector<FoundMessages>& groups)
+{
+    std::vector<FoundMessage> all;
+    for (const FoundMessages& group : groups)
+    {
+        all.insert(all.end(), group.messages.begin(), group.messages.end());
+    }
+    return all;
+}
+
+void Mailbox::AddMessages(FoundMessages& found, const std::string& text)
+{
+    const std::vector<NumberRange> ranges = IsNumber(text) ? std::vector<NumberRange>() : ParseNumberList(text);
+    if (ranges.empty())
+    {
+        found.messages.push_back(FindMessage(found.folder, found.path, text));
+        return;
+    }
+    CZebTable table = found.folder.GetContentsTable(MAPI_UNICODE);
+    table.SetColumns(2, PR_ENTRYID, PR_SUBJECT_W);
+    const ULONG count = table.GetRowCount();
+    std::set<uint64_t> known;
+    for (const NumberRange& range : ranges)
+    {
+        const uint64_t last = range.last.value_or(count);
+        if (range.first == 0 || range.first > last || last > count)
+        {
+            throw ToolError("there are no messages " + text + " in " + Named(found.path) + ": it has " +
+                            Counted(count, "message", "messages") + "; write such a subject as " + SubjectMark + text);
+        }
+        table.SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(range.first - 1), nullptr);
+        uint64_t number = range.first;
+        for (const CZebRow row : CZebTableRows(table))
+        {
+            if (known.insert(number).second)
+            {
+                found.messages.push_back({static_cast<const SBinary&>(row[PR_ENTRYID]),
+                                          NumberedMessage(std::to_string(number), row, found.path)});
+            }
+            if (++number > last)
+            {
+                break;
+            }
+        }
+    }
 }
 
 } // namespace zeb::tools

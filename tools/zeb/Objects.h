@@ -35,6 +35,12 @@ struct FoundMessages
     std::vector<FoundMessage> messages;
 };
 
+/// All messages of several folders.
+std::vector<FoundMessage> AllOf(const std::vector<FoundMessages>& groups);
+
+/// The argument for the lines of standard input.
+constexpr const char* InputMark = "-";
+
 /// The default store of a profile for the duration of one command.
 class Mailbox
 {
@@ -57,12 +63,15 @@ public:
     /// prefix "subject:" forces a subject. @throws ToolError when there is none, or several have that subject
     FoundMessage FindMessage(CZebFolder& folder, const FolderPath& path, const std::string& text,
                              bool associated = false);
-    /// Messages of a command line: a folder and its messages, or entry identifiers of messages of one folder.
+    /// Messages of a command line: a folder and its messages, each as for FindMessage or numbers and ranges ("1-3,7,12-"),
+    /// or entry identifiers of messages. InputMark stands for the lines of standard input.
+    /// @return the messages of each folder
     /// @throws UsageError when no message is given; ToolError
-    FoundMessages FindMessages(const std::vector<std::string>& arguments);
+    std::vector<FoundMessages> FindMessages(const std::vector<std::string>& arguments);
 
 private:
-    FoundMessages MessagesById(const std::vector<std::string>& identifiers);
+    std::vector<FoundMessages> MessagesById(const std::vector<std::string>& identifiers);
+    void AddMessages(FoundMessages& found, const std::string& text);
 
     HostSession m_session;
     CZebMsgStore m_store;

@@ -21,6 +21,7 @@ int main(int argc, char** argv)
     AddInbox(app);
     AddFind(app);
     AddWatch(app);
+    AddRead(app);
     AddShow(app);
     AddAttachments(app);
     AddMessageCommands(app);
@@ -28,6 +29,7 @@ int main(int argc, char** argv)
     AddLoad(app);
     AddAddressBook(app);
     AddSave(app);
+    AddExport(app);
     AddNames(app);
     return line.Run(zeb::platform::Arguments(argc, argv));
 }

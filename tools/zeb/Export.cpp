@@ -1,0 +1,423 @@
+// zeb export
+#include "platform/console.h"
+#include "platform/interrupt.h"
+#include "platform/tags.h"
+#include "tools/common/Failure.h"
+#include "tools/common/FolderName.h"
+#include "tools/common/MailProperties.h"
+#include "tools/common/Output.h"
+#include "tools/common/Progress.h"
+#include "tools/common/PropertyReader.h"
+#include "tools/zeb/Command.h"
+#include "tools/zeb/Csv.h"
+#include "tools/zeb/FileName.h"
+#include "tools/zeb/Lister.h"
+#include "tools/zeb/MimeWriter.h"
+#include "tools/zeb/Objects.h"
+#include "tools/zeb/OutputFile.h"
+#include "tools/zeb/ReadableMessage.h"
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace zeb::tools
+{
+namespace
+{
+
+struct ExportOptions
+{
+    std::string profile;
+    std::string format;
+    std::string folder;
+    std::vector<std::string> messages;
+    std::string output; ///< path, UTF-8; empty: standard output
+};
+
+/// A message to be exported.
+struct ExportedMessage
+{
+    CZebBinary entryId;
+    std::string name;    ///< as shown in messages
+    uint64_t number = 0; ///< position among the exported ones, from 1
+};
+
+/// Writes messages in one format.
+class Format
+{
+public:
+    virtual ~Format() = default;
+    virtual void Begin() {}
+    /// @return false when something of the message was left out and said
+    virtual bool Add(CZebMessage& message, const ExportedMessage& exported) = 0;
+    virtual void End() {}
+};
+
+std::string HexOf(const CZebBinary& entryId)
+{
+    return entryId.IsValid() ? static_cast<const char*>(entryId.String()) : "";
+}
+
+void Note(Progress& progress, const ExportedMessage& exported, const std::string& what)
+{
+    progress.Clear();
+    Complain("zeb", exported.name + ": " + what);
+}
+
+/// What both forms of mail need: the complete message, and notes about what it cannot hold.
+class MailFormat : public Format
+{
+public:
+    explicit MailFormat(Progress& progress)
+        : m_progress(progress)
+        , m_reader(ReadWhat::Values)
+    {
+    }
+
+protected:
+    MessageContent Read(CZebMessage& message, const ExportedMessage& exported)
+    {
+        MessageContent content = m_reader.ReadMessage(message);
+        m_isWhole = true;
+        for (const Unread& each : m_reader.TakeUnread())
+        {
+            Property property;
+            property.tag = each.tag;
+            Leave(exported, PropertyText(property) + " is left out: " + each.reason);
+        }
+        return content;
+    }
+
+    void Write(const MessageContent& content, const ExportedMessage& exported, const MailSink& sink)
+    {
+        for (const size_t position : WriteMail(content, sink))
+        {
+            Leave(exported, "attachment " + std::to_string(position) + " is left out: it is not stored as a file");
+        }
+    }
+
+    bool IsWhole() const { return m_isWhole; }
+
+private:
+    void Leave(const ExportedMessage& exported, const std::string& what)
+    {
+        Note(m_progress, exported, what);
+        m_isWhole = false;
+    }
+
+    Progress& m_progress;
+    PropertyReader m_reader;
+    bool m_isWhole = true;
+};
+
+std::string SubjectOf(CZebMessage& message)
+{
+    return TextOf(message, PR_SUBJECT_W);
+}
+
+/// One file for each message, or one message on standard output.
+class EmlFormat final : public MailFormat
+{
+public:
+    /// @param digits of the number that each name begins with
+    EmlFormat(Progress& progress, std::string directory, size_t digits)
+        : MailFormat(progress)
+        , m_directory(std::move(directory))
+        , m_digits(digits)
+    {
+    }
+
+    void Begin() override
+    {
+        if (!m_directory.empty())
+        {
+            MakeDirectory(m_directory);
+        }
+    }
+
+    bool Add(CZebMessage& message, const ExportedMessage& exported) override
+    {
+        const MessageContent content = Read(message, exported);
+        OutputFile file(m_directory.empty() ? "" : FreeFile(m_directory, NameOf(message, exported)));
+        Write(content, exported, [&](const std::string& piece) { file.Write(piece); });
+        file.Finish();
+        return IsWhole();
+    }
+
+private:
+    std::string NameOf(CZebMessage& message, const ExportedMessage& exported) const
+    {
+        std::string number = std::to_string(exported.number);
+        number.insert(0, m_digits - std::min(m_digits, number.size()), '0');
+        return SafeFileName(number + " " + SubjectOf(message) + ".eml", number + ".eml");
+    }
+
+    const std::string m_directory;
+    const size_t m_digits;
+};
+
+/// All messages in one file with the lines of Unix.
+class MboxFormat final : public MailFormat
+{
+public:
+    MboxFormat(Progress& progress, OutputFile& out)
+        : MailFormat(progress)
+        , m_out(out)
+    {
+    }
+
+    bool Add(CZebMessage& message, const ExportedMessage& exported) override
+    {
+        const MessageContent content = Read(message, exported);
+        m_out.Write(MboxLine(content) + "\n" + StateOf(message));
+        Write(content, exported, [&](const std::string& piece)
+        {
+            std::string lines = piece;
+            lines.erase(std::remove(lines.begin(), lines.end(), '\r'), lines.end());
+            m_out.Write(lines);
+        });
+        m_out.Write("\n\n");
+        return IsWhole();
+    }
+
+private:
+    /// The headers in which mail programs keep what the user did with a message.
+    static std::string StateOf(CZebMessage& message)
+    {
+        CZebPropValArray values;
+        message.GetProps(values, 3, PR_MESSAGE_FLAGS, PR_LAST_VERB_EXECUTED, PR_FLAG_STATUS);
+        const auto number = [&](ULONG tag) { return values.hasRealValue(tag) ? static_cast<LONG>(values[tag]) : 0; };
+        const LONG flags = number(PR_MESSAGE_FLAGS), verb = number(PR_LAST_VERB_EXECUTED);
+        const std::string other = std::string(verb == VerbReply || verb == VerbReplyToAll ? "A" : "") +
+                                  (number(PR_FLAG_STATUS) == FlagMarked ? "F" : "") +
+                                  ((flags & MSGFLAG_UNSENT) != 0 ? "T" : "");
+        return std::string("Status: ") + ((flags & MSGFLAG_READ) != 0 ? "RO" : "O") + "\n" +
+               (other.empty() ? "" : "X-Status: " + other + "\n");
+    }
+
+    OutputFile& m_out;
+};
+
+/// A table of the messages without their text.
+class CsvFormat final : public Format
+{
+public:
+    explicit CsvFormat(OutputFile& out)
+        : m_out(out)
+    {
+    }
+
+    void Begin() override
+    {
+        m_out.Write(CsvRow({"number", "date", "from", "from address", "to", "cc", "subject", "size", "unread",
+                            "attachments", "class", "entry id"}));
+    }
+
+    bool Add(CZebMessage& message, const ExportedMessage& exported) override
+    {
+        const ReadableMessage read = ReadText(message, BodyKind::None);
+        CZebPropValArray values;
+        message.GetProps(values, 3, PR_MESSAGE_SIZE, PR_MESSAGE_FLAGS, PR_MESSAGE_CLASS_W);
+        const auto number = [&](ULONG tag) { return values.hasRealValue(tag) ? static_cast<LONG>(values[tag]) : 0; };
+        m_out.Write(CsvRow(
+            {std::to_string(exported.number), read.hasDate ? TimeForMachines(read.date) : "", read.from.name,
+             read.from.address, TextOf(read.to), TextOf(read.cc), read.subject, std::to_string(number(PR_MESSAGE_SIZE)),
+             (number(PR_MESSAGE_FLAGS) & MSGFLAG_READ) != 0 ? "no" : "yes", std::to_string(read.attachments.size()),
+             TextOf(message, PR_MESSAGE_CLASS_W), HexOf(exported.entryId)}));
+        return true;
+    }
+
+private:
+    OutputFile& m_out;
+};
+
+/// Everything that people read of the messages.
+class JsonFormat final : public Format
+{
+public:
+    explicit JsonFormat(OutputFile& out)
+        : m_out(out)
+    {
+    }
+
+    void Begin() override { m_out.Write("{\n  \"messages\": ["); }
+
+    bool Add(CZebMessage& message, const ExportedMessage& exported) override
+    {
+        Json object = {{"number", exported.number}, {"entryId", HexOf(exported.entryId)}};
+        object.update(JsonOf(ReadText(message, BodyKind::Plain)));
+        m_out.Write(std::string(m_isFirst ? "" : ",") + "\n    " + JsonText(object));
+        m_isFirst = false;
+        return true;
+    }
+
+    void End() override { m_out.Write(m_isFirst ? "]\n}\n" : "\n  ]\n}\n"); }
+
+private:
+    OutputFile& m_out;
+    bool m_isFirst = true;
+};
+
+/// The messages of a command line, or all of a folder.
+class Selection
+{
+public:
+    Selection(Mailbox& mailbox, const ExportOptions& options)
+    {
+        if (options.messages.empty() && options.folder != InputMark)
+        {
+            CZebFolder folder = mailbox.OpenFolder(options.folder);
+            m_path = mailbox.PathOf(folder);
+            m_table = folder.GetContentsTable(MAPI_UNICODE);
+            m_count = m_table->GetRowCount();
+            return;
+        }
+        std::vector<std::string> arguments = {options.folder};
+        arguments.insert(arguments.end(), options.messages.begin(), options.messages.end());
+        m_messages = AllOf(mailbox.FindMessages(arguments));
+        m_count = m_messages.size();
+    }
+
+    uint64_t Count() const { return m_count; }
+
+    void ForEach(const std::function<void(const ExportedMessage&)>& take)
+    {
+        ExportedMessage message;
+        for (const FoundMessage& found : m_messages)
+        {
+            message.entryId = found.entryId;
+            message.name = found.name;
+            ++message.number;
+            take(message);
+        }
+        if (!m_table)
+        {
+            return;
+        }
+        for (const CZebRow row : m_table->Rows({PR_ENTRYID, PR_SUBJECT_W}))
+        {
+            message.entryId = static_cast<const SBinary&>(row[PR_ENTRYID]);
+            ++message.number;
+            message.name = "message " + std::to_string(message.number) + " ('" + OneLine(TextOf(row, PR_SUBJECT_W)) +
+                           "') of " + Named(m_path);
+            take(message);
+        }
+    }
+
+private:
+    FolderPath m_path;
+    std::optional<CZebTable> m_table; ///< of all messages, when none is named
+    std::vector<FoundMessage> m_messages;
+    uint64_t m_count = 0;
+};
+
+/// Opens a message for reading. @return false when it no longer exists
+bool Open(CZebMsgStore& store, const SBinary& entryId, CZebMessage& message)
+{
+    try
+    {
+        store.OpenEntry(entryId, message, 0);
+        return true;
+    }
+    catch (CZebException* exception)
+    {
+        if (exception->GetResult() != MAPI_E_NOT_FOUND && exception->GetResult() != MAPI_E_OBJECT_DELETED)
+        {
+            throw;
+        }
+        exception->Delete();
+        return false;
+    }
+}
+
+std::unique_ptr<Format> FormatOf(const ExportOptions& options, OutputFile& out, Progress& progress, uint64_t count)
+{
+    if (options.format == "eml")
+    {
+        return std::make_unique<EmlFormat>(progress, options.output, std::to_string(count).size());
+    }
+    if (options.format == "mbox")
+    {
+        return std::make_unique<MboxFormat>(progress, out);
+    }
+    if (options.format == "csv")
+    {
+        return std::make_unique<CsvFormat>(out);
+    }
+    return std::make_unique<JsonFormat>(out);
+}
+
+int Run(const ExportOptions& options)
+{
+    platform::CatchInterrupt();
+    Mailbox mailbox(options.profile);
+    Selection selection(mailbox, options);
+    const bool isFiles = options.format == "eml";
+    if (isFiles && options.output.empty() && selection.Count() != 1)
+    {
+        throw UsageError(Counted(selection.Count(), "message", "messages") + " as files: give --output DIR");
+    }
+    uint64_t count = 0;
+    bool isWhole = true;
+    {
+        // No progress when the messages themselves go to the terminal.
+        const bool quiet = options.output.empty() && platform::IsTerminal(platform::OutputStream::Output);
+        Progress progress("messages", selection.Count(), quiet);
+        OutputFile out(isFiles ? "" : options.output);
+        const std::unique_ptr<Format> format = FormatOf(options, out, progress, selection.Count());
+        format->Begin();
+        selection.ForEach([&](const ExportedMessage& exported)
+        {
+            if (platform::Interrupted())
+            {
+                throw ToolError("interrupted");
+            }
+            CZebMessage message;
+            if (Open(mailbox.Store(), exported.entryId, message))
+            {
+                isWhole = format->Add(message, exported) && isWhole;
+                progress.Step(++count);
+            }
+        });
+        format->End();
+        out.Finish();
+    }
+    if (!options.output.empty())
+    {
+        Print(Counted(count, "message", "messages") + " exported\n");
+    }
+    return isWhole ? ExitDone : ExitSkipped;
+}
+
+} // namespace
+
+void AddExport(Command app)
+{
+    auto options = std::make_shared<ExportOptions>();
+    Command command = app.AddCommand("export", "Exports messages of a folder for other programs");
+    AddProfileOption(command, options->profile);
+    command
+        .AddOption("format", options->format,
+                   "eml (a file for each), mbox (one file), csv (a table without the texts), json (with the texts)")
+        .Required()
+        .OneOf({"eml", "mbox", "csv", "json"});
+    AddFolderArgument(command, options->folder);
+    command
+        .AddOption(
+            "messages", options->messages,
+            "Messages of that folder: numbers and ranges (1-3,7,12-), subjects or entry identifiers; without them all")
+        .Expect(0, 10000)
+        .Type("MESSAGE...");
+    command
+        .AddOption("-o,--output", options->output,
+                   "The file to write, or for eml the directory; without it standard output")
+        .Type("FILE|DIR");
+    command.Footer(
+        "- in place of the folder: the messages whose entry identifiers are on standard input ('zeb find --ids'). "
+        "Exit code 3: exported except for what the format cannot hold, which is listed.");
+    command.Runs([options] { return Run(*options); });
+}
+
+} // namespace zeb::tools

@@ -1,0 +1,26 @@
+// A message as mail: headers and MIME parts.
+#pragma once
+
+#include "tools/common/PropertyWriter.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace zeb::tools
+{
+
+/// Takes the next piece of a mail.
+using MailSink = std::function<void(const std::string& piece)>;
+
+/// Writes a message with all that it holds. A message that came over the internet keeps its headers as they are stored,
+/// but for those that describe its parts; others get them from its properties. Text is in UTF-8, HTML in its own code
+/// page, attachments in base64; the lines end with "\r\n", and none begins with "From ".
+/// @return the attachments that mail cannot hold (links and OLE objects), which are left out: their positions, from 1
+/// @throws ToolError; what `sink` throws
+std::vector<size_t> WriteMail(const MessageContent& message, const MailSink& sink);
+
+/// The line before a message in an mbox file: "From ada@example.org Fri Jan  2 03:04:05 2026" in UTC.
+std::string MboxLine(const MessageContent& message);
+
+} // namespace zeb::tools
