@@ -34,5 +34,7 @@ Measurement CachedHit(const Options& options);
 Measurement CachedRandom(const Options& options);
 Measurement StoreRestrict(const Options& options);
 Measurement LoadGrowth(const Options& options);
+Measurement Attachments(const Options& options);
+Measurement RestrictWide(const Options& options);
 
 } // namespace bench

@@ -35,6 +35,8 @@ const Entry Entries[] = {
     {"ab-open", bench::AddressBookOpen},
     {"store-restrict", bench::StoreRestrict},
     {"load-growth", bench::LoadGrowth},
+    {"attachments", bench::Attachments},
+    {"restrict-wide", bench::RestrictWide},
 };
 
 int Measure(const bench::Options& options, const std::vector<std::string>& names)
