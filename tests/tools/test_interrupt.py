@@ -50,7 +50,7 @@ class Interrupt(test_watch.Watching):
         self.assertEqual([each["subject"] for each in self.found("Many", "--sort", "subject")], [f"{i:05}" for i in range(count)])
 
     def test_a_long_call_ends_too(self):
-        self.load(*[message(f"{i}", PR_BODY="x" * 20_000) for i in range(1_000)])
+        self.load(*[message(f"{i}", PR_BODY="x" * 20_000) for i in range(2_000)])
         for command in (["store", "check"], ["find", "Inbox", "--subject", "nowhere"]):
             with self.subTest(command=command):
                 said = self.interrupted(*command, when=lambda process: "test.zeb" in open_files(process))
