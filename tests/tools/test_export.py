@@ -165,3 +165,20 @@ class Export(World):
         self.assertEqual(done.err, "zeb: message 1 ('x') of folder 'Inbox': attachment 2 is left out: it is not stored as a file\n")
         file, = (self.folder / "out").iterdir()
         self.assertEqual([part.get_filename() for part in email.message_from_bytes(file.read_bytes()).walk()], [None, None, "a"])
+
+    def test_no_address_begins_a_header(self):
+        mail, = self.mail({**message("x", PR_SENDER_NAME="Ada", PR_SENDER_EMAIL_ADDRESS="ada@x>\r\nBcc: eve@x", PR_BODY="text\r\n"),
+                           "recipients": [recipient(1, "Bob", "bob@x\nX-Odd: 1"), recipient(1, "", "a@x>, <b@x")]})
+        self.assertEqual(mail.keys(), ["From", "To", "Date", "Subject", "MIME-Version", "Content-Type", "Content-Transfer-Encoding"])
+        self.assertEqual(len(mail["To"].addresses), 2)
+        self.assertEqual(mail.get_payload(decode=True), b"text\r\n")
+
+    def test_what_is_left_out_of_messages_inside_is_said(self):
+        far = {"properties": {"PR_ATTACH_METHOD": 4, "PR_ATTACH_LONG_FILENAME": "far"}}
+        self.load({**message("x"), "attachments": [attachment("a", b"1"), {"properties": {"PR_ATTACH_METHOD": 5}, "message":
+                                                   {"properties": {"PR_SUBJECT": "in"}, "attachments": [attachment("b", b"2"), far]}}]},
+                  message("y", **{"0x10090102": "4C5A4675"}))
+        done = self.zeb("export", "eml", "Inbox", "-o", self.path("out"), code=3)
+        self.assertEqual(done.err.splitlines(), [
+            "zeb: message 1 ('x') of folder 'Inbox': attachment 2.2 is left out: it is not stored as a file",
+            "zeb: message 2 ('y') of folder 'Inbox': the text is left out: it is stored only as rich text"])

@@ -92,9 +92,9 @@ protected:
 
     void Write(const MessageContent& content, const ExportedMessage& exported, const MailSink& sink)
     {
-        for (const size_t position : WriteMail(content, sink))
+        for (const std::string& what : WriteMail(content, sink))
         {
-            Leave(exported, "attachment " + std::to_string(position) + " is left out: it is not stored as a file");
+            Leave(exported, what);
         }
     }
 

@@ -212,16 +212,21 @@ std::string HeaderLine(const std::string& name, const std::string& text)
     return out + LineEnd;
 }
 
+std::string QuotedString(const std::string& text)
+{
+    std::string quoted = "\"";
+    for (const char each : text)
+    {
+        quoted += each == '"' || each == '\\' ? "\\" + std::string(1, each) : std::string(1, each);
+    }
+    return quoted + "\"";
+}
+
 std::string Parameter(const std::string& name, const std::string& value)
 {
     if (IsAscii(value) && value.size() <= PieceColumns)
     {
-        std::string quoted;
-        for (const char each : value)
-        {
-            quoted += each == '"' || each == '\\' ? "\\" + std::string(1, each) : std::string(1, each);
-        }
-        return ";\r\n " + name + "=\"" + quoted + "\"";
+        return ";\r\n " + name + "=" + QuotedString(value);
     }
     std::string out, piece;
     size_t number = 0;

@@ -48,6 +48,9 @@ std::string HeaderLine(const std::string& name, const std::string& text);
 /// A text of an address, a comment or a subject: unchanged when it is ASCII, else encoded words with blanks between them.
 std::string EncodedWords(const std::string& text);
 
+/// A text between quotation marks, with a backslash before those that it has.
+std::string QuotedString(const std::string& text);
+
 /// A parameter of a structured header with the line break before it: ";\r\n name=\"value\"", or with percent signs in
 /// several pieces for a value that is long or not ASCII.
 std::string Parameter(const std::string& name, const std::string& value);

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cctype>
 #include <optional>
+#include <string_view>
 
 namespace zeb::tools
 {
@@ -109,25 +110,31 @@ std::string CharacterSet(LONG codePage)
     return codePage >= 1250 && codePage <= 1258 ? "windows-" + std::to_string(codePage) : "";
 }
 
+/// An address between angle brackets, without what would end it, begin another one or another header.
+std::string Bracketed(const std::string& address)
+{
+    constexpr std::string_view Others = "<>,; ";
+    std::string safe = OneLine(address);
+    safe.erase(std::remove_if(safe.begin(), safe.end(),
+                              [&](char each) { return Others.find(each) != std::string_view::npos; }),
+               safe.end());
+    return "<" + safe + ">";
+}
+
 /// An address for a header; empty when there is none.
 std::string Mailbox(const std::string& name, const std::string& address)
 {
     constexpr const char* Specials = "()<>[]:;@\\,.\"";
     if (name.empty() || name == address)
     {
-        return address.empty() ? "" : "<" + address + ">";
+        return address.empty() ? "" : Bracketed(address);
     }
     std::string shown = EncodedWords(name);
     if (shown == name && name.find_first_of(Specials) != std::string::npos)
     {
-        shown = "\"";
-        for (const char each : name)
-        {
-            shown += each == '"' || each == '\\' ? "\\" + std::string(1, each) : std::string(1, each);
-        }
-        shown += "\"";
+        shown = QuotedString(name);
     }
-    return address.empty() ? shown + " <>" : shown + " <" + address + ">";
+    return shown + " " + Bracketed(address);
 }
 
 std::string InternetAddress(const Properties& properties, ULONG internetAddress, ULONG type, ULONG address)
@@ -244,14 +251,16 @@ std::string StoredHeaders(const std::string& stored)
 class MailWriter
 {
 public:
-    MailWriter(const MessageContent& message, const MailSink& sink, size_t& boundaries)
+    /// @param position of a message inside another one: the number of its attachment and a dot ("2.")
+    MailWriter(const MessageContent& message, const MailSink& sink, size_t& boundaries, std::string position)
         : m_message(message)
         , m_sink(sink)
         , m_boundaries(boundaries)
+        , m_position(std::move(position))
     {
     }
 
-    std::vector<size_t> Write()
+    std::vector<std::string> Write()
     {
         const std::string stored = StoredHeaders(TextIn(m_message.properties, PR_TRANSPORT_MESSAGE_HEADERS_W));
         m_sink((stored.empty() ? NewHeaders(m_message) : stored) + "MIME-Version: 1.0" + LineEnd);
@@ -284,7 +293,15 @@ private:
         {
             m_text.clear();
         }
+        if (m_html.empty() && m_text.empty() && Find(m_message.properties, PR_RTF_COMPRESSED) != nullptr)
+        {
+            m_left.push_back("the text " + (m_position.empty() ? "" : "of attachment " + Inside() + " ") +
+                             "is left out: it is stored only as rich text");
+        }
     }
+
+    /// The position without its last dot.
+    std::string Inside() const { return m_position.substr(0, m_position.size() - 1); }
 
     static std::string WithoutReturns(std::string text)
     {
@@ -301,12 +318,13 @@ private:
             const LONG method = LongIn(attachment.properties, PR_ATTACH_METHOD, NO_ATTACHMENT);
             if (!attachment.message && method != ATTACH_BY_VALUE)
             {
-                m_left.push_back(i + 1);
+                m_left.push_back("attachment " + m_position + std::to_string(i + 1) +
+                                 " is left out: it is not stored as a file");
                 continue;
             }
             const std::string id = TextIn(attachment.properties, PR_ATTACH_CONTENT_ID_W);
             const bool isShown = !attachment.message && !id.empty() && m_html.find("cid:" + id) != std::string::npos;
-            (isShown ? m_pictures : m_plainFiles).push_back(&attachment);
+            (isShown ? m_pictures : m_plainFiles).push_back(i);
         }
     }
 
@@ -377,12 +395,12 @@ private:
         }
     }
 
-    void WriteAttachments(const std::vector<const AttachmentContent*>& attachments, const std::string& boundary)
+    void WriteAttachments(const std::vector<size_t>& attachments, const std::string& boundary)
     {
-        for (const AttachmentContent* attachment : attachments)
+        for (const size_t index : attachments)
         {
             m_sink(LineEnd + ("--" + boundary) + LineEnd);
-            WriteAttachment(*attachment);
+            WriteAttachment(index);
         }
     }
 
@@ -409,8 +427,9 @@ private:
         return isType && type.compare(0, 10, "multipart/") != 0 ? type : "application/octet-stream";
     }
 
-    void WriteAttachment(const AttachmentContent& attachment)
+    void WriteAttachment(size_t index)
     {
+        const AttachmentContent& attachment = m_message.attachments[index];
         const Properties& properties = attachment.properties;
         const std::string name = NameOf(properties);
         const std::string id = OneLine(TextIn(properties, PR_ATTACH_CONTENT_ID_W));
@@ -420,8 +439,10 @@ private:
         if (attachment.message)
         {
             m_sink(std::string("Content-Transfer-Encoding: 8bit") + LineEnd + LineEnd);
-            MailWriter inner(*attachment.message, m_sink, m_boundaries);
-            inner.Write();
+            const std::string position = m_position + std::to_string(index + 1) + ".";
+            const std::vector<std::string> left =
+                MailWriter(*attachment.message, m_sink, m_boundaries, position).Write();
+            m_left.insert(m_left.end(), left.begin(), left.end());
             return;
         }
         m_sink(std::string("Content-Transfer-Encoding: base64") + LineEnd + LineEnd);
@@ -451,18 +472,19 @@ private:
     const MessageContent& m_message;
     const MailSink& m_sink;
     size_t& m_boundaries; ///< how many there are in the whole mail: each has its own number
+    const std::string m_position;
     std::string m_text, m_html;
     LONG m_codePage = 0;
-    std::vector<const AttachmentContent*> m_pictures, m_plainFiles;
-    std::vector<size_t> m_left;
+    std::vector<size_t> m_pictures, m_plainFiles; ///< indexes of attachments
+    std::vector<std::string> m_left;
 };
 
 } // namespace
 
-std::vector<size_t> WriteMail(const MessageContent& message, const MailSink& sink)
+std::vector<std::string> WriteMail(const MessageContent& message, const MailSink& sink)
 {
     size_t boundaries = 0;
-    return MailWriter(message, sink, boundaries).Write();
+    return MailWriter(message, sink, boundaries, "").Write();
 }
 
 std::string MboxLine(const MessageContent& message)
