@@ -1,7 +1,9 @@
 #include "tools/common/MailProperties.h"
 
 #include "platform/text.h"
+#include "tools/common/PropertyReader.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace zeb::tools
@@ -37,6 +39,42 @@ void AddLong(Properties& properties, ULONG tag, LONG number)
 void AddTime(Properties& properties, ULONG tag, int64_t ticks)
 {
     AddBytes(properties, tag, std::string(reinterpret_cast<const char*>(&ticks), sizeof ticks));
+}
+
+const Property* FindProperty(const Properties& properties, ULONG tag)
+{
+    const auto found = std::find_if(properties.begin(), properties.end(), [&](const Property& each)
+    { return PROP_ID(each.tag) == PROP_ID(tag) && !each.name && (!each.values.empty() || each.source); });
+    return found == properties.end() ? nullptr : &*found;
+}
+
+std::string BytesIn(const Properties& properties, ULONG tag)
+{
+    const Property* property = FindProperty(properties, tag);
+    if (property == nullptr)
+    {
+        return {};
+    }
+    return property->source ? ReadAll(*property->source) : property->values.front();
+}
+
+std::string TextIn(const Properties& properties, ULONG tag)
+{
+    const Property* property = FindProperty(properties, tag);
+    if (property == nullptr)
+    {
+        return {};
+    }
+    Property whole;
+    whole.tag = property->tag;
+    whole.values.push_back(BytesIn(properties, tag));
+    return whole.Type() == PT_UNICODE ? Utf8Of(whole) : whole.values.front();
+}
+
+LONG LongIn(const Properties& properties, ULONG tag, LONG otherwise)
+{
+    const Property* property = FindProperty(properties, tag);
+    return property == nullptr ? otherwise : NumberFromBytes<LONG>(property->values.front());
 }
 
 } // namespace zeb::tools

@@ -1,4 +1,4 @@
-// Creates properties from texts, numbers and times.
+// Creates properties from texts, numbers and times, and looks them up.
 #pragma once
 
 #include "tools/common/Property.h"
@@ -19,5 +19,13 @@ void AddLong(Properties& properties, ULONG tag, LONG number);
 std::string Utf8Of(const Property& property);
 /// @param ticks units of 100 ns since 1601
 void AddTime(Properties& properties, ULONG tag, int64_t ticks);
+
+/// The property with that identifier and a value; null when there is none. Named ones are not looked at.
+const Property* FindProperty(const Properties& properties, ULONG tag);
+/// The bytes of a property, read completely; empty when there is none.
+std::string BytesIn(const Properties& properties, ULONG tag);
+/// A text in UTF-8; empty when there is none.
+std::string TextIn(const Properties& properties, ULONG tag);
+LONG LongIn(const Properties& properties, ULONG tag, LONG otherwise);
 
 } // namespace zeb::tools

@@ -205,6 +205,13 @@ std::string PropertyText(const Property& property)
     return number;
 }
 
+std::string PropertyText(ULONG tag)
+{
+    Property property;
+    property.tag = tag;
+    return PropertyText(property);
+}
+
 void FillValues(CZebPropValArray& values, const std::vector<const Property*>& properties)
 {
     // The buffer is the array's from here on.

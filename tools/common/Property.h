@@ -66,6 +66,8 @@ Number NumberFromBytes(const std::string& bytes)
 
 /// "PR_SUBJECT", or "0x68010003" when the identifier has no name, or the name of a named property.
 std::string PropertyText(const Property& property);
+/// The same for a tag.
+std::string PropertyText(ULONG tag);
 
 /// A GUID as "{00062008-0000-0000-C000-000000000046}".
 std::string GuidText(const GUID& guid);

@@ -153,13 +153,6 @@ int ListEntries(AddressBookHost& host, const AddressBookOptions& options)
     return ExitDone;
 }
 
-std::string NameOfTag(ULONG tag)
-{
-    Property property;
-    property.tag = tag;
-    return PropertyText(property);
-}
-
 /// The members of a list. @param seen identifiers of the lists already visited; null: direct members only
 void GatherMembers(AddressBookHost& host, CZebDistList& list, std::set<std::string>* seen,
                    std::vector<AddressRow>& members)
@@ -224,7 +217,7 @@ ShownEntry ReadEntry(AddressBookHost& host, const std::string& entryId, bool exp
         const CZebOnePropVal value = values.GetAt(i);
         if (value.StringConversionPossible())
         {
-            shown.properties.emplace_back(NameOfTag(value.GetTag()), value.StringUtf8().GetString());
+            shown.properties.emplace_back(PropertyText(value.GetTag()), value.StringUtf8().GetString());
         }
     }
     if (shown.type == MAPI_DISTLIST)

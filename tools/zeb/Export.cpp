@@ -83,9 +83,7 @@ protected:
         m_isWhole = true;
         for (const Unread& each : m_reader.TakeUnread())
         {
-            Property property;
-            property.tag = each.tag;
-            Leave(exported, PropertyText(property) + " is left out: " + each.reason);
+            Leave(exported, PropertyText(each.tag) + " is left out: " + each.reason);
         }
         return content;
     }
@@ -112,11 +110,6 @@ private:
     bool m_isWhole = true;
 };
 
-std::string SubjectOf(CZebMessage& message)
-{
-    return TextOf(message, PR_SUBJECT_W);
-}
-
 /// One file for each message, or one message on standard output.
 class EmlFormat final : public MailFormat
 {
@@ -140,18 +133,18 @@ public:
     bool Add(CZebMessage& message, const ExportedMessage& exported) override
     {
         const MessageContent content = Read(message, exported);
-        OutputFile file(m_directory.empty() ? "" : FreeFile(m_directory, NameOf(message, exported)));
+        OutputFile file(m_directory.empty() ? "" : FreeFile(m_directory, NameOf(content, exported)));
         Write(content, exported, [&](const std::string& piece) { file.Write(piece); });
         file.Finish();
         return IsWhole();
     }
 
 private:
-    std::string NameOf(CZebMessage& message, const ExportedMessage& exported) const
+    std::string NameOf(const MessageContent& content, const ExportedMessage& exported) const
     {
         std::string number = std::to_string(exported.number);
         number.insert(0, m_digits - std::min(m_digits, number.size()), '0');
-        return SafeFileName(number + " " + SubjectOf(message) + ".eml", number + ".eml");
+        return SafeFileName(number + " " + TextIn(content.properties, PR_SUBJECT_W) + ".eml", number + ".eml");
     }
 
     const std::string m_directory;
@@ -171,7 +164,7 @@ public:
     bool Add(CZebMessage& message, const ExportedMessage& exported) override
     {
         const MessageContent content = Read(message, exported);
-        m_out.Write(MboxLine(content) + "\n" + StateOf(message));
+        m_out.Write(MboxLine(content) + "\n" + StateOf(content.properties));
         Write(content, exported, [&](const std::string& piece)
         {
             std::string lines = piece;
@@ -184,14 +177,11 @@ public:
 
 private:
     /// The headers in which mail programs keep what the user did with a message.
-    static std::string StateOf(CZebMessage& message)
+    static std::string StateOf(const Properties& properties)
     {
-        CZebPropValArray values;
-        message.GetProps(values, 3, PR_MESSAGE_FLAGS, PR_LAST_VERB_EXECUTED, PR_FLAG_STATUS);
-        const auto number = [&](ULONG tag) { return values.hasRealValue(tag) ? static_cast<LONG>(values[tag]) : 0; };
-        const LONG flags = number(PR_MESSAGE_FLAGS), verb = number(PR_LAST_VERB_EXECUTED);
+        const LONG flags = LongIn(properties, PR_MESSAGE_FLAGS, 0), verb = LongIn(properties, PR_LAST_VERB_EXECUTED, 0);
         const std::string other = std::string(verb == VerbReply || verb == VerbReplyToAll ? "A" : "") +
-                                  (number(PR_FLAG_STATUS) == FlagMarked ? "F" : "") +
+                                  (LongIn(properties, PR_FLAG_STATUS, 0) == FlagMarked ? "F" : "") +
                                   ((flags & MSGFLAG_UNSENT) != 0 ? "T" : "");
         return std::string("Status: ") + ((flags & MSGFLAG_READ) != 0 ? "RO" : "O") + "\n" +
                (other.empty() ? "" : "X-Status: " + other + "\n");
@@ -219,7 +209,7 @@ public:
     {
         const ReadableMessage read = ReadText(message, BodyKind::None);
         CZebPropValArray values;
-        message.GetProps(values, 3, PR_MESSAGE_SIZE, PR_MESSAGE_FLAGS, PR_MESSAGE_CLASS_W);
+        message.GetProps(values, 2, PR_MESSAGE_SIZE, PR_MESSAGE_FLAGS);
         const auto number = [&](ULONG tag) { return values.hasRealValue(tag) ? static_cast<LONG>(values[tag]) : 0; };
         m_out.Write(CsvRow(
             {std::to_string(exported.number), read.hasDate ? TimeForMachines(read.date) : "", read.from.name,
@@ -300,8 +290,7 @@ public:
         {
             message.entryId = static_cast<const SBinary&>(row[PR_ENTRYID]);
             ++message.number;
-            message.name = "message " + std::to_string(message.number) + " ('" + OneLine(TextOf(row, PR_SUBJECT_W)) +
-                           "') of " + Named(m_path);
+            message.name = NumberedMessage(std::to_string(message.number), row, m_path);
             take(message);
         }
     }
@@ -312,25 +301,6 @@ private:
     std::vector<FoundMessage> m_messages;
     uint64_t m_count = 0;
 };
-
-/// Opens a message for reading. @return false when it no longer exists
-bool Open(CZebMsgStore& store, const SBinary& entryId, CZebMessage& message)
-{
-    try
-    {
-        store.OpenEntry(entryId, message, 0);
-        return true;
-    }
-    catch (CZebException* exception)
-    {
-        if (exception->GetResult() != MAPI_E_NOT_FOUND && exception->GetResult() != MAPI_E_OBJECT_DELETED)
-        {
-            throw;
-        }
-        exception->Delete();
-        return false;
-    }
-}
 
 std::unique_ptr<Format> FormatOf(const ExportOptions& options, OutputFile& out, Progress& progress, uint64_t count)
 {
@@ -375,7 +345,7 @@ int Run(const ExportOptions& options)
                 throw ToolError("interrupted");
             }
             CZebMessage message;
-            if (Open(mailbox.Store(), exported.entryId, message))
+            if (OpenExisting(mailbox.Store(), exported.entryId, message, 0))
             {
                 isWhole = format->Add(message, exported) && isWhole;
                 progress.Step(++count);

@@ -20,47 +20,9 @@ namespace
 
 constexpr LONG Utf8CodePage = 65001;
 
-const Property* Find(const Properties& properties, ULONG tag)
-{
-    const auto found = std::find_if(properties.begin(), properties.end(), [&](const Property& each)
-    { return PROP_ID(each.tag) == PROP_ID(tag) && !each.name && (!each.values.empty() || each.source); });
-    return found == properties.end() ? nullptr : &*found;
-}
-
-/// The bytes of a property; empty when there is none.
-std::string BytesOf(const Properties& properties, ULONG tag)
-{
-    const Property* property = Find(properties, tag);
-    if (property == nullptr)
-    {
-        return {};
-    }
-    return property->source ? ReadAll(*property->source) : property->values.front();
-}
-
-/// A text in UTF-8; empty when there is none.
-std::string TextIn(const Properties& properties, ULONG tag)
-{
-    const Property* property = Find(properties, tag);
-    if (property == nullptr)
-    {
-        return {};
-    }
-    Property whole;
-    whole.tag = property->tag;
-    whole.values.push_back(BytesOf(properties, tag));
-    return whole.Type() == PT_UNICODE ? Utf8Of(whole) : whole.values.front();
-}
-
-LONG LongIn(const Properties& properties, ULONG tag, LONG otherwise)
-{
-    const Property* property = Find(properties, tag);
-    return property == nullptr ? otherwise : NumberFromBytes<LONG>(property->values.front());
-}
-
 std::optional<FILETIME> TimeIn(const Properties& properties, ULONG tag)
 {
-    const Property* property = Find(properties, tag);
+    const Property* property = FindProperty(properties, tag);
     return property == nullptr ? std::nullopt : std::optional(NumberFromBytes<FILETIME>(property->values.front()));
 }
 
@@ -285,7 +247,7 @@ public:
 private:
     void ReadBody()
     {
-        m_html = BytesOf(m_message.properties, PR_HTML);
+        m_html = BytesIn(m_message.properties, PR_HTML);
         m_codePage = LongIn(m_message.properties, PR_INTERNET_CPID, 0);
         m_text = TextIn(m_message.properties, PR_BODY_W);
         // A text that was made of the HTML is none of its own.
@@ -293,7 +255,7 @@ private:
         {
             m_text.clear();
         }
-        if (m_html.empty() && m_text.empty() && Find(m_message.properties, PR_RTF_COMPRESSED) != nullptr)
+        if (m_html.empty() && m_text.empty() && FindProperty(m_message.properties, PR_RTF_COMPRESSED) != nullptr)
         {
             m_left.push_back("the text " + (m_position.empty() ? "" : "of attachment " + Inside() + " ") +
                              "is left out: it is stored only as rich text");
@@ -453,7 +415,7 @@ private:
     {
         constexpr size_t PieceSize = size_t(1) << 16;
         Base64Lines lines(m_sink);
-        const Property* content = Find(properties, PR_ATTACH_DATA_BIN);
+        const Property* content = FindProperty(properties, PR_ATTACH_DATA_BIN);
         if (content != nullptr && content->source)
         {
             std::string piece(PieceSize, '\0');

@@ -75,13 +75,12 @@ std::vector<std::string> WithInput(const std::vector<std::string>& arguments)
     return all;
 }
 
-/// A message as shown in messages. @param row with PR_SUBJECT_W
+} // namespace
+
 std::string NumberedMessage(const std::string& number, const CZebRow& row, const FolderPath& path)
 {
     return "message " + number + " (" + Quoted(TextOf(row, PR_SUBJECT_W)) + ") of " + Named(path);
 }
-
-} // namespace
 
 bool LooksLikeEntryId(const std::string& text)
 {

@@ -35,6 +35,30 @@ struct FoundMessages
     std::vector<FoundMessage> messages;
 };
 
+/// A message as shown in messages. @param row with PR_SUBJECT_W
+std::string NumberedMessage(const std::string& number, const CZebRow& row, const FolderPath& path);
+
+/// Opens a message through its folder or its store. @return false when it was deleted in the meantime
+/// @throws CZebException*
+template <class Container>
+bool OpenExisting(Container& container, const SBinary& entryId, CZebMessage& message, ULONG flags)
+{
+    try
+    {
+        container.OpenEntry(entryId, message, flags);
+        return true;
+    }
+    catch (CZebException* exception)
+    {
+        if (exception->GetResult() != MAPI_E_NOT_FOUND && exception->GetResult() != MAPI_E_OBJECT_DELETED)
+        {
+            throw;
+        }
+        exception->Delete();
+        return false;
+    }
+}
+
 /// All messages of several folders.
 std::vector<FoundMessage> AllOf(const std::vector<FoundMessages>& groups);
 

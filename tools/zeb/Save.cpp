@@ -91,18 +91,9 @@ private:
             throw ToolError("interrupted");
         }
         CZebMessage message(nullptr);
-        try
+        // One that was deleted since the table was read is no longer part of the folder.
+        if (!OpenExisting(folder, entryId, message, MAPI_BEST_ACCESS))
         {
-            folder.OpenEntry(entryId, message, MAPI_BEST_ACCESS);
-        }
-        catch (CZebException* exception)
-        {
-            // Deleted since the table was read: no longer part of the folder.
-            if (exception->GetResult() != MAPI_E_NOT_FOUND && exception->GetResult() != MAPI_E_OBJECT_DELETED)
-            {
-                throw;
-            }
-            exception->Delete();
             return;
         }
         MessageContent content = m_reader.ReadMessage(message);

@@ -144,9 +144,7 @@ void ReportUnread(PropertyReader& reader)
 {
     for (const Unread& unread : reader.TakeUnread())
     {
-        Property property;
-        property.tag = unread.tag;
-        Complain("zeb", PropertyText(property) + " cannot be read: " + unread.reason);
+        Complain("zeb", PropertyText(unread.tag) + " cannot be read: " + unread.reason);
     }
 }
 
