@@ -12,7 +12,7 @@ namespace
 
 constexpr size_t ContentSize = 100;
 
-/// A store for messages with attachments; each run begins with an empty folder.
+/// A new store for messages with attachments; those of all runs stay in it.
 class AttachmentStore
 {
 public:
