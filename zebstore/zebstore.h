@@ -19,6 +19,10 @@
 /// PT_BOOLEAN: create the store's file when it does not exist (true when not given).
 #define PR_ZEBSTORE_CREATE PROP_TAG(PT_BOOLEAN, 0x67F2)
 
+/// "on" or "off": makes or drops the text index of the store's file, as ZebStoreIndex.
+#define PR_ZEBSTORE_INDEX_A PROP_TAG(PT_STRING8, 0x67F4)
+#define PR_ZEBSTORE_INDEX_W PROP_TAG(PT_UNICODE, 0x67F4)
+
 /// A computed property of a store: checks the whole file; "ok", or one line for each problem.
 #define PR_ZEBSTORE_CHECK_A PROP_TAG(PT_STRING8, 0x67F3)
 #define PR_ZEBSTORE_CHECK_W PROP_TAG(PT_UNICODE, 0x67F3)
@@ -28,6 +32,12 @@
 /// The version of a file as this provider writes it (at byte 60, big-endian). An older file is upgraded when it is
 /// opened for writing: all of it is read and rewritten.
 #define ZEBSTORE_FILE_VERSION 4
+
+/// What ZebStoreIndex does: tells the state, and opens the file only for reading; makes the index, or where there is one
+/// indexes its waiting messages; drops the index.
+#define ZEBSTORE_INDEX_STATUS 0u
+#define ZEBSTORE_INDEX_ON 1u
+#define ZEBSTORE_INDEX_OFF 2u
 
 /// Exports for the maintenance of a store's file; they need neither MAPIInitialize nor a session.
 extern "C"
@@ -53,4 +63,34 @@ extern "C"
                                                      char* failure, ULONG failureSize);
     HRESULT STDAPICALLTYPE ZebStoreCompact(const char* path, ZEBSTORE_REPORT* report, void* context, char* failure,
                                            ULONG failureSize);
+
+    /// Copies a store's file as it is at one moment, while other processes may read and write it. All or nothing.
+    /// @param copy the path of the copy, which is created, UTF-8. The others, and the results, as for ZebStoreRepair
+    typedef HRESULT(STDAPICALLTYPE ZEBSTORE_BACKUP)(const char* path, const char* copy, ZEBSTORE_REPORT* report,
+                                                    void* context, char* failure, ULONG failureSize);
+    HRESULT STDAPICALLTYPE ZebStoreBackup(const char* path, const char* copy, ZEBSTORE_REPORT* report, void* context,
+                                          char* failure, ULONG failureSize);
+
+    /// The provider's version and that of the database engine in it: "zebstore 1.2.3 (SQLite 3.45.6)". Static.
+    typedef const char*(STDAPICALLTYPE ZEBSTORE_VERSION)();
+    const char* STDAPICALLTYPE ZebStoreVersion();
+
+    /// The text index of a store's file: restrictions that search for a text in subject, sender, recipients or body look
+    /// up the messages that may have it instead of reading all. It is kept with every change of a message.
+    typedef struct
+    {
+        ULONG isOn;         ///< 1: there is an index; 2: there is one that another version made, which is not used
+        ULONGLONG messages; ///< in the file, those inside attachments left out
+        ULONGLONG waiting;  ///< of these, those that are not indexed yet and are read by each search
+        ULONGLONG bytes;    ///< the size of the index, nearly
+    } ZEBSTORE_INDEX_STATE;
+
+    /// Switches the text index of a store's file; what was indexed before a failure stays so. Parameters as above.
+    /// @param action ZEBSTORE_INDEX_STATUS, ZEBSTORE_INDEX_ON or ZEBSTORE_INDEX_OFF
+    /// @param state receives the state afterwards; may be null
+    typedef HRESULT(STDAPICALLTYPE ZEBSTORE_INDEX)(const char* path, ULONG action, ZEBSTORE_INDEX_STATE* state,
+                                                   ZEBSTORE_REPORT* report, void* context, char* failure,
+                                                   ULONG failureSize);
+    HRESULT STDAPICALLTYPE ZebStoreIndex(const char* path, ULONG action, ZEBSTORE_INDEX_STATE* state,
+                                         ZEBSTORE_REPORT* report, void* context, char* failure, ULONG failureSize);
 }

@@ -7,6 +7,7 @@
 #include "zebstore/zebstore.h"
 
 #include <filesystem>
+#include <sqlite3.h>
 
 namespace zebstore
 {
@@ -84,12 +85,8 @@ std::shared_ptr<StoreFile> OpenToWrite(const char* path)
     return StoreFile::Open(path, options);
 }
 
-void Repair(const char* path, const char* copy, const WorkReport& work)
+void RequirePaths(const char* path, const char* copy)
 {
-    if (copy == nullptr)
-    {
-        return RepairStore(*OpenToWrite(path), work);
-    }
     if (!StoreFile::Exists(path))
     {
         throw Error(MAPI_E_NOT_FOUND, std::string("the store file '") + path + "' does not exist");
@@ -98,10 +95,50 @@ void Repair(const char* path, const char* copy, const WorkReport& work)
     {
         throw Error(MAPI_E_COLLISION, std::string("the file '") + copy + "' exists already");
     }
+}
+
+void Backup(const char* path, const char* copy, const WorkReport& work)
+{
+    RequirePaths(path, copy);
+    StoreFile::OpenOptions options;
+    options.readOnly = true;
+    StoreFile::Open(path, options); // refuses what is not a store
+    NewFile made(copy);
+    CopyStore(path, copy, work);
+    made.Keep();
+}
+
+void Repair(const char* path, const char* copy, const WorkReport& work)
+{
+    if (copy == nullptr)
+    {
+        return RepairStore(*OpenToWrite(path), work);
+    }
+    RequirePaths(path, copy);
     NewFile made(copy);
     CopyStore(path, copy, work);
     RepairStore(*OpenToWrite(copy), work);
     made.Keep();
+}
+
+void Switch(const char* path, ULONG action, ZEBSTORE_INDEX_STATE* state, const WorkReport& work)
+{
+    if (action > ZEBSTORE_INDEX_OFF)
+    {
+        throw Error(MAPI_E_INVALID_PARAMETER, "the action is not one of a text index");
+    }
+    StoreFile::OpenOptions reading;
+    reading.readOnly = true;
+    const auto store = action == ZEBSTORE_INDEX_STATUS ? StoreFile::Open(path, reading) : OpenToWrite(path);
+    if (action != ZEBSTORE_INDEX_STATUS)
+    {
+        store->Texts().Switch(action == ZEBSTORE_INDEX_ON, work);
+    }
+    if (state != nullptr)
+    {
+        const TextIndexState found = store->Texts().State();
+        *state = {found.isOn ? 1u : found.isForeign ? 2u : 0u, found.messages, found.waiting, found.bytes};
+    }
 }
 
 template <class Body>
@@ -134,5 +171,30 @@ HRESULT STDAPICALLTYPE ZebStoreCompact(const char* path, ZEBSTORE_REPORT* report
     {
         Require(path != nullptr, "the path of the store file is null");
         CompactStore(*OpenToWrite(path), ReportTo(report, context));
+    });
+}
+
+HRESULT STDAPICALLTYPE ZebStoreBackup(const char* path, const char* copy, ZEBSTORE_REPORT* report, void* context,
+                                      char* failure, ULONG failureSize)
+{
+    return Run("ZebStoreBackup", failure, failureSize, [&]
+    {
+        Require(path != nullptr && copy != nullptr, "the path of the store file or of its copy is null");
+        Backup(path, copy, ReportTo(report, context));
+    });
+}
+
+const char* STDAPICALLTYPE ZebStoreVersion()
+{
+    return "zebstore " ZEB_VERSION " (SQLite " SQLITE_VERSION ")";
+}
+
+HRESULT STDAPICALLTYPE ZebStoreIndex(const char* path, ULONG action, ZEBSTORE_INDEX_STATE* state,
+                                     ZEBSTORE_REPORT* report, void* context, char* failure, ULONG failureSize)
+{
+    return Run("ZebStoreIndex", failure, failureSize, [&]
+    {
+        Require(path != nullptr, "the path of the store file is null");
+        Switch(path, action, state, ReportTo(report, context));
     });
 }

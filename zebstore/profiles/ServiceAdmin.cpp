@@ -18,6 +18,7 @@ struct Settings
 {
     std::string path;
     std::optional<bool> full;
+    std::optional<bool> index;
     bool create = true;
 };
 
@@ -29,6 +30,18 @@ std::string TextOf(const SPropValue& value)
         throw Error(MAPI_E_INVALID_TYPE, "a setting of the service has the wrong type: text is needed");
     }
     return TextArgument(value.Value.lpszA, unicode ? MAPI_UNICODE : 0);
+}
+
+/// One of two words.
+bool OneOf(const SPropValue& value, const char* setting, const char* yes, const char* no)
+{
+    const std::string text = TextOf(value);
+    if (text != yes && text != no)
+    {
+        throw Error(MAPI_E_INVALID_PARAMETER,
+                    std::string("the ") + setting + " must be '" + no + "' or '" + yes + "', not '" + text + "'");
+    }
+    return text == yes;
 }
 
 Settings ReadSettings(ULONG count, const SPropValue* values)
@@ -48,13 +61,11 @@ Settings ReadSettings(ULONG count, const SPropValue* values)
         }
         else if (PROP_ID(value.ulPropTag) == PROP_ID(PR_ZEBSTORE_DURABILITY_A))
         {
-            const std::string durability = TextOf(value);
-            if (durability != "normal" && durability != "full")
-            {
-                throw Error(MAPI_E_INVALID_PARAMETER,
-                            "the durability must be 'normal' or 'full', not '" + durability + "'");
-            }
-            settings.full = durability == "full";
+            settings.full = OneOf(value, "durability", "full", "normal");
+        }
+        else if (PROP_ID(value.ulPropTag) == PROP_ID(PR_ZEBSTORE_INDEX_A))
+        {
+            settings.index = OneOf(value, "text index", "on", "off");
         }
         else
         {
@@ -100,6 +111,12 @@ void Configure(const std::string& profile, Service service, const Settings& sett
     else
     {
         throw Error(MAPI_E_NOT_FOUND, "the store file " + service.path + " does not exist");
+    }
+    if (settings.index)
+    {
+        options.readOnly = false;
+        const WorkReport silent{[](const std::string&) {}, [](std::uint64_t, std::uint64_t) {}};
+        StoreFile::Open(service.path, options)->Texts().Switch(*settings.index, silent);
     }
     profiles::SaveService(profile, service);
 }

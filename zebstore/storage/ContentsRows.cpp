@@ -1,15 +1,20 @@
 #include "zebstore/storage/ContentsRows.h"
 
+#include "zebstore/base/Watch.h"
 #include "zebstore/storage/PropertyBlob.h"
 #include "zebstore/storage/RowParts.h"
 #include "zebstore/storage/RowSelection.h"
 #include "zebstore/storage/SqlFilter.h"
+#include "zebstore/storage/TextRestriction.h"
 
 namespace zebstore
 {
 
 namespace
 {
+
+// So many rows are looked up quickly in any folder.
+constexpr size_t FewCandidates = 200;
 
 // One message while it is read; the blob is fetched when the first stored property is asked for.
 class MessageValues : public ValueSource
@@ -154,8 +159,12 @@ public:
         {
             filter = MakeFilter(restriction->Root(), m_computedIds);
         }
-        const std::optional<std::string> sqlOrder = order != nullptr ? MakeOrder(*order, m_computedIds) : std::string();
         const bool sqlKnowsAll = restriction == nullptr || (filter && filter->exact);
+        if (const auto candidates = restriction != nullptr ? Candidates(*restriction, sqlKnowsAll) : std::nullopt)
+        {
+            return KeysAmong(*candidates, *restriction, order, filter);
+        }
+        const std::optional<std::string> sqlOrder = order != nullptr ? MakeOrder(*order, m_computedIds) : std::string();
         if (sqlKnowsAll && sqlOrder)
         {
             return KeysBySql(restriction, filter, *sqlOrder);
@@ -264,6 +273,48 @@ private:
             }
         }
         return keys;
+    }
+
+    // What the text index leaves of the rows; nothing when it says nothing, or looking up its rows one by one takes
+    // longer than reading all. Where SQL alone decides, reading is quicker.
+    std::optional<std::vector<RowKey>> Candidates(const Restriction& restriction, bool sqlKnowsAll)
+    {
+        const std::optional<TextPlan> plan = MakeTextPlan(restriction.Root());
+        if (!plan)
+        {
+            return std::nullopt;
+        }
+        const size_t rows = m_store->Contents().Rows(m_contents);
+        const size_t most = std::max<size_t>(FewCandidates, rows / (sqlKnowsAll ? 20 : 3));
+        auto candidates = m_store->Texts().Candidates(*plan, m_contents, most);
+        if (candidates)
+        {
+            TraceNote("folder " + std::to_string(m_contents.Folder()) + ": the text index leaves " +
+                      std::to_string(candidates->size()) + " of " + std::to_string(rows) + " messages");
+        }
+        return candidates;
+    }
+
+    std::vector<RowKey> KeysAmong(const std::vector<RowKey>& candidates, const Restriction& restriction,
+                                  const SortOrder* order, const std::optional<SqlFilter>& filter)
+    {
+        const bool sqlKnowsAll = filter && filter->exact;
+        RowSelection selection(&restriction, order);
+        Query query(m_store->Connection().Db(), "SELECT id, parts, props FROM message" + Where(filter));
+        if (filter)
+        {
+            filter->Bind(query, 3);
+        }
+        for (const RowKey key : candidates)
+        {
+            query.Bind(1, key).Bind(2, key);
+            if (query.Step())
+            {
+                selection.Add(key, ValuesOf(key, query, 2), sqlKnowsAll && ((query.Number(1) & HasCutKeys) == 0));
+            }
+            query.Reset();
+        }
+        return selection.Take();
     }
 
     bool MatchesWhole(RowKey key, const Restriction& restriction)

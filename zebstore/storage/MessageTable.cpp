@@ -158,6 +158,7 @@ MessageId MessageTable::Create(ContentsKey contents, const MessageContent& conte
 {
     StoreTransaction transaction(m_connection);
     const MessageId message = Insert(contents, content, 0);
+    m_texts.Noted();
     transaction.Commit();
     return message;
 }
@@ -188,6 +189,7 @@ std::int64_t MessageTable::Save(MessageId message, const MessageContent& content
         row.Run(query, message, next);
     }
     DeleteReferences(m_connection.Db(), old.large);
+    m_texts.Noted();
     transaction.Commit();
     return next;
 }

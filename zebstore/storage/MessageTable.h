@@ -6,6 +6,7 @@
 #include "zebstore/storage/LargeStorage.h"
 #include "zebstore/storage/MessageContent.h"
 #include "zebstore/storage/RecipientTable.h"
+#include "zebstore/storage/TextIndex.h"
 #include "zebstore/storage/VerifiedRows.h"
 
 #include <vector>
@@ -20,11 +21,12 @@ class MessageTable : private EmbeddedMessages
 {
 public:
     MessageTable(StoreConnection& connection, ContentsTable& contents, RecipientTable& recipients,
-                 AttachmentTable& attachments)
+                 AttachmentTable& attachments, TextIndex& texts)
         : m_connection(connection)
         , m_contents(contents)
         , m_recipients(recipients)
         , m_attachments(attachments)
+        , m_texts(texts)
     {
     }
 
@@ -75,6 +77,7 @@ private:
     ContentsTable& m_contents;
     RecipientTable& m_recipients;
     AttachmentTable& m_attachments;
+    TextIndex& m_texts;
     VerifiedRows m_verified;
 };
 

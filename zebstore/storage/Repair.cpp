@@ -24,6 +24,46 @@ std::string FirstDamage(Database& database)
     return query.Step() && query.Bytes(0) != "ok" ? std::string(query.Bytes(0)) : std::string();
 }
 
+// Repairs the text index: one that does not match the messages is dropped before the repair of their rows, whose triggers
+// would fail, and made again after it.
+class TextRepair
+{
+public:
+    TextRepair(StoreFile& store, const WorkReport& report)
+        : m_store(store)
+        , m_report(report)
+    {
+        DropIfWrong();
+    }
+
+    void Finish()
+    {
+        DropIfWrong();
+        if (m_dropped)
+        {
+            m_store.Texts().TurnOn();
+            m_store.Texts().Complete(m_report);
+        }
+    }
+
+private:
+    void DropIfWrong()
+    {
+        const std::vector<std::string> problems = m_store.Texts().Problems();
+        if (problems.empty())
+        {
+            return;
+        }
+        m_report.found(problems[0] + ": rebuilt");
+        m_store.Texts().TurnOff();
+        m_dropped = true;
+    }
+
+    StoreFile& m_store;
+    const WorkReport& m_report;
+    bool m_dropped = false;
+};
+
 // Repairs the rows of one store, within one transaction.
 class RowRepair
 {
@@ -290,6 +330,9 @@ void CopyStore(const std::string& from, const std::string& to, const WorkReport&
         throw Error(MAPI_E_COLLISION, "the file '" + to + "' exists already");
     }
     Database source(from, Database::Mode::ReadOnly);
+    // One snapshot: commits of others do not begin the copy anew.
+    const ReadScope snapshot(source);
+    Query(source, "SELECT count(*) FROM sqlite_master").Run();
     Database target(to, Database::Mode::Create);
     sqlite3_backup* const backup = sqlite3_backup_init(target.Handle(), "main", source.Handle(), "main");
     if (backup == nullptr)
@@ -320,6 +363,7 @@ void RepairStore(StoreFile& store, const WorkReport& report)
     database.Execute("PRAGMA defer_foreign_keys=ON");
     RowRepair rows(store, report);
     rows.MendIndexes();
+    TextRepair texts(store, report);
     rows.RemoveOwnerless();
     ValueRepair values(store.Connection(), report);
     values.MendContent();
@@ -330,6 +374,7 @@ void RepairStore(StoreFile& store, const WorkReport& report)
     values.RemoveOrphans();
     rows.MendMessages();
     CounterRepair(database, report).Mend();
+    texts.Finish();
     const std::vector<std::string> left = store.CheckWhole();
     if (!left.empty())
     {

@@ -282,7 +282,7 @@ void CheckAddresses(Database& database, References& references, Problems& proble
 
 } // namespace
 
-std::vector<std::string> CheckStore(StoreConnection& connection)
+std::vector<std::string> CheckStore(StoreConnection& connection, TextIndex& texts)
 {
     const std::lock_guard<std::recursive_mutex> hold(connection.Lock());
     Database& database = connection.Db();
@@ -305,6 +305,8 @@ std::vector<std::string> CheckStore(StoreConnection& connection)
             CheckAddresses(database, references, problems);
         }
         references.CheckOrphans();
+        const Problems ofTexts = texts.Problems();
+        problems.insert(problems.end(), ofTexts.begin(), ofTexts.end());
     }
     catch (const Error& error)
     {

@@ -1,7 +1,7 @@
 // The check of a whole store file: its own rules, compared with its rows.
 #pragma once
 
-#include "zebstore/storage/StoreConnection.h"
+#include "zebstore/storage/TextIndex.h"
 
 #include <string>
 #include <vector>
@@ -10,6 +10,6 @@ namespace zebstore
 {
 
 /// @return a line for each problem; empty when there is none
-std::vector<std::string> CheckStore(StoreConnection& connection);
+std::vector<std::string> CheckStore(StoreConnection& connection, TextIndex& texts);
 
 } // namespace zebstore

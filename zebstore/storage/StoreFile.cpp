@@ -169,7 +169,8 @@ StoreFile::StoreFile(std::unique_ptr<Database> database, bool readOnly, std::int
     , m_contents(*m_connection)
     , m_recipients(*m_connection)
     , m_attachments(*m_connection)
-    , m_messages(*m_connection, m_contents, m_recipients, m_attachments)
+    , m_texts(*m_connection)
+    , m_messages(*m_connection, m_contents, m_recipients, m_attachments, m_texts)
     , m_folders(*m_connection, m_contents, m_messages)
     , m_namedProperties(*m_connection)
     , m_receiveFolders(*m_connection, m_folders)
@@ -278,7 +279,7 @@ void StoreFile::ReadUid()
 
 std::vector<std::string> StoreFile::CheckWhole()
 {
-    return CheckStore(*m_connection);
+    return CheckStore(*m_connection, m_texts);
 }
 
 PropertySet StoreFile::Properties()

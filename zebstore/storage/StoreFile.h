@@ -5,6 +5,7 @@
 #include "zebstore/storage/FolderTable.h"
 #include "zebstore/storage/NamedPropertyTable.h"
 #include "zebstore/storage/ReceiveFolderTable.h"
+#include "zebstore/storage/TextIndex.h"
 
 #include <memory>
 #include <string>
@@ -61,6 +62,7 @@ public:
 
     FolderTable& Folders() { return m_folders; }
     MessageTable& Messages() { return m_messages; }
+    TextIndex& Texts() { return m_texts; }
     RecipientTable& Recipients() { return m_recipients; }
     AttachmentTable& Attachments() { return m_attachments; }
     ContentsTable& Contents() { return m_contents; }
@@ -85,6 +87,7 @@ private:
     ContentsTable m_contents;
     RecipientTable m_recipients;
     AttachmentTable m_attachments;
+    TextIndex m_texts;
     MessageTable m_messages;
     FolderTable m_folders;
     NamedPropertyTable m_namedProperties;

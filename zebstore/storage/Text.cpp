@@ -123,6 +123,22 @@ std::string Fold(std::string_view text, bool foldCase, bool dropMarks, size_t ch
     return folded;
 }
 
+// An iota below a letter is a mark, and its case folding is the letter iota: no folding that keeps one of them is wide
+// enough for the other.
+constexpr char32_t Iota = 0x3B9;
+
+// One code point in the widest folding; 0 for one that is left out.
+char32_t FoldWidest(char32_t code)
+{
+    if (IsNonSpacing(code))
+    {
+        return 0;
+    }
+    // The letter under an accent may have a stroke.
+    const char32_t folded = FoldCase(WithoutMarks(WithoutMarks(FoldCase(code))));
+    return folded == Iota ? 0 : folded;
+}
+
 // Asked of the system, not of the compiler: a Windows with UTF-8 as its ANSI code page counts as well.
 bool NarrowIsUtf8()
 {
@@ -185,6 +201,28 @@ std::string Folded(std::string_view stored, TextFold fold)
         return std::string(stored);
     }
     return Fold(stored, fold != TextFold::IgnoreMarks, fold != TextFold::IgnoreCase, stored.size());
+}
+
+std::u32string WidestFolded(std::string_view stored)
+{
+    constexpr char32_t Zero = 0xFFFD; // so that 0 can say that nothing is left
+    std::u32string folded;
+    folded.reserve(stored.size());
+    for (size_t at = 0; at < stored.size();)
+    {
+        const auto byte = static_cast<unsigned char>(stored[at]);
+        if (byte < 0x80)
+        {
+            folded += byte != 0 ? static_cast<char32_t>(FoldAscii(stored[at])) : Zero;
+            ++at;
+            continue;
+        }
+        if (const char32_t code = FoldWidest(zeb::platform::NextCodePoint(stored, at, LoneSurrogate::Kept)); code != 0)
+        {
+            folded += code;
+        }
+    }
+    return folded;
 }
 
 const char* UnicodeVersion()

@@ -46,6 +46,11 @@ enum class TextFold
 /// Text in the form in which byte-wise comparison is the comparison asked for.
 std::string Folded(std::string_view stored, TextFold fold);
 
+/// The code points of a text in the widest folding: when a text is found in another under any TextFold, then the one
+/// widest folded is found in the other widest folded. What Unicode makes a mark in one fold and a letter in another is
+/// left out.
+std::u32string WidestFolded(std::string_view stored);
+
 /// Tables order text by this key: the first SortKeyCharacters characters, case folded, compared byte by byte
 /// (that is by code point).
 std::string SortKey(std::string_view stored);

@@ -137,5 +137,31 @@ TEST_F(Profiles, AreNotConfiguredWithWrongSettings)
     EXPECT_EQ(services->ConfigureMsgService(&uid, 0, 0, 0, nullptr), MAPI_E_NOT_FOUND);
 }
 
+TEST_F(Profiles, SwitchTheTextIndexOfTheirStore)
+{
+    const Ref<IMsgServiceAdmin> services = Services("Main");
+    IMAPITable* table = nullptr;
+    ASSERT_EQ(services->GetMsgServiceTable(0, &table), S_OK);
+    const Rows rows(table, {PR_SERVICE_UID});
+    MAPIUID uid;
+    std::copy_n(rows.BytesCell(0, 0).data(), sizeof(uid.ab), uid.ab);
+    const auto configure = [&](const char* index)
+    {
+        SPropValue setting = NarrowValue(PR_ZEBSTORE_INDEX_A, index);
+        return services->ConfigureMsgService(&uid, 0, 0, 1, &setting);
+    };
+    const auto isOn = [&] { return StoreFile::Open(m_path, {})->Texts().IsOn(); };
+    EXPECT_FALSE(isOn());
+    EXPECT_EQ(configure("on"), S_OK);
+    EXPECT_TRUE(isOn());
+    EXPECT_EQ(services->ConfigureMsgService(&uid, 0, 0, 0, nullptr), S_OK);
+    EXPECT_TRUE(isOn());
+    EXPECT_EQ(configure("maybe"), MAPI_E_INVALID_PARAMETER);
+    EXPECT_NE(LastErrorText(MAPI_E_INVALID_PARAMETER).find("the text index must be 'off' or 'on', not 'maybe'"),
+              std::string::npos);
+    EXPECT_EQ(configure("off"), S_OK);
+    EXPECT_FALSE(isOn());
+}
+
 } // namespace
 } // namespace zebstore

@@ -8,6 +8,9 @@
 #include "zebstore/zebstore.h"
 
 #include <filesystem>
+#include <fstream>
+#include <gmock/gmock.h>
+#include <sqlite3.h>
 
 namespace zebstore::test
 {
@@ -335,6 +338,41 @@ TEST_F(RepairTest, CompactFilesHaveNoFreeSpace)
     m_store = StoreFile::Open(Path("test.zeb"), {});
     EXPECT_EQ(Body(m_first), std::string(50000, 'b'));
     EXPECT_EQ(ZebStoreCompact(Path("missing.zeb").c_str(), nullptr, nullptr, nullptr, 0), MAPI_E_NOT_FOUND);
+}
+
+TEST_F(RepairTest, ABackupIsASnapshotOfAFileInUse)
+{
+    const std::string copy = Path("backup ü日本.zeb");
+    Reported reported;
+    EXPECT_EQ(ZebStoreBackup(Path("test.zeb").c_str(), copy.c_str(), Export::Take, &reported, nullptr, 0), S_OK);
+    EXPECT_GT(reported.steps, 0);
+    const MessageId later = Store().Messages().Create({Inbox, false}, Whole("after the backup"));
+    {
+        auto backup = StoreFile::Open(copy, {});
+        EXPECT_TRUE(backup->CheckWhole().empty());
+        EXPECT_TRUE(backup->Messages().Exists(m_first));
+        EXPECT_FALSE(backup->Messages().Exists(later));
+    }
+    char failure[300] = "";
+    EXPECT_EQ(ZebStoreBackup(Path("test.zeb").c_str(), copy.c_str(), nullptr, nullptr, failure, sizeof failure),
+              MAPI_E_COLLISION);
+    EXPECT_NE(std::string(failure).find("backup ü日本.zeb"), std::string::npos) << failure;
+    EXPECT_EQ(ZebStoreBackup(Path("missing.zeb").c_str(), Path("b.zeb").c_str(), nullptr, nullptr, nullptr, 0),
+              MAPI_E_NOT_FOUND);
+    EXPECT_EQ(ZebStoreBackup(Path("test.zeb").c_str(), nullptr, nullptr, nullptr, nullptr, 0),
+              MAPI_E_INVALID_PARAMETER);
+    std::ofstream(Path("other.db")) << "not a store";
+    EXPECT_EQ(ZebStoreBackup(Path("other.db").c_str(), Path("b.zeb").c_str(), nullptr, nullptr, nullptr, 0),
+              MAPI_E_CORRUPT_STORE);
+    EXPECT_EQ(ZebStoreBackup(Path("test.zeb").c_str(), (Path("gone") + "/b.zeb").c_str(), nullptr, nullptr, nullptr, 0),
+              MAPI_E_NO_ACCESS);
+    EXPECT_FALSE(StoreFile::Exists(Path("b.zeb")));
+}
+
+TEST(StoreVersion, NamesTheProviderAndItsEngine)
+{
+    EXPECT_THAT(ZebStoreVersion(), testing::MatchesRegex("zebstore [0-9.]+ \\(SQLite [0-9.]+\\)"));
+    EXPECT_NE(std::string(ZebStoreVersion()).find(sqlite3_libversion()), std::string::npos);
 }
 
 // The log is emptied by the call itself: while somebody else has the store open, closing it does not.

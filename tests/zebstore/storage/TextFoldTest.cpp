@@ -40,6 +40,28 @@ TEST(TextFold, AccentsAreLeftOutWhenAsked)
     EXPECT_EQ(Folded("\xC3\x98rsted", TextFold::IgnoreCaseAndMarks), "orsted");
 }
 
+// So a text that is found in another under any fold is found in it in the widest one, which is what the text index needs.
+TEST(TextFold, WidestFoldingCoversEveryFold)
+{
+    int wrong = 0;
+    for (std::uint32_t code = 0; code < 0x110000 && wrong < 20; ++code)
+    {
+        const std::string text = Utf8(code);
+        const std::u32string widest = WidestFolded(text);
+        EXPECT_LE(widest.size(), 1u) << code;
+        for (const TextFold fold : {TextFold::IgnoreCase, TextFold::IgnoreMarks, TextFold::IgnoreCaseAndMarks})
+        {
+            if (WidestFolded(Folded(text, fold)) != widest)
+            {
+                ++wrong;
+                ADD_FAILURE() << "U+" << std::hex << code << " under fold " << static_cast<int>(fold);
+            }
+        }
+    }
+    EXPECT_EQ(WidestFolded("a\xCD\x85\xCE\xB9z"), U"az"); // the mark and the letter iota
+    EXPECT_EQ(WidestFolded(std::string("a\0b", 3)), U"a\uFFFDb");
+}
+
 // Sort keys in files are made by this folding: another result needs another schema version.
 TEST(TextFold, FoldingMatchesTheFilesSortKeys)
 {
