@@ -1,4 +1,4 @@
-#include "tools/zeb/Moments.h"
+#include "tools/common/Moments.h"
 
 #include "platform/datetime.h"
 #include "platform/zone.h"

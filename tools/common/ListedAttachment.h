@@ -1,7 +1,7 @@
 // The attachments of a message as lines of text or JSON.
 #pragma once
 
-#include "tools/zeb/Json.h"
+#include "tools/common/Json.h"
 #include "zebapi/ZebAPI.h"
 
 #include <string>

@@ -1,8 +1,8 @@
-#include "tools/zeb/ListedAttachment.h"
+#include "tools/common/ListedAttachment.h"
 
 #include "tools/common/HostSession.h"
+#include "tools/common/Lister.h"
 #include "tools/common/Output.h"
-#include "tools/zeb/Lister.h"
 
 #include <filesystem>
 

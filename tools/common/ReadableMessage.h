@@ -1,8 +1,8 @@
 // A message as people read it.
 #pragma once
 
+#include "tools/common/ListedAttachment.h"
 #include "tools/common/Times.h"
-#include "tools/zeb/ListedAttachment.h"
 
 #include <string>
 #include <vector>
@@ -40,6 +40,9 @@ struct ReadableMessage
 
 /// Reads a message without marking it as read. HTML is converted to text. @throws CZebException*
 ReadableMessage ReadText(CZebMessage& message, BodyKind kind);
+
+/// The same without its headers and attachments. @throws CZebException*
+ReadableMessage ReadTextOnly(CZebMessage& message, BodyKind kind);
 
 /// "Ada <ada@example.org>", or the one of both that there is.
 std::string TextOf(const MailAddress& address);

@@ -1,7 +1,8 @@
 // Results of commands, as text or as JSON.
 #pragma once
 
-#include "tools/zeb/Json.h"
+#include "tools/common/Failure.h"
+#include "tools/common/Json.h"
 
 #include <cstddef>
 #include <string>
@@ -9,12 +10,22 @@
 namespace zeb::tools
 {
 
+/// The version of what commands print with --json: the member "version" of each object that they print. It grows when a
+/// member changes its meaning or goes away; new members do not change it.
+constexpr int JsonVersion = 1;
+
+/// The object with its version before its other members.
+Json Versioned(const Json& object);
+
 /// A value as JSON text; bytes that are not UTF-8 become U+FFFD.
 /// @param indent blanks per level; -1: in one line
 std::string JsonText(const Json& value, int indent = -1);
 
 /// Null for an empty text.
 Json TextOrNull(const std::string& text);
+
+/// Prints a failure on standard error: as "tool: failure", or with --json as one line of JSON.
+void ReportFailure(const char* tool, const ToolFailure& failure, bool json);
 
 /// Prints the results of a command: as text for people, or, with --json, as JSON.
 ///
@@ -94,9 +105,11 @@ public:
         }
     }
 
-    /// Ends a list. As JSON, one without Begin is printed here, as an array.
-    /// @param tail for a list with Begin: the members of the object after the list
-    void End(const Json& tail = Json::object());
+    /// Ends a list with Begin. @param tail the members of the object after the list
+    void End(const Json& tail = Json::object()) const;
+
+    /// Ends a list without Begin; as JSON it is printed here: an object with the member `name`.
+    void EndAs(const char* name) const;
 
     /// The number of rows.
     size_t Count() const { return m_count; }

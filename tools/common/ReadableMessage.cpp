@@ -1,12 +1,12 @@
-#include "tools/zeb/ReadableMessage.h"
+#include "tools/common/ReadableMessage.h"
 
 #include "platform/codepage.h"
 #include "platform/tags.h"
 #include "tools/common/HostSession.h"
 #include "tools/common/HtmlText.h"
+#include "tools/common/Lister.h"
 #include "tools/common/Output.h"
 #include "tools/common/Streams.h"
-#include "tools/zeb/Lister.h"
 
 namespace zeb::tools
 {
@@ -178,14 +178,20 @@ Json JsonOf(const ReadableMessage& message)
     return object;
 }
 
-ReadableMessage ReadText(CZebMessage& message, BodyKind kind)
+ReadableMessage ReadTextOnly(CZebMessage& message, BodyKind kind)
 {
     ReadableMessage read;
     ReadAddresses(message, read);
     ReadDate(message, read);
     read.subject = TextOf(message, PR_SUBJECT_W);
-    read.headers = TextOf(message, PR_TRANSPORT_MESSAGE_HEADERS_W);
     read.text = BodyOf(message, kind);
+    return read;
+}
+
+ReadableMessage ReadText(CZebMessage& message, BodyKind kind)
+{
+    ReadableMessage read = ReadTextOnly(message, kind);
+    read.headers = TextOf(message, PR_TRANSPORT_MESSAGE_HEADERS_W);
     read.attachments = AttachmentsOf(message);
     return read;
 }

@@ -1,4 +1,4 @@
-#include "tools/zeb/FileName.h"
+#include "tools/common/FileName.h"
 
 #include "platform/text.h"
 #include "tools/common/Failure.h"
