@@ -19,6 +19,9 @@ bool IsTerminal(OutputStream stream);
 /// Whether standard input is a terminal, so a user can answer a question.
 bool InputIsTerminal();
 
+/// Lets control sequences for colours take effect. @return false when `stream` is not a terminal that has them
+bool EnableColors(OutputStream stream);
+
 /// The columns of the terminal of `stream`; 0 when it is not a terminal or the width is unknown.
 int TerminalColumns(OutputStream stream);
 

@@ -8,10 +8,12 @@
 
 // Classes that implement MAPI's methods may throw (test doubles do), so the headers must not declare them noexcept.
 #ifndef COM_STDMETHOD_CAN_THROW
+/// Lets the methods of MAPI's interfaces throw.
 #define COM_STDMETHOD_CAN_THROW
 #endif
 
 #ifndef NOMINMAX
+/// Keeps <windows.h> from defining macros named min and max.
 #define NOMINMAX
 #endif
 

@@ -13,6 +13,7 @@
 #pragma once
 
 // Selects the macro for the number of declarations: the arguments shift it to the last position.
+/// Declares its arguments, the overloads of one name, in the order that the compiler needs for their slots.
 #define ZEB_OVERLOADS(...)                                                                                             \
     ZEB_OVERLOADS_EXPAND(ZEB_OVERLOADS_LAST(__VA_ARGS__, ZEB_OVERLOADS_18, ZEB_OVERLOADS_17, ZEB_OVERLOADS_16,         \
                                             ZEB_OVERLOADS_15, ZEB_OVERLOADS_14, ZEB_OVERLOADS_13, ZEB_OVERLOADS_12,    \

@@ -31,6 +31,12 @@ bool InputIsTerminal()
     return isatty(STDIN_FILENO) != 0;
 }
 
+bool EnableColors(OutputStream stream)
+{
+    const char* terminal = std::getenv("TERM");
+    return IsTerminal(stream) && terminal != nullptr && *terminal != '\0';
+}
+
 int TerminalColumns(OutputStream stream)
 {
     winsize size{};

@@ -63,6 +63,13 @@ bool InputIsTerminal()
     return GetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), &mode) != 0;
 }
 
+bool EnableColors(OutputStream stream)
+{
+    DWORD mode = 0;
+    return GetConsoleMode(Handle(stream), &mode) &&
+           SetConsoleMode(Handle(stream), mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+}
+
 int TerminalColumns(OutputStream stream)
 {
     CONSOLE_SCREEN_BUFFER_INFO info{};

@@ -35,6 +35,11 @@ std::optional<std::string> EnvironmentVariable(const char* name)
     }
 }
 
+std::string SettingsFolder()
+{
+    return EnvironmentVariable("APPDATA").value_or("");
+}
+
 std::FILE* OpenFile(const std::string& path, const char* mode)
 {
     return _wfopen(Wide(path).c_str(), Wide(mode).c_str());
