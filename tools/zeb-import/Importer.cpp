@@ -3,8 +3,10 @@
 #include "platform/interrupt.h"
 #include "tools/common/Failure.h"
 #include "tools/common/Output.h"
+#include "tools/zeb-import/MessageKey.h"
 
 #include <algorithm>
+#include <tuple>
 
 namespace zeb::tools
 {
@@ -31,15 +33,47 @@ bool IsAnsweredByStore(const Refusal& refusal)
     return refusal.code == MAPI_E_COMPUTED || refusal.code == MAPI_E_NO_ACCESS;
 }
 
+bool IsBefore(const FILETIME& time, const FILETIME& other)
+{
+    return std::tie(time.dwHighDateTime, time.dwLowDateTime) < std::tie(other.dwHighDateTime, other.dwLowDateTime);
+}
+
+void ReadToEnd(const Properties& properties)
+{
+    std::vector<char> piece(64 * 1024);
+    for (const Property& property : properties)
+    {
+        while (property.source && property.source->Read(piece.data(), piece.size()) != 0)
+        {
+        }
+    }
+}
+
+/// Reads what a message leaves to its sources, so that a dry run finds the same damage as an import.
+void ReadToEnd(const MessageContent& content)
+{
+    ReadToEnd(content.properties);
+    for (const AttachmentContent& attachment : content.attachments)
+    {
+        ReadToEnd(attachment.properties);
+        if (attachment.message)
+        {
+            ReadToEnd(*attachment.message);
+        }
+    }
+}
+
 } // namespace
 
-Importer::Importer(HostSession& session, std::vector<FolderPath> inbox, uint64_t messages)
-    : m_store(session.OpenStore())
+Importer::Importer(HostSession& session, const ImportChoice& choice, std::vector<FolderPath> inbox, uint64_t messages)
+    : m_choice(choice)
+    , m_store(session.OpenStore())
     , m_tree(m_store)
+    , m_duplicates(m_tree)
     , m_inbox(std::move(inbox))
-    , m_progress("messages", messages)
+    , m_progress("messages", messages, false, std::chrono::minutes(1))
 {
-    CZebFolder folder = m_store.OpenInboxFolder(MAPI_BEST_ACCESS);
+    CZebFolder folder = m_store.OpenInboxFolder(choice.dryRun ? 0 : MAPI_BEST_ACCESS);
     m_inboxTarget.names.push_back(TextOf(folder, PR_DISPLAY_NAME_W));
 }
 
@@ -64,23 +98,43 @@ FolderPath Importer::TargetOf(const FolderPath& source) const
     }
 }
 
+FilledFolder& Importer::FilledAt(const FolderPath& target)
+{
+    const std::string path = target.Text();
+    const auto [entry, isNew] = m_filledByPath.emplace(path, m_filled.size());
+    if (isNew)
+    {
+        m_filled.push_back({path, 0});
+    }
+    return m_filled[entry->second];
+}
+
+void Importer::WriteFolder(const FolderPath& source, const FolderPath& target, Properties properties)
+{
+    CZebFolder& folder = m_tree.Open(target);
+    // The folder already has its name: the file's name, or the store's name for its inbox and its top folder.
+    properties.erase(std::remove_if(properties.begin(), properties.end(), [](const Property& property)
+    { return !property.name && PROP_ID(property.tag) == PROP_ID(PR_DISPLAY_NAME); }),
+                     properties.end());
+    // When several folders are merged, the first one's properties win.
+    if (!properties.empty() && m_described.insert(target.Text()).second)
+    {
+        ReportRefusals(source.Text(), WriteProperties(folder, properties, m_names));
+        folder.SaveChanges(KEEP_OPEN_READWRITE);
+    }
+}
+
 void Importer::AddFolder(const FolderPath& source, Properties properties)
 {
     HeedInterrupt();
     try
     {
         const FolderPath target = TargetOf(source);
-        CZebFolder& folder = m_tree.Open(target);
-        // The folder already has its name: the file's name, or the store's name for its inbox and its top folder.
-        properties.erase(std::remove_if(properties.begin(), properties.end(), [](const Property& property)
-        { return !property.name && PROP_ID(property.tag) == PROP_ID(PR_DISPLAY_NAME); }),
-                         properties.end());
-        // When several folders are merged, the first one's properties win.
-        if (!properties.empty() && m_described.insert(target.Text()).second)
+        if (!m_choice.dryRun)
         {
-            ReportRefusals(source.Text(), WriteProperties(folder, properties, m_names));
-            folder.SaveChanges(KEEP_OPEN_READWRITE);
+            WriteFolder(source, target, std::move(properties));
         }
+        FilledAt(target);
         ++m_folders;
     }
     catch (...)
@@ -90,26 +144,60 @@ void Importer::AddFolder(const FolderPath& source, Properties properties)
     m_tree.Keep();
 }
 
+bool Importer::IsLeftOut(const MessageContent& content, const FolderPath& target, bool associated)
+{
+    const std::optional<FILETIME> date = m_choice.since ? DateOf(content.properties) : std::nullopt;
+    if (date && IsBefore(*date, *m_choice.since))
+    {
+        ++m_counts.older;
+        return true;
+    }
+    if (m_choice.skipDuplicates && m_duplicates.Has(content, target, associated))
+    {
+        ++m_counts.duplicates;
+        return true;
+    }
+    return false;
+}
+
+void Importer::Write(const FolderPath& target, bool associated, const std::string& item, MessageContent& content)
+{
+    if (m_choice.dryRun)
+    {
+        return ReadToEnd(content);
+    }
+    CZebMessage message = m_tree.Open(target).CreateMessage(associated ? MAPI_ASSOCIATED : 0);
+    ReportRefusals(item, WriteMessage(message, content, m_names));
+    message.SaveChanges(KEEP_OPEN_READWRITE);
+}
+
 void Importer::AddMessage(const FolderPath& source, bool associated, const std::string& item,
                           const std::function<MessageContent(Notes& notes)>& read)
 {
     HeedInterrupt();
+    ++m_counts.read;
     try
     {
         Notes notes;
         MessageContent content = read(notes);
-        CZebMessage message = m_tree.Open(TargetOf(source)).CreateMessage(associated ? MAPI_ASSOCIATED : 0);
-        ReportRefusals(item, WriteMessage(message, content, m_names));
-        message.SaveChanges(KEEP_OPEN_READWRITE);
-        ++m_messages;
-        ReportNotes(item, notes);
+        const FolderPath target = TargetOf(source);
+        if (!IsLeftOut(content, target, associated))
+        {
+            const std::string key = m_choice.skipDuplicates ? KeyOf(content) : std::string();
+            Write(target, associated, item, content);
+            m_duplicates.Add(key);
+            ++m_counts.imported;
+            ++FilledAt(target).messages;
+            ReportNotes(item, notes);
+        }
     }
     catch (...)
     {
+        ++m_counts.damaged;
         Skip(item, CurrentFailure());
     }
     m_tree.Keep();
-    m_progress.Step(m_messages + m_skipped);
+    m_progress.Step(m_counts.read);
 }
 
 void Importer::ReportRefusals(const std::string& item, const std::vector<Refusal>& refusals)

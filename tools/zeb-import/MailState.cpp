@@ -44,6 +44,7 @@ MailState StateInFileName(const std::string& name, bool isNew)
     state.answered = Has(flags, 'R');
     state.flagged = Has(flags, 'F');
     state.draft = Has(flags, 'D');
+    state.trashed = Has(flags, 'T');
     return state;
 }
 

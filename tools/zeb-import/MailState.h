@@ -13,12 +13,14 @@ struct MailState
     bool answered = false;
     bool flagged = false;
     bool draft = false;
+    bool trashed = false;
 };
 
 /// The state in the headers "Status" and "X-Status" of mbox files; empty without both.
 std::optional<MailState> StateInHeaders(const std::string& status, const std::string& otherStatus);
 
-/// The state in the name of a file of a Maildir, "...:2,FRS"; a message in "new" is unread.
+/// The state in the name of a file of a Maildir, "...:2,FRS": draft, flagged,
+/// replied, seen, trashed; a message in "new" is unread.
 /// @param isNew whether the file is in "new"
 MailState StateInFileName(const std::string& name, bool isNew);
 

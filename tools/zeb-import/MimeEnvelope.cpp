@@ -224,6 +224,10 @@ void AddState(Properties& properties, const MailState& state)
     {
         AddLong(properties, PR_FLAG_STATUS, FlagMarked);
     }
+    if (state.trashed)
+    {
+        AddLong(properties, PR_MSG_STATUS, MSGSTATUS_DELMARKED);
+    }
 }
 
 void AddIdentifiers(Properties& properties, const Headers& headers)

@@ -2,7 +2,9 @@
 
 #include "tools/common/Failure.h"
 #include "tools/zeb-import/Charset.h"
+#include "tools/zeb-import/InputKind.h"
 #include "tools/zeb-import/MimeMessage.h"
+#include "tools/zeb-import/MsgReader.h"
 
 #include <algorithm>
 #include <fstream>
@@ -35,6 +37,21 @@ std::string BytesOf(const fs::path& file)
         throw ToolError("it cannot be read");
     }
     return bytes;
+}
+
+/// One message: a .msg file when it begins as one, otherwise Internet mail.
+MessageContent ContentOfFile(const fs::path& file, const std::optional<MailState>& state, Notes& notes)
+{
+    char begin[8] = {};
+    std::ifstream(file, std::ios::binary).read(begin, sizeof begin);
+    return BeginsAsCompoundFile({begin, sizeof begin}) ? ReadMsg(file.u8string(), notes)
+                                                       : ContentOfMail(BytesOf(file), state, notes);
+}
+
+bool IsMailFile(const fs::path& file)
+{
+    const std::string extension = LowerCase(file.extension().u8string());
+    return extension == ".eml" || extension == ".msg";
 }
 
 bool IsFolder(const fs::path& path)
@@ -200,15 +217,16 @@ void EmlSource::Walk(const fs::path& directory, const FolderPath& path, bool isT
     Folder folder{path, {}};
     for (const fs::path& file : listing.files)
     {
-        if (isPart || LowerCase(file.extension().u8string()) == ".eml")
+        if (isPart || IsMailFile(file))
         {
             TakeFile(file, folder);
         }
         else
         {
-            PassOver(file, "it is not an .eml file");
+            PassOver(file, "it is not an .eml or .msg file");
         }
     }
+    m_hasMaildir = m_hasMaildir || isMaildir;
     if (isMaildir)
     {
         TakeMaildir(directory, folder);
@@ -241,7 +259,7 @@ void EmlSource::Run(Importer& importer)
         for (const File& file : folder.files)
         {
             importer.AddMessage(folder.path, false, file.path.u8string(),
-                                [&](Notes& notes) { return ContentOfMail(BytesOf(file.path), file.state, notes); });
+                                [&](Notes& notes) { return ContentOfFile(file.path, file.state, notes); });
         }
     }
     for (const auto& [path, reason] : m_unreadable)

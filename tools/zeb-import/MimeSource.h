@@ -38,6 +38,8 @@ public:
     std::vector<FolderPath> Folders() override;
     uint64_t MessageCount() override { return m_count; }
     void Run(Importer& importer) override;
+    /// Whether there is a message or a Maildir.
+    bool IsMail() const { return m_count > 0 || m_hasMaildir; }
 
 private:
     struct File
@@ -64,6 +66,7 @@ private:
     std::vector<Folder> m_folders;
     std::vector<std::pair<std::string, std::string>> m_passedOver, m_unreadable; ///< path and reason
     uint64_t m_count = 0;
+    bool m_hasMaildir = false;
 };
 
 } // namespace zeb::tools
