@@ -26,8 +26,9 @@ def pytest_unconfigure():
 
 
 def pytest_collection_modifyitems(config, items):
-    if not world.WINDOWS:
+    other_target = "LINUX_ONLY" if world.WINDOWS else "WINDOWS_ONLY"
+    other = [item for item in items if getattr(item.module, other_target, False)]
+    if not other:
         return
-    other = [item for item in items if getattr(item.module, "LINUX_ONLY", False)]
     config.hook.pytest_deselected(items=other)
     items[:] = [item for item in items if item not in other]

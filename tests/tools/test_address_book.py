@@ -121,8 +121,8 @@ class AddressBook(World):
         ada, boris = [each["entryId"] for each in self.entries("Global Address List")]
         self.assertEqual(self.zeb("ab", "compare", ada, ada.lower()).out, "same\n")
         self.assertEqual(self.zeb("ab", "compare", ada, boris).out, "different\n")
-        self.assertEqual(json.loads(self.zeb("ab", "compare", ada, boris, "--json").out), {"same": False})
-        self.assertEqual(json.loads(self.zeb("ab", "compare", ada, ada, "--json").out), {"same": True})
+        self.assertEqual(json.loads(self.zeb("ab", "compare", ada, boris, "--json").out), {"version": 1, "same": False})
+        self.assertEqual(json.loads(self.zeb("ab", "compare", ada, ada, "--json").out), {"version": 1, "same": True})
         self.refused("ab", "compare", ada, boris + "0", code=2, saying="must have two for each byte")
         self.refused("ab", "compare", ada, "xyz", code=2, saying="hexadecimal text, not 'xyz'")
         self.refused("ab", "compare", "00", "00", code=2, saying="the entry identifier '00' is too short")

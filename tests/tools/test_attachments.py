@@ -35,7 +35,7 @@ class Attachments(World):
         self.assertRegex(lines[2], r"^  2  \(no name\)  \d+ bytes$")
         self.assertRegex(lines[3], r"^  3  inside  message  \d+ bytes$")
         self.assertEqual(lines[4:], ["3 attachments"])
-        listed = json.loads(self.zeb("attachments", "Inbox", "1", "--json").out)
+        listed = json.loads(self.zeb("attachments", "Inbox", "1", "--json").out)["attachments"]
         self.assertEqual([(each["number"], each["name"], each["message"], each["file"]) for each in listed],
                          [(0, "Menü.txt", False, None), (1, None, False, None), (2, "inside", True, None)])
 
@@ -43,7 +43,7 @@ class Attachments(World):
         self.load(message("Plain"))
         self.assertEqual(self.zeb("attachments", "Inbox", "Plain", "--save", self.path("out")).out.splitlines()[1:],
                          ["0 attachments"])
-        self.assertEqual(json.loads(self.zeb("attachments", "Inbox", "Plain", "--json").out), [])
+        self.assertEqual(json.loads(self.zeb("attachments", "Inbox", "Plain", "--json").out), {"version": 1, "attachments": []})
 
     def test_files_hold_every_byte(self):
         large = bytes(range(256)) * 1200
@@ -56,7 +56,7 @@ class Attachments(World):
         self.with_attachments(attachment("a.tar.gz", b"1"), attachment("a.tar.gz", b"2"))
         out = self.zeb("attachments", "Inbox", "Files", "--save", self.path("out")).out
         self.assertRegex(out, r"  1  a\.tar\.gz  \d+ bytes  saved as a\.tar \(2\)\.gz\n")
-        listed = json.loads(self.zeb("attachments", "Inbox", "Files", "--save", self.path("more"), "--json").out)
+        listed = json.loads(self.zeb("attachments", "Inbox", "Files", "--save", self.path("more"), "--json").out)["attachments"]
         self.assertEqual([each["file"] for each in listed],
                          [self.path("more/a.tar.gz"), self.path("more/a.tar (2).gz")])
         self.assertEqual({each.name: each.read_bytes() for each in (self.folder / "out").iterdir()},

@@ -28,6 +28,39 @@ class Changes(World):
         return [each["entryId"] for each in self.found(folder, "--sort", "subject")]
 
 
+class Written(Changes):
+    def test_a_message_is_written_with_its_parts(self):
+        menu, empty = self.folder / "Menü 日本.txt", self.folder / "empty"
+        menu.write_bytes(bytes(range(256)) * 4000)
+        empty.write_bytes(b"")
+        self.zeb("new", "Inbox", "--from", "Ada Lovelace <ada@example.org>", "--to", "grace@example.org", "--to", '"Dan, Çelik" <dan@example.org>',
+                 "--cc", "bob@example.org", "--bcc", "eve@example.org", "--subject", "Lunch 日本", "--body", "At noon?\nGrüße", "--attach", str(menu),
+                 "--attach", str(empty), "PR_IMPORTANCE=2")
+        read = json.loads(self.zeb("read", "Inbox", "1", "--json").out)
+        self.assertEqual({name: read[name] for name in ("from", "to", "cc", "bcc", "subject", "text")},
+                         {"from": {"name": "Ada Lovelace", "address": "ada@example.org"},
+                          "to": [{"name": "grace@example.org", "address": "grace@example.org"}, {"name": "Dan, Çelik", "address": "dan@example.org"}],
+                          "cc": [{"name": "bob@example.org", "address": "bob@example.org"}],
+                          "bcc": [{"name": "eve@example.org", "address": "eve@example.org"}], "subject": "Lunch 日本", "text": "At noon?\r\nGrüße"})
+        self.assertEqual([each["name"] for each in read["attachments"]], ["Menü 日本.txt", "empty"])
+        saved = self.folder / "saved"
+        self.zeb("attachments", "Inbox", "1", "--save", str(saved))
+        self.assertEqual((saved / menu.name).read_bytes(), menu.read_bytes())
+        self.assertEqual(self.shown("Inbox", "1")["PR_IMPORTANCE"], 2)
+
+    def test_the_text_comes_from_standard_input(self):
+        self.zeb("new", "Inbox", "--subject", "piped", "--body", "-", given="one\r\ntwo\n\nü日\n")
+        self.assertEqual(self.shown("Inbox", "piped")["PR_BODY"], "one\r\ntwo\r\n\r\nü日\r\n")
+
+    def test_wrong_addresses_and_files_write_nothing(self):
+        for wrong in ("ada", "@x", "ada@", "a b@c", "Ada <ada@x", "<>", "a@b, c@d", " "):
+            self.refused("new", "Inbox", "--to", wrong, saying=["--to", "is not an address"], code=2)
+        self.refused("new", "Inbox", "--from", "ada", saying="--from 'ada'", code=2)
+        self.refused("new", "Inbox", "--attach", str(self.folder / "absent 日"), saying="absent 日' does not exist")
+        self.refused("new", "Inbox", "--attach", str(self.folder), saying="is a folder")
+        self.assertEqual(self.found("Inbox"), [])
+
+
 class Folders(Changes):
     def test_folders_are_made_and_deleted(self):
         self.assertEqual(self.zeb("mkdir", "Inbox/Sub").out, "folder 'Inbox/Sub' exists\n")

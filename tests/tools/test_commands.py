@@ -37,7 +37,7 @@ class Usage(World):
 
     def test_the_version_is_printed(self):
         version = re.search(r"project\(\w+ VERSION (\S+)", (world.ROOT / "CMakeLists.txt").read_text())[1]
-        self.assertEqual(self.zeb("--version").out, f"zeb {version}\n")
+        self.assertEqual(self.zeb("--version").out.splitlines()[:2], [f"zeb {version}", f"library   zebapi {version}"])
 
     def test_help_ends_with_0(self):
         self.assertIn("doctor", self.zeb("--help").out)
@@ -238,7 +238,7 @@ class Provider(World):
     def status(self):
         """Maps each key to the registered and the replaced value."""
         return {each["key"]: (each["registered"], each["replaced"])
-                for each in json.loads(self.zeb("provider", "status", "--json").out)}
+                for each in json.loads(self.zeb("provider", "status", "--json").out)["registrations"]}
 
     def own(self):
         """The entries that install registers on a clean machine."""
@@ -354,7 +354,7 @@ class Provider(World):
 
 class Profile(World):
     def test_create_list_choose_and_delete(self):
-        self.assertEqual(json.loads(self.zeb("profile", "list", "--json").out), [])
+        self.assertEqual(json.loads(self.zeb("profile", "list", "--json").out), {"version": 1, "profiles": []})
         self.refused("profile", "default", saying="no default profile")
         self.zeb("profile", "create", "one", "--store", self.path("one.zeb"))
         self.zeb("profile", "create", "two", "--store", self.path("two.zeb"), "--durability", "full", "--default")
@@ -362,7 +362,7 @@ class Profile(World):
         self.assertEqual(self.zeb("profile", "default").out, "two\n")
         self.assertEqual(sorted(self.zeb("profile", "list").out.splitlines()), ["  one", "* two"])
         self.assertEqual(self.zeb("profile", "default", "one").out, "made profile 'one' the default\n")
-        listed = {entry["name"]: entry["default"] for entry in json.loads(self.zeb("profile", "list", "--json").out)}
+        listed = {entry["name"]: entry["default"] for entry in json.loads(self.zeb("profile", "list", "--json").out)["profiles"]}
         self.assertEqual(listed, {"one": True, "two": False})
         self.zeb("profile", "delete", "two")
         self.assertEqual(self.zeb("profile", "list").out, "* one\n")
@@ -424,7 +424,7 @@ class Store(World):
     def test_stores_lists_the_profiles_store(self):
         self.create_profile()
         self.assertTrue(self.zeb("stores").out.startswith("* "))
-        stores = json.loads(self.zeb("stores", "--json").out)
+        stores = json.loads(self.zeb("stores", "--json").out)["stores"]
         self.assertEqual(len(stores), 1)
         self.assertTrue(stores[0]["default"])
         self.assertEqual((stores[0]["name"], stores[0]["provider"]), ("zebstore", "zebstore"))
@@ -489,7 +489,7 @@ class Inbox(World):
 
     def test_an_empty_inbox(self):
         self.assertEqual(self.zeb("inbox").out, "0 messages\n")
-        self.assertEqual(self.inbox(), {"total": 0, "messages": []})
+        self.assertEqual(self.inbox(), {"version": 1, "total": 0, "messages": []})
 
     def test_aligns_columns_and_ends_with_count(self):
         self.load_three()

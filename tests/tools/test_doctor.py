@@ -1,6 +1,7 @@
 """zeb doctor prints the same facts as text and as JSON."""
 import json
 import pathlib
+import re
 import shutil
 import struct
 import tempfile
@@ -190,6 +191,25 @@ class Machine(World):
         command = ([str(world.ROOT / "scripts/wine-run.sh")] if world.WINDOWS else []) + [self.program, "doctor", "--json"]
         found = json.loads(self.check(self.run_command(command), 1).out)
         self.assertEqual(found["candidates"][0]["verdict"], "unusable, 32-bit Office; this program has 64 bits")
+
+    def test_the_page_of_failures_shows_what_it_prints(self):
+        text = (world.ROOT / "docs/failures.md").read_text(encoding="utf-8").split("## What zeb doctor prints")[1]
+        lines = re.findall(r"^\| `([^`]+)` \|", text.split("\n## ")[0], re.M)
+        self.assertEqual(len(lines), 7)
+        command = ([str(world.ROOT / "scripts/wine-run.sh")] if world.WINDOWS else []) + [self.program, "doctor"]
+        printed = self.check(self.run_command(command), 1).out
+        self.client("Post", DLLPathEx=self.path("none.dll"))
+        printed += self.check(self.run_command(command), 1).out
+        for file in (self.path("none.dll"), self.library("olmapi32.dll", X86), self.foreign_library()):
+            self.registry_add(MAIL, "DLLPathEx", self.escaped(file))
+            printed += self.check(self.run_command(command), 1).out
+        for line in lines:
+            self.assertIn(line.rstrip("\u2026"), printed)
+
+    def foreign_library(self):
+        """A library that loads and is no provider: the library itself."""
+        file = next(each for each in world.libraries() if not each.is_symlink())
+        return "Z:" + str(file).replace("/", "\\") if world.WINDOWS else str(file)
 
     def test_the_address_books_library(self):
         key = "HKEY_LOCAL_MACHINE\\Software\\Microsoft\\WAB\\DLLPath"

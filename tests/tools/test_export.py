@@ -152,7 +152,7 @@ class Export(World):
         self.assertEqual((self.folder / "out.csv").read_bytes(), self.run_tool("zeb", "export", "csv", "Inbox").stdout)
 
     def test_json_with_the_texts(self):
-        self.assertEqual(json.loads(self.zeb("export", "json", "Inbox").out), {"messages": []})
+        self.assertEqual(json.loads(self.zeb("export", "json", "Inbox").out), {"version": 1, "messages": []})
         self.load(message("a", PR_BODY="x"), message("b", PR_BODY="y"))
         read = json.loads(self.zeb("export", "json", "Inbox").out)["messages"]
         self.assertEqual([(each["number"], each["subject"], each["text"]) for each in read], [(1, "a", "x"), (2, "b", "y")])

@@ -132,3 +132,47 @@ class Find(World):
         self.assertEqual(self.found("Inbox", "--subject", "budget", "--recursive"), [])
         self.refused("rm", "-", saying="no message is given", code=2, given="\n")
         self.refused("rm", "-", saying="0011", given="0011" * 12 + "\n")
+
+    def test_texts_as_regular_expressions(self):
+        self.load({**message("Ünïcode 日本", "2026-01-07T00:00:00Z", PR_SENDER_NAME="Zed", PR_BODY="first line\r\nTotal: 17 EUR\r\nlast"),
+                   "recipients": [{"properties": {"PR_RECIPIENT_TYPE": 3, "PR_DISPLAY_NAME": "Bob", "PR_EMAIL_ADDRESS": "bob@example.org"}}]},
+                  message("Web", "2026-01-08T00:00:00Z", PR_HTML="<p>Total:<b> 99</b> EUR</p>".encode().hex()))
+        def subjects(*conditions):
+            return [each["subject"] for each in self.found("Inbox", "--regex", *conditions)]
+        budgets = ["Budget 2026", "the budget, again"]
+        for conditions, wanted in ((("--subject", "^(the )?BUDGET"), budgets), (("--subject", "^(?-i)budget"), []),
+                                   (("--subject", "(?-i)budget"), ["the budget, again"]), (("--subject", r"ünïc\w+ \p{Han}{2}$"), ["Ünïcode 日本"]),
+                                   (("--from", "^(ada|grace@ada\\.example)$"), ["Budget 2026", "Lunch"]), (("--author", "^zed$"), ["Ünïcode 日本"]),
+                                   (("--to", r"^bob@\w+\.org$"), ["Ünïcode 日本"]), (("--body", r"^total: \d{2} eur"), ["Web", "Ünïcode 日本"]),
+                                   (("--text", "^(total|lunch|edsger)"), ["Web", "Ünïcode 日本", "the budget, again", "Lunch"]),
+                                   (("--subject", "budget", "--size", "1"), budgets), (("--subject", "budget", "--unread"), ["Budget 2026"]),
+                                   (("--subject", "^web$", "--unread", "--or"), ["Web", "Budget 2026"]),
+                                   (("--subject", "b", "--not"), ["Ünïcode 日本", "Lunch", "Early"]),
+                                   (("--subject", "budget", "--unread", "--not"), ["Web", "Ünïcode 日本", "the budget, again", "Lunch", "Early"]),
+                                   (("--subject", "budget", "--unread", "--or", "--not"), ["Web", "Ünïcode 日本", "Lunch", "Early"]),
+                                   (("--subject", ".", "--sort", "subject", "--limit", "2", "--offset", "1"), ["Early", "Lunch"])):
+            self.assertEqual(subjects(*conditions), wanted, conditions)
+        self.assertEqual(self.zeb("find", "Inbox", "-r", "--regex", "--subject", "^budget").out.splitlines()[-1], "2 of 7 messages matched")
+        self.refused("find", "Inbox", "--regex", "--subject", "a(b", code=2, saying=["--subject 'a(b'", "missing )"])
+        self.refused("find", "Inbox", "--regex", "--unread", code=2, saying="--regex needs --subject")
+
+    def test_chosen_columns(self):
+        self.zeb("set", "Inbox", "1", "PR_IMPORTANCE=2", "PR_DISPLAY_TO=Bob Çelik; Dan", "0x6801101F=[\"a\",\"b\"]",
+                 "{00062008-0000-0000-C000-000000000046}:PT_LONG:id:0x8503=7", "PR_START_DATE=2026-05-01T00:00:00Z")
+        names = "subject,number, size,unread,importance,class,date,PR_START_DATE,0x6801101F,{00062008-0000-0000-C000-000000000046}:PT_LONG:id:0x8503"
+        shown = self.zeb("find", "Inbox", "--columns", names, "--utc", "--subject", "budget").out.splitlines()
+        self.assertEqual(shown[0].split()[:6], ["subject", "number", "size", "unread", "importance", "class"])
+        self.assertIn("date (UTC)", shown[0])
+        self.assertRegex(shown[1], r"^Budget 2026 +1 +\d+ +yes +2 +IPM.Note +2026-01-05 00:00:00  2026-05-01 00:00:00 +a, b +7$")
+        self.assertRegex(shown[2], r"^the budget, again +3 +\d+ +no +1 +IPM.Task.Budget +2026-01-04 23:59:59$")
+        self.assertEqual(shown[0].index("class"), shown[2].index("IPM.Task"))
+        self.assertEqual(shown[3], "2 of 4 messages matched")
+        rows = json.loads(self.zeb("find", "Inbox", "--columns", "number,to,importance,PR_START_DATE,folder,id,attachments,date", "--json").out)["messages"]
+        self.assertEqual([list(row) for row in rows], [["number", "to", "importance", "PR_START_DATE", "folder", "id", "attachments", "date"]] * 4)
+        self.assertEqual({name: rows[0][name] for name in ("number", "to", "importance", "PR_START_DATE", "folder", "attachments", "date")},
+                         {"number": 1, "to": "Bob Çelik; Dan", "importance": 2, "PR_START_DATE": "2026-05-01T00:00:00Z", "folder": "Inbox",
+                          "attachments": False, "date": "2026-01-05T00:00:00Z"})
+        self.assertEqual(len(rows[0]["id"]), 108)
+        self.assertEqual((rows[1]["importance"], rows[1]["PR_START_DATE"], rows[3]["attachments"]), (1, None, True))
+        self.refused("find", "Inbox", "--columns", "number,colour", code=2, saying=["no column 'colour'", "PR_SENSITIVITY"])
+        self.refused("find", "Inbox", "--columns", "number,", "--ids", code=2, saying="--ids")

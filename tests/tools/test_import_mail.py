@@ -405,8 +405,8 @@ class Files(Mail):
         (top / "link").symlink_to(top / "sub")
         done = self.importer("eml", str(top))
         self.assertEqual(done.out, "3 messages in 2 folders, 3 files ignored\n")
-        for name in ("/link: ignored: it is a link to a folder", "/notes.txt: ignored: it is not an .eml file",
-                     "/sub/d.eml.bak: ignored: it is not an .eml file"):
+        for name in ("/link: ignored: it is a link to a folder", "/notes.txt: ignored: it is not an .eml or .msg file",
+                     "/sub/d.eml.bak: ignored: it is not an .eml or .msg file"):
             self.assertIn(name, done.err)
         self.assertEqual([each["properties"]["PR_SUBJECT"] for each in self.saved(top.name)], ["A", "b", "c"])
 

@@ -66,7 +66,7 @@ class Lines(World):
             name = "entries" if arguments[0] == "ab" else "messages"
             rows = [json.dumps(each, separators=(",", ":"), ensure_ascii=False) for each in json.loads(out)[name]]
             body = "[" + ",".join("\n    " + row for row in rows) + ("\n  ]" if rows else "]")
-            members = [f'"{key}": {json.dumps(value)}' for key, value in before.items()] + [f'"{name}": {body}']
+            members = [f'"{key}": {json.dumps(value)}' for key, value in {"version": 1, **before}.items()] + [f'"{name}": {body}']
             members += [f'"{key}": {value}' for key, value in after.items()]
             self.assertEqual(out, "{\n  " + ",\n  ".join(members) + "\n}\n")
 

@@ -11,6 +11,12 @@ class Load(World):
         super().setUp()
         self.create_profile()
 
+    def test_standard_input_is_loaded(self):
+        lines = "\n".join(json.dumps(each) for each in (message("ü日"), message("b")))
+        self.assertEqual(self.zeb("load", "-", given=lines).out, "2 messages loaded\n")
+        self.assertEqual(sorted(self.subjects()), ["b", "ü日"])
+        self.refused("load", "-", given=lines + "\n{", saying=["standard input:3: ", "the 2 lines before it are loaded"])
+
     def test_says_how_many_were_loaded(self):
         self.assertEqual(self.load(message("a"), "", message("b")).out, "2 messages loaded\n")
         self.assertEqual(self.load(message("c")).out, "1 message loaded\n")

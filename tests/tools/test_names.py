@@ -16,11 +16,11 @@ class Names(World):
         self.assertEqual(self.zeb("value", "PropIDs", "PR_SUBJECT").out, "0x00000037\n")
 
     def test_tables_and_their_rows_are_listed(self):
-        tables = {each["table"]: each["rows"] for each in json.loads(self.zeb("name", "--json").out)}
+        tables = {each["table"]: each["rows"] for each in json.loads(self.zeb("name", "--json").out)["tables"]}
         self.assertEqual(len(tables), 22)
         self.assertEqual({name: tables[name] for name in TABLES}, TABLES)
         self.assertTrue(all(tables.values()), tables)
-        rows = json.loads(self.zeb("name", "Priority", "--json").out)
+        rows = json.loads(self.zeb("name", "Priority", "--json").out)["rows"]
         self.assertEqual(rows, [{"name": "PRIO_URGENT", "value": 1}, {"name": "PRIO_NORMAL", "value": 0},
                                 {"name": "PRIO_NONURGENT", "value": 0xFFFFFFFF}])
         self.assertEqual(self.zeb("name", "Priority").out.splitlines()[0], "0x00000001  PRIO_URGENT")
@@ -30,9 +30,9 @@ class Names(World):
         self.assertEqual(self.zeb("name", "PropTags", str(0x0037001E)).out, "PR_SUBJECT\n")
         self.assertEqual(self.zeb("name", "Priority", "4294967295").out, "PRIO_NONURGENT\n")
         self.refused("name", "Priority", "--", "-2147483648", saying="0x80000000")
-        self.assertEqual(json.loads(self.zeb("name", "Priority", "1", "--json").out), {"name": "PRIO_URGENT", "value": 1})
+        self.assertEqual(json.loads(self.zeb("name", "Priority", "1", "--json").out), {"version": 1, "name": "PRIO_URGENT", "value": 1})
         self.assertEqual(json.loads(self.zeb("value", "Priority", "PRIO_URGENT", "--json").out),
-                         {"name": "PRIO_URGENT", "value": 1})
+                         {"version": 1, "name": "PRIO_URGENT", "value": 1})
         self.assertEqual(self.zeb("name").out.splitlines()[:2], ["MAPIErrors        98", "CMCErrors         39"])
 
     def test_a_value_searches_all_tables(self):
@@ -40,7 +40,7 @@ class Names(World):
         self.assertEqual(self.zeb("name", "0x0037001F").out.splitlines(),
                          [f"{table:<16}  {name}" for table, name in
                           (("PropTags", "PR_SUBJECT_W"), ("PropIDs", "PR_SUBJECT"), ("PropType", "PT_UNICODE"))])
-        found = json.loads(self.zeb("name", "1", "--json").out)
+        found = json.loads(self.zeb("name", "1", "--json").out)["names"]
         self.assertIn({"table": "Priority", "name": "PRIO_URGENT"}, found)
         self.assertIn({"table": "RecipType", "name": "MAPI_TO"}, found)
         self.assertIn("PR_INTERNET_CPID", self.zeb("name", "0x3FDE0003").out)

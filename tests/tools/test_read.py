@@ -115,7 +115,7 @@ class Read(World):
         read = json.loads(self.zeb("read", "Inbox", "x", "--json").out)
         self.assertEqual([each["name"] for each in read.pop("attachments")], ["a.txt"])
         nobody = {"name": None, "address": None}
-        self.assertEqual(read, {"from": {"name": "Ada", "address": None}, "sender": nobody, "to": [], "cc": [{"name": "Bob", "address": "b@c"}],
+        self.assertEqual(read, {"version": 1, "from": {"name": "Ada", "address": None}, "sender": nobody, "to": [], "cc": [{"name": "Bob", "address": "b@c"}],
                                 "bcc": [], "date": "2026-01-02T03:04:05Z", "subject": "x", "headers": None, "text": "a\r\nb"})
 
     def test_what_cannot_be_read(self):

@@ -88,7 +88,8 @@ class Terminal(World):
             with self.subTest(command=command), open("/dev/full", "wb") as full:
                 done = subprocess.run([str(world.BUILD / "bin/zeb"), *command], env=self.environment, stdout=full,
                                       stderr=subprocess.PIPE, check=False)
-                self.assertEqual((done.returncode, done.stderr), (1, b"zeb: standard output cannot be written\n"))
+                said = json.loads(done.stderr)["error"]["message"] if "--json" in command else done.stderr.decode()
+                self.assertEqual((done.returncode, said.removeprefix("zeb: ").rstrip("\n")), (1, "standard output cannot be written"))
 
     def test_saving_progress_not_between_lines(self):
         self.zeb("load", self.write_many(1000))

@@ -63,7 +63,7 @@ class Unicode(World):
         self.zeb("new", "Inbox", "PR_SUBJECT=a", "--profile", TEXT)
         self.assertEqual(self.subjects(), ["a"], "the default profile is the same")
         self.assertEqual(self.subjects("--profile", "test"), [])
-        self.assertIn({"name": TEXT, "default": True}, json.loads(self.zeb("profile", "list", "--json").out))
+        self.assertIn({"name": TEXT, "default": True}, json.loads(self.zeb("profile", "list", "--json").out)["profiles"])
         self.zeb("profile", "default", "test")
         self.zeb("profile", "default", TEXT)
         self.zeb("profile", "delete", TEXT)

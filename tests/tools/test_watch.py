@@ -106,7 +106,7 @@ class Watch(Watching):
         self.zeb("rm", "Inbox", "first", "--hard", "--yes")
         self.assertEqual(process.wait(60), 0)
         added, deleted = [json.loads(line) for line in self.said(self.out).splitlines()]
-        self.assertEqual(list(added), ["time", "event", "subject", "sender", "entryId"])
+        self.assertEqual(list(added), ["version", "time", "event", "subject", "sender", "entryId"])
         self.assertRegex(added["time"], r"^\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d(\.\d{1,7})?Z$")
         self.assertLessEqual(added["time"][:19], deleted["time"][:19])
         self.assertEqual(added["entryId"], self.found("Inbox", "--subject", "second")[0]["entryId"])

@@ -50,7 +50,8 @@ class World(unittest.TestCase):
         self.environment = dict(os.environ, ZEBAPI_REGISTRY=str(self.folder / "registry.reg"),
                                 XDG_CONFIG_HOME=str(self.folder), XDG_DATA_HOME=str(self.folder),
                                 ZEB_WINEPREFIX=str(PREFIX), LC_ALL="C.UTF-8", TZ="UTC")
-        for name in ("ZEBAPI_LOG", "ZEBAPI_LOG_LEVEL", "ZEBSTORE_TRACE", "ZEBSTORE_FAULT"):
+        self.environment["ZEB_CONFIG"] = ""
+        for name in ("ZEBAPI_LOG", "ZEBAPI_LOG_LEVEL", "ZEBSTORE_TRACE", "ZEBSTORE_FAULT", "ZEB_PROFILE", "NO_COLOR", "TERM"):
             self.environment.pop(name, None)
         if WINDOWS:
             self.delete_profiles()
@@ -64,7 +65,7 @@ class World(unittest.TestCase):
             self.reg("delete", MAIL, "/f")
             self.zeb("provider", "install")
             listed = self.zeb("profile", "list", "--json")
-        for profile in json.loads(listed.stdout):
+        for profile in json.loads(listed.stdout)["profiles"]:
             self.zeb("profile", "delete", profile["name"])
         if not self.registered:
             self.reg("delete", MAIL, "/f")

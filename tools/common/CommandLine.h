@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/mapi.h"
+#include "tools/common/Failure.h"
 
 #include <cstdint>
 #include <functional>
@@ -71,9 +72,11 @@ public:
     Option AddFlag(const char* name, bool& value, const char* help) const;
     /// One of its commands must be given.
     void NeedsCommand() const;
+    /// It also runs without one of its commands; the tool itself otherwise needs one.
+    void RunsAlone() const;
     /// Text below the help.
     void Footer(const char* text) const;
-    /// What the command does; returns the exit code.
+    /// What the command does when none of its commands is given; returns the exit code.
     void Runs(std::function<int()> action) const;
 
 private:
@@ -91,13 +94,34 @@ public:
     CommandLine& operator=(const CommandLine&) = delete;
 
     Command Root();
-    /// Reads UTF-8 arguments and runs the selected command. Prints the help or the version on request; on a usage error
+
+    /// How failures are printed; without it as "tool: failure" on standard error.
+    /// @param report called with the failure and whether the command has the option --json
+    void OnFailure(std::function<void(const ToolFailure& failure, bool json)> report);
+
+    /// What --version prints below the first line, each line with its line end.
+    void DescribeVersion(std::function<std::string()> details);
+
+    /// Adds the hidden commands "completion" (a shell's script), "complete" (which the scripts call) and "man".
+    /// @param candidates returns values for a kind of argument, "FOLDER", "PROFILE" ..., in a profile (empty: the default
+    /// one)
+    void AddShellCommands(
+        std::function<std::vector<std::string>(const std::string& kind, const std::string& profile)> candidates);
+
+    /// Reads UTF-8 arguments, then the settings (see Settings.h) for options that are not given, and runs the selected
+    /// command. Prints the help or the version on request; on a usage error
     /// prints one sentence to standard error. @return the exit code
     int Run(std::vector<std::string> arguments);
 
 private:
+    void AddColorOption(CLI::App& app);
+    void ApplySettings();
+
     std::unique_ptr<CLI::App> m_app;
     std::function<int()> m_chosen;
+    std::function<std::string()> m_versionDetails;
+    std::string m_color;
+    std::function<void(const ToolFailure& failure, bool json)> m_report;
 };
 
 } // namespace zeb::tools

@@ -1,5 +1,6 @@
 #include "tools/common/Failure.h"
 
+#include "tools/common/Color.h"
 #include "tools/common/FolderPath.h"
 #include "tools/common/Output.h"
 
@@ -29,28 +30,21 @@ constexpr OtherCode OtherCodes[] = {
     {STG_E_READFAULT, "reading failed"},
 };
 
-std::string CodeText(HRESULT result)
-{
-    char text[16];
-    std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned>(result));
-    return text;
-}
-
 /// The name of a result code and the code, "MAPI_E_NOT_FOUND 0x8004010F".
 std::string NamedCode(HRESULT result)
 {
-    if (const char* name = Zeb_NameFromValue("MAPIErrors", static_cast<ULONG>(result), nullptr))
+    if (const char* name = NameOfResult(result))
     {
-        return name + std::string(" ") + CodeText(result);
+        return name + std::string(" ") + TextOfResult(result);
     }
     for (const OtherCode& each : OtherCodes)
     {
         if (each.code == result)
         {
-            return each.text + (" (" + CodeText(result) + ")");
+            return each.text + (" (" + TextOfResult(result) + ")");
         }
     }
-    return "unknown error (" + CodeText(result) + ")";
+    return "unknown error (" + TextOfResult(result) + ")";
 }
 
 /// The provider's error text, extracted from an exception's description ("Ver:0, Error:..., Component:..., ..."); empty
@@ -83,6 +77,18 @@ std::string Describe(CException& exception)
 }
 
 } // namespace
+
+const char* NameOfResult(long result)
+{
+    return Zeb_NameFromValue("MAPIErrors", static_cast<ULONG>(result), nullptr);
+}
+
+std::string TextOfResult(long result)
+{
+    char text[16];
+    std::snprintf(text, sizeof text, "0x%08X", static_cast<unsigned>(result));
+    return text;
+}
 
 std::string CurrentFailure()
 {
@@ -124,15 +130,31 @@ long CurrentResult()
     {
         return error.Error();
     }
+    catch (const ToolError& error)
+    {
+        return error.Result();
+    }
     catch (...)
     {
-        return E_FAIL;
+        return 0;
     }
+}
+
+ToolError CurrentError(const std::string& before, const std::string& after)
+{
+    const long result = CurrentResult();
+    return ToolError(before + CurrentFailure() + after, result);
 }
 
 void FailWhile(const std::string& doing)
 {
-    throw ToolError(doing + ": " + CurrentFailure());
+    throw CurrentError(doing + ": ");
+}
+
+void ComplainOf(const char* tool, const ToolFailure& failure)
+{
+    const std::string name = Toned(Tone::Removed, std::string(tool) + ":", platform::OutputStream::Error);
+    std::fprintf(stderr, "%s %s\n", name.c_str(), failure.text.c_str());
 }
 
 void Complain(const char* tool, const std::string& text)
@@ -140,8 +162,9 @@ void Complain(const char* tool, const std::string& text)
     std::fprintf(stderr, "%s: %s\n", tool, text.c_str());
 }
 
-int RunTool(const char* tool, const std::function<int()>& body)
+int RunTool(const std::function<void(const ToolFailure&)>& report, const std::function<int()>& body)
 {
+    ToolFailure failure;
     try
     {
         const int code = body();
@@ -150,17 +173,16 @@ int RunTool(const char* tool, const std::function<int()>& body)
     }
     catch (const UsageError& error)
     {
-        std::fflush(stdout);
-        Complain(tool, OneLine(error.what()));
-        return ExitUsage;
+        failure = {OneLine(error.what()), ExitUsage, 0};
     }
     catch (...)
     {
-        const std::string text = CurrentFailure();
-        std::fflush(stdout);
-        Complain(tool, text);
-        return ExitFailed;
+        failure.result = CurrentResult();
+        failure.text = CurrentFailure();
     }
+    std::fflush(stdout);
+    report(failure);
+    return failure.exitCode;
 }
 
 } // namespace zeb::tools

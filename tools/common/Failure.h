@@ -20,7 +20,17 @@ enum ExitCode : int
 class ToolError : public std::runtime_error
 {
 public:
-    using std::runtime_error::runtime_error;
+    /// @param result the result code behind it; 0 when it has none
+    explicit ToolError(const std::string& text, long result = 0)
+        : std::runtime_error(text)
+        , m_result(result)
+    {
+    }
+
+    long Result() const { return m_result; }
+
+private:
+    const long m_result;
 };
 
 /// A failure of the command line itself; the tool ends with ExitUsage.
@@ -34,15 +44,36 @@ public:
 /// name of the result code. Deletes a framework exception. Call it inside a catch block.
 std::string CurrentFailure();
 
-/// The result code of the current exception, E_FAIL when it has none; does not delete it.
+/// The result code of the current exception, 0 when it has none; does not delete it.
 long CurrentResult();
+
+/// The current exception as a ToolError: `before`, its message, `after`. Deletes a framework exception. Call it inside a
+/// catch block.
+ToolError CurrentError(const std::string& before = {}, const std::string& after = {});
 
 /// Throws ToolError: `doing`, a colon, and the message of the current exception. Call it inside a catch block.
 [[noreturn]] void FailWhile(const std::string& doing);
 
-/// Runs a tool's body: returns its exit code, or prints "tool: failure" on standard error and returns
-/// ExitUsage for a UsageError, else ExitFailed.
-int RunTool(const char* tool, const std::function<int()>& body);
+/// Why a tool ends with ExitUsage or ExitFailed.
+struct ToolFailure
+{
+    std::string text; ///< UTF-8; one line for a UsageError
+    int exitCode = ExitFailed;
+    long result = 0; ///< the result code behind it; 0 when there is none
+};
+
+/// The name of a result code; null when it has none.
+const char* NameOfResult(long result);
+
+/// A result code as "0x8004010F".
+std::string TextOfResult(long result);
+
+/// Runs a tool's body: returns its exit code, or reports the failure and returns ExitUsage for a UsageError, else
+/// ExitFailed.
+int RunTool(const std::function<void(const ToolFailure&)>& report, const std::function<int()>& body);
+
+/// Prints "tool: failure" on standard error, the tool's name in the colour of bad news.
+void ComplainOf(const char* tool, const ToolFailure& failure);
 
 /// Prints "tool: text" on standard error.
 void Complain(const char* tool, const std::string& text);

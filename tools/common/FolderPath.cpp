@@ -3,6 +3,7 @@
 #include "tools/common/Failure.h"
 #include "tools/common/Output.h"
 
+#include <memory>
 #include <utility>
 
 namespace zeb::tools
@@ -176,6 +177,18 @@ CZebFolder& FolderTree::Open(const FolderPath& path, bool create)
         m_created.push_back(path);
     }
     return m_open.emplace(key, folder).first->second;
+}
+
+CZebFolder* FolderTree::IfExists(const FolderPath& path)
+{
+    try
+    {
+        return std::addressof(Open(path, false));
+    }
+    catch (const ToolError&)
+    {
+        return nullptr;
+    }
 }
 
 void FolderTree::UndoCreated()

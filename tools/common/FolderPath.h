@@ -46,6 +46,9 @@ public:
     /// Opens an existing folder. @throws ToolError naming the path; CZebException*
     CZebFolder& Existing(const FolderPath& path) { return Open(path, false); }
 
+    /// Opens a folder; null when it does not exist. @throws CZebException*
+    CZebFolder* IfExists(const FolderPath& path);
+
     /// Deletes the folders that Open created since the last Keep, deepest first.
     void UndoCreated();
     void Keep() { m_created.clear(); }

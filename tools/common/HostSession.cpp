@@ -98,13 +98,13 @@ HostSession::HostSession(const std::string& profile)
     }
     catch (...)
     {
-        const std::string failure = CurrentFailure();
+        const ToolError failure = CurrentError("logging on to " + NamedProfile(profile) + ": ");
         if (!profile.empty() && !MayExist(profile))
         {
-            throw ToolError("there is no " + NamedProfile(profile) +
-                            "; 'zeb profile list' shows the existing profiles");
+            throw ToolError("there is no " + NamedProfile(profile) + "; 'zeb profile list' shows the existing profiles",
+                            failure.Result());
         }
-        throw ToolError("logging on to " + NamedProfile(profile) + ": " + failure);
+        throw failure;
     }
 }
 

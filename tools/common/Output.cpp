@@ -104,6 +104,12 @@ std::string Fitted(const std::string& text, size_t width)
     return fitted;
 }
 
+std::string RightAligned(const std::string& text, size_t width)
+{
+    const size_t used = DisplayWidth(text);
+    return std::string(used < width ? width - used : 0, ' ') + text;
+}
+
 std::string Grouped(unsigned long long number)
 {
     std::string text = std::to_string(number);

@@ -40,6 +40,9 @@ std::string Fitted(const std::string& text, size_t width);
 /// The text truncated to `width` columns with an ellipsis; unchanged when it fits or `width` is 0.
 std::string Shortened(const std::string& text, size_t width);
 
+/// The text with blanks before it, `width` columns wide or wider.
+std::string RightAligned(const std::string& text, size_t width);
+
 /// 1234567 as "1,234,567".
 std::string Grouped(unsigned long long number);
 

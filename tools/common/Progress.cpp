@@ -8,12 +8,13 @@
 namespace zeb::tools
 {
 
-Progress::Progress(std::string what, uint64_t whole, bool quiet)
+Progress::Progress(std::string what, uint64_t whole, bool quiet, std::chrono::seconds interval)
     : m_what(std::move(what))
     , m_whole(whole)
     , m_shown(!quiet && platform::IsTerminal(platform::OutputStream::Error))
+    , m_interval(quiet || m_shown ? std::chrono::seconds(0) : interval)
     , m_begin(Clock::now())
-    , m_next(m_begin + std::chrono::milliseconds(200))
+    , m_next(m_begin + (m_shown ? Clock::duration(std::chrono::milliseconds(200)) : m_interval))
 {
 }
 
@@ -43,13 +44,19 @@ void Progress::Step(uint64_t amount)
 {
     ++m_items;
     const auto now = Clock::now();
-    if (!m_shown || now < m_next)
+    if ((!m_shown && m_interval == Clock::duration::zero()) || now < m_next)
     {
         return;
     }
-    m_next = now + std::chrono::milliseconds(100);
+    m_next = now + (m_shown ? Clock::duration(std::chrono::milliseconds(100)) : m_interval);
     const double seconds = std::chrono::duration<double>(now - m_begin).count();
     const std::string line = Shortened(Line(seconds, amount), 79);
+    if (!m_shown)
+    {
+        std::fprintf(stderr, "%s\n", line.c_str());
+        std::fflush(stderr);
+        return;
+    }
     std::fprintf(stderr, "\r%s\x1B[K", line.c_str());
     std::fflush(stderr);
     m_onScreen = true;

@@ -42,8 +42,9 @@ void RefuseProblems(const std::vector<Refusal>& refusals)
         return;
     }
     const Refusal& first = refusals.front();
-    const char* name = Zeb_NameFromValue("MAPIErrors", static_cast<ULONG>(first.code), nullptr);
-    throw ToolError("the store refuses " + first.property + (name != nullptr ? " (" + std::string(name) + ")" : ""));
+    const char* name = NameOfResult(first.code);
+    throw ToolError("the store refuses " + first.property + (name != nullptr ? " (" + std::string(name) + ")" : ""),
+                    first.code);
 }
 
 void ChangeProperties(CZebIProp& object, Properties& properties, NameResolver& names)
@@ -63,12 +64,12 @@ void ChangeProperties(CZebIProp& object, Properties& properties, NameResolver& n
     }
     catch (...)
     {
-        const std::string failure = CurrentFailure();
+        const ToolError failure = CurrentError();
         if (writesAtOnce)
         {
             WriteProperties(object, before, names);
         }
-        throw ToolError(failure);
+        throw failure;
     }
 }
 

@@ -16,7 +16,7 @@ namespace
 
 constexpr char Magic[] = "SQLite format 3";
 constexpr size_t HeaderSize = 100;
-constexpr size_t VersionAt = 60;
+constexpr size_t PageSizeAt = 16, PagesAt = 28, FreePagesAt = 36, VersionAt = 60;
 constexpr size_t ApplicationAt = 68;
 
 uint32_t BigEndian(const unsigned char* bytes)
@@ -36,17 +36,29 @@ bool IsOlderStore(const std::string& file)
     {
         return false;
     }
-    unsigned char header[HeaderSize] = {};
-    std::ifstream stream(path, std::ios::binary);
-    if (!stream.read(reinterpret_cast<char*>(header), sizeof header) || std::memcmp(header, Magic, sizeof Magic) != 0)
-    {
-        return false;
-    }
-    return BigEndian(header + ApplicationAt) == ZEBSTORE_APPLICATION_ID &&
-           BigEndian(header + VersionAt) < ZEBSTORE_FILE_VERSION;
+    const std::optional<StoreHeader> header = ReadStoreHeader(file);
+    return header && header->version < ZEBSTORE_FILE_VERSION;
 }
 
 } // namespace
+
+std::optional<StoreHeader> ReadStoreHeader(const std::string& file)
+{
+    unsigned char bytes[HeaderSize] = {};
+    std::ifstream stream(std::filesystem::u8path(file), std::ios::binary);
+    if (!stream.read(reinterpret_cast<char*>(bytes), sizeof bytes) || std::memcmp(bytes, Magic, sizeof Magic) != 0 ||
+        BigEndian(bytes + ApplicationAt) != ZEBSTORE_APPLICATION_ID)
+    {
+        return std::nullopt;
+    }
+    StoreHeader header;
+    header.version = BigEndian(bytes + VersionAt);
+    header.pageSize = static_cast<uint32_t>(bytes[PageSizeAt]) << 8 | bytes[PageSizeAt + 1];
+    header.pageSize = header.pageSize == 1 ? 65536 : header.pageSize;
+    header.pages = BigEndian(bytes + PagesAt);
+    header.freePages = BigEndian(bytes + FreePagesAt);
+    return header;
+}
 
 void AnnounceUpgrade(const std::string& file)
 {

@@ -1,11 +1,11 @@
 // zeb ab list, zeb ab show, zeb ab compare
 #include "platform/console.h"
 #include "tools/common/Failure.h"
+#include "tools/common/Lister.h"
 #include "tools/common/Output.h"
 #include "tools/common/Property.h"
 #include "tools/zeb/AddressBookHost.h"
 #include "tools/zeb/Command.h"
-#include "tools/zeb/Lister.h"
 #include "tools/zeb/Objects.h"
 
 #include <algorithm>

@@ -30,9 +30,10 @@ std::unique_ptr<HostSession> SessionOf(const std::string& profile, bool wab)
     }
     catch (...)
     {
-        const std::string failure = CurrentFailure();
+        const ToolError failure =
+            CurrentError("no usable Windows Address Book ('zeb provider install --wab' registers one): ");
         Zeb_GetMAPI().Uninitialize(nullptr);
-        throw ToolError("no usable Windows Address Book ('zeb provider install --wab' registers one): " + failure);
+        throw failure;
     }
     return nullptr;
 }

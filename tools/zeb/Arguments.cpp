@@ -2,10 +2,10 @@
 
 #include "platform/console.h"
 #include "tools/common/Failure.h"
+#include "tools/common/Moments.h"
 #include "tools/common/Output.h"
 #include "tools/common/PropertyValues.h"
 #include "tools/zeb/LoadValues.h"
-#include "tools/zeb/Moments.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,13 +1,13 @@
 // zeb attachments
 #include "tools/common/Failure.h"
+#include "tools/common/FileName.h"
+#include "tools/common/ListedAttachment.h"
+#include "tools/common/Lister.h"
 #include "tools/common/Output.h"
+#include "tools/common/OutputFile.h"
 #include "tools/common/Streams.h"
 #include "tools/zeb/Command.h"
-#include "tools/zeb/FileName.h"
-#include "tools/zeb/ListedAttachment.h"
-#include "tools/zeb/Lister.h"
 #include "tools/zeb/Objects.h"
-#include "tools/zeb/OutputFile.h"
 
 #include <memory>
 
@@ -100,7 +100,7 @@ int Run(const AttachmentOptions& options)
         isWhole = List(message, attachment, options, lister) && isWhole;
     }
     lister.Text([&] { Print(Counted(lister.Count(), "attachment", "attachments") + "\n"); });
-    lister.End();
+    lister.EndAs("attachments");
     return isWhole ? ExitDone : ExitSkipped;
 }
 

@@ -12,6 +12,8 @@ void AddDoctor(Command app);
 void AddProvider(Command app);
 void AddProfile(Command app);
 void AddStore(Command app);
+void AddStoreInfo(Command store);
+void AddStoreIndex(Command store);
 void AddFolders(Command app);
 void AddInbox(Command app);
 void AddLoad(Command app);

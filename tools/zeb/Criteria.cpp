@@ -3,9 +3,9 @@
 #include "platform/tags.h"
 #include "tools/common/Failure.h"
 #include "tools/common/MailProperties.h"
+#include "tools/common/Moments.h"
 #include "tools/common/Output.h"
 #include "tools/zeb/Arguments.h"
-#include "tools/zeb/Moments.h"
 
 #include <iterator>
 

@@ -1,8 +1,8 @@
 // zeb doctor: diagnoses whether and why MAPI works on this machine.
 #include "tools/common/Failure.h"
+#include "tools/common/Lister.h"
 #include "tools/common/Output.h"
 #include "tools/zeb/Command.h"
-#include "tools/zeb/Lister.h"
 #include "tools/zeb/MailSetup.h"
 #include "tools/zeb/ProfilePlaces.h"
 #include "tools/zeb/Provider.h"

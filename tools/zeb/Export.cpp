@@ -1,21 +1,23 @@
 // zeb export
+#include "platform/compoundfile.h"
 #include "platform/console.h"
 #include "platform/interrupt.h"
 #include "platform/tags.h"
 #include "tools/common/Failure.h"
+#include "tools/common/FileName.h"
 #include "tools/common/FolderName.h"
+#include "tools/common/Lister.h"
 #include "tools/common/MailProperties.h"
+#include "tools/common/MsgWriter.h"
 #include "tools/common/Output.h"
+#include "tools/common/OutputFile.h"
 #include "tools/common/Progress.h"
 #include "tools/common/PropertyReader.h"
+#include "tools/common/ReadableMessage.h"
 #include "tools/zeb/Command.h"
 #include "tools/zeb/Csv.h"
-#include "tools/zeb/FileName.h"
-#include "tools/zeb/Lister.h"
 #include "tools/zeb/MimeWriter.h"
 #include "tools/zeb/Objects.h"
-#include "tools/zeb/OutputFile.h"
-#include "tools/zeb/ReadableMessage.h"
 
 #include <filesystem>
 #include <functional>
@@ -66,7 +68,7 @@ void Note(Progress& progress, const ExportedMessage& exported, const std::string
     Complain("zeb", exported.name + ": " + what);
 }
 
-/// What both forms of mail need: the complete message, and notes about what it cannot hold.
+/// What all forms of mail need: the complete message, and notes about what they cannot hold.
 class MailFormat : public Format
 {
 public:
@@ -98,17 +100,26 @@ protected:
 
     bool IsWhole() const { return m_isWhole; }
 
-private:
     void Leave(const ExportedMessage& exported, const std::string& what)
     {
         Note(m_progress, exported, what);
         m_isWhole = false;
     }
 
+private:
     Progress& m_progress;
     PropertyReader m_reader;
     bool m_isWhole = true;
 };
+
+/// A file's name in a directory of exported messages: the number, which keeps their order, and the subject.
+std::string NumberedName(const MessageContent& content, const ExportedMessage& exported, size_t digits,
+                         const std::string& extension)
+{
+    std::string number = std::to_string(exported.number);
+    number.insert(0, digits - std::min(digits, number.size()), '0');
+    return SafeFileName(number + " " + TextIn(content.properties, PR_SUBJECT_W) + extension, number + extension);
+}
 
 /// One file for each message, or one message on standard output.
 class EmlFormat final : public MailFormat
@@ -133,21 +144,68 @@ public:
     bool Add(CZebMessage& message, const ExportedMessage& exported) override
     {
         const MessageContent content = Read(message, exported);
-        OutputFile file(m_directory.empty() ? "" : FreeFile(m_directory, NameOf(content, exported)));
+        OutputFile file(m_directory.empty() ? ""
+                                            : FreeFile(m_directory, NumberedName(content, exported, m_digits, ".eml")));
         Write(content, exported, [&](const std::string& piece) { file.Write(piece); });
         file.Finish();
         return IsWhole();
     }
 
 private:
-    std::string NameOf(const MessageContent& content, const ExportedMessage& exported) const
+    const std::string m_directory;
+    const size_t m_digits;
+};
+
+/// One .msg file for each message, with every property.
+class MsgFormat final : public MailFormat
+{
+public:
+    /// @param output the directory, or the file for a single message @param digits of the number that each name in a
+    /// directory begins with
+    MsgFormat(Progress& progress, std::string output, bool isDirectory, size_t digits)
+        : MailFormat(progress)
+        , m_output(std::move(output))
+        , m_isDirectory(isDirectory)
+        , m_digits(digits)
     {
-        std::string number = std::to_string(exported.number);
-        number.insert(0, m_digits - std::min(m_digits, number.size()), '0');
-        return SafeFileName(number + " " + TextIn(content.properties, PR_SUBJECT_W) + ".eml", number + ".eml");
     }
 
-    const std::string m_directory;
+    void Begin() override
+    {
+        if (m_isDirectory)
+        {
+            MakeDirectory(m_output);
+        }
+    }
+
+    bool Add(CZebMessage& message, const ExportedMessage& exported) override
+    {
+        const MessageContent content = Read(message, exported);
+        FileReplacement file(m_isDirectory ? FreeFile(m_output, NumberedName(content, exported, m_digits, ".msg"))
+                                           : m_output);
+        for (const std::string& what : Written(content, file))
+        {
+            Leave(exported, what);
+        }
+        file.Finish();
+        return IsWhole();
+    }
+
+private:
+    static std::vector<std::string> Written(const MessageContent& content, const FileReplacement& file)
+    {
+        try
+        {
+            return WriteMsg(content, file.Partial());
+        }
+        catch (const platform::CompoundError& error)
+        {
+            file.Fail(error.what());
+        }
+    }
+
+    const std::string m_output;
+    const bool m_isDirectory;
     const size_t m_digits;
 };
 
@@ -232,7 +290,7 @@ public:
     {
     }
 
-    void Begin() override { m_out.Write("{\n  \"messages\": ["); }
+    void Begin() override { m_out.Write("{\n  \"version\": " + std::to_string(JsonVersion) + ",\n  \"messages\": ["); }
 
     bool Add(CZebMessage& message, const ExportedMessage& exported) override
     {
@@ -302,11 +360,31 @@ private:
     uint64_t m_count = 0;
 };
 
+/// Whether a format writes a file for each message.
+bool HasFileForEach(const std::string& format)
+{
+    return format == "eml" || format == "msg";
+}
+
+/// Whether the output of a .msg export is a file: one message, and a name that says so.
+bool IsMsgFile(const std::string& output, uint64_t count)
+{
+    constexpr const char* Extension = ".msg";
+    std::error_code ignored;
+    const auto path = std::filesystem::u8path(output);
+    return count == 1 && path.extension().u8string() == Extension && !std::filesystem::is_directory(path, ignored);
+}
+
 std::unique_ptr<Format> FormatOf(const ExportOptions& options, OutputFile& out, Progress& progress, uint64_t count)
 {
     if (options.format == "eml")
     {
         return std::make_unique<EmlFormat>(progress, options.output, std::to_string(count).size());
+    }
+    if (options.format == "msg")
+    {
+        return std::make_unique<MsgFormat>(progress, options.output, !IsMsgFile(options.output, count),
+                                           std::to_string(count).size());
     }
     if (options.format == "mbox")
     {
@@ -324,8 +402,8 @@ int Run(const ExportOptions& options)
     platform::CatchInterrupt();
     Mailbox mailbox(options.profile);
     Selection selection(mailbox, options);
-    const bool isFiles = options.format == "eml";
-    if (isFiles && options.output.empty() && selection.Count() != 1)
+    const bool isFiles = HasFileForEach(options.format);
+    if (isFiles && options.output.empty() && (selection.Count() != 1 || options.format == "msg"))
     {
         throw UsageError(Counted(selection.Count(), "message", "messages") + " as files: give --output DIR");
     }
@@ -369,10 +447,11 @@ void AddExport(Command app)
     Command command = app.AddCommand("export", "Exports messages of a folder for other programs");
     AddProfileOption(command, options->profile);
     command
-        .AddOption("format", options->format,
-                   "eml (a file for each), mbox (one file), csv (a table without the texts), json (with the texts)")
+        .AddOption(
+            "format", options->format,
+            "eml or msg (a file for each), mbox (one file), csv (a table without the texts), json (with the texts)")
         .Required()
-        .OneOf({"eml", "mbox", "csv", "json"});
+        .OneOf({"eml", "msg", "mbox", "csv", "json"});
     AddFolderArgument(command, options->folder);
     command
         .AddOption(
@@ -382,7 +461,8 @@ void AddExport(Command app)
         .Type("MESSAGE...");
     command
         .AddOption("-o,--output", options->output,
-                   "The file to write, or for eml the directory; without it standard output")
+                   "The file to write, or for eml and msg the directory (for one message also a .msg file); without it "
+                   "standard output, but for msg")
         .Type("FILE|DIR");
     command.Footer(
         "- in place of the folder: the messages whose entry identifiers are on standard input ('zeb find --ids'). "

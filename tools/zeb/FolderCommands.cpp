@@ -1,10 +1,10 @@
 // zeb mkdir, rmdir, empty, info
 #include "tools/common/Failure.h"
+#include "tools/common/Lister.h"
 #include "tools/common/Output.h"
 #include "tools/common/Times.h"
 #include "tools/zeb/Arguments.h"
 #include "tools/zeb/Command.h"
-#include "tools/zeb/Lister.h"
 #include "tools/zeb/Objects.h"
 
 #include <memory>
@@ -83,9 +83,9 @@ int MakeFolder(const FolderChangeOptions& options)
             exception->Delete();
             throw ToolError(Named(path) + " already exists");
         }
-        const std::string failure = "creating " + Named(path) + ": " + CurrentFailure();
+        const ToolError failure = CurrentError("creating " + Named(path) + ": ");
         folders.UndoCreated();
-        throw ToolError(failure);
+        throw failure;
     }
     Print(Named(path) + " exists\n");
     return ExitDone;

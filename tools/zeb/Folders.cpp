@@ -1,10 +1,11 @@
 // zeb folders
 #include "platform/console.h"
+#include "tools/common/Color.h"
 #include "tools/common/FolderName.h"
 #include "tools/common/HostSession.h"
+#include "tools/common/Lister.h"
 #include "tools/common/Output.h"
 #include "tools/zeb/Command.h"
-#include "tools/zeb/Lister.h"
 
 #include <memory>
 #include <vector>
@@ -78,7 +79,7 @@ std::string CountsOf(const Node& node)
     std::string text = "  " + Grouped(static_cast<unsigned long long>(node.messages));
     if (node.unread > 0)
     {
-        text += " (" + Grouped(static_cast<unsigned long long>(node.unread)) + " unread)";
+        text += Toned(Tone::Unread, " (" + Grouped(static_cast<unsigned long long>(node.unread)) + " unread)");
     }
     return text;
 }

@@ -2,9 +2,9 @@
 #include "platform/console.h"
 #include "tools/common/Failure.h"
 #include "tools/common/HostSession.h"
+#include "tools/common/Lister.h"
 #include "tools/common/Output.h"
 #include "tools/zeb/Command.h"
-#include "tools/zeb/Lister.h"
 #include "tools/zeb/MessageRows.h"
 
 #include <algorithm>

@@ -8,10 +8,12 @@
 #include "tools/zeb/Command.h"
 #include "tools/zeb/LoadAddress.h"
 #include "tools/zeb/LoadFormat.h"
+#include "tools/zeb/Objects.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <memory>
 #include <optional>
 
@@ -27,13 +29,18 @@ struct LoadOptions
     uint64_t fromLine = 1;
 };
 
-/// A .jsonl file, read line by line.
+/// A .jsonl file, or standard input, read line by line.
 class LineReader
 {
 public:
     explicit LineReader(const std::string& file)
-        : m_stream(std::filesystem::u8path(file), std::ios::binary)
+        : m_stream(file == InputMark ? std::cin : m_file)
     {
+        if (file == InputMark)
+        {
+            return;
+        }
+        m_file.open(std::filesystem::u8path(file), std::ios::binary);
         const std::filesystem::path path = std::filesystem::u8path(file);
         std::error_code ignored;
         const std::string named = "'" + ValidUtf8(file) + "' ";
@@ -45,7 +52,7 @@ public:
         {
             throw ToolError(named + "is a folder");
         }
-        if (!m_stream)
+        if (!m_file.is_open())
         {
             throw ToolError(named + "cannot be read");
         }
@@ -82,7 +89,8 @@ public:
     uint64_t Number() const { return m_number; }
 
 private:
-    std::ifstream m_stream;
+    std::ifstream m_file;
+    std::istream& m_stream;
     uint64_t m_size = 0, m_read = 0, m_number = 0;
 };
 
@@ -105,9 +113,9 @@ void WriteLine(LoadLine& line, FolderTree& folders, NameResolver& names)
     }
     catch (...)
     {
-        const std::string failure = CurrentFailure();
+        const ToolError failure = CurrentError();
         folders.UndoCreated();
-        throw ToolError(failure);
+        throw failure;
     }
 }
 
@@ -236,8 +244,9 @@ int Run(const LoadOptions& options)
         {
             progress.Clear();
             const uint64_t number = std::max(reader.Number(), options.fromLine);
-            throw ToolError(ValidUtf8(options.file) + ":" + std::to_string(number) + ": " + CurrentFailure() +
-                            WhatIsLoaded(options, number));
+            throw CurrentError((options.file == InputMark ? "standard input" : ValidUtf8(options.file)) + ":" +
+                                   std::to_string(number) + ": ",
+                               WhatIsLoaded(options, number));
         }
         counts = loader.Loaded();
     }
@@ -253,7 +262,7 @@ void AddLoad(Command app)
     Command command =
         app.AddCommand("load", "Loads messages and address book entries from a .jsonl file, one per line");
     AddProfileOption(command, options->profile);
-    command.AddOption("file", options->file, "The file to load").Required().Type("FILE.jsonl");
+    command.AddOption("file", options->file, "The file to load; - reads standard input").Required().Type("FILE.jsonl");
     command.AddOption("--from-line", options->fromLine, "Begin at line N, to continue where a load stopped")
         .Type("N")
         .Between(uint64_t{1}, uint64_t{1'000'000'000'000});

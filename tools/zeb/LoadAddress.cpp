@@ -112,12 +112,12 @@ std::vector<Refusal> AddressWriter::Write(AddressLine& line, NameResolver& names
     }
     catch (...)
     {
-        const std::string failure = CurrentFailure();
+        const ToolError failure = CurrentError();
         const CZebBinary made = entry.GetEntryID();
         SBinary one = made;
         ENTRYLIST entries = {1, &one};
         directory->DeleteEntries(&entries, 0);
-        throw ToolError(failure);
+        throw failure;
     }
     return {};
 }

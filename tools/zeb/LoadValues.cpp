@@ -197,7 +197,7 @@ std::string GuidBytes(const FileJson& value)
     return Bytes(guid);
 }
 
-std::string ValueBytes(ULONG type, const FileJson& value)
+std::string BytesFromJson(ULONG type, const FileJson& value)
 {
     switch (type)
     {
@@ -354,7 +354,7 @@ void SetValues(Property& property, const FileJson& value)
     const ULONG element = property.Type() & ~static_cast<ULONG>(MV_FLAG);
     if ((property.Type() & MV_FLAG) == 0)
     {
-        property.values.push_back(ValueBytes(element, value));
+        property.values.push_back(BytesFromJson(element, value));
         return;
     }
     if (!value.is_array())
@@ -363,7 +363,7 @@ void SetValues(Property& property, const FileJson& value)
     }
     for (const FileJson& one : value)
     {
-        property.values.push_back(ValueBytes(element, one));
+        property.values.push_back(BytesFromJson(element, one));
     }
 }
 

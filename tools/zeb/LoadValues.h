@@ -1,8 +1,8 @@
 // Conversion of JSON values to property values.
 #pragma once
 
+#include "tools/common/Json.h"
 #include "tools/common/Property.h"
-#include "tools/zeb/Json.h"
 
 #include <string>
 

@@ -4,6 +4,7 @@
 #include "tools/common/PropertyChange.h"
 #include "tools/zeb/Arguments.h"
 #include "tools/zeb/Command.h"
+#include "tools/zeb/NewMessage.h"
 #include "tools/zeb/Objects.h"
 
 #include <algorithm>
@@ -25,6 +26,7 @@ struct MessageChangeOptions
     bool associated = false;
     bool read = false;
     bool unread = false;
+    NewMessageText text; ///< of "zeb new"
 };
 
 std::string Named(const std::vector<FoundMessage>& messages)
@@ -205,7 +207,9 @@ Properties Assignments(const MessageChangeOptions& options, size_t from)
 
 int New(const MessageChangeOptions& options)
 {
-    Properties properties = Assignments(options, 1);
+    MessageContent content = ContentOf(options.text);
+    const Properties properties = Assignments(options, 1);
+    content.properties.insert(content.properties.end(), properties.begin(), properties.end());
     Mailbox mailbox(options.profile);
     CZebFolder folder = mailbox.OpenFolder(options.arguments.front());
     const FolderPath path = mailbox.PathOf(folder);
@@ -214,7 +218,7 @@ int New(const MessageChangeOptions& options)
     try
     {
         message = folder.CreateMessage(options.associated ? MAPI_ASSOCIATED : 0);
-        RefuseProblems(WriteProperties(message, properties, names));
+        RefuseProblems(WriteMessage(message, content, names));
         message.SaveChanges(KEEP_OPEN_READWRITE | FORCE_SAVE);
     }
     catch (...)
@@ -328,6 +332,23 @@ void AddAssignments(Command command, MessageChangeOptions& options, const char* 
                    "{GUID}:PT_LONG:id:0x8503=7.");
 }
 
+void AddTextOptions(Command command, NewMessageText& text)
+{
+    const auto addAddresses = [&](const char* name, std::vector<std::string>& addresses, const char* help)
+    { command.AddOption(name, addresses, help).Type("ADDRESS").OneValueEach().TakeAll(); };
+    command.AddOption("--from", text.from, "The author: ada@example.org, \"Ada Lovelace <ada@example.org>\"")
+        .Type("ADDRESS");
+    addAddresses("--to", text.to, "A recipient; may be given several times");
+    addAddresses("--cc", text.cc, "A recipient of a copy");
+    addAddresses("--bcc", text.bcc, "A recipient of a copy whom the others do not see");
+    command.AddOption("--subject", text.subject, "The subject").Type("TEXT");
+    command.AddOption("--body", text.body, "The text of the message; - reads it from standard input").Type("TEXT");
+    command.AddOption("--attach", text.attach, "A file to attach; may be given several times")
+        .Type("FILE")
+        .OneValueEach()
+        .TakeAll();
+}
+
 } // namespace
 
 void AddMessageCommands(Command app)
@@ -350,6 +371,7 @@ void AddMessageCommands(Command app)
     auto made = std::make_shared<MessageChangeOptions>();
     Command create = app.AddCommand("new", "Creates a message");
     AddAssignments(create, *made, "FOLDER [NAME=VALUE...]", "The folder, and the message's properties");
+    AddTextOptions(create, made->text);
     create.AddFlag("--associated", made->associated, "Create a hidden (associated) message");
     create.Runs([made] { return New(*made); });
 

@@ -1,9 +1,12 @@
 #include "tools/zeb/MessageRows.h"
 
+#include "tools/common/Color.h"
 #include "tools/common/HostSession.h"
 #include "tools/common/Output.h"
+#include "tools/common/PropertyValues.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace zeb::tools
 {
@@ -15,12 +18,18 @@ constexpr size_t Gap = 2;
 /// The minimum width of the subject; below it another column shrinks.
 constexpr size_t SubjectWidth = 20;
 
-std::string RightAligned(const std::string& text, size_t width)
+Property ReadCell(const CZebRow& row, ULONG tag)
 {
-    return std::string(text.size() < width ? width - text.size() : 0, ' ') + text;
+    Property property;
+    property.tag = tag;
+    if (row.hasRealValue(tag))
+    {
+        property.values = ValueBytes(row[tag]);
+    }
+    return property;
 }
 
-MessageRow ReadMessageRow(const CZebRow& row)
+MessageRow ReadMessageRow(const CZebRow& row, const std::vector<ULONG>& more)
 {
     MessageRow line;
     for (const ULONG tag : {PR_CLIENT_SUBMIT_TIME, PR_MESSAGE_DELIVERY_TIME})
@@ -42,6 +51,10 @@ MessageRow ReadMessageRow(const CZebRow& row)
         line.entryId = static_cast<const SBinary&>(row[PR_ENTRYID]);
     }
     line.unread = row.hasRealValue(PR_MESSAGE_FLAGS) && (static_cast<LONG>(row[PR_MESSAGE_FLAGS]) & MSGFLAG_READ) == 0;
+    for (const ULONG tag : more)
+    {
+        line.more.push_back(ReadCell(row, tag));
+    }
     return line;
 }
 
@@ -53,13 +66,18 @@ std::string AuthorOf(const CZebRow& row)
     return author.empty() ? TextOf(row, PR_SENDER_NAME_W) : author;
 }
 
-void SetMessageColumns(CZebTable& table)
+void SetMessageColumns(CZebTable& table, const std::vector<ULONG>& more)
 {
-    table.SetColumns(8, PR_CLIENT_SUBMIT_TIME, PR_SENT_REPRESENTING_NAME_W, PR_SENDER_NAME_W, PR_MESSAGE_SIZE,
-                     PR_SUBJECT_W, PR_ENTRYID, PR_MESSAGE_FLAGS, PR_MESSAGE_DELIVERY_TIME);
+    std::vector<ULONG> tags = {
+        PR_CLIENT_SUBMIT_TIME, PR_SENT_REPRESENTING_NAME_W, PR_SENDER_NAME_W, PR_MESSAGE_SIZE, PR_SUBJECT_W, PR_ENTRYID,
+        PR_MESSAGE_FLAGS,      PR_MESSAGE_DELIVERY_TIME};
+    std::copy_if(more.begin(), more.end(), std::back_inserter(tags),
+                 [&](ULONG tag) { return std::find(tags.begin(), tags.end(), tag) == tags.end(); });
+    table.SetColumns(TagArray(tags));
 }
 
-void ForEachMessage(CZebTable& table, ULONG count, const std::function<void(const MessageRow& row)>& take)
+void ForEachMessage(CZebTable& table, ULONG count, const std::function<void(const MessageRow& row)>& take,
+                    const std::vector<ULONG>& more)
 {
     if (count == 0)
     {
@@ -67,7 +85,7 @@ void ForEachMessage(CZebTable& table, ULONG count, const std::function<void(cons
     }
     for (CZebRow row : CZebTableRows(table))
     {
-        take(ReadMessageRow(row));
+        take(ReadMessageRow(row, more));
         if (--count == 0)
         {
             return;
@@ -161,13 +179,21 @@ std::string MessageColumns::Joined(const std::string& number, const std::string&
 std::string MessageColumns::Heading() const
 {
     const std::string zone = NameOfZone(m_zone);
-    return Joined("#", m_date == DayWidth ? "day" : "date (" + zone + ")", "sender", "size", "subject");
+    return Toned(Tone::Heading,
+                 Joined("#", m_date == DayWidth ? "day" : "date (" + zone + ")", "sender", "size", "subject"));
 }
 
 std::string MessageColumns::Line(const MessageRow& row) const
 {
-    return Joined(std::to_string(row.number), row.hasDate ? TimeForPeople(row.date, m_zone) : "", OneLine(row.sender),
-                  Grouped(static_cast<unsigned long long>(std::max<LONG>(row.size, 0))), OneLine(row.subject));
+    const std::string line =
+        Joined(std::to_string(row.number), row.hasDate ? TimeForPeople(row.date, m_zone) : "", OneLine(row.sender),
+               Grouped(static_cast<unsigned long long>(std::max<LONG>(row.size, 0))), OneLine(row.subject));
+    return Toned(row.unread ? Tone::Unread : Tone::Plain, line);
+}
+
+std::string TextOfId(const MessageRow& row)
+{
+    return row.entryId.IsValid() ? std::string(row.entryId.String()) : "";
 }
 
 Json MessageForMachines(const MessageRow& row)
@@ -182,7 +208,7 @@ Json MessageForMachines(const MessageRow& row)
     object["size"] = row.size;
     object["subject"] = row.subject;
     object["unread"] = row.unread;
-    object["entryId"] = row.entryId.IsValid() ? static_cast<const char*>(row.entryId.String()) : "";
+    object["entryId"] = TextOfId(row);
     return object;
 }
 

@@ -1,11 +1,13 @@
 // Messages of a contents table as lines of text or JSON.
 #pragma once
 
+#include "tools/common/Lister.h"
+#include "tools/common/Property.h"
 #include "tools/common/Times.h"
-#include "tools/zeb/Lister.h"
 
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace zeb::tools
 {
@@ -20,20 +22,25 @@ struct MessageRow
     LONG size = 0;
     bool unread = false;
     ULONG number = 0; ///< the position among the folder's messages, from 1; 0: not shown
+    Properties more;  ///< the further columns; one without values where the message does not have it
 };
 
 /// The sender of the message in the row: the author, PR_SENT_REPRESENTING_NAME, or without one PR_SENDER_NAME.
 std::string AuthorOf(const CZebRow& row);
 
-/// The columns of a MessageRow.
-void SetMessageColumns(CZebTable& table);
+/// Sets the columns of a MessageRow. @param more the tags of further columns
+void SetMessageColumns(CZebTable& table, const std::vector<ULONG>& more = {});
 
 /// Reads the next `count` messages of a table with those columns, fewer when the table ends before.
-void ForEachMessage(CZebTable& table, ULONG count, const std::function<void(const MessageRow& row)>& take);
+void ForEachMessage(CZebTable& table, ULONG count, const std::function<void(const MessageRow& row)>& take,
+                    const std::vector<ULONG>& more = {});
 
 /// Newest first ("date" sent, "received"), from A to Z ("subject", "sender", "class"), largest first ("size"); equal ones
 /// by date, then by subject, so that the order is defined.
 void AddSortKeys(const std::string& by, bool reverse, CZebSortOrder& order);
+
+/// The entry identifier of the message as text; empty when the row does not have it.
+std::string TextOfId(const MessageRow& row);
 
 /// The columns of a listing. On a narrow terminal the sender shrinks, then the size, the time of day and the sender are
 /// left out, so that the beginning of the subject is visible.

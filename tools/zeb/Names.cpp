@@ -1,10 +1,10 @@
 // zeb name, value, eid
 #include "tools/common/Failure.h"
 #include "tools/common/HostSession.h"
+#include "tools/common/Lister.h"
 #include "tools/common/Output.h"
 #include "tools/common/PropertyNames.h"
 #include "tools/zeb/Command.h"
-#include "tools/zeb/Lister.h"
 #include "tools/zeb/Objects.h"
 
 #include <algorithm>
@@ -82,7 +82,7 @@ int ListTables(const NameOptions& options)
         lister.Row([&] { return Json{{"table", table}, {"rows", rows}}; },
                    [&] { Print(Fitted(table, 16) + "  " + std::to_string(rows) + "\n"); });
     }
-    lister.End();
+    lister.EndAs("tables");
     return ExitDone;
 }
 
@@ -97,7 +97,7 @@ int ListTable(const NameOptions& options)
         lister.Row([&] { return Json{{"name", name}, {"value", value}}; },
                    [&] { Print(Hex(value) + "  " + name + "\n"); });
     }
-    lister.End();
+    lister.EndAs("rows");
     return ExitDone;
 }
 
@@ -155,7 +155,7 @@ int ShowNames(const NameOptions& options, ULONG value)
         lister.Row([&] { return Json{{"table", each.table}, {"name", each.name}}; },
                    [&] { Print(Fitted(each.table, 16) + "  " + each.name + "\n"); });
     }
-    lister.End();
+    lister.EndAs("names");
     return ExitDone;
 }
 

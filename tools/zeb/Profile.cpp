@@ -1,10 +1,10 @@
 // zeb profile list|create|delete|default
 #include "tools/common/Failure.h"
 #include "tools/common/HostSession.h"
+#include "tools/common/Lister.h"
 #include "tools/common/Output.h"
 #include "tools/common/Profiles.h"
 #include "tools/zeb/Command.h"
-#include "tools/zeb/Lister.h"
 #include "zebstore/zebstore.h"
 
 #include <filesystem>
@@ -64,7 +64,7 @@ int List(const ProfileOptions& options)
         lister.Row([&] { return Json{{"name", each.name}, {"default", each.isDefault}}; },
                    [&] { Print((each.isDefault ? "* " : "  ") + OneLine(each.name) + "\n"); });
     }
-    lister.End();
+    lister.EndAs("profiles");
     return ExitDone;
 }
 

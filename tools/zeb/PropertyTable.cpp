@@ -264,6 +264,18 @@ void PrintProperties(const Properties& properties, const std::string& indent, co
     }
 }
 
+std::string ShownValues(const Property& property, Zone zone)
+{
+    TableStyle style;
+    style.zone = zone;
+    std::string text;
+    for (const std::string& bytes : property.values)
+    {
+        text += (text.empty() ? "" : ", ") + ElementText(property, bytes, style);
+    }
+    return text;
+}
+
 Json PropertiesForMachines(const Properties& properties)
 {
     std::map<std::string, Json> byName;

@@ -1,9 +1,9 @@
 // Properties as a text table and as JSON.
 #pragma once
 
+#include "tools/common/Lister.h"
 #include "tools/common/PropertyWriter.h"
 #include "tools/common/Times.h"
-#include "tools/zeb/Lister.h"
 
 #include <string>
 
@@ -23,5 +23,8 @@ void PrintProperties(const Properties& properties, const std::string& indent, co
 
 /// The same as an array of objects; complete values in the form of a .jsonl file.
 Json PropertiesForMachines(const Properties& properties);
+
+/// The values of one property, in one line; empty when it has none.
+std::string ShownValues(const Property& property, Zone zone);
 
 } // namespace zeb::tools

@@ -5,9 +5,9 @@
 #include "platform/module.h"
 #include "platform/narrow.h"
 #include "tools/common/Failure.h"
+#include "tools/common/Lister.h"
 #include "tools/common/Output.h"
 #include "tools/zeb/Command.h"
-#include "tools/zeb/Lister.h"
 #include "tools/zeb/Registration.h"
 
 #include <filesystem>
@@ -26,13 +26,23 @@ struct ProviderOptions
     bool json = false;
 };
 
+/// The provider that belongs to this program: in its folder or, as installed on Linux, in that of the libraries.
+std::filesystem::path OwnProvider()
+{
+    namespace fs = std::filesystem;
+    const fs::path own = fs::u8path(Utf8FromNarrow(platform::OwnFolder()));
+    std::error_code ignored;
+    const fs::path installed = (own / ZEB_STORE_FOLDER / ZEB_STORE_FILE).lexically_normal();
+    return !fs::exists(own / ZEB_STORE_FILE, ignored) && fs::exists(installed, ignored) ? installed
+                                                                                        : own / ZEB_STORE_FILE;
+}
+
 /// The file to register, as a path that the library can read: it reads narrow text from the registry.
 std::string FileToInstall(const std::string& given)
 {
     namespace fs = std::filesystem;
     std::error_code ignored;
-    const fs::path file = given.empty() ? fs::u8path(Utf8FromNarrow(platform::OwnFolder())) / ZEB_STORE_FILE
-                                        : fs::absolute(fs::u8path(given), ignored);
+    const fs::path file = given.empty() ? OwnProvider() : fs::absolute(fs::u8path(given), ignored);
     const std::string path = file.u8string();
     if (!fs::is_regular_file(file, ignored))
     {
@@ -131,7 +141,7 @@ int Status(const ProviderOptions& options)
     {
         lister.Row([&] { return JsonOf(registration); }, [&] { PrintRegistration(registration); });
     }
-    lister.End();
+    lister.EndAs("registrations");
     return ExitDone;
 }
 
@@ -184,7 +194,7 @@ void AddProvider(Command app)
     provider.NeedsCommand();
     Command install = provider.AddCommand(
         "install", "Registers a provider in the mail client's registry entry, where the library searches first");
-    install.AddOption("--dll", options->file, "The provider's file; without it the zebstore in zeb's own folder")
+    install.AddOption("--dll", options->file, "The provider's file; without it the zebstore that is installed with zeb")
         .Type("PATH");
     install.AddFlag("--wab", options->wab, "Register it as the Windows Address Book too");
     install.AddFlag("--replace", options->replace,

@@ -2,13 +2,14 @@
 #include "platform/commandinput.h"
 #include "platform/console.h"
 #include "platform/environment.h"
+#include "tools/common/Color.h"
 #include "tools/common/Failure.h"
+#include "tools/common/Lister.h"
 #include "tools/common/Output.h"
+#include "tools/common/ReadableMessage.h"
 #include "tools/common/WrappedText.h"
 #include "tools/zeb/Command.h"
-#include "tools/zeb/Lister.h"
 #include "tools/zeb/Objects.h"
-#include "tools/zeb/ReadableMessage.h"
 
 #include <memory>
 
@@ -80,13 +81,32 @@ std::string Page(const ReadableMessage& message, const ReadOptions& options, siz
     return headers.substr(0, headers.find_last_not_of('\n') + 1) + "\n\n" + text + AttachmentList(message.attachments);
 }
 
+/// The names of headers and quoted lines in colours.
+std::string Colored(const std::string& page)
+{
+    std::string colored;
+    bool isHeader = true;
+    for (size_t at = 0; at < page.size();)
+    {
+        const size_t end = std::min(page.find('\n', at), page.size() - 1) + 1;
+        const std::string line = page.substr(at, end - at);
+        isHeader = isHeader && line != "\n";
+        const size_t name = isHeader && line.front() != ' ' ? line.find(':') : std::string::npos;
+        colored += name != std::string::npos ? Toned(Tone::Heading, line.substr(0, name + 1)) + line.substr(name + 1)
+                   : !isHeader && line.front() == '>' ? Toned(Tone::Quoted, line)
+                                                      : line;
+        at = end;
+    }
+    return colored;
+}
+
 /// Shows a page through the program that the user reads texts with, on a terminal when there is one.
 void ShowPage(const std::string& page, bool noPager)
 {
     const std::string pager = platform::EnvironmentVariable("PAGER").value_or("");
     if (noPager || pager.empty() || !platform::IsTerminal(platform::OutputStream::Output))
     {
-        Print(page);
+        Print(Colored(page));
         return;
     }
     FlushOutput();

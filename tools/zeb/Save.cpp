@@ -4,11 +4,11 @@
 #include "tools/common/Failure.h"
 #include "tools/common/FolderName.h"
 #include "tools/common/Output.h"
+#include "tools/common/OutputFile.h"
 #include "tools/common/Progress.h"
 #include "tools/common/PropertyReader.h"
 #include "tools/zeb/Command.h"
 #include "tools/zeb/Objects.h"
-#include "tools/zeb/OutputFile.h"
 #include "tools/zeb/SaveFormat.h"
 
 #include <memory>

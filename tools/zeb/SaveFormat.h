@@ -2,8 +2,8 @@
 #pragma once
 
 #include "tools/common/FolderPath.h"
+#include "tools/common/Json.h"
 #include "tools/common/PropertyWriter.h"
-#include "tools/zeb/Json.h"
 
 #include <string>
 

@@ -1,10 +1,10 @@
 // zeb show
 #include "platform/console.h"
 #include "tools/common/Failure.h"
+#include "tools/common/Lister.h"
 #include "tools/common/Output.h"
 #include "tools/common/PropertyReader.h"
 #include "tools/zeb/Command.h"
-#include "tools/zeb/Lister.h"
 #include "tools/zeb/Objects.h"
 #include "tools/zeb/PropertyTable.h"
 

@@ -1,14 +1,13 @@
-// zeb stores, zeb store check, repair and compact
-#include "platform/module.h"
+// zeb stores, zeb store check, repair, compact and backup
 #include "tools/common/Failure.h"
 #include "tools/common/HostSession.h"
+#include "tools/common/Lister.h"
 #include "tools/common/Output.h"
 #include "tools/common/Profiles.h"
 #include "tools/common/Progress.h"
 #include "tools/common/StoreUpgrade.h"
 #include "tools/zeb/Command.h"
-#include "tools/zeb/Lister.h"
-#include "zebapi/search/ProviderSearch.h"
+#include "tools/zeb/StoreExports.h"
 #include "zebstore/zebstore.h"
 
 #include <filesystem>
@@ -74,7 +73,7 @@ int ListStores(const StoreOptions& options)
         const ListedStore store = StoreOf(row);
         lister.Row([&] { return JsonOf(store); }, [&] { PrintStore(store); });
     }
-    lister.End();
+    lister.EndAs("stores");
     return ExitDone;
 }
 
@@ -88,45 +87,16 @@ int CheckStore(const StoreOptions& options)
     {
         throw ToolError("store '" + name + "' cannot be checked: it is not a zebstore store");
     }
+    CZebProfAdmin administration = CZebProfAdmin::Open();
+    const std::string named =
+        "store '" + OneLine(name) + "' in '" + OneLine(FileOfStore(administration, options.profile)) + "'";
     if (verdict == "ok")
     {
-        Print("store '" + OneLine(name) + "' is intact\n");
+        Print(named + " is intact\n");
         return ExitDone;
     }
-    Complain("zeb", "store '" + OneLine(name) + "' is damaged:\n" + verdict);
+    Complain("zeb", named + " is damaged:\n" + verdict);
     return ExitFailed;
-}
-
-/// The file of a profile's store. @throws ToolError when the profile has no zebstore store
-std::string FileOf(const std::string& profile)
-{
-    const HostMapi mapi;
-    CZebProfAdmin administration = CZebProfAdmin::Open();
-    const std::string file = FileOfStore(administration, profile);
-    if (file.empty())
-    {
-        throw ToolError("profile '" + ValidUtf8(NameOfProfile(administration, profile)) + "' has no zebstore store");
-    }
-    return file;
-}
-
-/// An export of the embedded provider for the maintenance of a store's file.
-/// @throws ToolError when the provider of this machine has no such export
-template <class Function>
-Function* CareExport(const char* name)
-{
-    const std::string path = SearchProvider().path;
-    std::string reason;
-    // Kept for the process: the host's own start loads and releases it too.
-    const platform::ModuleHandle module = platform::LoadModule(
-        path, platform::ModuleKeep | platform::ModuleQuiet | platform::ModuleOwnFolderDeps, &reason);
-    void* const found = module ? platform::FindExport(module, name) : nullptr;
-    if (!found)
-    {
-        throw ToolError("the provider '" + Utf8FromNarrow(path) +
-                        "' cannot maintain store files: " + (module ? "it is not zebstore" : Utf8FromNarrow(reason)));
-    }
-    return reinterpret_cast<Function*>(found);
 }
 
 /// Progress and findings reported while the provider works on a file.
@@ -182,12 +152,12 @@ std::string CopyNameOf(const std::string& file)
 
 int RepairStore(const StoreOptions& options)
 {
-    const std::string file = options.file.empty() ? FileOf(options.profile) : options.file;
+    const std::string file = options.file.empty() ? StoreFileOf(options.profile) : options.file;
     const std::string copy = options.output.empty() ? CopyNameOf(file) : options.output;
     AnnounceUpgrade(file);
     Care care("rows");
     char failure[1024] = "";
-    const HRESULT result = CareExport<ZEBSTORE_REPAIR>("ZebStoreRepair")(
+    const HRESULT result = StoreExport<ZEBSTORE_REPAIR>("ZebStoreRepair")(
         file.c_str(), options.inPlace ? nullptr : copy.c_str(), Care::Take, &care, failure, sizeof(failure));
     care.Clear();
     for (const std::string& finding : care.Findings())
@@ -210,17 +180,31 @@ unsigned long long SizeOf(const std::string& file)
 
 int CompactStore(const StoreOptions& options)
 {
-    const std::string file = options.file.empty() ? FileOf(options.profile) : options.file;
+    const std::string file = options.file.empty() ? StoreFileOf(options.profile) : options.file;
     const unsigned long long before = SizeOf(file) + SizeOf(file + "-wal");
     AnnounceUpgrade(file);
     Care care("steps");
     char failure[1024] = "";
     const HRESULT result =
-        CareExport<ZEBSTORE_COMPACT>("ZebStoreCompact")(file.c_str(), Care::Take, &care, failure, sizeof(failure));
+        StoreExport<ZEBSTORE_COMPACT>("ZebStoreCompact")(file.c_str(), Care::Take, &care, failure, sizeof(failure));
     care.Clear();
     RequireDone(result, "cannot compact store file", file, failure);
     Print("store file '" + OneLine(file) + "': " + Grouped(before) + " bytes before, " +
           Grouped(SizeOf(file) + SizeOf(file + "-wal")) + " now\n");
+    return ExitDone;
+}
+
+int BackUpStore(const StoreOptions& options)
+{
+    const std::string file = StoreFileOf(options.profile);
+    Care care("steps");
+    char failure[1024] = "";
+    const HRESULT result = StoreExport<ZEBSTORE_BACKUP>("ZebStoreBackup")(
+        file.c_str(), ValidUtf8(options.output).c_str(), Care::Take, &care, failure, sizeof(failure));
+    care.Clear();
+    RequireDone(result, "cannot back up store file", file, failure);
+    Print("store file '" + OneLine(file) + "': " + Grouped(SizeOf(options.output)) + " bytes copied to '" +
+          OneLine(ValidUtf8(options.output)) + "'\n");
     return ExitDone;
 }
 
@@ -248,6 +232,14 @@ void AddStore(Command app)
     AddProfileOption(check, options->profile);
     check.Runs([options] { return CheckStore(*options); });
 
+    AddStoreInfo(store);
+
+    Command backup =
+        store.AddCommand("backup", "Copies the store's file as it is at one moment, while other programs may use it");
+    AddProfileOption(backup, options->profile);
+    backup.AddOption("copy", options->output, "The copy; must not exist").Required().Type("FILE");
+    backup.Runs([options] { return BackUpStore(*options); });
+
     Command repair = store.AddCommand(
         "repair", "Repairs a store's file, in a copy unless --in-place: counters and columns are rebuilt, "
                   "orphaned rows are deleted; prints a line for each repair");
@@ -262,6 +254,7 @@ void AddStore(Command app)
         "compact", "Frees the space that deleted content left in a store's file; no other program may have it open");
     AddFileArgument(compact, options);
     compact.Runs([options] { return CompactStore(*options); });
+    AddStoreIndex(store);
 }
 
 } // namespace zeb::tools

@@ -1,11 +1,12 @@
 // zeb watch
 #include "platform/datetime.h"
 #include "platform/interrupt.h"
+#include "tools/common/Color.h"
 #include "tools/common/Failure.h"
+#include "tools/common/Lister.h"
 #include "tools/common/Output.h"
 #include "tools/common/Times.h"
 #include "tools/zeb/Command.h"
-#include "tools/zeb/Lister.h"
 #include "tools/zeb/MessageRows.h"
 #include "tools/zeb/Objects.h"
 
@@ -171,9 +172,15 @@ private:
     std::map<std::string, Message> m_known;
 };
 
+Tone ToneOf(const Change& change)
+{
+    const std::string event = change.event;
+    return event == "added" ? Tone::Added : event == "deleted" ? Tone::Removed : Tone::Changed;
+}
+
 std::string LineOf(const Change& change, Zone zone)
 {
-    std::string line = TimeForPeople(change.time, zone) + "  " + Fitted(change.event, 8);
+    std::string line = TimeForPeople(change.time, zone) + "  " + Toned(ToneOf(change), Fitted(change.event, 8));
     if (!change.subject.empty() || !change.key.empty())
     {
         line += "  '" + OneLine(change.subject) + "'";

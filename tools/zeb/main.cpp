@@ -2,16 +2,21 @@
 #include "platform/console.h"
 #include "platform/interrupt.h"
 #include "tools/common/CommandLine.h"
+#include "tools/common/Lister.h"
 #include "tools/zeb/Command.h"
+#include "tools/zeb/ShellCandidates.h"
+#include "tools/zeb/Versions.h"
+
+using namespace zeb::tools;
 
 int main(int argc, char** argv)
 {
-    using namespace zeb::tools;
     zeb::platform::PrepareConsole();
     // Commands that write item by item stop by themselves instead and report their progress.
     zeb::platform::EndOnInterrupt("zeb: interrupted\n");
 
     CommandLine line("zeb", "Manages MAPI providers, profiles and stores, and shows their contents.");
+    line.OnFailure([](const ToolFailure& failure, bool json) { ReportFailure("zeb", failure, json); });
     const Command app = line.Root();
     AddDoctor(app);
     AddProvider(app);
@@ -31,5 +36,7 @@ int main(int argc, char** argv)
     AddSave(app);
     AddExport(app);
     AddNames(app);
+    line.AddShellCommands(ShellCandidates);
+    line.DescribeVersion(VersionDetails);
     return line.Run(zeb::platform::Arguments(argc, argv));
 }
