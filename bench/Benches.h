@@ -14,6 +14,8 @@ struct Options
     std::string folder;
     /// Few messages and few pairs.
     bool brief = false;
+    /// The messages of find-text.
+    unsigned texts = 100000;
 };
 
 Measurement InboxRead(const Options& options);
@@ -36,5 +38,9 @@ Measurement StoreRestrict(const Options& options);
 Measurement LoadGrowth(const Options& options);
 Measurement Attachments(const Options& options);
 Measurement RestrictWide(const Options& options);
+Measurement MessageWrite(const Options& options);
+Measurement StartUp(const Options& options);
+Measurement SearchText(const Options& options);
+Measurement WriteIndexed(const Options& options);
 
 } // namespace bench

@@ -6,6 +6,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace bench
 {
@@ -53,5 +54,37 @@ inline void SqlRun(sqlite3* database, sqlite3_stmt* statement)
     SqlCheck(database, sqlite3_step(statement));
     SqlCheck(database, sqlite3_reset(statement));
 }
+
+/// One row from SQLite; the values are SQLite's own copies.
+class StoredRow
+{
+public:
+    explicit StoredRow(sqlite3_stmt* statement)
+    {
+        for (int i = 0; i < sqlite3_column_count(statement); ++i)
+        {
+            m_values.push_back(sqlite3_value_dup(sqlite3_column_value(statement, i)));
+        }
+    }
+    StoredRow(StoredRow&&) = default;
+    StoredRow(const StoredRow&) = delete;
+    ~StoredRow()
+    {
+        for (sqlite3_value* value : m_values)
+        {
+            sqlite3_value_free(value);
+        }
+    }
+    void Bind(sqlite3_stmt* statement) const
+    {
+        for (size_t i = 0; i < m_values.size(); ++i)
+        {
+            sqlite3_bind_value(statement, static_cast<int>(i) + 1, m_values[i]);
+        }
+    }
+
+private:
+    std::vector<sqlite3_value*> m_values;
+};
 
 } // namespace bench

@@ -100,7 +100,7 @@ void UseOwnRegistry(const std::string& folder)
         .SetStringValue("DLLPathEx", OwnFolder() + "libzebstore.so");
 }
 
-void MakeProfile(const std::string& name, const std::string& path)
+void MakeProfile(const std::string& name, const std::string& path, const char* index)
 {
     CZebProfAdmin wrapper = CZebProfAdmin::Open();
     CComPtr<IProfAdmin> admin = wrapper.GetInterface();
@@ -118,10 +118,12 @@ void MakeProfile(const std::string& name, const std::string& path)
     CZebRowSet rows;
     table.QueryRows(&rows, 1, nullptr, nullptr);
     const SBinary& uid = rows[0][PR_SERVICE_UID];
-    SPropValue settings[1] = {};
+    SPropValue settings[2] = {};
     settings[0].ulPropTag = PR_ZEBSTORE_PATH_A;
     settings[0].Value.lpszA = const_cast<char*>(path.c_str());
-    Check(services->ConfigureMsgService(reinterpret_cast<MAPIUID*>(uid.lpb), 0, 0, 1, settings),
+    settings[1].ulPropTag = PR_ZEBSTORE_INDEX_A;
+    settings[1].Value.lpszA = const_cast<char*>(index);
+    Check(services->ConfigureMsgService(reinterpret_cast<MAPIUID*>(uid.lpb), 0, 0, index != nullptr ? 2 : 1, settings),
           "IMsgServiceAdmin::ConfigureMsgService");
 }
 

@@ -46,7 +46,8 @@ private:
 };
 
 /// Creates a profile whose store is the file `path` (deleting an earlier profile of that name, not its file).
-void MakeProfile(const std::string& name, const std::string& path);
+/// @param index "on" or "off" switches the file's text index; null: it is left as it is
+void MakeProfile(const std::string& name, const std::string& path, const char* index = nullptr);
 
 /// Deletes a store's files.
 void DeleteStore(const std::string& path);

@@ -1,4 +1,5 @@
 // store-write: messages saved one by one through MAPI, against the same rows by prepared statements.
+// write-indexed: the same messages saved with the text index on, against off.
 #include "bench/Benches.h"
 #include "bench/Sql.h"
 #include "bench/Stores.h"
@@ -12,38 +13,6 @@ namespace bench
 namespace
 {
 
-/// One row from SQLite; the values are SQLite's own copies.
-class StoredRow
-{
-public:
-    explicit StoredRow(sqlite3_stmt* statement)
-    {
-        for (int i = 0; i < sqlite3_column_count(statement); ++i)
-        {
-            m_values.push_back(sqlite3_value_dup(sqlite3_column_value(statement, i)));
-        }
-    }
-    StoredRow(StoredRow&&) = default;
-    StoredRow(const StoredRow&) = delete;
-    ~StoredRow()
-    {
-        for (sqlite3_value* value : m_values)
-        {
-            sqlite3_value_free(value);
-        }
-    }
-    void Bind(sqlite3_stmt* statement) const
-    {
-        for (size_t i = 0; i < m_values.size(); ++i)
-        {
-            sqlite3_bind_value(statement, static_cast<int>(i) + 1, m_values[i]);
-        }
-    }
-
-private:
-    std::vector<sqlite3_value*> m_values;
-};
-
 struct WriteState
 {
     std::string folder;
@@ -55,18 +24,18 @@ struct WriteState
 };
 
 /// A new store; its path. The session is closed again, so the file is whole.
-void MakeEmptyStore(const std::string& path)
+void MakeEmptyStore(const std::string& path, const char* index = nullptr)
 {
     DeleteStore(path);
-    MakeProfile("write", path);
+    MakeProfile("write", path, index);
     CZebSession session = Zeb_GetMAPI().OpenSession(nullptr, "write");
     session.OpenDefaultMsgStore(nullptr, MDB_WRITE | MAPI_BEST_ACCESS).Free();
     session.Logoff(0, 0, 0);
 }
 
-double WriteByMapi(WriteState& state)
+double WriteByMapi(WriteState& state, const char* index = nullptr)
 {
-    MakeEmptyStore(state.OursPath());
+    MakeEmptyStore(state.OursPath(), index);
     CZebSession session = Zeb_GetMAPI().OpenSession(nullptr, "write");
     CZebMsgStore store = session.OpenDefaultMsgStore(nullptr, MDB_WRITE | MAPI_BEST_ACCESS);
     CZebFolder inbox = store.OpenInboxFolder(MAPI_BEST_ACCESS);
@@ -141,6 +110,15 @@ Measurement StoreWrite(const Options& options)
     state->count = options.brief ? 500 : 100000;
     return {"store-write", 1.5, [state] { return WriteByMapi(*state); }, [state] { return WriteByHand(*state); },
             options.brief ? 1 : 5};
+}
+
+Measurement WriteIndexed(const Options& options)
+{
+    auto state = std::make_shared<WriteState>();
+    state->folder = options.folder;
+    state->count = options.brief ? 3000 : 100000;
+    return {"write-indexed", 2, [state] { return WriteByMapi(*state, "on"); },
+            [state] { return WriteByMapi(*state, "off"); }, options.brief ? 1 : 3};
 }
 
 } // namespace bench

@@ -37,6 +37,10 @@ const Entry Entries[] = {
     {"load-growth", bench::LoadGrowth},
     {"attachments", bench::Attachments},
     {"restrict-wide", bench::RestrictWide},
+    {"message-write", bench::MessageWrite},
+    {"start-up", bench::StartUp},
+    {"find-text", bench::SearchText},
+    {"write-indexed", bench::WriteIndexed},
 };
 
 int Measure(const bench::Options& options, const std::vector<std::string>& names)
@@ -73,6 +77,7 @@ int main(int argc, char** argv)
     std::vector<std::string> names;
     app.add_option("--folder", options.folder, "The folder of stores and results");
     app.add_flag("--short", options.brief, "Small stores, few pairs: shows that it works");
+    app.add_option("--texts", options.texts, "The messages of find-text, of 1 KB each (1,000,000 take 3 GB)");
     app.add_option("names", names, "The measurements to run; all by default")->check(CLI::IsMember(known));
     try
     {
