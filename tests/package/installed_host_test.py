@@ -56,6 +56,20 @@ class InstalledHost(unittest.TestCase):
         printed = self.starts(build / ("interfaces.exe" if ARGUMENTS.toolchain else "interfaces"), says="0x80004003")
         self.assertEqual(printed.split(), ["0x80004003", "00020306", "0002030C", "00020308", "00020309", "0002031C"])
 
+    def test_the_guides_first_project_builds_and_starts(self):
+        project = self.folder / "starter"
+        shutil.copytree(ARGUMENTS.source / "tests/documents/starter", project)
+        shutil.copy(ARGUMENTS.source / "examples/inbox.cpp", project)
+        command = [ARGUMENTS.cmake, "-G", "Ninja", "-S", project, "-B", project / "build", f"-DCMAKE_PREFIX_PATH={self.prefix}",
+                   f"-DCMAKE_FIND_ROOT_PATH={self.prefix}", "-DZEBAPI_MAPI_HEADERS=" + ";".join(ARGUMENTS.mapi_headers)]
+        command += [f"-DCMAKE_CXX_FLAGS={ARGUMENTS.flags}"] if ARGUMENTS.flags else []
+        command += [f"-DCMAKE_TOOLCHAIN_FILE={ARGUMENTS.toolchain}"] if ARGUMENTS.toolchain else []
+        self.run_checked(command)
+        self.run_checked([ARGUMENTS.cmake, "--build", project / "build"])
+        if ARGUMENTS.toolchain:
+            self.assertTrue(list((project / "build").glob("zebapi*.dll")))
+        self.starts(project / "build" / ("inbox.exe" if ARGUMENTS.toolchain else "inbox"))
+
     def test_the_package_refuses_another_platform(self):
         project = self.folder / "foreign"
         project.mkdir()

@@ -105,6 +105,13 @@ extern "C"
         return PrintTo(text, size, format, arguments);
     }
 
+    /// As before C99: -1, and no terminator, for a text that does not fit.
+    int __cdecl _vsnprintf(char* text, size_t size, const char* format, va_list arguments)
+    {
+        return __stdio_common_vsprintf(_CRT_INTERNAL_PRINTF_LEGACY_VSPRINTF_NULL_TERMINATION, text, size, format,
+                                       nullptr, arguments);
+    }
+
     int __cdecl snprintf(char* text, size_t size, const char* format, ...)
     {
         va_list arguments;
