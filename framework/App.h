@@ -11,11 +11,13 @@ namespace zeb
 class CWinApp : public CObject
 {
 public:
+    /// The class's record.
     static CRuntimeClass* GetThisClass()
     {
         static CRuntimeClass record = {"CWinApp", static_cast<int>(sizeof(CWinApp)), &CObject::GetThisClass};
         return &record;
     }
+    /// The record of the object's class.
     CRuntimeClass* GetRuntimeClass() const override { return GetThisClass(); }
 
     /// Called once when the binary is loaded. @return whether the start succeeded.
@@ -44,7 +46,9 @@ public:
     CWinAppInstance(const CWinAppInstance&) = delete;
     CWinAppInstance& operator=(const CWinAppInstance&) = delete;
 
+    /// The application.
     App& Get() { return m_app; }
+    /// Whether InitInstance succeeded.
     bool Started() const { return m_started; }
 
 private:

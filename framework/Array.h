@@ -26,17 +26,21 @@ class CArray
 {
 public:
     CArray() = default;
+    /// Copies every element.
     CArray(const CArray& other)
     {
         Reserve(other.m_count);
         CopyItems(other);
     }
+    /// Takes the elements; the other array is empty then.
     CArray(CArray&& other) noexcept { Swap(other); }
+    /// Copies every element; when that throws, this array is unchanged.
     CArray& operator=(const CArray& other)
     {
         Copy(other);
         return *this;
     }
+    /// Takes the elements; the other array is empty then.
     CArray& operator=(CArray&& other) noexcept
     {
         CArray taken(std::move(other));
@@ -49,9 +53,13 @@ public:
         framework::FreeShared(m_items);
     }
 
+    /// The number of elements.
     INT_PTR GetSize() const { return m_count; }
+    /// The number of elements.
     INT_PTR GetCount() const { return m_count; }
+    /// The last index; -1 for no elements.
     INT_PTR GetUpperBound() const { return m_count - 1; }
+    /// Whether there are no elements.
     bool IsEmpty() const { return m_count == 0; }
 
     /// Truncates, or appends default values.
@@ -106,6 +114,7 @@ public:
         }
         return GetUpperBound();
     }
+    /// Adds copies of another array's elements. @return the index of the first
     INT_PTR Append(const CArray& other)
     {
         const INT_PTR first = m_count;
@@ -116,11 +125,13 @@ public:
         Swap(grown);
         return first;
     }
+    /// As assignment.
     void Copy(const CArray& other)
     {
         CArray copied(other);
         Swap(copied);
     }
+    /// Inserts an element before index, which may be the count.
     void InsertAt(INT_PTR index, ARG_TYPE item)
     {
         if (index < 0 || index > m_count)
@@ -130,6 +141,7 @@ public:
         Add(item);
         std::rotate(m_items + index, m_items + m_count - 1, m_items + m_count);
     }
+    /// Removes elements from index on.
     void RemoveAt(INT_PTR index, INT_PTR count = 1)
     {
         if (index < 0 || count < 0 || index > m_count || count > m_count - index)
@@ -142,22 +154,34 @@ public:
             Cut(m_count - count);
         }
     }
+    /// Removes every element; the memory stays for new ones.
     void RemoveAll() { Cut(0); }
 
+    /// The element at index.
     const TYPE& GetAt(INT_PTR index) const { return m_items[Checked(index)]; }
+    /// The element at index.
     TYPE& GetAt(INT_PTR index) { return m_items[Checked(index)]; }
+    /// The element at index.
     TYPE& ElementAt(INT_PTR index) { return GetAt(index); }
+    /// Replaces the element at index.
     void SetAt(INT_PTR index, ARG_TYPE item) { GetAt(index) = item; }
+    /// The element at index.
     const TYPE& operator[](INT_PTR index) const { return GetAt(index); }
+    /// The element at index.
     TYPE& operator[](INT_PTR index) { return GetAt(index); }
 
     /// The elements in one block; null when there are none.
     const TYPE* GetData() const { return m_count == 0 ? nullptr : m_items; }
+    /// The elements, borrowed; null when there are none.
     TYPE* GetData() { return m_count == 0 ? nullptr : m_items; }
 
+    /// The first element.
     const TYPE* begin() const { return m_items; }
+    /// Past the last element.
     const TYPE* end() const { return m_items + m_count; }
+    /// The first element.
     TYPE* begin() { return m_items; }
+    /// Past the last element.
     TYPE* end() { return m_items + m_count; }
 
 private:
@@ -261,29 +285,44 @@ class CPtrArray : public CObject
 public:
     CPtrArray() = default;
 
+    /// The class's record.
     static CRuntimeClass* GetThisClass()
     {
         static CRuntimeClass record = {"CPtrArray", static_cast<int>(sizeof(CPtrArray)), &CObject::GetThisClass};
         return &record;
     }
+    /// The record of the object's class.
     CRuntimeClass* GetRuntimeClass() const override { return GetThisClass(); }
 
+    /// The number of elements.
     INT_PTR GetSize() const { return m_items.GetSize(); }
+    /// The number of elements.
     INT_PTR GetCount() const { return m_items.GetSize(); }
+    /// The last index; -1 for no elements.
     INT_PTR GetUpperBound() const { return m_items.GetUpperBound(); }
+    /// Whether there are no elements.
     bool IsEmpty() const { return m_items.IsEmpty(); }
+    /// Truncates, or adds null pointers.
     void SetSize(INT_PTR size) { m_items.SetSize(size); }
 
     /// @return the index of the new element.
     INT_PTR Add(void* item) { return m_items.Add(item); }
+    /// Inserts a pointer before index.
     void InsertAt(INT_PTR index, void* item) { m_items.InsertAt(index, item); }
+    /// Removes pointers from index on; what they point to stays.
     void RemoveAt(INT_PTR index, INT_PTR count = 1) { m_items.RemoveAt(index, count); }
+    /// Removes every pointer.
     void RemoveAll() { m_items.RemoveAll(); }
 
+    /// The pointer at index.
     void* GetAt(INT_PTR index) const { return m_items.GetAt(index); }
+    /// Replaces the pointer at index.
     void SetAt(INT_PTR index, void* item) { m_items.SetAt(index, item); }
+    /// The pointer at index.
     void* operator[](INT_PTR index) const { return m_items.GetAt(index); }
+    /// The pointer at index.
     void*& operator[](INT_PTR index) { return m_items.GetAt(index); }
+    /// The pointers, borrowed.
     void** GetData() { return m_items.GetData(); }
 
 private:

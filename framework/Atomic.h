@@ -18,11 +18,14 @@ class Atomic
                   "an atomic has the layout of its value");
 
 public:
+    /// Holds value.
     Atomic(T value = T()) noexcept { ::new (static_cast<void*>(m_place)) std::atomic<T>(value); }
     Atomic(const Atomic&) = delete;
     Atomic& operator=(const Atomic&) = delete;
 
+    /// The value.
     T Load() const noexcept { return std::launder(reinterpret_cast<const std::atomic<T>*>(m_place))->load(); }
+    /// Replaces the value.
     void Store(T value) noexcept { std::launder(reinterpret_cast<std::atomic<T>*>(m_place))->store(value); }
     /// @return the value before
     T Exchange(T value) noexcept { return std::launder(reinterpret_cast<std::atomic<T>*>(m_place))->exchange(value); }
@@ -31,7 +34,9 @@ public:
     /// @return the value after
     T operator--() noexcept { return --*std::launder(reinterpret_cast<std::atomic<T>*>(m_place)); }
 
+    /// Load().
     operator T() const noexcept { return Load(); }
+    /// Store(value).
     T operator=(T value) noexcept
     {
         Store(value);

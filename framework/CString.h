@@ -28,17 +28,21 @@ template <class CHAR_TYPE>
 class CStringT
 {
 public:
+    /// The type of a character.
     using XCHAR = CHAR_TYPE;
 
     CStringT() = default;
+    /// A copy of a terminated text; null is an empty one.
     CStringT(const XCHAR* text)
         : m_text(OrEmpty(text), LengthOf(text))
     {
     }
+    /// A copy of length characters, which may contain zeros.
     CStringT(const XCHAR* text, int length)
         : m_text(OrEmpty(text), text == nullptr ? 0 : Start(length))
     {
     }
+    /// A character, count times.
     CStringT(XCHAR character, int count) { m_text.Append(Start(count), character); }
     /// From any string type with data() and size(), such as std::string.
     template <class Text, class = std::enable_if_t<
@@ -49,22 +53,29 @@ public:
     {
     }
 
+    /// A copy of a terminated text; null is an empty one.
     CStringT& operator=(const XCHAR* text)
     {
         m_text.Assign(OrEmpty(text), LengthOf(text));
         return *this;
     }
 
+    /// The number of characters.
     int GetLength() const { return static_cast<int>(m_text.Length()); }
+    /// Whether there are no characters.
     bool IsEmpty() const { return m_text.Length() == 0; }
+    /// Makes the text empty.
     void Empty() { m_text.Resize(0); }
 
+    /// The text, terminated and borrowed.
     operator const XCHAR*() const { return m_text.Data(); }
+    /// The text, terminated and borrowed.
     const XCHAR* GetString() const { return m_text.Data(); }
     /// @throws std::out_of_range for a position at or past the length
     XCHAR GetAt(int index) const { return m_text.Data()[Checked(index)]; }
     /// @throws std::out_of_range for a position at or past the length
     void SetAt(int index, XCHAR character) { m_text.Data()[Checked(index)] = character; }
+    /// The character at index. @throws std::out_of_range outside the text
     XCHAR operator[](int index) const { return GetAt(index); }
 
     /// A writable buffer of `length` characters and a terminator, which begins with the string's current text. Until
@@ -74,6 +85,7 @@ public:
         m_text.Resize(std::max(Start(length), m_text.Length()));
         return m_text.Data();
     }
+    /// The buffer of the current text's length.
     XCHAR* GetBuffer() { return GetBuffer(0); }
     /// Ends GetBuffer: the text becomes the buffer's first `length` characters, or up to its terminator when -1.
     void ReleaseBuffer(int length = -1)
@@ -90,12 +102,14 @@ public:
         FormatV(format, args);
         va_end(args);
     }
+    /// Format for an argument list.
     void FormatV(const XCHAR* format, va_list args)
     {
         framework::TextBuffer<XCHAR> text;
         framework::FormatText(text, format, args);
         m_text = std::move(text);
     }
+    /// Appends what Format gives.
     void AppendFormat(const XCHAR* format, ...)
     {
         framework::TextBuffer<XCHAR> text;
@@ -121,11 +135,13 @@ public:
     {
         return Position(std::basic_string_view<XCHAR>(m_text.Data(), m_text.Length()).find(character, Start(start)));
     }
+    /// The position of the first occurrence of text from start on; -1 when there is none.
     int Find(const XCHAR* text, int start = 0) const
     {
         return Position(
             std::basic_string_view<XCHAR>(m_text.Data(), m_text.Length()).find(OrEmpty(text), Start(start)));
     }
+    /// The position of the last occurrence; -1 when there is none.
     int ReverseFind(XCHAR character) const
     {
         return Position(std::basic_string_view<XCHAR>(m_text.Data(), m_text.Length()).rfind(character));
@@ -139,12 +155,16 @@ public:
         part.m_text.Assign(m_text.Data() + from, std::min(Start(count), m_text.Length() - from));
         return part;
     }
+    /// The text from first on.
     CStringT Mid(int first) const { return Mid(first, GetLength()); }
+    /// The first count characters.
     CStringT Left(int count) const { return Mid(0, count); }
+    /// The last count characters.
     CStringT Right(int count) const { return count >= GetLength() ? *this : Mid(GetLength() - std::max(count, 0)); }
 
     /// ASCII letters only.
     CStringT& MakeUpper() { return ShiftCase('a', 'z', 'A'); }
+    /// Makes the letters A to Z small.
     CStringT& MakeLower() { return ShiftCase('A', 'Z', 'a'); }
 
     /// @return the number of replacements
@@ -162,56 +182,73 @@ public:
         return count;
     }
 
+    /// Appends length characters.
     CStringT& Append(const XCHAR* text, int length)
     {
         m_text.Append(text, Start(length));
         return *this;
     }
+    /// Appends a text.
     CStringT& operator+=(const CStringT& text)
     {
         m_text.Append(text.m_text.Data(), text.m_text.Length());
         return *this;
     }
+    /// Appends a text; null is an empty one.
     CStringT& operator+=(const XCHAR* text)
     {
         m_text.Append(OrEmpty(text), LengthOf(text));
         return *this;
     }
+    /// Appends a character.
     CStringT& operator+=(XCHAR character)
     {
         m_text.Append(character);
         return *this;
     }
 
+    /// Both texts.
     friend CStringT operator+(const CStringT& a, const CStringT& b)
     {
         return Join(a.GetString(), a.m_text.Length(), b.GetString(), b.m_text.Length());
     }
+    /// Both texts.
     friend CStringT operator+(const CStringT& a, const XCHAR* b)
     {
         return Join(a.GetString(), a.m_text.Length(), OrEmpty(b), LengthOf(b));
     }
+    /// Both texts.
     friend CStringT operator+(const XCHAR* a, const CStringT& b)
     {
         return Join(OrEmpty(a), LengthOf(a), b.GetString(), b.m_text.Length());
     }
+    /// The text and a character.
     friend CStringT operator+(const CStringT& a, XCHAR b) { return Join(a.GetString(), a.m_text.Length(), &b, 1); }
 
+    /// Whether the characters are equal.
     friend bool operator==(const CStringT& a, const CStringT& b)
     {
         return a.m_text.Length() == b.m_text.Length() &&
                std::char_traits<XCHAR>::compare(a.GetString(), b.GetString(), a.m_text.Length()) == 0;
     }
+    /// Whether the characters are equal.
     friend bool operator==(const CStringT& a, const XCHAR* b) { return a.Compare(b) == 0; }
+    /// Whether the characters are equal.
     friend bool operator==(const XCHAR* a, const CStringT& b) { return b == a; }
+    /// Whether the characters differ.
     friend bool operator!=(const CStringT& a, const CStringT& b) { return !(a == b); }
+    /// Whether the characters differ.
     friend bool operator!=(const CStringT& a, const XCHAR* b) { return !(a == b); }
+    /// Whether the characters differ.
     friend bool operator!=(const XCHAR* a, const CStringT& b) { return !(b == a); }
+    /// By the values of the characters.
     friend bool operator<(const CStringT& a, const CStringT& b)
     {
         return Order(a, b.GetString(), b.m_text.Length()) < 0;
     }
+    /// By the values of the characters.
     friend bool operator<(const CStringT& a, const XCHAR* b) { return a.Compare(b) < 0; }
+    /// By the values of the characters.
     friend bool operator<(const XCHAR* a, const CStringT& b) { return b.Compare(a) > 0; }
 
 private:
@@ -267,12 +304,16 @@ private:
     framework::TextBuffer<XCHAR> m_text;
 };
 
+/// 8-bit text: in the ANSI code page (UTF-8 on Linux), unless said otherwise.
 using CStringA = CStringT<char>;
+/// 16-bit text: UTF-16.
 using CStringW = CStringT<WCHAR>;
+/// 8-bit text.
 using CString = CStringA;
 
 } // namespace zeb
 
+/// @cond
 /// The same in every binary (FNV-1a over the characters): host and library share maps.
 template <class CHAR_TYPE>
 struct std::hash<zeb::CStringT<CHAR_TYPE>>
@@ -288,6 +329,7 @@ struct std::hash<zeb::CStringT<CHAR_TYPE>>
         return static_cast<size_t>(sum ^ (sum >> 32));
     }
 };
+/// @endcond
 
 #ifndef ZEBAPI_NO_FRAMEWORK_NAMES
 using zeb::CString;

@@ -18,6 +18,7 @@ class CComPtr
 {
 public:
     CComPtr() = default;
+    /// Empty.
     CComPtr(std::nullptr_t) {}
     /// Adds a reference; the caller keeps its own.
     CComPtr(T* pointer)
@@ -28,14 +29,17 @@ public:
             m_pointer->AddRef();
         }
     }
+    /// Adds a reference.
     CComPtr(const CComPtr& other)
         : CComPtr(other.m_pointer)
     {
     }
+    /// Takes the other's reference, which is empty then.
     CComPtr(CComPtr&& other) noexcept
         : m_pointer(std::exchange(other.m_pointer, nullptr))
     {
     }
+    /// Adds a reference on an object of a derived interface.
     template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
     CComPtr(const CComPtr<U>& other)
         : CComPtr(static_cast<T*>(other.Get()))
@@ -43,12 +47,14 @@ public:
     }
     ~CComPtr() { Release(); }
 
+    /// Adds a reference; the previous one is released.
     CComPtr& operator=(const CComPtr& other)
     {
         CComPtr copy(other);
         Swap(copy);
         return *this;
     }
+    /// Takes the other's reference; the previous one is released.
     CComPtr& operator=(CComPtr&& other) noexcept
     {
         CComPtr moved(std::move(other));
@@ -62,6 +68,7 @@ public:
         Swap(copy);
         return *this;
     }
+    /// Releases the reference.
     CComPtr& operator=(std::nullptr_t)
     {
         Release();
@@ -97,6 +104,7 @@ public:
         return reinterpret_cast<U**>(Put());
     }
 
+    /// Releases the reference, if any.
     void Release()
     {
         // Emptied first: the release may run code that uses this object.
@@ -122,9 +130,13 @@ public:
     /// @throws _com_error E_POINTER when empty
     T& operator*() const { return *Checked(); }
 
+    /// Whether a reference is held.
     explicit operator bool() const { return m_pointer != nullptr; }
+    /// Whether none is held.
     bool operator!() const { return m_pointer == nullptr; }
+    /// Whether both hold the same pointer.
     friend bool operator==(const CComPtr& a, const CComPtr& b) { return a.m_pointer == b.m_pointer; }
+    /// Whether they hold different pointers.
     friend bool operator!=(const CComPtr& a, const CComPtr& b) { return a.m_pointer != b.m_pointer; }
 
     /// IUnknown::QueryInterface; the reference in `*result` is the caller's.
@@ -141,6 +153,7 @@ public:
         return QueryInterface(iid, result.Put());
     }
 
+    /// Exchanges the references.
     void Swap(CComPtr& other) noexcept { std::swap(m_pointer, other.m_pointer); }
 
 private:

@@ -22,11 +22,13 @@ public:
     {
     }
 
+    /// The class's record.
     static CRuntimeClass* GetThisClass()
     {
         static CRuntimeClass record = {"CException", static_cast<int>(sizeof(CException)), &CObject::GetThisClass};
         return &record;
     }
+    /// The record of the object's class.
     CRuntimeClass* GetRuntimeClass() const override { return GetThisClass(); }
 
     /// Copies the description to `buffer`, at most `maxChars` bytes, and sets `*helpContext`, if not null, to 0.
@@ -67,6 +69,7 @@ protected:
         }
     }
 
+    /// Whether Delete() deletes the object.
     bool IsAutoDelete() const { return m_autoDelete; }
 
 private:

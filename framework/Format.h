@@ -15,6 +15,7 @@
 namespace zeb::framework
 {
 
+/// Whether character is one of set's.
 template <class CHAR_TYPE>
 bool IsOneOf(CHAR_TYPE character, const char* set)
 {

@@ -53,6 +53,7 @@ class CMap
 {
 public:
     CMap() = default;
+    /// Copies every pair.
     CMap(const CMap& other)
     {
         try
@@ -71,13 +72,16 @@ public:
             throw;
         }
     }
+    /// Takes the pairs; the other map is empty then.
     CMap(CMap&& other) noexcept { Swap(other); }
+    /// Copies every pair; when that throws, this map is unchanged.
     CMap& operator=(const CMap& other)
     {
         CMap copied(other);
         Swap(copied);
         return *this;
     }
+    /// Takes the pairs; the other map is empty then.
     CMap& operator=(CMap&& other) noexcept
     {
         CMap taken(std::move(other));
@@ -86,8 +90,11 @@ public:
     }
     ~CMap() { RemoveAll(); }
 
+    /// The number of pairs.
     INT_PTR GetCount() const { return static_cast<INT_PTR>(m_count); }
+    /// The number of pairs.
     INT_PTR GetSize() const { return GetCount(); }
+    /// Whether there are no pairs.
     bool IsEmpty() const { return m_count == 0; }
 
     /// Inserts, or overwrites the existing value.
@@ -142,6 +149,7 @@ public:
         Destroy(found);
         return true;
     }
+    /// Removes every pair.
     void RemoveAll()
     {
         for (std::size_t i = 0; i < m_bucketCount; ++i)

@@ -15,10 +15,12 @@ class CArchive; // nothing is serialised: only Serialize's slot needs the name
 /// address.
 struct CRuntimeClass
 {
+    /// The class's name; static storage.
     const char* m_lpszClassName;
     int m_nObjectSize;                     ///< in bytes
     CRuntimeClass* (*m_pfnGetBaseClass)(); ///< null for the root
 
+    /// Whether both records are of one class.
     bool IsSameClass(const CRuntimeClass* other) const
     {
         return this == other || (other != nullptr && m_nObjectSize == other->m_nObjectSize &&
@@ -61,24 +63,29 @@ public:                                                                         
         return &class_name::class##class_name;                                                                         \
     }
 
+/// The record of a class.
 #define ZEB_RUNTIME_CLASS(class_name) (class_name::GetThisClass())
 
 /// The target of Dump: any stream with << for text, such as std::ostream. Borrows the stream.
 class CDumpContext
 {
 public:
+    /// Writes to stream, which must outlive this object.
     template <class Stream, class = std::enable_if_t<!std::is_const_v<Stream>>>
     CDumpContext(Stream& stream)
         : m_stream(&stream)
         , m_write([](void* to, const char* text) { *static_cast<Stream*>(to) << text; })
     {
     }
+    /// Writes to the same stream.
     CDumpContext(const CDumpContext&) = default;
+    /// Writes to the same stream.
     CDumpContext(CDumpContext& other)
         : CDumpContext(static_cast<const CDumpContext&>(other))
     {
     }
 
+    /// Writes a text.
     const CDumpContext& operator<<(const char* text) const
     {
         m_write(m_stream, text);
@@ -94,12 +101,14 @@ private:
 class CObject
 {
 public:
+    /// The class's record.
     static CRuntimeClass* GetThisClass()
     {
         static CRuntimeClass record = {"CObject", static_cast<int>(sizeof(CObject)), nullptr};
         return &record;
     }
 
+    /// The record of the object's class.
     virtual CRuntimeClass* GetRuntimeClass() const { return GetThisClass(); }
     virtual ~CObject() = default;
 
@@ -110,6 +119,7 @@ public:
     /// Writes the class's name; derived classes add their content.
     virtual void Dump(const CDumpContext& out) const { out << GetRuntimeClass()->m_lpszClassName; }
 
+    /// Whether the object's class is `wanted` or derives from it.
     bool IsKindOf(const CRuntimeClass* wanted) const { return GetRuntimeClass()->IsDerivedFrom(wanted); }
 
     CObject(const CObject&) = delete;
@@ -126,7 +136,10 @@ using zeb::CArchive;
 using zeb::CDumpContext;
 using zeb::CObject;
 using zeb::CRuntimeClass;
+/// As ZEB_DECLARE_DYNAMIC.
 #define DECLARE_DYNAMIC(class_name) ZEB_DECLARE_DYNAMIC(class_name)
+/// As ZEB_IMPLEMENT_DYNAMIC.
 #define IMPLEMENT_DYNAMIC(class_name, base_class_name) ZEB_IMPLEMENT_DYNAMIC(class_name, base_class_name)
+/// As ZEB_RUNTIME_CLASS.
 #define RUNTIME_CLASS(class_name) ZEB_RUNTIME_CLASS(class_name)
 #endif

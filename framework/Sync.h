@@ -79,6 +79,7 @@ public:
     CSingleLock(const CSingleLock&) = delete;
     CSingleLock& operator=(const CSingleLock&) = delete;
 
+    /// Takes the lock.
     bool Lock()
     {
         if (!m_locked)
@@ -97,6 +98,7 @@ public:
         m_locked = false;
         return m_section->Unlock();
     }
+    /// Whether this object holds the lock.
     bool IsLocked() const { return m_locked; }
 
 private:

@@ -24,15 +24,18 @@ class TextBuffer
 {
 public:
     TextBuffer() noexcept { StartInside(); }
+    /// A copy of length characters.
     TextBuffer(const CHAR_TYPE* text, std::size_t length)
     {
         StartInside();
         Assign(text, length);
     }
+    /// A copy.
     TextBuffer(const TextBuffer& other)
         : TextBuffer(other.m_text, other.m_length)
     {
     }
+    /// Takes the text; the other is empty then.
     TextBuffer(TextBuffer&& other) noexcept
     {
         StartInside();
@@ -40,11 +43,13 @@ public:
     }
     ~TextBuffer() { FreeOutside(); }
 
+    /// A copy.
     TextBuffer& operator=(const TextBuffer& other)
     {
         Assign(other.m_text, other.m_length);
         return *this;
     }
+    /// Takes the text; the other is empty then.
     TextBuffer& operator=(TextBuffer&& other) noexcept
     {
         if (this != &other)
@@ -56,10 +61,14 @@ public:
         return *this;
     }
 
+    /// The characters, terminated.
     const CHAR_TYPE* Data() const { return m_text; }
+    /// The characters, terminated.
     CHAR_TYPE* Data() { return m_text; }
+    /// The number of characters.
     std::size_t Length() const { return m_length; }
 
+    /// A copy of length characters.
     void Assign(const CHAR_TYPE* text, std::size_t length)
     {
         if (length <= m_capacity)
@@ -72,6 +81,7 @@ public:
         Move(block, text, length);
         Adopt(block, length, length);
     }
+    /// Appends length characters.
     void Append(const CHAR_TYPE* text, std::size_t length)
     {
         if (length > m_capacity - m_length)
@@ -86,12 +96,14 @@ public:
         Move(m_text + m_length, text, length);
         SetLength(m_length + length);
     }
+    /// Appends a character, count times.
     void Append(std::size_t count, CHAR_TYPE character)
     {
         Reserve(count);
         std::fill_n(m_text + m_length, count, character);
         SetLength(m_length + count);
     }
+    /// Appends a character.
     void Append(CHAR_TYPE character) { Append(&character, 1); }
 
     /// Truncates, or appends zeros.

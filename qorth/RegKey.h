@@ -21,7 +21,9 @@ public:
     /// @throws zeb::platform::RegistryError when the registry cannot be read (a syntax error in its file)
     CQorRegKey(HKEY root, const char* path, int reserved = 0, int readOnly = 1);
     ~CQorRegKey();
+    /// Takes the other's key.
     CQorRegKey(CQorRegKey&& other) noexcept;
+    /// Takes the other's key; the previous one is closed.
     CQorRegKey& operator=(CQorRegKey&& other) noexcept;
 
     /// Whether the key exists.

@@ -70,7 +70,7 @@ ACYCLIC = ["platform", "framework", "qorlog", "qorth", "zebapi", "zebstore"]
 # Third-party headers, and who may use them.
 THIRD_PARTY = {
     "utf8proc.h": {"zebstore", "tools", "tests"},
-    "xxhash.h": {"zebstore"},
+    "xxhash.h": {"zebstore", "tools"},
     "sqlite3.h": {"zebstore", "bench", "tests", "fuzz"},
     "date/": {"tools"},
     "CLI/": {"tools", "bench", "tests"},
@@ -78,6 +78,7 @@ THIRD_PARTY = {
     "libpff": {"tools", "tests"},
     "gmime/": {"tools", "tests"},
     "libxml/": {"tools"},
+    "gsf/": {"platform"},
 }
 # Headers of one operating system; besides these, whatever platform/mapi.h includes.
 SYSTEM_HEADER = re.compile(

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what the build needs: Debian packages (as root) and the npm packages of deps/package-lock.json.
-# Does nothing when everything is there. Usage: setup.sh [build|run|test|bench]; the default installs for all.
+# Does nothing when everything is there. Usage: setup.sh [build|run|test|bench|package]; the default installs for all.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 what=${1:-all}
@@ -8,15 +8,18 @@ what=${1:-all}
 packages=(g++ cmake ninja-build ccache pkg-config git ca-certificates npm
     g++-mingw-w64-x86-64-posix wine wine64 libwine-dev clang-14 lld-14 llvm-14 xz-utils patch
     nlohmann-json3-dev libcli11-dev libxxhash-dev libhowardhinnant-date-dev libpff-dev libgmime-3.0-dev
-    libxml2-dev python3 python3-pytest python3-pytest-xdist libgtest-dev libgmock-dev googletest)
+    libxml2-dev libgsf-1-dev perl python3 python3-six unicode-data python3-pytest python3-pytest-xdist libgtest-dev libgmock-dev googletest)
+package_tools=(nsis debhelper dpkg-dev fakeroot)
+test_tools=(clang clang-format-19 clang-tidy libclang-rt-14-dev python3-clang-14 pff-tools python3-olefile binutils zsh groff-base
+    doxygen gdb xvfb fonts-wine imagemagick lintian "${package_tools[@]}")
 case $what in
 build | run) ;;
-test) packages+=(clang clang-format-19 clang-tidy libclang-rt-14-dev python3-clang-14 pff-tools binutils) ;;
+test) packages+=("${test_tools[@]}") ;;
 bench) packages+=(libbenchmark-dev) ;;
-all) packages+=(clang clang-format-19 clang-tidy libclang-rt-14-dev python3-clang-14 pff-tools binutils
-    libbenchmark-dev) ;;
+package) packages+=("${package_tools[@]}") ;;
+all) packages+=("${test_tools[@]}" libbenchmark-dev) ;;
 *)
-    echo "setup.sh: unknown purpose '$what' (build, run, test or bench)" >&2
+    echo "setup.sh: unknown purpose '$what' (build, run, test, bench or package)" >&2
     exit 2
     ;;
 esac
@@ -52,4 +55,16 @@ if ! cmp -s "$root/deps/package-lock.json" "$deps/.installed"; then
     cp "$root/deps/package-lock.json" "$deps/.installed"
 fi
 "$root/scripts/debian-source.sh" libxml2
+"$root/scripts/debian-source.sh" re2
+# Debian's archive leaves out the tables that RE2 generates.
+tables=$deps/re2/re2
+for table in perl_groups.pl unicode_groups.py unicode_casefold.py; do
+    made=$tables/${table%.*}.cc
+    if [ -s "$made" ]; then continue; fi
+    case $table in
+    *.pl) perl "$tables/make_$table" >"$made.new" ;;
+    *.py) (cd "$tables" && PYTHONDONTWRITEBYTECODE=1 python3 "make_$table" >"$made.new") ;;
+    esac
+    mv "$made.new" "$made"
+done
 "$root/scripts/debian-source.sh" utf8proc '*/utf8proc.c' '*/utf8proc.h' '*/utf8proc_data.c' '*/LICENSE.md'

@@ -4,6 +4,11 @@
 
 #include <cstring>
 
+const char* Zeb_GetVersion()
+{
+    return ZEB_VERSION;
+}
+
 CStringA Zeb_Utf8(const CStringW& text)
 {
     return zeb::framework::WithMemory([&]

@@ -30,6 +30,9 @@
 #include "zebapi/TAGS.h"
 #include "zebapi/Table.h"
 
+/// The version of the library that the host runs with, "1.2.3". Static; never throws.
+ZEBAPI_EXPORT const char* Zeb_GetVersion();
+
 /// A text as UTF-8, independent of the ANSI code page. Invalid UTF-16 becomes U+FFFD.
 ZEBAPI_EXPORT zeb::CStringA Zeb_Utf8(const zeb::CStringW& text);
 

@@ -14,7 +14,9 @@ public:
 
     /// Adds a reference on prop, which may be null.
     explicit CZebABContainer(IMAPIProp* prop = nullptr);
+    /// Shares the object of other.
     CZebABContainer(const CZebABContainer& other);
+    /// Shares the object of other. Never throws.
     CZebABContainer& operator=(const CZebABContainer& other);
 };
 
@@ -39,12 +41,16 @@ public:
         virtual CZebABItem& operator=(const CZebMailUser& other),
         /// Shares the object of other. Never throws.
         virtual CZebABItem& operator=(const CZebMessage& other));
+    /// The entry as a distribution list; shares the object.
     virtual operator CZebDistList() const;
+    /// The entry as a mail user; shares the object.
     virtual operator CZebMailUser() const;
+    /// The entry as a message; shares the object.
     virtual operator CZebMessage() const;
 
     /// Adds a reference on prop, which may be null.
     explicit CZebABItem(IMAPIProp* prop = nullptr);
+    /// Shares the object of other.
     CZebABItem(const CZebABItem& other);
 };
 
@@ -97,6 +103,7 @@ public:
 
     /// Adds a reference on prop, which may be null.
     explicit CZebAddressBook(IMAPIProp* prop = nullptr);
+    /// Shares the object of other, its session and its WAB object.
     CZebAddressBook(const CZebAddressBook& other);
     ~CZebAddressBook() override;
 

@@ -45,6 +45,7 @@ public:
 
     /// Adds a reference on prop, which may be null.
     explicit CZebContainer(IMAPIProp* prop = nullptr);
+    /// Shares the object of other and takes its provider identifier.
     CZebContainer(const CZebContainer& other);
 
     /// Whether id is the Exchange address book provider's identifier; false when it holds nothing.

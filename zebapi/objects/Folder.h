@@ -86,6 +86,7 @@ public:
 
     /// Adds a reference on prop, which may be null.
     explicit CZebFolder(IMAPIProp* prop = nullptr);
+    /// Shares the object of other and takes its provider identifier.
     CZebFolder(const CZebFolder& other);
     /// Creates a subfolder by a wide name. (IMAPIFolder::CreateFolder with MAPI_UNICODE)
     /// @param comment     may be null

@@ -26,6 +26,7 @@ public:
 
     /// Adds a reference on prop, which may be null.
     explicit CZebMessage(IMAPIProp* prop = nullptr);
+    /// Shares the object of other.
     CZebMessage(const CZebMessage& other);
 
     /// The table of recipients, one row each. (IMessage::GetRecipientTable)
@@ -89,7 +90,9 @@ public:
 
     /// Adds a reference on prop, which may be null.
     explicit CZebAttachment(IMAPIProp* prop = nullptr);
+    /// Shares the object of other.
     CZebAttachment(const CZebAttachment& other);
+    /// Shares the object of other. Never throws.
     CZebAttachment& operator=(const CZebAttachment& other);
 
     /// Makes the attachment a file of this name (PR_ATTACH_METHOD ATTACH_BY_VALUE); its content is written apart.
@@ -125,6 +128,7 @@ public:
 
     /// Adds a reference on prop, which may be null.
     explicit CZebMailUser(IMAPIProp* prop = nullptr);
+    /// Shares the object of other.
     CZebMailUser(const CZebMailUser& other);
 };
 
@@ -159,6 +163,8 @@ public:
 
     /// Adds a reference on prop, which may be null.
     explicit CZebPropObj(IMAPIProp* prop = nullptr);
+    /// Shares the object of other.
     CZebPropObj(const CZebPropObj& other);
+    /// Shares the object of other. Never throws.
     CZebPropObj& operator=(const CZebPropObj& other);
 };

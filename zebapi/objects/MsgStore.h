@@ -52,5 +52,6 @@ public:
 
     /// Adds a reference on store, which may be null.
     explicit CZebMsgStore(IMAPIProp* store = nullptr);
+    /// Shares the object of other.
     CZebMsgStore(const CZebMsgStore& other);
 };

@@ -14,6 +14,7 @@ class ZEBAPI_EXPORT CZebNameIdMap
 {
 public:
     CZebNameIdMap();
+    /// As assignment of other to a new map. @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY
     CZebNameIdMap(const CZebNameIdMap& other);
     virtual ~CZebNameIdMap();
     /// Removes every entry.

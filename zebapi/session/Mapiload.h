@@ -88,10 +88,12 @@ public:
     /// @throws CZebException* MAPI_E_CALL_FAILED when the registry cannot be read
     virtual zeb::CStringA GetDefaultProfileName();
 
+    /// Whether a provider or the Windows Address Book is started.
     virtual bool WasInitialized();
 
     /// Whether a start or a logon has failed; only SetWasFailed(false) clears it.
     virtual bool WasFailed();
+    /// Sets or clears what WasFailed returns.
     virtual void SetWasFailed(bool failed);
 
     /// The Windows Address Book opened by Initialize(true), or with `newInstance` another one, from a new WABOpen.

@@ -54,6 +54,7 @@ protected:
 public:
     /// @param profAdmin may be null; the caller keeps its own reference
     explicit CZebProfAdmin(IProfAdmin* profAdmin = nullptr);
+    /// Shares the object of other; empty like it.
     CZebProfAdmin(const CZebProfAdmin& other);
     virtual ~CZebProfAdmin();
 
@@ -68,6 +69,7 @@ public:
     /// Adds a reference to the other's object. When it has none, this object becomes empty; the failure is logged, not
     /// thrown.
     virtual CZebProfAdmin& operator=(const CZebProfAdmin& other);
+    /// Whether an object is held.
     virtual bool IsValid() const;
     /// Releases the reference.
     virtual void Close();

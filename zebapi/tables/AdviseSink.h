@@ -14,7 +14,9 @@ class ZEBAPI_EXPORT CAdviseSinkDelegate
 {
 public:
     CAdviseSinkDelegate();
+    /// Copies nothing: a delegate has no state of its own.
     CAdviseSinkDelegate(const CAdviseSinkDelegate& other);
+    /// Copies nothing.
     CAdviseSinkDelegate& operator=(const CAdviseSinkDelegate& other);
     virtual ~CAdviseSinkDelegate();
     /// Every table event; calls the operation for it. The notification is valid only during this call.
@@ -45,7 +47,9 @@ class ZEBAPI_EXPORT CAdviseSink : public IMAPIAdviseSink
 public:
     /// IUnknown and IMAPIAdviseSink; E_POINTER for a null result, else E_NOINTERFACE.
     STDMETHOD(QueryInterface)(REFIID riid, void** ppv) override;
+    /// Adds a reference. @return the new count
     STDMETHOD_(ULONG, AddRef)() override;
+    /// Releases a reference; the last one deletes the sink. @return the new count
     STDMETHOD_(ULONG, Release)() override;
     /// Calls the delegate for each fnevTableModified, in order. An exception of the delegate is logged, and the next
     /// notification is processed. Always 0. The sink is kept alive while this runs.
@@ -54,7 +58,9 @@ public:
 
     /// @param delegate  may be null: notifications are accepted and ignored
     explicit CAdviseSink(CAdviseSinkDelegate* delegate);
+    /// Copies the delegate and the count of references: do not copy a sink that is advised.
     CAdviseSink(const CAdviseSink& other);
+    /// As the copy constructor.
     CAdviseSink& operator=(const CAdviseSink& other);
 
     /// Detaches the delegate and waits until no other thread is inside it: after that it is not called any more. A call
@@ -91,7 +97,9 @@ public:
 
     /// @param table  advised at once when not null
     CAdviseSinkBinder(CAdviseSinkDelegate* delegate, CZebTable* table);
+    /// Copies the members; see above.
     CAdviseSinkBinder(const CAdviseSinkBinder& other);
+    /// As the copy constructor.
     CAdviseSinkBinder& operator=(const CAdviseSinkBinder& other);
 
     /// Advise that reports why it failed. Nothing is registered then.

@@ -37,9 +37,11 @@ public:
     ~CZebCachedTable() override;
     /// Takes over another table and registers for its notifications. Never throws.
     CZebTable& operator=(const CZebTable& table) override;
+    /// Sorts and drops the window.
     void SortTable(SSortOrderSet* order) override;
     void SeekRow(ULONG origin, LONG rowCount, LONG* rowsSought) override;
     bool FindRow(SRestriction* restriction, ULONG origin, ULONG flags) override;
+    /// Restricts and drops the window.
     void Restrict(SRestriction* restriction, ULONG flags) override;
     /// Unbinds, drops the window and the table. Never throws.
     void Free() override;

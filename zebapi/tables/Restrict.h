@@ -20,6 +20,7 @@ protected:
 
 public:
     virtual ~CZebRestriction();
+    /// Whether this view refers to no node.
     virtual bool IsEmpty();
     /// RES_AND with `count` fresh children, reached by `[]`. @throws CZebException* MAPI_E_NOT_ENOUGH_MEMORY
     virtual void CreateAnd(ULONG count);
@@ -51,16 +52,19 @@ public:
         /// A child of an AND or OR.
         /// @throws CZebException* MAPI_E_INVALID_OBJECT for a node of another kind, E_INVALIDARG for an index outside.
         virtual CZebRestriction operator[](int index),
+        /// The same for an unsigned index.
         virtual CZebRestriction operator[](ULONG index));
     /// Refers to the node of `other`.
     virtual CZebRestriction& operator=(const CZebRestriction& other);
     /// The node, borrowed.
     virtual operator SRestriction*();
 
+    /// Refers to the node of other.
     CZebRestriction(const CZebRestriction& other);
 
 protected:
     CZebRestriction();
+    /// A view of node in the tree whose root allocation is base.
     CZebRestriction(SRestriction* node, void* base);
 
     void* m_base;         ///< the tree's root allocation

@@ -41,6 +41,7 @@ public:
         , m_row(row)
     {
     }
+    /// Refers to the row of other.
     CZebRow(const CZebRow& other) = default;
 
 private:

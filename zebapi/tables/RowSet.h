@@ -39,6 +39,7 @@ public:
     /// Copying and assigning copy the pointer, not the rows: both objects then free the same set, and assigning leaks
     /// the previous set. Pass row sets by reference, or move one with DetachToNew.
     CZebRowSet(const CZebRowSet& other);
+    /// As the copy constructor.
     CZebRowSet& operator=(const CZebRowSet& other);
 
 private:

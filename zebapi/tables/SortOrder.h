@@ -18,6 +18,7 @@ protected:
 
 public:
     virtual ~CZebSortOrder();
+    /// Frees the set.
     virtual void Empty();
     /// The number of keys; 0 without a set.
     virtual int GetCount() const;
@@ -36,6 +37,7 @@ public:
 
     /// One key; none when `propTag` is 0.
     CZebSortOrder(ULONG propTag, ULONG order);
+    /// Holds a copy; a source without a set makes an empty object.
     CZebSortOrder(const CZebSortOrder& other);
 
 private:

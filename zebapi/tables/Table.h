@@ -32,11 +32,14 @@ public:
     virtual void Advise(IMAPIAdviseSink* sink, ULONG* connection);
     /// Ends the connection. (IMAPITable::Unadvise)
     virtual void Unadvise(ULONG connection);
+    /// Whether a table is held.
     virtual bool IsValid() const;
     ZEB_OVERLOADS(
         /// Sets exactly `count` columns, whose tags follow. (IMAPITable::SetColumns)
         virtual void SetColumns(ULONG count, ...),
+        /// Sets the columns. (IMAPITable::SetColumns)
         virtual void SetColumns(SPropTagArray* columns));
+    /// Sorts the rows; the table is then positioned at the first. (IMAPITable::SortTable)
     virtual void SortTable(SSortOrderSet* order);
     /// Reads rows from the current position into `*rows`, which the caller frees (CZebRowSet's `&` does).
     ///
@@ -52,6 +55,7 @@ public:
     virtual ULONG CreateBookmark();
     /// (IMAPITable::FreeBookmark)
     virtual void FreeBookmark(ULONG bookmark);
+    /// The number of rows that match the restriction. (IMAPITable::GetRowCount)
     virtual ULONG GetRowCount();
     /// The current row.
     virtual ULONG QueryPosition();
@@ -59,12 +63,14 @@ public:
     virtual void SeekRow(ULONG origin, LONG rowCount, LONG* rowsSought);
     /// Whether a row matches; the table is then positioned at it. `flags`: DIR_BACKWARD or 0.
     virtual bool FindRow(SRestriction* restriction, ULONG origin, ULONG flags);
+    /// Shows only the rows that match; null shows all. (IMAPITable::Restrict)
     virtual void Restrict(SRestriction* restriction, ULONG flags);
     /// Releases the table. Never throws.
     virtual void Free();
 
     /// Adds a reference; the caller keeps its own.
     CZebTable(IMAPITable* table = nullptr);
+    /// Shares the table of other.
     CZebTable(const CZebTable& other);
 
     /// SetColumns(count, ...) for a count written as a plain number: `SetColumns(0)` would be ambiguous otherwise.
@@ -94,6 +100,7 @@ public:
     CZebTableRows RowsOf(ULONG count, const ULONG* tags);
 
 protected:
+    /// The table; empty for an empty handle.
     zeb::CComPtr<IMAPITable> m_table;
 };
 
@@ -109,19 +116,24 @@ public:
     {
     };
 
+    /// What a range-based for moves over the rows.
     class Iterator
     {
     public:
+        /// At the current row of rows.
         explicit Iterator(CZebTableRows* rows)
             : m_rows(rows)
         {
         }
+        /// The row: a view until the next ++.
         CZebRow operator*() const { return m_rows->Current(); }
+        /// Goes to the next row. @throws CZebException* as CZebTable::QueryRows
         Iterator& operator++()
         {
             m_rows->Advance();
             return *this;
         }
+        /// Whether there is a row.
         bool operator!=(End) const { return !m_rows->IsAtEnd(); }
 
     private:
@@ -130,6 +142,7 @@ public:
 
     /// Reads the first batch. @throws CZebException* as CZebTable::QueryRows
     Iterator begin();
+    /// Past the last row.
     End end() const { return End(); }
 
     /// Whether there is no further row. True before the first batch is read.

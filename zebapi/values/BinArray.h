@@ -21,7 +21,9 @@ public:
     /// Empties the object and makes `n` entries of no bytes; a failure leaves the object empty.
     /// @throws CZebException* E_INVALIDARG for 0 entries, MAPI_E_NOT_ENOUGH_MEMORY, MAPI_E_NOT_INITIALIZED
     virtual void Allocate(ULONG n);
+    /// Frees the entries' bytes and the header.
     virtual void Empty();
+    /// Whether there is an array.
     virtual bool IsValid() const;
     ZEB_OVERLOADS(
         /// Stores the bytes of hexadecimal text; the entry's previous bytes stay chained until the array is emptied.
@@ -34,6 +36,7 @@ public:
     /// The array, borrowed. @throws CZebException* as CheckValid(0).
     virtual operator SBinaryArray*() const;
 
+    /// n entries of no bytes. @throws CZebException* as Allocate
     explicit CZebBinArray(ULONG n);
     /// For a count written as a plain number; a negative one is refused as too large.
     explicit CZebBinArray(int n);

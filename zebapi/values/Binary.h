@@ -63,13 +63,19 @@ public:
     virtual operator CZebBinary*();
     /// Equal counts and equal bytes; false when either side has no header.
     virtual bool operator==(const CZebBinary& other) const;
+    /// The opposite of ==.
     virtual bool operator!=(const CZebBinary& other) const;
 
     CZebBinary();
+    /// Holds a copy.
     CZebBinary(const CZebBinary& source);
+    /// Holds a copy.
     CZebBinary(const SBinary& source);
+    /// As SetBinary.
     CZebBinary(ULONG cb, void* bytes);
+    /// As SetEntryId.
     CZebBinary(ULONG cb, ENTRYID* id);
+    /// From hexadecimal text.
     CZebBinary(zeb::CStringA& hex);
     /// From hexadecimal text; a null pointer gives an object without a header.
     CZebBinary(const char* hex);
@@ -103,6 +109,7 @@ public:
     void String(const char* hex) override;
     CZebBinary& operator=(const SBinary& source) override;
     using CZebBinary::operator=;
+    /// Holds a copy of the identifier.
     CZebEntryIDRequest& operator=(const CZebEntryIDRequest& source);
 
 protected:
@@ -118,6 +125,7 @@ public:
     virtual operator ULONG*();
 
     CZebEntryIDRequest();
+    /// Holds a copy of the identifier.
     CZebEntryIDRequest(const CZebEntryIDRequest& source);
 };
 

@@ -18,6 +18,7 @@ template <class T>
 using IntegerAs = std::conditional_t<sizeof(T) == sizeof(std::int64_t), std::int64_t,
                                      std::conditional_t<std::is_signed_v<T>, LONG, ULONG>>;
 
+/// Enabled for integer types that are not one of the value classes' own, and have the size of one.
 template <class T>
 using IfOtherInteger =
     std::enable_if_t<std::is_integral_v<T> && !std::is_same_v<T, LONG> && !std::is_same_v<T, ULONG> &&
@@ -148,12 +149,19 @@ public:
         /// default's type. @throws CZebException* MAPI_E_BAD_VALUE without a value, MAPI_E_INVALID_TYPE for another
         /// type.
         virtual zeb::CStringW UseDefault(const zeb::CStringW& defaultValue) const,
+        /// 8-bit text.
         virtual zeb::CStringA UseDefault(const zeb::CStringA& defaultValue) const,
+        /// PT_LONG.
         virtual ULONG UseDefault(ULONG defaultValue) const,
+        /// PT_LONG.
         virtual LONG UseDefault(LONG defaultValue) const,
+        /// PT_I8.
         virtual LONGLONG UseDefault(LONGLONG defaultValue) const,
+        /// PT_UNICODE, borrowed.
         virtual const WCHAR* UseDefault(const WCHAR* defaultValue) const,
+        /// PT_STRING8, borrowed.
         virtual const char* UseDefault(const char* defaultValue) const,
+        /// PT_BOOLEAN.
         virtual bool UseDefault(bool defaultValue) const);
 
     /// The same SPropValue, or equal types and equal values; property identifiers do not count. Numbers
@@ -161,6 +169,7 @@ public:
     /// PT_MV_BINARY and types without a comparison here are unequal. @throws CZebException* MAPI_E_BAD_VALUE
     /// without a value on a side.
     virtual bool operator==(const CZebOnePropVal& other) const;
+    /// The opposite of ==.
     virtual bool operator!=(const CZebOnePropVal& other) const;
     /// True without a value and for PT_ERROR.
     virtual bool IsEmpty() const;
@@ -188,11 +197,13 @@ public:
     {
         return *this = static_cast<zeb::IntegerAs<T>>(value);
     }
+    /// Integers of other spellings, by the conversion of their size.
     template <class T, class = zeb::IfOtherInteger<T>>
     operator T() const
     {
         return static_cast<T>(operator zeb::IntegerAs<T>());
     }
+    /// The same for integers of other spellings.
     template <class T, class = zeb::IfOtherInteger<T>>
     T UseDefault(T defaultValue) const
     {

@@ -29,6 +29,7 @@ public:
     virtual ~CZebPropValArray();
     /// Frees the buffer; the array may grow again.
     virtual void Empty();
+    /// The number of entries, free slots included.
     virtual ULONG GetCount() const;
     /// True when there is a buffer and the count is not 0.
     virtual bool IsValid() const;
@@ -37,6 +38,7 @@ public:
     /// Empties the array and returns the address of its buffer pointer, for a MAPI call to fill. The array owns the
     /// stored buffer and accepts no new tags.
     virtual SPropValue** operator&();
+    /// GetCount().
     virtual ULONG Count() const;
     /// The entries, borrowed. @throws CZebException* E_INVALIDARG without a buffer.
     virtual operator SPropValue*() const;
@@ -48,6 +50,7 @@ public:
     virtual CZebOnePropVal GetAt(ULONG index);
     /// Truncates the array before its first free slot.
     virtual void TruncateToExisting();
+    /// Whether there is an entry with the property identifier of tag, whatever its type.
     virtual bool IsExists(ULONG tag) const;
     /// Whether there is such an entry with a value: not PT_UNSPECIFIED, PT_NULL, PT_ERROR or empty text.
     virtual bool hasRealValue(ULONG tag) const;
@@ -73,9 +76,11 @@ protected:
 
 public:
     virtual ~CZebPropProblemArray();
+    /// Frees the array.
     virtual void Empty();
     /// The number of problems; 0 without an array.
     virtual int GetCount() const;
+    /// Whether there is an array.
     virtual bool IsValid() const;
     /// Holds a copy; a source without an array, and assigning the object to itself, empties it.
     virtual CZebPropProblemArray& operator=(const CZebPropProblemArray& source);
@@ -87,6 +92,7 @@ public:
     virtual SPropProblemArray** operator&();
 
     CZebPropProblemArray();
+    /// Holds a copy.
     CZebPropProblemArray(const CZebPropProblemArray& source);
 
 private:

@@ -21,6 +21,7 @@ protected:
 
 public:
     virtual ~CZebPropTagArray();
+    /// Frees the buffer.
     virtual void Empty();
     /// The number of tags; 0 without a buffer.
     virtual int GetCount() const;
@@ -51,6 +52,7 @@ public:
     virtual void ApplyTo(CZebIProp& object);
 
     CZebPropTagArray();
+    /// Holds a copy; a source without a buffer makes an empty object.
     CZebPropTagArray(const CZebPropTagArray& source);
 
     /// Reserves memory for `count` more tags; 0 creates an empty array, which is valid.

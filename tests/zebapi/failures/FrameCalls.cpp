@@ -88,6 +88,7 @@ const std::vector<Call<FrameWorld>>& FrameCalls()
         EnumOfficeBitness bitness = OfficeBitnessNone;
         Zeb_GetMapiDllPath(bitness);
     }},
+        {"Zeb_GetVersion", [](FrameWorld&) { Zeb_GetVersion(); }},
         {"Zeb_HasDefaultProfile", [](FrameWorld&) { Zeb_HasDefaultProfile(); }},
         {"Zeb_HasDefaultStaticProfile", [](FrameWorld&) { Zeb_HasDefaultStaticProfile(); }},
     };

@@ -3,6 +3,8 @@
 #include "zebapi/PROPVALArray.h"
 #include "zebapi/ZebAPI.h"
 
+#include <gmock/gmock.h>
+
 namespace zeb::test
 {
 
@@ -81,6 +83,11 @@ TEST_F(PropValKinds, OtherTypesRefuseUtf8)
     EXPECT_EQ(ThrownBy([&] { View(value).SetUtf8(nullptr); }), MAPI_E_INVALID_PARAMETER);
     EXPECT_EQ(ThrownBy([&] { CZebOnePropVal(&value, nullptr).SetUtf8("a"); }), MAPI_E_INVALID_OBJECT);
     EXPECT_EQ(ThrownBy([&] { CZebOnePropVal(nullptr, nullptr).SetUtf8("a"); }), MAPI_E_BAD_VALUE);
+}
+
+TEST(LibraryVersion, HasThreeNumbers)
+{
+    EXPECT_THAT(Zeb_GetVersion(), testing::MatchesRegex("[0-9]+\\.[0-9]+\\.[0-9]+"));
 }
 
 TEST_F(PropValKinds, WideTextConvertsUtf8)
