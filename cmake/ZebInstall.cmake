@@ -102,7 +102,8 @@ else()
 endif()
 file(RELATIVE_PATH zeb_to_debug_files /${zeb_library_folder} /${zeb_debug_files})
 configure_file(${CMAKE_SOURCE_DIR}/debug/auto-load.py.in ${CMAKE_BINARY_DIR}/auto-load.py @ONLY)
-install(FILES ${CMAKE_BINARY_DIR}/auto-load.py DESTINATION ${zeb_library_folder} RENAME $<TARGET_FILE_NAME:zebapi>-gdb.py)
+set(ZEB_GDB_AUTO_LOAD ${zeb_library_folder} CACHE STRING "Where GDB looks for the printers of the installed library")
+install(FILES ${CMAKE_BINARY_DIR}/auto-load.py DESTINATION ${ZEB_GDB_AUTO_LOAD} RENAME $<TARGET_FILE_NAME:zebapi>-gdb.py)
 
 # pkg-config: the file knows where it lies, so that the folder can be anywhere.
 set(zeb_pc_libs "-lzebapi -lole32 -loleaut32 -luuid")

@@ -16,4 +16,5 @@ set(CPACK_PACKAGE_FILE_NAME zebapi-${PROJECT_VERSION}-windows-x64-${zeb_package_
 set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR}/packages)
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_SOURCE_DIR}/cmake/ZebPackageTimes.cmake)
+set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_SOURCE_DIR}/cmake/ZebPackageOrder.cmake)
 include(CPack)

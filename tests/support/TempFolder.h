@@ -31,12 +31,12 @@ public:
 
     /// The folder, without a trailing separator.
     std::string Path() const { return m_path.string(); }
-    /// The path of a file in it; creates missing folders.
+    /// The path, in UTF-8, of a file in it, name in UTF-8; creates missing folders.
     std::string File(const std::string& name) const
     {
-        const std::filesystem::path file = m_path / name;
+        const std::filesystem::path file = m_path / std::filesystem::u8path(name);
         std::filesystem::create_directories(file.parent_path());
-        return file.string();
+        return file.u8string();
     }
 
 private:

@@ -177,6 +177,10 @@ std::string VerdictOn(const ProviderCandidate& candidate)
     {
         return "no file to examine";
     }
+    if (candidate.path.empty())
+    {
+        return "unusable, no file is registered";
+    }
     const unsigned bits = platform::ReadImageFile(Utf8FromNarrow(candidate.found.resolved)).bits;
     constexpr unsigned OwnBits = 8 * sizeof(void*);
     if (!candidate.found.loaded && bits != 0 && bits != OwnBits)

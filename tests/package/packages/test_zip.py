@@ -4,6 +4,7 @@ import re
 import shutil
 import struct
 import tempfile
+import zipfile
 
 import packaged
 
@@ -45,14 +46,21 @@ class ZipTest(packaged.PackageTest):
     def has_everything(self, abi, tree):
         endings = {"mingw": (".dll.debug", ".exe.debug", "lib/libzebapi.dll.a", "GCC-runtime"),
                    "msvc": (".pdb", ".pdb", "lib/zebapi.lib", "LLVM-runtime")}[abi]
-        expected = ["bin/zebapi.dll", "bin/zebstore.dll", "bin/zeb.exe", "bin/zebapi" + endings[0], "bin/zebstore" + endings[0],
-                    "bin/zeb" + endings[1], endings[2], f"licences/{endings[3]}.txt",
+        expected = ["bin/zebapi.dll", "bin/zebstore.dll", "bin/zeb.exe", "bin/zebview.exe", "bin/zebapi" + endings[0], "bin/zebstore" + endings[0],
+                    "bin/zeb" + endings[1], "bin/zebview" + endings[1], endings[2], f"licences/{endings[3]}.txt",
                     "include/zebapi/ZebAPI.h", "include/zebstore/zebstore.h", "lib/cmake/ZebAPI/ZebAPIConfig.cmake",
                     "lib/pkgconfig/zebapi.pc", "README.md", "CHANGELOG.md", "LICENSE", "NOTICES.md", "docs/zeb.md",
                     "docs/images/rooms.svg", "examples/CMakeLists.txt", "examples/tour.cpp"]
         expected += [f"licences/{name}.txt" for name in ("SQLite", "utf8proc", "xxHash", "CLI11", "nlohmann-json", "date", "libxml2",
                                                          "MinGW-w64")]
         self.assertEqual([name for name in expected if not (tree / name).is_file() or not (tree / name).stat().st_size], [])
+
+    def test_files_are_in_the_order_of_their_names(self):
+        for abi in packaged.ABIS:
+            with zipfile.ZipFile(packaged.zip_of(abi)) as package:
+                names = package.namelist()
+            self.assertEqual({name.partition("/")[0] for name in names}, {packaged.zip_of(abi).stem})
+            self.assertEqual(names, sorted(names))
 
     def test_no_file_names_the_folder_of_the_build(self):
         self.in_each(lambda abi, tree: self.says_no_place_of_the_build(tree))
@@ -62,7 +70,7 @@ class ZipTest(packaged.PackageTest):
 
     def binaries_say_their_version(self, _abi, tree):
         binaries = sorted([*tree.glob("bin/*.dll"), *tree.glob("bin/*.exe")])
-        self.assertGreaterEqual(len(binaries), 3)
+        self.assertGreaterEqual(len(binaries), 4)
         self.assertEqual({file.name: resource_version(file) for file in binaries},
                          {file.name: packaged.VERSION for file in binaries})
 
@@ -70,7 +78,7 @@ class ZipTest(packaged.PackageTest):
         self.in_each(self.has_debug_files)
 
     def has_debug_files(self, abi, tree):
-        for name in ("zebapi.dll", "zebstore.dll", "zeb.exe"):
+        for name in ("zebapi.dll", "zebstore.dll", "zeb.exe", "zebview.exe"):
             binary = tree / "bin" / name
             if abi == "mingw":
                 self.assertIn(f"{name}.debug".encode(), binary.read_bytes())

@@ -87,7 +87,7 @@ TEST_F(PropValKinds, OtherTypesRefuseUtf8)
 
 TEST(LibraryVersion, HasThreeNumbers)
 {
-    EXPECT_THAT(Zeb_GetVersion(), testing::MatchesRegex("[0-9]+\\.[0-9]+\\.[0-9]+"));
+    EXPECT_THAT(Zeb_GetVersion(), testing::MatchesRegex("\\d+\\.\\d+\\.\\d+"));
 }
 
 TEST_F(PropValKinds, WideTextConvertsUtf8)

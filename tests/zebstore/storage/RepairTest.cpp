@@ -371,7 +371,7 @@ TEST_F(RepairTest, ABackupIsASnapshotOfAFileInUse)
 
 TEST(StoreVersion, NamesTheProviderAndItsEngine)
 {
-    EXPECT_THAT(ZebStoreVersion(), testing::MatchesRegex("zebstore [0-9.]+ \\(SQLite [0-9.]+\\)"));
+    EXPECT_THAT(ZebStoreVersion(), testing::MatchesRegex("zebstore \\d+\\.\\d+\\.\\d+ \\(SQLite \\d+\\.\\d+\\.\\d+\\)"));
     EXPECT_NE(std::string(ZebStoreVersion()).find(sqlite3_libversion()), std::string::npos);
 }
 
