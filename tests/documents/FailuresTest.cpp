@@ -3,6 +3,7 @@
 #include "tests/documents/Page.h"
 #include "tests/integration/Content.h"
 
+#include <FailuresFile.h>
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -208,7 +209,7 @@ struct EachFailure : Failures, testing::WithParamInterface<Case>
 
 TEST_P(EachFailure, PrintsWhatThePageShows)
 {
-    const auto sections = ReadFailures(ZEB_FAILURES_PAGE);
+    const auto sections = ReadFailures(FailuresFile);
     ASSERT_EQ(sections.count(GetParam().name), 1u) << GetParam().name;
     const FailureSection& section = sections.at(GetParam().name);
     const Thrown thrown = ThrownBy([&] { (this->*GetParam().provoke)(); });
@@ -225,7 +226,7 @@ INSTANTIATE_TEST_SUITE_P(, EachFailure, testing::ValuesIn(Cases), [](const auto&
 
 TEST(FailuresPage, ShowsTheTwentyThatAreProvoked)
 {
-    const auto sections = ReadFailures(ZEB_FAILURES_PAGE);
+    const auto sections = ReadFailures(FailuresFile);
     EXPECT_EQ(sections.size(), std::size(Cases));
     EXPECT_EQ(std::size(Cases), 20u);
     for (const auto& [name, section] : sections)
