@@ -57,10 +57,19 @@ else()
   add_compile_options(-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/= -fmacro-prefix-map=${zeb_up}/=)
 endif()
 
+# A shared library names all that it needs. Clang's sanitizers alone are in the program that loads it.
+set(zeb_no_undefined -Wl,-z,defs)
+if(ZEB_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES Clang)
+  set(zeb_no_undefined "")
+endif()
 if(ZEB_SANITIZE)
   add_compile_options(-fsanitize=${ZEB_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${ZEB_SANITIZE})
-  if(ZEB_SANITIZE MATCHES address AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+    # Exports are found by name, and called by the types that MAPI publishes, which are not those that a provider has.
+    add_compile_options(-fno-sanitize=function)
+  endif()
+  if(ZEB_SANITIZE MATCHES address AND NOT ZEB_FUZZ)
     # Programs at a fixed address: the sanitizers' tables have half a million addresses that each start would relocate.
     string(APPEND CMAKE_EXE_LINKER_FLAGS " -no-pie")
   endif()
@@ -124,8 +133,8 @@ function(zeb_reuse_precompiled target name)
     return()
   endif()
   target_precompile_headers(${target} REUSE_FROM ${name})
-  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT WIN32)
-    # GCC wants the headers' own kind of code, in programs too.
+  if(NOT WIN32)
+    # The compilers want the headers' own kind of code, in programs too.
     target_compile_options(${target} PRIVATE -fPIC)
   endif()
 endfunction()
@@ -143,7 +152,9 @@ function(zeb_unity target)
   endif()
 endfunction()
 
+# What the compiler cache needs to keep what was compiled with precompiled headers, and to find it again from another clone.
 if(ZEB_PRECOMPILE AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  # What the compiler cache needs to keep what was compiled with precompiled headers.
   add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fpch-preprocess>)
+elseif(ZEB_PRECOMPILE AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND NOT MSVC)
+  add_compile_options("$<$<COMPILE_LANGUAGE:CXX>:SHELL:-Xclang -fno-pch-timestamp>")
 endif()

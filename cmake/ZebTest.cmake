@@ -43,7 +43,7 @@ endfunction()
 
 # zeb_debug_containers(TARGET): a host whose standard library checks its containers, which lays them out otherwise.
 function(zeb_debug_containers name)
-  if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+  if(WIN32 AND CMAKE_CXX_COMPILER_ID MATCHES Clang)
     target_compile_definitions(${name} PRIVATE _LIBCPP_DEBUG=1)
   elseif(MSVC)
     target_compile_definitions(${name} PRIVATE _ITERATOR_DEBUG_LEVEL=1)

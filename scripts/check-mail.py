@@ -479,6 +479,7 @@ def missed_after_export(lines, again, places):
 
 
 def self_test(build):
+    mail_collection.PARTS = 20
     with tempfile.TemporaryDirectory(prefix="zeb-mail-") as folder:
         expected, lines = import_collection(build, pathlib.Path(folder))
     return missed_changes(CHANGES, lines, lambda differences, changed: compare_collection(differences, expected, changed))

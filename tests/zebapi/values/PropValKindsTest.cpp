@@ -4,6 +4,7 @@
 #include "zebapi/ZebAPI.h"
 
 #include <gmock/gmock.h>
+#include <regex>
 
 namespace zeb::test
 {
@@ -87,7 +88,7 @@ TEST_F(PropValKinds, OtherTypesRefuseUtf8)
 
 TEST(LibraryVersion, HasThreeNumbers)
 {
-    EXPECT_THAT(Zeb_GetVersion(), testing::MatchesRegex("\\d+\\.\\d+\\.\\d+"));
+    EXPECT_TRUE(std::regex_match(Zeb_GetVersion(), std::regex("[0-9]+\\.[0-9]+\\.[0-9]+"))) << Zeb_GetVersion();
 }
 
 TEST_F(PropValKinds, WideTextConvertsUtf8)

@@ -337,7 +337,7 @@ TEST_F(AddressBooks, TheSessionOpensTheirEntriesToo)
 
 TEST_F(AddressBooks, TheGlobalListIsTheDefault)
 {
-    const auto given = [&](HRESULT (STDMETHODCALLTYPE IAddrBook::*get)(ULONG*, LPENTRYID*))
+    const auto given = [&](auto get)
     {
         ULONG size = 0;
         ENTRYID* id = nullptr;

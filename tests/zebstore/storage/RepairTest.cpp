@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
+#include <regex>
 #include <sqlite3.h>
 
 namespace zebstore::test
@@ -371,7 +372,8 @@ TEST_F(RepairTest, ABackupIsASnapshotOfAFileInUse)
 
 TEST(StoreVersion, NamesTheProviderAndItsEngine)
 {
-    EXPECT_THAT(ZebStoreVersion(), testing::MatchesRegex("zebstore \\d+\\.\\d+\\.\\d+ \\(SQLite \\d+\\.\\d+\\.\\d+\\)"));
+    EXPECT_TRUE(std::regex_match(ZebStoreVersion(), std::regex("zebstore [0-9.]+ \\(SQLite [0-9.]+\\)")))
+        << ZebStoreVersion();
     EXPECT_NE(std::string(ZebStoreVersion()).find(sqlite3_libversion()), std::string::npos);
 }
 
