@@ -62,8 +62,9 @@ scripts/setup.sh test || exit 1
 export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
 # It caches objects with precompiled headers only with these settings.
 export CCACHE_SLOPPINESS=pch_defines,time_macros
-export ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:detect_stack_use_after_return=1
-export UBSAN_OPTIONS=print_stacktrace=1
+# No exit code of the tools is 99: a test that expects a failure does not take a finding for it.
+export ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:detect_stack_use_after_return=1:exitcode=99
+export UBSAN_OPTIONS=print_stacktrace=1:exitcode=99
 export LSAN_OPTIONS=suppressions=$PWD/tests/support/lsan.supp:print_suppressions=0
 export TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1
 

@@ -115,10 +115,11 @@ def abi(library):
 
 
 def listed_exports(library):
-    """The mangled names that hosts may link to, whatever the build's optimisation."""
+    """The mangled names that hosts may link to, whatever the compiler and its optimisation. The descriptions of types and the
+    tables of functions are copies too, but not with every compiler."""
     if is_windows(library):
         return sorted(pe_exports(library))
-    return sorted(name for kind, name in elf_exports(library) if kind not in "WVu")
+    return sorted(name for kind, name in elf_exports(library) if kind not in "WVu" and not re.match("_ZT[ISTV]", name))
 
 
 def list_of(library):

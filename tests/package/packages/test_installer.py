@@ -20,6 +20,12 @@ def files():
     return {str(path) for path in drive().rglob("*") if "/Temp/" not in str(path) + "/"}
 
 
+def in_place():
+    """What is in the folder of the installation, and the folder."""
+    folder = drive() / "installed"
+    return [path.relative_to(drive()).as_posix() for path in [folder, *sorted(folder.rglob("*"))] if path.exists()]
+
+
 # Times of changes; the time of a driver, which Wine notes at each start; and that the next start of Windows deletes the copy of
 # the uninstaller that ran, in the folder of temporary files.
 PASSING = re.compile(r'#|;|WINE|"DriverDateData"|"PendingFileRenameOperations"=.*~nsu')
@@ -61,11 +67,12 @@ class InstallerTest(packaged.PackageTest):
         packaged.wine(SETUP, "/S", *options, f"/D={PLACE}")
 
     @staticmethod
-    def uninstall():
+    def uninstall(left=()):
+        """@param left what stays in the folder, which is deleted when nothing does"""
         packaged.wine(f"{PLACE}\\uninstall.exe", "/S")
         # It goes on in a copy of itself, which deletes it.
-        end = time.monotonic() + 60
-        while (drive() / "installed").exists() and time.monotonic() < end:
+        end = time.monotonic() + 120
+        while in_place() != list(left) and time.monotonic() < end:
             time.sleep(0.2)
         time.sleep(1)
 
@@ -104,13 +111,9 @@ class InstallerTest(packaged.PackageTest):
         self.install()
         own = drive() / "installed/bin/own.zeb"
         own.write_text("mine", encoding="utf-8")
-        packaged.wine(f"{PLACE}\\uninstall.exe", "/S")
-        end = time.monotonic() + 60
-        while (own.parent / "zeb.exe").exists() and time.monotonic() < end:
-            time.sleep(0.2)
-        time.sleep(1)
-        left = [path.relative_to(drive()).as_posix() for path in sorted((drive() / "installed").rglob("*"))]
-        self.assertEqual(left, ["installed/bin", "installed/bin/own.zeb"])
+        left = ["installed", "installed/bin", "installed/bin/own.zeb"]
+        self.uninstall(left)
+        self.assertEqual(in_place(), left)
         own.unlink()
         os.removedirs(own.parent)
         self.is_as_before()
