@@ -1,6 +1,7 @@
 #include "qorlog/QorLog.h"
 
 #include "platform/environment.h"
+#include "platform/never_destroyed.h"
 
 #include <cerrno>
 #include <chrono>
@@ -105,8 +106,8 @@ struct State
 /// Never destroyed, because destructors of static objects may log.
 State& TheState()
 {
-    static State* state = new State;
-    return *state;
+    static zeb::platform::NeverDestroyed<State> state;
+    return state.Get();
 }
 
 } // namespace

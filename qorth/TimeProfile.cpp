@@ -1,5 +1,7 @@
 #include "qorth/TimeProfile.h"
 
+#include "platform/never_destroyed.h"
+
 #include <mutex>
 
 namespace
@@ -14,8 +16,8 @@ struct Report
 /// Never destroyed: destructors of static objects may be measured.
 Report& TheReport()
 {
-    static Report* report = new Report;
-    return *report;
+    static zeb::platform::NeverDestroyed<Report> report;
+    return report.Get();
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 """The installer: what it installs runs, and its uninstaller leaves nothing behind."""
 import os
 import re
+import shutil
 import time
 
 import packaged
@@ -51,6 +52,8 @@ class InstallerTest(packaged.PackageTest):
     @classmethod
     def setUpClass(cls):
         super().setUpClass()
+        # Of a run that was interrupted.
+        shutil.rmtree(drive() / "installed", ignore_errors=True)
         packaged.wine("cmd", "/c", "exit")
         packaged.wine("reg", "delete", MAIL, "/f", code=None)
         # Windows' own notes about a first installation are made before anything is compared.
