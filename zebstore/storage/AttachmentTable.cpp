@@ -82,6 +82,56 @@ void AttachmentTable::DeleteAll(MessageId message, EmbeddedMessages& messages)
     }
 }
 
+std::string AttachmentTable::EncodeOne(const AttachmentEdit& edit, std::vector<LargeReference>& kept)
+{
+    PropertySet properties = edit.properties;
+    properties.SetLong(PR_ATTACH_NUM, static_cast<LONG>(edit.number));
+    return WriteBlob(m_connection, properties, kept);
+}
+
+std::uint64_t AttachmentTable::SizeOfEmbedded(MessageId message)
+{
+    Query query(m_connection.Db(), "SELECT size FROM message WHERE id=?");
+    return query.Bind(1, message).Step() ? static_cast<std::uint64_t>(query.Number(0)) : 0;
+}
+
+std::vector<AttachmentRow> AttachmentTable::Encode(const std::vector<AttachmentEdit>& edits, int depth,
+                                                   EmbeddedMessages& messages)
+{
+    std::vector<AttachmentRow> rows;
+    for (const AttachmentEdit& edit : edits)
+    {
+        if (edit.removed)
+        {
+            continue;
+        }
+        std::vector<LargeReference> none;
+        AttachmentRow row{edit.number, EmbeddedAfter(edit, 0, depth, messages), EncodeOne(edit, none), 0};
+        row.bytes = PropertyBlob::SizeOf(row.blob) + (row.embedded != 0 ? SizeOfEmbedded(row.embedded) : 0);
+        rows.push_back(std::move(row));
+    }
+    return rows;
+}
+
+void AttachmentTable::Insert(MessageId message, const std::vector<AttachmentRow>& rows)
+{
+    for (const AttachmentRow& row : rows)
+    {
+        Query query(m_connection.Db(),
+                    "INSERT OR REPLACE INTO attachment(message, number, embedded, props) VALUES(?, ?, ?, ?)");
+        query.Bind(1, message).Bind(2, row.number).BindBlob(4, row.blob);
+        if (row.embedded == 0)
+        {
+            query.BindNull(3);
+        }
+        else
+        {
+            query.Bind(3, row.embedded);
+        }
+        query.Run();
+    }
+}
+
 void AttachmentTable::Write(MessageId message, const AttachmentEdit& edit, int depth, EmbeddedMessages& messages)
 {
     if (edit.removed)
@@ -90,21 +140,8 @@ void AttachmentTable::Write(MessageId message, const AttachmentEdit& edit, int d
     }
     Old old = Read(message, edit.number);
     const MessageId embedded = EmbeddedAfter(edit, old.embedded, depth, messages);
-    PropertySet properties = edit.properties;
-    properties.SetLong(PR_ATTACH_NUM, static_cast<LONG>(edit.number));
-    const std::string blob = WriteBlob(m_connection, properties, old.large);
-    Query query(m_connection.Db(),
-                "INSERT OR REPLACE INTO attachment(message, number, embedded, props) VALUES(?, ?, ?, ?)");
-    query.Bind(1, message).Bind(2, edit.number).BindBlob(4, blob);
-    if (embedded == 0)
-    {
-        query.BindNull(3);
-    }
-    else
-    {
-        query.Bind(3, embedded);
-    }
-    query.Run();
+    const std::string blob = EncodeOne(edit, old.large);
+    Insert(message, {{edit.number, embedded, blob, 0}});
     DeleteReferences(m_connection.Db(), old.large);
 }
 

@@ -1,6 +1,7 @@
 // The table `attachment`: the attachments of messages.
 #pragma once
 
+#include "zebstore/storage/LargeStorage.h"
 #include "zebstore/storage/MessageContent.h"
 #include "zebstore/storage/MessageRow.h"
 #include "zebstore/storage/StoreConnection.h"
@@ -24,6 +25,15 @@ protected:
     ~EmbeddedMessages() = default;
 };
 
+/// An attachment as its row holds it.
+struct AttachmentRow
+{
+    ULONG number = 0;
+    MessageId embedded = 0; ///< 0: none
+    std::string blob;
+    std::uint64_t bytes = 0; ///< what it adds to PR_MESSAGE_SIZE
+};
+
 /// Threads: any; the connection's lock is taken inside. What writes is called in the caller's transaction.
 class AttachmentTable
 {
@@ -43,6 +53,9 @@ public:
     /// The message inside an attachment. @throws Error MAPI_E_NOT_FOUND
     std::optional<MessageId> Embedded(MessageId message, ULONG number);
 
+    /// The rows of a new message, for Insert; writes only what they refer to: large values, and messages inside them.
+    std::vector<AttachmentRow> Encode(const std::vector<AttachmentEdit>& edits, int depth, EmbeddedMessages& messages);
+    void Insert(MessageId message, const std::vector<AttachmentRow>& rows);
     /// Applies edits to the attachments of a message.
     /// @param depth how many messages the message is nested in
     void Write(MessageId message, const std::vector<AttachmentEdit>& edits, int depth, EmbeddedMessages& messages);
@@ -53,6 +66,8 @@ private:
     struct Old;
 
     Old Read(MessageId message, ULONG number);
+    std::string EncodeOne(const AttachmentEdit& edit, std::vector<LargeReference>& kept);
+    std::uint64_t SizeOfEmbedded(MessageId message);
     std::vector<ULONG> ReadNumbers(MessageId message);
     void Write(MessageId message, const AttachmentEdit& edit, int depth, EmbeddedMessages& messages);
     void Delete(MessageId message, ULONG number, EmbeddedMessages& messages);

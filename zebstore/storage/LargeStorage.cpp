@@ -4,6 +4,8 @@
 #include "zebstore/storage/Encoding.h"
 #include "zebstore/storage/StoreFormat.h"
 
+#include <sqlite3.h>
+
 #include <algorithm>
 #include <atomic>
 
@@ -55,9 +57,9 @@ std::int64_t WriteChunks(Database& database, const LargeValue& value, std::uint6
     {
         throw Error(MAPI_E_TOO_BIG, "a value is too large for the store file '" + database.Path() + "'");
     }
-    Query add(database, "INSERT INTO large(size) VALUES(?) RETURNING id");
-    add.Bind(1, static_cast<std::int64_t>(size)).Step();
-    const std::int64_t id = add.Number(0);
+    // RETURNING would build a table of its own for each run.
+    Query(database, "INSERT INTO large(size) VALUES(?)").Bind(1, static_cast<std::int64_t>(size)).Run();
+    const std::int64_t id = sqlite3_last_insert_rowid(database.Handle());
     Query write(database, "INSERT INTO chunk(id, bytes, sum) VALUES(?, ?, ?)");
     std::string piece(static_cast<size_t>(std::min<std::uint64_t>(size, ChunkSize)), '\0');
     for (std::uint64_t offset = 0; offset < size; offset += ChunkSize)

@@ -29,6 +29,26 @@ std::int64_t UnreadOf(ContentsKey contents, LONG flags)
                 "message " + std::to_string(message) + " does not exist in the store file '" + connection.Path() + "'");
 }
 
+PartsSize SizeOf(const std::vector<std::string>& recipients)
+{
+    PartsSize size{recipients.size(), 0};
+    for (const std::string& blob : recipients)
+    {
+        size.bytes += PropertyBlob::SizeOf(blob);
+    }
+    return size;
+}
+
+PartsSize SizeOf(const std::vector<AttachmentRow>& attachments)
+{
+    PartsSize size{attachments.size(), 0};
+    for (const AttachmentRow& row : attachments)
+    {
+        size.bytes += row.bytes;
+    }
+    return size;
+}
+
 bool HasParts(const MessageContent& content)
 {
     return (content.recipients && !content.recipients->empty()) || !content.attachments.empty();
@@ -91,11 +111,9 @@ void MessageTable::WriteParts(MessageId message, const MessageContent& content, 
 }
 
 // Sets the properties that the store sets itself. The size is known only when all is encoded, so it is put in then.
-MessageTable::Row MessageTable::Encode(MessageId message, PropertySet properties, bool hasParts,
-                                       std::vector<LargeReference>& kept)
+MessageTable::Row MessageTable::Encode(PropertySet properties, const PartsSize& recipients,
+                                       const PartsSize& attachments, std::vector<LargeReference>& kept)
 {
-    const PartsSize recipients = hasParts ? m_recipients.SizeOf(message) : PartsSize();
-    const PartsSize attachments = hasParts ? m_attachments.SizeOf(message) : PartsSize();
     LONG flags = properties.Long(PR_MESSAGE_FLAGS) & ~MSGFLAG_HASATTACH;
     if (attachments.count != 0)
     {
@@ -134,18 +152,19 @@ MessageId MessageTable::Insert(ContentsKey contents, const MessageContent& conte
     MessageId message = 0;
     const std::int64_t unread = UnreadOf(contents, content.properties.Long(PR_MESSAGE_FLAGS));
     const std::int64_t change = m_contents.Add(contents, unread, message);
-    const bool hasParts = HasParts(content);
-    if (hasParts)
-    {
-        // The row depends on its parts, so it is written once, after them; until the commit they may lack it.
-        m_connection.Db().Execute("PRAGMA defer_foreign_keys=ON");
-        WriteParts(message, content, depth);
-    }
+    // The row depends on its parts, and they refer to it: they are encoded before it and written after it.
+    const std::vector<std::string> recipients =
+        content.recipients ? m_recipients.Encode(*content.recipients) : std::vector<std::string>();
+    const std::vector<AttachmentRow> attachments = m_attachments.Encode(content.attachments, depth, *this);
     std::vector<LargeReference> none;
-    const Row row = Encode(message, content.properties, hasParts, none);
-    Query query(m_connection.Db(), "INSERT INTO message(id, change, props, " ZEB_MESSAGE_COPIES
-                                   ") VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
-    row.Run(query, message, change);
+    Row row = Encode(content.properties, SizeOf(recipients), SizeOf(attachments), none);
+    {
+        Query query(m_connection.Db(), "INSERT INTO message(id, change, props, " ZEB_MESSAGE_COPIES
+                                       ") VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+        row.Run(query, message, change);
+    }
+    m_recipients.Insert(message, recipients);
+    m_attachments.Insert(message, attachments);
     return message;
 }
 
@@ -178,7 +197,8 @@ std::int64_t MessageTable::Save(MessageId message, const MessageContent& content
     }
     WriteParts(message, content, 0);
     const bool hasParts = ((old.parts & (HasRecipients | HasAttachments)) != 0) || HasParts(content);
-    const Row row = Encode(message, content.properties, hasParts, old.large);
+    const Row row = Encode(content.properties, hasParts ? m_recipients.SizeOf(message) : PartsSize(),
+                           hasParts ? m_attachments.SizeOf(message) : PartsSize(), old.large);
     const ContentsKey contents = ContentsKey::Of(message);
     const std::int64_t unread = UnreadOf(contents, row.copies.flags) - UnreadOf(contents, old.flags);
     const std::int64_t next = m_contents.Touch(message, RowChange::Kind::Modified, unread);

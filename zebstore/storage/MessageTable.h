@@ -69,7 +69,8 @@ private:
     MessageId Insert(ContentsKey contents, const MessageContent& content, int depth);
     bool ReadOld(MessageId message, Old& old);
     void WriteParts(MessageId message, const MessageContent& content, int depth);
-    Row Encode(MessageId message, PropertySet properties, bool hasParts, std::vector<LargeReference>& kept);
+    Row Encode(PropertySet properties, const PartsSize& recipients, const PartsSize& attachments,
+               std::vector<LargeReference>& kept);
     void DeleteRow(MessageId message);
     MessageId MoveRow(MessageId message, const Old& old, ContentsKey to);
 

@@ -22,6 +22,27 @@ std::vector<PropertySet> RecipientTable::Load(MessageId message)
     return recipients;
 }
 
+std::vector<std::string> RecipientTable::Encode(const std::vector<PropertySet>& recipients)
+{
+    std::vector<std::string> blobs;
+    for (const PropertySet& recipient : recipients)
+    {
+        blobs.push_back(WriteBlob(m_connection, recipient));
+    }
+    return blobs;
+}
+
+void RecipientTable::Insert(MessageId message, const std::vector<std::string>& blobs)
+{
+    Query query(m_connection.Db(), "INSERT INTO recipient(message, number, props) VALUES(?, ?, ?)");
+    std::int64_t number = 0;
+    for (const std::string& blob : blobs)
+    {
+        query.Bind(1, message).Bind(2, number++).BindBlob(3, blob).Run();
+        query.Reset();
+    }
+}
+
 void RecipientTable::Write(MessageId message, const std::vector<PropertySet>& recipients)
 {
     Database& database = m_connection.Db();
@@ -36,14 +57,12 @@ void RecipientTable::Write(MessageId message, const std::vector<PropertySet>& re
         }
     }
     Query(database, "DELETE FROM recipient WHERE message=?").Bind(1, message).Run();
-    Query query(database, "INSERT INTO recipient(message, number, props) VALUES(?, ?, ?)");
-    std::int64_t number = 0;
+    std::vector<std::string> blobs;
     for (const PropertySet& recipient : recipients)
     {
-        const std::string blob = WriteBlob(m_connection, recipient, kept);
-        query.Bind(1, message).Bind(2, number++).BindBlob(3, blob).Run();
-        query.Reset();
+        blobs.push_back(WriteBlob(m_connection, recipient, kept));
     }
+    Insert(message, blobs);
     DeleteReferences(database, kept);
 }
 

@@ -22,6 +22,10 @@ public:
     /// @throws Error MAPI_E_CORRUPT_STORE when the message should have some and has none
     std::vector<PropertySet> Load(MessageId message);
 
+    /// The rows of a new message, for Insert; writes only their large values.
+    std::vector<std::string> Encode(const std::vector<PropertySet>& recipients);
+    /// REQUIRES: the message has none.
+    void Insert(MessageId message, const std::vector<std::string>& blobs);
     /// Replaces the recipients of a message.
     void Write(MessageId message, const std::vector<PropertySet>& recipients);
     PartsSize SizeOf(MessageId message);
