@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 namespace zebstore
 {
@@ -92,17 +93,70 @@ char FoldAscii(char c)
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
 }
 
-// At most `characters` code points of `text`, folded.
+// The same byte in each of eight.
+constexpr std::uint64_t Eight(unsigned char byte)
+{
+    return 0x0101010101010101 * byte;
+}
+
+// The bytes from `at` on, at most `most`, that are ASCII.
+size_t AsciiRun(std::string_view text, size_t at, size_t most)
+{
+    const size_t begin = at;
+    const size_t end = at + std::min(most, text.size() - at);
+    std::uint64_t bytes = 0;
+    while (end - at >= sizeof(bytes))
+    {
+        std::memcpy(&bytes, text.data() + at, sizeof(bytes));
+        if (bytes & Eight(0x80))
+        {
+            break;
+        }
+        at += sizeof(bytes);
+    }
+    while (at < end && static_cast<unsigned char>(text[at]) < 0x80)
+    {
+        ++at;
+    }
+    return at - begin;
+}
+
+// Eight bytes at a time: the high bit of a sum says whether a byte is at least 'A', and whether it is beyond 'Z'.
+void FoldAsciiRun(char* at, size_t size)
+{
+    std::uint64_t bytes = 0;
+    for (; size >= sizeof(bytes); at += sizeof(bytes), size -= sizeof(bytes))
+    {
+        std::memcpy(&bytes, at, sizeof(bytes));
+        const std::uint64_t isCapital = (bytes + Eight(0x80 - 'A')) & ~(bytes + Eight(0x80 - 'Z' - 1)) & Eight(0x80);
+        bytes += isCapital >> 2; // 'a' - 'A'
+        std::memcpy(at, &bytes, sizeof(bytes));
+    }
+    std::transform(at, at + size, at, FoldAscii);
+}
+
+void AppendAscii(std::string& to, std::string_view run, bool foldCase)
+{
+    const size_t begin = to.size();
+    to += run;
+    if (foldCase)
+    {
+        FoldAsciiRun(&to[begin], run.size());
+    }
+}
+
+// At most `characters` code points of `text`, folded. Most text is ASCII, and folded a run at a time.
 std::string Fold(std::string_view text, bool foldCase, bool dropMarks, size_t characters)
 {
     std::string folded;
     folded.reserve(std::min(text.size(), characters * 2));
     for (size_t at = 0; at < text.size() && characters > 0; --characters)
     {
-        if (static_cast<unsigned char>(text[at]) < 0x80)
+        if (const size_t run = AsciiRun(text, at, characters); run != 0)
         {
-            folded += foldCase ? FoldAscii(text[at]) : text[at];
-            ++at;
+            AppendAscii(folded, text.substr(at, run), foldCase);
+            at += run;
+            characters -= run - 1;
             continue;
         }
         char32_t code = zeb::platform::NextCodePoint(text, at, LoneSurrogate::Kept);

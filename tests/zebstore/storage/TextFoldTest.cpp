@@ -2,6 +2,8 @@
 
 #include "zebstore/storage/Text.h"
 
+#include <random>
+
 namespace zebstore::test
 {
 namespace
@@ -31,6 +33,54 @@ TEST(TextFold, CaseIsFoldedBeyondAscii)
     EXPECT_EQ(Folded("\xC4\x90\xC4\x91", TextFold::IgnoreCase), "\xC4\x91\xC4\x91"); // pairs side by side
     EXPECT_EQ(Folded("\xF0\x90\x90\x80", TextFold::IgnoreCase), "\xF0\x90\x90\xA8"); // beyond 16 bits
     EXPECT_EQ(Folded("AbC", TextFold::Exact), "AbC");
+}
+
+// Runs of ASCII are folded at once; a character alone is a run of its own.
+TEST(TextFold, RunsFoldAsTheirCharacters)
+{
+    const std::uint32_t others[] = {0xC9, 0x301, 0xDF, 0x130, 0x3A3, 0x416, 0xFB01, 0x4E2D, 0x10400, 0xD800};
+    std::mt19937 random(5);
+    for (int round = 0; round < 2000; ++round)
+    {
+        std::vector<std::string> characters;
+        for (size_t count = random() % 400; characters.size() < count;)
+        {
+            characters.push_back(random() % 12 == 0 ? Utf8(others[random() % 10])
+                                                    : std::string(1, char(random() % 128)));
+            // Bytes that are no text are read as one character each.
+            characters.back() += random() % 50 == 0 ? "\xFF" : "";
+        }
+        std::string text;
+        for (const std::string& each : characters)
+        {
+            text += each;
+        }
+        for (const TextFold fold : {TextFold::IgnoreCase, TextFold::IgnoreMarks, TextFold::IgnoreCaseAndMarks})
+        {
+            std::string expected;
+            for (const std::string& each : characters)
+            {
+                expected += Folded(each, fold);
+            }
+            ASSERT_EQ(Folded(text, fold), expected) << round;
+        }
+    }
+}
+
+TEST(TextFold, SortKeysCountCharactersOfRuns)
+{
+    std::mt19937 random(6);
+    for (int round = 0; round < 500; ++round)
+    {
+        std::string text, expected;
+        for (size_t i = 0; i < 300; ++i)
+        {
+            const std::string character = random() % 20 == 0 ? Utf8(0xC9) : std::string(1, char('A' + random() % 40));
+            text += character;
+            expected += i < SortKeyCharacters ? Folded(character, TextFold::IgnoreCase) : "";
+        }
+        ASSERT_EQ(SortKey(text), expected) << round;
+    }
 }
 
 TEST(TextFold, AccentsAreLeftOutWhenAsked)
