@@ -191,6 +191,30 @@ public:
         return query.Numbers();
     }
 
+    // The index by date, and the rows that wait for it.
+    std::optional<std::vector<RowKey>> FirstKeys(const SortOrder& order, size_t count) override
+    {
+        const std::optional<std::string> sqlOrder = MakeOrder(order, m_computedIds);
+        if (!sqlOrder || PROP_ID(order.Keys().front().tag) != PROP_ID(PR_CLIENT_SUBMIT_TIME) ||
+            m_store->Version() < DateIndexVersion)
+        {
+            return std::nullopt;
+        }
+        const StoreSnapshot snapshot(m_store->Connection());
+        const std::string end = " ORDER BY " + *sqlOrder + ", id LIMIT ?1";
+        const std::string select =
+            "SELECT id, submitted, delivered, modified, class, subject, sender, size, flags FROM message ";
+        Query query(m_store->Connection().Db(),
+                    "SELECT id FROM (SELECT * FROM (" + select +
+                        "INDEXED BY message_by_date WHERE id >> 32 = ?2 AND (parts & 16) = 0" + end + ") UNION ALL " +
+                        select + "WHERE id BETWEEN ?3 AND ?4 AND parts & 16)" + end);
+        query.Bind(1, static_cast<std::int64_t>(count))
+            .Bind(2, m_contents.Column())
+            .Bind(3, m_store->Contents().FirstWaiting(m_contents))
+            .Bind(4, m_contents.LastMessage());
+        return query.Numbers(count);
+    }
+
     void Read(const RowKey* keys, size_t count, const Visitor& visit) override
     {
         const StoreSnapshot snapshot(m_store->Connection());

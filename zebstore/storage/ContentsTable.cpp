@@ -183,10 +183,29 @@ std::int64_t ContentsTable::Add(ContentsKey contents, std::int64_t unread, Messa
                                         m_connection.Path() + "' has no number left for a message");
     }
     message = contents.Message(row.next);
+    if (row.next % MostWaiting == 0)
+    {
+        IndexWaiting(contents, row.next);
+    }
     ++row.next;
     row.Note(message, RowChange::Kind::Added);
     Write(contents, row, 1, unread);
     return row.change;
+}
+
+// Those before the message `number`.
+void ContentsTable::IndexWaiting(ContentsKey contents, std::int64_t number)
+{
+    Query(m_connection.Db(), "UPDATE message SET parts=parts & ~16 WHERE id BETWEEN ? AND ? AND parts & 16")
+        .Bind(1, contents.Message(number - MostWaiting))
+        .Bind(2, contents.Message(number) - 1)
+        .Run();
+}
+
+MessageId ContentsTable::FirstWaiting(ContentsKey contents)
+{
+    const std::int64_t last = Read(contents).next - 1;
+    return contents.Message(last - last % MostWaiting);
 }
 
 void ContentsTable::Clear(ContentsKey contents)

@@ -45,6 +45,8 @@ public:
     /// The same for a new message, whose identifier it gives out in `message`.
     /// @throws Error MAPI_E_NOT_FOUND, MAPI_E_TOO_BIG when all numbers are used up
     std::int64_t Add(ContentsKey contents, std::int64_t unread, MessageId& message);
+    /// The first message of the contents that may wait for the index by date.
+    MessageId FirstWaiting(ContentsKey contents);
     /// Notes that all messages were deleted at once.
     void Clear(ContentsKey contents);
     /// Notes that the folder tree has changed.
@@ -60,6 +62,7 @@ private:
 
     Counters CountersOf(ContentsKey contents);
     Counters ReadCounters(ContentsKey contents);
+    void IndexWaiting(ContentsKey contents, std::int64_t number);
     Row Read(ContentsKey contents);
     void Write(ContentsKey contents, const Row& row, std::int64_t rows, std::int64_t unread);
 

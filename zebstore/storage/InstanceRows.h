@@ -31,6 +31,10 @@ public:
     std::optional<RowKey> KeyBefore(RowKey key) override;
     std::vector<RowKey> Keys(const Restriction* restriction, const SortOrder* order) override;
     std::vector<RowKey> KeysAfter(std::optional<RowKey> after, size_t count) override;
+    std::optional<std::vector<RowKey>> FirstKeys(const SortOrder& order, size_t count) override
+    {
+        return m_tag == 0 ? m_rows->FirstKeys(order, count) : std::nullopt;
+    }
     void Read(const RowKey* keys, size_t count, const Visitor& visit) override;
     std::vector<ULONG> DefaultColumns() override { return m_rows->DefaultColumns(); }
     std::vector<ULONG> AllColumns() override { return m_rows->AllColumns(); }

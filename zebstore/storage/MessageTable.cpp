@@ -158,6 +158,7 @@ MessageId MessageTable::Insert(ContentsKey contents, const MessageContent& conte
     const std::vector<AttachmentRow> attachments = m_attachments.Encode(content.attachments, depth, *this);
     std::vector<LargeReference> none;
     Row row = Encode(content.properties, SizeOf(recipients), SizeOf(attachments), none);
+    row.parts |= WaitsForIndex;
     {
         Query query(m_connection.Db(), "INSERT INTO message(id, change, props, " ZEB_MESSAGE_COPIES
                                        ") VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");

@@ -227,6 +227,13 @@ public:
         }
     }
 
+    void IndexWaiting()
+    {
+        Change("messages were not in the index by date: added",
+               "UPDATE message SET parts=parts & ~16 WHERE id IN (SELECT m.id FROM message m JOIN contents c ON "
+               "c.container=m.id >> 32 WHERE " ZEB_WAITS_TOO_LONG ")");
+    }
+
 private:
     std::int64_t Run(const std::string& sql)
     {
@@ -374,6 +381,7 @@ void RepairStore(StoreFile& store, const WorkReport& report)
     values.RemoveOrphans();
     rows.MendMessages();
     CounterRepair(database, report).Mend();
+    rows.IndexWaiting();
     texts.Finish();
     const std::vector<std::string> left = store.CheckWhole();
     if (!left.empty())

@@ -53,6 +53,8 @@ public:
     virtual std::vector<RowKey> Keys(const Restriction* restriction, const SortOrder* order) = 0;
     /// The next `count` keys in natural order after `after` (nothing: from the first); does not scan.
     virtual std::vector<RowKey> KeysAfter(std::optional<RowKey> after, size_t count) = 0;
+    /// The first `count` keys in this order, where the source knows them without a look at all rows.
+    virtual std::optional<std::vector<RowKey>> FirstKeys(const SortOrder&, size_t /*count*/) { return std::nullopt; }
     /// Visits the rows of these keys in this order; a row that is gone is visited with an empty source.
     virtual void Read(const RowKey* keys, size_t count, const Visitor& visit) = 0;
     /// The columns of a table whose columns were not set.

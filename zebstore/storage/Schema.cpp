@@ -33,7 +33,8 @@ struct TableSql
 // A message's id is its container, shifted left by 32 bits, plus its number: the messages of a folder lie
 // side by side, in the order in which they came, and a save appends to one page. The columns before `props`
 // are copies of properties by which tables sort and restrict; the three texts are sort keys. message.props,
-// attachment.props ... are property blobs (see PropertyBlob.h).
+// attachment.props ... are property blobs (see PropertyBlob.h). message_by_date gives the first rows of a folder that is
+// sorted by date; rows that wait (WaitsForIndex) are not in it.
 //
 // A large value is cut into pieces; chunk.id is the value's id, shifted left by 24 bits, plus the piece's
 // number, and chunk.sum the checksum of the piece.
@@ -60,6 +61,8 @@ constexpr TableSql Tables[] = {
      "size INTEGER NOT NULL, parts INTEGER NOT NULL, delivered INTEGER, submitted INTEGER, "
      "modified INTEGER, class TEXT, subject TEXT, sender TEXT, props BLOB NOT NULL)",
      1},
+    {"message_by_date", "CREATE INDEX message_by_date ON message(id >> 32, submitted) WHERE (parts & 16) = 0",
+     DateIndexVersion},
     {"recipient",
      "CREATE TABLE recipient(message INTEGER NOT NULL REFERENCES message(id) "
      "ON UPDATE CASCADE ON DELETE CASCADE, "
@@ -219,10 +222,16 @@ void UpgradeSchema(Database& database)
     {
         database.Execute("ALTER TABLE contents ADD COLUMN recent BLOB");
     }
+    if (version < ChecksumVersion)
+    {
+        database.Execute("ALTER TABLE folder ADD COLUMN created INTEGER");
+        database.Execute("ALTER TABLE folder ADD COLUMN modified INTEGER");
+    }
     AddTables(database, version);
-    database.Execute("ALTER TABLE folder ADD COLUMN created INTEGER");
-    database.Execute("ALTER TABLE folder ADD COLUMN modified INTEGER");
-    AddChecksums(database);
+    if (version < ChecksumVersion)
+    {
+        AddChecksums(database);
+    }
     WriteVersion(database);
     CheckSchema(database);
     transaction.Commit();

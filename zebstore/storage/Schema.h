@@ -12,8 +12,8 @@ void CreateSchema(Database& database);
 
 /// True for a store of an older version that UpgradeSchema can upgrade.
 bool NeedsUpgrade(Database& database);
-/// Upgrades a file of an older version in place; leaves any other as it is. Adds a checksum to every row and piece,
-/// and so reads and writes the whole file.
+/// Upgrades a file of an older version in place; leaves any other as it is. Adds what later versions brought: below
+/// ChecksumVersion a checksum to every row and piece, which reads and writes the whole file; an index, which reads it.
 /// @throws Error MAPI_E_CORRUPT_STORE; the file is then as it was
 void UpgradeSchema(Database& database);
 

@@ -218,6 +218,16 @@ void CheckMessages(StoreConnection& store, References& references, Problems& pro
     }
 }
 
+void CheckWaiting(Database& database, Problems& problems)
+{
+    Query query(database, "SELECT m.id FROM message m JOIN contents c ON c.container=m.id >> 32 "
+                          "WHERE " ZEB_WAITS_TOO_LONG);
+    while (query.Step())
+    {
+        problems.push_back(Named("message", query.Number(0)) + ": it is not in the index by date");
+    }
+}
+
 void CheckParts(Database& database, References& references, Problems& problems)
 {
     Query recipients(database, "SELECT message, props FROM recipient");
@@ -300,9 +310,14 @@ std::vector<std::string> CheckStore(StoreConnection& connection, TextIndex& text
         CheckFolders(database, references, problems);
         CheckMessages(connection, references, problems);
         CheckParts(database, references, problems);
-        if (CheckSchema(database) >= AddressBookVersion)
+        const std::int64_t version = CheckSchema(database);
+        if (version >= AddressBookVersion)
         {
             CheckAddresses(database, references, problems);
+        }
+        if (version >= DateIndexVersion)
+        {
+            CheckWaiting(database, problems);
         }
         references.CheckOrphans();
         const Problems ofTexts = texts.Problems();

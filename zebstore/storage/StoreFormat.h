@@ -8,13 +8,15 @@ namespace zebstore
 
 /// "ZEBS", in the file's header.
 constexpr std::int32_t ApplicationId = 0x5A454253;
-constexpr std::int32_t SchemaVersion = 4;
+constexpr std::int32_t SchemaVersion = 5;
 /// The version that brought the address book.
 constexpr std::int32_t AddressBookVersion = 3;
 /// The version that brought checksums of property blobs and of the pieces of large values.
 constexpr std::int32_t ChecksumVersion = 4;
 /// The version that brought the times of folders.
 constexpr std::int32_t FolderTimesVersion = 4;
+/// The version that brought the index of each folder's messages by date.
+constexpr std::int32_t DateIndexVersion = 5;
 
 /// Bits of message.parts: which rows of other tables belong to a message, so that deleting one without them touches
 /// nothing else.
@@ -27,6 +29,12 @@ enum MessageParts : std::int64_t
     AllParts = HasLargeValues | HasRecipients | HasAttachments,
     /// A sort key of the row is cut: a condition of SQL on it is checked again on the whole text.
     HasCutKeys = 8,
+    /// The row is not in the index by date yet. A new row waits, as another page at each save costs more than to put
+    /// many rows in together; a row that is changed is put in at once.
+    WaitsForIndex = 16,
 };
+
+/// The messages of a folder whose numbers are below the last multiple of this wait no longer.
+constexpr std::int64_t MostWaiting = 2048;
 
 } // namespace zebstore

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace zebstore
 {
@@ -14,6 +15,8 @@ namespace
 
 // Up to this distance from the beginning or the cursor, rows are skipped one by one instead of loading all keys.
 constexpr size_t ShortWay = 1024;
+// So many first rows of an order are asked for at least.
+constexpr size_t FewFirst = 128;
 // A generation that no source has: the next Sync reads all keys again.
 constexpr std::uint64_t NoGeneration = std::numeric_limits<std::uint64_t>::max();
 
@@ -28,6 +31,7 @@ TableView::TableView(std::shared_ptr<RowSource> rows)
 void TableView::Reset()
 {
     m_loaded = false;
+    m_hasFirst = false;
     m_keys.Take();
     m_position = 0;
     m_before.reset();
@@ -67,6 +71,11 @@ void TableView::Load()
     {
         return;
     }
+    if (m_hasFirst)
+    {
+        Rebuild();
+        return;
+    }
     const std::shared_ptr<void> snapshot = m_rows->Snapshot();
     m_generation = m_rows->Generation();
     std::vector<RowKey> keys = m_rows->Keys(m_restriction.get(), m_order.get());
@@ -87,11 +96,51 @@ void TableView::Load()
     m_loaded = true;
 }
 
+// Whether the array begins with the first `count` rows, or has all. Bookmarks and followers need all.
+bool TableView::HoldFirst(size_t count)
+{
+    if (m_loaded || (m_hasFirst && count <= m_keys.Count()))
+    {
+        return true;
+    }
+    if (m_restriction || !m_order || m_isFollowed || count > ShortWay)
+    {
+        return false;
+    }
+    const std::shared_ptr<void> snapshot = m_rows->Snapshot();
+    const std::uint64_t generation = m_rows->Generation();
+    if (m_hasFirst && generation != m_generation)
+    {
+        return false;
+    }
+    const size_t wanted = std::max({count, FewFirst, 2 * m_keys.Count()});
+    std::optional<std::vector<RowKey>> keys = m_rows->FirstKeys(*m_order, wanted);
+    if (!keys)
+    {
+        return false;
+    }
+    const bool areAll = keys->size() < wanted;
+    if (areAll)
+    {
+        m_rows->RequireAllRows(keys->size());
+    }
+    m_count = m_rows->Count();
+    m_generation = generation;
+    m_loaded = areAll;
+    m_hasFirst = !areAll;
+    m_keys.Assign(std::move(*keys));
+    return true;
+}
+
 ULONG TableView::Count()
 {
     if (!m_loaded && IsNatural())
     {
         return m_rows->Count();
+    }
+    if (HoldFirst(0) && m_hasFirst)
+    {
+        return m_count;
     }
     Load();
     return static_cast<ULONG>(m_keys.Count());
@@ -105,7 +154,11 @@ void TableView::SetCursor(const Cursor& cursor)
 
 Mark TableView::MarkAt(size_t index)
 {
-    if (!m_loaded && index == m_position)
+    if (m_hasFirst && index < m_keys.Count())
+    {
+        return m_keys.MarkAt(index);
+    }
+    if (!m_loaded && IsNatural() && index == m_position)
     {
         Mark mark;
         mark.index = index;
@@ -122,7 +175,10 @@ void TableView::PlaceCursor(size_t index)
 {
     if (m_loaded || !IsNatural())
     {
-        Load();
+        if (!HoldFirst(index + 1))
+        {
+            Load();
+        }
         m_position = index;
         return;
     }
@@ -153,11 +209,11 @@ void TableView::PlaceCursor(size_t index)
 
 std::vector<RowKey> TableView::Take(LONG count, bool advance)
 {
-    if (!IsNatural() || count < 0)
+    if (count < 0 || (!IsNatural() && !HoldFirst(m_position + static_cast<size_t>(count) + 1)))
     {
         Load();
     }
-    if (!m_loaded)
+    if (!m_loaded && !m_hasFirst)
     {
         const size_t wanted = static_cast<size_t>(count);
         std::vector<RowKey> keys = m_rows->KeysAfter(m_before, wanted);
@@ -254,63 +310,6 @@ void TableView::FreeBookmark(BOOKMARK bookmark)
     }
 }
 
-std::optional<size_t> TableView::FindAhead(const Restriction& restriction, size_t begin, size_t end, bool backward)
-{
-    std::optional<size_t> found;
-    const RowKey* keys = m_keys.All().data();
-    const size_t probe = std::min(end - begin, ShortWay);
-    const size_t first = backward ? end - probe : begin;
-    m_rows->Read(keys + first, probe, [&](size_t index, const ValueSource& values)
-    {
-        if ((!found || backward) && restriction.Matches(values))
-        {
-            found = first + index;
-        }
-    });
-    if (found || probe == end - begin)
-    {
-        return found;
-    }
-    // Far away: one pass over the source is cheaper than reading row by row.
-    std::vector<RowKey> fitting = m_rows->Keys(&restriction, nullptr);
-    std::sort(fitting.begin(), fitting.end());
-    const auto fits = [&](size_t index) { return std::binary_search(fitting.begin(), fitting.end(), keys[index]); };
-    if (backward)
-    {
-        for (size_t index = end; index-- > begin;)
-        {
-            if (fits(index))
-            {
-                return index;
-            }
-        }
-        return std::nullopt;
-    }
-    for (size_t index = begin; index < end; ++index)
-    {
-        if (fits(index))
-        {
-            return index;
-        }
-    }
-    return std::nullopt;
-}
-
-HRESULT TableView::Find(const Restriction& restriction, BOOKMARK origin, bool backward)
-{
-    bool rowGone = false;
-    const size_t from = IndexOf(origin, rowGone);
-    Load();
-    const std::optional<size_t> found =
-        backward ? FindAhead(restriction, 0, from, true) : FindAhead(restriction, from, m_keys.Count(), false);
-    if (!found)
-    {
-        throw Error(MAPI_E_NOT_FOUND, "no row matches the restriction");
-    }
-    m_position = *found;
-    return rowGone ? MAPI_W_POSITION_CHANGED : S_OK;
-}
-
 void TableView::Follow(bool follow)
 {
     if (!follow || m_isFollowed)
@@ -355,7 +354,7 @@ RowChanges TableView::Sync()
     }
     const std::shared_ptr<void> snapshot = m_rows->Snapshot();
     const std::uint64_t generation = m_rows->Generation();
-    if (!m_loaded && !IsNatural())
+    if (!m_loaded && !m_hasFirst && !IsNatural())
     {
         // No keys are held yet.
         m_generation = generation;
@@ -382,12 +381,12 @@ RowChanges TableView::TakeOver()
         changes = m_rows->ChangesSince(m_generation);
     }
     const bool listed = changes.extent == RowChanges::Extent::Listed;
-    if (listed && m_rows->KeysRise())
+    if (listed && m_rows->KeysRise() && !m_hasFirst)
     {
         return m_loaded ? Apply(changes.rows) : StepOver(changes.rows);
     }
     const std::vector<RowKey> before = listed ? m_keys.All() : std::vector<RowKey>();
-    if (m_loaded)
+    if (m_loaded || m_hasFirst)
     {
         Rebuild();
     }
@@ -413,8 +412,9 @@ std::vector<Mark*> TableView::Marks(Mark& cursor)
 
 void TableView::Rebuild()
 {
-    Mark cursor = MarkAt(m_position);
+    Mark cursor = m_keys.MarkAt(m_position);
     std::vector<RowKey> before = m_keys.Take();
+    const bool hadFirst = std::exchange(m_hasFirst, false);
     m_loaded = false;
     m_before.reset();
     try
@@ -424,7 +424,8 @@ void TableView::Rebuild()
     catch (...)
     {
         m_keys.Assign(std::move(before));
-        m_loaded = true;
+        m_hasFirst = hadFirst;
+        m_loaded = !hadFirst;
         throw;
     }
     m_keys.Relocate(Marks(cursor), before);

@@ -15,7 +15,8 @@ namespace zebstore
 {
 
 /// A view is an ordered array of row keys. In natural order without restriction the array is made only when a row far
-/// from the beginning is asked for: opening, counting and reading the first rows need none.
+/// from the beginning is asked for: opening, counting and reading the first rows need none. In an order of which the source
+/// knows the first rows, only their keys are held until a row further on is asked for.
 ///
 /// A view shows the rows of its last Sync. The cursor and the bookmarks stay at their rows; where a row is gone they move
 /// to the next one that is left. Where the source lists what happened, only the listed rows are read. Threads: one at a
@@ -85,6 +86,7 @@ private:
     bool IsNatural() const { return !m_restriction && !m_order; }
     void Reset();
     void Load();
+    bool HoldFirst(size_t count);
     void StartFollowing();
     RowChanges TakeOver();
     void Rebuild();
@@ -105,6 +107,8 @@ private:
     std::uint64_t m_generation = 0;
     bool m_loaded = false;
     MarkedKeys m_keys;
+    bool m_hasFirst = false; // not loaded, but the keys are those of the first rows, and one more than was read
+    ULONG m_count = 0;       // then: of all rows
     bool m_isFollowed = false;
     size_t m_position = 0;
     // Not loaded: the key of the row before the cursor.

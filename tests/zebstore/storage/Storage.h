@@ -113,11 +113,17 @@ HRESULT CodeOf(Body&& body, std::string* text = nullptr)
     return S_OK;
 }
 
-/// Makes an open file one of an older schema version: 3 without checksums and times of folders, 2 also without
-/// an address book, 1 also without lists of recent changes.
+/// Makes an open file one of an older schema version: 4 without the index by date, 3 also without checksums and times of
+/// folders, 2 also without an address book, 1 also without lists of recent changes.
 inline void MakeOlder(StoreFile& store, int version)
 {
     Database& database = store.Connection().Db();
+    database.Execute("DROP INDEX message_by_date; UPDATE message SET parts=parts & 15");
+    database.Execute(("PRAGMA user_version=" + std::to_string(version)).c_str());
+    if (version > 3)
+    {
+        return;
+    }
     database.Execute("ALTER TABLE chunk DROP COLUMN sum");
     database.Execute("ALTER TABLE folder DROP COLUMN created; ALTER TABLE folder DROP COLUMN modified");
     for (const char* table : {"store", "folder", "message", "recipient", "attachment", "address", "directory"})
@@ -135,7 +141,6 @@ inline void MakeOlder(StoreFile& store, int version)
     {
         database.Execute("ALTER TABLE contents DROP COLUMN recent");
     }
-    database.Execute(("PRAGMA user_version=" + std::to_string(version)).c_str());
 }
 
 /// A store in a folder of its own; at the end the file must be sound and all MAPI memory freed.

@@ -124,11 +124,11 @@ TEST_F(StoreFileTest, AnotherProgramsDatabaseIsRefused)
 
 TEST_F(StoreFileTest, NewerSchemasAreRefused)
 {
-    Spoil("PRAGMA user_version=5");
+    Spoil("PRAGMA user_version=6");
     m_store.reset();
     std::string text;
     EXPECT_EQ(OpenCode(Path("test.zeb"), &text), MAPI_E_VERSION);
-    EXPECT_NE(text.find("version 5"), std::string::npos);
+    EXPECT_NE(text.find("version 6"), std::string::npos);
 }
 
 TEST_F(StoreFileTest, TheFirstVersionIsUpgraded)
