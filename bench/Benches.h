@@ -42,5 +42,12 @@ Measurement MessageWrite(const Options& options);
 Measurement StartUp(const Options& options);
 Measurement SearchText(const Options& options);
 Measurement WriteIndexed(const Options& options);
+Measurement SaveLoad(const Options& options);
+Measurement ImportMbox(const Options& options);
+Measurement ImportPeer(const Options& options);
+Measurement HugeOpen(const Options& options);
+Measurement HugeWindow(const Options& options);
+Measurement HugeSort(const Options& options);
+Measurement HugeNotify(const Options& options);
 
 } // namespace bench

@@ -2,10 +2,9 @@
 #include "bench/Benches.h"
 #include "bench/Sql.h"
 #include "bench/Stores.h"
+#include "bench/Vocabulary.h"
 
-#include <algorithm>
 #include <cstdio>
-#include <random>
 #include <stdexcept>
 #include <vector>
 
@@ -18,62 +17,6 @@ namespace
 constexpr size_t BodySize = 1024;
 /// Its place in the list of words by frequency: about one message in a hundred holds it.
 constexpr size_t WordSearched = 2000;
-
-/// Words made of syllables, the frequent ones short; the n-th is used about 1/n as often as the first.
-class Vocabulary
-{
-public:
-    Vocabulary()
-    {
-        double sum = 0;
-        for (size_t i = 0; i < Size; ++i)
-        {
-            m_words.push_back(Word(1 + (i > 50 ? 1 : 0) + m_random() % 2 + (i > 1000 ? m_random() % 2 : 0)));
-            sum += 1.0 / static_cast<double>(i + 3);
-            m_sums.push_back(sum);
-        }
-    }
-
-    const std::string& At(size_t rank) const { return m_words[rank]; }
-
-    /// The body of the next message.
-    std::string Body()
-    {
-        std::string body;
-        while (body.size() < BodySize)
-        {
-            const double place = m_random() / 4294967296.0 * m_sums.back();
-            body +=
-                m_words[static_cast<size_t>(std::upper_bound(m_sums.begin(), m_sums.end(), place) - m_sums.begin())];
-            body += ' ';
-        }
-        body.resize(BodySize);
-        return body;
-    }
-
-private:
-    static constexpr size_t Size = 20000;
-
-    std::string Word(size_t syllables)
-    {
-        static const char* const Begins[] = {"b", "c", "d", "f",  "g",  "h",  "l",  "m",  "n",  "p",  "r", "s",
-                                             "t", "v", "w", "st", "tr", "pr", "ch", "th", "pl", "gr", "",  ""};
-        static const char* const Vowels[] = {"a", "e", "i", "o", "u", "ea", "ou", "ai", "e", "e", "i"};
-        static const char* const Ends[] = {"", "", "", "n", "r", "s", "t", "l", "nd", "nt", "ck", "m"};
-        std::string word;
-        for (; syllables > 0; --syllables)
-        {
-            word += Begins[m_random() % 24];
-            word += Vowels[m_random() % 11];
-            word += Ends[m_random() % 12];
-        }
-        return word;
-    }
-
-    std::mt19937 m_random{42};
-    std::vector<std::string> m_words;
-    std::vector<double> m_sums;
-};
 
 /// The same texts as messages of a store with a text index, and as rows of a plain table.
 class TextStores
@@ -157,7 +100,7 @@ private:
         Vocabulary words;
         for (ULONG number = 0; number < m_count; ++number)
         {
-            const std::string body = words.Body();
+            const std::string body = words.Body(BodySize);
             CZebPropValArray values(2);
             values[PR_SUBJECT_W].SetUtf8(("message " + std::to_string(number)).c_str());
             values[PR_BODY_W].SetUtf8(body.c_str());

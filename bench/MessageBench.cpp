@@ -1,16 +1,11 @@
 // message-write: whole messages saved through MAPI, against the same rows by prepared statements. start-up: the tool as a
 // process on a large store, against a small one.
 #include "bench/Benches.h"
+#include "bench/Process.h"
 #include "bench/Sql.h"
 #include "bench/Stores.h"
 
-#include "platform/module.h"
-
 #include <array>
-#include <spawn.h>
-#include <sys/wait.h>
-
-extern char** environ;
 
 namespace bench
 {
@@ -138,6 +133,7 @@ double SaveByHand(MessageState& state)
     }
     NewStore(state.BaselinePath());
     SqlDatabase database = SqlOpen(state.BaselinePath());
+    SqlCheck(database.get(), sqlite3_exec(database.get(), "DROP INDEX message_by_date", nullptr, nullptr, nullptr));
     SqlStatement begin = SqlPrepare(database.get(), "BEGIN IMMEDIATE");
     SqlStatement update = SqlPrepare(database.get(), "UPDATE contents SET rows=rows+1, unread=unread+1, next=next+1, "
                                                      "change=change+1 WHERE container=(?1>>32)");
@@ -168,23 +164,6 @@ double SaveByHand(MessageState& state)
     });
 }
 
-/// Runs the tool in a profile and waits for its end.
-void RunInbox(const std::string& profile)
-{
-    const std::string tool = zeb::platform::OwnFolder() + "zeb";
-    const char* const arguments[] = {tool.c_str(), "inbox", "--limit", "1", "--profile", profile.c_str(), nullptr};
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", 1 /* write only */, 0);
-    pid_t process = 0;
-    int status = posix_spawn(&process, tool.c_str(), &actions, nullptr, const_cast<char**>(arguments), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    if (status != 0 || waitpid(process, &status, 0) != process || status != 0)
-    {
-        throw std::runtime_error("start-up: zeb inbox failed.");
-    }
-}
-
 double SecondsOfStart(const std::string& profile)
 {
     constexpr int Starts = 20;
@@ -192,7 +171,7 @@ double SecondsOfStart(const std::string& profile)
     {
         for (int i = 0; i < Starts; ++i)
         {
-            RunInbox(profile);
+            RunTool({"zeb", "inbox", "--limit", "1", "--profile", profile});
         }
     });
 }

@@ -1,6 +1,7 @@
 // store-notify: one added row in an open, sorted table that is advised, against reading the table again.
 #include "bench/Benches.h"
-#include "bench/Stores.h"
+#include "bench/HugeStore.h"
+#include "bench/TableReads.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -12,15 +13,6 @@ namespace bench
 
 namespace
 {
-
-constexpr LONG Window = 50;
-
-void Sort(CZebTable& table)
-{
-    table.SetColumns(4, PR_ENTRYID, PR_SUBJECT_W, PR_SENDER_NAME_W, PR_MESSAGE_DELIVERY_TIME);
-    CZebSortOrder order(PR_SUBJECT_W, TABLE_SORT_ASCEND);
-    table.SortTable(order);
-}
 
 /// Counts notifications of single rows; any other notification invalidates the measurement.
 class RowCounter : public CAdviseSinkDelegate
@@ -54,19 +46,21 @@ private:
 /// The advised table, and how many notifications it has had.
 struct Advised
 {
-    explicit Advised(std::shared_ptr<StoreOf> of)
-        : store(std::move(of))
-        , table(store->Inbox().GetContentsTable(MAPI_UNICODE))
+    Advised(std::shared_ptr<void> of, CZebFolder& folder, ULONG rows)
+        : owner(std::move(of))
+        , inbox(folder)
+        , count(rows)
+        , table(inbox.GetContentsTable(MAPI_UNICODE))
         , binder(&counter, nullptr)
     {
-        Sort(table);
+        SortBySubject(table);
         binder.Advise(table);
-        RequireCount(store->Count());
+        RequireCount(count);
     }
 
-    void RequireCount(ULONG count)
+    void RequireCount(ULONG expected)
     {
-        if (table.GetRowCount() != count)
+        if (table.GetRowCount() != expected)
         {
             throw std::runtime_error("store-notify does not see the rows it should.");
         }
@@ -80,17 +74,19 @@ struct Advised
         CZebMessage message;
         const double seconds = Seconds([&]
         {
-            message = store->Inbox().CreateMessage(0);
+            message = inbox.CreateMessage(0);
             message.SetProps(values, true, nullptr);
             counter.WaitFor(++heard);
-            RequireCount(store->Count() + 1);
+            RequireCount(count + 1);
         });
-        store->Inbox().DeleteMessage(message.GetEntryID());
+        inbox.DeleteMessage(message.GetEntryID());
         counter.WaitFor(++heard);
         return seconds;
     }
 
-    std::shared_ptr<StoreOf> store;
+    std::shared_ptr<void> owner;
+    CZebFolder inbox;
+    ULONG count;
     CZebTable table;
     RowCounter counter;
     CAdviseSinkBinder binder;
@@ -102,13 +98,8 @@ double ReadAgain(StoreOf& store)
     return Seconds([&]
     {
         CZebTable table = store.Inbox().GetContentsTable(MAPI_UNICODE);
-        Sort(table);
-        CZebRowSet rows;
-        table.QueryRows(&rows, Window, nullptr, nullptr);
-        if (rows.Count() != Window)
-        {
-            throw std::runtime_error("A window did not hold the rows it should.");
-        }
+        SortBySubject(table);
+        ReadWindow(table, ListWindow);
     });
 }
 
@@ -117,9 +108,19 @@ double ReadAgain(StoreOf& store)
 Measurement StoreNotify(const Options& options)
 {
     auto store = std::make_shared<StoreOf>(options.folder, options.brief ? 5000 : 1000000);
-    auto advised = std::make_shared<Advised>(store);
+    auto advised = std::make_shared<Advised>(store, store->Inbox(), store->Count());
     return {"store-notify", 0.001, [advised] { return advised->AddOne(); }, [store] { return ReadAgain(*store); },
             options.brief ? 3 : 11};
+}
+
+Measurement HugeNotify(const Options& options)
+{
+    const HugeStores stores = BothOf(options);
+    const auto advised = [](const std::shared_ptr<HugeStore>& store)
+    { return std::make_shared<Advised>(store, store->Inbox(), store->Count()); };
+    auto huge = advised(stores.first), large = advised(stores.second);
+    return {"store-huge-notify", 1.2, [huge] { return huge->AddOne(); }, [large] { return large->AddOne(); },
+            options.brief ? 3 : 21};
 }
 
 } // namespace bench

@@ -135,6 +135,15 @@ void DeleteStore(const std::string& path)
     }
 }
 
+void MakeStore(const std::string& name, const std::string& path, const char* index)
+{
+    DeleteStore(path);
+    MakeProfile(name, path, index);
+    CZebSession session = Zeb_GetMAPI().OpenSession(nullptr, name.c_str());
+    session.OpenDefaultMsgStore(nullptr, MDB_WRITE | MAPI_BEST_ACCESS).Free();
+    session.Logoff(0, 0, 0);
+}
+
 StoreOf::StoreOf(const std::string& folder, ULONG count)
     : m_path(folder + "/messages-" + std::to_string(count) + ".zeb")
     , m_count(count)

@@ -49,6 +49,9 @@ private:
 /// @param index "on" or "off" switches the file's text index; null: it is left as it is
 void MakeProfile(const std::string& name, const std::string& path, const char* index = nullptr);
 
+/// Creates a new store in a profile of this name; an earlier one with this path is deleted.
+void MakeStore(const std::string& name, const std::string& path, const char* index = nullptr);
+
 /// Deletes a store's files.
 void DeleteStore(const std::string& path);
 

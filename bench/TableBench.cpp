@@ -2,9 +2,9 @@
 #include "bench/Benches.h"
 #include "bench/Sql.h"
 #include "bench/Stores.h"
+#include "bench/TableReads.h"
 
 #include <malloc.h>
-#include <random>
 #include <stdexcept>
 
 namespace bench
@@ -12,8 +12,6 @@ namespace bench
 
 namespace
 {
-
-constexpr LONG Window = 50;
 
 std::shared_ptr<StoreOf> Large(const Options& options)
 {
@@ -24,66 +22,6 @@ std::shared_ptr<StoreOf> Small(const Options& options)
 {
     return std::make_shared<StoreOf>(options.folder, 1000);
 }
-
-void SetListColumns(CZebTable& table)
-{
-    table.SetColumns(4, PR_ENTRYID, PR_SUBJECT_W, PR_SENDER_NAME_W, PR_MESSAGE_DELIVERY_TIME);
-}
-
-void ReadWindow(CZebTable& table, ULONG expected)
-{
-    CZebRowSet rows;
-    table.QueryRows(&rows, Window, nullptr, nullptr);
-    if (rows.Count() != expected)
-    {
-        throw std::runtime_error("A window did not hold the rows it should.");
-    }
-    Keep(rows[0][PR_SUBJECT_W].GetTag());
-}
-
-/// Open, count, first 50 rows.
-double OpenOnce(StoreOf& store)
-{
-    return Seconds([&]
-    {
-        CZebTable table = store.Inbox().GetContentsTable(MAPI_UNICODE);
-        SetListColumns(table);
-        if (table.GetRowCount() != store.Count())
-        {
-            throw std::runtime_error("The table did not count every row.");
-        }
-        ReadWindow(table, Window);
-    });
-}
-
-/// An open table after a first seek, and the positions to read next.
-struct Sought
-{
-    explicit Sought(std::shared_ptr<StoreOf> of)
-        : store(std::move(of))
-        , table(store->Inbox().GetContentsTable(MAPI_UNICODE))
-        , positions(0, store->Count() - Window)
-    {
-        SetListColumns(table);
-        table.SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(store->Count() / 2), nullptr);
-        ReadWindow(table, Window);
-    }
-    double Windows(int count)
-    {
-        return Seconds([&]
-        {
-            for (int i = 0; i < count; ++i)
-            {
-                table.SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(positions(random)), nullptr);
-                ReadWindow(table, Window);
-            }
-        });
-    }
-    std::shared_ptr<StoreOf> store;
-    CZebTable table;
-    std::mt19937 random{20260101};
-    std::uniform_int_distribution<ULONG> positions;
-};
 
 const ULONG SortTags[] = {PR_SUBJECT_W, PR_MESSAGE_DELIVERY_TIME};
 
@@ -97,7 +35,7 @@ double SortByTable(StoreOf& store)
             SetListColumns(table);
             CZebSortOrder order(tag, TABLE_SORT_ASCEND);
             table.SortTable(order);
-            ReadWindow(table, Window);
+            ReadWindow(table, ListWindow);
         }
     });
 }
@@ -138,14 +76,15 @@ Measurement StoreOpen(const Options& options)
 {
     auto large = Large(options);
     auto few = Small(options);
-    return {"store-open", 5, [large] { return OpenOnce(*large); }, [few] { return OpenOnce(*few); },
-            options.brief ? 5 : 51};
+    return {"store-open", 5, [large] { return OpenOnce(large->Inbox(), large->Count()); },
+            [few] { return OpenOnce(few->Inbox(), few->Count()); }, options.brief ? 5 : 51};
 }
 
 Measurement StoreWindow(const Options& options)
 {
-    auto large = std::make_shared<Sought>(Large(options));
-    auto few = std::make_shared<Sought>(Small(options));
+    const auto sought = [](const std::shared_ptr<StoreOf>& store)
+    { return std::make_shared<SoughtTable>(store, store->Inbox(), store->Count()); };
+    auto large = sought(Large(options)), few = sought(Small(options));
     const int windows = options.brief ? 20 : 1000;
     return {"store-window", 1.5, [=] { return large->Windows(windows); }, [=] { return few->Windows(windows); },
             options.brief ? 3 : 11};
@@ -172,7 +111,7 @@ Measurement StoreMemory(const Options& options)
         CZebSortOrder order(PR_SUBJECT_W, TABLE_SORT_ASCEND);
         table.SortTable(order);
         table.SeekRow(BOOKMARK_BEGINNING, static_cast<LONG>(large->Count() / 2), nullptr);
-        ReadWindow(table, Window);
+        ReadWindow(table, ListWindow);
         const size_t after = HeapInUse();
         return static_cast<double>(after > before ? after - before : 0) / large->Count();
     };

@@ -10,10 +10,18 @@
 namespace
 {
 
+enum class Group
+{
+    Usual,
+    Huge,
+    Peers,
+};
+
 struct Entry
 {
     const char* name;
     bench::Measurement (*make)(const bench::Options&);
+    Group group = Group::Usual;
 };
 
 const Entry Entries[] = {
@@ -41,24 +49,36 @@ const Entry Entries[] = {
     {"start-up", bench::StartUp},
     {"find-text", bench::SearchText},
     {"write-indexed", bench::WriteIndexed},
+    {"save-load", bench::SaveLoad},
+    {"import-mbox", bench::ImportMbox},
+    {"import-peer", bench::ImportPeer, Group::Peers},
+    {"store-huge-open", bench::HugeOpen, Group::Huge},
+    {"store-huge-window", bench::HugeWindow, Group::Huge},
+    {"store-huge-sort", bench::HugeSort, Group::Huge},
+    {"store-huge-notify", bench::HugeNotify, Group::Huge},
 };
 
-int Measure(const bench::Options& options, const std::vector<std::string>& names)
+bool IsChosen(const Entry& entry, Group group, const std::vector<std::string>& names)
+{
+    return names.empty() ? entry.group == group : std::find(names.begin(), names.end(), entry.name) != names.end();
+}
+
+int Measure(const bench::Options& options, Group group, const std::vector<std::string>& names)
 {
     bench::UseOwnRegistry(options.folder);
     Zeb_GetMAPI().Initialize(false);
     std::vector<bench::Outcome> outcomes;
     for (const Entry& entry : Entries)
     {
-        if (!names.empty() && std::find(names.begin(), names.end(), entry.name) == names.end())
+        if (IsChosen(entry, group, names))
         {
-            continue;
+            outcomes.push_back(bench::Run(entry.make(options)));
+            bench::Print(outcomes.back());
         }
-        outcomes.push_back(bench::Run(entry.make(options)));
-        bench::Print(outcomes.back());
     }
     Zeb_GetMAPI().Uninitialize(nullptr);
-    bench::WriteJson(options.folder + "/results.json", outcomes);
+    const char* const kind = group == Group::Huge ? "-huge" : group == Group::Peers ? "-peers" : "";
+    bench::WriteJson(options.folder + "/results" + kind + ".json", outcomes);
     return 0;
 }
 
@@ -75,9 +95,12 @@ int main(int argc, char** argv)
         known.push_back(entry.name);
     }
     std::vector<std::string> names;
+    bool huge = false, peers = false;
     app.add_option("--folder", options.folder, "The folder of stores and results");
     app.add_flag("--short", options.brief, "Small stores, few pairs: shows that it works");
     app.add_option("--texts", options.texts, "The messages of find-text, of 1 KB each (1,000,000 take 3 GB)");
+    app.add_flag("--huge", huge, "The measurements of 10,000,000 messages (5 GB) instead");
+    app.add_flag("--peers", peers, "The measurements against other programs instead");
     app.add_option("names", names, "The measurements to run; all by default")->check(CLI::IsMember(known));
     try
     {
@@ -93,7 +116,7 @@ int main(int argc, char** argv)
     }
     try
     {
-        return Measure(options, names);
+        return Measure(options, huge ? Group::Huge : peers ? Group::Peers : Group::Usual, names);
     }
     catch (CException* failure)
     {

@@ -76,7 +76,7 @@ THIRD_PARTY = {
     "CLI/": {"tools", "bench", "tests"},
     "nlohmann/": {"tools", "bench", "tests", "fuzz"},
     "libpff": {"tools", "tests"},
-    "gmime/": {"tools", "tests"},
+    "gmime/": {"tools", "bench", "tests"},
     "libxml/": {"tools"},
     "gsf/": {"platform"},
 }

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what the build needs: Debian packages (as root) and the npm packages of deps/package-lock.json.
-# Does nothing when everything is there. Usage: setup.sh [build|run|test|bench|package]; the default installs for all.
+# Does nothing when everything is there. Usage: setup.sh [build|run|test|bench|peers|package]; the default installs for all.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 what=${1:-all}
@@ -16,10 +16,11 @@ case $what in
 build | run) ;;
 test) packages+=("${test_tools[@]}") ;;
 bench) packages+=(libbenchmark-dev) ;;
+peers) packages+=(libbenchmark-dev notmuch) ;;
 package) packages+=("${package_tools[@]}") ;;
 all) packages+=("${test_tools[@]}" libbenchmark-dev) ;;
 *)
-    echo "setup.sh: unknown purpose '$what' (build, run, test, bench or package)" >&2
+    echo "setup.sh: unknown purpose '$what' (build, run, test, bench, peers or package)" >&2
     exit 2
     ;;
 esac
