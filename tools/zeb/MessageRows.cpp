@@ -17,6 +17,8 @@ constexpr size_t NumberWidth = 7, DateWidth = 19, DayWidth = 10, SenderWidth = 2
 constexpr size_t Gap = 2;
 /// The minimum width of the subject; below it another column shrinks.
 constexpr size_t SubjectWidth = 20;
+/// So few rows are read at once, and no more than these.
+constexpr ULONG FewRows = 50;
 
 Property ReadCell(const CZebRow& row, ULONG tag)
 {
@@ -81,6 +83,16 @@ void ForEachMessage(CZebTable& table, ULONG count, const std::function<void(cons
 {
     if (count == 0)
     {
+        return;
+    }
+    if (count <= FewRows)
+    {
+        CZebRowSet rows;
+        table.QueryRows(&rows, static_cast<LONG>(count), nullptr, nullptr);
+        for (ULONG i = 0; i < rows.Count(); ++i)
+        {
+            take(ReadMessageRow(rows[i], more));
+        }
         return;
     }
     for (CZebRow row : CZebTableRows(table))

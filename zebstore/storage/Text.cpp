@@ -96,7 +96,7 @@ char FoldAscii(char c)
 // The same byte in each of eight.
 constexpr std::uint64_t Eight(unsigned char byte)
 {
-    return 0x0101010101010101 * byte;
+    return std::uint64_t{0x0101010101010101} * byte;
 }
 
 // The bytes from `at` on, at most `most`, that are ASCII.

@@ -64,9 +64,9 @@ Slots Decode(std::string_view bytes)
     Slots slots;
     if (bytes.size() == BitmapSize)
     {
-        for (size_t i = 0; i < BlockSlots; ++i)
+        for (size_t i = 0; i < BlockSlots; i += 64)
         {
-            slots[i] = ((static_cast<unsigned char>(bytes[i / 8]) >> (i % 8)) & 1) != 0;
+            slots |= Slots(ReadNumber<std::uint64_t>(bytes, i / 8)) << i;
         }
         return slots;
     }

@@ -16,7 +16,7 @@ namespace
 // Up to this distance from the beginning or the cursor, rows are skipped one by one instead of loading all keys.
 constexpr size_t ShortWay = 1024;
 // So many first rows of an order are asked for at least.
-constexpr size_t FewFirst = 128;
+constexpr size_t FewFirst = 16;
 // A generation that no source has: the next Sync reads all keys again.
 constexpr std::uint64_t NoGeneration = std::numeric_limits<std::uint64_t>::max();
 
