@@ -97,6 +97,8 @@ add_library(zeb_re2 STATIC EXCLUDE_FROM_ALL ${names})
 target_include_directories(zeb_re2 SYSTEM PUBLIC ${ZEB_RE2_DIR})
 target_compile_options(zeb_re2 PRIVATE ${zeb_no_warnings} ${zeb_third_party})
 
+include(ZebMailLibraries)
+
 # libxml2's HTML parser, for the tools. On Windows it is compiled from Debian's sources with nothing but that.
 add_library(zeb_html_parser INTERFACE)
 if(WIN32)

@@ -56,6 +56,10 @@ if ! cmp -s "$root/deps/package-lock.json" "$deps/.installed"; then
     cp "$root/deps/package-lock.json" "$deps/.installed"
 fi
 "$root/scripts/debian-source.sh" libxml2
+# What zeb-import reads mail with on Windows.
+"$root/scripts/debian-source.sh" glib2.0
+"$root/scripts/debian-source.sh" gmime
+"$root/scripts/debian-source.sh" libpff '*/lib*/*.[ch]' '*/common/*.h' '*/include/*.h' '*/COPYING'
 "$root/scripts/debian-source.sh" re2
 # Debian's archive leaves out the tables that RE2 generates.
 tables=$deps/re2/re2

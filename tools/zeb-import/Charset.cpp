@@ -2,7 +2,6 @@
 
 #include "tools/zeb-import/Mime.h"
 
-#include <cerrno>
 
 namespace zeb::tools
 {
@@ -59,6 +58,9 @@ public:
 
     DecodedText Convert(const std::string& bytes) const
     {
+        // The buffer is full when a character may not fit in what is left of it: errno belongs to the C runtime of the
+        // library, which on Windows is not always the program's.
+        constexpr gsize LargestCharacter = 32;
         DecodedText result;
         char* in = const_cast<char*>(bytes.data());
         gsize left = bytes.size();
@@ -68,7 +70,7 @@ public:
             char* out = buffer;
             gsize room = sizeof buffer;
             const gsize code = g_iconv(m_iconv, &in, &left, &out, &room);
-            const bool stopped = code == static_cast<gsize>(-1) && errno != E2BIG;
+            const bool stopped = code == static_cast<gsize>(-1) && room >= LargestCharacter;
             result.utf8.append(buffer, static_cast<size_t>(out - buffer));
             if (!stopped)
             {

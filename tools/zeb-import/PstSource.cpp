@@ -7,17 +7,34 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <type_traits>
 
 namespace zeb::tools
 {
 namespace
 {
 
+namespace fs = std::filesystem;
+
+/// Opens the file by its path in the system's own characters: libpff's narrow names are not UTF-8 everywhere.
+template <class Character>
+int OpenFile(libpff_file_t* file, const Character* name, libpff_error_t** error)
+{
+    if constexpr (std::is_same_v<Character, wchar_t>)
+    {
+        return libpff_file_open_wide(file, name, LIBPFF_OPEN_READ, error);
+    }
+    else
+    {
+        return libpff_file_open(file, name, LIBPFF_OPEN_READ, error);
+    }
+}
+
 /// The last four bytes of a folder's entry identifier in a PST file are its node.
 constexpr size_t EntryIdSize = 24, NodeInEntryId = 20;
 
 /// The size in the file's header; 0 without a valid header.
-uint64_t SizeInHeader(const std::string& file)
+uint64_t SizeInHeader(const fs::path& file)
 {
     unsigned char header[0xC0] = {};
     std::ifstream stream(file, std::ios::binary);
@@ -111,13 +128,14 @@ int Messages(libpff_item_t* folder, bool associated)
 PstSource::PstSource(const std::string& file)
     : m_name(ValidUtf8(file))
 {
+    const fs::path path = fs::u8path(file);
     std::error_code failure;
-    const auto size = std::filesystem::file_size(file, failure);
+    const auto size = fs::file_size(path, failure);
     if (failure)
     {
         throw ToolError("'" + m_name + "' cannot be read: " + failure.message());
     }
-    const uint64_t stated = SizeInHeader(file);
+    const uint64_t stated = SizeInHeader(path);
     if (stated == 0)
     {
         throw ToolError("'" + m_name + "' is not a PST or OST file");
@@ -131,7 +149,7 @@ PstSource::PstSource(const std::string& file)
     pff::Check(libpff_file_initialize(&m_file, &error), error, "libpff cannot be started");
     try
     {
-        pff::Check(libpff_file_open(m_file, file.c_str(), LIBPFF_OPEN_READ, &error), error,
+        pff::Check(OpenFile(m_file, path.c_str(), &error), error,
                    "'" + m_name + "' cannot be opened as a PST or OST file");
         Open();
     }
