@@ -31,5 +31,5 @@ target_include_directories(zeb_pff SYSTEM INTERFACE ${ZEB_DEPS_DIR}/libpff/inclu
 target_link_libraries(zeb_pff INTERFACE ${zeb_mail_build}/lib/libpff.dll.a)
 add_library(zeb_gmime INTERFACE)
 target_include_directories(zeb_gmime SYSTEM INTERFACE ${CMAKE_SOURCE_DIR}/cmake/mail-libraries/absent ${zeb_mail_build}/gmime
-  ${ZEB_DEPS_DIR}/gmime ${ZEB_DEPS_DIR}/glib2.0 ${ZEB_DEPS_DIR}/glib2.0/glib)
+  ${ZEB_DEPS_DIR}/gmime ${ZEB_DEPS_DIR}/glib2.0 ${ZEB_DEPS_DIR}/glib2.0/glib ${ZEB_DEPS_DIR}/node_modules/iconv/support)
 target_link_libraries(zeb_gmime INTERFACE ${zeb_mail_build}/lib/libgmime-3.dll.a)

@@ -1,8 +1,7 @@
 # libpff with the libraries that its sources bring along.
 set(pff ${ZEB_DEPS_DIR}/libpff)
-set(parts bfio cdata cerror cfile clocale cnotify cpath csplit cthreads fcache fdata fdatetime fguid fmapi fvalue fwnt pff una)
-set(sources "")
-foreach(part ${parts})
+file(GLOB sources ${pff}/libpff/*.c)
+foreach(part bfio cdata cerror cfile clocale cnotify cpath csplit cthreads fcache fdata fdatetime fguid fmapi fvalue fwnt una)
   file(GLOB found ${pff}/lib${part}/*.c)
   list(APPEND sources ${found})
   list(APPEND folders ${pff}/lib${part})
@@ -10,7 +9,7 @@ foreach(part ${parts})
   list(APPEND local HAVE_LOCAL_LIB${name})
 endforeach()
 add_library(pff SHARED ${sources})
-target_include_directories(pff PRIVATE ${pff}/include ${pff}/common ${folders})
+target_include_directories(pff PRIVATE ${pff}/include ${pff}/common ${pff}/libpff ${folders})
 # Without HAVE_CONFIG_H the sources use what they have for Windows; what was generated for others is not read.
 target_compile_definitions(pff PRIVATE ${local} HAVE_WINDOWS_H HAVE_STDLIB_H HAVE_STRING_H HAVE_WCHAR_H HAVE_STDARG_H HAVE_ERRNO_H
   HAVE_MULTI_THREAD_SUPPORT WIN32_LEAN_AND_MEAN)

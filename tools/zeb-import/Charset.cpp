@@ -2,7 +2,6 @@
 
 #include "tools/zeb-import/Mime.h"
 
-
 namespace zeb::tools
 {
 namespace
