@@ -10,8 +10,8 @@ foreach(part bfio cdata cerror cfile clocale cnotify cpath csplit cthreads fcach
 endforeach()
 add_library(pff SHARED ${sources})
 target_include_directories(pff PRIVATE ${pff}/include ${pff}/common ${pff}/libpff ${folders})
-# Without HAVE_CONFIG_H the sources use what they have for Windows; what was generated for others is not read.
+# With UNICODE, paths stay in 16 bits. Without HAVE_CONFIG_H the sources use what they have for Windows; what was generated for others is not read.
 target_compile_definitions(pff PRIVATE ${local} HAVE_WINDOWS_H HAVE_STDLIB_H HAVE_STRING_H HAVE_WCHAR_H HAVE_STDARG_H HAVE_ERRNO_H
-  HAVE_MULTI_THREAD_SUPPORT WIN32_LEAN_AND_MEAN)
+  HAVE_MULTI_THREAD_SUPPORT WIN32_LEAN_AND_MEAN UNICODE _UNICODE)
 set_target_properties(pff PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 16)
 zeb_mail_dll(pff 2018.7.14 "libpff, which reads PST and OST files" "GNU LGPL 3 or later")

@@ -10,7 +10,6 @@ import subprocess
 import world
 from world import SAMPLES, World
 
-LINUX_ONLY = True  # as zeb-import is
 PST = SAMPLES / "enron.pst"
 PERSONAL = "lokay-m/MLOKAY (Non-Privileged)/Personal"
 COMMERCIAL = "lokay-m/MLOKAY (Non-Privileged)/TW-Commercial Group"

@@ -6,7 +6,6 @@ import world
 from test_import import PST, mail
 from test_import_mail import SEPARATOR, Mail
 
-LINUX_ONLY = True  # as zeb-import is
 SUM = re.compile(r"^([\d,]+) messages? read = ([\d,]+) (?:imported|to import) \+ ([\d,]+) duplicates? \+ ([\d,]+) older \+ ([\d,]+) damaged$", re.M)
 
 

@@ -9,7 +9,6 @@ import time
 import world
 from world import World
 
-LINUX_ONLY = True  # as zeb-import is
 
 HEAD = b"From: Ada <ada@example.org>\nDate: Fri, 02 Jan 2026 03:04:05 +0000\n"
 SEPARATOR = b"From ada@example.org Fri Jan  2 03:04:05 2026\n"

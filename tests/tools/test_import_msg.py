@@ -6,7 +6,6 @@ from test_import_mail import Mail
 from test_save import LINES
 from world import message
 
-LINUX_ONLY = True  # as zeb-import is
 SECTOR = 512
 
 

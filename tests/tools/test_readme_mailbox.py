@@ -4,7 +4,6 @@ import re
 import world
 from world import World
 
-LINUX_ONLY = True  # zeb-import is a Linux program
 
 
 class ReadmeMailbox(World):

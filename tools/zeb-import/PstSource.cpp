@@ -149,7 +149,8 @@ PstSource::PstSource(const std::string& file)
     pff::Check(libpff_file_initialize(&m_file, &error), error, "libpff cannot be started");
     try
     {
-        pff::Check(OpenFile(m_file, path.c_str(), &error), error,
+        // libpff for Windows wants a path with its drive.
+        pff::Check(OpenFile(m_file, fs::absolute(path).make_preferred().c_str(), &error), error,
                    "'" + m_name + "' cannot be opened as a PST or OST file");
         Open();
     }
