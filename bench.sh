@@ -3,7 +3,7 @@
 # prints one line "RATIO name value goal" per measurement; all figures are written as JSON to build/bench/results.json.
 #
 #   ./bench.sh [NAME...]     all, or those named
-#   ./bench.sh --huge        stores of 10,000,000 messages (5 GB, some minutes to make)
+#   ./bench.sh --huge        stores of 10,000,000 messages (3.3 GB, some minutes to make)
 #   ./bench.sh --peers       against other programs of Debian's, which are installed
 #   ./bench.sh --short       small stores and few pairs: shows that it works, says nothing about speed
 #   ./bench.sh --preset NAME ...   another build than linux-release, for --short with sanitizers

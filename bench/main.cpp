@@ -99,7 +99,7 @@ int main(int argc, char** argv)
     app.add_option("--folder", options.folder, "The folder of stores and results");
     app.add_flag("--short", options.brief, "Small stores, few pairs: shows that it works");
     app.add_option("--texts", options.texts, "The messages of find-text, of 1 KB each (1,000,000 take 3 GB)");
-    app.add_flag("--huge", huge, "The measurements of 10,000,000 messages (5 GB) instead");
+    app.add_flag("--huge", huge, "The measurements of 10,000,000 messages (3.3 GB) instead");
     app.add_flag("--peers", peers, "The measurements against other programs instead");
     app.add_option("names", names, "The measurements to run; all by default")->check(CLI::IsMember(known));
     try

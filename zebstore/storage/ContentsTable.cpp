@@ -1,6 +1,7 @@
 #include "zebstore/storage/ContentsTable.h"
 
 #include "zebstore/storage/RecentChanges.h"
+#include "zebstore/storage/StoreFormat.h"
 
 #include <unordered_set>
 
