@@ -4,7 +4,7 @@ import re
 
 import world
 from test_import import PST, mail
-from test_import_mail import SEPARATOR, Mail
+from test_import_mail import INFO, SEPARATOR, Mail
 
 SUM = re.compile(r"^([\d,]+) messages? read = ([\d,]+) (?:imported|to import) \+ ([\d,]+) duplicates? \+ ([\d,]+) older \+ ([\d,]+) damaged$", re.M)
 
@@ -66,8 +66,8 @@ class Kind(Choice):
 
     def test_all_flags_of_a_maildir(self):
         flags = ["", "S", "F", "R", "T", "D", "DFRST", "PS"]
-        top = self.write(*[part for each in flags for part in (f"cur/{len(each)}{each}.host:2,{each}", b"Subject: %s\n\nx\n" % each.encode())],
-                         ".Sent.2020/cur/1:2,S", b"Subject: below\n\nx\n", ".a..b/cur/1", b"Subject: odd\n\nx\n")
+        top = self.write(*[part for each in flags for part in (f"cur/{len(each)}{each}.host{INFO}2,{each}", b"Subject: %s\n\nx\n" % each.encode())],
+                         f".Sent.2020/cur/1{INFO}2,S", b"Subject: below\n\nx\n", ".a..b/cur/1", b"Subject: odd\n\nx\n")
         for folder in (top, top / ".Sent.2020", top / ".a..b"):
             (folder / "new").mkdir()
         self.importer(str(top))

@@ -2,15 +2,15 @@
 import json
 import re
 import resource
-import signal
 import subprocess
-import time
 
 import world
 from world import World
 
 
 HEAD = b"From: Ada <ada@example.org>\nDate: Fri, 02 Jan 2026 03:04:05 +0000\n"
+# Before the flags in the name of a file in a Maildir; names on Windows have no colons.
+INFO = ";" if world.WINDOWS else ":"
 SEPARATOR = b"From ada@example.org Fri Jan  2 03:04:05 2026\n"
 
 
@@ -413,15 +413,14 @@ class Files(Mail):
         top = self.write("mail.txt", b"Subject: one\n\nx\n", "other.eml", b"Subject: other\n\nx\n")
         self.assertEqual(self.importer("eml", str(top / "mail.txt")).out, "1 message in 1 folder\n")
         self.assertEqual([each["properties"]["PR_SUBJECT"] for each in self.saved(top.name)], ["one"])
-        done = subprocess.run([str(world.BUILD / "bin/zeb-import"), "eml", "other.eml", "--inbox", top.name], cwd=top,
-                              env=self.environment, check=True, stdout=subprocess.PIPE, text=True)
-        self.assertEqual(done.stdout, "1 message in 1 folder\n")
+        done = self.check(self.run_tool("zeb-import", "eml", "other.eml", "--inbox", top.name, cwd=top), 0)
+        self.assertEqual(done.out, "1 message in 1 folder\n")
         self.assertEqual(self.subjects(), ["other"])
 
     def test_a_maildir(self):
-        top = self.write("cur/1.a:2,S", b"Subject: seen\n\nx\n", "cur/2.a:2,", b"Subject: unseen\n\nx\n", "cur/3.a:2,DFRS",
+        top = self.write(f"cur/1.a{INFO}2,S", b"Subject: seen\n\nx\n", f"cur/2.a{INFO}2,", b"Subject: unseen\n\nx\n", f"cur/3.a{INFO}2,DFRS",
                          b"Subject: all\n\nx\n", "new/4.a", b"Subject: new\nStatus: RO\n\nx\n", "tmp/5.a", b"Subject: no\n\nx\n",
-                         ".Sent.2020/cur/6.a:2,S", b"Subject: below\n\nx\n", ".Sent.2020/new/7", b"Subject: below too\n\nx\n",
+                         f".Sent.2020/cur/6.a{INFO}2,S", b"Subject: below\n\nx\n", ".Sent.2020/new/7", b"Subject: below too\n\nx\n",
                          "dovecot-uidlist", b"3")
         done = self.importer("eml", str(top))
         self.assertEqual(done.out, "6 messages in 2 folders, 2 files ignored\n")
@@ -433,31 +432,6 @@ class Files(Mail):
                                  "below": (name + "/Sent/2020", 1), "below too": (name + "/Sent/2020", 0)})
 
     def test_one_part_of_a_maildir(self):
-        top = self.write("cur/1.a:2,S", b"Subject: seen\n\nx\n", "new/4.a", b"Subject: new\n\nx\n")
+        top = self.write(f"cur/1.a{INFO}2,S", b"Subject: seen\n\nx\n", "new/4.a", b"Subject: new\n\nx\n")
         self.assertEqual(self.importer("eml", str(top / "cur")).out, "1 message in 1 folder\n")
         self.assertEqual([each["properties"]["PR_SUBJECT"] for each in self.saved("cur")], ["seen"])
-
-
-class Ending(Mail):
-    def interrupted(self, *arguments):
-        process = subprocess.Popen([str(world.BUILD / "bin/zeb-import"), *arguments], env=self.environment, stdout=subprocess.PIPE,
-                                   stderr=subprocess.PIPE, text=True)
-        wal = self.folder / "test.zeb-wal"
-        limit = time.monotonic() + 60
-        while time.monotonic() < limit and process.poll() is None and not (wal.exists() and wal.stat().st_size > 200_000):
-            time.sleep(0.01)
-        process.send_signal(signal.SIGINT)
-        out, err = process.communicate(timeout=60)
-        self.assertEqual((process.returncode, out), (1, ""), err)
-        told = re.fullmatch(r"zeb-import: interrupted; in the store now: ([0-9,]+) messages? in \d+ folders?\n", err)
-        self.assertTrue(told, err)
-        return int(told[1].replace(",", ""))
-
-    def test_an_interrupt_keeps_what_went_in(self):
-        count = 20_000
-        data = b"".join(SEPARATOR + b"Subject: %d\n\n" % i + b"text\n" * 200 + b"\n" for i in range(count))
-        (self.folder / "many.mbox").write_bytes(data)
-        told = self.interrupted("mbox", str(self.folder / "many.mbox"), "--inbox", "many")
-        self.assertLess(told, count)
-        self.assertEqual(self.inbox("--limit", "1")["total"], told)
-        self.assertIn("is intact", self.zeb("store", "check").out)

@@ -1,10 +1,12 @@
 """Ctrl-C stops each command with a message."""
 import json
 import os
+import re
 import signal
 import subprocess
 import time
 
+import test_import_mail
 import test_watch
 import world
 from world import message
@@ -55,6 +57,31 @@ class Interrupt(test_watch.Watching):
             with self.subTest(command=command):
                 said = self.interrupted(*command, when=lambda process: "test.zeb" in open_files(process))
                 self.assertEqual(said, "zeb: interrupted\n")
+
+
+class Import(test_import_mail.Mail):
+    def interrupted(self, *arguments):
+        process = subprocess.Popen([str(world.BUILD / "bin/zeb-import"), *arguments], env=self.environment, stdout=subprocess.PIPE,
+                                   stderr=subprocess.PIPE, text=True)
+        wal = self.folder / "test.zeb-wal"
+        limit = time.monotonic() + 60
+        while time.monotonic() < limit and process.poll() is None and not (wal.exists() and wal.stat().st_size > 200_000):
+            time.sleep(0.01)
+        process.send_signal(signal.SIGINT)
+        out, err = process.communicate(timeout=60)
+        self.assertEqual((process.returncode, out), (1, ""), err)
+        told = re.fullmatch(r"zeb-import: interrupted; in the store now: ([0-9,]+) messages? in \d+ folders?\n", err)
+        self.assertTrue(told, err)
+        return int(told[1].replace(",", ""))
+
+    def test_an_interrupt_keeps_what_went_in(self):
+        count = 20_000
+        data = b"".join(test_import_mail.SEPARATOR + b"Subject: %d\n\n" % i + b"text\n" * 200 + b"\n" for i in range(count))
+        (self.folder / "many.mbox").write_bytes(data)
+        told = self.interrupted("mbox", str(self.folder / "many.mbox"), "--inbox", "many")
+        self.assertLess(told, count)
+        self.assertEqual(self.inbox("--limit", "1")["total"], told)
+        self.assertIn("is intact", self.zeb("store", "check").out)
 
 
 def open_files(process):

@@ -5,7 +5,6 @@ import world
 from world import World
 
 
-
 class ReadmeMailbox(World):
     def test_the_readmes_lines_are_there(self):
         script = (world.ROOT / "run.sh").read_text(encoding="utf-8")

@@ -241,6 +241,8 @@ private:
         }
         else
         {
+            // On Windows a stream can be opened again only after it was closed.
+            stream.reset();
             property.values.push_back(MsgStream(folder, msg::ValueName(entry.tag)));
         }
     }
