@@ -3,6 +3,7 @@
 #include "bench/HugeStore.h"
 #include "bench/TableReads.h"
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
@@ -93,6 +94,17 @@ struct Advised
     int heard = 0;
 };
 
+/// The fastest of some: the first one after another store's may wait for the work that the other left.
+double FastestAdd(Advised& advised)
+{
+    double fastest = advised.AddOne();
+    for (int i = 1; i < 5; ++i)
+    {
+        fastest = std::min(fastest, advised.AddOne());
+    }
+    return fastest;
+}
+
 double ReadAgain(StoreOf& store)
 {
     return Seconds([&]
@@ -119,7 +131,7 @@ Measurement HugeNotify(const Options& options)
     const auto advised = [](const std::shared_ptr<HugeStore>& store)
     { return std::make_shared<Advised>(store, store->Inbox(), store->Count()); };
     auto huge = advised(stores.first), large = advised(stores.second);
-    return {"store-huge-notify", 1.2, [huge] { return huge->AddOne(); }, [large] { return large->AddOne(); },
+    return {"store-huge-notify", 1.2, [huge] { return FastestAdd(*huge); }, [large] { return FastestAdd(*large); },
             options.brief ? 3 : 21};
 }
 
