@@ -221,10 +221,11 @@ class Mime(Import):
             (top / name / "1.eml").write_bytes(bytes(mail(name)))
             (top / f"{name}.eml").write_bytes(bytes(mail(f"top {name}")))
         (top / "notes.txt").write_bytes(bytes(mail("no mail")))
-        (top / "z").symlink_to(top / "a")
+        if not world.WINDOWS:  # Wine shows links as folders
+            (top / "z").symlink_to(top / "a")
         (top / f"x{bad}.eml").write_bytes(b"no mail")
         done = self.importer("eml", f"{top}/", code=3)
-        self.assertEqual(done.out, "6 messages in 4 folders, 1 item skipped, 2 files ignored\n")
+        self.assertEqual(done.out, "6 messages in 4 folders, 1 item skipped, " + ("1 file" if world.WINDOWS else "2 files") + " ignored\n")
         self.assertIn("/x .eml: skipped: it is not a mail message\n", done.err)
         found = [json.loads(line) for line in self.zeb("save", "mail").out.splitlines()]
         self.assertEqual([line["properties"]["PR_SUBJECT"] for line in found if "properties" in line],

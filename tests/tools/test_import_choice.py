@@ -41,7 +41,7 @@ class Kind(Choice):
     def test_folders_of_mail(self):
         self.importer(str(self.write("a.eml", b"Subject: a\n\nx\n", "sub/b.eml", b"Subject: b\n\nx\n")), "--inbox", "mail1")
         self.assertEqual(self.subjects(), ["a"])
-        top = self.write("cur/1:2,S", b"Subject: seen\n\nx\n", "new/2", b"Subject: new\n\nx\n", "tmp/3", b"Subject: no\n\nx\n")
+        top = self.write(f"cur/1{INFO}2,S", b"Subject: seen\n\nx\n", "new/2", b"Subject: new\n\nx\n", "tmp/3", b"Subject: no\n\nx\n")
         self.assertEqual(self.importer(str(top)).out, "2 messages in 1 folder, 1 file ignored\n")
         for name in ("cur", "new", "tmp"):
             (self.folder / "empty" / name).mkdir(parents=True)

@@ -401,10 +401,12 @@ class Files(Mail):
     def test_extensions_and_what_is_ignored(self):
         top = self.write("A.EML", b"Subject: A\n\nx\n", "b.Eml", b"Subject: b\n\nx\n", "notes.txt", b"Subject: no\n\nx\n",
                          "sub/c.eml", b"Subject: c\n\nx\n", "sub/d.eml.bak", b"x")
-        (top / "link").symlink_to(top / "sub")
+        links = [] if world.WINDOWS else ["/link: ignored: it is a link to a folder"]  # Wine shows links as folders
+        for _ in links:
+            (top / "link").symlink_to(top / "sub")
         done = self.importer("eml", str(top))
-        self.assertEqual(done.out, "3 messages in 2 folders, 3 files ignored\n")
-        for name in ("/link: ignored: it is a link to a folder", "/notes.txt: ignored: it is not an .eml or .msg file",
+        self.assertEqual(done.out, f"3 messages in 2 folders, {2 + len(links)} files ignored\n")
+        for name in (*links, "/notes.txt: ignored: it is not an .eml or .msg file",
                      "/sub/d.eml.bak: ignored: it is not an .eml or .msg file"):
             self.assertIn(name, done.err)
         self.assertEqual([each["properties"]["PR_SUBJECT"] for each in self.saved(top.name)], ["A", "b", "c"])

@@ -22,6 +22,10 @@ if(MINGW)
 endif()
 """
 
+# The versions of the libraries that zeb-import is linked with.
+OTHERS = {"pff.dll": "2018.7.14", "gmime-3.dll": "3.2.13"}
+MBOX = b"From ada@example.org Fri Jan  2 03:04:05 2026\nFrom: Ada <ada@example.org>\nSubject: From an mbox\n\nHello\n"
+
 
 def resource_version(file):
     """The version in a DLL's or program's version resource."""
@@ -50,13 +54,14 @@ class ZipTest(packaged.PackageTest):
     def has_everything(self, abi, tree):
         endings = {"mingw": (".dll.debug", ".exe.debug", "lib/libzebapi.dll.a", "GCC-runtime"),
                    "msvc": (".pdb", ".pdb", "lib/zebapi.lib", "LLVM-runtime")}[abi]
-        expected = ["bin/zebapi.dll", "bin/zebstore.dll", "bin/zeb.exe", "bin/zebview.exe", "bin/zebapi" + endings[0], "bin/zebstore" + endings[0],
+        expected = ["bin/zebapi.dll", "bin/zebstore.dll", "bin/zeb.exe", "bin/zebview.exe", "bin/zeb-import.exe",
+                    "bin/pff.dll", "bin/gmime-3.dll", "bin/zeb-import" + endings[1], "bin/zebapi" + endings[0], "bin/zebstore" + endings[0],
                     "bin/zeb" + endings[1], "bin/zebview" + endings[1], endings[2], f"licences/{endings[3]}.txt",
                     "include/zebapi/ZebAPI.h", "include/zebstore/zebstore.h", "lib/cmake/ZebAPI/ZebAPIConfig.cmake",
                     "lib/pkgconfig/zebapi.pc", "README.md", "CHANGELOG.md", "LICENSE", "NOTICES.md", "docs/zeb.md",
                     "docs/images/rooms.svg", "examples/CMakeLists.txt", "examples/tour.cpp"]
         expected += [f"licences/{name}.txt" for name in ("SQLite", "utf8proc", "xxHash", "CLI11", "nlohmann-json", "date", "libxml2",
-                                                         "MinGW-w64")]
+                                                         "MinGW-w64", "libpff", "GMime", "GLib", "libiconv", "GPL-3.0")]
         self.assertEqual([name for name in expected if not (tree / name).is_file() or not (tree / name).stat().st_size], [])
 
     def test_files_are_in_the_order_of_their_names(self):
@@ -74,15 +79,15 @@ class ZipTest(packaged.PackageTest):
 
     def binaries_say_their_version(self, _abi, tree):
         binaries = sorted([*tree.glob("bin/*.dll"), *tree.glob("bin/*.exe")])
-        self.assertGreaterEqual(len(binaries), 4)
+        self.assertGreaterEqual(len(binaries), 7)
         self.assertEqual({file.name: resource_version(file) for file in binaries},
-                         {file.name: packaged.VERSION for file in binaries})
+                         {file.name: OTHERS.get(file.name, packaged.VERSION) for file in binaries})
 
     def test_debug_files_belong_to_the_binaries(self):
         self.in_each(self.has_debug_files)
 
     def has_debug_files(self, abi, tree):
-        for name in ("zebapi.dll", "zebstore.dll", "zeb.exe", "zebview.exe"):
+        for name in ("zebapi.dll", "zebstore.dll", "zeb.exe", "zeb-import.exe", "zebview.exe"):
             binary = tree / "bin" / name
             if abi == "mingw":
                 self.assertIn(f"{name}.debug".encode(), binary.read_bytes())
@@ -109,6 +114,20 @@ class ZipTest(packaged.PackageTest):
         for program in (found / "inbox.exe", found / "list.exe", asked / "inbox.exe"):
             self.shows_the_store(packaged.wine(program))
         self.assertIn("Gr\u00fc\u00dfe from the tour", packaged.wine(found / "tour.exe"))
+
+    def test_the_importer_reads_mail(self):
+        self.in_each(self.imports_mail)
+
+    def imports_mail(self, _abi, tree):
+        self.make_store(tree / "bin")
+        mbox = self.folder / "post \u65e5.mbox"
+        mbox.write_bytes(MBOX)
+        importer = tree / "bin/zeb-import.exe"
+        self.assertEqual(packaged.wine(importer, packaged.in_wine(mbox)), "1 message in 1 folder\n")
+        found = packaged.wine(tree / "bin/zeb.exe", "find", "post \u65e5", "--json")
+        self.assertIn("From an mbox", found)
+        sample = packaged.ROOT / "build/deps/node_modules/pst-extractor/example/testdata/enron.pst"
+        self.assertRegex(packaged.wine(importer, packaged.in_wine(sample)), r"^71 messages in \d+ folders\n$")
 
     def build_with_pkg_config(self, tree, *arguments):
         project = pathlib.Path(tempfile.mkdtemp(dir=self.folder))
