@@ -20,8 +20,8 @@ enum
     FFI_DEFAULT_ABI
 };
 
-static ffi_type ffi_type_void, ffi_type_sint, ffi_type_uint, ffi_type_slong, ffi_type_ulong, ffi_type_sint64, ffi_type_uint64,
-    ffi_type_float, ffi_type_double, ffi_type_pointer;
+static ffi_type ffi_type_void, ffi_type_sint, ffi_type_uint, ffi_type_slong, ffi_type_ulong, ffi_type_sint64,
+    ffi_type_uint64, ffi_type_float, ffi_type_double, ffi_type_pointer;
 
 #define ffi_prep_cif(cif, abi, count, result, types) (abort(), !FFI_OK)
 #define ffi_call(cif, function, result, arguments) abort()
