@@ -96,9 +96,14 @@ set(names garcbox garray gbase64 gbitlock gbytes gcharset gchecksum gconvert gda
   goption gpattern gpoll gprintf gqsort gquark gqueue grand grcbox grefcount gshell gslice gslist gspawn-win32 gstdio gstrfuncs
   gstring gtestutils gthread-win32 gthread gtimer gtimezone gtranslit gtrashstack gtree gunidecomp guniprop guri gutf8 gutils gvariant-core
   gvariant-serialiser gvariant gvarianttype gvarianttypeinfo gversion gwakeup gwin32 libcharset/localcharset)
+list(REMOVE_ITEM names gconvert)
 list(TRANSFORM names PREPEND ${glib}/glib/)
 list(TRANSFORM names APPEND .c)
-add_library(glib OBJECT ${names})
+# On Windows GLib converts with the system's code pages, which are not all there (GB18030). A copy next to this win_iconv.c
+# uses GNU libiconv, as GMime does.
+configure_file(${glib}/glib/gconvert.c ${made}/gconvert/gconvert.c COPYONLY)
+file(CONFIGURE OUTPUT ${made}/gconvert/win_iconv.c CONTENT "#include <iconv.h>\n" @ONLY)
+add_library(glib OBJECT ${names} ${made}/gconvert/gconvert.c)
 # It does not compile without translations.
 set_source_files_properties(${glib}/glib/gkeyfile.c PROPERTIES COMPILE_DEFINITIONS ENABLE_NLS)
 target_compile_definitions(glib PRIVATE G_LOG_DOMAIN="GLib" GLIB_COMPILATION LIBDIR="")
