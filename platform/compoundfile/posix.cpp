@@ -1,6 +1,8 @@
 // Compound files with libgsf.
 #include "platform/compoundfile.h"
 
+#include "platform/compoundfile/Structure.h"
+
 #include <gsf/gsf.h>
 
 #include <algorithm>
@@ -205,6 +207,7 @@ std::shared_ptr<CompoundFolder> OpenCompoundFile(const std::string& file)
     {
         throw CompoundError(TextOf(error, "it cannot be opened"));
     }
+    CheckCompoundStructure(file);
     Ref<GsfInfile> infile(gsf_infile_msole_new(input.get(), &error));
     if (!infile)
     {

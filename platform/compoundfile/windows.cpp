@@ -1,6 +1,7 @@
 // Compound files with Windows' structured storage.
 #include "platform/compoundfile.h"
 
+#include "platform/compoundfile/Structure.h"
 #include "platform/text.h"
 #include "platform/windows/error.h"
 
@@ -185,6 +186,7 @@ private:
 
 std::shared_ptr<CompoundFolder> OpenCompoundFile(const std::string& file)
 {
+    CheckCompoundStructure(file);
     IStorage* raw = nullptr;
     Check(StgOpenStorage(Wide(file).c_str(), nullptr, STGM_READ | STGM_SHARE_DENY_WRITE, nullptr, 0, &raw),
           "it is no undamaged compound file");

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -127,6 +128,25 @@ TEST_F(CompoundFile, OtherFilesAreRefused)
     std::ofstream(m_path, std::ios::binary) << std::string(2000, 'x');
     EXPECT_THROW(OpenCompoundFile(File()), CompoundError);
     EXPECT_THROW(CreateCompoundFile(File() + "/below/it", Kind), CompoundError);
+}
+
+// A table of sectors in which one sector follows itself, for each sector in use.
+TEST_F(CompoundFile, ChainsWithoutAnEndAreRefused)
+{
+    WriteSizes();
+    std::ifstream stream(m_path, std::ios::binary);
+    const std::string whole((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+    stream.close();
+    std::uint32_t table = 0;
+    whole.copy(reinterpret_cast<char*>(&table), sizeof table, 0x4C);
+    const size_t at = (size_t{table} + 1) * 512;
+    for (std::uint32_t sector = 0; sector < 128; ++sector)
+    {
+        std::string changed = whole;
+        std::memcpy(&changed[at + sector * sizeof sector], &sector, sizeof sector);
+        std::ofstream(m_path, std::ios::binary | std::ios::trunc) << changed;
+        EXPECT_THROW(OpenCompoundFile(File()), CompoundError) << sector;
+    }
 }
 
 TEST_F(CompoundFile, ManyEntriesOfOneFolder)

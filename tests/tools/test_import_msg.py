@@ -121,25 +121,18 @@ class Damaged(Msg):
                 struct.pack_into("<I", changed, start + 4 * i, target)
                 files[f"link{i:03}to{target}"] = bytes(changed)
         directory = (struct.unpack_from("<I", whole, 0x30)[0] + 1) * SECTOR
-        beside_root = {}
         for field, name in ((0x44, "left"), (0x48, "right"), (0x4C, "child")):
             for entry in range(4):
                 for target in range(4):
                     changed = bytearray(whole)
                     struct.pack_into("<I", changed, directory + 128 * entry + field, target)
-                    into = files if entry or name == "child" else beside_root
-                    into[f"{name}{entry}to{target}"] = bytes(changed)
+                    files[f"{name}{entry}to{target}"] = bytes(changed)
         for size in (0xFFFFFFFF, 0x7FFFFFFF, 0x10000000):
             for entry in range(12):
                 changed = bytearray(whole)
                 struct.pack_into("<I", changed, directory + 128 * entry + 0x78, size)
                 files[f"size{entry}x{size:X}"] = bytes(changed)
         told = self.check_damaged(files)
-        # libgsf never frees entries that are siblings of the root.
-        self.environment["ASAN_OPTIONS"] = "detect_leaks=0"
-        top = self.write(*[part for name, data in beside_root.items() for part in (name + ".msg", data)])
-        done = self.run_tool("zeb-import", str(top))
-        self.assertIn(done.returncode, (0, 3), done.stderr)
         print(f"{len(files)} files with circles or sizes that are wrong, {len(told)} reported")
         self.assertGreater(len(told), 20)
 
