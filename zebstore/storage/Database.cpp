@@ -127,7 +127,15 @@ Database::~Database()
 
 void Database::Fail(int code) const
 {
-    throw Error(ResultOf(code), SentenceOf(m_path, code, sqlite3_errmsg(m_handle)));
+    const bool isLast = sqlite3_extended_errcode(m_handle) == code;
+    throw Error(ResultOf(code), SentenceOf(m_path, code, isLast ? sqlite3_errmsg(m_handle) : sqlite3_errstr(code)));
+}
+
+bool Database::IsOfSystem(int code)
+{
+    const HRESULT result = ResultOf(code);
+    return result == MAPI_E_DISK_ERROR || result == MAPI_E_NOT_ENOUGH_DISK || result == MAPI_E_NOT_ENOUGH_MEMORY ||
+           result == MAPI_E_BUSY;
 }
 
 std::uint64_t Database::Commits()

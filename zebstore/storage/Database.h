@@ -55,6 +55,8 @@ public:
 
     /// Throws the Error that says what SQLite's code means for this file.
     [[noreturn]] void Fail(int code) const;
+    /// Whether SQLite's code tells of the disk or of memory, not of the content of the file.
+    static bool IsOfSystem(int code);
 
 private:
     friend class Query;

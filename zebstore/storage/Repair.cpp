@@ -3,6 +3,7 @@
 #include "zebstore/storage/CounterRepair.h"
 #include "zebstore/storage/MessageRow.h"
 #include "zebstore/storage/PropertyBlob.h"
+#include "zebstore/storage/StoreCheck.h"
 #include "zebstore/storage/ValueRepair.h"
 
 #include <sqlite3.h>
@@ -20,8 +21,8 @@ constexpr MessageId LastEmbedded = ContentsKey::Embedded().LastMessage();
 
 std::string FirstDamage(Database& database)
 {
-    Query query(database, "PRAGMA integrity_check(1)");
-    return query.Step() && query.Bytes(0) != "ok" ? std::string(query.Bytes(0)) : std::string();
+    const std::vector<std::string> damage = CheckPages(database, 1);
+    return damage.empty() ? std::string() : damage[0];
 }
 
 // Repairs the text index: one that does not match the messages is dropped before the repair of their rows, whose triggers
@@ -383,9 +384,14 @@ void RepairStore(StoreFile& store, const WorkReport& report)
     CounterRepair(database, report).Mend();
     rows.IndexWaiting();
     texts.Finish();
-    const std::vector<std::string> left = store.CheckWhole();
+    HRESULT failure = S_OK;
+    const std::vector<std::string> left = store.CheckWhole(failure);
     if (!left.empty())
     {
+        if (failure != S_OK && failure != MAPI_E_CORRUPT_STORE && failure != MAPI_E_CORRUPT_DATA)
+        {
+            throw Error(failure, left.back()); // of the disk or of memory
+        }
         throw Error(MAPI_E_CORRUPT_STORE, "the store file '" + store.Path() + "' cannot be repaired: " + left[0]);
     }
     transaction.Commit();

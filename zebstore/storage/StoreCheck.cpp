@@ -21,16 +21,19 @@ std::string Named(const char* what, std::int64_t id)
     return std::string(what) + " " + std::to_string(id);
 }
 
+constexpr int MostPageProblems = 100;
+
+// The code in SQLite's line about a page that it could not get.
+int CodeIn(const std::string& line)
+{
+    constexpr std::string_view Before = "error code=";
+    const size_t at = line.find(Before);
+    return at == std::string::npos ? 0 : std::atoi(line.c_str() + at + Before.size());
+}
+
 void CheckDatabase(Database& database, Problems& problems)
 {
-    Query integrity(database, "PRAGMA integrity_check");
-    while (integrity.Step())
-    {
-        if (integrity.Bytes(0) != "ok")
-        {
-            problems.emplace_back(integrity.Bytes(0));
-        }
-    }
+    problems = CheckPages(database, MostPageProblems);
     Query keys(database, "PRAGMA foreign_key_check");
     while (keys.Step())
     {
@@ -292,8 +295,29 @@ void CheckAddresses(Database& database, References& references, Problems& proble
 
 } // namespace
 
-std::vector<std::string> CheckStore(StoreConnection& connection, TextIndex& texts)
+std::vector<std::string> CheckPages(Database& database, int most)
 {
+    Problems problems;
+    Query integrity(database, "PRAGMA integrity_check(" + std::to_string(most) + ")");
+    while (integrity.Step())
+    {
+        problems.emplace_back(integrity.Bytes(0));
+        const int code = CodeIn(problems.back());
+        if (Database::IsOfSystem(code))
+        {
+            database.Fail(code);
+        }
+    }
+    if (problems == Problems{"ok"})
+    {
+        problems.clear();
+    }
+    return problems;
+}
+
+std::vector<std::string> CheckStore(StoreConnection& connection, TextIndex& texts, HRESULT& failure)
+{
+    failure = S_OK;
     const std::lock_guard<std::recursive_mutex> hold(connection.Lock());
     Database& database = connection.Db();
     Problems problems;
@@ -325,6 +349,7 @@ std::vector<std::string> CheckStore(StoreConnection& connection, TextIndex& text
     }
     catch (const Error& error)
     {
+        failure = error.Code();
         problems.emplace_back(error.what());
     }
     return problems;

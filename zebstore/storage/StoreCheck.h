@@ -9,7 +9,12 @@
 namespace zebstore
 {
 
+/// @param failure receives the code of the failure that ended the check early, whose text is the last line; else S_OK
 /// @return a line for each problem; empty when there is none
-std::vector<std::string> CheckStore(StoreConnection& connection, TextIndex& texts);
+std::vector<std::string> CheckStore(StoreConnection& connection, TextIndex& texts, HRESULT& failure);
+
+/// SQLite's check of the database. @return at most `most` lines
+/// @throws Error when the disk does not give a page, which says nothing of its content
+std::vector<std::string> CheckPages(Database& database, int most);
 
 } // namespace zebstore

@@ -279,7 +279,13 @@ void StoreFile::ReadUid()
 
 std::vector<std::string> StoreFile::CheckWhole()
 {
-    return CheckStore(*m_connection, m_texts);
+    HRESULT ignored = S_OK;
+    return CheckWhole(ignored);
+}
+
+std::vector<std::string> StoreFile::CheckWhole(HRESULT& failure)
+{
+    return CheckStore(*m_connection, m_texts, failure);
 }
 
 PropertySet StoreFile::Properties()

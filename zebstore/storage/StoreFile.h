@@ -55,6 +55,8 @@ public:
 
     /// Checks the whole file. @return a line for each problem; empty when there is none.
     std::vector<std::string> CheckWhole();
+    /// @param failure receives the code of the failure that ended the check early, whose text is the last line; else S_OK
+    std::vector<std::string> CheckWhole(HRESULT& failure);
 
     /// The store's own properties.
     PropertySet Properties();
