@@ -190,10 +190,11 @@ std::shared_ptr<StoreFile> StoreFile::Create(const std::string& path, const std:
     {
         throw Error(MAPI_E_COLLISION, "the store file '" + path + "' exists already");
     }
-    auto database = std::make_unique<Database>(path, Database::Mode::Create);
+    std::unique_ptr<Database> database;
     std::shared_ptr<StoreFile> store;
     try
     {
+        database = std::make_unique<Database>(path, Database::Mode::Create); // a failure may leave an empty file
         database->Execute("PRAGMA journal_mode=WAL");
         Configure(*database, options);
         store.reset(new StoreFile(std::move(database), false, SchemaVersion));
