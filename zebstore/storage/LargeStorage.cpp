@@ -217,13 +217,7 @@ public:
         }
         else if (size < m_size)
         {
-            const std::uint64_t last = size / ChunkSize;
-            std::string chunk = Chunk(last);
-            DropChunksFrom(last);
-            if (size % ChunkSize)
-            {
-                PutChunk(last, chunk.substr(0, size % ChunkSize));
-            }
+            CutChunks(size);
         }
         m_size = size;
     }
@@ -246,8 +240,24 @@ private:
 
     void DropChunksFrom(std::uint64_t number)
     {
+        if (number >> ChunkBits != 0)
+        {
+            return; // no value has so many
+        }
         Query query(Db(), "DELETE FROM temp.staged WHERE id BETWEEN ? AND ?");
         query.Bind(1, ChunkId(m_id, number)).Bind(2, LargeChunks(m_id).last).Run();
+    }
+
+    // Two statements: what is left when the second fails is the beginning of the value, and m_size is its size.
+    void CutChunks(std::uint64_t size)
+    {
+        const std::uint64_t whole = (size + ChunkSize - 1) / ChunkSize;
+        DropChunksFrom(whole);
+        m_size = std::min(m_size, whole * ChunkSize);
+        if (size % ChunkSize)
+        {
+            PutChunk(whole - 1, Chunk(whole - 1).substr(0, size % ChunkSize));
+        }
     }
 
     void WriteToChunks(std::uint64_t offset, const char* from, size_t count)

@@ -92,6 +92,27 @@ TEST_F(LargeValueTest, StagedBytesBehaveLikeAStream)
     EXPECT_EQ(shorter->Read(2, &byte, 1), 0u);
 }
 
+TEST_F(LargeValueTest, ACutThatFailsLosesNothing)
+{
+    const auto staged = Store().Stage();
+    const std::string bytes = Bytes(200000);
+    staged->Write(0, bytes.data(), bytes.size());
+    Database& database = Store().Connection().Db();
+    for (const char* event : {"DELETE", "INSERT"})
+    {
+        const std::string trigger = std::string("CREATE TEMP TRIGGER refuse BEFORE ") + event +
+                                    " ON temp.staged BEGIN SELECT RAISE(ABORT, 'refused'); END";
+        database.Execute(trigger.c_str());
+        EXPECT_NE(CodeOf([&] { staged->SetSize(100000); }), S_OK) << event;
+        database.Execute("DROP TRIGGER temp.refuse");
+        const std::string left = ReadAll(*staged);
+        EXPECT_GE(left.size(), 100000u) << event;
+        EXPECT_TRUE(left == bytes.substr(0, left.size())) << event;
+    }
+    staged->SetSize(100000);
+    EXPECT_TRUE(ReadAll(*staged) == bytes.substr(0, 100000));
+}
+
 TEST_F(LargeValueTest, NothingIsWrittenBeforeTheSave)
 {
     const auto staged = Store().Stage();
