@@ -29,6 +29,13 @@ private:
     std::string m_text;
 };
 
+/// Whether a result tells of the store's disk, or of who uses it, and not of the property or the object that was asked
+/// for: it fails a whole call that otherwise reports problems of single properties.
+inline bool IsOfDisk(HRESULT code)
+{
+    return code == MAPI_E_DISK_ERROR || code == MAPI_E_NOT_ENOUGH_DISK || code == MAPI_E_BUSY;
+}
+
 /// Throws Error when `code` is a failure; warnings pass.
 inline void Check(HRESULT code, const char* text = "")
 {

@@ -54,6 +54,12 @@ ULONG WithTextForm(ULONG tag, bool unicode)
     return CHANGE_PROP_TYPE(tag, ((type & MV_FLAG) | (unicode ? PT_UNICODE : PT_STRING8)));
 }
 
+/// SetProps passes over these.
+bool IsNoValue(const SPropValue& value)
+{
+    return PROP_TYPE(value.ulPropTag) == PT_ERROR || PROP_TYPE(value.ulPropTag) == PT_NULL;
+}
+
 } // namespace
 
 void PropBase::RequireWrite() const
@@ -143,17 +149,22 @@ bool PropBase::IsFixed(ULONG tag)
 }
 
 /// @throws Error MAPI_E_COMPUTED, MAPI_E_UNEXPECTED_ID for an identifier that no property has
-void PropBase::RequireWritable(ULONG tag)
+HRESULT PropBase::WhyFixed(ULONG tag)
 {
     if (IsFixed(tag))
     {
-        throw Error(MAPI_E_COMPUTED, "the property cannot be written");
+        return MAPI_E_COMPUTED;
     }
     const ULONG id = PROP_ID(tag);
-    if (id == PROP_ID_NULL || id == PROP_ID_INVALID || (id >= FirstNamedId && !File().NamedProperties().Name(id)))
-    {
-        throw Error(MAPI_E_UNEXPECTED_ID, "no property has this identifier");
-    }
+    const bool isUnknown =
+        id == PROP_ID_NULL || id == PROP_ID_INVALID || (id >= FirstNamedId && !File().NamedProperties().Name(id));
+    return isUnknown ? MAPI_E_UNEXPECTED_ID : S_OK;
+}
+
+void PropBase::RequireWritable(ULONG tag)
+{
+    const HRESULT code = WhyFixed(tag);
+    Check(code, code == MAPI_E_COMPUTED ? "the property cannot be written" : "no property has this identifier");
 }
 
 void PropBase::GetPropListOf(ULONG flags, SPropTagArray** tags)
@@ -172,6 +183,24 @@ void PropBase::GetPropListOf(ULONG flags, SPropTagArray** tags)
     *tags = array.Detach();
 }
 
+HRESULT PropBase::SetOne(PropertySet& properties, const SPropValue& value)
+{
+    if (IsNoValue(value))
+    {
+        return S_OK;
+    }
+    try
+    {
+        properties.Set(value);
+    }
+    catch (const Error& error)
+    {
+        return error.Code();
+    }
+    Written(value.ulPropTag);
+    return S_OK;
+}
+
 void PropBase::SetPropsOf(ULONG count, const SPropValue* values, SPropProblemArray** problems)
 {
     if (problems != nullptr)
@@ -183,22 +212,18 @@ void PropBase::SetPropsOf(ULONG count, const SPropValue* values, SPropProblemArr
     Problems found;
     Edit([&](PropertySet& properties)
     {
+        // First all that reads the store: when that fails, nothing is set.
+        std::vector<HRESULT> refusals;
         for (ULONG i = 0; i < count; ++i)
         {
-            const SPropValue& value = values[i];
-            if (PROP_TYPE(value.ulPropTag) == PT_ERROR || PROP_TYPE(value.ulPropTag) == PT_NULL)
+            refusals.push_back(IsNoValue(values[i]) ? S_OK : WhyFixed(values[i].ulPropTag));
+        }
+        for (ULONG i = 0; i < count; ++i)
+        {
+            const HRESULT code = FAILED(refusals[i]) ? refusals[i] : SetOne(properties, values[i]);
+            if (FAILED(code))
             {
-                continue;
-            }
-            try
-            {
-                RequireWritable(value.ulPropTag);
-                properties.Set(value);
-                Written(value.ulPropTag);
-            }
-            catch (const Error& error)
-            {
-                found.Add(i, value.ulPropTag, error.Code());
+                found.Add(i, values[i].ulPropTag, code);
             }
         }
     });

@@ -76,6 +76,9 @@ private:
     std::vector<ULONG> AllTags(bool unicode);
     void AddDefaults(const ULONG* asked, size_t count, const PropertySet& stored, PropertySet& computed);
     void RequireWritable(ULONG tag);
+    /// @return MAPI_E_COMPUTED, MAPI_E_UNEXPECTED_ID, or S_OK for a property that can be written
+    HRESULT WhyFixed(ULONG tag);
+    HRESULT SetOne(PropertySet& properties, const SPropValue& value);
 
     const StorePtr m_store;
     Access m_access;

@@ -86,6 +86,10 @@ private:
     /// The index of the tag in the caller's list, if the caller gave one.
     void AddProblem(size_t index, SCODE code)
     {
+        if (IsOfDisk(code))
+        {
+            throw Error(code, "a property cannot be copied");
+        }
         const ULONG tag = m_tags[index];
         ULONG place = static_cast<ULONG>(index);
         if (m_request.include != nullptr)
