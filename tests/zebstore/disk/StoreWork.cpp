@@ -215,6 +215,12 @@ bool StoreWork::Open()
     });
 }
 
+void StoreWork::CheckpointEvery(int pages)
+{
+    const std::string sql = "PRAGMA wal_autocheckpoint=" + std::to_string(pages);
+    m_context->File().Connection().Db().Execute(sql.c_str());
+}
+
 bool StoreWork::Step(size_t step)
 {
     return Try(Steps[step].name, [&] { (this->*Steps[step].run)(); });

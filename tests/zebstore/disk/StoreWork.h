@@ -39,6 +39,8 @@ public:
 
     /// @return false when it failed, which is among the failures
     bool Open();
+    /// The log is carried over to the file whenever it has so many pages, after Open.
+    void CheckpointEvery(int pages);
     bool Step(size_t step);
     /// Never fails.
     void Close();
