@@ -104,7 +104,11 @@ if [ $quick = no ]; then
     check packages scripts/check-packages.py
 
     say "fuzzing"
-    build linux-fuzz fuzzers && check fuzz scripts/run-fuzzers.sh build/linux-fuzz
+    if build linux-fuzz fuzzers; then
+        check fuzz scripts/run-fuzzers.sh build/linux-fuzz
+        awk '/: Done [0-9]+ runs/ { runs += $3 } /: FAILED/ { ++found }
+            END { printf "  fuzz: %d executions, %d findings\n", runs, found }' build/check-fuzz.log
+    fi
 
     say "clang-tidy"
     check tidy scripts/check-tidy.sh

@@ -4,10 +4,12 @@
 run-tests.py BUILD_DIR [--only REGEX] [--tally FILE] [--jobs N] [--list]
 
 GoogleTest's programs and pytest are counted by their own report, Python's unittest programs by their summary, anything
-else as one test. A program runs as a whole, not each of its tests by itself: starting one takes longer than most tests. Prints one line a program, the whole output of one that failed, and appends "NAME PASSED FAILED" lines to
-the tally file. Exit code 1 when a test failed or a program crashed, 2 when there was nothing to run.
+else as one test. A program runs as a whole, not each of its tests by itself: starting one takes longer than most tests.
+Prints one line a program, the whole output of one that failed, then what the programs counted ("counted NAME: N" in their
+output), and appends "NAME PASSED FAILED" lines to the tally file. Exit code 1 when a test failed or a program crashed, 2 when there was nothing to run.
 """
 import argparse
+import collections
 import concurrent.futures
 import json
 import os
@@ -84,6 +86,38 @@ def run(build, logs, name, command, properties):
     return name, passed, failed, code, output, time.monotonic() - begin
 
 
+class Counts:
+    """The sums of what test programs count beside their verdicts."""
+    LINES = {
+        "fault points": ("calls", "allocations", "new", "system calls"),
+        "crashes": ("kills", "I/O faults", "power losses"),
+    }
+
+    def __init__(self):
+        self.sums = collections.Counter()
+        self.failed = collections.Counter()
+
+    def add(self, output, failed):
+        found = re.findall(r"^counted (.+): (\d+)\r?$", output, re.M)
+        for name, number in found:
+            self.sums[name] += int(number)
+        for line in {self.line_of(name) for name, _ in found}:
+            self.failed[line] += failed
+
+    @staticmethod
+    def line_of(name):
+        return "fault points" if name.startswith("fault points, ") else "crashes"
+
+    def lines(self):
+        """One for each line with a count; a failed test of a program that counts crashes has lost something."""
+        for line, names in self.LINES.items():
+            if line not in self.failed:
+                continue
+            points = line == "fault points"
+            parts = [f"{name} {self.sums[f'{line}, {name}']}" if points else f"{self.sums[name]} {name}" for name in names]
+            yield f"{line}: " + (" ".join(parts) if points else ", ".join(parts) + f": {self.failed[line]} lost")
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("build", type=pathlib.Path)
@@ -104,11 +138,13 @@ def main():
     logs = build / "test-logs"
     logs.mkdir(exist_ok=True)
     bad = False
+    counts = Counts()
     with concurrent.futures.ThreadPoolExecutor(arguments.jobs) as pool:
         jobs = [pool.submit(run, build, logs, *program) for program in found]
         for job in concurrent.futures.as_completed(jobs):
             name, passed, failed, code, output, seconds = job.result()
             print(f"  {build.name:16} {name:28} {passed:5} passed {failed:3} failed {seconds:7.1f} s", flush=True)
+            counts.add(output, failed)
             if failed:
                 bad = True
                 print(output[-12000:])
@@ -116,6 +152,8 @@ def main():
             if arguments.tally:
                 with arguments.tally.open("a") as tally:
                     tally.write(f"{build.name}/{name} {passed} {failed}\n")
+    for line in counts.lines():
+        print(f"  {build.name:16} {line}")
     return 1 if bad else 0
 
 

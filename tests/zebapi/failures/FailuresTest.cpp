@@ -2,6 +2,8 @@
 // CZebException*, and the _com_error of an empty wrapper.
 #include "Calls.h"
 
+#include "tests/support/Count.h"
+
 #include <ostream>
 
 namespace zeb::test
@@ -16,6 +18,24 @@ void PrintTo(Kind kind, std::ostream* out)
 namespace
 {
 
+/// Who fails.
+const char* SourceName(Kind kind)
+{
+    switch (kind)
+    {
+    case Kind::AnAllocation:
+    case Kind::AllMemory:
+        return "new";
+    case Kind::MapiAllocation:
+        return "allocations";
+    case Kind::AProviderCall:
+    case Kind::EveryProviderCall:
+        return "calls";
+    default:
+        return "system calls";
+    }
+}
+
 template <class World>
 int ScanAll(const std::vector<Call<World>>& calls, Kind kind)
 {
@@ -24,6 +44,7 @@ int ScanAll(const std::vector<Call<World>>& calls, Kind kind)
     {
         failures += Scan(call, kind);
     }
+    PrintCount((std::string("fault points, ") + SourceName(kind)).c_str(), failures);
     return failures;
 }
 

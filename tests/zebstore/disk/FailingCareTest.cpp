@@ -1,5 +1,6 @@
 // Each call that SQLite makes of the disk fails once while a store is made, upgraded or maintained, or while a large value
 // is written: the content stays.
+#include "tests/support/Count.h"
 #include "tests/support/TempFolder.h"
 #include "tests/zebstore/disk/DiskFaults.h"
 #include "tests/zebstore/disk/WorkEffects.h"
@@ -88,7 +89,8 @@ protected:
                 return happened;
             });
         }
-        std::printf("I/O faults: %d points (%s), %d failed the call, 0 lost\n", points, what, m_failed);
+        std::printf("%s: %d calls of the disk failed, %d of them failed the host's call\n", what, points, m_failed);
+        zeb::test::PrintCount("I/O faults", points);
         EXPECT_GT(m_failed, 0);
     }
 

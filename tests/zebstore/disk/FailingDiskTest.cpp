@@ -1,4 +1,5 @@
 // Each call that SQLite makes of the disk fails once while a host works: the host is told, what was saved is there.
+#include "tests/support/Count.h"
 #include "tests/support/TempFolder.h"
 #include "tests/zebstore/disk/DiskFaults.h"
 #include "tests/zebstore/disk/WorkEffects.h"
@@ -119,7 +120,9 @@ protected:
         const int points = EachFault(faults, Numbers(), [&](const DiskFault& fault, int number)
         { return RunWith(fault, number, fullDurability); });
         EXPECT_GE(points, least);
-        std::printf("I/O faults: %d points (%s), %d failed a call, 0 lost\n", points, NameOf(faults[0].call), m_failed);
+        std::printf("%d calls of %s failed, %d of them failed a call of the host\n", points, NameOf(faults[0].call),
+                    m_failed);
+        zeb::test::PrintCount("I/O faults", points);
     }
 
     const std::string& m_original = g_shared->original;

@@ -2,6 +2,7 @@
 // part of it in any order. With full durability all that was acknowledged is there; without, a beginning of it.
 //
 // ZEB_FAULTS=all in the environment makes several losses at each moment.
+#include "tests/support/Count.h"
 #include "tests/support/TempFolder.h"
 #include "tests/zebstore/disk/DiskFaults.h"
 #include "tests/zebstore/disk/RecordingDisk.h"
@@ -105,8 +106,9 @@ protected:
         });
         EXPECT_GT(points, 200);
         EXPECT_EQ(lost == 0, fullDurability) << "without full durability the last steps may be lost";
-        std::printf("power losses: %d points (%s durability), the last saves lost in %zu\n", points,
-                    fullDurability ? "full" : "normal", lost);
+        std::printf("%s durability: the last saves lost in %zu of %d\n", fullDurability ? "full" : "normal", lost,
+                    points);
+        zeb::test::PrintCount("power losses", points);
     }
 
     zeb::test::TempFolder m_folder;
@@ -146,7 +148,7 @@ TEST_F(PowerLoss, LosesNothingDuringUpgrades)
             EXPECT_EQ(DumpStore(m_original, problems), before);
             EXPECT_EQ(problems, Lines());
         });
-        std::printf("power losses: %d points (upgrade from version %d), 0 lost\n", points, version);
+        zeb::test::PrintCount("power losses", points);
         EXPECT_GT(points, 10);
     }
 }
