@@ -2,8 +2,8 @@
 
 #include "zebapi/frame/Exception.h"
 #include "zebapi/tables/internal/Deliveries.h"
+#include "zebapi/tables/internal/Locks.h"
 
-#include <mutex>
 #include <utility>
 
 CAdviseSinkDelegate::CAdviseSinkDelegate() = default;
@@ -76,7 +76,7 @@ struct Attempt
 
 // A notification may arrive, and unadvise, before the provider's Advise returns: a binder's sink and connection change
 // together, and only under this lock. It is never held across a call.
-std::mutex g_registering;
+zeb::lockorder::MutexOf<zeb::lockorder::Registering> g_registering;
 Attempt* g_attempts = nullptr;
 
 /// REQUIRES: the lock.
@@ -102,7 +102,7 @@ void End(const Attempt& attempt)
 template <class Keep>
 bool EndWith(const Attempt& attempt, Keep keep)
 {
-    const std::lock_guard<std::mutex> lock(g_registering);
+    const std::lock_guard lock(g_registering);
     End(attempt);
     if (!attempt.abandoned)
     {
@@ -266,7 +266,7 @@ void CAdviseSinkBinder::Register(CAdviseSink* sink)
     }
     Attempt attempt = {sink, false, nullptr};
     {
-        const std::lock_guard<std::mutex> lock(g_registering);
+        const std::lock_guard lock(g_registering);
         Begin(attempt);
         sink->AddRef();
         m_sink = sink;
@@ -297,7 +297,7 @@ void CAdviseSinkBinder::Unadvise()
     CAdviseSink* sink = nullptr;
     ULONG connection = 0;
     {
-        const std::lock_guard<std::mutex> lock(g_registering);
+        const std::lock_guard lock(g_registering);
         sink = std::exchange(m_sink, nullptr);
         connection = std::exchange(m_connection, 0);
         Abandon(sink);

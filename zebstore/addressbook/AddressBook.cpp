@@ -248,7 +248,7 @@ private:
     {
         ContainerNamed(size, id);
         RequireWrite();
-        const std::lock_guard<std::recursive_mutex> hold(File().Lock());
+        const std::lock_guard hold(File().Lock());
         PropertySet properties = m_addresses.Properties();
         properties.SetBinary(tag, id, size);
         m_addresses.SaveProperties(properties);
@@ -291,7 +291,7 @@ private:
         value.ulPropTag = PR_AB_SEARCH_PATH;
         value.Value.MVbin.cValues = static_cast<ULONG>(ids.size());
         value.Value.MVbin.lpbin = ids.data();
-        const std::lock_guard<std::recursive_mutex> hold(File().Lock());
+        const std::lock_guard hold(File().Lock());
         PropertySet properties = m_addresses.Properties();
         properties.Set(value);
         m_addresses.SaveProperties(properties);

@@ -93,7 +93,7 @@ public:
 
     void Read(const RowKey* keys, size_t count, const Visitor& visit) override
     {
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        const std::lock_guard hold(m_store->Lock());
         const ReadScope snapshot(m_store->Connection().Db());
         const ContactTags& tags = Tags();
         const PropertySet none;
@@ -161,7 +161,7 @@ private:
 
     const std::vector<RowKey>& AllKeys()
     {
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        const std::lock_guard hold(m_store->Lock());
         const ReadScope snapshot(m_store->Connection().Db());
         const std::uint64_t generation = Generation();
         if (m_keysOf == generation)
@@ -182,7 +182,7 @@ private:
     template <class Visit>
     void Walk(std::optional<RowKey> after, Visit&& visit)
     {
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        const std::lock_guard hold(m_store->Lock());
         const ReadScope snapshot(m_store->Connection().Db());
         const ContactTags& tags = Tags();
         Query query(m_store->Connection().Db(), "SELECT id, props FROM message WHERE id BETWEEN ? AND ? ORDER BY id");

@@ -181,7 +181,7 @@ AddressId EntryData::Duplicate()
 
 void EntryData::Save(bool force)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_store->File().Lock());
+    const std::lock_guard hold(m_store->File().Lock());
     if (m_dirty)
     {
         Load();

@@ -31,7 +31,7 @@ private:
     void Refresh()
     {
         StoreFile& file = m_store->File();
-        const std::lock_guard<std::recursive_mutex> hold(file.Lock());
+        const std::lock_guard hold(file.Lock());
         const std::uint64_t now = AddressStorage(m_store->SharedFile()).Generation() +
                                   file.Contents().Generation({IdOf(StandardFolder::Contacts), false});
         if (now == m_madeOf)

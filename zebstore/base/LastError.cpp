@@ -1,9 +1,10 @@
 #include "zebstore/base/LastError.h"
 
+#include "zebstore/base/Locks.h"
+
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <mutex>
 #include <thread>
 
 namespace zebstore
@@ -23,7 +24,7 @@ struct LastError
 
 struct Errors
 {
-    std::mutex lock;
+    MutexOf<lockorder::Errors> lock;
     std::array<LastError, 64> ring;
     size_t next = 0;
 };
@@ -59,7 +60,7 @@ void RememberError(HRESULT code, const char* text) noexcept
     {
         std::string copy(text);
         Errors& errors = g_errors.errors;
-        const std::lock_guard<std::mutex> hold(errors.lock);
+        const std::lock_guard hold(errors.lock);
         LastError* error = FindErrorOfThisThread();
         if (error == nullptr)
         {
@@ -82,7 +83,7 @@ void ForgetErrorText(HRESULT code) noexcept
     {
         return;
     }
-    const std::lock_guard<std::mutex> hold(g_errors.errors.lock);
+    const std::lock_guard hold(g_errors.errors.lock);
     LastError* error = FindErrorOfThisThread();
     if (error != nullptr && error->code == code)
     {
@@ -96,7 +97,7 @@ std::string LastErrorText(HRESULT code)
     {
         return {};
     }
-    const std::lock_guard<std::mutex> hold(g_errors.errors.lock);
+    const std::lock_guard hold(g_errors.errors.lock);
     const LastError* error = FindErrorOfThisThread();
     return error != nullptr && error->code == code ? error->text : std::string();
 }

@@ -4,9 +4,9 @@
 #include "platform/text.h"
 #include "platform/thread.h"
 #include "zebstore/base/LastError.h"
+#include "zebstore/base/Locks.h"
 
 #include <cstdio>
-#include <mutex>
 #include <new>
 
 namespace zebstore
@@ -22,7 +22,7 @@ namespace
 
 struct Watch
 {
-    std::mutex lock;
+    MutexOf<lockorder::Watch> lock;
     std::FILE* trace = nullptr;
     std::atomic<unsigned long> calls{0};
     std::atomic<unsigned long> allocations{0};
@@ -57,7 +57,7 @@ bool CallBegins(unsigned long& number, HRESULT& result) noexcept
 void CallEnds(unsigned long number, const char* method, HRESULT result) noexcept
 {
     Watch& watch = TheWatch();
-    const std::lock_guard<std::mutex> hold(watch.lock);
+    const std::lock_guard hold(watch.lock);
     if (watch.trace == nullptr)
     {
         return;
@@ -102,7 +102,7 @@ bool ParseFault(const std::string& text, Switches& switches)
 void ApplySwitches(const Switches& switches)
 {
     Watch& watch = TheWatch();
-    const std::lock_guard<std::mutex> hold(watch.lock);
+    const std::lock_guard hold(watch.lock);
     g_callsWatched = false;
     if (watch.trace != nullptr)
     {
@@ -162,7 +162,7 @@ void CountBadFree(const char* by, const void* block) noexcept
 {
     ++g_badFrees;
     Watch& watch = TheWatch();
-    const std::lock_guard<std::mutex> hold(watch.lock);
+    const std::lock_guard hold(watch.lock);
     if (watch.trace == nullptr)
     {
         return;
@@ -174,7 +174,7 @@ void CountBadFree(const char* by, const void* block) noexcept
 void TraceNote(const std::string& text) noexcept
 {
     Watch& watch = TheWatch();
-    const std::lock_guard<std::mutex> hold(watch.lock);
+    const std::lock_guard hold(watch.lock);
     if (watch.trace == nullptr)
     {
         return;
@@ -187,7 +187,7 @@ void TraceLiveCounts() noexcept
 {
     Watch& watch = TheWatch();
     // A thread that ended with the process may have held the lock.
-    std::unique_lock<std::mutex> hold(watch.lock, std::defer_lock);
+    std::unique_lock hold(watch.lock, std::defer_lock);
     if (zeb::platform::IsProcessEnding() ? !hold.try_lock() : (hold.lock(), false))
     {
         return;

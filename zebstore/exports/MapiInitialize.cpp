@@ -2,24 +2,23 @@
 
 #include "platform/thread.h"
 #include "zebstore/base/Guard.h"
+#include "zebstore/base/Locks.h"
 #include "zebstore/base/Memory.h"
 #include "zebstore/notify/Notifier.h"
-
-#include <mutex>
 
 namespace zebstore
 {
 namespace
 {
 
-std::mutex g_lifeLock;
+MutexOf<lockorder::Life> g_lifeLock;
 long g_users = 0;
 
 } // namespace
 
 bool IsInitialized()
 {
-    const std::lock_guard<std::mutex> hold(g_lifeLock);
+    const std::lock_guard hold(g_lifeLock);
     return g_users > 0;
 }
 
@@ -30,7 +29,7 @@ using namespace zebstore;
 HRESULT WINAPI MAPIInitialize(LPVOID init)
 {
     {
-        const std::lock_guard<std::mutex> hold(g_lifeLock);
+        const std::lock_guard hold(g_lifeLock);
         if (g_users == 0)
         {
             ApplySwitchesOfEnvironment();
@@ -43,7 +42,7 @@ HRESULT WINAPI MAPIInitialize(LPVOID init)
         {
             throw Error(MAPI_E_VERSION, "MAPIINIT_0 has an unknown version");
         }
-        const std::lock_guard<std::mutex> hold(g_lifeLock);
+        const std::lock_guard hold(g_lifeLock);
         ++g_users;
     });
 }
@@ -52,7 +51,7 @@ void WINAPI MAPIUninitialize()
 {
     Guarded("MAPIUninitialize", [] {});
     {
-        const std::lock_guard<std::mutex> hold(g_lifeLock);
+        const std::lock_guard hold(g_lifeLock);
         if (g_users == 0 || --g_users > 0)
         {
             return;

@@ -26,7 +26,7 @@ void Connection::Deliver(ULONG count, NOTIFICATION* notifications)
 {
     Ref<IMAPIAdviseSink> sink;
     {
-        const std::lock_guard<std::mutex> hold(m_lock);
+        const std::lock_guard hold(m_lock);
         if (!m_sink)
         {
             return;
@@ -44,7 +44,7 @@ void Connection::Deliver(ULONG count, NOTIFICATION* notifications)
     }
     // Before the call counts as over: whoever waits in Cut may unload the sink's code next.
     sink = {};
-    const std::lock_guard<std::mutex> hold(m_lock);
+    const std::lock_guard hold(m_lock);
     m_deliverer = {};
     m_idle.notify_all();
 }
@@ -52,7 +52,7 @@ void Connection::Deliver(ULONG count, NOTIFICATION* notifications)
 void Connection::Cut()
 {
     Ref<IMAPIAdviseSink> sink;
-    std::unique_lock<std::mutex> hold(m_lock);
+    std::unique_lock hold(m_lock);
     std::swap(sink, m_sink);
     if (m_deliverer != std::this_thread::get_id())
     {
@@ -78,7 +78,7 @@ Notifier& Notifier::The()
 
 void Notifier::Add(const std::shared_ptr<Notified>& member)
 {
-    const std::lock_guard<std::mutex> hold(m_lock);
+    const std::lock_guard hold(m_lock);
     if (std::find(m_members.begin(), m_members.end(), member) != m_members.end())
     {
         return;
@@ -124,7 +124,7 @@ void Notifier::RunThread(void* work)
 void Notifier::Remove(const Notified* member)
 {
     std::shared_ptr<Notified> last;
-    std::unique_lock<std::mutex> hold(m_lock);
+    std::unique_lock hold(m_lock);
     const auto found =
         std::find_if(m_members.begin(), m_members.end(), [&](const auto& each) { return each.get() == member; });
     if (found == m_members.end())
@@ -142,7 +142,7 @@ void Notifier::Remove(const Notified* member)
 
 void Notifier::Committed() noexcept
 {
-    const std::lock_guard<std::mutex> hold(m_lock);
+    const std::lock_guard hold(m_lock);
     if (m_woken || m_members.empty())
     {
         return;
@@ -158,7 +158,7 @@ void Notifier::Stop()
         return;
     }
     std::vector<std::shared_ptr<Notified>> members;
-    std::unique_lock<std::mutex> hold(m_lock);
+    std::unique_lock hold(m_lock);
     members.swap(m_members);
     if (!m_thread.IsStarted() || m_runner == std::this_thread::get_id())
     {
@@ -176,7 +176,7 @@ void Notifier::Stop()
 
 void Notifier::Run(Work& work)
 {
-    std::unique_lock<std::mutex> hold(m_lock);
+    std::unique_lock hold(m_lock);
     if (!work.stopping)
     {
         work.began = true;
@@ -188,7 +188,7 @@ void Notifier::Run(Work& work)
     m_idle.notify_all();
 }
 
-void Notifier::RunUntilStopped(std::unique_lock<std::mutex>& hold, const bool& stopping)
+void Notifier::RunUntilStopped(std::unique_lock<NotifierLock>& hold, const bool& stopping)
 {
     while (!stopping)
     {
@@ -209,7 +209,7 @@ void Notifier::RunUntilStopped(std::unique_lock<std::mutex>& hold, const bool& s
     }
 }
 
-bool Notifier::LookAtAll(std::unique_lock<std::mutex>& hold, const bool& stopping)
+bool Notifier::LookAtAll(std::unique_lock<NotifierLock>& hold, const bool& stopping)
 {
     bool delivered = false;
     const std::vector<std::weak_ptr<Notified>> members(m_members.begin(), m_members.end());

@@ -3,12 +3,11 @@
 
 #include "platform/thread.h"
 #include "zebstore/base/Error.h"
+#include "zebstore/base/Locks.h"
 #include "zebstore/base/Object.h"
 #include "zebstore/storage/CommitObserver.h"
 
-#include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -31,8 +30,8 @@ public:
     void Cut();
 
 private:
-    std::mutex m_lock;
-    std::condition_variable m_idle;
+    MutexOf<lockorder::Connection> m_lock;
+    Condition m_idle;
     Ref<IMAPIAdviseSink> m_sink;
     std::thread::id m_deliverer; // of the call in progress
 };
@@ -70,6 +69,8 @@ public:
     void Stop();
 
 private:
+    using NotifierLock = MutexOf<lockorder::Notifier>;
+
     /// Of one thread; it and the notifier share it.
     struct Work
     {
@@ -82,12 +83,12 @@ private:
     static void RunThread(void* work);
     void StartThread();
     void Run(Work& work);
-    void RunUntilStopped(std::unique_lock<std::mutex>& hold, const bool& stopping);
-    bool LookAtAll(std::unique_lock<std::mutex>& hold, const bool& stopping);
+    void RunUntilStopped(std::unique_lock<NotifierLock>& hold, const bool& stopping);
+    bool LookAtAll(std::unique_lock<NotifierLock>& hold, const bool& stopping);
 
-    std::mutex m_lock;
-    std::condition_variable m_changed;
-    std::condition_variable m_idle;
+    NotifierLock m_lock;
+    Condition m_changed;
+    Condition m_idle;
     std::vector<std::shared_ptr<Notified>> m_members;
     const Notified* m_current = nullptr;
     bool m_woken = false;

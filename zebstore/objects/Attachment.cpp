@@ -119,7 +119,7 @@ IUnknown* Attachment::OpenObject(ULONG tag, const IID& iid, ULONG options, ULONG
 
 void Attachment::PutEmbedded(std::shared_ptr<MessageContent> content)
 {
-    const std::lock_guard<std::recursive_mutex> hold(Lock());
+    const std::lock_guard hold(Lock());
     RequireWrite();
     m_edit.embedded = std::move(content);
     m_edit.dropEmbedded = false;

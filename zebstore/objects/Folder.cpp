@@ -119,7 +119,7 @@ bool Folder::Default(ULONG tag, PropertySet& out)
 
 void Folder::Edit(const std::function<void(PropertySet&)>& change)
 {
-    const std::lock_guard<std::recursive_mutex> hold(File().Lock());
+    const std::lock_guard hold(File().Lock());
     const PropertySet before = File().Folders().Properties(m_folder);
     PropertySet properties = before;
     change(properties);
@@ -332,7 +332,7 @@ HRESULT Folder::CreateFolder(ULONG type, LPTSTR name, LPTSTR comment, LPCIID iid
         Require(type == FOLDER_GENERIC, "this type of folder cannot be created");
         const std::string text = TextArgument(name, flags);
         Require(!text.empty(), "a folder needs a name");
-        const std::lock_guard<std::recursive_mutex> hold(File().Lock());
+        const std::lock_guard hold(File().Lock());
         FolderId made = flags & OPEN_IF_EXISTS ? File().Folders().Find(m_folder, text) : 0;
         if (!made)
         {
@@ -435,7 +435,7 @@ HRESULT Folder::SetMessageStatus(ULONG size, LPENTRYID id, ULONG status, ULONG m
     {
         RequireWrite();
         const MessageId message = MessageHere(size, id);
-        const std::lock_guard<std::recursive_mutex> hold(File().Lock());
+        const std::lock_guard hold(File().Lock());
         StoredMessage stored = File().Messages().Load(message);
         const ULONG before = static_cast<ULONG>(stored.properties.Long(PR_MSG_STATUS));
         MessageContent content;

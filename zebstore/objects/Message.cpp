@@ -2,11 +2,11 @@
 
 #include "platform/datetime.h"
 #include "platform/tags.h"
+#include "zebstore/base/Locks.h"
 #include "zebstore/objects/Attachment.h"
 #include "zebstore/objects/Defaults.h"
 #include "zebstore/objects/Interfaces.h"
 
-#include <mutex>
 #include <random>
 
 namespace zebstore
@@ -17,9 +17,9 @@ namespace
 /// 16 bytes, unique for each call.
 std::array<std::uint64_t, 2> UniqueKey()
 {
-    static std::mutex lock;
+    static MutexOf<lockorder::Keys> lock;
     static std::mt19937_64 random(std::random_device{}() * 0x100000001ull ^ std::random_device{}());
-    const std::lock_guard<std::mutex> hold(lock);
+    const std::lock_guard hold(lock);
     return {random(), random()};
 }
 
@@ -165,7 +165,7 @@ bool Message::IsFixed(ULONG tag)
 
 std::function<void()> Message::DraftRestorer()
 {
-    const std::lock_guard<std::recursive_mutex> hold(Lock());
+    const std::lock_guard hold(Lock());
     Load();
     Draft draft{m_dirty, m_properties, m_written, m_recipients.GetDraft(), m_attachments.GetEdits()};
     return [this, draft = std::move(draft)]() mutable { SetDraft(std::move(draft)); };
@@ -173,7 +173,7 @@ std::function<void()> Message::DraftRestorer()
 
 void Message::SetDraft(Draft draft)
 {
-    const std::lock_guard<std::recursive_mutex> hold(Lock());
+    const std::lock_guard hold(Lock());
     m_dirty = draft.dirty;
     m_properties = std::move(draft.properties);
     m_written = std::move(draft.written);
@@ -461,19 +461,19 @@ HRESULT Message::DeleteAttach(ULONG number, ULONG_PTR, LPMAPIPROGRESS, ULONG fla
 
 AttachmentEdit Message::AttachmentNow(ULONG number)
 {
-    const std::lock_guard<std::recursive_mutex> hold(Lock());
+    const std::lock_guard hold(Lock());
     return m_attachments.Now(number);
 }
 
 MessageId Message::StoredEmbedded(ULONG number)
 {
-    const std::lock_guard<std::recursive_mutex> hold(Lock());
+    const std::lock_guard hold(Lock());
     return m_attachments.StoredEmbedded(number);
 }
 
 void Message::PutAttachment(AttachmentEdit edit)
 {
-    const std::lock_guard<std::recursive_mutex> hold(Lock());
+    const std::lock_guard hold(Lock());
     RequireWrite();
     Load();
     m_dirty = true;

@@ -312,7 +312,7 @@ void PropBase::OpenPropertyOf(ULONG tag, const IID* iid, ULONG options, ULONG fl
 
 void PropBase::PutStreamValue(ULONG tag, const std::shared_ptr<StagedValue>& value)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_lock);
+    const std::lock_guard hold(m_lock);
     Edit([&](PropertySet& properties)
     {
         if (value->Size() > LongestInMemory)

@@ -1,13 +1,13 @@
 // The base of every property object of the store.
 #pragma once
 
+#include "zebstore/base/Locks.h"
 #include "zebstore/objects/Access.h"
 #include "zebstore/objects/PropStream.h"
 #include "zebstore/objects/StoreContext.h"
 
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 namespace zebstore
@@ -26,7 +26,7 @@ public:
     PropBase(const PropBase&) = delete;
     PropBase& operator=(const PropBase&) = delete;
 
-    std::recursive_mutex& Lock() override { return m_lock; }
+    ObjectLock& Lock() override { return m_lock; }
     const StorePtr& Store() const { return m_store; }
     StoreFile& File() const override { return m_store->File(); }
     Access AccessGiven() const { return m_access; }
@@ -82,7 +82,7 @@ private:
 
     const StorePtr m_store;
     Access m_access;
-    std::recursive_mutex m_lock;
+    ObjectLock m_lock;
     std::vector<std::weak_ptr<PropertyBytes>> m_streams;
 };
 

@@ -66,7 +66,7 @@ public:
                                      LPMAPIPROGRESS progress, LPCIID iid, LPVOID target, ULONG flags,
                                      LPSPropProblemArray* problems) override
     {
-        return Run("IMAPIProp::CopyTo", [&]
+        return Guarded("IMAPIProp::CopyTo", [&]
         {
             Require(excluded != nullptr || excludedCount == 0, "the list of interfaces to exclude is null");
             bool parts = true;
@@ -85,7 +85,7 @@ public:
     HRESULT STDMETHODCALLTYPE CopyProps(LPSPropTagArray tags, ULONG_PTR, LPMAPIPROGRESS progress, LPCIID iid,
                                         LPVOID target, ULONG flags, LPSPropProblemArray* problems) override
     {
-        return Run("IMAPIProp::CopyProps", [&]
+        return Guarded("IMAPIProp::CopyProps", [&]
         {
             Require(tags != nullptr, "the list of property tags is null");
             CopyTheseTo({this, nullptr, tags, nullptr, flags, true, progress}, iid, target, problems);
@@ -111,7 +111,7 @@ protected:
     {
         return Guarded(method, [&]
         {
-            const std::lock_guard<std::recursive_mutex> hold(Lock());
+            const std::lock_guard hold(Lock());
             return body();
         });
     }
@@ -120,6 +120,7 @@ protected:
     virtual void Save(ULONG flags) = 0;
 
 private:
+    /// Not under the object's lock, as the target has one too, and another thread may copy the other way.
     /// @param request without its target
     void CopyTheseTo(CopyRequest request, LPCIID iid, LPVOID target, LPSPropProblemArray* problems)
     {
@@ -127,6 +128,7 @@ private:
         RequireFlags(request.flags, MAPI_MOVE | MAPI_NOREPLACE | MAPI_DIALOG | MAPI_DECLINE_OK);
         if (request.flags & MAPI_MOVE)
         {
+            const std::lock_guard hold(Lock());
             RequireWrite();
         }
         if (problems != nullptr)

@@ -227,13 +227,13 @@ StagedValue& PropertyBytes::Staged()
 
 std::uint64_t PropertyBytes::Size()
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_owner.Lock());
+    const std::lock_guard hold(m_owner.Lock());
     return m_staged ? m_staged->Size() : m_original->Size();
 }
 
 size_t PropertyBytes::ReadAt(std::uint64_t offset, void* buffer, size_t size)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_owner.Lock());
+    const std::lock_guard hold(m_owner.Lock());
     if (!m_staged)
     {
         return m_original->ReadAt(offset, buffer, size);
@@ -243,7 +243,7 @@ size_t PropertyBytes::ReadAt(std::uint64_t offset, void* buffer, size_t size)
 
 void PropertyBytes::WriteAt(std::uint64_t offset, const void* bytes, size_t size)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_owner.Lock());
+    const std::lock_guard hold(m_owner.Lock());
     if (size > 0)
     {
         Staged().Write(offset, bytes, size);
@@ -252,13 +252,13 @@ void PropertyBytes::WriteAt(std::uint64_t offset, const void* bytes, size_t size
 
 void PropertyBytes::SetSize(std::uint64_t size)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_owner.Lock());
+    const std::lock_guard hold(m_owner.Lock());
     Staged().SetSize(size);
 }
 
 void PropertyBytes::Publish()
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_owner.Lock());
+    const std::lock_guard hold(m_owner.Lock());
     if (!m_dirty)
     {
         return;

@@ -1,13 +1,13 @@
 // Large properties as streams.
 #pragma once
 
+#include "zebstore/base/Locks.h"
 #include "zebstore/base/Object.h"
 #include "zebstore/objects/Stream.h"
 #include "zebstore/storage/PropertySet.h"
 #include "zebstore/storage/StoreFile.h"
 
 #include <memory>
-#include <mutex>
 
 namespace zebstore
 {
@@ -19,7 +19,7 @@ public:
     /// The object as its callers see it; streams hold a reference on it.
     virtual IUnknown* Unknown() = 0;
     /// The object's own lock.
-    virtual std::recursive_mutex& Lock() = 0;
+    virtual ObjectLock& Lock() = 0;
     virtual StoreFile& File() const = 0;
     /// Sets one property to a value written through a stream.
     virtual void PutStreamValue(ULONG tag, const std::shared_ptr<StagedValue>& value) = 0;

@@ -111,7 +111,7 @@ ULONG_PTR StoreSinks::Advise(const std::optional<ItemId>& item, ULONG events, IM
 {
     const ULONG_PTR number = NextConnectionNumber();
     {
-        const std::lock_guard<std::mutex> hold(m_lock);
+        const std::lock_guard hold(m_lock);
         if (!m_changes)
         {
             m_changes = std::make_unique<StoreChanges>(m_store->SharedFile());
@@ -126,7 +126,7 @@ void StoreSinks::Unadvise(ULONG_PTR number)
 {
     std::shared_ptr<Connection> connection;
     {
-        const std::lock_guard<std::mutex> hold(m_lock);
+        const std::lock_guard hold(m_lock);
         connection = TakeConnection(m_advised, number, "no advise connection has this number");
         if (m_advised.empty())
         {
@@ -140,7 +140,7 @@ void StoreSinks::Close() noexcept
 {
     std::map<ULONG_PTR, Advised> advised;
     {
-        const std::lock_guard<std::mutex> hold(m_lock);
+        const std::lock_guard hold(m_lock);
         advised.swap(m_advised);
         m_changes.reset();
     }
@@ -158,7 +158,7 @@ bool StoreSinks::LookAndDeliver() noexcept
         std::vector<StoreEvent> events;
         std::vector<Advised> advised;
         {
-            const std::lock_guard<std::mutex> hold(m_lock);
+            const std::lock_guard hold(m_lock);
             if (m_changes)
             {
                 events = m_changes->Next();

@@ -1,6 +1,7 @@
 // The advise sinks of a store: notifications about its folders and messages.
 #pragma once
 
+#include "zebstore/base/Locks.h"
 #include "zebstore/notify/Notifier.h"
 #include "zebstore/objects/StoreContext.h"
 #include "zebstore/storage/StoreChanges.h"
@@ -46,7 +47,7 @@ private:
     void Deliver(const Advised& advised, const std::vector<StoreEvent>& events) const;
 
     const StorePtr m_store;
-    std::mutex m_lock;
+    MutexOf<lockorder::Table> m_lock;
     std::map<ULONG_PTR, Advised> m_advised;
     std::unique_ptr<StoreChanges> m_changes; // while at least one sink is advised
 };

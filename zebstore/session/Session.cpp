@@ -3,6 +3,7 @@
 #include "zebstore/addressbook/AddressBook.h"
 #include "zebstore/addressbook/AddressId.h"
 #include "zebstore/addressbook/AddressObjects.h"
+#include "zebstore/base/Locks.h"
 #include "zebstore/notify/Notifier.h"
 #include "zebstore/objects/EntryIdBytes.h"
 #include "zebstore/objects/Folder.h"
@@ -14,7 +15,6 @@
 #include "zebstore/profiles/ServiceAdmin.h"
 
 #include <cstring>
-#include <mutex>
 
 namespace zebstore
 {
@@ -191,7 +191,7 @@ public:
         return Guarded("IMAPISession::Logoff", [&]
         {
             CloseSinks();
-            const std::lock_guard<std::mutex> hold(m_lock);
+            const std::lock_guard hold(m_lock);
             m_loggedOn = false;
             m_store.reset();
         });
@@ -231,7 +231,7 @@ private:
     std::shared_ptr<StoreSinks> Sinks()
     {
         const StorePtr store = Opened();
-        const std::lock_guard<std::mutex> hold(m_lock);
+        const std::lock_guard hold(m_lock);
         if (!m_sinks)
         {
             m_sinks = std::make_shared<StoreSinks>(store);
@@ -243,7 +243,7 @@ private:
     {
         std::shared_ptr<StoreSinks> sinks;
         {
-            const std::lock_guard<std::mutex> hold(m_lock);
+            const std::lock_guard hold(m_lock);
             sinks.swap(m_sinks);
         }
         // Not under the lock: this waits for calls in progress, which may use the session.
@@ -262,7 +262,7 @@ private:
 
     void RequireLoggedOn()
     {
-        const std::lock_guard<std::mutex> hold(m_lock);
+        const std::lock_guard hold(m_lock);
         if (!m_loggedOn)
         {
             throw Error(MAPI_E_END_OF_SESSION, "the session was logged off");
@@ -272,7 +272,7 @@ private:
     /// The profile's store, opened for writing when that is allowed.
     StorePtr Opened()
     {
-        const std::lock_guard<std::mutex> hold(m_lock);
+        const std::lock_guard hold(m_lock);
         if (!m_loggedOn)
         {
             throw Error(MAPI_E_END_OF_SESSION, "the session was logged off");
@@ -337,7 +337,7 @@ private:
     }
 
     const std::string m_profile;
-    std::mutex m_lock;
+    MutexOf<lockorder::Session> m_lock;
     bool m_loggedOn = true;
     StorePtr m_store;
     std::shared_ptr<StoreSinks> m_sinks;

@@ -59,7 +59,7 @@ public:
 
     std::vector<RowKey> Keys(const Restriction* restriction, const SortOrder* order) override
     {
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        const std::lock_guard hold(m_store->Lock());
         const ReadScope snapshot(m_store->Connection().Db());
         if (Count() == 0)
         {
@@ -82,7 +82,7 @@ public:
 
     std::vector<RowKey> KeysAfter(std::optional<RowKey> after, size_t count) override
     {
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        const std::lock_guard hold(m_store->Lock());
         const ReadScope snapshot(m_store->Connection().Db());
         if (Count() == 0)
         {
@@ -102,7 +102,7 @@ public:
 
     void Read(const RowKey* keys, size_t count, const Visitor& visit) override
     {
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        const std::lock_guard hold(m_store->Lock());
         const ReadScope snapshot(m_store->Connection().Db());
         if (count == 0)
         {
@@ -127,7 +127,7 @@ public:
     std::vector<ULONG> AllColumns() override
     {
         ColumnList columns(DefaultColumns());
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        const std::lock_guard hold(m_store->Lock());
         const std::vector<RowKey> keys = KeysAfter(std::nullopt, 100); // the first rows represent all
         for (const RowKey key : keys)
         {

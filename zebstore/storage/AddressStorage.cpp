@@ -66,7 +66,7 @@ void AddressStorage::Touch(std::int64_t rows) const
 
 ULONG AddressStorage::Count() const
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+    const std::lock_guard hold(m_store->Lock());
     if (!IsThere())
     {
         return 0;
@@ -77,7 +77,7 @@ ULONG AddressStorage::Count() const
 
 std::uint64_t AddressStorage::Generation() const
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+    const std::lock_guard hold(m_store->Lock());
     if (!IsThere())
     {
         return 0;
@@ -88,7 +88,7 @@ std::uint64_t AddressStorage::Generation() const
 
 PropertySet AddressStorage::Properties() const
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+    const std::lock_guard hold(m_store->Lock());
     if (!IsThere())
     {
         return {};
@@ -101,7 +101,7 @@ PropertySet AddressStorage::Properties() const
 
 void AddressStorage::SaveProperties(const PropertySet& properties) const
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+    const std::lock_guard hold(m_store->Lock());
     m_store->Connection().RequireWritable();
     Transaction transaction(m_store->Connection().Db());
     std::vector<LargeReference> kept;
@@ -120,13 +120,13 @@ void AddressStorage::SaveProperties(const PropertySet& properties) const
 
 bool AddressStorage::Exists(AddressId address) const
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+    const std::lock_guard hold(m_store->Lock());
     return IsThere() && Query(m_store->Connection().Db(), "SELECT 1 FROM address WHERE id=?").Bind(1, address).Step();
 }
 
 StoredAddress AddressStorage::Load(AddressId address) const
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+    const std::lock_guard hold(m_store->Lock());
     if (!IsThere())
     {
         ThrowGone(*m_store, MAPI_E_NOT_FOUND);
@@ -142,7 +142,7 @@ StoredAddress AddressStorage::Load(AddressId address) const
 
 std::vector<AddressId> AddressStorage::Named(std::string_view displayName) const
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+    const std::lock_guard hold(m_store->Lock());
     if (!IsThere())
     {
         return {};
@@ -154,7 +154,7 @@ std::vector<AddressId> AddressStorage::Named(std::string_view displayName) const
 
 AddressId AddressStorage::Create(ULONG type, const PropertySet& properties, AddressId list) const
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+    const std::lock_guard hold(m_store->Lock());
     m_store->Connection().RequireWritable();
     Database& database = m_store->Connection().Db();
     Transaction transaction(database);
@@ -182,7 +182,7 @@ AddressId AddressStorage::Create(ULONG type, const PropertySet& properties, Addr
 
 std::int64_t AddressStorage::Save(AddressId address, const PropertySet& properties, std::int64_t change) const
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+    const std::lock_guard hold(m_store->Lock());
     m_store->Connection().RequireWritable();
     Database& database = m_store->Connection().Db();
     Transaction transaction(database);
@@ -218,7 +218,7 @@ std::int64_t AddressStorage::Save(AddressId address, const PropertySet& properti
 
 size_t AddressStorage::Delete(const std::vector<AddressId>& addresses) const
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+    const std::lock_guard hold(m_store->Lock());
     m_store->Connection().RequireWritable();
     Database& database = m_store->Connection().Db();
     Transaction transaction(database);
@@ -250,7 +250,7 @@ void AddressStorage::RequireList(AddressId list) const
 
 std::vector<ListMember> AddressStorage::Members(AddressId list) const
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+    const std::lock_guard hold(m_store->Lock());
     const ReadScope snapshot(m_store->Connection().Db());
     if (!IsThere())
     {
@@ -269,7 +269,7 @@ std::vector<ListMember> AddressStorage::Members(AddressId list) const
 
 void AddressStorage::AddMembers(AddressId list, const std::vector<ListMember>& members) const
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+    const std::lock_guard hold(m_store->Lock());
     m_store->Connection().RequireWritable();
     Database& database = m_store->Connection().Db();
     Transaction transaction(database);
@@ -305,7 +305,7 @@ void AddressStorage::AddMembers(AddressId list, const std::vector<ListMember>& m
 
 size_t AddressStorage::RemoveMembers(AddressId list, const std::vector<ListMember>& members) const
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+    const std::lock_guard hold(m_store->Lock());
     m_store->Connection().RequireWritable();
     Database& database = m_store->Connection().Db();
     Transaction transaction(database);

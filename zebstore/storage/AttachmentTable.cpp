@@ -170,7 +170,7 @@ PartsSize AttachmentTable::SizeOf(MessageId message)
 
 std::vector<ULONG> AttachmentTable::Numbers(MessageId message)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    const std::lock_guard hold(m_connection.Lock());
     std::vector<ULONG> numbers = ReadNumbers(message);
     if (numbers.empty())
     {
@@ -181,7 +181,7 @@ std::vector<ULONG> AttachmentTable::Numbers(MessageId message)
 
 bool AttachmentTable::Has(MessageId message, ULONG number)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    const std::lock_guard hold(m_connection.Lock());
     Query query(m_connection.Db(), "SELECT 1 FROM attachment WHERE message=? AND number=?");
     if (query.Bind(1, message).Bind(2, number).Step())
     {
@@ -197,7 +197,7 @@ bool AttachmentTable::Has(MessageId message, ULONG number)
 
 PropertySet AttachmentTable::Load(MessageId message, ULONG number)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    const std::lock_guard hold(m_connection.Lock());
     Query query(m_connection.Db(), "SELECT props FROM attachment WHERE message=? AND number=?");
     if (!query.Bind(1, message).Bind(2, number).Step())
     {
@@ -208,7 +208,7 @@ PropertySet AttachmentTable::Load(MessageId message, ULONG number)
 
 std::optional<MessageId> AttachmentTable::Embedded(MessageId message, ULONG number)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    const std::lock_guard hold(m_connection.Lock());
     Query query(m_connection.Db(), "SELECT embedded FROM attachment WHERE message=? AND number=?");
     if (!query.Bind(1, message).Bind(2, number).Step())
     {

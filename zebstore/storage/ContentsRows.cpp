@@ -144,7 +144,7 @@ public:
 
     std::optional<RowKey> KeyBefore(RowKey key) override
     {
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        const std::lock_guard hold(m_store->Lock());
         Query query(m_store->Connection().Db(),
                     "SELECT id FROM message WHERE id < ? AND id >= ? ORDER BY id DESC LIMIT 1");
         query.Bind(1, key).Bind(2, m_contents.FirstMessage());
@@ -183,7 +183,7 @@ public:
 
     std::vector<RowKey> KeysAfter(std::optional<RowKey> after, size_t count) override
     {
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        const std::lock_guard hold(m_store->Lock());
         Query query(m_store->Connection().Db(), "SELECT id FROM message WHERE id > ? AND id <= ? ORDER BY id LIMIT ?");
         query.Bind(1, after ? *after : m_contents.FirstMessage())
             .Bind(2, m_contents.LastMessage())
@@ -237,7 +237,7 @@ public:
     std::vector<ULONG> AllColumns() override
     {
         ColumnList columns(DefaultColumns());
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        const std::lock_guard hold(m_store->Lock());
         // Only the first rows are read: a scan of a large folder for rare columns would take too long.
         Query query(m_store->Connection().Db(),
                     "SELECT props FROM message WHERE id BETWEEN ? AND ? ORDER BY id LIMIT 100");

@@ -38,7 +38,7 @@ struct ContentsTable::Row
 // Asked at each call of a table: the file is read only when something was committed since.
 ContentsTable::Counters ContentsTable::CountersOf(ContentsKey contents)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    const std::lock_guard hold(m_connection.Lock());
     const std::uint64_t commit = m_connection.Db().Commits();
     if (commit == 0)
     {
@@ -93,7 +93,7 @@ std::uint64_t ContentsTable::ChangeStamp()
 
 RowChanges ContentsTable::ChangesSince(ContentsKey contents, std::uint64_t generation)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    const std::lock_guard hold(m_connection.Lock());
     Query query(m_connection.Db(), "SELECT change, recent FROM contents WHERE container=?");
     if (!query.Bind(1, contents.Column()).Step())
     {

@@ -167,7 +167,7 @@ FolderId FolderTable::Insert(FolderId id, FolderId parent, const PropertySet& pr
 
 FolderInfo FolderTable::Info(FolderId folder)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    const std::lock_guard hold(m_connection.Lock());
     Query query(m_connection.Db(), ZEB_FOLDER_COLUMNS "WHERE f.id=?");
     if (!query.Bind(1, folder).Step())
     {
@@ -178,14 +178,14 @@ FolderInfo FolderTable::Info(FolderId folder)
 
 bool FolderTable::Exists(FolderId folder)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    const std::lock_guard hold(m_connection.Lock());
     Query query(m_connection.Db(), "SELECT 1 FROM folder WHERE id=?");
     return query.Bind(1, folder).Step();
 }
 
 PropertySet FolderTable::Properties(FolderId folder)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    const std::lock_guard hold(m_connection.Lock());
     Query query(m_connection.Db(), "SELECT props FROM folder WHERE id=?");
     if (!query.Bind(1, folder).Step())
     {
@@ -196,7 +196,7 @@ PropertySet FolderTable::Properties(FolderId folder)
 
 FolderTimes FolderTable::Times(FolderId folder)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    const std::lock_guard hold(m_connection.Lock());
     if (m_connection.Version() < FolderTimesVersion)
     {
         return {};
@@ -241,7 +241,7 @@ std::vector<FolderInfo> FolderTable::Under(FolderId folder, bool wholeTree)
 
 FolderId FolderTable::Find(FolderId parent, std::string_view utf8Name)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    const std::lock_guard hold(m_connection.Lock());
     const std::string key = KeyOf(utf8Name);
     Query query(m_connection.Db(), "SELECT id FROM folder WHERE parent=? AND key=?");
     query.Bind(1, parent).BindText(2, key);

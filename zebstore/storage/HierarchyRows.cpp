@@ -152,7 +152,7 @@ public:
 
     std::vector<RowKey> Keys(const Restriction* restriction, const SortOrder* order) override
     {
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        const std::lock_guard hold(m_store->Lock());
         RowSelection selection(restriction, order);
         for (const FolderInfo& info : m_store->Folders().Under(m_folder, m_wholeTree))
         {
@@ -206,7 +206,7 @@ public:
     std::vector<ULONG> AllColumns() override
     {
         ColumnList columns(DefaultColumns());
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        const std::lock_guard hold(m_store->Lock());
         for (const FolderInfo& info : m_store->Folders().Under(m_folder, m_wholeTree))
         {
             for (const ULONG tag : m_store->Folders().Properties(info.id).Tags())
@@ -238,7 +238,7 @@ private:
 
     std::map<FolderId, Seen> See() const
     {
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        const std::lock_guard hold(m_store->Lock());
         std::map<FolderId, Seen> seen;
         Query query(m_store->Connection().Db(), "SELECT props FROM folder WHERE id=?");
         for (const FolderInfo& info : m_store->Folders().Under(m_folder, m_wholeTree))
@@ -252,7 +252,7 @@ private:
 
     void SeeCounters()
     {
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        const std::lock_guard hold(m_store->Lock());
         Query query(m_store->Connection().Db(), "SELECT container, rows, unread FROM contents");
         while (query.Step())
         {

@@ -135,7 +135,7 @@ public:
         {
             return;
         }
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        const std::lock_guard hold(m_store->Lock());
         try
         {
             DropChunksFrom(0);
@@ -148,13 +148,13 @@ public:
 
     std::uint64_t Size() const override
     {
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        const std::lock_guard hold(m_store->Lock());
         return m_size;
     }
 
     size_t Read(std::uint64_t offset, void* to, size_t count) const override
     {
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        const std::lock_guard hold(m_store->Lock());
         if (offset >= m_size)
         {
             return 0;
@@ -178,7 +178,7 @@ public:
 
     void Write(std::uint64_t offset, const void* from, size_t count) override
     {
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        const std::lock_guard hold(m_store->Lock());
         if (offset > MostBytes || count > MostBytes - offset)
         {
             throw Error(MAPI_E_TOO_BIG, "a stream cannot grow to this size");
@@ -202,7 +202,7 @@ public:
 
     void SetSize(std::uint64_t size) override
     {
-        const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+        const std::lock_guard hold(m_store->Lock());
         if (size > MostBytes)
         {
             throw Error(MAPI_E_TOO_BIG, "a stream cannot grow to this size");
@@ -429,14 +429,14 @@ std::uint64_t StoredLargeValue::Size() const
     {
         return m_reference.size;
     }
-    const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+    const std::lock_guard hold(m_store->Lock());
     Convert();
     return m_text.size();
 }
 
 size_t StoredLargeValue::Read(std::uint64_t offset, void* to, size_t count) const
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_store->Lock());
+    const std::lock_guard hold(m_store->Lock());
     if (IsPlainHere())
     {
         return ReadChunks(m_reference.id, m_reference.size, offset, to, count);

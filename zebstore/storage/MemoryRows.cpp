@@ -55,7 +55,7 @@ void MemoryRows::Replace(std::vector<PropertySet> rows, std::vector<RowKey> keys
     }
     Require(keys.size() == rows.size() && std::set<RowKey>(keys.begin(), keys.end()).size() == keys.size(),
             "Each row needs a key of its own.");
-    const std::lock_guard<std::mutex> hold(m_lock);
+    const std::lock_guard hold(m_lock);
     m_rows.swap(rows);
     m_keys.swap(keys);
     ++m_generation;
@@ -63,19 +63,19 @@ void MemoryRows::Replace(std::vector<PropertySet> rows, std::vector<RowKey> keys
 
 ULONG MemoryRows::Count()
 {
-    const std::lock_guard<std::mutex> hold(m_lock);
+    const std::lock_guard hold(m_lock);
     return static_cast<ULONG>(m_rows.size());
 }
 
 std::uint64_t MemoryRows::Generation()
 {
-    const std::lock_guard<std::mutex> hold(m_lock);
+    const std::lock_guard hold(m_lock);
     return m_generation;
 }
 
 std::vector<RowKey> MemoryRows::Keys(const Restriction* restriction, const SortOrder* order)
 {
-    const std::lock_guard<std::mutex> hold(m_lock);
+    const std::lock_guard hold(m_lock);
     RowSelection selection(restriction, order);
     for (size_t i = 0; i < m_rows.size(); ++i)
     {
@@ -86,7 +86,7 @@ std::vector<RowKey> MemoryRows::Keys(const Restriction* restriction, const SortO
 
 std::vector<RowKey> MemoryRows::KeysAfter(std::optional<RowKey> after, size_t count)
 {
-    const std::lock_guard<std::mutex> hold(m_lock);
+    const std::lock_guard hold(m_lock);
     auto first = m_keys.begin();
     if (after)
     {
@@ -102,7 +102,7 @@ std::vector<RowKey> MemoryRows::KeysAfter(std::optional<RowKey> after, size_t co
 
 void MemoryRows::Read(const RowKey* keys, size_t count, const Visitor& visit)
 {
-    const std::lock_guard<std::mutex> hold(m_lock);
+    const std::lock_guard hold(m_lock);
     const PropertySet none;
     for (size_t i = 0; i < count; ++i)
     {
@@ -113,13 +113,13 @@ void MemoryRows::Read(const RowKey* keys, size_t count, const Visitor& visit)
 
 std::vector<ULONG> MemoryRows::DefaultColumns()
 {
-    const std::lock_guard<std::mutex> hold(m_lock);
+    const std::lock_guard hold(m_lock);
     return m_defaultColumns.empty() ? TagsOfAll(m_rows) : m_defaultColumns;
 }
 
 std::vector<ULONG> MemoryRows::AllColumns()
 {
-    const std::lock_guard<std::mutex> hold(m_lock);
+    const std::lock_guard hold(m_lock);
     ColumnList columns(m_defaultColumns);
     for (const ULONG tag : TagsOfAll(m_rows))
     {

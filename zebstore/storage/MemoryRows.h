@@ -1,9 +1,8 @@
 // Rows held in memory.
 #pragma once
 
+#include "zebstore/base/Locks.h"
 #include "zebstore/storage/RowSource.h"
-
-#include <mutex>
 
 namespace zebstore
 {
@@ -27,7 +26,7 @@ public:
     std::vector<ULONG> AllColumns() override;
 
 private:
-    mutable std::mutex m_lock;
+    mutable MutexOf<lockorder::Rows> m_lock;
     std::vector<PropertySet> m_rows;
     std::vector<RowKey> m_keys;
     std::vector<ULONG> m_defaultColumns;

@@ -217,7 +217,7 @@ std::int64_t MessageTable::Save(MessageId message, const MessageContent& content
 
 StoredMessage MessageTable::Load(MessageId message)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    const std::lock_guard hold(m_connection.Lock());
     Query query(m_connection.Db(), "SELECT change, props FROM message WHERE id=?");
     if (!query.Bind(1, message).Step())
     {
@@ -228,7 +228,7 @@ StoredMessage MessageTable::Load(MessageId message)
 
 bool MessageTable::Exists(MessageId message)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    const std::lock_guard hold(m_connection.Lock());
     Query query(m_connection.Db(), "SELECT 1 FROM message WHERE id=?");
     return query.Bind(1, message).Step();
 }
@@ -255,7 +255,7 @@ MessageContent MessageTable::LoadWhole(MessageId message)
 
 std::vector<MessageId> MessageTable::In(ContentsKey contents)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    const std::lock_guard hold(m_connection.Lock());
     Query query(m_connection.Db(), "SELECT id FROM message WHERE id BETWEEN ? AND ? ORDER BY id");
     std::vector<MessageId> messages = query.Bind(1, contents.FirstMessage()).Bind(2, contents.LastMessage()).Numbers();
     if (messages.size() != m_contents.Rows(contents))

@@ -92,7 +92,7 @@ PropertyName NameOf(const Query& query)
 
 std::vector<ULONG> NamedPropertyTable::Ids(const MAPINAMEID* const* names, size_t count, bool create)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    const std::lock_guard hold(m_connection.Lock());
     std::vector<NameRow> rows;
     for (size_t i = 0; i < count; ++i)
     {
@@ -129,7 +129,7 @@ std::vector<ULONG> NamedPropertyTable::Ids(const MAPINAMEID* const* names, size_
 
 std::optional<PropertyName> NamedPropertyTable::Name(ULONG id)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    const std::lock_guard hold(m_connection.Lock());
     Query query(m_connection.Db(), "SELECT id, guid, kind, number, name FROM named WHERE id=?");
     query.Bind(1, id);
     if (!query.Step())
@@ -141,7 +141,7 @@ std::optional<PropertyName> NamedPropertyTable::Name(ULONG id)
 
 std::vector<PropertyName> NamedPropertyTable::All()
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    const std::lock_guard hold(m_connection.Lock());
     std::vector<PropertyName> names;
     Query query(m_connection.Db(), "SELECT id, guid, kind, number, name FROM named ORDER BY id");
     while (query.Step())

@@ -7,7 +7,7 @@ namespace zebstore
 
 ReceiveFolder ReceiveFolderTable::Of(const std::string& messageClass)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    const std::lock_guard hold(m_connection.Lock());
     Query query(m_connection.Db(), "SELECT class, folder FROM receive WHERE class=?");
     for (std::string name = messageClass;;)
     {
@@ -45,7 +45,7 @@ void ReceiveFolderTable::Set(const std::string& messageClass, FolderId folder)
 
 std::vector<ReceiveFolder> ReceiveFolderTable::All()
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    const std::lock_guard hold(m_connection.Lock());
     std::vector<ReceiveFolder> folders;
     Query query(m_connection.Db(), "SELECT class, folder FROM receive ORDER BY class");
     while (query.Step())

@@ -7,7 +7,7 @@ namespace zebstore
 
 std::vector<PropertySet> RecipientTable::Load(MessageId message)
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    const std::lock_guard hold(m_connection.Lock());
     std::vector<PropertySet> recipients;
     Query query(m_connection.Db(), "SELECT props FROM recipient WHERE message=? ORDER BY number");
     query.Bind(1, message);

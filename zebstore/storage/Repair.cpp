@@ -399,7 +399,7 @@ void RepairStore(StoreFile& store, const WorkReport& report)
 
 void CompactStore(StoreFile& store, const WorkReport& report)
 {
-    const std::lock_guard<std::recursive_mutex> hold(store.Lock());
+    const std::lock_guard hold(store.Lock());
     store.Connection().RequireWritable();
     Database& database = store.Connection().Db();
     constexpr int InstructionsBetween = 100000;

@@ -318,7 +318,7 @@ std::vector<std::string> CheckPages(Database& database, int most)
 std::vector<std::string> CheckStore(StoreConnection& connection, TextIndex& texts, HRESULT& failure)
 {
     failure = S_OK;
-    const std::lock_guard<std::recursive_mutex> hold(connection.Lock());
+    const std::lock_guard hold(connection.Lock());
     Database& database = connection.Db();
     Problems problems;
     try

@@ -1,10 +1,10 @@
 // One connection to a store file: lock, transactions, snapshots.
 #pragma once
 
+#include "zebstore/base/Locks.h"
 #include "zebstore/storage/Database.h"
 
 #include <memory>
-#include <mutex>
 #include <string>
 
 namespace zebstore
@@ -25,14 +25,14 @@ public:
     void RequireWritable() const;
 
     /// Recursive, for a caller that makes several calls which belong together.
-    std::recursive_mutex& Lock() const { return m_lock; }
+    StoreLock& Lock() const { return m_lock; }
     Database& Db() const { return *m_database; }
 
 private:
     const std::unique_ptr<Database> m_database;
     const bool m_readOnly;
     const std::int64_t m_version;
-    mutable std::recursive_mutex m_lock;
+    mutable StoreLock m_lock;
 };
 
 /// The lock and a write transaction; inside another one it is a part of that. Without Commit it is rolled back.
@@ -49,7 +49,7 @@ public:
     void Commit() { m_transaction.Commit(); }
 
 private:
-    const std::lock_guard<std::recursive_mutex> m_hold;
+    const std::lock_guard<StoreLock> m_hold;
     Transaction m_transaction;
 };
 
@@ -64,7 +64,7 @@ public:
     }
 
 private:
-    const std::lock_guard<std::recursive_mutex> m_hold;
+    const std::lock_guard<StoreLock> m_hold;
     const ReadScope m_read;
 };
 

@@ -291,7 +291,7 @@ std::vector<std::string> StoreFile::CheckWhole(HRESULT& failure)
 
 PropertySet StoreFile::Properties()
 {
-    const std::lock_guard<std::recursive_mutex> hold(Lock());
+    const std::lock_guard hold(Lock());
     Query query(m_connection->Db(), "SELECT props FROM store WHERE id=1");
     query.Step();
     return PropertyBlob(query.Bytes(0), *m_connection, {"the store"}).Decode();

@@ -77,7 +77,7 @@ public:
     std::shared_ptr<StagedValue> Stage(const LargeValue& value);
 
     /// The lock around the connection, for a caller that makes several calls which belong together.
-    std::recursive_mutex& Lock() const { return m_connection->Lock(); }
+    StoreLock& Lock() const { return m_connection->Lock(); }
     StoreConnection& Connection() const { return *m_connection; }
 
 private:

@@ -199,7 +199,7 @@ void AppendMembers(Database& database, std::int64_t block, const Slots& slots, C
 
 bool TextIndex::IsOn()
 {
-    const std::lock_guard<std::recursive_mutex> hold(m_connection.Lock());
+    const std::lock_guard hold(m_connection.Lock());
     Query query(m_connection.Db(), "PRAGMA schema_version");
     query.Step();
     const std::int64_t cookie = query.Number(0);

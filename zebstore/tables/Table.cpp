@@ -235,7 +235,7 @@ private:
     {
         return Guarded(method, [&]() -> decltype(body())
         {
-            const std::lock_guard<std::mutex> hold(m_state->Lock());
+            const std::lock_guard hold(m_state->Lock());
             return body();
         });
     }

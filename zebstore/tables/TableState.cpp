@@ -234,7 +234,7 @@ ULONG_PTR TableState::Advise(IMAPIAdviseSink* sink)
 {
     const ULONG_PTR number = NextConnectionNumber();
     {
-        const std::lock_guard<std::mutex> hold(m_lock);
+        const std::lock_guard hold(m_lock);
         m_view.Follow(true);
         TakeOver();
         m_sinks.Add(number, sink);
@@ -248,7 +248,7 @@ void TableState::Unadvise(ULONG_PTR number)
     std::shared_ptr<Connection> connection;
     bool last = false;
     {
-        const std::lock_guard<std::mutex> hold(m_lock);
+        const std::lock_guard hold(m_lock);
         connection = m_sinks.Remove(number);
         last = m_sinks.IsEmpty();
         if (last)
@@ -262,7 +262,7 @@ void TableState::Unadvise(ULONG_PTR number)
         return;
     }
     Notifier::The().Remove(this);
-    std::unique_lock<std::mutex> hold(m_lock);
+    std::unique_lock hold(m_lock);
     const bool again = !m_sinks.IsEmpty(); // a connection was added in the meantime
     hold.unlock();
     if (again)
@@ -275,7 +275,7 @@ void TableState::Close() noexcept
 {
     TableSinks::Connections connections;
     {
-        const std::lock_guard<std::mutex> hold(m_lock);
+        const std::lock_guard hold(m_lock);
         connections = m_sinks.TakeAll();
         m_view.Follow(false);
     }
@@ -314,7 +314,7 @@ void TableState::LookForChanges()
 
 TableSinks::Delivery TableState::TakeDelivery()
 {
-    const std::lock_guard<std::mutex> hold(m_lock);
+    const std::lock_guard hold(m_lock);
     if (m_sinks.IsEmpty())
     {
         return {};
@@ -336,7 +336,7 @@ bool TableState::LookAndDeliver() noexcept
     }
     catch (...)
     {
-        const std::lock_guard<std::mutex> hold(m_lock);
+        const std::lock_guard hold(m_lock);
         m_lost = true;
     }
     return true;

@@ -1,6 +1,7 @@
 // The state of an open table: view, columns, advise sinks.
 #pragma once
 
+#include "zebstore/base/Locks.h"
 #include "zebstore/notify/Notifier.h"
 #include "zebstore/storage/InstanceRows.h"
 #include "zebstore/tables/TableOptions.h"
@@ -17,6 +18,8 @@ namespace zebstore
 class TableState : public Notified, public std::enable_shared_from_this<TableState>
 {
 public:
+    using TableLock = MutexOf<lockorder::Table>;
+
     TableState(std::shared_ptr<RowSource> rows, const TableOptions& options)
         : m_options(options)
         , m_instances(std::make_shared<InstanceRows>(std::move(rows)))
@@ -24,7 +27,7 @@ public:
     {
     }
 
-    std::mutex& Lock() { return m_lock; }
+    TableLock& Lock() { return m_lock; }
     const TableOptions& Options() const { return m_options; }
     /// The view, up to date with its source; what that changed is queued for the sinks.
     TableView& Current();
@@ -64,7 +67,7 @@ private:
     void LookForChanges();
     TableSinks::Delivery TakeDelivery();
 
-    std::mutex m_lock;
+    TableLock m_lock;
     const TableOptions m_options;
     const std::shared_ptr<InstanceRows> m_instances;
     TableView m_view;

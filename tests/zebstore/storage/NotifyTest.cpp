@@ -113,7 +113,7 @@ TEST_F(NotifyTest, TooManyChangesBecomeOne)
 {
     const auto addAtOnce = [&](int count)
     {
-        const std::lock_guard<std::recursive_mutex> hold(Store().Lock());
+        const std::lock_guard hold(Store().Lock());
         for (int i = 0; i < count; ++i)
         {
             Add(i);
@@ -284,7 +284,7 @@ TEST_F(NotifyTest, ACopyEqualsAFreshRead)
     for (int round = 0; round < 60; ++round)
     {
         {
-            const std::lock_guard<std::recursive_mutex> hold(Store().Lock());
+            const std::lock_guard hold(Store().Lock());
             for (size_t i = below(8) + 1; i-- > 0;)
             {
                 changeOnce();

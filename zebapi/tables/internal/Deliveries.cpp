@@ -36,7 +36,7 @@ bool DeliveryList::Any(const Test& test) const
 CAdviseSinkDelegate* DeliveryList::Enter(Delivery& delivery, const CAdviseSink* sink,
                                          CAdviseSinkDelegate* const& delegate)
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard lock(m_mutex);
     if (delegate != nullptr)
     {
         delivery = {sink, delegate, std::this_thread::get_id(), ++m_entered, m_first};
@@ -47,7 +47,7 @@ CAdviseSinkDelegate* DeliveryList::Enter(Delivery& delivery, const CAdviseSink* 
 
 void DeliveryList::Leave(const Delivery& delivery)
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard lock(m_mutex);
     Delivery** at = &m_first;
     while (*at != &delivery)
     {
@@ -59,31 +59,31 @@ void DeliveryList::Leave(const Delivery& delivery)
 
 bool DeliveryList::IsInside(const CAdviseSinkDelegate* delegate) const
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard lock(m_mutex);
     return Any([&](const Delivery& d) { return d.delegate == delegate && OfThisThread(d); });
 }
 
 CAdviseSinkDelegate* DeliveryList::Read(CAdviseSinkDelegate* const& delegate) const
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard lock(m_mutex);
     return delegate;
 }
 
 void DeliveryList::Write(CAdviseSinkDelegate*& delegate, CAdviseSinkDelegate* value)
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const std::lock_guard lock(m_mutex);
     delegate = value;
 }
 
 void DeliveryList::AwaitSink(const CAdviseSink* sink)
 {
-    std::unique_lock<std::mutex> lock(m_mutex);
+    std::unique_lock lock(m_mutex);
     m_left.wait(lock, [&] { return !Any([&](const Delivery& d) { return d.sink == sink && !OfThisThread(d); }); });
 }
 
 void DeliveryList::AwaitDelegate(const CAdviseSinkDelegate* delegate)
 {
-    std::unique_lock<std::mutex> lock(m_mutex);
+    std::unique_lock lock(m_mutex);
     if (Any([&](const Delivery& d) { return d.delegate == delegate && OfThisThread(d); }))
     {
         return;

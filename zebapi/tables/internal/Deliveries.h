@@ -1,8 +1,8 @@
 // Internal: the active calls of delegates, of all sinks of the process.
 #pragma once
 
-#include <condition_variable>
-#include <mutex>
+#include "zebapi/tables/internal/Locks.h"
+
 #include <thread>
 
 class CAdviseSink;
@@ -42,8 +42,8 @@ private:
     template <class Test>
     bool Any(const Test& test) const;
 
-    mutable std::mutex m_mutex;
-    std::condition_variable m_left;
+    mutable lockorder::MutexOf<lockorder::Deliveries> m_mutex;
+    platform::Condition m_left;
     Delivery* m_first = nullptr;
     unsigned long long m_entered = 0;
 };

@@ -1,7 +1,8 @@
 #include "zebapi/tables/internal/TableNumbers.h"
 
+#include "zebapi/tables/internal/Locks.h"
+
 #include <map>
-#include <mutex>
 #include <tuple>
 
 namespace zeb
@@ -19,7 +20,7 @@ constexpr ULONG FirstSubstitute = 0xC0000000;
 /// has an entry.
 struct Substitutes
 {
-    std::mutex lock;
+    lockorder::MutexOf<lockorder::Numbers> lock;
     std::map<Key, ULONG_PTR> numbers;
     ULONG next = FirstSubstitute;
 };
@@ -35,7 +36,7 @@ Substitutes& The()
 ULONG ShortNumber(const IMAPITable* table, TableNumber kind, ULONG_PTR number)
 {
     Substitutes& all = The();
-    const std::lock_guard<std::mutex> hold(all.lock);
+    const std::lock_guard hold(all.lock);
     ULONG given = static_cast<ULONG>(number);
     if (given == number && all.numbers.count(Key(table, kind, given)) == 0)
     {
@@ -55,7 +56,7 @@ ULONG ShortNumber(const IMAPITable* table, TableNumber kind, ULONG_PTR number)
 ULONG_PTR WholeNumber(const IMAPITable* table, TableNumber kind, ULONG given) noexcept
 {
     Substitutes& all = The();
-    const std::lock_guard<std::mutex> hold(all.lock);
+    const std::lock_guard hold(all.lock);
     const auto found = all.numbers.find(Key(table, kind, given));
     return found == all.numbers.end() ? given : found->second;
 }
@@ -63,7 +64,7 @@ ULONG_PTR WholeNumber(const IMAPITable* table, TableNumber kind, ULONG given) no
 void ForgetNumber(const IMAPITable* table, TableNumber kind, ULONG given) noexcept
 {
     Substitutes& all = The();
-    const std::lock_guard<std::mutex> hold(all.lock);
+    const std::lock_guard hold(all.lock);
     all.numbers.erase(Key(table, kind, given));
 }
 
