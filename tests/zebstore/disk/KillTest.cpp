@@ -67,11 +67,16 @@ protected:
         return log;
     }
 
-    bool HasStarted() const
+    /// Whether the victim has come to so many lines of the kind.
+    bool HasWritten(const std::string& kind, unsigned count) const
     {
-        std::string line;
         std::ifstream file(std::filesystem::u8path(m_log), std::ios::binary);
-        return std::getline(file, line) && !file.eof();
+        unsigned found = 0;
+        for (std::string line; std::getline(file, line) && !file.eof();)
+        {
+            found += line == kind ? 1 : 0;
+        }
+        return found >= count;
     }
 
     static void Apply(const LoadChange& change, Content& content)
@@ -85,14 +90,14 @@ protected:
         content.insert(change.added.begin(), change.added.end());
     }
 
-    /// Runs a victim and kills it so many microseconds after its start.
-    void RunVictim(unsigned microseconds)
+    /// Runs a victim and kills it so many microseconds after the line of its log.
+    void RunVictim(const std::string& kind, unsigned count, unsigned microseconds)
     {
         std::filesystem::remove(std::filesystem::u8path(m_log));
         zeb::test::ChildProcess victim(ZEB_STORE_VICTIM, {m_path, m_log, std::to_string(m_random())});
         ASSERT_TRUE(victim.IsStarted());
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-        while (!HasStarted() && std::chrono::steady_clock::now() < end)
+        while (!HasWritten(kind, count) && std::chrono::steady_clock::now() < end)
         {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
@@ -133,7 +138,7 @@ TEST_F(Kill, LosesNothingOfAMixedLoad)
     for (int kill = 0; kill < kills && !HasFailure(); ++kill)
     {
         SCOPED_TRACE("kill " + std::to_string(kill));
-        RunVictim(m_random() % 100000);
+        RunVictim("done", m_random() % 40, m_random() % 10000);
         content = Survey(ReadLog(content));
     }
     EXPECT_GT(m_done, 0u);
@@ -167,7 +172,7 @@ TEST_F(Kill, LosesNothingOfAnUpgrade)
                 each = each->rfind("entry ", 0) == 0 ? content.erase(each) : std::next(each);
             }
         }
-        RunVictim(m_random() % 10000);
+        RunVictim("start", 1, m_random() % 10000);
         Survey(ReadLog(content));
     }
     std::printf("%d of %d kills after the upgrade\n", m_opened, kills);
