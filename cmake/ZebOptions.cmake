@@ -91,8 +91,9 @@ endif()
 add_library(zeb_options INTERFACE)
 target_include_directories(zeb_options INTERFACE ${CMAKE_SOURCE_DIR})
 target_compile_options(zeb_options INTERFACE ${zeb_warnings})
-# Each lock is checked to be taken in its order (platform/lockorder.h).
-target_compile_definitions(zeb_options INTERFACE $<$<CONFIG:Debug>:ZEB_CHECK_LOCKS>)
+# Each lock is checked to be taken in its order (platform/lockorder.h): always when debugging.
+option(ZEB_CHECK_LOCKS "Check the order of locks in releases too" OFF)
+target_compile_definitions(zeb_options INTERFACE $<$<OR:$<CONFIG:Debug>,$<BOOL:${ZEB_CHECK_LOCKS}>>:ZEB_CHECK_LOCKS>)
 if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
   # Several classes hide a base's overload on purpose (each says so); GCC's -Wall does not ask about it.
   target_compile_options(zeb_options INTERFACE -Wno-overloaded-virtual)

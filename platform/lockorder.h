@@ -1,41 +1,69 @@
-// Locks with a place in an order, which builds for debugging check.
+// Locks with a place in an order, which builds for debugging check (docs/impl.md).
 #pragma once
 
 #include <condition_variable>
 #include <mutex>
+#include <type_traits>
 
 namespace zeb::platform
 {
 
+/// The base of a kind of lock, which adds a Name.
+/// @tparam RankOf rises from the outermost lock to the innermost
+/// @tparam NestsOf whether a thread may hold several of this kind, in an order in which it always takes them
+template <int RankOf, bool NestsOf = false>
+struct LockRank
+{
+    static constexpr int Rank = RankOf;
+    static constexpr bool Nests = NestsOf;
+};
+
 #ifdef ZEB_CHECK_LOCKS
 
-/// Before this thread waits for a lock: ends the process, with the names of both locks on the standard error output,
-/// when the thread holds a lock of a higher rank, or one of the same rank that was locked after this one before. A lock
-/// that the thread holds already may be locked again.
-void LockIsTaken(const void* lock, int rank, const char* name) noexcept;
+struct LockKind
+{
+    int rank;
+    const char* name;
+    bool nests;
+    bool recursive;
+};
+
+template <class Order, bool Recursive>
+inline constexpr LockKind KindOf{Order::Rank, Order::Name, Order::Nests, Recursive};
+
+/// Before this thread waits for a lock: ends the process, with the names of both locks on the standard error output, when the
+/// thread holds a lock of the same or a higher rank. It may hold this lock if that is recursive, and others of this kind if they
+/// nest and were not locked the other way round before.
+void LockIsTaken(const void* lock, const LockKind& kind) noexcept;
 /// After this thread has got a lock without waiting.
-void LockIsTried(const void* lock, int rank, const char* name) noexcept;
+void LockIsTried(const void* lock, const LockKind& kind) noexcept;
 void LockIsReleased(const void* lock) noexcept;
-/// Forgets in which order the lock was taken.
+/// Forgets the order in which a lock that nests was taken.
 void LockIsGone(const void* lock) noexcept;
 
 // Methods are named as those of the standard library, whose templates use them.
 // NOLINTBEGIN(readability-identifier-naming)
 
 /// A mutex that knows its place. Threads: any.
-/// @tparam Order has Rank, a number that rises from the outermost lock to the innermost, and Name
+/// @tparam Order is derived from LockRank
 template <class Mutex, class Order>
 class OrderedMutex
 {
 public:
     OrderedMutex() = default;
-    ~OrderedMutex() { LockIsGone(this); }
+    ~OrderedMutex()
+    {
+        if constexpr (Order::Nests)
+        {
+            LockIsGone(this);
+        }
+    }
     OrderedMutex(const OrderedMutex&) = delete;
     OrderedMutex& operator=(const OrderedMutex&) = delete;
 
     void lock()
     {
-        LockIsTaken(this, Order::Rank, Order::Name);
+        LockIsTaken(this, Kind);
         m_mutex.lock();
     }
     /// Waits for nothing, so it may come in any order.
@@ -44,7 +72,7 @@ public:
         const bool locked = m_mutex.try_lock();
         if (locked)
         {
-            LockIsTried(this, Order::Rank, Order::Name);
+            LockIsTried(this, Kind);
         }
         return locked;
     }
@@ -57,6 +85,7 @@ public:
 private:
     friend class CheckedCondition;
 
+    static constexpr const LockKind& Kind = KindOf<Order, std::is_same_v<Mutex, std::recursive_mutex>>;
     Mutex m_mutex;
 };
 
@@ -93,6 +122,24 @@ private:
 
 // NOLINTEND(readability-identifier-naming)
 
+/// The place of a recursive lock of another type, while that is held: constructed before it is locked.
+template <class Order>
+class OrderedScope
+{
+public:
+    explicit OrderedScope(const void* lock)
+        : m_lock(lock)
+    {
+        LockIsTaken(lock, KindOf<Order, true>);
+    }
+    ~OrderedScope() { LockIsReleased(m_lock); }
+    OrderedScope(const OrderedScope&) = delete;
+    OrderedScope& operator=(const OrderedScope&) = delete;
+
+private:
+    const void* m_lock;
+};
+
 template <class Mutex, class Order>
 using Ordered = OrderedMutex<Mutex, Order>;
 /// To wait on with a lock on an ordered mutex.
@@ -103,6 +150,13 @@ using Condition = CheckedCondition;
 template <class Mutex, class Order>
 using Ordered = Mutex;
 using Condition = std::condition_variable;
+
+template <class Order>
+class OrderedScope
+{
+public:
+    explicit OrderedScope(const void*) {}
+};
 
 #endif
 

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <thread>
 #include <type_traits>
 
@@ -11,19 +12,35 @@ namespace zeb::platform
 namespace
 {
 
-struct Outer
+struct Outer : LockRank<1>
 {
-    static constexpr int Rank = 1;
     static constexpr const char* Name = "outer";
 };
-struct Inner
+struct Inner : LockRank<2>
 {
-    static constexpr int Rank = 2;
     static constexpr const char* Name = "inner";
+};
+struct Nested : LockRank<3, true>
+{
+    static constexpr const char* Name = "nested";
 };
 
 using OuterLock = Ordered<std::mutex, Outer>;
 using InnerLock = Ordered<std::recursive_mutex, Inner>;
+using NestedLock = Ordered<std::recursive_mutex, Nested>;
+
+/// Uses a lock when its thread, or the process, ends.
+struct AtTheEnd
+{
+    ~AtTheEnd()
+    {
+        const std::lock_guard hold(outer);
+        reached = true;
+    }
+
+    OuterLock& outer;
+    bool& reached;
+};
 
 TEST(LockOrder, LocksFromTheOutermostToTheInnermost)
 {
@@ -35,6 +52,61 @@ TEST(LockOrder, LocksFromTheOutermostToTheInnermost)
         const std::lock_guard second(inner);
         const std::lock_guard again(inner);
     }
+}
+
+TEST(LockOrder, ReleasesInAnyOrder)
+{
+    OuterLock outer;
+    InnerLock inner;
+    std::unique_lock first(outer);
+    std::unique_lock second(inner);
+    first.unlock();
+    second.unlock();
+    first.lock();
+}
+
+TEST(LockOrder, TriesInAnyOrder)
+{
+    OuterLock outer;
+    InnerLock inner;
+    const std::lock_guard first(inner);
+    EXPECT_TRUE(outer.try_lock());
+    outer.unlock();
+}
+
+TEST(LockOrder, EachThreadHoldsItsOwn)
+{
+    OuterLock outer;
+    InnerLock inner;
+    const std::lock_guard first(inner);
+    std::thread([&] { const std::lock_guard hold(outer); }).join();
+    EXPECT_TRUE(outer.try_lock());
+    outer.unlock();
+}
+
+TEST(LockOrder, LocksAtTheEndOfAThread)
+{
+    OuterLock outer;
+    bool reached = false;
+    std::thread([&]
+    {
+        thread_local const AtTheEnd end{outer, reached};
+        EXPECT_FALSE(end.reached);
+        const std::lock_guard hold(outer);
+    }).join();
+    EXPECT_TRUE(reached);
+}
+
+TEST(LockOrder, LocksAtTheEndOfTheProcess)
+{
+    const auto end = []
+    {
+        static OuterLock outer;
+        static bool reached = false;
+        static const AtTheEnd atEnd{outer, reached};
+        std::exit(atEnd.reached ? 1 : 0);
+    };
+    EXPECT_EXIT(end(), testing::ExitedWithCode(0), "");
 }
 
 TEST(LockOrder, WaitsOnAConditionReleaseTheLock)
@@ -55,6 +127,17 @@ TEST(LockOrder, WaitsOnAConditionReleaseTheLock)
     EXPECT_TRUE(done);
 }
 
+TEST(LockOrder, NestsOneWay)
+{
+    NestedLock one;
+    NestedLock other;
+    for (int i = 0; i < 2; ++i)
+    {
+        const std::lock_guard first(one);
+        const std::lock_guard second(other);
+    }
+}
+
 #ifdef ZEB_CHECK_LOCKS
 
 TEST(LockOrder, AgainstTheOrderEndsTheProcess)
@@ -65,27 +148,60 @@ TEST(LockOrder, AgainstTheOrderEndsTheProcess)
     EXPECT_DEATH(outer.lock(), "lock order: \"outer\" \\(rank 1\\) is locked while \"inner\" \\(rank 2\\) is held");
 }
 
-TEST(LockOrder, OneRankBothWaysEndsTheProcess)
+TEST(LockOrder, AfterATryEndsTheProcess)
+{
+    OuterLock outer;
+    InnerLock inner;
+    EXPECT_TRUE(inner.try_lock());
+    EXPECT_DEATH(outer.lock(), "\"outer\" .* while \"inner\"");
+    inner.unlock();
+}
+
+TEST(LockOrder, TwoOfOneRankEndTheProcess)
 {
     InnerLock one;
     InnerLock other;
+    const std::lock_guard first(one);
+    EXPECT_DEATH(other.lock(), "\"inner\" \\(rank 2\\) is locked while \"inner\" \\(rank 2\\) is held");
+}
+
+TEST(LockOrder, APlainLockTwiceEndsTheProcess)
+{
+    OuterLock outer;
+    const std::lock_guard first(outer);
+    EXPECT_DEATH(outer.lock(), "lock order: \"outer\".*: it waits for itself");
+}
+
+TEST(LockOrder, NestingBothWaysEndsTheProcess)
+{
+    NestedLock one;
+    NestedLock other;
     {
         const std::lock_guard first(one);
         const std::lock_guard second(other);
     }
     const std::lock_guard first(other);
-    EXPECT_DEATH(one.lock(), "lock order: \"inner\".* and the other way round before");
+    EXPECT_DEATH(one.lock(), "lock order: \"nested\".* and the other way round before");
 }
 
 TEST(LockOrder, ANewLockHasNoFormerOrder)
 {
-    InnerLock one;
+    NestedLock one;
     for (int i = 0; i < 2; ++i)
     {
-        InnerLock other;
-        std::scoped_lock<InnerLock> first(i == 0 ? one : other);
-        std::scoped_lock<InnerLock> second(i == 0 ? other : one);
+        NestedLock other;
+        std::scoped_lock<NestedLock> first(i == 0 ? one : other);
+        std::scoped_lock<NestedLock> second(i == 0 ? other : one);
     }
+}
+
+TEST(LockOrder, ASectionTakesPart)
+{
+    int section = 0;
+    OuterLock outer;
+    const OrderedScope<Inner> scope(&section);
+    const OrderedScope<Inner> again(&section);
+    EXPECT_DEATH(outer.lock(), "\"outer\" .* while \"inner\"");
 }
 
 #else
@@ -94,6 +210,7 @@ TEST(LockOrder, CostsNothing)
 {
     EXPECT_TRUE((std::is_same_v<OuterLock, std::mutex>));
     EXPECT_TRUE((std::is_same_v<Condition, std::condition_variable>));
+    EXPECT_TRUE(std::is_empty_v<OrderedScope<Outer>>);
 }
 
 #endif

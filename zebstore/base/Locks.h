@@ -6,35 +6,61 @@
 namespace zebstore
 {
 
-#define ZEB_LOCK_ORDER(order, rank, name)                                                                              \
-    struct order                                                                                                       \
-    {                                                                                                                  \
-        static constexpr int Rank = rank;                                                                              \
-        static constexpr const char* Name = name;                                                                      \
-    }
-
 namespace lockorder
 {
 
-ZEB_LOCK_ORDER(Life, 10, "MAPIInitialize");
-ZEB_LOCK_ORDER(Session, 20, "session");
-ZEB_LOCK_ORDER(Object, 30, "object");
-ZEB_LOCK_ORDER(Table, 40, "table or its sinks");
-ZEB_LOCK_ORDER(Store, 50, "store file");
-ZEB_LOCK_ORDER(Rows, 60, "rows in memory");
-ZEB_LOCK_ORDER(Notifier, 70, "notifier");
-ZEB_LOCK_ORDER(Connection, 80, "advise connection");
-ZEB_LOCK_ORDER(Keys, 90, "search keys");
-ZEB_LOCK_ORDER(Watch, 91, "watch of the calls");
-ZEB_LOCK_ORDER(Errors, 92, "error texts");
+using zeb::platform::LockRank;
+
+struct Life : LockRank<10>
+{
+    static constexpr const char* Name = "MAPIInitialize";
+};
+struct Session : LockRank<20>
+{
+    static constexpr const char* Name = "session";
+};
+struct Object : LockRank<30, true>
+{
+    static constexpr const char* Name = "object";
+};
+struct Table : LockRank<40>
+{
+    static constexpr const char* Name = "table or its sinks";
+};
+struct Store : LockRank<50>
+{
+    static constexpr const char* Name = "store file";
+};
+struct Rows : LockRank<60>
+{
+    static constexpr const char* Name = "rows in memory";
+};
+struct Notifier : LockRank<70>
+{
+    static constexpr const char* Name = "notifier";
+};
+struct Connection : LockRank<80>
+{
+    static constexpr const char* Name = "advise connection";
+};
+struct Keys : LockRank<90>
+{
+    static constexpr const char* Name = "search keys";
+};
+struct Watch : LockRank<91>
+{
+    static constexpr const char* Name = "watch of the calls";
+};
+struct Errors : LockRank<92>
+{
+    static constexpr const char* Name = "error texts";
+};
 
 } // namespace lockorder
 
-#undef ZEB_LOCK_ORDER
-
 /// Serializes the use of a store file; recursive.
 using StoreLock = zeb::platform::Ordered<std::recursive_mutex, lockorder::Store>;
-/// Of an object with properties; recursive.
+/// Of an object with properties; recursive. They nest: an attachment holds its own while it takes its message's.
 using ObjectLock = zeb::platform::Ordered<std::recursive_mutex, lockorder::Object>;
 template <class Order>
 using MutexOf = zeb::platform::Ordered<std::mutex, Order>;

@@ -6,19 +6,16 @@
 namespace zeb::lockorder
 {
 
-struct Registering
+struct Registering : platform::LockRank<10>
 {
-    static constexpr int Rank = 10;
     static constexpr const char* Name = "registration of sinks";
 };
-struct Deliveries
+struct Deliveries : platform::LockRank<20>
 {
-    static constexpr int Rank = 20;
     static constexpr const char* Name = "deliveries";
 };
-struct Numbers
+struct Numbers : platform::LockRank<30>
 {
-    static constexpr int Rank = 30;
     static constexpr const char* Name = "numbers of tables";
 };
 
