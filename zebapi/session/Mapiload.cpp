@@ -11,6 +11,7 @@
 #include "zebapi/frame/internal/Subject.h"
 #include "zebapi/search/ProviderSearch.h"
 #include "zebapi/search/Registry.h"
+#include "zebapi/tables/internal/Locks.h"
 
 #include <array>
 #include <cstring>
@@ -166,8 +167,8 @@ void CZebAPI::Uninitialize(CZebSession* session)
 
 void CZebAPI::InitializeMAPI()
 {
-    CSingleLock globalLock(&m_globalMAPI, true);
-    CSingleLock objectLock(&m_lock, true);
+    const zeb::OrderedLock<zeb::lockorder::Start> globalLock(m_globalMAPI);
+    const zeb::OrderedLock<zeb::lockorder::Api> objectLock(m_lock);
     m_bitness = OfficeBitnessNone;
     const CStringA path = Zeb_GetMapiDllPath(m_bitness);
     if (path.IsEmpty() || m_bitness == OfficeBitnessNone)
@@ -234,7 +235,7 @@ void CZebAPI::BindAllocator()
 
 void CZebAPI::UninitializeMAPI(CZebSession* session)
 {
-    CSingleLock objectLock(&m_lock, true);
+    const zeb::OrderedLock<zeb::lockorder::Api> objectLock(m_lock);
     if (session != nullptr)
     {
         session->Logoff(0, 0, 0);
@@ -249,7 +250,7 @@ void CZebAPI::UninitializeMAPI(CZebSession* session)
 
 void CZebAPI::Unload()
 {
-    CSingleLock objectLock(&m_lock, true);
+    const zeb::OrderedLock<zeb::lockorder::Api> objectLock(m_lock);
     if (MayUnbind())
     {
         Zeb_MemUninitialize();
@@ -265,7 +266,7 @@ void CZebAPI::Unload()
 
 void CZebAPI::InitializeWAB()
 {
-    CSingleLock objectLock(&m_lock, true);
+    const zeb::OrderedLock<zeb::lockorder::Api> objectLock(m_lock);
     const CStringA path = zeb::OpenRegistry(HKEY_LOCAL_MACHINE, "Software\\Microsoft\\WAB\\DLLPath").GetString();
     if (!zeb::platform::IsBareOrAbsolutePath(path.GetString()) || !m_loader.Load(path, ModeProvider))
     {
@@ -304,7 +305,7 @@ CComPtr<IWABObject> CZebAPI::OpenWAB(CComPtr<IAddrBook>& addressBook)
 
 void CZebAPI::UninitializeWAB()
 {
-    CSingleLock objectLock(&m_lock, true);
+    const zeb::OrderedLock<zeb::lockorder::Api> objectLock(m_lock);
     if (MayUnbind())
     {
         Zeb_MemInitialize(nullptr);
@@ -317,7 +318,7 @@ void CZebAPI::UninitializeWAB()
 
 CZebAddressBook CZebAPI::GetWABAddressBook(bool newInstance)
 {
-    CSingleLock objectLock(&m_lock, true);
+    const zeb::OrderedLock<zeb::lockorder::Api> objectLock(m_lock);
     if (!newInstance || !QorIsWinVistaorHigher())
     {
         return m_wabAddressBook;
@@ -350,7 +351,7 @@ CZebSession CZebAPI::OpenSessionW(HWND parent, const WCHAR* profileName)
 
 CZebSession CZebAPI::Logon(HWND parent, const void* profileName, ULONG flags)
 {
-    CSingleLock objectLock(&m_lock, true);
+    const zeb::OrderedLock<zeb::lockorder::Api> objectLock(m_lock);
     try
     {
         if (!m_initialized)
@@ -382,7 +383,7 @@ CStringA CZebAPI::GetDefaultProfileName()
 
 CZebProfAdmin CZebAPI::GetProfAdmin()
 {
-    CSingleLock objectLock(&m_lock, true);
+    const zeb::OrderedLock<zeb::lockorder::Api> objectLock(m_lock);
     CComPtr<IProfAdmin> profAdmin;
     ThrowIfFailed(zeb::MAPIAdminProfiles(0, profAdmin.Put()));
     zeb::RequireObject(static_cast<bool>(profAdmin));

@@ -3,6 +3,7 @@
 #include "platform/messages.h"
 #include "zebapi/frame/Exception.h"
 #include "zebapi/tables/internal/Deliveries.h"
+#include "zebapi/tables/internal/Locks.h"
 
 #include <climits>
 
@@ -145,7 +146,7 @@ void CZebCachedTable::EmptyCache()
     // In a notification the rows are kept, because the reading thread may use them; its next operation frees them.
     const bool notified = zeb::Deliveries().IsInside(this);
     {
-        const CSingleLock lock(&m_lock, true);
+        const zeb::OrderedLock<zeb::lockorder::Window> lock(m_lock);
         m_firstRow = NoRow;
         m_generation += notified ? 1 : 0;
     }
@@ -204,7 +205,7 @@ void CZebCachedTable::ReadWindow(ULONG start)
 {
     ULONG generation = 0;
     {
-        const CSingleLock lock(&m_lock, true);
+        const zeb::OrderedLock<zeb::lockorder::Window> lock(m_lock);
         generation = m_generation;
     }
     try
@@ -218,7 +219,7 @@ void CZebCachedTable::ReadWindow(ULONG start)
         throw;
     }
     // Rows read during a notification may have the old or the new state: they are returned once and not cached.
-    const CSingleLock lock(&m_lock, true);
+    const zeb::OrderedLock<zeb::lockorder::Window> lock(m_lock);
     m_firstRow = generation == m_generation ? start : NoRow;
 }
 
