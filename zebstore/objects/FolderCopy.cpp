@@ -4,6 +4,21 @@
 
 namespace zebstore
 {
+namespace
+{
+
+// Large values are read from the source while they are written to the target. Another thread may copy the other way, so both
+// are locked at once.
+using LockBoth = std::scoped_lock<StoreLock, StoreLock>;
+
+/// @param properties of a folder of `from`
+FolderId CreateLike(StoreFile& from, StoreFile& to, FolderId parent, const PropertySet& properties)
+{
+    const LockBoth both(from.Lock(), to.Lock());
+    return to.Folders().Create(parent, properties);
+}
+
+} // namespace
 
 size_t CopyMessagesBetween(StoreFile& source, const std::vector<MessageId>& messages, StoreFile& target,
                            FolderId folder, bool move)
@@ -17,6 +32,7 @@ size_t CopyMessagesBetween(StoreFile& source, const std::vector<MessageId>& mess
             ++missing;
             continue;
         }
+        const LockBoth both(source.Lock(), target.Lock());
         target.Messages().Create({folder, ContentsKey::Of(message).IsAssociated()},
                                  source.Messages().LoadWhole(message));
         done.push_back(message);
@@ -45,7 +61,7 @@ void CopyFolderTree(const FolderCopy& copy)
         throw Error(MAPI_E_FOLDER_CYCLE, "a folder cannot be copied into itself");
     }
     properties.SetText(PR_DISPLAY_NAME_W, name);
-    const FolderId made = to.Folders().Create(copy.targetParent, properties);
+    const FolderId made = CreateLike(from, to, copy.targetParent, properties);
     for (bool associated : {false, true})
     {
         const std::vector<MessageId> messages = from.Messages().In({copy.folder, associated});

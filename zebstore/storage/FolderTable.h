@@ -56,6 +56,7 @@ public:
     /// @param properties hold PR_DISPLAY_NAME
     /// @throws Error MAPI_E_COLLISION when the parent has a folder of this name, MAPI_E_INVALID_PARAMETER without a
     ///   name, MAPI_E_TOO_COMPLEX beyond 500 levels
+    /// REQUIRES: with large values of another store, that the locks of both are held, taken at once.
     FolderId Create(FolderId parent, const PropertySet& properties, ULONG type = FOLDER_GENERIC);
     /// In the caller's transaction and without checks. @param id 0 takes the next one; @param parent 0 for the root
     FolderId Insert(FolderId id, FolderId parent, const PropertySet& properties, ULONG type);

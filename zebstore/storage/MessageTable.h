@@ -32,6 +32,7 @@ public:
 
     /// @throws Error MAPI_E_NOT_FOUND when the folder does not exist, MAPI_E_TOO_COMPLEX for messages nested in more
     ///   than 64 others
+    /// REQUIRES: with large values of another store, that the locks of both are held, taken at once.
     MessageId Create(ContentsKey contents, const MessageContent& content);
     /// @param change the StoredMessage::change that the caller's content is based on; 0 overwrites whatever is stored
     /// @return the message's new change number

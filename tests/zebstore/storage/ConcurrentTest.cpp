@@ -1,5 +1,6 @@
 #include "tests/zebstore/storage/Storage.h"
 
+#include "zebstore/objects/FolderCopy.h"
 #include "zebstore/storage/ContentsRows.h"
 #include "zebstore/tables/Table.h"
 
@@ -79,6 +80,37 @@ TEST_F(StorageConcurrentTest, SeveralThreadsShareOneStore)
     }
     EXPECT_EQ(failures, 0);
     EXPECT_EQ(Store().Folders().Info(Inbox).messages, ULONG(2 * Rounds));
+}
+
+// A large value is read from one store while it is written to the other.
+TEST_F(StorageConcurrentTest, TwoStoresCopyToEachOther)
+{
+    constexpr int Rounds = 30;
+    const auto other = StoreFile::Create(Path("other.zeb"), "Other", Observed());
+    const auto add = [](StoreFile& store)
+    {
+        MessageContent content = Mail("large");
+        const auto staged = store.Stage();
+        staged->Write(0, std::string(300000, 'x').data(), 300000);
+        content.properties.SetLarge(PR_RTF_COMPRESSED, staged);
+        return store.Messages().Create({Inbox, false}, content);
+    };
+    const auto copier = [&](StoreFile& from, StoreFile& to)
+    {
+        return std::thread([&from, &to, message = add(from)]
+        {
+            for (int i = 0; i < Rounds; ++i)
+            {
+                EXPECT_EQ(CopyMessagesBetween(from, {message}, to, Inbox, false), 0u);
+            }
+        });
+    };
+    std::thread there = copier(Store(), *other);
+    std::thread back = copier(*other, Store());
+    there.join();
+    back.join();
+    EXPECT_EQ(Store().Folders().Info(Inbox).messages, ULONG(Rounds + 1));
+    EXPECT_EQ(other->Folders().Info(Inbox).messages, ULONG(Rounds + 1));
 }
 
 } // namespace

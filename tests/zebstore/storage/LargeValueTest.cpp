@@ -321,7 +321,12 @@ TEST_F(LargeValueTest, AnotherStoresValueIsCopied)
     staged->Write(0, bytes.data(), bytes.size());
     const MessageId message = Save(PR_RTF_COMPRESSED, staged);
     const auto other = StoreFile::Create(Path("other.zeb"), "Other", {});
-    const MessageId copy = other->Messages().Create({Inbox, false}, Store().Messages().LoadWhole(message));
+    const auto create = [&]
+    {
+        const std::scoped_lock both(Store().Lock(), other->Lock());
+        return other->Messages().Create({Inbox, false}, Store().Messages().LoadWhole(message));
+    };
+    const MessageId copy = create();
     Store().Messages().Delete({message});
     EXPECT_EQ(other->Messages().Load(copy).properties.Binary(PR_RTF_COMPRESSED), bytes);
     EXPECT_TRUE(other->CheckWhole().empty());
