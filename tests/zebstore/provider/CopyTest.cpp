@@ -2,6 +2,7 @@
 #include "tests/zebstore/provider/ProviderFixture.h"
 
 #include <algorithm>
+#include <thread>
 #include <utility>
 
 namespace zebstore
@@ -162,6 +163,23 @@ TEST_F(Copies, OfAMessageToItselfFail)
     const Ref<IMessage> unsaved = NewMessage(*inbox);
     EXPECT_EQ(CopyTo(*unsaved, *unsaved), MAPI_E_NO_ACCESS);
     EXPECT_EQ(CopyTo(*unsaved, *NewMessage(*inbox)), S_OK);
+}
+
+TEST_F(Copies, OfTwoMessagesToEachOtherEnd)
+{
+    const Ref<IMAPIFolder> inbox = Inbox();
+    const Ref<IMessage> one = NewMessage(*inbox, "one");
+    const Ref<IMessage> other = NewMessage(*inbox, "other");
+    const auto copier = [](IMessage& source, IMessage& target)
+    {
+        for (int i = 0; i < 100; ++i)
+        {
+            EXPECT_EQ(CopyTo(source, target), S_OK);
+        }
+    };
+    std::thread there([&] { copier(*one, *other); });
+    copier(*other, *one);
+    there.join();
 }
 
 TEST_F(Copies, ReplaceTheTargetsRecipientsAndAttachments)
