@@ -64,18 +64,13 @@ void HugeStore::Fill(const std::string& path) const
     const std::string count = std::to_string(m_count);
     const auto run = [&](const std::string& sql)
     { SqlCheck(database.get(), sqlite3_exec(database.get(), sql.c_str(), nullptr, nullptr, nullptr)); };
-    SqlStatement select = SqlPrepare(database.get(), "SELECT sql FROM sqlite_schema WHERE name='message_by_date'");
-    SqlCheck(database.get(), sqlite3_step(select.get()));
-    const std::string index = reinterpret_cast<const char*>(sqlite3_column_text(select.get(), 0));
-    select.reset();
-    run("PRAGMA journal_mode=DELETE; PRAGMA journal_mode=OFF; PRAGMA synchronous=OFF; DROP INDEX message_by_date");
+    run("PRAGMA journal_mode=DELETE; PRAGMA journal_mode=OFF; PRAGMA synchronous=OFF");
     run("WITH RECURSIVE c(n) AS (VALUES(2) UNION ALL SELECT n+1 FROM c WHERE n<" + count +
         ") INSERT INTO message SELECT (m.id & ~4294967295) | n, n, flags, size, 0, "
         "132000000000000000 + ((n * 2654435761) & 4294967295) * 10000000, "
         "132000000000000000 + ((n * 2246822519) & 4294967295) * 10000000, modified, class, "
         "printf('%08x', (n * 3266489917) & 4294967295), sender, props "
         "FROM c, (SELECT * FROM message LIMIT 1) m");
-    run("UPDATE message SET parts=0 WHERE parts & 16; " + index);
     run("UPDATE contents SET rows=" + count + ", unread=" + count + ", next=" + count + "+1, change=change+" + count +
         ", recent=NULL WHERE container=(SELECT id >> 32 FROM message LIMIT 1); PRAGMA journal_mode=WAL");
 }

@@ -133,7 +133,6 @@ double SaveByHand(MessageState& state)
     }
     NewStore(state.BaselinePath());
     SqlDatabase database = SqlOpen(state.BaselinePath());
-    SqlCheck(database.get(), sqlite3_exec(database.get(), "DROP INDEX message_by_date", nullptr, nullptr, nullptr));
     SqlStatement begin = SqlPrepare(database.get(), "BEGIN IMMEDIATE");
     SqlStatement update = SqlPrepare(database.get(), "UPDATE contents SET rows=rows+1, unread=unread+1, next=next+1, "
                                                      "change=change+1 WHERE container=(?1>>32)");

@@ -41,7 +41,6 @@ void StoredMessages::InsertInto(const std::string& path) const
 {
     SqlDatabase database = SqlOpen(path);
     sqlite3* const raw = database.get();
-    SqlCheck(raw, sqlite3_exec(raw, "DROP INDEX message_by_date", nullptr, nullptr, nullptr));
     SqlStatement begin = SqlPrepare(raw, "BEGIN IMMEDIATE");
     SqlStatement message = SqlPrepare(raw, Inserts[0]);
     SqlStatement recipient = SqlPrepare(raw, Inserts[1]);

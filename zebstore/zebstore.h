@@ -31,7 +31,7 @@
 #define ZEBSTORE_APPLICATION_ID 0x5A454253
 /// The version of a file as this provider writes it (at byte 60, big-endian). An older file is upgraded when it is
 /// opened for writing: all of it is read and rewritten.
-#define ZEBSTORE_FILE_VERSION 5
+#define ZEBSTORE_FILE_VERSION 6
 
 /// What ZebStoreIndex does: tells the state, and opens the file only for reading; makes the index, or where there is one
 /// indexes its waiting messages; drops the index.

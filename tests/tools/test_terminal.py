@@ -137,8 +137,7 @@ class Terminal(World):
     def make_older(self, store):
         """Writes the store's file in the version before checksums."""
         database = sqlite3.connect(store)
-        database.execute("DROP INDEX message_by_date")
-        database.execute("UPDATE message SET parts = parts & 15")
+        database.execute("DROP TABLE date_run")
         database.execute("ALTER TABLE chunk DROP COLUMN sum")
         for column in ("created", "modified"):
             database.execute(f"ALTER TABLE folder DROP COLUMN {column}")

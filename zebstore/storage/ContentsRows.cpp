@@ -15,6 +15,8 @@ namespace
 
 // So many rows are looked up quickly in any folder.
 constexpr size_t FewCandidates = 200;
+// So many listed messages are looked up for each of the first rows by date.
+constexpr size_t MostPerRow = 64;
 
 // One message while it is read; the blob is fetched when the first stored property is asked for.
 class MessageValues : public ValueSource
@@ -162,7 +164,7 @@ public:
         const bool sqlKnowsAll = restriction == nullptr || (filter && filter->exact);
         if (const auto candidates = restriction != nullptr ? Candidates(*restriction, sqlKnowsAll) : std::nullopt)
         {
-            return KeysAmong(*candidates, *restriction, order, filter);
+            return KeysAmong(*candidates, restriction, order, filter);
         }
         const std::optional<std::string> sqlOrder = order != nullptr ? MakeOrder(*order, m_computedIds) : std::string();
         if (sqlKnowsAll && sqlOrder)
@@ -191,28 +193,35 @@ public:
         return query.Numbers();
     }
 
-    // The index by date, and the rows that wait for it.
     std::optional<std::vector<RowKey>> FirstKeys(const SortOrder& order, size_t count) override
     {
         const std::optional<std::string> sqlOrder = MakeOrder(order, m_computedIds);
         if (!sqlOrder || PROP_ID(order.Keys().front().tag) != PROP_ID(PR_CLIENT_SUBMIT_TIME) ||
-            m_store->Version() < DateIndexVersion)
+            m_store->Version() < DateRunsVersion)
         {
             return std::nullopt;
         }
         const StoreSnapshot snapshot(m_store->Connection());
-        const std::string end = " ORDER BY " + *sqlOrder + ", id LIMIT ?1";
-        const std::string select =
-            "SELECT id, submitted, delivered, modified, class, subject, sender, size, flags FROM message ";
-        Query query(m_store->Connection().Db(),
-                    "SELECT id FROM (SELECT * FROM (" + select +
-                        "INDEXED BY message_by_date WHERE id >> 32 = ?2 AND (parts & 16) = 0" + end + ") UNION ALL " +
-                        select + "WHERE id BETWEEN ?3 AND ?4 AND parts & 16)" + end);
-        query.Bind(1, static_cast<std::int64_t>(count))
-            .Bind(2, m_contents.Column())
-            .Bind(3, m_store->Contents().FirstWaiting(m_contents))
-            .Bind(4, m_contents.LastMessage());
-        return query.Numbers(count);
+        if (count >= Count())
+        {
+            return Keys(nullptr, &order);
+        }
+        // What was deleted is listed too: of messages of which few are left, all are read.
+        for (size_t wanted = count; wanted <= MostPerRow * count; wanted *= 4)
+        {
+            const auto listed = m_store->Contents().FirstByDate(m_contents, order.Keys().front().descending, wanted);
+            if (!listed)
+            {
+                break;
+            }
+            std::vector<RowKey> keys = KeysAmong(*listed, nullptr, &order, std::nullopt);
+            if (keys.size() >= count)
+            {
+                keys.resize(count);
+                return keys;
+            }
+        }
+        return std::nullopt;
     }
 
     void Read(const RowKey* keys, size_t count, const Visitor& visit) override
@@ -319,11 +328,11 @@ private:
         return candidates;
     }
 
-    std::vector<RowKey> KeysAmong(const std::vector<RowKey>& candidates, const Restriction& restriction,
+    std::vector<RowKey> KeysAmong(const std::vector<RowKey>& candidates, const Restriction* restriction,
                                   const SortOrder* order, const std::optional<SqlFilter>& filter)
     {
         const bool sqlKnowsAll = filter && filter->exact;
-        RowSelection selection(&restriction, order);
+        RowSelection selection(restriction, order);
         Query query(m_store->Connection().Db(), "SELECT id, parts, props FROM message" + Where(filter));
         if (filter)
         {

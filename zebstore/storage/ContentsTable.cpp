@@ -1,7 +1,6 @@
 #include "zebstore/storage/ContentsTable.h"
 
 #include "zebstore/storage/RecentChanges.h"
-#include "zebstore/storage/StoreFormat.h"
 
 #include <unordered_set>
 
@@ -24,6 +23,11 @@ struct ContentsTable::Row
     std::int64_t change = 0;
     std::string recent;
 
+    bool HasRun(MessageId message) const
+    {
+        const ContentsKey contents = ContentsKey::Of(message);
+        return DateRuns::HasRuns(contents) && message < DateRuns::OpenGroup(contents, next);
+    }
     // No table shows the messages inside attachments, so they have no log.
     void Note(MessageId message, RowChange::Kind kind)
     {
@@ -171,7 +175,12 @@ std::int64_t ContentsTable::Touch(MessageId message, RowChange::Kind kind, std::
     const ContentsKey contents = ContentsKey::Of(message);
     Row row = Read(contents);
     row.Note(message, kind);
-    Write(contents, row, kind == RowChange::Kind::Deleted ? -1 : 0, unread);
+    const bool isDeleted = kind == RowChange::Kind::Deleted;
+    Write(contents, row, isDeleted ? -1 : 0, unread);
+    if (isDeleted && row.HasRun(message))
+    {
+        m_runs.Forget(DateRuns::GroupOf(message));
+    }
     return row.change;
 }
 
@@ -184,29 +193,28 @@ std::int64_t ContentsTable::Add(ContentsKey contents, std::int64_t unread, Messa
                                         m_connection.Path() + "' has no number left for a message");
     }
     message = contents.Message(row.next);
-    if (row.next % MostWaiting == 0)
-    {
-        IndexWaiting(contents, row.next);
-    }
     ++row.next;
+    if (message == DateRuns::GroupOf(message) && DateRuns::HasRuns(contents))
+    {
+        m_runs.Make(message - DateRuns::RunLength);
+    }
     row.Note(message, RowChange::Kind::Added);
     Write(contents, row, 1, unread);
     return row.change;
 }
 
-// Those before the message `number`.
-void ContentsTable::IndexWaiting(ContentsKey contents, std::int64_t number)
+void ContentsTable::TouchDate(MessageId message)
 {
-    Query(m_connection.Db(), "UPDATE message SET parts=parts & ~16 WHERE id BETWEEN ? AND ? AND parts & 16")
-        .Bind(1, contents.Message(number - MostWaiting))
-        .Bind(2, contents.Message(number) - 1)
-        .Run();
+    if (Read(ContentsKey::Of(message)).HasRun(message))
+    {
+        m_runs.Make(DateRuns::GroupOf(message));
+    }
 }
 
-MessageId ContentsTable::FirstWaiting(ContentsKey contents)
+std::optional<std::vector<MessageId>> ContentsTable::FirstByDate(ContentsKey contents, bool descending, size_t count)
 {
-    const std::int64_t last = Read(contents).next - 1;
-    return contents.Message(last - last % MostWaiting);
+    const StoreSnapshot snapshot(m_connection);
+    return m_runs.First(contents, DateRuns::OpenGroup(contents, Read(contents).next), descending, count);
 }
 
 void ContentsTable::Clear(ContentsKey contents)
@@ -216,6 +224,7 @@ void ContentsTable::Clear(ContentsKey contents)
         .Bind(1, contents.Column())
         .BindBlob(2, recent)
         .Run();
+    m_runs.Clear(contents);
 }
 
 void ContentsTable::TouchTree()

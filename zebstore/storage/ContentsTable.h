@@ -1,6 +1,7 @@
 // The table `contents`: counters, change number and change log of each folder's messages.
 #pragma once
 
+#include "zebstore/storage/DateRuns.h"
 #include "zebstore/storage/RowChange.h"
 #include "zebstore/storage/StoreConnection.h"
 #include "zebstore/storage/StoreIds.h"
@@ -18,6 +19,7 @@ class ContentsTable
 public:
     explicit ContentsTable(StoreConnection& connection)
         : m_connection(connection)
+        , m_runs(connection.Db())
     {
     }
 
@@ -45,8 +47,10 @@ public:
     /// The same for a new message, whose identifier it gives out in `message`.
     /// @throws Error MAPI_E_NOT_FOUND, MAPI_E_TOO_BIG when all numbers are used up
     std::int64_t Add(ContentsKey contents, std::int64_t unread, MessageId& message);
-    /// The first message of the contents that may wait for the index by date.
-    MessageId FirstWaiting(ContentsKey contents);
+    /// After the date of a message was changed.
+    void TouchDate(MessageId message);
+    /// DateRuns::First of the contents.
+    std::optional<std::vector<MessageId>> FirstByDate(ContentsKey contents, bool descending, size_t count);
     /// Notes that all messages were deleted at once.
     void Clear(ContentsKey contents);
     /// Notes that the folder tree has changed.
@@ -62,11 +66,11 @@ private:
 
     Counters CountersOf(ContentsKey contents);
     Counters ReadCounters(ContentsKey contents);
-    void IndexWaiting(ContentsKey contents, std::int64_t number);
     Row Read(ContentsKey contents);
     void Write(ContentsKey contents, const Row& row, std::int64_t rows, std::int64_t unread);
 
     StoreConnection& m_connection;
+    DateRuns m_runs;
     // Under the lock: what was read since the commit of this number.
     std::unordered_map<std::int64_t, Counters> m_counters;
     std::uint64_t m_commit = 0;

@@ -39,10 +39,6 @@ struct PartsSize
 /// The columns of the copies, in the order in which Bind and Read take them; `parts` (see StoreFormat.h) among them.
 #define ZEB_MESSAGE_COPIES "flags, size, parts, delivered, submitted, modified, class, subject, sender"
 
-/// True of a row m of message with its row c of contents when it waits for the index by date although it should not.
-#define ZEB_WAITS_TOO_LONG "m.parts & 16 AND (m.id & 4294967295) < c.next - 1 - (c.next - 1) % 2048"
-static_assert(WaitsForIndex == 16 && MostWaiting == 2048, "SQL has these numbers");
-
 /// Sets the properties that the copies are of; texts come without their case.
 void AddCopies(PropertySet& properties, const MessageCopies& copies);
 MessageCopies CopiesOf(const PropertySet& properties);

@@ -62,6 +62,7 @@ struct MessageTable::Old
     std::int64_t change = 0;
     LONG flags = 0;
     std::int64_t parts = 0;
+    std::optional<std::int64_t> submitted;
     std::vector<LargeReference> large;
 };
 
@@ -83,7 +84,7 @@ struct MessageTable::Row
 
 bool MessageTable::ReadOld(MessageId message, Old& old)
 {
-    Query query(m_connection.Db(), "SELECT change, flags, parts, props FROM message WHERE id=?");
+    Query query(m_connection.Db(), "SELECT change, flags, parts, submitted, props FROM message WHERE id=?");
     if (!query.Bind(1, message).Step())
     {
         return false;
@@ -91,9 +92,10 @@ bool MessageTable::ReadOld(MessageId message, Old& old)
     old.change = query.Number(0);
     old.flags = static_cast<LONG>(query.Number(1));
     old.parts = query.Number(2);
+    old.submitted = query.IsNull(3) ? std::nullopt : std::optional(query.Number(3));
     if (old.parts & HasLargeValues)
     {
-        old.large = ReferencesIn(query.Bytes(3));
+        old.large = ReferencesIn(query.Bytes(4));
     }
     return true;
 }
@@ -157,8 +159,7 @@ MessageId MessageTable::Insert(ContentsKey contents, const MessageContent& conte
         content.recipients ? m_recipients.Encode(*content.recipients) : std::vector<std::string>();
     const std::vector<AttachmentRow> attachments = m_attachments.Encode(content.attachments, depth, *this);
     std::vector<LargeReference> none;
-    Row row = Encode(content.properties, SizeOf(recipients), SizeOf(attachments), none);
-    row.parts |= WaitsForIndex;
+    const Row row = Encode(content.properties, SizeOf(recipients), SizeOf(attachments), none);
     {
         Query query(m_connection.Db(), "INSERT INTO message(id, change, props, " ZEB_MESSAGE_COPIES
                                        ") VALUES(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
@@ -208,6 +209,10 @@ std::int64_t MessageTable::Save(MessageId message, const MessageContent& content
                     "UPDATE message SET change=?2, props=?3, (" ZEB_MESSAGE_COPIES ")=(?4, ?5, ?6, ?7, ?8, ?9, ?10, "
                     "?11, ?12) WHERE id=?1");
         row.Run(query, message, next);
+    }
+    if (row.copies.submitted != old.submitted)
+    {
+        m_contents.TouchDate(message);
     }
     DeleteReferences(m_connection.Db(), old.large);
     m_texts.Noted();

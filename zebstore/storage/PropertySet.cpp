@@ -11,6 +11,9 @@ namespace zebstore
 namespace
 {
 
+// Of a message that is saved; a smaller array would be moved several times.
+constexpr size_t UsualCount = 24;
+
 bool BeforeId(const PropertySet::Item& item, ULONG id)
 {
     return PROP_ID(item.tag) < id;
@@ -62,6 +65,10 @@ LargeValuePtr PropertySet::Large(ULONG tag) const
 
 std::vector<PropertySet::Item>::iterator PropertySet::Place(ULONG tag)
 {
+    if (m_items.capacity() == 0)
+    {
+        m_items.reserve(UsualCount);
+    }
     if (m_items.empty() || PROP_ID(m_items.back().tag) < PROP_ID(tag))
     {
         return m_items.insert(m_items.end(), Item{tag, {}, nullptr});

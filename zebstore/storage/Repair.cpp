@@ -1,6 +1,7 @@
 #include "zebstore/storage/Repair.h"
 
 #include "zebstore/storage/CounterRepair.h"
+#include "zebstore/storage/DateRuns.h"
 #include "zebstore/storage/MessageRow.h"
 #include "zebstore/storage/PropertyBlob.h"
 #include "zebstore/storage/StoreCheck.h"
@@ -228,11 +229,15 @@ public:
         }
     }
 
-    void IndexWaiting()
+    void MendDates()
     {
-        Change("messages were not in the index by date: added",
-               "UPDATE message SET parts=parts & ~16 WHERE id IN (SELECT m.id FROM message m JOIN contents c ON "
-               "c.container=m.id >> 32 WHERE " ZEB_WAITS_TOO_LONG ")");
+        DateRuns runs(m_database);
+        const std::vector<MessageId> wrong = runs.WrongGroups();
+        if (!wrong.empty())
+        {
+            runs.Mend(wrong);
+            m_report.found(std::to_string(wrong.size()) + " runs of dates did not match their messages: rebuilt");
+        }
     }
 
 private:
@@ -382,7 +387,7 @@ void RepairStore(StoreFile& store, const WorkReport& report)
     values.RemoveOrphans();
     rows.MendMessages();
     CounterRepair(database, report).Mend();
-    rows.IndexWaiting();
+    rows.MendDates();
     texts.Finish();
     HRESULT failure = S_OK;
     const std::vector<std::string> left = store.CheckWhole(failure);
@@ -397,6 +402,23 @@ void RepairStore(StoreFile& store, const WorkReport& report)
     transaction.Commit();
 }
 
+namespace
+{
+
+// Without the deleted messages, which runs of dates still list.
+void RemakeRuns(Database& database)
+{
+    Transaction transaction(database);
+    DateRuns runs(database);
+    for (const MessageId group : Query(database, "SELECT id FROM date_run").Numbers())
+    {
+        runs.Make(group);
+    }
+    transaction.Commit();
+}
+
+} // namespace
+
 void CompactStore(StoreFile& store, const WorkReport& report)
 {
     const std::lock_guard hold(store.Lock());
@@ -410,6 +432,7 @@ void CompactStore(StoreFile& store, const WorkReport& report)
     }, const_cast<WorkReport*>(&report));
     try
     {
+        RemakeRuns(database);
         database.Execute("VACUUM");
         database.Execute("PRAGMA wal_checkpoint(TRUNCATE)");
     }

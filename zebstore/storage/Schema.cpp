@@ -1,5 +1,6 @@
 #include "zebstore/storage/Schema.h"
 
+#include "zebstore/storage/DateRuns.h"
 #include "zebstore/storage/LargeStorage.h"
 #include "zebstore/storage/PropertyBlob.h"
 
@@ -33,8 +34,8 @@ struct TableSql
 // A message's id is its container, shifted left by 32 bits, plus its number: the messages of a folder lie
 // side by side, in the order in which they came, and a save appends to one page. The columns before `props`
 // are copies of properties by which tables sort and restrict; the three texts are sort keys. message.props,
-// attachment.props ... are property blobs (see PropertyBlob.h). message_by_date gives the first rows of a folder that is
-// sorted by date; rows that wait (WaitsForIndex) are not in it.
+// attachment.props ... are property blobs (see PropertyBlob.h). date_run gives the first rows of a folder that is
+// sorted by date (see DateRuns.h).
 //
 // A large value is cut into pieces; chunk.id is the value's id, shifted left by 24 bits, plus the piece's
 // number, and chunk.sum the checksum of the piece.
@@ -61,8 +62,12 @@ constexpr TableSql Tables[] = {
      "size INTEGER NOT NULL, parts INTEGER NOT NULL, delivered INTEGER, submitted INTEGER, "
      "modified INTEGER, class TEXT, subject TEXT, sender TEXT, props BLOB NOT NULL)",
      1},
-    {"message_by_date", "CREATE INDEX message_by_date ON message(id >> 32, submitted) WHERE (parts & 16) = 0",
-     DateIndexVersion},
+    {"date_run",
+     "CREATE TABLE date_run(id INTEGER PRIMARY KEY, first INTEGER NOT NULL, last INTEGER NOT NULL, "
+     "sum INTEGER NOT NULL, dates BLOB NOT NULL)",
+     DateRunsVersion},
+    {"date_run_first", "CREATE INDEX date_run_first ON date_run(id >> 32, first)", DateRunsVersion},
+    {"date_run_last", "CREATE INDEX date_run_last ON date_run(id >> 32, last)", DateRunsVersion},
     {"recipient",
      "CREATE TABLE recipient(message INTEGER NOT NULL REFERENCES message(id) "
      "ON UPDATE CASCADE ON DELETE CASCADE, "
@@ -227,7 +232,15 @@ void UpgradeSchema(Database& database)
         database.Execute("ALTER TABLE folder ADD COLUMN created INTEGER");
         database.Execute("ALTER TABLE folder ADD COLUMN modified INTEGER");
     }
+    if (version == DateIndexVersion)
+    {
+        const std::string bit = std::to_string(DateIndexBit);
+        database.Execute("DROP INDEX message_by_date");
+        database.Execute(("UPDATE message SET parts=parts-" + bit + " WHERE parts & " + bit).c_str());
+    }
     AddTables(database, version);
+    DateRuns runs(database);
+    runs.Mend(runs.WrongGroups());
     if (version < ChecksumVersion)
     {
         AddChecksums(database);

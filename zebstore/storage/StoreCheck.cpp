@@ -1,5 +1,6 @@
 #include "zebstore/storage/StoreCheck.h"
 
+#include "zebstore/storage/DateRuns.h"
 #include "zebstore/storage/MessageRow.h"
 #include "zebstore/storage/PropertyBlob.h"
 #include "zebstore/storage/RecentChanges.h"
@@ -221,13 +222,11 @@ void CheckMessages(StoreConnection& store, References& references, Problems& pro
     }
 }
 
-void CheckWaiting(Database& database, Problems& problems)
+void CheckDates(Database& database, Problems& problems)
 {
-    Query query(database, "SELECT m.id FROM message m JOIN contents c ON c.container=m.id >> 32 "
-                          "WHERE " ZEB_WAITS_TOO_LONG);
-    while (query.Step())
+    for (const MessageId group : DateRuns(database).WrongGroups())
     {
-        problems.push_back(Named("message", query.Number(0)) + ": it is not in the index by date");
+        problems.push_back(Named("the dates of the messages from", group) + " on do not match the messages");
     }
 }
 
@@ -339,9 +338,9 @@ std::vector<std::string> CheckStore(StoreConnection& connection, TextIndex& text
         {
             CheckAddresses(database, references, problems);
         }
-        if (version >= DateIndexVersion)
+        if (version >= DateRunsVersion)
         {
-            CheckWaiting(database, problems);
+            CheckDates(database, problems);
         }
         references.CheckOrphans();
         const Problems ofTexts = texts.Problems();

@@ -8,15 +8,18 @@ namespace zebstore
 
 /// "ZEBS", in the file's header.
 constexpr std::int32_t ApplicationId = 0x5A454253;
-constexpr std::int32_t SchemaVersion = 5;
+constexpr std::int32_t SchemaVersion = 6;
 /// The version that brought the address book.
 constexpr std::int32_t AddressBookVersion = 3;
 /// The version that brought checksums of property blobs and of the pieces of large values.
 constexpr std::int32_t ChecksumVersion = 4;
 /// The version that brought the times of folders.
 constexpr std::int32_t FolderTimesVersion = 4;
-/// The version that brought the index of each folder's messages by date.
+/// The version that had an index of messages by date, and the bit of message.parts for those that were not in it.
 constexpr std::int32_t DateIndexVersion = 5;
+constexpr std::int64_t DateIndexBit = 16;
+/// The version that brought runs of dates in its place.
+constexpr std::int32_t DateRunsVersion = 6;
 
 /// Bits of message.parts: which rows of other tables belong to a message, so that deleting one without them touches
 /// nothing else.
@@ -29,12 +32,6 @@ enum MessageParts : std::int64_t
     AllParts = HasLargeValues | HasRecipients | HasAttachments,
     /// A sort key of the row is cut: a condition of SQL on it is checked again on the whole text.
     HasCutKeys = 8,
-    /// The row is not in the index by date yet. A new row waits, as another page at each save costs more than to put
-    /// many rows in together; a row that is changed is put in at once.
-    WaitsForIndex = 16,
 };
-
-/// The messages of a folder whose numbers are below the last multiple of this wait no longer.
-constexpr std::int64_t MostWaiting = 2048;
 
 } // namespace zebstore

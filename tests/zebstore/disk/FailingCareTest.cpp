@@ -144,7 +144,7 @@ TEST_P(FailingUpgrade, LeavesTheContent)
     RunAll("upgrade", [&] { StoreFile::Open(m_path, {}); }, [&] { EXPECT_EQ(Content(m_path), before); });
 }
 
-INSTANTIATE_TEST_SUITE_P(OfVersion, FailingUpgrade, testing::Values(1, 2, 3, 4));
+INSTANTIATE_TEST_SUITE_P(OfVersion, FailingUpgrade, testing::Values(1, 2, 3, 4, 5));
 
 TEST_F(FailingCare, LeavesNoHalfNewStore)
 {

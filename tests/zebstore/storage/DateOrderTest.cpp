@@ -1,4 +1,4 @@
-// That the first rows in the order of dates come from the index, and are those of the whole order.
+// That the first rows in the order of dates come from runs of dates, and are those of the whole order.
 #include "tests/zebstore/storage/Storage.h"
 #include "zebstore/storage/ContentsRows.h"
 #include "zebstore/storage/Repair.h"
@@ -58,10 +58,18 @@ protected:
         }
         transaction.Commit();
     }
-    std::int64_t Waiting()
+    std::vector<std::int64_t> Numbers(const std::string& sql)
     {
-        Query query(Store().Connection().Db(), "SELECT count(*) FROM message WHERE parts & 16");
-        return query.Step() ? query.Number(0) : -1;
+        return Query(Store().Connection().Db(), sql).Numbers();
+    }
+    /// The numbers of the first messages of the groups that have a run.
+    std::vector<std::int64_t> Runs() { return Numbers("SELECT id & 4294967295 FROM date_run ORDER BY id"); }
+    std::vector<std::string> Repaired()
+    {
+        std::vector<std::string> found;
+        RepairStore(Store(),
+                    {[&](const std::string& text) { found.push_back(text); }, [](std::uint64_t, std::uint64_t) {}});
+        return found;
     }
     /// The rows of a view, by reads of so many.
     static std::vector<RowKey> KeysOf(TableView& view, LONG each, size_t count)
@@ -132,16 +140,100 @@ TEST_F(DateOrderTest, FirstRowsAreThoseOfAll)
     EXPECT_TRUE(Store().CheckWhole().empty());
 }
 
-TEST_F(DateOrderTest, FewRowsWait)
+TEST_F(DateOrderTest, FullGroupsHaveRuns)
 {
-    Fill(2047);
-    EXPECT_EQ(Waiting(), 2047);
+    Fill(255);
+    EXPECT_EQ(Runs(), std::vector<std::int64_t>{});
     Fill(1);
-    EXPECT_EQ(Waiting(), 1);
+    EXPECT_EQ(Runs(), std::vector<std::int64_t>{0});
     Fill(600);
-    EXPECT_EQ(Waiting(), 601);
-    Store().Messages().Save(m_messages.back(), Mail("changed"), 0);
-    EXPECT_EQ(Waiting(), 600);
+    EXPECT_EQ(Runs(), (std::vector<std::int64_t>{0, 256, 512}));
+    EXPECT_EQ(Numbers("SELECT length(dates) / 9 FROM date_run ORDER BY id"),
+              (std::vector<std::int64_t>{255, 256, 256}));
+    ExpectFirstRows();
+}
+
+TEST_F(DateOrderTest, EmptyGroupsHaveNone)
+{
+    Fill(700);
+    const std::vector<MessageId> first(m_messages.begin(), m_messages.begin() + 255);
+    const std::vector<MessageId> second(m_messages.begin() + 255, m_messages.begin() + 511);
+    Store().Messages().Delete({first.begin(), first.end() - 1});
+    EXPECT_EQ(Runs(), (std::vector<std::int64_t>{0, 256}));
+    Store().Messages().Delete({first.back()});
+    EXPECT_EQ(Runs(), std::vector<std::int64_t>{256});
+    Store().Messages().Move(second, IdOf(StandardFolder::SentItems));
+    EXPECT_EQ(Runs(), std::vector<std::int64_t>{0}) << "the run of the target";
+    ExpectFirstRows();
+    ExpectFirstRows(IdOf(StandardFolder::SentItems));
+}
+
+TEST_F(DateOrderTest, EmptiedFoldersHaveNone)
+{
+    Fill(600);
+    Store().Folders().Empty(Inbox, false);
+    EXPECT_EQ(Runs(), std::vector<std::int64_t>{});
+    Fill(600);
+    EXPECT_EQ(Runs(), (std::vector<std::int64_t>{512, 768}));
+    ExpectFirstRows();
+}
+
+TEST_F(DateOrderTest, MessagesInAttachmentsHaveNone)
+{
+    MessageContent content = Mail("outer");
+    content.attachments.resize(300);
+    for (ULONG number = 0; number < 300; ++number)
+    {
+        content.attachments[number].number = number;
+        content.attachments[number].embedded = std::make_shared<MessageContent>(Random());
+    }
+    const MessageId message = Store().Messages().Create({Inbox, false}, content);
+    EXPECT_EQ(Runs(), std::vector<std::int64_t>{});
+    Store().Messages().Delete({message});
+}
+
+// Of a mailbox whose messages are deleted soon after they came.
+TEST_F(DateOrderTest, FewAreLeftOfManyGroups)
+{
+    Fill(4000);
+    std::vector<MessageId> most;
+    for (size_t i = 0; i < m_messages.size(); ++i)
+    {
+        if (i % 50 != 0)
+        {
+            most.push_back(m_messages[i]);
+        }
+    }
+    Store().Messages().Delete(most);
+    EXPECT_EQ(Runs().size(), 15u);
+    ExpectFirstRows();
+}
+
+TEST_F(DateOrderTest, ManyHaveOneDate)
+{
+    StoreTransaction transaction(Store().Connection());
+    for (int i = 0; i < 12000; ++i)
+    {
+        At(i < 11990 ? 7 : i);
+    }
+    transaction.Commit();
+    const std::vector<RowKey> all = Rows()->Keys(nullptr, ByDate().get());
+    EXPECT_FALSE(Rows()->FirstKeys(*ByDate(), 50)) << "reading all is not slower";
+    const std::vector<RowKey> first(all.begin(), all.begin() + 10);
+    EXPECT_EQ(Rows()->FirstKeys(*ByDate(), 10), first);
+    TableView view(Rows());
+    view.Sort(ByDate());
+    EXPECT_EQ(KeysOf(view, 50, 12000), all);
+}
+
+TEST_F(DateOrderTest, CompactingForgetsDeletedMessages)
+{
+    Fill(600);
+    const auto lengths = [&] { return Numbers("SELECT length(dates) / 9 FROM date_run ORDER BY id"); };
+    Store().Messages().Delete({m_messages.begin(), m_messages.begin() + 100});
+    EXPECT_EQ(lengths(), (std::vector<std::int64_t>{255, 256}));
+    CompactStore(Store(), {[](const std::string&) {}, [](std::uint64_t, std::uint64_t) {}});
+    EXPECT_EQ(lengths(), (std::vector<std::int64_t>{155, 256}));
     ExpectFirstRows();
 }
 
@@ -274,22 +366,58 @@ TEST_F(DateOrderTest, OlderFilesHaveTheFirstRowsToo)
     EXPECT_EQ(KeysOf(view, 50, 701), all);
     Reopen();
     EXPECT_EQ(Store().Version(), SchemaVersion);
-    EXPECT_EQ(Waiting(), 0);
+    EXPECT_EQ(Runs(), (std::vector<std::int64_t>{0, 256}));
     ExpectFirstRows();
 }
 
-TEST_F(DateOrderTest, RowsThatWaitTooLongAreRepaired)
+TEST_F(DateOrderTest, FilesWithAnIndexGetRuns)
 {
-    Fill(2100);
-    Store().Connection().Db().Execute("UPDATE message SET parts=parts | 16 WHERE id & 4294967295 IN (5, 2100)");
-    const std::vector<std::string> problems = Store().CheckWhole();
-    ASSERT_EQ(problems.size(), 1u);
-    EXPECT_NE(problems[0].find("it is not in the index by date"), std::string::npos) << problems[0];
-    std::vector<std::string> found;
-    RepairStore(Store(),
-                {[&](const std::string& text) { found.push_back(text); }, [](std::uint64_t, std::uint64_t) {}});
-    EXPECT_EQ(found, std::vector<std::string>{"1 messages were not in the index by date: added"});
+    Fill(700);
+    MakeOlder(Store(), 5);
+    Reopen();
+    EXPECT_EQ(Store().Version(), SchemaVersion);
+    EXPECT_EQ(Runs(), (std::vector<std::int64_t>{0, 256}));
+    EXPECT_EQ(Numbers("SELECT count(*) FROM message WHERE parts & 16"), std::vector<std::int64_t>{0});
+    EXPECT_EQ(Numbers("SELECT count(*) FROM sqlite_schema WHERE name='message_by_date'"), std::vector<std::int64_t>{0});
     ExpectFirstRows();
+}
+
+TEST_F(DateOrderTest, ADamagedRunIsReported)
+{
+    Fill(700);
+    Store().Connection().Db().Execute("UPDATE date_run SET dates=zeroblob(length(dates)) WHERE id % 512 = 0");
+    std::string text;
+    EXPECT_EQ(CodeOf([&] { Rows()->FirstKeys(*ByDate(), 500); }, &text), MAPI_E_CORRUPT_STORE);
+    EXPECT_NE(text.find("the dates of folder 3 cannot be read"), std::string::npos) << text;
+    EXPECT_EQ(Repaired(), std::vector<std::string>{"1 runs of dates did not match their messages: rebuilt"});
+}
+
+TEST_F(DateOrderTest, WrongRunsAreRepaired)
+{
+    Fill(1400);
+    Store().Messages().Delete({m_messages.begin() + 255, m_messages.begin() + 511});
+    const std::string sent = std::to_string(ContentsKey(IdOf(StandardFolder::SentItems), false).Message(256));
+    const std::string empty = std::to_string(ContentsKey(Inbox, false).Message(256));
+    for (const std::string& damage : std::vector<std::string>{
+             "DELETE FROM date_run WHERE id & 4294967295 = 0",
+             "UPDATE date_run SET dates=x'' WHERE id & 4294967295 = 512",
+             "UPDATE date_run SET sum=sum+1 WHERE id & 4294967295 = 512",
+             "UPDATE date_run SET first=first+1 WHERE id & 4294967295 = 512",
+             "UPDATE date_run SET last=last-1 WHERE id & 4294967295 = 512",
+             "UPDATE date_run SET id=id+1280 WHERE id & 4294967295 = 0",
+             "INSERT INTO date_run SELECT " + sent + ", first, last, sum, dates FROM date_run LIMIT 1",
+             "INSERT INTO date_run SELECT " + empty + ", first, last, sum, dates FROM date_run LIMIT 1",
+             "UPDATE message SET submitted=5000 WHERE id & 4294967295 = 600"})
+    {
+        SCOPED_TRACE(damage);
+        Store().Connection().Db().Execute(damage.c_str());
+        const std::vector<std::string> problems = Store().CheckWhole();
+        ASSERT_FALSE(problems.empty());
+        EXPECT_NE(problems.back().find("do not match the messages"), std::string::npos) << problems.back();
+        EXPECT_NE(Repaired(), std::vector<std::string>{});
+        EXPECT_EQ(Store().CheckWhole(), std::vector<std::string>{});
+        ExpectFirstRows();
+    }
 }
 
 } // namespace

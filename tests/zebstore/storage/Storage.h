@@ -113,13 +113,19 @@ HRESULT CodeOf(Body&& body, std::string* text = nullptr)
     return S_OK;
 }
 
-/// Makes an open file one of an older schema version: 4 without the index by date, 3 also without checksums and times of
-/// folders, 2 also without an address book, 1 also without lists of recent changes.
+/// Makes an open file one of an older schema version: 5 with an index by date in place of runs of dates, 4 without it, 3 also
+/// without checksums and times of folders, 2 also without an address book, 1 also without lists of recent changes.
 inline void MakeOlder(StoreFile& store, int version)
 {
     Database& database = store.Connection().Db();
-    database.Execute("DROP INDEX message_by_date; UPDATE message SET parts=parts & 15");
+    database.Execute("DROP TABLE date_run");
     database.Execute(("PRAGMA user_version=" + std::to_string(version)).c_str());
+    if (version == 5)
+    {
+        // Of the last messages of each folder, some are not in the index.
+        database.Execute("UPDATE message SET parts=parts | 16 WHERE id % 3 = 0; "
+                         "CREATE INDEX message_by_date ON message(id >> 32, submitted) WHERE (parts & 16) = 0");
+    }
     if (version > 3)
     {
         return;

@@ -35,7 +35,7 @@ protected:
         std::ifstream file(path, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     }
-    void Spoil(const char* sql) { m_store->Connection().Db().Execute(sql); }
+    void Spoil(const std::string& sql) { m_store->Connection().Db().Execute(sql.c_str()); }
 };
 
 TEST_F(StoreFileTest, NewStoresHaveStandardFolders)
@@ -124,11 +124,11 @@ TEST_F(StoreFileTest, AnotherProgramsDatabaseIsRefused)
 
 TEST_F(StoreFileTest, NewerSchemasAreRefused)
 {
-    Spoil("PRAGMA user_version=6");
+    Spoil("PRAGMA user_version=" + std::to_string(SchemaVersion + 1));
     m_store.reset();
     std::string text;
     EXPECT_EQ(OpenCode(Path("test.zeb"), &text), MAPI_E_VERSION);
-    EXPECT_NE(text.find("version 6"), std::string::npos);
+    EXPECT_NE(text.find("version " + std::to_string(SchemaVersion + 1)), std::string::npos);
 }
 
 TEST_F(StoreFileTest, TheFirstVersionIsUpgraded)

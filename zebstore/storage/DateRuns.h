@@ -1,0 +1,61 @@
+// The table `date_run`: sorted dates of messages, from which come the first rows of a folder that is sorted by date.
+#pragma once
+
+#include "zebstore/storage/Database.h"
+#include "zebstore/storage/StoreIds.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace zebstore
+{
+
+/// The messages of a folder in groups of RunLength by their numbers. A group whose numbers are all given has a run: its
+/// messages with their PR_CLIENT_SUBMIT_TIME, sorted by that. The last group is open: it has none, so a new message
+/// costs nothing; one run in RunLength messages is written at once. A deleted message stays in its run until that is
+/// made again or its group is empty, so what a run lists must be looked up. Messages inside attachments have no runs.
+/// Each call belongs to the caller's transaction or snapshot.
+class DateRuns
+{
+public:
+    static constexpr std::int64_t RunLength = 256;
+
+    explicit DateRuns(Database& database)
+        : m_database(database)
+    {
+    }
+
+    static bool HasRuns(ContentsKey contents) { return !contents.IsEmbedded(); }
+    /// The first message of its group.
+    static MessageId GroupOf(MessageId message) { return message - ContentsKey::NumberOf(message) % RunLength; }
+    /// The first message of the open group. @param next the number that the next message gets
+    static MessageId OpenGroup(ContentsKey contents, std::int64_t next) { return GroupOf(contents.Message(next - 1)); }
+
+    /// Makes the run of a group, in place of one that is there.
+    void Make(MessageId group);
+    /// After messages of the group were deleted: deletes the run of an empty group.
+    void Forget(MessageId group);
+    /// Deletes all runs of a folder's messages.
+    void Clear(ContentsKey contents);
+
+    /// The messages whose dates are the first `count` in their order, and all others with the last of these dates;
+    /// deleted ones among them. A missing date comes before all others.
+    /// @param open OpenGroup of the contents
+    /// @return by their identifiers; nothing when too many have one date
+    /// @throws Error MAPI_E_CORRUPT_STORE when a run is damaged
+    std::optional<std::vector<MessageId>> First(ContentsKey contents, MessageId open, bool descending, size_t count);
+
+    /// The groups whose run is missing, damaged or does not list all messages, and runs of other groups.
+    std::vector<MessageId> WrongGroups();
+    /// Makes these runs again, or deletes those that must not be.
+    void Mend(const std::vector<MessageId>& groups);
+
+private:
+    bool IsClosed(MessageId group);
+    bool IsRight(MessageId group);
+
+    Database& m_database;
+};
+
+} // namespace zebstore
