@@ -90,14 +90,11 @@ void FillMessage(CZebPropValArray& values, ULONG number)
     values[PR_BODY_W] = wide(body);
 }
 
-void UseOwnRegistry(const std::string& folder)
+void RegisterProvider(const char* file)
 {
-    std::filesystem::create_directories(folder);
-    const std::string file = folder + "/registry.reg";
-    setenv("ZEBAPI_REGISTRY", file.c_str(), 1);
     using namespace zeb::platform;
     RegistryKey::Create(RegistryRoot::LocalMachine, "SOFTWARE\\Clients\\Mail\\Microsoft Outlook")
-        .SetStringValue("DLLPathEx", OwnFolder() + "libzebstore.so");
+        .SetStringValue("DLLPathEx", OwnFolder() + file);
 }
 
 void MakeProfile(const std::string& name, const std::string& path, const char* index)
@@ -190,7 +187,8 @@ void StoreOf::Fill(ULONG from)
         m_inbox.CreateMessage(0).SetProps(values, true, nullptr);
         if (terminal && number % 5000 == 0)
         {
-            std::fprintf(stderr, "\rmaking %s: %u of %u messages", m_path.c_str(), number, m_count);
+            std::fprintf(stderr, "\rmaking %s: %u of %u messages", m_path.c_str(), static_cast<unsigned>(number),
+                         static_cast<unsigned>(m_count));
         }
     }
     if (terminal)

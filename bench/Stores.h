@@ -8,8 +8,11 @@
 namespace bench
 {
 
-/// Points the provider search to the zebstore in this program's folder, with the benchmarks' own registry file.
+/// Points the provider search to the zebstore in this program's folder, with the benchmarks' own registry: on Linux a file in
+/// `folder`, on Windows that of the Wine prefix.
 void UseOwnRegistry(const std::string& folder);
+/// Registers this file of the program's folder.
+void RegisterProvider(const char* file);
 
 /// The tags of the twelve properties that every message of a benchmark store has.
 extern const ULONG MessageTags[12];

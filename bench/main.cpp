@@ -1,5 +1,5 @@
 // zebbench [--folder DIR] [--short] [NAME...]: measures and prints "RATIO name value goal".
-#include "bench/Benches.h"
+#include "bench/Entries.h"
 #include "bench/Stores.h"
 
 #include <CLI/CLI.hpp>
@@ -10,53 +10,9 @@
 namespace
 {
 
-enum class Group
-{
-    Usual,
-    Huge,
-    Peers,
-};
-
-struct Entry
-{
-    const char* name;
-    bench::Measurement (*make)(const bench::Options&);
-    Group group = Group::Usual;
-};
-
-const Entry Entries[] = {
-    {"inbox-read", bench::InboxRead},
-    {"value-read", bench::ValueRead},
-    {"store-write", bench::StoreWrite},
-    {"store-open", bench::StoreOpen},
-    {"store-window", bench::StoreWindow},
-    {"store-sort", bench::StoreSort},
-    {"store-memory", bench::StoreMemory},
-    {"value-text", bench::ValueText},
-    {"array-build", bench::ArrayBuild},
-    {"name-lookup", bench::NameLookup},
-    {"eid-dump", bench::EidDump},
-    {"store-notify", bench::StoreNotify},
-    {"cached-scroll", bench::CachedScroll},
-    {"cached-hit", bench::CachedHit},
-    {"cached-random", bench::CachedRandom},
-    {"ab-open", bench::AddressBookOpen},
-    {"store-restrict", bench::StoreRestrict},
-    {"load-growth", bench::LoadGrowth},
-    {"attachments", bench::Attachments},
-    {"restrict-wide", bench::RestrictWide},
-    {"message-write", bench::MessageWrite},
-    {"start-up", bench::StartUp},
-    {"find-text", bench::SearchText},
-    {"write-indexed", bench::WriteIndexed},
-    {"save-load", bench::SaveLoad},
-    {"import-mbox", bench::ImportMbox},
-    {"import-peer", bench::ImportPeer, Group::Peers},
-    {"store-huge-open", bench::HugeOpen, Group::Huge},
-    {"store-huge-window", bench::HugeWindow, Group::Huge},
-    {"store-huge-sort", bench::HugeSort, Group::Huge},
-    {"store-huge-notify", bench::HugeNotify, Group::Huge},
-};
+using bench::Entries;
+using bench::Entry;
+using bench::Group;
 
 bool IsChosen(const Entry& entry, Group group, const std::vector<std::string>& names)
 {
@@ -77,7 +33,7 @@ int Measure(const bench::Options& options, Group group, const std::vector<std::s
         }
     }
     Zeb_GetMAPI().Uninitialize(nullptr);
-    const char* const kind = group == Group::Huge ? "-huge" : group == Group::Peers ? "-peers" : "";
+    const std::string kind = group == Group::Huge ? "-huge" : group == Group::Peers ? "-peers" : bench::UsualKind;
     bench::WriteJson(options.folder + "/results" + kind + ".json", outcomes);
     return 0;
 }
