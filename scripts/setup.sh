@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what the build needs: Debian packages (as root) and the npm packages of deps/package-lock.json.
-# Does nothing when everything is there. Usage: setup.sh [build|run|test|bench|peers|package]; the default installs for all.
+# Does nothing when everything is there. Usage: setup.sh [build|run|test|bench|peers|plots|package]; the default installs for all.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 what=${1:-all}
@@ -13,14 +13,14 @@ package_tools=(nsis debhelper dpkg-dev fakeroot)
 test_tools=(clang clang-format-19 clang-tidy libclang-rt-14-dev python3-clang-14 pff-tools python3-olefile binutils zsh groff-base
     doxygen gdb xvfb fonts-wine imagemagick lintian "${package_tools[@]}")
 case $what in
-build | run) ;;
+build | run | bench) ;;
 test) packages+=("${test_tools[@]}") ;;
-bench) packages+=(libbenchmark-dev) ;;
-peers) packages+=(libbenchmark-dev notmuch) ;;
+plots) packages+=(python3-matplotlib) ;;
+peers) packages+=(notmuch) ;;
 package) packages+=("${package_tools[@]}") ;;
-all) packages+=("${test_tools[@]}" libbenchmark-dev) ;;
+all) packages+=("${test_tools[@]}") ;;
 *)
-    echo "setup.sh: unknown purpose '$what' (build, run, test, bench, peers or package)" >&2
+    echo "setup.sh: unknown purpose '$what' (build, run, test, bench, peers, plots or package)" >&2
     exit 2
     ;;
 esac
