@@ -3,6 +3,10 @@
 
 #include "platform/mapi.h"
 
+#include <optional>
+#include <string>
+#include <utility>
+
 namespace zeb::test
 {
 
@@ -25,58 +29,58 @@ private:
     }
 };
 
-/// While it lives, calls of doubles on this thread fail after the next `after` ones; with
+/// What a call of a double returns in place of its own result.
+struct ProviderAnswer
+{
+    HRESULT result = MAPI_E_NETWORK_ERROR;
+    bool givesNothing = false; ///< with success: its objects, buffers and counts are null
+    std::string text;          ///< of the extended error
+};
+
+/// While it lives, calls of doubles on this thread get `answer` after the next `after` ones; with
 /// `once` only the first of those. One at a time.
 class FailingCalls
 {
 public:
-    static constexpr HRESULT Result = MAPI_E_NETWORK_ERROR;
-
-    FailingCalls(int after, bool once)
-    {
-        Left() = after;
-        Once() = once;
-        Failed() = false;
-    }
-    ~FailingCalls() { Left() = -1; }
+    FailingCalls(int after, bool once, ProviderAnswer answer = {}) { The() = {after, once, false, std::move(answer)}; }
+    ~FailingCalls() { The() = {}; }
     FailingCalls(const FailingCalls&) = delete;
     FailingCalls& operator=(const FailingCalls&) = delete;
 
-    bool HasFailed() const { return Failed(); }
+    bool HasFailed() const { return The().failed; }
 
-    /// Counts a call. @return whether it must fail
-    static bool NextFails()
+    /// Counts a call. @return the answer it must get, if any
+    static std::optional<ProviderAnswer> Next()
     {
-        int& left = Left();
-        if (left > 0)
+        State& state = The();
+        if (state.left != 0)
         {
-            --left;
-            return false;
+            state.left -= state.left > 0 ? 1 : 0;
+            return std::nullopt;
         }
-        if (left < 0)
-        {
-            return false;
-        }
-        left = Once() ? -1 : 0;
-        Failed() = true;
-        return true;
+        state.left = state.once ? -1 : 0;
+        state.failed = true;
+        return state.answer;
+    }
+    /// The text of the answer once it was given.
+    static const std::string& Text()
+    {
+        static const std::string none;
+        return The().failed ? The().answer.text : none;
     }
 
 private:
-    static int& Left()
+    struct State
     {
-        static thread_local int left = -1; // none fails
-        return left;
-    }
-    static bool& Once()
+        int left = -1; // none fails
+        bool once = false;
+        bool failed = false;
+        ProviderAnswer answer;
+    };
+    static State& The()
     {
-        static thread_local bool once = false;
-        return once;
-    }
-    static bool& Failed()
-    {
-        static thread_local bool failed = false;
-        return failed;
+        static thread_local State state;
+        return state;
     }
 };
 

@@ -29,7 +29,7 @@ public:
     {
         const ProviderScope inside;
         const HRESULT result = Called("Read", "", Require(buffer != nullptr && read != nullptr, STG_E_INVALIDPOINTER));
-        if (FAILED(result))
+        if (this->Stops(result))
         {
             return result;
         }
@@ -44,7 +44,7 @@ public:
         const ProviderScope inside;
         const HRESULT result =
             Called("Write", "", Require(buffer != nullptr && written != nullptr, STG_E_INVALIDPOINTER));
-        if (FAILED(result))
+        if (this->Stops(result))
         {
             return result;
         }

@@ -229,9 +229,11 @@ protected:
     HRESULT Called(const std::string& method, const std::string& arguments, HRESULT otherwise = S_OK)
     {
         Note(method + "(" + arguments + ")");
-        if (FailingCalls::NextFails())
+        m_stops = false;
+        if (const std::optional<ProviderAnswer> answer = FailingCalls::Next())
         {
-            return FailingCalls::Result;
+            m_stops = answer->givesNothing;
+            return answer->result;
         }
         for (const auto& failure : m_failures)
         {
@@ -242,6 +244,8 @@ protected:
         }
         return otherwise;
     }
+    /// Whether the method that has called Called ends here and leaves what it gives out empty.
+    bool Stops(HRESULT result) const { return FAILED(result) || m_stops; }
     HRESULT Unexpected(const char* method)
     {
         ADD_FAILURE() << m_name << ": " << method << " was not to be called";
@@ -251,10 +255,11 @@ protected:
     HRESULT LastError(HRESULT result, ULONG flags, LPMAPIERROR* error)
     {
         *error = nullptr;
-        if (!m_error.empty())
+        const std::string& text = FailingCalls::Text().empty() ? m_error : FailingCalls::Text();
+        if (!text.empty())
         {
             Note("GetLastError(" + Number(static_cast<ULONG>(result)) + "," + Number(flags) + ")");
-            m_mapiError = {1, const_cast<char*>(m_error.c_str()), const_cast<char*>(m_name.c_str()), 2, 3};
+            m_mapiError = {1, const_cast<char*>(text.c_str()), const_cast<char*>(m_name.c_str()), 2, 3};
             *error = &m_mapiError;
         }
         return S_OK;
@@ -284,6 +289,7 @@ private:
     MAPIERROR m_mapiError = {};
     ULONG m_references = 0;
     bool m_queries = false;
+    bool m_stops = false;
 };
 
 } // namespace zeb::test

@@ -188,7 +188,7 @@ public:
         }
         *values = nullptr;
         *count = m_givesNothing ? 1 : 0;
-        if (FAILED(result) || m_givesNothing)
+        if (this->Stops(result) || m_givesNothing)
         {
             return result;
         }
@@ -212,7 +212,7 @@ public:
             return result;
         }
         *tags = nullptr;
-        return FAILED(result) ? result : m_bag.List(tags);
+        return this->Stops(result) ? result : m_bag.List(tags);
     }
     HRESULT STDMETHODCALLTYPE OpenProperty(ULONG tag, LPCIID iid, ULONG options, ULONG flags,
                                            LPUNKNOWN* object) override
@@ -222,7 +222,7 @@ public:
         const HRESULT result = this->Called(
             "OpenProperty", Number(tag) + "," + Name(iid) + "," + Number(options) + "," + Number(flags),
             FirstOf({RefuseFlags(flags, MAPI_CREATE | MAPI_MODIFY | MAPI_DEFERRED_ERRORS), Require(iid != nullptr)}));
-        return FAILED(result) ? result : this->HandOut(m_property, object);
+        return this->Stops(result) ? result : this->HandOut(m_property, object);
     }
     HRESULT STDMETHODCALLTYPE SetProps(ULONG count, LPSPropValue values, LPSPropProblemArray* problems) override
     {
@@ -260,7 +260,7 @@ public:
         const HRESULT result =
             this->Called("GetNamesFromIDs", Tags(*tags) + ",set " + Null(set) + "," + Number(flags),
                          FirstOf({RefuseFlags(flags, MAPI_NO_STRINGS | MAPI_NO_IDS), RequireTags(*tags)}));
-        if (FAILED(result) || m_givesNothing)
+        if (this->Stops(result) || m_givesNothing)
         {
             return result;
         }
@@ -281,7 +281,7 @@ public:
         const HRESULT result =
             this->Called("GetIDsFromNames", Number(count) + "," + Number(flags),
                          FirstOf({RefuseFlags(flags, MAPI_CREATE), Require((count == 0) == (names == nullptr))}));
-        if (FAILED(result) || m_namedTags.empty())
+        if (this->Stops(result) || m_namedTags.empty())
         {
             return result;
         }

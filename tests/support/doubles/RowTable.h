@@ -116,7 +116,7 @@ public:
         {
             m_whileAdvising();
         }
-        if (FAILED(result) && m_sink != nullptr)
+        if (this->Stops(result) && m_sink != nullptr)
         {
             std::exchange(m_sink, nullptr)->Release();
         }
@@ -187,7 +187,7 @@ public:
                    Number(restriction->rt) + "," + Number(wanted.relop) + "," + Number(wanted.ulPropTag) + "," +
                        Value(*wanted.lpProp) + "," + Number(flags),
                    FirstOf({RefuseFlags(flags, TBL_ASYNC | TBL_BATCH), RequireWritable(*wanted.lpProp)}));
-        if (FAILED(result))
+        if (this->Stops(result))
         {
             return result;
         }
@@ -212,7 +212,7 @@ public:
         {
             m_whileReading();
         }
-        if (FAILED(result) || m_givesNothing)
+        if (this->Stops(result) || m_givesNothing)
         {
             return result;
         }
@@ -230,7 +230,7 @@ public:
         const ProviderScope inside;
         *columns = nullptr;
         const HRESULT result = Called("QueryColumns", Number(flags), RefuseFlags(flags, TBL_ALL_COLUMNS));
-        if (FAILED(result) || m_givesNothing)
+        if (this->Stops(result) || m_givesNothing)
         {
             return result;
         }

@@ -28,11 +28,11 @@ const char* SourceName(Kind kind)
         return "new";
     case Kind::MapiAllocation:
         return "allocations";
-    case Kind::AProviderCall:
-    case Kind::EveryProviderCall:
-        return "calls";
-    default:
+    case Kind::ASystemCall:
+    case Kind::EverySystemCall:
         return "system calls";
+    default:
+        return "calls";
     }
 }
 
@@ -88,8 +88,9 @@ TEST_P(FrameFailures, NothingElseLeavesTheLibraryObject)
 
 INSTANTIATE_TEST_SUITE_P(Every, ObjectFailures,
                          ::testing::Values(Kind::AnAllocation, Kind::AllMemory, Kind::MapiAllocation,
-                                           Kind::AProviderCall, Kind::EveryProviderCall, Kind::ASystemCall,
-                                           Kind::EverySystemCall));
+                                           Kind::AProviderCall, Kind::AProviderWarning, Kind::AProviderMemory,
+                                           Kind::AnUnknownResult, Kind::AProviderText, Kind::AnEmptyResult,
+                                           Kind::EveryProviderCall, Kind::ASystemCall, Kind::EverySystemCall));
 INSTANTIATE_TEST_SUITE_P(Every, FrameFailures,
                          ::testing::Values(Kind::AnAllocation, Kind::AllMemory, Kind::ASystemCall,
                                            Kind::EverySystemCall));

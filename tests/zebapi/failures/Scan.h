@@ -33,7 +33,12 @@ enum class Kind
     AnAllocation,   ///< one block of `new` or of the memory that strings and containers share
     AllMemory,      ///< every such block from one on
     MapiAllocation, ///< one block of MAPI's
-    AProviderCall,  ///< one call of an object of the provider's
+    AProviderCall,  ///< one call of an object of the provider's, by MAPI_E_NETWORK_ERROR
+    AProviderWarning,
+    AProviderMemory,
+    AnUnknownResult,
+    AProviderText, ///< one call, with an extended error
+    AnEmptyResult, ///< one call, which succeeds and gives nothing
     EveryProviderCall,
     ASystemCall, ///< one call of the operating system
     EverySystemCall,
@@ -41,9 +46,38 @@ enum class Kind
 
 inline const char* KindName(Kind kind)
 {
-    static const char* const names[] = {"an allocation",       "all memory",    "a MAPI allocation", "a provider call",
-                                        "every provider call", "a system call", "every system call"};
+    static const char* const names[] = {"an allocation",
+                                        "all memory",
+                                        "a MAPI allocation",
+                                        "a provider call",
+                                        "a provider call with a warning",
+                                        "a provider call without memory",
+                                        "a provider call with an unknown result",
+                                        "a provider call with an extended error",
+                                        "a provider call that gives nothing",
+                                        "every provider call",
+                                        "a system call",
+                                        "every system call"};
     return names[static_cast<int>(kind)];
+}
+
+inline ProviderAnswer AnswerOf(Kind kind)
+{
+    switch (kind)
+    {
+    case Kind::AProviderWarning:
+        return {MAPI_W_ERRORS_RETURNED, false, ""};
+    case Kind::AProviderMemory:
+        return {E_OUTOFMEMORY, false, ""};
+    case Kind::AnUnknownResult:
+        return {static_cast<HRESULT>(0x8BADF00D), false, ""};
+    case Kind::AProviderText:
+        return {MAPI_E_EXTENDED_ERROR, false, "The store's server says no"};
+    case Kind::AnEmptyResult:
+        return {S_OK, true, ""};
+    default:
+        return {};
+    }
 }
 
 /// Lets one thing fail for its lifetime: of its kind the one after the next `after`.
@@ -62,12 +96,12 @@ public:
         case Kind::MapiAllocation:
             m_memory->FailOwnAllocation(static_cast<size_t>(after) + 1);
             break;
-        case Kind::AProviderCall:
-        case Kind::EveryProviderCall:
-            m_calls.emplace(after, kind == Kind::AProviderCall);
+        case Kind::ASystemCall:
+        case Kind::EverySystemCall:
+            m_system.emplace(after, kind == Kind::ASystemCall);
             break;
         default:
-            m_system.emplace(after, kind == Kind::ASystemCall);
+            m_calls.emplace(after, kind != Kind::EveryProviderCall, AnswerOf(kind));
             break;
         }
     }
