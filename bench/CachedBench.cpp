@@ -238,7 +238,7 @@ Measurement CachedHit(const Options& options)
 {
     auto hits = std::make_shared<Hits>(std::make_shared<StoreOf>(options.folder, 1000));
     const ULONG rounds = options.brief ? 10 : 500;
-    return {"cached-hit", 5, [=] { return hits->Cached(rounds); }, [=] { return hits->ByHand(rounds); },
+    return {"cached-hit", 1.8, [=] { return hits->Cached(rounds); }, [=] { return hits->ByHand(rounds); },
             options.brief ? 3 : 21};
 }
 

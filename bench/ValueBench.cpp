@@ -125,7 +125,7 @@ Measurement ValueRead(const Options& options)
             Keep(sum);
         });
     };
-    return {"value-read", 2, ours, baseline, options.brief ? 3 : 11};
+    return {"value-read", 1.3, ours, baseline, options.brief ? 3 : 11};
 }
 
 } // namespace bench
