@@ -203,13 +203,31 @@ LRESULT ListPane::DrawRow(NMLVCUSTOMDRAW& draw) const
     return CDRF_DODEFAULT;
 }
 
+void ListPane::FillAfterTitles(HWND header, HDC context) const
+{
+    RECT free{};
+    GetClientRect(header, &free);
+    const LRESULT titles = SendMessageW(header, HDM_GETITEMCOUNT, 0, 0);
+    RECT last{};
+    if (titles > 0 &&
+        SendMessageW(header, HDM_GETITEMRECT, static_cast<WPARAM>(titles - 1), reinterpret_cast<LPARAM>(&last)))
+    {
+        free.left = last.right;
+    }
+    FillRect(context, &free, m_theme->FaceBrush());
+}
+
 /// The system draws the header of a dark list light.
 LRESULT ListPane::DrawHeader(NMCUSTOMDRAW& draw) const
 {
     if (draw.dwDrawStage == CDDS_PREPAINT)
     {
-        FillRect(draw.hdc, &draw.rc, m_theme->FaceBrush());
-        return CDRF_NOTIFYITEMDRAW;
+        return CDRF_NOTIFYITEMDRAW | CDRF_NOTIFYPOSTPAINT;
+    }
+    if (draw.dwDrawStage == CDDS_POSTPAINT)
+    {
+        FillAfterTitles(draw.hdr.hwndFrom, draw.hdc);
+        return CDRF_DODEFAULT;
     }
     if (draw.dwDrawStage != CDDS_ITEMPREPAINT)
     {

@@ -72,6 +72,7 @@ private:
                                      DWORD_PTR self);
     LRESULT DrawRow(NMLVCUSTOMDRAW& draw) const;
     LRESULT DrawHeader(NMCUSTOMDRAW& draw) const;
+    void FillAfterTitles(HWND header, HDC context) const;
     void GiveText(LVITEMW& item);
 
     HWND m_list = nullptr;

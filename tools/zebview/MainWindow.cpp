@@ -296,6 +296,7 @@ void MainWindow::SetTheme()
 {
     m_theme = Theme();
     m_theme.ApplyToFrame(Handle());
+    Theme::FillBackground(m_tabs, m_theme.FaceBrush());
     for (HWND control : {m_profiles, m_filter, m_text})
     {
         m_theme.ApplyToControl(control);

@@ -1,5 +1,7 @@
 #include "tools/zebview/Theme.h"
 
+#include <commctrl.h>
+
 namespace zeb::view
 {
 namespace
@@ -56,6 +58,24 @@ LOGFONTW MessageFont(const Scale& scale)
     metrics.lfMessageFont.lfHeight =
         MulDiv(metrics.lfMessageFont.lfHeight, static_cast<int>(scale.Dpi()), static_cast<int>(DpiOf(nullptr)));
     return metrics.lfMessageFont;
+}
+
+constexpr UINT_PTR BackgroundId = 2;
+
+LRESULT CALLBACK Background(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id, DWORD_PTR brush)
+{
+    if (message == WM_ERASEBKGND)
+    {
+        RECT client{};
+        GetClientRect(window, &client);
+        FillRect(reinterpret_cast<HDC>(wParam), &client, reinterpret_cast<HBRUSH>(brush));
+        return 1;
+    }
+    if (message == WM_NCDESTROY)
+    {
+        RemoveWindowSubclass(window, &Background, id);
+    }
+    return DefSubclassProc(window, message, wParam, lParam);
 }
 
 } // namespace
@@ -120,6 +140,11 @@ void Theme::ApplyToControl(HWND control) const
     {
         setTheme(control, m_isDark ? L"DarkMode_Explorer" : L"Explorer", nullptr);
     }
+}
+
+void Theme::FillBackground(HWND control, HBRUSH brush)
+{
+    SetWindowSubclass(control, &Background, BackgroundId, reinterpret_cast<DWORD_PTR>(brush));
 }
 
 } // namespace zeb::view

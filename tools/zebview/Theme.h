@@ -57,6 +57,9 @@ public:
     void ApplyToFrame(HWND window) const;
     /// Scroll bars and the like of a control.
     void ApplyToControl(HWND control) const;
+    /// Fills what a control leaves free, from now on with `brush`, which must outlive the control or the next call: the system has
+    /// a colour of its own for some.
+    static void FillBackground(HWND control, HBRUSH brush);
 
 private:
     bool m_isDark;
