@@ -1,6 +1,8 @@
 // A copy of a table's rows that is kept by the table's notifications alone.
 #pragma once
 
+#include "tests/zebstore/storage/CellText.h"
+
 #include "zebstore/base/Memory.h"
 #include "zebstore/base/Object.h"
 
@@ -39,27 +41,6 @@ inline std::ostream& operator<<(std::ostream& to, const CopiedRow& row)
 }
 using CopiedRows = std::vector<CopiedRow>;
 
-inline std::string CellText(const SPropValue& value)
-{
-    const std::string tag = std::to_string(value.ulPropTag) + " ";
-    switch (PROP_TYPE(value.ulPropTag))
-    {
-    case PT_LONG:
-        return tag + std::to_string(value.Value.l);
-    case PT_BOOLEAN:
-        return tag + (value.Value.b ? "yes" : "no");
-    case PT_STRING8:
-        return tag + value.Value.lpszA;
-    case PT_BINARY:
-        return tag + std::string(reinterpret_cast<const char*>(value.Value.bin.lpb), value.Value.bin.cb);
-    case PT_ERROR:
-        return tag + "error " + std::to_string(value.Value.err);
-    default:
-        ADD_FAILURE() << "a cell of a type that these tests do not read";
-        return tag;
-    }
-}
-
 /// The last column is the instance key.
 inline CopiedRow CopyOf(const SRow& row)
 {
@@ -91,6 +72,103 @@ inline CopiedRows ReadCopy(IMAPITable& table)
     return rows;
 }
 
+/// Rows to which the changes of a table are applied. Threads: one at a time.
+class RowCopy
+{
+public:
+    void Start(CopiedRows rows)
+    {
+        m_rows = std::move(rows);
+        m_events.clear();
+        m_whole = 0;
+    }
+    const CopiedRows& Rows() const { return m_rows; }
+    /// The ulTableEvent of each event since Start.
+    const std::vector<ULONG>& Events() const { return m_events; }
+    /// TABLE_CHANGED, TABLE_RELOAD and TABLE_ERROR since Start.
+    int Whole() const { return m_whole; }
+
+    /// @return what is wrong with the change, empty for nothing
+    std::string Follow(const NOTIFICATION& notification)
+    {
+        if (notification.ulEventType != fnevTableModified)
+        {
+            return "not an event of a table";
+        }
+        const TABLE_NOTIFICATION& table = notification.info.tab;
+        m_events.push_back(table.ulTableEvent);
+        if (m_whole > 0)
+        {
+            return {}; // the copy must be read again before it can apply changes
+        }
+        switch (table.ulTableEvent)
+        {
+        case TABLE_ROW_ADDED:
+            return Find(KeyOf(table.propIndex)) != m_rows.end() ? "the row is there already" : Insert(table);
+        case TABLE_ROW_MODIFIED:
+        {
+            const std::string fault = Remove(KeyOf(table.propIndex));
+            return fault.empty() ? Insert(table) : fault;
+        }
+        case TABLE_ROW_DELETED:
+            return table.row.cValues != 0 ? "a deleted row has values" : Remove(KeyOf(table.propIndex));
+        default:
+            ++m_whole;
+            return table.propIndex.ulPropTag != PR_NULL || table.row.cValues != 0 ? "an event of the table has a row" : "";
+        }
+    }
+
+private:
+    static std::string KeyOf(const SPropValue& value)
+    {
+        if (value.ulPropTag != PR_INSTANCE_KEY)
+        {
+            return {};
+        }
+        return {reinterpret_cast<const char*>(value.Value.bin.lpb), value.Value.bin.cb};
+    }
+    CopiedRows::iterator Find(const std::string& key)
+    {
+        return std::find_if(m_rows.begin(), m_rows.end(), [&](const CopiedRow& row) { return row.key == key; });
+    }
+
+    std::string Remove(const std::string& key)
+    {
+        const auto found = Find(key);
+        if (found == m_rows.end())
+        {
+            return "the row is not there";
+        }
+        m_rows.erase(found);
+        return {};
+    }
+
+    std::string Insert(const TABLE_NOTIFICATION& table)
+    {
+        const CopiedRow row = CopyOf(table.row);
+        if (row.key.empty() || row.key != KeyOf(table.propIndex))
+        {
+            return "the event's key is not that of its row";
+        }
+        auto place = m_rows.begin();
+        if (table.propPrior.ulPropTag != PR_NULL)
+        {
+            place = Find(KeyOf(table.propPrior));
+            if (place == m_rows.end())
+            {
+                return "the row before it is not there";
+            }
+            ++place;
+        }
+        m_rows.insert(place, row);
+        return {};
+    }
+
+    CopiedRows m_rows;
+    std::vector<ULONG> m_events;
+    int m_whole = 0;
+};
+
 /// Applies the changes that it receives; one that it cannot apply fails the test. Threads: any.
 class CopyingSink final : public Object<IMAPIAdviseSink>
 {
@@ -103,8 +181,7 @@ public:
             EXPECT_NE(std::this_thread::get_id(), m_creator) << "not on the provider's own thread";
             for (ULONG i = 0; i < count; ++i)
             {
-                EXPECT_EQ(notifications[i].ulEventType, ULONG(fnevTableModified));
-                Follow(notifications[i].info.tab);
+                EXPECT_EQ(m_copy.Follow(notifications[i]), "");
             }
             then = m_then;
         }
@@ -119,9 +196,7 @@ public:
     void Start(CopiedRows rows)
     {
         const std::lock_guard<std::mutex> hold(m_lock);
-        m_rows = std::move(rows);
-        m_events.clear();
-        m_whole = 0;
+        m_copy.Start(std::move(rows));
     }
     /// Called at the end of each notification, without a lock.
     void Then(std::function<void()> then)
@@ -133,39 +208,39 @@ public:
     /// Waits until the copy is `expected`. @return false after ten seconds
     bool Becomes(const CopiedRows& expected)
     {
-        return Waits([&] { return m_rows == expected; });
+        return Waits([&] { return m_copy.Rows() == expected; });
     }
     /// The same, or a notification that all may have changed.
     bool BecomesOrIsLost(const CopiedRows& expected)
     {
-        return Waits([&] { return m_rows == expected || m_whole > 0; });
+        return Waits([&] { return m_copy.Rows() == expected || m_copy.Whole() > 0; });
     }
     /// Waits for `count` events in all.
     bool Receives(size_t count)
     {
-        return Waits([&] { return m_events.size() >= count; });
+        return Waits([&] { return m_copy.Events().size() >= count; });
     }
     bool HearsWhole()
     {
-        return Waits([&] { return m_whole > 0; });
+        return Waits([&] { return m_copy.Whole() > 0; });
     }
 
     CopiedRows Rows()
     {
         const std::lock_guard<std::mutex> hold(m_lock);
-        return m_rows;
+        return m_copy.Rows();
     }
     /// The ulTableEvent of each event since Start.
     std::vector<ULONG> Events()
     {
         const std::lock_guard<std::mutex> hold(m_lock);
-        return m_events;
+        return m_copy.Events();
     }
     /// TABLE_CHANGED, TABLE_RELOAD and TABLE_ERROR since Start.
     int Whole()
     {
         const std::lock_guard<std::mutex> hold(m_lock);
-        return m_whole;
+        return m_copy.Whole();
     }
 
 private:
@@ -178,84 +253,10 @@ private:
         return m_heard.wait_for(hold, std::chrono::seconds(10), test);
     }
 
-    static std::string KeyOf(const SPropValue& value)
-    {
-        if (value.ulPropTag == PR_NULL)
-        {
-            return {};
-        }
-        EXPECT_EQ(value.ulPropTag, ULONG(PR_INSTANCE_KEY));
-        return {reinterpret_cast<const char*>(value.Value.bin.lpb), value.Value.bin.cb};
-    }
-    CopiedRows::iterator Find(const std::string& key)
-    {
-        return std::find_if(m_rows.begin(), m_rows.end(), [&](const CopiedRow& row) { return row.key == key; });
-    }
-
-    void Follow(const TABLE_NOTIFICATION& table)
-    {
-        m_events.push_back(table.ulTableEvent);
-        if (m_whole > 0)
-        {
-            return; // the copy must be read again before it can apply changes
-        }
-        switch (table.ulTableEvent)
-        {
-        case TABLE_ROW_ADDED:
-            EXPECT_EQ(Find(KeyOf(table.propIndex)), m_rows.end()) << "the row is there already";
-            return Insert(table);
-        case TABLE_ROW_MODIFIED:
-            Remove(KeyOf(table.propIndex));
-            return Insert(table);
-        case TABLE_ROW_DELETED:
-            EXPECT_EQ(table.row.cValues, 0u);
-            return Remove(KeyOf(table.propIndex));
-        default:
-            EXPECT_EQ(table.propIndex.ulPropTag, ULONG(PR_NULL));
-            EXPECT_EQ(table.row.cValues, 0u);
-            ++m_whole;
-        }
-    }
-
-    void Remove(const std::string& key)
-    {
-        const auto found = Find(key);
-        if (found == m_rows.end())
-        {
-            ADD_FAILURE() << "the row is not there";
-        }
-        else
-        {
-            m_rows.erase(found);
-        }
-    }
-
-    void Insert(const TABLE_NOTIFICATION& table)
-    {
-        const CopiedRow row = CopyOf(table.row);
-        EXPECT_EQ(row.key, KeyOf(table.propIndex));
-        auto place = m_rows.begin();
-        if (table.propPrior.ulPropTag != PR_NULL)
-        {
-            place = Find(KeyOf(table.propPrior));
-            if (place == m_rows.end())
-            {
-                ADD_FAILURE() << "the row before it is not there";
-            }
-            else
-            {
-                ++place;
-            }
-        }
-        m_rows.insert(place, row);
-    }
-
     const std::thread::id m_creator = std::this_thread::get_id();
     std::mutex m_lock;
     std::condition_variable m_heard;
-    CopiedRows m_rows;
-    std::vector<ULONG> m_events;
-    int m_whole = 0;
+    RowCopy m_copy;
     std::function<void()> m_then;
 };
 
