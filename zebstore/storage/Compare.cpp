@@ -88,7 +88,11 @@ template <class Bits>
 void AppendReal(std::string& to, std::string_view bytes)
 {
     const Bits top = Bits(1) << (sizeof(Bits) * 8 - 1);
-    const Bits bits = ReadNumber<Bits>(bytes);
+    Bits bits = ReadNumber<Bits>(bytes);
+    if (bits == top)
+    {
+        bits = 0; // the zeros of either sign are equal
+    }
     AppendOrdered(to, bits & top ? static_cast<Bits>(~bits) : static_cast<Bits>(bits | top), sizeof(Bits));
 }
 
