@@ -132,6 +132,7 @@ void CreateManyStep(World& world, Random& random)
         const auto mail = std::make_shared<Mail>();
         mail->number = ++world.LastNumber();
         mail->item.own[PROP_ID(PR_SUBJECT)] = Text(random.Text(true));
+        mail->item.own[PROP_ID(PR_MESSAGE_CLASS)] = Text("IPM.Note");
         mail->item.own[PROP_ID(PR_MESSAGE_FLAGS)] = Number(PT_LONG, random.OneIn(2) ? MSGFLAG_READ : 0);
         Create(*opened, *mail);
         folder->normal.push_back(mail);

@@ -84,7 +84,6 @@ Item ShownOf(const Mail& mail)
     flags |= mail.isAssociated ? MSGFLAG_ASSOCIATED : 0;
     item.own[PROP_ID(PR_HASATTACH)] = Number(PT_BOOLEAN, item.attachments.empty() ? 0 : 1);
     item.own.emplace(PROP_ID(PR_IMPORTANCE), Number(PT_LONG, IMPORTANCE_NORMAL));
-    item.own.emplace(PROP_ID(PR_MESSAGE_CLASS), Text("IPM.Note"));
     item.own[PROP_ID(PR_DISPLAY_TO)] = Text(NamesOf(item, MAPI_TO));
     item.own[PROP_ID(PR_DISPLAY_CC)] = Text(NamesOf(item, MAPI_CC));
     item.own[PROP_ID(PR_OBJECT_TYPE)] = Number(PT_LONG, MAPI_MESSAGE);
@@ -156,6 +155,7 @@ void ChangeMail(Random& random, Mail& mail, bool isNew)
     if (isNew)
     {
         mail.item.own[Flags] = Number(PT_LONG, random.OneIn(2) ? MSGFLAG_READ | MSGFLAG_UNSENT : 0);
+        mail.item.own.emplace(PROP_ID(PR_MESSAGE_CLASS), Text("IPM.Note"));
     }
     ++mail.version;
 }

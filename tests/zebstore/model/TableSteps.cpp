@@ -227,6 +227,7 @@ void SeekStep(World& world, Random& random)
     {
         return;
     }
+    const auto last = static_cast<LONG>(view->Sync().size());
     const Origin origin = PickOrigin(*view, random);
     const LONG count = static_cast<LONG>(random.Below(9)) - 4;
     world.Say("seek " + std::to_string(count) + " from bookmark " + std::to_string(origin.bookmark) + " of " +
@@ -238,7 +239,6 @@ void SeekStep(World& world, Random& random)
         return;
     }
     const auto from = static_cast<LONG>(origin.index);
-    const auto last = static_cast<LONG>(view->Sync().size());
     const LONG target = std::max<LONG>(0, std::min(from + count, last));
     Check(sought == target - from, "the cursor moved by " + std::to_string(sought) + ", not " +
                                        std::to_string(target - from));
@@ -287,8 +287,7 @@ void FindStep(World& world, Random& random)
     const HRESULT result = FAILED(origin.result) ? origin.result : expected ? origin.result : MAPI_E_NOT_FOUND;
     Check(view->Table().FindRow(Made(condition, maker, room), origin.bookmark, backward ? DIR_BACKWARD : 0), result,
           "FindRow");
-    ULONG row = 0, numerator = 0, denominator = 0;
-    Check(view->Table().QueryPosition(&row, &numerator, &denominator), S_OK, "QueryPosition");
+    const ULONG row = view->Position();
     const size_t now = SUCCEEDED(result) ? *expected : view->Cursor();
     Check(row == now, "the cursor is at " + std::to_string(row) + ", not at " + std::to_string(now));
     view->SetCursor(now);

@@ -176,15 +176,17 @@ void View::Unfollow()
     m_sink = {};
 }
 
-void View::Gather(const Folder& folder, int depth, ModelRows& rows) const
+void View::Gather(const Folder& folder, int depth, const std::string& above, ModelRows& rows) const
 {
     for (const FolderPtr& child : folder.children)
     {
         Item item = ShownOf(*child, depth);
-        rows.push_back({child->key, StateOf(*child, item), std::move(item)});
+        // A row moves with the rows above it.
+        const std::string state = above + "/" + StateOf(*child, item);
+        rows.push_back({child->key, state, std::move(item)});
         if (m_kind.isDeep)
         {
-            Gather(*child, depth + 1, rows);
+            Gather(*child, depth + 1, state, rows);
         }
     }
 }
@@ -194,7 +196,7 @@ ModelRows View::Rows() const
     ModelRows rows;
     if (m_kind.isHierarchy)
     {
-        Gather(*m_kind.folder, 1, rows);
+        Gather(*m_kind.folder, 1, std::string(), rows);
     }
     else
     {
@@ -261,11 +263,17 @@ bool View::Move(Mark& mark, const ModelRows& now) const
     return false;
 }
 
-// A cursor behind all rows stays behind those that were there and did not change; new and changed ones may come after it.
-void View::FindEnd(const ModelRows& now)
+ULONG View::Position() const
 {
     ULONG row = 0, numerator = 0, denominator = 0;
     Check(m_table->QueryPosition(&row, &numerator, &denominator), S_OK, "QueryPosition");
+    return row;
+}
+
+// A cursor behind all rows stays behind those that were there and did not change; new and changed ones may come after it.
+void View::FindEnd(const ModelRows& now)
+{
+    const ULONG row = Position();
     Check(row <= now.size(), "the cursor is behind the last row");
     for (size_t i = row; i < now.size(); ++i)
     {
@@ -290,10 +298,13 @@ const ModelRows& View::Sync()
         Check(m_table->FreeBookmark(each->first), S_OK, "FreeBookmark");
         each = m_bookmarks.erase(each);
     }
+    const bool wasFirst = m_cursor.index == 0;
     if (Move(m_cursor, now))
     {
+        // Rows that come in front of all others may be read from a cursor that was in front of all, or be skipped.
+        const bool isFirst = wasFirst && m_cursor.index != 0 && Position() == 0;
         m_seen = now;
-        SetCursor(m_cursor.index);
+        SetCursor(isFirst ? 0 : m_cursor.index);
     }
     else
     {

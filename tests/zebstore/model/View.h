@@ -83,6 +83,8 @@ public:
     const ModelRows& Sync();
     size_t Cursor() const { return m_cursor.index; }
     void SetCursor(size_t index);
+    /// Where the table says its cursor is.
+    ULONG Position() const;
 
     struct Mark
     {
@@ -102,7 +104,7 @@ private:
     void Reset();
     bool Move(Mark& mark, const ModelRows& now) const;
     void FindEnd(const ModelRows& now);
-    void Gather(const Folder& folder, int depth, ModelRows& rows) const;
+    void Gather(const Folder& folder, int depth, const std::string& above, ModelRows& rows) const;
 
     const int m_number;
     const int m_session;
