@@ -3,6 +3,7 @@
 #include "zebstore/storage/RowParts.h"
 #include "zebstore/storage/RowSelection.h"
 
+#include <algorithm>
 #include <map>
 #include <tuple>
 
@@ -14,6 +15,25 @@ namespace
 
 constexpr ULONG InfoTags[] = {PR_DEPTH,      PR_CONTENT_COUNT, PR_CONTENT_UNREAD, PR_ASSOC_CONTENT_COUNT,
                               PR_SUBFOLDERS, PR_FOLDER_TYPE};
+
+// Counters change with the messages of a folder, all other columns with the folders.
+bool IsCounter(ULONG tag)
+{
+    return PROP_ID(tag) == PROP_ID(PR_CONTENT_COUNT) || PROP_ID(tag) == PROP_ID(PR_CONTENT_UNREAD) ||
+           PROP_ID(tag) == PROP_ID(PR_ASSOC_CONTENT_COUNT);
+}
+
+bool AsksForCounters(const RestrictionNode& node)
+{
+    return IsCounter(node.tag) || IsCounter(node.otherTag) ||
+           std::any_of(node.children.begin(), node.children.end(), AsksForCounters);
+}
+
+bool SortsByCounters(const SortOrder& order)
+{
+    return std::any_of(order.Keys().begin(), order.Keys().end(),
+                       [](const SortOrder::Key& key) { return IsCounter(key.tag); });
+}
 
 class FolderValues : public ValueSource
 {
@@ -87,10 +107,11 @@ public:
         return static_cast<ULONG>(m_store->Folders().Under(m_folder, true).size());
     }
 
-    // The counters of folders change with every message, which matters only to a table that is followed.
+    // The counters of folders change with every message, which matters only to a table that is followed, or whose rows
+    // depend on them.
     std::uint64_t Generation() override
     {
-        return m_followed ? m_store->Contents().ChangeStamp() : m_store->Contents().TreeGeneration();
+        return m_followed || m_countersMatter ? m_store->Contents().ChangeStamp() : m_store->Contents().TreeGeneration();
     }
 
     std::shared_ptr<void> Snapshot() override { return std::make_shared<StoreSnapshot>(m_store->Connection()); }
@@ -153,6 +174,8 @@ public:
     std::vector<RowKey> Keys(const Restriction* restriction, const SortOrder* order) override
     {
         const std::lock_guard hold(m_store->Lock());
+        m_countersMatter = m_countersMatter || (restriction != nullptr && AsksForCounters(restriction->Root())) ||
+                           (order != nullptr && SortsByCounters(*order));
         RowSelection selection(restriction, order);
         for (const FolderInfo& info : m_store->Folders().Under(m_folder, m_wholeTree))
         {
@@ -290,6 +313,7 @@ private:
     bool m_wholeTree;
     std::shared_ptr<const ComputedProperties> m_computed;
     bool m_followed = false;
+    bool m_countersMatter = false;
     std::map<FolderId, Seen> m_seen; // as it was at m_seenGeneration
     std::uint64_t m_seenTree = 0;
     std::uint64_t m_seenGeneration = 0;

@@ -58,6 +58,21 @@ protected:
         Free(set);
         return numbers;
     }
+    Ref<IMAPITable> Hierarchy() { return CreateTable(MakeHierarchyRows(m_store, Inbox, false, Computed(PR_ENTRYID)), {}); }
+    static std::vector<std::string> Names(IMAPITable& table, LONG count)
+    {
+        Columns(table, {PR_DISPLAY_NAME_A});
+        SRowSet* set = nullptr;
+        EXPECT_EQ(table.QueryRows(count, 0, &set), S_OK);
+        std::vector<std::string> names;
+        for (ULONG i = 0; set && i < set->cRows; ++i)
+        {
+            names.emplace_back(set->aRow[i].lpProps[0].Value.lpszA);
+            Free(set->aRow[i].lpProps);
+        }
+        Free(set);
+        return names;
+    }
     static ULONG Position(IMAPITable& table)
     {
         ULONG row = 0;
@@ -80,6 +95,7 @@ protected:
 };
 
 using Numbers = std::vector<LONG>;
+using Texts = std::vector<std::string>;
 
 TEST_F(TableTest, RowsComeInSavedOrder)
 {
@@ -428,6 +444,25 @@ TEST_F(TableTest, TheHierarchyShowsDepthAndCounts)
     Free(set);
     EXPECT_EQ(table->Restrict(m_make.Property(RELOP_EQ, NarrowValue(PR_DISPLAY_NAME_A, "B")), 0), S_OK);
     EXPECT_EQ(Count(*table), 1u);
+}
+
+TEST_F(TableTest, TheHierarchyFollowsItsCounts)
+{
+    const FolderId a = Store().Folders().Create(Inbox, Named("a"));
+    const FolderId b = Store().Folders().Create(Inbox, Named("b"));
+    const auto sorted = Hierarchy();
+    Sort(*sorted, PR_CONTENT_COUNT, TABLE_SORT_DESCEND);
+    EXPECT_EQ(Names(*sorted, 9), (Texts{"a", "b"}));
+    const auto restricted = Hierarchy();
+    restricted->Restrict(m_make.Not(m_make.Property(RELOP_EQ, LongValue(PR_CONTENT_UNREAD, 0))), 0);
+    EXPECT_EQ(Count(*restricted), 0u);
+    Store().Messages().Create({b, false}, Mail("m"));
+    EXPECT_EQ(sorted->SeekRow(BOOKMARK_BEGINNING, 0, nullptr), S_OK);
+    EXPECT_EQ(Names(*sorted, 9), (Texts{"b", "a"}));
+    EXPECT_EQ(Count(*restricted), 1u);
+    Store().Messages().Create({a, true}, Mail("hidden"));
+    Sort(*sorted, PR_ASSOC_CONTENT_COUNT, TABLE_SORT_DESCEND);
+    EXPECT_EQ(Names(*sorted, 9), (Texts{"a", "b"}));
 }
 
 TEST_F(TableTest, AFailedAllocationLeavesTheCursor)
