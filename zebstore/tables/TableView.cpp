@@ -85,11 +85,8 @@ void TableView::Load()
     }
     if (m_before)
     {
-        const auto found = std::find(keys.begin(), keys.end(), *m_before);
-        if (found != keys.end())
-        {
-            m_position = static_cast<size_t>(found - keys.begin()) + 1;
-        }
+        // Also where that row is gone: the keys rise.
+        m_position = static_cast<size_t>(std::upper_bound(keys.begin(), keys.end(), *m_before) - keys.begin());
     }
     m_position = std::min(m_position, keys.size());
     m_keys.Assign(std::move(keys));
@@ -173,7 +170,7 @@ Mark TableView::MarkAt(size_t index)
 
 void TableView::PlaceCursor(size_t index)
 {
-    if (m_loaded || !IsNatural())
+    if (m_loaded || !SkipsRows())
     {
         if (!HoldFirst(index + 1))
         {
@@ -209,7 +206,7 @@ void TableView::PlaceCursor(size_t index)
 
 std::vector<RowKey> TableView::Take(LONG count, bool advance)
 {
-    if (count < 0 || (!IsNatural() && !HoldFirst(m_position + static_cast<size_t>(count) + 1)))
+    if (count < 0 || (!SkipsRows() && !HoldFirst(m_position + static_cast<size_t>(count) + 1)))
     {
         Load();
     }

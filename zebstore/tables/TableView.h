@@ -84,6 +84,8 @@ private:
     using Place = MarkedKeys::Place;
 
     bool IsNatural() const { return !m_restriction && !m_order; }
+    /// Whether rows can be skipped without holding their keys: the place of a row that is gone is known by its key.
+    bool SkipsRows() const { return IsNatural() && m_rows->KeysRise(); }
     void Reset();
     void Load();
     bool HoldFirst(size_t count);

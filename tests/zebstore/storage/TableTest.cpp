@@ -465,6 +465,32 @@ TEST_F(TableTest, TheHierarchyFollowsItsCounts)
     EXPECT_EQ(Names(*sorted, 9), (Texts{"a", "b"}));
 }
 
+// The next row after the one that was read and is gone.
+TEST_F(TableTest, ADeletedFolderSkipsNone)
+{
+    std::vector<FolderId> folders;
+    for (const char* name : {"a", "b", "c"})
+    {
+        folders.push_back(Store().Folders().Create(Inbox, Named(name)));
+    }
+    const auto table = Hierarchy();
+    EXPECT_EQ(Names(*table, 1), Texts{"a"});
+    Store().Folders().Delete(folders[0], true, true);
+    EXPECT_EQ(Names(*table, 1), Texts{"b"});
+    Store().Folders().Delete(folders[1], true, true);
+    EXPECT_EQ(Names(*table, 9), Texts{"c"});
+}
+
+// More than the change log lists.
+TEST_F(TableTest, ManyDeletionsSkipNone)
+{
+    Fill(300);
+    const auto table = Contents();
+    EXPECT_EQ(Rows(*table, 10).back(), 9);
+    Store().Messages().Delete({m_messages.begin(), m_messages.begin() + 140});
+    EXPECT_EQ(Rows(*table, 1), Numbers{140});
+}
+
 TEST_F(TableTest, AFailedAllocationLeavesTheCursor)
 {
     Fill(5);
