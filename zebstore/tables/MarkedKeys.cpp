@@ -55,17 +55,17 @@ void MarkedKeys::Relocate(Mark& mark, const std::vector<RowKey>& before, std::ve
     const auto isLeft = [&](RowKey key) { return std::binary_search(sorted.begin(), sorted.end(), key); };
     const auto place = mark.atEnd ? before.end() : std::find(before.begin(), before.end(), mark.key);
     const auto next = std::find_if(place, before.end(), isLeft);
-    if (next != before.end())
-    {
-        mark.index = indexOf(*next);
-    }
-    else
-    {
-        // After the last row before it that is left.
-        const auto last = std::find_if(std::make_reverse_iterator(place), before.rend(), isLeft);
-        mark.index = last == before.rend() ? 0 : indexOf(*last) + 1;
-    }
+    // Without a next row, behind all rows that were there before, wherever they are now.
+    mark.index = next != before.end() ? indexOf(*next) : IndexBehind(before);
     Settle(mark);
+}
+
+size_t MarkedKeys::IndexBehind(std::vector<RowKey> before) const
+{
+    std::sort(before.begin(), before.end());
+    const auto last = std::find_if(m_keys.rbegin(), m_keys.rend(),
+                                   [&](RowKey key) { return std::binary_search(before.begin(), before.end(), key); });
+    return static_cast<size_t>(m_keys.rend() - last);
 }
 
 void MarkedKeys::FindIndexes(std::vector<Place*>& places, bool areSorted) const

@@ -491,6 +491,21 @@ TEST_F(TableTest, ManyDeletionsSkipNone)
     EXPECT_EQ(Rows(*table, 1), Numbers{140});
 }
 
+TEST_F(TableTest, ACursorAtTheEndReadsNoRowAgain)
+{
+    FolderId last = 0;
+    for (const char* name : {"b", "c", "d"})
+    {
+        last = Store().Folders().Create(Inbox, Named(name));
+    }
+    const auto table = Hierarchy();
+    EXPECT_EQ(table->SeekRow(BOOKMARK_END, 0, nullptr), S_OK);
+    Store().Folders().SaveProperties(last, Named("a"));
+    EXPECT_EQ(Names(*table, 9), Texts());
+    Store().Folders().Create(Inbox, Named("e"));
+    EXPECT_EQ(Names(*table, 9), Texts{"e"});
+}
+
 TEST_F(TableTest, AFailedAllocationLeavesTheCursor)
 {
     Fill(5);
