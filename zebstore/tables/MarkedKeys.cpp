@@ -127,11 +127,17 @@ void MarkedKeys::Edit::Remove(std::vector<std::pair<size_t, bool>> indexes)
     for (Follower& follower : m_followers)
     {
         Mark& mark = *follower.mark;
-        const auto place = std::lower_bound(indexes.begin(), indexes.end(), std::pair<size_t, bool>(mark.index, false));
+        auto place = std::lower_bound(indexes.begin(), indexes.end(), std::pair<size_t, bool>(mark.index, false));
+        // From a row that is gone to the next one that is left, which may come back at another place.
+        for (; !mark.atEnd && place != indexes.end() && *place == std::pair<size_t, bool>(mark.index, false); ++place)
+        {
+            mark.rowGone = true;
+            ++mark.index;
+        }
         if (!mark.atEnd && place != indexes.end() && place->first == mark.index)
         {
-            follower.isLifted = place->second;
-            mark.rowGone = mark.rowGone || !place->second;
+            follower.isLifted = true;
+            mark.key = m_keys[mark.index];
         }
         mark.index -= static_cast<size_t>(place - indexes.begin());
     }

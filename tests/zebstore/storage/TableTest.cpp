@@ -506,6 +506,22 @@ TEST_F(TableTest, ACursorAtTheEndReadsNoRowAgain)
     EXPECT_EQ(Names(*table, 9), Texts{"e"});
 }
 
+// What it changes into its own place counts as left.
+TEST_F(TableTest, ACursorMovesToAChangedRow)
+{
+    Fill(5);
+    const auto table = Contents();
+    Sort(*table, PR_IMPORTANCE, TABLE_SORT_ASCEND);
+    BOOKMARK bookmark = 0;
+    EXPECT_EQ(table->SeekRow(BOOKMARK_BEGINNING, 1, nullptr), S_OK);
+    EXPECT_EQ(table->CreateBookmark(&bookmark), S_OK);
+    Store().Messages().Delete({m_messages[1]});
+    Store().Messages().Save(m_messages[2], Numbered(2), 0);
+    EXPECT_EQ(Rows(*table, 1), Numbers{2});
+    EXPECT_EQ(table->SeekRow(bookmark, 0, nullptr), MAPI_W_POSITION_CHANGED);
+    EXPECT_EQ(Rows(*table, 1), Numbers{2});
+}
+
 TEST_F(TableTest, AFailedAllocationLeavesTheCursor)
 {
     Fill(5);
