@@ -111,7 +111,8 @@ public:
     // depend on them.
     std::uint64_t Generation() override
     {
-        return m_followed || m_countersMatter ? m_store->Contents().ChangeStamp() : m_store->Contents().TreeGeneration();
+        return m_followed || m_countersMatter ? m_store->Contents().ChangeStamp()
+                                              : m_store->Contents().TreeGeneration();
     }
 
     std::shared_ptr<void> Snapshot() override { return std::make_shared<StoreSnapshot>(m_store->Connection()); }

@@ -4,8 +4,6 @@
 #include "tests/zebstore/model/Random.h"
 #include "tests/zebstore/storage/Restrictions.h"
 
-
-
 namespace zebstore::model
 {
 

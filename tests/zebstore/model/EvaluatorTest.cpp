@@ -99,12 +99,13 @@ protected:
         SRestriction* made = Made(question.condition, maker, room);
         for (const bool backward : {false, true})
         {
-            const HRESULT found = m_table->FindRow(made, backward ? BOOKMARK_END : BOOKMARK_BEGINNING,
-                                                   backward ? DIR_BACKWARD : 0);
+            const HRESULT found =
+                m_table->FindRow(made, backward ? BOOKMARK_END : BOOKMARK_BEGINNING, backward ? DIR_BACKWARD : 0);
             ULONG row = 0, numerator = 0, denominator = 0;
             Check(m_table->QueryPosition(&row, &numerator, &denominator), S_OK, "QueryPosition");
-            const bool isRight = fitting.empty() ? found == MAPI_E_NOT_FOUND
-                                                 : found == S_OK && row == (backward ? fitting.back() : fitting.front());
+            const bool isRight = fitting.empty()
+                                     ? found == MAPI_E_NOT_FOUND
+                                     : found == S_OK && row == (backward ? fitting.back() : fitting.front());
             if (!isRight)
             {
                 return std::string("FindRow ") + (backward ? "backward" : "forward") + " found row " +
@@ -150,8 +151,8 @@ protected:
         const std::vector<size_t> got = Answer(question);
         const std::vector<size_t> expected = Expected(question);
         const auto [left, right] = std::mismatch(got.begin(), got.end(), expected.begin(), expected.end());
-        std::string text = "restriction " + Readable(question.condition) + "\norder " + Readable(question.order) + "\n" +
-                           std::to_string(got.size()) + " rows, not " + std::to_string(expected.size()) + "; " +
+        std::string text = "restriction " + Readable(question.condition) + "\norder " + Readable(question.order) +
+                           "\n" + std::to_string(got.size()) + " rows, not " + std::to_string(expected.size()) + "; " +
                            Find(question) + "\n";
         if (left != got.end())
         {

@@ -102,7 +102,8 @@ void DeleteFolderStep(World& world, Random& random)
     {
         return;
     }
-    const ULONG flags = random.OneIn(2) ? DEL_MESSAGES | DEL_FOLDERS : static_cast<ULONG>(random.Below(4)) * DEL_MESSAGES;
+    const ULONG flags =
+        random.OneIn(2) ? DEL_MESSAGES | DEL_FOLDERS : static_cast<ULONG>(random.Below(4)) * DEL_MESSAGES;
     world.Say("delete " + Named(*folder) + (flags & DEL_MESSAGES ? " with messages" : "") +
               (flags & DEL_FOLDERS ? " with subfolders" : ""));
     HRESULT expected = S_OK;
@@ -132,8 +133,7 @@ void MoveFolderStep(World& world, Random& random)
         return;
     }
     const Wide name = random.OneIn(2) ? RandomName(random) : Wide();
-    world.Say("move " + Named(*folder) + " to " + Named(*target) +
-              (name.empty() ? "" : " as " + Readable(Text(name))));
+    world.Say("move " + Named(*folder) + " to " + Named(*target) + (name.empty() ? "" : " as " + Readable(Text(name))));
     Folder* const there = target->Find(name.empty() ? folder->Name() : name);
     const bool isWithin = target->IsWithin(*folder);
     const bool isTaken = there != nullptr && there != folder.get();
@@ -248,10 +248,11 @@ void EmptyFolderStep(World& world, Random& random)
 
 const std::vector<Step>& FolderSteps()
 {
-    static const std::vector<Step> steps = {{"create a folder", 8, CreateFolderStep}, {"delete a folder", 2, DeleteFolderStep},
-                                            {"move a folder", 3, MoveFolderStep},     {"copy a folder", 2, CopyFolderStep},
-                                            {"rename a folder", 3, RenameFolderStep}, {"comment a folder", 1, CommentFolderStep},
-                                            {"empty a folder", 1, EmptyFolderStep}};
+    static const std::vector<Step> steps = {
+        {"create a folder", 8, CreateFolderStep}, {"delete a folder", 2, DeleteFolderStep},
+        {"move a folder", 3, MoveFolderStep},     {"copy a folder", 2, CopyFolderStep},
+        {"rename a folder", 3, RenameFolderStep}, {"comment a folder", 1, CommentFolderStep},
+        {"empty a folder", 1, EmptyFolderStep}};
     return steps;
 }
 

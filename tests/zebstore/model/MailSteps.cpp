@@ -229,8 +229,8 @@ void MoveMailsStep(World& world, Random& random)
     const std::vector<MailPtr> mails = PickSome(*folder, random);
     world.Say("move " + Named(mails) + " to " + InFolder(*target));
     IdList list(mails);
-    Check(world.Open(*folder)->CopyMessages(list.Get(), nullptr, world.Open(*target).Get(), 0, nullptr, MESSAGE_MOVE), S_OK,
-          "CopyMessages to move");
+    Check(world.Open(*folder)->CopyMessages(list.Get(), nullptr, world.Open(*target).Get(), 0, nullptr, MESSAGE_MOVE),
+          S_OK, "CopyMessages to move");
     if (folder == target)
     {
         return;
@@ -275,10 +275,11 @@ void SetReadFlagsStep(World& world, Random& random)
     const bool ofAll = random.OneIn(4);
     const bool isRead = random.OneIn(2);
     const std::vector<MailPtr> mails = ofAll ? folder->normal : PickSome(*folder, random);
-    world.Say("make " + (ofAll ? "all messages of " + InFolder(*folder) : Named(mails)) + (isRead ? " read" : " unread"));
+    world.Say("make " + (ofAll ? "all messages of " + InFolder(*folder) : Named(mails)) +
+              (isRead ? " read" : " unread"));
     IdList list(mails);
-    Check(world.Open(*folder)->SetReadFlags(ofAll ? nullptr : list.Get(), 0, nullptr, isRead ? 0 : CLEAR_READ_FLAG), S_OK,
-          "SetReadFlags");
+    Check(world.Open(*folder)->SetReadFlags(ofAll ? nullptr : list.Get(), 0, nullptr, isRead ? 0 : CLEAR_READ_FLAG),
+          S_OK, "SetReadFlags");
     for (const MailPtr& mail : mails)
     {
         mail->version += mail->IsRead() != isRead ? 1 : 0;

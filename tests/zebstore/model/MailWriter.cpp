@@ -19,8 +19,8 @@ struct FreeRows
 };
 
 // Rows of a table of recipients or attachments, by the properties of the model.
-void CompareParts(IMAPITable* made, const std::vector<Properties>& expected, const std::vector<Kind>& kinds, ULONG order,
-                  const char* what)
+void CompareParts(IMAPITable* made, const std::vector<Properties>& expected, const std::vector<Kind>& kinds,
+                  ULONG order, const char* what)
 {
     const Ref<IMAPITable> table = Ref<IMAPITable>::Adopt(made);
     std::vector<ULONG> columns;

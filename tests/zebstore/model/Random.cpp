@@ -152,13 +152,14 @@ const std::vector<Kind>& MessageKinds()
 {
     static const std::vector<Kind> kinds = []
     {
-        std::vector<Kind> made = {{PROP_ID(PR_SUBJECT), {PT_UNICODE}},
-                                  {PROP_ID(PR_SENDER_NAME), {PT_UNICODE}},
-                                  {PROP_ID(PR_MESSAGE_CLASS), {PT_UNICODE}},
-                                  {PROP_ID(PR_MESSAGE_DELIVERY_TIME), {PT_SYSTIME}},
-                                  {PROP_ID(PR_CLIENT_SUBMIT_TIME), {PT_SYSTIME}},
-                                  {PROP_ID(PR_IMPORTANCE), {PT_LONG}},
-                                  };
+        std::vector<Kind> made = {
+            {PROP_ID(PR_SUBJECT), {PT_UNICODE}},
+            {PROP_ID(PR_SENDER_NAME), {PT_UNICODE}},
+            {PROP_ID(PR_MESSAGE_CLASS), {PT_UNICODE}},
+            {PROP_ID(PR_MESSAGE_DELIVERY_TIME), {PT_SYSTIME}},
+            {PROP_ID(PR_CLIENT_SUBMIT_TIME), {PT_SYSTIME}},
+            {PROP_ID(PR_IMPORTANCE), {PT_LONG}},
+        };
         ULONG id = 0x6600;
         for (const ULONG single : {PT_I2, PT_LONG, PT_R4, PT_DOUBLE, PT_CURRENCY, PT_APPTIME, PT_I8, PT_STRING8,
                                    PT_UNICODE, PT_SYSTIME, PT_CLSID, PT_BINARY})

@@ -76,7 +76,8 @@ std::string Printed(unsigned seed, std::vector<Operation> operations, const Outc
     const std::vector<Operation> shortest = Shortest(seed, operations);
     const Outcome again = Play(seed, shortest);
     std::string text = "sequence " + std::to_string(seed) + " differs after " + std::to_string(outcome.done) +
-                       " operations: " + outcome.difference + "\nshortened to " + std::to_string(shortest.size()) + ":\n";
+                       " operations: " + outcome.difference + "\nshortened to " + std::to_string(shortest.size()) +
+                       ":\n";
     for (const std::string& line : again.log)
     {
         text += "  " + line + "\n";

@@ -21,7 +21,8 @@ Wide NamesOf(const Item& item, LONG type)
         if (recipient.at(PROP_ID(PR_RECIPIENT_TYPE)).number == type)
         {
             const auto name = recipient.find(PROP_ID(PR_DISPLAY_NAME));
-            names += (names.empty() ? Wide() : Wide(between, 2)) + (name != recipient.end() ? name->second.text : Wide());
+            names +=
+                (names.empty() ? Wide() : Wide(between, 2)) + (name != recipient.end() ? name->second.text : Wide());
         }
     }
     return names;
@@ -107,15 +108,12 @@ Item ShownOf(const Folder& folder, int depth)
 
 const std::vector<Kind>& FolderKinds()
 {
-    static const std::vector<Kind> kinds = {{PROP_ID(PR_DISPLAY_NAME), {PT_UNICODE}},
-                                            {PROP_ID(PR_COMMENT), {PT_UNICODE}},
-                                            {PROP_ID(PR_DEPTH), {PT_LONG}},
-                                            {PROP_ID(PR_CONTENT_COUNT), {PT_LONG}},
-                                            {PROP_ID(PR_CONTENT_UNREAD), {PT_LONG}},
-                                            {PROP_ID(PR_ASSOC_CONTENT_COUNT), {PT_LONG}},
-                                            {PROP_ID(PR_SUBFOLDERS), {PT_BOOLEAN}},
-                                            {PROP_ID(PR_FOLDER_TYPE), {PT_LONG}},
-                                            {PROP_ID(PR_OBJECT_TYPE), {PT_LONG}}};
+    static const std::vector<Kind> kinds = {
+        {PROP_ID(PR_DISPLAY_NAME), {PT_UNICODE}}, {PROP_ID(PR_COMMENT), {PT_UNICODE}},
+        {PROP_ID(PR_DEPTH), {PT_LONG}},           {PROP_ID(PR_CONTENT_COUNT), {PT_LONG}},
+        {PROP_ID(PR_CONTENT_UNREAD), {PT_LONG}},  {PROP_ID(PR_ASSOC_CONTENT_COUNT), {PT_LONG}},
+        {PROP_ID(PR_SUBFOLDERS), {PT_BOOLEAN}},   {PROP_ID(PR_FOLDER_TYPE), {PT_LONG}},
+        {PROP_ID(PR_OBJECT_TYPE), {PT_LONG}}};
     return kinds;
 }
 

@@ -217,7 +217,7 @@ Origin PickOrigin(View& view, Random& random)
     std::advance(chosen, static_cast<std::ptrdiff_t>(choice - 3));
     const View::Mark& mark = chosen->second;
     const HRESULT result = !mark.isValid ? MAPI_E_INVALID_BOOKMARK : mark.isGone ? MAPI_W_POSITION_CHANGED : S_OK;
-    return {chosen->first, mark.index, result};
+    return {chosen->first, mark.isValid ? mark.index : 0, result};
 }
 
 void SeekStep(World& world, Random& random)
@@ -240,8 +240,8 @@ void SeekStep(World& world, Random& random)
     }
     const auto from = static_cast<LONG>(origin.index);
     const LONG target = std::max<LONG>(0, std::min(from + count, last));
-    Check(sought == target - from, "the cursor moved by " + std::to_string(sought) + ", not " +
-                                       std::to_string(target - from));
+    Check(sought == target - from,
+          "the cursor moved by " + std::to_string(sought) + ", not " + std::to_string(target - from));
     view->SetCursor(static_cast<size_t>(target));
 }
 
@@ -271,8 +271,8 @@ void FindStep(World& world, Random& random)
     }
     const Origin origin = PickOrigin(*view, random);
     const bool backward = random.OneIn(2);
-    world.Say(std::string("find ") + (backward ? "backward " : "") + "from bookmark " + std::to_string(origin.bookmark) +
-              " of " + view->Name() + " " + Readable(condition));
+    world.Say(std::string("find ") + (backward ? "backward " : "") + "from bookmark " +
+              std::to_string(origin.bookmark) + " of " + view->Name() + " " + Readable(condition));
     const ModelRows rows = view->Sync();
     std::optional<size_t> expected;
     for (size_t i = backward ? 0 : origin.index; i < (backward ? origin.index : rows.size()); ++i)
@@ -327,12 +327,18 @@ void BookmarkStep(World& world, Random& random)
 
 const std::vector<Step>& TableSteps()
 {
-    static const std::vector<Step> steps = {{"open a table", 8, OpenTableStep},      {"close a table", 1, CloseTableStep},
-                                            {"follow a table", 2, FollowStep},       {"set columns", 2, ColumnsStep},
-                                            {"sort a table", 5, SortStep},           {"restrict a table", 4, RestrictStep},
-                                            {"read rows", 8, ReadStep},              {"read all rows", 2, ReadAllStep},
-                                            {"count rows", 4, CountStep},            {"seek", 6, SeekStep},
-                                            {"seek approximately", 2, SeekApproxStep}, {"find a row", 6, FindStep},
+    static const std::vector<Step> steps = {{"open a table", 8, OpenTableStep},
+                                            {"close a table", 1, CloseTableStep},
+                                            {"follow a table", 2, FollowStep},
+                                            {"set columns", 2, ColumnsStep},
+                                            {"sort a table", 5, SortStep},
+                                            {"restrict a table", 4, RestrictStep},
+                                            {"read rows", 8, ReadStep},
+                                            {"read all rows", 2, ReadAllStep},
+                                            {"count rows", 4, CountStep},
+                                            {"seek", 6, SeekStep},
+                                            {"seek approximately", 2, SeekApproxStep},
+                                            {"find a row", 6, FindStep},
                                             {"bookmark a row", 5, BookmarkStep}};
     return steps;
 }

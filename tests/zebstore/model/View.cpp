@@ -278,7 +278,8 @@ void View::FindEnd(const ModelRows& now)
     for (size_t i = row; i < now.size(); ++i)
     {
         const auto before = Find(m_seen, now[i].key);
-        Check(before == m_seen.end() || before->state != now[i].state, "the cursor was at the end, and is before an old row");
+        Check(before == m_seen.end() || before->state != now[i].state,
+              "the cursor was at the end, and is before an old row");
     }
     m_seen = now;
     SetCursor(row);

@@ -90,7 +90,7 @@ public:
     {
         std::string key; ///< empty: at the end
         size_t index = 0;
-        bool isGone = false;  ///< the row that it was made for
+        bool isGone = false; ///< the row that it was made for
         bool isValid = true; ///< false: the table was sorted or restricted since
     };
     std::map<BOOKMARK, Mark>& Bookmarks() { return m_bookmarks; }

@@ -77,8 +77,8 @@ private:
     {
         ULONG type = 0;
         IUnknown* object = nullptr;
-        const HRESULT result = m_stores[m_session]->OpenEntry(static_cast<ULONG>(id.size()), Id(id), &iid, MAPI_MODIFY,
-                                                              &type, &object);
+        const HRESULT result =
+            m_stores[m_session]->OpenEntry(static_cast<ULONG>(id.size()), Id(id), &iid, MAPI_MODIFY, &type, &object);
         Check(result, S_OK, "OpenEntry");
         return Ref<Interface>::Adopt(static_cast<Interface*>(object));
     }

@@ -99,7 +99,8 @@ inline std::string ValueText(const SPropValue& value)
         std::string text = std::to_string(value.Value.MVl.cValues) + " values";
         for (ULONG i = 0; i < value.Value.MVl.cValues; ++i)
         {
-            text += "|" + SingleText(single, reinterpret_cast<const BYTE*>(value.Value.MVl.lpl) + i * ElementStep(single));
+            text +=
+                "|" + SingleText(single, reinterpret_cast<const BYTE*>(value.Value.MVl.lpl) + i * ElementStep(single));
         }
         return text;
     }

@@ -114,7 +114,8 @@ public:
             return table.row.cValues != 0 ? "a deleted row has values" : Remove(KeyOf(table.propIndex));
         default:
             ++m_whole;
-            return table.propIndex.ulPropTag != PR_NULL || table.row.cValues != 0 ? "an event of the table has a row" : "";
+            return table.propIndex.ulPropTag != PR_NULL || table.row.cValues != 0 ? "an event of the table has a row"
+                                                                                  : "";
         }
     }
 

@@ -58,7 +58,10 @@ protected:
         Free(set);
         return numbers;
     }
-    Ref<IMAPITable> Hierarchy() { return CreateTable(MakeHierarchyRows(m_store, Inbox, false, Computed(PR_ENTRYID)), {}); }
+    Ref<IMAPITable> Hierarchy()
+    {
+        return CreateTable(MakeHierarchyRows(m_store, Inbox, false, Computed(PR_ENTRYID)), {});
+    }
     static std::vector<std::string> Names(IMAPITable& table, LONG count)
     {
         Columns(table, {PR_DISPLAY_NAME_A});
