@@ -55,12 +55,12 @@ void MarkedKeys::Relocate(Mark& mark, const std::vector<RowKey>& before, std::ve
     const auto isLeft = [&](RowKey key) { return std::binary_search(sorted.begin(), sorted.end(), key); };
     const auto place = mark.atEnd ? before.end() : std::find(before.begin(), before.end(), mark.key);
     const auto next = std::find_if(place, before.end(), isLeft);
-    // Without a next row, behind all rows that were there before, wherever they are now.
-    mark.index = next != before.end() ? indexOf(*next) : IndexBehind(before);
+    // Without a next row, after all rows that were there before, wherever they are now.
+    mark.index = next != before.end() ? indexOf(*next) : IndexAfter(before);
     Settle(mark);
 }
 
-size_t MarkedKeys::IndexBehind(std::vector<RowKey> before) const
+size_t MarkedKeys::IndexAfter(std::vector<RowKey> before) const
 {
     std::sort(before.begin(), before.end());
     const auto last = std::find_if(m_keys.rbegin(), m_keys.rend(),

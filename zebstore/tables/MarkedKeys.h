@@ -78,7 +78,7 @@ public:
 private:
     void Settle(Mark& mark) const;
     void Relocate(Mark& mark, const std::vector<RowKey>& before, std::vector<RowKey>& sorted) const;
-    size_t IndexBehind(std::vector<RowKey> before) const;
+    size_t IndexAfter(std::vector<RowKey> before) const;
 
     std::vector<RowKey> m_keys;
 };

@@ -270,11 +270,11 @@ ULONG View::Position() const
     return row;
 }
 
-// A cursor behind all rows stays behind those that were there and did not change; new and changed ones may come after it.
+// A cursor after all rows stays after those that were there and did not change; new and changed ones may come after it.
 void View::FindEnd(const ModelRows& now)
 {
     const ULONG row = Position();
-    Check(row <= now.size(), "the cursor is behind the last row");
+    Check(row <= now.size(), "the cursor is after the last row");
     for (size_t i = row; i < now.size(); ++i)
     {
         const auto before = Find(m_seen, now[i].key);
@@ -295,7 +295,7 @@ const ModelRows& View::Sync()
             ++each;
             continue;
         }
-        // Where a bookmark goes when no row is left behind it is not stated.
+        // Where a bookmark goes when no row is left after it is not stated.
         Check(m_table->FreeBookmark(each->first), S_OK, "FreeBookmark");
         each = m_bookmarks.erase(each);
     }
