@@ -32,8 +32,9 @@ function(zeb_debug_files switch)
          $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${zeb_up}/=>)
     set(link LINKER:/debug LINKER:/opt:ref LINKER:/opt:icf LINKER:/pdbaltpath:%_PDB% LINKER:/pdbsourcepath:/zebapi)
   else()
+    # The compiler cache names what lies in the folder of the build without that folder; so does the last of these.
     list(APPEND compile -ffile-prefix-map=${CMAKE_SOURCE_DIR}/= -ffile-prefix-map=${zeb_up}/=
-         -fdebug-prefix-map=${CMAKE_BINARY_DIR}=.)
+         -fdebug-prefix-map=${CMAKE_BINARY_DIR}=. -fdebug-prefix-map=${CMAKE_BINARY_DIR}/=)
   endif()
   get_property(compiled DIRECTORY PROPERTY COMPILE_OPTIONS)
   get_property(linked DIRECTORY PROPERTY LINK_OPTIONS)
