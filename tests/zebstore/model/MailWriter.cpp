@@ -90,10 +90,13 @@ void Write(IMAPIProp& object, const Properties& before, const Properties& after)
     std::vector<SPropValue> values;
     for (const auto& [id, value] : after)
     {
+        const ULONG tag = PROP_TAG(value.type, id);
+        const SPropValue made = room.Mapi(tag, value);
         const auto old = before.find(id);
-        if (old == before.end() || old->second.type != value.type || Readable(old->second) != Readable(value))
+        if (old == before.end() || old->second.type != value.type ||
+            test::ValueText(room.Mapi(tag, old->second)) != test::ValueText(made))
         {
-            values.push_back(room.Mapi(PROP_TAG(value.type, id), value));
+            values.push_back(made);
         }
     }
     SPropProblemArray* problems = nullptr;
