@@ -3,6 +3,7 @@
 #include "zebstore/base/Error.h"
 #include "zebstore/storage/Compare.h"
 #include "zebstore/storage/Encoding.h"
+#include "zebstore/storage/InstanceTag.h"
 #include "zebstore/storage/NameSearch.h"
 
 #include <algorithm>
@@ -373,6 +374,12 @@ bool SizeMatches(const RestrictionNode& node, const EncodedValue& value)
 
 bool ExistMatches(const RestrictionNode& node, const EncodedValue& value)
 {
+    // Of a multi-valued property's instances the value is a single one; without instances it is all of them.
+    if (IsInstanceTag(node.tag))
+    {
+        const ULONG single = ~static_cast<ULONG>(MV_FLAG | MV_INSTANCE);
+        return TypesMatch(value.Type() & single, PROP_TYPE(node.tag) & single);
+    }
     const ULONG asked = PROP_TYPE(node.tag);
     return asked == PT_UNSPECIFIED || asked == PT_NULL || TypesMatch(value.Type(), asked);
 }

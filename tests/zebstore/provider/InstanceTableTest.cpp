@@ -105,6 +105,25 @@ TEST_F(InstanceTable, SortsAndRestrictsBySingleValues)
     EXPECT_EQ(Read(*table), Texts({"a:blue", "c:blue"}));
 }
 
+TEST_F(InstanceTable, ASingleValueExists)
+{
+    Add("a", {"red", "blue"});
+    Add("b", {});
+    const Ref<IMAPITable> table = Table();
+    ASSERT_EQ(SetColumns(*table, {PR_SUBJECT_A, EachCategory}), S_OK);
+    SRestriction exists{};
+    exists.rt = RES_EXIST;
+    exists.res.resExist.ulPropTag = EachCategory;
+    ASSERT_EQ(table->Restrict(&exists, 0), S_OK);
+    EXPECT_EQ(Read(*table), Texts({"a:red", "a:blue"}));
+    exists.res.resExist.ulPropTag = Category;
+    ASSERT_EQ(table->Restrict(&exists, 0), S_OK);
+    EXPECT_EQ(Read(*table), Texts({"a:red", "a:blue"}));
+    exists.res.resExist.ulPropTag = PROP_TAG(PT_MV_LONG, PROP_ID(Category)) | MV_INSTANCE;
+    ASSERT_EQ(table->Restrict(&exists, 0), S_OK);
+    EXPECT_EQ(Read(*table), Texts());
+}
+
 TEST_F(InstanceTable, GivesEachRowAnInstanceKey)
 {
     Add("a", {"red", "blue", "green"});
