@@ -36,8 +36,15 @@ bool RelationHolds(ULONG relation, std::optional<int> order)
 const Value& Find(const Properties& properties, ULONG tag)
 {
     static const Value none;
-    const auto found = properties.find(PROP_ID(tag));
+    const auto found = properties.find((PROP_TYPE(tag) & MV_INSTANCE) != 0 ? InstanceId(tag) : PROP_ID(tag));
     return found != properties.end() ? found->second : none;
+}
+
+// Whether a column of this tag shows the value.
+bool IsShown(const Value& value, ULONG tag)
+{
+    const ULONG type = PROP_TYPE(tag);
+    return type == PT_UNSPECIFIED || AreComparable(value.type, (type & MV_INSTANCE) != 0 ? SingleOf(type) : type);
 }
 
 bool PartFits(ULONG level, const std::string& whole, const std::string& part)
@@ -120,7 +127,7 @@ bool ValueHolds(const Condition& condition, const Value& value)
     case RES_SIZE:
         return SizeHolds(condition, value);
     default:
-        return PROP_TYPE(condition.tag) == PT_UNSPECIFIED || AreComparable(value.type, PROP_TYPE(condition.tag));
+        return IsShown(value, condition.tag);
     }
 }
 
@@ -216,7 +223,7 @@ std::string Readable(const Condition& condition)
 Value Shown(const Properties& properties, ULONG tag)
 {
     const Value& value = Find(properties, tag);
-    return PROP_TYPE(tag) == PT_UNSPECIFIED || AreComparable(value.type, PROP_TYPE(tag)) ? value : Value();
+    return IsShown(value, tag) ? value : Value();
 }
 
 bool IsBefore(const Item& left, const Item& right, const Order& order)

@@ -72,6 +72,7 @@ Condition ConditionMaker::Sub()
 // A value of a row, or any; of a multi-valued property also one of its values.
 Value ConditionMaker::Sample(const Kind& kind, const Properties* sample, ULONG type)
 {
+    type = (type & MV_INSTANCE) != 0 ? SingleOf(type) : type;
     const auto found = sample != nullptr ? sample->find(kind.id) : Properties::const_iterator();
     if (sample == nullptr || found == sample->end() || m_random.OneIn(3))
     {

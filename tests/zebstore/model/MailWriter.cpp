@@ -80,7 +80,7 @@ void Check(bool isRight, const std::string& text)
 {
     if (!isRight)
     {
-        throw Difference{text};
+        throw Difference(text);
     }
 }
 

@@ -5,13 +5,16 @@
 #include "tests/zebstore/provider/ProviderFixture.h"
 #include "tests/zebstore/storage/TableCopy.h"
 
+#include <stdexcept>
+
 namespace zebstore::model
 {
 
 /// The provider says something else than the model.
-struct Difference
+class Difference : public std::runtime_error
 {
-    std::string text;
+public:
+    using std::runtime_error::runtime_error;
 };
 
 /// @throws Difference when the call did not return what it must

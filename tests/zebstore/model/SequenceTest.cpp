@@ -37,7 +37,7 @@ Outcome Play(unsigned seed, const std::vector<Operation>& operations)
     }
     catch (const Difference& difference)
     {
-        outcome.difference = difference.text;
+        outcome.difference = difference.what();
     }
     outcome.log = world.Log();
     return outcome;

@@ -10,7 +10,7 @@ namespace zebstore::model
 namespace
 {
 
-constexpr size_t MostViews = 8;
+constexpr size_t MostViews = 6;
 constexpr size_t MostBookmarks = 4;
 
 View* PickView(World& world, Random& random)
@@ -201,7 +201,9 @@ struct Origin
 Origin PickOrigin(View& view, Random& random)
 {
     const size_t rows = view.Sync().size();
-    const size_t choice = random.Below(3 + view.Bookmarks().size());
+    // Bookmarks that were made are more interesting than those of the table.
+    const size_t marks = random.OneIn(3) ? 0 : view.Bookmarks().size();
+    const size_t choice = marks > 0 ? 3 + random.Below(marks) : random.Below(3);
     switch (choice)
     {
     case 0:
@@ -336,10 +338,10 @@ const std::vector<Step>& TableSteps()
                                             {"read rows", 8, ReadStep},
                                             {"read all rows", 2, ReadAllStep},
                                             {"count rows", 4, CountStep},
-                                            {"seek", 6, SeekStep},
+                                            {"seek", 7, SeekStep},
                                             {"seek approximately", 2, SeekApproxStep},
                                             {"find a row", 6, FindStep},
-                                            {"bookmark a row", 5, BookmarkStep}};
+                                            {"bookmark a row", 7, BookmarkStep}};
     return steps;
 }
 

@@ -28,7 +28,7 @@ struct Value
     explicit operator bool() const { return type != PT_UNSPECIFIED; }
 };
 
-/// By PROP_ID.
+/// By PROP_ID, or by InstanceId.
 using Properties = std::map<ULONG, Value>;
 
 Value Number(ULONG type, std::int64_t number);
@@ -42,6 +42,11 @@ inline bool IsTextType(ULONG type)
 inline ULONG SingleOf(ULONG type)
 {
     return type & ~static_cast<ULONG>(MV_FLAG | MV_INSTANCE);
+}
+/// The place in Properties of the single value that a row shows of a multi-valued property.
+inline ULONG InstanceId(ULONG tag)
+{
+    return PROP_ID(tag) | 0x10000;
 }
 /// The same type, or both text.
 bool AreComparable(ULONG type, ULONG other);

@@ -85,7 +85,7 @@ inline size_t ElementStep(ULONG type)
     }
 }
 
-/// The value without its tag. Every array of the union begins with its count and the pointer to its elements.
+/// The value without its tag; under a tag with MV_INSTANCE it is a single one. Every array of the union begins with its count and the pointer to its elements.
 inline std::string ValueText(const SPropValue& value)
 {
     const ULONG type = PROP_TYPE(value.ulPropTag);
@@ -93,9 +93,9 @@ inline std::string ValueText(const SPropValue& value)
     {
         return "error " + std::to_string(value.Value.err);
     }
-    if ((type & MV_FLAG) != 0)
+    const ULONG single = type & ~static_cast<ULONG>(MV_FLAG | MV_INSTANCE);
+    if ((type & (MV_FLAG | MV_INSTANCE)) == MV_FLAG)
     {
-        const ULONG single = type & ~static_cast<ULONG>(MV_FLAG | MV_INSTANCE);
         std::string text = std::to_string(value.Value.MVl.cValues) + " values";
         for (ULONG i = 0; i < value.Value.MVl.cValues; ++i)
         {
@@ -104,7 +104,7 @@ inline std::string ValueText(const SPropValue& value)
         }
         return text;
     }
-    return SingleText(type, type == PT_CLSID ? static_cast<const void*>(value.Value.lpguid) : &value.Value);
+    return SingleText(single, single == PT_CLSID ? static_cast<const void*>(value.Value.lpguid) : &value.Value);
 }
 
 /// The tag and the value of a cell.
