@@ -218,6 +218,30 @@ void DeleteMailsStep(World& world, Random& random)
     Remove(*folder, mails);
 }
 
+// What tables have their cursors and bookmarks at.
+void DeleteMarkedStep(World& world, Random& random)
+{
+    if (world.Views().empty())
+    {
+        return;
+    }
+    const View& view = *random.Pick(world.Views());
+    const std::string key = random.Pick(view.MarkedKeys());
+    const FolderPtr folder = view.Kind().folder;
+    for (const MailPtr& mail : folder->Mails(view.Kind().isAssociated))
+    {
+        if (!view.Kind().isHierarchy && mail->key == key)
+        {
+            const std::vector<MailPtr> mails = {mail};
+            world.Say("delete " + Named(mails) + ", a marked row of " + view.Name());
+            IdList list(mails);
+            Check(world.Open(*folder)->DeleteMessages(list.Get(), 0, nullptr, 0), S_OK, "DeleteMessages");
+            Remove(*folder, mails);
+            return;
+        }
+    }
+}
+
 void MoveMailsStep(World& world, Random& random)
 {
     const FolderPtr folder = PickFull(world, random);
@@ -354,6 +378,7 @@ const std::vector<Step>& MailSteps()
                                             {"change recipients", 3, ChangeRecipientsStep},
                                             {"change attachments", 3, ChangeAttachmentsStep},
                                             {"delete messages", 4, DeleteMailsStep},
+                                            {"delete a marked message", 6, DeleteMarkedStep},
                                             {"move messages", 5, MoveMailsStep},
                                             {"copy messages", 4, CopyMailsStep},
                                             {"set read flags", 5, SetReadFlagsStep},

@@ -242,6 +242,19 @@ void View::SetCursor(size_t index)
     m_cursor.key = index < m_seen.size() ? m_seen[index].key : std::string();
 }
 
+std::vector<std::string> View::MarkedKeys() const
+{
+    std::vector<std::string> keys = {m_cursor.key};
+    for (const auto& each : m_bookmarks)
+    {
+        if (each.second.isValid)
+        {
+            keys.push_back(each.second.key);
+        }
+    }
+    return keys;
+}
+
 // To its row; from a row that is gone to the next one that is left. @return false when there is none
 bool View::Move(Mark& mark, const ModelRows& now) const
 {

@@ -94,6 +94,8 @@ public:
         bool isValid = true; ///< false: the table was sorted or restricted since
     };
     std::map<BOOKMARK, Mark>& Bookmarks() { return m_bookmarks; }
+    /// The instance keys of the rows at which the cursor and the bookmarks are.
+    std::vector<std::string> MarkedKeys() const;
 
     /// The copy that notifications keep is what the table must have.
     /// @param mayBeLost a TABLE_CHANGED or TABLE_RELOAD in place of row events is right
