@@ -1,6 +1,7 @@
 #include "tests/zebstore/storage/Restrictions.h"
 
 #include "zebstore/storage/Restriction.h"
+#include "zebstore/storage/SortOrder.h"
 
 #include <cmath>
 
@@ -213,6 +214,30 @@ TEST_F(RestrictionTest, NestingTooDeepIsRefused)
         node = m_make.Not(node);
     }
     EXPECT_EQ(CodeFor(node), MAPI_E_TOO_COMPLEX);
+}
+
+// Rows that are equal by one key are ordered by the next.
+TEST(SortBytes, ZerosOfEitherSignAreEqual)
+{
+    for (const ULONG type : {PT_R4, PT_DOUBLE, PT_APPTIME})
+    {
+        const SortOrder order(*SortSet({{PROP_TAG(type, 0x6600), TABLE_SORT_ASCEND}}));
+        const auto bytesOf = [&](double number)
+        {
+            SPropValue value = Value(PROP_TAG(type, 0x6600));
+            value.Value.dbl = number;
+            if (type == PT_R4)
+            {
+                value.Value.flt = static_cast<float>(number);
+            }
+            PropertySet row;
+            row.Set(value);
+            return order.BytesOf(row);
+        };
+        EXPECT_EQ(bytesOf(0.0), bytesOf(-0.0)) << type;
+        EXPECT_LT(bytesOf(-1e-30), bytesOf(-0.0)) << type;
+        EXPECT_LT(bytesOf(0.0), bytesOf(1e-30)) << type;
+    }
 }
 
 } // namespace

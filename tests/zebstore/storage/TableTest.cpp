@@ -187,32 +187,6 @@ TEST_F(TableTest, SortingUsesEveryKeysDirection)
     EXPECT_EQ(Rows(*table, 2), (Numbers{0, 1}));
 }
 
-// Rows that are equal by one key are ordered by the next.
-TEST_F(TableTest, ZerosOfEitherSignAreEqual)
-{
-    for (const ULONG type : {PT_R4, PT_DOUBLE, PT_APPTIME})
-    {
-        std::vector<PropertySet> rows(4);
-        for (size_t i = 0; i < rows.size(); ++i)
-        {
-            SPropValue zero = Value(PROP_TAG(type, 0x6600));
-            zero.Value.dbl = i % 2 == 0 ? 0.0 : -0.0;
-            if (type == PT_R4)
-            {
-                zero.Value.flt = i % 2 == 0 ? 0.0F : -0.0F;
-            }
-            rows[i].Set(zero);
-            rows[i].SetLong(PR_IMPORTANCE, static_cast<LONG>(i));
-        }
-        const auto table = CreateTable(std::make_shared<MemoryRows>(std::move(rows)), {});
-        ASSERT_EQ(table->SetColumns(TagArray({PR_IMPORTANCE}).Get(), 0), S_OK);
-        Sort(*table, PROP_TAG(type, 0x6600), TABLE_SORT_ASCEND);
-        EXPECT_EQ(Rows(*table, 9), (Numbers{0, 1, 2, 3})) << type;
-        Sort(*table, PROP_TAG(type, 0x6600), TABLE_SORT_DESCEND);
-        EXPECT_EQ(Rows(*table, 9), (Numbers{0, 1, 2, 3})) << type;
-    }
-}
-
 TEST_F(TableTest, CategoriesAreTooComplex)
 {
     Fill(3);
