@@ -77,6 +77,16 @@ endif()
 if(ZEB_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
+option(ZEB_COVERAGE "Count what is reached of the product's sources, for scripts/coverage.py (Clang)" OFF)
+if(ZEB_COVERAGE)
+  # The processes of a program count in the shared pages of one file, which the system keeps when a test kills one of them.
+  set(zeb_counted -fprofile-instr-generate -fcoverage-mapping -fprofile-update=atomic "SHELL:-mllvm -runtime-counter-relocation"
+    -fprofile-list=${CMAKE_SOURCE_DIR}/cmake/coverage.list
+    -fcoverage-compilation-dir=. -fcoverage-prefix-map=${CMAKE_SOURCE_DIR}/= -fcoverage-prefix-map=${zeb_up}/=)
+  add_link_options(-fprofile-instr-generate)
+  set(CMAKE_C_FLAGS_DEBUG "-O1")
+  set(CMAKE_CXX_FLAGS_DEBUG "-O1")
+endif()
 
 # For libraries that are compiled with ours: what takes a compiler minutes is left out. Undefined behaviour is not looked
 # for in them, and the fuzzers neither check them nor follow their branches.
@@ -85,12 +95,14 @@ if(ZEB_FUZZ)
   set(zeb_third_party -O1 -fno-sanitize=all)
 elseif(ZEB_SANITIZE)
   set(zeb_third_party -O1 -fno-sanitize=undefined)
+elseif(ZEB_COVERAGE)
+  set(zeb_third_party -O1)
 endif()
 
 # Our own sources link this; third-party sources do not.
 add_library(zeb_options INTERFACE)
 target_include_directories(zeb_options INTERFACE ${CMAKE_SOURCE_DIR})
-target_compile_options(zeb_options INTERFACE ${zeb_warnings})
+target_compile_options(zeb_options INTERFACE ${zeb_warnings} ${zeb_counted})
 # Each lock is checked to be taken in its order (platform/lockorder.h): always when debugging.
 option(ZEB_CHECK_LOCKS "Check the order of locks in releases too" OFF)
 target_compile_definitions(zeb_options INTERFACE $<$<OR:$<CONFIG:Debug>,$<BOOL:${ZEB_CHECK_LOCKS}>>:ZEB_CHECK_LOCKS>)

@@ -1,12 +1,14 @@
 #!/usr/bin/env python3
 """Runs the test programs that CTest knows in one build folder, and counts single tests.
 
-run-tests.py BUILD_DIR [--only REGEX] [--tally FILE] [--jobs N] [--list]
+run-tests.py BUILD_DIR [--only REGEX] [--tally FILE] [--jobs N] [--list] [--profiles FOLDER]
 
 GoogleTest's programs and pytest are counted by their own report, Python's unittest programs by their summary, anything
 else as one test. A program runs as a whole, not each of its tests by itself: starting one takes longer than most tests.
 Prints one line a program, the whole output of one that failed, then what the programs counted ("counted NAME: N" in their
-output), and appends "NAME PASSED FAILED" lines to the tally file. Exit code 1 when a test failed or a program crashed, 2 when there was nothing to run.
+output), and appends "NAME PASSED FAILED" lines to the tally file. With --profiles, what each program and its processes reach is
+counted in a folder of its name there (scripts/coverage.py). Exit code 1 when a test failed or a program crashed, 2 when there was
+nothing to run.
 """
 import argparse
 import collections
@@ -62,11 +64,16 @@ def run_once(command, log, folder, environment, timeout):
     return code, log.read_bytes().decode("utf-8", "replace") + late
 
 
-def run(build, logs, name, command, properties):
+def profile_of(profiles, name):
+    """One file for each binary, in which all its processes count."""
+    return {"LLVM_PROFILE_FILE": str(profiles / name / "%m%c.profraw")} if profiles else {}
+
+
+def run(build, logs, profiles, name, command, properties):
     report = logs / f"{name}.xml"
     log = logs / f"{name}.log"
     report.unlink(missing_ok=True)
-    environment = dict(os.environ)
+    environment = {**os.environ, **profile_of(profiles, name)}
     for entry in properties.get("ENVIRONMENT", []):
         key, _, value = entry.partition("=")
         environment[key] = value
@@ -130,6 +137,7 @@ def main():
     parser.add_argument("--tally", type=pathlib.Path)
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
     parser.add_argument("--list", action="store_true")
+    parser.add_argument("--profiles", type=pathlib.Path)
     arguments = parser.parse_args()
     build = arguments.build.resolve()
     # Longest first, so that no long one runs alone at the end.
@@ -144,12 +152,14 @@ def main():
     logs.mkdir(exist_ok=True)
     bad = False
     counts = Counts()
+    times = {}
     with concurrent.futures.ThreadPoolExecutor(arguments.jobs) as pool:
-        jobs = [pool.submit(run, build, logs, *program) for program in found]
+        jobs = [pool.submit(run, build, logs, arguments.profiles, *program) for program in found]
         for job in concurrent.futures.as_completed(jobs):
             name, passed, failed, code, output, seconds = job.result()
             print(f"  {build.name:16} {name:28} {passed:5} passed {failed:3} failed {seconds:7.1f} s", flush=True)
             counts.add(output, failed)
+            times[name] = seconds
             if failed:
                 bad = True
                 print(output[-12000:])
@@ -157,6 +167,8 @@ def main():
             if arguments.tally:
                 with arguments.tally.open("a") as tally:
                     tally.write(f"{build.name}/{name} {passed} {failed}\n")
+    if arguments.profiles:
+        (arguments.profiles / "seconds.json").write_text(json.dumps(times), encoding="utf-8")
     for line in counts.lines():
         print(f"  {build.name:16} {line}")
     return 1 if bad else 0
