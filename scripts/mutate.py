@@ -232,7 +232,7 @@ class Tree:
 
     def make(self, program):
         """Builds what a test needs: its own target, or all that the tools' tests run."""
-        target = program if (self.build / "bin" / program).exists() else "all"
+        target = program if any((self.build / "bin").rglob(program)) else "all"
         return subprocess.run(["ninja", "-C", self.build, target], env=self.environment, capture_output=True, check=False).returncode == 0
 
     def test(self, program, seconds):

@@ -65,6 +65,24 @@ TEST_F(ImageFileTest, LinuxLibrariesNameTheirMachine)
     EXPECT_EQ(Read(head).bits, 32u);
     head[18] = 62;
     EXPECT_EQ(Read(head).machine, "x64");
+    head[18] = '\xB7';
+    EXPECT_EQ(Read(head).machine, "ARM64");
+    head[18] = 8;
+    EXPECT_EQ(Read(head).machine, "");
+    EXPECT_EQ(Read(head).bits, 0u);
+}
+
+TEST_F(ImageFileTest, OtherSignaturesAreNoLibrary)
+{
+    std::string head = Windows("\x64\x86");
+    head.replace(0x80, 2, "NE");
+    for (const std::string& bytes : {head, std::string(200, 'x')})
+    {
+        const ImageFile other = Read(bytes);
+        EXPECT_TRUE(other.exists);
+        EXPECT_EQ(other.machine, "");
+        EXPECT_EQ(other.bits, 0u);
+    }
 }
 
 TEST_F(ImageFileTest, ATruncatedHeaderIsNoLibrary)

@@ -85,6 +85,13 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"TextAfterDeletion", "[HKEY_CURRENT_USER\\K]\n\"a\"=-1\n", 4, "unexpected text after the value 'a'"},
         Refusal{"NoKind", "[HKEY_CURRENT_USER\\K]\n\"a\"=17\n", 4, "the value 'a' has no kind"},
         Refusal{"Nothing", "[HKEY_CURRENT_USER\\K]\n\"a\"=\n", 4, "the value 'a' has no kind"},
+        Refusal{"ForeignKind", "[HKEY_CURRENT_USER\\K]\n\"a\"=h_x:17\n", 4, "the value 'a' has no kind"},
+        Refusal{"ForeignDword", "[HKEY_CURRENT_USER\\K]\n\"a\"=dword:12g\n", 4,
+                "the value 'a' is not a dword of up to eight hexadecimal digits"},
+        Refusal{"ForeignCapital", "[HKEY_CURRENT_USER\\K]\n\"a\"=dword:1G\n", 4,
+                "the value 'a' is not a dword of up to eight hexadecimal digits"},
+        Refusal{"ForeignPunctuation", "[HKEY_CURRENT_USER\\K]\n\"a\"=dword:1/\n", 4,
+                "the value 'a' is not a dword of up to eight hexadecimal digits"},
         Refusal{"LongDword", "[HKEY_CURRENT_USER\\K]\n\"a\"=dword:123456789\n", 4,
                 "the value 'a' is not a dword of up to eight hexadecimal digits"},
         Refusal{"EmptyDword", "[HKEY_CURRENT_USER\\K]\n\"a\"=dword:\n", 4,
@@ -158,6 +165,20 @@ TEST(RegFile, OldFormatBytesAreNarrowText)
     EXPECT_EQ(key->FindValue("b")->AsBinary(), (std::vector<unsigned char>{0x25, 0x41}));
 }
 
+TEST(RegFile, OldFormatListsOfTextsAreWide)
+{
+    Key tree =
+        Parse("REGEDIT4\n\n[HKEY_CURRENT_USER\\K]\n\"s\"=hex(1):41,0\n\"m\"=hex(7):41,0,42,0,0\n\"q\"=hex(b):1,2\n");
+    EXPECT_EQ(Write(tree), Utf16(Header + "[HKEY_CURRENT_USER\\K]\r\n\"s\"=hex(1):41,00,00,00\r\n"
+                                          "\"m\"=hex(7):41,00,00,00,42,00,00,00,00,00\r\n\"q\"=hex(b):01,02\r\n\r\n"));
+}
+
+TEST(RegFile, KindsOfAnyLettersAndDigitsAreKept)
+{
+    const std::string text = Header + "[HKEY_CURRENT_USER\\K]\r\n\"a\"=Q9word:x\r\n\"b\"=z:Y\r\n\r\n";
+    EXPECT_EQ(Write(Parse(text)), text);
+}
+
 TEST(RegFile, UnknownKindsAreWrittenBack)
 {
     const std::string text = Header + "[HKEY_CURRENT_USER\\K]\r\n\"a\"=hex(b):01,02\r\n\"b\"=qword:0011\r\n"
@@ -224,6 +245,11 @@ TEST(RegFile, OnlyAsciiIsWrittenPlain)
     EXPECT_EQ(Write(tree), Header + "[HKEY_CURRENT_USER\\K]\r\n\"v\"=\"a\"\r\n\r\n");
     tree.Make("HKEY_CURRENT_USER\\K").SetValue(TextValue("v", "\xC3\xA4"));
     EXPECT_EQ(Write(tree), Utf16(Header + "[HKEY_CURRENT_USER\\K]\r\n\"v\"=\"\xC3\xA4\"\r\n\r\n"));
+    for (const std::string value : {"\"\xC3\xA4\"=\"a\"", "\"a\"=x:\xC3\xA4"})
+    {
+        const std::string text = Header + "[HKEY_CURRENT_USER\\K]\r\n" + value + "\r\n\r\n";
+        EXPECT_EQ(Write(Parse(text)), Utf16(text));
+    }
 }
 
 TEST(RegFile, ByteTextIsWrittenWide)
@@ -262,6 +288,7 @@ TEST(RegFile, LongListsAreBrokenIntoLines)
         at = end + 2;
     }
     EXPECT_LE(longest, 80u);
+    EXPECT_EQ(Write(Parse(text)), text);
 }
 
 } // namespace

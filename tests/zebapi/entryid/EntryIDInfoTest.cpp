@@ -286,6 +286,14 @@ TEST_F(EntryIDInfo, WrappedIdentifierIsAlwaysAMessages)
     EXPECT_NE(dump.find("CEntryIDFolderObject"), std::string::npos);
 }
 
+TEST_F(EntryIDInfo, WithoutAnIdentifierIsNamedInvalid)
+{
+    const CEntryIDInfo none{CZebBinary()};
+    EXPECT_EQ(none.String(), "<InvalidBinary>");
+    EXPECT_EQ(none.Type(), eidtUnknown);
+    EXPECT_EQ(none.Contact(), nullptr);
+}
+
 TEST_F(EntryIDInfo, TruncatedHeaderIsReadByBytes)
 {
     EXPECT_EQ(Dump("80"), Head("80", "eidtShortTerm", zeroUID, "Yes") + "  <NULL>");

@@ -246,6 +246,14 @@ TEST(Exception, ATruncatedMessageHasNoTerminator)
     EXPECT_EQ(std::string(buffer, sizeof buffer), "MAPI_E##");
 }
 
+TEST(Exception, AMessageNeedsNoBuffer)
+{
+    Caught exception(new CZebException(NotFound, nullptr, 0));
+    unsigned int helpContext = 7;
+    EXPECT_TRUE(exception->GetErrorMessage(nullptr, 6, &helpContext));
+    EXPECT_EQ(helpContext, 0u);
+}
+
 TEST(Exception, MessageIsCutBetweenCharacters)
 {
     const WCHAR euro[] = {0x20AC};
@@ -303,6 +311,16 @@ TEST(Context, IsTheFunctionThatThrew)
     EXPECT_EQ(Catch([] { CZebException::Throw(NotFound, nullptr, 0); })->GetContext(), "") << "a lambda";
     EXPECT_EQ(log.CountBeginning("THROW"), 3u);
     EXPECT_EQ(log.Lines().size(), 3u) << "the stated lines and no others";
+}
+
+TEST(Context, TemplateArgumentsAreLeftOut)
+{
+    LogCapture log;
+    const auto& context = [](const char* operation)
+    { return Catch([operation] { ThrowIfFailed(NotFound, "x", 1, operation); })->GetContext(); };
+    EXPECT_EQ(context("Read<int,CTable<long>>"), "Read");
+    EXPECT_EQ(context("operator<"), "operator<");
+    EXPECT_EQ(context("<lambda_1>::operator"), "<lambda_1>::operator");
 }
 
 TEST(Context, CollectsThingsAndLeavesTheDescription)

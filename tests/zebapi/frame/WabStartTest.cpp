@@ -118,6 +118,20 @@ TEST_F(WabStart, HandsOutItsOpenAddressBook)
     EXPECT_EQ(wab.references, 2);
 }
 
+TEST_F(WabStart, AnEarlierInstanceLeavesTheLatersMemory)
+{
+    RegisterWab(Library("wab32.dll", ProviderFile::Undecorated()));
+    CZebAPI earlier;
+    earlier.Initialize(true);
+    library.Initialize(true);
+    earlier.Uninitialize(nullptr);
+    const int before = wab.references;
+    void* const block = Zeb_MemAllocate(8, nullptr);
+    EXPECT_NE(block, nullptr) << "the later instance's allocator is still bound";
+    Zeb_MemFree(block);
+    EXPECT_EQ(wab.references, before);
+}
+
 TEST_F(WabStart, AnotherInstanceHasItsOwnObject)
 {
     StartWab();

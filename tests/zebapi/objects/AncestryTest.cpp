@@ -145,6 +145,20 @@ TEST_F(Ancestry, AnObjectWithoutAParentThrows)
     EXPECT_EQ(Thrown([&] { m_message.IsChildOf(m_session, ID("here"), false); }), MAPI_E_INVALID_TYPE);
 }
 
+TEST_F(Ancestry, NothingIsAboveAnInvalidParent)
+{
+    class Orphan : public CZebMessage
+    {
+    public:
+        using CZebMessage::CZebMessage;
+        CZebBinary GetParentID() override { return {}; }
+    };
+    m_child.m_bag.Set(PR_PARENT_ENTRYID, "here");
+    Orphan orphan(&m_child);
+    EXPECT_FALSE(orphan.IsChildOf(m_session, ID("here"), false));
+    EXPECT_EQ(Calls(), (Lines{"child: GetProps([0xFFE0003],0x0)"})) << "no identifiers are compared";
+}
+
 TEST_F(Ancestry, ACircleOfParentsEnds)
 {
     m_child.m_bag.Set(PR_PARENT_ENTRYID, "middle");

@@ -128,6 +128,63 @@ TEST_F(Delivery, LateHandlersMayDestroyTheBinder)
     Calls();
 }
 
+TEST_F(Delivery, RegistrationsMayEndInAnyOrder)
+{
+    RowTable provider(m_journal);
+    RowTable other(m_journal, "other");
+    CZebTable table(&provider);
+    CZebTable otherTable(&other);
+    Handler handler([] {});
+    CAdviseSinkBinder binder(&handler, nullptr);
+    CAdviseSinkBinder later(&handler, nullptr);
+    std::promise<void> begun;
+    std::promise<void> ended;
+    other.m_whileAdvising = [&]
+    {
+        begun.set_value();
+        ended.get_future().wait();
+    };
+    std::thread advising;
+    provider.m_whileAdvising = [&]
+    {
+        advising = std::thread([&] { later.Advise(otherTable); });
+        begun.get_future().wait();
+    };
+    binder.Advise(table);
+    EXPECT_NE(provider.Sink(), nullptr) << "the first ends while the second is under way";
+    ended.set_value();
+    advising.join();
+    EXPECT_NE(other.Sink(), nullptr);
+    binder.Unadvise();
+    later.Unadvise();
+    EXPECT_EQ(provider.Sink(), nullptr);
+    EXPECT_EQ(other.Sink(), nullptr);
+    Calls();
+}
+
+TEST_F(Delivery, UnadvisingLeavesTheOthersRegistration)
+{
+    RowTable provider(m_journal);
+    RowTable other(m_journal, "other");
+    CZebTable table(&provider);
+    CZebTable otherTable(&other);
+    Handler handler([] {});
+    CAdviseSinkBinder binder(&handler, nullptr);
+    CAdviseSinkBinder inner(&handler, nullptr);
+    other.m_whileAdvising = [&]
+    {
+        inner.Unadvise();
+        inner.Unadvise();
+    };
+    provider.m_whileAdvising = [&] { inner.Advise(otherTable); };
+    binder.Advise(table);
+    EXPECT_EQ(other.Sink(), nullptr) << "unadvised before its connection was known";
+    EXPECT_NE(provider.Sink(), nullptr);
+    binder.Unadvise();
+    EXPECT_EQ(provider.Sink(), nullptr);
+    Calls();
+}
+
 TEST_P(EarlyDelivery, ADelegateMayAdviseOnAnother)
 {
     RowTable other(m_journal, "other");

@@ -252,6 +252,25 @@ TEST_F(Message, AStreamTakingNothingIsFull)
     EXPECT_EQ(Thrown([&] { m_wrapped.SetContent("a", 1); }), STG_E_MEDIUMFULL);
 }
 
+TEST_F(Message, AStreamTakingMoreThanGivenIsRefused)
+{
+    class Boasting : public ByteStream
+    {
+    public:
+        using ByteStream::ByteStream;
+        HRESULT STDMETHODCALLTYPE Write(const void* buffer, ULONG count, ULONG* written) override
+        {
+            const HRESULT result = ByteStream::Write(buffer, count, written);
+            *written = count + 1;
+            return result;
+        }
+    };
+    m_stream.m_bytes = "content";
+    Boasting target(m_journal, "", "target");
+    EXPECT_EQ(Thrown([&] { m_wrapped.SaveTo(&target); }), STG_E_MEDIUMFULL);
+    EXPECT_EQ(target.m_bytes, "content") << "written once";
+}
+
 TEST_F(Message, AnUncommittedContentIsAFailure)
 {
     m_stream.Fail("Commit", STG_E_ACCESSDENIED);

@@ -152,6 +152,13 @@ TEST_F(MsgStore, SoftDeletionUsesTheFirstsFolder)
     EXPECT_EQ(Calls().back(), "inbox: CopyMessages([6D,656C73657768657265],IMAPIFolder,bin,0x0,progress null,0x1)");
 }
 
+TEST_F(MsgStore, ACountWithoutIdentifiersDeletesNothing)
+{
+    SBinaryArray list = {1, nullptr};
+    EXPECT_EQ(Thrown([&] { m_store.DeleteMessages(&list, true); }), MAPI_E_INVALID_PARAMETER);
+    EXPECT_TRUE(Calls().empty());
+}
+
 TEST_F(MsgStore, SoftDeletionNeedsDeletedItems)
 {
     RecordingStore bare(m_journal, "bare");

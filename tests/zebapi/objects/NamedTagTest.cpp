@@ -91,6 +91,60 @@ TEST_F(NamedTag, WithoutANameLeavesTheOutputs)
               "GetNamesFromIDs PR_SUBJECT 0x0037001F");
 }
 
+TEST_F(NamedTag, AnAnswerMayHaveNoNamesAtAll)
+{
+    GUID set = {};
+    LONG id = 99;
+    CStringW name;
+    m_object.m_givesNothing = true;
+    EXPECT_FALSE(m_prop.GetNameOfTag(PROP_TAG(PT_LONG, 0x8123), set, id, name));
+    EXPECT_EQ(id, 99);
+}
+
+TEST_F(NamedTag, ACountWithoutNamesIsAFailure)
+{
+    class Hollow : public RecordingProp
+    {
+    public:
+        using RecordingProp::RecordingProp;
+        HRESULT STDMETHODCALLTYPE GetNamesFromIDs(LPSPropTagArray*, LPGUID, ULONG, ULONG* count,
+                                                  LPMAPINAMEID** names) override
+        {
+            *count = 1;
+            *names = nullptr;
+            return S_OK;
+        }
+    } hollow(m_journal);
+    CZebIProp prop(&hollow);
+    GUID set = {};
+    LONG id = 0;
+    CStringW name;
+    EXPECT_EQ(Thrown([&] { prop.GetNameOfTag(PR_SUBJECT_W, set, id, name); }), MAPI_E_CALL_FAILED);
+}
+
+TEST_F(NamedTag, ANameWithoutASetIsNone)
+{
+    class Unset : public RecordingProp
+    {
+    public:
+        using RecordingProp::RecordingProp;
+        HRESULT STDMETHODCALLTYPE GetNamesFromIDs(LPSPropTagArray* tags, LPGUID set, ULONG flags, ULONG* count,
+                                                  LPMAPINAMEID** names) override
+        {
+            const HRESULT result = RecordingProp::GetNamesFromIDs(tags, set, flags, count, names);
+            (*names)[0]->lpguid = nullptr;
+            return result;
+        }
+    } unset(m_journal);
+    unset.m_namesGiven = {const_cast<GUID*>(&Set), MNID_ID, {0x8502}};
+    CZebIProp prop(&unset);
+    GUID set = {};
+    LONG id = 99;
+    CStringW name;
+    EXPECT_FALSE(prop.GetNameOfTag(PR_SUBJECT_W, set, id, name));
+    EXPECT_EQ(id, 99);
+}
+
 TEST_F(NamedTag, OfEmptyObjectsRaisesComErrors)
 {
     CZebIProp none;

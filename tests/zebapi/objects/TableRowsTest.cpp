@@ -119,6 +119,15 @@ TEST_F(TableRows, BeginAtTheFirstRow)
     EXPECT_EQ(Read(), UpTo(5));
 }
 
+TEST_F(TableRows, BeginTwiceAtTheSameRow)
+{
+    HasRows(2);
+    auto rows = m_table.Rows({PR_ROWID});
+    EXPECT_EQ((*rows.begin())[PR_ROWID].operator LONG(), 0);
+    EXPECT_EQ((*rows.begin())[PR_ROWID].operator LONG(), 0);
+    EXPECT_EQ(m_double.m_reads, 1);
+}
+
 TEST_F(TableRows, OutliveTheHandleTheyCameFrom)
 {
     HasRows(3);

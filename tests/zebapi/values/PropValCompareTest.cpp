@@ -131,6 +131,8 @@ TEST_F(PropValCompare, IdentifiersAndBinariesCompareByBytes)
     EXPECT_TRUE(Same(PT_CLSID, guid(&one), guid(&same)));
     EXPECT_FALSE(Same(PT_CLSID, guid(&one), guid(&other)));
     EXPECT_FALSE(Same(PT_CLSID, guid(&one), guid(nullptr)));
+    EXPECT_TRUE(Same(PT_CLSID, guid(&one), guid(&one)));
+    EXPECT_TRUE(Same(PT_CLSID, guid(nullptr), guid(nullptr)));
     const auto bytes = [this](const char* hex)
     { return [this, hex](SPropValue& value) { View(value) = CZebBinary(hex); }; };
     EXPECT_TRUE(Same(PT_BINARY, bytes("0102"), bytes("0102")));
