@@ -2,8 +2,8 @@
 # Runs every test there is, on every target, and ends with one line "N passed, N failed".
 #
 #   ./test.sh           everything: checks of the sources, Linux with address and undefined-behaviour sanitizers,
-#                       Linux with the thread sanitizer, Windows in both C++ ABIs under Wine, what the Linux suite reaches,
-#                       the packages, a fixed walk of the fuzzers, clang-tidy, the benchmarks in their short form
+#                       Linux with the thread sanitizer, Windows in both C++ ABIs under Wine, the packages, a fixed walk
+#                       of the fuzzers, clang-tidy, the benchmarks in their short form
 #   ./test.sh --quick   the developer's loop: source checks and the Linux suite with sanitizers, but for the tests that
 #                       drive the tools as processes (a minute of their own)
 #
@@ -101,12 +101,6 @@ if [ $quick = no ]; then
     check boundary-msvc scripts/check-boundary build/windows-msvc
     check mixed-pairs tests/integration/mixed_pairs.py scripts/wine-run.sh build/windows-msvc build/windows-release
     WINEPREFIX=$PWD/build/wine WINEDEBUG=-all wineserver --kill >/dev/null 2>&1
-
-    say "coverage"
-    if build linux-coverage all; then
-        check coverage scripts/coverage.py
-        grep '^  coverage: ' build/check-coverage.log
-    fi
 
     say "packages"
     check packages scripts/check-packages.py
