@@ -36,7 +36,7 @@ import coverage
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 PRESET = "linux-coverage"
 ROOMS = ("zebapi", "zebstore")
-# A changed loop may ask for all memory there is, and write for ever.
+# A changed loop may ask for all memory there is, and write forever.
 MEMORY, FILE = 4 << 30, 1 << 30
 
 SWAPS = {"==": "!=", "!=": "==", "<": "<=", "<=": "<", ">": ">=", ">=": ">", "+": "-", "-": "+", "&&": "||", "||": "&&"}

@@ -199,7 +199,7 @@ class StoreFile(World):
         told = json.loads(self.zeb("store", "info", "--json").out)
         self.assertEqual(told["file"], self.path(store.name))
         self.assertEqual({name: told[name] for name in ("name", "fileVersion", "writable", "folders", "messages", "unread", "hidden")},
-                         {"name": "zebstore", "fileVersion": 5, "writable": True, "folders": 10, "messages": 2, "unread": 1, "hidden": 1})
+                         {"name": "zebstore", "fileVersion": 6, "writable": True, "folders": 10, "messages": 2, "unread": 1, "hidden": 1})
         self.assertEqual((told["size"], told["size"] % 4096), (store.stat().st_size, 0))
         lines = self.zeb("store", "info").out.splitlines()
         self.assertEqual(lines[0], "store 'zebstore'")
