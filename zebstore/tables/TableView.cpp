@@ -100,7 +100,7 @@ bool TableView::HoldFirst(size_t count)
     {
         return true;
     }
-    if (m_restriction || !m_order || m_isFollowed || count > ShortWay)
+    if (m_restriction || m_isFollowed || count > ShortWay)
     {
         return false;
     }
@@ -111,7 +111,8 @@ bool TableView::HoldFirst(size_t count)
         return false;
     }
     const size_t wanted = std::max({count, FewFirst, 2 * m_keys.Count()});
-    std::optional<std::vector<RowKey>> keys = m_rows->FirstKeys(*m_order, wanted);
+    std::optional<std::vector<RowKey>> keys =
+        m_order ? m_rows->FirstKeys(*m_order, wanted) : m_rows->KeysAfter(std::nullopt, wanted);
     if (!keys)
     {
         return false;

@@ -1,8 +1,10 @@
 #include "tests/zebstore/storage/Storage.h"
 
+#include "zebstore/storage/AddressRows.h"
 #include "zebstore/storage/AddressStorage.h"
 #include "zebstore/storage/Database.h"
 #include "zebstore/storage/Schema.h"
+#include "zebstore/tables/TableView.h"
 
 #include <filesystem>
 
@@ -58,6 +60,27 @@ TEST_F(AddressStorageTest, EntriesAreCountedSavedAndDeleted)
     EXPECT_NE(text.find("test.zeb"), std::string::npos);
     EXPECT_EQ(CodeOf([&] { Book().Save(ada, Named("No"), 0); }), MAPI_E_OBJECT_DELETED);
     EXPECT_GT(Book().Create(MAPI_MAILUSER, Named("Next")), ada);
+}
+
+// The order is that of names: the place of an entry that is gone is not known by its key.
+TEST_F(AddressStorageTest, AViewReadsOnlyTheFirstEntries)
+{
+    std::vector<RowKey> all;
+    {
+        StoreTransaction transaction(Store().Connection());
+        for (int i = 1000; i < 3000; ++i)
+        {
+            all.push_back(Book().Create(MAPI_MAILUSER, Named("Entry " + std::to_string(i))));
+        }
+        transaction.Commit();
+    }
+    TableView view(MakeAddressRows(Book(), nullptr));
+    EXPECT_EQ(view.Take(50, true), std::vector<RowKey>(all.begin(), all.begin() + 50));
+    EXPECT_LE(view.MemoryUsed(), 300 * sizeof(RowKey));
+    Book().Delete({all[49]});
+    view.Sync();
+    EXPECT_EQ(view.Take(2, true), (std::vector<RowKey>{all[50], all[51]}));
+    EXPECT_EQ(view.Position(), 51u);
 }
 
 TEST_F(AddressStorageTest, LargeValuesFollowTheirEntry)
