@@ -29,7 +29,8 @@ function(zeb_debug_files switch)
     set(link /debug /opt:ref /opt:icf /pdbaltpath:%_PDB%)
   elseif(WIN32 AND NOT MINGW)
     # The compiler cache adds the colours, and the command is part of the debug information.
-    list(APPEND compile $<$<COMPILE_LANGUAGE:C,CXX>:-fcolor-diagnostics> $<$<COMPILE_LANGUAGE:C,CXX>:-gcodeview> $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-compilation-dir=.>
+    list(APPEND compile $<$<COMPILE_LANGUAGE:C,CXX>:-fcolor-diagnostics> $<$<COMPILE_LANGUAGE:C,CXX>:-gcodeview>
+         $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-compilation-dir=.>
          $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${zeb_up}/=>)
     set(link LINKER:/debug LINKER:/opt:ref LINKER:/opt:icf LINKER:/pdbaltpath:%_PDB% LINKER:/pdbsourcepath:/zebapi)
   else()

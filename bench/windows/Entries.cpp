@@ -1,8 +1,6 @@
 // What a call through the library costs, under Wine in each C++ ABI. What the disk takes there says nothing of Windows.
 #include "bench/Entries.h"
 
-#include <utility>
-
 namespace bench
 {
 namespace

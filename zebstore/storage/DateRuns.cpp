@@ -146,7 +146,7 @@ void DateRuns::Make(MessageId group)
     const std::vector<DatedMessage> run = ReadDates(m_database, group, EndOf(group));
     if (run.empty())
     {
-        Query(m_database, "DELETE FROM date_run WHERE id=?").Bind(1, group).Run();
+        Remove(group);
         return;
     }
     const std::string bytes = Encoded(run);
@@ -157,6 +157,11 @@ void DateRuns::Make(MessageId group)
         .Bind(4, SumOf(group, bytes))
         .BindBlob(5, bytes)
         .Run();
+}
+
+void DateRuns::Remove(MessageId group)
+{
+    Query(m_database, "DELETE FROM date_run WHERE id=?").Bind(1, group).Run();
 }
 
 void DateRuns::Forget(MessageId group)
@@ -251,7 +256,7 @@ void DateRuns::Mend(const std::vector<MessageId>& groups)
         }
         else
         {
-            Query(m_database, "DELETE FROM date_run WHERE id=?").Bind(1, group).Run();
+            Remove(group);
         }
     }
 }

@@ -52,6 +52,7 @@ public:
     void Mend(const std::vector<MessageId>& groups);
 
 private:
+    void Remove(MessageId group);
     bool IsClosed(MessageId group);
     bool IsRight(MessageId group);
 

@@ -116,7 +116,7 @@ public:
         {
             m_whileAdvising();
         }
-        if (this->Stops(result) && m_sink != nullptr)
+        if (FAILED(result) && m_sink != nullptr)
         {
             std::exchange(m_sink, nullptr)->Release();
         }
