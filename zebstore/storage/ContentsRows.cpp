@@ -17,6 +17,8 @@ namespace
 constexpr size_t FewCandidates = 200;
 // So many listed messages are looked up for each of the first rows by date.
 constexpr size_t MostPerRow = 64;
+/// Folders of fewer messages are read themselves, which finds lost ones.
+constexpr ULONG FewestByRuns = 4096;
 
 // One message while it is read; the blob is fetched when the first stored property is asked for.
 class MessageValues : public ValueSource
@@ -156,6 +158,10 @@ public:
     std::vector<RowKey> Keys(const Restriction* restriction, const SortOrder* order) override
     {
         const StoreSnapshot snapshot(m_store->Connection());
+        if (restriction == nullptr && order == nullptr)
+        {
+            return AllKeys();
+        }
         std::optional<SqlFilter> filter;
         if (restriction != nullptr)
         {
@@ -283,6 +289,19 @@ private:
         {
             filter->Bind(query, 3);
         }
+    }
+
+    // The messages of a large folder fill so many pages that their keys are taken from the runs of dates.
+    std::vector<RowKey> AllKeys()
+    {
+        if (Count() >= FewestByRuns && m_store->Version() >= DateRunsVersion)
+        {
+            if (auto keys = m_store->Contents().AllByRuns(m_contents))
+            {
+                return std::move(*keys);
+            }
+        }
+        return KeysBySql(nullptr, std::nullopt, "");
     }
 
     std::vector<RowKey> KeysBySql(const Restriction* restriction, const std::optional<SqlFilter>& filter,

@@ -179,7 +179,7 @@ std::int64_t ContentsTable::Touch(MessageId message, RowChange::Kind kind, std::
     Write(contents, row, isDeleted ? -1 : 0, unread);
     if (isDeleted && row.HasRun(message))
     {
-        m_runs.Forget(DateRuns::GroupOf(message));
+        m_runs.Forget(message);
     }
     return row.change;
 }
@@ -215,6 +215,12 @@ std::optional<std::vector<MessageId>> ContentsTable::FirstByDate(ContentsKey con
 {
     const StoreSnapshot snapshot(m_connection);
     return m_runs.First(contents, DateRuns::OpenGroup(contents, Read(contents).next), descending, count);
+}
+
+std::optional<std::vector<MessageId>> ContentsTable::AllByRuns(ContentsKey contents)
+{
+    const StoreSnapshot snapshot(m_connection);
+    return m_runs.All(contents, DateRuns::OpenGroup(contents, Read(contents).next), Rows(contents));
 }
 
 void ContentsTable::Clear(ContentsKey contents)

@@ -51,6 +51,8 @@ public:
     void TouchDate(MessageId message);
     /// DateRuns::First of the contents.
     std::optional<std::vector<MessageId>> FirstByDate(ContentsKey contents, bool descending, size_t count);
+    /// DateRuns::All of the contents.
+    std::optional<std::vector<MessageId>> AllByRuns(ContentsKey contents);
     /// Notes that all messages were deleted at once.
     void Clear(ContentsKey contents);
     /// Notes that the folder tree has changed.

@@ -4,6 +4,7 @@
 #include "zebstore/storage/Encoding.h"
 
 #include <algorithm>
+#include <bitset>
 #include <limits>
 
 namespace zebstore
@@ -77,6 +78,45 @@ std::vector<DatedMessage> Decoded(MessageId group, std::string_view bytes)
     return run;
 }
 
+void Remove(Database& database, MessageId group)
+{
+    Query(database, "DELETE FROM date_run WHERE id=?").Bind(1, group).Run();
+}
+
+void Write(Database& database, MessageId group, const std::vector<DatedMessage>& run)
+{
+    if (run.empty())
+    {
+        Remove(database, group);
+        return;
+    }
+    const std::string bytes = Encoded(run);
+    Query(database, "INSERT OR REPLACE INTO date_run(id, first, last, sum, dates) VALUES(?, ?, ?, ?, ?)")
+        .Bind(1, group)
+        .Bind(2, run.front().date)
+        .Bind(3, run.back().date)
+        .Bind(4, SumOf(group, bytes))
+        .BindBlob(5, bytes)
+        .Run();
+}
+
+// Appends the messages of a run by their identifiers.
+void AppendMessages(std::vector<MessageId>& messages, MessageId group, std::string_view bytes)
+{
+    std::bitset<DateRuns::RunLength> places;
+    for (size_t i = EntrySize; i <= bytes.size(); i += EntrySize)
+    {
+        places.set(static_cast<unsigned char>(bytes[i - 1]));
+    }
+    for (size_t place = 0; place < places.size(); ++place)
+    {
+        if (places[place])
+        {
+            messages.push_back(group + static_cast<MessageId>(place));
+        }
+    }
+}
+
 // Keeps the messages with the least dates, or the greatest.
 class FirstDates
 {
@@ -143,34 +183,24 @@ private:
 
 void DateRuns::Make(MessageId group)
 {
-    const std::vector<DatedMessage> run = ReadDates(m_database, group, EndOf(group));
-    if (run.empty())
+    Write(m_database, group, ReadDates(m_database, group, EndOf(group)));
+}
+
+void DateRuns::Forget(MessageId message)
+{
+    const MessageId group = GroupOf(message);
+    std::vector<DatedMessage> run;
     {
-        Remove(group);
-        return;
+        Query query(m_database, "SELECT dates, sum FROM date_run WHERE id=?");
+        if (!query.Bind(1, group).Step() || SumOf(group, query.Bytes(0)) != query.Number(1))
+        {
+            return; // a damaged run is reported when it is read
+        }
+        run = Decoded(group, query.Bytes(0));
     }
-    const std::string bytes = Encoded(run);
-    Query(m_database, "INSERT OR REPLACE INTO date_run(id, first, last, sum, dates) VALUES(?, ?, ?, ?, ?)")
-        .Bind(1, group)
-        .Bind(2, run.front().date)
-        .Bind(3, run.back().date)
-        .Bind(4, SumOf(group, bytes))
-        .BindBlob(5, bytes)
-        .Run();
-}
-
-void DateRuns::Remove(MessageId group)
-{
-    Query(m_database, "DELETE FROM date_run WHERE id=?").Bind(1, group).Run();
-}
-
-void DateRuns::Forget(MessageId group)
-{
-    Query(m_database,
-          "DELETE FROM date_run WHERE id=?1 AND NOT EXISTS(SELECT 1 FROM message WHERE id BETWEEN ?1 AND ?2)")
-        .Bind(1, group)
-        .Bind(2, EndOf(group))
-        .Run();
+    const auto isForgotten = [&](const DatedMessage& each) { return each.message == message; };
+    run.erase(std::remove_if(run.begin(), run.end(), isForgotten), run.end());
+    Write(m_database, group, run);
 }
 
 void DateRuns::Clear(ContentsKey contents)
@@ -206,6 +236,30 @@ std::optional<std::vector<MessageId>> DateRuns::First(ContentsKey contents, Mess
         }
     }
     return dates.Messages();
+}
+
+std::optional<std::vector<MessageId>> DateRuns::All(ContentsKey contents, MessageId open, size_t rows)
+{
+    std::vector<MessageId> messages;
+    messages.reserve(rows);
+    Query query(m_database, "SELECT id, dates, sum FROM date_run WHERE id >= ? AND id < ? ORDER BY id");
+    query.Bind(1, contents.FirstMessage()).Bind(2, open);
+    while (query.Step())
+    {
+        const MessageId group = query.Number(0);
+        if (SumOf(group, query.Bytes(1)) != query.Number(2))
+        {
+            return std::nullopt;
+        }
+        AppendMessages(messages, group, query.Bytes(1));
+    }
+    Query last(m_database, "SELECT id FROM message WHERE id BETWEEN ? AND ? ORDER BY id");
+    last.Bind(1, open).Bind(2, contents.LastMessage());
+    while (last.Step())
+    {
+        messages.push_back(last.Number(0));
+    }
+    return messages.size() == rows ? std::optional(std::move(messages)) : std::nullopt;
 }
 
 bool DateRuns::IsClosed(MessageId group)
@@ -256,7 +310,7 @@ void DateRuns::Mend(const std::vector<MessageId>& groups)
         }
         else
         {
-            Remove(group);
+            Remove(m_database, group);
         }
     }
 }

@@ -13,8 +13,9 @@ namespace zebstore
 
 /// The messages of a folder in groups of RunLength by their numbers. A group whose numbers are all given has a run: its
 /// messages with their PR_CLIENT_SUBMIT_TIME, sorted by that. The last group is open: it has none, so a new message
-/// costs nothing; one run in RunLength messages is written at once. A deleted message stays in its run until that is
-/// made again or its group is empty, so what a run lists must be looked up. Messages inside attachments have no runs.
+/// costs nothing; one run in RunLength messages is written at once. A run may list messages that were deleted, where an
+/// earlier release has deleted them: what it lists must be looked up, or counted. Messages inside attachments have no
+/// runs.
 /// Each call belongs to the caller's transaction or snapshot.
 class DateRuns
 {
@@ -34,8 +35,8 @@ public:
 
     /// Makes the run of a group, in place of one that is there.
     void Make(MessageId group);
-    /// After messages of the group were deleted: deletes the run of an empty group.
-    void Forget(MessageId group);
+    /// After a message was deleted: takes it out of its run, and deletes the run of an empty group.
+    void Forget(MessageId message);
     /// Deletes all runs of a folder's messages.
     void Clear(ContentsKey contents);
 
@@ -46,13 +47,18 @@ public:
     /// @throws Error MAPI_E_CORRUPT_STORE when a run is damaged
     std::optional<std::vector<MessageId>> First(ContentsKey contents, MessageId open, bool descending, size_t count);
 
+    /// All messages, of which only those of the open group are read.
+    /// @param open OpenGroup of the contents
+    /// @param rows how many messages there are
+    /// @return by their identifiers; nothing when the runs do not list just these: the messages themselves must be read
+    std::optional<std::vector<MessageId>> All(ContentsKey contents, MessageId open, size_t rows);
+
     /// The groups whose run is missing, damaged or does not list all messages, and runs of other groups.
     std::vector<MessageId> WrongGroups();
     /// Makes these runs again, or deletes those that must not be.
     void Mend(const std::vector<MessageId>& groups);
 
 private:
-    void Remove(MessageId group);
     bool IsClosed(MessageId group);
     bool IsRight(MessageId group);
 

@@ -71,6 +71,14 @@ protected:
                     {[&](const std::string& text) { found.push_back(text); }, [](std::uint64_t, std::uint64_t) {}});
         return found;
     }
+    /// From the file, by the store's connection since it was opened.
+    std::int64_t PagesRead()
+    {
+        int misses = 0;
+        int greatest = 0;
+        sqlite3_db_status(Store().Connection().Db().Handle(), SQLITE_DBSTATUS_CACHE_MISS, &misses, &greatest, 0);
+        return misses;
+    }
     /// The rows of a view, by reads of so many.
     static std::vector<RowKey> KeysOf(TableView& view, LONG each, size_t count)
     {
@@ -226,12 +234,74 @@ TEST_F(DateOrderTest, ManyHaveOneDate)
     EXPECT_EQ(KeysOf(view, 50, 12000), all);
 }
 
+TEST_F(DateOrderTest, DeletedMessagesLeaveTheirRuns)
+{
+    const auto lengths = [&] { return Numbers("SELECT length(dates) / 9 FROM date_run ORDER BY id"); };
+    Fill(600);
+    std::shuffle(m_messages.begin(), m_messages.end(), m_random);
+    Store().Messages().Delete({m_messages.begin(), m_messages.begin() + 100});
+    const std::int64_t closed = Numbers("SELECT count(*) FROM message WHERE id & 4294967295 < 512")[0];
+    const std::vector<std::int64_t> listed = lengths();
+    ASSERT_EQ(listed.size(), 2u);
+    EXPECT_LT(closed, 511);
+    EXPECT_EQ(listed[0] + listed[1], closed);
+    EXPECT_EQ(Store().CheckWhole(), std::vector<std::string>{}) << "first and last are right, too";
+    ExpectFirstRows();
+}
+
+TEST_F(DateOrderTest, DeletionLeavesADamagedRunDamaged)
+{
+    Fill(600);
+    Store().Connection().Db().Execute("UPDATE date_run SET sum=sum+1");
+    const auto runs = [&] { return Numbers("SELECT sum + first + last + length(dates) FROM date_run ORDER BY id"); };
+    const std::vector<std::int64_t> before = runs();
+    Store().Messages().Delete({m_messages[9]});
+    EXPECT_EQ(runs(), before);
+    EXPECT_EQ(CodeOf([&] { Rows()->FirstKeys(*ByDate(), 500); }), MAPI_E_CORRUPT_STORE);
+    EXPECT_EQ(Repaired(), std::vector<std::string>{"2 runs of dates did not match their messages: rebuilt"});
+}
+
+TEST_F(DateOrderTest, LargeFoldersAreListedByTheirRuns)
+{
+    Fill(6000);
+    std::vector<MessageId> deleted;
+    for (size_t i = 0; i < m_messages.size(); i += 7)
+    {
+        deleted.push_back(m_messages[i]);
+    }
+    Store().Messages().Delete(deleted);
+    const std::vector<RowKey> expected = Numbers("SELECT id FROM message ORDER BY id");
+    ASSERT_EQ(expected.size(), 5142u);
+    Reopen();
+    EXPECT_EQ(Rows()->Keys(nullptr, nullptr), expected);
+    EXPECT_LE(PagesRead(), Numbers("PRAGMA page_count")[0] / 4);
+}
+
+TEST_F(DateOrderTest, LargeFoldersWithWrongRunsAreRead)
+{
+    Fill(6000);
+    const std::string run = " WHERE id & 4294967295 = 512";
+    for (const std::string& damage : std::vector<std::string>{
+             "UPDATE date_run SET sum=sum+1" + run, "DELETE FROM date_run" + run,
+             "DELETE FROM message WHERE id & 4294967295 = 700; UPDATE contents SET rows=rows-1 WHERE rows=6000"})
+    {
+        SCOPED_TRACE(damage);
+        Store().Connection().Db().Execute(damage.c_str());
+        Reopen();
+        EXPECT_EQ(Rows()->Keys(nullptr, nullptr), Numbers("SELECT id FROM message ORDER BY id"));
+    }
+    EXPECT_NE(Repaired(), std::vector<std::string>{});
+}
+
 TEST_F(DateOrderTest, CompactingForgetsDeletedMessages)
 {
     Fill(600);
     const auto lengths = [&] { return Numbers("SELECT length(dates) / 9 FROM date_run ORDER BY id"); };
+    Store().Connection().Db().Execute("CREATE TEMP TABLE former AS SELECT * FROM date_run");
     Store().Messages().Delete({m_messages.begin(), m_messages.begin() + 100});
-    EXPECT_EQ(lengths(), (std::vector<std::int64_t>{255, 256}));
+    EXPECT_EQ(lengths(), (std::vector<std::int64_t>{155, 256}));
+    Store().Connection().Db().Execute("REPLACE INTO date_run SELECT * FROM former");
+    ExpectFirstRows();
     CompactStore(Store(), {[](const std::string&) {}, [](std::uint64_t, std::uint64_t) {}});
     EXPECT_EQ(lengths(), (std::vector<std::int64_t>{155, 256}));
     ExpectFirstRows();
