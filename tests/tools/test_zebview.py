@@ -3,8 +3,8 @@
 import world
 import zebview
 from world import World, message
-from zebview import (ALT, ATTACHMENTS, CONTROL, DOWN, ENTER, ESCAPE, F6, FILTER, LIST, LOG, PROFILE, PROPERTIES,
-                     RECIPIENTS, SHIFT, TAB, TABS, TEXT, TREE, Display, View)
+from zebview import (ALT, ATTACHMENTS, CONTROL, DOWN, END, ENTER, ESCAPE, F6, FILTER, HOME, LIST, LOG, PAGE_DOWN, PROFILE,
+                     PROPERTIES, RECIPIENTS, SHIFT, TAB, TABS, TEXT, TREE, UP, Display, View)
 
 WINDOWS_ONLY = True
 DISPLAY = None
@@ -275,6 +275,25 @@ class Keyboard(Viewing):
         view.wait(lambda: view.ask("focus")["menu"])
         view.press(ord("G"))
         view.wait(lambda: not view.ask("place", id=LOG)["visible"])
+        self.close(view)
+
+    def test_keys_and_clicks_in_a_large_folder(self):
+        count = 6000
+        self.load(*[message(f"letter {number}", f"2026-03-01T{number // 3600:02}:{number // 60 % 60:02}:{number % 60:02}Z",
+                            folder="Large") for number in range(count)])
+        view = self.view()
+        view.choose(next(label.strip() for label in view.labels() if "Large" in label))
+        page = view.ask("scroll", id=LIST, key=PAGE_DOWN, times=2)["top"]
+        self.assertGreater(page, 3)
+        for key, row in ((HOME, 0), (UP, 0), (DOWN, 1), (END, count - 1), (DOWN, count - 1), (UP, count - 2)):
+            view.ask("scroll", id=LIST, key=key, times=1)
+            self.assertEqual(view.ask("list", id=LIST, count=1)["selected"], row, key)
+        view.wait_text(TEXT, "letter 1\n")
+        view.ask("scroll", id=LIST, key=HOME, times=1)
+        view.ask("click", id=LIST, row=2)
+        view.wait_text(TEXT, f"letter {count - 3}\n")
+        view.ask("click", id=LIST, row=2)
+        self.assertEqual(view.ask("list", id=LIST, count=1)["selected"], 2)
         self.close(view)
 
     def test_the_window_grows_with_its_screen(self):

@@ -2,6 +2,9 @@
 
 #include "tools/zebview/WideText.h"
 
+#include <windowsx.h>
+
+#include <algorithm>
 #include <utility>
 
 namespace zeb::view
@@ -11,6 +14,8 @@ namespace
 
 constexpr DWORD ListStyle = WS_CHILD | WS_TABSTOP | WS_CLIPSIBLINGS | LVS_REPORT | LVS_OWNERDATA | LVS_SINGLESEL |
                             LVS_SHOWSELALWAYS | LVS_SHAREIMAGELISTS;
+/// Rows that a control may look at for one key.
+constexpr int ManyRows = 5000;
 constexpr DWORD ListExtendedStyle = LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_LABELTIP;
 
 HWND HeaderOf(HWND list)
@@ -253,6 +258,40 @@ LRESULT ListPane::DrawHeader(NMCUSTOMDRAW& draw) const
     return CDRF_SKIPDEFAULT;
 }
 
+/// Whether the control will select another row than the selected one for this message.
+bool ListPane::IsSelecting(UINT message, WPARAM wParam, LPARAM lParam) const
+{
+    if (message == WM_KEYDOWN)
+    {
+        constexpr WPARAM Keys[] = {VK_UP, VK_DOWN, VK_PRIOR, VK_NEXT, VK_HOME, VK_END};
+        return std::find(std::begin(Keys), std::end(Keys), wParam) != std::end(Keys);
+    }
+    if (message != WM_LBUTTONDOWN && message != WM_RBUTTONDOWN)
+    {
+        return false;
+    }
+    LVHITTESTINFO hit{};
+    hit.pt = {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)};
+    SendMessageW(m_list, LVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit));
+    return hit.iItem >= 0 && hit.iItem != Selected();
+}
+
+/// A control may look at each row to find the selected one that it takes the selection from, which takes it a second for
+/// a million rows. So that is done here, and undone when the message selected no row.
+LRESULT ListPane::SelectOther(UINT message, WPARAM wParam, LPARAM lParam) const
+{
+    const int before = Selected();
+    Select(-1, false);
+    const LRESULT result = DefSubclassProc(m_list, message, wParam, lParam);
+    if (before >= 0 && SendMessageW(m_list, LVM_GETSELECTEDCOUNT, 0, 0) == 0)
+    {
+        LVITEMW item{};
+        item.stateMask = item.state = LVIS_SELECTED;
+        SendMessageW(m_list, LVM_SETITEMSTATE, static_cast<WPARAM>(before), reinterpret_cast<LPARAM>(&item));
+    }
+    return result;
+}
+
 LRESULT CALLBACK ListPane::Subclass(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR self)
 {
     auto* pane = reinterpret_cast<ListPane*>(self);
@@ -263,6 +302,10 @@ LRESULT CALLBACK ListPane::Subclass(HWND window, UINT message, WPARAM wParam, LP
         {
             return pane->DrawHeader(*reinterpret_cast<NMCUSTOMDRAW*>(header));
         }
+    }
+    if (pane->IsSelecting(message, wParam, lParam) && pane->Count() > ManyRows)
+    {
+        return pane->SelectOther(message, wParam, lParam);
     }
     if (message == WM_NCDESTROY)
     {

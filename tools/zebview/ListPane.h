@@ -70,6 +70,8 @@ public:
 private:
     static LRESULT CALLBACK Subclass(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
                                      DWORD_PTR self);
+    bool IsSelecting(UINT message, WPARAM wParam, LPARAM lParam) const;
+    LRESULT SelectOther(UINT message, WPARAM wParam, LPARAM lParam) const;
     LRESULT DrawRow(NMLVCUSTOMDRAW& draw) const;
     LRESULT DrawHeader(NMCUSTOMDRAW& draw) const;
     void FillAfterTitles(HWND header, HDC context) const;
