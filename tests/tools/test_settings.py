@@ -187,9 +187,22 @@ class Manual(World):
     def test_it_is_a_page_without_warnings(self):
         if world.WINDOWS:
             return
-        done = subprocess.run(["groff", "-man", "-ww", "-Tutf8", "-P-c"], input=self.zeb("man").out, capture_output=True, text=True, check=True)
-        self.assertEqual(done.stderr, "")
-        self.assertIn("zeb store backup COPY", re.sub(".\b", "", done.stdout).replace("FILE", "COPY"))
+        pages = [(self.zeb("man").out, "zeb store backup COPY"), (self.importer("man").out, "zeb-import [PATH] [options]")]
+        for page, part in pages:
+            done = subprocess.run(["groff", "-man", "-ww", "-Tutf8", "-P-c"], input=page, capture_output=True, text=True, check=True)
+            self.assertEqual(done.stderr, "")
+            self.assertIn(part, re.sub(".\b", "", done.stdout).replace("FILE", "COPY"))
+
+    def test_the_importer_has_a_page(self):
+        page = self.importer("man").out
+        for option in ("--skip\\-duplicates", "--since", "--inbox", "--json"):
+            self.assertIn(option.replace("--", "\\-\\-"), page)
+        for kind in ("pst", "mbox", "eml"):
+            self.assertIn(f".SS \\fBzeb\\-import {kind}\\fR", page)
+        self.assertIn("zeb\\-import \\- imports mail into the default store of a profile\n", page)
+        self.assertIn("zeb-import.toml", page.replace("\\-", "-"))
+        self.assertNotIn("PAGER", page)
+        self.assertIn("PAGER", self.zeb("man").out)
 
 
 class StoreFile(World):

@@ -366,13 +366,16 @@ void CommandLine::AddShellCommands(
         }
         return ExitDone;
     });
+}
 
+void CommandLine::AddManualPage(std::map<std::string, std::string> environment)
+{
     CLI::App* page = m_app->add_subcommand("man", "Prints the manual page");
     page->group("");
     Command(page, &m_chosen)
-        .Runs([this]
+        .Runs([this, environment = std::move(environment)]
     {
-        Print(ManualPage(*m_app, ZEB_VERSION));
+        Print(ManualPage(*m_app, ZEB_VERSION, environment));
         return ExitDone;
     });
 }

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -102,7 +103,11 @@ public:
     /// What --version prints below the first line, each line with its line end.
     void DescribeVersion(std::function<std::string()> details);
 
-    /// Adds the hidden commands "completion" (a shell's script), "complete" (which the scripts call) and "man".
+    /// Adds the hidden command "man", which prints the manual page.
+    /// @param environment variables that this tool alone reads, and their meanings
+    void AddManualPage(std::map<std::string, std::string> environment = {});
+
+    /// Adds the command "completion" (a shell's script), and the hidden one "complete" (which the scripts call).
     /// @param candidates returns values for a kind of argument, "FOLDER", "PROFILE" ..., in a profile (empty: the default
     /// one)
     void AddShellCommands(

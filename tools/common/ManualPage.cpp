@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <cctype>
 
 namespace zeb::tools
 {
@@ -98,17 +99,28 @@ void AddCommandItems(std::string& page, const CLI::App& command, const std::stri
     }
 }
 
+/// "imports mail" of "Imports mail."
+std::string Purpose(const CLI::App& app)
+{
+    std::string purpose = app.get_description();
+    purpose.pop_back();
+    purpose[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(purpose[0])));
+    return purpose;
+}
+
 } // namespace
 
-std::string ManualPage(const CLI::App& app, const std::string& version)
+std::string ManualPage(const CLI::App& app, const std::string& version,
+                       const std::map<std::string, std::string>& environment)
 {
     const std::string& name = app.get_name();
+    const bool runsAlone = !app.get_options([](const CLI::Option* each) { return each->get_positional(); }).empty();
     std::string upper = name;
     std::transform(upper.begin(), upper.end(), upper.begin(), [](char c) { return c >= 'a' && c <= 'z' ? c - 32 : c; });
     std::string page = ".TH " + upper + " 1 \"\" \"ZebAPI " + version + "\" \"User Commands\"\n";
-    page +=
-        ".SH NAME\n" + Escaped(name) + " \\- manages MAPI providers, profiles and stores, and shows their contents\n";
-    page += ".SH SYNOPSIS\n" + Bold(name) + " \\fICOMMAND\\fR [arguments] [options]\n";
+    page += ".SH NAME\n" + Escaped(name) + " \\- " + Escaped(Purpose(app)) + "\n";
+    page += ".SH SYNOPSIS\n" + (runsAlone ? Usage(app, name) + "\n.br\n" : "") + Bold(name) +
+            " \\fICOMMAND\\fR [arguments] [options]\n";
     page += ".SH OPTIONS\n";
     for (const CLI::Option* option : app.get_options())
     {
@@ -121,9 +133,12 @@ std::string ManualPage(const CLI::App& app, const std::string& version)
     page += ".SH ENVIRONMENT\n" + Item("ZEB_PROFILE", "The profile of commands without --profile.") +
             Item("ZEB_CONFIG", "The settings file; an empty value for none.") +
             Item("NO_COLOR", "When it is not empty: no colours, unless --color always is given.") +
-            Item("PAGER", "The program that shows long texts on a terminal.") +
             Item("ZEBAPI_REGISTRY", "Linux: the file in place of Windows' registry.") +
             Item("ZEBAPI_LOG", "Where the library logs: stderr, or a file.");
+    for (const auto& [variable, meaning] : environment)
+    {
+        page += Item(variable, meaning);
+    }
     page += ".SH FILES\n" +
             Item("~/.config/zebapi/" + name + ".toml",
                  "Settings: an option's name and its value, for all commands (profile = \"demo\") or for one, "

@@ -247,5 +247,6 @@ int main(int argc, char** argv)
     AddKind<PstSource>(app, options, "pst", "Imports a PST or OST file with every property", "FILE");
     AddKind<MboxSource>(app, options, "mbox", "Imports an mbox file", "FILE");
     AddKind<EmlSource>(app, options, "eml", "Imports a folder of .eml and .msg files, a Maildir, or one file", "PATH");
+    line.AddManualPage();
     return line.Run(zeb::platform::Arguments(argc, argv));
 }

@@ -37,6 +37,7 @@ int main(int argc, char** argv)
     AddExport(app);
     AddNames(app);
     line.AddShellCommands(ShellCandidates);
+    line.AddManualPage({{"PAGER", "The program that shows long texts on a terminal."}});
     line.DescribeVersion(VersionDetails);
     return line.Run(zeb::platform::Arguments(argc, argv));
 }
