@@ -42,12 +42,18 @@ struct ProviderAnswer
 class FailingCalls
 {
 public:
-    FailingCalls(int after, bool once, ProviderAnswer answer = {}) { The() = {after, once, false, std::move(answer)}; }
+    FailingCalls(int after, bool once, ProviderAnswer answer = {})
+    {
+        The() = {after, once, false, false, std::move(answer)};
+    }
     ~FailingCalls() { The() = {}; }
     FailingCalls(const FailingCalls&) = delete;
     FailingCalls& operator=(const FailingCalls&) = delete;
 
     bool HasFailed() const { return The().failed; }
+    /// Whether a call has succeeded and not given the object that its caller asked for.
+    bool HasWithheld() const { return The().withheld; }
+    static void NoteWithheld() { The().withheld = true; }
 
     /// Counts a call. @return the answer it must get, if any
     static std::optional<ProviderAnswer> Next()
@@ -62,6 +68,8 @@ public:
         state.failed = true;
         return state.answer;
     }
+    /// After an answer of an object that has no extended errors.
+    static void ForgetText() { The().answer.text.clear(); }
     /// The text of the answer once it was given.
     static const std::string& Text()
     {
@@ -75,6 +83,7 @@ private:
         int left = -1; // none fails
         bool once = false;
         bool failed = false;
+        bool withheld = false;
         ProviderAnswer answer;
     };
     static State& The()

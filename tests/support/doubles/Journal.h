@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <mutex>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace zeb::test
@@ -233,6 +234,10 @@ protected:
         if (const std::optional<ProviderAnswer> answer = FailingCalls::Next())
         {
             m_stops = answer->givesNothing;
+            if (std::is_base_of_v<IStream, Interface>)
+            {
+                FailingCalls::ForgetText();
+            }
             return answer->result;
         }
         for (const auto& failure : m_failures)
@@ -246,6 +251,15 @@ protected:
     }
     /// Whether the method that has called Called ends here and leaves what it gives out empty.
     bool Stops(HRESULT result) const { return FAILED(result) || m_stops; }
+    /// The same of a method that gives out an object.
+    bool GivesNoObject(HRESULT result) const
+    {
+        if (SUCCEEDED(result) && m_stops)
+        {
+            FailingCalls::NoteWithheld();
+        }
+        return Stops(result);
+    }
     HRESULT Unexpected(const char* method)
     {
         ADD_FAILURE() << m_name << ": " << method << " was not to be called";

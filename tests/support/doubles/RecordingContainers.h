@@ -22,7 +22,7 @@ public:
         const HRESULT result =
             this->Called("GetContentsTable", Number(flags),
                          RefuseFlags(flags, MAPI_ASSOCIATED | MAPI_DEFERRED_ERRORS | MAPI_UNICODE | SoftDeleted));
-        return this->Stops(result) ? result : this->HandOut(m_contents, table);
+        return this->GivesNoObject(result) ? result : this->HandOut(m_contents, table);
     }
     HRESULT STDMETHODCALLTYPE GetHierarchyTable(ULONG flags, LPMAPITABLE* table) override
     {
@@ -31,7 +31,7 @@ public:
         const HRESULT result =
             this->Called("GetHierarchyTable", Number(flags),
                          RefuseFlags(flags, CONVENIENT_DEPTH | MAPI_DEFERRED_ERRORS | MAPI_UNICODE | SoftDeleted));
-        return this->Stops(result) ? result : this->HandOut(m_hierarchy, table);
+        return this->GivesNoObject(result) ? result : this->HandOut(m_hierarchy, table);
     }
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG count, LPENTRYID entryID, LPCIID iid, ULONG flags, ULONG* type,
                                         LPUNKNOWN* object) override
@@ -39,7 +39,7 @@ public:
         const ProviderScope inside;
         const HRESULT result = this->Called("OpenEntry", OpenArguments(count, entryID, iid, flags, type, object),
                                             RefuseOpen(count, entryID, flags));
-        return this->Stops(result) ? result : m_openable.Open(count, entryID, type, object);
+        return this->GivesNoObject(result) ? result : m_openable.Open(count, entryID, type, object);
     }
     HRESULT STDMETHODCALLTYPE SetSearchCriteria(LPSRestriction, LPENTRYLIST, ULONG) override
     {
@@ -101,7 +101,7 @@ public:
         *table = nullptr;
         const HRESULT result =
             Called("GetAttachmentTable", Number(flags), RefuseFlags(flags, MAPI_UNICODE | MAPI_DEFERRED_ERRORS));
-        return this->Stops(result) ? result : HandOut(m_attachments, table);
+        return this->GivesNoObject(result) ? result : HandOut(m_attachments, table);
     }
     HRESULT STDMETHODCALLTYPE OpenAttach(ULONG number, LPCIID iid, ULONG flags, LPATTACH* attachment) override
     {
@@ -109,7 +109,7 @@ public:
         *attachment = nullptr;
         const HRESULT result = Called("OpenAttach", Number(number) + "," + Name(iid) + "," + Number(flags),
                                       RefuseFlags(flags, MAPI_BEST_ACCESS | MAPI_MODIFY | MAPI_DEFERRED_ERRORS));
-        return this->Stops(result) ? result : HandOut(m_attachment, attachment);
+        return this->GivesNoObject(result) ? result : HandOut(m_attachment, attachment);
     }
     HRESULT STDMETHODCALLTYPE CreateAttach(LPCIID iid, ULONG flags, ULONG* number, LPATTACH* attachment) override
     {
@@ -121,7 +121,7 @@ public:
         {
             *number = 7;
         }
-        return this->Stops(result) ? result : HandOut(m_attachment, attachment);
+        return this->GivesNoObject(result) ? result : HandOut(m_attachment, attachment);
     }
     HRESULT STDMETHODCALLTYPE DeleteAttach(ULONG number, ULONG_PTR window, LPMAPIPROGRESS progress,
                                            ULONG flags) override
@@ -137,7 +137,7 @@ public:
         *table = nullptr;
         const HRESULT result =
             Called("GetRecipientTable", Number(flags), RefuseFlags(flags, MAPI_UNICODE | MAPI_DEFERRED_ERRORS));
-        return this->Stops(result) ? result : HandOut(m_recipients, table);
+        return this->GivesNoObject(result) ? result : HandOut(m_recipients, table);
     }
     /// Takes one way of changing at a time; what is changed or removed must be named by its row.
     HRESULT STDMETHODCALLTYPE ModifyRecipients(ULONG flags, LPADRLIST list) override
@@ -202,7 +202,7 @@ public:
         *message = nullptr;
         const HRESULT result = Called("CreateMessage", Name(iid) + "," + Number(flags),
                                       RefuseFlags(flags, MAPI_ASSOCIATED | MAPI_DEFERRED_ERRORS));
-        return this->Stops(result) ? result : HandOut<IMessage>(m_message, message);
+        return this->GivesNoObject(result) ? result : HandOut<IMessage>(m_message, message);
     }
     HRESULT STDMETHODCALLTYPE CopyMessages(LPENTRYLIST list, LPCIID iid, LPVOID dest, ULONG_PTR window,
                                            LPMAPIPROGRESS progress, ULONG flags) override
@@ -236,7 +236,7 @@ public:
                                       FirstOf({RefuseFlags(flags, OPEN_IF_EXISTS | MAPI_UNICODE | MAPI_DEFERRED_ERRORS),
                                                Require(type == FOLDER_GENERIC || type == FOLDER_SEARCH),
                                                Require(name != nullptr && *name != 0)}));
-        return this->Stops(result) ? result : HandOut<IMAPIFolder>(m_created, folder);
+        return this->GivesNoObject(result) ? result : HandOut<IMAPIFolder>(m_created, folder);
     }
     HRESULT STDMETHODCALLTYPE CopyFolder(ULONG count, LPENTRYID entryID, LPCIID iid, LPVOID dest, LPTSTR name,
                                          ULONG_PTR window, LPMAPIPROGRESS progress, ULONG flags) override

@@ -24,7 +24,7 @@ public:
         const ProviderScope inside;
         *table = nullptr;
         const HRESULT result = Called("GetProfileTable", Number(flags), RefuseFlags(flags, 0));
-        return this->Stops(result) ? result : HandOut<IMAPITable>(m_table, table);
+        return this->GivesNoObject(result) ? result : HandOut<IMAPITable>(m_table, table);
     }
     HRESULT STDMETHODCALLTYPE CreateProfile(LPTSTR, LPTSTR, ULONG_PTR, ULONG) override
     {

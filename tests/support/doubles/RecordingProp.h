@@ -222,7 +222,7 @@ public:
         const HRESULT result = this->Called(
             "OpenProperty", Number(tag) + "," + Name(iid) + "," + Number(options) + "," + Number(flags),
             FirstOf({RefuseFlags(flags, MAPI_CREATE | MAPI_MODIFY | MAPI_DEFERRED_ERRORS), Require(iid != nullptr)}));
-        return this->Stops(result) ? result : this->HandOut(m_property, object);
+        return this->GivesNoObject(result) ? result : this->HandOut(m_property, object);
     }
     HRESULT STDMETHODCALLTYPE SetProps(ULONG count, LPSPropValue values, LPSPropProblemArray* problems) override
     {

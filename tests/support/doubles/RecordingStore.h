@@ -33,7 +33,7 @@ public:
         const ProviderScope inside;
         const HRESULT result = Called("OpenEntry", OpenArguments(count, entryID, iid, flags, type, object),
                                       RefuseOpen(count, entryID, flags));
-        return this->Stops(result) ? result : m_openable.Open(count, entryID, type, object);
+        return this->GivesNoObject(result) ? result : m_openable.Open(count, entryID, type, object);
     }
     HRESULT STDMETHODCALLTYPE GetReceiveFolder(LPTSTR messageClass, ULONG flags, ULONG* count, LPENTRYID* entryID,
                                                LPTSTR* explicitClass) override
@@ -92,7 +92,7 @@ public:
         const ProviderScope inside;
         *table = nullptr;
         const HRESULT result = Called("GetMsgStoresTable", Number(flags), RefuseFlags(flags, MAPI_UNICODE));
-        return this->Stops(result) ? result : HandOut(m_stores, table);
+        return this->GivesNoObject(result) ? result : HandOut(m_stores, table);
     }
     HRESULT STDMETHODCALLTYPE OpenMsgStore(ULONG_PTR window, ULONG count, LPENTRYID entryID, LPCIID iid, ULONG flags,
                                            LPMDB* store) override
@@ -105,7 +105,7 @@ public:
                    FirstOf({RefuseFlags(flags, MDB_NO_DIALOG | MDB_WRITE | MDB_TEMPORARY | MDB_NO_MAIL | Online |
                                                    MAPI_BEST_ACCESS | MAPI_DEFERRED_ERRORS),
                             Require(count != 0 && entryID != nullptr, MAPI_E_INVALID_ENTRYID)}));
-        return this->Stops(result) ? result : HandOut(m_store, store);
+        return this->GivesNoObject(result) ? result : HandOut(m_store, store);
     }
     HRESULT STDMETHODCALLTYPE OpenAddressBook(ULONG_PTR window, LPCIID iid, ULONG flags, LPADRBOOK* book) override
     {
@@ -113,7 +113,7 @@ public:
         *book = nullptr;
         const HRESULT result = Called("OpenAddressBook", Number(window) + "," + Name(iid) + "," + Number(flags),
                                       RefuseFlags(flags, AB_NO_DIALOG));
-        return this->Stops(result) ? result : HandOut(m_addressBook, book);
+        return this->GivesNoObject(result) ? result : HandOut(m_addressBook, book);
     }
     HRESULT STDMETHODCALLTYPE OpenEntry(ULONG count, LPENTRYID entryID, LPCIID iid, ULONG flags, ULONG* type,
                                         LPUNKNOWN* object) override
@@ -121,7 +121,7 @@ public:
         const ProviderScope inside;
         const HRESULT result = Called("OpenEntry", OpenArguments(count, entryID, iid, flags, type, object),
                                       RefuseOpen(count, entryID, flags));
-        return this->Stops(result) ? result : m_openable.Open(count, entryID, type, object);
+        return this->GivesNoObject(result) ? result : m_openable.Open(count, entryID, type, object);
     }
     HRESULT STDMETHODCALLTYPE CompareEntryIDs(ULONG count1, LPENTRYID id1, ULONG count2, LPENTRYID id2, ULONG flags,
                                               ULONG* equal) override
@@ -195,7 +195,7 @@ public:
         const ProviderScope inside;
         const HRESULT result = Called("OpenEntry", OpenArguments(count, entryID, iid, flags, type, object),
                                       RefuseOpen(count, entryID, flags));
-        return this->Stops(result) ? result : m_openable.Open(count, entryID, type, object);
+        return this->GivesNoObject(result) ? result : m_openable.Open(count, entryID, type, object);
     }
     HRESULT STDMETHODCALLTYPE GetDefaultDir(ULONG* count, LPENTRYID* entryID) override
     {

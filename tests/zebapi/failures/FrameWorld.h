@@ -41,6 +41,7 @@ public:
         EXPECT_EQ(wab.references, 1);
         log.Clear();
     }
+    size_t LogLines() const { return log.Lines().size(); }
     CZebAPI& Library() { return library; }
     using LibraryFixture::Library;
     /// Starts MAPI or the address book, which does not fail.

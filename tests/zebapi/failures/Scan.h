@@ -115,6 +115,24 @@ public:
                           : m_memory->HasFailedOwn();
     }
 
+    /// Whether a call of the provider has failed, or has not given what it was asked for: the host must get an exception
+    /// or the log a line.
+    bool MustBeHeard(Kind kind) const
+    {
+        switch (kind)
+        {
+        case Kind::AProviderCall:
+        case Kind::AProviderMemory:
+        case Kind::AnUnknownResult:
+        case Kind::AProviderText:
+            return m_calls->HasFailed();
+        case Kind::AnEmptyResult:
+            return m_calls->HasWithheld();
+        default:
+            return false;
+        }
+    }
+
 private:
     MapiMemory* m_memory;
     std::optional<FailingNew> m_new;
@@ -122,10 +140,28 @@ private:
     std::optional<FailingSystem> m_system;
 };
 
+/// What the host hears of a failure by the CZebException that left a call.
+struct Heard
+{
+    HRESULT result = S_OK; ///< S_OK when none left
+    std::string text;
+};
+
+/// Whether the host has heard of a provider's failure: by an exception with its result and its text, or in the log.
+/// @param text of the failure
+inline bool WasHeard(const ProviderAnswer& answer, const std::string& text, const Heard& heard, bool wasLogged)
+{
+    if (heard.result == S_OK)
+    {
+        return wasLogged;
+    }
+    return (answer.givesNothing || heard.result == answer.result) && heard.text.find(text) != std::string::npos;
+}
+
 /// What left a call: empty for nothing and for what may leave the library, else its
 /// description. What was caught is deleted.
 template <class World>
-std::string UnstatedException(const Call<World>& call, World& world)
+std::string UnstatedException(const Call<World>& call, World& world, Heard& heard)
 {
     try
     {
@@ -133,6 +169,8 @@ std::string UnstatedException(const Call<World>& call, World& world)
     }
     catch (CZebException* exception)
     {
+        const ProviderScope host;
+        heard = {exception->GetResult(), Zeb_GetExceptionDescription(exception).GetString()};
         exception->Delete();
     }
     catch (const _com_error& error)
@@ -188,17 +226,28 @@ int Scan(const Call<World>& call, Kind kind)
         World& world = NextWorld(own);
         bool failed = false;
         std::string unstated;
+        bool mustBeHeard = false;
+        std::string text;
+        Heard heard;
+        const size_t lines = world.LogLines();
         {
             const Failing failing(kind, after, world.Memory());
-            unstated = UnstatedException(call, world);
+            unstated = UnstatedException(call, world, heard);
             failed = failing.HasFailed();
+            mustBeHeard = failing.MustBeHeard(kind);
+            text = FailingCalls::Text();
+        }
+        if (mustBeHeard)
+        {
+            EXPECT_TRUE(WasHeard(AnswerOf(kind), text, heard, world.LogLines() > lines))
+                << call.name << " with " << KindName(kind) << " failing after " << after << " says nothing of it";
         }
         EXPECT_EQ(unstated, "") << call.name << " with " << KindName(kind) << " failing after " << after;
         if (!failed)
         {
             return after;
         }
-        EXPECT_EQ(UnstatedException(call, world), "")
+        EXPECT_EQ(UnstatedException(call, world, heard), "")
             << call.name << " again after " << KindName(kind) << " failed after " << after;
     }
     ADD_FAILURE() << call.name << " never ends with " << KindName(kind) << " failing";

@@ -216,6 +216,7 @@ public:
     World& operator=(const World&) = delete;
 
     MapiMemory* Memory() { return &memory; }
+    size_t LogLines() const { return log.Lines().size(); }
     static constexpr bool TakesLong = false;
     void CleanUp() {}
 
