@@ -191,8 +191,8 @@ def programs_by_line(build, profiles, names):
         own = [each for each in everything if each.name == folder.name]
         # A program that drives the tools may run any of them.
         objects = own + [each for each in everything if each.suffix == ".so"] if own else everything
-        data = merged(sorted(folder.glob("*.profraw")), profiles / "one.profdata")
-        for room in rooms_of(exported(objects, data), ROOT, build, names).values():
+        raw = sorted(folder.glob("*.profraw"))
+        for room in rooms_of(exported(objects, merged(raw, profiles / "one.profdata")) if raw else [], ROOT, build, names).values():
             for name, lines in room.lines.items():
                 for line in (line for line, count in lines.items() if count):
                     found[name][line].append(folder.name)

@@ -31,6 +31,16 @@ protected:
         }
         return names;
     }
+
+    static MAPIUID ServiceUid(IMsgServiceAdmin& services)
+    {
+        IMAPITable* table = nullptr;
+        EXPECT_EQ(services.GetMsgServiceTable(0, &table), S_OK);
+        const Rows rows(table, {PR_SERVICE_UID});
+        MAPIUID uid;
+        std::copy_n(rows.BytesCell(0, 0).data(), sizeof(uid.ab), uid.ab);
+        return uid;
+    }
 };
 
 TEST_F(Profiles, AreWhereMapiKeepsThem)
@@ -104,6 +114,59 @@ TEST_F(Profiles, ShowTheirStoreAsAService)
     EXPECT_EQ(rows.TextCell(0, 3), "normal");
 }
 
+TEST_F(Profiles, RenameAndDeleteTheirService)
+{
+    const Ref<IMsgServiceAdmin> services = Services("Main");
+    const auto names = [&services]
+    {
+        IMAPITable* table = nullptr;
+        EXPECT_EQ(services->GetMsgServiceTable(0, &table), S_OK);
+        const Rows rows(table, {PR_DISPLAY_NAME_A});
+        return rows.Count() ? rows.TextCell(0, 0) : "<none>";
+    };
+    MAPIUID uid = ServiceUid(*services);
+    EXPECT_EQ(services->RenameMsgService(&uid, 0, Text("Archive")), S_OK);
+    EXPECT_EQ(names(), "Archive");
+    EXPECT_EQ(services->RenameMsgService(&uid, 1, Text("x")), MAPI_E_UNKNOWN_FLAGS);
+    EXPECT_EQ(services->RenameMsgService(nullptr, 0, Text("x")), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(services->DeleteMsgService(nullptr), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(names(), "Archive");
+    EXPECT_EQ(services->DeleteMsgService(&uid), S_OK);
+    EXPECT_EQ(names(), "<none>");
+    EXPECT_EQ(services->RenameMsgService(&uid, 0, Text("x")), MAPI_E_NOT_FOUND);
+    EXPECT_TRUE(StoreFile::Exists(m_path)) << "the file stays";
+}
+
+TEST_F(Profiles, RefuseWhatOneServiceDoesNotNeed)
+{
+    const Ref<IMsgServiceAdmin> services = Services("Main");
+    MAPIUID uid = ServiceUid(*services);
+    EXPECT_EQ(services->CopyMsgService(&uid, nullptr, nullptr, nullptr, nullptr, 0, 0), MAPI_E_NO_SUPPORT);
+    MAPIERROR* error = nullptr;
+    EXPECT_EQ(services->GetLastError(MAPI_E_NO_SUPPORT, 0, &error), S_OK);
+    const Buffer<MAPIERROR> owner(error);
+    ASSERT_NE(error, nullptr);
+    EXPECT_STREQ(reinterpret_cast<const char*>(error->lpszError), "a profile supports only one store service");
+    EXPECT_EQ(services->OpenProfileSection(&uid, nullptr, 0, nullptr), MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(services->MsgServiceTransportOrder(0, nullptr, 0), MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(services->AdminProviders(&uid, 0, nullptr), MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(services->SetPrimaryIdentity(&uid, 0), MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(services->GetProviderTable(0, nullptr), MAPI_E_NO_SUPPORT);
+    void* same = nullptr;
+    ASSERT_EQ(services->QueryInterface(IID_IMsgServiceAdmin, &same), S_OK);
+    static_cast<IUnknown*>(same)->Release();
+    EXPECT_EQ(services->QueryInterface(IID_IMsgStore, &same), E_NOINTERFACE);
+}
+
+TEST_F(Profiles, SettingsOfTextNeedText)
+{
+    const Ref<IMsgServiceAdmin> services = Services("Main");
+    MAPIUID uid = ServiceUid(*services);
+    SPropValue path = LongValue(CHANGE_PROP_TYPE(PR_ZEBSTORE_PATH_A, PT_LONG), 1);
+    EXPECT_EQ(services->ConfigureMsgService(&uid, 0, 0, 1, &path), MAPI_E_INVALID_TYPE);
+    EXPECT_EQ(services->ConfigureMsgService(&uid, 0, 0, 1, nullptr), MAPI_E_INVALID_PARAMETER);
+}
+
 TEST_F(Profiles, RefuseAMissingFile)
 {
     const std::string path = m_folder.File("none.zeb");
@@ -122,11 +185,7 @@ TEST_F(Profiles, RefuseAFileWithoutAStore)
 TEST_F(Profiles, AreNotConfiguredWithWrongSettings)
 {
     const Ref<IMsgServiceAdmin> services = Services("Main");
-    IMAPITable* table = nullptr;
-    ASSERT_EQ(services->GetMsgServiceTable(0, &table), S_OK);
-    const Rows rows(table, {PR_SERVICE_UID});
-    MAPIUID uid;
-    std::copy_n(rows.BytesCell(0, 0).data(), sizeof(uid.ab), uid.ab);
+    MAPIUID uid = ServiceUid(*services);
     SPropValue durability = NarrowValue(PR_ZEBSTORE_DURABILITY_A, "sometimes");
     EXPECT_EQ(services->ConfigureMsgService(&uid, 0, 0, 1, &durability), MAPI_E_INVALID_PARAMETER);
     durability = NarrowValue(PR_ZEBSTORE_DURABILITY_A, "full");

@@ -162,6 +162,68 @@ TEST_F(Sessions, RefuseWhatTheProviderLacks)
     ULONG size = 0;
     ENTRYID* id = nullptr;
     EXPECT_EQ(Session().QueryIdentity(&size, &id), MAPI_E_NOT_FOUND);
+    EXPECT_EQ(Session().QueryIdentity(nullptr, &id), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(Session().QueryIdentity(&size, nullptr), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(Session().OpenProfileSection(nullptr, nullptr, 0, nullptr), MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(SessionErrorText(MAPI_E_NO_SUPPORT), "the provider supports only stores");
+    EXPECT_EQ(Session().MessageOptions(0, 0, nullptr, nullptr), MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(Session().QueryDefaultMessageOpt(nullptr, 0, nullptr, nullptr), MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(Session().ShowForm(0, nullptr, nullptr, nullptr, 0, nullptr, 0, 0, 0, 0, nullptr), MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(Session().PrepareForm(nullptr, nullptr, nullptr), MAPI_E_NO_SUPPORT);
+}
+
+TEST_F(Sessions, HaveAnEmptyStatusTable)
+{
+    IMAPITable* table = nullptr;
+    ASSERT_EQ(Session().GetStatusTable(0, &table), S_OK);
+    EXPECT_EQ(Rows(table).Count(), 0u);
+    EXPECT_EQ(Session().GetStatusTable(0, nullptr), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(Session().GetStatusTable(1, &table), MAPI_E_UNKNOWN_FLAGS);
+}
+
+TEST_F(Sessions, KnowNoAddressTypes)
+{
+    ULONG count = 7;
+    LPTSTR* types = reinterpret_cast<LPTSTR*>(&count);
+    EXPECT_EQ(Session().EnumAdrTypes(0, &count, &types), S_OK);
+    EXPECT_EQ(count, 0u);
+    EXPECT_EQ(types, nullptr);
+    EXPECT_EQ(Session().EnumAdrTypes(0, nullptr, &types), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(Session().EnumAdrTypes(0, &count, nullptr), MAPI_E_INVALID_PARAMETER);
+}
+
+TEST_F(Sessions, TheOnlyStoreIsTheDefault)
+{
+    const Bytes store = StoreId();
+    EXPECT_EQ(Session().SetDefaultStore(0, static_cast<ULONG>(store.size()), Id(store)), S_OK);
+    const Bytes inbox = InboxId();
+    EXPECT_TRUE(FAILED(Session().SetDefaultStore(0, static_cast<ULONG>(inbox.size()), Id(inbox))));
+}
+
+TEST_F(Sessions, AdministerTheServicesOfTheirProfile)
+{
+    IMsgServiceAdmin* admin = nullptr;
+    ASSERT_EQ(Session().AdminServices(0, &admin), S_OK);
+    const Ref<IMsgServiceAdmin> services = Ref<IMsgServiceAdmin>::Adopt(admin);
+    IMAPITable* table = nullptr;
+    ASSERT_EQ(services->GetMsgServiceTable(0, &table), S_OK);
+    EXPECT_EQ(Rows(table, {PR_DISPLAY_NAME_A}).TextCell(0, 0), "Mail of Main");
+    EXPECT_EQ(Session().AdminServices(0, nullptr), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(Session().AdminServices(1, &admin), MAPI_E_UNKNOWN_FLAGS);
+    EXPECT_EQ(Session().Logoff(0, 0, 0), S_OK);
+    EXPECT_EQ(Session().AdminServices(0, &admin), MAPI_E_END_OF_SESSION);
+    EXPECT_EQ(admin, nullptr);
+}
+
+TEST_F(Sessions, OfAProfileWithoutAStoreOpenNone)
+{
+    ASSERT_EQ(Admin()->CreateProfile(Text("Bare"), nullptr, 0, 0), S_OK);
+    IMAPISession* session = nullptr;
+    ASSERT_EQ(MAPILogonEx(0, Text("Bare"), nullptr, MAPI_EXTENDED | MAPI_NEW_SESSION, &session), S_OK);
+    const Ref<IMAPISession> owner = Ref<IMAPISession>::Adopt(session);
+    IAddrBook* book = nullptr;
+    EXPECT_EQ(session->OpenAddressBook(0, nullptr, 0, &book), MAPI_E_NOT_FOUND);
+    EXPECT_EQ(book, nullptr);
 }
 
 } // namespace

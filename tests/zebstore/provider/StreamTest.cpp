@@ -302,6 +302,38 @@ TEST_F(Streams, OpenedForReadingRefuseWrites)
     EXPECT_EQ(GetText(message.Get(), PR_BODY_A), "Hello");
 }
 
+TEST_F(Streams, NeedTheirPointers)
+{
+    const Ref<IMessage> message = NewMessage(*Inbox());
+    EXPECT_EQ(Set(message.Get(), NarrowValue(PR_BODY_A, "Hello")), S_OK);
+    const Ref<IStream> stream = OpenStream(*message, PR_BODY_A, MAPI_MODIFY);
+    ULONG count = 7;
+    EXPECT_EQ(stream->Read(nullptr, 1, &count), STG_E_INVALIDPOINTER);
+    EXPECT_EQ(count, 0u);
+    count = 7;
+    EXPECT_EQ(stream->Write(nullptr, 1, &count), STG_E_INVALIDPOINTER);
+    EXPECT_EQ(count, 0u);
+    EXPECT_EQ(stream->Stat(nullptr, STATFLAG_NONAME), STG_E_INVALIDPOINTER);
+    EXPECT_EQ(stream->Clone(nullptr), STG_E_INVALIDPOINTER);
+    EXPECT_EQ(stream->CopyTo(nullptr, SizeOf(1), nullptr, nullptr), STG_E_INVALIDPOINTER);
+    EXPECT_EQ(stream->Seek(At(0), 3, nullptr), STG_E_INVALIDFUNCTION);
+    EXPECT_EQ(stream->Seek(At(-(LONGLONG(1) << 62) - 1), STREAM_SEEK_END, nullptr), STG_E_INVALIDFUNCTION);
+    EXPECT_EQ(stream->LockRegion(SizeOf(0), SizeOf(1), 0), STG_E_INVALIDFUNCTION);
+    EXPECT_EQ(stream->UnlockRegion(SizeOf(0), SizeOf(1), 0), STG_E_INVALIDFUNCTION);
+}
+
+TEST_F(Streams, OpenedForReadingHaveNothingToCommit)
+{
+    const Ref<IMessage> message = NewMessage(*Inbox());
+    EXPECT_EQ(Set(message.Get(), NarrowValue(PR_BODY_A, "Hello")), S_OK);
+    const Ref<IStream> stream = OpenStream(*message, PR_BODY_A, 0);
+    EXPECT_EQ(stream->Commit(0), S_OK);
+    const Ref<IStream> target = OpenStream(*message, PROP_TAG(PT_STRING8, 0x6606), MAPI_CREATE | MAPI_MODIFY);
+    EXPECT_EQ(stream->CopyTo(target.Get(), SizeOf(5), nullptr, nullptr), S_OK);
+    EXPECT_EQ(target->Commit(0), S_OK);
+    EXPECT_EQ(GetText(message.Get(), PROP_TAG(PT_STRING8, 0x6606)), "Hello");
+}
+
 TEST_F(Streams, NeedTextOrBinary)
 {
     const Ref<IMessage> message = NewMessage(*Inbox());

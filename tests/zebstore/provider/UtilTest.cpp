@@ -142,6 +142,144 @@ TEST(ProviderUtilities, NotificationsAreCopiedIntoOneBlock)
     EXPECT_EQ(ScCopyNotifications(0, &notification, block, &size), MAPI_E_INVALID_PARAMETER);
 }
 
+TEST(ProviderUtilities, NotificationsOfMailAndErrorsAreCopied)
+{
+    BYTE id[] = {1, 2, 3};
+    BYTE parent[] = {4, 5};
+    char messageClass[] = "IPM.Note";
+    MAPIERROR error{};
+    NOTIFICATION notifications[3] = {};
+    notifications[0].ulEventType = fnevCriticalError;
+    notifications[0].info.err = {sizeof(id), reinterpret_cast<LPENTRYID>(id), MAPI_E_CALL_FAILED, 0, &error};
+    notifications[1].ulEventType = notifications[2].ulEventType = fnevNewMail;
+    notifications[1].info.newmail = {sizeof(id),
+                                     reinterpret_cast<LPENTRYID>(id),
+                                     sizeof(parent),
+                                     reinterpret_cast<LPENTRYID>(parent),
+                                     0,
+                                     messageClass,
+                                     7};
+    notifications[2].info.newmail = notifications[1].info.newmail;
+    notifications[2].info.newmail.ulFlags = MAPI_UNICODE;
+    alignas(16) BYTE block[1024];
+    ASSERT_EQ(ScCopyNotifications(3, notifications, block, nullptr), S_OK);
+    const auto* copies = reinterpret_cast<const NOTIFICATION*>(block);
+    EXPECT_NE(static_cast<void*>(copies[0].info.err.lpEntryID), static_cast<void*>(id));
+    EXPECT_EQ(std::memcmp(copies[0].info.err.lpEntryID, id, sizeof(id)), 0);
+    EXPECT_EQ(copies[0].info.err.scode, MAPI_E_CALL_FAILED);
+    EXPECT_EQ(copies[0].info.err.lpMAPIError, nullptr) << "it belongs to the sender";
+    EXPECT_EQ(std::memcmp(copies[1].info.newmail.lpParentID, parent, sizeof(parent)), 0);
+    EXPECT_NE(copies[1].info.newmail.lpszMessageClass, messageClass);
+    EXPECT_STREQ(copies[1].info.newmail.lpszMessageClass, "IPM.Note");
+    EXPECT_EQ(copies[1].info.newmail.ulMessageFlags, 7u);
+    EXPECT_EQ(copies[2].info.newmail.lpszMessageClass, nullptr);
+}
+
+TEST(ProviderUtilities, NotificationsOfTablesAreCopied)
+{
+    BYTE key[] = {9, 8};
+    char subject[] = "Hello";
+    SPropValue cells[] = {NarrowValue(PR_SUBJECT_A, subject), LongValue(PR_MESSAGE_FLAGS, 5)};
+    NOTIFICATION notification{};
+    notification.ulEventType = fnevTableModified;
+    notification.info.tab.ulTableEvent = TABLE_ROW_ADDED;
+    notification.info.tab.propIndex.ulPropTag = PR_INSTANCE_KEY;
+    notification.info.tab.propIndex.Value.bin = {sizeof(key), key};
+    notification.info.tab.propPrior = LongValue(PR_NULL, 0);
+    notification.info.tab.row = {0, 2, cells};
+    alignas(16) BYTE block[1024];
+    ULONG size = 0;
+    ASSERT_EQ(ScCopyNotifications(1, &notification, block, &size), S_OK);
+    EXPECT_GE(size, sizeof(notification) + sizeof(cells) + sizeof(subject) + sizeof(key));
+    const auto& copy = reinterpret_cast<const NOTIFICATION*>(block)->info.tab;
+    EXPECT_NE(copy.propIndex.Value.bin.lpb, key);
+    EXPECT_EQ(std::memcmp(copy.propIndex.Value.bin.lpb, key, sizeof(key)), 0);
+    ASSERT_EQ(copy.row.cValues, 2u);
+    EXPECT_NE(copy.row.lpProps, cells);
+    EXPECT_NE(copy.row.lpProps[0].Value.lpszA, subject);
+    EXPECT_STREQ(copy.row.lpProps[0].Value.lpszA, "Hello");
+    EXPECT_EQ(copy.row.lpProps[1].Value.l, 5);
+}
+
+TEST(ProviderUtilities, OtherNotificationsAreNotCopied)
+{
+    NOTIFICATION notification{};
+    notification.ulEventType = fnevExtended;
+    BYTE block[256];
+    EXPECT_EQ(ScCopyNotifications(1, &notification, block, nullptr), MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(ScCopyNotifications(1, nullptr, block, nullptr), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(ScCopyNotifications(1, &notification, nullptr, nullptr), MAPI_E_INVALID_PARAMETER);
+}
+
+SCODE WINAPI AllocateNothing(ULONG, LPVOID, LPVOID* block)
+{
+    *block = nullptr;
+    return S_OK;
+}
+
+SCODE WINAPI RefuseToAllocate(ULONG, LPVOID, LPVOID*)
+{
+    return MAPI_E_CALL_FAILED;
+}
+
+TEST(ProviderUtilities, PropCopyMoreNeedsItsMemory)
+{
+    SPropValue dest{};
+    SPropValue value = NarrowValue(PR_SUBJECT_A, "x");
+    EXPECT_EQ(PropCopyMore(&dest, &value, AllocateNothing, nullptr), MAPI_E_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(PropCopyMore(&dest, &value, RefuseToAllocate, nullptr), MAPI_E_CALL_FAILED);
+    value.ulPropTag = PROP_TAG(PT_MV_STRING8, 0x6600);
+    value.Value.MVszA = {2, nullptr};
+    EXPECT_EQ(PropCopyMore(&dest, &value, AllocateNothing, nullptr), MAPI_E_INVALID_PARAMETER)
+        << "a count without elements";
+    value.ulPropTag = PROP_TAG(PT_MV_CLSID, 0x6600);
+    GUID guid = IID_IMessage;
+    value.Value.MVguid = {0x7FFFFFFF, &guid};
+    EXPECT_EQ(PropCopyMore(&dest, &value, AllocateNothing, nullptr), MAPI_E_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(dest.ulPropTag, 0u);
+}
+
+TEST(ProviderUtilities, PropCopyMoreCopiesInstances)
+{
+    BYTE bytes[] = {1, 2, 3};
+    SPropValue value{};
+    value.ulPropTag = PROP_TAG(PT_MV_BINARY | MV_INSTANCE, 0x6600);
+    value.Value.bin = {sizeof(bytes), bytes};
+    CopyAndCheck(value, [&](const _PV& copy)
+    {
+        EXPECT_NE(copy.bin.lpb, bytes);
+        EXPECT_EQ(std::memcmp(copy.bin.lpb, bytes, sizeof(bytes)), 0);
+    });
+    value = LongValue(PROP_TAG(PT_MV_LONG | MV_INSTANCE, 0x6600), 77);
+    CopyAndCheck(value, [](const _PV& copy) { EXPECT_EQ(copy.l, 77); });
+    value = LongValue(PROP_TAG(0x1077 | MV_INSTANCE, 0x6600), 77);
+    SPropValue dest{};
+    EXPECT_EQ(PropCopyMore(&dest, &value, AllocateNothing, nullptr), MAPI_E_INVALID_TYPE);
+}
+
+TEST(ProviderUtilities, PropCopyMoreCopiesIdentifiersAndWideTexts)
+{
+    GUID guids[] = {IID_IMessage, IID_IMsgStore};
+    SPropValue value{};
+    value.ulPropTag = PROP_TAG(PT_MV_CLSID, 0x6600);
+    value.Value.MVguid = {2, guids};
+    CopyAndCheck(value, [&](const _PV& copy)
+    {
+        EXPECT_NE(copy.MVguid.lpguid, guids);
+        EXPECT_EQ(std::memcmp(copy.MVguid.lpguid, guids, sizeof(guids)), 0);
+    });
+    WCHAR wide[] = {'a', 0x20AC, 0};
+    WCHAR* texts[] = {wide, nullptr};
+    value.ulPropTag = PROP_TAG(PT_MV_UNICODE, 0x6600);
+    value.Value.MVszW = {2, texts};
+    CopyAndCheck(value, [&](const _PV& copy)
+    {
+        EXPECT_NE(copy.MVszW.lppszW[0], wide);
+        EXPECT_EQ(std::memcmp(copy.MVszW.lppszW[0], wide, sizeof(wide)), 0);
+        EXPECT_EQ(copy.MVszW.lppszW[1], nullptr);
+    });
+}
+
 TEST(ProviderUtilities, WhatIsNotDoneSaysSo)
 {
     EXPECT_EQ(RTFSync(nullptr, 0, nullptr), MAPI_E_NO_SUPPORT);
