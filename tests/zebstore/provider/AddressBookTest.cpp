@@ -437,6 +437,29 @@ TEST_F(AddressBooks, RootAndContainersOpenAsTables)
     EXPECT_EQ(NamesOf(static_cast<IMAPITable*>(table)), (Texts{"Ada"}));
 }
 
+TEST_F(AddressBooks, SayWhatTheyAre)
+{
+    EXPECT_EQ(GetLong(&Book(), PR_OBJECT_TYPE), MAPI_ADDRBOOK);
+    EXPECT_EQ(GetText(&Book(), PR_DISPLAY_NAME_A), "Address Book");
+    EXPECT_EQ(GetBytes(&Book(), PR_MAPPING_SIGNATURE).size(), 16u);
+    HRESULT code = S_OK;
+    Get(&Book(), PR_SUBJECT_A, &code);
+    EXPECT_EQ(code, MAPI_E_NOT_FOUND);
+    EXPECT_TRUE(FAILED(Set(&Book(), NarrowValue(PR_COMMENT_A, "x"))));
+    EXPECT_EQ(GetText(&Book(), PR_COMMENT_A), "<none>");
+}
+
+TEST_F(AddressBooks, ContainersHaveNoSearchCriteria)
+{
+    EXPECT_EQ(Directory()->SetSearchCriteria(nullptr, nullptr, 0), MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(Directory()->GetSearchCriteria(0, nullptr, nullptr, nullptr), MAPI_E_NO_SUPPORT);
+    IMAPIProp* entry = nullptr;
+    EXPECT_EQ(Directory()->CreateEntry(0, nullptr, 0, &entry), MAPI_E_INVALID_ENTRYID);
+    IUnknown* object = nullptr;
+    EXPECT_EQ(Directory()->OpenProperty(PR_CONTAINER_CONTENTS, &IID_IMessage, 0, 0, &object),
+              MAPI_E_INTERFACE_NOT_SUPPORTED);
+}
+
 TEST_F(AddressBooks, DialogsAreNotSupported)
 {
     EXPECT_EQ(Book().Address(nullptr, nullptr, nullptr), MAPI_E_NO_SUPPORT);

@@ -216,6 +216,49 @@ TEST_F(Folders, GiveTheirTablesAsProperties)
     const Rows rows(static_cast<IMAPITable*>(table), {PR_SUBJECT_A});
     EXPECT_EQ(rows.Count(), 1u);
     EXPECT_EQ(inbox->OpenProperty(PR_CONTAINER_CONTENTS, &IID_IMessage, 0, 0, &table), MAPI_E_INTERFACE_NOT_SUPPORTED);
+    NewFolder(*inbox, "Projects");
+    ASSERT_EQ(inbox->OpenProperty(PR_CONTAINER_HIERARCHY, &IID_IMAPITable, 0, 0, &table), S_OK);
+    EXPECT_EQ(Rows(static_cast<IMAPITable*>(table), {PR_DISPLAY_NAME_A}).TextCell(0, 0), "Projects");
+}
+
+TEST_F(Folders, TheirTablesAreCompleteAndFlat)
+{
+    IMAPITable* table = nullptr;
+    ASSERT_EQ(Inbox()->GetContentsTable(0, &table), S_OK);
+    const Ref<IMAPITable> owner = Ref<IMAPITable>::Adopt(table);
+    ULONG status = 7;
+    EXPECT_EQ(table->WaitForCompletion(0, 0, &status), S_OK);
+    EXPECT_EQ(status, ULONG(TBLSTAT_COMPLETE));
+    EXPECT_EQ(table->WaitForCompletion(0, 0, nullptr), S_OK);
+    EXPECT_EQ(table->GetCollapseState(0, 0, nullptr, nullptr, nullptr), MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(table->SetCollapseState(0, 0, nullptr, nullptr), MAPI_E_NO_SUPPORT);
+    void* same = nullptr;
+    EXPECT_EQ(table->QueryInterface(IID_IMessage, &same), E_NOINTERFACE);
+    ASSERT_EQ(table->QueryInterface(IID_IMAPITable, &same), S_OK);
+    static_cast<IUnknown*>(same)->Release();
+}
+
+TEST_F(Folders, MakeOnlyMessagesAndFolders)
+{
+    const Ref<IMAPIFolder> inbox = Inbox();
+    IMessage* message = nullptr;
+    EXPECT_EQ(inbox->CreateMessage(&IID_IMsgStore, 0, &message), MAPI_E_INTERFACE_NOT_SUPPORTED);
+    EXPECT_EQ(message, nullptr);
+    IMAPIFolder* folder = nullptr;
+    EXPECT_EQ(inbox->CreateFolder(FOLDER_GENERIC, Text("x"), nullptr, &IID_IMsgStore, 0, &folder),
+              MAPI_E_INTERFACE_NOT_SUPPORTED);
+    EXPECT_EQ(folder, nullptr);
+}
+
+TEST_F(Folders, AreCopiedByTheirParentsOnly)
+{
+    const Ref<IMAPIFolder> inbox = Inbox();
+    const Ref<IMAPIFolder> child = NewFolder(*inbox, "Projects");
+    const Bytes below = GetBytes(NewFolder(*child, "Deep").Get(), PR_ENTRYID);
+    const auto size = static_cast<ULONG>(below.size());
+    EXPECT_EQ(inbox->CopyFolder(size, Id(below), nullptr, inbox.Get(), nullptr, 0, nullptr, 0), MAPI_E_NOT_FOUND);
+    EXPECT_EQ(child->CopyFolder(size, Id(below), nullptr, NewMessage(*inbox).Get(), nullptr, 0, nullptr, 0),
+              MAPI_E_NO_SUPPORT);
 }
 
 } // namespace

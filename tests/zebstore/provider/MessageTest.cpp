@@ -254,6 +254,23 @@ TEST_F(Messages, AreMarkedReadWithoutBeingSaved)
     EXPECT_EQ(message->SubmitMessage(0), MAPI_E_NO_SUPPORT);
 }
 
+TEST_F(Messages, GiveTheirTablesAsProperties)
+{
+    const Ref<IMessage> message = NewMessage(*Inbox());
+    ULONG number = 0;
+    IAttach* attachment = nullptr;
+    ASSERT_EQ(message->CreateAttach(nullptr, 0, &number, &attachment), S_OK);
+    EXPECT_EQ(attachment->SaveChanges(0), S_OK);
+    attachment->Release();
+    IUnknown* table = nullptr;
+    ASSERT_EQ(message->OpenProperty(PR_MESSAGE_ATTACHMENTS, &IID_IMAPITable, 0, 0, &table), S_OK);
+    EXPECT_EQ(Rows(static_cast<IMAPITable*>(table), {PR_ATTACH_NUM}).Count(), 1u);
+    ASSERT_EQ(message->OpenProperty(PR_MESSAGE_RECIPIENTS, &IID_IMAPITable, 0, 0, &table), S_OK);
+    EXPECT_EQ(Rows(static_cast<IMAPITable*>(table), {PR_ROWID}).Count(), 0u);
+    EXPECT_EQ(message->OpenProperty(PR_MESSAGE_RECIPIENTS, &IID_IMAPIFolder, 0, 0, &table),
+              MAPI_E_INTERFACE_NOT_SUPPORTED);
+}
+
 TEST_F(Messages, AreCopiedWithEverything)
 {
     const Ref<IMAPIFolder> inbox = Inbox();

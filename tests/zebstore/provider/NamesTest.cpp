@@ -1,5 +1,6 @@
 #include "tests/zebstore/provider/ProviderFixture.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace zebstore
@@ -105,6 +106,22 @@ TEST_F(NamedProperties, AreListedBySetAndKind)
     EXPECT_EQ(countOf(0), 2u);
     EXPECT_EQ(countOf(MAPI_NO_STRINGS), 1u);
     EXPECT_EQ(countOf(MAPI_NO_IDS), 1u);
+}
+
+TEST_F(NamedProperties, AreAllListedWithoutNames)
+{
+    const Ref<IMAPIFolder> inbox = Inbox();
+    MAPINAMEID number = Number(0x8005);
+    LPMAPINAMEID names[] = {&number};
+    LPSPropTagArray tags = nullptr;
+    ASSERT_EQ(inbox->GetIDsFromNames(1, names, MAPI_CREATE, &tags), S_OK);
+    const ULONG made = tags->aulPropTag[0];
+    MAPIFreeBuffer(tags);
+    ASSERT_EQ(inbox->GetIDsFromNames(0, nullptr, 0, &tags), S_OK);
+    const Buffer<SPropTagArray> all(tags);
+    EXPECT_NE(std::find(tags->aulPropTag, tags->aulPropTag + tags->cValues, made), tags->aulPropTag + tags->cValues);
+    EXPECT_EQ(inbox->GetIDsFromNames(0, nullptr, MAPI_CREATE, &tags), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(tags, nullptr);
 }
 
 TEST_F(NamedProperties, OfMapisSetAreTheTags)

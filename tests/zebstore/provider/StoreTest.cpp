@@ -120,6 +120,32 @@ TEST_F(Stores, OpenedForReadingRefuseChangesBelow)
     EXPECT_EQ(GetLong(folder.Get(), PR_ACCESS_LEVEL), 0);
 }
 
+TEST_F(Stores, CompareIdentifiers)
+{
+    const Ref<IMsgStore> store = OpenStore();
+    const Bytes inbox = InboxId();
+    const Bytes other = StoreId();
+    const auto size = static_cast<ULONG>(inbox.size());
+    const auto otherSize = static_cast<ULONG>(other.size());
+    ULONG same = 7;
+    EXPECT_EQ(store->CompareEntryIDs(size, Id(inbox), size, Id(Bytes(inbox)), 0, &same), S_OK);
+    EXPECT_EQ(same, ULONG(TRUE));
+    EXPECT_EQ(store->CompareEntryIDs(size, Id(inbox), otherSize, Id(other), 0, &same), S_OK);
+    EXPECT_EQ(same, ULONG(FALSE));
+    EXPECT_EQ(store->CompareEntryIDs(size, Id(inbox), size, Id(inbox), 1, &same), MAPI_E_UNKNOWN_FLAGS);
+    EXPECT_EQ(store->CompareEntryIDs(size, Id(inbox), size, Id(inbox), 0, nullptr), MAPI_E_INVALID_PARAMETER);
+}
+
+TEST_F(Stores, SaveTheirPropertiesAtOnce)
+{
+    const ULONG tag = PROP_TAG(PT_LONG, 0x6630);
+    const Ref<IMsgStore> store = OpenStore();
+    EXPECT_EQ(Set(store.Get(), LongValue(tag, 5)), S_OK);
+    EXPECT_EQ(GetLong(OpenStore().Get(), tag), 5);
+    EXPECT_EQ(store->SaveChanges(0), S_OK);
+    EXPECT_EQ(GetLong(OpenStore().Get(), tag), 5);
+}
+
 TEST_F(Stores, RefuseWhatTheyDoNotDo)
 {
     const Ref<IMsgStore> store = OpenStore();
@@ -127,6 +153,9 @@ TEST_F(Stores, RefuseWhatTheyDoNotDo)
     EXPECT_EQ(store->Advise(0, nullptr, fnevNewMail, nullptr, &connection), MAPI_E_NO_SUPPORT);
     EXPECT_EQ(store->AbortSubmit(0, nullptr, 0), MAPI_E_NO_SUPPORT);
     EXPECT_EQ(store->NotifyNewMail(nullptr), MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(store->GetOutgoingQueue(0, nullptr), MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(store->SetLockState(nullptr, 0), MAPI_E_NO_SUPPORT);
+    EXPECT_EQ(store->FinishedMsg(0, 0, nullptr), MAPI_E_NO_SUPPORT);
     ULONG flags = LOGOFF_ORDERLY;
     EXPECT_EQ(store->StoreLogoff(&flags), S_OK);
     EXPECT_EQ(flags, ULONG(LOGOFF_COMPLETE));
