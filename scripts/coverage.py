@@ -22,7 +22,7 @@ import tempfile
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 VERSION = 14  # of clang in the presets
 # The least that is reached of each room: lines and branches, in per cent.
-FLOORS = {"zebapi": (99.8, 99.0), "zebstore": (94.0, 88.5), "platform": (96.0, 90.0)}
+FLOORS = {"zebapi": (99.8, 99.0), "zebstore": (95.5, 89.5), "platform": (96.0, 90.0)}
 # An outcome's count is a difference of two counters; a process that forks leaves them apart.
 NEGATIVE = 1 << 62
 # Programs that look at the libraries' files or at the tests themselves, and long ones that reach nothing which no other reaches.
