@@ -84,9 +84,14 @@ check coverage-self-test scripts/coverage.py --self-test
 check mutate-self-test scripts/mutate.py --self-test
 
 say "Linux, address and undefined-behaviour sanitizers"
-only=.
-[ $quick = yes ] && only='^(?!tools_test|import_test|soak_)'
-build linux-asan all && tests build/linux-asan --only "$only"
+if [ $quick = yes ]; then
+    build linux-asan all && tests build/linux-asan --only '^(?!tools_test|import_test|soak_)'
+elif build linux-asan all; then
+    rm -rf build/linux-asan/profiles
+    tests build/linux-asan
+    check coverage scripts/coverage.py build/linux-asan --report
+    tail -n 1 build/check-coverage.log
+fi
 
 if [ $quick = no ]; then
     say "Linux, thread sanitizer"

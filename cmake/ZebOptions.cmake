@@ -84,8 +84,17 @@ if(ZEB_COVERAGE)
     -fprofile-list=${CMAKE_SOURCE_DIR}/cmake/coverage.list
     -fcoverage-compilation-dir=. -fcoverage-prefix-map=${CMAKE_SOURCE_DIR}/= -fcoverage-prefix-map=${zeb_up}/=)
   add_link_options(-fprofile-instr-generate)
-  set(CMAKE_C_FLAGS_DEBUG "-O1")
-  set(CMAKE_CXX_FLAGS_DEBUG "-O1")
+  # Where a process counts when the environment does not say it: a library would keep a copy of the environment's name, which
+  # is a leak after it was unloaded.
+  set(zeb_profile_name ${CMAKE_BINARY_DIR}/profile_name)
+  file(CONFIGURE OUTPUT ${zeb_profile_name}.c CONTENT
+    "__attribute__((visibility(\"hidden\"))) const char __llvm_profile_filename[] = \"@CMAKE_BINARY_DIR@/profiles/all/%m%c.profraw\";\n" @ONLY)
+  execute_process(COMMAND ${CMAKE_C_COMPILER} -fPIC -c ${zeb_profile_name}.c -o ${zeb_profile_name}.o COMMAND_ERROR_IS_FATAL ANY)
+  add_link_options(${zeb_profile_name}.o)
+  if(NOT ZEB_SANITIZE)
+    set(CMAKE_C_FLAGS_DEBUG "-O1")
+    set(CMAKE_CXX_FLAGS_DEBUG "-O1")
+  endif()
 endif()
 
 # For libraries that are compiled with ours: what takes a compiler minutes is left out. Undefined behaviour is not looked

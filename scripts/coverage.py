@@ -4,10 +4,11 @@
 coverage.py [BUILD_DIR] [--only REGEX] [--list FILE] [--report]
 coverage.py --self-test     counts a small program: killed processes, templates, a room without lines, a floor
 
-Runs the test programs of a build of the preset linux-coverage (default build/linux-coverage), prints the lines and branches
-that they reached of each room, and writes those that they did not reach to FILE (default BUILD_DIR/not-reached.txt).
---report takes the counters of the last run. A branch is one outcome of a condition in the sources; what an exception leaves
-is none, nor is what the compiler knows beforehand; a constexpr function that only the compiler runs has no lines. Exit code 1 when a test fails, or a room is below its floor.
+Runs the test programs of a build with ZEB_COVERAGE (default build/linux-coverage), prints the lines and branches that they
+reached of each room, and writes those that they did not reach to FILE (default BUILD_DIR/not-reached.txt).
+--report takes the counters of what ran last, by hand too. A branch is one outcome of a condition in the sources; what an
+exception leaves is none, nor is what the compiler knows beforehand; a constexpr function that only the compiler runs has no
+lines. Exit code 1 when a test fails, or a room is below its floor.
 """
 import argparse
 import collections
@@ -22,7 +23,7 @@ import tempfile
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 VERSION = 14  # of clang in the presets
 # The least that is reached of each room: lines and branches, in per cent.
-FLOORS = {"zebapi": (99.8, 99.0), "zebstore": (95.5, 89.5), "platform": (96.0, 90.0)}
+FLOORS = {"zebapi": (99.8, 98.9), "zebstore": (96.3, 90.7), "platform": (95.5, 89.5)}
 # An outcome's count is a difference of two counters; a process that forks leaves them apart.
 NEGATIVE = 1 << 62
 # Programs that look at the libraries' files or at the tests themselves, and long ones that reach nothing which no other reaches.
@@ -31,7 +32,6 @@ LEFT_OUT = (r"(?!debugger_test|package_test|install_exports_|failures_calls_are_
 
 
 def run_tests(build, profiles, only):
-    profiles.mkdir(exist_ok=True)
     for old in profiles.glob("*/*.profraw"):
         old.unlink()
     command = [ROOT / "scripts/run-tests.py", build, "--only", f"^{LEFT_OUT}(?=.*(?:{only}))", "--profiles", profiles]

@@ -70,6 +70,8 @@ def profile_of(profiles, name):
 
 
 def run(build, logs, profiles, name, command, properties):
+    for counters in (profiles / name).glob("*.profraw") if profiles else ():
+        counters.unlink()
     report = logs / f"{name}.xml"
     log = logs / f"{name}.log"
     report.unlink(missing_ok=True)
@@ -137,7 +139,7 @@ def main():
     parser.add_argument("--tally", type=pathlib.Path)
     parser.add_argument("--jobs", type=int, default=os.cpu_count())
     parser.add_argument("--list", action="store_true")
-    parser.add_argument("--profiles", type=pathlib.Path)
+    parser.add_argument("--profiles", type=lambda name: pathlib.Path(name).resolve())
     arguments = parser.parse_args()
     build = arguments.build.resolve()
     # Longest first, so that no long one runs alone at the end.
@@ -168,6 +170,7 @@ def main():
                 with arguments.tally.open("a") as tally:
                     tally.write(f"{build.name}/{name} {passed} {failed}\n")
     if arguments.profiles:
+        arguments.profiles.mkdir(parents=True, exist_ok=True)
         (arguments.profiles / "seconds.json").write_text(json.dumps(times), encoding="utf-8")
     for line in counts.lines():
         print(f"  {build.name:16} {line}")
