@@ -271,6 +271,7 @@ class Keyboard(Viewing):
         view.wait(lambda: len(view.ask("windows", **{"class": "ZebViewValue"})["windows"]) == 1, view.status)
         view.press(ESCAPE)
         view.wait(lambda: not view.ask("windows", **{"class": "ZebViewValue"})["windows"])
+        view.wait_focus(PROPERTIES)
         view.press(ALT, ord("V"))
         view.wait(lambda: view.ask("focus")["menu"])
         view.press(ord("G"))

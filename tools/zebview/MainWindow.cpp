@@ -110,8 +110,14 @@ LRESULT MainWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam)
     case WM_SIZE:
         ArrangePanes();
         return 0;
+    case WM_ACTIVATE:
+        if (LOWORD(wParam) == WA_INACTIVE && IsChild(Handle(), GetFocus()))
+        {
+            m_focus = GetFocus();
+        }
+        return DefWindowProcW(Handle(), message, wParam, lParam);
     case WM_SETFOCUS:
-        SetFocus(m_list.Handle() != nullptr ? m_list.Handle() : Handle());
+        TakeFocus();
         return 0;
     case WM_COMMAND:
         OnCommand(LOWORD(wParam), HIWORD(wParam));
@@ -236,6 +242,13 @@ void MainWindow::OnTimer(UINT_PTR timer)
     {
         ShowChosenRow();
     }
+}
+
+/// The pane that had the keyboard before another window was active has it again, or the list.
+void MainWindow::TakeFocus()
+{
+    const HWND pane = m_focus != nullptr && IsWindowVisible(m_focus) ? m_focus : m_list.Handle();
+    SetFocus(pane != nullptr ? pane : Handle());
 }
 
 void MainWindow::MovePane(HWND pane, const RECT& place)

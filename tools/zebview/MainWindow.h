@@ -42,6 +42,7 @@ private:
     void OnTreeNotify(const NMHDR& header);
     void OnListNotify(NMHDR& header);
     void OnTimer(UINT_PTR timer);
+    void TakeFocus();
     void ArrangePanes();
     static void MovePane(HWND pane, const RECT& place);
     void SetFonts();
@@ -96,6 +97,7 @@ private:
     Border m_moving = Border::None;
     HWND m_profiles = nullptr, m_profileLabel = nullptr, m_filter = nullptr, m_filterLabel = nullptr;
     HWND m_tabs = nullptr, m_text = nullptr, m_status = nullptr;
+    HWND m_focus = nullptr; ///< the pane that had the keyboard when another window became active
     FolderPane m_tree;
     ListPane m_list, m_properties, m_recipients, m_attachments, m_calls;
     std::vector<std::unique_ptr<ValueWindow>> m_values;
