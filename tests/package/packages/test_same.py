@@ -43,4 +43,5 @@ class OtherFolderTest(packaged.PackageTest):
         self.assertEqual(done.returncode, 0, done.stdout)
         first, second = digests(packaged.PACKAGES), digests(pathlib.Path(copy / "build/packages"))
         self.assertGreaterEqual(len(first), 7)
+        self.assertEqual([name for name in first if second.get(name) != first[name]], [], "these differ")
         self.assertEqual(second, first)
