@@ -70,8 +70,6 @@ def profile_of(profiles, name):
 
 
 def run(build, logs, profiles, name, command, properties):
-    for counters in (profiles / name).glob("*.profraw") if profiles else ():
-        counters.unlink()
     report = logs / f"{name}.xml"
     log = logs / f"{name}.log"
     report.unlink(missing_ok=True)
