@@ -17,7 +17,6 @@ import world
 import zebview
 
 SIZE = "1180x780"
-DARK = "HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Themes\\Personalize"
 
 
 def run(build, environment, *arguments):
@@ -59,7 +58,7 @@ def draw(build, display, environment):
 
 
 def draw_dark(build, display, environment):
-    run(build, environment, "reg", "add", DARK, "/v", "AppsUseLightTheme", "/t", "REG_DWORD", "/d", "0", "/f")
+    run(build, environment, "reg", "add", zebview.PERSONALIZE, "/v", "AppsUseLightTheme", "/t", "REG_DWORD", "/d", "0", "/f")
     view = zebview.View(display, environment, build=build, size=SIZE)
     try:
         view.select(1)
@@ -68,7 +67,7 @@ def draw_dark(build, display, environment):
         save(display, "zebview-dark.png")
     finally:
         view.end()
-        run(build, environment, "reg", "delete", DARK, "/f")
+        run(build, environment, "reg", "delete", zebview.PERSONALIZE, "/f")
 
 
 def main():

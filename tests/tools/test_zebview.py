@@ -167,6 +167,28 @@ class Panes(Viewing):
         self.close(view)
 
 
+class Ground(Viewing):
+    """The free part of the panes, as it is on the screen."""
+
+    def check_panes(self, colour):
+        view = self.view()
+        view.select(1)
+        view.wait_text(TEXT, "At noon")
+        for pane in (TREE, LIST, TEXT):
+            place = view.ask("place", id=pane)
+            free = place["left"] + place["width"] // 2, place["top"] + 3 * place["height"] // 4
+            view.wait(lambda free=free: DISPLAY.colour(*free) == colour, lambda pane=pane, free=free: (pane, DISPLAY.colour(*free)))
+        self.close(view)
+
+    def test_it_is_light(self):
+        self.check_panes((255, 255, 255))
+
+    def test_it_is_dark(self):
+        self.addCleanup(self.reg, "delete", zebview.PERSONALIZE, "/f")
+        self.assertEqual(self.reg("add", zebview.PERSONALIZE, "/v", "AppsUseLightTheme", "/t", "REG_DWORD", "/d", "0", "/f"), 0)
+        self.check_panes((30, 30, 30))
+
+
 class Changes(Viewing):
     def test_changes_of_other_processes_appear(self):
         view = self.view()

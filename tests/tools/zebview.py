@@ -13,6 +13,7 @@ PROFILE, FILTER, TREE, LIST, TABS, TEXT, PROPERTIES, RECIPIENTS, ATTACHMENTS, LO
 # Windows' numbers of keys.
 BACK, TAB, ENTER, SHIFT, CONTROL, ALT, ESCAPE, PAGE_DOWN, END, HOME, UP, DOWN, F5, F6 = (
     0x08, 0x09, 0x0D, 0x10, 0x11, 0x12, 0x1B, 0x22, 0x23, 0x24, 0x26, 0x28, 0x74, 0x75)
+PERSONALIZE = "HKCU\\Software\\Microsoft\\Windows\\CurrentVersion\\Themes\\Personalize"
 LONG = 60
 
 
@@ -27,6 +28,12 @@ class Display:
         os.close(write)
         with os.fdopen(read) as stream:
             self.name = ":" + stream.readline().strip()
+
+    def colour(self, x, y):
+        """The red, green and blue of a point of the screen, each of 0 to 255."""
+        point = subprocess.run(["import", "-display", self.name, "-window", "root", "-crop", f"1x1+{x}+{y}", "-depth", "8", "rgb:-"],
+                               stdout=subprocess.PIPE, check=True).stdout
+        return tuple(point)
 
     def close(self):
         self.process.terminate()

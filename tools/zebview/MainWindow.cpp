@@ -131,7 +131,9 @@ LRESULT MainWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lParam)
     {
         RECT client{};
         GetClientRect(Handle(), &client);
-        FillRect(reinterpret_cast<HDC>(wParam), &client, m_theme.FaceBrush());
+        // A tree with a theme asks its parent to erase it.
+        const bool isTree = WindowFromDC(reinterpret_cast<HDC>(wParam)) == m_tree.Handle();
+        FillRect(reinterpret_cast<HDC>(wParam), &client, isTree ? m_theme.WindowBrush() : m_theme.FaceBrush());
         return 1;
     }
     case WM_CTLCOLORSTATIC:
