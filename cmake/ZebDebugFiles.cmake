@@ -11,10 +11,12 @@ if(WIN32 AND NOT MINGW AND NOT MSVC AND CMAKE_HOST_UNIX)
   endforeach()
 endif()
 
-# The linker's time of the build is no part of a DLL.
+# The time of the build is no part of a DLL, nor of an object in an import library.
 if(MSVC)
+  add_compile_options($<$<COMPILE_LANGUAGE:C,CXX>:/Brepro>)
   add_link_options(/Brepro)
 elseif(WIN32 AND NOT MINGW)
+  add_compile_options($<$<COMPILE_LANGUAGE:C,CXX>:-mno-incremental-linker-compatible>)
   add_link_options(LINKER:/Brepro)
 elseif(MINGW)
   add_link_options(-Wl,--no-insert-timestamp)
@@ -31,12 +33,18 @@ function(zeb_debug_files switch)
     # The compiler cache adds the colours, and the command is part of the debug information.
     list(APPEND compile $<$<COMPILE_LANGUAGE:C,CXX>:-fcolor-diagnostics> $<$<COMPILE_LANGUAGE:C,CXX>:-gcodeview>
          $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-compilation-dir=.>
-         $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${zeb_up}/=>)
+         $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${zeb_up}/=>
+         $<$<COMPILE_LANGUAGE:C,CXX>:-ffile-prefix-map=${zeb_deps}/=build/deps/>)
     set(link LINKER:/debug LINKER:/opt:ref LINKER:/opt:icf LINKER:/pdbaltpath:%_PDB% LINKER:/pdbsourcepath:/zebapi)
   else()
-    # The compiler cache names what lies in the folder of the build without that folder; so does the last of these.
+    # The compiler cache names what lies in the folder of the build without that folder; so does the last of the maps. GCC
+    # names a system header by what it links to where that is shorter, which depends on the folder.
     list(APPEND compile -ffile-prefix-map=${CMAKE_SOURCE_DIR}/= -ffile-prefix-map=${zeb_up}/=
+         -ffile-prefix-map=${zeb_deps}/=build/deps/
          -fdebug-prefix-map=${CMAKE_BINARY_DIR}=. -fdebug-prefix-map=${CMAKE_BINARY_DIR}/=)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+      list(APPEND compile $<$<COMPILE_LANGUAGE:C,CXX>:-fno-canonical-system-headers>)
+    endif()
   endif()
   get_property(compiled DIRECTORY PROPERTY COMPILE_OPTIONS)
   get_property(linked DIRECTORY PROPERTY LINK_OPTIONS)

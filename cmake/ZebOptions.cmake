@@ -31,6 +31,14 @@ if(MSVC)
   set(CMAKE_CXX_FLAGS_RELEASE "/O2")
 else()
   set(zeb_warnings -Wall -Wextra)
+  if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+    # Several classes hide a base's overload on purpose (each says so); GCC's -Wall does not ask about it.
+    list(APPEND zeb_warnings -Wno-overloaded-virtual)
+    if(WIN32)
+      # Extensions that clang accepts only for MSVC compatibility are not allowed in the sources.
+      list(APPEND zeb_warnings -Wmicrosoft)
+    endif()
+  endif()
   set(zeb_no_warnings -w)
   set(zeb_optimised -O2)
   set(zeb_unoptimised -O0)
@@ -39,6 +47,7 @@ else()
   set(CMAKE_C_FLAGS_DEBUG "-O1 -g1")
   set(CMAKE_CXX_FLAGS_DEBUG "-O1 -g1")
 endif()
+# The last of the warnings: the compiler cache moves it there, and clang writes its command into the debug information.
 if(ZEB_WERROR AND MSVC)
   list(APPEND zeb_warnings /WX)
 elseif(ZEB_WERROR)
@@ -46,7 +55,8 @@ elseif(ZEB_WERROR)
 endif()
 
 # Paths in throw and catch lines read the same in every build: "zebapi/MEM.cpp". A compiler cache with a base
-# folder hands the compiler paths relative to the build folder; those are mapped too.
+# folder hands the compiler paths relative to the build folder; those are mapped too, and first those that do not pass the
+# sources' folder (the last map that fits counts).
 if(CMAKE_CXX_COMPILER_ID STREQUAL "MSVC")
   cmake_path(NATIVE_PATH CMAKE_SOURCE_DIR zeb_native_root)
   add_compile_options(/d1trimfile:${zeb_native_root}\\)
@@ -54,7 +64,11 @@ elseif(MSVC)
   add_compile_options(/clang:-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=)
 else()
   cmake_path(RELATIVE_PATH CMAKE_SOURCE_DIR BASE_DIRECTORY ${CMAKE_BINARY_DIR} OUTPUT_VARIABLE zeb_up)
-  add_compile_options(-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/= -fmacro-prefix-map=${zeb_up}/=)
+  set(zeb_deps build/deps)
+  cmake_path(ABSOLUTE_PATH zeb_deps BASE_DIRECTORY ${CMAKE_SOURCE_DIR})
+  cmake_path(RELATIVE_PATH zeb_deps BASE_DIRECTORY ${CMAKE_BINARY_DIR})
+  add_compile_options(-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/= -fmacro-prefix-map=${zeb_up}/=
+                      -fmacro-prefix-map=${zeb_deps}/=build/deps/)
 endif()
 
 # A shared library names all that it needs. Clang's sanitizers alone are in the program that loads it.
@@ -115,15 +129,6 @@ target_compile_options(zeb_options INTERFACE ${zeb_warnings} ${zeb_counted})
 # Each lock is checked to be taken in its order (platform/lockorder.h): always when debugging.
 option(ZEB_CHECK_LOCKS "Check the order of locks in releases too" OFF)
 target_compile_definitions(zeb_options INTERFACE $<$<OR:$<CONFIG:Debug>,$<BOOL:${ZEB_CHECK_LOCKS}>>:ZEB_CHECK_LOCKS>)
-if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
-  # Several classes hide a base's overload on purpose (each says so); GCC's -Wall does not ask about it.
-  target_compile_options(zeb_options INTERFACE -Wno-overloaded-virtual)
-  if(WIN32)
-    # Extensions that clang accepts only for MSVC compatibility are not allowed in the sources.
-    target_compile_options(zeb_options INTERFACE -Wmicrosoft)
-  endif()
-endif()
-
 if(MINGW)
   # Each product is one file: the compiler's runtime is linked statically.
   add_link_options(-static -static-libgcc -static-libstdc++)
