@@ -17,6 +17,12 @@ foreach(target ${zeb_shipped})
   endif()
   install(TARGETS ${target} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} LIBRARY DESTINATION ${zeb_library_dir}
           ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  # A program finds the library next to it, as in a build, or where it is installed. The list is the same in both places: CMake
+  # would fill a shorter one with colons for the build, and an empty entry is the current folder.
+  get_target_property(zeb_type ${target} TYPE)
+  if(zeb_type STREQUAL EXECUTABLE AND NOT CMAKE_SKIP_INSTALL_RPATH)
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN;$ORIGIN/${ZEB_LIBRARY_FROM_BIN}" BUILD_WITH_INSTALL_RPATH ON)
+  endif()
 endforeach()
 if(WIN32 AND TARGET zeb-import)
   install(FILES ${ZEB_MAIL_LIBRARIES} DESTINATION ${CMAKE_INSTALL_BINDIR})
