@@ -74,7 +74,9 @@ for source in "$root"/cmake/msvc-abi/src/*.cpp; do
     [ "$name" = type_info ] && extra+=(-fno-rtti)
     cxx "run_$name.obj" "$source" "${extra[@]}"
 done
-c run_stack_probe.obj "$root/cmake/msvc-abi/src/stack_probe.S"
+for source in "$root"/cmake/msvc-abi/src/*.S; do
+    c "run_$(basename "$source" .S).obj" "$source"
+done
 tr '\n' '\0' <"$plan" | xargs -0 -P "$(nproc)" -n 1 bash -c || fail "compiling the runtime failed"
 
 # The start of a program or of a DLL is named on the linker's command line; the rest comes as it is asked for.

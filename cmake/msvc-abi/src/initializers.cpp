@@ -20,6 +20,7 @@ extern "C"
 
 bool RunInitializers()
 {
+    InitializeCookie();
     if (_initterm_e(__xi_a, __xi_z) != 0)
     {
         return false;
@@ -27,6 +28,8 @@ bool RunInitializers()
     _initterm(__xc_a, __xc_z);
     return true;
 }
+
+#pragma comment(linker, "/include:_load_config_used")
 
 // POSIX's names of functions that ucrtbase.dll exports with an underscore.
 #pragma comment(linker, "/alternatename:access=_access")

@@ -25,3 +25,6 @@ extern "C"
 
 /// Runs the module's initializers of C, then its constructors of namespace scope. False: the module cannot start.
 bool RunInitializers();
+
+/// Gives protected stacks their random value, where the system's loader has not.
+void InitializeCookie();

@@ -70,6 +70,12 @@ class DebianTest(packaged.PackageTest):
         self.assertRegex(packaged.run("lintian", "--allow-root", "--fail-on", "error", self.folder / "broken.deb", code=2),
                          r"(?m)^E: ")
 
+    def test_programs_and_libraries_are_hardened(self):
+        files = [path for path in sorted(self.root.rglob("*")) if path.is_file() and not path.is_symlink()
+                 and path.read_bytes()[:4] == b"\x7fELF"]
+        self.assertGreaterEqual(len(files), 4)
+        packaged.run(packaged.ROOT / "scripts/check-hardening.py", *files)
+
     def test_packages_depend_on_what_they_need(self):
         self.assertRegex(self.field("libzebapi0", "Depends"), r"libc6 .*libstdc\+\+6")
         self.assertIn(f"libzebapi0 (= {REVISION})", self.field("libzebapi-dev", "Depends"))

@@ -83,6 +83,12 @@ class ZipTest(packaged.PackageTest):
         self.assertEqual({file.name: resource_version(file) for file in binaries},
                          {file.name: OTHERS.get(file.name, packaged.VERSION) for file in binaries})
 
+    def test_every_binary_is_hardened(self):
+        self.in_each(self.binaries_are_hardened)
+
+    def binaries_are_hardened(self, _abi, tree):
+        packaged.run(packaged.ROOT / "scripts/check-hardening.py", *sorted([*tree.glob("bin/*.dll"), *tree.glob("bin/*.exe")]))
+
     def test_debug_files_belong_to_the_binaries(self):
         self.in_each(self.has_debug_files)
 
