@@ -4,6 +4,7 @@
 #include "zebstore/storage/Encoding.h"
 #include "zebstore/storage/PropertyBlob.h"
 #include "zebstore/storage/Schema.h"
+#include "zebstore/storage/StandardFolders.h"
 #include "zebstore/storage/StoreCheck.h"
 
 #include <filesystem>
@@ -17,27 +18,6 @@ namespace
 {
 
 namespace fs = std::filesystem;
-
-struct StandardName
-{
-    StandardFolder folder;
-    StandardFolder parent;
-    ULONG type;
-    const char* name;
-};
-
-constexpr StandardName StandardNames[] = {
-    {StandardFolder::Root, StandardFolder::Root, FOLDER_ROOT, ""},
-    {StandardFolder::IpmSubtree, StandardFolder::Root, FOLDER_GENERIC, "Top of Personal Folders"},
-    {StandardFolder::Inbox, StandardFolder::IpmSubtree, FOLDER_GENERIC, "Inbox"},
-    {StandardFolder::Outbox, StandardFolder::IpmSubtree, FOLDER_GENERIC, "Outbox"},
-    {StandardFolder::DeletedItems, StandardFolder::IpmSubtree, FOLDER_GENERIC, "Deleted Items"},
-    {StandardFolder::SentItems, StandardFolder::IpmSubtree, FOLDER_GENERIC, "Sent Items"},
-    {StandardFolder::Contacts, StandardFolder::IpmSubtree, FOLDER_GENERIC, "Contacts"},
-    {StandardFolder::Finder, StandardFolder::Root, FOLDER_GENERIC, "Search Root"},
-    {StandardFolder::Views, StandardFolder::Root, FOLDER_GENERIC, "Personal Views"},
-    {StandardFolder::CommonViews, StandardFolder::Root, FOLDER_GENERIC, "Common Views"},
-};
 
 GUID NewGuid()
 {
@@ -229,8 +209,7 @@ void StoreFile::Fill(const std::string& displayName)
     {
         PropertySet folder;
         folder.SetText(PR_DISPLAY_NAME_W, each.name);
-        const FolderId parent = each.folder == StandardFolder::Root ? 0 : IdOf(each.parent);
-        m_folders.Insert(IdOf(each.folder), parent, folder, each.type);
+        m_folders.Insert(IdOf(each.folder), each.Parent(), folder, each.type);
     }
     m_receiveFolders.Set("", IdOf(StandardFolder::Inbox));
     transaction.Commit();

@@ -1,0 +1,33 @@
+// The repair of the folder tree.
+#pragma once
+
+#include "zebstore/storage/RepairSql.h"
+#include "zebstore/storage/StoreFile.h"
+
+#include <string>
+
+namespace zebstore
+{
+
+/// The tree of folders and the rows of their contents. In the caller's transaction.
+class FolderRepair : private RepairSql
+{
+public:
+    FolderRepair(StoreFile& store, const WorkReport& report);
+
+    /// Makes missing rows of `contents`, and moves folders that are not reached from the root to the top of the subtree.
+    void Mend();
+
+private:
+    bool HasContents(ContentsKey contents);
+    void MakeMissingContents();
+    bool IsReached(FolderId folder);
+    std::string FreeName(const std::string& name, FolderId folder);
+    void MoveToSubtree(FolderId folder);
+
+    StoreFile& m_store;
+    Database& m_database;
+    const WorkReport& m_report;
+};
+
+} // namespace zebstore
