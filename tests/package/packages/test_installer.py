@@ -1,5 +1,6 @@
 """The installer: what it installs runs, and its uninstaller leaves nothing behind."""
 import os
+import pathlib
 import re
 import shutil
 import time
@@ -22,9 +23,10 @@ def files():
 
 
 def in_place():
-    """What is in the folder of the installation, and the folder."""
+    """What is in the folder of the installation, and the folder; while it is being deleted, what is still there."""
     folder = drive() / "installed"
-    return [path.relative_to(drive()).as_posix() for path in [folder, *sorted(folder.rglob("*"))] if path.exists()]
+    below = [pathlib.Path(at) / name for at, folders, names in os.walk(folder) for name in folders + names]
+    return [path.relative_to(drive()).as_posix() for path in [folder, *sorted(below)] if path.exists()]
 
 
 # Times of changes; the time of a driver, which Wine notes at each start; and that the next start of Windows deletes the copy of
