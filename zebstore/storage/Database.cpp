@@ -34,6 +34,10 @@ HRESULT ResultOf(int code)
         return MAPI_E_NOT_ENOUGH_DISK;
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
+    // No statement fails by itself so: tables or rows of the file are not as they were written.
+    case SQLITE_ERROR:
+    case SQLITE_CONSTRAINT:
+    case SQLITE_MISMATCH:
         return MAPI_E_CORRUPT_STORE;
     case SQLITE_IOERR:
         return MAPI_E_DISK_ERROR;
@@ -62,6 +66,10 @@ std::string SentenceOf(const std::string& path, int code, const std::string& det
         return file + "is damaged or truncated";
     case SQLITE_NOTADB:
         return file + "is not a database";
+    case SQLITE_ERROR:
+    case SQLITE_CONSTRAINT:
+    case SQLITE_MISMATCH:
+        return file + "is damaged: " + detail;
     default:
         return file + "cannot be used: " + detail;
     }

@@ -131,6 +131,15 @@ TEST_F(StoreFileTest, NewerSchemasAreRefused)
     EXPECT_NE(text.find("version " + std::to_string(SchemaVersion + 1)), std::string::npos);
 }
 
+TEST_F(StoreFileTest, AnOlderVersionWithLaterColumnsIsDamaged)
+{
+    Spoil("PRAGMA user_version=3; DROP TABLE date_run");
+    m_store.reset();
+    std::string text;
+    EXPECT_EQ(OpenCode(Path("test.zeb"), &text), MAPI_E_CORRUPT_STORE);
+    EXPECT_NE(text.find("test.zeb' is damaged: duplicate column name: created"), std::string::npos) << text;
+}
+
 TEST_F(StoreFileTest, TheFirstVersionIsUpgraded)
 {
     const MessageId message = Store().Messages().Create({Inbox, false}, Mail("old"));
