@@ -137,6 +137,12 @@ ContentsTable::Row ContentsTable::Read(ContentsKey contents)
     {
         ThrowGone(m_connection.Db());
     }
+    if (query.Number(0) < 1 || query.Number(0) > ContentsKey::LastNumber + 1 || !IsChangeNumber(query.Number(1)))
+    {
+        throw Error(MAPI_E_CORRUPT_STORE, "the store file '" + m_connection.Path() +
+                                              "' is damaged: the counters of folder " +
+                                              std::to_string(contents.Folder()) + " cannot be right");
+    }
     return {query.Number(0), query.Number(1), std::string(query.Bytes(2))};
 }
 

@@ -39,6 +39,8 @@ public:
 
     /// @throws Error MAPI_E_NOT_FOUND
     void RequireExists(ContentsKey contents);
+    /// Whether changes can be counted on from this number; false only in a damaged file.
+    static constexpr bool IsChangeNumber(std::int64_t change) { return change >= 0 && change < std::int64_t{1} << 62; }
     void Insert(ContentsKey contents);
     /// Notes that a message was modified or deleted.
     /// @param unread by how many the unread messages become more

@@ -4,6 +4,7 @@
 #include "zebstore/storage/Database.h"
 #include "zebstore/storage/StoreIds.h"
 
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <vector>
@@ -31,7 +32,10 @@ public:
     /// The first message of its group.
     static MessageId GroupOf(MessageId message) { return message - ContentsKey::NumberOf(message) % RunLength; }
     /// The first message of the open group. @param next the number that the next message gets
-    static MessageId OpenGroup(ContentsKey contents, std::int64_t next) { return GroupOf(contents.Message(next - 1)); }
+    static MessageId OpenGroup(ContentsKey contents, std::int64_t next)
+    {
+        return GroupOf(contents.Message(std::max<std::int64_t>(next, 1) - 1));
+    }
 
     /// Makes the run of a group, in place of one that is there.
     void Make(MessageId group);

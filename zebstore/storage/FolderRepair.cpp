@@ -1,5 +1,10 @@
 #include "zebstore/storage/FolderRepair.h"
 
+#include "zebstore/storage/StandardFolders.h"
+#include "zebstore/storage/StoreFormat.h"
+
+#include <algorithm>
+
 namespace zebstore
 {
 
@@ -13,20 +18,67 @@ FolderRepair::FolderRepair(StoreFile& store, const WorkReport& report)
 
 void FolderRepair::Mend()
 {
-    const std::vector<std::int64_t> lost =
-        Query(m_database, "WITH RECURSIVE tree(id) AS (SELECT 1 UNION SELECT f.id FROM folder f JOIN tree t "
-                          "ON f.parent=t.id) SELECT id FROM folder WHERE id NOT IN tree AND (parent IS NULL OR "
-                          "parent NOT IN (SELECT id FROM folder) OR id > ?)")
-            .Bind(1, IdOf(StandardFolder::CommonViews))
-            .Numbers();
-    Change("counters whose folder is missing: removed",
-           "DELETE FROM contents WHERE folder IS NOT NULL AND folder NOT IN (SELECT id FROM folder)");
+    Renumber();
+    Remove("counters whose folder is missing",
+           "DELETE FROM contents WHERE container != 0 AND (container >> 1) NOT IN (SELECT id FROM folder)");
+    Change("counters belong to another folder: corrected",
+           "UPDATE contents SET folder=nullif(container >> 1, 0) WHERE folder IS NOT nullif(container >> 1, 0)");
+    MakeStandardFolders();
     MakeMissingContents();
-    for (const std::int64_t folder : lost)
+    for (const std::int64_t folder : Unreached())
     {
         if (!IsReached(folder))
         {
-            MoveToSubtree(folder);
+            const FolderId top = IdOf(StandardFolder::IpmSubtree);
+            const std::string name = Place(folder, top);
+            m_report.found("folder " + std::to_string(folder) + " is not reached from the root: moved to '" + name +
+                           "' under the top of the subtree");
+        }
+    }
+}
+
+// A number that no folder can have: the folder gets the next one. Its messages, whose numbers hold that of the folder, are
+// found to belong to no folder.
+void FolderRepair::Renumber()
+{
+    const std::vector<std::int64_t> wrong =
+        Query(m_database, "SELECT id FROM folder WHERE id NOT BETWEEN 1 AND ?").Bind(1, LastFolder).Numbers();
+    for (const std::int64_t folder : wrong)
+    {
+        const std::int64_t renumbered =
+            Query(m_database, "SELECT coalesce(max(id), 0)+1 FROM folder WHERE id BETWEEN 1 AND ?")
+                .Bind(1, LastFolder)
+                .Numbers()[0];
+        Query(m_database, "DELETE FROM contents WHERE folder=?").Bind(1, folder).Run();
+        Query(m_database, "UPDATE folder SET parent=? WHERE parent=?").Bind(1, renumbered).Bind(2, folder).Run();
+        Query(m_database, "UPDATE receive SET folder=? WHERE folder=?").Bind(1, renumbered).Bind(2, folder).Run();
+        Query(m_database, "UPDATE folder SET id=? WHERE id=?").Bind(1, renumbered).Bind(2, folder).Run();
+        m_report.found("folder " + std::to_string(folder) + ": no folder has such a number: it is now folder " +
+                       std::to_string(renumbered));
+    }
+}
+
+void FolderRepair::MakeStandardFolders()
+{
+    for (const StandardName& each : StandardNames)
+    {
+        const FolderId folder = IdOf(each.folder);
+        const std::string named = "folder " + std::to_string(folder) + " ('" + each.name + "')";
+        if (!m_store.Folders().Exists(folder))
+        {
+            PropertySet properties;
+            properties.SetText(PR_DISPLAY_NAME_W, FreeName(each.name, folder, each.Parent()));
+            m_store.Folders().Insert(folder, each.Parent(), properties, each.type);
+            m_report.found(named + " is missing: created");
+            continue;
+        }
+        Query query(m_database, "SELECT coalesce(parent, 0)=? AND type=? FROM folder WHERE id=?");
+        query.Bind(1, each.Parent()).Bind(2, each.type).Bind(3, folder);
+        if (query.Step() && query.Number(0) == 0)
+        {
+            Query(m_database, "UPDATE folder SET type=? WHERE id=?").Bind(1, each.type).Bind(2, folder).Run();
+            Place(folder, each.Parent());
+            m_report.found(named + " is not where it was created: put back");
         }
     }
 }
@@ -59,35 +111,45 @@ void FolderRepair::MakeMissingContents()
     }
 }
 
-bool FolderRepair::IsReached(FolderId folder)
+std::vector<FolderId> FolderRepair::Unreached()
 {
-    Query query(m_database, "WITH RECURSIVE tree(id) AS (SELECT 1 UNION SELECT f.id FROM folder f JOIN tree t "
-                            "ON f.parent=t.id) SELECT 1 FROM tree WHERE id=?");
-    return query.Bind(1, folder).Step();
+    return Query(m_database, "WITH RECURSIVE tree(id) AS (SELECT 1 UNION SELECT f.id FROM folder f JOIN tree t "
+                             "ON f.parent=t.id) SELECT id FROM folder WHERE id NOT IN tree")
+        .Numbers();
 }
 
-// A name that is free in the top of the subtree.
-std::string FolderRepair::FreeName(const std::string& name, FolderId folder)
+bool FolderRepair::IsReached(FolderId folder)
 {
-    const FolderId top = IdOf(StandardFolder::IpmSubtree);
-    const bool isFree = !name.empty() && m_store.Folders().Find(top, name) == 0;
+    const std::vector<FolderId> unreached = Unreached();
+    return std::find(unreached.begin(), unreached.end(), folder) == unreached.end();
+}
+
+// A name that no other folder under the parent has.
+std::string FolderRepair::FreeName(const std::string& name, FolderId folder, FolderId parent)
+{
+    if (parent == 0)
+    {
+        return name;
+    }
+    const FolderId found = name.empty() ? folder : m_store.Folders().Find(parent, name);
+    const bool isFree = !name.empty() && (found == 0 || found == folder);
     return isFree ? name : name + (name.empty() ? "" : " ") + "(" + std::to_string(folder) + ")";
 }
 
-void FolderRepair::MoveToSubtree(FolderId folder)
+// Puts a folder under a parent, 0 for the root. @return the name that it has there
+std::string FolderRepair::Place(FolderId folder, FolderId parent)
 {
     PropertySet properties = m_store.Folders().Properties(folder);
-    const std::string name = FreeName(properties.Text(PR_DISPLAY_NAME_W), folder);
+    const std::string name = FreeName(properties.Text(PR_DISPLAY_NAME_W), folder, parent);
     properties.SetText(PR_DISPLAY_NAME_W, name);
     const std::string passing = "\x01" + std::to_string(folder); // no folder's key begins so
-    Query(m_database, "UPDATE folder SET parent=?, key=? WHERE id=?")
-        .Bind(1, IdOf(StandardFolder::IpmSubtree))
+    Query(m_database, "UPDATE folder SET parent=nullif(?, 0), key=? WHERE id=?")
+        .Bind(1, parent)
         .BindText(2, passing)
         .Bind(3, folder)
         .Run();
     m_store.Folders().SaveProperties(folder, properties);
-    m_report.found("folder " + std::to_string(folder) + " is not reached from the root: moved to '" + name +
-                   "' under the top of the subtree");
+    return name;
 }
 
 } // namespace zebstore

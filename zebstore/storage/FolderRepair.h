@@ -5,6 +5,7 @@
 #include "zebstore/storage/StoreFile.h"
 
 #include <string>
+#include <vector>
 
 namespace zebstore
 {
@@ -15,15 +16,19 @@ class FolderRepair : private RepairSql
 public:
     FolderRepair(StoreFile& store, const WorkReport& report);
 
-    /// Makes missing rows of `contents`, and moves folders that are not reached from the root to the top of the subtree.
+    /// Puts the standard folders where they belong, makes missing ones and missing rows of `contents`, and moves folders that
+    /// are not reached from the root to the top of the subtree.
     void Mend();
 
 private:
+    void Renumber();
+    void MakeStandardFolders();
     bool HasContents(ContentsKey contents);
     void MakeMissingContents();
+    std::vector<FolderId> Unreached();
     bool IsReached(FolderId folder);
-    std::string FreeName(const std::string& name, FolderId folder);
-    void MoveToSubtree(FolderId folder);
+    std::string FreeName(const std::string& name, FolderId folder, FolderId parent);
+    std::string Place(FolderId folder, FolderId parent);
 
     StoreFile& m_store;
     Database& m_database;

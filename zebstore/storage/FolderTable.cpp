@@ -5,6 +5,7 @@
 #include "zebstore/storage/Text.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 namespace zebstore
 {
@@ -14,7 +15,6 @@ namespace
 
 constexpr int MostLevels = 500;
 constexpr size_t LongestName = 32767; // in characters of 16 bits
-constexpr FolderId MostFolders = FolderId(1) << 30;
 
 #define ZEB_FOLDER_COLUMNS                                                                                             \
     "SELECT f.id, f.parent, f.type, n.rows, n.unread, a.rows, "                                                        \
@@ -53,6 +53,15 @@ void FolderTable::ThrowGone(FolderId folder) const
 {
     throw Error(MAPI_E_NOT_FOUND,
                 "folder " + std::to_string(folder) + " does not exist in the store file '" + m_connection.Path() + "'");
+}
+
+void FolderTable::RequireNoCycle(bool isNew, FolderId folder) const
+{
+    if (!isNew)
+    {
+        throw Error(MAPI_E_CORRUPT_STORE, "the store file '" + m_connection.Path() + "' is damaged: folder " +
+                                              std::to_string(folder) + " is below itself");
+    }
 }
 
 void FolderTable::RefuseStandard(FolderId folder, const char* what) const
@@ -156,7 +165,7 @@ FolderId FolderTable::Insert(FolderId id, FolderId parent, const PropertySet& pr
         query.Bind(3, type).BindText(4, key).BindBlob(5, blob).Bind(6, Now()).Step();
         id = query.Number(0);
     }
-    if (id >= MostFolders)
+    if (id > LastFolder)
     {
         throw Error(MAPI_E_TOO_BIG, "the store file '" + m_connection.Path() + "' has no number left for a folder");
     }
@@ -211,6 +220,7 @@ std::vector<FolderInfo> FolderTable::Under(FolderId folder, bool wholeTree)
     const StoreSnapshot snapshot(m_connection);
     RequireExists(folder);
     std::vector<FolderInfo> found;
+    std::unordered_set<FolderId> seen{folder};
     std::vector<FolderInfo> waiting{FolderInfo{}};
     waiting[0].id = folder;
     while (!waiting.empty())
@@ -231,6 +241,7 @@ std::vector<FolderInfo> FolderTable::Under(FolderId folder, bool wholeTree)
         while (query.Step())
         {
             waiting.push_back(ReadInfo(query));
+            RequireNoCycle(seen.insert(waiting.back().id).second, waiting.back().id);
             waiting.back().depth = above.depth + 1;
         }
         // The first sibling is taken next.
@@ -363,8 +374,10 @@ void FolderTable::Move(FolderId folder, FolderId newParent, std::string_view new
 bool FolderTable::IsWithin(FolderId folder, FolderId ancestor)
 {
     const StoreSnapshot snapshot(m_connection);
+    std::unordered_set<FolderId> seen;
     for (FolderId at = folder; at != 0; at = ParentOf(at))
     {
+        RequireNoCycle(seen.insert(at).second, at);
         if (at == ancestor)
         {
             return true;

@@ -72,6 +72,8 @@ public:
 
 private:
     [[noreturn]] void ThrowGone(FolderId folder) const;
+    /// @param isNew whether the folder is met for the first time on a way through the tree
+    void RequireNoCycle(bool isNew, FolderId folder) const;
     void RefuseStandard(FolderId folder, const char* what) const;
     FolderId ParentOf(FolderId folder);
     void RequireNameIsFree(FolderId parent, std::string_view name, FolderId self);

@@ -16,6 +16,7 @@ namespace
 {
 
 constexpr size_t ChunkSize = 65536;
+static_assert(LastLarge == (std::int64_t{1} << (62 - ChunkBits)) - 1, "keys of pieces are positive");
 constexpr std::uint64_t MostBytes = std::uint64_t(ChunkSize) << ChunkBits;
 
 /// The key of a piece. A damaged reference has a number that no value or piece can have.
@@ -484,12 +485,33 @@ LargeReference WriteLarge(Database& database, ULONG type, std::string_view encod
 
 bool CanBeLargeId(std::int64_t id)
 {
-    return id > 0 && id < std::int64_t(1) << (62 - ChunkBits);
+    return id > 0 && id <= LastLarge;
 }
 
 ChunkRange LargeChunks(std::int64_t id)
 {
     return {ChunkId(id, 0), ChunkId(id, (std::uint64_t(1) << ChunkBits) - 1)};
+}
+
+bool HasAllPieces(Database& database, std::int64_t id, std::uint64_t size)
+{
+    const ChunkRange chunks = LargeChunks(id);
+    // The length of a blob is known without reading it.
+    Query query(
+        database,
+        "SELECT id, iif(typeof(bytes)='blob', length(bytes), -1) FROM chunk WHERE id BETWEEN ? AND ? ORDER BY id");
+    query.Bind(1, chunks.first).Bind(2, chunks.last);
+    std::uint64_t found = 0;
+    for (std::int64_t key = chunks.first; query.Step(); ++key)
+    {
+        const auto bytes = static_cast<std::uint64_t>(query.Number(1));
+        if (query.Number(0) != key || found >= size || bytes != std::min<std::uint64_t>(size - found, ChunkSize))
+        {
+            return false;
+        }
+        found += bytes;
+    }
+    return found == size;
 }
 
 void DeleteReferences(Database& database, const std::vector<LargeReference>& references)

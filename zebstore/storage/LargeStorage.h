@@ -89,5 +89,7 @@ struct ChunkRange
 };
 /// @throws Error MAPI_E_CORRUPT_DATA when no value can have this `id`.
 ChunkRange LargeChunks(std::int64_t id);
+/// Whether the file has the pieces of a value of this size, each with its number and size, and no others.
+bool HasAllPieces(Database& database, std::int64_t id, std::uint64_t size);
 
 } // namespace zebstore

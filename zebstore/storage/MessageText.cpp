@@ -40,7 +40,8 @@ bool AddTexts(StoreConnection& connection, MessageId message, GramSet& to)
     }
     catch (const Error& error)
     {
-        if (error.Code() != MAPI_E_CORRUPT_DATA)
+        // A value that is deleted, within one transaction, is one with a missing piece.
+        if (error.Code() != MAPI_E_CORRUPT_DATA && error.Code() != MAPI_E_OBJECT_DELETED)
         {
             throw;
         }

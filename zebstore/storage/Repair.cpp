@@ -80,6 +80,53 @@ public:
     {
     }
 
+    // What SQLite's own check calls damage and is one row of ours.
+    void MendKeys()
+    {
+        Change("rows of the store had another number: corrected", "UPDATE OR IGNORE store SET id=1 WHERE id != 1");
+        Remove("other rows of the store", "DELETE FROM store WHERE id != 1");
+        Change("rows of the address book had another number: corrected",
+               "UPDATE OR IGNORE directory SET id=1 WHERE id != 1");
+        Remove("other rows of the address book", "DELETE FROM directory WHERE id != 1");
+        Remove("names of properties without a number for them",
+               "DELETE FROM named WHERE id NOT BETWEEN 32768 AND 65534");
+    }
+
+    // Where no number is left for the next row, numbers go on after the last one that a row may have.
+    void MendSequences()
+    {
+        Remove("large values with a number that none can have",
+               "DELETE FROM large WHERE id NOT BETWEEN 1 AND " + std::to_string(LastLarge));
+        RenumberAddresses();
+        for (const NumberedTable& table : NumberedTables)
+        {
+            const std::string name = table.name;
+            const std::string last = std::to_string(table.last);
+            Change("numbers of rows of '" + name + "' could not go on: corrected",
+                   "UPDATE sqlite_sequence SET seq=(SELECT coalesce(max(id), 0) FROM " + name + " WHERE id <= " + last +
+                       ") WHERE name='" + name + "' AND (typeof(seq) != 'integer' OR seq NOT BETWEEN 0 AND " + last +
+                       ")");
+        }
+    }
+
+    void RenumberAddresses()
+    {
+        const std::vector<std::int64_t> wrong =
+            Query(m_database, "SELECT id FROM address WHERE id NOT BETWEEN 1 AND ?").Bind(1, LastAddress).Numbers();
+        for (const std::int64_t entry : wrong)
+        {
+            const std::int64_t renumbered =
+                Query(m_database, "SELECT coalesce(max(id), 0)+1 FROM address WHERE id BETWEEN 1 AND ?")
+                    .Bind(1, LastAddress)
+                    .Numbers()[0];
+            Query(m_database, "UPDATE member SET list=? WHERE list=?").Bind(1, renumbered).Bind(2, entry).Run();
+            Query(m_database, "UPDATE member SET address=? WHERE address=?").Bind(1, renumbered).Bind(2, entry).Run();
+            Query(m_database, "UPDATE address SET id=? WHERE id=?").Bind(1, renumbered).Bind(2, entry).Run();
+            m_report.found("address book entry " + std::to_string(entry) +
+                           ": no entry has such a number: it is now entry " + std::to_string(renumbered));
+        }
+    }
+
     void MendIndexes()
     {
         const std::string damage = FirstDamage(m_database);
@@ -110,7 +157,7 @@ public:
                 "(address IS NULL) = (entry IS NULL) OR address NOT IN (SELECT id FROM address)");
         Change("attachments whose message is missing: kept without it",
                "UPDATE attachment SET embedded=NULL WHERE embedded IS NOT NULL AND embedded NOT IN "
-               "(SELECT id FROM message WHERE id <= " +
+               "(SELECT id FROM message WHERE id BETWEEN 0 AND " +
                    std::to_string(LastEmbedded) + ")");
         Change("attachments whose message belongs to another one too: kept without it",
                "UPDATE attachment SET embedded=NULL WHERE EXISTS(SELECT 1 FROM attachment o WHERE "
@@ -124,7 +171,7 @@ public:
         for (;;)
         {
             const std::vector<std::int64_t> lost =
-                Query(m_database, "SELECT id FROM message WHERE id <= ? AND id NOT IN "
+                Query(m_database, "SELECT id FROM message WHERE id BETWEEN 0 AND ? AND id NOT IN "
                                   "(SELECT embedded FROM attachment WHERE embedded IS NOT NULL)")
                     .Bind(1, LastEmbedded)
                     .Numbers();
@@ -283,7 +330,9 @@ void RepairStore(StoreFile& store, const WorkReport& report)
     // Until the end rows may lack their owners.
     database.Execute("PRAGMA defer_foreign_keys=ON");
     RowRepair rows(store, report);
+    rows.MendKeys();
     rows.MendIndexes();
+    rows.MendSequences();
     TextRepair texts(store, report);
     rows.RemoveOwnerless();
     ValueRepair values(store.Connection(), report);

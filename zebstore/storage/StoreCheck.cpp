@@ -5,6 +5,7 @@
 #include "zebstore/storage/PropertyBlob.h"
 #include "zebstore/storage/RecentChanges.h"
 #include "zebstore/storage/Schema.h"
+#include "zebstore/storage/StandardFolders.h"
 
 #include <map>
 #include <unordered_set>
@@ -104,7 +105,6 @@ private:
             m_problems.push_back(owner + ": a reference to a large value is damaged");
             return;
         }
-        std::uint64_t bytes = 0;
         bool asWritten = true;
         const ChunkRange chunks = LargeChunks(id);
         Query query = HasSums() ? Query(m_store.Db(), "SELECT id, bytes, sum FROM chunk WHERE id BETWEEN ? AND ?")
@@ -112,10 +112,9 @@ private:
         query.Bind(1, chunks.first).Bind(2, chunks.last);
         while (query.Step())
         {
-            bytes += query.Bytes(1).size();
             asWritten = asWritten && (!HasSums() || PieceChecksum(query.Number(0), query.Bytes(1)) == query.Number(2));
         }
-        if (bytes != size)
+        if (!HasAllPieces(m_store.Db(), id, size))
         {
             m_problems.push_back(owner + ": its " + Named("large value", id) + " is not complete");
         }
@@ -145,7 +144,13 @@ void CheckCounters(Database& database, Problems& problems)
         counted[contents.Column()] = {rows.Number(1), contents.CountsUnread() ? rows.Number(2) : 0};
         last[contents.Column()] = ContentsKey::NumberOf(rows.Number(3));
     }
-    Query query(database, "SELECT container, rows, unread, next, recent FROM contents");
+    Query misplaced(database, "SELECT container FROM contents WHERE folder IS NOT nullif(container >> 1, 0)");
+    while (misplaced.Step())
+    {
+        const FolderId folder = ContentsKey::FromColumn(misplaced.Number(0)).Folder();
+        problems.push_back(Named("folder", folder) + ": its counters belong to another one");
+    }
+    Query query(database, "SELECT container, rows, unread, next, recent, change FROM contents");
     while (query.Step())
     {
         const std::int64_t container = query.Number(0);
@@ -161,9 +166,13 @@ void CheckCounters(Database& database, Problems& problems)
             problems.push_back(folder + ": it counts " + std::to_string(query.Number(2)) + " unread messages and has " +
                                std::to_string(found.second));
         }
-        if (query.Number(3) <= last[container])
+        if (query.Number(3) <= last[container] || query.Number(3) > ContentsKey::LastNumber + 1)
         {
             problems.push_back(folder + ": its next number is taken");
+        }
+        if (!ContentsTable::IsChangeNumber(query.Number(5)))
+        {
+            problems.push_back(folder + ": its change number cannot rise");
         }
         if (!IsRecentSound(query.Bytes(4)))
         {
@@ -178,6 +187,24 @@ void CheckCounters(Database& database, Problems& problems)
     }
 }
 
+void CheckStandardFolders(Database& database, Problems& problems)
+{
+    Query query(database, "SELECT coalesce(parent, 0), type FROM folder WHERE id=?");
+    for (const StandardName& each : StandardNames)
+    {
+        const std::string named = Named("folder", IdOf(each.folder)) + " ('" + each.name + "')";
+        if (!query.Bind(1, IdOf(each.folder)).Step())
+        {
+            problems.push_back(named + " is missing");
+        }
+        else if (query.Number(0) != each.Parent() || query.Number(1) != each.type)
+        {
+            problems.push_back(named + " is not where it was created");
+        }
+        query.Reset();
+    }
+}
+
 void CheckFolders(Database& database, References& references, Problems& problems)
 {
     Query query(database, "SELECT f.id, f.props, (SELECT count(*) FROM contents c WHERE c.container IN "
@@ -189,7 +216,12 @@ void CheckFolders(Database& database, References& references, Problems& problems
         {
             problems.push_back(Named("folder", query.Number(0)) + ": its counters are missing");
         }
+        if (query.Number(0) < 1 || query.Number(0) > LastFolder)
+        {
+            problems.push_back(Named("folder", query.Number(0)) + ": no folder has such a number");
+        }
     }
+    CheckStandardFolders(database, problems);
     Query reached(database, "WITH RECURSIVE tree(id) AS (SELECT 1 UNION SELECT f.id FROM folder f JOIN tree t "
                             "ON f.parent=t.id) SELECT id FROM folder WHERE id NOT IN tree");
     while (reached.Step())
@@ -230,6 +262,20 @@ void CheckDates(Database& database, Problems& problems)
     }
 }
 
+void CheckSequences(Database& database, Problems& problems)
+{
+    Query query(database,
+                "SELECT 1 FROM sqlite_sequence WHERE name=? AND (typeof(seq) != 'integer' OR seq NOT BETWEEN 0 AND ?)");
+    for (const NumberedTable& table : NumberedTables)
+    {
+        if (query.BindText(1, table.name).Bind(2, table.last).Step())
+        {
+            problems.push_back("the numbers of rows of '" + std::string(table.name) + "' cannot go on");
+        }
+        query.Reset();
+    }
+}
+
 void CheckParts(Database& database, References& references, Problems& problems)
 {
     Query recipients(database, "SELECT message, props FROM recipient");
@@ -249,7 +295,7 @@ void CheckParts(Database& database, References& references, Problems& problems)
             problems.push_back(owner + ": its message belongs to another attachment too");
         }
     }
-    Query lost(database, "SELECT id FROM message WHERE id <= ? AND id NOT IN "
+    Query lost(database, "SELECT id FROM message WHERE id BETWEEN 0 AND ? AND id NOT IN "
                          "(SELECT embedded FROM attachment WHERE embedded IS NOT NULL)");
     lost.Bind(1, ContentsKey::Embedded().LastMessage());
     while (lost.Step())
@@ -257,7 +303,7 @@ void CheckParts(Database& database, References& references, Problems& problems)
         problems.push_back(Named("message", lost.Number(0)) + " belongs to no attachment");
     }
     Query missing(database, "SELECT message FROM attachment WHERE embedded IS NOT NULL AND embedded NOT IN "
-                            "(SELECT id FROM message WHERE id <= ?)");
+                            "(SELECT id FROM message WHERE id BETWEEN 0 AND ?)");
     missing.Bind(1, ContentsKey::Embedded().LastMessage());
     while (missing.Step())
     {
@@ -272,6 +318,10 @@ void CheckAddresses(Database& database, References& references, Problems& proble
     for (; query.Step(); ++rows)
     {
         references.Take(Named("address book entry", query.Number(0)), query.Bytes(1));
+        if (query.Number(0) < 1 || query.Number(0) > LastAddress)
+        {
+            problems.push_back(Named("address book entry", query.Number(0)) + ": no entry has such a number");
+        }
     }
     Query directory(database, "SELECT rows, props FROM directory");
     if (!directory.Step() || directory.Number(0) != rows)
@@ -333,6 +383,7 @@ std::vector<std::string> CheckStore(StoreConnection& connection, TextIndex& text
         CheckFolders(database, references, problems);
         CheckMessages(connection, references, problems);
         CheckParts(database, references, problems);
+        CheckSequences(database, problems);
         const std::int64_t version = CheckSchema(database);
         if (version >= AddressBookVersion)
         {

@@ -21,6 +21,22 @@ constexpr std::int64_t DateIndexBit = 16;
 /// The version that brought runs of dates in its place.
 constexpr std::int32_t DateRunsVersion = 6;
 
+/// The tables that number their rows, and never give a number twice: the greatest number given to a row is in
+/// sqlite_sequence.
+constexpr std::int64_t LastFolder = (std::int64_t{1} << 30) - 1;
+constexpr std::int64_t LastLarge = (std::int64_t{1} << 38) - 1;
+constexpr std::int64_t LastAddress = (std::int64_t{1} << 62) - 1;
+struct NumberedTable
+{
+    const char* name;
+    std::int64_t last; ///< the greatest number that a row may have
+};
+constexpr NumberedTable NumberedTables[] = {
+    {"folder", LastFolder},
+    {"large", LastLarge},
+    {"address", LastAddress},
+};
+
 /// Bits of message.parts: which rows of other tables belong to a message, so that deleting one without them touches
 /// nothing else.
 enum MessageParts : std::int64_t

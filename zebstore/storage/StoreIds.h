@@ -8,7 +8,7 @@
 namespace zebstore
 {
 
-/// Folders are numbered from 1; a number is never given twice. Below 2^30.
+/// Folders are numbered from 1 to LastFolder; a number is never given twice.
 using FolderId = std::int64_t;
 /// Folder, normal or associated, running number: see ContentsKey. A message that is moved gets a new identifier; none
 /// is ever given twice.
@@ -25,7 +25,7 @@ public:
     static constexpr std::int64_t LastNumber = 0xFFFFFFFF;
 
     constexpr ContentsKey(FolderId folder, bool associated)
-        : m_column(folder * 2 + (associated ? 1 : 0))
+        : m_column(Shifted(folder, 1) | (associated ? 1 : 0))
     {
     }
     /// The contents that a message belongs to.
@@ -43,15 +43,19 @@ public:
     constexpr bool CountsUnread() const { return !IsEmbedded() && !IsAssociated(); }
     constexpr std::int64_t Column() const { return m_column; }
 
-    constexpr MessageId Message(std::int64_t number) const { return m_column << MessageBits | number; }
+    constexpr MessageId Message(std::int64_t number) const { return Shifted(m_column, MessageBits) | number; }
     /// Bounds of the identifiers, both included. No message has the number 0.
     constexpr MessageId FirstMessage() const { return Message(0); }
     constexpr MessageId LastMessage() const { return Message(LastNumber); }
 
     constexpr bool operator==(ContentsKey other) const { return m_column == other.m_column; }
-    constexpr bool operator!=(ContentsKey other) const { return m_column != other.m_column; }
 
 private:
+    // Defined for any number: a damaged file may have any.
+    static constexpr std::int64_t Shifted(std::int64_t number, int bits)
+    {
+        return static_cast<std::int64_t>(static_cast<std::uint64_t>(number) << bits);
+    }
     explicit constexpr ContentsKey(std::int64_t column)
         : m_column(column)
     {

@@ -170,11 +170,8 @@ bool ValueRepair::IsWhole(const LargeReference& reference)
         {
             return false;
         }
-        const ChunkRange chunks = LargeChunks(id);
-        Query query(m_database, "SELECT sum(length(bytes)) FROM chunk WHERE id BETWEEN ? AND ?");
-        query.Bind(1, chunks.first).Bind(2, chunks.last).Step();
         Query value(m_database, "SELECT 1 FROM large WHERE id=?");
-        return static_cast<std::uint64_t>(query.Number(0)) == size && value.Bind(1, id).Step();
+        return value.Bind(1, id).Step() && HasAllPieces(m_database, id, size);
     };
     return whole(reference.id, reference.size) &&
            (reference.form != LargeReference::OwnBytes || whole(reference.ownId, reference.ownSize));
@@ -275,6 +272,7 @@ void ValueRepair::RemoveOrphans()
         {
             m_report.found("large value " + std::to_string(id) + " belongs to nothing: removed");
             DeleteLarge(m_database, id);
+            Query(m_database, "DELETE FROM large WHERE id=?").Bind(1, id).Run(); // also a number that no value can have
         }
     }
     const std::vector<std::int64_t> pieces =

@@ -137,6 +137,21 @@ TEST_F(FolderTest, NestingHasAnEnd)
     EXPECT_GT(Store().Folders().Under(Top, true).size(), 400u);
 }
 
+// In a damaged file: each way through the tree ends.
+TEST_F(FolderTest, AFolderBelowItselfIsDamage)
+{
+    const FolderId below = Store().Folders().Create(Inbox, Named("below"));
+    Store().Connection().Db().Execute(("UPDATE folder SET parent=" + std::to_string(below) + " WHERE id=1").c_str());
+    std::string text;
+    EXPECT_EQ(CodeOf([&] { Store().Folders().Under(IdOf(StandardFolder::Root), true); }, &text), MAPI_E_CORRUPT_STORE);
+    EXPECT_NE(text.find("' is damaged: folder 1 is below itself"), std::string::npos) << text;
+    EXPECT_EQ(CodeOf([&] { Store().Folders().IsWithin(below, IdOf(StandardFolder::Views)); }, &text),
+              MAPI_E_CORRUPT_STORE);
+    EXPECT_EQ(text.substr(text.find("' is damaged")),
+              "' is damaged: folder " + std::to_string(below) + " is below itself");
+    Store().Connection().Db().Execute("UPDATE folder SET parent=NULL WHERE id=1");
+}
+
 TEST_F(FolderTest, EachChangeRaisesTheTreesGeneration)
 {
     std::uint64_t before = Store().Contents().Generation({0, false});

@@ -131,7 +131,41 @@ TEST_F(RepairTest, EachDamageIsRepairedAndReported)
         {"UPDATE attachment SET embedded=1", "1 attachments whose message belongs to another one too"},
         {"UPDATE message SET id=" + std::to_string(MessageId(4000) << 33) + " WHERE id=" + first,
          "1 messages belong to no folder (4000): moved to folder"},
-        {"UPDATE folder SET parent=4000 WHERE id=7", "folder 7 is not reached from the root: moved to 'Contacts'"},
+        {"UPDATE contents SET next=-9223372036854775808 WHERE container=6", "folder 3: its counters"},
+        {"UPDATE message SET id=-5 WHERE id=" + first, "1 messages belong to no folder (-1): moved to folder"},
+        {"UPDATE contents SET next=5000000000 WHERE container=6", "folder 3: its counters"},
+        {"UPDATE contents SET change=9223372036854775807 WHERE container=6", "folder 3: its counters"},
+        {"UPDATE contents SET change=-2 WHERE container=6", "folder 3: its counters"},
+        {"UPDATE contents SET folder=4 WHERE container=6", "1 counters belong to another folder: corrected"},
+        {"UPDATE chunk SET id=id+1 WHERE id=(SELECT max(id) FROM chunk)",
+         "message " + std::to_string(m_second) + ": the value of its property 0x1000001F is not complete"},
+        {"INSERT INTO large(id, size) VALUES(-84, 3)", "1 large values with a number that none can have: removed"},
+        {"UPDATE folder SET parent=4000 WHERE id=7", "folder 7 ('Contacts') is not where it was created: put back"},
+        {"UPDATE folder SET parent=7 WHERE id=7", "folder 7 ('Contacts') is not where it was created: put back"},
+        {"UPDATE folder SET parent=2 WHERE id=1", "folder 1 ('') is not where it was created: put back"},
+        {"UPDATE folder SET type=2 WHERE id=3", "folder 3 ('Inbox') is not where it was created: put back"},
+        {"DELETE FROM folder WHERE id=4", "folder 4 ('Outbox') is missing: created"},
+        {"DELETE FROM folder WHERE id=1", "folder 1 ('') is missing: created"},
+        {"CREATE TEMP TABLE kept AS SELECT props FROM folder WHERE id=7; DELETE FROM folder WHERE id=7; "
+         "UPDATE folder SET key='contacts', props=(SELECT props FROM kept) WHERE id=4; DROP TABLE kept",
+         "folder 7 ('Contacts') is missing: created"},
+        {"UPDATE folder SET id=-9223372036854775807 WHERE id=8",
+         "folder -9223372036854775807: no folder has such a number: it is now folder 11"},
+        {"UPDATE sqlite_sequence SET seq=9223372036854775807 WHERE name='folder'",
+         "1 numbers of rows of 'folder' could not go on: corrected"},
+        {"UPDATE sqlite_sequence SET seq='x' WHERE name='address'",
+         "1 numbers of rows of 'address' could not go on: corrected"},
+        {"UPDATE sqlite_sequence SET seq=-1 WHERE name='large'",
+         "1 numbers of rows of 'large' could not go on: corrected"},
+        {"UPDATE member SET list=0; UPDATE address SET id=0",
+         "address book entry 0: no entry has such a number: it is now entry 1"},
+        {"PRAGMA ignore_check_constraints=ON; UPDATE directory SET id=5; PRAGMA ignore_check_constraints=OFF",
+         "1 rows of the address book had another number: corrected"},
+        {"PRAGMA ignore_check_constraints=ON; UPDATE store SET id=5; PRAGMA ignore_check_constraints=OFF",
+         "1 rows of the store had another number: corrected"},
+        {"PRAGMA ignore_check_constraints=ON; INSERT INTO named VALUES(7, x'00', 0, 1, ''); "
+         "PRAGMA ignore_check_constraints=OFF",
+         "1 names of properties without a number for them: removed"},
         {"UPDATE directory SET rows=7", "the address book does not count its 1 entries: corrected"},
         {"DELETE FROM directory", "the address book does not count its 1 entries: corrected"},
         {"UPDATE member SET entry=NULL", "1 members of what is not a list or is missing: removed"},
@@ -197,6 +231,32 @@ TEST_F(RepairTest, LostFoldersGetANumberedName)
     EXPECT_EQ(Store().Folders().Find(IdOf(StandardFolder::IpmSubtree), "Outbox"), IdOf(StandardFolder::Outbox));
 }
 
+TEST_F(RepairTest, CountersThatCannotBeRightAreNotCountedOn)
+{
+    for (const char* counter : {"next=0", "next=4294967297", "change=-1", "change=9223372036854775807"})
+    {
+        Spoil(std::string("UPDATE contents SET ") + counter + " WHERE container=6");
+        std::string text;
+        EXPECT_EQ(CodeOf([&] { Store().Messages().Create({Inbox, false}, Mail("new")); }, &text), MAPI_E_CORRUPT_STORE)
+            << counter;
+        EXPECT_NE(text.find("the counters of folder 3 cannot be right"), std::string::npos) << text;
+        Repair();
+        EXPECT_NE(Store().Messages().Create({Inbox, false}, Mail("new")), 0) << counter;
+    }
+}
+
+TEST_F(RepairTest, ALostFolderLosesAnIncompleteValue)
+{
+    PropertySet properties = Named("lost");
+    properties.SetText(PR_COMMENT_W, std::string(50000, 'c'));
+    const FolderId lost = Store().Folders().Create(Inbox, properties);
+    Spoil("DELETE FROM chunk WHERE id=(SELECT max(id) FROM chunk); UPDATE folder SET parent=4000 WHERE id=" +
+          std::to_string(lost));
+    Repair();
+    EXPECT_EQ(Store().Folders().Find(IdOf(StandardFolder::IpmSubtree), "lost"), lost);
+    EXPECT_EQ(Store().Folders().Properties(lost).Text(PR_COMMENT_W), "");
+}
+
 TEST_F(RepairTest, AnIncompleteIndexIsRebuilt)
 {
     // The schema forgets the index while a row is added.
@@ -215,13 +275,14 @@ TEST_F(RepairTest, AnIncompleteIndexIsRebuilt)
 
 TEST_F(RepairTest, AFailedRepairChangesNothing)
 {
-    Spoil("UPDATE folder SET parent=7 WHERE id=7; UPDATE contents SET rows=7 WHERE container=6");
+    Spoil("CREATE TEMP TABLE kept AS SELECT * FROM store; DELETE FROM store; "
+          "UPDATE contents SET rows=7 WHERE container=6");
     const std::vector<std::string> before = Store().CheckWhole();
     std::string text;
     EXPECT_EQ(CodeOf([&] { Repair(); }, &text), MAPI_E_CORRUPT_STORE);
-    EXPECT_NE(text.find("cannot be repaired: folder 7 is not reached from the root"), std::string::npos) << text;
+    EXPECT_NE(text.find("cannot be repaired: the store: its properties cannot be read"), std::string::npos) << text;
     EXPECT_EQ(Store().CheckWhole(), before);
-    Spoil("UPDATE folder SET parent=2 WHERE id=7");
+    Spoil("INSERT INTO store SELECT * FROM kept; DROP TABLE kept");
     Repair();
 }
 

@@ -95,6 +95,20 @@ TEST_F(TextDamageTest, AMissingTableIsFound)
     ExpectFoundAndRepaired("the text index is incomplete or of another version: it is not used");
 }
 
+// The text of a message with an incomplete value cannot be compared: the index is not what is wrong, and stays.
+TEST_F(TextDamageTest, AnIncompleteValueIsNotOfTheIndex)
+{
+    MessageContent content;
+    content.properties.SetText(PR_BODY_W, std::string(50000, 'b'));
+    Store().Messages().Create({Inbox, false}, content);
+    Store().Texts().Complete(Silent());
+    Run("DELETE FROM chunk WHERE id=(SELECT max(id) FROM chunk)");
+    EXPECT_EQ(Problems(), std::vector<std::string>());
+    RepairStore(Store(), Silent());
+    EXPECT_EQ(Store().CheckWhole(), std::vector<std::string>());
+    EXPECT_EQ(Problems(), std::vector<std::string>());
+}
+
 // The properties of a damaged message cannot be indexed; a search still comes across it.
 TEST_F(TextDamageTest, DamagedMessagesStayCandidates)
 {
