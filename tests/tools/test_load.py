@@ -229,6 +229,10 @@ class BadLines(World):
     def test_the_column_of_bad_json(self):
         self.stops('{"folder": x}', "invalid JSON: unexpected text at column 12")
 
+    def test_a_number_beyond_the_range(self):
+        self.stops('{"folder": "Inbox", "properties": {"0x68010005": 1e999}}',
+                   "invalid JSON: a number is beyond the range of a double")
+
     def test_parts_of_the_wrong_kind(self):
         good = {"properties": {}}
         for more, saying in (({"recipients": {}}, '"recipients" must be an array'), ({"recipients": ["Ada"]}, "a recipient"),

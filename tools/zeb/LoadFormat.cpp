@@ -134,6 +134,10 @@ FileJson ParseJson(const std::string& line)
     {
         throw ToolError("invalid JSON: unexpected text at column " + std::to_string(error.byte));
     }
+    catch (const FileJson::out_of_range&)
+    {
+        throw ToolError("invalid JSON: a number is beyond the range of a double");
+    }
 }
 
 } // namespace
