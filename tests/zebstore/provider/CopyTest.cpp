@@ -452,6 +452,31 @@ TEST_F(Copies, ThatMoveStandardFoldersChangeNothing)
     EXPECT_EQ(Subfolders(*target).size(), before.size());
 }
 
+TEST_F(Copies, OfAFolderTakeLargeValues)
+{
+    const Ref<IMAPIFolder> inbox = Inbox();
+    const Ref<IMAPIFolder> source = NewFolder(*inbox, "Source");
+    const std::string large(70000, 'c');
+    EXPECT_EQ(Set(source.Get(), NarrowValue(PR_COMMENT_A, large.c_str())), S_OK);
+    HRESULT code = S_OK;
+    Get(source.Get(), PR_COMMENT_W, &code);
+    ASSERT_EQ(code, MAPI_E_NOT_ENOUGH_MEMORY);
+    const Ref<IMAPIFolder> target = NewFolder(*inbox, "Target");
+    SPropProblemArray* problems = nullptr;
+    EXPECT_EQ(CopyProps(*source, *target, {PR_COMMENT_W}, 0, &problems), S_OK);
+    EXPECT_EQ(problems, nullptr);
+    IUnknown* opened = nullptr;
+    ASSERT_EQ(target->OpenProperty(PR_COMMENT_A, &IID_IStream, 0, 0, &opened), S_OK);
+    const Ref<IStream> stream = Ref<IStream>::Adopt(static_cast<IStream*>(opened));
+    std::string read(large.size(), ' ');
+    ULONG count = 0;
+    EXPECT_EQ(stream->Read(&read[0], static_cast<ULONG>(read.size()), &count), S_OK);
+    EXPECT_EQ(count, large.size());
+    EXPECT_EQ(read, large);
+    EXPECT_EQ(stream->Read(&read[0], 1, &count), S_FALSE);
+    EXPECT_EQ(count, 0u);
+}
+
 TEST_F(Copies, NumberProblemsByTheGivenTags)
 {
     const Ref<IMAPIFolder> inbox = Inbox();

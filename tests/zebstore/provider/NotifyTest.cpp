@@ -182,6 +182,42 @@ TEST_F(Notifications, ASinkMayFollowOneFolder)
     EXPECT_EQ(m_sink->Release(), 1u);
 }
 
+TEST_F(Notifications, ASinkMayFollowOneMessage)
+{
+    const Ref<IMsgStore> store = OpenStore();
+    const Ref<IMAPIFolder> inbox = Inbox();
+    const Bytes followed = SaveMessage(*inbox, "followed"), other = SaveMessage(*inbox, "other");
+    ULONG_PTR connection = 0;
+    ASSERT_EQ(store->Advise(static_cast<ULONG>(followed.size()), Id(followed), fnevObjectModified | fnevObjectDeleted,
+                            m_sink.Get(), &connection),
+              S_OK);
+    EntryList others(other), list(followed);
+    EXPECT_EQ(inbox->SetReadFlags(&others, 0, nullptr, CLEAR_READ_FLAG), S_OK);
+    EXPECT_EQ(Set(inbox.Get(), NarrowValue(PR_COMMENT_A, "the folder itself")), S_OK);
+    EXPECT_EQ(inbox->SetReadFlags(&list, 0, nullptr, CLEAR_READ_FLAG), S_OK);
+    ExpectReceived(m_sink->Next(), fnevObjectModified, MAPI_MESSAGE, followed);
+    EXPECT_EQ(inbox->DeleteMessages(&others, 0, nullptr, 0), S_OK);
+    EXPECT_EQ(inbox->DeleteMessages(&list, 0, nullptr, 0), S_OK);
+    ExpectReceived(m_sink->Next(), fnevObjectDeleted, MAPI_MESSAGE, followed);
+    EXPECT_EQ(store->Unadvise(connection), S_OK);
+    EXPECT_TRUE(m_sink->IsAllRead());
+}
+
+TEST_F(Notifications, OnlyTheEventsAskedForAreReported)
+{
+    const Ref<IMsgStore> store = OpenStore();
+    const Ref<IMAPIFolder> inbox = Inbox();
+    ULONG_PTR connection = 0;
+    ASSERT_EQ(store->Advise(0, nullptr, fnevObjectDeleted, m_sink.Get(), &connection), S_OK);
+    const Bytes message = SaveMessage(*inbox);
+    EntryList list(message);
+    EXPECT_EQ(inbox->SetReadFlags(&list, 0, nullptr, CLEAR_READ_FLAG), S_OK);
+    EXPECT_EQ(inbox->DeleteMessages(&list, 0, nullptr, 0), S_OK);
+    ExpectReceived(m_sink->Next(), fnevObjectDeleted, MAPI_MESSAGE, message);
+    EXPECT_EQ(store->Unadvise(connection), S_OK);
+    EXPECT_TRUE(m_sink->IsAllRead());
+}
+
 TEST_F(Notifications, UnsupportedEventsAreRefused)
 {
     const Ref<IMAPITable> table = Contents(*Inbox());

@@ -107,6 +107,49 @@ TEST_P(EachType, IsComparedByItsOrder)
     EXPECT_EQ(Restricted(RELOP_EQ, 1), (Texts{"1"}));
 }
 
+class SortOrders : public Provider
+{
+protected:
+    HRESULT Sort(const std::vector<SSortOrder>& keys, ULONG categories = 0, ULONG expanded = 0)
+    {
+        Buffer<SSortOrderSet> set(Allocate(CbNewSSortOrderSet(keys.size())));
+        set->cSorts = static_cast<ULONG>(keys.size());
+        set->cCategories = categories;
+        set->cExpanded = expanded;
+        std::copy(keys.begin(), keys.end(), set->aSort);
+        return m_table->SortTable(set.Get(), 0);
+    }
+
+    void SetUp() override
+    {
+        Provider::SetUp();
+        IMAPITable* table = nullptr;
+        ASSERT_EQ(Inbox()->GetContentsTable(0, &table), S_OK);
+        m_table = Ref<IMAPITable>::Adopt(table);
+    }
+    void TearDown() override
+    {
+        m_table = {};
+        Provider::TearDown();
+    }
+
+    Ref<IMAPITable> m_table;
+};
+
+TEST_F(SortOrders, ThatCannotBeKeptAreTooComplex)
+{
+    const SSortOrder key = {PR_SUBJECT_A, TABLE_SORT_ASCEND};
+    EXPECT_EQ(Sort({key}), S_OK);
+    EXPECT_EQ(Sort({key}, 1), MAPI_E_TOO_COMPLEX);
+    EXPECT_EQ(Sort({key}, 0, 1), MAPI_E_TOO_COMPLEX);
+    EXPECT_EQ(Sort(std::vector<SSortOrder>(100, key)), MAPI_E_TOO_COMPLEX);
+    EXPECT_EQ(Sort({{PROP_TAG(PT_OBJECT, 0x6620), TABLE_SORT_ASCEND}}), MAPI_E_TOO_COMPLEX);
+    EXPECT_EQ(Sort({{PROP_TAG(PT_LONG | MV_INSTANCE, 0x6620), TABLE_SORT_ASCEND}}), MAPI_E_TOO_COMPLEX);
+    EXPECT_EQ(Sort({{PR_SUBJECT_A, 0x80}}), MAPI_E_TOO_COMPLEX);
+    EXPECT_EQ(Sort({{PROP_TAG(PT_UNSPECIFIED, PROP_ID(PR_SUBJECT)), TABLE_SORT_DESCEND}}), S_OK);
+    EXPECT_EQ(Sort({}), S_OK);
+}
+
 BYTE g_bytes[3][3] = {{1, 0, 0}, {1, 0, 1}, {2, 0, 0}};
 GUID g_guids[3] = {
     {1, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0}}, {1, 0, 0, {0, 0, 0, 0, 0, 0, 0, 1}}, {1, 0, 0, {9, 0, 0, 0, 0, 0, 0, 0}}};

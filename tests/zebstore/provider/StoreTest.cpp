@@ -46,6 +46,11 @@ TEST_F(Stores, HaveTheStandardFolders)
     const Buffer<SPropValue> owner(values);
     EXPECT_EQ(count, 8u);
     EXPECT_EQ(values[1].ulPropTag, PR_IPM_SUBTREE_ENTRYID);
+    MAPIERROR* error = reinterpret_cast<MAPIERROR*>(this);
+    EXPECT_EQ(HrValidateIPMSubtree(store.Get(), 0, nullptr, nullptr, &error), S_OK);
+    EXPECT_EQ(error, nullptr);
+    EXPECT_EQ(HrValidateIPMSubtree(nullptr, 0, &count, &values, nullptr), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(HrValidateIPMSubtree(store.Get(), 0x80, &count, &values, nullptr), MAPI_E_UNKNOWN_FLAGS);
 }
 
 TEST_F(Stores, OpenTheirRootWithoutIdentifier)

@@ -379,6 +379,22 @@ TEST_F(Streams, OnFilesReadAndWrite)
               MAPI_E_NO_ACCESS);
 }
 
+TEST_F(Streams, OnFilesMayBeWrittenBeyondTheirEnd)
+{
+    const std::string path = m_folder.File("beyond.bin");
+    IStream* opened = nullptr;
+    ASSERT_EQ(OpenStreamOnFile(MAPIAllocateBuffer, MAPIFreeBuffer, STGM_CREATE | STGM_READWRITE, Text(path.c_str()),
+                               nullptr, &opened),
+              S_OK);
+    EXPECT_EQ(opened->Seek(At(3), STREAM_SEEK_SET, nullptr), S_OK);
+    Write(*opened, "x");
+    opened->Release();
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), std::string("\0\0\0x", 4));
+    EXPECT_EQ(OpenStreamOnFile(MAPIAllocateBuffer, MAPIFreeBuffer, STGM_READ, nullptr, nullptr, &opened),
+              MAPI_E_INVALID_PARAMETER);
+}
+
 TEST_F(Streams, OnUniqueFilesMayRemoveThem)
 {
     IStream* opened = nullptr;

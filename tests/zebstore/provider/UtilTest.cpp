@@ -24,6 +24,26 @@ TEST(ProviderUtilities, HexTextGoesBothWays)
     EXPECT_EQ(back[3], 9);
 }
 
+TEST(ProviderUtilities, HexadecimalTextNeedsItsPlaces)
+{
+    BYTE bytes[2] = {9, 9};
+    char text[] = "unchanged";
+    EXPECT_FALSE(FBinFromHex(nullptr, bytes));
+    EXPECT_FALSE(FBinFromHex(Text("00"), nullptr));
+    EXPECT_FALSE(FBinFromHex(Text("g0"), bytes));
+    EXPECT_TRUE(FBinFromHex(Text(""), bytes));
+    EXPECT_EQ(ScBinFromHexBounded(nullptr, bytes, 2), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(ScBinFromHexBounded(Text("00"), nullptr, 1), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(ScBinFromHexBounded(Text(""), nullptr, 0), S_OK);
+    EXPECT_EQ(ScBinFromHexBounded(Text("00"), nullptr, 0), MAPI_E_INVALID_PARAMETER);
+    EXPECT_EQ(bytes[0], 9);
+    HexFromBin(nullptr, 1, text);
+    EXPECT_STREQ(text, "unchanged");
+    HexFromBin(bytes, 1, nullptr);
+    HexFromBin(nullptr, 0, text);
+    EXPECT_STREQ(text, "");
+}
+
 TEST(ProviderUtilities, ReleaseOfNothingIsNothing)
 {
     EXPECT_EQ(UlRelease(nullptr), 0u);
