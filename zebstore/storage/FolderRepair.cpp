@@ -18,7 +18,9 @@ FolderRepair::FolderRepair(StoreFile& store, const WorkReport& report)
 
 void FolderRepair::Mend()
 {
-    Renumber();
+    // The messages of such a folder, whose numbers hold that of the folder, are found to belong to no folder.
+    Renumber(NumberedFolders, "folder",
+             {"UPDATE folder SET parent=? WHERE parent=?", "UPDATE receive SET folder=? WHERE folder=?"});
     Remove("counters whose folder is missing",
            "DELETE FROM contents WHERE container != 0 AND (container >> 1) NOT IN (SELECT id FROM folder)");
     Change("counters belong to another folder: corrected",
@@ -34,27 +36,6 @@ void FolderRepair::Mend()
             m_report.found("folder " + std::to_string(folder) + " is not reached from the root: moved to '" + name +
                            "' under the top of the subtree");
         }
-    }
-}
-
-// A number that no folder can have: the folder gets the next one. Its messages, whose numbers hold that of the folder, are
-// found to belong to no folder.
-void FolderRepair::Renumber()
-{
-    const std::vector<std::int64_t> wrong =
-        Query(m_database, "SELECT id FROM folder WHERE id NOT BETWEEN 1 AND ?").Bind(1, LastFolder).Numbers();
-    for (const std::int64_t folder : wrong)
-    {
-        const std::int64_t renumbered =
-            Query(m_database, "SELECT coalesce(max(id), 0)+1 FROM folder WHERE id BETWEEN 1 AND ?")
-                .Bind(1, LastFolder)
-                .Numbers()[0];
-        Query(m_database, "DELETE FROM contents WHERE folder=?").Bind(1, folder).Run();
-        Query(m_database, "UPDATE folder SET parent=? WHERE parent=?").Bind(1, renumbered).Bind(2, folder).Run();
-        Query(m_database, "UPDATE receive SET folder=? WHERE folder=?").Bind(1, renumbered).Bind(2, folder).Run();
-        Query(m_database, "UPDATE folder SET id=? WHERE id=?").Bind(1, renumbered).Bind(2, folder).Run();
-        m_report.found("folder " + std::to_string(folder) + ": no folder has such a number: it is now folder " +
-                       std::to_string(renumbered));
     }
 }
 

@@ -21,7 +21,6 @@ public:
     void Mend();
 
 private:
-    void Renumber();
     void MakeStandardFolders();
     bool HasContents(ContentsKey contents);
     void MakeMissingContents();

@@ -97,7 +97,8 @@ public:
     {
         Remove("large values with a number that none can have",
                "DELETE FROM large WHERE id NOT BETWEEN 1 AND " + std::to_string(LastLarge));
-        RenumberAddresses();
+        Renumber(NumberedAddresses, "address book entry",
+                 {"UPDATE member SET list=? WHERE list=?", "UPDATE member SET address=? WHERE address=?"});
         for (const NumberedTable& table : NumberedTables)
         {
             const std::string name = table.name;
@@ -106,24 +107,6 @@ public:
                    "UPDATE sqlite_sequence SET seq=(SELECT coalesce(max(id), 0) FROM " + name + " WHERE id <= " + last +
                        ") WHERE name='" + name + "' AND (typeof(seq) != 'integer' OR seq NOT BETWEEN 0 AND " + last +
                        ")");
-        }
-    }
-
-    void RenumberAddresses()
-    {
-        const std::vector<std::int64_t> wrong =
-            Query(m_database, "SELECT id FROM address WHERE id NOT BETWEEN 1 AND ?").Bind(1, LastAddress).Numbers();
-        for (const std::int64_t entry : wrong)
-        {
-            const std::int64_t renumbered =
-                Query(m_database, "SELECT coalesce(max(id), 0)+1 FROM address WHERE id BETWEEN 1 AND ?")
-                    .Bind(1, LastAddress)
-                    .Numbers()[0];
-            Query(m_database, "UPDATE member SET list=? WHERE list=?").Bind(1, renumbered).Bind(2, entry).Run();
-            Query(m_database, "UPDATE member SET address=? WHERE address=?").Bind(1, renumbered).Bind(2, entry).Run();
-            Query(m_database, "UPDATE address SET id=? WHERE id=?").Bind(1, renumbered).Bind(2, entry).Run();
-            m_report.found("address book entry " + std::to_string(entry) +
-                           ": no entry has such a number: it is now entry " + std::to_string(renumbered));
         }
     }
 

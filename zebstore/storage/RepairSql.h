@@ -2,8 +2,10 @@
 #pragma once
 
 #include "zebstore/storage/Database.h"
+#include "zebstore/storage/StoreFormat.h"
 #include "zebstore/storage/WorkReport.h"
 
+#include <initializer_list>
 #include <string>
 
 namespace zebstore
@@ -22,6 +24,11 @@ protected:
     /// Reports "N WHAT" when the statement changed N rows.
     void Change(const std::string& what, const std::string& sql);
     void Remove(const std::string& what, const std::string& sql) { Change(what + ": removed", sql); }
+
+    /// Gives rows with a number that none can have the next one after the others.
+    /// @param what a row of the table, for the report
+    /// @param references the statements that make other rows follow: the new number and the old one are their parameters
+    void Renumber(const NumberedTable& table, const char* what, std::initializer_list<const char*> references);
 
 private:
     Database& m_sql;

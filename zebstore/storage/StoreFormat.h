@@ -31,11 +31,9 @@ struct NumberedTable
     const char* name;
     std::int64_t last; ///< the greatest number that a row may have
 };
-constexpr NumberedTable NumberedTables[] = {
-    {"folder", LastFolder},
-    {"large", LastLarge},
-    {"address", LastAddress},
-};
+constexpr NumberedTable NumberedFolders = {"folder", LastFolder};
+constexpr NumberedTable NumberedAddresses = {"address", LastAddress};
+constexpr NumberedTable NumberedTables[] = {NumberedFolders, {"large", LastLarge}, NumberedAddresses};
 
 /// Bits of message.parts: which rows of other tables belong to a message, so that deleting one without them touches
 /// nothing else.
