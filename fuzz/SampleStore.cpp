@@ -1,14 +1,13 @@
 #include "fuzz/SampleStore.h"
 
 #include "fuzz/Require.h"
+#include "tests/support/TempFolder.h"
 #include "zebstore/addressbook/AddressId.h"
 #include "zebstore/storage/AddressStorage.h"
 #include "zebstore/storage/DateRuns.h"
 #include "zebstore/storage/Repair.h"
 #include "zebstore/storage/StoreFile.h"
 
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -110,17 +109,10 @@ void Fill(const std::shared_ptr<StoreFile>& store)
 
 } // namespace
 
-const std::string& FuzzerFolder()
+std::string FuzzerFile(const std::string& name)
 {
-    static const std::string folder = []
-    {
-        std::string made = (std::filesystem::temp_directory_path() / "zeb-fuzzer-XXXXXX").string();
-        ::Require(mkdtemp(&made[0]) != nullptr, "a temporary folder can be created");
-        static const std::string kept = made;
-        std::atexit([] { std::filesystem::remove_all(kept); });
-        return made;
-    }();
-    return folder;
+    static const zeb::test::TempFolder folder;
+    return folder.File(name);
 }
 
 void WriteFile(const std::string& path, const std::string& bytes)
@@ -135,7 +127,7 @@ const std::string& SampleStore()
 {
     static const std::string bytes = []
     {
-        const std::string path = FuzzerFolder() + "/sample.zeb";
+        const std::string path = FuzzerFile("sample.zeb");
         {
             const std::shared_ptr<StoreFile> store = StoreFile::Create(path, "sample", {});
             Fill(store);

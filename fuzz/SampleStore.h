@@ -6,7 +6,7 @@
 /// Writes the file once and keeps its bytes. @return these
 const std::string& SampleStore();
 
-/// A folder for a fuzzer's files, deleted at the end of the process. @return its path
-const std::string& FuzzerFolder();
+/// The path of a file in a folder of the fuzzer's own, which is deleted at the end of the process.
+std::string FuzzerFile(const std::string& name);
 
 void WriteFile(const std::string& path, const std::string& bytes);

@@ -1,6 +1,7 @@
 // Stored property sets and the provider's entry identifiers: any bytes are read without a crash, and every returned
 // value can be freed.
 #include "fuzz/Require.h"
+#include "fuzz/SampleStore.h"
 #include "zebstore/base/EntryId.h"
 #include "zebstore/base/Memory.h"
 #include "zebstore/storage/PropertyBlob.h"
@@ -8,8 +9,6 @@
 #include "zebstore/storage/ValueBuilder.h"
 
 #include <cstdint>
-#include <cstdlib>
-#include <filesystem>
 #include <memory>
 
 namespace
@@ -20,14 +19,7 @@ using namespace zebstore;
 /// A private store, for the values that a blob declares as large.
 StoreFile& Store()
 {
-    static const std::shared_ptr<StoreFile> store = []
-    {
-        std::string folder = (std::filesystem::temp_directory_path() / "blob-fuzzer-XXXXXX").string();
-        ::Require(mkdtemp(&folder[0]) != nullptr, "a temporary folder can be created");
-        static const std::string kept = folder;
-        std::atexit([] { std::filesystem::remove_all(kept); });
-        return StoreFile::Create(folder + "/store.zeb", "fuzz", {});
-    }();
+    static const std::shared_ptr<StoreFile> store = StoreFile::Create(FuzzerFile("blob.zeb"), "fuzz", {});
     return *store;
 }
 

@@ -7,6 +7,7 @@
 #include "zebstore/storage/AddressStorage.h"
 #include "zebstore/storage/Repair.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 
@@ -100,7 +101,7 @@ void RequireUsable(const std::shared_ptr<StoreFile>& store)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, size_t size)
 {
     FuzzedDataProvider input(data, size);
-    const std::string path = FuzzerFolder() + "/store.zeb";
+    const std::string path = FuzzerFile("store.zeb");
     for (const char* suffix : {"", "-wal", "-shm"})
     {
         std::filesystem::remove(path + suffix);
