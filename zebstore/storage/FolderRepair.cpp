@@ -3,8 +3,6 @@
 #include "zebstore/storage/StandardFolders.h"
 #include "zebstore/storage/StoreFormat.h"
 
-#include <algorithm>
-
 namespace zebstore
 {
 
@@ -27,15 +25,12 @@ void FolderRepair::Mend()
            "UPDATE contents SET folder=nullif(container >> 1, 0) WHERE folder IS NOT nullif(container >> 1, 0)");
     MakeStandardFolders();
     MakeMissingContents();
-    for (const std::int64_t folder : Unreached())
+    // Those below a folder are reached with it.
+    for (std::vector<FolderId> lost = Unreached(); !lost.empty(); lost = Unreached())
     {
-        if (!IsReached(folder))
-        {
-            const FolderId top = IdOf(StandardFolder::IpmSubtree);
-            const std::string name = Place(folder, top);
-            m_report.found("folder " + std::to_string(folder) + " is not reached from the root: moved to '" + name +
-                           "' under the top of the subtree");
-        }
+        const std::string name = Place(lost[0], IdOf(StandardFolder::IpmSubtree));
+        m_report.found("folder " + std::to_string(lost[0]) + " is not reached from the root: moved to '" + name +
+                       "' under the top of the subtree");
     }
 }
 
@@ -97,12 +92,6 @@ std::vector<FolderId> FolderRepair::Unreached()
     return Query(m_database, "WITH RECURSIVE tree(id) AS (SELECT 1 UNION SELECT f.id FROM folder f JOIN tree t "
                              "ON f.parent=t.id) SELECT id FROM folder WHERE id NOT IN tree")
         .Numbers();
-}
-
-bool FolderRepair::IsReached(FolderId folder)
-{
-    const std::vector<FolderId> unreached = Unreached();
-    return std::find(unreached.begin(), unreached.end(), folder) == unreached.end();
 }
 
 // A name that no other folder under the parent has.

@@ -25,7 +25,6 @@ private:
     bool HasContents(ContentsKey contents);
     void MakeMissingContents();
     std::vector<FolderId> Unreached();
-    bool IsReached(FolderId folder);
     std::string FreeName(const std::string& name, FolderId folder, FolderId parent);
     std::string Place(FolderId folder, FolderId parent);
 
